@@ -1,0 +1,10 @@
+# SPDX-FileCopyrightText: 2026 The Tavo developers
+# SPDX-License-Identifier: Apache-2.0
+#
+# The build tree has the shape of the installed one, so that the host finds its modules in both by
+# the same rule: ../lib/tavo/modules as seen from its own program file.
+
+set(TAVO_MODULE_DIR "${CMAKE_INSTALL_LIBDIR}/tavo/modules")
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/${CMAKE_INSTALL_BINDIR}")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/${CMAKE_INSTALL_LIBDIR}")
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/${CMAKE_INSTALL_LIBDIR}")

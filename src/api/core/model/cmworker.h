@@ -1,0 +1,25 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "core/tavo/export.h"
+
+#include <QObject>
+
+class CMRequest;
+
+/// The base of everything that takes requests from the model.
+///
+/// Thread: lives in the thread that made it, which must run a Qt event loop. Owner: the host.
+class TAVO_API_EXPORT CMWorker : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit CMWorker(QObject *parent = nullptr);
+    ~CMWorker() override;
+
+    /// Takes a request of any kind and sees that it is answered. Any thread.
+    virtual void request(CMRequest request) = 0;
+};

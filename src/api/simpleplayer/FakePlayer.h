@@ -1,0 +1,30 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "simpleplayer/SimplePlayer.h"
+
+/// Silence of no length: ends at once, and with loop holds its place until stopped.
+///
+/// Thread and owner: as SimplePlayer.
+class TAVO_SIMPLEPLAYER_EXPORT FakePlayer : public SimplePlayer
+{
+    Q_OBJECT
+
+public:
+    FakePlayer(const QString &id, QObject *parent);
+    ~FakePlayer() override;
+
+    bool play() override;
+    void pause() override;
+    void stop() override;
+
+private:
+    enum class State { Ready, Playing, Paused, Done };
+
+    void finish(void (SimplePlayer::*signal)(const QString &));
+
+    QString m_id;
+    State m_state = State::Ready;
+};
