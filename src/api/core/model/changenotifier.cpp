@@ -1,0 +1,67 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "core/model/changenotifier.h"
+
+#include "core/model/changeevent.h"
+
+#include <QMetaMethod>
+#include <QThread>
+
+ChangeNotifier::~ChangeNotifier() = default;
+
+void ChangeNotifier::dispose()
+{
+    if (m_emitting || thread() != QThread::currentThread()) {
+        deleteLater();
+    } else {
+        delete this;
+    }
+}
+
+bool ChangeNotifier::event(QEvent *event)
+{
+    if (event->type() != ChangeEvent::eventType()) {
+        return QObject::event(event);
+    }
+    m_emitting = true;
+    static_cast<const ChangeEvent *>(event)->emitFrom(this);
+    m_emitting = false;
+    return true;
+}
+
+bool RowsChangeNotifier::isConnected() const
+{
+    static const QMetaMethod signal = QMetaMethod::fromSignal(&RowsChangeNotifier::changed);
+    return isSignalConnected(signal);
+}
+
+bool ValueChangeNotifier::isConnected() const
+{
+    static const QMetaMethod signal = QMetaMethod::fromSignal(&ValueChangeNotifier::changed);
+    return isSignalConnected(signal);
+}
+
+bool NodeChangeNotifier::isConnected() const
+{
+    static const QMetaMethod signal = QMetaMethod::fromSignal(&NodeChangeNotifier::changed);
+    return isSignalConnected(signal);
+}
+
+void RowsChangeEvent::emitFrom(ChangeNotifier *notifier) const
+{
+    auto *rows = static_cast<RowsChangeNotifier *>(notifier);
+    Q_EMIT rows->changed(rows->path(), m_changes, m_first, m_count);
+}
+
+void ValueChangeEvent::emitFrom(ChangeNotifier *notifier) const
+{
+    auto *value = static_cast<ValueChangeNotifier *>(notifier);
+    Q_EMIT value->changed(value->path(), m_value);
+}
+
+void NodeChangeEvent::emitFrom(ChangeNotifier *notifier) const
+{
+    auto *node = static_cast<NodeChangeNotifier *>(notifier);
+    Q_EMIT node->changed(node->path(), m_published);
+}

@@ -1,0 +1,46 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "core/tavo/export.h"
+#include "core/tavo/trstring.h"
+
+#include <QVariantHash>
+
+/// Why a request failed: a hash of who says so, a text for people and a title for the text. An
+/// error without a name is no error. A value; copies share.
+class TAVO_API_EXPORT CMError : public QVariantHash
+{
+public:
+    CMError() = default;
+    CMError(const QVariantHash &fields)
+        : QVariantHash(fields)
+    {
+    }
+
+    /// An error by that name, with that message and the default title.
+    CMError(const QString &name, const TrString &message);
+
+    /// The keys.
+    static QString Name();
+    static QString Message();
+    static QString Title();
+
+    static TrString DefaultTitle();
+
+    /// True when there is an error.
+    bool isError() const { return !name().isEmpty(); }
+    QString name() const { return value(Name()).toString(); }
+    TrString message() const { return TrString::fromQVariant(value(Message())); }
+    TrString title() const { return TrString::fromQVariant(value(Title())); }
+};
+
+/// The names of the model's own errors. Modules use their own names.
+namespace CMErrors {
+TAVO_API_EXPORT QString noSuchNode();   ///< nothing is published at the path
+TAVO_API_EXPORT QString notSupported(); ///< the node doesn't take such a request
+TAVO_API_EXPORT QString noAnswer();     ///< whoever had to answer has gone without answering
+} // namespace CMErrors
+
+Q_DECLARE_METATYPE(CMError)

@@ -1,0 +1,11 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "core/model/cmabstractworker.h"
+#include "core/tavo/export.h"
+
+/// The root worker: reaches every node of the process, from any thread. Lives as long as the
+/// process.
+TAVO_API_EXPORT CMAbstractWorker *CMRoot();

@@ -1,0 +1,15 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "core/model/cmpath.h"
+#include "core/model/cmrequest.h"
+
+namespace {
+/// Queued calls look argument types up by name; that must work from the first connection on.
+const bool registered = [] {
+    qRegisterMetaType<CMPath>("CMPath");
+    qRegisterMetaType<CMVoidReply>("CMVoidReply");
+    qRegisterMetaType<CMSetDataRequest>("CMSetDataRequest");
+    return QMetaType::registerConverter<CMPath, QString>(&CMPath::toString);
+}();
+} // namespace

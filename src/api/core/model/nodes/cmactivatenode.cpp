@@ -1,0 +1,23 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "core/model/nodes/cmactivatenode.h"
+
+CMActivateNode *CMActivateNode::create(CMNodes *nodes, const CMPath &path)
+{
+    auto *node = new CMActivateNode(nodes, path);
+    node->publish();
+    return node;
+}
+
+void CMActivateNode::doSetInvoke(const Connector &connector)
+{
+    disconnect(this, &CMActivateNode::privateInvoke, nullptr, nullptr);
+    connector(this);
+}
+
+void CMActivateNode::setData(const CMSetDataRequest &request)
+{
+    // With nobody bound the request is dropped here, and a dropped request answers itself.
+    Q_EMIT privateInvoke(request);
+}

@@ -1,0 +1,46 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "core/model/nodes/cmuinode.h"
+#include "core/tavo/rows.h"
+
+#include <QList>
+#include <QStringList>
+
+/// A node that holds an ordered list of rows: paths of other nodes, or roles to show. Subscribers
+/// are told of every change, from the event loop. Thread and owner: as CMNode.
+class TAVO_API_EXPORT CMListRowsNode : public CMUINode
+{
+public:
+    static CMListRowsNode *create(CMNodes *nodes, const CMPath &path);
+
+    /// Announces what the rows carry.
+    void setRowsRoles(const TavoRowsRoles &roles);
+    TavoRowsRoles rowsRoles() const;
+
+    void rowsAppend(const TavoRoles &row);
+    void rowsAppend(const CMPath &row);
+
+    /// The index is from 0 to the number of rows; the row stands at it afterwards.
+    void rowsInsert(int index, const CMPath &row);
+    void rowsRemoveAt(int index);
+
+    int rowsSize() const;
+
+    /// The row, as CMPath::fromQVariant() or TavoRoles read it; invalid where there is none.
+    QVariant getRow(int index) const;
+
+    void getRows(const CMGetRowsRequest &request) override;
+    void matchRow(const CMMatchRowRequest &request) override;
+
+private:
+    using CMUINode::CMUINode;
+
+    void insert(int index, const QVariant &row);
+    void report(const QString &change, int index) const;
+
+    TavoRowsRoles m_rowsRoles;
+    QList<QVariant> m_rows;
+};

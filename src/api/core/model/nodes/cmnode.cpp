@@ -1,0 +1,71 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "core/model/nodes/cmnode.h"
+
+#include "core/model/cmregistry.h"
+#include "core/model/nodes/cmnodes.h"
+#include "core/tavo/dbglog.h"
+
+#include <array>
+
+namespace {
+const log4cplus::Logger logger = log4cplus::Logger::getInstance("Model");
+
+void refuse(const CMRequest &request, const char *what)
+{
+    request.reply().setError(CMError(
+        CMErrors::notSupported(), QStringLiteral("The node at %1 %2")
+                                      .arg(request.path().toString(), QString::fromLatin1(what))));
+}
+} // namespace
+
+CMNode::CMNode(CMNodes *nodes, const CMPath &path)
+    : m_path(path)
+    , m_nodes(nodes)
+{
+    nodes->add(this);
+}
+
+CMNode::~CMNode() = default;
+
+void CMNode::publish()
+{
+    if (!CMRegistry::instance().publish(this)) {
+        LOG4CPLUS_ERROR(logger,
+                        "A node is published at " << m_path << " already, the new one is not");
+    }
+}
+
+void CMNode::dispose()
+{
+    CMRegistry::instance().withdraw(this);
+    m_nodes->remove(this);
+}
+
+void CMNode::setData(const CMSetDataRequest &request)
+{
+    refuse(request, "can't be set");
+}
+
+void CMNode::getData(const CMGetDataRequest &request)
+{
+    refuse(request, "has no value");
+}
+
+void CMNode::getRows(const CMGetRowsRequest &request)
+{
+    refuse(request, "has no rows");
+}
+
+void CMNode::matchRow(const CMMatchRowRequest &request)
+{
+    refuse(request, "has no rows");
+}
+
+std::mutex &CMNode::guard() const
+{
+    // A mutex of its own would be the largest part of a small node.
+    static std::array<std::mutex, 64> guards;
+    return guards[(reinterpret_cast<quintptr>(this) >> 5) % guards.size()];
+}

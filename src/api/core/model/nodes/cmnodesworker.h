@@ -1,0 +1,39 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "core/model/cmabstractworker.h"
+#include "core/model/nodes/cmnodes.h"
+#include "core/tavo/export.h"
+
+#include <QVariantHash>
+
+/// The base of a module's worker: a name, a configuration and a set of nodes.
+///
+/// Thread: the one that made it. Owner: the host. Its nodes leave the model before its QObject
+/// children are deleted, so no request reaches a child that is going.
+class TAVO_API_EXPORT CMNodesWorker : public CMAbstractWorker
+{
+    Q_OBJECT
+
+public:
+    CMNodesWorker(const QVariantHash &config, const QString &name);
+    ~CMNodesWorker() override;
+
+    CMNodes *nodes() { return &m_nodes; }
+    const QVariantHash &config() const { return m_config; }
+    const QString &name() const { return m_name; }
+
+    void ping(const CMSetDataRequest &request) override;
+    void trace() override;
+    void getDataRequest(const CMGetDataRequest &request) override;
+    void getRowsRequest(const CMGetRowsRequest &request) override;
+    void matchRowRequest(const CMMatchRowRequest &request) override;
+    void setDataRequest(const CMSetDataRequest &request) override;
+
+private:
+    const QVariantHash m_config;
+    const QString m_name;
+    CMNodes m_nodes;
+};

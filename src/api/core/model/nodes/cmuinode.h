@@ -1,0 +1,23 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "core/model/nodes/cmnode.h"
+#include "core/tavo/trstring.h"
+
+/// A node that a user interface may show. Thread and owner: as CMNode.
+class TAVO_API_EXPORT CMUINode : public CMNode
+{
+public:
+    void setTitle(const TrString &title);
+
+    /// Any thread.
+    TrString title() const;
+
+protected:
+    using CMNode::CMNode;
+
+private:
+    TrString m_title;
+};

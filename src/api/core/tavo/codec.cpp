@@ -1,0 +1,69 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "core/tavo/codec.h"
+
+#include <cmath>
+
+namespace {
+bool isNumber(const QVariant &value)
+{
+    switch (value.userType()) {
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::LongLong:
+    case QMetaType::ULongLong:
+    case QMetaType::Short:
+    case QMetaType::UShort:
+    case QMetaType::Long:
+    case QMetaType::ULong:
+    case QMetaType::SChar:
+    case QMetaType::UChar:
+    case QMetaType::Char:
+    case QMetaType::Float:
+    case QMetaType::Double:
+        return true;
+    default:
+        return false;
+    }
+}
+
+/// Beyond 2^53 a double no longer tells neighbouring integers apart.
+constexpr double exactIntegers = 9007199254740992.0;
+} // namespace
+
+qint64 tavoReadInteger(const QVariant &value, qint64 least, qint64 most)
+{
+    if (!isNumber(value)) {
+        return 0;
+    }
+    qint64 number = 0;
+    if (value.userType() == QMetaType::Double || value.userType() == QMetaType::Float) {
+        const double fraction = value.toDouble();
+        if (!(std::abs(fraction) <= exactIntegers) || std::trunc(fraction) != fraction) {
+            return 0;
+        }
+        number = static_cast<qint64>(fraction);
+    } else {
+        bool fits = false;
+        number = value.toLongLong(&fits);
+        if (!fits || (number < 0 && value.toULongLong() == static_cast<quint64>(number) &&
+                      value.userType() == QMetaType::ULongLong)) {
+            return 0;
+        }
+    }
+    return number < least || number > most ? 0 : number;
+}
+
+bool tavoReadBool(const QVariant &value)
+{
+    if (value.userType() == QMetaType::Bool) {
+        return value.toBool();
+    }
+    return isNumber(value) && value.toDouble() != 0;
+}
+
+double tavoReadDouble(const QVariant &value)
+{
+    return isNumber(value) ? value.toDouble() : 0;
+}

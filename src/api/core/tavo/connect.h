@@ -1,0 +1,44 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <type_traits>
+
+#include <QMetaMethod>
+#include <QMetaType>
+#include <QObject>
+#include <QThread>
+
+/// Whether the arguments of a signal can travel to the receiver: a call that may be queued needs
+/// each argument that is no pointer to be known to the meta-type system.
+template <typename Signal>
+bool verifyConnectionSignalParameters(const QObject *sender, Signal signal, const QObject *receiver,
+                                      Qt::ConnectionType type)
+{
+    const bool mayBeQueued = type == Qt::QueuedConnection || type == Qt::BlockingQueuedConnection ||
+                             (type == Qt::AutoConnection && sender->thread() != receiver->thread());
+    if (!mayBeQueued) {
+        return true;
+    }
+    const QMetaMethod method = QMetaMethod::fromSignal(signal);
+    const QList<QByteArray> names = method.parameterTypes();
+    for (int i = 0; i < names.size(); ++i) {
+        if (!names.at(i).endsWith('*') && method.parameterType(i) == QMetaType::UnknownType) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// Connects, and takes a connection that can't be made for the programming error that it is.
+template <typename Sender, typename Signal, typename Receiver, typename Slot>
+QMetaObject::Connection tavoConnect(const Sender *sender, Signal signal, const Receiver *receiver,
+                                    Slot slot, Qt::ConnectionType type = Qt::AutoConnection)
+{
+    Q_ASSERT(verifyConnectionSignalParameters(sender, signal, receiver, type));
+    const QMetaObject::Connection connection =
+        QObject::connect(sender, signal, receiver, slot, type);
+    Q_ASSERT(connection);
+    return connection;
+}

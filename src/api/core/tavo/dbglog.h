@@ -1,0 +1,64 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "core/tavo/export.h"
+#include "core/tavo/stream.h"
+
+#include <string>
+
+#include <log4cplus/logger.h>
+#include <log4cplus/loggingmacros.h>
+
+/// Renders a function's signature, as the compiler writes it, for a trace line: the same text for
+/// every compiler. The logger's name is for renderings that sort by it; this one does without.
+TAVO_API_EXPORT std::string dbglog_scopedFunction(const std::string &signature,
+                                                  const std::string &logger);
+
+/// Writes the "Leave " line of a function when its scope ends; TAVO_SCOPE makes one.
+///
+/// Thread: the function's own. When the level is disabled it costs the level check alone.
+class TAVO_API_EXPORT DbglogScope
+{
+public:
+    DbglogScope(const log4cplus::Logger &logger, log4cplus::LogLevel level, const char *signature,
+                const char *file, int line, const char *function);
+    ~DbglogScope();
+
+    DbglogScope(const DbglogScope &) = delete;
+    DbglogScope &operator=(const DbglogScope &) = delete;
+
+    bool isEnabledFor(log4cplus::LogLevel level) const { return m_logger.isEnabledFor(level); }
+
+    /// What the line says behind the signature, and its level from now on.
+    void setLeave(log4cplus::LogLevel level, const std::string &text);
+
+private:
+    const log4cplus::Logger &m_logger;
+    log4cplus::LogLevel m_level;
+    const char *m_signature;
+    const char *m_file;
+    int m_line;
+    const char *m_function;
+    std::string m_text;
+};
+
+/// Opens a traced function: writes "Enter <signature>: <args>" now and "Leave <signature>: <text>"
+/// at the end of the scope, both at the level (TRACE, DEBUG, INFO). The args are a stream
+/// expression, not evaluated unless the level is enabled: TAVO_SCOPE(logger, TRACE, "id: " << id);
+#define TAVO_SCOPE(logger, level, args)                                                            \
+    LOG4CPLUS_##level(logger, "Enter " << dbglog_scopedFunction(Q_FUNC_INFO, (logger).getName())   \
+                                       << ": " << args);                                           \
+    DbglogScope dbglogScope(logger, log4cplus::level##_LOG_LEVEL, Q_FUNC_INFO, __FILE__, __LINE__, \
+                            static_cast<const char *>(__func__))
+
+/// Sets what the "Leave " line of the enclosing TAVO_SCOPE says, and its level.
+#define TAVO_LEAVE(level, args)                                                                    \
+    do {                                                                                           \
+        if (dbglogScope.isEnabledFor(log4cplus::level##_LOG_LEVEL)) {                              \
+            std::ostringstream dbglogText;                                                         \
+            dbglogText << args; /* NOLINT(bugprone-macro-parentheses) */                           \
+            dbglogScope.setLeave(log4cplus::level##_LOG_LEVEL, dbglogText.str());                  \
+        }                                                                                          \
+    } while (false)

@@ -1,0 +1,89 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "core/tavo/export.h"
+
+#include <QString>
+
+// Enumerations travel as their numbers. Each allows every signed 32-bit number, so that a value
+// from a newer peer survives; toString() gives the name, or the digits of a number without one.
+
+/// How urgent a notification is: larger goes first, equal keep their order of arrival.
+struct TAVO_API_EXPORT TavoNotificationItemPriority
+{
+    enum Enum : int { Low = 0, Normal = 1, High = 2, Urgent = 3 };
+    static QString toString(Enum value);
+};
+
+/// What the content of a sound notification is.
+struct TAVO_API_EXPORT TavoNotificationPlayerItemType
+{
+    enum Enum : int {
+        Uri = 0,    ///< a URI or a file's path
+        Data = 1,   ///< a sound file in base64
+        Stream = 2, ///< a stream's source; its media type stands beside it
+        Fake = 3    ///< nothing: a silent placeholder
+    };
+    static QString toString(Enum value);
+};
+
+/// What a sound notification's response reports.
+struct TAVO_API_EXPORT TavoNotificationPlayerResponseType
+{
+    enum Enum : int {
+        Unknown = 0,
+        Started = 1,
+        Finished = 2,  ///< heard to its end
+        Cancelled = 3, ///< stopped, or never started
+        Failed = 4     ///< the cause is in the log
+    };
+    static QString toString(Enum value);
+};
+
+/// What the power manager grants.
+struct TAVO_API_EXPORT TavoPowerManagerResources
+{
+    enum Enum : int { Processor = 0, Display = 1, Audio = 2, Network = 3 };
+    static QString toString(Enum value);
+};
+
+/// What a module asks of the power manager.
+struct TAVO_API_EXPORT TavoPowerModuleActions
+{
+    enum Enum : int { None = 0, Acquire = 1, Release = 2 };
+    static QString toString(Enum value);
+};
+
+/// What the power manager tells a module whose resources it takes.
+struct TAVO_API_EXPORT TavoPowerManagerRevokeMessageType
+{
+    enum Enum : int {
+        Revoked = 0,    ///< the resources are gone, stop now
+        PostRevoked = 1 ///< everybody has stopped; informational
+    };
+    static QString toString(Enum value);
+};
+
+/// What a row stands for in a user interface.
+struct TAVO_API_EXPORT TavoRolesType
+{
+    enum Enum : int {
+        None = 0,
+        Container = 1, ///< leads to more rows
+        Action = 2,    ///< can be activated
+        Value = 3,
+        Switch = 4,
+        Media = 5,
+        Text = 6 ///< a text to read
+    };
+    static QString toString(Enum value);
+};
+
+/// Which roles the rows of a list carry.
+struct TAVO_API_EXPORT TavoRowsRolesType
+{
+    enum Enum : int { Title = 0, Value = 1, Path = 2 };
+    static QString toString(Enum value);
+};

@@ -1,0 +1,84 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "core/model/cmpath.h"
+#include "core/tavo/enumerations.h"
+#include "core/tavo/export.h"
+#include "core/tavo/tavohash.h"
+
+/// The notifications module's name, as other modules know it.
+TAVO_API_EXPORT QString TavoNotificationsName();
+
+/// The module's own place in the model.
+TAVO_API_EXPORT CMPath TavoNotificationsPath();
+
+/// Request: queues a sound. Value: a TavoValue with notificationPlayerItem(). Answer: empty, once
+/// the sound is queued; how it starts and ends goes to the item's response path.
+TAVO_API_EXPORT CMPath TavoNotificationPlayerEnqueuePath();
+
+/// Request: ends a sound, queued or playing. Value: a TavoValue with string_(), the id. Answer:
+/// empty.
+TAVO_API_EXPORT CMPath TavoNotificationPlayerCancelPath();
+
+/// Value: a TavoValue with bool_(), true from the first sound of a queue until the queue is empty.
+TAVO_API_EXPORT CMPath TavoNotificationPlayerIsPlayingPath();
+
+/// Request: shows a message. Value: a TavoValue with notificationDisplayItem(). Answer: a TavoValue
+/// with path(), by which the notification is cancelled or closed.
+TAVO_API_EXPORT CMPath TavoNotificationDisplayOpenPath();
+
+/// Request: closes a display notification. Value: a TavoValue with path(), or the bare path.
+/// Answer: true.
+TAVO_API_EXPORT CMPath TavoNotificationDisplayCancelNotifyPath();
+
+/// Rows: the paths of the open display notifications; the first is the one on display.
+TAVO_API_EXPORT CMPath TavoNotificationDisplayQueuePath();
+
+/// The parent of the nodes made for messages: a list with one row, the text.
+TAVO_API_EXPORT CMPath TavoNotificationDisplaySimpleMessageNodePath();
+
+/// A request to play a sound.
+class TavoNotificationPlayerItem : public TavoHash
+{
+    TAVO_RECORD(TavoNotificationPlayerItem)
+
+    /// The requester's name for it; must not be empty, nor equal that of another queued sound.
+    TAVO_FIELD(QString, id, setId)
+    /// What to play, as the type says.
+    TAVO_FIELD(QString, content, setContent)
+    /// The media type of a stream, such as audio/L16;rate=48000;channels=2.
+    TAVO_FIELD(QString, contentStreamFormat, setContentStreamFormat)
+    TAVO_FIELD(TavoNotificationPlayerItemType::Enum, type, setType)
+    TAVO_FIELD(TavoNotificationItemPriority::Enum, priority, setPriority)
+    /// Repeats the sound until it is cancelled.
+    TAVO_FIELD(bool, loop, setLoop)
+    /// Where start and end are reported, each a TavoValue with notificationPlayerResponse(); may be
+    /// empty.
+    TAVO_FIELD(CMPath, playbackResponsePath, setPlaybackResponsePath)
+};
+
+/// How a sound started or ended.
+class TavoNotificationPlayerResponse : public TavoHash
+{
+    TAVO_RECORD(TavoNotificationPlayerResponse)
+
+    TAVO_FIELD(QString, id, setId)
+    TAVO_FIELD(TavoNotificationPlayerResponseType::Enum, type, setType)
+};
+
+/// A request to show a message, or a node that the requester published itself.
+class TavoNotificationDisplayItem : public TavoHash
+{
+    TAVO_RECORD(TavoNotificationDisplayItem)
+
+    TAVO_FIELD(QString, id, setId)
+    TAVO_FIELD(TrString, title, setTitle)
+    /// The text. With one, the module makes the node; without, path must name a node.
+    TAVO_FIELD(TrString, message, setMessage)
+    /// Milliseconds on display; 0 or less: until closed.
+    TAVO_FIELD(int, timeout, setTimeout)
+    TAVO_FIELD(TavoNotificationItemPriority::Enum, priority, setPriority)
+    TAVO_FIELD(CMPath, path, setPath)
+};

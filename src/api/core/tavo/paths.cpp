@@ -1,0 +1,32 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "core/tavo/notifications.h"
+#include "core/tavo/player.h"
+#include "core/tavo/powermanager.h"
+
+// Every path is made once: a request to it then costs a reference count, not a text.
+#define TAVO_PATH(function, text)                                                                  \
+    CMPath function()                                                                              \
+    {                                                                                              \
+        static const CMPath path{QStringLiteral(text)};                                            \
+        return path;                                                                               \
+    }
+
+TAVO_PATH(TavoNotificationsPath, "/notifications")
+TAVO_PATH(TavoNotificationPlayerEnqueuePath, "/notifications/player/enqueue")
+TAVO_PATH(TavoNotificationPlayerCancelPath, "/notifications/player/cancel")
+TAVO_PATH(TavoNotificationPlayerIsPlayingPath, "/notifications/player/isPlaying")
+TAVO_PATH(TavoNotificationDisplayOpenPath, "/notifications/display/open")
+TAVO_PATH(TavoNotificationDisplayCancelNotifyPath, "/notifications/display/cancelNotify")
+TAVO_PATH(TavoNotificationDisplayQueuePath, "/notifications/display/queue")
+TAVO_PATH(TavoNotificationDisplaySimpleMessageNodePath, "/notifications/display/simpleMessageNode")
+TAVO_PATH(TavoPlayerAlsaDeviceNotificationsPath, "/player/alsaDevice/notifications")
+TAVO_PATH(TavoPlayerMainAudioDuckingPath, "/player/mainAudio/ducking")
+TAVO_PATH(TavoPowerManagerModuleRegisterPath, "/powerManager/moduleRegister")
+TAVO_PATH(TavoPowerManagerResourceRequestPath, "/powerManager/resourceRequest")
+
+QString TavoNotificationsName()
+{
+    return QStringLiteral("notifications");
+}

@@ -1,0 +1,11 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "core/tavo/tavohash.h"
+
+#include "core/tavo/stream.h"
+
+std::ostream &operator<<(std::ostream &stream, const TavoHash &record)
+{
+    return stream << record.__variant();
+}

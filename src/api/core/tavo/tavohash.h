@@ -1,0 +1,91 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "core/tavo/codec.h"
+#include "core/tavo/export.h"
+
+#include <iosfwd>
+
+#include <QVariantHash>
+
+/// The base of every record: a typed view over a hash of fields.
+///
+/// A value; copies share the hash. A field that is missing, or holds what doesn't suit its type,
+/// reads as the type's default; fields that a record doesn't know are kept as they are. Everything
+/// that a record holds is plain data (numbers, texts, lists, hashes), so that it can leave the
+/// process and come back equal.
+class TAVO_API_EXPORT TavoHash
+{
+public:
+    TavoHash() = default;
+    TavoHash(const QVariantHash &fields)
+        : m_fields(fields)
+    {
+    }
+
+    /// True when the record carries no field at all.
+    bool isEmpty() const { return m_fields.isEmpty(); }
+
+    /// The whole record in the form in which requests and nodes carry it.
+    QVariant __variant() const { return m_fields; } // NOLINT(bugprone-reserved-identifier)
+
+    const QVariantHash &fields() const { return m_fields; }
+
+    bool operator==(const TavoHash &other) const { return m_fields == other.m_fields; }
+    bool operator!=(const TavoHash &other) const { return m_fields != other.m_fields; }
+
+protected:
+    template <typename T>
+    T read(const QString &key) const
+    {
+        const auto field = m_fields.constFind(key);
+        return field == m_fields.constEnd() ? T() : TavoCodec<T>::read(*field);
+    }
+
+    template <typename T>
+    void write(const QString &key, const T &value)
+    {
+        m_fields.insert(key, TavoCodec<T>::write(value));
+    }
+
+private:
+    QVariantHash m_fields;
+};
+
+TAVO_API_EXPORT std::ostream &operator<<(std::ostream &stream, const TavoHash &record);
+
+/// Opens the body of a record class.
+#define TAVO_RECORD(Name)                                                                          \
+public:                                                                                            \
+    Name() = default;                                                                              \
+    Name(const TavoHash &fields)                                                                   \
+        : TavoHash(fields)                                                                         \
+    {                                                                                              \
+    }                                                                                              \
+    Name(const QVariantHash &fields)                                                               \
+        : TavoHash(fields)                                                                         \
+    {                                                                                              \
+    }                                                                                              \
+                                                                                                   \
+private:                                                                                           \
+    using Self = Name;                                                                             \
+                                                                                                   \
+public:
+
+/// A field of a record: its getter, its setter (which returns the record, so that calls chain) and
+/// its key.
+#define TAVO_FIELD_KEY(Type, getter, setter, key)                                                  \
+    Type getter() const                                                                            \
+    {                                                                                              \
+        return read<Type>(QStringLiteral(key));                                                    \
+    }                                                                                              \
+    Self &setter(const Type &value)                                                                \
+    {                                                                                              \
+        write<Type>(QStringLiteral(key), value);                                                   \
+        return *this;                                                                              \
+    }
+
+/// The same for a field whose key is the getter's name, as nearly all are.
+#define TAVO_FIELD(Type, getter, setter) TAVO_FIELD_KEY(Type, getter, setter, #getter)

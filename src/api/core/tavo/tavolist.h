@@ -1,0 +1,53 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "core/tavo/codec.h"
+
+#include <initializer_list>
+
+#include <QVariantList>
+
+/// A list of one type within a record. A value; copies share.
+template <typename T>
+class TavoList
+{
+public:
+    TavoList() = default;
+    TavoList(std::initializer_list<T> elements)
+    {
+        for (const T &element : elements) {
+            append(element);
+        }
+    }
+    explicit TavoList(const QVariantList &elements)
+        : m_elements(elements)
+    {
+    }
+
+    int size() const { return m_elements.size(); }
+    bool isEmpty() const { return m_elements.isEmpty(); }
+    T at(int index) const { return TavoCodec<T>::read(m_elements.at(index)); }
+    void append(const T &element) { m_elements.append(TavoCodec<T>::write(element)); }
+
+    /// Compares the carried values, so that an element that doesn't suit the type equals nothing.
+    bool contains(const T &element) const
+    {
+        return m_elements.contains(TavoCodec<T>::write(element));
+    }
+
+    const QVariantList &elements() const { return m_elements; }
+    bool operator==(const TavoList &other) const { return m_elements == other.m_elements; }
+    bool operator!=(const TavoList &other) const { return m_elements != other.m_elements; }
+
+private:
+    QVariantList m_elements;
+};
+
+template <typename T>
+struct TavoCodec<TavoList<T>>
+{
+    static TavoList<T> read(const QVariant &value) { return TavoList<T>(value.toList()); }
+    static QVariant write(const TavoList<T> &value) { return value.elements(); }
+};

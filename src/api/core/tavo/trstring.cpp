@@ -1,0 +1,136 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "core/tavo/trstring.h"
+
+#include <algorithm>
+
+#include <QCoreApplication>
+#include <QVariantHash>
+
+struct TrString::Translation
+{
+    QByteArray context;
+    QByteArray disambiguation;
+    int count = -1;
+    QList<TrArg> arguments;
+
+    bool operator==(const Translation &other) const
+    {
+        return context == other.context && disambiguation == other.disambiguation &&
+               count == other.count && arguments == other.arguments;
+    }
+};
+
+namespace {
+const QString contextKey = QStringLiteral("context");
+const QString sourceKey = QStringLiteral("source");
+const QString disambiguationKey = QStringLiteral("disambiguation");
+const QString countKey = QStringLiteral("count");
+const QString argumentsKey = QStringLiteral("arguments");
+
+/// Puts the arguments in with one pass, so that a "%2" inside the first argument stays as it is.
+QString substituted(const QString &text, const QList<TrArg> &arguments)
+{
+    QString result;
+    for (int i = 0; i < text.size(); ++i) {
+        const int number = text.at(i) == QLatin1Char('%') && i + 1 < text.size()
+                               ? text.at(i + 1).digitValue()
+                               : -1;
+        if (number >= 1 && number <= arguments.size()) {
+            result += arguments.at(number - 1).toString();
+            ++i;
+        } else {
+            result += text.at(i);
+        }
+    }
+    return result;
+}
+} // namespace
+
+TrString::TrString(const char *text)
+    : m_text(QString::fromUtf8(text))
+{
+}
+
+TrString::TrString(const TrCharData &data, const QList<TrArg> &arguments)
+    : m_text(QString::fromUtf8(data.source))
+    , m_translation(std::make_shared<Translation>(
+          Translation{data.context, data.disambiguation, data.count, arguments}))
+{
+}
+
+QString TrString::toString() const
+{
+    if (!m_translation) {
+        return m_text;
+    }
+    const QString translated = QCoreApplication::translate(
+        m_translation->context.constData(), m_text.toUtf8().constData(),
+        m_translation->disambiguation.isEmpty() ? nullptr
+                                                : m_translation->disambiguation.constData(),
+        m_translation->count);
+    return substituted(translated, m_translation->arguments);
+}
+
+TrString::operator QVariant() const
+{
+    if (!m_translation) {
+        return m_text;
+    }
+    QVariantList arguments;
+    for (const TrArg &argument : m_translation->arguments) {
+        arguments.append(argument.toQVariant());
+    }
+    return QVariantHash{{contextKey, QString::fromUtf8(m_translation->context)},
+                        {sourceKey, m_text},
+                        {disambiguationKey, QString::fromUtf8(m_translation->disambiguation)},
+                        {countKey, m_translation->count},
+                        {argumentsKey, arguments}};
+}
+
+TrString TrString::fromQVariant(const QVariant &variant)
+{
+    switch (variant.userType()) {
+    case QMetaType::QString:
+        return variant.toString();
+    case QMetaType::QVariantHash:
+    case QMetaType::QVariantMap:
+        break;
+    default:
+        return variant.value<TrString>();
+    }
+    const QVariantHash parts = variant.toHash();
+    Translation translation;
+    translation.context = parts.value(contextKey).toString().toUtf8();
+    translation.disambiguation = parts.value(disambiguationKey).toString().toUtf8();
+    translation.count = parts.value(countKey, -1).toInt();
+    const QVariantList arguments = parts.value(argumentsKey).toList();
+    for (const QVariant &argument : arguments) {
+        translation.arguments.append(TrArg(argument));
+    }
+    TrString result(parts.value(sourceKey).toString());
+    if (!result.isEmpty()) {
+        result.m_translation = std::make_shared<Translation>(std::move(translation));
+    }
+    return result;
+}
+
+bool TrString::operator==(const TrString &other) const
+{
+    if (m_text != other.m_text || isTranslatable() != other.isTranslatable()) {
+        return false;
+    }
+    return !m_translation || *m_translation == *other.m_translation;
+}
+
+QByteArray trExtractContext(const char *signature)
+{
+    QByteArray name = signature;
+    name.truncate(std::max(name.indexOf('('), 0));
+    name = name.mid(name.lastIndexOf(' ') + 1);
+    while (name.startsWith('*') || name.startsWith('&')) {
+        name.remove(0, 1);
+    }
+    return name.left(std::max(name.lastIndexOf("::"), 0));
+}

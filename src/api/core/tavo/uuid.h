@@ -1,0 +1,11 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "core/tavo/export.h"
+
+#include <QString>
+
+/// A new random identifier (RFC 4122, version 4) in its 36 character form. Any thread.
+TAVO_API_EXPORT QString tavoGenerateUuid();

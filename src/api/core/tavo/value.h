@@ -1,0 +1,26 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "core/tavo/notifications.h"
+#include "core/tavo/player.h"
+#include "core/tavo/powermanager.h"
+#include "core/tavo/rows.h"
+
+/// What nodes hold and requests carry: one field a kind of value.
+class TavoValue : public TavoHash
+{
+    TAVO_RECORD(TavoValue)
+
+    TAVO_FIELD_KEY(bool, bool_, setBool_, "bool")
+    TAVO_FIELD_KEY(int, int_, setInt_, "int")
+    TAVO_FIELD_KEY(double, double_, setDouble_, "double")
+    TAVO_FIELD_KEY(QString, string_, setString_, "string")
+    TAVO_FIELD(CMPath, path, setPath)
+    TAVO_FIELD(TavoNotificationPlayerItem, notificationPlayerItem, setNotificationPlayerItem)
+    TAVO_FIELD(TavoNotificationPlayerResponse, notificationPlayerResponse,
+               setNotificationPlayerResponse)
+    TAVO_FIELD(TavoNotificationDisplayItem, notificationDisplayItem, setNotificationDisplayItem)
+    TAVO_FIELD(TavoPlayerAudioDevice, audioDevice, setAudioDevice)
+};
