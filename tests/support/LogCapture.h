@@ -1,0 +1,79 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+#include <log4cplus/appender.h>
+#include <log4cplus/logger.h>
+#include <log4cplus/loglevel.h>
+
+/// Takes down what one logger writes, for as long as the capture lives.
+///
+/// Sets the logger's own level, takes its other appenders' place and stands alone (nothing reaches
+/// the root's appenders); gives all of it back at its end. Records may come from any thread.
+class LogCapture
+{
+public:
+    struct Record
+    {
+        log4cplus::LogLevel level;
+        std::string message;
+        std::string file;     ///< as the compiler gave it, with its folders
+        std::string function; ///< the whole signature, as the compiler writes it
+        int line;
+
+        /// The file's name without its folders.
+        std::string fileName() const;
+    };
+    using Records = std::vector<Record>;
+
+    explicit LogCapture(const std::string &loggerName,
+                        log4cplus::LogLevel level = log4cplus::TRACE_LOG_LEVEL);
+    ~LogCapture();
+
+    LogCapture(const LogCapture &) = delete;
+    LogCapture &operator=(const LogCapture &) = delete;
+
+    /// Changes the logger's level until the capture's end.
+    void setLevel(log4cplus::LogLevel level);
+
+    /// What has been written so far, oldest first.
+    Records records() const;
+
+    /// The messages alone, oldest first: compare with ElementsAre().
+    std::vector<std::string> messages() const;
+    std::vector<std::string> messages(log4cplus::LogLevel level) const;
+
+    /// Records with exactly that message, or that message at that level.
+    int count(const std::string &message) const;
+    int count(log4cplus::LogLevel level, const std::string &message) const;
+
+    /// Records at the level, whatever they say.
+    int countAt(log4cplus::LogLevel level) const;
+
+    bool contains(const std::string &message) const { return count(message) > 0; }
+
+    /// The records whose message has the text somewhere in it.
+    Records find(const std::string &part) const;
+
+    void clear();
+
+private:
+    class Sink;
+
+    template <typename Predicate>
+    Records select(Predicate predicate) const;
+
+    log4cplus::Logger m_logger;
+    log4cplus::LogLevel m_oldLevel;
+    bool m_oldAdditivity;
+    log4cplus::SharedAppenderPtrList m_oldAppenders;
+    log4cplus::helpers::SharedObjectPtr<Sink> m_sink;
+};
+
+/// For the messages of failed expectations.
+void PrintTo(const LogCapture::Record &record, std::ostream *stream);

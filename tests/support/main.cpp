@@ -1,0 +1,27 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include <memory>
+
+#include <QCoreApplication>
+
+#include <gtest/gtest.h>
+#include <log4cplus/appender.h>
+#include <log4cplus/initializer.h>
+#include <log4cplus/logger.h>
+#include <log4cplus/nullappender.h>
+
+// Tests run in the application's main thread, whose event loop they turn themselves (EventLoop.h).
+int main(int argc, char **argv)
+{
+    const log4cplus::Initializer logging;
+    log4cplus::Logger root = log4cplus::Logger::getRoot();
+    root.addAppender(log4cplus::SharedAppenderPtr(new log4cplus::NullAppender));
+    root.setLogLevel(log4cplus::OFF_LOG_LEVEL);
+
+    testing::InitGoogleTest(&argc, argv);
+    // A forked copy of a process with threads may hang on a lock; a new process can't.
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const QCoreApplication application(argc, argv);
+    return RUN_ALL_TESTS();
+}
