@@ -23,15 +23,15 @@ MUSIC_LOUDNESS = -20.0
 MUSIC_CEILING = 1050.0  # Hz
 MUSIC_BEAT = 0.6
 
-# name: file, frequency in Hz, length in seconds. No frequency is half or double another: a sound has
-# a quiet octave below it, which nobody shall take for another sound.
+# name: file, frequency in Hz, length in seconds. Each frequency keeps away from the others and their
+# halves, because a sound has a quiet octave below it, which nobody shall take for another sound.
 NOTIFICATIONS = {
     "announcement": ("announcement.wav", 1174.7, 5.0),
     "stream": ("stream.l16", 1396.9, 1.5),
     "chime": ("chime.flac", 1568.0, 0.9),
     "ring": ("ring.ogg", 1760.0, 0.6),
     "message": ("message.ogg", 1975.5, 1.1),
-    "alarm": ("alarm.wav", 2637.0, 1.2),
+    "alarm": ("alarm.wav", 2571.6, 1.2),
 }
 
 SNDFILE_FORMATS = {".wav": 0x010002, ".flac": 0x170002, ".ogg": 0x200060}

@@ -1,0 +1,111 @@
+# SPDX-FileCopyrightText: 2026 The Tavo developers
+# SPDX-License-Identifier: Apache-2.0
+"""The picture of a run: what was loud when, and which notification was why."""
+
+from . import canvas, checks, lanes
+
+WIDTH = 1500
+LEFT, RIGHT = 74, 28
+HEAD, FOOT, GAP = 96, 58, 14
+MUSIC = (70, 90, 125)
+NOTIFICATIONS = (90, 98, 110)
+COLOURS = [(37, 116, 207), (214, 69, 65), (22, 150, 105), (142, 84, 190), (217, 119, 6),
+           (8, 145, 178), (190, 60, 130), (101, 130, 20)]
+NO_SOUND = (150, 156, 166)
+
+
+def colours(story, expected):
+    """One colour a notification, in the order of their appearance; grey for what has no sound."""
+    given, result = iter(COLOURS * len(story.notifications)), {}
+    for name in story.notifications:
+        known = expected.notifications.get(name)
+        result[name] = next(given) if known and known.frequency else NO_SOUND
+    return result
+
+
+def notification_rows(story, expected, palette):
+    rows = []
+    for item in story.notifications.values():
+        known = expected.notifications.get(item.id)
+        since = next(moment for moment in (item.queued, item.started, item.ended)
+                     if moment is not None)
+        until = item.ended if item.ended is not None else story.end
+        rows.append(lanes.Row(known.label if known else item.id, palette[item.id], since, until,
+                              item.sounding, item.outcome or ""))
+    return rows
+
+
+def stains(track, story, expected, palette):
+    """What colours the notification device's curve: who is both due and really audible."""
+    sounds = checks.Sounds(track, expected)
+    result = []
+    for item in story.notifications.values():
+        known = expected.notifications.get(item.id)
+        if known and known.frequency and item.sounding:
+            due = track.during(*checks.lifetime(item))
+            mask = sounds.audible[known.frequency] & due
+            result.append((known.label, palette[item.id], mask))
+    return result
+
+
+def build_lanes(tracks, story, expected):
+    palette = colours(story, expected)
+    ducked = [lanes.Shade(begin, end, f"ducked, {end - begin:.1f} s")
+              for begin, end in story.ducked]
+    return [
+        lanes.LoudnessLane("Main audio", "loudness of the music, and when it was ducked",
+                           tracks["main"], MUSIC, ducked),
+        lanes.LoudnessLane("Notification device", "loudness, coloured by the sound that was heard",
+                           tracks["notifications"], NOTIFICATIONS,
+                           stains=stains(tracks["notifications"], story, expected, palette)),
+        lanes.RowsLane("Notifications", "what the requesters were told",
+                       notification_rows(story, expected, palette)),
+    ]
+
+
+def draw_head(surface, story, failed):
+    surface.text(LEFT, 30, "Tavo: sound notifications over music", 21, bold=True)
+    verdict = (f"{failed} checks FAILED" if failed else "every check passed")
+    surface.text(LEFT, 58, f"{len(story.notifications)} notifications in "
+                           f"{story.end - story.begin:.1f} s, {verdict}", 12.5,
+                 (200, 40, 40) if failed else canvas.MUTED)
+    draw_legend(surface, WIDTH - RIGHT, 58)
+
+
+def draw_legend(surface, right, y):
+    """Explains the signs, from right to left."""
+    grey = (110, 118, 130)
+
+    def entry(text, draw, sign):
+        nonlocal right
+        right -= surface.width_of(text, 11)
+        surface.text(right, y, text, 11, canvas.MUTED)
+        right -= sign + 7
+        draw(right)
+        right -= 20
+
+    entry("failed or refused", lambda x: surface.cross(x + 5, y, 4.5, lanes.RowsLane.MARKS["failed"],
+                                                       2.4), 10)
+    entry("cancelled", lambda x: surface.box(x, y - 4.5, x + 9, y + 4.5, radius=1.5,
+                                             fill=lanes.RowsLane.MARKS["cancelled"]), 9)
+    entry("finished", lambda x: surface.dot(x + 5, y, 5, lanes.RowsLane.MARKS["finished"]), 10)
+    entry("waiting or paused", lambda x: surface.box(x, y - 6, x + 26, y + 6, fill=(*grey, 60),
+                                                     radius=4), 26)
+    entry("sounding", lambda x: surface.box(x, y - 6, x + 26, y + 6, fill=grey, radius=4), 26)
+    entry("main audio ducked", lambda x: surface.box(x, y - 6, x + 26, y + 6,
+                                                     fill=(*lanes.DUCKED, 50)), 26)
+
+
+def draw(path, tracks, story, expected, failed):
+    begin = min(track.start for track in tracks.values())
+    axis = lanes.TimeAxis(begin, max(track.end for track in tracks.values()), LEFT, WIDTH - RIGHT)
+    stack = build_lanes(tracks, story, expected)
+    height = HEAD + sum(lane.height + GAP for lane in stack) - GAP + FOOT
+    surface = canvas.Canvas(WIDTH, height)
+    draw_head(surface, story, failed)
+    top = HEAD
+    for lane in stack:
+        lane.draw(surface, axis, top)
+        top += lane.height + GAP
+    lanes.draw_time_axis(surface, axis, top - GAP)
+    surface.save(path)

@@ -1,0 +1,120 @@
+# SPDX-FileCopyrightText: 2026 The Tavo developers
+# SPDX-License-Identifier: Apache-2.0
+"""Recordings of runs that never were: right ones, and ones with a single thing wrong."""
+
+import copy
+import json
+
+import numpy as np
+
+from soundcheck import expectations, recording, timeline
+
+RATE = 48000
+START = 1000.0  # on the monotonic clock
+LENGTH = 14.0
+ATTENUATION, FADE = 20.0, 0.2
+LATENCY = 0.03
+
+SOUNDS = {"notifications": {
+    "announcement": {"frequency": 1174.7, "length": 4.0},
+    "chime": {"frequency": 1568.0, "length": 0.9},
+    "ring": {"frequency": 1760.0, "length": 0.6},
+    "alarm": {"frequency": 2571.6, "length": 1.2}}}
+
+EXPECTATIONS = {
+    "music": {"attenuation": ATTENUATION, "fade": FADE},
+    "notifications": {
+        "chime": {"label": "Chime", "sound": "chime", "ends": "finished"},
+        "news": {"label": "Announcement", "sound": "announcement", "ends": "finished",
+                 "interrupted_by": ["alarm"]},
+        "alarm": {"label": "Alarm", "sound": "alarm", "ends": "finished"},
+        "ring": {"label": "Ringing", "sound": "ring", "ends": "cancelled", "loop": True},
+        "broken": {"label": "Missing file", "sound": "chime", "ends": "failed"},
+        "second-chime": {"label": "Same id", "ends": "refused"}}}
+
+TIMELINE = [
+    (2.0, "queued", "chime"), (2.02, "ducked", None), (2.25, "acquired", None),
+    (2.26, "started", "chime"), (3.2, "ended", "chime", "finished"),
+    (3.21, "released", None), (3.31, "restored", None),
+    (5.0, "queued", "news"), (5.02, "ducked", None), (5.25, "acquired", None),
+    (5.26, "started", "news"), (5.4, "refused", "second-chime"), (6.26, "queued", "alarm"),
+    (6.28, "started", "alarm"), (7.3, "queued", "broken"), (7.4, "queued", "ring"),
+    (7.5, "ended", "alarm", "finished"), (10.55, "ended", "news", "finished"),
+    (10.56, "ended", "broken", "failed"), (10.57, "started", "ring"),
+    (11.9, "ended", "ring", "cancelled"), (12.0, "released", None), (12.01, "restored", None)]
+
+# What sounds when, in seconds from the start: sound, begin, end.
+PLAYED = [("chime", 2.29, 3.19), ("announcement", 5.29, 6.28), ("alarm", 6.3, 7.5),
+          ("announcement", 7.53, 10.54), ("ring", 10.6, 11.9)]
+# From when on the music has which share of its usual amplitude.
+MUSIC = [(0.0, 1.0), (2.05, 0.1), (3.35, 1.0), (5.05, 0.1), (12.05, 1.0)]
+
+
+class Run:
+    """A right run; a test spoils what it is about and then asks for the checks."""
+
+    def __init__(self):
+        self.expectations = copy.deepcopy(EXPECTATIONS)
+        self.timeline = list(TIMELINE)
+        self.played = list(PLAYED)
+        self.music = list(MUSIC)
+        self.on_main = []
+        self.recorded = LENGTH
+
+    def events(self):
+        for moment, event, name, *kind in self.timeline:
+            line = {"t": START + moment, "event": event}
+            if name is not None:
+                line["id"] = name
+            if kind:
+                line["kind"] = kind[0]
+            yield line
+
+    def story(self):
+        return timeline.Story(list(self.events()))
+
+    def expected(self):
+        return expectations.parse(self.expectations, SOUNDS)
+
+    def tracks(self):
+        return {"main": self._track(self._music() + self._tones(self.on_main)),
+                "notifications": self._track(self._tones(self.played))}
+
+    def _track(self, samples):
+        samples = samples[:round(self.recorded * RATE)].astype(np.float32)
+        return recording.Track(np.stack([samples, samples], axis=1), RATE, START)
+
+    def _time(self):
+        return np.arange(round(LENGTH * RATE)) / RATE
+
+    def _music(self):
+        samples = sum(np.sin(2 * np.pi * frequency * self._time() + frequency)
+                      for frequency in (220, 277.2, 329.6, 440, 659.3)) * 0.08
+        gain, before = np.ones_like(samples), 1.0
+        for begin, share in self.music:
+            ramp = np.clip((self._time() - begin) / FADE, 0, 1)
+            gain = np.where(self._time() >= begin, before + (share - before) * ramp, gain)
+            before = share
+        return samples * gain
+
+    def _tones(self, played):
+        samples = np.zeros(round(LENGTH * RATE))
+        for sound, begin, end in played:
+            frequency = SOUNDS["notifications"].get(sound, {}).get("frequency", 3333.0)
+            during = (self._time() >= begin) & (self._time() < end)
+            samples += during * 0.25 * np.sin(2 * np.pi * frequency * self._time())
+        return samples
+
+    def write(self, folder):
+        """As files, the way a real run leaves them."""
+        devices = {}
+        for device, track in self.tracks().items():
+            values = np.round(track.samples * 32767).astype("<i2")
+            (folder / f"{device}.raw").write_bytes(values.tobytes())
+            devices[device] = {"file": f"{device}.raw", "start": START, "frames": len(values)}
+        described = {"rate": RATE, "channels": 2, "devices": devices}
+        (folder / "recording.json").write_text(json.dumps(described))
+        (folder / "timeline.jsonl").write_text(
+            "".join(json.dumps(event) + "\n" for event in self.events()))
+        (folder / "expectations.json").write_text(json.dumps(self.expectations))
+        (folder / "sounds.json").write_text(json.dumps(SOUNDS))
