@@ -23,8 +23,8 @@ MUSIC_LOUDNESS = -20.0
 MUSIC_CEILING = 1050.0  # Hz
 MUSIC_BEAT = 0.6
 
-# name: file, frequency in Hz, length in seconds. Each frequency keeps away from the others and their
-# halves, because a sound has a quiet octave below it, which nobody shall take for another sound.
+# name: file, frequency in Hz, length in seconds. Each frequency keeps away from the others and from
+# their halves, because a sound has a quiet octave below it that is not to be taken for another sound.
 NOTIFICATIONS = {
     "announcement": ("announcement.wav", 1174.7, 5.0),
     "stream": ("stream.l16", 1396.9, 1.5),
@@ -96,11 +96,11 @@ def pluck(semitones, length):
     return samples * np.exp(-2.2 * time / length) * np.minimum(1, time / 0.02)
 
 
-def even_out(samples):
-    """Brings a loop to one loudness throughout, as heard over 80 ms."""
+def even_out(samples, half):
+    """Brings a loop to one loudness throughout, as heard over twice half a window, in seconds."""
     power = np.mean(np.square(samples), axis=1)
     window = np.zeros(len(power))
-    half = round(0.04 * RATE)
+    half = round(half * RATE)
     window[:half] = window[-half:] = 1 / (2 * half)
     smooth = np.fft.irfft(np.fft.rfft(power) * np.fft.rfft(window), len(power))
     return samples / np.sqrt(np.maximum(smooth, 1e-9))[:, None]
@@ -126,7 +126,9 @@ def music():
             octave = 12 if step % 4 == 3 else 0
             add(pluck(chord[voice] + octave, 1.5 * MUSIC_BEAT), start + step * MUSIC_BEAT / 2, 0.9,
                 0.35 if step % 2 else 0.65)
-    return to_loudness(even_out(loop), MUSIC_LOUDNESS)
+    for half in (0.06, 0.03, 0.015):
+        loop = even_out(loop, half)
+    return to_loudness(loop, MUSIC_LOUDNESS)
 
 
 def make_sounds(folder):
