@@ -1,0 +1,136 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "host/CommandLine.h"
+
+#include <QCommandLineParser>
+
+#include <fcntl.h>
+
+namespace {
+const char *const s_exitCodes = R"(
+Exit codes:
+  0    ended by SIGINT or SIGTERM, or did what was asked
+  64   wrong arguments
+  69   a module is missing, can't be loaded or exports no worker_create
+  70   a module's worker_create failed
+  71   the operating system refused something
+  78   the configuration is wrong or can't be read
+  130  ended at once by a second signal, SIGINT
+  143  ended at once by a second signal, SIGTERM
+)";
+
+const char *const s_environment = R"(
+Environment:
+  TAVO_MODULE_PATH  folders to look for modules in, separated by colons
+  TAVO_LOG_LEVEL    log levels as for --log-level, separated by commas
+)";
+
+struct Options
+{
+    QCommandLineOption config{QStringLiteral("config"), QStringLiteral("Read <file>."),
+                              QStringLiteral("file")};
+    QCommandLineOption modulePath{
+        QStringLiteral("module-path"),
+        QStringLiteral("Look for modules in <folder> first. May be given more than once."),
+        QStringLiteral("folder")};
+    QCommandLineOption logLevel{
+        QStringLiteral("log-level"),
+        QStringLiteral("Log from <level> up, or with LOGGER=LEVEL one logger. May be given more "
+                       "than once."),
+        QStringLiteral("level")};
+    QCommandLineOption readyDescriptor{
+        QStringLiteral("ready-fd"),
+        QStringLiteral("Write \"ready\" to descriptor <n> and close it when all modules run."),
+        QStringLiteral("n")};
+    QCommandLineOption check{
+        QStringLiteral("check"),
+        QStringLiteral("Say whether the configuration is good, and start nothing.")};
+    QCommandLineOption listModules{
+        QStringLiteral("list-modules"),
+        QStringLiteral("List the modules on the search path with their files.")};
+    QCommandLineOption help{{QStringLiteral("h"), QStringLiteral("help")},
+                            QStringLiteral("Show this help.")};
+    QCommandLineOption version{{QStringLiteral("v"), QStringLiteral("version")},
+                               QStringLiteral("Show the version.")};
+};
+
+void prepare(QCommandLineParser &parser, const Options &options)
+{
+    parser.setApplicationDescription(
+        QStringLiteral("Runs worker modules, each in a thread of its own, until SIGINT or "
+                       "SIGTERM."));
+    parser.addOptions({options.config, options.modulePath, options.logLevel,
+                       options.readyDescriptor, options.check, options.listModules, options.help,
+                       options.version});
+}
+
+Failure usage(const QString &reason)
+{
+    return {ExitCode::Usage, QStringLiteral("tavo-host: %1").arg(reason)};
+}
+
+CommandLine::Action actionOf(const QCommandLineParser &parser, const Options &options)
+{
+    if (parser.isSet(options.help)) {
+        return CommandLine::Action::ShowHelp;
+    }
+    if (parser.isSet(options.version)) {
+        return CommandLine::Action::ShowVersion;
+    }
+    if (parser.isSet(options.listModules)) {
+        return CommandLine::Action::ListModules;
+    }
+    return parser.isSet(options.check) ? CommandLine::Action::Check : CommandLine::Action::Run;
+}
+
+bool isOpenDescriptor(int descriptor)
+{
+    return descriptor >= 0 && fcntl(descriptor, F_GETFD) != -1;
+}
+} // namespace
+
+Result<CommandLine> CommandLine::parse(const QStringList &arguments)
+{
+    const Options options;
+    QCommandLineParser parser;
+    prepare(parser, options);
+    if (!parser.parse(arguments)) {
+        return usage(parser.errorText());
+    }
+    if (!parser.positionalArguments().isEmpty()) {
+        return usage(QStringLiteral("unexpected argument %1").arg(parser.positionalArguments()[0]));
+    }
+    CommandLine line;
+    line.action = actionOf(parser, options);
+    line.configurationFile = parser.value(options.config);
+    if (parser.isSet(options.config) && line.configurationFile.isEmpty()) {
+        return usage(QStringLiteral("--config needs the name of a file"));
+    }
+    line.modulePath = parser.values(options.modulePath);
+    for (const QString &text : parser.values(options.logLevel)) {
+        const auto level = logLevelFromText(text);
+        if (!level) {
+            return usage(QStringLiteral("--log-level %1: must be LEVEL or LOGGER=LEVEL with one of "
+                                        "the levels %2")
+                             .arg(text, logLevelNames()));
+        }
+        line.logLevels.append(*level);
+    }
+    if (parser.isSet(options.readyDescriptor)) {
+        bool isNumber = false;
+        const QString text = parser.value(options.readyDescriptor);
+        line.readyDescriptor = text.toInt(&isNumber);
+        if (!isNumber || !isOpenDescriptor(*line.readyDescriptor)) {
+            return usage(QStringLiteral("--ready-fd %1: must be an open descriptor").arg(text));
+        }
+    }
+    return line;
+}
+
+QString CommandLine::helpText()
+{
+    QCommandLineParser parser;
+    prepare(parser, {});
+    return parser.helpText() + QLatin1String(s_environment) + QLatin1String(s_exitCodes);
+}

@@ -1,0 +1,30 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "host/ExitCode.h"
+#include "host/LogLevels.h"
+
+#include <QStringList>
+#include <QVector>
+
+#include <optional>
+
+/// What the person who started the host asks for.
+struct CommandLine
+{
+    enum class Action { Run, Check, ListModules, ShowHelp, ShowVersion };
+
+    Action action = Action::Run;
+    /// Empty for the built-in configuration.
+    QString configurationFile;
+    QStringList modulePath;
+    QVector<LogLevel> logLevels;
+    std::optional<int> readyDescriptor;
+
+    /// Reads the arguments, the program's own name first.
+    static Result<CommandLine> parse(const QStringList &arguments);
+
+    static QString helpText();
+};

@@ -1,0 +1,69 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "host/Host.h"
+
+#include <log4cplus/logger.h>
+#include <log4cplus/loggingmacros.h>
+
+#include <utility>
+
+namespace {
+log4cplus::Logger &logger()
+{
+    static log4cplus::Logger s_logger = log4cplus::Logger::getInstance("Host");
+    return s_logger;
+}
+} // namespace
+
+Host::Host(QString configurationSource)
+    : m_configurationSource(std::move(configurationSource))
+{
+}
+
+Host::~Host()
+{
+    stop();
+}
+
+std::optional<Failure> Host::start(const std::vector<LocatedModule> &modules, const GoOn &goOn)
+{
+    std::vector<std::unique_ptr<ModuleThread>> threads;
+    for (const LocatedModule &module : modules) {
+        auto entryPoint = ModuleLoader::load(module.file);
+        if (const auto *failure = std::get_if<Failure>(&entryPoint)) {
+            return failureOf(static_cast<int>(threads.size()), failure->code, failure->text);
+        }
+        threads.push_back(
+            std::make_unique<ModuleThread>(module.entry, std::get<WorkerCreate>(entryPoint)));
+    }
+    for (auto &thread : threads) {
+        if (!goOn()) {
+            return std::nullopt;
+        }
+        if (const auto error = thread->startWorker()) {
+            const int index = moduleCount();
+            stop();
+            return failureOf(index, ExitCode::WorkerFailed, *error);
+        }
+        LOG4CPLUS_INFO(logger(), "Module started: " << thread->name().toStdString());
+        m_threads.push_back(std::move(thread));
+    }
+    return std::nullopt;
+}
+
+void Host::stop()
+{
+    while (!m_threads.empty()) {
+        const auto thread = std::move(m_threads.back());
+        m_threads.pop_back();
+        thread->stopWorker();
+        LOG4CPLUS_INFO(logger(), "Module stopped: " << thread->name().toStdString());
+    }
+}
+
+Failure Host::failureOf(int index, ExitCode code, const QString &reason) const
+{
+    return {code, QStringLiteral("%1: modules[%2]: %3")
+                      .arg(m_configurationSource, QString::number(index), reason)};
+}

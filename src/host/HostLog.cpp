@@ -1,0 +1,108 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "host/HostLog.h"
+
+#include "host/QtLog.h"
+
+#include <QFileInfo>
+
+#include <log4cplus/configurator.h>
+#include <log4cplus/consoleappender.h>
+#include <log4cplus/layout.h>
+#include <log4cplus/logger.h>
+#include <log4cplus/thread/threads.h>
+
+#include <iostream>
+#include <sstream>
+
+namespace {
+constexpr const char *s_consolePattern = "%D{%Y-%m-%d %H:%M:%S.%q} %-5p %c [%t] %m%n";
+
+/// Collects what is written to std::cerr: the log library reports what is wrong with a properties
+/// file, or with a file that it should write, in no other way.
+class StandardErrorCapture
+{
+public:
+    StandardErrorCapture()
+        : m_saved(std::cerr.rdbuf(m_text.rdbuf()))
+    {
+    }
+    ~StandardErrorCapture() { std::cerr.rdbuf(m_saved); }
+    StandardErrorCapture(const StandardErrorCapture &) = delete;
+    StandardErrorCapture &operator=(const StandardErrorCapture &) = delete;
+
+    QString text() const { return QString::fromStdString(m_text.str()).trimmed(); }
+
+private:
+    std::ostringstream m_text;
+    std::streambuf *m_saved;
+};
+
+void logToConsole()
+{
+    constexpr bool toStandardError = true;
+    constexpr bool immediateFlush = true;
+    log4cplus::SharedAppenderPtr console(
+        new log4cplus::ConsoleAppender(toStandardError, immediateFlush));
+    console->setLayout(std::make_unique<log4cplus::PatternLayout>(s_consolePattern));
+    auto root = log4cplus::Logger::getRoot();
+    root.addAppender(console);
+    root.setLogLevel(log4cplus::INFO_LOG_LEVEL);
+}
+
+/// Gives what is wrong with the file, empty when nothing is.
+QString logAsFileSays(const QString &file)
+{
+    const QFileInfo info(file);
+    if (!info.isFile() || !info.isReadable()) {
+        return QStringLiteral("%1 is no file that can be read").arg(file);
+    }
+    QString complaint;
+    {
+        const StandardErrorCapture capture;
+        log4cplus::PropertyConfigurator(QFile::encodeName(file).toStdString()).configure();
+        complaint = capture.text();
+    }
+    if (!complaint.isEmpty()) {
+        return QStringLiteral("%1 can't be used: %2").arg(file, complaint);
+    }
+    if (log4cplus::Logger::getRoot().getAllAppenders().empty()) {
+        return QStringLiteral("%1 gives the root logger no appender").arg(file);
+    }
+    return {};
+}
+
+void setLevels(const QVector<LogLevel> &levels)
+{
+    for (const LogLevel &level : levels) {
+        auto logger = level.logger.isEmpty()
+                          ? log4cplus::Logger::getRoot()
+                          : log4cplus::Logger::getInstance(level.logger.toStdString());
+        logger.setLogLevel(level.level);
+    }
+}
+} // namespace
+
+Result<std::unique_ptr<HostLog>> HostLog::open(const LogConfiguration &configuration,
+                                               const QString &configurationSource)
+{
+    std::unique_ptr<HostLog> log(new HostLog);
+    log4cplus::thread::setCurrentThreadName("main");
+    if (configuration.file.isEmpty()) {
+        logToConsole();
+    } else if (const QString error = logAsFileSays(configuration.file); !error.isEmpty()) {
+        return Failure{ExitCode::Configuration,
+                       QStringLiteral("%1: log.file: %2").arg(configurationSource, error)};
+    }
+    setLevels(configuration.levels);
+    qInstallMessageHandler(logQtMessage);
+    return log;
+}
+
+HostLog::HostLog() = default;
+
+HostLog::~HostLog()
+{
+    qInstallMessageHandler(nullptr);
+}

@@ -1,0 +1,82 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "host/ModuleLoader.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QLibrary>
+#include <QMap>
+
+#include <utility>
+
+namespace {
+const QLatin1String s_prefix("libtavo_");
+const QLatin1String s_suffix(".so");
+
+Failure unavailable(const QString &text)
+{
+    return {ExitCode::ModuleUnavailable, text};
+}
+} // namespace
+
+ModuleLoader::ModuleLoader(QStringList searchPath)
+    : m_searchPath(std::move(searchPath))
+{
+}
+
+Result<QString> ModuleLoader::find(const QString &library) const
+{
+    if (library.contains(QLatin1Char('/'))) {
+        if (QFileInfo(library).isFile()) {
+            return library;
+        }
+        return unavailable(QStringLiteral("there is no file %1").arg(library));
+    }
+    const QString fileName = s_prefix + library + s_suffix;
+    for (const QString &folder : m_searchPath) {
+        const QFileInfo info(QDir(folder), fileName);
+        if (info.isFile()) {
+            return info.absoluteFilePath();
+        }
+    }
+    return unavailable(QStringLiteral("there is no %1 in %2")
+                           .arg(fileName, m_searchPath.join(QLatin1String(", "))));
+}
+
+Result<WorkerCreate> ModuleLoader::load(const QString &file)
+{
+    QLibrary library(file);
+    library.setLoadHints(QLibrary::ResolveAllSymbolsHint | QLibrary::PreventUnloadHint);
+    if (!library.load()) {
+        return unavailable(library.errorString());
+    }
+    const QFunctionPointer entry = library.resolve("worker_create");
+    if (entry == nullptr) {
+        return unavailable(QStringLiteral("%1 exports no worker_create").arg(file));
+    }
+    return reinterpret_cast<WorkerCreate>(entry);
+}
+
+QVector<FoundModule> ModuleLoader::list() const
+{
+    QMap<QString, FoundModule> found;
+    for (const QString &folder : m_searchPath) {
+        const auto files = QDir(folder).entryInfoList({s_prefix + QLatin1Char('*') + s_suffix},
+                                                      QDir::Files, QDir::Name);
+        for (const QFileInfo &info : files) {
+            const QString name = info.fileName().mid(
+                s_prefix.size(), info.fileName().size() - s_prefix.size() - s_suffix.size());
+            if (!found.contains(name)) {
+                found.insert(name, {name, info.absoluteFilePath(), {}});
+            }
+        }
+    }
+    for (FoundModule &module : found) {
+        const auto loaded = load(module.file);
+        if (const auto *failure = std::get_if<Failure>(&loaded)) {
+            module.error = failure->text;
+        }
+    }
+    return found.values().toVector();
+}

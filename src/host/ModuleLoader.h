@@ -1,0 +1,45 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "host/ExitCode.h"
+
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+/// A module's entry point; see core/tavo/export.h.
+using WorkerCreate = void *(*)(const char *name, void *config);
+
+/// A module that a search found.
+struct FoundModule
+{
+    QString name;
+    QString file;
+    /// Why the file is no usable module; empty for a good one.
+    QString error;
+};
+
+/// Finds modules and loads them. A library stays loaded until the process ends: a module's static
+/// loggers and the types it registers with Qt outlive its worker.
+///
+/// Thread: any. What can go wrong is in the results, each with a text for the person who reads it.
+class ModuleLoader
+{
+public:
+    explicit ModuleLoader(QStringList searchPath);
+
+    /// The file of @p library, which is a base name to look up or, with a slash in it, a path.
+    Result<QString> find(const QString &library) const;
+
+    /// Loads the file, with all its symbols resolved, and gives its entry point.
+    static Result<WorkerCreate> load(const QString &file);
+
+    /// Every module on the search path by name, loaded to see whether it can be. Where two folders
+    /// have a module of the same name, the first folder's is the one.
+    QVector<FoundModule> list() const;
+
+private:
+    QStringList m_searchPath;
+};

@@ -1,0 +1,134 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "host/CommandLine.h"
+#include "host/Host.h"
+#include "host/HostLog.h"
+#include "host/ModuleLoader.h"
+#include "host/Settings.h"
+#include "host/StopSignals.h"
+
+#include <QCoreApplication>
+
+#include <log4cplus/logger.h>
+#include <log4cplus/loggingmacros.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <unistd.h>
+
+namespace {
+int exitWith(const Failure &failure)
+{
+    std::fprintf(stderr, "%s\n", qPrintable(failure.text));
+    return static_cast<int>(failure.code);
+}
+
+int printed(const QString &text)
+{
+    std::printf("%s\n", qPrintable(text));
+    return static_cast<int>(ExitCode::Ok);
+}
+
+int listModules(const Settings &settings)
+{
+    for (const FoundModule &module : ModuleLoader(settings.searchPath()).list()) {
+        const QString remark =
+            module.error.isEmpty() ? QString() : QStringLiteral("\terror: ") + module.error;
+        std::printf("%s\t%s%s\n", qPrintable(module.name), qPrintable(module.file),
+                    qPrintable(remark));
+    }
+    return static_cast<int>(ExitCode::Ok);
+}
+
+void reportReady(const CommandLine &line, int moduleCount)
+{
+    LOG4CPLUS_INFO(log4cplus::Logger::getInstance("Host"),
+                   "Host ready, " << moduleCount << " modules");
+    if (line.readyDescriptor) {
+        constexpr const char *message = "ready\n";
+        if (write(*line.readyDescriptor, message, std::strlen(message)) < 0) {
+            qWarning("Nobody reads the descriptor given by --ready-fd");
+        }
+        close(*line.readyDescriptor);
+    }
+}
+
+void on_firstSignal(int signal)
+{
+    LOG4CPLUS_INFO(log4cplus::Logger::getInstance("Host"), "Stopping: " << strsignal(signal));
+    QCoreApplication::quit();
+}
+
+int run(const CommandLine &line, const Settings &settings,
+        const std::vector<LocatedModule> &modules)
+{
+    // A client that goes away is an error of a write, not the end of every module.
+    std::signal(SIGPIPE, SIG_IGN);
+    const auto signals = StopSignals::install(on_firstSignal);
+    if (!signals) {
+        return exitWith({ExitCode::SystemError, QStringLiteral("tavo-host: no signal handlers")});
+    }
+    const auto log = HostLog::open(settings.log(), settings.source());
+    if (const auto *failure = std::get_if<Failure>(&log)) {
+        return exitWith(*failure);
+    }
+    Host host(settings.source());
+    if (const auto failure = host.start(modules, [] { return !StopSignals::received(); })) {
+        return exitWith(*failure);
+    }
+    if (!StopSignals::received()) {
+        reportReady(line, host.moduleCount());
+    }
+    QCoreApplication::exec();
+    host.stop();
+    LOG4CPLUS_INFO(log4cplus::Logger::getInstance("Host"), "Host stopped");
+    return static_cast<int>(ExitCode::Ok);
+}
+
+int act(const CommandLine &line)
+{
+    const auto settings = Settings::read(line);
+    if (const auto *failure = std::get_if<Failure>(&settings)) {
+        return exitWith(*failure);
+    }
+    if (line.action == CommandLine::Action::ListModules) {
+        return listModules(std::get<Settings>(settings));
+    }
+    const auto modules = std::get<Settings>(settings).locateModules();
+    if (const auto *failure = std::get_if<Failure>(&modules)) {
+        return exitWith(*failure);
+    }
+    const auto &located = std::get<std::vector<LocatedModule>>(modules);
+    if (line.action == CommandLine::Action::Check) {
+        return printed(QStringLiteral("%1: good, %2 modules")
+                           .arg(std::get<Settings>(settings).source())
+                           .arg(located.size()));
+    }
+    return run(line, std::get<Settings>(settings), located);
+}
+} // namespace
+
+int main(int argc, char **argv)
+{
+    // A glib event dispatcher costs a third more for each queued call, and a module's thread lives
+    // on queued calls.
+    qputenv("QT_NO_GLIB", "1");
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("tavo-host"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(TAVO_VERSION));
+
+    const auto line = CommandLine::parse(QCoreApplication::arguments());
+    if (const auto *failure = std::get_if<Failure>(&line)) {
+        return exitWith(*failure);
+    }
+    switch (std::get<CommandLine>(line).action) {
+    case CommandLine::Action::ShowHelp:
+        return printed(CommandLine::helpText().trimmed());
+    case CommandLine::Action::ShowVersion:
+        return printed(QStringLiteral("tavo-host %1").arg(QCoreApplication::applicationVersion()));
+    default:
+        return act(std::get<CommandLine>(line));
+    }
+}
