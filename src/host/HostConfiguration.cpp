@@ -9,7 +9,25 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <cctype>
+
 namespace {
+/// Where the parser stumbled. For most errors it has gone on past the character that it complains
+/// about, and past the blanks behind that.
+int errorOffset(const QByteArray &json, const QJsonParseError &error)
+{
+    int offset = qBound(0, error.offset, json.size());
+    if (error.error == QJsonParseError::IllegalNumber ||
+        error.error == QJsonParseError::GarbageAtEnd ||
+        error.error == QJsonParseError::IllegalUTF8String) {
+        return offset;
+    }
+    do {
+        offset = qMax(0, offset - 1);
+    } while (offset > 0 && std::isspace(static_cast<unsigned char>(json.at(offset))) != 0);
+    return offset;
+}
+
 /// "LINE:COLUMN", both counted from one, columns in characters.
 QString positionText(const QByteArray &text, int offset)
 {
@@ -57,8 +75,8 @@ HostConfiguration::Result HostConfiguration::fromJson(const QByteArray &json, co
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson(json, &error);
     if (error.error != QJsonParseError::NoError) {
-        return ConfigurationError{file, positionText(json, error.offset), error.errorString(),
-                                  true};
+        return ConfigurationError{file, positionText(json, errorOffset(json, error)),
+                                  error.errorString(), true};
     }
     if (!document.isObject()) {
         return ConfigurationError{file, {}, QStringLiteral("must be a JSON object")};

@@ -1,0 +1,135 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "core/model/cmworker.h"
+#include "core/tavo/export.h"
+
+#include <QCoreApplication>
+#include <QLoggingCategory>
+#include <QVariantHash>
+
+#include <log4cplus/logger.h>
+#include <log4cplus/loggingmacros.h>
+
+#include <fcntl.h>
+#include <stdexcept>
+#include <string>
+#include <unistd.h>
+
+#if __has_include("core/model/cmrequest.h")
+#include "core/model/cmrequest.h"
+#else
+class CMRequest
+{
+};
+#endif
+
+// A worker that logs what happens to it, under the logger "Scripted", and does what its
+// configuration says, so that tests can see the host through it:
+//
+//   create        "throw", "throwNumber" or "null": what worker_create does instead of making one
+//   createWaits   a FIFO that worker_create waits for
+//   deleteWaits   a FIFO that the destructor waits for
+//   say           a text that goes out as Qt's debug, info, warning and critical message, and as a
+//                 warning of the category "scripted.category"
+//   fatal         a text for qFatal() in the worker's event loop
+//   quit          true: the worker ends the program's event loop
+//   echo          anything: logged as it arrived
+
+namespace {
+log4cplus::Logger s_logger = log4cplus::Logger::getInstance("Scripted");
+
+void waitForFifo(const QVariant &path)
+{
+    // Opening one blocks until somebody opens the other end.
+    const int descriptor = open(path.toString().toLocal8Bit().constData(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) {
+        throw std::runtime_error("no FIFO to wait for");
+    }
+    close(descriptor);
+}
+
+void sayEverything(const QByteArray &text)
+{
+    static const QLoggingCategory s_category("scripted.category");
+    qDebug("debug %s", text.constData());
+    qInfo("info %s", text.constData());
+    qWarning("warning %s", text.constData());
+    qCritical("critical %s", text.constData());
+    qCWarning(s_category, "category %s", text.constData());
+}
+
+class ScriptedWorker : public CMWorker
+{
+    Q_OBJECT
+
+public:
+    ScriptedWorker(std::string name, const QVariantHash &config)
+        : m_name(std::move(name))
+        , m_config(config)
+    {
+        log("created");
+        QMetaObject::invokeMethod(this, &ScriptedWorker::work, Qt::QueuedConnection);
+    }
+
+    ~ScriptedWorker() override
+    {
+        log("deleting");
+        if (m_config.contains(QStringLiteral("deleteWaits"))) {
+            waitForFifo(m_config.value(QStringLiteral("deleteWaits")));
+        }
+        log("deleted");
+    }
+
+    void request(CMRequest) override {}
+
+private:
+    void work()
+    {
+        if (m_config.contains(QStringLiteral("echo"))) {
+            log("echo " + m_config.value(QStringLiteral("echo")).toString().toStdString());
+        }
+        if (m_config.contains(QStringLiteral("say"))) {
+            sayEverything(m_config.value(QStringLiteral("say")).toByteArray());
+        }
+        if (m_config.contains(QStringLiteral("fatal"))) {
+            qFatal("%s", m_config.value(QStringLiteral("fatal")).toByteArray().constData());
+        }
+        if (m_config.value(QStringLiteral("quit")).toBool()) {
+            QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
+        }
+        log("working");
+    }
+
+    void log(const std::string &event)
+    {
+        LOG4CPLUS_INFO(s_logger, m_name << " " << event << " in " << gettid() << ".");
+        LOG4CPLUS_TRACE(s_logger, m_name << " traces " << event);
+    }
+
+    std::string m_name;
+    QVariantHash m_config;
+};
+} // namespace
+
+TAVO_MODULE_EXPORT void *worker_create(const char *name, void *config)
+{
+    const auto &settings = *static_cast<const QVariantHash *>(config);
+    const QString action = settings.value(QStringLiteral("create")).toString();
+    LOG4CPLUS_INFO(s_logger, name << " creating in " << gettid() << ".");
+    if (settings.contains(QStringLiteral("createWaits"))) {
+        waitForFifo(settings.value(QStringLiteral("createWaits")));
+    }
+    if (action == QLatin1String("throw")) {
+        throw std::runtime_error("the script says so");
+    }
+    if (action == QLatin1String("throwNumber")) {
+        throw 42;
+    }
+    if (action == QLatin1String("null")) {
+        return nullptr;
+    }
+    return new ScriptedWorker(name, settings);
+}
+
+#include "scripted.moc"

@@ -1,0 +1,88 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "HostTest.h"
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// Modules that can't be had. Each is the third of three, so that there is something to undo.
+class HostFailuresTest : public HostTest
+{
+protected:
+    int runWithThird(const QJsonValue &third)
+    {
+        m_file =
+            m_host.setConfiguration(configurationOf({scripted("one"), scripted("two"), third}));
+        return m_host.run();
+    }
+
+    QString m_file;
+};
+
+TEST_F(HostFailuresTest, DeletesTheWorkersBeforeOneThatThrows)
+{
+    EXPECT_EQ(runWithThird(scripted("bad", {{"create", "throw"}})), 70);
+    EXPECT_TRUE(m_host.log().contains(
+        m_file + ": modules[2]: worker_create threw an exception: the script says so\n"))
+        << m_host.log().toStdString();
+    EXPECT_THAT(eventNames({"created", "deleted"}),
+                ElementsAre("one created", "two created", "two deleted", "one deleted"));
+    EXPECT_FALSE(m_host.isReady());
+}
+
+TEST_F(HostFailuresTest, ReportsAThrownObjectThatIsNoException)
+{
+    EXPECT_EQ(runWithThird(scripted("bad", {{"create", "throwNumber"}})), 70);
+    EXPECT_TRUE(m_host.log().contains(
+        m_file + ": modules[2]: worker_create threw something that is no std::exception\n"));
+}
+
+TEST_F(HostFailuresTest, ReportsAModuleThatMakesNoWorker)
+{
+    EXPECT_EQ(runWithThird(scripted("bad", {{"create", "null"}})), 70);
+    EXPECT_TRUE(m_host.log().contains(m_file + ": modules[2]: worker_create returned no worker\n"));
+    EXPECT_THAT(eventNames({"deleted"}), ElementsAre("two deleted", "one deleted"));
+}
+
+TEST_F(HostFailuresTest, StartsNothingWhenALibraryHasNoEntryPoint)
+{
+    EXPECT_EQ(runWithThird("without_entry"), 69);
+    EXPECT_TRUE(m_host.log().contains(m_file + ": modules[2]: " + moduleFile("without_entry") +
+                                      " exports no worker_create\n"))
+        << m_host.log().toStdString();
+    EXPECT_THAT(events(), IsEmpty());
+}
+
+TEST_F(HostFailuresTest, StartsNothingWhenALibraryLacksASymbol)
+{
+    EXPECT_EQ(runWithThird("unresolved"), 69);
+    EXPECT_TRUE(m_host.log().contains(m_file + ": modules[2]: "));
+    EXPECT_TRUE(m_host.log().contains("tavo_test_defined_nowhere"));
+    EXPECT_THAT(events(), IsEmpty());
+}
+
+TEST_F(HostFailuresTest, StartsNothingWhenAFileIsNoLibrary)
+{
+    const QString file = m_host.writeFile("libtavo_text.so", "This is text.\n");
+    EXPECT_EQ(runWithThird(QJsonObject{{"name", "text"}, {"library", file}}), 69);
+    EXPECT_TRUE(m_host.log().contains(m_file + ": modules[2]: "));
+    EXPECT_TRUE(m_host.log().contains(file));
+    EXPECT_THAT(events(), IsEmpty());
+}
+
+TEST_F(HostFailuresTest, StartsNothingWhenAModuleIsMissing)
+{
+    EXPECT_EQ(runWithThird("absent"), 69);
+    EXPECT_TRUE(m_host.log().startsWith(m_file + ": modules[2]: there is no libtavo_absent.so in " +
+                                        modulesFolder()))
+        << m_host.log().toStdString();
+    EXPECT_THAT(events(), IsEmpty());
+}
+
+TEST_F(HostFailuresTest, StartsNothingWhenTheFileOfAModuleIsMissing)
+{
+    EXPECT_EQ(runWithThird(QJsonObject{{"name", "absent"}, {"library", "./absent.so"}}), 69);
+    EXPECT_EQ(m_host.log(),
+              m_file + ": modules[2]: there is no file " + m_host.folder() + "/absent.so\n");
+}
