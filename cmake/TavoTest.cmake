@@ -18,6 +18,16 @@ function(tavo_add_test name)
     set(environment QT_NO_GLIB=1
         "TSAN_OPTIONS=ignore_noninstrumented_modules=1:suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp:halt_on_error=1"
         ${test_ENVIRONMENT})
-    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
-        PROPERTIES TIMEOUT ${test_TIMEOUT} LABELS "${test_LABELS}" ENVIRONMENT "${environment}")
+    # A value's text in a test's name could break the list of tests.
+    gtest_discover_tests(${name} NO_PRETTY_VALUES DISCOVERY_TIMEOUT 60
+        PROPERTIES TIMEOUT ${test_TIMEOUT})
+    # gtest_discover_tests() takes properties that are lists apart and keeps the first element, so
+    # these are set when ctest has read the tests that were found.
+    set(properties_file "${CMAKE_CURRENT_BINARY_DIR}/${name}_properties.cmake")
+    file(WRITE "${properties_file}" "if(${name}_TESTS)
+    set_tests_properties(\${${name}_TESTS} PROPERTIES
+        LABELS [==[${test_LABELS}]==] ENVIRONMENT [==[${environment}]==])
+endif()
+")
+    set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${properties_file}")
 endfunction()
