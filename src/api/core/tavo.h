@@ -17,6 +17,7 @@
 #include "core/model/nodes/cmnodes.h"
 #include "core/model/nodes/cmnodesworker.h"
 #include "core/model/nodes/cmvaluenode.h"
+#include "core/tavo/configuration.h"
 #include "core/tavo/connect.h"
 #include "core/tavo/dbglog.h"
 #include "core/tavo/enumerations.h"

@@ -5,8 +5,7 @@
 
 #include <cmath>
 
-namespace {
-bool isNumber(const QVariant &value)
+bool tavoIsNumber(const QVariant &value)
 {
     switch (value.userType()) {
     case QMetaType::Int:
@@ -28,13 +27,14 @@ bool isNumber(const QVariant &value)
     }
 }
 
+namespace {
 /// Beyond 2^53 a double no longer tells neighbouring integers apart.
 constexpr double exactIntegers = 9007199254740992.0;
 } // namespace
 
 qint64 tavoReadInteger(const QVariant &value, qint64 least, qint64 most)
 {
-    if (!isNumber(value)) {
+    if (!tavoIsNumber(value)) {
         return 0;
     }
     qint64 number = 0;
@@ -60,10 +60,10 @@ bool tavoReadBool(const QVariant &value)
     if (value.userType() == QMetaType::Bool) {
         return value.toBool();
     }
-    return isNumber(value) && value.toDouble() != 0;
+    return tavoIsNumber(value) && value.toDouble() != 0;
 }
 
 double tavoReadDouble(const QVariant &value)
 {
-    return isNumber(value) ? value.toDouble() : 0;
+    return tavoIsNumber(value) ? value.toDouble() : 0;
 }

@@ -18,6 +18,9 @@ class TavoHash;
 template <typename T, typename Enable = void>
 struct TavoCodec;
 
+/// Whether a variant holds a number of any type. A text of digits and a truth value are none.
+TAVO_API_EXPORT bool tavoIsNumber(const QVariant &value);
+
 /// Whole numbers: from any number that is whole and in range.
 TAVO_API_EXPORT qint64 tavoReadInteger(const QVariant &value, qint64 least, qint64 most);
 

@@ -22,9 +22,17 @@ TAVO_PATH(TavoNotificationDisplayCancelNotifyPath, "/notifications/display/cance
 TAVO_PATH(TavoNotificationDisplayQueuePath, "/notifications/display/queue")
 TAVO_PATH(TavoNotificationDisplaySimpleMessageNodePath, "/notifications/display/simpleMessageNode")
 TAVO_PATH(TavoPlayerAlsaDeviceNotificationsPath, "/player/alsaDevice/notifications")
+TAVO_PATH(TavoPlayerAlsaDeviceMainPath, "/player/alsaDevice/main")
 TAVO_PATH(TavoPlayerMainAudioDuckingPath, "/player/mainAudio/ducking")
+TAVO_PATH(TavoPlayerMainAudioPlayPath, "/player/mainAudio/play")
+TAVO_PATH(TavoPlayerMainAudioStatePath, "/player/mainAudio/state")
+TAVO_PATH(TavoPlayerMainAudioStopPath, "/player/mainAudio/stop")
+TAVO_PATH(TavoPlayerMainAudioVolumePath, "/player/mainAudio/volume")
 TAVO_PATH(TavoPowerManagerModuleRegisterPath, "/powerManager/moduleRegister")
 TAVO_PATH(TavoPowerManagerResourceRequestPath, "/powerManager/resourceRequest")
+TAVO_PATH(TavoPowerManagerResumePath, "/powerManager/resume")
+TAVO_PATH(TavoPowerManagerStandbyPath, "/powerManager/standby")
+TAVO_PATH(TavoPowerManagerStatePath, "/powerManager/state")
 
 QString TavoNotificationsName()
 {

@@ -6,9 +6,28 @@
 #include "core/model/cmpath.h"
 #include "core/tavo/export.h"
 #include "core/tavo/tavohash.h"
+#include "core/tavo/tavolist.h"
 
 /// Value: a TavoValue with audioDevice(), the output device chosen for notifications.
 TAVO_API_EXPORT CMPath TavoPlayerAlsaDeviceNotificationsPath();
+
+/// Value: a TavoValue with audioDevice(), the output device of the main audio.
+TAVO_API_EXPORT CMPath TavoPlayerAlsaDeviceMainPath();
+
+/// Request: plays a sound file as the main audio, in a loop. Value: a TavoValue with string_(), the
+/// file's path or URI, or the bare text; without one the last source is played, and goes on if it
+/// is playing. Answer: empty, or an error when it can't be played.
+TAVO_API_EXPORT CMPath TavoPlayerMainAudioPlayPath();
+
+/// Request: ends the main audio. The value is not read. Answer: empty.
+TAVO_API_EXPORT CMPath TavoPlayerMainAudioStopPath();
+
+/// Request: sets the user's volume, which ducking leaves alone. Value: a TavoValue with double_(),
+/// or the bare number, from 0.0 (silent) to 1.0. Answer: empty.
+TAVO_API_EXPORT CMPath TavoPlayerMainAudioVolumePath();
+
+/// Value: a TavoValue with mainAudioState().
+TAVO_API_EXPORT CMPath TavoPlayerMainAudioStatePath();
 
 /// Request: ducks the main audio, or restores it. Value: a TavoPlayerAudioDuckingRequest.
 TAVO_API_EXPORT CMPath TavoPlayerMainAudioDuckingPath();
@@ -30,4 +49,21 @@ class TavoPlayerAudioDevice : public TavoHash
 
     /// The ALSA device's name.
     TAVO_FIELD(QString, device, setDevice)
+};
+
+/// What the main audio does.
+class TavoPlayerMainAudioState : public TavoHash
+{
+    TAVO_RECORD(TavoPlayerMainAudioState)
+
+    TAVO_FIELD(bool, playing, setPlaying)
+    /// The path or URI of what plays, or was played last.
+    TAVO_FIELD(QString, source, setSource)
+    /// The user's volume, from 0.0 to 1.0.
+    TAVO_FIELD(double, volume, setVolume)
+    TAVO_FIELD(bool, ducked, setDucked)
+    /// Who wants it ducked, in the order of their requests.
+    TAVO_FIELD(TavoList<QString>, requesters, setRequesters)
+    /// Why the source doesn't play, a sentence for people; empty when nothing failed.
+    TAVO_FIELD(QString, error, setError)
 };

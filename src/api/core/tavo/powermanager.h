@@ -16,6 +16,17 @@ TAVO_API_EXPORT CMPath TavoPowerManagerModuleRegisterPath();
 /// empty when granted, an error when refused.
 TAVO_API_EXPORT CMPath TavoPowerManagerResourceRequestPath();
 
+/// Request: revokes what everybody holds and refuses new grants from now on. The value is not read.
+/// Answer: empty, once every holder has stopped or the time for it is over; an error when a resume
+/// came before that.
+TAVO_API_EXPORT CMPath TavoPowerManagerStandbyPath();
+
+/// Request: ends standby, also one that is still under way. The value is not read. Answer: empty.
+TAVO_API_EXPORT CMPath TavoPowerManagerResumePath();
+
+/// Value: a TavoValue with powerManagerState().
+TAVO_API_EXPORT CMPath TavoPowerManagerStatePath();
+
 /// Tells the power manager where a module takes its messages.
 class TavoPowerManagerModuleRegister : public TavoHash
 {
@@ -45,4 +56,27 @@ class TavoPowerManagerRevokeMessage : public TavoHash
 
     TAVO_FIELD(TavoPowerManagerRevokeMessageType::Enum, messageType, setMessageType)
     TAVO_FIELD(TavoList<TavoPowerManagerResources::Enum>, revokeResources, setRevokeResources)
+};
+
+/// Who holds a resource.
+class TavoPowerManagerResourceHolders : public TavoHash
+{
+    TAVO_RECORD(TavoPowerManagerResourceHolders)
+
+    TAVO_FIELD(TavoPowerManagerResources::Enum, resource, setResource)
+    /// The modules' names, sorted.
+    TAVO_FIELD(TavoList<QString>, holders, setHolders)
+};
+
+/// What the power manager knows and has granted.
+class TavoPowerManagerState : public TavoHash
+{
+    TAVO_RECORD(TavoPowerManagerState)
+
+    /// True from the request on, while holders are still stopping.
+    TAVO_FIELD(bool, standby, setStandby)
+    /// The registered modules' names, sorted.
+    TAVO_FIELD(TavoList<QString>, modules, setModules)
+    /// The resources that somebody holds, in the order of their numbers.
+    TAVO_FIELD(TavoList<TavoPowerManagerResourceHolders>, resources, setResources)
 };

@@ -23,4 +23,6 @@ class TavoValue : public TavoHash
                setNotificationPlayerResponse)
     TAVO_FIELD(TavoNotificationDisplayItem, notificationDisplayItem, setNotificationDisplayItem)
     TAVO_FIELD(TavoPlayerAudioDevice, audioDevice, setAudioDevice)
+    TAVO_FIELD(TavoPlayerMainAudioState, mainAudioState, setMainAudioState)
+    TAVO_FIELD(TavoPowerManagerState, powerManagerState, setPowerManagerState)
 };
