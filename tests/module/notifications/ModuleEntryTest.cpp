@@ -1,0 +1,186 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+// The library's entry point and what a worker is right after its making.
+
+#include "NotificationsTest.h"
+
+#include <QLibrary>
+#include <QMetaMethod>
+#include <QProcess>
+
+namespace {
+using log4cplus::TRACE_LOG_LEVEL;
+
+class ModuleEntryTest : public NotificationsTest
+{
+protected:
+    CMWorker *create(const char *name)
+    {
+        QVariantHash config{{"key"_s, 7}};
+        QLibrary library(QString(TAVO_NOTIFICATIONS_MODULE));
+        using WorkerCreate = void *(*)(const char *, void *);
+        const auto entry = reinterpret_cast<WorkerCreate>(library.resolve("worker_create"));
+        return static_cast<CMWorker *>(entry(name, &config));
+    }
+
+    /// The paths whose nodes answer a request with anything but "no such node".
+    bool isPublished(const CMPath &path)
+    {
+        return request(path, QVariant()).error().name() != CMErrors::noSuchNode();
+    }
+};
+} // namespace
+
+TEST_F(ModuleEntryTest, ExportsItsEntryPointAndNothingElse)
+{
+    QProcess nm;
+    nm.start("nm"_s, {"-D"_s, "--defined-only"_s, "-P"_s, QString(TAVO_NOTIFICATIONS_MODULE)});
+    ASSERT_TRUE(nm.waitForFinished());
+    const QList<QByteArray> symbols = nm.readAllStandardOutput().trimmed().split('\n');
+    ASSERT_EQ(symbols.size(), 1);
+    EXPECT_TRUE(symbols.first().startsWith("worker_create T ")) << symbols.first().constData();
+}
+
+TEST_F(ModuleEntryTest, LogsTheNameThatItWasGiven)
+{
+    const std::unique_ptr<CMWorker> worker(create("living room"));
+    EXPECT_EQ(
+        logged(TRACE_LOG_LEVEL, "Enter void* worker_create(const char*, void*): name: living room"),
+        1);
+}
+
+TEST_F(ModuleEntryTest, CreatesAWorkerForANullNameAndEndsTheLineAfterTheLabel)
+{
+    const std::unique_ptr<CMWorker> worker(create(nullptr));
+    EXPECT_NE(worker, nullptr);
+    EXPECT_EQ(logged(TRACE_LOG_LEVEL, "Enter void* worker_create(const char*, void*): name: "), 1);
+}
+
+TEST_F(ModuleEntryTest, LogsTheConstructionWithTheUnitsOwnFile)
+{
+    load();
+    EXPECT_EQ(logged(TRACE_LOG_LEVEL,
+                     "Enter NotificationsWorker::NotificationsWorker(const QVariantHash&): "),
+              1);
+    const auto records = log().records();
+    const auto entry = std::find_if(records.begin(), records.end(), [](const auto &record) {
+        return record.message.find("NotificationsWorker::NotificationsWorker") != std::string::npos;
+    });
+    ASSERT_NE(entry, records.end());
+    EXPECT_NE(entry->file.find("NotificationsWorker.cpp"), std::string::npos);
+    EXPECT_GT(entry->line, 0);
+    EXPECT_FALSE(entry->function.empty());
+}
+
+TEST_F(ModuleEntryTest, GivesTheWorkerItsOwnNameAndTheConfigurationUnchanged)
+{
+    const std::unique_ptr<CMWorker> worker(create("other"));
+    const auto *nodesWorker = qobject_cast<CMNodesWorker *>(worker.get());
+    ASSERT_NE(nodesWorker, nullptr);
+    EXPECT_EQ(nodesWorker->name(), "Notifications"_s);
+    EXPECT_EQ(nodesWorker->config(), (QVariantHash{{"key"_s, 7}}));
+}
+
+TEST_F(ModuleEntryTest, DeclaresItsFourSlotsInOrderAndNothingElse)
+{
+    load();
+    const QMetaObject *meta = worker()->metaObject();
+    EXPECT_STREQ(meta->className(), "NotificationsWorker");
+    EXPECT_STREQ(meta->superClass()->className(), "CMNodesWorker");
+    EXPECT_EQ(meta->propertyCount(), meta->propertyOffset());
+    EXPECT_EQ(meta->classInfoCount(), meta->classInfoOffset());
+    ASSERT_EQ(meta->methodCount() - meta->methodOffset(), 4);
+    const char *const expected[][2] = {{"on_notificationPlayerEnqueue_activated", "request"},
+                                       {"on_notificationPlayerCancel_activated", "request"},
+                                       {"on_notificationDisplayEnqueue_activated", "req"},
+                                       {"on_notificationDisplayCancel_activated", "req"}};
+    for (int i = 0; i < 4; ++i) {
+        const QMetaMethod method = meta->method(meta->methodOffset() + i);
+        EXPECT_STREQ(method.name().constData(), expected[i][0]);
+        EXPECT_EQ(method.parameterTypes(), QList<QByteArray>{"CMSetDataRequest"});
+        EXPECT_EQ(method.parameterNames(), QList<QByteArray>{expected[i][1]});
+        EXPECT_EQ(method.methodType(), QMetaMethod::Slot);
+        EXPECT_EQ(method.access(), QMetaMethod::Private);
+        EXPECT_EQ(method.returnType(), int(QMetaType::Void));
+    }
+}
+
+TEST_F(ModuleEntryTest, KnowsTheRequestTypeByName)
+{
+    EXPECT_NE(QMetaType::type("CMSetDataRequest"), int(QMetaType::UnknownType));
+}
+
+TEST_F(ModuleEntryTest, PublishesItsFourRequestNodes)
+{
+    load();
+    EXPECT_TRUE(isPublished(TavoNotificationPlayerEnqueuePath()));
+    EXPECT_TRUE(isPublished(TavoNotificationPlayerCancelPath()));
+    EXPECT_TRUE(isPublished(TavoNotificationDisplayOpenPath()));
+    EXPECT_TRUE(isPublished(TavoNotificationDisplayCancelNotifyPath()));
+}
+
+TEST_F(ModuleEntryTest, MakesTheDisplayBeforeThePlayerAsChildrenOfTheWorker)
+{
+    load();
+    QStringList children;
+    for (const QObject *child : worker()->children()) {
+        children.append(QString::fromLatin1(child->metaObject()->className()));
+    }
+    EXPECT_EQ(children, (QStringList{"NotificationDisplay"_s, "NotificationPlayer"_s}));
+}
+
+TEST_F(ModuleEntryTest, HandlesARequestFromTheEventLoopAndNeverInsideTheCall)
+{
+    load();
+    const CMReply<QVariant> reply;
+    CMRoot()->invoke(TavoNotificationPlayerCancelPath(), QVariant(), reply);
+    EXPECT_FALSE(reply.isFinished());
+    settle();
+    EXPECT_TRUE(reply.isFinished());
+}
+
+TEST_F(ModuleEntryTest, HandlesRequestsInTheirOrderOfArrival)
+{
+    load();
+    CMReply<QVariant> first;
+    CMReply<QVariant> second;
+    CMRoot()->invoke(TavoNotificationPlayerEnqueuePath(),
+                     TavoValue().setNotificationPlayerItem(item("a"_s)), first);
+    CMRoot()->invoke(TavoNotificationPlayerCancelPath(), TavoValue().setString_("a"_s), second);
+    settle();
+    EXPECT_FALSE(first.error().isError());
+    EXPECT_FALSE(second.error().isError());
+}
+
+TEST_F(ModuleEntryTest, DeletesBothControllersWithTheWorkerAndLeavesTheModel)
+{
+    load();
+    int destroyed = 0;
+    for (const QObject *child : worker()->children()) {
+        QObject::connect(child, &QObject::destroyed, [&destroyed] { ++destroyed; });
+    }
+    unload();
+    EXPECT_EQ(destroyed, 2);
+    EXPECT_FALSE(isPublished(TavoNotificationPlayerEnqueuePath()));
+    EXPECT_FALSE(CMRoot()->getValue(TavoNotificationPlayerIsPlayingPath()).isValid());
+}
+
+TEST_F(ModuleEntryTest, AnswersWithAnErrorWhatWasWaitingWhenTheWorkerGoes)
+{
+    load();
+    const CMReply<QVariant> reply;
+    CMRoot()->invoke(TavoNotificationPlayerEnqueuePath(),
+                     TavoValue().setNotificationPlayerItem(item("a"_s)), reply);
+    unload();
+    ASSERT_TRUE(reply.isFinished());
+    EXPECT_EQ(reply.error().name(), CMErrors::noAnswer());
+}
+
+TEST_F(ModuleEntryTest, CanBeCreatedAgainAfterItsEnd)
+{
+    load();
+    unload();
+    load();
+    play("a"_s);
+}

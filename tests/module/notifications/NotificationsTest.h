@@ -1,0 +1,104 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "support/EventLoop.h"
+#include "support/LogCapture.h"
+#include "support/scripted/ScriptedPlayers.h"
+#include "support/scripted/ScriptedService.h"
+#include "support/Text.h"
+
+#include <core/tavo.h>
+
+#include <memory>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <QTimer>
+
+/// The built notifications module among services and players that a test plays the part of, met
+/// through the model only.
+///
+/// By default every request to a service is accepted, the device for notifications is "testdevice"
+/// and the log is at TRACE. Everything that crosses the module's border is kept in order in
+/// journal():
+///   requests   "register", "duck", "unduck", "acquire", "release"
+///   responses  "<id> started", "<id> finished", "<id> cancelled", "<id> failed"
+///   players    "<id> construct", "<id> play", "<id> pause", "<id> stop", "<id> destroy"
+class NotificationsTest : public testing::Test
+{
+protected:
+    NotificationsTest();
+    ~NotificationsTest() override;
+
+    // The module.
+    void load(); ///< calls worker_create as a host does
+    void unload();
+    CMWorker *worker() const { return m_worker.get(); }
+    QObject *player() const; ///< the sound controller
+    QTimer *inactivityTimer() const;
+    void fireInactivityTimer(); ///< its time is over, now
+
+    // The services.
+    ScriptedService &services() { return m_services; }
+    void setDucking(const ScriptedService::Script &script);
+    void setResources(const ScriptedService::Script &script);
+    /// Answers the oldest request to the path that has no answer yet.
+    void answer(const CMPath &path);
+    void refuse(const CMPath &path, const QString &message = "no"_s);
+    /// Sends the power manager's message and gives the answer.
+    CMReply<QVariant> revoke(TavoPowerManagerRevokeMessageType::Enum type,
+                             const TavoList<TavoPowerManagerResources::Enum> &resources = {
+                                 TavoPowerManagerResources::Audio});
+
+    // Requests, answered when they return.
+    static TavoNotificationPlayerItem item(const QString &id, int priority = 1);
+    CMReply<QVariant> enqueue(const TavoNotificationPlayerItem &item);
+    CMReply<QVariant> enqueue(const QString &id, int priority = 1)
+    {
+        return enqueue(item(id, priority));
+    }
+    CMReply<QVariant> cancel(const QString &id);
+    CMReply<QVariant> request(const CMPath &path, const QVariant &value);
+
+    /// Queues it and expects it to play.
+    ScriptedPlayer *play(const QString &id, int priority = 1);
+    static ScriptedPlayer *scripted(const QString &id)
+    {
+        return ScriptedPlayers::instance().find(id);
+    }
+
+    /// Delivers every queued call. No timer runs meanwhile.
+    static void settle();
+
+    bool isPlaying() const;
+    QStringList &journal() { return m_journal; }
+    /// The journal's lines that begin with the id.
+    QStringList journalOf(const QString &id) const;
+    LogCapture &log() { return m_log; }
+
+    /// How often that very record has been written.
+    int logged(log4cplus::LogLevel level, const std::string &message) const;
+    /// How often the function's line ("Enter" or "Leave") has been written with that text.
+    int entered(log4cplus::LogLevel level, const std::string &function,
+                const std::string &text) const;
+    int left(log4cplus::LogLevel level, const std::string &function, const std::string &text) const;
+
+    static CMPath responsePath() { return CMPath("/test/response"_s); }
+    static QString message(const CMReply<QVariant> &reply)
+    {
+        return reply.error().message().toString();
+    }
+
+private:
+    int traced(log4cplus::LogLevel level, const std::string &start, const std::string &function,
+               const std::string &text) const;
+    void on_response(const CMSetDataRequest &request);
+
+    LogCapture m_log;
+    ScriptedService m_services;
+    QStringList m_journal;
+    QHash<CMPath, std::size_t> m_answered;
+    std::unique_ptr<CMWorker> m_worker;
+};

@@ -1,0 +1,144 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+// What the sound controller is right after its making, and what it has told others by then.
+
+#include "NotificationsTest.h"
+
+#include <QMetaMethod>
+
+namespace {
+using log4cplus::DEBUG_LOG_LEVEL;
+using PlayerConstructionTest = NotificationsTest;
+
+CMPath revokePath()
+{
+    return TavoNotificationsPath() + "/player/revokeResources"_s;
+}
+
+TavoValue device(const QString &name)
+{
+    return TavoValue().setAudioDevice(TavoPlayerAudioDevice().setDevice(name));
+}
+} // namespace
+
+TEST_F(PlayerConstructionTest, DeclaresItsSlotsInOrderAndNothingElse)
+{
+    load();
+    const QMetaObject *meta = player()->metaObject();
+    EXPECT_STREQ(meta->superClass()->className(), "QObject");
+    EXPECT_EQ(meta->propertyCount(), meta->propertyOffset());
+    struct Slot
+    {
+        const char *signature;
+        QList<QByteArray> arguments;
+    };
+    const Slot expected[] = {{"on_audioDucking_finished(CMVoidReply)", {"voidReply"}},
+                             {"on_inactivityTimer_timeout()", {}},
+                             {"on_audioUnducking_finished(CMVoidReply)", {"voidReply"}},
+                             {"on_sound_finished(QString)", {"id"}},
+                             {"on_sound_stopped(QString)", {"id"}},
+                             {"on_sound_failed(QString,QString)", {"id", "reason"}},
+                             {"on_revokeResources_activated(CMSetDataRequest)", {"request"}}};
+    ASSERT_EQ(meta->methodCount() - meta->methodOffset(), 7);
+    for (int i = 0; i < 7; ++i) {
+        const QMetaMethod method = meta->method(meta->methodOffset() + i);
+        EXPECT_STREQ(method.methodSignature().constData(), expected[i].signature);
+        EXPECT_EQ(method.parameterNames(), expected[i].arguments);
+        EXPECT_EQ(method.methodType(), QMetaMethod::Slot);
+    }
+}
+
+TEST_F(PlayerConstructionTest, HasASingleShotTimerOf100MillisecondsThatStandsStill)
+{
+    load();
+    EXPECT_TRUE(inactivityTimer()->isSingleShot());
+    EXPECT_EQ(inactivityTimer()->interval(), 100);
+    EXPECT_FALSE(inactivityTimer()->isActive());
+    EXPECT_EQ(inactivityTimer()->parent(), player());
+}
+
+TEST_F(PlayerConstructionTest, PublishesThatNothingPlays)
+{
+    load();
+    const QVariant value = CMRoot()->getValue(TavoNotificationPlayerIsPlayingPath());
+    EXPECT_EQ(value, TavoValue().setBool_(false).__variant());
+}
+
+TEST_F(PlayerConstructionTest, ReadsTheOutputDeviceAndLogsIt)
+{
+    load();
+    EXPECT_EQ(logged(DEBUG_LOG_LEVEL, "Output device name: testdevice"), 1);
+    play("a"_s);
+    EXPECT_EQ(scripted("a"_s)->device, "testdevice"_s);
+}
+
+TEST_F(PlayerConstructionTest, TakesTheDefaultDeviceWhenNoneIsNamed)
+{
+    services().publishAgain(TavoPlayerAlsaDeviceNotificationsPath(), device(QString()));
+    load();
+    EXPECT_EQ(logged(DEBUG_LOG_LEVEL, "Output device name: default"), 1);
+    play("a"_s);
+    EXPECT_EQ(scripted("a"_s)->device, "default"_s);
+}
+
+TEST_F(PlayerConstructionTest, TakesTheDefaultDeviceWhenThereIsNoSuchNode)
+{
+    services().withdraw(TavoPlayerAlsaDeviceNotificationsPath());
+    load();
+    EXPECT_EQ(logged(DEBUG_LOG_LEVEL, "Output device name: default"), 1);
+}
+
+TEST_F(PlayerConstructionTest, ReadsTheDeviceOnceAndKeepsToIt)
+{
+    load();
+    services().publishAgain(TavoPlayerAlsaDeviceNotificationsPath(), device("other"_s));
+    play("a"_s);
+    EXPECT_EQ(scripted("a"_s)->device, "testdevice"_s);
+}
+
+TEST_F(PlayerConstructionTest, PublishesTheRevokeNode)
+{
+    load();
+    EXPECT_FALSE(request(revokePath(), QVariant()).error().isError());
+}
+
+TEST_F(PlayerConstructionTest, RegistersWithOneNodeForBothMessages)
+{
+    load();
+    ASSERT_EQ(services().count(TavoPowerManagerModuleRegisterPath()), 1);
+    const TavoPowerManagerModuleRegister record(
+        services().requests(TavoPowerManagerModuleRegisterPath()).front().value().toHash());
+    EXPECT_EQ(record.moduleName(), TavoNotificationsName());
+    EXPECT_EQ(record.revokeResourcesPath(), revokePath());
+    EXPECT_EQ(record.postRevokeResourcesPath(), revokePath());
+}
+
+TEST_F(PlayerConstructionTest, DoesNotNoticeARegistrationThatFails)
+{
+    services().setScript(TavoPowerManagerModuleRegisterPath(), ScriptedService::refuse("no"_s));
+    load();
+    play("a"_s);
+    EXPECT_EQ(log().countAt(log4cplus::WARN_LOG_LEVEL), 0);
+    EXPECT_EQ(log().countAt(log4cplus::ERROR_LOG_LEVEL), 0);
+}
+
+TEST_F(PlayerConstructionTest, ComesUpWithoutAnyServiceAndAnswersRequests)
+{
+    services().withdraw(TavoPowerManagerModuleRegisterPath());
+    services().withdraw(TavoPowerManagerResourceRequestPath());
+    services().withdraw(TavoPlayerMainAudioDuckingPath());
+    services().withdraw(TavoPlayerAlsaDeviceNotificationsPath());
+    load();
+    EXPECT_FALSE(enqueue("a"_s).error().isError());
+    EXPECT_EQ(journalOf("a"_s), QStringList{"cancelled"_s});
+}
+
+TEST_F(PlayerConstructionTest, DeletesThePlayersOfItsItemsWithItself)
+{
+    load();
+    play("a"_s);
+    EXPECT_EQ(scripted("a"_s)->parent, player());
+    unload();
+    EXPECT_FALSE(scripted("a"_s)->isAlive());
+}

@@ -1,0 +1,151 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+// The power manager's messages.
+
+#include "NotificationsTest.h"
+
+namespace {
+using log4cplus::DEBUG_LOG_LEVEL;
+using log4cplus::INFO_LOG_LEVEL;
+using log4cplus::TRACE_LOG_LEVEL;
+using Type = TavoPowerManagerRevokeMessageType;
+using Resources = TavoPowerManagerResources;
+
+class RevokeTest : public NotificationsTest
+{
+protected:
+    RevokeTest() { load(); }
+
+    static void expectEmptyAnswer(const CMReply<QVariant> &reply)
+    {
+        EXPECT_TRUE(reply.isFinished());
+        EXPECT_FALSE(reply.error().isError());
+        EXPECT_FALSE(reply.value().isValid());
+    }
+};
+} // namespace
+
+TEST_F(RevokeTest, StopsWhatPlaysAndCancelsTheRest)
+{
+    play("a"_s);
+    enqueue("b"_s);
+    expectEmptyAnswer(revoke(Type::Revoked));
+    EXPECT_EQ(
+        logged(INFO_LOG_LEVEL, "Notification player resources revoked, stopping notification"), 1);
+    EXPECT_EQ(entered(INFO_LOG_LEVEL, "cancelAll", ""), 1);
+    EXPECT_EQ(scripted("a"_s)->stops, 1);
+    EXPECT_EQ(journalOf("b"_s), QStringList{"cancelled"_s});
+    scripted("a"_s)->reportStopped();
+    settle();
+    EXPECT_EQ(journalOf("a"_s).mid(3, 2), (QStringList{"stop"_s, "cancelled"_s}));
+    EXPECT_TRUE(inactivityTimer()->isActive());
+}
+
+TEST_F(RevokeTest, DoesNotReleaseWhatWasTaken)
+{
+    play("a"_s);
+    revoke(Type::Revoked);
+    scripted("a"_s)->reportStopped();
+    settle();
+    fireInactivityTimer();
+    EXPECT_FALSE(journal().contains("release"_s));
+    EXPECT_EQ(journal().last(), "unduck"_s);
+}
+
+TEST_F(RevokeTest, LetsTheNoticeAfterwardsOnlyForgetTheResource)
+{
+    play("a"_s);
+    enqueue("b"_s);
+    expectEmptyAnswer(revoke(Type::PostRevoked));
+    EXPECT_EQ(logged(DEBUG_LOG_LEVEL, "Media player resources revoked (post-callback)"), 1);
+    EXPECT_EQ(scripted("a"_s)->stops, 0);
+    scripted("a"_s)->reportEnded();
+    settle();
+    EXPECT_EQ(journal().count("acquire"_s), 2);
+    EXPECT_EQ(journalOf("b"_s).last(), "started"_s);
+}
+
+TEST_F(RevokeTest, IgnoresAMessageThatSpeaksOfOtherResourcesButAnswersIt)
+{
+    play("a"_s);
+    expectEmptyAnswer(revoke(Type::Revoked, {Resources::Processor, Resources::Network}));
+    EXPECT_EQ(scripted("a"_s)->stops, 0);
+    EXPECT_EQ(log().countAt(INFO_LOG_LEVEL), 1); // "Starting playback: a"
+    scripted("a"_s)->reportEnded();
+    settle();
+    play("b"_s);
+    EXPECT_EQ(journal().count("acquire"_s), 1);
+}
+
+TEST_F(RevokeTest, FindsTheAudioResourceAmongOthers)
+{
+    play("a"_s);
+    revoke(Type::Revoked, {Resources::Display, Resources::Audio});
+    EXPECT_EQ(scripted("a"_s)->stops, 1);
+}
+
+TEST_F(RevokeTest, IsIgnoredWhileAnAcquireIsOutstanding)
+{
+    setResources(ScriptedService::keep());
+    enqueue("a"_s);
+    for (const auto type : {Type::Revoked, Type::PostRevoked}) {
+        expectEmptyAnswer(revoke(type));
+    }
+    EXPECT_EQ(logged(DEBUG_LOG_LEVEL, "Ignoring revoke resources command, we already issued a new "
+                                      "request resources request"),
+              2);
+    answer(TavoPowerManagerResourceRequestPath());
+    EXPECT_EQ(journalOf("a"_s).last(), "started"_s);
+}
+
+TEST_F(RevokeTest, CancelsNothingWhileTheSequenceIsDucking)
+{
+    setDucking(ScriptedService::keep());
+    enqueue("a"_s);
+    revoke(Type::Revoked);
+    EXPECT_EQ(journalOf("a"_s), QStringList{"cancelled"_s});
+    answer(TavoPlayerMainAudioDuckingPath());
+    // The sequence goes through without an item and comes back.
+    EXPECT_TRUE(inactivityTimer()->isActive());
+}
+
+TEST_F(RevokeTest, IsAnsweredWhenNothingPlays)
+{
+    expectEmptyAnswer(revoke(Type::Revoked));
+    expectEmptyAnswer(revoke(Type::PostRevoked));
+    EXPECT_EQ(journal(), QStringList{"register"_s});
+}
+
+TEST_F(RevokeTest, LeavesTheTimerRunningWhenTheQueueHasRunDry)
+{
+    play("a"_s)->reportEnded();
+    settle();
+    revoke(Type::Revoked);
+    EXPECT_TRUE(inactivityTimer()->isActive());
+}
+
+TEST_F(RevokeTest, LogsTheMessage)
+{
+    const auto message = TavoPowerManagerRevokeMessage()
+                             .setMessageType(Type::Revoked)
+                             .setRevokeResources({Resources::Audio});
+    revoke(Type::Revoked);
+    std::ostringstream text;
+    text << message;
+    EXPECT_EQ(entered(TRACE_LOG_LEVEL, "on_revokeResources_activated", text.str()), 1);
+}
+
+TEST_F(RevokeTest, AnswersValuesThatAreNoMessage)
+{
+    play("a"_s);
+    const CMPath path = TavoNotificationsPath() + "/player/revokeResources"_s;
+    for (const QVariant &value :
+         {QVariant(), QVariant(2), QVariant(QVariantList{2}),
+          QVariant(QVariantHash{{"revokeResources"_s, 2}, {"messageType"_s, "now"_s}}),
+          QVariant(
+              QVariantHash{{"revokeResources"_s, QVariantList{QVariantHash(), QVariant()}}})}) {
+        expectEmptyAnswer(request(path, value));
+    }
+    EXPECT_EQ(scripted("a"_s)->stops, 0);
+}

@@ -1,0 +1,185 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+// Admission to the queue: what is refused, where an item stands, and what it does to the head.
+
+#include "NotificationsTest.h"
+
+#include <limits>
+
+namespace {
+using log4cplus::ERROR_LOG_LEVEL;
+using log4cplus::TRACE_LOG_LEVEL;
+
+class SoundQueueTest : public NotificationsTest
+{
+protected:
+    SoundQueueTest() { load(); }
+
+    /// The ids in the order in which they stand in the queue, as the newest dump lists them.
+    QStringList queue() const
+    {
+        QStringList ids;
+        for (const auto &record : const_cast<SoundQueueTest *>(this)->log().records()) {
+            const QString line = QString::fromStdString(record.message);
+            if (line.contains("dump after"_s)) {
+                ids.clear();
+            } else if (line.startsWith("dump --  "_s)) {
+                ids.append(line.mid(9).section(QLatin1Char(' '), 0, 0));
+            }
+        }
+        return ids;
+    }
+
+    static QStringList ids(const char *text)
+    {
+        return QString::fromLatin1(text).split(QLatin1Char(' '));
+    }
+};
+} // namespace
+
+TEST_F(SoundQueueTest, LogsANewItemWithTypeAndPriority)
+{
+    enqueue("a"_s, 2);
+    EXPECT_EQ(entered(TRACE_LOG_LEVEL, "enqueue", "new item a type Uri prio High"), 1);
+    EXPECT_EQ(left(TRACE_LOG_LEVEL, "enqueue", ""), 1);
+}
+
+TEST_F(SoundQueueTest, PutsTheFirstItemIntoTheEmptyQueueAndGoesOn)
+{
+    enqueue("a"_s);
+    EXPECT_EQ(logged(TRACE_LOG_LEVEL, "insert item as first"), 1);
+    EXPECT_EQ(queue(), ids("a"));
+    EXPECT_GE(entered(TRACE_LOG_LEVEL, "continuePlayAudio", "queue size: 1"), 1);
+}
+
+TEST_F(SoundQueueTest, PutsAnEqualPriorityBehindAllOfTheSame)
+{
+    play("a"_s, 5);
+    enqueue("b"_s, 5);
+    enqueue("c"_s, 5);
+    EXPECT_EQ(queue(), ids("a b c"));
+    EXPECT_EQ(logged(TRACE_LOG_LEVEL, "inserting after 1 id b"), 1);
+    EXPECT_EQ(scripted("a"_s)->pauses, 0);
+}
+
+TEST_F(SoundQueueTest, PutsAnItemBetweenWithoutDisturbingTheHead)
+{
+    play("a"_s, 5);
+    enqueue("b"_s, 3);
+    enqueue("c"_s, 4);
+    EXPECT_EQ(queue(), ids("a c b"));
+    EXPECT_EQ(logged(TRACE_LOG_LEVEL, "inserting after 0 id a"), 2);
+    EXPECT_EQ(scripted("a"_s)->pauses, 0);
+}
+
+TEST_F(SoundQueueTest, LetsAMoreUrgentItemPauseThePlayingHead)
+{
+    play("a"_s, 5);
+    play("b"_s, 7);
+    EXPECT_EQ(logged(TRACE_LOG_LEVEL, "Inserting before first"), 1);
+    EXPECT_EQ(queue(), ids("b a"));
+    EXPECT_EQ(journalOf("a"_s).mid(0, 4),
+              (QStringList{"construct"_s, "play"_s, "started"_s, "pause"_s}));
+}
+
+TEST_F(SoundQueueTest, DoesNotPauseAHeadThatHasNoPlayerYet)
+{
+    setDucking(ScriptedService::keep());
+    enqueue("a"_s, 5);
+    enqueue("b"_s, 7);
+    EXPECT_EQ(queue(), ids("b a"));
+    EXPECT_TRUE(ScriptedPlayers::instance().all().empty());
+}
+
+TEST_F(SoundQueueTest, ComparesPrioritiesAsSignedNumbersToBothEnds)
+{
+    setDucking(ScriptedService::keep());
+    enqueue("zero"_s, 0);
+    enqueue("least"_s, std::numeric_limits<int>::min());
+    enqueue("most"_s, std::numeric_limits<int>::max());
+    enqueue("below"_s, -1);
+    EXPECT_EQ(queue(), ids("most zero below least"));
+}
+
+TEST_F(SoundQueueTest, KeepsTheOrderOfArrivalAmongManyOfMixedPriorities)
+{
+    setDucking(ScriptedService::keep());
+    QStringList expected[4];
+    for (int i = 0; i < 40; ++i) {
+        const int priority = (i * 7) % 4;
+        const QString id = "n%1"_s.arg(i);
+        expected[priority].append(id);
+        enqueue(id, priority);
+    }
+    EXPECT_EQ(queue(), expected[3] + expected[2] + expected[1] + expected[0]);
+}
+
+TEST_F(SoundQueueTest, RefusesAnEmptyIdBeforeAnythingElse)
+{
+    enqueue(QString());
+    EXPECT_EQ(logged(ERROR_LOG_LEVEL, "Notification item id is empty"), 1);
+    EXPECT_EQ(entered(TRACE_LOG_LEVEL, "dumpQueue", "dump after enqueue"), 0);
+    EXPECT_EQ(entered(TRACE_LOG_LEVEL, "continuePlayAudio", "queue size: 0"), 0);
+    EXPECT_EQ(journal(), QStringList{"register"_s});
+}
+
+TEST_F(SoundQueueTest, RefusesAnIdInTheQueueAndLeavesTheQueueAlone)
+{
+    play("a"_s);
+    enqueue("a"_s, 9);
+    EXPECT_EQ(logged(ERROR_LOG_LEVEL, "Notification with the same id already exists"), 1);
+    EXPECT_EQ(queue(), ids("a"));
+    EXPECT_EQ(journalOf("a"_s).last(), "started"_s);
+}
+
+TEST_F(SoundQueueTest, ComparesIdsExactly)
+{
+    play("a"_s);
+    enqueue("A"_s);
+    EXPECT_EQ(queue(), ids("a A"));
+}
+
+TEST_F(SoundQueueTest, RefusesAnIdThatIsStillStoppingAndAdmitsItAfterwards)
+{
+    play("a"_s);
+    cancel("a"_s);
+    EXPECT_TRUE(enqueue("a"_s).error().isError());
+    EXPECT_EQ(logged(ERROR_LOG_LEVEL, "Notification with the same id already exists"), 1);
+    scripted("a"_s)->reportStopped();
+    settle();
+    EXPECT_FALSE(enqueue("a"_s).error().isError());
+}
+
+TEST_F(SoundQueueTest, ListsTheQueueWithTypesAndPrioritiesInOrder)
+{
+    setDucking(ScriptedService::keep());
+    enqueue(item("a"_s, 3).setType(TavoNotificationPlayerItemType::Fake));
+    log().clear();
+    enqueue(item("b"_s, 42).setType(TavoNotificationPlayerItemType::Enum(9)));
+    EXPECT_EQ(entered(TRACE_LOG_LEVEL, "dumpQueue", "dump after enqueue"), 1);
+    EXPECT_EQ(logged(TRACE_LOG_LEVEL, "dump --  b type 9 prio 42"), 1);
+    EXPECT_EQ(logged(TRACE_LOG_LEVEL, "dump --  a type Fake prio Urgent"), 1);
+    EXPECT_EQ(left(TRACE_LOG_LEVEL, "dumpQueue", ""), 1);
+}
+
+TEST_F(SoundQueueTest, DoesNotListTheQueueWhenTraceIsOnlyInherited)
+{
+    auto logger = log4cplus::Logger::getInstance("Notifications");
+    auto root = log4cplus::Logger::getRoot();
+    const log4cplus::LogLevel rootLevel = root.getLogLevel();
+    root.setLogLevel(TRACE_LOG_LEVEL);
+    logger.setLogLevel(log4cplus::NOT_SET_LOG_LEVEL);
+    enqueue("a"_s);
+    root.setLogLevel(rootLevel);
+    EXPECT_EQ(entered(TRACE_LOG_LEVEL, "dumpQueue", "dump after enqueue"), 1);
+    EXPECT_TRUE(queue().isEmpty());
+}
+
+TEST_F(SoundQueueTest, NeverListsWhatIsStopping)
+{
+    play("a"_s);
+    cancel("a"_s);
+    enqueue("b"_s);
+    EXPECT_EQ(queue(), ids("b"));
+}
