@@ -3,17 +3,179 @@
 
 #include "NotificationDisplay.h"
 
-NotificationDisplay::NotificationDisplay(CMNodes * /*nodes*/, QObject *parent)
+#include <algorithm>
+
+static log4cplus::Logger logger = log4cplus::Logger::getInstance("Notifications");
+
+NotificationDisplay::NotificationDisplay(CMNodes *nodes, QObject *parent)
     : QObject(parent)
+    , m_closeTimer(this)
+    , m_nodes(nodes)
 {
+    TAVO_SCOPE(logger, TRACE, "");
+    m_queueNode = CMListRowsNode::create(m_nodes, TavoNotificationDisplayQueuePath());
+    m_queueNode->setTitle("List of messages");
+    m_closeTimer.setSingleShot(true);
+    // A coarse timer would round to whole seconds.
+    m_closeTimer.setTimerType(Qt::PreciseTimer);
+    tavoConnect(&m_closeTimer, &QTimer::timeout, this, &NotificationDisplay::on_closeTimer_timeout);
 }
 
-bool NotificationDisplay::enqueue(TavoNotificationDisplayItem * /*item*/)
+bool NotificationDisplay::enqueue(TavoNotificationDisplayItem *item)
 {
-    return false;
+    TAVO_SCOPE(logger, TRACE, "");
+    const bool hasMessage = !item->message().isEmpty();
+    if (item->isEmpty() || (!hasMessage && item->path().isEmpty())) {
+        LOG4CPLUS_ERROR(logger, "Dropping empty notification");
+        return false;
+    }
+    if (hasMessage) {
+        setPathToNotification(item);
+    }
+    const int position = queuePosition(item->priority());
+    if (position == 0 && !m_queue.isEmpty()) {
+        preemptHead();
+    }
+    m_queue.insert(position, *item);
+    if (position == 0) {
+        startTimer();
+    }
+    const CMPath path = item->path();
+    m_queueNode->rowsInsert(position, path);
+    CMRoot()->connectRowsChange(path, this, &NotificationDisplay::on_subscribe_rowsChanged,
+                                Qt::AutoConnection);
+    return true;
 }
 
-bool NotificationDisplay::cancel(const CMPath & /*path*/)
+int NotificationDisplay::queuePosition(TavoNotificationItemPriority::Enum priority) const
 {
-    return false;
+    TAVO_SCOPE(logger, TRACE, "");
+    const auto position =
+        std::upper_bound(m_queue.begin(), m_queue.end(), priority,
+                         [](int sought, const TavoNotificationDisplayItem &queued) {
+                             return queued.priority() < sought;
+                         });
+    return int(position - m_queue.begin());
+}
+
+void NotificationDisplay::preemptHead()
+{
+    const int timeout = m_queue.constFirst().timeout();
+    if (timeout <= 0) {
+        return;
+    }
+    const qint64 elapsed = m_shownTimer.elapsed();
+    if (timeout > int(elapsed)) {
+        const int remaining = int(timeout - elapsed);
+        m_queue.first().setTimeout(remaining);
+        LOG4CPLUS_DEBUG(logger, "Pausing current item, remaining time is [ms] " << remaining);
+    } else {
+        LOG4CPLUS_WARN(logger, "The item should have been expired, elapsed: "
+                                   << elapsed << " item length " << timeout << " , removing");
+        removeNotificationItem(0);
+    }
+    m_closeTimer.stop();
+}
+
+void NotificationDisplay::startTimer()
+{
+    TAVO_SCOPE(logger, TRACE, "");
+    if (m_queue.isEmpty()) {
+        return;
+    }
+    const int timeout = m_queue.constFirst().timeout();
+    if (timeout < 1) {
+        return;
+    }
+    m_closeTimer.setInterval(timeout);
+    m_closeTimer.start();
+    m_shownTimer.start();
+}
+
+void NotificationDisplay::on_closeTimer_timeout()
+{
+    TAVO_SCOPE(logger, TRACE, "");
+    removeNotificationItem(0);
+    if (m_queueNode->rowsSize() > 0) {
+        startTimer();
+    }
+}
+
+void NotificationDisplay::setPathToNotification(TavoNotificationDisplayItem *item)
+{
+    TAVO_SCOPE(logger, TRACE, "");
+    const QString id = tavoGenerateUuid();
+    CMListRowsNode *node =
+        CMListRowsNode::create(m_nodes, TavoNotificationDisplaySimpleMessageNodePath() + id);
+    node->setRowsRoles(TavoRowsRoles(TavoHash()).setType({TavoRowsRolesType::Title}));
+    node->rowsAppend(TavoRoles(TavoHash()).setType(TavoRolesType::Text).setTitle(item->message()));
+    const TrString title = item->title();
+    node->setTitle(title.isEmpty() ? TAVO_TR("Message") : title);
+    item->setPath(node->path());
+    m_messageNodes.insert(id, node);
+    LOG4CPLUS_DEBUG(logger, "Node created with id " << id);
+}
+
+bool NotificationDisplay::removeNotificationItem(int index)
+{
+    TAVO_SCOPE(logger, TRACE,
+               "queue size: " << m_queue.size() << " notifs: " << m_queueNode->rowsSize()
+                              << " index " << index);
+    if (index >= m_queue.size() || index >= m_queueNode->rowsSize()) {
+        LOG4CPLUS_WARN(logger, "Item index out of bounds (cannot remove) " << index);
+        return false;
+    }
+    const TavoNotificationDisplayItem item = m_queue.at(index);
+    CMRoot()->disconnectRowsChange(item.path(), this,
+                                   &NotificationDisplay::on_subscribe_rowsChanged);
+    m_queueNode->rowsRemoveAt(index);
+    // A message's node goes only with a notification whose own id is the node's: a client that
+    // named it so says that nobody else refers to it. Others stay for whoever still reads them.
+    const QString id = item.id();
+    if (!id.isEmpty() && m_messageNodes.contains(id)) {
+        m_messageNodes.take(id)->dispose();
+    }
+    if (index < m_queue.size()) {
+        m_queue.removeAt(index);
+    }
+    TAVO_LEAVE(TRACE, "queue: " << m_queue.size());
+    return true;
+}
+
+bool NotificationDisplay::cancel(const CMPath &path)
+{
+    TAVO_SCOPE(logger, TRACE, path);
+    if (m_queue.isEmpty()) {
+        LOG4CPLUS_WARN(logger, "Called cancel display notification but queue is empty");
+        return false;
+    }
+    int removed = 0;
+    for (int i = m_queue.size() - 1; i >= 0; --i) {
+        if (m_queue.at(i).path() != path) {
+            continue;
+        }
+        if (CMPath::fromQVariant(m_queueNode->getRow(i)) != path) {
+            LOG4CPLUS_FATAL(logger, "Notification with selected path was not found in queue");
+            return false;
+        }
+        ++removed;
+        removeNotificationItem(i);
+        if (i == 0) {
+            m_closeTimer.stop();
+            startTimer();
+            return true;
+        }
+    }
+    return removed > 0;
+}
+
+void NotificationDisplay::on_subscribe_rowsChanged(const CMPath &path, const QStringList &changes,
+                                                   int /*first*/, int /*count*/)
+{
+    TAVO_SCOPE(logger, TRACE,
+               "Path: " << path << ", changes: (" << changes.join(QStringLiteral(", ")) << ')');
+    if (changes.contains(CMSubscribe::RowsChangeClose())) {
+        LOG4CPLUS_DEBUG(logger, "RowsChangeClose for " << path << " removing notification");
+        cancel(path);
+    }
 }

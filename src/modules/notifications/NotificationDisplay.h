@@ -5,9 +5,27 @@
 
 #include <core/tavo.h>
 
-/// Shows display notifications. Takes none yet: every request is refused.
+#include <QElapsedTimer>
+#include <QList>
+#include <QMap>
+#include <QString>
+#include <QTimer>
+
+/// Queues display notifications: the head is on display until its time is over or it is closed.
 ///
-/// Thread and owner: the worker's.
+/// Each notification stands in the queue node as a row with its path. A message gets a node of its
+/// own, which a client closes by raising a rows change with the close marker; a notification
+/// without a message refers to a node that the requester published.
+///
+/// Thread: the worker's. Owner: the worker.
+///
+/// Guarantees:
+/// - the queue and the rows of the queue node are in step whenever control is back in the event
+/// loop;
+/// - more urgent notifications stand ahead of less urgent ones, equal ones in their order of
+/// arrival;
+/// - a notification is on display no longer in total than its timeout, however often it was
+/// pre-empted.
 class NotificationDisplay : public QObject
 {
     Q_OBJECT
@@ -15,9 +33,39 @@ class NotificationDisplay : public QObject
 public:
     NotificationDisplay(CMNodes *nodes, QObject *parent);
 
-    /// Queues the notification and sets the item's path; false when it is refused.
+    /// Queues the notification; false, with nothing changed, for one without message and path. On
+    /// success the item carries the path by which the notification is known.
     bool enqueue(TavoNotificationDisplayItem *item);
 
-    /// Closes the notifications queued under the path; false when there was none.
+    /// Closes every notification queued under the path; true when there was one.
     bool cancel(const CMPath &path);
+
+private Q_SLOTS:
+    void on_subscribe_rowsChanged(const CMPath &path, const QStringList &changes, int, int);
+    void on_closeTimer_timeout();
+
+private:
+    /// Where a new notification of that priority stands.
+    int queuePosition(TavoNotificationItemPriority::Enum priority) const;
+
+    /// Makes way for a more urgent notification: the head keeps the rest of its time.
+    void preemptHead();
+
+    /// Shows the head for its time, if it has one.
+    void startTimer();
+
+    /// Publishes a node for the message and gives the item its path.
+    void setPathToNotification(TavoNotificationDisplayItem *item);
+
+    /// Takes one notification and all that it has in the model away. Leaves the timer alone.
+    bool removeNotificationItem(int index);
+
+    CMListRowsNode *m_queueNode = nullptr; ///< the model's
+    /// The head, on display, first. A pre-empted item's timeout is what it has left.
+    QList<TavoNotificationDisplayItem> m_queue;
+    /// The messages' nodes by the identifiers made for them.
+    QMap<QString, CMListRowsNode *> m_messageNodes;
+    QTimer m_closeTimer;        ///< ends the head's time
+    QElapsedTimer m_shownTimer; ///< how much of it is over
+    CMNodes *m_nodes;           ///< the worker's
 };

@@ -1,0 +1,233 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+// What open notifications are in the model, and how they are closed there.
+
+#include "DisplayTest.h"
+
+#include <QThread>
+
+namespace {
+using log4cplus::DEBUG_LOG_LEVEL;
+using log4cplus::TRACE_LOG_LEVEL;
+using log4cplus::WARN_LOG_LEVEL;
+using DisplayNodesTest = DisplayTest;
+} // namespace
+
+TEST_F(DisplayNodesTest, PublishTheEmptyQueueFromTheStart)
+{
+    EXPECT_TRUE(exists(TavoNotificationDisplayQueuePath()));
+    EXPECT_TRUE(rows().isEmpty());
+}
+
+TEST_F(DisplayNodesTest, GiveAMessageANodeWithItsTextAsTheOnlyRow)
+{
+    const CMPath path = open("hello"_s);
+    EXPECT_EQ(path.parent(), TavoNotificationDisplaySimpleMessageNodePath());
+    EXPECT_EQ(path.name().size(), 36);
+    EXPECT_EQ(int(rowOf(path).type()), 6);
+    EXPECT_EQ(rowOf(path).title(), TrString("hello"));
+    EXPECT_EQ(logged(DEBUG_LOG_LEVEL, "Node created with id " + path.name().toStdString()), 1);
+}
+
+TEST_F(DisplayNodesTest, KeepAMessageTranslatable)
+{
+    const TrString text(TrCharData{"Door", "Door open", nullptr, -1}, {});
+    EXPECT_EQ(rowOf(open(TavoNotificationDisplayItem().setMessage(text))).title(), text);
+}
+
+TEST_F(DisplayNodesTest, GiveEqualMessagesNodesOfTheirOwn)
+{
+    EXPECT_NE(open("hello"_s), open("hello"_s));
+}
+
+TEST_F(DisplayNodesTest, GiveAReferenceNoNode)
+{
+    open(reference(CMPath("/client/node"_s)));
+    EXPECT_EQ(rows(), QVector<CMPath>{CMPath("/client/node"_s)});
+    EXPECT_FALSE(exists(CMPath("/client/node"_s)));
+}
+
+TEST_F(DisplayNodesTest, StayWhenTheNotificationHasAnotherIdOrNone)
+{
+    const CMPath a = open(message("a"_s).setId("mine"_s));
+    const CMPath b = open("b"_s);
+    cancelDisplay(a);
+    cancelDisplay(b);
+    EXPECT_TRUE(exists(a));
+    EXPECT_TRUE(exists(b));
+}
+
+TEST_F(DisplayNodesTest, GoWithANotificationThatIsNamedLikeTheNode)
+{
+    // A second notification carries the first one's identifier as its own id.
+    const CMPath first = open("a"_s);
+    const CMPath second = open(message("b"_s).setId(first.name()));
+    cancelDisplay(second);
+    EXPECT_FALSE(exists(first));
+    EXPECT_TRUE(exists(second));
+}
+
+TEST_F(DisplayNodesTest, LeaveTheHeadAndItsTimerAloneWhenAnotherIsCancelled)
+{
+    const CMPath a = open("a"_s, 1, 1000);
+    const CMPath b = open("b"_s);
+    const CMPath c = open("c"_s);
+    EXPECT_FALSE(cancelDisplay(b).error().isError());
+    EXPECT_EQ(rows(), (QVector<CMPath>{a, c}));
+    EXPECT_TRUE(closeTimer()->isActive());
+    EXPECT_EQ(closeTimer()->interval(), 1000);
+}
+
+TEST_F(DisplayNodesTest, ShowTheNextAtOnceWhenTheHeadIsCancelled)
+{
+    const CMPath a = open("a"_s, 1, 1000);
+    const CMPath b = open("b"_s, 1, 2000);
+    cancelDisplay(a);
+    EXPECT_EQ(rows(), QVector<CMPath>{b});
+    EXPECT_EQ(closeTimer()->interval(), 2000);
+    cancelDisplay(b);
+    EXPECT_FALSE(closeTimer()->isActive());
+}
+
+TEST_F(DisplayNodesTest, StopTheTimerWhenAnUntimedOneBecomesTheHead)
+{
+    const CMPath a = open("a"_s, 1, 1000);
+    open("b"_s, 1, 0);
+    cancelDisplay(a);
+    EXPECT_FALSE(closeTimer()->isActive());
+}
+
+TEST_F(DisplayNodesTest, AreAllRemovedWhenTheirPathIsQueuedTwice)
+{
+    const CMPath path("/client/node"_s);
+    open(reference(path, 1, 1000));
+    const CMPath other = open("other"_s, 1, 2000);
+    open(reference(path, 0));
+    EXPECT_FALSE(cancelDisplay(path).error().isError());
+    EXPECT_EQ(rows(), QVector<CMPath>{other});
+    EXPECT_EQ(closeTimer()->interval(), 2000);
+    EXPECT_TRUE(cancelDisplay(path).error().isError());
+}
+
+TEST_F(DisplayNodesTest, AreAllRemovedByOneCloseOfAPathQueuedTwice)
+{
+    const CMPath path("/client/node"_s);
+    open(reference(path));
+    open(reference(path));
+    close(path);
+    EXPECT_TRUE(rows().isEmpty());
+}
+
+TEST_F(DisplayNodesTest, LogACancelWhileNothingIsOpen)
+{
+    cancelDisplay(CMPath("/nowhere"_s));
+    EXPECT_EQ(logged(WARN_LOG_LEVEL, "Called cancel display notification but queue is empty"), 1);
+    EXPECT_EQ(entered(TRACE_LOG_LEVEL, "cancel", "/nowhere"), 1);
+}
+
+TEST_F(DisplayNodesTest, LogNothingForACancelOfAnUnknownPath)
+{
+    open("a"_s);
+    cancelDisplay(CMPath("/nowhere"_s));
+    EXPECT_EQ(log().countAt(WARN_LOG_LEVEL), 0);
+}
+
+TEST_F(DisplayNodesTest, CloseANotificationForAClient)
+{
+    const CMPath path = open("a"_s);
+    close(path);
+    EXPECT_TRUE(rows().isEmpty());
+    EXPECT_EQ(entered(TRACE_LOG_LEVEL, "on_subscribe_rowsChanged",
+                      "Path: " + path.toString().toStdString() + ", changes: (close)"),
+              1);
+    EXPECT_EQ(logged(DEBUG_LOG_LEVEL, "RowsChangeClose for " + path.toString().toStdString() +
+                                          " removing notification"),
+              1);
+}
+
+TEST_F(DisplayNodesTest, FindTheCloseAmongOtherChanges)
+{
+    const CMPath path = open("a"_s);
+    CMSubscribe::raiseRowsChange(path, {"inserted"_s, CMSubscribe::RowsChangeClose()}, 0, 1);
+    settle();
+    EXPECT_TRUE(rows().isEmpty());
+    EXPECT_EQ(entered(TRACE_LOG_LEVEL, "on_subscribe_rowsChanged",
+                      "Path: " + path.toString().toStdString() + ", changes: (inserted, close)"),
+              1);
+}
+
+TEST_F(DisplayNodesTest, StayOpenOnOtherChanges)
+{
+    const CMPath path = open("a"_s);
+    CMSubscribe::raiseRowsChange(path, {"inserted"_s, "Close"_s, "closed"_s}, 0, 1);
+    settle();
+    EXPECT_EQ(rows(), QVector<CMPath>{path});
+}
+
+TEST_F(DisplayNodesTest, AreDeafToASecondClose)
+{
+    const CMPath path = open("a"_s);
+    close(path);
+    log().clear();
+    EXPECT_FALSE(CMSubscribe::closeNode(path));
+    settle();
+    EXPECT_TRUE(log().records().empty());
+}
+
+TEST_F(DisplayNodesTest, HearACloseOfTheClientsOwnNodeFromAnotherThread)
+{
+    const CMPath path("/client/node"_s);
+    open(reference(path));
+    const std::unique_ptr<QThread> client(QThread::create([path] {
+        CMNodesWorker own({}, "Client"_s);
+        CMListRowsNode::create(own.nodes(), path);
+        CMSubscribe::closeNode(path);
+    }));
+    client->start();
+    EXPECT_TRUE(waitFor([] { return rows().isEmpty(); }));
+    client->wait();
+}
+
+TEST_F(DisplayNodesTest, StayInTheQueueWhenTheClientsNodeGoes)
+{
+    const CMPath path("/client/node"_s);
+    {
+        CMNodesWorker client({}, "Client"_s);
+        CMListRowsNode::create(client.nodes(), path);
+        open(reference(path));
+    }
+    settle();
+    EXPECT_EQ(rows(), QVector<CMPath>{path});
+    EXPECT_FALSE(cancelDisplay(path).error().isError());
+}
+
+TEST_F(DisplayNodesTest, ReportRowsOfTheQueueToSubscribers)
+{
+    class Subscriber : public QObject
+    {
+    public:
+        void on_rowsChanged(const CMPath &, const QStringList &changes, int first, int count)
+        {
+            seen.append("%1 %2 %3"_s.arg(changes.join(','), QString::number(first),
+                                         QString::number(count)));
+        }
+        QStringList seen;
+    };
+    Subscriber subscriber;
+    CMRoot()->connectRowsChange(TavoNotificationDisplayQueuePath(), &subscriber,
+                                &Subscriber::on_rowsChanged);
+    open("a"_s);
+    const CMPath b = open("b"_s);
+    cancelDisplay(b);
+    EXPECT_EQ(subscriber.seen, (QStringList{"inserted 0 1"_s, "inserted 1 1"_s, "removed 1 1"_s}));
+}
+
+TEST_F(DisplayNodesTest, LeaveTheModelWithTheWorker)
+{
+    const CMPath path = open("a"_s, 1, 1000);
+    unload();
+    EXPECT_FALSE(exists(path));
+    EXPECT_FALSE(exists(TavoNotificationDisplayQueuePath()));
+    close(path);
+}

@@ -1,0 +1,224 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+// The queue of what is open: order, the head's time, and what a more urgent one does to it.
+
+#include "DisplayTest.h"
+
+#include <QElapsedTimer>
+#include <QMetaMethod>
+
+namespace {
+using log4cplus::DEBUG_LOG_LEVEL;
+using log4cplus::ERROR_LOG_LEVEL;
+using log4cplus::TRACE_LOG_LEVEL;
+using log4cplus::WARN_LOG_LEVEL;
+
+class DisplayQueueTest : public DisplayTest
+{
+protected:
+    /// Lets time pass without any event being handled.
+    static void passTime(int milliseconds)
+    {
+        QElapsedTimer timer;
+        timer.start();
+        while (!timer.hasExpired(milliseconds)) {
+        }
+    }
+
+    /// The number that the only record with that start ends with.
+    int numberAfter(log4cplus::LogLevel level, const std::string &start) const
+    {
+        for (const auto &record : const_cast<DisplayQueueTest *>(this)->log().records()) {
+            if (record.level == level && record.message.rfind(start, 0) == 0) {
+                return std::stoi(record.message.substr(start.size()));
+            }
+        }
+        ADD_FAILURE() << "not logged: " << start;
+        return -1;
+    }
+};
+} // namespace
+
+TEST_F(DisplayQueueTest, DeclaresItsTwoSlotsInOrderAndNothingElse)
+{
+    const QMetaObject *meta = display()->metaObject();
+    ASSERT_EQ(meta->methodCount() - meta->methodOffset(), 2);
+    EXPECT_STREQ(meta->method(meta->methodOffset()).methodSignature().constData(),
+                 "on_subscribe_rowsChanged(CMPath,QStringList,int,int)");
+    EXPECT_STREQ(meta->method(meta->methodOffset() + 1).methodSignature().constData(),
+                 "on_closeTimer_timeout()");
+    EXPECT_EQ(meta->propertyCount(), meta->propertyOffset());
+    EXPECT_NE(QMetaType::type("CMPath"), int(QMetaType::UnknownType));
+}
+
+TEST_F(DisplayQueueTest, HasAPreciseSingleShotTimerThatStandsStill)
+{
+    EXPECT_TRUE(closeTimer()->isSingleShot());
+    EXPECT_EQ(closeTimer()->timerType(), Qt::PreciseTimer);
+    EXPECT_FALSE(closeTimer()->isActive());
+    EXPECT_EQ(closeTimer()->parent(), display());
+}
+
+TEST_F(DisplayQueueTest, ShowsTheFirstNotificationAtOnceForItsTime)
+{
+    open("a"_s, 1, 5000);
+    EXPECT_TRUE(closeTimer()->isActive());
+    EXPECT_EQ(closeTimer()->interval(), 5000);
+}
+
+TEST_F(DisplayQueueTest, ShowsOneWithoutATimeUntilItIsClosed)
+{
+    for (const int timeout : {0, -1, -5000}) {
+        const CMPath path = open("a"_s, 1, timeout);
+        EXPECT_FALSE(closeTimer()->isActive());
+        cancelDisplay(path);
+    }
+}
+
+TEST_F(DisplayQueueTest, ClosesTheHeadWhenItsTimeIsOver)
+{
+    QElapsedTimer shown;
+    shown.start();
+    open("a"_s, 1, 50);
+    ASSERT_TRUE(waitFor([] { return rows().isEmpty(); }));
+    EXPECT_GE(shown.elapsed(), 50);
+    EXPECT_FALSE(closeTimer()->isActive());
+}
+
+TEST_F(DisplayQueueTest, ShowsTheNextForItsOwnTime)
+{
+    open("a"_s, 1, 1000);
+    const CMPath b = open("b"_s, 1, 2000);
+    fireCloseTimer();
+    EXPECT_EQ(rows(), QVector<CMPath>{b});
+    EXPECT_TRUE(closeTimer()->isActive());
+    EXPECT_EQ(closeTimer()->interval(), 2000);
+}
+
+TEST_F(DisplayQueueTest, ShowsAnUntimedNextWithoutATimer)
+{
+    open("a"_s, 1, 1000);
+    const CMPath b = open("b"_s, 1, 0);
+    fireCloseTimer();
+    EXPECT_EQ(rows(), QVector<CMPath>{b});
+    EXPECT_FALSE(closeTimer()->isActive());
+}
+
+TEST_F(DisplayQueueTest, KeepsTheOrderOfArrivalAndTheTimerAmongEqualPriorities)
+{
+    const CMPath a = open("a"_s, 2, 1000);
+    passTime(3);
+    const int before = closeTimer()->remainingTime();
+    const CMPath b = open("b"_s, 2, 500);
+    const CMPath c = open("c"_s, 2, 500);
+    EXPECT_EQ(rows(), (QVector<CMPath>{a, b, c}));
+    EXPECT_EQ(closeTimer()->interval(), 1000);
+    EXPECT_LE(closeTimer()->remainingTime(), before);
+}
+
+TEST_F(DisplayQueueTest, PutsALowestPriorityLastAndOneBetweenBeforeTheFirstLowerOne)
+{
+    const CMPath a = open("a"_s, 3);
+    const CMPath b = open("b"_s, 1);
+    const CMPath c = open("c"_s, 0);
+    const CMPath d = open("d"_s, 2);
+    const CMPath e = open("e"_s, 1);
+    EXPECT_EQ(rows(), (QVector<CMPath>{a, d, b, e, c}));
+}
+
+TEST_F(DisplayQueueTest, LetsAMoreUrgentOnePauseTheHeadWithTheTimeItHasLeft)
+{
+    const CMPath a = open("a"_s, 1, 60000);
+    passTime(20);
+    const CMPath b = open("b"_s, 2, 1000);
+    EXPECT_EQ(rows(), (QVector<CMPath>{b, a}));
+    EXPECT_EQ(closeTimer()->interval(), 1000);
+    const int remaining =
+        numberAfter(DEBUG_LOG_LEVEL, "Pausing current item, remaining time is [ms] ");
+    EXPECT_LE(remaining, 60000 - 20);
+    EXPECT_GT(remaining, 0);
+    fireCloseTimer();
+    EXPECT_EQ(rows(), QVector<CMPath>{a});
+    EXPECT_EQ(closeTimer()->interval(), remaining);
+}
+
+TEST_F(DisplayQueueTest, TakesTheTimeOfEveryPauseOffTheSameNotification)
+{
+    open("a"_s, 1, 60000);
+    for (int i = 0; i < 3; ++i) {
+        passTime(5);
+        open("urgent"_s, 2, 1000);
+        fireCloseTimer();
+    }
+    EXPECT_LE(closeTimer()->interval(), 60000 - 3 * 5);
+}
+
+TEST_F(DisplayQueueTest, DoesNotPauseAnUntimedHead)
+{
+    const CMPath a = open("a"_s, 1, 0);
+    const CMPath b = open("b"_s, 2, 1000);
+    EXPECT_EQ(rows(), (QVector<CMPath>{b, a}));
+    fireCloseTimer();
+    EXPECT_EQ(rows(), QVector<CMPath>{a});
+    EXPECT_FALSE(closeTimer()->isActive());
+    EXPECT_EQ(log().countAt(WARN_LOG_LEVEL), 0);
+}
+
+TEST_F(DisplayQueueTest, RemovesAHeadWhoseTimeIsOverButNotYetReported)
+{
+    open("a"_s, 1, 2);
+    passTime(5);
+    const CMPath b = open("b"_s, 2, 0);
+    EXPECT_EQ(rows(), QVector<CMPath>{b});
+    EXPECT_FALSE(closeTimer()->isActive());
+    ASSERT_EQ(log().countAt(WARN_LOG_LEVEL), 1);
+    const auto text = log().messages(WARN_LOG_LEVEL).front();
+    EXPECT_THAT(text, testing::MatchesRegex(
+                          "The item should have been expired, elapsed: [0-9]+ item length 2 , "
+                          "removing"));
+}
+
+TEST_F(DisplayQueueTest, ShowsAPreemptingNotificationForItsFullTime)
+{
+    open("a"_s, 1, 2);
+    passTime(5);
+    open("b"_s, 2, 3000);
+    EXPECT_TRUE(closeTimer()->isActive());
+    EXPECT_EQ(closeTimer()->interval(), 3000);
+}
+
+TEST_F(DisplayQueueTest, LogsWhatIsDroppedAsEmptyAndChangesNothing)
+{
+    open("a"_s, 1, 1000);
+    EXPECT_EQ(errorOf(request(TavoNotificationDisplayItem()
+                                  .setTitle("a title"_s)
+                                  .setPriority(TavoNotificationItemPriority::Urgent))),
+              "Failed to enqueue notification"_s);
+    EXPECT_EQ(logged(ERROR_LOG_LEVEL, "Dropping empty notification"), 1);
+    EXPECT_EQ(rows().size(), 1);
+    EXPECT_EQ(closeTimer()->interval(), 1000);
+}
+
+TEST_F(DisplayQueueTest, TracesItsOperations)
+{
+    open("a"_s, 1, 10);
+    fireCloseTimer();
+    for (const char *function : {"enqueue", "queuePosition", "startTimer", "on_closeTimer_timeout",
+                                 "setPathToNotification"}) {
+        EXPECT_GE(entered(TRACE_LOG_LEVEL, function, ""), 1) << function;
+        EXPECT_GE(left(TRACE_LOG_LEVEL, function, ""), 1) << function;
+    }
+    EXPECT_EQ(entered(TRACE_LOG_LEVEL, "removeNotificationItem", "queue size: 1 notifs: 1 index 0"),
+              1);
+    EXPECT_EQ(left(TRACE_LOG_LEVEL, "removeNotificationItem", "queue: 0"), 1);
+}
+
+TEST_F(DisplayQueueTest, LeavesSoundsAlone)
+{
+    play("sound"_s);
+    open("a"_s, 3, 1000);
+    EXPECT_EQ(journalOf("sound"_s).last(), "started"_s);
+    fireCloseTimer();
+    EXPECT_EQ(journalOf("sound"_s).last(), "started"_s);
+}

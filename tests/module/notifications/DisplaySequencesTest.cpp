@@ -1,0 +1,105 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+// Any sequence of requests, closes and expiries, against a plain model of what should come of it.
+
+#include "DisplayTest.h"
+
+#include <algorithm>
+#include <vector>
+
+#include <rapidcheck/gtest.h>
+
+namespace {
+struct Open
+{
+    CMPath path;
+    int priority;
+    int timeout;
+    qint64 shown; ///< how long it has been the head until now, in milliseconds at the most
+};
+
+class DisplaySequencesTest : public DisplayTest
+{
+public:
+    void run(const std::vector<std::pair<int, int>> &steps)
+    {
+        for (const auto &[action, number] : steps) {
+            act(action, number);
+            check();
+        }
+        while (!m_open.empty()) {
+            cancelDisplay(m_open.back().path);
+            const CMPath path = m_open.back().path;
+            removeAll(path);
+            check();
+        }
+    }
+
+private:
+    static int pick(int number, std::size_t size) { return int(std::size_t(number) % size); }
+
+    void act(int action, int number)
+    {
+        if (action < 5) {
+            openNew(number);
+        } else if (m_open.empty()) {
+            RC_ASSERT(cancelDisplay(CMPath("/nowhere"_s)).error().isError());
+        } else if (action == 5) {
+            const CMPath path = m_open[std::size_t(pick(number, m_open.size()))].path;
+            RC_ASSERT(!cancelDisplay(path).error().isError());
+            removeAll(path);
+        } else if (action == 6) {
+            const CMPath path = m_open[std::size_t(pick(number, m_open.size()))].path;
+            close(path);
+            removeAll(path);
+        } else if (closeTimer()->isActive()) {
+            fireCloseTimer();
+            m_open.erase(m_open.begin());
+        }
+    }
+
+    void openNew(int number)
+    {
+        const int priority = number % 4;
+        const int timeout = number % 3 == 0 ? 0 : 60000 + number;
+        const bool shared = number % 5 == 0;
+        const CMPath path = shared ? open(reference(CMPath("/client/shared"_s), priority, timeout))
+                                   : open("text"_s, priority, timeout);
+        const auto position =
+            std::find_if(m_open.begin(), m_open.end(),
+                         [priority](const Open &other) { return other.priority < priority; });
+        m_open.insert(position, {path, priority, timeout, 0});
+    }
+
+    void removeAll(const CMPath &path)
+    {
+        m_open.erase(std::remove_if(m_open.begin(), m_open.end(),
+                                    [&path](const Open &other) { return other.path == path; }),
+                     m_open.end());
+    }
+
+    void check() const
+    {
+        QVector<CMPath> expected;
+        for (const Open &entry : m_open) {
+            expected.append(entry.path);
+        }
+        RC_ASSERT(rows() == expected);
+        const bool timed = !m_open.empty() && m_open.front().timeout > 0;
+        RC_ASSERT(closeTimer()->isActive() == timed);
+        if (timed) {
+            RC_ASSERT(closeTimer()->interval() <= m_open.front().timeout);
+        }
+    }
+
+    std::vector<Open> m_open;
+};
+} // namespace
+
+RC_GTEST_FIXTURE_PROP(DisplaySequencesTest, KeepOrderRowsAndTimerInStep, ())
+{
+    log().setLevel(log4cplus::FATAL_LOG_LEVEL);
+    run(*rc::gen::container<std::vector<std::pair<int, int>>>(
+        rc::gen::pair(rc::gen::inRange(0, 8), rc::gen::inRange(0, 1000))));
+}
