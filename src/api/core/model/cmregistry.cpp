@@ -124,7 +124,8 @@ void CMRegistry::unsubscribe(CMAbstractWorker::ChangeType type, const CMPath &pa
             return;
         }
         for (ChangeNotifier **link = &*first; *link != nullptr; link = &(*link)->m_next) {
-            if ((*link)->receiver() != receiver) {
+            // One that ended with its receiver may name the address of another that came later.
+            if ((*link)->receiver() != receiver || !(*link)->isConnected()) {
                 continue;
             }
             disconnectFrom(*link);
