@@ -27,10 +27,11 @@ int readRevokeTimeout(const QVariantHash &config)
     return timeout;
 }
 
-/// A resource that is missing or no number must not read as the first one.
+/// What reads as the first resource because it is missing, or no whole number, names none.
 bool namesResource(const TavoPowerManagerResourceRequest &wish)
 {
-    return tavoIsNumber(wish.fields().value(QStringLiteral("resource"))) &&
+    const QVariant field = wish.fields().value(QStringLiteral("resource"));
+    return tavoIsNumber(field) && field.toDouble() == wish.resource() &&
            ResourceGrants::isKnown(wish.resource());
 }
 } // namespace
