@@ -1,0 +1,146 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "MainAudio.h"
+
+#include <core/tavo.h>
+#include <simpleplayer/UriSimplePlayer.h>
+
+#include <cmath>
+#include <utility>
+
+namespace {
+const log4cplus::Logger logger = log4cplus::Logger::getInstance("Player");
+
+/// Amplitude, not power.
+double factorOf(double decibels)
+{
+    return std::pow(10.0, decibels / 20.0);
+}
+} // namespace
+
+MainAudio::MainAudio(const PlayerConfiguration &configuration, QObject *parent)
+    : QObject(parent)
+    , m_configuration(configuration)
+    , m_duckFactor(factorOf(configuration.duckingAttenuation))
+    , m_source(configuration.music)
+{
+}
+
+bool MainAudio::play(const QString &source)
+{
+    if (source.isEmpty() && m_player != nullptr) {
+        return true;
+    }
+    if (!source.isEmpty()) {
+        m_source = source;
+    }
+    delete std::exchange(m_player, nullptr); // frees the device for the next
+    const bool started = m_source.isEmpty() ? fail(QStringLiteral("There is no music")) : start();
+    Q_EMIT changed();
+    return started;
+}
+
+bool MainAudio::start()
+{
+    m_error.clear();
+    m_player = new UriSimplePlayer(m_source, m_source, m_configuration.mainDevice, this);
+    m_player->loop = true;
+    m_player->usage = SimplePlayer::UsageMedia;
+    tavoConnect(m_player, &SimplePlayer::playbackEnded, this, &MainAudio::on_music_ended);
+    tavoConnect(m_player, &SimplePlayer::playbackErrorReported, this, &MainAudio::on_music_failed);
+    m_player->setGain(gain(), 0);
+    if (!m_player->play()) {
+        delete std::exchange(m_player, nullptr);
+        return fail(QStringLiteral("The music or its device can't be opened"));
+    }
+    LOG4CPLUS_INFO(logger, "Playing " << m_source << " on " << m_configuration.mainDevice);
+    return true;
+}
+
+bool MainAudio::fail(const QString &reason)
+{
+    LOG4CPLUS_WARN(logger, "Failed to play " << m_source << ": " << reason);
+    m_error = reason;
+    return false;
+}
+
+void MainAudio::stop()
+{
+    if (m_player == nullptr) {
+        return;
+    }
+    delete std::exchange(m_player, nullptr);
+    LOG4CPLUS_INFO(logger, "Stopped " << m_source);
+    Q_EMIT changed();
+}
+
+void MainAudio::setVolume(double volume)
+{
+    m_volume = volume;
+    fadeToGain();
+    LOG4CPLUS_INFO(logger, "Volume: " << m_volume);
+    Q_EMIT changed();
+}
+
+void MainAudio::duck(const QString &requester)
+{
+    if (m_requesters.contains(requester)) {
+        return;
+    }
+    m_requesters.append(requester);
+    LOG4CPLUS_INFO(logger, "Ducked for " << requester << ", requesters: " << m_requesters.size());
+    fadeToGain();
+    Q_EMIT changed();
+}
+
+void MainAudio::unduck(const QString &requester)
+{
+    if (!m_requesters.removeOne(requester)) {
+        return;
+    }
+    LOG4CPLUS_INFO(logger, "Unducked for " << requester << ", requesters: " << m_requesters.size());
+    fadeToGain();
+    Q_EMIT changed();
+}
+
+TavoPlayerMainAudioState MainAudio::state() const
+{
+    TavoList<QString> requesters;
+    for (const QString &requester : m_requesters) {
+        requesters.append(requester);
+    }
+    return TavoPlayerMainAudioState()
+        .setPlaying(m_player != nullptr)
+        .setSource(m_source)
+        .setVolume(m_volume)
+        .setDucked(!m_requesters.isEmpty())
+        .setRequesters(requesters)
+        .setError(m_error);
+}
+
+void MainAudio::on_music_ended(const QString &source)
+{
+    LOG4CPLUS_INFO(logger, "The music has ended: " << source);
+    std::exchange(m_player, nullptr)->deleteLater();
+    Q_EMIT changed();
+}
+
+void MainAudio::on_music_failed(const QString & /*source*/, const QString &reason)
+{
+    std::exchange(m_player, nullptr)->deleteLater();
+    fail(reason);
+    Q_EMIT changed();
+}
+
+double MainAudio::gain() const
+{
+    return m_requesters.isEmpty() ? m_volume : m_volume * m_duckFactor;
+}
+
+void MainAudio::fadeToGain()
+{
+    if (m_player != nullptr) {
+        m_player->setGain(gain(), m_configuration.duckingFade);
+    }
+}

@@ -1,0 +1,63 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "PlayerConfiguration.h"
+
+#include <core/tavo/player.h>
+
+#include <QObject>
+#include <QStringList>
+
+class UriSimplePlayer;
+
+/// The main audio: one music source in a loop, the user's volume, and ducking as a factor of its
+/// own beside it.
+///
+/// Thread and owner: its worker's. Ducking and volume are kept whether or not anything plays, and
+/// hold for whatever plays next.
+class MainAudio : public QObject
+{
+    Q_OBJECT
+
+public:
+    MainAudio(const PlayerConfiguration &configuration, QObject *parent);
+
+    /// Plays the source from its start; an empty one means the last source, which goes on if it is
+    /// playing. Returns false when it can't be played, and keeps the reason in state().error().
+    bool play(const QString &source);
+
+    void stop();
+
+    /// From 0.0 to 1.0.
+    void setVolume(double volume);
+
+    /// The main audio is ducked while there is any requester; each counts once.
+    void duck(const QString &requester);
+    void unduck(const QString &requester);
+
+    TavoPlayerMainAudioState state() const;
+
+Q_SIGNALS:
+    /// After each change of state().
+    void changed();
+
+private Q_SLOTS:
+    void on_music_ended(const QString &source);
+    void on_music_failed(const QString &source, const QString &reason);
+
+private:
+    bool start();
+    bool fail(const QString &reason);
+    double gain() const;
+    void fadeToGain();
+
+    const PlayerConfiguration m_configuration;
+    const double m_duckFactor;
+    QString m_source;
+    QString m_error;
+    double m_volume = 1.0;
+    QStringList m_requesters;            ///< each once
+    UriSimplePlayer *m_player = nullptr; ///< a child; null while nothing plays
+};

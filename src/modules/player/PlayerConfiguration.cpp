@@ -1,0 +1,34 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "PlayerConfiguration.h"
+
+#include <core/tavo.h>
+
+namespace {
+/// Loud enough to know that the music goes on, low enough to stay below any notification.
+constexpr double defaultAttenuationDb = -20.0;
+/// Below it 16-bit sound is silent anyway.
+constexpr double leastAttenuationDb = -96.0;
+
+/// No click, and done before a notification has begun.
+constexpr int defaultFadeMs = 40;
+constexpr int longestFadeMs = 5000;
+} // namespace
+
+PlayerConfiguration PlayerConfiguration::fromHash(const QVariantHash &config)
+{
+    const QString defaultDevice = QStringLiteral("default");
+    TavoConfiguration reader(config);
+    PlayerConfiguration configuration;
+    configuration.notificationsDevice =
+        reader.text(QStringLiteral("notificationsDevice"), defaultDevice);
+    configuration.mainDevice = reader.text(QStringLiteral("mainDevice"), defaultDevice);
+    configuration.music = reader.text(QStringLiteral("music"), {});
+    configuration.duckingAttenuation = reader.number(QStringLiteral("duckingAttenuation"),
+                                                     defaultAttenuationDb, leastAttenuationDb, 0);
+    configuration.duckingFade =
+        reader.integer(QStringLiteral("duckingFade"), defaultFadeMs, 0, longestFadeMs);
+    reader.finish();
+    return configuration;
+}

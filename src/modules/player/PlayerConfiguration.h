@@ -1,0 +1,20 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <QString>
+#include <QVariantHash>
+
+/// What the player is told at its start, by the keys of the same names.
+struct PlayerConfiguration
+{
+    QString notificationsDevice; ///< ALSA device for notifications
+    QString mainDevice;          ///< ALSA device for the main audio
+    QString music;               ///< path or URI of what to play from the start; empty: nothing
+    double duckingAttenuation;   ///< dB, 0 or less
+    int duckingFade;             ///< ms
+
+    /// Throws a std::runtime_error that names the key for a configuration that can't be used.
+    static PlayerConfiguration fromHash(const QVariantHash &config);
+};

@@ -1,0 +1,75 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "support/LoadedModule.h"
+#include "support/Request.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+using testing::StartsWith;
+
+std::string failureWith(const QVariantHash &config)
+{
+    try {
+        const LoadedModule module(MODULE_FILE, "player", config);
+    } catch (const std::runtime_error &error) {
+        return error.what();
+    }
+    return {};
+}
+
+TEST(PlayerConfigurationTest, RefusesAnUnknownKeyAndNamesIt)
+{
+    EXPECT_EQ(failureWith({{"device", "default"}}), "device: there is no such key");
+}
+
+TEST(PlayerConfigurationTest, RefusesADeviceThatIsNoText)
+{
+    EXPECT_EQ(failureWith({{"mainDevice", 1}}), "mainDevice: must be a text");
+    EXPECT_EQ(failureWith({{"notificationsDevice", 1}}), "notificationsDevice: must be a text");
+}
+
+TEST(PlayerConfigurationTest, RefusesMusicThatIsNoText)
+{
+    EXPECT_EQ(failureWith({{"music", QVariantList{"a", "b"}}}), "music: must be a text");
+}
+
+TEST(PlayerConfigurationTest, RefusesAnAttenuationThatAmplifies)
+{
+    EXPECT_THAT(failureWith({{"duckingAttenuation", 0.5}}), StartsWith("duckingAttenuation: "));
+}
+
+TEST(PlayerConfigurationTest, RefusesAnAttenuationBelowHearing)
+{
+    EXPECT_THAT(failureWith({{"duckingAttenuation", -97}}), StartsWith("duckingAttenuation: "));
+}
+
+TEST(PlayerConfigurationTest, RefusesAFadeThatIsNoWholeNumber)
+{
+    EXPECT_EQ(failureWith({{"duckingFade", 20.5}}), "duckingFade: must be a whole number");
+}
+
+TEST(PlayerConfigurationTest, RefusesANegativeFade)
+{
+    EXPECT_THAT(failureWith({{"duckingFade", -1}}), StartsWith("duckingFade: "));
+}
+
+TEST(PlayerConfigurationTest, TakesEveryKeyAtItsLimits)
+{
+    EXPECT_EQ(failureWith({{"notificationsDevice", "a"},
+                           {"mainDevice", "b"},
+                           {"music", ""},
+                           {"duckingAttenuation", -96},
+                           {"duckingFade", 0}}),
+              "");
+    EXPECT_EQ(failureWith({{"duckingAttenuation", 0}, {"duckingFade", 5000.0}}), "");
+}
+
+TEST(PlayerConfigurationTest, AllowsANullName)
+{
+    const LoadedModule module(MODULE_FILE, nullptr);
+    EXPECT_NE(module.worker(), nullptr);
+}
+} // namespace
