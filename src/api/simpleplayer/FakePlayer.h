@@ -27,4 +27,5 @@ private:
 
     QString m_id;
     State m_state = State::Ready;
+    bool m_loop = false; // as it was at the first play()
 };

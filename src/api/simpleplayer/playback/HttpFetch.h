@@ -1,0 +1,60 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include <QNetworkAccessManager>
+#include <QString>
+#include <QTimer>
+#include <QUrl>
+
+class QNetworkReply;
+class QSocketNotifier;
+
+/// Gets a URI over http and hands what comes into a pipe, no faster than it is taken out.
+///
+/// Thread: that of the player, whose event loop drives it. Owner: the Playback.
+class HttpFetch
+{
+public:
+    /// What the time limit is for.
+    enum class Kind {
+        WholeFile, ///< for all of it
+        LiveStream ///< for every silence in between
+    };
+
+    /// Told at most once, when the fetch has failed.
+    using Report = std::function<void(const QString &error)>;
+
+    HttpFetch(const QUrl &url, Kind kind);
+    ~HttpFetch();
+    HttpFetch(const HttpFetch &) = delete;
+    HttpFetch &operator=(const HttpFetch &) = delete;
+
+    /// The pipe's reading end, which the caller takes over; -1 when there are no more descriptors.
+    int takeReadingEnd();
+
+    void start(Report report);
+
+private:
+    void pass();
+    void finish();
+    void fail(const QString &why);
+    void closePipe();
+    bool isRefused() const;
+
+    const QUrl m_url;
+    const Kind m_kind;
+    int m_reading = -1;
+    int m_writing = -1;
+    Report m_report;
+    int m_timeoutMs = 0;
+    // Made by start(), in the thread that they are to live in.
+    std::unique_ptr<QNetworkAccessManager> m_network;
+    QNetworkReply *m_reply = nullptr; // the network's
+    std::unique_ptr<QSocketNotifier> m_drained;
+    std::unique_ptr<QTimer> m_timer;
+};
