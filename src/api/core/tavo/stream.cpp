@@ -12,10 +12,17 @@ namespace {
 /// Deep enough for every record; bounds the stack whatever a requester sends.
 constexpr int maxDepth = 16;
 
+/// What ends a line or steers a terminal, in ASCII and beyond it.
+bool isControl(QChar c)
+{
+    const ushort code = c.unicode();
+    return code < 0x20 || (code >= 0x7f && code < 0xa0) || code == QChar::LineSeparator ||
+           code == QChar::ParagraphSeparator;
+}
+
 bool isPlain(const QString &text)
 {
-    return std::none_of(text.begin(), text.end(),
-                        [](QChar c) { return c.unicode() < 0x20 || c.unicode() == 0x7f; });
+    return std::none_of(text.begin(), text.end(), isControl);
 }
 
 QString escaped(const QString &text)
@@ -29,7 +36,7 @@ QString escaped(const QString &text)
             result += QLatin1String("\\r");
         } else if (c == QLatin1Char('\t')) {
             result += QLatin1String("\\t");
-        } else if (c.unicode() < 0x20 || c.unicode() == 0x7f) {
+        } else if (isControl(c)) {
             result += QStringLiteral("\\x%1").arg(c.unicode(), 2, 16, QLatin1Char('0'));
         } else {
             result += c;
