@@ -5,6 +5,7 @@
 
 #include "core/tavo/codec.h"
 
+#include <algorithm>
 #include <initializer_list>
 
 #include <QVariantList>
@@ -31,10 +32,14 @@ public:
     T at(int index) const { return TavoCodec<T>::read(m_elements.at(index)); }
     void append(const T &element) { m_elements.append(TavoCodec<T>::write(element)); }
 
-    /// Compares the carried values, so that an element that doesn't suit the type equals nothing.
+    /// An element that doesn't suit the type equals nothing, not even the default that it reads as.
     bool contains(const T &element) const
     {
-        return m_elements.contains(TavoCodec<T>::write(element));
+        const QVariant carried = TavoCodec<T>::write(element);
+        return std::any_of(m_elements.begin(), m_elements.end(), [&carried](const QVariant &each) {
+            // Variants compare by converting: "2" would equal 2, and false would equal 0.
+            return tavoIsNumber(each) == tavoIsNumber(carried) && each == carried;
+        });
     }
 
     const QVariantList &elements() const { return m_elements; }
