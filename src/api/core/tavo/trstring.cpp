@@ -46,6 +46,19 @@ QString substituted(const QString &text, const QList<TrArg> &arguments)
     }
     return result;
 }
+
+QString translated(const QString &source, const QByteArray &context,
+                   const QByteArray &disambiguation, int count)
+{
+    const QByteArray utf8 = source.toUtf8();
+    // No catalogue has such a text, and looking for it would show it maimed.
+    if (source.contains(QChar::Null) || QString::fromUtf8(utf8) != source) {
+        return source;
+    }
+    return QCoreApplication::translate(
+        context.constData(), utf8.constData(),
+        disambiguation.isEmpty() ? nullptr : disambiguation.constData(), count);
+}
 } // namespace
 
 TrString::TrString(const char *text)
@@ -65,12 +78,9 @@ QString TrString::toString() const
     if (!m_translation) {
         return m_text;
     }
-    const QString translated = QCoreApplication::translate(
-        m_translation->context.constData(), m_text.toUtf8().constData(),
-        m_translation->disambiguation.isEmpty() ? nullptr
-                                                : m_translation->disambiguation.constData(),
-        m_translation->count);
-    return substituted(translated, m_translation->arguments);
+    const Translation &parts = *m_translation;
+    return substituted(translated(m_text, parts.context, parts.disambiguation, parts.count),
+                       parts.arguments);
 }
 
 TrString::operator QVariant() const
