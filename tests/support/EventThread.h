@@ -1,0 +1,60 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <future>
+#include <memory>
+#include <utility>
+
+#include <QObject>
+#include <QThread>
+
+/// A thread with an event loop of its own, for workers and receivers that don't live in the test's
+/// thread. Ends with its loop; what was made in it is best deleted in it.
+class EventThread
+{
+public:
+    EventThread()
+    {
+        m_context.moveToThread(&m_thread);
+        m_thread.start();
+    }
+    ~EventThread()
+    {
+        m_thread.quit();
+        m_thread.wait();
+    }
+
+    Q_DISABLE_COPY_MOVE(EventThread)
+
+    QThread *thread() { return &m_thread; }
+
+    /// Has the function called in the thread, with an end to wait for or to ask for its result.
+    template <typename Function>
+    auto start(Function function) -> std::future<decltype(function())>
+    {
+        auto task =
+            std::make_shared<std::packaged_task<decltype(function())()>>(std::move(function));
+        QMetaObject::invokeMethod(
+            &m_context, [task] { (*task)(); }, Qt::QueuedConnection);
+        return task->get_future();
+    }
+
+    /// Calls the function in the thread and returns what it returns.
+    template <typename Function>
+    auto run(Function function)
+    {
+        return start(std::move(function)).get();
+    }
+
+    /// Returns once the thread has handled everything that was posted to it before.
+    void flush()
+    {
+        run([] {});
+    }
+
+private:
+    QThread m_thread;
+    QObject m_context;
+};

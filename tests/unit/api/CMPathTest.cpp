@@ -1,0 +1,200 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "core/model/cmpath.h"
+
+#include "core/tavo/stream.h"
+
+#include <sstream>
+
+#include <QHash>
+
+#include <gtest/gtest.h>
+
+namespace {
+CMPath path(const char *text)
+{
+    return CMPath(QString::fromUtf8(text));
+}
+
+QString text(const CMPath &path)
+{
+    return path.toString();
+}
+} // namespace
+
+TEST(CMPathTest, IsEmptyWhenDefaultMade)
+{
+    EXPECT_TRUE(CMPath().isEmpty());
+    EXPECT_EQ(text(CMPath()), QString());
+}
+
+TEST(CMPathTest, KeepsACanonicalText)
+{
+    EXPECT_EQ(text(path("/a/b/c")), "/a/b/c");
+    EXPECT_FALSE(path("/a").isEmpty());
+}
+
+TEST(CMPathTest, AddsAMissingSlashAtTheStart)
+{
+    EXPECT_EQ(text(path("a/b")), "/a/b");
+}
+
+TEST(CMPathTest, DropsDoubledAndTrailingSlashes)
+{
+    EXPECT_EQ(text(path("//a///b//")), "/a/b");
+    EXPECT_EQ(text(path("/a/")), "/a");
+}
+
+TEST(CMPathTest, IsEmptyWithoutAnySegment)
+{
+    EXPECT_TRUE(path("").isEmpty());
+    EXPECT_TRUE(path("/").isEmpty());
+    EXPECT_TRUE(path("///").isEmpty());
+}
+
+TEST(CMPathTest, KeepsEveryOtherCharacterOfASegment)
+{
+    EXPECT_EQ(text(path("/a b/ü.ö-%2F")), QString::fromUtf8("/a b/ü.ö-%2F"));
+}
+
+TEST(CMPathTest, EqualsAPathOfTheSameCanonicalText)
+{
+    EXPECT_TRUE(path("/a/b") == path("a//b/"));
+    EXPECT_FALSE(path("/a/b") != path("a//b/"));
+}
+
+TEST(CMPathTest, DiffersFromAPathOfAnotherText)
+{
+    EXPECT_TRUE(path("/a/b") != path("/a/c"));
+    EXPECT_TRUE(path("/a/b") != path("/a"));
+    EXPECT_TRUE(path("/a/b") != path("/A/b"));
+    EXPECT_FALSE(path("/a/b") == path("/b/a"));
+}
+
+TEST(CMPathTest, ComparesTheEmptyPathAsAnyOther)
+{
+    EXPECT_TRUE(CMPath() == CMPath());
+    EXPECT_TRUE(CMPath() == path("/"));
+    EXPECT_TRUE(CMPath() != path("/a"));
+    EXPECT_TRUE(path("/a") != CMPath());
+}
+
+TEST(CMPathTest, SharesItsHashWithEqualPaths)
+{
+    EXPECT_EQ(qHash(path("/a/b")), qHash(path("a/b")));
+    EXPECT_EQ(qHash(path("/a") + "b"), qHash(path("/a/b")));
+    EXPECT_NE(qHash(path("/a/b")), qHash(path("/a/c")));
+}
+
+TEST(CMPathTest, IsFoundInAHashByAnEqualPath)
+{
+    const QHash<CMPath, int> numbers{{path("/a"), 1}, {CMPath(), 2}};
+    EXPECT_EQ(numbers.value(path("a/")), 1);
+    EXPECT_EQ(numbers.value(CMPath()), 2);
+    EXPECT_EQ(numbers.value(path("/b"), -1), -1);
+}
+
+TEST(CMPathTest, GrowsByOneSegment)
+{
+    EXPECT_EQ(text(path("/a") + "b"), "/a/b");
+}
+
+TEST(CMPathTest, GrowsByARelativeTextWithoutDoublingASlash)
+{
+    EXPECT_EQ(text(path("/notifications") + "/player/revokeResources"),
+              "/notifications/player/revokeResources");
+    EXPECT_EQ(text(path("/a") + "b/c"), "/a/b/c");
+    EXPECT_EQ(text(path("/a") + "//b//c/"), "/a/b/c");
+    EXPECT_EQ(text(path("/a") + "b/"), "/a/b");
+}
+
+TEST(CMPathTest, StaysTheSameWhenNothingIsAdded)
+{
+    EXPECT_EQ(path("/a") + "", path("/a"));
+    EXPECT_EQ(path("/a") + "/", path("/a"));
+    EXPECT_TRUE((CMPath() + "").isEmpty());
+}
+
+TEST(CMPathTest, GrowsFromTheEmptyPath)
+{
+    EXPECT_EQ(text(CMPath() + "a"), "/a");
+    EXPECT_EQ(text(CMPath() + "/a/b"), "/a/b");
+}
+
+TEST(CMPathTest, LeavesThePathThatItGrowsFromAsItWas)
+{
+    const CMPath base = path("/a");
+    const CMPath child = base + "b";
+    EXPECT_EQ(text(base), "/a");
+    EXPECT_NE(base, child);
+}
+
+TEST(CMPathTest, NamesItsLastSegment)
+{
+    EXPECT_EQ(path("/a/b").name(), "b");
+    EXPECT_EQ(path("/a").name(), "a");
+    EXPECT_EQ(CMPath().name(), QString());
+}
+
+TEST(CMPathTest, HasAParentUpToTheTop)
+{
+    EXPECT_EQ(path("/a/b").parent(), path("/a"));
+    EXPECT_TRUE(path("/a").parent().isEmpty());
+    EXPECT_TRUE(CMPath().parent().isEmpty());
+}
+
+TEST(CMPathTest, IsReadFromAVariantThatHoldsAPath)
+{
+    EXPECT_EQ(CMPath::fromQVariant(QVariant::fromValue(path("/a/b"))), path("/a/b"));
+    EXPECT_TRUE(CMPath::fromQVariant(QVariant::fromValue(CMPath())).isEmpty());
+}
+
+TEST(CMPathTest, IsReadFromAVariantThatHoldsAnAbsoluteText)
+{
+    EXPECT_EQ(CMPath::fromQVariant(QStringLiteral("/a/b")), path("/a/b"));
+    EXPECT_EQ(CMPath::fromQVariant(QStringLiteral("/a//b/")), path("/a/b"));
+}
+
+TEST(CMPathTest, IsEmptyWhenReadFromAnUnsuitableVariant)
+{
+    const QVariantList unsuitable{
+        QVariant(),
+        5,
+        1.5,
+        true,
+        QStringLiteral(""),
+        QStringLiteral("a/b"),
+        QByteArray("/a/b"),
+        QStringList{"/a"},
+        QVariantList{"/a"},
+        QVariantHash{{"path", "/a"}},
+    };
+    for (const QVariant &variant : unsuitable) {
+        EXPECT_TRUE(CMPath::fromQVariant(variant).isEmpty()) << variant;
+    }
+}
+
+TEST(CMPathTest, SurvivesItsCarriedForm)
+{
+    EXPECT_EQ(CMPath::fromQVariant(path("/a/b").toQVariant()), path("/a/b"));
+    EXPECT_EQ(path("/a/b").toQVariant(), QVariant(QStringLiteral("/a/b")));
+    EXPECT_TRUE(CMPath::fromQVariant(CMPath().toQVariant()).isEmpty());
+}
+
+TEST(CMPathTest, IsKnownToTheMetaTypeSystemByItsName)
+{
+    EXPECT_NE(QMetaType::type("CMPath"), int(QMetaType::UnknownType));
+}
+
+TEST(CMPathTest, ConvertsToATextWithinAVariant)
+{
+    EXPECT_EQ(QVariant::fromValue(path("/a/b")).toString(), "/a/b");
+}
+
+TEST(CMPathTest, IsWrittenToAStreamAsItsText)
+{
+    std::ostringstream stream;
+    stream << path("/a/b") << '|' << CMPath() << '|';
+    EXPECT_EQ(stream.str(), "/a/b||");
+}

@@ -1,0 +1,183 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "RecordFields.h"
+
+namespace {
+const QVariantHash strange{{"strange", 1}};
+
+QVariantList unsuitableFor(const QString & /*type*/)
+{
+    return {QVariant(), 7, true, QVariantList{"text"}, strange};
+}
+
+QVariantList unsuitableFor(const CMPath & /*type*/)
+{
+    return {QVariant(), 7, QStringLiteral("no/slash"), QVariantList{"/path"}, strange};
+}
+
+QVariantList unsuitableFor(const TrString & /*type*/)
+{
+    return {QVariant(), 7, true, QVariantList{"text"}, strange};
+}
+
+QVariantList unsuitableFor(bool /*type*/)
+{
+    return {QVariant(), QStringLiteral("true"), QVariantList{true}, strange};
+}
+
+QVariantList unsuitableFor(double /*type*/)
+{
+    return {QVariant(), QStringLiteral("1.5"), QVariantList{1.5}, strange};
+}
+
+QVariantList unsuitableFor(int /*type*/)
+{
+    return {QVariant(), QStringLiteral("2"), 2.5, 1e300, true, QVariantList{2}, strange};
+}
+
+QVariantList unsuitableFor(const TavoHash & /*type*/)
+{
+    return {QVariant(), 7, QStringLiteral("text"), QVariantList{strange}};
+}
+
+template <typename T>
+QVariantList unsuitableFor(const TavoList<T> & /*type*/)
+{
+    return {QVariant(), 7, QStringLiteral("text"), strange};
+}
+
+template <typename Record, typename T>
+RecordField field(const char *record, const char *key, T (Record::*get)() const,
+                  Record &(Record::*set)(const T &), const T &sample)
+{
+    return {std::string(record) + '.' + key,
+            QString::fromLatin1(key),
+            [get](const QVariantHash &fields) { return (Record(fields).*get)() == T(); },
+            [get, sample](const QVariantHash &fields) { return (Record(fields).*get)() == sample; },
+            [set, sample] { return (Record().*set)(sample).fields(); },
+            [set, sample] {
+                Record made;
+                return &(made.*set)(sample) == &made;
+            },
+            unsuitableFor(sample)};
+}
+
+#define FIELD_KEY(Record, getter, setter, key, sample)                                             \
+    field(#Record, key, &Record::getter, &Record::setter, sample)
+#define FIELD(Record, getter, setter, sample) FIELD_KEY(Record, getter, setter, #getter, sample)
+
+const QString text = QString::fromUtf8("Ünïcode \" \\ \n text");
+const CMPath path{QStringLiteral("/some/path")};
+const TrString plain(QStringLiteral("A message"));
+const TrString translatable(TrCharData{"Context", "%1 of %2", "how many", 3},
+                            {TrArg(3), TrArg(QStringLiteral("four"))});
+
+std::vector<RecordField> notificationFields()
+{
+    using Item = TavoNotificationPlayerItem;
+    using Response = TavoNotificationPlayerResponse;
+    using Message = TavoNotificationDisplayItem;
+    return {
+        FIELD(Item, id, setId, text),
+        FIELD(Item, content, setContent, text),
+        FIELD(Item, contentStreamFormat, setContentStreamFormat, text),
+        FIELD(Item, type, setType, TavoNotificationPlayerItemType::Stream),
+        FIELD(Item, type, setType, TavoNotificationPlayerItemType::Enum(-5)),
+        FIELD(Item, priority, setPriority, TavoNotificationItemPriority::Urgent),
+        FIELD(Item, priority, setPriority, TavoNotificationItemPriority::Enum(1000)),
+        FIELD(Item, loop, setLoop, true),
+        FIELD(Item, playbackResponsePath, setPlaybackResponsePath, path),
+        FIELD(Response, id, setId, text),
+        FIELD(Response, type, setType, TavoNotificationPlayerResponseType::Failed),
+        FIELD(Message, id, setId, text),
+        FIELD(Message, title, setTitle, translatable),
+        FIELD(Message, title, setTitle, plain),
+        FIELD(Message, message, setMessage, translatable),
+        FIELD(Message, timeout, setTimeout, -2147483647),
+        FIELD(Message, priority, setPriority, TavoNotificationItemPriority::Enum(-1)),
+        FIELD(Message, path, setPath, path),
+    };
+}
+
+std::vector<RecordField> serviceFields()
+{
+    using Register = TavoPowerManagerModuleRegister;
+    using Request = TavoPowerManagerResourceRequest;
+    using Revoke = TavoPowerManagerRevokeMessage;
+    using Ducking = TavoPlayerAudioDuckingRequest;
+    using Holders = TavoPowerManagerResourceHolders;
+    using Main = TavoPlayerMainAudioState;
+    using Names = TavoList<QString>;
+    using Resources = TavoList<TavoPowerManagerResources::Enum>;
+    using RowsTypes = TavoList<TavoRowsRolesType::Enum>;
+    return {
+        FIELD(Register, moduleName, setModuleName, text),
+        FIELD(Register, revokeResourcesPath, setRevokeResourcesPath, path),
+        FIELD(Register, postRevokeResourcesPath, setPostRevokeResourcesPath, path),
+        FIELD(Request, moduleName, setModuleName, text),
+        FIELD(Request, resource, setResource, TavoPowerManagerResources::Audio),
+        FIELD(Request, action, setAction, TavoPowerModuleActions::Release),
+        FIELD(Revoke, messageType, setMessageType, TavoPowerManagerRevokeMessageType::PostRevoked),
+        FIELD(Revoke, revokeResources, setRevokeResources,
+              (Resources{TavoPowerManagerResources::Audio, TavoPowerManagerResources::Enum(77)})),
+        FIELD(Holders, resource, setResource, TavoPowerManagerResources::Network),
+        FIELD(Holders, holders, setHolders, (Names{text, QStringLiteral("other")})),
+        FIELD(TavoPowerManagerState, standby, setStandby, true),
+        FIELD(TavoPowerManagerState, modules, setModules, (Names{text})),
+        FIELD(TavoPowerManagerState, resources, setResources,
+              (TavoList<Holders>{Holders().setHolders(Names{text})})),
+        FIELD(Ducking, duckAudio, setDuckAudio, true),
+        FIELD(Ducking, requester, setRequester, text),
+        FIELD(TavoPlayerAudioDevice, device, setDevice, text),
+        FIELD(Main, playing, setPlaying, true),
+        FIELD(Main, source, setSource, text),
+        FIELD(Main, volume, setVolume, 0.1),
+        FIELD(Main, ducked, setDucked, true),
+        FIELD(Main, requesters, setRequesters, (Names{text})),
+        FIELD(Main, error, setError, text),
+        FIELD(TavoRoles, type, setType, TavoRolesType::Text),
+        FIELD(TavoRoles, title, setTitle, translatable),
+        FIELD(TavoRowsRoles, type, setType,
+              (RowsTypes{TavoRowsRolesType::Title, TavoRowsRolesType::Path})),
+    };
+}
+
+std::vector<RecordField> valueFields()
+{
+    return {
+        FIELD_KEY(TavoValue, bool_, setBool_, "bool", true),
+        FIELD_KEY(TavoValue, int_, setInt_, "int", 2147483647),
+        FIELD_KEY(TavoValue, double_, setDouble_, "double", -0.1),
+        FIELD_KEY(TavoValue, string_, setString_, "string", text),
+        FIELD(TavoValue, path, setPath, path),
+        FIELD(TavoValue, notificationPlayerItem, setNotificationPlayerItem,
+              TavoNotificationPlayerItem()
+                  .setId(text)
+                  .setType(TavoNotificationPlayerItemType::Fake)
+                  .setPlaybackResponsePath(path)),
+        FIELD(TavoValue, notificationPlayerResponse, setNotificationPlayerResponse,
+              TavoNotificationPlayerResponse().setId(text).setType(
+                  TavoNotificationPlayerResponseType::Started)),
+        FIELD(TavoValue, notificationDisplayItem, setNotificationDisplayItem,
+              TavoNotificationDisplayItem().setMessage(translatable).setTimeout(5000)),
+        FIELD(TavoValue, mainAudioState, setMainAudioState,
+              TavoPlayerMainAudioState().setSource(text).setVolume(0.5)),
+        FIELD(TavoValue, powerManagerState, setPowerManagerState,
+              TavoPowerManagerState().setModules({text})),
+        FIELD(TavoValue, audioDevice, setAudioDevice, TavoPlayerAudioDevice().setDevice(text)),
+    };
+}
+} // namespace
+
+const std::vector<RecordField> &recordFields()
+{
+    static const std::vector<RecordField> all = [] {
+        std::vector<RecordField> fields = notificationFields();
+        for (const auto &more : {serviceFields(), valueFields()}) {
+            fields.insert(fields.end(), more.begin(), more.end());
+        }
+        return fields;
+    }();
+    return all;
+}
