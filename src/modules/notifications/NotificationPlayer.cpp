@@ -309,7 +309,9 @@ void NotificationPlayer::on_revokeResources_activated(const CMSetDataRequest &re
 {
     const TavoPowerManagerRevokeMessage message(TavoHash(request.value().toHash()));
     TAVO_SCOPE(logger, TRACE, message);
-    if (message.revokeResources().contains(TavoPowerManagerResources::Audio)) {
+    // Elements are compared as variants: a number matches in whatever form it has travelled.
+    const int audio = TavoPowerManagerResources::Audio;
+    if (message.revokeResources().elements().contains(audio)) {
         if (m_resourceRequestPending) {
             LOG4CPLUS_DEBUG(logger, "Ignoring revoke resources command, we already issued a new "
                                     "request resources request");

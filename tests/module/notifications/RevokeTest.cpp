@@ -85,6 +85,18 @@ TEST_F(RevokeTest, FindsTheAudioResourceAmongOthers)
     EXPECT_EQ(scripted("a"_s)->stops, 1);
 }
 
+TEST_F(RevokeTest, FindsTheAudioResourceInWhateverFormItsNumberTravelled)
+{
+    for (const QVariant &number : {QVariant(2), QVariant(2.0), QVariant(2LL), QVariant("2"_s)}) {
+        play("a"_s);
+        request(TavoNotificationsPath() + "/player/revokeResources"_s,
+                QVariantHash{{"revokeResources"_s, QVariantList{number}}});
+        EXPECT_EQ(scripted("a"_s)->stops, 1);
+        scripted("a"_s)->reportStopped();
+        settle();
+    }
+}
+
 TEST_F(RevokeTest, IsIgnoredWhileAnAcquireIsOutstanding)
 {
     setResources(ScriptedService::keep());
