@@ -30,7 +30,10 @@ bool CMReplyAbstractData::waitForFinished(unsigned long ms) const
 {
     std::unique_lock lock(m_mutex);
     const auto finished = [this] { return m_finished; };
-    if (ms == std::numeric_limits<unsigned long>::max()) {
+    // Longer than any process runs, and as far as the clock's arithmetic safely goes.
+    constexpr std::chrono::hours forEver(24 * 365 * 100);
+    const std::chrono::milliseconds mostOfAll(forEver);
+    if (ms >= static_cast<unsigned long>(mostOfAll.count())) {
         m_done.wait(lock, finished);
         return true;
     }
