@@ -31,6 +31,10 @@ CMNode::~CMNode() = default;
 
 void CMNode::publish()
 {
+    if (m_path.isEmpty()) {
+        LOG4CPLUS_ERROR(logger, "A node without a path is not published");
+        return;
+    }
     if (!CMRegistry::instance().publish(this)) {
         LOG4CPLUS_ERROR(logger,
                         "A node is published at " << m_path << " already, the new one is not");

@@ -17,8 +17,8 @@ class CMNodes;
 ///
 /// Made by its kind's create() in a worker's node set, which owns it, and used by its worker in the
 /// worker's thread; requests reach it in the thread that makes them. It is published from its
-/// making to its disposal, unless its path was taken already: then it exists, but nobody reaches
-/// it.
+/// making to its disposal, unless its path is empty or was taken already: then it exists, but
+/// nobody reaches it.
 class TAVO_API_EXPORT CMNode : public QSharedData
 {
 public:
