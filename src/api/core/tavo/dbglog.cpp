@@ -10,9 +10,11 @@ std::string dbglog_scopedFunction(const std::string &signature, const std::strin
     std::string text;
     text.reserve(signature.size());
     for (std::size_t i = 0; i < signature.size(); ++i) {
-        // One compiler sets "*" and "&" to the type, another to the name.
-        const bool starts = signature[i] == ' ' && i + 1 < signature.size() &&
-                            (signature[i + 1] == '*' || signature[i + 1] == '&');
+        // One compiler sets "*" and "&" to the type, another to the name; one parts a ">" from the
+        // next, another doesn't.
+        const bool starts = signature[i] == ' ' && i > 0 && i + 1 < signature.size() &&
+                            (signature[i + 1] == '*' || signature[i + 1] == '&' ||
+                             (signature[i + 1] == '>' && signature[i - 1] == '>'));
         if (starts) {
             continue;
         }
@@ -24,6 +26,10 @@ std::string dbglog_scopedFunction(const std::string &signature, const std::strin
         if (ends) {
             text += ' ';
         }
+    }
+    static const std::string unnamed = "(anonymous namespace)";
+    for (auto at = text.find(unnamed); at != std::string::npos; at = text.find(unnamed, at)) {
+        text.replace(at, unnamed.size(), "{anonymous}");
     }
     return text;
 }

@@ -51,7 +51,7 @@ private:
     LOG4CPLUS_##level(logger, "Enter " << dbglog_scopedFunction(Q_FUNC_INFO, (logger).getName())   \
                                        << ": " << args);                                           \
     DbglogScope dbglogScope(logger, log4cplus::level##_LOG_LEVEL, Q_FUNC_INFO, __FILE__, __LINE__, \
-                            static_cast<const char *>(__func__))
+                            LOG4CPLUS_MACRO_FUNCTION())
 
 /// Sets what the "Leave " line of the enclosing TAVO_SCOPE says, and its level.
 #define TAVO_LEAVE(level, args)                                                                    \
@@ -60,5 +60,7 @@ private:
             std::ostringstream dbglogText;                                                         \
             dbglogText << args; /* NOLINT(bugprone-macro-parentheses) */                           \
             dbglogScope.setLeave(log4cplus::level##_LOG_LEVEL, dbglogText.str());                  \
+        } else {                                                                                   \
+            dbglogScope.setLeave(log4cplus::level##_LOG_LEVEL, {});                                \
         }                                                                                          \
     } while (false)
