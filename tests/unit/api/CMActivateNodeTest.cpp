@@ -1,0 +1,185 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Recorders.h"
+
+#include "support/EventLoop.h"
+#include "support/EventThread.h"
+
+#include <memory>
+
+#include <gtest/gtest.h>
+
+using Reply = CMReply<QVariant>;
+
+namespace {
+const CMPath path(QStringLiteral("/test/node"));
+
+class CMActivateNodeTest : public testing::Test
+{
+protected:
+    Reply activate(const QVariant &value = 5) { return CMRoot()->invoke(path, value, Reply()); }
+
+    void bind(Echo *receiver, Qt::ConnectionType type)
+    {
+        node->setInvoke(receiver, &Echo::on_node_activated, type);
+    }
+
+    CMNodesWorker worker{{}, QStringLiteral("Test")};
+    CMActivateNode *node = CMActivateNode::create(worker.nodes(), path);
+    Echo echo;
+};
+
+using CMActivateNodeDeathTest = CMActivateNodeTest;
+} // namespace
+
+TEST_F(CMActivateNodeTest, CallsADirectlyBoundSlotWithinTheCall)
+{
+    bind(&echo, Qt::DirectConnection);
+    const Reply reply = activate("text");
+    EXPECT_TRUE(reply.isFinished());
+    EXPECT_EQ(reply.value(), QVariant("text"));
+    EXPECT_EQ(echo.calls, 1);
+}
+
+TEST_F(CMActivateNodeTest, CallsAQueuedSlotFromTheEventLoop)
+{
+    bind(&echo, Qt::QueuedConnection);
+    const Reply reply = activate("text");
+    EXPECT_EQ(echo.calls, 0);
+    EXPECT_FALSE(reply.isFinished());
+    settle();
+    EXPECT_EQ(echo.calls, 1);
+    EXPECT_EQ(reply.value(), QVariant("text"));
+}
+
+TEST_F(CMActivateNodeTest, CallsAnAutomaticallyBoundSlotDirectlyInItsThread)
+{
+    bind(&echo, Qt::AutoConnection);
+    EXPECT_TRUE(activate().isFinished());
+}
+
+TEST_F(CMActivateNodeTest, CallsAnAutomaticallyBoundSlotInItsThreadFromOthers)
+{
+    bind(&echo, Qt::AutoConnection);
+    EventThread other;
+    const Reply reply = other.run([this] { return activate(); });
+    EXPECT_TRUE(waitFor([&reply] { return reply.isFinished(); }));
+    EXPECT_EQ(echo.thread, QThread::currentThread());
+}
+
+TEST_F(CMActivateNodeTest, CallsASlotInAnotherThreadThere)
+{
+    EventThread other;
+    auto receiver = std::make_unique<Echo>();
+    receiver->moveToThread(other.thread());
+    bind(receiver.get(), Qt::QueuedConnection);
+    EXPECT_EQ(activate(7).value(), QVariant(7));
+    other.run([&receiver, &other] {
+        EXPECT_EQ(receiver->thread, other.thread());
+        receiver.reset();
+    });
+}
+
+TEST_F(CMActivateNodeTest, CallsItsSlotOnceForEachRequestInTheirOrder)
+{
+    RequestKeeper keeper;
+    node->setInvoke(&keeper, &RequestKeeper::on_node_activated, Qt::QueuedConnection);
+    for (int i = 0; i < 100; ++i) {
+        activate(i);
+    }
+    settle();
+    ASSERT_EQ(keeper.requests.size(), 100U);
+    for (int i = 0; i < 100; ++i) {
+        EXPECT_EQ(keeper.requests[std::size_t(i)].value(), QVariant(i));
+    }
+}
+
+TEST_F(CMActivateNodeTest, CanBeAnsweredAfterTheSlotHasReturned)
+{
+    RequestKeeper keeper;
+    node->setInvoke(&keeper, &RequestKeeper::on_node_activated, Qt::DirectConnection);
+    const Reply reply = activate();
+    EXPECT_FALSE(reply.isFinished());
+    keeper.requests.front().reply().setValue(8);
+    EXPECT_EQ(reply.value(), QVariant(8));
+}
+
+TEST_F(CMActivateNodeTest, AnswersWithAnErrorWhileNothingIsBound)
+{
+    const Reply reply = activate();
+    EXPECT_TRUE(reply.isFinished());
+    EXPECT_EQ(reply.error().name(), CMErrors::noAnswer());
+    EXPECT_TRUE(reply.error().message().toString().contains(path.toString()));
+}
+
+TEST_F(CMActivateNodeTest, AnswersWithAnErrorWhenItsReceiverHasGone)
+{
+    auto gone = std::make_unique<Echo>();
+    bind(gone.get(), Qt::QueuedConnection);
+    gone.reset();
+    EXPECT_EQ(activate().error().name(), CMErrors::noAnswer());
+}
+
+TEST_F(CMActivateNodeTest, AnswersWithAnErrorWhenItsReceiverGoesBeforeItsTurn)
+{
+    auto gone = std::make_unique<Echo>();
+    bind(gone.get(), Qt::QueuedConnection);
+    const Reply reply = activate();
+    gone.reset();
+    EXPECT_EQ(reply.error().name(), CMErrors::noAnswer());
+}
+
+TEST_F(CMActivateNodeTest, CallsTheSlotThatItWasBoundToLast)
+{
+    Echo second;
+    bind(&echo, Qt::DirectConnection);
+    bind(&second, Qt::DirectConnection);
+    activate();
+    EXPECT_EQ(echo.calls, 0);
+    EXPECT_EQ(second.calls, 1);
+}
+
+TEST_F(CMActivateNodeTest, CallsItsSlotOnceWhenBoundToItTwice)
+{
+    bind(&echo, Qt::DirectConnection);
+    bind(&echo, Qt::DirectConnection);
+    activate();
+    EXPECT_EQ(echo.calls, 1);
+}
+
+TEST_F(CMActivateNodeTest, HandsTheConnectorItself)
+{
+    const CMActivateNode *handed = nullptr;
+    node->doSetInvoke([&handed](CMActivateNode *given) { handed = given; });
+    EXPECT_EQ(handed, node);
+}
+
+TEST_F(CMActivateNodeTest, MayBeDisposedOfByItsSlot)
+{
+    class Disposer : public QObject
+    {
+    public:
+        explicit Disposer(CMActivateNode *disposed)
+            : m_node(disposed)
+        {
+        }
+        void on_node_activated(const CMSetDataRequest &request)
+        {
+            m_node->dispose();
+            request.reply().setValue(1);
+        }
+
+    private:
+        CMActivateNode *m_node;
+    };
+    Disposer disposer(node);
+    node->setInvoke(&disposer, &Disposer::on_node_activated, Qt::DirectConnection);
+    EXPECT_EQ(activate().value(), QVariant(1));
+    EXPECT_EQ(activate().error().name(), CMErrors::noSuchNode());
+}
+
+TEST_F(CMActivateNodeDeathTest, RefusesANullReceiver)
+{
+    EXPECT_DEATH(bind(nullptr, Qt::QueuedConnection), "\"receiver\"");
+}
