@@ -1,0 +1,130 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Recorders.h"
+
+#include "support/EventLoop.h"
+
+#include <memory>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+// No clock here: work that grew with the square of the number would run into the test's time limit.
+
+namespace {
+constexpr int many = 100000;
+const CMPath base(QStringLiteral("/test/scale"));
+
+std::vector<CMPath> manyPaths()
+{
+    std::vector<CMPath> paths;
+    paths.reserve(many);
+    for (int i = 0; i < many; ++i) {
+        paths.push_back(base + QString::number(i));
+    }
+    return paths;
+}
+
+const std::vector<CMPath> &paths()
+{
+    static const std::vector<CMPath> made = manyPaths();
+    return made;
+}
+} // namespace
+
+TEST(ScaleTest, AHundredThousandNodesAreMadeFoundAndFreedWithTheirWorker)
+{
+    auto worker = std::make_unique<CMNodesWorker>(QVariantHash(), QStringLiteral("Test"));
+    for (const CMPath &path : paths()) {
+        CMListRowsNode::create(worker->nodes(), path)->rowsAppend(path);
+    }
+    EXPECT_EQ(worker->nodes()->size(), many);
+    EXPECT_TRUE(CMRoot()->invoke(paths().back(), QVariant(), {}).isFinished());
+    worker.reset();
+    EXPECT_EQ(CMRoot()->invoke(paths().front(), QVariant(), {}).error().name(),
+              CMErrors::noSuchNode());
+}
+
+TEST(ScaleTest, AHundredThousandNodesAreDisposedOfOneByOneFromBothEnds)
+{
+    CMNodesWorker worker({}, QStringLiteral("Test"));
+    std::vector<CMNode *> nodes;
+    for (const CMPath &path : paths()) {
+        nodes.push_back(CMActivateNode::create(worker.nodes(), path));
+    }
+    for (std::size_t i = 0; i < many / 2; ++i) {
+        nodes[i]->dispose();
+        nodes[many - 1 - i]->dispose();
+    }
+    EXPECT_EQ(worker.nodes()->size(), 0);
+}
+
+TEST(ScaleTest, OneReceiverHasAHundredThousandSubscriptionsAndEndsThem)
+{
+    ChangeRecorder receiver;
+    for (const CMPath &path : paths()) {
+        CMRoot()->connectRowsChange(path, &receiver, &ChangeRecorder::on_rows_changed);
+    }
+    for (const CMPath &path : paths()) {
+        ASSERT_TRUE(CMSubscribe::closeNode(path));
+    }
+    settle();
+    EXPECT_EQ(receiver.rows.size(), std::size_t(many));
+    for (const CMPath &path : paths()) {
+        CMRoot()->disconnectRowsChange(path, &receiver, &ChangeRecorder::on_rows_changed);
+    }
+    EXPECT_FALSE(CMSubscribe::closeNode(paths().front()));
+}
+
+TEST(ScaleTest, AHundredThousandSubscriptionsEndWithTheirReceiver)
+{
+    auto receiver = std::make_unique<ChangeRecorder>();
+    for (const CMPath &path : paths()) {
+        CMRoot()->connectRowsChange(path, receiver.get(), &ChangeRecorder::on_rows_changed);
+    }
+    receiver.reset();
+    EXPECT_FALSE(CMSubscribe::closeNode(paths().front()));
+    EXPECT_FALSE(CMSubscribe::closeNode(paths().back()));
+}
+
+TEST(ScaleTest, SubscriptionsThatCameAndWentLeaveNoneBehind)
+{
+    for (const CMPath &path : paths()) {
+        ChangeRecorder shortLived;
+        CMRoot()->connectRowsChange(path, &shortLived, &ChangeRecorder::on_rows_changed);
+    }
+    settle();
+    EXPECT_EQ(CMSubscribe::raiseRowsChange(paths().back(), {}), 0);
+}
+
+TEST(ScaleTest, TenThousandReceiversWatchOnePath)
+{
+    std::vector<std::unique_ptr<ChangeRecorder>> receivers;
+    for (int i = 0; i < many / 10; ++i) {
+        receivers.push_back(std::make_unique<ChangeRecorder>());
+        CMRoot()->connectRowsChange(base, receivers.back().get(), &ChangeRecorder::on_rows_changed);
+    }
+    EXPECT_EQ(CMSubscribe::raiseRowsChange(base, {}), many / 10);
+    settle();
+    for (const auto &receiver : receivers) {
+        ASSERT_EQ(receiver->rows.size(), 1U);
+        CMRoot()->disconnectRowsChange(base, receiver.get(), &ChangeRecorder::on_rows_changed);
+    }
+}
+
+TEST(ScaleTest, AHundredThousandRequestsWaitForTheirTurn)
+{
+    CMNodesWorker worker({}, QStringLiteral("Test"));
+    Echo echo;
+    CMActivateNode::create(worker.nodes(), base)
+        ->setInvoke(&echo, &Echo::on_node_activated, Qt::QueuedConnection);
+    std::vector<CMReply<QVariant>> replies;
+    replies.reserve(many);
+    for (int i = 0; i < many; ++i) {
+        replies.push_back(CMRoot()->invoke(base, QVariant(i), {}));
+    }
+    settle();
+    EXPECT_EQ(echo.calls, many);
+    EXPECT_EQ(replies.back().value(), QVariant(many - 1));
+}
