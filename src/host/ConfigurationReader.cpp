@@ -165,7 +165,7 @@ void ConfigurationReader::readLevel(const QString &logger, const QJsonValue &val
 
 QString ConfigurationReader::readModuleName(const QJsonValue &value, const QString &key)
 {
-    const QString name = readText(value, key);
+    QString name = readText(value, key);
     if (!isModuleName(name)) {
         fail(key, QStringLiteral("\"%1\" is no module name: letters, digits, '.', '_' and '-', "
                                  "with a letter or a digit first")

@@ -89,6 +89,8 @@ Result<std::unique_ptr<HostLog>> HostLog::open(const LogConfiguration &configura
 {
     std::unique_ptr<HostLog> log(new HostLog);
     log4cplus::thread::setCurrentThreadName("main");
+    // For appenders that a properties file makes asynchronous; four of them is the library's idea.
+    log4cplus::setThreadPoolSize(1);
     if (configuration.file.isEmpty()) {
         logToConsole();
     } else if (const QString error = logAsFileSays(configuration.file); !error.isEmpty()) {

@@ -110,7 +110,7 @@ QString HostProcess::setConfiguration(const QJsonObject &configuration)
 
 QString HostProcess::setConfigurationText(const QByteArray &json)
 {
-    const QString file = writeFile(QStringLiteral("host.json"), json);
+    QString file = writeFile(QStringLiteral("host.json"), json);
     addArguments({QStringLiteral("--config"), file});
     return file;
 }

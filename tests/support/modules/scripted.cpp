@@ -61,8 +61,6 @@ void sayEverything(const QByteArray &text)
 
 class ScriptedWorker : public CMWorker
 {
-    Q_OBJECT
-
 public:
     ScriptedWorker(std::string name, const QVariantHash &config)
         : m_name(std::move(name))
@@ -131,5 +129,3 @@ TAVO_MODULE_EXPORT void *worker_create(const char *name, void *config)
     }
     return new ScriptedWorker(name, settings);
 }
-
-#include "scripted.moc"

@@ -22,7 +22,7 @@ protected:
 
 TEST_F(HostFailuresTest, DeletesTheWorkersBeforeOneThatThrows)
 {
-    EXPECT_EQ(runWithThird(scripted("bad", {{"create", "throw"}})), 70) << m_host.log().toStdString();
+    EXPECT_EQ(runWithThird(scripted("bad", {{"create", "throw"}})), 70);
     EXPECT_TRUE(m_host.log().contains(
         m_file + ": modules[2]: worker_create threw an exception: the script says so\n"))
         << m_host.log().toStdString();

@@ -6,7 +6,6 @@
 #include <csignal>
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 class HostSignalsTest : public HostTest
 {

@@ -102,7 +102,7 @@ protected:
 
     QString makeFifo(const QString &name) const
     {
-        const QString path = m_host.folder() + QLatin1Char('/') + name;
+        QString path = m_host.folder() + QLatin1Char('/') + name;
         if (mkfifo(QFile::encodeName(path).constData(), 0600) != 0) {
             throw std::runtime_error("no FIFO");
         }
