@@ -7,6 +7,8 @@
 
 #include <core/tavo.h>
 
+#include <vector>
+
 /// A request on its way, as a client sees it.
 class Request
 {
@@ -55,6 +57,7 @@ template <typename T>
 std::vector<T> elementsOf(const TavoList<T> &list)
 {
     std::vector<T> elements;
+    elements.reserve(std::size_t(list.size()));
     for (int i = 0; i < list.size(); ++i) {
         elements.push_back(list.at(i));
     }
