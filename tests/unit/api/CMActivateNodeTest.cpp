@@ -5,6 +5,7 @@
 
 #include "support/EventLoop.h"
 #include "support/EventThread.h"
+#include "support/LogCapture.h"
 
 #include <memory>
 
@@ -105,12 +106,28 @@ TEST_F(CMActivateNodeTest, CanBeAnsweredAfterTheSlotHasReturned)
     EXPECT_EQ(reply.value(), QVariant(8));
 }
 
-TEST_F(CMActivateNodeTest, AnswersWithAnErrorWhileNothingIsBound)
+TEST_F(CMActivateNodeTest, IsNotThereForOthersBeforeItIsBound)
 {
-    const Reply reply = activate();
-    EXPECT_TRUE(reply.isFinished());
-    EXPECT_EQ(reply.error().name(), CMErrors::noAnswer());
-    EXPECT_TRUE(reply.error().message().toString().contains(path.toString()));
+    ChangeRecorder recorder;
+    CMRoot()->connectNodeChange(path, &recorder, &ChangeRecorder::on_node_changed);
+    const Reply early = activate();
+    EXPECT_EQ(early.error().name(), CMErrors::noSuchNode());
+    EXPECT_TRUE(early.error().message().toString().contains(path.toString()));
+    settle();
+    EXPECT_TRUE(recorder.nodes.empty());
+
+    bind(&echo, Qt::DirectConnection);
+    settle();
+    EXPECT_EQ(recorder.nodes.size(), 1U);
+    EXPECT_FALSE(activate().error().isError());
+}
+
+TEST_F(CMActivateNodeTest, IsThereOnceHoweverOftenItIsBound)
+{
+    const LogCapture log("Model");
+    bind(&echo, Qt::DirectConnection);
+    bind(&echo, Qt::QueuedConnection);
+    EXPECT_EQ(log.countAt(log4cplus::ERROR_LOG_LEVEL), 0);
 }
 
 TEST_F(CMActivateNodeTest, AnswersWithAnErrorWhenItsReceiverHasGone)

@@ -94,6 +94,15 @@ TEST_F(CMListRowsNodeTest, RemovesTheRowAtAnIndex)
     EXPECT_EQ(rows(), (QStringList{"/a", "/c"}));
 }
 
+TEST_F(CMListRowsNodeTest, GivesARowThatConvertsToAPath)
+{
+    const CMPath row(QStringLiteral("/a/b"));
+    node->rowsInsert(0, row);
+    EXPECT_TRUE(node->getRow(0).canConvert<CMPath>());
+    EXPECT_EQ(node->getRow(0).value<CMPath>(), row);
+    EXPECT_EQ(CMPath::fromQVariant(node->getRow(0)), row);
+}
+
 TEST_F(CMListRowsNodeTest, HasNoRowOutsideOfItsRange)
 {
     node->rowsAppend(a);

@@ -109,7 +109,9 @@ TEST_F(NodeTest, IsNotPublishedAtTheEmptyPath)
 
 TEST_F(NodeTest, AnswersRequestsThatItsKindDoesNotKnowWithAnError)
 {
-    CMActivateNode::create(nodes, path);
+    Echo echo;
+    CMActivateNode::create(nodes, path)
+        ->setInvoke(&echo, &Echo::on_node_activated, Qt::DirectConnection);
     CMValueNode::create(nodes, path + "value");
     const Reply get;
     const Reply rows;

@@ -12,21 +12,27 @@ ChangeNotifier::~ChangeNotifier() = default;
 
 void ChangeNotifier::dispose()
 {
-    if (m_emitting || thread() != QThread::currentThread()) {
-        deleteLater();
-    } else {
+    if (thread() == QThread::currentThread() && m_emissions == 0) {
         delete this;
+    } else {
+        deleteLater();
     }
 }
 
 bool ChangeNotifier::event(QEvent *event)
 {
+    if (event->type() == QEvent::DeferredDelete && m_emissions > 0) {
+        m_disposed = true;
+        return true;
+    }
     if (event->type() != ChangeEvent::eventType()) {
         return QObject::event(event);
     }
-    m_emitting = true;
+    ++m_emissions;
     static_cast<const ChangeEvent *>(event)->emitFrom(this);
-    m_emitting = false;
+    if (--m_emissions == 0 && m_disposed) {
+        deleteLater();
+    }
     return true;
 }
 

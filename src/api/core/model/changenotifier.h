@@ -34,7 +34,8 @@ public:
     /// False once the subscription has been ended, by its receiver or by the receiver's end.
     virtual bool isConnected() const = 0;
 
-    /// Frees the notifier, later when it is emitting or lives in another thread. Any thread.
+    /// Frees the notifier, later when it is emitting or lives in another thread; in no case while a
+    /// slot that it has called is still running. Any thread.
     void dispose();
 
     bool event(QEvent *event) override;
@@ -45,7 +46,8 @@ private:
     CMPath m_path;
     const QObject *m_receiver;
     ChangeNotifier *m_next = nullptr; ///< the next subscription to the same path
-    bool m_emitting = false;
+    int m_emissions = 0;     ///< under way: a slot may run an event loop, which emits again
+    bool m_disposed = false; ///< to be freed when the outermost emission is through
 };
 
 class TAVO_API_EXPORT RowsChangeNotifier : public ChangeNotifier

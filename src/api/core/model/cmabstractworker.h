@@ -49,7 +49,7 @@ public:
                                std::function<bool(ChangeNotifier *)> connectTo);
 
     /// Ends one subscription of the receiver: the callable is given its notifiers at the path,
-    /// oldest first, until it has disconnected one.
+    /// oldest first, until it has disconnected one. It is to do no more than that: a lock is held.
     virtual void disconnectChange(ChangeType type, const CMPath &path, QObject *receiver,
                                   std::function<void(ChangeNotifier *)> disconnectFrom);
 
@@ -73,6 +73,7 @@ public:
         subscribe(RowsChange, &RowsChangeNotifier::changed, path, receiver, slot, type);
     }
 
+    /// Ends one such subscription. That there is one is the caller's to know: if not, it asserts.
     template <typename Receiver>
     void disconnectRowsChange(const CMPath &path, Receiver *receiver,
                               void (Receiver::*slot)(const CMPath &, const QStringList &, int, int))

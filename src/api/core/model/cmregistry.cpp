@@ -38,30 +38,27 @@ CMRegistry &CMRegistry::instance()
 
 bool CMRegistry::publish(CMNode *node)
 {
-    {
-        NodeSlice &slice = nodeSlice(node->path());
-        const std::unique_lock lock(slice.mutex);
-        CMNode *&entry = slice.nodes[node->path()];
-        if (entry != nullptr) {
-            return false;
-        }
-        entry = node;
+    NodeSlice &slice = nodeSlice(node->path());
+    const std::unique_lock lock(slice.mutex);
+    CMNode *&entry = slice.nodes[node->path()];
+    if (entry != nullptr) {
+        return false;
     }
+    entry = node;
+    // Posted under the lock, so that coming and going are reported in the order in which they were.
     reportNode(node->path(), true);
     return true;
 }
 
 void CMRegistry::withdraw(CMNode *node)
 {
-    {
-        NodeSlice &slice = nodeSlice(node->path());
-        const std::unique_lock lock(slice.mutex);
-        const auto entry = slice.nodes.constFind(node->path());
-        if (entry == slice.nodes.constEnd() || *entry != node) {
-            return;
-        }
-        slice.nodes.erase(entry);
+    NodeSlice &slice = nodeSlice(node->path());
+    const std::unique_lock lock(slice.mutex);
+    const auto entry = slice.nodes.constFind(node->path());
+    if (entry == slice.nodes.constEnd() || *entry != node) {
+        return;
     }
+    slice.nodes.erase(entry);
     reportNode(node->path(), false);
 }
 

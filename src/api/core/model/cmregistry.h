@@ -20,8 +20,8 @@ class ChangeEvent;
 /// Knows every published node and every subscription of the process.
 ///
 /// Any thread. Both tables are split by the path's hash, each slice under a lock of its own, which
-/// is held for the look-up alone: nodes are handed out counted, and no code of others runs under a
-/// lock.
+/// is held for the look-up and for posting a report: nodes are handed out counted, and no code of
+/// others runs under a lock but the callable that disconnects a notifier.
 class CMRegistry
 {
 public:

@@ -235,10 +235,10 @@ public:
     }
 
     /// Waits for the end without a limit. The type's default after an error.
-    T value() const { return typed()->value(); }
+    T value() const { return checked()->value(); }
 
     /// Answers, unless the reply has been answered.
-    void setValue(const T &value) const { typed()->setValue(value); }
+    void setValue(const T &value) const { checked()->setValue(value); }
 
     /// Calls back once with the finished reply, as CMVoidReply::addWatcher() does.
     void onFinished(QObject *context, const TypedCallback &callback,
@@ -259,6 +259,13 @@ public:
 
 private:
     CMReplyData<T> *typed() const { return dynamic_cast<CMReplyData<T> *>(m_data.data()); }
+
+    CMReplyData<T> *checked() const
+    {
+        CMReplyData<T> *data = typed();
+        Q_ASSERT_X(data, "CMReply", "there is no reply of this type behind the view");
+        return data;
+    }
 };
 
 template <typename Receiver>

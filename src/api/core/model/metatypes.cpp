@@ -10,6 +10,8 @@ const bool registered = [] {
     qRegisterMetaType<CMPath>("CMPath");
     qRegisterMetaType<CMVoidReply>("CMVoidReply");
     qRegisterMetaType<CMSetDataRequest>("CMSetDataRequest");
+    QMetaType::registerConverter<QString, CMPath>(
+        [](const QString &text) { return CMPath::fromQVariant(text); });
     return QMetaType::registerConverter<CMPath, QString>(&CMPath::toString);
 }();
 } // namespace

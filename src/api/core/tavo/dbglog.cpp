@@ -3,7 +3,7 @@
 
 #include "core/tavo/dbglog.h"
 
-#include <sstream>
+#include <cctype>
 
 std::string dbglog_scopedFunction(const std::string &signature, const std::string & /*logger*/)
 {

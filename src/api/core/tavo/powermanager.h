@@ -33,7 +33,7 @@ class TavoPowerManagerModuleRegister : public TavoHash
     TAVO_RECORD(TavoPowerManagerModuleRegister)
 
     TAVO_FIELD(QString, moduleName, setModuleName)
-    /// Takes the message that resources are revoked; answered once the module has stopped.
+    /// Takes the message that resources are revoked; answered once the module has taken it up.
     TAVO_FIELD(CMPath, revokeResourcesPath, setRevokeResourcesPath)
     /// Takes the notice after everybody has answered.
     TAVO_FIELD(CMPath, postRevokeResourcesPath, setPostRevokeResourcesPath)

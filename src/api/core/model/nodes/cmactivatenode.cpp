@@ -5,15 +5,17 @@
 
 CMActivateNode *CMActivateNode::create(CMNodes *nodes, const CMPath &path)
 {
-    auto *node = new CMActivateNode(nodes, path);
-    node->publish();
-    return node;
+    return new CMActivateNode(nodes, path);
 }
 
 void CMActivateNode::doSetInvoke(const Connector &connector)
 {
     disconnect(this, &CMActivateNode::privateInvoke, nullptr, nullptr);
     connector(this);
+    if (!m_published) {
+        m_published = true;
+        publish();
+    }
 }
 
 void CMActivateNode::setData(const CMSetDataRequest &request)

@@ -11,7 +11,8 @@
 #include <QObject>
 
 /// A node that is activated with a value: each set-data request on it becomes one call of the slot
-/// that it is bound to, which answers. Thread and owner: as CMNode.
+/// that it is bound to, which answers. It is published when it is bound, so that no request comes
+/// before there is somebody to take it. Thread and owner: as CMNode.
 class TAVO_API_EXPORT CMActivateNode : public QObject, public CMUINode
 {
     Q_OBJECT
@@ -23,7 +24,7 @@ public:
     static CMActivateNode *create(CMNodes *nodes, const CMPath &path);
 
     /// Binds the node to a slot of the receiver, in place of the one before. A request that comes
-    /// while nothing is bound, or when the receiver has gone, is answered with an error.
+    /// when the receiver has gone is answered with an error.
     template <typename Receiver>
     void setInvoke(Receiver *receiver, void (Receiver::*slot)(const CMSetDataRequest &),
                    Qt::ConnectionType type)
@@ -44,4 +45,6 @@ Q_SIGNALS:
 
 private:
     using CMUINode::CMUINode;
+
+    bool m_published = false;
 };

@@ -49,7 +49,7 @@ protected:
     void publish();
 
     /// Guards what requests in other threads read of the node. Shared among many nodes, so nothing
-    /// is to be called under it.
+    /// is to be called under it that may come back to a node.
     std::mutex &guard() const;
 
 private:

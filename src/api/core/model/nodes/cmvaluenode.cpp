@@ -33,14 +33,14 @@ auto CMValueNode::guarded(Function function) const
 
 void CMValueNode::setValue(const TavoValue &value)
 {
-    const bool differs = guarded([this, &value] {
-        const bool changes = m_value != value;
+    guarded([this, &value] {
+        if (m_value == value) {
+            return;
+        }
         m_value = value;
-        return changes;
-    });
-    if (differs) {
+        // Posted under the guard: of two writers the later one's report is the later one, too.
         CMRegistry::instance().reportValue(path(), value.__variant());
-    }
+    });
 }
 
 TavoValue CMValueNode::value() const

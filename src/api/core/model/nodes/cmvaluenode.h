@@ -12,8 +12,9 @@ class QMutex;
 class TAVO_API_EXPORT CMValueNode : public CMUINode
 {
 public:
-    /// The lock, which must outlive the node, guards the value for owners that write it in several
-    /// threads or together with other things; null leaves it to the node's own guard.
+    /// The lock guards the value for an owner that has one for all of its state; null leaves it to
+    /// the node's own guard. It must not be held by who calls the node, and must outlive the node
+    /// and the requests that are just being handed to it.
     static CMValueNode *create(CMNodes *nodes, const CMPath &path, QMutex *lock = nullptr);
 
     /// Replaces the value; subscribers are told, from the event loop, when it differs.
