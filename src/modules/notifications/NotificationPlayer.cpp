@@ -11,6 +11,7 @@
 #include <algorithm>
 
 #include <QPointer>
+#include <QScopedValueRollback>
 
 static log4cplus::Logger logger = log4cplus::Logger::getInstance("Notifications");
 
@@ -62,6 +63,8 @@ NotificationPlayer::NotificationPlayer(CMNodes *nodes, QObject *parent)
 {
     m_inactivityTimer.setSingleShot(true);
     m_inactivityTimer.setInterval(inactivityTimeout);
+    // A coarse timer may be early.
+    m_inactivityTimer.setTimerType(Qt::PreciseTimer);
     tavoConnect(&m_inactivityTimer, &QTimer::timeout, this,
                 &NotificationPlayer::on_inactivityTimer_timeout);
 
@@ -102,13 +105,13 @@ bool NotificationPlayer::enqueue(const NotificationPlayerItem &item)
         LOG4CPLUS_ERROR(logger, "Notification with the same id already exists");
         return false;
     }
-    insertByPriority(item);
+    insert(item);
     dumpQueue(QStringLiteral("enqueue"));
     continuePlayAudio();
     return true;
 }
 
-void NotificationPlayer::insertByPriority(const NotificationPlayerItem &item)
+void NotificationPlayer::insert(const NotificationPlayerItem &item)
 {
     if (m_queue.isEmpty()) {
         LOG4CPLUS_TRACE(logger, "insert item as first");
@@ -127,8 +130,14 @@ void NotificationPlayer::insertByPriority(const NotificationPlayerItem &item)
         return;
     }
     LOG4CPLUS_TRACE(logger, "Inserting before first");
+    preemptHead(item);
+}
+
+void NotificationPlayer::preemptHead(const NotificationPlayerItem &item)
+{
     SimplePlayer *preempted = m_queue.constFirst().player;
     m_activePlaybackId.clear();
+    // First inserted, then paused: whatever the player does, the queue has its new head.
     m_queue.prepend(item);
     if (preempted != nullptr) {
         preempted->pause();
@@ -166,7 +175,7 @@ void NotificationPlayer::continuePlayAudio()
     if (m_continuing) {
         return;
     }
-    m_continuing = true;
+    const QScopedValueRollback<bool> continuing(m_continuing, true);
     while (m_continueAgain) {
         m_continueAgain = false;
         TAVO_SCOPE(logger, TRACE, "queue size: " << m_queue.size());
@@ -194,7 +203,6 @@ void NotificationPlayer::continuePlayAudio()
             continuePlayAudioMuted();
         }
     }
-    m_continuing = false;
 }
 
 void NotificationPlayer::duckMainAudio()
@@ -369,6 +377,8 @@ void NotificationPlayer::playItem(NotificationPlayerItem &item)
     LOG4CPLUS_INFO(logger, "Starting playback: " << id);
     if (!item.player->play()) {
         LOG4CPLUS_ERROR(logger, "Failed to start playback: " << id);
+        // An end that is already on its way would be taken for that of a later item with the id.
+        item.player->disconnect(this);
         on_sound_failed(id, QStringLiteral("Failed to start playback: ") + id);
         return;
     }

@@ -30,9 +30,8 @@ struct NotificationPlayerItem
 /// Thread: the worker's; everything is driven by its event loop. Owner: the worker.
 ///
 /// Guarantees:
-/// - every accepted item with a response path gets exactly one end response, and at most one
-/// started
-///   response before it;
+/// - every accepted item with a response path gets exactly one end response, and at most one started
+///   response before it; those still there when the controller is deleted get none;
 /// - at most one request of the audio sequence (duck, acquire, unduck) is outstanding at any time;
 /// - the stack depth doesn't grow with the number of items that fail one after another.
 class NotificationPlayer : public QObject
@@ -72,7 +71,8 @@ private:
     void cancelAll();
     bool sendStopResponse(const NotificationPlayerItem &item, bool canceled, const QString &error);
 
-    void insertByPriority(const NotificationPlayerItem &item);
+    void insert(const NotificationPlayerItem &item);
+    void preemptHead(const NotificationPlayerItem &item);
     static int getPositionFromId(QList<NotificationPlayerItem> const &list, QString const &id);
     void dumpQueue(const QString &reason);
 

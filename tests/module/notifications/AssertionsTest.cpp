@@ -194,6 +194,19 @@ TEST_F(ControllerStateTest, ClearsTheActiveIdForAPreemptingItemWhateverTheHead)
     EXPECT_EQ(controller().m_queue.first().id, "urgent"_s);
 }
 
+TEST_F(ControllerStateTest, SaysThatAResponseWasDealtWithInAnyCase)
+{
+    NotificationPlayerItem item;
+    item.id = "a"_s;
+    EXPECT_TRUE(controller().sendStopResponse(item, true, QString()));
+    item.playbackResponsePath = responsePath();
+    EXPECT_TRUE(controller().sendStopResponse(item, true, QString()));
+    item.playbackResponsePath = CMPath("/nowhere"_s);
+    EXPECT_TRUE(controller().sendStopResponse(item, false, "broken"_s));
+    settle();
+    EXPECT_EQ(journalOf("a"_s), QStringList{"cancelled"_s});
+}
+
 TEST_F(ControllerStateTest, ClearsTheActiveIdEvenWhenItsItemIsUnknown)
 {
     setReady();

@@ -207,6 +207,14 @@ TEST_F(AudioSequenceTest, HandlesAnAcquireAnsweredAtOnceFromTheEventLoop)
     services().withdraw(resources());
     enqueue("a"_s);
     EXPECT_EQ(journalOf("a"_s), QStringList{"cancelled"_s});
+    std::vector<std::string> order;
+    for (const auto &record : log().records()) {
+        if (record.message.find("continuePlayAudioMuted()") != std::string::npos ||
+            record.message.find("handleRequestResourcesFinished(") != std::string::npos) {
+            order.push_back(record.message.substr(0, 5));
+        }
+    }
+    EXPECT_THAT(order, testing::ElementsAre("Enter", "Leave", "Enter", "Leave"));
     EXPECT_EQ(logged(ERROR_LOG_LEVEL, "Failed to request resources, canceling notifications: There "
                                       "is no node at /powerManager/resourceRequest"),
               1);

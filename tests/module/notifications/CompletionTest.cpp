@@ -111,6 +111,14 @@ TEST_F(CompletionTest, LogsTheEndOfWhatPlayed)
     EXPECT_EQ(logged(TRACE_LOG_LEVEL, "Active notification stopped"), 1);
 }
 
+TEST_F(CompletionTest, LogsTheEndOfAFakeThatPlayed)
+{
+    enqueue(item("a"_s).setType(Type::Fake));
+    scripted("a"_s)->reportEnded();
+    EXPECT_EQ(logged(TRACE_LOG_LEVEL, "Active notification stopped"), 1);
+    EXPECT_EQ(logged(TRACE_LOG_LEVEL, "Disabled fake notification on position 0"), 0);
+}
+
 TEST_F(CompletionTest, EndsAPausedItemThatIsNotTheFirst)
 {
     pauseABehindB();
@@ -235,6 +243,11 @@ TEST_F(CompletionTest, CancelsAllFromTheLeastUrgentToTheHead)
     EXPECT_EQ(entered(INFO_LOG_LEVEL, "cancelAll", ""), 1);
     EXPECT_EQ(scripted("a"_s)->stops, 1);
     EXPECT_EQ(journal(), (QStringList{"a stop"_s, "c cancelled"_s, "b cancelled"_s}));
+    std::vector<std::string> order;
+    for (const auto &record : log().find("): Cancel notification: ")) {
+        order.push_back(record.message.substr(record.message.size() - 1));
+    }
+    EXPECT_THAT(order, testing::ElementsAre("c", "b", "a"));
 }
 
 TEST_F(CompletionTest, LeavesWhatIsStoppingAloneWhenItCancelsAll)

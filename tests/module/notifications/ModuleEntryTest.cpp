@@ -5,6 +5,8 @@
 
 #include "NotificationsTest.h"
 
+#include <stdexcept>
+
 #include <QLibrary>
 #include <QMetaMethod>
 #include <QProcess>
@@ -106,8 +108,9 @@ TEST_F(ModuleEntryTest, DeclaresItsFourSlotsInOrderAndNothingElse)
     }
 }
 
-TEST_F(ModuleEntryTest, KnowsTheRequestTypeByName)
+TEST_F(ModuleEntryTest, KnowsTheRequestTypeByNameOnceItHasBoundItsNodes)
 {
+    load();
     EXPECT_NE(QMetaType::type("CMSetDataRequest"), int(QMetaType::UnknownType));
 }
 
@@ -128,6 +131,51 @@ TEST_F(ModuleEntryTest, MakesTheDisplayBeforeThePlayerAsChildrenOfTheWorker)
         children.append(QString::fromLatin1(child->metaObject()->className()));
     }
     EXPECT_EQ(children, (QStringList{"NotificationDisplay"_s, "NotificationPlayer"_s}));
+}
+
+TEST_F(ModuleEntryTest, PublishesTheRequestNodesThenTheDisplaysThenThePlayers)
+{
+    class Watcher : public QObject
+    {
+    public:
+        void on_node_changed(const CMPath &path, bool) { seen.append(path); }
+        QVector<CMPath> seen;
+    };
+    const CMPath revoke = TavoNotificationsPath() + "/player/revokeResources"_s;
+    const QVector<CMPath> order{TavoNotificationPlayerEnqueuePath(),
+                                TavoNotificationPlayerCancelPath(),
+                                TavoNotificationDisplayOpenPath(),
+                                TavoNotificationDisplayCancelNotifyPath(),
+                                TavoNotificationDisplayQueuePath(),
+                                TavoNotificationPlayerIsPlayingPath(),
+                                revoke};
+    Watcher watcher;
+    for (const CMPath &path : order) {
+        CMRoot()->connectNodeChange(path, &watcher, &Watcher::on_node_changed);
+    }
+    load();
+    EXPECT_EQ(watcher.seen, order);
+}
+
+TEST_F(ModuleEntryTest, LeavesNoWorkerBehindWhenAControllerCannotBeMade)
+{
+    class Broken : public CMUINode
+    {
+    public:
+        Broken(CMNodes *nodes, const CMPath &path)
+            : CMUINode(nodes, path)
+        {
+            publish();
+        }
+        void getData(const CMGetDataRequest &) override { throw std::runtime_error("no device"); }
+    };
+    services().withdraw(TavoPlayerAlsaDeviceNotificationsPath());
+    CMNodes nodes;
+    new Broken(&nodes, TavoPlayerAlsaDeviceNotificationsPath());
+    EXPECT_THROW(create("other"), std::runtime_error);
+    EXPECT_FALSE(isPublished(TavoNotificationPlayerEnqueuePath()));
+    EXPECT_FALSE(isPublished(TavoNotificationDisplayQueuePath()));
+    EXPECT_FALSE(isPublished(TavoNotificationPlayerIsPlayingPath()));
 }
 
 TEST_F(ModuleEntryTest, HandlesARequestFromTheEventLoopAndNeverInsideTheCall)

@@ -54,6 +54,7 @@ TEST_F(PlayerConstructionTest, HasASingleShotTimerOf100MillisecondsThatStandsSti
     load();
     EXPECT_TRUE(inactivityTimer()->isSingleShot());
     EXPECT_EQ(inactivityTimer()->interval(), 100);
+    EXPECT_EQ(inactivityTimer()->timerType(), Qt::PreciseTimer);
     EXPECT_FALSE(inactivityTimer()->isActive());
     EXPECT_EQ(inactivityTimer()->parent(), player());
 }
@@ -112,6 +113,53 @@ TEST_F(PlayerConstructionTest, RegistersWithOneNodeForBothMessages)
     EXPECT_EQ(record.moduleName(), TavoNotificationsName());
     EXPECT_EQ(record.revokeResourcesPath(), revokePath());
     EXPECT_EQ(record.postRevokeResourcesPath(), revokePath());
+}
+
+TEST_F(PlayerConstructionTest, ReadsTheDeviceBeforeItRegisters)
+{
+    bool readBefore = false;
+    services().setDirectScript(
+        TavoPowerManagerModuleRegisterPath(), [this, &readBefore](const CMSetDataRequest &request) {
+            readBefore = logged(DEBUG_LOG_LEVEL, "Output device name: testdevice") == 1;
+            request.reply().setValue(QVariant());
+        });
+    load();
+    EXPECT_TRUE(readBefore);
+}
+
+TEST_F(PlayerConstructionTest, PublishesTheRevokeNodeBeforeItRegisters)
+{
+    QString error = "not asked"_s;
+    services().setDirectScript(TavoPowerManagerModuleRegisterPath(),
+                               [&error](const CMSetDataRequest &request) {
+                                   const CMReply<QVariant> reply;
+                                   CMRoot()->invoke(revokePath(), QVariant(), reply);
+                                   error = reply.error().name();
+                                   request.reply().setValue(QVariant());
+                               });
+    load();
+    EXPECT_EQ(error, QString());
+}
+
+TEST_F(PlayerConstructionTest, HandlesARevokeFromTheEventLoop)
+{
+    load();
+    const CMReply<QVariant> reply;
+    CMRoot()->invoke(revokePath(), QVariant(), reply);
+    EXPECT_FALSE(reply.isFinished());
+    settle();
+    EXPECT_TRUE(reply.isFinished());
+}
+
+TEST_F(PlayerConstructionTest, LogsWithTheUnitsOwnFileAndTheFunction)
+{
+    load();
+    play("a"_s);
+    const auto records = this->log().find("Starting playback: a");
+    ASSERT_EQ(records.size(), 1U);
+    EXPECT_EQ(records.front().fileName(), "NotificationPlayer.cpp");
+    EXPECT_NE(records.front().function.find("playItem"), std::string::npos);
+    EXPECT_GT(records.front().line, 0);
 }
 
 TEST_F(PlayerConstructionTest, DoesNotNoticeARegistrationThatFails)

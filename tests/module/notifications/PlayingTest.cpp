@@ -189,6 +189,19 @@ TEST_F(PlayingTest, FailsWhatCannotStartAndPlaysTheNext)
     EXPECT_EQ(journalOf("b"_s).last(), "started"_s);
 }
 
+TEST_F(PlayingTest, IsDeafToAnEndOfWhatCouldNotStart)
+{
+    play("a"_s, 1);
+    play("b"_s, 2);
+    ScriptedPlayers::instance().failPlay("a"_s);
+    scripted("b"_s)->reportEnded();
+    scripted("a"_s)->reportEnded(); // was on its way when a was resumed
+    EXPECT_EQ(logged(ERROR_LOG_LEVEL, "Id of stopped sound does not exists, ignoring. a"), 0);
+    settle();
+    EXPECT_EQ(journal().count("a failed"_s), 1);
+    EXPECT_EQ(journal().count("a finished"_s), 0);
+}
+
 TEST_F(PlayingTest, FailsAPausedItemThatCannotGoOn)
 {
     play("a"_s, 1);

@@ -137,6 +137,43 @@ TEST_F(RevokeTest, LeavesTheTimerRunningWhenTheQueueHasRunDry)
     EXPECT_TRUE(inactivityTimer()->isActive());
 }
 
+TEST_F(RevokeTest, OfAnUnknownTypeTakesTheResourceAndStopsNothing)
+{
+    play("a"_s);
+    expectEmptyAnswer(revoke(Type::Enum(7)));
+    EXPECT_EQ(scripted("a"_s)->stops, 0);
+    scripted("a"_s)->reportEnded();
+    settle();
+    play("b"_s);
+    EXPECT_EQ(journal().count("acquire"_s), 2);
+}
+
+TEST_F(RevokeTest, ChangesNothingAfterARefusedAcquire)
+{
+    setResources(ScriptedService::refuse("no"_s));
+    enqueue("a"_s);
+    expectEmptyAnswer(revoke(Type::Revoked));
+    expectEmptyAnswer(revoke(Type::PostRevoked));
+    EXPECT_FALSE(inactivityTimer()->isActive());
+    setResources(ScriptedService::accept());
+    play("b"_s);
+    EXPECT_EQ(journal().count("duck"_s), 1);
+}
+
+TEST_F(RevokeTest, IsAnsweredWhileTheMainAudioIsBeingRestored)
+{
+    play("a"_s)->reportEnded();
+    settle();
+    setDucking(ScriptedService::keep());
+    fireInactivityTimer();
+    expectEmptyAnswer(revoke(Type::Revoked));
+    expectEmptyAnswer(revoke(Type::PostRevoked));
+    services().requests(TavoPlayerMainAudioDuckingPath()).back().reply().setValue(QVariant());
+    settle();
+    setDucking(ScriptedService::accept());
+    play("b"_s);
+}
+
 TEST_F(RevokeTest, LogsTheMessage)
 {
     const auto message = TavoPowerManagerRevokeMessage()

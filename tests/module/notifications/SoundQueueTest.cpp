@@ -92,6 +92,21 @@ TEST_F(SoundQueueTest, DoesNotPauseAHeadThatHasNoPlayerYet)
     EXPECT_TRUE(ScriptedPlayers::instance().all().empty());
 }
 
+TEST_F(SoundQueueTest, HasTheNewHeadInPlaceWhenItPausesTheOld)
+{
+    // Whatever a player does when it is paused, it finds the queue in order.
+    play("a"_s, 5);
+    ScriptedPlayers::instance().onCall = [](const QString &call, const QString &id) {
+        if (call == "pause"_s) {
+            scripted(id)->reportError("cannot pause"_s);
+        }
+    };
+    enqueue("b"_s, 7);
+    EXPECT_EQ(logged(log4cplus::DEBUG_LOG_LEVEL, "Not a first item finished 1"), 1);
+    EXPECT_EQ(logged(TRACE_LOG_LEVEL, "Active notification stopped"), 0);
+    EXPECT_EQ(scripted("b"_s)->plays, 1);
+}
+
 TEST_F(SoundQueueTest, ComparesPrioritiesAsSignedNumbersToBothEnds)
 {
     setDucking(ScriptedService::keep());
@@ -127,9 +142,13 @@ TEST_F(SoundQueueTest, RefusesAnEmptyIdBeforeAnythingElse)
 TEST_F(SoundQueueTest, RefusesAnIdInTheQueueAndLeavesTheQueueAlone)
 {
     play("a"_s);
+    log().clear();
     enqueue("a"_s, 9);
+    EXPECT_EQ(entered(TRACE_LOG_LEVEL, "dumpQueue", "dump after enqueue"), 0);
+    EXPECT_EQ(entered(TRACE_LOG_LEVEL, "continuePlayAudio", "queue size: 1"), 0);
     EXPECT_EQ(logged(ERROR_LOG_LEVEL, "Notification with the same id already exists"), 1);
-    EXPECT_EQ(queue(), ids("a"));
+    enqueue("b"_s);
+    EXPECT_EQ(queue(), ids("a b"));
     EXPECT_EQ(journalOf("a"_s).last(), "started"_s);
 }
 

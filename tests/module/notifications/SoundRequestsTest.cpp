@@ -145,9 +145,14 @@ TEST_F(SoundRequestsTest, TakesRequestsFromOtherThreads)
                          TavoValue().setNotificationPlayerItem(item("a"_s)), reply);
     }));
     requester->start();
-    ASSERT_TRUE(waitFor([&] { return reply.isFinished(); }));
+    const QThread *handlingThread = nullptr;
+    ScriptedPlayers::instance().onCall = [&](const QString &, const QString &) {
+        handlingThread = QThread::currentThread();
+    };
+    ASSERT_TRUE(waitFor([&] { return reply.isFinished() && handlingThread != nullptr; }));
     requester->wait();
     EXPECT_FALSE(reply.error().isError());
+    EXPECT_EQ(handlingThread, worker()->thread());
 }
 
 TEST(SoundRequestsDeathTest, ARequestWithoutDataIsAProgrammingError)

@@ -34,6 +34,13 @@ void ScriptedService::withdraw(const CMPath &path)
     m_nodes.take(path)->dispose();
 }
 
+void ScriptedService::setDirectScript(const CMPath &path, Script script)
+{
+    setScript(path, std::move(script));
+    static_cast<CMActivateNode *>(m_nodes.value(path))
+        ->setInvoke(this, &ScriptedService::on_request, Qt::DirectConnection);
+}
+
 void ScriptedService::on_request(const CMSetDataRequest &request)
 {
     m_requests.push_back(request);

@@ -41,6 +41,9 @@ public:
     /// Changes what happens to further requests to the path.
     void setScript(const CMPath &path, Script script) { m_scripts[path] = std::move(script); }
 
+    /// Calls the script inside each request's call instead of from the event loop.
+    void setDirectScript(const CMPath &path, Script script);
+
 private:
     void on_request(const CMSetDataRequest &request);
 
