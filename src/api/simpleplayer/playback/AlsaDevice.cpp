@@ -33,6 +33,9 @@ constexpr int settleMoveSteps = 24;
 constexpr int settleStillSteps = 4;
 constexpr int settleMaxSteps = 36;
 
+// A device that runs empty again before it has taken a frame will not come round.
+constexpr int maxFailedWrites = 10;
+
 // By default the library would write to the process's error stream.
 void logAlsaError(const char *, int, const char *function, int, const char *format, ...)
 {
@@ -76,6 +79,7 @@ bool AlsaDevice::open(const QString &name, SoundFormat format, int usage)
     m_name = QStringLiteral("The sound device \"%1\"").arg(name);
     m_error.clear();
     m_lost = 0;
+    m_failedWrites = 0;
 
     int result = 0;
     if (openAs(name, format, usage, result))
@@ -202,6 +206,12 @@ long AlsaDevice::settle()
 
 long AlsaDevice::room()
 {
+    // Not every device says so when it is asked for room.
+    const snd_pcm_state_t state = snd_pcm_state(m_pcm);
+    if (state == SND_PCM_STATE_SUSPENDED)
+        return recover(-ESTRPIPE);
+    if (state == SND_PCM_STATE_DISCONNECTED)
+        return recover(-ENODEV);
     const snd_pcm_sframes_t available = snd_pcm_avail(m_pcm);
     if (available < 0)
         return recover(int(available));
@@ -213,6 +223,7 @@ long AlsaDevice::write(const float *samples, long frames)
 {
     const snd_pcm_sframes_t written = snd_pcm_writei(m_pcm, samples, snd_pcm_uframes_t(frames));
     if (written >= 0) {
+        m_failedWrites = 0;
         m_held += long(written);
         return long(written);
     }
@@ -227,6 +238,8 @@ long AlsaDevice::recover(int result)
         return resume();
     if (result != -EPIPE)
         return fail(result);
+    if (++m_failedWrites > maxFailedWrites)
+        return fail(result);
     LOG4CPLUS_DEBUG(simplePlayerLogger(), "Underrun");
     m_held = 0;
     result = snd_pcm_prepare(m_pcm);
@@ -238,9 +251,12 @@ long AlsaDevice::resume()
     int result = snd_pcm_resume(m_pcm);
     if (result == -EAGAIN)
         return 0;
-    if (result == 0)
+    if (result == 0 && snd_pcm_state(m_pcm) != SND_PCM_STATE_SUSPENDED)
         return bufferFrames() - m_held;
     // The device can't go on where it was, so what it held has to be written again.
+    const snd_pcm_sframes_t available = snd_pcm_avail_update(m_pcm);
+    if (available >= 0)
+        m_held = std::clamp(bufferFrames() - long(available), 0L, bufferFrames());
     m_lost += m_held;
     m_held = 0;
     result = snd_pcm_prepare(m_pcm);

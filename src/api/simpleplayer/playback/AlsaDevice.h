@@ -70,4 +70,5 @@ private:
     snd_pcm_uframes_t m_periodFrames = 0;
     long m_held = 0;
     long m_lost = 0;
+    int m_failedWrites = 0; // in a row
 };

@@ -207,7 +207,8 @@ PlaybackWriter::Step PlaybackWriter::send(long room)
     if (written < 0)
         return fail(m_device.error());
     m_window.sent(written, m_device.bufferFrames());
-    return Step::GoOn;
+    // A device that has room but takes nothing is given time to come round.
+    return written > 0 ? Step::GoOn : waitFor(m_device.periodFrames());
 }
 
 // The end is when the last frame has been heard. Devices tell what they have played by whole

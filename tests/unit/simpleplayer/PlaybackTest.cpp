@@ -1,0 +1,331 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+// What is heard of a sound, frame by frame.
+
+#include "PlayerTest.h"
+
+#include <gmock/gmock.h>
+#include <simpleplayer/UriSimplePlayer.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include <QDir>
+#include <QTest>
+
+using testing::AllOf;
+using testing::Ge;
+using testing::Le;
+
+class PlaybackTest : public PlayerTest
+{
+protected:
+    void make(const QString &uri, const char *device = "plain")
+    {
+        m_player = std::make_unique<UriSimplePlayer>(uri, QStringLiteral("id"),
+                                                     QString::fromLatin1(device), nullptr);
+        m_end = std::make_unique<EndSpy>(*m_player);
+    }
+
+    /// Plays the counting sound to its end.
+    void playOn(const char *device)
+    {
+        make(counting(), device);
+        ASSERT_TRUE(m_player->play());
+        ASSERT_TRUE(m_end->hasEndedOnce());
+    }
+
+    static int threads()
+    {
+        return QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs).count();
+    }
+
+    std::unique_ptr<UriSimplePlayer> m_player;
+    std::unique_ptr<EndSpy> m_end;
+};
+
+class PlaybackUsageTest : public PlaybackTest, public testing::WithParamInterface<int>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(Usages, PlaybackUsageTest,
+                         testing::Values(SimplePlayer::UsageMedia, SimplePlayer::UsageNotification),
+                         [](const auto &info) {
+                             return info.param == SimplePlayer::UsageMedia ? "Media"
+                                                                           : "Notification";
+                         });
+
+TEST_P(PlaybackUsageTest, PlaysEveryFrameOnceAndInOrder)
+{
+    make(counting());
+    m_player->usage = GetParam();
+    ASSERT_TRUE(m_player->play());
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(heard(), countingFloats());
+}
+
+TEST_P(PlaybackUsageTest, GoesOnAfterAPauseAtTheFrameThatWasNextToBeHeard)
+{
+    make(counting(30000));
+    m_player->usage = GetParam();
+    for (const int frames : {100, 3000, 9000, 20000}) {
+        ASSERT_TRUE(m_player->play());
+        ASSERT_TRUE(hasHeard(frames));
+        m_player->pause();
+    }
+    ASSERT_TRUE(m_player->play());
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(heard(), countingFloats(30000));
+}
+
+TEST_F(PlaybackTest, IsSilentInAPause)
+{
+    make(counting());
+    m_player->play();
+    ASSERT_TRUE(hasHeard(2000));
+    m_player->pause();
+    const auto before = m_devices.heard();
+    EXPECT_LT(before.size(), std::size_t(soundFrames));
+    QTest::qWait(100);
+    EXPECT_EQ(m_devices.heard(), before);
+}
+
+TEST_F(PlaybackTest, IsSilentOnceStopped)
+{
+    make(counting());
+    m_player->play();
+    ASSERT_TRUE(hasHeard(2000));
+    m_player->stop();
+    const auto before = m_devices.heard();
+    EXPECT_LT(before.size(), std::size_t(soundFrames));
+    EXPECT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(m_devices.heard(), before);
+}
+
+TEST_F(PlaybackTest, IsSilentOnceDestroyed)
+{
+    make(counting());
+    m_player->play();
+    ASSERT_TRUE(hasHeard(2000));
+    m_player.reset();
+    const auto before = m_devices.heard();
+    EXPECT_LT(before.size(), std::size_t(soundFrames));
+    settle();
+    EXPECT_EQ(m_end->count(), 0);
+    EXPECT_EQ(m_devices.heard(), before);
+}
+
+TEST_F(PlaybackTest, RepeatsWithoutAGap)
+{
+    make(counting());
+    m_player->loop = true;
+    m_player->play();
+    ASSERT_TRUE(hasHeard(3 * soundFrames));
+    m_player->stop();
+    const auto samples = m_devices.heard();
+    const auto once = countingFloats();
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        ASSERT_EQ(samples[i], once[i % once.size()]) << "at frame " << i;
+}
+
+TEST_F(PlaybackTest, KeepsItsPlaceInARepetition)
+{
+    make(counting());
+    m_player->loop = true;
+    m_player->play();
+    for (const int frames : {soundFrames - 500, soundFrames + 500, 2 * soundFrames}) {
+        ASSERT_TRUE(hasHeard(frames));
+        m_player->pause();
+        m_player->play();
+    }
+    ASSERT_TRUE(hasHeard(3 * soundFrames));
+    m_player->stop();
+    const auto samples = m_devices.heard();
+    const auto once = countingFloats();
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        ASSERT_EQ(samples[i], once[i % once.size()]) << "at frame " << i;
+}
+
+TEST_F(PlaybackTest, EndsWhenTheLastFrameHasBeenHeard)
+{
+    make(counting());
+    std::size_t heardAtEnd = 0;
+    QObject::connect(m_player.get(), &SimplePlayer::playbackEnded,
+                     [&] { heardAtEnd = m_devices.heard().size(); });
+    m_player->play();
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_GE(heardAtEnd, std::size_t(soundFrames));
+}
+
+TEST_F(PlaybackTest, EndsAfterAPauseInItsLastFrames)
+{
+    make(counting());
+    m_player->play();
+    ASSERT_TRUE(hasHeard(soundFrames - 100));
+    m_player->pause();
+    m_player->play();
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(m_end->ended.count(), 1);
+    EXPECT_EQ(heard(), countingFloats());
+}
+
+TEST_F(PlaybackTest, PlaysASoundThatIsShorterThanAPeriod)
+{
+    make(counting(7));
+    ASSERT_TRUE(m_player->play());
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(heard(), countingFloats(7));
+}
+
+TEST_F(PlaybackTest, HasAThreadOnlyWhileItPlays)
+{
+    make(counting());
+    const int before = threads();
+    m_player->play();
+    EXPECT_EQ(threads(), before + 1);
+    m_player->pause();
+    EXPECT_EQ(threads(), before);
+    m_player->play();
+    EXPECT_EQ(threads(), before + 1);
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(threads(), before);
+}
+
+TEST_F(PlaybackTest, LeavesTheDeviceToOthersInAPause)
+{
+    make(counting());
+    const auto descriptors = [] {
+        return QDir(QStringLiteral("/proc/self/fd"))
+            .entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System)
+            .count();
+    };
+    m_player->play();
+    ASSERT_TRUE(hasHeard(1000));
+    const int playing = descriptors();
+    m_player->pause();
+    EXPECT_LT(descriptors(), playing);
+}
+
+TEST_F(PlaybackTest, RecoversFromAnUnderrun)
+{
+    playOn("underruns");
+    EXPECT_EQ(m_end->ended.count(), 1);
+    EXPECT_EQ(heard(), countingFloats());
+}
+
+TEST_F(PlaybackTest, GoesOnWhereADeviceResumes)
+{
+    playOn("suspends");
+    EXPECT_EQ(m_end->ended.count(), 1);
+    EXPECT_EQ(heard(), countingFloats());
+}
+
+TEST_F(PlaybackTest, WritesAgainWhatADeviceForgotInItsSuspension)
+{
+    playOn("suspends_forgets");
+    EXPECT_EQ(m_end->ended.count(), 1);
+    EXPECT_EQ(heard(), countingFloats());
+}
+
+TEST_F(PlaybackTest, ReportsADeviceThatVanishes)
+{
+    playOn("vanishes");
+    ASSERT_EQ(m_end->failed.count(), 1);
+    EXPECT_THAT(m_end->error(), testing::HasSubstr("The sound device \"vanishes\" has gone"));
+}
+
+TEST_F(PlaybackTest, ConvertsWhatADeviceDoesNotTake)
+{
+    const int seconds44100 = 44100 / 4;
+    const QString file = path("sine.wav");
+    writeSound(file, wav, rate, sineSamples(rate / 4, rate, 1000));
+    make(file, "fixed");
+    ASSERT_TRUE(m_player->play());
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(m_end->ended.count(), 1);
+    const QByteArray bytes = m_devices.heardBytes(); // 16 bit stereo, then padding
+    const int frames = bytes.size() / 4;
+    EXPECT_THAT(frames, AllOf(Ge(seconds44100), Le(seconds44100 + 44100 / 10)));
+    const auto *samples = reinterpret_cast<const qint16 *>(bytes.constData());
+    EXPECT_GT(*std::max_element(samples, samples + bytes.size() / 2), 9000);
+}
+
+TEST_F(PlaybackTest, GivesTheDeviceTheRateAndTheChannelsOfTheSound)
+{
+    const QString file = path("stereo.wav");
+    const auto samples = countingSamples(4000);
+    writeSound(file, wav, 22050, samples, 2);
+    make(file);
+    ASSERT_TRUE(m_player->play());
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(heard(), asFloats(samples));
+}
+
+TEST_F(PlaybackTest, StartsWithTheGainItWasGiven)
+{
+    make(counting());
+    m_player->setGain(0.5, 1000);
+    m_player->play();
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    auto expected = countingFloats();
+    for (float &sample : expected)
+        sample *= 0.5F;
+    EXPECT_EQ(heard(), expected);
+}
+
+TEST_F(PlaybackTest, KeepsTheGainWithinItsBounds)
+{
+    make(counting());
+    m_player->setGain(2.0, 0);
+    m_player->play();
+    ASSERT_TRUE(hasHeard(2000));
+    m_player->setGain(-1.0, 0);
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    const auto samples = m_devices.heard();
+    const auto expected = countingFloats();
+    EXPECT_TRUE(std::equal(samples.begin(), samples.begin() + 2000, expected.begin()));
+    EXPECT_EQ(samples[soundFrames - 1], 0.0F);
+}
+
+TEST_F(PlaybackTest, SpreadsAChangeOfGainEvenlyOverItsTime)
+{
+    constexpr int fadeMs = 100;
+    constexpr int fadeFrames = rate * fadeMs / 1000;
+    make(counting(30000));
+    m_player->play();
+    ASSERT_TRUE(hasHeard(2000));
+    m_player->setGain(0.25, fadeMs);
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    const auto samples = heard();
+    const auto full = countingFloats(30000);
+    ASSERT_EQ(samples.size(), full.size());
+    const auto changed = std::mismatch(samples.begin(), samples.end(), full.begin()).first;
+    const auto start = changed - samples.begin() - 1; // the first frame of a fade is as it was
+    for (int i = 0; i < int(full.size()); ++i) {
+        const double part = std::clamp(double(i - start) / fadeFrames, 0.0, 1.0);
+        ASSERT_FLOAT_EQ(samples[i], float(full[i] * (1.0 - 0.75 * part))) << "at frame " << i;
+    }
+}
+
+TEST_F(PlaybackTest, KeepsAFadeExactThroughAPause)
+{
+    constexpr int fadeMs = 200;
+    constexpr int fadeFrames = rate * fadeMs / 1000;
+    make(counting(30000));
+    m_player->play();
+    ASSERT_TRUE(hasHeard(2000));
+    m_player->setGain(0.0, fadeMs);
+    ASSERT_TRUE(hasHeard(10000));
+    m_player->pause();
+    m_player->play();
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    const auto samples = m_devices.heard();
+    const auto full = countingFloats(30000);
+    const auto start =
+        std::mismatch(full.begin(), full.end(), samples.begin()).first - full.begin() - 1;
+    for (int i = 0; i < int(full.size()); ++i) {
+        const double part = std::clamp(double(i - start) / fadeFrames, 0.0, 1.0);
+        ASSERT_FLOAT_EQ(samples[i], float(full[i] * (1.0 - part))) << "at frame " << i;
+    }
+}

@@ -1,0 +1,59 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "EndSpy.h"
+#include "support/sound/ScriptedDevices.h"
+#include "support/sound/SoundFiles.h"
+
+#include <gtest/gtest.h>
+#include <simpleplayer/SimplePlayerLimits.h>
+
+#include <QTemporaryDir>
+
+#include <sndfile.h>
+
+/// What tests of players on scripted devices share.
+class PlayerTest : public testing::Test
+{
+protected:
+    static constexpr int rate = 48000;
+    static constexpr int soundFrames = 12000; // a quarter of a second
+    static constexpr int wav = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+
+    PlayerTest() { m_devices.forget(); }
+    ~PlayerTest() override { SimplePlayerLimits::setCurrent({}); }
+
+    QString path(const char *name) const { return m_folder.filePath(QString::fromLatin1(name)); }
+
+    /// A mono WAV file with the counting samples.
+    QString counting(int frames = soundFrames)
+    {
+        const QString file = path("counting.wav");
+        writeSound(file, wav, rate, countingSamples(frames));
+        return file;
+    }
+
+    static std::vector<float> countingFloats(int frames = soundFrames)
+    {
+        return asFloats(countingSamples(frames));
+    }
+
+    /// What was heard, without the silence that followed.
+    std::vector<float> heard() const
+    {
+        std::vector<float> samples = m_devices.heard();
+        while (!samples.empty() && samples.back() == 0.0F)
+            samples.pop_back();
+        return samples;
+    }
+
+    bool hasHeard(int frames) const
+    {
+        return waitFor([&] { return int(m_devices.heard().size()) >= frames; });
+    }
+
+    ScriptedDevices &m_devices = ScriptedDevices::instance();
+    QTemporaryDir m_folder;
+};

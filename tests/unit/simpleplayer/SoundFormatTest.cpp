@@ -1,0 +1,312 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+// Sound files, good and bad.
+
+#include "PlayerTest.h"
+#include "support/LogCapture.h"
+
+#include <gmock/gmock.h>
+#include <simpleplayer/DataSimplePlayer.h>
+#include <simpleplayer/UriSimplePlayer.h>
+
+#include <cmath>
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QUrl>
+
+using testing::HasSubstr;
+
+namespace {
+
+struct Format
+{
+    const char *name;
+    int format;
+    int rate;
+    bool exact; // keeps every sample
+};
+
+} // namespace
+
+class SoundFormatTest : public PlayerTest, public testing::WithParamInterface<Format>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Formats, SoundFormatTest,
+    testing::Values(Format{"Wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 48000, true},
+                    Format{"Flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16, 44100, true},
+                    Format{"Vorbis", SF_FORMAT_OGG | SF_FORMAT_VORBIS, 44100, false},
+                    Format{"Opus", SF_FORMAT_OGG | SF_FORMAT_OPUS, 48000, false},
+                    Format{"Mp3", SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III, 44100, false}),
+    [](const auto &info) { return info.param.name; });
+
+TEST_P(SoundFormatTest, IsPlayedWithExactlyItsFrames)
+{
+    const Format format = GetParam();
+    const auto samples = sineSamples(soundFrames, format.rate, 1000);
+    const QString file = path("sound");
+    writeSound(file, format.format, format.rate, samples);
+    UriSimplePlayer player(file, QStringLiteral("id"), QStringLiteral("plain"), nullptr);
+    EndSpy end(player);
+    ASSERT_TRUE(player.play());
+    ASSERT_TRUE(end.hasEndedOnce());
+    ASSERT_EQ(end.ended.count(), 1) << end.error();
+
+    auto heardSamples = m_devices.heard();
+    const auto expected = asFloats(samples);
+    ASSERT_GE(heardSamples.size(), expected.size());
+    double difference = 0;
+    for (std::size_t i = 0; i < expected.size(); ++i)
+        difference = std::max(difference, double(std::fabs(heardSamples[i] - expected[i])));
+    EXPECT_LE(difference, format.exact ? 0.0 : 0.1);
+    for (std::size_t i = expected.size(); i < heardSamples.size(); ++i)
+        ASSERT_EQ(heardSamples[i], 0.0F) << "a frame too many: " << i;
+}
+
+TEST_P(SoundFormatTest, IsRepeatedFromItsFirstFrame)
+{
+    const Format format = GetParam();
+    const QString file = path("sound");
+    writeSound(file, format.format, format.rate, sineSamples(soundFrames, format.rate, 1000));
+    UriSimplePlayer player(file, QStringLiteral("id"), QStringLiteral("plain"), nullptr);
+    player.loop = true;
+    player.play();
+    ASSERT_TRUE(hasHeard(2 * soundFrames + 1000));
+    player.stop();
+    const auto samples = m_devices.heard();
+    for (int i = 0; i + soundFrames < int(samples.size()); ++i)
+        ASSERT_EQ(samples[i], samples[i + soundFrames]) << "at frame " << i;
+}
+
+TEST_P(SoundFormatTest, IsPlayedFromMemory)
+{
+    const Format format = GetParam();
+    const QString file = path("sound");
+    writeSound(file, format.format, format.rate, sineSamples(soundFrames, format.rate, 1000));
+    DataSimplePlayer player(readFile(file), QStringLiteral("id"), QStringLiteral("plain"), nullptr);
+    EndSpy end(player);
+    ASSERT_TRUE(player.play());
+    ASSERT_TRUE(end.hasEndedOnce());
+    ASSERT_EQ(end.ended.count(), 1) << end.error();
+    EXPECT_GE(m_devices.heard().size(), std::size_t(soundFrames));
+}
+
+/// Sounds that can't be played: play() says no, and the log says why.
+class UnplayableTest : public PlayerTest
+{
+protected:
+    void expectRefusal(SimplePlayer &player, const std::string &reason)
+    {
+        const LogCapture log("SimplePlayer");
+        EndSpy end(player);
+        EXPECT_FALSE(player.play());
+        ASSERT_EQ(log.countAt(log4cplus::ERROR_LOG_LEVEL), 1);
+        EXPECT_THAT(log.messages(log4cplus::ERROR_LOG_LEVEL)[0], HasSubstr(reason));
+        settle();
+        EXPECT_EQ(end.count(), 0);
+    }
+
+    void expectRefusal(const QString &uri, const std::string &reason, const char *device = "plain")
+    {
+        UriSimplePlayer player(uri, QStringLiteral("id"), QString::fromLatin1(device), nullptr);
+        expectRefusal(player, reason);
+    }
+
+    void expectDataRefusal(const QByteArray &data, const std::string &reason)
+    {
+        DataSimplePlayer player(data, QStringLiteral("id"), QStringLiteral("plain"), nullptr);
+        expectRefusal(player, reason);
+    }
+};
+
+TEST_F(UnplayableTest, MissingFile)
+{
+    expectRefusal(path("missing.wav"), "missing.wav\" can't be opened: No such file or directory");
+}
+
+TEST_F(UnplayableTest, Directory)
+{
+    expectRefusal(m_folder.path(), "is a directory, not a sound");
+}
+
+TEST_F(UnplayableTest, EmptyFile)
+{
+    writeFile(path("empty.wav"), {});
+    expectRefusal(path("empty.wav"), "empty.wav\" is empty");
+}
+
+TEST_F(UnplayableTest, TextFile)
+{
+    writeFile(path("text.wav"), "This is a text and no sound at all.\n");
+    expectRefusal(path("text.wav"), "holds no sound in a known format");
+}
+
+TEST_F(UnplayableTest, WavFileThatIsCutOff)
+{
+    const QByteArray whole = readFile(counting());
+    writeFile(path("cut.wav"), whole.left(whole.size() - 100));
+    expectRefusal(path("cut.wav"), "is cut off: 100 bytes are missing");
+}
+
+TEST_F(UnplayableTest, WavFileThatIsCutOffInItsHeader)
+{
+    writeFile(path("cut.wav"), readFile(counting()).left(20));
+    expectRefusal(path("cut.wav"), "is cut off");
+}
+
+TEST_F(UnplayableTest, WavFileWithoutFrames)
+{
+    writeSound(path("none.wav"), wav, rate, {});
+    expectRefusal(path("none.wav"), "holds no sound");
+}
+
+TEST_F(UnplayableTest, SoundBeyondTheLimit)
+{
+    SimplePlayerLimits limits;
+    limits.maxSoundBytes = qint64(soundFrames) * sizeof(float) - 1;
+    SimplePlayerLimits::setCurrent(limits);
+    expectRefusal(counting(), "is too long");
+}
+
+TEST_F(UnplayableTest, NoName)
+{
+    expectRefusal(QString(), "No sound is named");
+}
+
+TEST_F(UnplayableTest, UnknownScheme)
+{
+    expectRefusal(QStringLiteral("gopher://localhost/sound.wav"), "gopher: is not supported");
+}
+
+TEST_F(UnplayableTest, FileOfAnotherMachine)
+{
+    expectRefusal(QStringLiteral("file://elsewhere/sound.wav"), "names no file of this device");
+}
+
+TEST_F(UnplayableTest, UriWithoutAHost)
+{
+    expectRefusal(QStringLiteral("http:///sound.wav"), "is not a valid URI");
+}
+
+TEST_F(UnplayableTest, EmptyData)
+{
+    expectDataRefusal({}, "The sound data is empty");
+}
+
+TEST_F(UnplayableTest, UndecodableData)
+{
+    expectDataRefusal(QByteArray(1000, 'x'), "The sound data holds no sound in a known format");
+}
+
+TEST_F(UnplayableTest, DataThatIsCutOff)
+{
+    expectDataRefusal(readFile(counting()).left(1000), "The sound data is cut off");
+}
+
+TEST_F(UnplayableTest, DeviceThatIsBusy)
+{
+    expectRefusal(counting(), "The sound device \"busy\" is busy: something else is using it",
+                  "busy");
+}
+
+TEST_F(UnplayableTest, DeviceThatDoesNotExist)
+{
+    expectRefusal(counting(), "The sound device \"nowhere\" doesn't exist", "nowhere");
+}
+
+TEST_F(UnplayableTest, StillReportsItsStop)
+{
+    UriSimplePlayer player(path("missing.wav"), QStringLiteral("id"), QStringLiteral("plain"),
+                           nullptr);
+    EndSpy end(player);
+    EXPECT_FALSE(player.play());
+    player.stop();
+    ASSERT_TRUE(end.hasEndedOnce());
+    EXPECT_EQ(end.stopped.count(), 1);
+}
+
+TEST_F(UnplayableTest, CanBeTriedAgain)
+{
+    UriSimplePlayer player(path("counting.wav"), QStringLiteral("id"), QStringLiteral("plain"),
+                           nullptr);
+    EndSpy end(player);
+    EXPECT_FALSE(player.play());
+    counting();
+    EXPECT_TRUE(player.play());
+    ASSERT_TRUE(end.hasEndedOnce());
+    EXPECT_EQ(heard(), countingFloats());
+}
+
+/// Files whose names need care, and devices that take their time.
+class UriSimplePlayerTest : public PlayerTest
+{
+protected:
+    void expectPlayed(const QString &uri)
+    {
+        UriSimplePlayer player(uri, QStringLiteral("id"), QStringLiteral("plain"), nullptr);
+        EndSpy end(player);
+        ASSERT_TRUE(player.play());
+        ASSERT_TRUE(end.hasEndedOnce());
+        EXPECT_EQ(heard(), countingFloats());
+    }
+};
+
+TEST_F(UriSimplePlayerTest, PlaysAFileUri)
+{
+    expectPlayed(QUrl::fromLocalFile(counting()).toString());
+}
+
+TEST_F(UriSimplePlayerTest, PlaysAFileUriWithEscapes)
+{
+    const QString file = path("a b%c#d?.wav");
+    QFile::rename(counting(), file);
+    expectPlayed(QString::fromLatin1(QUrl::fromLocalFile(file).toEncoded()));
+}
+
+TEST_F(UriSimplePlayerTest, PlaysABarePathWithSpecialCharacters)
+{
+    const QString file = path("at 12:30 100%.wav");
+    QFile::rename(counting(), file);
+    expectPlayed(file);
+}
+
+TEST_F(UriSimplePlayerTest, BreaksOffWhereADamagedFileEnds)
+{
+    const QString flac = path("sound.flac");
+    writeSound(flac, SF_FORMAT_FLAC | SF_FORMAT_PCM_16, rate, sineSamples(24000, rate, 1000));
+    const QByteArray whole = readFile(flac);
+    writeFile(flac, whole.left(whole.size() / 2));
+    UriSimplePlayer player(flac, QStringLiteral("id"), QStringLiteral("plain"), nullptr);
+    EndSpy end(player);
+    ASSERT_TRUE(player.play());
+    ASSERT_TRUE(end.hasEndedOnce());
+    ASSERT_EQ(end.failed.count(), 1);
+    EXPECT_THAT(end.error(), HasSubstr("sound.flac\""));
+    EXPECT_GT(m_devices.heard().size(), 1000U);
+}
+
+TEST_F(UriSimplePlayerTest, IsNotHeldUpByASlowDevice)
+{
+    UriSimplePlayer player(counting(), QStringLiteral("id"), QStringLiteral("slow"), nullptr);
+    EndSpy end(player);
+    EXPECT_TRUE(player.play());
+    // The device takes longer to open, and nothing can be heard before.
+    EXPECT_TRUE(m_devices.heard().empty());
+    ASSERT_TRUE(end.hasEndedOnce());
+    EXPECT_EQ(heard(), countingFloats());
+}
+
+TEST_F(UriSimplePlayerTest, ReportsASlowDeviceThatFailsLater)
+{
+    const LogCapture log("SimplePlayer");
+    UriSimplePlayer player(counting(), QStringLiteral("id"), QStringLiteral("slow_busy"), nullptr);
+    EndSpy end(player);
+    EXPECT_TRUE(player.play());
+    ASSERT_TRUE(end.hasEndedOnce());
+    EXPECT_THAT(end.error(), HasSubstr("is busy"));
+    ASSERT_EQ(log.countAt(log4cplus::ERROR_LOG_LEVEL), 1);
+    EXPECT_THAT(log.messages(log4cplus::ERROR_LOG_LEVEL)[0], HasSubstr("is busy"));
+}
