@@ -10,7 +10,8 @@
 
 namespace {
 constexpr int stepFrames = SoundServer::rate / 100;
-constexpr int stepBytes = stepFrames * SoundServer::channels * int(sizeof(short));
+constexpr int frameBytes = SoundServer::channels * int(sizeof(short));
+constexpr int stepBytes = stepFrames * frameBytes;
 constexpr double fullScale = 32768.0;
 
 /// Shorter than three steps a level is passed, not stayed at.
@@ -19,10 +20,9 @@ constexpr int leastSteps = 3;
 double loudnessOfStep(const char *bytes)
 {
     double sum = 0;
-    for (int frame = 0; frame < stepFrames; ++frame) {
+    for (int frame = 0; frame < stepFrames; ++frame, bytes += frameBytes) {
         short sample = 0;
-        std::memcpy(&sample, bytes + frame * SoundServer::channels * int(sizeof sample),
-                    sizeof sample);
+        std::memcpy(&sample, bytes, sizeof sample);
         sum += double(sample) * sample;
     }
     return std::sqrt(sum / stepFrames) / fullScale;
