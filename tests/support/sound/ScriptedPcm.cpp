@@ -222,6 +222,7 @@ constexpr std::chrono::milliseconds slowOpening{400};
 
 extern "C" SND_PCM_PLUGIN_DEFINE_FUNC(scripted)
 {
+    static_cast<void>(root);
     std::string behaviour;
     std::string heard;
     snd_config_iterator_t entry = nullptr;
