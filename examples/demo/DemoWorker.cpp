@@ -20,7 +20,7 @@ DemoWorker::DemoWorker(const QVariantHash &config)
     // What can't be read here is reported by the host, with the key, and nothing is started.
     TavoConfiguration configuration(config);
     m_sounds = configuration.text(QStringLiteral("sounds"), QStringLiteral("."));
-    m_timeline = std::make_unique<Timeline>(configuration.text(QStringLiteral("timeline"), {}));
+    m_timeline = new Timeline(configuration.text(QStringLiteral("timeline"), {}), this);
     configuration.finish();
 
     // A node of our own: the notifications module reports to it how each sound starts and ends.
@@ -35,56 +35,56 @@ DemoWorker::DemoWorker(const QVariantHash &config)
     CMRoot()->connectValueChange(TavoPowerManagerStatePath(), this,
                                  &DemoWorker::on_powerManagerState_changed);
 
+    m_script = new Script(m_timeline, this);
     writeScript();
+    new DisplayScript(nodes(), m_timeline, this);
     QTimer::singleShot(0, this, [this] { happened(QStringLiteral("begun")); });
 }
 
 void DemoWorker::writeScript()
 {
     using Type = TavoNotificationPlayerItemType;
-    const auto step = [this](const char *after, int delay, std::function<void()> act) {
-        m_script.push_back({QString::fromLatin1(after), delay, std::move(act)});
-    };
 
     // A file; then, once the music is back, a sound in base64.
-    step("begun", 1500, [this] {
+    m_script->step("begun", 1500, [this] {
         enqueue(sound(QStringLiteral("chime"), Type::Uri, file(QStringLiteral("chime.flac"))));
     });
-    step("restored", 1000, [this] {
+    m_script->step("restored", 1000, [this] {
         enqueue(sound(QStringLiteral("message"), Type::Data,
                       textOf(file(QStringLiteral("message.base64")))));
     });
 
     // A stream, straight behind it: raw samples that somebody writes into a FIFO.
-    step("ended message", 0, [this] {
+    m_script->step("ended message", 0, [this] {
         enqueue(sound(QStringLiteral("stream"), Type::Stream, file(QStringLiteral("stream.fifo")))
                     .setContentStreamFormat(QStringLiteral("audio/L16;rate=48000;channels=1")));
     });
 
     // A long one, interrupted by an urgent one, goes on where it was.
-    step("restored", 1000, [this] {
+    m_script->step("restored", 1000, [this] {
         enqueue(sound(QStringLiteral("announcement"), Type::Uri,
                       file(QStringLiteral("announcement.wav"))));
     });
-    step("started announcement", 1500, [this] {
+    m_script->step("started announcement", 1500, [this] {
         enqueue(sound(QStringLiteral("alarm"), Type::Uri, file(QStringLiteral("alarm.wav")))
                     .setPriority(TavoNotificationItemPriority::Urgent));
     });
 
     // One that would repeat for ever is cancelled; one of no known type and one without its file
     // fail.
-    step("ended announcement", 0, [this] {
+    m_script->step("ended announcement", 0, [this] {
         enqueue(sound(QStringLiteral("ring"), Type::Uri, file(QStringLiteral("ring.ogg")))
                     .setLoop(true));
     });
-    step("started ring", 2500, [this] { cancel(QStringLiteral("ring")); });
-    step("ended ring", 0, [this] {
+    m_script->step("started ring", 2500, [this] { cancel(QStringLiteral("ring")); });
+    m_script->step("ended ring", 0, [this] {
         enqueue(sound(QStringLiteral("invalid"), Type::Enum(42), QString()));
         enqueue(sound(QStringLiteral("missing"), Type::Uri, file(QStringLiteral("nowhere.wav"))));
     });
 
     // The music shall be heard again before the end; then the host may go.
-    step("restored", 2000, [] { QMetaObject::invokeMethod(qApp, "quit", Qt::QueuedConnection); });
+    m_script->step("restored", 2000,
+                   [] { QMetaObject::invokeMethod(qApp, "quit", Qt::QueuedConnection); });
 }
 
 void DemoWorker::happened(const QString &event, const QString &id, const QString &kind)
@@ -97,12 +97,6 @@ void DemoWorker::happened(const QString &event, const QString &id, const QString
         details.insert(QStringLiteral("kind"), kind);
     }
     m_timeline->note(event, details);
-
-    const QString key = id.isEmpty() ? event : event + QLatin1Char(' ') + id;
-    if (m_next < m_script.size() && m_script[m_next].after == key) {
-        const Step &step = m_script[m_next++];
-        QTimer::singleShot(step.delay, Qt::PreciseTimer, this, step.act);
-    }
 }
 
 TavoNotificationPlayerItem DemoWorker::sound(const QString &id,

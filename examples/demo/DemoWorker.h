@@ -3,18 +3,16 @@
 
 #pragma once
 
+#include "DisplayScript.h"
+#include "Script.h"
 #include "Timeline.h"
 
 #include <core/tavo.h>
 
-#include <functional>
-#include <memory>
-#include <vector>
-
 /// Shows what a module does with sound notifications: sends requests, takes the responses and
 /// watches the services around, all through the model.
 ///
-/// Runs a fixed script: each step waits for an event, then for some milliseconds, and acts. All
+/// Runs a fixed script beside that of DisplayScript, which does the same for the display. All
 /// that happens goes to the timeline. Configuration: "sounds", the folder with the sounds (it has
 /// the files that demo/sounds.py makes), and "timeline", the file to write.
 class DemoWorker : public CMNodesWorker
@@ -30,13 +28,6 @@ private Q_SLOTS:
     void on_powerManagerState_changed(const CMPath &path, const QVariant &value);
 
 private:
-    struct Step
-    {
-        QString after; ///< the event that it waits for
-        int delay;     ///< milliseconds from that event on
-        std::function<void()> act;
-    };
-
     void writeScript();
     void happened(const QString &event, const QString &id = {}, const QString &kind = {});
 
@@ -49,10 +40,9 @@ private:
     static QString textOf(const QString &fileName);
 
     QString m_sounds;
-    std::unique_ptr<Timeline> m_timeline;
+    Timeline *m_timeline = nullptr;
+    Script *m_script = nullptr;
     CMPath m_responsePath;
-    std::vector<Step> m_script;
-    std::size_t m_next = 0; ///< the step that waits
     bool m_ducked = false;
     bool m_acquired = false;
 };

@@ -3,13 +3,13 @@
 
 #include "Timeline.h"
 
-#include <chrono>
 #include <stdexcept>
 
 #include <QJsonDocument>
 
-Timeline::Timeline(const QString &fileName)
-    : m_file(fileName)
+Timeline::Timeline(const QString &fileName, QObject *parent)
+    : QObject(parent)
+    , m_file(fileName)
 {
     if (!fileName.isEmpty() && !m_file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
         throw std::runtime_error(QStringLiteral("timeline: can't write %1: %2")
@@ -18,14 +18,15 @@ Timeline::Timeline(const QString &fileName)
     }
 }
 
-void Timeline::note(const QString &event, QJsonObject details)
+void Timeline::note(const QString &event, QJsonObject details, Moment moment)
 {
-    if (!m_file.isOpen()) {
-        return;
+    const QString id = details.value(QStringLiteral("id")).toString();
+    if (m_file.isOpen()) {
+        const std::chrono::duration<double> seconds = moment.time_since_epoch();
+        details.insert(QStringLiteral("t"), seconds.count());
+        details.insert(QStringLiteral("event"), event);
+        m_file.write(QJsonDocument(details).toJson(QJsonDocument::Compact) + '\n');
+        m_file.flush();
     }
-    const std::chrono::duration<double> now = std::chrono::steady_clock::now().time_since_epoch();
-    details.insert(QStringLiteral("t"), now.count());
-    details.insert(QStringLiteral("event"), event);
-    m_file.write(QJsonDocument(details).toJson(QJsonDocument::Compact) + '\n');
-    m_file.flush();
+    Q_EMIT noted(id.isEmpty() ? event : event + QLatin1Char(' ') + id);
 }
