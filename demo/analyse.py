@@ -1,7 +1,9 @@
 #!/usr/bin/python3
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""Checks what was heard in a run against what should have been, and draws a picture of it.
+"""Checks what was heard and shown in a run against what should have been, and draws a picture of it.
+
+Without a recording, what the timeline tells is checked and nothing is drawn.
 
 Exit status: 0 when every check passed, 1 when one failed, 2 when the input can't be read.
 """
@@ -10,31 +12,35 @@ import argparse
 import pathlib
 import sys
 
-from soundcheck import checks, expectations, picture, recording, timeline
+from soundcheck import check, checks, displaychecks, expectations, picture, recording, timeline
 
 
 def main():
     parser = argparse.ArgumentParser(
         description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("recording", type=pathlib.Path, help="folder with recording.json")
+    parser.add_argument("recording", type=pathlib.Path, nargs="?",
+                        help="folder with recording.json")
     parser.add_argument("--timeline", type=pathlib.Path, required=True, help="JSON lines")
     parser.add_argument("--expect", type=pathlib.Path, required=True, help="expectations, JSON")
     parser.add_argument("--sounds", type=pathlib.Path, required=True, help="sounds.json")
     parser.add_argument("--picture", type=pathlib.Path, help="write a picture, PNG")
     options = parser.parse_args()
     try:
-        tracks = recording.load(options.recording)
+        tracks = recording.load(options.recording) if options.recording else None
         story = timeline.load(options.timeline)
         expected = expectations.load(options.expect, options.sounds)
     except (OSError, ValueError, KeyError) as error:
         print(f"analyse: {type(error).__name__}: {error}", file=sys.stderr)
         return 2
     results = checks.check_all(tracks, story, expected)
-    print("\n".join(checks.table(results)))
-    failed = sum(not check.passed for check in results)
+    if story.display.notifications:
+        begin = min(track.start for track in tracks.values()) if tracks else story.begin
+        print("\n".join(displaychecks.table(story.display, expected.display, begin)), end="\n\n")
+    print("\n".join(check.table(results)))
+    failed = sum(not result.passed for result in results)
     print(f"\n{len(results) - failed} of {len(results)} checks passed, {failed} FAILED" if failed
           else f"\nAll {len(results)} checks passed")
-    if options.picture:
+    if options.picture and tracks:
         picture.draw(options.picture, tracks, story, expected, failed)
     return 1 if failed else 0
 

@@ -21,6 +21,14 @@ TEXTS = {
     "acquired": "audio resource acquired",
     "released": "audio resource released",
     "restored": "main audio restored",
+    "display sent": "{id}: sent to the display",
+    "display opened": "{id}: queued for the display",
+    "display refused": "{id}: refused by the display",
+    "display shown": "{id}: on display",
+    "display hidden": "{id}: off the display",
+    "display closing": "{id}: close sent",
+    "display cancelling": "{id}: cancel sent",
+    "display closed": "{id}: ended, {kind}",
 }
 
 

@@ -30,10 +30,12 @@ class Canvas:
     def width_of(self, text, size, bold=False):
         return self.font(size, bold).getlength(text) / SCALE
 
-    def text(self, x, y, text, size=12, fill=INK, anchor="lm", bold=False):
-        """The anchor is Pillow's: l, m, r across; a, m, s down."""
+    def text(self, x, y, text, size=12, fill=INK, anchor="lm", bold=False, halo=None):
+        """The anchor is Pillow's: l, m, r across; a, m, s down. A halo keeps lines off the text."""
         self.pen.text((x * SCALE, y * SCALE), text, font=self.font(size, bold), fill=fill,
-                      anchor=anchor)
+                      anchor=anchor, stroke_width=3 * SCALE if halo else 0, stroke_fill=halo)
+        if halo:  # Pillow blends the text into its stroke, which makes it bolder than it is
+            self.text(x, y, text, size, fill, anchor, bold)
 
     def line(self, points, fill, width=1.0):
         self.pen.line([(x * SCALE, y * SCALE) for x, y in points], fill=fill,

@@ -13,13 +13,28 @@
       "loop": false,
       "interrupted_by": ["<id>"]            what pauses it; nothing, when left out
     }
+  },
+  "display": {                              nothing is to be shown without it
+    "tolerance": 0.02,                      for the time on display
+    "order": ["<id>"],                      who is on display, one after the other
+    "notifications": {
+      "<id>": {
+        "label": "what the picture calls it",
+        "ends": "expired",                  or closed, cancelled
+        "shown": true,                      false: it goes before its turn
+        "interrupted_by": ["<id>"],         what takes the display from it for a while
+        "together": "<id>"                  the sound that is sent at the same moment
+      }
+    }
   }
 }
-Attenuation is in dB, fade in seconds.
+Attenuation is in dB, fade and tolerance in seconds.
 """
 
 import dataclasses
 import json
+
+from . import displaystory
 
 OUTCOMES = ("finished", "cancelled", "failed", "refused")
 
@@ -37,10 +52,28 @@ class ExpectedNotification:
 
 
 @dataclasses.dataclass
+class ExpectedDisplayNotification:
+    id: str
+    label: str
+    outcome: str
+    shown: bool
+    interrupted_by: list
+    together: str | None
+
+
+@dataclasses.dataclass
+class ExpectedDisplay:
+    tolerance: float = 0.0
+    order: list = dataclasses.field(default_factory=list)
+    notifications: dict = dataclasses.field(default_factory=dict)
+
+
+@dataclasses.dataclass
 class Expectations:
     attenuation: float
     fade: float
     notifications: dict
+    display: ExpectedDisplay
 
     def frequencies(self):
         return sorted({item.frequency for item in self.notifications.values() if item.frequency})
@@ -61,7 +94,25 @@ def parse(described, sounds):
             sound = sounds["notifications"][entry["sound"]]
             item.frequency, item.length = sound["frequency"], sound["length"]
         notifications[name] = item
-    return Expectations(described["music"]["attenuation"], described["music"]["fade"], notifications)
+    return Expectations(described["music"]["attenuation"], described["music"]["fade"],
+                        notifications, parse_display(described.get("display"), notifications))
+
+
+def parse_display(described, sounds):
+    if described is None:
+        return ExpectedDisplay()
+    notifications = {}
+    for name, entry in described["notifications"].items():
+        item = ExpectedDisplayNotification(
+            id=name, label=entry.get("label", name), outcome=entry["ends"],
+            shown=entry.get("shown", True), interrupted_by=entry.get("interrupted_by", []),
+            together=entry.get("together"))
+        if item.outcome not in displaystory.END_KINDS:
+            raise ValueError(f"display {name} can't end as {item.outcome}")
+        if item.together is not None and item.together not in sounds:
+            raise ValueError(f"display {name} can't be sent together with {item.together}")
+        notifications[name] = item
+    return ExpectedDisplay(described["tolerance"], described["order"], notifications)
 
 
 def load(path, sounds_path):

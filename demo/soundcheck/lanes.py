@@ -133,23 +133,31 @@ class Row:
     since: float
     until: float
     active: list  # (begin, end)
-    end_mark: str = ""  # finished, cancelled, failed or refused
+    end_mark: str = ""  # one of RowsLane.MARKS
+    note: str = ""  # what else is to be said of it
+    linked: float | None = None  # when it came together with a row of another lane
 
 
 class RowsLane(Lane):
     """A row a thing. Serves whatever queues, is active for a while and ends."""
 
     ROW, BAR = 27, 15
-    MARKS = {"finished": (22, 128, 82), "cancelled": (100, 110, 125), "failed": (200, 40, 40),
-             "refused": (200, 40, 40)}
+    MARKS = {"finished": (22, 128, 82), "expired": (22, 128, 82), "cancelled": (100, 110, 125),
+             "closed": (100, 110, 125), "failed": (200, 40, 40), "refused": (200, 40, 40)}
 
-    def __init__(self, title, subtitle, rows):
-        self.title, self.subtitle, self.rows = title, subtitle, rows
+    def __init__(self, title, subtitle, rows, other_above=False):
+        """other_above: on which side the lane is with whose rows some of these are linked."""
+        self.title, self.subtitle, self.rows, self.other_above = title, subtitle, rows, other_above
         self.content_height = self.ROW * max(1, len(rows)) + 8
 
     def draw_content(self, surface, axis, top, bottom):
-        for number, row in enumerate(self.rows):
-            self._draw_row(surface, axis, top + 4 + self.ROW * (number + 0.5), row)
+        middles = [top + 4 + self.ROW * (number + 0.5) for number in range(len(self.rows))]
+        for middle, row in zip(middles, self.rows):
+            if row.linked is not None:
+                begin, end = (top, middle) if self.other_above else (middle, bottom)
+                surface.dashes(axis.x(row.linked), begin, end, row.colour, 1.4)
+        for middle, row in zip(middles, self.rows):
+            self._draw_row(surface, axis, middle, row)
 
     def _draw_row(self, surface, axis, middle, row):
         half = self.BAR / 2
@@ -159,18 +167,18 @@ class RowsLane(Lane):
             surface.box(axis.x(begin), middle - half, axis.x(end), middle + half, fill=row.colour,
                         radius=4)
         self._draw_mark(surface, right, middle, row.end_mark)
-        text = f"{row.label}" + (f" · {row.end_mark}" if row.end_mark else "")
+        text = " · ".join(part for part in (row.label, row.note, row.end_mark) if part)
         if right + 14 + surface.width_of(text, 11) < axis.right - 6:
-            surface.text(right + 14, middle, text, 11)
+            surface.text(right + 14, middle, text, 11, halo=canvas.PANEL)
         else:
-            surface.text(left - 8, middle, text, 11, anchor="rm")
+            surface.text(left - 8, middle, text, 11, anchor="rm", halo=canvas.PANEL)
 
     def _draw_mark(self, surface, x, y, mark):
         if mark in ("failed", "refused"):
             surface.cross(x + 3, y, 4.5, self.MARKS[mark], 2.4)
-        elif mark == "cancelled":
+        elif mark in ("cancelled", "closed"):
             surface.box(x - 1, y - 4.5, x + 8, y + 4.5, fill=self.MARKS[mark], radius=1.5)
-        elif mark == "finished":
+        elif mark in ("finished", "expired"):
             surface.dot(x + 3, y, 5, self.MARKS[mark], canvas.PAPER)
 
 

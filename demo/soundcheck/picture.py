@@ -2,7 +2,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """The picture of a run: what was loud when, and which notification was why."""
 
-from . import canvas, checks, lanes
+import itertools
+
+from . import canvas, checks, displaychecks, lanes
 
 WIDTH = 1500
 LEFT, RIGHT = 74, 28
@@ -11,6 +13,7 @@ MUSIC = (70, 90, 125)
 NOTIFICATIONS = (90, 98, 110)
 COLOURS = [(37, 116, 207), (214, 69, 65), (22, 150, 105), (142, 84, 190), (217, 119, 6),
            (8, 145, 178), (190, 60, 130), (101, 130, 20)]
+OWN_COLOURS = [(146, 98, 57), (85, 105, 150), (120, 130, 60), (165, 105, 150)]
 NO_SOUND = (150, 156, 166)
 
 
@@ -25,14 +28,48 @@ def colours(story, expected):
 
 def notification_rows(story, expected, palette):
     rows = []
+    together = {item.together for item in expected.display.notifications.values()}
     for item in story.notifications.values():
         known = expected.notifications.get(item.id)
-        since = next(moment for moment in (item.queued, item.started, item.ended)
+        since = next(moment for moment in (item.sent, item.queued, item.started, item.ended)
                      if moment is not None)
         until = item.ended if item.ended is not None else story.end
         rows.append(lanes.Row(known.label if known else item.id, palette[item.id], since, until,
-                              item.sounding, item.outcome or ""))
+                              item.sounding, item.outcome or "",
+                              linked=item.sent if item.id in together else None))
     return rows
+
+
+def display_colours(story, expected, palette):
+    """A message that is sent together with a sound has its colour, others have one of their own."""
+    given, result = itertools.cycle(OWN_COLOURS), {}
+    for name in story.display.notifications:
+        known = expected.display.notifications.get(name)
+        result[name] = palette.get(known.together) if known and known.together else None
+        result[name] = result[name] or next(given)
+    return result
+
+
+def display_rows(story, expected, palette):
+    rows = []
+    for item in story.display.notifications.values():
+        known = expected.display.notifications.get(item.id)
+        since = min(moment for moment in (item.sent, item.opened, *map(min, item.shown), story.end)
+                    if moment is not None)
+        until = item.closed if item.closed is not None else story.end
+        rows.append(lanes.Row(known.label if known else item.id, palette[item.id], since, until,
+                              item.shown, item.outcome or "", times_on_display(item, known),
+                              item.sent if known and known.together else None))
+    return rows
+
+
+def times_on_display(item, expected):
+    """A message's time, measured / requested."""
+    if not item.shown:
+        return ""
+    wanted = displaychecks.requested(item, expected.outcome if expected else "expired")
+    measured = displaychecks.spans(item)
+    return measured if wanted is None else f"{measured} / {displaychecks.milliseconds(wanted)}"
 
 
 def stains(track, story, expected, palette):
@@ -52,21 +89,28 @@ def build_lanes(tracks, story, expected):
     palette = colours(story, expected)
     ducked = [lanes.Shade(begin, end, f"ducked, {end - begin:.1f} s")
               for begin, end in story.ducked]
-    return [
+    stack = [
         lanes.LoudnessLane("Main audio", "loudness of the music, and when it was ducked",
                            tracks["main"], MUSIC, ducked),
         lanes.LoudnessLane("Notification device", "loudness, coloured by the sound that was heard",
                            tracks["notifications"], NOTIFICATIONS,
                            stains=stains(tracks["notifications"], story, expected, palette)),
-        lanes.RowsLane("Notifications", "what the requesters were told",
+        lanes.RowsLane("Sound notifications", "what the requesters were told",
                        notification_rows(story, expected, palette)),
     ]
+    if story.display.notifications:
+        rows = display_rows(story, expected, display_colours(story, expected, palette))
+        stack.append(lanes.RowsLane(
+            "Display", "who was on it when, and for how long: measured / requested, or until it was "
+            "ended; dashed: sent together with a sound", rows, other_above=True))
+    return stack
 
 
 def draw_head(surface, story, failed):
-    surface.text(LEFT, 30, "Tavo: sound notifications over music", 21, bold=True)
+    surface.text(LEFT, 30, "Tavo: sound and display notifications over music", 21, bold=True)
     verdict = (f"{failed} checks FAILED" if failed else "every check passed")
-    surface.text(LEFT, 58, f"{len(story.notifications)} notifications in "
+    surface.text(LEFT, 58, f"{len(story.notifications)} sounds and "
+                           f"{len(story.display.notifications)} messages in "
                            f"{story.end - story.begin:.1f} s, {verdict}", 12.5,
                  (200, 40, 40) if failed else canvas.MUTED)
     draw_legend(surface, WIDTH - RIGHT, 58)
@@ -86,12 +130,12 @@ def draw_legend(surface, right, y):
 
     entry("failed or refused", lambda x: surface.cross(x + 5, y, 4.5, lanes.RowsLane.MARKS["failed"],
                                                        2.4), 10)
-    entry("cancelled", lambda x: surface.box(x, y - 4.5, x + 9, y + 4.5, radius=1.5,
+    entry("cancelled or closed", lambda x: surface.box(x, y - 4.5, x + 9, y + 4.5, radius=1.5,
                                              fill=lanes.RowsLane.MARKS["cancelled"]), 9)
-    entry("finished", lambda x: surface.dot(x + 5, y, 5, lanes.RowsLane.MARKS["finished"]), 10)
+    entry("finished or time over", lambda x: surface.dot(x + 5, y, 5, lanes.RowsLane.MARKS["finished"]), 10)
     entry("waiting or paused", lambda x: surface.box(x, y - 6, x + 26, y + 6, fill=(*grey, 60),
                                                      radius=4), 26)
-    entry("sounding", lambda x: surface.box(x, y - 6, x + 26, y + 6, fill=grey, radius=4), 26)
+    entry("sounding or shown", lambda x: surface.box(x, y - 6, x + 26, y + 6, fill=grey, radius=4), 26)
     entry("main audio ducked", lambda x: surface.box(x, y - 6, x + 26, y + 6,
                                                      fill=(*lanes.DUCKED, 50)), 26)
 

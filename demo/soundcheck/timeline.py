@@ -3,7 +3,8 @@
 """The timeline of a run, and the story that it tells of each notification.
 
 A timeline is a file of JSON lines, {"t": seconds on the monotonic clock, "event": ..., "id": ...}.
-Events of a notification (with "id"):
+Events of a sound notification (with "id"):
+  sent              it is requested; optional
   queued            its enqueue request was accepted
   refused           its enqueue request was answered with an error
   started           its playback-started response came
@@ -11,11 +12,13 @@ Events of a notification (with "id"):
                     before it to go on when that one has ended
   ended             its end response came; "kind" is finished, cancelled or failed
 Events of the device as a whole: ducked, restored (the main audio), acquired, released (the audio
-resource). Any other event is kept and has no meaning here.
+resource). What happens on the display is told in displaystory.py. Any other event is kept and has no meaning here.
 """
 
 import dataclasses
 import json
+
+from . import displaystory
 
 END_KINDS = ("finished", "cancelled", "failed")
 
@@ -24,6 +27,7 @@ END_KINDS = ("finished", "cancelled", "failed")
 class Notification:
     """What the timeline says of one notification."""
     id: str
+    sent: float | None = None
     queued: float | None = None
     started: float | None = None
     ended: float | None = None
@@ -52,6 +56,7 @@ class Story:
         for event in self.events:
             self._follow(event)
         self._close_spans()
+        self.display = displaystory.DisplayStory(self.events)
 
     def _follow(self, event):
         name, moment = event["event"], event["t"]
@@ -61,12 +66,15 @@ class Story:
             opened = {"restored": "ducked", "released": "acquired"}[name]
             if opened in self._open:
                 getattr(self, opened).append((self._open.pop(opened), moment))
-        elif name in ("queued", "refused", "started", "paused", "resumed", "ended"):
+        elif name in ("sent", "queued", "refused", "started", "paused", "resumed", "ended"):
             getattr(self, "_" + name)(self._notification(event["id"]), moment, event)
             self._sound(moment)
 
     def _notification(self, name):
         return self.notifications.setdefault(name, Notification(name))
+
+    def _sent(self, item, moment, _):
+        item.sent = moment
 
     def _queued(self, item, moment, _):
         if item.queued is not None:
