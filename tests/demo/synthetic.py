@@ -30,18 +30,49 @@ EXPECTATIONS = {
         "alarm": {"label": "Alarm", "sound": "alarm", "ends": "finished"},
         "ring": {"label": "Ringing", "sound": "ring", "ends": "cancelled", "loop": True},
         "broken": {"label": "Missing file", "sound": "chime", "ends": "failed"},
-        "second-chime": {"label": "Same id", "ends": "refused"}}}
+        "second-chime": {"label": "Same id", "ends": "refused"}},
+    "display": {
+        "tolerance": 0.02,
+        "order": ["door", "mail", "menu", "page", "fire", "page"],
+        "notifications": {
+            "door": {"label": "Doorbell", "ends": "expired", "together": "chime"},
+            "mail": {"label": "Mail", "ends": "expired"},
+            "menu": {"label": "Menu", "ends": "closed"},
+            "page": {"label": "Page", "ends": "expired", "interrupted_by": ["fire"]},
+            "fire": {"label": "Fire", "ends": "expired", "together": "alarm"},
+            "note": {"label": "Note", "ends": "cancelled", "shown": False}}}}
 
 TIMELINE = [
-    (2.0, "queued", "chime"), (2.02, "ducked", None), (2.25, "acquired", None),
+    (1.999, "sent", "chime"), (2.0, "queued", "chime"), (2.02, "ducked", None), (2.25, "acquired", None),
     (2.26, "started", "chime"), (3.2, "ended", "chime", "finished"),
     (3.21, "released", None), (3.31, "restored", None),
     (5.0, "queued", "news"), (5.02, "ducked", None), (5.25, "acquired", None),
-    (5.26, "started", "news"), (5.4, "refused", "second-chime"), (6.26, "queued", "alarm"),
+    (5.26, "started", "news"), (5.4, "refused", "second-chime"), (6.257, "sent", "alarm"),
+    (6.26, "queued", "alarm"),
     (6.28, "started", "alarm"), (7.3, "queued", "broken"), (7.4, "queued", "ring"),
     (7.5, "ended", "alarm", "finished"), (10.55, "ended", "news", "finished"),
     (10.56, "ended", "broken", "failed"), (10.57, "started", "ring"),
     (11.9, "ended", "ring", "cancelled"), (12.0, "released", None), (12.01, "restored", None)]
+
+# The same for the display; what is sent has its time instead of a kind.
+DISPLAY = [
+    (2.0, "display sent", "door", 1.5), (2.0, "display sent", "mail", 0.8),
+    (2.001, "display shown", "door"), (2.002, "display opened", "door"),
+    (2.003, "display opened", "mail"),
+    (3.502, "display hidden", "door"), (3.502, "display closed", "door", "expired"),
+    (3.502, "display shown", "mail"),
+    (4.303, "display hidden", "mail"), (4.303, "display closed", "mail", "expired"),
+    (4.5, "display sent", "menu", 0.0), (4.501, "display shown", "menu"),
+    (5.7, "display closing", "menu"),
+    (5.701, "display hidden", "menu"), (5.701, "display closed", "menu", "closed"),
+    (5.8, "display sent", "page", 2.0), (5.801, "display shown", "page"),
+    (5.81, "display sent", "note", 1.0), (5.811, "display opened", "note"),
+    (6.258, "display sent", "fire", 1.0), (6.26, "display hidden", "page"),
+    (6.26, "display shown", "fire"),
+    (7.261, "display hidden", "fire"), (7.261, "display closed", "fire", "expired"),
+    (7.261, "display shown", "page"),
+    (8.0, "display cancelling", "note"), (8.001, "display closed", "note", "cancelled"),
+    (8.803, "display hidden", "page"), (8.803, "display closed", "page", "expired")]
 
 # What sounds when, in seconds from the start: sound, begin, end.
 PLAYED = [("chime", 2.29, 3.19), ("announcement", 5.29, 6.28), ("alarm", 6.3, 7.5),
@@ -55,19 +86,19 @@ class Run:
 
     def __init__(self):
         self.expectations = copy.deepcopy(EXPECTATIONS)
-        self.timeline = list(TIMELINE)
+        self.timeline = TIMELINE + DISPLAY
         self.played = list(PLAYED)
         self.music = list(MUSIC)
         self.on_main = []
         self.recorded = LENGTH
 
     def events(self):
-        for moment, event, name, *kind in self.timeline:
+        for moment, event, name, *more in self.timeline:
             line = {"t": START + moment, "event": event}
             if name is not None:
                 line["id"] = name
-            if kind:
-                line["kind"] = kind[0]
+            if more:
+                line["timeout" if event == "display sent" else "kind"] = more[0]
             yield line
 
     def story(self):

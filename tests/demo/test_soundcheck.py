@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""The checker of the demonstration's recordings passes what is right and finds what is wrong."""
+"""The checker of the demonstration's runs passes what is right and finds what is wrong."""
 
 import pathlib
 import subprocess
@@ -18,8 +18,13 @@ from soundcheck import checks
 
 
 class RecordingCheckTest(unittest.TestCase):
+    PAIRS = False  # with them, whatever is wrong with a sound is wrong with its pair too
+
     def setUp(self):
         self.run_ = synthetic.Run()
+        if not self.PAIRS:
+            for expected in self.run_.expectations["display"]["notifications"].values():
+                expected.pop("together", None)
 
     def failures(self):
         results = checks.check_all(self.run_.tracks(), self.run_.story(), self.run_.expected())
@@ -39,6 +44,8 @@ class RecordingCheckTest(unittest.TestCase):
 
 
 class RightRunTest(RecordingCheckTest):
+    PAIRS = True
+
     def test_passes_a_right_run(self):
         self.assert_found()
 
@@ -190,6 +197,139 @@ class TimelineTest(RecordingCheckTest):
         self.assert_found(("second-chime", "was asked for"))
 
 
+class DisplayTest(RecordingCheckTest):
+    PAIRS = True
+
+    def move(self, old, *new):
+        """Puts events in the place of all that these have in common: moment, event, id."""
+        for event in list(self.run_.timeline):
+            if event[:len(old)] == old:
+                self.run_.timeline.remove(event)
+        self.run_.timeline += new
+
+    def leave_at(self, name, before, after, kind):
+        """The notification leaves the display at another moment."""
+        self.move((before, "display hidden", name), (after, "display hidden", name))
+        self.move((before, "display closed", name), (after, "display closed", name, kind))
+
+    def test_finds_one_that_is_shown_too_long(self):
+        self.leave_at("page", 8.803, 8.85, "expired")
+        self.assert_found(("display page", "is on display for its time"))
+
+    def test_finds_one_that_is_shown_too_briefly(self):
+        self.leave_at("page", 8.803, 8.77, "expired")
+        self.assert_found(("display page", "is on display for its time"))
+
+    def test_finds_a_message_that_is_disturbed_by_its_sound(self):
+        self.leave_at("fire", 7.261, 7.2, "expired")
+        self.move((7.261, "display shown", "page"), (7.2, "display shown", "page"))
+        self.leave_at("page", 8.803, 8.742, "expired")
+        self.assert_found(("display fire", "is on display for its time"),
+                          ("alarm + fire", "do not disturb each other"))
+
+    def test_finds_a_sound_that_is_disturbed_by_its_message(self):
+        self.replace_sound(("chime", 2.29, 3.19), ("chime", 2.29, 3.0))
+        self.assert_found(("chime", "sounds for its whole length"),
+                          ("chime + door", "do not disturb each other"))
+
+    def test_finds_an_interrupted_one_that_has_its_whole_time_again(self):
+        self.leave_at("page", 8.803, 9.262, "expired")
+        self.assert_found(("display page", "is on display for its time"))
+
+    def test_finds_an_interrupted_one_that_does_not_come_back(self):
+        self.move((7.261, "display shown", "page"))
+        self.move((8.803, "display hidden", "page"))
+        self.assert_found(("display page", "is on display for its time"),
+                          ("display page", "is interrupted"),
+                          ("display", "shows them in their order"),
+                          ("display", "is not empty while one is due"))
+
+    def test_finds_an_urgent_one_that_waits(self):
+        self.move((6.26, "display hidden", "page"))
+        self.move((6.26, "display shown", "fire"))
+        self.leave_at("fire", 7.261, 8.803, "expired")
+        self.move((7.261, "display shown", "page"), (7.803, "display hidden", "page"),
+                  (7.803, "display shown", "fire"))
+        self.leave_at("page", 8.803, 7.803, "expired")
+        failures = self.failures()
+        self.assertIn(("display page", "is interrupted"), failures)
+        self.assertIn(("display", "shows them in their order"), failures)
+
+    def test_finds_a_wrong_order(self):
+        self.run_.expectations["display"]["order"][:2] = ["mail", "door"]
+        self.assert_found(("display", "shows them in their order"))
+
+    def test_finds_one_that_stays_when_it_is_closed(self):
+        self.leave_at("menu", 5.701, 5.78, "closed")
+        self.assert_found(("display menu", "is on display for its time"))
+
+    def test_finds_one_that_nobody_closed(self):
+        self.move((5.7, "display closing", "menu"))
+        self.assert_found(("display menu", "is closed"))
+
+    def test_finds_an_end_of_another_kind(self):
+        self.move((5.701, "display closed", "menu"), (5.701, "display closed", "menu", "expired"))
+        self.assert_found(("display menu", "ends as it should"))
+
+    def test_finds_one_that_never_ends(self):
+        self.move((8.803, "display hidden", "page"))
+        self.move((8.803, "display closed", "page"))
+        self.assert_found(("display page", "ends as it should"),
+                          ("display page", "is on display for its time"))
+
+    def test_finds_one_that_is_shown_before_its_cancel(self):
+        self.move((7.261, "display shown", "page"), (7.261, "display shown", "note"),
+                  (7.3, "display hidden", "note"), (7.3, "display shown", "page"))
+        failures = self.failures()
+        self.assertIn(("display note", "is never on display"), failures)
+        self.assertIn(("display", "shows them in their order"), failures)
+
+    def test_finds_one_that_waits_on_after_its_cancel(self):
+        self.move((8.001, "display closed", "note"), (8.1, "display closed", "note", "cancelled"))
+        self.assert_found(("display note", "goes when cancelled"))
+
+    def test_finds_two_at_a_time(self):
+        self.move((3.502, "display shown", "mail"), (3.49, "display shown", "mail"))
+        self.assertIn(("display mail", "is seen in a right order"), self.failures())
+
+    def test_finds_a_second_end(self):
+        self.run_.timeline.append((8.9, "display closed", "page", "expired"))
+        self.assert_found(("display page", "is seen in a right order"))
+
+    def test_finds_an_empty_display_while_one_is_due(self):
+        self.move((4.501, "display shown", "menu"), (4.9, "display shown", "menu"))
+        self.assert_found(("display", "is not empty while one is due"))
+
+    def test_finds_a_refusal(self):
+        for event in [event for event in self.run_.timeline if event[2] == "menu"]:
+            self.run_.timeline.remove(event)
+        self.run_.timeline += [(4.5, "display sent", "menu", 0.0), (4.501, "display refused", "menu")]
+        self.assertIn(("display menu", "ends as it should"), self.failures())
+
+    def test_finds_a_request_that_was_never_made(self):
+        self.run_.expectations["display"]["notifications"]["other"] = {"ends": "expired"}
+        self.assert_found(("display other", "was requested"))
+
+    def test_finds_one_that_was_not_expected(self):
+        self.run_.timeline += [(10.0, "display shown", "/other"), (10.5, "display hidden", "/other")]
+        self.assert_found(("display /other", "was asked for"),
+                          ("display", "shows them in their order"))
+
+    def test_finds_a_pair_that_is_not_sent_together(self):
+        self.replace_event((1.999, "sent", "chime"), (1.9, "sent", "chime"))
+        self.assert_found(("chime + door", "are sent together"))
+
+    def test_finds_a_pair_of_which_one_is_over_before_the_other(self):
+        self.run_.expectations["display"]["notifications"]["mail"]["together"] = "chime"
+        self.assertIn(("chime + mail", "are on at the same time"), self.failures())
+
+    def test_checks_the_display_without_a_recording(self):
+        results = checks.check_all(None, self.run_.story(), self.run_.expected())
+        self.assertIn(("display page", "is on display for its time", True),
+                      {(check.subject, check.statement, check.passed) for check in results})
+        self.assertEqual([check for check in results if not check.passed], [])
+
+
 class CommandTest(unittest.TestCase):
     def analyse(self, run):
         with tempfile.TemporaryDirectory() as name:
@@ -208,6 +348,8 @@ class CommandTest(unittest.TestCase):
         result, picture = self.analyse(synthetic.Run())
         self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
         self.assertRegex(result.stdout, r"All \d+ checks passed")
+        self.assertRegex(result.stdout, r"(?m)^page +5\.801 - 6\.260, 7\.261 - 8\.803 +"
+                                        r"459\.0 \+ 1542\.0 = 2001\.0 ms +2000\.0 ms +\+1\.0 ms")
         self.assertTrue(picture.startswith(b"\x89PNG"))
 
     def test_marks_what_failed_draws_a_picture_and_fails(self):
@@ -216,8 +358,25 @@ class CommandTest(unittest.TestCase):
         result, picture = self.analyse(run)
         self.assertEqual(result.returncode, 1, result.stdout + result.stderr)
         self.assertRegex(result.stdout, r"(?m)^FAILED +chime +sounds once started +nothing heard")
-        self.assertRegex(result.stdout, r"\d+ of \d+ checks passed, 2 FAILED")
+        self.assertRegex(result.stdout, r"\d+ of \d+ checks passed, 3 FAILED")
         self.assertTrue(picture.startswith(b"\x89PNG"))
+
+    def test_finds_a_wrong_time_on_display_without_a_recording(self):
+        run = synthetic.Run()
+        run.timeline[run.timeline.index((8.803, "display hidden", "page"))] = (
+            8.77, "display hidden", "page")
+        with tempfile.TemporaryDirectory() as name:
+            folder = pathlib.Path(name)
+            run.write(folder)
+            result = subprocess.run(
+                [sys.executable, str(DEMO / "analyse.py"),
+                 "--timeline", str(folder / "timeline.jsonl"),
+                 "--expect", str(folder / "expectations.json"),
+                 "--sounds", str(folder / "sounds.json")],
+                capture_output=True, text=True, check=False)
+        self.assertEqual(result.returncode, 1, result.stdout + result.stderr)
+        self.assertRegex(result.stdout, r"(?m)^FAILED +display page +is on display for its time")
+        self.assertRegex(result.stdout, r"\d+ of \d+ checks passed, 1 FAILED")
 
     def test_says_what_it_can_not_read(self):
         run = synthetic.Run()
