@@ -21,7 +21,7 @@ TEXTS = {
     "acquired": "audio resource acquired",
     "released": "audio resource released",
     "restored": "main audio restored",
-    "display sent": "{id}: sent to the display",
+    "display sent": "{id}: sent to the display, {limit}",
     "display opened": "{id}: queued for the display",
     "display refused": "{id}: refused by the display",
     "display shown": "{id}: on display",
@@ -34,7 +34,9 @@ TEXTS = {
 
 def describe(event):
     text = TEXTS.get(event["event"], event["event"])
-    return text.format(id=event.get("id", ""), kind=event.get("kind", ""))
+    timeout = event.get("timeout", 0)
+    return text.format(id=event.get("id", ""), kind=event.get("kind", ""),
+                       limit=f"for {timeout:g} s" if timeout > 0 else "until it is closed")
 
 
 class Follower:
