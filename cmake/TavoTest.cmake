@@ -2,11 +2,12 @@
 # SPDX-License-Identifier: Apache-2.0
 
 # tavo_add_test(<name> SOURCES <file>... [LIBRARIES <target>...] [ENVIRONMENT <NAME=value>...]
-#               [LABELS <label>...] [TIMEOUT <seconds>])
+#               [LABELS <label>...] [TIMEOUT <seconds>] [RESOURCE_LOCK <name>])
 #
-# Builds the test program tests/<name>; each of its tests is one of ctest's.
+# Builds the test program tests/<name>; each of its tests is one of ctest's. Tests with a lock of the
+# same name don't run at the same time.
 function(tavo_add_test name)
-    cmake_parse_arguments(PARSE_ARGV 1 test "" "TIMEOUT" "SOURCES;LIBRARIES;ENVIRONMENT;LABELS")
+    cmake_parse_arguments(PARSE_ARGV 1 test "" "TIMEOUT;RESOURCE_LOCK" "SOURCES;LIBRARIES;ENVIRONMENT;LABELS")
     if(NOT test_TIMEOUT)
         set(test_TIMEOUT 60)
     endif()
@@ -26,7 +27,8 @@ function(tavo_add_test name)
     set(properties_file "${CMAKE_CURRENT_BINARY_DIR}/${name}_properties.cmake")
     file(WRITE "${properties_file}" "if(${name}_TESTS)
     set_tests_properties(\${${name}_TESTS} PROPERTIES
-        LABELS [==[${test_LABELS}]==] ENVIRONMENT [==[${environment}]==])
+        LABELS [==[${test_LABELS}]==] ENVIRONMENT [==[${environment}]==]
+        RESOURCE_LOCK [==[${test_RESOURCE_LOCK}]==])
 endif()
 ")
     set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${properties_file}")
