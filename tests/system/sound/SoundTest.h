@@ -24,7 +24,7 @@
 /// sound server of its own to whose devices the test listens.
 class SoundTest : public testing::Test
 {
-protected:
+public:
     static constexpr int rate = 48000;
 
     /// What the test's tones measure in 16 bit units, and how loud that is in dBFS.
@@ -33,6 +33,7 @@ protected:
 
     static constexpr int musicFrequency = 300;
 
+protected:
     SoundTest();
 
     /// Starts the host with the modules that a device has and the requester.
