@@ -79,7 +79,8 @@ private:
 };
 
 HostProcess::HostProcess()
-    : m_environment(QProcessEnvironment::systemEnvironment())
+    : m_program(QStringLiteral(TAVO_HOST_PROGRAM))
+    , m_environment(QProcessEnvironment::systemEnvironment())
     , m_process(std::make_unique<Process>())
 {
     m_environment.remove(QStringLiteral("TAVO_MODULE_PATH"));
@@ -132,7 +133,7 @@ bool HostProcess::start()
     if (!m_arguments.contains(QStringLiteral("--ready-fd"))) {
         addArguments({QStringLiteral("--ready-fd"), QString::number(m_process->writeEnd())});
     }
-    m_process->start(QStringLiteral(TAVO_HOST_PROGRAM), m_arguments);
+    m_process->start(m_program, m_arguments);
     const bool started = m_process->waitForStarted();
     m_process->closeWriteEnd();
     return started;

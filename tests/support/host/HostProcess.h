@@ -15,7 +15,7 @@
 #include <functional>
 #include <memory>
 
-/// A tavo-host of its own for a test, run as a process from the build tree. What it does is waited
+/// A tavo-host of its own for a test, run as a process, from the build tree unless told otherwise. What it does is waited
 /// for, with a limit, and never polled. Its environment is the test's without the host's own
 /// variables.
 ///
@@ -39,6 +39,9 @@ public:
     /// Writes the configuration file that the host is to be started with; gives its name.
     QString setConfiguration(const QJsonObject &configuration);
     QString setConfigurationText(const QByteArray &json);
+
+    /// Another program than the build tree's tavo-host.
+    void setProgram(const QString &program) { m_program = program; }
 
     void addArguments(const QStringList &arguments) { m_arguments += arguments; }
     void setEnvironment(const QString &variable, const QString &value);
@@ -80,6 +83,7 @@ private:
     bool waitUntil(const std::function<bool()> &condition);
 
     QTemporaryDir m_folder;
+    QString m_program;
     QStringList m_arguments;
     QProcessEnvironment m_environment;
     QByteArray m_log;

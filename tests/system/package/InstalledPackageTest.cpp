@@ -1,0 +1,120 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "support/EventLoop.h"
+#include "support/host/HostProcess.h"
+#include "support/sound/SoundServer.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QProcess>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using testing::HasSubstr;
+
+/// The package in a folder of its own, as a stranger has it: neither the build tree nor the sources
+/// are used but for what is copied here.
+class InstalledPackageTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        run(CMAKE_PROGRAM, {"--install", TAVO_BUILD_FOLDER, "--prefix", prefix()});
+        m_host.setProgram(installedHost());
+    }
+
+    QString prefix() const { return m_folder.filePath("prefix"); }
+    QString installedHost() const { return prefix() + "/" TAVO_INSTALL_BINDIR "/tavo-host"; }
+    QString exampleBuild() const { return m_folder.filePath("build"); }
+    QString exampleModules() const { return exampleBuild() + "/" TAVO_INSTALL_MODULE_DIR; }
+
+    /// Runs a program, which is to succeed; gives what it wrote.
+    static std::string run(const QString &program, const QStringList &arguments)
+    {
+        constexpr int patienceMs = 200000;
+        QProcess process;
+        process.setProcessChannelMode(QProcess::MergedChannels);
+        process.start(program, arguments);
+        EXPECT_TRUE(process.waitForFinished(patienceMs));
+        const std::string output = process.readAll().toStdString();
+        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit) << output;
+        EXPECT_EQ(process.exitCode(), 0) << output;
+        return output;
+    }
+
+    /// Copies the example out of the tree and builds it as its CMake file says.
+    void buildExample()
+    {
+        const QString sources = m_folder.filePath("demo");
+        ASSERT_TRUE(QDir().mkpath(sources));
+        for (const QFileInfo &file : QDir(TAVO_EXAMPLE_FOLDER).entryInfoList(QDir::Files)) {
+            ASSERT_TRUE(QFile::copy(file.filePath(), sources + '/' + file.fileName()));
+        }
+        run(CMAKE_PROGRAM, {"-S", sources, "-B", exampleBuild(), "-G", GENERATOR,
+                            "-DCMAKE_PREFIX_PATH=" + prefix(), "-DCMAKE_CXX_COMPILER=" CXX_COMPILER,
+                            "-DCMAKE_CXX_FLAGS=" CXX_FLAGS});
+        run(CMAKE_PROGRAM, {"--build", exampleBuild()});
+    }
+
+    QTemporaryDir m_folder;
+    SoundServer m_server;
+    HostProcess m_host;
+};
+
+TEST_F(InstalledPackageTest, TheHostFindsItsModules)
+{
+    const std::string list = run(installedHost(), {"--list-modules"});
+    for (const char *module : {"notifications", "player", "powermanager"}) {
+        const QString file =
+            QString("%1/" TAVO_INSTALL_MODULE_DIR "/libtavo_%2.so").arg(prefix(), module);
+        EXPECT_THAT(list, HasSubstr(std::string(module) + '\t' + file.toStdString() + '\n'));
+    }
+}
+
+TEST_F(InstalledPackageTest, TheHostRunsWithoutAConfiguration)
+{
+    ASSERT_TRUE(m_host.startReady()) << m_host.log().toStdString();
+    EXPECT_TRUE(m_host.waitForLog("Host ready, 3 modules"));
+    EXPECT_EQ(m_host.stop(), 0) << m_host.log().toStdString();
+}
+
+TEST_F(InstalledPackageTest, TheProgramsUseNoLibraryOfTheBuildTree)
+{
+    const QString modules = prefix() + "/" TAVO_INSTALL_MODULE_DIR;
+    for (const QString &file :
+         {installedHost(), modules + "/libtavo_notifications.so", modules + "/libtavo_player.so"}) {
+        const std::string libraries = run("ldd", {file});
+        EXPECT_THAT(libraries, HasSubstr("libtavo_api.so.0 => " + prefix().toStdString()));
+        EXPECT_THAT(libraries, testing::Not(HasSubstr("not found")));
+    }
+}
+
+TEST_F(InstalledPackageTest, TheExampleBuildsAgainstItAndIsFound)
+{
+    buildExample();
+    const std::string list =
+        run(installedHost(), {"--module-path", exampleModules(), "--list-modules"});
+    EXPECT_THAT(list, HasSubstr("demo\t" + exampleModules().toStdString() + "/libtavo_demo.so\n"));
+}
+
+TEST_F(InstalledPackageTest, TheExampleRunsInTheHost)
+{
+    buildExample();
+    m_host.addArguments({"--module-path", exampleModules()});
+    const QString timeline = m_folder.filePath("timeline.jsonl");
+    m_host.setConfiguration(
+        {{"modules", QJsonArray{"powermanager", "player", "notifications",
+                                QJsonObject{{"name", "demo"},
+                                            {"config", QJsonObject{{"timeline", timeline}}}}}}});
+    ASSERT_TRUE(m_host.startReady()) << m_host.log().toStdString();
+    EXPECT_TRUE(waitFor([&] {
+        QFile file(timeline);
+        return file.open(QIODevice::ReadOnly) && file.readAll().contains("\"begun\"");
+    }));
+    EXPECT_EQ(m_host.stop(), 0) << m_host.log().toStdString();
+}
