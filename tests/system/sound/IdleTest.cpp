@@ -22,6 +22,7 @@ namespace {
 struct Activity
 {
     int threads = 0;
+    QByteArray names;  // of the threads
     long ticks = 0;    // of the processor, in all threads
     long switches = 0; // voluntary: each is a wait that something ended
 };
@@ -43,6 +44,7 @@ Activity activityOf(qint64 process)
         constexpr int userTime = 11;
         constexpr int systemTime = 12;
         ++activity.threads;
+        activity.names += ' ' + readFile(tasks + task + "/comm").trimmed();
         activity.ticks += fields.value(userTime).toLong() + fields.value(systemTime).toLong();
         activity.switches +=
             valueAfter(readFile(tasks + task + "/status"), "\nvoluntary_ctxt_switches:");
@@ -94,7 +96,8 @@ protected:
         const Activity before = activityOf(m_host.processId());
         waitFor([] { return false; }, std::chrono::seconds(2));
         const Activity after = activityOf(m_host.processId());
-        return {after.threads, after.ticks - before.ticks, after.switches - before.switches};
+        return {after.threads, after.names, after.ticks - before.ticks,
+                after.switches - before.switches};
     }
 
     Activity m_atStart;
@@ -121,8 +124,9 @@ TEST_F(IdleTest, NoThreadOutlivesItsSound)
     playAndWaitForQuiet();
     EXPECT_TRUE(waitFor([this] {
         return activityOf(m_host.processId()).threads == m_atStart.threads;
-    })) << activityOf(m_host.processId()).threads
-        << " threads, at the start there were " << m_atStart.threads;
+    })) << "threads:"
+        << activityOf(m_host.processId()).names.toStdString()
+        << "\nat the start:" << m_atStart.names.toStdString();
 }
 
 // Qt keeps the threads in which it watches the network, and tidies up once.
