@@ -24,8 +24,8 @@ constexpr unsigned periodUs = 10'000;
 // A notification needs no reserve against a busy machine for long; its changes are to be heard at
 // once. Media wake the processor only twenty times a second, and a pause or a change of gain still
 // takes effect within a tenth of a second.
-constexpr unsigned notificationBufferUs = 40'000;
-constexpr unsigned mediaBufferUs = 100'000;
+constexpr unsigned notificationBufferUs = 50'000;
+constexpr unsigned mediaBufferUs = 110'000;
 
 // How a pause finds the moment at which the count of played frames is true: just after it moved.
 constexpr std::chrono::microseconds settleStep{500};
@@ -215,8 +215,15 @@ long AlsaDevice::room()
     const snd_pcm_sframes_t available = snd_pcm_avail(m_pcm);
     if (available < 0)
         return recover(int(available));
-    m_held = std::clamp(bufferFrames() - long(available), 0L, bufferFrames());
-    return bufferFrames() - m_held;
+    m_held = std::clamp(long(m_bufferFrames) - long(available), 0L, long(m_bufferFrames));
+    return std::max(0L, capacity() - m_held);
+}
+
+// A period stays free: plug-ins that keep the ring themselves can't tell a full one from an empty
+// one, and then count frames as played that were not.
+long AlsaDevice::capacity() const
+{
+    return long(m_bufferFrames - std::min(m_periodFrames, m_bufferFrames / 2));
 }
 
 long AlsaDevice::write(const float *samples, long frames)
@@ -243,7 +250,7 @@ long AlsaDevice::recover(int result)
     LOG4CPLUS_DEBUG(simplePlayerLogger(), "Underrun");
     m_held = 0;
     result = snd_pcm_prepare(m_pcm);
-    return result < 0 ? fail(result) : bufferFrames();
+    return result < 0 ? fail(result) : capacity();
 }
 
 long AlsaDevice::resume()
@@ -252,15 +259,15 @@ long AlsaDevice::resume()
     if (result == -EAGAIN)
         return 0;
     if (result == 0 && snd_pcm_state(m_pcm) != SND_PCM_STATE_SUSPENDED)
-        return bufferFrames() - m_held;
+        return std::max(0L, capacity() - m_held);
     // The device can't go on where it was, so what it held has to be written again.
     const snd_pcm_sframes_t available = snd_pcm_avail_update(m_pcm);
     if (available >= 0)
-        m_held = std::clamp(bufferFrames() - long(available), 0L, bufferFrames());
+        m_held = std::clamp(long(m_bufferFrames) - long(available), 0L, long(m_bufferFrames));
     m_lost += m_held;
     m_held = 0;
     result = snd_pcm_prepare(m_pcm);
-    return result < 0 ? fail(result) : bufferFrames();
+    return result < 0 ? fail(result) : capacity();
 }
 
 long AlsaDevice::fail(int result)

@@ -48,7 +48,9 @@ public:
     /// How many frames were lost to a suspension since this was asked last.
     long takeLost();
 
-    long bufferFrames() const { return long(m_bufferFrames); }
+    /// How many frames it holds at most.
+    long capacity() const;
+
     long periodFrames() const { return long(m_periodFrames); }
 
     QString error() const { return m_error; }

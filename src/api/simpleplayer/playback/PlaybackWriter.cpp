@@ -164,7 +164,7 @@ PlaybackWriter::Step PlaybackWriter::step()
     }
     if (m_sourceEnded && m_window.unsent() == 0)
         return finishTail(room);
-    const long surplus = m_device.held() - m_device.bufferFrames() / 2;
+    const long surplus = m_device.held() - m_device.capacity() / 2;
     if (surplus > 0 || room == 0)
         return waitFor(std::max(surplus, m_device.periodFrames()));
     if (m_window.unsent() < room)
@@ -206,7 +206,7 @@ PlaybackWriter::Step PlaybackWriter::send(long room)
     const long written = m_device.write(m_output.data(), frames);
     if (written < 0)
         return fail(m_device.error());
-    m_window.sent(written, m_device.bufferFrames());
+    m_window.sent(written, m_device.capacity());
     // A device that has room but takes nothing is given time to come round.
     return written > 0 ? Step::GoOn : waitFor(m_device.periodFrames());
 }

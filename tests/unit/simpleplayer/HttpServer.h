@@ -1,0 +1,59 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <QByteArray>
+#include <QTcpServer>
+#include <QTcpSocket>
+
+/// Answers every request on the loopback with the same bytes; driven by the test's event loop.
+class HttpServer
+{
+public:
+    HttpServer()
+    {
+        m_server.listen(QHostAddress::LocalHost);
+        QObject::connect(&m_server, &QTcpServer::newConnection, &m_server, [this] { answer(); });
+    }
+
+    QString uri() const
+    {
+        return QStringLiteral("http://127.0.0.1:%1/sound").arg(m_server.serverPort());
+    }
+
+    /// Answers with a body of its own length.
+    void serve(const QByteArray &body)
+    {
+        m_answer = "HTTP/1.1 200 OK\r\nContent-Length: " + QByteArray::number(body.size()) +
+                   "\r\n\r\n" + body;
+    }
+
+    /// Answers with these bytes; the connection stays open until close().
+    void serveRaw(const QByteArray &answer) { m_answer = answer; }
+
+    /// Sends more on the open connection.
+    void send(const QByteArray &bytes) { m_connection->write(bytes); }
+
+    void close() { m_connection->disconnectFromHost(); }
+
+    bool hasAnswered() const { return m_answered; }
+
+private:
+    void answer()
+    {
+        m_connection = m_server.nextPendingConnection();
+        QObject::connect(m_connection, &QTcpSocket::readyRead, m_connection,
+                         [this, connection = m_connection] {
+                             if (!connection->readAll().contains("\r\n\r\n"))
+                                 return;
+                             connection->write(m_answer);
+                             m_answered = true;
+                         });
+    }
+
+    QTcpServer m_server;
+    QByteArray m_answer;
+    QTcpSocket *m_connection = nullptr; // the server's
+    bool m_answered = false;
+};

@@ -1,0 +1,280 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+// Sounds that come over http.
+
+#include "HttpServer.h"
+#include "PlayerTest.h"
+
+#include <gmock/gmock.h>
+#include <simpleplayer/StreamSimplePlayer.h>
+#include <simpleplayer/UriSimplePlayer.h>
+
+#include <QElapsedTimer>
+#include <QTimer>
+
+using testing::HasSubstr;
+
+class HttpSoundTest : public PlayerTest
+{
+protected:
+    static constexpr const char *rawType = "audio/x-raw;format=S16LE;rate=48000";
+
+    void makeSound(const QString &uri)
+    {
+        m_player = std::make_unique<UriSimplePlayer>(uri, QStringLiteral("id"),
+                                                     QStringLiteral("plain"), nullptr);
+        m_end = std::make_unique<EndSpy>(*m_player);
+    }
+
+    void makeStream(const char *type)
+    {
+        m_player = std::make_unique<StreamSimplePlayer>(m_server.uri(), QString::fromLatin1(type),
+                                                        QStringLiteral("id"),
+                                                        QStringLiteral("plain"), nullptr);
+        m_end = std::make_unique<EndSpy>(*m_player);
+    }
+
+    void expectError(const std::string &reason)
+    {
+        ASSERT_TRUE(m_player->play());
+        ASSERT_TRUE(m_end->hasEndedOnce());
+        EXPECT_THAT(m_end->error(), HasSubstr(reason));
+        EXPECT_EQ(heard(), std::vector<float>());
+    }
+
+    static QByteArray rawSamples(int from, int to)
+    {
+        const auto samples = countingSamples(to);
+        return QByteArray(reinterpret_cast<const char *>(samples.data() + from),
+                          (to - from) * int(sizeof(short)));
+    }
+
+    HttpServer m_server;
+    std::unique_ptr<SimplePlayer> m_player;
+    std::unique_ptr<EndSpy> m_end;
+};
+
+TEST_F(HttpSoundTest, PlaysASoundFile)
+{
+    m_server.serve(readFile(counting()));
+    makeSound(m_server.uri());
+    ASSERT_TRUE(m_player->play());
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(m_end->ended.count(), 1) << m_end->error();
+    EXPECT_EQ(heard(), countingFloats());
+}
+
+TEST_F(HttpSoundTest, PlaysAStreamOfASoundFile)
+{
+    m_server.serve(readFile(counting()));
+    makeStream("audio/wav");
+    ASSERT_TRUE(m_player->play());
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(heard(), countingFloats());
+}
+
+TEST_F(HttpSoundTest, PlaysASoundFileThatIsLargerThanItsBuffers)
+{
+    const auto samples = countingSamples(30000);
+    std::vector<short> wide;
+    for (int i = 0; i < 8; ++i)
+        wide.insert(wide.end(), samples.begin(), samples.end());
+    writeSound(path("wide.wav"), wav, rate, wide, 8);
+    m_server.serve(readFile(path("wide.wav")));
+    makeSound(m_server.uri());
+    ASSERT_TRUE(m_player->play());
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(heard(), asFloats(wide));
+}
+
+TEST_F(HttpSoundTest, FollowsARedirection)
+{
+    HttpServer first;
+    first.serveRaw("HTTP/1.1 302 Found\r\nLocation: " + m_server.uri().toLatin1() +
+                   "\r\nContent-Length: 4\r\n\r\nbody");
+    m_server.serve(readFile(counting()));
+    makeSound(first.uri());
+    ASSERT_TRUE(m_player->play());
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(heard(), countingFloats());
+}
+
+TEST_F(HttpSoundTest, RepeatsASoundFileWithoutFetchingItAgain)
+{
+    m_server.serve(readFile(counting()));
+    makeSound(m_server.uri());
+    m_player->loop = true;
+    m_player->play();
+    ASSERT_TRUE(hasHeard(100));
+    m_server.serveRaw("HTTP/1.1 404 Not Found\r\n\r\n");
+    ASSERT_TRUE(hasHeard(3 * soundFrames));
+    EXPECT_EQ(m_end->count(), 0);
+}
+
+TEST_F(HttpSoundTest, DoesNotHoldUpTheCaller)
+{
+    makeSound(m_server.uri());
+    QElapsedTimer elapsed;
+    elapsed.start();
+    EXPECT_TRUE(m_player->play());
+    EXPECT_LT(elapsed.elapsed(), 200);
+}
+
+TEST_F(HttpSoundTest, ReportsAServerThatCanNotBeReached)
+{
+    QString uri;
+    {
+        const HttpServer gone;
+        uri = gone.uri();
+    }
+    makeSound(uri);
+    expectError("can't be fetched: Connection refused");
+}
+
+TEST_F(HttpSoundTest, ReportsWhatTheServerDoesNotHave)
+{
+    m_server.serveRaw("HTTP/1.1 404 Not Found\r\nContent-Length: 4\r\n\r\nnone");
+    makeSound(m_server.uri());
+    expectError("can't be fetched");
+}
+
+TEST_F(HttpSoundTest, ReportsARefusalOfAStreamWithoutPlayingItsPage)
+{
+    const QByteArray page = rawSamples(0, 2000);
+    m_server.serveRaw("HTTP/1.1 500 Internal Server Error\r\nContent-Length: " +
+                      QByteArray::number(page.size()) + "\r\n\r\n" + page);
+    makeStream(rawType);
+    expectError("can't be fetched");
+}
+
+TEST_F(HttpSoundTest, ReportsAServerThatIsTooSlow)
+{
+    SimplePlayerLimits limits;
+    limits.httpTimeoutMs = 50;
+    SimplePlayerLimits::setCurrent(limits);
+    makeSound(m_server.uri());
+    expectError("the server is too slow");
+}
+
+TEST_F(HttpSoundTest, ReportsASoundFileThatDripsForTooLong)
+{
+    SimplePlayerLimits limits;
+    limits.httpTimeoutMs = 300;
+    SimplePlayerLimits::setCurrent(limits);
+    m_server.serveRaw("HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n");
+    makeSound(m_server.uri());
+    QTimer drip;
+    QObject::connect(&drip, &QTimer::timeout, [this] {
+        if (m_server.hasAnswered())
+            m_server.send("x");
+    });
+    drip.start(20);
+    expectError("the server is too slow");
+}
+
+TEST_F(HttpSoundTest, ReportsASoundFileThatIsTooLarge)
+{
+    SimplePlayerLimits limits;
+    limits.httpMaxBytes = 1000;
+    SimplePlayerLimits::setCurrent(limits);
+    m_server.serve(readFile(counting()));
+    makeSound(m_server.uri());
+    expectError("is larger than the 1000 bytes that are allowed");
+}
+
+TEST_F(HttpSoundTest, ReportsASoundFileThatBreaksOff)
+{
+    m_server.serveRaw("HTTP/1.1 200 OK\r\nContent-Length: 100000\r\n\r\n" +
+                      readFile(counting()).left(5000));
+    makeSound(m_server.uri());
+    ASSERT_TRUE(m_player->play());
+    ASSERT_TRUE(waitFor([this] { return m_server.hasAnswered(); }));
+    m_server.close();
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(m_end->failed.count(), 1);
+}
+
+TEST_F(HttpSoundTest, ReportsSomethingThatIsNoSound)
+{
+    m_server.serve("no sound");
+    makeSound(m_server.uri());
+    expectError("holds no sound in a known format");
+}
+
+TEST_F(HttpSoundTest, CanBeStoppedWhileItIsFetched)
+{
+    makeSound(m_server.uri());
+    m_player->play();
+    ASSERT_TRUE(waitFor([this] { return m_server.hasAnswered(); }));
+    m_player->stop();
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(m_end->stopped.count(), 1);
+}
+
+TEST_F(HttpSoundTest, CanBeDestroyedWhileItIsFetched)
+{
+    makeSound(m_server.uri());
+    m_player->play();
+    ASSERT_TRUE(waitFor([this] { return m_server.hasAnswered(); }));
+    m_player.reset();
+    settle();
+    EXPECT_EQ(m_end->count(), 0);
+}
+
+TEST_F(HttpSoundTest, GoesOnFetchingAfterAPause)
+{
+    const QByteArray sound = readFile(counting());
+    m_server.serveRaw("HTTP/1.1 200 OK\r\nContent-Length: " + QByteArray::number(sound.size()) +
+                      "\r\n\r\n" + sound.left(2000));
+    makeSound(m_server.uri());
+    m_player->play();
+    ASSERT_TRUE(waitFor([this] { return m_server.hasAnswered(); }));
+    m_player->pause();
+    m_player->play();
+    m_server.send(sound.mid(2000));
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(heard(), countingFloats());
+}
+
+TEST_F(HttpSoundTest, PlaysARawStreamAsItArrives)
+{
+    m_server.serveRaw("HTTP/1.1 200 OK\r\n\r\n" + rawSamples(0, 2000));
+    makeStream(rawType);
+    m_player->play();
+    ASSERT_TRUE(hasHeard(2000));
+    EXPECT_EQ(m_end->count(), 0);
+    m_server.send(rawSamples(2000, 4000));
+    ASSERT_TRUE(hasHeard(4000));
+    m_server.close();
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(m_end->ended.count(), 1) << m_end->error();
+    EXPECT_EQ(heard(), countingFloats(4000));
+}
+
+TEST_F(HttpSoundTest, LosesNothingOfARawStreamInAPause)
+{
+    m_server.serveRaw("HTTP/1.1 200 OK\r\n\r\n" + rawSamples(0, 30000));
+    makeStream(rawType);
+    m_player->play();
+    ASSERT_TRUE(hasHeard(5000));
+    m_player->pause();
+    settle();
+    m_player->play();
+    ASSERT_TRUE(hasHeard(30000));
+    m_server.close();
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(heard(), countingFloats(30000));
+}
+
+TEST_F(HttpSoundTest, ReportsARawStreamThatBringsNothing)
+{
+    SimplePlayerLimits limits;
+    limits.httpTimeoutMs = 100;
+    SimplePlayerLimits::setCurrent(limits);
+    m_server.serveRaw("HTTP/1.1 200 OK\r\n\r\n" + rawSamples(0, 100));
+    makeStream(rawType);
+    m_player->play();
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_THAT(m_end->error(), HasSubstr("the server is too slow"));
+}
