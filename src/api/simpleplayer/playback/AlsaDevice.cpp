@@ -29,8 +29,8 @@ constexpr unsigned mediaBufferUs = 110'000;
 
 // How a pause finds the moment at which the count of played frames is true: just after it moved.
 constexpr std::chrono::microseconds settleStep{500};
-constexpr int settleMoveSteps = 24;
-constexpr int settleStillSteps = 4;
+constexpr int settleMoveSteps = 24; // for a step to come
+constexpr int settleStillSteps = 4; // after one
 constexpr int settleMaxSteps = 36;
 
 // A device that runs empty again before it has taken a frame will not come round.
@@ -182,25 +182,19 @@ long AlsaDevice::closeAndCount()
 // heard twice. So the count is taken when a step has just been made and the next is far.
 long AlsaDevice::settle()
 {
-    if (room() < 0)
-        return m_held;
-    const auto waitFor = [this](bool moved, int steps, int &total) {
-        for (int step = 0; step < steps && total < settleMaxSteps; ++step, ++total) {
-            const long before = m_held;
-            std::this_thread::sleep_for(settleStep);
-            if (room() < 0)
-                return;
-            if (m_held != before) {
-                if (moved)
-                    return;
-                step = -1;
-            }
-        }
-    };
-    int total = 0;
-    if (m_held > 0)
-        waitFor(true, settleMoveSteps, total);
-    waitFor(false, settleStillSteps, total);
+    bool moved = false;
+    int still = 0;
+    long before = room() < 0 ? 0 : m_held;
+    for (int step = 0; step < settleMaxSteps && m_held > 0; ++step) {
+        if (still >= (moved ? settleStillSteps : settleMoveSteps))
+            break;
+        std::this_thread::sleep_for(settleStep);
+        if (room() < 0)
+            break;
+        still = m_held == before ? still + 1 : 0;
+        moved = moved || m_held != before;
+        before = m_held;
+    }
     return m_held;
 }
 
