@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
+#include "core/model/cmrequest.h"
 #include "core/model/cmworker.h"
 #include "core/tavo/export.h"
 
@@ -15,14 +16,6 @@
 #include <stdexcept>
 #include <string>
 #include <unistd.h>
-
-#if __has_include("core/model/cmrequest.h")
-#include "core/model/cmrequest.h"
-#else
-class CMRequest
-{
-};
-#endif
 
 // A worker that logs what happens to it, under the logger "Scripted", and does what its
 // configuration says, so that tests can see the host through it:

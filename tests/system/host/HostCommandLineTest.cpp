@@ -74,6 +74,13 @@ TEST_F(HostCommandLineTest, ChecksAConfigurationWithoutStartingAnything)
     EXPECT_EQ(log(), "");
 }
 
+TEST_F(HostCommandLineTest, FindsTheModulesOfItsBuiltInConfigurationByItself)
+{
+    m_host.addArguments({"--check"});
+    EXPECT_EQ(m_host.run(), 0) << log();
+    EXPECT_EQ(output(), "built-in configuration: good, 3 modules\n");
+}
+
 TEST_F(HostCommandLineTest, ChecksThatEachModuleIsThere)
 {
     m_host.setConfiguration(configurationOf({"scripted", "absent"}));

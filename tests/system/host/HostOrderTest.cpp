@@ -91,6 +91,21 @@ TEST_F(HostOrderTest, LogsThatAllModulesRun)
     EXPECT_TRUE(m_host.waitForLog("INFO  Host [main] Host ready, 2 modules"));
 }
 
+TEST_F(HostOrderTest, RunsItsBuiltInConfigurationWhenItIsGivenNone)
+{
+    ASSERT_TRUE(m_host.startReady()) << m_host.log().toStdString();
+    EXPECT_EQ(m_host.stop(), 0);
+    QStringList started;
+    for (const QString &line : m_host.logLines()) {
+        const int name = line.indexOf("Module started: ");
+        if (name >= 0) {
+            started << line.mid(name);
+        }
+    }
+    EXPECT_EQ(started, QStringList({"Module started: powermanager", "Module started: player",
+                                    "Module started: notifications"}));
+}
+
 TEST_F(HostOrderTest, EndsInOrderWhenAModuleQuitsTheProgram)
 {
     m_host.setConfiguration(configurationOf({scripted("one"), scripted("two", {{"quit", true}})}));

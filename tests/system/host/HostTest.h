@@ -4,6 +4,7 @@
 #pragma once
 
 #include "support/host/HostProcess.h"
+#include "support/Text.h"
 
 #include <QFile>
 #include <QJsonArray>
@@ -13,21 +14,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fcntl.h>
-#include <ostream>
 #include <stdexcept>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
-
-// Qt's containers and texts shown as text when an expectation fails.
-QT_BEGIN_NAMESPACE
-inline void PrintTo(const QString &text, std::ostream *stream)
-{
-    *stream << '"' << text.toStdString() << '"';
-}
-QT_END_NAMESPACE
 
 /// A host whose search path holds the modules for tests.
 class HostTest : public testing::Test
