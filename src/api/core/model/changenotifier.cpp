@@ -12,7 +12,9 @@ ChangeNotifier::~ChangeNotifier() = default;
 
 void ChangeNotifier::dispose()
 {
-    if (thread() == QThread::currentThread() && m_emissions == 0) {
+    const QThread *home = thread();
+    // Nothing would run a deletion that is posted to a thread that has gone.
+    if (home == nullptr || (home == QThread::currentThread() && m_emissions == 0)) {
         delete this;
     } else {
         deleteLater();

@@ -189,7 +189,7 @@ void CMRegistry::sweep(SubscriptionSlice &slice)
             ChangeNotifier *ended = *link;
             *link = ended->m_next;
             --slice.size;
-            ended->deleteLater();
+            ended->dispose();
         }
         entry = *entry == nullptr ? slice.subscriptions.erase(entry) : std::next(entry);
     }
