@@ -38,7 +38,7 @@ using Enumerations = testing::Types<TavoNotificationItemPriority, TavoNotificati
                                     TavoNotificationPlayerResponseType, TavoPowerManagerResources,
                                     TavoPowerModuleActions, TavoPowerManagerRevokeMessageType,
                                     TavoRolesType, TavoRowsRolesType>;
-TYPED_TEST_SUITE(EnumerationTest, Enumerations);
+TYPED_TEST_SUITE(EnumerationTest, Enumerations, );
 } // namespace
 
 TYPED_TEST(EnumerationTest, GivesTheDigitsOfNumbersWithoutAName)

@@ -268,3 +268,25 @@ TEST_F(SubscriptionThreadsTest, BeginAndEndInManyThreadsWhileChangesAreRaised)
     });
     EXPECT_EQ(CMSubscribe::raiseRowsChange(path, change), 0);
 }
+
+TEST_F(SubscriptionThreadsTest, LeaveNothingBehindInAThreadThatHasEnded)
+{
+    {
+        EventThread ending;
+        auto receiver = std::make_unique<ChangeRecorder>();
+        receiver->moveToThread(ending.thread());
+        for (int i = 0; i < 100; ++i) {
+            CMRoot()->connectRowsChange(path, receiver.get(), &ChangeRecorder::on_rows_changed);
+        }
+        ending.run([&receiver] { receiver.reset(); });
+    }
+    // Enough to make the model look for ended ones; the leak sanitizer has the last word.
+    ChangeRecorder receiver;
+    for (int i = 0; i < 1000; ++i) {
+        CMRoot()->connectRowsChange(path, &receiver, &ChangeRecorder::on_rows_changed);
+    }
+    EXPECT_EQ(CMSubscribe::raiseRowsChange(path, change), 1000);
+    for (int i = 0; i < 1000; ++i) {
+        CMRoot()->disconnectRowsChange(path, &receiver, &ChangeRecorder::on_rows_changed);
+    }
+}
