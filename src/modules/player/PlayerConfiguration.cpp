@@ -14,6 +14,16 @@ constexpr double leastAttenuationDb = -96.0;
 /// No click, and done before a notification has begun.
 constexpr int defaultFadeMs = 40;
 constexpr int longestFadeMs = 5000;
+
+constexpr int longestHttpTimeoutMs = 600'000;
+constexpr qint64 bytesPerMiB = qint64(1) << 20;
+constexpr int mostMiB = 65536;
+
+/// A size that is configured in MiB.
+qint64 readSize(TavoConfiguration &reader, const QString &key, qint64 fallback)
+{
+    return reader.integer(key, int(fallback / bytesPerMiB), 1, mostMiB) * bytesPerMiB;
+}
 } // namespace
 
 PlayerConfiguration PlayerConfiguration::fromHash(const QVariantHash &config)
@@ -29,6 +39,11 @@ PlayerConfiguration PlayerConfiguration::fromHash(const QVariantHash &config)
                                                      defaultAttenuationDb, leastAttenuationDb, 0);
     configuration.duckingFade =
         reader.integer(QStringLiteral("duckingFade"), defaultFadeMs, 0, longestFadeMs);
+    SimplePlayerLimits &limits = configuration.limits;
+    limits.maxSoundBytes = readSize(reader, QStringLiteral("soundLimit"), limits.maxSoundBytes);
+    limits.httpMaxBytes = readSize(reader, QStringLiteral("httpLimit"), limits.httpMaxBytes);
+    limits.httpTimeoutMs = reader.integer(QStringLiteral("httpTimeout"), limits.httpTimeoutMs, 1,
+                                          longestHttpTimeoutMs);
     reader.finish();
     return configuration;
 }

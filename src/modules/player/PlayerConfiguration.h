@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include <simpleplayer/SimplePlayerLimits.h>
+
 #include <QString>
 #include <QVariantHash>
 
@@ -14,6 +16,7 @@ struct PlayerConfiguration
     QString music;               ///< path or URI of what to play from the start; empty: nothing
     double duckingAttenuation;   ///< dB, 0 or less
     int duckingFade;             ///< ms
+    SimplePlayerLimits limits;   ///< what players accept, notifications' as well
 
     /// Throws a std::runtime_error that names the key for a configuration that can't be used.
     static PlayerConfiguration fromHash(const QVariantHash &config);

@@ -4,6 +4,8 @@
 #include "support/LoadedModule.h"
 #include "support/Request.h"
 
+#include <simpleplayer/SimplePlayerLimits.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -54,6 +56,29 @@ TEST(PlayerConfigurationTest, RefusesAFadeThatIsNoWholeNumber)
 TEST(PlayerConfigurationTest, RefusesANegativeFade)
 {
     EXPECT_THAT(failureWith({{"duckingFade", -1}}), StartsWith("duckingFade: "));
+}
+
+TEST(PlayerConfigurationTest, RefusesLimitsOutOfRange)
+{
+    for (const char *key : {"soundLimit", "httpLimit", "httpTimeout"}) {
+        EXPECT_THAT(failureWith({{key, 0}}), StartsWith(std::string(key) + ": "));
+        EXPECT_THAT(failureWith({{key, 1000000}}), StartsWith(std::string(key) + ": "));
+        EXPECT_THAT(failureWith({{key, "much"}}), StartsWith(std::string(key) + ": "));
+    }
+}
+
+TEST(PlayerConfigurationTest, PutsItsLimitsInForceForEveryPlayer)
+{
+    const SimplePlayerLimits before = SimplePlayerLimits::current();
+    {
+        const LoadedModule module(MODULE_FILE, "player",
+                                  {{"soundLimit", 3}, {"httpLimit", 2}, {"httpTimeout", 1500}});
+        const SimplePlayerLimits limits = SimplePlayerLimits::current();
+        EXPECT_EQ(limits.maxSoundBytes, 3 * 1024 * 1024);
+        EXPECT_EQ(limits.httpMaxBytes, 2 * 1024 * 1024);
+        EXPECT_EQ(limits.httpTimeoutMs, 1500);
+    }
+    SimplePlayerLimits::setCurrent(before);
 }
 
 TEST(PlayerConfigurationTest, TakesEveryKeyAtItsLimits)

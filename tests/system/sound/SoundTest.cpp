@@ -3,6 +3,8 @@
 
 #include "SoundTest.h"
 
+#include <QFile>
+
 #include <cmath>
 
 SoundTest::SoundTest()
@@ -67,7 +69,10 @@ QString SoundTest::toneFile(int frequency, int milliseconds, int format, const Q
 {
     const QString path =
         inFolder(QStringLiteral("%1-%2.%3").arg(frequency).arg(milliseconds).arg(suffix));
-    writeSound(path, format, rate, tone(frequency, milliseconds));
+    // Written once: a host may be playing the file already.
+    if (!QFile::exists(path)) {
+        writeSound(path, format, rate, tone(frequency, milliseconds));
+    }
     return path;
 }
 
