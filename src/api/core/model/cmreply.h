@@ -104,7 +104,8 @@ public:
     ~CMReplyData() override
     {
         if (hasWatchers()) {
-            abandon(new CMReplyData);
+            // Out of memory ends the process, here as anywhere.
+            abandon(new CMReplyData); // NOLINT(bugprone-unhandled-exception-at-new)
         }
     }
 

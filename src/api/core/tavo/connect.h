@@ -37,8 +37,7 @@ QMetaObject::Connection tavoConnect(const Sender *sender, Signal signal, const R
                                     Slot slot, Qt::ConnectionType type = Qt::AutoConnection)
 {
     Q_ASSERT(verifyConnectionSignalParameters(sender, signal, receiver, type));
-    const QMetaObject::Connection connection =
-        QObject::connect(sender, signal, receiver, slot, type);
+    QMetaObject::Connection connection = QObject::connect(sender, signal, receiver, slot, type);
     Q_ASSERT(connection);
     return connection;
 }

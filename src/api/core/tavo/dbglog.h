@@ -49,7 +49,7 @@ private:
 /// expression, not evaluated unless the level is enabled: TAVO_SCOPE(logger, TRACE, "id: " << id);
 #define TAVO_SCOPE(logger, level, args)                                                            \
     LOG4CPLUS_##level(logger, "Enter " << dbglog_scopedFunction(Q_FUNC_INFO, (logger).getName())   \
-                                       << ": " << args);                                           \
+                                       << ": " << args); /* NOLINT(bugprone-macro-parentheses) */  \
     DbglogScope dbglogScope(logger, log4cplus::level##_LOG_LEVEL, Q_FUNC_INFO, __FILE__, __LINE__, \
                             LOG4CPLUS_MACRO_FUNCTION())
 
