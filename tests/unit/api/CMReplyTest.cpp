@@ -66,8 +66,9 @@ TEST(CMReplyTest, TakesItsFirstAnswerOnly)
 TEST(CMReplyTest, SharesItsAnswerWithItsCopies)
 {
     const Reply reply;
-    const Reply copy = reply;
-    const CMVoidReply view = reply;
+    Reply copy;
+    copy = reply;
+    const CMVoidReply view(copy);
     copy.setValue(5);
     EXPECT_EQ(reply.value(), QVariant(5));
     EXPECT_TRUE(view.isFinished());
@@ -144,6 +145,7 @@ TEST(CMReplyTest, TakesOneAnswerOfManyThreads)
         reply.addWatcher(
             &context, [&told](const CMVoidReply &) { ++told; }, Qt::DirectConnection);
         std::vector<std::future<void>> answering;
+        answering.reserve(8);
         for (int i = 0; i < 8; ++i) {
             answering.push_back(std::async(std::launch::async, [=] { reply.setValue(i); }));
         }

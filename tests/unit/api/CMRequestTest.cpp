@@ -48,7 +48,8 @@ TEST(CMRequestTest, SharesItsDataAmongCopies)
 {
     const Reply reply;
     const CMSetDataRequest request = requestFor(reply);
-    const CMRequest plain = request;
+    CMRequest plain;
+    plain = request;
     const CMSetDataRequest copy(plain);
     EXPECT_EQ(copy.value(), request.value());
     copy.reply().setValue(1);
@@ -66,8 +67,11 @@ TEST(CMRequestTest, AnswersWithAnErrorWhenDroppedWithoutAnAnswer)
 {
     const Reply reply;
     {
-        const CMSetDataRequest request = requestFor(reply);
-        const CMSetDataRequest copy = request;
+        CMSetDataRequest last;
+        {
+            const CMSetDataRequest first = requestFor(reply);
+            last = first;
+        }
         EXPECT_FALSE(reply.isFinished());
     }
     EXPECT_EQ(reply.error().name(), CMErrors::noAnswer());

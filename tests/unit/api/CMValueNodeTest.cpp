@@ -174,6 +174,7 @@ TEST_F(CMValueNodeTest, IsReadWholeWhileItIsWritten)
 {
     std::atomic<bool> done{false};
     std::vector<std::future<void>> readers;
+    readers.reserve(4);
     for (int i = 0; i < 4; ++i) {
         readers.push_back(std::async(std::launch::async, [&done] {
             while (!done) {
