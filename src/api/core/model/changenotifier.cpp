@@ -38,22 +38,9 @@ bool ChangeNotifier::event(QEvent *event)
     return true;
 }
 
-bool RowsChangeNotifier::isConnected() const
+void ChangeNotifier::disconnectNotify(const QMetaMethod & /*signal*/)
 {
-    static const QMetaMethod signal = QMetaMethod::fromSignal(&RowsChangeNotifier::changed);
-    return isSignalConnected(signal);
-}
-
-bool ValueChangeNotifier::isConnected() const
-{
-    static const QMetaMethod signal = QMetaMethod::fromSignal(&ValueChangeNotifier::changed);
-    return isSignalConnected(signal);
-}
-
-bool NodeChangeNotifier::isConnected() const
-{
-    static const QMetaMethod signal = QMetaMethod::fromSignal(&NodeChangeNotifier::changed);
-    return isSignalConnected(signal);
+    m_connected = false;
 }
 
 void RowsChangeEvent::emitFrom(ChangeNotifier *notifier) const

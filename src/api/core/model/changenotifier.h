@@ -6,6 +6,8 @@
 #include "core/model/cmpath.h"
 #include "core/tavo/export.h"
 
+#include <atomic>
+
 #include <QObject>
 #include <QStringList>
 #include <QVariant>
@@ -32,7 +34,7 @@ public:
     const QObject *receiver() const { return m_receiver; }
 
     /// False once the subscription has been ended, by its receiver or by the receiver's end.
-    virtual bool isConnected() const = 0;
+    bool isConnected() const { return m_connected; }
 
     /// Frees the notifier, later when it is emitting or lives in another thread; in no case while a
     /// slot that it has called is still running. Any thread.
@@ -40,12 +42,17 @@ public:
 
     bool event(QEvent *event) override;
 
+protected:
+    /// Called by Qt in whatever thread ends the connection, a receiver's destructor included.
+    void disconnectNotify(const QMetaMethod &signal) override;
+
 private:
     friend class CMRegistry;
 
     CMPath m_path;
     const QObject *m_receiver;
     ChangeNotifier *m_next = nullptr; ///< the next subscription to the same path
+    std::atomic<bool> m_connected{false};
     int m_emissions = 0;     ///< under way: a slot may run an event loop, which emits again
     bool m_disposed = false; ///< to be freed when the outermost emission is through
 };
@@ -56,8 +63,6 @@ class TAVO_API_EXPORT RowsChangeNotifier : public ChangeNotifier
 
 public:
     using ChangeNotifier::ChangeNotifier;
-    bool isConnected() const override;
-
 Q_SIGNALS:
     /// Rows of the list at the path have changed as the names in changes say (see CMSubscribe),
     /// from row first on, count of them; -1 and 0 where the change is not about certain rows.
@@ -70,8 +75,6 @@ class TAVO_API_EXPORT ValueChangeNotifier : public ChangeNotifier
 
 public:
     using ChangeNotifier::ChangeNotifier;
-    bool isConnected() const override;
-
 Q_SIGNALS:
     void changed(const CMPath &path, const QVariant &value);
 };
@@ -82,8 +85,6 @@ class TAVO_API_EXPORT NodeChangeNotifier : public ChangeNotifier
 
 public:
     using ChangeNotifier::ChangeNotifier;
-    bool isConnected() const override;
-
 Q_SIGNALS:
     /// A node has been published at the path, or has gone.
     void changed(const CMPath &path, bool published);

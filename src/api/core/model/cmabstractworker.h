@@ -128,6 +128,7 @@ private:
     void unsubscribe(ChangeType kind, void (Notifier::*signal)(Args...), const CMPath &path,
                      Receiver *receiver, Slot slot)
     {
+        // Asserted behind the call: the callable is offered each of the receiver's subscriptions.
         bool disconnectSucceeded = false;
         disconnectChange(kind, path, receiver, [&](ChangeNotifier *notifier) {
             disconnectSucceeded =

@@ -95,6 +95,7 @@ void CMRegistry::subscribe(CMAbstractWorker::ChangeType type, const CMPath &path
     if (!connectTo(notifier.get())) {
         return;
     }
+    notifier->m_connected = true;
     SubscriptionSlice &slice = subscriptionSlice(type, path);
     const std::lock_guard lock(slice.mutex);
     if (slice.size >= slice.sweepAt) {

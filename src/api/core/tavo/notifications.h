@@ -36,7 +36,9 @@ TAVO_API_EXPORT CMPath TavoNotificationDisplayCancelNotifyPath();
 /// Rows: the paths of the open display notifications; the first is the one on display.
 TAVO_API_EXPORT CMPath TavoNotificationDisplayQueuePath();
 
-/// The parent of the nodes made for messages: a list with one row, the text.
+/// The parent of the nodes made for messages: a list with one row, the text. Such a node stays when its
+/// notification is closed, until a notification whose id is the node's name is closed. Who sends many
+/// messages publishes a node and opens it by its path.
 TAVO_API_EXPORT CMPath TavoNotificationDisplaySimpleMessageNodePath();
 
 /// A request to play a sound.
