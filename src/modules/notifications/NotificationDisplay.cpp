@@ -36,11 +36,12 @@ bool NotificationDisplay::enqueue(TavoNotificationDisplayItem *item)
     if (position == 0 && !m_queue.isEmpty()) {
         preemptHead();
     }
+    const CMPath path = item->path();
     m_queue.insert(position, *item);
+    m_paths.insert(position, path);
     if (position == 0) {
         startTimer();
     }
-    const CMPath path = item->path();
     m_queueNode->rowsInsert(position, path);
     CMRoot()->connectRowsChange(path, this, &NotificationDisplay::on_subscribe_rowsChanged,
                                 Qt::AutoConnection);
@@ -129,14 +130,16 @@ bool NotificationDisplay::removeNotificationItem(int index)
     CMRoot()->disconnectRowsChange(item.path(), this,
                                    &NotificationDisplay::on_subscribe_rowsChanged);
     m_queueNode->rowsRemoveAt(index);
-    // A message's node goes only with a notification whose own id is the node's: a client that
-    // named it so says that nobody else refers to it. Others stay for whoever still reads them.
+    // A message's node is filed under the identifier made for it and looked for under the
+    // notification's own id: it goes with a later notification that names it so, and otherwise stays
+    // for whoever still reads it.
     const QString id = item.id();
     if (!id.isEmpty() && m_messageNodes.contains(id)) {
         m_messageNodes.take(id)->dispose();
     }
     if (index < m_queue.size()) {
         m_queue.removeAt(index);
+        m_paths.removeAt(index);
     }
     TAVO_LEAVE(TRACE, "queue: " << m_queue.size());
     return true;
@@ -149,9 +152,10 @@ bool NotificationDisplay::cancel(const CMPath &path)
         LOG4CPLUS_WARN(logger, "Called cancel display notification but queue is empty");
         return false;
     }
+    Q_ASSERT(m_paths.size() == m_queue.size());
     int removed = 0;
     for (int i = m_queue.size() - 1; i >= 0; --i) {
-        if (m_queue.at(i).path() != path) {
+        if (m_paths.at(i) != path) {
             continue;
         }
         if (CMPath::fromQVariant(m_queueNode->getRow(i)) != path) {

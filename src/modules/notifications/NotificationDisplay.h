@@ -20,12 +20,10 @@
 /// Thread: the worker's. Owner: the worker.
 ///
 /// Guarantees:
-/// - the queue and the rows of the queue node are in step whenever control is back in the event
-/// loop;
-/// - more urgent notifications stand ahead of less urgent ones, equal ones in their order of
-/// arrival;
+/// - the queue and the rows of the queue node are in step whenever control is back in the event loop;
+/// - more urgent notifications stand ahead of less urgent ones, equal ones in their order of arrival;
 /// - a notification is on display no longer in total than its timeout, however often it was
-/// pre-empted.
+///   pre-empted, each showing counted in whole milliseconds.
 class NotificationDisplay : public QObject
 {
     Q_OBJECT
@@ -68,4 +66,8 @@ private:
     QTimer m_closeTimer;        ///< ends the head's time
     QElapsedTimer m_shownTimer; ///< how much of it is over
     CMNodes *m_nodes;           ///< the worker's
+
+    /// The items' paths, in step with the queue: a cancel looks at all of them, and reading one out of
+    /// its item costs fifty times as much.
+    QList<CMPath> m_paths;
 };

@@ -7,6 +7,8 @@
 
 #include "modules/notifications/NotificationDisplay.h"
 
+#include <limits>
+
 namespace {
 using log4cplus::FATAL_LOG_LEVEL;
 using log4cplus::WARN_LOG_LEVEL;
@@ -28,6 +30,9 @@ protected:
         EXPECT_TRUE(controller().enqueue(&item));
         return item.path();
     }
+
+    /// Makes the head shown for so many seconds more.
+    void shiftShownTimer(int seconds) { m_display.m_shownTimer.t1 -= seconds; }
 
 private:
     CMNodes m_nodes;
@@ -110,6 +115,73 @@ TEST_F(DisplayInsideTest, StopsACancelWhereQueueAndRowsDisagree)
     controller().m_queueNode->rowsInsert(0, CMPath("/other"_s));
     EXPECT_FALSE(controller().cancel(path));
     EXPECT_EQ(logged(FATAL_LOG_LEVEL, "Notification with selected path was not found in queue"), 1);
+    EXPECT_EQ(controller().m_queue.size(), 1);
+}
+
+TEST_F(DisplayInsideTest, LetsEarlierRemovalsStandAndTheTimerRunWhereACancelStops)
+{
+    TavoNotificationDisplayItem head;
+    head.setPath(CMPath("/shared"_s)).setTimeout(60000);
+    TavoNotificationDisplayItem copy = head;
+    controller().enqueue(&head);
+    open("other"_s);
+    controller().enqueue(&copy);
+    controller().m_queueNode->rowsRemoveAt(0);
+    controller().m_queueNode->rowsInsert(0, CMPath("/other"_s));
+    controller().m_closeTimer.setInterval(30000); // tells a restart
+    EXPECT_FALSE(controller().cancel(CMPath("/shared"_s)));
+    EXPECT_EQ(controller().m_queue.size(), 2);
+    EXPECT_TRUE(controller().m_closeTimer.isActive());
+    EXPECT_EQ(controller().m_closeTimer.interval(), 30000);
+}
+
+TEST_F(DisplayInsideTest, ForgetsTheNodeThatWentWithItsNamesake)
+{
+    const CMPath path = open("a"_s);
+    TavoNotificationDisplayItem namesake;
+    namesake.setMessage("b"_s).setId(path.name());
+    controller().enqueue(&namesake);
+    EXPECT_TRUE(controller().m_messageNodes.contains(path.name()));
+    controller().cancel(namesake.path());
+    EXPECT_FALSE(controller().m_messageNodes.contains(path.name()));
+}
+
+TEST_F(DisplayInsideTest, RemovesAHeadWhoseTimeIsJustUsedUp)
+{
+    TavoNotificationDisplayItem head;
+    head.setMessage("a"_s).setTimeout(60000);
+    controller().enqueue(&head);
+    shiftShownTimer(60);
+    controller().m_queue.first().setTimeout(int(controller().m_shownTimer.elapsed()));
+    TavoNotificationDisplayItem urgent;
+    urgent.setMessage("b"_s).setPriority(TavoNotificationItemPriority::Urgent);
+    controller().enqueue(&urgent);
+    EXPECT_EQ(controller().m_queue.size(), 1);
+}
+
+TEST_F(DisplayInsideTest, ComparesTheShownTimeAsASigned32BitNumber)
+{
+    TavoNotificationDisplayItem head;
+    head.setMessage("a"_s).setTimeout(std::numeric_limits<int>::max());
+    controller().enqueue(&head);
+    shiftShownTimer(std::numeric_limits<int>::max() / 1000 + 10);
+    TavoNotificationDisplayItem urgent;
+    urgent.setMessage("b"_s).setPriority(TavoNotificationItemPriority::Urgent);
+    controller().enqueue(&urgent);
+    EXPECT_EQ(controller().m_queue.size(), 2);
+    EXPECT_LT(controller().m_queue.last().timeout(), 0);
+}
+
+TEST_F(DisplayInsideTest, ShowsOneOfASingleMillisecondWithATimer)
+{
+    TavoNotificationDisplayItem item;
+    item.setMessage("a"_s).setTimeout(1);
+    controller().enqueue(&item);
+    EXPECT_TRUE(controller().m_closeTimer.isActive());
+    shiftShownTimer(1);
+    TavoNotificationDisplayItem urgent;
+    urgent.setMessage("b"_s).setPriority(TavoNotificationItemPriority::Urgent);
+    controller().enqueue(&urgent);
     EXPECT_EQ(controller().m_queue.size(), 1);
 }
 

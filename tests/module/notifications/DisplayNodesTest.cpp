@@ -5,6 +5,8 @@
 
 #include "DisplayTest.h"
 
+#include <atomic>
+
 #include <QThread>
 
 namespace {
@@ -63,20 +65,32 @@ TEST_F(DisplayNodesTest, GoWithANotificationThatIsNamedLikeTheNode)
     // A second notification carries the first one's identifier as its own id.
     const CMPath first = open("a"_s);
     const CMPath second = open(message("b"_s).setId(first.name()));
+    const CMPath third = open(message("c"_s).setId(first.name()));
     cancelDisplay(second);
     EXPECT_FALSE(exists(first));
     EXPECT_TRUE(exists(second));
+    cancelDisplay(third); // finds no such node any more
+    EXPECT_TRUE(exists(third));
+    EXPECT_EQ(rows(), QVector<CMPath>{first});
 }
 
 TEST_F(DisplayNodesTest, LeaveTheHeadAndItsTimerAloneWhenAnotherIsCancelled)
 {
-    const CMPath a = open("a"_s, 1, 1000);
+    const CMPath a = open("a"_s, 1, 60000);
     const CMPath b = open("b"_s);
     const CMPath c = open("c"_s);
+    const CMPath d = open("d"_s);
+    passTime(20);
     EXPECT_FALSE(cancelDisplay(b).error().isError());
-    EXPECT_EQ(rows(), (QVector<CMPath>{a, c}));
+    close(c);
+    EXPECT_EQ(rows(), (QVector<CMPath>{a, d}));
     EXPECT_TRUE(closeTimer()->isActive());
-    EXPECT_EQ(closeTimer()->interval(), 1000);
+    EXPECT_EQ(closeTimer()->interval(), 60000);
+    EXPECT_LE(closeTimer()->remainingTime(), 60000 - 20);
+    // What has been shown of it is counted on, too.
+    open("urgent"_s, 2, 1000);
+    fireCloseTimer();
+    EXPECT_LE(closeTimer()->interval(), 60000 - 20);
 }
 
 TEST_F(DisplayNodesTest, ShowTheNextAtOnceWhenTheHeadIsCancelled)
@@ -129,8 +143,14 @@ TEST_F(DisplayNodesTest, LogACancelWhileNothingIsOpen)
 TEST_F(DisplayNodesTest, LogNothingForACancelOfAnUnknownPath)
 {
     open("a"_s);
+    log().clear();
     cancelDisplay(CMPath("/nowhere"_s));
-    EXPECT_EQ(log().countAt(WARN_LOG_LEVEL), 0);
+    for (const auto &record : log().records()) {
+        EXPECT_EQ(record.level, TRACE_LOG_LEVEL) << record.message;
+        EXPECT_TRUE(record.message.rfind("Enter ", 0) == 0 ||
+                    record.message.rfind("Leave ", 0) == 0)
+            << record.message;
+    }
 }
 
 TEST_F(DisplayNodesTest, CloseANotificationForAClient)
@@ -173,6 +193,71 @@ TEST_F(DisplayNodesTest, AreDeafToASecondClose)
     EXPECT_FALSE(CMSubscribe::closeNode(path));
     settle();
     EXPECT_TRUE(log().records().empty());
+}
+
+TEST_F(DisplayNodesTest, HaveNoListenerLeftHoweverTheirNotificationWent)
+{
+    const CMPath expired = open("expired"_s, 1, 1000);
+    fireCloseTimer();
+    const CMPath cancelled = open("cancelled"_s);
+    cancelDisplay(cancelled);
+    const CMPath closed = open("closed"_s);
+    close(closed);
+    const CMPath overdue = open("overdue"_s, 1, 2);
+    passTime(5);
+    const CMPath open2 = open("urgent"_s, 2);
+    for (const CMPath &path : {expired, cancelled, closed, overdue}) {
+        EXPECT_FALSE(CMSubscribe::closeNode(path)) << path;
+    }
+    EXPECT_TRUE(CMSubscribe::closeNode(open2));
+}
+
+TEST_F(DisplayNodesTest, AreRemovedOnceWhenACloseMeetsACancel)
+{
+    const CMPath path = open("a"_s);
+    const CMPath other = open("b"_s);
+    log().clear();
+    const CMReply<QVariant> reply;
+    CMRoot()->invoke(TavoNotificationDisplayCancelNotifyPath(), TavoValue().setPath(path), reply);
+    CMSubscribe::closeNode(path); // is on its way when the cancel ends its subscription
+    settle();
+    EXPECT_FALSE(reply.error().isError());
+    EXPECT_EQ(rows(), QVector<CMPath>{other});
+    EXPECT_EQ(entered(TRACE_LOG_LEVEL, "cancel", path.toString().toStdString()), 1);
+}
+
+TEST_F(DisplayNodesTest, TakeClosesFromOtherThreadsWhileTheWorkerGoes)
+{
+    QVector<CMPath> paths;
+    for (int i = 0; i < 50; ++i) {
+        paths.append(open(QString::number(i)));
+    }
+    std::atomic<bool> stop{false};
+    const std::unique_ptr<QThread> closer(QThread::create([&] {
+        while (!stop) {
+            for (const CMPath &path : qAsConst(paths)) {
+                CMSubscribe::closeNode(path);
+            }
+        }
+    }));
+    closer->start();
+    unload();
+    stop = true;
+    closer->wait();
+    EXPECT_FALSE(exists(TavoNotificationDisplayQueuePath()));
+}
+
+TEST_F(DisplayNodesTest, AreFewerByAllOfTenThousandClosedFromTheOldest)
+{
+    log().setLevel(log4cplus::FATAL_LOG_LEVEL);
+    QVector<CMPath> paths;
+    for (int i = 0; i < 10000; ++i) {
+        paths.append(open("text"_s));
+    }
+    for (const CMPath &path : qAsConst(paths)) {
+        close(path);
+    }
+    EXPECT_TRUE(rows().isEmpty());
 }
 
 TEST_F(DisplayNodesTest, HearACloseOfTheClientsOwnNodeFromAnotherThread)

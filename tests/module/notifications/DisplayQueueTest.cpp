@@ -17,15 +17,6 @@ using log4cplus::WARN_LOG_LEVEL;
 class DisplayQueueTest : public DisplayTest
 {
 protected:
-    /// Lets time pass without any event being handled.
-    static void passTime(int milliseconds)
-    {
-        QElapsedTimer timer;
-        timer.start();
-        while (!timer.hasExpired(milliseconds)) {
-        }
-    }
-
     /// The number that the only record with that start ends with.
     int numberAfter(log4cplus::LogLevel level, const std::string &start) const
     {
@@ -48,6 +39,13 @@ TEST_F(DisplayQueueTest, DeclaresItsTwoSlotsInOrderAndNothingElse)
                  "on_subscribe_rowsChanged(CMPath,QStringList,int,int)");
     EXPECT_STREQ(meta->method(meta->methodOffset() + 1).methodSignature().constData(),
                  "on_closeTimer_timeout()");
+    EXPECT_EQ(meta->method(meta->methodOffset()).parameterNames(),
+              (QList<QByteArray>{"path", "changes", "", ""}));
+    for (int i = 0; i < 2; ++i) {
+        const QMetaMethod slot = meta->method(meta->methodOffset() + i);
+        EXPECT_EQ(slot.methodType(), QMetaMethod::Slot);
+        EXPECT_EQ(slot.returnType(), int(QMetaType::Void));
+    }
     EXPECT_EQ(meta->propertyCount(), meta->propertyOffset());
     EXPECT_NE(QMetaType::type("CMPath"), int(QMetaType::UnknownType));
 }
@@ -107,14 +105,16 @@ TEST_F(DisplayQueueTest, ShowsAnUntimedNextWithoutATimer)
 
 TEST_F(DisplayQueueTest, KeepsTheOrderOfArrivalAndTheTimerAmongEqualPriorities)
 {
-    const CMPath a = open("a"_s, 2, 1000);
-    passTime(3);
-    const int before = closeTimer()->remainingTime();
+    const CMPath a = open("a"_s, 2, 60000);
+    passTime(20);
     const CMPath b = open("b"_s, 2, 500);
     const CMPath c = open("c"_s, 2, 500);
     EXPECT_EQ(rows(), (QVector<CMPath>{a, b, c}));
-    EXPECT_EQ(closeTimer()->interval(), 1000);
-    EXPECT_LE(closeTimer()->remainingTime(), before);
+    EXPECT_EQ(closeTimer()->interval(), 60000);
+    EXPECT_LE(closeTimer()->remainingTime(), 60000 - 20);
+    open("urgent"_s, 3, 0);
+    EXPECT_LE(numberAfter(DEBUG_LOG_LEVEL, "Pausing current item, remaining time is [ms] "),
+              60000 - 20);
 }
 
 TEST_F(DisplayQueueTest, PutsALowestPriorityLastAndOneBetweenBeforeTheFirstLowerOne)
@@ -173,10 +173,56 @@ TEST_F(DisplayQueueTest, RemovesAHeadWhoseTimeIsOverButNotYetReported)
     EXPECT_EQ(rows(), QVector<CMPath>{b});
     EXPECT_FALSE(closeTimer()->isActive());
     ASSERT_EQ(log().countAt(WARN_LOG_LEVEL), 1);
+    EXPECT_GE(numberAfter(WARN_LOG_LEVEL, "The item should have been expired, elapsed: "), 5);
     const auto text = log().messages(WARN_LOG_LEVEL).front();
     EXPECT_THAT(text, testing::MatchesRegex(
                           "The item should have been expired, elapsed: [0-9]+ item length 2 , "
                           "removing"));
+}
+
+TEST_F(DisplayQueueTest, ReportsAnOverdueHeadAsRemovedBeforeTheNewOneIsInserted)
+{
+    class Subscriber : public QObject
+    {
+    public:
+        void on_rowsChanged(const CMPath &, const QStringList &changes, int first, int)
+        {
+            seen.append(changes.join(',') + ' ' + QString::number(first));
+        }
+        QStringList seen;
+    };
+    open("a"_s, 1, 2);
+    Subscriber subscriber;
+    CMRoot()->connectRowsChange(TavoNotificationDisplayQueuePath(), &subscriber,
+                                &Subscriber::on_rowsChanged);
+    passTime(5);
+    open("b"_s, 2);
+    EXPECT_EQ(subscriber.seen, (QStringList{"removed 0"_s, "inserted 0"_s}));
+}
+
+TEST_F(DisplayQueueTest, WarnsOfAnExpiryWithNothingOnDisplay)
+{
+    fireCloseTimer();
+    EXPECT_EQ(logged(WARN_LOG_LEVEL, "Item index out of bounds (cannot remove) 0"), 1);
+    EXPECT_EQ(left(TRACE_LOG_LEVEL, "removeNotificationItem", ""), 1);
+    EXPECT_FALSE(closeTimer()->isActive());
+}
+
+TEST_F(DisplayQueueTest, LogsAnOpeningInItsOrder)
+{
+    log().clear();
+    const CMPath path = open("a"_s, 1, 1000);
+    std::vector<std::string> steps;
+    for (const auto &record : log().records()) {
+        const std::string name = record.message.substr(0, record.message.find('('));
+        steps.push_back(name.substr(0, 6) + name.substr(name.rfind(':') + 1));
+    }
+    EXPECT_THAT(steps,
+                testing::ElementsAre("Enter on_notificationDisplayEnqueue_activated",
+                                     "Enter enqueue", "Enter setPathToNotification",
+                                     testing::StartsWith("Node c"), "Leave setPathToNotification",
+                                     "Enter queuePosition", "Leave queuePosition",
+                                     "Enter startTimer", "Leave startTimer", "Leave enqueue"));
 }
 
 TEST_F(DisplayQueueTest, ShowsAPreemptingNotificationForItsFullTime)
@@ -202,16 +248,22 @@ TEST_F(DisplayQueueTest, LogsWhatIsDroppedAsEmptyAndChangesNothing)
 
 TEST_F(DisplayQueueTest, TracesItsOperations)
 {
+    EXPECT_EQ(entered(TRACE_LOG_LEVEL, "NotificationDisplay", ""), 1);
+    EXPECT_EQ(left(TRACE_LOG_LEVEL, "NotificationDisplay", ""), 1);
     open("a"_s, 1, 10);
     fireCloseTimer();
+    const CMPath b = open("b"_s);
+    close(b);
+    EXPECT_EQ(left(TRACE_LOG_LEVEL, "cancel", ""), 1);
+    EXPECT_EQ(left(TRACE_LOG_LEVEL, "on_subscribe_rowsChanged", ""), 1);
     for (const char *function : {"enqueue", "queuePosition", "startTimer", "on_closeTimer_timeout",
                                  "setPathToNotification"}) {
         EXPECT_GE(entered(TRACE_LOG_LEVEL, function, ""), 1) << function;
         EXPECT_GE(left(TRACE_LOG_LEVEL, function, ""), 1) << function;
     }
     EXPECT_EQ(entered(TRACE_LOG_LEVEL, "removeNotificationItem", "queue size: 1 notifs: 1 index 0"),
-              1);
-    EXPECT_EQ(left(TRACE_LOG_LEVEL, "removeNotificationItem", "queue: 0"), 1);
+              2);
+    EXPECT_EQ(left(TRACE_LOG_LEVEL, "removeNotificationItem", "queue: 0"), 2);
 }
 
 TEST_F(DisplayQueueTest, LeavesSoundsAlone)

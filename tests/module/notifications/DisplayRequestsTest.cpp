@@ -63,6 +63,27 @@ TEST_F(DisplayRequestsTest, CancelsWithABarePath)
     EXPECT_TRUE(rows().isEmpty());
 }
 
+TEST_F(DisplayRequestsTest, KnowsAPathByItsCanonicalText)
+{
+    const QVariantHash item{{"path"_s, "/client//node/"_s}};
+    const CMReply<QVariant> reply = request(TavoNotificationDisplayOpenPath(),
+                                            QVariantHash{{"notificationDisplayItem"_s, item}});
+    const CMPath path = TavoValue(reply.value().toHash()).path();
+    EXPECT_EQ(path.toString(), "/client/node"_s);
+    EXPECT_EQ(rows(), QVector<CMPath>{path});
+    EXPECT_FALSE(cancelDisplay(path).error().isError());
+}
+
+TEST_F(DisplayRequestsTest, TakesAMapForAHash)
+{
+    const QVariantMap item{{"message"_s, "hello"_s}};
+    EXPECT_FALSE(
+        request(TavoNotificationDisplayOpenPath(), QVariantMap{{"notificationDisplayItem"_s, item}})
+            .error()
+            .isError());
+    EXPECT_EQ(rowOf(rows().first()).title(), TrString("hello"));
+}
+
 TEST_F(DisplayRequestsTest, RefusesACancelOfWhatIsClosed)
 {
     const CMPath path = open("hello"_s);

@@ -15,8 +15,7 @@ struct Open
 {
     CMPath path;
     int priority;
-    int timeout;
-    qint64 shown; ///< how long it has been the head until now, in milliseconds at the most
+    int timeout; ///< what is left of it, at the most
 };
 
 class DisplaySequencesTest : public DisplayTest
@@ -69,7 +68,10 @@ private:
         const auto position =
             std::find_if(m_open.begin(), m_open.end(),
                          [priority](const Open &other) { return other.priority < priority; });
-        m_open.insert(position, {path, priority, timeout, 0});
+        if (position == m_open.begin() && !m_open.empty() && m_open.front().timeout > 0) {
+            m_open.front().timeout = m_lastInterval;
+        }
+        m_open.insert(position, {path, priority, timeout});
     }
 
     void removeAll(const CMPath &path)
@@ -79,7 +81,7 @@ private:
                      m_open.end());
     }
 
-    void check() const
+    void check()
     {
         QVector<CMPath> expected;
         for (const Open &entry : m_open) {
@@ -90,10 +92,12 @@ private:
         RC_ASSERT(closeTimer()->isActive() == timed);
         if (timed) {
             RC_ASSERT(closeTimer()->interval() <= m_open.front().timeout);
+            m_lastInterval = closeTimer()->interval();
         }
     }
 
     std::vector<Open> m_open;
+    int m_lastInterval = 0; ///< of the close timer, for the head at the last check
 };
 } // namespace
 
