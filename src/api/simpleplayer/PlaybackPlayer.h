@@ -24,8 +24,9 @@ public:
     void stop() override;
 
     /// Scales the sound: 1.0 as it is, 0.0 silence; values outside are clamped. The change is
-    /// spread evenly over fadeMs milliseconds of sound (0: at once). May be called at any time;
-    /// before the first play() it is where the sound starts.
+    /// spread evenly over fadeMs milliseconds of sound (0: at once), and begins with the next frame
+    /// that goes to the device: heard within a tenth of a second. May be called at any time; before
+    /// the first play() it is where the sound starts.
     void setGain(double gain, int fadeMs);
 
 protected:

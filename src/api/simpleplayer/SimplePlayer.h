@@ -35,12 +35,16 @@ public:
     explicit SimplePlayer(QObject *parent = nullptr);
     ~SimplePlayer() override;
 
-    /// Starts the sound, or lets a paused one go on at the frame that was next to be heard.
-    /// Returns false when it can't start within a bounded time, or has ended before; a player that
-    /// returned false has said why in the log, and still owes its signal only if stop() is called.
+    /// Starts the sound, or lets a paused one go on at the frame that was next to be heard. Waits
+    /// for the sound and the device to open, but at most 250 ms, and not for a server or a FIFO's
+    /// writer; what fails after that is reported by playbackErrorReported().
+    /// Returns false when it can't start, or has ended before; a player that returned false has
+    /// said why in the log, may be tried again, and owes its signal only if stop() is called.
     virtual bool play() = 0;
 
-    /// Falls silent and keeps the place. Does nothing unless the sound is playing.
+    /// Falls silent, keeps the place and leaves the device to others. Does nothing unless the sound
+    /// is playing. Hardware is silent at once. A sound server tells too late what it has played, so
+    /// that it plays out what it holds (up to a tenth of a second), which the call waits for.
     virtual void pause() = 0;
 
     /// Ends the sound; playbackStopped() follows, also for a paused or never started player. Does

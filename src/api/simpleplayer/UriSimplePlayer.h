@@ -5,7 +5,8 @@
 
 #include "simpleplayer/PlaybackPlayer.h"
 
-/// Plays the sound file that a URI names: file: and http: URIs, or a bare path.
+/// Plays the sound file that a URI names: file: and http: URIs (https: where Qt has TLS), or a bare
+/// path.
 ///
 /// Thread and owner: as SimplePlayer.
 class TAVO_SIMPLEPLAYER_EXPORT UriSimplePlayer : public PlaybackPlayer

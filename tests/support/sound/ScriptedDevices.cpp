@@ -29,6 +29,8 @@ ScriptedDevices::ScriptedDevices()
         text += QByteArray("pcm.") + behaviour + " { type scripted behaviour \"" + behaviour +
                 "\" heard \"" + QFile::encodeName(heardPath()) + "\" }\n";
     }
+    // Behind a conversion ALSA can't tell it from hardware.
+    text += "pcm.hardware { type plug slave.pcm plain }\n";
     QFile configuration(m_folder.filePath(QStringLiteral("asound.conf")));
     if (!configuration.open(QIODevice::WriteOnly) ||
         configuration.write("</usr/share/alsa/alsa.conf>\n" + text) < 0)

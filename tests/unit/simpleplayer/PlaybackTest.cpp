@@ -36,6 +36,15 @@ protected:
         ASSERT_TRUE(m_end->hasEndedOnce());
     }
 
+    void pauseAfter(std::initializer_list<int> frames)
+    {
+        for (const int count : frames) {
+            ASSERT_TRUE(m_player->play());
+            ASSERT_TRUE(hasHeard(count));
+            m_player->pause();
+        }
+    }
+
     static int threads()
     {
         return QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs).count();
@@ -69,14 +78,31 @@ TEST_P(PlaybackUsageTest, GoesOnAfterAPauseAtTheFrameThatWasNextToBeHeard)
 {
     make(counting(30000));
     m_player->usage = GetParam();
-    for (const int frames : {100, 3000, 9000, 20000}) {
-        ASSERT_TRUE(m_player->play());
-        ASSERT_TRUE(hasHeard(frames));
-        m_player->pause();
-    }
+    pauseAfter({100, 3000, 9000, 20000});
     ASSERT_TRUE(m_player->play());
     ASSERT_TRUE(m_end->hasEndedOnce());
     EXPECT_EQ(heard(), countingFloats(30000));
+}
+
+TEST_P(PlaybackUsageTest, GoesOnAtTheRightFrameOfHardwareToo)
+{
+    make(counting(30000), "hardware");
+    m_player->usage = GetParam();
+    pauseAfter({100, 3000, 9000, 20000});
+    ASSERT_TRUE(m_player->play());
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(heard(), countingFloats(30000));
+}
+
+TEST_F(PlaybackTest, IsSilentAtOnceInAPauseOfHardware)
+{
+    make(counting(), "hardware");
+    m_player->play();
+    ASSERT_TRUE(hasHeard(2000));
+    const auto atPause = m_devices.heard().size();
+    m_player->pause();
+    // What the buffer held, four times as much, is not heard.
+    EXPECT_LT(m_devices.heard().size(), atPause + 1200);
 }
 
 TEST_F(PlaybackTest, IsSilentInAPause)
@@ -141,7 +167,7 @@ TEST_F(PlaybackTest, KeepsItsPlaceInARepetition)
     }
     ASSERT_TRUE(hasHeard(3 * soundFrames));
     m_player->stop();
-    const auto samples = m_devices.heard();
+    const auto samples = heard();
     const auto once = countingFloats();
     for (std::size_t i = 0; i < samples.size(); ++i)
         ASSERT_EQ(samples[i], once[i % once.size()]) << "at frame " << i;
@@ -312,7 +338,7 @@ TEST_F(PlaybackTest, KeepsAFadeExactThroughAPause)
 {
     constexpr int fadeMs = 200;
     constexpr int fadeFrames = rate * fadeMs / 1000;
-    make(counting(30000));
+    make(counting(30000), "hardware");
     m_player->play();
     ASSERT_TRUE(hasHeard(2000));
     m_player->setGain(0.0, fadeMs);

@@ -10,6 +10,8 @@
 #include <gtest/gtest.h>
 #include <simpleplayer/SimplePlayerLimits.h>
 
+#include <algorithm>
+
 #include <QTemporaryDir>
 
 #include <sndfile.h>
@@ -40,12 +42,12 @@ protected:
         return asFloats(countingSamples(frames));
     }
 
-    /// What was heard, without the silence that followed.
+    /// What was heard without silence, of which the sounds have none: a device may put some
+    /// wherever it was given nothing.
     std::vector<float> heard() const
     {
         std::vector<float> samples = m_devices.heard();
-        while (!samples.empty() && samples.back() == 0.0F)
-            samples.pop_back();
+        samples.erase(std::remove(samples.begin(), samples.end(), 0.0F), samples.end());
         return samples;
     }
 

@@ -9,11 +9,9 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <chrono>
 #include <cstdarg>
 #include <cstdio>
 #include <mutex>
-#include <thread>
 
 namespace {
 
@@ -26,12 +24,6 @@ constexpr unsigned periodUs = 10'000;
 // takes effect within a tenth of a second.
 constexpr unsigned notificationBufferUs = 50'000;
 constexpr unsigned mediaBufferUs = 110'000;
-
-// How a pause finds the moment at which the count of played frames is true: just after it moved.
-constexpr std::chrono::microseconds settleStep{500};
-constexpr int settleMoveSteps = 24; // for a step to come
-constexpr int settleStillSteps = 4; // after one
-constexpr int settleMaxSteps = 36;
 
 // A device that runs empty again before it has taken a frame will not come round.
 constexpr int maxFailedWrites = 10;
@@ -80,6 +72,7 @@ bool AlsaDevice::open(const QString &name, SoundFormat format, int usage)
     m_error.clear();
     m_lost = 0;
     m_failedWrites = 0;
+    m_countsLate = false;
 
     int result = 0;
     if (openAs(name, format, usage, result))
@@ -105,6 +98,7 @@ bool AlsaDevice::openAs(const QString &alsaName, SoundFormat format, int usage, 
         m_error = m_name + QLatin1Char(' ') + openError(result);
         return false;
     }
+    m_countsLate = m_countsLate || snd_pcm_type(m_pcm) == SND_PCM_TYPE_IOPLUG;
     result = configure(format, usage);
     if (result >= 0)
         return true;
@@ -173,29 +167,9 @@ void AlsaDevice::close()
 
 long AlsaDevice::closeAndCount()
 {
-    const long unheard = m_pcm ? settle() : 0;
+    const long unheard = m_pcm && room() >= 0 ? m_held : 0;
     close();
     return unheard;
-}
-
-// Devices count what they have played in steps, and a step between counting and dropping would be
-// heard twice. So the count is taken when a step has just been made and the next is far.
-long AlsaDevice::settle()
-{
-    bool moved = false;
-    int still = 0;
-    long before = room() < 0 ? 0 : m_held;
-    for (int step = 0; step < settleMaxSteps && m_held > 0; ++step) {
-        if (still >= (moved ? settleStillSteps : settleMoveSteps))
-            break;
-        std::this_thread::sleep_for(settleStep);
-        if (room() < 0)
-            break;
-        still = m_held == before ? still + 1 : 0;
-        moved = moved || m_held != before;
-        before = m_held;
-    }
-    return m_held;
 }
 
 long AlsaDevice::room()

@@ -28,6 +28,12 @@ public:
     /// Falls silent at once; what was not heard is lost.
     void close();
 
+    bool isOpen() const { return m_pcm != nullptr; }
+
+    /// Whether the device is a plug-in's, such as a sound server's, which tells late and in steps
+    /// what it has played: too late to count what is lost when it is closed.
+    bool countsLate() const { return m_countsLate; }
+
     /// Falls silent at once and returns how many of the frames written were not heard.
     long closeAndCount();
 
@@ -63,7 +69,6 @@ private:
     long recover(int result);
     long resume();
     long fail(int result);
-    long settle();
 
     snd_pcm_t *m_pcm = nullptr;
     QString m_name;
@@ -73,4 +78,5 @@ private:
     long m_held = 0;
     long m_lost = 0;
     int m_failedWrites = 0; // in a row
+    bool m_countsLate = false;
 };

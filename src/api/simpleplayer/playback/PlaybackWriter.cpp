@@ -14,6 +14,9 @@ namespace {
 // The longest that a start holds up its caller.
 constexpr std::chrono::milliseconds openingLimit{250};
 
+// The longest that a pause waits for a device to play what it holds.
+constexpr std::chrono::milliseconds playOutLimit{500};
+
 // How often a stream that brings nothing is left to look whether the device is still there.
 constexpr int idleCheckMs = 250;
 
@@ -90,8 +93,24 @@ void PlaybackWriter::run()
 
 void PlaybackWriter::keepPlace()
 {
-    if (m_command == Command::Pause)
+    if (m_command != Command::Pause || !m_device.isOpen())
+        return;
+    if (!m_device.countsLate() || !playOut())
         m_window.goBack(m_device.closeAndCount() - m_padding);
+}
+
+// Where dropped frames can't be counted, none are dropped: the buffer is heard to its end. It is
+// short, and no one interrupts this, since the caller waits for it.
+bool PlaybackWriter::playOut()
+{
+    m_wake.clear();
+    const auto deadline = std::chrono::steady_clock::now() + playOutLimit;
+    Step result = Step::GoOn;
+    while (result == Step::GoOn && std::chrono::steady_clock::now() < deadline) {
+        const long room = m_device.room();
+        result = room < 0 ? Step::Failed : finishTail(room);
+    }
+    return result == Step::Ended;
 }
 
 void PlaybackWriter::finish(const QString &error)

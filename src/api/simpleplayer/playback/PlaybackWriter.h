@@ -70,6 +70,7 @@ private:
     Step waitFor(long frames);
     Step fail(const QString &error);
     void keepPlace();
+    bool playOut();
     void declareOpened();
     void finish(const QString &error);
 
