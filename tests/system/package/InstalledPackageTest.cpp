@@ -46,7 +46,7 @@ protected:
         process.setProcessChannelMode(QProcess::MergedChannels);
         process.start(program, arguments);
         EXPECT_TRUE(process.waitForFinished(patienceMs));
-        const std::string output = process.readAll().toStdString();
+        std::string output = process.readAll().toStdString();
         EXPECT_EQ(process.exitStatus(), QProcess::NormalExit) << output;
         EXPECT_EQ(process.exitCode(), 0) << output;
         return output;
@@ -60,9 +60,11 @@ protected:
         for (const QFileInfo &file : QDir(TAVO_EXAMPLE_FOLDER).entryInfoList(QDir::Files)) {
             ASSERT_TRUE(QFile::copy(file.filePath(), sources + '/' + file.fileName()));
         }
-        run(CMAKE_PROGRAM, {"-S", sources, "-B", exampleBuild(), "-G", GENERATOR,
-                            "-DCMAKE_PREFIX_PATH=" + prefix(), "-DCMAKE_CXX_COMPILER=" CXX_COMPILER,
-                            "-DCMAKE_CXX_FLAGS=" CXX_FLAGS});
+        const QString compiler = QStringLiteral("-DCMAKE_CXX_COMPILER=%1").arg(CXX_COMPILER);
+        const QString flags = QStringLiteral("-DCMAKE_CXX_FLAGS=%1").arg(CXX_FLAGS);
+        const QString package = "-DCMAKE_PREFIX_PATH=" + prefix();
+        run(CMAKE_PROGRAM,
+            {"-S", sources, "-B", exampleBuild(), "-G", GENERATOR, package, compiler, flags});
         run(CMAKE_PROGRAM, {"--build", exampleBuild()});
     }
 

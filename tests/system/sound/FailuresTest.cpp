@@ -5,11 +5,9 @@
 
 #include <functional>
 
-#include <QDir>
+#include <QProcess>
 
-using testing::Contains;
 using testing::ElementsAre;
-using testing::Not;
 
 namespace {
 
@@ -28,7 +26,7 @@ struct BadPlace
 
     QString file(const QString &name, const QByteArray &bytes) const
     {
-        const QString path = folder + '/' + name;
+        QString path = folder + '/' + name;
         writeFile(path, bytes);
         return path;
     }
@@ -149,6 +147,31 @@ protected:
         ASSERT_TRUE(m_requester.waitFor("started sound")) << m_host.log().toStdString();
         ASSERT_TRUE(m_notificationDevice.waitForSound());
     }
+
+    static QByteArray askServer(const QStringList &arguments)
+    {
+        QProcess pactl;
+        pactl.start("pactl", arguments);
+        EXPECT_TRUE(pactl.waitForFinished());
+        EXPECT_EQ(pactl.exitCode(), 0);
+        return pactl.readAllStandardOutput();
+    }
+
+    // All of them: the server would go on with a stream on another that is left.
+    static void unplugDevices()
+    {
+        for (const QByteArray &module : askServer({"list", "short", "modules"}).split('\n')) {
+            if (module.contains("module-null-sink")) {
+                askServer({"unload-module", module.split('\t').first()});
+            }
+        }
+    }
+
+    static void plugNotificationDevice()
+    {
+        askServer({"load-module", "module-null-sink", "sink_name=notif", "format=s16le",
+                   "rate=48000", "channels=2", "norewinds=1"});
+    }
 };
 
 TEST_F(DeviceFailuresTest, AMissingDeviceFailsEveryNotification)
@@ -186,6 +209,31 @@ TEST_F(DeviceFailuresTest, ASoundServerThatDiesFailsTheSound)
         << m_host.log().toStdString();
     EXPECT_TRUE(m_requester.waitFor("restored")) << m_host.log().toStdString();
     EXPECT_EQ(stopHost(), 0) << m_host.log().toStdString();
+}
+
+TEST_F(DeviceFailuresTest, ADeviceThatVanishesFailsTheSound)
+{
+    start(withMusic());
+    startLongSound();
+    unplugDevices();
+    EXPECT_TRUE(m_requester.waitFor("failed sound")) << m_host.log().toStdString();
+    EXPECT_TRUE(m_requester.waitFor("restored")) << m_host.log().toStdString();
+    EXPECT_THAT(m_requester.responses(), ElementsAre("started sound", "failed sound"));
+    EXPECT_EQ(stopHost(), 0) << m_host.log().toStdString();
+}
+
+TEST_F(DeviceFailuresTest, ADeviceThatIsBackPlaysTheNextSound)
+{
+    start();
+    startLongSound();
+    unplugDevices();
+    EXPECT_TRUE(m_requester.waitFor("failed sound")) << m_host.log().toStdString();
+    plugNotificationDevice();
+    Listener listener("notifications");
+    m_requester.enqueue(fileItem("next", toneFile(frequency, lengthMs)));
+    EXPECT_TRUE(m_requester.waitFor("finished next")) << m_host.log().toStdString();
+    ASSERT_TRUE(listener.waitUntil(monotonicNow() + 0.3));
+    EXPECT_EQ(listener.heard().frames(), framesOf(lengthMs));
 }
 
 TEST_F(DeviceFailuresTest, WithoutASoundServerEveryFurtherSoundFails)

@@ -49,6 +49,12 @@ double powerAt(int frequency, const short *samples)
     return 2 * (real * real + imaginary * imaginary) / (double(blockFrames) * blockFrames);
 }
 
+double secondsOf(const QByteArray &samples)
+{
+    const int frames = samples.size() / frameBytes;
+    return double(frames) / Heard::rate;
+}
+
 double meanSquare(const short *samples)
 {
     double sum = 0;
@@ -184,12 +190,12 @@ Listener::~Listener()
 void Listener::take()
 {
     m_bytes += m_recorder->readAllStandardOutput();
-    m_begin = std::min(m_begin, monotonicNow() - double(m_bytes.size() / frameBytes) / Heard::rate);
+    m_begin = std::min(m_begin, monotonicNow() - secondsOf(m_bytes));
 }
 
 double Listener::end() const
 {
-    return m_begin + double(m_bytes.size() / frameBytes) / Heard::rate;
+    return m_begin + secondsOf(m_bytes);
 }
 
 bool Listener::waitUntil(double moment)

@@ -30,7 +30,7 @@ std::string responseName(int type)
 
 bool isAudioHeld(const QJsonObject &state)
 {
-    for (const QJsonValue &held : state[QStringLiteral("resources")].toArray()) {
+    for (const QJsonValue held : state[QStringLiteral("resources")].toArray()) {
         if (held[QStringLiteral("resource")].toInt() == audioResource) {
             return true;
         }
@@ -112,6 +112,7 @@ double Requester::momentOf(const std::string &what) const
 std::vector<std::string> Requester::textsOf(const std::vector<Event> &events)
 {
     std::vector<std::string> texts;
+    texts.reserve(events.size());
     for (const Event &event : events) {
         texts.push_back(event.what);
     }

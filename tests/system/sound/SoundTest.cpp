@@ -67,7 +67,7 @@ QString SoundTest::inFolder(const QString &name) const
 
 QString SoundTest::toneFile(int frequency, int milliseconds, int format, const QString &suffix)
 {
-    const QString path =
+    QString path =
         inFolder(QStringLiteral("%1-%2.%3").arg(frequency).arg(milliseconds).arg(suffix));
     // Written once: a host may be playing the file already.
     if (!QFile::exists(path)) {
