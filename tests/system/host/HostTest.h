@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <fcntl.h>
+#include <iostream>
 #include <stdexcept>
 #include <string>
 #include <sys/stat.h>
@@ -34,6 +35,13 @@ protected:
     };
 
     HostTest() { m_host.addArguments({QStringLiteral("--module-path"), modulesFolder()}); }
+
+    void TearDown() override
+    {
+        if (HasFailure()) {
+            std::cout << "The host wrote:\n" << m_host.log().toStdString() << std::endl;
+        }
+    }
 
     static QString modulesFolder() { return QStringLiteral(TAVO_TEST_MODULES); }
 
