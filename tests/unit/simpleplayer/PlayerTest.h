@@ -32,7 +32,7 @@ protected:
     /// A mono WAV file with the counting samples.
     QString counting(int frames = soundFrames)
     {
-        const QString file = path("counting.wav");
+        QString file = path("counting.wav");
         writeSound(file, wav, rate, countingSamples(frames));
         return file;
     }

@@ -75,7 +75,7 @@ protected:
 
     QString makeFifo()
     {
-        const QString fifo = path("fifo");
+        QString fifo = path("fifo");
         mkfifo(QFile::encodeName(fifo).constData(), 0600);
         return fifo;
     }
