@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <core/tavo.h>
-#include <simpleplayer/SimplePlayerLimits.h>
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -25,7 +24,7 @@
 //   {"event": "value", "path": P, "value": V}
 //   {"event": "response", "id": I, "type": N}      at its node /requester/NAME/response
 //
-// Configuration: "socket", the test's; "httpTimeoutMs", a limit of this process's players.
+// Configuration: "socket", the test's.
 
 namespace {
 double now()
@@ -54,20 +53,11 @@ private:
     QLocalSocket m_socket;
 };
 
-void applyLimits(TavoConfiguration &configuration)
-{
-    SimplePlayerLimits limits = SimplePlayerLimits::current();
-    limits.httpTimeoutMs =
-        configuration.integer(QStringLiteral("httpTimeoutMs"), limits.httpTimeoutMs, 1, 60000);
-    SimplePlayerLimits::setCurrent(limits);
-}
-
 RequesterWorker::RequesterWorker(const QString &name, const QVariantHash &config)
     : CMNodesWorker(config, name)
 {
     TavoConfiguration configuration(config);
     const QString socket = configuration.text(QStringLiteral("socket"), {});
-    applyLimits(configuration);
     configuration.finish();
 
     m_socket.connectToServer(socket);

@@ -121,8 +121,9 @@ protected:
 
 TEST_P(BadSoundTest, IsReportedWithItsCauseAndTheNextOnePlays)
 {
-    startModules({"powermanager", playerModule(withMusic()), "notifications",
-                  m_requester.module({{"httpTimeoutMs", httpTimeoutMs}})});
+    QJsonObject configuration = withMusic();
+    configuration.insert("httpTimeout", httpTimeoutMs);
+    start(configuration);
     m_requester.enqueue(badItem());
     m_requester.enqueue(fileItem("good", toneFile(frequency, lengthMs)));
     EXPECT_TRUE(m_requester.waitFor("failed bad")) << m_host.log().toStdString();

@@ -51,9 +51,9 @@ Requester::Requester(const QString &name, const QString &folder)
 
 Requester::~Requester() = default;
 
-QJsonObject Requester::module(QJsonObject config) const
+QJsonObject Requester::module() const
 {
-    config.insert(QStringLiteral("socket"), m_server.fullServerName());
+    const QJsonObject config{{QStringLiteral("socket"), m_server.fullServerName()}};
     return {{QStringLiteral("name"), m_name},
             {QStringLiteral("library"), QStringLiteral("requester")},
             {QStringLiteral("config"), config}};

@@ -36,7 +36,7 @@ public:
     Requester &operator=(const Requester &) = delete;
 
     /// The module's entry in the host's configuration.
-    QJsonObject module(QJsonObject config = {}) const;
+    QJsonObject module() const;
 
     /// Queues a notification, whose responses come here.
     void enqueue(QJsonObject item);
