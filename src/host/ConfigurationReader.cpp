@@ -100,9 +100,9 @@ ModuleEntry ConfigurationReader::readModule(const QJsonValue &value, const QStri
 
     ModuleEntry entry;
     entry.name = readModuleName(object.value(QLatin1String("name")), key + QLatin1String(".name"));
-    entry.library = entry.name;
+    entry.libraryName = entry.name;
     if (object.contains(QLatin1String("library"))) {
-        entry.library =
+        entry.libraryName =
             readLibrary(object.value(QLatin1String("library")), key + QLatin1String(".library"));
     }
     if (object.contains(QLatin1String("config"))) {

@@ -18,7 +18,7 @@ struct ModuleEntry
     /// What the worker is called: handed to worker_create, and its thread's name.
     QString name;
     /// The <name> in libtavo_<name>.so, or the path of a file when it holds a slash.
-    QString library;
+    QString libraryName;
     /// Handed to worker_create as it is.
     QVariantHash config;
 };

@@ -74,7 +74,7 @@ Result<std::vector<LocatedModule>> Settings::locateModules() const
     const ModuleLoader loader(searchPath());
     std::vector<LocatedModule> located;
     for (const ModuleEntry &entry : m_configuration.modules) {
-        auto file = loader.find(entry.library);
+        auto file = loader.find(entry.libraryName);
         if (const auto *failure = std::get_if<Failure>(&file)) {
             return Failure{failure->code,
                            QStringLiteral("%1: modules[%2]: %3")

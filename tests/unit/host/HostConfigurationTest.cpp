@@ -34,7 +34,7 @@ TEST(HostConfigurationTest, RunsThreeModulesInOrderWhenNobodySaysOtherwise)
     EXPECT_EQ(configuration.modules[0].name, "powermanager");
     EXPECT_EQ(configuration.modules[1].name, "player");
     EXPECT_EQ(configuration.modules[2].name, "notifications");
-    EXPECT_EQ(configuration.modules[2].library, "notifications");
+    EXPECT_EQ(configuration.modules[2].libraryName, "notifications");
 }
 
 TEST(HostConfigurationTest, TakesAModulesNameForItsLibrary)
@@ -42,8 +42,8 @@ TEST(HostConfigurationTest, TakesAModulesNameForItsLibrary)
     const auto configuration = good(R"({"modules": ["a", {"name": "b"}]})");
     ASSERT_EQ(configuration.modules.size(), 2);
     EXPECT_EQ(configuration.modules[0].name, "a");
-    EXPECT_EQ(configuration.modules[0].library, "a");
-    EXPECT_EQ(configuration.modules[1].library, "b");
+    EXPECT_EQ(configuration.modules[0].libraryName, "a");
+    EXPECT_EQ(configuration.modules[1].libraryName, "b");
 }
 
 TEST(HostConfigurationTest, KeepsTheOrderOfTheModules)
@@ -59,14 +59,14 @@ TEST(HostConfigurationTest, AllowsTwoModulesOfOneLibrary)
     const auto configuration =
         good(R"({"modules": [{"name": "a", "library": "x"}, {"name": "b", "library": "x"}]})");
     ASSERT_EQ(configuration.modules.size(), 2);
-    EXPECT_EQ(configuration.modules[1].library, "x");
+    EXPECT_EQ(configuration.modules[1].libraryName, "x");
 }
 
 TEST(HostConfigurationTest, TakesALibraryWithASlashFromTheFoldersOfTheFile)
 {
     const auto configuration = good(R"({"modules": [{"name": "a", "library": "../lib/x.so"}]})");
     ASSERT_EQ(configuration.modules.size(), 1);
-    EXPECT_EQ(configuration.modules[0].library, "/etc/lib/x.so");
+    EXPECT_EQ(configuration.modules[0].libraryName, "/etc/lib/x.so");
 }
 
 TEST(HostConfigurationTest, PassesAModulesConfigurationOnAsItIs)
