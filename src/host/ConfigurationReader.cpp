@@ -43,6 +43,11 @@ QString mustBe(const char *expected, const QJsonValue &value)
     return QStringLiteral("must be %1, is %2").arg(QLatin1String(expected), typeName(value));
 }
 
+QString member(const QString &key, const QString &name)
+{
+    return key + QLatin1Char('.') + name;
+}
+
 QString element(const QString &key, int index)
 {
     return QStringLiteral("%1[%2]").arg(key).arg(index);
@@ -98,16 +103,17 @@ ModuleEntry ConfigurationReader::readModule(const QJsonValue &value, const QStri
     const QJsonObject object = value.toObject();
     refuseUnknownKeys(object, key + QLatin1Char('.'), {"name", "library", "config"});
 
+    const auto nameKey = QStringLiteral("name");
+    const auto libraryKey = QStringLiteral("library");
+    const auto configKey = QStringLiteral("config");
     ModuleEntry entry;
-    entry.name = readModuleName(object.value(QLatin1String("name")), key + QLatin1String(".name"));
+    entry.name = readModuleName(object.value(nameKey), member(key, nameKey));
     entry.libraryName = entry.name;
-    if (object.contains(QLatin1String("library"))) {
-        entry.libraryName =
-            readLibrary(object.value(QLatin1String("library")), key + QLatin1String(".library"));
+    if (object.contains(libraryKey)) {
+        entry.libraryName = readLibrary(object.value(libraryKey), member(key, libraryKey));
     }
-    if (object.contains(QLatin1String("config"))) {
-        const QString configKey = key + QLatin1String(".config");
-        entry.config = readObject(object.value(QLatin1String("config")), configKey).toVariantHash();
+    if (object.contains(configKey)) {
+        entry.config = readObject(object.value(configKey), member(key, configKey)).toVariantHash();
     }
     return entry;
 }
@@ -146,7 +152,7 @@ void ConfigurationReader::readLog(const QJsonObject &log)
         const QString key = QStringLiteral("log.levels");
         const QJsonObject levels = readObject(log.value(QLatin1String("levels")), key);
         for (auto it = levels.begin(); it != levels.end(); ++it) {
-            readLevel(it.key(), it.value(), key + QLatin1Char('.') + it.key());
+            readLevel(it.key(), it.value(), member(key, it.key()));
         }
     }
 }
@@ -229,7 +235,10 @@ void ConfigurationReader::refuseUnknownKeys(const QJsonObject &object, const QSt
 
 QString ConfigurationReader::absolutePath(const QString &path) const
 {
-    return QDir::cleanPath(QFileInfo(m_file).absoluteDir().absoluteFilePath(path));
+    // Put together by hand: Qt takes a name that begins with a colon for one of its resources.
+    const QString folder = QFileInfo(m_file).absolutePath();
+    return QDir::cleanPath(path.startsWith(QLatin1Char('/')) ? path
+                                                             : folder + QLatin1Char('/') + path);
 }
 
 void ConfigurationReader::fail(const QString &key, const QString &reason)

@@ -87,6 +87,12 @@ TEST(HostConfigurationTest, TakesFoldersFromTheFolderOfTheFile)
     EXPECT_EQ(configuration.modulePath, QStringList({"/etc/tavo/m", "/abs"}));
 }
 
+TEST(HostConfigurationTest, TakesANameThatBeginsWithAColonForAName)
+{
+    const auto configuration = good(R"({"modules": ["a"], "modulePath": [":/m", "../:m"]})");
+    EXPECT_EQ(configuration.modulePath, QStringList({"/etc/tavo/:/m", "/etc/:m"}));
+}
+
 TEST(HostConfigurationTest, ReadsLogLevelsWithTheRootLoggersFirst)
 {
     const auto configuration =
@@ -172,7 +178,9 @@ static const char s_nameRule[] =
     " is no module name: letters, digits, '.', '_' and '-', with a letter or a digit first";
 static const std::string s_emptyName = std::string("modules[0]: \"\"") + s_nameRule;
 static const std::string s_slashName = std::string("modules[0].name: \"a/b\"") + s_nameRule;
-static const std::string s_libraryName = std::string("modules[0].library: \"a b\"") + s_nameRule;
+static const std::string s_library = "modules[0]" + std::string(1, '.') + "library: ";
+static const std::string s_libraryName = s_library + "\"a b\"" + s_nameRule;
+static const std::string s_libraryType = s_library + "must be a string, is a boolean";
 
 INSTANTIATE_TEST_SUITE_P(
     Mistakes, HostConfigurationMistakeTest,
@@ -191,7 +199,7 @@ INSTANTIATE_TEST_SUITE_P(
         Mistake{"LibraryIsNoName", R"({"modules": [{"name": "a", "library": "a b"}]})",
                 s_libraryName.c_str()},
         Mistake{"LibraryIsNoText", R"({"modules": [{"name": "a", "library": true}]})",
-                "modules[0].library: must be a string, is a boolean"},
+                s_libraryType.c_str()},
         Mistake{"ConfigIsNoObject", R"({"modules": [{"name": "a", "config": []}]})",
                 "modules[0].config: must be an object, is an array"},
         Mistake{"UnknownKeyOfAModule", R"({"modules": ["x", {"name": "a", "nam": "b"}]})",
@@ -223,4 +231,17 @@ TEST(HostConfigurationTest, ReportsAFileThatIsNotThere)
     const auto *error = std::get_if<ConfigurationError>(&result);
     ASSERT_NE(error, nullptr);
     EXPECT_EQ(error->text(), "/nonexistent/host.json: No such file or directory");
+}
+
+TEST(HostConfigurationTest, ReportsAFileThatCanBeOpenedButNotRead)
+{
+    // The kernel shows a process its memory as a file, and has none to show at its beginning.
+    const auto result = HostConfiguration::fromFile("/proc/self/mem");
+    ASSERT_TRUE(std::holds_alternative<ConfigurationError>(result));
+    EXPECT_EQ(std::get<ConfigurationError>(result).text(), "/proc/self/mem: Input/output error");
+}
+
+TEST(HostConfigurationTest, FindsBytesThatAreNoUtf8)
+{
+    EXPECT_THAT(errorOf("{\"modules\": [\"a\xff\"]}"), testing::StartsWith("f:1:"));
 }
