@@ -60,6 +60,8 @@ public:
 
     /// Makes play() of players with that id return false.
     void failPlay(const QString &id) { m_failing.append(id); }
+    /// Lets it succeed again.
+    void mendPlay(const QString &id) { m_failing.removeAll(id); }
 
     /// Is told of every call: "construct", "play", "pause", "stop", "destroy".
     std::function<void(const QString &call, const QString &id)> onCall;

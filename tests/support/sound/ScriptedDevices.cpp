@@ -10,9 +10,15 @@
 
 namespace {
 
-constexpr const char *behaviours[] = {"plain",     "busy",     "slow",
-                                      "slow_busy", "fixed",    "vanishes",
-                                      "underruns", "suspends", "suspends_forgets"};
+constexpr const char *behaviours[] = {"plain",        "busy",           "denied",
+                                      "broken",       "forbidden",      "missing",
+                                      "unconfigured", "stalls",         "suspends_forgets_dies",
+                                      "slow",         "slow_busy",      "fixed",
+                                      "picky",        "vanishes",       "unplugged",
+                                      "underruns",    "underruns_dies", "suspends",
+                                      "sleeps",       "hesitates",      "suspends_forgets",
+                                      "chokes",       "wants_sound",    "distant",
+                                      "clueless",     "clings"};
 
 } // namespace
 

@@ -9,6 +9,8 @@
 // It keeps time by the clock and counts what it has played in steps, as devices do.
 
 #include <algorithm>
+#include <array>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
@@ -28,25 +30,95 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+constexpr std::chrono::milliseconds slowOpening{400};
+constexpr std::chrono::milliseconds slowClosing{1000};
+
 constexpr long stepsPerSecond = 200;
 constexpr long eventFrames = 4000; // when something happens, in frames heard
+constexpr long distance = 48000;   // how much later a distant device is heard, in frames
 
 struct Script
 {
-    bool busy = false;     // can't be opened
-    bool slow = false;     // takes longer to open than a player waits
-    bool fixed = false;    // takes nothing but 16 bit stereo at 44100 Hz
-    bool vanishes = false; // is gone after a while
+    bool busy = false;         // can't be opened
+    bool denied = false;       // mustn't be opened
+    bool forbidden = false;    // the same by another name
+    bool missing = false;      // isn't there
+    bool unconfigured = false; // the same by another name
+    bool broken = false;       // can't be opened for a reason of its own
+    bool slow = false;         // takes longer to open than a player waits
+    bool fixed = false;        // takes nothing but 16 bit stereo at 44100 Hz
+    bool picky = false;        // takes nothing at all
+    // What happens after a while:
+    bool vanishes = false;  // is gone
+    bool unplugged = false; // is gone, and says so by its state alone
+    bool stalls = false;    // plays no further
     bool underruns = false;
+    bool dies = false; // does not come back from that
     bool suspends = false;
+    bool sleeps = false;  // the same, said by its state alone
     bool forgets = false; // what it held when it was suspended
+    // What it does all the time:
+    bool hesitates = false;  // takes nothing at every second attempt
+    bool chokes = false;     // takes nothing at any attempt
+    bool wantsSound = false; // is gone when it is given silence
+    bool distant = false;    // is heard later than it says that it has played
+    bool clueless = false;   // can't tell how much later
+    bool clings = false;     // takes its time to close
 };
 
 Script parseScript(const std::string &behaviour)
 {
     const auto has = [&](const char *word) { return behaviour.find(word) != std::string::npos; };
-    return {has("busy"),      has("slow"),     has("fixed"),  has("vanishes"),
-            has("underruns"), has("suspends"), has("forgets")};
+    Script script;
+    script.busy = has("busy");
+    script.denied = has("denied");
+    script.forbidden = has("forbidden");
+    script.missing = has("missing");
+    script.unconfigured = has("unconfigured");
+    script.broken = has("broken");
+    script.stalls = has("stalls");
+    script.slow = has("slow");
+    script.fixed = has("fixed");
+    script.picky = has("picky");
+    script.vanishes = has("vanishes");
+    script.unplugged = has("unplugged");
+    script.underruns = has("underruns");
+    script.dies = has("dies");
+    script.suspends = has("suspends");
+    script.sleeps = has("sleeps");
+    script.forgets = has("forgets");
+    script.hesitates = has("hesitates");
+    script.chokes = has("chokes");
+    script.wantsSound = has("wants_sound");
+    script.distant = has("distant");
+    script.clueless = has("clueless");
+    script.clings = has("clings");
+    return script;
+}
+
+int openingError(const Script &script)
+{
+    return script.busy           ? -EBUSY
+           : script.denied       ? -EACCES
+           : script.forbidden    ? -EPERM
+           : script.missing      ? -ENODEV
+           : script.unconfigured ? -ENXIO
+           : script.broken       ? -EIO
+                                 : 0;
+}
+
+// A "moody" device behaves differently each time that it is opened, and mostly well.
+std::string behaviourOf(const std::string &configured)
+{
+    if (configured.find("moody") == std::string::npos)
+        return configured;
+    constexpr std::array<const char *, 8> moods{
+        "busy",      "slow",     "slow_busy",        "fixed",
+        "underruns", "suspends", "suspends_forgets", "vanishes"};
+    constexpr unsigned oftener = 11; // so many good turns after a bad one
+    static std::atomic<unsigned> opened{0};
+    const unsigned turn = opened++;
+    return turn % oftener == 0 ? moods[turn / oftener % moods.size()] : "plain";
 }
 
 class ScriptedPcm
@@ -59,7 +131,7 @@ public:
         m_plug.version = SND_PCM_IOPLUG_VERSION;
         m_plug.name = "Scripted";
         m_plug.flags = SND_PCM_IOPLUG_FLAG_BOUNDARY_WA;
-        m_plug.callback = &callbacks;
+        m_plug.callback = script.distant || script.clueless ? &callbacksWithDelay : &callbacks;
         m_plug.private_data = this;
         m_plug.poll_fd = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
         m_plug.poll_events = POLLIN;
@@ -103,6 +175,14 @@ private:
         return snd_pcm_ioplug_set_param_minmax(&m_plug, SND_PCM_IOPLUG_HW_PERIOD_BYTES, 64, 65536);
     }
 
+    int setHardware() const { return m_script.picky ? -EINVAL : 0; }
+
+    void close() const
+    {
+        if (m_script.clings)
+            std::this_thread::sleep_for(slowClosing);
+    }
+
     int prepare()
     {
         if (m_gone)
@@ -123,7 +203,9 @@ private:
 
     snd_pcm_sframes_t pointer()
     {
-        if (!m_running)
+        if (m_lost)
+            return -ENODEV;
+        if (!m_running || (m_script.stalls && m_total >= eventFrames))
             return m_heard;
         const auto step = std::chrono::nanoseconds(std::chrono::seconds(1)) / stepsPerSecond;
         const long steps = long((Clock::now() - m_started) / step);
@@ -136,11 +218,13 @@ private:
             }
             if (m_script.underruns && !m_happened) {
                 m_happened = true;
+                m_gone = m_script.dies;
                 hear(written());
                 return -EPIPE;
             }
             if (m_script.suspends && !m_happened) {
                 m_happened = true;
+                m_gone = m_script.dies;
                 m_running = false;
                 snd_pcm_ioplug_set_state(&m_plug, SND_PCM_STATE_SUSPENDED);
                 return m_heard;
@@ -162,40 +246,71 @@ private:
     {
         const auto *bytes =
             static_cast<const char *>(areas->addr) + (areas->first + areas->step * offset) / 8;
+        if (m_script.chokes)
+            return -EPIPE;
+        if (m_script.hesitates && (m_hesitated = !m_hesitated))
+            return -EAGAIN;
+        if (m_script.wantsSound && isSilent(bytes, frames * frameBytes())) {
+            m_lost = true;
+            return -ENODEV;
+        }
+        if (!m_happened && written() >= eventFrames && (m_script.sleeps || m_script.unplugged)) {
+            m_happened = true;
+            m_running = false;
+            snd_pcm_ioplug_set_state(&m_plug, m_script.sleeps ? SND_PCM_STATE_SUSPENDED
+                                                              : SND_PCM_STATE_DISCONNECTED);
+        }
         m_frames.insert(m_frames.end(), bytes, bytes + frames * frameBytes());
         return snd_pcm_sframes_t(frames);
+    }
+
+    static bool isSilent(const char *bytes, std::size_t count)
+    {
+        return std::all_of(bytes, bytes + count, [](char byte) { return byte == 0; });
+    }
+
+    int delay(snd_pcm_sframes_t *frames) const
+    {
+        if (m_script.clueless)
+            return -EIO;
+        *frames = written() - m_heard + distance;
+        return 0;
     }
 
     std::size_t frameBytes() const
     {
         return std::size_t(snd_pcm_format_physical_width(m_plug.format)) / 8 * m_plug.channels;
     }
-    long written() const { return long(m_frames.size() / frameBytes()); }
+    long written() const { return m_heard + long(m_frames.size() / frameBytes()); }
 
     void hear(long upTo)
     {
         if (upTo <= m_heard)
             return;
-        std::fwrite(m_frames.data() + std::size_t(m_heard) * frameBytes(), frameBytes(),
-                    std::size_t(upTo - m_heard), m_heardFile);
+        const std::size_t bytes = std::size_t(upTo - m_heard) * frameBytes();
+        std::fwrite(m_frames.data(), 1, bytes, m_heardFile);
         std::fflush(m_heardFile);
+        m_frames.erase(m_frames.begin(), m_frames.begin() + std::ptrdiff_t(bytes));
         m_total += upTo - m_heard;
         m_heard = upTo;
     }
 
     static const snd_pcm_ioplug_callback_t callbacks;
+    static const snd_pcm_ioplug_callback_t callbacksWithDelay;
 
     const Script m_script;
     std::FILE *m_heardFile;
     snd_pcm_ioplug_t m_plug{};
-    std::vector<char> m_frames; // written since prepare()
-    long m_heard = 0;           // of them
+    std::vector<char> m_frames; // written and not heard yet
+    long m_heard = 0;           // since prepare()
     long m_total = 0;           // heard since it was opened
     bool m_running = false;
     Clock::time_point m_started;
     long m_startedAt = 0;
     bool m_happened = false;
-    bool m_gone = false;
+    bool m_gone = false; // and can't be prepared again
+    bool m_lost = false; // and can't even tell how far it has played
+    bool m_hesitated = false;
 };
 
 const snd_pcm_ioplug_callback_t ScriptedPcm::callbacks = [] {
@@ -207,16 +322,26 @@ const snd_pcm_ioplug_callback_t ScriptedPcm::callbacks = [] {
                          snd_pcm_uframes_t offset, snd_pcm_uframes_t frames) {
         return of(plug)->transfer(areas, offset, frames);
     };
+    result.hw_params = [](snd_pcm_ioplug_t *plug, snd_pcm_hw_params_t *) {
+        return of(plug)->setHardware();
+    };
     result.prepare = [](snd_pcm_ioplug_t *plug) { return of(plug)->prepare(); };
     result.resume = [](snd_pcm_ioplug_t *plug) { return of(plug)->resume(); };
     result.close = [](snd_pcm_ioplug_t *plug) {
+        of(plug)->close();
         delete of(plug);
         return 0;
     };
     return result;
 }();
 
-constexpr std::chrono::milliseconds slowOpening{400};
+const snd_pcm_ioplug_callback_t ScriptedPcm::callbacksWithDelay = [] {
+    snd_pcm_ioplug_callback_t result = callbacks;
+    result.delay = [](snd_pcm_ioplug_t *plug, snd_pcm_sframes_t *frames) {
+        return of(plug)->delay(frames);
+    };
+    return result;
+}();
 
 } // namespace
 
@@ -239,11 +364,11 @@ extern "C" SND_PCM_PLUGIN_DEFINE_FUNC(scripted)
         else if (std::strcmp(id, "heard") == 0)
             heard = text;
     }
-    const Script script = parseScript(behaviour);
+    const Script script = parseScript(behaviourOf(behaviour));
     if (script.slow)
         std::this_thread::sleep_for(slowOpening);
-    if (script.busy)
-        return -EBUSY;
+    if (const int error = openingError(script); error != 0)
+        return error;
     // Deleted by its close callback, which the library calls for a device that it has created.
     auto device = std::make_unique<ScriptedPcm>(script, heard);
     const int result = device->create(pcmp, name, stream, mode);

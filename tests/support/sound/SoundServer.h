@@ -44,6 +44,9 @@ public:
     /// Ends the server as a crash would.
     void kill();
 
+    /// Starts it again, at the same place, once it has ended.
+    void startAgain() { start(); }
+
 private:
     void writeConfiguration();
     void start();

@@ -5,6 +5,8 @@
 
 #include "HttpServer.h"
 #include "PlayerTest.h"
+#include "support/LogCapture.h"
+#include "support/Sanitized.h"
 
 #include <gmock/gmock.h>
 #include <simpleplayer/StreamSimplePlayer.h>
@@ -12,6 +14,8 @@
 
 #include <QElapsedTimer>
 #include <QTimer>
+
+#include <sys/resource.h>
 
 using testing::HasSubstr;
 
@@ -222,6 +226,33 @@ TEST_F(HttpSoundTest, CanBeDestroyedWhileItIsFetched)
     EXPECT_EQ(m_end->count(), 0);
 }
 
+TEST_F(HttpSoundTest, CanBeDestroyedBeforeItIsFetched)
+{
+    makeSound(m_server.uri());
+    m_player.reset();
+    settle();
+    EXPECT_FALSE(m_server.hasAnswered());
+    EXPECT_EQ(m_end->count(), 0);
+}
+
+TEST_F(HttpSoundTest, CanNotBePlayedWithoutAFileDescriptor)
+{
+    if (typesAreCheckedThroughAPipe) {
+        GTEST_SKIP() << "UBSan needs file descriptors itself";
+    }
+    rlimit before{};
+    getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit none{0, before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    makeSound(m_server.uri());
+    setrlimit(RLIMIT_NOFILE, &before);
+    const LogCapture log("SimplePlayer");
+    EXPECT_FALSE(m_player->play());
+    ASSERT_EQ(log.countAt(log4cplus::ERROR_LOG_LEVEL), 1);
+    EXPECT_THAT(log.messages(log4cplus::ERROR_LOG_LEVEL)[0],
+                HasSubstr("can't be fetched: there are no more file descriptors"));
+}
+
 TEST_F(HttpSoundTest, GoesOnFetchingAfterAPause)
 {
     const QByteArray sound = readFile(counting());
@@ -250,6 +281,30 @@ TEST_F(HttpSoundTest, PlaysARawStreamAsItArrives)
     ASSERT_TRUE(m_end->hasEndedOnce());
     EXPECT_EQ(m_end->ended.count(), 1) << m_end->error();
     EXPECT_EQ(heard(), countingFloats(4000));
+}
+
+TEST_F(HttpSoundTest, EndsARawStreamThoughItShouldBeRepeated)
+{
+    m_server.serveRaw("HTTP/1.1 200 OK\r\n\r\n" + rawSamples(0, 2000));
+    makeStream(rawType);
+    m_player->loop = true;
+    m_player->play();
+    ASSERT_TRUE(hasHeard(2000));
+    m_server.close();
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(m_end->ended.count(), 1) << m_end->error();
+    EXPECT_EQ(heard(), countingFloats(2000));
+}
+
+TEST_F(HttpSoundTest, ReportsAnEncryptingServerThatCanNotBeReached)
+{
+    QString uri;
+    {
+        const HttpServer gone;
+        uri = gone.uri().replace(QLatin1String("http:"), QLatin1String("https:"));
+    }
+    makeSound(uri);
+    expectError("\"https://127.0.0.1:");
 }
 
 TEST_F(HttpSoundTest, LosesNothingOfARawStreamInAPause)

@@ -12,7 +12,9 @@
 #include <cmath>
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QTest>
+#include <QThread>
 
 using testing::AllOf;
 using testing::Ge;
@@ -254,11 +256,131 @@ TEST_F(PlaybackTest, WritesAgainWhatADeviceForgotInItsSuspension)
     EXPECT_EQ(heard(), countingFloats());
 }
 
-TEST_F(PlaybackTest, ReportsADeviceThatVanishes)
+TEST_F(PlaybackTest, NoticesByItsStateThatADeviceSleeps)
 {
-    playOn("vanishes");
+    playOn("sleeps");
+    EXPECT_EQ(m_end->ended.count(), 1);
+    EXPECT_EQ(heard(), countingFloats());
+}
+
+TEST_F(PlaybackTest, LosesNothingWhenADeviceTakesNothingForAWhile)
+{
+    playOn("hesitates");
+    EXPECT_EQ(m_end->ended.count(), 1);
+    EXPECT_EQ(heard(), countingFloats());
+}
+
+TEST_F(PlaybackTest, WaitsForWhatIsOnItsWayBeyondTheDevice)
+{
+    QElapsedTimer elapsed;
+    elapsed.start();
+    playOn("distant");
+    EXPECT_EQ(m_end->ended.count(), 1);
+    // A quarter of a second of sound, a second away.
+    EXPECT_GE(elapsed.elapsed(), 1200);
+}
+
+TEST_F(PlaybackTest, CanBeStoppedWhileItsEndIsOnItsWay)
+{
+    make(counting(), "distant");
+    m_player->play();
+    ASSERT_TRUE(hasHeard(soundFrames));
+    m_player->stop();
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(m_end->stopped.count(), 1);
+}
+
+TEST_F(PlaybackTest, EndsOnADeviceThatCanNotTellItsDelay)
+{
+    playOn("clueless");
+    EXPECT_EQ(m_end->ended.count(), 1);
+    EXPECT_EQ(heard(), countingFloats());
+}
+
+TEST_F(PlaybackTest, CanBePlayedAgainWhenTheDeviceFailedInThePause)
+{
+    // What it holds is heard to its end, which takes a little silence.
+    make(counting(), "wants_sound");
+    m_player->loop = true;
+    m_player->play();
+    ASSERT_TRUE(hasHeard(100));
+    m_player->pause();
+    settle();
+    EXPECT_EQ(m_end->count(), 0);
+    const auto before = m_devices.heard().size();
+    EXPECT_TRUE(m_player->play());
+    EXPECT_TRUE(hasHeard(int(before) + 1000));
+}
+
+TEST_F(PlaybackTest, PausesOnADeviceThatPlaysNoFurther)
+{
+    make(counting(), "stalls");
+    m_player->loop = true;
+    m_player->play();
+    ASSERT_TRUE(hasHeard(4000));
+    QElapsedTimer elapsed;
+    elapsed.start();
+    m_player->pause();
+    EXPECT_LT(elapsed.elapsed(), 2000);
+    const auto before = m_devices.heard().size();
+    EXPECT_TRUE(m_player->play());
+    EXPECT_TRUE(hasHeard(int(before) + 1000));
+}
+
+TEST_F(PlaybackTest, ReportsItsStopWhenItsEndHasNotBeenReportedYet)
+{
+    make(counting(100));
+    const int idle = threads();
+    m_player->play();
+    // No event loop runs meanwhile, which would report the end.
+    QElapsedTimer elapsed;
+    elapsed.start();
+    while (threads() > idle && elapsed.elapsed() < 10000)
+        QThread::msleep(1);
+    m_player->stop();
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(m_end->stopped.count(), 1);
+}
+
+TEST_F(PlaybackTest, BeginsAFadeAnewThatAPauseTookBack)
+{
+    constexpr int fadeMs = 200;
+    constexpr int fadeFrames = rate * fadeMs / 1000;
+    make(counting(30000), "hardware");
+    m_player->usage = SimplePlayer::UsageMedia;
+    m_player->play();
+    ASSERT_TRUE(hasHeard(2000));
+    // The fade begins with what is written next, and that is not heard before the pause.
+    m_player->setGain(0.0, fadeMs);
+    ASSERT_TRUE(hasHeard(3000));
+    m_player->pause();
+    m_player->play();
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    const auto samples = m_devices.heard();
+    const auto full = countingFloats(30000);
+    const auto start =
+        std::mismatch(full.begin(), full.end(), samples.begin()).first - full.begin() - 1;
+    for (int i = 0; i < int(full.size()); ++i) {
+        const double part = std::clamp(double(i - start) / fadeFrames, 0.0, 1.0);
+        ASSERT_FLOAT_EQ(samples[i], float(full[i] * (1.0 - part))) << "at frame " << i;
+    }
+}
+
+class LostDeviceTest : public PlaybackTest, public testing::WithParamInterface<const char *>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(Devices, LostDeviceTest,
+                         testing::Values("vanishes", "unplugged", "underruns_dies", "chokes",
+                                         "wants_sound", "suspends_forgets_dies"),
+                         [](const auto &info) { return info.param; });
+
+TEST_P(LostDeviceTest, IsReported)
+{
+    playOn(GetParam());
     ASSERT_EQ(m_end->failed.count(), 1);
-    EXPECT_THAT(m_end->error(), testing::HasSubstr("The sound device \"vanishes\" has gone"));
+    EXPECT_THAT(m_end->error(), testing::HasSubstr(std::string("The sound device \"") + GetParam() +
+                                                   "\" has gone: "));
 }
 
 TEST_F(PlaybackTest, ConvertsWhatADeviceDoesNotTake)

@@ -14,7 +14,12 @@
 
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
+#include <QtEndian>
 #include <QUrl>
+
+#include <malloc.h>
+#include <sys/stat.h>
 
 using testing::HasSubstr;
 
@@ -132,6 +137,12 @@ TEST_F(UnplayableTest, Directory)
     expectRefusal(m_folder.path(), "is a directory, not a sound");
 }
 
+TEST_F(UnplayableTest, Fifo)
+{
+    mkfifo(QFile::encodeName(path("fifo")).constData(), 0600);
+    expectRefusal(path("fifo"), "fifo\" is not a regular file");
+}
+
 TEST_F(UnplayableTest, EmptyFile)
 {
     writeFile(path("empty.wav"), {});
@@ -163,6 +174,20 @@ TEST_F(UnplayableTest, WavFileWithoutFrames)
     expectRefusal(path("none.wav"), "holds no sound");
 }
 
+TEST_F(UnplayableTest, SampleRateBeyondAnyDevice)
+{
+    constexpr int rateOffset = 24;
+    QByteArray sound = readFile(counting());
+    sound.replace(rateOffset, 4, QByteArray("\x00\x4f\x70\x75", 4));
+    expectDataRefusal(sound, "can't be played: it claims 1 channels at 1970294528 Hz");
+}
+
+TEST_F(UnplayableTest, MoreChannelsThanAnyDeviceHas)
+{
+    writeSound(path("many.wav"), wav, rate, countingSamples(33), 33);
+    expectRefusal(path("many.wav"), "can't be played: it claims 33 channels at 48000 Hz");
+}
+
 TEST_F(UnplayableTest, SoundBeyondTheLimit)
 {
     SimplePlayerLimits limits;
@@ -186,6 +211,21 @@ TEST_F(UnplayableTest, FileOfAnotherMachine)
     expectRefusal(QStringLiteral("file://elsewhere/sound.wav"), "names no file of this device");
 }
 
+TEST_F(UnplayableTest, UnknownSchemeOfTwoWords)
+{
+    expectRefusal(QStringLiteral("rtp+x://localhost/sound.wav"), "rtp+x: is not supported");
+}
+
+TEST_F(UnplayableTest, FileUriWithoutAPath)
+{
+    expectRefusal(QStringLiteral("file://"), "names no file of this device");
+}
+
+TEST_F(UnplayableTest, MalformedUri)
+{
+    expectRefusal(QStringLiteral("http://[::1/sound.wav"), "is not a valid URI");
+}
+
 TEST_F(UnplayableTest, UriWithoutAHost)
 {
     expectRefusal(QStringLiteral("http:///sound.wav"), "is not a valid URI");
@@ -194,6 +234,11 @@ TEST_F(UnplayableTest, UriWithoutAHost)
 TEST_F(UnplayableTest, EmptyData)
 {
     expectDataRefusal({}, "The sound data is empty");
+}
+
+TEST_F(UnplayableTest, DataThatIsShorterThanAnyHeader)
+{
+    expectDataRefusal("RIFF", "holds no sound in a known format");
 }
 
 TEST_F(UnplayableTest, UndecodableData)
@@ -206,10 +251,79 @@ TEST_F(UnplayableTest, DataThatIsCutOff)
     expectDataRefusal(readFile(counting()).left(1000), "The sound data is cut off");
 }
 
+TEST_F(UnplayableTest, VorbisFileThatIsCutOffInItsHeaders)
+{
+    const QString file = path("sound.ogg");
+    writeSound(file, SF_FORMAT_OGG | SF_FORMAT_VORBIS, rate, sineSamples(24000, rate, 1000));
+    writeFile(path("cut.ogg"), readFile(file).left(1000));
+    expectRefusal(path("cut.ogg"), "is cut off or damaged at its beginning");
+}
+
+TEST_F(UnplayableTest, VorbisDataWithDamagedHeaders)
+{
+    const QString file = path("sound.ogg");
+    writeSound(file, SF_FORMAT_OGG | SF_FORMAT_VORBIS, rate, sineSamples(24000, rate, 1000));
+    QByteArray data = readFile(file);
+    data[1000] = char(data.at(1000) ^ 1);
+    expectDataRefusal(data, "The sound data is cut off or damaged at its beginning");
+}
+
+TEST_F(UnplayableTest, LeavesNoMemoryBehindForDamagedVorbisData)
+{
+    const QString file = path("sound.ogg");
+    writeSound(file, SF_FORMAT_OGG | SF_FORMAT_VORBIS, rate, sineSamples(24000, rate, 1000));
+    const QByteArray data = readFile(file).left(1000);
+    const auto heapAfterRefusals = [&data](int times) {
+        for (int i = 0; i < times; ++i) {
+            DataSimplePlayer player(data, QStringLiteral("id"), QStringLiteral("plain"), nullptr);
+            EXPECT_FALSE(player.play());
+        }
+        return long(mallinfo2().uordblks);
+    };
+    constexpr int times = 200;
+    const long before = heapAfterRefusals(times); // what is taken up once is there by now
+    const long perRefusal = (heapAfterRefusals(times) - before) / times;
+    EXPECT_LT(perRefusal, 1000);
+}
+
 TEST_F(UnplayableTest, DeviceThatIsBusy)
 {
     expectRefusal(counting(), "The sound device \"busy\" is busy: something else is using it",
                   "busy");
+}
+
+TEST_F(UnplayableTest, DeviceThatMustNotBeOpened)
+{
+    expectRefusal(counting(), "The sound device \"denied\" can't be opened: permission denied",
+                  "denied");
+}
+
+TEST_F(UnplayableTest, DeviceThatNobodyMayOpen)
+{
+    expectRefusal(counting(), "can't be opened: permission denied", "forbidden");
+}
+
+TEST_F(UnplayableTest, DeviceThatIsNotPluggedIn)
+{
+    expectRefusal(counting(), "The sound device \"missing\" doesn't exist", "missing");
+}
+
+TEST_F(UnplayableTest, DeviceWithoutADriver)
+{
+    expectRefusal(counting(), "The sound device \"unconfigured\" doesn't exist", "unconfigured");
+}
+
+TEST_F(UnplayableTest, DeviceThatIsBroken)
+{
+    expectRefusal(counting(), "The sound device \"broken\" can't be opened: Input/output error",
+                  "broken");
+}
+
+TEST_F(UnplayableTest, DeviceThatTakesNoSound)
+{
+    expectRefusal(
+        counting(),
+        "The sound device \"picky\" takes no sound of 48000 Hz and 1 channels: ", "picky");
 }
 
 TEST_F(UnplayableTest, DeviceThatDoesNotExist)
@@ -259,6 +373,11 @@ TEST_F(UriSimplePlayerTest, PlaysAFileUri)
     expectPlayed(QUrl::fromLocalFile(counting()).toString());
 }
 
+TEST_F(UriSimplePlayerTest, PlaysAFileUriThatNamesThisMachine)
+{
+    expectPlayed(QStringLiteral("file://localhost") + counting());
+}
+
 TEST_F(UriSimplePlayerTest, PlaysAFileUriWithEscapes)
 {
     const QString file = path("a b%c#d?.wav");
@@ -286,6 +405,73 @@ TEST_F(UriSimplePlayerTest, BreaksOffWhereADamagedFileEnds)
     ASSERT_EQ(end.failed.count(), 1);
     EXPECT_THAT(end.error(), HasSubstr("sound.flac\""));
     EXPECT_GT(m_devices.heard().size(), 1000U);
+}
+
+namespace {
+
+// The 36 bits of a FLAC file's header that tell how many frames there are: zeroes leave it open.
+void leaveLengthOpen(const QString &flac)
+{
+    QByteArray bytes = readFile(flac);
+    bytes[21] = char(bytes[21] & 0xf0);
+    for (int i = 22; i < 26; ++i)
+        bytes[i] = 0;
+    writeFile(flac, bytes);
+}
+
+} // namespace
+
+TEST_F(UriSimplePlayerTest, PlaysAFlacFileWhoseLengthIsLeftOpen)
+{
+    const QString flac = path("open.flac");
+    writeSound(flac, SF_FORMAT_FLAC | SF_FORMAT_PCM_16, rate, countingSamples(soundFrames));
+    leaveLengthOpen(flac);
+    UriSimplePlayer player(flac, QStringLiteral("id"), QStringLiteral("plain"), nullptr);
+    EndSpy end(player);
+    ASSERT_TRUE(player.play());
+    ASSERT_TRUE(end.hasEndedOnce());
+    EXPECT_EQ(end.ended.count(), 1) << end.error();
+    EXPECT_EQ(heard(), countingFloats());
+}
+
+TEST_F(UriSimplePlayerTest, BreaksOffAtTheLimitWhereTheLengthIsLeftOpen)
+{
+    SimplePlayerLimits limits;
+    limits.maxSoundBytes = qint64(soundFrames) / 2 * sizeof(float);
+    SimplePlayerLimits::setCurrent(limits);
+    const QString flac = path("open.flac");
+    writeSound(flac, SF_FORMAT_FLAC | SF_FORMAT_PCM_16, rate, countingSamples(soundFrames));
+    leaveLengthOpen(flac);
+    UriSimplePlayer player(flac, QStringLiteral("id"), QStringLiteral("plain"), nullptr);
+    EndSpy end(player);
+    ASSERT_TRUE(player.play());
+    ASSERT_TRUE(end.hasEndedOnce());
+    EXPECT_THAT(end.error(), HasSubstr("is too long"));
+}
+
+class OpenLengthTest : public PlayerTest, public testing::WithParamInterface<quint32>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(Lengths, OpenLengthTest, testing::Values(0U, 0x7fffff00U, 0xffffffffU),
+                         [](const auto &info) { return "Length" + std::to_string(info.param); });
+
+// What a recorder writes that can't go back to its header.
+TEST_P(OpenLengthTest, OfAWavFileIsItsFiles)
+{
+    QByteArray bytes = readFile(counting());
+    qToLittleEndian(GetParam(), bytes.data() + 4);
+    // An empty chunk of samples is just that.
+    if (GetParam() != 0)
+        qToLittleEndian(GetParam(), bytes.data() + bytes.indexOf("data") + 4);
+    writeFile(path("open.wav"), bytes);
+    UriSimplePlayer player(path("open.wav"), QStringLiteral("id"), QStringLiteral("plain"),
+                           nullptr);
+    EndSpy end(player);
+    ASSERT_TRUE(player.play());
+    ASSERT_TRUE(end.hasEndedOnce());
+    EXPECT_EQ(end.ended.count(), 1) << end.error();
+    EXPECT_EQ(heard(), countingFloats());
 }
 
 TEST_F(UriSimplePlayerTest, IsNotHeldUpByASlowDevice)

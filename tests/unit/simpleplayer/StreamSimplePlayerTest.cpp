@@ -15,6 +15,7 @@
 #include <QUrl>
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -46,6 +47,12 @@ public:
     bool write(const QByteArray &bytes) const
     {
         return ::write(m_descriptor, bytes.constData(), std::size_t(bytes.size())) == bytes.size();
+    }
+    int unread() const
+    {
+        int bytes = 0;
+        ioctl(m_descriptor, FIONREAD, &bytes);
+        return bytes;
     }
     void close()
     {
@@ -176,6 +183,25 @@ TEST_F(StreamSimplePlayerTest, RefusesARateThatIsNone)
     expectRefusal("audio/L16;rate=-48000", "needs a rate");
 }
 
+TEST_F(StreamSimplePlayerTest, RefusesARateBeyondWhatADeviceTakes)
+{
+    expectRefusal("audio/L16;rate=100000000", "needs a rate");
+}
+
+TEST_F(StreamSimplePlayerTest, RefusesMoreChannelsThanADeviceTakes)
+{
+    expectRefusal("audio/L16;rate=48000;channels=100", "has no usable number of channels");
+}
+
+TEST_F(StreamSimplePlayerTest, ReportsAFileThatCanBeOpenedButNotRead)
+{
+    // Of the loopback the kernel knows no speed, and says so to who reads it.
+    make(QStringLiteral("/sys/class/net/lo/speed"));
+    ASSERT_TRUE(m_player->play());
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_THAT(m_end->error(), HasSubstr("speed\" can't be read: Invalid argument"));
+}
+
 TEST_F(StreamSimplePlayerTest, RefusesNoChannels)
 {
     expectRefusal("audio/L16;rate=48000;channels=0", "has no usable number of channels");
@@ -271,6 +297,32 @@ TEST_F(StreamSimplePlayerTest, PutsFramesTogetherThatArriveInPieces)
     writer.close();
     ASSERT_TRUE(m_end->hasEndedOnce());
     EXPECT_EQ(heard(), countingFloats(1000));
+}
+
+TEST_F(StreamSimplePlayerTest, WaitsForTheRestOfAFrame)
+{
+    make(makeFifo());
+    FifoWriter writer(path("fifo"));
+    m_player->play();
+    const QByteArray bytes = raw(0, 1000);
+    ASSERT_TRUE(writer.write(bytes.left(1)));
+    ASSERT_TRUE(waitFor([&] { return writer.unread() == 0; }));
+    ASSERT_TRUE(writer.write(bytes.mid(1)));
+    writer.close();
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(heard(), countingFloats(1000));
+}
+
+TEST_F(StreamSimplePlayerTest, EndsARepetitionThatFindsNothingMore)
+{
+    writeFile(path("raw"), raw(0, 6000));
+    make(path("raw"));
+    m_player->loop = true;
+    m_player->play();
+    ASSERT_TRUE(hasHeard(100));
+    ASSERT_EQ(truncate(QFile::encodeName(path("raw")).constData(), 0), 0);
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(m_end->ended.count(), 1) << m_end->error();
 }
 
 TEST_F(StreamSimplePlayerTest, EndsWhenAFifosWriterCloses)

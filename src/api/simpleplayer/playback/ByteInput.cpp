@@ -34,6 +34,9 @@ bool ByteInput::open()
 {
     if (m_descriptor >= 0)
         return true;
+    // Only a fetch hands a descriptor in, and one that couldn't get any hands in none.
+    if (m_path.isEmpty())
+        return fail(QStringLiteral(" can't be fetched: there are no more file descriptors"));
     m_descriptor = ::open(QFile::encodeName(m_path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (m_descriptor < 0)
         return fail(QStringLiteral(" can't be opened: ") + qt_error_string(errno));

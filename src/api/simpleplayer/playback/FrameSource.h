@@ -10,8 +10,19 @@ class WakeEvent;
 /// How frames are to be understood; samples are floats, interleaved.
 struct SoundFormat
 {
+    static constexpr int minRate = 1000;
+    static constexpr int maxRate = 768'000;
+    static constexpr int maxChannels = 32;
+
     int rate = 0;
     int channels = 0;
+
+    /// Whether a device may be asked for it. Buffers are sized by it, so what a corrupted header
+    /// claims must not get through.
+    bool isUsable() const
+    {
+        return rate >= minRate && rate <= maxRate && channels >= 1 && channels <= maxChannels;
+    }
 };
 
 /// Where a sound's frames come from.

@@ -53,14 +53,14 @@ int HttpFetch::takeReadingEnd()
 void HttpFetch::start(Report report)
 {
     m_report = std::move(report);
-    if (m_writing < 0)
-        return fail(QStringLiteral("there are no more file descriptors"));
     m_timeoutMs = SimplePlayerLimits::current().httpTimeoutMs;
     m_network = std::make_unique<QNetworkAccessManager>();
     m_drained = std::make_unique<QSocketNotifier>(m_writing, QSocketNotifier::Write);
     m_drained->setEnabled(false);
     m_timer = std::make_unique<QTimer>();
     m_timer->setSingleShot(true);
+    // A coarse timer may be early, and the server is to have all of its time.
+    m_timer->setTimerType(Qt::PreciseTimer);
 
     QNetworkRequest request(m_url);
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
@@ -120,12 +120,9 @@ void HttpFetch::finish()
 
 void HttpFetch::fail(const QString &why)
 {
-    if (m_reply) {
-        m_reply->disconnect();
-        m_reply->abort();
-    }
-    if (m_timer)
-        m_timer->stop();
+    m_reply->disconnect();
+    m_reply->abort();
+    m_timer->stop();
     // The pipe stays open: its end would be taken for the sound's.
     if (m_report)
         std::exchange(m_report, nullptr)(

@@ -37,6 +37,7 @@ public:
     /// The pipe's reading end, which the caller takes over; -1 when there are no more descriptors.
     int takeReadingEnd();
 
+    /// Only with a pipe.
     void start(Report report);
 
 private:

@@ -13,10 +13,6 @@
 
 namespace {
 
-constexpr int minRate = 1000;
-constexpr int maxRate = 768'000;
-constexpr int maxChannels = 32;
-
 struct NamedEncoding
 {
     const char *name;
@@ -83,10 +79,10 @@ StreamFormat readPcm(const QString &mediaType, PcmEncoding encoding,
                      const QHash<QString, QString> &parameters)
 {
     const int rate = parameters.value(QStringLiteral("rate")).toInt();
-    if (rate < minRate || rate > maxRate)
+    if (rate < SoundFormat::minRate || rate > SoundFormat::maxRate)
         return refuse(mediaType, QStringLiteral("needs a rate, such as rate=48000"));
     const int channels = parameters.value(QStringLiteral("channels"), QStringLiteral("1")).toInt();
-    if (channels < 1 || channels > maxChannels)
+    if (channels < 1 || channels > SoundFormat::maxChannels)
         return refuse(mediaType, QStringLiteral("has no usable number of channels"));
     return {PcmFormat{encoding, {rate, channels}}, QString()};
 }

@@ -4,6 +4,7 @@
 #include "simpleplayer/playback/SoundFile.h"
 
 #include "simpleplayer/playback/RiffHeader.h"
+#include "simpleplayer/playback/VorbisHeaders.h"
 #include "simpleplayer/SimplePlayerLimits.h"
 
 #include <QFile>
@@ -117,6 +118,10 @@ bool SoundFile::isComplete(qint64 size)
         setError(m_name + QStringLiteral(" is cut off: %1 bytes are missing").arg(missing));
         return false;
     }
+    if (!hasVorbisHeaders(readAt, size)) {
+        setError(m_name + QStringLiteral(" is cut off or damaged at its beginning"));
+        return false;
+    }
     return true;
 }
 
@@ -129,6 +134,12 @@ bool SoundFile::accept(SNDFILE *file)
     }
     if (m_info.frames <= 0) {
         setError(m_name + QStringLiteral(" holds no sound: it has no frames"));
+        return false;
+    }
+    if (!format().isUsable()) {
+        setError(m_name + QStringLiteral(" can't be played: it claims %1 channels at %2 Hz")
+                              .arg(m_info.channels)
+                              .arg(m_info.samplerate));
         return false;
     }
     m_framesRead = 0;
