@@ -4,6 +4,7 @@
 #include "NotificationDisplay.h"
 
 #include <algorithm>
+#include <functional>
 
 static log4cplus::Logger logger = log4cplus::Logger::getInstance("Notifications");
 
@@ -37,8 +38,11 @@ bool NotificationDisplay::enqueue(TavoNotificationDisplayItem *item)
         preemptHead();
     }
     const CMPath path = item->path();
+    const Rank rank{item->priority(), m_arrivals++};
     m_queue.insert(position, *item);
-    m_paths.insert(position, path);
+    m_ranks.insert(position, rank);
+    m_ranksOfPaths.insert(path, rank);
+    Q_ASSERT(m_ranksOfPaths.size() == m_ranks.size());
     if (position == 0) {
         startTimer();
     }
@@ -51,12 +55,23 @@ bool NotificationDisplay::enqueue(TavoNotificationDisplayItem *item)
 int NotificationDisplay::queuePosition(TavoNotificationItemPriority::Enum priority) const
 {
     TAVO_SCOPE(logger, TRACE, "");
+    // Behind all that have come: the position after the last of the same priority.
     const auto position =
-        std::upper_bound(m_queue.begin(), m_queue.end(), priority,
-                         [](int sought, const TavoNotificationDisplayItem &queued) {
-                             return queued.priority() < sought;
-                         });
-    return int(position - m_queue.begin());
+        std::lower_bound(m_ranks.constBegin(), m_ranks.constEnd(), Rank{priority, m_arrivals});
+    return int(position - m_ranks.constBegin());
+}
+
+QVector<int> NotificationDisplay::positionsOf(const CMPath &path) const
+{
+    QVector<int> positions;
+    for (auto rank = m_ranksOfPaths.constFind(path);
+         rank != m_ranksOfPaths.constEnd() && rank.key() == path; ++rank) {
+        const auto position = std::lower_bound(m_ranks.constBegin(), m_ranks.constEnd(), *rank);
+        Q_ASSERT(position != m_ranks.constEnd() && *position == *rank);
+        positions.append(int(position - m_ranks.constBegin()));
+    }
+    std::sort(positions.begin(), positions.end(), std::greater<>());
+    return positions;
 }
 
 void NotificationDisplay::preemptHead()
@@ -105,10 +120,12 @@ void NotificationDisplay::on_closeTimer_timeout()
 void NotificationDisplay::setPathToNotification(TavoNotificationDisplayItem *item)
 {
     TAVO_SCOPE(logger, TRACE, "");
+    // The same for every message, so they share it.
+    static const auto rowsRoles = TavoRowsRoles(TavoHash()).setType({TavoRowsRolesType::Title});
     const QString id = tavoGenerateUuid();
     CMListRowsNode *node =
         CMListRowsNode::create(m_nodes, TavoNotificationDisplaySimpleMessageNodePath() + id);
-    node->setRowsRoles(TavoRowsRoles(TavoHash()).setType({TavoRowsRolesType::Title}));
+    node->setRowsRoles(rowsRoles);
     node->rowsAppend(TavoRoles(TavoHash()).setType(TavoRolesType::Text).setTitle(item->message()));
     const TrString title = item->title();
     node->setTitle(title.isEmpty() ? TAVO_TR("Message") : title);
@@ -127,8 +144,8 @@ bool NotificationDisplay::removeNotificationItem(int index)
         return false;
     }
     const TavoNotificationDisplayItem item = m_queue.at(index);
-    CMRoot()->disconnectRowsChange(item.path(), this,
-                                   &NotificationDisplay::on_subscribe_rowsChanged);
+    const CMPath path = item.path();
+    CMRoot()->disconnectRowsChange(path, this, &NotificationDisplay::on_subscribe_rowsChanged);
     m_queueNode->rowsRemoveAt(index);
     // A message's node is filed under the identifier made for it and looked for under the
     // notification's own id: it goes with a later notification that names it so, and otherwise stays
@@ -139,10 +156,24 @@ bool NotificationDisplay::removeNotificationItem(int index)
     }
     if (index < m_queue.size()) {
         m_queue.removeAt(index);
-        m_paths.removeAt(index);
+        forgetRank(path, m_ranks.takeAt(index));
     }
     TAVO_LEAVE(TRACE, "queue: " << m_queue.size());
     return true;
+}
+
+void NotificationDisplay::forgetRank(const CMPath &path, const Rank &rank)
+{
+    const auto entry = m_ranksOfPaths.find(path, rank);
+    if (entry != m_ranksOfPaths.end()) {
+        m_ranksOfPaths.erase(entry);
+    }
+    // When a burst is over, its room is given back.
+    constexpr int worthwhile = 1024;
+    if (m_ranks.capacity() > worthwhile && m_ranks.size() < m_ranks.capacity() / 4) {
+        m_ranks.squeeze();
+        m_ranksOfPaths.squeeze();
+    }
 }
 
 bool NotificationDisplay::cancel(const CMPath &path)
@@ -152,25 +183,28 @@ bool NotificationDisplay::cancel(const CMPath &path)
         LOG4CPLUS_WARN(logger, "Called cancel display notification but queue is empty");
         return false;
     }
-    Q_ASSERT(m_paths.size() == m_queue.size());
-    int removed = 0;
-    for (int i = m_queue.size() - 1; i >= 0; --i) {
-        if (m_paths.at(i) != path) {
-            continue;
-        }
-        if (CMPath::fromQVariant(m_queueNode->getRow(i)) != path) {
+    Q_ASSERT(m_ranks.size() == m_queue.size());
+    // From the back, so that the positions still to come stay right.
+    const QVector<int> positions = positionsOf(path);
+    const QVariant row = path.toQVariant();
+    // All at once: one by one, each would be looked for among the others.
+    m_ranksOfPaths.remove(path);
+    for (auto position = positions.begin(); position != positions.end(); ++position) {
+        if (m_queueNode->getRow(*position) != row) {
             LOG4CPLUS_FATAL(logger, "Notification with selected path was not found in queue");
+            std::for_each(position, positions.end(), [this, &path](int left) {
+                m_ranksOfPaths.insert(path, m_ranks.at(left));
+            });
             return false;
         }
-        ++removed;
-        removeNotificationItem(i);
-        if (i == 0) {
+        removeNotificationItem(*position);
+        if (*position == 0) {
             m_closeTimer.stop();
             startTimer();
-            return true;
         }
     }
-    return removed > 0;
+    Q_ASSERT(m_ranksOfPaths.size() == m_ranks.size());
+    return !positions.isEmpty();
 }
 
 void NotificationDisplay::on_subscribe_rowsChanged(const CMPath &path, const QStringList &changes,

@@ -100,8 +100,7 @@ bool NotificationPlayer::enqueue(const NotificationPlayerItem &item)
         LOG4CPLUS_ERROR(logger, "Notification item id is empty");
         return false;
     }
-    if (getPositionFromId(m_queue, item.id) >= 0 ||
-        getPositionFromId(m_stoppingItems, item.id) >= 0) {
+    if (m_ranks.contains(item.id) || getPositionFromId(m_stoppingItems, item.id) >= 0) {
         LOG4CPLUS_ERROR(logger, "Notification with the same id already exists");
         return false;
     }
@@ -113,9 +112,12 @@ bool NotificationPlayer::enqueue(const NotificationPlayerItem &item)
 
 void NotificationPlayer::insert(const NotificationPlayerItem &item)
 {
+    NotificationPlayerItem admitted = item;
+    admitted.arrival = m_arrivals++;
+    m_ranks.insert(item.id, {item.priority, admitted.arrival});
     if (m_queue.isEmpty()) {
         LOG4CPLUS_TRACE(logger, "insert item as first");
-        m_queue.append(item);
+        m_queue.append(admitted);
         return;
     }
     const auto position = std::upper_bound(m_queue.constBegin(), m_queue.constEnd(), item.priority,
@@ -126,11 +128,11 @@ void NotificationPlayer::insert(const NotificationPlayerItem &item)
     if (index > 0) {
         LOG4CPLUS_TRACE(logger,
                         "inserting after " << index - 1 << " id " << m_queue.at(index - 1).id);
-        m_queue.insert(index, item);
+        m_queue.insert(index, admitted);
         return;
     }
     LOG4CPLUS_TRACE(logger, "Inserting before first");
-    preemptHead(item);
+    preemptHead(admitted);
 }
 
 void NotificationPlayer::preemptHead(const NotificationPlayerItem &item)
@@ -142,6 +144,32 @@ void NotificationPlayer::preemptHead(const NotificationPlayerItem &item)
     if (preempted != nullptr) {
         preempted->pause();
     }
+}
+
+bool NotificationPlayer::ranksAhead(const NotificationPlayerItem &item, const Rank &rank)
+{
+    return item.priority != rank.priority ? item.priority > rank.priority
+                                          : item.arrival < rank.arrival;
+}
+
+int NotificationPlayer::queuePosition(const QString &id) const
+{
+    const auto rank = m_ranks.constFind(id);
+    if (rank == m_ranks.constEnd()) {
+        return -1;
+    }
+    const auto position =
+        std::lower_bound(m_queue.constBegin(), m_queue.constEnd(), *rank, ranksAhead);
+    Q_ASSERT(position != m_queue.constEnd() && position->id == id);
+    return int(position - m_queue.constBegin());
+}
+
+NotificationPlayerItem NotificationPlayer::takeFromQueue(int position)
+{
+    NotificationPlayerItem item = m_queue.takeAt(position);
+    m_ranks.remove(item.id);
+    Q_ASSERT(m_ranks.size() == m_queue.size());
+    return item;
 }
 
 int NotificationPlayer::getPositionFromId(QList<NotificationPlayerItem> const &list,
@@ -450,17 +478,17 @@ void NotificationPlayer::soundFinished(const QString &id, bool canceled, const Q
         LOG4CPLUS_DEBUG(logger, "Active playback finished");
         m_activePlaybackId.clear();
     }
-    QList<NotificationPlayerItem> *list = &m_queue;
-    int position = getPositionFromId(*list, id);
-    if (position < 0) {
-        list = &m_stoppingItems;
-        position = getPositionFromId(*list, id);
+    int position = queuePosition(id);
+    const bool queued = position >= 0;
+    if (!queued) {
+        position = getPositionFromId(m_stoppingItems, id);
     }
     if (position < 0) {
         LOG4CPLUS_ERROR(logger, "Id of stopped sound does not exists, ignoring. " << id);
         return;
     }
-    const NotificationPlayerItem item = list->takeAt(position);
+    const NotificationPlayerItem item =
+        queued ? takeFromQueue(position) : m_stoppingItems.takeAt(position);
     LOG4CPLUS_DEBUG(logger, "Removed notification item from queue: " << item.id);
     sendStopResponse(item, canceled, error);
     if (item.player != nullptr) {
@@ -480,12 +508,12 @@ void NotificationPlayer::soundFinished(const QString &id, bool canceled, const Q
 bool NotificationPlayer::cancel(const QString &id)
 {
     TAVO_SCOPE(logger, DEBUG, "Cancel notification: " << id);
-    const int position = getPositionFromId(m_queue, id);
+    const int position = queuePosition(id);
     if (position < 0) {
         LOG4CPLUS_WARN(logger, "Unable to cancel not existing item: " << id);
         return false;
     }
-    const NotificationPlayerItem item = m_queue.takeAt(position);
+    const NotificationPlayerItem item = takeFromQueue(position);
     if (item.player == nullptr) {
         sendStopResponse(item, true, QString());
         return true;

@@ -5,6 +5,7 @@
 
 #include <core/tavo.h>
 
+#include <QHash>
 #include <QList>
 #include <QString>
 #include <QTimer>
@@ -22,6 +23,7 @@ struct NotificationPlayerItem
     CMPath playbackResponsePath; ///< where start and end are reported; may be empty
     bool loop = false;
     SimplePlayer *player = nullptr; ///< a child of the NotificationPlayer, once there is one
+    quint64 arrival = 0;            ///< counts the items that were admitted
 };
 
 /// Plays sound notifications, one at a time and the most urgent first, over ducked main audio and
@@ -74,6 +76,8 @@ private:
     void insert(const NotificationPlayerItem &item);
     void preemptHead(const NotificationPlayerItem &item);
     static int getPositionFromId(QList<NotificationPlayerItem> const &list, QString const &id);
+    int queuePosition(const QString &id) const;
+    NotificationPlayerItem takeFromQueue(int position);
     void dumpQueue(const QString &reason);
 
     /// The main audio is ducked for us, or tried to be.
@@ -98,4 +102,17 @@ private:
     /// A nested call of continuePlayAudio() only asks the outer one to go round again.
     bool m_continuing = false;
     bool m_continueAgain = false;
+
+    /// What the queue is ordered by: the more urgent first, then the older.
+    struct Rank
+    {
+        int priority;
+        quint64 arrival;
+    };
+    static bool ranksAhead(const NotificationPlayerItem &item, const Rank &rank);
+
+    /// The queued items' ranks by their ids, in step with the queue: an item is found by a search in the
+    /// order instead of a walk.
+    QHash<QString, Rank> m_ranks;
+    quint64 m_arrivals = 0;
 };

@@ -6,11 +6,20 @@
 #include <core/tavo.h>
 #include <simpleplayer/UriSimplePlayer.h>
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Player");
+
+/// The first pause before music is tried again: a sound server that is started again is there by
+/// then. Each further one is twice as long, up to the longest.
+constexpr int firstRetryMs = 250;
+constexpr int longestRetryMs = 30'000;
+
+/// Music that has played for so long has recovered: its next failure is another one.
+constexpr int recoveredMs = 10'000;
 
 /// Amplitude, not power.
 double factorOf(double decibels)
@@ -24,7 +33,10 @@ MainAudio::MainAudio(const PlayerConfiguration &configuration, QObject *parent)
     , m_configuration(configuration)
     , m_duckFactor(factorOf(configuration.duckingAttenuation))
     , m_source(configuration.music)
+    , m_retryTimer(this)
 {
+    m_retryTimer.setSingleShot(true);
+    tavoConnect(&m_retryTimer, &QTimer::timeout, this, &MainAudio::on_retryTimer_timeout);
 }
 
 bool MainAudio::play(const QString &source)
@@ -35,6 +47,7 @@ bool MainAudio::play(const QString &source)
     if (!source.isEmpty()) {
         m_source = source;
     }
+    forgetRetries();
     delete std::exchange(m_player, nullptr); // frees the device for the next
     const bool started = m_source.isEmpty() ? fail(QStringLiteral("There is no music")) : start();
     Q_EMIT changed();
@@ -54,6 +67,7 @@ bool MainAudio::start()
         delete std::exchange(m_player, nullptr);
         return fail(QStringLiteral("The music or its device can't be opened"));
     }
+    m_played.start();
     LOG4CPLUS_INFO(logger, "Playing " << m_source << " on " << m_configuration.mainDevice);
     return true;
 }
@@ -67,6 +81,7 @@ bool MainAudio::fail(const QString &reason)
 
 void MainAudio::stop()
 {
+    forgetRetries();
     if (m_player == nullptr) {
         return;
     }
@@ -130,6 +145,39 @@ void MainAudio::on_music_failed(const QString & /*source*/, const QString &reaso
 {
     std::exchange(m_player, nullptr)->deleteLater();
     fail(reason);
+    if (m_played.hasExpired(recoveredMs)) {
+        m_retries = 0;
+    }
+    retryLater();
+    Q_EMIT changed();
+}
+
+void MainAudio::retryLater()
+{
+    if (m_retries >= m_configuration.musicRetries) {
+        return;
+    }
+    int delay = firstRetryMs;
+    for (int i = 0; i < m_retries && delay < longestRetryMs; ++i) {
+        delay *= 2;
+    }
+    ++m_retries;
+    m_retryTimer.start(std::min(delay, longestRetryMs));
+}
+
+void MainAudio::forgetRetries()
+{
+    m_retryTimer.stop();
+    m_retries = 0;
+}
+
+void MainAudio::on_retryTimer_timeout()
+{
+    LOG4CPLUS_INFO(logger, "Trying the music again, " << m_retries << " of "
+                                                      << m_configuration.musicRetries);
+    if (!start()) {
+        retryLater();
+    }
     Q_EMIT changed();
 }
 

@@ -7,8 +7,10 @@
 
 #include <core/tavo/player.h>
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QStringList>
+#include <QTimer>
 
 class UriSimplePlayer;
 
@@ -17,6 +19,9 @@ class UriSimplePlayer;
 ///
 /// Thread and owner: its worker's. Ducking and volume are kept whether or not anything plays, and
 /// hold for whatever plays next.
+///
+/// Music that breaks off is tried again by itself, so often as the configuration says and with ever
+/// longer pauses, until it plays or somebody asks for something else.
 class MainAudio : public QObject
 {
     Q_OBJECT
@@ -46,9 +51,12 @@ Q_SIGNALS:
 private Q_SLOTS:
     void on_music_ended(const QString &source);
     void on_music_failed(const QString &source, const QString &reason);
+    void on_retryTimer_timeout();
 
 private:
     bool start();
+    void retryLater();
+    void forgetRetries();
     bool fail(const QString &reason);
     double gain() const;
     void fadeToGain();
@@ -60,4 +68,7 @@ private:
     double m_volume = 1.0;
     QStringList m_requesters;            ///< each once
     UriSimplePlayer *m_player = nullptr; ///< a child; null while nothing plays
+    QTimer m_retryTimer;                 ///< until music that broke off is tried again
+    int m_retries = 0;                   ///< since it last played for long enough
+    QElapsedTimer m_played;              ///< since its start
 };

@@ -15,6 +15,10 @@ constexpr double leastAttenuationDb = -96.0;
 constexpr int defaultFadeMs = 40;
 constexpr int longestFadeMs = 5000;
 
+/// A minute and a half in all, by the pauses between them.
+constexpr int defaultRetries = 9;
+constexpr int mostRetries = 1000;
+
 constexpr int longestHttpTimeoutMs = 600'000;
 constexpr qint64 bytesPerMiB = qint64(1) << 20;
 constexpr int mostMiB = 65536;
@@ -35,6 +39,8 @@ PlayerConfiguration PlayerConfiguration::fromHash(const QVariantHash &config)
         reader.text(QStringLiteral("notificationsDevice"), defaultDevice);
     configuration.mainDevice = reader.text(QStringLiteral("mainDevice"), defaultDevice);
     configuration.music = reader.text(QStringLiteral("music"), {});
+    configuration.musicRetries =
+        reader.integer(QStringLiteral("musicRetries"), defaultRetries, 0, mostRetries);
     configuration.duckingAttenuation = reader.number(QStringLiteral("duckingAttenuation"),
                                                      defaultAttenuationDb, leastAttenuationDb, 0);
     configuration.duckingFade =

@@ -14,6 +14,7 @@ struct PlayerConfiguration
     QString notificationsDevice; ///< ALSA device for notifications
     QString mainDevice;          ///< ALSA device for the main audio
     QString music;               ///< path or URI of what to play from the start; empty: nothing
+    int musicRetries;            ///< how often music that broke off is tried again
     double duckingAttenuation;   ///< dB, 0 or less
     int duckingFade;             ///< ms
     SimplePlayerLimits limits;   ///< what players accept, notifications' as well

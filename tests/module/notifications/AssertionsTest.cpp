@@ -183,9 +183,9 @@ TEST_F(ControllerStateTest, ClearsTheActiveIdForAPreemptingItemWhateverTheHead)
     setReady();
     NotificationPlayerItem head;
     head.id = "head"_s;
-    controller().m_queue.append(head);
+    controller().m_activeRequest = true; // keeps both items from playing
+    EXPECT_TRUE(controller().enqueue(head));
     controller().m_activePlaybackId = "other"_s;
-    controller().m_activeRequest = true; // keeps the new item from playing
     NotificationPlayerItem urgent;
     urgent.id = "urgent"_s;
     urgent.priority = TavoNotificationItemPriority::Urgent;

@@ -184,6 +184,21 @@ TEST_F(CompletionTest, StopsWhatPlaysOnACancelAndReportsItsEndOnlyThen)
     EXPECT_EQ(journalOf("b"_s).last(), "started"_s);
 }
 
+TEST_F(CompletionTest, TakesAnEndThatIsReportedFromInsideTheStop)
+{
+    play("a"_s);
+    enqueue("b"_s);
+    ScriptedPlayers::instance().onCall = [](const QString &call, const QString &id) {
+        if (call == "stop"_s) {
+            scripted(id)->reportStopped();
+        }
+    };
+    EXPECT_FALSE(cancel("a"_s).error().isError());
+    EXPECT_EQ(journalOf("a"_s).last(), "cancelled"_s);
+    EXPECT_EQ(journalOf("b"_s).last(), "started"_s);
+    EXPECT_FALSE(scripted("a"_s)->isAlive());
+}
+
 TEST_F(CompletionTest, TakesAnErrorOfAStoppingItemForAFailure)
 {
     play("a"_s);

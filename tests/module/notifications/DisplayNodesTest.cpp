@@ -124,6 +124,21 @@ TEST_F(DisplayNodesTest, AreAllRemovedWhenTheirPathIsQueuedTwice)
     EXPECT_TRUE(cancelDisplay(path).error().isError());
 }
 
+TEST_F(DisplayNodesTest, AreAllRemovedWhereverTheyStandAndTheOthersKeepTheirOrder)
+{
+    const CMPath path("/client/again"_s);
+    QVector<CMPath> others;
+    for (const int priority : {3, 2, 1, 0}) {
+        open(reference(path, priority));
+        others.append(open(reference(CMPath("/client/other%1"_s.arg(priority)), priority)));
+        open(reference(path, priority));
+    }
+    open(reference(path, 4));
+    EXPECT_TRUE(cancelDisplay(path).value().toBool());
+    EXPECT_EQ(rows(), others);
+    EXPECT_EQ(errorOf(cancelDisplay(path)), "Node already closed or non-existent"_s);
+}
+
 TEST_F(DisplayNodesTest, AreAllRemovedByOneCloseOfAPathQueuedTwice)
 {
     const CMPath path("/client/node"_s);

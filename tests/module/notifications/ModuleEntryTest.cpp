@@ -20,7 +20,7 @@ protected:
     CMWorker *create(const char *name)
     {
         QVariantHash config{{"key"_s, 7}};
-        QLibrary library(QString(TAVO_NOTIFICATIONS_MODULE));
+        QLibrary library(notificationsModule());
         using WorkerCreate = void *(*)(const char *, void *);
         const auto entry = reinterpret_cast<WorkerCreate>(library.resolve("worker_create"));
         return static_cast<CMWorker *>(entry(name, &config));
@@ -37,7 +37,7 @@ protected:
 TEST_F(ModuleEntryTest, ExportsItsEntryPointAndNothingElse)
 {
     QProcess nm;
-    nm.start("nm"_s, {"-D"_s, "--defined-only"_s, "-P"_s, QString(TAVO_NOTIFICATIONS_MODULE)});
+    nm.start("nm"_s, {"-D"_s, "--defined-only"_s, "-P"_s, notificationsModule()});
     ASSERT_TRUE(nm.waitForFinished());
     const QList<QByteArray> symbols = nm.readAllStandardOutput().trimmed().split('\n');
     ASSERT_EQ(symbols.size(), 1);

@@ -3,10 +3,11 @@
 
 #include "NotificationsTest.h"
 
+#include "support/PostedEvents.h"
+
 #include <algorithm>
 #include <regex>
 
-#include <QCoreApplication>
 #include <QLibrary>
 
 namespace {
@@ -14,31 +15,13 @@ using WorkerCreate = void *(*)(const char *, void *);
 
 WorkerCreate entryPoint()
 {
-    static QLibrary library(QString(TAVO_NOTIFICATIONS_MODULE));
+    static QLibrary library(notificationsModule());
     static const auto create = reinterpret_cast<WorkerCreate>(library.resolve("worker_create"));
     if (create == nullptr) {
         ADD_FAILURE() << library.errorString().toStdString();
     }
     return create;
 }
-/// Sees every event that the thread's objects are given.
-class EventCounter : public QObject
-{
-public:
-    EventCounter() { qApp->installEventFilter(this); }
-
-    void reset() { m_seen = false; }
-    bool seen() const { return m_seen; }
-
-    bool eventFilter(QObject * /*watched*/, QEvent * /*event*/) override
-    {
-        m_seen = true;
-        return false;
-    }
-
-private:
-    bool m_seen = false;
-};
 } // namespace
 
 NotificationsTest::NotificationsTest()
@@ -66,6 +49,8 @@ NotificationsTest::NotificationsTest()
 
 NotificationsTest::~NotificationsTest()
 {
+    // What a test has put here may refer to variables that have gone with the test's body.
+    ScriptedPlayers::instance().onCall = nullptr;
     unload();
     ScriptedPlayers::instance().reset();
 }
@@ -192,14 +177,7 @@ ScriptedPlayer *NotificationsTest::play(const QString &id, int priority)
 
 void NotificationsTest::settle()
 {
-    // Goes on until no call is queued, those that are queued on the way included. Timers don't run
-    // here, so how fast the machine is changes nothing.
-    EventCounter counter;
-    do {
-        counter.reset();
-        QCoreApplication::sendPostedEvents();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    } while (counter.seen());
+    deliverPosted();
 }
 
 bool NotificationsTest::isPlaying() const

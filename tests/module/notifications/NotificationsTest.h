@@ -17,6 +17,13 @@
 #include <gtest/gtest.h>
 #include <QTimer>
 
+/// The library under test: the built one, or the one that the environment names.
+inline QString notificationsModule()
+{
+    return qEnvironmentVariable("TAVO_NOTIFICATIONS_MODULE",
+                                QStringLiteral(TAVO_NOTIFICATIONS_MODULE));
+}
+
 /// The built notifications module among services and players that a test plays the part of, met
 /// through the model only.
 ///

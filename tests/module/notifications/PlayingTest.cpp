@@ -5,7 +5,10 @@
 
 #include "NotificationsTest.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <limits>
+#include <vector>
 
 namespace {
 using log4cplus::DEBUG_LOG_LEVEL;
@@ -246,4 +249,27 @@ TEST_F(PlayingTest, EndsTenThousandInvalidItemsOneByOneAndInOrder)
     EXPECT_EQ(journal().first(), "acquire"_s);
     EXPECT_EQ(journal().mid(1), expected);
     EXPECT_TRUE(inactivityTimer()->isActive());
+}
+
+TEST_F(PlayingTest, EndsTenThousandInvalidItemsAtTheStackDepthOfTheFirstTen)
+{
+    constexpr int count = 10000;
+    setDucking(ScriptedService::keep());
+    log().setLevel(log4cplus::FATAL_LOG_LEVEL);
+    std::vector<std::intptr_t> frames;
+    services().setDirectScript(responsePath(), [&frames](const CMSetDataRequest &request) {
+        frames.push_back(reinterpret_cast<std::intptr_t>(__builtin_frame_address(0)));
+        request.reply().setValue(QVariant());
+    });
+    for (int i = 0; i < count; ++i) {
+        CMRoot()->invoke(
+            TavoNotificationPlayerEnqueuePath(),
+            TavoValue().setNotificationPlayerItem(item(QString::number(i)).setType(Type::Enum(7))),
+            CMReply<QVariant>());
+    }
+    settle();
+    answer(TavoPlayerMainAudioDuckingPath());
+    ASSERT_EQ(int(frames.size()), count);
+    EXPECT_EQ(*std::min_element(frames.begin(), frames.end()),
+              *std::min_element(frames.begin(), frames.begin() + 10));
 }

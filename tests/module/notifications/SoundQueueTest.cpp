@@ -130,6 +130,30 @@ TEST_F(SoundQueueTest, KeepsTheOrderOfArrivalAmongManyOfMixedPriorities)
     EXPECT_EQ(queue(), expected[3] + expected[2] + expected[1] + expected[0]);
 }
 
+TEST_F(SoundQueueTest, KeepsTheOrderOfTheOthersWhateverIsCancelledAndComesAgain)
+{
+    setDucking(ScriptedService::keep());
+    constexpr int count = 40;
+    QStringList expected[4];
+    for (int i = 0; i < count; ++i) {
+        enqueue("n%1"_s.arg(i), (i * 7) % 4);
+        expected[(i * 7) % 4].append("n%1"_s.arg(i));
+    }
+    // Every third in a mixed order, of which every second comes back at another priority.
+    for (int n = 0; n < count; n += 3) {
+        const int i = (n * 11) % count;
+        const QString id = "n%1"_s.arg(i);
+        EXPECT_EQ(message(cancel(id)), QString());
+        expected[(i * 7) % 4].removeOne(id);
+        if (n % 2 == 0) {
+            enqueue(id, n % 4);
+            expected[n % 4].append(id);
+        }
+    }
+    enqueue("last"_s, 0);
+    EXPECT_EQ(queue(), expected[3] + expected[2] + expected[1] + expected[0] + ids("last"));
+}
+
 TEST_F(SoundQueueTest, RefusesAnEmptyIdBeforeAnythingElse)
 {
     enqueue(QString());

@@ -67,6 +67,15 @@ TEST(PlayerConfigurationTest, RefusesLimitsOutOfRange)
     }
 }
 
+TEST(PlayerConfigurationTest, RefusesANumberOfRetriesOutOfRange)
+{
+    EXPECT_THAT(failureWith({{"musicRetries", -1}}), StartsWith("musicRetries: "));
+    EXPECT_THAT(failureWith({{"musicRetries", 1001}}), StartsWith("musicRetries: "));
+    EXPECT_THAT(failureWith({{"musicRetries", "often"}}), StartsWith("musicRetries: "));
+    EXPECT_EQ(failureWith({{"musicRetries", 0}}), "");
+    EXPECT_EQ(failureWith({{"musicRetries", 1000}}), "");
+}
+
 TEST(PlayerConfigurationTest, PutsItsLimitsInForceForEveryPlayer)
 {
     const SimplePlayerLimits before = SimplePlayerLimits::current();

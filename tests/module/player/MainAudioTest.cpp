@@ -26,6 +26,12 @@ TEST_F(MainAudioTest, SetsTheVolume)
     EXPECT_EQ(state().volume(), 0.25);
 }
 
+TEST_F(MainAudioTest, TakesAMapForARecord)
+{
+    EXPECT_TRUE(setVolume(QVariantMap{{"double", 0.25}}).succeeds());
+    EXPECT_EQ(state().volume(), 0.25);
+}
+
 TEST_F(MainAudioTest, TakesABareNumberForTheVolume)
 {
     EXPECT_TRUE(setVolume(0).succeeds());

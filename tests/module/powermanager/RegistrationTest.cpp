@@ -54,6 +54,20 @@ TEST_F(RegistrationTest, TakesBackWhatAModuleHeldThatHasGone)
     EXPECT_THAT(elementsOf(state().modules()), ElementsAre("radio"));
 }
 
+TEST_F(RegistrationTest, LetsAModuleRegisterBeforeItPublishesItsPaths)
+{
+    const CMPath revoke("/test/alarm/revoke");
+    ASSERT_TRUE(
+        registerModule(
+            TavoPowerManagerModuleRegister().setModuleName("alarm").setRevokeResourcesPath(revoke))
+            .succeeds());
+    ASSERT_TRUE(acquire(Resources::Audio, "alarm").succeeds());
+    CMNodesWorker late({}, "Late");
+    CMValueNode::create(late.nodes(), revoke);
+    settle();
+    EXPECT_THAT(holders(Resources::Audio), ElementsAre("alarm"));
+}
+
 TEST_F(RegistrationTest, KnowsAModuleAgainThatHasComeBack)
 {
     makeModule("alarm").reset();

@@ -112,6 +112,15 @@ TEST_F(ResourceRequestTest, AnswersAReleaseOfWhatIsNotHeld)
     EXPECT_TRUE(release(Resources::Audio, "alarm").succeeds());
 }
 
+TEST_F(ResourceRequestTest, LeavesOthersWhatAModuleReleasesThatDoesNotHoldIt)
+{
+    const Module alarm = makeModule("alarm");
+    const Module radio = makeModule("radio");
+    ASSERT_TRUE(acquire(Resources::Display, "radio").succeeds());
+    EXPECT_TRUE(release(Resources::Display, "alarm").succeeds());
+    EXPECT_THAT(holders(Resources::Display), ElementsAre("radio"));
+}
+
 TEST_F(ResourceRequestTest, AnswersAReleaseByAStranger)
 {
     EXPECT_TRUE(release(Resources::Enum(17), "stranger").succeeds());

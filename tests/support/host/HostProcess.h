@@ -42,9 +42,12 @@ public:
 
     /// Another program than the build tree's tavo-host.
     void setProgram(const QString &program) { m_program = program; }
+    QString program() const { return m_program; }
 
     void addArguments(const QStringList &arguments) { m_arguments += arguments; }
     void setEnvironment(const QString &variable, const QString &value);
+    /// How many file descriptors the host may have, from 0 on.
+    void setDescriptorLimit(int limit);
 
     /// Starts the host; false where it can't be.
     bool start();

@@ -64,6 +64,36 @@ TEST_F(HostCommandLineTest, RefusesADescriptorThatIsNotOpen)
     EXPECT_EQ(m_host.run(), 64);
 }
 
+TEST_F(HostCommandLineTest, RefusesADescriptorThatIsNoNumber)
+{
+    m_host.addArguments({"--ready-fd", "out"});
+    EXPECT_EQ(m_host.run(), 64);
+    EXPECT_EQ(log(), "tavo-host: --ready-fd out: must be an open descriptor\n");
+}
+
+TEST_F(HostCommandLineTest, RefusesADescriptorBelowZero)
+{
+    m_host.addArguments({"--ready-fd", "-1"});
+    EXPECT_EQ(m_host.run(), 64);
+}
+
+TEST_F(HostCommandLineTest, RefusesAnEmptyNameOfAConfigurationFile)
+{
+    m_host.addArguments({"--config", ""});
+    EXPECT_EQ(m_host.run(), 64);
+    EXPECT_EQ(log(), "tavo-host: --config needs the name of a file\n");
+}
+
+TEST_F(HostCommandLineTest, RunsOnWhenNobodyCanBeToldThatItIsReady)
+{
+    m_host.setConfiguration(configurationOf({scripted("one")}));
+    // Open, but for reading alone.
+    m_host.addArguments({"--ready-fd", "0"});
+    ASSERT_TRUE(m_host.start());
+    ASSERT_TRUE(m_host.waitForLog("Nobody reads the descriptor given by --ready-fd"));
+    EXPECT_EQ(m_host.stop(), 0);
+}
+
 TEST_F(HostCommandLineTest, ChecksAConfigurationWithoutStartingAnything)
 {
     const QString file =

@@ -27,7 +27,19 @@ HttpServer::HttpServer()
 
 QString HttpServer::serve(const QString &name, const QByteArray &bytes)
 {
-    m_files['/' + name.toLatin1()] = bytes;
+    m_files['/' + name.toLatin1()] = {bytes, bytes.size()};
+    return uri(name);
+}
+
+QString HttpServer::stalling(const QString &name, const QByteArray &bytes, int served)
+{
+    m_files['/' + name.toLatin1()] = {bytes, served, false};
+    return uri(name);
+}
+
+QString HttpServer::breakingOff(const QString &name, const QByteArray &bytes)
+{
+    m_files['/' + name.toLatin1()] = {bytes, bytes.size() / 2};
     return uri(name);
 }
 
@@ -44,28 +56,34 @@ void HttpServer::accept()
     QTcpSocket *socket = m_server.nextPendingConnection();
     QObject::connect(socket, &QTcpSocket::readyRead, socket, [this, socket] {
         // The first line says all that matters; it comes in one piece.
-        const QByteArray answer = answerTo(socket->readLine());
+        const QByteArray request = socket->readLine();
         socket->readAll();
-        if (!answer.isEmpty()) {
-            socket->write(answer);
+        if (request.startsWith("GET /silent.wav ")) {
+            return;
+        }
+        const File *file = find(request);
+        socket->write(answerWith(file));
+        if (file == nullptr || file->closes) {
             socket->disconnectFromHost();
         }
     });
     QObject::connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
 }
 
-QByteArray HttpServer::answerTo(const QByteArray &request) const
+const HttpServer::File *HttpServer::find(const QByteArray &request) const
 {
-    const QByteArray name = request.split(' ').value(1);
-    if (name == "/silent.wav") {
-        return {};
-    }
-    const auto file = m_files.find(name);
-    if (file == m_files.end()) {
+    const auto file = m_files.find(request.split(' ').value(1));
+    return file == m_files.end() ? nullptr : &file->second;
+}
+
+QByteArray HttpServer::answerWith(const File *file)
+{
+    if (file == nullptr) {
         return "HTTP/1.1 404 Not Found\r\nContent-Length: 0\r\nConnection: close\r\n\r\n";
     }
     return "HTTP/1.1 200 OK\r\nContent-Type: audio/wav\r\nContent-Length: " +
-           QByteArray::number(file->second.size()) + "\r\nConnection: close\r\n\r\n" + file->second;
+           QByteArray::number(file->bytes.size()) + "\r\nConnection: close\r\n\r\n" +
+           file->bytes.left(file->served);
 }
 
 QString HttpServer::uri(const QString &name) const

@@ -26,14 +26,28 @@ public:
     /// The URI of a file for which a request is taken and left waiting.
     QString silent() const { return uri(QStringLiteral("silent.wav")); }
 
+    /// Serves the headers and so many bytes of the body, and then nothing more.
+    QString stalling(const QString &name, const QByteArray &bytes, int served);
+
+    /// Serves the first half of the body and closes the connection.
+    QString breakingOff(const QString &name, const QByteArray &bytes);
+
     /// The URI of a file behind a port at which nobody listens.
     static QString closed();
 
 private:
+    struct File
+    {
+        QByteArray bytes;
+        int served; // of the bytes
+        bool closes = true;
+    };
+
     void accept();
-    QByteArray answerTo(const QByteArray &request) const;
+    const File *find(const QByteArray &request) const;
+    static QByteArray answerWith(const File *file);
     QString uri(const QString &name) const;
 
     QTcpServer m_server;
-    std::map<QByteArray, QByteArray> m_files;
+    std::map<QByteArray, File> m_files;
 };

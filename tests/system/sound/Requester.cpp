@@ -98,6 +98,32 @@ bool Requester::waitFor(const std::string &what)
     return ::waitFor([&] { return has(what); }, patience);
 }
 
+bool Requester::waitForEnd(const std::string &id)
+{
+    return ::waitFor([&] { return ends(id) > 0; }, patience);
+}
+
+int Requester::count(const std::string &what) const
+{
+    int count = 0;
+    for (const auto *events : {&m_responses, &m_changes}) {
+        for (const Event &event : *events) {
+            count += event.what == what ? 1 : 0;
+        }
+    }
+    return count;
+}
+
+int Requester::ends(const std::string &id) const
+{
+    return count("finished " + id) + count("cancelled " + id) + count("failed " + id);
+}
+
+bool Requester::waitForQuiet()
+{
+    return ::waitFor([this] { return !m_ducked && !m_acquired; }, patience);
+}
+
 double Requester::momentOf(const std::string &what) const
 {
     double moment = 0;

@@ -54,6 +54,18 @@ public:
     /// or one of the above.
     bool waitFor(const std::string &what);
 
+    /// Waits until one has ended, however.
+    bool waitForEnd(const std::string &id);
+
+    /// How often it has happened.
+    int count(const std::string &what) const;
+
+    /// How often one has ended, however; once is right.
+    int ends(const std::string &id) const;
+
+    /// Waits until the main audio isn't ducked and the audio resource isn't held.
+    bool waitForQuiet();
+
     /// When it happened last; 0 when it didn't.
     double momentOf(const std::string &what) const;
 
@@ -61,6 +73,8 @@ public:
 
     /// What became of the notifications, in the order in which it did.
     std::vector<std::string> responses() const { return textsOf(m_responses); }
+
+    std::size_t responseCount() const { return m_responses.size(); }
 
     /// What became of the services that are watched.
     std::vector<std::string> changes() const { return textsOf(m_changes); }

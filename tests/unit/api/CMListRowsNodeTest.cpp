@@ -76,6 +76,31 @@ TEST_F(CMListRowsNodeTest, AppendsRowsWithRoles)
     EXPECT_EQ(TavoRoles(node->getRow(0).toHash()), roles);
 }
 
+TEST_F(CMListRowsNodeTest, GivesRolesAsTheyWereAppended)
+{
+    const QVariantList given{
+        QVariantHash{{"type", 6}, {"title", "text"}},
+        QVariantHash{{"type", 6}, {"title", QVariantHash{{"source", "text"}}}},
+        QVariantHash{{"type", 6}, {"title", QVariant()}},
+        QVariantHash{{"type", 6LL}, {"title", "text"}},
+        QVariantHash{{"type", 6}, {"title", "text"}, {"more", 1}},
+        QVariantHash{{"type", 6}, {"more", 1}},
+        QVariantHash{{"title", "text"}, {"more", 1}},
+        QVariantHash{{"type", 6}},
+        QVariantHash(),
+    };
+    for (const QVariant &row : given) {
+        node->rowsAppend(TavoRoles(row.toHash()));
+    }
+    for (int i = 0; i < given.size(); ++i) {
+        const QVariantHash expected = given.at(i).toHash();
+        const QVariantHash row = node->getRow(i).toHash();
+        EXPECT_EQ(row, expected);
+        EXPECT_EQ(row.value("type").userType(), expected.value("type").userType());
+    }
+    EXPECT_EQ(askForRows(0, -1), QVariant(given));
+}
+
 TEST_F(CMListRowsNodeTest, InsertsARowWhereItIsToStand)
 {
     node->rowsInsert(0, b);
@@ -168,6 +193,15 @@ TEST_F(CMListRowsNodeTest, GivesWhatThereIsWhenMoreIsAskedFor)
     EXPECT_EQ(askForRows(99, -1), QVariant(QVariantList()));
     EXPECT_EQ(askForRows(-5, -1), QVariant(QVariantList{"/a"}));
     EXPECT_EQ(askForRows(2147483647, 2147483647), QVariant(QVariantList()));
+}
+
+TEST_F(CMListRowsNodeTest, MatchesAPathInWhateverFormItIsAskedFor)
+{
+    node->rowsAppend(CMPath(QStringLiteral("/other")));
+    node->rowsAppend(CMPath(QStringLiteral("/sought")));
+    EXPECT_EQ(askForMatch(QStringLiteral("/sought")), 1);
+    EXPECT_EQ(askForMatch(QVariant::fromValue(CMPath(QStringLiteral("/sought")))), 1);
+    EXPECT_EQ(askForMatch(QVariant::fromValue(CMPath(QStringLiteral("/nowhere")))), -1);
 }
 
 TEST_F(CMListRowsNodeTest, FindsTheFirstRowThatEqualsAValue)

@@ -100,6 +100,21 @@ TEST(CMPathTest, GrowsByOneSegment)
     EXPECT_EQ(text(path("/a") + "b"), "/a/b");
 }
 
+TEST(CMPathTest, EqualsAPathOfTheSameTextHoweverItWasMade)
+{
+    const CMPath whole = path("/a/b/c");
+    for (const CMPath &made : {path("/a/b") + "c", path("/a") + "b" + "c", path("/a") + "b/c"}) {
+        EXPECT_EQ(text(made), "/a/b/c");
+        EXPECT_TRUE(made == whole && whole == made);
+        EXPECT_TRUE(made == path("/a/b") + "c");
+        EXPECT_EQ(qHash(made), qHash(whole));
+        EXPECT_EQ(made.name(), "c");
+        EXPECT_EQ(made.parent(), path("/a/b"));
+        EXPECT_TRUE(made != path("/a/b") + "d" && made != path("/a") + "b");
+        EXPECT_TRUE(path("/a/b") + "d" != made && path("/a/b/d") != made);
+    }
+}
+
 TEST(CMPathTest, GrowsByARelativeTextWithoutDoublingASlash)
 {
     EXPECT_EQ(text(path("/notifications") + "/player/revokeResources"),

@@ -32,7 +32,12 @@ TEST(IntegerCodecTest, ReadsEveryKindOfWholeNumber)
     EXPECT_EQ(readInt(qint64(-7)), -7);
     EXPECT_EQ(readInt(quint64(7)), 7);
     EXPECT_EQ(readInt(QVariant::fromValue<short>(-7)), -7);
+    EXPECT_EQ(readInt(QVariant::fromValue<ushort>(7)), 7);
+    EXPECT_EQ(readInt(QVariant::fromValue<long>(-7)), -7);
+    EXPECT_EQ(readInt(QVariant::fromValue<ulong>(7)), 7);
+    EXPECT_EQ(readInt(QVariant::fromValue<signed char>(-7)), -7);
     EXPECT_EQ(readInt(QVariant::fromValue<uchar>(7)), 7);
+    EXPECT_EQ(readInt(QVariant::fromValue<char>(7)), 7);
     EXPECT_EQ(readInt(7.0), 7);
     EXPECT_EQ(readInt(-7.0F), -7);
 }
@@ -73,6 +78,19 @@ TEST(IntegerCodecTest, ReadsLongNumbersInFull)
     EXPECT_EQ(TavoCodec<qint64>::read(quint64(Limits::max()) + 1), 0);
     EXPECT_EQ(TavoCodec<qint64>::read(1e18), 0) << "such a double no longer is one number";
     EXPECT_EQ(TavoCodec<qint64>::read(9007199254740992.0), 9007199254740992);
+}
+
+TEST(IntegerCodecTest, WritesLongNumbersInFull)
+{
+    const auto most = std::numeric_limits<qint64>::max();
+    EXPECT_EQ(TavoCodec<qint64>::write(most), QVariant(most));
+}
+
+TEST(VariantCodecTest, KeepsAnyValueAsItIs)
+{
+    for (const QVariant &value : notNumbers) {
+        EXPECT_EQ(TavoCodec<QVariant>::read(TavoCodec<QVariant>::write(value)), value);
+    }
 }
 
 TEST(BoolCodecTest, ReadsTruthValuesAndNumbers)

@@ -177,3 +177,11 @@ TEST(DbglogScopedFunctionTest, SetsPointersAndReferencesToTheType)
 {
     EXPECT_EQ(rendered("B *A::f(const C &, D **)"), "B* A::f(const C&, D**)");
 }
+
+TEST(DbglogScopedFunctionTest, KeepsWhatOnlyLooksLikeAPointerOrATemplate)
+{
+    EXPECT_EQ(rendered("bool operator >(A, B)"), "bool operator >(A, B)");
+    EXPECT_EQ(rendered(" f() "), " f() ");
+    EXPECT_EQ(rendered("A*"), "A*");
+    EXPECT_EQ(rendered("int *_f()"), "int* _f()");
+}

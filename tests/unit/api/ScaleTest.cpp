@@ -77,6 +77,21 @@ TEST(ScaleTest, OneReceiverHasAHundredThousandSubscriptionsAndEndsThem)
     EXPECT_FALSE(CMSubscribe::closeNode(paths().front()));
 }
 
+TEST(ScaleTest, AHundredThousandSubscriptionsToOnePathAreMadeAndEnded)
+{
+    ChangeRecorder receiver;
+    for (int i = 0; i < many; ++i) {
+        CMRoot()->connectRowsChange(base, &receiver, &ChangeRecorder::on_rows_changed);
+    }
+    EXPECT_EQ(CMSubscribe::raiseRowsChange(base, {}), many);
+    settle();
+    EXPECT_EQ(receiver.rows.size(), std::size_t(many));
+    for (int i = 0; i < many; ++i) {
+        CMRoot()->disconnectRowsChange(base, &receiver, &ChangeRecorder::on_rows_changed);
+    }
+    EXPECT_EQ(CMSubscribe::raiseRowsChange(base, {}), 0);
+}
+
 TEST(ScaleTest, AHundredThousandSubscriptionsEndWithTheirReceiver)
 {
     auto receiver = std::make_unique<ChangeRecorder>();

@@ -4,6 +4,7 @@
 #include "Recorders.h"
 
 #include "support/EventLoop.h"
+#include "support/EventThread.h"
 
 #include <functional>
 #include <memory>
@@ -240,6 +241,21 @@ TEST_F(SubscriptionTest, MayEndWithinAReportThatAnotherReportInterrupted)
     raiseChange();
     settle();
     EXPECT_EQ(reactor.reports, 2);
+    EXPECT_EQ(raiseChange(), 0);
+}
+
+TEST_F(SubscriptionTest, MayBeEndedByAnotherThreadWhileItsReportRunsAnEventLoop)
+{
+    EventThread other;
+    subscribe(&reactor);
+    reactor.reaction = [this, &other] {
+        other.run([this] { unsubscribe(&reactor); });
+        // Would free who reports, were it not for the report.
+        QEventLoop().processEvents();
+    };
+    raiseChange();
+    settle();
+    EXPECT_EQ(reactor.reports, 1);
     EXPECT_EQ(raiseChange(), 0);
 }
 

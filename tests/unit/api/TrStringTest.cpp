@@ -155,6 +155,13 @@ TEST(TrStringTest, StaysTranslatableWhenCarried)
     EXPECT_EQ(TrString::fromQVariant(carried).toString(), "Ingen ton");
 }
 
+TEST(TrStringTest, HasNothingToTranslateWithoutASource)
+{
+    const TrString text = translatable("");
+    EXPECT_FALSE(text.isTranslatable());
+    EXPECT_EQ(TrString::fromQVariant(text), text);
+}
+
 TEST(TrStringTest, IsReadFromAVariantThatHoldsOne)
 {
     const TrString text = translatable("No sound");

@@ -110,6 +110,20 @@ TEST_F(WorkerTest, HandsEachKindOfRequestToTheNode)
     EXPECT_EQ(TavoValue(value.value().toHash()).int_(), 7);
 }
 
+TEST_F(WorkerTest, HandsEachKindOfRequestOfItsOwnToTheNode)
+{
+    auto *rows = CMListRowsNode::create(worker.nodes(), path);
+    rows->rowsAppend(CMPath(QStringLiteral("/a")));
+    CMValueNode::create(worker.nodes(), path + "value")->setValue(TavoValue().setInt_(7));
+    const Reply all;
+    const Reply match;
+    worker.request(CMGetRowsRequest(path, 0, -1, all));
+    worker.request(CMMatchRowRequest(path, QStringLiteral("/a"), match));
+    EXPECT_EQ(all.value(), QVariant(QVariantList{"/a"}));
+    EXPECT_EQ(match.value(), QVariant(0));
+    EXPECT_EQ(TavoValue(worker.getValue(path + "value").toHash()).int_(), 7);
+}
+
 TEST_F(WorkerTest, DoesNothingAboutARequestOfNoKind)
 {
     worker.request(CMRequest());

@@ -83,6 +83,15 @@ TEST(ConfigurationTest, RefusesAKeyThatNobodyRead)
     EXPECT_EQ(complaintOf([&] { configuration.finish(); }), "another: there is no such key");
 }
 
+TEST(ConfigurationTest, NamesAKeyWhateverItsCharacters)
+{
+    const QString key = QStringLiteral("a") + QChar::Null + QStringLiteral("\nb");
+    EXPECT_EQ(complaintOf([&] {
+                  TavoConfiguration({{key, 1}}).finish();
+              }),
+              "a\\x00\\nb: there is no such key");
+}
+
 TEST(ConfigurationTest, IsContentWhenEveryKeyWasRead)
 {
     TavoConfiguration configuration({{"known", "a"}});

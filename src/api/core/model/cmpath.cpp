@@ -5,7 +5,11 @@
 
 #include "core/tavo/stream.h"
 
+#include <algorithm>
+
 #include <QHash>
+#include <QStringView>
+#include <QVarLengthArray>
 
 namespace {
 constexpr QChar slash = QLatin1Char('/');
@@ -15,7 +19,9 @@ bool isCanonical(const QString &text)
     if (text.size() < 2 || text.front() != slash || text.back() == slash) {
         return false;
     }
-    return !text.contains(QLatin1String("//"));
+    // Once for each path that a record carries: a search for a text takes ten times as long.
+    const auto twoSlashes = [](QChar one, QChar next) { return one == slash && next == slash; };
+    return std::adjacent_find(text.begin(), text.end(), twoSlashes) == text.end();
 }
 
 QString canonical(const QString &text)
@@ -28,36 +34,84 @@ QString canonical(const QString &text)
     }
     return result;
 }
+
+void join(const QString &head, const QString &segment, QChar *target)
+{
+    target = std::copy(head.begin(), head.end(), target);
+    *target = slash;
+    std::copy(segment.begin(), segment.end(), target + 1);
+}
+
+/// That of the joined text, so that paths are found however they were made.
+uint hashOfJoined(const QString &head, const QString &segment)
+{
+    QVarLengthArray<QChar, 256> text(head.size() + 1 + segment.size());
+    join(head, segment, text.data());
+    return qHash(QStringView(text.constData(), text.size()));
+}
 } // namespace
+
+CMPath::Data::Data(const QString &canonical)
+    : hash(qHash(canonical))
+    , head(canonical)
+{
+}
+
+CMPath::Data::Data(const QString &parentText, const QString &lastSegment)
+    : hash(hashOfJoined(parentText, lastSegment))
+    , head(parentText)
+    , segment(lastSegment)
+{
+}
+
+QString CMPath::Data::joined() const
+{
+    QString result(head.size() + 1 + segment.size(), Qt::Uninitialized);
+    join(head, segment, result.data());
+    return result;
+}
+
+bool CMPath::Data::operator==(const Data &other) const
+{
+    if (hash != other.hash) {
+        return false;
+    }
+    if (segment.isEmpty() != other.segment.isEmpty()) {
+        return segment.isEmpty() ? isJoinedOf(other) : other.isJoinedOf(*this);
+    }
+    return segment == other.segment && head == other.head;
+}
+
+bool CMPath::Data::isJoinedOf(const Data &parts) const
+{
+    const int slashAt = parts.head.size();
+    return head.size() == slashAt + 1 + parts.segment.size() && head.at(slashAt) == slash &&
+           head.endsWith(parts.segment) && head.startsWith(parts.head);
+}
 
 CMPath::CMPath(const QString &text)
 {
-    setCanonical(isCanonical(text) ? text : canonical(text));
-}
-
-void CMPath::setCanonical(const QString &text)
-{
-    if (text.isEmpty()) {
-        return;
+    const QString result = isCanonical(text) ? text : canonical(text);
+    if (!result.isEmpty()) {
+        m_data = new Data(result);
     }
-    auto *data = new Data;
-    data->text = text;
-    data->hash = qHash(text);
-    m_data = data;
 }
 
 QString CMPath::name() const
 {
-    return m_data ? m_data->text.mid(m_data->text.lastIndexOf(slash) + 1) : QString();
+    if (!m_data || !m_data->segment.isEmpty()) {
+        return m_data ? m_data->segment : QString();
+    }
+    return m_data->head.mid(m_data->head.lastIndexOf(slash) + 1);
 }
 
 CMPath CMPath::parent() const
 {
-    CMPath result;
-    if (m_data) {
-        result.setCanonical(m_data->text.left(m_data->text.lastIndexOf(slash)));
+    if (!m_data) {
+        return {};
     }
-    return result;
+    const QString &head = m_data->head;
+    return CMPath(m_data->segment.isEmpty() ? head.left(head.lastIndexOf(slash)) : head);
 }
 
 CMPath CMPath::operator+(const QString &relative) const
@@ -65,21 +119,15 @@ CMPath CMPath::operator+(const QString &relative) const
     if (isEmpty() || relative.isEmpty()) {
         return isEmpty() ? CMPath(relative) : *this;
     }
-    if (relative.front() == slash || relative.contains(slash)) {
-        return CMPath(m_data->text + slash + relative);
+    if (relative.contains(slash)) {
+        return CMPath(toString() + slash + relative);
     }
-    CMPath result;
-    result.setCanonical(m_data->text + slash + relative);
-    return result;
+    return CMPath(new Data(toString(), relative));
 }
 
 bool CMPath::operator==(const CMPath &other) const
 {
-    if (m_data == other.m_data) {
-        return true;
-    }
-    return m_data && other.m_data && m_data->hash == other.m_data->hash &&
-           m_data->text == other.m_data->text;
+    return m_data == other.m_data || (m_data && other.m_data && *m_data == *other.m_data);
 }
 
 CMPath CMPath::fromQVariant(const QVariant &variant)

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 #include <QCoreApplication>
 
@@ -40,11 +41,10 @@ bool CMRegistry::publish(CMNode *node)
 {
     NodeSlice &slice = nodeSlice(node->path());
     const std::unique_lock lock(slice.mutex);
-    CMNode *&entry = slice.nodes[node->path()];
-    if (entry != nullptr) {
+    if (slice.nodes.find(node->path()) != nullptr) {
         return false;
     }
-    entry = node;
+    slice.nodes.insert(node);
     // Posted under the lock, so that coming and going are reported in the order in which they were.
     reportNode(node->path(), true);
     return true;
@@ -54,11 +54,10 @@ void CMRegistry::withdraw(CMNode *node)
 {
     NodeSlice &slice = nodeSlice(node->path());
     const std::unique_lock lock(slice.mutex);
-    const auto entry = slice.nodes.constFind(node->path());
-    if (entry == slice.nodes.constEnd() || *entry != node) {
+    if (slice.nodes.find(node->path()) != node) {
         return;
     }
-    slice.nodes.erase(entry);
+    slice.nodes.remove(node);
     reportNode(node->path(), false);
 }
 
@@ -66,7 +65,7 @@ CMNode::Pointer CMRegistry::find(const CMPath &path) const
 {
     const NodeSlice &slice = nodeSlice(path);
     const std::shared_lock lock(slice.mutex);
-    return CMNode::Pointer(slice.nodes.value(path));
+    return CMNode::Pointer(slice.nodes.find(path));
 }
 
 void CMRegistry::trace() const
@@ -74,8 +73,8 @@ void CMRegistry::trace() const
     QStringList paths;
     for (const NodeSlice &slice : m_nodes) {
         const std::shared_lock lock(slice.mutex);
-        for (auto entry = slice.nodes.keyBegin(); entry != slice.nodes.keyEnd(); ++entry) {
-            paths.append(entry->toString());
+        for (const CMNode *node : slice.nodes.entries()) {
+            paths.append(node->path().toString());
         }
     }
     paths.sort();
@@ -101,12 +100,32 @@ void CMRegistry::subscribe(CMAbstractWorker::ChangeType type, const CMPath &path
     if (slice.size >= slice.sweepAt) {
         sweep(slice);
     }
-    ChangeNotifier **end = &slice.subscriptions[path];
-    while (*end != nullptr) {
-        end = &(*end)->m_next;
-    }
-    *end = notifier.release();
+    append(slice, notifier.release());
     ++slice.size;
+}
+
+void CMRegistry::append(SubscriptionSlice &slice, ChangeNotifier *notifier)
+{
+    ChangeNotifier *newest = slice.newest.find(notifier->path());
+    if (newest == nullptr) {
+        notifier->m_next = notifier;
+        slice.newest.insert(notifier);
+        return;
+    }
+    notifier->m_next = newest->m_next;
+    newest->m_next = notifier;
+    slice.newest.replace(newest, notifier);
+}
+
+void CMRegistry::removeAfter(SubscriptionSlice &slice, ChangeNotifier *previous)
+{
+    ChangeNotifier *removed = previous->m_next;
+    previous->m_next = removed->m_next;
+    if (removed == previous) {
+        slice.newest.remove(removed);
+    } else if (slice.newest.find(removed->path()) == removed) {
+        slice.newest.replace(removed, previous);
+    }
 }
 
 void CMRegistry::unsubscribe(CMAbstractWorker::ChangeType type, const CMPath &path,
@@ -117,25 +136,20 @@ void CMRegistry::unsubscribe(CMAbstractWorker::ChangeType type, const CMPath &pa
     {
         SubscriptionSlice &slice = subscriptionSlice(type, path);
         const std::lock_guard lock(slice.mutex);
-        const auto first = slice.subscriptions.find(path);
-        if (first == slice.subscriptions.end()) {
-            return;
-        }
-        for (ChangeNotifier **link = &*first; *link != nullptr; link = &(*link)->m_next) {
+        ChangeNotifier *const newest = slice.newest.find(path);
+        for (ChangeNotifier *previous = newest; previous != nullptr;) {
+            ChangeNotifier *notifier = previous->m_next;
             // One that ended with its receiver may name the address of another that came later.
-            if ((*link)->receiver() != receiver || !(*link)->isConnected()) {
-                continue;
+            if (notifier->receiver() == receiver && notifier->isConnected()) {
+                disconnectFrom(notifier);
+                if (!notifier->isConnected()) {
+                    ended = notifier;
+                    removeAfter(slice, previous);
+                    --slice.size;
+                    break;
+                }
             }
-            disconnectFrom(*link);
-            if (!(*link)->isConnected()) {
-                ended = *link;
-                *link = ended->m_next;
-                --slice.size;
-                break;
-            }
-        }
-        if (*first == nullptr) {
-            slice.subscriptions.erase(first);
+            previous = notifier == newest ? nullptr : notifier;
         }
     }
     if (ended != nullptr) {
@@ -147,6 +161,12 @@ int CMRegistry::reportRows(const CMPath &path, const QStringList &changes, int f
 {
     return report(CMAbstractWorker::RowsChange, path,
                   [&] { return new RowsChangeEvent(changes, first, count); });
+}
+
+int CMRegistry::reportRows(const CMPath &path, const QString &change, int first, int count)
+{
+    return report(CMAbstractWorker::RowsChange, path,
+                  [&] { return new RowsChangeEvent({change}, first, count); });
 }
 
 int CMRegistry::reportValue(const CMPath &path, const QVariant &value)
@@ -169,30 +189,33 @@ int CMRegistry::report(CMAbstractWorker::ChangeType type, const CMPath &path,
     }
     const std::lock_guard lock(slice.mutex);
     int told = 0;
-    for (ChangeNotifier *notifier = slice.subscriptions.value(path); notifier != nullptr;
-         notifier = notifier->m_next) {
+    ChangeNotifier *const newest = slice.newest.find(path);
+    for (ChangeNotifier *previous = newest; previous != nullptr;) {
+        ChangeNotifier *notifier = previous->m_next;
         if (notifier->isConnected()) {
             QCoreApplication::postEvent(notifier, makeEvent());
             ++told;
         }
+        previous = notifier == newest ? nullptr : notifier;
     }
     return told;
 }
 
 void CMRegistry::sweep(SubscriptionSlice &slice)
 {
-    for (auto entry = slice.subscriptions.begin(); entry != slice.subscriptions.end();) {
-        for (ChangeNotifier **link = &*entry; *link != nullptr;) {
-            if ((*link)->isConnected()) {
-                link = &(*link)->m_next;
-                continue;
+    slice.size = 0;
+    for (ChangeNotifier *newest : slice.newest.takeAll()) {
+        ChangeNotifier *next = newest->m_next;
+        ChangeNotifier *notifier = nullptr;
+        while (notifier != newest) {
+            notifier = std::exchange(next, next->m_next);
+            if (notifier->isConnected()) {
+                append(slice, notifier);
+                ++slice.size;
+            } else {
+                notifier->dispose();
             }
-            ChangeNotifier *ended = *link;
-            *link = ended->m_next;
-            --slice.size;
-            ended->dispose();
         }
-        entry = *entry == nullptr ? slice.subscriptions.erase(entry) : std::next(entry);
     }
     slice.sweepAt = std::max(64, 2 * slice.size.load());
 }

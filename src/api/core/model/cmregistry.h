@@ -5,6 +5,7 @@
 
 #include "core/model/changenotifier.h"
 #include "core/model/cmabstractworker.h"
+#include "core/model/cmpathtable.h"
 #include "core/model/nodes/cmnode.h"
 
 #include <array>
@@ -12,8 +13,6 @@
 #include <functional>
 #include <mutex>
 #include <shared_mutex>
-
-#include <QHash>
 
 class ChangeEvent;
 
@@ -44,6 +43,8 @@ public:
 
     /// Post a change to everybody subscribed. Return how many.
     int reportRows(const CMPath &path, const QStringList &changes, int first, int count);
+    /// One change; makes no list where nobody is subscribed.
+    int reportRows(const CMPath &path, const QString &change, int first, int count);
     int reportValue(const CMPath &path, const QVariant &value);
 
 private:
@@ -53,14 +54,15 @@ private:
     struct NodeSlice
     {
         mutable std::shared_mutex mutex;
-        QHash<CMPath, CMNode *> nodes;
+        CMPathTable<CMNode, &CMNode::m_nextInTable> nodes;
     };
 
-    /// The subscriptions to a path are a list through ChangeNotifier::m_next, oldest first.
+    /// The subscriptions to a path are a ring through ChangeNotifier::m_next, oldest first; the
+    /// table has the newest, behind which the next one goes.
     struct SubscriptionSlice
     {
         std::mutex mutex;
-        QHash<CMPath, ChangeNotifier *> subscriptions;
+        CMPathTable<ChangeNotifier, &ChangeNotifier::m_nextInTable> newest;
         std::atomic<int> size{0}; ///< read unlocked: a change that nobody watches costs one load
         int sweepAt = 64;         ///< how many make the slice look for ended ones
     };
@@ -78,7 +80,9 @@ private:
     int report(CMAbstractWorker::ChangeType type, const CMPath &path,
                const std::function<ChangeEvent *()> &makeEvent);
     int reportNode(const CMPath &path, bool published);
-    void sweep(SubscriptionSlice &slice);
+    static void append(SubscriptionSlice &slice, ChangeNotifier *notifier);
+    static void removeAfter(SubscriptionSlice &slice, ChangeNotifier *previous);
+    static void sweep(SubscriptionSlice &slice);
 
     std::array<NodeSlice, sliceCount> m_nodes;
     std::array<std::array<SubscriptionSlice, sliceCount>, typeCount> m_subscriptions;

@@ -45,10 +45,9 @@ qint64 tavoReadInteger(const QVariant &value, qint64 least, qint64 most)
         }
         number = static_cast<qint64>(fraction);
     } else {
-        bool fits = false;
-        number = value.toLongLong(&fits);
-        if (!fits || (number < 0 && value.toULongLong() == static_cast<quint64>(number) &&
-                      value.userType() == QMetaType::ULongLong)) {
+        number = value.toLongLong();
+        // Beyond the signed numbers, which it wraps round to.
+        if (number < 0 && value.userType() == QMetaType::ULongLong) {
             return 0;
         }
     }

@@ -4,9 +4,11 @@
 #include "core/tavo/configuration.h"
 
 #include "core/tavo/codec.h"
+#include "core/tavo/stream.h"
 
 #include <algorithm>
 #include <cmath>
+#include <sstream>
 #include <stdexcept>
 
 #include <QStringList>
@@ -14,7 +16,10 @@
 namespace {
 [[noreturn]] void fail(const QString &key, const QString &reason)
 {
-    throw std::runtime_error(QStringLiteral("%1: %2").arg(key, reason).toStdString());
+    // Through the stream, which escapes: a null within the key would end the text.
+    std::ostringstream text;
+    text << key << ": " << reason;
+    throw std::runtime_error(text.str());
 }
 } // namespace
 

@@ -84,3 +84,6 @@ class TavoNotificationDisplayItem : public TavoHash
     TAVO_FIELD(TavoNotificationItemPriority::Enum, priority, setPriority)
     TAVO_FIELD(CMPath, path, setPath)
 };
+
+// A list then holds the records in place.
+Q_DECLARE_TYPEINFO(TavoNotificationDisplayItem, Q_MOVABLE_TYPE);

@@ -8,19 +8,11 @@
 #include <QCoreApplication>
 #include <QVariantHash>
 
-struct TrString::Translation
+bool TrString::Translation::operator==(const Translation &other) const
 {
-    QByteArray context;
-    QByteArray disambiguation;
-    int count = -1;
-    QList<TrArg> arguments;
-
-    bool operator==(const Translation &other) const
-    {
-        return context == other.context && disambiguation == other.disambiguation &&
-               count == other.count && arguments == other.arguments;
-    }
-};
+    return context == other.context && disambiguation == other.disambiguation &&
+           count == other.count && arguments == other.arguments;
+}
 
 namespace {
 const QString contextKey = QStringLiteral("context");
@@ -68,9 +60,17 @@ TrString::TrString(const char *text)
 
 TrString::TrString(const TrCharData &data, const QList<TrArg> &arguments)
     : m_text(QString::fromUtf8(data.source))
-    , m_translation(std::make_shared<Translation>(
-          Translation{data.context, data.disambiguation, data.count, arguments}))
 {
+    // Nothing to say needs no translation, and doesn't become one on its way through a record.
+    if (m_text.isEmpty()) {
+        return;
+    }
+    auto *translation = new Translation;
+    translation->context = data.context;
+    translation->disambiguation = data.disambiguation;
+    translation->count = data.count;
+    translation->arguments = arguments;
+    m_translation = translation;
 }
 
 QString TrString::toString() const
@@ -121,7 +121,7 @@ TrString TrString::fromQVariant(const QVariant &variant)
     }
     TrString result(parts.value(sourceKey).toString());
     if (!result.isEmpty()) {
-        result.m_translation = std::make_shared<Translation>(std::move(translation));
+        result.m_translation = new Translation(translation);
     }
     return result;
 }

@@ -5,9 +5,8 @@
 
 #include "core/tavo/export.h"
 
-#include <memory>
-
 #include <QByteArray>
+#include <QExplicitlySharedDataPointer>
 #include <QList>
 #include <QMetaType>
 #include <QString>
@@ -74,7 +73,7 @@ public:
     QString toString() const;
 
     /// True when there is something to translate.
-    bool isTranslatable() const { return m_translation != nullptr; }
+    bool isTranslatable() const { return bool(m_translation); }
 
     /// The form in which records carry a text: a plain one as a string, a translatable one as a
     /// hash of its parts, so that whoever shows it can still translate it.
@@ -85,10 +84,18 @@ public:
     bool operator!=(const TrString &other) const { return !(*this == other); }
 
 private:
-    struct Translation;
+    struct Translation : QSharedData
+    {
+        QByteArray context;
+        QByteArray disambiguation;
+        int count = -1;
+        QList<TrArg> arguments;
+
+        bool operator==(const Translation &other) const;
+    };
 
     QString m_text;
-    std::shared_ptr<const Translation> m_translation;
+    QExplicitlySharedDataPointer<const Translation> m_translation;
 };
 
 /// The translation context of a member function's signature: its class, scopes included. Empty for

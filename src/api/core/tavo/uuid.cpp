@@ -6,8 +6,9 @@
 #include <array>
 #include <cstring>
 
-#include <QRandomGenerator>
 #include <QUuid>
+
+#include <sys/random.h>
 
 namespace {
 /// The kernel's random bytes, fetched for many identifiers at a time: the fetch costs more than the
@@ -17,17 +18,26 @@ class RandomBytes
 public:
     void take(uchar *target, std::size_t size)
     {
-        if (m_used + size > sizeof m_words) {
-            QRandomGenerator::system()->fillRange(m_words.data(), m_words.size());
-            m_used = 0;
+        if (m_used + size > m_bytes.size()) {
+            fill();
         }
-        std::memcpy(target, reinterpret_cast<const uchar *>(m_words.data()) + m_used, size);
+        std::memcpy(target, m_bytes.data() + m_used, size);
         m_used += size;
     }
 
 private:
-    std::array<quint32, 256> m_words{};
-    std::size_t m_used = sizeof m_words;
+    void fill()
+    {
+        // As many as the kernel gives without being interrupted. Qt's generator takes the
+        // processor's instead, which costs a microsecond an identifier.
+        if (getrandom(m_bytes.data(), m_bytes.size(), 0) != ssize_t(m_bytes.size())) {
+            qFatal("The kernel gives no random bytes");
+        }
+        m_used = 0;
+    }
+
+    std::array<uchar, 256> m_bytes{};
+    std::size_t m_used = sizeof m_bytes;
 };
 } // namespace
 

@@ -9,6 +9,11 @@ namespace {
 using testing::Gt;
 using testing::SizeIs;
 
+constexpr std::chrono::seconds patience{15};
+
+// A quarter of a second and half of one.
+constexpr int twoRetriesMs = 800;
+
 class MusicTest : public SoundTest
 {
 };
@@ -92,5 +97,76 @@ TEST_F(MusicTest, ReportsADeviceThatIsMissingAndStillDucks)
     EXPECT_FALSE(play(QVariant()).succeeds());
     EXPECT_NE(state().error(), "");
     EXPECT_TRUE(duck("alarm").succeeds());
+}
+
+TEST_F(MusicTest, IsHeardAgainOnceItsSoundServerIsBack)
+{
+    server().kill();
+    ASSERT_TRUE(waitFor([] { return !state().playing(); }));
+    server().startAgain();
+    EXPECT_TRUE(waitFor([] { return state().playing(); }, patience));
+    EXPECT_EQ(state().error(), "");
+    Recording recording("main");
+    listen();
+    EXPECT_THAT(stepsAt(loudnessOf(recording.take()), level(1.0)), SizeIs(Gt(0U)));
+}
+
+TEST_F(MusicTest, IsDuckedWhenItIsHeardAgainIfThatWasAskedForMeanwhile)
+{
+    constexpr double ducked = 0.1;
+    server().kill();
+    ASSERT_TRUE(waitFor([] { return !state().playing(); }));
+    ASSERT_TRUE(duck("alarm").succeeds());
+    server().startAgain();
+    Recording recording("main");
+    ASSERT_TRUE(waitFor([] { return state().playing(); }, patience));
+    listen();
+    const auto loudness = loudnessOf(recording.take());
+    EXPECT_THAT(stepsAt(loudness, level(ducked)), SizeIs(Gt(0U)));
+    EXPECT_LT(*std::max_element(loudness.begin(), loudness.end()), level(1.0) / 2);
+}
+
+TEST_F(MusicTest, IsNotTriedAgainAfterAStop)
+{
+    server().kill();
+    ASSERT_TRUE(waitFor([] { return !state().playing(); }));
+    ASSERT_TRUE(stop().succeeds());
+    server().startAgain();
+    listen(twoRetriesMs);
+    EXPECT_FALSE(state().playing());
+}
+
+class FewRetriesTest : public SoundTest
+{
+protected:
+    FewRetriesTest()
+        : SoundTest({{"musicRetries", 2}})
+    {
+    }
+};
+
+TEST_F(FewRetriesTest, GiveUpAfterTheirNumberAndLeaveTheErrorToRead)
+{
+    server().kill();
+    // The first failure and those of both attempts.
+    EXPECT_TRUE(
+        waitFor([this] { return log().countAt(log4cplus::WARN_LOG_LEVEL) == 3; }, patience));
+    server().startAgain();
+    listen(3 * twoRetriesMs);
+    EXPECT_FALSE(state().playing());
+    EXPECT_NE(state().error(), "");
+}
+
+TEST_F(FewRetriesTest, BeginAnewWhenMusicIsAskedFor)
+{
+    server().kill();
+    EXPECT_TRUE(
+        waitFor([this] { return log().countAt(log4cplus::WARN_LOG_LEVEL) == 3; }, patience));
+    server().startAgain();
+    ASSERT_TRUE(play(QVariant()).succeeds());
+    server().kill();
+    ASSERT_TRUE(waitFor([] { return !state().playing(); }));
+    server().startAgain();
+    EXPECT_TRUE(waitFor([] { return state().playing(); }, patience));
 }
 } // namespace

@@ -6,6 +6,34 @@
 #include "core/model/cmregistry.h"
 #include "core/model/cmsubscribe.h"
 
+#include <algorithm>
+
+namespace {
+const QString typeKey = QStringLiteral("type");
+const QString titleKey = QStringLiteral("title");
+} // namespace
+
+CMListRowsNode::Row::Row(const CMPath &path)
+    : m_value(path.toQVariant())
+{
+}
+
+CMListRowsNode::Row::Row(const TavoRoles &roles)
+{
+    const QVariantHash &fields = roles.fields();
+    const auto type = fields.constFind(typeKey);
+    const auto title = fields.constFind(titleKey);
+    m_isTypeAndTitle = fields.size() == 2 && type != fields.constEnd() &&
+                       type->userType() == QMetaType::Int && title != fields.constEnd();
+    m_type = m_isTypeAndTitle ? type->toInt() : 0;
+    m_value = m_isTypeAndTitle ? *title : roles.__variant();
+}
+
+QVariant CMListRowsNode::Row::toQVariant() const
+{
+    return m_isTypeAndTitle ? QVariantHash{{typeKey, m_type}, {titleKey, m_value}} : m_value;
+}
+
 CMListRowsNode *CMListRowsNode::create(CMNodes *nodes, const CMPath &path)
 {
     auto *node = new CMListRowsNode(nodes, path);
@@ -27,25 +55,31 @@ TavoRowsRoles CMListRowsNode::rowsRoles() const
 
 void CMListRowsNode::rowsAppend(const TavoRoles &row)
 {
-    insert(rowsSize(), row.__variant());
+    insert(rowsSize(), Row(row));
 }
 
 void CMListRowsNode::rowsAppend(const CMPath &row)
 {
-    insert(rowsSize(), row.toQVariant());
+    insert(rowsSize(), Row(row));
 }
 
 void CMListRowsNode::rowsInsert(int index, const CMPath &row)
 {
-    insert(index, row.toQVariant());
+    insert(index, Row(row));
 }
 
-void CMListRowsNode::insert(int index, const QVariant &row)
+void CMListRowsNode::insert(int index, const Row &row)
 {
     {
         const std::lock_guard lock(guard());
         Q_ASSERT_X(index >= 0 && index <= m_rows.size(), "CMListRowsNode", "index out of range");
-        m_rows.insert(index, row);
+        if (m_rows.isEmpty()) {
+            // Most have one row and stay so; an insertion would make room for seven more.
+            m_rows.reserve(1);
+            m_rows.append(row);
+        } else {
+            m_rows.insert(index, row);
+        }
     }
     report(CMSubscribe::RowsChangeInserted(), index);
 }
@@ -62,7 +96,7 @@ void CMListRowsNode::rowsRemoveAt(int index)
 
 void CMListRowsNode::report(const QString &change, int index) const
 {
-    CMRegistry::instance().reportRows(path(), {change}, index, 1);
+    CMRegistry::instance().reportRows(path(), change, index, 1);
 }
 
 int CMListRowsNode::rowsSize() const
@@ -74,7 +108,7 @@ int CMListRowsNode::rowsSize() const
 QVariant CMListRowsNode::getRow(int index) const
 {
     const std::lock_guard lock(guard());
-    return m_rows.value(index);
+    return index >= 0 && index < m_rows.size() ? m_rows.at(index).toQVariant() : QVariant();
 }
 
 void CMListRowsNode::getRows(const CMGetRowsRequest &request)
@@ -82,7 +116,13 @@ void CMListRowsNode::getRows(const CMGetRowsRequest &request)
     QVariantList rows;
     {
         const std::lock_guard lock(guard());
-        rows = m_rows.mid(std::max(request.first(), 0), request.count());
+        const int first = std::clamp(request.first(), 0, m_rows.size());
+        const int left = m_rows.size() - first;
+        const int count = request.count() < 0 ? left : std::min(request.count(), left);
+        rows.reserve(count);
+        for (int i = first; i < first + count; ++i) {
+            rows.append(m_rows.at(i).toQVariant());
+        }
     }
     // Set as one value: a list of rows is itself what a variant may hold.
     request.reply().setValue(QVariant(rows));
@@ -90,10 +130,17 @@ void CMListRowsNode::getRows(const CMGetRowsRequest &request)
 
 void CMListRowsNode::matchRow(const CMMatchRowRequest &request)
 {
+    // Rows hold a path as its text.
+    QVariant sought = request.value();
+    if (sought.userType() == qMetaTypeId<CMPath>()) {
+        sought = sought.value<CMPath>().toQVariant();
+    }
     int index = 0;
     {
         const std::lock_guard lock(guard());
-        index = m_rows.indexOf(request.value());
+        const auto equals = [&sought](const Row &row) { return row.toQVariant() == sought; };
+        const auto row = std::find_if(m_rows.constBegin(), m_rows.constEnd(), equals);
+        index = row == m_rows.constEnd() ? -1 : int(row - m_rows.constBegin());
     }
     request.reply().setValue(index);
 }

@@ -38,9 +38,26 @@ public:
 private:
     using CMUINode::CMUINode;
 
-    void insert(int index, const QVariant &row);
+    /// A row in little room: of the usual roles, a type and a title, it keeps the values alone,
+    /// where a hash of them would take ten times as much.
+    class Row
+    {
+    public:
+        explicit Row(const CMPath &path);
+        explicit Row(const TavoRoles &roles);
+
+        /// As it was given.
+        QVariant toQVariant() const;
+
+    private:
+        bool m_isTypeAndTitle = false;
+        int m_type = 0;
+        QVariant m_value; ///< the title, or the whole row
+    };
+
+    void insert(int index, const Row &row);
     void report(const QString &change, int index) const;
 
     TavoRowsRoles m_rowsRoles;
-    QList<QVariant> m_rows;
+    QList<Row> m_rows;
 };

@@ -54,9 +54,11 @@ protected:
 
 private:
     friend class CMNodes;
+    friend class CMRegistry;
 
     CMPath m_path;
     CMNodes *m_nodes;
     CMNode *m_previous = nullptr; ///< the set's list of its nodes
     CMNode *m_next = nullptr;
+    CMNode *m_nextInTable = nullptr; ///< the registry's
 };

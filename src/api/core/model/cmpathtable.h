@@ -1,0 +1,113 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "core/model/cmpath.h"
+
+#include <vector>
+
+/// A hash table of objects by their path(), which chains them through a member of their own: an
+/// entry costs its place in the table and no memory besides. Owns nothing; paths are unique.
+template <typename T, T *T::*Next>
+class CMPathTable
+{
+public:
+    int size() const { return m_size; }
+
+    T *find(const CMPath &path) const
+    {
+        T *entry = m_chains[chainOf(path)];
+        while (entry != nullptr &&
+               !(entry->path().hash() == path.hash() && entry->path() == path)) {
+            entry = entry->*Next;
+        }
+        return entry;
+    }
+
+    /// None of the path may be in the table.
+    void insert(T *entry)
+    {
+        if (m_size == int(m_chains.size())) {
+            resize(2 * m_chains.size());
+        }
+        add(entry);
+        ++m_size;
+    }
+
+    /// The entry must be in the table.
+    void remove(T *entry)
+    {
+        *linkTo(entry) = entry->*Next;
+        --m_size;
+        if (m_chains.size() > leastChains && m_size < int(m_chains.size() / 8)) {
+            resize(m_chains.size() / 2);
+        }
+    }
+
+    /// Puts another object of the same path into the entry's place.
+    void replace(T *entry, T *other)
+    {
+        other->*Next = entry->*Next;
+        *linkTo(entry) = other;
+    }
+
+    std::vector<T *> entries() const
+    {
+        std::vector<T *> result;
+        result.reserve(std::size_t(m_size));
+        for (T *entry : m_chains) {
+            for (; entry != nullptr; entry = entry->*Next) {
+                result.push_back(entry);
+            }
+        }
+        return result;
+    }
+
+    std::vector<T *> takeAll()
+    {
+        std::vector<T *> result = entries();
+        m_chains.assign(leastChains, nullptr);
+        m_size = 0;
+        return result;
+    }
+
+private:
+    static constexpr std::size_t leastChains = 16;
+
+    std::size_t chainOf(const CMPath &path) const
+    {
+        // Spreads hashes of which the registry's slice has fixed the lower bits.
+        constexpr uint golden = 0x9e3779b1U;
+        return std::size_t((quint64(path.hash() * golden) * m_chains.size()) >> 32);
+    }
+
+    T **linkTo(const T *entry)
+    {
+        T **link = &m_chains[chainOf(entry->path())];
+        while (*link != entry) {
+            link = &((*link)->*Next);
+        }
+        return link;
+    }
+
+    void add(T *entry)
+    {
+        T *&first = m_chains[chainOf(entry->path())];
+        entry->*Next = first;
+        first = entry;
+    }
+
+    void resize(std::size_t chains)
+    {
+        const std::vector<T *> all = entries();
+        m_chains.assign(chains, nullptr);
+        m_chains.shrink_to_fit();
+        for (T *entry : all) {
+            add(entry);
+        }
+    }
+
+    std::vector<T *> m_chains = std::vector<T *>(leastChains, nullptr);
+    int m_size = 0;
+};

@@ -1,0 +1,38 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QObject>
+
+/// Delivers every call queued for the calling thread's objects, those queued on the way included.
+/// Timers don't run meanwhile, so how fast the machine is changes nothing.
+inline void deliverPosted()
+{
+    class EventCounter : public QObject
+    {
+    public:
+        EventCounter() { QCoreApplication::instance()->installEventFilter(this); }
+
+        void reset() { m_seen = false; }
+        bool seen() const { return m_seen; }
+
+        bool eventFilter(QObject * /*watched*/, QEvent * /*event*/) override
+        {
+            m_seen = true;
+            return false;
+        }
+
+    private:
+        bool m_seen = false;
+    };
+
+    EventCounter counter;
+    do {
+        counter.reset();
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    } while (counter.seen());
+}

@@ -1,0 +1,45 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+// Whether this is a sanitizer's build, which takes many times as long and as much of everything.
+#if defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#define TAVO_THREAD_SANITIZER 1
+#endif
+#if __has_feature(address_sanitizer)
+#define TAVO_ADDRESS_SANITIZER 1
+#endif
+#endif
+#if defined(__SANITIZE_THREAD__) && !defined(TAVO_THREAD_SANITIZER)
+#define TAVO_THREAD_SANITIZER 1
+#endif
+#if defined(__SANITIZE_ADDRESS__) && !defined(TAVO_ADDRESS_SANITIZER)
+#define TAVO_ADDRESS_SANITIZER 1
+#endif
+
+#ifdef TAVO_THREAD_SANITIZER
+constexpr bool threadSanitized = true;
+#else
+constexpr bool threadSanitized = false;
+#endif
+
+#if defined(TAVO_THREAD_SANITIZER) || defined(TAVO_ADDRESS_SANITIZER)
+constexpr bool sanitized = true;
+#else
+constexpr bool sanitized = false;
+#endif
+
+/// Whether UBSan is at work. It reads an object's type through a pipe, so that a bad pointer does no
+/// harm, and takes every object for a wrong one where no pipe is to be had.
+#if defined(__has_feature)
+#if __has_feature(undefined_behavior_sanitizer)
+#define TAVO_UNDEFINED_BEHAVIOUR_SANITIZER 1
+#endif
+#endif
+#ifdef TAVO_UNDEFINED_BEHAVIOUR_SANITIZER
+constexpr bool typesAreCheckedThroughAPipe = true;
+#else
+constexpr bool typesAreCheckedThroughAPipe = false;
+#endif
