@@ -17,8 +17,14 @@ function(tavo_add_test name)
     set_target_properties(${name} PROPERTIES
         RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
     set(environment QT_NO_GLIB=1
+        "ASAN_OPTIONS=detect_leaks=1:detect_stack_use_after_return=1"
+        "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0"
+        UBSAN_OPTIONS=print_stacktrace=1
         "TSAN_OPTIONS=ignore_noninstrumented_modules=1:suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp:halt_on_error=1"
         ${test_ENVIRONMENT})
+    if(TAVO_SANITIZE STREQUAL "thread")
+        list(APPEND environment "LD_PRELOAD=${CMAKE_BINARY_DIR}/tests/libqt_order.so")
+    endif()
     # A value's text in a test's name could break the list of tests.
     gtest_discover_tests(${name} NO_PRETTY_VALUES DISCOVERY_TIMEOUT 60
         PROPERTIES TIMEOUT ${test_TIMEOUT})

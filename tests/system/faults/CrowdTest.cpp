@@ -1,0 +1,15 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "CrowdTest.h"
+
+TEST_F(CrowdTest, EightThreadsAtOnceAreAnsweredOnceEachAndTheirSoundsEndOnceEach)
+{
+    startModules({"powermanager", playerModule(), "notifications", crowd(), m_requester.module()});
+    constexpr int each = sanitized ? 200 : 1000;
+    run({{"threads", 8}, {"count", each}}, "mix");
+    // The power manager knows nothing of the crowd's revokes; another sound puts that right.
+    expectPlays("afterwards");
+    expectSettled();
+    EXPECT_EQ(stopHost(), 0);
+}

@@ -1,0 +1,23 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <ostream>
+#include <QtGlobal>
+
+/// What a process holds of the system, as /proc tells it.
+struct ProcessState
+{
+    int descriptors = 0;
+    int threads = 0;
+    long residentKiB = 0;
+    long processorTicks = 0; ///< used so far, in all threads
+
+    static ProcessState of(qint64 process);
+};
+
+/// Waits until the process holds no more descriptors and threads than it did.
+bool waitForSettled(qint64 process, const ProcessState &before);
+
+std::ostream &operator<<(std::ostream &stream, const ProcessState &state);

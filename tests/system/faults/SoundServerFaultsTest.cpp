@@ -1,0 +1,191 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "ProcessState.h"
+
+#include "system/sound/SoundTest.h"
+
+#include <QElapsedTimer>
+#include <QProcess>
+
+#include <cmath>
+#include <csignal>
+
+using testing::ElementsAre;
+
+namespace {
+
+constexpr int frequency = 1000;
+constexpr int shortMs = 300;
+constexpr int longMs = 20'000;
+
+// How long the music is measured at a time.
+constexpr double measured = 0.4;
+constexpr int patienceMs = 20'000;
+
+} // namespace
+
+/// The sound server goes away under a host that plays on it, as a whole or a device of it.
+class SoundServerFaultsTest : public SoundTest
+{
+protected:
+    void startWithMusicAndSound()
+    {
+        start(withMusic());
+        waitForMusic();
+        m_before = ProcessState::of(m_host.processId());
+        m_requester.enqueue(fileItem("sound", toneFile(frequency, longMs)));
+        ASSERT_TRUE(m_requester.waitFor("started sound")) << m_host.log().toStdString();
+        ASSERT_TRUE(m_notificationDevice.waitForSound());
+    }
+
+    /// The music is as loud as ever. A busy machine may leave it silent for a moment, so it is
+    /// measured again until it is; music that stays ducked or silent never is.
+    static void expectLoud(Listener &music)
+    {
+        QElapsedTimer elapsed;
+        elapsed.start();
+        double level = 0;
+        while (!elapsed.hasExpired(patienceMs)) {
+            const double begin = monotonicNow();
+            ASSERT_TRUE(music.waitUntil(begin + measured));
+            level = music.heard().level(begin, begin + measured);
+            if (std::abs(level - toneLevel) < 1) {
+                return;
+            }
+        }
+        ADD_FAILURE() << "The music's level is " << level << " dB";
+    }
+
+    /// A notification is heard whole, and the music as loud as ever before and after it.
+    void expectAllHeard()
+    {
+        Listener music("main");
+        Listener notifications("notifications");
+        expectLoud(music);
+        m_requester.enqueue(fileItem("afterwards", toneFile(frequency, shortMs)));
+        ASSERT_TRUE(m_requester.waitFor("finished afterwards")) << m_host.log().toStdString();
+        ASSERT_TRUE(m_requester.waitForQuiet());
+        expectLoud(music);
+        EXPECT_EQ(notifications.heard().frames(), framesOf(shortMs));
+        EXPECT_EQ(m_requester.ends("sound"), 1);
+        EXPECT_EQ(m_requester.ends("afterwards"), 1);
+    }
+
+    void expectSettled() const
+    {
+        EXPECT_TRUE(waitForSettled(m_host.processId(), m_before))
+            << "now " << ProcessState::of(m_host.processId()) << ", before " << m_before;
+    }
+
+    static QByteArray askServer(const QStringList &arguments)
+    {
+        QProcess pactl;
+        pactl.start("pactl", arguments);
+        EXPECT_TRUE(pactl.waitForFinished());
+        EXPECT_EQ(pactl.exitCode(), 0);
+        return pactl.readAllStandardOutput();
+    }
+
+    /// All that the server keeps of how loud its devices are.
+    static QByteArray volumes()
+    {
+        QByteArray volumes;
+        for (const char *device : {"notif", "main"}) {
+            volumes +=
+                askServer({"get-sink-volume", device}) + askServer({"get-sink-mute", device});
+        }
+        return volumes;
+    }
+
+    static void removeNotificationDevice()
+    {
+        for (const QByteArray &module : askServer({"list", "short", "modules"}).split('\n')) {
+            if (module.contains("sink_name=notif")) {
+                askServer({"unload-module", module.split('\t').first()});
+            }
+        }
+    }
+
+    ProcessState m_before;
+};
+
+TEST_F(SoundServerFaultsTest, AllIsHeardAgainAfterTheServerWasKilledAndStartedAgain)
+{
+    startWithMusicAndSound();
+    m_server.kill();
+    EXPECT_TRUE(m_requester.waitFor("failed sound")) << m_host.log().toStdString();
+    EXPECT_TRUE(m_requester.waitForQuiet());
+    m_server.startAgain();
+    expectAllHeard();
+    expectSettled();
+    EXPECT_EQ(stopHost(), 0);
+}
+
+TEST_F(SoundServerFaultsTest, WhatWaitsWhileTheServerIsAwayFailsAndAllIsHeardAgainAfterwards)
+{
+    startWithMusicAndSound();
+    m_requester.enqueue(fileItem("waiting", toneFile(frequency, shortMs)));
+    m_server.kill();
+    EXPECT_TRUE(m_requester.waitFor("failed waiting")) << m_host.log().toStdString();
+    EXPECT_TRUE(m_requester.waitForQuiet());
+    m_requester.enqueue(fileItem("meanwhile", toneFile(frequency, shortMs)));
+    EXPECT_TRUE(m_requester.waitFor("failed meanwhile"));
+    EXPECT_TRUE(m_requester.waitForQuiet());
+    EXPECT_THAT(m_requester.responses(),
+                ElementsAre("started sound", "failed sound", "failed waiting", "failed meanwhile"));
+    m_server.startAgain();
+    expectAllHeard();
+    expectSettled();
+}
+
+TEST_F(SoundServerFaultsTest, APausedSoundFailsWithTheServerAndAllIsHeardAgainAfterwards)
+{
+    startWithMusicAndSound();
+    m_requester.enqueue(fileItem("urgent", toneFile(2 * frequency, longMs), 3));
+    ASSERT_TRUE(m_requester.waitFor("started urgent"));
+    m_server.kill();
+    EXPECT_TRUE(m_requester.waitFor("failed urgent")) << m_host.log().toStdString();
+    EXPECT_TRUE(m_requester.waitFor("failed sound")) << m_host.log().toStdString();
+    EXPECT_TRUE(m_requester.waitForQuiet());
+    m_server.startAgain();
+    expectAllHeard();
+    expectSettled();
+}
+
+TEST_F(SoundServerFaultsTest, ADeviceThatIsRemovedAloneEndsItsSoundOnceAndTheMusicIsRestored)
+{
+    start(withMusic());
+    waitForMusic();
+    constexpr int whileItIsRemovedMs = 1500;
+    m_requester.enqueue(fileItem("sound", toneFile(frequency, whileItIsRemovedMs)));
+    ASSERT_TRUE(m_requester.waitFor("started sound"));
+    ASSERT_TRUE(m_notificationDevice.waitForSound());
+    removeNotificationDevice();
+    // The server may let the sound go on elsewhere; then it ends by itself.
+    EXPECT_TRUE(m_requester.waitForEnd("sound")) << m_host.log().toStdString();
+    ASSERT_TRUE(m_requester.waitForQuiet());
+    expectLoud(m_mainDevice);
+    EXPECT_EQ(m_requester.ends("sound"), 1);
+    EXPECT_EQ(stopHost(), 0);
+}
+
+TEST_F(SoundServerFaultsTest, AHostThatStopsWhileTheMusicIsDuckedLeavesTheServerAsItWas)
+{
+    const QByteArray before = volumes();
+    startWithMusicAndSound();
+    EXPECT_TRUE(m_requester.has("ducked"));
+    EXPECT_EQ(stopHost(), 0);
+    EXPECT_EQ(volumes().toStdString(), before.toStdString());
+    EXPECT_EQ(askServer({"list", "short", "sink-inputs"}).toStdString(), "");
+}
+
+TEST_F(SoundServerFaultsTest, AHostThatIsKilledWhileTheMusicIsDuckedLeavesTheServerAsItWas)
+{
+    const QByteArray before = volumes();
+    startWithMusicAndSound();
+    EXPECT_TRUE(m_requester.has("ducked"));
+    m_host.sendSignal(SIGKILL);
+    m_host.waitForExit();
+    EXPECT_EQ(volumes().toStdString(), before.toStdString());
+}

@@ -1,0 +1,249 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "FaultTest.h"
+
+#include "support/EventLoop.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+
+#include <csignal>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr int longMs = 20'000;
+constexpr int shortMs = 50;
+
+// For a busy machine and a sanitizer's report: nothing that stops waits for a sound or an answer.
+constexpr int promptMs = 5000;
+
+} // namespace
+
+class StopInEveryStateTest;
+
+/// A state of the audio sequence or of the display, and how a host is brought into it and held.
+struct StateToStopIn
+{
+    const char *name;
+    void (StopInEveryStateTest::*reach)();
+};
+
+/// The services are stand-ins that hold the sequence where the test wants it.
+class StopInEveryStateTest : public FaultTest, public testing::WithParamInterface<StateToStopIn>
+{
+public:
+    void idle() { startHost({}); }
+
+    void ducking()
+    {
+        startHost({{"keep", QJsonArray{"duck"}}});
+        enqueueLong("sound");
+        ASSERT_TRUE(m_host.waitForLog("keeping duck"));
+    }
+
+    void acquiring()
+    {
+        startHost({{"keep", QJsonArray{"acquire"}}});
+        enqueueLong("sound");
+        ASSERT_TRUE(m_host.waitForLog("keeping acquire"));
+    }
+
+    void acquiringForNobody()
+    {
+        acquiring();
+        m_requester.cancel("sound");
+        ASSERT_TRUE(m_requester.waitFor("cancelled sound"));
+    }
+
+    void playing()
+    {
+        startHost({});
+        playLong("sound");
+    }
+
+    void playingAPlaceholder()
+    {
+        startHost({});
+        m_requester.enqueue(endlessItem("sound"));
+        ASSERT_TRUE(m_requester.waitFor("started sound"));
+    }
+
+    /// Between an end and what follows it: inside the response that tells of the end.
+    void ready()
+    {
+        ASSERT_EQ(mkfifo(fifoName().constData(), 0600), 0);
+        startHost({{"responseWaits", inFolder("response.fifo")}});
+        // Fails, and so has no response but that of its end.
+        m_requester.invoke("/notifications/player/enqueue",
+                           {{"notificationPlayerItem",
+                             QJsonObject{{"id", "sound"},
+                                         {"type", 7},
+                                         {"playbackResponsePath", "/standIn/services/response"}}}});
+        ASSERT_TRUE(m_host.waitForLog("holding a response"));
+        enqueueLongUnanswered("next");
+        m_release = true;
+    }
+
+    void lingering()
+    {
+        startHost({});
+        m_requester.enqueue(fileItem("sound", soundFile("short.wav", shortMs)));
+        // A tenth of a second from now it is over, which a signal sent at once is well within.
+        ASSERT_TRUE(m_requester.waitFor("finished sound"));
+    }
+
+    void stalled()
+    {
+        startHost({{"refuse", QJsonArray{"acquire"}}});
+        enqueueLong("sound");
+        ASSERT_TRUE(m_requester.waitFor("cancelled sound"));
+    }
+
+    void unducking()
+    {
+        startHost({{"keep", QJsonArray{"unduck"}}});
+        m_requester.enqueue(fileItem("sound", soundFile("short.wav", shortMs)));
+        ASSERT_TRUE(m_host.waitForLog("keeping unduck"));
+    }
+
+    void unduckingWithOneWaiting()
+    {
+        unducking();
+        enqueueLong("next");
+    }
+
+    void preempted()
+    {
+        startHost({});
+        playLong("paused");
+        enqueueLong("urgent", 3);
+        ASSERT_TRUE(m_requester.waitFor("started urgent"));
+    }
+
+    /// The device takes its time to close, so that the player's end is awaited meanwhile.
+    void stopping()
+    {
+        startHost({{"device", "clings"}});
+        playLong("sound");
+        enqueueLong("next");
+        m_requester.cancel("sound");
+        ASSERT_EQ(m_requester.answer(), "");
+    }
+
+    void displaying()
+    {
+        startHost({});
+        show("message", 0, 1);
+    }
+
+    void displayingForATime()
+    {
+        startHost({});
+        show("message", longMs, 1);
+    }
+
+    void displayPaused()
+    {
+        startHost({});
+        show("paused", longMs, 1);
+        show("urgent", longMs, 3);
+        show("waiting", longMs, 0);
+    }
+
+    void playingAndDisplaying()
+    {
+        startHost({});
+        playLong("sound");
+        show("message", longMs, 1);
+    }
+
+protected:
+    void startHost(QJsonObject services)
+    {
+        services.insert("powerManager", true);
+        services.insert("player", true);
+        if (!services.contains("device")) {
+            services.insert("device", "plain");
+        }
+        startModules({standIn(services), "notifications", m_requester.module()});
+    }
+
+    QByteArray fifoName() const { return QFile::encodeName(inFolder("response.fifo")); }
+
+    void enqueueLongUnanswered(const QString &id, int priority = 1)
+    {
+        m_requester.enqueue(fileItem(id, soundFile("long.wav", longMs), priority));
+    }
+    void enqueueLong(const QString &id, int priority = 1)
+    {
+        enqueueLongUnanswered(id, priority);
+        ASSERT_EQ(m_requester.answer(), "");
+    }
+
+    void playLong(const QString &id)
+    {
+        enqueueLong(id);
+        ASSERT_TRUE(m_requester.waitFor("started " + id.toStdString()));
+        ASSERT_TRUE(waitForFrames(1));
+    }
+
+    void show(const QString &message, int timeout, int priority)
+    {
+        m_requester.invoke(
+            "/notifications/display/open",
+            {{"notificationDisplayItem",
+              QJsonObject{{"message", message}, {"timeout", timeout}, {"priority", priority}}}});
+        ASSERT_EQ(m_requester.answer(), "");
+    }
+
+    /// Lets go what is held in a response, once the host knows that it is to stop.
+    void releaseResponse()
+    {
+        ASSERT_TRUE(m_host.waitForLog("Stopping: Terminated"));
+        ::close(::open(fifoName().constData(), O_WRONLY | O_CLOEXEC));
+    }
+
+    bool m_release = false;
+};
+
+TEST_P(StopInEveryStateTest, EndsPromptlyWithNothingLeftBehind)
+{
+    (this->*GetParam().reach)();
+    ASSERT_FALSE(HasFatalFailure());
+    QElapsedTimer elapsed;
+    elapsed.start();
+    m_host.sendSignal(SIGTERM);
+    if (m_release) {
+        releaseResponse();
+    }
+    EXPECT_EQ(m_host.waitForExit(), 0);
+    EXPECT_LT(elapsed.elapsed(), promptMs);
+    EXPECT_TRUE(m_host.log().contains("Host stopped"));
+    EXPECT_FALSE(m_host.log().contains("ASSERT"));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    States, StopInEveryStateTest,
+    testing::Values(
+        StateToStopIn{"Idle", &StopInEveryStateTest::idle},
+        StateToStopIn{"Ducking", &StopInEveryStateTest::ducking},
+        StateToStopIn{"Acquiring", &StopInEveryStateTest::acquiring},
+        StateToStopIn{"AcquiringForNobody", &StopInEveryStateTest::acquiringForNobody},
+        StateToStopIn{"Playing", &StopInEveryStateTest::playing},
+        StateToStopIn{"PlayingAPlaceholder", &StopInEveryStateTest::playingAPlaceholder},
+        StateToStopIn{"Ready", &StopInEveryStateTest::ready},
+        StateToStopIn{"Lingering", &StopInEveryStateTest::lingering},
+        StateToStopIn{"Stalled", &StopInEveryStateTest::stalled},
+        StateToStopIn{"Unducking", &StopInEveryStateTest::unducking},
+        StateToStopIn{"UnduckingWithOneWaiting", &StopInEveryStateTest::unduckingWithOneWaiting},
+        StateToStopIn{"Preempted", &StopInEveryStateTest::preempted},
+        StateToStopIn{"Stopping", &StopInEveryStateTest::stopping},
+        StateToStopIn{"Displaying", &StopInEveryStateTest::displaying},
+        StateToStopIn{"DisplayingForATime", &StopInEveryStateTest::displayingForATime},
+        StateToStopIn{"DisplayPaused", &StopInEveryStateTest::displayPaused},
+        StateToStopIn{"PlayingAndDisplaying", &StopInEveryStateTest::playingAndDisplaying}),
+    [](const auto &info) { return std::string(info.param.name); });
