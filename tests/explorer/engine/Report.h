@@ -1,0 +1,19 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "explorer/engine/Program.h"
+
+#include <iosfwd>
+
+namespace exploration {
+
+/// Prints the findings in words, what was noted, and the figures.
+void report(const Options &options, const SystemFactory &factory, const Outcome &outcome,
+            std::ostream &stream);
+
+/// Goes through the sequence of the options in words; false when it ends with a finding or a death.
+bool replay(const Options &options, const SystemFactory &factory, std::ostream &stream);
+
+} // namespace exploration

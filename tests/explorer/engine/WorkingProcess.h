@@ -1,0 +1,70 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "explorer/engine/Recorder.h"
+#include "explorer/engine/System.h"
+#include "explorer/engine/Task.h"
+
+#include <chrono>
+#include <memory>
+#include <optional>
+
+#include <sys/types.h>
+
+namespace exploration {
+
+/// A child process that expands states; it can die without harm to the explorer. Forked from a
+/// process without threads.
+class WorkingProcess
+{
+public:
+    explicit WorkingProcess(const SystemFactory &factory);
+    ~WorkingProcess();
+
+    WorkingProcess(const WorkingProcess &) = delete;
+    WorkingProcess &operator=(const WorkingProcess &) = delete;
+
+    void send(const std::vector<Task> &tasks);
+
+    int output() const { return m_output; }
+
+    /// Reads one expansion; nothing when the process has died.
+    std::optional<Expansion> receive();
+
+    /// Whether nothing has moved in it for so long.
+    bool hangs(std::chrono::milliseconds limit);
+
+    void kill();
+
+    /// Collects the process and says how it ended.
+    std::string end();
+
+    const Position &position() const { return *m_position; }
+
+private:
+    [[noreturn]] static void work(const SystemFactory &factory, Position *position, int input,
+                                  int output);
+
+    Position *m_position; ///< shared with the child
+    pid_t m_pid = 0;
+    int m_input = -1;
+    int m_output = -1;
+    std::uint64_t m_lastSteps = 0;
+    std::chrono::steady_clock::time_point m_lastMove = std::chrono::steady_clock::now();
+};
+
+/// What a narrated run left behind.
+struct Narration
+{
+    std::vector<std::string> lines;
+    std::vector<Observation> observations;
+    std::string end; ///< how it died; empty when it didn't
+};
+
+/// Goes through a sequence in a process of its own and tells it in words, also when it is deadly.
+Narration narrate(const SystemFactory &factory, const Sequence &sequence, bool inspecting,
+                  std::chrono::milliseconds limit);
+
+} // namespace exploration
