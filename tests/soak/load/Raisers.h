@@ -1,0 +1,39 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "Situation.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+/// Threads that act at random, or rest. They exist from the making to the end, so that their number
+/// tells nothing about the load.
+class Raisers
+{
+public:
+    Raisers(Situation &situation, int count, std::uint64_t seed);
+    ~Raisers();
+    Raisers(const Raisers &) = delete;
+    Raisers &operator=(const Raisers &) = delete;
+
+    void start();
+
+    /// Every thread rests when this returns.
+    void rest();
+
+private:
+    void run(std::uint64_t seed);
+    bool awaitLoad();
+
+    Situation &m_situation;
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    bool m_loading = false;
+    bool m_ended = false;
+    int m_active = 0;
+    std::vector<std::thread> m_threads;
+};
