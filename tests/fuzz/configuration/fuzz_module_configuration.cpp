@@ -1,0 +1,69 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+// The modules' configurations: any hash into worker_create. It gives a worker, or throws an error
+// that names a key.
+
+#include "fuzz/support/Fuzz.h"
+#include "fuzz/support/ValueReader.h"
+#include "support/LoadedModule.h"
+#include "support/PostedEvents.h"
+#include "support/scripted/ScriptedPlayers.h"
+
+#include <core/tavo.h>
+
+#include <stdexcept>
+
+namespace {
+void create(const char *file, const char *name, const QVariantHash &config)
+{
+    try {
+        const LoadedModule module(QString::fromLocal8Bit(file), name, config);
+        deliverPosted();
+    } catch (const std::runtime_error &error) {
+        const QString text = QString::fromStdString(error.what());
+        const int separator = text.lastIndexOf(QLatin1String(": "));
+        FUZZ_CHECK(separator >= 0 && separator + 2 < text.size(), error.what());
+    }
+    FUZZ_CHECK(!CMRoot()->getValue(TavoPlayerMainAudioStatePath()).isValid(),
+               "a worker that is gone has left a node");
+}
+
+/// The reader by itself: what it returns is in range, and of two that are read only one is unknown.
+void read(const QVariantHash &config)
+{
+    try {
+        TavoConfiguration reader(config);
+        const int whole = reader.integer(QStringLiteral("duckingFade"), 5, -10, 10);
+        FUZZ_CHECK(whole >= -10 && whole <= 10, whole);
+        const double number = reader.number(QStringLiteral("duckingAttenuation"), -1, -96, 0);
+        FUZZ_CHECK(number >= -96 && number <= 0, number);
+        reader.text(QStringLiteral("music"), {});
+        reader.finish();
+        FUZZ_CHECK(config.size() <= 3, "a key that nobody has read is taken");
+    } catch (const std::runtime_error &error) {
+        FUZZ_CHECK(!config.isEmpty(), error.what());
+        FUZZ_CHECK(error.what()[0] != '\0', "an error without a text");
+    }
+}
+} // namespace
+
+void fuzzOne(ByteReader &input)
+{
+    ScriptedPlayers::instance().reset();
+    ValueReader values(input);
+    const QVariant each = values.value();
+    for (const char *key : {"duckingFade", "duckingAttenuation", "music", "id"}) {
+        read({{QString::fromLatin1(key), each}});
+    }
+    create(TAVO_PLAYER_MODULE, "player", values.record(FuzzRecord::PlayerConfiguration));
+    create(TAVO_POWERMANAGER_MODULE, "powermanager",
+           values.record(FuzzRecord::PowerManagerConfiguration));
+    const QVariantHash any = values.value().toHash();
+    create(TAVO_PLAYER_MODULE, "player", any);
+    create(TAVO_POWERMANAGER_MODULE, "powermanager", any);
+    create(TAVO_NOTIFICATIONS_MODULE, nullptr, any);
+    read(any);
+    // Players of workers that are gone are known until now.
+    ScriptedPlayers::instance().reset();
+}

@@ -1,0 +1,81 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "fuzz/seeds/SeedFolder.h"
+#include "fuzz/seeds/Seeds.h"
+#include "fuzz/support/Dictionary.h"
+#include "fuzz/support/ValueWriter.h"
+
+namespace {
+void writeHostConfigurations(const SeedFolder &folder)
+{
+    folder.write("names", R"({"modules": ["powermanager", "player", "notifications"]})");
+    folder.write("full", R"({
+  "modules": [
+    {"name": "pm", "library": "powermanager", "config": {"revokeTimeout": 500}},
+    {"name": "player", "library": "./libplayer.so", "config": {"duckingAttenuation": -12.5}},
+    "notifications"
+  ],
+  "modulePath": ["modules", "/opt/modules"],
+  "log": {"file": "log.properties", "level": "WARN", "levels": {"Player": "TRACE"}}
+})");
+    folder.write("duplicate", R"({"modules": ["a", {"name": "a"}]})");
+    folder.write("wrong-types", R"({"modules": [1, null, {"name": []}], "log": {"levels": 7}})");
+    folder.write("unknown-key", R"({"modules": ["a"], "module": true})");
+    folder.write("cut-off", "{\n  \"modules\": [\n");
+    folder.write("bad-utf8", QByteArray("{\"modules\": [\"\xff\xfe\"]}"));
+    folder.write("escapes", R"({"modules": ["\ud800", "\u0000", "\ud83d\udd14"]})");
+    folder.write("numbers", R"([1e400, -0, 1E-400, 00, .5])");
+    folder.write("deep", QByteArray(1500, '[') + QByteArray(1500, ']'));
+    folder.write("empty", "");
+}
+
+QByteArray suitable(FuzzRecord kind, int number)
+{
+    ValueWriter writer;
+    for (const FuzzFieldOf &field : fuzzFields(kind)) {
+        writer.byte(int(FuzzFill::Suitable));
+        if (field.type == FuzzField::Text) {
+            writer.text(QStringLiteral("/sounds/bell.wav"));
+        } else {
+            writer.byte(number);
+        }
+    }
+    return writer.bytes();
+}
+
+void writeModuleConfigurations(const SeedFolder &folder)
+{
+    // No value by itself, and nothing in the first record behind it.
+    const QByteArray none(int(fuzzFields(FuzzRecord::PlayerConfiguration).size()) + 2, '\0');
+    folder.write("empty", none);
+    folder.write("in-range", QByteArray(1, '\0') + suitable(FuzzRecord::PlayerConfiguration, 0) +
+                                 suitable(FuzzRecord::PowerManagerConfiguration, 5));
+    folder.write("positive", QByteArray(1, '\0') + suitable(FuzzRecord::PlayerConfiguration, 5) +
+                                 suitable(FuzzRecord::PowerManagerConfiguration, 0));
+    const auto any = [&](const char *name, const QVariantHash &config) {
+        ValueWriter writer;
+        writer.value(config);
+        folder.write(name, none + writer.bytes());
+    };
+    any("unknown-key", {{QStringLiteral("id"), 1}});
+    any("player", {{QStringLiteral("duckingAttenuation"), -12.5},
+                   {QStringLiteral("duckingFade"), 5},
+                   {QStringLiteral("music"), QStringLiteral("/sounds/bell.wav")}});
+    any("text-for-number", {{QStringLiteral("duckingFade"), QStringLiteral("5")}});
+    any("fraction", {{QStringLiteral("duckingFade"), 0.5}});
+    any("power-manager", {{QStringLiteral("revokeTimeout"), 100}});
+    const QVariant values[] = {5, -12.5, QStringLiteral("a"), true, QVariantList{1}};
+    for (std::size_t i = 0; i < std::size(values); ++i) {
+        ValueWriter writer;
+        writer.value(values[i]);
+        folder.write("value-" + QByteArray::number(int(i)), writer.bytes() + none);
+    }
+}
+} // namespace
+
+void writeConfigurationSeeds(const QString &corpus)
+{
+    writeHostConfigurations(SeedFolder(corpus, "fuzz_host_configuration"));
+    writeModuleConfigurations(SeedFolder(corpus, "fuzz_module_configuration"));
+}

@@ -1,0 +1,88 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+// Sound data, good and corrupted, through the decoding that the players use: from memory and from a
+// file, to the end, and once more from the first frame.
+
+#include "fuzz/support/Fuzz.h"
+#include "fuzz/support/MemoryFile.h"
+
+#include <core/tavo/stream.h>
+#include <simpleplayer/playback/SoundFile.h>
+#include <simpleplayer/SimplePlayerLimits.h>
+
+#include <vector>
+
+namespace {
+constexpr qint64 mostBytes = 1 << 20;
+constexpr long chunkFrames = 960;
+constexpr int mostChannels = 1024;
+
+struct Decoded
+{
+    bool opened = false;
+    bool failed = false;
+    qint64 frames = 0;
+};
+
+Decoded decode(SoundFile &sound)
+{
+    Decoded result;
+    const SoundFormat format = sound.format();
+    std::vector<float> samples(std::size_t(chunkFrames) * std::size_t(format.channels));
+    for (;;) {
+        const FrameSource::Result got = sound.read(samples.data(), chunkFrames);
+        if (got.status == FrameSource::Status::End) {
+            return result;
+        }
+        if (got.status == FrameSource::Status::Failed) {
+            FUZZ_CHECK(!sound.error().isEmpty(), "a failure without a reason");
+            result.failed = true;
+            return result;
+        }
+        FUZZ_CHECK(got.status == FrameSource::Status::Frames, int(got.status));
+        FUZZ_CHECK(got.frames > 0 && got.frames <= chunkFrames, got.frames);
+        result.frames += got.frames;
+        FUZZ_CHECK(result.frames * format.channels * qint64(sizeof(float)) <= mostBytes,
+                   result.frames);
+    }
+}
+
+Decoded check(SoundFile &sound)
+{
+    if (!sound.open()) {
+        FUZZ_CHECK(!sound.error().isEmpty(), "refused without a reason");
+        return {};
+    }
+    const SoundFormat format = sound.format();
+    FUZZ_CHECK(format.rate > 0, format.rate);
+    FUZZ_CHECK(format.channels > 0 && format.channels <= mostChannels, format.channels);
+    Decoded first = decode(sound);
+    first.opened = true;
+    if (sound.rewind()) {
+        const Decoded second = decode(sound);
+        FUZZ_CHECK(first.failed || second.failed || second.frames == first.frames,
+                   first.frames << " frames, then " << second.frames);
+    } else {
+        FUZZ_CHECK(!sound.error().isEmpty(), "not to be repeated, without a reason");
+    }
+    return first;
+}
+} // namespace
+
+void fuzzOne(ByteReader &input)
+{
+    SimplePlayerLimits limits;
+    limits.maxSoundBytes = mostBytes;
+    SimplePlayerLimits::setCurrent(limits);
+
+    const QByteArray data = input.rest();
+    const auto inMemory = SoundFile::fromData(data, QStringLiteral("The sound data"));
+    const Decoded fromData = check(*inMemory);
+    const MemoryFile file(data);
+    const auto onDisk = SoundFile::fromPath(file.path());
+    const Decoded fromFile = check(*onDisk);
+    FUZZ_CHECK(fromData.opened == fromFile.opened, inMemory->error() << onDisk->error());
+    FUZZ_CHECK(fromData.frames == fromFile.frames,
+               fromData.frames << " frames, from a file " << fromFile.frames);
+}
