@@ -141,6 +141,17 @@ void SoundServer::start()
     }
 }
 
+QByteArray SoundServer::ask(const QStringList &arguments)
+{
+    QProcess query;
+    query.start(QStringLiteral("pactl"), arguments);
+    if (!query.waitForFinished(startLimitMs) || query.exitCode() != 0)
+        throw std::runtime_error("the sound server refuses " +
+                                 arguments.join(QLatin1Char(' ')).toStdString() + ": " +
+                                 query.readAllStandardError().toStdString());
+    return query.readAllStandardOutput();
+}
+
 // The socket is there before the sinks are.
 bool SoundServer::answers() const
 {

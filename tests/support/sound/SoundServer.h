@@ -8,6 +8,7 @@
 #include <QByteArray>
 #include <QProcess>
 #include <QString>
+#include <QStringList>
 #include <QTemporaryDir>
 
 /// What is heard on one of the server's devices, from its making until take().
@@ -46,6 +47,9 @@ public:
 
     /// Starts it again, at the same place, once it has ended.
     void startAgain() { start(); }
+
+    /// What pactl prints when asked so; throws when it fails.
+    static QByteArray ask(const QStringList &arguments);
 
 private:
     void writeConfiguration();

@@ -78,31 +78,23 @@ protected:
             << "now " << ProcessState::of(m_host.processId()) << ", before " << m_before;
     }
 
-    static QByteArray askServer(const QStringList &arguments)
-    {
-        QProcess pactl;
-        pactl.start("pactl", arguments);
-        EXPECT_TRUE(pactl.waitForFinished());
-        EXPECT_EQ(pactl.exitCode(), 0);
-        return pactl.readAllStandardOutput();
-    }
-
     /// All that the server keeps of how loud its devices are.
     static QByteArray volumes()
     {
         QByteArray volumes;
         for (const char *device : {"notif", "main"}) {
-            volumes +=
-                askServer({"get-sink-volume", device}) + askServer({"get-sink-mute", device});
+            volumes += SoundServer::ask({"get-sink-volume", device}) +
+                       SoundServer::ask({"get-sink-mute", device});
         }
         return volumes;
     }
 
     static void removeNotificationDevice()
     {
-        for (const QByteArray &module : askServer({"list", "short", "modules"}).split('\n')) {
+        for (const QByteArray &module :
+             SoundServer::ask({"list", "short", "modules"}).split('\n')) {
             if (module.contains("sink_name=notif")) {
-                askServer({"unload-module", module.split('\t').first()});
+                SoundServer::ask({"unload-module", module.split('\t').first()});
             }
         }
     }
@@ -177,7 +169,7 @@ TEST_F(SoundServerFaultsTest, AHostThatStopsWhileTheMusicIsDuckedLeavesTheServer
     EXPECT_TRUE(m_requester.has("ducked"));
     EXPECT_EQ(stopHost(), 0);
     EXPECT_EQ(volumes().toStdString(), before.toStdString());
-    EXPECT_EQ(askServer({"list", "short", "sink-inputs"}).toStdString(), "");
+    EXPECT_EQ(SoundServer::ask({"list", "short", "sink-inputs"}).toStdString(), "");
 }
 
 TEST_F(SoundServerFaultsTest, AHostThatIsKilledWhileTheMusicIsDuckedLeavesTheServerAsItWas)

@@ -149,29 +149,21 @@ protected:
         ASSERT_TRUE(m_notificationDevice.waitForSound());
     }
 
-    static QByteArray askServer(const QStringList &arguments)
-    {
-        QProcess pactl;
-        pactl.start("pactl", arguments);
-        EXPECT_TRUE(pactl.waitForFinished());
-        EXPECT_EQ(pactl.exitCode(), 0);
-        return pactl.readAllStandardOutput();
-    }
-
     // All of them: the server would go on with a stream on another that is left.
     static void unplugDevices()
     {
-        for (const QByteArray &module : askServer({"list", "short", "modules"}).split('\n')) {
+        for (const QByteArray &module :
+             SoundServer::ask({"list", "short", "modules"}).split('\n')) {
             if (module.contains("module-null-sink")) {
-                askServer({"unload-module", module.split('\t').first()});
+                SoundServer::ask({"unload-module", module.split('\t').first()});
             }
         }
     }
 
     static void plugNotificationDevice()
     {
-        askServer({"load-module", "module-null-sink", "sink_name=notif", "format=s16le",
-                   "rate=48000", "channels=2", "norewinds=1"});
+        SoundServer::ask({"load-module", "module-null-sink", "sink_name=notif", "format=s16le",
+                          "rate=48000", "channels=2", "norewinds=1"});
     }
 };
 

@@ -364,6 +364,7 @@ protected:
         EndSpy end(player);
         ASSERT_TRUE(player.play());
         ASSERT_TRUE(end.hasEndedOnce());
+        EXPECT_EQ(end.ended.count(), 1) << end.error();
         EXPECT_EQ(heard(), countingFloats());
     }
 };
@@ -426,12 +427,7 @@ TEST_F(UriSimplePlayerTest, PlaysAFlacFileWhoseLengthIsLeftOpen)
     const QString flac = path("open.flac");
     writeSound(flac, SF_FORMAT_FLAC | SF_FORMAT_PCM_16, rate, countingSamples(soundFrames));
     leaveLengthOpen(flac);
-    UriSimplePlayer player(flac, QStringLiteral("id"), QStringLiteral("plain"), nullptr);
-    EndSpy end(player);
-    ASSERT_TRUE(player.play());
-    ASSERT_TRUE(end.hasEndedOnce());
-    EXPECT_EQ(end.ended.count(), 1) << end.error();
-    EXPECT_EQ(heard(), countingFloats());
+    expectPlayed(flac);
 }
 
 TEST_F(UriSimplePlayerTest, BreaksOffAtTheLimitWhereTheLengthIsLeftOpen)
@@ -449,7 +445,7 @@ TEST_F(UriSimplePlayerTest, BreaksOffAtTheLimitWhereTheLengthIsLeftOpen)
     EXPECT_THAT(end.error(), HasSubstr("is too long"));
 }
 
-class OpenLengthTest : public PlayerTest, public testing::WithParamInterface<quint32>
+class OpenLengthTest : public UriSimplePlayerTest, public testing::WithParamInterface<quint32>
 {
 };
 
@@ -465,13 +461,7 @@ TEST_P(OpenLengthTest, OfAWavFileIsItsFiles)
     if (GetParam() != 0)
         qToLittleEndian(GetParam(), bytes.data() + bytes.indexOf("data") + 4);
     writeFile(path("open.wav"), bytes);
-    UriSimplePlayer player(path("open.wav"), QStringLiteral("id"), QStringLiteral("plain"),
-                           nullptr);
-    EndSpy end(player);
-    ASSERT_TRUE(player.play());
-    ASSERT_TRUE(end.hasEndedOnce());
-    EXPECT_EQ(end.ended.count(), 1) << end.error();
-    EXPECT_EQ(heard(), countingFloats());
+    expectPlayed(path("open.wav"));
 }
 
 TEST_F(UriSimplePlayerTest, IsNotHeldUpByASlowDevice)
