@@ -5,16 +5,23 @@
 
 #include <QDir>
 #include <QFileInfo>
-#include <QRegularExpression>
 
 #include <algorithm>
 
 namespace {
+bool isAsciiLetterOrDigit(QChar character)
+{
+    return character.unicode() < 128 && character.isLetterOrNumber();
+}
+
 /// A module's name becomes part of a file name and of log records.
+// By hand: a regular expression's compiler is half a megabyte that every host would hold.
 bool isModuleName(const QString &text)
 {
-    static const QRegularExpression s_name(QStringLiteral("\\A[A-Za-z0-9][A-Za-z0-9._-]*\\z"));
-    return s_name.match(text).hasMatch();
+    return !text.isEmpty() && isAsciiLetterOrDigit(text[0]) &&
+           std::all_of(text.begin(), text.end(), [](QChar character) {
+               return isAsciiLetterOrDigit(character) || QLatin1String("._-").contains(character);
+           });
 }
 
 QString typeName(const QJsonValue &value)
