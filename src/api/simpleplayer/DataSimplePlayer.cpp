@@ -3,14 +3,13 @@
 
 #include "simpleplayer/DataSimplePlayer.h"
 
-#include "simpleplayer/playback/HttpFetch.h"
-#include "simpleplayer/playback/Playback.h"
-#include "simpleplayer/playback/SoundFile.h"
+#include "simpleplayer/loader/PlaybackMaker.h"
 
 DataSimplePlayer::DataSimplePlayer(const QByteArray &data, const QString &id, const QString &device,
                                    QObject *parent)
-    : PlaybackPlayer(std::make_unique<Playback>(
-                         SoundFile::fromData(data, QStringLiteral("The sound data")), id, device),
-                     parent)
+    : PlaybackPlayer(
+          makePlayback(
+              id, [&](const PlaybackMaker &maker) { return maker.fromData(data, id, device); }),
+          parent)
 {
 }

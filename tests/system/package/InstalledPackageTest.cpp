@@ -5,6 +5,8 @@
 #include "support/host/HostProcess.h"
 #include "support/sound/SoundServer.h"
 
+#include <utility>
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -89,12 +91,19 @@ TEST_F(InstalledPackageTest, TheHostRunsWithoutAConfiguration)
     EXPECT_EQ(m_host.stop(), 0) << m_host.log().toStdString();
 }
 
-TEST_F(InstalledPackageTest, TheModulesUseTheLibrariesThatAreInstalledWithThem)
+TEST_F(InstalledPackageTest, TheModulesAndThePlayersUseTheLibrariesThatAreInstalledWithThem)
 {
-    for (const char *module : {"notifications", "player", "powermanager"}) {
-        // What is loaded into the tests' own processes beforehand is none of the modules'.
-        const std::string libraries = run("env", {"-u", "LD_PRELOAD", "ldd", moduleFile(module)});
-        EXPECT_THAT(libraries, HasSubstr("libtavo_api.so.0 => " + prefix().toStdString()));
+    const QString playback = prefix() + "/" TAVO_INSTALL_MODULE_DIR "/../libtavo_playback.so";
+    const std::pair<QString, std::string> uses[] = {
+        {moduleFile("notifications"), "libtavo_api.so.0"},
+        {moduleFile("player"), "libtavo_api.so.0"},
+        {moduleFile("powermanager"), "libtavo_api.so.0"},
+        {playback, "libtavo_simpleplayer.so.0"},
+    };
+    for (const auto &[user, used] : uses) {
+        // What is loaded into the tests' own processes beforehand is none of theirs.
+        const std::string libraries = run("env", {"-u", "LD_PRELOAD", "ldd", user});
+        EXPECT_THAT(libraries, HasSubstr(used + " => " + prefix().toStdString()));
         EXPECT_THAT(libraries, Not(HasSubstr("not found")));
         EXPECT_THAT(libraries, Not(HasSubstr(TAVO_BUILD_FOLDER)));
     }

@@ -4,6 +4,7 @@
 // What is heard of a sound, frame by frame.
 
 #include "PlayerTest.h"
+#include "support/Sanitized.h"
 
 #include <gmock/gmock.h>
 #include <simpleplayer/UriSimplePlayer.h>
@@ -15,6 +16,8 @@
 #include <QElapsedTimer>
 #include <QTest>
 #include <QThread>
+
+#include <sys/resource.h>
 
 using testing::AllOf;
 using testing::Ge;
@@ -241,6 +244,26 @@ TEST_F(PlaybackTest, LeavesTheDeviceToOthersInAPause)
     const int playing = descriptors();
     m_player->pause();
     EXPECT_LT(descriptors(), playing);
+}
+
+TEST_F(PlaybackTest, PlaysOnceThereAreFileDescriptorsAgain)
+{
+    if (typesAreCheckedThroughAPipe) {
+        GTEST_SKIP() << "UBSan needs file descriptors itself";
+    }
+    const QString file = counting();
+    rlimit before{};
+    getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit none{0, before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    make(file);
+    EXPECT_FALSE(m_player->play());
+    setrlimit(RLIMIT_NOFILE, &before);
+
+    make(file);
+    EXPECT_TRUE(m_player->play());
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(heard(), countingFloats());
 }
 
 TEST_F(PlaybackTest, RecoversFromAnUnderrun)

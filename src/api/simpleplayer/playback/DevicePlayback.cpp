@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "simpleplayer/playback/Playback.h"
+#include "simpleplayer/playback/DevicePlayback.h"
 
 #include "simpleplayer/playback/HttpFetch.h"
 #include "simpleplayer/playback/Log.h"
@@ -9,17 +9,17 @@
 
 #include <QMetaObject>
 
-Playback::Playback(std::unique_ptr<FrameSource> source, const QString &id, const QString &device,
-                   std::unique_ptr<HttpFetch> fetch)
+DevicePlayback::DevicePlayback(std::unique_ptr<FrameSource> source, const QString &id,
+                               const QString &device, std::unique_ptr<HttpFetch> fetch)
     : m_id(id)
     , m_fetch(std::move(fetch))
     , m_writer(std::move(source), device, [this](const QString &error) { reportLater(error); })
 {
 }
 
-Playback::~Playback() = default;
+DevicePlayback::~DevicePlayback() = default;
 
-bool Playback::play()
+bool DevicePlayback::play()
 {
     if (m_state == State::Playing)
         return true;
@@ -40,7 +40,7 @@ bool Playback::play()
     return true;
 }
 
-void Playback::pause()
+void DevicePlayback::pause()
 {
     if (m_state != State::Playing)
         return;
@@ -48,7 +48,7 @@ void Playback::pause()
     m_state = State::Paused;
 }
 
-void Playback::stop()
+void DevicePlayback::stop()
 {
     if (m_state == State::Done)
         return;
@@ -59,12 +59,12 @@ void Playback::stop()
         Qt::QueuedConnection);
 }
 
-void Playback::setGain(double gain, int fadeMs)
+void DevicePlayback::setGain(double gain, int fadeMs)
 {
     m_writer.setGain(gain, m_state == State::Ready ? 0 : fadeMs);
 }
 
-void Playback::startFetch()
+void DevicePlayback::startFetch()
 {
     if (!m_fetch || m_fetchStarted)
         return;
@@ -73,13 +73,13 @@ void Playback::startFetch()
 }
 
 // In the writer's thread, or from inside the fetch.
-void Playback::reportLater(const QString &error)
+void DevicePlayback::reportLater(const QString &error)
 {
     QMetaObject::invokeMethod(
         m_player, [this, error] { report(error); }, Qt::QueuedConnection);
 }
 
-void Playback::report(const QString &error)
+void DevicePlayback::report(const QString &error)
 {
     if (m_state == State::Done)
         return;

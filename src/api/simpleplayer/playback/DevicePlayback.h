@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "simpleplayer/loader/Playback.h"
 #include "simpleplayer/playback/PlaybackWriter.h"
 
 #include <memory>
@@ -12,24 +13,22 @@
 class HttpFetch;
 class SimplePlayer;
 
-/// A sounding player's life: what it may do next, and its one end signal.
+/// A sound on its way to a device: what its player may do next, and the player's one end signal.
 ///
 /// Thread and owner: the player's. Destroyed, it is silent and reports nothing any more.
-class Playback
+class DevicePlayback : public Playback
 {
 public:
     /// The fetch, if there is one, feeds the source.
-    Playback(std::unique_ptr<FrameSource> source, const QString &id, const QString &device,
-             std::unique_ptr<HttpFetch> fetch = nullptr);
-    ~Playback();
+    DevicePlayback(std::unique_ptr<FrameSource> source, const QString &id, const QString &device,
+                   std::unique_ptr<HttpFetch> fetch = nullptr);
+    ~DevicePlayback() override;
 
-    /// The player whose signals report the end; set once, before anything else is called.
-    void setPlayer(SimplePlayer *player) { m_player = player; }
-
-    bool play();
-    void pause();
-    void stop();
-    void setGain(double gain, int fadeMs);
+    void setPlayer(SimplePlayer *player) override { m_player = player; }
+    bool play() override;
+    void pause() override;
+    void stop() override;
+    void setGain(double gain, int fadeMs) override;
 
 private:
     enum class State { Ready, Playing, Paused, Done };
