@@ -8,6 +8,7 @@ import pathlib
 import sys
 
 import measure
+from host import start
 
 BEGIN, END = "<!-- figures: made by scripts/bench -->", "<!-- end of the figures -->"
 
@@ -51,7 +52,22 @@ def table(head, rows):
     return "\n".join(lines) + "\n"
 
 
-def figures(ratios, floors, memory, arguments):
+def host_rows(host):
+    def row(name, what, unit=1, goal=None, digits=2):
+        floor = host.get(what + "Floor")
+        return [name, rated(host[what] / unit, goal, digits),
+                f"{host[what] / floor:.1f}" if floor else ""]
+
+    yield row("executed until it answers, ms", "start", 1e-3, 15)
+    yield row("notifications loaded and its worker made, ms", "module", 1e-3, 1)
+    yield row("the same behind the player module, ms", "moduleBehind", 1e-3)
+    yield row("memory of its own, quiet, MiB", "private", 2**20, 10)
+    yield row("memory of its own, playing music, MiB", "musicPrivate", 2**20)
+    yield row("wake-ups a second, quiet", "wakeUps", 1, 0, 0)
+    yield row("wake-ups a second, playing music", "musicWakeUps", 1, None, 0)
+
+
+def figures(ratios, floors, memory, host, arguments):
     sizes = [f"{size:,}" for size in measure.SIZES]
     one = [floors[f"{what}Floor/10000/1"] * 1e6 for what in measure.REQUESTS]
     parts = [
@@ -74,6 +90,9 @@ def figures(ratios, floors, memory, arguments):
         f"Bytes of the heap for each of {arguments.count:,}:\n",
         table(["what", "bytes"],
               [[NAMES[what], rated(value, MEMORY_GOALS[what], 0)] for what, value in memory.items()]),
+        "The host with its three modules; the floor is an application of Qt's core that answers one "
+        "queued call:\n",
+        table(["what", "seen", "multiple of the floor"], host_rows(host)),
     ]
     return "\n".join(parts)
 
@@ -93,9 +112,13 @@ def main():
     parser.add_argument("--document", type=pathlib.Path, help="put the figures in here")
     arguments = parser.parse_args()
     programs = measure.Programs(arguments.build)
-    ratios, floors = measure.run(programs, arguments.repetitions,
-                                 lambda text: print(text, file=sys.stderr, flush=True))
-    text = figures(ratios, floors, programs.memory(arguments.count), arguments)
+
+    def progress(text):
+        print(text, file=sys.stderr, flush=True)
+
+    ratios, floors = measure.run(programs, arguments.repetitions, progress)
+    host = start.HostStart(arguments.build).run(arguments.repetitions, progress)
+    text = figures(ratios, floors, programs.memory(arguments.count), host, arguments)
     print(text)
     if arguments.document:
         put(arguments.document, text)

@@ -1,0 +1,37 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+// A module that asks the notifications for something as soon as it is there, and writes down when the
+// answer came. The last module of a host, it tells when all of them work.
+
+#include "AnswerTime.h"
+
+#include <core/tavo.h>
+
+namespace {
+class AskingWorker : public CMNodesWorker
+{
+public:
+    explicit AskingWorker(const QVariantHash &config)
+        : CMNodesWorker(config, QStringLiteral("Asking"))
+    {
+        TavoConfiguration configuration(config);
+        m_file = configuration.text(QStringLiteral("file"), {});
+        configuration.finish();
+
+        const CMReply<QVariant> reply;
+        CMRoot()->invoke(TavoNotificationPlayerCancelPath(),
+                         TavoValue().setString_(QStringLiteral("unknown")), reply);
+        reply.onFinished(this, [this](const CMReply<QVariant> &) { writeAnswerTime(m_file); });
+    }
+
+private:
+    QString m_file;
+};
+} // namespace
+
+TAVO_MODULE_EXPORT void *worker_create(const char * /*name*/, void *config)
+{
+    CMWorker *worker = new AskingWorker(*static_cast<const QVariantHash *>(config));
+    return worker;
+}

@@ -1,0 +1,19 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+// The floor of a start: an application of the same libraries' least, Qt's core, that answers one
+// queued call, writes down when, and then stays as quiet as a host does.
+
+#include "AnswerTime.h"
+
+#include <QCoreApplication>
+
+int main(int argc, char **argv)
+{
+    qputenv("QT_NO_GLIB", "1");
+    QCoreApplication application(argc, argv);
+    const QString file = QCoreApplication::arguments().value(1);
+    QMetaObject::invokeMethod(
+        &application, [file] { writeAnswerTime(file); }, Qt::QueuedConnection);
+    return QCoreApplication::exec();
+}

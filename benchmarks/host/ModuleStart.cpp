@@ -1,0 +1,53 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+// Loads modules and makes their workers, in the order of the arguments, in a process that has the
+// platform's library already, and prints the microseconds that each took as a JSON array.
+
+#include "AnswerTime.h"
+
+#include <core/tavo.h>
+
+#include <cstdio>
+#include <memory>
+#include <vector>
+
+#include <log4cplus/configurator.h>
+#include <log4cplus/initializer.h>
+
+#include <QCoreApplication>
+#include <QLibrary>
+
+namespace {
+std::unique_ptr<CMWorker> makeWorker(const QString &file, QVariantHash *config)
+{
+    using WorkerCreate = void *(*)(const char *, void *);
+    QLibrary library(file);
+    library.setLoadHints(QLibrary::ResolveAllSymbolsHint | QLibrary::PreventUnloadHint);
+    const auto create = reinterpret_cast<WorkerCreate>(library.resolve("worker_create"));
+    if (create == nullptr) {
+        qFatal("%s", qPrintable(library.errorString()));
+    }
+    return std::unique_ptr<CMWorker>(static_cast<CMWorker *>(create("module", config)));
+}
+} // namespace
+
+int main(int argc, char **argv)
+{
+    qputenv("QT_NO_GLIB", "1");
+    const log4cplus::Initializer initializer;
+    log4cplus::Logger::getRoot().setLogLevel(log4cplus::INFO_LOG_LEVEL);
+    const QCoreApplication application(argc, argv);
+    CMRoot();
+    QVariantHash config;
+    std::vector<std::unique_ptr<CMWorker>> workers;
+    const char *separator = "[";
+    for (const QString &file : QCoreApplication::arguments().mid(1)) {
+        const long long before = monotonicNanoseconds();
+        workers.push_back(makeWorker(file, &config));
+        std::printf("%s%.1f", separator, double(monotonicNanoseconds() - before) * 1e-3);
+        separator = ", ";
+    }
+    std::printf("]\n");
+    return 0;
+}
