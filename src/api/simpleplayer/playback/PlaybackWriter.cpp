@@ -139,6 +139,8 @@ void PlaybackWriter::declareOpened()
 PlaybackWriter::Step PlaybackWriter::play()
 {
     Step result = openAll();
+    if (result == Step::GoOn && m_command == Command::Play)
+        result = begin();
     while (result == Step::GoOn)
         result = m_command == Command::Play ? step() : Step::Interrupted;
     return result;
@@ -162,8 +164,21 @@ PlaybackWriter::Step PlaybackWriter::openAll()
     m_padding = 0;
     if (!m_device.open(m_deviceName, m_format, m_usage))
         return fail(m_device.error());
-    declareOpened();
     return Step::GoOn;
+}
+
+// What is there at once goes to the device first: waking the caller takes a good part of the time
+// that passes until the sound is heard.
+PlaybackWriter::Step PlaybackWriter::begin()
+{
+    const long room = m_device.room();
+    if (m_window.unsent() < room)
+        fill(room - m_window.unsent());
+    const Step result = room < 0                ? fail(m_device.error())
+                        : m_window.unsent() > 0 ? send(room)
+                                                : Step::GoOn;
+    declareOpened();
+    return result;
 }
 
 PlaybackWriter::Step PlaybackWriter::fail(const QString &error)

@@ -36,9 +36,10 @@ public:
     /// What the first start() is to go by.
     void configure(bool loop, int usage);
 
-    /// Begins, or goes on after a pause. Waits until source and device are open, but at most 250
-    /// ms; after that, what goes wrong is reported. False: they can't be opened; startError() says
-    /// why, nothing is reported, and it may be tried again.
+    /// Begins, or goes on after a pause. Waits until source and device are open and the device has
+    /// what the source has at once, but at most 250 ms; after that, what goes wrong is reported.
+    /// False: they can't be opened; startError() says why, nothing is reported, and it may be tried
+    /// again.
     bool start();
     QString startError() const { return m_startError; }
 
@@ -61,6 +62,7 @@ private:
     void run();
     Step play();
     Step openAll();
+    Step begin();
     Step step();
     Step fill(long frames);
     Step send(long room);
