@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
 """Measures, prints the tables, and puts them into the document that has a place for them."""
@@ -8,7 +8,9 @@ import pathlib
 import sys
 
 import measure
+import picture
 from host import start
+from latency import firstsample
 
 BEGIN, END = "<!-- figures: made by scripts/bench -->", "<!-- end of the figures -->"
 
@@ -30,12 +32,34 @@ NAMES = {
     "closedMessage": "a closed message's node",
 }
 MEMORY_GOALS = {"queuedSound": 1331, "openNotification": 1536, "closedMessage": 410}
+# What is shown, its key, its unit, its goal and its digits.
+HOST_FIGURES = [
+    ("executed until it answers, ms", "start", 1e-3, 15, 2),
+    ("notifications loaded and its worker made, ms", "module", 1e-3, 1, 2),
+    ("the same behind the player module, ms", "moduleBehind", 1e-3, None, 2),
+    ("memory of its own, quiet, MiB", "private", 2**20, 10, 2),
+    ("memory of its own, playing music, MiB", "musicPrivate", 2**20, None, 2),
+    ("wake-ups a second, quiet", "wakeUps", 1, 0, 0),
+    ("wake-ups a second, playing music", "musicWakeUps", 1, None, 0),
+]
+OURS, FLOOR, LIBRARY = firstsample.OURS, firstsample.FLOOR, firstsample.LIBRARY
+WARM_NAMES = {
+    ("warm", OURS): "`SimplePlayer::play()`",
+    ("warm", LIBRARY): "libcanberra's `ca_context_play_full()`",
+    ("request", "warm"): "request in the host",
+    ("request", "first"): "the first request in a host",
+}
+FIRST_SAMPLE_GOALS = {
+    ("warm ratio", OURS): 1.2,
+    ("request", "warm"): 5e-3,
+    ("cold ratio", OURS): 1,
+}
 
 
-def rated(value, goal, digits=2):
+def rated(value, goal, digits=2, unit=""):
     if goal is None:
-        return f"{value:.{digits}f}"
-    return f"{value:.{digits}f} ({'goal' if value <= goal else '**over**'} {goal:g})"
+        return f"{value:.{digits}f}{unit}"
+    return f"{value:.{digits}f}{unit} ({'goal' if value <= goal else '**over**'} {goal:g})"
 
 
 def request_rows(ratios, threads):
@@ -53,21 +77,56 @@ def table(head, rows):
 
 
 def host_rows(host):
-    def row(name, what, unit=1, goal=None, digits=2):
+    for name, what, unit, goal, digits in HOST_FIGURES:
         floor = host.get(what + "Floor")
-        return [name, rated(host[what] / unit, goal, digits),
-                f"{host[what] / floor:.1f}" if floor else ""]
-
-    yield row("executed until it answers, ms", "start", 1e-3, 15)
-    yield row("notifications loaded and its worker made, ms", "module", 1e-3, 1)
-    yield row("the same behind the player module, ms", "moduleBehind", 1e-3)
-    yield row("memory of its own, quiet, MiB", "private", 2**20, 10)
-    yield row("memory of its own, playing music, MiB", "musicPrivate", 2**20)
-    yield row("wake-ups a second, quiet", "wakeUps", 1, 0, 0)
-    yield row("wake-ups a second, playing music", "musicWakeUps", 1, None, 0)
+        yield [name, rated(host[what] / unit, goal, digits),
+               f"{host[what] / floor:.1f}" if floor else ""]
 
 
-def figures(ratios, floors, memory, host, arguments):
+def first_sample_row(name, heard, key):
+    goal = FIRST_SAMPLE_GOALS.get(key)
+    ratio = heard.get((f"{key[0]} ratio", key[1]))
+    ratio_goal = FIRST_SAMPLE_GOALS.get((f"{key[0]} ratio", key[1]))
+    return [name, rated(heard[key] * 1e3, goal and goal * 1e3, unit=" ms"),
+            "" if ratio is None else rated(ratio, ratio_goal)]
+
+
+def warm_rows(heard):
+    return [first_sample_row(name, heard, key) for key, name in WARM_NAMES.items() if key in heard]
+
+
+def cold_players(heard):
+    """The players that were measured from process start, the first to be heard first."""
+    return sorted((key for key in heard if key[0] == "cold"), key=heard.get)
+
+
+def cold_rows(heard):
+    return [first_sample_row(f"`{key[1]}`" if key[1] == OURS else key[1], heard, key)
+            for key in cold_players(heard)]
+
+
+def shares(ratios, memory, host, heard):
+    """Every figure that has a goal, as (name, what part of the goal it takes)."""
+    for what, goals in GOALS.items():
+        for size, goal in goals.items():
+            yield f"{NAMES[what]}, {size:,}", ratios[(what, (1, size))] / goal
+    for what in measure.PAIRS:
+        yield NAMES[what], ratios[(what, None)] / 1.3
+    yield "route among 100,000", ratios[("route", 100000)] / 1.5
+    for what, value in memory.items():
+        yield f"memory of {NAMES[what]}", value / MEMORY_GOALS[what]
+    for name, what, unit, goal, _ in HOST_FIGURES:
+        if goal:
+            yield f"host: {name.rpartition(', ')[0]}", host[what] / unit / goal
+    names = {("warm ratio", OURS): "play() to first sample, against libcanberra",
+             ("request", "warm"): "request to first sample",
+             ("cold ratio", OURS): "process start to first sample, against aplay"}
+    for key, goal in FIRST_SAMPLE_GOALS.items():
+        if key in heard:
+            yield names[key], heard[key] / goal
+
+
+def figures(ratios, floors, memory, host, heard, arguments):
     sizes = [f"{size:,}" for size in measure.SIZES]
     one = [floors[f"{what}Floor/10000/1"] * 1e6 for what in measure.REQUESTS]
     parts = [
@@ -93,6 +152,11 @@ def figures(ratios, floors, memory, host, arguments):
         "The host with its three modules; the floor is an application of Qt's core that answers one "
         "queued call:\n",
         table(["what", "seen", "multiple of the floor"], host_rows(host)),
+        "To the first sample at the device, in a process that has played before; the ratio is to "
+        "libcanberra's ALSA driver:\n",
+        table(["from", "seen", "ratio"], warm_rows(heard)),
+        "From before the process is made to the first sample; the ratio is to aplay:\n",
+        table(["player", "seen", "ratio"], cold_rows(heard)),
     ]
     return "\n".join(parts)
 
@@ -118,10 +182,14 @@ def main():
 
     ratios, floors = measure.run(programs, arguments.repetitions, progress)
     host = start.HostStart(arguments.build).run(arguments.repetitions, progress)
-    text = figures(ratios, floors, programs.memory(arguments.count), host, arguments)
+    heard = firstsample.FirstSample(arguments.build).run(arguments.repetitions, progress)
+    memory = programs.memory(arguments.count)
+    text = figures(ratios, floors, memory, host, heard, arguments)
     print(text)
     if arguments.document:
         put(arguments.document, text)
+        picture.draw(arguments.document.with_suffix(".png"), shares(ratios, memory, host, heard),
+                     [(key[1], heard[key]) for key in cold_players(heard)])
 
 
 if __name__ == "__main__":

@@ -1,0 +1,17 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstdint>
+
+#include <time.h>
+
+/// Now, as the stopwatch device tells it: nanoseconds of CLOCK_MONOTONIC.
+inline std::int64_t momentNow()
+{
+    constexpr std::int64_t nsPerSecond = 1'000'000'000;
+    timespec time{};
+    clock_gettime(CLOCK_MONOTONIC, &time);
+    return std::int64_t(time.tv_sec) * nsPerSecond + time.tv_nsec;
+}
