@@ -3,7 +3,10 @@
 
 #include "ModelBench.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <numeric>
+#include <random>
 
 #include <QCoreApplication>
 #include <QEvent>
@@ -145,4 +148,12 @@ TavoValue messageRequest(int number)
 TavoValue displayCancelRequest(const CMPath &path)
 {
     return TavoValue().setPath(path);
+}
+
+std::vector<int> shuffled(int count)
+{
+    std::vector<int> numbers(std::size_t(count), 0);
+    std::iota(numbers.begin(), numbers.end(), 0);
+    std::shuffle(numbers.begin(), numbers.end(), std::mt19937(1));
+    return numbers;
 }

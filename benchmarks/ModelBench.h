@@ -65,3 +65,6 @@ TavoValue soundRequest(int number);
 TavoValue soundCancelRequest(int number);
 TavoValue messageRequest(int number);
 TavoValue displayCancelRequest(const CMPath &path);
+
+/// The numbers from 0 on, in the same random order every time.
+std::vector<int> shuffled(int count);

@@ -6,10 +6,8 @@
 
 #include "ModelBench.h"
 
-#include <algorithm>
 #include <chrono>
-#include <numeric>
-#include <random>
+#include <vector>
 
 #include <benchmark/benchmark.h>
 
@@ -32,14 +30,6 @@ void timed(benchmark::State &state, Operation operation)
 void finish(benchmark::State &state)
 {
     state.SetItemsProcessed(state.iterations() * state.range(0));
-}
-
-std::vector<int> shuffled(int count)
-{
-    std::vector<int> numbers(std::size_t(count), 0);
-    std::iota(numbers.begin(), numbers.end(), 0);
-    std::shuffle(numbers.begin(), numbers.end(), std::mt19937(1));
-    return numbers;
 }
 
 /// Measures so many requests in a row, each made by the function out of its number, after the

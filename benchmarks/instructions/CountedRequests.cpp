@@ -1,0 +1,127 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+// Makes as many requests of one operation twice: the first time to have everything loaded, grown and
+// warm, the second time in a function of a name that a profiler can be told to count alone.
+// Called with the operation's name and how many.
+
+#include "ModelBench.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <map>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <log4cplus/configurator.h>
+#include <log4cplus/initializer.h>
+#include <log4cplus/logger.h>
+
+#include <sys/random.h>
+
+#include <QCoreApplication>
+
+namespace {
+using MakeRequest = std::function<TavoValue(int)>;
+
+/// So many requests at a path, each made out of its number.
+struct Requests
+{
+    const BenchModule &module;
+    CMPath path;
+    MakeRequest make;
+
+    void run(int first, int count) const
+    {
+        for (int i = first; i < first + count; ++i) {
+            module.request(path, make(i));
+        }
+    }
+};
+
+/// An operation: makes what it needs for so many requests, and says which they are.
+using Operation = std::function<Requests(const BenchModule &, int)>;
+
+Requests routed(const BenchModule &module, int /*count*/)
+{
+    return {module, BenchServices::floorPath(), soundRequest};
+}
+
+Requests soundEnqueue(const BenchModule &module, int /*count*/)
+{
+    return {module, TavoNotificationPlayerEnqueuePath(), soundRequest};
+}
+
+Requests soundCancel(const BenchModule &module, int count)
+{
+    soundEnqueue(module, count).run(0, count);
+    return {module, TavoNotificationPlayerCancelPath(),
+            [order = shuffled(count)](int i) { return soundCancelRequest(order[std::size_t(i)]); }};
+}
+
+Requests displayOpen(const BenchModule &module, int /*count*/)
+{
+    return {module, TavoNotificationDisplayOpenPath(), messageRequest};
+}
+
+Requests displayCancel(const BenchModule &module, int count)
+{
+    const std::vector<int> order = shuffled(count);
+    std::vector<CMPath> paths(order.size());
+    for (const int number : order) {
+        const CMReply<QVariant> reply =
+            module.request(TavoNotificationDisplayOpenPath(), messageRequest(number));
+        paths[std::size_t(number)] = TavoValue(reply.value().toHash()).path();
+    }
+    return {module, TavoNotificationDisplayCancelNotifyPath(),
+            [paths](int i) { return displayCancelRequest(paths[std::size_t(i)]); }};
+}
+
+const std::map<std::string, Operation> &operations()
+{
+    static const std::map<std::string, Operation> all{{"routed-request", routed},
+                                                      {"sound-enqueue", soundEnqueue},
+                                                      {"sound-cancel", soundCancel},
+                                                      {"display-open", displayOpen},
+                                                      {"display-cancel", displayCancel}};
+    return all;
+}
+} // namespace
+
+/// In place of the C library's: with the same identifiers in every run the counts are the same, too.
+extern "C" ssize_t getrandom(void *buffer, size_t length, unsigned /*flags*/)
+{
+    static std::mt19937 generator(1);
+    std::generate_n(static_cast<unsigned char *>(buffer), length,
+                    [] { return static_cast<unsigned char>(generator()); });
+    return ssize_t(length);
+}
+
+extern "C" __attribute__((noinline)) void counted_requests(const Requests *requests, int first,
+                                                           int count)
+{
+    requests->run(first, count);
+}
+
+/// Logs at INFO, as a device does; what is logged goes nowhere.
+int main(int argc, char **argv)
+{
+    const auto operation = argc == 3 ? operations().find(argv[1]) : operations().end();
+    const int count = argc == 3 ? std::atoi(argv[2]) : 0;
+    if (operation == operations().end() || count < 1) {
+        std::fprintf(stderr, "Usage: %s OPERATION COUNT\n", argv[0]);
+        return 2;
+    }
+    qputenv("QT_NO_GLIB", "1");
+    const log4cplus::Initializer initializer;
+    log4cplus::Logger::getRoot().setLogLevel(log4cplus::INFO_LOG_LEVEL);
+    const QCoreApplication application(argc, argv);
+    const BenchModule module;
+    const Requests requests = operation->second(module, 2 * count);
+    requests.run(0, count);
+    counted_requests(&requests, count, count);
+    return 0;
+}

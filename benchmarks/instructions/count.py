@@ -1,0 +1,118 @@
+#!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The Tavo developers
+# SPDX-License-Identifier: Apache-2.0
+"""Counts the instructions that the main operations take, and compares them with those expected."""
+
+import argparse
+import json
+import pathlib
+import re
+import subprocess
+import sys
+
+EXPECTED = pathlib.Path(__file__).resolve().parent / "expected.json"
+OPERATIONS = ["routed-request", "sound-enqueue", "sound-cancel", "display-open", "display-cancel"]
+# What the counts depend on besides the code here.
+PACKAGES = ["g++-12", "libc6", "liblog4cplus-2.0.5", "libqt5core5a", "libstdc++6", "valgrind"]
+# The same on every machine: the C library would take what suits the processor for copying memory.
+ENVIRONMENT = {
+    "GLIBC_TUNABLES": "glibc.cpu.hwcaps=-AVX2,-AVX_Fast_Unaligned_Load,-ERMS,-FSRM,-SSSE3,"
+                      "-SSE4_1,-SSE4_2",
+    "LD_BIND_NOW": "1",
+    "QT_HASH_SEED": "0",
+}
+
+
+def count(program, operation, requests, profile):
+    """Instructions a request; the profile is left for callgrind_annotate."""
+    done = subprocess.run(
+        ["valgrind", "--tool=callgrind", "--toggle-collect=counted_requests",
+         f"--callgrind-out-file={profile}", program, operation, str(requests)],
+        env=ENVIRONMENT, check=False, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
+    collected = re.search(r"Collected : (\d+)", done.stderr)
+    if done.returncode != 0 or not collected or int(collected[1]) == 0:
+        sys.exit(f"{operation} can't be counted:\n{done.stderr}")
+    return round(int(collected[1]) / requests)
+
+
+def count_all(build, requests):
+    profiles = pathlib.Path(build) / "instructions"
+    profiles.mkdir(exist_ok=True)
+    program = pathlib.Path(build) / "benchmarks" / "tavo_counted_requests"
+    return {operation: count(program, operation, requests, profiles / f"{operation}.callgrind")
+            for operation in OPERATIONS}
+
+
+def versions():
+    """The installed versions of what the counts depend on; of a package that isn't there, none."""
+    done = subprocess.run(["dpkg-query", "-W", "-f", "${Package} ${Version}\n", *PACKAGES],
+                          check=False, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+    return dict(line.split(" ", 1) for line in done.stdout.splitlines())
+
+
+def compare(expected, seen, band):
+    """Rows of (operation, expected, seen, difference in percent, verdict)."""
+    rows = []
+    for operation in expected | seen:
+        if operation not in expected or operation not in seen:
+            rows.append((operation, expected.get(operation), seen.get(operation), None, "unknown"))
+            continue
+        percent = 100 * (seen[operation] / expected[operation] - 1)
+        verdict = "over" if percent > band else "under" if percent < -band else "ok"
+        rows.append((operation, expected[operation], seen[operation], percent, verdict))
+    return rows
+
+
+def table(rows):
+    lines = [f"{'operation':<16}{'expected':>10}{'seen':>10}{'difference':>12}  verdict"]
+    for operation, expected, seen, percent, verdict in rows:
+        difference = "-" if percent is None else f"{percent:+.2f} %"
+        lines.append(f"{operation:<16}{expected or '-':>10}{seen or '-':>10}{difference:>12}  {verdict}")
+    return "\n".join(lines)
+
+
+def remarks(rows, band, made_with, here):
+    """What there is to say about a table that is not all ok."""
+    verdicts = {row[-1] for row in rows} - {"ok"}
+    if not verdicts:
+        return []
+    result = [f"Beyond the band of {band:g} % either way."]
+    if "over" in verdicts:
+        result.append("Over: a request takes more than it did. callgrind_annotate shows on what.")
+    if "under" in verdicts:
+        result.append("Under: --write keeps what was gained from being lost unseen.")
+    if "unknown" in verdicts:
+        result.append("Unknown: the operation is expected or counted, but not both.")
+    result += [f"{package} was {made_with.get(package, 'missing')} when the figures were made "
+               f"and is {here.get(package, 'missing')} here: the counts depend on it."
+               for package in PACKAGES if made_with.get(package) != here.get(package)]
+    return result
+
+
+def write(path, expected, seen):
+    path.write_text(json.dumps(expected | {"made_with": versions(), "instructions": seen},
+                               indent=4) + "\n")
+
+
+def main(arguments):
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--build", required=True, help="the build folder")
+    parser.add_argument("--expected", type=pathlib.Path, default=EXPECTED)
+    parser.add_argument("--seen", type=pathlib.Path, help="compare these counts, counting nothing")
+    parser.add_argument("--write", action="store_true", help="expect from now on what is seen")
+    options = parser.parse_args(arguments)
+    expected = json.loads(options.expected.read_text())
+    seen = (json.loads(options.seen.read_text()) if options.seen
+            else count_all(options.build, expected["requests"]))
+    rows = compare(expected["instructions"], seen, expected["band_percent"])
+    print(table(rows))
+    if options.write:
+        write(options.expected, expected, seen)
+        return 0
+    for line in remarks(rows, expected["band_percent"], expected["made_with"], versions()):
+        print(line, file=sys.stderr)
+    return 0 if all(row[-1] == "ok" for row in rows) else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))
