@@ -129,7 +129,7 @@ void NotificationDisplay::setPathToNotification(TavoNotificationDisplayItem *ite
     node->rowsAppend(TavoRoles(TavoHash()).setType(TavoRolesType::Text).setTitle(item->message()));
     const TrString title = item->title();
     node->setTitle(title.isEmpty() ? TAVO_TR("Message") : title);
-    item->setPath(node->path());
+    item->leaveToNode(node->path());
     m_messageNodes.insert(id, node);
     LOG4CPLUS_DEBUG(logger, "Node created with id " << id);
 }

@@ -34,7 +34,8 @@ public:
     NotificationDisplay(CMNodes *nodes, QObject *parent);
 
     /// Queues the notification; false, with nothing changed, for one without message and path. On
-    /// success the item carries the path by which the notification is known.
+    /// success the item carries the path by which the notification is known; of a message, title and
+    /// text are left to its node.
     bool enqueue(TavoNotificationDisplayItem *item);
 
     /// Closes every notification queued under the path; true when there was one.
@@ -54,7 +55,7 @@ private:
     /// Shows the head for its time, if it has one.
     void startTimer();
 
-    /// Publishes a node for the message and gives the item its path.
+    /// Publishes a node for the message, which takes its texts, and gives the item its path.
     void setPathToNotification(TavoNotificationDisplayItem *item);
 
     /// Takes one notification and all that it has in the model away. Leaves the timer alone.

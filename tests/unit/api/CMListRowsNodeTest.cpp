@@ -215,6 +215,24 @@ TEST_F(CMListRowsNodeTest, FindsTheFirstRowThatEqualsAValue)
     EXPECT_EQ(askForMatch(QVariant()), QVariant(-1));
 }
 
+TEST_F(CMListRowsNodeTest, IsReadAsTheTextOfAPathThatWasMadeOfParts)
+{
+    node->rowsAppend(CMPath(QStringLiteral("/one")) + QStringLiteral("two"));
+    EXPECT_EQ(node->getRow(0), QVariant(QStringLiteral("/one/two")));
+    EXPECT_EQ(node->getRow(0).userType(), int(QMetaType::QString));
+    EXPECT_EQ(askForMatch(QStringLiteral("/one/two")), QVariant(0));
+}
+
+TEST_F(CMListRowsNodeTest, MatchesATextOnlyAsItIsRead)
+{
+    node->rowsAppend(CMPath(QStringLiteral("/one/two")));
+    node->rowsAppend(CMPath());
+    EXPECT_EQ(askForMatch(QStringLiteral("/one//two")), QVariant(-1));
+    EXPECT_EQ(askForMatch(QStringLiteral("one/two")), QVariant(-1));
+    EXPECT_EQ(askForMatch(QStringLiteral("")), QVariant(1));
+    EXPECT_EQ(askForMatch(QByteArray("/one/two")), QVariant(0));
+}
+
 TEST_F(CMListRowsNodeTest, FindsARowByItsRoles)
 {
     const auto roles = TavoRoles().setTitle("message");

@@ -14,8 +14,8 @@
 ///
 /// A value; copies share the hash. A field that is missing, or holds what doesn't suit its type,
 /// reads as the type's default; fields that a record doesn't know are kept as they are. Everything
-/// that a record holds is plain data (numbers, texts, lists, hashes), so that it can leave the
-/// process and come back equal.
+/// that the setters write is plain data (numbers, texts, lists, hashes), so that a record can leave
+/// the process and come back equal.
 class TAVO_API_EXPORT TavoHash
 {
 public:
@@ -49,6 +49,8 @@ protected:
     {
         m_fields.insert(key, TavoCodec<T>::write(value));
     }
+
+    void remove(const QString &key) { m_fields.remove(key); }
 
 private:
     QVariantHash m_fields;

@@ -14,7 +14,7 @@ const QString titleKey = QStringLiteral("title");
 } // namespace
 
 CMListRowsNode::Row::Row(const CMPath &path)
-    : m_value(path.toQVariant())
+    : m_value(QVariant::fromValue(path))
 {
 }
 
@@ -29,8 +29,18 @@ CMListRowsNode::Row::Row(const TavoRoles &roles)
     m_value = m_isTypeAndTitle ? *title : roles.__variant();
 }
 
+const CMPath *CMListRowsNode::Row::path() const
+{
+    return m_value.userType() == qMetaTypeId<CMPath>()
+               ? static_cast<const CMPath *>(m_value.constData())
+               : nullptr;
+}
+
 QVariant CMListRowsNode::Row::toQVariant() const
 {
+    if (const CMPath *itself = path()) {
+        return itself->toQVariant();
+    }
     return m_isTypeAndTitle ? QVariantHash{{typeKey, m_type}, {titleKey, m_value}} : m_value;
 }
 
@@ -130,15 +140,20 @@ void CMListRowsNode::getRows(const CMGetRowsRequest &request)
 
 void CMListRowsNode::matchRow(const CMMatchRowRequest &request)
 {
-    // Rows hold a path as its text.
+    // Rows are read with a path as its text, which a path needn't make to know itself by.
     QVariant sought = request.value();
+    const CMPath path = CMPath::fromQVariant(sought);
     if (sought.userType() == qMetaTypeId<CMPath>()) {
-        sought = sought.value<CMPath>().toQVariant();
+        sought = path.toQVariant();
     }
+    const bool isPath = !path.isEmpty() && path.toQVariant() == sought;
     int index = 0;
     {
         const std::lock_guard lock(guard());
-        const auto equals = [&sought](const Row &row) { return row.toQVariant() == sought; };
+        const auto equals = [&](const Row &row) {
+            return isPath && row.path() != nullptr ? *row.path() == path
+                                                   : row.toQVariant() == sought;
+        };
         const auto row = std::find_if(m_rows.constBegin(), m_rows.constEnd(), equals);
         index = row == m_rows.constEnd() ? -1 : int(row - m_rows.constBegin());
     }

@@ -39,20 +39,24 @@ private:
     using CMUINode::CMUINode;
 
     /// A row in little room: of the usual roles, a type and a title, it keeps the values alone,
-    /// where a hash of them would take ten times as much.
+    /// where a hash of them would take ten times as much. A path it shares, where its text would be
+    /// a copy.
     class Row
     {
     public:
         explicit Row(const CMPath &path);
         explicit Row(const TavoRoles &roles);
 
-        /// As it was given.
+        /// As it was given, a path as its text.
         QVariant toQVariant() const;
+
+        /// The path of a row that is one.
+        const CMPath *path() const;
 
     private:
         bool m_isTypeAndTitle = false;
         int m_type = 0;
-        QVariant m_value; ///< the title, or the whole row
+        QVariant m_value; ///< the title, the path, or the whole row
     };
 
     void insert(int index, const Row &row);
