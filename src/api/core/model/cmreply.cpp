@@ -20,16 +20,10 @@ CMReplyWatcher::~CMReplyWatcher() = default;
 CMAnswering::~CMAnswering() = default;
 CMReplyAbstractData::~CMReplyAbstractData() = default;
 
-bool CMReplyAbstractData::isFinished() const
-{
-    const std::lock_guard lock(m_mutex);
-    return m_finished;
-}
-
 bool CMReplyAbstractData::waitForFinished(unsigned long ms) const
 {
     std::unique_lock lock(m_mutex);
-    const auto finished = [this] { return m_finished; };
+    const auto finished = [this] { return isFinished(); };
     // Longer than any process runs, and as far as the clock's arithmetic safely goes.
     constexpr std::chrono::hours forEver(24 * 365 * 100);
     const std::chrono::milliseconds mostOfAll(forEver);

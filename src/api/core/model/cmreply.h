@@ -7,6 +7,7 @@
 #include "core/tavo/connect.h"
 #include "core/tavo/export.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <functional>
 #include <limits>
@@ -41,7 +42,7 @@ public:
     CMReplyAbstractData(const CMReplyAbstractData &) = delete;
     CMReplyAbstractData &operator=(const CMReplyAbstractData &) = delete;
 
-    bool isFinished() const;
+    bool isFinished() const { return m_finished; }
 
     /// Blocks until the reply is finished or the milliseconds have passed; the largest number means
     /// no limit. Returns whether it is finished.
@@ -71,8 +72,8 @@ protected:
             if (m_finished) {
                 return;
             }
-            m_finished = true;
             store();
+            m_finished = true;
             watchers.swap(m_watchers);
             m_done.notify_all();
         }
@@ -91,7 +92,7 @@ private:
     void tell(const Watchers &watchers);
 
     mutable std::condition_variable m_done;
-    bool m_finished = false;
+    std::atomic<bool> m_finished{false}; ///< written under the mutex, read without it
     CMError m_error;
     Watchers m_watchers;
 };
@@ -230,7 +231,7 @@ public:
     explicit CMReply(const CMVoidReply &reply)
         : CMVoidReply(reply)
     {
-        if (m_data && !typed()) {
+        if (dynamic_cast<CMReplyData<T> *>(m_data.data()) == nullptr) {
             m_data.reset();
         }
     }
@@ -259,13 +260,11 @@ public:
     }
 
 private:
-    CMReplyData<T> *typed() const { return dynamic_cast<CMReplyData<T> *>(m_data.data()); }
-
+    /// Of this type, as every constructor has seen to.
     CMReplyData<T> *checked() const
     {
-        CMReplyData<T> *data = typed();
-        Q_ASSERT_X(data, "CMReply", "there is no reply of this type behind the view");
-        return data;
+        Q_ASSERT_X(m_data, "CMReply", "there is no reply of this type behind the view");
+        return static_cast<CMReplyData<T> *>(m_data.data());
     }
 };
 
