@@ -11,20 +11,14 @@
 #include <sstream>
 #include <stdexcept>
 
-#include <QStringList>
-
-namespace {
-[[noreturn]] void fail(const QString &key, const QString &reason)
-{
-    // Through the stream, which escapes: a null within the key would end the text.
-    std::ostringstream text;
-    text << key << ": " << reason;
-    throw std::runtime_error(text.str());
-}
-} // namespace
-
 TavoConfiguration::TavoConfiguration(const QVariantHash &config)
     : m_config(config)
+{
+}
+
+TavoConfiguration::TavoConfiguration(const QVariantHash &config, const QString &prefix)
+    : m_config(config)
+    , m_prefix(prefix)
 {
 }
 
@@ -63,6 +57,49 @@ double TavoConfiguration::number(const QString &key, double fallback, double lea
     return number;
 }
 
+bool TavoConfiguration::truth(const QString &key, bool fallback)
+{
+    const QVariant value = take(key);
+    if (!value.isValid()) {
+        return fallback;
+    }
+    if (value.userType() != QMetaType::Bool) {
+        fail(key, QStringLiteral("must be true or false"));
+    }
+    return value.toBool();
+}
+
+QStringList TavoConfiguration::texts(const QString &key, const QStringList &fallback)
+{
+    const QVariant value = take(key);
+    if (!value.isValid()) {
+        return fallback;
+    }
+    if (value.userType() == QMetaType::QStringList) {
+        return value.toStringList();
+    }
+    const QVariantList elements = value.toList();
+    const bool allTexts =
+        std::all_of(elements.begin(), elements.end(), [](const QVariant &element) {
+            return element.userType() == QMetaType::QString;
+        });
+    if (value.userType() != QMetaType::QVariantList || !allTexts) {
+        fail(key, QStringLiteral("must be a list of texts"));
+    }
+    return value.toStringList();
+}
+
+TavoConfiguration TavoConfiguration::section(const QString &key)
+{
+    const QVariant value = take(key);
+    const bool isObject =
+        value.userType() == QMetaType::QVariantHash || value.userType() == QMetaType::QVariantMap;
+    if (value.isValid() && !isObject) {
+        fail(key, QStringLiteral("must be an object"));
+    }
+    return {value.toHash(), m_prefix + key + QLatin1Char('.')};
+}
+
 void TavoConfiguration::finish() const
 {
     QStringList keys = m_config.keys();
@@ -78,4 +115,12 @@ QVariant TavoConfiguration::take(const QString &key)
 {
     m_read.insert(key);
     return m_config.value(key);
+}
+
+void TavoConfiguration::fail(const QString &key, const QString &reason) const
+{
+    // Through the stream, which escapes: a null within the key would end the text.
+    std::ostringstream text;
+    text << m_prefix << key << ": " << reason;
+    throw std::runtime_error(text.str());
 }

@@ -1,0 +1,38 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QVariantHash>
+
+/// What the module is told at its start, by the keys of the same names.
+struct DbusConfiguration
+{
+    /// What one client may have and do; section "limits".
+    struct Limits
+    {
+        int openNotifications;
+        int requestsPerSecond; ///< on average; twice as many at once. 0: no limit
+        int valueBytes;        ///< of a value's texts and bytes, and 8 for each value within
+        int subscriptions;
+        int inboxes;
+    };
+
+    /// Which sounds clients may have played; section "sounds".
+    struct Sounds
+    {
+        QStringList schemes; ///< "file" stands for paths too
+        QStringList folders; ///< where files must be, at any depth
+    };
+
+    QString bus;          ///< "session", "system" or an address
+    bool notifications;   ///< whether to serve org.freedesktop.Notifications
+    int defaultTimeoutMs; ///< "defaultTimeout": of a notification that names none
+    Limits limits;
+    Sounds sounds;
+
+    /// Throws a std::runtime_error that names the key for a configuration that can't be used.
+    static DbusConfiguration fromHash(const QVariantHash &config);
+};

@@ -1,0 +1,48 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "DbusWorker.h"
+
+namespace {
+const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
+}
+
+TAVO_MODULE_EXPORT void *worker_create(const char *name, void *config)
+{
+    LOG4CPLUS_DEBUG(logger, "Creating worker " << (name != nullptr ? name : ""));
+    CMWorker *worker = new DbusWorker(*static_cast<const QVariantHash *>(config));
+    return worker;
+}
+
+DbusWorker::DbusWorker(const QVariantHash &config)
+    : CMNodesWorker(config, QStringLiteral("Dbus"))
+    , m_configuration(DbusConfiguration::fromHash(config))
+    , m_bus(m_configuration.bus)
+    , m_model(m_bus)
+{
+    tavoConnect(&m_bus, &BusConnection::connected, this, &DbusWorker::on_bus_connected);
+    tavoConnect(&m_bus, &BusConnection::lost, this, &DbusWorker::on_bus_lost);
+    tavoConnect(&m_bus, &BusConnection::nameAcquired, this, &DbusWorker::on_bus_nameAcquired);
+    tavoConnect(&m_bus, &BusConnection::nameTaken, this, &DbusWorker::on_bus_nameTaken);
+    m_bus.open();
+}
+
+void DbusWorker::on_bus_connected()
+{
+    LOG4CPLUS_INFO(logger, "Connected to the bus: " << m_configuration.bus);
+}
+
+void DbusWorker::on_bus_lost(const QString &reason)
+{
+    LOG4CPLUS_WARN(logger, "There is no bus, trying on: " << m_configuration.bus << ": " << reason);
+}
+
+void DbusWorker::on_bus_nameAcquired(const QString &name)
+{
+    LOG4CPLUS_INFO(logger, "Serving " << name);
+}
+
+void DbusWorker::on_bus_nameTaken(const QString &name)
+{
+    LOG4CPLUS_WARN(logger, "Another program serves " << name << ", waiting for it to end");
+}

@@ -1,0 +1,38 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "support/bus/PrivateBus.h"
+#include "support/EventLoop.h"
+#include "support/LoadedModule.h"
+#include "support/LogCapture.h"
+
+#include <core/tavo.h>
+
+#include <memory>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+/// The module on a bus of its own, loaded from its library.
+class DbusTest : public testing::Test
+{
+protected:
+    DbusTest() = default;
+
+    /// Loads the module; the bus's address is added to the configuration.
+    void load(QVariantHash config = {})
+    {
+        config.insert(QStringLiteral("bus"), m_bus.address());
+        m_module = std::make_unique<LoadedModule>(MODULE_FILE, "dbus", config);
+    }
+
+    PrivateBus &bus() { return m_bus; }
+    LogCapture &log() { return m_log; }
+
+private:
+    PrivateBus m_bus;
+    LogCapture m_log{"Dbus"};
+    std::unique_ptr<LoadedModule> m_module;
+};

@@ -1,0 +1,93 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "support/bus/PrivateBus.h"
+
+#include <stdexcept>
+
+#include <QFile>
+
+#include <csignal>
+#include <sys/prctl.h>
+
+namespace {
+constexpr int patienceMs = 20000;
+
+/// As a session's bus, with room for what tests of scale send.
+constexpr const char *configurationText = R"(<!DOCTYPE busconfig PUBLIC
+ "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <type>session</type>
+  <listen>unix:path=%1</listen>
+  <auth>EXTERNAL</auth>
+  <policy context="default">
+    <allow send_destination="*" eavesdrop="true"/>
+    <allow eavesdrop="true"/>
+    <allow own="*"/>
+  </policy>
+  <limit name="max_incoming_bytes">1000000000</limit>
+  <limit name="max_outgoing_bytes">1000000000</limit>
+  <limit name="max_message_size">134217728</limit>
+  <limit name="max_completed_connections">100000</limit>
+  <limit name="max_connections_per_user">100000</limit>
+  <limit name="max_match_rules_per_connection">100000</limit>
+  <limit name="max_replies_per_connection">100000</limit>
+</busconfig>
+)";
+
+/// A process that doesn't outlive the test program, however that ends.
+class BoundProcess : public QProcess
+{
+protected:
+    void setupChildProcess() override { prctl(PR_SET_PDEATHSIG, SIGKILL); }
+};
+} // namespace
+
+PrivateBus::PrivateBus()
+{
+    QFile file(configuration());
+    if (!file.open(QIODevice::WriteOnly) ||
+        file.write(QString::fromLatin1(configurationText).arg(socket()).toUtf8()) < 0) {
+        throw std::runtime_error("the bus's configuration can't be written");
+    }
+    file.close();
+    start();
+}
+
+PrivateBus::~PrivateBus()
+{
+    stop();
+}
+
+QString PrivateBus::address() const
+{
+    return QStringLiteral("unix:path=") + socket();
+}
+
+void PrivateBus::stop()
+{
+    if (m_daemon == nullptr) {
+        return;
+    }
+    m_daemon->terminate();
+    if (!m_daemon->waitForFinished(patienceMs)) {
+        m_daemon->kill();
+        m_daemon->waitForFinished(patienceMs);
+    }
+    m_daemon.reset();
+}
+
+void PrivateBus::start()
+{
+    m_daemon = std::make_unique<BoundProcess>();
+    m_daemon->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    m_daemon->start(QStringLiteral("dbus-daemon"),
+                    {QStringLiteral("--nofork"), QStringLiteral("--nopidfile"),
+                     QStringLiteral("--print-address"),
+                     QStringLiteral("--config-file=") + configuration()});
+    // It prints its address once it listens.
+    if (!m_daemon->waitForReadyRead(patienceMs)) {
+        throw std::runtime_error("the bus doesn't start");
+    }
+}

@@ -1,0 +1,43 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <memory>
+
+#include <QProcess>
+#include <QString>
+#include <QTemporaryDir>
+
+/// A message bus of a test's own, which lets everybody do everything. Ends with the object, and with
+/// the process at the latest.
+class PrivateBus
+{
+public:
+    /// Returns when the bus takes connections; throws when it doesn't come to that.
+    PrivateBus();
+    ~PrivateBus();
+    PrivateBus(const PrivateBus &) = delete;
+    PrivateBus &operator=(const PrivateBus &) = delete;
+
+    /// The same from start to start.
+    QString address() const;
+
+    void stop();
+
+    /// Starts the bus again once it was stopped.
+    void start();
+
+    void restart()
+    {
+        stop();
+        start();
+    }
+
+private:
+    QString socket() const { return m_folder.filePath(QStringLiteral("bus")); }
+    QString configuration() const { return m_folder.filePath(QStringLiteral("bus.conf")); }
+
+    QTemporaryDir m_folder;
+    std::unique_ptr<QProcess> m_daemon;
+};
