@@ -6,6 +6,7 @@
 // The platform header: the one include of a module.
 
 #include "core/model/cmabstractworker.h"
+#include "core/model/cmcatalog.h"
 #include "core/model/cmerror.h"
 #include "core/model/cmpath.h"
 #include "core/model/cmreply.h"

@@ -18,7 +18,8 @@ DbusWorker::DbusWorker(const QVariantHash &config)
     : CMNodesWorker(config, QStringLiteral("Dbus"))
     , m_configuration(DbusConfiguration::fromHash(config))
     , m_bus(m_configuration.bus)
-    , m_model(m_bus)
+    , m_clients(m_bus, m_configuration.limits)
+    , m_model(m_bus, m_clients, nodes())
 {
     tavoConnect(&m_bus, &BusConnection::connected, this, &DbusWorker::on_bus_connected);
     tavoConnect(&m_bus, &BusConnection::lost, this, &DbusWorker::on_bus_lost);

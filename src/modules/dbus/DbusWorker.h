@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Clients.h"
 #include "DbusConfiguration.h"
 #include "ModelInterface.h"
 
@@ -30,5 +31,6 @@ private Q_SLOTS:
 private:
     const DbusConfiguration m_configuration;
     BusConnection m_bus; ///< first of the parts: the others stand on it
+    Clients m_clients;
     ModelInterface m_model;
 };

@@ -3,32 +3,323 @@
 
 #include "ModelInterface.h"
 
+#include "Clients.h"
+
 #include <bus/BusConnection.h>
-#include <core/tavo/connect.h>
+#include <bus/BusError.h>
+#include <bus/BusVariant.h>
 
 namespace {
+const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
+
 constexpr const char *interfaceName = "org.tavo.Model1";
 constexpr const char *objectPath = "/org/tavo/Model1";
+
+/// Longer than any that means something, and short enough to keep by the thousand.
+constexpr int longestPath = 4096;
+
+CMPath readPath(sdbus::MethodCall &call)
+{
+    const QString text = BusVariant::readText(call);
+    if (text.size() > longestPath) {
+        throw BusErrors::invalidPath("A path has no more than " + std::to_string(longestPath) +
+                                     " characters");
+    }
+    CMPath path(text);
+    if (path.isEmpty() || path.toString() != text) {
+        throw BusErrors::invalidPath("\"" + text.toStdString() +
+                                     "\" is no path: it takes a slash before each name, as in "
+                                     "/notifications/display");
+    }
+    return path;
+}
+
+/// Of a method that takes "/" for the whole model.
+CMPath readPathOrRoot(sdbus::MethodCall &call)
+{
+    char *text = nullptr;
+    call >> text;
+    if (std::string(text) == "/") {
+        return {};
+    }
+    call.rewind(true);
+    return readPath(call);
+}
+
+Subscriptions::Change readChange(sdbus::MethodCall &call)
+{
+    const QString change = BusVariant::readText(call);
+    if (change == QLatin1String("value")) {
+        return CMAbstractWorker::ValueChange;
+    }
+    if (change == QLatin1String("rows")) {
+        return CMAbstractWorker::RowsChange;
+    }
+    if (change == QLatin1String("node")) {
+        return CMAbstractWorker::NodeChange;
+    }
+    throw BusErrors::invalidArguments("A change is one of \"value\", \"rows\" and \"node\"");
+}
+
+void appendValue(sdbus::MethodReply &answer, const QVariant &value)
+{
+    BusVariant::append(answer, value);
+}
+
+void appendRows(sdbus::MethodReply &answer, const QVariant &value)
+{
+    // The rows stand in an array.
+    constexpr int depth = 1;
+    const QVariantList rows = value.toList();
+    answer.openContainer("v");
+    for (const QVariant &row : rows) {
+        BusVariant::append(answer, row, depth);
+    }
+    answer.closeContainer();
+}
+
+void appendIndex(sdbus::MethodReply &answer, const QVariant &value)
+{
+    answer << std::int32_t(value.toInt());
+}
+
+void appendEntries(sdbus::MethodReply &answer, const std::vector<CMCatalog::Entry> &entries)
+{
+    answer.openContainer("(sss)");
+    for (const CMCatalog::Entry &entry : entries) {
+        answer.openStruct("sss");
+        BusVariant::appendText(answer, entry.path.toString());
+        BusVariant::appendText(answer, entry.kind);
+        BusVariant::appendText(answer, entry.title.toString());
+        answer.closeStruct();
+    }
+    answer.closeContainer();
+}
 } // namespace
 
-ModelInterface::ModelInterface(BusConnection &bus)
+ModelInterface::ModelInterface(BusConnection &bus, Clients &clients, CMNodes *nodes)
     : m_bus(bus)
+    , m_clients(clients)
+    , m_subscriptions(clients)
+    , m_inboxes(clients, nodes)
 {
-    m_bus.ownName(QStringLiteral("org.tavo.Model1"));
+    m_bus.ownName(QString::fromLatin1(interfaceName));
     tavoConnect(&m_bus, &BusConnection::connected, this, &ModelInterface::on_bus_connected);
     tavoConnect(&m_bus, &BusConnection::lost, this, &ModelInterface::on_bus_lost);
+    tavoConnect(&m_subscriptions, &Subscriptions::valueChanged, this,
+                &ModelInterface::on_subscriptions_valueChanged);
+    tavoConnect(&m_subscriptions, &Subscriptions::rowsChanged, this,
+                &ModelInterface::on_subscriptions_rowsChanged);
+    tavoConnect(&m_subscriptions, &Subscriptions::nodeChanged, this,
+                &ModelInterface::on_subscriptions_nodeChanged);
+    tavoConnect(&m_inboxes, &Inboxes::received, this, &ModelInterface::on_inboxes_received);
 }
 
 void ModelInterface::on_bus_connected()
 {
     m_object = sdbus::createObject(m_bus.connection(), objectPath);
-    m_object->registerProperty(interfaceName, "Version", "s", [](sdbus::PropertyGetReply &reply) {
-        reply << std::string(TAVO_VERSION);
-    });
+    add("GetValue", &ModelInterface::getValue, "s", {"path"}, "v", {"value"});
+    add("Call", &ModelInterface::callNode, "sv", {"path", "value"}, "v", {"answer"});
+    add("List", &ModelInterface::list, "s", {"path"}, "a(sss)", {"nodes"});
+    add("Tree", &ModelInterface::tree, "s", {"path"}, "a(sss)", {"nodes"});
+    add("GetRows", &ModelInterface::getRows, "sii", {"path", "first", "count"}, "av", {"rows"});
+    add("MatchRow", &ModelInterface::matchRow, "sv", {"path", "row"}, "i", {"index"});
+    add("Close", &ModelInterface::closeNode, "s", {"path"}, "b", {"heard"});
+    add("Subscribe", &ModelInterface::subscribe, "ss", {"path", "change"}, "", {});
+    add("Unsubscribe", &ModelInterface::unsubscribe, "ss", {"path", "change"}, "", {});
+    add("OpenInbox", &ModelInterface::openInbox, "", {}, "s", {"path"});
+    add("CloseInbox", &ModelInterface::closeInbox, "s", {"path"}, "", {});
+    addSignal("ValueChanged", "sv", {"path", "value"});
+    addSignal("RowsChanged", "sasii", {"path", "changes", "first", "count"});
+    addSignal("NodeChanged", "sb", {"path", "published"});
+    addSignal("Received", "sv", {"inbox", "value"});
+    sdbus::Flags constant;
+    constant.set(sdbus::Flags::CONST_PROPERTY_VALUE);
+    m_object->registerProperty(
+        interfaceName, "Version", "s",
+        [](sdbus::PropertyGetReply &reply) { reply << std::string(TAVO_VERSION); }, constant);
     m_object->finishRegistration();
+}
+
+void ModelInterface::add(const char *method, Handler handler, const char *in, const Texts &inNames,
+                         const char *out, const Texts &outNames)
+{
+    m_object->registerMethod(interfaceName, method, in, inNames, out, outNames,
+                             [this, handler](sdbus::MethodCall call) { handle(call, handler); });
+}
+
+void ModelInterface::addSignal(const char *name, const char *signature, const Texts &names)
+{
+    m_object->registerSignal(interfaceName, name, signature, names);
+}
+
+void ModelInterface::handle(sdbus::MethodCall &call, Handler handler)
+{
+    // The caller above answers with the bus's own errors, and lets others end the process.
+    try {
+        m_clients.count(call.getSender());
+        (this->*handler)(call);
+    } catch (const sdbus::Error &) {
+        throw;
+    } catch (const std::exception &error) {
+        throw sdbus::Error("org.freedesktop.DBus.Error.Failed", error.what());
+    }
 }
 
 void ModelInterface::on_bus_lost()
 {
+    m_calls.clear();
     m_object.reset();
+}
+
+void ModelInterface::getValue(sdbus::MethodCall &call)
+{
+    const CMReply<QVariant> reply;
+    CMRoot()->getDataRequest(CMGetDataRequest(readPath(call), reply));
+    m_calls.answer(call, reply, appendValue);
+}
+
+void ModelInterface::callNode(sdbus::MethodCall &call)
+{
+    const CMPath path = readPath(call);
+    const QVariant value = BusVariant::read(call, m_clients.limits().valueBytes);
+    m_calls.answer(call, CMRoot()->invoke(path, value, {}), appendValue);
+}
+
+void ModelInterface::list(sdbus::MethodCall &call)
+{
+    sdbus::MethodReply answer = call.createReply();
+    appendEntries(answer, CMCatalog::children(readPathOrRoot(call)));
+    answer.send();
+}
+
+void ModelInterface::tree(sdbus::MethodCall &call)
+{
+    sdbus::MethodReply answer = call.createReply();
+    appendEntries(answer, CMCatalog::tree(readPathOrRoot(call)));
+    answer.send();
+}
+
+void ModelInterface::getRows(sdbus::MethodCall &call)
+{
+    const CMPath path = readPath(call);
+    std::int32_t first = 0;
+    std::int32_t count = 0;
+    call >> first >> count;
+    if (first < 0 || count < -1) {
+        throw BusErrors::invalidArguments(
+            "Rows are asked for from 0 on, and as many as the count says or, with -1, all");
+    }
+    const CMReply<QVariant> reply;
+    CMRoot()->getRowsRequest(CMGetRowsRequest(path, first, count, reply));
+    m_calls.answer(call, reply, appendRows);
+}
+
+void ModelInterface::matchRow(sdbus::MethodCall &call)
+{
+    const CMPath path = readPath(call);
+    const QVariant row = BusVariant::read(call, m_clients.limits().valueBytes);
+    const CMReply<QVariant> reply;
+    CMRoot()->matchRowRequest(CMMatchRowRequest(path, row, reply));
+    m_calls.answer(call, reply, appendIndex);
+}
+
+void ModelInterface::closeNode(sdbus::MethodCall &call)
+{
+    sdbus::MethodReply answer = call.createReply();
+    answer << CMSubscribe::closeNode(readPath(call));
+    answer.send();
+}
+
+void ModelInterface::subscribe(sdbus::MethodCall &call)
+{
+    const CMPath path = readPath(call);
+    m_subscriptions.add(call.getSender(), readChange(call), path);
+    call.createReply().send();
+}
+
+void ModelInterface::unsubscribe(sdbus::MethodCall &call)
+{
+    const CMPath path = readPath(call);
+    if (!m_subscriptions.remove(call.getSender(), readChange(call), path)) {
+        throw BusErrors::invalidArguments("There is no such subscription");
+    }
+    call.createReply().send();
+}
+
+void ModelInterface::openInbox(sdbus::MethodCall &call)
+{
+    sdbus::MethodReply answer = call.createReply();
+    BusVariant::appendText(answer, m_inboxes.open(call.getSender()).toString());
+    answer.send();
+}
+
+void ModelInterface::closeInbox(sdbus::MethodCall &call)
+{
+    const CMPath path = readPath(call);
+    if (!m_inboxes.close(call.getSender(), path)) {
+        throw BusErrors::invalidArguments("The caller has no inbox at " +
+                                          path.toString().toStdString());
+    }
+    call.createReply().send();
+}
+
+template <typename Append>
+void ModelInterface::send(const char *signal, const Subscriptions::Names &clients, Append append)
+{
+    if (!m_object) {
+        return;
+    }
+    try {
+        for (const std::string &client : clients) {
+            sdbus::Signal message = m_object->createSignal(interfaceName, signal);
+            append(message);
+            message.setDestination(client);
+            message.send();
+        }
+    } catch (const sdbus::Error &error) {
+        LOG4CPLUS_WARN(logger, "A change can't be sent: " << error.what());
+    }
+}
+
+void ModelInterface::on_subscriptions_valueChanged(const Subscriptions::Names &clients,
+                                                   const CMPath &path, const QVariant &value)
+{
+    send("ValueChanged", clients, [&](sdbus::Signal &message) {
+        BusVariant::appendText(message, path.toString());
+        BusVariant::append(message, value);
+    });
+}
+
+void ModelInterface::on_subscriptions_rowsChanged(const Subscriptions::Names &clients,
+                                                  const CMPath &path, const QStringList &changes,
+                                                  int first, int count)
+{
+    send("RowsChanged", clients, [&](sdbus::Signal &message) {
+        BusVariant::appendText(message, path.toString());
+        message.openContainer("s");
+        for (const QString &change : changes) {
+            BusVariant::appendText(message, change);
+        }
+        message.closeContainer();
+        message << std::int32_t(first) << std::int32_t(count);
+    });
+}
+
+void ModelInterface::on_subscriptions_nodeChanged(const Subscriptions::Names &clients,
+                                                  const CMPath &path, bool published)
+{
+    send("NodeChanged", clients, [&](sdbus::Signal &message) {
+        BusVariant::appendText(message, path.toString());
+        message << published;
+    });
+}
+
+void ModelInterface::on_inboxes_received(const std::string &client, const CMPath &inbox,
+                                         const QVariant &value)
+{
+    send("Received", {client}, [&](sdbus::Signal &message) {
+        BusVariant::appendText(message, inbox.toString());
+        BusVariant::append(message, value);
+    });
 }

@@ -3,29 +3,74 @@
 
 #pragma once
 
+#include "Inboxes.h"
+#include "PendingCalls.h"
+#include "Subscriptions.h"
+
+#include <core/tavo.h>
+
 #include <QObject>
 
 #include <sdbus-c++/sdbus-c++.h>
 
 #include <memory>
+#include <string>
+#include <vector>
 
 class BusConnection;
+class Clients;
 
-/// org.tavo.Model1: the model as clients on the bus see it.
+/// org.tavo.Model1: the model as clients on the bus see it. data/dbus/org.tavo.Model1.xml says what
+/// each method does.
 ///
-/// Thread and owner: its worker's.
+/// Thread and owner: its worker's. Every call is answered, and nothing waits for a module to do so.
 class ModelInterface : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit ModelInterface(BusConnection &bus);
+    ModelInterface(BusConnection &bus, Clients &clients, CMNodes *nodes);
 
 private Q_SLOTS:
     void on_bus_connected();
     void on_bus_lost();
+    void on_subscriptions_valueChanged(const Subscriptions::Names &clients, const CMPath &path,
+                                       const QVariant &value);
+    void on_subscriptions_rowsChanged(const Subscriptions::Names &clients, const CMPath &path,
+                                      const QStringList &changes, int first, int count);
+    void on_subscriptions_nodeChanged(const Subscriptions::Names &clients, const CMPath &path,
+                                      bool published);
+    void on_inboxes_received(const std::string &client, const CMPath &inbox, const QVariant &value);
 
 private:
+    using Handler = void (ModelInterface::*)(sdbus::MethodCall &call);
+    using Texts = std::vector<std::string>;
+
+    void add(const char *method, Handler handler, const char *in, const Texts &inNames,
+             const char *out, const Texts &outNames);
+    void addSignal(const char *name, const char *signature, const Texts &names);
+    void handle(sdbus::MethodCall &call, Handler handler);
+
+    void getValue(sdbus::MethodCall &call);
+    void callNode(sdbus::MethodCall &call);
+    void list(sdbus::MethodCall &call);
+    void tree(sdbus::MethodCall &call);
+    void getRows(sdbus::MethodCall &call);
+    void matchRow(sdbus::MethodCall &call);
+    void closeNode(sdbus::MethodCall &call);
+    void subscribe(sdbus::MethodCall &call);
+    void unsubscribe(sdbus::MethodCall &call);
+    void openInbox(sdbus::MethodCall &call);
+    void closeInbox(sdbus::MethodCall &call);
+
+    /// Sends a signal to each of the clients.
+    template <typename Append>
+    void send(const char *signal, const Subscriptions::Names &clients, Append append);
+
     BusConnection &m_bus;
+    Clients &m_clients;
+    PendingCalls m_calls;
+    Subscriptions m_subscriptions;
+    Inboxes m_inboxes;
     std::unique_ptr<sdbus::IObject> m_object; ///< while connected
 };

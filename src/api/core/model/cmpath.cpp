@@ -89,6 +89,16 @@ bool CMPath::Data::isJoinedOf(const Data &parts) const
            head.endsWith(parts.segment) && head.startsWith(parts.head);
 }
 
+bool CMPath::Data::isBelow(const QString &ancestor) const
+{
+    // A segment holds no slash, so the ancestor ends in the head or with it.
+    const int slashAt = ancestor.size();
+    if (head.size() == slashAt) {
+        return !segment.isEmpty() && head == ancestor;
+    }
+    return head.size() > slashAt && head.at(slashAt) == slash && head.startsWith(ancestor);
+}
+
 CMPath::CMPath(const QString &text)
 {
     const QString result = isCanonical(text) ? text : canonical(text);
@@ -123,6 +133,11 @@ CMPath CMPath::operator+(const QString &relative) const
         return CMPath(toString() + slash + relative);
     }
     return CMPath(new Data(toString(), relative));
+}
+
+bool CMPath::isBelow(const CMPath &ancestor) const
+{
+    return m_data && (!ancestor.m_data || m_data->isBelow(ancestor.toString()));
 }
 
 bool CMPath::operator==(const CMPath &other) const

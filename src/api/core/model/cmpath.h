@@ -41,6 +41,9 @@ public:
     /// ("/player/revokeResources"). Never doubles a slash; an empty text gives the same path.
     CMPath operator+(const QString &relative) const;
 
+    /// Whether the path begins with that one and goes on; every path is below the empty one.
+    bool isBelow(const CMPath &ancestor) const;
+
     bool operator==(const CMPath &other) const;
     bool operator!=(const CMPath &other) const { return !(*this == other); }
 
@@ -64,6 +67,7 @@ private:
         QString joined() const;
         bool operator==(const Data &other) const;
         bool isJoinedOf(const Data &parts) const;
+        bool isBelow(const QString &ancestor) const;
 
         const uint hash;
         const QString head;    ///< the text, or the text before the last segment

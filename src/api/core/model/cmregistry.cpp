@@ -68,6 +68,20 @@ CMNode::Pointer CMRegistry::find(const CMPath &path) const
     return CMNode::Pointer(slice.nodes.find(path));
 }
 
+std::vector<CMNode::Pointer> CMRegistry::nodesAt(const CMPath &path) const
+{
+    std::vector<CMNode::Pointer> found;
+    for (const NodeSlice &slice : m_nodes) {
+        const std::shared_lock lock(slice.mutex);
+        for (CMNode *node : slice.nodes.entries()) {
+            if (path.isEmpty() || node->path() == path || node->path().isBelow(path)) {
+                found.emplace_back(node);
+            }
+        }
+    }
+    return found;
+}
+
 void CMRegistry::trace() const
 {
     QStringList paths;

@@ -13,6 +13,7 @@
 #include <functional>
 #include <mutex>
 #include <shared_mutex>
+#include <vector>
 
 class ChangeEvent;
 
@@ -35,6 +36,10 @@ public:
 
     /// The node at the path, kept alive by the pointer; null for none.
     CMNode::Pointer find(const CMPath &path) const;
+
+    /// The nodes at the path and below it, of the empty path all, kept alive by the pointers; in no
+    /// order.
+    std::vector<CMNode::Pointer> nodesAt(const CMPath &path) const;
 
     void subscribe(CMAbstractWorker::ChangeType type, const CMPath &path, QObject *receiver,
                    const std::function<bool(ChangeNotifier *)> &connectTo);

@@ -18,6 +18,11 @@ void CMActivateNode::doSetInvoke(const Connector &connector)
     }
 }
 
+QString CMActivateNode::kind() const
+{
+    return QStringLiteral("request");
+}
+
 void CMActivateNode::setData(const CMSetDataRequest &request)
 {
     // With nobody bound the request is dropped here, and a dropped request answers itself.

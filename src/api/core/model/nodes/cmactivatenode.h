@@ -37,6 +37,7 @@ public:
 
     void doSetInvoke(const Connector &connector);
 
+    QString kind() const override;
     void setData(const CMSetDataRequest &request) override;
 
 Q_SIGNALS:

@@ -121,6 +121,11 @@ QVariant CMListRowsNode::getRow(int index) const
     return index >= 0 && index < m_rows.size() ? m_rows.at(index).toQVariant() : QVariant();
 }
 
+QString CMListRowsNode::kind() const
+{
+    return QStringLiteral("list");
+}
+
 void CMListRowsNode::getRows(const CMGetRowsRequest &request)
 {
     QVariantList rows;

@@ -32,6 +32,7 @@ public:
     /// The row, as CMPath::fromQVariant() or TavoRoles read it; invalid where there is none.
     QVariant getRow(int index) const;
 
+    QString kind() const override;
     void getRows(const CMGetRowsRequest &request) override;
     void matchRow(const CMMatchRowRequest &request) override;
 

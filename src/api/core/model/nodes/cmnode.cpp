@@ -47,6 +47,11 @@ void CMNode::dispose()
     m_nodes->remove(this);
 }
 
+QString CMNode::kind() const
+{
+    return QStringLiteral("node");
+}
+
 void CMNode::setData(const CMSetDataRequest &request)
 {
     refuse(request, "can't be set");

@@ -36,6 +36,10 @@ public:
     /// are through. The pointer is not to be used any more.
     virtual void dispose();
 
+    /// The kind's name, for people and programs that look around: "value", "list", "request". Any
+    /// thread.
+    virtual QString kind() const;
+
     // Requests. A kind answers those that it knows; here each is answered with an error.
     virtual void setData(const CMSetDataRequest &request);
     virtual void getData(const CMGetDataRequest &request);

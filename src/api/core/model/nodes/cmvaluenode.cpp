@@ -48,6 +48,11 @@ TavoValue CMValueNode::value() const
     return guarded([this] { return m_value; });
 }
 
+QString CMValueNode::kind() const
+{
+    return QStringLiteral("value");
+}
+
 void CMValueNode::getData(const CMGetDataRequest &request)
 {
     request.reply().setValue(value().__variant());

@@ -22,6 +22,7 @@ public:
 
     TavoValue value() const;
 
+    QString kind() const override;
     void getData(const CMGetDataRequest &request) override;
 
 private:

@@ -1,0 +1,66 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "core/model/cmcatalog.h"
+
+#include "core/model/cmregistry.h"
+#include "core/model/nodes/cmuinode.h"
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+namespace {
+CMCatalog::Entry entryOf(const CMNode &node)
+{
+    const auto *shown = dynamic_cast<const CMUINode *>(&node);
+    return {node.path(), node.kind(), shown != nullptr ? shown->title() : TrString()};
+}
+} // namespace
+
+QString CMCatalog::groupKind()
+{
+    return QStringLiteral("group");
+}
+
+std::vector<CMCatalog::Entry> CMCatalog::tree(const CMPath &path)
+{
+    // By their texts, each made once: a comparison may need it joined.
+    std::vector<std::pair<QString, Entry>> found;
+    for (const CMNode::Pointer &node : CMRegistry::instance().nodesAt(path)) {
+        found.emplace_back(node->path().toString(), entryOf(*node));
+    }
+    std::sort(found.begin(), found.end(),
+              [](const auto &one, const auto &other) { return one.first < other.first; });
+    std::vector<Entry> entries;
+    entries.reserve(found.size());
+    for (auto &[text, entry] : found) {
+        entries.push_back(std::move(entry));
+    }
+    return entries;
+}
+
+std::vector<CMCatalog::Entry> CMCatalog::children(const CMPath &path)
+{
+    const int nameAt = path.toString().size() + 1;
+    std::map<QString, Entry> found;
+    for (const CMNode::Pointer &node : CMRegistry::instance().nodesAt(path)) {
+        if (node->path() == path) {
+            continue;
+        }
+        const QString text = node->path().toString();
+        const int nameEnd = text.indexOf(QLatin1Char('/'), nameAt);
+        const QString name = text.mid(nameAt, nameEnd < 0 ? -1 : nameEnd - nameAt);
+        if (nameEnd < 0) {
+            found.insert_or_assign(name, entryOf(*node));
+        } else if (found.count(name) == 0) {
+            found.emplace(name, Entry{path + name, groupKind(), {}});
+        }
+    }
+    std::vector<Entry> entries;
+    entries.reserve(found.size());
+    for (auto &[name, entry] : found) {
+        entries.push_back(std::move(entry));
+    }
+    return entries;
+}

@@ -1,0 +1,44 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <QString>
+#include <QVariant>
+
+#include <systemd/sd-bus.h>
+
+/// Writes values into a message; see BusVariant.
+class BusVariantWriter
+{
+public:
+    explicit BusVariantWriter(sd_bus_message *message)
+        : m_message(message)
+    {
+    }
+
+    /// As a variant that stands in that many containers.
+    void append(const QVariant &value, int depth);
+
+    void appendText(const QString &text);
+
+private:
+    void appendOwnType(const QVariant &value, int depth);
+    void appendNothing();
+    void appendBytes(const QByteArray &bytes);
+    void appendTextVariant(const QString &text);
+    void appendTexts(const QStringList &texts);
+    void appendList(const QVariantList &values, int depth);
+
+    /// Of a hash or a map.
+    template <typename Fields>
+    void appendFields(const Fields &fields, int depth);
+
+    template <typename Wire>
+    void appendNumber(char type, Wire number);
+
+    void open(char container, const char *contents);
+    void close();
+
+    sd_bus_message *m_message;
+};

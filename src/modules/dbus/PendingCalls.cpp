@@ -1,0 +1,53 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "PendingCalls.h"
+
+#include <bus/BusError.h>
+
+namespace {
+const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
+}
+
+void PendingCalls::answer(const sdbus::MethodCall &call, const CMReply<QVariant> &reply,
+                          Append append)
+{
+    if (reply.isFinished()) {
+        send(call, reply, append);
+        return;
+    }
+    const quint64 number = ++m_lastNumber;
+    m_calls.emplace(number, PendingCall{call, append});
+    reply.onFinished(
+        this, [this, number](const CMReply<QVariant> &finished) { finish(number, finished); });
+}
+
+void PendingCalls::finish(quint64 number, const CMReply<QVariant> &reply)
+{
+    auto pending = m_calls.extract(number);
+    if (pending.empty()) {
+        return;
+    }
+    try {
+        send(pending.mapped().call, reply, pending.mapped().append);
+    } catch (const sdbus::Error &error) {
+        LOG4CPLUS_WARN(logger, "An answer can't be sent: " << error.what());
+    }
+}
+
+void PendingCalls::send(const sdbus::MethodCall &call, const CMReply<QVariant> &reply,
+                        Append append)
+{
+    const CMError error = reply.error();
+    if (error.isError()) {
+        BusError::reply(call, error).send();
+        return;
+    }
+    sdbus::MethodReply answer = call.createReply();
+    try {
+        append(answer, reply.value());
+    } catch (const sdbus::Error &unsupported) {
+        answer = call.createErrorReply(unsupported);
+    }
+    answer.send();
+}

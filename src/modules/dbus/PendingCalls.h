@@ -1,0 +1,45 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <core/tavo.h>
+
+#include <QObject>
+
+#include <sdbus-c++/sdbus-c++.h>
+
+#include <unordered_map>
+
+/// Calls from the bus whose answers come out of the model: each is answered when the model's reply
+/// is there, and nothing waits for it.
+///
+/// Thread and owner: its worker's.
+class PendingCalls : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Puts a reply's value into the answer.
+    using Append = void (*)(sdbus::MethodReply &answer, const QVariant &value);
+
+    /// Answers the call with the reply, or its error; now if the reply is finished.
+    void answer(const sdbus::MethodCall &call, const CMReply<QVariant> &reply, Append append);
+
+    /// Forgets all calls: the bus that they came from has gone.
+    void clear() { m_calls.clear(); }
+
+private:
+    struct PendingCall
+    {
+        sdbus::MethodCall call;
+        Append append;
+    };
+
+    void finish(quint64 number, const CMReply<QVariant> &reply);
+    static void send(const sdbus::MethodCall &call, const CMReply<QVariant> &reply, Append append);
+
+    /// Here and not with the replies' watchers: those may go in any thread, a message must not.
+    std::unordered_map<quint64, PendingCall> m_calls;
+    quint64 m_lastNumber = 0;
+};

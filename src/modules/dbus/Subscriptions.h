@@ -1,0 +1,68 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <core/tavo.h>
+
+#include <QHash>
+#include <QSet>
+
+#include <array>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+class Clients;
+
+/// Which client wants to know of which changes. The model is asked once for all that want the same.
+///
+/// Thread and owner: its worker's. A client's subscriptions end when it leaves.
+class Subscriptions : public QObject
+{
+    Q_OBJECT
+
+public:
+    using Change = CMAbstractWorker::ChangeType;
+    using Names = std::vector<std::string>;
+
+    explicit Subscriptions(Clients &clients);
+
+    /// One more is no other: a client is told of each change once. Throws
+    /// BusErrors::limitExceeded() for one too many.
+    void add(const std::string &client, Change change, const CMPath &path);
+
+    /// False when there is none.
+    bool remove(const std::string &client, Change change, const CMPath &path);
+
+Q_SIGNALS:
+    void valueChanged(const Subscriptions::Names &clients, const CMPath &path,
+                      const QVariant &value);
+    void rowsChanged(const Subscriptions::Names &clients, const CMPath &path,
+                     const QStringList &changes, int first, int count);
+    void nodeChanged(const Subscriptions::Names &clients, const CMPath &path, bool published);
+
+private Q_SLOTS:
+    void on_clients_left(const std::string &client);
+    void on_model_valueChanged(const CMPath &path, const QVariant &value);
+    void on_model_rowsChanged(const CMPath &path, const QStringList &changes, int first, int count);
+    void on_model_nodeChanged(const CMPath &path, bool published);
+
+private:
+    static constexpr int changes = 3;
+
+    /// What one client subscribed to, by the change.
+    struct Held
+    {
+        std::array<QSet<CMPath>, changes> paths;
+        int count = 0;
+    };
+
+    void drop(const std::string &client, Change change, const CMPath &path);
+    void subscribe(Change change, const CMPath &path);
+    void unsubscribe(Change change, const CMPath &path);
+
+    Clients &m_clients;
+    std::unordered_map<std::string, Held> m_held;
+    std::array<QHash<CMPath, Names>, changes> m_names; ///< the same the other way round
+};
