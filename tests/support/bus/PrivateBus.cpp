@@ -81,7 +81,7 @@ void PrivateBus::stop()
 void PrivateBus::start()
 {
     m_daemon = std::make_unique<BoundProcess>();
-    m_daemon->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    m_daemon->setStandardErrorFile(m_folder.filePath(QStringLiteral("bus.log")));
     m_daemon->start(QStringLiteral("dbus-daemon"),
                     {QStringLiteral("--nofork"), QStringLiteral("--nopidfile"),
                      QStringLiteral("--print-address"),

@@ -1,0 +1,114 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "support/bus/BusClient.h"
+#include "support/bus/PrivateBus.h"
+#include "support/EventLoop.h"
+#include "support/Text.h"
+
+#include <bus/BusConnection.h>
+
+#include <QSignalSpy>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+class BusConnectionTest : public testing::Test
+{
+protected:
+    PrivateBus m_bus;
+    BusConnection m_connection{m_bus.address()};
+    QSignalSpy m_connected{&m_connection, &BusConnection::connected};
+    QSignalSpy m_lost{&m_connection, &BusConnection::lost};
+    QSignalSpy m_acquired{&m_connection, &BusConnection::nameAcquired};
+    QSignalSpy m_taken{&m_connection, &BusConnection::nameTaken};
+};
+
+TEST_F(BusConnectionTest, ConnectsAtOnceToABusThatIsThere)
+{
+    EXPECT_FALSE(m_connection.isConnected());
+    m_connection.open();
+    EXPECT_TRUE(m_connection.isConnected());
+    EXPECT_EQ(m_connected.count(), 1);
+    EXPECT_EQ(m_lost.count(), 0);
+}
+
+TEST_F(BusConnectionTest, ReportsABusThatIsAwayOnceAndConnectsWhenItComes)
+{
+    m_bus.stop();
+    m_connection.open();
+    EXPECT_EQ(m_lost.count(), 1);
+    // Long enough for several tries.
+    waitFor([] { return false; }, std::chrono::milliseconds(500));
+    EXPECT_EQ(m_lost.count(), 1);
+    m_bus.start();
+    EXPECT_TRUE(waitFor([&] { return m_connected.count() == 1; }));
+}
+
+TEST_F(BusConnectionTest, ReportsTheLossWithAReasonWhileTheConnectionIsStillThere)
+{
+    m_connection.open();
+    bool wasConnected = false;
+    QObject::connect(&m_connection, &BusConnection::lost,
+                     [&] { wasConnected = m_connection.isConnected(); });
+    m_bus.stop();
+    ASSERT_TRUE(waitFor([&] { return m_lost.count() == 1; }));
+    EXPECT_TRUE(wasConnected);
+    EXPECT_FALSE(m_connection.isConnected());
+    EXPECT_FALSE(m_lost.at(0).at(0).toString().isEmpty());
+}
+
+TEST_F(BusConnectionTest, TakesItsNamesAgainEachTimeTheBusComes)
+{
+    m_connection.ownName("org.tavo.One"_s);
+    m_connection.ownName("org.tavo.Two"_s);
+    m_connection.open();
+    ASSERT_TRUE(waitFor([&] { return m_acquired.count() == 2; }));
+    m_bus.restart();
+    ASSERT_TRUE(waitFor([&] { return m_acquired.count() == 4; }));
+    EXPECT_EQ(m_acquired.at(2).at(0).toString(), "org.tavo.One"_s);
+    EXPECT_EQ(m_acquired.at(3).at(0).toString(), "org.tavo.Two"_s);
+}
+
+TEST_F(BusConnectionTest, StandsInLineForANameThatAnotherHas)
+{
+    BusClient other(m_bus.address());
+    other.connection().requestName("org.tavo.One");
+    m_connection.ownName("org.tavo.One"_s);
+    m_connection.open();
+    EXPECT_EQ(m_taken.count(), 1);
+    EXPECT_EQ(m_acquired.count(), 0);
+    other.leave();
+    EXPECT_TRUE(waitFor([&] { return m_acquired.count() == 1; }));
+}
+
+TEST_F(BusConnectionTest, RefusesNoTextForAnAddressButNeverConnects)
+{
+    BusConnection connection("no address"_s);
+    const QSignalSpy lost(&connection, &BusConnection::lost);
+    connection.open();
+    EXPECT_EQ(lost.count(), 1);
+    EXPECT_FALSE(connection.isConnected());
+}
+
+TEST_F(BusConnectionTest, SendsTheRestOfWhatTheSocketDidNotTakeAtOnce)
+{
+    m_connection.open();
+    BusClient receiver(m_bus.address());
+    int received = 0;
+    const auto object = sdbus::createObject(receiver.connection(), "/test");
+    object->registerMethod("org.tavo.Test", "Take", "s", "",
+                           [&](const sdbus::MethodCall &) { ++received; });
+    object->finishRegistration();
+    const auto proxy = sdbus::createProxy(m_connection.connection(), receiver.name(), "/test");
+    constexpr int calls = 20;
+    for (int i = 0; i < calls; ++i) {
+        sdbus::MethodCall call = proxy->createMethodCall("org.tavo.Test", "Take");
+        call << std::string(1 << 20, 'x');
+        call.dontExpectReply();
+        proxy->callMethod(call);
+    }
+    EXPECT_TRUE(waitFor([&] { return received == calls; }, std::chrono::seconds(20)));
+}
+} // namespace

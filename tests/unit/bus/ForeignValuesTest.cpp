@@ -1,0 +1,129 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+// What other programs send that no value of the model becomes.
+
+#include "MessageTest.h"
+
+#include <bus/RawMessage.h>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class ForeignValuesTest : public MessageTest
+{
+protected:
+    /// Has the function write into the message's raw form, and gives what is read of it.
+    template <typename Write>
+    static QVariant readOf(Write write)
+    {
+        sdbus::MethodCall message = MessageTest::message();
+        EXPECT_GE(write(rawMessage(message)), 0);
+        finish(message);
+        return BusVariant::read(message);
+    }
+
+    template <typename Write>
+    static std::string errorOfReading(Write write)
+    {
+        return errorOf([&] { readOf(write); });
+    }
+};
+
+TEST_F(ForeignValuesTest, AnArrayOfNumbersIsAList)
+{
+    EXPECT_EQ(
+        readOf([](sd_bus_message *m) { return sd_bus_message_append(m, "v", "ai", 3, 1, -2, 3); }),
+        QVariant(QVariantList{1, -2, 3}));
+}
+
+TEST_F(ForeignValuesTest, AStructIsAList)
+{
+    EXPECT_EQ(readOf([](sd_bus_message *m) {
+                  return sd_bus_message_append(m, "v", "(isb)", 1, "two", 1);
+              }),
+              QVariant(QVariantList{1, "two", true}));
+}
+
+TEST_F(ForeignValuesTest, ADictionaryOfTextsIsARecord)
+{
+    EXPECT_EQ(readOf([](sd_bus_message *m) {
+                  return sd_bus_message_append(m, "v", "a{ss}", 2, "a", "1", "b", "2");
+              }),
+              QVariant(QVariantHash{{"a", "1"}, {"b", "2"}}));
+    EXPECT_EQ(readOf([](sd_bus_message *m) {
+                  return sd_bus_message_append(m, "v", "a{oas}", 1, "/a", 1, "x");
+              }),
+              QVariant(QVariantHash{{"/a", QStringList{"x"}}}));
+}
+
+TEST_F(ForeignValuesTest, OfOneKeyTwiceTheLastValueCounts)
+{
+    EXPECT_EQ(readOf([](sd_bus_message *m) {
+                  return sd_bus_message_append(m, "v", "a{si}", 2, "a", 1, "a", 2);
+              }),
+              QVariant(QVariantHash{{"a", 2}}));
+}
+
+TEST_F(ForeignValuesTest, ObjectPathsAndSignaturesAreTexts)
+{
+    EXPECT_EQ(readOf([](sd_bus_message *m) { return sd_bus_message_append(m, "v", "o", "/a"); }),
+              QVariant("/a"));
+    EXPECT_EQ(readOf([](sd_bus_message *m) { return sd_bus_message_append(m, "v", "g", "as"); }),
+              QVariant("as"));
+    EXPECT_EQ(readOf([](sd_bus_message *m) {
+                  return sd_bus_message_append(m, "v", "ao", 2, "/a", "/b");
+              }),
+              QVariant(QStringList{"/a", "/b"}));
+}
+
+TEST_F(ForeignValuesTest, AVariantWithinAVariantIsItsValue)
+{
+    EXPECT_EQ(
+        readOf([](sd_bus_message *m) { return sd_bus_message_append(m, "v", "v", "v", "i", 5); }),
+        QVariant(5));
+}
+
+TEST_F(ForeignValuesTest, EmptyContainersAreEmptyListsAndRecords)
+{
+    EXPECT_EQ(readOf([](sd_bus_message *m) { return sd_bus_message_append(m, "v", "ad", 0); }),
+              QVariant(QVariantList()));
+    EXPECT_EQ(readOf([](sd_bus_message *m) { return sd_bus_message_append(m, "v", "a{sas}", 0); }),
+              QVariant(QVariantHash()));
+    EXPECT_EQ(readOf([](sd_bus_message *m) { return sd_bus_message_append(m, "v", "aay", 0); }),
+              QVariant(QVariantList()));
+}
+
+TEST_F(ForeignValuesTest, AFileDescriptorIsRefused)
+{
+    const int descriptor = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    const auto write = [descriptor](sd_bus_message *m) {
+        return sd_bus_message_append(m, "v", "h", descriptor);
+    };
+    EXPECT_THAT(errorOfReading(write),
+                StartsWith("org.freedesktop.DBus.Error.InvalidArgs: A value can't hold a file"));
+    ::close(descriptor);
+}
+
+TEST_F(ForeignValuesTest, ADictionaryByNumbersIsRefused)
+{
+    EXPECT_THAT(errorOfReading([](sd_bus_message *m) {
+                    return sd_bus_message_append(m, "v", "a{is}", 1, 1, "x");
+                }),
+                HasSubstr("The keys of a value's dictionary must be texts"));
+}
+
+TEST_F(ForeignValuesTest, AMessageWithoutAVariantIsRefused)
+{
+    EXPECT_THAT(
+        errorOfReading([](sd_bus_message *m) { return sd_bus_message_append(m, "s", "text"); }),
+        StartsWith("org.freedesktop.DBus.Error.InvalidArgs: "));
+    EXPECT_THAT(errorOfReading([](sd_bus_message *) { return 0; }),
+                StartsWith("org.freedesktop.DBus.Error.InvalidArgs: "));
+}
+} // namespace
