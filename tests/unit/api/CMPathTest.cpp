@@ -213,3 +213,28 @@ TEST(CMPathTest, IsWrittenToAStreamAsItsText)
     stream << path("/a/b") << '|' << CMPath() << '|';
     EXPECT_EQ(stream.str(), "/a/b||");
 }
+
+TEST(CMPathTest, IsBelowThoseThatItBeginsWith)
+{
+    const CMPath path("/a/b/c");
+    EXPECT_TRUE(path.isBelow(CMPath("/a/b")));
+    EXPECT_TRUE(path.isBelow(CMPath("/a")));
+    EXPECT_TRUE(path.isBelow(CMPath()));
+    EXPECT_FALSE(path.isBelow(path));
+    EXPECT_FALSE(path.isBelow(CMPath("/a/b/c/d")));
+    EXPECT_FALSE(path.isBelow(CMPath("/a/bb")));
+    EXPECT_FALSE(CMPath("/ab/c").isBelow(CMPath("/a")));
+    EXPECT_FALSE(CMPath().isBelow(CMPath()));
+}
+
+TEST(CMPathTest, IsBelowTheSameHoweverItWasMade)
+{
+    const CMPath joined = CMPath("/a/b") + "c";
+    EXPECT_TRUE(joined.isBelow(CMPath("/a/b")));
+    EXPECT_TRUE(joined.isBelow(CMPath("/a") + "b"));
+    EXPECT_TRUE(joined.isBelow(CMPath("/a")));
+    EXPECT_FALSE(joined.isBelow(joined));
+    EXPECT_FALSE(joined.isBelow(CMPath("/a/b/c")));
+    EXPECT_FALSE(joined.isBelow(CMPath("/x/y")));
+    EXPECT_FALSE((CMPath("/a") + "bcd").isBelow(CMPath("/a/b")));
+}

@@ -99,4 +99,48 @@ TEST(ConfigurationTest, IsContentWhenEveryKeyWasRead)
     configuration.text("missing", {});
     EXPECT_EQ(complaintOf([&] { configuration.finish(); }), "");
 }
+
+TEST(ConfigurationTest, ReadsTruthValuesAndRefusesOthers)
+{
+    TavoConfiguration configuration({{"yes", true}, {"no", false}});
+    EXPECT_TRUE(configuration.truth("yes", false));
+    EXPECT_FALSE(configuration.truth("no", true));
+    EXPECT_TRUE(configuration.truth("missing", true));
+    EXPECT_EQ(complaintOf([] {
+                  TavoConfiguration({{"key", 1}}).truth("key", false);
+              }),
+              "key: must be true or false");
+}
+
+TEST(ConfigurationTest, ReadsListsOfTextsAndRefusesOthers)
+{
+    TavoConfiguration configuration({{"some", QVariantList{"a", "b"}}, {"none", QVariantList()}});
+    EXPECT_EQ(configuration.texts("some", {}), (QStringList{"a", "b"}));
+    EXPECT_EQ(configuration.texts("none", {"fallback"}), QStringList());
+    EXPECT_EQ(configuration.texts("missing", {"fallback"}), QStringList{"fallback"});
+    for (const QVariant &value : {QVariant("a"), QVariant(QVariantList{"a", 1}), QVariant(true)}) {
+        EXPECT_EQ(complaintOf([&] {
+                      TavoConfiguration({{"key", value}}).texts("key", {});
+                  }),
+                  "key: must be a list of texts");
+    }
+}
+
+TEST(ConfigurationTest, ReadsASectionAndNamesItsKeysWithItsName)
+{
+    TavoConfiguration configuration({{"section", QVariantHash{{"key", 3}, {"odd", 1}}}});
+    TavoConfiguration section = configuration.section("section");
+    EXPECT_EQ(section.integer("key", 0, 0, 10), 3);
+    EXPECT_EQ(complaintOf([&] { section.finish(); }), "section.odd: there is no such key");
+    EXPECT_EQ(complaintOf([&] { configuration.finish(); }), "");
+    EXPECT_EQ(configuration.section("missing").integer("key", 7, 0, 10), 7);
+}
+
+TEST(ConfigurationTest, RefusesASectionThatIsNoObject)
+{
+    EXPECT_EQ(complaintOf([] {
+                  TavoConfiguration({{"key", QVariantList()}}).section("key");
+              }),
+              "key: must be an object");
+}
 } // namespace

@@ -1,0 +1,119 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "support/EventThread.h"
+#include "support/Text.h"
+
+#include <core/tavo.h>
+
+#include <atomic>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class CMCatalogTest : public testing::Test
+{
+protected:
+    using Lines = std::vector<std::string>;
+
+    void publishValue(const QString &path) { CMValueNode::create(&m_nodes, CMPath(path)); }
+
+    /// An entry a line: path, kind and title.
+    static Lines linesOf(const std::vector<CMCatalog::Entry> &entries)
+    {
+        Lines lines;
+        for (const CMCatalog::Entry &entry : entries) {
+            const QString line =
+                entry.path.toString() + ' ' + entry.kind + ' ' + entry.title.toString();
+            lines.push_back(line.trimmed().toStdString());
+        }
+        return lines;
+    }
+    static Lines tree(const QString &path) { return linesOf(CMCatalog::tree(CMPath(path))); }
+    static Lines children(const QString &path)
+    {
+        return linesOf(CMCatalog::children(CMPath(path)));
+    }
+
+    CMNodes m_nodes;
+};
+
+TEST_F(CMCatalogTest, IsEmptyWhereThereIsNothing)
+{
+    publishValue("/a/b"_s);
+    EXPECT_THAT(tree("/x"_s), IsEmpty());
+    EXPECT_THAT(children("/x"_s), IsEmpty());
+    EXPECT_THAT(children("/a/b"_s), IsEmpty());
+}
+
+TEST_F(CMCatalogTest, GivesTheTreeInTheOrderOfItsPaths)
+{
+    publishValue("/b"_s);
+    publishValue("/a/c"_s);
+    publishValue("/a"_s);
+    publishValue("/a/b/c"_s);
+    EXPECT_THAT(tree(""_s), ElementsAre("/a value", "/a/b/c value", "/a/c value", "/b value"));
+    EXPECT_THAT(tree("/a"_s), ElementsAre("/a value", "/a/b/c value", "/a/c value"));
+}
+
+TEST_F(CMCatalogTest, TakesNoPathForBelowAnotherThatOnlyBeginsAlike)
+{
+    publishValue("/ab"_s);
+    publishValue("/ab/c"_s);
+    EXPECT_THAT(tree("/a"_s), IsEmpty());
+    EXPECT_THAT(children("/a"_s), IsEmpty());
+}
+
+TEST_F(CMCatalogTest, GivesKindAndTitle)
+{
+    CMListRowsNode::create(&m_nodes, CMPath("/list"_s))->setTitle("Rows"_s);
+    CMActivateNode::create(&m_nodes, CMPath("/request"_s))->doSetInvoke([](CMActivateNode *) {});
+    EXPECT_THAT(tree(""_s), ElementsAre("/list list Rows", "/request request"));
+}
+
+TEST_F(CMCatalogTest, GivesChildrenOnceWithGroupsForThoseWithoutANode)
+{
+    publishValue("/a/x/1"_s);
+    publishValue("/a/x/2"_s);
+    publishValue("/a/y"_s);
+    publishValue("/a/y/1"_s);
+    publishValue("/b"_s);
+    EXPECT_THAT(children(""_s), ElementsAre("/a group", "/b value"));
+    EXPECT_THAT(children("/a"_s), ElementsAre("/a/x group", "/a/y value"));
+    EXPECT_THAT(children("/a/x"_s), ElementsAre("/a/x/1 value", "/a/x/2 value"));
+}
+
+TEST_F(CMCatalogTest, LeavesOutWhatHasGone)
+{
+    CMNode *node = CMValueNode::create(&m_nodes, CMPath("/a"_s));
+    node->dispose();
+    EXPECT_THAT(tree(""_s), IsEmpty());
+}
+
+TEST_F(CMCatalogTest, CanBeReadWhileAnotherThreadPublishes)
+{
+    EventThread other;
+    std::atomic<bool> goOn{true};
+    auto publishing = other.start([&goOn] {
+        CMNodes nodes;
+        while (goOn) {
+            CMNode *node = CMValueNode::create(&nodes, CMPath("/busy/node"_s));
+            node->dispose();
+        }
+    });
+    publishValue("/calm"_s);
+    for (int i = 0; i < 1000; ++i) {
+        EXPECT_THAT(tree("/calm"_s), ElementsAre("/calm value"));
+        CMCatalog::tree({});
+        CMCatalog::children(CMPath("/busy"_s));
+    }
+    goOn = false;
+    publishing.get();
+}
+} // namespace
