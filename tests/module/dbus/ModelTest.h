@@ -1,0 +1,127 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "DbusTest.h"
+
+#include "support/bus/BusClient.h"
+#include "support/Text.h"
+
+#include <tuple>
+#include <vector>
+
+/// A program on the bus that uses org.tavo.Model1, and takes down the signals that it gets.
+class ModelClient : public BusClient
+{
+public:
+    explicit ModelClient(const QString &address)
+        : BusClient(address)
+    {
+        setTarget("org.tavo.Model1", "/org/tavo/Model1", "org.tavo.Model1");
+        m_signals = connection().addMatch(
+            "type='signal',interface='org.tavo.Model1'",
+            [this](sdbus::Message &message) { received.push_back(lineOf(message)); });
+    }
+
+    /// Any call whose arguments are texts.
+    BusCall ask(const std::string &method, const std::vector<QString> &texts = {})
+    {
+        return call(method, [&](sdbus::MethodCall &message) {
+            for (const QString &text : texts) {
+                BusVariant::appendText(message, text);
+            }
+        });
+    }
+    BusCall getValue(const QString &path) { return ask("GetValue", {path}); }
+    BusCall send(const QString &path, const QVariant &value)
+    {
+        return call("Call", [&](sdbus::MethodCall &message) {
+            BusVariant::appendText(message, path);
+            BusVariant::append(message, value);
+        });
+    }
+    BusCall getRows(const QString &path, int first, int count)
+    {
+        return call("GetRows", [&](sdbus::MethodCall &message) {
+            BusVariant::appendText(message, path);
+            message << std::int32_t(first) << std::int32_t(count);
+        });
+    }
+    BusCall subscribe(const QString &path, const QString &change)
+    {
+        return ask("Subscribe", {path, change});
+    }
+    BusCall unsubscribe(const QString &path, const QString &change)
+    {
+        return ask("Unsubscribe", {path, change});
+    }
+
+    void leave()
+    {
+        m_signals.reset();
+        BusClient::leave();
+    }
+
+    /// Each signal so far in a line: its name and what it carries.
+    std::vector<std::string> received;
+
+    bool waitForSignals(std::size_t count) const
+    {
+        return waitFor([&] { return received.size() >= count; });
+    }
+
+private:
+    static std::string lineOf(sdbus::Message &message);
+
+    sdbus::Slot m_signals;
+};
+
+/// The module on its bus, with nodes in the model and a client who asks for them.
+class ModelTest : public DbusTest
+{
+protected:
+    explicit ModelTest(const QVariantHash &config = {})
+    {
+        load(config);
+        client = std::make_unique<ModelClient>(bus().address());
+    }
+
+    CMValueNode *publishValue(const QString &path, int value)
+    {
+        CMValueNode *node = CMValueNode::create(&m_nodes, CMPath(path));
+        node->setValue(TavoValue().setInt_(value));
+        return node;
+    }
+    CMListRowsNode *publishRows(const QString &path, const std::vector<QString> &rows)
+    {
+        CMListRowsNode *node = CMListRowsNode::create(&m_nodes, CMPath(path));
+        for (const QString &row : rows) {
+            node->rowsAppend(CMPath(row));
+        }
+        return node;
+    }
+
+    /// A node whose requests the function is given.
+    void publishRequest(const QString &path, std::function<void(const CMSetDataRequest &)> take)
+    {
+        CMActivateNode::create(&m_nodes, CMPath(path))
+            ->doSetInvoke([this, take = std::move(take)](CMActivateNode *node) {
+                tavoConnect(node, &CMActivateNode::privateInvoke, &m_receiver, take,
+                            Qt::QueuedConnection);
+            });
+    }
+    /// A node that answers each request with its value.
+    void publishEcho(const QString &path)
+    {
+        publishRequest(path, [](const CMSetDataRequest &request) {
+            request.reply().setValue(request.value());
+        });
+    }
+
+    std::unique_ptr<ModelClient> client;
+
+private:
+    QObject m_receiver;
+    CMNodes m_nodes;
+};
