@@ -102,6 +102,7 @@ ModelInterface::ModelInterface(BusConnection &bus, Clients &clients, CMNodes *no
     , m_clients(clients)
     , m_subscriptions(clients)
     , m_inboxes(clients, nodes)
+    , m_sounds(clients, nodes)
 {
     m_bus.ownName(QString::fromLatin1(interfaceName));
     tavoConnect(&m_bus, &BusConnection::connected, this, &ModelInterface::on_bus_connected);
@@ -183,7 +184,11 @@ void ModelInterface::callNode(sdbus::MethodCall &call)
 {
     const CMPath path = readPath(call);
     const QVariant value = BusVariant::read(call, m_clients.limits().valueBytes);
-    m_calls.answer(call, CMRoot()->invoke(path, value, {}), appendValue);
+    const bool isSound = path == TavoNotificationPlayerEnqueuePath();
+    m_calls.answer(call,
+                   isSound ? m_sounds.enqueue(call.getSender(), value)
+                           : CMRoot()->invoke(path, value, {}),
+                   appendValue);
 }
 
 void ModelInterface::list(sdbus::MethodCall &call)

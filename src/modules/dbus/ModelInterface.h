@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "ClientSounds.h"
 #include "Inboxes.h"
 #include "PendingCalls.h"
 #include "Subscriptions.h"
@@ -72,5 +73,6 @@ private:
     PendingCalls m_calls;
     Subscriptions m_subscriptions;
     Inboxes m_inboxes;
+    ClientSounds m_sounds;
     std::unique_ptr<sdbus::IObject> m_object; ///< while connected
 };

@@ -1,0 +1,104 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "ClientSounds.h"
+
+#include "Clients.h"
+
+namespace {
+const QString itemKey = QStringLiteral("notificationPlayerItem");
+
+bool isEnd(TavoNotificationPlayerResponseType::Enum type)
+{
+    return type == TavoNotificationPlayerResponseType::Finished ||
+           type == TavoNotificationPlayerResponseType::Cancelled ||
+           type == TavoNotificationPlayerResponseType::Failed;
+}
+} // namespace
+
+ClientSounds::ClientSounds(Clients &clients, CMNodes *nodes)
+    : m_clients(clients)
+    , m_nodes(nodes)
+{
+    tavoConnect(&m_clients, &Clients::left, this, &ClientSounds::on_clients_left);
+}
+
+CMReply<QVariant> ClientSounds::enqueue(const std::string &client, const QVariant &value)
+{
+    TavoValue wish(value.toHash());
+    if (!wish.fields().contains(itemKey)) {
+        return CMRoot()->invoke(TavoNotificationPlayerEnqueuePath(), value, {});
+    }
+    TavoNotificationPlayerItem item = wish.notificationPlayerItem();
+    const CMPath path = watch(client, item);
+    wish.setNotificationPlayerItem(item.setPlaybackResponsePath(path));
+    const CMReply<QVariant> reply = CMRoot()->invoke(TavoNotificationPlayerEnqueuePath(), wish, {});
+    reply.onFinished(this, [this, path](const CMReply<QVariant> &finished) {
+        // What is refused gets no response.
+        if (finished.error().isError()) {
+            forget(path);
+        }
+    });
+    return reply;
+}
+
+CMPath ClientSounds::watch(const std::string &client, const TavoNotificationPlayerItem &item)
+{
+    static const CMPath parent{QStringLiteral("/dbus/sounds")};
+    const auto count = m_counts.find(client);
+    Clients::checkRoom(count == m_counts.end() ? 0 : count->second,
+                       m_clients.limits().openNotifications, "sounds");
+    const CMPath path = parent + QString::number(++m_lastNumber);
+    CMActivateNode *node = CMActivateNode::create(m_nodes, path);
+    m_sounds.insert(path, {client, item, node});
+    ++m_counts[client];
+    node->setInvoke(this, &ClientSounds::on_sound_responded, Qt::QueuedConnection);
+    return path;
+}
+
+void ClientSounds::forget(const CMPath &path)
+{
+    const auto sound = m_sounds.find(path);
+    if (sound == m_sounds.end()) {
+        return;
+    }
+    const auto count = m_counts.find(sound->client);
+    if (count != m_counts.end() && --count->second == 0) {
+        m_counts.erase(count);
+    }
+    sound->node->dispose();
+    m_sounds.erase(sound);
+}
+
+void ClientSounds::on_sound_responded(const CMSetDataRequest &request)
+{
+    request.reply().setValue(QVariant());
+    const auto sound = m_sounds.constFind(request.path());
+    if (sound == m_sounds.constEnd()) {
+        return;
+    }
+    const CMPath wanted = sound->item.playbackResponsePath();
+    if (!wanted.isEmpty()) {
+        CMRoot()->invoke(wanted, request.value(), {});
+    }
+    if (isEnd(TavoValue(request.value().toHash()).notificationPlayerResponse().type())) {
+        forget(request.path());
+    }
+}
+
+void ClientSounds::on_clients_left(const std::string &client)
+{
+    if (m_counts.erase(client) == 0) {
+        return;
+    }
+    for (Sound &sound : m_sounds) {
+        if (sound.client != client) {
+            continue;
+        }
+        sound.client.clear();
+        if (sound.item.loop()) {
+            CMRoot()->invoke(TavoNotificationPlayerCancelPath(),
+                             TavoValue().setString_(sound.item.id()), {});
+        }
+    }
+}

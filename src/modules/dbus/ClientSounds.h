@@ -1,0 +1,50 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <core/tavo.h>
+
+#include <QHash>
+
+#include <string>
+#include <unordered_map>
+
+class Clients;
+
+/// The sounds that clients have enqueued, each from its request to its end.
+///
+/// Thread and owner: its worker's. Each is watched by a node of its own, which hands its responses on
+/// to where the client wants them. What loops ends with its client; the rest is heard to its end.
+class ClientSounds : public QObject
+{
+    Q_OBJECT
+
+public:
+    ClientSounds(Clients &clients, CMNodes *nodes);
+
+    /// Sends a client's request for a sound on; the reply is the player's. Throws
+    /// BusErrors::limitExceeded() for one too many.
+    CMReply<QVariant> enqueue(const std::string &client, const QVariant &value);
+
+private Q_SLOTS:
+    void on_clients_left(const std::string &client);
+    void on_sound_responded(const CMSetDataRequest &request);
+
+private:
+    struct Sound
+    {
+        std::string client; ///< empty once it has left
+        TavoNotificationPlayerItem item;
+        CMActivateNode *node; ///< the node set's
+    };
+
+    CMPath watch(const std::string &client, const TavoNotificationPlayerItem &item);
+    void forget(const CMPath &path);
+
+    Clients &m_clients;
+    CMNodes *m_nodes;
+    QHash<CMPath, Sound> m_sounds;                 ///< by their nodes
+    std::unordered_map<std::string, int> m_counts; ///< by client; none for one without
+    quint64 m_lastNumber = 0;
+};
