@@ -1,0 +1,59 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "DbusTest.h"
+
+namespace {
+using testing::StartsWith;
+
+class DbusConfigurationTest : public DbusTest
+{
+protected:
+    std::string failureWith(const QVariantHash &config)
+    {
+        try {
+            load(config);
+        } catch (const std::runtime_error &error) {
+            return error.what();
+        }
+        return {};
+    }
+    std::string failureWithLimit(const QString &key, const QVariant &value)
+    {
+        return failureWith({{"limits", QVariantHash{{key, value}}}});
+    }
+};
+
+TEST_F(DbusConfigurationTest, RefusesUnknownKeysAndNamesThem)
+{
+    EXPECT_EQ(failureWith({{"buss", "session"}}), "buss: there is no such key");
+    EXPECT_EQ(failureWithLimit("memory", 1), "limits.memory: there is no such key");
+    EXPECT_EQ(failureWith({{"sounds", QVariantHash{{"files", 1}}}}),
+              "sounds.files: there is no such key");
+}
+
+TEST_F(DbusConfigurationTest, RefusesValuesOfTheWrongType)
+{
+    EXPECT_EQ(failureWith({{"notifications", 1}}), "notifications: must be true or false");
+    EXPECT_EQ(failureWith({{"limits", 5}}), "limits: must be an object");
+    EXPECT_EQ(failureWith({{"sounds", QVariantHash{{"schemes", "file"}}}}),
+              "sounds.schemes: must be a list of texts");
+    EXPECT_THAT(failureWith({{"defaultTimeout", "long"}}), StartsWith("defaultTimeout: must be"));
+}
+
+TEST_F(DbusConfigurationTest, RefusesLimitsOutOfRange)
+{
+    for (const char *key :
+         {"openNotifications", "requestsPerSecond", "valueBytes", "subscriptions", "inboxes"}) {
+        EXPECT_THAT(failureWithLimit(key, -1), StartsWith(std::string("limits.") + key + ": "));
+        EXPECT_THAT(failureWithLimit(key, 1e9), StartsWith(std::string("limits.") + key + ": "));
+    }
+    EXPECT_THAT(failureWith({{"defaultTimeout", -1}}), StartsWith("defaultTimeout: "));
+}
+
+TEST_F(DbusConfigurationTest, TakesAnAddressThatNobodyAnswersAndGoesOn)
+{
+    const LoadedModule module(MODULE_FILE, "dbus", {{"bus", "unix:path=/nonexistent/bus"}});
+    EXPECT_EQ(log().countAt(log4cplus::WARN_LOG_LEVEL), 1);
+}
+} // namespace

@@ -1,0 +1,68 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "support/bus/InterfaceXml.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include <QFile>
+#include <QXmlStreamReader>
+
+namespace {
+QString attribute(const QXmlStreamReader &xml, const char *name)
+{
+    return xml.attributes().value(QLatin1String(name)).toString();
+}
+
+/// A member with its arguments and notes, the reader standing at its start.
+std::string readMember(QXmlStreamReader &xml)
+{
+    const bool isSignal = xml.name() == QLatin1String("signal");
+    QString line = xml.name() + ' ' + attribute(xml, "name");
+    if (xml.name() == QLatin1String("property")) {
+        line += ' ' + attribute(xml, "type") + ' ' + attribute(xml, "access");
+    }
+    while (xml.readNextStartElement()) {
+        if (xml.name() == QLatin1String("arg")) {
+            // What a signal carries goes out, whether that is written or not.
+            const QString direction = isSignal ? QString() : attribute(xml, "direction") + ' ';
+            line += ", " + direction + attribute(xml, "type") + ' ' + attribute(xml, "name");
+        } else if (xml.name() == QLatin1String("annotation")) {
+            line += ", " + attribute(xml, "name") + '=' + attribute(xml, "value");
+        }
+        xml.skipCurrentElement();
+    }
+    return line.toStdString();
+}
+} // namespace
+
+std::vector<std::string> membersOf(const QByteArray &text, const QString &interface)
+{
+    std::vector<std::string> members;
+    QXmlStreamReader xml(text);
+    xml.readNextStartElement();
+    while (xml.readNextStartElement()) {
+        if (xml.name() != QLatin1String("interface") || attribute(xml, "name") != interface) {
+            xml.skipCurrentElement();
+            continue;
+        }
+        while (xml.readNextStartElement()) {
+            members.push_back(readMember(xml));
+        }
+    }
+    if (xml.hasError()) {
+        throw std::runtime_error(xml.errorString().toStdString());
+    }
+    std::sort(members.begin(), members.end());
+    return members;
+}
+
+std::vector<std::string> membersOfFile(const QString &name, const QString &interface)
+{
+    QFile file(name);
+    if (!file.open(QIODevice::ReadOnly)) {
+        throw std::runtime_error("can't read " + name.toStdString());
+    }
+    return membersOf(file.readAll(), interface);
+}
