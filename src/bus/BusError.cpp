@@ -26,13 +26,6 @@ bool hasTitle(const CMError &error)
 {
     return !error.title().isEmpty() && error.title() != CMError::DefaultTitle();
 }
-
-/// For texts of errors, which are to arrive whatever they hold.
-QString sendable(QString text)
-{
-    text.replace(QChar(QChar::Null), QChar(QChar::ReplacementCharacter));
-    return QString::fromUtf8(text.toUtf8());
-}
 } // namespace
 
 sdbus::Error BusErrors::invalidArguments(const std::string &message)
@@ -78,13 +71,13 @@ std::string BusError::nameOf(const CMError &error)
 
 sdbus::MethodReply BusError::reply(const sdbus::MethodCall &call, const CMError &error)
 {
-    const std::string message = sendable(error.message().toString()).toStdString();
+    const std::string message = BusVariant::shownText(error.message().toString()).toStdString();
     const std::string busName = nameOf(error);
     sdbus::MethodReply reply = call.createErrorReply(sdbus::Error(busName, message));
     // Many a client shows the message of an answer with that alone.
     if (busName != prefix + error.name().toStdString() || hasTitle(error)) {
-        BusVariant::appendText(reply, sendable(error.name()));
-        BusVariant::appendText(reply, sendable(error.title().toString()));
+        BusVariant::appendShownText(reply, error.name());
+        BusVariant::appendShownText(reply, error.title().toString());
     }
     return reply;
 }

@@ -7,6 +7,8 @@
 #include "bus/BusVariantWriter.h"
 #include "bus/RawMessage.h"
 
+#include <QVector>
+
 void BusVariant::append(sdbus::Message &message, const QVariant &value, int depth)
 {
     BusVariantWriter(rawMessage(message)).append(value, depth);
@@ -20,6 +22,22 @@ QVariant BusVariant::read(sdbus::Message &message, int mostBytes)
 QString BusVariant::readText(sdbus::Message &message)
 {
     return BusVariantReader(rawMessage(message), anySize).readText();
+}
+
+void BusVariant::appendShownText(sdbus::Message &message, const QString &text)
+{
+    appendText(message, shownText(text));
+}
+
+QString BusVariant::shownText(const QString &text)
+{
+    QVector<uint> codes = text.toUcs4();
+    for (uint &code : codes) {
+        if (code == 0 || QChar::isSurrogate(code) || QChar::isNonCharacter(code)) {
+            code = QChar::ReplacementCharacter;
+        }
+    }
+    return QString::fromUcs4(codes.constData(), codes.size());
 }
 
 void BusVariant::appendText(sdbus::Message &message, const QString &text)

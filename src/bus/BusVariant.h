@@ -28,8 +28,8 @@ constexpr int bytesPerValue = 32;
 constexpr int anySize = std::numeric_limits<int>::max();
 
 /// Appends the value as a variant. The depth says how many containers of the message it stands in.
-/// Refused as BusErrors::unsupportedValue(): what is no plain data, texts with a null character or
-/// half a surrogate pair, and what nests too deeply.
+/// Refused as BusErrors::unsupportedValue(): what is no plain data, texts with a character that a
+/// message can't hold (null, half a surrogate pair, no character), and what nests too deeply.
 void append(sdbus::Message &message, const QVariant &value, int depth = 0);
 
 /// Reads the variant that is next. Containers that no value of the model has are read as the nearest
@@ -40,6 +40,14 @@ QVariant read(sdbus::Message &message, int mostBytes = anySize);
 /// Reads the text that is next.
 QString readText(sdbus::Message &message);
 
+/// Refused as append() does.
 void appendText(sdbus::Message &message, const QString &text);
+
+/// For texts that people read: never refused, it has a replacement character for each that a message
+/// can't hold.
+void appendShownText(sdbus::Message &message, const QString &text);
+
+/// Such a text.
+QString shownText(const QString &text);
 
 } // namespace BusVariant

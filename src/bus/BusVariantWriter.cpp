@@ -111,14 +111,14 @@ void BusVariantWriter::appendNumber(char type, Wire number)
 
 void BusVariantWriter::appendText(const QString &text)
 {
-    if (!text.isValidUtf16()) {
-        throw BusErrors::unsupportedValue("A text holds half a character, it can't be sent");
-    }
     const QByteArray utf8 = text.toUtf8();
-    if (std::memchr(utf8.constData(), 0, std::size_t(utf8.size())) != nullptr) {
-        throw BusErrors::unsupportedValue("A text holds a null character, it can't be sent");
+    const bool isWhole = text.isValidUtf16() &&
+                         std::memchr(utf8.constData(), 0, std::size_t(utf8.size())) == nullptr;
+    // The message refuses what is no character.
+    if (!isWhole ||
+        sd_bus_message_append_basic(m_message, SD_BUS_TYPE_STRING, utf8.constData()) < 0) {
+        throw BusErrors::unsupportedValue("A text holds a character that can't be sent");
     }
-    check(sd_bus_message_append_basic(m_message, SD_BUS_TYPE_STRING, utf8.constData()));
 }
 
 void BusVariantWriter::appendTextVariant(const QString &text)

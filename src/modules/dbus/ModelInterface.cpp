@@ -88,9 +88,9 @@ void appendEntries(sdbus::MethodReply &answer, const std::vector<CMCatalog::Entr
     answer.openContainer("(sss)");
     for (const CMCatalog::Entry &entry : entries) {
         answer.openStruct("sss");
-        BusVariant::appendText(answer, entry.path.toString());
+        BusVariant::appendShownText(answer, entry.path.toString());
         BusVariant::appendText(answer, entry.kind);
-        BusVariant::appendText(answer, entry.title.toString());
+        BusVariant::appendShownText(answer, entry.title.toString());
         answer.closeStruct();
     }
     answer.closeContainer();

@@ -19,9 +19,8 @@ public:
         : BusClient(address)
     {
         setTarget("org.tavo.Model1", "/org/tavo/Model1", "org.tavo.Model1");
-        m_signals = connection().addMatch(
-            "type='signal',interface='org.tavo.Model1'",
-            [this](sdbus::Message &message) { received.push_back(lineOf(message)); });
+        listen("type='signal',interface='org.tavo.Model1'",
+               [this](sdbus::Message &message) { received.push_back(lineOf(message)); });
     }
 
     /// Any call whose arguments are texts.
@@ -57,12 +56,6 @@ public:
         return ask("Unsubscribe", {path, change});
     }
 
-    void leave()
-    {
-        m_signals.reset();
-        BusClient::leave();
-    }
-
     /// Each signal so far in a line: its name and what it carries.
     std::vector<std::string> received;
 
@@ -73,8 +66,6 @@ public:
 
 private:
     static std::string lineOf(sdbus::Message &message);
-
-    sdbus::Slot m_signals;
 };
 
 /// The module on its bus, with nodes in the model and a client who asks for them.

@@ -33,6 +33,7 @@ BusClient::BusClient(const QString &address)
     if (!m_bus->isConnected()) {
         throw std::runtime_error("a client can't reach its bus");
     }
+    QObject::connect(m_bus.get(), &BusConnection::lost, [this] { giveUp(); });
 }
 
 BusClient &BusClient::setTarget(const std::string &service, const std::string &object,
@@ -52,14 +53,21 @@ BusCall BusClient::call(const std::string &method, const Append &append)
         message, [state = call.m_state](sdbus::MethodReply &answer, const sdbus::Error *error) {
             if (error != nullptr) {
                 state->error = *error;
+            } else {
+                state->answer = answer;
             }
-            state->answer = answer;
         });
     return call;
 }
 
+void BusClient::giveUp()
+{
+    m_signals.reset();
+    m_target.reset();
+}
+
 void BusClient::leave()
 {
-    m_target.reset();
+    giveUp();
     m_bus.reset();
 }

@@ -13,7 +13,7 @@
 #include <optional>
 #include <string>
 
-/// A call on its way over a bus, as its caller sees it. Copies share.
+/// A call on its way over a bus, as its caller sees it. Copies share. Goes before its client does.
 class BusCall
 {
 public:
@@ -22,7 +22,7 @@ public:
     {
         return waitFor([this] { return isAnswered(); }, std::chrono::seconds(20));
     }
-    bool isAnswered() const { return m_state->answer.has_value(); }
+    bool isAnswered() const { return m_state->answer || m_state->error; }
 
     /// These wait, and give what the answer says; an answer that doesn't come is an error.
     bool succeeds() const { return errorName().empty(); }
@@ -41,14 +41,15 @@ private:
 
     struct State
     {
-        std::optional<sdbus::MethodReply> answer;
+        std::optional<sdbus::MethodReply> answer; ///< must not outlive its connection
         std::optional<sdbus::Error> error;
     };
 
     std::shared_ptr<State> m_state = std::make_shared<State>();
 };
 
-/// A program on a bus, in the test's own thread: what it calls may be served there too.
+/// A program on a bus, in the test's own thread: what it calls may be served there too. What it waits
+/// for when it is thrown off the bus is an error.
 class BusClient
 {
 public:
@@ -67,11 +68,20 @@ public:
     BusCall call(
         const std::string &method, const Append &append = [](sdbus::MethodCall &) {});
 
+    /// Has signals handled as long as the client is on the bus.
+    void listen(const std::string &rule, const std::function<void(sdbus::Message &)> &handle)
+    {
+        m_signals = connection().addMatch(rule, handle);
+    }
+
     /// Leaves the bus at once, whatever is under way.
     void leave();
 
 private:
+    void giveUp();
+
     std::unique_ptr<BusConnection> m_bus;
     std::string m_interface;
     std::unique_ptr<sdbus::IProxy> m_target;
+    sdbus::Slot m_signals;
 };

@@ -3,12 +3,11 @@
 
 #include "support/bus/PrivateBus.h"
 
+#include "support/bus/BoundProcess.h"
+
 #include <stdexcept>
 
 #include <QFile>
-
-#include <csignal>
-#include <sys/prctl.h>
 
 namespace {
 constexpr int patienceMs = 20000;
@@ -35,13 +34,6 @@ constexpr const char *configurationText = R"(<!DOCTYPE busconfig PUBLIC
   <limit name="max_replies_per_connection">100000</limit>
 </busconfig>
 )";
-
-/// A process that doesn't outlive the test program, however that ends.
-class BoundProcess : public QProcess
-{
-protected:
-    void setupChildProcess() override { prctl(PR_SET_PDEATHSIG, SIGKILL); }
-};
 } // namespace
 
 PrivateBus::PrivateBus()

@@ -132,18 +132,26 @@ TEST_F(BusVariantTest, SendsOtherNumbersAsTheNearestWiderType)
               QVariant::fromValue(short(-5)));
 }
 
-TEST_F(BusVariantTest, RefusesATextWithANullCharacter)
+TEST_F(BusVariantTest, RefusesATextWithACharacterThatAMessageCanNotHold)
 {
-    EXPECT_THAT(errorOfAppending("a\0b"_s),
-                StartsWith("org.tavo.Error.UnsupportedValue: A text holds a null character"));
-    EXPECT_THAT(errorOfAppending(QVariantHash{{QString(1, QChar()), 1}}),
-                StartsWith("org.tavo.Error.UnsupportedValue: "));
+    const QString null = "a\0b"_s;
+    const QString half = QChar(0xd83d);
+    const QString none = QChar(0xfffe);
+    const std::string refusal =
+        "org.tavo.Error.UnsupportedValue: A text holds a character that can't be sent";
+    for (const QString &text : {null, half, none}) {
+        EXPECT_EQ(errorOfAppending(text), refusal);
+        EXPECT_EQ(errorOfAppending(QVariantHash{{text, 1}}), refusal);
+        EXPECT_EQ(errorOfAppending(QStringList{text}), refusal);
+    }
 }
 
-TEST_F(BusVariantTest, RefusesHalfASurrogatePair)
+TEST_F(BusVariantTest, ShowsATextWithReplacementsForSuchCharacters)
 {
-    EXPECT_THAT(errorOfAppending(QString(QChar(0xd83d))),
-                StartsWith("org.tavo.Error.UnsupportedValue: A text holds half a character"));
+    EXPECT_EQ(BusVariant::shownText("a\0b"_s), "a\ufffdb"_s);
+    EXPECT_EQ(BusVariant::shownText(QString(QChar(0xd83d))), "\ufffd"_s);
+    EXPECT_EQ(BusVariant::shownText(QString(QChar(0xfffe))), "\ufffd"_s);
+    EXPECT_EQ(BusVariant::shownText("Grüße, \U0001F514"_s), "Grüße, \U0001F514"_s);
 }
 
 TEST_F(BusVariantTest, RefusesATypeThatIsNoPlainDataAndNamesIt)
