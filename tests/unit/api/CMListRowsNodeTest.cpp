@@ -144,6 +144,24 @@ TEST_F(CMListRowsNodeTest, AnnouncesWhatItsRowsCarry)
     EXPECT_EQ(node->rowsRoles(), roles);
 }
 
+TEST_F(CMListRowsNodeTest, ReplacesAllRowsAtOnce)
+{
+    node->rowsAppend(a);
+    node->rowsAppend(b);
+    settle();
+    recorder.rows.clear();
+    const auto text = TavoRoles().setType(TavoRolesType::Text).setTitle("text");
+    const auto action = TavoRoles().setType(TavoRolesType::Action).setPath(c);
+    node->setRows({text, action, text});
+    EXPECT_EQ(askForRows(0, -1),
+              QVariant(QVariantList{text.__variant(), action.__variant(), text.__variant()}));
+    settle();
+    EXPECT_THAT(recorder.rows,
+                ElementsAre(RowsReport{path, {CMSubscribe::RowsChangeReset()}, 0, 3}));
+    node->setRows({});
+    EXPECT_EQ(node->rowsSize(), 0);
+}
+
 TEST_F(CMListRowsNodeTest, ReportsChangesFromTheEventLoopOnly)
 {
     node->rowsAppend(a);

@@ -138,6 +138,12 @@ std::vector<RecordField> serviceFields()
         FIELD(Main, error, setError, text),
         FIELD(TavoRoles, type, setType, TavoRolesType::Text),
         FIELD(TavoRoles, title, setTitle, translatable),
+        FIELD(TavoRoles, path, setPath, path),
+        FIELD(TavoRoles, application, setApplication, text),
+        FIELD(TavoRoles, desktopEntry, setDesktopEntry, text),
+        FIELD(TavoRoles, icon, setIcon, text),
+        FIELD(TavoRoles, category, setCategory, text),
+        FIELD_KEY(TavoRoles, isTransient, setTransient, "transient", true),
         FIELD(TavoRowsRoles, type, setType,
               (RowsTypes{TavoRowsRolesType::Title, TavoRowsRolesType::Path})),
     };

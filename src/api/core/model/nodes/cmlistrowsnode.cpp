@@ -104,9 +104,23 @@ void CMListRowsNode::rowsRemoveAt(int index)
     report(CMSubscribe::RowsChangeRemoved(), index);
 }
 
-void CMListRowsNode::report(const QString &change, int index) const
+void CMListRowsNode::setRows(const QVector<TavoRoles> &rows)
 {
-    CMRegistry::instance().reportRows(path(), change, index, 1);
+    QList<Row> newRows;
+    newRows.reserve(rows.size());
+    for (const TavoRoles &row : rows) {
+        newRows.append(Row(row));
+    }
+    {
+        const std::lock_guard lock(guard());
+        m_rows.swap(newRows);
+    }
+    report(CMSubscribe::RowsChangeReset(), 0, rows.size());
+}
+
+void CMListRowsNode::report(const QString &change, int index, int count) const
+{
+    CMRegistry::instance().reportRows(path(), change, index, count);
 }
 
 int CMListRowsNode::rowsSize() const

@@ -8,6 +8,7 @@
 
 #include <QList>
 #include <QStringList>
+#include <QVector>
 
 /// A node that holds an ordered list of rows: paths of other nodes, or roles to show. Subscribers
 /// are told of every change, from the event loop. Thread and owner: as CMNode.
@@ -26,6 +27,9 @@ public:
     /// The index is from 0 to the number of rows; the row stands at it afterwards.
     void rowsInsert(int index, const CMPath &row);
     void rowsRemoveAt(int index);
+
+    /// Replaces all rows at once; reported as a reset.
+    void setRows(const QVector<TavoRoles> &rows);
 
     int rowsSize() const;
 
@@ -61,7 +65,7 @@ private:
     };
 
     void insert(int index, const Row &row);
-    void report(const QString &change, int index) const;
+    void report(const QString &change, int index, int count = 1) const;
 
     TavoRowsRoles m_rowsRoles;
     QList<Row> m_rows;
