@@ -38,6 +38,11 @@ sdbus::Error BusErrors::limitExceeded(const std::string &message)
     return {"org.freedesktop.DBus.Error.LimitsExceeded", message};
 }
 
+sdbus::Error BusErrors::accessDenied(const std::string &message)
+{
+    return {"org.freedesktop.DBus.Error.AccessDenied", message};
+}
+
 sdbus::Error BusErrors::invalidPath(const std::string &message)
 {
     return {prefix + "InvalidPath", message};

@@ -15,6 +15,8 @@ namespace BusErrors {
 sdbus::Error invalidArguments(const std::string &message);
 /// The caller has reached a limit.
 sdbus::Error limitExceeded(const std::string &message);
+/// The caller may not have what it asks for.
+sdbus::Error accessDenied(const std::string &message);
 /// A text that is no path of the model.
 sdbus::Error invalidPath(const std::string &message);
 /// A value of the model that a message can't hold.

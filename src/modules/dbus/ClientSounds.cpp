@@ -5,6 +5,8 @@
 
 #include "Clients.h"
 
+#include <bus/BusError.h>
+
 namespace {
 const QString itemKey = QStringLiteral("notificationPlayerItem");
 
@@ -16,8 +18,10 @@ bool isEnd(TavoNotificationPlayerResponseType::Enum type)
 }
 } // namespace
 
-ClientSounds::ClientSounds(Clients &clients, CMNodes *nodes)
+ClientSounds::ClientSounds(Clients &clients, CMNodes *nodes,
+                           const DbusConfiguration::Sounds &configuration)
     : m_clients(clients)
+    , m_access(configuration.schemes, configuration.folders)
     , m_nodes(nodes)
 {
     tavoConnect(&m_clients, &Clients::left, this, &ClientSounds::on_clients_left);
@@ -30,6 +34,7 @@ CMReply<QVariant> ClientSounds::enqueue(const std::string &client, const QVarian
         return CMRoot()->invoke(TavoNotificationPlayerEnqueuePath(), value, {});
     }
     TavoNotificationPlayerItem item = wish.notificationPlayerItem();
+    checkAccess(item);
     const CMPath path = watch(client, item);
     wish.setNotificationPlayerItem(item.setPlaybackResponsePath(path));
     const CMReply<QVariant> reply = CMRoot()->invoke(TavoNotificationPlayerEnqueuePath(), wish, {});
@@ -40,6 +45,22 @@ CMReply<QVariant> ClientSounds::enqueue(const std::string &client, const QVarian
         }
     });
     return reply;
+}
+
+void ClientSounds::checkAccess(TavoNotificationPlayerItem &item) const
+{
+    const bool isStream = item.type() == TavoNotificationPlayerItemType::Stream;
+    const bool hasLocation = isStream || item.type() == TavoNotificationPlayerItemType::Uri;
+    // One without any is refused by the player, as everybody is.
+    if (!hasLocation || item.content().isEmpty()) {
+        return;
+    }
+    const SoundAccess::Answer answer = m_access.check(
+        item.content(), isStream ? SoundAccess::Kind::Stream : SoundAccess::Kind::File);
+    if (answer.location.isEmpty()) {
+        throw BusErrors::accessDenied(answer.refusal.toStdString());
+    }
+    item.setContent(answer.location);
 }
 
 CMPath ClientSounds::watch(const std::string &client, const TavoNotificationPlayerItem &item)

@@ -3,6 +3,9 @@
 
 #pragma once
 
+#include "DbusConfiguration.h"
+#include "SoundAccess.h"
+
 #include <core/tavo.h>
 
 #include <QHash>
@@ -21,10 +24,11 @@ class ClientSounds : public QObject
     Q_OBJECT
 
 public:
-    ClientSounds(Clients &clients, CMNodes *nodes);
+    ClientSounds(Clients &clients, CMNodes *nodes, const DbusConfiguration::Sounds &configuration);
 
     /// Sends a client's request for a sound on; the reply is the player's. Throws
-    /// BusErrors::limitExceeded() for one too many.
+    /// BusErrors::limitExceeded() for one too many, BusErrors::accessDenied() for a sound that
+    /// clients may not have played.
     CMReply<QVariant> enqueue(const std::string &client, const QVariant &value);
 
 private Q_SLOTS:
@@ -39,10 +43,12 @@ private:
         CMActivateNode *node; ///< the node set's
     };
 
+    void checkAccess(TavoNotificationPlayerItem &item) const;
     CMPath watch(const std::string &client, const TavoNotificationPlayerItem &item);
     void forget(const CMPath &path);
 
     Clients &m_clients;
+    const SoundAccess m_access;
     CMNodes *m_nodes;
     QHash<CMPath, Sound> m_sounds;                 ///< by their nodes
     std::unordered_map<std::string, int> m_counts; ///< by client; none for one without

@@ -44,6 +44,7 @@ DbusConfiguration::Sounds readSounds(TavoConfiguration reader)
     DbusConfiguration::Sounds sounds;
     sounds.schemes = reader.texts(QStringLiteral("schemes"), {QStringLiteral("file")});
     sounds.folders = reader.texts(QStringLiteral("folders"), {QStringLiteral("/")});
+    sounds.theme = reader.text(QStringLiteral("theme"), QStringLiteral("freedesktop"));
     reader.finish();
     return sounds;
 }
@@ -57,6 +58,8 @@ DbusConfiguration DbusConfiguration::fromHash(const QVariantHash &config)
     configuration.notifications = reader.truth(QStringLiteral("notifications"), true);
     configuration.defaultTimeoutMs =
         reader.integer(QStringLiteral("defaultTimeout"), ::defaultTimeoutMs, 0, longestTimeoutMs);
+    configuration.criticalTimeoutMs =
+        reader.integer(QStringLiteral("criticalTimeout"), 0, 0, longestTimeoutMs);
     configuration.limits = readLimits(reader.section(QStringLiteral("limits")));
     configuration.sounds = readSounds(reader.section(QStringLiteral("sounds")));
     reader.finish();

@@ -25,11 +25,13 @@ struct DbusConfiguration
     {
         QStringList schemes; ///< "file" stands for paths too
         QStringList folders; ///< where files must be, at any depth
+        QString theme;       ///< whose sounds they may choose by name
     };
 
-    QString bus;          ///< "session", "system" or an address
-    bool notifications;   ///< whether to serve org.freedesktop.Notifications
-    int defaultTimeoutMs; ///< "defaultTimeout": of a notification that names none
+    QString bus;           ///< "session", "system" or an address
+    bool notifications;    ///< whether to serve org.freedesktop.Notifications
+    int defaultTimeoutMs;  ///< "defaultTimeout": of a notification that names none
+    int criticalTimeoutMs; ///< "criticalTimeout": of a critical one that names none. 0: it stays
     Limits limits;
     Sounds sounds;
 

@@ -19,8 +19,12 @@ DbusWorker::DbusWorker(const QVariantHash &config)
     , m_configuration(DbusConfiguration::fromHash(config))
     , m_bus(m_configuration.bus)
     , m_clients(m_bus, m_configuration.limits)
-    , m_model(m_bus, m_clients, nodes())
+    , m_model(m_bus, m_clients, nodes(), m_configuration.sounds)
 {
+    if (m_configuration.notifications) {
+        m_notifications =
+            std::make_unique<NotificationsInterface>(m_bus, m_clients, nodes(), m_configuration);
+    }
     tavoConnect(&m_bus, &BusConnection::connected, this, &DbusWorker::on_bus_connected);
     tavoConnect(&m_bus, &BusConnection::lost, this, &DbusWorker::on_bus_lost);
     tavoConnect(&m_bus, &BusConnection::nameAcquired, this, &DbusWorker::on_bus_nameAcquired);

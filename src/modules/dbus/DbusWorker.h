@@ -6,9 +6,12 @@
 #include "Clients.h"
 #include "DbusConfiguration.h"
 #include "ModelInterface.h"
+#include "NotificationsInterface.h"
 
 #include <bus/BusConnection.h>
 #include <core/tavo.h>
+
+#include <memory>
 
 /// The model on a message bus, for programs outside of the host.
 ///
@@ -33,4 +36,5 @@ private:
     BusConnection m_bus; ///< first of the parts: the others stand on it
     Clients m_clients;
     ModelInterface m_model;
+    std::unique_ptr<NotificationsInterface> m_notifications; ///< null where they are not served
 };

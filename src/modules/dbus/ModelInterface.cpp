@@ -97,12 +97,13 @@ void appendEntries(sdbus::MethodReply &answer, const std::vector<CMCatalog::Entr
 }
 } // namespace
 
-ModelInterface::ModelInterface(BusConnection &bus, Clients &clients, CMNodes *nodes)
+ModelInterface::ModelInterface(BusConnection &bus, Clients &clients, CMNodes *nodes,
+                               const DbusConfiguration::Sounds &sounds)
     : m_bus(bus)
     , m_clients(clients)
     , m_subscriptions(clients)
     , m_inboxes(clients, nodes)
-    , m_sounds(clients, nodes)
+    , m_sounds(clients, nodes, sounds)
 {
     m_bus.ownName(QString::fromLatin1(interfaceName));
     tavoConnect(&m_bus, &BusConnection::connected, this, &ModelInterface::on_bus_connected);

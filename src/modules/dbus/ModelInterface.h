@@ -30,7 +30,8 @@ class ModelInterface : public QObject
     Q_OBJECT
 
 public:
-    ModelInterface(BusConnection &bus, Clients &clients, CMNodes *nodes);
+    ModelInterface(BusConnection &bus, Clients &clients, CMNodes *nodes,
+                   const DbusConfiguration::Sounds &sounds);
 
 private Q_SLOTS:
     void on_bus_connected();

@@ -1,0 +1,31 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <core/tavo/enumerations.h>
+
+#include <QString>
+#include <QVector>
+
+/// A notification as a desktop client wants it shown: its texts plain, its times the display's.
+struct DesktopNotification
+{
+    struct Action
+    {
+        QString key; ///< what the client knows it by
+        QString label;
+    };
+
+    QString title;
+    QString text;
+    QVector<Action> actions;
+    TavoNotificationItemPriority::Enum priority = TavoNotificationItemPriority::Normal;
+    int timeout = 0; ///< ms on display; 0: until it is closed
+    QString application;
+    QString icon;
+    QString category;
+    QString desktopEntry;
+    bool isTransient = false;
+    bool isResident = false; ///< stays when one of its actions has been invoked
+};

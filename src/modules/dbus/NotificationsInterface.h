@@ -1,0 +1,61 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "DbusConfiguration.h"
+#include "NotificationSounds.h"
+#include "NotifyCall.h"
+#include "OpenNotifications.h"
+
+#include <QObject>
+
+#include <sdbus-c++/sdbus-c++.h>
+
+#include <memory>
+
+class BusConnection;
+class Clients;
+
+/// org.freedesktop.Notifications: what desktop programs notify their user with, shown by the
+/// display. data/dbus/org.freedesktop.Notifications.xml describes it.
+///
+/// Thread and owner: its worker's. Every call is answered at once. Notifications stay open when their
+/// client leaves the bus, and when the bus itself goes.
+class NotificationsInterface : public QObject
+{
+    Q_OBJECT
+
+public:
+    NotificationsInterface(BusConnection &bus, Clients &clients, CMNodes *nodes,
+                           const DbusConfiguration &configuration);
+
+private Q_SLOTS:
+    void on_bus_connected();
+    void on_bus_lost();
+    void on_notifications_closed(quint32 id, OpenNotifications::Reason reason);
+    void on_notifications_actionInvoked(quint32 id, const QString &key, const QString &token);
+
+private:
+    using Handler = void (NotificationsInterface::*)(sdbus::MethodCall &call);
+    using Texts = std::vector<std::string>;
+
+    void add(const char *method, Handler handler, const char *in, const Texts &inNames,
+             const char *out, const Texts &outNames);
+    void handle(sdbus::MethodCall &call, Handler handler);
+
+    void notify(sdbus::MethodCall &call);
+    void closeNotification(sdbus::MethodCall &call);
+    void getCapabilities(sdbus::MethodCall &call);
+    void getServerInformation(sdbus::MethodCall &call);
+
+    template <typename... Arguments>
+    void send(const char *signal, const Arguments &...arguments);
+
+    BusConnection &m_bus;
+    Clients &m_clients;
+    const NotifyCall::Timeouts m_timeouts;
+    OpenNotifications m_notifications;
+    NotificationSounds m_sounds;
+    std::unique_ptr<sdbus::IObject> m_object; ///< while connected
+};

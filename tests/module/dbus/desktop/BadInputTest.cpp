@@ -1,0 +1,225 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "DesktopTest.h"
+
+namespace {
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// What no server may die of. After each, the next client is served as ever.
+class BadInputTest : public DesktopTest
+{
+protected:
+    ~BadInputTest() override
+    {
+        EXPECT_NE(notifySend({"-r"_s, "777"_s, "Still there"_s}), 0U);
+        EXPECT_EQ(titleOf(777), "Still there"_s);
+    }
+};
+
+TEST_F(BadInputTest, TwentyThousandNestedTagsAreReadAsText)
+{
+    EXPECT_EQ(python("print(Notify(body='<b>' * 20000 + 'deep' + '</b>' * 20000))"_s), "1"_s);
+    EXPECT_EQ(rowOf(1).title().toString(), "deep"_s);
+}
+
+TEST_F(BadInputTest, BrokenMarkupIsReadAsText)
+{
+    EXPECT_EQ(python("print(Notify(body='<b>a</i> & <a href=\"b> &#xD800; </'))"_s), "1"_s);
+    EXPECT_EQ(rowOf(1).title().toString(), "a & <a href=\"b> \uFFFD </"_s);
+}
+
+TEST_F(BadInputTest, ABodyOfAMebibyteIsShown)
+{
+    EXPECT_EQ(python("print(Notify(body='<p>' * 10 + 'x' * (1 << 20)))"_s), "1"_s);
+    EXPECT_EQ(rowOf(1).title().toString().size(), 1 << 20);
+}
+
+TEST_F(BadInputTest, ImagesWhoseSizesLieAreNotLookedAt)
+{
+    EXPECT_EQ(python(R"(
+for size in [(2**31 - 1, 2**31 - 1, 2**31 - 1), (-1, -1, -1), (0, 0, 0), (10, 10, 1), (1 << 16, 1 << 16, 4)]:
+    for key in ['image-data', 'image_data', 'icon_data']:
+        image = dbus.Struct((*size, True, 8, 4, dbus.ByteArray(b'few')), signature='iiibiiay')
+        Notify(replaces=1, hints={key: image})
+print(Notify(replaces=1, hints={'image-data': 'no image', 'image-path': 7}))
+)"_s),
+              "1"_s);
+}
+
+TEST_F(BadInputTest, HintsOfTheWrongTypeAreLeftOut)
+{
+    EXPECT_EQ(python(R"(
+strange = dbus.Array([1], signature='i')
+hints = {key: strange for key in ['urgency', 'category', 'desktop-entry', 'transient', 'resident',
+                                  'sound-file', 'sound-name', 'suppress-sound']}
+print(Notify(hints=hints))
+hints = {key: 'text' for key in ['urgency', 'transient', 'resident', 'suppress-sound']}
+print(Notify(hints=hints))
+print(Notify(hints={'urgency': dbus.Byte(200)}))
+print(Notify(hints={'urgency': dbus.Int64(-(2**63))}))
+print(Notify(hints={'urgency': dbus.UInt64(2**64 - 1)}))
+print(Notify(hints={'urgency': dbus.Double(0.0)}))
+print(Notify(hints={'urgency': dbus.UInt32(2)}))
+)"_s),
+              "1\n2\n3\n4\n5\n6\n7"_s);
+    EXPECT_THAT(displayed(), ElementsAre(pathOf(7), pathOf(1), pathOf(2), pathOf(3), pathOf(4),
+                                         pathOf(5), pathOf(6)));
+}
+
+TEST_F(BadInputTest, HintsThatNestAsDeeplyAsTheyCanAreSteppedOver)
+{
+    EXPECT_EQ(python(R"(
+value = dbus.Int32(1, variant_level=1)
+for i in range(9):
+    value = dbus.Dictionary({'key': dbus.Array([dbus.Struct((value,), signature='v')], signature='(v)')},
+                            signature='sv', variant_level=1)
+print(Notify(hints={'unknown': value}))
+)"_s),
+              "1"_s);
+}
+
+TEST_F(BadInputTest, TheSmallestAndTheLargestTimeoutsAreTaken)
+{
+    EXPECT_EQ(
+        python("print(Notify(timeout=2**31 - 1), Notify(timeout=-(2**31)), Notify(timeout=-2))"_s),
+        "1 2 3"_s);
+    settle();
+    EXPECT_EQ(displayed().size(), 3);
+}
+
+TEST_F(BadInputTest, ActionsThatAreNoPairsAreRefused)
+{
+    EXPECT_EQ(python("print(error(Notify, actions=['key']))"_s),
+              "org.freedesktop.DBus.Error.InvalidArgs: Each action takes a key and a label"_s);
+    EXPECT_TRUE(python("print(error(Notify, actions=['key', 'label'] * 65))"_s)
+                    .startsWith("org.freedesktop.DBus.Error.LimitsExceeded: "_s));
+    EXPECT_THAT(displayed(), IsEmpty());
+}
+
+TEST_F(BadInputTest, ActionsWithStrangeKeysAreTaken)
+{
+    EXPECT_EQ(
+        python("print(Notify(actions=['', 'a', '/', 'b', '..', 'c', 'k' * 5000, 'd', '', 'e']))"_s),
+        "1"_s);
+    EXPECT_EQ(rowCount(1), 5);
+}
+
+TEST_F(BadInputTest, CallsOfTheWrongTypesAreRefused)
+{
+    const QString results = python(R"(
+def raw(method, signature, *arguments):
+    return error(bus.call_blocking, 'org.freedesktop.Notifications', '/org/freedesktop/Notifications',
+                 'org.freedesktop.Notifications', method, signature, arguments)
+print(raw('Notify', '', ))
+print(raw('Notify', 's', 'text'))
+print(raw('CloseNotification', 's', 'text'))
+print(raw('CloseNotification', 'i', -1))
+print(raw('NoSuchMethod', ''))
+)"_s);
+    EXPECT_EQ(results.split('\n').size(), 5) << results.toStdString();
+    EXPECT_EQ(results.count("org.freedesktop.DBus.Error.InvalidArgs: "_s), 4)
+        << results.toStdString();
+    EXPECT_EQ(results.count("org.freedesktop.DBus.Error.UnknownMethod: "_s), 1);
+}
+
+TEST_F(BadInputTest, IdsOfNothingAreRefused)
+{
+    const QString name = "org.freedesktop.Notifications.InvalidId: "_s;
+    EXPECT_EQ(python(R"(
+print(error(CloseNotification, 0))
+print(error(CloseNotification, 2**32 - 1))
+)"_s),
+              name + "No notification is open by the id 0\n"_s + name +
+                  "No notification is open by the id 4294967295"_s);
+}
+
+TEST_F(BadInputTest, TheLargestIdIsAnIdAsAnyOther)
+{
+    EXPECT_EQ(
+        python(
+            "print(Notify(replaces=2**32 - 1)); CloseNotification(2**32 - 1); print(Notify())"_s),
+        "4294967295\n1"_s);
+}
+
+TEST_F(BadInputTest, TextsThatAreNoUtf8EndTheirSenderAlone)
+{
+    ClientProgram sender(bus(), "/usr/bin/python3"_s, {"-c"_s, R"(
+import os, socket, struct
+
+def align(data, size):
+    return data + bytes(-len(data) % size)
+def text(data):
+    return struct.pack('<I', len(data)) + data + b'\0'
+def header_field(code, signature, value):
+    return bytes([code, len(signature)]) + signature + b'\0' + value
+def message(serial, path, interface, member, destination, signature=b'', body=b''):
+    fields = b''
+    for code, kind, value in [(1, b'o', path), (2, b's', interface), (3, b's', member), (6, b's', destination)]:
+        fields = align(fields, 8) + header_field(code, kind, text(value))
+    if signature:
+        fields = align(fields, 8) + header_field(8, b'g', bytes([len(signature)]) + signature + b'\0')
+    start = b'l\x01\0\x01' + struct.pack('<III', len(body), serial, len(fields)) + fields
+    return align(start, 8) + body
+
+connection = socket.socket(socket.AF_UNIX)
+connection.connect(os.environ['DBUS_SESSION_BUS_ADDRESS'].split('=')[1])
+connection.sendall(b'\0AUTH EXTERNAL ' + str(os.getuid()).encode().hex().encode() + b'\r\n')
+assert connection.recv(1000).startswith(b'OK')
+connection.sendall(b'BEGIN\r\n')
+bus = b'org.freedesktop.DBus'
+connection.sendall(message(1, b'/org/freedesktop/DBus', bus, b'Hello', bus))
+assert connection.recv(10000)
+body = align(text(b'\xff\xfe'), 4) + struct.pack('<I', 0)
+for value in [b'', b'\xc0\x80', b'\xed\xa0\x80']:
+    body = align(body, 4) + text(value)
+body = align(body, 4) + struct.pack('<I', 0)
+body = align(align(body, 4) + struct.pack('<I', 0), 8) + struct.pack('<i', 0)
+name = b'org.freedesktop.Notifications'
+connection.sendall(message(2, b'/org/freedesktop/Notifications', name, b'Notify', name, b'susssasa{sv}i', body))
+connection.settimeout(20)
+while connection.recv(10000): pass
+print('ended')
+)"_s});
+    EXPECT_TRUE(sender.succeeds()) << sender.errors().toStdString();
+    EXPECT_EQ(sender.output(), "ended\n"_s);
+    EXPECT_THAT(displayed(), IsEmpty());
+}
+
+TEST_F(BadInputTest, AFloodIsServedInTurn)
+{
+    ClientProgram flood(bus(), "/usr/bin/python3"_s, {"-c"_s, R"(
+import dbus, dbus.lowlevel
+bus = dbus.SessionBus()
+while True:
+    call = dbus.lowlevel.MethodCallMessage('org.freedesktop.Notifications', '/org/freedesktop/Notifications',
+                                           'org.freedesktop.Notifications', 'Notify')
+    call.append('', dbus.UInt32(5), '', 'flood', '<b>' * 100, dbus.Array([], signature='s'),
+                dbus.Dictionary({}, signature='sv'), -1, signature='susssasa{sv}i')
+    call.set_no_reply(True)
+    bus.send_message(call)
+)"_s});
+    ASSERT_TRUE(waitFor([&] { return isOpen(5); }, std::chrono::seconds(20)));
+    EXPECT_NE(notifySend({"-t"_s, "0"_s, "In the middle"_s}), 0U);
+    flood.kill();
+}
+
+TEST_F(BadInputTest, ClientsThatVanishInTheMiddleLeaveTheirNotifications)
+{
+    ClientProgram client(bus(), "/usr/bin/python3"_s, {"-c"_s, R"(
+import dbus, dbus.lowlevel, os
+bus = dbus.SessionBus()
+for i in range(50):
+    call = dbus.lowlevel.MethodCallMessage('org.freedesktop.Notifications', '/org/freedesktop/Notifications',
+                                           'org.freedesktop.Notifications', 'Notify')
+    call.append('', dbus.UInt32(0), '', 'Title', '', dbus.Array([], signature='s'),
+                dbus.Dictionary({}, signature='sv'), 0, signature='susssasa{sv}i')
+    bus.send_message(call)
+bus.flush()
+os._exit(0)
+)"_s});
+    EXPECT_TRUE(client.succeeds()) << client.errors().toStdString();
+    EXPECT_TRUE(waitFor([] { return displayed().size() == 50; }));
+}
+} // namespace

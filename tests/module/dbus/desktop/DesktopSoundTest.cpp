@@ -1,0 +1,184 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "DesktopTest.h"
+
+#include "support/scripted/ScriptedPlayers.h"
+#include "support/scripted/ScriptedService.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+namespace {
+/// A theme and a folder that is allowed, and players that a test plays the part of.
+class SoundFolders
+{
+public:
+    SoundFolders()
+    {
+        ScriptedPlayers::instance().reset();
+        make("data/sounds/freedesktop/index.theme"_s,
+             "[Sound Theme]\nDirectories=stereo\n[stereo]\nOutputProfile=stereo\n");
+        make("data/sounds/freedesktop/stereo/bell.oga"_s);
+        make("data/sounds/special/index.theme"_s, "[Sound Theme]\nInherits=freedesktop\n");
+        make("allowed/sound.wav"_s);
+        make("secret/sound.wav"_s);
+        qputenv("XDG_DATA_HOME", QFile::encodeName(path("data"_s)));
+        qputenv("XDG_DATA_DIRS", QFile::encodeName(path("none"_s)));
+    }
+    ~SoundFolders()
+    {
+        qunsetenv("XDG_DATA_HOME");
+        qunsetenv("XDG_DATA_DIRS");
+    }
+    Q_DISABLE_COPY_MOVE(SoundFolders)
+
+    QString path(const QString &name) const
+    {
+        return QFileInfo(m_folder.path()).canonicalFilePath() + '/' + name;
+    }
+
+private:
+    void make(const QString &name, const QByteArray &content = {}) const
+    {
+        QDir().mkpath(QFileInfo(path(name)).path());
+        QFile file(path(name));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+    }
+
+    QTemporaryDir m_folder;
+};
+
+class DesktopSoundTest : private SoundFolders, public DesktopTest
+{
+protected:
+    DesktopSoundTest()
+        : DesktopTest({{"sounds"_s, QVariantHash{{"folders"_s, QVariantList{path("allowed"_s)}},
+                                                 {"theme"_s, "special"_s}}}})
+    {
+        m_services.take(TavoPlayerMainAudioDuckingPath(), ScriptedService::accept());
+        m_services.take(TavoPowerManagerResourceRequestPath(), ScriptedService::accept());
+    }
+
+    using SoundFolders::path;
+
+    static const std::vector<ScriptedPlayer *> &players()
+    {
+        return ScriptedPlayers::instance().all();
+    }
+
+    bool plays(std::size_t count)
+    {
+        return waitFor([&] { return players().size() == count && players().back()->plays > 0; });
+    }
+
+    /// Whether nothing has been asked of the player by the time everything has been handled.
+    bool isSilent()
+    {
+        waitFor([] { return false; }, std::chrono::milliseconds(100));
+        return players().empty();
+    }
+
+    quint32 notifyWith(const QString &hint)
+    {
+        return notifySend({"-t"_s, "0"_s, "-h"_s, hint, "Title"_s});
+    }
+
+private:
+    ScriptedService m_services{"Services"_s};
+};
+
+TEST_F(DesktopSoundTest, PlaysTheFileThatIsNamed)
+{
+    notifyWith("string:sound-file:"_s + path("allowed/sound.wav"_s));
+    ASSERT_TRUE(plays(1));
+    EXPECT_EQ(players()[0]->kind, "UriSimplePlayer"_s);
+    EXPECT_EQ(players()[0]->content, path("allowed/sound.wav"_s));
+    EXPECT_FALSE(players()[0]->loop);
+}
+
+TEST_F(DesktopSoundTest, PlaysTheThemesSoundThatIsNamed)
+{
+    notifyWith("string:sound-name:bell-urgent"_s);
+    ASSERT_TRUE(plays(1));
+    EXPECT_EQ(players()[0]->content, path("data/sounds/freedesktop/stereo/bell.oga"_s));
+}
+
+TEST_F(DesktopSoundTest, ShowsWhatNamesAForbiddenSoundAndSaysSoOnce)
+{
+    const QString hint = "string:sound-file:"_s + path("secret/sound.wav"_s);
+    EXPECT_TRUE(isOpen(notifyWith(hint)));
+    EXPECT_TRUE(isOpen(notifyWith(hint)));
+    EXPECT_TRUE(isSilent());
+    EXPECT_EQ(log().count(log4cplus::WARN_LOG_LEVEL, "A notification's sound is not played: \"" +
+                                                         path("secret/sound.wav"_s).toStdString() +
+                                                         "\" is no file in an allowed folder"),
+              1);
+}
+
+TEST_F(DesktopSoundTest, PlaysNothingWhenThereIsNoSuchSound)
+{
+    notifyWith("string:sound-name:nothing"_s);
+    EXPECT_TRUE(isSilent());
+}
+
+TEST_F(DesktopSoundTest, PlaysNothingWhenTheSoundIsSuppressed)
+{
+    notifySend(
+        {"-h"_s, "boolean:suppress-sound:true"_s, "-h"_s, "string:sound-name:bell"_s, "Title"_s});
+    EXPECT_TRUE(isSilent());
+}
+
+TEST_F(DesktopSoundTest, IsSilentByDefault)
+{
+    notifySend({"Title"_s});
+    EXPECT_TRUE(isSilent());
+}
+
+TEST_F(DesktopSoundTest, StopsTheSoundOfWhatIsClosed)
+{
+    const quint32 id = notifyWith("string:sound-name:bell"_s);
+    ASSERT_TRUE(plays(1));
+    EXPECT_EQ(result("CloseNotification"_s, {QString::number(id)}), "()"_s);
+    EXPECT_TRUE(waitFor([&] { return players()[0]->stops == 1; }));
+}
+
+TEST_F(DesktopSoundTest, StopsTheSoundOfWhatIsDismissed)
+{
+    const quint32 id = notifyWith("string:sound-name:bell"_s);
+    ASSERT_TRUE(plays(1));
+    CMSubscribe::closeNode(pathOf(id));
+    EXPECT_TRUE(waitFor([&] { return players()[0]->stops == 1; }));
+}
+
+TEST_F(DesktopSoundTest, LetsTheSoundOfWhatExpiresEnd)
+{
+    const quint32 id = notifySend({"-t"_s, "200"_s, "-h"_s, "string:sound-name:bell"_s, "Title"_s});
+    ASSERT_TRUE(plays(1));
+    ASSERT_TRUE(waitFor([&] { return !isOpen(id); }));
+    settle();
+    EXPECT_EQ(players()[0]->stops, 0);
+}
+
+TEST_F(DesktopSoundTest, PlaysTheNewSoundInPlaceOfTheOld)
+{
+    const quint32 id = notifyWith("string:sound-name:bell"_s);
+    ASSERT_TRUE(plays(1));
+    notifySend({"-t"_s, "0"_s, "-r"_s, QString::number(id), "-h"_s,
+                "string:sound-file:"_s + path("allowed/sound.wav"_s), "Title"_s});
+    ASSERT_TRUE(waitFor([&] { return players()[0]->stops == 1; }));
+    players()[0]->reportStopped();
+    ASSERT_TRUE(plays(2));
+    EXPECT_EQ(players()[1]->content, path("allowed/sound.wav"_s));
+}
+
+TEST_F(DesktopSoundTest, PlaysMoreUrgentSoundsFirst)
+{
+    notifyWith("string:sound-name:bell"_s);
+    ASSERT_TRUE(plays(1));
+    notifySend({"-u"_s, "critical"_s, "-h"_s, "string:sound-name:bell"_s, "Title"_s});
+    ASSERT_TRUE(plays(2));
+    EXPECT_EQ(players()[0]->pauses, 1);
+}
+} // namespace

@@ -1,0 +1,108 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "DesktopTest.h"
+
+namespace {
+const QString limitError = QStringLiteral("org.freedesktop.DBus.Error.LimitsExceeded: ");
+
+class OpenLimitTest : public DesktopTest
+{
+protected:
+    OpenLimitTest()
+        : DesktopTest({{"limits"_s, QVariantHash{{"openNotifications"_s, 3}}}})
+    {
+    }
+};
+
+TEST_F(OpenLimitTest, HoldsForAClient)
+{
+    EXPECT_EQ(python(R"(
+print([error(Notify) for i in range(3)])
+print(error(Notify))
+CloseNotification(2)
+print(error(Notify))
+print(error(Notify))
+)"_s),
+              "[1, 2, 3]\n"_s + limitError +
+                  "A client may have no more than 3 notifications open\n4\n"_s + limitError +
+                  "A client may have no more than 3 notifications open"_s);
+}
+
+TEST_F(OpenLimitTest, AllowsChangesOfWhatIsOpen)
+{
+    EXPECT_EQ(python(R"(
+for i in range(3): Notify()
+print(Notify('New', replaces=2), error(Notify, replaces=7))
+)"_s),
+              "2 "_s + limitError + "A client may have no more than 3 notifications open"_s);
+}
+
+TEST_F(OpenLimitTest, HoldsForOthersByThemselves)
+{
+    python("for i in range(3): Notify()"_s);
+    EXPECT_EQ(python("print(Notify())"_s), "4"_s);
+    EXPECT_EQ(displayed().size(), 4);
+}
+
+class RequestLimitTest : public DesktopTest
+{
+protected:
+    RequestLimitTest()
+        : DesktopTest({{"limits"_s, QVariantHash{{"requestsPerSecond"_s, 5}}}})
+    {
+    }
+};
+
+TEST_F(RequestLimitTest, HoldsForAClient)
+{
+    const QString results = python(R"(
+results = [error(Notify) for i in range(100)]
+print(len([1 for result in results if type(result) == int]) >= 10)
+print(results[-1])
+)"_s);
+    EXPECT_EQ(results, "True\n"_s + limitError +
+                           "No more than 5 requests a second are taken from a client"_s);
+    EXPECT_NE(notifySend({"Title"_s}), 0U);
+}
+
+class SizeLimitTest : public DesktopTest
+{
+protected:
+    SizeLimitTest()
+        : DesktopTest({{"limits"_s, QVariantHash{{"valueBytes"_s, 10'000}}}})
+    {
+    }
+};
+
+TEST_F(SizeLimitTest, HoldsForAllTextsTogether)
+{
+    const QString results = python(R"(
+print(error(Notify, body='x' * 9000))
+print(error(Notify, body='x' * 10001))
+print(error(Notify, 'x' * 5000, 'x' * 5001))
+print(error(Notify, hints={'category': 'x' * 10001}))
+print(error(Notify, actions=['key', 'x' * 10001]))
+)"_s);
+    EXPECT_EQ(results.count(limitError), 4);
+    EXPECT_TRUE(results.startsWith("1\n"_s));
+    EXPECT_EQ(displayed().size(), 1);
+}
+
+TEST_F(SizeLimitTest, LeavesOutImages)
+{
+    EXPECT_EQ(python(R"(
+image = dbus.Struct((500, 500, 1500, False, 8, 3, dbus.ByteArray(bytes(750000))), signature='iiibiiay')
+print(Notify(hints={'image-data': image}))
+)"_s),
+              "1"_s);
+}
+
+TEST_F(SizeLimitTest, HoldsForWhatIsSteppedOver)
+{
+    EXPECT_TRUE(python(R"(
+print(error(Notify, hints={'unknown': dbus.Array([dbus.String('', variant_level=1)] * 1000, signature='v')}))
+)"_s)
+                    .startsWith(limitError));
+}
+} // namespace
