@@ -51,7 +51,7 @@ HostConfiguration HostConfiguration::builtIn()
 {
     HostConfiguration configuration;
     configuration.source = QStringLiteral("built-in configuration");
-    for (const char *name : {"powermanager", "player", "notifications"}) {
+    for (const char *name : {"powermanager", "player", "notifications", "dbus"}) {
         configuration.modules.append({QLatin1String(name), QLatin1String(name), {}});
     }
     return configuration;

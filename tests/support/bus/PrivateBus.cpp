@@ -32,15 +32,16 @@ constexpr const char *configurationText = R"(<!DOCTYPE busconfig PUBLIC
   <limit name="max_connections_per_user">100000</limit>
   <limit name="max_match_rules_per_connection">100000</limit>
   <limit name="max_replies_per_connection">100000</limit>
+  %2
 </busconfig>
 )";
 } // namespace
 
-PrivateBus::PrivateBus()
+PrivateBus::PrivateBus(const QString &settings)
 {
     QFile file(configuration());
     if (!file.open(QIODevice::WriteOnly) ||
-        file.write(QString::fromLatin1(configurationText).arg(socket()).toUtf8()) < 0) {
+        file.write(QString::fromLatin1(configurationText).arg(socket(), settings).toUtf8()) < 0) {
         throw std::runtime_error("the bus's configuration can't be written");
     }
     file.close();

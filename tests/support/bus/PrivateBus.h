@@ -9,19 +9,21 @@
 #include <QString>
 #include <QTemporaryDir>
 
-/// A message bus of a test's own, which lets everybody do everything. Ends with the object, and with
+/// A message bus of a test's own, which lets everybody do everything, unless further settings, elements
+/// of its configuration, say otherwise. Ends with the object, and with
 /// the process at the latest.
 class PrivateBus
 {
 public:
     /// Returns when the bus takes connections; throws when it doesn't come to that.
-    PrivateBus();
+    explicit PrivateBus(const QString &settings = {});
     ~PrivateBus();
     PrivateBus(const PrivateBus &) = delete;
     PrivateBus &operator=(const PrivateBus &) = delete;
 
     /// The same from start to start.
     QString address() const;
+    QString folder() const { return m_folder.path(); }
 
     void stop();
 

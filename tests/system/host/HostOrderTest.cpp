@@ -103,7 +103,7 @@ TEST_F(HostOrderTest, RunsItsBuiltInConfigurationWhenItIsGivenNone)
         }
     }
     EXPECT_EQ(started, QStringList({"Module started: powermanager", "Module started: player",
-                                    "Module started: notifications"}));
+                                    "Module started: notifications", "Module started: dbus"}));
 }
 
 TEST_F(HostOrderTest, EndsInOrderWhenAModuleQuitsTheProgram)

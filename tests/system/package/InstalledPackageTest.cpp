@@ -1,6 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
+#include "support/bus/ClientProgram.h"
+#include "support/bus/PrivateBus.h"
 #include "support/EventLoop.h"
 #include "support/host/HostProcess.h"
 #include "support/sound/SoundServer.h"
@@ -13,6 +15,8 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QProcess>
+
+#include <csignal>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -78,7 +82,7 @@ protected:
 TEST_F(InstalledPackageTest, TheHostFindsItsModules)
 {
     const std::string list = run(installedHost(), {"--list-modules"});
-    for (const char *module : {"notifications", "player", "powermanager"}) {
+    for (const char *module : {"dbus", "notifications", "player", "powermanager"}) {
         EXPECT_THAT(
             list, HasSubstr(std::string(module) + '\t' + moduleFile(module).toStdString() + '\n'));
     }
@@ -87,7 +91,7 @@ TEST_F(InstalledPackageTest, TheHostFindsItsModules)
 TEST_F(InstalledPackageTest, TheHostRunsWithoutAConfiguration)
 {
     ASSERT_TRUE(m_host.startReady()) << m_host.log().toStdString();
-    EXPECT_TRUE(m_host.waitForLog("Host ready, 3 modules"));
+    EXPECT_TRUE(m_host.waitForLog("Host ready, 4 modules"));
     EXPECT_EQ(m_host.stop(), 0) << m_host.log().toStdString();
 }
 
@@ -95,6 +99,7 @@ TEST_F(InstalledPackageTest, TheModulesAndThePlayersUseTheLibrariesThatAreInstal
 {
     const QString playback = prefix() + "/" TAVO_INSTALL_MODULE_DIR "/../libtavo_playback.so";
     const std::pair<QString, std::string> uses[] = {
+        {moduleFile("dbus"), "libtavo_api.so.0"},
         {moduleFile("notifications"), "libtavo_api.so.0"},
         {moduleFile("player"), "libtavo_api.so.0"},
         {moduleFile("powermanager"), "libtavo_api.so.0"},
@@ -132,4 +137,32 @@ TEST_F(InstalledPackageTest, TheExampleRunsInTheHost)
         return file.open(QIODevice::ReadOnly) && file.readAll().contains("\"begun\"");
     }));
     EXPECT_EQ(m_host.stop(), 0) << m_host.log().toStdString();
+}
+
+TEST_F(InstalledPackageTest, ASessionsBusStartsTheHostForTheFirstWhoCallsIt)
+{
+    const QString services = prefix() + "/" TAVO_INSTALL_DATADIR "/dbus-1/services";
+    const PrivateBus bus("<servicedir>" + services + "</servicedir>");
+    const auto gdbus = [&bus](const QStringList &arguments) {
+        ClientProgram client(bus, "gdbus", QStringList{"call", "--session"} + arguments);
+        EXPECT_TRUE(client.succeeds()) << client.errors().toStdString();
+        return client.output().trimmed();
+    };
+    const QString value =
+        gdbus({"--dest", "org.tavo.Model1", "--object-path", "/org/tavo/Model1", "--method",
+               "org.tavo.Model1.GetValue", "/notifications/player/isPlaying"});
+    EXPECT_EQ(value.toStdString(), "(<{'bool': <false>}>,)");
+    const QString process =
+        gdbus({"--dest", "org.freedesktop.DBus", "--object-path", "/", "--method",
+               "org.freedesktop.DBus.GetConnectionUnixProcessID", "org.tavo.Model1"});
+    const int processId = process.mid(int(qstrlen("(uint32 "))).chopped(2).toInt();
+    ASSERT_GT(processId, 1);
+    EXPECT_EQ(::kill(processId, SIGTERM), 0);
+}
+
+TEST_F(InstalledPackageTest, TellsTheInterfaceAndTheSystemBusesPolicy)
+{
+    const QString folder = prefix() + "/" TAVO_INSTALL_DATADIR "/dbus-1/";
+    EXPECT_TRUE(QFile::exists(folder + "interfaces/org.tavo.Model1.xml"));
+    EXPECT_TRUE(QFile::exists(folder + "system.d/org.tavo.Model1.conf"));
 }

@@ -27,14 +27,15 @@ std::string errorOf(const QByteArray &json)
 }
 } // namespace
 
-TEST(HostConfigurationTest, RunsThreeModulesInOrderWhenNobodySaysOtherwise)
+TEST(HostConfigurationTest, RunsFourModulesInOrderWhenNobodySaysOtherwise)
 {
     const auto configuration = HostConfiguration::builtIn();
-    ASSERT_EQ(configuration.modules.size(), 3);
+    ASSERT_EQ(configuration.modules.size(), 4);
     EXPECT_EQ(configuration.modules[0].name, "powermanager");
     EXPECT_EQ(configuration.modules[1].name, "player");
     EXPECT_EQ(configuration.modules[2].name, "notifications");
-    EXPECT_EQ(configuration.modules[2].libraryName, "notifications");
+    EXPECT_EQ(configuration.modules[3].name, "dbus");
+    EXPECT_EQ(configuration.modules[3].libraryName, "dbus");
 }
 
 TEST(HostConfigurationTest, TakesAModulesNameForItsLibrary)

@@ -1,0 +1,83 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+// The policy that is installed for the system bus, on a bus that lets nobody do anything by itself.
+
+#include "ModelTest.h"
+
+#include "support/bus/ClientProgram.h"
+
+#include <QFile>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class DbusPolicyTest : public testing::Test
+{
+protected:
+    DbusPolicyTest()
+        : m_bus("<policy context=\"default\"><allow user=\"*\"/><deny own=\"*\"/>"
+                "<deny send_type=\"method_call\"/>"
+                "<allow send_destination=\"org.freedesktop.DBus\"/></policy>"
+                "<include>" INTERFACE_FOLDER "/org.tavo.Model1.conf</include>")
+    {
+    }
+
+    void SetUp() override
+    {
+        if (::geteuid() != 0) {
+            GTEST_SKIP() << "it takes root to be somebody else";
+        }
+        // Others must reach the socket.
+        ::chmod(QFile::encodeName(m_bus.folder()).constData(), 0755);
+        m_module = std::make_unique<LoadedModule>(MODULE_FILE, "dbus",
+                                                  QVariantHash{{"bus", m_bus.address()}});
+        CMValueNode::create(&m_nodes, CMPath("/test/value"_s));
+    }
+
+    /// What busctl writes when that user calls a method.
+    std::string call(const char *user, const QStringList &arguments)
+    {
+        ClientProgram client(m_bus, "setpriv",
+                             QStringList{"--reuid", user, "--regid", "nogroup", "--clear-groups",
+                                         "busctl", "--user", "call", "org.tavo.Model1",
+                                         "/org/tavo/Model1", "org.tavo.Model1"} +
+                                 arguments);
+        const bool succeeded = client.succeeds();
+        return (succeeded ? client.output() : client.errors()).trimmed().toStdString();
+    }
+
+private:
+    PrivateBus m_bus;
+    LogCapture m_log{"Dbus"};
+    std::unique_ptr<LoadedModule> m_module;
+    CMNodes m_nodes;
+};
+
+TEST_F(DbusPolicyTest, LetsEverybodyLook)
+{
+    EXPECT_EQ(call("nobody", {"GetValue", "s", "/test/value"}), "v a{sv} 0");
+    EXPECT_THAT(call("nobody", {"Tree", "s", "/"}), HasSubstr("/test/value"));
+    EXPECT_EQ(call("nobody", {"Subscribe", "ss", "/test/value", "value"}), "");
+}
+
+TEST_F(DbusPolicyTest, LetsNotEverybodySendRequests)
+{
+    for (const QStringList &arguments :
+         {QStringList{"Call", "sv", "/test/value", "i", "1"}, QStringList{"Close", "s", "/a"},
+          QStringList{"OpenInbox"}}) {
+        EXPECT_THAT(call("nobody", arguments), HasSubstr("Access denied"));
+    }
+}
+
+TEST_F(DbusPolicyTest, LetsRootSendRequests)
+{
+    EXPECT_THAT(call("root", {"Call", "sv", "/test/value", "i", "1"}),
+                StartsWith("Call failed: The node at /test/value can't be set"));
+    EXPECT_THAT(call("root", {"OpenInbox"}), StartsWith("s \"/dbus/inbox/"));
+}
+} // namespace
