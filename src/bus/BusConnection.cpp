@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <limits>
 #include <poll.h>
+#include <systemd/sd-bus.h>
 
 namespace {
 constexpr int firstPauseMs = 100;
@@ -30,6 +31,23 @@ constexpr const char *busPath = "/org/freedesktop/DBus";
 constexpr std::uint32_t nameIsOurs = 1;
 constexpr std::uint32_t nameWasOurs = 4;
 
+/// The call for an address, unlike the others, loses memory each time that nobody is there.
+void throwUnlessReachable(const std::string &address)
+{
+    sd_bus *bus = nullptr;
+    int result = sd_bus_new(&bus);
+    if (result >= 0) {
+        result = sd_bus_set_address(bus, address.c_str());
+    }
+    if (result >= 0) {
+        result = sd_bus_start(bus);
+    }
+    sd_bus_close_unref(bus);
+    if (result < 0) {
+        throw sdbus::createError(-result, "Failed to reach " + address);
+    }
+}
+
 std::unique_ptr<sdbus::IConnection> connectTo(const QString &bus)
 {
     if (bus == QLatin1String("session")) {
@@ -38,7 +56,9 @@ std::unique_ptr<sdbus::IConnection> connectTo(const QString &bus)
     if (bus == QLatin1String("system")) {
         return sdbus::createSystemBusConnection();
     }
-    return sdbus::createSessionBusConnectionWithAddress(bus.toStdString());
+    const std::string address = bus.toStdString();
+    throwUnlessReachable(address);
+    return sdbus::createSessionBusConnectionWithAddress(address);
 }
 } // namespace
 
@@ -116,6 +136,19 @@ void BusConnection::takeNames()
 
 void BusConnection::takeName(const QString &name)
 {
+    try {
+        const std::uint32_t outcome = requestName(name);
+        // Acquired is reported by the bus's signal, whether at once or later.
+        if (outcome != nameIsOurs && outcome != nameWasOurs) {
+            Q_EMIT nameTaken(name);
+        }
+    } catch (const sdbus::Error &error) {
+        Q_EMIT nameRefused(name, QString::fromStdString(error.getMessage()));
+    }
+}
+
+std::uint32_t BusConnection::requestName(const QString &name)
+{
     const auto bus = sdbus::createProxy(*m_connection, busName, busPath);
     sdbus::MethodCall call = bus->createMethodCall(busName, "RequestName");
     constexpr std::uint32_t standInLine = 0;
@@ -123,10 +156,7 @@ void BusConnection::takeName(const QString &name)
     sdbus::MethodReply reply = bus->callMethod(call);
     std::uint32_t outcome = 0;
     reply >> outcome;
-    // Acquired is reported by the bus's signal, whether at once or later.
-    if (outcome != nameIsOurs && outcome != nameWasOurs) {
-        Q_EMIT nameTaken(name);
-    }
+    return outcome;
 }
 
 void BusConnection::on_name_acquired(sdbus::Message &message)

@@ -56,6 +56,9 @@ Q_SIGNALS:
     /// Another has the name; it becomes ours when that one gives it up.
     void nameTaken(const QString &name);
 
+    /// The bus doesn't let us have the name.
+    void nameRefused(const QString &name, const QString &reason);
+
 private Q_SLOTS:
     void on_dispatcher_aboutToBlock();
     void on_notifier_activated();
@@ -67,6 +70,7 @@ private:
     void lose(const QString &reason);
     void takeNames();
     void takeName(const QString &name);
+    std::uint32_t requestName(const QString &name);
     void on_name_acquired(sdbus::Message &message);
     void process();
     void watch();

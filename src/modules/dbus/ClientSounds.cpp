@@ -55,12 +55,30 @@ void ClientSounds::checkAccess(TavoNotificationPlayerItem &item) const
     if (!hasLocation || item.content().isEmpty()) {
         return;
     }
-    const SoundAccess::Answer answer = m_access.check(
-        item.content(), isStream ? SoundAccess::Kind::Stream : SoundAccess::Kind::File);
+    item.setContent(
+        allowed(item.content(), isStream ? SoundAccess::Kind::Stream : SoundAccess::Kind::File));
+}
+
+QString ClientSounds::allowed(const QString &location, SoundAccess::Kind kind) const
+{
+    const SoundAccess::Answer answer = m_access.check(location, kind);
     if (answer.location.isEmpty()) {
         throw BusErrors::accessDenied(answer.refusal.toStdString());
     }
-    item.setContent(answer.location);
+    return answer.location;
+}
+
+CMReply<QVariant> ClientSounds::playMusic(const QVariant &value) const
+{
+    // A record with the source, or the source alone; none for the last one.
+    const QString source = value.userType() == QMetaType::QVariantHash
+                               ? TavoValue(value.toHash()).string_()
+                               : TavoCodec<QString>::read(value);
+    const CMPath path = TavoPlayerMainAudioPlayPath();
+    if (source.isEmpty()) {
+        return CMRoot()->invoke(path, value, {});
+    }
+    return CMRoot()->invoke(path, QVariant(allowed(source, SoundAccess::Kind::File)), {});
 }
 
 CMPath ClientSounds::watch(const std::string &client, const TavoNotificationPlayerItem &item)

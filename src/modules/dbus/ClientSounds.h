@@ -31,6 +31,9 @@ public:
     /// clients may not have played.
     CMReply<QVariant> enqueue(const std::string &client, const QVariant &value);
 
+    /// Sends a client's request for music on. Throws BusErrors::accessDenied() as enqueue() does.
+    CMReply<QVariant> playMusic(const QVariant &value) const;
+
 private Q_SLOTS:
     void on_clients_left(const std::string &client);
     void on_sound_responded(const CMSetDataRequest &request);
@@ -44,6 +47,7 @@ private:
     };
 
     void checkAccess(TavoNotificationPlayerItem &item) const;
+    QString allowed(const QString &location, SoundAccess::Kind kind) const;
     CMPath watch(const std::string &client, const TavoNotificationPlayerItem &item);
     void forget(const CMPath &path);
 

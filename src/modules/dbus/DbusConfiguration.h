@@ -15,7 +15,7 @@ struct DbusConfiguration
     {
         int openNotifications;
         int requestsPerSecond; ///< on average; twice as many at once. 0: no limit
-        int valueBytes;        ///< of a value's texts and bytes, and 8 for each value within
+        int valueBytes;        ///< of a value's texts and bytes, and BusVariant::bytesPerValue
         int subscriptions;
         int inboxes;
     };

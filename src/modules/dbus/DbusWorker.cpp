@@ -29,6 +29,7 @@ DbusWorker::DbusWorker(const QVariantHash &config)
     tavoConnect(&m_bus, &BusConnection::lost, this, &DbusWorker::on_bus_lost);
     tavoConnect(&m_bus, &BusConnection::nameAcquired, this, &DbusWorker::on_bus_nameAcquired);
     tavoConnect(&m_bus, &BusConnection::nameTaken, this, &DbusWorker::on_bus_nameTaken);
+    tavoConnect(&m_bus, &BusConnection::nameRefused, this, &DbusWorker::on_bus_nameRefused);
     m_bus.open();
 }
 
@@ -50,4 +51,9 @@ void DbusWorker::on_bus_nameAcquired(const QString &name)
 void DbusWorker::on_bus_nameTaken(const QString &name)
 {
     LOG4CPLUS_WARN(logger, "Another program serves " << name << ", waiting for it to end");
+}
+
+void DbusWorker::on_bus_nameRefused(const QString &name, const QString &reason)
+{
+    LOG4CPLUS_WARN(logger, "The bus doesn't let the host serve " << name << ": " << reason);
 }

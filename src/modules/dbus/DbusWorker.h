@@ -30,6 +30,7 @@ private Q_SLOTS:
     void on_bus_lost(const QString &reason);
     void on_bus_nameAcquired(const QString &name);
     void on_bus_nameTaken(const QString &name);
+    void on_bus_nameRefused(const QString &name, const QString &reason);
 
 private:
     const DbusConfiguration m_configuration;

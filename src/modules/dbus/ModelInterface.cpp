@@ -185,11 +185,19 @@ void ModelInterface::callNode(sdbus::MethodCall &call)
 {
     const CMPath path = readPath(call);
     const QVariant value = BusVariant::read(call, m_clients.limits().valueBytes);
-    const bool isSound = path == TavoNotificationPlayerEnqueuePath();
-    m_calls.answer(call,
-                   isSound ? m_sounds.enqueue(call.getSender(), value)
-                           : CMRoot()->invoke(path, value, {}),
-                   appendValue);
+    m_calls.answer(call, send(call.getSender(), path, value), appendValue);
+}
+
+CMReply<QVariant> ModelInterface::send(const std::string &client, const CMPath &path,
+                                       const QVariant &value)
+{
+    if (path == TavoNotificationPlayerEnqueuePath()) {
+        return m_sounds.enqueue(client, value);
+    }
+    if (path == TavoPlayerMainAudioPlayPath()) {
+        return m_sounds.playMusic(value);
+    }
+    return CMRoot()->invoke(path, value, {});
 }
 
 void ModelInterface::list(sdbus::MethodCall &call)
@@ -271,7 +279,7 @@ void ModelInterface::closeInbox(sdbus::MethodCall &call)
 }
 
 template <typename Append>
-void ModelInterface::send(const char *signal, const Subscriptions::Names &clients, Append append)
+void ModelInterface::emitTo(const char *signal, const Subscriptions::Names &clients, Append append)
 {
     if (!m_object) {
         return;
@@ -291,7 +299,7 @@ void ModelInterface::send(const char *signal, const Subscriptions::Names &client
 void ModelInterface::on_subscriptions_valueChanged(const Subscriptions::Names &clients,
                                                    const CMPath &path, const QVariant &value)
 {
-    send("ValueChanged", clients, [&](sdbus::Signal &message) {
+    emitTo("ValueChanged", clients, [&](sdbus::Signal &message) {
         BusVariant::appendText(message, path.toString());
         BusVariant::append(message, value);
     });
@@ -301,7 +309,7 @@ void ModelInterface::on_subscriptions_rowsChanged(const Subscriptions::Names &cl
                                                   const CMPath &path, const QStringList &changes,
                                                   int first, int count)
 {
-    send("RowsChanged", clients, [&](sdbus::Signal &message) {
+    emitTo("RowsChanged", clients, [&](sdbus::Signal &message) {
         BusVariant::appendText(message, path.toString());
         message.openContainer("s");
         for (const QString &change : changes) {
@@ -315,7 +323,7 @@ void ModelInterface::on_subscriptions_rowsChanged(const Subscriptions::Names &cl
 void ModelInterface::on_subscriptions_nodeChanged(const Subscriptions::Names &clients,
                                                   const CMPath &path, bool published)
 {
-    send("NodeChanged", clients, [&](sdbus::Signal &message) {
+    emitTo("NodeChanged", clients, [&](sdbus::Signal &message) {
         BusVariant::appendText(message, path.toString());
         message << published;
     });
@@ -324,7 +332,7 @@ void ModelInterface::on_subscriptions_nodeChanged(const Subscriptions::Names &cl
 void ModelInterface::on_inboxes_received(const std::string &client, const CMPath &inbox,
                                          const QVariant &value)
 {
-    send("Received", {client}, [&](sdbus::Signal &message) {
+    emitTo("Received", {client}, [&](sdbus::Signal &message) {
         BusVariant::appendText(message, inbox.toString());
         BusVariant::append(message, value);
     });

@@ -65,9 +65,12 @@ private:
     void openInbox(sdbus::MethodCall &call);
     void closeInbox(sdbus::MethodCall &call);
 
+    /// Sends a client's request into the model.
+    CMReply<QVariant> send(const std::string &client, const CMPath &path, const QVariant &value);
+
     /// Sends a signal to each of the clients.
     template <typename Append>
-    void send(const char *signal, const Subscriptions::Names &clients, Append append);
+    void emitTo(const char *signal, const Subscriptions::Names &clients, Append append);
 
     BusConnection &m_bus;
     Clients &m_clients;

@@ -98,4 +98,25 @@ TEST_F(DbusClientSoundAccessTest, LeavesSoundsThatNameNoPlaceAlone)
     EXPECT_EQ(errorFor(Type::Fake, {}), "");
     EXPECT_THAT(played, ElementsAre("U291bmQ="_s, QString()));
 }
+
+TEST_F(DbusClientSoundAccessTest, HoldsForMusicToo)
+{
+    std::vector<QVariant> music;
+    publishRequest(TavoPlayerMainAudioPlayPath().toString(),
+                   [&music](const CMSetDataRequest &request) {
+                       music.push_back(request.value());
+                       request.reply().setValue({});
+                   });
+    const auto errorForMusic = [this](const QVariant &value) {
+        return client->send(TavoPlayerMainAudioPlayPath().toString(), value).errorName();
+    };
+    const QString secret = path("secret/sound.wav"_s);
+    EXPECT_EQ(errorForMusic(secret), denied);
+    EXPECT_EQ(errorForMusic(TavoValue().setString_(secret).__variant()), denied);
+    const QString file = path("allowed/sound.wav"_s);
+    EXPECT_EQ(errorForMusic(file), "");
+    EXPECT_EQ(errorForMusic(TavoValue().setString_(file).__variant()), "");
+    EXPECT_EQ(errorForMusic({}), "");
+    EXPECT_THAT(music, ElementsAre(file, file, QVariant()));
+}
 } // namespace

@@ -83,6 +83,22 @@ TEST_F(BusConnectionTest, StandsInLineForANameThatAnotherHas)
     EXPECT_TRUE(waitFor([&] { return m_acquired.count() == 1; }));
 }
 
+TEST(BusConnectionPolicyTest, ReportsANameThatTheBusRefusesAndStaysConnected)
+{
+    const PrivateBus bus("<policy context=\"default\"><deny own=\"org.tavo.One\"/></policy>");
+    BusConnection connection(bus.address());
+    const QSignalSpy refused(&connection, &BusConnection::nameRefused);
+    const QSignalSpy acquired(&connection, &BusConnection::nameAcquired);
+    connection.ownName("org.tavo.One"_s);
+    connection.ownName("org.tavo.Two"_s);
+    connection.open();
+    EXPECT_TRUE(waitFor([&] { return acquired.count() == 1; }));
+    EXPECT_EQ(acquired.at(0).at(0).toString(), "org.tavo.Two"_s);
+    ASSERT_EQ(refused.count(), 1);
+    EXPECT_EQ(refused.at(0).at(0).toString(), "org.tavo.One"_s);
+    EXPECT_TRUE(connection.isConnected());
+}
+
 TEST_F(BusConnectionTest, RefusesNoTextForAnAddressButNeverConnects)
 {
     BusConnection connection("no address"_s);
