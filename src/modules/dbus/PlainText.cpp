@@ -3,48 +3,104 @@
 
 #include "PlainText.h"
 
-#include <QHash>
-
 #include <algorithm>
+#include <array>
+#include <optional>
+#include <string_view>
 
 namespace {
 /// What a tag does to the text: most only go.
 enum class Effect { None, Break, Paragraph, Alternative };
 
-const QHash<QString, Effect> &knownTags()
+template <typename Value>
+struct Named
 {
-    static const QHash<QString, Effect> tags{
-        {"b", Effect::None},         {"i", Effect::None},        {"u", Effect::None},
-        {"s", Effect::None},         {"a", Effect::None},        {"em", Effect::None},
-        {"strong", Effect::None},    {"span", Effect::None},     {"font", Effect::None},
-        {"tt", Effect::None},        {"code", Effect::None},     {"small", Effect::None},
-        {"big", Effect::None},       {"sub", Effect::None},      {"sup", Effect::None},
-        {"html", Effect::None},      {"body", Effect::None},     {"br", Effect::Break},
-        {"p", Effect::Paragraph},    {"div", Effect::Paragraph}, {"pre", Effect::Paragraph},
-        {"ul", Effect::Paragraph},   {"ol", Effect::Paragraph},  {"li", Effect::Paragraph},
-        {"img", Effect::Alternative}};
-    return tags;
-}
+    std::string_view name;
+    Value value;
+};
 
-const QHash<QString, QChar> &knownEntities()
+// In the order of their names.
+constexpr std::array<Named<Effect>, 25> tags{{
+    {"a", Effect::None},        {"b", Effect::None},       {"big", Effect::None},
+    {"body", Effect::None},     {"br", Effect::Break},     {"code", Effect::None},
+    {"div", Effect::Paragraph}, {"em", Effect::None},      {"font", Effect::None},
+    {"html", Effect::None},     {"i", Effect::None},       {"img", Effect::Alternative},
+    {"li", Effect::Paragraph},  {"ol", Effect::Paragraph}, {"p", Effect::Paragraph},
+    {"pre", Effect::Paragraph}, {"s", Effect::None},       {"small", Effect::None},
+    {"span", Effect::None},     {"strong", Effect::None},  {"sub", Effect::None},
+    {"sup", Effect::None},      {"tt", Effect::None},      {"u", Effect::None},
+    {"ul", Effect::Paragraph},
+}};
+
+constexpr std::array<Named<char16_t>, 16> entities{{
+    {"amp", u'&'},
+    {"apos", u'\''},
+    {"bull", 0x2022},
+    {"copy", 0x00A9},
+    {"euro", 0x20AC},
+    {"gt", u'>'},
+    {"hellip", 0x2026},
+    {"ldquo", 0x201C},
+    {"lsquo", 0x2018},
+    {"lt", u'<'},
+    {"mdash", 0x2014},
+    {"nbsp", 0x00A0},
+    {"ndash", 0x2013},
+    {"quot", u'"'},
+    {"rdquo", 0x201D},
+    {"rsquo", 0x2019},
+}};
+
+/// A name as it stands in a text, made fit to be looked up without taking memory for it.
+class Name
 {
-    static const QHash<QString, QChar> entities{
-        {"amp", '&'},      {"lt", '<'},       {"gt", '>'},        {"quot", '"'},
-        {"apos", '\''},    {"nbsp", 0x00A0},  {"hellip", 0x2026}, {"ndash", 0x2013},
-        {"mdash", 0x2014}, {"lsquo", 0x2018}, {"rsquo", 0x2019},  {"ldquo", 0x201C},
-        {"rdquo", 0x201D}, {"bull", 0x2022},  {"euro", 0x20AC},   {"copy", 0x00A9}};
-    return entities;
-}
+public:
+    /// Takes the character if a name may have it, and there may be more of them.
+    bool take(QChar character)
+    {
+        const ushort code = character.unicode();
+        const bool isLetter = (code >= 'a' && code <= 'z') || (code >= 'A' && code <= 'Z');
+        if (!isLetter || m_size == m_text.size()) {
+            return false;
+        }
+        m_text[m_size++] = char(code);
+        return true;
+    }
+
+    void lower()
+    {
+        std::transform(m_text.begin(), m_text.end(), m_text.begin(),
+                       [](char letter) { return char(letter | 0x20); });
+    }
+
+    template <typename Value, std::size_t size>
+    std::optional<Value> findIn(const std::array<Named<Value>, size> &table) const
+    {
+        const std::string_view name(m_text.data(), m_size);
+        const auto entry = std::lower_bound(
+            table.begin(), table.end(), name,
+            [](const Named<Value> &one, std::string_view other) { return one.name < other; });
+        if (entry == table.end() || entry->name != name) {
+            return std::nullopt;
+        }
+        return entry->value;
+    }
+
+private:
+    std::array<char, 8> m_text{}; ///< longer than any that is known
+    std::size_t m_size = 0;
+};
 
 bool isControl(uint character)
 {
     return character < 0x20 || (character >= 0x7F && character < 0xA0);
 }
 
-bool isAsciiLetter(QChar character)
+/// Whether a character is a text's own, whatever stands around it.
+bool isPlain(QChar character)
 {
-    const ushort lower = character.unicode() | 0x20;
-    return lower >= 'a' && lower <= 'z';
+    return character != '<' && character != '&' &&
+           (!isControl(character.unicode()) || character == '\n' || character == '\t');
 }
 
 /// Whether a number is that of a character that a text may hold.
@@ -71,28 +127,35 @@ public:
     {
         m_text.reserve(m_markup.size());
         while (m_at < m_markup.size()) {
-            const QChar character = m_markup.at(m_at);
-            const bool isRead = (character == '<' && m_tags == Tags::Read && readTag()) ||
-                                (character == '&' && readEntity());
-            if (!isRead) {
-                take(character);
-                ++m_at;
+            takeRun();
+            if (m_at < m_markup.size() && !readTag() && !readEntity()) {
+                takeOne();
             }
         }
         return m_text;
     }
 
 private:
-    /// Takes a character of the text; a carriage return, alone or not, ends a line.
-    void take(QChar character)
+    /// Takes all up to what may be more than text.
+    void takeRun()
     {
-        if (character == '\r') {
-            const bool isPair = m_at + 1 < m_markup.size() && m_markup.at(m_at + 1) == '\n';
-            if (!isPair) {
-                append(QChar('\n'));
-            }
-        } else if (!isControl(character.unicode()) || character == '\n' || character == '\t') {
+        const auto end = std::find_if_not(m_markup.begin() + m_at, m_markup.end(), isPlain);
+        const int size = int(end - m_markup.begin()) - m_at;
+        if (size > 0) {
+            append(m_markup.mid(m_at, size));
+            m_at += size;
+        }
+    }
+
+    /// Takes a character that is only text after all. A carriage return, alone or not, ends a line;
+    /// other controls go.
+    void takeOne()
+    {
+        const QChar character = m_markup.at(m_at++);
+        if (!isControl(character.unicode())) {
             append(character);
+        } else if (character == '\r' && (m_at == m_markup.size() || m_markup.at(m_at) != '\n')) {
+            append(QChar('\n'));
         }
     }
 
@@ -108,28 +171,29 @@ private:
         m_text.append(text);
     }
 
-    /// Reads a known tag; false, with nothing read, for whatever else begins with that character.
+    /// Reads a known tag; false, with nothing read, for whatever else stands there.
     bool readTag()
     {
+        if (m_tags == Tags::AreText || m_markup.at(m_at) != '<') {
+            return false;
+        }
         int at = m_at + 1;
         const bool isEnd = at < m_markup.size() && m_markup.at(at) == '/';
         at += isEnd ? 1 : 0;
-        const int nameAt = at;
-        constexpr int longestName = 6;
-        while (at < m_markup.size() && at - nameAt <= longestName &&
-               isAsciiLetter(m_markup.at(at))) {
+        Name name;
+        while (at < m_markup.size() && name.take(m_markup.at(at))) {
             ++at;
         }
-        const QString name = m_markup.mid(nameAt, at - nameAt).toString().toLower();
-        const auto tag = knownTags().constFind(name);
-        if (tag == knownTags().constEnd() || !endsName(at)) {
+        if (!endsName(at)) {
             return false;
         }
-        const int end = tagEnd(at);
+        name.lower();
+        const std::optional<Effect> effect = name.findIn(tags);
+        const int end = effect ? tagEnd(at) : -1;
         if (end < 0) {
             return false;
         }
-        apply(*tag, isEnd, m_markup.mid(at, end - at));
+        apply(*effect, isEnd, m_markup.mid(at, end - at));
         m_at = end + 1;
         return true;
     }
@@ -193,10 +257,13 @@ private:
         return {};
     }
 
-    /// Reads an entity; false, with nothing read, for an ampersand that begins none.
+    /// Reads an entity; false, with nothing read, for whatever else stands there.
     bool readEntity()
     {
         constexpr int longestEntity = 11;
+        if (m_markup.at(m_at) != '&') {
+            return false;
+        }
         const QStringRef rest = m_markup.mid(m_at + 1, longestEntity + 1);
         const int size = rest.indexOf(';');
         if (size <= 0) {
@@ -230,14 +297,19 @@ private:
         return true;
     }
 
-    bool takeNamed(const QStringRef &name)
+    bool takeNamed(const QStringRef &text)
     {
-        const auto entity = knownEntities().constFind(name.toString());
-        if (entity == knownEntities().constEnd()) {
-            return false;
+        Name name;
+        for (const QChar character : text) {
+            if (!name.take(character)) {
+                return false;
+            }
         }
-        append(*entity);
-        return true;
+        const std::optional<char16_t> entity = name.findIn(entities);
+        if (entity) {
+            append(QChar(*entity));
+        }
+        return entity.has_value();
     }
 
     const QStringRef m_markup;
@@ -247,18 +319,12 @@ private:
     bool m_beginsParagraph = false; ///< what comes next stands on a line of its own
 };
 
-bool isPlain(const QString &text)
-{
-    return std::none_of(text.begin(), text.end(), [](QChar character) {
-        return character == '<' || character == '&' ||
-               (isControl(character.unicode()) && character != '\n' && character != '\t');
-    });
-}
 } // namespace
 
 QString plainText(const QString &markup)
 {
-    return isPlain(markup) ? markup : Reader(QStringRef(&markup), Reader::Tags::Read).read();
+    const bool isText = std::all_of(markup.begin(), markup.end(), isPlain);
+    return isText ? markup : Reader(QStringRef(&markup), Reader::Tags::Read).read();
 }
 
 QString plainLine(const QString &text)

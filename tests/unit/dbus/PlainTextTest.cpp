@@ -124,7 +124,7 @@ TEST(PlainTextTest, BearsTwentyThousandNestedTags)
 /// Each would take hours if any of its characters were looked at once for each tag before it.
 TEST(PlainTextTest, TakesATimeThatGrowsWithTheLengthAlone)
 {
-    constexpr int size = 4 << 20;
+    constexpr int size = 1 << 20;
     for (const char *part :
          {"<",  "<b",  "<b ", "<b \"",    "<b '\"",       "<b \"'\" ",   "<b '\"'\"",
           "&",  "&#",  "&#x", "&#0",      "<img alt=",    "<img alt=\"", "<img alt='<img alt=\"",
