@@ -31,6 +31,7 @@ public:
     {
         qunsetenv("XDG_DATA_HOME");
         qunsetenv("XDG_DATA_DIRS");
+        ScriptedPlayers::instance().reset();
     }
     Q_DISABLE_COPY_MOVE(SoundFolders)
 
