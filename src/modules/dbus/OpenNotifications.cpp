@@ -12,7 +12,7 @@ const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 
 /// What is removed from the display so shortly before its time is over has expired: how long it was
 /// shown is known from changes that come with some delay.
-constexpr int expirySlackMs = 250;
+constexpr int expirySlackMs = 500;
 
 const CMPath &notificationsPath()
 {

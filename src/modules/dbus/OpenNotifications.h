@@ -25,7 +25,7 @@
 ///
 /// Guarantees:
 /// - every notification is closed once, and nothing is said of it afterwards;
-/// - what a change of all the others costs does not grow with their number, beyond moving their
+/// - to open, change and close one costs the same among any number of others, but for moving their
 ///   places in one array.
 class OpenNotifications : public QObject
 {

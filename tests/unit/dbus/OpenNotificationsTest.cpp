@@ -81,8 +81,8 @@ TEST_F(ShownNotificationsTest, ExpireWhenTheirTimeIsOver)
 
 TEST_F(ShownNotificationsTest, ExpireWhenTheirTimeIsOverThoughTheyWerePreempted)
 {
-    const quint32 first = open(text("first"_s, 900));
-    waitFor([] { return false; }, std::chrono::milliseconds(600));
+    const quint32 first = open(text("first"_s, 3000));
+    waitFor([] { return false; }, std::chrono::milliseconds(800));
     const quint32 urgent = open(text("urgent"_s, 300, Priority::Urgent));
     ASSERT_TRUE(ended(first));
     EXPECT_THAT(ends, ElementsAre(Pair(urgent, Reason::Expired), Pair(first, Reason::Expired)));
@@ -142,10 +142,9 @@ TEST_F(ShownNotificationsTest, LeaveNothingBehind)
 
 TEST_F(ShownNotificationsTest, KeepTheirPlaceWhenTheirTextIsChanged)
 {
-    const quint32 first = open(text("first"_s, 400));
+    const quint32 first = open(text("first"_s, 2000));
     const quint32 second = open(text("second"_s));
-    waitFor([] { return false; }, std::chrono::milliseconds(200));
-    DesktopNotification changed = text("changed"_s, 400);
+    DesktopNotification changed = text("changed"_s, 2000);
     changed.title = "New"_s;
     changed.actions = {{"key"_s, "Label"_s}};
     notifications.replace(first, changed);
