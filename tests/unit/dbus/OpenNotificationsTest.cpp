@@ -159,6 +159,21 @@ TEST_F(ShownNotificationsTest, KeepTheirPlaceWhenTheirTextIsChanged)
     EXPECT_THAT(ends, ElementsAre(Pair(first, Reason::Expired)));
 }
 
+TEST_F(ShownNotificationsTest, HaveTheirNewActionsAloneWhenTheyAreChanged)
+{
+    const quint32 id = open(withActions());
+    const CMPath old = rowOf(id, 1).path();
+    DesktopNotification changed = text("changed"_s);
+    changed.actions = {{"new"_s, "New"_s}};
+    notifications.replace(id, changed);
+    EXPECT_EQ(rowsOf(id).size(), 2);
+    EXPECT_FALSE(Request(old, QVariant()).succeeds());
+    EXPECT_TRUE(Request(rowOf(id, 1).path(), QVariant()).succeeds());
+    EXPECT_THAT(invoked, ElementsAre(QString::number(id) + " new "_s));
+    notifications.close(id, Reason::Closed);
+    EXPECT_EQ(nodes(), 0U);
+}
+
 TEST_F(ShownNotificationsTest, AreQueuedAnewForANewTimeout)
 {
     const quint32 first = open(text("first"_s));
