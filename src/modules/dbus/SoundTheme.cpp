@@ -58,7 +58,7 @@ QStringList folderNames(const QString &list)
 
 Description describe(const QString &theme, const QStringList &folders)
 {
-    constexpr qint64 longest = 64 * 1024;
+    constexpr qint64 longest = 65536;
     for (const QString &folder : folders) {
         QFile file(folder + '/' + theme + QStringLiteral("/index.theme"));
         if (QFileInfo(file).isFile() && file.open(QIODevice::ReadOnly)) {
@@ -92,7 +92,7 @@ std::optional<QString> fileIn(const QString &folder, const QString &event)
         return QString();
     }
     for (const char *extension : {"oga", "ogg", "wav"}) {
-        const QString file = stem + QString::fromLatin1(extension);
+        QString file = stem + QString::fromLatin1(extension);
         if (QFileInfo(file).isFile()) {
             return file;
         }
@@ -113,7 +113,7 @@ std::optional<QString> fileInFirst(const QStringList &folders, const QString &ev
 QString environmentLocale()
 {
     for (const char *variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
-        const QString locale = qEnvironmentVariable(variable);
+        QString locale = qEnvironmentVariable(variable);
         if (!locale.isEmpty()) {
             return locale;
         }
