@@ -10,6 +10,7 @@
 #include <bus/RawMessage.h>
 
 #include <functional>
+#include <limits>
 
 #include <QHash>
 
@@ -74,10 +75,20 @@ void readUrgency(NotifyCall &call, MessageCursor &cursor)
                                      : TavoNotificationItemPriority::Normal;
 }
 
+void readExactPriority(NotifyCall &call, MessageCursor &cursor)
+{
+    const auto priority = cursor.readNumberVariant();
+    if (priority && *priority >= std::numeric_limits<int>::min() &&
+        *priority <= std::numeric_limits<int>::max()) {
+        call.exactPriority = TavoNotificationItemPriority::Enum(*priority);
+    }
+}
+
 const QHash<QString, Hint> &knownHints()
 {
     static const QHash<QString, Hint> hints{
         {QStringLiteral("urgency"), readUrgency},
+        {QStringLiteral("x-tavo-priority"), readExactPriority},
         {QStringLiteral("category"), readLine<&DesktopNotification::category>},
         {QStringLiteral("desktop-entry"), readLine<&DesktopNotification::desktopEntry>},
         {QStringLiteral("image-path"), readLine<&DesktopNotification::icon>},
@@ -131,6 +142,7 @@ NotifyCall NotifyCall::read(const sdbus::MethodCall &call, const Timeouts &timeo
     notification.text = plainText(cursor.readText());
     notification.actions = readActions(cursor);
     readHints(result, cursor);
+    notification.priority = result.exactPriority.value_or(notification.priority);
     if (notification.icon.isEmpty()) {
         notification.icon = icon;
     }

@@ -7,6 +7,8 @@
 
 #include <QString>
 
+#include <optional>
+
 namespace sdbus {
 class MethodCall;
 }
@@ -26,6 +28,8 @@ struct NotifyCall
 
     quint32 replacedId = 0; ///< 0: none
     DesktopNotification notification;
+    /// From the hint "x-tavo-priority", for what lies between and beyond the three urgencies.
+    std::optional<TavoNotificationItemPriority::Enum> exactPriority;
 
     bool isSilent = false;
     QString soundFile; ///< a path or a URI

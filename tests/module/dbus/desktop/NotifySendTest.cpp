@@ -51,6 +51,17 @@ TEST_F(NotifySendTest, TellsWhoSaysItAndWhatItIsAbout)
     EXPECT_TRUE(row.isTransient());
 }
 
+TEST_F(NotifySendTest, TakesThePriorityOfAHintOfItsOwnBeforeTheUrgency)
+{
+    const quint32 normal = notifySend({"normal"_s});
+    const quint32 high = notifySend({"-u"_s, "low"_s, "-h"_s, "int:x-tavo-priority:2"_s, "high"_s});
+    const quint32 critical = notifySend({"-u"_s, "critical"_s, "critical"_s});
+    const quint32 most =
+        notifySend({"-h"_s, "int:x-tavo-priority:17"_s, "-u"_s, "low"_s, "most"_s});
+    EXPECT_THAT(displayed(),
+                ElementsAre(pathOf(most), pathOf(critical), pathOf(high), pathOf(normal)));
+}
+
 TEST_F(NotifySendTest, PutsMoreUrgentOnesFirst)
 {
     const quint32 normal = notifySend({"normal"_s});
