@@ -5,6 +5,7 @@
 #include "support/bus/PrivateBus.h"
 #include "support/EventLoop.h"
 #include "support/host/HostProcess.h"
+#include "support/sound/SoundFiles.h"
 #include "support/sound/SoundServer.h"
 
 #include <utility>
@@ -20,6 +21,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <sndfile.h>
 
 using testing::HasSubstr;
 using testing::Not;
@@ -58,12 +61,13 @@ protected:
         return output;
     }
 
-    /// Copies the example out of the tree and builds it as its CMake file says.
-    void buildExample()
+    /// Copies an example out of the tree and builds it as its CMake file says.
+    void buildExample(const QString &example = "demo")
     {
-        const QString sources = m_folder.filePath("demo");
+        const QString sources = m_folder.filePath(example);
         ASSERT_TRUE(QDir().mkpath(sources));
-        for (const QFileInfo &file : QDir(TAVO_EXAMPLE_FOLDER).entryInfoList(QDir::Files)) {
+        const QDir original(TAVO_EXAMPLES_FOLDER "/" + example);
+        for (const QFileInfo &file : original.entryInfoList(QDir::Files)) {
             ASSERT_TRUE(QFile::copy(file.filePath(), sources + '/' + file.fileName()));
         }
         const QString compiler = QStringLiteral("-DCMAKE_CXX_COMPILER=%1").arg(CXX_COMPILER);
@@ -165,4 +169,22 @@ TEST_F(InstalledPackageTest, TellsTheInterfaceAndTheSystemBusesPolicy)
     const QString folder = prefix() + "/" TAVO_INSTALL_DATADIR "/dbus-1/";
     EXPECT_TRUE(QFile::exists(folder + "interfaces/org.tavo.Model1.xml"));
     EXPECT_TRUE(QFile::exists(folder + "system.d/org.tavo.Model1.conf"));
+}
+
+TEST_F(InstalledPackageTest, AClientBuildsAgainstItAndReachesTheHost)
+{
+    buildExample("client");
+    const PrivateBus bus;
+    const QJsonObject silent{{"mainDevice", "null"}, {"notificationsDevice", "null"}};
+    m_host.setConfiguration(
+        {{"modules",
+          QJsonArray{
+              "powermanager", QJsonObject{{"name", "player"}, {"config", silent}}, "notifications",
+              QJsonObject{{"name", "dbus"}, {"config", QJsonObject{{"bus", bus.address()}}}}}}});
+    ASSERT_TRUE(m_host.startReady()) << m_host.log().toStdString();
+    ASSERT_TRUE(m_host.waitForLog("Serving org.freedesktop.Notifications"));
+    const QString sound = m_folder.filePath("bell.wav");
+    writeSound(sound, SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, countingSamples(800));
+    EXPECT_EQ(run(exampleBuild() + "/doorbell", {bus.address(), sound}), "Started\nFinished\n");
+    EXPECT_EQ(m_host.stop(), 0) << m_host.log().toStdString();
 }

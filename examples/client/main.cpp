@@ -1,0 +1,75 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+// A door bell: plays the sound that it is given, tells how it ended, and leaves a message on the
+// display. A program of its own, which reaches the host over the bus.
+
+#include <client/TavoClient.h>
+#include <client/TavoInbox.h>
+#include <client/TavoMessages.h>
+
+#include <QCoreApplication>
+#include <QUrl>
+
+#include <cstdio>
+
+namespace {
+void fail(const CMError &error)
+{
+    std::fprintf(stderr, "doorbell: %s\n", qPrintable(error.message().toString()));
+    QCoreApplication::exit(1);
+}
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    if (argc != 3) {
+        std::fprintf(stderr, "Usage: doorbell BUS SOUND\n");
+        return 2;
+    }
+    const QString sound = QUrl::fromLocalFile(QString::fromLocal8Bit(argv[2])).toString();
+
+    TavoClient client(QString::fromLocal8Bit(argv[1]));
+    TavoMessages messages(&client);
+    TavoInbox inbox(&client);
+
+    QObject::connect(&client, &TavoClient::availableChanged, [&](bool available) {
+        if (!available) {
+            fail(CMError(QStringLiteral("Doorbell"), client.unavailableReason()));
+        }
+    });
+
+    // The inbox is open once a host is there, and again after that host has started anew.
+    QObject::connect(&inbox, &TavoInbox::opened, [&](const CMPath &path) {
+        const auto bell = TavoNotificationPlayerItem()
+                              .setId(QStringLiteral("bell"))
+                              .setContent(sound)
+                              .setPriority(TavoNotificationItemPriority::High)
+                              .setPlaybackResponsePath(path);
+        client.enqueue(bell).onFinished(&app, [](const CMReply<QVariant> &answer) {
+            if (answer.error().isError()) {
+                fail(answer.error());
+            }
+        });
+    });
+
+    QObject::connect(&inbox, &TavoInbox::responded, [&](const auto &response) {
+        using Type = TavoNotificationPlayerResponseType;
+        std::printf("%s\n", qPrintable(Type::toString(response.type())));
+        if (response.type() == Type::Started) {
+            return;
+        }
+        TavoMessage message;
+        message.title = QStringLiteral("Door");
+        message.text = QStringLiteral("Somebody rang");
+        messages.show(message).onFinished(&app, [](const CMReply<uint> &answer) {
+            if (answer.error().isError()) {
+                fail(answer.error());
+            } else {
+                QCoreApplication::quit();
+            }
+        });
+    });
+    return app.exec();
+}

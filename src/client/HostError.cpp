@@ -1,0 +1,56 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "client/HostError.h"
+
+#include "bus/BusError.h"
+#include "client/TavoClientError.h"
+
+namespace {
+/// Whether the bus says that it has nobody to hand the request to.
+bool isAboutNobody(const QString &name)
+{
+    return name == QLatin1String("org.freedesktop.DBus.Error.ServiceUnknown") ||
+           name == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner") ||
+           name.startsWith(QLatin1String("org.freedesktop.DBus.Error.Spawn."));
+}
+
+bool isAboutSilence(const QString &name)
+{
+    return name == QLatin1String("org.freedesktop.DBus.Error.NoReply") ||
+           name == QLatin1String("org.freedesktop.DBus.Error.Timeout");
+}
+} // namespace
+
+QString noHostText()
+{
+    return QStringLiteral("No host is on the bus");
+}
+
+CMError ownError(const sdbus::Error &error)
+{
+    return {QString::fromStdString(error.getName()), QString::fromStdString(error.getMessage())};
+}
+
+CMError hostError(const sdbus::Error &error, sdbus::MethodReply &answer, bool isOverdue,
+                  int patienceMs)
+{
+    const CMError read = BusError::read(error, answer);
+    const QString name = read.name();
+    if (isAboutNobody(name)) {
+        return {TavoClientError::noHost(),
+                noHostText() + QStringLiteral(": ") + read.message().toString()};
+    }
+    if (name == QLatin1String("org.freedesktop.DBus.Error.LimitsExceeded")) {
+        return {TavoClientError::limitExceeded(), read.message()};
+    }
+    if (!isAboutSilence(name)) {
+        return read;
+    }
+    if (!isOverdue) {
+        return {CMErrors::noAnswer(), QStringLiteral("The host ended without an answer")};
+    }
+    constexpr double secondMs = 1000;
+    return {TavoClientError::timedOut(),
+            QStringLiteral("The host did not answer within %1 seconds").arg(patienceMs / secondMs)};
+}

@@ -1,0 +1,24 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "client/TavoClientError.h"
+
+QString TavoClientError::noBus()
+{
+    return QStringLiteral("NoBus");
+}
+
+QString TavoClientError::noHost()
+{
+    return QStringLiteral("NoHost");
+}
+
+QString TavoClientError::timedOut()
+{
+    return QStringLiteral("TimedOut");
+}
+
+QString TavoClientError::limitExceeded()
+{
+    return QStringLiteral("LimitExceeded");
+}

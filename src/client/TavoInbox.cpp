@@ -1,0 +1,74 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "client/TavoInbox.h"
+
+#include "bus/BusVariant.h"
+#include "client/ClientBus.h"
+#include "client/TavoClient.h"
+
+#include <core/tavo/connect.h>
+
+TavoInbox::TavoInbox(TavoClient *client, QObject *parent)
+    : QObject(parent)
+    , m_bus(client->m_bus.get())
+{
+    tavoConnect(m_bus.data(), &ClientBus::availableChanged, this,
+                &TavoInbox::on_bus_availableChanged);
+    tavoConnect(m_bus.data(), &ClientBus::received, this, &TavoInbox::on_bus_received);
+    if (m_bus->isAvailable()) {
+        open();
+    }
+}
+
+TavoInbox::~TavoInbox()
+{
+    if (m_path.isEmpty() || !m_bus) {
+        return;
+    }
+    const QString path = m_path.toString();
+    m_bus->send(
+        m_bus, s_modelInterface, "CloseInbox",
+        [path](sdbus::MethodCall &call) { BusVariant::appendText(call, path); },
+        [](sdbus::MethodReply *, const CMError &) {});
+}
+
+void TavoInbox::on_bus_availableChanged(bool available)
+{
+    if (available) {
+        open();
+    } else if (!m_path.isEmpty()) {
+        m_path = CMPath();
+        Q_EMIT lost();
+    }
+}
+
+void TavoInbox::open()
+{
+    m_bus->send(
+        this, s_modelInterface, "OpenInbox", [](sdbus::MethodCall &) {},
+        [this](sdbus::MethodReply *answer, const CMError &error) {
+            if (answer == nullptr) {
+                // Where the host has gone, the next one is asked.
+                if (m_bus->isAvailable()) {
+                    Q_EMIT failed(error);
+                }
+                return;
+            }
+            m_path = CMPath(BusVariant::readText(*answer));
+            Q_EMIT opened(m_path);
+        });
+}
+
+void TavoInbox::on_bus_received(const CMPath &inbox, const QVariant &value)
+{
+    if (inbox.isEmpty() || inbox != m_path) {
+        return;
+    }
+    Q_EMIT received(value);
+    const TavoNotificationPlayerResponse response =
+        TavoValue(value.toHash()).notificationPlayerResponse();
+    if (!response.isEmpty()) {
+        Q_EMIT responded(response);
+    }
+}

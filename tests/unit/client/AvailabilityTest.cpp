@@ -1,0 +1,168 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "ClientTest.h"
+
+#include <vector>
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class ClientAvailabilityTest : public ClientTest
+{
+protected:
+    /// A client whose changes are taken down.
+    TavoClient &watchedClient()
+    {
+        TavoClient &client = makeClient();
+        QObject::connect(&client, &TavoClient::availableChanged,
+                         [this](bool available) { m_changes.push_back(available); });
+        return client;
+    }
+
+    bool waitForChanges(std::size_t count)
+    {
+        return waitFor([&] { return m_changes.size() >= count; });
+    }
+
+    std::vector<bool> m_changes;
+};
+
+TEST_F(ClientAvailabilityTest, TellsWhenAHostIsThere)
+{
+    startHost();
+    const TavoClient &client = watchedClient();
+    EXPECT_FALSE(client.isAvailable());
+    ASSERT_TRUE(waitFor([&] { return client.isAvailable(); }));
+    EXPECT_TRUE(m_changes.back());
+    EXPECT_EQ(client.unavailableReason(), ""_s);
+}
+
+TEST_F(ClientAvailabilityTest, TellsOnceThatThereIsNoHost)
+{
+    const TavoClient &client = watchedClient();
+    ASSERT_TRUE(waitForChanges(1));
+    settle();
+    EXPECT_THAT(m_changes, ElementsAre(false));
+    EXPECT_THAT(client.unavailableReason().toStdString(), HasSubstr("No host"));
+}
+
+TEST_F(ClientAvailabilityTest, TellsThatThereIsNoBus)
+{
+    m_bus.stop();
+    const TavoClient &client = watchedClient();
+    ASSERT_TRUE(waitForChanges(1));
+    EXPECT_THAT(m_changes, ElementsAre(false));
+    EXPECT_NE(client.unavailableReason(), ""_s);
+}
+
+TEST_F(ClientAvailabilityTest, FindsAHostThatComesLater)
+{
+    watchedClient();
+    ASSERT_TRUE(waitForChanges(1));
+    startHost();
+    ASSERT_TRUE(waitForChanges(2));
+    EXPECT_THAT(m_changes, ElementsAre(false, true));
+}
+
+TEST_F(ClientAvailabilityTest, FindsAHostThatStartsAgain)
+{
+    startHost();
+    watchedClient();
+    ASSERT_TRUE(waitFor([&] { return !m_changes.empty() && m_changes.back(); }));
+    m_changes.clear();
+    stopHost();
+    ASSERT_TRUE(waitForChanges(1));
+    startHost();
+    ASSERT_TRUE(waitForChanges(2));
+    EXPECT_THAT(m_changes, ElementsAre(false, true));
+}
+
+TEST_F(ClientAvailabilityTest, FindsTheHostOnABusThatStartsAgain)
+{
+    startHost();
+    TavoClient &client = watchedClient();
+    ASSERT_TRUE(waitFor([&] { return client.isAvailable(); }));
+    m_bus.restart();
+    ASSERT_TRUE(waitFor([&] { return m_changes.size() > 1 && m_changes.back(); }));
+    m_service.publish(path("/door/state"), TavoValue().setBool_(true));
+    EXPECT_TRUE(succeeds(client.getValue(path("/door/state"))));
+}
+
+TEST_F(ClientAvailabilityTest, ARequestFromBeforeTheBusWasTriedIsSent)
+{
+    startHost();
+    ASSERT_TRUE(succeeds(connectedClient().list()));
+    m_service.publish(path("/door/state"), TavoValue().setBool_(true));
+    TavoClient early(m_bus.address());
+    EXPECT_TRUE(succeeds(early.getValue(path("/door/state"))));
+}
+
+TEST_F(ClientAvailabilityTest, ARequestWithoutAHostIsAnsweredThatThereIsNone)
+{
+    EXPECT_EQ(errorOf(makeClient().getValue(path("/door/state"))).name(),
+              TavoClientError::noHost());
+}
+
+TEST_F(ClientAvailabilityTest, ARequestWithoutABusIsAnsweredThatThereIsNone)
+{
+    m_bus.stop();
+    TavoClient &client = makeClient();
+    EXPECT_EQ(errorOf(client.getValue(path("/early"))).name(), TavoClientError::noBus());
+    const auto late = client.getValue(path("/late"));
+    EXPECT_FALSE(late.isFinished()) << "answers come from the event loop";
+    EXPECT_EQ(errorOf(late).name(), TavoClientError::noBus());
+}
+
+TEST_F(ClientAvailabilityTest, ARequestWhoseHostEndsIsAnsweredThatNoAnswerComes)
+{
+    startHost();
+    m_service.take(path("/slow"), ScriptedService::keep());
+    const auto reply = connectedClient().call(path("/slow"));
+    ASSERT_TRUE(waitFor([&] { return m_service.count(path("/slow")) == 1; }));
+    stopHost();
+    EXPECT_EQ(errorOf(reply).name(), CMErrors::noAnswer());
+}
+
+TEST_F(ClientAvailabilityTest, ARequestWhoseBusEndsIsAnsweredThatNoAnswerComes)
+{
+    startHost();
+    m_service.take(path("/slow"), ScriptedService::keep());
+    const auto reply = connectedClient().call(path("/slow"));
+    ASSERT_TRUE(waitFor([&] { return m_service.count(path("/slow")) == 1; }));
+    m_bus.stop();
+    EXPECT_EQ(errorOf(reply).name(), CMErrors::noAnswer());
+}
+
+TEST_F(ClientAvailabilityTest, ARequestMadeWhenTheBusEndsIsAnsweredToo)
+{
+    startHost();
+    m_service.take(path("/slow"), ScriptedService::keep());
+    TavoClient &client = connectedClient();
+    CMReply<QVariant> again;
+    QObject context;
+    client.call(path("/slow")).onFinished(&context, [&](const CMReply<QVariant> &) {
+        again = client.call(path("/slow"));
+    });
+    ASSERT_TRUE(waitFor([&] { return m_service.count(path("/slow")) == 1; }));
+    m_bus.stop();
+    EXPECT_TRUE(errorOf(again).isError());
+}
+
+TEST_F(ClientAvailabilityTest, ARequestIsAnsweredAtTheClientsEndAtTheLatest)
+{
+    startHost();
+    m_service.take(path("/slow"), ScriptedService::keep());
+    const auto pending = connectedClient().call(path("/slow"));
+    TavoClient untried(m_bus.address());
+    m_client.reset();
+    ASSERT_TRUE(pending.isFinished());
+    EXPECT_TRUE(pending.error().isError());
+    CMReply<QVariant> held;
+    {
+        TavoClient shortLived(m_bus.address());
+        held = shortLived.call(path("/slow"));
+    }
+    ASSERT_TRUE(held.isFinished());
+    EXPECT_TRUE(held.error().isError());
+}

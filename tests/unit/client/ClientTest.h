@@ -1,0 +1,72 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "support/bus/PrivateBus.h"
+#include "support/EventLoop.h"
+#include "support/LoadedModule.h"
+#include "support/scripted/ScriptedService.h"
+#include "support/Text.h"
+
+#include <client/TavoClient.h>
+#include <core/tavo.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+
+/// A client, and a host's module with some nodes beside it, on a bus of their own.
+class ClientTest : public testing::Test
+{
+protected:
+    /// Puts the model on the bus.
+    void startHost(QVariantHash config = {})
+    {
+        config.insert("bus", m_bus.address());
+        config.insert("notifications", false);
+        m_module = std::make_unique<LoadedModule>(TAVO_DBUS_MODULE, "dbus", config);
+    }
+
+    void stopHost() { m_module.reset(); }
+
+    /// A client that has found the host.
+    TavoClient &connectedClient()
+    {
+        if (!m_client) {
+            makeClient();
+            EXPECT_TRUE(waitFor([this] { return m_client->isAvailable(); }))
+                << m_client->unavailableReason().toStdString();
+        }
+        return *m_client;
+    }
+
+    TavoClient &makeClient()
+    {
+        m_client = std::make_unique<TavoClient>(m_bus.address());
+        return *m_client;
+    }
+
+    /// Turns the event loop until the answer is there; says whether it came and is no error.
+    template <typename T>
+    static bool succeeds(const CMReply<T> &reply)
+    {
+        return waitFor([&] { return reply.isFinished(); }) && !reply.error().isError();
+    }
+
+    /// The error that the answer is.
+    template <typename T>
+    static CMError errorOf(const CMReply<T> &reply)
+    {
+        EXPECT_TRUE(waitFor([&] { return reply.isFinished(); }));
+        return reply.error();
+    }
+
+    static CMPath path(const char *text) { return CMPath(QString::fromUtf8(text)); }
+
+    PrivateBus m_bus;
+    ScriptedService m_service{"Test"};
+    std::unique_ptr<LoadedModule> m_module;
+    std::unique_ptr<TavoClient> m_client;
+};

@@ -1,0 +1,221 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "ClientTest.h"
+
+#include <limits>
+
+using testing::HasSubstr;
+
+class ClientRequestsTest : public ClientTest
+{
+protected:
+    ClientRequestsTest() { startHost(); }
+
+    /// The value that the node at the path was sent.
+    QVariant sentTo(const CMPath &path) const
+    {
+        const auto requests = m_service.requests(path);
+        return requests.empty() ? QVariant() : requests.back().value();
+    }
+};
+
+TEST_F(ClientRequestsTest, GivesTheVersionOfTheHost)
+{
+    const auto reply = connectedClient().version();
+    ASSERT_TRUE(succeeds(reply));
+    EXPECT_EQ(reply.value(), TAVO_VERSION ""_s);
+}
+
+TEST_F(ClientRequestsTest, ReadsAValue)
+{
+    m_service.publish(path("/door/state"), TavoValue().setString_("closed"));
+    const auto reply = connectedClient().getValue(path("/door/state"));
+    ASSERT_TRUE(succeeds(reply));
+    EXPECT_EQ(TavoValue(reply.value().toHash()).string_(), "closed"_s);
+}
+
+TEST_F(ClientRequestsTest, ReadingWhereNothingIsIsTheModelsError)
+{
+    EXPECT_EQ(errorOf(connectedClient().getValue(path("/nothing"))).name(), CMErrors::noSuchNode());
+}
+
+TEST_F(ClientRequestsTest, SendsAValueAndGivesTheAnswer)
+{
+    m_service.take(path("/door/open"), [](const CMSetDataRequest &request) {
+        request.reply().setValue(QVariantList{request.value(), "done"});
+    });
+    const QVariantHash value{{"wide", true},
+                             {"stamp", std::numeric_limits<qulonglong>::max()},
+                             {"key", QByteArray("\x00\xff", 2)}};
+    const auto reply = connectedClient().call(path("/door/open"), value);
+    ASSERT_TRUE(succeeds(reply));
+    EXPECT_EQ(reply.value().toList(), QVariantList({value, "done"}));
+}
+
+TEST_F(ClientRequestsTest, SendsNoValueWhereThereIsNone)
+{
+    m_service.take(path("/door/open"), ScriptedService::accept());
+    ASSERT_TRUE(succeeds(connectedClient().call(path("/door/open"))));
+    EXPECT_FALSE(sentTo(path("/door/open")).isValid());
+}
+
+TEST_F(ClientRequestsTest, GivesAnErrorWithItsNameItsMessageAndItsTitle)
+{
+    m_service.take(path("/door/open"), [](const CMSetDataRequest &request) {
+        CMError error("Door 1: strange", "The door is \u201clocked\u201d"_s);
+        error.insert(CMError::Title(), "No way"_s);
+        request.reply().setError(error);
+    });
+    const CMError error = errorOf(connectedClient().call(path("/door/open")));
+    EXPECT_EQ(error.name(), "Door 1: strange"_s);
+    EXPECT_EQ(error.message().toString(), "The door is \u201clocked\u201d"_s);
+    EXPECT_EQ(error.title().toString(), "No way"_s);
+}
+
+TEST_F(ClientRequestsTest, ReadsRows)
+{
+    auto *list = CMListRowsNode::create(m_service.nodes(), path("/list"));
+    for (const char *row : {"/a", "/b", "/c"}) {
+        list->rowsAppend(path(row));
+    }
+    const auto all = connectedClient().rows(path("/list"));
+    ASSERT_TRUE(succeeds(all));
+    EXPECT_EQ(all.value(), QVariantList({"/a", "/b", "/c"}));
+    const auto some = connectedClient().rows(path("/list"), 1, 1);
+    ASSERT_TRUE(succeeds(some));
+    EXPECT_EQ(some.value(), QVariantList({"/b"}));
+}
+
+TEST_F(ClientRequestsTest, FindsARow)
+{
+    auto *list = CMListRowsNode::create(m_service.nodes(), path("/list"));
+    list->rowsAppend(path("/a"));
+    list->rowsAppend(path("/b"));
+    const auto found = connectedClient().matchRow(path("/list"), "/b");
+    ASSERT_TRUE(succeeds(found));
+    EXPECT_EQ(found.value(), 1);
+    const auto none = connectedClient().matchRow(path("/list"), "/z");
+    ASSERT_TRUE(succeeds(none));
+    EXPECT_EQ(none.value(), -1);
+}
+
+TEST_F(ClientRequestsTest, ListsNodes)
+{
+    m_service.publish(path("/house/door/state"), TavoValue().setBool_(true));
+    CMListRowsNode::create(m_service.nodes(), path("/house/rooms"))->setTitle("The rooms"_s);
+    const auto reply = connectedClient().list(path("/house"));
+    ASSERT_TRUE(succeeds(reply));
+    const auto nodes = reply.value();
+    ASSERT_EQ(nodes.size(), 2);
+    EXPECT_EQ(nodes[0].path, path("/house/door"));
+    EXPECT_EQ(nodes[0].kind, "group"_s);
+    EXPECT_EQ(nodes[1].path, path("/house/rooms"));
+    EXPECT_EQ(nodes[1].kind, "list"_s);
+    EXPECT_EQ(nodes[1].title, "The rooms"_s);
+}
+
+TEST_F(ClientRequestsTest, GivesTheTreeOfNodes)
+{
+    m_service.publish(path("/house/door/state"), TavoValue().setBool_(true));
+    m_service.take(path("/house/door/open"), ScriptedService::accept());
+    const auto reply = connectedClient().tree(path("/house"));
+    ASSERT_TRUE(succeeds(reply));
+    ASSERT_EQ(reply.value().size(), 2);
+    EXPECT_EQ(reply.value()[0].path, path("/house/door/open"));
+    EXPECT_EQ(reply.value()[0].kind, "request"_s);
+    EXPECT_EQ(reply.value()[1].kind, "value"_s);
+}
+
+TEST_F(ClientRequestsTest, GivesTheTreeOfTheWholeModel)
+{
+    m_service.publish(path("/house/door/state"), TavoValue().setBool_(true));
+    const auto reply = connectedClient().tree();
+    ASSERT_TRUE(succeeds(reply));
+    EXPECT_GE(reply.value().size(), 1);
+}
+
+TEST_F(ClientRequestsTest, ClosesANodeAndTellsWhetherAnybodyHeard)
+{
+    const auto reply = connectedClient().close(path("/nobody/listens"));
+    ASSERT_TRUE(succeeds(reply));
+    EXPECT_FALSE(reply.value());
+}
+
+TEST_F(ClientRequestsTest, EnqueuesASound)
+{
+    m_service.take(TavoNotificationPlayerEnqueuePath(), ScriptedService::accept());
+    const auto item = TavoNotificationPlayerItem()
+                          .setId("bell")
+                          .setType(TavoNotificationPlayerItemType::Data)
+                          .setContent("AAAA")
+                          .setPriority(TavoNotificationItemPriority::High)
+                          .setLoop(true);
+    ASSERT_TRUE(succeeds(connectedClient().enqueue(item)));
+    const auto sent = TavoValue(sentTo(TavoNotificationPlayerEnqueuePath()).toHash());
+    EXPECT_EQ(sent.notificationPlayerItem().id(), "bell"_s);
+    EXPECT_EQ(sent.notificationPlayerItem().priority(), TavoNotificationItemPriority::High);
+    EXPECT_TRUE(sent.notificationPlayerItem().loop());
+}
+
+TEST_F(ClientRequestsTest, CancelsASound)
+{
+    m_service.take(TavoNotificationPlayerCancelPath(), ScriptedService::accept());
+    ASSERT_TRUE(succeeds(connectedClient().cancelSound("bell")));
+    EXPECT_EQ(TavoValue(sentTo(TavoNotificationPlayerCancelPath()).toHash()).string_(), "bell"_s);
+}
+
+TEST_F(ClientRequestsTest, OpensAMessageAndGivesItsPath)
+{
+    m_service.take(TavoNotificationDisplayOpenPath(), [](const CMSetDataRequest &request) {
+        request.reply().setValue(TavoValue().setPath(CMPath("/shown/1"_s)).__variant());
+    });
+    const auto reply = connectedClient().open(TavoNotificationDisplayItem().setMessage("Hello"_s));
+    ASSERT_TRUE(succeeds(reply));
+    EXPECT_EQ(reply.value(), path("/shown/1"));
+}
+
+TEST_F(ClientRequestsTest, CancelsAMessage)
+{
+    m_service.take(TavoNotificationDisplayCancelNotifyPath(), ScriptedService::accept());
+    ASSERT_TRUE(succeeds(connectedClient().cancelMessage(path("/shown/1"))));
+    EXPECT_EQ(TavoValue(sentTo(TavoNotificationDisplayCancelNotifyPath()).toHash()).path(),
+              path("/shown/1"));
+}
+
+TEST_F(ClientRequestsTest, AValueThatCanNotBeSentIsAnErrorAndHarmsNothing)
+{
+    m_service.take(path("/door/open"), ScriptedService::accept());
+    const auto reply = connectedClient().call(path("/door/open"), QVariant("a"_s + QChar(0)));
+    EXPECT_TRUE(errorOf(reply).isError());
+    EXPECT_TRUE(succeeds(connectedClient().call(path("/door/open"), "a")));
+}
+
+TEST_F(ClientRequestsTest, AnAnswerThatDoesNotComeInTimeIsAnError)
+{
+    m_service.take(path("/door/open"), ScriptedService::keep());
+    connectedClient().setPatience(50);
+    const CMError error = errorOf(connectedClient().call(path("/door/open")));
+    EXPECT_EQ(error.name(), TavoClientError::timedOut());
+    EXPECT_THAT(error.message().toString().toStdString(), HasSubstr("0.05 seconds"));
+}
+
+TEST_F(ClientRequestsTest, ALimitOfTheHostIsAnErrorOfItsOwn)
+{
+    m_service.take(path("/door/open"), ScriptedService::accept());
+    const QByteArray tooMuch(4 << 20, 'x');
+    EXPECT_EQ(errorOf(connectedClient().call(path("/door/open"), tooMuch)).name(),
+              TavoClientError::limitExceeded());
+}
+
+TEST_F(ClientRequestsTest, RequestsAreAnsweredInTheirOwnTime)
+{
+    m_service.take(path("/slow"), ScriptedService::keep());
+    m_service.take(path("/fast"), ScriptedService::accept());
+    const auto slow = connectedClient().call(path("/slow"));
+    EXPECT_TRUE(succeeds(connectedClient().call(path("/fast"))));
+    EXPECT_FALSE(slow.isFinished());
+    m_service.requests(path("/slow")).back().reply().setValue(7);
+    ASSERT_TRUE(succeeds(slow));
+    EXPECT_EQ(slow.value(), QVariant(7));
+}
