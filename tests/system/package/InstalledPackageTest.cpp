@@ -188,3 +188,13 @@ TEST_F(InstalledPackageTest, AClientBuildsAgainstItAndReachesTheHost)
     EXPECT_EQ(run(exampleBuild() + "/doorbell", {bus.address(), sound}), "Started\nFinished\n");
     EXPECT_EQ(m_host.stop(), 0) << m_host.log().toStdString();
 }
+
+TEST_F(InstalledPackageTest, TheCommandLineComesWithItsManPageAndCompletions)
+{
+    EXPECT_THAT(run(prefix() + "/" TAVO_INSTALL_BINDIR "/tavo", {"--version"}),
+                testing::StartsWith("tavo "));
+    for (const char *file : {"man/man1/tavo.1", "bash-completion/completions/tavo",
+                             "zsh/site-functions/_tavo", "fish/vendor_completions.d/tavo.fish"}) {
+        EXPECT_GT(QFileInfo(prefix() + "/" TAVO_INSTALL_DATADIR "/" + file).size(), 1000) << file;
+    }
+}

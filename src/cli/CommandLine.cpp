@@ -1,0 +1,103 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "cli/CommandLine.h"
+
+#include "cli/definition/Definition.h"
+#include "cli/reference/Writers.h"
+
+#include <CLI/CLI.hpp>
+
+namespace {
+const char *const s_description = "Plays and shows notifications on a device that runs tavo-host, "
+                                  "and looks into the host's model.";
+
+const char *const s_footer =
+    "Colours and a live line are for terminals; NO_COLOR turns the colours off. What goes wrong is "
+    "told in one line on standard error.\n\n"
+    "Environment:\n"
+    "  TAVO_BUS   the bus, where --bus names none\n"
+    "  NO_COLOR   when set and not empty: no colours";
+
+std::string patienceComplaint(const std::string &text)
+{
+    constexpr double least = 0.01;
+    constexpr double most = 86400;
+    double seconds = 0;
+    const bool isNumber = CLI::detail::lexical_cast(text, seconds);
+    // Not the other way round: no comparison holds for what is no number.
+    return isNumber && seconds >= least && seconds <= most ? ""
+                                                           : "must be a number from 0.01 to 86400";
+}
+
+void defineGlobalOptions(CLI::App &app, Options &options)
+{
+    app.set_help_flag("-h,--help", "Show the help, of a command behind its name");
+    app.set_version_flag("--version", "tavo " TAVO_VERSION, "Show the version");
+    app.add_option("--bus", options.bus, "session, system or a bus address (session)")
+        ->envname("TAVO_BUS")
+        ->type_name(ValueName::bus);
+    app.add_flag("--json", options.json, "Print JSON");
+    app.add_option("--patience", options.patienceSeconds,
+                   "How many seconds the bus and the host may take to answer (10)")
+        ->check(CLI::Validator(patienceComplaint, ""))
+        ->type_name(ValueName::seconds);
+    // Hidden: an option without a group is in no help.
+    app.add_option("--generate", options.generate)
+        ->check(CLI::IsMember({"man", "bash", "zsh", "fish"}))
+        ->group("");
+}
+
+CommandLineEnd help(const CLI::App &app)
+{
+    const Reference reference = Reference::of(app);
+    const auto used = app.get_subcommands();
+    return {ExitCode::Ok, used.empty()
+                              ? helpText(reference)
+                              : helpText(reference, *reference.find(used.front()->get_name()))};
+}
+
+CommandLineEnd wrongArguments(const CLI::App &app, const CLI::Error &error)
+{
+    std::string command = "tavo";
+    for (const CLI::App *used : app.get_subcommands()) {
+        command += ' ' + used->get_name();
+    }
+    return {ExitCode::Usage,
+            std::string("tavo: ") + error.what() + ". See " + command + " --help."};
+}
+} // namespace
+
+std::unique_ptr<CLI::App> defineCommandLine(Options &options)
+{
+    auto app = std::make_unique<CLI::App>(s_description, "tavo");
+    app->footer(s_footer);
+    defineGlobalOptions(*app, options);
+    defineNotificationCommands(*app, options);
+    defineModelCommands(*app, options);
+    defineOverviewCommands(*app, options);
+    // With one at most, what follows a command's name is its own, even if it is called as a command.
+    app->require_subcommand(0, 1);
+    return app;
+}
+
+std::variant<Options, CommandLineEnd> readCommandLine(int argc, const char *const *argv)
+{
+    Options options;
+    const auto app = defineCommandLine(options);
+    try {
+        app->parse(argc, argv);
+    } catch (const CLI::CallForHelp &) {
+        return help(*app);
+    } catch (const CLI::CallForVersion &version) {
+        return CommandLineEnd{ExitCode::Ok, version.what()};
+    } catch (const CLI::Error &error) {
+        return wrongArguments(*app, error);
+    }
+    if (!options.generate.empty()) {
+        options.command = Options::Command::Generate;
+    } else if (app->get_subcommands().empty()) {
+        return CommandLineEnd{ExitCode::Usage, "tavo: which command? See tavo --help."};
+    }
+    return options;
+}

@@ -1,0 +1,50 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+/// What the program tells the script that called it. Documented in docs/cli.md and in the man page,
+/// whose table is made of exitCodes().
+enum class ExitCode {
+    Ok = 0,
+    Refused = 1, ///< the host's answer is an error; from doctor: something is missing
+
+    // How something that was waited for ended, where it did not end by itself.
+    Cancelled = 10,
+    Dismissed = 11,
+    Failed = 12,
+    EndUnknown = 13,
+
+    // Those of sysexits.h, as tavo-host uses them.
+    Usage = 64,
+    NoInput = 66,
+    Unavailable = 69,
+    SystemError = 71,
+    TimedOut = 75,
+
+    /// Ended by a signal: this plus the signal's number, as a shell would report it.
+    SignalBase = 128,
+};
+
+struct ExitCodeText
+{
+    const char *code;
+    const char *meaning;
+};
+
+inline constexpr ExitCodeText s_exitCodeTexts[] = {
+    {"0", "Did what was asked. With --wait: the sound was heard to its end, or the message was "
+          "shown for its time."},
+    {"1", "The host refused the request. From doctor: something is missing."},
+    {"10", "With --wait: the sound was cancelled, or the message was closed by a program."},
+    {"11", "With --wait: a person dismissed the message."},
+    {"12", "With --wait: the sound could not be played; the host's log says why."},
+    {"13", "With --wait: the host went away, or did not say how it ended."},
+    {"64", "Wrong arguments."},
+    {"66", "The file, or standard input, can't be read."},
+    {"69", "The bus can't be reached, or no host is on it."},
+    {"71", "The operating system refused something."},
+    {"75", "The host did not answer in time."},
+    {"130", "Interrupted by SIGINT (Ctrl-C)."},
+    {"143", "Ended by SIGTERM."},
+};

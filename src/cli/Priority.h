@@ -1,0 +1,12 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <core/tavo/enumerations.h>
+
+#include <optional>
+#include <string>
+
+/// Reads a priority's name, in either case, or any number that a priority can be.
+std::optional<TavoNotificationItemPriority::Enum> priorityFromText(const std::string &text);

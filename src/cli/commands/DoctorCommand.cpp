@@ -1,0 +1,209 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "cli/commands/DoctorCommand.h"
+
+#include "cli/doctor/HostModules.h"
+#include "cli/doctor/SoundDevice.h"
+#include "cli/output/ValueText.h"
+
+#include <core/tavo/connect.h>
+
+#include <QTimer>
+
+#include <algorithm>
+
+using State = Finding::State;
+
+DoctorCommand::DoctorCommand(const Options &options, TavoClient &client, Terminal &terminal)
+    : Command(options, client, terminal)
+    , m_messages(&client)
+{
+    tavoConnect(&m_process, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
+                &DoctorCommand::on_process_ended);
+}
+
+void DoctorCommand::start()
+{
+    lookAtModuleFiles();
+}
+
+void DoctorCommand::lookAtModuleFiles()
+{
+    const QString program = hostProgram();
+    if (program.isEmpty()) {
+        add(State::Notice, "modules", QStringLiteral("tavo-host is not installed here"),
+            QStringLiteral("install it, unless the host runs elsewhere"));
+        lookAtHost();
+        return;
+    }
+    constexpr int patienceMs = 10000;
+    QTimer::singleShot(patienceMs, &m_process, &QProcess::kill);
+    m_process.start(program, {QStringLiteral("--list-modules")});
+}
+
+void DoctorCommand::on_process_ended()
+{
+    if (m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0) {
+        m_findings += lookAtModules(m_process.readAllStandardOutput());
+    } else {
+        add(State::Missing, "modules", QStringLiteral("tavo-host --list-modules fails"),
+            QStringLiteral("run it: %1 --list-modules").arg(m_process.program()));
+    }
+    lookAtHost();
+}
+
+void DoctorCommand::lookAtHost()
+{
+    client().version().onFinished(this, [this](const CMReply<QString> &answer) {
+        const CMError error = answer.error();
+        const QString bus = QString::fromStdString(options().bus);
+        if (error.name() == TavoClientError::noBus()) {
+            add(State::Missing, "bus",
+                QStringLiteral("%1 can't be reached: %2").arg(bus, error.message().toString()),
+                QStringLiteral("log in to a session, start one with dbus-run-session -- bash, or "
+                               "name the host's bus with --bus or TAVO_BUS"));
+            conclude();
+            return;
+        }
+        add(State::Good, "bus", QStringLiteral("%1 can be reached").arg(bus));
+        if (error.isError()) {
+            add(State::Missing, "host", error.message().toString(),
+                QStringLiteral("start tavo-host with a configuration whose modules include dbus, "
+                               "with \"bus\": \"%1\" in its config; its log says what it serves")
+                    .arg(bus));
+            conclude();
+            return;
+        }
+        add(State::Good, "host", QStringLiteral("version %1").arg(answer.value()));
+        lookAtNodes();
+    });
+}
+
+void DoctorCommand::lookAtNodes()
+{
+    const auto use = [this](const QVector<TavoClientNode> &nodes) {
+        const auto isThere = [&nodes](const CMPath &path) {
+            return std::any_of(nodes.begin(), nodes.end(),
+                               [&path](const TavoClientNode &node) { return node.path == path; });
+        };
+        const std::pair<const char *, CMPath> usual[] = {
+            {"powermanager", TavoPowerManagerStatePath()},
+            {"player", TavoPlayerMainAudioStatePath()},
+            {"notifications", TavoNotificationPlayerEnqueuePath()}};
+        for (const auto &[module, path] : usual) {
+            if (isThere(path)) {
+                add(State::Good, "host", QStringLiteral("runs %1").arg(QLatin1String(module)));
+            } else {
+                add(State::Missing, "host",
+                    QStringLiteral("does not run %1").arg(QLatin1String(module)),
+                    QStringLiteral(
+                        "list it in the host's configuration: \"modules\": [\"%1\", ...]")
+                        .arg(QLatin1String(module)));
+            }
+        }
+        lookAtMessages();
+    };
+    onAnswer<QVector<TavoClientNode>>(client().tree(), {}, use);
+}
+
+void DoctorCommand::lookAtMessages()
+{
+    m_messages.isDesktopServer().onFinished(this, [this](const CMReply<bool> &answer) {
+        if (answer.error().isError()) {
+            add(State::Notice, "messages",
+                QStringLiteral("nobody shows what other programs notify of"),
+                QStringLiteral("set \"notifications\": true in the host's configuration of the "
+                               "module dbus"));
+        } else if (!answer.value()) {
+            add(State::Notice, "messages",
+                QStringLiteral("another program shows what programs such as notify-send send"),
+                QStringLiteral(
+                    "end the other notification server; the host then takes over. busctl "
+                    "--user status org.freedesktop.Notifications names it"));
+        } else {
+            add(State::Good, "messages", QStringLiteral("what other programs notify of is shown"));
+        }
+        lookAtMusic();
+    });
+}
+
+void DoctorCommand::lookAtMusic()
+{
+    client()
+        .getValue(TavoPlayerMainAudioStatePath())
+        .onFinished(this, [this](const CMReply<QVariant> &answer) {
+            const QString error = TavoValue(answer.value().toHash()).mainAudioState().error();
+            if (!error.isEmpty()) {
+                add(State::Missing, "main audio", error,
+                    QStringLiteral("the host's log says more, loggers Player and SimplePlayer"));
+            }
+            lookAtDevices();
+        });
+}
+
+void DoctorCommand::lookAtDevices()
+{
+    lookAtDevice(QStringLiteral("notifications' device"), TavoPlayerAlsaDeviceNotificationsPath(),
+                 [this] {
+                     lookAtDevice(QStringLiteral("main audio's device"),
+                                  TavoPlayerAlsaDeviceMainPath(), [this] { conclude(); });
+                 });
+}
+
+void DoctorCommand::lookAtDevice(const QString &subject, const CMPath &path,
+                                 std::function<void()> next)
+{
+    client().getValue(path).onFinished(
+        this, [this, subject, next](const CMReply<QVariant> &answer) {
+            const QString device = TavoValue(answer.value().toHash()).audioDevice().device();
+            if (!device.isEmpty()) {
+                m_findings.append(lookAtSoundDevice(subject, device));
+            }
+            next();
+        });
+}
+
+void DoctorCommand::add(State state, const char *subject, const QString &text,
+                        const QString &remedy)
+{
+    m_findings.append({state, QString::fromLatin1(subject), text, remedy});
+}
+
+void DoctorCommand::conclude()
+{
+    printFindings();
+    const bool isMissing =
+        std::any_of(m_findings.begin(), m_findings.end(),
+                    [](const Finding &finding) { return finding.state == State::Missing; });
+    finish(isMissing ? ExitCode::Refused : ExitCode::Ok);
+}
+
+void DoctorCommand::printFindings()
+{
+    static const struct
+    {
+        const char *word;
+        Terminal::Style style;
+    } s_states[] = {{"good", Terminal::Style::Good},
+                    {"notice", Terminal::Style::Notice},
+                    {"missing", Terminal::Style::Bad}};
+    QVariantList list;
+    QStringList lines;
+    for (const Finding &finding : qAsConst(m_findings)) {
+        const auto &state = s_states[static_cast<int>(finding.state)];
+        const QString word = QString::fromLatin1(state.word);
+        list.append(QVariantHash{{QStringLiteral("state"), word},
+                                 {QStringLiteral("subject"), finding.subject},
+                                 {QStringLiteral("finding"), finding.text},
+                                 {QStringLiteral("remedy"), finding.remedy}});
+        constexpr int width = 9;
+        lines.append(terminal().styled(word.leftJustified(width), state.style) +
+                     terminal().styled(finding.subject, Terminal::Style::Bold) +
+                     QStringLiteral(": ") + oneLine(finding.text));
+        if (!finding.remedy.isEmpty()) {
+            lines.append(QString(width, QLatin1Char(' ')) + oneLine(finding.remedy));
+        }
+    }
+    print(list, lines.join(QLatin1Char('\n')));
+}

@@ -1,0 +1,44 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "cli/commands/Command.h"
+#include "cli/doctor/Finding.h"
+
+#include <client/TavoMessages.h>
+
+#include <QProcess>
+#include <QVector>
+
+/// Looks at all that has to be there, one thing after the other, and says what isn't.
+class DoctorCommand : public Command
+{
+    Q_OBJECT
+
+public:
+    DoctorCommand(const Options &options, TavoClient &client, Terminal &terminal);
+
+    void start() override;
+
+private Q_SLOTS:
+    void on_process_ended();
+
+private:
+    void lookAtModuleFiles();
+    void lookAtHost();
+    void lookAtNodes();
+    void lookAtMessages();
+    void lookAtMusic();
+    void lookAtDevices();
+    void lookAtDevice(const QString &subject, const CMPath &path, std::function<void()> next);
+
+    void add(Finding::State state, const char *subject, const QString &text,
+             const QString &remedy = {});
+    void conclude();
+    void printFindings();
+
+    TavoMessages m_messages;
+    QProcess m_process; ///< tavo-host, asked for its modules
+    QVector<Finding> m_findings;
+};

@@ -1,0 +1,77 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "cli/commands/ErrorText.h"
+
+#include <client/TavoClientError.h>
+
+namespace {
+QString noBusText(const CMError &error, const QString &bus)
+{
+    const QString what =
+        QStringLiteral("the bus (%1) can't be reached: %2. ").arg(bus, error.message().toString());
+    if (bus == QLatin1String("session")) {
+        return what + QStringLiteral("Use --bus or TAVO_BUS to name another, or start one: "
+                                     "dbus-run-session -- bash");
+    }
+    return what + QStringLiteral("Use --bus or TAVO_BUS to name another");
+}
+
+QString noHostText(const QString &bus)
+{
+    return QStringLiteral(
+               "no host is on the bus (%1). Start one, with its module dbus on that bus: "
+               "tavo-host, or: systemctl start tavo-host")
+        .arg(bus);
+}
+
+QString refusalText(const CMError &error)
+{
+    const QString message = error.message().toString();
+    return QStringLiteral("the host refused: %1 (%2)")
+        .arg(message.isEmpty() ? QStringLiteral("it gave no reason") : message, error.name());
+}
+} // namespace
+
+ExitCode exitCodeOf(const CMError &error)
+{
+    const QString name = error.name();
+    if (name == TavoClientError::noBus() || name == TavoClientError::noHost()) {
+        return ExitCode::Unavailable;
+    }
+    if (name == TavoClientError::timedOut()) {
+        return ExitCode::TimedOut;
+    }
+    return ExitCode::Refused;
+}
+
+QString errorText(const CMError &error, const CMPath &path, const QString &bus)
+{
+    const QString name = error.name();
+    if (name == TavoClientError::noBus()) {
+        return noBusText(error, bus);
+    }
+    if (name == TavoClientError::noHost()) {
+        return noHostText(bus);
+    }
+    if (name == TavoClientError::timedOut()) {
+        return QStringLiteral("%1. With --patience it is waited for longer")
+            .arg(error.message().toString());
+    }
+    if (name == CMErrors::noSuchNode() && !path.isEmpty()) {
+        return QStringLiteral("there is nothing at %1. tavo tree lists what there is, and the "
+                              "host's configuration which modules it loads")
+            .arg(path.toString());
+    }
+    if (name == CMErrors::notSupported() && !path.isEmpty()) {
+        return QStringLiteral(
+                   "%1 takes no such request. tavo tree tells what kind it is: get reads "
+                   "a value, rows a list, call sends a request")
+            .arg(path.toString());
+    }
+    if (name == TavoClientError::limitExceeded()) {
+        return refusalText(error) + QStringLiteral(". The limits are set in the host's "
+                                                   "configuration of the module dbus");
+    }
+    return refusalText(error);
+}

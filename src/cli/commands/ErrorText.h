@@ -1,0 +1,17 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "cli/ExitCode.h"
+
+#include <core/model/cmerror.h>
+#include <core/model/cmpath.h>
+
+#include <QString>
+
+/// What an error means for the program's end.
+ExitCode exitCodeOf(const CMError &error);
+
+/// What happened and what to do about it, in one sentence or two.
+QString errorText(const CMError &error, const CMPath &path, const QString &bus);

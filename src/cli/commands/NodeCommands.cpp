@@ -1,0 +1,152 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "cli/commands/NodeCommands.h"
+
+#include "cli/output/ValueText.h"
+
+#include <QFile>
+
+void GetCommand::start()
+{
+    const CMPath path = typedPath();
+    if (path.isEmpty()) {
+        return;
+    }
+    onAnswer<QVariant>(client().getValue(path), path, [this](const QVariant &value) {
+        print(value, valueText(value));
+        finish(ExitCode::Ok);
+    });
+}
+
+void RowsCommand::start()
+{
+    const CMPath path = typedPath();
+    if (path.isEmpty()) {
+        return;
+    }
+    const auto use = [this](const QVariantList &rows) {
+        if (options().json) {
+            print(rows, {});
+        } else {
+            for (const QVariant &row : rows) {
+                terminal().print(valueText(row));
+            }
+        }
+        finish(ExitCode::Ok);
+    };
+    onAnswer<QVariantList>(client().rows(path, options().first, options().count), path, use);
+}
+
+void CallCommand::start()
+{
+    const CMPath path = typedPath();
+    if (path.isEmpty()) {
+        return;
+    }
+    QByteArray json = QByteArray::fromStdString(options().value);
+    if (json == "-") {
+        QFile input;
+        if (!input.open(stdin, QIODevice::ReadOnly)) {
+            fail(ExitCode::NoInput, QStringLiteral("standard input can't be read"));
+            return;
+        }
+        json = input.readAll();
+    }
+    QVariant value;
+    if (!json.isEmpty()) {
+        const auto read = fromJson(json);
+        if (const auto *error = std::get_if<JsonError>(&read)) {
+            fail(ExitCode::Usage,
+                 QStringLiteral("the value is no JSON: %1. A text needs its quotes: "
+                                "'\"like this\"'")
+                     .arg(error->reason));
+            return;
+        }
+        value = std::get<QVariant>(read);
+    }
+    onAnswer<QVariant>(client().call(path, value), path, [this](const QVariant &answer) {
+        if (answer.isValid() || options().json) {
+            print(answer, valueText(answer));
+        }
+        finish(ExitCode::Ok);
+    });
+}
+
+void TreeCommand::start()
+{
+    CMPath path;
+    if (!options().path.empty() && options().path != "/") {
+        path = typedPath();
+        if (path.isEmpty()) {
+            return;
+        }
+    }
+    onAnswer<QVector<TavoClientNode>>(
+        client().tree(path), path, [this, path](const QVector<TavoClientNode> &nodes) {
+            if (nodes.isEmpty() && !path.isEmpty()) {
+                fail(CMError(CMErrors::noSuchNode(), QString()), path);
+                return;
+            }
+            printNodes(nodes);
+            finish(ExitCode::Ok);
+        });
+}
+
+void TreeCommand::printNodes(const QVector<TavoClientNode> &nodes)
+{
+    if (!options().json) {
+        const QString text = terminal().isTerminal() ? treeOf(nodes) : textOf(nodes);
+        if (!text.isEmpty()) {
+            terminal().print(text);
+        }
+        return;
+    }
+    QVariantList list;
+    for (const TavoClientNode &node : nodes) {
+        list.append(QVariantHash{{QStringLiteral("path"), node.path.toString()},
+                                 {QStringLiteral("kind"), node.kind},
+                                 {QStringLiteral("title"), node.title}});
+    }
+    print(list, {});
+}
+
+QString TreeCommand::textOf(const QVector<TavoClientNode> &nodes)
+{
+    QStringList lines;
+    for (const TavoClientNode &node : nodes) {
+        lines.append(oneLine(node.path.toString()) + QLatin1Char('\t') + node.kind +
+                     QLatin1Char('\t') + oneLine(node.title));
+    }
+    return lines.join(QLatin1Char('\n'));
+}
+
+QString TreeCommand::nodeText(const QString &name, const TavoClientNode &node)
+{
+    const QString text = terminal().styled(name, Terminal::Style::Bold) + QLatin1Char(' ') +
+                         terminal().styled(node.kind, Terminal::Style::Faint);
+    return node.title.isEmpty() ? text : text + QStringLiteral("  ") + oneLine(node.title);
+}
+
+QString TreeCommand::treeOf(const QVector<TavoClientNode> &nodes)
+{
+    constexpr int step = 2;
+    QStringList lines;
+    QStringList above; // the segments of the line before
+    for (const TavoClientNode &node : nodes) {
+        const QStringList segments = node.path.toString().mid(1).split(QLatin1Char('/'));
+        int shared = 0;
+        while (shared < above.size() && shared < segments.size() - 1 &&
+               above[shared] == segments[shared]) {
+            ++shared;
+        }
+        for (int depth = shared; depth < segments.size(); ++depth) {
+            const bool isNode = depth == segments.size() - 1;
+            const QString name = oneLine(segments[depth]);
+            lines.append(QString(depth * step, QLatin1Char(' ')) +
+                         (isNode ? nodeText(name, node) : name));
+        }
+        above = segments;
+    }
+    return lines.join(QLatin1Char('\n'));
+}

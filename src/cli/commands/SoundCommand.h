@@ -1,0 +1,46 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "cli/commands/Command.h"
+#include "cli/commands/LiveClock.h"
+
+#include <client/TavoInbox.h>
+
+#include <vector>
+
+/// Queues a sound; waits for its end where that was asked for, or where it would end with this
+/// program.
+class SoundCommand : public Command
+{
+    Q_OBJECT
+
+public:
+    SoundCommand(const Options &options, TavoClient &client, Terminal &terminal);
+
+    void start() override;
+    void interrupt(int signal) override;
+
+private Q_SLOTS:
+    void on_inbox_opened(const CMPath &path);
+    void on_inbox_failed(const CMError &error);
+    void on_inbox_lost();
+    void on_inbox_responded(const TavoNotificationPlayerResponse &response);
+
+private:
+    bool isToWait() const { return options().wait || options().loop; }
+    void enqueue();
+    void on_item_queued();
+    void handle(const TavoNotificationPlayerResponse &response);
+    void report(const char *event);
+
+    TavoNotificationPlayerItem m_item;
+    std::unique_ptr<TavoInbox> m_inbox; ///< where the sound's end is waited for
+    LiveClock m_clock;
+    bool m_isSent = false;
+    bool m_isQueued = false;
+    /// What came before the answer that the sound is queued: it is told in its order.
+    std::vector<TavoNotificationPlayerResponse> m_early;
+    int m_signal = 0; ///< that interrupted it, 0: none
+};

@@ -1,0 +1,121 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "cli/commands/SoundSource.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+/// The host has a limit of its own, which may be far below; this one keeps the program from
+/// collecting an endless input.
+constexpr int s_mostInput = 32 << 20;
+
+SoundSourceError noInput(const QByteArray &what, int error)
+{
+    return {ExitCode::NoInput,
+            QStringLiteral("%1 can't be read: %2")
+                .arg(QString::fromUtf8(what), QString::fromLocal8Bit(std::strerror(error)))};
+}
+
+std::variant<SoundSource, SoundSourceError> readInput()
+{
+    if (isatty(STDIN_FILENO) == 1) {
+        return SoundSourceError{ExitCode::NoInput,
+                                QStringLiteral("standard input is the terminal: send a sound file "
+                                               "to it, as in: tavo sound - < chime.flac")};
+    }
+    QByteArray input;
+    std::array<char, 1 << 16> buffer{};
+    for (;;) {
+        const ssize_t size = read(STDIN_FILENO, buffer.data(), buffer.size());
+        if (size < 0 && errno != EINTR) {
+            return noInput("standard input", errno);
+        }
+        if (size == 0) {
+            break;
+        }
+        input.append(buffer.data(), int(std::max<ssize_t>(size, 0)));
+        if (input.size() > s_mostInput) {
+            return SoundSourceError{ExitCode::NoInput,
+                                    QStringLiteral("standard input has more than %1 MiB: put the "
+                                                   "sound into a file, and name that")
+                                        .arg(s_mostInput >> 20)};
+        }
+    }
+    if (input.isEmpty()) {
+        return SoundSourceError{ExitCode::NoInput, QStringLiteral("standard input is empty")};
+    }
+    return SoundSource{TavoNotificationPlayerItemType::Data, QString::fromLatin1(input.toBase64())};
+}
+
+/// Why the file can't be played; 0 when it seems that it can. A FIFO isn't opened: that would take
+/// it from the host.
+int fileError(const QByteArray &name)
+{
+    struct stat status = {};
+    if (stat(name.constData(), &status) != 0) {
+        return errno;
+    }
+    if (S_ISDIR(status.st_mode)) {
+        return EISDIR;
+    }
+    return access(name.constData(), R_OK) == 0 ? 0 : errno;
+}
+
+QByteArray currentFolder()
+{
+    char *folder = getcwd(nullptr, 0);
+    QByteArray result(folder);
+    free(folder);
+    return result;
+}
+} // namespace
+
+bool isUri(const QByteArray &name)
+{
+    const int colon = name.indexOf(':');
+    constexpr int shortestScheme = 2;
+    if (colon < shortestScheme || std::isalpha(static_cast<unsigned char>(name[0])) == 0) {
+        return false;
+    }
+    const bool isScheme = std::all_of(name.begin(), name.begin() + colon, [](unsigned char each) {
+        return std::isalnum(each) != 0 || each == '+' || each == '-' || each == '.';
+    });
+    return isScheme && (name.mid(colon, 3) == "://" || name.startsWith("file:"));
+}
+
+QString fileUri(const QByteArray &name, const QByteArray &folder)
+{
+    const QByteArray absolute = name.startsWith('/') ? name : folder + '/' + name;
+    return QStringLiteral("file://") + QString::fromLatin1(absolute.toPercentEncoding("/"));
+}
+
+std::variant<SoundSource, SoundSourceError> soundSource(const Options &options)
+{
+    const QByteArray name = QByteArray::fromStdString(options.file);
+    const bool isStream = !options.streamFormat.empty();
+    if (name == "-") {
+        if (isStream) {
+            return SoundSourceError{ExitCode::Usage,
+                                    QStringLiteral("a stream can't be read from standard input: "
+                                                   "make a FIFO with mkfifo, and name that")};
+        }
+        return readInput();
+    }
+    const auto type =
+        isStream ? TavoNotificationPlayerItemType::Stream : TavoNotificationPlayerItemType::Uri;
+    if (isUri(name)) {
+        return SoundSource{type, QString::fromUtf8(name)};
+    }
+    if (const int error = fileError(name)) {
+        return noInput(name, error);
+    }
+    return SoundSource{type, fileUri(name, currentFolder())};
+}

@@ -1,0 +1,185 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "cli/commands/StatusCommand.h"
+
+#include "cli/output/ValueText.h"
+
+namespace {
+/// How many of those that wait are looked at; their number is told up to it.
+constexpr int s_mostMessages = 20;
+
+QString texts(const TavoList<QString> &list)
+{
+    QStringList result;
+    for (int i = 0; i < list.size(); ++i) {
+        result.append(oneLine(list.at(i)));
+    }
+    return result.join(QStringLiteral(", "));
+}
+
+QVariant resourcesOf(const TavoPowerManagerState &state)
+{
+    QVariantHash resources;
+    for (int i = 0; i < state.resources().size(); ++i) {
+        const TavoPowerManagerResourceHolders holders = state.resources().at(i);
+        resources.insert(TavoPowerManagerResources::toString(holders.resource()),
+                         holders.holders().elements());
+    }
+    return resources;
+}
+
+QString notThere(const char *module)
+{
+    return QStringLiteral("unknown: the host has no module %1").arg(QLatin1String(module));
+}
+} // namespace
+
+void StatusCommand::start()
+{
+    // Held until all are asked for.
+    m_awaited = 1;
+    read(TavoNotificationPlayerIsPlayingPath(),
+         [this](const TavoValue &value) { m_sounds = value.bool_(); });
+    read(TavoPlayerMainAudioStatePath(),
+         [this](const TavoValue &value) { m_audio = value.mainAudioState(); });
+    read(TavoPowerManagerStatePath(),
+         [this](const TavoValue &value) { m_power = value.powerManagerState(); });
+    ++m_awaited;
+    readMessages(client(), this, s_mostMessages,
+                 [this](const ShownMessages &messages, const CMError &error) {
+                     if (!error.isError()) {
+                         m_messages = messages;
+                     } else if (error.name() != CMErrors::noSuchNode()) {
+                         fail(error);
+                     }
+                     answered();
+                 });
+    answered();
+}
+
+void StatusCommand::read(const CMPath &path, std::function<void(const TavoValue &)> use)
+{
+    ++m_awaited;
+    client().getValue(path).onFinished(this, [this, use](const CMReply<QVariant> &answer) {
+        if (!answer.error().isError()) {
+            use(TavoValue(answer.value().toHash()));
+        } else if (answer.error().name() != CMErrors::noSuchNode()) {
+            fail(answer.error());
+        }
+        answered();
+    });
+}
+
+void StatusCommand::answered()
+{
+    if (--m_awaited == 0 && !isFinished()) {
+        print(toHash(), toText());
+        finish(ExitCode::Ok);
+    }
+}
+
+QVariantHash StatusCommand::toHash() const
+{
+    QVariantHash hash{{QStringLiteral("sounding"), m_sounds ? QVariant(*m_sounds) : QVariant()}};
+    hash.insert(QStringLiteral("audio"), m_audio ? m_audio->__variant() : QVariant());
+    if (m_power) {
+        hash.insert(QStringLiteral("power"),
+                    QVariantHash{{QStringLiteral("standby"), m_power->standby()},
+                                 {QStringLiteral("resources"), resourcesOf(*m_power)}});
+    } else {
+        hash.insert(QStringLiteral("power"), QVariant());
+    }
+    if (m_messages) {
+        const QVariantList all = m_messages->toList();
+        hash.insert(
+            QStringLiteral("display"),
+            QVariantHash{{QStringLiteral("shown"), all.isEmpty() ? QVariant() : all.first()},
+                         {QStringLiteral("waiting"), all.mid(1)},
+                         {QStringLiteral("more"), m_messages->isCut}});
+    } else {
+        hash.insert(QStringLiteral("display"), QVariant());
+    }
+    return hash;
+}
+
+QString StatusCommand::toText()
+{
+    return QStringList{line("Sound", soundText()), line("Main audio", audioText()),
+                       line("Display", displayText()), line("Power", powerText())}
+        .join(QLatin1Char('\n'));
+}
+
+QString StatusCommand::line(const char *what, const QString &text)
+{
+    constexpr int width = 12;
+    const QString head = QString::fromLatin1(what).leftJustified(width);
+    return terminal().styled(head, Terminal::Style::Bold) + text;
+}
+
+QString StatusCommand::soundText()
+{
+    if (!m_sounds) {
+        return notThere("notifications");
+    }
+    return *m_sounds
+               ? terminal().styled(QStringLiteral("a notification sounds"), Terminal::Style::Good)
+               : QStringLiteral("no notification sounds");
+}
+
+QString StatusCommand::audioText()
+{
+    if (!m_audio) {
+        return notThere("player");
+    }
+    constexpr int percent = 100;
+    QString text = m_audio->playing() ? QStringLiteral("plays %1").arg(oneLine(m_audio->source()))
+                                      : QStringLiteral("silent");
+    text += QStringLiteral(", volume %1 %").arg(qRound(m_audio->volume() * percent));
+    text +=
+        m_audio->ducked()
+            ? terminal().styled(QStringLiteral(", ducked for %1").arg(texts(m_audio->requesters())),
+                                Terminal::Style::Notice)
+            : QStringLiteral(", not ducked");
+    if (!m_audio->error().isEmpty()) {
+        text += terminal().styled(QStringLiteral("; ") + oneLine(m_audio->error()),
+                                  Terminal::Style::Bad);
+    }
+    return text;
+}
+
+QString StatusCommand::displayText()
+{
+    if (!m_messages) {
+        return notThere("notifications");
+    }
+    if (m_messages->messages.isEmpty()) {
+        return QStringLiteral("empty");
+    }
+    const ShownMessage &shown = m_messages->messages.first();
+    const int waiting = m_messages->messages.size() - 1;
+    QString text = QStringLiteral("shows ");
+    text += terminal().styled(oneLine(shown.title), Terminal::Style::Good);
+    text += shown.text.isEmpty() ? QString() : QStringLiteral(": ") + oneLine(shown.text);
+    text += QStringLiteral(" (%1)").arg(oneLine(shown.path.toString()));
+    return text + QStringLiteral(", %1%2 waiting")
+                      .arg(m_messages->isCut ? QStringLiteral("at least ") : QString())
+                      .arg(waiting + int(m_messages->isCut));
+}
+
+QString StatusCommand::powerText()
+{
+    if (!m_power) {
+        return notThere("powermanager");
+    }
+    QString text = m_power->standby()
+                       ? terminal().styled(QStringLiteral("standby"), Terminal::Style::Notice)
+                       : QStringLiteral("on");
+    const auto resources = m_power->resources();
+    for (int i = 0; i < resources.size(); ++i) {
+        text += QStringLiteral(", %1 held by %2")
+                    .arg(TavoPowerManagerResources::toString(resources.at(i).resource()),
+                         texts(resources.at(i).holders()));
+    }
+    return resources.isEmpty() ? text + QStringLiteral(", no resource held") : text;
+}

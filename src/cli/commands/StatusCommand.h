@@ -1,0 +1,39 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "cli/commands/Command.h"
+#include "cli/commands/MessageReader.h"
+
+#include <optional>
+
+/// Tells what goes on, as far as the model knows it.
+class StatusCommand : public Command
+{
+    Q_OBJECT
+
+public:
+    using Command::Command;
+
+    void start() override;
+
+private:
+    void read(const CMPath &path, std::function<void(const TavoValue &)> use);
+    void answered();
+
+    QVariantHash toHash() const;
+    QString toText();
+    QString soundText();
+    QString audioText();
+    QString displayText();
+    QString powerText();
+    QString line(const char *what, const QString &text);
+
+    int m_awaited = 0;
+    // None where its module isn't loaded.
+    std::optional<bool> m_sounds;
+    std::optional<TavoPlayerMainAudioState> m_audio;
+    std::optional<TavoPowerManagerState> m_power;
+    std::optional<ShownMessages> m_messages;
+};

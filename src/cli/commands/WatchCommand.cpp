@@ -1,0 +1,190 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "cli/commands/WatchCommand.h"
+
+#include "cli/output/ValueText.h"
+
+#include <core/tavo/connect.h>
+
+#include <QTime>
+
+namespace {
+/// As many as one takes in; a queue may hold a hundred thousand.
+constexpr int s_mostRows = 20;
+
+bool isUnsupported(const CMError &error)
+{
+    return error.name() == CMErrors::notSupported() || error.name() == CMErrors::noSuchNode();
+}
+} // namespace
+
+WatchCommand::WatchCommand(const Options &options, TavoClient &client, Terminal &terminal)
+    : Command(options, client, terminal)
+{
+    tavoConnect(&client, &TavoClient::availableChanged, this,
+                &WatchCommand::on_client_availableChanged);
+    tavoConnect(&client, &TavoClient::valueChanged, this, &WatchCommand::on_client_valueChanged);
+    tavoConnect(&client, &TavoClient::rowsChanged, this, &WatchCommand::on_client_rowsChanged);
+    tavoConnect(&client, &TavoClient::nodeChanged, this, &WatchCommand::on_client_nodeChanged);
+    tavoConnect(&client, &TavoClient::subscriptionFailed, this,
+                &WatchCommand::on_client_subscriptionFailed);
+}
+
+void WatchCommand::start()
+{
+    if (options().path.empty()) {
+        follow(TavoNotificationPlayerIsPlayingPath(), Kind::Value);
+        follow(TavoNotificationDisplayQueuePath(), Kind::Rows);
+        follow(TavoPlayerMainAudioStatePath(), Kind::Value);
+        follow(TavoPowerManagerStatePath(), Kind::Value);
+    } else {
+        const CMPath path = typedPath();
+        if (path.isEmpty()) {
+            return;
+        }
+        follow(path, Kind::Any);
+        client().subscribe(path, TavoClient::Change::Node);
+    }
+    // Ends the program where there is no host at first.
+    onAnswer<QString>(client().version(), {}, [](const QString &) {});
+}
+
+void WatchCommand::follow(const CMPath &path, Kind kind)
+{
+    m_followed.append({path, kind});
+    if (kind != Kind::Rows) {
+        client().subscribe(path, TavoClient::Change::Value);
+    }
+    if (kind != Kind::Value) {
+        client().subscribe(path, TavoClient::Change::Rows);
+    }
+}
+
+void WatchCommand::interrupt(int /*signal*/)
+{
+    finish(ExitCode::Ok); // its usual end
+}
+
+void WatchCommand::on_client_availableChanged(bool available)
+{
+    if (m_wasAvailable) {
+        report({}, {{QStringLiteral("host"), false}},
+               terminal().styled(QStringLiteral("the host has gone, waiting for it"),
+                                 Terminal::Style::Bad));
+    }
+    m_wasAvailable = available;
+    m_readings.clear();
+    if (available) {
+        readAll();
+    }
+}
+
+void WatchCommand::readAll()
+{
+    for (const Followed &followed : qAsConst(m_followed)) {
+        if (followed.kind != Kind::Rows) {
+            readValue(followed.path);
+        }
+        if (followed.kind != Kind::Value) {
+            on_client_rowsChanged(followed.path, {}, -1, 0);
+        }
+    }
+}
+
+void WatchCommand::readValue(const CMPath &path)
+{
+    client().getValue(path).onFinished(this, [this, path](const CMReply<QVariant> &answer) {
+        if (!answer.error().isError()) {
+            on_client_valueChanged(path, answer.value());
+        }
+    });
+}
+
+void WatchCommand::on_client_valueChanged(const CMPath &path, const QVariant &value)
+{
+    report(path, {{QStringLiteral("value"), value}},
+           QString::fromUtf8(toJson(value, JsonForm::Line)));
+}
+
+void WatchCommand::on_client_rowsChanged(const CMPath &path, const QStringList &changes,
+                                         int /*first*/, int /*count*/)
+{
+    // Rows that change faster than they are read are read once more, not once for each change.
+    const bool isReading = m_readings.contains(path);
+    Reading &reading = m_readings[path];
+    reading.changes += changes;
+    reading.isDue = isReading;
+    if (!isReading) {
+        readRows(path);
+    }
+}
+
+void WatchCommand::readRows(const CMPath &path)
+{
+    client()
+        .rows(path, 0, s_mostRows + 1)
+        .onFinished(this, [this, path](const CMReply<QVariantList> &answer) {
+            if (!m_readings.contains(path)) {
+                return; // of a host that has gone
+            }
+            if (m_readings[path].isDue) {
+                m_readings[path].isDue = false;
+                readRows(path);
+                return;
+            }
+            if (!answer.error().isError()) {
+                printRows(path, answer.value());
+            } else if (!isUnsupported(answer.error())) {
+                fail(answer.error(), path);
+            }
+            m_readings.remove(path);
+        });
+}
+
+void WatchCommand::printRows(const CMPath &path, const QVariantList &rows)
+{
+    const QVariantList shown = rows.mid(0, s_mostRows);
+    const bool isCut = rows.size() > s_mostRows;
+    QStringList changes = m_readings[path].changes;
+    changes.removeDuplicates();
+    const QString rowsText = QString::fromUtf8(toJson(shown, JsonForm::Line));
+    report(path,
+           {{QStringLiteral("changes"), changes},
+            {QStringLiteral("rows"), shown},
+            {QStringLiteral("more"), isCut}},
+           (changes.isEmpty() ? QString() : changes.join(QLatin1Char(',')) + QLatin1Char(' ')) +
+               rowsText + (isCut ? QStringLiteral(" and more") : QString()));
+}
+
+void WatchCommand::on_client_nodeChanged(const CMPath &path, bool published)
+{
+    report(path, {{QStringLiteral("published"), published}},
+           published ? QStringLiteral("is there") : QStringLiteral("has gone"));
+    if (published) {
+        readAll();
+    }
+}
+
+void WatchCommand::on_client_subscriptionFailed(const CMPath &path, const CMError &error)
+{
+    fail(error, path);
+}
+
+void WatchCommand::report(const CMPath &path, const QVariantHash &fields, const QString &text)
+{
+    const QTime now = QTime::currentTime();
+    if (!options().json) {
+        const QString time = now.toString(QStringLiteral("HH:mm:ss.zzz"));
+        const QString name =
+            path.isEmpty() ? QString() : oneLine(path.toString()) + QLatin1Char(' ');
+        terminal().print(terminal().styled(time, Terminal::Style::Faint) + QLatin1Char(' ') +
+                         terminal().styled(name, Terminal::Style::Bold) + text);
+        return;
+    }
+    QVariantHash line = fields;
+    if (!path.isEmpty()) {
+        line.insert(QStringLiteral("path"), path.toString());
+    }
+    terminal().printJson(toJson(line, JsonForm::Line));
+}

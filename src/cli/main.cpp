@@ -1,0 +1,96 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "cli/CommandLine.h"
+#include "cli/commands/Command.h"
+#include "cli/InterruptSignal.h"
+#include "cli/reference/Writers.h"
+
+#include <CLI/App.hpp>
+
+#include <QCoreApplication>
+
+#include <cmath>
+#include <csignal>
+#include <cstdio>
+#include <sys/time.h>
+#include <unistd.h>
+
+namespace {
+int exitWith(const CommandLineEnd &end)
+{
+    const bool isGood = end.code == ExitCode::Ok;
+    std::fprintf(isGood ? stdout : stderr, "%s", end.text.c_str());
+    if (end.text.empty() || end.text.back() != '\n') {
+        std::fputc('\n', isGood ? stdout : stderr);
+    }
+    return static_cast<int>(end.code);
+}
+
+int generate(const std::string &kind)
+{
+    Options options;
+    const Reference reference = Reference::of(*defineCommandLine(options));
+    const auto text = writeReference(reference, kind);
+    const bool isWritten =
+        text && std::fputs(text->c_str(), stdout) >= 0 && std::fflush(stdout) == 0;
+    return static_cast<int>(isWritten ? ExitCode::Ok : ExitCode::SystemError);
+}
+
+extern "C" void endForSilence(int /*signal*/)
+{
+    constexpr char text[] = "tavo: the bus takes connections but says nothing\n";
+    if (write(STDERR_FILENO, text, sizeof text - 1) < 0) {
+        _exit(static_cast<int>(ExitCode::SystemError));
+    }
+    _exit(static_cast<int>(ExitCode::TimedOut));
+}
+
+/// Greeting a bus blocks. Until that is over, the clock of the system watches instead of a timer.
+void watchForSilence(const TavoClient &client, double patienceSeconds)
+{
+    std::signal(SIGALRM, endForSilence);
+    double seconds = 0;
+    constexpr double microseconds = 1e6;
+    const double rest = std::modf(patienceSeconds, &seconds);
+    itimerval once = {};
+    once.it_value.tv_sec = static_cast<time_t>(seconds);
+    once.it_value.tv_usec = static_cast<suseconds_t>(rest * microseconds);
+    setitimer(ITIMER_REAL, &once, nullptr);
+    QObject::connect(&client, &TavoClient::availableChanged, [] { alarm(0); });
+}
+
+int run(const Options &options, QCoreApplication &application)
+{
+    Terminal terminal;
+    InterruptSignal interrupt;
+    TavoClient client(QString::fromStdString(options.bus));
+    constexpr int secondMs = 1000;
+    client.setPatience(int(options.patienceSeconds * secondMs));
+    watchForSilence(client, options.patienceSeconds);
+    const auto command = Command::create(options, client, terminal);
+    tavoConnect(&interrupt, &InterruptSignal::received, command.get(), &Command::interrupt);
+    // Queued: it may be finished before the event loop runs, which alone can be ended.
+    tavoConnect(
+        command.get(), &Command::finished, &application,
+        [](int code) { QCoreApplication::exit(code); }, Qt::QueuedConnection);
+    command->start();
+    const int code = QCoreApplication::exec();
+    return terminal.isGood() || code != 0 ? code : static_cast<int>(ExitCode::SystemError);
+}
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const auto line = readCommandLine(argc, argv);
+    if (const auto *end = std::get_if<CommandLineEnd>(&line)) {
+        return exitWith(*end);
+    }
+    const Options &options = std::get<Options>(line);
+    if (options.command == Options::Command::Generate) {
+        return generate(options.generate);
+    }
+    qputenv("QT_NO_GLIB", "1");
+    QCoreApplication application(argc, argv);
+    return run(options, application);
+}

@@ -1,0 +1,34 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "cli/reference/Completions.h"
+
+#include "cli/definition/Definition.h"
+
+std::string offeredWords(const std::string &valueName)
+{
+    if (valueName == ValueName::priority) {
+        return "low normal high urgent";
+    }
+    return valueName == ValueName::bus ? "session system" : "";
+}
+
+ValueOffer offerFor(const std::string &valueName)
+{
+    if (valueName == ValueName::file) {
+        return ValueOffer::Files;
+    }
+    if (valueName == ValueName::path) {
+        return ValueOffer::NodePaths;
+    }
+    return offeredWords(valueName).empty() ? ValueOffer::Nothing : ValueOffer::Words;
+}
+
+std::string shellQuoted(const std::string &text)
+{
+    std::string quoted = "'";
+    for (const char character : text) {
+        quoted += character == '\'' ? std::string("'\\''") : std::string(1, character);
+    }
+    return quoted + '\'';
+}

@@ -1,0 +1,26 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "cli/reference/Reference.h"
+
+#include <optional>
+#include <string>
+
+// What is made of the reference. Each holds every command and every option.
+
+/// The help of the program, or of one of its commands, in lines of some 80 characters.
+std::string helpText(const Reference &reference);
+std::string helpText(const Reference &reference, const CommandReference &command);
+
+/// The page tavo.1, for man.
+std::string manPage(const Reference &reference);
+
+/// The completions of the shells.
+std::string bashCompletion(const Reference &reference);
+std::string zshCompletion(const Reference &reference);
+std::string fishCompletion(const Reference &reference);
+
+/// One of them by name: man, bash, zsh or fish.
+std::optional<std::string> writeReference(const Reference &reference, const std::string &kind);

@@ -1,0 +1,132 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "cli/reference/Completions.h"
+#include "cli/reference/Writers.h"
+
+namespace {
+/// A text in which _arguments and _describe take nothing for a sign of theirs.
+std::string escaped(const std::string &text)
+{
+    std::string result;
+    for (const char character : text) {
+        const bool isSign = character == ':' || character == '[' || character == ']';
+        result += (isSign ? "\\" : "") + std::string(1, character);
+    }
+    return result;
+}
+
+std::string action(const std::string &valueName)
+{
+    switch (offerFor(valueName)) {
+    case ValueOffer::Files:
+        return "_files";
+    case ValueOffer::NodePaths:
+        return "_tavo_paths";
+    case ValueOffer::Words:
+        return '(' + offeredWords(valueName) + ')';
+    case ValueOffer::Nothing:
+        break;
+    }
+    return " ";
+}
+
+/// A line of arguments for each of an option's names, which exclude each other.
+std::string options(const CommandReference &command, const std::string &indent)
+{
+    std::string lines;
+    for (const OptionReference &option : command.options) {
+        std::string names;
+        for (const std::string &name : option.names) {
+            names += (names.empty() ? "" : " ") + name;
+        }
+        for (const std::string &name : option.names) {
+            const bool isLong = name.size() > 2;
+            const std::string value = option.valueName.empty() ? ""
+                                                               : ':' + escaped(option.valueName) +
+                                                                     ':' + action(option.valueName);
+            lines += indent +
+                     shellQuoted('(' + names + ')' + name + (isLong && !value.empty() ? "=" : "") +
+                                 '[' + escaped(option.description) + ']' + value) +
+                     " \\\n";
+        }
+    }
+    return lines;
+}
+
+std::string positionals(const CommandReference &command, const std::string &indent)
+{
+    std::string lines;
+    int place = 0;
+    for (const OptionReference &positional : command.positionals) {
+        const std::string colon = positional.isRequired ? ":" : "::";
+        lines += indent +
+                 shellQuoted(std::to_string(++place) + colon + escaped(positional.valueName) + ':' +
+                             action(positional.valueName)) +
+                 " \\\n";
+    }
+    return lines;
+}
+
+std::string commands(const Reference &reference)
+{
+    std::string lines;
+    for (const CommandReference &command : reference.commands) {
+        lines += "            " + shellQuoted(command.name + ':' + escaped(command.summary)) + '\n';
+    }
+    return lines;
+}
+
+std::string cases(const Reference &reference)
+{
+    const std::string indent(16, ' ');
+    std::string lines;
+    for (const CommandReference &command : reference.commands) {
+        CommandReference all = command;
+        for (const OptionReference &option : reference.program.options) {
+            if (option.names.back() != "--help") {
+                all.options.push_back(option);
+            }
+        }
+        lines += "        " + command.name + ")\n            _arguments -S \\\n" +
+                 options(all, indent) + positionals(command, indent) + indent + "&& return 0\n" +
+                 "            ;;\n";
+    }
+    return lines;
+}
+} // namespace
+
+std::string zshCompletion(const Reference &reference)
+{
+    return std::string("#compdef tavo\n\n"
+                       "_tavo_paths() {\n"
+                       "    local -a paths\n"
+                       "    paths=(${(f)\"$(") +
+           s_listPaths +
+           ")\"})\n"
+           "    compadd -a paths\n"
+           "}\n\n"
+           "_tavo() {\n"
+           "    local context state state_descr line\n"
+           "    local -a commands\n"
+           "    typeset -A opt_args\n"
+           "    _arguments -C -S \\\n" +
+           options(reference.program, std::string(8, ' ')) +
+           "        '1:command:->command' '*::argument:->argument' && return 0\n"
+           "    case $state in\n"
+           "    command)\n"
+           "        commands=(\n" +
+           commands(reference) +
+           "        )\n"
+           "        _describe -t commands command commands && return 0\n"
+           "        ;;\n"
+           "    argument)\n"
+           "        case $line[1] in\n" +
+           cases(reference) +
+           "        esac\n"
+           "        ;;\n"
+           "    esac\n"
+           "    return 1\n"
+           "}\n\n"
+           "_tavo \"$@\"\n";
+}

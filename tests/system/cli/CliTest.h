@@ -1,0 +1,127 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "support/bus/PrivateBus.h"
+#include "support/EventLoop.h"
+#include "support/host/HostProcess.h"
+#include "support/program/Program.h"
+#include "support/Text.h"
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QtEndian>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <iostream>
+#include <memory>
+
+/// The program, and a host whose sounds nobody hears, on a bus of their own.
+class CliTest : public testing::Test
+{
+protected:
+    // The program ends with these, as docs/cli.md says.
+    static constexpr int s_good = 0;
+    static constexpr int s_refused = 1;
+    static constexpr int s_cancelled = 10;
+    static constexpr int s_dismissed = 11;
+    static constexpr int s_failed = 12;
+    static constexpr int s_endUnknown = 13;
+    static constexpr int s_usage = 64;
+    static constexpr int s_noInput = 66;
+    static constexpr int s_unavailable = 69;
+    static constexpr int s_timedOut = 75;
+    static constexpr int s_interrupted = 128 + SIGINT;
+    static constexpr int s_terminated = 128 + SIGTERM;
+
+    CliTest() { prepare(m_tavo); }
+
+    void TearDown() override
+    {
+        if (HasFailure()) {
+            std::cout << "The program wrote:\n"
+                      << m_tavo.output() << m_tavo.error() << "The host wrote:\n"
+                      << (m_host ? m_host->log().toStdString() : std::string()) << std::endl;
+        }
+    }
+
+    void prepare(Program &program) const
+    {
+        program.setEnvironment("TAVO_BUS", m_bus.address());
+        program.setEnvironment("QT_NO_GLIB", "1");
+    }
+
+    void startHost(const QJsonArray &more = {})
+    {
+        m_host = std::make_unique<HostProcess>();
+        const QJsonObject devices{{"mainDevice", "null"}, {"notificationsDevice", "null"}};
+        QJsonArray modules{"powermanager", QJsonObject{{"name", "player"}, {"config", devices}},
+                           "notifications",
+                           QJsonObject{{"name", "dbus"},
+                                       {"config", QJsonObject{{"bus", m_bus.address()},
+                                                              {"sounds", allSounds()}}}}};
+        for (const QJsonValue &module : more) {
+            modules.append(module);
+        }
+        m_host->setConfiguration({{"modules", modules}});
+        ASSERT_TRUE(m_host->startReady()) << m_host->log().toStdString();
+        ASSERT_TRUE(m_host->waitForLog("Serving org.tavo.Model1"));
+    }
+
+    static QJsonObject allSounds()
+    {
+        return {{"schemes", QJsonArray{"file", "data"}}, {"folders", QJsonArray{"/"}}};
+    }
+
+    /// Runs the program to its end; gives its exit code.
+    int run(const QStringList &arguments, const QByteArray &input = {})
+    {
+        return m_tavo.run(arguments, input);
+    }
+
+    /// What the program printed, as JSON.
+    QJsonValue json() const
+    {
+        const QByteArray text = QByteArray::fromStdString("[" + m_tavo.output() + "]");
+        const QJsonDocument document = QJsonDocument::fromJson(text);
+        EXPECT_EQ(document.array().size(), 1) << m_tavo.output();
+        return document.array().first();
+    }
+
+    /// The line of JSON.
+    static QJsonObject object(const std::string &line)
+    {
+        return QJsonDocument::fromJson(QByteArray::fromStdString(line)).object();
+    }
+
+    /// A sound of a tenth of a second.
+    static QByteArray sound()
+    {
+        constexpr quint32 rate = 8000;
+        const QByteArray samples(rate / 10 * 2, '\0');
+        const auto number = [](auto value) {
+            const auto little = qToLittleEndian(value);
+            return QByteArray(reinterpret_cast<const char *>(&little), sizeof little);
+        };
+        return "RIFF" + number(quint32(36 + samples.size())) + "WAVEfmt " + number(quint32(16)) +
+               number(quint16(1)) + number(quint16(1)) + number(rate) + number(rate * 2) +
+               number(quint16(2)) + number(quint16(16)) + "data" + number(quint32(samples.size())) +
+               samples;
+    }
+
+    /// A file with it, in the host's folder.
+    QString soundFile(const QString &name = "sound.wav")
+    {
+        return m_host->writeFile(name, sound());
+    }
+
+    PrivateBus m_bus;
+    std::unique_ptr<HostProcess> m_host;
+    Program m_tavo{QStringLiteral(TAVO_PROGRAM)};
+};

@@ -1,0 +1,115 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "CliTest.h"
+
+using testing::Contains;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class CliNodesTest : public CliTest
+{
+protected:
+    void SetUp() override { startHost(); }
+};
+
+TEST_F(CliNodesTest, GetPrintsAValue)
+{
+    EXPECT_EQ(run({"get", "/notifications/player/isPlaying"}), s_good);
+    EXPECT_EQ(m_tavo.output(), "bool: false\n");
+}
+
+TEST_F(CliNodesTest, GetPrintsAValueAsJson)
+{
+    EXPECT_EQ(run({"get", "--json", "/player/alsaDevice/main"}), s_good);
+    EXPECT_EQ(json().toObject(), (QJsonObject{{"audioDevice", QJsonObject{{"device", "null"}}}}));
+}
+
+TEST_F(CliNodesTest, TellsThatThereIsNothingAtAPath)
+{
+    EXPECT_EQ(run({"get", "/nothing"}), s_refused);
+    EXPECT_THAT(m_tavo.error(), StartsWith("tavo: there is nothing at /nothing."));
+}
+
+TEST_F(CliNodesTest, TellsThatANodeIsOfAnotherKind)
+{
+    EXPECT_EQ(run({"get", "/notifications/player/enqueue"}), s_refused);
+    EXPECT_THAT(m_tavo.error(), HasSubstr("takes no such request"));
+}
+
+TEST_F(CliNodesTest, RefusesWhatIsNoPath)
+{
+    for (const char *command : {"get", "rows", "call", "tree", "watch"}) {
+        EXPECT_EQ(run({command, "no-path"}), s_usage) << command;
+        EXPECT_THAT(m_tavo.error(), HasSubstr("must begin with a slash")) << command;
+    }
+}
+
+TEST_F(CliNodesTest, CallSendsAValueAndPrintsTheAnswer)
+{
+    EXPECT_EQ(run({"call", "/player/mainAudio/volume", "0.25"}), s_good);
+    EXPECT_EQ(m_tavo.output(), "") << "the answer is empty";
+    EXPECT_EQ(run({"get", "--json", "/player/mainAudio/state"}), s_good);
+    EXPECT_EQ(json().toObject().value("mainAudioState").toObject().value("volume"), 0.25);
+}
+
+TEST_F(CliNodesTest, CallPrintsAnEmptyAnswerAsNull)
+{
+    EXPECT_EQ(run({"call", "--json", "/player/mainAudio/volume", "1"}), s_good);
+    EXPECT_EQ(m_tavo.output(), "null\n");
+}
+
+TEST_F(CliNodesTest, CallReadsTheValueFromItsInput)
+{
+    EXPECT_EQ(run({"call", "/player/mainAudio/volume", "-"}, "{\"double\": 0.5}\n"), s_good);
+    EXPECT_EQ(run({"get", "--json", "/player/mainAudio/state"}), s_good);
+    EXPECT_EQ(json().toObject().value("mainAudioState").toObject().value("volume"), 0.5);
+}
+
+TEST_F(CliNodesTest, CallRefusesWhatIsNoJson)
+{
+    EXPECT_EQ(run({"call", "/player/mainAudio/volume", "loud"}), s_usage);
+    EXPECT_THAT(m_tavo.error(), HasSubstr("no JSON"));
+}
+
+TEST_F(CliNodesTest, CallTellsWhatTheHostRefusedAndWhoSaysSo)
+{
+    EXPECT_EQ(run({"call", "/player/mainAudio/volume", "4"}), s_refused);
+    EXPECT_EQ(m_tavo.error(), "tavo: the host refused: The volume must be a number from 0.0 to 1.0 "
+                              "(Player)\n");
+}
+
+TEST_F(CliNodesTest, RowsPrintsARowALine)
+{
+    for (int i = 0; i < 3; ++i) {
+        run({"call", "/notifications/display/open",
+             R"({"notificationDisplayItem": {"message": "Hello"}})"});
+    }
+    EXPECT_EQ(run({"rows", "/notifications/display/queue"}), s_good);
+    EXPECT_EQ(m_tavo.lines().size(), 3U);
+    EXPECT_THAT(m_tavo.lines()[0], StartsWith("/notifications/display/simpleMessageNode/"));
+    const std::string second = m_tavo.lines()[1];
+    EXPECT_EQ(run({"rows", "--first", "1", "--count", "1", "/notifications/display/queue"}),
+              s_good);
+    EXPECT_THAT(m_tavo.lines(), testing::ElementsAre(second));
+    EXPECT_EQ(run({"rows", "--json", "/notifications/display/queue"}), s_good);
+    EXPECT_EQ(json().toArray().size(), 3);
+}
+
+TEST_F(CliNodesTest, TreePrintsALineANodeToAPipe)
+{
+    EXPECT_EQ(run({"tree"}), s_good);
+    EXPECT_THAT(m_tavo.lines(), Contains("/player/mainAudio/state\tvalue\t"));
+    EXPECT_THAT(m_tavo.lines(), Contains("/notifications/player/enqueue\trequest\t"));
+    EXPECT_THAT(m_tavo.lines(), Contains("/notifications/display/queue\tlist\tList of messages"));
+}
+
+TEST_F(CliNodesTest, TreeBeginsWhereItIsTold)
+{
+    EXPECT_EQ(run({"tree", "--json", "/player/alsaDevice"}), s_good);
+    const QJsonArray nodes = json().toArray();
+    ASSERT_EQ(nodes.size(), 2);
+    EXPECT_EQ(nodes[0].toObject(),
+              (QJsonObject{{"path", "/player/alsaDevice/main"}, {"kind", "value"}, {"title", ""}}));
+    EXPECT_EQ(run({"tree", "/nothing"}), s_refused);
+}

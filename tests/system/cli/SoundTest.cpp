@@ -1,0 +1,183 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "CliTest.h"
+
+#include <QDir>
+
+#include <sys/stat.h>
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class CliSoundTest : public CliTest
+{
+protected:
+    void SetUp() override { startHost(); }
+
+    /// Starts a sound that goes on until it is ended.
+    void startLoop(const QStringList &more = {})
+    {
+        m_tavo.start(QStringList{"sound", "--loop", "--id", "bell", soundFile()} + more);
+        ASSERT_TRUE(m_tavo.waitForOutput("bell"));
+        ASSERT_TRUE(m_host->waitForLog("Starting playback: bell"));
+    }
+};
+
+TEST_F(CliSoundTest, PrintsTheIdOnceTheSoundIsQueued)
+{
+    EXPECT_EQ(run({"sound", soundFile(), "--id", "bell"}), s_good);
+    EXPECT_EQ(m_tavo.output(), "bell\n");
+    EXPECT_TRUE(m_host->waitForLog("Starting playback: bell"));
+}
+
+TEST_F(CliSoundTest, MakesAnIdOfItsOwn)
+{
+    EXPECT_EQ(run({"sound", soundFile()}), s_good);
+    EXPECT_THAT(m_tavo.output(), StartsWith("tavo-"));
+    const std::string first = m_tavo.output();
+    EXPECT_EQ(run({"sound", soundFile()}), s_good);
+    EXPECT_NE(m_tavo.output(), first);
+}
+
+TEST_F(CliSoundTest, WaitingItEndsWellWhenTheSoundIsHeardToItsEnd)
+{
+    EXPECT_EQ(run({"sound", "--wait", "--id", "bell", soundFile()}), s_good);
+    EXPECT_EQ(m_tavo.output(), "bell\nfinished\n");
+}
+
+TEST_F(CliSoundTest, WaitingItTellsThatTheSoundCannotBePlayed)
+{
+    const QString file = m_host->writeFile("text.wav", "no sound");
+    EXPECT_EQ(run({"sound", "--wait", file}), s_failed);
+    EXPECT_THAT(m_tavo.output(), HasSubstr("\nfailed\n"));
+    EXPECT_THAT(m_tavo.error(), HasSubstr("host's log"));
+}
+
+TEST_F(CliSoundTest, WaitingItTellsThatTheSoundWasCancelled)
+{
+    startLoop();
+    Program other{QStringLiteral(TAVO_PROGRAM)};
+    prepare(other);
+    EXPECT_EQ(other.run({"cancel", "bell"}), s_good) << other.error();
+    EXPECT_EQ(m_tavo.waitForExit(), s_cancelled);
+    EXPECT_EQ(m_tavo.output(), "bell\ncancelled\n");
+}
+
+TEST_F(CliSoundTest, WaitingItTellsThatTheHostWentAway)
+{
+    startLoop();
+    m_host->stop();
+    EXPECT_EQ(m_tavo.waitForExit(), s_endUnknown);
+    EXPECT_THAT(m_tavo.error(), HasSubstr("the host went away"));
+}
+
+TEST_F(CliSoundTest, AnInterruptCancelsTheSoundThatIsWaitedFor)
+{
+    startLoop();
+    m_tavo.sendSignal(SIGINT);
+    EXPECT_EQ(m_tavo.waitForExit(), s_interrupted);
+    EXPECT_EQ(m_tavo.output(), "bell\ncancelled\n");
+}
+
+TEST_F(CliSoundTest, SigtermCancelsTheSoundThatIsWaitedFor)
+{
+    startLoop();
+    m_tavo.sendSignal(SIGTERM);
+    EXPECT_EQ(m_tavo.waitForExit(), s_terminated);
+    EXPECT_EQ(m_tavo.output(), "bell\ncancelled\n");
+}
+
+TEST_F(CliSoundTest, ALoopEndsWithTheProgramHoweverThatEnds)
+{
+    startLoop();
+    m_tavo.sendSignal(SIGKILL);
+    m_tavo.waitForExit();
+    EXPECT_TRUE(m_host->waitForLog("Released Audio of notifications"));
+}
+
+TEST_F(CliSoundTest, TellsInJsonWhatHappensInItsOrder)
+{
+    EXPECT_EQ(run({"sound", "--wait", "--json", "--id", "bell", soundFile()}), s_good);
+    EXPECT_THAT(m_tavo.lines(), ElementsAre(R"({"event":"queued","id":"bell"})",
+                                            R"({"event":"started","id":"bell"})",
+                                            R"({"event":"finished","id":"bell"})"));
+}
+
+TEST_F(CliSoundTest, PlaysWhatStandsOnItsInput)
+{
+    EXPECT_EQ(run({"sound", "--wait", "-"}, sound()), s_good);
+    EXPECT_THAT(m_tavo.output(), HasSubstr("finished"));
+}
+
+TEST_F(CliSoundTest, RefusesAnEmptyInput)
+{
+    EXPECT_EQ(run({"sound", "-"}), s_noInput);
+    EXPECT_EQ(m_tavo.error(), "tavo: standard input is empty\n");
+}
+
+TEST_F(CliSoundTest, RefusesAStreamOnItsInput)
+{
+    EXPECT_EQ(run({"sound", "-", "--stream", "audio/L16;rate=8000;channels=1"}, sound()), s_usage);
+    EXPECT_THAT(m_tavo.error(), HasSubstr("mkfifo"));
+}
+
+TEST_F(CliSoundTest, TellsThatASoundIsTooLargeForTheHost)
+{
+    EXPECT_EQ(run({"sound", "-"}, sound() + QByteArray(4 << 20, '\0')), s_refused);
+    EXPECT_THAT(m_tavo.error(), HasSubstr("limits"));
+}
+
+TEST_F(CliSoundTest, RefusesAFileThatIsNotThere)
+{
+    EXPECT_EQ(run({"sound", "/nowhere/sound.wav"}), s_noInput);
+    EXPECT_EQ(m_tavo.error(),
+              "tavo: /nowhere/sound.wav can't be read: No such file or directory\n");
+}
+
+TEST_F(CliSoundTest, RefusesAFolder)
+{
+    EXPECT_EQ(run({"sound", m_host->folder()}), s_noInput);
+    EXPECT_THAT(m_tavo.error(), HasSubstr("Is a directory"));
+}
+
+TEST_F(CliSoundTest, FindsAFileByItsRelativeName)
+{
+    soundFile("my sound #1 100%.wav");
+    m_tavo.setFolder(m_host->folder());
+    EXPECT_EQ(run({"sound", "--wait", "my sound #1 100%.wav"}), s_good) << m_tavo.error();
+}
+
+TEST_F(CliSoundTest, PlaysAFileUri)
+{
+    EXPECT_EQ(run({"sound", "--wait", "file://" + soundFile()}), s_good) << m_tavo.error();
+}
+
+TEST_F(CliSoundTest, PlaysAStreamFromAFifo)
+{
+    const QString fifo = m_host->folder() + "/fifo";
+    ASSERT_EQ(mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+    m_tavo.start({"sound", "--wait", "--stream", "audio/L16;rate=8000;channels=1", fifo});
+    Program writer("sh");
+    EXPECT_EQ(writer.run({"-c", "head -c 1600 /dev/zero > " + fifo}), 0);
+    EXPECT_EQ(m_tavo.waitForExit(), s_good) << m_tavo.error();
+}
+
+TEST_F(CliSoundTest, TellsThatAnIdIsInUse)
+{
+    startLoop();
+    Program other{QStringLiteral(TAVO_PROGRAM)};
+    prepare(other);
+    EXPECT_EQ(other.run({"sound", "--id", "bell", soundFile()}), s_refused);
+    EXPECT_THAT(other.error(), HasSubstr("the host refused"));
+}
+
+TEST_F(CliSoundTest, APrioritysNumberGoesThrough)
+{
+    startLoop();
+    Program other{QStringLiteral(TAVO_PROGRAM)};
+    prepare(other);
+    EXPECT_EQ(other.run({"sound", "--priority", "17", "--wait", soundFile()}), s_good)
+        << "it goes before the loop, which never ends";
+}

@@ -1,0 +1,85 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "CliTest.h"
+
+using testing::HasSubstr;
+using testing::Not;
+
+/// The program on a terminal of its own.
+class CliTerminalTest : public CliTest
+{
+protected:
+    void SetUp() override
+    {
+        startHost();
+        prepare(m_script);
+        m_script.setEnvironment("TERM", "xterm");
+        m_script.setEnvironment("NO_COLOR", "");
+    }
+
+    static QStringList arguments(const QString &command)
+    {
+        return {"-q", "-e", "-c", QStringLiteral(TAVO_PROGRAM) + ' ' + command, "/dev/null"};
+    }
+
+    std::string outputOf(const QString &command)
+    {
+        EXPECT_EQ(m_script.run(arguments(command)), s_good);
+        return m_script.output();
+    }
+
+    Program m_script{"script"};
+};
+
+TEST_F(CliTerminalTest, ThereAreColours)
+{
+    EXPECT_THAT(outputOf("status"), HasSubstr("\x1b[1m"));
+}
+
+TEST_F(CliTerminalTest, ThereAreNoColoursWhereNoneAreWanted)
+{
+    m_script.setEnvironment("NO_COLOR", "1");
+    EXPECT_THAT(outputOf("status"), Not(HasSubstr("\x1b")));
+}
+
+TEST_F(CliTerminalTest, ThereAreNoColoursOnAPipe)
+{
+    EXPECT_EQ(run({"status"}), s_good);
+    EXPECT_THAT(m_tavo.output(), Not(HasSubstr("\x1b")));
+}
+
+TEST_F(CliTerminalTest, JsonHasNoColours)
+{
+    EXPECT_THAT(outputOf("--json status"), Not(HasSubstr("\x1b")));
+}
+
+TEST_F(CliTerminalTest, TheTreeIsIndented)
+{
+    EXPECT_THAT(outputOf("tree /player"),
+                HasSubstr("player\r\n  alsaDevice\r\n    \x1b[1mmain\x1b[0m "));
+}
+
+TEST_F(CliTerminalTest, ALiveLineTellsWhatIsWaitedFor)
+{
+    m_script.start(arguments("sound --loop --id bell " + soundFile()));
+    EXPECT_TRUE(m_script.waitForOutput("bell sounds, 0 s"));
+    EXPECT_EQ(run({"cancel", "bell"}), s_good);
+    EXPECT_EQ(m_script.waitForExit(), s_cancelled);
+    EXPECT_THAT(m_script.output(), testing::EndsWith("\r\x1b[Kcancelled\r\n"));
+}
+
+TEST_F(CliTerminalTest, ThereIsNoLiveLineOnAPipe)
+{
+    EXPECT_EQ(run({"sound", "--wait", soundFile()}), s_good);
+    EXPECT_EQ(m_tavo.error(), "");
+}
+
+TEST_F(CliTerminalTest, NoTextFromOutsideSteersTheTerminal)
+{
+    run({"call", "/notifications/display/open",
+         R"({"notificationDisplayItem": {"title": "a\u001b]0;evil\u0007", "message": "\u001b[2Jb"}})"});
+    const std::string listed = outputOf("list");
+    EXPECT_THAT(listed, HasSubstr("a\\x1b]0;evil\\x07"));
+    EXPECT_THAT(listed, HasSubstr("\\x1b[2Jb"));
+}

@@ -1,0 +1,114 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "CliTest.h"
+
+#include <QLocalServer>
+#include <QTemporaryDir>
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class CliUnavailableTest : public CliTest
+{
+protected:
+    /// Every command that asks the host, with what it needs.
+    std::vector<QStringList> commands()
+    {
+        return {{"sound", sounds()},
+                {"sound", "--wait", sounds()},
+                {"show", "Hello"},
+                {"cancel", "bell"},
+                {"list"},
+                {"watch"},
+                {"get", "/x"},
+                {"rows", "/x"},
+                {"call", "/x"},
+                {"tree"},
+                {"status"}};
+    }
+
+    QString sounds()
+    {
+        QFile file(m_folder.filePath("sound.wav"));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(sound());
+        return file.fileName();
+    }
+
+    /// That the program wrote one line, and a sentence that helps.
+    void expectOneLine() const
+    {
+        const std::string error = m_tavo.error();
+        EXPECT_THAT(error, StartsWith("tavo: "));
+        EXPECT_EQ(error.find('\n'), error.size() - 1) << error;
+        EXPECT_EQ(m_tavo.output(), "");
+    }
+
+    QTemporaryDir m_folder;
+};
+
+TEST_F(CliUnavailableTest, EveryCommandTellsThatThereIsNoHostAndHowToStartOne)
+{
+    for (const QStringList &command : commands()) {
+        EXPECT_EQ(run(command), s_unavailable) << command[0].toStdString();
+        expectOneLine();
+        EXPECT_THAT(m_tavo.error(), HasSubstr("systemctl start tavo-host"))
+            << command[0].toStdString();
+    }
+}
+
+TEST_F(CliUnavailableTest, EveryCommandTellsThatThereIsNoBus)
+{
+    m_bus.stop();
+    for (const QStringList &command : commands()) {
+        EXPECT_EQ(run(command), s_unavailable) << command[0].toStdString();
+        expectOneLine();
+        EXPECT_THAT(m_tavo.error(), HasSubstr("can't be reached")) << command[0].toStdString();
+    }
+}
+
+TEST_F(CliUnavailableTest, TellsHowToGetASessionBus)
+{
+    m_tavo.setEnvironment("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + m_folder.filePath("none"));
+    EXPECT_EQ(run({"--bus", "session", "status"}), s_unavailable);
+    EXPECT_THAT(m_tavo.error(), HasSubstr("dbus-run-session"));
+}
+
+TEST_F(CliUnavailableTest, AHostThatDoesNotAnswerIsNotWaitedForLongerThanAsked)
+{
+    startHost();
+    m_host->sendSignal(SIGSTOP);
+    EXPECT_EQ(run({"--patience", "0.2", "tree"}), s_timedOut);
+    m_host->sendSignal(SIGCONT);
+    expectOneLine();
+    EXPECT_THAT(m_tavo.error(), HasSubstr("--patience"));
+}
+
+TEST_F(CliUnavailableTest, ABusThatSaysNothingIsNotWaitedForLongerThanAsked)
+{
+    QLocalServer silent;
+    const QString socket = m_folder.filePath("silent");
+    ASSERT_TRUE(silent.listen(socket));
+    EXPECT_EQ(run({"--patience", "0.2", "--bus", "unix:path=" + socket, "tree"}), s_timedOut);
+    expectOneLine();
+}
+
+TEST_F(CliUnavailableTest, AWrongCallIsRefusedInOneLine)
+{
+    for (const QStringList &command : {QStringList{"sing"}, QStringList{}, QStringList{"sound"},
+                                       QStringList{"get", "/x", "-y"}}) {
+        EXPECT_EQ(run(command), s_usage);
+        expectOneLine();
+        EXPECT_THAT(m_tavo.error(), HasSubstr("--help"));
+    }
+}
+
+TEST_F(CliUnavailableTest, AnOutputThatCannotBeWrittenIsAFailure)
+{
+    startHost();
+    Program shell("sh");
+    prepare(shell);
+    constexpr int systemError = 71;
+    EXPECT_EQ(shell.run({"-c", QStringLiteral(TAVO_PROGRAM) + " tree > /dev/full"}), systemError);
+}

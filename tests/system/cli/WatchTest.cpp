@@ -1,0 +1,78 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "CliTest.h"
+
+using testing::HasSubstr;
+
+class CliWatchTest : public CliTest
+{
+protected:
+    void SetUp() override { startHost(); }
+
+    /// Has another run of the program do something.
+    void act(const QStringList &arguments)
+    {
+        Program other{QStringLiteral(TAVO_PROGRAM)};
+        prepare(other);
+        EXPECT_EQ(other.run(arguments), s_good) << other.error();
+    }
+
+    QJsonObject lastLine() const { return object(m_tavo.lines().back()); }
+};
+
+TEST_F(CliWatchTest, TellsWhatIsThereAndThenWhatChanges)
+{
+    m_tavo.start({"watch", "--json", "/player/mainAudio/state"});
+    ASSERT_TRUE(m_tavo.waitForOutput("\"volume\":1"));
+    act({"call", "/player/mainAudio/volume", "0.5"});
+    ASSERT_TRUE(m_tavo.waitForOutput("\"volume\":0.5"));
+    EXPECT_EQ(lastLine().value("path"), "/player/mainAudio/state");
+}
+
+TEST_F(CliWatchTest, TellsOfRowsThatComeAndGo)
+{
+    m_tavo.start({"watch", "--json", "/notifications/display/queue"});
+    ASSERT_TRUE(m_tavo.waitForOutput("\"rows\":[]"));
+    act({"call", "/notifications/display/open",
+         R"({"notificationDisplayItem": {"id": "a", "message": "Hello"}})"});
+    ASSERT_TRUE(m_tavo.waitForOutput("simpleMessageNode"));
+    const QJsonArray rows = lastLine().value("rows").toArray();
+    ASSERT_EQ(rows.size(), 1);
+    act({"cancel", rows[0].toString()});
+    EXPECT_TRUE(waitFor([&] {
+        return m_tavo.lines().size() >= 3 && lastLine().value("rows").toArray().isEmpty();
+    }));
+}
+
+TEST_F(CliWatchTest, WithoutAPathItFollowsTheServices)
+{
+    m_tavo.start({"watch"});
+    ASSERT_TRUE(m_tavo.waitForOutput("/powerManager/state"));
+    act({"sound", "--wait", soundFile()});
+    EXPECT_TRUE(m_tavo.waitForOutput("/notifications/player/isPlaying {\"bool\":true}"));
+    EXPECT_TRUE(m_tavo.waitForOutput("\"ducked\":true"));
+}
+
+TEST_F(CliWatchTest, AnInterruptIsItsUsualEnd)
+{
+    m_tavo.start({"watch"});
+    ASSERT_TRUE(m_tavo.waitForOutput("isPlaying"));
+    m_tavo.sendSignal(SIGINT);
+    EXPECT_EQ(m_tavo.waitForExit(), s_good);
+    EXPECT_EQ(m_tavo.error(), "");
+}
+
+TEST_F(CliWatchTest, WaitsForAHostThatGoesAndTellsWhenItIsBack)
+{
+    m_tavo.start({"watch", "--json", "/player/mainAudio/state"});
+    ASSERT_TRUE(m_tavo.waitForOutput("\"volume\":1"));
+    EXPECT_EQ(m_host->stop(), 0);
+    ASSERT_TRUE(m_tavo.waitForOutput("{\"host\":false}"));
+    const std::size_t before = m_tavo.lines().size();
+    startHost();
+    EXPECT_TRUE(waitFor([&] { return m_tavo.lines().size() > before; }));
+    EXPECT_EQ(lastLine().value("path"), "/player/mainAudio/state");
+    act({"call", "/player/mainAudio/volume", "0.5"});
+    EXPECT_TRUE(m_tavo.waitForOutput("\"volume\":0.5"));
+}

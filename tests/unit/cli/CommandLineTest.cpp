@@ -1,0 +1,179 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "cli/CommandLine.h"
+#include "cli/Priority.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace {
+std::variant<Options, CommandLineEnd> readArguments(std::vector<const char *> arguments)
+{
+    arguments.insert(arguments.begin(), "tavo");
+    return readCommandLine(int(arguments.size()), arguments.data());
+}
+
+Options optionsOf(const std::vector<const char *> &arguments)
+{
+    const auto read = readArguments(arguments);
+    if (const auto *end = std::get_if<CommandLineEnd>(&read)) {
+        ADD_FAILURE() << end->text;
+        return {};
+    }
+    return std::get<Options>(read);
+}
+
+/// What refuses the arguments; checks that something does.
+std::string refusalOf(const std::vector<const char *> &arguments)
+{
+    const auto read = readArguments(arguments);
+    const auto *end = std::get_if<CommandLineEnd>(&read);
+    if (end == nullptr) {
+        ADD_FAILURE() << "these arguments are taken";
+        return {};
+    }
+    EXPECT_EQ(end->code, ExitCode::Usage);
+    EXPECT_EQ(end->text.find('\n'), std::string::npos) << end->text;
+    return end->text;
+}
+} // namespace
+
+class CommandLineTest : public testing::Test
+{
+protected:
+    CommandLineTest() { unsetenv("TAVO_BUS"); }
+    ~CommandLineTest() override { unsetenv("TAVO_BUS"); }
+};
+
+TEST_F(CommandLineTest, ReadsASoundWithItsOptions)
+{
+    const Options options =
+        optionsOf({"sound", "a.wav", "--id", "bell", "--priority", "high", "--loop", "--wait"});
+    EXPECT_EQ(options.command, Options::Command::Sound);
+    EXPECT_EQ(options.file, "a.wav");
+    EXPECT_EQ(options.id, "bell");
+    EXPECT_EQ(options.priority, "high");
+    EXPECT_TRUE(options.loop);
+    EXPECT_TRUE(options.wait);
+}
+
+TEST_F(CommandLineTest, TakesADashForStandardInput)
+{
+    EXPECT_EQ(optionsOf({"sound", "-"}).file, "-");
+}
+
+TEST_F(CommandLineTest, TakesTheGeneralOptionsOnEitherSideOfTheCommand)
+{
+    EXPECT_TRUE(optionsOf({"--json", "--bus", "system", "list"}).json);
+    const Options behind = optionsOf({"list", "--json", "--bus", "unix:path=/x"});
+    EXPECT_TRUE(behind.json);
+    EXPECT_EQ(behind.bus, "unix:path=/x");
+}
+
+TEST_F(CommandLineTest, TakesTheBusOfTheEnvironmentUnlessToldOtherwise)
+{
+    setenv("TAVO_BUS", "unix:path=/from-environment", 1);
+    EXPECT_EQ(optionsOf({"list"}).bus, "unix:path=/from-environment");
+    EXPECT_EQ(optionsOf({"list", "--bus", "system"}).bus, "system");
+}
+
+TEST_F(CommandLineTest, UsesTheSessionBusWhenNobodySaysOtherwise)
+{
+    EXPECT_EQ(optionsOf({"list"}).bus, "session");
+}
+
+TEST_F(CommandLineTest, TakesTheNameOfACommandForAText)
+{
+    const Options options = optionsOf({"show", "list", "status"});
+    EXPECT_EQ(options.command, Options::Command::Show);
+    EXPECT_EQ(options.title, "list");
+    EXPECT_EQ(options.message, "status");
+}
+
+TEST_F(CommandLineTest, TakesATextThatBeginsWithADashBehindTwoDashes)
+{
+    EXPECT_EQ(optionsOf({"show", "--", "--wait"}).title, "--wait");
+}
+
+TEST_F(CommandLineTest, TakesANegativeNumberAsAValue)
+{
+    EXPECT_EQ(optionsOf({"call", "/x", "-5"}).value, "-5");
+    EXPECT_EQ(optionsOf({"sound", "a.wav", "--priority", "-5"}).priority, "-5");
+}
+
+TEST_F(CommandLineTest, RefusesAPriorityThatIsNone)
+{
+    EXPECT_THAT(refusalOf({"sound", "a.wav", "--priority", "loud"}),
+                HasSubstr("must be low, normal, high, urgent or a whole number"));
+}
+
+TEST_F(CommandLineTest, RefusesANegativeTimeout)
+{
+    EXPECT_THAT(refusalOf({"show", "x", "--timeout", "-3"}), HasSubstr("--timeout"));
+}
+
+TEST_F(CommandLineTest, RefusesPatienceOutOfItsRange)
+{
+    EXPECT_THAT(refusalOf({"--patience", "0", "list"}), HasSubstr("--patience"));
+    EXPECT_THAT(refusalOf({"--patience", "nan", "list"}), HasSubstr("--patience"));
+}
+
+TEST_F(CommandLineTest, RefusesAMissingCommand)
+{
+    EXPECT_EQ(refusalOf({}), "tavo: which command? See tavo --help.");
+}
+
+TEST_F(CommandLineTest, RefusesAnUnknownCommand)
+{
+    EXPECT_THAT(refusalOf({"sing"}), HasSubstr("sing"));
+}
+
+TEST_F(CommandLineTest, NamesTheCommandWhoseHelpKnowsMore)
+{
+    EXPECT_THAT(refusalOf({"sound"}), HasSubstr("See tavo sound --help."));
+    EXPECT_THAT(refusalOf({"get", "/x", "--loud"}), HasSubstr("See tavo get --help."));
+}
+
+TEST_F(CommandLineTest, ShowsTheHelpOfTheProgramOrOfACommand)
+{
+    const auto program = readArguments({"--help"});
+    EXPECT_EQ(std::get<CommandLineEnd>(program).code, ExitCode::Ok);
+    EXPECT_THAT(std::get<CommandLineEnd>(program).text,
+                StartsWith("Usage: tavo [OPTIONS] COMMAND"));
+    const auto command = readArguments({"sound", "--help"});
+    EXPECT_EQ(std::get<CommandLineEnd>(command).code, ExitCode::Ok);
+    EXPECT_THAT(std::get<CommandLineEnd>(command).text,
+                StartsWith("Usage: tavo sound [OPTIONS] FILE"));
+}
+
+TEST_F(CommandLineTest, ShowsTheVersion)
+{
+    const auto read = readArguments({"--version"});
+    EXPECT_EQ(std::get<CommandLineEnd>(read).code, ExitCode::Ok);
+    EXPECT_EQ(std::get<CommandLineEnd>(read).text, "tavo " TAVO_VERSION);
+}
+
+TEST(PriorityTest, ReadsNamesInEitherCase)
+{
+    EXPECT_EQ(priorityFromText("low"), TavoNotificationItemPriority::Low);
+    EXPECT_EQ(priorityFromText("URGENT"), TavoNotificationItemPriority::Urgent);
+}
+
+TEST(PriorityTest, ReadsEveryNumberOf32Bits)
+{
+    EXPECT_EQ(int(*priorityFromText("-2147483648")), -2147483647 - 1);
+    EXPECT_EQ(int(*priorityFromText("2147483647")), 2147483647);
+}
+
+TEST(PriorityTest, RefusesWhatIsNeither)
+{
+    for (const char *text : {"", "loud", "2147483648", "1.5", "0x"}) {
+        EXPECT_FALSE(priorityFromText(text)) << text;
+    }
+}
