@@ -40,16 +40,23 @@ protected:
     }
 
     /// What busctl writes when that user calls a method.
-    std::string call(const char *user, const QStringList &arguments)
+    std::string call(const char *user, const QStringList &arguments,
+                     const QStringList &target = {"org.tavo.Model1", "/org/tavo/Model1",
+                                                  "org.tavo.Model1"})
     {
         ClientProgram client(m_bus, "setpriv",
                              QStringList{"--reuid", user, "--regid", "nogroup", "--clear-groups",
-                                         "busctl", "--user", "call", "org.tavo.Model1",
-                                         "/org/tavo/Model1", "org.tavo.Model1"} +
-                                 arguments);
+                                         "busctl", "--user", "call"} +
+                                 target + arguments);
         const bool succeeded = client.succeeds();
         return (succeeded ? client.output() : client.errors()).trimmed().toStdString();
     }
+
+    LogCapture &log() { return m_log; }
+
+    const QStringList notifications{"org.freedesktop.Notifications",
+                                    "/org/freedesktop/Notifications",
+                                    "org.freedesktop.Notifications"};
 
 private:
     PrivateBus m_bus;
@@ -79,5 +86,14 @@ TEST_F(DbusPolicyTest, LetsRootSendRequests)
     EXPECT_THAT(call("root", {"Call", "sv", "/test/value", "i", "1"}),
                 StartsWith("Call failed: The node at /test/value can't be set"));
     EXPECT_THAT(call("root", {"OpenInbox"}), StartsWith("s \"/dbus/inbox/"));
+}
+
+TEST_F(DbusPolicyTest, LetsTheHostServeNotificationsButNotEverybodyNotify)
+{
+    EXPECT_TRUE(
+        waitFor([this] { return log().contains("Serving org.freedesktop.Notifications"); }));
+    const QStringList capabilities{"GetCapabilities"};
+    EXPECT_EQ(call("root", capabilities, notifications), "as 3 \"actions\" \"body\" \"sound\"");
+    EXPECT_THAT(call("nobody", capabilities, notifications), HasSubstr("Access denied"));
 }
 } // namespace

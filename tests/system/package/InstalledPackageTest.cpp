@@ -167,6 +167,7 @@ TEST_F(InstalledPackageTest, ASessionsBusStartsTheHostForTheFirstWhoCallsIt)
 TEST_F(InstalledPackageTest, TellsTheInterfaceAndTheSystemBusesPolicy)
 {
     const QString folder = prefix() + "/" TAVO_INSTALL_DATADIR "/dbus-1/";
+    EXPECT_TRUE(QFile::exists(folder + "interfaces/org.freedesktop.Notifications.xml"));
     EXPECT_TRUE(QFile::exists(folder + "interfaces/org.tavo.Model1.xml"));
     EXPECT_TRUE(QFile::exists(folder + "system.d/org.tavo.Model1.conf"));
 }
