@@ -37,7 +37,7 @@ CMReply<QVariant> ClientSounds::enqueue(const std::string &client, const QVarian
     checkAccess(item);
     const CMPath path = watch(client, item);
     wish.setNotificationPlayerItem(item.setPlaybackResponsePath(path));
-    const CMReply<QVariant> reply = CMRoot()->invoke(TavoNotificationPlayerEnqueuePath(), wish, {});
+    CMReply<QVariant> reply = CMRoot()->invoke(TavoNotificationPlayerEnqueuePath(), wish, {});
     reply.onFinished(this, [this, path](const CMReply<QVariant> &finished) {
         // What is refused gets no response.
         if (finished.error().isError()) {
@@ -87,7 +87,7 @@ CMPath ClientSounds::watch(const std::string &client, const TavoNotificationPlay
     const auto count = m_counts.find(client);
     Clients::checkRoom(count == m_counts.end() ? 0 : count->second,
                        m_clients.limits().openNotifications, "sounds");
-    const CMPath path = parent + QString::number(++m_lastNumber);
+    CMPath path = parent + QString::number(++m_lastNumber);
     CMActivateNode *node = CMActivateNode::create(m_nodes, path);
     m_sounds.insert(path, {client, item, node});
     ++m_counts[client];

@@ -18,7 +18,7 @@ CMPath Inboxes::open(const std::string &client)
     const auto count = m_counts.find(client);
     Clients::checkRoom(count == m_counts.end() ? 0 : count->second, m_clients.limits().inboxes,
                        "inboxes");
-    const CMPath path = parent + QString::number(++m_lastNumber);
+    CMPath path = parent + QString::number(++m_lastNumber);
     CMActivateNode *node = CMActivateNode::create(m_nodes, path);
     m_inboxes.insert(path, {client, node});
     ++m_counts[client];
