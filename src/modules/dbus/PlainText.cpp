@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <optional>
 #include <string_view>
 
@@ -12,10 +13,35 @@ namespace {
 /// What a tag does to the text: most only go.
 enum class Effect { None, Break, Paragraph, Alternative };
 
+/// A name as one number, which is compared at once, in the order of the letters.
+using NameNumber = std::uint64_t;
+constexpr int longestName = sizeof(NameNumber); ///< longer than any that is known
+
+constexpr NameNumber withLetter(NameNumber name, int index, uint letter)
+{
+    return name | (NameNumber(letter) << (8 * (longestName - 1 - index)));
+}
+
+constexpr NameNumber numberOf(std::string_view name)
+{
+    NameNumber number = 0;
+    int index = 0;
+    for (const char letter : name) {
+        number = withLetter(number, index++, uint(letter));
+    }
+    return number;
+}
+
 template <typename Value>
 struct Named
 {
-    std::string_view name;
+    constexpr Named(std::string_view text, Value meaning)
+        : name(numberOf(text))
+        , value(meaning)
+    {
+    }
+
+    NameNumber name;
     Value value;
 };
 
@@ -56,52 +82,70 @@ class Name
 {
 public:
     /// Takes the character if a name may have it, and there may be more of them.
-    bool take(QChar character)
-    {
-        const ushort code = character.unicode();
-        const bool isLetter = (code >= 'a' && code <= 'z') || (code >= 'A' && code <= 'Z');
-        if (!isLetter || m_size == m_text.size()) {
-            return false;
-        }
-        m_text[m_size++] = char(code);
-        return true;
-    }
+    bool take(QChar character) { return takeLetter(character.unicode()); }
 
-    void lower()
+    /// The same for a name in which capitals are no others than small letters.
+    bool takeLowered(QChar character)
     {
-        std::transform(m_text.begin(), m_text.end(), m_text.begin(),
-                       [](char letter) { return char(letter | 0x20); });
+        constexpr uint smallBit = 0x20;
+        return takeLetter(character.unicode() | smallBit);
     }
 
     template <typename Value, std::size_t size>
     std::optional<Value> findIn(const std::array<Named<Value>, size> &table) const
     {
-        const std::string_view name(m_text.data(), m_size);
         const auto entry = std::lower_bound(
-            table.begin(), table.end(), name,
-            [](const Named<Value> &one, std::string_view other) { return one.name < other; });
-        if (entry == table.end() || entry->name != name) {
+            table.begin(), table.end(), m_name,
+            [](const Named<Value> &one, NameNumber other) { return one.name < other; });
+        if (entry == table.end() || entry->name != m_name) {
             return std::nullopt;
         }
         return entry->value;
     }
 
 private:
-    std::array<char, 8> m_text{}; ///< longer than any that is known
-    std::size_t m_size = 0;
+    bool takeLetter(uint code)
+    {
+        const bool isLetter = (code >= 'a' && code <= 'z') || (code >= 'A' && code <= 'Z');
+        if (!isLetter || m_size == longestName) {
+            return false;
+        }
+        m_name = withLetter(m_name, m_size++, code);
+        return true;
+    }
+
+    NameNumber m_name = 0;
+    int m_size = 0;
 };
 
-bool isControl(uint character)
+constexpr bool isControl(uint character)
 {
     return character < 0x20 || (character >= 0x7F && character < 0xA0);
 }
 
-/// Whether a character is a text's own, whatever stands around it.
-bool isPlain(QChar character)
+constexpr uint endOfTable = 0xA0; ///< from here on, all are plain
+
+/// Whether each character before that is plain: bodies are long, and each is looked at.
+constexpr std::array<bool, endOfTable> makePlain()
 {
-    return character != '<' && character != '&' &&
-           (!isControl(character.unicode()) || character == '\n' || character == '\t');
+    std::array<bool, endOfTable> plain{};
+    for (uint code = 0; code < endOfTable; ++code) {
+        plain[code] =
+            code == '\n' || code == '\t' || (code != '<' && code != '&' && !isControl(code));
+    }
+    return plain;
 }
+
+/// Whether a character is a text's own, whatever stands around it.
+struct IsPlain
+{
+    bool operator()(QChar character) const
+    {
+        static constexpr std::array<bool, endOfTable> plain = makePlain();
+        const uint code = character.unicode();
+        return code >= endOfTable || plain[code];
+    }
+};
 
 /// Whether a number is that of a character that a text may hold.
 bool isCharacter(uint number)
@@ -139,10 +183,11 @@ private:
     /// Takes all up to what may be more than text.
     void takeRun()
     {
-        const auto end = std::find_if_not(m_markup.begin() + m_at, m_markup.end(), isPlain);
+        const auto end = std::find_if_not(m_markup.begin() + m_at, m_markup.end(), IsPlain());
         const int size = int(end - m_markup.begin()) - m_at;
         if (size > 0) {
-            append(m_markup.mid(m_at, size));
+            beginText();
+            m_text.append(m_markup.begin() + m_at, size);
             m_at += size;
         }
     }
@@ -162,13 +207,19 @@ private:
     template <typename Text>
     void append(const Text &text)
     {
+        beginText();
+        m_text.append(text);
+    }
+
+    /// Starts the line that a paragraph has asked for.
+    void beginText()
+    {
         if (m_beginsParagraph) {
             m_beginsParagraph = false;
             if (!m_text.isEmpty() && !m_text.endsWith('\n')) {
                 m_text.append('\n');
             }
         }
-        m_text.append(text);
     }
 
     /// Reads a known tag; false, with nothing read, for whatever else stands there.
@@ -181,19 +232,20 @@ private:
         const bool isEnd = at < m_markup.size() && m_markup.at(at) == '/';
         at += isEnd ? 1 : 0;
         Name name;
-        while (at < m_markup.size() && name.take(m_markup.at(at))) {
+        while (at < m_markup.size() && name.takeLowered(m_markup.at(at))) {
             ++at;
         }
         if (!endsName(at)) {
             return false;
         }
-        name.lower();
         const std::optional<Effect> effect = name.findIn(tags);
         const int end = effect ? tagEnd(at) : -1;
         if (end < 0) {
             return false;
         }
-        apply(*effect, isEnd, m_markup.mid(at, end - at));
+        if (*effect != Effect::None) {
+            apply(*effect, isEnd, m_markup.mid(at, end - at));
+        }
         m_at = end + 1;
         return true;
     }
@@ -264,17 +316,20 @@ private:
         if (m_markup.at(m_at) != '&') {
             return false;
         }
-        const QStringRef rest = m_markup.mid(m_at + 1, longestEntity + 1);
-        const int size = rest.indexOf(';');
-        if (size <= 0) {
+        const int first = m_at + 1;
+        const int last = qMin(first + longestEntity, m_markup.size() - 1);
+        int end = first;
+        while (end <= last && m_markup.at(end) != ';') {
+            ++end;
+        }
+        if (end > last || end == first) {
             return false;
         }
-        const QStringRef name = rest.left(size);
-        if (!(name.startsWith('#') ? takeNumbered(name.mid(1)) : takeNamed(name))) {
-            return false;
-        }
-        m_at += size + 2;
-        return true;
+        const bool isTaken = m_markup.at(first) == '#'
+                                 ? takeNumbered(m_markup.mid(first + 1, end - first - 1))
+                                 : takeNamed(first, end);
+        m_at = isTaken ? end + 1 : m_at;
+        return isTaken;
     }
 
     bool takeNumbered(const QStringRef &digits)
@@ -297,11 +352,11 @@ private:
         return true;
     }
 
-    bool takeNamed(const QStringRef &text)
+    bool takeNamed(int first, int end)
     {
         Name name;
-        for (const QChar character : text) {
-            if (!name.take(character)) {
+        for (int at = first; at < end; ++at) {
+            if (!name.take(m_markup.at(at))) {
                 return false;
             }
         }
@@ -323,7 +378,7 @@ private:
 
 QString plainText(const QString &markup)
 {
-    const bool isText = std::all_of(markup.begin(), markup.end(), isPlain);
+    const bool isText = std::all_of(markup.begin(), markup.end(), IsPlain());
     return isText ? markup : Reader(QStringRef(&markup), Reader::Tags::Read).read();
 }
 
