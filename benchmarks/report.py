@@ -9,6 +9,7 @@ import sys
 
 import measure
 import picture
+from dbus import notify
 from host import start
 from latency import firstsample
 
@@ -54,6 +55,19 @@ FIRST_SAMPLE_GOALS = {
     ("request", "warm"): 5e-3,
     ("cold ratio", OURS): 1,
 }
+# What is shown, its key, its unit, its goal and its digits.
+BUS_FIGURES = [
+    ("many at once with 100,000 open, against 1,000 open", ("growth", None), 1, 2, 2),
+    ("each of 10,000 closed, against opened", ("closeAll", 10000), 1, 2, 2),
+    ("each of 100,000 closed, against opened", ("closeAll", 100000), 1, 2, 2),
+    ("executed until it owns its name, against the bare server", ("start", None), 1, 2, 2),
+    ("longest wait of another client during 1 MiB bodies, ms", ("ping", "tavo"), 1e-3, 20, 1),
+    ("the same of the bare server, ms", ("ping", "bare"), 1e-3, None, 1),
+    ("one of 10,000 closed, us", ("closeOne", 10000), 1e-6, None, 0),
+    ("one of 100,000 closed, us", ("closeOne", 100000), 1e-6, None, 0),
+    ("memory of each of 100,000, KiB", ("memory", 100000), 1024, None, 2),
+]
+BUS_GOALS = {10000: 2}
 
 
 def rated(value, goal, digits=2, unit=""):
@@ -105,7 +119,27 @@ def cold_rows(heard):
             for key in cold_players(heard)]
 
 
-def shares(ratios, memory, host, heard):
+def bus_rows(bus):
+    for name, what in (("many at once", "many"), ("one after the other", "single")):
+        yield [name, *(rated(bus[(what, size)], BUS_GOALS.get(size)) for size in notify.SIZES)]
+
+
+def server_rows(bus, peers):
+    """The servers with 10,000 open, the fastest first; a peer may have got fewer in its time."""
+    size = notify.PEER_SIZE
+    servers = {
+        "bare server": {"opened": size, "each": bus[("opening", "bare", size)],
+                        "single": bus[("single", "bare", size)], "memory": None},
+        "`tavo-host`": {"opened": size, "each": bus[("opening", "tavo", size)],
+                        "single": bus[("single", "tavo", size)], "memory": bus[("memory", size)]},
+        **peers}
+    for name, seen in sorted(servers.items(), key=lambda server: server[1]["each"]):
+        memory = "" if seen["memory"] is None else f"{seen['memory'] / 1024:.1f}"
+        yield [name, f"{seen['opened']:,.0f}", f"{1 / seen['each']:,.0f}",
+               f"{seen['single'] * 1e6:,.0f}", memory]
+
+
+def shares(ratios, memory, host, bus, heard):
     """Every figure that has a goal, as (name, what part of the goal it takes)."""
     for what, goals in GOALS.items():
         for size, goal in goals.items():
@@ -118,6 +152,12 @@ def shares(ratios, memory, host, heard):
     for name, what, unit, goal, _ in HOST_FIGURES:
         if goal:
             yield f"host: {name.rpartition(', ')[0]}", host[what] / unit / goal
+    for what, name in (("many", "Notify, many at once"), ("single", "Notify, one by one")):
+        for size, goal in BUS_GOALS.items():
+            yield f"{name}, {size:,} open", bus[(what, size)] / goal
+    for name, what, unit, goal, _ in BUS_FIGURES:
+        if goal:
+            yield f"D-Bus: {name.partition(', ')[0]}", bus[what] / unit / goal
     names = {("warm ratio", OURS): "play() to first sample, against libcanberra",
              ("request", "warm"): "request to first sample",
              ("cold ratio", OURS): "process start to first sample, against aplay"}
@@ -126,7 +166,7 @@ def shares(ratios, memory, host, heard):
             yield names[key], heard[key] / goal
 
 
-def figures(ratios, floors, memory, host, heard, arguments):
+def figures(ratios, floors, memory, host, bus, peers, heard, arguments):
     sizes = [f"{size:,}" for size in measure.SIZES]
     one = [floors[f"{what}Floor/10000/1"] * 1e6 for what in measure.REQUESTS]
     parts = [
@@ -152,6 +192,14 @@ def figures(ratios, floors, memory, host, heard, arguments):
         "The host with its three modules; the floor is an application of Qt's core that answers one "
         "queued call:\n",
         table(["what", "seen", "multiple of the floor"], host_rows(host)),
+        "`Notify` across a bus, as a multiple of a bare server's time, by how many are open:\n",
+        table(["calls", *sizes], bus_rows(bus)),
+        "The other figures of desktop notifications:\n",
+        table(["what", "seen"], [[name, rated(bus[what] / unit, goal, digits)]
+                                 for name, what, unit, goal, digits in BUS_FIGURES]),
+        f"Servers, opening {notify.PEER_SIZE:,}:\n",
+        table(["server", "opened", "a second", "us a call at the end", "KiB each"],
+              server_rows(bus, peers)),
         "To the first sample at the device, in a process that has played before; the ratio is to "
         "libcanberra's ALSA driver:\n",
         table(["from", "seen", "ratio"], warm_rows(heard)),
@@ -182,13 +230,14 @@ def main():
 
     ratios, floors = measure.run(programs, arguments.repetitions, progress)
     host = start.HostStart(arguments.build).run(arguments.repetitions, progress)
+    bus, peers = notify.Notifications(arguments.build).run(arguments.repetitions, progress)
     heard = firstsample.FirstSample(arguments.build).run(arguments.repetitions, progress)
     memory = programs.memory(arguments.count)
-    text = figures(ratios, floors, memory, host, heard, arguments)
+    text = figures(ratios, floors, memory, host, bus, peers, heard, arguments)
     print(text)
     if arguments.document:
         put(arguments.document, text)
-        picture.draw(arguments.document.with_suffix(".png"), shares(ratios, memory, host, heard),
+        picture.draw(arguments.document.with_suffix(".png"), shares(ratios, memory, host, bus, heard),
                      [(key[1], heard[key]) for key in cold_players(heard)])
 
 

@@ -1,0 +1,59 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <systemd/sd-bus.h>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+/// Ends the process with the reason when an sd-bus function failed.
+int checked(int result);
+
+/// A client's connection to the bus of the environment, and the calls whose times are taken.
+class ClientBus
+{
+public:
+    using Milliseconds = std::chrono::duration<double, std::milli>;
+
+    ClientBus();
+    ~ClientBus();
+    ClientBus(const ClientBus &) = delete;
+    ClientBus &operator=(const ClientBus &) = delete;
+
+    sd_bus *bus() const { return m_bus; }
+
+    /// Opens a notification that stays, and gives its id back.
+    std::uint32_t notify(const std::string &body);
+
+    /// Opens so many without waiting for each answer, fewer when that takes longer than the time, and
+    /// appends their ids.
+    void notifyMany(std::size_t count, Milliseconds most, std::vector<std::uint32_t> &ids);
+
+    void close(std::uint32_t id);
+
+    /// Closes all of them without waiting for each answer.
+    void closeMany(const std::vector<std::uint32_t> &ids);
+
+    /// Asks the server for its least: that it is there.
+    void ping();
+
+private:
+    using Answered = std::function<void(sd_bus_message *reply)>;
+
+    sd_bus_message *newCall(const char *member) const;
+    sd_bus_message *notifyCall(const std::string &body) const;
+    sd_bus_message *closeCall(std::uint32_t id) const;
+    sd_bus_message *call(sd_bus_message *message) const;
+    void send(sd_bus_message *message);
+    void turnUntilFewerThan(std::size_t awaited);
+    static int on_answered(sd_bus_message *reply, void *data, sd_bus_error *error);
+
+    sd_bus *m_bus = nullptr;
+    std::size_t m_awaited = 0; ///< calls that haven't been answered
+    Answered m_answered;
+};

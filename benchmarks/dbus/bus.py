@@ -1,0 +1,148 @@
+# SPDX-FileCopyrightText: 2026 The Tavo developers
+# SPDX-License-Identifier: Apache-2.0
+"""A bus of its own with one notification server on it and clients that measure it."""
+
+import json
+import os
+import pathlib
+import select
+import subprocess
+import tempfile
+import time
+
+# As a session's bus, with its room; what could be activated there isn't known here.
+CONFIGURATION = """<!DOCTYPE busconfig PUBLIC
+ "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <type>session</type>
+  <listen>unix:path={socket}</listen>
+  <auth>EXTERNAL</auth>
+  <policy context="default">
+    <allow send_destination="*" eavesdrop="true"/>
+    <allow eavesdrop="true"/>
+    <allow own="*"/>
+  </policy>
+  <limit name="max_incoming_bytes">1000000000</limit>
+  <limit name="max_outgoing_bytes">1000000000</limit>
+  <limit name="max_message_size">134217728</limit>
+  <limit name="max_replies_per_connection">50000</limit>
+</busconfig>
+"""
+QUIET_SECONDS = 0.05
+
+
+class Failed(RuntimeError):
+    """A program ended, or didn't come up."""
+
+
+class Process:
+    """A program on the bus."""
+
+    def __init__(self, arguments, environment, **descriptors):
+        self.process = subprocess.Popen(arguments, env=environment, stderr=subprocess.DEVNULL,
+                                        text=True, **descriptors)
+
+    def stop(self):
+        self.process.terminate()
+        self.process.wait()
+
+    def private_bytes(self):
+        """Memory that is its alone."""
+        lines = self._of("smaps_rollup").splitlines()[1:]
+        sizes = {name[:-1]: int(value) for name, value, *_ in map(str.split, lines)}
+        return 1024 * (sizes["Private_Clean"] + sizes["Private_Dirty"])
+
+    def wait_until_quiet(self):
+        """Returns when it doesn't work any more on what it was asked before."""
+        last = None
+        while last != (last := self._ticks()):
+            time.sleep(QUIET_SECONDS)
+
+    def _ticks(self):
+        return self._of("stat").rsplit(")", 1)[1].split()[11:13]
+
+    def _of(self, name):
+        try:
+            return pathlib.Path(f"/proc/{self.process.pid}/{name}").read_text()
+        except OSError as error:
+            raise Failed(f"{self.process.args[0]} ended") from error
+
+
+class Client(Process):
+    """A client that does what it is told, and says how long that took."""
+
+    def __init__(self, program, environment):
+        super().__init__([program], environment, stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+
+    def tell(self, *words):
+        print(*words, file=self.process.stdin, flush=True)
+
+    def answer(self, seconds=None):
+        """The answer as a record; fails where there is none, or none after so many seconds."""
+        readable = select.select([self.process.stdout], [], [], seconds)[0]
+        line = self.process.stdout.readline() if readable else ""
+        if not line:
+            raise Failed("no answer")
+        return json.loads(line)
+
+    def ask(self, *words):
+        self.tell(*words)
+        return self.answer()
+
+
+class Bus:
+    """A bus daemon, a server and a client, which all end with the context."""
+
+    def __init__(self, client_program):
+        self.client_program = client_program
+        self.server = None
+        self.client = None
+        self._folder = tempfile.TemporaryDirectory()
+        self._processes = []
+        self._environment = None
+
+    def __enter__(self):
+        try:
+            self._start_daemon()
+            self.client = self.new_client()
+        except BaseException:
+            self.__exit__()
+            raise
+        return self
+
+    def __exit__(self, *_):
+        for process in reversed(self._processes):
+            process.stop()
+        self._folder.cleanup()
+
+    def new_client(self):
+        return self._begun(Client(self.client_program, self._environment))
+
+    def start(self, arguments, seconds):
+        """Starts the server, and gives the seconds until it owned its name."""
+        self.client.ask("await")
+        before = time.clock_gettime(time.CLOCK_MONOTONIC)
+        self.server = self._begun(Process(arguments, self._environment, stdout=subprocess.DEVNULL))
+        return self.client.answer(seconds)["owned"] - before
+
+    def stop_server(self):
+        self._processes.remove(self.server)
+        self.server.stop()
+
+    def _start_daemon(self):
+        folder = pathlib.Path(self._folder.name)
+        file, socket = folder / "bus.conf", folder / "bus"
+        file.write_text(CONFIGURATION.format(socket=socket))
+        # What programs keep for their user is empty for each of them.
+        self._environment = {**os.environ, "DBUS_SESSION_BUS_ADDRESS": f"unix:path={socket}",
+                             "XDG_CONFIG_HOME": str(folder), "XDG_DATA_HOME": str(folder)}
+        daemon = self._begun(Process(
+            ["dbus-daemon", "--nofork", "--nopidfile", "--print-address", f"--config-file={file}"],
+            self._environment, stdout=subprocess.PIPE))
+        if not daemon.process.stdout.readline():  # printed once it listens
+            raise Failed("the bus doesn't start")
+
+    def _begun(self, process):
+        self._processes.append(process)
+        return process
