@@ -37,9 +37,12 @@ std::unique_ptr<Playback> makePlayback(const QString &id, const PlaybackWish &wi
 {
     // A failure is not kept: what was missing, a file descriptor for instance, may be there later.
     static std::atomic<const PlaybackMaker *> loaded{nullptr};
-    if (loaded == nullptr)
-        loaded = load();
-    if (loaded == nullptr)
-        return std::make_unique<MissingPlayback>(id, QString::fromLocal8Bit(dlerror()));
-    return wish(*loaded);
+    const PlaybackMaker *maker = loaded;
+    if (maker == nullptr) {
+        maker = load();
+        if (maker == nullptr)
+            return std::make_unique<MissingPlayback>(id, QString::fromLocal8Bit(dlerror()));
+        loaded = maker;
+    }
+    return wish(*maker);
 }
