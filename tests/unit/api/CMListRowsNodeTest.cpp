@@ -101,6 +101,15 @@ TEST_F(CMListRowsNodeTest, GivesRolesAsTheyWereAppended)
     EXPECT_EQ(askForRows(0, -1), QVariant(given));
 }
 
+TEST_F(CMListRowsNodeTest, TakesATitleThatIsAPathForNoRowThatIsOne)
+{
+    node->rowsAppend(TavoRoles(QVariantHash{{"type", 6}, {"title", QVariant::fromValue(a)}}));
+    const QVariantHash row = node->getRow(0).toHash();
+    EXPECT_EQ(row.value("type"), QVariant(6));
+    EXPECT_EQ(CMPath::fromQVariant(row.value("title")), a);
+    EXPECT_EQ(askForMatch(a.toQVariant()), QVariant(-1));
+}
+
 TEST_F(CMListRowsNodeTest, InsertsARowWhereItIsToStand)
 {
     node->rowsInsert(0, b);

@@ -31,7 +31,7 @@ CMListRowsNode::Row::Row(const TavoRoles &roles)
 
 const CMPath *CMListRowsNode::Row::path() const
 {
-    return m_value.userType() == qMetaTypeId<CMPath>()
+    return !m_isTypeAndTitle && m_value.userType() == qMetaTypeId<CMPath>()
                ? static_cast<const CMPath *>(m_value.constData())
                : nullptr;
 }
