@@ -51,9 +51,8 @@ private:
 
     CMPath m_path;
     const QObject *m_receiver;
-    // The registry's.
-    ChangeNotifier *m_next = nullptr; ///< the next subscription to the same path
-    ChangeNotifier *m_nextInTable = nullptr;
+    ChangeNotifier *m_next = nullptr;        ///< the registry's: the next one to the same path
+    ChangeNotifier *m_nextInTable = nullptr; ///< the registry's
     int m_emissions = 0; ///< under way: a slot may run an event loop, which emits again
     std::atomic<bool> m_connected{false};
     bool m_disposed = false; ///< to be freed when the outermost emission is through
