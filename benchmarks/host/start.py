@@ -53,14 +53,22 @@ class Started:
                    if "ctxt_switches" in line)
 
     def private_bytes(self):
-        """Memory of its own. Every page counts, but for those of a file that this process has as well
-        (the C library) where they are shared: otherwise the figure would depend on who else runs."""
-        common = {file for _, file in self._mappings("self") if file.startswith("/")}
+        """Memory of its own. Every page counts, but for those of a file that every process has (the C
+        library) where they are shared: otherwise the figure would depend on who else runs."""
+        common = self._files_of_every_process()
         total = 0
         for sizes, file in self._mappings(self.pid):
             private = sizes["Private_Clean"] + sizes["Private_Dirty"]
             total += private if file in common else sizes["Rss"]
         return total
+
+    @staticmethod
+    def _files_of_every_process():
+        """The files that a program has mapped that needs nothing but the C library."""
+        maps = subprocess.run(["cat", "/proc/self/maps"], check=True, stdout=subprocess.PIPE,
+                              text=True).stdout
+        return {fields[5] for fields in (line.split(maxsplit=5) for line in maps.splitlines())
+                if len(fields) == 6 and fields[5].startswith("/")}
 
     @staticmethod
     def _mappings(process):
