@@ -29,14 +29,20 @@ TEXTS = {
     "display closing": "{id}: close sent",
     "display cancelling": "{id}: cancel sent",
     "display closed": "{id}: ended, {kind}",
+    "display told": "{id}: ended, {kind}",
+    "over": "the script is over",
+    "typed": "$ {line}",
+    "printed": "    {line}",
+    "returned": "    exit status {status} of {id}",
 }
 
 
 def describe(event):
     text = TEXTS.get(event["event"], event["event"])
     timeout = event.get("timeout", 0)
-    return text.format(id=event.get("id", ""), kind=event.get("kind", ""),
-                       limit=f"for {timeout:g} s" if timeout > 0 else "until it is closed")
+    return text.format(id=event.get("id", ""), kind=event.get("kind", "as its sender is told"),
+                       limit=f"for {timeout:g} s" if timeout > 0 else "until it is closed",
+                       line=event.get("line", ""), status=event.get("status", ""))
 
 
 class Follower:

@@ -32,6 +32,8 @@ NOTIFICATIONS = {
     "ring": ("ring.ogg", 1760.0, 0.6),
     "message": ("message.ogg", 1975.5, 1.1),
     "alarm": ("alarm.wav", 2571.6, 1.2),
+    "knock": ("knock.flac", 2093.0, 0.8),
+    "bell": ("bell.flac", 4434.9, 0.5),
 }
 
 SNDFILE_FORMATS = {".wav": 0x010002, ".flac": 0x170002, ".ogg": 0x200060}

@@ -8,7 +8,7 @@ ends are wide and those for lengths narrow.
 
 import numpy as np
 
-from . import displaychecks, recording
+from . import commands, displaychecks, recording
 from .check import Check
 
 AUDIBLE = -50.0  # dBFS; what is below counts as silence
@@ -232,4 +232,5 @@ def check_all(tracks, story, expectations):
                    *check_notifications(tracks, story, expectations),
                    *check_music(tracks["main"], story, expectations)]
     results += displaychecks.check_display(story.display, expectations.display)
+    results += commands.check_commands(story.commands, expectations.commands)
     return [*results, *displaychecks.check_pairs(story, expectations, results)]

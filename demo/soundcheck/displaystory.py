@@ -10,7 +10,9 @@ Events of a display notification (all with "id"):
   display hidden        it was seen to leave the display, for good or for an urgent one
   display closing       a client closes it
   display cancelling    its cancel is requested
-  display closed        it was seen to leave the queue; "kind" is expired, closed or cancelled
+  display closed        it was seen to leave the queue; "kind" is expired, closed or cancelled, and
+                        left out where its sender is told
+  display told          its sender was told how it ended; "kind" as above
 """
 
 import dataclasses
@@ -27,6 +29,7 @@ class DisplayNotification:
     sent: float | None = None
     opened: float | None = None
     asked: float | None = None  # when it was asked to go
+    told: float | None = None  # when its sender knew that it had gone
     closed: float | None = None
     outcome: str | None = None
     shown: list = dataclasses.field(default_factory=list)  # (begin, end) on display
@@ -36,6 +39,11 @@ class DisplayNotification:
     @property
     def shown_for(self):
         return sum(until - since for since, until in self.shown)
+
+    @property
+    def asking(self):
+        """How long the request to go may have been on its way, when that is known."""
+        return self.told - self.asked if self.asked is not None and self.told is not None else 0.0
 
     def shown_before(self, moment):
         """How long it had been on display by then."""
@@ -95,12 +103,23 @@ class DisplayStory:
         if item.closed is not None:
             item.oddities.append("closed twice")
             return
-        if kind not in END_KINDS:
-            item.oddities.append(f"closed in an unknown way: {kind}")
         if self._head and self._head[0] == item.id:
             item.oddities.append("closed while on display")
             self._end_head(moment)
-        item.closed, item.outcome = moment, kind
+        item.closed = moment
+        if kind is not None:
+            self._end(item, kind)
+
+    def _told(self, item, moment, event):
+        item.told = moment
+        self._end(item, event.get("kind"))
+
+    def _end(self, item, kind):
+        if item.outcome is not None:
+            item.oddities.append(f"ended as {item.outcome} and as {kind}")
+        if kind not in END_KINDS:
+            item.oddities.append(f"closed in an unknown way: {kind}")
+        item.outcome = kind
 
     def _end_head(self, moment):
         name, since = self._head

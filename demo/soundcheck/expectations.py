@@ -26,6 +26,12 @@
         "together": "<id>"                  the sound that is sent at the same moment
       }
     }
+  },
+  "commands": {                             nobody is to type anything without it
+    "<id>": {
+      "exit": 0,                            the exit status
+      "prints": ["..."]                     what it prints, a regular expression for each line
+    }
   }
 }
 Attenuation is in dB, fade and tolerance in seconds.
@@ -34,7 +40,7 @@ Attenuation is in dB, fade and tolerance in seconds.
 import dataclasses
 import json
 
-from . import displaystory
+from . import commands, displaystory
 
 OUTCOMES = ("finished", "cancelled", "failed", "refused")
 
@@ -74,6 +80,7 @@ class Expectations:
     fade: float
     notifications: dict
     display: ExpectedDisplay
+    commands: dict
 
     def frequencies(self):
         return sorted({item.frequency for item in self.notifications.values() if item.frequency})
@@ -95,7 +102,8 @@ def parse(described, sounds):
             item.frequency, item.length = sound["frequency"], sound["length"]
         notifications[name] = item
     return Expectations(described["music"]["attenuation"], described["music"]["fade"],
-                        notifications, parse_display(described.get("display"), notifications))
+                        notifications, parse_display(described.get("display"), notifications),
+                        commands.parse(described.get("commands", {})))
 
 
 def parse_display(described, sounds):

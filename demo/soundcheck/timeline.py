@@ -12,13 +12,14 @@ Events of a sound notification (with "id"):
                     before it to go on when that one has ended
   ended             its end response came; "kind" is finished, cancelled or failed
 Events of the device as a whole: ducked, restored (the main audio), acquired, released (the audio
-resource). What happens on the display is told in displaystory.py. Any other event is kept and has no meaning here.
+resource). What happens on the display is told in displaystory.py, what is typed in
+commands.py. Any other event is kept and has no meaning here.
 """
 
 import dataclasses
 import json
 
-from . import displaystory
+from . import commands, displaystory
 
 END_KINDS = ("finished", "cancelled", "failed")
 
@@ -57,6 +58,7 @@ class Story:
             self._follow(event)
         self._close_spans()
         self.display = displaystory.DisplayStory(self.events)
+        self.commands = commands.follow(self.events)
 
     def _follow(self, event):
         name, moment = event["event"], event["t"]

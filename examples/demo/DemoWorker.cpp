@@ -21,6 +21,7 @@ DemoWorker::DemoWorker(const QVariantHash &config)
     TavoConfiguration configuration(config);
     m_sounds = configuration.text(QStringLiteral("sounds"), QStringLiteral("."));
     m_timeline = new Timeline(configuration.text(QStringLiteral("timeline"), {}), this);
+    m_stays = configuration.truth(QStringLiteral("stays"), false);
     configuration.finish();
 
     // A node of our own: the notifications module reports to it how each sound starts and ends.
@@ -83,8 +84,12 @@ void DemoWorker::writeScript()
     });
 
     // The music shall be heard again before the end; then the host may go.
-    m_script->step("restored", 2000,
-                   [] { QMetaObject::invokeMethod(qApp, "quit", Qt::QueuedConnection); });
+    m_script->step("restored", 2000, [this] {
+        happened(QStringLiteral("over"));
+        if (!m_stays) {
+            QMetaObject::invokeMethod(qApp, "quit", Qt::QueuedConnection);
+        }
+    });
 }
 
 void DemoWorker::happened(const QString &event, const QString &id, const QString &kind)

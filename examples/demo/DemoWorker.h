@@ -14,7 +14,8 @@
 ///
 /// Runs a fixed script beside that of DisplayScript, which does the same for the display. All
 /// that happens goes to the timeline. Configuration: "sounds", the folder with the sounds (it has
-/// the files that demo/sounds.py makes), and "timeline", the file to write.
+/// the files that demo/sounds.py makes), "timeline", the file to write, and "stays": true leaves the
+/// host running behind the script, which otherwise ends it.
 class DemoWorker : public CMNodesWorker
 {
     Q_OBJECT
@@ -43,6 +44,7 @@ private:
     Timeline *m_timeline = nullptr;
     Script *m_script = nullptr;
     CMPath m_responsePath;
+    bool m_stays = false;
     bool m_ducked = false;
     bool m_acquired = false;
 };

@@ -158,13 +158,17 @@ void DisplayScript::tell(const Sight &sight)
     }
     for (const CMPath &path : before) {
         if (!sight.rows.contains(path)) {
-            note(QStringLiteral("display closed"), path, sight,
-                 m_kinds.value(path, QStringLiteral("expired")));
+            note(QStringLiteral("display closed"), path, sight, kindOf(path));
         }
     }
     if (left != came && !came.isEmpty()) {
         note(QStringLiteral("display shown"), came, sight);
     }
+}
+
+QString DisplayScript::kindOf(const CMPath &path) const
+{
+    return m_names.contains(path) ? m_kinds.value(path, QStringLiteral("expired")) : QString();
 }
 
 void DisplayScript::note(const QString &event, const CMPath &path, const Sight &sight,

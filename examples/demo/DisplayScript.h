@@ -49,6 +49,8 @@ private:
 
     void tellSights();
     void tell(const Sight &sight);
+    /// How a message of ours has ended; empty for what others have opened, who are told themselves.
+    QString kindOf(const CMPath &path) const;
     void note(const QString &event, const CMPath &path, const Sight &sight,
               const QString &kind = {});
     void note(const QString &event, const QString &id);

@@ -11,7 +11,8 @@ Timeline::Timeline(const QString &fileName, QObject *parent)
     : QObject(parent)
     , m_file(fileName)
 {
-    if (!fileName.isEmpty() && !m_file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+    if (!fileName.isEmpty() &&
+        !m_file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Append)) {
         throw std::runtime_error(QStringLiteral("timeline: can't write %1: %2")
                                      .arg(fileName, m_file.errorString())
                                      .toStdString());

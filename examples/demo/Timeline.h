@@ -12,6 +12,7 @@
 
 /// Writes what happens, as it happens, one JSON object a line: {"t": seconds, "event": ..., ...}.
 /// The seconds are those of the monotonic clock, so that others can lay recordings beside them.
+/// Lines go to the end of the file, where others may add theirs meanwhile.
 ///
 /// Thread and owner: the worker's, the worker.
 class Timeline : public QObject

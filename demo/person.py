@@ -1,0 +1,187 @@
+#!/usr/bin/python3
+# SPDX-FileCopyrightText: 2026 The Tavo developers
+# SPDX-License-Identifier: Apache-2.0
+"""Runs the host of the demo and, when its script is over, types commands as a person would.
+
+What is typed, what the commands print and their exit statuses go to the timeline. So does what the
+commands are told about sounds and messages, in the words that the demo's module has for its own. Then
+the host is ended. The exit status is the host's.
+"""
+
+import argparse
+import json
+import os
+import pathlib
+import shlex
+import shutil
+import signal
+import subprocess
+import sys
+import threading
+import time
+
+GLANCE = 0.02  # seconds between two looks at the timeline
+PATIENCE = 20.0  # seconds for whatever is waited for
+MESSAGES = "/dbus/notifications/"  # where the host has the messages that come over the bus
+END_KINDS = ("finished", "cancelled", "failed")
+
+
+class Timeline:
+    def __init__(self, path, host):
+        self._path, self._host = path, host
+        self._lock = threading.Lock()
+
+    def note(self, event, moment=None, **details):
+        line = json.dumps({"t": moment or time.monotonic(), "event": event, **details})
+        with self._lock, self._path.open("a", encoding="utf-8") as file:
+            file.write(line + "\n")
+
+    def wait_for(self, event, name=None, within=PATIENCE):
+        deadline = time.monotonic() + within
+        while time.monotonic() < deadline and self._host.poll() is None:
+            if self._has(event, name):
+                return
+            time.sleep(GLANCE)
+        raise TimeoutError(f"nothing is known of {event} {name or ''}".rstrip())
+
+    def _has(self, event, name):
+        lines = self._path.read_text(encoding="utf-8").splitlines(keepends=True)
+        events = [json.loads(line) for line in lines if line.endswith("\n")]
+        return any(told["event"] == event and told.get("id") == name for told in events)
+
+
+class Sound:
+    """Takes what `tavo sound --json --wait` prints to the timeline."""
+
+    def __init__(self, timeline):
+        self._timeline = timeline
+
+    def take(self, line):
+        told = json.loads(line)
+        event = told["event"]
+        if event in END_KINDS:
+            self._timeline.note("ended", id=told["id"], kind=event)
+        else:
+            self._timeline.note(event, id=told["id"])
+
+
+class Message:
+    """Takes what a command that shows a message prints to the timeline: its number, then its end."""
+
+    def __init__(self, timeline, timeout):
+        self._timeline, self._timeout = timeline, timeout
+        self._id = None
+
+    def take(self, line):
+        if self._id is None:
+            self._id = f"{MESSAGES}{int(line)}"
+            self._timeline.note("display sent", id=self._id, timeout=self._timeout)
+        else:
+            self._timeline.note("display told", id=self._id, kind=line)
+
+
+class Command:
+    """A command while it runs."""
+
+    def __init__(self, timeline, name, line, listener, **options):
+        self._timeline, self._name, self._listener = timeline, name, listener
+        timeline.note("typed", id=name, line=line)
+        self._process = subprocess.Popen(
+            shlex.split(line.removesuffix("&")), stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+            stderr=subprocess.STDOUT, text=True, **options)
+        self._thread = threading.Thread(target=self._follow, daemon=True)
+        self._thread.start()
+
+    def _follow(self):
+        for line in self._process.stdout:
+            self._timeline.note("printed", id=self._name, line=line.rstrip("\n"))
+            try:
+                if self._listener:
+                    self._listener.take(line.strip())
+            except (ValueError, KeyError):
+                pass  # an error's text; what it should have been is missing from the timeline
+        self._timeline.note("returned", id=self._name, status=self._process.wait())
+
+    def wait(self):
+        """Its exit status. One that does not end is ended, which its status tells."""
+        try:
+            self._process.wait(PATIENCE)
+        except subprocess.TimeoutExpired:
+            self._process.kill()
+        self._thread.join()
+        return self._process.returncode
+
+
+class Shell:
+    def __init__(self, timeline, folder, programs):
+        path = f"{programs}{os.pathsep}{os.environ['PATH']}"
+        self._timeline = timeline
+        self._options = {"cwd": folder, "env": dict(os.environ, PATH=path)}
+
+    def type(self, name, line, listener=None):
+        return Command(self._timeline, name, line, listener, **self._options)
+
+
+def mail_command():
+    if shutil.which("notify-send"):
+        return "notify-send --print-id --expire-time 5000 Mail 'You have a letter'"
+    return "tavo show --timeout 5000 Mail 'You have a letter'"
+
+
+def act(timeline, shell):
+    """A sound; then a sound, a message and another program's message at a time, and what is said of
+    them. The person ends two of them."""
+    shell.type("sound", "tavo sound --json --wait --id knock knock.flac", Sound(timeline)).wait()
+
+    bell = shell.type("loop", "tavo sound --json --loop --id bell bell.flac &", Sound(timeline))
+    timeline.wait_for("started", "bell")
+    door = shell.type("show", "tavo show --wait --timeout 3000 Door 'Somebody rings' &",
+                      Message(timeline, 3.0))
+    timeline.wait_for("display shown", MESSAGES + "1")
+    shell.type("notify", mail_command(), Message(timeline, 5.0)).wait()
+    shell.type("list", "tavo list").wait()
+    shell.type("status", "tavo status").wait()
+    time.sleep(1)  # to be heard
+    shell.type("cancel sound", "tavo cancel bell").wait()
+    bell.wait()
+    door.wait()
+
+    timeline.wait_for("display shown", MESSAGES + "2")
+    time.sleep(1)  # to be read
+    timeline.note("display cancelling", id=MESSAGES + "2")
+    if shell.type("cancel message", f"tavo cancel {MESSAGES}2").wait() == 0:
+        timeline.note("display told", id=MESSAGES + "2", kind="cancelled")
+    timeline.wait_for("display closed", MESSAGES + "2")
+
+
+def run(options):
+    host = subprocess.Popen(options.host)
+    timeline = Timeline(options.timeline, host)
+    try:
+        timeline.wait_for("over", within=options.within)
+        act(timeline, Shell(timeline, options.sounds, options.programs))
+    except TimeoutError as error:
+        print(f"person: {error}", file=sys.stderr)
+        return host.poll() or 1
+    finally:
+        host.terminate()
+        host.wait()
+    return host.returncode
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("--timeline", type=pathlib.Path, required=True, help="the module's file")
+    parser.add_argument("--sounds", type=pathlib.Path, required=True, help="where to type from")
+    parser.add_argument("--programs", type=pathlib.Path, required=True, help="the folder of tavo")
+    parser.add_argument("--within", type=float, default=60.0, metavar="SECONDS",
+                        help="how long the module's script may take (60)")
+    parser.add_argument("host", nargs="+", help="the command that runs the host")
+    options = parser.parse_args()
+    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+        signal.signal(number, lambda received, frame: sys.exit(128 + received))
+    return run(options)
+
+
+if __name__ == "__main__":
+    sys.exit(main())
