@@ -36,18 +36,19 @@ class Timeline:
         with self._lock, self._path.open("a", encoding="utf-8") as file:
             file.write(line + "\n")
 
-    def wait_for(self, event, name=None, within=PATIENCE):
+    def wait_for(self, event, name=None, after=0.0, within=PATIENCE):
         deadline = time.monotonic() + within
         while time.monotonic() < deadline and self._host.poll() is None:
-            if self._has(event, name):
+            if self._has(event, name, after):
                 return
             time.sleep(GLANCE)
         raise TimeoutError(f"nothing is known of {event} {name or ''}".rstrip())
 
-    def _has(self, event, name):
+    def _has(self, event, name, after):
         lines = self._path.read_text(encoding="utf-8").splitlines(keepends=True)
         events = [json.loads(line) for line in lines if line.endswith("\n")]
-        return any(told["event"] == event and told.get("id") == name for told in events)
+        return any(told["event"] == event and told.get("id") == name and told["t"] > after
+                   for told in events)
 
 
 class Sound:
@@ -131,7 +132,10 @@ def mail_command():
 def act(timeline, shell):
     """A sound; then a sound, a message and another program's message at a time, and what is said of
     them. The person ends two of them."""
+    begin = time.monotonic()
     shell.type("sound", "tavo sound --json --wait --id knock knock.flac", Sound(timeline)).wait()
+    timeline.wait_for("restored", after=begin)
+    time.sleep(1)  # for the music to be heard again
 
     bell = shell.type("loop", "tavo sound --json --loop --id bell bell.flac &", Sound(timeline))
     timeline.wait_for("started", "bell")
@@ -152,6 +156,7 @@ def act(timeline, shell):
     if shell.type("cancel message", f"tavo cancel {MESSAGES}2").wait() == 0:
         timeline.note("display told", id=MESSAGES + "2", kind="cancelled")
     timeline.wait_for("display closed", MESSAGES + "2")
+    time.sleep(0.5)  # for the end of the last one to have its place in the picture
 
 
 def run(options):

@@ -54,7 +54,7 @@ def follow(events):
 def check_lines(subject, lines, expected):
     """Long lines are told only when they are not what they should be."""
     passed = expected.matches(lines)
-    measured, wanted = ((f"{len(lines)} lines", f"{len(lines)} lines") if passed else
+    measured, wanted = ((f"lines: {len(lines)}", f"lines: {len(lines)}") if passed else
                         (" | ".join(lines) or "nothing", " | ".join(expected.prints) or "nothing"))
     return Check(subject, "prints what it should", passed, measured, wanted)
 

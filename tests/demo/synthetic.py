@@ -33,14 +33,18 @@ EXPECTATIONS = {
         "second-chime": {"label": "Same id", "ends": "refused"}},
     "display": {
         "tolerance": 0.02,
-        "order": ["door", "mail", "menu", "page", "fire", "page"],
+        "order": ["door", "mail", "menu", "page", "fire", "page", "letter"],
         "notifications": {
             "door": {"label": "Doorbell", "ends": "expired", "together": "chime"},
             "mail": {"label": "Mail", "ends": "expired"},
             "menu": {"label": "Menu", "ends": "closed"},
             "page": {"label": "Page", "ends": "expired", "interrupted_by": ["fire"]},
             "fire": {"label": "Fire", "ends": "expired", "together": "alarm"},
-            "note": {"label": "Note", "ends": "cancelled", "shown": False}}}}
+            "note": {"label": "Note", "ends": "cancelled", "shown": False},
+            "letter": {"label": "Letter", "ends": "cancelled"}}},
+    "commands": {
+        "show": {"exit": 0, "prints": [r"\d+"]},
+        "cancel": {"exit": 0, "prints": []}}}
 
 TIMELINE = [
     (1.999, "sent", "chime"), (2.0, "queued", "chime"), (2.02, "ducked", None), (2.25, "acquired", None),
@@ -72,7 +76,17 @@ DISPLAY = [
     (7.261, "display hidden", "fire"), (7.261, "display closed", "fire", "expired"),
     (7.261, "display shown", "page"),
     (8.0, "display cancelling", "note"), (8.001, "display closed", "note", "cancelled"),
-    (8.803, "display hidden", "page"), (8.803, "display closed", "page", "expired")]
+    (8.803, "display hidden", "page"), (8.803, "display closed", "page", "expired"),
+    (11.01, "display shown", "letter"), (11.02, "display sent", "letter", 5.0),
+    (11.9, "display cancelling", "letter"), (12.2, "display hidden", "letter"),
+    (12.2, "display closed", "letter"), (12.3, "display told", "letter", "cancelled")]
+
+# What a person typed; what was typed or printed, or the status, comes last.
+COMMANDS = [
+    (11.0, "typed", "show", "tavo show Letter"), (11.02, "printed", "show", "7"),
+    (11.03, "returned", "show", 0),
+    (11.9, "typed", "cancel", "tavo cancel 7"), (12.3, "returned", "cancel", 0)]
+LAST = {"display sent": "timeout", "typed": "line", "printed": "line", "returned": "status"}
 
 # What sounds when, in seconds from the start: sound, begin, end.
 PLAYED = [("chime", 2.29, 3.19), ("announcement", 5.29, 6.28), ("alarm", 6.3, 7.5),
@@ -86,7 +100,7 @@ class Run:
 
     def __init__(self):
         self.expectations = copy.deepcopy(EXPECTATIONS)
-        self.timeline = TIMELINE + DISPLAY
+        self.timeline = TIMELINE + DISPLAY + COMMANDS
         self.played = list(PLAYED)
         self.music = list(MUSIC)
         self.on_main = []
@@ -98,7 +112,7 @@ class Run:
             if name is not None:
                 line["id"] = name
             if more:
-                line["timeout" if event == "display sent" else "kind"] = more[0]
+                line[LAST.get(event, "kind")] = more[0]
             yield line
 
     def story(self):

@@ -275,7 +275,8 @@ class DisplayTest(RecordingCheckTest):
         self.move((8.803, "display hidden", "page"))
         self.move((8.803, "display closed", "page"))
         self.assert_found(("display page", "ends as it should"),
-                          ("display page", "is on display for its time"))
+                          ("display page", "is on display for its time"),
+                          ("display letter", "is seen in a right order"))
 
     def test_finds_one_that_is_shown_before_its_cancel(self):
         self.move((7.261, "display shown", "page"), (7.261, "display shown", "note"),
@@ -323,11 +324,57 @@ class DisplayTest(RecordingCheckTest):
         self.run_.expectations["display"]["notifications"]["mail"]["together"] = "chime"
         self.assertIn(("chime + mail", "are on at the same time"), self.failures())
 
+    def test_finds_one_that_goes_after_the_command_that_cancels_it(self):
+        self.move((12.3, "display told", "letter"), (12.1, "display told", "letter", "cancelled"))
+        self.assert_found(("display letter", "is on display for its time"))
+
+    def test_finds_one_whose_sender_is_not_told_of_its_end(self):
+        self.move((12.3, "display told", "letter"))
+        self.assertIn(("display letter", "ends as it should"), self.failures())
+
+    def test_finds_one_whose_sender_is_told_of_another_end(self):
+        self.move((12.3, "display told", "letter"), (12.3, "display told", "letter", "expired"))
+        self.assert_found(("display letter", "ends as it should"))
+
+    def test_finds_one_that_is_told_to_have_ended_in_two_ways(self):
+        self.run_.timeline.append((8.804, "display told", "page", "expired"))
+        self.assert_found(("display page", "is seen in a right order"))
+
     def test_checks_the_display_without_a_recording(self):
         results = checks.check_all(None, self.run_.story(), self.run_.expected())
         self.assertIn(("display page", "is on display for its time", True),
                       {(check.subject, check.statement, check.passed) for check in results})
         self.assertEqual([check for check in results if not check.passed], [])
+
+
+class TypedCommandTest(RecordingCheckTest):
+    def test_finds_another_exit_status(self):
+        self.replace_event((11.03, "returned", "show", 0), (11.03, "returned", "show", 1))
+        self.assert_found(("command show", "exits as it should"))
+
+    def test_finds_one_that_never_ends(self):
+        self.replace_event((11.03, "returned", "show", 0))
+        self.assert_found(("command show", "exits as it should"))
+
+    def test_finds_one_that_prints_something_else(self):
+        self.replace_event((11.02, "printed", "show", "7"), (11.02, "printed", "show", "seven"))
+        self.assert_found(("command show", "prints what it should"))
+
+    def test_finds_one_that_prints_too_little(self):
+        self.replace_event((11.02, "printed", "show", "7"))
+        self.assert_found(("command show", "prints what it should"))
+
+    def test_finds_one_that_prints_too_much(self):
+        self.run_.timeline.append((12.0, "printed", "cancel", "There is no such message."))
+        self.assert_found(("command cancel", "prints what it should"))
+
+    def test_finds_one_that_was_never_typed(self):
+        self.run_.expectations["commands"]["list"] = {"exit": 0, "prints": []}
+        self.assert_found(("command list", "was typed"))
+
+    def test_finds_one_that_was_not_expected(self):
+        del self.run_.expectations["commands"]["cancel"]
+        self.assert_found(("command cancel", "was asked for"))
 
 
 class CommandTest(unittest.TestCase):
