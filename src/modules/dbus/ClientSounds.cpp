@@ -10,6 +10,12 @@
 namespace {
 const QString itemKey = QStringLiteral("notificationPlayerItem");
 
+const CMPath &soundsPath()
+{
+    static const CMPath path{QStringLiteral("/dbus/sounds")};
+    return path;
+}
+
 bool isEnd(TavoNotificationPlayerResponseType::Enum type)
 {
     return type == TavoNotificationPlayerResponseType::Finished ||
@@ -35,6 +41,7 @@ CMReply<QVariant> ClientSounds::enqueue(const std::string &client, const QVarian
     }
     TavoNotificationPlayerItem item = wish.notificationPlayerItem();
     checkAccess(item);
+    checkTarget(item.playbackResponsePath());
     const CMPath path = watch(client, item);
     wish.setNotificationPlayerItem(item.setPlaybackResponsePath(path));
     CMReply<QVariant> reply = CMRoot()->invoke(TavoNotificationPlayerEnqueuePath(), wish, {});
@@ -45,6 +52,13 @@ CMReply<QVariant> ClientSounds::enqueue(const std::string &client, const QVarian
         }
     });
     return reply;
+}
+
+void ClientSounds::checkTarget(const CMPath &path)
+{
+    if (path.isBelow(soundsPath())) {
+        throw BusErrors::accessDenied("Only the player tells how a sound ends");
+    }
 }
 
 void ClientSounds::checkAccess(TavoNotificationPlayerItem &item) const
@@ -83,11 +97,10 @@ CMReply<QVariant> ClientSounds::playMusic(const QVariant &value) const
 
 CMPath ClientSounds::watch(const std::string &client, const TavoNotificationPlayerItem &item)
 {
-    static const CMPath parent{QStringLiteral("/dbus/sounds")};
     const auto count = m_counts.find(client);
     Clients::checkRoom(count == m_counts.end() ? 0 : count->second,
                        m_clients.limits().openNotifications, "sounds");
-    CMPath path = parent + QString::number(++m_lastNumber);
+    CMPath path = soundsPath() + QString::number(++m_lastNumber);
     CMActivateNode *node = CMActivateNode::create(m_nodes, path);
     m_sounds.insert(path, {client, item, node});
     ++m_counts[client];

@@ -28,11 +28,15 @@ public:
 
     /// Sends a client's request for a sound on; the reply is the player's. Throws
     /// BusErrors::limitExceeded() for one too many, BusErrors::accessDenied() for a sound that
-    /// clients may not have played.
+    /// clients may not have played, or a response path as checkTarget() does.
     CMReply<QVariant> enqueue(const std::string &client, const QVariant &value);
 
     /// Sends a client's request for music on. Throws BusErrors::accessDenied() as enqueue() does.
     CMReply<QVariant> playMusic(const QVariant &value) const;
+
+    /// Throws BusErrors::accessDenied() for a path where only the player reports: a client that did
+    /// could have a sound forgotten that still plays.
+    static void checkTarget(const CMPath &path);
 
 private Q_SLOTS:
     void on_clients_left(const std::string &client);

@@ -191,6 +191,7 @@ void ModelInterface::callNode(sdbus::MethodCall &call)
 CMReply<QVariant> ModelInterface::send(const std::string &client, const CMPath &path,
                                        const QVariant &value)
 {
+    ClientSounds::checkTarget(path);
     if (path == TavoNotificationPlayerEnqueuePath()) {
         return m_sounds.enqueue(client, value);
     }

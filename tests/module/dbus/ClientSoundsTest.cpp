@@ -112,6 +112,24 @@ TEST_F(DbusClientSoundsTest, ThatHaveEndedAreNotCancelledWhenTheirClientLeaves)
     EXPECT_THAT(cancelled, IsEmpty());
 }
 
+TEST_F(DbusClientSoundsTest, AreReportedOfByThePlayerAlone)
+{
+    ASSERT_TRUE(enqueue(sound("loop"_s).setLoop(true)).succeeds());
+    const CMPath watch = CMCatalog::children(CMPath("/dbus/sounds"_s)).at(0).path;
+    const auto end = TavoNotificationPlayerResponse(TavoHash())
+                         .setId("loop"_s)
+                         .setType(TavoNotificationPlayerResponseType::Finished);
+    const BusCall report =
+        client->send(watch.toString(), TavoValue().setNotificationPlayerResponse(end).__variant());
+    EXPECT_EQ(report.errorName(), "org.freedesktop.DBus.Error.AccessDenied");
+    EXPECT_EQ(report.errorMessage(), "Only the player tells how a sound ends");
+    EXPECT_EQ(enqueue(sound("b"_s).setPlaybackResponsePath(watch)).errorName(),
+              "org.freedesktop.DBus.Error.AccessDenied");
+    client->leave();
+    EXPECT_TRUE(waitFor([] { return watched() == 0; }));
+    EXPECT_THAT(cancelled, ElementsAre("loop"));
+}
+
 TEST_F(DbusClientSoundsTest, AreLimitedUntilSomeEnd)
 {
     ASSERT_TRUE(enqueue(sound("a"_s)).succeeds());
