@@ -9,9 +9,9 @@
 
 #include <QVector>
 
-void BusVariant::append(sdbus::Message &message, const QVariant &value, int depth)
+void BusVariant::append(sdbus::Message &message, const QVariant &value, int depth, int mostBytes)
 {
-    BusVariantWriter(rawMessage(message)).append(value, depth);
+    BusVariantWriter(rawMessage(message), mostBytes).append(value, depth);
 }
 
 QVariant BusVariant::read(sdbus::Message &message, int mostBytes)
@@ -42,5 +42,5 @@ QString BusVariant::shownText(const QString &text)
 
 void BusVariant::appendText(sdbus::Message &message, const QString &text)
 {
-    BusVariantWriter(rawMessage(message)).appendText(text);
+    BusVariantWriter(rawMessage(message), anySize).appendText(text);
 }

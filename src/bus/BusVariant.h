@@ -27,10 +27,15 @@ constexpr int bytesPerValue = 32;
 
 constexpr int anySize = std::numeric_limits<int>::max();
 
+/// What every bus carries in one message, beside the message's head. The system's throws out whoever
+/// sends more than 32 MiB.
+constexpr int mostMessageBytes = (1 << 25) - (1 << 16);
+
 /// Appends the value as a variant. The depth says how many containers of the message it stands in.
 /// Refused as BusErrors::unsupportedValue(): what is no plain data, texts with a character that a
-/// message can't hold (null, half a surrogate pair, no character), and what nests too deeply.
-void append(sdbus::Message &message, const QVariant &value, int depth = 0);
+/// message can't hold (null, half a surrogate pair, no character), what nests too deeply, and what
+/// takes more bytes than that.
+void append(sdbus::Message &message, const QVariant &value, int depth = 0, int mostBytes = anySize);
 
 /// Reads the variant that is next. Containers that no value of the model has are read as the nearest
 /// that it has: an array or a struct as a list. Refused as invalid arguments: file descriptors, and

@@ -20,6 +20,9 @@ constexpr const char *textContents = "s";
 constexpr const char *listContents = "v";
 constexpr const char *fieldContents = "sv";
 
+/// What a text takes in a message at most, beside its bytes: its length, its end and what aligns it.
+constexpr int bytesPerText = 12;
+
 void check(int result)
 {
     if (result < 0) {
@@ -34,6 +37,7 @@ void BusVariantWriter::append(const QVariant &value, int depth)
     if (depth >= BusVariant::deepest) {
         throw BusErrors::unsupportedValue("The value nests too deeply for a message");
     }
+    spend(BusVariant::bytesPerValue);
     switch (value.userType()) {
     case QMetaType::UnknownType:
         return appendNothing();
@@ -112,6 +116,7 @@ void BusVariantWriter::appendNumber(char type, Wire number)
 void BusVariantWriter::appendText(const QString &text)
 {
     const QByteArray utf8 = text.toUtf8();
+    spend(std::size_t(utf8.size()) + bytesPerText);
     const bool isWhole = text.isValidUtf16() &&
                          std::memchr(utf8.constData(), 0, std::size_t(utf8.size())) == nullptr;
     // The message refuses what is no character.
@@ -130,6 +135,7 @@ void BusVariantWriter::appendTextVariant(const QString &text)
 
 void BusVariantWriter::appendBytes(const QByteArray &bytes)
 {
+    spend(std::size_t(bytes.size()));
     open(SD_BUS_TYPE_VARIANT, "ay");
     check(sd_bus_message_append_array(m_message, SD_BUS_TYPE_BYTE, bytes.constData(),
                                       std::size_t(bytes.size())));
@@ -181,4 +187,12 @@ void BusVariantWriter::open(char container, const char *contents)
 void BusVariantWriter::close()
 {
     check(sd_bus_message_close_container(m_message));
+}
+
+void BusVariantWriter::spend(std::size_t bytes)
+{
+    if (bytes > m_bytesLeft) {
+        throw BusErrors::unsupportedValue("The value is too large for a message");
+    }
+    m_bytesLeft -= bytes;
 }

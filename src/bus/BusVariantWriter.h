@@ -6,14 +6,18 @@
 #include <QString>
 #include <QVariant>
 
+#include <cstddef>
+
 #include <systemd/sd-bus.h>
 
 /// Writes values into a message; see BusVariant.
 class BusVariantWriter
 {
 public:
-    explicit BusVariantWriter(sd_bus_message *message)
+    /// At most about so many bytes; more are refused as an unsupported value.
+    BusVariantWriter(sd_bus_message *message, int mostBytes)
         : m_message(message)
+        , m_bytesLeft(std::size_t(mostBytes))
     {
     }
 
@@ -39,6 +43,8 @@ private:
 
     void open(char container, const char *contents);
     void close();
+    void spend(std::size_t bytes);
 
     sd_bus_message *m_message;
+    std::size_t m_bytesLeft;
 };

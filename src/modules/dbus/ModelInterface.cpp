@@ -8,6 +8,8 @@
 #include <bus/BusConnection.h>
 #include <bus/BusError.h>
 #include <bus/BusVariant.h>
+#include <bus/BusVariantWriter.h>
+#include <bus/RawMessage.h>
 
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
@@ -17,6 +19,9 @@ constexpr const char *objectPath = "/org/tavo/Model1";
 
 /// Longer than any that means something, and short enough to keep by the thousand.
 constexpr int longestPath = 4096;
+
+/// Of a title in a listing, which is to be an overview of many.
+constexpr int longestListedTitle = 200;
 
 CMPath readPath(sdbus::MethodCall &call)
 {
@@ -61,9 +66,14 @@ Subscriptions::Change readChange(sdbus::MethodCall &call)
     throw BusErrors::invalidArguments("A change is one of \"value\", \"rows\" and \"node\"");
 }
 
+void appendVariant(sdbus::Message &message, const QVariant &value)
+{
+    BusVariant::append(message, value, 0, BusVariant::mostMessageBytes);
+}
+
 void appendValue(sdbus::MethodReply &answer, const QVariant &value)
 {
-    BusVariant::append(answer, value);
+    appendVariant(answer, value);
 }
 
 void appendRows(sdbus::MethodReply &answer, const QVariant &value)
@@ -71,9 +81,10 @@ void appendRows(sdbus::MethodReply &answer, const QVariant &value)
     // The rows stand in an array.
     constexpr int depth = 1;
     const QVariantList rows = value.toList();
+    BusVariantWriter writer(rawMessage(answer), BusVariant::mostMessageBytes);
     answer.openContainer("v");
     for (const QVariant &row : rows) {
-        BusVariant::append(answer, row, depth);
+        writer.append(row, depth);
     }
     answer.closeContainer();
 }
@@ -85,12 +96,13 @@ void appendIndex(sdbus::MethodReply &answer, const QVariant &value)
 
 void appendEntries(sdbus::MethodReply &answer, const std::vector<CMCatalog::Entry> &entries)
 {
+    BusVariantWriter writer(rawMessage(answer), BusVariant::mostMessageBytes);
     answer.openContainer("(sss)");
     for (const CMCatalog::Entry &entry : entries) {
         answer.openStruct("sss");
-        BusVariant::appendShownText(answer, entry.path.toString());
-        BusVariant::appendText(answer, entry.kind);
-        BusVariant::appendShownText(answer, entry.title.toString());
+        writer.appendText(BusVariant::shownText(entry.path.toString()));
+        writer.appendText(entry.kind);
+        writer.appendText(BusVariant::shownText(entry.title.toString().left(longestListedTitle)));
         answer.closeStruct();
     }
     answer.closeContainer();
@@ -302,7 +314,7 @@ void ModelInterface::on_subscriptions_valueChanged(const Subscriptions::Names &c
 {
     emitTo("ValueChanged", clients, [&](sdbus::Signal &message) {
         BusVariant::appendText(message, path.toString());
-        BusVariant::append(message, value);
+        appendVariant(message, value);
     });
 }
 
@@ -335,6 +347,6 @@ void ModelInterface::on_inboxes_received(const std::string &client, const CMPath
 {
     emitTo("Received", {client}, [&](sdbus::Signal &message) {
         BusVariant::appendText(message, inbox.toString());
-        BusVariant::append(message, value);
+        appendVariant(message, value);
     });
 }

@@ -81,6 +81,26 @@ TEST_F(DbusListsTest, OfATreeHasEveryNode)
                 ElementsAre("/other request ", "/test value ", "/test/a/value value "));
 }
 
+TEST_F(DbusListsTest, CutLongTitles)
+{
+    publishRows("/test/rows"_s, {})->setTitle(QString(1000, 'x'));
+    EXPECT_THAT(nodes("List", "/test"_s), ElementsAre("/test/rows list " + std::string(200, 'x')));
+}
+
+TEST_F(DbusListsTest, TooLargeForEveryBusAreRefusedAndTheModuleStays)
+{
+    constexpr int manyRows = 33;
+    CMListRowsNode *rows = publishRows("/test/rows"_s, {});
+    for (int i = 0; i < manyRows; ++i) {
+        rows->rowsAppend(TavoRoles().setTitle(QString(1 << 20, 'x')));
+    }
+    const BusCall call = client->getRows("/test/rows"_s, 0, -1);
+    EXPECT_EQ(call.errorName(), "org.tavo.Error.UnsupportedValue");
+    EXPECT_EQ(call.errorMessage(), "The value is too large for a message");
+    EXPECT_TRUE(client->getRows("/test/rows"_s, 0, manyRows - 2).succeeds());
+    EXPECT_EQ(log().countAt(log4cplus::WARN_LOG_LEVEL), 0);
+}
+
 TEST_F(DbusListsTest, OfNoPathIsAnError)
 {
     for (const char *method : {"List", "Tree"}) {
