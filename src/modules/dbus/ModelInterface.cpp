@@ -113,6 +113,7 @@ ModelInterface::ModelInterface(BusConnection &bus, Clients &clients, CMNodes *no
                                const DbusConfiguration::Sounds &sounds)
     : m_bus(bus)
     , m_clients(clients)
+    , m_calls(clients)
     , m_subscriptions(clients)
     , m_inboxes(clients, nodes)
     , m_sounds(clients, nodes, sounds)

@@ -3,10 +3,25 @@
 
 #include "PendingCalls.h"
 
+#include "Clients.h"
+
 #include <bus/BusError.h>
 
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
+}
+
+PendingCalls::PendingCalls(Clients &clients)
+{
+    tavoConnect(&clients, &Clients::left, this, &PendingCalls::on_clients_left);
+}
+
+void PendingCalls::on_clients_left(const std::string &client)
+{
+    for (auto pending = m_calls.begin(); pending != m_calls.end();) {
+        pending = pending->second.call.getSender() == client ? m_calls.erase(pending)
+                                                             : std::next(pending);
+    }
 }
 
 void PendingCalls::answer(const sdbus::MethodCall &call, const CMReply<QVariant> &reply,

@@ -9,10 +9,13 @@
 
 #include <sdbus-c++/sdbus-c++.h>
 
+#include <string>
 #include <unordered_map>
 
+class Clients;
+
 /// Calls from the bus whose answers come out of the model: each is answered when the model's reply
-/// is there, and nothing waits for it.
+/// is there, and nothing waits for it. Those of a client that leaves are forgotten.
 ///
 /// Thread and owner: its worker's.
 class PendingCalls : public QObject
@@ -20,6 +23,8 @@ class PendingCalls : public QObject
     Q_OBJECT
 
 public:
+    explicit PendingCalls(Clients &clients);
+
     /// Puts a reply's value into the answer.
     using Append = void (*)(sdbus::MethodReply &answer, const QVariant &value);
 
@@ -28,6 +33,9 @@ public:
 
     /// Forgets all calls: the bus that they came from has gone.
     void clear() { m_calls.clear(); }
+
+private Q_SLOTS:
+    void on_clients_left(const std::string &client);
 
 private:
     struct PendingCall

@@ -3,11 +3,14 @@
 
 #include "ModelTest.h"
 
+#include "support/Sanitized.h"
+
 #include <bus/RawMessage.h>
 
 #include <algorithm>
 #include <fcntl.h>
 #include <limits>
+#include <malloc.h>
 #include <unistd.h>
 
 namespace {
@@ -33,6 +36,13 @@ protected:
     {
         return client->call(
             method, [&](sdbus::MethodCall &call) { EXPECT_GE(write(rawMessage(call)), 0); });
+    }
+
+    /// What the process has allocated and not given back.
+    static long memoryInUse()
+    {
+        const struct mallinfo2 info = mallinfo2();
+        return long(info.uordblks) + long(info.hblkhd);
     }
 
     static void expectRefusal(const BusCall &call, const std::string &name)
@@ -131,6 +141,29 @@ TEST_F(DbusBadInputTest, AClientThatVanishesBeforeItsAnswerIsForgotten)
     client->leave();
     late.setValue(2);
     settle();
+}
+
+TEST_F(DbusBadInputTest, WhatAVanishedClientAskedForIsNotKept)
+{
+    if (sanitized) {
+        GTEST_SKIP() << "The sanitizer's own memory can't be told apart";
+    }
+    constexpr int calls = 16;
+    constexpr int size = 1 << 20;
+    std::vector<CMReply<QVariant>> never;
+    publishRequest("/test/never"_s,
+                   [&](const CMSetDataRequest &request) { never.push_back(request.reply()); });
+    ModelClient other(bus().address());
+    {
+        const QByteArray bytes(size, 'x');
+        for (int i = 0; i < calls; ++i) {
+            other.send("/test/never"_s, bytes);
+        }
+    }
+    ASSERT_TRUE(waitFor([&] { return never.size() == calls; }));
+    const long before = memoryInUse();
+    other.leave();
+    EXPECT_TRUE(waitFor([&] { return before - memoryInUse() > calls * size / 2; }));
 }
 
 TEST_F(DbusBadInputTest, AnAnswerThatComesWhenTheBusHasGoneIsForgotten)
