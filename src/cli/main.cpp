@@ -63,18 +63,19 @@ void watchForSilence(const TavoClient &client, double patienceSeconds)
 int run(const Options &options, QCoreApplication &application)
 {
     Terminal terminal;
-    InterruptSignal interrupt;
     TavoClient client(QString::fromStdString(options.bus));
     constexpr int secondMs = 1000;
     client.setPatience(int(options.patienceSeconds * secondMs));
-    watchForSilence(client, options.patienceSeconds);
     const auto command = Command::create(options, client, terminal);
-    tavoConnect(&interrupt, &InterruptSignal::received, command.get(), &Command::interrupt);
     // Queued: it may be finished before the event loop runs, which alone can be ended.
     tavoConnect(
         command.get(), &Command::finished, &application,
         [](int code) { QCoreApplication::exit(code); }, Qt::QueuedConnection);
+    // May read standard input for as long as that takes: a signal ends it, and no clock.
     command->start();
+    InterruptSignal interrupt;
+    tavoConnect(&interrupt, &InterruptSignal::received, command.get(), &Command::interrupt);
+    watchForSilence(client, options.patienceSeconds);
     const int code = QCoreApplication::exec();
     return terminal.isGood() || code != 0 ? code : static_cast<int>(ExitCode::SystemError);
 }

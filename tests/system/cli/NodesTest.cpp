@@ -3,6 +3,13 @@
 
 #include "CliTest.h"
 
+#include <QTemporaryDir>
+
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 using testing::Contains;
 using testing::HasSubstr;
 using testing::StartsWith;
@@ -112,4 +119,36 @@ TEST_F(CliNodesTest, TreeBeginsWhereItIsTold)
     EXPECT_EQ(nodes[0].toObject(),
               (QJsonObject{{"path", "/player/alsaDevice/main"}, {"kind", "value"}, {"title", ""}}));
     EXPECT_EQ(run({"tree", "/nothing"}), s_refused);
+}
+
+TEST_F(CliNodesTest, CallTakesAnInputThatComesLaterThanAnAnswerMay)
+{
+    Program shell("sh");
+    prepare(shell);
+    EXPECT_EQ(shell.run({"-c", "(sleep 3; echo 1) | " + QStringLiteral(TAVO_PROGRAM) +
+                                   " --patience 2 call /notifications/player/cancel -"}),
+              s_refused)
+        << shell.error();
+}
+
+TEST_F(CliNodesTest, CallIsEndedByASignalWhileItReadsItsInput)
+{
+    QTemporaryDir folder;
+    const QByteArray fifo = QFile::encodeName(folder.filePath("input"));
+    ASSERT_EQ(mkfifo(fifo.constData(), S_IRUSR | S_IWUSR), 0);
+    const int end = open(fifo.constData(), O_RDWR | O_CLOEXEC);
+    ASSERT_EQ(write(end, "[1", 2), 2);
+    Program shell("sh");
+    prepare(shell);
+    shell.start({"-c", "exec " + QStringLiteral(TAVO_PROGRAM) + " call /x - < " +
+                           folder.filePath("input")});
+    EXPECT_TRUE(waitFor([&] {
+        int unread = 0;
+        return ioctl(end, FIONREAD, &unread) == 0 && unread == 0;
+    }));
+    shell.sendSignal(SIGINT);
+    constexpr int byTheSignal = -1;
+    EXPECT_EQ(shell.waitForExit(), byTheSignal);
+    EXPECT_FALSE(shell.isRunning());
+    close(end);
 }
