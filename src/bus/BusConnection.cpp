@@ -159,8 +159,16 @@ std::uint32_t BusConnection::requestName(const QString &name)
     return outcome;
 }
 
+bool BusConnection::isFromBus(const sdbus::Message &signal)
+{
+    return signal.getSender() == busName;
+}
+
 void BusConnection::on_name_acquired(sdbus::Message &message)
 {
+    if (!isFromBus(message)) {
+        return;
+    }
     std::string name;
     message >> name;
     const QString acquired = QString::fromStdString(name);

@@ -36,6 +36,10 @@ public:
     /// line for it while another has it.
     void ownName(const QString &name);
 
+    /// Whether a signal is the bus's own. A match by its name lets pass what any program sends to this
+    /// connection alone.
+    static bool isFromBus(const sdbus::Message &signal);
+
     bool isConnected() const { return m_connection != nullptr; }
 
     /// While connected alone; another one after each connected().

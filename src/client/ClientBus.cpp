@@ -68,6 +68,7 @@ void ClientBus::on_connection_lost(const QString &reason)
                               ? CMError(CMErrors::noAnswer(), QStringLiteral("The bus has gone"))
                               : CMError(TavoClientError::noBus(), reason);
     m_isConnected = false;
+    m_owner.clear();
     m_matches.clear();
     // Before anybody is told: what is asked for on that occasion can't be sent.
     const auto proxies = std::exchange(m_proxies, {});
@@ -99,8 +100,9 @@ void ClientBus::matchSignals(const HostInterface &interface,
 void ClientBus::followHost()
 {
     const auto write = [](sdbus::MethodCall &call) { call << std::string(hostName); };
-    const auto finish = [this](sdbus::MethodReply *, const CMError &error) {
-        if (!error.isError()) {
+    const auto finish = [this](sdbus::MethodReply *answer, const CMError &) {
+        if (answer != nullptr) {
+            m_owner = readText(*answer).toStdString();
             setState(State::Available, {});
         } else {
             setState(State::NoHost, noHostText());
@@ -111,9 +113,13 @@ void ClientBus::followHost()
 
 void ClientBus::on_owner_changed(sdbus::Message &message)
 {
+    if (!BusConnection::isFromBus(message)) {
+        return;
+    }
     readText(message); // the name
     const QString before = readText(message);
     const QString now = readText(message);
+    m_owner = now.toStdString();
     if (!before.isEmpty()) {
         setState(State::NoHost, noHostText());
     }
@@ -136,8 +142,16 @@ void ClientBus::setState(State state, const QString &reason)
     }
 }
 
+bool ClientBus::isFromHost(const sdbus::Message &signal) const
+{
+    return signal.getSender() == m_owner;
+}
+
 void ClientBus::on_model_signal(sdbus::Message &message)
 {
+    if (!isFromHost(message)) {
+        return;
+    }
     const std::string member = message.getMemberName();
     const CMPath path = readPath(message);
     if (member == "ValueChanged") {
@@ -163,6 +177,9 @@ void ClientBus::on_model_signal(sdbus::Message &message)
 
 void ClientBus::on_messages_signal(sdbus::Message &message)
 {
+    if (!isFromHost(message)) {
+        return;
+    }
     const std::string member = message.getMemberName();
     std::uint32_t id = 0;
     message >> id;

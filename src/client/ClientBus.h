@@ -17,6 +17,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <string>
 #include <vector>
 
 /// An interface of the host on the bus.
@@ -95,6 +96,8 @@ private:
     void match(const std::string &rule, void (ClientBus::*handler)(sdbus::Message &));
     void matchSignals(const HostInterface &interface, void (ClientBus::*handler)(sdbus::Message &));
     sdbus::IProxy &proxyOf(const HostInterface &interface);
+    /// The bus lets pass what any program sends to this one alone, whatever the match says.
+    bool isFromHost(const sdbus::Message &signal) const;
     void on_owner_changed(sdbus::Message &message);
     void on_model_signal(sdbus::Message &message);
     void on_messages_signal(sdbus::Message &message);
@@ -111,6 +114,7 @@ private:
     PendingRequests m_pending;
     std::vector<Request> m_held; ///< of those, until the bus has been tried
     // What belongs to the connection of the moment.
+    std::string m_owner; ///< the host's unique name; empty for none
     std::vector<sdbus::Slot> m_matches;
     std::map<std::string, std::unique_ptr<sdbus::IProxy>> m_proxies;
 };

@@ -72,7 +72,7 @@ void Clients::on_name_vanished(sdbus::Message &message)
 {
     std::string name;
     message >> name;
-    if (m_known.erase(name) > 0) {
+    if (BusConnection::isFromBus(message) && m_known.erase(name) > 0) {
         Q_EMIT left(name);
     }
 }

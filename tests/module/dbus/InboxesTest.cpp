@@ -55,6 +55,22 @@ TEST_F(DbusInboxesTest, CanNotBeClosedByOthers)
     EXPECT_TRUE(isPublished(inbox));
 }
 
+TEST_F(DbusInboxesTest, StayWhenAnotherThanTheBusSaysThatTheirClientHasLeft)
+{
+    const QString inbox = open();
+    ModelClient other(bus().address());
+    {
+        const auto object = sdbus::createObject(other.connection(), "/org/freedesktop/DBus");
+        sdbus::Signal forged = object->createSignal("org.freedesktop.DBus", "NameOwnerChanged");
+        forged << client->name() << client->name() << std::string();
+        forged.setDestination("org.tavo.Model1");
+        forged.send();
+    }
+    // Answered after the signal has come.
+    other.getValue("/none"_s).waitForAnswer();
+    EXPECT_TRUE(isPublished(inbox));
+}
+
 TEST_F(DbusInboxesTest, GoWithTheirClientAndLeaveOthersAlone)
 {
     ModelClient other(bus().address());

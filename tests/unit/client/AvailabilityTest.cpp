@@ -3,6 +3,8 @@
 
 #include "ClientTest.h"
 
+#include "support/bus/BusClient.h"
+
 #include <vector>
 
 using testing::ElementsAre;
@@ -54,6 +56,28 @@ TEST_F(ClientAvailabilityTest, TellsThatThereIsNoBus)
     ASSERT_TRUE(waitForChanges(1));
     EXPECT_THAT(m_changes, ElementsAre(false));
     EXPECT_NE(client.unavailableReason(), ""_s);
+}
+
+TEST_F(ClientAvailabilityTest, BelievesTheBusAloneThatTheHostHasGone)
+{
+    startHost();
+    TavoClient &client = watchedClient();
+    ASSERT_TRUE(waitFor([&] { return client.isAvailable(); }));
+    BusClient other(m_bus.address());
+    other.setTarget("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus");
+    std::vector<std::string> names;
+    other.call("ListNames").answer() >> names;
+    const auto object = sdbus::createObject(other.connection(), "/org/freedesktop/DBus");
+    for (const std::string &name : names) {
+        sdbus::Signal forged = object->createSignal("org.freedesktop.DBus", "NameOwnerChanged");
+        forged << std::string("org.tavo.Model1") << name << std::string();
+        forged.setDestination(name);
+        forged.send();
+    }
+    // The bus has passed them on when it answers, and the client has them before its own answer.
+    ASSERT_TRUE(other.call("GetId").succeeds());
+    ASSERT_TRUE(succeeds(client.version()));
+    EXPECT_THAT(m_changes, ElementsAre(true));
 }
 
 TEST_F(ClientAvailabilityTest, FindsAHostThatComesLater)
