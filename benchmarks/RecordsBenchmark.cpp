@@ -7,48 +7,40 @@
 
 #include <benchmark/benchmark.h>
 
+#include <string>
+
 namespace {
-TavoNotificationPlayerItem builtRecord()
+/// A sound: texts, numbers and a truth value.
+struct Sound
 {
-    return TavoNotificationPlayerItem()
-        .setId(QStringLiteral("doorbell"))
-        .setContent(QStringLiteral("file:///usr/share/sounds/chime.wav"))
-        .setContentStreamFormat(QStringLiteral("audio/L16"))
-        .setType(TavoNotificationPlayerItemType::Uri)
-        .setPriority(TavoNotificationItemPriority::High)
-        .setLoop(true);
-}
+    using Record = TavoNotificationPlayerItem;
 
-QVariantHash builtByHand()
-{
-    QVariantHash hash;
-    hash.insert(QStringLiteral("id"), QStringLiteral("doorbell"));
-    hash.insert(QStringLiteral("content"), QStringLiteral("file:///usr/share/sounds/chime.wav"));
-    hash.insert(QStringLiteral("contentStreamFormat"), QStringLiteral("audio/L16"));
-    hash.insert(QStringLiteral("type"), 0);
-    hash.insert(QStringLiteral("priority"), 2);
-    hash.insert(QStringLiteral("loop"), true);
-    return hash;
-}
-
-void recordBuild(benchmark::State &state)
-{
-    for ([[maybe_unused]] auto unused : state) {
-        benchmark::DoNotOptimize(builtRecord());
+    static Record build()
+    {
+        return Record()
+            .setId(QStringLiteral("doorbell"))
+            .setContent(QStringLiteral("file:///usr/share/sounds/chime.wav"))
+            .setContentStreamFormat(QStringLiteral("audio/L16"))
+            .setType(TavoNotificationPlayerItemType::Uri)
+            .setPriority(TavoNotificationItemPriority::High)
+            .setLoop(true);
     }
-}
 
-void recordBuildByHand(benchmark::State &state)
-{
-    for ([[maybe_unused]] auto unused : state) {
-        benchmark::DoNotOptimize(builtByHand());
+    static QVariantHash buildByHand()
+    {
+        QVariantHash hash;
+        hash.insert(QStringLiteral("id"), QStringLiteral("doorbell"));
+        hash.insert(QStringLiteral("content"),
+                    QStringLiteral("file:///usr/share/sounds/chime.wav"));
+        hash.insert(QStringLiteral("contentStreamFormat"), QStringLiteral("audio/L16"));
+        hash.insert(QStringLiteral("type"), 0);
+        hash.insert(QStringLiteral("priority"), 2);
+        hash.insert(QStringLiteral("loop"), true);
+        return hash;
     }
-}
 
-void recordRead(benchmark::State &state)
-{
-    const TavoNotificationPlayerItem record = builtRecord();
-    for ([[maybe_unused]] auto unused : state) {
+    static void read(const Record &record)
+    {
         benchmark::DoNotOptimize(record.id());
         benchmark::DoNotOptimize(record.content());
         benchmark::DoNotOptimize(record.contentStreamFormat());
@@ -56,12 +48,9 @@ void recordRead(benchmark::State &state)
         benchmark::DoNotOptimize(record.priority());
         benchmark::DoNotOptimize(record.loop());
     }
-}
 
-void recordReadByHand(benchmark::State &state)
-{
-    const QVariantHash hash = builtByHand();
-    for ([[maybe_unused]] auto unused : state) {
+    static void readByHand(const QVariantHash &hash)
+    {
         benchmark::DoNotOptimize(hash.value(QStringLiteral("id")).toString());
         benchmark::DoNotOptimize(hash.value(QStringLiteral("content")).toString());
         benchmark::DoNotOptimize(hash.value(QStringLiteral("contentStreamFormat")).toString());
@@ -69,10 +58,130 @@ void recordReadByHand(benchmark::State &state)
         benchmark::DoNotOptimize(hash.value(QStringLiteral("priority")).toInt());
         benchmark::DoNotOptimize(hash.value(QStringLiteral("loop")).toBool());
     }
+};
+
+/// How a sound ended.
+struct Response
+{
+    using Record = TavoNotificationPlayerResponse;
+
+    static Record build()
+    {
+        return Record()
+            .setId(QStringLiteral("doorbell"))
+            .setType(TavoNotificationPlayerResponseType::Finished);
+    }
+
+    static QVariantHash buildByHand()
+    {
+        QVariantHash hash;
+        hash.insert(QStringLiteral("id"), QStringLiteral("doorbell"));
+        hash.insert(QStringLiteral("type"), int(TavoNotificationPlayerResponseType::Finished));
+        return hash;
+    }
+
+    static void read(const Record &record)
+    {
+        benchmark::DoNotOptimize(record.id());
+        benchmark::DoNotOptimize(record.type());
+    }
+
+    static void readByHand(const QVariantHash &hash)
+    {
+        benchmark::DoNotOptimize(hash.value(QStringLiteral("id")).toString());
+        benchmark::DoNotOptimize(hash.value(QStringLiteral("type")).toInt());
+    }
+};
+
+/// A message; its texts are untranslated, which by hand are plain texts.
+struct Message
+{
+    using Record = TavoNotificationDisplayItem;
+
+    static Record build()
+    {
+        return Record()
+            .setId(QStringLiteral("door"))
+            .setTitle(QStringLiteral("Front door"))
+            .setMessage(QStringLiteral("Somebody is at the door"))
+            .setTimeout(5000)
+            .setPriority(TavoNotificationItemPriority::High);
+    }
+
+    static QVariantHash buildByHand()
+    {
+        QVariantHash hash;
+        hash.insert(QStringLiteral("id"), QStringLiteral("door"));
+        hash.insert(QStringLiteral("title"), QStringLiteral("Front door"));
+        hash.insert(QStringLiteral("message"), QStringLiteral("Somebody is at the door"));
+        hash.insert(QStringLiteral("timeout"), 5000);
+        hash.insert(QStringLiteral("priority"), 2);
+        return hash;
+    }
+
+    static void read(const Record &record)
+    {
+        benchmark::DoNotOptimize(record.id());
+        benchmark::DoNotOptimize(record.title());
+        benchmark::DoNotOptimize(record.message());
+        benchmark::DoNotOptimize(record.timeout());
+        benchmark::DoNotOptimize(record.priority());
+    }
+
+    static void readByHand(const QVariantHash &hash)
+    {
+        benchmark::DoNotOptimize(hash.value(QStringLiteral("id")).toString());
+        benchmark::DoNotOptimize(hash.value(QStringLiteral("title")).toString());
+        benchmark::DoNotOptimize(hash.value(QStringLiteral("message")).toString());
+        benchmark::DoNotOptimize(hash.value(QStringLiteral("timeout")).toInt());
+        benchmark::DoNotOptimize(hash.value(QStringLiteral("priority")).toInt());
+    }
+};
+
+template <typename Kind>
+void build(benchmark::State &state)
+{
+    for ([[maybe_unused]] auto unused : state) {
+        benchmark::DoNotOptimize(Kind::build());
+    }
 }
 
-BENCHMARK(recordBuildByHand);
-BENCHMARK(recordBuild);
-BENCHMARK(recordReadByHand);
-BENCHMARK(recordRead);
+template <typename Kind>
+void buildByHand(benchmark::State &state)
+{
+    for ([[maybe_unused]] auto unused : state) {
+        benchmark::DoNotOptimize(Kind::buildByHand());
+    }
+}
+
+template <typename Kind>
+void read(benchmark::State &state)
+{
+    const auto record = Kind::build();
+    for ([[maybe_unused]] auto unused : state) {
+        Kind::read(record);
+    }
+}
+
+template <typename Kind>
+void readByHand(benchmark::State &state)
+{
+    const QVariantHash hash = Kind::buildByHand();
+    for ([[maybe_unused]] auto unused : state) {
+        Kind::readByHand(hash);
+    }
+}
+
+template <typename Kind>
+int addBenchmarks(const std::string &name)
+{
+    benchmark::RegisterBenchmark((name + "BuildByHand").c_str(), buildByHand<Kind>);
+    benchmark::RegisterBenchmark((name + "Build").c_str(), build<Kind>);
+    benchmark::RegisterBenchmark((name + "ReadByHand").c_str(), readByHand<Kind>);
+    benchmark::RegisterBenchmark((name + "Read").c_str(), read<Kind>);
+    return 0;
+}
+
+const int added = addBenchmarks<Sound>("recordSound") + addBenchmarks<Response>("recordResponse") +
+                  addBenchmarks<Message>("recordMessage");
 } // namespace

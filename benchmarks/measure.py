@@ -15,7 +15,9 @@ import time
 
 SIZES = [1, 1000, 10000, 100000]
 REQUESTS = ["soundEnqueue", "soundCancel", "displayOpen", "displayCancel"]
-PAIRS = {"recordBuild": "recordBuildByHand", "recordRead": "recordReadByHand"}
+RECORDS = [f"record{kind}{step}" for kind in ("Sound", "Message", "Response")
+           for step in ("Build", "Read")]
+PAIRS = {name: name + "ByHand" for name in RECORDS}
 
 
 class Programs:
