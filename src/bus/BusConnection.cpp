@@ -179,8 +179,13 @@ void BusConnection::on_name_acquired(sdbus::Message &message)
 
 void BusConnection::on_dispatcher_aboutToBlock()
 {
-    if (isConnected()) {
+    if (!isConnected()) {
+        return;
+    }
+    try {
         watch();
+    } catch (const sdbus::Error &error) {
+        lose(QString::fromStdString(error.getMessage()));
     }
 }
 

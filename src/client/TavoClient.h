@@ -29,8 +29,9 @@ struct TavoClientNode
 
 /// The model of a host in another process, over a message bus.
 ///
-/// Nothing blocks: an answer comes through the reply, a change through a signal, from the event loop
-/// of the client's thread, which is the one that made it. A host that goes away, or a bus, is waited
+/// No request blocks: an answer comes through the reply, a change through a signal, from the event
+/// loop of the client's thread, which is the one that made it. Connecting to the bus does, for as
+/// long as a bus that took the connection leaves it without a word. A host that goes away, or a bus, is waited
 /// for: subscriptions and inboxes are made anew when it is back. What changed meanwhile is not
 /// reported, so read again on availableChanged(true).
 ///

@@ -56,7 +56,8 @@ public:
     CMReply<bool> isDesktopServer();
 
 Q_SIGNALS:
-    /// Of each message of this client, once. Not for those that were there when the host went away.
+    /// Of each message that the host shows, whoever sent it: compare with the number that show()
+    /// gave. Once each; not for those that were there when the host went away.
     void closed(uint id, TavoMessages::End end);
     void actionInvoked(uint id, const QString &key);
 
