@@ -65,20 +65,30 @@ private:
     CMNodes m_nodes;
 };
 
-TEST_F(DbusPolicyTest, LetsEverybodyLook)
+TEST_F(DbusPolicyTest, LetsEverybodySeeThatItIsThere)
 {
-    EXPECT_EQ(call("nobody", {"GetValue", "s", "/test/value"}), "v a{sv} 0");
-    EXPECT_THAT(call("nobody", {"Tree", "s", "/"}), HasSubstr("/test/value"));
-    EXPECT_EQ(call("nobody", {"Subscribe", "ss", "/test/value", "value"}), "");
+    EXPECT_THAT(call("nobody", {"Get", "ss", "org.tavo.Model1", "Version"},
+                     {"org.tavo.Model1", "/org/tavo/Model1", "org.freedesktop.DBus.Properties"}),
+                StartsWith("v s \""));
 }
 
-TEST_F(DbusPolicyTest, LetsNotEverybodySendRequests)
+TEST_F(DbusPolicyTest, LetsNotEverybodyLookOrSendRequests)
 {
     for (const QStringList &arguments :
-         {QStringList{"Call", "sv", "/test/value", "i", "1"}, QStringList{"Close", "s", "/a"},
+         {QStringList{"GetValue", "s", "/test/value"},
+          QStringList{"GetRows", "sii", "/a", "0", "1"}, QStringList{"Tree", "s", "/"},
+          QStringList{"Subscribe", "ss", "/test/value", "value"},
+          QStringList{"Call", "sv", "/test/value", "i", "1"}, QStringList{"Close", "s", "/a"},
           QStringList{"OpenInbox"}}) {
         EXPECT_THAT(call("nobody", arguments), HasSubstr("Access denied"));
     }
+}
+
+TEST_F(DbusPolicyTest, LetsRootLook)
+{
+    EXPECT_EQ(call("root", {"GetValue", "s", "/test/value"}), "v a{sv} 0");
+    EXPECT_THAT(call("root", {"Tree", "s", "/"}), HasSubstr("/test/value"));
+    EXPECT_EQ(call("root", {"Subscribe", "ss", "/test/value", "value"}), "");
 }
 
 TEST_F(DbusPolicyTest, LetsRootSendRequests)
