@@ -5,7 +5,9 @@
 
 #include "cli/Options.h"
 
+#include <charconv>
 #include <string>
+#include <system_error>
 
 #include <CLI/App.hpp>
 #include <CLI/Validators.hpp>
@@ -29,10 +31,18 @@ inline CLI::App *addCommand(CLI::App &app, Options &options, Options::Command co
     return added;
 }
 
-/// A number that is not negative, and no more about it in the help.
+/// A whole number that is not negative and fits an int, and no more about it in the help.
 inline CLI::Validator notNegative()
 {
-    return CLI::NonNegativeNumber.description("");
+    const auto complaint = [](const std::string &text) -> std::string {
+        int number = -1;
+        const char *end = text.data() + text.size();
+        const auto [stop, error] = std::from_chars(text.data(), end, number);
+        return error == std::errc() && stop == end && number >= 0
+                   ? ""
+                   : "must be a whole number from 0 to 2147483647";
+    };
+    return CLI::Validator(complaint, "");
 }
 
 /// What an option's or argument's value is called in the help. The completions know what to offer

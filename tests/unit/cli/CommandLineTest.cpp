@@ -118,6 +118,20 @@ TEST_F(CommandLineTest, RefusesANegativeTimeout)
     EXPECT_THAT(refusalOf({"show", "x", "--timeout", "-3"}), HasSubstr("--timeout"));
 }
 
+TEST_F(CommandLineTest, SaysWhichNumbersATimeoutOrACountCanBe)
+{
+    const auto saysSo = HasSubstr(": must be a whole number from 0 to 2147483647.");
+    for (const char *wrong : {"-3", "5s", "2.5", "2147483648", ""}) {
+        EXPECT_THAT(refusalOf({"show", "x", "--timeout", wrong}), saysSo) << wrong;
+        EXPECT_THAT(refusalOf({"list", "--count", wrong}), saysSo) << wrong;
+    }
+}
+
+TEST_F(CommandLineTest, TakesTheLargestTimeout)
+{
+    EXPECT_EQ(optionsOf({"show", "x", "--timeout", "2147483647"}).timeout, 2147483647);
+}
+
 TEST_F(CommandLineTest, RefusesPatienceOutOfItsRange)
 {
     EXPECT_THAT(refusalOf({"--patience", "0", "list"}), HasSubstr("--patience"));
