@@ -59,6 +59,11 @@ CommandLineEnd help(const CLI::App &app)
 
 CommandLineEnd wrongArguments(const CLI::App &app, const CLI::Error &error)
 {
+    const std::vector<std::string> unknown = app.remaining();
+    if (app.get_subcommands().empty() && !unknown.empty() && unknown.front().rfind('-', 0) != 0) {
+        return {ExitCode::Usage,
+                "tavo: there is no command " + unknown.front() + ". See tavo --help."};
+    }
     std::string command = "tavo";
     for (const CLI::App *used : app.get_subcommands()) {
         command += ' ' + used->get_name();

@@ -138,6 +138,14 @@ TEST_F(CommandLineTest, RefusesPatienceOutOfItsRange)
     EXPECT_THAT(refusalOf({"--patience", "nan", "list"}), HasSubstr("--patience"));
 }
 
+TEST_F(CommandLineTest, NamesTheCommandThatThereIsNot)
+{
+    EXPECT_EQ(refusalOf({"sond", "a.wav"}), "tavo: there is no command sond. See tavo --help.");
+    EXPECT_EQ(refusalOf({"--json", "help"}), "tavo: there is no command help. See tavo --help.");
+    EXPECT_EQ(refusalOf({"-v"}),
+              "tavo: The following argument was not expected: -v. See tavo --help.");
+}
+
 TEST_F(CommandLineTest, RefusesAMissingCommand)
 {
     EXPECT_EQ(refusalOf({}), "tavo: which command? See tavo --help.");
