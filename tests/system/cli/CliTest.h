@@ -10,6 +10,7 @@
 #include "support/Text.h"
 
 #include <QFile>
+#include <QHash>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -115,13 +116,18 @@ protected:
                samples;
     }
 
-    /// A file with it, in the host's folder.
+    /// A file with it, in the host's folder; written once, as the host may be reading it.
     QString soundFile(const QString &name = "sound.wav")
     {
-        return m_host->writeFile(name, sound());
+        QString &file = m_soundFiles[name];
+        if (file.isEmpty()) {
+            file = m_host->writeFile(name, sound());
+        }
+        return file;
     }
 
     PrivateBus m_bus;
     std::unique_ptr<HostProcess> m_host;
+    QHash<QString, QString> m_soundFiles; ///< by name
     Program m_tavo{QStringLiteral(TAVO_PROGRAM)};
 };
