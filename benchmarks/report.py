@@ -47,10 +47,10 @@ HOST_FIGURES = [
     ("wake-ups a second, quiet", "wakeUps", 1, 0, 0),
     ("wake-ups a second, playing music", "musicWakeUps", 1, None, 0),
 ]
-OURS, FLOOR, LIBRARY = firstsample.OURS, firstsample.FLOOR, firstsample.LIBRARY
+OURS, FLOOR, CANBERRA = firstsample.OURS, firstsample.FLOOR, firstsample.CANBERRA
 WARM_NAMES = {
     ("warm", OURS): "`SimplePlayer::play()`",
-    ("warm", LIBRARY): "libcanberra's `ca_context_play_full()`",
+    ("warm", CANBERRA): "libcanberra's `ca_context_play_full()`",
     ("request", "warm"): "request in the host",
     ("request", "first"): "the first request in a host",
 }

@@ -29,7 +29,7 @@ WARM_RUNS = 25
 HOST_REQUESTS = 12
 LIMIT = 60
 
-OURS, FLOOR, LIBRARY = "tavo_play", "aplay", "libcanberra"
+OURS, FLOOR, CANBERRA = "tavo_play", "aplay", "libcanberra"
 SERVER = "paplay, by PulseAudio"
 
 
@@ -95,7 +95,7 @@ class FirstSample:
         players = {
             OURS: [str(self.programs / "tavo_play"), "sound", self.sound],
             FLOOR: ["aplay", "-q", "-D", "sound", self.sound],
-            LIBRARY: [str(self.programs / "canberra_play"), "sound", self.sound],
+            CANBERRA: [str(self.programs / "canberra_play"), "sound", self.sound],
             "gst-play-1.0": ["gst-play-1.0", "-q", "--no-interactive",
                              "--audiosink=alsasink device=sound", self.sound],
         }
@@ -122,7 +122,7 @@ class FirstSample:
                 seen.setdefault(("cold", name), []).append(self.cold(name))
         result = {key: statistics.median(values) for key, values in seen.items()
                   if None not in values}
-        for name in (OURS, LIBRARY):
+        for name in (OURS, CANBERRA):
             if ("cold", name) in result:
                 result["warm", name] = statistics.median(self.warm(name)[1:])
         first, *others = self.requests()
@@ -176,7 +176,7 @@ def ratios_of(seconds):
     """The ratios that one repetition's figures give."""
     result = {}
     floor = seconds.get(("cold", FLOOR))
-    library = seconds.get(("warm", LIBRARY))
+    library = seconds.get(("warm", CANBERRA))
     for (kind, name), value in seconds.items():
         if kind == "cold" and floor:
             result["cold ratio", name] = value / floor
