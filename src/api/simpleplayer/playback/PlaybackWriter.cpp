@@ -172,8 +172,7 @@ PlaybackWriter::Step PlaybackWriter::openAll()
 PlaybackWriter::Step PlaybackWriter::begin()
 {
     const long room = m_device.room();
-    if (m_window.unsent() < room)
-        fill(room - m_window.unsent());
+    fill(room);
     const Step result = room < 0                ? fail(m_device.error())
                         : m_window.unsent() > 0 ? send(room)
                                                 : Step::GoOn;
@@ -201,13 +200,13 @@ PlaybackWriter::Step PlaybackWriter::step()
     const long surplus = m_device.held() - m_device.capacity() / 2;
     if (surplus > 0 || room == 0)
         return waitFor(std::max(surplus, m_device.periodFrames()));
-    if (m_window.unsent() < room)
-        fill(room - m_window.unsent());
+    fill(room);
     return m_window.unsent() > 0 ? send(room) : m_sourceEnded ? Step::GoOn : waitForInput();
 }
 
-PlaybackWriter::Step PlaybackWriter::fill(long frames)
+void PlaybackWriter::fill(long room)
 {
+    long frames = room - m_window.unsent();
     bool rewound = false;
     while (frames > 0 && !m_sourceEnded) {
         const FrameSource::Result result = m_source->read(m_window.spaceFor(frames), frames);
@@ -228,7 +227,6 @@ PlaybackWriter::Step PlaybackWriter::fill(long frames)
         m_sourceEnded = true;
         m_sourceError = m_source->error();
     }
-    return Step::GoOn;
 }
 
 PlaybackWriter::Step PlaybackWriter::send(long room)

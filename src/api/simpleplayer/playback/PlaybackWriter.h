@@ -64,7 +64,7 @@ private:
     Step openAll();
     Step begin();
     Step step();
-    Step fill(long frames);
+    void fill(long room);
     Step send(long room);
     Step finishTail(long room);
     Step pad(long room);
