@@ -49,6 +49,20 @@ protected:
         EXPECT_EQ(heard(), countingFloats());
     }
 
+    /// The sound goes evenly from full to the gain, in the time that the fade was given.
+    static void expectFade(const std::vector<float> &samples, const std::vector<float> &full,
+                           double gain, int fadeMs)
+    {
+        const int fadeFrames = rate * fadeMs / 1000;
+        const auto changed = std::mismatch(full.begin(), full.end(), samples.begin()).first;
+        const auto start = changed - full.begin() - 1; // the first frame of a fade is as it was
+        for (int i = 0; i < int(full.size()); ++i) {
+            const double part = std::clamp(double(i - start) / fadeFrames, 0.0, 1.0);
+            ASSERT_FLOAT_EQ(samples[i], float(full[i] * (1.0 - (1.0 - gain) * part)))
+                << "at frame " << i;
+        }
+    }
+
     void pauseAfter(std::initializer_list<int> frames)
     {
         for (const int count : frames) {
@@ -364,7 +378,6 @@ TEST_F(PlaybackTest, ReportsItsStopWhenItsEndHasNotBeenReportedYet)
 TEST_F(PlaybackTest, BeginsAFadeAnewThatAPauseTookBack)
 {
     constexpr int fadeMs = 200;
-    constexpr int fadeFrames = rate * fadeMs / 1000;
     make(counting(30000), "hardware");
     m_player->usage = SimplePlayer::UsageMedia;
     m_player->play();
@@ -375,14 +388,7 @@ TEST_F(PlaybackTest, BeginsAFadeAnewThatAPauseTookBack)
     m_player->pause();
     m_player->play();
     ASSERT_TRUE(m_end->hasEndedOnce());
-    const auto samples = m_devices.heard();
-    const auto full = countingFloats(30000);
-    const auto start =
-        std::mismatch(full.begin(), full.end(), samples.begin()).first - full.begin() - 1;
-    for (int i = 0; i < int(full.size()); ++i) {
-        const double part = std::clamp(double(i - start) / fadeFrames, 0.0, 1.0);
-        ASSERT_FLOAT_EQ(samples[i], float(full[i] * (1.0 - part))) << "at frame " << i;
-    }
+    expectFade(m_devices.heard(), countingFloats(30000), 0.0, fadeMs);
 }
 
 class LostDeviceTest : public PlaybackTest, public testing::WithParamInterface<const char *>
@@ -458,7 +464,6 @@ TEST_F(PlaybackTest, KeepsTheGainWithinItsBounds)
 TEST_F(PlaybackTest, SpreadsAChangeOfGainEvenlyOverItsTime)
 {
     constexpr int fadeMs = 100;
-    constexpr int fadeFrames = rate * fadeMs / 1000;
     make(counting(30000));
     m_player->play();
     ASSERT_TRUE(hasHeard(2000));
@@ -467,18 +472,12 @@ TEST_F(PlaybackTest, SpreadsAChangeOfGainEvenlyOverItsTime)
     const auto samples = heard();
     const auto full = countingFloats(30000);
     ASSERT_EQ(samples.size(), full.size());
-    const auto changed = std::mismatch(samples.begin(), samples.end(), full.begin()).first;
-    const auto start = changed - samples.begin() - 1; // the first frame of a fade is as it was
-    for (int i = 0; i < int(full.size()); ++i) {
-        const double part = std::clamp(double(i - start) / fadeFrames, 0.0, 1.0);
-        ASSERT_FLOAT_EQ(samples[i], float(full[i] * (1.0 - 0.75 * part))) << "at frame " << i;
-    }
+    expectFade(samples, full, 0.25, fadeMs);
 }
 
 TEST_F(PlaybackTest, KeepsAFadeExactThroughAPause)
 {
     constexpr int fadeMs = 200;
-    constexpr int fadeFrames = rate * fadeMs / 1000;
     make(counting(30000), "hardware");
     m_player->play();
     ASSERT_TRUE(hasHeard(2000));
@@ -487,12 +486,5 @@ TEST_F(PlaybackTest, KeepsAFadeExactThroughAPause)
     m_player->pause();
     m_player->play();
     ASSERT_TRUE(m_end->hasEndedOnce());
-    const auto samples = m_devices.heard();
-    const auto full = countingFloats(30000);
-    const auto start =
-        std::mismatch(full.begin(), full.end(), samples.begin()).first - full.begin() - 1;
-    for (int i = 0; i < int(full.size()); ++i) {
-        const double part = std::clamp(double(i - start) / fadeFrames, 0.0, 1.0);
-        ASSERT_FLOAT_EQ(samples[i], float(full[i] * (1.0 - part))) << "at frame " << i;
-    }
+    expectFade(m_devices.heard(), countingFloats(30000), 0.0, fadeMs);
 }
