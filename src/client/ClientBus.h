@@ -123,7 +123,7 @@ template <typename T>
 CMReply<T> ClientBus::ask(const HostInterface &interface, const char *method, const Write &write,
                           const std::function<T(sdbus::MethodReply &)> &read)
 {
-    const CMReply<T> reply;
+    CMReply<T> reply;
     send(this, interface, method, write,
          [reply, read](sdbus::MethodReply *answer, const CMError &error) {
              if (answer == nullptr) {

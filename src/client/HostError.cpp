@@ -35,7 +35,7 @@ CMError ownError(const sdbus::Error &error)
 CMError hostError(const sdbus::Error &error, sdbus::MethodReply &answer, bool isOverdue,
                   int patienceMs)
 {
-    const CMError read = BusError::read(error, answer);
+    CMError read = BusError::read(error, answer);
     const QString name = read.name();
     if (isAboutNobody(name)) {
         return {TavoClientError::noHost(),

@@ -70,7 +70,7 @@ CMReply<bool> TavoMessages::isDesktopServer()
             [name](sdbus::MethodCall &call) { call << std::string(name); },
             [](sdbus::MethodReply &answer) { return BusVariant::readText(answer); });
     };
-    const CMReply<bool> reply;
+    CMReply<bool> reply;
     const CMReply<QString> server = ask(s_messagesInterface.name);
     // Answers come in the order of their requests: the other is there then.
     ask(s_modelInterface.name).onFinished(&m_bus, [reply, server](const CMReply<QString> &host) {

@@ -22,7 +22,7 @@ const QString &base64Key()
 
 QVariant readNumber(const QJsonValue &value)
 {
-    const QVariant number = value.toVariant();
+    QVariant number = value.toVariant();
     if (number.userType() != QMetaType::LongLong) {
         return number;
     }
@@ -53,7 +53,7 @@ QVariant readValue(const QJsonValue &value)
         return readObject(value.toObject());
     case QJsonValue::Array: {
         QVariantList elements;
-        for (const QJsonValue &element : value.toArray()) {
+        for (const auto &element : value.toArray()) {
             elements.append(readValue(element));
         }
         return elements;

@@ -97,7 +97,7 @@ CMError OpenNotifications::open(quint32 id, const DesktopNotification &notificat
     fill(*entry, id, notification);
     CMRoot()->connectRowsChange(path, this, &OpenNotifications::on_notification_rowsChanged);
     const CMReply<QVariant> reply = show(id, *entry);
-    const CMError error = reply.isFinished() ? reply.error() : CMError();
+    CMError error = reply.isFinished() ? reply.error() : CMError();
     if (error.isError()) {
         withdraw(entry);
     }

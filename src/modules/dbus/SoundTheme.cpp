@@ -103,7 +103,7 @@ std::optional<QString> fileIn(const QString &folder, const QString &event)
 std::optional<QString> fileInFirst(const QStringList &folders, const QString &event)
 {
     for (const QString &folder : folders) {
-        if (const auto file = fileIn(folder, event)) {
+        if (auto file = fileIn(folder, event)) {
             return file;
         }
     }
