@@ -4,10 +4,11 @@
 #pragma once
 
 /// What the program tells the script that called it. Documented in docs/cli.md and in the man page,
-/// whose table is made of exitCodes().
+/// whose table is made of s_exitCodeTexts.
 enum class ExitCode {
     Ok = 0,
-    Refused = 1, ///< the host's answer is an error; from doctor: something is missing
+    /// The host's answer is an error; cancel: nothing by that name; doctor: something is missing.
+    Refused = 1,
 
     // How something that was waited for ended, where it did not end by itself.
     Cancelled = 10,
@@ -35,7 +36,8 @@ struct ExitCodeText
 inline constexpr ExitCodeText s_exitCodeTexts[] = {
     {"0", "Did what was asked. With --wait: the sound was heard to its end, or the message was "
           "shown for its time."},
-    {"1", "The host refused the request. From doctor: something is missing."},
+    {"1", "The host refused the request. From cancel: there is nothing by that name. From doctor: "
+          "something is missing."},
     {"10", "With --wait: the sound was cancelled, or the message was closed by a program."},
     {"11", "With --wait: a person dismissed the message."},
     {"12", "With --wait: the sound could not be played; the host's log says why."},

@@ -5,45 +5,76 @@
 
 #include "cli/commands/ErrorText.h"
 
-void CancelCommand::start()
+namespace {
+/// The player refuses a cancel for one reason alone.
+bool isUnknownSound(const CMError &error)
 {
-    const QString id = QString::fromStdString(options().id);
-    if (!id.startsWith(QLatin1Char('/'))) {
-        cancelSound(id);
-        return;
-    }
-    onAnswer<QVariant>(client().cancelMessage(CMPath(id)),
-                       TavoNotificationDisplayCancelNotifyPath(),
-                       [this](const QVariant &) { succeed(QStringLiteral("message")); });
+    return error.name() == QLatin1String("Notifications");
 }
 
-void CancelCommand::cancelSound(const QString &id)
+bool isNumber(const QString &text)
 {
-    client().cancelSound(id).onFinished(this, [this, id](const CMReply<QVariant> &answer) {
-        if (!answer.error().isError()) {
-            succeed(QStringLiteral("sound"));
+    bool isOne = false;
+    text.toUInt(&isOne);
+    return isOne;
+}
+} // namespace
+
+void CancelCommand::start()
+{
+    if (id().startsWith(QLatin1Char('/'))) {
+        cancelMessage(CMPath(id()));
+    } else if (isNumber(id())) {
+        cancelByNumber(id().toUInt());
+    } else {
+        cancelSound();
+    }
+}
+
+void CancelCommand::cancelMessage(const CMPath &path)
+{
+    // Asked first: the host logs a warning when it is to cancel what isn't there.
+    const CMPath queue = TavoNotificationDisplayQueuePath();
+    onAnswer<int>(client().matchRow(queue, path.toQVariant()), queue, [this, path](const int &row) {
+        if (row < 0) {
+            fail(ExitCode::Refused,
+                 QStringLiteral("no message is open at %1. tavo list shows those that are")
+                     .arg(id()));
             return;
         }
-        bool isNumber = false;
-        const uint number = id.toUInt(&isNumber);
-        if (isNumber && exitCodeOf(answer.error()) == ExitCode::Refused) {
-            closeMessage(number);
+        onAnswer<QVariant>(client().cancelMessage(path), TavoNotificationDisplayCancelNotifyPath(),
+                           [this](const QVariant &) { succeed(QStringLiteral("message")); });
+    });
+}
+
+void CancelCommand::cancelByNumber(uint number)
+{
+    m_messages.close(number).onFinished(this, [this](const CMReply<bool> &answer) {
+        if (!answer.error().isError()) {
+            succeed(QStringLiteral("message"));
+        } else if (exitCodeOf(answer.error()) == ExitCode::Refused) {
+            cancelSound();
         } else {
-            fail(answer.error(), TavoNotificationPlayerCancelPath());
+            fail(answer.error());
         }
     });
 }
 
-void CancelCommand::closeMessage(uint number)
+void CancelCommand::cancelSound()
 {
-    m_messages.close(number).onFinished(this, [this, number](const CMReply<bool> &answer) {
+    client().cancelSound(id()).onFinished(this, [this](const CMReply<QVariant> &answer) {
         if (!answer.error().isError()) {
-            succeed(QStringLiteral("message"));
-        } else if (exitCodeOf(answer.error()) != ExitCode::Refused) {
-            fail(answer.error());
+            succeed(QStringLiteral("sound"));
+        } else if (!isUnknownSound(answer.error())) {
+            fail(answer.error(), TavoNotificationPlayerCancelPath());
+        } else if (isNumber(id())) {
+            fail(ExitCode::Refused,
+                 QStringLiteral("there is neither a message nor a sound %1").arg(id()));
         } else {
             fail(ExitCode::Refused,
-                 QStringLiteral("there is neither a sound nor a message %1").arg(number));
+                 QStringLiteral("no sound that plays or waits is called %1. Messages go by the "
+                                "number or the path that tavo list shows")
+                     .arg(id()));
         }
     });
 }
@@ -52,8 +83,7 @@ void CancelCommand::succeed(const QString &kind)
 {
     if (options().json) {
         terminal().printJson(
-            toJson(QVariantHash{{QStringLiteral("cancelled"), kind},
-                                {QStringLiteral("id"), QString::fromStdString(options().id)}},
+            toJson(QVariantHash{{QStringLiteral("cancelled"), kind}, {QStringLiteral("id"), id()}},
                    JsonForm::Indented));
     }
     finish(ExitCode::Ok);

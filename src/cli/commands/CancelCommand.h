@@ -22,8 +22,11 @@ public:
     void start() override;
 
 private:
-    void cancelSound(const QString &id);
-    void closeMessage(uint number);
+    QString id() const { return QString::fromStdString(options().id); }
+    void cancelMessage(const CMPath &path);
+    /// A sound, where no message that is open has the number.
+    void cancelByNumber(uint number);
+    void cancelSound();
     void succeed(const QString &kind);
 
     TavoMessages m_messages;

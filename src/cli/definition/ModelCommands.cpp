@@ -17,10 +17,8 @@ void defineWatch(CLI::App &app, Options &options)
         app, options, Options::Command::Watch, "watch", "Follow what changes, until interrupted",
         "Prints a line for what is there and for each change after that: a value, rows that come "
         "and go, a node that appears or leaves. Without PATH it follows the sounds, the display, "
-        "the "
-        "main audio and the power manager. A host that goes is waited for. With --json each line "
-        "is "
-        "an object.",
+        "the main audio and the power manager. A host that goes is waited for. With --json each "
+        "line is an object.",
         "  tavo watch\n"
         "  tavo watch /player/mainAudio/state\n"
         "  tavo watch --json /notifications/display/queue | jq .rows");

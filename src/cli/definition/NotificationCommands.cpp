@@ -29,10 +29,9 @@ void defineSound(CLI::App &app, Options &options)
         "sound file, a file: or http: URI, or - for a sound file on standard input. Prints the id "
         "of the sound once it is queued, and ends.\n\n"
         "With --wait the program ends when the sound does, and its exit code tells how. "
-        "Interrupting "
-        "it cancels the sound.\n\n"
-        "A sound with --loop is heard until it is cancelled, and ends when the program does, which "
-        "therefore goes on until it is interrupted.",
+        "Interrupting it cancels the sound.\n\n"
+        "A sound with --loop is heard until it is cancelled, and ends when the program does, "
+        "which therefore goes on until it is interrupted.",
         "  tavo sound chime.flac\n"
         "  tavo sound --priority urgent --wait alarm.wav\n"
         "  tavo sound --loop --id bell ring.ogg\n"
@@ -57,8 +56,7 @@ void defineShow(CLI::App &app, Options &options)
     CLI::App *show = addCommand(
         app, options, Options::Command::Show, "show", "Show a message on the display",
         "The message is queued by its priority and shown for its time. Prints its number once it "
-        "is "
-        "queued, and ends.\n\n"
+        "is queued, and ends.\n\n"
         "With --wait the program ends when the message is closed, and its exit code tells how. "
         "Interrupting it closes the message.",
         "  tavo show 'The door is open'\n"
@@ -82,11 +80,10 @@ void defineCancel(CLI::App &app, Options &options)
 {
     CLI::App *cancel = addCommand(
         app, options, Options::Command::Cancel, "cancel", "End a sound, or take a message away",
-        "What begins with a slash is the path of a message, as tavo list shows it. Anything else "
-        "is "
-        "the id of a sound or, where there is no such sound, the number of a message, as tavo "
-        "sound "
-        "and tavo show print them.",
+        "What begins with a slash is the path of a message, as tavo list shows it. A number is "
+        "that of a message or, where none is open by it, the id of a sound. Anything else is the "
+        "id of a sound, as tavo sound prints it. Where there is nothing by the name, the exit "
+        "code is 1.",
         "  tavo cancel bell\n"
         "  tavo cancel 17\n"
         "  tavo cancel \"$(tavo list --json | jq -r '.messages[0].path')\"");

@@ -4,6 +4,7 @@
 #include "CliTest.h"
 
 using testing::HasSubstr;
+using testing::Not;
 
 class CliCancelTest : public CliTest
 {
@@ -29,22 +30,54 @@ TEST_F(CliCancelTest, TakesAMessageAwayByItsPath)
     EXPECT_EQ(m_tavo.output(), "");
 }
 
+TEST_F(CliCancelTest, TakesAMessageAwayByItsNumberWithoutAskingForASound)
+{
+    ASSERT_EQ(run({"show", "--timeout", "0", "Door"}), s_good);
+    EXPECT_EQ(run({"cancel", "1"}), s_good);
+    EXPECT_EQ(run({"list", "--json"}), s_good);
+    EXPECT_EQ(json().toObject().value("messages"), QJsonArray());
+    EXPECT_EQ(run({"cancel", "none"}), s_refused);
+    ASSERT_TRUE(m_host->waitForLog("Unable to cancel not existing item: none"));
+    EXPECT_THAT(m_host->log().toStdString(), Not(HasSubstr("not existing item: 1")));
+}
+
+TEST_F(CliCancelTest, TakesTheMessageBeforeTheSoundOfTheSameNumber)
+{
+    Program loop{QStringLiteral(TAVO_PROGRAM)};
+    prepare(loop);
+    loop.start({"sound", "--loop", "--id", "1", soundFile()});
+    ASSERT_TRUE(loop.waitForOutput("1\n"));
+    ASSERT_EQ(run({"show", "--timeout", "0", "Door"}), s_good);
+    ASSERT_EQ(m_tavo.output(), "1\n");
+    EXPECT_EQ(run({"cancel", "--json", "1"}), s_good);
+    EXPECT_EQ(json().toObject().value("cancelled"), "message");
+    EXPECT_EQ(run({"cancel", "--json", "1"}), s_good);
+    EXPECT_EQ(json().toObject().value("cancelled"), "sound");
+    EXPECT_EQ(loop.waitForExit(), s_cancelled);
+}
+
 TEST_F(CliCancelTest, TellsThatThereIsNoSuchSound)
 {
     EXPECT_EQ(run({"cancel", "bell"}), s_refused);
-    EXPECT_THAT(m_tavo.error(), HasSubstr("Invalid notification sound id to stop"));
+    EXPECT_EQ(m_tavo.error(),
+              "tavo: no sound that plays or waits is called bell. Messages go by the "
+              "number or the path that tavo list shows\n");
 }
 
 TEST_F(CliCancelTest, TellsThatANumberIsNeither)
 {
     EXPECT_EQ(run({"cancel", "4711"}), s_refused);
-    EXPECT_EQ(m_tavo.error(), "tavo: there is neither a sound nor a message 4711\n");
+    EXPECT_EQ(m_tavo.error(), "tavo: there is neither a message nor a sound 4711\n");
 }
 
-TEST_F(CliCancelTest, TellsThatThereIsNoSuchMessage)
+TEST_F(CliCancelTest, TellsThatThereIsNoSuchMessageWithoutAWarningOfTheHost)
 {
-    EXPECT_EQ(run({"cancel", "/notifications/display/simpleMessageNode/none"}), s_refused);
-    EXPECT_THAT(m_tavo.error(), HasSubstr("Node already closed or non-existent"));
+    EXPECT_EQ(run({"cancel", "/dbus/notifications/5"}), s_refused);
+    EXPECT_EQ(m_tavo.error(), "tavo: no message is open at /dbus/notifications/5. tavo list shows "
+                              "those that are\n");
+    EXPECT_EQ(run({"cancel", "none"}), s_refused);
+    ASSERT_TRUE(m_host->waitForLog("Unable to cancel not existing item: none"));
+    EXPECT_THAT(m_host->log().toStdString(), Not(HasSubstr("Called cancel display notification")));
 }
 
 TEST_F(CliCancelTest, TellsInJsonWhatItWas)
