@@ -18,7 +18,7 @@ class TavoClient;
 
 /// A node in the host's model whose requests come to this client: a path to be named wherever the
 /// model wants to be told something, such as a sound's response path. The host answers each request
-/// as soon as it is on its way.
+/// as soon as it is on its way. Every module and every client can send one, and who did isn't told.
 ///
 /// Made anew, with another path, when the host is back after it was gone. Lives in the client's
 /// thread; may be its child.
