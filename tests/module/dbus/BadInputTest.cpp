@@ -11,6 +11,8 @@
 #include <fcntl.h>
 #include <limits>
 #include <malloc.h>
+#include <memory>
+#include <optional>
 #include <unistd.h>
 
 namespace {
@@ -36,6 +38,17 @@ protected:
     {
         return client->call(
             method, [&](sdbus::MethodCall &call) { EXPECT_GE(write(rawMessage(call)), 0); });
+    }
+
+    /// The reply to a request that the client has sent and waits for.
+    CMReply<QVariant> awaitedReply()
+    {
+        const auto reply = std::make_shared<std::optional<CMReply<QVariant>>>();
+        publishRequest("/test/late"_s,
+                       [reply](const CMSetDataRequest &request) { *reply = request.reply(); });
+        client->send("/test/late"_s, 1);
+        EXPECT_TRUE(waitFor([&] { return reply->has_value(); }));
+        return reply->value();
     }
 
     /// What the process has allocated and not given back.
@@ -130,14 +143,7 @@ TEST_F(DbusBadInputTest, ATextThatIsNoUtf8EndsItsSendersConnectionAlone)
 
 TEST_F(DbusBadInputTest, AClientThatVanishesBeforeItsAnswerIsForgotten)
 {
-    CMReply<QVariant> late;
-    bool asked = false;
-    publishRequest("/test/late"_s, [&](const CMSetDataRequest &request) {
-        late = request.reply();
-        asked = true;
-    });
-    client->send("/test/late"_s, 1);
-    ASSERT_TRUE(waitFor([&] { return asked; }));
+    const CMReply<QVariant> late = awaitedReply();
     client->leave();
     late.setValue(2);
     settle();
@@ -168,14 +174,7 @@ TEST_F(DbusBadInputTest, WhatAVanishedClientAskedForIsNotKept)
 
 TEST_F(DbusBadInputTest, AnAnswerThatComesWhenTheBusHasGoneIsForgotten)
 {
-    CMReply<QVariant> late;
-    bool asked = false;
-    publishRequest("/test/late"_s, [&](const CMSetDataRequest &request) {
-        late = request.reply();
-        asked = true;
-    });
-    client->send("/test/late"_s, 1);
-    ASSERT_TRUE(waitFor([&] { return asked; }));
+    const CMReply<QVariant> late = awaitedReply();
     client->leave();
     bus().restart();
     ASSERT_TRUE(waitFor([&] { return log().count("Serving org.tavo.Model1") == 2; }));
