@@ -4,40 +4,30 @@
 #pragma once
 
 #include "support/bus/PrivateBus.h"
+#include "support/program/Program.h"
 
-#include <memory>
-
-#include <QProcess>
 #include <QString>
 #include <QStringList>
 
-/// Somebody else's program on a bus of a test's own. While a test waits for it, the test's event loop
-/// turns, so that what the program asks for can be served in the test's process.
+/// Somebody else's program on a bus of a test's own, running from the start. While a test waits for it,
+/// the test's event loop turns, so that what the program asks for can be served in the test's process.
 class ClientProgram
 {
 public:
     ClientProgram(const PrivateBus &bus, const QString &program, const QStringList &arguments);
-    ~ClientProgram();
-    ClientProgram(const ClientProgram &) = delete;
-    ClientProgram &operator=(const ClientProgram &) = delete;
 
     /// Waits for its end; whether it came, with the exit code 0.
-    bool succeeds();
-
-    /// Waits for its end.
-    bool ends();
+    bool succeeds() { return m_program.waitForExit() == 0; }
 
     /// Waits until it has written the text.
-    bool writes(const QString &text);
+    bool writes(const QString &text) { return m_program.waitForOutput(text.toStdString()); }
 
     /// Ends it at once, whatever it is doing.
-    void kill();
+    void kill() { m_program.kill(); }
 
-    QString output(); ///< so far
-    QString errors(); ///< so far
+    QString output() const { return QString::fromStdString(m_program.output()); } ///< so far
+    QString errors() const { return QString::fromStdString(m_program.error()); }  ///< so far
 
 private:
-    const std::unique_ptr<QProcess> m_process;
-    QString m_output;
-    QString m_errors;
+    Program m_program;
 };

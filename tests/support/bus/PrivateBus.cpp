@@ -3,7 +3,7 @@
 
 #include "support/bus/PrivateBus.h"
 
-#include "support/bus/BoundProcess.h"
+#include "support/program/BoundProcess.h"
 
 #include <stdexcept>
 

@@ -3,15 +3,16 @@
 
 #include "support/program/Program.h"
 
-#include "support/bus/BoundProcess.h"
 #include "support/EventLoop.h"
+#include "support/program/BoundProcess.h"
 
 #include <chrono>
 #include <csignal>
 
 namespace {
-constexpr std::chrono::seconds s_patience(20);
-}
+/// For failures alone; a program that is read from disk takes its time.
+constexpr std::chrono::seconds s_patience(30);
+} // namespace
 
 Program::Program(const QString &file)
     : m_file(file)
@@ -25,10 +26,7 @@ Program::Program(const QString &file)
 Program::~Program()
 {
     m_process->disconnect();
-    if (isRunning()) {
-        m_process->kill();
-        m_process->waitForFinished();
-    }
+    kill();
 }
 
 void Program::setEnvironment(const QString &variable, const QString &value)
@@ -58,7 +56,9 @@ int Program::waitForExit()
         return -1;
     }
     collect();
-    return m_process->exitStatus() == QProcess::NormalExit ? m_process->exitCode() : -1;
+    const bool hasRun = m_process->error() != QProcess::FailedToStart &&
+                        m_process->exitStatus() == QProcess::NormalExit;
+    return hasRun ? m_process->exitCode() : -1;
 }
 
 int Program::run(const QStringList &arguments, const QByteArray &input)
@@ -77,6 +77,14 @@ bool Program::waitForOutput(const std::string &text)
 void Program::sendSignal(int signal)
 {
     ::kill(pid_t(m_process->processId()), signal);
+}
+
+void Program::kill()
+{
+    if (isRunning()) {
+        m_process->kill();
+        m_process->waitForFinished();
+    }
 }
 
 bool Program::isRunning() const

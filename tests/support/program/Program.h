@@ -30,7 +30,7 @@ public:
     /// Starts it; what is written to its input is followed by the input's end.
     void start(const QStringList &arguments, const QByteArray &input = {});
 
-    /// Waits until it ends; gives the exit code, or -1 when it crashed or went on.
+    /// Waits until it ends; gives the exit code, or -1 when it crashed, went on or was not there.
     int waitForExit();
 
     /// Starts it and waits for its end.
@@ -40,6 +40,8 @@ public:
     bool waitForOutput(const std::string &text);
 
     void sendSignal(int signal);
+    /// Ends it at once, whatever it is doing.
+    void kill();
     bool isRunning() const;
 
     std::string output() const { return m_output.toStdString(); }
