@@ -29,6 +29,15 @@ protected:
                                  arguments);
     }
 
+    /// What a script for Python's dbus module writes, to which the interface is "model".
+    std::string python(const QString &script)
+    {
+        const QString prelude = "import dbus\nmodel = dbus.Interface(dbus.SessionBus().get_object("
+                                "'org.tavo.Model1', '/org/tavo/Model1'), 'org.tavo.Model1')\n"_s;
+        // The system's own, which has the system's modules.
+        return run("/usr/bin/python3", {"-c", prelude + script});
+    }
+
     /// What a program writes: its output, or what it complains about.
     std::string run(const QString &program, const QStringList &arguments)
     {
@@ -69,6 +78,35 @@ TEST_F(DbusOtherClientsTest, ShowANodesErrorByItsNameAndMessage)
     EXPECT_EQ(gdbus("Call", {"/test/refusing", "<1>"}),
               "Error: GDBus.Error:org.tavo.Error.Test: Not like this");
     EXPECT_EQ(busctl("Call", {"sv", "/test/refusing", "i", "1"}), "Call failed: Not like this");
+}
+
+TEST_F(DbusOtherClientsTest, KeepAPythonProgramsTypes)
+{
+    publishEcho("/test/echo"_s);
+    EXPECT_EQ(python(R"(
+sent = dbus.Dictionary({'large': dbus.UInt64(2**64 - 1), 'small': dbus.Int64(-2**63),
+                        'bytes': dbus.ByteArray(b'\x00\xff'), 'pair': dbus.Struct((1, 'two'))}, signature='sv')
+echo = model.Call('/test/echo', sent, signature='sv', byte_arrays=True)
+for name in sorted(echo):
+    print(name, type(echo[name]).__name__, list(echo[name]) if name == 'pair' else repr(echo[name]).split('(')[1].split(',')[0])
+)"_s),
+              "bytes ByteArray b'\\x00\\xff'\n"
+              "large UInt64 18446744073709551615\n"
+              "pair Array [dbus.Int32(1, variant_level=1), dbus.String('two', variant_level=1)]\n"
+              "small Int64 -9223372036854775808");
+}
+
+TEST_F(DbusOtherClientsTest, UnsubscribeOnce)
+{
+    EXPECT_EQ(python(R"(
+model.Subscribe('/test/value', 'value')
+model.Unsubscribe('/test/value', 'value')
+try:
+    model.Unsubscribe('/test/value', 'value')
+except dbus.DBusException as refused:
+    print(refused.get_dbus_name())
+)"_s),
+              "org.freedesktop.DBus.Error.InvalidArgs");
 }
 
 TEST_F(DbusOtherClientsTest, CloseNodes)
