@@ -54,6 +54,7 @@ constexpr const char *json = "JSON";
 constexpr const char *title = "TITLE";
 constexpr const char *message = "MESSAGE";
 constexpr const char *id = "ID";
+constexpr const char *idOrPath = "ID|PATH";
 constexpr const char *number = "N";
 constexpr const char *milliseconds = "MS";
 constexpr const char *seconds = "SECONDS";

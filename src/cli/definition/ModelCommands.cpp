@@ -8,7 +8,8 @@
 namespace {
 CLI::Option *addPath(CLI::App &command, Options &options, const char *description)
 {
-    return command.add_option("path", options.path, description)->type_name(ValueName::path);
+    return command.add_option(ValueName::path, options.path, description)
+        ->type_name(ValueName::path);
 }
 
 void defineWatch(CLI::App &app, Options &options)
@@ -37,11 +38,12 @@ void defineGet(CLI::App &app, Options &options)
 
 void defineRows(CLI::App &app, Options &options)
 {
-    CLI::App *rows =
-        addCommand(app, options, Options::Command::Rows, "rows", "Read the rows of a list",
-                   "One row after the other, each as tavo get prints a value.",
-                   "  tavo rows /notifications/display/queue\n"
-                   "  tavo rows --first 10 --count 5 --json /notifications/display/queue");
+    CLI::App *rows = addCommand(
+        app, options, Options::Command::Rows, "rows", "Read the rows of a list",
+        "One row after the other, each as tavo get prints a value, with a blank line between "
+        "records.",
+        "  tavo rows /notifications/display/queue\n"
+        "  tavo rows --first 10 --count 5 --json /notifications/display/queue");
     addPath(*rows, options, "The node")->required();
     rows->add_option("--first", options.first, "The first row to read, from 0 on (0)")
         ->check(notNegative())
@@ -62,7 +64,7 @@ void defineCall(CLI::App &app, Options &options)
         "  tavo call /player/mainAudio/play '{\"string\": \"/srv/music/evening.flac\"}'\n"
         "  tavo call /powerManager/standby");
     addPath(*call, options, "The node")->required();
-    call->add_option("json", options.value, "The value to send, or - for standard input")
+    call->add_option(ValueName::json, options.value, "The value to send, or - for standard input")
         ->type_name(ValueName::json);
 }
 

@@ -37,7 +37,9 @@ void defineSound(CLI::App &app, Options &options)
         "  tavo sound --loop --id bell ring.ogg\n"
         "  espeak --stdout 'Dinner is ready' | tavo sound -\n"
         "  tavo sound --stream 'audio/L16;rate=48000;channels=2' /run/intercom");
-    sound->add_option("file", options.file, "The sound: a file, a URI, or - for standard input")
+    sound
+        ->add_option(ValueName::file, options.file,
+                     "The sound: a file, a URI, or - for standard input")
         ->required()
         ->type_name(ValueName::file);
     sound->add_option("--id", options.id, "What the sound is called, to cancel it by (a new one)")
@@ -62,10 +64,10 @@ void defineShow(CLI::App &app, Options &options)
         "  tavo show 'The door is open'\n"
         "  tavo show --priority high --timeout 10000 Door 'Somebody rings'\n"
         "  tavo show --timeout 0 --wait Maintenance 'Take it away when you are done'");
-    show->add_option("title", options.title, "The message's title")
+    show->add_option(ValueName::title, options.title, "The message's title")
         ->required()
         ->type_name(ValueName::title);
-    show->add_option("message", options.message, "The message's text")
+    show->add_option(ValueName::message, options.message, "The message's text")
         ->type_name(ValueName::message);
     show->add_option("-t,--timeout", options.timeout,
                      "How many milliseconds it is shown, 0: until it is closed (as the host is "
@@ -87,18 +89,24 @@ void defineCancel(CLI::App &app, Options &options)
         "  tavo cancel bell\n"
         "  tavo cancel 17\n"
         "  tavo cancel \"$(tavo list --json | jq -r '.messages[0].path')\"");
-    cancel->add_option("id", options.id, "The sound's id, the message's number or its path")
+    const auto check = [](const std::string &text) {
+        return text.empty() ? "must not be empty" : std::string();
+    };
+    cancel
+        ->add_option(ValueName::idOrPath, options.id,
+                     "The sound's id, the message's number or its path")
         ->required()
-        ->type_name(ValueName::id);
+        ->check(CLI::Validator(check, ""))
+        ->type_name(ValueName::idOrPath);
 }
 
 void defineList(CLI::App &app, Options &options)
 {
     CLI::App *list = addCommand(
         app, options, Options::Command::List, "list", "List the messages on the display",
-        "One line a message: its place, its path, its title and its text. The first is on display, "
-        "the others wait. Sounds that wait are not in the model and can't be listed; tavo status "
-        "tells whether one is heard.",
+        "One line a message: its place, its path, its title and its text, parted by tabs where the "
+        "output is no terminal. The first is on display, the others wait. Sounds that wait are not "
+        "in the model and can't be listed; tavo status tells whether one is heard.",
         "  tavo list\n"
         "  tavo list --count 3 --json");
     list->add_option("-n,--count", options.count, "How many to list at most (100)")

@@ -34,7 +34,9 @@ std::string offer(const std::string &valueName)
     case ValueOffer::Files:
         return "compopt -o filenames; _tavo_offer -f";
     case ValueOffer::NodePaths:
-        return std::string("_tavo_offer -W \"$(") + s_listPaths + ")\"";
+        return std::string("_tavo_offer_lines < <(") + s_listNodes + ')';
+    case ValueOffer::MessagePaths:
+        return std::string("_tavo_offer_lines < <(") + s_listMessages + ')';
     case ValueOffer::Words:
         return "_tavo_offer -W " + shellQuoted(offeredWords(valueName));
     case ValueOffer::Nothing:
@@ -99,6 +101,17 @@ const char *const s_head = R"(# bash completion for tavo
 
 _tavo_offer() {
     mapfile -t COMPREPLY < <(compgen "$@" -- "$current")
+}
+
+# What others have named is expanded neither here nor where it is accepted.
+_tavo_offer_lines() {
+    local line
+    while IFS= read -r line; do
+        if [[ $line == "$current"* ]]; then
+            printf -v line %q "$line"
+            COMPREPLY+=("$line")
+        fi
+    done
 }
 
 _tavo() {

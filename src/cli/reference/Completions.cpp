@@ -21,6 +21,9 @@ ValueOffer offerFor(const std::string &valueName)
     if (valueName == ValueName::path) {
         return ValueOffer::NodePaths;
     }
+    if (valueName == ValueName::idOrPath) {
+        return ValueOffer::MessagePaths;
+    }
     return offeredWords(valueName).empty() ? ValueOffer::Nothing : ValueOffer::Words;
 }
 

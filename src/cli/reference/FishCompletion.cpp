@@ -14,7 +14,9 @@ std::string offer(const std::string &valueName)
     case ValueOffer::Files:
         return " -F";
     case ValueOffer::NodePaths:
-        return " -a " + shellQuoted(std::string("(") + s_listPaths + ')');
+        return " -a " + shellQuoted(std::string("(") + s_listNodes + ')');
+    case ValueOffer::MessagePaths:
+        return " -a " + shellQuoted(std::string("(") + s_listMessages + ')');
     case ValueOffer::Words:
         return " -a " + shellQuoted(offeredWords(valueName));
     case ValueOffer::Nothing:

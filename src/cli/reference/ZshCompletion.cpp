@@ -22,7 +22,9 @@ std::string action(const std::string &valueName)
     case ValueOffer::Files:
         return "_files";
     case ValueOffer::NodePaths:
-        return "_tavo_paths";
+        return "_tavo_nodes";
+    case ValueOffer::MessagePaths:
+        return "_tavo_messages";
     case ValueOffer::Words:
         return '(' + offeredWords(valueName) + ')';
     case ValueOffer::Nothing:
@@ -68,6 +70,19 @@ std::string positionals(const CommandReference &command, const std::string &inde
     return lines;
 }
 
+/// A function that offers what the command prints.
+std::string pathFunction(const std::string &name, const std::string &command)
+{
+    return name +
+           "() {\n"
+           "    local -a paths\n"
+           "    paths=(${(f)\"$(" +
+           command +
+           ")\"})\n"
+           "    compadd -a paths\n"
+           "}\n\n";
+}
+
 std::string commands(const Reference &reference)
 {
     std::string lines;
@@ -98,14 +113,8 @@ std::string cases(const Reference &reference)
 
 std::string zshCompletion(const Reference &reference)
 {
-    return std::string("#compdef tavo\n\n"
-                       "_tavo_paths() {\n"
-                       "    local -a paths\n"
-                       "    paths=(${(f)\"$(") +
-           s_listPaths +
-           ")\"})\n"
-           "    compadd -a paths\n"
-           "}\n\n"
+    return "#compdef tavo\n\n" + pathFunction("_tavo_nodes", s_listNodes) +
+           pathFunction("_tavo_messages", s_listMessages) +
            "_tavo() {\n"
            "    local context state state_descr line\n"
            "    local -a commands\n"

@@ -70,6 +70,14 @@ TEST_F(CliCancelTest, TellsThatANumberIsNeither)
     EXPECT_EQ(m_tavo.error(), "tavo: there is neither a message nor a sound 4711\n");
 }
 
+TEST_F(CliCancelTest, RefusesNoName)
+{
+    EXPECT_EQ(run({"cancel", ""}), s_usage);
+    EXPECT_EQ(m_tavo.error(), "tavo: ID|PATH: must not be empty. See tavo cancel --help.\n");
+    EXPECT_EQ(run({"cancel"}), s_usage);
+    EXPECT_EQ(m_tavo.error(), "tavo: ID|PATH is required. See tavo cancel --help.\n");
+}
+
 TEST_F(CliCancelTest, TellsThatThereIsNoSuchMessageWithoutAWarningOfTheHost)
 {
     EXPECT_EQ(run({"cancel", "/dbus/notifications/5"}), s_refused);

@@ -21,7 +21,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::IsSupersetOf;
 
-/// The completions as a shell runs them, with a tavo that lists two nodes.
+/// The completions as a shell runs them, with a tavo that lists nodes and messages.
 class CompletionTest : public testing::Test
 {
 protected:
@@ -30,7 +30,12 @@ protected:
         write("tavo.bash", bashCompletion(m_reference));
         write("_tavo", zshCompletion(m_reference));
         write("tavo.fish", fishCompletion(m_reference));
-        write("tavo", "#!/bin/sh\nprintf '/player/state\\tvalue\\tState\\n/door\\tlist\\t\\n'\n");
+        write("tavo", R"(#!/bin/sh
+case " $* " in
+*" list "*) printf 'shown\t/ring\tDoor\t\n1\t/dbus/notifications/7\tMail\t\n' ;;
+*) printf '/player/state\tvalue\tState\n/door\tlist\t\n%s\tlist\t\n' '/evil/$(touch hit) x' ;;
+esac
+)");
         QFile::setPermissions(file("tavo"), QFile::ReadOwner | QFile::ExeOwner);
     }
 
@@ -137,8 +142,20 @@ TEST_F(CompletionTest, BashOffersFilesWhereAFileIsMeant)
 
 TEST_F(CompletionTest, BashOffersTheNodesOfTheModel)
 {
-    EXPECT_THAT(bashOffers("tavo get /"), ElementsAre("/player/state", "/door"));
+    EXPECT_THAT(bashOffers("tavo get /"),
+                ElementsAre("/player/state", "/door", "/evil/\\$\\(touch\\ hit\\)\\ x"));
     EXPECT_THAT(bashOffers("tavo call /p"), ElementsAre("/player/state"));
+}
+
+TEST_F(CompletionTest, BashRunsNothingOfAPath)
+{
+    bashOffers("tavo get /");
+    EXPECT_FALSE(QFile::exists(file("hit")));
+}
+
+TEST_F(CompletionTest, BashOffersTheMessagesThatAreOpen)
+{
+    EXPECT_THAT(bashOffers("tavo cancel /"), ElementsAre("/ring", "/dbus/notifications/7"));
 }
 
 TEST_F(CompletionTest, FishOffersCommandsOptionsAndValues)
@@ -155,6 +172,7 @@ TEST_F(CompletionTest, FishOffersCommandsOptionsAndValues)
     EXPECT_THAT(offers("tavo sound --str"), ElementsAre("--stream"));
     EXPECT_THAT(offers("tavo sound --priority u"), ElementsAre("urgent"));
     EXPECT_THAT(offers("tavo get /p"), ElementsAre("/player/state"));
+    EXPECT_THAT(offers("tavo cancel /r"), ElementsAre("/ring"));
 }
 
 TEST_F(CompletionTest, ZshReadsItsCompletion)
