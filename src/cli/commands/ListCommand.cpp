@@ -14,32 +14,43 @@ void ListCommand::start()
             fail(error, TavoNotificationDisplayQueuePath());
             return;
         }
-        print(QVariantHash{{QStringLiteral("messages"), messages.toList()},
-                           {QStringLiteral("more"), messages.isCut}},
-              textOf(messages));
+        if (options().json) {
+            print(QVariantHash{{QStringLiteral("messages"), messages.toList()},
+                               {QStringLiteral("more"), messages.isCut}},
+                  {});
+        } else {
+            printLines(messages);
+        }
         finish(ExitCode::Ok);
     });
 }
 
-QString ListCommand::textOf(const ShownMessages &messages)
+void ListCommand::printLines(const ShownMessages &messages)
 {
-    if (messages.messages.isEmpty() && !messages.isCut) {
-        return QStringLiteral("No messages.");
-    }
-    QStringList lines;
     for (int i = 0; i < messages.messages.size(); ++i) {
-        const ShownMessage &message = messages.messages[i];
-        const QString place = i == 0 ? QStringLiteral("shown") : QStringLiteral("%1").arg(i, 5);
-        lines.append(
-            QStringLiteral("%1  %2  %3  %4")
-                .arg(terminal().styled(place,
-                                       i == 0 ? Terminal::Style::Good : Terminal::Style::Plain),
-                     terminal().styled(oneLine(message.path.toString()), Terminal::Style::Faint),
-                     terminal().styled(oneLine(message.title), Terminal::Style::Bold),
-                     oneLine(message.text)));
+        terminal().print(lineOf(messages.messages[i], i));
     }
+    // What isn't a message would be taken for one by who reads a pipe.
     if (messages.isCut) {
-        lines.append(QStringLiteral("There are more: see --count."));
+        terminal().printNote(QStringLiteral("There are more: see --count."));
+    } else if (messages.messages.isEmpty()) {
+        terminal().printNote(QStringLiteral("No messages."));
     }
-    return lines.join(QLatin1Char('\n'));
+}
+
+QString ListCommand::lineOf(const ShownMessage &message, int index)
+{
+    const QString place = index == 0 ? QStringLiteral("shown") : QString::number(index);
+    const QString path = oneLine(message.path.toString());
+    const QString title = oneLine(message.title);
+    const QString text = oneLine(message.text);
+    if (!terminal().isTerminal()) {
+        return QStringList{place, path, title, text}.join(QLatin1Char('\t'));
+    }
+    constexpr int width = 5;
+    const auto style = index == 0 ? Terminal::Style::Good : Terminal::Style::Plain;
+    return QStringList{terminal().styled(place.rightJustified(width), style),
+                       terminal().styled(path, Terminal::Style::Faint),
+                       terminal().styled(title, Terminal::Style::Bold), text}
+        .join(QStringLiteral("  "));
 }

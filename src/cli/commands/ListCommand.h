@@ -17,5 +17,6 @@ public:
     void start() override;
 
 private:
-    QString textOf(const ShownMessages &messages);
+    void printLines(const ShownMessages &messages);
+    QString lineOf(const ShownMessage &message, int index);
 };

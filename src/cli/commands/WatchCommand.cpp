@@ -173,6 +173,14 @@ void WatchCommand::on_client_subscriptionFailed(const CMPath &path, const CMErro
 
 void WatchCommand::report(const CMPath &path, const QVariantHash &fields, const QString &text)
 {
+    printChange(path, fields, text);
+    if (!terminal().isGood()) {
+        finish(ExitCode::SystemError);
+    }
+}
+
+void WatchCommand::printChange(const CMPath &path, const QVariantHash &fields, const QString &text)
+{
     const QTime now = QTime::currentTime();
     if (!options().json) {
         const QString time = now.toString(QStringLiteral("HH:mm:ss.zzz"));

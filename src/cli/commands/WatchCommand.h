@@ -40,7 +40,9 @@ private:
     void readValue(const CMPath &path);
     void readRows(const CMPath &path);
     void printRows(const CMPath &path, const QVariantList &rows);
+    /// Ends the program when nobody can read it any more.
     void report(const CMPath &path, const QVariantHash &fields, const QString &text);
+    void printChange(const CMPath &path, const QVariantHash &fields, const QString &text);
 
     QVector<Followed> m_followed;
     bool m_wasAvailable = false;

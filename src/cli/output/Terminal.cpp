@@ -3,7 +3,9 @@
 
 #include "cli/output/Terminal.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -72,7 +74,21 @@ void Terminal::write(const QByteArray &line)
     endLive();
     std::fwrite(line.constData(), 1, std::size_t(line.size()), stdout);
     std::fputc('\n', stdout);
-    m_isGood = std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && m_isGood;
+    if (m_isGood && (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)) {
+        const int error = errno;
+        m_isGood = false;
+        printError(QStringLiteral("standard output can't be written: %1")
+                       .arg(QString::fromLocal8Bit(std::strerror(error))));
+    }
+}
+
+void Terminal::printNote(const QString &text)
+{
+    if (m_isTerminal) {
+        print(text);
+    } else {
+        std::fprintf(stderr, "%s\n", text.toUtf8().constData());
+    }
 }
 
 void Terminal::printError(const QString &text)

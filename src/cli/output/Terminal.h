@@ -29,13 +29,16 @@ public:
     void print(const QString &text);
     void printJson(const QByteArray &json);
 
+    /// Prints what is for people and no result: on the terminal, else on standard error.
+    void printNote(const QString &text);
+
     /// Prints "tavo: " and the text on standard error.
     void printError(const QString &text);
 
     void showLive(const QString &text);
     void endLive();
 
-    /// Whether everything printed has been written; a full disk is noticed here.
+    /// Whether everything printed has been written; a full disk is noticed here, and told once.
     bool isGood() const { return m_isGood; }
 
 private:

@@ -60,6 +60,16 @@ TEST_F(CliTerminalTest, TheTreeIsIndented)
                 HasSubstr("player\r\n  alsaDevice\r\n    \x1b[1mmain\x1b[0m "));
 }
 
+TEST_F(CliTerminalTest, TheListHasColumns)
+{
+    EXPECT_EQ(outputOf("list"), "No messages.\r\n");
+    run({"show", "--timeout", "0", "Door", "Ring"});
+    run({"show", "--timeout", "0", "Oven"});
+    m_script.setEnvironment("NO_COLOR", "1");
+    EXPECT_EQ(outputOf("list"), "shown  /dbus/notifications/1  Door  Ring\r\n"
+                                "    1  /dbus/notifications/2  Oven  \r\n");
+}
+
 TEST_F(CliTerminalTest, ALiveLineTellsWhatIsWaitedFor)
 {
     m_script.start(arguments("sound --loop --id bell " + soundFile()));

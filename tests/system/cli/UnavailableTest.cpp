@@ -111,4 +111,6 @@ TEST_F(CliUnavailableTest, AnOutputThatCannotBeWrittenIsAFailure)
     prepare(shell);
     constexpr int systemError = 71;
     EXPECT_EQ(shell.run({"-c", QStringLiteral(TAVO_PROGRAM) + " tree > /dev/full"}), systemError);
+    EXPECT_EQ(shell.error(), "tavo: standard output can't be written: No space left on device\n");
+    EXPECT_EQ(shell.run({"-c", QStringLiteral(TAVO_PROGRAM) + " watch > /dev/full"}), systemError);
 }
