@@ -69,6 +69,12 @@ QString errorText(const CMError &error, const CMPath &path, const QString &bus)
                    "a value, rows a list, call sends a request")
             .arg(path.toString());
     }
+    if (name == QLatin1String("org.freedesktop.DBus.Error.AccessDenied")) {
+        return QStringLiteral("access denied: %1. The bus's policy says who may send requests, and "
+                              "\"sounds\" in the host's configuration of the module dbus which "
+                              "sounds may be played")
+            .arg(error.message().toString());
+    }
     if (name == TavoClientError::limitExceeded()) {
         return refusalText(error) + QStringLiteral(". The limits are set in the host's "
                                                    "configuration of the module dbus");

@@ -29,13 +29,26 @@ void RowsCommand::start()
         if (options().json) {
             print(rows, {});
         } else {
-            for (const QVariant &row : rows) {
-                terminal().print(valueText(row));
-            }
+            printRows(rows);
         }
         finish(ExitCode::Ok);
     };
     onAnswer<QVariantList>(client().rows(path, options().first, options().count), path, use);
+}
+
+void RowsCommand::printRows(const QVariantList &rows)
+{
+    bool isFirst = true;
+    bool wasLong = false;
+    for (const QVariant &row : rows) {
+        const QString text = valueText(row);
+        const bool isLong = text.contains(QLatin1Char('\n'));
+        // A blank line parts what takes several.
+        const bool isApart = !isFirst && (isLong || wasLong);
+        terminal().print(isApart ? QLatin1Char('\n') + text : text);
+        isFirst = false;
+        wasLong = isLong;
+    }
 }
 
 void CallCommand::start()

@@ -25,6 +25,9 @@ public:
     using Command::Command;
 
     void start() override;
+
+private:
+    void printRows(const QVariantList &rows);
 };
 
 class CallCommand : public Command

@@ -77,9 +77,22 @@ void SoundCommand::enqueue()
         if (!answer.error().isError()) {
             on_item_queued();
         } else {
-            fail(answer.error(), TavoNotificationPlayerEnqueuePath());
+            on_item_refused(answer.error());
         }
     });
+}
+
+void SoundCommand::on_item_refused(const CMError &error)
+{
+    if (error.name() != QLatin1String("Notifications")) {
+        fail(error, TavoNotificationPlayerEnqueuePath());
+        return;
+    }
+    // It doesn't say why, but not much is left that it could be.
+    fail(ExitCode::Refused,
+         QStringLiteral("the host did not queue the sound %1: one by that id may be there already. "
+                        "Its log says why")
+             .arg(m_item.id()));
 }
 
 void SoundCommand::on_item_queued()
@@ -112,6 +125,10 @@ void SoundCommand::report(const char *event)
 
 void SoundCommand::on_inbox_responded(const TavoNotificationPlayerResponse &response)
 {
+    // Anybody can send to an inbox.
+    if (response.id() != m_item.id()) {
+        return;
+    }
     if (m_isQueued) {
         handle(response);
     } else {

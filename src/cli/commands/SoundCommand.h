@@ -32,6 +32,7 @@ private:
     bool isToWait() const { return options().wait || options().loop; }
     void enqueue();
     void on_item_queued();
+    void on_item_refused(const CMError &error);
     void handle(const TavoNotificationPlayerResponse &response);
     void report(const char *event);
 

@@ -3,6 +3,8 @@
 
 #include "CliTest.h"
 
+#include "support/bus/ClientProgram.h"
+
 #include <QTemporaryDir>
 
 #include <fcntl.h>
@@ -101,6 +103,19 @@ TEST_F(CliNodesTest, RowsPrintsARowALine)
     EXPECT_THAT(m_tavo.lines(), testing::ElementsAre(second));
     EXPECT_EQ(run({"rows", "--json", "/notifications/display/queue"}), s_good);
     EXPECT_EQ(json().toArray().size(), 3);
+}
+
+TEST_F(CliNodesTest, RowsPartsRecordsByABlankLine)
+{
+    ClientProgram desktop(m_bus, "gdbus",
+                          {"call", "--session", "--dest", "org.freedesktop.Notifications",
+                           "--object-path", "/org/freedesktop/Notifications", "--method",
+                           "org.freedesktop.Notifications.Notify", "Bell", "0", "", "Door", "Ring",
+                           "['open', 'Open']", "{}", "0"});
+    ASSERT_TRUE(desktop.succeeds()) << desktop.errors().toStdString();
+    EXPECT_EQ(run({"rows", "/dbus/notifications/1"}), s_good);
+    EXPECT_EQ(m_tavo.output(), "application: Bell\ntitle: Ring\ntype: 6\n\n"
+                               "path: /dbus/notifications/1/actions/open\ntitle: Open\ntype: 2\n");
 }
 
 TEST_F(CliNodesTest, TreePrintsALineANodeToAPipe)

@@ -97,6 +97,25 @@ TEST_F(CliSoundTest, ALoopEndsWithTheProgramHoweverThatEnds)
     EXPECT_TRUE(m_host->waitForLog("Released Audio of notifications"));
 }
 
+TEST_F(CliSoundTest, WaitingItStepsOverTheEndsOfOtherSounds)
+{
+    startLoop();
+    Program other{QStringLiteral(TAVO_PROGRAM)};
+    prepare(other);
+    const QString finished = R"({"notificationPlayerResponse": {"id": "other", "type": 2}})";
+    ASSERT_EQ(other.run({"call", "/dbus/inbox/1", finished}), s_good) << other.error();
+    EXPECT_EQ(other.run({"cancel", "bell"}), s_good) << other.error();
+    EXPECT_EQ(m_tavo.waitForExit(), s_cancelled);
+    EXPECT_EQ(m_tavo.output(), "bell\ncancelled\n");
+}
+
+TEST_F(CliSoundTest, RefusedForItsSchemeTellsWhoAllowsThem)
+{
+    EXPECT_EQ(run({"sound", "ftp://host/sound.wav"}), s_refused);
+    EXPECT_THAT(m_tavo.error(), StartsWith("tavo: access denied: "));
+    EXPECT_THAT(m_tavo.error(), HasSubstr("configuration of the module dbus"));
+}
+
 TEST_F(CliSoundTest, TellsInJsonWhatHappensInItsOrder)
 {
     EXPECT_EQ(run({"sound", "--wait", "--json", "--id", "bell", soundFile()}), s_good);
@@ -170,7 +189,8 @@ TEST_F(CliSoundTest, TellsThatAnIdIsInUse)
     Program other{QStringLiteral(TAVO_PROGRAM)};
     prepare(other);
     EXPECT_EQ(other.run({"sound", "--id", "bell", soundFile()}), s_refused);
-    EXPECT_THAT(other.error(), HasSubstr("the host refused"));
+    EXPECT_EQ(other.error(), "tavo: the host did not queue the sound bell: one by that id may be "
+                             "there already. Its log says why\n");
 }
 
 TEST_F(CliSoundTest, APrioritysNumberGoesThrough)
