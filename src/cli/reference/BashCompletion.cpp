@@ -4,30 +4,7 @@
 #include "cli/reference/Completions.h"
 #include "cli/reference/Writers.h"
 
-#include <map>
-
 namespace {
-/// Each option with a value and what its value is called, of the program and all commands: a name
-/// means the same wherever it stands.
-std::map<std::string, std::string> valuedOptions(const Reference &reference)
-{
-    std::map<std::string, std::string> valued;
-    const auto add = [&valued](const CommandReference &command) {
-        for (const OptionReference &option : command.options) {
-            for (const std::string &name : option.names) {
-                if (!option.valueName.empty()) {
-                    valued.emplace(name, option.valueName);
-                }
-            }
-        }
-    };
-    add(reference.program);
-    for (const CommandReference &command : reference.commands) {
-        add(command);
-    }
-    return valued;
-}
-
 std::string offer(const std::string &valueName)
 {
     switch (offerFor(valueName)) {

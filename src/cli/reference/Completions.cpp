@@ -27,6 +27,25 @@ ValueOffer offerFor(const std::string &valueName)
     return offeredWords(valueName).empty() ? ValueOffer::Nothing : ValueOffer::Words;
 }
 
+std::map<std::string, std::string> valuedOptions(const Reference &reference)
+{
+    std::map<std::string, std::string> valued;
+    const auto add = [&valued](const CommandReference &command) {
+        for (const OptionReference &option : command.options) {
+            for (const std::string &name : option.names) {
+                if (!option.valueName.empty()) {
+                    valued.emplace(name, option.valueName);
+                }
+            }
+        }
+    };
+    add(reference.program);
+    for (const CommandReference &command : reference.commands) {
+        add(command);
+    }
+    return valued;
+}
+
 std::string shellQuoted(const std::string &text)
 {
     std::string quoted = "'";

@@ -5,6 +5,7 @@
 
 #include "cli/reference/Reference.h"
 
+#include <map>
 #include <string>
 
 /// What a shell is to offer for a value.
@@ -14,6 +15,10 @@ ValueOffer offerFor(const std::string &valueName);
 
 /// The words to offer, parted by blanks; empty for other offers.
 std::string offeredWords(const std::string &valueName);
+
+/// Each option with a value and what its value is called, of the program and all commands: a name
+/// means the same wherever it stands.
+std::map<std::string, std::string> valuedOptions(const Reference &reference);
 
 // Print paths, a line each. Not waiting long: somebody is typing.
 constexpr const char *s_listNodes = "tavo --patience 1 tree 2>/dev/null | cut -f 1";

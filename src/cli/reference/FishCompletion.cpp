@@ -5,7 +5,7 @@
 #include "cli/reference/Writers.h"
 
 namespace {
-const char *const s_complete = "complete -c tavo";
+constexpr const char *s_complete = "complete -c tavo";
 
 /// What to offer for a value, as an argument of complete.
 std::string offer(const std::string &valueName)
@@ -27,7 +27,7 @@ std::string offer(const std::string &valueName)
 
 std::string option(const OptionReference &reference, const std::string &condition)
 {
-    std::string line = s_complete + condition;
+    std::string line = std::string(s_complete) + condition;
     for (const std::string &name : reference.names) {
         const bool isLong = name.size() > 2;
         line += isLong ? " -l " + name.substr(2) : " -s " + name.substr(1);
@@ -39,27 +39,69 @@ std::string option(const OptionReference &reference, const std::string &conditio
     return line + " -d " + shellQuoted(reference.description) + '\n';
 }
 
+/// Where the command is that; with a place, where so many words follow it.
+std::string when(const std::string &command, const std::string &place = {})
+{
+    return " -n " + shellQuoted("__tavo_is " + command + (place.empty() ? "" : ' ' + place));
+}
+
 std::string command(const CommandReference &reference)
 {
-    std::string lines = std::string(s_complete) + " -n __fish_use_subcommand -a " + reference.name +
-                        " -d " + shellQuoted(reference.summary) + '\n';
-    const std::string condition =
-        " -n " + shellQuoted("__fish_seen_subcommand_from " + reference.name);
+    std::string lines = std::string(s_complete) + " -n __tavo_is -a " + reference.name + " -d " +
+                        shellQuoted(reference.summary) + '\n';
     for (const OptionReference &each : reference.options) {
         const bool isEverywhere = each.names.back() == "--help";
-        lines += isEverywhere ? std::string() : option(each, condition);
+        lines += isEverywhere ? std::string() : option(each, when(reference.name));
     }
+    int place = 0;
     for (const OptionReference &positional : reference.positionals) {
+        const std::string condition = when(reference.name, std::to_string(place++));
         const std::string values = offer(positional.valueName);
-        lines += values.empty() ? values : s_complete + condition + values + '\n';
+        lines += values.empty() ? values : std::string(s_complete) + condition + values + '\n';
     }
     return lines;
+}
+
+/// The function that the conditions ask.
+std::string conditionFunction(const Reference &reference)
+{
+    std::string names;
+    for (const auto &each : valuedOptions(reference)) {
+        names += ' ' + each.first;
+    }
+    return "function __tavo_is -a command place\n"
+           "    set -l words\n"
+           "    set -l is_value no\n"
+           "    set -l typed (commandline -opc)\n"
+           "    set -e typed[1]\n"
+           "    for word in $typed\n"
+           "        if test $is_value = yes\n"
+           "            set is_value no\n"
+           "            continue\n"
+           "        end\n"
+           "        switch $word\n"
+           "            case" +
+           names +
+           "\n"
+           "                set is_value yes\n"
+           "            case '-?*'\n"
+           "            case '*'\n"
+           "                set -a words $word\n"
+           "        end\n"
+           "    end\n"
+           "    test \"$words[1]\" = \"$command\"\n"
+           "    and begin\n"
+           "        test -z \"$place\"\n"
+           "        or test (count $words) -eq (math $place + 1)\n"
+           "    end\n"
+           "end\n\n";
 }
 } // namespace
 
 std::string fishCompletion(const Reference &reference)
 {
-    std::string text = std::string("# fish completion for tavo\n\n") + s_complete + " -f\n";
+    std::string text =
+        "# fish completion for tavo\n\n" + conditionFunction(reference) + s_complete + " -f\n";
     for (const OptionReference &each : reference.program.options) {
         text += option(each, "");
     }

@@ -96,7 +96,7 @@ TEST_F(CompletionTest, EachHoldsEveryCommandAndOption)
     for (const CommandReference &command : m_reference.commands) {
         EXPECT_THAT(bash, HasSubstr("            " + command.name + ") options+="));
         EXPECT_THAT(zsh, HasSubstr('\'' + command.name + ':'));
-        EXPECT_THAT(fish, HasSubstr("__fish_use_subcommand -a " + command.name + " -d"));
+        EXPECT_THAT(fish, HasSubstr(" -a " + command.name + " -d"));
         for (const OptionReference &option : command.options) {
             for (const std::string &name : option.names) {
                 const std::string bare = name.substr(name.find_first_not_of('-'));
@@ -173,6 +173,10 @@ TEST_F(CompletionTest, FishOffersCommandsOptionsAndValues)
     EXPECT_THAT(offers("tavo sound --priority u"), ElementsAre("urgent"));
     EXPECT_THAT(offers("tavo get /p"), ElementsAre("/player/state"));
     EXPECT_THAT(offers("tavo cancel /r"), ElementsAre("/ring"));
+    EXPECT_THAT(offers("tavo --bus system li"), ElementsAre("list"));
+    EXPECT_THAT(offers("tavo call --patience 2 /p"), ElementsAre("/player/state"));
+    EXPECT_THAT(offers("tavo call /player/state /p"), IsEmpty());
+    EXPECT_THAT(offers("tavo show list --co"), IsEmpty());
 }
 
 TEST_F(CompletionTest, ZshReadsItsCompletion)
