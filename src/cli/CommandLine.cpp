@@ -30,12 +30,21 @@ std::string patienceComplaint(const std::string &text)
                                                            : "must be a number from 0.01 to 86400";
 }
 
+std::string busComplaint(const std::string &text)
+{
+    const bool isAddress = text.find(':') != std::string::npos;
+    return isAddress || text == "session" || text == "system"
+               ? ""
+               : "must be session, system or a bus address such as unix:path=/run/bus";
+}
+
 void defineGlobalOptions(CLI::App &app, Options &options)
 {
     app.set_help_flag("-h,--help", "Show the help, of a command behind its name");
     app.set_version_flag("--version", "tavo " TAVO_VERSION, "Show the version");
     app.add_option("--bus", options.bus, "session, system or a bus address (session)")
         ->envname("TAVO_BUS")
+        ->check(CLI::Validator(busComplaint, ""))
         ->type_name(ValueName::bus);
     app.add_flag("--json", options.json, "Print JSON");
     app.add_option("--patience", options.patienceSeconds,

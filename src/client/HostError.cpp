@@ -15,6 +15,12 @@ bool isAboutNobody(const QString &name)
            name.startsWith(QLatin1String("org.freedesktop.DBus.Error.Spawn."));
 }
 
+/// The host denies access by the same name.
+bool isOfTheBus(const sdbus::MethodReply &answer)
+{
+    return answer.getSender() == "org.freedesktop.DBus";
+}
+
 bool isAboutSilence(const QString &name)
 {
     return name == QLatin1String("org.freedesktop.DBus.Error.NoReply") ||
@@ -40,6 +46,9 @@ CMError hostError(const sdbus::Error &error, sdbus::MethodReply &answer, bool is
     if (isAboutNobody(name)) {
         return {TavoClientError::noHost(),
                 noHostText() + QStringLiteral(": ") + read.message().toString()};
+    }
+    if (name == QLatin1String("org.freedesktop.DBus.Error.AccessDenied") && isOfTheBus(answer)) {
+        return {TavoClientError::notPermitted(), read.message()};
     }
     if (name == QLatin1String("org.freedesktop.DBus.Error.LimitsExceeded")) {
         return {TavoClientError::limitExceeded(), read.message()};

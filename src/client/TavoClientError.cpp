@@ -18,6 +18,11 @@ QString TavoClientError::timedOut()
     return QStringLiteral("TimedOut");
 }
 
+QString TavoClientError::notPermitted()
+{
+    return QStringLiteral("NotPermitted");
+}
+
 QString TavoClientError::limitExceeded()
 {
     return QStringLiteral("LimitExceeded");

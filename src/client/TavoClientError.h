@@ -18,6 +18,9 @@ TAVO_CLIENT_EXPORT QString noHost();
 /// No answer came in time; whether the request was carried out is not known.
 TAVO_CLIENT_EXPORT QString timedOut();
 
+/// The bus's policy lets this user send no such request; it has not reached the host.
+TAVO_CLIENT_EXPORT QString notPermitted();
+
 /// The host holds the client to a limit: of requests, of open notifications, of a value's size.
 TAVO_CLIENT_EXPORT QString limitExceeded();
 

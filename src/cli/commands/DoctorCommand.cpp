@@ -3,6 +3,7 @@
 
 #include "cli/commands/DoctorCommand.h"
 
+#include "cli/commands/ErrorText.h"
 #include "cli/doctor/HostModules.h"
 #include "cli/doctor/SoundDevice.h"
 #include "cli/output/ValueText.h"
@@ -82,29 +83,38 @@ void DoctorCommand::lookAtHost()
 
 void DoctorCommand::lookAtNodes()
 {
-    const auto use = [this](const QVector<TavoClientNode> &nodes) {
-        const auto isThere = [&nodes](const CMPath &path) {
-            return std::any_of(nodes.begin(), nodes.end(),
-                               [&path](const TavoClientNode &node) { return node.path == path; });
-        };
-        const std::pair<const char *, CMPath> usual[] = {
-            {"powermanager", TavoPowerManagerStatePath()},
-            {"player", TavoPlayerMainAudioStatePath()},
-            {"notifications", TavoNotificationPlayerEnqueuePath()}};
-        for (const auto &[module, path] : usual) {
-            if (isThere(path)) {
-                add(State::Good, "host", QStringLiteral("runs %1").arg(QLatin1String(module)));
-            } else {
-                add(State::Missing, "host",
-                    QStringLiteral("does not run %1").arg(QLatin1String(module)),
-                    QStringLiteral(
-                        "list it in the host's configuration: \"modules\": [\"%1\", ...]")
-                        .arg(QLatin1String(module)));
-            }
+    client().tree().onFinished(this, [this](const CMReply<QVector<TavoClientNode>> &answer) {
+        if (!answer.error().isError()) {
+            lookForModules(answer.value());
+            lookAtMessages();
+            return;
         }
-        lookAtMessages();
+        add(State::Missing, "host", QStringLiteral("can't be asked what it runs"),
+            errorText(answer.error(), {}, QString::fromStdString(options().bus)));
+        conclude();
+    });
+}
+
+void DoctorCommand::lookForModules(const QVector<TavoClientNode> &nodes)
+{
+    const auto isThere = [&nodes](const CMPath &path) {
+        return std::any_of(nodes.begin(), nodes.end(),
+                           [&path](const TavoClientNode &node) { return node.path == path; });
     };
-    onAnswer<QVector<TavoClientNode>>(client().tree(), {}, use);
+    const std::pair<const char *, CMPath> usual[] = {
+        {"powermanager", TavoPowerManagerStatePath()},
+        {"player", TavoPlayerMainAudioStatePath()},
+        {"notifications", TavoNotificationPlayerEnqueuePath()}};
+    for (const auto &[module, path] : usual) {
+        if (isThere(path)) {
+            add(State::Good, "host", QStringLiteral("runs %1").arg(QLatin1String(module)));
+        } else {
+            add(State::Missing, "host",
+                QStringLiteral("does not run %1").arg(QLatin1String(module)),
+                QStringLiteral("list it in the host's configuration: \"modules\": [\"%1\", ...]")
+                    .arg(QLatin1String(module)));
+        }
+    }
 }
 
 void DoctorCommand::lookAtMessages()

@@ -28,6 +28,7 @@ private:
     void lookAtModuleFiles();
     void lookAtHost();
     void lookAtNodes();
+    void lookForModules(const QVector<TavoClientNode> &nodes);
     void lookAtMessages();
     void lookAtMusic();
     void lookAtDevices();

@@ -69,10 +69,16 @@ QString errorText(const CMError &error, const CMPath &path, const QString &bus)
                    "a value, rows a list, call sends a request")
             .arg(path.toString());
     }
+    if (name == TavoClientError::notPermitted()) {
+        return QStringLiteral(
+                   "the bus (%1) lets this user send no requests to the host. The policy "
+                   "that comes with the host lets members of the group tavo-host: usermod "
+                   "-a -G tavo-host USER, and log in again")
+            .arg(bus);
+    }
     if (name == QLatin1String("org.freedesktop.DBus.Error.AccessDenied")) {
-        return QStringLiteral("access denied: %1. The bus's policy says who may send requests, and "
-                              "\"sounds\" in the host's configuration of the module dbus which "
-                              "sounds may be played")
+        return QStringLiteral("the host refused: %1. \"sounds\" in its configuration of the module "
+                              "dbus says which sounds clients may have played")
             .arg(error.message().toString());
     }
     if (name == TavoClientError::limitExceeded()) {

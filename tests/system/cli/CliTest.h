@@ -41,7 +41,12 @@ protected:
     static constexpr int s_interrupted = 128 + SIGINT;
     static constexpr int s_terminated = 128 + SIGTERM;
 
-    CliTest() { prepare(m_tavo); }
+    /// The settings are the bus's.
+    explicit CliTest(const QString &settings = {})
+        : m_bus(settings)
+    {
+        prepare(m_tavo);
+    }
 
     void TearDown() override
     {

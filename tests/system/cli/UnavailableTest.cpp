@@ -114,3 +114,30 @@ TEST_F(CliUnavailableTest, AnOutputThatCannotBeWrittenIsAFailure)
     EXPECT_EQ(shell.error(), "tavo: standard output can't be written: No space left on device\n");
     EXPECT_EQ(shell.run({"-c", QStringLiteral(TAVO_PROGRAM) + " watch > /dev/full"}), systemError);
 }
+
+/// On a bus whose policy keeps the program from the host.
+class CliNotPermittedTest : public CliTest
+{
+protected:
+    CliNotPermittedTest()
+        : CliTest("<policy context=\"mandatory\">"
+                  "<deny send_destination=\"org.tavo.Model1\" send_interface=\"org.tavo.Model1\"/>"
+                  "</policy>")
+    {
+    }
+};
+
+TEST_F(CliNotPermittedTest, TellsWhoIs)
+{
+    startHost();
+    for (const QStringList &command :
+         {QStringList{"list"}, QStringList{"watch"}, QStringList{"sound", "--wait", soundFile()}}) {
+        EXPECT_EQ(run(command), s_refused);
+        EXPECT_THAT(m_tavo.error(), HasSubstr("lets this user send no requests to the host"));
+        EXPECT_THAT(m_tavo.error(), HasSubstr("group tavo-host"));
+    }
+    EXPECT_EQ(run({"doctor"}), s_refused);
+    EXPECT_THAT(m_tavo.output(), HasSubstr("good     host: version "));
+    EXPECT_THAT(m_tavo.output(), HasSubstr("missing  host: can't be asked what it runs\n"));
+    EXPECT_THAT(m_tavo.output(), HasSubstr("group tavo-host"));
+}

@@ -83,6 +83,17 @@ TEST_F(CommandLineTest, TakesTheBusOfTheEnvironmentUnlessToldOtherwise)
     EXPECT_EQ(optionsOf({"list", "--bus", "system"}).bus, "system");
 }
 
+TEST_F(CommandLineTest, RefusesWhatIsNoBus)
+{
+    const auto saysSo = HasSubstr("--bus: must be session, system or a bus address");
+    EXPECT_THAT(refusalOf({"--bus", "sytem", "list"}), saysSo);
+    EXPECT_THAT(refusalOf({"--bus", "", "list"}), saysSo);
+    setenv("TAVO_BUS", "user", 1);
+    EXPECT_THAT(refusalOf({"list"}), saysSo);
+    setenv("TAVO_BUS", "", 1);
+    EXPECT_EQ(optionsOf({"list"}).bus, "session");
+}
+
 TEST_F(CommandLineTest, UsesTheSessionBusWhenNobodySaysOtherwise)
 {
     EXPECT_EQ(optionsOf({"list"}).bus, "session");

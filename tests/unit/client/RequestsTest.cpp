@@ -208,6 +208,17 @@ TEST_F(ClientRequestsTest, ALimitOfTheHostIsAnErrorOfItsOwn)
               TavoClientError::limitExceeded());
 }
 
+TEST_F(ClientRequestsTest, ARefusalOfTheBusIsAnErrorOfItsOwn)
+{
+    const PrivateBus strict(
+        "<policy context=\"mandatory\"><deny send_interface=\"org.tavo.Model1\"/></policy>");
+    const LoadedModule host(TAVO_DBUS_MODULE, "dbus",
+                            {{"bus", strict.address()}, {"notifications", false}});
+    TavoClient client(strict.address());
+    ASSERT_TRUE(waitFor([&] { return client.isAvailable(); }));
+    EXPECT_EQ(errorOf(client.call(path("/door/open"))).name(), TavoClientError::notPermitted());
+}
+
 TEST_F(ClientRequestsTest, RequestsAreAnsweredInTheirOwnTime)
 {
     m_service.take(path("/slow"), ScriptedService::keep());
