@@ -10,6 +10,7 @@
 
 #include <QCoreApplication>
 #include <QUrl>
+#include <QUuid>
 
 #include <cstdio>
 
@@ -30,6 +31,9 @@ int main(int argc, char **argv)
     }
     const QString sound = QUrl::fromLocalFile(QString::fromLocal8Bit(argv[2])).toString();
 
+    // One that nobody else has: another bell may ring at the same time.
+    const QString id = QUuid::createUuid().toString(QUuid::WithoutBraces);
+
     TavoClient client(QString::fromLocal8Bit(argv[1]));
     TavoMessages messages(&client);
     TavoInbox inbox(&client);
@@ -43,7 +47,7 @@ int main(int argc, char **argv)
     // The inbox is open once a host is there, and again after that host has started anew.
     QObject::connect(&inbox, &TavoInbox::opened, [&](const CMPath &path) {
         const auto bell = TavoNotificationPlayerItem()
-                              .setId(QStringLiteral("bell"))
+                              .setId(id)
                               .setContent(sound)
                               .setPriority(TavoNotificationItemPriority::High)
                               .setPlaybackResponsePath(path);
@@ -56,6 +60,9 @@ int main(int argc, char **argv)
 
     QObject::connect(&inbox, &TavoInbox::responded, [&](const auto &response) {
         using Type = TavoNotificationPlayerResponseType;
+        if (response.id() != id) {
+            return; // anybody can send to an inbox
+        }
         std::printf("%s\n", qPrintable(Type::toString(response.type())));
         if (response.type() == Type::Started) {
             return;
