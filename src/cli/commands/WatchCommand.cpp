@@ -15,7 +15,7 @@ constexpr int s_mostRows = 20;
 
 bool isUnsupported(const CMError &error)
 {
-    return error.name() == CMErrors::notSupported() || error.name() == CMErrors::noSuchNode();
+    return error.name() == CMErrors::notSupported();
 }
 } // namespace
 
@@ -75,6 +75,7 @@ void WatchCommand::on_client_availableChanged(bool available)
     }
     m_wasAvailable = available;
     m_readings.clear();
+    m_withoutValue.clear();
     if (available) {
         readAll();
     }
@@ -97,6 +98,8 @@ void WatchCommand::readValue(const CMPath &path)
     client().getValue(path).onFinished(this, [this, path](const CMReply<QVariant> &answer) {
         if (!answer.error().isError()) {
             on_client_valueChanged(path, answer.value());
+        } else if (isUnsupported(answer.error())) {
+            m_withoutValue.insert(path);
         }
     });
 }
@@ -135,11 +138,27 @@ void WatchCommand::readRows(const CMPath &path)
             }
             if (!answer.error().isError()) {
                 printRows(path, answer.value());
-            } else if (!isUnsupported(answer.error())) {
-                fail(answer.error(), path);
+            } else {
+                on_rows_refused(path, answer.error());
             }
             m_readings.remove(path);
         });
+}
+
+void WatchCommand::on_rows_refused(const CMPath &path, const CMError &error)
+{
+    if (error.name() == CMErrors::noSuchNode()) {
+        if (!m_readings[path].changes.isEmpty()) {
+            return; // that it has gone is reported by itself
+        }
+        report(path, {{QStringLiteral("published"), false}}, QStringLiteral("is not there"));
+    } else if (!isUnsupported(error)) {
+        fail(error, path);
+    } else if (m_withoutValue.contains(path)) {
+        // The value was asked for first.
+        fail(ExitCode::Refused,
+             QStringLiteral("%1 takes requests and has nothing to follow").arg(path.toString()));
+    }
 }
 
 void WatchCommand::printRows(const CMPath &path, const QVariantList &rows)

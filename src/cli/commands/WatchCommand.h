@@ -6,6 +6,7 @@
 #include "cli/commands/Command.h"
 
 #include <QHash>
+#include <QSet>
 #include <QStringList>
 
 /// Prints what is there and then what changes, until it is interrupted.
@@ -39,6 +40,7 @@ private:
     void readAll();
     void readValue(const CMPath &path);
     void readRows(const CMPath &path);
+    void on_rows_refused(const CMPath &path, const CMError &error);
     void printRows(const CMPath &path, const QVariantList &rows);
     /// Ends the program when nobody can read it any more.
     void report(const CMPath &path, const QVariantHash &fields, const QString &text);
@@ -53,4 +55,5 @@ private:
         bool isDue = false;
     };
     QHash<CMPath, Reading> m_readings;
+    QSet<CMPath> m_withoutValue; ///< nodes of another kind
 };

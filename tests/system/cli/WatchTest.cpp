@@ -76,3 +76,24 @@ TEST_F(CliWatchTest, WaitsForAHostThatGoesAndTellsWhenItIsBack)
     act({"call", "/player/mainAudio/volume", "0.5"});
     EXPECT_TRUE(m_tavo.waitForOutput("\"volume\":0.5"));
 }
+
+TEST_F(CliWatchTest, TellsThatNothingIsThereYet)
+{
+    m_tavo.start({"watch", "--json", "/dbus/notifications/1"});
+    ASSERT_TRUE(m_tavo.waitForOutput(R"({"path":"/dbus/notifications/1","published":false})"));
+    act({"show", "--timeout", "0", "Door", "Ring"});
+    ASSERT_TRUE(m_tavo.waitForOutput(R"({"path":"/dbus/notifications/1","published":true})"));
+    EXPECT_TRUE(m_tavo.waitForOutput("Ring"));
+    act({"cancel", "1"});
+    EXPECT_TRUE(waitFor([&] { return lastLine().value("published") == false; }));
+    m_tavo.sendSignal(SIGINT);
+    EXPECT_EQ(m_tavo.waitForExit(), s_good);
+}
+
+TEST_F(CliWatchTest, RefusesToFollowWhatOnlyTakesRequests)
+{
+    EXPECT_EQ(run({"watch", "/notifications/player/enqueue"}), s_refused);
+    EXPECT_EQ(m_tavo.error(),
+              "tavo: /notifications/player/enqueue takes requests and has nothing to "
+              "follow\n");
+}
