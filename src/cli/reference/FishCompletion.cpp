@@ -57,7 +57,9 @@ std::string command(const CommandReference &reference)
     for (const OptionReference &positional : reference.positionals) {
         const std::string condition = when(reference.name, std::to_string(place++));
         const std::string values = offer(positional.valueName);
-        lines += values.empty() ? values : std::string(s_complete) + condition + values + '\n';
+        if (!values.empty()) {
+            lines.append(s_complete).append(condition).append(values).append("\n");
+        }
     }
     return lines;
 }

@@ -33,6 +33,31 @@ std::string action(const std::string &valueName)
     return " ";
 }
 
+/// What _arguments takes for one of an option's names.
+std::string optionArgument(const OptionReference &option, const std::string &names,
+                           const std::string &name)
+{
+    std::string argument = '(' + names + ')' + name;
+    const bool isLong = name.size() > 2;
+    argument += isLong && !option.valueName.empty() ? "=" : "";
+    argument += '[' + escaped(option.description) + ']';
+    if (!option.valueName.empty()) {
+        argument += ':' + escaped(option.valueName) + ':' + action(option.valueName);
+    }
+    return argument;
+}
+
+std::string positionalArgument(const OptionReference &positional, int place)
+{
+    return std::to_string(place) + (positional.isRequired ? ":" : "::") +
+           escaped(positional.valueName) + ':' + action(positional.valueName);
+}
+
+std::string line(const std::string &indent, const std::string &argument)
+{
+    return indent + shellQuoted(argument) + " \\\n";
+}
+
 /// A line of arguments for each of an option's names, which exclude each other.
 std::string options(const CommandReference &command, const std::string &indent)
 {
@@ -43,14 +68,7 @@ std::string options(const CommandReference &command, const std::string &indent)
             names += (names.empty() ? "" : " ") + name;
         }
         for (const std::string &name : option.names) {
-            const bool isLong = name.size() > 2;
-            const std::string value = option.valueName.empty() ? ""
-                                                               : ':' + escaped(option.valueName) +
-                                                                     ':' + action(option.valueName);
-            lines += indent +
-                     shellQuoted('(' + names + ')' + name + (isLong && !value.empty() ? "=" : "") +
-                                 '[' + escaped(option.description) + ']' + value) +
-                     " \\\n";
+            lines += line(indent, optionArgument(option, names, name));
         }
     }
     return lines;
@@ -61,11 +79,7 @@ std::string positionals(const CommandReference &command, const std::string &inde
     std::string lines;
     int place = 0;
     for (const OptionReference &positional : command.positionals) {
-        const std::string colon = positional.isRequired ? ":" : "::";
-        lines += indent +
-                 shellQuoted(std::to_string(++place) + colon + escaped(positional.valueName) + ':' +
-                             action(positional.valueName)) +
-                 " \\\n";
+        lines += line(indent, positionalArgument(positional, ++place));
     }
     return lines;
 }
