@@ -43,17 +43,15 @@ TEST_F(CliCancelTest, TakesAMessageAwayByItsNumberWithoutAskingForASound)
 
 TEST_F(CliCancelTest, TakesTheMessageBeforeTheSoundOfTheSameNumber)
 {
-    Program loop{QStringLiteral(TAVO_PROGRAM)};
-    prepare(loop);
-    loop.start({"sound", "--loop", "--id", "1", soundFile()});
-    ASSERT_TRUE(loop.waitForOutput("1\n"));
+    m_other.start({"sound", "--loop", "--id", "1", soundFile()});
+    ASSERT_TRUE(m_other.waitForOutput("1\n"));
     ASSERT_EQ(run({"show", "--timeout", "0", "Door"}), s_good);
     ASSERT_EQ(m_tavo.output(), "1\n");
     EXPECT_EQ(run({"cancel", "--json", "1"}), s_good);
     EXPECT_EQ(json().toObject().value("cancelled"), "message");
     EXPECT_EQ(run({"cancel", "--json", "1"}), s_good);
     EXPECT_EQ(json().toObject().value("cancelled"), "sound");
-    EXPECT_EQ(loop.waitForExit(), s_cancelled);
+    EXPECT_EQ(m_other.waitForExit(), s_cancelled);
 }
 
 TEST_F(CliCancelTest, TellsThatThereIsNoSuchSound)

@@ -46,13 +46,15 @@ protected:
         : m_bus(settings)
     {
         prepare(m_tavo);
+        prepare(m_other);
     }
 
     void TearDown() override
     {
         if (HasFailure()) {
             std::cout << "The program wrote:\n"
-                      << m_tavo.output() << m_tavo.error() << "The host wrote:\n"
+                      << m_tavo.output() << m_tavo.error() << "The other one wrote:\n"
+                      << m_other.output() << m_other.error() << "The host wrote:\n"
                       << (m_host ? m_host->log().toStdString() : std::string()) << std::endl;
         }
     }
@@ -135,4 +137,5 @@ protected:
     std::unique_ptr<HostProcess> m_host;
     QHash<QString, QString> m_soundFiles; ///< by name
     Program m_tavo{QStringLiteral(TAVO_PROGRAM)};
+    Program m_other{QStringLiteral(TAVO_PROGRAM)}; ///< beside it
 };

@@ -14,10 +14,8 @@ protected:
     /// The messages of the display as tavo list tells of them.
     QJsonArray messages()
     {
-        Program other{QStringLiteral(TAVO_PROGRAM)};
-        prepare(other);
-        EXPECT_EQ(other.run({"list", "--json"}), s_good);
-        const QByteArray text = QByteArray::fromStdString(other.output());
+        EXPECT_EQ(m_other.run({"list", "--json"}), s_good);
+        const QByteArray text = QByteArray::fromStdString(m_other.output());
         return QJsonDocument::fromJson(text).object().value("messages").toArray();
     }
 
@@ -84,9 +82,7 @@ TEST_F(CliShowTest, WaitingItTellsThatAPersonDismissedIt)
 TEST_F(CliShowTest, WaitingItTellsThatItWasCancelled)
 {
     startWaiting();
-    Program other{QStringLiteral(TAVO_PROGRAM)};
-    prepare(other);
-    EXPECT_EQ(other.run({"cancel", "1"}), s_good) << other.error();
+    EXPECT_EQ(m_other.run({"cancel", "1"}), s_good) << m_other.error();
     EXPECT_EQ(m_tavo.waitForExit(), s_cancelled);
     EXPECT_EQ(m_tavo.output(), "1\nclosed\n");
 }
@@ -95,9 +91,7 @@ TEST_F(CliShowTest, WaitingItTellsThatItWasCancelledByItsPath)
 {
     startWaiting();
     const QString path = messages().at(0).toObject().value("path").toString();
-    Program other{QStringLiteral(TAVO_PROGRAM)};
-    prepare(other);
-    EXPECT_EQ(other.run({"cancel", path}), s_good) << other.error();
+    EXPECT_EQ(m_other.run({"cancel", path}), s_good) << m_other.error();
     EXPECT_EQ(m_tavo.waitForExit(), s_cancelled);
 }
 

@@ -58,9 +58,7 @@ TEST_F(CliSoundTest, WaitingItTellsThatTheSoundCannotBePlayed)
 TEST_F(CliSoundTest, WaitingItTellsThatTheSoundWasCancelled)
 {
     startLoop();
-    Program other{QStringLiteral(TAVO_PROGRAM)};
-    prepare(other);
-    EXPECT_EQ(other.run({"cancel", "bell"}), s_good) << other.error();
+    EXPECT_EQ(m_other.run({"cancel", "bell"}), s_good) << m_other.error();
     EXPECT_EQ(m_tavo.waitForExit(), s_cancelled);
     EXPECT_EQ(m_tavo.output(), "bell\ncancelled\n");
 }
@@ -100,11 +98,9 @@ TEST_F(CliSoundTest, ALoopEndsWithTheProgramHoweverThatEnds)
 TEST_F(CliSoundTest, WaitingItStepsOverTheEndsOfOtherSounds)
 {
     startLoop();
-    Program other{QStringLiteral(TAVO_PROGRAM)};
-    prepare(other);
     const QString finished = R"({"notificationPlayerResponse": {"id": "other", "type": 2}})";
-    ASSERT_EQ(other.run({"call", "/dbus/inbox/1", finished}), s_good) << other.error();
-    EXPECT_EQ(other.run({"cancel", "bell"}), s_good) << other.error();
+    ASSERT_EQ(m_other.run({"call", "/dbus/inbox/1", finished}), s_good) << m_other.error();
+    EXPECT_EQ(m_other.run({"cancel", "bell"}), s_good) << m_other.error();
     EXPECT_EQ(m_tavo.waitForExit(), s_cancelled);
     EXPECT_EQ(m_tavo.output(), "bell\ncancelled\n");
 }
@@ -188,18 +184,14 @@ TEST_F(CliSoundTest, PlaysAStreamFromAFifo)
 TEST_F(CliSoundTest, TellsThatAnIdIsInUse)
 {
     startLoop();
-    Program other{QStringLiteral(TAVO_PROGRAM)};
-    prepare(other);
-    EXPECT_EQ(other.run({"sound", "--id", "bell", soundFile()}), s_refused);
-    EXPECT_EQ(other.error(), "tavo: the host did not queue the sound bell: one by that id may be "
-                             "there already. Its log says why\n");
+    EXPECT_EQ(m_other.run({"sound", "--id", "bell", soundFile()}), s_refused);
+    EXPECT_EQ(m_other.error(), "tavo: the host did not queue the sound bell: one by that id may be "
+                               "there already. Its log says why\n");
 }
 
 TEST_F(CliSoundTest, APrioritysNumberGoesThrough)
 {
     startLoop();
-    Program other{QStringLiteral(TAVO_PROGRAM)};
-    prepare(other);
-    EXPECT_EQ(other.run({"sound", "--priority", "17", "--wait", soundFile()}), s_good)
+    EXPECT_EQ(m_other.run({"sound", "--priority", "17", "--wait", soundFile()}), s_good)
         << "it goes before the loop, which never ends";
 }

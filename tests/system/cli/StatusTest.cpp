@@ -21,9 +21,7 @@ TEST_F(CliStatusTest, TellsThatNothingGoesOn)
 TEST_F(CliStatusTest, TellsWhatSoundsWhatIsShownAndWhoHoldsWhat)
 {
     startHost();
-    Program bell{QStringLiteral(TAVO_PROGRAM)};
-    prepare(bell);
-    bell.start({"sound", "--loop", soundFile()});
+    m_other.start({"sound", "--loop", soundFile()});
     ASSERT_TRUE(m_host->waitForLog("Starting playback"));
     for (const char *text : {"one", "two"}) {
         run({"call", "/notifications/display/open",

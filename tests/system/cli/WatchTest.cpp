@@ -13,9 +13,7 @@ protected:
     /// Has another run of the program do something.
     void act(const QStringList &arguments)
     {
-        Program other{QStringLiteral(TAVO_PROGRAM)};
-        prepare(other);
-        EXPECT_EQ(other.run(arguments), s_good) << other.error();
+        EXPECT_EQ(m_other.run(arguments), s_good) << m_other.error();
     }
 
     QJsonObject lastLine() const { return object(m_tavo.lines().back()); }
