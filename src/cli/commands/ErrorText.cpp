@@ -19,10 +19,16 @@ QString noBusText(const CMError &error, const QString &bus)
 
 QString noHostText(const QString &bus)
 {
-    return QStringLiteral(
-               "no host is on the bus (%1). Start one, with its module dbus on that bus: "
-               "tavo-host, or: systemctl start tavo-host")
-        .arg(bus);
+    const QString what = QStringLiteral("no host is on the bus (%1). Start one").arg(bus);
+    if (bus == QLatin1String("session")) {
+        return what + QStringLiteral(": tavo-host");
+    }
+    const QString there =
+        QStringLiteral(" that has \"bus\": \"%1\" in its configuration of the module dbus")
+            .arg(bus);
+    return bus == QLatin1String("system")
+               ? what + there + QStringLiteral(": systemctl start tavo-host")
+               : what + there;
 }
 
 QString refusalText(const CMError &error)

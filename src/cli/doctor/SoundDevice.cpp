@@ -19,9 +19,10 @@ QString remedyFor(int error, const QString &device)
     case ENOENT:
     case ENODEV:
     case ENXIO:
-        return QStringLiteral("aplay -L lists the devices that there are; name one in the host's "
-                              "configuration of the module player (mainDevice, "
-                              "notificationsDevice), or define %1 in /etc/asound.conf")
+        return QStringLiteral(
+                   "aplay -L (package alsa-utils) lists the devices that there are; name "
+                   "one in the host's configuration of the module player (mainDevice, "
+                   "notificationsDevice), or define %1 in /etc/asound.conf")
             .arg(device);
     case EACCES:
     case EPERM:

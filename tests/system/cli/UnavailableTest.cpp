@@ -53,9 +53,20 @@ TEST_F(CliUnavailableTest, EveryCommandTellsThatThereIsNoHostAndHowToStartOne)
     for (const QStringList &command : commands()) {
         EXPECT_EQ(run(command), s_unavailable) << command[0].toStdString();
         expectOneLine();
-        EXPECT_THAT(m_tavo.error(), HasSubstr("systemctl start tavo-host"))
+        EXPECT_THAT(m_tavo.error(), HasSubstr("Start one that has \"bus\": \"unix:path="))
             << command[0].toStdString();
     }
+}
+
+TEST_F(CliUnavailableTest, HowToStartAHostIsToldForTheBusInQuestion)
+{
+    m_tavo.setEnvironment("DBUS_SESSION_BUS_ADDRESS", m_bus.address());
+    m_tavo.setEnvironment("DBUS_SYSTEM_BUS_ADDRESS", m_bus.address());
+    EXPECT_EQ(run({"--bus", "session", "list"}), s_unavailable);
+    EXPECT_EQ(m_tavo.error(), "tavo: no host is on the bus (session). Start one: tavo-host\n");
+    EXPECT_EQ(run({"--bus", "system", "list"}), s_unavailable);
+    EXPECT_THAT(m_tavo.error(), HasSubstr("\"bus\": \"system\""));
+    EXPECT_THAT(m_tavo.error(), HasSubstr("systemctl start tavo-host"));
 }
 
 TEST_F(CliUnavailableTest, EveryCommandTellsThatThereIsNoBus)
