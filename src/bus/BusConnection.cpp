@@ -5,24 +5,15 @@
 
 #include <core/tavo/connect.h>
 
-#include <QAbstractEventDispatcher>
-#include <QElapsedTimer>
-
 #include <algorithm>
-#include <limits>
-#include <poll.h>
-#include <systemd/sd-bus.h>
+#include <cstring>
 
 namespace {
 constexpr int firstPauseMs = 100;
 constexpr int longestPauseMs = 5000;
 
-/// What one turn of the event loop spends on messages at most; the rest waits for the next turn, so
-/// that a flood leaves the thread's other work its share.
-constexpr int mostMessagesPerTurn = 128;
-constexpr int longestTurnMs = 5;
-
-constexpr std::uint64_t never = std::numeric_limits<std::uint64_t>::max();
+/// What a bus may take to answer what it does by itself.
+constexpr std::chrono::milliseconds busPatience(5000);
 
 constexpr const char *busName = "org.freedesktop.DBus";
 constexpr const char *busPath = "/org/freedesktop/DBus";
@@ -31,59 +22,67 @@ constexpr const char *busPath = "/org/freedesktop/DBus";
 constexpr std::uint32_t nameIsOurs = 1;
 constexpr std::uint32_t nameWasOurs = 4;
 
-/// The call for an address, unlike the others, loses memory each time that nobody is there.
-void throwUnlessReachable(const std::string &address)
+QString textOf(int systemError)
+{
+    return QString::fromLocal8Bit(std::strerror(systemError));
+}
+
+QString silenceText()
+{
+    return QStringLiteral("The bus takes connections but does not answer");
+}
+
+int startConnecting(BusHandle &handle, const QByteArray &address)
 {
     sd_bus *bus = nullptr;
     int result = sd_bus_new(&bus);
+    handle.reset(bus);
     if (result >= 0) {
-        result = sd_bus_set_address(bus, address.c_str());
+        result = sd_bus_set_address(bus, address.constData());
     }
     if (result >= 0) {
-        result = sd_bus_start(bus);
+        result = sd_bus_set_bus_client(bus, 1);
     }
-    sd_bus_close_unref(bus);
-    if (result < 0) {
-        throw sdbus::createError(-result, "Failed to reach " + address);
-    }
+    return result < 0 ? result : sd_bus_start(bus);
 }
 
-std::unique_ptr<sdbus::IConnection> connectTo(const QString &bus)
+/// Gives the system's error; what else can go wrong shows while the bus is served.
+int startConnecting(BusHandle &handle, const QString &bus)
 {
-    if (bus == QLatin1String("session")) {
-        return sdbus::createSessionBusConnection();
+    const bool isSession = bus == QLatin1String("session");
+    if (!isSession && bus != QLatin1String("system")) {
+        return startConnecting(handle, bus.toUtf8());
     }
-    if (bus == QLatin1String("system")) {
-        return sdbus::createSystemBusConnection();
-    }
-    const std::string address = bus.toStdString();
-    throwUnlessReachable(address);
-    return sdbus::createSessionBusConnectionWithAddress(address);
+    sd_bus *raw = nullptr;
+    const int result = isSession ? sd_bus_open_user(&raw) : sd_bus_open_system(&raw);
+    handle.reset(raw);
+    return result;
 }
 } // namespace
 
 BusConnection::BusConnection(QString bus, QObject *parent)
     : QObject(parent)
     , m_bus(std::move(bus))
-    , m_timer(this)
-    , m_deadline(never)
+    , m_loop(this)
+    , m_silenceTimer(this)
     , m_retryTimer(this)
     , m_pauseMs(firstPauseMs)
 {
-    m_timer.setSingleShot(true);
+    m_silenceTimer.setSingleShot(true);
     m_retryTimer.setSingleShot(true);
-    tavoConnect(&m_timer, &QTimer::timeout, this, &BusConnection::on_timer_timeout);
+    tavoConnect(&m_loop, &BusLoop::turned, this, &BusConnection::on_loop_turned);
+    tavoConnect(&m_loop, &BusLoop::failed, this, &BusConnection::on_loop_failed);
+    tavoConnect(&m_silenceTimer, &QTimer::timeout, this, &BusConnection::on_silenceTimer_timeout);
     tavoConnect(&m_retryTimer, &QTimer::timeout, this, &BusConnection::on_retryTimer_timeout);
 }
 
-BusConnection::~BusConnection() = default;
+BusConnection::~BusConnection()
+{
+    m_loop.stop();
+}
 
 void BusConnection::open()
 {
-    // Messages are sent outside of process() too, and what the socket doesn't take at once has to
-    // be watched before the loop sleeps.
-    tavoConnect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, this,
-                &BusConnection::on_dispatcher_aboutToBlock);
     tryToConnect();
 }
 
@@ -94,32 +93,48 @@ void BusConnection::ownName(const QString &name)
 
 void BusConnection::tryToConnect()
 {
+    const int result = startConnecting(m_handle, m_bus);
+    if (result < 0) {
+        lose(textOf(-result));
+        return;
+    }
+    m_silenceTimer.start(busPatience);
+    m_loop.start(m_handle.get());
     try {
-        m_connection = connectTo(m_bus);
-        m_nameAcquired = m_connection->addMatch(
-            "type='signal',sender='org.freedesktop.DBus',member='NameAcquired'",
-            [this](sdbus::Message &message) { on_name_acquired(message); });
-        m_pauseMs = firstPauseMs;
-        m_reportedLoss = false;
-        watch();
-        Q_EMIT connected();
-        takeNames();
+        greet();
     } catch (const sdbus::Error &error) {
         lose(QString::fromStdString(error.getMessage()));
     }
 }
 
-void BusConnection::lose(const QString &reason)
+void BusConnection::greet()
 {
-    unwatch();
-    if (!m_reportedLoss) {
-        m_reportedLoss = true;
-        Q_EMIT lost(reason);
+    // Right behind what sd-bus greets with: the last answer says that all is well.
+    m_nameAcquired = addMatch("type='signal',sender='org.freedesktop.DBus',member='NameAcquired'",
+                              [this](sdbus::Message &message) { on_name_acquired(message); });
+    send(createCall(busName, busPath, busName, "GetId"), busPatience,
+         [this](sdbus::MethodReply &, const sdbus::Error *error) {
+             m_isAnswering = error == nullptr || error->getName() != SD_BUS_ERROR_NO_REPLY;
+         });
+}
+
+void BusConnection::on_loop_turned()
+{
+    if (m_isSilent) {
+        lose(silenceText(), true);
+    } else if (m_isAnswering && !m_isConnected) {
+        becomeConnected();
     }
-    m_nameAcquired.reset();
-    m_connection.reset();
-    m_retryTimer.start(m_pauseMs);
-    m_pauseMs = std::min(2 * m_pauseMs, longestPauseMs);
+}
+
+void BusConnection::on_loop_failed(int error)
+{
+    lose(textOf(error));
+}
+
+void BusConnection::on_silenceTimer_timeout()
+{
+    lose(silenceText(), true);
 }
 
 void BusConnection::on_retryTimer_timeout()
@@ -127,36 +142,67 @@ void BusConnection::on_retryTimer_timeout()
     tryToConnect();
 }
 
-void BusConnection::takeNames()
+void BusConnection::becomeConnected()
 {
-    for (const QString &name : qAsConst(m_names)) {
-        takeName(name);
+    m_silenceTimer.stop();
+    m_pauseMs = firstPauseMs;
+    m_reportedLoss = false;
+    m_isConnected = true;
+    try {
+        Q_EMIT connected();
+        for (const QString &name : qAsConst(m_names)) {
+            takeName(name);
+        }
+    } catch (const sdbus::Error &error) {
+        lose(QString::fromStdString(error.getMessage()));
     }
+}
+
+void BusConnection::lose(const QString &reason, bool isSilent)
+{
+    m_loop.stop();
+    m_silenceTimer.stop();
+    if (!m_reportedLoss) {
+        m_reportedLoss = true;
+        Q_EMIT lost(reason, isSilent);
+    }
+    m_isConnected = false;
+    m_isAnswering = false;
+    m_isSilent = false;
+    m_nameAcquired.reset();
+    m_handle.reset();
+    m_retryTimer.start(m_pauseMs);
+    m_pauseMs = std::min(2 * m_pauseMs, longestPauseMs);
 }
 
 void BusConnection::takeName(const QString &name)
 {
-    try {
-        const std::uint32_t outcome = requestName(name);
-        // Acquired is reported by the bus's signal, whether at once or later.
-        if (outcome != nameIsOurs && outcome != nameWasOurs) {
-            Q_EMIT nameTaken(name);
-        }
-    } catch (const sdbus::Error &error) {
-        Q_EMIT nameRefused(name, QString::fromStdString(error.getMessage()));
-    }
-}
-
-std::uint32_t BusConnection::requestName(const QString &name)
-{
-    const auto bus = sdbus::createProxy(*m_connection, busName, busPath);
-    sdbus::MethodCall call = bus->createMethodCall(busName, "RequestName");
+    sdbus::MethodCall call = createCall(busName, busPath, busName, "RequestName");
     constexpr std::uint32_t standInLine = 0;
     call << name.toStdString() << standInLine;
-    sdbus::MethodReply reply = bus->callMethod(call);
+    send(call, busPatience, [this, name](sdbus::MethodReply &answer, const sdbus::Error *error) {
+        takeOutcome(name, answer, error);
+    });
+}
+
+void BusConnection::takeOutcome(const QString &name, sdbus::MethodReply &answer,
+                                const sdbus::Error *error)
+{
+    if (error != nullptr) {
+        if (error->getName() != SD_BUS_ERROR_NO_REPLY) {
+            Q_EMIT nameRefused(name, QString::fromStdString(error->getMessage()));
+        } else {
+            // Calls end in the same way with the connection.
+            m_isSilent = sd_bus_is_open(m_handle.get()) > 0;
+        }
+        return;
+    }
     std::uint32_t outcome = 0;
-    reply >> outcome;
-    return outcome;
+    answer >> outcome;
+    // Acquired is reported by the bus's signal, whether at once or later.
+    if (outcome != nameIsOurs && outcome != nameWasOurs) {
+        Q_EMIT nameTaken(name);
+    }
 }
 
 bool BusConnection::isFromBus(const sdbus::Message &signal)
@@ -177,73 +223,24 @@ void BusConnection::on_name_acquired(sdbus::Message &message)
     }
 }
 
-void BusConnection::on_dispatcher_aboutToBlock()
+std::unique_ptr<BusObject> BusConnection::createObject(const char *path, const char *interface)
 {
-    if (!isConnected()) {
-        return;
-    }
-    try {
-        watch();
-    } catch (const sdbus::Error &error) {
-        lose(QString::fromStdString(error.getMessage()));
-    }
+    return std::make_unique<BusObject>(m_handle.get(), path, interface);
 }
 
-void BusConnection::on_notifier_activated()
+BusSlot BusConnection::addMatch(const std::string &rule, const BusCalls::SignalHandler &handler)
 {
-    process();
+    return BusCalls::addMatch(m_handle.get(), rule, handler);
 }
 
-void BusConnection::on_timer_timeout()
+sdbus::MethodCall BusConnection::createCall(const char *service, const char *path,
+                                            const char *interface, const char *method) const
 {
-    m_deadline = never;
-    process();
+    return BusCalls::create(m_handle.get(), service, path, interface, method);
 }
 
-void BusConnection::process()
+void BusConnection::send(const sdbus::MethodCall &call, std::chrono::microseconds patience,
+                         const BusCalls::AnswerHandler &handler)
 {
-    QElapsedTimer turn;
-    turn.start();
-    try {
-        for (int i = 0; i < mostMessagesPerTurn && !turn.hasExpired(longestTurnMs); ++i) {
-            if (!m_connection->processPendingRequest()) {
-                break;
-            }
-        }
-        watch();
-    } catch (const sdbus::Error &error) {
-        lose(QString::fromStdString(error.getMessage()));
-    }
-}
-
-void BusConnection::watch()
-{
-    const sdbus::IConnection::PollData poll = m_connection->getEventLoopPollData();
-    if (!m_readable) {
-        m_readable = std::make_unique<QSocketNotifier>(poll.fd, QSocketNotifier::Read);
-        m_writable = std::make_unique<QSocketNotifier>(poll.fd, QSocketNotifier::Write);
-        tavoConnect(m_readable.get(), &QSocketNotifier::activated, this,
-                    &BusConnection::on_notifier_activated);
-        tavoConnect(m_writable.get(), &QSocketNotifier::activated, this,
-                    &BusConnection::on_notifier_activated);
-    }
-    m_readable->setEnabled((poll.events & POLLIN) != 0);
-    m_writable->setEnabled((poll.events & POLLOUT) != 0);
-    if (poll.timeout_usec == m_deadline) {
-        return;
-    }
-    m_deadline = poll.timeout_usec;
-    if (m_deadline == never) {
-        m_timer.stop();
-    } else {
-        m_timer.start(poll.getPollTimeout());
-    }
-}
-
-void BusConnection::unwatch()
-{
-    m_readable.reset();
-    m_writable.reset();
-    m_timer.stop();
-    m_deadline = never;
+    BusCalls::send(m_handle.get(), call, patience, handler);
 }

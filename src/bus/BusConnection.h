@@ -3,21 +3,28 @@
 
 #pragma once
 
+#include "bus/BusCalls.h"
+#include "bus/BusHandles.h"
+#include "bus/BusLoop.h"
+#include "bus/BusObject.h"
+
 #include <QObject>
-#include <QSocketNotifier>
 #include <QStringList>
 #include <QTimer>
 
 #include <sdbus-c++/sdbus-c++.h>
 
-#include <cstdint>
+#include <chrono>
 #include <memory>
+#include <string>
 
 /// A connection to a message bus that the Qt event loop of its thread serves, without a thread of
-/// its own: everything that is registered on it is called from that loop.
+/// its own: everything that is registered on it is called from that loop. Nothing waits for the bus,
+/// not even the end.
 ///
-/// Thread: the one that made it, which must run an event loop. A bus that is away is tried again,
-/// first after 100 ms, then with ever longer pauses up to 5 s; names are taken again each time.
+/// Thread: the one that made it, which must run an event loop. A bus that is away, or leaves the
+/// greeting unanswered for 5 s, is tried again, first after 100 ms, then with ever longer pauses up to
+/// 5 s; names are taken again each time.
 class BusConnection : public QObject
 {
     Q_OBJECT
@@ -26,10 +33,10 @@ public:
     /// "session", "system", or the address of a bus. Nothing happens before open().
     explicit BusConnection(QString bus, QObject *parent = nullptr);
 
-    /// Objects and matches on the connection must have gone before. Emits nothing.
+    /// What is registered on the connection must have gone before. Emits nothing.
     ~BusConnection() override;
 
-    /// Connects, now or as soon as the bus is there. To be called once.
+    /// Connects as soon as the bus is there. To be called once.
     void open();
 
     /// Owns the well-known name whenever the bus is there, from the next connected() on; stands in
@@ -40,19 +47,28 @@ public:
     /// connection alone.
     static bool isFromBus(const sdbus::Message &signal);
 
-    bool isConnected() const { return m_connection != nullptr; }
+    bool isConnected() const { return m_isConnected; }
 
-    /// While connected alone; another one after each connected().
-    sdbus::IConnection &connection() { return *m_connection; }
+    // While connected alone.
+
+    std::unique_ptr<BusObject> createObject(const char *path, const char *interface);
+
+    // See BusCalls.
+    BusSlot addMatch(const std::string &rule, const BusCalls::SignalHandler &handler);
+    sdbus::MethodCall createCall(const char *service, const char *path, const char *interface,
+                                 const char *method) const;
+    void send(const sdbus::MethodCall &call, std::chrono::microseconds patience,
+              const BusCalls::AnswerHandler &handler);
 
 Q_SIGNALS:
-    /// The bus is there; from open() or from the event loop. Objects belong on the connection now,
-    /// before its names are taken.
+    /// The bus is there, and answers. Objects belong on the connection now, before its names are
+    /// taken.
     void connected();
 
-    /// The bus has gone, or isn't there at the first try: once until it is there again. Whatever
-    /// belongs to the connection must be given up before the slot returns.
-    void lost(const QString &reason);
+    /// The bus has gone, or isn't there at the first try: once until it is there again. From open()
+    /// or from the event loop. A silent one has taken the connection, or a call, and doesn't answer.
+    /// Whatever belongs to the connection must be given up before the slot returns.
+    void lost(const QString &reason, bool isSilent);
 
     /// The name is ours.
     void nameAcquired(const QString &name);
@@ -64,30 +80,29 @@ Q_SIGNALS:
     void nameRefused(const QString &name, const QString &reason);
 
 private Q_SLOTS:
-    void on_dispatcher_aboutToBlock();
-    void on_notifier_activated();
-    void on_timer_timeout();
+    void on_loop_turned();
+    void on_loop_failed(int error);
+    void on_silenceTimer_timeout();
     void on_retryTimer_timeout();
 
 private:
     void tryToConnect();
-    void lose(const QString &reason);
-    void takeNames();
+    void greet();
+    void becomeConnected();
+    void lose(const QString &reason, bool isSilent = false);
     void takeName(const QString &name);
-    std::uint32_t requestName(const QString &name);
+    void takeOutcome(const QString &name, sdbus::MethodReply &answer, const sdbus::Error *error);
     void on_name_acquired(sdbus::Message &message);
-    void process();
-    void watch();
-    void unwatch();
 
     const QString m_bus;
     QStringList m_names;
-    std::unique_ptr<sdbus::IConnection> m_connection; ///< null while the bus is away
-    sdbus::Slot m_nameAcquired;
-    std::unique_ptr<QSocketNotifier> m_readable;
-    std::unique_ptr<QSocketNotifier> m_writable;
-    QTimer m_timer;           ///< for what the connection has to do at a certain time
-    std::uint64_t m_deadline; ///< the timer's, as the connection gives it
+    BusHandle m_handle; ///< null while the bus is away
+    BusLoop m_loop;
+    BusSlot m_nameAcquired;
+    bool m_isAnswering = false; ///< the bus has answered all of the greeting
+    bool m_isConnected = false; ///< and everybody knows
+    bool m_isSilent = false;    ///< it has left a call unanswered that it should have answered
+    QTimer m_silenceTimer;
     QTimer m_retryTimer;
     int m_pauseMs;               ///< before the next try
     bool m_reportedLoss = false; ///< since it was last connected

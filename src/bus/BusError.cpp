@@ -53,6 +53,13 @@ sdbus::Error BusErrors::unsupportedValue(const std::string &message)
     return {prefix + unsupportedValueName().toStdString(), message};
 }
 
+void BusErrors::check(int result, const char *what)
+{
+    if (result < 0) {
+        throw sdbus::createError(-result, what);
+    }
+}
+
 QString BusErrors::unsupportedValueName()
 {
     return QStringLiteral("UnsupportedValue");

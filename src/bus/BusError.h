@@ -22,6 +22,9 @@ sdbus::Error invalidPath(const std::string &message);
 /// A value of the model that a message can't hold.
 sdbus::Error unsupportedValue(const std::string &message);
 
+/// Throws what the result of a call of sd-bus's is, unless that is good.
+void check(int result, const char *what);
+
 /// What unsupportedValue() is called as an error of the model.
 QString unsupportedValueName();
 } // namespace BusErrors

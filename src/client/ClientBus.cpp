@@ -9,10 +9,15 @@
 
 #include <core/tavo/connect.h>
 
-#include <chrono>
+#include <QTimer>
+
+#include <algorithm>
 
 namespace {
 constexpr int usualPatienceMs = 25000;
+
+/// With the bus itself, which has nothing to do for an answer.
+constexpr int busPatienceMs = 5000;
 
 constexpr const char *hostName = "org.tavo.Model1";
 
@@ -62,16 +67,15 @@ void ClientBus::on_connection_connected()
     }
 }
 
-void ClientBus::on_connection_lost(const QString &reason)
+void ClientBus::on_connection_lost(const QString &reason, bool isSilent)
 {
+    m_busError = {isSilent ? TavoClientError::busTimedOut() : TavoClientError::noBus(), reason};
     const CMError error = m_isConnected
                               ? CMError(CMErrors::noAnswer(), QStringLiteral("The bus has gone"))
-                              : CMError(TavoClientError::noBus(), reason);
+                              : m_busError;
     m_isConnected = false;
     m_owner.clear();
     m_matches.clear();
-    // Before anybody is told: what is asked for on that occasion can't be sent.
-    const auto proxies = std::exchange(m_proxies, {});
     setState(State::NoBus, reason);
     m_held.clear();
     m_pending.failAll(error);
@@ -79,14 +83,8 @@ void ClientBus::on_connection_lost(const QString &reason)
 
 void ClientBus::match(const std::string &rule, void (ClientBus::*handler)(sdbus::Message &))
 {
-    m_matches.push_back(
-        m_connection.connection().addMatch(rule, [this, handler](sdbus::Message &message) {
-            try {
-                (this->*handler)(message);
-            } catch (const sdbus::Error &) {
-                // A signal of another shape than the interface says is none of the host's.
-            }
-        }));
+    m_matches.push_back(m_connection.addMatch(
+        rule, [this, handler](sdbus::Message &message) { (this->*handler)(message); }));
 }
 
 void ClientBus::matchSignals(const HostInterface &interface,
@@ -100,15 +98,18 @@ void ClientBus::matchSignals(const HostInterface &interface,
 void ClientBus::followHost()
 {
     const auto write = [](sdbus::MethodCall &call) { call << std::string(hostName); };
-    const auto finish = [this](sdbus::MethodReply *answer, const CMError &) {
+    const auto finish = [this](sdbus::MethodReply *answer, const CMError &error) {
         if (answer != nullptr) {
             m_owner = readText(*answer).toStdString();
             setState(State::Available, {});
+        } else if (error.name() == TavoClientError::busTimedOut()) {
+            setState(State::NoBus, error.message().toString());
+            followHost();
         } else {
             setState(State::NoHost, noHostText());
         }
     };
-    send(this, s_busInterface, "GetNameOwner", write, finish);
+    send(this, s_busInterface, "GetNameOwner", write, finish, busPatienceMs);
 }
 
 void ClientBus::on_owner_changed(sdbus::Message &message)
@@ -192,45 +193,60 @@ void ClientBus::on_messages_signal(sdbus::Message &message)
     }
 }
 
-sdbus::IProxy &ClientBus::proxyOf(const HostInterface &interface)
-{
-    auto &proxy = m_proxies[interface.name];
-    if (!proxy) {
-        proxy = sdbus::createProxy(m_connection.connection(),
-                                   isTheBus(interface) ? s_busInterface.name : hostName,
-                                   interface.path);
-    }
-    return *proxy;
-}
-
 void ClientBus::send(QObject *context, const HostInterface &interface, const char *method,
                      const Write &write, const Finish &finish)
 {
-    const quint64 number = m_pending.add(context, finish, m_patienceMs);
-    const Request request{number, interface, method, write, m_patienceMs};
+    send(context, interface, method, write, finish, m_patienceMs);
+}
+
+void ClientBus::send(QObject *context, const HostInterface &interface, const char *method,
+                     const Write &write, const Finish &finish, int patienceMs)
+{
+    const quint64 number = m_pending.add(context, finish, patienceMs);
+    const Request request{number, interface, method, write};
     if (m_isConnected) {
         sendNow(request);
     } else if (m_state == State::Untried) {
-        m_held.push_back(request);
+        hold(request, patienceMs);
     } else {
-        m_pending.failLater(number, CMError(TavoClientError::noBus(), m_reason));
+        m_pending.failLater(number, m_busError);
     }
+}
+
+void ClientBus::hold(const Request &request, int patienceMs)
+{
+    m_held.push_back(request);
+    QTimer::singleShot(patienceMs, this, [this, number = request.number, patienceMs] {
+        const auto held = std::find_if(m_held.begin(), m_held.end(), [number](const Request &each) {
+            return each.number == number;
+        });
+        if (held != m_held.end()) {
+            m_held.erase(held);
+            m_pending.failLater(number, silenceError(Silent::Bus, patienceMs));
+        }
+    });
 }
 
 void ClientBus::sendNow(const Request &request)
 {
     try {
-        sdbus::IProxy &proxy = proxyOf(request.interface);
-        sdbus::MethodCall call = proxy.createMethodCall(request.interface.name, request.method);
+        sdbus::MethodCall call =
+            m_connection.createCall(isTheBus(request.interface) ? s_busInterface.name : hostName,
+                                    request.interface.path, request.interface.name, request.method);
         request.write(call);
-        const std::chrono::milliseconds patience(request.patienceMs);
-        proxy.callMethod(
-            call,
+        m_connection.send(
+            call, m_pending.timeLeft(request.number),
             [this, number = request.number](sdbus::MethodReply &reply, const sdbus::Error *error) {
-                m_pending.answer(number, reply, error);
-            },
-            std::chrono::microseconds(patience).count());
+                answer(number, reply, error);
+            });
     } catch (const sdbus::Error &error) {
         m_pending.failLater(request.number, ownError(error));
     }
+}
+
+void ClientBus::answer(quint64 number, sdbus::MethodReply &reply, const sdbus::Error *error)
+{
+    // Until the bus has told of the host, it has said nothing since the greeting.
+    const bool hasBusAnswered = m_state == State::NoHost || m_state == State::Available;
+    m_pending.answer(number, reply, error, hasBusAnswered ? Silent::Host : Silent::Bus);
 }

@@ -15,8 +15,6 @@
 #include <QVariant>
 
 #include <functional>
-#include <map>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -77,9 +75,10 @@ Q_SIGNALS:
 
 private Q_SLOTS:
     void on_connection_connected();
-    void on_connection_lost(const QString &reason);
+    void on_connection_lost(const QString &reason, bool isSilent);
 
 private:
+    /// Without a bus, or on a connection to one that hangs: NoBus.
     enum class State { Untried, NoBus, NoHost, Available };
 
     /// One that is not sent yet.
@@ -89,13 +88,11 @@ private:
         HostInterface interface;
         const char *method;
         Write write;
-        int patienceMs;
     };
 
     void followHost();
     void match(const std::string &rule, void (ClientBus::*handler)(sdbus::Message &));
     void matchSignals(const HostInterface &interface, void (ClientBus::*handler)(sdbus::Message &));
-    sdbus::IProxy &proxyOf(const HostInterface &interface);
     /// The bus lets pass what any program sends to this one alone, whatever the match says.
     bool isFromHost(const sdbus::Message &signal) const;
     void on_owner_changed(sdbus::Message &message);
@@ -103,20 +100,24 @@ private:
     void on_messages_signal(sdbus::Message &message);
     void setState(State state, const QString &reason);
 
+    void send(QObject *context, const HostInterface &interface, const char *method,
+              const Write &write, const Finish &finish, int patienceMs);
+    void hold(const Request &request, int patienceMs);
     void sendNow(const Request &request);
+    void answer(quint64 number, sdbus::MethodReply &reply, const sdbus::Error *error);
 
     BusConnection m_connection;
     /// Between its signals: while it tells that the bus is lost, the connection still stands.
     bool m_isConnected = false;
     State m_state = State::Untried;
     QString m_reason;
+    CMError m_busError; ///< of requests while there is no connection
     int m_patienceMs;
     PendingRequests m_pending;
     std::vector<Request> m_held; ///< of those, until the bus has been tried
     // What belongs to the connection of the moment.
     std::string m_owner; ///< the host's unique name; empty for none
-    std::vector<sdbus::Slot> m_matches;
-    std::map<std::string, std::unique_ptr<sdbus::IProxy>> m_proxies;
+    std::vector<BusSlot> m_matches;
 };
 
 template <typename T>

@@ -38,8 +38,24 @@ CMError ownError(const sdbus::Error &error)
     return {QString::fromStdString(error.getName()), QString::fromStdString(error.getMessage())};
 }
 
-CMError hostError(const sdbus::Error &error, sdbus::MethodReply &answer, bool isOverdue,
-                  int patienceMs)
+CMError silenceError(Silent who, int patienceMs)
+{
+    constexpr double secondMs = 1000;
+    const double seconds = patienceMs / secondMs;
+    switch (who) {
+    case Silent::Host:
+        return {TavoClientError::timedOut(),
+                QStringLiteral("The host did not answer within %1 seconds").arg(seconds)};
+    case Silent::Bus:
+        return {TavoClientError::busTimedOut(),
+                QStringLiteral("The bus did not answer within %1 seconds").arg(seconds)};
+    case Silent::Nobody:
+        break;
+    }
+    return {CMErrors::noAnswer(), QStringLiteral("The host ended without an answer")};
+}
+
+CMError hostError(const sdbus::Error &error, sdbus::MethodReply &answer, Silent who, int patienceMs)
 {
     CMError read = BusError::read(error, answer);
     const QString name = read.name();
@@ -53,13 +69,5 @@ CMError hostError(const sdbus::Error &error, sdbus::MethodReply &answer, bool is
     if (name == QLatin1String("org.freedesktop.DBus.Error.LimitsExceeded")) {
         return {TavoClientError::limitExceeded(), read.message()};
     }
-    if (!isAboutSilence(name)) {
-        return read;
-    }
-    if (!isOverdue) {
-        return {CMErrors::noAnswer(), QStringLiteral("The host ended without an answer")};
-    }
-    constexpr double secondMs = 1000;
-    return {TavoClientError::timedOut(),
-            QStringLiteral("The host did not answer within %1 seconds").arg(patienceMs / secondMs)};
+    return isAboutSilence(name) ? silenceError(who, patienceMs) : read;
 }

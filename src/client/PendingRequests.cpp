@@ -3,8 +3,7 @@
 
 #include "client/PendingRequests.h"
 
-#include "client/HostError.h"
-
+#include <algorithm>
 #include <utility>
 
 quint64 PendingRequests::add(QObject *context, const Finish &finish, int patienceMs)
@@ -21,7 +20,16 @@ PendingRequests::Request PendingRequests::take(quint64 number)
     return found == m_requests.end() ? Request() : m_requests.extract(found).mapped();
 }
 
-void PendingRequests::answer(quint64 number, sdbus::MethodReply &reply, const sdbus::Error *error)
+std::chrono::milliseconds PendingRequests::timeLeft(quint64 number) const
+{
+    const Request &request = m_requests.at(number);
+    // The bus library takes nothing for no limit of its own.
+    return std::chrono::milliseconds(
+        std::max<qint64>(request.patienceMs - request.since.elapsed(), 1));
+}
+
+void PendingRequests::answer(quint64 number, sdbus::MethodReply &reply, const sdbus::Error *error,
+                             Silent suspect)
 {
     const Request request = take(number);
     if (!request.context) {
@@ -29,7 +37,8 @@ void PendingRequests::answer(quint64 number, sdbus::MethodReply &reply, const sd
     }
     if (error != nullptr) {
         const bool isOverdue = request.since.elapsed() >= request.patienceMs;
-        request.finish(nullptr, hostError(*error, reply, isOverdue, request.patienceMs));
+        const Silent who = isOverdue ? suspect : Silent::Nobody;
+        request.finish(nullptr, hostError(*error, reply, who, request.patienceMs));
         return;
     }
     try {

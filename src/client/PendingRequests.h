@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "client/HostError.h"
+
 #include <core/model/cmerror.h>
 
 #include <QElapsedTimer>
@@ -11,6 +13,7 @@
 
 #include <sdbus-c++/sdbus-c++.h>
 
+#include <chrono>
 #include <functional>
 #include <map>
 
@@ -27,8 +30,13 @@ public:
     /// To be called before the request is sent: the time that its answer takes counts from here.
     quint64 add(QObject *context, const Finish &finish, int patienceMs);
 
-    /// Finishes a request with what came from the bus.
-    void answer(quint64 number, sdbus::MethodReply &reply, const sdbus::Error *error);
+    /// What is left of the time that the request's answer may take; not nothing.
+    std::chrono::milliseconds timeLeft(quint64 number) const;
+
+    /// Finishes a request with what came from the bus. Where that is that nobody answered in time, it
+    /// was the suspect.
+    void answer(quint64 number, sdbus::MethodReply &reply, const sdbus::Error *error,
+                Silent suspect);
 
     /// Finishes a request from the event loop.
     void failLater(quint64 number, const CMError &error);

@@ -18,6 +18,11 @@ QString TavoClientError::timedOut()
     return QStringLiteral("TimedOut");
 }
 
+QString TavoClientError::busTimedOut()
+{
+    return QStringLiteral("BusTimedOut");
+}
+
 QString TavoClientError::notPermitted()
 {
     return QStringLiteral("NotPermitted");

@@ -18,6 +18,9 @@ TAVO_CLIENT_EXPORT QString noHost();
 /// No answer came in time; whether the request was carried out is not known.
 TAVO_CLIENT_EXPORT QString timedOut();
 
+/// The same, and it is the bus that says nothing: it hangs.
+TAVO_CLIENT_EXPORT QString busTimedOut();
+
 /// The bus's policy lets this user send no such request; it has not reached the host.
 TAVO_CLIENT_EXPORT QString notPermitted();
 

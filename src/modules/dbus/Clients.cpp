@@ -56,8 +56,8 @@ void Clients::checkRoom(int used, int most, const char *what)
 
 void Clients::on_bus_connected()
 {
-    m_vanished = m_bus.connection().addMatch(
-        vanishedRule, [this](sdbus::Message &message) { on_name_vanished(message); });
+    m_vanished = m_bus.addMatch(vanishedRule,
+                                [this](sdbus::Message &message) { on_name_vanished(message); });
 }
 
 void Clients::on_bus_lost()

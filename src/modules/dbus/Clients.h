@@ -5,6 +5,8 @@
 
 #include "DbusConfiguration.h"
 
+#include <bus/BusHandles.h>
+
 #include <QObject>
 
 #include <sdbus-c++/sdbus-c++.h>
@@ -56,6 +58,6 @@ private:
 
     BusConnection &m_bus;
     const DbusConfiguration::Limits &m_limits;
-    sdbus::Slot m_vanished; ///< while connected
+    BusSlot m_vanished; ///< while connected
     std::unordered_map<std::string, Allowance> m_known;
 };

@@ -132,7 +132,7 @@ ModelInterface::ModelInterface(BusConnection &bus, Clients &clients, CMNodes *no
 
 void ModelInterface::on_bus_connected()
 {
-    m_object = sdbus::createObject(m_bus.connection(), objectPath);
+    m_object = m_bus.createObject(objectPath, interfaceName);
     add("GetValue", &ModelInterface::getValue, "s", {"path"}, "v", {"value"});
     add("Call", &ModelInterface::callNode, "sv", {"path", "value"}, "v", {"answer"});
     add("List", &ModelInterface::list, "s", {"path"}, "a(sss)", {"nodes"});
@@ -148,24 +148,20 @@ void ModelInterface::on_bus_connected()
     addSignal("RowsChanged", "sasii", {"path", "changes", "first", "count"});
     addSignal("NodeChanged", "sb", {"path", "published"});
     addSignal("Received", "sv", {"inbox", "value"});
-    sdbus::Flags constant;
-    constant.set(sdbus::Flags::CONST_PROPERTY_VALUE);
-    m_object->registerProperty(
-        interfaceName, "Version", "s",
-        [](sdbus::PropertyGetReply &reply) { reply << std::string(TAVO_VERSION); }, constant);
-    m_object->finishRegistration();
+    m_object->addConstant("Version", TAVO_VERSION);
+    m_object->publish();
 }
 
 void ModelInterface::add(const char *method, Handler handler, const char *in, const Texts &inNames,
                          const char *out, const Texts &outNames)
 {
-    m_object->registerMethod(interfaceName, method, in, inNames, out, outNames,
-                             [this, handler](sdbus::MethodCall call) { handle(call, handler); });
+    m_object->addMethod(method, in, inNames, out, outNames,
+                        [this, handler](sdbus::MethodCall &call) { handle(call, handler); });
 }
 
 void ModelInterface::addSignal(const char *name, const char *signature, const Texts &names)
 {
-    m_object->registerSignal(interfaceName, name, signature, names);
+    m_object->addSignal(name, signature, names);
 }
 
 void ModelInterface::handle(sdbus::MethodCall &call, Handler handler)
@@ -300,7 +296,7 @@ void ModelInterface::emitTo(const char *signal, const Subscriptions::Names &clie
     }
     try {
         for (const std::string &client : clients) {
-            sdbus::Signal message = m_object->createSignal(interfaceName, signal);
+            sdbus::Signal message = m_object->createSignal(signal);
             append(message);
             message.setDestination(client);
             message.send();

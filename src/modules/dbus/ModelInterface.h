@@ -8,6 +8,7 @@
 #include "PendingCalls.h"
 #include "Subscriptions.h"
 
+#include <bus/BusObject.h>
 #include <core/tavo.h>
 
 #include <QObject>
@@ -46,7 +47,7 @@ private Q_SLOTS:
 
 private:
     using Handler = void (ModelInterface::*)(sdbus::MethodCall &call);
-    using Texts = std::vector<std::string>;
+    using Texts = BusObject::Texts;
 
     void add(const char *method, Handler handler, const char *in, const Texts &inNames,
              const char *out, const Texts &outNames);
@@ -78,5 +79,5 @@ private:
     Subscriptions m_subscriptions;
     Inboxes m_inboxes;
     ClientSounds m_sounds;
-    std::unique_ptr<sdbus::IObject> m_object; ///< while connected
+    std::unique_ptr<BusObject> m_object; ///< while connected
 };

@@ -35,7 +35,7 @@ NotificationsInterface::NotificationsInterface(BusConnection &bus, Clients &clie
 
 void NotificationsInterface::on_bus_connected()
 {
-    m_object = sdbus::createObject(m_bus.connection(), objectPath);
+    m_object = m_bus.createObject(objectPath, interfaceName);
     add("Notify", &NotificationsInterface::notify, "susssasa{sv}i",
         {"app_name", "replaces_id", "app_icon", "summary", "body", "actions", "hints",
          "expire_timeout"},
@@ -45,11 +45,10 @@ void NotificationsInterface::on_bus_connected()
         {"capabilities"});
     add("GetServerInformation", &NotificationsInterface::getServerInformation, "", {}, "ssss",
         {"name", "vendor", "version", "spec_version"});
-    m_object->registerSignal(interfaceName, "NotificationClosed", "uu", Texts{"id", "reason"});
-    m_object->registerSignal(interfaceName, "ActionInvoked", "us", Texts{"id", "action_key"});
-    m_object->registerSignal(interfaceName, "ActivationToken", "us",
-                             Texts{"id", "activation_token"});
-    m_object->finishRegistration();
+    m_object->addSignal("NotificationClosed", "uu", Texts{"id", "reason"});
+    m_object->addSignal("ActionInvoked", "us", Texts{"id", "action_key"});
+    m_object->addSignal("ActivationToken", "us", Texts{"id", "activation_token"});
+    m_object->publish();
 }
 
 void NotificationsInterface::on_bus_lost()
@@ -60,8 +59,8 @@ void NotificationsInterface::on_bus_lost()
 void NotificationsInterface::add(const char *method, Handler handler, const char *in,
                                  const Texts &inNames, const char *out, const Texts &outNames)
 {
-    m_object->registerMethod(interfaceName, method, in, inNames, out, outNames,
-                             [this, handler](sdbus::MethodCall call) { handle(call, handler); });
+    m_object->addMethod(method, in, inNames, out, outNames,
+                        [this, handler](sdbus::MethodCall &call) { handle(call, handler); });
 }
 
 void NotificationsInterface::handle(sdbus::MethodCall &call, Handler handler)
@@ -136,9 +135,9 @@ void NotificationsInterface::send(const char *signal, const Arguments &...argume
         return;
     }
     try {
-        sdbus::Signal message = m_object->createSignal(interfaceName, signal);
+        sdbus::Signal message = m_object->createSignal(signal);
         (message << ... << arguments);
-        m_object->emitSignal(message);
+        message.send();
     } catch (const sdbus::Error &error) {
         LOG4CPLUS_WARN(logger, signal << " can't be sent: " << error.what());
     }

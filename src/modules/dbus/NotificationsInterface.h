@@ -8,6 +8,8 @@
 #include "NotifyCall.h"
 #include "OpenNotifications.h"
 
+#include <bus/BusObject.h>
+
 #include <QObject>
 
 #include <sdbus-c++/sdbus-c++.h>
@@ -38,7 +40,7 @@ private Q_SLOTS:
 
 private:
     using Handler = void (NotificationsInterface::*)(sdbus::MethodCall &call);
-    using Texts = std::vector<std::string>;
+    using Texts = BusObject::Texts;
 
     void add(const char *method, Handler handler, const char *in, const Texts &inNames,
              const char *out, const Texts &outNames);
@@ -57,5 +59,5 @@ private:
     const NotifyCall::Timeouts m_timeouts;
     OpenNotifications m_notifications;
     NotificationSounds m_sounds;
-    std::unique_ptr<sdbus::IObject> m_object; ///< while connected
+    std::unique_ptr<BusObject> m_object; ///< while connected
 };

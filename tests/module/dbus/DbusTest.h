@@ -28,6 +28,13 @@ protected:
         m_module = std::make_unique<LoadedModule>(MODULE_FILE, "dbus", config);
     }
 
+    /// Waits until the module has its name, or has it once more.
+    bool isServing(int times = 1)
+    {
+        return waitFor([&] { return log().count("Serving org.tavo.Model1") == times; },
+                       std::chrono::seconds(20));
+    }
+
     PrivateBus &bus() { return m_bus; }
     LogCapture &log() { return m_log; }
 

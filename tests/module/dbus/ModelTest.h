@@ -75,6 +75,7 @@ protected:
     explicit ModelTest(const QVariantHash &config = {})
     {
         load(config);
+        EXPECT_TRUE(isServing());
         client = std::make_unique<ModelClient>(bus().address());
     }
 

@@ -6,11 +6,6 @@
 namespace {
 class DbusReconnectTest : public DbusTest
 {
-protected:
-    bool isServing(int times)
-    {
-        return waitFor([&] { return log().count("Serving org.tavo.Model1") == times; });
-    }
 };
 
 TEST_F(DbusReconnectTest, TakesItsNameWhenItIsLoaded)

@@ -27,13 +27,8 @@ sdbus::MethodReply &BusCall::answer() const
 }
 
 BusClient::BusClient(const QString &address)
-    : m_bus(std::make_unique<BusConnection>(address))
+    : m_bus(std::make_unique<ServedConnection>(address, [this] { giveUp(); }))
 {
-    m_bus->open();
-    if (!m_bus->isConnected()) {
-        throw std::runtime_error("a client can't reach its bus");
-    }
-    QObject::connect(m_bus.get(), &BusConnection::lost, [this] { giveUp(); });
 }
 
 BusClient &BusClient::setTarget(const std::string &service, const std::string &object,

@@ -3,9 +3,9 @@
 
 #pragma once
 
+#include "support/bus/ServedConnection.h"
 #include "support/EventLoop.h"
 
-#include <bus/BusConnection.h>
 #include <bus/BusVariant.h>
 
 #include <functional>
@@ -80,7 +80,7 @@ public:
 private:
     void giveUp();
 
-    std::unique_ptr<BusConnection> m_bus;
+    std::unique_ptr<ServedConnection> m_bus;
     std::string m_interface;
     std::unique_ptr<sdbus::IProxy> m_target;
     sdbus::Slot m_signals;

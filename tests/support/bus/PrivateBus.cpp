@@ -5,6 +5,7 @@
 
 #include "support/program/BoundProcess.h"
 
+#include <csignal>
 #include <stdexcept>
 
 #include <QFile>
@@ -63,12 +64,23 @@ void PrivateBus::stop()
     if (m_daemon == nullptr) {
         return;
     }
+    resume();
     m_daemon->terminate();
     if (!m_daemon->waitForFinished(patienceMs)) {
         m_daemon->kill();
         m_daemon->waitForFinished(patienceMs);
     }
     m_daemon.reset();
+}
+
+void PrivateBus::pause()
+{
+    ::kill(pid_t(m_daemon->processId()), SIGSTOP);
+}
+
+void PrivateBus::resume()
+{
+    ::kill(pid_t(m_daemon->processId()), SIGCONT);
 }
 
 void PrivateBus::start()

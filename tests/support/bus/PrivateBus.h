@@ -30,6 +30,11 @@ public:
     /// Starts the bus again once it was stopped.
     void start();
 
+    /// Stops the daemon's process where it is: the bus takes connections and messages, as far as the
+    /// system keeps them for it, and says nothing, until resume().
+    void pause();
+    void resume();
+
     void restart()
     {
         stop();

@@ -1,0 +1,158 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "bus/BusLoop.h"
+
+#include <core/tavo/connect.h>
+
+#include <QAbstractEventDispatcher>
+#include <QElapsedTimer>
+
+#include <algorithm>
+#include <chrono>
+#include <limits>
+#include <poll.h>
+
+namespace {
+/// What one turn of the event loop spends on messages at most; the rest waits for the next turn, so
+/// that a flood leaves the thread's other work its share.
+constexpr int mostMessagesPerTurn = 128;
+constexpr int longestTurnMs = 5;
+
+constexpr std::uint64_t never = std::numeric_limits<std::uint64_t>::max();
+
+/// Until a point in time of the monotonic clock, rounded up.
+std::chrono::milliseconds timeUntil(std::uint64_t deadline)
+{
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    const auto left = std::chrono::microseconds(deadline) - now;
+    return std::max(std::chrono::ceil<std::chrono::milliseconds>(left),
+                    std::chrono::milliseconds::zero());
+}
+} // namespace
+
+BusLoop::BusLoop(QObject *parent)
+    : QObject(parent)
+    , m_timer(this)
+    , m_deadline(never)
+{
+    m_timer.setSingleShot(true);
+    tavoConnect(&m_timer, &QTimer::timeout, this, &BusLoop::on_timer_timeout);
+}
+
+void BusLoop::start(sd_bus *bus)
+{
+    if (!m_isHooked) {
+        m_isHooked = true;
+        // Messages are sent outside of turns too, and what the socket doesn't take at once has to be
+        // watched before the loop sleeps.
+        tavoConnect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock,
+                    this, &BusLoop::on_dispatcher_aboutToBlock);
+    }
+    m_bus = bus;
+}
+
+void BusLoop::stop()
+{
+    m_bus = nullptr;
+    m_readable.reset();
+    m_writable.reset();
+    m_timer.stop();
+    m_deadline = never;
+}
+
+std::unique_ptr<QSocketNotifier> BusLoop::notifier(int descriptor, QSocketNotifier::Type type,
+                                                   BusLoop *loop)
+{
+    auto result = std::make_unique<QSocketNotifier>(descriptor, type);
+    tavoConnect(result.get(), &QSocketNotifier::activated, loop, &BusLoop::on_notifier_activated);
+    return result;
+}
+
+void BusLoop::on_dispatcher_aboutToBlock()
+{
+    if (m_bus == nullptr || m_isHandling) {
+        return;
+    }
+    const int result = watch();
+    if (result < 0) {
+        Q_EMIT failed(-result);
+    }
+}
+
+void BusLoop::on_notifier_activated()
+{
+    serve();
+}
+
+void BusLoop::on_timer_timeout()
+{
+    m_deadline = never;
+    serve();
+}
+
+void BusLoop::serve()
+{
+    if (m_isHandling) {
+        // Who handles a message runs an event loop meanwhile. Buses aren't served twice at a time;
+        // the turn that is under way watches again.
+        m_readable->setEnabled(false);
+        m_writable->setEnabled(false);
+        return;
+    }
+    m_isHandling = true;
+    int result = handleMessages();
+    m_isHandling = false;
+    if (result >= 0) {
+        result = watch();
+    }
+    if (result < 0) {
+        Q_EMIT failed(-result);
+    } else {
+        Q_EMIT turned();
+    }
+}
+
+int BusLoop::handleMessages()
+{
+    QElapsedTimer turn;
+    turn.start();
+    int result = 1;
+    for (int i = 0; i < mostMessagesPerTurn && result > 0 && !turn.hasExpired(longestTurnMs); ++i) {
+        result = sd_bus_process(m_bus, nullptr);
+    }
+    return result;
+}
+
+int BusLoop::watch()
+{
+    const int descriptor = sd_bus_get_fd(m_bus);
+    const int events = sd_bus_get_events(m_bus);
+    if (descriptor < 0 || events < 0) {
+        return std::min(descriptor, events);
+    }
+    // Another one if the bus has several addresses, and the first doesn't lead to it.
+    if (!m_readable || m_readable->socket() != descriptor) {
+        m_readable = notifier(descriptor, QSocketNotifier::Read, this);
+        m_writable = notifier(descriptor, QSocketNotifier::Write, this);
+    }
+    m_readable->setEnabled((events & POLLIN) != 0);
+    m_writable->setEnabled((events & POLLOUT) != 0);
+    return watchTime();
+}
+
+int BusLoop::watchTime()
+{
+    std::uint64_t deadline = never;
+    const int result = sd_bus_get_timeout(m_bus, &deadline);
+    if (result < 0 || deadline == m_deadline) {
+        return result;
+    }
+    m_deadline = deadline;
+    if (deadline == never) {
+        m_timer.stop();
+    } else {
+        m_timer.start(timeUntil(deadline));
+    }
+    return result;
+}

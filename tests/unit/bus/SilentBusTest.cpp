@@ -1,0 +1,228 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "support/bus/SilentBus.h"
+#include "support/bus/BusClient.h"
+#include "support/bus/PrivateBus.h"
+#include "support/EventLoop.h"
+#include "support/Text.h"
+
+#include <bus/BusConnection.h>
+
+#include <QElapsedTimer>
+#include <QSignalSpy>
+
+#include <memory>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using std::chrono::seconds;
+
+namespace {
+/// What only a call that waits for the bus takes.
+constexpr int blockedMs = 1000;
+
+/// What a connection gives a bus to answer, and time for a busy machine.
+constexpr seconds patience(20);
+
+/// A connection, and what it reports.
+class Watched
+{
+public:
+    explicit Watched(const QString &address)
+        : m_connection(std::make_unique<BusConnection>(address))
+        , m_connected(m_connection.get(), &BusConnection::connected)
+        , m_lost(m_connection.get(), &BusConnection::lost)
+        , m_acquired(m_connection.get(), &BusConnection::nameAcquired)
+    {
+        m_connection->ownName("org.tavo.One"_s);
+    }
+
+    BusConnection *operator->() { return m_connection.get(); }
+    void end() { m_connection.reset(); }
+
+    bool waitForConnected(int times = 1)
+    {
+        return waitFor([&] { return m_connected.count() == times; }, patience);
+    }
+    bool waitForName(int times = 1)
+    {
+        return waitFor([&] { return m_acquired.count() == times; }, patience);
+    }
+    bool waitForLost()
+    {
+        return waitFor([&] { return m_lost.count() > 0; }, patience);
+    }
+
+    int connected() const { return m_connected.count(); }
+    int lost() const { return m_lost.count(); }
+    bool isReportedSilent() const { return m_lost.at(0).at(1).toBool(); }
+    std::string reason() const { return m_lost.at(0).at(0).toString().toStdString(); }
+
+private:
+    std::unique_ptr<BusConnection> m_connection;
+    QSignalSpy m_connected;
+    QSignalSpy m_lost;
+    QSignalSpy m_acquired;
+};
+
+template <typename Function>
+qint64 timeOf(Function function)
+{
+    QElapsedTimer elapsed;
+    elapsed.start();
+    function();
+    return elapsed.elapsed();
+}
+
+void turnTheLoop()
+{
+    waitFor([] { return false; }, std::chrono::milliseconds(200));
+}
+
+class SilentBusTest : public testing::TestWithParam<SilentBus::After>
+{
+protected:
+    SilentBus m_bus{GetParam()};
+    Watched m_connection{m_bus.address()};
+};
+
+TEST_P(SilentBusTest, IsReportedAsSilentOnceAndTriedAgain)
+{
+    m_connection->open();
+    ASSERT_TRUE(m_connection.waitForLost());
+    EXPECT_TRUE(m_connection.isReportedSilent());
+    EXPECT_THAT(m_connection.reason(), testing::HasSubstr("does not answer"));
+    EXPECT_TRUE(waitFor([&] { return m_bus.connections() > 1; }, patience));
+    EXPECT_EQ(m_connection.connected(), 0);
+    EXPECT_EQ(m_connection.lost(), 1);
+}
+
+TEST_P(SilentBusTest, NeitherConnectingNorTheEndWaitsForIt)
+{
+    EXPECT_LT(timeOf([&] { m_connection->open(); }), blockedMs);
+    EXPECT_LT(timeOf([] { turnTheLoop(); }), blockedMs);
+    EXPECT_EQ(m_bus.connections(), 1);
+    EXPECT_EQ(m_bus.greetings(), GetParam() == SilentBus::After::Connecting ? 0 : 1);
+    EXPECT_LT(timeOf([&] { m_connection.end(); }), blockedMs);
+}
+
+std::string nameOf(const testing::TestParamInfo<SilentBus::After> &info)
+{
+    switch (info.param) {
+    case SilentBus::After::Connecting:
+        return "AfterConnecting";
+    case SilentBus::After::Authenticating:
+        return "AfterAuthenticating";
+    case SilentBus::After::Greeting:
+        return "AfterGreeting";
+    }
+    return {};
+}
+
+INSTANTIATE_TEST_SUITE_P(EachStep, SilentBusTest,
+                         testing::Values(SilentBus::After::Connecting,
+                                         SilentBus::After::Authenticating,
+                                         SilentBus::After::Greeting),
+                         nameOf);
+
+class PausedBusTest : public testing::Test
+{
+protected:
+    PrivateBus m_bus;
+    Watched m_connection{m_bus.address()};
+};
+
+TEST_F(PausedBusTest, IsConnectedToWhenItGoesOn)
+{
+    m_bus.pause();
+    m_connection->open();
+    turnTheLoop();
+    EXPECT_EQ(m_connection.connected(), 0);
+    m_bus.resume();
+    EXPECT_TRUE(m_connection.waitForName());
+    EXPECT_EQ(m_connection.lost(), 0);
+}
+
+TEST_F(PausedBusTest, IsConnectedToWhenItGoesOnAfterItWasGivenUp)
+{
+    m_bus.pause();
+    m_connection->open();
+    ASSERT_TRUE(m_connection.waitForLost());
+    m_bus.resume();
+    EXPECT_TRUE(m_connection.waitForName());
+    EXPECT_EQ(m_connection.lost(), 1);
+}
+
+TEST_F(PausedBusTest, LosesTheConnectionWhenTheNameIsNotAnswered)
+{
+    QObject::connect(m_connection.operator->(), &BusConnection::connected, [&] {
+        if (m_connection.lost() == 0) {
+            m_bus.pause();
+        }
+    });
+    m_connection->open();
+    ASSERT_TRUE(m_connection.waitForLost());
+    EXPECT_TRUE(m_connection.isReportedSilent());
+    m_bus.resume();
+    EXPECT_TRUE(m_connection.waitForName());
+}
+
+TEST_F(PausedBusTest, KeepsTheConnectionAndWhatWasSentMeanwhile)
+{
+    m_connection->open();
+    ASSERT_TRUE(m_connection.waitForName());
+    m_bus.pause();
+    int answers = 0;
+    // More than the system keeps for the bus.
+    constexpr int calls = 1000;
+    const auto callAll = [&] {
+        for (int i = 0; i < calls; ++i) {
+            sdbus::MethodCall call =
+                m_connection->createCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                         "org.freedesktop.DBus", "NameHasOwner");
+            call << "org.tavo." + std::string(200, 'x');
+            m_connection->send(call, patience, [&](auto &, const sdbus::Error *error) {
+                answers += error == nullptr ? 1 : 0;
+            });
+        }
+    };
+    EXPECT_LT(timeOf(callAll), blockedMs);
+    turnTheLoop();
+    EXPECT_EQ(answers, 0);
+    m_bus.resume();
+    EXPECT_TRUE(waitFor([&] { return answers == calls; }, patience));
+    EXPECT_EQ(m_connection.lost(), 0);
+}
+
+TEST_F(PausedBusTest, TheEndDoesNotWaitForWhatIsStillToBeSent)
+{
+    m_connection->open();
+    ASSERT_TRUE(m_connection.waitForName());
+    m_bus.pause();
+    sdbus::MethodCall call = m_connection->createCall(
+        "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameHasOwner");
+    call << std::string(1 << 24, 'x');
+    bool isAnswered = false;
+    m_connection->send(call, patience, [&](auto &, auto *) { isAnswered = true; });
+    turnTheLoop();
+    EXPECT_LT(timeOf([&] { m_connection.end(); }), blockedMs);
+    EXPECT_FALSE(isAnswered);
+}
+
+TEST_F(PausedBusTest, LeavesACallUnansweredForItsPatienceAlone)
+{
+    m_connection->open();
+    ASSERT_TRUE(m_connection.waitForName());
+    m_bus.pause();
+    std::string error;
+    m_connection->send(m_connection->createCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                                "org.freedesktop.DBus", "GetId"),
+                       std::chrono::milliseconds(100),
+                       [&](auto &, const sdbus::Error *silence) { error = silence->getName(); });
+    EXPECT_TRUE(waitFor([&] { return !error.empty(); }));
+    EXPECT_EQ(error, "org.freedesktop.DBus.Error.NoReply");
+    EXPECT_EQ(m_connection.lost(), 0);
+}
+} // namespace
