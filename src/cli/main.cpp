@@ -10,11 +10,7 @@
 
 #include <QCoreApplication>
 
-#include <cmath>
-#include <csignal>
 #include <cstdio>
-#include <sys/time.h>
-#include <unistd.h>
 
 namespace {
 int exitWith(const CommandLineEnd &end)
@@ -37,29 +33,6 @@ int generate(const std::string &kind)
     return static_cast<int>(isWritten ? ExitCode::Ok : ExitCode::SystemError);
 }
 
-extern "C" void endForSilence(int /*signal*/)
-{
-    constexpr char text[] = "tavo: the bus takes connections but says nothing\n";
-    if (write(STDERR_FILENO, text, sizeof text - 1) < 0) {
-        _exit(static_cast<int>(ExitCode::SystemError));
-    }
-    _exit(static_cast<int>(ExitCode::TimedOut));
-}
-
-/// Greeting a bus blocks. Until that is over, the clock of the system watches instead of a timer.
-void watchForSilence(const TavoClient &client, double patienceSeconds)
-{
-    std::signal(SIGALRM, endForSilence);
-    double seconds = 0;
-    constexpr double microseconds = 1e6;
-    const double rest = std::modf(patienceSeconds, &seconds);
-    itimerval once = {};
-    once.it_value.tv_sec = static_cast<time_t>(seconds);
-    once.it_value.tv_usec = static_cast<suseconds_t>(rest * microseconds);
-    setitimer(ITIMER_REAL, &once, nullptr);
-    QObject::connect(&client, &TavoClient::availableChanged, [] { alarm(0); });
-}
-
 int run(const Options &options, QCoreApplication &application)
 {
     Terminal terminal;
@@ -75,7 +48,6 @@ int run(const Options &options, QCoreApplication &application)
     command->start();
     InterruptSignal interrupt;
     tavoConnect(&interrupt, &InterruptSignal::received, command.get(), &Command::interrupt);
-    watchForSilence(client, options.patienceSeconds);
     const int code = QCoreApplication::exec();
     return terminal.isGood() || code != 0 ? code : static_cast<int>(ExitCode::SystemError);
 }

@@ -67,6 +67,14 @@ void DoctorCommand::lookAtHost()
             conclude();
             return;
         }
+        if (error.name() == TavoClientError::busTimedOut()) {
+            add(State::Missing, "bus",
+                QStringLiteral("%1 takes connections but does not answer").arg(bus),
+                QStringLiteral("restart it: its daemon hangs, or has been stopped (kill -CONT lets "
+                               "it go on)"));
+            conclude();
+            return;
+        }
         add(State::Good, "bus", QStringLiteral("%1 can be reached").arg(bus));
         if (error.isError()) {
             add(State::Missing, "host", error.message().toString(),

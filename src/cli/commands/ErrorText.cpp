@@ -45,7 +45,7 @@ ExitCode exitCodeOf(const CMError &error)
     if (name == TavoClientError::noBus() || name == TavoClientError::noHost()) {
         return ExitCode::Unavailable;
     }
-    if (name == TavoClientError::timedOut()) {
+    if (name == TavoClientError::timedOut() || name == TavoClientError::busTimedOut()) {
         return ExitCode::TimedOut;
     }
     return ExitCode::Refused;
@@ -59,6 +59,11 @@ QString errorText(const CMError &error, const CMPath &path, const QString &bus)
     }
     if (name == TavoClientError::noHost()) {
         return noHostText(bus);
+    }
+    if (name == TavoClientError::busTimedOut()) {
+        return QStringLiteral("the bus (%1) takes connections but does not answer. Restart it, or "
+                              "use --bus or TAVO_BUS to name another")
+            .arg(bus);
     }
     if (name == TavoClientError::timedOut()) {
         return QStringLiteral("%1. With --patience it is waited for longer")

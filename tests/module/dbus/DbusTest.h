@@ -28,6 +28,8 @@ protected:
         m_module = std::make_unique<LoadedModule>(MODULE_FILE, "dbus", config);
     }
 
+    void unload() { m_module.reset(); }
+
     /// Waits until the module has its name, or has it once more.
     bool isServing(int times = 1)
     {

@@ -3,7 +3,8 @@
 
 #include "CliTest.h"
 
-#include <QLocalServer>
+#include "support/bus/SilentBus.h"
+
 #include <QTemporaryDir>
 
 using testing::HasSubstr;
@@ -98,11 +99,35 @@ TEST_F(CliUnavailableTest, AHostThatDoesNotAnswerIsNotWaitedForLongerThanAsked)
 
 TEST_F(CliUnavailableTest, ABusThatSaysNothingIsNotWaitedForLongerThanAsked)
 {
-    QLocalServer silent;
-    const QString socket = m_folder.filePath("silent");
-    ASSERT_TRUE(silent.listen(socket));
-    EXPECT_EQ(run({"--patience", "0.2", "--bus", "unix:path=" + socket, "tree"}), s_timedOut);
-    expectOneLine();
+    for (const auto after : {SilentBus::After::Connecting, SilentBus::After::Authenticating,
+                             SilentBus::After::Greeting}) {
+        const SilentBus silent(after);
+        EXPECT_EQ(run({"--patience", "0.2", "--bus", silent.address(), "status"}), s_timedOut);
+        expectOneLine();
+        EXPECT_THAT(m_tavo.error(), HasSubstr("does not answer"));
+    }
+}
+
+TEST_F(CliUnavailableTest, EveryCommandTellsThatTheBusSaysNothing)
+{
+    m_bus.pause();
+    for (const QStringList &command : commands()) {
+        EXPECT_EQ(run(QStringList{"--patience", "0.2"} + command), s_timedOut)
+            << command[0].toStdString();
+        expectOneLine();
+        EXPECT_THAT(m_tavo.error(), HasSubstr("does not answer")) << command[0].toStdString();
+    }
+}
+
+TEST_F(CliUnavailableTest, ABusThatGoesOnInTimeIsUsed)
+{
+    startHost();
+    m_bus.pause();
+    m_tavo.start({"tree"});
+    // Long enough for it to have connected.
+    waitFor([] { return false; }, std::chrono::milliseconds(500));
+    m_bus.resume();
+    EXPECT_EQ(m_tavo.waitForExit(), s_good);
 }
 
 TEST_F(CliUnavailableTest, AWrongCallIsRefusedInOneLine)

@@ -4,11 +4,17 @@
 #include "ClientTest.h"
 
 #include "support/bus/BusClient.h"
+#include "support/bus/SilentBus.h"
 
 #include <vector>
 
 using testing::ElementsAre;
 using testing::HasSubstr;
+
+namespace {
+/// More than a connection gives a bus to answer.
+constexpr std::chrono::seconds patience(20);
+} // namespace
 
 class ClientAvailabilityTest : public ClientTest
 {
@@ -56,6 +62,19 @@ TEST_F(ClientAvailabilityTest, TellsThatThereIsNoBus)
     ASSERT_TRUE(waitForChanges(1));
     EXPECT_THAT(m_changes, ElementsAre(false));
     EXPECT_NE(client.unavailableReason(), ""_s);
+}
+
+TEST_F(ClientAvailabilityTest, TellsThatTheBusDoesNotAnswerAndFindsTheHostWhenItDoes)
+{
+    startHost();
+    ASSERT_TRUE(succeeds(connectedClient().list()));
+    m_bus.pause();
+    const TavoClient &client = watchedClient();
+    ASSERT_TRUE(waitFor([&] { return !m_changes.empty(); }, patience));
+    EXPECT_THAT(m_changes, ElementsAre(false));
+    EXPECT_THAT(client.unavailableReason().toStdString(), HasSubstr("does not answer"));
+    m_bus.resume();
+    EXPECT_TRUE(waitFor([&] { return client.isAvailable(); }, patience));
 }
 
 TEST_F(ClientAvailabilityTest, BelievesTheBusAloneThatTheHostHasGone)
@@ -136,6 +155,45 @@ TEST_F(ClientAvailabilityTest, ARequestWithoutABusIsAnsweredThatThereIsNone)
     const auto late = client.getValue(path("/late"));
     EXPECT_FALSE(late.isFinished()) << "answers come from the event loop";
     EXPECT_EQ(errorOf(late).name(), TavoClientError::noBus());
+}
+
+TEST_F(ClientAvailabilityTest, ARequestToABusThatSaysNothingIsAnsweredInItsTime)
+{
+    for (const auto after : {SilentBus::After::Connecting, SilentBus::After::Authenticating,
+                             SilentBus::After::Greeting}) {
+        const SilentBus silent(after);
+        TavoClient client(silent.address());
+        client.setPatience(200);
+        const auto reply = client.getValue(path("/door/state"));
+        EXPECT_EQ(errorOf(reply).name(), TavoClientError::busTimedOut());
+        EXPECT_EQ(silent.connections(), 1);
+    }
+}
+
+TEST_F(ClientAvailabilityTest, ARequestIsAnsweredAtOnceOnceTheBusIsKnownToSayNothing)
+{
+    const SilentBus silent(SilentBus::After::Greeting);
+    TavoClient client(silent.address());
+    EXPECT_TRUE(waitFor([&] { return client.unavailableReason() != ""_s; }, patience));
+    const auto late = client.getValue(path("/late"));
+    EXPECT_FALSE(late.isFinished()) << "answers come from the event loop";
+    EXPECT_EQ(errorOf(late).name(), TavoClientError::busTimedOut());
+}
+
+TEST_F(ClientAvailabilityTest, ARequestIsAnsweredByTheHostWhenTheBusGoesOnInTime)
+{
+    startHost();
+    m_service.publish(path("/door/state"), TavoValue().setBool_(true));
+    TavoClient &client = connectedClient();
+    m_bus.pause();
+    const auto reply = client.getValue(path("/door/state"));
+    TavoClient early(m_bus.address());
+    const auto held = early.getValue(path("/door/state"));
+    EXPECT_FALSE(waitFor([&] { return reply.isFinished() || held.isFinished(); },
+                         std::chrono::milliseconds(200)));
+    m_bus.resume();
+    EXPECT_TRUE(succeeds(reply));
+    EXPECT_TRUE(succeeds(held));
 }
 
 TEST_F(ClientAvailabilityTest, ARequestWhoseHostEndsIsAnsweredThatNoAnswerComes)
