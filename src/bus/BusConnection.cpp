@@ -228,6 +228,11 @@ std::unique_ptr<BusObject> BusConnection::createObject(const char *path, const c
     return std::make_unique<BusObject>(m_handle.get(), path, interface);
 }
 
+std::unique_ptr<CallFilter> BusConnection::createCallFilter(const CallFilter::Pass &pass)
+{
+    return std::make_unique<CallFilter>(m_handle.get(), pass);
+}
+
 BusSlot BusConnection::addMatch(const std::string &rule, const BusCalls::SignalHandler &handler)
 {
     return BusCalls::addMatch(m_handle.get(), rule, handler);

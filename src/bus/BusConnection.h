@@ -7,6 +7,7 @@
 #include "bus/BusHandles.h"
 #include "bus/BusLoop.h"
 #include "bus/BusObject.h"
+#include "bus/CallFilter.h"
 
 #include <QObject>
 #include <QStringList>
@@ -52,6 +53,7 @@ public:
     // While connected alone.
 
     std::unique_ptr<BusObject> createObject(const char *path, const char *interface);
+    std::unique_ptr<CallFilter> createCallFilter(const CallFilter::Pass &pass);
 
     // See BusCalls.
     BusSlot addMatch(const std::string &rule, const BusCalls::SignalHandler &handler);

@@ -17,7 +17,8 @@ public:
     /// At most about so many bytes; more are refused as an unsupported value.
     BusVariantWriter(sd_bus_message *message, int mostBytes)
         : m_message(message)
-        , m_bytesLeft(std::size_t(mostBytes))
+        , m_mostBytes(std::size_t(mostBytes))
+        , m_bytesLeft(m_mostBytes)
     {
     }
 
@@ -25,6 +26,9 @@ public:
     void append(const QVariant &value, int depth);
 
     void appendText(const QString &text);
+
+    /// About how many so far: rather too many than too few.
+    std::size_t bytesWritten() const { return m_mostBytes - m_bytesLeft; }
 
 private:
     void appendOwnType(const QVariant &value, int depth);
@@ -46,5 +50,6 @@ private:
     void spend(std::size_t bytes);
 
     sd_bus_message *m_message;
+    const std::size_t m_mostBytes;
     std::size_t m_bytesLeft;
 };

@@ -4,14 +4,18 @@
 #pragma once
 
 #include "DbusConfiguration.h"
+#include "UnreadBytes.h"
 
 #include <bus/BusHandles.h>
+#include <bus/CallFilter.h>
 
 #include <QObject>
 
 #include <sdbus-c++/sdbus-c++.h>
 
 #include <chrono>
+#include <functional>
+#include <memory>
 #include <string>
 #include <unordered_map>
 
@@ -19,8 +23,9 @@ class BusConnection;
 
 /// The programs on the bus that have asked for something, by their unique names.
 ///
-/// Thread and owner: its worker's. Every call that comes in goes through count(), so that a client
-/// is known from its first call to its end.
+/// Thread and owner: its worker's. Every call that comes in is counted before anything answers it, so
+/// that a client is known from its first call to its end. What is sent to clients goes through here
+/// too, so that who reads nothing stops nobody.
 class Clients : public QObject
 {
     Q_OBJECT
@@ -30,8 +35,18 @@ public:
 
     const DbusConfiguration::Limits &limits() const { return m_limits; }
 
-    /// Counts a call of the client's. Throws BusErrors::limitExceeded() for one too many.
-    void count(const std::string &client);
+    using Handler = std::function<void(sdbus::MethodCall &call)>;
+
+    /// Has a call handled, and answers what that throws: now, or when it is known that the client reads
+    /// its answers. Calls of one client are handled in their order. Throws nothing.
+    void handle(sdbus::MethodCall &call, const Handler &handler);
+
+    /// Sends the answer to a call, of about so many bytes beside its head; or a refusal when too much
+    /// of what the client was sent is unread. Throws nothing.
+    void answer(const sdbus::MethodCall &call, const sdbus::MethodReply &answer, std::size_t bytes);
+
+    /// Sends a signal to the client alone; false when it reads too little for that.
+    bool send(const std::string &client, sdbus::Signal &signal, std::size_t bytes);
 
     /// Throws BusErrors::limitExceeded() unless there is room for one more of what is named.
     static void checkRoom(int used, int most, const char *what);
@@ -54,10 +69,18 @@ private:
         Clock::time_point since;
     };
 
+    bool pass(sd_bus_message *call);
+    void count(const std::string &client);
+    void run(sdbus::MethodCall &call, const Handler &handler);
+    void refuse(const sdbus::MethodCall &call, const sdbus::Error &error);
+    void refuseUnread(const sdbus::MethodCall &call, UnreadBytes::Verdict verdict);
+    void forget(const std::string &client);
     void on_name_vanished(sdbus::Message &message);
 
     BusConnection &m_bus;
     const DbusConfiguration::Limits &m_limits;
-    BusSlot m_vanished; ///< while connected
+    UnreadBytes m_unread;
+    std::unique_ptr<CallFilter> m_filter; ///< while connected
+    BusSlot m_vanished;                   ///< while connected
     std::unordered_map<std::string, Allowance> m_known;
 };

@@ -23,6 +23,12 @@ constexpr int leastValueBytes = 1024;
 /// Half of what a bus carries in one message.
 constexpr int mostValueBytes = 1 << 26;
 
+/// Half of what a system's bus lets everybody leave unread of a sender's.
+constexpr int defaultTotalUnreadBytes = 1 << 26;
+constexpr int defaultUnreadBytes = defaultTotalUnreadBytes / 4;
+constexpr int leastUnreadBytes = 1 << 20;
+constexpr int mostUnreadBytes = 1 << 30;
+
 DbusConfiguration::Limits readLimits(TavoConfiguration reader)
 {
     DbusConfiguration::Limits limits;
@@ -35,6 +41,11 @@ DbusConfiguration::Limits readLimits(TavoConfiguration reader)
     limits.subscriptions =
         reader.integer(QStringLiteral("subscriptions"), defaultSubscriptions, 0, mostOfAny);
     limits.inboxes = reader.integer(QStringLiteral("inboxes"), defaultInboxes, 0, mostOfAny);
+    limits.unreadBytes = reader.integer(QStringLiteral("unreadBytes"), defaultUnreadBytes,
+                                        leastUnreadBytes, mostUnreadBytes);
+    limits.totalUnreadBytes =
+        reader.integer(QStringLiteral("totalUnreadBytes"), defaultTotalUnreadBytes,
+                       leastUnreadBytes, mostUnreadBytes);
     reader.finish();
     return limits;
 }

@@ -10,7 +10,7 @@
 /// What the module is told at its start, by the keys of the same names.
 struct DbusConfiguration
 {
-    /// What one client may have and do; section "limits".
+    /// What one client may have and do, and what all of them together; section "limits".
     struct Limits
     {
         int openNotifications;
@@ -18,6 +18,8 @@ struct DbusConfiguration
         int valueBytes;        ///< of a value's texts and bytes, and BusVariant::bytesPerValue
         int subscriptions;
         int inboxes;
+        int unreadBytes;      ///< of answers and signals
+        int totalUnreadBytes; ///< the same of all clients
     };
 
     /// Which sounds clients may have played; section "sounds".

@@ -66,17 +66,20 @@ Subscriptions::Change readChange(sdbus::MethodCall &call)
     throw BusErrors::invalidArguments("A change is one of \"value\", \"rows\" and \"node\"");
 }
 
-void appendVariant(sdbus::Message &message, const QVariant &value)
+/// Each of these says about how many bytes it has appended.
+std::size_t appendVariant(sdbus::Message &message, const QVariant &value)
 {
-    BusVariant::append(message, value, 0, BusVariant::mostMessageBytes);
+    BusVariantWriter writer(rawMessage(message), BusVariant::mostMessageBytes);
+    writer.append(value, 0);
+    return writer.bytesWritten();
 }
 
-void appendValue(sdbus::MethodReply &answer, const QVariant &value)
+std::size_t appendValue(sdbus::MethodReply &answer, const QVariant &value)
 {
-    appendVariant(answer, value);
+    return appendVariant(answer, value);
 }
 
-void appendRows(sdbus::MethodReply &answer, const QVariant &value)
+std::size_t appendRows(sdbus::MethodReply &answer, const QVariant &value)
 {
     // The rows stand in an array.
     constexpr int depth = 1;
@@ -87,14 +90,16 @@ void appendRows(sdbus::MethodReply &answer, const QVariant &value)
         writer.append(row, depth);
     }
     answer.closeContainer();
+    return writer.bytesWritten();
 }
 
-void appendIndex(sdbus::MethodReply &answer, const QVariant &value)
+std::size_t appendIndex(sdbus::MethodReply &answer, const QVariant &value)
 {
     answer << std::int32_t(value.toInt());
+    return sizeof(std::int32_t);
 }
 
-void appendEntries(sdbus::MethodReply &answer, const std::vector<CMCatalog::Entry> &entries)
+std::size_t appendEntries(sdbus::MethodReply &answer, const std::vector<CMCatalog::Entry> &entries)
 {
     BusVariantWriter writer(rawMessage(answer), BusVariant::mostMessageBytes);
     answer.openContainer("(sss)");
@@ -106,6 +111,15 @@ void appendEntries(sdbus::MethodReply &answer, const std::vector<CMCatalog::Entr
         answer.closeStruct();
     }
     answer.closeContainer();
+    return writer.bytesWritten();
+}
+
+/// The same for a signal's path.
+std::size_t appendPath(sdbus::Signal &message, const CMPath &path)
+{
+    const QString text = path.toString();
+    BusVariant::appendText(message, text);
+    return std::size_t(text.size());
 }
 } // namespace
 
@@ -155,26 +169,17 @@ void ModelInterface::on_bus_connected()
 void ModelInterface::add(const char *method, Handler handler, const char *in, const Texts &inNames,
                          const char *out, const Texts &outNames)
 {
-    m_object->addMethod(method, in, inNames, out, outNames,
-                        [this, handler](sdbus::MethodCall &call) { handle(call, handler); });
+    const Clients::Handler handle = [this, handler](sdbus::MethodCall &call) {
+        (this->*handler)(call);
+    };
+    m_object->addMethod(
+        method, in, inNames, out, outNames,
+        [this, handle](sdbus::MethodCall &call) { m_clients.handle(call, handle); });
 }
 
 void ModelInterface::addSignal(const char *name, const char *signature, const Texts &names)
 {
     m_object->addSignal(name, signature, names);
-}
-
-void ModelInterface::handle(sdbus::MethodCall &call, Handler handler)
-{
-    // The caller above answers with the bus's own errors, and lets others end the process.
-    try {
-        m_clients.count(call.getSender());
-        (this->*handler)(call);
-    } catch (const sdbus::Error &) {
-        throw;
-    } catch (const std::exception &error) {
-        throw sdbus::Error("org.freedesktop.DBus.Error.Failed", error.what());
-    }
 }
 
 void ModelInterface::on_bus_lost()
@@ -213,15 +218,15 @@ CMReply<QVariant> ModelInterface::send(const std::string &client, const CMPath &
 void ModelInterface::list(sdbus::MethodCall &call)
 {
     sdbus::MethodReply answer = call.createReply();
-    appendEntries(answer, CMCatalog::children(readPathOrRoot(call)));
-    answer.send();
+    const std::size_t bytes = appendEntries(answer, CMCatalog::children(readPathOrRoot(call)));
+    m_clients.answer(call, answer, bytes);
 }
 
 void ModelInterface::tree(sdbus::MethodCall &call)
 {
     sdbus::MethodReply answer = call.createReply();
-    appendEntries(answer, CMCatalog::tree(readPathOrRoot(call)));
-    answer.send();
+    const std::size_t bytes = appendEntries(answer, CMCatalog::tree(readPathOrRoot(call)));
+    m_clients.answer(call, answer, bytes);
 }
 
 void ModelInterface::getRows(sdbus::MethodCall &call)
@@ -297,9 +302,12 @@ void ModelInterface::emitTo(const char *signal, const Subscriptions::Names &clie
     try {
         for (const std::string &client : clients) {
             sdbus::Signal message = m_object->createSignal(signal);
-            append(message);
-            message.setDestination(client);
-            message.send();
+            const std::size_t bytes = append(message);
+            if (!m_clients.send(client, message, bytes) && m_subscriptions.end(client)) {
+                LOG4CPLUS_WARN(logger, "The client "
+                                           << client
+                                           << " doesn't read its signals: its subscriptions end");
+            }
         }
     } catch (const sdbus::Error &error) {
         LOG4CPLUS_WARN(logger, "A change can't be sent: " << error.what());
@@ -310,8 +318,8 @@ void ModelInterface::on_subscriptions_valueChanged(const Subscriptions::Names &c
                                                    const CMPath &path, const QVariant &value)
 {
     emitTo("ValueChanged", clients, [&](sdbus::Signal &message) {
-        BusVariant::appendText(message, path.toString());
-        appendVariant(message, value);
+        const std::size_t bytes = appendPath(message, path);
+        return bytes + appendVariant(message, value);
     });
 }
 
@@ -320,13 +328,15 @@ void ModelInterface::on_subscriptions_rowsChanged(const Subscriptions::Names &cl
                                                   int first, int count)
 {
     emitTo("RowsChanged", clients, [&](sdbus::Signal &message) {
-        BusVariant::appendText(message, path.toString());
+        const std::size_t bytes = appendPath(message, path);
+        BusVariantWriter writer(rawMessage(message), BusVariant::mostMessageBytes);
         message.openContainer("s");
         for (const QString &change : changes) {
-            BusVariant::appendText(message, change);
+            writer.appendText(change);
         }
         message.closeContainer();
         message << std::int32_t(first) << std::int32_t(count);
+        return bytes + writer.bytesWritten();
     });
 }
 
@@ -334,8 +344,9 @@ void ModelInterface::on_subscriptions_nodeChanged(const Subscriptions::Names &cl
                                                   const CMPath &path, bool published)
 {
     emitTo("NodeChanged", clients, [&](sdbus::Signal &message) {
-        BusVariant::appendText(message, path.toString());
+        const std::size_t bytes = appendPath(message, path);
         message << published;
+        return bytes;
     });
 }
 
@@ -343,7 +354,7 @@ void ModelInterface::on_inboxes_received(const std::string &client, const CMPath
                                          const QVariant &value)
 {
     emitTo("Received", {client}, [&](sdbus::Signal &message) {
-        BusVariant::appendText(message, inbox.toString());
-        appendVariant(message, value);
+        const std::size_t bytes = appendPath(message, inbox);
+        return bytes + appendVariant(message, value);
     });
 }

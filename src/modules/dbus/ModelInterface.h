@@ -52,7 +52,6 @@ private:
     void add(const char *method, Handler handler, const char *in, const Texts &inNames,
              const char *out, const Texts &outNames);
     void addSignal(const char *name, const char *signature, const Texts &names);
-    void handle(sdbus::MethodCall &call, Handler handler);
 
     void getValue(sdbus::MethodCall &call);
     void callNode(sdbus::MethodCall &call);
@@ -69,7 +68,7 @@ private:
     /// Sends a client's request into the model.
     CMReply<QVariant> send(const std::string &client, const CMPath &path, const QVariant &value);
 
-    /// Sends a signal to each of the clients.
+    /// Sends a signal to each of the clients. The function says how many bytes it has appended.
     template <typename Append>
     void emitTo(const char *signal, const Subscriptions::Names &clients, Append append);
 

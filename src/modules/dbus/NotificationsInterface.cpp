@@ -59,21 +59,12 @@ void NotificationsInterface::on_bus_lost()
 void NotificationsInterface::add(const char *method, Handler handler, const char *in,
                                  const Texts &inNames, const char *out, const Texts &outNames)
 {
-    m_object->addMethod(method, in, inNames, out, outNames,
-                        [this, handler](sdbus::MethodCall &call) { handle(call, handler); });
-}
-
-void NotificationsInterface::handle(sdbus::MethodCall &call, Handler handler)
-{
-    // The caller above answers with the bus's own errors, and lets others end the process.
-    try {
-        m_clients.count(call.getSender());
+    const Clients::Handler handle = [this, handler](sdbus::MethodCall &call) {
         (this->*handler)(call);
-    } catch (const sdbus::Error &) {
-        throw;
-    } catch (const std::exception &error) {
-        throw sdbus::Error("org.freedesktop.DBus.Error.Failed", error.what());
-    }
+    };
+    m_object->addMethod(
+        method, in, inNames, out, outNames,
+        [this, handle](sdbus::MethodCall &call) { m_clients.handle(call, handle); });
 }
 
 void NotificationsInterface::notify(sdbus::MethodCall &call)

@@ -44,7 +44,6 @@ private:
 
     void add(const char *method, Handler handler, const char *in, const Texts &inNames,
              const char *out, const Texts &outNames);
-    void handle(sdbus::MethodCall &call, Handler handler);
 
     void notify(sdbus::MethodCall &call);
     void closeNotification(sdbus::MethodCall &call);

@@ -9,11 +9,20 @@
 
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
+
+std::size_t bytesOf(const CMError &error)
+{
+    constexpr std::size_t mostBytesOfCharacter = 3;
+    const int characters =
+        error.message().toString().size() + error.name().size() + error.title().toString().size();
+    return mostBytesOfCharacter * std::size_t(characters);
 }
+} // namespace
 
 PendingCalls::PendingCalls(Clients &clients)
+    : m_clients(clients)
 {
-    tavoConnect(&clients, &Clients::left, this, &PendingCalls::on_clients_left);
+    tavoConnect(&m_clients, &Clients::left, this, &PendingCalls::on_clients_left);
 }
 
 void PendingCalls::on_clients_left(const std::string &client)
@@ -45,8 +54,8 @@ void PendingCalls::finish(quint64 number, const CMReply<QVariant> &reply)
     }
     try {
         send(pending.mapped().call, reply, pending.mapped().append);
-    } catch (const sdbus::Error &error) {
-        LOG4CPLUS_WARN(logger, "An answer can't be sent: " << error.what());
+    } catch (const std::exception &error) {
+        LOG4CPLUS_WARN(logger, "An answer can't be written: " << error.what());
     }
 }
 
@@ -55,14 +64,15 @@ void PendingCalls::send(const sdbus::MethodCall &call, const CMReply<QVariant> &
 {
     const CMError error = reply.error();
     if (error.isError()) {
-        BusError::reply(call, error).send();
+        m_clients.answer(call, BusError::reply(call, error), bytesOf(error));
         return;
     }
     sdbus::MethodReply answer = call.createReply();
+    std::size_t bytes = 0;
     try {
-        append(answer, reply.value());
+        bytes = append(answer, reply.value());
     } catch (const sdbus::Error &unsupported) {
         answer = call.createErrorReply(unsupported);
     }
-    answer.send();
+    m_clients.answer(call, answer, bytes);
 }

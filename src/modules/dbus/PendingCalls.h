@@ -9,6 +9,7 @@
 
 #include <sdbus-c++/sdbus-c++.h>
 
+#include <cstddef>
 #include <string>
 #include <unordered_map>
 
@@ -25,8 +26,8 @@ class PendingCalls : public QObject
 public:
     explicit PendingCalls(Clients &clients);
 
-    /// Puts a reply's value into the answer.
-    using Append = void (*)(sdbus::MethodReply &answer, const QVariant &value);
+    /// Puts a reply's value into the answer, and says about how many bytes that are.
+    using Append = std::size_t (*)(sdbus::MethodReply &answer, const QVariant &value);
 
     /// Answers the call with the reply, or its error; now if the reply is finished.
     void answer(const sdbus::MethodCall &call, const CMReply<QVariant> &reply, Append append);
@@ -45,7 +46,9 @@ private:
     };
 
     void finish(quint64 number, const CMReply<QVariant> &reply);
-    static void send(const sdbus::MethodCall &call, const CMReply<QVariant> &reply, Append append);
+    void send(const sdbus::MethodCall &call, const CMReply<QVariant> &reply, Append append);
+
+    Clients &m_clients;
 
     /// Here and not with the replies' watchers: those may go in any thread, a message must not.
     std::unordered_map<quint64, PendingCall> m_calls;

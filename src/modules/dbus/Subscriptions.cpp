@@ -50,19 +50,24 @@ void Subscriptions::drop(const std::string &client, Change change, const CMPath 
     }
 }
 
-void Subscriptions::on_clients_left(const std::string &client)
+bool Subscriptions::end(const std::string &client)
 {
-    const auto held = m_held.find(client);
-    if (held == m_held.end()) {
-        return;
+    auto held = m_held.extract(client);
+    if (held.empty() || held.mapped().count == 0) {
+        return false;
     }
     for (const Change change : {CMAbstractWorker::ValueChange, CMAbstractWorker::NodeChange,
                                 CMAbstractWorker::RowsChange}) {
-        for (const CMPath &path : qAsConst(held->second.paths[change])) {
+        for (const CMPath &path : qAsConst(held.mapped().paths[change])) {
             drop(client, change, path);
         }
     }
-    m_held.erase(held);
+    return true;
+}
+
+void Subscriptions::on_clients_left(const std::string &client)
+{
+    end(client);
 }
 
 void Subscriptions::subscribe(Change change, const CMPath &path)

@@ -35,6 +35,9 @@ public:
     /// False when there is none.
     bool remove(const std::string &client, Change change, const CMPath &path);
 
+    /// Ends all of a client's; false when there are none.
+    bool end(const std::string &client);
+
 Q_SIGNALS:
     void valueChanged(const Subscriptions::Names &clients, const CMPath &path,
                       const QVariant &value);

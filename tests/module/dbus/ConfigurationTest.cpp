@@ -43,10 +43,10 @@ TEST_F(DbusConfigurationTest, RefusesValuesOfTheWrongType)
 
 TEST_F(DbusConfigurationTest, RefusesLimitsOutOfRange)
 {
-    for (const char *key :
-         {"openNotifications", "requestsPerSecond", "valueBytes", "subscriptions", "inboxes"}) {
+    for (const char *key : {"openNotifications", "requestsPerSecond", "valueBytes", "subscriptions",
+                            "inboxes", "unreadBytes", "totalUnreadBytes"}) {
         EXPECT_THAT(failureWithLimit(key, -1), StartsWith(std::string("limits.") + key + ": "));
-        EXPECT_THAT(failureWithLimit(key, 1e9), StartsWith(std::string("limits.") + key + ": "));
+        EXPECT_THAT(failureWithLimit(key, 2e9), StartsWith(std::string("limits.") + key + ": "));
     }
     EXPECT_THAT(failureWith({{"defaultTimeout", -1}}), StartsWith("defaultTimeout: "));
 }

@@ -19,7 +19,10 @@
 class DbusTest : public testing::Test
 {
 protected:
-    DbusTest() = default;
+    explicit DbusTest(const QString &busSettings = {})
+        : m_bus(busSettings)
+    {
+    }
 
     /// Loads the module; the bus's address is added to the configuration.
     void load(QVariantHash config = {})

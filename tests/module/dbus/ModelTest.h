@@ -72,7 +72,8 @@ private:
 class ModelTest : public DbusTest
 {
 protected:
-    explicit ModelTest(const QVariantHash &config = {})
+    explicit ModelTest(const QVariantHash &config = {}, const QString &busSettings = {})
+        : DbusTest(busSettings)
     {
         load(config);
         EXPECT_TRUE(isServing());

@@ -22,7 +22,9 @@ protected:
     DbusPolicyTest()
         : m_bus("<policy context=\"default\"><allow user=\"*\"/><deny own=\"*\"/>"
                 "<deny send_type=\"method_call\"/>"
-                "<allow send_destination=\"org.freedesktop.DBus\"/></policy>"
+                "<allow send_destination=\"org.freedesktop.DBus\"/>"
+                "<deny send_destination=\"org.freedesktop.DBus\" "
+                "send_interface=\"org.freedesktop.DBus.Debug.Stats\"/></policy>"
                 "<include>" INTERFACE_FOLDER "/org.tavo.Model1.conf</include>")
     {
     }
@@ -96,6 +98,15 @@ TEST_F(DbusPolicyTest, LetsRootSendRequests)
     EXPECT_THAT(call("root", {"Call", "sv", "/test/value", "i", "1"}),
                 StartsWith("Call failed: The node at /test/value can't be set"));
     EXPECT_THAT(call("root", {"OpenInbox"}), StartsWith("s \"/dbus/inbox/"));
+}
+
+TEST_F(DbusPolicyTest, LetsTheHostAloneAskTheBusWhatIsUnread)
+{
+    const QStringList statistics{"org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                 "org.freedesktop.DBus.Debug.Stats"};
+    const QStringList question{"GetConnectionStats", "s", "org.tavo.Model1"};
+    EXPECT_THAT(call("root", question, statistics), HasSubstr("\"OutgoingBytes\" u "));
+    EXPECT_THAT(call("nobody", question, statistics), HasSubstr("Access denied"));
 }
 
 TEST_F(DbusPolicyTest, LetsTheHostServeNotificationsButNotEverybodyNotify)

@@ -22,6 +22,8 @@ public:
     /// Waits until it has written the text.
     bool writes(const QString &text) { return m_program.waitForOutput(text.toStdString()); }
 
+    void sendSignal(int signal) { m_program.sendSignal(signal); }
+
     /// Ends it at once, whatever it is doing.
     void kill() { m_program.kill(); }
 
