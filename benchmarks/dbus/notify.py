@@ -146,7 +146,8 @@ class Notifications:
     @contextlib.contextmanager
     def _host(self):
         """The arguments that start the host with its four modules."""
-        limits = {"openNotifications": NO_LIMIT, "requestsPerSecond": NO_LIMIT}
+        limits = {"openNotifications": NO_LIMIT, "totalOpenNotifications": NO_LIMIT,
+                  "requestsPerSecond": NO_LIMIT}
         configuration = {"modules": ["powermanager", "player", "notifications",
                                      {"name": "dbus", "config": {"limits": limits}}]}
         with tempfile.NamedTemporaryFile("w", suffix=".json") as file:

@@ -14,7 +14,8 @@ class BusVariantReader
 public:
     BusVariantReader(sd_bus_message *message, int mostBytes)
         : m_message(message)
-        , m_bytesLeft(mostBytes)
+        , m_mostBytes(std::size_t(mostBytes))
+        , m_bytesLeft(m_mostBytes)
     {
     }
 
@@ -22,6 +23,9 @@ public:
     QVariant read();
 
     QString readText(char type = SD_BUS_TYPE_STRING);
+
+    /// About how many so far.
+    std::size_t bytesRead() const { return m_mostBytes - m_bytesLeft; }
 
 private:
     QVariant readNext();
@@ -42,5 +46,6 @@ private:
     void spend(std::size_t bytes);
 
     sd_bus_message *m_message;
+    const std::size_t m_mostBytes;
     std::size_t m_bytesLeft;
 };

@@ -31,6 +31,8 @@ ClientSounds::ClientSounds(Clients &clients, CMNodes *nodes,
     , m_nodes(nodes)
 {
     tavoConnect(&m_clients, &Clients::left, this, &ClientSounds::on_clients_left);
+    CMRoot()->connectNodeChange(TavoNotificationPlayerEnqueuePath(), this,
+                                &ClientSounds::on_player_nodeChanged);
 }
 
 CMReply<QVariant> ClientSounds::enqueue(const std::string &client, const QVariant &value)
@@ -42,6 +44,18 @@ CMReply<QVariant> ClientSounds::enqueue(const std::string &client, const QVarian
     TavoNotificationPlayerItem item = wish.notificationPlayerItem();
     checkAccess(item);
     checkTarget(item.playbackResponsePath());
+    return send(client, item, wish);
+}
+
+CMReply<QVariant> ClientSounds::play(const std::string &client,
+                                     const TavoNotificationPlayerItem &item)
+{
+    return send(client, item, TavoValue());
+}
+
+CMReply<QVariant> ClientSounds::send(const std::string &client, TavoNotificationPlayerItem item,
+                                     TavoValue wish)
+{
     const CMPath path = watch(client, item);
     wish.setNotificationPlayerItem(item.setPlaybackResponsePath(path));
     CMReply<QVariant> reply = CMRoot()->invoke(TavoNotificationPlayerEnqueuePath(), wish, {});
@@ -98,8 +112,9 @@ CMReply<QVariant> ClientSounds::playMusic(const QVariant &value) const
 CMPath ClientSounds::watch(const std::string &client, const TavoNotificationPlayerItem &item)
 {
     const auto count = m_counts.find(client);
-    Clients::checkRoom(count == m_counts.end() ? 0 : count->second,
-                       m_clients.limits().openNotifications, "sounds");
+    Clients::checkRoom(count == m_counts.end() ? 0 : count->second, m_clients.limits().sounds,
+                       "sounds");
+    Clients::checkTotal(m_sounds.size(), m_clients.limits().totalSounds, "sounds");
     CMPath path = soundsPath() + QString::number(++m_lastNumber);
     CMActivateNode *node = CMActivateNode::create(m_nodes, path);
     m_sounds.insert(path, {client, item, node});
@@ -152,5 +167,16 @@ void ClientSounds::on_clients_left(const std::string &client)
             CMRoot()->invoke(TavoNotificationPlayerCancelPath(),
                              TavoValue().setString_(sound.item.id()), {});
         }
+    }
+}
+
+void ClientSounds::on_player_nodeChanged(const CMPath & /*path*/, bool published)
+{
+    if (published) {
+        return;
+    }
+    // It has taken its sounds with it, and reports of none any more.
+    for (const CMPath &sound : m_sounds.keys()) {
+        forget(sound);
     }
 }

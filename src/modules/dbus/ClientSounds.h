@@ -15,7 +15,8 @@
 
 class Clients;
 
-/// The sounds that clients have enqueued, each from its request to its end.
+/// The sounds that clients have enqueued, and those of their notifications, each from its request to
+/// its end. All count, those of clients that have left too.
 ///
 /// Thread and owner: its worker's. Each is watched by a node of its own, which hands its responses on
 /// to where the client wants them. What loops ends with its client; the rest is heard to its end.
@@ -31,6 +32,10 @@ public:
     /// clients may not have played, or a response path as checkTarget() does.
     CMReply<QVariant> enqueue(const std::string &client, const QVariant &value);
 
+    /// Enqueues a sound on behalf of a client, who named its location or not. Throws
+    /// BusErrors::limitExceeded() as enqueue() does.
+    CMReply<QVariant> play(const std::string &client, const TavoNotificationPlayerItem &item);
+
     /// Sends a client's request for music on. Throws BusErrors::accessDenied() as enqueue() does.
     CMReply<QVariant> playMusic(const QVariant &value) const;
 
@@ -40,6 +45,7 @@ public:
 
 private Q_SLOTS:
     void on_clients_left(const std::string &client);
+    void on_player_nodeChanged(const CMPath &path, bool published);
     void on_sound_responded(const CMSetDataRequest &request);
 
 private:
@@ -50,6 +56,8 @@ private:
         CMActivateNode *node; ///< the node set's
     };
 
+    CMReply<QVariant> send(const std::string &client, TavoNotificationPlayerItem item,
+                           TavoValue wish);
     void checkAccess(TavoNotificationPlayerItem &item) const;
     QString allowed(const QString &location, SoundAccess::Kind kind) const;
     CMPath watch(const std::string &client, const TavoNotificationPlayerItem &item);

@@ -164,6 +164,14 @@ void Clients::checkRoom(int used, int most, const char *what)
     }
 }
 
+void Clients::checkTotal(int used, int most, const char *what)
+{
+    if (used >= most) {
+        throw BusErrors::limitExceeded("All clients together may have no more than " +
+                                       std::to_string(most) + ' ' + what);
+    }
+}
+
 void Clients::on_bus_connected()
 {
     m_unread.start();

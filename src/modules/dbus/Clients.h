@@ -51,6 +51,9 @@ public:
     /// Throws BusErrors::limitExceeded() unless there is room for one more of what is named.
     static void checkRoom(int used, int most, const char *what);
 
+    /// The same for what all clients have together.
+    static void checkTotal(int used, int most, const char *what);
+
 Q_SIGNALS:
     /// A client has left the bus, or the bus has gone with all of them: what it had ends.
     void left(const std::string &client);

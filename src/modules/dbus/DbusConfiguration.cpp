@@ -11,6 +11,9 @@ constexpr int longestTimeoutMs = 24 * 60 * 60 * 1000;
 
 /// More than anybody reads, and little for a device's memory.
 constexpr int defaultOpenNotifications = 1000;
+constexpr int defaultTotalOpenNotifications = 10'000;
+constexpr int defaultSounds = 256;
+constexpr int defaultTotalSounds = 1000;
 /// Far above what people cause, far below what keeps a device busy.
 constexpr int defaultRequestsPerSecond = 2000;
 constexpr int defaultSubscriptions = 1000;
@@ -26,14 +29,20 @@ constexpr int mostValueBytes = 1 << 26;
 /// Half of what a system's bus lets everybody leave unread of a sender's.
 constexpr int defaultTotalUnreadBytes = 1 << 26;
 constexpr int defaultUnreadBytes = defaultTotalUnreadBytes / 4;
-constexpr int leastUnreadBytes = 1 << 20;
-constexpr int mostUnreadBytes = 1 << 30;
+constexpr int defaultTotalRequestBytes = 1 << 26;
+constexpr int leastManyBytes = 1 << 20;
+constexpr int mostManyBytes = 1 << 30;
 
 DbusConfiguration::Limits readLimits(TavoConfiguration reader)
 {
     DbusConfiguration::Limits limits;
     limits.openNotifications =
         reader.integer(QStringLiteral("openNotifications"), defaultOpenNotifications, 1, mostOfAny);
+    limits.totalOpenNotifications = reader.integer(QStringLiteral("totalOpenNotifications"),
+                                                   defaultTotalOpenNotifications, 1, mostOfAny);
+    limits.sounds = reader.integer(QStringLiteral("sounds"), defaultSounds, 1, mostOfAny);
+    limits.totalSounds =
+        reader.integer(QStringLiteral("totalSounds"), defaultTotalSounds, 1, mostOfAny);
     limits.requestsPerSecond =
         reader.integer(QStringLiteral("requestsPerSecond"), defaultRequestsPerSecond, 0, mostOfAny);
     limits.valueBytes = reader.integer(QStringLiteral("valueBytes"), defaultValueBytes,
@@ -41,11 +50,13 @@ DbusConfiguration::Limits readLimits(TavoConfiguration reader)
     limits.subscriptions =
         reader.integer(QStringLiteral("subscriptions"), defaultSubscriptions, 0, mostOfAny);
     limits.inboxes = reader.integer(QStringLiteral("inboxes"), defaultInboxes, 0, mostOfAny);
+    limits.totalRequestBytes =
+        reader.integer(QStringLiteral("totalRequestBytes"), defaultTotalRequestBytes,
+                       leastManyBytes, mostManyBytes);
     limits.unreadBytes = reader.integer(QStringLiteral("unreadBytes"), defaultUnreadBytes,
-                                        leastUnreadBytes, mostUnreadBytes);
-    limits.totalUnreadBytes =
-        reader.integer(QStringLiteral("totalUnreadBytes"), defaultTotalUnreadBytes,
-                       leastUnreadBytes, mostUnreadBytes);
+                                        leastManyBytes, mostManyBytes);
+    limits.totalUnreadBytes = reader.integer(
+        QStringLiteral("totalUnreadBytes"), defaultTotalUnreadBytes, leastManyBytes, mostManyBytes);
     reader.finish();
     return limits;
 }

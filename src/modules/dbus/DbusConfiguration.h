@@ -14,12 +14,16 @@ struct DbusConfiguration
     struct Limits
     {
         int openNotifications;
+        int totalOpenNotifications;
         int requestsPerSecond; ///< on average; twice as many at once. 0: no limit
         int valueBytes;        ///< of a value's texts and bytes, and BusVariant::bytesPerValue
         int subscriptions;
         int inboxes;
-        int unreadBytes;      ///< of answers and signals
-        int totalUnreadBytes; ///< the same of all clients
+        int sounds; ///< that wait or play
+        int totalSounds;
+        int totalRequestBytes; ///< of all clients' requests that wait for their answers
+        int unreadBytes;       ///< of answers and signals
+        int totalUnreadBytes;  ///< the same of all clients
     };
 
     /// Which sounds clients may have played; section "sounds".

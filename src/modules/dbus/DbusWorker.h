@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Clients.h"
+#include "ClientSounds.h"
 #include "DbusConfiguration.h"
 #include "ModelInterface.h"
 #include "NotificationsInterface.h"
@@ -36,6 +37,7 @@ private:
     const DbusConfiguration m_configuration;
     BusConnection m_bus; ///< first of the parts: the others stand on it
     Clients m_clients;
+    ClientSounds m_sounds;
     ModelInterface m_model;
     std::unique_ptr<NotificationsInterface> m_notifications; ///< null where they are not served
 };

@@ -8,6 +8,7 @@
 #include <bus/BusConnection.h>
 #include <bus/BusError.h>
 #include <bus/BusVariant.h>
+#include <bus/BusVariantReader.h>
 #include <bus/BusVariantWriter.h>
 #include <bus/RawMessage.h>
 
@@ -124,13 +125,13 @@ std::size_t appendPath(sdbus::Signal &message, const CMPath &path)
 } // namespace
 
 ModelInterface::ModelInterface(BusConnection &bus, Clients &clients, CMNodes *nodes,
-                               const DbusConfiguration::Sounds &sounds)
+                               ClientSounds &sounds)
     : m_bus(bus)
     , m_clients(clients)
     , m_calls(clients)
     , m_subscriptions(clients)
     , m_inboxes(clients, nodes)
-    , m_sounds(clients, nodes, sounds)
+    , m_sounds(sounds)
 {
     m_bus.ownName(QString::fromLatin1(interfaceName));
     tavoConnect(&m_bus, &BusConnection::connected, this, &ModelInterface::on_bus_connected);
@@ -190,16 +191,20 @@ void ModelInterface::on_bus_lost()
 
 void ModelInterface::getValue(sdbus::MethodCall &call)
 {
+    m_calls.checkRoom(call, 0);
     const CMReply<QVariant> reply;
     CMRoot()->getDataRequest(CMGetDataRequest(readPath(call), reply));
-    m_calls.answer(call, reply, appendValue);
+    m_calls.answer(call, reply, appendValue, 0);
 }
 
 void ModelInterface::callNode(sdbus::MethodCall &call)
 {
     const CMPath path = readPath(call);
-    const QVariant value = BusVariant::read(call, m_clients.limits().valueBytes);
-    m_calls.answer(call, send(call.getSender(), path, value), appendValue);
+    BusVariantReader reader(rawMessage(call), m_clients.limits().valueBytes);
+    const QVariant value = reader.read();
+    // Before it does anything: a request that is refused has done nothing.
+    m_calls.checkRoom(call, reader.bytesRead());
+    m_calls.answer(call, send(call.getSender(), path, value), appendValue, reader.bytesRead());
 }
 
 CMReply<QVariant> ModelInterface::send(const std::string &client, const CMPath &path,
@@ -239,18 +244,21 @@ void ModelInterface::getRows(sdbus::MethodCall &call)
         throw BusErrors::invalidArguments(
             "Rows are asked for from 0 on, and as many as the count says or, with -1, all");
     }
+    m_calls.checkRoom(call, 0);
     const CMReply<QVariant> reply;
     CMRoot()->getRowsRequest(CMGetRowsRequest(path, first, count, reply));
-    m_calls.answer(call, reply, appendRows);
+    m_calls.answer(call, reply, appendRows, 0);
 }
 
 void ModelInterface::matchRow(sdbus::MethodCall &call)
 {
     const CMPath path = readPath(call);
-    const QVariant row = BusVariant::read(call, m_clients.limits().valueBytes);
+    BusVariantReader reader(rawMessage(call), m_clients.limits().valueBytes);
+    const QVariant row = reader.read();
+    m_calls.checkRoom(call, reader.bytesRead());
     const CMReply<QVariant> reply;
     CMRoot()->matchRowRequest(CMMatchRowRequest(path, row, reply));
-    m_calls.answer(call, reply, appendIndex);
+    m_calls.answer(call, reply, appendIndex, reader.bytesRead());
 }
 
 void ModelInterface::closeNode(sdbus::MethodCall &call)

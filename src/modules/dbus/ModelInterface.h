@@ -31,8 +31,7 @@ class ModelInterface : public QObject
     Q_OBJECT
 
 public:
-    ModelInterface(BusConnection &bus, Clients &clients, CMNodes *nodes,
-                   const DbusConfiguration::Sounds &sounds);
+    ModelInterface(BusConnection &bus, Clients &clients, CMNodes *nodes, ClientSounds &sounds);
 
 private Q_SLOTS:
     void on_bus_connected();
@@ -77,6 +76,6 @@ private:
     PendingCalls m_calls;
     Subscriptions m_subscriptions;
     Inboxes m_inboxes;
-    ClientSounds m_sounds;
+    ClientSounds &m_sounds;
     std::unique_ptr<BusObject> m_object; ///< while connected
 };

@@ -3,6 +3,8 @@
 
 #include "NotificationSounds.h"
 
+#include <sdbus-c++/sdbus-c++.h>
+
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 
@@ -10,14 +12,16 @@ const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 constexpr int mostRefusals = 100;
 } // namespace
 
-NotificationSounds::NotificationSounds(const DbusConfiguration::Sounds &configuration)
-    : m_access(configuration.schemes, configuration.folders)
+NotificationSounds::NotificationSounds(ClientSounds &sounds,
+                                       const DbusConfiguration::Sounds &configuration)
+    : m_clientSounds(sounds)
+    , m_access(configuration.schemes, configuration.folders)
     , m_theme(configuration.theme)
 {
 }
 
-void NotificationSounds::play(quint32 id, const QString &file, const QString &event,
-                              TavoNotificationItemPriority::Enum priority)
+void NotificationSounds::play(const std::string &client, quint32 id, const QString &file,
+                              const QString &event, TavoNotificationItemPriority::Enum priority)
 {
     stop(id);
     // The theme's sounds are the device's own: clients choose among them, not where they are.
@@ -27,37 +31,43 @@ void NotificationSounds::play(quint32 id, const QString &file, const QString &ev
     }
     const QString sound = QStringLiteral("dbus-notification-%1-%2").arg(id).arg(++m_played);
     m_sounds.insert(id, sound);
-    enqueue(sound, location, priority);
+    enqueue(client, TavoNotificationPlayerItem()
+                        .setId(sound)
+                        .setContent(location)
+                        .setType(TavoNotificationPlayerItemType::Uri)
+                        .setPriority(priority));
 }
 
 QString NotificationSounds::allowedFile(const QString &file)
 {
     const SoundAccess::Answer answer = m_access.check(file);
-    if (answer.location.isEmpty() && !m_refused.contains(answer.refusal) &&
-        m_refused.size() < mostRefusals) {
-        m_refused.insert(answer.refusal);
-        LOG4CPLUS_WARN(logger, "A notification's sound is not played: " << answer.refusal);
+    if (answer.location.isEmpty()) {
+        logOnce(answer.refusal);
     }
     return answer.location;
 }
 
-void NotificationSounds::enqueue(const QString &sound, const QString &location,
-                                 TavoNotificationItemPriority::Enum priority)
+void NotificationSounds::logOnce(const QString &refusal)
 {
-    const auto item = TavoNotificationPlayerItem()
-                          .setId(sound)
-                          .setContent(location)
-                          .setType(TavoNotificationPlayerItemType::Uri)
-                          .setPriority(priority);
-    CMRoot()
-        ->invoke(TavoNotificationPlayerEnqueuePath(), TavoValue().setNotificationPlayerItem(item),
-                 CMReply<QVariant>())
-        .onFinished(this, [sound](const CMReply<QVariant> &reply) {
-            if (reply.error().isError()) {
-                LOG4CPLUS_WARN(logger, "The sound " << sound << " is not played: "
-                                                    << reply.error().message().toString());
-            }
-        });
+    if (!m_refused.contains(refusal) && m_refused.size() < mostRefusals) {
+        m_refused.insert(refusal);
+        LOG4CPLUS_WARN(logger, "A notification's sound is not played: " << refusal);
+    }
+}
+
+void NotificationSounds::enqueue(const std::string &client, const TavoNotificationPlayerItem &item)
+{
+    try {
+        m_clientSounds.play(client, item)
+            .onFinished(this, [sound = item.id()](const CMReply<QVariant> &reply) {
+                if (reply.error().isError()) {
+                    LOG4CPLUS_WARN(logger, "The sound " << sound << " is not played: "
+                                                        << reply.error().message().toString());
+                }
+            });
+    } catch (const sdbus::Error &limit) {
+        logOnce(QString::fromStdString(limit.getMessage()));
+    }
 }
 
 void NotificationSounds::stop(quint32 id)

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "ClientSounds.h"
 #include "DbusConfiguration.h"
 #include "SoundAccess.h"
 #include "SoundTheme.h"
@@ -13,6 +14,8 @@
 #include <QObject>
 #include <QSet>
 
+#include <string>
+
 /// The sounds of desktop notifications, at most one for each.
 ///
 /// Thread and owner: its worker's. A sound that can't be played is a warning in the log: the
@@ -22,11 +25,12 @@ class NotificationSounds : public QObject
     Q_OBJECT
 
 public:
-    explicit NotificationSounds(const DbusConfiguration::Sounds &configuration);
+    NotificationSounds(ClientSounds &sounds, const DbusConfiguration::Sounds &configuration);
 
     /// Plays a notification's sound, in place of the one that it had: the file if one is named, as
-    /// far as clients may have it played, or else the theme's sound for the event.
-    void play(quint32 id, const QString &file, const QString &event,
+    /// far as clients may have it played, or else the theme's sound for the event. It counts as one
+    /// of the client's sounds until it ends.
+    void play(const std::string &client, quint32 id, const QString &file, const QString &event,
               TavoNotificationItemPriority::Enum priority);
 
     /// Ends a notification's sound, if it has one that still sounds or waits.
@@ -37,9 +41,10 @@ public:
 
 private:
     QString allowedFile(const QString &file);
-    void enqueue(const QString &sound, const QString &location,
-                 TavoNotificationItemPriority::Enum priority);
+    void enqueue(const std::string &client, const TavoNotificationPlayerItem &item);
+    void logOnce(const QString &refusal);
 
+    ClientSounds &m_clientSounds;
     const SoundAccess m_access;
     const SoundTheme m_theme;
     QHash<quint32, QString> m_sounds; ///< what the player knows them by

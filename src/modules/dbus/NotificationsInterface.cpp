@@ -17,12 +17,13 @@ constexpr const char *protocolVersion = "1.2";
 } // namespace
 
 NotificationsInterface::NotificationsInterface(BusConnection &bus, Clients &clients, CMNodes *nodes,
+                                               ClientSounds &sounds,
                                                const DbusConfiguration &configuration)
     : m_bus(bus)
     , m_clients(clients)
     , m_timeouts{configuration.defaultTimeoutMs, configuration.criticalTimeoutMs}
     , m_notifications(nodes)
-    , m_sounds(configuration.sounds)
+    , m_sounds(sounds, configuration.sounds)
 {
     m_bus.ownName(QString::fromLatin1(interfaceName));
     tavoConnect(&m_bus, &BusConnection::connected, this, &NotificationsInterface::on_bus_connected);
@@ -77,6 +78,8 @@ void NotificationsInterface::notify(sdbus::MethodCall &call)
         const QString client = QString::fromStdString(call.getSender());
         Clients::checkRoom(m_notifications.countOf(client), m_clients.limits().openNotifications,
                            "notifications open");
+        Clients::checkTotal(m_notifications.count(), m_clients.limits().totalOpenNotifications,
+                            "notifications open");
         // One that has closed meanwhile is opened again by the id that its client knows.
         id = id != 0 ? id : m_notifications.freeId();
         const CMError error = m_notifications.open(id, wish.notification, client);
@@ -86,7 +89,8 @@ void NotificationsInterface::notify(sdbus::MethodCall &call)
         }
     }
     if (!wish.isSilent) {
-        m_sounds.play(id, wish.soundFile, wish.soundName, wish.notification.priority);
+        m_sounds.play(call.getSender(), id, wish.soundFile, wish.soundName,
+                      wish.notification.priority);
     }
     sdbus::MethodReply answer = call.createReply();
     answer << id;

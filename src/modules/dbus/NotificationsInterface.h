@@ -30,7 +30,7 @@ class NotificationsInterface : public QObject
 
 public:
     NotificationsInterface(BusConnection &bus, Clients &clients, CMNodes *nodes,
-                           const DbusConfiguration &configuration);
+                           ClientSounds &sounds, const DbusConfiguration &configuration);
 
 private Q_SLOTS:
     void on_bus_connected();

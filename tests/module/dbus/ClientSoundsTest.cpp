@@ -14,19 +14,10 @@ class DbusClientSoundsTest : public ModelTest
 {
 protected:
     DbusClientSoundsTest()
-        : ModelTest({{"limits", QVariantHash{{"openNotifications", 2}}}})
+        : ModelTest({{"limits", QVariantHash{{"sounds", 2}, {"totalSounds", 3}}}})
     {
-        publishRequest(TavoNotificationPlayerEnqueuePath().toString(),
-                       [this](const CMSetDataRequest &request) {
-                           const TavoNotificationPlayerItem item =
-                               TavoValue(request.value().toHash()).notificationPlayerItem();
-                           if (item.id().isEmpty()) {
-                               request.reply().setError(CMError("Player"_s, "Refused"_s));
-                               return;
-                           }
-                           m_playing[item.id()] = item;
-                           request.reply().setValue({});
-                       });
+        player = publishRequest(TavoNotificationPlayerEnqueuePath().toString(),
+                                [this](const CMSetDataRequest &request) { play(request); });
         publishRequest(TavoNotificationPlayerCancelPath().toString(),
                        [this](const CMSetDataRequest &request) {
                            const QString id = TavoValue(request.value().toHash()).string_();
@@ -36,10 +27,23 @@ protected:
                        });
     }
 
-    BusCall enqueue(const TavoNotificationPlayerItem &item)
+    void play(const CMSetDataRequest &request)
     {
-        return client->send(TavoNotificationPlayerEnqueuePath().toString(),
-                            TavoValue().setNotificationPlayerItem(item).__variant());
+        const TavoNotificationPlayerItem item =
+            TavoValue(request.value().toHash()).notificationPlayerItem();
+        if (item.id().isEmpty()) {
+            request.reply().setError(CMError("Player"_s, "Refused"_s));
+            return;
+        }
+        m_playing[item.id()] = item;
+        request.reply().setValue({});
+    }
+
+    BusCall enqueue(const TavoNotificationPlayerItem &item) { return enqueue(*client, item); }
+    static BusCall enqueue(ModelClient &by, const TavoNotificationPlayerItem &item)
+    {
+        return by.send(TavoNotificationPlayerEnqueuePath().toString(),
+                       TavoValue().setNotificationPlayerItem(item).__variant());
     }
     static TavoNotificationPlayerItem sound(const QString &id)
     {
@@ -58,6 +62,7 @@ protected:
     /// How many sounds are still watched.
     static int watched() { return int(CMCatalog::children(CMPath("/dbus/sounds"_s)).size()); }
 
+    CMActivateNode *player = nullptr;
     std::vector<std::string> cancelled;
 
 private:
@@ -140,5 +145,27 @@ TEST_F(DbusClientSoundsTest, AreLimitedUntilSomeEnd)
     respond("a"_s, TavoNotificationPlayerResponseType::Finished);
     ASSERT_TRUE(waitFor([] { return watched() == 1; }));
     EXPECT_TRUE(enqueue(sound("c"_s)).succeeds());
+}
+
+TEST_F(DbusClientSoundsTest, AreLimitedForAllClientsThatThereWere)
+{
+    ASSERT_TRUE(enqueue(sound("a"_s)).succeeds());
+    ASSERT_TRUE(enqueue(sound("b"_s)).succeeds());
+    client->leave();
+    ModelClient other(bus().address());
+    ASSERT_TRUE(enqueue(other, sound("c"_s)).succeeds());
+    const BusCall call = enqueue(other, sound("d"_s));
+    EXPECT_EQ(call.errorName(), "org.freedesktop.DBus.Error.LimitsExceeded");
+    EXPECT_EQ(call.errorMessage(), "All clients together may have no more than 3 sounds");
+    respond("a"_s, TavoNotificationPlayerResponseType::Finished);
+    ASSERT_TRUE(waitFor([] { return watched() == 2; }));
+    EXPECT_TRUE(enqueue(other, sound("d"_s)).succeeds());
+}
+
+TEST_F(DbusClientSoundsTest, EndWithThePlayer)
+{
+    ASSERT_TRUE(enqueue(sound("a"_s)).succeeds());
+    player->dispose();
+    EXPECT_TRUE(waitFor([] { return watched() == 0; }));
 }
 } // namespace

@@ -3,6 +3,8 @@
 
 #include "ModelTest.h"
 
+#include <utility>
+
 namespace {
 constexpr const char *limitsExceeded = "org.freedesktop.DBus.Error.LimitsExceeded";
 
@@ -96,5 +98,61 @@ TEST_F(DbusNoLimitTest, OfZeroRequestsASecondIsNone)
     for (const BusCall &call : calls) {
         ASSERT_TRUE(call.succeeds());
     }
+}
+
+class DbusRequestBytesTest : public ModelTest
+{
+protected:
+    DbusRequestBytesTest()
+        : ModelTest({{"limits", QVariantHash{{"totalRequestBytes", 1 << 20}}}})
+    {
+        publishRequest("/test/late"_s, [this](const CMSetDataRequest &request) {
+            m_waiting.push_back(request.reply());
+        });
+    }
+
+    BusCall send(ModelClient &by, std::size_t number)
+    {
+        const BusCall call = by.send("/test/late"_s, QByteArray(300'000, 'x'));
+        waitFor([&] { return call.isAnswered() || m_waiting.size() == number; });
+        return call;
+    }
+    void answerAll()
+    {
+        for (const CMReply<QVariant> &reply : std::exchange(m_waiting, {})) {
+            reply.setValue({});
+        }
+    }
+
+private:
+    std::vector<CMReply<QVariant>> m_waiting;
+};
+
+TEST_F(DbusRequestBytesTest, AreLimitedUntilTheRequestsAreAnsweredAndForOthersThereIsRoom)
+{
+    const BusCall first = send(*client, 1);
+    EXPECT_FALSE(first.isAnswered());
+    const BusCall second = send(*client, 2);
+    EXPECT_EQ(second.errorName(), limitsExceeded);
+    EXPECT_EQ(second.errorMessage(), "Too many requests wait for their answers, of which all "
+                                     "clients together may have 1048576 bytes");
+    ModelClient other(bus().address());
+    const BusCall others = send(other, 2);
+    EXPECT_FALSE(others.isAnswered());
+    answerAll();
+    EXPECT_TRUE(first.succeeds());
+    EXPECT_TRUE(others.succeeds());
+    EXPECT_FALSE(send(*client, 1).isAnswered());
+}
+
+TEST_F(DbusRequestBytesTest, OfAClientThatLeavesCountNoMore)
+{
+    ModelClient leaving(bus().address());
+    EXPECT_FALSE(send(leaving, 1).isAnswered());
+    EXPECT_FALSE(send(*client, 2).isAnswered());
+    ModelClient other(bus().address());
+    EXPECT_EQ(send(other, 3).errorName(), limitsExceeded);
+    leaving.leave();
+    EXPECT_TRUE(waitFor([&] { return !send(other, 3).isAnswered(); }));
 }
 } // namespace

@@ -96,13 +96,15 @@ protected:
     }
 
     /// A node whose requests the function is given.
-    void publishRequest(const QString &path, std::function<void(const CMSetDataRequest &)> take)
+    CMActivateNode *publishRequest(const QString &path,
+                                   std::function<void(const CMSetDataRequest &)> take)
     {
-        CMActivateNode::create(&m_nodes, CMPath(path))
-            ->doSetInvoke([this, take = std::move(take)](CMActivateNode *node) {
-                tavoConnect(node, &CMActivateNode::privateInvoke, &m_receiver, take,
-                            Qt::QueuedConnection);
-            });
+        CMActivateNode *request = CMActivateNode::create(&m_nodes, CMPath(path));
+        request->doSetInvoke([this, take = std::move(take)](CMActivateNode *node) {
+            tavoConnect(node, &CMActivateNode::privateInvoke, &m_receiver, take,
+                        Qt::QueuedConnection);
+        });
+        return request;
     }
     /// A node that answers each request with its value.
     void publishEcho(const QString &path)

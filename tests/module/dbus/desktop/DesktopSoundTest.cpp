@@ -54,9 +54,10 @@ private:
 class DesktopSoundTest : private SoundFolders, public DesktopTest
 {
 protected:
-    DesktopSoundTest()
+    explicit DesktopSoundTest(const QVariantHash &limits = {})
         : DesktopTest({{"sounds"_s, QVariantHash{{"folders"_s, QVariantList{path("allowed"_s)}},
-                                                 {"theme"_s, "special"_s}}}})
+                                                 {"theme"_s, "special"_s}}},
+                       {"limits"_s, limits}})
     {
         m_services.take(TavoPlayerMainAudioDuckingPath(), ScriptedService::accept());
         m_services.take(TavoPowerManagerResourceRequestPath(), ScriptedService::accept());
@@ -181,5 +182,31 @@ TEST_F(DesktopSoundTest, PlaysMoreUrgentSoundsFirst)
     notifySend({"-u"_s, "critical"_s, "-h"_s, "string:sound-name:bell"_s, "Title"_s});
     ASSERT_TRUE(plays(2));
     EXPECT_EQ(players()[0]->pauses, 1);
+}
+
+class DesktopSoundLimitTest : public DesktopSoundTest
+{
+protected:
+    DesktopSoundLimitTest()
+        : DesktopSoundTest({{"totalSounds"_s, 1}})
+    {
+    }
+};
+
+TEST_F(DesktopSoundLimitTest, CountsASoundUntilItEndsHoweverLongItsNotificationIsGone)
+{
+    const QString sound = "string:sound-name:bell"_s;
+    const quint32 expiring = notifySend({"-t"_s, "200"_s, "-h"_s, sound, "Title"_s});
+    ASSERT_TRUE(plays(1));
+    ASSERT_TRUE(waitFor([&] { return !isOpen(expiring); }));
+    EXPECT_TRUE(isOpen(notifyWith(sound)));
+    EXPECT_EQ(log().count(log4cplus::WARN_LOG_LEVEL,
+                          "A notification's sound is not played: All clients together may have no "
+                          "more than 1 sounds"),
+              1);
+    players()[0]->reportStopped();
+    ASSERT_TRUE(waitFor([] { return CMCatalog::tree(CMPath("/dbus/sounds"_s)).empty(); }));
+    notifyWith(sound);
+    EXPECT_TRUE(plays(2));
 }
 } // namespace

@@ -45,6 +45,26 @@ TEST_F(OpenLimitTest, HoldsForOthersByThemselves)
     EXPECT_EQ(displayed().size(), 4);
 }
 
+class TotalOpenLimitTest : public DesktopTest
+{
+protected:
+    TotalOpenLimitTest()
+        : DesktopTest({{"limits"_s, QVariantHash{{"totalOpenNotifications"_s, 3}}}})
+    {
+    }
+};
+
+TEST_F(TotalOpenLimitTest, HoldsForAllClientsThatThereWere)
+{
+    for (int i = 0; i < 3; ++i) {
+        notifySend({"-t"_s, "0"_s, "Title"_s});
+    }
+    EXPECT_EQ(python("print(error(Notify))"_s),
+              limitError + "All clients together may have no more than 3 notifications open"_s);
+    result("CloseNotification"_s, {"2"_s});
+    EXPECT_EQ(python("print(Notify())"_s), "4"_s);
+}
+
 class RequestLimitTest : public DesktopTest
 {
 protected:
