@@ -148,6 +148,9 @@ void Clients::refuse(const sdbus::MethodCall &call, const sdbus::Error &error)
 
 bool Clients::send(const std::string &client, sdbus::Signal &signal, std::size_t bytes)
 {
+    if (m_known.count(client) == 0) {
+        return true;
+    }
     if (!m_unread.takeSignal(client, bytes + UnreadBytes::messageBytes)) {
         return false;
     }

@@ -45,7 +45,7 @@ public:
     /// of what the client was sent is unread. Throws nothing.
     void answer(const sdbus::MethodCall &call, const sdbus::MethodReply &answer, std::size_t bytes);
 
-    /// Sends a signal to the client alone; false when it reads too little for that.
+    /// Sends a signal to the client alone, if it is there; false when it reads too little for that.
     bool send(const std::string &client, sdbus::Signal &signal, std::size_t bytes);
 
     /// Throws BusErrors::limitExceeded() unless there is room for one more of what is named.

@@ -64,7 +64,11 @@ DbusConfiguration::Limits readLimits(TavoConfiguration reader)
 DbusConfiguration::Sounds readSounds(TavoConfiguration reader)
 {
     DbusConfiguration::Sounds sounds;
-    sounds.schemes = reader.texts(QStringLiteral("schemes"), {QStringLiteral("file")});
+    // A scheme means the same in any case.
+    for (const QString &scheme :
+         reader.texts(QStringLiteral("schemes"), {QStringLiteral("file")})) {
+        sounds.schemes.append(scheme.toLower());
+    }
     sounds.folders = reader.texts(QStringLiteral("folders"), {QStringLiteral("/")});
     sounds.theme = reader.text(QStringLiteral("theme"), QStringLiteral("freedesktop"));
     reader.finish();

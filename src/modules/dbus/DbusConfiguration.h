@@ -29,7 +29,7 @@ struct DbusConfiguration
     /// Which sounds clients may have played; section "sounds".
     struct Sounds
     {
-        QStringList schemes; ///< "file" stands for paths too
+        QStringList schemes; ///< in small letters; "file" stands for paths too
         QStringList folders; ///< where files must be, at any depth
         QString theme;       ///< whose sounds they may choose by name
     };

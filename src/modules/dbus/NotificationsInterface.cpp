@@ -55,6 +55,7 @@ void NotificationsInterface::on_bus_connected()
 void NotificationsInterface::on_bus_lost()
 {
     m_object.reset();
+    m_notifications.forgetClients();
 }
 
 void NotificationsInterface::add(const char *method, Handler handler, const char *in,
@@ -124,7 +125,7 @@ void NotificationsInterface::getServerInformation(sdbus::MethodCall &call)
 }
 
 template <typename... Arguments>
-void NotificationsInterface::send(const char *signal, const Arguments &...arguments)
+void NotificationsInterface::emitToAll(const char *signal, const Arguments &...arguments)
 {
     if (!m_object) {
         return;
@@ -138,6 +139,22 @@ void NotificationsInterface::send(const char *signal, const Arguments &...argume
     }
 }
 
+void NotificationsInterface::sendToken(quint32 id, const QString &token)
+{
+    const std::string client = m_notifications.clientOf(id).toStdString();
+    if (!m_object || client.empty()) {
+        return;
+    }
+    try {
+        const std::string text = token.toStdString();
+        sdbus::Signal message = m_object->createSignal("ActivationToken");
+        message << id << text;
+        m_clients.send(client, message, text.size());
+    } catch (const sdbus::Error &error) {
+        LOG4CPLUS_WARN(logger, "A token can't be sent: " << error.what());
+    }
+}
+
 void NotificationsInterface::on_notifications_closed(quint32 id, OpenNotifications::Reason reason)
 {
     if (reason == OpenNotifications::Reason::Dismissed ||
@@ -147,14 +164,14 @@ void NotificationsInterface::on_notifications_closed(quint32 id, OpenNotificatio
     } else {
         m_sounds.release(id);
     }
-    send("NotificationClosed", id, quint32(reason));
+    emitToAll("NotificationClosed", id, quint32(reason));
 }
 
 void NotificationsInterface::on_notifications_actionInvoked(quint32 id, const QString &key,
                                                             const QString &token)
 {
     if (!token.isEmpty()) {
-        send("ActivationToken", id, token.toStdString());
+        sendToken(id, token);
     }
-    send("ActionInvoked", id, key.toStdString());
+    emitToAll("ActionInvoked", id, key.toStdString());
 }

@@ -50,8 +50,14 @@ private:
     void getCapabilities(sdbus::MethodCall &call);
     void getServerInformation(sdbus::MethodCall &call);
 
+    /// As most servers do: some clients listen by another connection than they notify by, and the
+    /// arguments tell nobody what was shown.
     template <typename... Arguments>
-    void send(const char *signal, const Arguments &...arguments);
+    void emitToAll(const char *signal, const Arguments &...arguments);
+
+    /// To the one who opened the notification alone: with the token, others could raise a window in its
+    /// stead.
+    void sendToken(quint32 id, const QString &token);
 
     BusConnection &m_bus;
     Clients &m_clients;

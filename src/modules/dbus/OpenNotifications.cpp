@@ -74,6 +74,24 @@ CMPath OpenNotifications::pathOf(quint32 id)
     return notificationsPath() + QString::number(id);
 }
 
+QString OpenNotifications::clientOf(quint32 id) const
+{
+    return m_entries.value(id).client;
+}
+
+void OpenNotifications::forgetClients()
+{
+    m_counts.clear();
+    if (m_entries.isEmpty()) {
+        return;
+    }
+    const QString nobody = QLatin1String("");
+    m_counts.insert(nobody, m_entries.size());
+    for (Entry &entry : m_entries) {
+        entry.client = nobody;
+    }
+}
+
 quint32 OpenNotifications::freeId()
 {
     return m_ids.take([this](quint32 id) { return isOpen(id); });

@@ -49,6 +49,12 @@ public:
     /// How many of those that are open a client has opened.
     int countOf(const QString &client) const { return m_counts.value(client); }
 
+    /// Who opened one that is open; empty where nobody knows any more.
+    QString clientOf(quint32 id) const;
+
+    /// Forgets who opened what: the names belonged to a bus that has gone, and another's may be the same.
+    void forgetClients();
+
     quint32 freeId();
 
     /// Opens a notification under an id that isn't open. Answers an error, with nothing opened, when

@@ -182,6 +182,28 @@ TEST_F(DbusBadInputTest, AnAnswerThatComesWhenTheBusHasGoneIsForgotten)
     settle();
 }
 
+TEST_F(DbusBadInputTest, WhatIsSentToABusThatHasJustGoneIsForgotten)
+{
+    CMReply<QVariant> late;
+    bool asked = false;
+    publishRequest("/test/late"_s, [&](const CMSetDataRequest &request) {
+        late = request.reply();
+        asked = true;
+    });
+    CMValueNode *watched = publishValue("/test/watched"_s, 0);
+    ASSERT_TRUE(client->subscribe("/test/watched"_s, "value"_s).succeeds());
+    client->send("/test/late"_s, 1);
+    ASSERT_TRUE(waitFor([&] { return asked; }));
+    // Nothing turns the event loop, so that the module doesn't know of it.
+    bus().stop();
+    watched->setValue(TavoValue().setInt_(1));
+    late.setValue(2);
+    settle();
+    client->leave();
+    bus().start();
+    EXPECT_TRUE(waitFor([&] { return log().count("Serving org.tavo.Model1") == 2; }));
+}
+
 TEST_F(DbusBadInputTest, AClientThatVanishesAmidAFloodIsForgotten)
 {
     for (int i = 0; i < 1000; ++i) {

@@ -40,8 +40,9 @@ private:
 class DbusClientSoundAccessTest : private SoundPlaces, public ModelTest
 {
 protected:
-    DbusClientSoundAccessTest()
-        : ModelTest({{"sounds", QVariantHash{{"folders", QVariantList{path("allowed"_s)}}}}})
+    explicit DbusClientSoundAccessTest(const QString &scheme = "file"_s)
+        : ModelTest({{"sounds", QVariantHash{{"folders", QVariantList{path("allowed"_s)}},
+                                             {"schemes", QVariantList{scheme}}}}})
     {
         publishRequest(TavoNotificationPlayerEnqueuePath().toString(),
                        [this](const CMSetDataRequest &request) {
@@ -118,5 +119,20 @@ TEST_F(DbusClientSoundAccessTest, HoldsForMusicToo)
     EXPECT_EQ(errorForMusic(TavoValue().setString_(file).__variant()), "");
     EXPECT_EQ(errorForMusic({}), "");
     EXPECT_THAT(music, ElementsAre(file, file, QVariant()));
+}
+
+class DbusClientSoundSchemeTest : public DbusClientSoundAccessTest
+{
+protected:
+    DbusClientSoundSchemeTest()
+        : DbusClientSoundAccessTest("File"_s)
+    {
+    }
+};
+
+TEST_F(DbusClientSoundSchemeTest, IsTheSameInAnyCase)
+{
+    EXPECT_EQ(errorFor(Type::Uri, "file://"_s + path("allowed/sound.wav"_s)), "");
+    EXPECT_EQ(errorFor(Type::Uri, "FILE://"_s + path("allowed/sound.wav"_s)), "");
 }
 } // namespace

@@ -330,6 +330,17 @@ TEST_F(ShownNotificationsTest, AreCountedByClient)
     EXPECT_EQ(notifications.count(), 2);
 }
 
+TEST_F(ShownNotificationsTest, StayWhenTheirClientsAreForgotten)
+{
+    const quint32 id = open(text("one"_s), ":1.1"_s);
+    EXPECT_EQ(notifications.clientOf(id), ":1.1"_s);
+    notifications.forgetClients();
+    EXPECT_EQ(notifications.clientOf(id), QString());
+    EXPECT_EQ(notifications.countOf(":1.1"_s), 0);
+    EXPECT_EQ(notifications.count(), 1);
+    EXPECT_TRUE(notifications.close(id, Reason::Closed));
+}
+
 TEST_F(ShownNotificationsTest, GetNoIdThatIsOpen)
 {
     notifications.open(1, text("one"_s), {});
