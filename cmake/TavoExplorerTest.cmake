@@ -11,6 +11,7 @@ function(tavo_add_explorer_test program)
     endif()
     add_test(NAME ${program} COMMAND ${program} --jobs 1 --hang-seconds 60 ${ARGN})
     set_tests_properties(${program} PROPERTIES
+        COST 100
         LABELS explorer
         TIMEOUT 600)
 endfunction()

@@ -41,13 +41,18 @@ function(tavo_add_test name)
     # A value's text in a test's name could break the list of tests.
     gtest_discover_tests(${name} NO_PRETTY_VALUES DISCOVERY_TIMEOUT 60
         PROPERTIES TIMEOUT ${test_TIMEOUT})
+    # Slow ones begin first: nothing would run beside one that is left at the end.
+    set(cost 0)
+    if("slow" IN_LIST test_LABELS)
+        set(cost 100)
+    endif()
     # gtest_discover_tests() takes properties that are lists apart and keeps the first element, so
     # these are set when ctest has read the tests that were found.
     set(properties_file "${CMAKE_CURRENT_BINARY_DIR}/${name}_properties.cmake")
     file(WRITE "${properties_file}" "if(${name}_TESTS)
     set_tests_properties(\${${name}_TESTS} PROPERTIES
         LABELS [==[${test_LABELS}]==] ENVIRONMENT [==[${environment}]==]
-        RESOURCE_LOCK [==[${test_RESOURCE_LOCK}]==])
+        RESOURCE_LOCK [==[${test_RESOURCE_LOCK}]==] COST ${cost})
 endif()
 ")
     set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${properties_file}")
