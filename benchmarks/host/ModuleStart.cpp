@@ -4,7 +4,7 @@
 // Loads modules and makes their workers, in the order of the arguments, in a process that has the
 // platform's library already, and prints the microseconds that each took as a JSON array.
 
-#include "AnswerTime.h"
+#include "../Moment.h"
 
 #include <core/tavo.h>
 
@@ -43,9 +43,9 @@ int main(int argc, char **argv)
     std::vector<std::unique_ptr<CMWorker>> workers;
     const char *separator = "[";
     for (const QString &file : QCoreApplication::arguments().mid(1)) {
-        const long long before = monotonicNanoseconds();
+        const std::int64_t before = momentNow();
         workers.push_back(makeWorker(file, &config));
-        std::printf("%s%.1f", separator, double(monotonicNanoseconds() - before) * 1e-3);
+        std::printf("%s%.1f", separator, double(momentNow() - before) * 1e-3);
         separator = ", ";
     }
     std::printf("]\n");

@@ -3,7 +3,7 @@
 
 // canberra_play DEVICE FILE [COUNT]: what tavo_play does, by libcanberra's own ALSA driver.
 
-#include "Moment.h"
+#include "../Moment.h"
 
 #include <condition_variable>
 #include <cstdio>

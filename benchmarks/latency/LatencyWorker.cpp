@@ -3,7 +3,7 @@
 
 #include "LatencyWorker.h"
 
-#include "Moment.h"
+#include "../Moment.h"
 
 #include <QCoreApplication>
 

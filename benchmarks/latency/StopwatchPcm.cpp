@@ -8,7 +8,7 @@
 // the first frame that isn't silence, at the time when that frame is due. Times are nanoseconds of
 // CLOCK_MONOTONIC.
 
-#include "Moment.h"
+#include "../Moment.h"
 
 #include <algorithm>
 #include <array>

@@ -4,7 +4,7 @@
 // tavo_play DEVICE FILE [COUNT]: plays a sound so many times, one after another, and prints when each
 // was asked for.
 
-#include "Moment.h"
+#include "../Moment.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -7,7 +7,7 @@
 
 #include <time.h>
 
-/// Now, as the stopwatch device tells it: nanoseconds of CLOCK_MONOTONIC.
+/// Now in nanoseconds of CLOCK_MONOTONIC, which all processes share.
 inline std::int64_t momentNow()
 {
     constexpr std::int64_t nsPerSecond = 1'000'000'000;
