@@ -38,9 +38,9 @@ bool NotificationDisplay::enqueue(TavoNotificationDisplayItem *item)
         preemptHead();
     }
     const CMPath path = item->path();
-    const Rank rank{item->priority(), m_arrivals++};
+    const DisplayRanks::Rank rank{item->priority(), m_arrivals++};
     m_queue.insert(position, *item);
-    m_ranks.insert(position, rank);
+    m_ranks.insert(rank);
     m_ranksOfPaths.insert(path, rank);
     Q_ASSERT(m_ranksOfPaths.size() == m_ranks.size());
     if (position == 0) {
@@ -56,9 +56,7 @@ int NotificationDisplay::queuePosition(TavoNotificationItemPriority::Enum priori
 {
     TAVO_SCOPE(logger, TRACE, "");
     // Behind all that have come: the position after the last of the same priority.
-    const auto position =
-        std::lower_bound(m_ranks.constBegin(), m_ranks.constEnd(), Rank{priority, m_arrivals});
-    return int(position - m_ranks.constBegin());
+    return m_ranks.position({priority, m_arrivals});
 }
 
 QVector<int> NotificationDisplay::positionsOf(const CMPath &path) const
@@ -66,9 +64,7 @@ QVector<int> NotificationDisplay::positionsOf(const CMPath &path) const
     QVector<int> positions;
     for (auto rank = m_ranksOfPaths.constFind(path);
          rank != m_ranksOfPaths.constEnd() && rank.key() == path; ++rank) {
-        const auto position = std::lower_bound(m_ranks.constBegin(), m_ranks.constEnd(), *rank);
-        Q_ASSERT(position != m_ranks.constEnd() && *position == *rank);
-        positions.append(int(position - m_ranks.constBegin()));
+        positions.append(m_ranks.position(*rank));
     }
     std::sort(positions.begin(), positions.end(), std::greater<>());
     return positions;
@@ -162,7 +158,7 @@ bool NotificationDisplay::removeNotificationItem(int index)
     return true;
 }
 
-void NotificationDisplay::forgetRank(const CMPath &path, const Rank &rank)
+void NotificationDisplay::forgetRank(const CMPath &path, const DisplayRanks::Rank &rank)
 {
     const auto entry = m_ranksOfPaths.find(path, rank);
     if (entry != m_ranksOfPaths.end()) {
@@ -170,8 +166,8 @@ void NotificationDisplay::forgetRank(const CMPath &path, const Rank &rank)
     }
     // When a burst is over, its room is given back.
     constexpr int worthwhile = 1024;
-    if (m_ranks.capacity() > worthwhile && m_ranks.size() < m_ranks.capacity() / 4) {
-        m_ranks.squeeze();
+    if (m_ranksOfPaths.capacity() > worthwhile &&
+        m_ranksOfPaths.size() < m_ranksOfPaths.capacity() / 4) {
         m_ranksOfPaths.squeeze();
     }
 }

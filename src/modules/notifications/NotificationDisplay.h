@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "DisplayRanks.h"
+
 #include <core/tavo.h>
 
 #include <QElapsedTimer>
@@ -70,28 +72,15 @@ private:
     QElapsedTimer m_shownTimer; ///< how much of it is over
     CMNodes *m_nodes;           ///< the worker's
 
-    /// What the queue is ordered by: the more urgent first, then the older.
-    struct Rank
-    {
-        int priority;
-        quint64 arrival;
-
-        bool operator<(const Rank &other) const
-        {
-            return priority != other.priority ? priority > other.priority : arrival < other.arrival;
-        }
-        bool operator==(const Rank &other) const { return arrival == other.arrival; }
-    };
-
     /// Where the notifications with the path stand, the last first.
     QVector<int> positionsOf(const CMPath &path) const;
 
     /// Takes the rank of a removed notification out of the index, unless it is out already.
-    void forgetRank(const CMPath &path, const Rank &rank);
+    void forgetRank(const CMPath &path, const DisplayRanks::Rank &rank);
 
     /// The items' ranks, in step with the queue, and the same by their paths: an item is found by a
     /// search in the order instead of a walk that reads every item.
-    QVector<Rank> m_ranks;
-    QMultiHash<CMPath, Rank> m_ranksOfPaths;
+    DisplayRanks m_ranks;
+    QMultiHash<CMPath, DisplayRanks::Rank> m_ranksOfPaths;
     quint64 m_arrivals = 0;
 };
