@@ -46,7 +46,7 @@ inline constexpr ExitCodeText s_exitCodeTexts[] = {
     {"66", "The file, or standard input, can't be read."},
     {"69", "The bus can't be reached, or no host is on it."},
     {"71", "The operating system refused something."},
-    {"75", "The host did not answer in time."},
+    {"75", "The bus or the host did not answer in time."},
     {"130", "Interrupted by SIGINT (Ctrl-C)."},
     {"143", "Ended by SIGTERM."},
 };

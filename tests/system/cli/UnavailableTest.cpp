@@ -5,6 +5,7 @@
 
 #include "support/bus/SilentBus.h"
 
+#include <QElapsedTimer>
 #include <QTemporaryDir>
 
 using testing::HasSubstr;
@@ -128,6 +129,16 @@ TEST_F(CliUnavailableTest, ABusThatGoesOnInTimeIsUsed)
     waitFor([] { return false; }, std::chrono::milliseconds(500));
     m_bus.resume();
     EXPECT_EQ(m_tavo.waitForExit(), s_good);
+}
+
+TEST_F(CliUnavailableTest, TheHostEndsAtOnceWhileItsBusSaysNothing)
+{
+    startHost();
+    m_bus.pause();
+    QElapsedTimer elapsed;
+    elapsed.start();
+    EXPECT_EQ(m_host->stop(), 0);
+    EXPECT_LT(elapsed.elapsed(), 1000);
 }
 
 TEST_F(CliUnavailableTest, AWrongCallIsRefusedInOneLine)
