@@ -30,15 +30,15 @@ struct TavoClientNode
 /// The model of a host in another process, over a message bus.
 ///
 /// No request blocks: an answer comes through the reply, a change through a signal, from the event
-/// loop of the client's thread, which is the one that made it. Neither does connecting to the bus: one
-/// that leaves the client without a word for 5 seconds is taken for one that is away, and tried
-/// again. A host that goes away, or a bus, is waited for: subscriptions and inboxes are made anew when it is back. What changed meanwhile is not
-/// reported, so read again on availableChanged(true).
+/// loop of the client's thread, which is the one that made it. Neither does connecting: a bus that
+/// leaves the client without a word for 5 seconds is taken for one that is away, and tried again. A
+/// host that goes away, or a bus, is waited for: subscriptions and inboxes are made anew when it is
+/// back. What changed meanwhile is not reported, so read again on availableChanged(true).
 ///
 /// A request that is made before the bus has been tried waits for that, no longer than the host may
-/// take to answer. Later on, one that can't
-/// reach a host is answered with an error (see TavoClientError), and each is answered once, at the
-/// client's end at the latest. A bus that can start the host does so for a request.
+/// take to answer. Later on, one that can't reach a host is answered with an error (see
+/// TavoClientError), and each is answered once, at the client's end at the latest. A bus that can
+/// start the host does so for a request.
 ///
 /// Not to be deleted from within a callback or a signal of its own: use deleteLater() there.
 class TAVO_CLIENT_EXPORT TavoClient : public QObject
