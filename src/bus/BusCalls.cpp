@@ -6,7 +6,11 @@
 #include "bus/BusError.h"
 #include "bus/RawMessage.h"
 
+#include <core/tavo.h>
+
 namespace {
+const log4cplus::Logger logger = log4cplus::Logger::getInstance("Bus");
+
 /// Has the handler, which is the slot's data, go with the slot.
 template <typename Handler>
 void keep(std::unique_ptr<Handler> handler, sd_bus_slot *slot)
@@ -16,6 +20,8 @@ void keep(std::unique_ptr<Handler> handler, sd_bus_slot *slot)
     handler.release();
 }
 
+// Nothing may be thrown through the C functions that call these.
+
 int takeSignal(sd_bus_message *message, void *handler, sd_bus_error * /*error*/)
 {
     try {
@@ -23,12 +29,18 @@ int takeSignal(sd_bus_message *message, void *handler, sd_bus_error * /*error*/)
         (*static_cast<BusCalls::SignalHandler *>(handler))(signal);
     } catch (const sdbus::Error &) {
         // Of another shape than its name says.
+    } catch (const std::exception &error) {
+        LOG4CPLUS_WARN(logger, "A signal can't be handled: " << error.what());
     }
     return 0;
 }
 
 int takeAnswer(sd_bus_message *message, void *handler, sd_bus_error * /*error*/)
 {
+    // With the connection all its calls end, which who has them learns from its loss.
+    if (sd_bus_is_open(sd_bus_message_get_bus(message)) <= 0) {
+        return 0;
+    }
     auto answer = messageOf<sdbus::MethodReply>(message);
     const auto &take = *static_cast<BusCalls::AnswerHandler *>(handler);
     const sd_bus_error *raw = sd_bus_message_get_error(message);
@@ -41,6 +53,8 @@ int takeAnswer(sd_bus_message *message, void *handler, sd_bus_error * /*error*/)
         }
     } catch (const sdbus::Error &) {
         // Of another shape than the call's answers have.
+    } catch (const std::exception &failure) {
+        LOG4CPLUS_WARN(logger, "An answer can't be handled: " << failure.what());
     }
     return 0;
 }

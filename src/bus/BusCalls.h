@@ -16,7 +16,8 @@
 namespace BusCalls {
 using SignalHandler = std::function<void(sdbus::Message &signal)>;
 
-/// Takes the answer to a call; the error is null for a good one.
+/// Takes the answer to a call; the error is null for a good one. Keeps no message of the same bus,
+/// which would keep the bus, and that the handler.
 using AnswerHandler = std::function<void(sdbus::MethodReply &answer, const sdbus::Error *error)>;
 
 /// Has the signals handled that match, until the slot's end: those from when the bus knows of it,

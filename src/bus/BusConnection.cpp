@@ -6,13 +6,15 @@
 #include <core/tavo/connect.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 
 namespace {
 constexpr int firstPauseMs = 100;
 constexpr int longestPauseMs = 5000;
 
-/// What a bus may take to answer what it does by itself.
+/// What a bus may take to answer what it does by itself. A thread that itself stood still for so long
+/// takes a good bus for a silent one, and connects anew.
 constexpr std::chrono::milliseconds busPatience(5000);
 
 constexpr const char *busName = "org.freedesktop.DBus";
@@ -95,7 +97,9 @@ void BusConnection::tryToConnect()
 {
     const int result = startConnecting(m_handle, m_bus);
     if (result < 0) {
-        lose(textOf(-result));
+        // What a bus that hangs has not taken yet fills its queue in the end.
+        const bool isFull = result == -EAGAIN;
+        lose(isFull ? silenceText() : textOf(-result), isFull);
         return;
     }
     m_silenceTimer.start(busPatience);
@@ -147,6 +151,7 @@ void BusConnection::becomeConnected()
     m_silenceTimer.stop();
     m_pauseMs = firstPauseMs;
     m_reportedLoss = false;
+    m_reportedSilence = false;
     m_isConnected = true;
     try {
         Q_EMIT connected();
@@ -162,8 +167,9 @@ void BusConnection::lose(const QString &reason, bool isSilent)
 {
     m_loop.stop();
     m_silenceTimer.stop();
-    if (!m_reportedLoss) {
+    if (!m_reportedLoss || (isSilent && !m_reportedSilence)) {
         m_reportedLoss = true;
+        m_reportedSilence = isSilent;
         Q_EMIT lost(reason, isSilent);
     }
     m_isConnected = false;
@@ -192,8 +198,7 @@ void BusConnection::takeOutcome(const QString &name, sdbus::MethodReply &answer,
         if (error->getName() != SD_BUS_ERROR_NO_REPLY) {
             Q_EMIT nameRefused(name, QString::fromStdString(error->getMessage()));
         } else {
-            // Calls end in the same way with the connection.
-            m_isSilent = sd_bus_is_open(m_handle.get()) > 0;
+            m_isSilent = true;
         }
         return;
     }

@@ -67,8 +67,9 @@ Q_SIGNALS:
     /// taken.
     void connected();
 
-    /// The bus has gone, or isn't there at the first try: once until it is there again. From open()
-    /// or from the event loop. A silent one has taken the connection, or a call, and doesn't answer.
+    /// The bus has gone, or isn't there at the first try: once until it is there again, and a second
+    /// time when it turns out to be silent. From open() or from the event loop. A silent one has taken
+    /// the connection, or a call, and doesn't answer.
     /// Whatever belongs to the connection must be given up before the slot returns.
     void lost(const QString &reason, bool isSilent);
 
@@ -108,4 +109,5 @@ private:
     QTimer m_retryTimer;
     int m_pauseMs;               ///< before the next try
     bool m_reportedLoss = false; ///< since it was last connected
+    bool m_reportedSilence = false;
 };

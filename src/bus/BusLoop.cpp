@@ -50,6 +50,8 @@ void BusLoop::start(sd_bus *bus)
                     this, &BusLoop::on_dispatcher_aboutToBlock);
     }
     m_bus = bus;
+    // A loop that never sleeps is served as well.
+    m_timer.start(0);
 }
 
 void BusLoop::stop()

@@ -4,7 +4,7 @@
 #include "bus/RawMessage.h"
 
 namespace {
-/// A value that takes down by what the message that it is written to calls sd-bus.
+/// Written to a message, it notes the interface by which that message calls sd-bus.
 struct CallerProbe
 {
     sdbus::internal::ISdBus **caller;

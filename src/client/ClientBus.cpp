@@ -50,6 +50,7 @@ ClientBus::ClientBus(const QString &bus)
 
 ClientBus::~ClientBus()
 {
+    m_isConnected = false;
     m_pending.failAll({CMErrors::noAnswer(), QStringLiteral("The client has ended")});
 }
 
@@ -105,7 +106,7 @@ void ClientBus::followHost()
         } else if (error.name() == TavoClientError::busTimedOut()) {
             setState(State::NoBus, error.message().toString());
             followHost();
-        } else {
+        } else if (m_isConnected) {
             setState(State::NoHost, noHostText());
         }
     };
@@ -132,6 +133,7 @@ void ClientBus::on_owner_changed(sdbus::Message &message)
 void ClientBus::setState(State state, const QString &reason)
 {
     if (state == m_state) {
+        m_reason = reason;
         return;
     }
     const bool isFirst = m_state == State::Untried;

@@ -55,7 +55,8 @@ bool Clients::pass(sd_bus_message *call)
 {
     const char *sender = sd_bus_message_get_sender(call);
     if (sender == nullptr) {
-        return true;
+        // No bus hands on such a call, and nobody could be answered.
+        return false;
     }
     const std::string client = sender;
     if (!m_unread.takeCall(client, ownAnswerBytes(call))) {
@@ -187,10 +188,11 @@ void Clients::on_bus_lost()
 {
     m_vanished.reset();
     m_filter.reset();
-    m_unread.stop();
     for (const auto &[client, allowance] : std::exchange(m_known, {})) {
         Q_EMIT left(client);
     }
+    // What ends with its clients may still have been answered to others.
+    m_unread.stop();
 }
 
 void Clients::on_name_vanished(sdbus::Message &message)

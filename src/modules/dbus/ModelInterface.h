@@ -25,7 +25,8 @@ class Clients;
 /// org.tavo.Model1: the model as clients on the bus see it. data/dbus/org.tavo.Model1.xml says what
 /// each method does.
 ///
-/// Thread and owner: its worker's. Every call is answered, and nothing waits for a module to do so.
+/// Thread and owner: its worker's. Every call is answered, but for those of clients that
+/// read nothing (see Clients), and nothing waits for a module to do so.
 class ModelInterface : public QObject
 {
     Q_OBJECT

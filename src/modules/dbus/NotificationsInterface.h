@@ -22,7 +22,7 @@ class Clients;
 /// org.freedesktop.Notifications: what desktop programs notify their user with, shown by the
 /// display. data/dbus/org.freedesktop.Notifications.xml describes it.
 ///
-/// Thread and owner: its worker's. Every call is answered at once. Notifications stay open when their
+/// Thread and owner: its worker's. Calls wait for no module. Notifications stay open when their
 /// client leaves the bus, and when the bus itself goes.
 class NotificationsInterface : public QObject
 {

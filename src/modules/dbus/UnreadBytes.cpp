@@ -126,7 +126,10 @@ bool UnreadBytes::take(const std::string &client, std::size_t bytes)
 void UnreadBytes::hold(const std::string &client, std::size_t bytes, Decide decide)
 {
     auto &entry = *m_clients.try_emplace(client).first;
-    entry.second.held.push_back({bytes, std::move(decide)});
+    Client &known = entry.second;
+    // The first alone, so that a client that goes on asking puts nothing off.
+    known.isToAskAgain = known.isToAskAgain || (known.isAsked && known.held.empty());
+    known.held.push_back({bytes, std::move(decide)});
     if (m_all + bytes + entry.second.all() + bytes > m_mostOfAll) {
         // Others may have read meanwhile. They come first, so that the client's answer is the last.
         for (auto &other : m_clients) {
@@ -136,6 +139,10 @@ void UnreadBytes::hold(const std::string &client, std::size_t bytes, Decide deci
         }
     }
     ask(entry);
+    if (!known.isAsked && m_bus.isConnected()) {
+        // Nobody would ever decide.
+        settle(std::string(client));
+    }
 }
 
 std::string UnreadBytes::refusal(const std::string &client) const
@@ -231,7 +238,9 @@ void UnreadBytes::on_bus_answered(const std::string &client, sdbus::MethodReply 
     }
     entry->second.isAsked = false;
     try {
-        if (error == nullptr) {
+        if (!BusConnection::isFromBus(reply)) {
+            // Somebody else's word counts for nothing.
+        } else if (error == nullptr) {
             std::map<std::string, sdbus::Variant> statistics;
             reply >> statistics;
             confirm(entry->second, statistics.at("OutgoingBytes").get<std::uint32_t>());
@@ -241,7 +250,12 @@ void UnreadBytes::on_bus_answered(const std::string &client, sdbus::MethodReply 
     } catch (const std::exception &unexpected) {
         doWithoutBus(unexpected.what());
     }
-    settle(client);
+    if (std::exchange(entry->second.isToAskAgain, false) && error == nullptr) {
+        ask(*entry);
+    }
+    if (!entry->second.isAsked) {
+        settle(client);
+    }
 }
 
 void UnreadBytes::doWithoutBus(const std::string &reason)

@@ -92,7 +92,8 @@ private:
         /// as much again as its limit of either is sent until the bus has told.
         std::size_t signals = 0;
         std::size_t calls = 0;
-        bool isAsked = false; ///< a question is under way
+        bool isAsked = false;      ///< a question is under way
+        bool isToAskAgain = false; ///< of what was sent after it, before anything is decided
         std::deque<Held> held;
 
         std::size_t all() const { return before + since; }

@@ -5,6 +5,7 @@
 
 #include <QtGlobal>
 
+#include <cstddef>
 #include <vector>
 
 /// The ranks of the queued display notifications, in the order of the queue: a search leads from a

@@ -11,11 +11,13 @@
 
 #include <algorithm>
 #include <csignal>
+#include <future>
 #include <map>
 #include <stdexcept>
 
 namespace {
 using testing::HasSubstr;
+using namespace std::chrono_literals;
 
 constexpr const char *limitsExceeded = "org.freedesktop.DBus.Error.LimitsExceeded";
 constexpr int mebi = 1 << 20;
@@ -210,6 +212,23 @@ TEST_F(DbusUnreadTest, NeverIsMuchOfAClientThatReadsOneByOne)
 print(sum(len(model.GetValue('/test/large')['string']) for i in range(100)))
 )"),
               std::to_string(100 * mebi));
+}
+
+TEST_F(DbusUnreadTest, NeverIsMuchOfAClientThatAsksAheadAndReads)
+{
+    publishText("/test/huge"_s, 5 * mebi);
+    SilentClient reader(bus().address());
+    std::map<std::string, int> errors;
+    auto reading = std::async(std::launch::async, [&] {
+        reader.getValue("/test/huge");
+        for (int i = 0; i < 40; ++i) {
+            reader.getValue("/test/huge");
+            ++errors[reader.read(1).begin()->first];
+        }
+    });
+    ASSERT_TRUE(waitFor([&] { return reading.wait_for(0s) == std::future_status::ready; }, 60s));
+    reading.get();
+    EXPECT_THAT(errors, testing::ElementsAre(testing::Pair("", 40)));
 }
 
 TEST_F(DbusUnreadTest, NeverIsMuchOfAClientThatReadsLargeAnswersOneByOne)

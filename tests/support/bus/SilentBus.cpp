@@ -76,7 +76,12 @@ SilentBus::~SilentBus() = default;
 
 QString SilentBus::address() const
 {
-    return QStringLiteral("unix:path=") + m_server->fullServerName();
+    return QStringLiteral("unix:path=") + path();
+}
+
+QString SilentBus::path() const
+{
+    return m_server->fullServerName();
 }
 
 void SilentBus::take(qintptr descriptor)

@@ -26,6 +26,7 @@ public:
     ~SilentBus();
 
     QString address() const;
+    QString path() const; ///< of its socket
 
     /// Connections so far.
     int connections() const { return m_connections; }

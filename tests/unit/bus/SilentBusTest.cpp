@@ -10,9 +10,15 @@
 #include <bus/BusConnection.h>
 
 #include <QElapsedTimer>
+#include <QFile>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 
 #include <memory>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -50,14 +56,14 @@ public:
     {
         return waitFor([&] { return m_acquired.count() == times; }, patience);
     }
-    bool waitForLost()
+    bool waitForLost(int times = 1)
     {
-        return waitFor([&] { return m_lost.count() > 0; }, patience);
+        return waitFor([&] { return m_lost.count() >= times; }, patience);
     }
 
     int connected() const { return m_connected.count(); }
     int lost() const { return m_lost.count(); }
-    bool isReportedSilent() const { return m_lost.at(0).at(1).toBool(); }
+    bool isReportedSilent() const { return m_lost.last().at(1).toBool(); }
     std::string reason() const { return m_lost.at(0).at(0).toString().toStdString(); }
 
 private:
@@ -75,6 +81,45 @@ qint64 timeOf(Function function)
     function();
     return elapsed.elapsed();
 }
+
+/// Takes no connection, and has as many waiting as the system lets it have.
+class CrowdedSocket
+{
+public:
+    explicit CrowdedSocket(const QString &path)
+        : m_path(path)
+    {
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        path.toLocal8Bit().toStdString().copy(address.sun_path, sizeof address.sun_path - 1);
+        const auto *generic = reinterpret_cast<const sockaddr *>(&address);
+        open();
+        ::bind(m_descriptors.back(), generic, sizeof address);
+        ::listen(m_descriptors.back(), 0);
+        do {
+            open();
+        } while (::connect(m_descriptors.back(), generic, sizeof address) == 0);
+    }
+    ~CrowdedSocket()
+    {
+        for (const int descriptor : m_descriptors) {
+            ::close(descriptor);
+        }
+    }
+    CrowdedSocket(const CrowdedSocket &) = delete;
+    CrowdedSocket &operator=(const CrowdedSocket &) = delete;
+
+    QString path() const { return m_path; }
+
+private:
+    void open()
+    {
+        m_descriptors.push_back(::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    }
+
+    const QString m_path;
+    std::vector<int> m_descriptors;
+};
 
 void turnTheLoop()
 {
@@ -126,6 +171,30 @@ INSTANTIATE_TEST_SUITE_P(EachStep, SilentBusTest,
                                          SilentBus::After::Authenticating,
                                          SilentBus::After::Greeting),
                          nameOf);
+
+TEST(LateSilentBusTest, IsReportedAlthoughThereWasNoneBefore)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("bus"_s);
+    Watched connection("unix:path="_s + path);
+    connection->open();
+    ASSERT_TRUE(connection.waitForLost());
+    EXPECT_FALSE(connection.isReportedSilent());
+    const SilentBus bus(SilentBus::After::Connecting);
+    ASSERT_TRUE(QFile::link(bus.path(), path));
+    EXPECT_TRUE(connection.waitForLost(2));
+    EXPECT_TRUE(connection.isReportedSilent());
+}
+
+TEST(FullBusTest, IsASilentOneThatManyHaveTried)
+{
+    const QTemporaryDir folder;
+    const CrowdedSocket socket(folder.filePath("bus"_s));
+    Watched connection("unix:path="_s + socket.path());
+    connection->open();
+    ASSERT_TRUE(connection.waitForLost());
+    EXPECT_TRUE(connection.isReportedSilent());
+}
 
 class PausedBusTest : public testing::Test
 {
