@@ -81,7 +81,9 @@ TEST_F(ClientAvailabilityTest, BelievesTheBusAloneThatTheHostHasGone)
 {
     startHost();
     TavoClient &client = watchedClient();
+    // It may have come before the host had its name.
     ASSERT_TRUE(waitFor([&] { return client.isAvailable(); }));
+    m_changes.clear();
     BusClient other(m_bus.address());
     other.setTarget("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus");
     std::vector<std::string> names;
@@ -96,7 +98,7 @@ TEST_F(ClientAvailabilityTest, BelievesTheBusAloneThatTheHostHasGone)
     // The bus has passed them on when it answers, and the client has them before its own answer.
     ASSERT_TRUE(other.call("GetId").succeeds());
     ASSERT_TRUE(succeeds(client.version()));
-    EXPECT_THAT(m_changes, ElementsAre(true));
+    EXPECT_THAT(m_changes, testing::IsEmpty());
 }
 
 TEST_F(ClientAvailabilityTest, FindsAHostThatComesLater)
@@ -126,8 +128,9 @@ TEST_F(ClientAvailabilityTest, FindsTheHostOnABusThatStartsAgain)
     startHost();
     TavoClient &client = watchedClient();
     ASSERT_TRUE(waitFor([&] { return client.isAvailable(); }));
+    m_changes.clear();
     m_bus.restart();
-    ASSERT_TRUE(waitFor([&] { return m_changes.size() > 1 && m_changes.back(); }));
+    ASSERT_TRUE(waitFor([&] { return !m_changes.empty() && m_changes.back(); }));
     m_service.publish(path("/door/state"), TavoValue().setBool_(true));
     EXPECT_TRUE(succeeds(client.getValue(path("/door/state"))));
 }
