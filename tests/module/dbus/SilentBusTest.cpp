@@ -6,8 +6,7 @@
 #include "ModelTest.h"
 
 #include "support/bus/SilentBus.h"
-
-#include <QElapsedTimer>
+#include "support/TimeOf.h"
 
 namespace {
 /// What only a call that waits for the bus takes.
@@ -16,15 +15,6 @@ constexpr int blockedMs = 1000;
 constexpr std::chrono::seconds patience(20);
 
 constexpr int moreThanTheSystemKeeps = 5000; // messages
-
-template <typename Function>
-qint64 timeOf(Function function)
-{
-    QElapsedTimer elapsed;
-    elapsed.start();
-    function();
-    return elapsed.elapsed();
-}
 
 void turnTheLoop()
 {

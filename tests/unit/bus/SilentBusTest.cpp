@@ -6,10 +6,10 @@
 #include "support/bus/PrivateBus.h"
 #include "support/EventLoop.h"
 #include "support/Text.h"
+#include "support/TimeOf.h"
 
 #include <bus/BusConnection.h>
 
-#include <QElapsedTimer>
 #include <QFile>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -72,15 +72,6 @@ private:
     QSignalSpy m_lost;
     QSignalSpy m_acquired;
 };
-
-template <typename Function>
-qint64 timeOf(Function function)
-{
-    QElapsedTimer elapsed;
-    elapsed.start();
-    function();
-    return elapsed.elapsed();
-}
 
 /// Takes no connection, and has as many waiting as the system lets it have.
 class CrowdedSocket
