@@ -17,7 +17,7 @@ void keep(std::unique_ptr<Handler> handler, sd_bus_slot *slot)
 {
     const auto forget = [](void *data) { delete static_cast<Handler *>(data); };
     sd_bus_slot_set_destroy_callback(slot, forget);
-    handler.release();
+    static_cast<void>(handler.release());
 }
 
 // Nothing may be thrown through the C functions that call these.
