@@ -3,6 +3,7 @@
 
 #include "support/sound/SoundServer.h"
 
+#include "support/program/BoundProcess.h"
 #include "support/sound/SoundFiles.h"
 
 #include <stdexcept>
@@ -12,21 +13,11 @@
 #include <QFile>
 #include <QThread>
 
-#include <signal.h>
-#include <sys/prctl.h>
-
 namespace {
 
 constexpr int startLimitMs = 10000;
 constexpr int endLimitMs = 5000;
 constexpr unsigned long pollMs = 10;
-
-// A process that doesn't outlive the test program, however that ends.
-class BoundProcess : public QProcess
-{
-protected:
-    void setupChildProcess() override { prctl(PR_SET_PDEATHSIG, SIGKILL); }
-};
 
 QString sinkOf(const QString &device)
 {

@@ -4,6 +4,7 @@
 #include "Listener.h"
 
 #include "support/EventLoop.h"
+#include "support/program/BoundProcess.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,11 +12,6 @@
 #include <cstring>
 #include <limits>
 #include <stdexcept>
-
-#include <QProcess>
-
-#include <signal.h>
-#include <sys/prctl.h>
 
 namespace {
 
@@ -29,12 +25,6 @@ constexpr double fullScale = 32768;
 constexpr int blockFrames = Heard::rate / 100;
 constexpr double blockMs = 10;
 constexpr double longestGap = 0.2;
-
-class BoundProcess : public QProcess
-{
-protected:
-    void setupChildProcess() override { prctl(PR_SET_PDEATHSIG, SIGKILL); }
-};
 
 // The mean square of what has that frequency.
 double powerAt(int frequency, const short *samples)
