@@ -210,9 +210,9 @@ void BusConnection::takeOutcome(const QString &name, sdbus::MethodReply &answer,
     }
 }
 
-bool BusConnection::isFromBus(const sdbus::Message &signal)
+bool BusConnection::isFromBus(const sdbus::Message &message)
 {
-    return signal.getSender() == busName;
+    return message.getSender() == busName;
 }
 
 void BusConnection::on_name_acquired(sdbus::Message &message)

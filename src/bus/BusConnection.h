@@ -44,9 +44,9 @@ public:
     /// line for it while another has it.
     void ownName(const QString &name);
 
-    /// Whether a signal is the bus's own. A match by its name lets pass what any program sends to this
+    /// Whether a message is the bus's own. A match by its name lets pass what any program sends to this
     /// connection alone.
-    static bool isFromBus(const sdbus::Message &signal);
+    static bool isFromBus(const sdbus::Message &message);
 
     bool isConnected() const { return m_isConnected; }
 

@@ -3,6 +3,7 @@
 
 #include "client/HostError.h"
 
+#include "bus/BusConnection.h"
 #include "bus/BusError.h"
 #include "client/TavoClientError.h"
 
@@ -13,12 +14,6 @@ bool isAboutNobody(const QString &name)
     return name == QLatin1String("org.freedesktop.DBus.Error.ServiceUnknown") ||
            name == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner") ||
            name.startsWith(QLatin1String("org.freedesktop.DBus.Error.Spawn."));
-}
-
-/// The host denies access by the same name.
-bool isOfTheBus(const sdbus::MethodReply &answer)
-{
-    return answer.getSender() == "org.freedesktop.DBus";
 }
 
 bool isAboutSilence(const QString &name)
@@ -63,7 +58,9 @@ CMError hostError(const sdbus::Error &error, sdbus::MethodReply &answer, Silent 
         return {TavoClientError::noHost(),
                 noHostText() + QStringLiteral(": ") + read.message().toString()};
     }
-    if (name == QLatin1String("org.freedesktop.DBus.Error.AccessDenied") && isOfTheBus(answer)) {
+    // The host denies access by the same name.
+    if (name == QLatin1String("org.freedesktop.DBus.Error.AccessDenied") &&
+        BusConnection::isFromBus(answer)) {
         return {TavoClientError::notPermitted(), read.message()};
     }
     if (name == QLatin1String("org.freedesktop.DBus.Error.LimitsExceeded")) {
