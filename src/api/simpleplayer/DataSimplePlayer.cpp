@@ -3,7 +3,7 @@
 
 #include "simpleplayer/DataSimplePlayer.h"
 
-#include "simpleplayer/loader/PlaybackMaker.h"
+#include "playback/loader/PlaybackMaker.h"
 
 DataSimplePlayer::DataSimplePlayer(const QByteArray &data, const QString &id, const QString &device,
                                    QObject *parent)

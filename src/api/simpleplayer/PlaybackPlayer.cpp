@@ -3,7 +3,7 @@
 
 #include "simpleplayer/PlaybackPlayer.h"
 
-#include "simpleplayer/loader/Playback.h"
+#include "playback/loader/Playback.h"
 
 PlaybackPlayer::PlaybackPlayer(std::unique_ptr<Playback> playback, QObject *parent)
     : SimplePlayer(parent)

@@ -3,7 +3,7 @@
 
 #include "simpleplayer/StreamSimplePlayer.h"
 
-#include "simpleplayer/loader/PlaybackMaker.h"
+#include "playback/loader/PlaybackMaker.h"
 
 StreamSimplePlayer::StreamSimplePlayer(const QString &content, const QString &format,
                                        const QString &id, const QString &device, QObject *parent)

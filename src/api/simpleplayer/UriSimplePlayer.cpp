@@ -3,7 +3,7 @@
 
 #include "simpleplayer/UriSimplePlayer.h"
 
-#include "simpleplayer/loader/PlaybackMaker.h"
+#include "playback/loader/PlaybackMaker.h"
 
 UriSimplePlayer::UriSimplePlayer(const QString &uri, const QString &id, const QString &device,
                                  QObject *parent)

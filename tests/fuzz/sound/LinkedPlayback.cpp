@@ -3,7 +3,7 @@
 
 // In place of the one that loads a library: here all is one.
 
-#include <simpleplayer/loader/PlaybackMaker.h>
+#include <playback/loader/PlaybackMaker.h>
 
 std::unique_ptr<Playback> makePlayback(const QString & /*id*/, const PlaybackWish &wish)
 {

@@ -8,8 +8,8 @@
 #include "fuzz/support/ValueReader.h"
 
 #include <core/tavo/stream.h>
-#include <simpleplayer/playback/Location.h>
-#include <simpleplayer/playback/PcmFormat.h>
+#include <playback/Location.h>
+#include <playback/PcmFormat.h>
 
 #include <cmath>
 #include <vector>

@@ -8,7 +8,7 @@
 #include "fuzz/support/MemoryFile.h"
 
 #include <core/tavo/stream.h>
-#include <simpleplayer/playback/SoundFile.h>
+#include <playback/SoundFile.h>
 #include <simpleplayer/SimplePlayerLimits.h>
 
 #include <vector>

@@ -1,0 +1,86 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "playback/ByteInput.h"
+
+#include <QFile>
+
+#include <cerrno>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+ByteInput::ByteInput(const QString &path)
+    : m_path(path)
+    , m_name(QStringLiteral("The stream \"%1\"").arg(path))
+{
+}
+
+ByteInput::ByteInput(int descriptor, const QString &name)
+    : m_name(name)
+    , m_descriptor(descriptor)
+{
+}
+
+ByteInput::~ByteInput()
+{
+    if (m_descriptor >= 0)
+        ::close(m_descriptor);
+}
+
+bool ByteInput::open()
+{
+    if (m_descriptor >= 0)
+        return true;
+    // Only a fetch hands a descriptor in, and one that couldn't get any hands in none.
+    if (m_path.isEmpty())
+        return fail(QStringLiteral(" can't be fetched: there are no more file descriptors"));
+    m_descriptor = ::open(QFile::encodeName(m_path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (m_descriptor < 0)
+        return fail(QStringLiteral(" can't be opened: ") + qt_error_string(errno));
+    struct stat status
+    {
+    };
+    fstat(m_descriptor, &status);
+    if (S_ISDIR(status.st_mode))
+        return fail(QStringLiteral(" is a directory, not a sound"));
+    m_regular = S_ISREG(status.st_mode);
+    if (m_regular && status.st_size == 0)
+        return fail(QStringLiteral(" is empty"));
+    return true;
+}
+
+bool ByteInput::fail(const QString &why)
+{
+    m_error = m_name + why;
+    if (m_descriptor >= 0)
+        ::close(m_descriptor);
+    m_descriptor = -1;
+    return false;
+}
+
+ssize_t ByteInput::read(char *bytes, std::size_t count)
+{
+    // A FIFO without a writer reads as ended from the start; only poll() tells the two apart.
+    pollfd ready{m_descriptor, POLLIN, 0};
+    if (poll(&ready, 1, 0) <= 0)
+        return -1;
+    const ssize_t got = ::read(m_descriptor, bytes, count);
+    if (got >= 0 || errno == EAGAIN || errno == EINTR)
+        return got;
+    m_error = m_name + QStringLiteral(" can't be read: ") + qt_error_string(errno);
+    return 0;
+}
+
+bool ByteInput::rewind()
+{
+    if (m_path.isEmpty())
+        return false;
+    if (m_regular)
+        return lseek(m_descriptor, 0, SEEK_SET) == 0;
+    ::close(m_descriptor);
+    m_descriptor = -1;
+    return open();
+}

@@ -1,0 +1,141 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "playback/HttpFetch.h"
+
+#include "simpleplayer/SimplePlayerLimits.h"
+
+#include <QNetworkReply>
+#include <QNetworkRequest>
+#include <QSocketNotifier>
+
+#include <array>
+#include <cerrno>
+#include <utility>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr qint64 bufferBytes = 65536;
+constexpr int maxRedirects = 5;
+constexpr int firstRefusal = 300;
+
+} // namespace
+
+HttpFetch::HttpFetch(const QUrl &url, Kind kind)
+    : m_url(url)
+    , m_kind(kind)
+{
+    std::array<int, 2> ends{-1, -1};
+    if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) == 0) {
+        m_reading = ends[0];
+        m_writing = ends[1];
+    }
+}
+
+HttpFetch::~HttpFetch()
+{
+    // Aborting reports through the reply's signals; nobody is to be told any more.
+    if (m_reply)
+        m_reply->disconnect();
+    closePipe();
+    if (m_reading >= 0)
+        ::close(m_reading);
+}
+
+int HttpFetch::takeReadingEnd()
+{
+    return std::exchange(m_reading, -1);
+}
+
+void HttpFetch::start(Report report)
+{
+    m_report = std::move(report);
+    m_timeoutMs = SimplePlayerLimits::current().httpTimeoutMs;
+    m_network = std::make_unique<QNetworkAccessManager>();
+    m_drained = std::make_unique<QSocketNotifier>(m_writing, QSocketNotifier::Write);
+    m_drained->setEnabled(false);
+    m_timer = std::make_unique<QTimer>();
+    m_timer->setSingleShot(true);
+    // A coarse timer may be early, and the server is to have all of its time.
+    m_timer->setTimerType(Qt::PreciseTimer);
+
+    QNetworkRequest request(m_url);
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
+                         QNetworkRequest::NoLessSafeRedirectPolicy);
+    request.setMaximumRedirectsAllowed(maxRedirects);
+    m_reply = m_network->get(request);
+    m_reply->setReadBufferSize(bufferBytes);
+    QObject::connect(m_reply, &QNetworkReply::readyRead, m_timer.get(), [this] { pass(); });
+    QObject::connect(m_reply, &QNetworkReply::finished, m_timer.get(), [this] { pass(); });
+    QObject::connect(m_drained.get(), &QSocketNotifier::activated, m_timer.get(),
+                     [this] { pass(); });
+    QObject::connect(m_timer.get(), &QTimer::timeout, m_timer.get(), [this] {
+        fail(QStringLiteral("the server is too slow: it was waited for %1 ms").arg(m_timeoutMs));
+    });
+    m_timer->start(m_timeoutMs);
+}
+
+bool HttpFetch::isRefused() const
+{
+    return m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt() >= firstRefusal;
+}
+
+// Moves what has come into the pipe, as far as it takes it. While the pipe is full the reader is
+// the slow one (a paused player), so the server's time doesn't run.
+void HttpFetch::pass()
+{
+    if (m_writing < 0)
+        return;
+    if (isRefused())
+        return m_reply->isFinished() ? finish() : void();
+    m_drained->setEnabled(false);
+    while (m_reply->bytesAvailable() > 0) {
+        const QByteArray bytes = m_reply->peek(bufferBytes);
+        const ssize_t written = write(m_writing, bytes.constData(), std::size_t(bytes.size()));
+        if (written <= 0) {
+            if (written < 0 && errno != EAGAIN)
+                return closePipe();
+            m_drained->setEnabled(true);
+            return m_timer->stop();
+        }
+        m_reply->skip(written);
+        if (m_kind == Kind::LiveStream)
+            m_timer->start(m_timeoutMs);
+    }
+    if (!m_timer->isActive())
+        m_timer->start(m_timeoutMs);
+    if (m_reply->isFinished())
+        finish();
+}
+
+void HttpFetch::finish()
+{
+    if (m_reply->error() != QNetworkReply::NoError)
+        return fail(m_reply->errorString());
+    closePipe();
+}
+
+void HttpFetch::fail(const QString &why)
+{
+    m_reply->disconnect();
+    m_reply->abort();
+    m_timer->stop();
+    // The pipe stays open: its end would be taken for the sound's.
+    if (m_report)
+        std::exchange(m_report, nullptr)(
+            QStringLiteral("\"%1\" can't be fetched: %2").arg(m_url.toDisplayString(), why));
+}
+
+void HttpFetch::closePipe()
+{
+    if (m_drained)
+        m_drained->setEnabled(false);
+    if (m_timer)
+        m_timer->stop();
+    if (m_writing >= 0)
+        ::close(m_writing);
+    m_writing = -1;
+}

@@ -1,0 +1,32 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "playback/FrameSource.h"
+#include "playback/PcmFormat.h"
+
+#include <memory>
+#include <vector>
+
+class ByteInput;
+
+/// A raw stream, which sounds as it arrives.
+class PcmStream : public FrameSource
+{
+public:
+    PcmStream(std::unique_ptr<ByteInput> input, const PcmFormat &format);
+    ~PcmStream() override;
+
+    bool open() override;
+    SoundFormat format() const override { return m_format.sound; }
+    Result read(float *samples, long frames) override;
+    int inputDescriptor() const override;
+    bool rewind() override;
+
+private:
+    const std::unique_ptr<ByteInput> m_input;
+    const PcmFormat m_format;
+    std::vector<char> m_bytes;
+    std::size_t m_held = 0; // bytes of a frame that is not whole yet
+};

@@ -1,0 +1,285 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "playback/PlaybackWriter.h"
+
+#include "playback/Log.h"
+
+#include <algorithm>
+#include <chrono>
+#include <system_error>
+
+namespace {
+
+// The longest that a start holds up its caller.
+constexpr std::chrono::milliseconds openingLimit{250};
+
+// The longest that a pause waits for a device to play what it holds.
+constexpr std::chrono::milliseconds playOutLimit{500};
+
+// How often a stream that brings nothing is left to look whether the device is still there.
+constexpr int idleCheckMs = 250;
+
+// A device that claims to be further behind than this is not believed.
+constexpr long maxLatencySeconds = 2;
+
+constexpr long msPerSecond = 1000;
+
+} // namespace
+
+PlaybackWriter::PlaybackWriter(std::unique_ptr<FrameSource> source, const QString &device,
+                               Report report)
+    : m_source(std::move(source))
+    , m_deviceName(device)
+    , m_report(std::move(report))
+{
+}
+
+PlaybackWriter::~PlaybackWriter()
+{
+    stop();
+}
+
+void PlaybackWriter::configure(bool loop, int usage)
+{
+    m_loop = loop;
+    m_usage = usage;
+}
+
+bool PlaybackWriter::start()
+{
+    if (m_finished)
+        return true;
+    m_command = Command::Play;
+    m_wake.clear();
+    m_opening = Opening::Awaited;
+    try {
+        m_thread = std::thread(&PlaybackWriter::run, this);
+    } catch (const std::system_error &error) {
+        m_startError = QStringLiteral("No thread can be started: ") + error.what();
+        return false;
+    }
+    std::unique_lock lock(m_mutex);
+    m_openingChanged.wait_for(lock, openingLimit, [this] { return m_opening != Opening::Awaited; });
+    if (m_opening == Opening::Awaited)
+        m_opening = Opening::Late;
+    if (m_opening != Opening::Failed)
+        return true;
+    lock.unlock();
+    m_thread.join();
+    return false;
+}
+
+void PlaybackWriter::interrupt(Command command)
+{
+    if (!m_thread.joinable())
+        return;
+    m_command = command;
+    m_wake.set();
+    m_thread.join();
+}
+
+void PlaybackWriter::run()
+{
+    const Step end = play();
+    if (end == Step::Interrupted)
+        keepPlace();
+    m_device.close();
+    if (end == Step::Ended)
+        finish(m_sourceError);
+    else if (end == Step::Failed)
+        finish(m_error);
+}
+
+void PlaybackWriter::keepPlace()
+{
+    if (m_command != Command::Pause || !m_device.isOpen())
+        return;
+    if (!m_device.countsLate() || !playOut())
+        m_window.goBack(m_device.closeAndCount() - m_padding);
+}
+
+// Where dropped frames can't be counted, none are dropped: the buffer is heard to its end. It is
+// short, and no one interrupts this, since the caller waits for it.
+bool PlaybackWriter::playOut()
+{
+    m_wake.clear();
+    const auto deadline = std::chrono::steady_clock::now() + playOutLimit;
+    Step result = Step::GoOn;
+    while (result == Step::GoOn && std::chrono::steady_clock::now() < deadline) {
+        const long room = m_device.room();
+        result = room < 0 ? Step::Failed : finishTail(room);
+    }
+    return result == Step::Ended;
+}
+
+void PlaybackWriter::finish(const QString &error)
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_opening == Opening::Awaited) {
+            m_opening = Opening::Failed;
+            m_startError = error;
+            m_openingChanged.notify_one();
+            return;
+        }
+    }
+    m_finished = true;
+    m_report(error);
+}
+
+void PlaybackWriter::declareOpened()
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_opening == Opening::Awaited)
+        m_opening = Opening::Opened;
+    m_openingChanged.notify_one();
+}
+
+PlaybackWriter::Step PlaybackWriter::play()
+{
+    Step result = openAll();
+    if (result == Step::GoOn && m_command == Command::Play)
+        result = begin();
+    while (result == Step::GoOn)
+        result = m_command == Command::Play ? step() : Step::Interrupted;
+    return result;
+}
+
+PlaybackWriter::Step PlaybackWriter::openAll()
+{
+    if (!m_source->open())
+        return fail(m_source->error());
+    if (m_source->needsLoading()) {
+        // That depends on somebody else, so the caller isn't held up for it.
+        declareOpened();
+        const FrameSource::Status loaded = m_source->load(m_wake);
+        if (loaded == FrameSource::Status::Waiting)
+            return Step::Interrupted;
+        if (loaded == FrameSource::Status::Failed)
+            return fail(m_source->error());
+    }
+    m_format = m_source->format();
+    m_window.setChannels(m_format.channels);
+    m_padding = 0;
+    if (!m_device.open(m_deviceName, m_format, m_usage))
+        return fail(m_device.error());
+    return Step::GoOn;
+}
+
+// What is there at once goes to the device first: waking the caller takes a good part of the time
+// that passes until the sound is heard.
+PlaybackWriter::Step PlaybackWriter::begin()
+{
+    const long room = m_device.room();
+    fill(room);
+    const Step result = room < 0                ? fail(m_device.error())
+                        : m_window.unsent() > 0 ? send(room)
+                                                : Step::GoOn;
+    declareOpened();
+    return result;
+}
+
+PlaybackWriter::Step PlaybackWriter::fail(const QString &error)
+{
+    m_error = error;
+    return Step::Failed;
+}
+
+PlaybackWriter::Step PlaybackWriter::step()
+{
+    const long room = m_device.room();
+    if (room < 0)
+        return fail(m_device.error());
+    if (const long lost = m_device.takeLost(); lost > 0) {
+        m_window.goBack(lost - m_padding);
+        m_padding = 0;
+    }
+    if (m_sourceEnded && m_window.unsent() == 0)
+        return finishTail(room);
+    const long surplus = m_device.held() - m_device.capacity() / 2;
+    if (surplus > 0 || room == 0)
+        return waitFor(std::max(surplus, m_device.periodFrames()));
+    fill(room);
+    return m_window.unsent() > 0 ? send(room) : m_sourceEnded ? Step::GoOn : waitForInput();
+}
+
+void PlaybackWriter::fill(long room)
+{
+    long frames = room - m_window.unsent();
+    bool rewound = false;
+    while (frames > 0 && !m_sourceEnded) {
+        const FrameSource::Result result = m_source->read(m_window.spaceFor(frames), frames);
+        m_window.take(result.frames);
+        frames -= result.frames;
+        if (result.status == FrameSource::Status::Waiting)
+            break;
+        if (result.status == FrameSource::Status::Frames) {
+            rewound = false;
+            continue;
+        }
+        // A source that has nothing between two of its ends would be rewound for ever.
+        if (result.status == FrameSource::Status::End && m_loop && !rewound) {
+            rewound = m_source->rewind();
+            if (rewound)
+                continue;
+        }
+        m_sourceEnded = true;
+        m_sourceError = m_source->error();
+    }
+}
+
+PlaybackWriter::Step PlaybackWriter::send(long room)
+{
+    const long frames = std::min(room, m_window.unsent());
+    m_output.resize(std::size_t(frames * m_format.channels));
+    m_gain.apply(m_window.next(), m_output.data(), frames, m_format.channels, m_window.position(),
+                 m_format.rate);
+    const long written = m_device.write(m_output.data(), frames);
+    if (written < 0)
+        return fail(m_device.error());
+    m_window.sent(written, m_device.capacity());
+    // A device that has room but takes nothing is given time to come round.
+    return written > 0 ? Step::GoOn : waitFor(m_device.periodFrames());
+}
+
+// The end is when the last frame has been heard. Devices tell what they have played by whole
+// periods, so silence pushes the last frames through; what is on its way beyond the device's buffer
+// is waited for by the clock.
+PlaybackWriter::Step PlaybackWriter::finishTail(long room)
+{
+    if (m_padding < 2 * m_device.periodFrames() && room > 0)
+        return pad(room);
+    const long unheard = m_device.held() - m_padding;
+    if (unheard > 0)
+        return waitFor(unheard);
+    const long remaining =
+        std::min(m_device.latency() - m_padding, m_format.rate * maxLatencySeconds);
+    if (remaining > 0 && waitFor(remaining) == Step::Interrupted)
+        return Step::Interrupted;
+    return Step::Ended;
+}
+
+PlaybackWriter::Step PlaybackWriter::pad(long room)
+{
+    const long frames = std::min(room, 2 * m_device.periodFrames() - m_padding);
+    m_output.assign(std::size_t(frames * m_format.channels), 0.0F);
+    const long written = m_device.write(m_output.data(), frames);
+    if (written < 0)
+        return fail(m_device.error());
+    m_padding += written;
+    return Step::GoOn;
+}
+
+PlaybackWriter::Step PlaybackWriter::waitForInput()
+{
+    m_wake.waitForInput(m_source->inputDescriptor(), idleCheckMs);
+    return m_command == Command::Play ? Step::GoOn : Step::Interrupted;
+}
+
+// Waits for as long as so many frames sound.
+PlaybackWriter::Step PlaybackWriter::waitFor(long frames)
+{
+    const long ms = frames * msPerSecond / m_format.rate + 1;
+    return m_wake.wait(int(ms)) ? Step::Interrupted : Step::GoOn;
+}

@@ -1,0 +1,54 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "playback/FrameSource.h"
+
+#include <memory>
+
+#include <QByteArray>
+
+#include <sndfile.h>
+
+/// The frames of a sound file, on disk or in memory, decoded as they are read. Going back to the
+/// first frame is exact in every format that is played.
+class SoundFile : public FrameSource
+{
+public:
+    static std::unique_ptr<SoundFile> fromPath(const QString &path);
+    static std::unique_ptr<SoundFile> fromData(const QByteArray &data, const QString &name);
+
+    ~SoundFile() override;
+
+    bool open() override;
+    SoundFormat format() const override;
+    Result read(float *samples, long frames) override;
+    bool rewind() override;
+
+private:
+    SoundFile(const QString &path, const QByteArray &data, const QString &name);
+
+    bool openPath();
+    bool openData();
+    bool accept(SNDFILE *file);
+    bool isComplete(qint64 size);
+    bool checkSize(sf_count_t frames);
+    Result endOfFile();
+    void closeAll();
+
+    static sf_count_t dataLength(void *self);
+    static sf_count_t dataSeek(sf_count_t offset, int whence, void *self);
+    static sf_count_t dataRead(void *target, sf_count_t count, void *self);
+    static sf_count_t dataTell(void *self);
+
+    QString m_path; // empty: the sound is in memory
+    QByteArray m_data;
+    QString m_name;          // what people call it
+    sf_count_t m_offset = 0; // in m_data
+    int m_descriptor = -1;
+    SNDFILE *m_file = nullptr;
+    SF_INFO m_info{};
+    sf_count_t m_framesRead = 0;
+    qint64 m_maxBytes = 0;
+};
