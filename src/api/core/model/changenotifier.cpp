@@ -3,7 +3,7 @@
 
 #include "core/model/changenotifier.h"
 
-#include "core/model/changeevent.h"
+#include "core/changeevent.h"
 
 #include <QMetaMethod>
 #include <QThread>

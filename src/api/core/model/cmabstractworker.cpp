@@ -3,7 +3,7 @@
 
 #include "core/model/cmabstractworker.h"
 
-#include "core/model/cmregistry.h"
+#include "core/cmregistry.h"
 
 CMAbstractWorker::CMAbstractWorker(QObject *parent)
     : CMWorker(parent)

@@ -3,7 +3,7 @@
 
 #include "core/model/cmcatalog.h"
 
-#include "core/model/cmregistry.h"
+#include "core/cmregistry.h"
 #include "core/model/nodes/cmuinode.h"
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 
 #include "core/model/cmsubscribe.h"
 
-#include "core/model/cmregistry.h"
+#include "core/cmregistry.h"
 
 QString CMSubscribe::RowsChangeInserted()
 {

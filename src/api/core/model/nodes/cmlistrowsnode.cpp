@@ -3,7 +3,7 @@
 
 #include "core/model/nodes/cmlistrowsnode.h"
 
-#include "core/model/cmregistry.h"
+#include "core/cmregistry.h"
 #include "core/model/cmsubscribe.h"
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 
 #include "core/model/nodes/cmnode.h"
 
-#include "core/model/cmregistry.h"
+#include "core/cmregistry.h"
 #include "core/model/nodes/cmnodes.h"
 #include "core/tavo/dbglog.h"
 

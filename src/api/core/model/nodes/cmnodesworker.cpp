@@ -3,7 +3,7 @@
 
 #include "core/model/nodes/cmnodesworker.h"
 
-#include "core/model/cmrouting.h"
+#include "core/cmrouting.h"
 #include "core/tavo/dbglog.h"
 
 namespace {

@@ -3,7 +3,7 @@
 
 #include "core/model/nodes/cmvaluenode.h"
 
-#include "core/model/cmregistry.h"
+#include "core/cmregistry.h"
 
 #include <QMutex>
 

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "core/model/cmregistry.h"
+#include "core/cmregistry.h"
 #include "core/model/cmrequest.h"
 #include "core/model/nodes/cmnode.h"
 

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "core/model/cmregistry.h"
+#include "core/cmregistry.h"
 
-#include "core/model/changeevent.h"
+#include "core/changeevent.h"
 #include "core/tavo/dbglog.h"
 
 #include <algorithm>

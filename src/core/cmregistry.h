@@ -5,7 +5,7 @@
 
 #include "core/model/changenotifier.h"
 #include "core/model/cmabstractworker.h"
-#include "core/model/cmpathtable.h"
+#include "core/cmpathtable.h"
 #include "core/model/nodes/cmnode.h"
 
 #include <array>
