@@ -3,11 +3,11 @@
 
 #pragma once
 
-#include "Clients.h"
-#include "ClientSounds.h"
+#include "clients/Clients.h"
+#include "clients/ClientSounds.h"
 #include "DbusConfiguration.h"
-#include "ModelInterface.h"
-#include "NotificationsInterface.h"
+#include "desktop/NotificationsInterface.h"
+#include "model/ModelInterface.h"
 
 #include <bus/BusConnection.h>
 #include <core/tavo.h>

@@ -1,0 +1,89 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "modules/dbus/DbusConfiguration.h"
+#include "UnreadBytes.h"
+
+#include <bus/BusHandles.h>
+#include <bus/CallFilter.h>
+
+#include <QObject>
+
+#include <sdbus-c++/sdbus-c++.h>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+#include <unordered_map>
+
+class BusConnection;
+
+/// The programs on the bus that have asked for something, by their unique names.
+///
+/// Thread and owner: its worker's. Every call that comes in is counted before anything answers it, so
+/// that a client is known from its first call to its end. What is sent to clients goes through here
+/// too, so that who reads nothing stops nobody.
+class Clients : public QObject
+{
+    Q_OBJECT
+
+public:
+    Clients(BusConnection &bus, const DbusConfiguration::Limits &limits);
+
+    const DbusConfiguration::Limits &limits() const { return m_limits; }
+
+    using Handler = std::function<void(sdbus::MethodCall &call)>;
+
+    /// Has a call handled, and answers what that throws: now, or when it is known that the client reads
+    /// its answers. Calls of one client are handled in their order. Throws nothing.
+    void handle(sdbus::MethodCall &call, const Handler &handler);
+
+    /// Sends the answer to a call, of about so many bytes beside its head; or a refusal when too much
+    /// of what the client was sent is unread. Throws nothing.
+    void answer(const sdbus::MethodCall &call, const sdbus::MethodReply &answer, std::size_t bytes);
+
+    /// Sends a signal to the client alone, if it is there; false when it reads too little for that.
+    bool send(const std::string &client, sdbus::Signal &signal, std::size_t bytes);
+
+    /// Throws BusErrors::limitExceeded() unless there is room for one more of what is named.
+    static void checkRoom(int used, int most, const char *what);
+
+    /// The same for what all clients have together.
+    static void checkTotal(int used, int most, const char *what);
+
+Q_SIGNALS:
+    /// A client has left the bus, or the bus has gone with all of them: what it had ends.
+    void left(const std::string &client);
+
+private Q_SLOTS:
+    void on_bus_connected();
+    void on_bus_lost();
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    /// What a client may still ask for, refilled with time.
+    struct Allowance
+    {
+        double requests;
+        Clock::time_point since;
+    };
+
+    bool pass(sd_bus_message *call);
+    void count(const std::string &client);
+    void run(sdbus::MethodCall &call, const Handler &handler);
+    void refuse(const sdbus::MethodCall &call, const sdbus::Error &error);
+    void refuseUnread(const sdbus::MethodCall &call, UnreadBytes::Verdict verdict);
+    void forget(const std::string &client);
+    void on_name_vanished(sdbus::Message &message);
+
+    BusConnection &m_bus;
+    const DbusConfiguration::Limits &m_limits;
+    UnreadBytes m_unread;
+    std::unique_ptr<CallFilter> m_filter; ///< while connected
+    BusSlot m_vanished;                   ///< while connected
+    std::unordered_map<std::string, Allowance> m_known;
+};

@@ -1,0 +1,68 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "modules/dbus/DbusConfiguration.h"
+#include "NotificationSounds.h"
+#include "NotifyCall.h"
+#include "OpenNotifications.h"
+
+#include <bus/BusObject.h>
+
+#include <QObject>
+
+#include <sdbus-c++/sdbus-c++.h>
+
+#include <memory>
+
+class BusConnection;
+class Clients;
+
+/// org.freedesktop.Notifications: what desktop programs notify their user with, shown by the
+/// display. data/dbus/org.freedesktop.Notifications.xml describes it.
+///
+/// Thread and owner: its worker's. Calls wait for no module. Notifications stay open when their
+/// client leaves the bus, and when the bus itself goes.
+class NotificationsInterface : public QObject
+{
+    Q_OBJECT
+
+public:
+    NotificationsInterface(BusConnection &bus, Clients &clients, CMNodes *nodes,
+                           ClientSounds &sounds, const DbusConfiguration &configuration);
+
+private Q_SLOTS:
+    void on_bus_connected();
+    void on_bus_lost();
+    void on_notifications_closed(quint32 id, OpenNotifications::Reason reason);
+    void on_notifications_actionInvoked(quint32 id, const QString &key, const QString &token);
+
+private:
+    using Handler = void (NotificationsInterface::*)(sdbus::MethodCall &call);
+    using Texts = BusObject::Texts;
+
+    void add(const char *method, Handler handler, const char *in, const Texts &inNames,
+             const char *out, const Texts &outNames);
+
+    void notify(sdbus::MethodCall &call);
+    void closeNotification(sdbus::MethodCall &call);
+    void getCapabilities(sdbus::MethodCall &call);
+    void getServerInformation(sdbus::MethodCall &call);
+
+    /// As most servers do: some clients listen by another connection than they notify by, and the
+    /// arguments tell nobody what was shown.
+    template <typename... Arguments>
+    void emitToAll(const char *signal, const Arguments &...arguments);
+
+    /// To the one who opened the notification alone: with the token, others could raise a window in its
+    /// stead.
+    void sendToken(quint32 id, const QString &token);
+
+    BusConnection &m_bus;
+    Clients &m_clients;
+    const NotifyCall::Timeouts m_timeouts;
+    OpenNotifications m_notifications;
+    NotificationSounds m_sounds;
+    std::unique_ptr<BusObject> m_object; ///< while connected
+};

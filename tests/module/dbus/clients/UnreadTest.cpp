@@ -1,0 +1,412 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+// Clients that don't read what they are sent, on a bus that counts it as the host's.
+
+#include "module/dbus/ModelTest.h"
+
+#include "support/bus/ClientProgram.h"
+
+#include <bus/RawMessage.h>
+
+#include <algorithm>
+#include <csignal>
+#include <future>
+#include <map>
+#include <stdexcept>
+
+namespace {
+using testing::HasSubstr;
+using namespace std::chrono_literals;
+
+constexpr const char *limitsExceeded = "org.freedesktop.DBus.Error.LimitsExceeded";
+constexpr int mebi = 1 << 20;
+
+/// What the system's bus lets a sender have on the way, and a reader have waiting.
+const QString systemLimits = QStringLiteral("<limit name=\"max_incoming_bytes\">133169152</limit>"
+                                            "<limit name=\"max_outgoing_bytes\">133169152</limit>");
+const QString noStatistics =
+    QStringLiteral("<policy context=\"mandatory\"><deny send_destination=\"org.freedesktop.DBus\""
+                   " send_interface=\"org.freedesktop.DBus.Debug.Stats\"/></policy>");
+
+/// A client that sends, and reads nothing until it is told to.
+class SilentClient
+{
+public:
+    explicit SilentClient(const QString &address)
+    {
+        check(sd_bus_new(&m_bus));
+        check(sd_bus_set_address(m_bus, address.toLatin1().constData()));
+        check(sd_bus_set_bus_client(m_bus, 1));
+        check(sd_bus_start(m_bus));
+        const char *name = nullptr;
+        check(sd_bus_get_unique_name(m_bus, &name));
+        m_name = name;
+    }
+    ~SilentClient() { sd_bus_close_unref(m_bus); }
+    SilentClient(const SilentClient &) = delete;
+    SilentClient &operator=(const SilentClient &) = delete;
+
+    const std::string &name() const { return m_name; }
+
+    void getValue(const char *path)
+    {
+        send("org.tavo.Model1", "GetValue",
+             [path](sd_bus_message *call) { check(sd_bus_message_append(call, "s", path)); });
+    }
+    void introspect()
+    {
+        send("org.freedesktop.DBus.Introspectable", "Introspect", [](sd_bus_message *) {});
+    }
+
+    /// Reads so many answers; how many of each kind of error, of "" those that are none.
+    std::map<std::string, int> read(int count)
+    {
+        std::map<std::string, int> errors;
+        while (count > 0) {
+            sd_bus_message *message = nullptr;
+            check(sd_bus_process(m_bus, &message));
+            if (message == nullptr) {
+                check(sd_bus_wait(m_bus, patienceMicroseconds));
+                continue;
+            }
+            if (sd_bus_message_get_reply_cookie(message, &m_cookie) >= 0) {
+                const sd_bus_error *error = sd_bus_message_get_error(message);
+                ++errors[error == nullptr ? "" : error->name];
+                --count;
+            }
+            sd_bus_message_unref(message);
+        }
+        return errors;
+    }
+
+private:
+    static constexpr std::uint64_t patienceMicroseconds = 20'000'000;
+
+    static void check(int result)
+    {
+        if (result < 0) {
+            throw std::runtime_error("a silent client fails: " + std::to_string(result));
+        }
+    }
+
+    template <typename Append>
+    void send(const char *interface, const char *method, Append append)
+    {
+        sd_bus_message *call = nullptr;
+        check(sd_bus_message_new_method_call(m_bus, &call, "org.tavo.Model1", "/org/tavo/Model1",
+                                             interface, method));
+        append(call);
+        check(sd_bus_send(m_bus, call, &m_cookie));
+        sd_bus_message_unref(call);
+        check(sd_bus_flush(m_bus));
+    }
+
+    sd_bus *m_bus = nullptr;
+    std::string m_name;
+    std::uint64_t m_cookie = 0;
+};
+
+class DbusUnreadTest : public ModelTest
+{
+protected:
+    explicit DbusUnreadTest(QVariantHash limits = {}, const QString &settings = systemLimits)
+        : ModelTest(withoutRate(std::move(limits)), settings)
+    {
+        publishText("/test/large"_s, mebi);
+        publishValue("/test/small"_s, 5);
+    }
+
+    CMValueNode *publishText(const QString &path, int size)
+    {
+        CMValueNode *node = publishValue(path, 0);
+        node->setValue(TavoValue().setString_(QString(size, 'x')));
+        return node;
+    }
+
+    /// What waits at the bus for a client to read it.
+    std::size_t waitingFor(const std::string &name)
+    {
+        BusClient asking(bus().address());
+        asking.setTarget("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                         "org.freedesktop.DBus.Debug.Stats");
+        const BusCall call = asking.call("GetConnectionStats",
+                                         [&name](sdbus::MethodCall &message) { message << name; });
+        std::map<std::string, sdbus::Variant> statistics;
+        call.answer() >> statistics;
+        return statistics.at("OutgoingBytes").get<std::uint32_t>();
+    }
+
+    /// Whether a client that reads is served, again and again.
+    bool isServing(const QString &path = QStringLiteral("/test/small"), int times = 50)
+    {
+        for (int i = 0; i < times; ++i) {
+            if (!client->getValue(path).succeeds()) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    std::unique_ptr<ClientProgram> startPython(const char *script)
+    {
+        return std::make_unique<ClientProgram>(
+            bus(), "/usr/bin/python3"_s,
+            QStringList{"-c"_s, QString::fromLatin1(pythonPrelude) + QString::fromLatin1(script)});
+    }
+    std::string python(const char *script)
+    {
+        const auto program = startPython(script);
+        return (program->succeeds() ? program->output() : program->errors())
+            .trimmed()
+            .toStdString();
+    }
+
+    static QVariantHash withoutRate(QVariantHash limits)
+    {
+        limits.insert("requestsPerSecond"_s, 0);
+        return {{"limits"_s, limits}};
+    }
+
+private:
+    static constexpr const char *pythonPrelude = R"(
+import dbus, os, signal
+bus = dbus.SessionBus()
+model = dbus.Interface(bus.get_object('org.tavo.Model1', '/org/tavo/Model1', introspect=False),
+                       'org.tavo.Model1')
+)";
+};
+
+TEST_F(DbusUnreadTest, ByOneClientStopsNoOther)
+{
+    SilentClient silent(bus().address());
+    constexpr int calls = 200;
+    for (int i = 0; i < calls; ++i) {
+        silent.getValue("/test/large");
+    }
+    EXPECT_TRUE(isServing());
+    EXPECT_TRUE(isServing("/test/large"_s));
+    EXPECT_LT(waitingFor(silent.name()), std::size_t(17 * mebi));
+}
+
+TEST_F(DbusUnreadTest, IsRefusedWithALimitAndReadAgainLater)
+{
+    SilentClient silent(bus().address());
+    constexpr int calls = 40;
+    for (int i = 0; i < calls; ++i) {
+        silent.getValue("/test/large");
+    }
+    ASSERT_TRUE(isServing());
+    std::map<std::string, int> errors = silent.read(calls);
+    EXPECT_GE(errors[""], 15);
+    EXPECT_GT(errors[limitsExceeded], 0);
+    EXPECT_EQ(errors[""] + errors[limitsExceeded], calls);
+    silent.getValue("/test/large");
+    ASSERT_TRUE(isServing());
+    EXPECT_EQ(silent.read(1)[""], 1);
+}
+
+TEST_F(DbusUnreadTest, NeverIsMuchOfAClientThatReadsOneByOne)
+{
+    EXPECT_EQ(python(R"(
+print(sum(len(model.GetValue('/test/large')['string']) for i in range(100)))
+)"),
+              std::to_string(100 * mebi));
+}
+
+TEST_F(DbusUnreadTest, NeverIsMuchOfAClientThatAsksAheadAndReads)
+{
+    publishText("/test/huge"_s, 5 * mebi);
+    SilentClient reader(bus().address());
+    std::map<std::string, int> errors;
+    auto reading = std::async(std::launch::async, [&] {
+        reader.getValue("/test/huge");
+        for (int i = 0; i < 40; ++i) {
+            reader.getValue("/test/huge");
+            ++errors[reader.read(1).begin()->first];
+        }
+    });
+    ASSERT_TRUE(waitFor([&] { return reading.wait_for(0s) == std::future_status::ready; }, 60s));
+    reading.get();
+    EXPECT_THAT(errors, testing::ElementsAre(testing::Pair("", 40)));
+}
+
+TEST_F(DbusUnreadTest, NeverIsMuchOfAClientThatReadsLargeAnswersOneByOne)
+{
+    publishText("/test/huge"_s, 20 * mebi);
+    EXPECT_EQ(python(R"(
+print(sum(len(model.GetValue('/test/huge')['string']) for i in range(5)))
+)"),
+              std::to_string(100 * mebi));
+}
+
+TEST_F(DbusUnreadTest, OfAStoppedSubscriberEndsItsSubscriptions)
+{
+    CMValueNode *busy = publishText("/test/busy"_s, mebi);
+    const auto stopped = startPython(R"(
+model.Subscribe('/test/busy', 'value')
+print('subscribed', flush=True)
+os.kill(os.getpid(), signal.SIGSTOP)
+while True:
+    try:
+        print('value', len(model.GetValue('/test/large')['string']), flush=True)
+        break
+    except dbus.DBusException as error:
+        print(error.get_dbus_name())
+)");
+    ASSERT_TRUE(stopped->writes("subscribed"_s));
+    const auto endings = [this] { return log().find("its subscriptions end").size(); };
+    for (int i = 0; i < 100; ++i) {
+        busy->setValue(TavoValue().setString_(QString(mebi, QChar('a' + i % 2))));
+        settle();
+    }
+    EXPECT_EQ(endings(), 1U);
+    EXPECT_TRUE(isServing());
+    stopped->sendSignal(SIGCONT);
+    EXPECT_TRUE(stopped->writes("value "_s + QString::number(mebi)))
+        << stopped->errors().toStdString();
+}
+
+TEST_F(DbusUnreadTest, NeverIsMuchOfASubscriberThatReads)
+{
+    CMValueNode *busy = publishText("/test/busy"_s, mebi);
+    ASSERT_TRUE(client->subscribe("/test/busy"_s, "value"_s).succeeds());
+    constexpr int changes = 100;
+    for (int i = 0; i < changes; ++i) {
+        busy->setValue(TavoValue().setString_(QString(mebi, QChar('a' + i % 2))));
+        ASSERT_TRUE(client->waitForSignals(std::size_t(i) + 1));
+    }
+}
+
+class DbusLittleUnreadTest : public DbusUnreadTest
+{
+protected:
+    DbusLittleUnreadTest()
+        : DbusUnreadTest({{"unreadBytes", mebi}})
+    {
+    }
+};
+
+TEST_F(DbusLittleUnreadTest, MayBeOfDescriptionsToo)
+{
+    SilentClient silent(bus().address());
+    // More than 40 MiB.
+    constexpr int calls = 12000;
+    for (int i = 0; i < calls; ++i) {
+        silent.introspect();
+    }
+    EXPECT_TRUE(isServing());
+    EXPECT_LT(waitingFor(silent.name()), std::size_t(20 * mebi));
+}
+
+TEST_F(DbusLittleUnreadTest, MayBeOfRefusalsToo)
+{
+    SilentClient silent(bus().address());
+    constexpr int calls = 20000;
+    for (int i = 0; i < calls; ++i) {
+        silent.getValue("/test/large");
+    }
+    EXPECT_TRUE(isServing());
+    EXPECT_LT(waitingFor(silent.name()), std::size_t(3 * mebi));
+}
+
+TEST_F(DbusLittleUnreadTest, LetsCallsBeHandledInTheirOrder)
+{
+    publishText("/test/medium"_s, mebi / 4);
+    std::vector<int> handled;
+    publishRequest("/test/order"_s, [&](const CMSetDataRequest &request) {
+        handled.push_back(request.value().toInt());
+        request.reply().setValue({});
+    });
+    std::vector<BusCall> calls;
+    constexpr int rounds = 50;
+    for (int i = 0; i < rounds; ++i) {
+        calls.push_back(client->getValue("/test/medium"_s));
+        calls.push_back(client->send("/test/order"_s, i));
+    }
+    for (const BusCall &call : calls) {
+        EXPECT_TRUE(call.waitForAnswer());
+    }
+    EXPECT_THAT(handled, testing::Not(testing::IsEmpty()));
+    EXPECT_TRUE(std::is_sorted(handled.begin(), handled.end()));
+}
+
+class DbusUnreadByAllTest : public DbusUnreadTest
+{
+protected:
+    DbusUnreadByAllTest()
+        : DbusUnreadTest({{"unreadBytes", 8 * mebi}, {"totalUnreadBytes", 16 * mebi}})
+    {
+    }
+};
+
+TEST_F(DbusUnreadByAllTest, TogetherLeavesSomethingForThoseWhoRead)
+{
+    std::vector<std::unique_ptr<SilentClient>> silent;
+    constexpr int clients = 6;
+    constexpr int calls = 20;
+    std::size_t waiting = 0;
+    for (int i = 0; i < clients; ++i) {
+        silent.push_back(std::make_unique<SilentClient>(bus().address()));
+        for (int j = 0; j < calls; ++j) {
+            silent.back()->getValue("/test/large");
+        }
+        ASSERT_TRUE(isServing());
+        waiting += waitingFor(silent.back()->name());
+    }
+    EXPECT_GT(waiting, std::size_t(12 * mebi));
+    EXPECT_LT(waiting, std::size_t(17 * mebi));
+    const BusCall large = client->getValue("/test/large"_s);
+    EXPECT_EQ(large.errorName(), limitsExceeded);
+    EXPECT_THAT(large.errorMessage(), HasSubstr("all together may leave 16777216 bytes"));
+    silent.clear();
+    EXPECT_TRUE(isServing("/test/large"_s));
+}
+
+class DbusUncountedTest : public DbusUnreadTest
+{
+protected:
+    DbusUncountedTest()
+        : DbusUnreadTest({{"unreadBytes", 8 * mebi}}, noStatistics)
+    {
+    }
+};
+
+TEST_F(DbusUncountedTest, AnswersAreNotRefusedWhereTheBusDoesNotTell)
+{
+    SilentClient silent(bus().address());
+    constexpr int calls = 20;
+    for (int i = 0; i < calls; ++i) {
+        silent.getValue("/test/large");
+    }
+    ASSERT_TRUE(isServing());
+    EXPECT_EQ(silent.read(calls)[""], calls);
+    EXPECT_EQ(log().find("The bus doesn't tell what clients haven't read").size(), 1U);
+}
+
+TEST_F(DbusUncountedTest, AnswersAreNotRefusedHoweverManyThereWere)
+{
+    EXPECT_EQ(python(R"(
+print(sum(len(model.GetValue('/test/large')['string']) for i in range(100)))
+)"),
+              std::to_string(100 * mebi));
+}
+
+TEST_F(DbusUncountedTest, SignalsEndForThoseAloneWhoDoNotAnswerEither)
+{
+    CMValueNode *busy = publishText("/test/busy"_s, mebi);
+    const auto stopped = startPython(R"(
+model.Subscribe('/test/busy', 'value')
+print('subscribed', flush=True)
+os.kill(os.getpid(), signal.SIGSTOP)
+)");
+    ASSERT_TRUE(stopped->writes("subscribed"_s));
+    ASSERT_TRUE(client->subscribe("/test/busy"_s, "value"_s).succeeds());
+    constexpr int changes = 40;
+    for (int i = 0; i < changes; ++i) {
+        busy->setValue(TavoValue().setString_(QString(mebi, QChar('a' + i % 2))));
+        ASSERT_TRUE(client->waitForSignals(std::size_t(i) + 1));
+    }
+    EXPECT_EQ(log().find("its subscriptions end").size(), 1U);
+}
+} // namespace

@@ -1,0 +1,241 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "module/dbus/ModelTest.h"
+
+#include "support/Sanitized.h"
+
+#include <bus/RawMessage.h>
+
+#include <algorithm>
+#include <fcntl.h>
+#include <limits>
+#include <malloc.h>
+#include <memory>
+#include <optional>
+#include <unistd.h>
+
+namespace {
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr const char *invalidArguments = "org.freedesktop.DBus.Error.InvalidArgs";
+
+/// Whatever a client does, it and all others are served afterwards.
+class DbusBadInputTest : public ModelTest
+{
+protected:
+    DbusBadInputTest() { publishValue("/test/value"_s, 5); }
+
+    void TearDown() override
+    {
+        ModelClient other(bus().address());
+        EXPECT_TRUE(other.getValue("/test/value"_s).succeeds());
+    }
+
+    /// A call whose arguments the function writes into the message's raw form.
+    BusCall callRaw(const std::string &method, const std::function<int(sd_bus_message *)> &write)
+    {
+        return client->call(
+            method, [&](sdbus::MethodCall &call) { EXPECT_GE(write(rawMessage(call)), 0); });
+    }
+
+    /// The reply to a request that the client has sent and waits for.
+    CMReply<QVariant> awaitedReply()
+    {
+        const auto reply = std::make_shared<std::optional<CMReply<QVariant>>>();
+        publishRequest("/test/late"_s,
+                       [reply](const CMSetDataRequest &request) { *reply = request.reply(); });
+        client->send("/test/late"_s, 1);
+        EXPECT_TRUE(waitFor([&] { return reply->has_value(); }));
+        return reply->value();
+    }
+
+    /// What the process has allocated and not given back.
+    static long memoryInUse()
+    {
+        const struct mallinfo2 info = mallinfo2();
+        return long(info.uordblks) + long(info.hblkhd);
+    }
+
+    static void expectRefusal(const BusCall &call, const std::string &name)
+    {
+        EXPECT_EQ(call.errorName(), name);
+        EXPECT_THAT(call.errorMessage(), Not(testing::IsEmpty()));
+    }
+};
+
+TEST_F(DbusBadInputTest, AnUnknownMethodIsRefused)
+{
+    expectRefusal(client->ask("GetEverything"), "org.freedesktop.DBus.Error.UnknownMethod");
+}
+
+TEST_F(DbusBadInputTest, AnUnknownObjectIsRefused)
+{
+    client->setTarget("org.tavo.Model1", "/org/tavo/Nothing", "org.tavo.Model1");
+    expectRefusal(client->getValue("/test/value"_s), "org.freedesktop.DBus.Error.UnknownObject");
+}
+
+TEST_F(DbusBadInputTest, WrongArgumentsAreRefused)
+{
+    expectRefusal(client->ask("GetValue"), invalidArguments);
+    expectRefusal(client->ask("GetValue", {"/test/value"_s, "more"_s}), invalidArguments);
+    expectRefusal(client->ask("Call", {"/test/value"_s, "text"_s}), invalidArguments);
+    expectRefusal(
+        callRaw("GetValue", [](sd_bus_message *m) { return sd_bus_message_append(m, "i", 5); }),
+        invalidArguments);
+}
+
+TEST_F(DbusBadInputTest, AFileDescriptorForAValueIsRefused)
+{
+    const int descriptor = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    expectRefusal(callRaw("Call",
+                          [&](sd_bus_message *m) {
+                              return sd_bus_message_append(m, "sv", "/test/value", "h", descriptor);
+                          }),
+                  invalidArguments);
+    ::close(descriptor);
+}
+
+TEST_F(DbusBadInputTest, AHugeValueIsRefused)
+{
+    publishEcho("/test/echo"_s);
+    const char *limitsExceeded = "org.freedesktop.DBus.Error.LimitsExceeded";
+    constexpr int tooMuch = 1200 * 1024;
+    expectRefusal(client->send("/test/echo"_s, QString(tooMuch, 'x')), limitsExceeded);
+    expectRefusal(client->send("/test/echo"_s, QByteArray(tooMuch, 'x')), limitsExceeded);
+    QVariantList many;
+    for (int i = 0; i < tooMuch / 32; ++i) {
+        many.append(true);
+    }
+    expectRefusal(client->send("/test/echo"_s, many), limitsExceeded);
+}
+
+TEST_F(DbusBadInputTest, AHugePathIsRefused)
+{
+    expectRefusal(client->getValue('/' + QString(1 << 20, 'x')), "org.tavo.Error.InvalidPath");
+    expectRefusal(client->getValue(QString(1 << 20, '/')), "org.tavo.Error.InvalidPath");
+}
+
+TEST_F(DbusBadInputTest, TheLargestAndSmallestNumbersForRowsAreNoTrouble)
+{
+    publishRows("/test/rows"_s, {"/a"_s});
+    constexpr int most = std::numeric_limits<int>::max();
+    constexpr int least = std::numeric_limits<int>::min();
+    EXPECT_TRUE(client->getRows("/test/rows"_s, most, most).succeeds());
+    expectRefusal(client->getRows("/test/rows"_s, least, 1), invalidArguments);
+    expectRefusal(client->getRows("/test/rows"_s, 0, least), invalidArguments);
+}
+
+TEST_F(DbusBadInputTest, ATextThatIsNoUtf8EndsItsSendersConnectionAlone)
+{
+    ModelClient careless(bus().address());
+    const BusCall call = careless.call("GetValue", [](sdbus::MethodCall &message) {
+        const std::string invalid = "/test/\xff\xfe";
+        char *space = nullptr;
+        ASSERT_GE(sd_bus_message_append_string_space(rawMessage(message), invalid.size(), &space),
+                  0);
+        std::copy(invalid.begin(), invalid.end(), space);
+    });
+    EXPECT_FALSE(call.succeeds());
+    EXPECT_TRUE(client->getValue("/test/value"_s).succeeds());
+}
+
+TEST_F(DbusBadInputTest, AClientThatVanishesBeforeItsAnswerIsForgotten)
+{
+    const CMReply<QVariant> late = awaitedReply();
+    client->leave();
+    late.setValue(2);
+    settle();
+}
+
+TEST_F(DbusBadInputTest, WhatAVanishedClientAskedForIsNotKept)
+{
+    if (sanitized) {
+        GTEST_SKIP() << "The sanitizer's own memory can't be told apart";
+    }
+    constexpr int calls = 16;
+    constexpr int size = 1 << 20;
+    std::vector<CMReply<QVariant>> never;
+    publishRequest("/test/never"_s,
+                   [&](const CMSetDataRequest &request) { never.push_back(request.reply()); });
+    ModelClient other(bus().address());
+    {
+        const QByteArray bytes(size, 'x');
+        for (int i = 0; i < calls; ++i) {
+            other.send("/test/never"_s, bytes);
+        }
+    }
+    ASSERT_TRUE(waitFor([&] { return never.size() == calls; }));
+    const long before = memoryInUse();
+    other.leave();
+    EXPECT_TRUE(waitFor([&] { return before - memoryInUse() > calls * size / 2; }));
+}
+
+TEST_F(DbusBadInputTest, AnAnswerThatComesWhenTheBusHasGoneIsForgotten)
+{
+    const CMReply<QVariant> late = awaitedReply();
+    client->leave();
+    bus().restart();
+    ASSERT_TRUE(waitFor([&] { return log().count("Serving org.tavo.Model1") == 2; }));
+    late.setValue(2);
+    settle();
+}
+
+TEST_F(DbusBadInputTest, WhatIsSentToABusThatHasJustGoneIsForgotten)
+{
+    CMReply<QVariant> late;
+    bool asked = false;
+    publishRequest("/test/late"_s, [&](const CMSetDataRequest &request) {
+        late = request.reply();
+        asked = true;
+    });
+    CMValueNode *watched = publishValue("/test/watched"_s, 0);
+    ASSERT_TRUE(client->subscribe("/test/watched"_s, "value"_s).succeeds());
+    client->send("/test/late"_s, 1);
+    ASSERT_TRUE(waitFor([&] { return asked; }));
+    // Nothing turns the event loop, so that the module doesn't know of it.
+    bus().stop();
+    watched->setValue(TavoValue().setInt_(1));
+    late.setValue(2);
+    settle();
+    client->leave();
+    bus().start();
+    EXPECT_TRUE(waitFor([&] { return log().count("Serving org.tavo.Model1") == 2; }));
+}
+
+TEST_F(DbusBadInputTest, AClientThatVanishesAmidAFloodIsForgotten)
+{
+    for (int i = 0; i < 1000; ++i) {
+        client->subscribe("/test/"_s + QString::number(i), "value"_s);
+    }
+    client->leave();
+    EXPECT_TRUE(waitFor(
+        [] { return CMSubscribe::raiseRowsChange(CMPath("/test/0"_s), {"probe"_s}) == 0; }));
+}
+
+class DbusFloodTest : public ModelTest
+{
+protected:
+    DbusFloodTest()
+        : ModelTest({{"limits", QVariantHash{{"requestsPerSecond", 100}}}})
+    {
+        publishValue("/test/value"_s, 5);
+    }
+};
+
+TEST_F(DbusFloodTest, OfOneClientIsRefusedAndOthersAreServed)
+{
+    ModelClient flooding(bus().address());
+    std::vector<BusCall> calls;
+    for (int i = 0; i < 6000; ++i) {
+        calls.push_back(flooding.getValue("/test/value"_s));
+    }
+    EXPECT_TRUE(client->getValue("/test/value"_s).succeeds());
+    int refused = 0;
+    for (const BusCall &call : calls) {
+        refused += call.succeeds() ? 0 : 1;
+    }
+    EXPECT_GT(refused, 0);
+}
+} // namespace

@@ -1,0 +1,84 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "module/dbus/ModelTest.h"
+
+#include "support/Request.h"
+
+namespace {
+using testing::ElementsAre;
+using testing::StartsWith;
+
+class DbusInboxesTest : public ModelTest
+{
+protected:
+    QString open() { return client->ask("OpenInbox").text(); }
+
+    static bool isPublished(const QString &path) { return !CMCatalog::tree(CMPath(path)).empty(); }
+};
+
+TEST_F(DbusInboxesTest, AreNodesWhoseRequestsReachTheirClient)
+{
+    const QString inbox = open();
+    EXPECT_THAT(inbox.toStdString(), StartsWith("/dbus/inbox/"));
+    const Request request(CMPath(inbox), QVariant(QVariantHash{{"int", 5}}));
+    EXPECT_TRUE(request.succeeds());
+    EXPECT_FALSE(request.value().isValid());
+    EXPECT_TRUE(client->waitForSignals(1));
+    EXPECT_THAT(client->received, ElementsAre("Received " + inbox.toStdString() + " {int: 5}"));
+}
+
+TEST_F(DbusInboxesTest, AreEachAtAPathOfItsOwn)
+{
+    const QString first = open();
+    const QString second = open();
+    EXPECT_NE(first, second);
+    ASSERT_TRUE(client->ask("CloseInbox", {second}).succeeds());
+    EXPECT_NE(open(), second);
+}
+
+TEST_F(DbusInboxesTest, GoWhenTheyAreClosed)
+{
+    const QString inbox = open();
+    ASSERT_TRUE(client->ask("CloseInbox", {inbox}).succeeds());
+    EXPECT_FALSE(isPublished(inbox));
+    EXPECT_EQ(client->ask("CloseInbox", {inbox}).errorName(),
+              "org.freedesktop.DBus.Error.InvalidArgs");
+}
+
+TEST_F(DbusInboxesTest, CanNotBeClosedByOthers)
+{
+    const QString inbox = open();
+    ModelClient other(bus().address());
+    EXPECT_EQ(other.ask("CloseInbox", {inbox}).errorName(),
+              "org.freedesktop.DBus.Error.InvalidArgs");
+    EXPECT_TRUE(isPublished(inbox));
+}
+
+TEST_F(DbusInboxesTest, StayWhenAnotherThanTheBusSaysThatTheirClientHasLeft)
+{
+    const QString inbox = open();
+    ModelClient other(bus().address());
+    {
+        const auto object = sdbus::createObject(other.connection(), "/org/freedesktop/DBus");
+        sdbus::Signal forged = object->createSignal("org.freedesktop.DBus", "NameOwnerChanged");
+        forged << client->name() << client->name() << std::string();
+        forged.setDestination("org.tavo.Model1");
+        forged.send();
+    }
+    // Answered after the signal has come.
+    other.getValue("/none"_s).waitForAnswer();
+    EXPECT_TRUE(isPublished(inbox));
+}
+
+TEST_F(DbusInboxesTest, GoWithTheirClientAndLeaveOthersAlone)
+{
+    ModelClient other(bus().address());
+    const QString kept = other.ask("OpenInbox").text();
+    const QString first = open();
+    const QString second = open();
+    client->leave();
+    EXPECT_TRUE(waitFor([&] { return !isPublished(first) && !isPublished(second); }));
+    EXPECT_TRUE(isPublished(kept));
+}
+} // namespace

@@ -1,0 +1,164 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "module/dbus/ModelTest.h"
+
+namespace {
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::IsSupersetOf;
+
+class DbusListsTest : public ModelTest
+{
+protected:
+    using Lines = std::vector<std::string>;
+
+    /// What List or Tree answers, a node a line.
+    Lines nodes(const std::string &method, const QString &path)
+    {
+        using Node = sdbus::Struct<std::string, std::string, std::string>;
+        std::vector<Node> nodes;
+        client->ask(method, {path}).answer() >> nodes;
+        Lines lines;
+        for (const Node &node : nodes) {
+            lines.push_back(std::get<0>(node) + ' ' + std::get<1>(node) + ' ' + std::get<2>(node));
+        }
+        return lines;
+    }
+
+    std::vector<QVariant> rows(const QString &path, int first, int count)
+    {
+        const BusCall call = client->getRows(path, first, count);
+        std::vector<QVariant> rows;
+        sdbus::MethodReply &answer = call.answer();
+        answer.enterContainer("v");
+        std::string type;
+        std::string contents;
+        for (answer.peekType(type, contents); !type.empty() && type[0] == 'v';
+             answer.peekType(type, contents)) {
+            rows.push_back(BusVariant::read(answer));
+        }
+        return rows;
+    }
+
+    int matchRow(const QString &path, const QVariant &row)
+    {
+        std::int32_t index = -2;
+        client->call("MatchRow",
+                     [&](sdbus::MethodCall &call) {
+                         BusVariant::appendText(call, path);
+                         BusVariant::append(call, row);
+                     })
+                .answer() >>
+            index;
+        return index;
+    }
+};
+
+TEST_F(DbusListsTest, OfAPathHasWhatIsDirectlyBelowIt)
+{
+    publishValue("/test/a/value"_s, 1);
+    publishRows("/test/b"_s, {})->setTitle("Title"_s);
+    publishEcho("/test/c"_s);
+    EXPECT_THAT(nodes("List", "/test"_s),
+                ElementsAre("/test/a group ", "/test/b list Title", "/test/c request "));
+    EXPECT_THAT(nodes("List", "/test/c"_s), IsEmpty());
+}
+
+TEST_F(DbusListsTest, OfTheTopHasTheFirstNames)
+{
+    publishValue("/test/a"_s, 1);
+    EXPECT_THAT(nodes("List", "/"_s), ElementsAre("/test group "));
+}
+
+TEST_F(DbusListsTest, OfATreeHasEveryNode)
+{
+    publishValue("/test/a/value"_s, 1);
+    publishValue("/test"_s, 1);
+    publishEcho("/other"_s);
+    EXPECT_THAT(nodes("Tree", "/test"_s), ElementsAre("/test value ", "/test/a/value value "));
+    EXPECT_THAT(nodes("Tree", "/"_s),
+                ElementsAre("/other request ", "/test value ", "/test/a/value value "));
+}
+
+TEST_F(DbusListsTest, CutLongTitles)
+{
+    publishRows("/test/rows"_s, {})->setTitle(QString(1000, 'x'));
+    EXPECT_THAT(nodes("List", "/test"_s), ElementsAre("/test/rows list " + std::string(200, 'x')));
+}
+
+TEST_F(DbusListsTest, TooLargeForEveryBusAreRefusedAndTheModuleStays)
+{
+    constexpr int manyRows = 33;
+    CMListRowsNode *rows = publishRows("/test/rows"_s, {});
+    for (int i = 0; i < manyRows; ++i) {
+        rows->rowsAppend(TavoRoles().setTitle(QString(1 << 20, 'x')));
+    }
+    const BusCall call = client->getRows("/test/rows"_s, 0, -1);
+    EXPECT_EQ(call.errorName(), "org.tavo.Error.UnsupportedValue");
+    EXPECT_EQ(call.errorMessage(), "The value is too large for a message");
+    EXPECT_TRUE(client->getRows("/test/rows"_s, 0, manyRows - 2).succeeds());
+    EXPECT_EQ(log().countAt(log4cplus::WARN_LOG_LEVEL), 0);
+}
+
+TEST_F(DbusListsTest, OfNoPathIsAnError)
+{
+    for (const char *method : {"List", "Tree"}) {
+        EXPECT_EQ(client->ask(method, {""_s}).errorName(), "org.tavo.Error.InvalidPath");
+        EXPECT_EQ(client->ask(method, {"//"_s}).errorName(), "org.tavo.Error.InvalidPath");
+    }
+}
+
+TEST_F(DbusListsTest, OfRowsHasThoseThatAreAskedFor)
+{
+    publishRows("/test/rows"_s, {"/a"_s, "/b"_s, "/c"_s});
+    EXPECT_THAT(rows("/test/rows"_s, 0, -1), ElementsAre("/a", "/b", "/c"));
+    EXPECT_THAT(rows("/test/rows"_s, 1, 1), ElementsAre("/b"));
+    EXPECT_THAT(rows("/test/rows"_s, 2, 5), ElementsAre("/c"));
+    EXPECT_THAT(rows("/test/rows"_s, 5, 1), IsEmpty());
+    EXPECT_THAT(rows("/test/rows"_s, 0, 0), IsEmpty());
+}
+
+TEST_F(DbusListsTest, OfRowsHasRolesAsRecords)
+{
+    publishRows("/test/rows"_s, {})->rowsAppend(TavoRoles().setTitle("Text"_s));
+    EXPECT_THAT(rows("/test/rows"_s, 0, -1),
+                ElementsAre(QVariant(QVariantHash{{"title", "Text"}})));
+}
+
+TEST_F(DbusListsTest, OfRowsBeforeTheFirstIsAnError)
+{
+    publishRows("/test/rows"_s, {"/a"_s});
+    const char *invalid = "org.freedesktop.DBus.Error.InvalidArgs";
+    EXPECT_EQ(client->getRows("/test/rows"_s, -1, 1).errorName(), invalid);
+    EXPECT_EQ(client->getRows("/test/rows"_s, 0, -2).errorName(), invalid);
+}
+
+TEST_F(DbusListsTest, OfRowsThatANodeHasNotIsAnError)
+{
+    publishValue("/test/value"_s, 1);
+    EXPECT_EQ(client->getRows("/test/value"_s, 0, -1).errorName(), "org.tavo.Error.NotSupported");
+    EXPECT_EQ(client->getRows("/test/no"_s, 0, -1).errorName(), "org.tavo.Error.NoSuchNode");
+}
+
+TEST_F(DbusListsTest, TellWhereARowIs)
+{
+    publishRows("/test/rows"_s, {"/a"_s, "/b"_s});
+    EXPECT_EQ(matchRow("/test/rows"_s, "/b"_s), 1);
+    EXPECT_EQ(matchRow("/test/rows"_s, "/c"_s), -1);
+}
+
+TEST_F(DbusListsTest, AreClosedForThoseWhoListen)
+{
+    const auto close = [this] {
+        bool heard = false;
+        client->ask("Close", {"/test/rows"_s}).answer() >> heard;
+        return heard;
+    };
+    EXPECT_FALSE(close());
+    ASSERT_TRUE(client->subscribe("/test/rows"_s, "rows"_s).succeeds());
+    EXPECT_TRUE(close());
+    EXPECT_TRUE(client->waitForSignals(1));
+    EXPECT_THAT(client->received, ElementsAre("RowsChanged /test/rows close -1+0"));
+}
+} // namespace

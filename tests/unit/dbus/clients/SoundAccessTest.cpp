@@ -1,0 +1,155 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "modules/dbus/clients/SoundAccess.h"
+#include "support/Text.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QUrl>
+
+#include <sys/stat.h>
+
+namespace {
+/// A folder that is allowed beside one that isn't, both with a file.
+class SoundAccessTest : public testing::Test
+{
+protected:
+    SoundAccessTest()
+    {
+        make("allowed/sound.wav"_s);
+        make("allowed/below/deep.wav"_s);
+        make("secret/sound.wav"_s);
+        make("allowed-too/sound.wav"_s);
+    }
+
+    QString path(const QString &name) const
+    {
+        return QFileInfo(m_folder.path()).canonicalFilePath() + '/' + name;
+    }
+
+    void make(const QString &name) const
+    {
+        QDir().mkpath(QFileInfo(path(name)).path());
+        QFile file(path(name));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+    }
+
+    SoundAccess access() const { return {{"file"_s}, {path("allowed"_s)}}; }
+
+    /// What is played for it; empty when it is refused, which has a reason then.
+    static QString played(const SoundAccess &access, const QString &location)
+    {
+        const SoundAccess::Answer answer = access.check(location);
+        EXPECT_EQ(answer.refusal.isEmpty(), !answer.location.isEmpty());
+        return answer.location;
+    }
+    QString played(const QString &location) const { return played(access(), location); }
+
+private:
+    QTemporaryDir m_folder;
+};
+
+TEST_F(SoundAccessTest, AllowsFilesInAnAllowedFolder)
+{
+    EXPECT_EQ(played(path("allowed/sound.wav"_s)), path("allowed/sound.wav"_s));
+    EXPECT_EQ(played(path("allowed/below/deep.wav"_s)), path("allowed/below/deep.wav"_s));
+}
+
+TEST_F(SoundAccessTest, ReadsAFilesUri)
+{
+    make("allowed/my sound.wav"_s);
+    EXPECT_EQ(played("file://"_s + path("allowed/my%20sound.wav"_s)),
+              path("allowed/my sound.wav"_s));
+    EXPECT_EQ(played("file://localhost"_s + path("allowed/sound.wav"_s)),
+              path("allowed/sound.wav"_s));
+    EXPECT_EQ(played("FILE:"_s + path("allowed/sound.wav"_s)), path("allowed/sound.wav"_s));
+    EXPECT_EQ(played("file://elsewhere"_s + path("allowed/sound.wav"_s)), QString());
+}
+
+TEST_F(SoundAccessTest, RefusesFilesElsewhere)
+{
+    EXPECT_EQ(played(path("secret/sound.wav"_s)), QString());
+    EXPECT_EQ(played(path("allowed-too/sound.wav"_s)), QString());
+    EXPECT_EQ(played(path("allowed/../secret/sound.wav"_s)), QString());
+    EXPECT_EQ(played("file://"_s + path("allowed/%2E%2E/secret/sound.wav"_s)), QString());
+}
+
+TEST_F(SoundAccessTest, LooksAtWhereLinksLead)
+{
+    ASSERT_TRUE(QFile::link(path("secret/sound.wav"_s), path("allowed/link.wav"_s)));
+    ASSERT_TRUE(QFile::link(path("secret"_s), path("allowed/folder"_s)));
+    ASSERT_TRUE(QFile::link(path("allowed/sound.wav"_s), path("secret/link.wav"_s)));
+    EXPECT_EQ(played(path("allowed/link.wav"_s)), QString());
+    EXPECT_EQ(played(path("allowed/folder/sound.wav"_s)), QString());
+    EXPECT_EQ(played(path("secret/link.wav"_s)), path("allowed/sound.wav"_s));
+}
+
+TEST_F(SoundAccessTest, LooksAtWhereALinkToTheAllowedFolderLeads)
+{
+    ASSERT_TRUE(QFile::link(path("allowed"_s), path("name"_s)));
+    EXPECT_EQ(played({{"file"_s}, {path("name"_s)}}, path("allowed/sound.wav"_s)),
+              path("allowed/sound.wav"_s));
+}
+
+TEST_F(SoundAccessTest, AllowsNothingButFiles)
+{
+    ASSERT_EQ(mkfifo(QFile::encodeName(path("allowed/pipe"_s)).constData(), 0600), 0);
+    EXPECT_EQ(played(path("allowed/pipe"_s)), QString());
+    EXPECT_EQ(played(path("allowed/below"_s)), QString());
+    EXPECT_EQ(played(path("allowed/missing.wav"_s)), QString());
+    EXPECT_EQ(played({{"file"_s}, {"/"_s}}, "/dev/zero"_s), QString());
+}
+
+TEST_F(SoundAccessTest, AllowsPipesForStreams)
+{
+    ASSERT_EQ(mkfifo(QFile::encodeName(path("allowed/pipe"_s)).constData(), 0600), 0);
+    EXPECT_EQ(access().check(path("allowed/pipe"_s), SoundAccess::Kind::Stream).location,
+              path("allowed/pipe"_s));
+    EXPECT_EQ(
+        SoundAccess({"file"_s}, {"/"_s}).check("/dev/zero"_s, SoundAccess::Kind::Stream).location,
+        QString());
+}
+
+TEST_F(SoundAccessTest, DoesNotTellWhatThereIsElsewhere)
+{
+    const QString there = access().check(path("secret/sound.wav"_s)).refusal;
+    const QString missing = access().check(path("secret/tound.wav"_s)).refusal;
+    EXPECT_EQ(QString(there).replace("sound"_s, "tound"_s), missing);
+}
+
+TEST_F(SoundAccessTest, AllowsEveryFileBelowTheRoot)
+{
+    EXPECT_EQ(played({{"file"_s}, {"/"_s}}, path("secret/sound.wav"_s)),
+              path("secret/sound.wav"_s));
+}
+
+TEST_F(SoundAccessTest, AllowsOtherSchemesThatAreNamed)
+{
+    const SoundAccess access({"https"_s}, {"/"_s});
+    EXPECT_EQ(played(access, "https://example.org/a.wav"_s), "https://example.org/a.wav"_s);
+    EXPECT_EQ(played(access, "HTTPS://example.org/a.wav"_s), "HTTPS://example.org/a.wav"_s);
+    EXPECT_EQ(played(access, "http://example.org/a.wav"_s), QString());
+    EXPECT_EQ(played(access, path("allowed/sound.wav"_s)), QString());
+    EXPECT_EQ(played("https://example.org/a.wav"_s), QString());
+}
+
+TEST_F(SoundAccessTest, RefusesWhatIsNoLocation)
+{
+    for (const QString &location :
+         {QString(), "sound.wav"_s, "../sound.wav"_s, ":"_s, "file:"_s, "file://"_s,
+          "file:sound.wav"_s, "file:///%00"_s, "\n"_s, path("allowed/sound.wav"_s) + QChar::Null}) {
+        EXPECT_EQ(played(location), QString()) << location.toStdString();
+    }
+}
+
+TEST_F(SoundAccessTest, RefusesInOneShortLine)
+{
+    const QString refusal = access().check("/a\nb"_s + QString(5000, 'x')).refusal;
+    EXPECT_LT(refusal.size(), 300);
+    EXPECT_FALSE(refusal.contains('\n'));
+}
+} // namespace

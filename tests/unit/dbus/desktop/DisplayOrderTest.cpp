@@ -1,0 +1,127 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "modules/dbus/desktop/DisplayOrder.h"
+
+#include <gtest/gtest.h>
+#include <rapidcheck.h>
+
+#include <vector>
+
+namespace {
+using Opening = DisplayOrder::Opening;
+
+const Opening anothers;
+
+Opening ours(quint32 id)
+{
+    return {id, id + 100};
+}
+
+/// Inserts one of ours, as the changes of rows and the answer tell of it.
+void open(DisplayOrder &order, int index, quint32 id)
+{
+    order.insert(index);
+    order.nameLast(ours(id));
+}
+
+TEST(DisplayOrderTest, TellsWhatWent)
+{
+    DisplayOrder order;
+    open(order, 0, 1);
+    open(order, 1, 2);
+    open(order, 1, 3);
+    EXPECT_EQ(order.remove(1), ours(3));
+    EXPECT_EQ(order.remove(1), ours(2));
+    EXPECT_EQ(order.remove(0), ours(1));
+}
+
+TEST(DisplayOrderTest, KnowsWhatIsOnDisplay)
+{
+    DisplayOrder order;
+    EXPECT_EQ(order.head(), anothers);
+    open(order, 0, 1);
+    EXPECT_EQ(order.head(), ours(1));
+    open(order, 0, 2);
+    EXPECT_EQ(order.head(), ours(2));
+    order.insert(0);
+    EXPECT_EQ(order.head(), anothers);
+}
+
+TEST(DisplayOrderTest, ReckonsWithOthersThatStoodInTheQueueBefore)
+{
+    DisplayOrder order;
+    open(order, 3, 1);
+    EXPECT_EQ(order.head(), anothers);
+    EXPECT_EQ(order.remove(0), anothers);
+    EXPECT_EQ(order.remove(7), anothers);
+    EXPECT_EQ(order.remove(2), ours(1));
+    EXPECT_EQ(order.remove(0), anothers);
+}
+
+TEST(DisplayOrderTest, NamesWhatCameLastAlone)
+{
+    DisplayOrder order;
+    order.insert(0);
+    order.insert(0);
+    order.nameLast(ours(1));
+    EXPECT_EQ(order.remove(1), anothers);
+    EXPECT_EQ(order.remove(0), ours(1));
+}
+
+TEST(DisplayOrderTest, NamesNothingWhenWhatCameLastHasGone)
+{
+    DisplayOrder order;
+    open(order, 0, 1);
+    order.insert(1);
+    order.remove(1);
+    order.nameLast(ours(2));
+    EXPECT_EQ(order.remove(0), ours(1));
+}
+
+TEST(DisplayOrderTest, ForgetsEverythingWhenCleared)
+{
+    DisplayOrder order;
+    open(order, 0, 1);
+    order.clear();
+    EXPECT_EQ(order.head(), anothers);
+    EXPECT_EQ(order.remove(0), anothers);
+}
+
+TEST(DisplayOrderTest, TakesIndexesThatNoListHas)
+{
+    DisplayOrder order;
+    open(order, 0, 1);
+    EXPECT_EQ(order.remove(-1), anothers);
+    order.insert(-1);
+    EXPECT_EQ(order.remove(1), ours(1));
+}
+
+/// A list of everything is the queue; the order is to agree with it on all that is ours.
+TEST(DisplayOrderTest, AgreesWithAQueueWhateverComesAndGoes)
+{
+    EXPECT_TRUE(rc::check([] {
+        std::vector<Opening> queue(*rc::gen::inRange<std::size_t>(0, 5));
+        DisplayOrder order;
+        quint32 id = 0;
+        const auto steps = *rc::gen::container<std::vector<int>>(rc::gen::inRange(0, 3));
+        for (const int step : steps) {
+            const int kind = queue.empty() ? step % 2 : step;
+            const auto most = int(queue.size()) + (kind == 2 ? 0 : 1);
+            const int index = *rc::gen::inRange(0, most);
+            if (kind == 2) {
+                RC_ASSERT(order.remove(index) == queue[std::size_t(index)]);
+                queue.erase(queue.begin() + index);
+                continue;
+            }
+            const Opening opening = kind == 0 ? anothers : ours(++id);
+            queue.insert(queue.begin() + index, opening);
+            order.insert(index);
+            if (opening.isOurs()) {
+                order.nameLast(opening);
+            }
+            RC_ASSERT(order.head() == queue.front());
+        }
+    }));
+}
+} // namespace

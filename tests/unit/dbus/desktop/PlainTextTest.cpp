@@ -1,0 +1,174 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "modules/dbus/desktop/PlainText.h"
+#include "support/Text.h"
+
+#include <gtest/gtest.h>
+#include <rapidcheck.h>
+
+namespace {
+QString repeated(const QString &part, int times)
+{
+    return part.repeated(times);
+}
+
+TEST(PlainTextTest, LeavesATextWithoutMarkupAsItIs)
+{
+    const QString text = "Grüße,\n\t2 > 1"_s;
+    EXPECT_EQ(plainText(text), text);
+    EXPECT_TRUE(plainText(text).isSharedWith(text));
+}
+
+TEST(PlainTextTest, TakesTheTagsAwayAndKeepsWhatTheyEnclose)
+{
+    EXPECT_EQ(plainText("a <b>bold</b> <i>word</i> and <u>more</u>"_s), "a bold word and more"_s);
+}
+
+TEST(PlainTextTest, KeepsALinksText)
+{
+    EXPECT_EQ(plainText("see <a href=\"https://example.org/?a>b\">the page</a>!"_s),
+              "see the page!"_s);
+}
+
+TEST(PlainTextTest, ReadsTagsInWhateverLettersTheyAreWritten)
+{
+    EXPECT_EQ(plainText("<B>a</B><I CLASS='x'>b</I >"_s), "ab"_s);
+}
+
+TEST(PlainTextTest, BreaksLinesWhereTheMarkupDoes)
+{
+    EXPECT_EQ(plainText("one<br>two<br/>three<br />four"_s), "one\ntwo\nthree\nfour"_s);
+}
+
+TEST(PlainTextTest, PutsParagraphsOnLinesOfTheirOwn)
+{
+    EXPECT_EQ(plainText("<p>one</p><p>two</p>"_s), "one\ntwo"_s);
+    EXPECT_EQ(plainText("zero<p>one</p>two"_s), "zero\none\ntwo"_s);
+    EXPECT_EQ(plainText("<ul><li>one</li><li>two</li></ul>"_s), "one\ntwo"_s);
+}
+
+TEST(PlainTextTest, ShowsAnImagesAlternativeText)
+{
+    EXPECT_EQ(plainText("a <img src=\"x.png\" alt=\"red &amp; blue\"/> b"_s), "a red & blue b"_s);
+    EXPECT_EQ(plainText("<img alt='one'><img src='y'>"_s), "one"_s);
+    EXPECT_EQ(plainText("<img default=\"x\" alt=\"<b>\">"_s), "<b>"_s);
+    EXPECT_EQ(plainText("<img alt=>.<img alt=bare>.<img alt=\"open>."_s), "..<img alt=\"open>."_s);
+}
+
+TEST(PlainTextTest, ReadsNamedEntities)
+{
+    EXPECT_EQ(plainText("&lt;b&gt; &amp;amp; &quot;x&quot; &apos;"_s), "<b> &amp; \"x\" '"_s);
+}
+
+TEST(PlainTextTest, ReadsNumberedEntities)
+{
+    EXPECT_EQ(plainText("&#65;&#x42;&#X63;&#8364;&#x1F600;"_s), "ABc\u20AC\U0001F600"_s);
+}
+
+TEST(PlainTextTest, ReplacesTheNumbersOfNoCharacter)
+{
+    for (const char *entity : {"&#0;", "&#xD800;", "&#xDFFF;", "&#xFFFE;", "&#x110000;", "&#27;",
+                               "&#x9B;", "&#4294967295;"}) {
+        EXPECT_EQ(plainText(QString::fromLatin1(entity)), QString(QChar(0xFFFD))) << entity;
+    }
+}
+
+TEST(PlainTextTest, LeavesAnAmpersandThatBeginsNoEntity)
+{
+    for (const char *text : {"AT&T", "a & b; c", "&", "&;", "&#;", "&#x;", "&#-1;", "&# 1;",
+                             "&#99999999999;", "&unknown;", "&amp", "&#12a;"}) {
+        EXPECT_EQ(plainText(QString::fromLatin1(text)), QString::fromLatin1(text));
+    }
+}
+
+TEST(PlainTextTest, LeavesWhatIsNoTagOfTheMarkup)
+{
+    for (const char *text : {"a < b", "<", "<>", "</>", "< b>", "<user@example.org>", "<unknown>",
+                             "<b", "<b <", "1<2 and 3>2", "<b\"", "<ib>", "<blink>"}) {
+        EXPECT_EQ(plainText(QString::fromLatin1(text)), QString::fromLatin1(text));
+    }
+}
+
+TEST(PlainTextTest, BearsTagsThatNeverOpenOrClose)
+{
+    EXPECT_EQ(plainText("</b>a<i>b</u></i></i>"_s), "ab"_s);
+    EXPECT_EQ(plainText("<b attr='>a</b>"_s), "<b attr='>a"_s);
+}
+
+TEST(PlainTextTest, DoesNotReadWhatItMadeAsMarkupAgain)
+{
+    EXPECT_EQ(plainText("&lt;b&gt;x&lt;/b&gt; <<b>b>"_s), "<b>x</b> <b>"_s);
+}
+
+TEST(PlainTextTest, DropsWhatWouldControlATerminal)
+{
+    EXPECT_EQ(plainText("a\x1B[31mb\x07"
+                        "c\x7F"
+                        "d\u009Be"_s),
+              "a[31mbcde"_s);
+}
+
+TEST(PlainTextTest, EndsLinesInOneWay)
+{
+    EXPECT_EQ(plainText("one\r\ntwo\rthree\n"_s), "one\ntwo\nthree\n"_s);
+}
+
+TEST(PlainTextTest, BearsTwentyThousandNestedTags)
+{
+    const QString text = repeated("<b>"_s, 20000) + "deep"_s + repeated("</b>"_s, 20000);
+    EXPECT_EQ(plainText(text), "deep"_s);
+    EXPECT_EQ(plainText(repeated("<i>"_s, 20000) + "deep"_s), "deep"_s);
+}
+
+/// Each would take hours if any of its characters were looked at once for each tag before it.
+TEST(PlainTextTest, TakesATimeThatGrowsWithTheLengthAlone)
+{
+    constexpr int size = 1 << 20;
+    for (const char *part :
+         {"<",  "<b",  "<b ", "<b \"",    "<b '\"",       "<b \"'\" ",   "<b '\"'\"",
+          "&",  "&#",  "&#x", "&#0",      "<img alt=",    "<img alt=\"", "<img alt='<img alt=\"",
+          "</", "<b/", "<p>", "</p><br>", "<img alt=\"&", "<b \"<i '"}) {
+        const QString unit = QString::fromLatin1(part);
+        const QString text = plainText(repeated(unit, size / unit.size()));
+        EXPECT_LE(text.size(), size) << part;
+        plainText(repeated(unit, size / unit.size()) + '>');
+    }
+}
+
+TEST(PlainTextTest, MakesNoTextLongerAndLetsNoControlThrough)
+{
+    const auto isHarmless = [](QChar character) {
+        return character == '\n' || character == '\t' ||
+               character.category() != QChar::Other_Control;
+    };
+    EXPECT_TRUE(rc::check([&] {
+        const auto alphabet = rc::gen::element<std::string>(
+            "<", ">", "/", "b", "p", "br", "img", " alt=", "\"", "'", "&", "#", "x", "amp", ";",
+            "\r", "\n", "\x1B", " ", "\xC3\xA4", "9", "D800");
+        const auto parts = *rc::gen::container<std::vector<std::string>>(alphabet);
+        QString markup;
+        for (const std::string &part : parts) {
+            markup += QString::fromStdString(part);
+        }
+        const QString text = plainText(markup);
+        RC_ASSERT(text.size() <= markup.size());
+        RC_ASSERT(std::all_of(text.begin(), text.end(), isHarmless));
+    }));
+}
+
+TEST(PlainLineTest, MakesOneLineOfSeveral)
+{
+    EXPECT_EQ(plainLine("one\r\ntwo\tthree\n"_s), "one two three "_s);
+}
+
+TEST(PlainLineTest, LeavesMarkupAlone)
+{
+    EXPECT_EQ(plainLine("<b>1 & 2</b>"_s), "<b>1 & 2</b>"_s);
+}
+
+TEST(PlainLineTest, DropsControls)
+{
+    EXPECT_EQ(plainLine("a\x1B]0;b\x07"_s), "a]0;b"_s);
+}
+} // namespace
