@@ -7,7 +7,7 @@
 #include "bus/BusVariant.h"
 
 #include <core/model/cmerror.h>
-#include <core/model/cmpath.h>
+#include <core/tavo/cmpath.h>
 #include <core/tavo/trstring.h>
 
 #include <QStringList>

@@ -7,8 +7,8 @@
 #include "client/PendingRequests.h"
 
 #include <core/model/cmerror.h>
-#include <core/model/cmpath.h>
 #include <core/model/cmreply.h>
+#include <core/tavo/cmpath.h>
 
 #include <QObject>
 #include <QStringList>

@@ -3,11 +3,11 @@
 
 #pragma once
 
-#include "client/export.h"
 #include "client/TavoClientError.h"
+#include "client/export.h"
 
-#include <core/model/cmpath.h>
 #include <core/model/cmreply.h>
+#include <core/tavo/cmpath.h>
 #include <core/tavo/value.h>
 
 #include <memory>

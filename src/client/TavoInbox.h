@@ -6,7 +6,7 @@
 #include "client/export.h"
 
 #include <core/model/cmerror.h>
-#include <core/model/cmpath.h>
+#include <core/tavo/cmpath.h>
 #include <core/tavo/value.h>
 
 #include <QObject>

@@ -6,7 +6,7 @@
 #include "cli/ExitCode.h"
 
 #include <core/model/cmerror.h>
-#include <core/model/cmpath.h>
+#include <core/tavo/cmpath.h>
 
 #include <QString>
 

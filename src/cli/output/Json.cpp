@@ -3,7 +3,7 @@
 
 #include "cli/output/Json.h"
 
-#include <core/model/cmpath.h>
+#include <core/tavo/cmpath.h>
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -3,7 +3,7 @@
 
 #include "cli/output/ValueText.h"
 
-#include <core/model/cmpath.h>
+#include <core/tavo/cmpath.h>
 #include <core/tavo/stream.h>
 
 #include <QLocale>

@@ -4,10 +4,10 @@
 #pragma once
 
 #include "core/model/changenotifier.h"
-#include "core/model/cmpath.h"
 #include "core/model/cmreply.h"
 #include "core/model/cmrequest.h"
 #include "core/model/cmworker.h"
+#include "core/tavo/cmpath.h"
 #include "core/tavo/connect.h"
 #include "core/tavo/export.h"
 #include "core/tavo/tavohash.h"

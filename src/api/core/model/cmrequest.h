@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "core/model/cmpath.h"
 #include "core/model/cmreply.h"
+#include "core/tavo/cmpath.h"
 #include "core/tavo/export.h"
 
 /// What all requests carry. Goes away with the last copy of the request and of its answering

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "core/model/cmpath.h"
 #include "core/model/cmrequest.h"
+#include "core/tavo/cmpath.h"
 
 namespace {
 /// Queued calls look argument types up by name; that must work from the first connection on.

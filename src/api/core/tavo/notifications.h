@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "core/model/cmpath.h"
+#include "core/tavo/cmpath.h"
 #include "core/tavo/enumerations.h"
 #include "core/tavo/export.h"
 #include "core/tavo/tavohash.h"

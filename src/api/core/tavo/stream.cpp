@@ -3,7 +3,7 @@
 
 #include "core/tavo/stream.h"
 
-#include "core/model/cmpath.h"
+#include "core/tavo/cmpath.h"
 
 #include <algorithm>
 #include <ostream>

@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "core/model/cmpath.h"
 #include "core/model/cmrequest.h"
+#include "core/tavo/cmpath.h"
 #include "core/tavo/export.h"
 
 #include <mutex>
