@@ -3,7 +3,7 @@
 
 #include "bus/BusConnection.h"
 
-#include <core/tavo/connect.h>
+#include <core/base/connect.h>
 
 #include <algorithm>
 #include <cerrno>

@@ -3,7 +3,7 @@
 
 #include "bus/BusLoop.h"
 
-#include <core/tavo/connect.h>
+#include <core/base/connect.h>
 
 #include <QAbstractEventDispatcher>
 #include <QElapsedTimer>

@@ -6,9 +6,9 @@
 #include "bus/BusError.h"
 #include "bus/BusVariant.h"
 
+#include <core/base/trstring.h>
 #include <core/model/cmerror.h>
-#include <core/tavo/cmpath.h>
-#include <core/tavo/trstring.h>
+#include <core/records/cmpath.h>
 
 #include <QStringList>
 

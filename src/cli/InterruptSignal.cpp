@@ -3,7 +3,7 @@
 
 #include "cli/InterruptSignal.h"
 
-#include <core/tavo/connect.h>
+#include <core/base/connect.h>
 
 #include <csignal>
 #include <sys/signalfd.h>

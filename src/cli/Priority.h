@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include <core/tavo/enumerations.h>
+#include <core/records/enumerations.h>
 
 #include <optional>
 #include <string>

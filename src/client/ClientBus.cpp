@@ -7,7 +7,7 @@
 #include "client/HostError.h"
 #include "client/TavoClientError.h"
 
-#include <core/tavo/connect.h>
+#include <core/base/connect.h>
 
 #include <QTimer>
 

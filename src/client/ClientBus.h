@@ -8,7 +8,7 @@
 
 #include <core/model/cmerror.h>
 #include <core/model/cmreply.h>
-#include <core/tavo/cmpath.h>
+#include <core/records/cmpath.h>
 
 #include <QObject>
 #include <QStringList>

@@ -7,7 +7,7 @@
 #include "bus/RawMessage.h"
 #include "client/ClientBus.h"
 
-#include <core/tavo/connect.h>
+#include <core/base/connect.h>
 
 namespace {
 ClientBus::Write writePath(const CMPath &path)

@@ -7,8 +7,8 @@
 #include "client/export.h"
 
 #include <core/model/cmreply.h>
-#include <core/tavo/cmpath.h>
-#include <core/tavo/value.h>
+#include <core/records/cmpath.h>
+#include <core/records/value.h>
 
 #include <memory>
 

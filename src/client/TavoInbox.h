@@ -6,8 +6,8 @@
 #include "client/export.h"
 
 #include <core/model/cmerror.h>
-#include <core/tavo/cmpath.h>
-#include <core/tavo/value.h>
+#include <core/records/cmpath.h>
+#include <core/records/value.h>
 
 #include <QObject>
 #include <QPointer>

@@ -7,7 +7,7 @@
 #include "client/ClientBus.h"
 #include "client/TavoClient.h"
 
-#include <core/tavo/connect.h>
+#include <core/base/connect.h>
 
 #include <algorithm>
 #include <map>

@@ -6,7 +6,7 @@
 #include "client/export.h"
 
 #include <core/model/cmreply.h>
-#include <core/tavo/enumerations.h>
+#include <core/records/enumerations.h>
 
 #include <QObject>
 #include <QString>

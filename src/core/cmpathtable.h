@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "core/tavo/cmpath.h"
+#include "core/records/cmpath.h"
 
 #include <vector>
 

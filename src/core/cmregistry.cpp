@@ -3,8 +3,8 @@
 
 #include "core/cmregistry.h"
 
+#include "core/base/dbglog.h"
 #include "core/changeevent.h"
-#include "core/tavo/dbglog.h"
 
 #include <algorithm>
 #include <memory>

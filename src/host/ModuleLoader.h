@@ -9,7 +9,7 @@
 #include <QStringList>
 #include <QVector>
 
-/// A module's entry point; see core/tavo/export.h.
+/// A module's entry point; see core/base/export.h.
 using WorkerCreate = void *(*)(const char *name, void *config);
 
 /// A module that a search found.

@@ -8,7 +8,7 @@
 #include "cli/doctor/SoundDevice.h"
 #include "cli/output/ValueText.h"
 
-#include <core/tavo/connect.h>
+#include <core/base/connect.h>
 
 #include <QTimer>
 

@@ -6,7 +6,7 @@
 #include "cli/ExitCode.h"
 
 #include <core/model/cmerror.h>
-#include <core/tavo/cmpath.h>
+#include <core/records/cmpath.h>
 
 #include <QString>
 

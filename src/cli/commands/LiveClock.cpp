@@ -5,7 +5,7 @@
 
 #include "cli/output/ValueText.h"
 
-#include <core/tavo/connect.h>
+#include <core/base/connect.h>
 
 LiveClock::LiveClock(Terminal &terminal)
     : m_terminal(terminal)

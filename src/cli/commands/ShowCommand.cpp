@@ -5,7 +5,7 @@
 
 #include "cli/Priority.h"
 
-#include <core/tavo/connect.h>
+#include <core/base/connect.h>
 
 ShowCommand::ShowCommand(const Options &options, TavoClient &client, Terminal &terminal)
     : Command(options, client, terminal)

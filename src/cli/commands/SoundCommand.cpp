@@ -3,12 +3,12 @@
 
 #include "cli/commands/SoundCommand.h"
 
+#include "cli/Priority.h"
 #include "cli/commands/SoundSource.h"
 #include "cli/output/ValueText.h"
-#include "cli/Priority.h"
 
-#include <core/tavo/connect.h>
-#include <core/tavo/uuid.h>
+#include <core/base/connect.h>
+#include <core/base/uuid.h>
 
 namespace {
 QString newId()

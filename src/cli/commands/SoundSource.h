@@ -6,7 +6,7 @@
 #include "cli/ExitCode.h"
 #include "cli/Options.h"
 
-#include <core/tavo/enumerations.h>
+#include <core/records/enumerations.h>
 
 #include <QByteArray>
 #include <QString>

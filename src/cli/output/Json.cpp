@@ -3,7 +3,7 @@
 
 #include "cli/output/Json.h"
 
-#include <core/tavo/cmpath.h>
+#include <core/records/cmpath.h>
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -3,8 +3,8 @@
 
 #include "cli/output/ValueText.h"
 
-#include <core/tavo/cmpath.h>
-#include <core/tavo/stream.h>
+#include <core/base/stream.h>
+#include <core/records/cmpath.h>
 
 #include <QLocale>
 #include <QStringList>

@@ -3,7 +3,7 @@
 
 #include "DbusConfiguration.h"
 
-#include <core/tavo/configuration.h>
+#include <core/base/configuration.h>
 
 namespace {
 constexpr int defaultTimeoutMs = 5000;

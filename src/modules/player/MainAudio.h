@@ -5,7 +5,7 @@
 
 #include "PlayerConfiguration.h"
 
-#include <core/tavo/player.h>
+#include <core/records/player.h>
 
 #include <QElapsedTimer>
 #include <QObject>

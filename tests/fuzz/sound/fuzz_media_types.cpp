@@ -7,7 +7,7 @@
 #include "fuzz/support/Fuzz.h"
 #include "fuzz/support/ValueReader.h"
 
-#include <core/tavo/stream.h>
+#include <core/base/stream.h>
 #include <playback/Location.h>
 #include <playback/PcmFormat.h>
 

@@ -9,7 +9,7 @@
 #include "fuzz/support/ValueReader.h"
 #include "support/EventLoop.h"
 
-#include <core/tavo/stream.h>
+#include <core/base/stream.h>
 #include <simpleplayer/DataSimplePlayer.h>
 #include <simpleplayer/SimplePlayerLimits.h>
 #include <simpleplayer/StreamSimplePlayer.h>

@@ -7,7 +7,7 @@
 #include "fuzz/support/Fuzz.h"
 #include "fuzz/support/MemoryFile.h"
 
-#include <core/tavo/stream.h>
+#include <core/base/stream.h>
 #include <playback/SoundFile.h>
 #include <simpleplayer/SimplePlayerLimits.h>
 

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
+#include "core/base/export.h"
 #include "core/model/cmrequest.h"
 #include "core/model/cmworker.h"
-#include "core/tavo/export.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>

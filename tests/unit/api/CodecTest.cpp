@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "core/tavo/codec.h"
+#include "core/records/codec.h"
 
-#include "core/tavo/enumerations.h"
-#include "core/tavo/stream.h"
+#include "core/base/stream.h"
+#include "core/records/enumerations.h"
 
 #include <cmath>
 #include <limits>

@@ -3,7 +3,7 @@
 
 #include "ConnectTest.h"
 
-#include "core/tavo/connect.h"
+#include "core/base/connect.h"
 
 #include "support/EventLoop.h"
 #include "support/EventThread.h"

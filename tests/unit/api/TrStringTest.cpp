@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "core/tavo/trstring.h"
+#include "core/base/trstring.h"
 
-#include "core/tavo/stream.h"
+#include "core/base/stream.h"
 
 #include <QCoreApplication>
 #include <QTranslator>

@@ -5,7 +5,7 @@
 
 #include "support/Text.h"
 
-#include <core/tavo/cmpath.h>
+#include <core/records/cmpath.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -3,14 +3,14 @@
 
 #pragma once
 
+#include "core/base/connect.h"
+#include "core/base/export.h"
 #include "core/model/changenotifier.h"
 #include "core/model/cmreply.h"
 #include "core/model/cmrequest.h"
 #include "core/model/cmworker.h"
-#include "core/tavo/cmpath.h"
-#include "core/tavo/connect.h"
-#include "core/tavo/export.h"
-#include "core/tavo/tavohash.h"
+#include "core/records/cmpath.h"
+#include "core/records/tavohash.h"
 
 #include <functional>
 

@@ -3,9 +3,9 @@
 
 #pragma once
 
-#include "core/tavo/cmpath.h"
-#include "core/tavo/export.h"
-#include "core/tavo/trstring.h"
+#include "core/base/export.h"
+#include "core/base/trstring.h"
+#include "core/records/cmpath.h"
 
 #include <vector>
 

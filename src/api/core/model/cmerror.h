@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "core/tavo/export.h"
-#include "core/tavo/trstring.h"
+#include "core/base/export.h"
+#include "core/base/trstring.h"
 
 #include <QVariantHash>
 

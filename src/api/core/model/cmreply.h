@@ -3,9 +3,9 @@
 
 #pragma once
 
+#include "core/base/connect.h"
+#include "core/base/export.h"
 #include "core/model/cmerror.h"
-#include "core/tavo/connect.h"
-#include "core/tavo/export.h"
 
 #include <atomic>
 #include <condition_variable>

@@ -3,9 +3,9 @@
 
 #pragma once
 
+#include "core/base/export.h"
 #include "core/model/cmreply.h"
-#include "core/tavo/cmpath.h"
-#include "core/tavo/export.h"
+#include "core/records/cmpath.h"
 
 /// What all requests carry. Goes away with the last copy of the request and of its answering
 /// replies; a requester still waiting then gets the error CMErrors::noAnswer().

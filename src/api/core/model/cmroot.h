@@ -3,8 +3,8 @@
 
 #pragma once
 
+#include "core/base/export.h"
 #include "core/model/cmabstractworker.h"
-#include "core/tavo/export.h"
 
 /// The root worker: reaches every node of the process, from any thread. Lives as long as the
 /// process.

@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "core/tavo/cmpath.h"
-#include "core/tavo/export.h"
+#include "core/base/export.h"
+#include "core/records/cmpath.h"
 
 #include <QStringList>
 

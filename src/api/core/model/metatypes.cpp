@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "core/model/cmrequest.h"
-#include "core/tavo/cmpath.h"
+#include "core/records/cmpath.h"
 
 namespace {
 /// Queued calls look argument types up by name; that must work from the first connection on.

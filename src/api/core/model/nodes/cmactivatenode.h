@@ -3,8 +3,8 @@
 
 #pragma once
 
+#include "core/base/connect.h"
 #include "core/model/nodes/cmuinode.h"
-#include "core/tavo/connect.h"
 
 #include <functional>
 

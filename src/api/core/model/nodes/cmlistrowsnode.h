@@ -4,7 +4,7 @@
 #pragma once
 
 #include "core/model/nodes/cmuinode.h"
-#include "core/tavo/rows.h"
+#include "core/records/rows.h"
 
 #include <QList>
 #include <QStringList>

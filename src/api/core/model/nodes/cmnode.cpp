@@ -3,9 +3,9 @@
 
 #include "core/model/nodes/cmnode.h"
 
+#include "core/base/dbglog.h"
 #include "core/cmregistry.h"
 #include "core/model/nodes/cmnodes.h"
-#include "core/tavo/dbglog.h"
 
 #include <array>
 

@@ -3,9 +3,9 @@
 
 #pragma once
 
+#include "core/base/export.h"
 #include "core/model/cmrequest.h"
-#include "core/tavo/cmpath.h"
-#include "core/tavo/export.h"
+#include "core/records/cmpath.h"
 
 #include <mutex>
 

@@ -3,8 +3,8 @@
 
 #include "core/model/nodes/cmnodesworker.h"
 
+#include "core/base/dbglog.h"
 #include "core/cmrouting.h"
-#include "core/tavo/dbglog.h"
 
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Model");

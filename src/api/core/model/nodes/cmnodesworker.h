@@ -3,9 +3,9 @@
 
 #pragma once
 
+#include "core/base/export.h"
 #include "core/model/cmabstractworker.h"
 #include "core/model/nodes/cmnodes.h"
-#include "core/tavo/export.h"
 
 #include <QVariantHash>
 

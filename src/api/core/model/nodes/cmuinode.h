@@ -3,8 +3,8 @@
 
 #pragma once
 
+#include "core/base/trstring.h"
 #include "core/model/nodes/cmnode.h"
-#include "core/tavo/trstring.h"
 
 /// A node that a user interface may show. Thread and owner: as CMNode.
 class TAVO_API_EXPORT CMUINode : public CMNode

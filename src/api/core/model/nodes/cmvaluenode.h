@@ -4,7 +4,7 @@
 #pragma once
 
 #include "core/model/nodes/cmuinode.h"
-#include "core/tavo/value.h"
+#include "core/records/value.h"
 
 class QMutex;
 

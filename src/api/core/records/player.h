@@ -3,10 +3,10 @@
 
 #pragma once
 
-#include "core/tavo/cmpath.h"
-#include "core/tavo/export.h"
-#include "core/tavo/tavohash.h"
-#include "core/tavo/tavolist.h"
+#include "core/base/export.h"
+#include "core/records/cmpath.h"
+#include "core/records/tavohash.h"
+#include "core/records/tavolist.h"
 
 /// Value: a TavoValue with audioDevice(), the output device chosen for notifications.
 TAVO_API_EXPORT CMPath TavoPlayerAlsaDeviceNotificationsPath();

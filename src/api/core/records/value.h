@@ -3,10 +3,10 @@
 
 #pragma once
 
-#include "core/tavo/notifications.h"
-#include "core/tavo/player.h"
-#include "core/tavo/powermanager.h"
-#include "core/tavo/rows.h"
+#include "core/records/notifications.h"
+#include "core/records/player.h"
+#include "core/records/powermanager.h"
+#include "core/records/rows.h"
 
 /// What nodes hold and requests carry: one field a kind of value.
 class TavoValue : public TavoHash

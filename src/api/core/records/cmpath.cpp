@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "core/tavo/cmpath.h"
+#include "core/records/cmpath.h"
 
-#include "core/tavo/stream.h"
+#include "core/base/stream.h"
 
 #include <algorithm>
 

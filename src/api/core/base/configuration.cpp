@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "core/tavo/configuration.h"
+#include "core/base/configuration.h"
 
-#include "core/tavo/codec.h"
-#include "core/tavo/stream.h"
+#include "core/base/stream.h"
+#include "core/records/codec.h"
 
 #include <algorithm>
 #include <cmath>

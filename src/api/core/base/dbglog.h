@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "core/tavo/export.h"
-#include "core/tavo/stream.h"
+#include "core/base/export.h"
+#include "core/base/stream.h"
 
 #include <string>
 

@@ -3,11 +3,11 @@
 
 #pragma once
 
-#include "core/tavo/cmpath.h"
-#include "core/tavo/enumerations.h"
-#include "core/tavo/export.h"
-#include "core/tavo/tavohash.h"
-#include "core/tavo/tavolist.h"
+#include "core/base/export.h"
+#include "core/records/cmpath.h"
+#include "core/records/enumerations.h"
+#include "core/records/tavohash.h"
+#include "core/records/tavolist.h"
 
 /// Request: makes a module known to the power manager. Value: a TavoPowerManagerModuleRegister.
 TAVO_API_EXPORT CMPath TavoPowerManagerModuleRegisterPath();

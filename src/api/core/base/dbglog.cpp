@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "core/tavo/dbglog.h"
+#include "core/base/dbglog.h"
 
 #include <cctype>
 

@@ -3,10 +3,10 @@
 
 #pragma once
 
-#include "core/tavo/cmpath.h"
-#include "core/tavo/enumerations.h"
-#include "core/tavo/export.h"
-#include "core/tavo/tavohash.h"
+#include "core/base/export.h"
+#include "core/records/cmpath.h"
+#include "core/records/enumerations.h"
+#include "core/records/tavohash.h"
 
 /// The notifications module's name, as other modules know it.
 TAVO_API_EXPORT QString TavoNotificationsName();

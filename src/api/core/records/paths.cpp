@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "core/tavo/notifications.h"
-#include "core/tavo/player.h"
-#include "core/tavo/powermanager.h"
+#include "core/records/notifications.h"
+#include "core/records/player.h"
+#include "core/records/powermanager.h"
 
 // Every path is made once: a request to it then costs a reference count, not a text.
 #define TAVO_PATH(function, text)                                                                  \

@@ -3,9 +3,9 @@
 
 #pragma once
 
-#include "core/tavo/enumerations.h"
-#include "core/tavo/tavohash.h"
-#include "core/tavo/tavolist.h"
+#include "core/records/enumerations.h"
+#include "core/records/tavohash.h"
+#include "core/records/tavolist.h"
 
 /// One row of a list, as a user interface shows it.
 class TavoRoles : public TavoHash

@@ -1,9 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "core/tavo/stream.h"
-
-#include "core/tavo/cmpath.h"
+#include "core/base/stream.h"
 
 #include <algorithm>
 #include <ostream>

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "core/tavo/export.h"
+#include "core/base/export.h"
 
 #include <QSet>
 #include <QString>

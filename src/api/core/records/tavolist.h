@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "core/tavo/codec.h"
+#include "core/records/codec.h"
 
 #include <algorithm>
 #include <initializer_list>
