@@ -381,7 +381,7 @@ void NotificationPlayer::playItemFromQueue()
 
 void NotificationPlayer::playItem(NotificationPlayerItem &item)
 {
-    // Copies: the item is gone from the queue, and the reference with it, once it has failed.
+    // Copies: an end that is reported from inside play() removes the item from the queue.
     const QString id = item.id;
     const CMPath responsePath = item.playbackResponsePath;
     TAVO_SCOPE(logger, TRACE, "Playing item: " << id);
@@ -405,8 +405,6 @@ void NotificationPlayer::playItem(NotificationPlayerItem &item)
     LOG4CPLUS_INFO(logger, "Starting playback: " << id);
     if (!item.player->play()) {
         LOG4CPLUS_ERROR(logger, "Failed to start playback: " << id);
-        // An end that is already on its way would be taken for that of a later item with the id.
-        item.player->disconnect(this);
         on_sound_failed(id, QStringLiteral("Failed to start playback: ") + id);
         return;
     }

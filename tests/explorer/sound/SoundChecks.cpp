@@ -32,10 +32,10 @@ char bytesOf(const SoundItem &item)
 }
 
 /// Of a stopping item nothing counts but how it ends; the order of such items is nobody's business.
-char bytesOfStopping(const SoundItem &item, bool active, bool late)
+char bytesOfStopping(const SoundItem &item, bool active)
 {
     return char((item.responds ? 1 : 0) | (item.started ? 2 : 0) | (item.sounding ? 4 : 0) |
-                (item.overtaken ? 8 : 0) | (active ? 16 : 0) | (late ? 32 : 0) |
+                (item.overtaken ? 8 : 0) | (active ? 16 : 0) |
                 (item.player == Player::Stopping ? 0 : 64));
 }
 } // namespace
@@ -57,39 +57,16 @@ std::string SoundSystem::state()
     // Names are nothing: an active item in the queue counts by its position, one that is stopping by
     // its mark below.
     bytes += char(std::min(active, int(ledger.queue().size())));
-    bytes += bytesOfLateEnd();
     bytes += char(ledger.queue().size());
     for (const SoundItem &item : ledger.queue()) {
         bytes += bytesOf(item);
     }
     std::string stopping;
     for (const SoundItem &item : ledger.stopping()) {
-        stopping += bytesOfStopping(item, item.id == members.activeId,
-                                    m_device.hasLateEnd() && item.id == m_device.lateId());
+        stopping += bytesOfStopping(item, item.id == members.activeId);
     }
     std::sort(stopping.begin(), stopping.end());
     return bytes + stopping;
-}
-
-/// Where in the queue the item stands whose name is still to be heard of.
-char SoundSystem::bytesOfLateEnd() const
-{
-    enum { None, NameIsFree, NameIsStopping, InQueue };
-    if (!m_device.hasLateEnd()) {
-        return None;
-    }
-    char position = InQueue;
-    for (const SoundItem &item : m_facts.ledger.queue()) {
-        if (item.id == m_device.lateId()) {
-            return position;
-        }
-        ++position;
-    }
-    const auto &stopping = m_facts.ledger.stopping();
-    return std::any_of(stopping.begin(), stopping.end(),
-                       [this](const SoundItem &item) { return item.id == m_device.lateId(); })
-               ? NameIsStopping
-               : NameIsFree;
 }
 
 void SoundSystem::check()

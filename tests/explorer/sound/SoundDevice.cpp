@@ -7,8 +7,6 @@
 
 #include <algorithm>
 
-#include <QEvent>
-
 namespace {
 using Player = SoundItem::Player;
 using Response = TavoNotificationPlayerResponseType;
@@ -19,58 +17,23 @@ ScriptedPlayers &players()
 }
 } // namespace
 
-SoundDevice::SoundDevice(SoundJudge *judge, SoundFacts *facts, bool mayBeLate)
+SoundDevice::SoundDevice(SoundJudge *judge, SoundFacts *facts)
     : m_judge(judge)
     , m_facts(facts)
-    , m_mayBeLate(mayBeLate)
 {
 }
 
 void SoundDevice::clear()
 {
     m_closing = false;
-    m_late = Late();
     players().reset();
     players().onCall = [this](const QString &call, const QString &name) { on_call(call, name); };
 }
 
-int SoundDevice::alive() const
+int SoundDevice::alive()
 {
-    return int(std::count_if(
-        players().all().begin(), players().all().end(),
-        [this](const ScriptedPlayer *player) { return player->isAlive() && !isReleased(player); }));
-}
-
-bool SoundDevice::isReleased(const ScriptedPlayer *player) const
-{
-    return player == m_late.script && m_late.released;
-}
-
-void SoundDevice::keepForLateEnd(int id)
-{
-    ScriptedPlayer *script = players().find(QString(QChar('a' + id)));
-    m_late = {id, script->player, script, false};
-    script->player->installEventFilter(this);
-}
-
-bool SoundDevice::eventFilter(QObject * /*player*/, QEvent *event)
-{
-    const bool deletes = event->type() == QEvent::DeferredDelete;
-    m_late.released = m_late.released || deletes;
-    return deletes;
-}
-
-void SoundDevice::reportLate(End end)
-{
-    m_judge->tell("the end of the player of " + soundName(m_late.id) +
-                  " comes that was on its way when it failed to play");
-    if (end == End::Ended) {
-        m_late.script->reportEnded();
-    } else {
-        m_late.script->reportError(QStringLiteral("broken"));
-    }
-    delete m_late.player;
-    m_late = Late();
+    return int(std::count_if(players().all().begin(), players().all().end(),
+                             [](const ScriptedPlayer *player) { return player->isAlive(); }));
 }
 
 void SoundDevice::on_call(const QString &call, const QString &name)
@@ -83,9 +46,7 @@ void SoundDevice::on_call(const QString &call, const QString &name)
     }
     SoundItem *item = m_facts->ledger.find(name.at(0).unicode() - 'a');
     if (call == QLatin1String("destroy")) {
-        if (!hasLateEnd() || m_late.script->player != nullptr) {
-            destroy(item);
-        }
+        destroy(item);
     } else if (item == nullptr) {
         m_judge->broken("a player is used only while its item lives",
                         (name + QLatin1Char(' ') + call).toStdString());
@@ -135,15 +96,9 @@ bool SoundDevice::play(SoundItem *item)
 {
     checkPlay(*item);
     m_facts->taken = true;
-    // A new player has no end on its way; and one that is late at a time says it all.
-    enum { Succeeds, Fails, HasEnded };
-    const bool mayHaveEnded = m_mayBeLate && item->player == Player::Paused && !hasLateEnd();
-    const int decision = m_judge->decide(mayHaveEnded ? 3 : 2);
-    if (decision != Succeeds) {
+    enum { Succeeds, Fails };
+    if (m_judge->decide(2) != Succeeds) {
         m_judge->tell(soundName(item->id) + " fails to play");
-        if (decision == HasEnded) {
-            keepForLateEnd(item->id);
-        }
         m_facts->end(item->id, Response::Failed);
         m_facts->lookIfDry();
         return false;

@@ -72,10 +72,6 @@ void SoundSystem::tryWhatChangesNothing()
 
 bool SoundSystem::windUpStep()
 {
-    if (m_device.hasLateEnd()) {
-        reportLateEnd(SoundDevice::End::Ended);
-        return true;
-    }
     if (m_facts.outstanding != SoundFacts::Request::None) {
         answer(true);
         return true;

@@ -18,8 +18,6 @@ constexpr Action succeed = 20;
 constexpr Action refuse = 21;
 constexpr Action revokeBase = 22;
 constexpr Action idle = 24;
-constexpr Action lateEnd = 25;
-constexpr Action lateError = 26;
 constexpr Action endBase = 30; // three ends an item
 constexpr int kinds = 3;
 constexpr int ends = 3;
@@ -31,7 +29,7 @@ SoundSystem::SoundSystem(const std::string &module, const SoundBounds &bounds)
     : m_bounds(bounds)
     , m_host(module, [this](const char *words) { lastWords(words); })
     , m_services(this, &m_facts)
-    , m_device(this, &m_facts, bounds.late > 0)
+    , m_device(this, &m_facts)
 {
 }
 
@@ -66,12 +64,7 @@ std::vector<Action> SoundSystem::actions()
     for (const SoundItem &item : m_facts.ledger.queue()) {
         actions.push_back(Action(cancelBase + item.id));
     }
-    // An end that is on its way stands ahead of the answers to later requests, and of the timer.
-    const bool hasLateEnd = m_device.hasLateEnd();
-    if (hasLateEnd) {
-        actions.push_back(lateEnd);
-        actions.push_back(lateError);
-    } else if (m_facts.outstanding != SoundFacts::Request::None) {
+    if (m_facts.outstanding != SoundFacts::Request::None) {
         actions.push_back(succeed);
         actions.push_back(refuse);
     }
@@ -79,7 +72,7 @@ std::vector<Action> SoundSystem::actions()
     for (int type = 0; type < revokeTypes; ++type) {
         actions.push_back(Action(revokeBase + type));
     }
-    if (SoundMembers::of(*m_worker).timerRuns && !hasLateEnd) {
+    if (SoundMembers::of(*m_worker).timerRuns) {
         actions.push_back(idle);
     }
     return actions;
@@ -124,8 +117,6 @@ void SoundSystem::act(Action action)
 {
     if (action >= endBase) {
         reportEnd((action - endBase) / ends, SoundDevice::End((action - endBase) % ends));
-    } else if (action == lateEnd || action == lateError) {
-        reportLateEnd(action == lateEnd ? SoundDevice::End::Ended : SoundDevice::End::Error);
     } else if (action == idle) {
         letIdleTimePass();
     } else if (action >= revokeBase) {
@@ -142,10 +133,6 @@ void SoundSystem::act(Action action)
 
 int SoundSystem::freeId()
 {
-    // A name that is still to be heard of is the one that can be mistaken.
-    if (m_device.hasLateEnd() && m_facts.ledger.find(m_device.lateId()) == nullptr) {
-        return m_device.lateId();
-    }
     int id = 0;
     while (m_facts.ledger.find(id) != nullptr) {
         ++id;
@@ -241,12 +228,5 @@ void SoundSystem::reportEnd(int id, SoundDevice::End end)
 {
     begin("the device is heard of");
     m_device.report(id, end);
-    ModuleHost::settle();
-}
-
-void SoundSystem::reportLateEnd(SoundDevice::End end)
-{
-    begin("the device is heard of");
-    m_device.reportLate(end);
     ModuleHost::settle();
 }

@@ -17,7 +17,6 @@ struct SoundBounds
     int priorities = 3;
     int invalid = 4;    ///< of them, of a type that nothing plays
     int unanswered = 0; ///< of them, without a response path
-    int late = 1;       ///< players whose end was on its way when they were to go on
 };
 
 /// The module's sound side among requesters, services and players that do all that they may do.
@@ -45,7 +44,6 @@ private:
     void revoke(int type);
     void letIdleTimePass();
     void reportEnd(int id, SoundDevice::End end);
-    void reportLateEnd(SoundDevice::End end);
 
     void addEnqueues(std::vector<Action> *actions) const;
     void addEnds(std::vector<Action> *actions) const;
@@ -60,7 +58,6 @@ private:
     void checkIsPlaying();
     void checkWaking();
     void checkRest();
-    char bytesOfLateEnd() const;
     bool somethingGoesOn(const SoundMembers &members) const;
 
     // What changes nothing, and what leads to the end.

@@ -15,7 +15,6 @@ int main(int argc, char **argv)
         {"alive", 3, 1, 6, "items that are queued or stopping at once"},
         {"priorities", 3, 1, 3, "priorities that they have"},
         {"invalid", 6, 0, 6, "of them at most, of a type that nothing plays"},
-        {"late", 1, 0, 1, "players at most whose end is on its way when they are to go on"},
         {"unanswered", 0, 0, 6, "of them at most, without a response path"},
     };
     program.makeSystem = [](const exploration::Options &options) {
@@ -23,7 +22,6 @@ int main(int argc, char **argv)
         bounds.alive = options.numbers.at("alive");
         bounds.priorities = options.numbers.at("priorities");
         bounds.invalid = options.numbers.at("invalid");
-        bounds.late = options.numbers.at("late");
         bounds.unanswered = options.numbers.at("unanswered");
         return std::make_unique<SoundSystem>(options.module, bounds);
     };

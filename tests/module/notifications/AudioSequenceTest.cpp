@@ -153,6 +153,29 @@ TEST_F(AudioSequenceTest, CancelsEverythingWhenTheResourceIsRefused)
     EXPECT_EQ(journal().mid(3), (QStringList{"b cancelled"_s, "a cancelled"_s}));
 }
 
+TEST_F(AudioSequenceTest, SaysThatTheResourceIsRefusedBeforeItCancels)
+{
+    setResources(ScriptedService::keep());
+    enqueue("a"_s, 2);
+    enqueue("b"_s, 1);
+    services().requests(resources()).back().reply().setError(CMError("Test"_s, "in standby"));
+    beginStory();
+    QCoreApplication::sendPostedEvents();
+    EXPECT_THAT(story(),
+                testing::ElementsAre(
+                    "TRACE Enter handleRequestResourcesFinished: ",
+                    "ERROR Failed to request resources, canceling notifications: in standby",
+                    "INFO Enter cancelAll: ", "DEBUG Enter cancel: Cancel notification: b",
+                    "TRACE Enter sendStopResponse: item: b",
+                    "DEBUG Sending response to /test/response res: {id: \"b\", type: 3}",
+                    "to /test/response", "TRACE Leave sendStopResponse: ", "DEBUG Leave cancel: ",
+                    "DEBUG Enter cancel: Cancel notification: a",
+                    "TRACE Enter sendStopResponse: item: a",
+                    "DEBUG Sending response to /test/response res: {id: \"a\", type: 3}",
+                    "to /test/response", "TRACE Leave sendStopResponse: ", "DEBUG Leave cancel: ",
+                    "INFO Leave cancelAll: ", "TRACE Leave handleRequestResourcesFinished: "));
+}
+
 TEST_F(AudioSequenceTest, StaysDuckedWithoutATimerAfterARefusal)
 {
     setResources(ScriptedService::refuse("in standby"_s));

@@ -18,18 +18,6 @@ class CompletionTest : public NotificationsTest
 protected:
     CompletionTest() { load(); }
 
-    /// What the log says of the end, in order.
-    std::vector<std::string> linesOfTheEnd() const
-    {
-        std::vector<std::string> lines;
-        for (const auto &record : const_cast<CompletionTest *>(this)->log().records()) {
-            if (record.message.rfind("Enter ", 0) != 0 && record.message.rfind("Leave ", 0) != 0) {
-                lines.push_back(record.message);
-            }
-        }
-        return lines;
-    }
-
     /// Lets a wait, paused, behind b, which plays.
     void pauseABehindB(Type::Enum typeOfA = Type::Uri)
     {
@@ -71,9 +59,12 @@ TEST_F(CompletionTest, ReportsAnErrorAsFailed)
 
 TEST_F(CompletionTest, ReportsAnErrorWithoutAReasonAsFinished)
 {
-    play("a"_s)->reportError(QString());
-    settle();
-    EXPECT_EQ(journalOf("a"_s).at(3), "finished"_s);
+    for (const QString &reason : {QString(), QString("")}) {
+        play("a"_s)->reportError(reason);
+        settle();
+        EXPECT_EQ(journal().takeLast(), "a destroy"_s);
+        EXPECT_EQ(journal().takeLast(), "a finished"_s);
+    }
 }
 
 TEST_F(CompletionTest, SendsTheResponseOfTheContract)
@@ -96,19 +87,61 @@ TEST_F(CompletionTest, LogsWhatItSendsAndWhere)
         logged(DEBUG_LOG_LEVEL, "Sending response to /test/response res: {id: \"a\", type: 2}"), 1);
 }
 
-TEST_F(CompletionTest, LogsTheEndOfWhatPlayed)
+TEST_F(CompletionTest, LogsTheEndOfWhatPlayedAroundTheResponse)
 {
     play("a"_s);
-    log().clear();
+    beginStory();
     scripted("a"_s)->reportEnded();
-    EXPECT_THAT(linesOfTheEnd(),
-                testing::ElementsAre("Active playback finished",
-                                     "Removed notification item from queue: a",
-                                     "Sending response to /test/response res: {id: \"a\", type: 2}",
-                                     "Active notification stopped"));
-    EXPECT_EQ(logged(DEBUG_LOG_LEVEL, "Active playback finished"), 1);
-    EXPECT_EQ(logged(DEBUG_LOG_LEVEL, "Removed notification item from queue: a"), 1);
-    EXPECT_EQ(logged(TRACE_LOG_LEVEL, "Active notification stopped"), 1);
+    EXPECT_THAT(story(), testing::ElementsAre(
+                             "DEBUG Enter on_sound_finished: id: a",
+                             "DEBUG Enter soundFinished: id: a, canceled: 0, error: ",
+                             "DEBUG Active playback finished",
+                             "DEBUG Removed notification item from queue: a",
+                             "TRACE Enter sendStopResponse: item: a",
+                             "DEBUG Sending response to /test/response res: {id: \"a\", type: 2}",
+                             "to /test/response",
+                             "TRACE Leave sendStopResponse: ", "TRACE Active notification stopped",
+                             "TRACE Enter continuePlayAudio: queue size: 0",
+                             "DEBUG Leave continuePlayAudio: No next item to play",
+                             "DEBUG Leave soundFinished: ", "DEBUG Leave on_sound_finished: "));
+}
+
+TEST_F(CompletionTest, ListsTheQueueBetweenTheEndOfAPausedItemAndTheNextStep)
+{
+    pauseABehindB();
+    beginStory();
+    scripted("a"_s)->reportStopped();
+    EXPECT_THAT(story(), testing::ElementsAre(
+                             "DEBUG Enter on_sound_stopped: id: a",
+                             "DEBUG Enter soundFinished: id: a, canceled: 1, error: ",
+                             "DEBUG Removed notification item from queue: a",
+                             "TRACE Enter sendStopResponse: item: a",
+                             "DEBUG Sending response to /test/response res: {id: \"a\", type: 3}",
+                             "to /test/response",
+                             "TRACE Leave sendStopResponse: ", "DEBUG Not a first item finished 1",
+                             "TRACE Enter dumpQueue: dump after not first item finished",
+                             "TRACE dump --  b type Uri prio High", "TRACE Leave dumpQueue: ",
+                             "TRACE Enter continuePlayAudio: queue size: 1",
+                             "TRACE Leave continuePlayAudio: Playback active: b",
+                             "DEBUG Leave soundFinished: ", "DEBUG Leave on_sound_stopped: "));
+}
+
+TEST_F(CompletionTest, LogsTheEndOfAPausedFakeBeforeTheNextStep)
+{
+    pauseABehindB(Type::Fake);
+    beginStory();
+    scripted("a"_s)->reportError("broken"_s);
+    EXPECT_THAT(story(), testing::ElementsAre(
+                             "TRACE Enter on_sound_failed: id: a, reason: broken",
+                             "DEBUG Enter soundFinished: id: a, canceled: 0, error: broken",
+                             "DEBUG Removed notification item from queue: a",
+                             "TRACE Enter sendStopResponse: item: a",
+                             "DEBUG Sending response to /test/response res: {id: \"a\", type: 4}",
+                             "to /test/response", "TRACE Leave sendStopResponse: ",
+                             "TRACE Disabled fake notification on position 1",
+                             "TRACE Enter continuePlayAudio: queue size: 1",
+                             "TRACE Leave continuePlayAudio: Playback active: b",
+                             "DEBUG Leave soundFinished: ", "TRACE Leave on_sound_failed: "));
 }
 
 TEST_F(CompletionTest, LogsTheEndOfAFakeThatPlayed)
@@ -158,6 +191,19 @@ TEST_F(CompletionTest, IgnoresASecondEndOfOnePlayer)
     settle();
     EXPECT_EQ(logged(ERROR_LOG_LEVEL, "Id of stopped sound does not exists, ignoring. a"), 1);
     EXPECT_EQ(journal().count("a finished"_s), 1);
+}
+
+TEST_F(CompletionTest, SendsTheResponseBeforeItReleasesThePlayer)
+{
+    ScriptedPlayer *player = play("a"_s);
+    bool isReleased = true;
+    services().setDirectScript(responsePath(), [&](const CMSetDataRequest &request) {
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        isReleased = !player->isAlive();
+        request.reply().setValue(QVariant());
+    });
+    player->reportEnded();
+    EXPECT_FALSE(isReleased);
 }
 
 TEST_F(CompletionTest, ReleasesThePlayerLater)

@@ -5,10 +5,11 @@
 
 #include "support/PostedEvents.h"
 
-#include <algorithm>
-#include <regex>
-
 #include <QLibrary>
+
+#include <algorithm>
+#include <dlfcn.h>
+#include <regex>
 
 namespace {
 using WorkerCreate = void *(*)(const char *, void *);
@@ -22,7 +23,65 @@ WorkerCreate entryPoint()
     }
     return create;
 }
+
+/// Passes every request on to the model's root and tells the test which ones there are.
+class ObservedRoot : public CMAbstractWorker
+{
+public:
+    explicit ObservedRoot(CMAbstractWorker *root)
+        : m_root(root)
+    {
+    }
+
+    std::function<void(const CMPath &)> onSetData;
+
+    void ping(const CMSetDataRequest &request) override { m_root->ping(request); }
+    void trace() override { m_root->trace(); }
+    void getDataRequest(const CMGetDataRequest &request) override
+    {
+        m_root->getDataRequest(request);
+    }
+    void getRowsRequest(const CMGetRowsRequest &request) override
+    {
+        m_root->getRowsRequest(request);
+    }
+    void matchRowRequest(const CMMatchRowRequest &request) override
+    {
+        m_root->matchRowRequest(request);
+    }
+    void setDataRequest(const CMSetDataRequest &request) override
+    {
+        if (onSetData) {
+            onSetData(request.path());
+        }
+        m_root->setDataRequest(request);
+    }
+
+private:
+    CMAbstractWorker *m_root;
+};
+
+ObservedRoot *observedRoot()
+{
+    static auto *root = new ObservedRoot(
+        reinterpret_cast<CMAbstractWorker *(*)()>(dlsym(RTLD_NEXT, "_Z6CMRootv"))());
+    return root;
+}
+
+/// The message with only the function's name of an entry or exit line's signature.
+std::string shortened(const std::string &message)
+{
+    // What stands between the name and the text is the signature's end.
+    static const std::regex signature("^(Enter|Leave) .*?::(\\w+)\\([^)]*\\)(?: const)?: ");
+    return std::regex_replace(message, signature, "$1 $2: ");
+}
 } // namespace
+
+// The program's own definition comes before the library's, for the module too.
+CMAbstractWorker *CMRoot()
+{
+    return observedRoot();
+}
 
 NotificationsTest::NotificationsTest()
     : m_log("Notifications", log4cplus::TRACE_LOG_LEVEL)
@@ -31,6 +90,11 @@ NotificationsTest::NotificationsTest()
     ScriptedPlayers::instance().reset();
     ScriptedPlayers::instance().onCall = [this](const QString &call, const QString &id) {
         m_journal.append(id + QLatin1Char(' ') + call);
+        note(m_journal.last().toStdString());
+    };
+    observedRoot()->onSetData = [this](const CMPath &path) {
+        m_requestedPaths.append(path);
+        note("to " + path.toString().toStdString());
     };
     m_services.take(TavoPowerManagerModuleRegisterPath(), [this](const CMSetDataRequest &request) {
         m_journal.append("register"_s);
@@ -51,6 +115,7 @@ NotificationsTest::~NotificationsTest()
 {
     // What a test has put here may refer to variables that have gone with the test's body.
     ScriptedPlayers::instance().onCall = nullptr;
+    observedRoot()->onSetData = nullptr;
     unload();
     ScriptedPlayers::instance().reset();
 }
@@ -204,31 +269,56 @@ int NotificationsTest::logged(log4cplus::LogLevel level, const std::string &mess
     }));
 }
 
-int NotificationsTest::traced(log4cplus::LogLevel level, const std::string &start,
-                              const std::string &function, const std::string &text) const
+int NotificationsTest::traced(log4cplus::LogLevel level, const std::string &line) const
 {
     const auto records = m_log.records();
-    // What stands between the name and the text is the signature's end.
-    const std::regex line(start + ".*::" + function + "\\([^)]*\\)(?: const)?: ");
     return int(std::count_if(records.begin(), records.end(), [&](const auto &record) {
-        std::smatch match;
-        return record.level == level &&
-               std::regex_search(record.message, match, line,
-                                 std::regex_constants::match_continuous) &&
-               match.suffix() == text;
+        return record.level == level && shortened(record.message) == line;
     }));
 }
 
 int NotificationsTest::entered(log4cplus::LogLevel level, const std::string &function,
                                const std::string &text) const
 {
-    return traced(level, "Enter ", function, text);
+    return traced(level, "Enter " + function + ": " + text);
 }
 
 int NotificationsTest::left(log4cplus::LogLevel level, const std::string &function,
                             const std::string &text) const
 {
-    return traced(level, "Leave ", function, text);
+    return traced(level, "Leave " + function + ": " + text);
+}
+
+void NotificationsTest::beginStory()
+{
+    m_log.clear();
+    m_notes.clear();
+    m_tellsStory = true;
+}
+
+void NotificationsTest::note(const std::string &line)
+{
+    if (m_tellsStory) {
+        m_notes.push_back({m_log.records().size(), line});
+    }
+}
+
+std::vector<std::string> NotificationsTest::story() const
+{
+    std::vector<std::string> lines;
+    const auto &levels = log4cplus::getLogLevelManager();
+    const auto records = m_log.records();
+    auto note = m_notes.begin();
+    for (std::size_t i = 0; i <= records.size(); ++i) {
+        for (; note != m_notes.end() && note->after == i; ++note) {
+            lines.push_back(note->line);
+        }
+        if (i < records.size()) {
+            lines.push_back(levels.toString(records[i].level) + ' ' +
+                            shortened(records[i].message));
+        }
+    }
+    return lines;
 }
 
 void NotificationsTest::on_response(const CMSetDataRequest &request)

@@ -92,6 +92,19 @@ protected:
                 const std::string &text) const;
     int left(log4cplus::LogLevel level, const std::string &function, const std::string &text) const;
 
+    /// The paths of all requests so far, whoever sent them and whether or not a node is there.
+    const QVector<CMPath> &requestedPaths() const { return m_requestedPaths; }
+
+    /// Empties the log and starts a story.
+    void beginStory();
+    /// What has happened since, line by line in its order:
+    ///   log records  "DEBUG Enter soundFinished: id: a", with a signature's function name only
+    ///   players      "a play", as in the journal
+    ///   requests     "to /test/response", at the time of sending
+    ///   notes        as given to note()
+    std::vector<std::string> story() const;
+    void note(const std::string &line);
+
     static CMPath responsePath() { return CMPath("/test/response"_s); }
     static QString message(const CMReply<QVariant> &reply)
     {
@@ -99,13 +112,22 @@ protected:
     }
 
 private:
-    int traced(log4cplus::LogLevel level, const std::string &start, const std::string &function,
-               const std::string &text) const;
+    int traced(log4cplus::LogLevel level, const std::string &line) const;
     void on_response(const CMSetDataRequest &request);
+
+    /// A line of the story that isn't a log record, and how many of those came before it.
+    struct Note
+    {
+        std::size_t after;
+        std::string line;
+    };
 
     LogCapture m_log;
     ScriptedService m_services;
     QStringList m_journal;
+    QVector<CMPath> m_requestedPaths;
+    bool m_tellsStory = false;
+    std::vector<Note> m_notes;
     QHash<CMPath, std::size_t> m_answered;
     std::unique_ptr<CMWorker> m_worker;
 };

@@ -115,16 +115,44 @@ TEST_F(PlayerConstructionTest, RegistersWithOneNodeForBothMessages)
     EXPECT_EQ(record.postRevokeResourcesPath(), revokePath());
 }
 
-TEST_F(PlayerConstructionTest, ReadsTheDeviceBeforeItRegisters)
+TEST_F(PlayerConstructionTest, ReadsTheDeviceOnceNothingPlaysAndBeforeTheRevokeNodeAndRegistering)
 {
-    bool readBefore = false;
-    services().setDirectScript(
-        TavoPowerManagerModuleRegisterPath(), [this, &readBefore](const CMSetDataRequest &request) {
-            readBefore = logged(DEBUG_LOG_LEVEL, "Output device name: testdevice") == 1;
-            request.reply().setValue(QVariant());
-        });
+    class DeviceNode : public CMUINode
+    {
+    public:
+        DeviceNode(CMNodes *nodes, std::function<void()> onRead)
+            : CMUINode(nodes, TavoPlayerAlsaDeviceNotificationsPath())
+            , m_onRead(std::move(onRead))
+        {
+            publish();
+        }
+
+        void getData(const CMGetDataRequest &request) override
+        {
+            m_onRead();
+            request.reply().setValue(device("late"_s).__variant());
+        }
+
+    private:
+        std::function<void()> m_onRead;
+    };
+    services().withdraw(TavoPlayerAlsaDeviceNotificationsPath());
+    CMNodes nodes;
+    int reads = 0;
+    new DeviceNode(&nodes, [&] {
+        ++reads;
+        EXPECT_EQ(CMRoot()->getValue(TavoNotificationPlayerIsPlayingPath()),
+                  TavoValue().setBool_(false).__variant());
+        EXPECT_EQ(log().find("Output device name: ").size(), 0U);
+        EXPECT_FALSE(requestedPaths().contains(TavoPowerManagerModuleRegisterPath()));
+        const CMReply<QVariant> reply;
+        CMRoot()->invoke(revokePath(), QVariant(), reply);
+        EXPECT_EQ(reply.error().name(), CMErrors::noSuchNode());
+    });
     load();
-    EXPECT_TRUE(readBefore);
+    EXPECT_EQ(reads, 1);
+    EXPECT_EQ(logged(DEBUG_LOG_LEVEL, "Output device name: late"), 1);
+    EXPECT_EQ(services().count(TavoPowerManagerModuleRegisterPath()), 1);
 }
 
 TEST_F(PlayerConstructionTest, PublishesTheRevokeNodeBeforeItRegisters)

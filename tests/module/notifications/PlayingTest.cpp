@@ -92,12 +92,103 @@ TEST_F(PlayingTest, SetsTheLoopFlagAndTheUsageBeforeItPlays)
     EXPECT_EQ(scripted("b"_s)->usage, 1);
 }
 
-TEST_F(PlayingTest, LogsTheStart)
+class PlayingStoryTest : public PlayingTest
 {
-    play("a"_s);
-    EXPECT_EQ(entered(TRACE_LOG_LEVEL, "playItem", "Playing item: a"), 1);
-    EXPECT_EQ(logged(INFO_LOG_LEVEL, "Starting playback: a"), 1);
-    EXPECT_EQ(left(DEBUG_LOG_LEVEL, "playItem", ""), 1);
+protected:
+    /// The story from the grant of the resource to where the item has been dealt with.
+    std::vector<std::string> storyOf(Type::Enum type)
+    {
+        setResources(ScriptedService::keep());
+        enqueue(item("a"_s).setType(type));
+        beginStory();
+        services().requests(TavoPowerManagerResourceRequestPath()).back().reply().setValue({});
+        QCoreApplication::sendPostedEvents(); // the reply alone
+        return story();
+    }
+};
+
+TEST_F(PlayingStoryTest, SaysWhatItDoesBeforeItDoesIt)
+{
+    EXPECT_THAT(storyOf(Type::Data),
+                testing::ElementsAre(
+                    "TRACE Enter handleRequestResourcesFinished: ",
+                    "TRACE Enter playItemFromQueue: ", "TRACE Enter playItem: Playing item: a",
+                    "DEBUG Constructing data player", "a construct", "INFO Starting playback: a",
+                    "a play", "to /test/response",
+                    "DEBUG Leave playItem: ", "TRACE Leave playItemFromQueue: ",
+                    "TRACE Leave handleRequestResourcesFinished: "));
+}
+
+TEST_F(PlayingStoryTest, SaysThatItConstructsAStreamPlayerBeforeItDoesIt)
+{
+    const auto lines = storyOf(Type::Stream);
+    ASSERT_EQ(lines.size(), 11U);
+    EXPECT_EQ(lines[3], "DEBUG Constructing stream player");
+    EXPECT_EQ(lines[4], "a construct");
+}
+
+TEST_F(PlayingStoryTest, SaysNothingOfTheConstructionOfOtherPlayers)
+{
+    for (const Type::Enum type : {Type::Uri, Type::Fake}) {
+        const auto lines = storyOf(type);
+        EXPECT_EQ(lines.at(2), "TRACE Enter playItem: Playing item: a");
+        EXPECT_EQ(lines.at(3), "a construct");
+        unload();
+        load();
+    }
+}
+
+TEST_F(PlayingStoryTest, SaysThatAPlayerFailedToStartBeforeItHandlesTheFailure)
+{
+    ScriptedPlayers::instance().failPlay("a"_s);
+    EXPECT_THAT(
+        storyOf(Type::Uri),
+        testing::ElementsAre(
+            "TRACE Enter handleRequestResourcesFinished: ", "TRACE Enter playItemFromQueue: ",
+            "TRACE Enter playItem: Playing item: a", "a construct", "INFO Starting playback: a",
+            "a play", "ERROR Failed to start playback: a",
+            "TRACE Enter on_sound_failed: id: a, reason: Failed to start playback: a",
+            "DEBUG Enter soundFinished: id: a, canceled: 0, error: Failed to start "
+            "playback: a",
+            "DEBUG Active playback finished", "DEBUG Removed notification item from queue: a",
+            "TRACE Enter sendStopResponse: item: a",
+            "DEBUG Sending response to /test/response res: {id: \"a\", type: 4}",
+            "to /test/response", "TRACE Leave sendStopResponse: ",
+            "TRACE Active notification stopped", "TRACE Enter continuePlayAudio: queue size: 0",
+            "DEBUG Leave continuePlayAudio: No next item to play", "DEBUG Leave soundFinished: ",
+            "TRACE Leave on_sound_failed: ", "TRACE Leave playItem: ",
+            "TRACE Leave playItemFromQueue: ", "TRACE Leave handleRequestResourcesFinished: "));
+}
+
+TEST_F(PlayingStoryTest, HasAnItemOfAnInvalidTypeForTheActiveOneWhenItFails)
+{
+    EXPECT_THAT(
+        storyOf(Type::Enum(7)),
+        testing::ElementsAre(
+            "TRACE Enter handleRequestResourcesFinished: ", "TRACE Enter playItemFromQueue: ",
+            "TRACE Enter playItem: Playing item: a", "ERROR Invalid item type: 7",
+            "TRACE Enter on_sound_failed: id: a, reason: Invalid item type: 7",
+            "DEBUG Enter soundFinished: id: a, canceled: 0, error: Invalid item type: 7",
+            "DEBUG Active playback finished", "DEBUG Removed notification item from queue: a",
+            "TRACE Enter sendStopResponse: item: a",
+            "DEBUG Sending response to /test/response res: {id: \"a\", type: 4}",
+            "to /test/response", "TRACE Leave sendStopResponse: ",
+            "TRACE Active notification stopped", "TRACE Enter continuePlayAudio: queue size: 0",
+            "DEBUG Leave continuePlayAudio: No next item to play", "DEBUG Leave soundFinished: ",
+            "TRACE Leave on_sound_failed: ", "TRACE Leave playItem: ",
+            "TRACE Leave playItemFromQueue: ", "TRACE Leave handleRequestResourcesFinished: "));
+}
+
+TEST_F(PlayingTest, SaysThatSomethingPlaysWhenAnInvalidItemFails)
+{
+    bool saidSo = false;
+    services().setDirectScript(responsePath(), [&](const CMSetDataRequest &request) {
+        saidSo = isPlaying();
+        request.reply().setValue(QVariant());
+    });
+    enqueue(item("a"_s).setType(Type::Enum(7)));
+    EXPECT_TRUE(saidSo);
+    EXPECT_FALSE(isPlaying());
 }
 
 TEST_F(PlayingTest, ReportsTheStartOnceItPlays)
@@ -110,13 +201,39 @@ TEST_F(PlayingTest, ReportsTheStartOnceItPlays)
     EXPECT_EQ(int(response.type()), 1);
 }
 
-TEST_F(PlayingTest, ReportsNothingWithoutAResponsePath)
+TEST_F(PlayingTest, SendsNothingOnAnyPathForItemsWithoutAResponsePath)
 {
-    enqueue(item("a"_s).setPlaybackResponsePath(CMPath()));
-    scripted("a"_s)->reportEnded();
-    settle();
-    EXPECT_EQ(journalOf("a"_s), (QStringList{"construct"_s, "play"_s, "destroy"_s}));
-    EXPECT_EQ(services().count(responsePath()), 0);
+    const auto enqueueSilently = [this](const QString &id, int priority, Type::Enum type) {
+        enqueue(item(id, priority).setType(type).setPlaybackResponsePath(CMPath()));
+    };
+    enqueueSilently("finished"_s, 1, Type::Uri);
+    enqueueSilently("cancelled while waiting"_s, 1, Type::Uri);
+    enqueueSilently("invalid"_s, 2, Type::Enum(9));
+    enqueueSilently("failing"_s, 3, Type::Uri);
+    cancel("cancelled while waiting"_s);
+    enqueueSilently("stopped"_s, 2, Type::Stream);
+    enqueueSilently("without a start"_s, 1, Type::Data);
+    ScriptedPlayers::instance().failPlay("without a start"_s);
+    const auto end = [](const QString &id, auto report) {
+        report(scripted(id));
+        settle();
+    };
+    const int before = requestedPaths().size();
+    end("failing"_s, [](auto *player) { player->reportError("broken"_s); });
+    end("stopped"_s, [](auto *player) { player->reportStopped(); });
+    end("finished"_s, [](auto *player) { player->reportEnded(); });
+    EXPECT_EQ(requestedPaths().size(), before);
+    EXPECT_TRUE(inactivityTimer()->isActive());
+
+    int others = 0;
+    for (const CMPath &path : requestedPaths()) {
+        others += int(path != TavoNotificationPlayerEnqueuePath() &&
+                      path != TavoNotificationPlayerCancelPath() &&
+                      path != TavoPowerManagerModuleRegisterPath() &&
+                      path != TavoPlayerMainAudioDuckingPath() &&
+                      path != TavoPowerManagerResourceRequestPath());
+    }
+    EXPECT_EQ(others, 0);
 }
 
 TEST_F(PlayingTest, PlaysOnWhenTheResponsePathLeadsNowhere)
@@ -192,17 +309,36 @@ TEST_F(PlayingTest, FailsWhatCannotStartAndPlaysTheNext)
     EXPECT_EQ(journalOf("b"_s).last(), "started"_s);
 }
 
-TEST_F(PlayingTest, IsDeafToAnEndOfWhatCouldNotStart)
+TEST_F(PlayingTest, IgnoresALateEndOfWhatCouldNotStart)
 {
     play("a"_s, 1);
     play("b"_s, 2);
     ScriptedPlayers::instance().failPlay("a"_s);
     scripted("b"_s)->reportEnded();
-    scripted("a"_s)->reportEnded(); // was on its way when a was resumed
-    EXPECT_EQ(logged(ERROR_LOG_LEVEL, "Id of stopped sound does not exists, ignoring. a"), 0);
+    scripted("a"_s)->reportEnded();
+    EXPECT_EQ(logged(ERROR_LOG_LEVEL, "Id of stopped sound does not exists, ignoring. a"), 1);
     settle();
     EXPECT_EQ(journal().count("a failed"_s), 1);
     EXPECT_EQ(journal().count("a finished"_s), 0);
+}
+
+TEST_F(PlayingTest, TakesAnEndFromInsideAPlayThatThenFails)
+{
+    ScriptedPlayers::instance().failPlay("a"_s);
+    ScriptedPlayers::instance().onCall = [](const QString &call, const QString &id) {
+        if (call == "play"_s && id == "a"_s) {
+            scripted(id)->reportError("broken"_s);
+        }
+    };
+    setDucking(ScriptedService::keep());
+    enqueue("a"_s);
+    enqueue("b"_s);
+    answer(TavoPlayerMainAudioDuckingPath());
+    EXPECT_EQ(logged(ERROR_LOG_LEVEL, "Failed to start playback: a"), 1);
+    EXPECT_EQ(logged(ERROR_LOG_LEVEL, "Id of stopped sound does not exists, ignoring. a"), 1);
+    EXPECT_EQ(journalOf("a"_s), QStringList{"failed"_s});
+    EXPECT_FALSE(scripted("a"_s)->isAlive());
+    EXPECT_EQ(journalOf("b"_s), QStringList{"started"_s});
 }
 
 TEST_F(PlayingTest, FailsAPausedItemThatCannotGoOn)

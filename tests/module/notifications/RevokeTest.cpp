@@ -42,6 +42,35 @@ TEST_F(RevokeTest, StopsWhatPlaysAndCancelsTheRest)
     EXPECT_TRUE(inactivityTimer()->isActive());
 }
 
+TEST_F(RevokeTest, SaysWhyItCancelsBeforeItDoesAndAnswersLast)
+{
+    play("a"_s);
+    enqueue("b"_s);
+    const CMPath path = TavoNotificationsPath() + "/player/revokeResources"_s;
+    const auto message = TavoPowerManagerRevokeMessage()
+                             .setMessageType(Type::Revoked)
+                             .setRevokeResources({Resources::Audio});
+    std::ostringstream messageText;
+    messageText << message;
+    const CMReply<QVariant> reply;
+    reply.onFinished(
+        nullptr, [this](const CMReply<QVariant> &) { note("answered"); }, Qt::DirectConnection);
+    CMRoot()->invoke(path, message, reply);
+    beginStory();
+    QCoreApplication::sendPostedEvents(worker(), QEvent::MetaCall);
+    QCoreApplication::sendPostedEvents(player(), QEvent::MetaCall);
+    EXPECT_THAT(story(), testing::ElementsAre(
+                             "TRACE Enter on_revokeResources_activated: " + messageText.str(),
+                             "INFO Notification player resources revoked, stopping notification",
+                             "INFO Enter cancelAll: ", "DEBUG Enter cancel: Cancel notification: b",
+                             "TRACE Enter sendStopResponse: item: b",
+                             "DEBUG Sending response to /test/response res: {id: \"b\", type: 3}",
+                             "to /test/response", "TRACE Leave sendStopResponse: ",
+                             "DEBUG Leave cancel: ", "DEBUG Enter cancel: Cancel notification: a",
+                             "a stop", "DEBUG Leave cancel: ", "INFO Leave cancelAll: ", "answered",
+                             "TRACE Leave on_revokeResources_activated: "));
+}
+
 TEST_F(RevokeTest, DoesNotReleaseWhatWasTaken)
 {
     play("a"_s);
@@ -111,7 +140,7 @@ TEST_F(RevokeTest, IsIgnoredWhileAnAcquireIsOutstanding)
     EXPECT_EQ(journalOf("a"_s).last(), "started"_s);
 }
 
-TEST_F(RevokeTest, CancelsNothingWhileTheSequenceIsDucking)
+TEST_F(RevokeTest, CancelsWhatWaitsWhileTheSequenceIsDucking)
 {
     setDucking(ScriptedService::keep());
     enqueue("a"_s);

@@ -92,6 +92,39 @@ TEST_F(SoundQueueTest, DoesNotPauseAHeadThatHasNoPlayerYet)
     EXPECT_TRUE(ScriptedPlayers::instance().all().empty());
 }
 
+TEST_F(SoundQueueTest, PausesAHeadThatHasAPlayerOnceForEachItemThatPreemptsIt)
+{
+    play("a"_s, 5);
+    revoke(TavoPowerManagerRevokeMessageType::PostRevoked);
+    setResources(ScriptedService::keep()); // keeps the others from playing
+    enqueue("b"_s, 7);
+    EXPECT_EQ(scripted("a"_s)->pauses, 1);
+    cancel("b"_s);
+    // The head again, with its player, but not the active one.
+    enqueue("c"_s, 7);
+    EXPECT_EQ(scripted("a"_s)->pauses, 2);
+    EXPECT_EQ(queue(), ids("c a"));
+}
+
+TEST_F(SoundQueueTest, ListsTheQueueBeforeItGoesOn)
+{
+    play("a"_s);
+    const CMReply<QVariant> reply;
+    CMRoot()->invoke(TavoNotificationPlayerEnqueuePath(),
+                     TavoValue().setNotificationPlayerItem(item("b"_s)), reply);
+    beginStory();
+    settle();
+    EXPECT_THAT(
+        story(),
+        testing::ElementsAre(
+            testing::StartsWith("DEBUG Enter on_notificationPlayerEnqueue_activated: item: "),
+            "TRACE Enter enqueue: new item b type Uri prio Normal", "TRACE inserting after 0 id a",
+            "TRACE Enter dumpQueue: dump after enqueue", "TRACE dump --  a type Uri prio Normal",
+            "TRACE dump --  b type Uri prio Normal",
+            "TRACE Leave dumpQueue: ", "TRACE Enter continuePlayAudio: queue size: 2",
+            "TRACE Leave continuePlayAudio: Playback active: a", "TRACE Leave enqueue: "));
+}
+
 TEST_F(SoundQueueTest, HasTheNewHeadInPlaceWhenItPausesTheOld)
 {
     // Whatever a player does when it is paused, it finds the queue in order.
