@@ -16,7 +16,7 @@ public:
         : CMNodesWorker(config, QStringLiteral("Asking"))
     {
         TavoConfiguration configuration(config);
-        m_file = configuration.text(QStringLiteral("file"), {});
+        m_file = configuration.string(QStringLiteral("file"), {});
         configuration.finish();
 
         const CMReply<QVariant> reply;

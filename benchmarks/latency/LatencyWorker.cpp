@@ -24,9 +24,9 @@ LatencyWorker::LatencyWorker(const QVariantHash &config)
     , m_restTimer(this)
 {
     TavoConfiguration configuration(config);
-    m_sound = configuration.text(QStringLiteral("sound"), {});
+    m_sound = configuration.string(QStringLiteral("sound"), {});
     m_left = configuration.integer(QStringLiteral("count"), 1, 1, 1000);
-    m_asked.setFileName(configuration.text(QStringLiteral("asked"), {}));
+    m_asked.setFileName(configuration.string(QStringLiteral("asked"), {}));
     configuration.finish();
     if (!m_asked.open(QIODevice::WriteOnly | QIODevice::Text)) {
         LOG4CPLUS_ERROR(logger, "Can't write " << m_asked.fileName());

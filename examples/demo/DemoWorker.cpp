@@ -19,9 +19,9 @@ DemoWorker::DemoWorker(const QVariantHash &config)
 {
     // What can't be read here is reported by the host, with the key, and nothing is started.
     TavoConfiguration configuration(config);
-    m_sounds = configuration.text(QStringLiteral("sounds"), QStringLiteral("."));
-    m_timeline = new Timeline(configuration.text(QStringLiteral("timeline"), {}), this);
-    m_stays = configuration.truth(QStringLiteral("stays"), false);
+    m_sounds = configuration.string(QStringLiteral("sounds"), QStringLiteral("."));
+    m_timeline = new Timeline(configuration.string(QStringLiteral("timeline"), {}), this);
+    m_stays = configuration.boolean(QStringLiteral("stays"), false);
     configuration.finish();
 
     // A node of our own: the notifications module reports to it how each sound starts and ends.

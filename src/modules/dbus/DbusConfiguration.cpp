@@ -66,11 +66,11 @@ DbusConfiguration::Sounds readSounds(TavoConfiguration reader)
     DbusConfiguration::Sounds sounds;
     // A scheme means the same in any case.
     for (const QString &scheme :
-         reader.texts(QStringLiteral("schemes"), {QStringLiteral("file")})) {
+         reader.stringList(QStringLiteral("schemes"), {QStringLiteral("file")})) {
         sounds.schemes.append(scheme.toLower());
     }
-    sounds.folders = reader.texts(QStringLiteral("folders"), {QStringLiteral("/")});
-    sounds.theme = reader.text(QStringLiteral("theme"), QStringLiteral("freedesktop"));
+    sounds.folders = reader.stringList(QStringLiteral("folders"), {QStringLiteral("/")});
+    sounds.theme = reader.string(QStringLiteral("theme"), QStringLiteral("freedesktop"));
     reader.finish();
     return sounds;
 }
@@ -80,8 +80,8 @@ DbusConfiguration DbusConfiguration::fromHash(const QVariantHash &config)
 {
     TavoConfiguration reader(config);
     DbusConfiguration configuration;
-    configuration.bus = reader.text(QStringLiteral("bus"), QStringLiteral("session"));
-    configuration.notifications = reader.truth(QStringLiteral("notifications"), true);
+    configuration.bus = reader.string(QStringLiteral("bus"), QStringLiteral("session"));
+    configuration.notifications = reader.boolean(QStringLiteral("notifications"), true);
     configuration.defaultTimeoutMs =
         reader.integer(QStringLiteral("defaultTimeout"), ::defaultTimeoutMs, 0, longestTimeoutMs);
     configuration.criticalTimeoutMs =

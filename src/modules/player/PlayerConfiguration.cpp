@@ -36,9 +36,9 @@ PlayerConfiguration PlayerConfiguration::fromHash(const QVariantHash &config)
     TavoConfiguration reader(config);
     PlayerConfiguration configuration;
     configuration.notificationsDevice =
-        reader.text(QStringLiteral("notificationsDevice"), defaultDevice);
-    configuration.mainDevice = reader.text(QStringLiteral("mainDevice"), defaultDevice);
-    configuration.music = reader.text(QStringLiteral("music"), {});
+        reader.string(QStringLiteral("notificationsDevice"), defaultDevice);
+    configuration.mainDevice = reader.string(QStringLiteral("mainDevice"), defaultDevice);
+    configuration.music = reader.string(QStringLiteral("music"), {});
     configuration.musicRetries =
         reader.integer(QStringLiteral("musicRetries"), defaultRetries, 0, mostRetries);
     configuration.duckingAttenuation = reader.number(QStringLiteral("duckingAttenuation"),

@@ -38,7 +38,7 @@ void read(const QVariantHash &config)
         FUZZ_CHECK(whole >= -10 && whole <= 10, whole);
         const double number = reader.number(QStringLiteral("duckingAttenuation"), -1, -96, 0);
         FUZZ_CHECK(number >= -96 && number <= 0, number);
-        reader.text(QStringLiteral("music"), {});
+        reader.string(QStringLiteral("music"), {});
         reader.finish();
         FUZZ_CHECK(config.size() <= 3, "a key that nobody has read is taken");
     } catch (const std::runtime_error &error) {

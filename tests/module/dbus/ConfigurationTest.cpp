@@ -26,18 +26,18 @@ protected:
 
 TEST_F(DbusConfigurationTest, RefusesUnknownKeysAndNamesThem)
 {
-    EXPECT_EQ(failureWith({{"buss", "session"}}), "buss: there is no such key");
-    EXPECT_EQ(failureWithLimit("memory", 1), "limits.memory: there is no such key");
+    EXPECT_EQ(failureWith({{"buss", "session"}}), "buss: unknown key");
+    EXPECT_EQ(failureWithLimit("memory", 1), "limits.memory: unknown key");
     EXPECT_EQ(failureWith({{"sounds", QVariantHash{{"files", 1}}}}),
-              "sounds.files: there is no such key");
+              "sounds.files: unknown key");
 }
 
 TEST_F(DbusConfigurationTest, RefusesValuesOfTheWrongType)
 {
-    EXPECT_EQ(failureWith({{"notifications", 1}}), "notifications: must be true or false");
+    EXPECT_EQ(failureWith({{"notifications", 1}}), "notifications: must be a boolean");
     EXPECT_EQ(failureWith({{"limits", 5}}), "limits: must be an object");
     EXPECT_EQ(failureWith({{"sounds", QVariantHash{{"schemes", "file"}}}}),
-              "sounds.schemes: must be a list of texts");
+              "sounds.schemes: must be a list of strings");
     EXPECT_THAT(failureWith({{"defaultTimeout", "long"}}), StartsWith("defaultTimeout: must be"));
 }
 

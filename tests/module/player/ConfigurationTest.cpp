@@ -24,18 +24,18 @@ std::string failureWith(const QVariantHash &config)
 
 TEST(PlayerConfigurationTest, RefusesAnUnknownKeyAndNamesIt)
 {
-    EXPECT_EQ(failureWith({{"device", "default"}}), "device: there is no such key");
+    EXPECT_EQ(failureWith({{"device", "default"}}), "device: unknown key");
 }
 
 TEST(PlayerConfigurationTest, RefusesADeviceThatIsNoText)
 {
-    EXPECT_EQ(failureWith({{"mainDevice", 1}}), "mainDevice: must be a text");
-    EXPECT_EQ(failureWith({{"notificationsDevice", 1}}), "notificationsDevice: must be a text");
+    EXPECT_EQ(failureWith({{"mainDevice", 1}}), "mainDevice: must be a string");
+    EXPECT_EQ(failureWith({{"notificationsDevice", 1}}), "notificationsDevice: must be a string");
 }
 
 TEST(PlayerConfigurationTest, RefusesMusicThatIsNoText)
 {
-    EXPECT_EQ(failureWith({{"music", QVariantList{"a", "b"}}}), "music: must be a text");
+    EXPECT_EQ(failureWith({{"music", QVariantList{"a", "b"}}}), "music: must be a string");
 }
 
 TEST(PlayerConfigurationTest, RefusesAnAttenuationThatAmplifies)
@@ -50,7 +50,7 @@ TEST(PlayerConfigurationTest, RefusesAnAttenuationBelowHearing)
 
 TEST(PlayerConfigurationTest, RefusesAFadeThatIsNoWholeNumber)
 {
-    EXPECT_EQ(failureWith({{"duckingFade", 20.5}}), "duckingFade: must be a whole number");
+    EXPECT_EQ(failureWith({{"duckingFade", 20.5}}), "duckingFade: must be an integer from 0 to 5000");
 }
 
 TEST(PlayerConfigurationTest, RefusesANegativeFade)

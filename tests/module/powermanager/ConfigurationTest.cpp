@@ -20,7 +20,7 @@ std::string failureWith(const QVariantHash &config)
 
 TEST(PowerManagerConfigurationTest, RefusesAnUnknownKeyAndNamesIt)
 {
-    EXPECT_EQ(failureWith({{"revokeTimeOut", 100}}), "revokeTimeOut: there is no such key");
+    EXPECT_EQ(failureWith({{"revokeTimeOut", 100}}), "revokeTimeOut: unknown key");
 }
 
 TEST(PowerManagerConfigurationTest, RefusesATimeoutThatIsNoNumber)

@@ -72,10 +72,10 @@ SoakWorker::~SoakWorker()
 void SoakWorker::readConfiguration(const QVariantHash &config)
 {
     TavoConfiguration configuration(config);
-    m_socketName = configuration.text(QStringLiteral("socket"), {});
-    m_situation.sounds = configuration.text(QStringLiteral("sounds"), {});
-    m_situation.http = configuration.text(QStringLiteral("http"), {});
-    m_situation.planted = plantedOf(configuration.text(QStringLiteral("planted"), {}));
+    m_socketName = configuration.string(QStringLiteral("socket"), {});
+    m_situation.sounds = configuration.string(QStringLiteral("sounds"), {});
+    m_situation.http = configuration.string(QStringLiteral("http"), {});
+    m_situation.planted = plantedOf(configuration.string(QStringLiteral("planted"), {}));
     m_seed = std::uint64_t(
         configuration.integer(QStringLiteral("seed"), 1, 0, std::numeric_limits<int>::max()));
     m_threadCount = configuration.integer(QStringLiteral("threads"), 3, 1, 64);

@@ -57,7 +57,7 @@ RequesterWorker::RequesterWorker(const QString &name, const QVariantHash &config
     : CMNodesWorker(config, name)
 {
     TavoConfiguration configuration(config);
-    const QString socket = configuration.text(QStringLiteral("socket"), {});
+    const QString socket = configuration.string(QStringLiteral("socket"), {});
     configuration.finish();
 
     m_socket.connectToServer(socket);

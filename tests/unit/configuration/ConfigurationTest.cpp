@@ -3,15 +3,16 @@
 
 #include <core/base/configuration.h>
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include <functional>
 #include <limits>
 #include <stdexcept>
 
-#include <gtest/gtest.h>
-
 namespace {
-/// What a reading function complains about; empty when it doesn't.
-std::string complaintOf(const std::function<void()> &read)
+/// The text of the error that is thrown; empty when there is none.
+std::string errorOf(const std::function<void()> &read)
 {
     try {
         read();
@@ -21,109 +22,114 @@ std::string complaintOf(const std::function<void()> &read)
     return {};
 }
 
-std::string complaintAbout(const QVariant &value)
+std::string integerErrorOf(const QVariant &value)
 {
-    return complaintOf([&] { TavoConfiguration({{"key", value}}).integer("key", 0, -10, 10); });
+    return errorOf([&] { TavoConfiguration({{"key", value}}).integer("key", 0, -10, 10); });
 }
 
-TEST(ConfigurationTest, GivesTheFallbackForAMissingKey)
+std::string numberErrorOf(const QVariant &value)
+{
+    return errorOf([&] { TavoConfiguration({{"key", value}}).number("key", 0, -0.5, 10); });
+}
+
+TEST(ConfigurationTest, GivesTheDefaultForAMissingKey)
 {
     TavoConfiguration configuration({});
-    EXPECT_EQ(configuration.text("text", "fallback"), "fallback");
+    EXPECT_EQ(configuration.string("string", "default"), "default");
     EXPECT_EQ(configuration.integer("integer", 7, 0, 10), 7);
     EXPECT_EQ(configuration.number("number", 0.5, 0, 1), 0.5);
+    EXPECT_TRUE(configuration.boolean("boolean", true));
+    EXPECT_EQ(configuration.stringList("list", {"default"}), QStringList{"default"});
+    EXPECT_EQ(configuration.object("object"), QVariantHash());
 }
 
 TEST(ConfigurationTest, GivesTheConfiguredValues)
 {
-    TavoConfiguration configuration({{"text", ""}, {"integer", 3.0}, {"number", 1}});
-    EXPECT_EQ(configuration.text("text", "fallback"), "");
+    TavoConfiguration configuration({{"string", ""},
+                                     {"integer", 3.0},
+                                     {"number", 1},
+                                     {"yes", true},
+                                     {"no", false},
+                                     {"some", QVariantList{"a", "b"}},
+                                     {"none", QVariantList()},
+                                     {"object", QVariantMap{{"key", 1}}}});
+    EXPECT_EQ(configuration.string("string", "default"), "");
     EXPECT_EQ(configuration.integer("integer", 7, 0, 10), 3);
     EXPECT_EQ(configuration.number("number", 0.5, 0, 1), 1.0);
+    EXPECT_TRUE(configuration.boolean("yes", false));
+    EXPECT_FALSE(configuration.boolean("no", true));
+    EXPECT_EQ(configuration.stringList("some", {}), (QStringList{"a", "b"}));
+    EXPECT_EQ(configuration.stringList("none", {"default"}), QStringList());
+    EXPECT_EQ(configuration.object("object"), (QVariantHash{{"key", 1}}));
 }
 
-TEST(ConfigurationTest, AllowsTheLimitsThemselves)
+TEST(ConfigurationTest, IncludesTheEndsOfARange)
 {
-    EXPECT_EQ(complaintAbout(-10), "");
-    EXPECT_EQ(complaintAbout(10), "");
+    EXPECT_EQ(integerErrorOf(-10), "");
+    EXPECT_EQ(integerErrorOf(10), "");
+    EXPECT_EQ(numberErrorOf(-0.5), "");
+    EXPECT_EQ(numberErrorOf(10), "");
 }
 
-TEST(ConfigurationTest, RefusesANumberBeyondItsLimitsAndNamesThem)
+TEST(ConfigurationTest, RefusesWhatIsNoIntegerInTheRange)
 {
-    EXPECT_EQ(complaintAbout(11), "key: must be a number from -10 to 10");
-    EXPECT_EQ(complaintAbout(-10.5), "key: must be a number from -10 to 10");
-    EXPECT_EQ(complaintAbout(1e300), "key: must be a number from -10 to 10");
-}
-
-TEST(ConfigurationTest, RefusesWhatIsNoNumber)
-{
-    for (const QVariant &value : {QVariant("3"), QVariant(true), QVariant(QVariantList{3}),
-                                  QVariant(std::numeric_limits<double>::quiet_NaN())}) {
-        EXPECT_EQ(complaintAbout(value), "key: must be a number from -10 to 10");
+    for (const QVariant &value :
+         {QVariant(11), QVariant(-11), QVariant(2.5), QVariant(1e300), QVariant("3"),
+          QVariant(true), QVariant(QVariantList{3}),
+          QVariant(std::numeric_limits<double>::quiet_NaN()), QVariant::fromValue(nullptr)}) {
+        EXPECT_EQ(integerErrorOf(value), "key: must be an integer from -10 to 10");
     }
 }
 
-TEST(ConfigurationTest, RefusesAFractionForAWholeNumber)
+TEST(ConfigurationTest, RefusesWhatIsNoNumberInTheRange)
 {
-    EXPECT_EQ(complaintAbout(2.5), "key: must be a whole number");
+    for (const QVariant &value : {QVariant(10.5), QVariant(-1), QVariant("3"), QVariant(true),
+                                  QVariant(std::numeric_limits<double>::quiet_NaN())}) {
+        EXPECT_EQ(numberErrorOf(value), "key: must be a number from -0.5 to 10");
+    }
 }
 
-TEST(ConfigurationTest, RefusesANumberForAText)
+TEST(ConfigurationTest, RefusesAValueOfAnotherType)
 {
-    EXPECT_EQ(complaintOf([] {
-                  TavoConfiguration({{"key", 3}}).text("key", {});
+    EXPECT_EQ(errorOf([] {
+                  TavoConfiguration({{"key", 3}}).string("key", {});
               }),
-              "key: must be a text");
+              "key: must be a string");
+    EXPECT_EQ(errorOf([] {
+                  TavoConfiguration({{"key", 1}}).boolean("key", false);
+              }),
+              "key: must be a boolean");
+    EXPECT_EQ(errorOf([] {
+                  TavoConfiguration({{"key", QVariantList()}}).section("key");
+              }),
+              "key: must be an object");
+    for (const QVariant &value : {QVariant("a"), QVariant(QVariantList{"a", 1}), QVariant(true)}) {
+        EXPECT_EQ(errorOf([&] {
+                      TavoConfiguration({{"key", value}}).stringList("key", {});
+                  }),
+                  "key: must be a list of strings");
+    }
 }
 
-TEST(ConfigurationTest, RefusesAKeyThatNobodyRead)
+TEST(ConfigurationTest, RefusesTheFirstKeyThatWasNotRead)
 {
     TavoConfiguration configuration({{"known", "a"}, {"unknown", "b"}, {"another", "c"}});
-    configuration.text("known", {});
-    EXPECT_EQ(complaintOf([&] { configuration.finish(); }), "another: there is no such key");
+    configuration.string("known", {});
+    EXPECT_EQ(errorOf([&] { configuration.finish(); }), "another: unknown key");
+}
+
+TEST(ConfigurationTest, FinishesWhenEveryKeyWasRead)
+{
+    TavoConfiguration configuration({{"known", "a"}});
+    configuration.string("known", {});
+    configuration.string("missing", {});
+    EXPECT_EQ(errorOf([&] { configuration.finish(); }), "");
 }
 
 TEST(ConfigurationTest, NamesAKeyWhateverItsCharacters)
 {
     const QString key = QStringLiteral("a") + QChar::Null + QStringLiteral("\nb");
-    EXPECT_EQ(complaintOf([&] {
-                  TavoConfiguration({{key, 1}}).finish();
-              }),
-              "a\\x00\\nb: there is no such key");
-}
-
-TEST(ConfigurationTest, IsContentWhenEveryKeyWasRead)
-{
-    TavoConfiguration configuration({{"known", "a"}});
-    configuration.text("known", {});
-    configuration.text("missing", {});
-    EXPECT_EQ(complaintOf([&] { configuration.finish(); }), "");
-}
-
-TEST(ConfigurationTest, ReadsTruthValuesAndRefusesOthers)
-{
-    TavoConfiguration configuration({{"yes", true}, {"no", false}});
-    EXPECT_TRUE(configuration.truth("yes", false));
-    EXPECT_FALSE(configuration.truth("no", true));
-    EXPECT_TRUE(configuration.truth("missing", true));
-    EXPECT_EQ(complaintOf([] {
-                  TavoConfiguration({{"key", 1}}).truth("key", false);
-              }),
-              "key: must be true or false");
-}
-
-TEST(ConfigurationTest, ReadsListsOfTextsAndRefusesOthers)
-{
-    TavoConfiguration configuration({{"some", QVariantList{"a", "b"}}, {"none", QVariantList()}});
-    EXPECT_EQ(configuration.texts("some", {}), (QStringList{"a", "b"}));
-    EXPECT_EQ(configuration.texts("none", {"fallback"}), QStringList());
-    EXPECT_EQ(configuration.texts("missing", {"fallback"}), QStringList{"fallback"});
-    for (const QVariant &value : {QVariant("a"), QVariant(QVariantList{"a", 1}), QVariant(true)}) {
-        EXPECT_EQ(complaintOf([&] {
-                      TavoConfiguration({{"key", value}}).texts("key", {});
-                  }),
-                  "key: must be a list of texts");
-    }
+    EXPECT_EQ(errorOf([&] { TavoConfiguration({{key, 1}}).finish(); }), "a\\x00\\nb: unknown key");
 }
 
 TEST(ConfigurationTest, ReadsASectionAndNamesItsKeysWithItsName)
@@ -131,16 +137,112 @@ TEST(ConfigurationTest, ReadsASectionAndNamesItsKeysWithItsName)
     TavoConfiguration configuration({{"section", QVariantHash{{"key", 3}, {"odd", 1}}}});
     TavoConfiguration section = configuration.section("section");
     EXPECT_EQ(section.integer("key", 0, 0, 10), 3);
-    EXPECT_EQ(complaintOf([&] { section.finish(); }), "section.odd: there is no such key");
-    EXPECT_EQ(complaintOf([&] { configuration.finish(); }), "");
+    EXPECT_EQ(section.keys(), (QStringList{"key", "odd"}));
+    EXPECT_EQ(errorOf([&] { section.finish(); }), "section.odd: unknown key");
+    EXPECT_EQ(errorOf([&] { configuration.finish(); }), "");
     EXPECT_EQ(configuration.section("missing").integer("key", 7, 0, 10), 7);
 }
 
-TEST(ConfigurationTest, RefusesASectionThatIsNoObject)
+TEST(ConfigurationTest, ReadsAListOfSectionsAndNamesTheirKeysWithTheirPlace)
 {
-    EXPECT_EQ(complaintOf([] {
-                  TavoConfiguration({{"key", QVariantList()}}).section("key");
+    const QVariantList list{QVariantHash{{"key", 3}}, QVariantMap{{"key", "three"}}};
+    TavoConfiguration configuration({{"list", list}});
+    auto sections = configuration.sections("list");
+    ASSERT_EQ(sections.size(), 2U);
+    EXPECT_EQ(sections[0].integer("key", 0, 0, 10), 3);
+    EXPECT_EQ(errorOf([&] { sections[1].integer("key", 0, 0, 10); }),
+              "list[1].key: must be an integer from 0 to 10");
+    EXPECT_EQ(errorOf([&] { configuration.finish(); }), "");
+    EXPECT_TRUE(configuration.sections("missing").empty());
+}
+
+TEST(ConfigurationTest, TakesAStringForASectionOnlyWhereItHasAKey)
+{
+    TavoConfiguration configuration({{"list", QVariantList{"a", 1}}});
+    EXPECT_EQ(errorOf([&] { configuration.sections("list", "name"); }),
+              "list[1]: must be a string or an object");
+    EXPECT_EQ(errorOf([&] { configuration.sections("list"); }), "list[0]: must be an object");
+    auto sections = TavoConfiguration({{"list", QVariantList{"a"}}}).sections("list", "name");
+    ASSERT_EQ(sections.size(), 1U);
+    EXPECT_EQ(sections[0].string("name", {}), "a");
+    EXPECT_EQ(errorOf([] {
+                  TavoConfiguration({{"list", "a"}}).sections("list", "name");
               }),
-              "key: must be an object");
+              "list: must be a list");
+}
+
+TEST(ConfigurationTest, NamesTheFileInEveryErrorOfWhatWasReadFromIt)
+{
+    auto configuration =
+        TavoConfiguration::fromJson(R"({"list": [{"deep": {"key": 1}}]})", "/a/b.json");
+    auto sections = configuration.sections("list");
+    EXPECT_EQ(errorOf([&] { sections.at(0).section("deep").finish(); }),
+              "/a/b.json: list[0].deep.key: unknown key");
+    EXPECT_EQ(errorOf([&] { configuration.fail("key", "must be better"); }),
+              "/a/b.json: key: must be better");
+}
+
+std::string jsonErrorOf(const QByteArray &json)
+{
+    return errorOf([&] { TavoConfiguration::fromJson(json, "f"); });
+}
+
+struct SyntaxError
+{
+    const char *name;
+    const char *json;
+    const char *message;
+};
+
+void PrintTo(const SyntaxError &error, std::ostream *stream)
+{
+    *stream << error.json;
+}
+
+class ConfigurationSyntaxTest : public testing::TestWithParam<SyntaxError>
+{
+};
+
+TEST_P(ConfigurationSyntaxTest, IsReportedWithLineAndColumn)
+{
+    EXPECT_EQ(jsonErrorOf(GetParam().json), std::string("f:") + GetParam().message);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Errors, ConfigurationSyntaxTest,
+    testing::Values(
+        SyntaxError{"NoText", "", "1:1: illegal value"},
+        SyntaxError{"OnlyBlanks", " \n ", "1:1: illegal value"},
+        SyntaxError{"WrongBracket", "{\n \"a\": [1\n}\n", "3:1: unterminated array"},
+        SyntaxError{"NoColon", "{\"a\" 1}", "1:6: missing name separator"},
+        SyntaxError{"CommaTooMany", "{\"a\":1,\n}", "2:1: object is missing after a comma"},
+        SyntaxError{"CommaMissing", "{\"a\":1\n \"b\":2}", "2:2: unterminated object"},
+        SyntaxError{"Comment", "{\"a\":1,\n\n  // no\n \"b\":2}", "3:3: unterminated object"},
+        SyntaxError{"WordForAValue", "{\"a\": x}", "1:7: illegal number"},
+        SyntaxError{"TextBehind", "{} x", "1:4: garbage at the end of the document"},
+        SyntaxError{"ColumnsAreCharacters", "{\"\xc3\xa9\xc3\xa9\": x}", "1:8: illegal number"}),
+    [](const auto &info) { return info.param.name; });
+
+TEST(ConfigurationTest, FindsBytesThatAreNoUtf8)
+{
+    EXPECT_THAT(jsonErrorOf("{\"modules\": [\"a\xff\"]}"), testing::StartsWith("f:1:"));
+}
+
+TEST(ConfigurationTest, RefusesJsonThatIsNoObject)
+{
+    EXPECT_EQ(jsonErrorOf("[]"), "f: must be a JSON object");
+}
+
+TEST(ConfigurationTest, ReportsAFileThatIsNotThere)
+{
+    EXPECT_EQ(errorOf([] { TavoConfiguration::fromFile("/nonexistent/host.json"); }),
+              "/nonexistent/host.json: No such file or directory");
+}
+
+TEST(ConfigurationTest, ReportsAFileThatCanBeOpenedButNotRead)
+{
+    // The kernel shows a process its memory as a file, and has none to show at its beginning.
+    EXPECT_EQ(errorOf([] { TavoConfiguration::fromFile("/proc/self/mem"); }),
+              "/proc/self/mem: Input/output error");
 }
 } // namespace

@@ -10,37 +10,62 @@
 #include <QStringList>
 #include <QVariantHash>
 
-/// Reads a module's configuration once, key by key, so that a mistake in it is found at the start
-/// and not in the field: every key has a type and a range, and keys that nobody reads are refused.
+#include <vector>
+
+/// Reads a configuration once, key by key, so that a mistake in it is found at the start and not in
+/// the field: each key has a type, numbers have a range, and finish() refuses keys that were not read.
 ///
-/// Everything throws a std::runtime_error whose text names the key; thrown out of worker_create, it
-/// is what the host reports. Thread: any, one at a time.
+/// All functions throw a std::runtime_error that names the key, such as "limits.sounds: must be an
+/// integer from 1 to 100". Thrown out of worker_create, its text is what the host reports.
+///
+/// Thread: any, one at a time.
 class TAVO_API_EXPORT TavoConfiguration
 {
 public:
     explicit TavoConfiguration(const QVariantHash &config);
 
-    /// The key's value, or the fallback when the key is missing. The limits are allowed themselves.
-    QString text(const QString &key, const QString &fallback);
-    int integer(const QString &key, int fallback, int least, int most);
-    double number(const QString &key, double fallback, double least, double most);
-    bool truth(const QString &key, bool fallback);
-    QStringList texts(const QString &key, const QStringList &fallback);
+    /// Reads a JSON object. Errors begin with the file's name, those of the JSON's syntax with
+    /// "FILE:LINE:COLUMN".
+    static TavoConfiguration fromFile(const QString &file);
 
-    /// The keys of an object within, which is read and finished by itself; none for a missing key.
-    /// Texts of errors name such a key as "section.key".
+    /// The same for JSON that was read from @p file, which is not opened.
+    static TavoConfiguration fromJson(const QByteArray &json, const QString &file);
+
+    /// The key's value, or the default when the key is missing. The range includes its ends.
+    QString string(const QString &key, const QString &defaultValue);
+    int integer(const QString &key, int defaultValue, int min, int max);
+    double number(const QString &key, double defaultValue, double min, double max);
+    bool boolean(const QString &key, bool defaultValue);
+    QStringList stringList(const QString &key, const QStringList &defaultValue);
+
+    /// An object as it is; empty when the key is missing.
+    QVariantHash object(const QString &key);
+
+    /// An object to be read, and finished, by itself; empty when the key is missing. Its errors name
+    /// its keys as "section.key".
     TavoConfiguration section(const QString &key);
 
-    /// Call when all keys are read: throws when there are others.
+    /// A list of objects; empty when the key is missing. Errors name their keys as "list[0].key".
+    /// An element may also be a string, which stands for an object with @p stringKey only, unless
+    /// that is empty.
+    std::vector<TavoConfiguration> sections(const QString &key, const QString &stringKey = {});
+
+    /// All keys that are there, sorted.
+    QStringList keys() const;
+
+    /// Throws when there are keys that have not been read.
     void finish() const;
 
-private:
-    TavoConfiguration(const QVariantHash &config, const QString &prefix);
-
-    QVariant take(const QString &key);
+    /// Throws the error that says what is wrong with a key.
     [[noreturn]] void fail(const QString &key, const QString &reason) const;
 
-    const QVariantHash m_config;
-    const QString m_prefix; ///< what stands before the keys in errors
+private:
+    TavoConfiguration(const QVariantHash &config, const QString &source, const QString &prefix);
+
+    QVariant take(const QString &key);
+
+    QVariantHash m_config;
+    QString m_source; ///< "FILE: " or empty
+    QString m_prefix; ///< of the keys in errors
     QSet<QString> m_read;
 };
