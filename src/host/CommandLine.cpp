@@ -67,7 +67,7 @@ void prepare(QCommandLineParser &parser, const Options &options)
 
 Failure usage(const QString &reason)
 {
-    return {ExitCode::Usage, QStringLiteral("tavo-host: %1").arg(reason)};
+    return {QStringLiteral("tavo-host: %1").arg(reason)};
 }
 
 CommandLine::Action actionOf(const QCommandLineParser &parser, const Options &options)

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "host/ExitCode.h"
+#include "base/Result.h"
 #include "host/LogLevels.h"
 
 #include <QStringList>
@@ -11,7 +11,7 @@
 
 #include <optional>
 
-/// What the person who started the host asks for.
+/// The arguments of the program.
 struct CommandLine
 {
     enum class Action { Run, Check, ListModules, ShowHelp, ShowVersion };

@@ -26,13 +26,14 @@ Host::~Host()
     stop();
 }
 
-std::optional<Failure> Host::start(const std::vector<LocatedModule> &modules, const GoOn &goOn)
+std::optional<ExitFailure> Host::start(const std::vector<LocatedModule> &modules, const GoOn &goOn)
 {
     std::vector<std::unique_ptr<ModuleThread>> threads;
     for (const LocatedModule &module : modules) {
         auto entryPoint = ModuleLoader::load(module.file);
         if (const auto *failure = std::get_if<Failure>(&entryPoint)) {
-            return failureOf(static_cast<int>(threads.size()), failure->code, failure->text);
+            return failureOf(static_cast<int>(threads.size()), ExitCode::ModuleUnavailable,
+                             failure->reason);
         }
         threads.push_back(
             std::make_unique<ModuleThread>(module.entry, std::get<WorkerCreate>(entryPoint)));
@@ -62,7 +63,7 @@ void Host::stop()
     }
 }
 
-Failure Host::failureOf(int index, ExitCode code, const QString &reason) const
+ExitFailure Host::failureOf(int index, ExitCode code, const QString &reason) const
 {
     return {code, QStringLiteral("%1: modules[%2]: %3")
                       .arg(m_configurationSource, QString::number(index), reason)};

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "host/ExitCode.h"
 #include "host/HostConfiguration.h"
 #include "host/ModuleThread.h"
 
@@ -36,7 +37,7 @@ public:
 
     /// Loads every library and only then makes the workers, each when the one before it is there.
     /// When one fails, those that were there have been deleted in the reverse order on return.
-    std::optional<Failure> start(const std::vector<LocatedModule> &modules, const GoOn &goOn);
+    std::optional<ExitFailure> start(const std::vector<LocatedModule> &modules, const GoOn &goOn);
 
     /// Deletes the workers in the reverse order of their making, each in its thread, and joins
     /// each thread before the next worker is deleted.
@@ -45,7 +46,7 @@ public:
     int moduleCount() const { return static_cast<int>(m_threads.size()); }
 
 private:
-    Failure failureOf(int index, ExitCode code, const QString &reason) const;
+    ExitFailure failureOf(int index, ExitCode code, const QString &reason) const;
 
     QString m_configurationSource;
     /// In the order of starting.

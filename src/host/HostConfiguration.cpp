@@ -3,49 +3,139 @@
 
 #include "host/HostConfiguration.h"
 
-#include "host/ConfigurationReader.h"
+#include "core/base/configuration.h"
 
-#include <QFile>
-#include <QJsonDocument>
-#include <QJsonObject>
+#include <QDir>
+#include <QFileInfo>
 
-#include <cctype>
+#include <algorithm>
 
 namespace {
-/// Where the parser stumbled. For most errors it has gone on past the character that it complains
-/// about, and past the blanks behind that.
-int errorOffset(const QByteArray &json, const QJsonParseError &error)
+bool isAsciiLetterOrDigit(QChar character)
 {
-    int offset = qBound(0, error.offset, json.size());
-    if (error.error == QJsonParseError::IllegalNumber ||
-        error.error == QJsonParseError::GarbageAtEnd ||
-        error.error == QJsonParseError::IllegalUTF8String) {
-        return offset;
-    }
-    do {
-        offset = qMax(0, offset - 1);
-    } while (offset > 0 && std::isspace(static_cast<unsigned char>(json.at(offset))) != 0);
-    return offset;
+    return character.unicode() < 128 && character.isLetterOrNumber();
 }
 
-/// "LINE:COLUMN", both counted from one, columns in characters.
-QString positionText(const QByteArray &text, int offset)
+/// A module's name becomes part of a file name and of log records.
+// By hand: a regular expression's compiler would cost every host half a megabyte.
+bool isModuleName(const QString &text)
 {
-    const QByteArray before = text.left(offset);
-    const int lineStart = before.lastIndexOf('\n') + 1;
-    const int column = QString::fromUtf8(before.mid(lineStart)).size() + 1;
-    return QStringLiteral("%1:%2").arg(before.count('\n') + 1).arg(column);
+    return !text.isEmpty() && isAsciiLetterOrDigit(text[0]) &&
+           std::all_of(text.begin(), text.end(), [](QChar character) {
+               return isAsciiLetterOrDigit(character) || QLatin1String("._-").contains(character);
+           });
+}
+
+QString moduleName(TavoConfiguration &module, const QString &key, const QString &defaultValue)
+{
+    QString name = module.string(key, defaultValue);
+    if (!isModuleName(name)) {
+        module.fail(key, QStringLiteral("must be a name of letters, digits, '.', '_' and '-' that "
+                                        "begins with a letter or a digit"));
+    }
+    return name;
+}
+
+/// A path that is not empty, taken from the folder of @p file unless it is absolute.
+QString absolutePath(const TavoConfiguration &configuration, const QString &key,
+                     const QString &path, const QString &file)
+{
+    if (path.isEmpty()) {
+        configuration.fail(key, QStringLiteral("must not be empty"));
+    }
+    // Put together by hand: Qt takes a name that begins with a colon for one of its resources.
+    const QString folder = QFileInfo(file).absolutePath();
+    return QDir::cleanPath(path.startsWith(QLatin1Char('/')) ? path
+                                                             : folder + QLatin1Char('/') + path);
+}
+
+ModuleEntry readModule(TavoConfiguration &module, const QString &file)
+{
+    const auto libraryKey = QStringLiteral("library");
+    ModuleEntry entry;
+    entry.name = moduleName(module, QStringLiteral("name"), {});
+    const QString library = module.string(libraryKey, entry.name);
+    entry.libraryName = library.contains(QLatin1Char('/'))
+                            ? absolutePath(module, libraryKey, library, file)
+                            : moduleName(module, libraryKey, entry.name);
+    entry.config = module.object(QStringLiteral("config"));
+    module.finish();
+    return entry;
+}
+
+QVector<ModuleEntry> readModules(TavoConfiguration &configuration, const QString &file)
+{
+    QVector<ModuleEntry> modules;
+    for (TavoConfiguration &section :
+         configuration.sections(QStringLiteral("modules"), QStringLiteral("name"))) {
+        const ModuleEntry module = readModule(section, file);
+        const auto same = std::find_if(modules.begin(), modules.end(), [&](const auto &other) {
+            return other.name == module.name;
+        });
+        if (same != modules.end()) {
+            section.fail(QStringLiteral("name"),
+                         QStringLiteral("\"%1\" is the name of modules[%2] already")
+                             .arg(module.name, QString::number(same - modules.begin())));
+        }
+        modules.append(module);
+    }
+    if (modules.isEmpty()) {
+        configuration.fail(QStringLiteral("modules"),
+                           QStringLiteral("must name at least one module"));
+    }
+    return modules;
+}
+
+QStringList readModulePath(TavoConfiguration &configuration, const QString &file)
+{
+    QStringList folders;
+    for (const QString &folder : configuration.stringList(QStringLiteral("modulePath"), {})) {
+        const QString key = QStringLiteral("modulePath[%1]").arg(folders.size());
+        folders.append(absolutePath(configuration, key, folder, file));
+    }
+    return folders;
+}
+
+log4cplus::LogLevel readLevel(TavoConfiguration &configuration, const QString &key)
+{
+    const auto level = logLevelFromName(configuration.string(key, {}));
+    if (!level) {
+        configuration.fail(key, QStringLiteral("must be one of %1").arg(logLevelNames()));
+    }
+    return *level;
+}
+
+LogConfiguration readLog(TavoConfiguration log, const QString &file)
+{
+    const auto fileKey = QStringLiteral("file");
+    const auto levelKey = QStringLiteral("level");
+    const QStringList keys = log.keys();
+    LogConfiguration configuration;
+    if (keys.contains(fileKey)) {
+        configuration.file = absolutePath(log, fileKey, log.string(fileKey, {}), file);
+    }
+    if (keys.contains(levelKey)) {
+        configuration.levels.append({{}, readLevel(log, levelKey)});
+    }
+    TavoConfiguration levels = log.section(QStringLiteral("levels"));
+    for (const QString &logger : levels.keys()) {
+        configuration.levels.append({logger, readLevel(levels, logger)});
+    }
+    log.finish();
+    return configuration;
+}
+
+HostConfiguration readConfiguration(TavoConfiguration configuration, const QString &file)
+{
+    HostConfiguration read;
+    read.source = file;
+    read.modules = readModules(configuration, file);
+    read.modulePath = readModulePath(configuration, file);
+    read.log = readLog(configuration.section(QStringLiteral("log")), file);
+    configuration.finish();
+    return read;
 }
 } // namespace
-
-QString ConfigurationError::text() const
-{
-    if (key.isEmpty()) {
-        return file + QLatin1String(": ") + reason;
-    }
-    const QLatin1String separator(isSyntaxError ? ":" : ": ");
-    return file + separator + key + QLatin1String(": ") + reason;
-}
 
 HostConfiguration HostConfiguration::builtIn()
 {
@@ -57,29 +147,12 @@ HostConfiguration HostConfiguration::builtIn()
     return configuration;
 }
 
-HostConfiguration::Result HostConfiguration::fromFile(const QString &file)
+HostConfiguration HostConfiguration::fromFile(const QString &file)
 {
-    QFile device(file);
-    if (!device.open(QIODevice::ReadOnly)) {
-        return ConfigurationError{file, {}, device.errorString()};
-    }
-    const QByteArray json = device.readAll();
-    if (device.error() != QFileDevice::NoError) {
-        return ConfigurationError{file, {}, device.errorString()};
-    }
-    return fromJson(json, file);
+    return readConfiguration(TavoConfiguration::fromFile(file), file);
 }
 
-HostConfiguration::Result HostConfiguration::fromJson(const QByteArray &json, const QString &file)
+HostConfiguration HostConfiguration::fromJson(const QByteArray &json, const QString &file)
 {
-    QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(json, &error);
-    if (error.error != QJsonParseError::NoError) {
-        return ConfigurationError{file, positionText(json, errorOffset(json, error)),
-                                  error.errorString(), true};
-    }
-    if (!document.isObject()) {
-        return ConfigurationError{file, {}, QStringLiteral("must be a JSON object")};
-    }
-    return ConfigurationReader(file).read(document.object());
+    return readConfiguration(TavoConfiguration::fromJson(json, file), file);
 }

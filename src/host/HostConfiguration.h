@@ -10,8 +10,6 @@
 #include <QVariantHash>
 #include <QVector>
 
-#include <variant>
-
 /// One worker to run.
 struct ModuleEntry
 {
@@ -32,37 +30,22 @@ struct LogConfiguration
     QVector<LogLevel> levels;
 };
 
-/// What is wrong with a configuration, and where.
-struct ConfigurationError
-{
-    QString file;
-    /// The place within the file: a key such as "modules[1].name", "LINE:COLUMN" for text that is
-    /// not JSON, or empty where the whole file is meant.
-    QString key;
-    QString reason;
-
-    /// "FILE: KEY: reason", and "FILE:LINE:COLUMN: reason" for text that is not JSON.
-    QString text() const;
-    bool isSyntaxError = false;
-};
-
-/// What the host is to run. A value: reading one has no effect on anything else.
+/// What the host is to run.
 struct HostConfiguration
 {
-    using Result = std::variant<HostConfiguration, ConfigurationError>;
-
-    /// What messages call the configuration: the file, or "built-in configuration".
+    /// The file, or "built-in configuration"; for messages.
     QString source;
     QVector<ModuleEntry> modules;
     /// Folders to look for modules in.
     QStringList modulePath;
     LogConfiguration log;
 
-    /// What a device runs when nobody says otherwise.
+    /// What the host runs when it is given no file.
     static HostConfiguration builtIn();
 
-    static Result fromFile(const QString &file);
+    /// Throws a std::runtime_error that begins with the name of the file.
+    static HostConfiguration fromFile(const QString &file);
 
-    /// Relative paths in the text are taken from the folder of @p file, which is not opened.
-    static Result fromJson(const QByteArray &json, const QString &file);
+    /// The same for JSON that was read from @p file, which is not opened.
+    static HostConfiguration fromJson(const QByteArray &json, const QString &file);
 };

@@ -14,6 +14,7 @@
 #include <log4cplus/thread/threads.h>
 
 #include <iostream>
+#include <optional>
 #include <sstream>
 
 namespace {
@@ -51,12 +52,12 @@ void logToConsole()
     root.setLogLevel(log4cplus::INFO_LOG_LEVEL);
 }
 
-/// Gives what is wrong with the file, empty when nothing is.
-QString logAsFileSays(const QString &file)
+/// Returns what is wrong with the file, if anything is.
+std::optional<Failure> logAsFileSays(const QString &file)
 {
     const QFileInfo info(file);
     if (!info.isFile() || !info.isReadable()) {
-        return QStringLiteral("%1 is no file that can be read").arg(file);
+        return Failure{QStringLiteral("%1 is no file that can be read").arg(file)};
     }
     QString complaint;
     {
@@ -65,12 +66,12 @@ QString logAsFileSays(const QString &file)
         complaint = capture.text();
     }
     if (!complaint.isEmpty()) {
-        return QStringLiteral("%1 can't be used: %2").arg(file, complaint);
+        return Failure{QStringLiteral("%1 can't be used: %2").arg(file, complaint)};
     }
     if (log4cplus::Logger::getRoot().getAllAppenders().empty()) {
-        return QStringLiteral("%1 gives the root logger no appender").arg(file);
+        return Failure{QStringLiteral("%1 gives the root logger no appender").arg(file)};
     }
-    return {};
+    return std::nullopt;
 }
 
 void setLevels(const QVector<LogLevel> &levels)
@@ -93,9 +94,9 @@ Result<std::unique_ptr<HostLog>> HostLog::open(const LogConfiguration &configura
     log4cplus::setThreadPoolSize(1);
     if (configuration.file.isEmpty()) {
         logToConsole();
-    } else if (const QString error = logAsFileSays(configuration.file); !error.isEmpty()) {
-        return Failure{ExitCode::Configuration,
-                       QStringLiteral("%1: log.file: %2").arg(configurationSource, error)};
+    } else if (const auto failure = logAsFileSays(configuration.file)) {
+        return Failure{
+            QStringLiteral("%1: log.file: %2").arg(configurationSource, failure->reason)};
     }
     setLevels(configuration.levels);
     qInstallMessageHandler(logQtMessage);

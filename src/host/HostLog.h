@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "host/ExitCode.h"
+#include "base/Result.h"
 #include "host/HostConfiguration.h"
 
 #include <log4cplus/initializer.h>

@@ -13,11 +13,6 @@
 namespace {
 const QLatin1String s_prefix("libtavo_");
 const QLatin1String s_suffix(".so");
-
-Failure unavailable(const QString &text)
-{
-    return {ExitCode::ModuleUnavailable, text};
-}
 } // namespace
 
 ModuleLoader::ModuleLoader(QStringList searchPath)
@@ -31,7 +26,7 @@ Result<QString> ModuleLoader::find(const QString &library) const
         if (QFileInfo(library).isFile()) {
             return library;
         }
-        return unavailable(QStringLiteral("there is no file %1").arg(library));
+        return Failure{QStringLiteral("there is no file %1").arg(library)};
     }
     const QString fileName = s_prefix + library + s_suffix;
     for (const QString &folder : m_searchPath) {
@@ -40,8 +35,8 @@ Result<QString> ModuleLoader::find(const QString &library) const
             return info.absoluteFilePath();
         }
     }
-    return unavailable(QStringLiteral("there is no %1 in %2")
-                           .arg(fileName, m_searchPath.join(QLatin1String(", "))));
+    return Failure{QStringLiteral("there is no %1 in %2")
+                       .arg(fileName, m_searchPath.join(QLatin1String(", ")))};
 }
 
 Result<WorkerCreate> ModuleLoader::load(const QString &file)
@@ -49,11 +44,11 @@ Result<WorkerCreate> ModuleLoader::load(const QString &file)
     QLibrary library(file);
     library.setLoadHints(QLibrary::ResolveAllSymbolsHint | QLibrary::PreventUnloadHint);
     if (!library.load()) {
-        return unavailable(library.errorString());
+        return Failure{library.errorString()};
     }
     const QFunctionPointer entry = library.resolve("worker_create");
     if (entry == nullptr) {
-        return unavailable(QStringLiteral("%1 exports no worker_create").arg(file));
+        return Failure{QStringLiteral("%1 exports no worker_create").arg(file)};
     }
     return reinterpret_cast<WorkerCreate>(entry);
 }
@@ -68,14 +63,14 @@ QVector<FoundModule> ModuleLoader::list() const
             const QString name = info.fileName().mid(
                 s_prefix.size(), info.fileName().size() - s_prefix.size() - s_suffix.size());
             if (!found.contains(name)) {
-                found.insert(name, {name, info.absoluteFilePath(), {}});
+                found.insert(name, {name, info.absoluteFilePath(), std::nullopt});
             }
         }
     }
     for (FoundModule &module : found) {
         const auto loaded = load(module.file);
         if (const auto *failure = std::get_if<Failure>(&loaded)) {
-            module.error = failure->text;
+            module.error = failure->reason;
         }
     }
     return found.values().toVector();

@@ -3,11 +3,13 @@
 
 #pragma once
 
-#include "host/ExitCode.h"
+#include "base/Result.h"
 
 #include <QString>
 #include <QStringList>
 #include <QVector>
+
+#include <optional>
 
 /// A module's entry point; see core/base/export.h.
 using WorkerCreate = void *(*)(const char *name, void *config);
@@ -17,14 +19,14 @@ struct FoundModule
 {
     QString name;
     QString file;
-    /// Why the file is no usable module; empty for a good one.
-    QString error;
+    /// Why the module can't be used.
+    std::optional<QString> error;
 };
 
 /// Finds modules and loads them. A library stays loaded until the process ends: a module's static
 /// loggers and the types it registers with Qt outlive its worker.
 ///
-/// Thread: any. What can go wrong is in the results, each with a text for the person who reads it.
+/// Thread: any.
 class ModuleLoader
 {
 public:

@@ -8,6 +8,8 @@
 #include <QCoreApplication>
 #include <QDir>
 
+#include <stdexcept>
+
 namespace {
 /// The folder that modules are installed into, as seen from the program file.
 QString installedModules()
@@ -27,41 +29,31 @@ Result<QVector<LogLevel>> environmentLogLevels()
     for (const QString &text : environmentList("TAVO_LOG_LEVEL", ',')) {
         const auto level = logLevelFromText(text.trimmed());
         if (!level) {
-            return Failure{ExitCode::Usage, QStringLiteral("tavo-host: TAVO_LOG_LEVEL: %1 is not "
-                                                           "LEVEL or LOGGER=LEVEL with one of the "
-                                                           "levels %2")
-                                                .arg(text, logLevelNames())};
+            return Failure{QStringLiteral("tavo-host: TAVO_LOG_LEVEL: %1 is not LEVEL or "
+                                          "LOGGER=LEVEL with one of the levels %2")
+                               .arg(text, logLevelNames())};
         }
         levels.append(*level);
     }
     return levels;
 }
 
-Result<HostConfiguration> configurationOf(const CommandLine &line)
-{
-    if (line.configurationFile.isEmpty()) {
-        return HostConfiguration::builtIn();
-    }
-    auto read = HostConfiguration::fromFile(line.configurationFile);
-    if (const auto *error = std::get_if<ConfigurationError>(&read)) {
-        return Failure{ExitCode::Configuration, error->text()};
-    }
-    return std::get<HostConfiguration>(read);
-}
 } // namespace
 
-Result<Settings> Settings::read(const CommandLine &line)
+Result<Settings, ExitFailure> Settings::read(const CommandLine &line)
 {
-    auto configuration = configurationOf(line);
-    if (const auto *failure = std::get_if<Failure>(&configuration)) {
-        return *failure;
+    Settings settings;
+    try {
+        settings.m_configuration = line.configurationFile.isEmpty()
+                                       ? HostConfiguration::builtIn()
+                                       : HostConfiguration::fromFile(line.configurationFile);
+    } catch (const std::runtime_error &error) {
+        return ExitFailure{ExitCode::Configuration, QString::fromStdString(error.what())};
     }
     auto levels = environmentLogLevels();
     if (const auto *failure = std::get_if<Failure>(&levels)) {
-        return *failure;
+        return ExitFailure{ExitCode::Usage, failure->reason};
     }
-    Settings settings;
-    settings.m_configuration = std::get<HostConfiguration>(configuration);
     settings.m_configuration.log.levels += std::get<QVector<LogLevel>>(levels) + line.logLevels;
     settings.m_configuration.modulePath = line.modulePath + settings.m_configuration.modulePath +
                                           environmentList("TAVO_MODULE_PATH", ':') +
@@ -76,9 +68,8 @@ Result<std::vector<LocatedModule>> Settings::locateModules() const
     for (const ModuleEntry &entry : m_configuration.modules) {
         auto file = loader.find(entry.libraryName);
         if (const auto *failure = std::get_if<Failure>(&file)) {
-            return Failure{failure->code,
-                           QStringLiteral("%1: modules[%2]: %3")
-                               .arg(source(), QString::number(located.size()), failure->text)};
+            return Failure{QStringLiteral("%1: modules[%2]: %3")
+                               .arg(source(), QString::number(located.size()), failure->reason)};
         }
         located.push_back({entry, std::get<QString>(file)});
     }

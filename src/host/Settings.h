@@ -3,7 +3,9 @@
 
 #pragma once
 
+#include "base/Result.h"
 #include "host/CommandLine.h"
+#include "host/ExitCode.h"
 #include "host/Host.h"
 #include "host/HostConfiguration.h"
 
@@ -15,7 +17,7 @@
 class Settings
 {
 public:
-    static Result<Settings> read(const CommandLine &line);
+    static Result<Settings, ExitFailure> read(const CommandLine &line);
 
     const QString &source() const { return m_configuration.source; }
     const LogConfiguration &log() const { return m_configuration.log; }

@@ -42,7 +42,7 @@ extern "C" TAVO_UNWATCHED void handleStopSignal(int signal)
 {
     int none = 0;
     if (!s_firstSignal.compare_exchange_strong(none, signal)) {
-        _exit(static_cast<int>(ExitCode::SignalBase) + signal);
+        _exit(128 + signal);
     }
     const int savedErrno = errno;
     const char wakeUp = 0;

@@ -19,9 +19,9 @@
 #include <unistd.h>
 
 namespace {
-int exitWith(const Failure &failure)
+int exitWith(const ExitFailure &failure)
 {
-    std::fprintf(stderr, "%s\n", qPrintable(failure.text));
+    std::fprintf(stderr, "%s\n", qPrintable(failure.reason));
     return static_cast<int>(failure.code);
 }
 
@@ -35,7 +35,7 @@ int listModules(const Settings &settings)
 {
     for (const FoundModule &module : ModuleLoader(settings.searchPath()).list()) {
         const QString remark =
-            module.error.isEmpty() ? QString() : QStringLiteral("\terror: ") + module.error;
+            module.error ? QStringLiteral("\terror: ") + *module.error : QString();
         std::printf("%s\t%s%s\n", qPrintable(module.name), qPrintable(module.file),
                     qPrintable(remark));
     }
@@ -72,7 +72,7 @@ int run(const CommandLine &line, const Settings &settings,
     }
     const auto log = HostLog::open(settings.log(), settings.source());
     if (const auto *failure = std::get_if<Failure>(&log)) {
-        return exitWith(*failure);
+        return exitWith({ExitCode::Configuration, failure->reason});
     }
     Host host(settings.source());
     if (const auto failure = host.start(modules, [] { return !StopSignals::received(); })) {
@@ -90,7 +90,7 @@ int run(const CommandLine &line, const Settings &settings,
 int act(const CommandLine &line)
 {
     const auto settings = Settings::read(line);
-    if (const auto *failure = std::get_if<Failure>(&settings)) {
+    if (const auto *failure = std::get_if<ExitFailure>(&settings)) {
         return exitWith(*failure);
     }
     if (line.action == CommandLine::Action::ListModules) {
@@ -98,7 +98,7 @@ int act(const CommandLine &line)
     }
     const auto modules = std::get<Settings>(settings).locateModules();
     if (const auto *failure = std::get_if<Failure>(&modules)) {
-        return exitWith(*failure);
+        return exitWith({ExitCode::ModuleUnavailable, failure->reason});
     }
     const auto &located = std::get<std::vector<LocatedModule>>(modules);
     if (line.action == CommandLine::Action::Check) {
@@ -121,7 +121,7 @@ int main(int argc, char **argv)
 
     const auto line = CommandLine::parse(QCoreApplication::arguments());
     if (const auto *failure = std::get_if<Failure>(&line)) {
-        return exitWith(*failure);
+        return exitWith({ExitCode::Usage, failure->reason});
     }
     switch (std::get<CommandLine>(line).action) {
     case CommandLine::Action::ShowHelp:

@@ -20,7 +20,7 @@ static void PrintTo(const WrongConfiguration &wrong, std::ostream *stream)
     *stream << wrong.json;
 }
 
-/// The parser has tests of its own; these hold the program to exit code, form and silence.
+/// The reader has tests of its own; these check exit code, form and silence of the program.
 class HostConfigurationErrorsTest : public HostTest,
                                     public testing::WithParamInterface<WrongConfiguration>
 {
@@ -44,9 +44,9 @@ INSTANTIATE_TEST_SUITE_P(
         WrongConfiguration{"UnknownKey", R"({"modules": ["scripted"], "moduls": []})",
                            ": moduls: unknown key"},
         WrongConfiguration{"WrongType", R"({"modules": ["scripted", 7]})",
-                           ": modules[1]: must be a module's name or an object, is a number"},
+                           ": modules[1]: must be a string or an object"},
         WrongConfiguration{"Duplicate", R"({"modules": ["scripted", "scripted"]})",
-                           ": modules[1]: the name \"scripted\" is already that of modules[0]"},
+                           ": modules[1].name: \"scripted\" is the name of modules[0] already"},
         WrongConfiguration{"NoLogFile", R"({"modules": ["scripted"], "log": {"file": "/none"}})",
                            ": log.file: /none is no file that can be read"}),
     [](const auto &info) { return info.param.name; });

@@ -3,31 +3,29 @@
 
 #include "host/HostConfiguration.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
 
 namespace {
-HostConfiguration good(const QByteArray &json)
+HostConfiguration configurationOf(const QByteArray &json)
 {
-    const auto result = HostConfiguration::fromJson(json, "/etc/tavo/host.json");
-    if (const auto *error = std::get_if<ConfigurationError>(&result)) {
-        ADD_FAILURE() << error->text().toStdString();
-        return {};
-    }
-    return std::get<HostConfiguration>(result);
+    return HostConfiguration::fromJson(json, "/etc/tavo/host.json");
 }
 
 std::string errorOf(const QByteArray &json)
 {
-    const auto result = HostConfiguration::fromJson(json, "f");
-    const auto *error = std::get_if<ConfigurationError>(&result);
-    return error != nullptr ? error->text().toStdString() : std::string("no error");
+    try {
+        HostConfiguration::fromJson(json, "f");
+    } catch (const std::runtime_error &error) {
+        return error.what();
+    }
+    return "no error";
 }
 } // namespace
 
-TEST(HostConfigurationTest, RunsFourModulesInOrderWhenNobodySaysOtherwise)
+TEST(HostConfigurationTest, RunsFourModulesInOrderWithoutAFile)
 {
     const auto configuration = HostConfiguration::builtIn();
     ASSERT_EQ(configuration.modules.size(), 4);
@@ -40,7 +38,7 @@ TEST(HostConfigurationTest, RunsFourModulesInOrderWhenNobodySaysOtherwise)
 
 TEST(HostConfigurationTest, TakesAModulesNameForItsLibrary)
 {
-    const auto configuration = good(R"({"modules": ["a", {"name": "b"}]})");
+    const auto configuration = configurationOf(R"({"modules": ["a", {"name": "b"}]})");
     ASSERT_EQ(configuration.modules.size(), 2);
     EXPECT_EQ(configuration.modules[0].name, "a");
     EXPECT_EQ(configuration.modules[0].libraryName, "a");
@@ -49,7 +47,7 @@ TEST(HostConfigurationTest, TakesAModulesNameForItsLibrary)
 
 TEST(HostConfigurationTest, KeepsTheOrderOfTheModules)
 {
-    const auto configuration = good(R"({"modules": ["z", "a", "m"]})");
+    const auto configuration = configurationOf(R"({"modules": ["z", "a", "m"]})");
     ASSERT_EQ(configuration.modules.size(), 3);
     EXPECT_EQ(configuration.modules[0].name, "z");
     EXPECT_EQ(configuration.modules[2].name, "m");
@@ -57,22 +55,23 @@ TEST(HostConfigurationTest, KeepsTheOrderOfTheModules)
 
 TEST(HostConfigurationTest, AllowsTwoModulesOfOneLibrary)
 {
-    const auto configuration =
-        good(R"({"modules": [{"name": "a", "library": "x"}, {"name": "b", "library": "x"}]})");
+    const auto configuration = configurationOf(
+        R"({"modules": [{"name": "a", "library": "x"}, {"name": "b", "library": "x"}]})");
     ASSERT_EQ(configuration.modules.size(), 2);
     EXPECT_EQ(configuration.modules[1].libraryName, "x");
 }
 
 TEST(HostConfigurationTest, TakesALibraryWithASlashFromTheFoldersOfTheFile)
 {
-    const auto configuration = good(R"({"modules": [{"name": "a", "library": "../lib/x.so"}]})");
+    const auto configuration =
+        configurationOf(R"({"modules": [{"name": "a", "library": "../lib/x.so"}]})");
     ASSERT_EQ(configuration.modules.size(), 1);
     EXPECT_EQ(configuration.modules[0].libraryName, "/etc/lib/x.so");
 }
 
 TEST(HostConfigurationTest, PassesAModulesConfigurationOnAsItIs)
 {
-    const auto configuration = good(R"({"modules": [
+    const auto configuration = configurationOf(R"({"modules": [
         {"name": "a", "config": {"text": "x", "number": 1.5, "list": [1], "deep": {"k": true}}}]})");
     ASSERT_EQ(configuration.modules.size(), 1);
     const QVariantHash &config = configuration.modules[0].config;
@@ -84,20 +83,22 @@ TEST(HostConfigurationTest, PassesAModulesConfigurationOnAsItIs)
 
 TEST(HostConfigurationTest, TakesFoldersFromTheFolderOfTheFile)
 {
-    const auto configuration = good(R"({"modules": ["a"], "modulePath": ["m", "/abs"]})");
+    const auto configuration =
+        configurationOf(R"({"modules": ["a"], "modulePath": ["m", "/abs"]})");
     EXPECT_EQ(configuration.modulePath, QStringList({"/etc/tavo/m", "/abs"}));
 }
 
 TEST(HostConfigurationTest, TakesANameThatBeginsWithAColonForAName)
 {
-    const auto configuration = good(R"({"modules": ["a"], "modulePath": [":/m", "../:m"]})");
+    const auto configuration =
+        configurationOf(R"({"modules": ["a"], "modulePath": [":/m", "../:m"]})");
     EXPECT_EQ(configuration.modulePath, QStringList({"/etc/tavo/:/m", "/etc/:m"}));
 }
 
 TEST(HostConfigurationTest, ReadsLogLevelsWithTheRootLoggersFirst)
 {
-    const auto configuration =
-        good(R"({"modules": ["a"], "log": {"levels": {"Host": "trace"}, "level": "WARN"}})");
+    const auto configuration = configurationOf(
+        R"({"modules": ["a"], "log": {"levels": {"Host": "trace"}, "level": "WARN"}})");
     const auto &levels = configuration.log.levels;
     ASSERT_EQ(levels.size(), 2);
     EXPECT_EQ(levels[0].logger, "");
@@ -108,50 +109,15 @@ TEST(HostConfigurationTest, ReadsLogLevelsWithTheRootLoggersFirst)
 
 TEST(HostConfigurationTest, ReadsALogFilesNameFromTheFolderOfTheFile)
 {
-    const auto configuration = good(R"({"modules": ["a"], "log": {"file": "log.properties"}})");
+    const auto configuration =
+        configurationOf(R"({"modules": ["a"], "log": {"file": "log.properties"}})");
     EXPECT_EQ(configuration.log.file, "/etc/tavo/log.properties");
 }
-
-struct SyntaxError
-{
-    const char *name;
-    const char *json;
-    const char *message;
-};
-
-static void PrintTo(const SyntaxError &error, std::ostream *stream)
-{
-    *stream << error.json;
-}
-
-class HostConfigurationSyntaxTest : public testing::TestWithParam<SyntaxError>
-{
-};
-
-TEST_P(HostConfigurationSyntaxTest, IsReportedWithLineAndColumn)
-{
-    EXPECT_EQ(errorOf(GetParam().json), std::string("f:") + GetParam().message);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Errors, HostConfigurationSyntaxTest,
-    testing::Values(
-        SyntaxError{"NoText", "", "1:1: illegal value"},
-        SyntaxError{"OnlyBlanks", " \n ", "1:1: illegal value"},
-        SyntaxError{"WrongBracket", "{\n \"a\": [1\n}\n", "3:1: unterminated array"},
-        SyntaxError{"NoColon", "{\"a\" 1}", "1:6: missing name separator"},
-        SyntaxError{"CommaTooMany", "{\"a\":1,\n}", "2:1: object is missing after a comma"},
-        SyntaxError{"CommaMissing", "{\"a\":1\n \"b\":2}", "2:2: unterminated object"},
-        SyntaxError{"Comment", "{\"a\":1,\n\n  // no\n \"b\":2}", "3:3: unterminated object"},
-        SyntaxError{"WordForAValue", "{\"a\": x}", "1:7: illegal number"},
-        SyntaxError{"TextBehind", "{} x", "1:4: garbage at the end of the document"},
-        SyntaxError{"ColumnsAreCharacters", "{\"\xc3\xa9\xc3\xa9\": x}", "1:8: illegal number"}),
-    [](const auto &info) { return info.param.name; });
 
 TEST(HostConfigurationTest, ReportsTheFirstOfSeveralMistakes)
 {
     EXPECT_EQ(errorOf(R"({"modules": [1, 2], "modulePath": 3})"),
-              "f: modules[0]: must be a module's name or an object, is a number");
+              "f: modules[0]: must be a string or an object");
 }
 
 struct Mistake
@@ -175,74 +141,51 @@ TEST_P(HostConfigurationMistakeTest, IsReportedWithItsKey)
     EXPECT_EQ(errorOf(GetParam().json), std::string("f: ") + GetParam().message);
 }
 
-static const char s_nameRule[] =
-    " is no module name: letters, digits, '.', '_' and '-', with a letter or a digit first";
-static const std::string s_emptyName = std::string("modules[0]: \"\"") + s_nameRule;
-static const std::string s_slashName = std::string("modules[0].name: \"a/b\"") + s_nameRule;
-static const std::string s_library = "modules[0]" + std::string(1, '.') + "library: ";
-static const std::string s_libraryName = s_library + "\"a b\"" + s_nameRule;
-static const std::string s_libraryType = s_library + "must be a string, is a boolean";
+#define NAME_RULE                                                                                  \
+    "must be a name of letters, digits, '.', '_' and '-' that begins with a letter or a digit"
 
 INSTANTIATE_TEST_SUITE_P(
     Mistakes, HostConfigurationMistakeTest,
     testing::Values(
         Mistake{"RootIsNoObject", "[]", "must be a JSON object"},
-        Mistake{"NoModules", "{}", "modules: must be an array, is missing"},
-        Mistake{"ModulesIsNoArray", R"({"modules": "a"})",
-                "modules: must be an array, is a string"},
-        Mistake{"ModulesIsEmpty", R"({"modules": []})", "modules: names no module"},
+        Mistake{"NoModules", "{}", "modules: must name at least one module"},
+        Mistake{"ModulesIsNoList", R"({"modules": "a"})", "modules: must be a list"},
+        Mistake{"ModulesIsEmpty", R"({"modules": []})", "modules: must name at least one module"},
         Mistake{"ModuleIsNull", R"({"modules": [null]})",
-                "modules[0]: must be a module's name or an object, is null"},
-        Mistake{"ModuleNameIsEmpty", R"({"modules": [""]})", s_emptyName.c_str()},
-        Mistake{"ModuleNameIsMissing", R"({"modules": [{}]})",
-                "modules[0].name: must be a string, is missing"},
-        Mistake{"ModuleNameIsAPath", R"({"modules": [{"name": "a/b"}]})", s_slashName.c_str()},
+                "modules[0]: must be a string or an object"},
+        Mistake{"ModuleNameIsEmpty", R"({"modules": [""]})", "modules[0].name: " NAME_RULE},
+        Mistake{"ModuleNameIsMissing", R"({"modules": [{}]})", "modules[0].name: " NAME_RULE},
+        Mistake{"ModuleNameIsAPath", R"({"modules": [{"name": "a/b"}]})",
+                "modules[0].name: " NAME_RULE},
+        Mistake{"ModuleNameBeginsWithADot", R"({"modules": [{"name": ".a"}]})",
+                "modules[0].name: " NAME_RULE},
+        Mistake{"ModuleNameHasALetterOfAnotherAlphabet", "{\"modules\": [\"caf\xc3\xa9\"]}",
+                "modules[0].name: " NAME_RULE},
         Mistake{"LibraryIsNoName", R"({"modules": [{"name": "a", "library": "a b"}]})",
-                s_libraryName.c_str()},
-        Mistake{"LibraryIsNoText", R"({"modules": [{"name": "a", "library": true}]})",
-                s_libraryType.c_str()},
+                "modules[0].library: " NAME_RULE},
+        Mistake{"LibraryIsNoString", R"({"modules": [{"name": "a", "library": true}]})",
+                "modules[0].library: must be a string"},
         Mistake{"ConfigIsNoObject", R"({"modules": [{"name": "a", "config": []}]})",
-                "modules[0].config: must be an object, is an array"},
+                "modules[0].config: must be an object"},
         Mistake{"UnknownKeyOfAModule", R"({"modules": ["x", {"name": "a", "nam": "b"}]})",
                 "modules[1].nam: unknown key"},
         Mistake{"NameTwice", R"({"modules": ["a", "b", {"name": "a", "library": "c"}]})",
-                "modules[2]: the name \"a\" is already that of modules[0]"},
-        Mistake{"ModulePathIsNoArray", R"({"modules": ["a"], "modulePath": "/x"})",
-                "modulePath: must be an array, is a string"},
-        Mistake{"FolderIsNoText", R"({"modules": ["a"], "modulePath": ["/x", {}]})",
-                "modulePath[1]: must be a string, is an object"},
-        Mistake{"FolderIsEmpty", R"({"modules": ["a"], "modulePath": [""]})",
-                "modulePath[0]: must not be empty"},
-        Mistake{"LogIsNoObject", R"({"modules": ["a"], "log": "INFO"})",
-                "log: must be an object, is a string"},
+                "modules[2].name: \"a\" is the name of modules[0] already"},
+        Mistake{"ModulePathIsNoList", R"({"modules": ["a"], "modulePath": "/x"})",
+                "modulePath: must be a list of strings"},
+        Mistake{"FolderIsNoString", R"({"modules": ["a"], "modulePath": ["/x", {}]})",
+                "modulePath: must be a list of strings"},
+        Mistake{"FolderIsEmpty", R"({"modules": ["a"], "modulePath": ["/x", ""]})",
+                "modulePath[1]: must not be empty"},
+        Mistake{"LogIsNoObject", R"({"modules": ["a"], "log": "INFO"})", "log: must be an object"},
+        Mistake{"LogFileIsEmpty", R"({"modules": ["a"], "log": {"file": ""}})",
+                "log.file: must not be empty"},
         Mistake{"UnknownKeyOfTheLog", R"({"modules": ["a"], "log": {"color": true}})",
                 "log.color: unknown key"},
         Mistake{"LevelIsUnknown", R"({"modules": ["a"], "log": {"level": "LOUD"}})",
-                "log.level: \"LOUD\" is no log level; the levels are TRACE, DEBUG, INFO, WARN, "
-                "ERROR, FATAL, OFF"},
-        Mistake{"LevelIsNoText", R"({"modules": ["a"], "log": {"levels": {"Host": 3}}})",
-                "log.levels.Host: must be a string, is a number"},
+                "log.level: must be one of TRACE, DEBUG, INFO, WARN, ERROR, FATAL, OFF"},
+        Mistake{"LevelIsNoString", R"({"modules": ["a"], "log": {"levels": {"Host": 3}}})",
+                "log.levels.Host: must be a string"},
         Mistake{"UnknownKey", R"({"modules": ["a"], "modulepath": []})",
                 "modulepath: unknown key"}),
     [](const auto &info) { return info.param.name; });
-
-TEST(HostConfigurationTest, ReportsAFileThatIsNotThere)
-{
-    const auto result = HostConfiguration::fromFile("/nonexistent/host.json");
-    const auto *error = std::get_if<ConfigurationError>(&result);
-    ASSERT_NE(error, nullptr);
-    EXPECT_EQ(error->text(), "/nonexistent/host.json: No such file or directory");
-}
-
-TEST(HostConfigurationTest, ReportsAFileThatCanBeOpenedButNotRead)
-{
-    // The kernel shows a process its memory as a file, and has none to show at its beginning.
-    const auto result = HostConfiguration::fromFile("/proc/self/mem");
-    ASSERT_TRUE(std::holds_alternative<ConfigurationError>(result));
-    EXPECT_EQ(std::get<ConfigurationError>(result).text(), "/proc/self/mem: Input/output error");
-}
-
-TEST(HostConfigurationTest, FindsBytesThatAreNoUtf8)
-{
-    EXPECT_THAT(errorOf("{\"modules\": [\"a\xff\"]}"), testing::StartsWith("f:1:"));
-}
