@@ -7,6 +7,8 @@
 
 #include <bus/BusError.h>
 
+#include <utility>
+
 namespace {
 const QString itemKey = QStringLiteral("notificationPlayerItem");
 
@@ -111,14 +113,10 @@ CMReply<QVariant> ClientSounds::playMusic(const QVariant &value) const
 
 CMPath ClientSounds::watch(const std::string &client, const TavoNotificationPlayerItem &item)
 {
-    const auto count = m_counts.find(client);
-    Clients::checkRoom(count == m_counts.end() ? 0 : count->second, m_clients.limits().sounds,
-                       "sounds");
-    Clients::checkTotal(m_sounds.size(), m_clients.limits().totalSounds, "sounds");
+    Quotas::Charge charge = m_clients.quotas().charge(client, Quotas::Sounds);
     CMPath path = soundsPath() + QString::number(++m_lastNumber);
     CMActivateNode *node = CMActivateNode::create(m_nodes, path);
-    m_sounds.insert(path, {client, item, node});
-    ++m_counts[client];
+    m_sounds.emplace(path, Sound{std::move(charge), item, node});
     node->setInvoke(this, &ClientSounds::on_sound_responded, Qt::QueuedConnection);
     return path;
 }
@@ -129,22 +127,18 @@ void ClientSounds::forget(const CMPath &path)
     if (sound == m_sounds.end()) {
         return;
     }
-    const auto count = m_counts.find(sound->client);
-    if (count != m_counts.end() && --count->second == 0) {
-        m_counts.erase(count);
-    }
-    sound->node->dispose();
+    sound->second.node->dispose();
     m_sounds.erase(sound);
 }
 
 void ClientSounds::on_sound_responded(const CMSetDataRequest &request)
 {
     request.reply().setValue(QVariant());
-    const auto sound = m_sounds.constFind(request.path());
-    if (sound == m_sounds.constEnd()) {
+    const auto sound = m_sounds.find(request.path());
+    if (sound == m_sounds.end()) {
         return;
     }
-    const CMPath wanted = sound->item.playbackResponsePath();
+    const CMPath wanted = sound->second.item.playbackResponsePath();
     if (!wanted.isEmpty()) {
         CMRoot()->invoke(wanted, request.value(), {});
     }
@@ -155,15 +149,11 @@ void ClientSounds::on_sound_responded(const CMSetDataRequest &request)
 
 void ClientSounds::on_clients_left(const std::string &client)
 {
-    if (m_counts.erase(client) == 0) {
+    if (m_clients.quotas().held(client, Quotas::Sounds) == 0) {
         return;
     }
-    for (Sound &sound : m_sounds) {
-        if (sound.client != client) {
-            continue;
-        }
-        sound.client.clear();
-        if (sound.item.loop()) {
+    for (const auto &[path, sound] : m_sounds) {
+        if (sound.charge.client() == client && sound.item.loop()) {
             CMRoot()->invoke(TavoNotificationPlayerCancelPath(),
                              TavoValue().setString_(sound.item.id()), {});
         }
@@ -176,7 +166,7 @@ void ClientSounds::on_player_nodeChanged(const CMPath & /*path*/, bool published
         return;
     }
     // It has taken its sounds with it, and reports of none any more.
-    for (const CMPath &sound : m_sounds.keys()) {
-        forget(sound);
+    for (const auto &[path, sound] : std::exchange(m_sounds, {})) {
+        sound.node->dispose();
     }
 }

@@ -4,11 +4,13 @@
 #pragma once
 
 #include "modules/dbus/DbusConfiguration.h"
+#include "PathHash.h"
+#include "Quotas.h"
 #include "SoundAccess.h"
 
 #include <core/tavo.h>
 
-#include <QHash>
+#include <QObject>
 
 #include <string>
 #include <unordered_map>
@@ -51,7 +53,7 @@ private Q_SLOTS:
 private:
     struct Sound
     {
-        std::string client; ///< empty once it has left
+        Quotas::Charge charge;
         TavoNotificationPlayerItem item;
         CMActivateNode *node; ///< the node set's
     };
@@ -66,7 +68,6 @@ private:
     Clients &m_clients;
     const SoundAccess m_access;
     CMNodes *m_nodes;
-    QHash<CMPath, Sound> m_sounds;                 ///< by their nodes
-    std::unordered_map<std::string, int> m_counts; ///< by client; none for one without
+    std::unordered_map<CMPath, Sound, PathHash> m_sounds; ///< by their nodes
     quint64 m_lastNumber = 0;
 };

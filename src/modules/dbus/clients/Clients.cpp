@@ -7,15 +7,11 @@
 #include <bus/BusError.h>
 #include <core/tavo.h>
 
-#include <algorithm>
 #include <cstring>
 #include <utility>
 
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
-
-/// Those who start with much to ask shall not have to wait.
-constexpr double burstSeconds = 2;
 
 /// One rule for all clients: the bus tells of every name that nobody has any more.
 constexpr const char *vanishedRule =
@@ -45,6 +41,7 @@ void sendTo(const std::string &client, const sdbus::MethodReply &answer)
 Clients::Clients(BusConnection &bus, const DbusConfiguration::Limits &limits)
     : m_bus(bus)
     , m_limits(limits)
+    , m_quotas(limits)
     , m_unread(bus, limits)
 {
     tavoConnect(&m_bus, &BusConnection::connected, this, &Clients::on_bus_connected);
@@ -62,27 +59,8 @@ bool Clients::pass(sd_bus_message *call)
     if (!m_unread.takeCall(client, ownAnswerBytes(call))) {
         return false;
     }
-    count(client);
+    m_quotas.countRequest(client);
     return true;
-}
-
-void Clients::count(const std::string &client)
-{
-    const double most = burstSeconds * m_limits.requestsPerSecond;
-    const Clock::time_point now = Clock::now();
-    Allowance &allowance = m_known.try_emplace(client, Allowance{most, now}).first->second;
-    if (m_limits.requestsPerSecond == 0) {
-        return;
-    }
-    const std::chrono::duration<double> elapsed = now - std::exchange(allowance.since, now);
-    allowance.requests =
-        std::min(most, allowance.requests + elapsed.count() * m_limits.requestsPerSecond);
-    if (allowance.requests < 1) {
-        throw BusErrors::limitExceeded("No more than " +
-                                       std::to_string(m_limits.requestsPerSecond) +
-                                       " requests a second are taken from a client");
-    }
-    allowance.requests -= 1;
 }
 
 void Clients::handle(sdbus::MethodCall &call, const Handler &handler)
@@ -149,7 +127,7 @@ void Clients::refuse(const sdbus::MethodCall &call, const sdbus::Error &error)
 
 bool Clients::send(const std::string &client, sdbus::Signal &signal, std::size_t bytes)
 {
-    if (m_known.count(client) == 0) {
+    if (!m_quotas.knows(client)) {
         return true;
     }
     if (!m_unread.takeSignal(client, bytes + UnreadBytes::messageBytes)) {
@@ -158,22 +136,6 @@ bool Clients::send(const std::string &client, sdbus::Signal &signal, std::size_t
     signal.setDestination(client);
     signal.send();
     return true;
-}
-
-void Clients::checkRoom(int used, int most, const char *what)
-{
-    if (used >= most) {
-        throw BusErrors::limitExceeded("A client may have no more than " + std::to_string(most) +
-                                       ' ' + what);
-    }
-}
-
-void Clients::checkTotal(int used, int most, const char *what)
-{
-    if (used >= most) {
-        throw BusErrors::limitExceeded("All clients together may have no more than " +
-                                       std::to_string(most) + ' ' + what);
-    }
 }
 
 void Clients::on_bus_connected()
@@ -188,8 +150,8 @@ void Clients::on_bus_lost()
 {
     m_vanished.reset();
     m_filter.reset();
-    for (const auto &[client, allowance] : std::exchange(m_known, {})) {
-        Q_EMIT left(client);
+    for (const std::string &client : m_quotas.clients()) {
+        forget(client);
     }
     // What ends with its clients may still have been answered to others.
     m_unread.stop();
@@ -211,8 +173,9 @@ void Clients::on_name_vanished(sdbus::Message &message)
 
 void Clients::forget(const std::string &client)
 {
-    m_unread.forget(client);
-    if (m_known.erase(client) > 0) {
+    if (m_quotas.knows(client)) {
         Q_EMIT left(client);
+        m_quotas.forget(client);
     }
+    m_unread.forget(client);
 }

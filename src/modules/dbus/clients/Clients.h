@@ -4,6 +4,7 @@
 #pragma once
 
 #include "modules/dbus/DbusConfiguration.h"
+#include "Quotas.h"
 #include "UnreadBytes.h"
 
 #include <bus/BusHandles.h>
@@ -13,11 +14,9 @@
 
 #include <sdbus-c++/sdbus-c++.h>
 
-#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
-#include <unordered_map>
 
 class BusConnection;
 
@@ -34,6 +33,7 @@ public:
     Clients(BusConnection &bus, const DbusConfiguration::Limits &limits);
 
     const DbusConfiguration::Limits &limits() const { return m_limits; }
+    Quotas &quotas() { return m_quotas; }
 
     using Handler = std::function<void(sdbus::MethodCall &call)>;
 
@@ -48,12 +48,6 @@ public:
     /// Sends a signal to the client alone, if it is there; false when it reads too little for that.
     bool send(const std::string &client, sdbus::Signal &signal, std::size_t bytes);
 
-    /// Throws BusErrors::limitExceeded() unless there is room for one more of what is named.
-    static void checkRoom(int used, int most, const char *what);
-
-    /// The same for what all clients have together.
-    static void checkTotal(int used, int most, const char *what);
-
 Q_SIGNALS:
     /// A client has left the bus, or the bus has gone with all of them: what it had ends.
     void left(const std::string &client);
@@ -63,17 +57,7 @@ private Q_SLOTS:
     void on_bus_lost();
 
 private:
-    using Clock = std::chrono::steady_clock;
-
-    /// What a client may still ask for, refilled with time.
-    struct Allowance
-    {
-        double requests;
-        Clock::time_point since;
-    };
-
     bool pass(sd_bus_message *call);
-    void count(const std::string &client);
     void run(sdbus::MethodCall &call, const Handler &handler);
     void refuse(const sdbus::MethodCall &call, const sdbus::Error &error);
     void refuseUnread(const sdbus::MethodCall &call, UnreadBytes::Verdict verdict);
@@ -82,8 +66,8 @@ private:
 
     BusConnection &m_bus;
     const DbusConfiguration::Limits &m_limits;
+    Quotas m_quotas;
     UnreadBytes m_unread;
     std::unique_ptr<CallFilter> m_filter; ///< while connected
     BusSlot m_vanished;                   ///< while connected
-    std::unordered_map<std::string, Allowance> m_known;
 };

@@ -7,6 +7,8 @@
 
 #include <bus/BusError.h>
 
+#include <utility>
+
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 
@@ -27,62 +29,37 @@ PendingCalls::PendingCalls(Clients &clients)
 
 void PendingCalls::on_clients_left(const std::string &client)
 {
-    if (m_shares.count(client) == 0) {
+    if (m_clients.quotas().held(client, Quotas::RequestBytes) == 0) {
         return;
     }
     for (auto pending = m_calls.begin(); pending != m_calls.end();) {
-        const bool isItsOwn = pending->second.call.getSender() == client;
-        if (isItsOwn) {
-            release(pending->second);
-        }
+        const bool isItsOwn = pending->second.charge.client() == client;
         pending = isItsOwn ? m_calls.erase(pending) : std::next(pending);
     }
 }
 
-void PendingCalls::checkRoom(const sdbus::MethodCall &call, std::size_t bytes) const
+Quotas::Charge PendingCalls::charge(const sdbus::MethodCall &call, std::size_t bytes)
 {
-    const auto share = m_shares.find(call.getSender());
-    const std::size_t added = bytes + UnreadBytes::messageBytes;
-    const std::size_t own = added + (share == m_shares.end() ? 0 : share->second);
-    const auto most = std::size_t(m_clients.limits().totalRequestBytes);
-    if (m_bytes + added + own > most) {
-        throw BusErrors::limitExceeded("Too many requests wait for their answers, of which all "
-                                       "clients together may have " +
-                                       std::to_string(most) + " bytes");
-    }
+    return m_clients.quotas().charge(call.getSender(), Quotas::RequestBytes,
+                                     bytes + UnreadBytes::messageBytes);
 }
 
 void PendingCalls::clear()
 {
     m_calls.clear();
-    m_shares.clear();
-    m_bytes = 0;
 }
 
 void PendingCalls::answer(const sdbus::MethodCall &call, const CMReply<QVariant> &reply,
-                          Append append, std::size_t bytes)
+                          Append append, Quotas::Charge charge)
 {
     if (reply.isFinished()) {
         send(call, reply, append);
         return;
     }
     const quint64 number = ++m_lastNumber;
-    const std::size_t taken = bytes + UnreadBytes::messageBytes;
-    m_calls.emplace(number, PendingCall{call, append, taken});
-    m_bytes += taken;
-    m_shares[call.getSender()] += taken;
+    m_calls.emplace(number, PendingCall{call, append, std::move(charge)});
     reply.onFinished(
         this, [this, number](const CMReply<QVariant> &finished) { finish(number, finished); });
-}
-
-void PendingCalls::release(const PendingCall &pending)
-{
-    m_bytes -= pending.bytes;
-    const auto share = m_shares.find(pending.call.getSender());
-    share->second -= pending.bytes;
-    if (share->second == 0) {
-        m_shares.erase(share);
-    }
 }
 
 void PendingCalls::finish(quint64 number, const CMReply<QVariant> &reply)
@@ -91,7 +68,6 @@ void PendingCalls::finish(quint64 number, const CMReply<QVariant> &reply)
     if (pending.empty()) {
         return;
     }
-    release(pending.mapped());
     try {
         send(pending.mapped().call, reply, pending.mapped().append);
     } catch (const std::exception &error) {

@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "Quotas.h"
+
 #include <core/tavo.h>
 
 #include <QObject>
@@ -29,13 +31,13 @@ public:
     /// Puts a reply's value into the answer, and says about how many bytes that are.
     using Append = std::size_t (*)(sdbus::MethodReply &answer, const QVariant &value);
 
-    /// Throws BusErrors::limitExceeded() unless a call whose values take so many bytes may wait. No
-    /// client's may take more of what there is for all than is left for the others'.
-    void checkRoom(const sdbus::MethodCall &call, std::size_t bytes) const;
+    /// Counts a call, whose values take so many bytes, among those that wait. Throws
+    /// BusErrors::limitExceeded() when too much waits already.
+    Quotas::Charge charge(const sdbus::MethodCall &call, std::size_t bytes);
 
     /// Answers the call with the reply, or its error; now if the reply is finished.
     void answer(const sdbus::MethodCall &call, const CMReply<QVariant> &reply, Append append,
-                std::size_t bytes);
+                Quotas::Charge charge);
 
     /// Forgets all calls: the bus that they came from has gone.
     void clear();
@@ -48,11 +50,10 @@ private:
     {
         sdbus::MethodCall call;
         Append append;
-        std::size_t bytes;
+        Quotas::Charge charge;
     };
     using Calls = std::unordered_map<quint64, PendingCall>;
 
-    void release(const PendingCall &pending);
     void finish(quint64 number, const CMReply<QVariant> &reply);
     void send(const sdbus::MethodCall &call, const CMReply<QVariant> &reply, Append append);
 
@@ -60,7 +61,5 @@ private:
 
     /// Here and not with the replies' watchers: those may go in any thread, a message must not.
     Calls m_calls;
-    std::size_t m_bytes = 0;                               ///< of all
-    std::unordered_map<std::string, std::size_t> m_shares; ///< of each client that has any
     quint64 m_lastNumber = 0;
 };

@@ -8,6 +8,8 @@
 #include <bus/BusConnection.h>
 #include <bus/BusError.h>
 
+#include <utility>
+
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 
@@ -55,7 +57,6 @@ void NotificationsInterface::on_bus_connected()
 void NotificationsInterface::on_bus_lost()
 {
     m_object.reset();
-    m_notifications.forgetClients();
 }
 
 void NotificationsInterface::add(const char *method, Handler handler, const char *in,
@@ -76,18 +77,16 @@ void NotificationsInterface::notify(sdbus::MethodCall &call)
     if (m_notifications.isOpen(id)) {
         m_notifications.replace(id, wish.notification);
     } else {
-        const QString client = QString::fromStdString(call.getSender());
-        Clients::checkRoom(m_notifications.countOf(client), m_clients.limits().openNotifications,
-                           "notifications open");
-        Clients::checkTotal(m_notifications.count(), m_clients.limits().totalOpenNotifications,
-                            "notifications open");
+        Quotas::Charge charge =
+            m_clients.quotas().charge(call.getSender(), Quotas::OpenNotifications);
         // One that has closed meanwhile is opened again by the id that its client knows.
         id = id != 0 ? id : m_notifications.freeId();
-        const CMError error = m_notifications.open(id, wish.notification, client);
+        const CMError error = m_notifications.open(id, wish.notification);
         if (error.isError()) {
             BusError::reply(call, error).send();
             return;
         }
+        m_charges.emplace(id, std::move(charge));
     }
     if (!wish.isSilent) {
         m_sounds.play(call.getSender(), id, wish.soundFile, wish.soundName,
@@ -141,15 +140,15 @@ void NotificationsInterface::emitToAll(const char *signal, const Arguments &...a
 
 void NotificationsInterface::sendToken(quint32 id, const QString &token)
 {
-    const std::string client = m_notifications.clientOf(id).toStdString();
-    if (!m_object || client.empty()) {
+    const auto charge = m_charges.find(id);
+    if (!m_object || charge == m_charges.end() || charge->second.client().empty()) {
         return;
     }
     try {
         const std::string text = token.toStdString();
         sdbus::Signal message = m_object->createSignal("ActivationToken");
         message << id << text;
-        m_clients.send(client, message, text.size());
+        m_clients.send(charge->second.client(), message, text.size());
     } catch (const sdbus::Error &error) {
         LOG4CPLUS_WARN(logger, "A token can't be sent: " << error.what());
     }
@@ -157,6 +156,7 @@ void NotificationsInterface::sendToken(quint32 id, const QString &token)
 
 void NotificationsInterface::on_notifications_closed(quint32 id, OpenNotifications::Reason reason)
 {
+    m_charges.erase(id);
     if (reason == OpenNotifications::Reason::Dismissed ||
         reason == OpenNotifications::Reason::Closed) {
         // Nobody wants to hear any more what has been seen to.

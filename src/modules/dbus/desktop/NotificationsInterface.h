@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "modules/dbus/clients/Quotas.h"
 #include "modules/dbus/DbusConfiguration.h"
 #include "NotificationSounds.h"
 #include "NotifyCall.h"
@@ -15,6 +16,7 @@
 #include <sdbus-c++/sdbus-c++.h>
 
 #include <memory>
+#include <unordered_map>
 
 class BusConnection;
 class Clients;
@@ -63,6 +65,7 @@ private:
     Clients &m_clients;
     const NotifyCall::Timeouts m_timeouts;
     OpenNotifications m_notifications;
+    std::unordered_map<quint32, Quotas::Charge> m_charges; ///< of those that are open
     NotificationSounds m_sounds;
     std::unique_ptr<BusObject> m_object; ///< while connected
 };

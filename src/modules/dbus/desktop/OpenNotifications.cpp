@@ -74,39 +74,15 @@ CMPath OpenNotifications::pathOf(quint32 id)
     return notificationsPath() + QString::number(id);
 }
 
-QString OpenNotifications::clientOf(quint32 id) const
-{
-    return m_entries.value(id).client;
-}
-
-void OpenNotifications::forgetClients()
-{
-    m_counts.clear();
-    if (m_entries.isEmpty()) {
-        return;
-    }
-    const QString nobody = QLatin1String("");
-    m_counts.insert(nobody, m_entries.size());
-    for (Entry &entry : m_entries) {
-        entry.client = nobody;
-    }
-}
-
 quint32 OpenNotifications::freeId()
 {
     return m_ids.take([this](quint32 id) { return isOpen(id); });
 }
 
-CMError OpenNotifications::open(quint32 id, const DesktopNotification &notification,
-                                const QString &client)
+CMError OpenNotifications::open(quint32 id, const DesktopNotification &notification)
 {
     Q_ASSERT(id != 0 && !isOpen(id));
     const auto entry = m_entries.insert(id, Entry());
-    const auto count = m_counts.find(client);
-    const auto counted = count != m_counts.end() ? count : m_counts.insert(client, 0);
-    ++*counted;
-    // All of a client's share one text.
-    entry->client = counted.key();
     const CMPath path = pathOf(id);
     entry->node = CMListRowsNode::create(m_nodes, path);
     static const auto rowsRoles =
@@ -254,10 +230,6 @@ void OpenNotifications::withdraw(Entries::iterator entry)
                                    &OpenNotifications::on_notification_rowsChanged);
     withdrawActions(*entry);
     entry->node->dispose();
-    const auto count = m_counts.find(entry->client);
-    if (--*count == 0) {
-        m_counts.erase(count);
-    }
     m_entries.erase(entry);
 }
 

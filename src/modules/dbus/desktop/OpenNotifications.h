@@ -46,20 +46,11 @@ public:
     bool isOpen(quint32 id) const { return m_entries.contains(id); }
     int count() const { return m_entries.size(); }
 
-    /// How many of those that are open a client has opened.
-    int countOf(const QString &client) const { return m_counts.value(client); }
-
-    /// Who opened one that is open; empty where nobody knows any more.
-    QString clientOf(quint32 id) const;
-
-    /// Forgets who opened what: the names belonged to a bus that has gone, and another's may be the same.
-    void forgetClients();
-
     quint32 freeId();
 
     /// Opens a notification under an id that isn't open. Answers an error, with nothing opened, when
     /// there is no display.
-    CMError open(quint32 id, const DesktopNotification &notification, const QString &client);
+    CMError open(quint32 id, const DesktopNotification &notification);
 
     /// Changes one that is open. The display goes on showing it, unless its priority or timeout
     /// changes: then it is queued as a new one.
@@ -93,7 +84,6 @@ private:
     {
         CMListRowsNode *node = nullptr; ///< the node set's
         QVector<Action> actions;
-        QString client;
         quint32 number = 0; ///< of its last opening
         TavoNotificationItemPriority::Enum priority = TavoNotificationItemPriority::Normal;
         int timeout = 0;
@@ -120,7 +110,6 @@ private:
 
     CMNodes *m_nodes; ///< the worker's
     Entries m_entries;
-    QHash<QString, int> m_counts; ///< by client, for those that have any
     NotificationIds m_ids;
     quint32 m_numbers = 0; ///< given to openings so far
     DisplayOrder m_order;

@@ -5,6 +5,8 @@
 
 #include "modules/dbus/clients/Clients.h"
 
+#include <utility>
+
 Inboxes::Inboxes(Clients &clients, CMNodes *nodes)
     : m_clients(clients)
     , m_nodes(nodes)
@@ -15,13 +17,10 @@ Inboxes::Inboxes(Clients &clients, CMNodes *nodes)
 CMPath Inboxes::open(const std::string &client)
 {
     static const CMPath parent{QStringLiteral("/dbus/inbox")};
-    const auto count = m_counts.find(client);
-    Clients::checkRoom(count == m_counts.end() ? 0 : count->second, m_clients.limits().inboxes,
-                       "inboxes");
+    Quotas::Charge charge = m_clients.quotas().charge(client, Quotas::Inboxes);
     CMPath path = parent + QString::number(++m_lastNumber);
     CMActivateNode *node = CMActivateNode::create(m_nodes, path);
-    m_inboxes.insert(path, {client, node});
-    ++m_counts[client];
+    m_inboxes.emplace(path, Inbox{std::move(charge), node});
     node->setInvoke(this, &Inboxes::on_inbox_activated, Qt::QueuedConnection);
     return path;
 }
@@ -29,26 +28,22 @@ CMPath Inboxes::open(const std::string &client)
 bool Inboxes::close(const std::string &client, const CMPath &path)
 {
     const auto inbox = m_inboxes.find(path);
-    if (inbox == m_inboxes.end() || inbox->client != client) {
+    if (inbox == m_inboxes.end() || inbox->second.charge.client() != client) {
         return false;
     }
-    inbox->node->dispose();
+    inbox->second.node->dispose();
     m_inboxes.erase(inbox);
-    const auto count = m_counts.find(client);
-    if (--count->second == 0) {
-        m_counts.erase(count);
-    }
     return true;
 }
 
 void Inboxes::on_clients_left(const std::string &client)
 {
-    if (m_counts.erase(client) == 0) {
+    if (m_clients.quotas().held(client, Quotas::Inboxes) == 0) {
         return;
     }
     for (auto inbox = m_inboxes.begin(); inbox != m_inboxes.end();) {
-        if (inbox->client == client) {
-            inbox->node->dispose();
+        if (inbox->second.charge.client() == client) {
+            inbox->second.node->dispose();
             inbox = m_inboxes.erase(inbox);
         } else {
             ++inbox;
@@ -59,8 +54,8 @@ void Inboxes::on_clients_left(const std::string &client)
 void Inboxes::on_inbox_activated(const CMSetDataRequest &request)
 {
     request.reply().setValue(QVariant());
-    const auto inbox = m_inboxes.constFind(request.path());
-    if (inbox != m_inboxes.constEnd()) {
-        Q_EMIT received(inbox->client, request.path(), request.value());
+    const auto inbox = m_inboxes.find(request.path());
+    if (inbox != m_inboxes.end()) {
+        Q_EMIT received(inbox->second.charge.client(), request.path(), request.value());
     }
 }

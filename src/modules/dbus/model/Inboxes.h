@@ -3,9 +3,12 @@
 
 #pragma once
 
+#include "modules/dbus/clients/PathHash.h"
+#include "modules/dbus/clients/Quotas.h"
+
 #include <core/tavo.h>
 
-#include <QHash>
+#include <QObject>
 
 #include <string>
 #include <unordered_map>
@@ -40,13 +43,12 @@ private Q_SLOTS:
 private:
     struct Inbox
     {
-        std::string client;
+        Quotas::Charge charge;
         CMActivateNode *node; ///< the node set's
     };
 
     Clients &m_clients;
     CMNodes *m_nodes;
-    QHash<CMPath, Inbox> m_inboxes;
-    std::unordered_map<std::string, int> m_counts; ///< by client; none for one without
-    quint64 m_lastNumber = 0;                      ///< no inbox ever has the path of another
+    std::unordered_map<CMPath, Inbox, PathHash> m_inboxes;
+    quint64 m_lastNumber = 0; ///< no inbox ever has the path of another
 };

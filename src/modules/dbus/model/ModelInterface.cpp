@@ -12,6 +12,8 @@
 #include <bus/BusVariantWriter.h>
 #include <bus/RawMessage.h>
 
+#include <utility>
+
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 
@@ -191,10 +193,10 @@ void ModelInterface::on_bus_lost()
 
 void ModelInterface::getValue(sdbus::MethodCall &call)
 {
-    m_calls.checkRoom(call, 0);
+    Quotas::Charge charge = m_calls.charge(call, 0);
     const CMReply<QVariant> reply;
     CMRoot()->getDataRequest(CMGetDataRequest(readPath(call), reply));
-    m_calls.answer(call, reply, appendValue, 0);
+    m_calls.answer(call, reply, appendValue, std::move(charge));
 }
 
 void ModelInterface::callNode(sdbus::MethodCall &call)
@@ -203,8 +205,8 @@ void ModelInterface::callNode(sdbus::MethodCall &call)
     BusVariantReader reader(rawMessage(call), m_clients.limits().valueBytes);
     const QVariant value = reader.read();
     // Before it does anything: a request that is refused has done nothing.
-    m_calls.checkRoom(call, reader.bytesRead());
-    m_calls.answer(call, send(call.getSender(), path, value), appendValue, reader.bytesRead());
+    Quotas::Charge charge = m_calls.charge(call, reader.bytesRead());
+    m_calls.answer(call, send(call.getSender(), path, value), appendValue, std::move(charge));
 }
 
 CMReply<QVariant> ModelInterface::send(const std::string &client, const CMPath &path,
@@ -244,10 +246,10 @@ void ModelInterface::getRows(sdbus::MethodCall &call)
         throw BusErrors::invalidArguments(
             "Rows are asked for from 0 on, and as many as the count says or, with -1, all");
     }
-    m_calls.checkRoom(call, 0);
+    Quotas::Charge charge = m_calls.charge(call, 0);
     const CMReply<QVariant> reply;
     CMRoot()->getRowsRequest(CMGetRowsRequest(path, first, count, reply));
-    m_calls.answer(call, reply, appendRows, 0);
+    m_calls.answer(call, reply, appendRows, std::move(charge));
 }
 
 void ModelInterface::matchRow(sdbus::MethodCall &call)
@@ -255,10 +257,10 @@ void ModelInterface::matchRow(sdbus::MethodCall &call)
     const CMPath path = readPath(call);
     BusVariantReader reader(rawMessage(call), m_clients.limits().valueBytes);
     const QVariant row = reader.read();
-    m_calls.checkRoom(call, reader.bytesRead());
+    Quotas::Charge charge = m_calls.charge(call, reader.bytesRead());
     const CMReply<QVariant> reply;
     CMRoot()->matchRowRequest(CMMatchRowRequest(path, row, reply));
-    m_calls.answer(call, reply, appendIndex, reader.bytesRead());
+    m_calls.answer(call, reply, appendIndex, std::move(charge));
 }
 
 void ModelInterface::closeNode(sdbus::MethodCall &call)

@@ -15,54 +15,56 @@ Subscriptions::Subscriptions(Clients &clients)
 
 void Subscriptions::add(const std::string &client, Change change, const CMPath &path)
 {
-    Held &held = m_held[client];
-    if (held.paths[change].contains(path)) {
+    const Subscription subscription{change, path};
+    auto &held = m_held[client];
+    if (held.count(subscription) > 0) {
         return;
     }
-    Clients::checkRoom(held.count, m_clients.limits().subscriptions, "subscriptions");
-    held.paths[change].insert(path);
-    ++held.count;
-    Names &names = m_names[change][path];
+    held.emplace(subscription, m_clients.quotas().charge(client, Quotas::Subscriptions));
+    Names &names = m_names[subscription];
     names.push_back(client);
     if (names.size() == 1) {
-        subscribe(change, path);
+        subscribe(subscription);
     }
 }
 
 bool Subscriptions::remove(const std::string &client, Change change, const CMPath &path)
 {
+    const Subscription subscription{change, path};
     const auto held = m_held.find(client);
-    if (held == m_held.end() || !held->second.paths[change].remove(path)) {
+    if (held == m_held.end() || held->second.erase(subscription) == 0) {
         return false;
     }
-    --held->second.count;
-    drop(client, change, path);
+    drop(client, subscription);
     return true;
 }
 
-void Subscriptions::drop(const std::string &client, Change change, const CMPath &path)
+void Subscriptions::drop(const std::string &client, const Subscription &subscription)
 {
-    const auto names = m_names[change].find(path);
-    names->erase(std::find(names->begin(), names->end(), client));
-    if (names->empty()) {
-        m_names[change].erase(names);
-        unsubscribe(change, path);
+    const auto names = m_names.find(subscription);
+    names->second.erase(std::find(names->second.begin(), names->second.end(), client));
+    if (names->second.empty()) {
+        m_names.erase(names);
+        unsubscribe(subscription);
     }
 }
 
 bool Subscriptions::end(const std::string &client)
 {
-    auto held = m_held.extract(client);
-    if (held.empty() || held.mapped().count == 0) {
+    const auto held = m_held.extract(client);
+    if (held.empty()) {
         return false;
     }
-    for (const Change change : {CMAbstractWorker::ValueChange, CMAbstractWorker::NodeChange,
-                                CMAbstractWorker::RowsChange}) {
-        for (const CMPath &path : qAsConst(held.mapped().paths[change])) {
-            drop(client, change, path);
-        }
+    for (const auto &[subscription, charge] : held.mapped()) {
+        drop(client, subscription);
     }
-    return true;
+    return !held.mapped().empty();
+}
+
+Subscriptions::Names Subscriptions::namesOf(const Subscription &subscription) const
+{
+    const auto names = m_names.find(subscription);
+    return names == m_names.end() ? Names() : names->second;
 }
 
 void Subscriptions::on_clients_left(const std::string &client)
@@ -70,9 +72,10 @@ void Subscriptions::on_clients_left(const std::string &client)
     end(client);
 }
 
-void Subscriptions::subscribe(Change change, const CMPath &path)
+void Subscriptions::subscribe(const Subscription &subscription)
 {
-    switch (change) {
+    const CMPath &path = subscription.path;
+    switch (subscription.change) {
     case CMAbstractWorker::ValueChange:
         return CMRoot()->connectValueChange(path, this, &Subscriptions::on_model_valueChanged);
     case CMAbstractWorker::NodeChange:
@@ -82,9 +85,10 @@ void Subscriptions::subscribe(Change change, const CMPath &path)
     }
 }
 
-void Subscriptions::unsubscribe(Change change, const CMPath &path)
+void Subscriptions::unsubscribe(const Subscription &subscription)
 {
-    switch (change) {
+    const CMPath &path = subscription.path;
+    switch (subscription.change) {
     case CMAbstractWorker::ValueChange:
         return CMRoot()->disconnectValueChange(path, this, &Subscriptions::on_model_valueChanged);
     case CMAbstractWorker::NodeChange:
@@ -96,17 +100,16 @@ void Subscriptions::unsubscribe(Change change, const CMPath &path)
 
 void Subscriptions::on_model_valueChanged(const CMPath &path, const QVariant &value)
 {
-    Q_EMIT valueChanged(m_names[CMAbstractWorker::ValueChange].value(path), path, value);
+    Q_EMIT valueChanged(namesOf({CMAbstractWorker::ValueChange, path}), path, value);
 }
 
 void Subscriptions::on_model_rowsChanged(const CMPath &path, const QStringList &changes, int first,
                                          int count)
 {
-    Q_EMIT rowsChanged(m_names[CMAbstractWorker::RowsChange].value(path), path, changes, first,
-                       count);
+    Q_EMIT rowsChanged(namesOf({CMAbstractWorker::RowsChange, path}), path, changes, first, count);
 }
 
 void Subscriptions::on_model_nodeChanged(const CMPath &path, bool published)
 {
-    Q_EMIT nodeChanged(m_names[CMAbstractWorker::NodeChange].value(path), path, published);
+    Q_EMIT nodeChanged(namesOf({CMAbstractWorker::NodeChange, path}), path, published);
 }

@@ -3,12 +3,13 @@
 
 #pragma once
 
+#include "modules/dbus/clients/Quotas.h"
+
 #include <core/tavo.h>
 
-#include <QHash>
-#include <QSet>
+#include <QObject>
 
-#include <array>
+#include <cstddef>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -52,20 +53,32 @@ private Q_SLOTS:
     void on_model_nodeChanged(const CMPath &path, bool published);
 
 private:
-    static constexpr int changes = 3;
-
-    /// What one client subscribed to, by the change.
-    struct Held
+    struct Subscription
     {
-        std::array<QSet<CMPath>, changes> paths;
-        int count = 0;
+        Change change;
+        CMPath path;
+
+        bool operator==(const Subscription &other) const
+        {
+            return change == other.change && path == other.path;
+        }
+    };
+    struct Hash
+    {
+        std::size_t operator()(const Subscription &subscription) const
+        {
+            return qHash(subscription.path) + std::size_t(subscription.change);
+        }
     };
 
-    void drop(const std::string &client, Change change, const CMPath &path);
-    void subscribe(Change change, const CMPath &path);
-    void unsubscribe(Change change, const CMPath &path);
+    void drop(const std::string &client, const Subscription &subscription);
+    Names namesOf(const Subscription &subscription) const;
+    void subscribe(const Subscription &subscription);
+    void unsubscribe(const Subscription &subscription);
 
     Clients &m_clients;
-    std::unordered_map<std::string, Held> m_held;
-    std::array<QHash<CMPath, Names>, changes> m_names; ///< the same the other way round
+    std::unordered_map<Subscription, Names, Hash> m_names;
+
+    /// The same the other way round.
+    std::unordered_map<std::string, std::unordered_map<Subscription, Quotas::Charge, Hash>> m_held;
 };

@@ -134,8 +134,8 @@ TEST_F(DbusRequestBytesTest, AreLimitedUntilTheRequestsAreAnsweredAndForOthersTh
     EXPECT_FALSE(first.isAnswered());
     const BusCall second = send(*client, 2);
     EXPECT_EQ(second.errorName(), limitsExceeded);
-    EXPECT_EQ(second.errorMessage(), "Too many requests wait for their answers, of which all "
-                                     "clients together may have 1048576 bytes");
+    EXPECT_EQ(second.errorMessage(), "All clients together may have no more than 1048576 bytes "
+                                     "of requests that wait for their replies");
     ModelClient other(bus().address());
     const BusCall others = send(other, 2);
     EXPECT_FALSE(others.isAnswered());

@@ -61,12 +61,11 @@ TEST(NoDisplayTest, IsAnErrorAndLeavesNothingBehind)
     OpenNotifications notifications(worker.nodes());
     int ends = 0;
     QObject::connect(&notifications, &OpenNotifications::closed, [&] { ++ends; });
-    const CMError error = notifications.open(1, DesktopNotification(), ":1.1"_s);
+    const CMError error = notifications.open(1, DesktopNotification());
     EXPECT_EQ(error.name(), CMErrors::noSuchNode());
     settle();
     EXPECT_EQ(ends, 0);
     EXPECT_EQ(notifications.count(), 0);
-    EXPECT_EQ(notifications.countOf(":1.1"_s), 0);
     EXPECT_EQ(worker.nodes()->size(), 0);
 }
 

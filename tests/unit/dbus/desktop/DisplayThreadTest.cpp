@@ -64,8 +64,7 @@ protected:
     void openMany(int count)
     {
         for (int i = 0; i < count; ++i) {
-            notifications.open(notifications.freeId(), text({}, 0, Priority::Enum(m_random() % 4)),
-                               {});
+            notifications.open(notifications.freeId(), text({}, 0, Priority::Enum(m_random() % 4)));
         }
     }
 
@@ -127,9 +126,9 @@ TEST_F(DisplayThreadTest, ExpiriesAreToldFromAllElse)
     Bustle bustle;
     bustle.start();
     const quint32 id = notifications.freeId();
-    notifications.open(id, text({}, 400, Priority::Enum(100)), {});
+    notifications.open(id, text({}, 400, Priority::Enum(100)));
     const quint32 cancelled = notifications.freeId();
-    notifications.open(cancelled, text({}, 60'000, Priority::Enum(99)), {});
+    notifications.open(cancelled, text({}, 60'000, Priority::Enum(99)));
     ASSERT_TRUE(ended(id));
     CMRoot()->invoke(TavoNotificationDisplayCancelNotifyPath(),
                      TavoValue().setPath(OpenNotifications::pathOf(cancelled)), {});

@@ -202,7 +202,7 @@ TEST_F(ShownNotificationsTest, AreQueuedAnewForANewPriority)
 TEST_F(ShownNotificationsTest, AreShownAsTheyWereLastWhenTheyChangeFasterThanTheyAreShown)
 {
     const quint32 id = notifications.freeId();
-    notifications.open(id, text("0"_s), {});
+    notifications.open(id, text("0"_s));
     for (int i = 1; i <= 100; ++i) {
         notifications.replace(id, text(QString::number(i), i * 1000, Priority::Enum(i % 4)));
     }
@@ -219,7 +219,7 @@ TEST_F(ShownNotificationsTest, MayHaveTheIdOfOneThatWasJustClosed)
 {
     const quint32 id = open(text("old"_s));
     notifications.close(id, Reason::Closed);
-    notifications.open(id, text("new"_s), {});
+    notifications.open(id, text("new"_s));
     settle();
     EXPECT_THAT(displayed(), ElementsAre(OpenNotifications::pathOf(id)));
     EXPECT_EQ(rowOf(id, 0).title().toString(), "new"_s);
@@ -317,34 +317,10 @@ TEST_F(ShownNotificationsTest, HaveOneActionAKey)
     EXPECT_EQ(rowOf(id, 1).title().toString(), "One"_s);
 }
 
-TEST_F(ShownNotificationsTest, AreCountedByClient)
-{
-    const quint32 first = open(text("one"_s), ":1.1"_s);
-    open(text("two"_s), ":1.2"_s);
-    open(text("three"_s), ":1.1"_s);
-    EXPECT_EQ(notifications.countOf(":1.1"_s), 2);
-    EXPECT_EQ(notifications.countOf(":1.2"_s), 1);
-    EXPECT_EQ(notifications.countOf(":1.3"_s), 0);
-    notifications.close(first, Reason::Closed);
-    EXPECT_EQ(notifications.countOf(":1.1"_s), 1);
-    EXPECT_EQ(notifications.count(), 2);
-}
-
-TEST_F(ShownNotificationsTest, StayWhenTheirClientsAreForgotten)
-{
-    const quint32 id = open(text("one"_s), ":1.1"_s);
-    EXPECT_EQ(notifications.clientOf(id), ":1.1"_s);
-    notifications.forgetClients();
-    EXPECT_EQ(notifications.clientOf(id), QString());
-    EXPECT_EQ(notifications.countOf(":1.1"_s), 0);
-    EXPECT_EQ(notifications.count(), 1);
-    EXPECT_TRUE(notifications.close(id, Reason::Closed));
-}
-
 TEST_F(ShownNotificationsTest, GetNoIdThatIsOpen)
 {
-    notifications.open(1, text("one"_s), {});
-    notifications.open(3, text("three"_s), {});
+    notifications.open(1, text("one"_s));
+    notifications.open(3, text("three"_s));
     EXPECT_EQ(notifications.freeId(), 2U);
     EXPECT_EQ(notifications.freeId(), 4U);
 }

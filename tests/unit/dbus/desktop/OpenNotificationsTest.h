@@ -54,10 +54,10 @@ protected:
     }
 
     /// Opens it, and waits until the display has answered and everything is told.
-    quint32 open(const DesktopNotification &notification, const QString &client = ":1.1"_s)
+    quint32 open(const DesktopNotification &notification)
     {
         const quint32 id = notifications.freeId();
-        EXPECT_FALSE(notifications.open(id, notification, client).isError());
+        EXPECT_FALSE(notifications.open(id, notification).isError());
         settle();
         return id;
     }

@@ -1,0 +1,92 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "modules/dbus/DbusConfiguration.h"
+
+#include <array>
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+/// What each client holds, counted by kind against the limits of one client and of all together.
+///
+/// Owned by Clients. Clients are known by their unique names, each from its first request until it
+/// leaves. What stays when its client leaves goes on counting in the total.
+class Quotas
+{
+    struct Account;
+
+public:
+    enum Kind { Subscriptions, Inboxes, Sounds, OpenNotifications, RequestBytes };
+
+    /// Something that a client holds: counts until it is destroyed, which must be before the quotas
+    /// are.
+    class Charge
+    {
+    public:
+        Charge() = default;
+        Charge(Charge &&other) noexcept = default;
+        Charge &operator=(Charge &&other) noexcept;
+        ~Charge();
+
+        /// Empty once the client has left.
+        const std::string &client() const;
+
+    private:
+        friend class Quotas;
+        Charge(std::shared_ptr<Account> account, Kind kind, std::size_t amount);
+
+        std::shared_ptr<Account> m_account; ///< null once it is moved from
+        Kind m_kind = Subscriptions;
+        std::size_t m_amount = 0;
+    };
+
+    explicit Quotas(const DbusConfiguration::Limits &limits);
+
+    /// Counts a request. Throws BusErrors::limitExceeded() for a client that sends too many in too
+    /// short a time.
+    void countRequest(const std::string &client);
+
+    /// Throws BusErrors::limitExceeded() where there is no room.
+    Charge charge(const std::string &client, Kind kind, std::size_t amount = 1);
+
+    bool knows(const std::string &client) const { return m_accounts.count(client) > 0; }
+    std::size_t held(const std::string &client, Kind kind) const;
+    std::vector<std::string> clients() const;
+
+    /// The client has left the bus. Its name may belong to another client from now on.
+    void forget(const std::string &client);
+
+private:
+    static constexpr std::size_t kinds = RequestBytes + 1;
+    using Clock = std::chrono::steady_clock;
+    using Amounts = std::array<std::size_t, kinds>;
+
+    struct Limit
+    {
+        std::size_t perClient;
+        std::size_t total;
+        const char *what;
+    };
+
+    struct Account
+    {
+        std::string client; ///< empty once it has left
+        Amounts &totals;    ///< of all clients
+        double requests;    ///< that it may send at once; refilled with time
+        Clock::time_point refilled;
+        Amounts held{};
+    };
+
+    const std::shared_ptr<Account> &account(const std::string &client);
+
+    const int m_requestsPerSecond; ///< 0: no limit
+    const std::array<Limit, kinds> m_limits;
+    Amounts m_totals{};
+    std::unordered_map<std::string, std::shared_ptr<Account>> m_accounts;
+};
