@@ -23,7 +23,7 @@ enum class ExitCode {
     SystemError = 71,
     TimedOut = 75,
 
-    /// Ended by a signal: this plus the signal's number, as a shell would report it.
+    /// Ended by a signal: this plus its number, as a shell reports it.
     SignalBase = 128,
 };
 

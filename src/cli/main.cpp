@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
+#include "base/StopSignals.h"
 #include "cli/CommandLine.h"
 #include "cli/commands/Command.h"
-#include "cli/InterruptSignal.h"
 #include "cli/reference/Writers.h"
 
 #include <CLI/App.hpp>
@@ -46,8 +46,10 @@ int run(const Options &options, QCoreApplication &application)
         [](int code) { QCoreApplication::exit(code); }, Qt::QueuedConnection);
     // May read standard input for as long as that takes: a signal ends it, and no clock.
     command->start();
-    InterruptSignal interrupt;
-    tavoConnect(&interrupt, &InterruptSignal::received, command.get(), &Command::interrupt);
+    const auto stopSignals = StopSignals::install();
+    if (stopSignals) { // Without them, a signal ends the process at once.
+        tavoConnect(stopSignals.get(), &StopSignals::received, command.get(), &Command::interrupt);
+    }
     const int code = QCoreApplication::exec();
     return terminal.isGood() || code != 0 ? code : static_cast<int>(ExitCode::SystemError);
 }

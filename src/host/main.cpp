@@ -1,12 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
+#include "base/StopSignals.h"
+#include "core/base/connect.h"
 #include "host/CommandLine.h"
 #include "host/Host.h"
 #include "host/HostLog.h"
 #include "host/ModuleLoader.h"
 #include "host/Settings.h"
-#include "host/StopSignals.h"
 
 #include <QCoreApplication>
 
@@ -55,7 +56,7 @@ void reportReady(const CommandLine &line, int moduleCount)
     }
 }
 
-void on_firstSignal(int signal)
+void on_stopSignals_received(int signal)
 {
     LOG4CPLUS_INFO(log4cplus::Logger::getInstance("Host"), "Stopping: " << strsignal(signal));
     QCoreApplication::quit();
@@ -66,19 +67,22 @@ int run(const CommandLine &line, const Settings &settings,
 {
     // A client that goes away is an error of a write, not the end of every module.
     std::signal(SIGPIPE, SIG_IGN);
-    const auto signals = StopSignals::install(on_firstSignal);
-    if (!signals) {
-        return exitWith({ExitCode::SystemError, QStringLiteral("tavo-host: no signal handlers")});
+    const auto stopSignals = StopSignals::install();
+    if (!stopSignals) {
+        return exitWith(
+            {ExitCode::SystemError, QStringLiteral("tavo-host: no thread to wait for signals")});
     }
+    tavoConnect(stopSignals.get(), &StopSignals::received, QCoreApplication::instance(),
+                on_stopSignals_received);
     const auto log = HostLog::open(settings.log(), settings.source());
     if (const auto *failure = std::get_if<Failure>(&log)) {
         return exitWith({ExitCode::Configuration, failure->reason});
     }
     Host host(settings.source());
-    if (const auto failure = host.start(modules, [] { return !StopSignals::received(); })) {
+    if (const auto failure = host.start(modules, [&] { return !stopSignals->isReceived(); })) {
         return exitWith(*failure);
     }
-    if (!StopSignals::received()) {
+    if (!stopSignals->isReceived()) {
         reportReady(line, host.moduleCount());
     }
     QCoreApplication::exec();

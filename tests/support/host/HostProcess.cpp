@@ -14,7 +14,6 @@
 #include <csignal>
 #include <fcntl.h>
 #include <stdexcept>
-#include <sys/resource.h>
 #include <unistd.h>
 
 /// The process with the pipe on which it says that it is ready. Only the host's end of the pipe
@@ -37,7 +36,6 @@ public:
     }
 
     int writeEnd() const { return m_ends[1]; }
-    void setDescriptorLimit(rlim_t limit) { m_descriptorLimit = limit; }
     bool isReady() const { return m_readyText == "ready\n" && m_closed; }
     bool isClosed() const { return m_closed; }
 
@@ -53,25 +51,9 @@ protected:
     void setupChildProcess() override
     {
         fcntl(m_ends[1], F_SETFD, 0);
-        if (m_descriptorLimit > 0) {
-            limitDescriptors();
-        }
     }
 
 private:
-    // Of what the test's process has open, the three standard ones and the pipe's end stay.
-    void limitDescriptors() const
-    {
-        constexpr int mostInherited = 1024;
-        for (int descriptor = STDERR_FILENO + 1; descriptor < mostInherited; ++descriptor) {
-            if (descriptor != m_ends[1]) {
-                ::close(descriptor);
-            }
-        }
-        const rlimit limit{m_descriptorLimit, m_descriptorLimit};
-        setrlimit(RLIMIT_NOFILE, &limit);
-    }
-
     static std::array<int, 2> makePipe()
     {
         std::array<int, 2> ends{};
@@ -97,7 +79,6 @@ private:
     QSocketNotifier m_notifier;
     QByteArray m_readyText;
     bool m_closed = false;
-    rlim_t m_descriptorLimit = 0; ///< 0 for none of its own
 };
 
 HostProcess::HostProcess()
@@ -144,11 +125,6 @@ QString HostProcess::setConfigurationText(const QByteArray &json)
 void HostProcess::setEnvironment(const QString &variable, const QString &value)
 {
     m_environment.insert(variable, value);
-}
-
-void HostProcess::setDescriptorLimit(int limit)
-{
-    m_process->setDescriptorLimit(rlim_t(limit));
 }
 
 bool HostProcess::start()

@@ -46,8 +46,6 @@ public:
 
     void addArguments(const QStringList &arguments) { m_arguments += arguments; }
     void setEnvironment(const QString &variable, const QString &value);
-    /// How many file descriptors the host may have, from 0 on.
-    void setDescriptorLimit(int limit);
 
     /// Starts the host; false where it can't be.
     bool start();

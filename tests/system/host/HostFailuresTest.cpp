@@ -3,8 +3,6 @@
 
 #include "HostTest.h"
 
-#include "support/Sanitized.h"
-
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -70,19 +68,6 @@ TEST_F(HostFailuresTest, StartsNothingWhenAFileIsNoLibrary)
     EXPECT_EQ(runWithThird(QJsonObject{{"name", "text"}, {"library", file}}), 69);
     EXPECT_TRUE(m_host.log().contains(m_file + ": modules[2]: "));
     EXPECT_TRUE(m_host.log().contains(file));
-    EXPECT_THAT(events(), IsEmpty());
-}
-
-TEST_F(HostFailuresTest, StartsNothingWithoutAPipeForItsSignals)
-{
-    if (typesAreCheckedThroughAPipe) {
-        GTEST_SKIP() << "UBSan needs file descriptors itself";
-    }
-    m_host.setConfiguration(configurationOf({scripted("one")}));
-    // One beyond the standard ones is the event loop's, the next is too little for a pipe.
-    m_host.setDescriptorLimit(5);
-    EXPECT_EQ(m_host.run(), 71);
-    EXPECT_EQ(m_host.log(), "tavo-host: no signal handlers\n");
     EXPECT_THAT(events(), IsEmpty());
 }
 

@@ -1,0 +1,90 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "base/StopSignals.h"
+
+#include <QCoreApplication>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <pthread.h>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+constexpr int sigtermExitCode = 128 + SIGTERM;
+
+/// Sends the first signal; returns when it has been taken.
+void sendFirst(const StopSignals &signals, int signal)
+{
+    kill(getpid(), signal);
+    while (!signals.isReceived()) {
+        std::this_thread::yield();
+    }
+}
+
+/// Each test has a process of its own, as signals stay blocked and a thread stays behind.
+class StopSignalsTest : public testing::Test
+{
+protected:
+    StopSignalsTest() { testing::FLAGS_gtest_death_test_style = "threadsafe"; }
+};
+} // namespace
+
+TEST_F(StopSignalsTest, EmitsTheFirstSignalFromTheEventLoop)
+{
+    const auto run = [] {
+        const auto signals = StopSignals::install();
+        int received = 0;
+        QObject::connect(signals.get(), &StopSignals::received, [&received](int signal) {
+            received = signal;
+            QCoreApplication::quit();
+        });
+        sendFirst(*signals, SIGINT);
+        if (received == 0) {
+            QCoreApplication::exec();
+        }
+        _exit(received);
+    };
+    EXPECT_EXIT(run(), testing::ExitedWithCode(SIGINT), "");
+}
+
+TEST_F(StopSignalsTest, EndsTheProcessOnTheSecondSignalWhileTheEventLoopIsStuck)
+{
+    const auto run = [] {
+        const auto signals = StopSignals::install();
+        sendFirst(*signals, SIGINT);
+        kill(getpid(), SIGTERM);
+        pause();
+    };
+    EXPECT_EXIT(run(), testing::ExitedWithCode(sigtermExitCode), "");
+}
+
+TEST_F(StopSignalsTest, EndsTheProcessOnTheSecondSignalWhenTheObjectIsGone)
+{
+    const auto run = [] {
+        auto signals = StopSignals::install();
+        sendFirst(*signals, SIGTERM);
+        signals.reset();
+        QCoreApplication::processEvents();
+        kill(getpid(), SIGTERM);
+        pause();
+    };
+    EXPECT_EXIT(run(), testing::ExitedWithCode(sigtermExitCode), "");
+}
+
+TEST_F(StopSignalsTest, LeavesSignalsAloneWithoutAThread)
+{
+    const auto run = [] {
+        // Threads get a stack of this size, which no address space holds.
+        pthread_attr_t attributes;
+        pthread_attr_init(&attributes);
+        pthread_attr_setstacksize(&attributes, std::size_t(1) << 50);
+        pthread_setattr_default_np(&attributes);
+        if (StopSignals::install() == nullptr) {
+            kill(getpid(), SIGTERM);
+        }
+    };
+    EXPECT_EXIT(run(), testing::KilledBySignal(SIGTERM), "");
+}
