@@ -8,6 +8,20 @@
 
 static log4cplus::Logger logger = log4cplus::Logger::getInstance("Notifications");
 
+namespace {
+/// What the queue keeps of a message: all but its texts, which the node has, and the node's own path
+/// instead of the path as a text. So an open message takes some 300 bytes less.
+TavoNotificationDisplayItem queuedMessage(const TavoNotificationDisplayItem &item,
+                                          const CMPath &node)
+{
+    QVariantHash fields = item.fields();
+    fields.remove(QStringLiteral("title"));
+    fields.remove(QStringLiteral("message"));
+    fields.insert(QStringLiteral("path"), QVariant::fromValue(node));
+    return fields;
+}
+} // namespace
+
 NotificationDisplay::NotificationDisplay(CMNodes *nodes, QObject *parent)
     : QObject(parent)
     , m_closeTimer(this)
@@ -30,16 +44,18 @@ bool NotificationDisplay::enqueue(TavoNotificationDisplayItem *item)
         LOG4CPLUS_ERROR(logger, "Dropping empty notification");
         return false;
     }
+    TavoNotificationDisplayItem queued = *item;
     if (hasMessage) {
-        setPathToNotification(item);
+        setPathToNotification(&queued);
+        item->setPath(queued.path());
     }
     const int position = queuePosition(item->priority());
     if (position == 0 && !m_queue.isEmpty()) {
         preemptHead();
     }
-    const CMPath path = item->path();
+    const CMPath path = queued.path();
     const DisplayRanks::Rank rank{item->priority(), m_arrivals++};
-    m_queue.insert(position, *item);
+    m_queue.insert(position, queued);
     m_ranks.insert(rank);
     m_ranksOfPaths.insert(path, rank);
     Q_ASSERT(m_ranksOfPaths.size() == m_ranks.size());
@@ -125,7 +141,7 @@ void NotificationDisplay::setPathToNotification(TavoNotificationDisplayItem *ite
     node->rowsAppend(TavoRoles(TavoHash()).setType(TavoRolesType::Text).setTitle(item->message()));
     const TrString title = item->title();
     node->setTitle(title.isEmpty() ? TAVO_TR("Message") : title);
-    item->leaveToNode(node->path());
+    *item = queuedMessage(*item, node->path());
     m_messageNodes.insert(id, node);
     LOG4CPLUS_DEBUG(logger, "Node created with id " << id);
 }

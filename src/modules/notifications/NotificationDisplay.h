@@ -35,9 +35,8 @@ class NotificationDisplay : public QObject
 public:
     NotificationDisplay(CMNodes *nodes, QObject *parent);
 
-    /// Queues the notification; false, with nothing changed, for one without message and path. On
-    /// success the item carries the path by which the notification is known; of a message, title and
-    /// text are left to its node.
+    /// Queues a copy of the notification; false, with nothing changed, for one without message and
+    /// path. On success the item carries the path by which the notification is known.
     bool enqueue(TavoNotificationDisplayItem *item);
 
     /// Closes every notification queued under the path; true when there was one.
@@ -57,14 +56,16 @@ private:
     /// Shows the head for its time, if it has one.
     void startTimer();
 
-    /// Publishes a node for the message, which takes its texts, and gives the item its path.
+    /// Publishes a node for the message, leaves the texts to it and gives the item its path. The item
+    /// is the queue's copy.
     void setPathToNotification(TavoNotificationDisplayItem *item);
 
     /// Takes one notification and all that it has in the model away. Leaves the timer alone.
     bool removeNotificationItem(int index);
 
     CMListRowsNode *m_queueNode = nullptr; ///< the model's
-    /// The head, on display, first. A pre-empted item's timeout is what it has left.
+    /// The head, on display, first. A pre-empted item's timeout is what it has left. A message stands
+    /// here without its texts.
     QList<TavoNotificationDisplayItem> m_queue;
     /// The messages' nodes by the identifiers made for them.
     QMap<QString, CMListRowsNode *> m_messageNodes;

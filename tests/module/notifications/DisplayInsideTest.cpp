@@ -76,6 +76,35 @@ TEST_F(DisplayInsideTest, FilesAMessagesNodeUnderItsIdentifier)
     EXPECT_EQ(controller().m_messageNodes.first()->path(), path);
 }
 
+TEST_F(DisplayInsideTest, GivesTheCallersRecordItsPathAndLeavesTheRestOfItAlone)
+{
+    const auto record = TavoNotificationDisplayItem()
+                            .setId("mine"_s)
+                            .setTitle("title")
+                            .setMessage("text")
+                            .setTimeout(7)
+                            .setPriority(TavoNotificationItemPriority::High);
+    TavoNotificationDisplayItem item = record;
+    ASSERT_TRUE(controller().enqueue(&item));
+    EXPECT_EQ(controller().m_messageNodes.keys(), QStringList{item.path().name()});
+    EXPECT_EQ(item, TavoNotificationDisplayItem(record).setPath(item.path()));
+}
+
+TEST_F(DisplayInsideTest, OpensARecordThatIsEnqueuedTwiceAsTwoMessages)
+{
+    auto item = TavoNotificationDisplayItem().setTitle("title").setMessage("text");
+    ASSERT_TRUE(controller().enqueue(&item));
+    const CMPath first = item.path();
+    ASSERT_TRUE(controller().enqueue(&item));
+    EXPECT_NE(item.path(), first);
+    ASSERT_EQ(controller().m_messageNodes.size(), 2);
+    for (const CMListRowsNode *node : qAsConst(controller().m_messageNodes)) {
+        EXPECT_EQ(node->title(), TrString("title"));
+        ASSERT_EQ(node->rowsSize(), 1);
+        EXPECT_EQ(TavoRoles(node->getRow(0).toHash()).title(), TrString("text"));
+    }
+}
+
 TEST_F(DisplayInsideTest, FindsThePositionBehindEqualAndHigherPriorities)
 {
     using Priority = TavoNotificationItemPriority;

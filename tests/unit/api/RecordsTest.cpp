@@ -151,32 +151,6 @@ TEST(TavoHashTest, IsWrittenToAStreamAsItsFields)
     EXPECT_EQ(stream.str(), "{int: 5, string: \"text\"}");
 }
 
-TEST(TavoNotificationDisplayItemTest, LeavesItsTextsToANodeAndKeepsAllElse)
-{
-    const CMPath node = CMPath(QStringLiteral("/messages")) + QStringLiteral("one");
-    const QVariantHash others{{"id", "7"}, {"timeout", 5}, {"priority", 2}, {"newer", true}};
-    QVariantHash fields = others;
-    fields.insert("title", "The door");
-    fields.insert("message", "Somebody is at the door");
-    fields.insert("path", "/before");
-    TavoNotificationDisplayItem item(fields);
-    item.leaveToNode(node);
-    EXPECT_EQ(item.path(), node);
-    fields = item.fields();
-    fields.remove("path");
-    EXPECT_EQ(fields, others);
-}
-
-TEST(TavoNotificationDisplayItemTest, LeavesTheTextsOfACopyAlone)
-{
-    const auto item = TavoNotificationDisplayItem().setTitle("The door").setMessage("Open");
-    TavoNotificationDisplayItem copy(item);
-    copy.leaveToNode(CMPath(QStringLiteral("/message")));
-    EXPECT_EQ(item.title(), TrString("The door"));
-    EXPECT_EQ(item.message(), TrString("Open"));
-    EXPECT_TRUE(item.path().isEmpty());
-}
-
 TEST(TavoHashTest, ReadsWhatIsNoRecordAsAnEmptyOne)
 {
     EXPECT_TRUE(TavoValue(QVariant(5).toHash()).notificationPlayerItem().isEmpty());

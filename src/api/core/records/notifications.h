@@ -83,17 +83,6 @@ class TavoNotificationDisplayItem : public TavoHash
     TAVO_FIELD(int, timeout, setTimeout)
     TAVO_FIELD(TavoNotificationItemPriority::Enum, priority, setPriority)
     TAVO_FIELD(CMPath, path, setPath)
-
-    /// Leaves title and message to the node at the path, which has them, and keeps the path as it is
-    /// instead of as its text: a queue of such records shares with the nodes what would be copies.
-    /// Only for a record that stays in the process.
-    Self &leaveToNode(const CMPath &node)
-    {
-        write(QStringLiteral("path"), QVariant::fromValue(node));
-        remove(QStringLiteral("title"));
-        remove(QStringLiteral("message"));
-        return *this;
-    }
 };
 
 // A list then holds the records in place.

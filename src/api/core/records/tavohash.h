@@ -50,8 +50,6 @@ protected:
         m_fields.insert(key, TavoCodec<T>::write(value));
     }
 
-    void remove(const QString &key) { m_fields.remove(key); }
-
 private:
     QVariantHash m_fields;
 };
