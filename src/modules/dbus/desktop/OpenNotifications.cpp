@@ -3,55 +3,18 @@
 
 #include "OpenNotifications.h"
 
-#include <algorithm>
-
-#include <QUrl>
+#include <limits>
 
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 
-/// What is removed from the display so shortly before its time is over has expired: how long it was
-/// shown is known from changes that come with some delay.
+/// A notification that is removed this shortly before its timeout has expired: the changes of the
+/// display, from which it is known how long it was shown, arrive with some delay.
 constexpr int expirySlackMs = 500;
-
-const CMPath &notificationsPath()
-{
-    static const CMPath path(QStringLiteral("/dbus/notifications"));
-    return path;
-}
-
-/// An action's key as one segment of a path, which an empty one couldn't be.
-QString segmentOf(const QString &key)
-{
-    return key.isEmpty() ? QStringLiteral("%00")
-                         : QString::fromLatin1(QUrl::toPercentEncoding(key));
-}
-
-template <typename Setter, typename Value>
-void setIf(bool isSet, TavoRoles &row, Setter setter, const Value &value)
-{
-    if (isSet) {
-        (row.*setter)(value);
-    }
-}
-
-TavoRoles textRow(const DesktopNotification &notification)
-{
-    TavoRoles row;
-    row.setType(TavoRolesType::Text).setTitle(notification.text);
-    const auto set = [&row](TavoRoles &(TavoRoles::*setter)(const QString &),
-                            const QString &value) { setIf(!value.isEmpty(), row, setter, value); };
-    set(&TavoRoles::setApplication, notification.application);
-    set(&TavoRoles::setDesktopEntry, notification.desktopEntry);
-    set(&TavoRoles::setIcon, notification.icon);
-    set(&TavoRoles::setCategory, notification.category);
-    setIf(notification.isTransient, row, &TavoRoles::setTransient, true);
-    return row;
-}
 
 void askDisplayToClose(const CMPath &path)
 {
-    // It may have gone already; then there is nothing to close, and nobody to tell.
+    // When it has gone already, there is nothing to close.
     CMRoot()->invoke(TavoNotificationDisplayCancelNotifyPath(), TavoValue().setPath(path),
                      CMReply<QVariant>());
 }
@@ -61,18 +24,13 @@ OpenNotifications::OpenNotifications(CMNodes *nodes)
     : m_nodes(nodes)
 {
     const CMPath queue = TavoNotificationDisplayQueuePath();
-    // Before the first opening, so that the place of each is known.
+    // Before the first notification is opened, so that the place of each is known.
     CMRoot()->connectRowsChange(queue, this, &OpenNotifications::on_queue_rowsChanged);
     CMRoot()->connectNodeChange(queue, this, &OpenNotifications::on_queue_nodeChanged);
     m_headTimer.start();
 }
 
 OpenNotifications::~OpenNotifications() = default;
-
-CMPath OpenNotifications::pathOf(quint32 id)
-{
-    return notificationsPath() + QString::number(id);
-}
 
 quint32 OpenNotifications::freeId()
 {
@@ -82,14 +40,10 @@ quint32 OpenNotifications::freeId()
 CMError OpenNotifications::open(quint32 id, const DesktopNotification &notification)
 {
     Q_ASSERT(id != 0 && !isOpen(id));
-    const auto entry = m_entries.insert(id, Entry());
-    const CMPath path = pathOf(id);
-    entry->node = CMListRowsNode::create(m_nodes, path);
-    static const auto rowsRoles =
-        TavoRowsRoles().setType({TavoRowsRolesType::Title, TavoRowsRolesType::Path});
-    entry->node->setRowsRoles(rowsRoles);
-    fill(*entry, id, notification);
-    CMRoot()->connectRowsChange(path, this, &OpenNotifications::on_notification_rowsChanged);
+    const auto entry = m_entries.insert(id, Entry{NotificationNode(m_nodes, id)});
+    fill(*entry, notification);
+    CMRoot()->connectRowsChange(entry->node.path(), this,
+                                &OpenNotifications::on_notification_rowsChanged);
     const CMReply<QVariant> reply = show(id, *entry);
     CMError error = reply.isFinished() ? reply.error() : CMError();
     if (error.isError()) {
@@ -104,51 +58,20 @@ void OpenNotifications::replace(quint32 id, const DesktopNotification &notificat
     Q_ASSERT(entry != m_entries.end());
     const bool isQueuedAnew =
         entry->priority != notification.priority || entry->timeout != notification.timeout;
-    withdrawActions(*entry);
-    fill(*entry, id, notification);
+    fill(*entry, notification);
     if (isQueuedAnew) {
         showAnew(id, *entry);
     }
 }
 
-void OpenNotifications::fill(Entry &entry, quint32 id, const DesktopNotification &notification)
+void OpenNotifications::fill(Entry &entry, const DesktopNotification &notification)
 {
     entry.priority = notification.priority;
     entry.timeout = notification.timeout;
     entry.isResident = notification.isResident;
-    entry.node->setTitle(notification.title);
-    QVector<TavoRoles> rows = publishActions(entry, id, notification.actions);
-    rows.prepend(textRow(notification));
-    entry.node->setRows(rows);
-}
-
-QVector<TavoRoles>
-OpenNotifications::publishActions(Entry &entry, quint32 id,
-                                  const QVector<DesktopNotification::Action> &actions)
-{
-    QVector<TavoRoles> rows;
-    for (const DesktopNotification::Action &action : actions) {
-        const CMPath path = pathOf(id) + (QStringLiteral("actions/") + segmentOf(action.key));
-        const auto hasKey = [&action](const Action &other) { return other.key == action.key; };
-        if (std::any_of(entry.actions.constBegin(), entry.actions.constEnd(), hasKey)) {
-            continue;
-        }
-        auto *node = CMActivateNode::create(m_nodes, path);
-        node->setTitle(action.label);
-        node->setInvoke(this, &OpenNotifications::on_action_activated, Qt::QueuedConnection);
-        entry.actions.append({action.key, node});
-        rows.append(
-            TavoRoles().setType(TavoRolesType::Action).setTitle(action.label).setPath(path));
-    }
-    return rows;
-}
-
-void OpenNotifications::withdrawActions(Entry &entry)
-{
-    for (const Action &action : qAsConst(entry.actions)) {
-        action.node->dispose();
-    }
-    entry.actions.clear();
+    entry.node.show(notification, [this](CMActivateNode *action) {
+        action->setInvoke(this, &OpenNotifications::on_action_activated, Qt::QueuedConnection);
+    });
 }
 
 CMReply<QVariant> OpenNotifications::show(quint32 id, Entry &entry)
@@ -159,12 +82,12 @@ CMReply<QVariant> OpenNotifications::show(quint32 id, Entry &entry)
     entry.isAwaited = true;
     entry.isStale = false;
     const auto item = TavoNotificationDisplayItem()
-                          .setPath(entry.node->path())
+                          .setPath(entry.node.path())
                           .setPriority(entry.priority)
                           .setTimeout(entry.timeout);
     const CMReply<QVariant> reply;
-    // Watched before it is sent and told through the queue of events: so the answer comes right
-    // behind the report of the row that was inserted, and tells whose it is.
+    // The watcher is added before the request is sent, and its call is queued: so the reply arrives
+    // right after the report of the inserted row, and tells whose row it is.
     reply.addWatcher(
         this, [this, opening](const CMVoidReply &answer) { on_open_finished(opening, answer); },
         Qt::QueuedConnection);
@@ -175,12 +98,12 @@ CMReply<QVariant> OpenNotifications::show(quint32 id, Entry &entry)
 void OpenNotifications::showAnew(quint32 id, Entry &entry)
 {
     if (entry.isAwaited) {
-        // One request at a time, so that a client that changes its mind faster than the display
-        // follows doesn't make them pile up.
+        // One request at a time: they must not pile up when a client changes its notification
+        // faster than the display replies.
         entry.isStale = true;
         return;
     }
-    askDisplayToClose(entry.node->path());
+    askDisplayToClose(entry.node.path());
     show(id, entry);
 }
 
@@ -212,7 +135,7 @@ bool OpenNotifications::close(quint32 id, Reason reason)
     if (entry == m_entries.end()) {
         return false;
     }
-    askDisplayToClose(entry->node->path());
+    askDisplayToClose(entry->node.path());
     remove(entry, reason);
     return true;
 }
@@ -226,10 +149,9 @@ void OpenNotifications::remove(Entries::iterator entry, Reason reason)
 
 void OpenNotifications::withdraw(Entries::iterator entry)
 {
-    CMRoot()->disconnectRowsChange(entry->node->path(), this,
+    CMRoot()->disconnectRowsChange(entry->node.path(), this,
                                    &OpenNotifications::on_notification_rowsChanged);
-    withdrawActions(*entry);
-    entry->node->dispose();
+    entry->node.dispose();
     m_entries.erase(entry);
 }
 
@@ -272,7 +194,7 @@ void OpenNotifications::displayRemoved(int index)
     if (entry == m_entries.end()) {
         return;
     }
-    // Only what is on display expires, and only when its time is over.
+    // Only the head expires, and only after its timeout.
     const bool isExpired = index == 0 && entry->timeout > 0 &&
                            qint64(entry->shownMs) + shownMs + expirySlackMs >= entry->timeout;
     remove(entry, isExpired ? Reason::Expired : Reason::Closed);
@@ -297,7 +219,7 @@ void OpenNotifications::on_queue_nodeChanged(const CMPath & /*path*/, bool publi
 void OpenNotifications::on_notification_rowsChanged(const CMPath &path, const QStringList &changes,
                                                     int /*first*/, int /*count*/)
 {
-    const auto entry = m_entries.find(path.name().toUInt());
+    const auto entry = m_entries.find(NotificationNode::idOf(path));
     if (entry == m_entries.end() || !changes.contains(CMSubscribe::RowsChangeClose())) {
         return;
     }
@@ -310,13 +232,10 @@ void OpenNotifications::on_notification_rowsChanged(const CMPath &path, const QS
 
 void OpenNotifications::on_action_activated(const CMSetDataRequest &request)
 {
-    const CMPath path = request.path();
-    const quint32 id = path.parent().parent().name().toUInt();
+    const quint32 id = NotificationNode::idOfAction(request.path());
     const auto entry = m_entries.find(id);
-    const auto isActivated = [&path](const Action &action) { return action.node->path() == path; };
-    const auto actions = entry == m_entries.end() ? QVector<Action>() : entry->actions;
-    const auto action = std::find_if(actions.begin(), actions.end(), isActivated);
-    if (action == actions.end()) {
+    const auto key = entry == m_entries.end() ? std::nullopt : entry->node.actionAt(request.path());
+    if (!key) {
         request.reply().setError(CMError(QStringLiteral("Dbus"),
                                          TAVO_TR("The notification has no such action any more")));
         return;
@@ -327,7 +246,7 @@ void OpenNotifications::on_action_activated(const CMSetDataRequest &request)
                               : TavoValue(value.toHash()).string_();
     request.reply().setValue(QVariant());
     const bool isResident = entry->isResident;
-    Q_EMIT actionInvoked(id, action->key, token);
+    Q_EMIT actionInvoked(id, *key, token);
     if (!isResident) {
         close(id, Reason::Dismissed);
     }

@@ -6,6 +6,7 @@
 #include "DesktopNotification.h"
 #include "DisplayOrder.h"
 #include "NotificationIds.h"
+#include "NotificationNode.h"
 
 #include <core/tavo.h>
 
@@ -13,20 +14,16 @@
 #include <QHash>
 #include <QObject>
 
-/// The desktop notifications that are open: each is a node of its own, which the display is asked to
-/// show by its path.
+/// The desktop notifications that are open, each a node of the model that the display is asked to
+/// show.
 ///
-/// The node is a list: its title is the notification's, its first row the text, the others its
-/// actions, each with the path of the node at which it is activated. All of them go when the
-/// notification closes.
-///
-/// Thread and owner: its worker's. Nothing waits for the display: a notification is open once its
-/// node is there, and what the display makes of it comes later.
+/// Owned by the worker, used in its thread. Nothing waits for the display: a notification is open as
+/// soon as its node is published, and the display replies later.
 ///
 /// Guarantees:
-/// - every notification is closed once, and nothing is said of it afterwards;
-/// - to open, change and close one costs the same among any number of others, but for moving their
-///   places in one array.
+/// - every notification is closed once, and nothing is reported of it afterwards;
+/// - opening, changing and closing one costs the same among any number of others, except for moving
+///   their places in one array.
 class OpenNotifications : public QObject
 {
     Q_OBJECT
@@ -37,7 +34,7 @@ public:
         Expired = 1,
         Dismissed = 2, ///< by a person
         Closed = 3,    ///< by a request
-        Undefined = 4  ///< the display doesn't take it, or has gone
+        Undefined = 4  ///< the display refused it, or has gone
     };
 
     explicit OpenNotifications(CMNodes *nodes);
@@ -48,23 +45,21 @@ public:
 
     quint32 freeId();
 
-    /// Opens a notification under an id that isn't open. Answers an error, with nothing opened, when
-    /// there is no display.
+    /// Opens a notification under an id that is not open. Without a display nothing is opened, and the
+    /// error says so.
     CMError open(quint32 id, const DesktopNotification &notification);
 
     /// Changes one that is open. The display goes on showing it, unless its priority or timeout
     /// changes: then it is queued as a new one.
     void replace(quint32 id, const DesktopNotification &notification);
 
-    /// Closes it for that reason, which is reported before the call returns; false when it isn't open.
+    /// Closes a notification, which is reported before the call returns; false when it is not open.
     bool close(quint32 id, Reason reason);
-
-    static CMPath pathOf(quint32 id);
 
 Q_SIGNALS:
     void closed(quint32 id, Reason reason);
 
-    /// A person has chosen an action. The token lets a client raise a window; often empty.
+    /// A person has chosen an action. The token, often empty, lets the client raise a window.
     void actionInvoked(quint32 id, const QString &key, const QString &token);
 
 private Q_SLOTS:
@@ -74,30 +69,20 @@ private Q_SLOTS:
     void on_action_activated(const CMSetDataRequest &request);
 
 private:
-    struct Action
-    {
-        QString key;
-        CMActivateNode *node; ///< the node set's
-    };
-
     struct Entry
     {
-        CMListRowsNode *node = nullptr; ///< the node set's
-        QVector<Action> actions;
-        quint32 number = 0; ///< of its last opening
+        NotificationNode node;
+        quint32 number = 0; ///< of the last request to show it
         TavoNotificationItemPriority::Enum priority = TavoNotificationItemPriority::Normal;
         int timeout = 0;
-        int shownMs = 0; ///< on display before its present showing there
+        int shownMs = 0; ///< how long it was on display before it was pre-empted
         bool isResident = false;
-        bool isAwaited = false; ///< the display hasn't answered the last opening
-        bool isStale = false;   ///< priority or timeout changed meanwhile
+        bool isAwaited = false; ///< the display has not replied to the last request
+        bool isStale = false;   ///< priority or timeout have changed since that request
     };
     using Entries = QHash<quint32, Entry>;
 
-    void fill(Entry &entry, quint32 id, const DesktopNotification &notification);
-    QVector<TavoRoles> publishActions(Entry &entry, quint32 id,
-                                      const QVector<DesktopNotification::Action> &actions);
-    void withdrawActions(Entry &entry);
+    void fill(Entry &entry, const DesktopNotification &notification);
     CMReply<QVariant> show(quint32 id, Entry &entry);
     void showAnew(quint32 id, Entry &entry);
     void on_open_finished(const DisplayOrder::Opening &opening, const CMVoidReply &reply);
@@ -108,10 +93,10 @@ private:
     Entries::iterator find(const DisplayOrder::Opening &opening);
     int headMs() const;
 
-    CMNodes *m_nodes; ///< the worker's
+    CMNodes *m_nodes; ///< owned by the worker
     Entries m_entries;
     NotificationIds m_ids;
-    quint32 m_numbers = 0; ///< given to openings so far
+    quint32 m_numbers = 0; ///< of requests to show a notification
     DisplayOrder m_order;
-    QElapsedTimer m_headTimer; ///< since the display has shown something else
+    QElapsedTimer m_headTimer; ///< since the head of the display last changed
 };

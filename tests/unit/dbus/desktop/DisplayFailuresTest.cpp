@@ -107,7 +107,7 @@ TEST_F(DisplayFailuresTest, AreNoneWhenItIsClosedBeforeItIsShown)
 TEST_F(DisplayFailuresTest, AreNoneWhenItIsDismissedBeforeItIsShown)
 {
     const quint32 id = openUnanswered();
-    CMSubscribe::closeNode(OpenNotifications::pathOf(id));
+    CMSubscribe::closeNode(NotificationNode::pathOf(id));
     settle();
     EXPECT_THAT(ends, ElementsAre(Pair(id, Reason::Dismissed)));
     // The display wasn't listening yet.

@@ -76,11 +76,11 @@ protected:
             notifications.close(id, Reason::Closed);
             return Reason::Closed;
         case 1:
-            CMSubscribe::closeNode(OpenNotifications::pathOf(id));
+            CMSubscribe::closeNode(NotificationNode::pathOf(id));
             return Reason::Dismissed;
         default:
             CMRoot()->invoke(TavoNotificationDisplayCancelNotifyPath(),
-                             TavoValue().setPath(OpenNotifications::pathOf(id)), {});
+                             TavoValue().setPath(NotificationNode::pathOf(id)), {});
             return Reason::Closed;
         }
     }
@@ -131,7 +131,7 @@ TEST_F(DisplayThreadTest, ExpiriesAreToldFromAllElse)
     notifications.open(cancelled, text({}, 60'000, Priority::Enum(99)));
     ASSERT_TRUE(ended(id));
     CMRoot()->invoke(TavoNotificationDisplayCancelNotifyPath(),
-                     TavoValue().setPath(OpenNotifications::pathOf(cancelled)), {});
+                     TavoValue().setPath(NotificationNode::pathOf(cancelled)), {});
     ASSERT_TRUE(ended(cancelled));
     EXPECT_EQ(ends, (Ends{{id, Reason::Expired}, {cancelled, Reason::Closed}}));
 }

@@ -32,13 +32,13 @@ TEST_F(ShownNotificationsTest, StandInTheDisplaysQueueByTheirPaths)
     const quint32 first = open(text("first"_s));
     const quint32 second = open(text("second"_s));
     EXPECT_THAT(displayed(),
-                ElementsAre(OpenNotifications::pathOf(first), OpenNotifications::pathOf(second)));
+                ElementsAre(NotificationNode::pathOf(first), NotificationNode::pathOf(second)));
 }
 
 TEST_F(ShownNotificationsTest, AreNodesWithATitleAndTheirTextAsARow)
 {
     const quint32 id = open(text("some text"_s));
-    const auto entries = CMCatalog::tree(OpenNotifications::pathOf(id));
+    const auto entries = CMCatalog::tree(NotificationNode::pathOf(id));
     ASSERT_EQ(entries.size(), 1U);
     EXPECT_EQ(entries[0].title.toString(), "Title"_s);
     ASSERT_EQ(rowsOf(id).size(), 1);
@@ -67,8 +67,8 @@ TEST_F(ShownNotificationsTest, AreQueuedByTheirPriority)
     const quint32 low = open(text("low"_s, 0, Priority::Low));
     const quint32 urgent = open(text("urgent"_s, 0, Priority::Urgent));
     EXPECT_THAT(displayed(),
-                ElementsAre(OpenNotifications::pathOf(urgent), OpenNotifications::pathOf(normal),
-                            OpenNotifications::pathOf(low)));
+                ElementsAre(NotificationNode::pathOf(urgent), NotificationNode::pathOf(normal),
+                            NotificationNode::pathOf(low)));
 }
 
 TEST_F(ShownNotificationsTest, ExpireWhenTheirTimeIsOver)
@@ -92,8 +92,8 @@ TEST_F(ShownNotificationsTest, AreDismissedByWhoClosesTheirNode)
 {
     const quint32 first = open(text("first"_s, 100'000));
     const quint32 second = open(text("second"_s));
-    EXPECT_TRUE(CMSubscribe::closeNode(OpenNotifications::pathOf(second)));
-    EXPECT_TRUE(CMSubscribe::closeNode(OpenNotifications::pathOf(first)));
+    EXPECT_TRUE(CMSubscribe::closeNode(NotificationNode::pathOf(second)));
+    EXPECT_TRUE(CMSubscribe::closeNode(NotificationNode::pathOf(first)));
     settle();
     EXPECT_THAT(ends, ElementsAre(Pair(second, Reason::Dismissed), Pair(first, Reason::Dismissed)));
     EXPECT_THAT(displayed(), IsEmpty());
@@ -105,7 +105,7 @@ TEST_F(ShownNotificationsTest, AreClosedByTheDisplaysCancelRequest)
     const quint32 second = open(text("second"_s, 100'000));
     for (const quint32 id : {second, first}) {
         EXPECT_TRUE(Request(TavoNotificationDisplayCancelNotifyPath(),
-                            TavoValue().setPath(OpenNotifications::pathOf(id)))
+                            TavoValue().setPath(NotificationNode::pathOf(id)))
                         .succeeds());
         settle();
     }
@@ -131,13 +131,13 @@ TEST_F(ShownNotificationsTest, LeaveNothingBehind)
     const quint32 closed = open(withActions());
     const quint32 dismissed = open(withActions());
     notifications.close(closed, Reason::Closed);
-    CMSubscribe::closeNode(OpenNotifications::pathOf(dismissed));
+    CMSubscribe::closeNode(NotificationNode::pathOf(dismissed));
     ASSERT_TRUE(ended(expired));
     settle();
     EXPECT_EQ(nodes(), 0U);
     EXPECT_EQ(notifications.count(), 0);
     EXPECT_EQ(CMCatalog::tree(TavoNotificationDisplaySimpleMessageNodePath()).size(), 0U);
-    EXPECT_FALSE(CMSubscribe::closeNode(OpenNotifications::pathOf(expired)));
+    EXPECT_FALSE(CMSubscribe::closeNode(NotificationNode::pathOf(expired)));
 }
 
 TEST_F(ShownNotificationsTest, KeepTheirPlaceWhenTheirTextIsChanged)
@@ -150,10 +150,10 @@ TEST_F(ShownNotificationsTest, KeepTheirPlaceWhenTheirTextIsChanged)
     notifications.replace(first, changed);
     settle();
     EXPECT_THAT(displayed(),
-                ElementsAre(OpenNotifications::pathOf(first), OpenNotifications::pathOf(second)));
+                ElementsAre(NotificationNode::pathOf(first), NotificationNode::pathOf(second)));
     EXPECT_EQ(rowOf(first, 0).title().toString(), "changed"_s);
     EXPECT_EQ(rowOf(first, 1).title().toString(), "Label"_s);
-    EXPECT_EQ(CMCatalog::tree(OpenNotifications::pathOf(first)).at(0).title.toString(), "New"_s);
+    EXPECT_EQ(CMCatalog::tree(NotificationNode::pathOf(first)).at(0).title.toString(), "New"_s);
     EXPECT_THAT(ends, IsEmpty());
     ASSERT_TRUE(ended(first));
     EXPECT_THAT(ends, ElementsAre(Pair(first, Reason::Expired)));
@@ -181,7 +181,7 @@ TEST_F(ShownNotificationsTest, AreQueuedAnewForANewTimeout)
     notifications.replace(first, text("first"_s, 60'000));
     settle();
     EXPECT_THAT(displayed(),
-                ElementsAre(OpenNotifications::pathOf(second), OpenNotifications::pathOf(first)));
+                ElementsAre(NotificationNode::pathOf(second), NotificationNode::pathOf(first)));
     EXPECT_THAT(ends, IsEmpty());
 }
 
@@ -192,11 +192,11 @@ TEST_F(ShownNotificationsTest, AreQueuedAnewForANewPriority)
     notifications.replace(second, text("second"_s, 0, Priority::High));
     settle();
     EXPECT_THAT(displayed(),
-                ElementsAre(OpenNotifications::pathOf(second), OpenNotifications::pathOf(first)));
+                ElementsAre(NotificationNode::pathOf(second), NotificationNode::pathOf(first)));
     EXPECT_THAT(ends, IsEmpty());
     notifications.close(second, Reason::Closed);
     settle();
-    EXPECT_THAT(displayed(), ElementsAre(OpenNotifications::pathOf(first)));
+    EXPECT_THAT(displayed(), ElementsAre(NotificationNode::pathOf(first)));
 }
 
 TEST_F(ShownNotificationsTest, AreShownAsTheyWereLastWhenTheyChangeFasterThanTheyAreShown)
@@ -210,7 +210,7 @@ TEST_F(ShownNotificationsTest, AreShownAsTheyWereLastWhenTheyChangeFasterThanThe
     notifications.replace(id, text("last"_s, 0, Priority::Urgent));
     settle();
     EXPECT_EQ(displayed().size(), 2);
-    EXPECT_EQ(displayed().at(0), OpenNotifications::pathOf(id));
+    EXPECT_EQ(displayed().at(0), NotificationNode::pathOf(id));
     EXPECT_EQ(rowOf(id, 0).title().toString(), "last"_s);
     EXPECT_THAT(ends, IsEmpty());
 }
@@ -221,7 +221,7 @@ TEST_F(ShownNotificationsTest, MayHaveTheIdOfOneThatWasJustClosed)
     notifications.close(id, Reason::Closed);
     notifications.open(id, text("new"_s));
     settle();
-    EXPECT_THAT(displayed(), ElementsAre(OpenNotifications::pathOf(id)));
+    EXPECT_THAT(displayed(), ElementsAre(NotificationNode::pathOf(id)));
     EXPECT_EQ(rowOf(id, 0).title().toString(), "new"_s);
     EXPECT_THAT(ends, ElementsAre(Pair(id, Reason::Closed)));
 }
@@ -244,9 +244,9 @@ TEST_F(ShownNotificationsTest, AreToldApartFromThoseOfOthers)
         settle();
     }
     EXPECT_THAT(ends, IsEmpty());
-    EXPECT_THAT(displayed(), ElementsAre(OpenNotifications::pathOf(id)));
+    EXPECT_THAT(displayed(), ElementsAre(NotificationNode::pathOf(id)));
     CMRoot()->invoke(TavoNotificationDisplayCancelNotifyPath(),
-                     TavoValue().setPath(OpenNotifications::pathOf(id)), {});
+                     TavoValue().setPath(NotificationNode::pathOf(id)), {});
     settle();
     EXPECT_THAT(ends, ElementsAre(Pair(id, Reason::Closed)));
 }
@@ -254,7 +254,7 @@ TEST_F(ShownNotificationsTest, AreToldApartFromThoseOfOthers)
 TEST_F(ShownNotificationsTest, HaveTheirActionsAsRowsWithTheNodesThatActivateThem)
 {
     const quint32 id = open(withActions());
-    const CMPath actions = OpenNotifications::pathOf(id) + "actions"_s;
+    const CMPath actions = NotificationNode::pathOf(id) + "actions"_s;
     ASSERT_EQ(rowsOf(id).size(), 4);
     EXPECT_EQ(rowOf(id, 1).type(), TavoRolesType::Action);
     EXPECT_EQ(rowOf(id, 1).title().toString(), "Open"_s);

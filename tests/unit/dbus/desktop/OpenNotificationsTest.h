@@ -78,7 +78,7 @@ protected:
     static QVariantList rowsOf(quint32 id)
     {
         const CMReply<QVariant> reply;
-        CMRoot()->getRowsRequest(CMGetRowsRequest(OpenNotifications::pathOf(id), 0, -1, reply));
+        CMRoot()->getRowsRequest(CMGetRowsRequest(NotificationNode::pathOf(id), 0, -1, reply));
         return reply.value().toList();
     }
     static TavoRoles rowOf(quint32 id, int index)
