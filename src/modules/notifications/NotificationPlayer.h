@@ -12,30 +12,30 @@
 
 class SimplePlayer;
 
-/// One sound notification, from its acceptance to its end. A value; a copy names the same player.
+/// One sound notification, from its acceptance to its end. Copies share the player.
 struct NotificationPlayerItem
 {
     QString content;             ///< what to play, as the type says
     QString contentStreamFormat; ///< the media type of a stream
     TavoNotificationPlayerItemType::Enum type = TavoNotificationPlayerItemType::Uri;
     TavoNotificationItemPriority::Enum priority = TavoNotificationItemPriority::Low;
-    QString id;                  ///< the requester's name for it; never empty in a list
-    CMPath playbackResponsePath; ///< where start and end are reported; may be empty
+    QString id;                  ///< the client's name for it; unique among those not yet ended
+    CMPath playbackResponsePath; ///< where its start and its end are reported; may be empty
     bool loop = false;
     SimplePlayer *player = nullptr; ///< a child of the NotificationPlayer, once there is one
-    quint64 arrival = 0;            ///< counts the items that were admitted
+    quint64 arrival = 0;            ///< the later the item came, the larger
 };
 
-/// Plays sound notifications, one at a time and the most urgent first, over ducked main audio and
-/// with the power manager's audio resource held.
+/// Plays sound notifications one at a time, the most urgent first. While it plays, the main audio is
+/// ducked and the power manager's audio resource is held.
 ///
-/// Thread: the worker's; everything is driven by its event loop. Owner: the worker.
+/// Runs in the worker's thread, driven by its event loop. Owned by the worker.
 ///
 /// Guarantees:
 /// - every accepted item with a response path gets exactly one end response, and at most one started
-///   response before it; those still there when the controller is deleted get none;
-/// - at most one request of the audio sequence (duck, acquire, unduck) is outstanding at any time;
-/// - the stack depth doesn't grow with the number of items that fail one after another.
+///   response before it. Items that have not ended when the controller is deleted get none.
+/// - at most one request of the audio sequence (duck, acquire, unduck) is outstanding at any time.
+/// - the stack does not grow with the number of items that fail one after another.
 class NotificationPlayer : public QObject
 {
     Q_OBJECT
@@ -43,10 +43,10 @@ class NotificationPlayer : public QObject
 public:
     NotificationPlayer(CMNodes *nodes, QObject *parent);
 
-    /// Admits a copy of the item. False, with nothing changed, for an empty id or one in use.
+    /// Queues a copy of the item. Returns false and changes nothing if the id is empty or in use.
     bool enqueue(const NotificationPlayerItem &item);
 
-    /// Ends the queued item with that id; false when there is none.
+    /// Cancels the queued item with that id. Returns false if there is none.
     bool cancel(const QString &id);
 
 private Q_SLOTS:
@@ -59,7 +59,10 @@ private Q_SLOTS:
     void on_revokeResources_activated(const CMSetDataRequest &request);
 
 private:
-    // The audio sequence: duck, acquire, play; and back when the queue has run dry.
+    friend class SoundInsideTest;
+    friend struct SoundMembers; // of the explorer
+
+    // The audio sequence: duck, acquire, play; release and unduck once the queue is empty.
     void continuePlayAudio();
     void duckMainAudio();
     void continuePlayAudioMuted();
@@ -80,30 +83,30 @@ private:
     NotificationPlayerItem takeFromQueue(int position);
     void dumpQueue(const QString &reason);
 
-    /// The main audio is ducked for us, or tried to be.
+    /// The main audio has been ducked for us. Also set when that failed.
     bool m_audioDucked = false;
     /// We hold the power manager's audio resource.
     bool m_audioResource = false;
-    /// An acquire is on its way: revokes speak of the grant before it.
+    /// An acquire request is outstanding. Revokes that come now concern an earlier grant.
     bool m_resourceRequestPending = false;
-    /// The item that sounds; empty when nothing does.
+    /// The id of the item that is playing; empty when none is.
     QString m_activePlaybackId;
-    /// A duck, unduck or acquire is on its way: no other step may start.
+    /// A duck, unduck or acquire request is outstanding; no other step may start.
     bool m_activeRequest = false;
-    /// Ends the audio sequence when nothing new has come for a while.
+    /// Ends the audio sequence if nothing new is queued for a while.
     QTimer m_inactivityTimer;
-    /// Waiting and playing items, the head first.
+    /// Waiting and playing items, the most urgent first. The first one is played.
     QList<NotificationPlayerItem> m_queue;
     /// Cancelled items whose players have yet to report their end.
     QList<NotificationPlayerItem> m_stoppingItems;
-    CMValueNode *m_isPlayingNode = nullptr; ///< the model's
+    CMValueNode *m_isPlayingNode = nullptr; ///< owned by the worker's node set
     QString m_outputDevice;
 
-    /// A nested call of continuePlayAudio() only asks the outer one to go round again.
+    /// A nested call of continuePlayAudio() only makes the outer one go round again.
     bool m_continuing = false;
     bool m_continueAgain = false;
 
-    /// What the queue is ordered by: the more urgent first, then the older.
+    /// What the queue is ordered by: the more urgent first, then the earlier.
     struct Rank
     {
         int priority;
@@ -111,8 +114,8 @@ private:
     };
     static bool ranksAhead(const NotificationPlayerItem &item, const Rank &rank);
 
-    /// The queued items' ranks by their ids, in step with the queue: an item is found by a search in the
-    /// order instead of a walk.
+    /// The ranks of the queued items by their ids. With its rank an item is found by a binary search;
+    /// walking a queue of 100,000 would take longer than the rest of a cancel.
     QHash<QString, Rank> m_ranks;
     quint64 m_arrivals = 0;
 };

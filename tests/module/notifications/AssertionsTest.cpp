@@ -2,138 +2,117 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // The order of the audio sequence is guarded by assertions that stay in the built module. Each is
-// brought to fail here by doing to the controller what no correct peer does.
+// brought to fail by calling a slot when no correct peer would. SoundInsideTest has the guards that
+// no slot leads to.
 
 #include "NotificationsTest.h"
 
-#include "modules/notifications/NotificationPlayer.h"
-
 namespace {
-// Built from the module's own source with access to everything: most guards can't be reached from
-// outside, which is their point.
 class AssertionsDeathTest : public NotificationsTest
 {
 protected:
-    AssertionsDeathTest()
-        : m_player(&m_nodes, nullptr)
+    AssertionsDeathTest() { load(); }
+
+    static CMPath ducking() { return TavoPlayerMainAudioDuckingPath(); }
+    static CMPath resources() { return TavoPowerManagerResourceRequestPath(); }
+
+    void reportDucked() { call("on_audioDucking_finished"); }
+    void reportUnducked() { call("on_audioUnducking_finished"); }
+    void reportEnd()
     {
-        settle();
+        QMetaObject::invokeMethod(player(), "on_sound_finished", Q_ARG(QString, "a"));
     }
+    void endIdleTime() { QMetaObject::invokeMethod(player(), "on_inactivityTimer_timeout"); }
 
-    NotificationPlayer &controller() { return m_player; }
-
-    void setReady()
+    /// Makes the controller send a second acquire request while the first one is outstanding.
+    void sendTwoAcquires()
     {
-        controller().m_audioDucked = true;
-        controller().m_audioResource = true;
+        setResources(ScriptedService::keep());
+        enqueue("a"_s);
+        reportUnducked();
+        settle();
+        ASSERT_EQ(services().count(resources()), 2);
     }
 
 private:
-    CMNodes m_nodes;
-    NotificationPlayer m_player;
+    void call(const char *slot)
+    {
+        const CMReply<QVariant> reply;
+        reply.setValue(QVariant());
+        QMetaObject::invokeMethod(player(), slot, Q_ARG(CMVoidReply, reply));
+    }
 };
-
-CMReply<QVariant> finished()
-{
-    CMReply<QVariant> reply;
-    reply.setValue(QVariant());
-    return reply;
-}
 } // namespace
 
 TEST_F(AssertionsDeathTest, ADuckReplyWithoutADuckRequest)
 {
-    EXPECT_DEATH(controller().on_audioDucking_finished(finished()), "\"m_activeRequest == true\"");
+    EXPECT_DEATH(reportDucked(), "\"m_activeRequest == true\"");
 }
 
 TEST_F(AssertionsDeathTest, ADuckReplyWhileDucked)
 {
-    controller().m_activeRequest = true;
-    controller().m_audioDucked = true;
-    EXPECT_DEATH(controller().on_audioDucking_finished(finished()), "\"m_audioDucked == false\"");
-}
-
-TEST_F(AssertionsDeathTest, AcquiringWithoutDucking)
-{
-    EXPECT_DEATH(controller().continuePlayAudioMuted(), "\"m_audioDucked == true\"");
+    setResources(ScriptedService::keep());
+    enqueue("a"_s);
+    EXPECT_DEATH(reportDucked(), "\"m_audioDucked == false\"");
 }
 
 TEST_F(AssertionsDeathTest, AnAcquireReplyWhileTheResourceIsHeld)
 {
-    setReady();
-    EXPECT_DEATH(controller().handleRequestResourcesFinished(finished()),
-                 "\"m_audioResource == false\"");
+    sendTwoAcquires();
+    answer(resources());
+    EXPECT_DEATH(answer(resources()), "\"m_audioResource == false\"");
 }
 
 TEST_F(AssertionsDeathTest, TheTimersEndWhileSomethingPlays)
 {
-    setReady();
-    controller().m_activePlaybackId = "a"_s;
-    EXPECT_DEATH(controller().on_inactivityTimer_timeout(), "\"m_activePlaybackId.isEmpty\\(\\)\"");
+    play("a"_s);
+    EXPECT_DEATH(endIdleTime(), "\"m_activePlaybackId.isEmpty\\(\\)\"");
 }
 
 TEST_F(AssertionsDeathTest, TheTimersEndWithoutDucking)
 {
-    EXPECT_DEATH(controller().on_inactivityTimer_timeout(), "\"m_audioDucked == true\"");
+    EXPECT_DEATH(endIdleTime(), "\"m_audioDucked == true\"");
 }
 
 TEST_F(AssertionsDeathTest, AnUnduckReplyWhileSomethingPlays)
 {
-    setReady();
-    controller().m_activePlaybackId = "a"_s;
-    EXPECT_DEATH(controller().on_audioUnducking_finished(finished()),
-                 "\"m_activePlaybackId.isEmpty\\(\\)\"");
+    play("a"_s);
+    EXPECT_DEATH(reportUnducked(), "\"m_activePlaybackId.isEmpty\\(\\)\"");
 }
 
 TEST_F(AssertionsDeathTest, AnUnduckReplyWithoutDucking)
 {
-    controller().m_activeRequest = true;
-    EXPECT_DEATH(controller().on_audioUnducking_finished(finished()), "\"m_audioDucked == true\"");
+    setDucking(ScriptedService::keep());
+    enqueue("a"_s);
+    EXPECT_DEATH(reportUnducked(), "\"m_audioDucked == true\"");
 }
 
 TEST_F(AssertionsDeathTest, AnUnduckReplyWithoutAnUnduckRequest)
 {
-    setReady();
-    EXPECT_DEATH(controller().on_audioUnducking_finished(finished()),
-                 "\"m_activeRequest == true\"");
+    play("a"_s)->reportEnded();
+    EXPECT_DEATH(reportUnducked(), "\"m_activeRequest == true\"");
 }
 
 TEST_F(AssertionsDeathTest, TakingFromTheQueueWithoutDucking)
 {
-    controller().m_audioResource = true;
-    EXPECT_DEATH(controller().playItemFromQueue(), "\"m_audioDucked == true\"");
-}
-
-TEST_F(AssertionsDeathTest, TakingFromTheQueueWithoutTheResource)
-{
-    controller().m_audioDucked = true;
-    EXPECT_DEATH(controller().playItemFromQueue(), "\"m_audioResource == true\"");
+    setResources(ScriptedService::keep());
+    enqueue("a"_s);
+    cancel("a"_s);
+    reportUnducked();
+    EXPECT_DEATH(answer(resources()), "\"m_audioDucked == true\"");
 }
 
 TEST_F(AssertionsDeathTest, PlayingWhileSomethingPlays)
 {
-    setReady();
-    controller().m_activePlaybackId = "a"_s;
-    NotificationPlayerItem item;
-    EXPECT_DEATH(controller().playItem(item), "\"m_activePlaybackId.isEmpty\\(\\)\"");
-}
-
-TEST_F(AssertionsDeathTest, PlayingWithoutDucking)
-{
-    NotificationPlayerItem item;
-    EXPECT_DEATH(controller().playItem(item), "\"m_audioDucked == true\"");
-}
-
-TEST_F(AssertionsDeathTest, PlayingWithoutTheResource)
-{
-    controller().m_audioDucked = true;
-    NotificationPlayerItem item;
-    EXPECT_DEATH(controller().playItem(item), "\"m_audioResource == true\"");
+    sendTwoAcquires();
+    answer(resources());
+    revoke(TavoPowerManagerRevokeMessageType::PostRevoked);
+    EXPECT_DEATH(answer(resources()), "\"m_activePlaybackId.isEmpty\\(\\)\"");
 }
 
 TEST_F(AssertionsDeathTest, AnEndWithoutDucking)
 {
-    EXPECT_DEATH(controller().soundFinished("a"_s, false, QString()), "\"m_audioDucked == true\"");
+    EXPECT_DEATH(reportEnd(), "\"m_audioDucked == true\"");
 }
 
 TEST_F(AssertionsDeathTest, AnAcquireReplyOfAnotherType)
@@ -150,70 +129,4 @@ TEST_F(AssertionsDeathTest, AConnectionThatCannotBeMade)
     EXPECT_DEATH(tavoConnect(&sender, &QObject::objectNameChanged, static_cast<QObject *>(nullptr),
                              &QObject::deleteLater, Qt::DirectConnection),
                  "\"connection\"");
-}
-
-using ControllerStateTest = AssertionsDeathTest;
-
-TEST_F(ControllerStateTest, StartsWithNothingDuckedHeldOrOutstanding)
-{
-    EXPECT_FALSE(controller().m_audioDucked);
-    EXPECT_FALSE(controller().m_audioResource);
-    EXPECT_FALSE(controller().m_resourceRequestPending);
-    EXPECT_TRUE(controller().m_activePlaybackId.isEmpty());
-    EXPECT_FALSE(controller().m_activeRequest);
-    EXPECT_TRUE(controller().m_queue.isEmpty());
-    EXPECT_TRUE(controller().m_stoppingItems.isEmpty());
-    EXPECT_EQ(controller().m_outputDevice, "testdevice"_s);
-}
-
-TEST_F(ControllerStateTest, FindsThePositionOfTheFirstItemWithAnId)
-{
-    NotificationPlayerItem a;
-    a.id = "a"_s;
-    NotificationPlayerItem b;
-    b.id = "b"_s;
-    EXPECT_EQ(NotificationPlayer::getPositionFromId({}, "a"_s), -1);
-    EXPECT_EQ(NotificationPlayer::getPositionFromId({a, b}, "a"_s), 0);
-    EXPECT_EQ(NotificationPlayer::getPositionFromId({a, b, b}, "b"_s), 1);
-    EXPECT_EQ(NotificationPlayer::getPositionFromId({a, b}, "B"_s), -1);
-}
-
-TEST_F(ControllerStateTest, ClearsTheActiveIdForAPreemptingItemWhateverTheHead)
-{
-    setReady();
-    NotificationPlayerItem head;
-    head.id = "head"_s;
-    controller().m_activeRequest = true; // keeps both items from playing
-    EXPECT_TRUE(controller().enqueue(head));
-    controller().m_activePlaybackId = "other"_s;
-    NotificationPlayerItem urgent;
-    urgent.id = "urgent"_s;
-    urgent.priority = TavoNotificationItemPriority::Urgent;
-    EXPECT_TRUE(controller().enqueue(urgent));
-    EXPECT_TRUE(controller().m_activePlaybackId.isEmpty());
-    EXPECT_EQ(controller().m_queue.first().id, "urgent"_s);
-}
-
-TEST_F(ControllerStateTest, SaysThatAResponseWasDealtWithInAnyCase)
-{
-    NotificationPlayerItem item;
-    item.id = "a"_s;
-    EXPECT_TRUE(controller().sendStopResponse(item, true, QString()));
-    item.playbackResponsePath = responsePath();
-    EXPECT_TRUE(controller().sendStopResponse(item, true, QString()));
-    item.playbackResponsePath = CMPath("/nowhere"_s);
-    EXPECT_TRUE(controller().sendStopResponse(item, false, "broken"_s));
-    settle();
-    EXPECT_EQ(journalOf("a"_s), QStringList{"cancelled"_s});
-}
-
-TEST_F(ControllerStateTest, ClearsTheActiveIdEvenWhenItsItemIsUnknown)
-{
-    setReady();
-    controller().m_activePlaybackId = "x"_s;
-    controller().soundFinished("x"_s, false, QString());
-    EXPECT_TRUE(controller().m_activePlaybackId.isEmpty());
-    EXPECT_EQ(
-        logged(log4cplus::ERROR_LOG_LEVEL, "Id of stopped sound does not exists, ignoring. x"), 1);
-    EXPECT_FALSE(controller().m_inactivityTimer.isActive());
 }

@@ -125,6 +125,17 @@ TEST_F(SoundQueueTest, ListsTheQueueBeforeItGoesOn)
             "TRACE Leave continuePlayAudio: Playback active: a", "TRACE Leave enqueue: "));
 }
 
+TEST_F(SoundQueueTest, PlaysAnItemThatPreemptsTheHeadAlthoughACancelledOneIsStillStopping)
+{
+    play("a"_s, 5);
+    enqueue("b"_s, 5);
+    cancel("a"_s);
+    EXPECT_EQ(scripted("b"_s), nullptr);
+    play("c"_s, 7);
+    EXPECT_EQ(queue(), ids("c b"));
+    EXPECT_EQ(scripted("b"_s), nullptr);
+}
+
 TEST_F(SoundQueueTest, HasTheNewHeadInPlaceWhenItPausesTheOld)
 {
     // Whatever a player does when it is paused, it finds the queue in order.
