@@ -14,6 +14,7 @@
 #include "core/base/uuid.h"
 #include "core/model/cmabstractworker.h"
 #include "core/model/cmcatalog.h"
+#include "core/model/cmendpoint.h"
 #include "core/model/cmerror.h"
 #include "core/model/cmreply.h"
 #include "core/model/cmrequest.h"
