@@ -9,6 +9,7 @@
 #include "core/base/connect.h"
 #include "core/base/dbglog.h"
 #include "core/base/export.h"
+#include "core/base/numbers.h"
 #include "core/base/stream.h"
 #include "core/base/trstring.h"
 #include "core/base/uuid.h"
