@@ -1,0 +1,85 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "base/SoundLocation.h"
+
+#include <algorithm>
+
+namespace {
+
+bool isAsciiLetter(QChar character)
+{
+    const ushort lower = character.toLower().unicode();
+    return lower >= 'a' && lower <= 'z';
+}
+
+bool isSchemeCharacter(QChar character)
+{
+    return isAsciiLetter(character) || (character >= '0' && character <= '9') ||
+           QLatin1String("+-.").contains(character);
+}
+
+bool isHttp(const QString &scheme)
+{
+    return scheme == QLatin1String("http") || scheme == QLatin1String("https");
+}
+
+/// In lower case; empty for a path.
+QString schemeOf(const QString &name)
+{
+    const int colon = name.indexOf(QLatin1Char(':'));
+    const QString scheme = name.left(std::max(0, colon)).toLower();
+    if (scheme.isEmpty() || !isAsciiLetter(scheme[0]) ||
+        !std::all_of(scheme.begin(), scheme.end(), isSchemeCharacter)) {
+        return QString();
+    }
+    const bool isUri = scheme == QLatin1String("file") || isHttp(scheme) ||
+                       name.midRef(colon + 1).startsWith(QLatin1String("//"));
+    return isUri ? scheme : QString();
+}
+
+Result<SoundLocation> fileAt(const QString &path)
+{
+    // For the system a path ends at the first null character.
+    if (path.isEmpty() || path.contains(QChar::Null)) {
+        return Failure{QStringLiteral("names no file of this device")};
+    }
+    return SoundLocation{path, {}};
+}
+
+Result<SoundLocation> parseFileUri(const QUrl &url)
+{
+    const bool isLocal = url.host().isEmpty() || url.host() == QLatin1String("localhost");
+    const QString path = url.path(QUrl::FullyDecoded);
+    return fileAt(isLocal && path.startsWith(QLatin1Char('/')) ? path : QString());
+}
+
+} // namespace
+
+Result<SoundLocation> parseSoundLocation(const QString &name)
+{
+    if (name.isEmpty()) {
+        return Failure{QStringLiteral("names no sound")};
+    }
+    const QString scheme = schemeOf(name);
+    if (scheme.isEmpty()) {
+        return fileAt(name);
+    }
+    const QUrl url(name, QUrl::StrictMode);
+    const bool isFile = scheme == QLatin1String("file");
+    if (!isFile && !isHttp(scheme)) {
+        return Failure{QStringLiteral("has a scheme that is not supported")};
+    }
+    if (!url.isValid() || (isHttp(scheme) && url.host().isEmpty())) {
+        return Failure{QStringLiteral("is not a valid URI")};
+    }
+    if (isFile) {
+        return parseFileUri(url);
+    }
+    return SoundLocation{{}, url};
+}
+
+bool isSoundUri(const QString &name)
+{
+    return !schemeOf(name).isEmpty();
+}
