@@ -3,9 +3,10 @@
 
 #include "cli/commands/SoundSource.h"
 
+#include "base/SoundLocation.h"
+
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -78,19 +79,6 @@ QByteArray currentFolder()
 }
 } // namespace
 
-bool isUri(const QByteArray &name)
-{
-    const int colon = name.indexOf(':');
-    constexpr int shortestScheme = 2;
-    if (colon < shortestScheme || std::isalpha(static_cast<unsigned char>(name[0])) == 0) {
-        return false;
-    }
-    const bool isScheme = std::all_of(name.begin(), name.begin() + colon, [](unsigned char each) {
-        return std::isalnum(each) != 0 || each == '+' || each == '-' || each == '.';
-    });
-    return isScheme && (name.mid(colon, 3) == "://" || name.startsWith("file:"));
-}
-
 QString fileUri(const QByteArray &name, const QByteArray &folder)
 {
     const QByteArray absolute = name.startsWith('/') ? name : folder + '/' + name;
@@ -111,8 +99,8 @@ std::variant<SoundSource, SoundSourceError> soundSource(const Options &options)
     }
     const auto type =
         isStream ? TavoNotificationPlayerItemType::Stream : TavoNotificationPlayerItemType::Uri;
-    if (isUri(name)) {
-        return SoundSource{type, QString::fromUtf8(name)};
+    if (const QString text = QString::fromUtf8(name); isSoundUri(text)) {
+        return SoundSource{type, text};
     }
     if (const int error = fileError(name)) {
         return noInput(name, error);

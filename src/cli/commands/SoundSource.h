@@ -30,9 +30,6 @@ struct SoundSourceError
 /// be read, standard input as data.
 std::variant<SoundSource, SoundSourceError> soundSource(const Options &options);
 
-/// Whether the name is a URI rather than a file's.
-bool isUri(const QByteArray &name);
-
 /// The URI of a file; every byte of the name that a URI can't hold is escaped, so that a name need
 /// not be UTF-8. A relative name is taken from the folder.
 QString fileUri(const QByteArray &name, const QByteArray &folder);

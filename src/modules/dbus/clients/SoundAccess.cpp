@@ -3,19 +3,20 @@
 
 #include "SoundAccess.h"
 
+#include "base/SoundLocation.h"
+
 #include <algorithm>
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QUrl>
 
 #include <sys/stat.h>
 
 namespace {
 const QString fileScheme = QStringLiteral("file");
 
-SoundAccess::Answer refuse(const QString &location, const char *why)
+SoundAccess::Answer refuse(const QString &location, const QString &why)
 {
     // Whatever a client sent, a line of the log stays one, and of a bearable length.
     constexpr int longest = 200;
@@ -49,39 +50,35 @@ SoundAccess::SoundAccess(QStringList schemes, const QStringList &folders)
 
 SoundAccess::Answer SoundAccess::check(const QString &location, Kind kind) const
 {
-    if (location.startsWith('/')) {
-        return checkPath(location, location, kind);
+    const Result<SoundLocation> parsed = parseSoundLocation(location);
+    if (const auto *failure = std::get_if<Failure>(&parsed)) {
+        return refuse(location, failure->reason);
     }
-    const QUrl url(location, QUrl::StrictMode);
-    const QString scheme = url.scheme().toLower();
-    if (scheme.isEmpty()) {
-        return refuse(location, "is neither an absolute path nor a URI");
+    const auto &[path, url] = std::get<SoundLocation>(parsed);
+    if (!url.isEmpty()) {
+        return m_schemes.contains(url.scheme())
+                   ? Answer{location, {}}
+                   : refuse(location, QStringLiteral("has a scheme that is not allowed"));
     }
-    if (scheme == fileScheme) {
-        const bool isLocal = url.host().isEmpty() || url.host() == QLatin1String("localhost");
-        return isLocal ? checkPath(location, url.path(QUrl::FullyDecoded), kind)
-                       : refuse(location, "names no file of this device");
+    if (!path.startsWith('/')) {
+        return refuse(location, QStringLiteral("is neither an absolute path nor a URI"));
     }
-    if (!m_schemes.contains(scheme)) {
-        return refuse(location, "has a scheme that is not allowed");
-    }
-    return {location, {}};
+    return checkPath(location, path, kind);
 }
 
 SoundAccess::Answer SoundAccess::checkPath(const QString &location, const QString &path,
                                            Kind kind) const
 {
     if (!m_schemes.contains(fileScheme)) {
-        return refuse(location, "has a scheme that is not allowed");
+        return refuse(location, QStringLiteral("has a scheme that is not allowed"));
     }
-    const QString canonical =
-        path.contains(QChar::Null) ? QString() : QFileInfo(path).canonicalFilePath();
+    const QString canonical = QFileInfo(path).canonicalFilePath();
     const bool isAllowed =
         std::any_of(m_folders.begin(), m_folders.end(),
                     [&](const QString &folder) { return isBelow(canonical, folder); });
     // One text for both: a client doesn't learn what there is in other folders.
     if (!isAllowed || !isOfKind(canonical, kind)) {
-        return refuse(location, "is no file in an allowed folder");
+        return refuse(location, QStringLiteral("is no file in an allowed folder"));
     }
     return {canonical, {}};
 }

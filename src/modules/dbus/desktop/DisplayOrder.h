@@ -7,18 +7,18 @@
 
 #include <deque>
 
-/// Keeps track of where our notifications stand in the display's queue. It learns that from the changes
-/// of the queue's rows, which tell where a row was inserted or removed, but not which.
+/// Follows where notifications of ours stand in the display's queue, by the changes of its rows,
+/// which say where something came or went, but not what.
 ///
-/// The queue need not be empty at the start: a row that is not known is not ours, and any number of
-/// such rows may follow the known ones.
+/// The queue may hold anything when the following begins: whatever isn't known is another's, and any
+/// number of those may stand behind what is known.
 class DisplayOrder
 {
 public:
-    /// One request to show a notification. A notification that is queued again has another one.
+    /// One showing of a notification. One that is queued anew is opened anew.
     struct Opening
     {
-        quint32 id = 0; ///< of the notification; 0: not ours
+        quint32 id = 0; ///< the notification's; 0: another's
         quint32 number = 0;
 
         bool isOurs() const { return id != 0; }
@@ -29,16 +29,16 @@ public:
         bool operator!=(const Opening &other) const { return !(*this == other); }
     };
 
-    /// A row was inserted. It is not ours unless it is named.
+    /// Something came to stand at the index; until it is named, it is another's.
     void insert(int index);
 
-    /// Says which opening was inserted last. Does nothing if a row was removed since.
+    /// What came last is this. Nothing may have gone since.
     void nameLast(const Opening &opening);
 
-    /// A row was removed. Returns the one that was.
+    /// Takes out what stands at the index and says what it was.
     Opening remove(int index);
 
-    /// The opening that is on display.
+    /// What is on display.
     Opening head() const { return m_openings.empty() ? Opening() : m_openings.front(); }
 
     void clear();
@@ -46,6 +46,6 @@ public:
 private:
     void trim();
 
-    std::deque<Opening> m_openings; ///< up to the last one that is ours or was inserted last
-    int m_last = -1;                ///< index of the one inserted last; -1 after a removal
+    std::deque<Opening> m_openings; ///< the last one is ours, or came last
+    int m_last = -1;                ///< where what came last stands; -1: it isn't there any more
 };

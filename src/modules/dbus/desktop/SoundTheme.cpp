@@ -13,10 +13,10 @@
 
 namespace {
 const QString profile = QStringLiteral("stereo");
-/// The theme from which all others inherit.
+/// The theme from which every other inherits.
 const QString commonTheme = QStringLiteral("freedesktop");
 
-/// The groups of a theme's description, each with its keys and values.
+/// The groups of a theme's description and their keys.
 using Description = QHash<QString, QHash<QString, QString>>;
 
 Description parse(const QByteArray &text)
@@ -35,15 +35,15 @@ Description parse(const QByteArray &text)
     return groups;
 }
 
-/// Whether the name, which may come from a client, names something in the folder itself.
+/// Whether a name that somebody else gave stays in the folder in which it is looked for.
 bool isFileName(const QString &name)
 {
-    constexpr int maxSize = 200;
-    return !name.isEmpty() && name.size() <= maxSize && !name.startsWith('.') &&
+    constexpr int longest = 200;
+    return !name.isEmpty() && name.size() <= longest && !name.startsWith('.') &&
            !name.contains('/') && !name.contains(QChar::Null);
 }
 
-/// The elements of a comma-separated list that can be names of folders.
+/// The elements of a list in a description that can be names of folders.
 QStringList folderNames(const QString &list)
 {
     QStringList names;
@@ -58,11 +58,11 @@ QStringList folderNames(const QString &list)
 
 Description describe(const QString &theme, const QStringList &folders)
 {
-    constexpr qint64 maxBytes = 65536;
+    constexpr qint64 longest = 65536;
     for (const QString &folder : folders) {
         QFile file(folder + '/' + theme + QStringLiteral("/index.theme"));
         if (QFileInfo(file).isFile() && file.open(QIODevice::ReadOnly)) {
-            return parse(file.read(maxBytes));
+            return parse(file.read(longest));
         }
     }
     return {};
@@ -73,8 +73,8 @@ QStringList localesFor(const QString &locale)
     // language_COUNTRY.encoding@modifier
     const QString bare = locale.section('@', 0, 0).section('.', 0, 0);
     QStringList locales;
-    const QStringList names{locale, bare, bare.section('_', 0, 0), QStringLiteral("C")};
-    for (const QString &name : names) {
+    const QStringList special{locale, bare, bare.section('_', 0, 0), QStringLiteral("C")};
+    for (const QString &name : special) {
         if (isFileName(name) && !locales.contains(name)) {
             locales.append(name);
         }
@@ -83,8 +83,8 @@ QStringList localesFor(const QString &locale)
     return locales;
 }
 
-/// The file for an event in one folder: nothing where the folder has none, an empty string where the
-/// folder disables the sound.
+/// The file for an event in one folder: no value where the folder has none, an empty text where it
+/// disables the sound.
 std::optional<QString> fileIn(const QString &folder, const QString &event)
 {
     const QString stem = folder + '/' + event + '.';
@@ -144,7 +144,7 @@ QString SoundTheme::find(const QString &event) const
     for (const Theme &theme : themes) {
         places.append(placesOf(theme));
     }
-    // Sounds without a theme are in the folders themselves.
+    // Sounds that belong to no theme stand in the folders themselves.
     places.append(m_folders);
     for (QString name = event; !name.isEmpty(); name.truncate(qMax(0, name.lastIndexOf('-')))) {
         if (const auto file = fileInFirst(places, name)) {
@@ -156,11 +156,11 @@ QString SoundTheme::find(const QString &event) const
 
 QVector<SoundTheme::Theme> SoundTheme::lineage() const
 {
-    constexpr int maxThemes = 16;
+    constexpr int most = 16;
     QVector<Theme> themes;
     QStringList names;
     const auto add = [&](const QString &name, const auto &self) -> void {
-        if (!isFileName(name) || names.contains(name) || names.size() == maxThemes) {
+        if (!isFileName(name) || names.contains(name) || names.size() == most) {
             return;
         }
         names.append(name);
@@ -169,7 +169,7 @@ QVector<SoundTheme::Theme> SoundTheme::lineage() const
         Theme described{name, {}};
         const QStringList subfolders = folderNames(theme.value(QStringLiteral("Directories")));
         for (const QString &subfolder : subfolders) {
-            // A subfolder without a profile is for this one.
+            // One that names no profile is for this one.
             if (groups[subfolder].value(QStringLiteral("OutputProfile"), profile) == profile) {
                 described.subfolders.append(subfolder);
             }
@@ -211,7 +211,7 @@ QStringList SoundTheme::environmentFolders()
         orDefault("XDG_DATA_DIRS", QStringLiteral("/usr/local/share:/usr/share")).split(':');
     QStringList folders;
     for (const QString &base : bases) {
-        // The base directory specification says to ignore relative paths.
+        // The base directory specification has relative ones ignored.
         if (QDir::isAbsolutePath(base)) {
             folders.append(QDir::cleanPath(base + QStringLiteral("/sounds")));
         }

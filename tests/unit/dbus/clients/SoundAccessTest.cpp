@@ -137,6 +137,14 @@ TEST_F(SoundAccessTest, AllowsOtherSchemesThatAreNamed)
     EXPECT_EQ(played("https://example.org/a.wav"_s), QString());
 }
 
+TEST_F(SoundAccessTest, RefusesAUriWithoutAHostWhichCouldBeTakenForAPath)
+{
+    const SoundAccess access({"file"_s, "http"_s}, {path("allowed"_s)});
+    EXPECT_EQ(played(access, "http:"_s + path("allowed/sound.wav"_s)), QString());
+    EXPECT_EQ(played(access, "http:/.."_s + path("secret/sound.wav"_s)), QString());
+    EXPECT_EQ(played(access, "http:sound.wav"_s), QString());
+}
+
 TEST_F(SoundAccessTest, RefusesWhatIsNoLocation)
 {
     for (const QString &location :
