@@ -11,6 +11,10 @@
 #include <algorithm>
 
 namespace {
+constexpr int maxHttpTimeoutMs = 600'000;
+constexpr qint64 bytesPerMiB = qint64(1) << 20;
+constexpr int maxMiB = 65536;
+
 bool isAsciiLetterOrDigit(QChar character)
 {
     return character.unicode() < 128 && character.isLetterOrNumber();
@@ -125,6 +129,23 @@ LogConfiguration readLog(TavoConfiguration log, const QString &file)
     return configuration;
 }
 
+/// A size that is configured in MiB.
+qint64 readSize(TavoConfiguration &configuration, const QString &key, qint64 defaultValue)
+{
+    return configuration.integer(key, int(defaultValue / bytesPerMiB), 1, maxMiB) * bytesPerMiB;
+}
+
+SimplePlayerLimits readSounds(TavoConfiguration sounds)
+{
+    SimplePlayerLimits limits;
+    limits.maxSoundBytes = readSize(sounds, QStringLiteral("soundLimit"), limits.maxSoundBytes);
+    limits.httpMaxBytes = readSize(sounds, QStringLiteral("httpLimit"), limits.httpMaxBytes);
+    limits.httpTimeoutMs =
+        sounds.integer(QStringLiteral("httpTimeout"), limits.httpTimeoutMs, 1, maxHttpTimeoutMs);
+    sounds.finish();
+    return limits;
+}
+
 HostConfiguration readConfiguration(TavoConfiguration configuration, const QString &file)
 {
     HostConfiguration read;
@@ -132,6 +153,7 @@ HostConfiguration readConfiguration(TavoConfiguration configuration, const QStri
     read.modules = readModules(configuration, file);
     read.modulePath = readModulePath(configuration, file);
     read.log = readLog(configuration.section(QStringLiteral("log")), file);
+    read.sounds = readSounds(configuration.section(QStringLiteral("sounds")));
     configuration.finish();
     return read;
 }

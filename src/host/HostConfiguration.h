@@ -4,6 +4,7 @@
 #pragma once
 
 #include "host/LogLevels.h"
+#include "simpleplayer/SimplePlayerLimits.h"
 
 #include <QByteArray>
 #include <QStringList>
@@ -13,30 +14,34 @@
 /// One worker to run.
 struct ModuleEntry
 {
-    /// The name of the worker, passed to worker_create, and of its thread.
+    /// What the worker is called: handed to worker_create, and its thread's name.
     QString name;
-    /// The NAME of libtavo_NAME.so; or, if it has a slash, the path of a file.
+    /// The <name> in libtavo_<name>.so, or the path of a file when it holds a slash.
     QString libraryName;
-    /// Passed to worker_create unread.
+    /// Handed to worker_create as it is.
     QVariantHash config;
 };
 
+/// Where log records go and which of them.
 struct LogConfiguration
 {
     /// A log4cplus properties file; empty for the console.
     QString file;
-    /// Applied in this order, after those of the file.
+    /// Applied in this order, after the file's own.
     QVector<LogLevel> levels;
 };
 
+/// What the host is to run.
 struct HostConfiguration
 {
     /// The file, or "built-in configuration"; for messages.
     QString source;
     QVector<ModuleEntry> modules;
-    /// Folders to search for modules.
+    /// Folders to look for modules in.
     QStringList modulePath;
     LogConfiguration log;
+    /// What the players of all modules accept.
+    SimplePlayerLimits sounds;
 
     /// What the host runs when it is given no file.
     static HostConfiguration builtIn();

@@ -18,10 +18,10 @@
 #include <sstream>
 
 namespace {
-constexpr const char *consolePattern = "%D{%Y-%m-%d %H:%M:%S.%q} %-5p %c [%t] %m%n";
+constexpr const char *s_consolePattern = "%D{%Y-%m-%d %H:%M:%S.%q} %-5p %c [%t] %m%n";
 
-/// Collects what is written to std::cerr: log4cplus has no other way to report errors in a properties
-/// file, or a log file that can't be written.
+/// Collects what is written to std::cerr: the log library reports what is wrong with a properties
+/// file, or with a file that it should write, in no other way.
 class StandardErrorCapture
 {
 public:
@@ -46,17 +46,18 @@ void logToConsole()
     constexpr bool immediateFlush = true;
     log4cplus::SharedAppenderPtr console(
         new log4cplus::ConsoleAppender(toStandardError, immediateFlush));
-    console->setLayout(std::make_unique<log4cplus::PatternLayout>(consolePattern));
+    console->setLayout(std::make_unique<log4cplus::PatternLayout>(s_consolePattern));
     auto root = log4cplus::Logger::getRoot();
     root.addAppender(console);
     root.setLogLevel(log4cplus::INFO_LOG_LEVEL);
 }
 
-std::optional<Failure> configureFromFile(const QString &file)
+/// Returns what is wrong with the file, if anything is.
+std::optional<Failure> logAsFileSays(const QString &file)
 {
     const QFileInfo info(file);
     if (!info.isFile() || !info.isReadable()) {
-        return Failure{QStringLiteral("%1 is not a readable file").arg(file)};
+        return Failure{QStringLiteral("%1 is no file that can be read").arg(file)};
     }
     QString complaint;
     {
@@ -89,11 +90,11 @@ Result<std::unique_ptr<HostLog>> HostLog::open(const LogConfiguration &configura
 {
     std::unique_ptr<HostLog> log(new HostLog);
     log4cplus::thread::setCurrentThreadName("main");
-    // The pool serves asynchronous appenders of a properties file; its default is four threads.
+    // For appenders that a properties file makes asynchronous; four of them is the library's idea.
     log4cplus::setThreadPoolSize(1);
     if (configuration.file.isEmpty()) {
         logToConsole();
-    } else if (const auto failure = configureFromFile(configuration.file)) {
+    } else if (const auto failure = logAsFileSays(configuration.file)) {
         return Failure{
             QStringLiteral("%1: log.file: %2").arg(configurationSource, failure->reason)};
     }

@@ -8,6 +8,7 @@
 #include <log4cplus/thread/threads.h>
 
 #include <exception>
+#include <memory>
 #include <utility>
 
 ModuleThread::ModuleThread(ModuleEntry entry, WorkerCreate create)
@@ -23,15 +24,15 @@ ModuleThread::~ModuleThread()
     stopWorker();
 }
 
-std::optional<Failure> ModuleThread::startWorker()
+std::optional<QString> ModuleThread::startWorker()
 {
     auto created = m_created.get_future();
     start();
-    auto failure = created.get();
-    if (failure) {
+    auto error = created.get();
+    if (error) {
         wait();
     }
-    return failure;
+    return error;
 }
 
 void ModuleThread::stopWorker()
@@ -43,30 +44,30 @@ void ModuleThread::stopWorker()
 void ModuleThread::run()
 {
     log4cplus::thread::setCurrentThreadName(m_nameBytes.toStdString());
-    auto created = createWorker();
-    if (const auto *failure = std::get_if<Failure>(&created)) {
-        m_created.set_value(*failure);
-        return;
+    void *created = nullptr;
+    auto error = createWorker(&created);
+    const bool failed = error.has_value();
+    const std::unique_ptr<CMWorker> worker(static_cast<CMWorker *>(created));
+    m_created.set_value(std::move(error));
+    if (!failed) {
+        exec();
     }
-    const auto worker = std::get<std::unique_ptr<CMWorker>>(std::move(created));
-    m_created.set_value(std::nullopt);
-    exec();
 }
 
-Result<std::unique_ptr<CMWorker>> ModuleThread::createWorker()
+std::optional<QString> ModuleThread::createWorker(void **worker)
 {
-    // An exception that left the thread would end the process without deleting the other workers.
-    void *created = nullptr;
+    // An exception must not leave the thread, where it would end the process before the workers
+    // that run already could be deleted.
     try {
-        created = m_create(m_nameBytes.constData(), &m_entry.config);
+        *worker = m_create(m_nameBytes.constData(), &m_entry.config);
     } catch (const std::exception &exception) {
-        return Failure{QStringLiteral("worker_create threw an exception: %1")
-                           .arg(QString::fromLocal8Bit(exception.what()))};
+        return QStringLiteral("worker_create threw an exception: %1")
+            .arg(QString::fromLocal8Bit(exception.what()));
     } catch (...) {
-        return Failure{QStringLiteral("worker_create threw something that is no std::exception")};
+        return QStringLiteral("worker_create threw something that is no std::exception");
     }
-    if (created == nullptr) {
-        return Failure{QStringLiteral("worker_create returned no worker")};
+    if (*worker == nullptr) {
+        return QStringLiteral("worker_create returned no worker");
     }
-    return std::unique_ptr<CMWorker>(static_cast<CMWorker *>(created));
+    return std::nullopt;
 }

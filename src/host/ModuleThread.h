@@ -3,7 +3,6 @@
 
 #pragma once
 
-#include "base/Result.h"
 #include "host/HostConfiguration.h"
 #include "host/ModuleLoader.h"
 
@@ -11,40 +10,39 @@
 #include <QThread>
 
 #include <future>
-#include <memory>
 #include <optional>
 
-class CMWorker;
-
-/// A thread that creates a worker, runs its event loop, and deletes it.
+/// One worker and the thread that it lives in: made there, run there, deleted there.
 ///
-/// Thread: the main thread. Owned by Host.
+/// Thread: the host's. Owner: Host. The module's name and configuration live here for as long as
+/// the worker does.
 class ModuleThread : public QThread
 {
 public:
     ModuleThread(ModuleEntry entry, WorkerCreate create);
 
-    /// Calls stopWorker().
+    /// Stops the worker, if it runs.
     ~ModuleThread() override;
 
     const QString &name() const { return m_entry.name; }
 
-    /// Starts the thread and waits until worker_create has returned. After a failure the thread has
-    /// ended.
-    std::optional<Failure> startWorker();
+    /// Starts the thread and returns when worker_create has: with nothing when there is a worker,
+    /// otherwise with the reason why there is none; the thread has ended in that case.
+    std::optional<QString> startWorker();
 
-    /// Deletes the worker in its thread and waits until that has ended. Queued calls to the worker are
-    /// dropped.
+    /// Deletes the worker in its thread and returns when the thread has ended. Calls that wait in
+    /// the thread's event loop are not delivered any more.
     void stopWorker();
 
 protected:
     void run() override;
 
 private:
-    Result<std::unique_ptr<CMWorker>> createWorker();
+    std::optional<QString> createWorker(void **worker);
 
     ModuleEntry m_entry;
-    QByteArray m_nameBytes; ///< passed to worker_create, valid for as long as the worker
+    /// What worker_create is given: bytes that live as long as the worker.
+    QByteArray m_nameBytes;
     WorkerCreate m_create;
-    std::promise<std::optional<Failure>> m_created;
+    std::promise<std::optional<QString>> m_created;
 };

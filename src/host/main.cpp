@@ -26,7 +26,7 @@ int exitWith(const ExitFailure &failure)
     return static_cast<int>(failure.code);
 }
 
-int print(const QString &text)
+int printed(const QString &text)
 {
     std::printf("%s\n", qPrintable(text));
     return static_cast<int>(ExitCode::Ok);
@@ -65,7 +65,7 @@ void on_stopSignals_received(int signal)
 int run(const CommandLine &line, const Settings &settings,
         const std::vector<LocatedModule> &modules)
 {
-    // A client that goes away makes a write fail; it must not end the host.
+    // A client that goes away is an error of a write, not the end of every module.
     std::signal(SIGPIPE, SIG_IGN);
     const auto stopSignals = StopSignals::install();
     if (!stopSignals) {
@@ -78,6 +78,7 @@ int run(const CommandLine &line, const Settings &settings,
     if (const auto *failure = std::get_if<Failure>(&log)) {
         return exitWith({ExitCode::Configuration, failure->reason});
     }
+    SimplePlayerLimits::setDefaults(settings.sounds());
     Host host(settings.source());
     if (const auto failure = host.start(modules, [&] { return !stopSignals->isReceived(); })) {
         return exitWith(*failure);
@@ -106,9 +107,9 @@ int act(const CommandLine &line)
     }
     const auto &located = std::get<std::vector<LocatedModule>>(modules);
     if (line.action == CommandLine::Action::Check) {
-        return print(QStringLiteral("%1: good, %2 modules")
-                         .arg(std::get<Settings>(settings).source())
-                         .arg(located.size()));
+        return printed(QStringLiteral("%1: good, %2 modules")
+                           .arg(std::get<Settings>(settings).source())
+                           .arg(located.size()));
     }
     return run(line, std::get<Settings>(settings), located);
 }
@@ -116,7 +117,8 @@ int act(const CommandLine &line)
 
 int main(int argc, char **argv)
 {
-    // GLib's event dispatcher makes each queued call a third more expensive.
+    // A glib event dispatcher costs a third more for each queued call, and a module's thread lives
+    // on queued calls.
     qputenv("QT_NO_GLIB", "1");
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("tavo-host"));
@@ -128,9 +130,9 @@ int main(int argc, char **argv)
     }
     switch (std::get<CommandLine>(line).action) {
     case CommandLine::Action::ShowHelp:
-        return print(CommandLine::helpText().trimmed());
+        return printed(CommandLine::helpText().trimmed());
     case CommandLine::Action::ShowVersion:
-        return print(QStringLiteral("tavo-host %1").arg(QCoreApplication::applicationVersion()));
+        return printed(QStringLiteral("tavo-host %1").arg(QCoreApplication::applicationVersion()));
     default:
         return act(std::get<CommandLine>(line));
     }

@@ -38,7 +38,8 @@ public:
     /// Back to a file's begin, or on to a FIFO's next writer.
     bool rewind();
 
-    QString name() const { return m_name; }
+    QString path() const { return m_path; } ///< empty for a pipe
+    QString name() const { return m_name; } ///< what people call it
     QString error() const { return m_error; }
 
 private:

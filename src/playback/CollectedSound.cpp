@@ -6,7 +6,6 @@
 #include "playback/ByteInput.h"
 #include "playback/SoundFile.h"
 #include "playback/WakeEvent.h"
-#include "simpleplayer/SimplePlayerLimits.h"
 
 #include <array>
 
@@ -18,14 +17,9 @@ constexpr int noLimit = -1;
 
 } // namespace
 
-CollectedSound::CollectedSound(const QString &path)
-    : m_path(path)
-    , m_input(std::make_unique<ByteInput>(path))
-{
-}
-
-CollectedSound::CollectedSound(int descriptor, const QString &name)
-    : m_input(std::make_unique<ByteInput>(descriptor, name))
+CollectedSound::CollectedSound(std::unique_ptr<ByteInput> input, const SimplePlayerLimits &limits)
+    : m_input(std::move(input))
+    , m_limits(limits)
 {
 }
 
@@ -41,7 +35,7 @@ bool CollectedSound::open()
     }
     if (!m_input->isRegularFile())
         return true;
-    m_sound = SoundFile::fromPath(m_path);
+    m_sound = SoundFile::fromPath(m_input->path(), m_limits.maxSoundBytes);
     return decode() == Status::Frames;
 }
 
@@ -52,7 +46,7 @@ bool CollectedSound::needsLoading() const
 
 FrameSource::Status CollectedSound::load(const WakeEvent &wake)
 {
-    const qint64 limit = SimplePlayerLimits::current().httpMaxBytes;
+    const qint64 limit = m_limits.httpMaxBytes;
     std::array<char, chunkBytes> chunk{};
     for (;;) {
         const ssize_t got = m_input->read(chunk.data(), chunk.size());
@@ -70,7 +64,7 @@ FrameSource::Status CollectedSound::load(const WakeEvent &wake)
         if (wake.wait(0))
             return Status::Waiting;
     }
-    m_sound = SoundFile::fromData(m_data, m_input->name());
+    m_sound = SoundFile::fromData(m_data, m_input->name(), m_limits.maxSoundBytes);
     return decode();
 }
 

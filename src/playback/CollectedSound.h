@@ -4,6 +4,7 @@
 #pragma once
 
 #include "playback/FrameSource.h"
+#include "simpleplayer/SimplePlayerLimits.h"
 
 #include <memory>
 
@@ -17,8 +18,7 @@ class SoundFile;
 class CollectedSound : public FrameSource
 {
 public:
-    explicit CollectedSound(const QString &path);
-    CollectedSound(int descriptor, const QString &name);
+    CollectedSound(std::unique_ptr<ByteInput> input, const SimplePlayerLimits &limits);
     ~CollectedSound() override;
 
     bool open() override;
@@ -33,8 +33,8 @@ private:
     template <typename Done>
     Done checked(Done done);
 
-    const QString m_path; // empty: only the input
     const std::unique_ptr<ByteInput> m_input;
+    const SimplePlayerLimits m_limits;
     QByteArray m_data;
     std::unique_ptr<SoundFile> m_sound; // once all of it is there
 };

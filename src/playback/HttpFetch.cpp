@@ -3,8 +3,6 @@
 
 #include "playback/HttpFetch.h"
 
-#include "simpleplayer/SimplePlayerLimits.h"
-
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QSocketNotifier>
@@ -24,9 +22,10 @@ constexpr int firstRefusal = 300;
 
 } // namespace
 
-HttpFetch::HttpFetch(const QUrl &url, Kind kind)
+HttpFetch::HttpFetch(const QUrl &url, Kind kind, int timeoutMs)
     : m_url(url)
     , m_kind(kind)
+    , m_timeoutMs(timeoutMs)
 {
     std::array<int, 2> ends{-1, -1};
     if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) == 0) {
@@ -53,7 +52,6 @@ int HttpFetch::takeReadingEnd()
 void HttpFetch::start(Report report)
 {
     m_report = std::move(report);
-    m_timeoutMs = SimplePlayerLimits::current().httpTimeoutMs;
     m_network = std::make_unique<QNetworkAccessManager>();
     m_drained = std::make_unique<QSocketNotifier>(m_writing, QSocketNotifier::Write);
     m_drained->setEnabled(false);
@@ -126,7 +124,7 @@ void HttpFetch::fail(const QString &why)
     // The pipe stays open: its end would be taken for the sound's.
     if (m_report)
         std::exchange(m_report, nullptr)(
-            QStringLiteral("\"%1\" can't be fetched: %2").arg(m_url.toDisplayString(), why));
+            {QStringLiteral("\"%1\" can't be fetched: %2").arg(m_url.toDisplayString(), why)});
 }
 
 void HttpFetch::closePipe()

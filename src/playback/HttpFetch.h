@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "base/Result.h"
+
 #include <functional>
 #include <memory>
 
@@ -16,20 +18,20 @@ class QSocketNotifier;
 
 /// Gets a URI over http and hands what comes into a pipe, no faster than it is taken out.
 ///
-/// Thread: that of the player, whose event loop drives it. Owner: the Playback.
+/// Thread: that of the player, whose event loop drives it. Owned by the PlaybackWriter.
 class HttpFetch
 {
 public:
-    /// What the time limit is for.
+    /// What the timeout is for.
     enum class Kind {
-        WholeFile, ///< for all of it
-        LiveStream ///< for every silence in between
+        WholeFile, ///< the whole file
+        LiveStream ///< each silence in between
     };
 
-    /// Told at most once, when the fetch has failed.
-    using Report = std::function<void(const QString &error)>;
+    /// Called at most once, when the fetch has failed.
+    using Report = std::function<void(const Failure &failure)>;
 
-    HttpFetch(const QUrl &url, Kind kind);
+    HttpFetch(const QUrl &url, Kind kind, int timeoutMs);
     ~HttpFetch();
     HttpFetch(const HttpFetch &) = delete;
     HttpFetch &operator=(const HttpFetch &) = delete;
@@ -49,10 +51,10 @@ private:
 
     const QUrl m_url;
     const Kind m_kind;
+    const int m_timeoutMs;
     int m_reading = -1;
     int m_writing = -1;
     Report m_report;
-    int m_timeoutMs = 0;
     // Made by start(), in the thread that they are to live in.
     std::unique_ptr<QNetworkAccessManager> m_network;
     QNetworkReply *m_reply = nullptr; // the network's

@@ -70,13 +70,13 @@ QHash<QString, QString> parseParameters(const QStringList &parts)
     return parameters;
 }
 
-StreamFormat refuse(const QString &mediaType, const QString &why)
+Failure refuse(const QString &mediaType, const QString &why)
 {
-    return {std::nullopt, QStringLiteral("The stream format \"%1\" %2").arg(mediaType, why)};
+    return {QStringLiteral("The stream format \"%1\" %2").arg(mediaType, why)};
 }
 
-StreamFormat readPcm(const QString &mediaType, PcmEncoding encoding,
-                     const QHash<QString, QString> &parameters)
+Result<StreamFormat> readPcm(const QString &mediaType, PcmEncoding encoding,
+                             const QHash<QString, QString> &parameters)
 {
     const int rate = parameters.value(QStringLiteral("rate")).toInt();
     if (rate < SoundFormat::minRate || rate > SoundFormat::maxRate)
@@ -84,7 +84,7 @@ StreamFormat readPcm(const QString &mediaType, PcmEncoding encoding,
     const int channels = parameters.value(QStringLiteral("channels"), QStringLiteral("1")).toInt();
     if (channels < 1 || channels > SoundFormat::maxChannels)
         return refuse(mediaType, QStringLiteral("has no usable number of channels"));
-    return {PcmFormat{encoding, {rate, channels}}, QString()};
+    return StreamFormat{PcmFormat{encoding, {rate, channels}}};
 }
 
 template <typename Integer>
@@ -145,21 +145,26 @@ int PcmFormat::bytesPerSample() const
     }
 }
 
-StreamFormat parseStreamFormat(const QString &mediaType)
+Result<StreamFormat> parseStreamFormat(const QString &mediaType)
 {
     QStringList parts = mediaType.split(QLatin1Char(';'));
     const QString type = parts.takeFirst().trimmed().toLower();
     const QHash<QString, QString> parameters = parseParameters(parts);
 
-    if (const auto linear = find(std::begin(linearTypes), std::end(linearTypes), type))
+    if (const auto linear = find(std::begin(linearTypes), std::end(linearTypes), type)) {
         return readPcm(mediaType, *linear, parameters);
-    if (type == QLatin1String("audio/x-raw")) {
-        const auto encoding = find(std::begin(encodings), std::end(encodings),
-                                   parameters.value(QStringLiteral("format")));
-        return encoding ? readPcm(mediaType, *encoding, parameters)
-                        : refuse(mediaType, QStringLiteral("names no known sample format"));
     }
-    return isFileType(type) ? StreamFormat{} : refuse(mediaType, QStringLiteral("is not known"));
+    if (type == QLatin1String("audio/x-raw")) {
+        if (const auto encoding = find(std::begin(encodings), std::end(encodings),
+                                       parameters.value(QStringLiteral("format")))) {
+            return readPcm(mediaType, *encoding, parameters);
+        }
+        return refuse(mediaType, QStringLiteral("names no known sample format"));
+    }
+    if (isFileType(type)) {
+        return StreamFormat{};
+    }
+    return refuse(mediaType, QStringLiteral("is not known"));
 }
 
 void decodePcm(PcmEncoding encoding, const char *bytes, float *samples, long count)

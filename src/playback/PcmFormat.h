@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "base/Result.h"
 #include "playback/FrameSource.h"
 
 #include <QString>
@@ -25,13 +26,12 @@ struct PcmFormat
 /// What a stream's media type asks for.
 struct StreamFormat
 {
-    std::optional<PcmFormat> pcm; ///< raw PCM; none: a sound file's format, which tells itself
-    QString error;                ///< why it can't be played; empty when it can
+    std::optional<PcmFormat> pcm; ///< raw PCM; without it a sound file, which tells its format
 };
 
 /// Reads a media type: audio/L8, L16 or L24 (big-endian) with rate and channels; audio/x-raw with
 /// format, rate and channels; or a sound file's type. One channel is taken where none are named.
-StreamFormat parseStreamFormat(const QString &mediaType);
+Result<StreamFormat> parseStreamFormat(const QString &mediaType);
 
 /// Turns raw samples into floats from -1 to 1.
 void decodePcm(PcmEncoding encoding, const char *bytes, float *samples, long count);

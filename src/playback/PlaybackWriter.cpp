@@ -3,7 +3,7 @@
 
 #include "playback/PlaybackWriter.h"
 
-#include "playback/Log.h"
+#include "playback/HttpFetch.h"
 
 #include <algorithm>
 #include <chrono>
@@ -11,13 +11,13 @@
 
 namespace {
 
-// The longest that a start holds up its caller.
-constexpr std::chrono::milliseconds openingLimit{250};
+// For so long a start holds up its caller.
+constexpr std::chrono::milliseconds maxOpening{250};
 
-// The longest that a pause waits for a device to play what it holds.
-constexpr std::chrono::milliseconds playOutLimit{500};
+// For so long a pause waits for a device to play what it holds.
+constexpr std::chrono::milliseconds maxPlayOut{500};
 
-// How often a stream that brings nothing is left to look whether the device is still there.
+// How often the device is checked while a stream brings nothing.
 constexpr int idleCheckMs = 250;
 
 // A device that claims to be further behind than this is not believed.
@@ -28,46 +28,62 @@ constexpr long msPerSecond = 1000;
 } // namespace
 
 PlaybackWriter::PlaybackWriter(std::unique_ptr<FrameSource> source, const QString &device,
-                               Report report)
+                               const PlaybackOptions &options, Report report,
+                               std::unique_ptr<HttpFetch> fetch)
     : m_source(std::move(source))
     , m_deviceName(device)
+    , m_loop(options.loop)
+    , m_usage(options.usage)
     , m_report(std::move(report))
+    , m_fetch(std::move(fetch))
 {
 }
 
 PlaybackWriter::~PlaybackWriter()
 {
-    stop();
+    interrupt(Command::Stop);
 }
 
-void PlaybackWriter::configure(bool loop, int usage)
+std::optional<Failure> PlaybackWriter::start()
 {
-    m_loop = loop;
-    m_usage = usage;
+    if (m_finished) {
+        m_report(std::nullopt);
+        return std::nullopt;
+    }
+    if (auto failure = startThread()) {
+        return failure;
+    }
+    if (m_fetch != nullptr && !m_fetchStarted) {
+        m_fetchStarted = true;
+        m_fetch->start(m_report);
+    }
+    return std::nullopt;
 }
 
-bool PlaybackWriter::start()
+std::optional<Failure> PlaybackWriter::startThread()
 {
-    if (m_finished)
-        return true;
+    if (!m_wake.isValid()) {
+        return Failure{QStringLiteral("There are no more file descriptors")};
+    }
     m_command = Command::Play;
     m_wake.clear();
     m_opening = Opening::Awaited;
     try {
         m_thread = std::thread(&PlaybackWriter::run, this);
     } catch (const std::system_error &error) {
-        m_startError = QStringLiteral("No thread can be started: ") + error.what();
-        return false;
+        return Failure{QStringLiteral("No thread can be started: ") + error.what()};
     }
     std::unique_lock lock(m_mutex);
-    m_openingChanged.wait_for(lock, openingLimit, [this] { return m_opening != Opening::Awaited; });
-    if (m_opening == Opening::Awaited)
+    m_openingChanged.wait_for(lock, maxOpening, [this] { return m_opening != Opening::Awaited; });
+    if (m_opening == Opening::Awaited) {
         m_opening = Opening::Late;
-    if (m_opening != Opening::Failed)
-        return true;
+    }
+    if (m_opening != Opening::Failed) {
+        return std::nullopt;
+    }
     lock.unlock();
     m_thread.join();
-    return false;
+    return m_startFailure;
 }
 
 void PlaybackWriter::interrupt(Command command)
@@ -85,10 +101,11 @@ void PlaybackWriter::run()
     if (end == Step::Interrupted)
         keepPlace();
     m_device.close();
-    if (end == Step::Ended)
-        finish(m_sourceError);
-    else if (end == Step::Failed)
-        finish(m_error);
+    if (end == Step::Ended) {
+        finish(m_sourceFailure);
+    } else if (end == Step::Failed) {
+        finish(m_failure);
+    }
 }
 
 void PlaybackWriter::keepPlace()
@@ -104,7 +121,7 @@ void PlaybackWriter::keepPlace()
 bool PlaybackWriter::playOut()
 {
     m_wake.clear();
-    const auto deadline = std::chrono::steady_clock::now() + playOutLimit;
+    const auto deadline = std::chrono::steady_clock::now() + maxPlayOut;
     Step result = Step::GoOn;
     while (result == Step::GoOn && std::chrono::steady_clock::now() < deadline) {
         const long room = m_device.room();
@@ -113,19 +130,19 @@ bool PlaybackWriter::playOut()
     return result == Step::Ended;
 }
 
-void PlaybackWriter::finish(const QString &error)
+void PlaybackWriter::finish(const std::optional<Failure> &failure)
 {
     {
         const std::lock_guard lock(m_mutex);
-        if (m_opening == Opening::Awaited) {
+        if (m_opening == Opening::Awaited && failure) {
             m_opening = Opening::Failed;
-            m_startError = error;
+            m_startFailure = *failure;
             m_openingChanged.notify_one();
             return;
         }
     }
     m_finished = true;
-    m_report(error);
+    m_report(failure);
 }
 
 void PlaybackWriter::declareOpened()
@@ -139,10 +156,12 @@ void PlaybackWriter::declareOpened()
 PlaybackWriter::Step PlaybackWriter::play()
 {
     Step result = openAll();
-    if (result == Step::GoOn && m_command == Command::Play)
-        result = begin();
-    while (result == Step::GoOn)
+    while (result == Step::GoOn) {
         result = m_command == Command::Play ? step() : Step::Interrupted;
+        // Only after the first step: waking the caller takes a good part of the time that passes
+        // until the sound is heard.
+        declareOpened();
+    }
     return result;
 }
 
@@ -167,22 +186,9 @@ PlaybackWriter::Step PlaybackWriter::openAll()
     return Step::GoOn;
 }
 
-// What is there at once goes to the device first: waking the caller takes a good part of the time
-// that passes until the sound is heard.
-PlaybackWriter::Step PlaybackWriter::begin()
+PlaybackWriter::Step PlaybackWriter::fail(const QString &reason)
 {
-    const long room = m_device.room();
-    fill(room);
-    const Step result = room < 0                ? fail(m_device.error())
-                        : m_window.unsent() > 0 ? send(room)
-                                                : Step::GoOn;
-    declareOpened();
-    return result;
-}
-
-PlaybackWriter::Step PlaybackWriter::fail(const QString &error)
-{
-    m_error = error;
+    m_failure = {reason};
     return Step::Failed;
 }
 
@@ -225,7 +231,9 @@ void PlaybackWriter::fill(long room)
                 continue;
         }
         m_sourceEnded = true;
-        m_sourceError = m_source->error();
+        if (!m_source->error().isEmpty()) {
+            m_sourceFailure = Failure{m_source->error()};
+        }
     }
 }
 
@@ -273,6 +281,7 @@ PlaybackWriter::Step PlaybackWriter::pad(long room)
 
 PlaybackWriter::Step PlaybackWriter::waitForInput()
 {
+    declareOpened();
     m_wake.waitForInput(m_source->inputDescriptor(), idleCheckMs);
     return m_command == Command::Play ? Step::GoOn : Step::Interrupted;
 }

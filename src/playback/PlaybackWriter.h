@@ -7,62 +7,50 @@
 #include "playback/FrameSource.h"
 #include "playback/FrameWindow.h"
 #include "playback/GainRamp.h"
+#include "playback/loader/Playback.h"
 #include "playback/WakeEvent.h"
 
 #include <atomic>
 #include <condition_variable>
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <thread>
 #include <vector>
 
+class HttpFetch;
+
 /// Carries frames from a source to a device, in a thread that exists only while it does so: from
-/// start() to the sound's end, pause() or stop().
+/// start() until the sound's end or pause().
 ///
-/// Thread: that of the Playback, which owns it; the end is reported in the writer's own.
-class PlaybackWriter
+/// Thread: the player's; the end is reported in the writer's own.
+class PlaybackWriter : public Playback
 {
 public:
-    /// Told once when the sound has ended: with an empty text when it was heard to its end. Called
-    /// in the writer's thread.
-    using Report = std::function<void(const QString &error)>;
-
-    PlaybackWriter(std::unique_ptr<FrameSource> source, const QString &device, Report report);
-    ~PlaybackWriter();
+    /// The fetch, if there is one, feeds the source.
+    PlaybackWriter(std::unique_ptr<FrameSource> source, const QString &device,
+                   const PlaybackOptions &options, Report report, std::unique_ptr<HttpFetch> fetch);
+    ~PlaybackWriter() override;
     PlaybackWriter(const PlaybackWriter &) = delete;
     PlaybackWriter &operator=(const PlaybackWriter &) = delete;
 
-    /// What the first start() is to go by.
-    void configure(bool loop, int usage);
-
-    /// Begins, or goes on after a pause. Waits until source and device are open and the device has
-    /// what the source has at once, but at most 250 ms; after that, what goes wrong is reported.
-    /// False: they can't be opened; startError() says why, nothing is reported, and it may be tried
-    /// again.
-    bool start();
-    QString startError() const { return m_startError; }
-
-    /// Falls silent and keeps the place.
-    void pause() { interrupt(Command::Pause); }
-
-    /// Falls silent for good.
-    void stop() { interrupt(Command::Stop); }
-
-    void setGain(double gain, int fadeMs) { m_gain.set(gain, fadeMs); }
+    /// Waits until source and device are open and the device has what the source has at once, but at
+    /// most 250 ms; after that, what goes wrong is reported.
+    std::optional<Failure> start() override;
+    void pause() override { interrupt(Command::Pause); }
+    void setGain(double gain, int fadeMs) override { m_gain.set(gain, fadeMs); }
 
 private:
     enum class Command { Play, Pause, Stop };
     enum class Step { GoOn, Interrupted, Ended, Failed };
     enum class Opening { Awaited, Opened, Failed, Late };
 
+    std::optional<Failure> startThread();
     void interrupt(Command command);
 
     // In the writer's thread:
     void run();
     Step play();
     Step openAll();
-    Step begin();
     Step step();
     void fill(long room);
     Step send(long room);
@@ -70,17 +58,19 @@ private:
     Step pad(long room);
     Step waitForInput();
     Step waitFor(long frames);
-    Step fail(const QString &error);
+    Step fail(const QString &reason);
     void keepPlace();
     bool playOut();
     void declareOpened();
-    void finish(const QString &error);
+    void finish(const std::optional<Failure> &failure);
 
     const std::unique_ptr<FrameSource> m_source;
     const QString m_deviceName;
+    const bool m_loop;
+    const int m_usage;
     const Report m_report;
-    bool m_loop = false;
-    int m_usage = 0;
+    const std::unique_ptr<HttpFetch> m_fetch;
+    bool m_fetchStarted = false;
     GainRamp m_gain;
 
     std::thread m_thread;
@@ -89,8 +79,8 @@ private:
 
     std::mutex m_mutex;
     std::condition_variable m_openingChanged;
-    Opening m_opening = Opening::Awaited; // guarded
-    QString m_startError;                 // set before the thread is joined
+    Opening m_opening = Opening::Awaited; // protected by the mutex
+    Failure m_startFailure;               // set before the thread is joined
 
     // What follows belongs to the writer's thread while there is one.
     AlsaDevice m_device;
@@ -98,8 +88,8 @@ private:
     FrameWindow m_window;
     std::vector<float> m_output;
     bool m_sourceEnded = false;
-    QString m_sourceError; // reported when what came before has been heard
-    long m_padding = 0;    // frames of silence written after the last
-    QString m_error;
+    std::optional<Failure> m_sourceFailure; // reported when what came before has been heard
+    long m_padding = 0;                     // frames of silence written after the last
+    Failure m_failure;
     bool m_finished = false; // the end has been reported
 };

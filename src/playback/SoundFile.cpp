@@ -5,7 +5,6 @@
 
 #include "playback/RiffHeader.h"
 #include "playback/VorbisHeaders.h"
-#include "simpleplayer/SimplePlayerLimits.h"
 
 #include <QFile>
 
@@ -31,21 +30,24 @@ QString megabytes(qint64 bytes)
 
 } // namespace
 
-std::unique_ptr<SoundFile> SoundFile::fromPath(const QString &path)
+std::unique_ptr<SoundFile> SoundFile::fromPath(const QString &path, qint64 maxBytes)
 {
     return std::unique_ptr<SoundFile>(
-        new SoundFile(path, QByteArray(), QStringLiteral("The file \"%1\"").arg(path)));
+        new SoundFile(path, QByteArray(), QStringLiteral("The file \"%1\"").arg(path), maxBytes));
 }
 
-std::unique_ptr<SoundFile> SoundFile::fromData(const QByteArray &data, const QString &name)
+std::unique_ptr<SoundFile> SoundFile::fromData(const QByteArray &data, const QString &name,
+                                               qint64 maxBytes)
 {
-    return std::unique_ptr<SoundFile>(new SoundFile(QString(), data, name));
+    return std::unique_ptr<SoundFile>(new SoundFile(QString(), data, name, maxBytes));
 }
 
-SoundFile::SoundFile(const QString &path, const QByteArray &data, const QString &name)
+SoundFile::SoundFile(const QString &path, const QByteArray &data, const QString &name,
+                     qint64 maxBytes)
     : m_path(path)
     , m_data(data)
     , m_name(name)
+    , m_maxBytes(maxBytes)
 {
 }
 
@@ -58,7 +60,6 @@ bool SoundFile::open()
 {
     if (m_file)
         return true;
-    m_maxBytes = SimplePlayerLimits::current().maxSoundBytes;
     if (m_path.isEmpty() ? openData() : openPath())
         return true;
     closeAll();

@@ -16,8 +16,10 @@
 class SoundFile : public FrameSource
 {
 public:
-    static std::unique_ptr<SoundFile> fromPath(const QString &path);
-    static std::unique_ptr<SoundFile> fromData(const QByteArray &data, const QString &name);
+    // It may decode to so many bytes.
+    static std::unique_ptr<SoundFile> fromPath(const QString &path, qint64 maxBytes);
+    static std::unique_ptr<SoundFile> fromData(const QByteArray &data, const QString &name,
+                                               qint64 maxBytes);
 
     ~SoundFile() override;
 
@@ -27,7 +29,7 @@ public:
     bool rewind() override;
 
 private:
-    SoundFile(const QString &path, const QByteArray &data, const QString &name);
+    SoundFile(const QString &path, const QByteArray &data, const QString &name, qint64 maxBytes);
 
     bool openPath();
     bool openData();
@@ -44,11 +46,11 @@ private:
 
     QString m_path; // empty: the sound is in memory
     QByteArray m_data;
-    QString m_name;          // what people call it
+    QString m_name; // what people call it
+    const qint64 m_maxBytes;
     sf_count_t m_offset = 0; // in m_data
     int m_descriptor = -1;
     SNDFILE *m_file = nullptr;
     SF_INFO m_info{};
     sf_count_t m_framesRead = 0;
-    qint64 m_maxBytes = 0;
 };

@@ -12,6 +12,9 @@ public:
     WakeEvent(const WakeEvent &) = delete;
     WakeEvent &operator=(const WakeEvent &) = delete;
 
+    /// False when there were no more file descriptors.
+    bool isValid() const { return m_descriptor >= 0; }
+
     void set();
     void clear();
 

@@ -66,11 +66,12 @@ def settings(options, name, factor, folder, environment, http):
     configuration = here / "host.json"
     configuration.write_text(json.dumps({
         "log": {"level": options.log},
+        "sounds": {"httpTimeout": 2000},
         "modules": [
             {"name": "powermanager", "config": {"revokeTimeout": 100}},
             {"name": "player", "config": {
                 "mainDevice": "main", "notificationsDevice": "notifications",
-                "music": str(here / "sounds" / "music.wav"), "httpTimeout": 2000}},
+                "music": str(here / "sounds" / "music.wav")}},
             "notifications",
             {"name": "soak", "library": str(options.build / "tests/modules/libtavo_soak.so"),
              "config": load}]}))

@@ -3,13 +3,10 @@
 
 #include "simpleplayer/DataSimplePlayer.h"
 
-#include "playback/loader/PlaybackMaker.h"
+#include "playback/loader/Playback.h"
 
 DataSimplePlayer::DataSimplePlayer(const QByteArray &data, const QString &id, const QString &device,
                                    QObject *parent)
-    : PlaybackPlayer(
-          makePlayback(
-              id, [&](const PlaybackMaker &maker) { return maker.fromData(data, id, device); }),
-          parent)
+    : SimplePlayer(id, std::make_unique<PlayedSound>(PlayedSound{DataSound{data}, device}), parent)
 {
 }

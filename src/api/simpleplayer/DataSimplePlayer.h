@@ -3,14 +3,14 @@
 
 #pragma once
 
-#include "simpleplayer/PlaybackPlayer.h"
+#include "simpleplayer/SimplePlayer.h"
 
 #include <QByteArray>
 
 /// Plays a sound file held in memory.
 ///
 /// Thread and owner: as SimplePlayer.
-class TAVO_SIMPLEPLAYER_EXPORT DataSimplePlayer : public PlaybackPlayer
+class TAVO_SIMPLEPLAYER_EXPORT DataSimplePlayer : public SimplePlayer
 {
     Q_OBJECT
 

@@ -14,18 +14,4 @@ class TAVO_SIMPLEPLAYER_EXPORT FakePlayer : public SimplePlayer
 
 public:
     FakePlayer(const QString &id, QObject *parent);
-    ~FakePlayer() override;
-
-    bool play() override;
-    void pause() override;
-    void stop() override;
-
-private:
-    enum class State { Ready, Playing, Paused, Done };
-
-    void finish(void (SimplePlayer::*signal)(const QString &));
-
-    QString m_id;
-    State m_state = State::Ready;
-    bool m_loop = false; // as it was at the first play()
 };

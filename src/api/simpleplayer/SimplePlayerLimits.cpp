@@ -3,32 +3,16 @@
 
 #include "simpleplayer/SimplePlayerLimits.h"
 
-#include <mutex>
-
 namespace {
-
-std::mutex &limitsMutex()
-{
-    static std::mutex mutex;
-    return mutex;
-}
-
-SimplePlayerLimits &limits()
-{
-    static SimplePlayerLimits limits;
-    return limits;
-}
-
+SimplePlayerLimits s_defaults;
 } // namespace
 
-SimplePlayerLimits SimplePlayerLimits::current()
+SimplePlayerLimits SimplePlayerLimits::defaults()
 {
-    const std::lock_guard lock(limitsMutex());
-    return limits();
+    return s_defaults;
 }
 
-void SimplePlayerLimits::setCurrent(const SimplePlayerLimits &newLimits)
+void SimplePlayerLimits::setDefaults(const SimplePlayerLimits &limits)
 {
-    const std::lock_guard lock(limitsMutex());
-    limits() = newLimits;
+    s_defaults = limits;
 }

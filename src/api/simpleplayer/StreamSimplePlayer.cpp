@@ -3,14 +3,12 @@
 
 #include "simpleplayer/StreamSimplePlayer.h"
 
-#include "playback/loader/PlaybackMaker.h"
+#include "playback/loader/Playback.h"
 
 StreamSimplePlayer::StreamSimplePlayer(const QString &content, const QString &format,
                                        const QString &id, const QString &device, QObject *parent)
-    : PlaybackPlayer(makePlayback(id,
-                                  [&](const PlaybackMaker &maker) {
-                                      return maker.fromStream(content, format, id, device);
-                                  }),
-                     parent)
+    : SimplePlayer(id,
+                   std::make_unique<PlayedSound>(PlayedSound{StreamSound{content, format}, device}),
+                   parent)
 {
 }

@@ -3,12 +3,12 @@
 
 #pragma once
 
-#include "simpleplayer/PlaybackPlayer.h"
+#include "simpleplayer/SimplePlayer.h"
 
 /// Plays a stream of sound: from a file, a FIFO or an http: URI, in a named media type.
 ///
 /// Thread and owner: as SimplePlayer.
-class TAVO_SIMPLEPLAYER_EXPORT StreamSimplePlayer : public PlaybackPlayer
+class TAVO_SIMPLEPLAYER_EXPORT StreamSimplePlayer : public SimplePlayer
 {
     Q_OBJECT
 

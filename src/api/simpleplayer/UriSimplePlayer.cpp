@@ -3,13 +3,10 @@
 
 #include "simpleplayer/UriSimplePlayer.h"
 
-#include "playback/loader/PlaybackMaker.h"
+#include "playback/loader/Playback.h"
 
 UriSimplePlayer::UriSimplePlayer(const QString &uri, const QString &id, const QString &device,
                                  QObject *parent)
-    : PlaybackPlayer(
-          makePlayback(id,
-                       [&](const PlaybackMaker &maker) { return maker.fromUri(uri, id, device); }),
-          parent)
+    : SimplePlayer(id, std::make_unique<PlayedSound>(PlayedSound{UriSound{uri}, device}), parent)
 {
 }

@@ -3,13 +3,13 @@
 
 #pragma once
 
-#include "simpleplayer/PlaybackPlayer.h"
+#include "simpleplayer/SimplePlayer.h"
 
 /// Plays the sound file that a URI names: file: and http: URIs (https: where Qt has TLS), or a bare
 /// path.
 ///
 /// Thread and owner: as SimplePlayer.
-class TAVO_SIMPLEPLAYER_EXPORT UriSimplePlayer : public PlaybackPlayer
+class TAVO_SIMPLEPLAYER_EXPORT UriSimplePlayer : public SimplePlayer
 {
     Q_OBJECT
 

@@ -20,7 +20,7 @@ TavoValue valueOf(const CMSetDataRequest &request)
     return {TavoHash(request.value().toHash())};
 }
 
-/// The error of every refused request.
+/// What every refused request is answered with.
 CMError failure(const TrString &message)
 {
     return {QStringLiteral("Notifications"), message};

@@ -3,12 +3,10 @@
 
 #pragma once
 
-#include <simpleplayer/SimplePlayerLimits.h>
-
 #include <QString>
 #include <QVariantHash>
 
-/// What the player is told at its start, by the keys of the same names.
+/// The configuration of the player, by the keys of the same names.
 struct PlayerConfiguration
 {
     QString notificationsDevice; ///< ALSA device for notifications
@@ -17,7 +15,6 @@ struct PlayerConfiguration
     int musicRetries;            ///< how often music that broke off is tried again
     double duckingAttenuation;   ///< dB, 0 or less
     int duckingFade;             ///< ms
-    SimplePlayerLimits limits;   ///< what players accept, notifications' as well
 
     /// Throws a std::runtime_error that names the key for a configuration that can't be used.
     static PlayerConfiguration fromHash(const QVariantHash &config);

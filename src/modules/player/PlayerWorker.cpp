@@ -43,7 +43,6 @@ PlayerWorker::PlayerWorker(const QVariantHash &config)
     , m_configuration(PlayerConfiguration::fromHash(config))
     , m_mainAudio(new MainAudio(m_configuration, this))
 {
-    SimplePlayerLimits::setCurrent(m_configuration.limits);
     publishDevice(TavoPlayerAlsaDeviceNotificationsPath(), m_configuration.notificationsDevice);
     publishDevice(TavoPlayerAlsaDeviceMainPath(), m_configuration.mainDevice);
     m_stateNode = CMValueNode::create(nodes(), TavoPlayerMainAudioStatePath());

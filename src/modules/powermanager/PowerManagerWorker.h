@@ -10,20 +10,19 @@
 #include <QList>
 #include <QMap>
 
-#include <optional>
-
 class Revocation;
 
-/// Registers modules, grants them resources, and revokes all resources for standby. Every request is
-/// answered, after the state node has been brought up to date.
+/// The power manager: knows the modules, grants them resources, and takes everything back for
+/// standby.
 ///
-/// Thread: the one that created it. Owned by the host.
+/// Thread: the one that made it. Owner: the host. Every request is answered, and the state node is
+/// up to date before the answer is given.
 class PowerManagerWorker : public CMNodesWorker
 {
     Q_OBJECT
 
 public:
-    /// Throws what TavoConfiguration throws.
+    /// Throws a std::runtime_error that names the key for a configuration that it can't use.
     explicit PowerManagerWorker(const QVariantHash &config);
 
 private Q_SLOTS:
@@ -35,11 +34,9 @@ private Q_SLOTS:
     void on_revocation_finished();
 
 private:
-    void acquire(const TavoPowerManagerResourceRequest &request, const CMReply<QVariant> &reply);
-    void release(const TavoPowerManagerResourceRequest &request, const CMReply<QVariant> &reply);
-
-    /// Why a resource is not granted; empty when it is.
-    std::optional<CMError> refusal(const TavoPowerManagerResourceRequest &request) const;
+    void acquire(const TavoPowerManagerResourceRequest &wish, const CMReply<QVariant> &reply);
+    void release(const TavoPowerManagerResourceRequest &wish, const CMReply<QVariant> &reply);
+    CMError refusal(const TavoPowerManagerResourceRequest &wish) const;
 
     void registerModule(const TavoPowerManagerModuleRegister &module);
     void forgetModule(const QString &name);
@@ -48,14 +45,14 @@ private:
     void publishState();
 
     int m_revokeTimeoutMs = 0;
-    CMValueNode *m_stateNode = nullptr; ///< owned by nodes()
+    CMValueNode *m_stateNode = nullptr; ///< the node set's
     bool m_standby = false;
     QMap<QString, TavoPowerManagerModuleRegister> m_modules; ///< by name
     ResourceGrants m_grants;
 
-    /// Null unless the device is on its way to standby. A child.
+    /// The standby under way; a child. Null when none is.
     Revocation *m_revocation = nullptr;
 
-    /// Replies to give at the end of the revocation. Deleted with the worker, they become errors.
+    /// Where its end is awaited. A reply that is dropped with the worker answers itself.
     QList<CMReply<QVariant>> m_standbyReplies;
 };

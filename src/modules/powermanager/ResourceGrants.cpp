@@ -15,9 +15,9 @@ bool ResourceGrants::isKnown(Resource resource)
     return false;
 }
 
-void ResourceGrants::grant(Resource resource, const QString &module)
+bool ResourceGrants::grant(Resource resource, const QString &module)
 {
-    m_holders[resource].insert(module);
+    return m_holders[resource].insert(module).second;
 }
 
 bool ResourceGrants::release(Resource resource, const QString &module)
@@ -32,12 +32,13 @@ bool ResourceGrants::release(Resource resource, const QString &module)
     return true;
 }
 
-void ResourceGrants::releaseAll(const QString &module)
+bool ResourceGrants::releaseAll(const QString &module)
 {
     const TavoList<Resource> held = heldBy(module);
     for (int i = 0; i < held.size(); ++i) {
         release(held.at(i), module);
     }
+    return !held.isEmpty();
 }
 
 TavoList<ResourceGrants::Resource> ResourceGrants::heldBy(const QString &module) const

@@ -5,12 +5,14 @@
 
 #include <core/tavo.h>
 
+#include <set>
+
 #include <QMap>
 #include <QString>
 
-#include <set>
-
-/// The modules that hold each resource. A module that acquires a resource twice holds it once.
+/// Who holds what: a set of modules a resource. A module that acquires twice holds once.
+///
+/// A value without a thread of its own.
 class ResourceGrants
 {
 public:
@@ -18,17 +20,18 @@ public:
 
     static bool isKnown(Resource resource);
 
-    void grant(Resource resource, const QString &module);
-    /// Whether the module held the resource.
+    /// Return whether anything changed.
+    bool grant(Resource resource, const QString &module);
     bool release(Resource resource, const QString &module);
-    void releaseAll(const QString &module);
+    bool releaseAll(const QString &module);
+
     void clear() { m_holders.clear(); }
 
     TavoList<Resource> heldBy(const QString &module) const;
 
-    /// The resources that are held, in the order of their numbers, with their holders sorted.
+    /// The resources that somebody holds, in the order of their numbers; holders sorted.
     TavoList<TavoPowerManagerResourceHolders> holders() const;
 
 private:
-    QMap<Resource, std::set<QString>> m_holders; ///< no set is empty
+    QMap<Resource, std::set<QString>> m_holders; ///< no empty set stays in it
 };

@@ -1,10 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "playback/loader/MissingPlayback.h"
-#include "playback/loader/PlaybackMaker.h"
-
-#include <atomic>
+#include "playback/loader/PlaybackLibrary.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -14,35 +11,28 @@
 namespace {
 
 /// The library's place as seen from this one, wherever both have been installed.
-QString libraryFile()
+QByteArray libraryFile()
 {
     static const char somethingOfThisLibrary = 0;
     Dl_info info = {};
     dladdr(&somethingOfThisLibrary, &info);
-    return QFileInfo(QFile::decodeName(info.dli_fname)).absolutePath() +
-           QLatin1String("/" TAVO_PLAYBACK_LIBRARY);
-}
-
-const PlaybackMaker *load()
-{
-    // Stays loaded until the process ends, as modules do.
-    void *library = dlopen(QFile::encodeName(libraryFile()).constData(), RTLD_NOW);
-    void *entry = library != nullptr ? dlsym(library, "tavo_playback_maker") : nullptr;
-    return entry != nullptr ? reinterpret_cast<decltype(&tavo_playback_maker)>(entry)() : nullptr;
+    return QFile::encodeName(QFileInfo(QFile::decodeName(info.dli_fname)).absolutePath() +
+                             QLatin1String("/" TAVO_PLAYBACK_LIBRARY));
 }
 
 } // namespace
 
-std::unique_ptr<Playback> makePlayback(const QString &id, const PlaybackWish &wish)
+Result<std::unique_ptr<Playback>> makePlayback(const PlayedSound &sound,
+                                               const PlaybackOptions &options,
+                                               const Playback::Report &report)
 {
-    // A failure is not kept: what was missing, a file descriptor for instance, may be there later.
-    static std::atomic<const PlaybackMaker *> loaded{nullptr};
-    const PlaybackMaker *maker = loaded;
-    if (maker == nullptr) {
-        maker = load();
-        if (maker == nullptr)
-            return std::make_unique<MissingPlayback>(id, QString::fromLocal8Bit(dlerror()));
-        loaded = maker;
+    static const QByteArray file = libraryFile();
+    // Only the first call loads anything. A failure isn't kept: what was missing, a file descriptor
+    // for instance, may be there the next time.
+    void *library = dlopen(file.constData(), RTLD_NOW);
+    const void *make = library != nullptr ? dlsym(library, "tavo_make_playback") : nullptr;
+    if (make == nullptr) {
+        return Failure{QString::fromLocal8Bit(dlerror())};
     }
-    return wish(*maker);
+    return (*static_cast<const MakePlayback *>(make))(sound, options, report);
 }

@@ -3,9 +3,11 @@
 
 // In place of the one that loads a library: here all is one.
 
-#include <playback/loader/PlaybackMaker.h>
+#include <playback/loader/PlaybackLibrary.h>
 
-std::unique_ptr<Playback> makePlayback(const QString & /*id*/, const PlaybackWish &wish)
+Result<std::unique_ptr<Playback>> makePlayback(const PlayedSound &sound,
+                                               const PlaybackOptions &options,
+                                               const Playback::Report &report)
 {
-    return wish(*tavo_playback_maker());
+    return tavo_make_playback(sound, options, report);
 }

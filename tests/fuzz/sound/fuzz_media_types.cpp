@@ -7,8 +7,8 @@
 #include "fuzz/support/Fuzz.h"
 #include "fuzz/support/ValueReader.h"
 
+#include <base/SoundLocation.h>
 #include <core/base/stream.h>
-#include <playback/Location.h>
 #include <playback/PcmFormat.h>
 
 #include <cmath>
@@ -30,10 +30,13 @@ void checkSamples(const PcmFormat &format, const QByteArray &bytes)
 
 void checkFormat(const QString &mediaType, const QByteArray &bytes)
 {
-    const StreamFormat format = parseStreamFormat(mediaType);
-    FUZZ_CHECK(!format.pcm || format.error.isEmpty(), mediaType);
+    const Result<StreamFormat> parsed = parseStreamFormat(mediaType);
+    if (const auto *failure = std::get_if<Failure>(&parsed)) {
+        FUZZ_CHECK(failure->reason.contains(mediaType), failure->reason);
+        return;
+    }
+    const auto &format = std::get<StreamFormat>(parsed);
     if (!format.pcm) {
-        FUZZ_CHECK(format.error.isEmpty() || format.error.contains(mediaType), format.error);
         return;
     }
     const SoundFormat sound = format.pcm->sound;
@@ -43,18 +46,21 @@ void checkFormat(const QString &mediaType, const QByteArray &bytes)
     checkSamples(*format.pcm, bytes);
 }
 
-/// Exactly one of path, URL and error.
-void checkLocation(const QString &text)
+/// A file, a server's sound, or a reason.
+void checkLocation(const QString &name)
 {
-    const Location location = parseLocation(text);
-    const int found = int(!location.path.isEmpty()) + int(!location.url.isEmpty()) +
-                      int(!location.error.isEmpty());
-    FUZZ_CHECK(found == 1, text << " is " << location.path << ' ' << location.url.toString() << ' '
-                                << location.error);
-    if (!location.url.isEmpty()) {
-        const QString scheme = location.url.scheme();
-        FUZZ_CHECK(scheme == QLatin1String("http") || scheme == QLatin1String("https"), text);
-        FUZZ_CHECK(!location.url.host().isEmpty(), text);
+    const Result<SoundLocation> parsed = parseSoundLocation(name);
+    if (const auto *failure = std::get_if<Failure>(&parsed)) {
+        FUZZ_CHECK(!failure->reason.isEmpty(), name);
+        return;
+    }
+    const auto &[path, url] = std::get<SoundLocation>(parsed);
+    FUZZ_CHECK(path.isEmpty() != url.isEmpty(), name << " is " << path << ' ' << url.toString());
+    FUZZ_CHECK(!url.isEmpty() || !isSoundUri(name) || path.startsWith('/'), name << " is " << path);
+    if (!url.isEmpty()) {
+        const QString scheme = url.scheme();
+        FUZZ_CHECK(scheme == QLatin1String("http") || scheme == QLatin1String("https"), name);
+        FUZZ_CHECK(!url.host().isEmpty(), name);
     }
 }
 } // namespace

@@ -11,7 +11,6 @@
 
 #include <core/base/stream.h>
 #include <simpleplayer/DataSimplePlayer.h>
-#include <simpleplayer/SimplePlayerLimits.h>
 #include <simpleplayer/StreamSimplePlayer.h>
 #include <simpleplayer/UriSimplePlayer.h>
 
@@ -23,7 +22,7 @@ const QString id = QStringLiteral("id");
 // Takes everything at once, so that hours of sound pass in no time.
 const QString device = QStringLiteral("null");
 
-constexpr qint64 mostBytes = 1 << 20;
+constexpr qint64 maxBytes = 1 << 20;
 constexpr std::chrono::seconds endLimit(8);
 
 /// Counts a player's end signals.
@@ -47,8 +46,8 @@ struct Ends
     int failed = 0;
 };
 
-std::unique_ptr<PlaybackPlayer> makePlayer(int kind, const QString &format, const QByteArray &data,
-                                           const QString &path)
+std::unique_ptr<SimplePlayer> makePlayer(int kind, const QString &format, const QByteArray &data,
+                                         const QString &path)
 {
     if (kind == 0) {
         return std::make_unique<DataSimplePlayer>(data, id, device, nullptr);
@@ -59,27 +58,38 @@ std::unique_ptr<PlaybackPlayer> makePlayer(int kind, const QString &format, cons
     return std::make_unique<StreamSimplePlayer>(path, format, id, device, nullptr);
 }
 
-void play(PlaybackPlayer &player, const QByteArray &commands)
+/// False once the player has said that it can't play.
+bool follow(SimplePlayer &player, const Ends &ends, const QByteArray &commands)
 {
-    const Ends ends(player);
-    bool started = player.play();
-    settle();
-    FUZZ_CHECK(started || ends.count() == 0, "refused, and an end reported");
+    bool playable = player.play();
     for (const char command : commands) {
         if (command % 4 == 0) {
             player.pause();
         } else if (command % 4 == 1) {
-            const bool again = player.play();
-            started = started || again;
+            // A sound that has ended can't be played again.
+            playable = playable && (player.play() || ends.count() > 0);
         } else if (command % 4 == 2) {
             player.setGain(command / 64.0, 5);
         } else {
             settle();
         }
     }
-    // It may be paused; what can't go on is stopped.
-    if (player.loop || !started || (ends.count() == 0 && !player.play())) {
+    return playable;
+}
+
+void play(SimplePlayer &player, const QByteArray &commands)
+{
+    const Ends ends(player);
+    bool playable = follow(player, ends, commands);
+    // It may be paused.
+    playable = playable && (ends.count() > 0 || player.play());
+    if (player.loop || !playable) {
         player.stop();
+    }
+    if (!playable) {
+        settle();
+        FUZZ_CHECK(ends.count() == 0, "refused, and an end reported");
+        return;
     }
     FUZZ_CHECK(waitFor([&ends] { return ends.count() > 0; }, endLimit), "no end is reported");
     settle();
@@ -89,10 +99,6 @@ void play(PlaybackPlayer &player, const QByteArray &commands)
 
 void fuzzOne(ByteReader &input)
 {
-    SimplePlayerLimits limits;
-    limits.maxSoundBytes = mostBytes;
-    SimplePlayerLimits::setCurrent(limits);
-
     const int kind = input.below(3);
     const bool loop = input.below(2) == 1;
     const QByteArray commands = input.bytes(input.below(5));
@@ -100,6 +106,7 @@ void fuzzOne(ByteReader &input)
     const QByteArray data = input.rest();
     const MemoryFile file(data);
     const auto player = makePlayer(kind, format, data, file.path());
+    player->limits.maxSoundBytes = maxBytes;
     player->loop = loop;
     play(*player, commands);
 }

@@ -9,14 +9,13 @@
 
 #include <core/base/stream.h>
 #include <playback/SoundFile.h>
-#include <simpleplayer/SimplePlayerLimits.h>
 
 #include <vector>
 
 namespace {
-constexpr qint64 mostBytes = 1 << 20;
+constexpr qint64 maxBytes = 1 << 20;
 constexpr long chunkFrames = 960;
-constexpr int mostChannels = 1024;
+constexpr int maxChannels = 1024;
 
 struct Decoded
 {
@@ -43,7 +42,7 @@ Decoded decode(SoundFile &sound)
         FUZZ_CHECK(got.status == FrameSource::Status::Frames, int(got.status));
         FUZZ_CHECK(got.frames > 0 && got.frames <= chunkFrames, got.frames);
         result.frames += got.frames;
-        FUZZ_CHECK(result.frames * format.channels * qint64(sizeof(float)) <= mostBytes,
+        FUZZ_CHECK(result.frames * format.channels * qint64(sizeof(float)) <= maxBytes,
                    result.frames);
     }
 }
@@ -56,7 +55,7 @@ Decoded check(SoundFile &sound)
     }
     const SoundFormat format = sound.format();
     FUZZ_CHECK(format.rate > 0, format.rate);
-    FUZZ_CHECK(format.channels > 0 && format.channels <= mostChannels, format.channels);
+    FUZZ_CHECK(format.channels > 0 && format.channels <= maxChannels, format.channels);
     Decoded first = decode(sound);
     first.opened = true;
     if (sound.rewind()) {
@@ -72,15 +71,11 @@ Decoded check(SoundFile &sound)
 
 void fuzzOne(ByteReader &input)
 {
-    SimplePlayerLimits limits;
-    limits.maxSoundBytes = mostBytes;
-    SimplePlayerLimits::setCurrent(limits);
-
     const QByteArray data = input.rest();
-    const auto inMemory = SoundFile::fromData(data, QStringLiteral("The sound data"));
+    const auto inMemory = SoundFile::fromData(data, QStringLiteral("The sound data"), maxBytes);
     const Decoded fromData = check(*inMemory);
     const MemoryFile file(data);
-    const auto onDisk = SoundFile::fromPath(file.path());
+    const auto onDisk = SoundFile::fromPath(file.path(), maxBytes);
     const Decoded fromFile = check(*onDisk);
     FUZZ_CHECK(fromData.opened == fromFile.opened, inMemory->error() << onDisk->error());
     FUZZ_CHECK(fromData.frames == fromFile.frames,

@@ -87,10 +87,7 @@ const std::vector<Fields> &schemas()
          {"mainDevice", Field::Text},
          {"music", Field::Text},
          {"duckingAttenuation", Field::Double},
-         {"duckingFade", Field::Int},
-         {"soundLimit", Field::Int},
-         {"httpLimit", Field::Int},
-         {"httpTimeout", Field::Int}},
+         {"duckingFade", Field::Int}},
         // PowerManagerConfiguration
         {{"revokeTimeout", Field::Int}},
     };

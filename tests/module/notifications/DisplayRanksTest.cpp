@@ -11,12 +11,6 @@
 
 #include <gtest/gtest.h>
 
-/// Ranks whose runs are open to the tests.
-struct DisplayRanksAccess : DisplayRanks
-{
-    using DisplayRanks::m_runs;
-};
-
 namespace {
 using Rank = DisplayRanks::Rank;
 
@@ -29,7 +23,7 @@ public:
     {
     }
 
-    DisplayRanksAccess ranks;
+    DisplayRanks ranks;
     std::vector<Rank> list;
 
     void insert(const Rank &rank)

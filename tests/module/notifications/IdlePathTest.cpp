@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What happens after the last item: the inactivity timer, releasing, unducking.
+// From the last item's end back to where nothing is ducked and nothing held.
 
 #include "NotificationsTest.h"
 
@@ -29,7 +29,7 @@ protected:
 };
 } // namespace
 
-TEST_F(IdlePathTest, StartsTheTimerAndIsNotPlaying)
+TEST_F(IdlePathTest, StartsTheTimerAndSaysThatNothingPlays)
 {
     playToTheEnd("a"_s);
     EXPECT_TRUE(inactivityTimer()->isActive());
@@ -37,7 +37,7 @@ TEST_F(IdlePathTest, StartsTheTimerAndIsNotPlaying)
     EXPECT_EQ(left(DEBUG_LOG_LEVEL, "continuePlayAudio", "No next item to play"), 1);
 }
 
-TEST_F(IdlePathTest, ReleasesThenUnducksWhenTheTimerFires)
+TEST_F(IdlePathTest, ReleasesThenUnducksWhenTheTimeIsOver)
 {
     playToTheEnd("a"_s);
     sinceThen();
@@ -54,17 +54,17 @@ TEST_F(IdlePathTest, ReleasesThenUnducksWhenTheTimerFires)
     EXPECT_EQ(unduck.requester(), TavoNotificationsName());
 }
 
-TEST_F(IdlePathTest, WaitsForAHundredMilliseconds)
+TEST_F(IdlePathTest, TakesItsRealHundredMilliseconds)
 {
     const ScriptedPlayer *last = play("a"_s);
     QElapsedTimer elapsed;
     elapsed.start();
     last->reportEnded();
     ASSERT_TRUE(waitFor([this] { return journal().contains("unduck"_s); }));
-    EXPECT_GE(elapsed.elapsed(), 99); // timer and test may round differently
+    EXPECT_GE(elapsed.elapsed(), 99); // the clocks of timer and test may round apart
 }
 
-TEST_F(IdlePathTest, UnducksWithoutAReleaseIfTheResourceWasRevoked)
+TEST_F(IdlePathTest, UnducksOnlyWhenTheResourceWasRevokedMeanwhile)
 {
     playToTheEnd("a"_s);
     revoke(TavoPowerManagerRevokeMessageType::Revoked);
@@ -73,7 +73,7 @@ TEST_F(IdlePathTest, UnducksWithoutAReleaseIfTheResourceWasRevoked)
     EXPECT_EQ(sinceThen(), QStringList{"unduck"_s});
 }
 
-TEST_F(IdlePathTest, PlaysAnItemAtOnceThatComesBeforeTheTimerFires)
+TEST_F(IdlePathTest, PlaysAtOnceWhatComesBeforeTheTimeIsOver)
 {
     playToTheEnd("a"_s);
     sinceThen();
@@ -83,7 +83,7 @@ TEST_F(IdlePathTest, PlaysAnItemAtOnceThatComesBeforeTheTimerFires)
     EXPECT_EQ(sinceThen(), (QStringList{"b construct"_s, "b play"_s, "b started"_s}));
 }
 
-TEST_F(IdlePathTest, AcquiresAgainAfterARevoke)
+TEST_F(IdlePathTest, AcquiresAgainForWhatComesAfterARevoke)
 {
     playToTheEnd("a"_s);
     revoke(TavoPowerManagerRevokeMessageType::Revoked);
@@ -92,7 +92,7 @@ TEST_F(IdlePathTest, AcquiresAgainAfterARevoke)
     EXPECT_EQ(sinceThen().first(), "acquire"_s);
 }
 
-TEST_F(IdlePathTest, DucksAgainForAnItemThatComesWhileUnducking)
+TEST_F(IdlePathTest, DucksAgainForWhatComesWhileUnducking)
 {
     playToTheEnd("a"_s);
     setDucking(ScriptedService::keep());
@@ -100,7 +100,7 @@ TEST_F(IdlePathTest, DucksAgainForAnItemThatComesWhileUnducking)
     enqueue("b"_s);
     EXPECT_EQ(left(TRACE_LOG_LEVEL, "continuePlayAudio", "Active request"), 1);
     sinceThen();
-    // The request before, to duck, has been answered by the script.
+    // The first duck has been answered by the script.
     services().requests(TavoPlayerMainAudioDuckingPath()).at(1).reply().setValue(QVariant());
     settle();
     EXPECT_EQ(sinceThen(), QStringList{"duck"_s});
@@ -119,7 +119,7 @@ TEST_F(IdlePathTest, IsIdleAfterTheUnduckAndStartsOver)
     EXPECT_EQ(sinceThen().mid(0, 2), (QStringList{"duck"_s, "acquire"_s}));
 }
 
-TEST_F(IdlePathTest, StartsTheTimerOnlyOnceStoppingItemsHaveStopped)
+TEST_F(IdlePathTest, WaitsForWhatIsStoppingBeforeItStartsTheTimer)
 {
     play("a"_s, 1);
     play("b"_s, 2); // pauses a
@@ -169,7 +169,7 @@ TEST_F(IdlePathTest, ForgetsTheResourceOnTheNoticeAfterARevoke)
     EXPECT_EQ(sinceThen(), QStringList{"unduck"_s});
 }
 
-TEST_F(IdlePathTest, TracesTheTimeout)
+TEST_F(IdlePathTest, TracesTheTimersEnd)
 {
     playToTheEnd("a"_s);
     fireInactivityTimer();

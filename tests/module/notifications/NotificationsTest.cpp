@@ -24,7 +24,7 @@ WorkerCreate entryPoint()
     return create;
 }
 
-/// Passes all requests on to the model's root and reports them to the test.
+/// Passes every request on to the model's root and tells the test which ones there are.
 class ObservedRoot : public CMAbstractWorker
 {
 public:
@@ -68,15 +68,16 @@ ObservedRoot *observedRoot()
     return root;
 }
 
-/// Replaces the signature in entry and exit lines by the function's name.
+/// The message with only the function's name of an entry or exit line's signature.
 std::string shortened(const std::string &message)
 {
+    // What stands between the name and the text is the signature's end.
     static const std::regex signature("^(Enter|Leave) .*?::(\\w+)\\([^)]*\\)(?: const)?: ");
     return std::regex_replace(message, signature, "$1 $2: ");
 }
 } // namespace
 
-// Used instead of the library's function, by the module as well.
+// The program's own definition comes before the library's, for the module too.
 CMAbstractWorker *CMRoot()
 {
     return observedRoot();
@@ -112,7 +113,7 @@ NotificationsTest::NotificationsTest()
 
 NotificationsTest::~NotificationsTest()
 {
-    // These may refer to variables of the test's body, which has been left.
+    // What a test has put here may refer to variables that have gone with the test's body.
     ScriptedPlayers::instance().onCall = nullptr;
     observedRoot()->onSetData = nullptr;
     unload();

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Playing one item: its player, its started response, and its failure to start.
+// Playing one item: which player it gets, what is reported, and what happens when it can't start.
 
 #include "NotificationsTest.h"
 
@@ -71,7 +71,7 @@ TEST_F(PlayingTest, PlaysAStreamWithTheStreamPlayer)
     EXPECT_EQ(logged(DEBUG_LOG_LEVEL, "Constructing stream player"), 1);
 }
 
-TEST_F(PlayingTest, PlaysASilentItemWithTheFakePlayer)
+TEST_F(PlayingTest, PlaysASilentOneWithTheFakePlayer)
 {
     const ScriptedPlayer *player = playAs(Type::Fake, "ignored"_s);
     ASSERT_NE(player, nullptr);
@@ -95,7 +95,7 @@ TEST_F(PlayingTest, SetsTheLoopFlagAndTheUsageBeforeItPlays)
 class PlayingStoryTest : public PlayingTest
 {
 protected:
-    /// The story of an item from the grant of the resource on.
+    /// The story from the grant of the resource to where the item has been dealt with.
     std::vector<std::string> storyOf(Type::Enum type)
     {
         setResources(ScriptedService::keep());
@@ -107,7 +107,7 @@ protected:
     }
 };
 
-TEST_F(PlayingStoryTest, LogsConstructionAndStartBeforehand)
+TEST_F(PlayingStoryTest, SaysWhatItDoesBeforeItDoesIt)
 {
     EXPECT_THAT(storyOf(Type::Data),
                 testing::ElementsAre(
@@ -119,7 +119,7 @@ TEST_F(PlayingStoryTest, LogsConstructionAndStartBeforehand)
                     "TRACE Leave handleRequestResourcesFinished: "));
 }
 
-TEST_F(PlayingStoryTest, LogsTheConstructionOfAStreamPlayerBeforehand)
+TEST_F(PlayingStoryTest, SaysThatItConstructsAStreamPlayerBeforeItDoesIt)
 {
     const auto lines = storyOf(Type::Stream);
     ASSERT_EQ(lines.size(), 11U);
@@ -127,7 +127,7 @@ TEST_F(PlayingStoryTest, LogsTheConstructionOfAStreamPlayerBeforehand)
     EXPECT_EQ(lines[4], "a construct");
 }
 
-TEST_F(PlayingStoryTest, DoesNotLogTheConstructionOfOtherPlayers)
+TEST_F(PlayingStoryTest, SaysNothingOfTheConstructionOfOtherPlayers)
 {
     for (const Type::Enum type : {Type::Uri, Type::Fake}) {
         const auto lines = storyOf(type);
@@ -138,7 +138,7 @@ TEST_F(PlayingStoryTest, DoesNotLogTheConstructionOfOtherPlayers)
     }
 }
 
-TEST_F(PlayingStoryTest, LogsAFailureToStartBeforeItIsHandled)
+TEST_F(PlayingStoryTest, SaysThatAPlayerFailedToStartBeforeItHandlesTheFailure)
 {
     ScriptedPlayers::instance().failPlay("a"_s);
     EXPECT_THAT(
@@ -160,7 +160,7 @@ TEST_F(PlayingStoryTest, LogsAFailureToStartBeforeItIsHandled)
             "TRACE Leave playItemFromQueue: ", "TRACE Leave handleRequestResourcesFinished: "));
 }
 
-TEST_F(PlayingStoryTest, MakesAnItemOfAnInvalidTypeTheActiveOneBeforeItFails)
+TEST_F(PlayingStoryTest, HasAnItemOfAnInvalidTypeForTheActiveOneWhenItFails)
 {
     EXPECT_THAT(
         storyOf(Type::Enum(7)),
@@ -179,7 +179,7 @@ TEST_F(PlayingStoryTest, MakesAnItemOfAnInvalidTypeTheActiveOneBeforeItFails)
             "TRACE Leave playItemFromQueue: ", "TRACE Leave handleRequestResourcesFinished: "));
 }
 
-TEST_F(PlayingTest, IsPlayingWhenAnInvalidItemFails)
+TEST_F(PlayingTest, SaysThatSomethingPlaysWhenAnInvalidItemFails)
 {
     bool saidSo = false;
     services().setDirectScript(responsePath(), [&](const CMSetDataRequest &request) {
@@ -236,7 +236,7 @@ TEST_F(PlayingTest, SendsNothingOnAnyPathForItemsWithoutAResponsePath)
     EXPECT_EQ(others, 0);
 }
 
-TEST_F(PlayingTest, GoesOnWhenTheResponsePathHasNoNode)
+TEST_F(PlayingTest, PlaysOnWhenTheResponsePathLeadsNowhere)
 {
     enqueue(item("a"_s).setPlaybackResponsePath(CMPath("/nobody"_s)));
     scripted("a"_s)->reportEnded();
@@ -244,7 +244,7 @@ TEST_F(PlayingTest, GoesOnWhenTheResponsePathHasNoNode)
     play("b"_s);
 }
 
-TEST_F(PlayingTest, IsPlayingWhileAnItemPlays)
+TEST_F(PlayingTest, SaysThatSomethingPlays)
 {
     play("a"_s);
     EXPECT_TRUE(isPlaying());
@@ -262,7 +262,7 @@ TEST_F(PlayingTest, ResumesThePlayerOfAPausedItemWithoutASecondStart)
     EXPECT_EQ(logged(INFO_LOG_LEVEL, "Starting playback: a"), 2);
 }
 
-TEST_F(PlayingTest, HandlesTheEndOfAResumedPlayerOnce)
+TEST_F(PlayingTest, HearsAResumedPlayersEndOnce)
 {
     play("a"_s, 1);
     play("b"_s, 2);
@@ -292,7 +292,7 @@ INSTANTIATE_TEST_SUITE_P(Types, InvalidTypeTest,
                          testing::Values(4, 42, -1, std::numeric_limits<int>::min(),
                                          std::numeric_limits<int>::max()));
 
-TEST_F(PlayingTest, FailsAnItemThatCannotStartAndPlaysTheNext)
+TEST_F(PlayingTest, FailsWhatCannotStartAndPlaysTheNext)
 {
     setDucking(ScriptedService::keep());
     ScriptedPlayers::instance().failPlay("a"_s);
@@ -309,7 +309,7 @@ TEST_F(PlayingTest, FailsAnItemThatCannotStartAndPlaysTheNext)
     EXPECT_EQ(journalOf("b"_s).last(), "started"_s);
 }
 
-TEST_F(PlayingTest, IgnoresALateEndOfAnItemThatCouldNotStart)
+TEST_F(PlayingTest, IgnoresALateEndOfWhatCouldNotStart)
 {
     play("a"_s, 1);
     play("b"_s, 2);
@@ -322,7 +322,7 @@ TEST_F(PlayingTest, IgnoresALateEndOfAnItemThatCouldNotStart)
     EXPECT_EQ(journal().count("a finished"_s), 0);
 }
 
-TEST_F(PlayingTest, AcceptsAnEndReportedFromInsideAPlayThatFails)
+TEST_F(PlayingTest, TakesAnEndFromInsideAPlayThatThenFails)
 {
     ScriptedPlayers::instance().failPlay("a"_s);
     ScriptedPlayers::instance().onCall = [](const QString &call, const QString &id) {
@@ -341,7 +341,7 @@ TEST_F(PlayingTest, AcceptsAnEndReportedFromInsideAPlayThatFails)
     EXPECT_EQ(journalOf("b"_s), QStringList{"started"_s});
 }
 
-TEST_F(PlayingTest, FailsAPausedItemThatCannotBeResumed)
+TEST_F(PlayingTest, FailsAPausedItemThatCannotGoOn)
 {
     play("a"_s, 1);
     play("b"_s, 2);
@@ -352,7 +352,7 @@ TEST_F(PlayingTest, FailsAPausedItemThatCannotBeResumed)
     EXPECT_TRUE(inactivityTimer()->isActive());
 }
 
-TEST_F(PlayingTest, IsPlayingEvenIfTheItemThenFailsToStart)
+TEST_F(PlayingTest, SaysThatSomethingPlaysEvenIfTheItemThenFails)
 {
     setDucking(ScriptedService::keep());
     ScriptedPlayers::instance().failPlay("a"_s);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Revoke messages of the power manager.
+// The power manager's messages.
 
 #include "NotificationsTest.h"
 
@@ -26,7 +26,7 @@ protected:
 };
 } // namespace
 
-TEST_F(RevokeTest, StopsThePlayingItemAndCancelsTheRest)
+TEST_F(RevokeTest, StopsWhatPlaysAndCancelsTheRest)
 {
     play("a"_s);
     enqueue("b"_s);
@@ -42,7 +42,7 @@ TEST_F(RevokeTest, StopsThePlayingItemAndCancelsTheRest)
     EXPECT_TRUE(inactivityTimer()->isActive());
 }
 
-TEST_F(RevokeTest, IsLoggedBeforeTheCancellingAndAnsweredLast)
+TEST_F(RevokeTest, SaysWhyItCancelsBeforeItDoesAndAnswersLast)
 {
     play("a"_s);
     enqueue("b"_s);
@@ -71,7 +71,7 @@ TEST_F(RevokeTest, IsLoggedBeforeTheCancellingAndAnsweredLast)
                              "TRACE Leave on_revokeResources_activated: "));
 }
 
-TEST_F(RevokeTest, IsNotFollowedByARelease)
+TEST_F(RevokeTest, DoesNotReleaseWhatWasTaken)
 {
     play("a"_s);
     revoke(Type::Revoked);
@@ -82,7 +82,7 @@ TEST_F(RevokeTest, IsNotFollowedByARelease)
     EXPECT_EQ(journal().last(), "unduck"_s);
 }
 
-TEST_F(RevokeTest, OfTheSecondTypeOnlyForgetsTheResource)
+TEST_F(RevokeTest, LetsTheNoticeAfterwardsOnlyForgetTheResource)
 {
     play("a"_s);
     enqueue("b"_s);
@@ -95,7 +95,7 @@ TEST_F(RevokeTest, OfTheSecondTypeOnlyForgetsTheResource)
     EXPECT_EQ(journalOf("b"_s).last(), "started"_s);
 }
 
-TEST_F(RevokeTest, OfOtherResourcesIsAnsweredAndIgnored)
+TEST_F(RevokeTest, IgnoresAMessageThatSpeaksOfOtherResourcesButAnswersIt)
 {
     play("a"_s);
     expectEmptyAnswer(revoke(Type::Revoked, {Resources::Processor, Resources::Network}));
@@ -114,7 +114,7 @@ TEST_F(RevokeTest, FindsTheAudioResourceAmongOthers)
     EXPECT_EQ(scripted("a"_s)->stops, 1);
 }
 
-TEST_F(RevokeTest, FindsTheAudioResourceWhateverTheTypeOfItsNumber)
+TEST_F(RevokeTest, FindsTheAudioResourceInWhateverFormItsNumberTravelled)
 {
     for (const QVariant &number : {QVariant(2), QVariant(2.0), QVariant(2LL), QVariant("2"_s)}) {
         play("a"_s);
@@ -140,14 +140,14 @@ TEST_F(RevokeTest, IsIgnoredWhileAnAcquireIsOutstanding)
     EXPECT_EQ(journalOf("a"_s).last(), "started"_s);
 }
 
-TEST_F(RevokeTest, CancelsWaitingItemsWhileDucking)
+TEST_F(RevokeTest, CancelsWhatWaitsWhileTheSequenceIsDucking)
 {
     setDucking(ScriptedService::keep());
     enqueue("a"_s);
     revoke(Type::Revoked);
     EXPECT_EQ(journalOf("a"_s), QStringList{"cancelled"_s});
     answer(TavoPlayerMainAudioDuckingPath());
-    // The audio sequence goes on without an item, to its end.
+    // The sequence goes through without an item and comes back.
     EXPECT_TRUE(inactivityTimer()->isActive());
 }
 
@@ -158,7 +158,7 @@ TEST_F(RevokeTest, IsAnsweredWhenNothingPlays)
     EXPECT_EQ(journal(), QStringList{"register"_s});
 }
 
-TEST_F(RevokeTest, LeavesTheInactivityTimerRunning)
+TEST_F(RevokeTest, LeavesTheTimerRunningWhenTheQueueHasRunDry)
 {
     play("a"_s)->reportEnded();
     settle();
@@ -189,7 +189,7 @@ TEST_F(RevokeTest, ChangesNothingAfterARefusedAcquire)
     EXPECT_EQ(journal().count("duck"_s), 1);
 }
 
-TEST_F(RevokeTest, IsAnsweredWhileUnducking)
+TEST_F(RevokeTest, IsAnsweredWhileTheMainAudioIsBeingRestored)
 {
     play("a"_s)->reportEnded();
     settle();
@@ -214,7 +214,7 @@ TEST_F(RevokeTest, LogsTheMessage)
     EXPECT_EQ(entered(TRACE_LOG_LEVEL, "on_revokeResources_activated", text.str()), 1);
 }
 
-TEST_F(RevokeTest, AnswersInvalidMessages)
+TEST_F(RevokeTest, AnswersValuesThatAreNoMessage)
 {
     play("a"_s);
     const CMPath path = TavoNotificationsPath() + "/player/revokeResources"_s;

@@ -4,8 +4,6 @@
 #include "support/LoadedModule.h"
 #include "support/Request.h"
 
-#include <simpleplayer/SimplePlayerLimits.h>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -50,21 +48,13 @@ TEST(PlayerConfigurationTest, RefusesAnAttenuationBelowHearing)
 
 TEST(PlayerConfigurationTest, RefusesAFadeThatIsNoWholeNumber)
 {
-    EXPECT_EQ(failureWith({{"duckingFade", 20.5}}), "duckingFade: must be an integer from 0 to 5000");
+    EXPECT_EQ(failureWith({{"duckingFade", 20.5}}),
+              "duckingFade: must be an integer from 0 to 5000");
 }
 
 TEST(PlayerConfigurationTest, RefusesANegativeFade)
 {
     EXPECT_THAT(failureWith({{"duckingFade", -1}}), StartsWith("duckingFade: "));
-}
-
-TEST(PlayerConfigurationTest, RefusesLimitsOutOfRange)
-{
-    for (const char *key : {"soundLimit", "httpLimit", "httpTimeout"}) {
-        EXPECT_THAT(failureWith({{key, 0}}), StartsWith(std::string(key) + ": "));
-        EXPECT_THAT(failureWith({{key, 1000000}}), StartsWith(std::string(key) + ": "));
-        EXPECT_THAT(failureWith({{key, "much"}}), StartsWith(std::string(key) + ": "));
-    }
 }
 
 TEST(PlayerConfigurationTest, RefusesANumberOfRetriesOutOfRange)
@@ -74,20 +64,6 @@ TEST(PlayerConfigurationTest, RefusesANumberOfRetriesOutOfRange)
     EXPECT_THAT(failureWith({{"musicRetries", "often"}}), StartsWith("musicRetries: "));
     EXPECT_EQ(failureWith({{"musicRetries", 0}}), "");
     EXPECT_EQ(failureWith({{"musicRetries", 1000}}), "");
-}
-
-TEST(PlayerConfigurationTest, PutsItsLimitsInForceForEveryPlayer)
-{
-    const SimplePlayerLimits before = SimplePlayerLimits::current();
-    {
-        const LoadedModule module(MODULE_FILE, "player",
-                                  {{"soundLimit", 3}, {"httpLimit", 2}, {"httpTimeout", 1500}});
-        const SimplePlayerLimits limits = SimplePlayerLimits::current();
-        EXPECT_EQ(limits.maxSoundBytes, 3 * 1024 * 1024);
-        EXPECT_EQ(limits.httpMaxBytes, 2 * 1024 * 1024);
-        EXPECT_EQ(limits.httpTimeoutMs, 1500);
-    }
-    SimplePlayerLimits::setCurrent(before);
 }
 
 TEST(PlayerConfigurationTest, TakesEveryKeyAtItsLimits)

@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 
 namespace {
-std::string errorWith(const QVariantHash &config)
+std::string failureWith(const QVariantHash &config)
 {
     try {
         const LoadedModule module(MODULE_FILE, "powermanager", config);
@@ -20,27 +20,27 @@ std::string errorWith(const QVariantHash &config)
 
 TEST(PowerManagerConfigurationTest, RefusesAnUnknownKeyAndNamesIt)
 {
-    EXPECT_EQ(errorWith({{"revokeTimeOut", 100}}), "revokeTimeOut: unknown key");
+    EXPECT_EQ(failureWith({{"revokeTimeOut", 100}}), "revokeTimeOut: unknown key");
 }
 
-TEST(PowerManagerConfigurationTest, RefusesATimeoutThatIsNotANumber)
+TEST(PowerManagerConfigurationTest, RefusesATimeoutThatIsNoNumber)
 {
-    EXPECT_THAT(errorWith({{"revokeTimeout", "100"}}), testing::StartsWith("revokeTimeout: "));
+    EXPECT_THAT(failureWith({{"revokeTimeout", "100"}}), testing::StartsWith("revokeTimeout: "));
 }
 
 TEST(PowerManagerConfigurationTest, RefusesATimeoutOutOfRange)
 {
-    EXPECT_THAT(errorWith({{"revokeTimeout", 0}}), testing::StartsWith("revokeTimeout: "));
+    EXPECT_THAT(failureWith({{"revokeTimeout", 0}}), testing::StartsWith("revokeTimeout: "));
 }
 
-TEST(PowerManagerConfigurationTest, TakesAnIntegerFromJson)
+TEST(PowerManagerConfigurationTest, TakesAWholeNumberFromJson)
 {
-    EXPECT_EQ(errorWith({{"revokeTimeout", 100.0}}), "");
+    EXPECT_EQ(failureWith({{"revokeTimeout", 100.0}}), "");
 }
 
 TEST(PowerManagerConfigurationTest, LeavesNoNodeBehindWhenItRefuses)
 {
-    errorWith({{"unknown", 1}});
+    failureWith({{"unknown", 1}});
     const Request request(TavoPowerManagerStandbyPath(), QVariant());
     EXPECT_EQ(request.error().name(), CMErrors::noSuchNode());
 }

@@ -12,6 +12,9 @@
 class Playback
 {
 };
+struct PlayedSound
+{
+};
 
 /// How the stand-in's classes reach the script.
 struct ScriptedPlayerHooks
@@ -119,8 +122,10 @@ void ScriptedPlayer::reportError(const QString &reason) const
     Q_EMIT player->playbackErrorReported(id, reason);
 }
 
-SimplePlayer::SimplePlayer(QObject *parent)
+SimplePlayer::SimplePlayer(const QString &id, std::unique_ptr<const PlayedSound> /*sound*/,
+                           QObject *parent)
     : QObject(parent)
+    , m_id(id)
 {
 }
 
@@ -129,34 +134,26 @@ SimplePlayer::~SimplePlayer()
     ScriptedPlayerHooks::destroyed(this);
 }
 
-PlaybackPlayer::PlaybackPlayer(std::unique_ptr<Playback> playback, QObject *parent)
-    : SimplePlayer(parent)
-    , m_playback(std::move(playback))
-{
-}
-
-PlaybackPlayer::~PlaybackPlayer() = default;
-
-bool PlaybackPlayer::play()
+bool SimplePlayer::play()
 {
     return ScriptedPlayerHooks::play(this);
 }
 
-void PlaybackPlayer::pause()
+void SimplePlayer::pause()
 {
     ScriptedPlayerHooks::pause(this);
 }
 
-void PlaybackPlayer::stop()
+void SimplePlayer::stop()
 {
     ScriptedPlayerHooks::stop(this);
 }
 
-void PlaybackPlayer::setGain(double /*gain*/, int /*fadeMs*/) {}
+void SimplePlayer::setGain(double /*gain*/, int /*fadeMs*/) {}
 
 UriSimplePlayer::UriSimplePlayer(const QString &uri, const QString &id, const QString &device,
                                  QObject *parent)
-    : PlaybackPlayer(nullptr, parent)
+    : SimplePlayer(id, nullptr, parent)
 {
     ScriptedPlayer description;
     description.kind = QStringLiteral("UriSimplePlayer");
@@ -168,7 +165,7 @@ UriSimplePlayer::UriSimplePlayer(const QString &uri, const QString &id, const QS
 
 StreamSimplePlayer::StreamSimplePlayer(const QString &content, const QString &format,
                                        const QString &id, const QString &device, QObject *parent)
-    : PlaybackPlayer(nullptr, parent)
+    : SimplePlayer(id, nullptr, parent)
 {
     ScriptedPlayer description;
     description.kind = QStringLiteral("StreamSimplePlayer");
@@ -181,7 +178,7 @@ StreamSimplePlayer::StreamSimplePlayer(const QString &content, const QString &fo
 
 DataSimplePlayer::DataSimplePlayer(const QByteArray &data, const QString &id, const QString &device,
                                    QObject *parent)
-    : PlaybackPlayer(nullptr, parent)
+    : SimplePlayer(id, nullptr, parent)
 {
     ScriptedPlayer description;
     description.kind = QStringLiteral("DataSimplePlayer");
@@ -192,27 +189,10 @@ DataSimplePlayer::DataSimplePlayer(const QByteArray &data, const QString &id, co
 }
 
 FakePlayer::FakePlayer(const QString &id, QObject *parent)
-    : SimplePlayer(parent)
+    : SimplePlayer(id, nullptr, parent)
 {
     ScriptedPlayer description;
     description.kind = QStringLiteral("FakePlayer");
     description.id = id;
     ScriptedPlayerHooks::constructed(this, description);
-}
-
-FakePlayer::~FakePlayer() = default;
-
-bool FakePlayer::play()
-{
-    return ScriptedPlayerHooks::play(this);
-}
-
-void FakePlayer::pause()
-{
-    ScriptedPlayerHooks::pause(this);
-}
-
-void FakePlayer::stop()
-{
-    ScriptedPlayerHooks::stop(this);
 }

@@ -18,7 +18,7 @@ constexpr const char *behaviours[] = {"plain",        "busy",           "denied"
                                       "underruns",    "underruns_dies", "suspends",
                                       "sleeps",       "hesitates",      "suspends_forgets",
                                       "chokes",       "wants_sound",    "distant",
-                                      "clueless",     "clings"};
+                                      "clueless",     "clings",         "alternates"};
 
 } // namespace
 

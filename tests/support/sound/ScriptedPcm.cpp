@@ -107,9 +107,14 @@ int openingError(const Script &script)
                                  : 0;
 }
 
-// A "moody" device behaves differently each time that it is opened, and mostly well.
+// A "moody" device behaves differently each time that it is opened, and mostly well. One that
+// "alternates" is busy every other time.
 std::string behaviourOf(const std::string &configured)
 {
+    if (configured.find("alternates") != std::string::npos) {
+        static std::atomic<bool> busyNext{false};
+        return busyNext.exchange(!busyNext) ? "busy" : "plain";
+    }
     if (configured.find("moody") == std::string::npos)
         return configured;
     constexpr std::array<const char *, 8> moods{

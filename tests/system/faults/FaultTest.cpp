@@ -32,10 +32,11 @@ void FaultTest::TearDown()
     }
 }
 
-void FaultTest::start(const QJsonObject &playerConfig)
+void FaultTest::start(const QJsonObject &playerConfig, const QJsonObject &hostConfig)
 {
     startModules(
-        {"powermanager", playerModule(playerConfig), "notifications", m_requester.module()});
+        {"powermanager", playerModule(playerConfig), "notifications", m_requester.module()},
+        hostConfig);
 }
 
 void FaultTest::startModules(const QJsonArray &modules, const QJsonObject &hostConfig)

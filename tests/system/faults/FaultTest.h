@@ -31,7 +31,7 @@ protected:
     void TearDown() override;
 
     /// Starts the host with the modules that a device has and the requester.
-    void start(const QJsonObject &playerConfig = {});
+    void start(const QJsonObject &playerConfig = {}, const QJsonObject &hostConfig = {});
     void startModules(const QJsonArray &modules, const QJsonObject &hostConfig = {});
 
     /// The player's entry; notifications sound on the device "plain" unless it says otherwise.

@@ -26,7 +26,7 @@ class HttpFaultsTest : public FaultTest
 protected:
     void SetUp() override
     {
-        start({{"httpTimeout", timeoutMs}});
+        start({}, {{"sounds", QJsonObject{{"httpTimeout", timeoutMs}}}});
         // Qt keeps the threads in which it watches the network from the first time on.
         m_requester.enqueue(fileItem("first", m_server.serve("first.wav", sound())));
         ASSERT_TRUE(m_requester.waitFor("finished first"));

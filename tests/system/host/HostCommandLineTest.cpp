@@ -5,6 +5,7 @@
 
 using testing::HasSubstr;
 
+/// Folders in the order in which they are searched, and what else can be asked of the program.
 class HostCommandLineTest : public HostTest
 {
 protected:
@@ -63,7 +64,7 @@ TEST_F(HostCommandLineTest, RefusesADescriptorThatIsNotOpen)
     EXPECT_EQ(m_host.run(), 64);
 }
 
-TEST_F(HostCommandLineTest, RefusesADescriptorThatIsNotANumber)
+TEST_F(HostCommandLineTest, RefusesADescriptorThatIsNoNumber)
 {
     m_host.addArguments({"--ready-fd", "out"});
     EXPECT_EQ(m_host.run(), 64);
@@ -83,10 +84,10 @@ TEST_F(HostCommandLineTest, RefusesAnEmptyNameOfAConfigurationFile)
     EXPECT_EQ(log(), "tavo-host: --config needs the name of a file\n");
 }
 
-TEST_F(HostCommandLineTest, RunsOnWhenItCannotReportThatItIsReady)
+TEST_F(HostCommandLineTest, RunsOnWhenNobodyCanBeToldThatItIsReady)
 {
     m_host.setConfiguration(configurationOf({scripted("one")}));
-    // Open, but for reading only.
+    // Open, but for reading alone.
     m_host.addArguments({"--ready-fd", "0"});
     ASSERT_TRUE(m_host.start());
     ASSERT_TRUE(m_host.waitForLog("Nobody reads the descriptor given by --ready-fd"));

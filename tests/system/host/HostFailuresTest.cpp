@@ -6,7 +6,7 @@
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// Modules that can't be run. Each is the third of three, so that two must be stopped again.
+/// Modules that can't be had. Each is the third of three, so that there is something to undo.
 class HostFailuresTest : public HostTest
 {
 protected:
@@ -31,14 +31,14 @@ TEST_F(HostFailuresTest, DeletesTheWorkersBeforeOneThatThrows)
     EXPECT_FALSE(m_host.isReady());
 }
 
-TEST_F(HostFailuresTest, ReportsAThrownObjectThatIsNotAnException)
+TEST_F(HostFailuresTest, ReportsAThrownObjectThatIsNoException)
 {
     EXPECT_EQ(runWithThird(scripted("bad", {{"create", "throwNumber"}})), 70);
     EXPECT_TRUE(m_host.log().contains(
         m_file + ": modules[2]: worker_create threw something that is no std::exception\n"));
 }
 
-TEST_F(HostFailuresTest, ReportsAModuleThatCreatesNoWorker)
+TEST_F(HostFailuresTest, ReportsAModuleThatMakesNoWorker)
 {
     EXPECT_EQ(runWithThird(scripted("bad", {{"create", "null"}})), 70);
     EXPECT_TRUE(m_host.log().contains(m_file + ": modules[2]: worker_create returned no worker\n"));
@@ -62,7 +62,7 @@ TEST_F(HostFailuresTest, StartsNothingWhenALibraryLacksASymbol)
     EXPECT_THAT(events(), IsEmpty());
 }
 
-TEST_F(HostFailuresTest, StartsNothingWhenAFileIsNotALibrary)
+TEST_F(HostFailuresTest, StartsNothingWhenAFileIsNoLibrary)
 {
     const QString file = m_host.writeFile("libtavo_text.so", "This is text.\n");
     EXPECT_EQ(runWithThird(QJsonObject{{"name", "text"}, {"library", file}}), 69);

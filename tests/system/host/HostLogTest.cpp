@@ -6,31 +6,28 @@
 class HostLogTest : public HostTest
 {
 protected:
-    /// Runs and stops a host with one scripted worker, and with this "log" in its configuration.
-    void runOnce(const QJsonObject &log)
-    {
-        start(log, {});
-        ASSERT_EQ(m_host.stop(), 0) << m_host.log().toStdString();
-    }
-
-    /// The same, after the worker has said something in its event loop.
-    void runSaying(const QString &text, const QJsonObject &log)
-    {
-        start(log, {{"say", text}});
-        ASSERT_TRUE(m_host.waitForLog("one working"));
-        ASSERT_EQ(m_host.stop(), 0) << m_host.log().toStdString();
-    }
-
-    bool logged(const QString &text) const { return m_host.log().contains(text); }
-
-private:
-    void start(const QJsonObject &log, const QJsonObject &workerConfig)
+    /// Runs one scripted worker until it has worked, with this "log" in the configuration.
+    void runOnce(const QJsonObject &log, const QJsonObject &workerConfig = {})
     {
         auto configuration = configurationOf({scripted("one", workerConfig)});
         configuration.insert("log", log);
         m_host.setConfiguration(configuration);
         ASSERT_TRUE(m_host.startReady()) << m_host.log().toStdString();
+        ASSERT_EQ(m_host.stop(), 0) << m_host.log().toStdString();
     }
+
+    /// The same with what the worker does in its event loop.
+    void runWorking(const QJsonObject &log, const QJsonObject &workerConfig)
+    {
+        auto configuration = configurationOf({scripted("one", workerConfig)});
+        configuration.insert("log", log);
+        m_host.setConfiguration(configuration);
+        ASSERT_TRUE(m_host.startReady()) << m_host.log().toStdString();
+        ASSERT_TRUE(m_host.waitForLog("one working"));
+        ASSERT_EQ(m_host.stop(), 0) << m_host.log().toStdString();
+    }
+
+    bool logged(const QString &text) const { return m_host.log().contains(text); }
 };
 
 TEST_F(HostLogTest, LogsFromInfoUpWithTimeLevelLoggerThreadAndMessage)
@@ -114,7 +111,7 @@ TEST_F(HostLogTest, RefusesAPropertiesFileWithoutAnAppender)
 
 TEST_F(HostLogTest, LogsQtsMessagesUnderTheLoggerQt)
 {
-    runSaying("hello", {{"level", "DEBUG"}});
+    runWorking({{"level", "DEBUG"}}, {{"say", "hello"}});
     EXPECT_TRUE(logged("DEBUG Qt [one] debug hello\n"));
     EXPECT_TRUE(logged("INFO  Qt [one] info hello\n"));
     EXPECT_TRUE(logged("WARN  Qt [one] warning hello\n"));
@@ -123,7 +120,8 @@ TEST_F(HostLogTest, LogsQtsMessagesUnderTheLoggerQt)
 
 TEST_F(HostLogTest, LogsACategoryOfQtUnderALoggerOfItsOwn)
 {
-    runSaying("hello", {{"levels", QJsonObject{{"Qt", "OFF"}, {"Qt.scripted.category", "WARN"}}}});
+    runWorking({{"levels", QJsonObject{{"Qt", "OFF"}, {"Qt.scripted.category", "WARN"}}}},
+               {{"say", "hello"}});
     EXPECT_TRUE(logged("WARN  Qt.scripted.category [one] category hello\n"));
     EXPECT_FALSE(logged("warning hello"));
 }

@@ -68,7 +68,7 @@ const BadSound badSounds[] = {
      "short.wav\" is cut off"},
     {"NoFileNamed", [](const BadPlace &) { return uri({}); }, "No sound is named"},
     {"UnknownScheme", [](const BadPlace &) { return uri("ftp://127.0.0.1/tone.wav"); },
-     "ftp: is not supported"},
+     "has a scheme that is not supported"},
     {"ClosedHttpPort", [](const BadPlace &) { return uri(HttpServer::closed()); },
      "closed.wav\" can't be fetched: Connection refused"},
     {"HttpNotFound", [](const BadPlace &place) { return uri(place.http.missing()); },
@@ -121,9 +121,8 @@ protected:
 
 TEST_P(BadSoundTest, IsReportedWithItsCauseAndTheNextOnePlays)
 {
-    QJsonObject configuration = withMusic();
-    configuration.insert("httpTimeout", httpTimeoutMs);
-    start(configuration);
+    m_limits.insert("httpTimeout", httpTimeoutMs);
+    start(withMusic());
     m_requester.enqueue(badItem());
     m_requester.enqueue(fileItem("good", toneFile(frequency, lengthMs)));
     EXPECT_TRUE(m_requester.waitFor("failed bad")) << m_host.log().toStdString();

@@ -20,7 +20,8 @@ void SoundTest::start(const QJsonObject &playerConfig)
 
 void SoundTest::startModules(const QJsonArray &modules)
 {
-    m_host.setConfiguration({{QStringLiteral("modules"), modules}});
+    m_host.setConfiguration(
+        {{QStringLiteral("modules"), modules}, {QStringLiteral("sounds"), m_limits}});
     ASSERT_TRUE(m_host.startReady()) << m_host.log().toStdString();
     m_requester.watchServices();
 }

@@ -69,6 +69,7 @@ protected:
     int stopHost() { return m_host.stop(); }
 
     SoundServer m_server; // first: what follows takes over its environment
+    QJsonObject m_limits; ///< the host's section "sounds"
     HostProcess m_host;
     Requester m_requester{QStringLiteral("requester"), m_host.folder()};
     Listener m_notificationDevice{QStringLiteral("notifications")};

@@ -25,6 +25,36 @@ std::string errorOf(const QByteArray &json)
 }
 } // namespace
 
+TEST(HostConfigurationTest, LimitsTheSounds)
+{
+    const auto limits = configurationOf(R"({"modules": ["a"], "sounds": {
+        "soundLimit": 3, "httpLimit": 2, "httpTimeout": 1500}})")
+                            .sounds;
+    EXPECT_EQ(limits.maxSoundBytes, 3 * 1024 * 1024);
+    EXPECT_EQ(limits.httpMaxBytes, 2 * 1024 * 1024);
+    EXPECT_EQ(limits.httpTimeoutMs, 1500);
+}
+
+TEST(HostConfigurationTest, LimitsTheSoundsWithoutBeingTold)
+{
+    const auto limits = configurationOf(R"({"modules": ["a"], "sounds": {}})").sounds;
+    EXPECT_EQ(limits.maxSoundBytes, qint64(1) << 30);
+    EXPECT_EQ(limits.httpMaxBytes, 64 << 20);
+    EXPECT_EQ(limits.httpTimeoutMs, 20000);
+}
+
+TEST(HostConfigurationTest, RefusesLimitsOfSoundsOutOfRange)
+{
+    for (const QByteArray key : {"soundLimit", "httpLimit", "httpTimeout"}) {
+        for (const QByteArray value : {"0", "1000000", "\"much\""}) {
+            EXPECT_EQ(
+                errorOf("{\"modules\": [\"a\"], \"sounds\": {\"" + key + "\": " + value + "}}")
+                    .find("f: sounds." + key.toStdString() + ": must be a"),
+                0U);
+        }
+    }
+}
+
 TEST(HostConfigurationTest, RunsFourModulesInOrderWithoutAFile)
 {
     const auto configuration = HostConfiguration::builtIn();

@@ -16,6 +16,7 @@
 #include <QTimer>
 
 #include <sys/resource.h>
+#include <unistd.h>
 
 using testing::HasSubstr;
 
@@ -154,20 +155,16 @@ TEST_F(HttpSoundTest, ReportsARefusalOfAStreamWithoutPlayingItsPage)
 
 TEST_F(HttpSoundTest, ReportsAServerThatIsTooSlow)
 {
-    SimplePlayerLimits limits;
-    limits.httpTimeoutMs = 50;
-    SimplePlayerLimits::setCurrent(limits);
     makeSound(m_server.uri());
+    m_player->limits.httpTimeoutMs = 50;
     expectError("the server is too slow");
 }
 
 TEST_F(HttpSoundTest, ReportsASoundFileThatDripsForTooLong)
 {
-    SimplePlayerLimits limits;
-    limits.httpTimeoutMs = 300;
-    SimplePlayerLimits::setCurrent(limits);
     m_server.serveRaw("HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n");
     makeSound(m_server.uri());
+    m_player->limits.httpTimeoutMs = 300;
     QTimer drip;
     QObject::connect(&drip, &QTimer::timeout, [this] {
         if (m_server.hasAnswered())
@@ -179,11 +176,9 @@ TEST_F(HttpSoundTest, ReportsASoundFileThatDripsForTooLong)
 
 TEST_F(HttpSoundTest, ReportsASoundFileThatIsTooLarge)
 {
-    SimplePlayerLimits limits;
-    limits.httpMaxBytes = 1000;
-    SimplePlayerLimits::setCurrent(limits);
     m_server.serve(readFile(counting()));
     makeSound(m_server.uri());
+    m_player->limits.httpMaxBytes = 1000;
     expectError("is larger than the 1000 bytes that are allowed");
 }
 
@@ -235,20 +230,23 @@ TEST_F(HttpSoundTest, CanBeDestroyedBeforeItIsFetched)
     EXPECT_EQ(m_end->count(), 0);
 }
 
-TEST_F(HttpSoundTest, CanNotBePlayedWithoutAFileDescriptor)
+TEST_F(HttpSoundTest, CanNotBePlayedWithoutAFileDescriptorForWhatIsFetched)
 {
     if (typesAreCheckedThroughAPipe) {
         GTEST_SKIP() << "UBSan needs file descriptors itself";
     }
-    makeSound(m_server.uri()); // the first loads what plays, which takes descriptors as well
+    makeSound(m_server.uri());
+    ASSERT_TRUE(m_player->play()); // the first loads what plays, which takes descriptors as well
+    makeSound(m_server.uri());
+    const LogCapture log("SimplePlayer");
     rlimit before{};
     getrlimit(RLIMIT_NOFILE, &before);
-    const rlimit none{0, before.rlim_max};
-    setrlimit(RLIMIT_NOFILE, &none);
-    makeSound(m_server.uri());
-    setrlimit(RLIMIT_NOFILE, &before);
-    const LogCapture log("SimplePlayer");
+    const int next = dup(STDIN_FILENO);
+    close(next);
+    const rlimit oneMore{rlim_t(next) + 1, before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &oneMore);
     EXPECT_FALSE(m_player->play());
+    setrlimit(RLIMIT_NOFILE, &before);
     ASSERT_EQ(log.countAt(log4cplus::ERROR_LOG_LEVEL), 1);
     EXPECT_THAT(log.messages(log4cplus::ERROR_LOG_LEVEL)[0],
                 HasSubstr("can't be fetched: there are no more file descriptors"));
@@ -325,11 +323,9 @@ TEST_F(HttpSoundTest, LosesNothingOfARawStreamInAPause)
 
 TEST_F(HttpSoundTest, ReportsARawStreamThatBringsNothing)
 {
-    SimplePlayerLimits limits;
-    limits.httpTimeoutMs = 100;
-    SimplePlayerLimits::setCurrent(limits);
     m_server.serveRaw("HTTP/1.1 200 OK\r\n\r\n" + rawSamples(0, 100));
     makeStream(rawType);
+    m_player->limits.httpTimeoutMs = 100;
     m_player->play();
     ASSERT_TRUE(m_end->hasEndedOnce());
     EXPECT_THAT(m_end->error(), HasSubstr("the server is too slow"));

@@ -27,10 +27,9 @@ const char *nameOf(Kind kind)
 class PlayerContractTest : public PlayerTest, public testing::WithParamInterface<Kind>
 {
 protected:
-    std::unique_ptr<SimplePlayer> makePlayer()
+    std::unique_ptr<SimplePlayer> makePlayer(const QString &device)
     {
         const QString id = QStringLiteral("id");
-        const QString device = QStringLiteral("plain");
         const QString file = counting();
         switch (GetParam()) {
         case Kind::Uri:
@@ -49,7 +48,7 @@ protected:
         return std::make_unique<FakePlayer>(id, nullptr);
     }
 
-    std::unique_ptr<SimplePlayer> m_player = makePlayer();
+    std::unique_ptr<SimplePlayer> m_player = makePlayer(QStringLiteral("plain"));
     EndSpy m_end{*m_player};
 };
 
@@ -131,10 +130,12 @@ TEST_P(PlayerContractTest, CanNotPlayAfterItsEnd)
     EXPECT_EQ(m_end.count(), 1);
 }
 
-TEST_P(PlayerContractTest, CanNotPlayAfterAStop)
+TEST_P(PlayerContractTest, ReportsNothingAfterARefusedPlayNotEvenTheStopBefore)
 {
     m_player->stop();
     EXPECT_FALSE(m_player->play());
+    settle();
+    EXPECT_EQ(m_end.count(), 0);
 }
 
 TEST_P(PlayerContractTest, GoesOnPlayingWhenPlayedAgain)
@@ -199,4 +200,37 @@ TEST_P(PlayerContractTest, ReadsTheLoopFlagAtTheFirstStartAlone)
     }
     settle();
     EXPECT_EQ(m_end.count(), 0);
+}
+
+/// Every kind that opens a device; FakePlayer can't fail to start.
+class RefusedPlayTest : public PlayerContractTest
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(Kinds, RefusedPlayTest,
+                         testing::Values(Kind::Uri, Kind::Data, Kind::Stream, Kind::RawStream),
+                         [](const auto &info) { return nameOf(info.param); });
+
+TEST_P(RefusedPlayTest, ReportsNoEndWhateverIsCalledAfterwards)
+{
+    const auto player = makePlayer(QStringLiteral("nowhere"));
+    EndSpy end(*player);
+    EXPECT_FALSE(player->play());
+    player->pause();
+    EXPECT_FALSE(player->play());
+    player->stop();
+    settle();
+    EXPECT_EQ(end.count(), 0);
+}
+
+TEST_P(RefusedPlayTest, ReportsNoEndWhenItCanNotGoOnAfterAPause)
+{
+    const auto player = makePlayer(QStringLiteral("alternates"));
+    EndSpy end(*player);
+    ASSERT_TRUE(player->play());
+    player->pause();
+    EXPECT_FALSE(player->play());
+    player->stop();
+    settle();
+    EXPECT_EQ(end.count(), 0);
 }

@@ -8,7 +8,6 @@
 #include "support/sound/SoundFiles.h"
 
 #include <gtest/gtest.h>
-#include <simpleplayer/SimplePlayerLimits.h>
 
 #include <algorithm>
 
@@ -25,7 +24,6 @@ protected:
     static constexpr int wav = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
 
     PlayerTest() { m_devices.forget(); }
-    ~PlayerTest() override { SimplePlayerLimits::setCurrent({}); }
 
     QString path(const char *name) const { return m_folder.filePath(QString::fromLatin1(name)); }
 

@@ -190,10 +190,9 @@ TEST_F(UnplayableTest, MoreChannelsThanAnyDeviceHas)
 
 TEST_F(UnplayableTest, SoundBeyondTheLimit)
 {
-    SimplePlayerLimits limits;
-    limits.maxSoundBytes = qint64(soundFrames) * sizeof(float) - 1;
-    SimplePlayerLimits::setCurrent(limits);
-    expectRefusal(counting(), "is too long");
+    UriSimplePlayer player(counting(), QStringLiteral("id"), QStringLiteral("plain"), nullptr);
+    player.limits.maxSoundBytes = qint64(soundFrames) * sizeof(float) - 1;
+    expectRefusal(player, "is too long");
 }
 
 TEST_F(UnplayableTest, NoName)
@@ -203,7 +202,8 @@ TEST_F(UnplayableTest, NoName)
 
 TEST_F(UnplayableTest, UnknownScheme)
 {
-    expectRefusal(QStringLiteral("gopher://localhost/sound.wav"), "gopher: is not supported");
+    expectRefusal(QStringLiteral("gopher://localhost/sound.wav"),
+                  "has a scheme that is not supported");
 }
 
 TEST_F(UnplayableTest, FileOfAnotherMachine)
@@ -211,24 +211,18 @@ TEST_F(UnplayableTest, FileOfAnotherMachine)
     expectRefusal(QStringLiteral("file://elsewhere/sound.wav"), "names no file of this device");
 }
 
-TEST_F(UnplayableTest, UnknownSchemeOfTwoWords)
-{
-    expectRefusal(QStringLiteral("rtp+x://localhost/sound.wav"), "rtp+x: is not supported");
-}
-
-TEST_F(UnplayableTest, FileUriWithoutAPath)
-{
-    expectRefusal(QStringLiteral("file://"), "names no file of this device");
-}
-
 TEST_F(UnplayableTest, MalformedUri)
 {
     expectRefusal(QStringLiteral("http://[::1/sound.wav"), "is not a valid URI");
 }
 
-TEST_F(UnplayableTest, UriWithoutAHost)
+TEST_F(UnplayableTest, UriOfASchemeWithoutAHostThoughThereIsSuchAFile)
 {
-    expectRefusal(QStringLiteral("http:///sound.wav"), "is not a valid URI");
+    const QString folder = QDir::currentPath();
+    ASSERT_TRUE(QDir::setCurrent(m_folder.path()));
+    ASSERT_TRUE(QFile::rename(counting(), QStringLiteral("http:sound.wav")));
+    expectRefusal(QStringLiteral("http:sound.wav"), "is not a valid URI");
+    QDir::setCurrent(folder);
 }
 
 TEST_F(UnplayableTest, EmptyData)
@@ -331,27 +325,16 @@ TEST_F(UnplayableTest, DeviceThatDoesNotExist)
     expectRefusal(counting(), "The sound device \"nowhere\" doesn't exist", "nowhere");
 }
 
-TEST_F(UnplayableTest, StillReportsItsStop)
-{
-    UriSimplePlayer player(path("missing.wav"), QStringLiteral("id"), QStringLiteral("plain"),
-                           nullptr);
-    EndSpy end(player);
-    EXPECT_FALSE(player.play());
-    player.stop();
-    ASSERT_TRUE(end.hasEndedOnce());
-    EXPECT_EQ(end.stopped.count(), 1);
-}
-
-TEST_F(UnplayableTest, CanBeTriedAgain)
+TEST_F(UnplayableTest, CanNotBeTriedAgain)
 {
     UriSimplePlayer player(path("counting.wav"), QStringLiteral("id"), QStringLiteral("plain"),
                            nullptr);
     EndSpy end(player);
     EXPECT_FALSE(player.play());
     counting();
-    EXPECT_TRUE(player.play());
-    ASSERT_TRUE(end.hasEndedOnce());
-    EXPECT_EQ(heard(), countingFloats());
+    EXPECT_FALSE(player.play());
+    settle();
+    EXPECT_EQ(end.count(), 0);
 }
 
 /// Files whose names need care, and devices that take their time.
@@ -432,13 +415,11 @@ TEST_F(UriSimplePlayerTest, PlaysAFlacFileWhoseLengthIsLeftOpen)
 
 TEST_F(UriSimplePlayerTest, BreaksOffAtTheLimitWhereTheLengthIsLeftOpen)
 {
-    SimplePlayerLimits limits;
-    limits.maxSoundBytes = qint64(soundFrames) / 2 * sizeof(float);
-    SimplePlayerLimits::setCurrent(limits);
     const QString flac = path("open.flac");
     writeSound(flac, SF_FORMAT_FLAC | SF_FORMAT_PCM_16, rate, countingSamples(soundFrames));
     leaveLengthOpen(flac);
     UriSimplePlayer player(flac, QStringLiteral("id"), QStringLiteral("plain"), nullptr);
+    player.limits.maxSoundBytes = qint64(soundFrames) / 2 * sizeof(float);
     EndSpy end(player);
     ASSERT_TRUE(player.play());
     ASSERT_TRUE(end.hasEndedOnce());

@@ -409,10 +409,8 @@ TEST_F(StreamSimplePlayerTest, CollectsASoundFileThroughAPause)
 
 TEST_F(StreamSimplePlayerTest, ReportsASoundFileThroughAFifoThatIsTooLarge)
 {
-    SimplePlayerLimits limits;
-    limits.httpMaxBytes = 1000;
-    SimplePlayerLimits::setCurrent(limits);
     make(makeFifo(), "audio/wav");
+    m_player->limits.httpMaxBytes = 1000;
     FifoWriter writer(path("fifo"));
     m_player->play();
     ASSERT_TRUE(writer.write(readFile(counting())));

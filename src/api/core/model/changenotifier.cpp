@@ -3,58 +3,17 @@
 
 #include "core/model/changenotifier.h"
 
-#include <utility>
+#include "core/changeevent.h"
 
-#include <QCoreApplication>
-#include <QEvent>
 #include <QMetaMethod>
 #include <QThread>
-
-namespace {
-/// An emission on its way to the event loop of a notifier. A queued call of Qt's would be plainer, but
-/// made a change told to a thousand subscribers half as expensive again (benchmark tellRows).
-class EmissionEvent : public QEvent
-{
-public:
-    static QEvent::Type eventType()
-    {
-        static const int type = QEvent::registerEventType();
-        return QEvent::Type(type);
-    }
-
-    EmissionEvent()
-        : QEvent(eventType())
-    {
-    }
-
-    virtual void run() const = 0;
-};
-
-template <typename Function>
-void postEmission(ChangeNotifier *notifier, Function function)
-{
-    class Event : public EmissionEvent
-    {
-    public:
-        explicit Event(Function &&emission)
-            : m_emission(std::move(emission))
-        {
-        }
-        void run() const override { m_emission(); }
-
-    private:
-        Function m_emission;
-    };
-    QCoreApplication::postEvent(notifier, new Event(std::move(function)));
-}
-} // namespace
 
 ChangeNotifier::~ChangeNotifier() = default;
 
 void ChangeNotifier::dispose()
 {
     const QThread *home = thread();
-    // A thread that has gone would never run a deletion posted to it.
+    // Nothing would run a deletion that is posted to a thread that has gone.
     if (home == nullptr || (home == QThread::currentThread() && m_emissions == 0)) {
         delete this;
     } else {
@@ -68,11 +27,11 @@ bool ChangeNotifier::event(QEvent *event)
         m_disposed = true;
         return true;
     }
-    if (event->type() != EmissionEvent::eventType()) {
+    if (event->type() != ChangeEvent::eventType()) {
         return QObject::event(event);
     }
     ++m_emissions;
-    static_cast<const EmissionEvent *>(event)->run();
+    static_cast<const ChangeEvent *>(event)->emitFrom(this);
     if (--m_emissions == 0 && m_disposed) {
         deleteLater();
     }
@@ -84,19 +43,20 @@ void ChangeNotifier::disconnectNotify(const QMetaMethod & /*signal*/)
     m_connected = false;
 }
 
-void RowsChangeNotifier::post(const QStringList &changes, int first, int count)
+void RowsChangeEvent::emitFrom(ChangeNotifier *notifier) const
 {
-    postEmission(this, [this, changes = changes, first, count] {
-        Q_EMIT changed(path(), changes, first, count);
-    });
+    auto *rows = static_cast<RowsChangeNotifier *>(notifier);
+    Q_EMIT rows->changed(rows->path(), m_changes, m_first, m_count);
 }
 
-void ValueChangeNotifier::post(const QVariant &value)
+void ValueChangeEvent::emitFrom(ChangeNotifier *notifier) const
 {
-    postEmission(this, [this, value = value] { Q_EMIT changed(path(), value); });
+    auto *value = static_cast<ValueChangeNotifier *>(notifier);
+    Q_EMIT value->changed(value->path(), m_value);
 }
 
-void NodeChangeNotifier::post(bool published)
+void NodeChangeEvent::emitFrom(ChangeNotifier *notifier) const
 {
-    postEmission(this, [this, published] { Q_EMIT changed(path(), published); });
+    auto *node = static_cast<NodeChangeNotifier *>(notifier);
+    Q_EMIT node->changed(node->path(), m_published);
 }

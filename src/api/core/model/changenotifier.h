@@ -12,10 +12,10 @@
 #include <QStringList>
 #include <QVariant>
 
-/// Carries the changes at a path to one subscriber.
+/// Stands between a node and one subscription to its changes.
 ///
-/// Made and owned by the model; lives in the receiver's thread. Changes are posted to it from any
-/// thread, and it emits them from its thread's event loop in the order in which they were made.
+/// Made and owned by the model, in the receiver's thread. A change is posted to it from any thread
+/// and emitted from that thread's event loop, in the order in which the changes were made.
 class TAVO_API_EXPORT ChangeNotifier : public QObject
 {
     Q_OBJECT
@@ -30,33 +30,32 @@ public:
 
     const CMPath &path() const { return m_path; }
 
-    /// The subscriber. Only to be compared: it may be gone.
+    /// Who subscribed; for comparing only, it may be gone.
     const QObject *receiver() const { return m_receiver; }
 
-    /// Returns false once the subscription has ended, by itself or with its receiver.
+    /// False once the subscription has been ended, by its receiver or by the receiver's end.
     bool isConnected() const { return m_connected; }
 
-    /// Frees the notifier: at once, or later if it is emitting or lives in another thread. Called from
-    /// any thread.
+    /// Frees the notifier, later when it is emitting or lives in another thread; in no case while a
+    /// slot that it has called is still running. Any thread.
     void dispose();
 
     bool event(QEvent *event) override;
 
 protected:
-    /// Called by Qt in the thread that ends the connection.
+    /// Called by Qt in whatever thread ends the connection, a receiver's destructor included.
     void disconnectNotify(const QMetaMethod &signal) override;
 
 private:
-    friend class CMNotifierTable;
-    friend class CMSubscriptions;
+    friend class CMRegistry;
 
     CMPath m_path;
     const QObject *m_receiver;
-    ChangeNotifier *m_next = nullptr;        ///< used by the table of notifiers
-    ChangeNotifier *m_nextInTable = nullptr; ///< used by the table of notifiers
-    int m_emissions = 0; ///< emissions under way; more than one if a slot runs an event loop
+    ChangeNotifier *m_next = nullptr;        ///< the registry's: the next one to the same path
+    ChangeNotifier *m_nextInTable = nullptr; ///< the registry's
+    int m_emissions = 0; ///< under way: a slot may run an event loop, which emits again
     std::atomic<bool> m_connected{false};
-    bool m_disposed = false; ///< to be freed after the last emission
+    bool m_disposed = false; ///< to be freed when the outermost emission is through
 };
 
 class TAVO_API_EXPORT RowsChangeNotifier : public ChangeNotifier
@@ -65,12 +64,9 @@ class TAVO_API_EXPORT RowsChangeNotifier : public ChangeNotifier
 
 public:
     using ChangeNotifier::ChangeNotifier;
-
-    void post(const QStringList &changes, int first, int count);
-
 Q_SIGNALS:
-    /// The rows of the list at the path have changed. CMSubscribe names the changes. They concern count
-    /// rows from first on; first is -1 and count 0 if they concern no rows in particular.
+    /// Rows of the list at the path have changed as the names in changes say (see CMSubscribe),
+    /// from row first on, count of them; -1 and 0 where the change is not about certain rows.
     void changed(const CMPath &path, const QStringList &changes, int first, int count);
 };
 
@@ -80,9 +76,6 @@ class TAVO_API_EXPORT ValueChangeNotifier : public ChangeNotifier
 
 public:
     using ChangeNotifier::ChangeNotifier;
-
-    void post(const QVariant &value);
-
 Q_SIGNALS:
     void changed(const CMPath &path, const QVariant &value);
 };
@@ -93,10 +86,7 @@ class TAVO_API_EXPORT NodeChangeNotifier : public ChangeNotifier
 
 public:
     using ChangeNotifier::ChangeNotifier;
-
-    void post(bool published);
-
 Q_SIGNALS:
-    /// A node has been published at the path, or has been disposed of.
+    /// A node has been published at the path, or has gone.
     void changed(const CMPath &path, bool published);
 };

@@ -18,19 +18,19 @@ public:
     void trace() override { CMRegistry::instance().trace(); }
     void getDataRequest(const CMGetDataRequest &request) override
     {
-        cmRoute(request, &CMEndpoint::getData);
+        cmRoute(request, &CMNode::getData);
     }
     void getRowsRequest(const CMGetRowsRequest &request) override
     {
-        cmRoute(request, &CMEndpoint::getRows);
+        cmRoute(request, &CMNode::getRows);
     }
     void matchRowRequest(const CMMatchRowRequest &request) override
     {
-        cmRoute(request, &CMEndpoint::matchRow);
+        cmRoute(request, &CMNode::matchRow);
     }
     void setDataRequest(const CMSetDataRequest &request) override
     {
-        cmRoute(request, &CMEndpoint::setData);
+        cmRoute(request, &CMNode::setData);
     }
 };
 } // namespace

@@ -3,14 +3,17 @@
 
 #pragma once
 
+#include "core/base/trstring.h"
 #include "core/model/nodes/cmnode.h"
 
-/// A node that user interfaces may show. Thread and owner are those of a CMNode.
+/// A node that a user interface may show. Thread and owner: as CMNode.
 class TAVO_API_EXPORT CMUINode : public CMNode
 {
 public:
     void setTitle(const TrString &title);
-    TrString title() const override;
+
+    /// Any thread.
+    TrString title() const;
 
 protected:
     using CMNode::CMNode;

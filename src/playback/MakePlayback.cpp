@@ -1,0 +1,108 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "base/SoundLocation.h"
+#include "playback/ByteInput.h"
+#include "playback/CollectedSound.h"
+#include "playback/HttpFetch.h"
+#include "playback/loader/PlaybackLibrary.h"
+#include "playback/PcmStream.h"
+#include "playback/PlaybackWriter.h"
+#include "playback/SoundFile.h"
+
+namespace {
+
+/// Where the frames come from, and what feeds it from a server, if anything does.
+struct Source
+{
+    std::unique_ptr<FrameSource> frames;
+    std::unique_ptr<HttpFetch> fetch;
+};
+
+std::unique_ptr<FrameSource> makeStream(std::unique_ptr<ByteInput> input,
+                                        const StreamFormat &format,
+                                        const SimplePlayerLimits &limits)
+{
+    if (format.pcm) {
+        return std::make_unique<PcmStream>(std::move(input), *format.pcm);
+    }
+    return std::make_unique<CollectedSound>(std::move(input), limits);
+}
+
+Source fetchStream(const QUrl &url, const QString &name, const StreamFormat &format,
+                   const SimplePlayerLimits &limits)
+{
+    auto fetch = std::make_unique<HttpFetch>(
+        url, format.pcm ? HttpFetch::Kind::LiveStream : HttpFetch::Kind::WholeFile,
+        limits.httpTimeoutMs);
+    auto input = std::make_unique<ByteInput>(fetch->takeReadingEnd(), name);
+    return {makeStream(std::move(input), format, limits), std::move(fetch)};
+}
+
+Result<SoundLocation> locate(const QString &name)
+{
+    Result<SoundLocation> location = parseSoundLocation(name);
+    if (const auto *failure = std::get_if<Failure>(&location)) {
+        return Failure{name.isEmpty() ? QStringLiteral("No sound is named")
+                                      : QStringLiteral("\"%1\" %2").arg(name, failure->reason)};
+    }
+    return location;
+}
+
+Result<Source> makeSource(const UriSound &sound, const SimplePlayerLimits &limits)
+{
+    const Result<SoundLocation> located = locate(sound.uri);
+    if (const auto *failure = std::get_if<Failure>(&located)) {
+        return *failure;
+    }
+    const auto &location = std::get<SoundLocation>(located);
+    if (location.url.isEmpty()) {
+        return Source{SoundFile::fromPath(location.path, limits.maxSoundBytes), nullptr};
+    }
+    return fetchStream(location.url, QStringLiteral("The sound \"%1\"").arg(sound.uri), {}, limits);
+}
+
+Result<Source> makeSource(const DataSound &sound, const SimplePlayerLimits &limits)
+{
+    return Source{
+        SoundFile::fromData(sound.data, QStringLiteral("The sound data"), limits.maxSoundBytes),
+        nullptr};
+}
+
+Result<Source> makeSource(const StreamSound &sound, const SimplePlayerLimits &limits)
+{
+    const Result<StreamFormat> parsed = parseStreamFormat(sound.format);
+    if (const auto *failure = std::get_if<Failure>(&parsed)) {
+        return *failure;
+    }
+    const Result<SoundLocation> located = locate(sound.content);
+    if (const auto *failure = std::get_if<Failure>(&located)) {
+        return *failure;
+    }
+    const auto &format = std::get<StreamFormat>(parsed);
+    const auto &location = std::get<SoundLocation>(located);
+    if (location.url.isEmpty()) {
+        return Source{makeStream(std::make_unique<ByteInput>(location.path), format, limits),
+                      nullptr};
+    }
+    return fetchStream(location.url, QStringLiteral("The stream \"%1\"").arg(sound.content), format,
+                       limits);
+}
+
+Result<std::unique_ptr<Playback>> makeDevicePlayback(const PlayedSound &sound,
+                                                     const PlaybackOptions &options,
+                                                     const Playback::Report &report)
+{
+    Result<Source> made = std::visit(
+        [&](const auto &content) { return makeSource(content, options.limits); }, sound.content);
+    if (const auto *failure = std::get_if<Failure>(&made)) {
+        return *failure;
+    }
+    auto &source = std::get<Source>(made);
+    return std::make_unique<PlaybackWriter>(std::move(source.frames), sound.device, options, report,
+                                            std::move(source.fetch));
+}
+
+} // namespace
+
+const MakePlayback tavo_make_playback = &makeDevicePlayback;
