@@ -7,40 +7,40 @@
 #include <QStringList>
 #include <QVariantHash>
 
-/// What the module is told at its start, by the keys of the same names.
+/// The module's configuration. Members have the names of their keys.
 struct DbusConfiguration
 {
-    /// What one client may have and do, and what all of them together; section "limits".
+    /// What one client may hold and do, and what all clients may together; section "limits".
     struct Limits
     {
         int openNotifications;
         int totalOpenNotifications;
         int requestsPerSecond; ///< on average; twice as many at once. 0: no limit
-        int valueBytes;        ///< of a value's texts and bytes, and BusVariant::bytesPerValue
+        int valueBytes;        ///< of one value, as BusVariantReader counts them
         int subscriptions;
         int inboxes;
-        int sounds; ///< that wait or play
+        int sounds; ///< that are queued or play
         int totalSounds;
-        int totalRequestBytes; ///< of all clients' requests that wait for their answers
-        int unreadBytes;       ///< of answers and signals
-        int totalUnreadBytes;  ///< the same of all clients
+        int totalRequestBytes; ///< of requests that wait for their replies
+        int unreadBytes;       ///< of replies and signals
+        int totalUnreadBytes;
     };
 
-    /// Which sounds clients may have played; section "sounds".
+    /// Which sounds clients may play; section "sounds".
     struct Sounds
     {
-        QStringList schemes; ///< in small letters; "file" stands for paths too
+        QStringList schemes; ///< in lower case; "file" includes paths
         QStringList folders; ///< where files must be, at any depth
         QString theme;       ///< whose sounds they may choose by name
     };
 
     QString bus;           ///< "session", "system" or an address
     bool notifications;    ///< whether to serve org.freedesktop.Notifications
-    int defaultTimeoutMs;  ///< "defaultTimeout": of a notification that names none
-    int criticalTimeoutMs; ///< "criticalTimeout": of a critical one that names none. 0: it stays
+    int defaultTimeoutMs;  ///< "defaultTimeout": of a notification that has none; 0: it stays
+    int criticalTimeoutMs; ///< "criticalTimeout": the same of a critical notification
     Limits limits;
     Sounds sounds;
 
-    /// Throws a std::runtime_error that names the key for a configuration that can't be used.
+    /// Throws a std::runtime_error that names the key when a value is invalid.
     static DbusConfiguration fromHash(const QVariantHash &config);
 };

@@ -14,16 +14,16 @@
 
 #include <memory>
 
-/// The model on a message bus, for programs outside of the host.
+/// Serves the model on a message bus, for programs outside of the host.
 ///
-/// Thread: the one that made it. Owner: the host. A bus that is away or goes stops nothing: the
-/// interfaces are there again when it is.
+/// Owned by the host, used in the thread that made it. The worker runs without a bus, too, and serves
+/// its interfaces as soon as the bus is there (again).
 class DbusWorker : public CMNodesWorker
 {
     Q_OBJECT
 
 public:
-    /// Throws a std::runtime_error that names the key for a configuration that it can't use.
+    /// Throws a std::runtime_error that names the key when a value is invalid.
     explicit DbusWorker(const QVariantHash &config);
 
 private Q_SLOTS:
@@ -35,9 +35,9 @@ private Q_SLOTS:
 
 private:
     const DbusConfiguration m_configuration;
-    BusConnection m_bus; ///< first of the parts: the others stand on it
+    BusConnection m_bus; ///< before all parts that use it
     Clients m_clients;
     ClientSounds m_sounds;
     ModelInterface m_model;
-    std::unique_ptr<NotificationsInterface> m_notifications; ///< null where they are not served
+    std::unique_ptr<NotificationsInterface> m_notifications; ///< null when not served
 };

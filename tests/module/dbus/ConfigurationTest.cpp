@@ -28,8 +28,7 @@ TEST_F(DbusConfigurationTest, RefusesUnknownKeysAndNamesThem)
 {
     EXPECT_EQ(failureWith({{"buss", "session"}}), "buss: unknown key");
     EXPECT_EQ(failureWithLimit("memory", 1), "limits.memory: unknown key");
-    EXPECT_EQ(failureWith({{"sounds", QVariantHash{{"files", 1}}}}),
-              "sounds.files: unknown key");
+    EXPECT_EQ(failureWith({{"sounds", QVariantHash{{"files", 1}}}}), "sounds.files: unknown key");
 }
 
 TEST_F(DbusConfigurationTest, RefusesValuesOfTheWrongType)
@@ -52,7 +51,7 @@ TEST_F(DbusConfigurationTest, RefusesLimitsOutOfRange)
     EXPECT_THAT(failureWith({{"defaultTimeout", -1}}), StartsWith("defaultTimeout: "));
 }
 
-TEST_F(DbusConfigurationTest, TakesAnAddressThatNobodyAnswersAndGoesOn)
+TEST_F(DbusConfigurationTest, RunsWithAnAddressWithoutABus)
 {
     const LoadedModule module(MODULE_FILE, "dbus", {{"bus", "unix:path=/nonexistent/bus"}});
     EXPECT_EQ(log().countAt(log4cplus::WARN_LOG_LEVEL), 1);

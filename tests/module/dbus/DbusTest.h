@@ -15,7 +15,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-/// The module on a bus of its own, loaded from its library.
+/// The module, loaded from its library, on a private bus.
 class DbusTest : public testing::Test
 {
 protected:
@@ -24,7 +24,7 @@ protected:
     {
     }
 
-    /// Loads the module; the bus's address is added to the configuration.
+    /// Loads the module and adds the address of the bus to the configuration.
     void load(QVariantHash config = {})
     {
         config.insert(QStringLiteral("bus"), m_bus.address());
@@ -33,7 +33,7 @@ protected:
 
     void unload() { m_module.reset(); }
 
-    /// Waits until the module has its name, or has it once more.
+    /// Waits until the module has got its name so many times.
     bool isServing(int times = 1)
     {
         return waitFor([&] { return log().count("Serving org.tavo.Model1") == times; },

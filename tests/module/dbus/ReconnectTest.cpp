@@ -14,7 +14,7 @@ TEST_F(DbusReconnectTest, TakesItsNameWhenItIsLoaded)
     EXPECT_TRUE(isServing(1));
 }
 
-TEST_F(DbusReconnectTest, TakesItsNameAgainWhenTheBusHasBeenRestarted)
+TEST_F(DbusReconnectTest, TakesItsNameAgainAfterTheBusIsRestarted)
 {
     load();
     ASSERT_TRUE(isServing(1));
@@ -23,12 +23,12 @@ TEST_F(DbusReconnectTest, TakesItsNameAgainWhenTheBusHasBeenRestarted)
     EXPECT_EQ(log().countAt(log4cplus::WARN_LOG_LEVEL), 1);
 }
 
-TEST_F(DbusReconnectTest, WaitsForABusThatIsNotThereYetAndSaysSoOnce)
+TEST_F(DbusReconnectTest, WaitsForTheBusAndLogsThatOnce)
 {
     bus().stop();
     load();
     ASSERT_TRUE(waitFor([&] { return !log().find("There is no bus").empty(); }));
-    // Long enough for several tries.
+    // Long enough for several attempts.
     waitFor([] { return false; }, std::chrono::milliseconds(500));
     bus().start();
     EXPECT_TRUE(isServing(1));

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The module on buses that take connections and messages, and say nothing.
+// The module on buses that accept connections and messages but never reply.
 
 #include "ModelTest.h"
 
@@ -9,14 +9,15 @@
 #include "support/TimeOf.h"
 
 namespace {
-/// What only a call that waits for the bus takes.
+/// Only a call that waits for the bus takes as long.
 constexpr int blockedMs = 1000;
 
-constexpr std::chrono::seconds patience(20);
+constexpr std::chrono::seconds timeout(20);
 
-constexpr int moreThanTheSystemKeeps = 5000; // messages
+/// More messages than the socket's buffer holds.
+constexpr int manyMessages = 5000;
 
-void turnTheLoop()
+void runLoop()
 {
     waitFor([] { return false; }, std::chrono::milliseconds(100));
 }
@@ -26,18 +27,18 @@ class DbusSilentBusTest : public DbusTest
 protected:
     bool waitForLog(const std::string &text)
     {
-        return waitFor([&] { return !log().find(text).empty(); }, patience);
+        return waitFor([&] { return !log().find(text).empty(); }, timeout);
     }
 };
 
-TEST_F(DbusSilentBusTest, HoldsUpNeitherTheThreadNorTheEnd)
+TEST_F(DbusSilentBusTest, BlocksNeitherTheThreadNorTheEnd)
 {
     for (const auto after : {SilentBus::After::Connecting, SilentBus::After::Authenticating,
                              SilentBus::After::Greeting}) {
         const SilentBus silent(after);
         const auto load = [&silent] {
             const LoadedModule module(MODULE_FILE, "dbus", {{"bus", silent.address()}});
-            turnTheLoop();
+            runLoop();
         };
         EXPECT_LT(timeOf(load), blockedMs);
         EXPECT_EQ(silent.connections(), 1);
@@ -49,7 +50,7 @@ TEST_F(DbusSilentBusTest, IsReportedOnceWithTheReason)
     const SilentBus silent(SilentBus::After::Greeting);
     const LoadedModule module(MODULE_FILE, "dbus", {{"bus", silent.address()}});
     ASSERT_TRUE(waitForLog("does not answer"));
-    ASSERT_TRUE(waitFor([&] { return silent.connections() > 1; }, patience));
+    ASSERT_TRUE(waitFor([&] { return silent.connections() > 1; }, timeout));
     EXPECT_EQ(log().countAt(log4cplus::WARN_LOG_LEVEL), 1);
     EXPECT_EQ(log().count("Connected"), 0);
 }
@@ -67,7 +68,7 @@ class DbusPausedBusTest : public ModelTest
 {
 };
 
-TEST_F(DbusPausedBusTest, GoesOnWithCallsSubscriptionsAndAnswers)
+TEST_F(DbusPausedBusTest, GoesOnWithCallsSubscriptionsAndReplies)
 {
     publishEcho("/test/echo"_s);
     CMValueNode *node = publishValue("/test/value"_s, 0);
@@ -76,7 +77,7 @@ TEST_F(DbusPausedBusTest, GoesOnWithCallsSubscriptionsAndAnswers)
     bus().pause();
     const BusCall during = client->send("/test/echo"_s, 2);
     node->setValue(TavoValue().setInt_(1));
-    turnTheLoop();
+    runLoop();
     EXPECT_FALSE(during.isAnswered());
     bus().resume();
     EXPECT_TRUE(before.succeeds());
@@ -86,12 +87,12 @@ TEST_F(DbusPausedBusTest, GoesOnWithCallsSubscriptionsAndAnswers)
     EXPECT_EQ(log().countAt(log4cplus::WARN_LOG_LEVEL), 0);
 }
 
-TEST_F(DbusPausedBusTest, LosesNoChangeThatItHasToKeepMeanwhile)
+TEST_F(DbusPausedBusTest, LosesNoChangeMeanwhile)
 {
     CMValueNode *node = publishValue("/test/value"_s, 0);
     ASSERT_TRUE(client->subscribe("/test/value"_s, "value"_s).succeeds());
     bus().pause();
-    constexpr int changes = moreThanTheSystemKeeps;
+    constexpr int changes = manyMessages;
     const auto change = [node] {
         for (int i = 1; i <= changes; ++i) {
             node->setValue(TavoValue().setInt_(i));
@@ -100,16 +101,16 @@ TEST_F(DbusPausedBusTest, LosesNoChangeThatItHasToKeepMeanwhile)
     };
     EXPECT_LT(timeOf(change), blockedMs);
     bus().resume();
-    EXPECT_TRUE(waitFor([&] { return client->received.size() >= changes; }, patience));
+    EXPECT_TRUE(waitFor([&] { return client->received.size() >= changes; }, timeout));
     EXPECT_EQ(client->received.back(), "ValueChanged /test/value {int: 5000}");
 }
 
-TEST_F(DbusPausedBusTest, DoesNotHoldUpTheEndWhateverIsStillToBeSent)
+TEST_F(DbusPausedBusTest, DoesNotDelayTheEndWithUnsentMessages)
 {
     CMValueNode *node = publishValue("/test/value"_s, 0);
     ASSERT_TRUE(client->subscribe("/test/value"_s, "value"_s).succeeds());
     bus().pause();
-    for (int i = 1; i <= moreThanTheSystemKeeps; ++i) {
+    for (int i = 1; i <= manyMessages; ++i) {
         node->setValue(TavoValue().setInt_(i));
     }
     settle();

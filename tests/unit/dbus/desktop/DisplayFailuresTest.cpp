@@ -14,7 +14,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Pair = std::pair<quint32, Reason>;
 
-/// With a display that a test plays the part of.
+/// With a display that the test plays.
 class DisplayFailuresTest : public OpenNotificationsTest
 {
 protected:
@@ -69,7 +69,7 @@ TEST(NoDisplayTest, IsAnErrorAndLeavesNothingBehind)
     EXPECT_EQ(worker.nodes()->size(), 0);
 }
 
-TEST_F(DisplayFailuresTest, EndANotificationThatIsRefused)
+TEST_F(DisplayFailuresTest, CloseANotificationThatIsRefused)
 {
     const LogCapture log("Dbus");
     const quint32 id = openUnanswered();
@@ -80,7 +80,7 @@ TEST_F(DisplayFailuresTest, EndANotificationThatIsRefused)
               std::vector<std::string>{"Notification 1 is not shown: no room"});
 }
 
-TEST_F(DisplayFailuresTest, EndEverythingWhenTheDisplayGoes)
+TEST_F(DisplayFailuresTest, CloseEverythingWhenTheDisplayGoes)
 {
     const quint32 first = openUnanswered();
     answer();
@@ -92,7 +92,7 @@ TEST_F(DisplayFailuresTest, EndEverythingWhenTheDisplayGoes)
     EXPECT_EQ(nodes(), 0U);
 }
 
-TEST_F(DisplayFailuresTest, AreNoneWhenItIsClosedBeforeItIsShown)
+TEST_F(DisplayFailuresTest, DoNotIncludeClosingBeforeTheDisplayReplies)
 {
     const quint32 id = openUnanswered();
     notifications.close(id, Reason::Closed);
@@ -104,17 +104,17 @@ TEST_F(DisplayFailuresTest, AreNoneWhenItIsClosedBeforeItIsShown)
     EXPECT_EQ(ends.size(), 1U);
 }
 
-TEST_F(DisplayFailuresTest, AreNoneWhenItIsDismissedBeforeItIsShown)
+TEST_F(DisplayFailuresTest, DoNotIncludeDismissingBeforeTheDisplayReplies)
 {
     const quint32 id = openUnanswered();
     CMSubscribe::closeNode(NotificationNode::pathOf(id));
     settle();
     EXPECT_THAT(ends, ElementsAre(Pair(id, Reason::Dismissed)));
-    // The display wasn't listening yet.
+    // The display may not have been listening yet.
     EXPECT_EQ(cancels(), 1);
 }
 
-TEST_F(DisplayFailuresTest, DoNotPileUpRequestsForANotificationThatChanges)
+TEST_F(DisplayFailuresTest, DoNotPileUpRequestsForAChangingNotification)
 {
     const quint32 id = openUnanswered(1000);
     notifications.replace(id, text("one"_s, 2000));
@@ -128,13 +128,13 @@ TEST_F(DisplayFailuresTest, DoNotPileUpRequestsForANotificationThatChanges)
     EXPECT_EQ(item.timeout(), 3000);
 }
 
-TEST_F(DisplayFailuresTest, DoNotTakeTheEndOfAnEarlierShowingForThatOfALaterOne)
+TEST_F(DisplayFailuresTest, DoNotConfuseTheEndOfAnEarlierShowingWithThatOfALaterOne)
 {
     const quint32 id = openUnanswered(300);
     answer();
     notifications.replace(id, text("new"_s, 60'000));
     settle();
-    // It expired before the display came to our request.
+    // It expired before the display handled our request.
     queue()->rowsRemoveAt(0);
     answer();
     EXPECT_THAT(ends, IsEmpty());

@@ -11,21 +11,21 @@
 namespace {
 using Opening = DisplayOrder::Opening;
 
-const Opening anothers;
+const Opening notOurs;
 
 Opening ours(quint32 id)
 {
     return {id, id + 100};
 }
 
-/// Inserts one of ours, as the changes of rows and the answer tell of it.
+/// Inserts one of ours, as the change of rows and the reply report it.
 void open(DisplayOrder &order, int index, quint32 id)
 {
     order.insert(index);
     order.nameLast(ours(id));
 }
 
-TEST(DisplayOrderTest, TellsWhatWent)
+TEST(DisplayOrderTest, ReturnsWhatIsRemoved)
 {
     DisplayOrder order;
     open(order, 0, 1);
@@ -39,37 +39,37 @@ TEST(DisplayOrderTest, TellsWhatWent)
 TEST(DisplayOrderTest, KnowsWhatIsOnDisplay)
 {
     DisplayOrder order;
-    EXPECT_EQ(order.head(), anothers);
+    EXPECT_EQ(order.head(), notOurs);
     open(order, 0, 1);
     EXPECT_EQ(order.head(), ours(1));
     open(order, 0, 2);
     EXPECT_EQ(order.head(), ours(2));
     order.insert(0);
-    EXPECT_EQ(order.head(), anothers);
+    EXPECT_EQ(order.head(), notOurs);
 }
 
-TEST(DisplayOrderTest, ReckonsWithOthersThatStoodInTheQueueBefore)
+TEST(DisplayOrderTest, AllowsForRowsThatWereThereBefore)
 {
     DisplayOrder order;
     open(order, 3, 1);
-    EXPECT_EQ(order.head(), anothers);
-    EXPECT_EQ(order.remove(0), anothers);
-    EXPECT_EQ(order.remove(7), anothers);
+    EXPECT_EQ(order.head(), notOurs);
+    EXPECT_EQ(order.remove(0), notOurs);
+    EXPECT_EQ(order.remove(7), notOurs);
     EXPECT_EQ(order.remove(2), ours(1));
-    EXPECT_EQ(order.remove(0), anothers);
+    EXPECT_EQ(order.remove(0), notOurs);
 }
 
-TEST(DisplayOrderTest, NamesWhatCameLastAlone)
+TEST(DisplayOrderTest, NamesOnlyWhatWasInsertedLast)
 {
     DisplayOrder order;
     order.insert(0);
     order.insert(0);
     order.nameLast(ours(1));
-    EXPECT_EQ(order.remove(1), anothers);
+    EXPECT_EQ(order.remove(1), notOurs);
     EXPECT_EQ(order.remove(0), ours(1));
 }
 
-TEST(DisplayOrderTest, NamesNothingWhenWhatCameLastHasGone)
+TEST(DisplayOrderTest, NamesNothingAfterARemoval)
 {
     DisplayOrder order;
     open(order, 0, 1);
@@ -84,21 +84,21 @@ TEST(DisplayOrderTest, ForgetsEverythingWhenCleared)
     DisplayOrder order;
     open(order, 0, 1);
     order.clear();
-    EXPECT_EQ(order.head(), anothers);
-    EXPECT_EQ(order.remove(0), anothers);
+    EXPECT_EQ(order.head(), notOurs);
+    EXPECT_EQ(order.remove(0), notOurs);
 }
 
-TEST(DisplayOrderTest, TakesIndexesThatNoListHas)
+TEST(DisplayOrderTest, AcceptsIndexesOutOfRange)
 {
     DisplayOrder order;
     open(order, 0, 1);
-    EXPECT_EQ(order.remove(-1), anothers);
+    EXPECT_EQ(order.remove(-1), notOurs);
     order.insert(-1);
     EXPECT_EQ(order.remove(1), ours(1));
 }
 
-/// A list of everything is the queue; the order is to agree with it on all that is ours.
-TEST(DisplayOrderTest, AgreesWithAQueueWhateverComesAndGoes)
+/// The queue is a list of everything. The order must agree with it on all that is ours.
+TEST(DisplayOrderTest, AgreesWithTheQueueAfterAnyChanges)
 {
     EXPECT_TRUE(rc::check([] {
         std::vector<Opening> queue(*rc::gen::inRange<std::size_t>(0, 5));
@@ -107,14 +107,14 @@ TEST(DisplayOrderTest, AgreesWithAQueueWhateverComesAndGoes)
         const auto steps = *rc::gen::container<std::vector<int>>(rc::gen::inRange(0, 3));
         for (const int step : steps) {
             const int kind = queue.empty() ? step % 2 : step;
-            const auto most = int(queue.size()) + (kind == 2 ? 0 : 1);
-            const int index = *rc::gen::inRange(0, most);
+            const auto end = int(queue.size()) + (kind == 2 ? 0 : 1);
+            const int index = *rc::gen::inRange(0, end);
             if (kind == 2) {
                 RC_ASSERT(order.remove(index) == queue[std::size_t(index)]);
                 queue.erase(queue.begin() + index);
                 continue;
             }
-            const Opening opening = kind == 0 ? anothers : ours(++id);
+            const Opening opening = kind == 0 ? notOurs : ours(++id);
             queue.insert(queue.begin() + index, opening);
             order.insert(index);
             if (opening.isOurs()) {

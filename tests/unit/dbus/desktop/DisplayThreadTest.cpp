@@ -15,11 +15,11 @@
 namespace {
 using Priority = TavoNotificationItemPriority;
 
-/// Opens and closes notifications of its own, as fast as it can, until it is told to stop.
-class Bustle : public QThread
+/// Opens and closes other notifications as fast as it can until it is destroyed.
+class BusyRequester : public QThread
 {
 public:
-    ~Bustle() override
+    ~BusyRequester() override
     {
         requestInterruption();
         wait();
@@ -45,7 +45,7 @@ protected:
     }
 };
 
-/// With the display in a thread of its own, as the host has it.
+/// With the display in its own thread, as in the host.
 class DisplayThreadTest : public OpenNotificationsTest
 {
 protected:
@@ -68,7 +68,7 @@ protected:
         }
     }
 
-    /// Has it closed in one of the ways that there are, and says what that is to be known as.
+    /// Closes a notification in one of the possible ways and returns the reason to expect.
     Reason closeSomehow(quint32 id, bool mayCancel)
     {
         switch (m_random() % (mayCancel ? 3 : 2)) {
@@ -93,15 +93,15 @@ private:
     std::unique_ptr<LoadedModule> m_display;
 };
 
-TEST_F(DisplayThreadTest, ReasonsAreTrueWhateverOthersOpenAndCloseMeanwhile)
+TEST_F(DisplayThreadTest, ReportsTrueReasonsWhileOthersOpenAndClose)
 {
     constexpr int count = 1000;
-    Bustle bustle;
-    bustle.start();
+    BusyRequester others;
+    others.start();
     openMany(count);
     std::map<quint32, Reason> expected;
     for (quint32 id = 1; id <= count; ++id) {
-        // Who cancels what is just being queued anew cancels what was there before.
+        // Cancelling while it is queued again would cancel its earlier showing.
         const bool isReplaced = random()() % 4 == 0;
         if (isReplaced) {
             notifications.replace(id, text({}, 0, Priority::Enum(random()() % 4)));
@@ -121,10 +121,10 @@ TEST_F(DisplayThreadTest, ReasonsAreTrueWhateverOthersOpenAndCloseMeanwhile)
     EXPECT_EQ(notifications.count(), count / 7);
 }
 
-TEST_F(DisplayThreadTest, ExpiriesAreToldFromAllElse)
+TEST_F(DisplayThreadTest, TellsExpiryFromCancelling)
 {
-    Bustle bustle;
-    bustle.start();
+    BusyRequester others;
+    others.start();
     const quint32 id = notifications.freeId();
     notifications.open(id, text({}, 400, Priority::Enum(100)));
     const quint32 cancelled = notifications.freeId();

@@ -10,7 +10,7 @@
 
 namespace {
 const auto unused = [](quint32) { return false; };
-constexpr quint32 largest = std::numeric_limits<quint32>::max();
+constexpr quint32 maxId = std::numeric_limits<quint32>::max();
 
 TEST(NotificationIdsTest, CountFromOne)
 {
@@ -21,16 +21,16 @@ TEST(NotificationIdsTest, CountFromOne)
 
 TEST(NotificationIdsTest, AreNeverZero)
 {
-    NotificationIds ids(largest);
-    EXPECT_EQ(ids.take(unused), largest);
+    NotificationIds ids(maxId);
+    EXPECT_EQ(ids.take(unused), maxId);
     EXPECT_EQ(ids.take(unused), 1U);
     EXPECT_EQ(NotificationIds(0).take(unused), 1U);
 }
 
-TEST(NotificationIdsTest, AreNoneThatIsInUse)
+TEST(NotificationIdsTest, AreNeverInUse)
 {
-    const std::set<quint32> open{largest, 1, 2, 4};
-    NotificationIds ids(largest);
+    const std::set<quint32> open{maxId, 1, 2, 4};
+    NotificationIds ids(maxId);
     const auto isOpen = [&](quint32 id) { return open.count(id) > 0; };
     EXPECT_EQ(ids.take(isOpen), 3U);
     EXPECT_EQ(ids.take(isOpen), 5U);

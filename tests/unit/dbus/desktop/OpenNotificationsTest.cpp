@@ -11,7 +11,7 @@ using testing::IsEmpty;
 using Pair = std::pair<quint32, Reason>;
 using Priority = TavoNotificationItemPriority;
 
-/// With the display that devices have.
+/// With the real display.
 class ShownNotificationsTest : public OpenNotificationsTest
 {
 protected:
@@ -27,7 +27,7 @@ private:
     LoadedModule m_display{QStringLiteral(NOTIFICATIONS_MODULE_FILE), "notifications"};
 };
 
-TEST_F(ShownNotificationsTest, StandInTheDisplaysQueueByTheirPaths)
+TEST_F(ShownNotificationsTest, AreQueuedByTheirPaths)
 {
     const quint32 first = open(text("first"_s));
     const quint32 second = open(text("second"_s));
@@ -35,7 +35,7 @@ TEST_F(ShownNotificationsTest, StandInTheDisplaysQueueByTheirPaths)
                 ElementsAre(NotificationNode::pathOf(first), NotificationNode::pathOf(second)));
 }
 
-TEST_F(ShownNotificationsTest, AreNodesWithATitleAndTheirTextAsARow)
+TEST_F(ShownNotificationsTest, AreNodesWithATitleAndARowOfText)
 {
     const quint32 id = open(text("some text"_s));
     const auto entries = CMCatalog::tree(NotificationNode::pathOf(id));
@@ -71,7 +71,7 @@ TEST_F(ShownNotificationsTest, AreQueuedByTheirPriority)
                             NotificationNode::pathOf(low)));
 }
 
-TEST_F(ShownNotificationsTest, ExpireWhenTheirTimeIsOver)
+TEST_F(ShownNotificationsTest, ExpireAfterTheirTimeout)
 {
     const quint32 first = open(text("first"_s, 300));
     const quint32 second = open(text("second"_s, 300));
@@ -79,7 +79,7 @@ TEST_F(ShownNotificationsTest, ExpireWhenTheirTimeIsOver)
     EXPECT_THAT(ends, ElementsAre(Pair(first, Reason::Expired), Pair(second, Reason::Expired)));
 }
 
-TEST_F(ShownNotificationsTest, ExpireWhenTheirTimeIsOverThoughTheyWerePreempted)
+TEST_F(ShownNotificationsTest, ExpireAfterTheirTimeoutEvenWhenPreempted)
 {
     const quint32 first = open(text("first"_s, 3000));
     waitFor([] { return false; }, std::chrono::milliseconds(800));
@@ -88,7 +88,7 @@ TEST_F(ShownNotificationsTest, ExpireWhenTheirTimeIsOverThoughTheyWerePreempted)
     EXPECT_THAT(ends, ElementsAre(Pair(urgent, Reason::Expired), Pair(first, Reason::Expired)));
 }
 
-TEST_F(ShownNotificationsTest, AreDismissedByWhoClosesTheirNode)
+TEST_F(ShownNotificationsTest, AreDismissedWhenTheirNodeIsClosed)
 {
     const quint32 first = open(text("first"_s, 100'000));
     const quint32 second = open(text("second"_s));
@@ -112,7 +112,7 @@ TEST_F(ShownNotificationsTest, AreClosedByTheDisplaysCancelRequest)
     EXPECT_THAT(ends, ElementsAre(Pair(second, Reason::Closed), Pair(first, Reason::Closed)));
 }
 
-TEST_F(ShownNotificationsTest, AreClosedOnRequestForTheGivenReason)
+TEST_F(ShownNotificationsTest, AreClosedOnRequestWithTheGivenReason)
 {
     const quint32 id = open(text("text"_s));
     EXPECT_TRUE(notifications.close(id, Reason::Closed));
@@ -159,7 +159,7 @@ TEST_F(ShownNotificationsTest, KeepTheirPlaceWhenTheirTextIsChanged)
     EXPECT_THAT(ends, ElementsAre(Pair(first, Reason::Expired)));
 }
 
-TEST_F(ShownNotificationsTest, HaveTheirNewActionsAloneWhenTheyAreChanged)
+TEST_F(ShownNotificationsTest, HaveOnlyTheirNewActionsAfterAChange)
 {
     const quint32 id = open(withActions());
     const CMPath old = rowOf(id, 1).path();
@@ -174,7 +174,7 @@ TEST_F(ShownNotificationsTest, HaveTheirNewActionsAloneWhenTheyAreChanged)
     EXPECT_EQ(nodes(), 0U);
 }
 
-TEST_F(ShownNotificationsTest, AreQueuedAnewForANewTimeout)
+TEST_F(ShownNotificationsTest, AreQueuedAgainForANewTimeout)
 {
     const quint32 first = open(text("first"_s));
     const quint32 second = open(text("second"_s));
@@ -185,7 +185,7 @@ TEST_F(ShownNotificationsTest, AreQueuedAnewForANewTimeout)
     EXPECT_THAT(ends, IsEmpty());
 }
 
-TEST_F(ShownNotificationsTest, AreQueuedAnewForANewPriority)
+TEST_F(ShownNotificationsTest, AreQueuedAgainForANewPriority)
 {
     const quint32 first = open(text("first"_s));
     const quint32 second = open(text("second"_s));
@@ -199,7 +199,7 @@ TEST_F(ShownNotificationsTest, AreQueuedAnewForANewPriority)
     EXPECT_THAT(displayed(), ElementsAre(NotificationNode::pathOf(first)));
 }
 
-TEST_F(ShownNotificationsTest, AreShownAsTheyWereLastWhenTheyChangeFasterThanTheyAreShown)
+TEST_F(ShownNotificationsTest, ShowTheirLastStateWhenTheyChangeFasterThanTheDisplay)
 {
     const quint32 id = notifications.freeId();
     notifications.open(id, text("0"_s));
@@ -215,7 +215,7 @@ TEST_F(ShownNotificationsTest, AreShownAsTheyWereLastWhenTheyChangeFasterThanThe
     EXPECT_THAT(ends, IsEmpty());
 }
 
-TEST_F(ShownNotificationsTest, MayHaveTheIdOfOneThatWasJustClosed)
+TEST_F(ShownNotificationsTest, MayReuseTheIdOfOneThatWasJustClosed)
 {
     const quint32 id = open(text("old"_s));
     notifications.close(id, Reason::Closed);
@@ -226,7 +226,7 @@ TEST_F(ShownNotificationsTest, MayHaveTheIdOfOneThatWasJustClosed)
     EXPECT_THAT(ends, ElementsAre(Pair(id, Reason::Closed)));
 }
 
-TEST_F(ShownNotificationsTest, AreToldApartFromThoseOfOthers)
+TEST_F(ShownNotificationsTest, AreNotConfusedWithThoseOfOthers)
 {
     const auto others = TavoNotificationDisplayItem().setMessage("other"_s);
     const auto openOther = [&](Priority::Enum priority) {
@@ -251,7 +251,7 @@ TEST_F(ShownNotificationsTest, AreToldApartFromThoseOfOthers)
     EXPECT_THAT(ends, ElementsAre(Pair(id, Reason::Closed)));
 }
 
-TEST_F(ShownNotificationsTest, HaveTheirActionsAsRowsWithTheNodesThatActivateThem)
+TEST_F(ShownNotificationsTest, HaveARowForEachActionWithThePathThatActivatesIt)
 {
     const quint32 id = open(withActions());
     const CMPath actions = NotificationNode::pathOf(id) + "actions"_s;
@@ -263,7 +263,7 @@ TEST_F(ShownNotificationsTest, HaveTheirActionsAsRowsWithTheNodesThatActivateThe
     EXPECT_EQ(rowOf(id, 3).path(), actions + "%00"_s);
 }
 
-TEST_F(ShownNotificationsTest, TellOfTheActionThatIsActivatedAndGo)
+TEST_F(ShownNotificationsTest, ReportTheActivatedActionAndClose)
 {
     const quint32 id = open(withActions());
     const Request request(rowOf(id, 2).path(), QVariant());
@@ -274,14 +274,14 @@ TEST_F(ShownNotificationsTest, TellOfTheActionThatIsActivatedAndGo)
     EXPECT_THAT(displayed(), IsEmpty());
 }
 
-TEST_F(ShownNotificationsTest, TellOfAnActionWithoutAKey)
+TEST_F(ShownNotificationsTest, ReportAnActionWithoutAKey)
 {
     const quint32 id = open(withActions());
     EXPECT_TRUE(Request(rowOf(id, 3).path(), QVariant()).succeeds());
     EXPECT_THAT(invoked, ElementsAre(QString::number(id) + "  "_s));
 }
 
-TEST_F(ShownNotificationsTest, HandOnTheTokenOfAnActivation)
+TEST_F(ShownNotificationsTest, PassOnTheTokenOfAnActivation)
 {
     const quint32 id = open(withActions(true));
     EXPECT_TRUE(Request(rowOf(id, 1).path(), QVariant("bare"_s)).succeeds());
@@ -308,7 +308,7 @@ TEST_F(ShownNotificationsTest, RefuseAnActivationThatComesTooLate)
     EXPECT_THAT(invoked, IsEmpty());
 }
 
-TEST_F(ShownNotificationsTest, HaveOneActionAKey)
+TEST_F(ShownNotificationsTest, HaveOneActionPerKey)
 {
     DesktopNotification notification = text("text"_s);
     notification.actions = {{"key"_s, "One"_s}, {"key"_s, "Two"_s}};
@@ -317,7 +317,7 @@ TEST_F(ShownNotificationsTest, HaveOneActionAKey)
     EXPECT_EQ(rowOf(id, 1).title().toString(), "One"_s);
 }
 
-TEST_F(ShownNotificationsTest, GetNoIdThatIsOpen)
+TEST_F(ShownNotificationsTest, GetOnlyFreeIds)
 {
     notifications.open(1, text("one"_s));
     notifications.open(3, text("three"_s));

@@ -25,7 +25,7 @@ inline void PrintTo(Reason reason, std::ostream *stream)
     *stream << "reason " << quint32(reason);
 }
 
-/// Open notifications, and what is told of them, in front of a display that a derived class has.
+/// Open notifications and what they report. A derived class provides the display.
 class OpenNotificationsTest : public testing::Test
 {
 protected:
@@ -53,7 +53,7 @@ protected:
         return notification;
     }
 
-    /// Opens it, and waits until the display has answered and everything is told.
+    /// Opens a notification and waits until the display has replied and all changes are reported.
     quint32 open(const DesktopNotification &notification)
     {
         const quint32 id = notifications.freeId();
@@ -86,7 +86,7 @@ protected:
         return TavoRoles(rowsOf(id).value(index).toHash());
     }
 
-    /// How many nodes the notifications have, in all.
+    /// The number of nodes of all notifications.
     static std::size_t nodes() { return CMCatalog::tree(CMPath("/dbus"_s)).size(); }
 
     bool ended(quint32 id)

@@ -21,7 +21,7 @@ TEST(PlainTextTest, LeavesATextWithoutMarkupAsItIs)
     EXPECT_TRUE(plainText(text).isSharedWith(text));
 }
 
-TEST(PlainTextTest, TakesTheTagsAwayAndKeepsWhatTheyEnclose)
+TEST(PlainTextTest, RemovesTagsAndKeepsWhatTheyEnclose)
 {
     EXPECT_EQ(plainText("a <b>bold</b> <i>word</i> and <u>more</u>"_s), "a bold word and more"_s);
 }
@@ -32,7 +32,7 @@ TEST(PlainTextTest, KeepsALinksText)
               "see the page!"_s);
 }
 
-TEST(PlainTextTest, ReadsTagsInWhateverLettersTheyAreWritten)
+TEST(PlainTextTest, ReadsTagsInUpperAndLowerCase)
 {
     EXPECT_EQ(plainText("<B>a</B><I CLASS='x'>b</I >"_s), "ab"_s);
 }
@@ -67,7 +67,7 @@ TEST(PlainTextTest, ReadsNumberedEntities)
     EXPECT_EQ(plainText("&#65;&#x42;&#X63;&#8364;&#x1F600;"_s), "ABc\u20AC\U0001F600"_s);
 }
 
-TEST(PlainTextTest, ReplacesTheNumbersOfNoCharacter)
+TEST(PlainTextTest, ReplacesNumbersWithoutACharacter)
 {
     for (const char *entity : {"&#0;", "&#xD800;", "&#xDFFF;", "&#xFFFE;", "&#x110000;", "&#27;",
                                "&#x9B;", "&#4294967295;"}) {
@@ -75,7 +75,7 @@ TEST(PlainTextTest, ReplacesTheNumbersOfNoCharacter)
     }
 }
 
-TEST(PlainTextTest, LeavesAnAmpersandThatBeginsNoEntity)
+TEST(PlainTextTest, LeavesAnAmpersandThatStartsNoEntity)
 {
     for (const char *text : {"AT&T", "a & b; c", "&", "&;", "&#;", "&#x;", "&#-1;", "&# 1;",
                              "&#99999999999;", "&unknown;", "&amp", "&#12a;"}) {
@@ -83,7 +83,7 @@ TEST(PlainTextTest, LeavesAnAmpersandThatBeginsNoEntity)
     }
 }
 
-TEST(PlainTextTest, LeavesWhatIsNoTagOfTheMarkup)
+TEST(PlainTextTest, LeavesWhatIsNotAKnownTag)
 {
     for (const char *text : {"a < b", "<", "<>", "</>", "< b>", "<user@example.org>", "<unknown>",
                              "<b", "<b <", "1<2 and 3>2", "<b\"", "<ib>", "<blink>"}) {
@@ -91,18 +91,18 @@ TEST(PlainTextTest, LeavesWhatIsNoTagOfTheMarkup)
     }
 }
 
-TEST(PlainTextTest, BearsTagsThatNeverOpenOrClose)
+TEST(PlainTextTest, AcceptsTagsThatNeverOpenOrClose)
 {
     EXPECT_EQ(plainText("</b>a<i>b</u></i></i>"_s), "ab"_s);
     EXPECT_EQ(plainText("<b attr='>a</b>"_s), "<b attr='>a"_s);
 }
 
-TEST(PlainTextTest, DoesNotReadWhatItMadeAsMarkupAgain)
+TEST(PlainTextTest, DoesNotReadItsResultAsMarkupAgain)
 {
     EXPECT_EQ(plainText("&lt;b&gt;x&lt;/b&gt; <<b>b>"_s), "<b>x</b> <b>"_s);
 }
 
-TEST(PlainTextTest, DropsWhatWouldControlATerminal)
+TEST(PlainTextTest, DropsControlCharacters)
 {
     EXPECT_EQ(plainText("a\x1B[31mb\x07"
                         "c\x7F"
@@ -110,12 +110,12 @@ TEST(PlainTextTest, DropsWhatWouldControlATerminal)
               "a[31mbcde"_s);
 }
 
-TEST(PlainTextTest, EndsLinesInOneWay)
+TEST(PlainTextTest, EndsAllLinesWithALineFeed)
 {
     EXPECT_EQ(plainText("one\r\ntwo\rthree\n"_s), "one\ntwo\nthree\n"_s);
 }
 
-TEST(PlainTextTest, BearsTwentyThousandNestedTags)
+TEST(PlainTextTest, AcceptsTwentyThousandNestedTags)
 {
     const QString text = repeated("<b>"_s, 20000) + "deep"_s + repeated("</b>"_s, 20000);
     EXPECT_EQ(plainText(text), "deep"_s);
@@ -144,7 +144,7 @@ TEST(PlainTextTest, TakesTimeInProportionToTheLength)
     }
 }
 
-TEST(PlainTextTest, MakesNoTextLongerAndLetsNoControlThrough)
+TEST(PlainTextTest, NeverMakesATextLongerNorKeepsControlCharacters)
 {
     const auto isHarmless = [](QChar character) {
         return character == '\n' || character == '\t' ||
@@ -175,7 +175,7 @@ TEST(PlainLineTest, LeavesMarkupAlone)
     EXPECT_EQ(plainLine("<b>1 & 2</b>"_s), "<b>1 & 2</b>"_s);
 }
 
-TEST(PlainLineTest, DropsControls)
+TEST(PlainLineTest, DropsControlCharacters)
 {
     EXPECT_EQ(plainLine("a\x1B]0;b\x07"_s), "a]0;b"_s);
 }

@@ -14,7 +14,7 @@
 namespace {
 using testing::ElementsAre;
 
-/// Two data folders, of which the first has precedence.
+/// Two data folders. The first takes precedence.
 class SoundThemeTest : public testing::Test
 {
 protected:
@@ -60,7 +60,7 @@ TEST_F(SoundThemeTest, FindsNothingForAnUnknownEvent)
     EXPECT_EQ(find("bell-"_s + QString(300, 'x')), QString());
 }
 
-TEST_F(SoundThemeTest, TakesTheExtensionsInTheirOrder)
+TEST_F(SoundThemeTest, PrefersExtensionsInTheirOrder)
 {
     const QString wav = make("system/freedesktop/stereo/bell.wav"_s);
     EXPECT_EQ(find("bell"_s), wav);
@@ -77,7 +77,7 @@ TEST_F(SoundThemeTest, FallsBackToTheMoreGeneralEvent)
     EXPECT_EQ(find("dialog"_s), QString());
 }
 
-TEST_F(SoundThemeTest, PrefersTheWholeNameOfAParentToTheGeneralOneOfTheTheme)
+TEST_F(SoundThemeTest, PrefersAParentsSoundForTheEventToItsOwnForAGeneralOne)
 {
     describe("system"_s, "special"_s);
     make("system/special/stereo/dialog.oga"_s);
@@ -85,7 +85,7 @@ TEST_F(SoundThemeTest, PrefersTheWholeNameOfAParentToTheGeneralOneOfTheTheme)
     EXPECT_EQ(find("dialog-error"_s, "special"_s), file);
 }
 
-TEST_F(SoundThemeTest, PrefersTheThemeToThoseThatItInherits)
+TEST_F(SoundThemeTest, PrefersTheThemeToItsParents)
 {
     describe("system"_s, "special"_s, "Inherits=parent, other");
     describe("system"_s, "parent"_s);
@@ -99,13 +99,13 @@ TEST_F(SoundThemeTest, PrefersTheThemeToThoseThatItInherits)
     EXPECT_EQ(find("bell"_s, "special"_s), own);
 }
 
-TEST_F(SoundThemeTest, InheritsTheCommonThemeWithoutSayingSo)
+TEST_F(SoundThemeTest, AlwaysInheritsTheCommonTheme)
 {
     const QString file = make("system/freedesktop/stereo/bell.oga"_s);
     EXPECT_EQ(find("bell"_s, "missing"_s), file);
 }
 
-TEST_F(SoundThemeTest, EndsWhereThemesInheritOneAnother)
+TEST_F(SoundThemeTest, EndsWhenThemesInheritEachOther)
 {
     describe("system"_s, "one"_s, "Inherits=two");
     describe("system"_s, "two"_s, "Inherits=one,two");
@@ -119,7 +119,7 @@ TEST_F(SoundThemeTest, PrefersTheFirstFolder)
     EXPECT_EQ(find("bell"_s), file);
 }
 
-TEST_F(SoundThemeTest, PlaysNothingForASoundThatIsDisabled)
+TEST_F(SoundThemeTest, FindsNothingForADisabledSound)
 {
     make("system/freedesktop/stereo/bell.oga"_s);
     make("user/freedesktop/stereo/bell.disabled"_s);
@@ -127,7 +127,7 @@ TEST_F(SoundThemeTest, PlaysNothingForASoundThatIsDisabled)
     EXPECT_EQ(find("bell-loud"_s), QString());
 }
 
-TEST_F(SoundThemeTest, LooksInFoldersForTheStereoProfileAlone)
+TEST_F(SoundThemeTest, LooksOnlyInFoldersForTheStereoProfile)
 {
     make("system/special/index.theme"_s,
          "[Sound Theme]\nDirectories=around,plain\n[around]\nOutputProfile=5.1\n[plain]\n");
@@ -146,7 +146,7 @@ TEST_F(SoundThemeTest, PrefersTheSoundForTheLanguage)
     EXPECT_EQ(find("bell"_s, "freedesktop"_s, "fr_FR"_s), common);
 }
 
-TEST_F(SoundThemeTest, FindsSoundsThatBelongToNoTheme)
+TEST_F(SoundThemeTest, FindsSoundsWithoutATheme)
 {
     const QString file = make("user/bell.oga"_s);
     EXPECT_EQ(find("bell"_s), file);
@@ -167,13 +167,13 @@ TEST_F(SoundThemeTest, NeverLeavesTheFolders)
     EXPECT_EQ(find("secret"_s, "special"_s), QString());
 }
 
-TEST_F(SoundThemeTest, TakesNoFolderForASound)
+TEST_F(SoundThemeTest, DoesNotTakeAFolderForASound)
 {
     make("system/freedesktop/stereo/bell.oga/file"_s);
     EXPECT_EQ(find("bell"_s), QString());
 }
 
-TEST_F(SoundThemeTest, BearsADescriptionThatIsNone)
+TEST_F(SoundThemeTest, SurvivesAnInvalidDescription)
 {
     make("system/broken/index.theme"_s,
          "\0\xFF[Sound\n]=[=\nDirectories=stereo\n=\n[]\n"_s.toUtf8());
