@@ -5,6 +5,8 @@
 
 #include <csignal>
 #include <mutex>
+#include <poll.h>
+#include <sys/signalfd.h>
 #include <system_error>
 #include <thread>
 #include <unistd.h>
@@ -27,21 +29,27 @@ sigset_t stopSignals()
     return signals;
 }
 
-int waitForSignal()
+int readSignal(int descriptor)
 {
-    const sigset_t signals = stopSignals();
-    int signal = 0;
-    sigwait(&signals, &signal);
-    return signal;
+    signalfd_siginfo info = {};
+    return read(descriptor, &info, sizeof info) == sizeof info ? int(info.ssi_signo) : 0;
 }
 } // namespace
 
 std::unique_ptr<StopSignals> StopSignals::install()
 {
+    const sigset_t signals = stopSignals();
+    const int descriptor = signalfd(-1, &signals, SFD_CLOEXEC);
+    if (descriptor < 0) {
+        return nullptr;
+    }
     std::unique_ptr<StopSignals> installed(new StopSignals);
-    const auto run = [shared = installed->m_shared] {
-        const int first = waitForSignal();
+    const auto run = [descriptor, shared = installed->m_shared] {
+        // Noted before it is taken, so that isReceived() finds it pending or noted.
+        pollfd readable = {descriptor, POLLIN, 0};
+        poll(&readable, 1, -1);
         shared->isReceived = true;
+        const int first = readSignal(descriptor);
         {
             const std::lock_guard lock(shared->mutex);
             if (StopSignals *object = shared->object) {
@@ -49,14 +57,14 @@ std::unique_ptr<StopSignals> StopSignals::install()
                 QMetaObject::invokeMethod(object, emitReceived, Qt::QueuedConnection);
             }
         }
-        _exit(128 + waitForSignal());
+        _exit(128 + readSignal(descriptor));
     };
-    const sigset_t signals = stopSignals();
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     try {
         std::thread(run).detach();
     } catch (const std::system_error &) {
         pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+        close(descriptor);
         return nullptr;
     }
     return installed;
@@ -76,5 +84,8 @@ StopSignals::~StopSignals()
 
 bool StopSignals::isReceived() const
 {
-    return m_shared->isReceived;
+    sigset_t pending;
+    sigpending(&pending);
+    return sigismember(&pending, SIGINT) == 1 || sigismember(&pending, SIGTERM) == 1 ||
+           m_shared->isReceived;
 }

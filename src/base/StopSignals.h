@@ -20,12 +20,12 @@ class StopSignals : public QObject
     Q_OBJECT
 
 public:
-    /// Null where the system refuses the thread.
+    /// Null where the system refuses.
     static std::unique_ptr<StopSignals> install();
 
     ~StopSignals() override;
 
-    /// Whether a signal has come, even if received() is still to be emitted. Called from any thread.
+    /// Whether a signal has come, even if received() is still to be emitted.
     bool isReceived() const;
 
 Q_SIGNALS:

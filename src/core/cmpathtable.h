@@ -18,8 +18,7 @@ public:
     T *find(const CMPath &path) const
     {
         T *entry = m_chains[chainOf(path)];
-        while (entry != nullptr &&
-               !(entry->path().hash() == path.hash() && entry->path() == path)) {
+        while (entry != nullptr && entry->path() != path) {
             entry = entry->*Next;
         }
         return entry;

@@ -5,16 +5,15 @@
 
 #include "core/cmregistry.h"
 #include "core/model/cmrequest.h"
-#include "core/model/nodes/cmnode.h"
 
-/// Hands a request to the node at its path; answers it with an error that names the path when there
-/// is none, or none of the given set.
+/// Hands a request to the node at its path. Answers it with an error that names the path if there is
+/// none, or if a node set is given and the node is not in it.
 template <typename Request>
-void cmRoute(const Request &request, void (CMNode::*operation)(const Request &),
+void cmRoute(const Request &request, void (CMEndpoint::*operation)(const Request &),
              const CMNodes *nodes = nullptr)
 {
     const CMPath path = request.path();
-    const CMNode::Pointer node = CMRegistry::instance().find(path);
+    const CMEndpoint::Pointer node = CMRegistry::instance().find(path);
     if (!node || (nodes != nullptr && node->nodes() != nodes)) {
         request.reply().setError(CMError(
             CMErrors::noSuchNode(), QStringLiteral("There is no node at %1").arg(path.toString())));

@@ -8,44 +8,44 @@
 #include <fcntl.h>
 
 namespace {
-const char *const s_exitCodes = R"(
+constexpr const char *exitCodes = R"(
 Exit codes:
-  0    ended by SIGINT or SIGTERM, or did what was asked
+  0    success: stopped by SIGINT, SIGTERM or a module
   64   wrong arguments
   69   a module is missing, can't be loaded or exports no worker_create
   70   a module's worker_create failed
   71   the operating system refused something
   78   the configuration is wrong or can't be read
-  130  ended at once by a second signal, SIGINT
-  143  ended at once by a second signal, SIGTERM
+  130  ended at once, by SIGINT as the second signal
+  143  ended at once, by SIGTERM as the second signal
 )";
 
-const char *const s_environment = R"(
+constexpr const char *environment = R"(
 Environment:
-  TAVO_MODULE_PATH  folders to look for modules in, separated by colons
+  TAVO_MODULE_PATH  folders to search for modules, separated by colons
   TAVO_LOG_LEVEL    log levels as for --log-level, separated by commas
 )";
 
 struct Options
 {
-    QCommandLineOption config{QStringLiteral("config"), QStringLiteral("Read <file>."),
+    QCommandLineOption config{QStringLiteral("config"),
+                              QStringLiteral("Read the configuration from <file>."),
                               QStringLiteral("file")};
     QCommandLineOption modulePath{
         QStringLiteral("module-path"),
-        QStringLiteral("Look for modules in <folder> first. May be given more than once."),
+        QStringLiteral("Search <folder> for modules first. May be given more than once."),
         QStringLiteral("folder")};
     QCommandLineOption logLevel{
         QStringLiteral("log-level"),
-        QStringLiteral("Log from <level> up, or with LOGGER=LEVEL one logger. May be given more "
-                       "than once."),
+        QStringLiteral("Log records of <level> and above; LOGGER=LEVEL sets it for one logger. May "
+                       "be given more than once."),
         QStringLiteral("level")};
     QCommandLineOption readyDescriptor{
         QStringLiteral("ready-fd"),
-        QStringLiteral("Write \"ready\" to descriptor <n> and close it when all modules run."),
+        QStringLiteral("When all modules run, write \"ready\" to descriptor <n> and close it."),
         QStringLiteral("n")};
-    QCommandLineOption check{
-        QStringLiteral("check"),
-        QStringLiteral("Say whether the configuration is good, and start nothing.")};
+    QCommandLineOption check{QStringLiteral("check"),
+                             QStringLiteral("Check the configuration and start nothing.")};
     QCommandLineOption listModules{
         QStringLiteral("list-modules"),
         QStringLiteral("List the modules on the search path with their files.")};
@@ -132,5 +132,5 @@ QString CommandLine::helpText()
 {
     QCommandLineParser parser;
     prepare(parser, {});
-    return parser.helpText() + QLatin1String(s_environment) + QLatin1String(s_exitCodes);
+    return parser.helpText() + QLatin1String(environment) + QLatin1String(exitCodes);
 }

@@ -23,7 +23,7 @@ struct CommandLine
     QVector<LogLevel> logLevels;
     std::optional<int> readyDescriptor;
 
-    /// Reads the arguments, the program's own name first.
+    /// Reads the arguments, which begin with the program's name.
     static Result<CommandLine> parse(const QStringList &arguments);
 
     static QString helpText();

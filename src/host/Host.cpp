@@ -42,10 +42,10 @@ std::optional<ExitFailure> Host::start(const std::vector<LocatedModule> &modules
         if (!goOn()) {
             return std::nullopt;
         }
-        if (const auto error = thread->startWorker()) {
+        if (const auto failure = thread->startWorker()) {
             const int index = moduleCount();
             stop();
-            return failureOf(index, ExitCode::WorkerFailed, *error);
+            return failureOf(index, ExitCode::WorkerFailed, failure->reason);
         }
         LOG4CPLUS_INFO(logger(), "Module started: " << thread->name().toStdString());
         m_threads.push_back(std::move(thread));

@@ -12,35 +12,35 @@
 #include <optional>
 #include <vector>
 
-/// A module that is about to run: what it was asked to be, and where it was found.
+/// A module to run, and its file.
 struct LocatedModule
 {
     ModuleEntry entry;
     QString file;
 };
 
-/// Runs the workers: brings them up in the order of the configuration, each with its own thread,
-/// and takes them down in the reverse order.
+/// Runs the workers, each in a thread of its own: starts them in the order of the configuration, and
+/// stops them in the reverse order.
 ///
-/// Thread: the main thread, in which the calls block for as long as modules take.
+/// Thread: the main thread. Calls block for as long as the modules take.
 class Host
 {
 public:
-    /// Asked between two modules whether to go on bringing them up.
+    /// Called before each worker is created; false ends the start.
     using GoOn = std::function<bool()>;
 
-    /// Messages name the place of a module as a key of @p configuration.
+    /// Errors begin with @p configurationSource.
     explicit Host(QString configurationSource);
 
-    /// Stops what still runs.
+    /// Calls stop().
     ~Host();
 
-    /// Loads every library and only then makes the workers, each when the one before it is there.
-    /// When one fails, those that were there have been deleted in the reverse order on return.
+    /// Loads all libraries, then creates the workers one after another. If one fails, stops those that
+    /// were created before it.
     std::optional<ExitFailure> start(const std::vector<LocatedModule> &modules, const GoOn &goOn);
 
-    /// Deletes the workers in the reverse order of their making, each in its thread, and joins
-    /// each thread before the next worker is deleted.
+    /// Deletes the workers in the reverse order of their creation, each in its thread, and joins each
+    /// thread before the next worker is deleted.
     void stop();
 
     int moduleCount() const { return static_cast<int>(m_threads.size()); }

@@ -14,30 +14,28 @@
 /// One worker to run.
 struct ModuleEntry
 {
-    /// What the worker is called: handed to worker_create, and its thread's name.
+    /// The name of the worker, passed to worker_create, and of its thread.
     QString name;
-    /// The <name> in libtavo_<name>.so, or the path of a file when it holds a slash.
+    /// The NAME of libtavo_NAME.so; or, if it has a slash, the path of a file.
     QString libraryName;
-    /// Handed to worker_create as it is.
+    /// Passed to worker_create unread.
     QVariantHash config;
 };
 
-/// Where log records go and which of them.
 struct LogConfiguration
 {
     /// A log4cplus properties file; empty for the console.
     QString file;
-    /// Applied in this order, after the file's own.
+    /// Applied in this order, after those of the file.
     QVector<LogLevel> levels;
 };
 
-/// What the host is to run.
 struct HostConfiguration
 {
     /// The file, or "built-in configuration"; for messages.
     QString source;
     QVector<ModuleEntry> modules;
-    /// Folders to look for modules in.
+    /// Folders to search for modules.
     QStringList modulePath;
     LogConfiguration log;
     /// What the players of all modules accept.

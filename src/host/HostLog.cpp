@@ -18,10 +18,10 @@
 #include <sstream>
 
 namespace {
-constexpr const char *s_consolePattern = "%D{%Y-%m-%d %H:%M:%S.%q} %-5p %c [%t] %m%n";
+constexpr const char *consolePattern = "%D{%Y-%m-%d %H:%M:%S.%q} %-5p %c [%t] %m%n";
 
-/// Collects what is written to std::cerr: the log library reports what is wrong with a properties
-/// file, or with a file that it should write, in no other way.
+/// Collects what is written to std::cerr: log4cplus has no other way to report errors in a properties
+/// file, or a log file that can't be written.
 class StandardErrorCapture
 {
 public:
@@ -46,18 +46,17 @@ void logToConsole()
     constexpr bool immediateFlush = true;
     log4cplus::SharedAppenderPtr console(
         new log4cplus::ConsoleAppender(toStandardError, immediateFlush));
-    console->setLayout(std::make_unique<log4cplus::PatternLayout>(s_consolePattern));
+    console->setLayout(std::make_unique<log4cplus::PatternLayout>(consolePattern));
     auto root = log4cplus::Logger::getRoot();
     root.addAppender(console);
     root.setLogLevel(log4cplus::INFO_LOG_LEVEL);
 }
 
-/// Returns what is wrong with the file, if anything is.
-std::optional<Failure> logAsFileSays(const QString &file)
+std::optional<Failure> configureFromFile(const QString &file)
 {
     const QFileInfo info(file);
     if (!info.isFile() || !info.isReadable()) {
-        return Failure{QStringLiteral("%1 is no file that can be read").arg(file)};
+        return Failure{QStringLiteral("%1 is not a readable file").arg(file)};
     }
     QString complaint;
     {
@@ -90,11 +89,11 @@ Result<std::unique_ptr<HostLog>> HostLog::open(const LogConfiguration &configura
 {
     std::unique_ptr<HostLog> log(new HostLog);
     log4cplus::thread::setCurrentThreadName("main");
-    // For appenders that a properties file makes asynchronous; four of them is the library's idea.
+    // The pool serves asynchronous appenders of a properties file; its default is four threads.
     log4cplus::setThreadPoolSize(1);
     if (configuration.file.isEmpty()) {
         logToConsole();
-    } else if (const auto failure = logAsFileSays(configuration.file)) {
+    } else if (const auto failure = configureFromFile(configuration.file)) {
         return Failure{
             QStringLiteral("%1: log.file: %2").arg(configurationSource, failure->reason)};
     }

@@ -10,11 +10,10 @@
 
 #include <memory>
 
-/// Logging while the host runs: the console on standard error or what a log4cplus properties file
-/// says, and Qt's own messages under the logger "Qt" (or "Qt.<category>"). A fatal message of Qt
-/// is also printed on standard error in full, whatever the log's settings, before Qt aborts.
+/// Logging while the host runs: to standard error, or as a log4cplus properties file says. Qt's
+/// messages are logged too.
 ///
-/// Thread: the main thread; one at a time, made before any module is loaded.
+/// Thread: the main thread. One at a time, opened before any module is loaded.
 class HostLog
 {
 public:

@@ -15,7 +15,7 @@ struct NamedLevel
     log4cplus::LogLevel level;
 };
 
-constexpr std::array<NamedLevel, 7> s_levels = {{
+constexpr std::array<NamedLevel, 7> namedLevels = {{
     {"TRACE", log4cplus::TRACE_LOG_LEVEL},
     {"DEBUG", log4cplus::DEBUG_LOG_LEVEL},
     {"INFO", log4cplus::INFO_LOG_LEVEL},
@@ -28,10 +28,11 @@ constexpr std::array<NamedLevel, 7> s_levels = {{
 
 std::optional<log4cplus::LogLevel> logLevelFromName(const QString &name)
 {
-    const auto found = std::find_if(s_levels.begin(), s_levels.end(), [&name](const auto &level) {
-        return name.compare(QLatin1String(level.name), Qt::CaseInsensitive) == 0;
-    });
-    if (found == s_levels.end()) {
+    const auto found =
+        std::find_if(namedLevels.begin(), namedLevels.end(), [&name](const auto &level) {
+            return name.compare(QLatin1String(level.name), Qt::CaseInsensitive) == 0;
+        });
+    if (found == namedLevels.end()) {
         return std::nullopt;
     }
     return found->level;
@@ -40,7 +41,7 @@ std::optional<log4cplus::LogLevel> logLevelFromName(const QString &name)
 QString logLevelNames()
 {
     QStringList names;
-    for (const auto &level : s_levels) {
+    for (const auto &level : namedLevels) {
         names << QLatin1String(level.name);
     }
     return names.join(QLatin1String(", "));

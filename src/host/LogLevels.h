@@ -10,7 +10,7 @@
 
 #include <optional>
 
-/// The level that one logger is to have.
+/// The level of one logger.
 struct LogLevel
 {
     /// Empty for the root logger.
@@ -18,11 +18,11 @@ struct LogLevel
     log4cplus::LogLevel level;
 };
 
-/// The level with this name, in either case; none where there is no such level.
+/// The level with this name, in any case; empty for an unknown name.
 std::optional<log4cplus::LogLevel> logLevelFromName(const QString &name);
 
-/// The names that logLevelFromName() knows, for messages.
+/// The names of all levels, for messages.
 QString logLevelNames();
 
-/// Reads "LEVEL" or "LOGGER=LEVEL"; nothing where the text is neither.
+/// Reads "LEVEL" or "LOGGER=LEVEL"; empty when the text is neither.
 std::optional<LogLevel> logLevelFromText(const QString &text);

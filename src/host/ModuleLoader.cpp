@@ -11,8 +11,8 @@
 #include <utility>
 
 namespace {
-const QLatin1String s_prefix("libtavo_");
-const QLatin1String s_suffix(".so");
+const QLatin1String libraryPrefix("libtavo_");
+const QLatin1String librarySuffix(".so");
 } // namespace
 
 ModuleLoader::ModuleLoader(QStringList searchPath)
@@ -28,7 +28,7 @@ Result<QString> ModuleLoader::find(const QString &library) const
         }
         return Failure{QStringLiteral("there is no file %1").arg(library)};
     }
-    const QString fileName = s_prefix + library + s_suffix;
+    const QString fileName = libraryPrefix + library + librarySuffix;
     for (const QString &folder : m_searchPath) {
         const QFileInfo info(QDir(folder), fileName);
         if (info.isFile()) {
@@ -57,11 +57,12 @@ QVector<FoundModule> ModuleLoader::list() const
 {
     QMap<QString, FoundModule> found;
     for (const QString &folder : m_searchPath) {
-        const auto files = QDir(folder).entryInfoList({s_prefix + QLatin1Char('*') + s_suffix},
-                                                      QDir::Files, QDir::Name);
+        const auto files = QDir(folder).entryInfoList(
+            {libraryPrefix + QLatin1Char('*') + librarySuffix}, QDir::Files, QDir::Name);
         for (const QFileInfo &info : files) {
-            const QString name = info.fileName().mid(
-                s_prefix.size(), info.fileName().size() - s_prefix.size() - s_suffix.size());
+            const QString name = info.fileName().mid(libraryPrefix.size(),
+                                                     info.fileName().size() - libraryPrefix.size() -
+                                                         librarySuffix.size());
             if (!found.contains(name)) {
                 found.insert(name, {name, info.absoluteFilePath(), std::nullopt});
             }

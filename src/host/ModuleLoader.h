@@ -14,7 +14,7 @@
 /// A module's entry point; see core/base/export.h.
 using WorkerCreate = void *(*)(const char *name, void *config);
 
-/// A module that a search found.
+/// A module found on the search path.
 struct FoundModule
 {
     QString name;
@@ -23,8 +23,8 @@ struct FoundModule
     std::optional<QString> error;
 };
 
-/// Finds modules and loads them. A library stays loaded until the process ends: a module's static
-/// loggers and the types it registers with Qt outlive its worker.
+/// Finds modules and loads them. Libraries stay loaded until the process ends: a module's static
+/// loggers and the types that it registers with Qt outlive its worker.
 ///
 /// Thread: any.
 class ModuleLoader
@@ -32,14 +32,14 @@ class ModuleLoader
 public:
     explicit ModuleLoader(QStringList searchPath);
 
-    /// The file of @p library, which is a base name to look up or, with a slash in it, a path.
+    /// The file of @p library, which is a path if it has a slash, else a name to look up.
     Result<QString> find(const QString &library) const;
 
-    /// Loads the file, with all its symbols resolved, and gives its entry point.
+    /// Loads the file, resolves all its symbols, and returns its entry point.
     static Result<WorkerCreate> load(const QString &file);
 
-    /// Every module on the search path by name, loaded to see whether it can be. Where two folders
-    /// have a module of the same name, the first folder's is the one.
+    /// All modules on the search path, sorted by name, after trying to load each. Of several modules
+    /// with the same name, the one in the first folder.
     QVector<FoundModule> list() const;
 
 private:

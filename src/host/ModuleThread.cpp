@@ -8,7 +8,6 @@
 #include <log4cplus/thread/threads.h>
 
 #include <exception>
-#include <memory>
 #include <utility>
 
 ModuleThread::ModuleThread(ModuleEntry entry, WorkerCreate create)
@@ -24,15 +23,15 @@ ModuleThread::~ModuleThread()
     stopWorker();
 }
 
-std::optional<QString> ModuleThread::startWorker()
+std::optional<Failure> ModuleThread::startWorker()
 {
     auto created = m_created.get_future();
     start();
-    auto error = created.get();
-    if (error) {
+    auto failure = created.get();
+    if (failure) {
         wait();
     }
-    return error;
+    return failure;
 }
 
 void ModuleThread::stopWorker()
@@ -44,30 +43,30 @@ void ModuleThread::stopWorker()
 void ModuleThread::run()
 {
     log4cplus::thread::setCurrentThreadName(m_nameBytes.toStdString());
-    void *created = nullptr;
-    auto error = createWorker(&created);
-    const bool failed = error.has_value();
-    const std::unique_ptr<CMWorker> worker(static_cast<CMWorker *>(created));
-    m_created.set_value(std::move(error));
-    if (!failed) {
-        exec();
+    auto created = createWorker();
+    if (const auto *failure = std::get_if<Failure>(&created)) {
+        m_created.set_value(*failure);
+        return;
     }
+    const auto worker = std::get<std::unique_ptr<CMWorker>>(std::move(created));
+    m_created.set_value(std::nullopt);
+    exec();
 }
 
-std::optional<QString> ModuleThread::createWorker(void **worker)
+Result<std::unique_ptr<CMWorker>> ModuleThread::createWorker()
 {
-    // An exception must not leave the thread, where it would end the process before the workers
-    // that run already could be deleted.
+    // An exception that left the thread would end the process without deleting the other workers.
+    void *created = nullptr;
     try {
-        *worker = m_create(m_nameBytes.constData(), &m_entry.config);
+        created = m_create(m_nameBytes.constData(), &m_entry.config);
     } catch (const std::exception &exception) {
-        return QStringLiteral("worker_create threw an exception: %1")
-            .arg(QString::fromLocal8Bit(exception.what()));
+        return Failure{QStringLiteral("worker_create threw an exception: %1")
+                           .arg(QString::fromLocal8Bit(exception.what()))};
     } catch (...) {
-        return QStringLiteral("worker_create threw something that is no std::exception");
+        return Failure{QStringLiteral("worker_create threw something that is no std::exception")};
     }
-    if (*worker == nullptr) {
-        return QStringLiteral("worker_create returned no worker");
+    if (created == nullptr) {
+        return Failure{QStringLiteral("worker_create returned no worker")};
     }
-    return std::nullopt;
+    return std::unique_ptr<CMWorker>(static_cast<CMWorker *>(created));
 }

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "base/Result.h"
 #include "host/HostConfiguration.h"
 #include "host/ModuleLoader.h"
 
@@ -10,39 +11,40 @@
 #include <QThread>
 
 #include <future>
+#include <memory>
 #include <optional>
 
-/// One worker and the thread that it lives in: made there, run there, deleted there.
+class CMWorker;
+
+/// A thread that creates a worker, runs its event loop, and deletes it.
 ///
-/// Thread: the host's. Owner: Host. The module's name and configuration live here for as long as
-/// the worker does.
+/// Thread: the main thread. Owned by Host.
 class ModuleThread : public QThread
 {
 public:
     ModuleThread(ModuleEntry entry, WorkerCreate create);
 
-    /// Stops the worker, if it runs.
+    /// Calls stopWorker().
     ~ModuleThread() override;
 
     const QString &name() const { return m_entry.name; }
 
-    /// Starts the thread and returns when worker_create has: with nothing when there is a worker,
-    /// otherwise with the reason why there is none; the thread has ended in that case.
-    std::optional<QString> startWorker();
+    /// Starts the thread and waits until worker_create has returned. After a failure the thread has
+    /// ended.
+    std::optional<Failure> startWorker();
 
-    /// Deletes the worker in its thread and returns when the thread has ended. Calls that wait in
-    /// the thread's event loop are not delivered any more.
+    /// Deletes the worker in its thread and waits until that has ended. Queued calls to the worker are
+    /// dropped.
     void stopWorker();
 
 protected:
     void run() override;
 
 private:
-    std::optional<QString> createWorker(void **worker);
+    Result<std::unique_ptr<CMWorker>> createWorker();
 
     ModuleEntry m_entry;
-    /// What worker_create is given: bytes that live as long as the worker.
-    QByteArray m_nameBytes;
+    QByteArray m_nameBytes; ///< passed to worker_create, valid for as long as the worker
     WorkerCreate m_create;
-    std::promise<std::optional<QString>> m_created;
+    std::promise<std::optional<Failure>> m_created;
 };

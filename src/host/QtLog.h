@@ -6,6 +6,7 @@
 #include <QMessageLogContext>
 #include <QString>
 
-/// Qt's message handler while the host runs: each message becomes a log record of the same level
-/// under the logger "Qt", or "Qt.<category>" for a message of a category of its own.
+/// Qt's message handler while the host runs: logs each message at its level to the logger "Qt", or
+/// "Qt.<category>" if it has a category. A fatal message, after which Qt aborts, is also printed on
+/// standard error, whatever the log levels are.
 void logQtMessage(QtMsgType type, const QMessageLogContext &context, const QString &message);

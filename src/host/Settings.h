@@ -11,9 +11,9 @@
 
 #include <vector>
 
-/// The configuration with what the environment and the command line have to say about it: the
-/// command line comes first, then the file, then the environment for folders; and the other way
-/// round for log levels, where the last one to speak wins: file, environment, command line.
+/// The configuration, combined with the environment and the command line. Folders are searched in
+/// the order command line, file, environment; log levels are applied in the order file, environment,
+/// command line, so that later ones override earlier ones.
 class Settings
 {
 public:
@@ -23,10 +23,10 @@ public:
     const LogConfiguration &log() const { return m_configuration.log; }
     const SimplePlayerLimits &sounds() const { return m_configuration.sounds; }
 
-    /// Where modules are looked for, in this order.
+    /// The folders to search for modules, in this order.
     const QStringList &searchPath() const { return m_configuration.modulePath; }
 
-    /// The file of each module; none of them is loaded.
+    /// Finds the file of each module, without loading any.
     Result<std::vector<LocatedModule>> locateModules() const;
 
 private:

@@ -26,7 +26,7 @@ int exitWith(const ExitFailure &failure)
     return static_cast<int>(failure.code);
 }
 
-int printed(const QString &text)
+int print(const QString &text)
 {
     std::printf("%s\n", qPrintable(text));
     return static_cast<int>(ExitCode::Ok);
@@ -65,7 +65,7 @@ void on_stopSignals_received(int signal)
 int run(const CommandLine &line, const Settings &settings,
         const std::vector<LocatedModule> &modules)
 {
-    // A client that goes away is an error of a write, not the end of every module.
+    // A client that goes away makes a write fail; it must not end the host.
     std::signal(SIGPIPE, SIG_IGN);
     const auto stopSignals = StopSignals::install();
     if (!stopSignals) {
@@ -107,9 +107,9 @@ int act(const CommandLine &line)
     }
     const auto &located = std::get<std::vector<LocatedModule>>(modules);
     if (line.action == CommandLine::Action::Check) {
-        return printed(QStringLiteral("%1: good, %2 modules")
-                           .arg(std::get<Settings>(settings).source())
-                           .arg(located.size()));
+        return print(QStringLiteral("%1: good, %2 modules")
+                         .arg(std::get<Settings>(settings).source())
+                         .arg(located.size()));
     }
     return run(line, std::get<Settings>(settings), located);
 }
@@ -117,8 +117,7 @@ int act(const CommandLine &line)
 
 int main(int argc, char **argv)
 {
-    // A glib event dispatcher costs a third more for each queued call, and a module's thread lives
-    // on queued calls.
+    // GLib's event dispatcher makes each queued call a third more expensive.
     qputenv("QT_NO_GLIB", "1");
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("tavo-host"));
@@ -130,9 +129,9 @@ int main(int argc, char **argv)
     }
     switch (std::get<CommandLine>(line).action) {
     case CommandLine::Action::ShowHelp:
-        return printed(CommandLine::helpText().trimmed());
+        return print(CommandLine::helpText().trimmed());
     case CommandLine::Action::ShowVersion:
-        return printed(QStringLiteral("tavo-host %1").arg(QCoreApplication::applicationVersion()));
+        return print(QStringLiteral("tavo-host %1").arg(QCoreApplication::applicationVersion()));
     default:
         return act(std::get<CommandLine>(line));
     }

@@ -44,6 +44,8 @@ public:
     Rank takeAt(int position);
 
 private:
+    friend struct DisplayRanksAccess; // of the tests
+
     using Run = std::vector<Rank>;
 
     struct Place

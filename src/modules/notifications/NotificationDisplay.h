@@ -47,6 +47,8 @@ private Q_SLOTS:
     void on_closeTimer_timeout();
 
 private:
+    friend struct NotificationDisplayAccess; // of the tests
+
     /// Where a new notification of that priority stands.
     int queuePosition(TavoNotificationItemPriority::Enum priority) const;
 

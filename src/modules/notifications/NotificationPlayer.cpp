@@ -8,16 +8,16 @@
 #include <simpleplayer/StreamSimplePlayer.h>
 #include <simpleplayer/UriSimplePlayer.h>
 
-#include <algorithm>
-
 #include <QPointer>
 #include <QScopedValueRollback>
+
+#include <algorithm>
 
 static log4cplus::Logger logger = log4cplus::Logger::getInstance("Notifications");
 
 namespace {
 /// How long the main audio stays ducked after the last item, in milliseconds: long enough for the
-/// next of a burst to come, too short to be noticed.
+/// next sound of a burst to come, too short to be noticed.
 constexpr int inactivityTimeout = 100;
 
 bool failed(const CMVoidReply &reply)
@@ -30,7 +30,7 @@ QString messageOf(const CMVoidReply &reply)
     return reply.error().message().toString();
 }
 
-/// Sends a request whose answer doesn't matter.
+/// Sends a request whose reply does not matter.
 void send(const CMPath &path, const TavoHash &record)
 {
     CMRoot()->invoke(path, record, CMReply<QVariant>());
@@ -139,7 +139,7 @@ void NotificationPlayer::preemptHead(const NotificationPlayerItem &item)
 {
     SimplePlayer *preempted = m_queue.constFirst().player;
     m_activePlaybackId.clear();
-    // First inserted, then paused: whatever the player does, the queue has its new head.
+    // Inserted before the old head is paused: whatever its player does, the new head is in place.
     m_queue.prepend(item);
     if (preempted != nullptr) {
         preempted->pause();
@@ -184,8 +184,8 @@ int NotificationPlayer::getPositionFromId(QList<NotificationPlayerItem> const &l
 void NotificationPlayer::dumpQueue(const QString &reason)
 {
     TAVO_SCOPE(logger, TRACE, "dump after " << reason);
-    // The listing is for whoever set this very logger to TRACE; an inherited level is not enough
-    // for a line per item.
+    // A line per item is written only if this very logger is set to TRACE, not if it inherits the
+    // level.
     if (logger.getLogLevel() != log4cplus::TRACE_LOG_LEVEL) {
         return;
     }
@@ -249,7 +249,7 @@ void NotificationPlayer::on_audioDucking_finished(const CMVoidReply &voidReply)
     if (failed(voidReply)) {
         LOG4CPLUS_WARN(logger, "Failed to duck audio, error: " << messageOf(voidReply));
     }
-    // Ducked or not, the notification is played: loud music is no reason to keep it back.
+    // If ducking failed, the item is played all the same: loud music is no reason to hold it back.
     m_audioDucked = true;
     m_activeRequest = false;
     continuePlayAudioMuted();
@@ -268,8 +268,8 @@ void NotificationPlayer::continuePlayAudioMuted()
     const CMReply<QVariant> reply;
     CMRoot()->invoke(TavoPowerManagerResourceRequestPath(),
                      resourceRequest(TavoPowerModuleActions::Acquire), reply);
-    // Queued, and so never handled from in here; without a context, and so to be kept from calling
-    // a player that has gone.
+    // The reply is handled from the event loop, never inside this call. It has no context object,
+    // so the callback itself has to notice that the controller has been deleted.
     const QPointer<NotificationPlayer> player(this);
     reply.onFinished(
         nullptr,
@@ -296,8 +296,8 @@ void NotificationPlayer::handleRequestResourcesFinished(const CMReply<QVariant> 
     LOG4CPLUS_ERROR(logger,
                     "Failed to request resources, canceling notifications: " << messageOf(reply));
     cancelAll();
-    // The queue ran dry here without continuePlayAudio(): the main audio stays ducked until the
-    // next item has been through.
+    // The queue is emptied without continuePlayAudio(), so the main audio stays ducked until the
+    // next item has ended.
     if (m_stoppingItems.isEmpty()) {
         m_isPlayingNode->setValue(TavoValue().setBool_(false));
     }
@@ -309,8 +309,8 @@ void NotificationPlayer::on_inactivityTimer_timeout()
     Q_ASSERT(m_activePlaybackId.isEmpty());
     Q_ASSERT(m_audioDucked == true);
     if (m_activeRequest) {
-        // An acquire sent for an item that has been cancelled since is still to be answered; only
-        // then is it known what there is to give back.
+        // The item for which an acquire request was sent has been cancelled. What is to be released
+        // is known only when that request has been answered.
         m_inactivityTimer.start();
         return;
     }
@@ -345,7 +345,7 @@ void NotificationPlayer::on_revokeResources_activated(const CMSetDataRequest &re
 {
     const TavoPowerManagerRevokeMessage message(TavoHash(request.value().toHash()));
     TAVO_SCOPE(logger, TRACE, message);
-    // Elements are compared as variants: a number matches in whatever form it has travelled.
+    // Compared as variants, so that the number matches whatever type it has arrived with.
     const int audio = TavoPowerManagerResources::Audio;
     if (message.revokeResources().elements().contains(audio)) {
         if (m_resourceRequestPending) {

@@ -20,7 +20,7 @@ TavoValue valueOf(const CMSetDataRequest &request)
     return {TavoHash(request.value().toHash())};
 }
 
-/// What every refused request is answered with.
+/// The error of every refused request.
 CMError failure(const TrString &message)
 {
     return {QStringLiteral("Notifications"), message};

@@ -8,11 +8,11 @@
 class NotificationDisplay;
 class NotificationPlayer;
 
-/// The frame of the notifications module: publishes the four request nodes and turns each request
-/// into a call of the controller that does the work.
+/// The notifications module's worker: publishes the four request nodes and passes each request to the
+/// controller that does the work.
 ///
-/// Thread: the one that made it; requests arrive there as queued calls, one at a time, and each is
-/// answered before its slot returns. Owner: the host; deleting it deletes both controllers.
+/// Lives in the thread that constructed it. Requests arrive there as queued calls, one at a time, and
+/// each is answered before its slot returns. Owned by the host; owns both controllers.
 class NotificationsWorker : public CMNodesWorker
 {
     Q_OBJECT

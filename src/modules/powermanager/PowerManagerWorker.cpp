@@ -11,7 +11,7 @@ namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("PowerManager");
 
 constexpr int defaultRevokeTimeoutMs = 2000;
-constexpr int longestRevokeTimeoutMs = 60000;
+constexpr int maxRevokeTimeoutMs = 60000;
 
 CMError error(const TrString &message)
 {
@@ -22,17 +22,17 @@ int readRevokeTimeout(const QVariantHash &config)
 {
     TavoConfiguration configuration(config);
     const int timeout = configuration.integer(QStringLiteral("revokeTimeout"),
-                                              defaultRevokeTimeoutMs, 1, longestRevokeTimeoutMs);
+                                              defaultRevokeTimeoutMs, 1, maxRevokeTimeoutMs);
     configuration.finish();
     return timeout;
 }
 
-/// What reads as the first resource because it is missing, or no whole number, names none.
-bool namesResource(const TavoPowerManagerResourceRequest &wish)
+/// A field that is missing, or not an integer, would be read as the first resource.
+bool namesResource(const TavoPowerManagerResourceRequest &request)
 {
-    const QVariant field = wish.fields().value(QStringLiteral("resource"));
-    return tavoIsNumber(field) && field.toDouble() == wish.resource() &&
-           ResourceGrants::isKnown(wish.resource());
+    const QVariant field = request.fields().value(QStringLiteral("resource"));
+    return tavoIsNumber(field) && field.toDouble() == request.resource() &&
+           ResourceGrants::isKnown(request.resource());
 }
 } // namespace
 
@@ -75,13 +75,13 @@ void PowerManagerWorker::on_moduleRegister_activated(const CMSetDataRequest &req
 
 void PowerManagerWorker::on_resourceRequest_activated(const CMSetDataRequest &request)
 {
-    const TavoPowerManagerResourceRequest wish(request.value().toHash());
-    switch (wish.action()) {
+    const TavoPowerManagerResourceRequest resourceRequest(request.value().toHash());
+    switch (resourceRequest.action()) {
     case TavoPowerModuleActions::Acquire:
-        acquire(wish, request.reply());
+        acquire(resourceRequest, request.reply());
         return;
     case TavoPowerModuleActions::Release:
-        release(wish, request.reply());
+        release(resourceRequest, request.reply());
         return;
     case TavoPowerModuleActions::None:
         break;
@@ -90,56 +90,58 @@ void PowerManagerWorker::on_resourceRequest_activated(const CMSetDataRequest &re
     request.reply().setError(error(TAVO_TR("The action must be to acquire (1) or release (2)")));
 }
 
-void PowerManagerWorker::acquire(const TavoPowerManagerResourceRequest &wish,
+void PowerManagerWorker::acquire(const TavoPowerManagerResourceRequest &request,
                                  const CMReply<QVariant> &reply)
 {
-    const QString resource = TavoPowerManagerResources::toString(wish.resource());
-    const CMError refused = refusal(wish);
-    if (refused.isError()) {
-        LOG4CPLUS_WARN(logger, "Refused " << resource << " to " << wish.moduleName() << ": "
-                                          << refused.message().toString());
-        reply.setError(refused);
+    const QString resource = TavoPowerManagerResources::toString(request.resource());
+    if (const auto error = refusal(request)) {
+        LOG4CPLUS_WARN(logger, "Refused " << resource << " to " << request.moduleName() << ": "
+                                          << error->message().toString());
+        reply.setError(*error);
         return;
     }
-    m_grants.grant(wish.resource(), wish.moduleName());
-    LOG4CPLUS_INFO(logger, "Granted " << resource << " to " << wish.moduleName());
+    m_grants.grant(request.resource(), request.moduleName());
+    LOG4CPLUS_INFO(logger, "Granted " << resource << " to " << request.moduleName());
     publishState();
     reply.setValue(QVariant());
 }
 
-void PowerManagerWorker::release(const TavoPowerManagerResourceRequest &wish,
+void PowerManagerWorker::release(const TavoPowerManagerResourceRequest &request,
                                  const CMReply<QVariant> &reply)
 {
-    // A release that finds nothing is no mistake: the resource may have been revoked meanwhile.
-    const bool held = namesResource(wish) && m_grants.release(wish.resource(), wish.moduleName());
+    // Releasing what is not held is not an error: it may have been revoked in the meantime.
+    const bool held =
+        namesResource(request) && m_grants.release(request.resource(), request.moduleName());
     if (held) {
-        LOG4CPLUS_INFO(logger, "Released " << TavoPowerManagerResources::toString(wish.resource())
-                                           << " of " << wish.moduleName());
+        LOG4CPLUS_INFO(logger, "Released "
+                                   << TavoPowerManagerResources::toString(request.resource())
+                                   << " of " << request.moduleName());
         publishState();
     }
     reply.setValue(QVariant());
 }
 
-CMError PowerManagerWorker::refusal(const TavoPowerManagerResourceRequest &wish) const
+std::optional<CMError>
+PowerManagerWorker::refusal(const TavoPowerManagerResourceRequest &request) const
 {
-    if (wish.moduleName().isEmpty()) {
+    if (request.moduleName().isEmpty()) {
         return error(TAVO_TR("The request names no module"));
     }
-    if (!m_modules.contains(wish.moduleName())) {
+    if (!m_modules.contains(request.moduleName())) {
         return error(TAVO_TR("The module is not registered"));
     }
-    if (!namesResource(wish)) {
+    if (!namesResource(request)) {
         return error(TAVO_TR("There is no such resource"));
     }
     if (m_standby) {
         return error(TAVO_TR("The device is in standby"));
     }
-    return {};
+    return std::nullopt;
 }
 
 void PowerManagerWorker::registerModule(const TavoPowerManagerModuleRegister &module)
 {
-    // Who registers again has started again, and holds nothing any more.
+    // A module that registers again has been restarted, and holds nothing.
     forgetModule(module.moduleName());
     m_modules.insert(module.moduleName(), module);
     CMRoot()->connectNodeChange(module.revokeResourcesPath(), this,
@@ -166,7 +168,7 @@ void PowerManagerWorker::on_moduleNode_changed(const CMPath &path, bool publishe
     if (published) {
         return;
     }
-    // A module that has gone can't release what it held.
+    // A module that is gone can't release what it held.
     const QStringList names = m_modules.keys();
     for (const QString &name : names) {
         if (m_modules.value(name).revokeResourcesPath() == path) {
@@ -220,7 +222,7 @@ void PowerManagerWorker::on_revocation_finished()
 
 void PowerManagerWorker::on_resume_activated(const CMSetDataRequest &request)
 {
-    // The notice that everybody has stopped is for a standby that came about.
+    // Without a post-revoke message: not all holders may have stopped.
     delete std::exchange(m_revocation, nullptr);
     for (const CMReply<QVariant> &reply : std::exchange(m_standbyReplies, {})) {
         reply.setError(error(TAVO_TR("Standby was ended by a resume before it was complete")));

@@ -10,19 +10,20 @@
 #include <QList>
 #include <QMap>
 
+#include <optional>
+
 class Revocation;
 
-/// The power manager: knows the modules, grants them resources, and takes everything back for
-/// standby.
+/// Registers modules, grants them resources, and revokes all resources for standby. Every request is
+/// answered, after the state node has been brought up to date.
 ///
-/// Thread: the one that made it. Owner: the host. Every request is answered, and the state node is
-/// up to date before the answer is given.
+/// Thread: the one that created it. Owned by the host.
 class PowerManagerWorker : public CMNodesWorker
 {
     Q_OBJECT
 
 public:
-    /// Throws a std::runtime_error that names the key for a configuration that it can't use.
+    /// Throws what TavoConfiguration throws.
     explicit PowerManagerWorker(const QVariantHash &config);
 
 private Q_SLOTS:
@@ -34,9 +35,11 @@ private Q_SLOTS:
     void on_revocation_finished();
 
 private:
-    void acquire(const TavoPowerManagerResourceRequest &wish, const CMReply<QVariant> &reply);
-    void release(const TavoPowerManagerResourceRequest &wish, const CMReply<QVariant> &reply);
-    CMError refusal(const TavoPowerManagerResourceRequest &wish) const;
+    void acquire(const TavoPowerManagerResourceRequest &request, const CMReply<QVariant> &reply);
+    void release(const TavoPowerManagerResourceRequest &request, const CMReply<QVariant> &reply);
+
+    /// Why a resource is not granted; empty when it is.
+    std::optional<CMError> refusal(const TavoPowerManagerResourceRequest &request) const;
 
     void registerModule(const TavoPowerManagerModuleRegister &module);
     void forgetModule(const QString &name);
@@ -45,14 +48,14 @@ private:
     void publishState();
 
     int m_revokeTimeoutMs = 0;
-    CMValueNode *m_stateNode = nullptr; ///< the node set's
+    CMValueNode *m_stateNode = nullptr; ///< owned by nodes()
     bool m_standby = false;
     QMap<QString, TavoPowerManagerModuleRegister> m_modules; ///< by name
     ResourceGrants m_grants;
 
-    /// The standby under way; a child. Null when none is.
+    /// Null unless the device is on its way to standby. A child.
     Revocation *m_revocation = nullptr;
 
-    /// Where its end is awaited. A reply that is dropped with the worker answers itself.
+    /// Replies to give at the end of the revocation. Deleted with the worker, they become errors.
     QList<CMReply<QVariant>> m_standbyReplies;
 };

@@ -15,9 +15,9 @@ bool ResourceGrants::isKnown(Resource resource)
     return false;
 }
 
-bool ResourceGrants::grant(Resource resource, const QString &module)
+void ResourceGrants::grant(Resource resource, const QString &module)
 {
-    return m_holders[resource].insert(module).second;
+    m_holders[resource].insert(module);
 }
 
 bool ResourceGrants::release(Resource resource, const QString &module)
@@ -32,13 +32,12 @@ bool ResourceGrants::release(Resource resource, const QString &module)
     return true;
 }
 
-bool ResourceGrants::releaseAll(const QString &module)
+void ResourceGrants::releaseAll(const QString &module)
 {
     const TavoList<Resource> held = heldBy(module);
     for (int i = 0; i < held.size(); ++i) {
         release(held.at(i), module);
     }
-    return !held.isEmpty();
 }
 
 TavoList<ResourceGrants::Resource> ResourceGrants::heldBy(const QString &module) const

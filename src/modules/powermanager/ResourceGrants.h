@@ -5,14 +5,12 @@
 
 #include <core/tavo.h>
 
-#include <set>
-
 #include <QMap>
 #include <QString>
 
-/// Who holds what: a set of modules a resource. A module that acquires twice holds once.
-///
-/// A value without a thread of its own.
+#include <set>
+
+/// The modules that hold each resource. A module that acquires a resource twice holds it once.
 class ResourceGrants
 {
 public:
@@ -20,18 +18,17 @@ public:
 
     static bool isKnown(Resource resource);
 
-    /// Return whether anything changed.
-    bool grant(Resource resource, const QString &module);
+    void grant(Resource resource, const QString &module);
+    /// Whether the module held the resource.
     bool release(Resource resource, const QString &module);
-    bool releaseAll(const QString &module);
-
+    void releaseAll(const QString &module);
     void clear() { m_holders.clear(); }
 
     TavoList<Resource> heldBy(const QString &module) const;
 
-    /// The resources that somebody holds, in the order of their numbers; holders sorted.
+    /// The resources that are held, in the order of their numbers, with their holders sorted.
     TavoList<TavoPowerManagerResourceHolders> holders() const;
 
 private:
-    QMap<Resource, std::set<QString>> m_holders; ///< no empty set stays in it
+    QMap<Resource, std::set<QString>> m_holders; ///< no set is empty
 };

@@ -52,18 +52,18 @@ void Revocation::revoke(const RevokedModule &module)
 {
     LOG4CPLUS_INFO(logger, "Revoking " << namesOf(module.resources) << " from " << module.name);
     const auto message = messageFor(module, TavoPowerManagerRevokeMessageType::Revoked);
-    // Queued, so that an answer which is there already is taken as late as any other.
+    // Queued, so that an immediate reply doesn't finish the revocation while it starts.
     CMRoot()
         ->invoke(module.revokePath, message, CMReply<QVariant>())
         .addWatcher(
-            this, [this, name = module.name](const CMVoidReply &reply) { takeAnswer(name, reply); },
+            this, [this, name = module.name](const CMVoidReply &reply) { takeReply(name, reply); },
             Qt::QueuedConnection);
 }
 
-void Revocation::takeAnswer(const QString &module, const CMVoidReply &reply)
+void Revocation::takeReply(const QString &module, const CMVoidReply &reply)
 {
     if (reply.error().isError()) {
-        // Most likely it has gone, and what is gone has stopped.
+        // The module is probably gone, and so has stopped.
         LOG4CPLUS_WARN(logger, "Failed to revoke resources from "
                                    << module << ": " << reply.error().message().toString());
     }

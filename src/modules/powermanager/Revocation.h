@@ -10,7 +10,7 @@
 #include <QStringList>
 #include <QTimer>
 
-/// A module that has to give back what it holds.
+/// A module with the resources that are revoked from it.
 struct RevokedModule
 {
     QString name;
@@ -19,10 +19,10 @@ struct RevokedModule
     TavoList<TavoPowerManagerResources::Enum> resources;
 };
 
-/// Takes the resources from their holders: tells each that they are gone, waits until all have
-/// answered or the time is over, then gives each the notice.
+/// Tells the holders that their resources are revoked, waits until all have answered or the timeout
+/// is over, and then sends each the post-revoke message. Deleting it ends all that without finished().
 ///
-/// Thread: its worker's. Deleted before its end, it tells nobody anything more and doesn't report.
+/// Thread: the worker's.
 class Revocation : public QObject
 {
     Q_OBJECT
@@ -34,7 +34,7 @@ public:
     void start();
 
 Q_SIGNALS:
-    /// Once, after the notices have been sent; from within start() when there is nobody to tell.
+    /// Emitted once, after the post-revoke messages; from within start() when there are no holders.
     void finished();
 
 private Q_SLOTS:
@@ -42,7 +42,7 @@ private Q_SLOTS:
 
 private:
     void revoke(const RevokedModule &module);
-    void takeAnswer(const QString &module, const CMVoidReply &reply);
+    void takeReply(const QString &module, const CMVoidReply &reply);
     void finish();
 
     const QList<RevokedModule> m_modules;

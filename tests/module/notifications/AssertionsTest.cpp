@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The order of the audio sequence is guarded by assertions that stay in the built module. Each is
-// brought to fail by calling a slot when no correct peer would. SoundInsideTest has the guards that
-// no slot leads to.
+// Assertions that stay in the built module guard the order of the audio sequence. Here they fail
+// because a slot is called when no correct service would; those that no slot leads to are in
+// SoundInsideTest.
 
 #include "NotificationsTest.h"
 

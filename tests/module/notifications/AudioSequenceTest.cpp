@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// From a queued item to one that may play: ducking, acquiring, and what failures do to them.
+// What happens before an item is played: ducking, acquiring, and their failures.
 
 #include "NotificationsTest.h"
 
@@ -18,7 +18,7 @@ protected:
     static CMPath ducking() { return TavoPlayerMainAudioDuckingPath(); }
     static CMPath resources() { return TavoPowerManagerResourceRequestPath(); }
 
-    /// The requests of the sequence that the journal has.
+    /// The requests in the journal that belong to the audio sequence.
     QStringList sequence()
     {
         QStringList lines;
@@ -86,7 +86,7 @@ TEST_F(AudioSequenceTest, AcquiresOnceForItemsThatComeWhileAcquiring)
     EXPECT_EQ(journalOf("a"_s).last(), "started"_s);
 }
 
-TEST_F(AudioSequenceTest, LeavesWhatPlaysAloneWhenAnotherItemComes)
+TEST_F(AudioSequenceTest, DoesNotInterruptThePlayingItemForAnother)
 {
     play("a"_s);
     enqueue("b"_s);
@@ -94,7 +94,7 @@ TEST_F(AudioSequenceTest, LeavesWhatPlaysAloneWhenAnotherItemComes)
     EXPECT_EQ(scripted("b"_s), nullptr);
 }
 
-TEST_F(AudioSequenceTest, PlaysTheNextItemWithoutAskingAgain)
+TEST_F(AudioSequenceTest, PlaysTheNextItemWithoutDuckingOrAcquiringAgain)
 {
     play("a"_s);
     enqueue("b"_s);
@@ -104,7 +104,7 @@ TEST_F(AudioSequenceTest, PlaysTheNextItemWithoutAskingAgain)
     EXPECT_EQ(journalOf("b"_s).last(), "started"_s);
 }
 
-TEST_F(AudioSequenceTest, PlaysAlthoughDuckingFailedAndStillRestores)
+TEST_F(AudioSequenceTest, PlaysAlthoughDuckingFailedAndUnducksAfterwards)
 {
     setDucking(ScriptedService::refuse("no mixer"_s));
     play("a"_s);
@@ -128,7 +128,7 @@ TEST_F(AudioSequenceTest, GoesOnAfterAFailedUnduck)
               (QStringList{"duck"_s, "acquire"_s, "release"_s, "unduck"_s, "duck"_s, "acquire"_s}));
 }
 
-TEST_F(AudioSequenceTest, PlaysAlthoughNobodyDucks)
+TEST_F(AudioSequenceTest, PlaysAlthoughThereIsNoDuckingNode)
 {
     services().withdraw(ducking());
     play("a"_s);
@@ -153,7 +153,7 @@ TEST_F(AudioSequenceTest, CancelsEverythingWhenTheResourceIsRefused)
     EXPECT_EQ(journal().mid(3), (QStringList{"b cancelled"_s, "a cancelled"_s}));
 }
 
-TEST_F(AudioSequenceTest, SaysThatTheResourceIsRefusedBeforeItCancels)
+TEST_F(AudioSequenceTest, LogsARefusalBeforeItCancels)
 {
     setResources(ScriptedService::keep());
     enqueue("a"_s, 2);
@@ -196,7 +196,7 @@ TEST_F(AudioSequenceTest, AcquiresWithoutDuckingAgainAfterARefusal)
               (QStringList{"duck"_s, "acquire"_s, "acquire"_s, "release"_s, "unduck"_s}));
 }
 
-TEST_F(AudioSequenceTest, SaysThatNothingPlaysOnceARefusalHasEmptiedTheQueue)
+TEST_F(AudioSequenceTest, IsNotPlayingOnceARefusalHasEmptiedTheQueue)
 {
     play("a"_s);
     enqueue("b"_s);
@@ -209,7 +209,7 @@ TEST_F(AudioSequenceTest, SaysThatNothingPlaysOnceARefusalHasEmptiedTheQueue)
     EXPECT_FALSE(inactivityTimer()->isActive());
 }
 
-TEST_F(AudioSequenceTest, SaysThatNothingPlaysOnlyOnceWhatIsStoppingHasStopped)
+TEST_F(AudioSequenceTest, IsPlayingUntilStoppingItemsHaveStopped)
 {
     play("a"_s, 1);
     play("b"_s, 2); // pauses a
@@ -226,7 +226,7 @@ TEST_F(AudioSequenceTest, SaysThatNothingPlaysOnlyOnceWhatIsStoppingHasStopped)
 
 TEST_F(AudioSequenceTest, HandlesAnAcquireAnsweredAtOnceFromTheEventLoop)
 {
-    // Without a node the answer is there when the request returns.
+    // Without a node the reply is finished when the request returns.
     services().withdraw(resources());
     enqueue("a"_s);
     EXPECT_EQ(journalOf("a"_s), QStringList{"cancelled"_s});
@@ -243,7 +243,7 @@ TEST_F(AudioSequenceTest, HandlesAnAcquireAnsweredAtOnceFromTheEventLoop)
               1);
 }
 
-TEST_F(AudioSequenceTest, WaitsAsLongAsAnAcquireTakesAndQueuesMeanwhile)
+TEST_F(AudioSequenceTest, QueuesItemsWhileAnAcquireIsOutstanding)
 {
     setResources(ScriptedService::keep());
     enqueue("a"_s);
@@ -272,7 +272,7 @@ TEST_F(AudioSequenceTest, EndsCleanlyWhileADuckIsOutstanding)
     EXPECT_EQ(sequence(), QStringList{"duck"_s});
 }
 
-TEST_F(AudioSequenceTest, TakesAnAcquireThatFindsTheQueueEmptyToTheIdlePath)
+TEST_F(AudioSequenceTest, ReleasesAnAcquiredResourceIfTheQueueIsEmptyByThen)
 {
     setResources(ScriptedService::keep());
     enqueue("a"_s);
@@ -285,7 +285,7 @@ TEST_F(AudioSequenceTest, TakesAnAcquireThatFindsTheQueueEmptyToTheIdlePath)
     EXPECT_EQ(sequence(), (QStringList{"duck"_s, "acquire"_s, "release"_s, "unduck"_s}));
 }
 
-TEST_F(AudioSequenceTest, PlaysWhatCameWhileAnAcquireOfACancelledItemWasOut)
+TEST_F(AudioSequenceTest, PlaysAnItemQueuedWhileTheAcquireForACancelledOneIsOutstanding)
 {
     setResources(ScriptedService::keep());
     enqueue("a"_s);

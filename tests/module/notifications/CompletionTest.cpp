@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// How items end: by themselves, stopped, failed or cancelled, and what is reported of it.
+// How items end (by themselves, stopped, failed or cancelled), and how this is reported.
 
 #include "NotificationsTest.h"
 
@@ -18,7 +18,7 @@ class CompletionTest : public NotificationsTest
 protected:
     CompletionTest() { load(); }
 
-    /// Lets a wait, paused, behind b, which plays.
+    /// Has b play and a wait behind it, paused.
     void pauseABehindB(Type::Enum typeOfA = Type::Uri)
     {
         enqueue(item("a"_s, 1).setType(typeOfA));
@@ -67,7 +67,7 @@ TEST_F(CompletionTest, ReportsAnErrorWithoutAReasonAsFinished)
     }
 }
 
-TEST_F(CompletionTest, SendsTheResponseOfTheContract)
+TEST_F(CompletionTest, SendsIdAndTypeInTheResponse)
 {
     play("a"_s)->reportEnded();
     settle();
@@ -87,7 +87,7 @@ TEST_F(CompletionTest, LogsWhatItSendsAndWhere)
         logged(DEBUG_LOG_LEVEL, "Sending response to /test/response res: {id: \"a\", type: 2}"), 1);
 }
 
-TEST_F(CompletionTest, LogsTheEndOfWhatPlayedAroundTheResponse)
+TEST_F(CompletionTest, LogsTheEndOfThePlayingItemAroundTheResponse)
 {
     play("a"_s);
     beginStory();
@@ -215,7 +215,7 @@ TEST_F(CompletionTest, ReleasesThePlayerLater)
     EXPECT_FALSE(player->isAlive());
 }
 
-TEST_F(CompletionTest, StopsWhatPlaysOnACancelAndReportsItsEndOnlyThen)
+TEST_F(CompletionTest, StopsThePlayingItemOnACancelAndReportsOnlyItsEnd)
 {
     play("a"_s);
     enqueue("b"_s);
@@ -230,7 +230,7 @@ TEST_F(CompletionTest, StopsWhatPlaysOnACancelAndReportsItsEndOnlyThen)
     EXPECT_EQ(journalOf("b"_s).last(), "started"_s);
 }
 
-TEST_F(CompletionTest, TakesAnEndThatIsReportedFromInsideTheStop)
+TEST_F(CompletionTest, AcceptsAnEndReportedFromInsideStop)
 {
     play("a"_s);
     enqueue("b"_s);
@@ -245,7 +245,7 @@ TEST_F(CompletionTest, TakesAnEndThatIsReportedFromInsideTheStop)
     EXPECT_FALSE(scripted("a"_s)->isAlive());
 }
 
-TEST_F(CompletionTest, TakesAnErrorOfAStoppingItemForAFailure)
+TEST_F(CompletionTest, ReportsAnErrorOfAStoppingItemAsFailed)
 {
     play("a"_s);
     cancel("a"_s);
@@ -266,7 +266,7 @@ TEST_F(CompletionTest, StopsAPausedItemOnACancel)
     EXPECT_EQ(scripted("b"_s)->stops, 0);
 }
 
-TEST_F(CompletionTest, ReportsACancelOfWhatNeverStartedAtOnce)
+TEST_F(CompletionTest, ReportsTheCancelOfAnItemThatNeverStartedAtOnce)
 {
     play("a"_s);
     enqueue("b"_s);
@@ -311,7 +311,7 @@ TEST_F(CompletionTest, CancelsAllFromTheLeastUrgentToTheHead)
     EXPECT_THAT(order, testing::ElementsAre("c", "b", "a"));
 }
 
-TEST_F(CompletionTest, LeavesWhatIsStoppingAloneWhenItCancelsAll)
+TEST_F(CompletionTest, DoesNotStopStoppingItemsAgainWhenItCancelsAll)
 {
     play("a"_s);
     cancel("a"_s);

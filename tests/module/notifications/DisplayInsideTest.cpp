@@ -6,12 +6,33 @@
 #include "NotificationsTest.h"
 
 #include "modules/notifications/NotificationDisplay.h"
+#include "support/clock/VirtualClock.h"
 
+#include <chrono>
 #include <limits>
+
+/// A display whose inside is open to the tests.
+struct NotificationDisplayAccess : NotificationDisplay
+{
+    using NotificationDisplay::NotificationDisplay;
+
+    using NotificationDisplay::on_closeTimer_timeout;
+    using NotificationDisplay::on_subscribe_rowsChanged;
+    using NotificationDisplay::queuePosition;
+    using NotificationDisplay::removeNotificationItem;
+
+    using NotificationDisplay::m_closeTimer;
+    using NotificationDisplay::m_messageNodes;
+    using NotificationDisplay::m_queue;
+    using NotificationDisplay::m_queueNode;
+    using NotificationDisplay::m_shownTimer;
+};
 
 namespace {
 using log4cplus::FATAL_LOG_LEVEL;
+using log4cplus::TRACE_LOG_LEVEL;
 using log4cplus::WARN_LOG_LEVEL;
+using namespace std::chrono_literals;
 
 class DisplayInsideTest : public NotificationsTest
 {
@@ -21,7 +42,7 @@ protected:
     {
     }
 
-    NotificationDisplay &controller() { return m_display; }
+    NotificationDisplayAccess &controller() { return m_display; }
 
     CMPath open(const QString &text, const TrString &title = {})
     {
@@ -31,12 +52,32 @@ protected:
         return item.path();
     }
 
-    /// Makes the head shown for so many seconds more.
-    void shiftShownTimer(int seconds) { m_display.m_shownTimer.t1 -= seconds; }
+    /// The next one is more urgent than all before it.
+    void preempt()
+    {
+        TavoNotificationDisplayItem urgent;
+        urgent.setMessage("urgent"_s).setPriority(TavoNotificationItemPriority::Urgent);
+        EXPECT_TRUE(controller().enqueue(&urgent));
+    }
+
+    CMPath openReference(const CMPath &path)
+    {
+        TavoNotificationDisplayItem item;
+        item.setPath(path);
+        EXPECT_TRUE(controller().enqueue(&item));
+        return item.path();
+    }
+
+    /// Puts another path into a row than its notification has.
+    void replaceRow(int index, const CMPath &path)
+    {
+        controller().m_queueNode->rowsRemoveAt(index);
+        controller().m_queueNode->rowsInsert(index, path);
+    }
 
 private:
     CMNodes m_nodes;
-    NotificationDisplay m_display;
+    NotificationDisplayAccess m_display;
 };
 
 using DisplayInsideDeathTest = DisplayInsideTest;
@@ -61,6 +102,15 @@ TEST_F(DisplayInsideTest, TitlesAMessageWithItsOwnTitle)
 {
     open("text"_s, "title");
     EXPECT_EQ(controller().m_messageNodes.first()->title(), TrString("title"));
+    EXPECT_FALSE(controller().m_messageNodes.first()->title().isTranslatable());
+}
+
+TEST_F(DisplayInsideTest, KeepsATitleTranslatable)
+{
+    const TrString title(TrCharData{"Door", "The door", nullptr, -1}, {});
+    open("text"_s, title);
+    EXPECT_EQ(controller().m_messageNodes.first()->title(), title);
+    EXPECT_TRUE(controller().m_messageNodes.first()->title().isTranslatable());
 }
 
 TEST_F(DisplayInsideTest, AnnouncesTheOneRoleOfAMessagesRows)
@@ -137,11 +187,21 @@ TEST_F(DisplayInsideTest, RefusesToRemoveBeyondTheQueueOrTheRows)
     EXPECT_EQ(logged(WARN_LOG_LEVEL, "Item index out of bounds (cannot remove) 0"), 1);
 }
 
+TEST_F(DisplayInsideTest, RefusesToRemoveARowThatHasNoItem)
+{
+    open("a"_s);
+    controller().m_queueNode->rowsInsert(1, CMPath("/stray"_s));
+    EXPECT_FALSE(controller().removeNotificationItem(1));
+    EXPECT_EQ(logged(WARN_LOG_LEVEL, "Item index out of bounds (cannot remove) 1"), 1);
+    EXPECT_EQ(controller().m_queue.size(), 1);
+    EXPECT_EQ(controller().m_queueNode->rowsSize(), 2);
+    EXPECT_TRUE(controller().removeNotificationItem(0));
+}
+
 TEST_F(DisplayInsideTest, StopsACancelWhereQueueAndRowsDisagree)
 {
     const CMPath path = open("a"_s);
-    controller().m_queueNode->rowsRemoveAt(0);
-    controller().m_queueNode->rowsInsert(0, CMPath("/other"_s));
+    replaceRow(0, CMPath("/other"_s));
     EXPECT_FALSE(controller().cancel(path));
     EXPECT_EQ(logged(FATAL_LOG_LEVEL, "Notification with selected path was not found in queue"), 1);
     EXPECT_EQ(controller().m_queue.size(), 1);
@@ -155,13 +215,32 @@ TEST_F(DisplayInsideTest, LetsEarlierRemovalsStandAndTheTimerRunWhereACancelStop
     controller().enqueue(&head);
     open("other"_s);
     controller().enqueue(&copy);
-    controller().m_queueNode->rowsRemoveAt(0);
-    controller().m_queueNode->rowsInsert(0, CMPath("/other"_s));
+    replaceRow(0, CMPath("/other"_s));
     controller().m_closeTimer.setInterval(30000); // tells a restart
     EXPECT_FALSE(controller().cancel(CMPath("/shared"_s)));
     EXPECT_EQ(controller().m_queue.size(), 2);
     EXPECT_TRUE(controller().m_closeTimer.isActive());
     EXPECT_EQ(controller().m_closeTimer.interval(), 30000);
+}
+
+TEST_F(DisplayInsideTest, GoesOnAfterACancelThatWasStopped)
+{
+    const CMPath shared("/shared"_s);
+    for (const CMPath &path : {shared, shared, CMPath("/a"_s), shared}) {
+        openReference(path);
+    }
+    replaceRow(1, CMPath("/other"_s));
+    EXPECT_FALSE(controller().cancel(shared)); // the last of the three has gone
+    EXPECT_EQ(controller().m_queue.size(), 3);
+
+    openReference(CMPath("/b"_s));
+    EXPECT_TRUE(controller().cancel(CMPath("/a"_s)));
+    replaceRow(1, shared);
+    EXPECT_TRUE(controller().cancel(shared));
+    ASSERT_EQ(controller().m_queue.size(), 1);
+    EXPECT_EQ(controller().m_queue.first().path(), CMPath("/b"_s));
+    EXPECT_EQ(controller().m_queueNode->rowsSize(), 1);
+    EXPECT_FALSE(controller().cancel(shared));
 }
 
 TEST_F(DisplayInsideTest, ForgetsTheNodeThatWentWithItsNamesake)
@@ -177,41 +256,55 @@ TEST_F(DisplayInsideTest, ForgetsTheNodeThatWentWithItsNamesake)
 
 TEST_F(DisplayInsideTest, RemovesAHeadWhoseTimeIsJustUsedUp)
 {
+    VirtualClock clock;
     TavoNotificationDisplayItem head;
     head.setMessage("a"_s).setTimeout(60000);
     controller().enqueue(&head);
-    shiftShownTimer(60);
-    controller().m_queue.first().setTimeout(int(controller().m_shownTimer.elapsed()));
-    TavoNotificationDisplayItem urgent;
-    urgent.setMessage("b"_s).setPriority(TavoNotificationItemPriority::Urgent);
-    controller().enqueue(&urgent);
+    clock.advance(60s);
+    preempt();
     EXPECT_EQ(controller().m_queue.size(), 1);
 }
 
 TEST_F(DisplayInsideTest, ComparesTheShownTimeAsASigned32BitNumber)
 {
+    constexpr int longest = std::numeric_limits<int>::max();
+    VirtualClock clock;
     TavoNotificationDisplayItem head;
-    head.setMessage("a"_s).setTimeout(std::numeric_limits<int>::max());
+    head.setMessage("a"_s).setTimeout(longest);
     controller().enqueue(&head);
-    shiftShownTimer(std::numeric_limits<int>::max() / 1000 + 10);
-    TavoNotificationDisplayItem urgent;
-    urgent.setMessage("b"_s).setPriority(TavoNotificationItemPriority::Urgent);
-    controller().enqueue(&urgent);
-    EXPECT_EQ(controller().m_queue.size(), 2);
-    EXPECT_LT(controller().m_queue.last().timeout(), 0);
+    clock.advance(std::chrono::milliseconds(longest) + 10s);
+    preempt();
+    ASSERT_EQ(controller().m_queue.size(), 2);
+    EXPECT_EQ(controller().m_queue.last().timeout(), -10000);
 }
 
 TEST_F(DisplayInsideTest, ShowsOneOfASingleMillisecondWithATimer)
 {
+    VirtualClock clock;
     TavoNotificationDisplayItem item;
     item.setMessage("a"_s).setTimeout(1);
     controller().enqueue(&item);
     EXPECT_TRUE(controller().m_closeTimer.isActive());
-    shiftShownTimer(1);
-    TavoNotificationDisplayItem urgent;
-    urgent.setMessage("b"_s).setPriority(TavoNotificationItemPriority::Urgent);
-    controller().enqueue(&urgent);
+    clock.advance(1ms);
+    preempt();
     EXPECT_EQ(controller().m_queue.size(), 1);
+}
+
+TEST_F(DisplayInsideTest, LeavesTheTimeoutOfAnUntimedHeadAsItIs)
+{
+    for (const int timeout : {0, -1, -5000}) {
+        VirtualClock clock;
+        TavoNotificationDisplayItem head;
+        head.setMessage("a"_s).setTimeout(timeout);
+        controller().enqueue(&head);
+        clock.advance(20ms);
+        preempt();
+        ASSERT_EQ(controller().m_queue.size(), 2);
+        EXPECT_EQ(controller().m_queue.last().timeout(), timeout);
+        for (const int index : {1, 0}) {
+            controller().removeNotificationItem(index);
+        }
+    }
 }
 
 TEST_F(DisplayInsideTest, ReadsThePublishedRowsAfterTheTimer)
@@ -228,6 +321,20 @@ TEST_F(DisplayInsideTest, ReadsThePublishedRowsAfterTheTimer)
     EXPECT_FALSE(controller().m_closeTimer.isActive());
 }
 
+TEST_F(DisplayInsideTest, LooksForAHeadAfterTheTimerAsLongAsThereAreRows)
+{
+    TavoNotificationDisplayItem item;
+    item.setMessage("a"_s).setTimeout(1000);
+    controller().enqueue(&item);
+    controller().m_queueNode->rowsInsert(1, CMPath("/stray"_s));
+    controller().m_closeTimer.stop();
+    log().clear();
+    controller().on_closeTimer_timeout();
+    EXPECT_TRUE(controller().m_queue.isEmpty());
+    EXPECT_EQ(entered(TRACE_LOG_LEVEL, "startTimer", ""), 1);
+    EXPECT_FALSE(controller().m_closeTimer.isActive());
+}
+
 TEST_F(DisplayInsideDeathTest, ANegativeIndex)
 {
     open("a"_s);
@@ -237,7 +344,7 @@ TEST_F(DisplayInsideDeathTest, ANegativeIndex)
 TEST_F(DisplayInsideDeathTest, ASubscriptionThatIsNotThere)
 {
     const CMPath path = open("a"_s);
-    CMRoot()->disconnectRowsChange(path, &controller(),
-                                   &NotificationDisplay::on_subscribe_rowsChanged);
+    CMRoot()->disconnectRowsChange(path, static_cast<NotificationDisplay *>(&controller()),
+                                   &NotificationDisplayAccess::on_subscribe_rowsChanged);
     EXPECT_DEATH(controller().cancel(path), "\"disconnectSucceeded\"");
 }

@@ -5,14 +5,18 @@
 
 #include "DisplayTest.h"
 
-#include <atomic>
+#include "support/clock/VirtualClock.h"
 
 #include <QThread>
+
+#include <atomic>
+#include <chrono>
 
 namespace {
 using log4cplus::DEBUG_LOG_LEVEL;
 using log4cplus::TRACE_LOG_LEVEL;
 using log4cplus::WARN_LOG_LEVEL;
+using namespace std::chrono_literals;
 using DisplayNodesTest = DisplayTest;
 } // namespace
 
@@ -30,6 +34,13 @@ TEST_F(DisplayNodesTest, GiveAMessageANodeWithItsTextAsTheOnlyRow)
     EXPECT_EQ(int(rowOf(path).type()), 6);
     EXPECT_EQ(rowOf(path).title(), TrString("hello"));
     EXPECT_EQ(logged(DEBUG_LOG_LEVEL, "Node created with id " + path.name().toStdString()), 1);
+}
+
+TEST_F(DisplayNodesTest, HaveTheSameRowWhenThereIsATitle)
+{
+    const TavoRoles row = rowOf(open(message("hello"_s).setTitle("title")));
+    EXPECT_EQ(int(row.type()), 6);
+    EXPECT_EQ(row.title(), TrString("hello"));
 }
 
 TEST_F(DisplayNodesTest, KeepAMessageTranslatable)
@@ -76,21 +87,31 @@ TEST_F(DisplayNodesTest, GoWithANotificationThatIsNamedLikeTheNode)
 
 TEST_F(DisplayNodesTest, LeaveTheHeadAndItsTimerAloneWhenAnotherIsCancelled)
 {
+    VirtualClock clock;
     const CMPath a = open("a"_s, 1, 60000);
     const CMPath b = open("b"_s);
     const CMPath c = open("c"_s);
     const CMPath d = open("d"_s);
-    passTime(20);
+    clock.advance(20ms);
     EXPECT_FALSE(cancelDisplay(b).error().isError());
     close(c);
     EXPECT_EQ(rows(), (QVector<CMPath>{a, d}));
-    EXPECT_TRUE(closeTimer()->isActive());
-    EXPECT_EQ(closeTimer()->interval(), 60000);
-    EXPECT_LE(closeTimer()->remainingTime(), 60000 - 20);
-    // What has been shown of it is counted on, too.
+    clock.pass(59979ms);
+    EXPECT_EQ(rows(), (QVector<CMPath>{a, d}));
+    clock.pass(1ms);
+    EXPECT_EQ(rows(), QVector<CMPath>{d});
+}
+
+TEST_F(DisplayNodesTest, LeaveWhatTheHeadHasBeenShownAloneWhenAnotherIsCancelled)
+{
+    VirtualClock clock;
+    open("a"_s, 1, 60000);
+    const CMPath b = open("b"_s);
+    clock.advance(20ms);
+    cancelDisplay(b);
     open("urgent"_s, 2, 1000);
     fireCloseTimer();
-    EXPECT_LE(closeTimer()->interval(), 60000 - 20);
+    EXPECT_EQ(closeTimer()->interval(), 59980);
 }
 
 TEST_F(DisplayNodesTest, ShowTheNextAtOnceWhenTheHeadIsCancelled)
@@ -160,12 +181,13 @@ TEST_F(DisplayNodesTest, LogNothingForACancelOfAnUnknownPath)
     open("a"_s);
     log().clear();
     cancelDisplay(CMPath("/nowhere"_s));
-    for (const auto &record : log().records()) {
-        EXPECT_EQ(record.level, TRACE_LOG_LEVEL) << record.message;
-        EXPECT_TRUE(record.message.rfind("Enter ", 0) == 0 ||
-                    record.message.rfind("Leave ", 0) == 0)
-            << record.message;
-    }
+    EXPECT_THAT(log().messages(),
+                testing::ElementsAre(
+                    "Enter void NotificationsWorker::on_notificationDisplayCancel_activated(const "
+                    "CMSetDataRequest&): {path: \"/nowhere\"}",
+                    "Enter bool NotificationDisplay::cancel(const CMPath&): /nowhere",
+                    "Leave bool NotificationDisplay::cancel(const CMPath&): "));
+    EXPECT_EQ(log().countAt(TRACE_LOG_LEVEL), 3);
 }
 
 TEST_F(DisplayNodesTest, CloseANotificationForAClient)
@@ -212,6 +234,7 @@ TEST_F(DisplayNodesTest, AreDeafToASecondClose)
 
 TEST_F(DisplayNodesTest, HaveNoListenerLeftHoweverTheirNotificationWent)
 {
+    VirtualClock clock;
     const CMPath expired = open("expired"_s, 1, 1000);
     fireCloseTimer();
     const CMPath cancelled = open("cancelled"_s);
@@ -219,7 +242,7 @@ TEST_F(DisplayNodesTest, HaveNoListenerLeftHoweverTheirNotificationWent)
     const CMPath closed = open("closed"_s);
     close(closed);
     const CMPath overdue = open("overdue"_s, 1, 2);
-    passTime(5);
+    clock.advance(5ms);
     const CMPath open2 = open("urgent"_s, 2);
     for (const CMPath &path : {expired, cancelled, closed, overdue}) {
         EXPECT_FALSE(CMSubscribe::closeNode(path)) << path;

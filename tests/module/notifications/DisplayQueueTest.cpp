@@ -5,8 +5,11 @@
 
 #include "DisplayTest.h"
 
-#include <QElapsedTimer>
+#include "support/clock/VirtualClock.h"
+
 #include <QMetaMethod>
+
+#include <chrono>
 
 namespace {
 using log4cplus::DEBUG_LOG_LEVEL;
@@ -14,21 +17,8 @@ using log4cplus::ERROR_LOG_LEVEL;
 using log4cplus::TRACE_LOG_LEVEL;
 using log4cplus::WARN_LOG_LEVEL;
 
-class DisplayQueueTest : public DisplayTest
-{
-protected:
-    /// The number that the only record with that start ends with.
-    int numberAfter(log4cplus::LogLevel level, const std::string &start) const
-    {
-        for (const auto &record : const_cast<DisplayQueueTest *>(this)->log().records()) {
-            if (record.level == level && record.message.rfind(start, 0) == 0) {
-                return std::stoi(record.message.substr(start.size()));
-            }
-        }
-        ADD_FAILURE() << "not logged: " << start;
-        return -1;
-    }
-};
+using namespace std::chrono_literals;
+using DisplayQueueTest = DisplayTest;
 } // namespace
 
 TEST_F(DisplayQueueTest, DeclaresItsTwoSlotsInOrderAndNothingElse)
@@ -76,11 +66,12 @@ TEST_F(DisplayQueueTest, ShowsOneWithoutATimeUntilItIsClosed)
 
 TEST_F(DisplayQueueTest, ClosesTheHeadWhenItsTimeIsOver)
 {
-    QElapsedTimer shown;
-    shown.start();
-    open("a"_s, 1, 50);
-    ASSERT_TRUE(waitFor([] { return rows().isEmpty(); }));
-    EXPECT_GE(shown.elapsed(), 50);
+    VirtualClock clock;
+    const CMPath path = open("a"_s, 1, 50);
+    clock.pass(49ms);
+    EXPECT_EQ(rows(), QVector<CMPath>{path});
+    clock.pass(1ms);
+    EXPECT_TRUE(rows().isEmpty());
     EXPECT_FALSE(closeTimer()->isActive());
 }
 
@@ -105,16 +96,26 @@ TEST_F(DisplayQueueTest, ShowsAnUntimedNextWithoutATimer)
 
 TEST_F(DisplayQueueTest, KeepsTheOrderOfArrivalAndTheTimerAmongEqualPriorities)
 {
+    VirtualClock clock;
     const CMPath a = open("a"_s, 2, 60000);
-    passTime(20);
+    clock.advance(20ms);
     const CMPath b = open("b"_s, 2, 500);
     const CMPath c = open("c"_s, 2, 500);
     EXPECT_EQ(rows(), (QVector<CMPath>{a, b, c}));
-    EXPECT_EQ(closeTimer()->interval(), 60000);
-    EXPECT_LE(closeTimer()->remainingTime(), 60000 - 20);
+    clock.pass(59979ms);
+    EXPECT_EQ(rows(), (QVector<CMPath>{a, b, c}));
+    clock.pass(1ms);
+    EXPECT_EQ(rows(), (QVector<CMPath>{b, c}));
+}
+
+TEST_F(DisplayQueueTest, PausesTheHeadByItsOwnTimeWhateverCameMeanwhile)
+{
+    VirtualClock clock;
+    open("a"_s, 2, 60000);
+    clock.advance(20ms);
+    open("b"_s, 2, 500);
     open("urgent"_s, 3, 0);
-    EXPECT_LE(numberAfter(DEBUG_LOG_LEVEL, "Pausing current item, remaining time is [ms] "),
-              60000 - 20);
+    EXPECT_EQ(logged(DEBUG_LOG_LEVEL, "Pausing current item, remaining time is [ms] 59980"), 1);
 }
 
 TEST_F(DisplayQueueTest, PutsALowestPriorityLastAndOneBetweenBeforeTheFirstLowerOne)
@@ -129,29 +130,28 @@ TEST_F(DisplayQueueTest, PutsALowestPriorityLastAndOneBetweenBeforeTheFirstLower
 
 TEST_F(DisplayQueueTest, LetsAMoreUrgentOnePauseTheHeadWithTheTimeItHasLeft)
 {
+    VirtualClock clock;
     const CMPath a = open("a"_s, 1, 60000);
-    passTime(20);
+    clock.advance(20ms);
     const CMPath b = open("b"_s, 2, 1000);
     EXPECT_EQ(rows(), (QVector<CMPath>{b, a}));
     EXPECT_EQ(closeTimer()->interval(), 1000);
-    const int remaining =
-        numberAfter(DEBUG_LOG_LEVEL, "Pausing current item, remaining time is [ms] ");
-    EXPECT_LE(remaining, 60000 - 20);
-    EXPECT_GT(remaining, 0);
+    EXPECT_EQ(logged(DEBUG_LOG_LEVEL, "Pausing current item, remaining time is [ms] 59980"), 1);
     fireCloseTimer();
     EXPECT_EQ(rows(), QVector<CMPath>{a});
-    EXPECT_EQ(closeTimer()->interval(), remaining);
+    EXPECT_EQ(closeTimer()->interval(), 59980);
 }
 
 TEST_F(DisplayQueueTest, TakesTheTimeOfEveryPauseOffTheSameNotification)
 {
+    VirtualClock clock;
     open("a"_s, 1, 60000);
     for (int i = 0; i < 3; ++i) {
-        passTime(5);
+        clock.advance(5ms);
         open("urgent"_s, 2, 1000);
         fireCloseTimer();
     }
-    EXPECT_LE(closeTimer()->interval(), 60000 - 3 * 5);
+    EXPECT_EQ(closeTimer()->interval(), 60000 - 3 * 5);
 }
 
 TEST_F(DisplayQueueTest, DoesNotPauseAnUntimedHead)
@@ -167,17 +167,15 @@ TEST_F(DisplayQueueTest, DoesNotPauseAnUntimedHead)
 
 TEST_F(DisplayQueueTest, RemovesAHeadWhoseTimeIsOverButNotYetReported)
 {
+    VirtualClock clock;
     open("a"_s, 1, 2);
-    passTime(5);
+    clock.advance(5ms);
     const CMPath b = open("b"_s, 2, 0);
     EXPECT_EQ(rows(), QVector<CMPath>{b});
     EXPECT_FALSE(closeTimer()->isActive());
-    ASSERT_EQ(log().countAt(WARN_LOG_LEVEL), 1);
-    EXPECT_GE(numberAfter(WARN_LOG_LEVEL, "The item should have been expired, elapsed: "), 5);
-    const auto text = log().messages(WARN_LOG_LEVEL).front();
-    EXPECT_THAT(text, testing::MatchesRegex(
-                          "The item should have been expired, elapsed: [0-9]+ item length 2 , "
-                          "removing"));
+    EXPECT_THAT(log().messages(WARN_LOG_LEVEL),
+                testing::ElementsAre(
+                    "The item should have been expired, elapsed: 5 item length 2 , removing"));
 }
 
 TEST_F(DisplayQueueTest, ReportsAnOverdueHeadAsRemovedBeforeTheNewOneIsInserted)
@@ -191,11 +189,12 @@ TEST_F(DisplayQueueTest, ReportsAnOverdueHeadAsRemovedBeforeTheNewOneIsInserted)
         }
         QStringList seen;
     };
+    VirtualClock clock;
     open("a"_s, 1, 2);
     Subscriber subscriber;
     CMRoot()->connectRowsChange(TavoNotificationDisplayQueuePath(), &subscriber,
                                 &Subscriber::on_rowsChanged);
-    passTime(5);
+    clock.advance(5ms);
     open("b"_s, 2);
     EXPECT_EQ(subscriber.seen, (QStringList{"removed 0"_s, "inserted 0"_s}));
 }
@@ -227,8 +226,9 @@ TEST_F(DisplayQueueTest, LogsAnOpeningInItsOrder)
 
 TEST_F(DisplayQueueTest, ShowsAPreemptingNotificationForItsFullTime)
 {
+    VirtualClock clock;
     open("a"_s, 1, 2);
-    passTime(5);
+    clock.advance(5ms);
     open("b"_s, 2, 3000);
     EXPECT_TRUE(closeTimer()->isActive());
     EXPECT_EQ(closeTimer()->interval(), 3000);
@@ -246,24 +246,39 @@ TEST_F(DisplayQueueTest, LogsWhatIsDroppedAsEmptyAndChangesNothing)
     EXPECT_EQ(closeTimer()->interval(), 1000);
 }
 
-TEST_F(DisplayQueueTest, TracesItsOperations)
+TEST_F(DisplayQueueTest, TracesItsOperationsByTheirWholeSignatures)
 {
-    EXPECT_EQ(entered(TRACE_LOG_LEVEL, "NotificationDisplay", ""), 1);
-    EXPECT_EQ(left(TRACE_LOG_LEVEL, "NotificationDisplay", ""), 1);
     open("a"_s, 1, 10);
     fireCloseTimer();
     const CMPath b = open("b"_s);
     close(b);
-    EXPECT_EQ(left(TRACE_LOG_LEVEL, "cancel", ""), 1);
-    EXPECT_EQ(left(TRACE_LOG_LEVEL, "on_subscribe_rowsChanged", ""), 1);
-    for (const char *function : {"enqueue", "queuePosition", "startTimer", "on_closeTimer_timeout",
-                                 "setPathToNotification"}) {
-        EXPECT_GE(entered(TRACE_LOG_LEVEL, function, ""), 1) << function;
-        EXPECT_GE(left(TRACE_LOG_LEVEL, function, ""), 1) << function;
+    const std::string changes = "Path: " + b.toString().toStdString() + ", changes: (close)";
+    const std::string removal = "queue size: 1 notifs: 1 index 0";
+    const struct
+    {
+        std::string signature;
+        int calls;
+        std::string enter;
+        std::string leave;
+    } expected[] = {
+        {"NotificationDisplay::NotificationDisplay(CMNodes*, QObject*)", 1, "", ""},
+        {"bool NotificationDisplay::enqueue(TavoNotificationDisplayItem*)", 2, "", ""},
+        {"int NotificationDisplay::queuePosition(TavoNotificationItemPriority::Enum) const", 2, "",
+         ""},
+        {"void NotificationDisplay::startTimer()", 3, "", ""},
+        {"void NotificationDisplay::on_closeTimer_timeout()", 1, "", ""},
+        {"void NotificationDisplay::setPathToNotification(TavoNotificationDisplayItem*)", 2, "",
+         ""},
+        {"bool NotificationDisplay::removeNotificationItem(int)", 2, removal, "queue: 0"},
+        {"bool NotificationDisplay::cancel(const CMPath&)", 1, b.toString().toStdString(), ""},
+        {"void NotificationDisplay::on_subscribe_rowsChanged(const CMPath&, const QStringList&, "
+         "int, int)",
+         1, changes, ""},
+    };
+    for (const auto &[signature, calls, enter, leave] : expected) {
+        EXPECT_EQ(logged(TRACE_LOG_LEVEL, "Enter " + signature + ": " + enter), calls);
+        EXPECT_EQ(logged(TRACE_LOG_LEVEL, "Leave " + signature + ": " + leave), calls) << signature;
     }
-    EXPECT_EQ(entered(TRACE_LOG_LEVEL, "removeNotificationItem", "queue size: 1 notifs: 1 index 0"),
-              2);
-    EXPECT_EQ(left(TRACE_LOG_LEVEL, "removeNotificationItem", "queue: 0"), 2);
 }
 
 TEST_F(DisplayQueueTest, LeavesSoundsAlone)

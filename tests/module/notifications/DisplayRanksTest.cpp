@@ -11,6 +11,12 @@
 
 #include <gtest/gtest.h>
 
+/// Ranks whose runs are open to the tests.
+struct DisplayRanksAccess : DisplayRanks
+{
+    using DisplayRanks::m_runs;
+};
+
 namespace {
 using Rank = DisplayRanks::Rank;
 
@@ -23,7 +29,7 @@ public:
     {
     }
 
-    DisplayRanks ranks;
+    DisplayRanksAccess ranks;
     std::vector<Rank> list;
 
     void insert(const Rank &rank)

@@ -20,6 +20,26 @@ protected:
                   TrString(TrCharData{"NotificationsWorker", text, nullptr, -1}, {}));
         EXPECT_EQ(reply.error().title(), CMError::DefaultTitle());
     }
+
+    /// Calls the request's handler and gives the reply as it is when the handler returns.
+    CMReply<QVariant> handle(const char *handler, const QVariant &value) const
+    {
+        const CMReply<QVariant> reply;
+        const CMSetDataRequest request(CMPath("/any"_s), value, reply);
+        QMetaObject::invokeMethod(worker(), handler, Qt::DirectConnection,
+                                  Q_ARG(CMSetDataRequest, request));
+        EXPECT_TRUE(reply.isFinished()) << handler;
+        return reply.isFinished() ? reply : CMReply<QVariant>();
+    }
+    CMReply<QVariant> handleOpen(const TavoNotificationDisplayItem &item) const
+    {
+        return handle("on_notificationDisplayEnqueue_activated",
+                      TavoValue().setNotificationDisplayItem(item).__variant());
+    }
+    CMReply<QVariant> handleCancel(const QVariant &value) const
+    {
+        return handle("on_notificationDisplayCancel_activated", value);
+    }
 };
 } // namespace
 
@@ -30,6 +50,55 @@ TEST_F(DisplayRequestsTest, AnswersAnOpenedMessageWithThePathOfItsNode)
     EXPECT_EQ(value.fields().keys(), QStringList{"path"_s});
     EXPECT_EQ(value.path().parent(), TavoNotificationDisplaySimpleMessageNodePath());
     EXPECT_EQ(rows(), QVector<CMPath>{value.path()});
+}
+
+TEST_F(DisplayRequestsTest, AnswersAnOpenRequestBeforeItsHandlerReturnsWithARecordOfAText)
+{
+    const CMReply<QVariant> reply = handleOpen(message("hello"_s));
+    ASSERT_TRUE(reply.isFinished());
+    const QVariant value = reply.value();
+    ASSERT_EQ(value.userType(), int(QMetaType::QVariantHash));
+    const QVariant path = value.toHash().value("path"_s);
+    EXPECT_EQ(path.userType(), int(QMetaType::QString));
+    EXPECT_EQ(path.toString(), rows().value(0).toString());
+}
+
+TEST_F(DisplayRequestsTest, AnswersACancelRequestBeforeItsHandlerReturnsWithABoolean)
+{
+    const QVariant path = open("hello"_s).toQVariant();
+    const CMReply<QVariant> reply = handleCancel(path);
+    ASSERT_TRUE(reply.isFinished());
+    EXPECT_EQ(reply.value().userType(), int(QMetaType::Bool));
+    EXPECT_TRUE(reply.value().toBool());
+}
+
+TEST_F(DisplayRequestsTest, RefusesARequestBeforeItsHandlerReturns)
+{
+    open("hello"_s);
+    log().clear();
+    expectFailure(handleOpen(TavoNotificationDisplayItem()), "Failed to enqueue notification");
+    expectFailure(handleCancel(QVariant()), "Path to close empty");
+    expectFailure(handleCancel("/nowhere"_s), "Node already closed or non-existent");
+}
+
+TEST_F(DisplayRequestsTest, LogsNothingOfItsOwnForARefusal)
+{
+    open("hello"_s);
+    log().clear();
+    request(TavoNotificationDisplayOpenPath(), QVariant());
+    EXPECT_THAT(log().messages(),
+                testing::ElementsAre(
+                    "Enter void NotificationsWorker::on_notificationDisplayEnqueue_activated(const "
+                    "CMSetDataRequest&): (none)",
+                    "Enter bool NotificationDisplay::enqueue(TavoNotificationDisplayItem*): ",
+                    "Dropping empty notification",
+                    "Leave bool NotificationDisplay::enqueue(TavoNotificationDisplayItem*): "));
+    log().clear();
+    request(TavoNotificationDisplayCancelNotifyPath(), QVariant());
+    EXPECT_THAT(log().messages(),
+                testing::ElementsAre(
+                    "Enter void NotificationsWorker::on_notificationDisplayCancel_activated(const "
+                    "CMSetDataRequest&): (none)"));
 }
 
 TEST_F(DisplayRequestsTest, AnswersAnOpenedReferenceWithTheRequestersPath)

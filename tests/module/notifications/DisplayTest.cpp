@@ -3,8 +3,6 @@
 
 #include "DisplayTest.h"
 
-#include <QElapsedTimer>
-
 QObject *DisplayTest::display() const
 {
     for (QObject *child : worker()->children()) {
@@ -60,14 +58,6 @@ CMReply<QVariant> DisplayTest::cancelDisplay(const CMPath &path)
 {
     return request(TavoNotificationDisplayCancelNotifyPath(),
                    TavoValue().setPath(path).__variant());
-}
-
-void DisplayTest::passTime(int milliseconds)
-{
-    QElapsedTimer timer;
-    timer.start();
-    while (!timer.hasExpired(milliseconds)) {
-    }
 }
 
 void DisplayTest::close(const CMPath &path)

@@ -35,9 +35,6 @@ protected:
         return reply.error().message().toString();
     }
 
-    /// Lets time pass without any event being handled.
-    static void passTime(int milliseconds);
-
     /// Closes the node as a client does.
     void close(const CMPath &path);
 

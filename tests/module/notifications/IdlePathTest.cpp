@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// From the last item's end back to where nothing is ducked and nothing held.
+// What happens after the last item: the inactivity timer, releasing, unducking.
 
 #include "NotificationsTest.h"
 
@@ -29,7 +29,7 @@ protected:
 };
 } // namespace
 
-TEST_F(IdlePathTest, StartsTheTimerAndSaysThatNothingPlays)
+TEST_F(IdlePathTest, StartsTheTimerAndIsNotPlaying)
 {
     playToTheEnd("a"_s);
     EXPECT_TRUE(inactivityTimer()->isActive());
@@ -37,7 +37,7 @@ TEST_F(IdlePathTest, StartsTheTimerAndSaysThatNothingPlays)
     EXPECT_EQ(left(DEBUG_LOG_LEVEL, "continuePlayAudio", "No next item to play"), 1);
 }
 
-TEST_F(IdlePathTest, ReleasesThenUnducksWhenTheTimeIsOver)
+TEST_F(IdlePathTest, ReleasesThenUnducksWhenTheTimerFires)
 {
     playToTheEnd("a"_s);
     sinceThen();
@@ -54,17 +54,17 @@ TEST_F(IdlePathTest, ReleasesThenUnducksWhenTheTimeIsOver)
     EXPECT_EQ(unduck.requester(), TavoNotificationsName());
 }
 
-TEST_F(IdlePathTest, TakesItsRealHundredMilliseconds)
+TEST_F(IdlePathTest, WaitsForAHundredMilliseconds)
 {
     const ScriptedPlayer *last = play("a"_s);
     QElapsedTimer elapsed;
     elapsed.start();
     last->reportEnded();
     ASSERT_TRUE(waitFor([this] { return journal().contains("unduck"_s); }));
-    EXPECT_GE(elapsed.elapsed(), 99); // the clocks of timer and test may round apart
+    EXPECT_GE(elapsed.elapsed(), 99); // timer and test may round differently
 }
 
-TEST_F(IdlePathTest, UnducksOnlyWhenTheResourceWasRevokedMeanwhile)
+TEST_F(IdlePathTest, UnducksWithoutAReleaseIfTheResourceWasRevoked)
 {
     playToTheEnd("a"_s);
     revoke(TavoPowerManagerRevokeMessageType::Revoked);
@@ -73,7 +73,7 @@ TEST_F(IdlePathTest, UnducksOnlyWhenTheResourceWasRevokedMeanwhile)
     EXPECT_EQ(sinceThen(), QStringList{"unduck"_s});
 }
 
-TEST_F(IdlePathTest, PlaysAtOnceWhatComesBeforeTheTimeIsOver)
+TEST_F(IdlePathTest, PlaysAnItemAtOnceThatComesBeforeTheTimerFires)
 {
     playToTheEnd("a"_s);
     sinceThen();
@@ -83,7 +83,7 @@ TEST_F(IdlePathTest, PlaysAtOnceWhatComesBeforeTheTimeIsOver)
     EXPECT_EQ(sinceThen(), (QStringList{"b construct"_s, "b play"_s, "b started"_s}));
 }
 
-TEST_F(IdlePathTest, AcquiresAgainForWhatComesAfterARevoke)
+TEST_F(IdlePathTest, AcquiresAgainAfterARevoke)
 {
     playToTheEnd("a"_s);
     revoke(TavoPowerManagerRevokeMessageType::Revoked);
@@ -92,7 +92,7 @@ TEST_F(IdlePathTest, AcquiresAgainForWhatComesAfterARevoke)
     EXPECT_EQ(sinceThen().first(), "acquire"_s);
 }
 
-TEST_F(IdlePathTest, DucksAgainForWhatComesWhileUnducking)
+TEST_F(IdlePathTest, DucksAgainForAnItemThatComesWhileUnducking)
 {
     playToTheEnd("a"_s);
     setDucking(ScriptedService::keep());
@@ -100,7 +100,7 @@ TEST_F(IdlePathTest, DucksAgainForWhatComesWhileUnducking)
     enqueue("b"_s);
     EXPECT_EQ(left(TRACE_LOG_LEVEL, "continuePlayAudio", "Active request"), 1);
     sinceThen();
-    // The first duck has been answered by the script.
+    // The request before, to duck, has been answered by the script.
     services().requests(TavoPlayerMainAudioDuckingPath()).at(1).reply().setValue(QVariant());
     settle();
     EXPECT_EQ(sinceThen(), QStringList{"duck"_s});
@@ -119,7 +119,7 @@ TEST_F(IdlePathTest, IsIdleAfterTheUnduckAndStartsOver)
     EXPECT_EQ(sinceThen().mid(0, 2), (QStringList{"duck"_s, "acquire"_s}));
 }
 
-TEST_F(IdlePathTest, WaitsForWhatIsStoppingBeforeItStartsTheTimer)
+TEST_F(IdlePathTest, StartsTheTimerOnlyOnceStoppingItemsHaveStopped)
 {
     play("a"_s, 1);
     play("b"_s, 2); // pauses a
@@ -169,7 +169,7 @@ TEST_F(IdlePathTest, ForgetsTheResourceOnTheNoticeAfterARevoke)
     EXPECT_EQ(sinceThen(), QStringList{"unduck"_s});
 }
 
-TEST_F(IdlePathTest, TracesTheTimersEnd)
+TEST_F(IdlePathTest, TracesTheTimeout)
 {
     playToTheEnd("a"_s);
     fireInactivityTimer();

@@ -1,15 +1,15 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The library's entry point and what a worker is right after its making.
+// The library's entry point, and the worker right after its construction.
 
 #include "NotificationsTest.h"
-
-#include <stdexcept>
 
 #include <QLibrary>
 #include <QMetaMethod>
 #include <QProcess>
+
+#include <stdexcept>
 
 namespace {
 using log4cplus::TRACE_LOG_LEVEL;
@@ -26,7 +26,7 @@ protected:
         return static_cast<CMWorker *>(entry(name, &config));
     }
 
-    /// The paths whose nodes answer a request with anything but "no such node".
+    /// Whether there is a node at the path.
     bool isPublished(const CMPath &path)
     {
         return request(path, QVariant()).error().name() != CMErrors::noSuchNode();
@@ -59,7 +59,7 @@ TEST_F(ModuleEntryTest, CreatesAWorkerForANullNameAndEndsTheLineAfterTheLabel)
     EXPECT_EQ(logged(TRACE_LOG_LEVEL, "Enter void* worker_create(const char*, void*): name: "), 1);
 }
 
-TEST_F(ModuleEntryTest, LogsTheConstructionWithTheUnitsOwnFile)
+TEST_F(ModuleEntryTest, LogsTheConstructionWithItsSourceFile)
 {
     load();
     EXPECT_EQ(logged(TRACE_LOG_LEVEL,
@@ -117,7 +117,7 @@ TEST_F(ModuleEntryTest, PublishesItsFourRequestNodes)
     EXPECT_TRUE(isPublished(TavoNotificationDisplayCancelNotifyPath()));
 }
 
-TEST_F(ModuleEntryTest, MakesTheDisplayBeforeThePlayerAsChildrenOfTheWorker)
+TEST_F(ModuleEntryTest, ConstructsTheDisplayBeforeThePlayerAsChildrenOfTheWorker)
 {
     load();
     QStringList children;
@@ -151,7 +151,7 @@ TEST_F(ModuleEntryTest, PublishesTheRequestNodesThenTheDisplaysThenThePlayers)
     EXPECT_EQ(watcher.seen, order);
 }
 
-TEST_F(ModuleEntryTest, LeavesNoWorkerBehindWhenAControllerCannotBeMade)
+TEST_F(ModuleEntryTest, LeavesNoWorkerBehindWhenAControllerCannotBeConstructed)
 {
     class Broken : public CMUINode
     {
@@ -205,7 +205,7 @@ TEST_F(ModuleEntryTest, HandlesRequestsInTheirOrderOfArrival)
     EXPECT_FALSE(second.error().isError());
 }
 
-TEST_F(ModuleEntryTest, DeletesBothControllersWithTheWorkerAndLeavesTheModel)
+TEST_F(ModuleEntryTest, DeletesControllersAndNodesWithTheWorker)
 {
     load();
     int destroyed = 0;
@@ -218,7 +218,7 @@ TEST_F(ModuleEntryTest, DeletesBothControllersWithTheWorkerAndLeavesTheModel)
     EXPECT_FALSE(CMRoot()->getValue(TavoNotificationPlayerIsPlayingPath()).isValid());
 }
 
-TEST_F(ModuleEntryTest, AnswersWithAnErrorWhatWasWaitingWhenTheWorkerGoes)
+TEST_F(ModuleEntryTest, AnswersPendingRequestsWithAnErrorWhenTheWorkerIsDeleted)
 {
     load();
     const CMReply<QVariant> reply;
@@ -229,7 +229,7 @@ TEST_F(ModuleEntryTest, AnswersWithAnErrorWhatWasWaitingWhenTheWorkerGoes)
     EXPECT_EQ(reply.error().name(), CMErrors::noAnswer());
 }
 
-TEST_F(ModuleEntryTest, CanBeCreatedAgainAfterItsEnd)
+TEST_F(ModuleEntryTest, CanBeCreatedAgain)
 {
     load();
     unload();

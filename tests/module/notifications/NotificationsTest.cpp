@@ -24,7 +24,7 @@ WorkerCreate entryPoint()
     return create;
 }
 
-/// Passes every request on to the model's root and tells the test which ones there are.
+/// Passes all requests on to the model's root and reports them to the test.
 class ObservedRoot : public CMAbstractWorker
 {
 public:
@@ -68,16 +68,15 @@ ObservedRoot *observedRoot()
     return root;
 }
 
-/// The message with only the function's name of an entry or exit line's signature.
+/// Replaces the signature in entry and exit lines by the function's name.
 std::string shortened(const std::string &message)
 {
-    // What stands between the name and the text is the signature's end.
     static const std::regex signature("^(Enter|Leave) .*?::(\\w+)\\([^)]*\\)(?: const)?: ");
     return std::regex_replace(message, signature, "$1 $2: ");
 }
 } // namespace
 
-// The program's own definition comes before the library's, for the module too.
+// Used instead of the library's function, by the module as well.
 CMAbstractWorker *CMRoot()
 {
     return observedRoot();
@@ -113,7 +112,7 @@ NotificationsTest::NotificationsTest()
 
 NotificationsTest::~NotificationsTest()
 {
-    // What a test has put here may refer to variables that have gone with the test's body.
+    // These may refer to variables of the test's body, which has been left.
     ScriptedPlayers::instance().onCall = nullptr;
     observedRoot()->onSetData = nullptr;
     unload();

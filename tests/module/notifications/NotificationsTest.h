@@ -11,25 +11,25 @@
 
 #include <core/tavo.h>
 
-#include <memory>
+#include <QTimer>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <QTimer>
 
-/// The library under test: the built one, or the one that the environment names.
+#include <memory>
+
+/// The library under test: the built one unless the environment names another.
 inline QString notificationsModule()
 {
     return qEnvironmentVariable("TAVO_NOTIFICATIONS_MODULE",
                                 QStringLiteral(TAVO_NOTIFICATIONS_MODULE));
 }
 
-/// The built notifications module among services and players that a test plays the part of, met
-/// through the model only.
+/// The built notifications module with scripted services and players around it. The test talks to it
+/// only through the model.
 ///
-/// By default every request to a service is accepted, the device for notifications is "testdevice"
-/// and the log is at TRACE. Everything that crosses the module's border is kept in order in
-/// journal():
+/// By default the services accept every request, the device for notifications is "testdevice" and the
+/// log level is TRACE. journal() lists the module's requests and calls of players in their order:
 ///   requests   "register", "duck", "unduck", "acquire", "release"
 ///   responses  "<id> started", "<id> finished", "<id> cancelled", "<id> failed"
 ///   players    "<id> construct", "<id> play", "<id> pause", "<id> stop", "<id> destroy"
@@ -45,21 +45,21 @@ protected:
     CMWorker *worker() const { return m_worker.get(); }
     QObject *player() const; ///< the sound controller
     QTimer *inactivityTimer() const;
-    void fireInactivityTimer(); ///< its time is over, now
+    void fireInactivityTimer();
 
     // The services.
     ScriptedService &services() { return m_services; }
     void setDucking(const ScriptedService::Script &script);
     void setResources(const ScriptedService::Script &script);
-    /// Answers the oldest request to the path that has no answer yet.
+    /// Answers the oldest open request to the path.
     void answer(const CMPath &path);
     void refuse(const CMPath &path, const QString &message = "no"_s);
-    /// Sends the power manager's message and gives the answer.
+    /// Sends the power manager's message and returns the reply.
     CMReply<QVariant> revoke(TavoPowerManagerRevokeMessageType::Enum type,
                              const TavoList<TavoPowerManagerResources::Enum> &resources = {
                                  TavoPowerManagerResources::Audio});
 
-    // Requests, answered when they return.
+    // Requests to the module. They have been answered on return.
     static TavoNotificationPlayerItem item(const QString &id, int priority = 1);
     CMReply<QVariant> enqueue(const TavoNotificationPlayerItem &item);
     CMReply<QVariant> enqueue(const QString &id, int priority = 1)
@@ -69,36 +69,36 @@ protected:
     CMReply<QVariant> cancel(const QString &id);
     CMReply<QVariant> request(const CMPath &path, const QVariant &value);
 
-    /// Queues it and expects it to play.
+    /// Queues an item and expects it to play.
     ScriptedPlayer *play(const QString &id, int priority = 1);
     static ScriptedPlayer *scripted(const QString &id)
     {
         return ScriptedPlayers::instance().find(id);
     }
 
-    /// Delivers every queued call. No timer runs meanwhile.
+    /// Delivers every queued call. No timer fires meanwhile.
     static void settle();
 
     bool isPlaying() const;
     QStringList &journal() { return m_journal; }
-    /// The journal's lines that begin with the id.
+    /// The journal's lines for that id, without the id.
     QStringList journalOf(const QString &id) const;
     LogCapture &log() { return m_log; }
 
-    /// How often that very record has been written.
+    /// How often exactly this record has been logged.
     int logged(log4cplus::LogLevel level, const std::string &message) const;
-    /// How often the function's line ("Enter" or "Leave") has been written with that text.
+    /// How often the function's entry or exit line has been logged with that text.
     int entered(log4cplus::LogLevel level, const std::string &function,
                 const std::string &text) const;
     int left(log4cplus::LogLevel level, const std::string &function, const std::string &text) const;
 
-    /// The paths of all requests so far, whoever sent them and whether or not a node is there.
+    /// The paths of all requests so far, also of the test's own and of those to missing nodes.
     const QVector<CMPath> &requestedPaths() const { return m_requestedPaths; }
 
-    /// Empties the log and starts a story.
+    /// Starts a story with an empty log.
     void beginStory();
-    /// What has happened since, line by line in its order:
-    ///   log records  "DEBUG Enter soundFinished: id: a", with a signature's function name only
+    /// What has happened since beginStory(), line by line:
+    ///   log records  "DEBUG Enter soundFinished: id: a", with the function's name for its signature
     ///   players      "a play", as in the journal
     ///   requests     "to /test/response", at the time of sending
     ///   notes        as given to note()
@@ -115,7 +115,7 @@ private:
     int traced(log4cplus::LogLevel level, const std::string &line) const;
     void on_response(const CMSetDataRequest &request);
 
-    /// A line of the story that isn't a log record, and how many of those came before it.
+    /// A line of the story that is not a log record, and how many records are before it.
     struct Note
     {
         std::size_t after;

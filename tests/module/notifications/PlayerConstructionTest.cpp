@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What the sound controller is right after its making, and what it has told others by then.
+// The sound controller right after its construction.
 
 #include "NotificationsTest.h"
 
@@ -49,7 +49,7 @@ TEST_F(PlayerConstructionTest, DeclaresItsSlotsInOrderAndNothingElse)
     }
 }
 
-TEST_F(PlayerConstructionTest, HasASingleShotTimerOf100MillisecondsThatStandsStill)
+TEST_F(PlayerConstructionTest, HasAStoppedSingleShotTimerOf100Milliseconds)
 {
     load();
     EXPECT_TRUE(inactivityTimer()->isSingleShot());
@@ -90,7 +90,7 @@ TEST_F(PlayerConstructionTest, TakesTheDefaultDeviceWhenThereIsNoSuchNode)
     EXPECT_EQ(logged(DEBUG_LOG_LEVEL, "Output device name: default"), 1);
 }
 
-TEST_F(PlayerConstructionTest, ReadsTheDeviceOnceAndKeepsToIt)
+TEST_F(PlayerConstructionTest, ReadsTheDeviceOnlyOnce)
 {
     load();
     services().publishAgain(TavoPlayerAlsaDeviceNotificationsPath(), device("other"_s));
@@ -115,7 +115,7 @@ TEST_F(PlayerConstructionTest, RegistersWithOneNodeForBothMessages)
     EXPECT_EQ(record.postRevokeResourcesPath(), revokePath());
 }
 
-TEST_F(PlayerConstructionTest, ReadsTheDeviceOnceNothingPlaysAndBeforeTheRevokeNodeAndRegistering)
+TEST_F(PlayerConstructionTest, ReadsTheDeviceBetweenPublishingIsPlayingAndTheRevokeNode)
 {
     class DeviceNode : public CMUINode
     {
@@ -179,7 +179,7 @@ TEST_F(PlayerConstructionTest, HandlesARevokeFromTheEventLoop)
     EXPECT_TRUE(reply.isFinished());
 }
 
-TEST_F(PlayerConstructionTest, LogsWithTheUnitsOwnFileAndTheFunction)
+TEST_F(PlayerConstructionTest, LogsWithItsSourceFileAndFunction)
 {
     load();
     play("a"_s);
@@ -190,7 +190,7 @@ TEST_F(PlayerConstructionTest, LogsWithTheUnitsOwnFileAndTheFunction)
     EXPECT_GT(records.front().line, 0);
 }
 
-TEST_F(PlayerConstructionTest, DoesNotNoticeARegistrationThatFails)
+TEST_F(PlayerConstructionTest, IgnoresAFailedRegistration)
 {
     services().setScript(TavoPowerManagerModuleRegisterPath(), ScriptedService::refuse("no"_s));
     load();
@@ -199,7 +199,7 @@ TEST_F(PlayerConstructionTest, DoesNotNoticeARegistrationThatFails)
     EXPECT_EQ(log().countAt(log4cplus::ERROR_LOG_LEVEL), 0);
 }
 
-TEST_F(PlayerConstructionTest, ComesUpWithoutAnyServiceAndAnswersRequests)
+TEST_F(PlayerConstructionTest, WorksWithoutAnyService)
 {
     services().withdraw(TavoPowerManagerModuleRegisterPath());
     services().withdraw(TavoPowerManagerResourceRequestPath());

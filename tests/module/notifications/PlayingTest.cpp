@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Playing one item: which player it gets, what is reported, and what happens when it can't start.
+// Playing one item: its player, its started response, and its failure to start.
 
 #include "NotificationsTest.h"
 
@@ -71,7 +71,7 @@ TEST_F(PlayingTest, PlaysAStreamWithTheStreamPlayer)
     EXPECT_EQ(logged(DEBUG_LOG_LEVEL, "Constructing stream player"), 1);
 }
 
-TEST_F(PlayingTest, PlaysASilentOneWithTheFakePlayer)
+TEST_F(PlayingTest, PlaysASilentItemWithTheFakePlayer)
 {
     const ScriptedPlayer *player = playAs(Type::Fake, "ignored"_s);
     ASSERT_NE(player, nullptr);
@@ -95,7 +95,7 @@ TEST_F(PlayingTest, SetsTheLoopFlagAndTheUsageBeforeItPlays)
 class PlayingStoryTest : public PlayingTest
 {
 protected:
-    /// The story from the grant of the resource to where the item has been dealt with.
+    /// The story of an item from the grant of the resource on.
     std::vector<std::string> storyOf(Type::Enum type)
     {
         setResources(ScriptedService::keep());
@@ -107,7 +107,7 @@ protected:
     }
 };
 
-TEST_F(PlayingStoryTest, SaysWhatItDoesBeforeItDoesIt)
+TEST_F(PlayingStoryTest, LogsConstructionAndStartBeforehand)
 {
     EXPECT_THAT(storyOf(Type::Data),
                 testing::ElementsAre(
@@ -119,7 +119,7 @@ TEST_F(PlayingStoryTest, SaysWhatItDoesBeforeItDoesIt)
                     "TRACE Leave handleRequestResourcesFinished: "));
 }
 
-TEST_F(PlayingStoryTest, SaysThatItConstructsAStreamPlayerBeforeItDoesIt)
+TEST_F(PlayingStoryTest, LogsTheConstructionOfAStreamPlayerBeforehand)
 {
     const auto lines = storyOf(Type::Stream);
     ASSERT_EQ(lines.size(), 11U);
@@ -127,7 +127,7 @@ TEST_F(PlayingStoryTest, SaysThatItConstructsAStreamPlayerBeforeItDoesIt)
     EXPECT_EQ(lines[4], "a construct");
 }
 
-TEST_F(PlayingStoryTest, SaysNothingOfTheConstructionOfOtherPlayers)
+TEST_F(PlayingStoryTest, DoesNotLogTheConstructionOfOtherPlayers)
 {
     for (const Type::Enum type : {Type::Uri, Type::Fake}) {
         const auto lines = storyOf(type);
@@ -138,7 +138,7 @@ TEST_F(PlayingStoryTest, SaysNothingOfTheConstructionOfOtherPlayers)
     }
 }
 
-TEST_F(PlayingStoryTest, SaysThatAPlayerFailedToStartBeforeItHandlesTheFailure)
+TEST_F(PlayingStoryTest, LogsAFailureToStartBeforeItIsHandled)
 {
     ScriptedPlayers::instance().failPlay("a"_s);
     EXPECT_THAT(
@@ -160,7 +160,7 @@ TEST_F(PlayingStoryTest, SaysThatAPlayerFailedToStartBeforeItHandlesTheFailure)
             "TRACE Leave playItemFromQueue: ", "TRACE Leave handleRequestResourcesFinished: "));
 }
 
-TEST_F(PlayingStoryTest, HasAnItemOfAnInvalidTypeForTheActiveOneWhenItFails)
+TEST_F(PlayingStoryTest, MakesAnItemOfAnInvalidTypeTheActiveOneBeforeItFails)
 {
     EXPECT_THAT(
         storyOf(Type::Enum(7)),
@@ -179,7 +179,7 @@ TEST_F(PlayingStoryTest, HasAnItemOfAnInvalidTypeForTheActiveOneWhenItFails)
             "TRACE Leave playItemFromQueue: ", "TRACE Leave handleRequestResourcesFinished: "));
 }
 
-TEST_F(PlayingTest, SaysThatSomethingPlaysWhenAnInvalidItemFails)
+TEST_F(PlayingTest, IsPlayingWhenAnInvalidItemFails)
 {
     bool saidSo = false;
     services().setDirectScript(responsePath(), [&](const CMSetDataRequest &request) {
@@ -236,7 +236,7 @@ TEST_F(PlayingTest, SendsNothingOnAnyPathForItemsWithoutAResponsePath)
     EXPECT_EQ(others, 0);
 }
 
-TEST_F(PlayingTest, PlaysOnWhenTheResponsePathLeadsNowhere)
+TEST_F(PlayingTest, GoesOnWhenTheResponsePathHasNoNode)
 {
     enqueue(item("a"_s).setPlaybackResponsePath(CMPath("/nobody"_s)));
     scripted("a"_s)->reportEnded();
@@ -244,7 +244,7 @@ TEST_F(PlayingTest, PlaysOnWhenTheResponsePathLeadsNowhere)
     play("b"_s);
 }
 
-TEST_F(PlayingTest, SaysThatSomethingPlays)
+TEST_F(PlayingTest, IsPlayingWhileAnItemPlays)
 {
     play("a"_s);
     EXPECT_TRUE(isPlaying());
@@ -262,7 +262,7 @@ TEST_F(PlayingTest, ResumesThePlayerOfAPausedItemWithoutASecondStart)
     EXPECT_EQ(logged(INFO_LOG_LEVEL, "Starting playback: a"), 2);
 }
 
-TEST_F(PlayingTest, HearsAResumedPlayersEndOnce)
+TEST_F(PlayingTest, HandlesTheEndOfAResumedPlayerOnce)
 {
     play("a"_s, 1);
     play("b"_s, 2);
@@ -292,7 +292,7 @@ INSTANTIATE_TEST_SUITE_P(Types, InvalidTypeTest,
                          testing::Values(4, 42, -1, std::numeric_limits<int>::min(),
                                          std::numeric_limits<int>::max()));
 
-TEST_F(PlayingTest, FailsWhatCannotStartAndPlaysTheNext)
+TEST_F(PlayingTest, FailsAnItemThatCannotStartAndPlaysTheNext)
 {
     setDucking(ScriptedService::keep());
     ScriptedPlayers::instance().failPlay("a"_s);
@@ -309,7 +309,7 @@ TEST_F(PlayingTest, FailsWhatCannotStartAndPlaysTheNext)
     EXPECT_EQ(journalOf("b"_s).last(), "started"_s);
 }
 
-TEST_F(PlayingTest, IgnoresALateEndOfWhatCouldNotStart)
+TEST_F(PlayingTest, IgnoresALateEndOfAnItemThatCouldNotStart)
 {
     play("a"_s, 1);
     play("b"_s, 2);
@@ -322,7 +322,7 @@ TEST_F(PlayingTest, IgnoresALateEndOfWhatCouldNotStart)
     EXPECT_EQ(journal().count("a finished"_s), 0);
 }
 
-TEST_F(PlayingTest, TakesAnEndFromInsideAPlayThatThenFails)
+TEST_F(PlayingTest, AcceptsAnEndReportedFromInsideAPlayThatFails)
 {
     ScriptedPlayers::instance().failPlay("a"_s);
     ScriptedPlayers::instance().onCall = [](const QString &call, const QString &id) {
@@ -341,7 +341,7 @@ TEST_F(PlayingTest, TakesAnEndFromInsideAPlayThatThenFails)
     EXPECT_EQ(journalOf("b"_s), QStringList{"started"_s});
 }
 
-TEST_F(PlayingTest, FailsAPausedItemThatCannotGoOn)
+TEST_F(PlayingTest, FailsAPausedItemThatCannotBeResumed)
 {
     play("a"_s, 1);
     play("b"_s, 2);
@@ -352,7 +352,7 @@ TEST_F(PlayingTest, FailsAPausedItemThatCannotGoOn)
     EXPECT_TRUE(inactivityTimer()->isActive());
 }
 
-TEST_F(PlayingTest, SaysThatSomethingPlaysEvenIfTheItemThenFails)
+TEST_F(PlayingTest, IsPlayingEvenIfTheItemThenFailsToStart)
 {
     setDucking(ScriptedService::keep());
     ScriptedPlayers::instance().failPlay("a"_s);

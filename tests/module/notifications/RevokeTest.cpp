@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The power manager's messages.
+// Revoke messages of the power manager.
 
 #include "NotificationsTest.h"
 
@@ -26,7 +26,7 @@ protected:
 };
 } // namespace
 
-TEST_F(RevokeTest, StopsWhatPlaysAndCancelsTheRest)
+TEST_F(RevokeTest, StopsThePlayingItemAndCancelsTheRest)
 {
     play("a"_s);
     enqueue("b"_s);
@@ -42,7 +42,7 @@ TEST_F(RevokeTest, StopsWhatPlaysAndCancelsTheRest)
     EXPECT_TRUE(inactivityTimer()->isActive());
 }
 
-TEST_F(RevokeTest, SaysWhyItCancelsBeforeItDoesAndAnswersLast)
+TEST_F(RevokeTest, IsLoggedBeforeTheCancellingAndAnsweredLast)
 {
     play("a"_s);
     enqueue("b"_s);
@@ -71,7 +71,7 @@ TEST_F(RevokeTest, SaysWhyItCancelsBeforeItDoesAndAnswersLast)
                              "TRACE Leave on_revokeResources_activated: "));
 }
 
-TEST_F(RevokeTest, DoesNotReleaseWhatWasTaken)
+TEST_F(RevokeTest, IsNotFollowedByARelease)
 {
     play("a"_s);
     revoke(Type::Revoked);
@@ -82,7 +82,7 @@ TEST_F(RevokeTest, DoesNotReleaseWhatWasTaken)
     EXPECT_EQ(journal().last(), "unduck"_s);
 }
 
-TEST_F(RevokeTest, LetsTheNoticeAfterwardsOnlyForgetTheResource)
+TEST_F(RevokeTest, OfTheSecondTypeOnlyForgetsTheResource)
 {
     play("a"_s);
     enqueue("b"_s);
@@ -95,7 +95,7 @@ TEST_F(RevokeTest, LetsTheNoticeAfterwardsOnlyForgetTheResource)
     EXPECT_EQ(journalOf("b"_s).last(), "started"_s);
 }
 
-TEST_F(RevokeTest, IgnoresAMessageThatSpeaksOfOtherResourcesButAnswersIt)
+TEST_F(RevokeTest, OfOtherResourcesIsAnsweredAndIgnored)
 {
     play("a"_s);
     expectEmptyAnswer(revoke(Type::Revoked, {Resources::Processor, Resources::Network}));
@@ -114,7 +114,7 @@ TEST_F(RevokeTest, FindsTheAudioResourceAmongOthers)
     EXPECT_EQ(scripted("a"_s)->stops, 1);
 }
 
-TEST_F(RevokeTest, FindsTheAudioResourceInWhateverFormItsNumberTravelled)
+TEST_F(RevokeTest, FindsTheAudioResourceWhateverTheTypeOfItsNumber)
 {
     for (const QVariant &number : {QVariant(2), QVariant(2.0), QVariant(2LL), QVariant("2"_s)}) {
         play("a"_s);
@@ -140,14 +140,14 @@ TEST_F(RevokeTest, IsIgnoredWhileAnAcquireIsOutstanding)
     EXPECT_EQ(journalOf("a"_s).last(), "started"_s);
 }
 
-TEST_F(RevokeTest, CancelsWhatWaitsWhileTheSequenceIsDucking)
+TEST_F(RevokeTest, CancelsWaitingItemsWhileDucking)
 {
     setDucking(ScriptedService::keep());
     enqueue("a"_s);
     revoke(Type::Revoked);
     EXPECT_EQ(journalOf("a"_s), QStringList{"cancelled"_s});
     answer(TavoPlayerMainAudioDuckingPath());
-    // The sequence goes through without an item and comes back.
+    // The audio sequence goes on without an item, to its end.
     EXPECT_TRUE(inactivityTimer()->isActive());
 }
 
@@ -158,7 +158,7 @@ TEST_F(RevokeTest, IsAnsweredWhenNothingPlays)
     EXPECT_EQ(journal(), QStringList{"register"_s});
 }
 
-TEST_F(RevokeTest, LeavesTheTimerRunningWhenTheQueueHasRunDry)
+TEST_F(RevokeTest, LeavesTheInactivityTimerRunning)
 {
     play("a"_s)->reportEnded();
     settle();
@@ -189,7 +189,7 @@ TEST_F(RevokeTest, ChangesNothingAfterARefusedAcquire)
     EXPECT_EQ(journal().count("duck"_s), 1);
 }
 
-TEST_F(RevokeTest, IsAnsweredWhileTheMainAudioIsBeingRestored)
+TEST_F(RevokeTest, IsAnsweredWhileUnducking)
 {
     play("a"_s)->reportEnded();
     settle();
@@ -214,7 +214,7 @@ TEST_F(RevokeTest, LogsTheMessage)
     EXPECT_EQ(entered(TRACE_LOG_LEVEL, "on_revokeResources_activated", text.str()), 1);
 }
 
-TEST_F(RevokeTest, AnswersValuesThatAreNoMessage)
+TEST_F(RevokeTest, AnswersInvalidMessages)
 {
     play("a"_s);
     const CMPath path = TavoNotificationsPath() + "/player/revokeResources"_s;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The sound controller from within: the guards that nothing outside leads to.
+// The sound controller from within: assertions that nothing outside leads to.
 
 #include "NotificationsTest.h"
 

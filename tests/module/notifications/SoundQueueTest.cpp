@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Admission to the queue: what is refused, where an item stands, and what it does to the head.
+// Queueing items: which are refused, their order, and pre-emption.
 
 #include "NotificationsTest.h"
 
@@ -16,7 +16,7 @@ class SoundQueueTest : public NotificationsTest
 protected:
     SoundQueueTest() { load(); }
 
-    /// The ids in the order in which they stand in the queue, as the newest dump lists them.
+    /// The ids of the queued items in order, from the newest listing in the log.
     QStringList queue() const
     {
         QStringList ids;
@@ -53,7 +53,7 @@ TEST_F(SoundQueueTest, PutsTheFirstItemIntoTheEmptyQueueAndGoesOn)
     EXPECT_GE(entered(TRACE_LOG_LEVEL, "continuePlayAudio", "queue size: 1"), 1);
 }
 
-TEST_F(SoundQueueTest, PutsAnEqualPriorityBehindAllOfTheSame)
+TEST_F(SoundQueueTest, QueuesAnItemBehindThoseOfTheSamePriority)
 {
     play("a"_s, 5);
     enqueue("b"_s, 5);
@@ -63,7 +63,7 @@ TEST_F(SoundQueueTest, PutsAnEqualPriorityBehindAllOfTheSame)
     EXPECT_EQ(scripted("a"_s)->pauses, 0);
 }
 
-TEST_F(SoundQueueTest, PutsAnItemBetweenWithoutDisturbingTheHead)
+TEST_F(SoundQueueTest, QueuesALessUrgentItemWithoutPausingTheHead)
 {
     play("a"_s, 5);
     enqueue("b"_s, 3);
@@ -73,7 +73,7 @@ TEST_F(SoundQueueTest, PutsAnItemBetweenWithoutDisturbingTheHead)
     EXPECT_EQ(scripted("a"_s)->pauses, 0);
 }
 
-TEST_F(SoundQueueTest, LetsAMoreUrgentItemPauseThePlayingHead)
+TEST_F(SoundQueueTest, PausesThePlayingHeadForAMoreUrgentItem)
 {
     play("a"_s, 5);
     play("b"_s, 7);
@@ -100,7 +100,7 @@ TEST_F(SoundQueueTest, PausesAHeadThatHasAPlayerOnceForEachItemThatPreemptsIt)
     enqueue("b"_s, 7);
     EXPECT_EQ(scripted("a"_s)->pauses, 1);
     cancel("b"_s);
-    // The head again, with its player, but not the active one.
+    // Now a is the head again; it has a player but is not the active item.
     enqueue("c"_s, 7);
     EXPECT_EQ(scripted("a"_s)->pauses, 2);
     EXPECT_EQ(queue(), ids("c a"));
@@ -136,9 +136,9 @@ TEST_F(SoundQueueTest, PlaysAnItemThatPreemptsTheHeadAlthoughACancelledOneIsStil
     EXPECT_EQ(scripted("b"_s), nullptr);
 }
 
-TEST_F(SoundQueueTest, HasTheNewHeadInPlaceWhenItPausesTheOld)
+TEST_F(SoundQueueTest, QueuesThePreemptingItemBeforeItPausesTheHead)
 {
-    // Whatever a player does when it is paused, it finds the queue in order.
+    // A player may report an error from inside pause().
     play("a"_s, 5);
     ScriptedPlayers::instance().onCall = [](const QString &call, const QString &id) {
         if (call == "pause"_s) {
@@ -151,7 +151,7 @@ TEST_F(SoundQueueTest, HasTheNewHeadInPlaceWhenItPausesTheOld)
     EXPECT_EQ(scripted("b"_s)->plays, 1);
 }
 
-TEST_F(SoundQueueTest, ComparesPrioritiesAsSignedNumbersToBothEnds)
+TEST_F(SoundQueueTest, ComparesPrioritiesAsSignedNumbers)
 {
     setDucking(ScriptedService::keep());
     enqueue("zero"_s, 0);
@@ -174,7 +174,7 @@ TEST_F(SoundQueueTest, KeepsTheOrderOfArrivalAmongManyOfMixedPriorities)
     EXPECT_EQ(queue(), expected[3] + expected[2] + expected[1] + expected[0]);
 }
 
-TEST_F(SoundQueueTest, KeepsTheOrderOfTheOthersWhateverIsCancelledAndComesAgain)
+TEST_F(SoundQueueTest, KeepsTheOrderWhenItemsAreCancelledAndQueuedAgain)
 {
     setDucking(ScriptedService::keep());
     constexpr int count = 40;
@@ -183,7 +183,8 @@ TEST_F(SoundQueueTest, KeepsTheOrderOfTheOthersWhateverIsCancelledAndComesAgain)
         enqueue("n%1"_s.arg(i), (i * 7) % 4);
         expected[(i * 7) % 4].append("n%1"_s.arg(i));
     }
-    // Every third in a mixed order, of which every second comes back at another priority.
+    // Cancel every third item, in mixed order, and queue every second of them again with another
+    // priority.
     for (int n = 0; n < count; n += 3) {
         const int i = (n * 11) % count;
         const QString id = "n%1"_s.arg(i);
@@ -263,7 +264,7 @@ TEST_F(SoundQueueTest, DoesNotListTheQueueWhenTraceIsOnlyInherited)
     EXPECT_TRUE(queue().isEmpty());
 }
 
-TEST_F(SoundQueueTest, NeverListsWhatIsStopping)
+TEST_F(SoundQueueTest, DoesNotListStoppingItems)
 {
     play("a"_s);
     cancel("a"_s);

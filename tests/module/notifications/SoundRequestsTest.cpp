@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The two sound request nodes: what a request carries, and how it is answered.
+// The two request nodes for sounds: what requests carry and how they are answered.
 
 #include "NotificationsTest.h"
 
@@ -86,7 +86,7 @@ TEST_F(SoundRequestsTest, AnswersACancelOfAnUnknownIdWithAPlainError)
     EXPECT_FALSE(reply.error().message().isTranslatable());
 }
 
-TEST_F(SoundRequestsTest, WritesNoLineOfItsOwnForACancel)
+TEST_F(SoundRequestsTest, LogsNothingInTheHandlerOfACancel)
 {
     enqueue("a"_s);
     log().clear();
@@ -98,7 +98,7 @@ TEST_F(SoundRequestsTest, WritesNoLineOfItsOwnForACancel)
     }
 }
 
-TEST_F(SoundRequestsTest, ReportsTheEndElsewhereThanInTheAnswer)
+TEST_F(SoundRequestsTest, ReportsTheEndToTheResponsePath)
 {
     play("a"_s)->reportEnded();
     settle();
@@ -127,7 +127,7 @@ INSTANTIATE_TEST_SUITE_P(
                         {"notificationPlayerItem"_s, QVariantHash{{"id"_s, QVariantList{1, 2}}}},
                         {"string"_s, QVariantHash()}})));
 
-TEST_F(SoundRequestsTest, TakesUnsuitableFieldsForTheirDefaults)
+TEST_F(SoundRequestsTest, UsesDefaultsForUnsuitableFields)
 {
     const QVariantHash record{{"id"_s, "a"_s},      {"content"_s, 5},
                               {"type"_s, "loud"_s}, {"priority"_s, QVariantList()},
@@ -140,7 +140,7 @@ TEST_F(SoundRequestsTest, TakesUnsuitableFieldsForTheirDefaults)
     EXPECT_FALSE(scripted("a"_s)->loop);
 }
 
-TEST_F(SoundRequestsTest, TakesRequestsFromOtherThreads)
+TEST_F(SoundRequestsTest, AcceptsRequestsFromOtherThreads)
 {
     const CMReply<QVariant> reply;
     const std::unique_ptr<QThread> requester(QThread::create([&reply] {
@@ -160,8 +160,8 @@ TEST_F(SoundRequestsTest, TakesRequestsFromOtherThreads)
 
 TEST(SoundRequestsDeathTest, ARequestWithoutDataIsAProgrammingError)
 {
-    EXPECT_DEATH(CMSetDataRequest().value(), "d\\(\\)");
-    EXPECT_DEATH(CMSetDataRequest().reply(), "d\\(\\)");
+    EXPECT_DEATH(CMSetDataRequest().value(), "\"d\\(\\)\"");
+    EXPECT_DEATH(CMSetDataRequest().reply(), "\"d\\(\\)\"");
 }
 
 TEST_F(SoundRequestsTest, RefusesDisplayRequestsWithTheirTexts)

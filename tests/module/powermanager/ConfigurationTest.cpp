@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 
 namespace {
-std::string failureWith(const QVariantHash &config)
+std::string errorWith(const QVariantHash &config)
 {
     try {
         const LoadedModule module(MODULE_FILE, "powermanager", config);
@@ -20,27 +20,27 @@ std::string failureWith(const QVariantHash &config)
 
 TEST(PowerManagerConfigurationTest, RefusesAnUnknownKeyAndNamesIt)
 {
-    EXPECT_EQ(failureWith({{"revokeTimeOut", 100}}), "revokeTimeOut: unknown key");
+    EXPECT_EQ(errorWith({{"revokeTimeOut", 100}}), "revokeTimeOut: unknown key");
 }
 
-TEST(PowerManagerConfigurationTest, RefusesATimeoutThatIsNoNumber)
+TEST(PowerManagerConfigurationTest, RefusesATimeoutThatIsNotANumber)
 {
-    EXPECT_THAT(failureWith({{"revokeTimeout", "100"}}), testing::StartsWith("revokeTimeout: "));
+    EXPECT_THAT(errorWith({{"revokeTimeout", "100"}}), testing::StartsWith("revokeTimeout: "));
 }
 
 TEST(PowerManagerConfigurationTest, RefusesATimeoutOutOfRange)
 {
-    EXPECT_THAT(failureWith({{"revokeTimeout", 0}}), testing::StartsWith("revokeTimeout: "));
+    EXPECT_THAT(errorWith({{"revokeTimeout", 0}}), testing::StartsWith("revokeTimeout: "));
 }
 
-TEST(PowerManagerConfigurationTest, TakesAWholeNumberFromJson)
+TEST(PowerManagerConfigurationTest, TakesAnIntegerFromJson)
 {
-    EXPECT_EQ(failureWith({{"revokeTimeout", 100.0}}), "");
+    EXPECT_EQ(errorWith({{"revokeTimeout", 100.0}}), "");
 }
 
 TEST(PowerManagerConfigurationTest, LeavesNoNodeBehindWhenItRefuses)
 {
-    failureWith({{"unknown", 1}});
+    errorWith({{"unknown", 1}});
     const Request request(TavoPowerManagerStandbyPath(), QVariant());
     EXPECT_EQ(request.error().name(), CMErrors::noSuchNode());
 }

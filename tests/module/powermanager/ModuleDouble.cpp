@@ -36,7 +36,7 @@ TavoPowerManagerModuleRegister ModuleDouble::registration() const
 
 void ModuleDouble::answer()
 {
-    for (const CMReply<QVariant> &reply : std::exchange(m_owed, {})) {
+    for (const CMReply<QVariant> &reply : std::exchange(m_openReplies, {})) {
         reply.setValue(QVariant());
     }
 }
@@ -52,7 +52,7 @@ void ModuleDouble::on_revoke_activated(const CMSetDataRequest &request)
         request.reply().setError(CMError("Test", "Not now"));
         return;
     case Manner::StaysSilent:
-        m_owed.append(request.reply());
+        m_openReplies.append(request.reply());
         return;
     }
 }
@@ -71,6 +71,6 @@ void ModuleDouble::note(const std::string &what, const CMSetDataRequest &request
     for (int i = 0; i < message.revokeResources().size(); ++i) {
         entry += ' ' + std::to_string(message.revokeResources().at(i));
     }
-    // The path says what the message should be.
+    // The message's type must match the path it was sent to.
     m_journal->push_back(isNotice == (what == "notice") ? entry : entry + " of a wrong type");
 }

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-/// A module that registers with the power manager and takes down, in a journal that several may
-/// share, what it is told: "<name> revoked 2" and "<name> notice 2".
+/// A module for the power manager. It notes the messages that it receives as "<name> revoked 2" and
+/// "<name> notice 2", in a journal that several modules can share.
 class ModuleDouble : public CMNodesWorker
 {
     Q_OBJECT
@@ -24,7 +24,7 @@ public:
     CMPath postRevokePath() const;
     TavoPowerManagerModuleRegister registration() const;
 
-    /// Gives the answers that a silent one owes.
+    /// Answers the requests that a silent module has left open.
     void answer();
 
 private Q_SLOTS:
@@ -36,5 +36,5 @@ private:
 
     Journal *m_journal;
     Manner m_manner;
-    QList<CMReply<QVariant>> m_owed;
+    QList<CMReply<QVariant>> m_openReplies;
 };

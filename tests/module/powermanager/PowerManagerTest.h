@@ -11,12 +11,12 @@
 
 #include <core/tavo.h>
 
-#include <memory>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-/// The module, loaded from its library and met through the model alone.
+#include <memory>
+
+/// The module, loaded from its library and used through the model only.
 class PowerManagerTest : public testing::Test
 {
 protected:
@@ -32,7 +32,7 @@ protected:
 
     void removeService() { m_module.reset(); }
 
-    /// A double that has registered already.
+    /// A module that has registered.
     Module makeModule(const QString &name, Manner manner = Manner::Answers)
     {
         auto module = std::make_unique<ModuleDouble>(name, &m_journal, manner);
@@ -45,8 +45,8 @@ protected:
         return {TavoPowerManagerModuleRegisterPath(), registration};
     }
 
-    static TavoPowerManagerResourceRequest wish(Actions::Enum action, Resources::Enum resource,
-                                                const QString &module)
+    static TavoPowerManagerResourceRequest
+    resourceRequest(Actions::Enum action, Resources::Enum resource, const QString &module)
     {
         return TavoPowerManagerResourceRequest()
             .setModuleName(module)
@@ -54,17 +54,17 @@ protected:
             .setAction(action);
     }
 
-    static Request send(const TavoPowerManagerResourceRequest &wish)
+    static Request send(const TavoPowerManagerResourceRequest &request)
     {
-        return {TavoPowerManagerResourceRequestPath(), wish};
+        return {TavoPowerManagerResourceRequestPath(), request};
     }
     static Request acquire(Resources::Enum resource, const QString &module)
     {
-        return send(wish(Actions::Acquire, resource, module));
+        return send(resourceRequest(Actions::Acquire, resource, module));
     }
     static Request release(Resources::Enum resource, const QString &module)
     {
-        return send(wish(Actions::Release, resource, module));
+        return send(resourceRequest(Actions::Release, resource, module));
     }
     static Request standby() { return {TavoPowerManagerStandbyPath(), QVariant()}; }
     static Request resume() { return {TavoPowerManagerResumePath(), QVariant()}; }

@@ -11,7 +11,7 @@ class RegistrationTest : public PowerManagerTest
 {
 };
 
-TEST_F(RegistrationTest, StartsWithoutModulesOrHoldersAndAwake)
+TEST_F(RegistrationTest, StartsAwakeWithoutModulesOrHolders)
 {
     EXPECT_FALSE(state().standby());
     EXPECT_THAT(elementsOf(state().modules()), IsEmpty());
@@ -36,7 +36,7 @@ TEST_F(RegistrationTest, ReplacesTheRegistrationOfAModuleThatRegistersAgain)
     EXPECT_THAT(journal(), ElementsAre("other revoked 2", "other notice 2"));
 }
 
-TEST_F(RegistrationTest, TakesAModuleThatRegistersAgainToHoldNothing)
+TEST_F(RegistrationTest, RevokesWhatAModuleHeldThatRegistersAgain)
 {
     const Module alarm = makeModule("alarm");
     ASSERT_TRUE(acquire(Resources::Audio, "alarm").succeeds());
@@ -44,7 +44,7 @@ TEST_F(RegistrationTest, TakesAModuleThatRegistersAgainToHoldNothing)
     EXPECT_THAT(holders(Resources::Audio), IsEmpty());
 }
 
-TEST_F(RegistrationTest, TakesBackWhatAModuleHeldThatHasGone)
+TEST_F(RegistrationTest, ForgetsAModuleThatHasGoneAndWhatItHeld)
 {
     Module alarm = makeModule("alarm");
     const Module radio = makeModule("radio");
@@ -68,7 +68,7 @@ TEST_F(RegistrationTest, LetsAModuleRegisterBeforeItPublishesItsPaths)
     EXPECT_THAT(holders(Resources::Audio), ElementsAre("alarm"));
 }
 
-TEST_F(RegistrationTest, KnowsAModuleAgainThatHasComeBack)
+TEST_F(RegistrationTest, AcceptsAModuleThatHasComeBack)
 {
     makeModule("alarm").reset();
     const Module alarm = makeModule("alarm");
@@ -76,7 +76,7 @@ TEST_F(RegistrationTest, KnowsAModuleAgainThatHasComeBack)
     EXPECT_TRUE(acquire(Resources::Audio, "alarm").succeeds());
 }
 
-TEST_F(RegistrationTest, AllowsARegistrationWithoutAPathForTheNotice)
+TEST_F(RegistrationTest, AllowsARegistrationWithoutAPostRevokePath)
 {
     const Module alarm = makeModule("alarm");
     ASSERT_TRUE(
@@ -102,7 +102,7 @@ TEST_F(RegistrationTest, RefusesARegistrationWithoutARevokePath)
         registerModule(TavoPowerManagerModuleRegister().setModuleName("alarm")).succeeds());
 }
 
-TEST_F(RegistrationTest, RefusesAValueThatIsNoRecord)
+TEST_F(RegistrationTest, RefusesAValueThatIsNotARecord)
 {
     EXPECT_FALSE(Request(TavoPowerManagerModuleRegisterPath(), QVariant("alarm")).succeeds());
     EXPECT_EQ(log().countAt(log4cplus::WARN_LOG_LEVEL), 1);

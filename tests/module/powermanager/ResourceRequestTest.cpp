@@ -30,7 +30,7 @@ TEST_F(ResourceRequestTest, GrantsAResourceToSeveralModules)
     EXPECT_THAT(holders(Resources::Audio), ElementsAre("alarm", "radio"));
 }
 
-TEST_F(ResourceRequestTest, ReleasesForOneModuleAlone)
+TEST_F(ResourceRequestTest, ReleasesForOneModuleOnly)
 {
     ASSERT_TRUE(acquire(Resources::Audio, "radio").succeeds());
     ASSERT_TRUE(acquire(Resources::Audio, "alarm").succeeds());
@@ -76,33 +76,33 @@ TEST_F(ResourceRequestTest, RefusesAnUnknownResource)
 
 TEST_F(ResourceRequestTest, DoesNotTakeAMissingResourceForTheFirst)
 {
-    const auto wish =
+    const auto request =
         TavoPowerManagerResourceRequest().setModuleName("alarm").setAction(Actions::Acquire);
-    EXPECT_EQ(send(wish).errorText(), "There is no such resource");
+    EXPECT_EQ(send(request).errorText(), "There is no such resource");
     EXPECT_THAT(holders(Resources::Processor), IsEmpty());
 }
 
-TEST_F(ResourceRequestTest, DoesNotTakeATextForTheFirstResource)
+TEST_F(ResourceRequestTest, DoesNotTakeAStringForTheFirstResource)
 {
-    QVariantHash fields = wish(Actions::Acquire, Resources::Audio, "alarm").fields();
+    QVariantHash fields = resourceRequest(Actions::Acquire, Resources::Audio, "alarm").fields();
     fields.insert("resource", "Audio");
     EXPECT_EQ(send(fields).errorText(), "There is no such resource");
 }
 
 TEST_F(ResourceRequestTest, DoesNotTakeAFractionForTheFirstResource)
 {
-    QVariantHash fields = wish(Actions::Acquire, Resources::Audio, "alarm").fields();
+    QVariantHash fields = resourceRequest(Actions::Acquire, Resources::Audio, "alarm").fields();
     fields.insert("resource", 2.5);
     EXPECT_EQ(send(fields).errorText(), "There is no such resource");
 }
 
 TEST_F(ResourceRequestTest, RefusesAnUnknownAction)
 {
-    EXPECT_EQ(send(wish(Actions::Enum(17), Resources::Audio, "alarm")).errorText(),
+    EXPECT_EQ(send(resourceRequest(Actions::Enum(17), Resources::Audio, "alarm")).errorText(),
               "The action must be to acquire (1) or release (2)");
 }
 
-TEST_F(ResourceRequestTest, RefusesAValueThatIsNoRecord)
+TEST_F(ResourceRequestTest, RefusesAValueThatIsNotARecord)
 {
     EXPECT_FALSE(Request(TavoPowerManagerResourceRequestPath(), QVariant(1)).succeeds());
 }
@@ -112,7 +112,7 @@ TEST_F(ResourceRequestTest, AnswersAReleaseOfWhatIsNotHeld)
     EXPECT_TRUE(release(Resources::Audio, "alarm").succeeds());
 }
 
-TEST_F(ResourceRequestTest, LeavesOthersWhatAModuleReleasesThatDoesNotHoldIt)
+TEST_F(ResourceRequestTest, KeepsTheGrantsOfOthersWhenAModuleReleasesWhatItDoesNotHold)
 {
     const Module alarm = makeModule("alarm");
     const Module radio = makeModule("radio");
@@ -121,7 +121,7 @@ TEST_F(ResourceRequestTest, LeavesOthersWhatAModuleReleasesThatDoesNotHoldIt)
     EXPECT_THAT(holders(Resources::Display), ElementsAre("radio"));
 }
 
-TEST_F(ResourceRequestTest, AnswersAReleaseByAStranger)
+TEST_F(ResourceRequestTest, AnswersAReleaseByAnUnregisteredModule)
 {
     EXPECT_TRUE(release(Resources::Enum(17), "stranger").succeeds());
 }
@@ -129,7 +129,7 @@ TEST_F(ResourceRequestTest, AnswersAReleaseByAStranger)
 TEST_F(ResourceRequestTest, PublishesTheStateBeforeItAnswers)
 {
     std::vector<QString> seen;
-    const auto request = wish(Actions::Acquire, Resources::Audio, "alarm");
+    const auto request = resourceRequest(Actions::Acquire, Resources::Audio, "alarm");
     const CMReply<QVariant> reply =
         CMRoot()->invoke(TavoPowerManagerResourceRequestPath(), request, CMReply<QVariant>());
     reply.addWatcher(

@@ -22,7 +22,7 @@ protected:
     }
 };
 
-TEST_F(StandbyTest, AnswersAtOnceWhenNobodyHoldsAnything)
+TEST_F(StandbyTest, AnswersAtOnceWhenNothingIsHeld)
 {
     const Module alarm = makeModule("alarm");
     EXPECT_TRUE(standby().succeeds());
@@ -103,7 +103,7 @@ TEST_F(StandbyTimeoutTest, GivesUpOnSilentHoldersAfterTheConfiguredTime)
     QElapsedTimer elapsed;
     elapsed.start();
     EXPECT_TRUE(standby().succeeds());
-    // The timer is a coarse one: it may come a twentieth of its time early.
+    // A coarse timer may fire up to 5 % early.
     EXPECT_GE(elapsed.elapsed(), timeoutMs - timeoutMs / 20 - 1);
     settle();
     EXPECT_THAT(journal(), ElementsAre("alarm revoked 2", "alarm notice 2"));
@@ -185,7 +185,7 @@ TEST_F(StandbyTest, AnswersAResumeWithoutStandby)
     EXPECT_EQ(log().count("Resumed"), 0);
 }
 
-TEST_F(StandbyTest, EndsAStandbyUnderWayWithAnErrorWhenResumed)
+TEST_F(StandbyTest, AnswersAStandbyRequestWithAnErrorWhenResumedMeanwhile)
 {
     const Module alarm = makeHolder("alarm", Manner::StaysSilent);
     const Request request = standby();
@@ -206,7 +206,7 @@ TEST_F(StandbyTest, SendsNoNoticeForAStandbyThatWasResumed)
     EXPECT_THAT(holders(Resources::Audio), ElementsAre("alarm"));
 }
 
-TEST_F(StandbyTest, DoesNotTakeALateAnswerForThatOfTheNextStandby)
+TEST_F(StandbyTest, DoesNotCountALateAnswerForTheNextStandby)
 {
     const Module alarm = makeHolder("alarm", Manner::StaysSilent);
     const Request first = standby();

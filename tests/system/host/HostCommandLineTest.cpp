@@ -5,7 +5,6 @@
 
 using testing::HasSubstr;
 
-/// Folders in the order in which they are searched, and what else can be asked of the program.
 class HostCommandLineTest : public HostTest
 {
 protected:
@@ -64,7 +63,7 @@ TEST_F(HostCommandLineTest, RefusesADescriptorThatIsNotOpen)
     EXPECT_EQ(m_host.run(), 64);
 }
 
-TEST_F(HostCommandLineTest, RefusesADescriptorThatIsNoNumber)
+TEST_F(HostCommandLineTest, RefusesADescriptorThatIsNotANumber)
 {
     m_host.addArguments({"--ready-fd", "out"});
     EXPECT_EQ(m_host.run(), 64);
@@ -84,10 +83,10 @@ TEST_F(HostCommandLineTest, RefusesAnEmptyNameOfAConfigurationFile)
     EXPECT_EQ(log(), "tavo-host: --config needs the name of a file\n");
 }
 
-TEST_F(HostCommandLineTest, RunsOnWhenNobodyCanBeToldThatItIsReady)
+TEST_F(HostCommandLineTest, RunsOnWhenItCannotReportThatItIsReady)
 {
     m_host.setConfiguration(configurationOf({scripted("one")}));
-    // Open, but for reading alone.
+    // Open, but for reading only.
     m_host.addArguments({"--ready-fd", "0"});
     ASSERT_TRUE(m_host.start());
     ASSERT_TRUE(m_host.waitForLog("Nobody reads the descriptor given by --ready-fd"));

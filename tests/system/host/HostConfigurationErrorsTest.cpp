@@ -48,7 +48,7 @@ INSTANTIATE_TEST_SUITE_P(
         WrongConfiguration{"Duplicate", R"({"modules": ["scripted", "scripted"]})",
                            ": modules[1].name: \"scripted\" is the name of modules[0] already"},
         WrongConfiguration{"NoLogFile", R"({"modules": ["scripted"], "log": {"file": "/none"}})",
-                           ": log.file: /none is no file that can be read"}),
+                           ": log.file: /none is not a readable file"}),
     [](const auto &info) { return info.param.name; });
 
 TEST_F(HostTest, ReportsAConfigurationFileThatCannotBeRead)

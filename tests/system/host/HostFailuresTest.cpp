@@ -6,7 +6,7 @@
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// Modules that can't be had. Each is the third of three, so that there is something to undo.
+/// Modules that can't be run. Each is the third of three, so that two must be stopped again.
 class HostFailuresTest : public HostTest
 {
 protected:
@@ -31,14 +31,14 @@ TEST_F(HostFailuresTest, DeletesTheWorkersBeforeOneThatThrows)
     EXPECT_FALSE(m_host.isReady());
 }
 
-TEST_F(HostFailuresTest, ReportsAThrownObjectThatIsNoException)
+TEST_F(HostFailuresTest, ReportsAThrownObjectThatIsNotAnException)
 {
     EXPECT_EQ(runWithThird(scripted("bad", {{"create", "throwNumber"}})), 70);
     EXPECT_TRUE(m_host.log().contains(
         m_file + ": modules[2]: worker_create threw something that is no std::exception\n"));
 }
 
-TEST_F(HostFailuresTest, ReportsAModuleThatMakesNoWorker)
+TEST_F(HostFailuresTest, ReportsAModuleThatCreatesNoWorker)
 {
     EXPECT_EQ(runWithThird(scripted("bad", {{"create", "null"}})), 70);
     EXPECT_TRUE(m_host.log().contains(m_file + ": modules[2]: worker_create returned no worker\n"));
@@ -62,7 +62,7 @@ TEST_F(HostFailuresTest, StartsNothingWhenALibraryLacksASymbol)
     EXPECT_THAT(events(), IsEmpty());
 }
 
-TEST_F(HostFailuresTest, StartsNothingWhenAFileIsNoLibrary)
+TEST_F(HostFailuresTest, StartsNothingWhenAFileIsNotALibrary)
 {
     const QString file = m_host.writeFile("libtavo_text.so", "This is text.\n");
     EXPECT_EQ(runWithThird(QJsonObject{{"name", "text"}, {"library", file}}), 69);

@@ -6,28 +6,31 @@
 class HostLogTest : public HostTest
 {
 protected:
-    /// Runs one scripted worker until it has worked, with this "log" in the configuration.
-    void runOnce(const QJsonObject &log, const QJsonObject &workerConfig = {})
+    /// Runs and stops a host with one scripted worker, and with this "log" in its configuration.
+    void runOnce(const QJsonObject &log)
     {
-        auto configuration = configurationOf({scripted("one", workerConfig)});
-        configuration.insert("log", log);
-        m_host.setConfiguration(configuration);
-        ASSERT_TRUE(m_host.startReady()) << m_host.log().toStdString();
+        start(log, {});
         ASSERT_EQ(m_host.stop(), 0) << m_host.log().toStdString();
     }
 
-    /// The same with what the worker does in its event loop.
-    void runWorking(const QJsonObject &log, const QJsonObject &workerConfig)
+    /// The same, after the worker has said something in its event loop.
+    void runSaying(const QString &text, const QJsonObject &log)
     {
-        auto configuration = configurationOf({scripted("one", workerConfig)});
-        configuration.insert("log", log);
-        m_host.setConfiguration(configuration);
-        ASSERT_TRUE(m_host.startReady()) << m_host.log().toStdString();
+        start(log, {{"say", text}});
         ASSERT_TRUE(m_host.waitForLog("one working"));
         ASSERT_EQ(m_host.stop(), 0) << m_host.log().toStdString();
     }
 
     bool logged(const QString &text) const { return m_host.log().contains(text); }
+
+private:
+    void start(const QJsonObject &log, const QJsonObject &workerConfig)
+    {
+        auto configuration = configurationOf({scripted("one", workerConfig)});
+        configuration.insert("log", log);
+        m_host.setConfiguration(configuration);
+        ASSERT_TRUE(m_host.startReady()) << m_host.log().toStdString();
+    }
 };
 
 TEST_F(HostLogTest, LogsFromInfoUpWithTimeLevelLoggerThreadAndMessage)
@@ -111,7 +114,7 @@ TEST_F(HostLogTest, RefusesAPropertiesFileWithoutAnAppender)
 
 TEST_F(HostLogTest, LogsQtsMessagesUnderTheLoggerQt)
 {
-    runWorking({{"level", "DEBUG"}}, {{"say", "hello"}});
+    runSaying("hello", {{"level", "DEBUG"}});
     EXPECT_TRUE(logged("DEBUG Qt [one] debug hello\n"));
     EXPECT_TRUE(logged("INFO  Qt [one] info hello\n"));
     EXPECT_TRUE(logged("WARN  Qt [one] warning hello\n"));
@@ -120,8 +123,7 @@ TEST_F(HostLogTest, LogsQtsMessagesUnderTheLoggerQt)
 
 TEST_F(HostLogTest, LogsACategoryOfQtUnderALoggerOfItsOwn)
 {
-    runWorking({{"levels", QJsonObject{{"Qt", "OFF"}, {"Qt.scripted.category", "WARN"}}}},
-               {{"say", "hello"}});
+    runSaying("hello", {{"levels", QJsonObject{{"Qt", "OFF"}, {"Qt.scripted.category", "WARN"}}}});
     EXPECT_TRUE(logged("WARN  Qt.scripted.category [one] category hello\n"));
     EXPECT_FALSE(logged("warning hello"));
 }

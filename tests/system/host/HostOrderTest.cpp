@@ -9,7 +9,7 @@ class HostOrderTest : public HostTest
 {
 };
 
-TEST_F(HostOrderTest, MakesAWorkerOnlyWhenTheOneBeforeItIsThere)
+TEST_F(HostOrderTest, CreatesAWorkerOnlyAfterTheOneBeforeIt)
 {
     m_host.setConfiguration(configurationOf({scripted("one"), scripted("two"), scripted("three")}));
     ASSERT_TRUE(m_host.startReady()) << m_host.log().toStdString();
@@ -19,7 +19,7 @@ TEST_F(HostOrderTest, MakesAWorkerOnlyWhenTheOneBeforeItIsThere)
                             "three creating", "three created"));
 }
 
-TEST_F(HostOrderTest, DeletesWorkersInTheReverseOrderOfTheirMaking)
+TEST_F(HostOrderTest, DeletesWorkersInTheReverseOrderOfTheirCreation)
 {
     m_host.setConfiguration(configurationOf({scripted("one"), scripted("two"), scripted("three")}));
     ASSERT_TRUE(m_host.startReady()) << m_host.log().toStdString();
@@ -29,7 +29,7 @@ TEST_F(HostOrderTest, DeletesWorkersInTheReverseOrderOfTheirMaking)
                             "one deleting", "one deleted"));
 }
 
-TEST_F(HostOrderTest, MakesRunsAndDeletesAWorkerInOneThread)
+TEST_F(HostOrderTest, CreatesRunsAndDeletesAWorkerInOneThread)
 {
     m_host.setConfiguration(configurationOf({scripted("one")}));
     ASSERT_TRUE(m_host.startReady());
@@ -51,7 +51,7 @@ TEST_F(HostOrderTest, GivesEachWorkerAThreadOfItsOwn)
     EXPECT_NE(threadOf("two created"), mainThread);
 }
 
-TEST_F(HostOrderTest, RunsAWorkersEventLoopWhileALaterOneIsMade)
+TEST_F(HostOrderTest, RunsAWorkersEventLoopWhileALaterOneIsCreated)
 {
     const QString fifo = makeFifo("later");
     m_host.setConfiguration(
@@ -63,7 +63,7 @@ TEST_F(HostOrderTest, RunsAWorkersEventLoopWhileALaterOneIsMade)
     EXPECT_TRUE(m_host.waitReady());
 }
 
-TEST_F(HostOrderTest, HandsEachWorkerItsOwnConfiguration)
+TEST_F(HostOrderTest, PassesEachWorkerItsOwnConfiguration)
 {
     m_host.setConfiguration(configurationOf(
         {scripted("one", {{"echo", "first"}}), scripted("two", {{"echo", "second"}})}));
@@ -72,7 +72,7 @@ TEST_F(HostOrderTest, HandsEachWorkerItsOwnConfiguration)
     EXPECT_TRUE(m_host.waitForLog("two echo second"));
 }
 
-TEST_F(HostOrderTest, SaysOnADescriptorThatAllModulesRun)
+TEST_F(HostOrderTest, ReportsOnADescriptorThatAllModulesRun)
 {
     const QString fifo = makeFifo("last");
     m_host.setConfiguration(
@@ -91,7 +91,7 @@ TEST_F(HostOrderTest, LogsThatAllModulesRun)
     EXPECT_TRUE(m_host.waitForLog("INFO  Host [main] Host ready, 2 modules"));
 }
 
-TEST_F(HostOrderTest, RunsItsBuiltInConfigurationWhenItIsGivenNone)
+TEST_F(HostOrderTest, RunsItsBuiltInConfigurationWithoutAFile)
 {
     ASSERT_TRUE(m_host.startReady()) << m_host.log().toStdString();
     EXPECT_EQ(m_host.stop(), 0);

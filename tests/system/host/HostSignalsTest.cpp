@@ -51,7 +51,7 @@ TEST_F(HostSignalsTest, EndsAtOnceOnASecondSigintWhileStopping)
     EXPECT_EQ(m_host.waitForExit(), 130);
 }
 
-TEST_F(HostSignalsTest, MakesNoFurtherWorkerAfterASignalDuringTheStart)
+TEST_F(HostSignalsTest, CreatesNoFurtherWorkerAfterASignalDuringTheStart)
 {
     const QString fifo = makeFifo("slow");
     m_host.setConfiguration(

@@ -110,7 +110,7 @@ protected:
         return path;
     }
 
-    /// Lets go who waits for the FIFO.
+    /// Opens the FIFO, and so ends the wait for it.
     static void releaseFifo(const QString &path)
     {
         const int descriptor = open(QFile::encodeName(path).constData(), O_WRONLY | O_CLOEXEC);

@@ -25,7 +25,7 @@ TEST(CMReplyTest, IsNewAndUnfinishedWhenDefaultMade)
     EXPECT_FALSE(!reply);
     EXPECT_FALSE(reply.isFinished());
     EXPECT_FALSE(reply.error().isError());
-    EXPECT_NE(reply.data(), Reply().data());
+    EXPECT_NE(reply, Reply());
 }
 
 TEST(CMReplyTest, IsFinishedByAValue)

@@ -26,7 +26,7 @@ TEST(CMRequestTest, HasItsPathItsValueAndItsReply)
     EXPECT_EQ(request.type(), CMRequest::Type::SetData);
     EXPECT_EQ(request.path(), path);
     EXPECT_EQ(request.value(), QVariant("value"));
-    EXPECT_EQ(request.reply().data(), reply.data());
+    EXPECT_EQ(request.reply(), reply);
 }
 
 TEST(CMRequestTest, KnowsItsKind)

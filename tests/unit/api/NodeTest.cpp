@@ -46,7 +46,7 @@ TEST_F(NodeTest, IsListedInItsSetNewestFirst)
     CMValueNode::create(nodes, path + "b")->dispose();
     CMValueNode::create(nodes, path + "c");
     QStringList names;
-    nodes->forEach([&names](const CMNode *node) { names.append(node->path().name()); });
+    nodes->forEach([&names](const CMEndpoint *node) { names.append(node->path().name()); });
     EXPECT_EQ(names, (QStringList{"c", "a"}));
 }
 

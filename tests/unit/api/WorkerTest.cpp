@@ -47,7 +47,7 @@ TEST_F(WorkerTest, TakesARecordAsARequestsValue)
         ->setInvoke(&echo, &Echo::on_node_activated, Qt::DirectConnection);
     const TavoValue value = TavoValue().setString_("text");
     const Reply reply;
-    EXPECT_EQ(CMRoot()->invoke(path, value, reply).data(), reply.data());
+    EXPECT_EQ(CMRoot()->invoke(path, value, reply), reply);
     EXPECT_EQ(TavoValue(reply.value().toHash()), value);
 }
 

@@ -9,19 +9,22 @@
 
 #include <csignal>
 #include <pthread.h>
+#include <sys/resource.h>
 #include <thread>
 #include <unistd.h>
 
 namespace {
 constexpr int sigtermExitCode = 128 + SIGTERM;
 
-/// Sends the first signal; returns when it has been taken.
-void sendFirst(const StopSignals &signals, int signal)
+/// Sends the first signal and waits until it is no longer pending: another would be lost until then.
+void sendFirst(int signal)
 {
     kill(getpid(), signal);
-    while (!signals.isReceived()) {
+    sigset_t pending;
+    do {
         std::this_thread::yield();
-    }
+        sigpending(&pending);
+    } while (sigismember(&pending, signal) == 1);
 }
 
 /// Each test has a process of its own, as signals stay blocked and a thread stays behind.
@@ -41,7 +44,7 @@ TEST_F(StopSignalsTest, EmitsTheFirstSignalFromTheEventLoop)
             received = signal;
             QCoreApplication::quit();
         });
-        sendFirst(*signals, SIGINT);
+        sendFirst(SIGINT);
         if (received == 0) {
             QCoreApplication::exec();
         }
@@ -54,7 +57,7 @@ TEST_F(StopSignalsTest, EndsTheProcessOnTheSecondSignalWhileTheEventLoopIsStuck)
 {
     const auto run = [] {
         const auto signals = StopSignals::install();
-        sendFirst(*signals, SIGINT);
+        sendFirst(SIGINT);
         kill(getpid(), SIGTERM);
         pause();
     };
@@ -65,13 +68,36 @@ TEST_F(StopSignalsTest, EndsTheProcessOnTheSecondSignalWhenTheObjectIsGone)
 {
     const auto run = [] {
         auto signals = StopSignals::install();
-        sendFirst(*signals, SIGTERM);
+        sendFirst(SIGTERM);
         signals.reset();
         QCoreApplication::processEvents();
         kill(getpid(), SIGTERM);
         pause();
     };
     EXPECT_EXIT(run(), testing::ExitedWithCode(sigtermExitCode), "");
+}
+
+TEST_F(StopSignalsTest, KnowsASignalAsSoonAsItIsSent)
+{
+    const auto run = [] {
+        const auto signals = StopSignals::install();
+        const bool before = signals->isReceived();
+        kill(getpid(), SIGTERM);
+        _exit(!before && signals->isReceived() ? 0 : 1);
+    };
+    EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
+}
+
+TEST_F(StopSignalsTest, LeavesSignalsAloneWithoutADescriptor)
+{
+    const auto run = [] {
+        const rlimit none{0, 0};
+        setrlimit(RLIMIT_NOFILE, &none);
+        if (StopSignals::install() == nullptr) {
+            kill(getpid(), SIGTERM);
+        }
+    };
+    EXPECT_EXIT(run(), testing::KilledBySignal(SIGTERM), "");
 }
 
 TEST_F(StopSignalsTest, LeavesSignalsAloneWithoutAThread)

@@ -3,8 +3,8 @@
 
 #include "core/base/configuration.h"
 
+#include "core/base/numbers.h"
 #include "core/base/stream.h"
-#include "core/records/codec.h"
 
 #include <QFile>
 #include <QJsonDocument>

@@ -12,10 +12,10 @@
 #include <QStringList>
 #include <QVariant>
 
-/// Stands between a node and one subscription to its changes.
+/// Carries the changes at a path to one subscriber.
 ///
-/// Made and owned by the model, in the receiver's thread. A change is posted to it from any thread
-/// and emitted from that thread's event loop, in the order in which the changes were made.
+/// Made and owned by the model; lives in the receiver's thread. Changes are posted to it from any
+/// thread, and it emits them from its thread's event loop in the order in which they were made.
 class TAVO_API_EXPORT ChangeNotifier : public QObject
 {
     Q_OBJECT
@@ -30,32 +30,33 @@ public:
 
     const CMPath &path() const { return m_path; }
 
-    /// Who subscribed; for comparing only, it may be gone.
+    /// The subscriber. Only to be compared: it may be gone.
     const QObject *receiver() const { return m_receiver; }
 
-    /// False once the subscription has been ended, by its receiver or by the receiver's end.
+    /// Returns false once the subscription has ended, by itself or with its receiver.
     bool isConnected() const { return m_connected; }
 
-    /// Frees the notifier, later when it is emitting or lives in another thread; in no case while a
-    /// slot that it has called is still running. Any thread.
+    /// Frees the notifier: at once, or later if it is emitting or lives in another thread. Called from
+    /// any thread.
     void dispose();
 
     bool event(QEvent *event) override;
 
 protected:
-    /// Called by Qt in whatever thread ends the connection, a receiver's destructor included.
+    /// Called by Qt in the thread that ends the connection.
     void disconnectNotify(const QMetaMethod &signal) override;
 
 private:
-    friend class CMRegistry;
+    friend class CMNotifierTable;
+    friend class CMSubscriptions;
 
     CMPath m_path;
     const QObject *m_receiver;
-    ChangeNotifier *m_next = nullptr;        ///< the registry's: the next one to the same path
-    ChangeNotifier *m_nextInTable = nullptr; ///< the registry's
-    int m_emissions = 0; ///< under way: a slot may run an event loop, which emits again
+    ChangeNotifier *m_next = nullptr;        ///< used by the table of notifiers
+    ChangeNotifier *m_nextInTable = nullptr; ///< used by the table of notifiers
+    int m_emissions = 0; ///< emissions under way; more than one if a slot runs an event loop
     std::atomic<bool> m_connected{false};
-    bool m_disposed = false; ///< to be freed when the outermost emission is through
+    bool m_disposed = false; ///< to be freed after the last emission
 };
 
 class TAVO_API_EXPORT RowsChangeNotifier : public ChangeNotifier
@@ -64,9 +65,12 @@ class TAVO_API_EXPORT RowsChangeNotifier : public ChangeNotifier
 
 public:
     using ChangeNotifier::ChangeNotifier;
+
+    void post(const QStringList &changes, int first, int count);
+
 Q_SIGNALS:
-    /// Rows of the list at the path have changed as the names in changes say (see CMSubscribe),
-    /// from row first on, count of them; -1 and 0 where the change is not about certain rows.
+    /// The rows of the list at the path have changed. CMSubscribe names the changes. They concern count
+    /// rows from first on; first is -1 and count 0 if they concern no rows in particular.
     void changed(const CMPath &path, const QStringList &changes, int first, int count);
 };
 
@@ -76,6 +80,9 @@ class TAVO_API_EXPORT ValueChangeNotifier : public ChangeNotifier
 
 public:
     using ChangeNotifier::ChangeNotifier;
+
+    void post(const QVariant &value);
+
 Q_SIGNALS:
     void changed(const CMPath &path, const QVariant &value);
 };
@@ -86,7 +93,10 @@ class TAVO_API_EXPORT NodeChangeNotifier : public ChangeNotifier
 
 public:
     using ChangeNotifier::ChangeNotifier;
+
+    void post(bool published);
+
 Q_SIGNALS:
-    /// A node has been published at the path, or has gone.
+    /// A node has been published at the path, or has been disposed of.
     void changed(const CMPath &path, bool published);
 };

@@ -3,7 +3,36 @@
 
 #include "core/model/cmabstractworker.h"
 
-#include "core/cmregistry.h"
+#include "core/cmsubscriptions.h"
+
+namespace {
+std::unique_ptr<ChangeNotifier> makeNotifier(CMAbstractWorker::ChangeType type, const CMPath &path,
+                                             const QObject *receiver)
+{
+    switch (type) {
+    case CMAbstractWorker::ValueChange:
+        return std::make_unique<ValueChangeNotifier>(path, receiver);
+    case CMAbstractWorker::NodeChange:
+        return std::make_unique<NodeChangeNotifier>(path, receiver);
+    case CMAbstractWorker::RowsChange:
+        break;
+    }
+    return std::make_unique<RowsChangeNotifier>(path, receiver);
+}
+
+CMSubscriptions &subscriptionsTo(CMAbstractWorker::ChangeType type)
+{
+    switch (type) {
+    case CMAbstractWorker::ValueChange:
+        return CMSubscriptions::toValues();
+    case CMAbstractWorker::NodeChange:
+        return CMSubscriptions::toNodes();
+    case CMAbstractWorker::RowsChange:
+        break;
+    }
+    return CMSubscriptions::toRows();
+}
+} // namespace
 
 CMAbstractWorker::CMAbstractWorker(QObject *parent)
     : CMWorker(parent)
@@ -35,13 +64,19 @@ void CMAbstractWorker::request(CMRequest request)
 void CMAbstractWorker::connectChange(ChangeType type, const CMPath &path, QObject *receiver,
                                      std::function<bool(ChangeNotifier *)> connectTo)
 {
-    CMRegistry::instance().subscribe(type, path, receiver, connectTo);
+    std::unique_ptr<ChangeNotifier> notifier = makeNotifier(type, path, receiver);
+    if (notifier->thread() != receiver->thread()) {
+        notifier->moveToThread(receiver->thread());
+    }
+    if (connectTo(notifier.get())) {
+        subscriptionsTo(type).add(std::move(notifier));
+    }
 }
 
 void CMAbstractWorker::disconnectChange(ChangeType type, const CMPath &path, QObject *receiver,
                                         std::function<void(ChangeNotifier *)> disconnectFrom)
 {
-    CMRegistry::instance().unsubscribe(type, path, receiver, disconnectFrom);
+    subscriptionsTo(type).end(path, receiver, disconnectFrom);
 }
 
 CMReply<QVariant> CMAbstractWorker::invoke(const CMPath &path, const TavoHash &value,

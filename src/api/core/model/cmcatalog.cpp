@@ -4,17 +4,15 @@
 #include "core/model/cmcatalog.h"
 
 #include "core/cmregistry.h"
-#include "core/model/nodes/cmuinode.h"
 
 #include <algorithm>
 #include <map>
 #include <utility>
 
 namespace {
-CMCatalog::Entry entryOf(const CMNode &node)
+CMCatalog::Entry entryOf(const CMEndpoint &node)
 {
-    const auto *shown = dynamic_cast<const CMUINode *>(&node);
-    return {node.path(), node.kind(), shown != nullptr ? shown->title() : TrString()};
+    return {node.path(), node.kind(), node.title()};
 }
 } // namespace
 
@@ -23,11 +21,20 @@ QString CMCatalog::groupKind()
     return QStringLiteral("group");
 }
 
+std::optional<CMCatalog::Entry> CMCatalog::entry(const CMPath &path)
+{
+    const CMEndpoint::Pointer node = CMRegistry::instance().find(path);
+    if (!node) {
+        return std::nullopt;
+    }
+    return entryOf(*node);
+}
+
 std::vector<CMCatalog::Entry> CMCatalog::tree(const CMPath &path)
 {
-    // By their texts, each made once: a comparison may need it joined.
+    // Sorted by their texts, each of which is made once.
     std::vector<std::pair<QString, Entry>> found;
-    for (const CMNode::Pointer &node : CMRegistry::instance().nodesAt(path)) {
+    for (const CMEndpoint::Pointer &node : CMRegistry::instance().nodesAt(path)) {
         found.emplace_back(node->path().toString(), entryOf(*node));
     }
     std::sort(found.begin(), found.end(),
@@ -44,7 +51,7 @@ std::vector<CMCatalog::Entry> CMCatalog::children(const CMPath &path)
 {
     const int nameAt = path.toString().size() + 1;
     std::map<QString, Entry> found;
-    for (const CMNode::Pointer &node : CMRegistry::instance().nodesAt(path)) {
+    for (const CMEndpoint::Pointer &node : CMRegistry::instance().nodesAt(path)) {
         if (node->path() == path) {
             continue;
         }

@@ -7,28 +7,31 @@
 #include "core/base/trstring.h"
 #include "core/records/cmpath.h"
 
+#include <optional>
 #include <vector>
 
-/// What there is in the model, for whoever shows or searches it. Any thread; nothing is held up but
-/// for moments. What comes and goes meanwhile may or may not be there.
+/// Lists what is in the model. Called from any thread. A node that is published or disposed of during
+/// a call may or may not be listed.
 namespace CMCatalog {
 
-/// A published node, or a path that has none but leads to some.
+/// A published node, or a group: a path without a node that has nodes below it.
 struct Entry
 {
     CMPath path;
-    QString kind; ///< CMNode::kind(), or groupKind()
+    QString kind; ///< CMEndpoint::kind(), or groupKind()
     TrString title;
 };
 
-/// The kind of a path without a node of its own.
+/// The kind of a group.
 TAVO_API_EXPORT QString groupKind();
 
-/// Every node at the path and below it, in the order of their paths' texts; of the empty path, every
-/// node of the process.
+/// The node at the path, if there is one. Costs one look-up, however many nodes there are.
+TAVO_API_EXPORT std::optional<Entry> entry(const CMPath &path);
+
+/// Every node at the path and below it, sorted by path; of the empty path, every node of the process.
 TAVO_API_EXPORT std::vector<Entry> tree(const CMPath &path);
 
-/// What is directly below the path, groups included, in the order of their names.
+/// The nodes and groups directly below the path, sorted by name.
 TAVO_API_EXPORT std::vector<Entry> children(const CMPath &path);
 
 } // namespace CMCatalog

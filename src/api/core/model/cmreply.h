@@ -183,7 +183,9 @@ public:
     void connectFinished(Receiver *receiver, void (Receiver::*slot)(const CMVoidReply &),
                          Qt::ConnectionType type = Qt::AutoConnection) const;
 
-    const DataPointer &data() const { return m_data; }
+    /// Returns whether both view the same reply.
+    bool operator==(const CMVoidReply &other) const { return m_data == other.m_data; }
+    bool operator!=(const CMVoidReply &other) const { return m_data != other.m_data; }
 
 protected:
     DataPointer m_data;

@@ -18,19 +18,19 @@ public:
     void trace() override { CMRegistry::instance().trace(); }
     void getDataRequest(const CMGetDataRequest &request) override
     {
-        cmRoute(request, &CMNode::getData);
+        cmRoute(request, &CMEndpoint::getData);
     }
     void getRowsRequest(const CMGetRowsRequest &request) override
     {
-        cmRoute(request, &CMNode::getRows);
+        cmRoute(request, &CMEndpoint::getRows);
     }
     void matchRowRequest(const CMMatchRowRequest &request) override
     {
-        cmRoute(request, &CMNode::matchRow);
+        cmRoute(request, &CMEndpoint::matchRow);
     }
     void setDataRequest(const CMSetDataRequest &request) override
     {
-        cmRoute(request, &CMNode::setData);
+        cmRoute(request, &CMEndpoint::setData);
     }
 };
 } // namespace

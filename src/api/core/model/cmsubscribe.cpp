@@ -3,7 +3,7 @@
 
 #include "core/model/cmsubscribe.h"
 
-#include "core/cmregistry.h"
+#include "core/cmsubscriptions.h"
 
 QString CMSubscribe::RowsChangeInserted()
 {
@@ -28,7 +28,7 @@ QString CMSubscribe::RowsChangeClose()
 int CMSubscribe::raiseRowsChange(const CMPath &path, const QStringList &changes, int first,
                                  int count)
 {
-    return CMRegistry::instance().reportRows(path, changes, first, count);
+    return CMSubscriptions::reportRows(path, changes, first, count);
 }
 
 bool CMSubscribe::closeNode(const CMPath &path)

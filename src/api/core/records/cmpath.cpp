@@ -35,39 +35,39 @@ QString canonical(const QString &text)
     return result;
 }
 
-void join(const QString &head, const QString &segment, QChar *target)
+void join(const QString &prefix, const QString &segment, QChar *target)
 {
-    target = std::copy(head.begin(), head.end(), target);
+    target = std::copy(prefix.begin(), prefix.end(), target);
     *target = slash;
     std::copy(segment.begin(), segment.end(), target + 1);
 }
 
 /// That of the joined text, so that paths are found however they were made.
-uint hashOfJoined(const QString &head, const QString &segment)
+uint hashOfJoined(const QString &prefix, const QString &segment)
 {
-    QVarLengthArray<QChar, 256> text(head.size() + 1 + segment.size());
-    join(head, segment, text.data());
+    QVarLengthArray<QChar, 256> text(prefix.size() + 1 + segment.size());
+    join(prefix, segment, text.data());
     return qHash(QStringView(text.constData(), text.size()));
 }
 } // namespace
 
 CMPath::Data::Data(const QString &canonical)
     : hash(qHash(canonical))
-    , head(canonical)
+    , prefix(canonical)
 {
 }
 
 CMPath::Data::Data(const QString &parentText, const QString &lastSegment)
     : hash(hashOfJoined(parentText, lastSegment))
-    , head(parentText)
+    , prefix(parentText)
     , segment(lastSegment)
 {
 }
 
 QString CMPath::Data::joined() const
 {
-    QString result(head.size() + 1 + segment.size(), Qt::Uninitialized);
-    join(head, segment, result.data());
+    QString result(prefix.size() + 1 + segment.size(), Qt::Uninitialized);
+    join(prefix, segment, result.data());
     return result;
 }
 
@@ -79,24 +79,24 @@ bool CMPath::Data::operator==(const Data &other) const
     if (segment.isEmpty() != other.segment.isEmpty()) {
         return segment.isEmpty() ? isJoinedOf(other) : other.isJoinedOf(*this);
     }
-    return segment == other.segment && head == other.head;
+    return segment == other.segment && prefix == other.prefix;
 }
 
 bool CMPath::Data::isJoinedOf(const Data &parts) const
 {
-    const int slashAt = parts.head.size();
-    return head.size() == slashAt + 1 + parts.segment.size() && head.at(slashAt) == slash &&
-           head.endsWith(parts.segment) && head.startsWith(parts.head);
+    const int slashAt = parts.prefix.size();
+    return prefix.size() == slashAt + 1 + parts.segment.size() && prefix.at(slashAt) == slash &&
+           prefix.endsWith(parts.segment) && prefix.startsWith(parts.prefix);
 }
 
 bool CMPath::Data::isBelow(const QString &ancestor) const
 {
-    // A segment holds no slash, so the ancestor ends in the head or with it.
+    // A segment holds no slash, so the ancestor ends in the prefix or with it.
     const int slashAt = ancestor.size();
-    if (head.size() == slashAt) {
-        return !segment.isEmpty() && head == ancestor;
+    if (prefix.size() == slashAt) {
+        return !segment.isEmpty() && prefix == ancestor;
     }
-    return head.size() > slashAt && head.at(slashAt) == slash && head.startsWith(ancestor);
+    return prefix.size() > slashAt && prefix.at(slashAt) == slash && prefix.startsWith(ancestor);
 }
 
 CMPath::CMPath(const QString &text)
@@ -112,7 +112,7 @@ QString CMPath::name() const
     if (!m_data || !m_data->segment.isEmpty()) {
         return m_data ? m_data->segment : QString();
     }
-    return m_data->head.mid(m_data->head.lastIndexOf(slash) + 1);
+    return m_data->prefix.mid(m_data->prefix.lastIndexOf(slash) + 1);
 }
 
 CMPath CMPath::parent() const
@@ -120,8 +120,8 @@ CMPath CMPath::parent() const
     if (!m_data) {
         return {};
     }
-    const QString &head = m_data->head;
-    return CMPath(m_data->segment.isEmpty() ? head.left(head.lastIndexOf(slash)) : head);
+    const QString &prefix = m_data->prefix;
+    return CMPath(m_data->segment.isEmpty() ? prefix.left(prefix.lastIndexOf(slash)) : prefix);
 }
 
 CMPath CMPath::operator+(const QString &relative) const

@@ -63,14 +63,14 @@ private:
         Data(const QString &canonical);
         Data(const QString &parentText, const QString &segment);
 
-        QString text() const { return segment.isEmpty() ? head : joined(); }
+        QString text() const { return segment.isEmpty() ? prefix : joined(); }
         QString joined() const;
         bool operator==(const Data &other) const;
         bool isJoinedOf(const Data &parts) const;
         bool isBelow(const QString &ancestor) const;
 
         const uint hash;
-        const QString head;    ///< the text, or the text before the last segment
+        const QString prefix;  ///< the text, or the text before the last segment
         const QString segment; ///< the last one, where it is kept by itself
     };
 

@@ -3,10 +3,11 @@
 
 #pragma once
 
-#include "core/base/export.h"
+#include "core/base/numbers.h"
 #include "core/base/trstring.h"
 #include "core/records/cmpath.h"
 
+#include <limits>
 #include <type_traits>
 
 #include <QVariant>
@@ -17,18 +18,6 @@ class TavoHash;
 /// gives the type's default for one that doesn't suit.
 template <typename T, typename Enable = void>
 struct TavoCodec;
-
-/// Whether a variant holds a number of any type. A text of digits and a truth value are none.
-TAVO_API_EXPORT bool tavoIsNumber(const QVariant &value);
-
-/// Whole numbers: from any number that is whole and in range.
-TAVO_API_EXPORT qint64 tavoReadInteger(const QVariant &value, qint64 least, qint64 most);
-
-/// Truth values: from a bool, or from a number as zero and not zero.
-TAVO_API_EXPORT bool tavoReadBool(const QVariant &value);
-
-/// Fractions: from any number.
-TAVO_API_EXPORT double tavoReadDouble(const QVariant &value);
 
 template <>
 struct TavoCodec<bool>

@@ -8,12 +8,12 @@
 #include <QString>
 #include <QVector>
 
-/// A notification as a desktop client wants it shown: its texts plain, its times the display's.
+/// A notification as a desktop client wants it shown, its texts without markup.
 struct DesktopNotification
 {
     struct Action
     {
-        QString key; ///< what the client knows it by
+        QString key; ///< by which the client knows it
         QString label;
     };
 
@@ -21,11 +21,11 @@ struct DesktopNotification
     QString text;
     QVector<Action> actions;
     TavoNotificationItemPriority::Enum priority = TavoNotificationItemPriority::Normal;
-    int timeout = 0; ///< ms on display; 0: until it is closed
+    int timeout = 0; ///< ms on display; 0: stays until it is closed
     QString application;
     QString icon;
     QString category;
     QString desktopEntry;
     bool isTransient = false;
-    bool isResident = false; ///< stays when one of its actions has been invoked
+    bool isResident = false; ///< stays after one of its actions is invoked
 };

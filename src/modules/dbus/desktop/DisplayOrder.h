@@ -7,18 +7,18 @@
 
 #include <deque>
 
-/// Follows where notifications of ours stand in the display's queue, by the changes of its rows,
-/// which say where something came or went, but not what.
+/// Keeps track of where our notifications stand in the display's queue. It learns that from the changes
+/// of the queue's rows, which tell where a row was inserted or removed, but not which.
 ///
-/// The queue may hold anything when the following begins: whatever isn't known is another's, and any
-/// number of those may stand behind what is known.
+/// The queue need not be empty at the start: a row that is not known is not ours, and any number of
+/// such rows may follow the known ones.
 class DisplayOrder
 {
 public:
-    /// One showing of a notification. One that is queued anew is opened anew.
+    /// One request to show a notification. A notification that is queued again has another one.
     struct Opening
     {
-        quint32 id = 0; ///< the notification's; 0: another's
+        quint32 id = 0; ///< of the notification; 0: not ours
         quint32 number = 0;
 
         bool isOurs() const { return id != 0; }
@@ -29,16 +29,16 @@ public:
         bool operator!=(const Opening &other) const { return !(*this == other); }
     };
 
-    /// Something came to stand at the index; until it is named, it is another's.
+    /// A row was inserted. It is not ours unless it is named.
     void insert(int index);
 
-    /// What came last is this. Nothing may have gone since.
+    /// Says which opening was inserted last. Does nothing if a row was removed since.
     void nameLast(const Opening &opening);
 
-    /// Takes out what stands at the index and says what it was.
+    /// A row was removed. Returns the one that was.
     Opening remove(int index);
 
-    /// What is on display.
+    /// The opening that is on display.
     Opening head() const { return m_openings.empty() ? Opening() : m_openings.front(); }
 
     void clear();
@@ -46,6 +46,6 @@ public:
 private:
     void trim();
 
-    std::deque<Opening> m_openings; ///< the last one is ours, or came last
-    int m_last = -1;                ///< where what came last stands; -1: it isn't there any more
+    std::deque<Opening> m_openings; ///< up to the last one that is ours or was inserted last
+    int m_last = -1;                ///< index of the one inserted last; -1 after a removal
 };

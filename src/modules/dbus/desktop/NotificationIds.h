@@ -5,8 +5,8 @@
 
 #include <QtGlobal>
 
-/// Counts out the ids of notifications: never 0, none that is in use, and after the largest from the
-/// smallest on again.
+/// Gives out ids of notifications in their order, and starts again after the largest. Never gives out
+/// 0 or an id that is in use.
 class NotificationIds
 {
 public:
@@ -15,7 +15,7 @@ public:
     {
     }
 
-    /// The predicate says whether an id is in use; there must be one that isn't.
+    /// The predicate says whether an id is in use. At least one must be free.
     template <typename IsUsed>
     quint32 take(IsUsed isUsed)
     {

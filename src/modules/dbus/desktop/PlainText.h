@@ -5,15 +5,16 @@
 
 #include <QString>
 
-/// What a person reads of a text that may carry the markup of desktop notifications.
+/// The text that a person reads where a text may have the markup of desktop notifications.
 ///
-/// Tags of that markup go, with line breaks where <br> and <p> ask for them and the alternative text
-/// of an <img>; what is no such tag ("a < b", "<user@example.org>") is text and stays. Entities become
-/// their characters, those of no valid character U+FFFD, unknown ones stay as they are. What would
-/// control a terminal goes. The result is to be shown as it is, never as markup again.
+/// Known tags are removed; <br> and <p> leave line breaks, an <img> its alternative text. What is not
+/// such a tag ("a < b", "<user@example.org>") is text and stays. Known entities become their
+/// characters, and U+FFFD where the number is not a character's; unknown ones stay. Control characters
+/// other than line feed and tab are dropped. Show the result as it is, never as markup again.
 ///
-/// Takes a time that grows with the text's length alone, and no stack.
+/// The time grows linearly with the text's length.
 QString plainText(const QString &markup);
 
-/// A text without markup as one line: line breaks and tabs become blanks, other controls go.
+/// A text without markup as one line: line breaks and tabs become spaces, other control characters are
+/// dropped.
 QString plainLine(const QString &text);

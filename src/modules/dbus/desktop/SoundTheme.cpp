@@ -13,10 +13,10 @@
 
 namespace {
 const QString profile = QStringLiteral("stereo");
-/// The theme from which every other inherits.
+/// The theme from which all others inherit.
 const QString commonTheme = QStringLiteral("freedesktop");
 
-/// The groups of a theme's description and their keys.
+/// The groups of a theme's description, each with its keys and values.
 using Description = QHash<QString, QHash<QString, QString>>;
 
 Description parse(const QByteArray &text)
@@ -35,15 +35,15 @@ Description parse(const QByteArray &text)
     return groups;
 }
 
-/// Whether a name that somebody else gave stays in the folder in which it is looked for.
+/// Whether the name, which may come from a client, names something in the folder itself.
 bool isFileName(const QString &name)
 {
-    constexpr int longest = 200;
-    return !name.isEmpty() && name.size() <= longest && !name.startsWith('.') &&
+    constexpr int maxSize = 200;
+    return !name.isEmpty() && name.size() <= maxSize && !name.startsWith('.') &&
            !name.contains('/') && !name.contains(QChar::Null);
 }
 
-/// The elements of a list in a description that can be names of folders.
+/// The elements of a comma-separated list that can be names of folders.
 QStringList folderNames(const QString &list)
 {
     QStringList names;
@@ -58,11 +58,11 @@ QStringList folderNames(const QString &list)
 
 Description describe(const QString &theme, const QStringList &folders)
 {
-    constexpr qint64 longest = 65536;
+    constexpr qint64 maxBytes = 65536;
     for (const QString &folder : folders) {
         QFile file(folder + '/' + theme + QStringLiteral("/index.theme"));
         if (QFileInfo(file).isFile() && file.open(QIODevice::ReadOnly)) {
-            return parse(file.read(longest));
+            return parse(file.read(maxBytes));
         }
     }
     return {};
@@ -73,8 +73,8 @@ QStringList localesFor(const QString &locale)
     // language_COUNTRY.encoding@modifier
     const QString bare = locale.section('@', 0, 0).section('.', 0, 0);
     QStringList locales;
-    const QStringList special{locale, bare, bare.section('_', 0, 0), QStringLiteral("C")};
-    for (const QString &name : special) {
+    const QStringList names{locale, bare, bare.section('_', 0, 0), QStringLiteral("C")};
+    for (const QString &name : names) {
         if (isFileName(name) && !locales.contains(name)) {
             locales.append(name);
         }
@@ -83,8 +83,8 @@ QStringList localesFor(const QString &locale)
     return locales;
 }
 
-/// The file for an event in one folder: no value where the folder has none, an empty text where it
-/// disables the sound.
+/// The file for an event in one folder: nothing where the folder has none, an empty string where the
+/// folder disables the sound.
 std::optional<QString> fileIn(const QString &folder, const QString &event)
 {
     const QString stem = folder + '/' + event + '.';
@@ -144,7 +144,7 @@ QString SoundTheme::find(const QString &event) const
     for (const Theme &theme : themes) {
         places.append(placesOf(theme));
     }
-    // Sounds that belong to no theme stand in the folders themselves.
+    // Sounds without a theme are in the folders themselves.
     places.append(m_folders);
     for (QString name = event; !name.isEmpty(); name.truncate(qMax(0, name.lastIndexOf('-')))) {
         if (const auto file = fileInFirst(places, name)) {
@@ -156,11 +156,11 @@ QString SoundTheme::find(const QString &event) const
 
 QVector<SoundTheme::Theme> SoundTheme::lineage() const
 {
-    constexpr int most = 16;
+    constexpr int maxThemes = 16;
     QVector<Theme> themes;
     QStringList names;
     const auto add = [&](const QString &name, const auto &self) -> void {
-        if (!isFileName(name) || names.contains(name) || names.size() == most) {
+        if (!isFileName(name) || names.contains(name) || names.size() == maxThemes) {
             return;
         }
         names.append(name);
@@ -169,7 +169,7 @@ QVector<SoundTheme::Theme> SoundTheme::lineage() const
         Theme described{name, {}};
         const QStringList subfolders = folderNames(theme.value(QStringLiteral("Directories")));
         for (const QString &subfolder : subfolders) {
-            // One that names no profile is for this one.
+            // A subfolder without a profile is for this one.
             if (groups[subfolder].value(QStringLiteral("OutputProfile"), profile) == profile) {
                 described.subfolders.append(subfolder);
             }
@@ -211,7 +211,7 @@ QStringList SoundTheme::environmentFolders()
         orDefault("XDG_DATA_DIRS", QStringLiteral("/usr/local/share:/usr/share")).split(':');
     QStringList folders;
     for (const QString &base : bases) {
-        // The base directory specification has relative ones ignored.
+        // The base directory specification says to ignore relative paths.
         if (QDir::isAbsolutePath(base)) {
             folders.append(QDir::cleanPath(base + QStringLiteral("/sounds")));
         }

@@ -6,33 +6,33 @@
 #include <QString>
 #include <QStringList>
 
-/// Finds the sounds that a sound theme has for events ("message-new-instant"), as the freedesktop
-/// sound theme and sound naming specifications lay down, for the output profile "stereo".
+/// Finds the sounds of a sound theme by the names of events, such as "message-new-instant", for the
+/// output profile "stereo". Follows the freedesktop specifications for sound themes and their names.
 ///
-/// Looks at the disk each time, so a theme that is installed later is found. Thread: any.
+/// Reads from disk each time, so a theme that is installed later is found. Used from any thread.
 class SoundTheme
 {
 public:
-    /// The theme's name; the folders that have themes in them, the first having precedence; and the
-    /// locale ("de_DE.UTF-8") whose sounds are preferred.
+    /// The folders hold themes; the first that has a sound wins. Sounds for the locale, such as
+    /// "de_DE.UTF-8", are preferred.
     SoundTheme(QString name, QStringList folders, const QString &locale);
 
-    /// With the folders and the locale that the environment names.
+    /// Takes folders and locale from the environment.
     explicit SoundTheme(const QString &name);
 
-    /// The path of the sound file for an event; empty for none. An event without a sound of its own
-    /// has that of the more general event: "dialog-warning-auth" that of "dialog-warning". A sound
-    /// that a theme disables is none.
+    /// The path of an event's sound file, or an empty string. An event without its own sound has that
+    /// of the more general event: "dialog-warning-auth" that of "dialog-warning". A theme can disable
+    /// a sound, which then has no file.
     QString find(const QString &event) const;
 
-    /// Where the base directories of the environment have sounds.
+    /// The folders of sounds in the base directories of the environment.
     static QStringList environmentFolders();
 
 private:
     struct Theme
     {
         QString name;
-        QStringList subfolders; ///< those with sounds for the profile
+        QStringList subfolders; ///< with sounds for the profile
     };
 
     QVector<Theme> lineage() const;
@@ -40,5 +40,6 @@ private:
 
     const QString m_name;
     const QStringList m_folders;
-    const QStringList m_locales; ///< names of subfolders, the most special first, none last
+    const QStringList
+        m_locales; ///< names of subfolders, the most specific first, an empty one last
 };

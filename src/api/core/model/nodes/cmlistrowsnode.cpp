@@ -3,7 +3,7 @@
 
 #include "core/model/nodes/cmlistrowsnode.h"
 
-#include "core/cmregistry.h"
+#include "core/cmsubscriptions.h"
 #include "core/model/cmsubscribe.h"
 
 #include <algorithm>
@@ -120,7 +120,7 @@ void CMListRowsNode::setRows(const QVector<TavoRoles> &rows)
 
 void CMListRowsNode::report(const QString &change, int index, int count) const
 {
-    CMRegistry::instance().reportRows(path(), change, index, count);
+    CMSubscriptions::reportRows(path(), change, index, count);
 }
 
 int CMListRowsNode::rowsSize() const

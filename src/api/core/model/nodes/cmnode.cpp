@@ -21,35 +21,37 @@ void refuse(const CMRequest &request, const char *what)
 } // namespace
 
 CMNode::CMNode(CMNodes *nodes, const CMPath &path)
-    : m_path(path)
-    , m_nodes(nodes)
+    : CMEndpoint(nodes, path)
 {
     nodes->add(this);
 }
 
-CMNode::~CMNode() = default;
-
 void CMNode::publish()
 {
-    if (m_path.isEmpty()) {
+    if (path().isEmpty()) {
         LOG4CPLUS_ERROR(logger, "A node without a path is not published");
         return;
     }
     if (!CMRegistry::instance().publish(this)) {
         LOG4CPLUS_ERROR(logger,
-                        "A node is published at " << m_path << " already, the new one is not");
+                        "A node is published at " << path() << " already, the new one is not");
     }
 }
 
 void CMNode::dispose()
 {
     CMRegistry::instance().withdraw(this);
-    m_nodes->remove(this);
+    nodes()->remove(this);
 }
 
 QString CMNode::kind() const
 {
     return QStringLiteral("node");
+}
+
+TrString CMNode::title() const
+{
+    return {};
 }
 
 void CMNode::setData(const CMSetDataRequest &request)

@@ -3,7 +3,7 @@
 
 #include "core/model/nodes/cmnodes.h"
 
-#include "core/model/nodes/cmnode.h"
+#include "core/model/cmendpoint.h"
 
 CMNodes::~CMNodes()
 {
@@ -12,14 +12,14 @@ CMNodes::~CMNodes()
     }
 }
 
-void CMNodes::forEach(const std::function<void(const CMNode *)> &function) const
+void CMNodes::forEach(const std::function<void(const CMEndpoint *)> &function) const
 {
-    for (const CMNode *node = m_first; node != nullptr; node = node->m_next) {
+    for (const CMEndpoint *node = m_first; node != nullptr; node = node->m_next) {
         function(node);
     }
 }
 
-void CMNodes::add(CMNode *node)
+void CMNodes::add(CMEndpoint *node)
 {
     node->ref.ref();
     node->m_next = m_first;
@@ -30,7 +30,7 @@ void CMNodes::add(CMNode *node)
     ++m_size;
 }
 
-void CMNodes::remove(CMNode *node)
+void CMNodes::remove(CMEndpoint *node)
 {
     (node->m_previous != nullptr ? node->m_previous->m_next : m_first) = node->m_next;
     if (node->m_next != nullptr) {

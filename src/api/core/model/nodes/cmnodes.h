@@ -9,9 +9,9 @@
 
 #include <QtGlobal>
 
-class CMNode;
+class CMEndpoint;
 
-/// A worker's set of nodes, which owns them. Thread: the worker's.
+/// The nodes of a worker, which it owns. Used in the worker's thread.
 class TAVO_API_EXPORT CMNodes
 {
 public:
@@ -24,16 +24,16 @@ public:
 
     int size() const { return m_size; }
 
-    /// Newest first. The function must neither make nor dispose of nodes.
-    void forEach(const std::function<void(const CMNode *)> &function) const;
+    /// Calls the function with each node, newest first. The function must not make or dispose of any.
+    void forEach(const std::function<void(const CMEndpoint *)> &function) const;
 
 private:
     friend class CMNode;
 
-    void add(CMNode *node);
-    void remove(CMNode *node);
+    void add(CMEndpoint *node);
+    void remove(CMEndpoint *node);
 
-    // A list through the nodes: taking one out costs the same among any number.
-    CMNode *m_first = nullptr;
+    // A list through the nodes: one is taken out at the same cost among any number.
+    CMEndpoint *m_first = nullptr;
     int m_size = 0;
 };

@@ -26,25 +26,26 @@ void CMNodesWorker::ping(const CMSetDataRequest &request)
 void CMNodesWorker::trace()
 {
     LOG4CPLUS_INFO(logger, "Worker " << m_name << " has " << m_nodes.size() << " nodes");
-    m_nodes.forEach([](const CMNode *node) { LOG4CPLUS_INFO(logger, "Node " << node->path()); });
+    m_nodes.forEach(
+        [](const CMEndpoint *node) { LOG4CPLUS_INFO(logger, "Node " << node->path()); });
 }
 
 void CMNodesWorker::getDataRequest(const CMGetDataRequest &request)
 {
-    cmRoute(request, &CMNode::getData, &m_nodes);
+    cmRoute(request, &CMEndpoint::getData, &m_nodes);
 }
 
 void CMNodesWorker::getRowsRequest(const CMGetRowsRequest &request)
 {
-    cmRoute(request, &CMNode::getRows, &m_nodes);
+    cmRoute(request, &CMEndpoint::getRows, &m_nodes);
 }
 
 void CMNodesWorker::matchRowRequest(const CMMatchRowRequest &request)
 {
-    cmRoute(request, &CMNode::matchRow, &m_nodes);
+    cmRoute(request, &CMEndpoint::matchRow, &m_nodes);
 }
 
 void CMNodesWorker::setDataRequest(const CMSetDataRequest &request)
 {
-    cmRoute(request, &CMNode::setData, &m_nodes);
+    cmRoute(request, &CMEndpoint::setData, &m_nodes);
 }

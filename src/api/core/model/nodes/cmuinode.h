@@ -3,17 +3,14 @@
 
 #pragma once
 
-#include "core/base/trstring.h"
 #include "core/model/nodes/cmnode.h"
 
-/// A node that a user interface may show. Thread and owner: as CMNode.
+/// A node that user interfaces may show. Thread and owner are those of a CMNode.
 class TAVO_API_EXPORT CMUINode : public CMNode
 {
 public:
     void setTitle(const TrString &title);
-
-    /// Any thread.
-    TrString title() const;
+    TrString title() const override;
 
 protected:
     using CMNode::CMNode;

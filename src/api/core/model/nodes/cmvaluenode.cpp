@@ -3,7 +3,7 @@
 
 #include "core/model/nodes/cmvaluenode.h"
 
-#include "core/cmregistry.h"
+#include "core/cmsubscriptions.h"
 
 #include <QMutex>
 
@@ -39,7 +39,7 @@ void CMValueNode::setValue(const TavoValue &value)
         }
         m_value = value;
         // Posted under the guard: of two writers the later one's report is the later one, too.
-        CMRegistry::instance().reportValue(path(), value.__variant());
+        CMSubscriptions::reportValue(path(), value.__variant());
     });
 }
 

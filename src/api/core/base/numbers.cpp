@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "core/records/codec.h"
+#include "core/base/numbers.h"
 
 #include <cmath>
 
@@ -29,10 +29,10 @@ bool tavoIsNumber(const QVariant &value)
 
 namespace {
 /// Beyond 2^53 a double no longer tells neighbouring integers apart.
-constexpr double exactIntegers = 9007199254740992.0;
+constexpr double maxExactInteger = 9007199254740992.0;
 } // namespace
 
-qint64 tavoReadInteger(const QVariant &value, qint64 least, qint64 most)
+qint64 tavoReadInteger(const QVariant &value, qint64 min, qint64 max)
 {
     if (!tavoIsNumber(value)) {
         return 0;
@@ -40,7 +40,7 @@ qint64 tavoReadInteger(const QVariant &value, qint64 least, qint64 most)
     qint64 number = 0;
     if (value.userType() == QMetaType::Double || value.userType() == QMetaType::Float) {
         const double fraction = value.toDouble();
-        if (!(std::abs(fraction) <= exactIntegers) || std::trunc(fraction) != fraction) {
+        if (!(std::abs(fraction) <= maxExactInteger) || std::trunc(fraction) != fraction) {
             return 0;
         }
         number = static_cast<qint64>(fraction);
@@ -51,7 +51,7 @@ qint64 tavoReadInteger(const QVariant &value, qint64 least, qint64 most)
             return 0;
         }
     }
-    return number < least || number > most ? 0 : number;
+    return number < min || number > max ? 0 : number;
 }
 
 bool tavoReadBool(const QVariant &value)

@@ -1,0 +1,68 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "core/base/export.h"
+#include "core/base/trstring.h"
+#include "core/records/cmpath.h"
+
+#include <QExplicitlySharedDataPointer>
+
+class CMGetDataRequest;
+class CMGetRowsRequest;
+class CMMatchRowRequest;
+class CMNodes;
+class CMSetDataRequest;
+
+/// What the model sees of a node: something at a path that takes requests. CMNode implements it.
+///
+/// Counted, so that a node stays alive while a request is being handed to it.
+class TAVO_API_EXPORT CMEndpoint : public QSharedData
+{
+public:
+    using Pointer = QExplicitlySharedDataPointer<CMEndpoint>;
+
+    virtual ~CMEndpoint();
+
+    CMEndpoint(const CMEndpoint &) = delete;
+    CMEndpoint &operator=(const CMEndpoint &) = delete;
+
+    const CMPath &path() const { return m_path; }
+
+    /// The set that owns the node.
+    CMNodes *nodes() const { return m_nodes; }
+
+    /// Takes the node out of the model and frees it, once no request is being handed to it. The
+    /// pointer must not be used afterwards.
+    virtual void dispose() = 0;
+
+    /// The kind's name: "value", "list", "request". Called from any thread.
+    virtual QString kind() const = 0;
+
+    /// The title for user interfaces; empty if there is none. Called from any thread.
+    virtual TrString title() const = 0;
+
+    // Requests. Called in the thread that makes the request.
+    virtual void setData(const CMSetDataRequest &request) = 0;
+    virtual void getData(const CMGetDataRequest &request) = 0;
+    virtual void getRows(const CMGetRowsRequest &request) = 0;
+    virtual void matchRow(const CMMatchRowRequest &request) = 0;
+
+protected:
+    CMEndpoint(CMNodes *nodes, const CMPath &path)
+        : m_path(path)
+        , m_nodes(nodes)
+    {
+    }
+
+private:
+    friend class CMNodes;
+    friend class CMRegistry;
+
+    CMPath m_path;
+    CMNodes *m_nodes;
+    CMEndpoint *m_previous = nullptr; ///< in the set's list
+    CMEndpoint *m_next = nullptr;
+    CMEndpoint *m_nextInTable = nullptr; ///< used by the registry
+};
