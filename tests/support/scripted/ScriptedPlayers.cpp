@@ -8,7 +8,7 @@
 #include <simpleplayer/StreamSimplePlayer.h>
 #include <simpleplayer/UriSimplePlayer.h>
 
-/// What the public headers only declare: here it is nothing.
+/// Only declared in the public headers, and not used here.
 class Playback
 {
 };
@@ -16,7 +16,7 @@ struct PlayedSound
 {
 };
 
-/// How the stand-in's classes reach the script.
+/// Connects the players' classes with the script.
 struct ScriptedPlayerHooks
 {
     static void constructed(SimplePlayer *player, const ScriptedPlayer &description)

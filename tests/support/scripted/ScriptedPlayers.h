@@ -3,17 +3,17 @@
 
 #pragma once
 
-#include <functional>
-#include <vector>
-
 #include <QByteArray>
 #include <QObject>
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+#include <vector>
+
 class SimplePlayer;
 
-/// What a test knows of one player that the module made, and does to it. Outlives the player.
+/// A player that the module has constructed, as a test sees it. Outlives the player itself.
 struct ScriptedPlayer
 {
     QString kind; ///< the class: "UriSimplePlayer", ...
@@ -35,27 +35,27 @@ struct ScriptedPlayer
 
     bool isAlive() const { return player != nullptr; }
 
-    // What the device does. Emitted here and now, as from an event loop.
+    // Emit the player's signals, inside the call.
     void reportEnded() const;
     void reportStopped() const;
     void reportError(const QString &reason) const;
 };
 
-/// Stands in for the players' library: keeps the players that have been made and does nothing with
-/// them but what a test says. It has the library's name and is loaded in its place, so that the
-/// module under test is the one that devices run.
+/// Replaces the players' library: lists the players that have been constructed, which do only what the
+/// test says. Has the library's name and is loaded in its place, so that the module under test is the
+/// one that devices run.
 class Q_DECL_EXPORT ScriptedPlayers
 {
 public:
     static ScriptedPlayers &instance();
 
-    /// Forgets everything; called before a test.
+    /// Removes all players and settings. Called before each test.
     void reset();
 
-    /// The players in the order of their making.
+    /// The players in the order of their construction.
     const std::vector<ScriptedPlayer *> &all() const { return m_players; }
 
-    /// The newest with that id; null when none has been made.
+    /// The newest player with that id; null if there is none.
     ScriptedPlayer *find(const QString &id) const;
 
     /// Makes play() of players with that id return false.
@@ -63,7 +63,7 @@ public:
     /// Lets it succeed again.
     void mendPlay(const QString &id) { m_failing.removeAll(id); }
 
-    /// Is told of every call: "construct", "play", "pause", "stop", "destroy".
+    /// Called for every call of a player: "construct", "play", "pause", "stop", "destroy".
     std::function<void(const QString &call, const QString &id)> onCall;
 
 private:

@@ -8,8 +8,7 @@
 #include <functional>
 #include <vector>
 
-/// A worker that a test plays the part of: takes requests at paths, keeps them, and answers each as
-/// the test says, at once or later.
+/// A worker whose nodes do what a test says: they keep each request and answer it at once or later.
 class ScriptedService : public CMNodesWorker
 {
     Q_OBJECT
@@ -17,20 +16,20 @@ class ScriptedService : public CMNodesWorker
 public:
     explicit ScriptedService(const QString &name);
 
-    /// What happens to a request: answer it here, or leave it for the test to answer.
+    /// Answers a request, or leaves it for the test to answer.
     using Script = std::function<void(const CMSetDataRequest &)>;
 
-    /// Publishes a node at the path; every request is kept and then given to the script.
+    /// Publishes a node at the path. Every request to it is kept and then passed to the script.
     void take(const CMPath &path, Script script);
 
     /// Publishes a value.
     void publish(const CMPath &path, const TavoValue &value);
     void publishAgain(const CMPath &path, const TavoValue &value);
 
-    /// Takes the node at the path away.
+    /// Removes the node at the path.
     void withdraw(const CMPath &path);
 
-    /// The requests so far to the path, oldest first.
+    /// The requests to the path so far, oldest first.
     std::vector<CMSetDataRequest> requests(const CMPath &path) const;
     int count(const CMPath &path) const { return int(requests(path).size()); }
 
@@ -38,10 +37,10 @@ public:
     static Script refuse(const QString &message);
     static Script keep();
 
-    /// Changes what happens to further requests to the path.
+    /// Replaces the script for further requests to the path.
     void setScript(const CMPath &path, Script script) { m_scripts[path] = std::move(script); }
 
-    /// Calls the script inside each request's call instead of from the event loop.
+    /// Has the script called inside the call that sends the request, not from the event loop.
     void setDirectScript(const CMPath &path, Script script);
 
 private:
