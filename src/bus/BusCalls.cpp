@@ -4,92 +4,81 @@
 #include "bus/BusCalls.h"
 
 #include "bus/BusError.h"
-#include "bus/RawMessage.h"
 
 #include <core/tavo.h>
+
+#include <memory>
 
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Bus");
 
-/// Has the handler, which is the slot's data, go with the slot.
-template <typename Handler>
-void keep(std::unique_ptr<Handler> handler, sd_bus_slot *slot)
+/// The slot deletes the handler when it ends.
+void keep(std::unique_ptr<BusCalls::Handler> handler, sd_bus_slot *slot)
 {
-    const auto forget = [](void *data) { delete static_cast<Handler *>(data); };
+    const auto forget = [](void *data) { delete static_cast<BusCalls::Handler *>(data); };
     sd_bus_slot_set_destroy_callback(slot, forget);
     static_cast<void>(handler.release());
 }
 
-// Nothing may be thrown through the C functions that call these.
+// Called by sd-bus, which is C: nothing may be thrown.
 
-int takeSignal(sd_bus_message *message, void *handler, sd_bus_error * /*error*/)
+void handle(sd_bus_message *message, void *handler, const char *what)
 {
     try {
-        auto signal = messageOf<sdbus::Signal>(message);
-        (*static_cast<BusCalls::SignalHandler *>(handler))(signal);
-    } catch (const sdbus::Error &) {
-        // Of another shape than its name says.
+        (*static_cast<BusCalls::Handler *>(handler))(BusMessage(message));
+    } catch (const BusError &) {
+        // The message is malformed.
     } catch (const std::exception &error) {
-        LOG4CPLUS_WARN(logger, "A signal can't be handled: " << error.what());
+        LOG4CPLUS_WARN(logger, what << " can't be handled: " << error.what());
     }
+}
+
+int on_signal(sd_bus_message *message, void *handler, sd_bus_error * /*error*/)
+{
+    handle(message, handler, "A signal");
     return 0;
 }
 
-int takeAnswer(sd_bus_message *message, void *handler, sd_bus_error * /*error*/)
+int on_reply(sd_bus_message *message, void *handler, sd_bus_error * /*error*/)
 {
-    // With the connection all its calls end, which who has them learns from its loss.
-    if (sd_bus_is_open(sd_bus_message_get_bus(message)) <= 0) {
-        return 0;
-    }
-    auto answer = messageOf<sdbus::MethodReply>(message);
-    const auto &take = *static_cast<BusCalls::AnswerHandler *>(handler);
-    const sd_bus_error *raw = sd_bus_message_get_error(message);
-    try {
-        if (raw == nullptr) {
-            take(answer, nullptr);
-        } else {
-            const sdbus::Error error(raw->name, raw->message != nullptr ? raw->message : "");
-            take(answer, &error);
-        }
-    } catch (const sdbus::Error &) {
-        // Of another shape than the call's answers have.
-    } catch (const std::exception &failure) {
-        LOG4CPLUS_WARN(logger, "An answer can't be handled: " << failure.what());
+    // All calls end with their connection. Whoever made them learns that from its loss.
+    if (sd_bus_is_open(sd_bus_message_get_bus(message)) > 0) {
+        handle(message, handler, "An answer");
     }
     return 0;
 }
 } // namespace
 
-BusSlot BusCalls::addMatch(sd_bus *bus, const std::string &rule, const SignalHandler &handler)
+BusSlot BusCalls::addMatch(sd_bus *bus, const std::string &rule, const Handler &handler)
 {
-    auto kept = std::make_unique<SignalHandler>(handler);
+    auto kept = std::make_unique<Handler>(handler);
     sd_bus_slot *slot = nullptr;
-    BusErrors::check(
-        sd_bus_add_match_async(bus, &slot, rule.c_str(), takeSignal, nullptr, kept.get()),
+    BusError::check(
+        sd_bus_add_match_async(bus, &slot, rule.c_str(), on_signal, nullptr, kept.get()),
         "Signals can't be asked for");
     keep(std::move(kept), slot);
     return BusSlot(slot);
 }
 
-sdbus::MethodCall BusCalls::create(sd_bus *bus, const char *service, const char *path,
-                                   const char *interface, const char *method)
+BusMessage BusCalls::create(sd_bus *bus, const char *service, const char *path,
+                            const char *interface, const char *method)
 {
-    sd_bus_message *raw = nullptr;
-    BusErrors::check(sd_bus_message_new_method_call(bus, &raw, service, path, interface, method),
-                     "A call can't be made");
-    return takeMessage<sdbus::MethodCall>(raw);
+    sd_bus_message *call = nullptr;
+    BusError::check(sd_bus_message_new_method_call(bus, &call, service, path, interface, method),
+                    "A call can't be made");
+    return BusMessage::adopt(call);
 }
 
-void BusCalls::send(sd_bus *bus, const sdbus::MethodCall &call, std::chrono::microseconds patience,
-                    const AnswerHandler &handler)
+void BusCalls::send(sd_bus *bus, const BusMessage &call, std::chrono::microseconds timeout,
+                    const Handler &handler)
 {
-    auto kept = std::make_unique<AnswerHandler>(handler);
+    auto kept = std::make_unique<Handler>(handler);
     sd_bus_slot *slot = nullptr;
-    BusErrors::check(sd_bus_call_async(bus, &slot, rawMessage(call), takeAnswer, kept.get(),
-                                       std::uint64_t(patience.count())),
-                     "The call can't be sent");
+    BusError::check(sd_bus_call_async(bus, &slot, call.get(), on_reply, kept.get(),
+                                      std::uint64_t(timeout.count())),
+                    "The call can't be sent");
     keep(std::move(kept), slot);
-    // It stays until the answer, or the connection's end.
+    // The bus keeps the slot until the reply.
     sd_bus_slot_set_floating(slot, 1);
     sd_bus_slot_unref(slot);
 }

@@ -4,31 +4,28 @@
 #pragma once
 
 #include "bus/BusHandles.h"
-
-#include <sdbus-c++/sdbus-c++.h>
+#include "bus/BusMessage.h"
 
 #include <chrono>
 #include <functional>
 #include <string>
 
-/// What is asked of others on a bus, without waiting for it: answers and signals come to handlers,
-/// while the bus is served. Everything throws an sdbus::Error when the connection doesn't take it.
+/// Calls of and signals from others on a bus. Nothing here waits: replies and signals go to handlers
+/// while the bus is served. Everything throws a BusError when the connection doesn't take it.
 namespace BusCalls {
-using SignalHandler = std::function<void(sdbus::Message &signal)>;
+/// A handler that throws is a warning in the log; a BusError is ignored, since the message is malformed.
+using Handler = std::function<void(const BusMessage &message)>;
 
-/// Takes the answer to a call; the error is null for a good one. Keeps no message of the same bus,
-/// which would keep the bus, and that the handler.
-using AnswerHandler = std::function<void(sdbus::MethodReply &answer, const sdbus::Error *error)>;
+/// Handles the signals that match the rule until the slot ends. The bus applies the rule before it sees
+/// anything that is sent later. A bus that refuses the rule ends the connection.
+BusSlot addMatch(sd_bus *bus, const std::string &rule, const Handler &handler);
 
-/// Has the signals handled that match, until the slot's end: those from when the bus knows of it,
-/// which is before it sees what is sent later. A bus that refuses ends the connection.
-BusSlot addMatch(sd_bus *bus, const std::string &rule, const SignalHandler &handler);
+BusMessage create(sd_bus *bus, const char *service, const char *path, const char *interface,
+                  const char *method);
 
-sdbus::MethodCall create(sd_bus *bus, const char *service, const char *path, const char *interface,
-                         const char *method);
-
-/// The handler is called once, with an error when the patience is over, but not any more after the
-/// connection's end.
-void send(sd_bus *bus, const sdbus::MethodCall &call, std::chrono::microseconds patience,
-          const AnswerHandler &handler);
+/// Sends a call. The handler gets its reply, once, unless the connection ends before: an error reply
+/// named SD_BUS_ERROR_NO_REPLY when none has come within the timeout. The handler must hold no message
+/// of the same connection, which would keep both in memory.
+void send(sd_bus *bus, const BusMessage &call, std::chrono::microseconds timeout,
+          const Handler &handler);
 } // namespace BusCalls

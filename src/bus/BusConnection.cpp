@@ -3,6 +3,10 @@
 
 #include "bus/BusConnection.h"
 
+#include "bus/BusError.h"
+#include "bus/BusReader.h"
+#include "bus/BusWriter.h"
+
 #include <core/base/connect.h>
 
 #include <algorithm>
@@ -10,17 +14,17 @@
 #include <cstring>
 
 namespace {
-constexpr int firstPauseMs = 100;
-constexpr int longestPauseMs = 5000;
+constexpr int minPauseMs = 100;
+constexpr int maxPauseMs = 5000;
 
-/// What a bus may take to answer what it does by itself. A thread that itself stood still for so long
-/// takes a good bus for a silent one, and connects anew.
-constexpr std::chrono::milliseconds busPatience(5000);
+/// For replies of the bus itself. A thread that was blocked for so long takes a good bus for a silent
+/// one, and connects anew.
+constexpr std::chrono::milliseconds busTimeout(5000);
 
 constexpr const char *busName = "org.freedesktop.DBus";
 constexpr const char *busPath = "/org/freedesktop/DBus";
 
-/// What the bus answers to a request for a name.
+// Replies of the bus to a request for a name.
 constexpr std::uint32_t nameIsOurs = 1;
 constexpr std::uint32_t nameWasOurs = 4;
 
@@ -48,7 +52,7 @@ int startConnecting(BusHandle &handle, const QByteArray &address)
     return result < 0 ? result : sd_bus_start(bus);
 }
 
-/// Gives the system's error; what else can go wrong shows while the bus is served.
+/// Returns the system's error, negative. Other errors show while the bus is served.
 int startConnecting(BusHandle &handle, const QString &bus)
 {
     const bool isSession = bus == QLatin1String("session");
@@ -68,7 +72,7 @@ BusConnection::BusConnection(QString bus, QObject *parent)
     , m_loop(this)
     , m_silenceTimer(this)
     , m_retryTimer(this)
-    , m_pauseMs(firstPauseMs)
+    , m_pauseMs(minPauseMs)
 {
     m_silenceTimer.setSingleShot(true);
     m_retryTimer.setSingleShot(true);
@@ -97,28 +101,29 @@ void BusConnection::tryToConnect()
 {
     const int result = startConnecting(m_handle, m_bus);
     if (result < 0) {
-        // What a bus that hangs has not taken yet fills its queue in the end.
+        // The connections that a hanging bus has not accepted have filled its queue.
         const bool isFull = result == -EAGAIN;
         lose(isFull ? silenceText() : textOf(-result), isFull);
         return;
     }
-    m_silenceTimer.start(busPatience);
+    m_silenceTimer.start(busTimeout);
     m_loop.start(m_handle.get());
     try {
         greet();
-    } catch (const sdbus::Error &error) {
-        lose(QString::fromStdString(error.getMessage()));
+    } catch (const BusError &error) {
+        lose(QString::fromStdString(error.message()));
     }
 }
 
 void BusConnection::greet()
 {
-    // Right behind what sd-bus greets with: the last answer says that all is well.
+    // Sent right after the greeting of sd-bus: the last reply says that all is well.
     m_nameAcquired = addMatch("type='signal',sender='org.freedesktop.DBus',member='NameAcquired'",
-                              [this](sdbus::Message &message) { on_name_acquired(message); });
-    send(createCall(busName, busPath, busName, "GetId"), busPatience,
-         [this](sdbus::MethodReply &, const sdbus::Error *error) {
-             m_isAnswering = error == nullptr || error->getName() != SD_BUS_ERROR_NO_REPLY;
+                              [this](const BusMessage &signal) { on_name_acquired(signal); });
+    send(createCall(busName, busPath, busName, "GetId"), busTimeout,
+         [this](const BusMessage &reply) {
+             const auto error = reply.error();
+             m_isAnswering = !error || error->name() != SD_BUS_ERROR_NO_REPLY;
          });
 }
 
@@ -149,7 +154,7 @@ void BusConnection::on_retryTimer_timeout()
 void BusConnection::becomeConnected()
 {
     m_silenceTimer.stop();
-    m_pauseMs = firstPauseMs;
+    m_pauseMs = minPauseMs;
     m_reportedLoss = false;
     m_reportedSilence = false;
     m_isConnected = true;
@@ -158,8 +163,8 @@ void BusConnection::becomeConnected()
         for (const QString &name : qAsConst(m_names)) {
             takeName(name);
         }
-    } catch (const sdbus::Error &error) {
-        lose(QString::fromStdString(error.getMessage()));
+    } catch (const BusError &error) {
+        lose(QString::fromStdString(error.message()));
     }
 }
 
@@ -178,59 +183,57 @@ void BusConnection::lose(const QString &reason, bool isSilent)
     m_nameAcquired.reset();
     m_handle.reset();
     m_retryTimer.start(m_pauseMs);
-    m_pauseMs = std::min(2 * m_pauseMs, longestPauseMs);
+    m_pauseMs = std::min(2 * m_pauseMs, maxPauseMs);
 }
 
 void BusConnection::takeName(const QString &name)
 {
-    sdbus::MethodCall call = createCall(busName, busPath, busName, "RequestName");
+    const BusMessage call = createCall(busName, busPath, busName, "RequestName");
     constexpr std::uint32_t standInLine = 0;
-    call << name.toStdString() << standInLine;
-    send(call, busPatience, [this, name](sdbus::MethodReply &answer, const sdbus::Error *error) {
-        takeOutcome(name, answer, error);
-    });
+    BusWriter writer(call);
+    writer.writeString(name);
+    writer.writeUInt32(standInLine);
+    send(call, busTimeout, [this, name](const BusMessage &reply) { takeOutcome(name, reply); });
 }
 
-void BusConnection::takeOutcome(const QString &name, sdbus::MethodReply &answer,
-                                const sdbus::Error *error)
+void BusConnection::takeOutcome(const QString &name, const BusMessage &reply)
 {
-    if (error != nullptr) {
-        if (error->getName() != SD_BUS_ERROR_NO_REPLY) {
-            Q_EMIT nameRefused(name, QString::fromStdString(error->getMessage()));
+    if (const auto error = reply.error()) {
+        if (error->name() != SD_BUS_ERROR_NO_REPLY) {
+            Q_EMIT nameRefused(name, QString::fromStdString(error->message()));
         } else {
             m_isSilent = true;
         }
         return;
     }
-    std::uint32_t outcome = 0;
-    answer >> outcome;
-    // Acquired is reported by the bus's signal, whether at once or later.
+    const std::uint32_t outcome = BusReader(reply).readUInt32();
+    // A signal of the bus tells when the name is ours, at once or later.
     if (outcome != nameIsOurs && outcome != nameWasOurs) {
         Q_EMIT nameTaken(name);
     }
 }
 
-bool BusConnection::isFromBus(const sdbus::Message &message)
+void BusConnection::on_name_acquired(const BusMessage &signal)
 {
-    return message.getSender() == busName;
-}
-
-void BusConnection::on_name_acquired(sdbus::Message &message)
-{
-    if (!isFromBus(message)) {
+    if (!signal.isFromBus()) {
         return;
     }
-    std::string name;
-    message >> name;
-    const QString acquired = QString::fromStdString(name);
-    if (m_names.contains(acquired)) {
-        Q_EMIT nameAcquired(acquired);
+    const QString name = BusReader(signal).readString();
+    if (m_names.contains(name)) {
+        Q_EMIT nameAcquired(name);
     }
 }
 
-std::unique_ptr<BusObject> BusConnection::createObject(const char *path, const char *interface)
+std::string BusConnection::uniqueName() const
 {
-    return std::make_unique<BusObject>(m_handle.get(), path, interface);
+    const char *name = nullptr;
+    BusError::check(sd_bus_get_unique_name(m_handle.get(), &name), "The connection has no name");
+    return name;
+}
+
+std::unique_ptr<BusObject> BusConnection::createObject(const BusInterface &interface)
+{
+    return std::make_unique<BusObject>(m_handle.get(), interface);
 }
 
 std::unique_ptr<CallFilter> BusConnection::createCallFilter(const CallFilter::Pass &pass)
@@ -238,19 +241,19 @@ std::unique_ptr<CallFilter> BusConnection::createCallFilter(const CallFilter::Pa
     return std::make_unique<CallFilter>(m_handle.get(), pass);
 }
 
-BusSlot BusConnection::addMatch(const std::string &rule, const BusCalls::SignalHandler &handler)
+BusSlot BusConnection::addMatch(const std::string &rule, const BusCalls::Handler &handler)
 {
     return BusCalls::addMatch(m_handle.get(), rule, handler);
 }
 
-sdbus::MethodCall BusConnection::createCall(const char *service, const char *path,
-                                            const char *interface, const char *method) const
+BusMessage BusConnection::createCall(const char *service, const char *path, const char *interface,
+                                     const char *method) const
 {
     return BusCalls::create(m_handle.get(), service, path, interface, method);
 }
 
-void BusConnection::send(const sdbus::MethodCall &call, std::chrono::microseconds patience,
-                         const BusCalls::AnswerHandler &handler)
+void BusConnection::send(const BusMessage &call, std::chrono::microseconds timeout,
+                         const BusCalls::Handler &handler)
 {
-    BusCalls::send(m_handle.get(), call, patience, handler);
+    BusCalls::send(m_handle.get(), call, timeout, handler);
 }

@@ -13,19 +13,16 @@
 #include <QStringList>
 #include <QTimer>
 
-#include <sdbus-c++/sdbus-c++.h>
-
 #include <chrono>
 #include <memory>
 #include <string>
 
-/// A connection to a message bus that the Qt event loop of its thread serves, without a thread of
-/// its own: everything that is registered on it is called from that loop. Nothing waits for the bus,
-/// not even the end.
+/// A connection to a message bus, served by the Qt event loop of its thread: all handlers are called
+/// from that loop. Nothing waits for the bus, not even the destructor.
 ///
-/// Thread: the one that made it, which must run an event loop. A bus that is away, or leaves the
-/// greeting unanswered for 5 s, is tried again, first after 100 ms, then with ever longer pauses up to
-/// 5 s; names are taken again each time.
+/// Lives in the thread that made it, which must run an event loop. When the bus is away, or has not
+/// replied to the greeting for 5 s, the connection is tried again, first after 100 ms, then with
+/// growing pauses up to 5 s. Names are taken again each time.
 class BusConnection : public QObject
 {
     Q_OBJECT
@@ -34,52 +31,51 @@ public:
     /// "session", "system", or the address of a bus. Nothing happens before open().
     explicit BusConnection(QString bus, QObject *parent = nullptr);
 
-    /// What is registered on the connection must have gone before. Emits nothing.
+    /// Emits nothing. Objects, filters and slots must have ended before.
     ~BusConnection() override;
 
-    /// Connects as soon as the bus is there. To be called once.
+    /// Connects as soon as the bus is there. Called once.
     void open();
 
-    /// Owns the well-known name whenever the bus is there, from the next connected() on; stands in
-    /// line for it while another has it.
+    /// Owns the well-known name whenever the bus is there, from the next connected() on. Waits in line
+    /// while another program owns it.
     void ownName(const QString &name);
-
-    /// Whether a message is the bus's own. A match by its name lets pass what any program sends to this
-    /// connection alone.
-    static bool isFromBus(const sdbus::Message &message);
 
     bool isConnected() const { return m_isConnected; }
 
-    // While connected alone.
+    // Only while connected:
 
-    std::unique_ptr<BusObject> createObject(const char *path, const char *interface);
+    std::string uniqueName() const;
+
+    /// The interface must outlive the object.
+    std::unique_ptr<BusObject> createObject(const BusInterface &interface);
     std::unique_ptr<CallFilter> createCallFilter(const CallFilter::Pass &pass);
 
     // See BusCalls.
-    BusSlot addMatch(const std::string &rule, const BusCalls::SignalHandler &handler);
-    sdbus::MethodCall createCall(const char *service, const char *path, const char *interface,
-                                 const char *method) const;
-    void send(const sdbus::MethodCall &call, std::chrono::microseconds patience,
-              const BusCalls::AnswerHandler &handler);
+    BusSlot addMatch(const std::string &rule, const BusCalls::Handler &handler);
+    BusMessage createCall(const char *service, const char *path, const char *interface,
+                          const char *method) const;
+    void send(const BusMessage &call, std::chrono::microseconds timeout,
+              const BusCalls::Handler &handler);
 
 Q_SIGNALS:
-    /// The bus is there, and answers. Objects belong on the connection now, before its names are
-    /// taken.
+    /// The bus is there and replies. Objects must be published now, before the names are taken.
     void connected();
 
-    /// The bus has gone, or isn't there at the first try: once until it is there again, and a second
-    /// time when it turns out to be silent. From open() or from the event loop. A silent one has taken
-    /// the connection, or a call, and doesn't answer.
-    /// Whatever belongs to the connection must be given up before the slot returns.
+    /// The bus has gone, or isn't there at the first try. Emitted once until it is there again, and a
+    /// second time when it turns out to be silent: it accepts a connection or a call but does not
+    /// reply. Emitted from open() or from the event loop.
+    ///
+    /// Slots must give up everything that belongs to the connection before they return.
     void lost(const QString &reason, bool isSilent);
 
-    /// The name is ours.
+    /// This connection owns the name.
     void nameAcquired(const QString &name);
 
-    /// Another has the name; it becomes ours when that one gives it up.
+    /// Another program owns the name; it becomes ours when that program gives it up.
     void nameTaken(const QString &name);
 
-    /// The bus doesn't let us have the name.
+    /// The bus does not let this connection own the name.
     void nameRefused(const QString &name, const QString &reason);
 
 private Q_SLOTS:
@@ -94,20 +90,20 @@ private:
     void becomeConnected();
     void lose(const QString &reason, bool isSilent = false);
     void takeName(const QString &name);
-    void takeOutcome(const QString &name, sdbus::MethodReply &answer, const sdbus::Error *error);
-    void on_name_acquired(sdbus::Message &message);
+    void takeOutcome(const QString &name, const BusMessage &reply);
+    void on_name_acquired(const BusMessage &signal);
 
     const QString m_bus;
     QStringList m_names;
     BusHandle m_handle; ///< null while the bus is away
     BusLoop m_loop;
     BusSlot m_nameAcquired;
-    bool m_isAnswering = false; ///< the bus has answered all of the greeting
-    bool m_isConnected = false; ///< and everybody knows
-    bool m_isSilent = false;    ///< it has left a call unanswered that it should have answered
+    bool m_isAnswering = false; ///< the bus has replied to the whole greeting
+    bool m_isConnected = false; ///< connected() has been emitted
+    bool m_isSilent = false;    ///< the bus has not replied to a call of its own interface
     QTimer m_silenceTimer;
     QTimer m_retryTimer;
     int m_pauseMs;               ///< before the next try
-    bool m_reportedLoss = false; ///< since it was last connected
+    bool m_reportedLoss = false; ///< since the bus was last connected
     bool m_reportedSilence = false;
 };

@@ -3,41 +3,49 @@
 
 #pragma once
 
-#include <core/model/cmerror.h>
+#include <systemd/sd-bus.h>
 
-#include <sdbus-c++/sdbus-c++.h>
-
+#include <exception>
 #include <string>
 
-/// Errors on a bus, each made to be thrown to the edge of a call, where it becomes the answer.
-namespace BusErrors {
-/// What a caller sent can't be meant.
-sdbus::Error invalidArguments(const std::string &message);
-/// The caller has reached a limit.
-sdbus::Error limitExceeded(const std::string &message);
-/// The caller may not have what it asks for.
-sdbus::Error accessDenied(const std::string &message);
-/// A text that is no path of the model.
-sdbus::Error invalidPath(const std::string &message);
-/// A value of the model that a message can't hold.
-sdbus::Error unsupportedValue(const std::string &message);
+/// An error on a bus: its name and a message for people. Thrown to the edge of a call, where it
+/// becomes the error reply.
+class BusError : public std::exception
+{
+public:
+    BusError(std::string name, std::string message);
 
-/// Throws what the result of a call of sd-bus's is, unless that is good.
-void check(int result, const char *what);
+    /// A call's argument has no meaning here.
+    static BusError invalidArguments(const std::string &message);
+    /// The caller has reached a limit.
+    static BusError limitExceeded(const std::string &message);
+    /// The caller may not have what it asks for.
+    static BusError accessDenied(const std::string &message);
+    /// A string is not a path of the model.
+    static BusError invalidPath(const std::string &message);
+    /// A message can't hold a value of the model.
+    static BusError unsupportedValue(const std::string &message);
+    /// Any other failure.
+    static BusError failed(const std::string &message);
 
-/// What unsupportedValue() is called as an error of the model.
-QString unsupportedValueName();
-} // namespace BusErrors
+    /// Within a catch block: the caught exception as an error, failed() unless it is a BusError.
+    static BusError fromCaught();
 
-/// The model's errors as errors on a bus, and back: name, message and title are kept.
-namespace BusError {
-/// The name on the bus: "org.tavo.Error." and the error's own, as far as a bus allows.
-std::string nameOf(const CMError &error);
+    /// Within a catch block: has sd-bus send the caught exception as the error reply. The handler that
+    /// sd-bus has called returns the result.
+    static int replyWithCaught(sd_bus_error *error);
 
-/// The answer to a call. Its body is the message and, where the bus's name doesn't tell the error's
-/// exactly or the title is not the default one, also the name and the title.
-sdbus::MethodReply reply(const sdbus::MethodCall &call, const CMError &error);
+    /// Throws when a call of sd-bus has failed; the message begins with what could not be done.
+    static void check(int result, const char *what);
 
-/// What such an answer says. Of errors that are none of the model's, the name is the bus's.
-CMError read(const sdbus::Error &error, sdbus::MethodReply &answer);
-} // namespace BusError
+    const std::string &name() const { return m_name; }
+    const std::string &message() const { return m_message; }
+
+    /// Name and message, for the log.
+    const char *what() const noexcept override { return m_what.c_str(); }
+
+private:
+    std::string m_name;
+    std::string m_message;
+    std::string m_what;
+};

@@ -3,17 +3,17 @@
 
 #pragma once
 
-#include <memory>
-
 #include <systemd/sd-bus.h>
 
-/// Closes without waiting for the bus: what it has not taken by then is not sent.
+#include <memory>
+
+/// Closes without waiting: messages that the bus has not taken yet are not sent.
 struct BusCloser
 {
     void operator()(sd_bus *bus) const { sd_bus_close_unref(bus); }
 };
 
-/// Ends what is registered.
+/// Ends what was registered: a match, an object or a filter.
 struct BusSlotEnder
 {
     void operator()(sd_bus_slot *slot) const { sd_bus_slot_unref(slot); }

@@ -11,17 +11,18 @@
 #include <algorithm>
 #include <chrono>
 #include <limits>
+
 #include <poll.h>
 
 namespace {
-/// What one turn of the event loop spends on messages at most; the rest waits for the next turn, so
-/// that a flood leaves the thread's other work its share.
-constexpr int mostMessagesPerTurn = 128;
-constexpr int longestTurnMs = 5;
+/// Limits of one turn of the event loop. Further messages wait for the next turn, so that a flood
+/// leaves time for the thread's other work.
+constexpr int maxMessagesPerTurn = 128;
+constexpr int maxTurnMs = 5;
 
 constexpr std::uint64_t never = std::numeric_limits<std::uint64_t>::max();
 
-/// Until a point in time of the monotonic clock, rounded up.
+/// The time until a point of the monotonic clock, rounded up.
 std::chrono::milliseconds timeUntil(std::uint64_t deadline)
 {
     const auto now = std::chrono::steady_clock::now().time_since_epoch();
@@ -44,13 +45,13 @@ void BusLoop::start(sd_bus *bus)
 {
     if (!m_isHooked) {
         m_isHooked = true;
-        // Messages are sent outside of turns too, and what the socket doesn't take at once has to be
-        // watched before the loop sleeps.
+        // Messages are sent outside of turns too. When the socket doesn't take them at once, the loop
+        // must watch it before it sleeps.
         tavoConnect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock,
                     this, &BusLoop::on_dispatcher_aboutToBlock);
     }
     m_bus = bus;
-    // A loop that never sleeps is served as well.
+    // The bus is served even when the event loop never sleeps.
     m_timer.start(0);
 }
 
@@ -96,8 +97,8 @@ void BusLoop::on_timer_timeout()
 void BusLoop::serve()
 {
     if (m_isHandling) {
-        // Who handles a message runs an event loop meanwhile. Buses aren't served twice at a time;
-        // the turn that is under way watches again.
+        // A handler runs an event loop. sd-bus can't be called recursively; the outer turn watches
+        // again.
         m_readable->setEnabled(false);
         m_writable->setEnabled(false);
         return;
@@ -120,7 +121,7 @@ int BusLoop::handleMessages()
     QElapsedTimer turn;
     turn.start();
     int result = 1;
-    for (int i = 0; i < mostMessagesPerTurn && result > 0 && !turn.hasExpired(longestTurnMs); ++i) {
+    for (int i = 0; i < maxMessagesPerTurn && result > 0 && !turn.hasExpired(maxTurnMs); ++i) {
         result = sd_bus_process(m_bus, nullptr);
     }
     return result;
@@ -133,7 +134,7 @@ int BusLoop::watch()
     if (descriptor < 0 || events < 0) {
         return std::min(descriptor, events);
     }
-    // Another one if the bus has several addresses, and the first doesn't lead to it.
+    // The descriptor changes when the first of several addresses fails.
     if (!m_readable || m_readable->socket() != descriptor) {
         m_readable = notifier(descriptor, QSocketNotifier::Read, this);
         m_writable = notifier(descriptor, QSocketNotifier::Write, this);

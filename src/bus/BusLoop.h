@@ -7,12 +7,12 @@
 #include <QSocketNotifier>
 #include <QTimer>
 
+#include <systemd/sd-bus.h>
+
 #include <cstdint>
 #include <memory>
 
-#include <systemd/sd-bus.h>
-
-/// Serves a bus from the Qt event loop of its thread, without a thread of its own.
+/// Serves a bus from the Qt event loop of its thread.
 class BusLoop : public QObject
 {
     Q_OBJECT
@@ -20,15 +20,15 @@ class BusLoop : public QObject
 public:
     explicit BusLoop(QObject *parent = nullptr);
 
-    /// Serves the bus from the event loop until stop(), which comes before the bus is closed.
+    /// Serves the bus until stop(), which must be called before the bus is closed.
     void start(sd_bus *bus);
     void stop();
 
 Q_SIGNALS:
-    /// What came has been handled, or a part of it.
+    /// A turn has handled all or some of the messages that had come.
     void turned();
 
-    /// The bus can't be served any more; the error is the system's.
+    /// The bus can't be served any more. The error is the system's, positive.
     void failed(int error);
 
 private Q_SLOTS:
@@ -44,11 +44,11 @@ private:
     static std::unique_ptr<QSocketNotifier> notifier(int descriptor, QSocketNotifier::Type type,
                                                      BusLoop *loop);
 
-    sd_bus *m_bus = nullptr; ///< its owner's; null while stopped
+    sd_bus *m_bus = nullptr; ///< not owned; null while stopped
     bool m_isHandling = false;
-    bool m_isHooked = false; ///< to the event loop
+    bool m_isHooked = false; ///< connected to the event loop
     std::unique_ptr<QSocketNotifier> m_readable;
     std::unique_ptr<QSocketNotifier> m_writable;
-    QTimer m_timer;           ///< for what the bus has to do at a certain time
-    std::uint64_t m_deadline; ///< the timer's, as the bus gives it
+    QTimer m_timer;           ///< runs until the next timeout within sd-bus
+    std::uint64_t m_deadline; ///< the timer's, in the monotonic clock's microseconds
 };

@@ -4,21 +4,20 @@
 #pragma once
 
 #include "bus/BusHandles.h"
+#include "bus/BusMessage.h"
 
 #include <functional>
 
-#include <systemd/sd-bus.h>
-
-/// Sees every call that comes in before anything answers it, those too that the connection answers
-/// itself: introspection, properties, whatever there is not.
+/// Sees every incoming call before anything answers it, including calls that sd-bus answers itself:
+/// introspection, properties and unknown methods.
 ///
-/// Thread and owner: its worker's. Goes before its connection does.
+/// Owned by the worker, called in its thread. Ends before its connection.
 class CallFilter
 {
 public:
-    /// True lets the call pass. False when it has been answered, or is to get no answer. Throws
-    /// nothing but an sdbus::Error, which is sent as the answer.
-    using Pass = std::function<bool(sd_bus_message *call)>;
+    /// True lets the call pass. False ends it: it has a reply, or is to get none. An exception is sent
+    /// as the error reply.
+    using Pass = std::function<bool(const BusMessage &call)>;
 
     CallFilter(sd_bus *bus, Pass pass);
     CallFilter(const CallFilter &) = delete;

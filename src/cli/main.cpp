@@ -38,7 +38,7 @@ int run(const Options &options, QCoreApplication &application)
     Terminal terminal;
     TavoClient client(QString::fromStdString(options.bus));
     constexpr int secondMs = 1000;
-    client.setPatience(int(options.patienceSeconds * secondMs));
+    client.setTimeout(int(options.patienceSeconds * secondMs));
     const auto command = Command::create(options, client, terminal);
     // Queued: it may be finished before the event loop runs, which alone can be ended.
     tavoConnect(

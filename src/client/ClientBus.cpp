@@ -3,7 +3,6 @@
 
 #include "client/ClientBus.h"
 
-#include "bus/BusVariant.h"
 #include "client/HostError.h"
 #include "client/TavoClientError.h"
 
@@ -14,37 +13,38 @@
 #include <algorithm>
 
 namespace {
-constexpr int usualPatienceMs = 25000;
+constexpr int defaultTimeoutMs = 25000;
 
-/// With the bus itself, which has nothing to do for an answer.
-constexpr int busPatienceMs = 5000;
+/// For requests to the bus itself, which has to wait for nobody.
+constexpr int busTimeoutMs = 5000;
 
 constexpr const char *hostName = "org.tavo.Model1";
-
-bool isTheBus(const HostInterface &interface)
-{
-    return interface.name == std::string(s_busInterface.name);
-}
-
-QString readText(sdbus::Message &message)
-{
-    return BusVariant::readText(message);
-}
-
-CMPath readPath(sdbus::Message &message)
-{
-    return CMPath(readText(message));
-}
 } // namespace
+
+const BusInterface &ClientBus::properties()
+{
+    static const BusInterface interface {
+        BusInterface::model().path, "org.freedesktop.DBus.Properties"
+    };
+    return interface;
+}
+
+const BusInterface &ClientBus::bus()
+{
+    static const BusInterface interface {
+        "/org/freedesktop/DBus", "org.freedesktop.DBus"
+    };
+    return interface;
+}
 
 ClientBus::ClientBus(const QString &bus)
     : m_connection(bus)
-    , m_patienceMs(usualPatienceMs)
+    , m_timeoutMs(defaultTimeoutMs)
 {
     tavoConnect(&m_connection, &BusConnection::connected, this,
                 &ClientBus::on_connection_connected);
     tavoConnect(&m_connection, &BusConnection::lost, this, &ClientBus::on_connection_lost);
-    // Whoever made this is to connect to its signals first.
+    // Later, so that the owner can connect to the signals first.
     QMetaObject::invokeMethod(&m_connection, &BusConnection::open, Qt::QueuedConnection);
 }
 
@@ -57,8 +57,8 @@ ClientBus::~ClientBus()
 void ClientBus::on_connection_connected()
 {
     m_isConnected = true;
-    matchSignals(s_modelInterface, &ClientBus::on_model_signal);
-    matchSignals(s_messagesInterface, &ClientBus::on_messages_signal);
+    matchSignals(BusInterface::model(), &ClientBus::on_model_signal);
+    matchSignals(BusInterface::notifications(), &ClientBus::on_messages_signal);
     match("type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0='" +
               std::string(hostName) + "'",
           &ClientBus::on_owner_changed);
@@ -82,14 +82,14 @@ void ClientBus::on_connection_lost(const QString &reason, bool isSilent)
     m_pending.failAll(error);
 }
 
-void ClientBus::match(const std::string &rule, void (ClientBus::*handler)(sdbus::Message &))
+void ClientBus::match(const std::string &rule, void (ClientBus::*handler)(const BusMessage &))
 {
     m_matches.push_back(m_connection.addMatch(
-        rule, [this, handler](sdbus::Message &message) { (this->*handler)(message); }));
+        rule, [this, handler](const BusMessage &signal) { (this->*handler)(signal); }));
 }
 
-void ClientBus::matchSignals(const HostInterface &interface,
-                             void (ClientBus::*handler)(sdbus::Message &))
+void ClientBus::matchSignals(const BusInterface &interface,
+                             void (ClientBus::*handler)(const BusMessage &))
 {
     match("type='signal',sender='" + std::string(hostName) + "',path='" + interface.path +
               "',interface='" + interface.name + "'",
@@ -98,29 +98,31 @@ void ClientBus::matchSignals(const HostInterface &interface,
 
 void ClientBus::followHost()
 {
-    const auto write = [](sdbus::MethodCall &call) { call << std::string(hostName); };
-    const auto finish = [this](sdbus::MethodReply *answer, const CMError &error) {
-        if (answer != nullptr) {
-            m_owner = readText(*answer).toStdString();
+    const auto write = [](BusWriter &call) { call.writeString(QString::fromLatin1(hostName)); };
+    const auto finish = [this](const Result<BusMessage, CMError> &reply) {
+        const auto *error = std::get_if<CMError>(&reply);
+        if (error == nullptr) {
+            m_owner = BusReader(std::get<BusMessage>(reply)).readString().toStdString();
             setState(State::Available, {});
-        } else if (error.name() == TavoClientError::busTimedOut()) {
-            setState(State::NoBus, error.message().toString());
+        } else if (error->name() == TavoClientError::busTimedOut()) {
+            setState(State::NoBus, error->message().toString());
             followHost();
         } else if (m_isConnected) {
             setState(State::NoHost, noHostText());
         }
     };
-    send(this, s_busInterface, "GetNameOwner", write, finish, busPatienceMs);
+    send(this, bus(), "GetNameOwner", write, finish, busTimeoutMs);
 }
 
-void ClientBus::on_owner_changed(sdbus::Message &message)
+void ClientBus::on_owner_changed(const BusMessage &signal)
 {
-    if (!BusConnection::isFromBus(message)) {
+    if (!signal.isFromBus()) {
         return;
     }
-    readText(message); // the name
-    const QString before = readText(message);
-    const QString now = readText(message);
+    BusReader reader(signal);
+    reader.readString(); // the name
+    const QString before = reader.readString();
+    const QString now = reader.readString();
     m_owner = now.toStdString();
     if (!before.isEmpty()) {
         setState(State::NoHost, noHostText());
@@ -145,110 +147,102 @@ void ClientBus::setState(State state, const QString &reason)
     }
 }
 
-bool ClientBus::isFromHost(const sdbus::Message &signal) const
+bool ClientBus::isFromHost(const BusMessage &signal) const
 {
-    return signal.getSender() == m_owner;
+    return signal.sender() == m_owner;
 }
 
-void ClientBus::on_model_signal(sdbus::Message &message)
+void ClientBus::on_model_signal(const BusMessage &signal)
 {
-    if (!isFromHost(message)) {
+    if (!isFromHost(signal)) {
         return;
     }
-    const std::string member = message.getMemberName();
-    const CMPath path = readPath(message);
+    const std::string member = signal.member();
+    BusReader reader(signal);
+    const CMPath path(reader.readString());
     if (member == "ValueChanged") {
-        Q_EMIT valueChanged(path, BusVariant::read(message));
+        Q_EMIT valueChanged(path, reader.readVariant());
     } else if (member == "Received") {
-        Q_EMIT received(path, BusVariant::read(message));
+        Q_EMIT received(path, reader.readVariant());
     } else if (member == "NodeChanged") {
-        bool published = false;
-        message >> published;
-        Q_EMIT nodeChanged(path, published);
+        Q_EMIT nodeChanged(path, reader.readBoolean());
     } else if (member == "RowsChanged") {
-        std::vector<std::string> names;
-        std::int32_t first = 0;
-        std::int32_t count = 0;
-        message >> names >> first >> count;
-        QStringList changes;
-        for (const std::string &name : names) {
-            changes.append(QString::fromStdString(name));
-        }
+        const QStringList changes = reader.readStringList();
+        const int first = reader.readInt32();
+        const int count = reader.readInt32();
         Q_EMIT rowsChanged(path, changes, first, count);
     }
 }
 
-void ClientBus::on_messages_signal(sdbus::Message &message)
+void ClientBus::on_messages_signal(const BusMessage &signal)
 {
-    if (!isFromHost(message)) {
+    if (!isFromHost(signal)) {
         return;
     }
-    const std::string member = message.getMemberName();
-    std::uint32_t id = 0;
-    message >> id;
+    const std::string member = signal.member();
+    BusReader reader(signal);
+    const uint id = reader.readUInt32();
     if (member == "NotificationClosed") {
-        std::uint32_t reason = 0;
-        message >> reason;
-        Q_EMIT messageClosed(id, reason);
+        Q_EMIT messageClosed(id, reader.readUInt32());
     } else if (member == "ActionInvoked") {
-        Q_EMIT actionInvoked(id, readText(message));
+        Q_EMIT actionInvoked(id, reader.readString());
     }
 }
 
-void ClientBus::send(QObject *context, const HostInterface &interface, const char *method,
+void ClientBus::send(QObject *context, const BusInterface &interface, const char *method,
                      const Write &write, const Finish &finish)
 {
-    send(context, interface, method, write, finish, m_patienceMs);
+    send(context, interface, method, write, finish, m_timeoutMs);
 }
 
-void ClientBus::send(QObject *context, const HostInterface &interface, const char *method,
-                     const Write &write, const Finish &finish, int patienceMs)
+void ClientBus::send(QObject *context, const BusInterface &interface, const char *method,
+                     const Write &write, const Finish &finish, int timeoutMs)
 {
-    const quint64 number = m_pending.add(context, finish, patienceMs);
-    const Request request{number, interface, method, write};
+    const quint64 number = m_pending.add(context, finish, timeoutMs);
+    const Request request{number, &interface, method, write};
     if (m_isConnected) {
         sendNow(request);
     } else if (m_state == State::Untried) {
-        hold(request, patienceMs);
+        hold(request, timeoutMs);
     } else {
         m_pending.failLater(number, m_busError);
     }
 }
 
-void ClientBus::hold(const Request &request, int patienceMs)
+void ClientBus::hold(const Request &request, int timeoutMs)
 {
     m_held.push_back(request);
-    QTimer::singleShot(patienceMs, this, [this, number = request.number, patienceMs] {
+    QTimer::singleShot(timeoutMs, this, [this, number = request.number, timeoutMs] {
         const auto held = std::find_if(m_held.begin(), m_held.end(), [number](const Request &each) {
             return each.number == number;
         });
         if (held != m_held.end()) {
             m_held.erase(held);
-            m_pending.failLater(number, silenceError(Silent::Bus, patienceMs));
+            m_pending.failLater(number, silenceError(Silent::Bus, timeoutMs));
         }
     });
 }
 
 void ClientBus::sendNow(const Request &request)
 {
+    const BusInterface &interface = *request.interface;
+    const char *service = &interface == &bus() ? interface.name.c_str() : hostName;
     try {
-        sdbus::MethodCall call =
-            m_connection.createCall(isTheBus(request.interface) ? s_busInterface.name : hostName,
-                                    request.interface.path, request.interface.name, request.method);
-        request.write(call);
+        BusWriter writer(m_connection.createCall(service, interface.path.c_str(),
+                                                 interface.name.c_str(), request.method));
+        request.write(writer);
+        Q_ASSERT(interface.describes(writer.message()));
         m_connection.send(
-            call, m_pending.timeLeft(request.number),
-            [this, number = request.number](sdbus::MethodReply &reply, const sdbus::Error *error) {
-                answer(number, reply, error);
-            });
-    } catch (const sdbus::Error &error) {
+            writer.message(), m_pending.timeLeft(request.number),
+            [this, number = request.number](const BusMessage &reply) { finish(number, reply); });
+    } catch (const BusError &error) {
         m_pending.failLater(request.number, ownError(error));
     }
 }
 
-void ClientBus::answer(quint64 number, sdbus::MethodReply &reply, const sdbus::Error *error)
+void ClientBus::finish(quint64 number, const BusMessage &reply)
 {
-    // Until the bus has told of the host, it has said nothing since the greeting.
-    const bool hasBusAnswered = m_state == State::NoHost || m_state == State::Available;
-    m_pending.answer(number, reply, error, hasBusAnswered ? Silent::Host : Silent::Bus);
+    // Before the bus has told where the host is, the bus itself may be what does not reply.
+    const bool hasBusReplied = m_state == State::NoHost || m_state == State::Available;
+    m_pending.finish(number, reply, hasBusReplied ? Silent::Host : Silent::Bus);
 }

@@ -4,6 +4,8 @@
 #pragma once
 
 #include "bus/BusConnection.h"
+#include "bus/BusReader.h"
+#include "bus/BusWriter.h"
 #include "client/PendingRequests.h"
 
 #include <core/model/cmerror.h>
@@ -18,51 +20,39 @@
 #include <string>
 #include <vector>
 
-/// An interface of the host on the bus.
-struct HostInterface
-{
-    const char *path;
-    const char *name;
-};
-
-inline constexpr HostInterface s_modelInterface{"/org/tavo/Model1", "org.tavo.Model1"};
-inline constexpr HostInterface s_propertiesInterface{"/org/tavo/Model1",
-                                                     "org.freedesktop.DBus.Properties"};
-inline constexpr HostInterface s_messagesInterface{"/org/freedesktop/Notifications",
-                                                   "org.freedesktop.Notifications"};
-
-/// The bus's own, which isn't the host's.
-inline constexpr HostInterface s_busInterface{"/org/freedesktop/DBus", "org.freedesktop.DBus"};
-
-/// The host as messages: knows whether it is there, sends it requests, takes their answers and its
-/// signals apart. What the client's classes share; theirs is what is said.
+/// Sends requests to the host, reads its signals and follows whether it is on the bus. Shared by the
+/// client's classes.
 ///
-/// Thread: the one that made it. Each request is finished once, from the event loop: at the end of
-/// this at the latest.
+/// Lives in the thread that made it. Each request is finished once, from the event loop or from the
+/// destructor.
 class ClientBus : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Appends a request's arguments; what it throws becomes the request's error.
-    using Write = std::function<void(sdbus::MethodCall &)>;
+    /// Writes a request's arguments. A BusError becomes the request's error.
+    using Write = std::function<void(BusWriter &call)>;
     using Finish = PendingRequests::Finish;
+
+    // Interfaces besides those of BusInterface.
+    static const BusInterface &properties();
+    static const BusInterface &bus(); ///< the bus's own
 
     explicit ClientBus(const QString &bus);
     ~ClientBus() override;
 
     bool isAvailable() const { return m_state == State::Available; }
     QString unavailableReason() const { return m_reason; }
-    void setPatience(int milliseconds) { m_patienceMs = milliseconds; }
+    void setTimeout(int milliseconds) { m_timeoutMs = milliseconds; }
 
-    /// Not finished any more once the context is gone.
-    void send(QObject *context, const HostInterface &interface, const char *method,
+    /// The request is not finished when the context has been deleted. The interface must outlive it.
+    void send(QObject *context, const BusInterface &interface, const char *method,
               const Write &write, const Finish &finish);
 
-    /// Sends, and has the answer read into a reply.
+    /// Sends a request and reads its reply.
     template <typename T>
-    CMReply<T> ask(const HostInterface &interface, const char *method, const Write &write,
-                   const std::function<T(sdbus::MethodReply &)> &read);
+    CMReply<T> ask(const BusInterface &interface, const char *method, const Write &write,
+                   const std::function<T(BusReader &reply)> &read);
 
 Q_SIGNALS:
     void availableChanged(bool available);
@@ -78,60 +68,60 @@ private Q_SLOTS:
     void on_connection_lost(const QString &reason, bool isSilent);
 
 private:
-    /// Without a bus, or on a connection to one that hangs: NoBus.
+    /// NoBus: there is no connection, or the bus does not reply.
     enum class State { Untried, NoBus, NoHost, Available };
 
-    /// One that is not sent yet.
     struct Request
     {
         quint64 number;
-        HostInterface interface;
+        const BusInterface *interface;
         const char *method;
         Write write;
     };
 
     void followHost();
-    void match(const std::string &rule, void (ClientBus::*handler)(sdbus::Message &));
-    void matchSignals(const HostInterface &interface, void (ClientBus::*handler)(sdbus::Message &));
-    /// The bus lets pass what any program sends to this one alone, whatever the match says.
-    bool isFromHost(const sdbus::Message &signal) const;
-    void on_owner_changed(sdbus::Message &message);
-    void on_model_signal(sdbus::Message &message);
-    void on_messages_signal(sdbus::Message &message);
+    void match(const std::string &rule, void (ClientBus::*handler)(const BusMessage &));
+    void matchSignals(const BusInterface &interface,
+                      void (ClientBus::*handler)(const BusMessage &));
+    /// Rules that match the host's name let pass what any program sends to this one directly.
+    bool isFromHost(const BusMessage &signal) const;
+    void on_owner_changed(const BusMessage &signal);
+    void on_model_signal(const BusMessage &signal);
+    void on_messages_signal(const BusMessage &signal);
     void setState(State state, const QString &reason);
 
-    void send(QObject *context, const HostInterface &interface, const char *method,
-              const Write &write, const Finish &finish, int patienceMs);
-    void hold(const Request &request, int patienceMs);
+    void send(QObject *context, const BusInterface &interface, const char *method,
+              const Write &write, const Finish &finish, int timeoutMs);
+    void hold(const Request &request, int timeoutMs);
     void sendNow(const Request &request);
-    void answer(quint64 number, sdbus::MethodReply &reply, const sdbus::Error *error);
+    void finish(quint64 number, const BusMessage &reply);
 
     BusConnection m_connection;
-    /// Between its signals: while it tells that the bus is lost, the connection still stands.
+    /// False during the connection's lost() signal, while the connection itself still exists.
     bool m_isConnected = false;
     State m_state = State::Untried;
     QString m_reason;
     CMError m_busError; ///< of requests while there is no connection
-    int m_patienceMs;
+    int m_timeoutMs;
     PendingRequests m_pending;
-    std::vector<Request> m_held; ///< of those, until the bus has been tried
-    // What belongs to the connection of the moment.
+    std::vector<Request> m_held; ///< those of them that wait until the bus has been tried
+    // Of the present connection:
     std::string m_owner; ///< the host's unique name; empty for none
     std::vector<BusSlot> m_matches;
 };
 
 template <typename T>
-CMReply<T> ClientBus::ask(const HostInterface &interface, const char *method, const Write &write,
-                          const std::function<T(sdbus::MethodReply &)> &read)
+CMReply<T> ClientBus::ask(const BusInterface &interface, const char *method, const Write &write,
+                          const std::function<T(BusReader &reply)> &read)
 {
-    CMReply<T> reply;
-    send(this, interface, method, write,
-         [reply, read](sdbus::MethodReply *answer, const CMError &error) {
-             if (answer == nullptr) {
-                 reply.setError(error);
-             } else {
-                 reply.setValue(read(*answer));
-             }
-         });
-    return reply;
+    CMReply<T> result;
+    send(this, interface, method, write, [result, read](const Result<BusMessage, CMError> &reply) {
+        if (const auto *error = std::get_if<CMError>(&reply)) {
+            result.setError(*error);
+        } else {
+            BusReader reader(std::get<BusMessage>(reply));
+            result.setValue(read(reader));
+        }
+    });
+    return result;
 }

@@ -3,12 +3,11 @@
 
 #include "client/HostError.h"
 
-#include "bus/BusConnection.h"
-#include "bus/BusError.h"
+#include "bus/ModelErrors.h"
 #include "client/TavoClientError.h"
 
 namespace {
-/// Whether the bus says that it has nobody to hand the request to.
+/// Whether the bus could not deliver the request.
 bool isAboutNobody(const QString &name)
 {
     return name == QLatin1String("org.freedesktop.DBus.Error.ServiceUnknown") ||
@@ -28,15 +27,15 @@ QString noHostText()
     return QStringLiteral("No host is on the bus");
 }
 
-CMError ownError(const sdbus::Error &error)
+CMError ownError(const BusError &error)
 {
-    return {QString::fromStdString(error.getName()), QString::fromStdString(error.getMessage())};
+    return {QString::fromStdString(error.name()), QString::fromStdString(error.message())};
 }
 
-CMError silenceError(Silent who, int patienceMs)
+CMError silenceError(Silent who, int timeoutMs)
 {
     constexpr double secondMs = 1000;
-    const double seconds = patienceMs / secondMs;
+    const double seconds = timeoutMs / secondMs;
     switch (who) {
     case Silent::Host:
         return {TavoClientError::timedOut(),
@@ -50,21 +49,20 @@ CMError silenceError(Silent who, int patienceMs)
     return {CMErrors::noAnswer(), QStringLiteral("The host ended without an answer")};
 }
 
-CMError hostError(const sdbus::Error &error, sdbus::MethodReply &answer, Silent who, int patienceMs)
+CMError hostError(const BusMessage &reply, Silent who, int timeoutMs)
 {
-    CMError read = BusError::read(error, answer);
+    CMError read = ModelErrors::read(reply);
     const QString name = read.name();
     if (isAboutNobody(name)) {
         return {TavoClientError::noHost(),
                 noHostText() + QStringLiteral(": ") + read.message().toString()};
     }
-    // The host denies access by the same name.
-    if (name == QLatin1String("org.freedesktop.DBus.Error.AccessDenied") &&
-        BusConnection::isFromBus(answer)) {
+    // The host uses the same name to deny access.
+    if (name == QLatin1String("org.freedesktop.DBus.Error.AccessDenied") && reply.isFromBus()) {
         return {TavoClientError::notPermitted(), read.message()};
     }
     if (name == QLatin1String("org.freedesktop.DBus.Error.LimitsExceeded")) {
         return {TavoClientError::limitExceeded(), read.message()};
     }
-    return isAboutSilence(name) ? silenceError(who, patienceMs) : read;
+    return isAboutSilence(name) ? silenceError(who, timeoutMs) : read;
 }

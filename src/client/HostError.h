@@ -3,23 +3,23 @@
 
 #pragma once
 
+#include "bus/BusError.h"
+#include "bus/BusMessage.h"
+
 #include <core/model/cmerror.h>
 
-#include <sdbus-c++/sdbus-c++.h>
-
-/// Why nobody was reached, for people.
+/// For people, when no host is on the bus.
 QString noHostText();
 
-/// Who has said nothing for as long as a request may take.
+/// Who has not replied within a request's timeout.
 enum class Silent { Nobody, Host, Bus };
 
-/// What that means to a client.
-CMError silenceError(Silent who, int patienceMs);
+/// The error of a request without a reply.
+CMError silenceError(Silent who, int timeoutMs);
 
-/// What an answer that is an error means to a client. The bus says the same of a host that takes too
-/// long and of one that ends before it has answered: who is silent tells them apart.
-CMError hostError(const sdbus::Error &error, sdbus::MethodReply &answer, Silent who,
-                  int patienceMs);
+/// The error of a request that got an error reply. The bus sends the same reply for a host that takes
+/// too long and for one that ends before it replies; `who` tells them apart.
+CMError hostError(const BusMessage &reply, Silent who, int timeoutMs);
 
-/// An error of this side's, a value that can't be sent for instance.
-CMError ownError(const sdbus::Error &error);
+/// An error on this side, such as a value that can't be sent.
+CMError ownError(const BusError &error);

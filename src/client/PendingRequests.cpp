@@ -6,10 +6,10 @@
 #include <algorithm>
 #include <utility>
 
-quint64 PendingRequests::add(QObject *context, const Finish &finish, int patienceMs)
+quint64 PendingRequests::add(QObject *context, const Finish &finish, int timeoutMs)
 {
     Request &request = m_requests[++m_lastNumber];
-    request = {context, finish, patienceMs, {}};
+    request = {context, finish, timeoutMs, {}};
     request.since.start();
     return m_lastNumber;
 }
@@ -23,28 +23,27 @@ PendingRequests::Request PendingRequests::take(quint64 number)
 std::chrono::milliseconds PendingRequests::timeLeft(quint64 number) const
 {
     const Request &request = m_requests.at(number);
-    // The bus library takes nothing for no limit of its own.
+    // sd-bus takes zero for its default timeout.
     return std::chrono::milliseconds(
-        std::max<qint64>(request.patienceMs - request.since.elapsed(), 1));
+        std::max<qint64>(request.timeoutMs - request.since.elapsed(), 1));
 }
 
-void PendingRequests::answer(quint64 number, sdbus::MethodReply &reply, const sdbus::Error *error,
-                             Silent suspect)
+void PendingRequests::finish(quint64 number, const BusMessage &reply, Silent suspect)
 {
     const Request request = take(number);
     if (!request.context) {
         return;
     }
-    if (error != nullptr) {
-        const bool isOverdue = request.since.elapsed() >= request.patienceMs;
+    if (reply.error()) {
+        const bool isOverdue = request.since.elapsed() >= request.timeoutMs;
         const Silent who = isOverdue ? suspect : Silent::Nobody;
-        request.finish(nullptr, hostError(*error, reply, who, request.patienceMs));
+        request.finish(hostError(reply, who, request.timeoutMs));
         return;
     }
     try {
-        request.finish(&reply, {});
-    } catch (const sdbus::Error &unreadable) {
-        request.finish(nullptr, ownError(unreadable));
+        request.finish(reply);
+    } catch (const BusError &unreadable) {
+        request.finish(ownError(unreadable));
     }
 }
 
@@ -55,7 +54,7 @@ void PendingRequests::failLater(quint64 number, const CMError &error)
         [this, number, error] {
             const Request request = take(number);
             if (request.context) {
-                request.finish(nullptr, error);
+                request.finish(error);
             }
         },
         Qt::QueuedConnection);
@@ -65,7 +64,7 @@ void PendingRequests::failAll(const CMError &error)
 {
     for (const auto &each : std::exchange(m_requests, {})) {
         if (each.second.context) {
-            each.second.finish(nullptr, error);
+            each.second.finish(error);
         }
     }
 }

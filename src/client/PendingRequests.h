@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "base/Result.h"
+#include "bus/BusMessage.h"
 #include "client/HostError.h"
 
 #include <core/model/cmerror.h>
@@ -11,37 +13,33 @@
 #include <QObject>
 #include <QPointer>
 
-#include <sdbus-c++/sdbus-c++.h>
-
 #include <chrono>
 #include <functional>
 #include <map>
 
-/// Requests that wait for their answers, by numbers. Each is finished once, and not any more when
-/// its context is gone.
+/// Requests that wait for their replies, by number. Each is finished once, unless its context has been
+/// deleted.
 class PendingRequests : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Takes the answer, which is null in case of an error.
-    using Finish = std::function<void(sdbus::MethodReply *, const CMError &)>;
+    using Finish = std::function<void(const Result<BusMessage, CMError> &reply)>;
 
-    /// To be called before the request is sent: the time that its answer takes counts from here.
-    quint64 add(QObject *context, const Finish &finish, int patienceMs);
+    /// Called before the request is sent: the timeout runs from here.
+    quint64 add(QObject *context, const Finish &finish, int timeoutMs);
 
-    /// What is left of the time that the request's answer may take; not nothing.
+    /// The rest of a request's timeout, at least a millisecond.
     std::chrono::milliseconds timeLeft(quint64 number) const;
 
-    /// Finishes a request with what came from the bus. Where that is that nobody answered in time, it
-    /// was the suspect.
-    void answer(quint64 number, sdbus::MethodReply &reply, const sdbus::Error *error,
-                Silent suspect);
+    /// Finishes a request with a reply or an error reply. Names the suspect when that is an error
+    /// because of the timeout.
+    void finish(quint64 number, const BusMessage &reply, Silent suspect);
 
-    /// Finishes a request from the event loop.
+    /// Fails a request from the event loop.
     void failLater(quint64 number, const CMError &error);
 
-    /// Finishes all that there are. What is added meanwhile is left.
+    /// Fails all requests, but not those that are added meanwhile.
     void failAll(const CMError &error);
 
 private:
@@ -49,7 +47,7 @@ private:
     {
         QPointer<QObject> context;
         Finish finish;
-        int patienceMs;
+        int timeoutMs;
         QElapsedTimer since;
     };
 

@@ -3,70 +3,70 @@
 
 #include "client/TavoClient.h"
 
-#include "bus/BusVariant.h"
-#include "bus/RawMessage.h"
 #include "client/ClientBus.h"
 
 #include <core/base/connect.h>
 
 namespace {
+void write(BusWriter &call, const CMPath &path)
+{
+    // On the bus the root is "/"; as a path it is empty.
+    call.writeString(path.isEmpty() ? QStringLiteral("/") : path.toString());
+}
+
 ClientBus::Write writePath(const CMPath &path)
 {
-    return [path](sdbus::MethodCall &call) {
-        // The root has a name on the bus, and none as a path.
-        BusVariant::appendText(call, path.isEmpty() ? QStringLiteral("/") : path.toString());
-    };
+    return [path](BusWriter &call) { write(call, path); };
 }
 
 ClientBus::Write writePathAndValue(const CMPath &path, const QVariant &value)
 {
-    return [path, value](sdbus::MethodCall &call) {
-        writePath(path)(call);
-        BusVariant::append(call, value);
+    return [path, value](BusWriter &call) {
+        write(call, path);
+        call.writeVariant(value);
     };
 }
 
-QVariant readVariant(sdbus::MethodReply &answer)
+QVariant readVariant(BusReader &reply)
 {
-    return BusVariant::read(answer);
+    return reply.readVariant();
 }
 
-QVariantList readRows(sdbus::MethodReply &answer)
+QVariantList readRows(BusReader &reply)
 {
     QVariantList rows;
-    answer.enterContainer("v");
-    while (sd_bus_message_at_end(rawMessage(answer), 0) == 0) {
-        rows.append(BusVariant::read(answer));
+    reply.enterArray("v");
+    while (!reply.isAtEnd()) {
+        rows.append(reply.readVariant());
     }
-    answer.exitContainer();
     return rows;
 }
 
-QVector<TavoClientNode> readNodes(sdbus::MethodReply &answer)
+QVector<TavoClientNode> readNodes(BusReader &reply)
 {
-    std::vector<sdbus::Struct<std::string, std::string, std::string>> read;
-    answer >> read;
     QVector<TavoClientNode> nodes;
-    nodes.reserve(int(read.size()));
-    for (const auto &node : read) {
-        nodes.append({CMPath(QString::fromStdString(node.get<0>())),
-                      QString::fromStdString(node.get<1>()),
-                      QString::fromStdString(node.get<2>())});
+    reply.enterArray("(sss)");
+    while (!reply.isAtEnd()) {
+        reply.enterStruct("sss");
+        CMPath path(reply.readString());
+        const QString kind = reply.readString();
+        nodes.append({path, kind, reply.readString()});
+        reply.leave();
     }
     return nodes;
 }
 
-const char *textOf(TavoClient::Change change)
+QString nameOf(TavoClient::Change change)
 {
     switch (change) {
     case TavoClient::Change::Value:
-        return "value";
+        return QStringLiteral("value");
     case TavoClient::Change::Rows:
-        return "rows";
+        return QStringLiteral("rows");
     case TavoClient::Change::Node:
         break;
     }
-    return "node";
+    return QStringLiteral("node");
 }
 } // namespace
 
@@ -93,9 +93,9 @@ QString TavoClient::unavailableReason() const
     return m_bus->unavailableReason();
 }
 
-void TavoClient::setPatience(int milliseconds)
+void TavoClient::setTimeout(int milliseconds)
 {
-    m_bus->setPatience(milliseconds);
+    m_bus->setTimeout(milliseconds);
 }
 
 void TavoClient::on_bus_availableChanged(bool available)
@@ -110,22 +110,22 @@ void TavoClient::on_bus_availableChanged(bool available)
 
 CMReply<QString> TavoClient::version()
 {
-    const auto write = [](sdbus::MethodCall &call) {
-        call << std::string(s_modelInterface.name) << std::string("Version");
+    const auto write = [](BusWriter &call) {
+        call.writeString(QString::fromStdString(BusInterface::model().name));
+        call.writeString(QStringLiteral("Version"));
     };
-    return m_bus->ask<QString>(s_propertiesInterface, "Get", write, [](sdbus::MethodReply &answer) {
-        return BusVariant::read(answer).toString();
-    });
+    return m_bus->ask<QString>(ClientBus::properties(), "Get", write,
+                               [](BusReader &reply) { return reply.readVariant().toString(); });
 }
 
 CMReply<QVariant> TavoClient::getValue(const CMPath &path)
 {
-    return m_bus->ask<QVariant>(s_modelInterface, "GetValue", writePath(path), readVariant);
+    return m_bus->ask<QVariant>(BusInterface::model(), "GetValue", writePath(path), readVariant);
 }
 
 CMReply<QVariant> TavoClient::call(const CMPath &path, const QVariant &value)
 {
-    return m_bus->ask<QVariant>(s_modelInterface, "Call", writePathAndValue(path, value),
+    return m_bus->ask<QVariant>(BusInterface::model(), "Call", writePathAndValue(path, value),
                                 readVariant);
 }
 
@@ -141,26 +141,23 @@ CMReply<QVariant> TavoClient::call(const CMPath &path, const QVariantHash &field
 
 CMReply<QVariantList> TavoClient::rows(const CMPath &path, int first, int count)
 {
-    const auto write = [path, first, count](sdbus::MethodCall &call) {
-        writePath(path)(call);
-        call << std::int32_t(first) << std::int32_t(count);
+    const auto writeAll = [path, first, count](BusWriter &call) {
+        write(call, path);
+        call.writeInt32(first);
+        call.writeInt32(count);
     };
-    return m_bus->ask<QVariantList>(s_modelInterface, "GetRows", write, readRows);
+    return m_bus->ask<QVariantList>(BusInterface::model(), "GetRows", writeAll, readRows);
 }
 
 CMReply<int> TavoClient::matchRow(const CMPath &path, const QVariant &row)
 {
-    const auto read = [](sdbus::MethodReply &answer) {
-        std::int32_t index = -1;
-        answer >> index;
-        return int(index);
-    };
-    return m_bus->ask<int>(s_modelInterface, "MatchRow", writePathAndValue(path, row), read);
+    const auto read = [](BusReader &reply) { return int(reply.readInt32()); };
+    return m_bus->ask<int>(BusInterface::model(), "MatchRow", writePathAndValue(path, row), read);
 }
 
 CMReply<QVector<TavoClientNode>> TavoClient::nodes(const char *method, const CMPath &path)
 {
-    return m_bus->ask<QVector<TavoClientNode>>(s_modelInterface, method, writePath(path),
+    return m_bus->ask<QVector<TavoClientNode>>(BusInterface::model(), method, writePath(path),
                                                readNodes);
 }
 
@@ -176,12 +173,8 @@ CMReply<QVector<TavoClientNode>> TavoClient::tree(const CMPath &path)
 
 CMReply<bool> TavoClient::close(const CMPath &path)
 {
-    const auto read = [](sdbus::MethodReply &answer) {
-        bool heard = false;
-        answer >> heard;
-        return heard;
-    };
-    return m_bus->ask<bool>(s_modelInterface, "Close", writePath(path), read);
+    const auto read = [](BusReader &reply) { return reply.readBoolean(); };
+    return m_bus->ask<bool>(BusInterface::model(), "Close", writePath(path), read);
 }
 
 CMReply<QVariant> TavoClient::enqueue(const TavoNotificationPlayerItem &item)
@@ -197,10 +190,10 @@ CMReply<QVariant> TavoClient::cancelSound(const QString &id)
 CMReply<CMPath> TavoClient::open(const TavoNotificationDisplayItem &item)
 {
     const QVariant value = TavoValue().setNotificationDisplayItem(item).__variant();
-    const auto read = [](sdbus::MethodReply &answer) {
-        return TavoValue(BusVariant::read(answer).toHash()).path();
+    const auto read = [](BusReader &reply) {
+        return TavoValue(reply.readVariant().toHash()).path();
     };
-    return m_bus->ask<CMPath>(s_modelInterface, "Call",
+    return m_bus->ask<CMPath>(BusInterface::model(), "Call",
                               writePathAndValue(TavoNotificationDisplayOpenPath(), value), read);
 }
 
@@ -231,18 +224,19 @@ void TavoClient::unsubscribe(const CMPath &path, Change change)
 
 void TavoClient::sendSubscription(const char *method, const Subscription &subscription)
 {
-    const auto write = [subscription](sdbus::MethodCall &call) {
-        writePath(subscription.first)(call);
-        call << std::string(textOf(subscription.second));
+    const auto writeAll = [subscription](BusWriter &call) {
+        write(call, subscription.first);
+        call.writeString(nameOf(subscription.second));
     };
-    const auto finish = [this, subscription](sdbus::MethodReply *, const CMError &error) {
-        // One that failed because the host went away is made anew when it is back.
-        const bool isRefused = error.isError() && error.name() != CMErrors::noAnswer() &&
-                               error.name() != TavoClientError::noHost();
+    const auto finish = [this, subscription](const Result<BusMessage, CMError> &reply) {
+        const auto *error = std::get_if<CMError>(&reply);
+        // Subscriptions that failed because the host went away are made anew when it is back.
+        const bool isRefused = error != nullptr && error->name() != CMErrors::noAnswer() &&
+                               error->name() != TavoClientError::noHost();
         if (isRefused) {
             m_subscriptions.removeOne(subscription);
-            Q_EMIT subscriptionFailed(subscription.first, error);
+            Q_EMIT subscriptionFailed(subscription.first, *error);
         }
     };
-    m_bus->send(this, s_modelInterface, method, write, finish);
+    m_bus->send(this, BusInterface::model(), method, writeAll, finish);
 }

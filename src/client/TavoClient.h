@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "client/TavoClientError.h"
 #include "client/export.h"
+#include "client/TavoClientError.h"
 
 #include <core/model/cmreply.h>
 #include <core/records/cmpath.h>
@@ -61,8 +61,8 @@ public:
     /// The version of the host's module on the bus.
     CMReply<QString> version();
 
-    /// How long the host may take to answer; 25 seconds at first. Holds for requests made later.
-    void setPatience(int milliseconds);
+    /// How long later requests wait for a reply; 25 seconds by default.
+    void setTimeout(int milliseconds);
 
     CMReply<QVariant> getValue(const CMPath &path);
 

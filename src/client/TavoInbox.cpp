@@ -3,7 +3,6 @@
 
 #include "client/TavoInbox.h"
 
-#include "bus/BusVariant.h"
 #include "client/ClientBus.h"
 #include "client/TavoClient.h"
 
@@ -26,11 +25,10 @@ TavoInbox::~TavoInbox()
     if (m_path.isEmpty() || !m_bus) {
         return;
     }
-    const QString path = m_path.toString();
     m_bus->send(
-        m_bus, s_modelInterface, "CloseInbox",
-        [path](sdbus::MethodCall &call) { BusVariant::appendText(call, path); },
-        [](sdbus::MethodReply *, const CMError &) {});
+        m_bus, BusInterface::model(), "CloseInbox",
+        [path = m_path.toString()](BusWriter &call) { call.writeString(path); },
+        [](const Result<BusMessage, CMError> &) {});
 }
 
 void TavoInbox::on_bus_availableChanged(bool available)
@@ -46,16 +44,16 @@ void TavoInbox::on_bus_availableChanged(bool available)
 void TavoInbox::open()
 {
     m_bus->send(
-        this, s_modelInterface, "OpenInbox", [](sdbus::MethodCall &) {},
-        [this](sdbus::MethodReply *answer, const CMError &error) {
-            if (answer == nullptr) {
-                // Where the host has gone, the next one is asked.
+        this, BusInterface::model(), "OpenInbox", [](BusWriter &) {},
+        [this](const Result<BusMessage, CMError> &reply) {
+            if (const auto *error = std::get_if<CMError>(&reply)) {
+                // When the host has gone, the next one is asked.
                 if (m_bus->isAvailable()) {
-                    Q_EMIT failed(error);
+                    Q_EMIT failed(*error);
                 }
                 return;
             }
-            m_path = CMPath(BusVariant::readText(*answer));
+            m_path = CMPath(BusReader(std::get<BusMessage>(reply)).readString());
             Q_EMIT opened(m_path);
         });
 }

@@ -3,34 +3,43 @@
 
 #include "client/TavoMessages.h"
 
-#include "bus/BusVariant.h"
 #include "client/ClientBus.h"
 #include "client/TavoClient.h"
 
 #include <core/base/connect.h>
 
 #include <algorithm>
-#include <map>
 
 namespace {
-/// The desktop knows three degrees of urgency. What lies beyond them stands in a hint of ours.
-std::uint8_t urgencyOf(TavoNotificationItemPriority::Enum priority)
+/// The desktop's interface has three urgencies. A hint of our own carries the exact priority.
+uchar urgencyOf(TavoNotificationItemPriority::Enum priority)
 {
     constexpr int critical = 2;
-    return std::uint8_t(std::clamp(int(priority), 0, critical));
+    return uchar(std::clamp(int(priority), 0, critical));
 }
 
-void write(sdbus::MethodCall &call, const TavoMessage &message)
+void writeHint(BusWriter &call, const QString &name, const QVariant &value)
+{
+    call.openDictEntry("sv");
+    call.writeString(name);
+    call.writeVariant(value);
+    call.close();
+}
+
+void write(BusWriter &call, const TavoMessage &message)
 {
     constexpr std::uint32_t replacesNone = 0;
-    BusVariant::appendText(call, message.application);
-    call << replacesNone << std::string(); // no icon
-    BusVariant::appendText(call, message.title);
-    BusVariant::appendText(call, message.text.toHtmlEscaped());
-    const std::map<std::string, sdbus::Variant> hints{
-        {"urgency", sdbus::Variant(urgencyOf(message.priority))},
-        {"x-tavo-priority", sdbus::Variant(std::int32_t(message.priority))}};
-    call << std::vector<std::string>() << hints << std::int32_t(message.timeout);
+    call.writeString(message.application);
+    call.writeUInt32(replacesNone);
+    call.writeString(QString()); // no icon
+    call.writeString(message.title);
+    call.writeString(message.text.toHtmlEscaped());
+    call.writeStringList({}); // no actions
+    call.openArray("{sv}");
+    writeHint(call, QStringLiteral("urgency"), QVariant::fromValue(urgencyOf(message.priority)));
+    writeHint(call, QStringLiteral("x-tavo-priority"), int(message.priority));
+    call.close();
+    call.writeInt32(message.timeout);
 }
 } // namespace
 
@@ -44,36 +53,33 @@ TavoMessages::TavoMessages(TavoClient *client, QObject *parent)
 
 CMReply<uint> TavoMessages::show(const TavoMessage &message)
 {
-    const auto read = [](sdbus::MethodReply &answer) {
-        std::uint32_t id = 0;
-        answer >> id;
-        return uint(id);
-    };
+    const auto read = [](BusReader &reply) { return uint(reply.readUInt32()); };
     return m_bus.ask<uint>(
-        s_messagesInterface, "Notify", [message](sdbus::MethodCall &call) { write(call, message); },
-        read);
+        BusInterface::notifications(), "Notify",
+        [message](BusWriter &call) { write(call, message); }, read);
 }
 
 CMReply<bool> TavoMessages::close(uint id)
 {
     return m_bus.ask<bool>(
-        s_messagesInterface, "CloseNotification",
-        [id](sdbus::MethodCall &call) { call << std::uint32_t(id); },
-        [](sdbus::MethodReply &) { return true; });
+        BusInterface::notifications(), "CloseNotification",
+        [id](BusWriter &call) { call.writeUInt32(id); }, [](BusReader &) { return true; });
 }
 
 CMReply<bool> TavoMessages::isDesktopServer()
 {
-    const auto ask = [this](const char *name) {
+    const auto ask = [this](const BusInterface &interface) {
         return m_bus.ask<QString>(
-            s_busInterface, "GetNameOwner",
-            [name](sdbus::MethodCall &call) { call << std::string(name); },
-            [](sdbus::MethodReply &answer) { return BusVariant::readText(answer); });
+            ClientBus::bus(), "GetNameOwner",
+            [name = QString::fromStdString(interface.name)](BusWriter &call) {
+                call.writeString(name);
+            },
+            [](BusReader &reply) { return reply.readString(); });
     };
     CMReply<bool> reply;
-    const CMReply<QString> server = ask(s_messagesInterface.name);
-    // Answers come in the order of their requests: the other is there then.
-    ask(s_modelInterface.name).onFinished(&m_bus, [reply, server](const CMReply<QString> &host) {
+    const CMReply<QString> server = ask(BusInterface::notifications());
+    // Replies come in the order of their requests, so the other one is there then.
+    ask(BusInterface::model()).onFinished(&m_bus, [reply, server](const CMReply<QString> &host) {
         const CMError error = server.error().isError() ? server.error() : host.error();
         if (error.isError()) {
             reply.setError(error);

@@ -5,26 +5,22 @@
 
 #include <sstream>
 
-std::string ModelClient::lineOf(sdbus::Message &message)
+std::string ModelClient::lineOf(const BusMessage &signal)
 {
     std::ostringstream line;
-    const std::string name = message.getMemberName();
-    line << name << ' ' << BusVariant::readText(message);
+    const std::string name = signal.member();
+    BusReader reader(signal);
+    line << name << ' ' << reader.readString();
     if (name == "ValueChanged" || name == "Received") {
-        line << ' ' << BusVariant::read(message);
+        line << ' ' << reader.readVariant();
     } else if (name == "NodeChanged") {
-        bool published = false;
-        message >> published;
-        line << (published ? " published" : " gone");
+        line << (reader.readBoolean() ? " published" : " gone");
     } else if (name == "RowsChanged") {
-        std::vector<std::string> changes;
-        std::int32_t first = 0;
-        std::int32_t count = 0;
-        message >> changes >> first >> count;
-        for (const std::string &change : changes) {
-            line << ' ' << change;
+        for (const QString &change : reader.readStringList()) {
+            line << ' ' << change.toStdString();
         }
-        line << ' ' << first << '+' << count;
+        const std::int32_t first = reader.readInt32();
+        line << ' ' << first << '+' << reader.readInt32();
     }
     return line.str();
 }

@@ -20,31 +20,32 @@ public:
     {
         setTarget("org.tavo.Model1", "/org/tavo/Model1", "org.tavo.Model1");
         listen("type='signal',interface='org.tavo.Model1'",
-               [this](sdbus::Message &message) { received.push_back(lineOf(message)); });
+               [this](const BusMessage &signal) { received.push_back(lineOf(signal)); });
     }
 
     /// Any call whose arguments are texts.
     BusCall ask(const std::string &method, const std::vector<QString> &texts = {})
     {
-        return call(method, [&](sdbus::MethodCall &message) {
+        return call(method, [&](BusWriter &writer) {
             for (const QString &text : texts) {
-                BusVariant::appendText(message, text);
+                writer.writeString(text);
             }
         });
     }
     BusCall getValue(const QString &path) { return ask("GetValue", {path}); }
     BusCall send(const QString &path, const QVariant &value)
     {
-        return call("Call", [&](sdbus::MethodCall &message) {
-            BusVariant::appendText(message, path);
-            BusVariant::append(message, value);
+        return call("Call", [&](BusWriter &writer) {
+            writer.writeString(path);
+            writer.writeVariant(value);
         });
     }
     BusCall getRows(const QString &path, int first, int count)
     {
-        return call("GetRows", [&](sdbus::MethodCall &message) {
-            BusVariant::appendText(message, path);
-            message << std::int32_t(first) << std::int32_t(count);
+        return call("GetRows", [&](BusWriter &writer) {
+            writer.writeString(path);
+            writer.writeInt32(first);
+            writer.writeInt32(count);
         });
     }
     BusCall subscribe(const QString &path, const QString &change)
@@ -65,7 +66,7 @@ public:
     }
 
 private:
-    static std::string lineOf(sdbus::Message &message);
+    static std::string lineOf(const BusMessage &signal);
 };
 
 /// The module on its bus, with nodes in the model and a client who asks for them.

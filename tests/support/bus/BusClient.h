@@ -3,75 +3,99 @@
 
 #pragma once
 
-#include "support/bus/ServedConnection.h"
 #include "support/EventLoop.h"
 
-#include <bus/BusVariant.h>
+#include <bus/BusConnection.h>
+#include <bus/BusError.h>
+#include <bus/BusReader.h>
+#include <bus/BusWriter.h>
+
+#include <QObject>
 
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
-/// A call on its way over a bus, as its caller sees it. Copies share. Goes before its client does.
+/// A call on its way over a bus, as its caller sees it. Copies share one call.
 class BusCall
 {
 public:
-    /// Turns the event loop until the answer is there.
+    /// Turns the event loop until the reply is there.
     bool waitForAnswer() const
     {
-        return waitFor([this] { return isAnswered(); }, std::chrono::seconds(20));
+        return waitFor([this] { return isAnswered() || m_state->isLost; },
+                       std::chrono::seconds(20)) &&
+               isAnswered();
     }
-    bool isAnswered() const { return m_state->answer || m_state->error; }
+    bool isAnswered() const { return m_state->reply.has_value(); }
 
-    /// These wait, and give what the answer says; an answer that doesn't come is an error.
+    // These wait for the reply and return what it holds. A missing reply is an error.
+
     bool succeeds() const { return errorName().empty(); }
     std::string errorName() const;
     std::string errorMessage() const;
 
-    /// The answer's next value, a variant or a text.
-    QVariant variant() const { return BusVariant::read(answer()); }
-    QString text() const { return BusVariant::readText(answer()); }
+    /// Any reply, once it is there.
+    BusMessage reply() const { return m_state->reply.value(); }
 
-    /// The answer itself, to be read once. Throws when there is none or it is an error.
-    sdbus::MethodReply &answer() const;
+    /// Reads the reply. Throws when there is none or it is an error reply.
+    BusReader reader() const;
+    QVariant variant() const { return reader().readVariant(); }
+    QString text() const { return reader().readString(); }
 
 private:
     friend class BusClient;
 
     struct State
     {
-        std::optional<sdbus::MethodReply> answer; ///< must not outlive its connection
-        std::optional<sdbus::Error> error;
+        std::optional<BusMessage> reply;
+        bool isLost = false; ///< the connection has ended
     };
 
     std::shared_ptr<State> m_state = std::make_shared<State>();
 };
 
-/// A program on a bus, in the test's own thread: what it calls may be served there too. What it waits
-/// for when it is thrown off the bus is an error.
+/// A program on a bus, in the test's own thread: what it calls may be served there too.
 class BusClient
 {
 public:
-    using Append = std::function<void(sdbus::MethodCall &call)>;
+    using Write = std::function<void(BusWriter &)>;
 
+    /// Returns when the client is connected; throws when that fails.
     explicit BusClient(const QString &address);
+    ~BusClient();
+    BusClient(const BusClient &) = delete;
+    BusClient &operator=(const BusClient &) = delete;
 
-    /// The unique name.
-    std::string name() { return connection().getUniqueName(); }
-    sdbus::IConnection &connection() { return m_bus->connection(); }
+    std::string name() const { return m_connection->uniqueName(); }
+    BusConnection &connection() { return *m_connection; }
+
+    /// Takes a well-known name; throws when another program has it.
+    void takeName(const QString &name);
+    void releaseName(const QString &name);
 
     /// The object that is called.
-    BusClient &setTarget(const std::string &service, const std::string &object,
+    BusClient &setTarget(const std::string &service, const std::string &path,
                          const std::string &interface);
 
-    BusCall call(
-        const std::string &method, const Append &append = [](sdbus::MethodCall &) {});
+    // Calls stay unanswered when the bus goes or the client leaves.
 
-    /// Has signals handled as long as the client is on the bus.
-    void listen(const std::string &rule, const std::function<void(sdbus::Message &)> &handle)
+    BusCall call(
+        const std::string &method, const Write &write = [](BusWriter &) {});
+    BusCall callBus(const char *method, const Write &write); ///< the bus itself
+    BusMessage createCall(const std::string &method) const;
+    BusCall send(const BusMessage &message);
+
+    /// Sends a signal as if it came from the object, to one receiver.
+    void sendSignal(const BusInterface &interface, const char *name, const std::string &receiver,
+                    const Write &write);
+
+    /// Handles signals as long as the client is on the bus.
+    void listen(const std::string &rule, const BusCalls::Handler &handler)
     {
-        m_signals = connection().addMatch(rule, handle);
+        m_signals = m_connection->addMatch(rule, handler);
     }
 
     /// Leaves the bus at once, whatever is under way.
@@ -80,8 +104,11 @@ public:
 private:
     void giveUp();
 
-    std::unique_ptr<ServedConnection> m_bus;
+    std::unique_ptr<BusConnection> m_connection;
+    QObject m_context; ///< of what is called while the client is there
+    std::string m_service;
+    std::string m_path;
     std::string m_interface;
-    std::unique_ptr<sdbus::IProxy> m_target;
-    sdbus::Slot m_signals;
+    std::vector<std::weak_ptr<BusCall::State>> m_calls;
+    BusSlot m_signals;
 };

@@ -79,7 +79,7 @@ TEST_F(BusConnectionTest, TakesItsNamesAgainEachTimeTheBusComes)
 TEST_F(BusConnectionTest, StandsInLineForANameThatAnotherHas)
 {
     BusClient other(m_bus.address());
-    other.connection().requestName("org.tavo.One");
+    other.takeName("org.tavo.One"_s);
     m_connection.ownName("org.tavo.One"_s);
     m_connection.open();
     ASSERT_TRUE(waitFor([&] { return m_taken.count() == 1; }));
@@ -118,16 +118,18 @@ TEST_F(BusConnectionTest, SendsTheRestOfWhatTheSocketDidNotTakeAtOnce)
     ASSERT_TRUE(connects());
     BusClient receiver(m_bus.address());
     int received = 0;
-    const auto object = sdbus::createObject(receiver.connection(), "/test");
-    object->registerMethod("org.tavo.Test", "Take", "s", "",
-                           [&](const sdbus::MethodCall &) { ++received; });
-    object->finishRegistration();
+    const BusInterface interface = BusInterface::fromXml(
+        "<node name='/test'><interface name='org.tavo.Test'>"
+        "<method name='Take'><arg type='s' direction='in'/></method></interface></node>");
+    const auto object = receiver.connection().createObject(interface);
+    object->setMethod("Take", [&](const BusMessage &) { ++received; });
+    object->publish();
     constexpr int calls = 20;
     for (int i = 0; i < calls; ++i) {
-        sdbus::MethodCall call =
+        const BusMessage call =
             m_connection.createCall(receiver.name().c_str(), "/test", "org.tavo.Test", "Take");
-        call << std::string(1 << 20, 'x');
-        m_connection.send(call, std::chrono::seconds(20), [](auto &, auto *) {});
+        BusWriter(call).writeString(QString(1 << 20, 'x'));
+        m_connection.send(call, std::chrono::seconds(20), [](const BusMessage &) {});
     }
     EXPECT_TRUE(waitFor([&] { return received == calls; }, std::chrono::seconds(20)));
 }

@@ -42,7 +42,7 @@ protected:
     }
 };
 
-TEST_F(BusVariantTest, KeepsTruthValues)
+TEST_F(BusVariantTest, KeepsBooleans)
 {
     expectSame(true);
     expectSame(false);
@@ -140,23 +140,23 @@ TEST_F(BusVariantTest, RefusesATextWithACharacterThatAMessageCanNotHold)
     const std::string refusal =
         "org.tavo.Error.UnsupportedValue: A text holds a character that can't be sent";
     for (const QString &text : {null, half, none}) {
-        EXPECT_EQ(errorOfAppending(text), refusal);
-        EXPECT_EQ(errorOfAppending(QVariantHash{{text, 1}}), refusal);
-        EXPECT_EQ(errorOfAppending(QStringList{text}), refusal);
+        EXPECT_EQ(errorOfWriting(text), refusal);
+        EXPECT_EQ(errorOfWriting(QVariantHash{{text, 1}}), refusal);
+        EXPECT_EQ(errorOfWriting(QStringList{text}), refusal);
     }
 }
 
 TEST_F(BusVariantTest, ShowsATextWithReplacementsForSuchCharacters)
 {
-    EXPECT_EQ(BusVariant::shownText("a\0b"_s), "a\ufffdb"_s);
-    EXPECT_EQ(BusVariant::shownText(QString(QChar(0xd83d))), "\ufffd"_s);
-    EXPECT_EQ(BusVariant::shownText(QString(QChar(0xfffe))), "\ufffd"_s);
-    EXPECT_EQ(BusVariant::shownText("Grüße, \U0001F514"_s), "Grüße, \U0001F514"_s);
+    EXPECT_EQ(BusWriter::replaceUnsendable("a\0b"_s), "a\ufffdb"_s);
+    EXPECT_EQ(BusWriter::replaceUnsendable(QString(QChar(0xd83d))), "\ufffd"_s);
+    EXPECT_EQ(BusWriter::replaceUnsendable(QString(QChar(0xfffe))), "\ufffd"_s);
+    EXPECT_EQ(BusWriter::replaceUnsendable("Grüße, \U0001F514"_s), "Grüße, \U0001F514"_s);
 }
 
 TEST_F(BusVariantTest, RefusesATypeThatIsNoPlainDataAndNamesIt)
 {
-    EXPECT_EQ(errorOfAppending(QVariant::fromValue(static_cast<void *>(nullptr))),
+    EXPECT_EQ(errorOfWriting(QVariant::fromValue(static_cast<void *>(nullptr))),
               "org.tavo.Error.UnsupportedValue: A value of the type void* can't be sent");
 }
 
@@ -164,23 +164,23 @@ TEST_F(BusVariantTest, KeepsWhatNestsAsDeepAsABusAllowsAndRefusesMore)
 {
     expectSame(lists(31));
     expectSame(hashes(21));
-    EXPECT_THAT(errorOfAppending(lists(32)),
+    EXPECT_THAT(errorOfWriting(lists(32)),
                 StartsWith("org.tavo.Error.UnsupportedValue: The value nests too deeply"));
-    EXPECT_THAT(errorOfAppending(hashes(22)),
+    EXPECT_THAT(errorOfWriting(hashes(22)),
                 StartsWith("org.tavo.Error.UnsupportedValue: The value nests too deeply"));
 }
 
 TEST_F(BusVariantTest, RefusesWhatIsLargerThanTheReaderTakes)
 {
-    const auto errorOfReading = [](const QVariant &value, int mostBytes) {
-        sdbus::MethodCall message = MessageTest::message();
-        BusVariant::append(message, value);
-        finish(message);
-        return errorOf([&] { BusVariant::read(message, mostBytes); });
+    const auto errorOfReading = [](const QVariant &value, int maxBytes) {
+        BusWriter writer(message());
+        writer.writeVariant(value);
+        finish(writer.message());
+        return errorOf([&] { BusReader(writer.message(), maxBytes).readVariant(); });
     };
     const std::string tooLarge =
         "org.freedesktop.DBus.Error.LimitsExceeded: The value is too large";
-    constexpr int each = BusVariant::bytesPerValue;
+    constexpr int each = BusWriter::bytesPerValue;
     EXPECT_EQ(errorOfReading(QString(100, 'x'), each + 100), "");
     EXPECT_EQ(errorOfReading(QString(100, 'x'), each + 99), tooLarge);
     EXPECT_EQ(errorOfReading(QByteArray(100, 'x'), each + 100), "");

@@ -5,8 +5,6 @@
 
 #include "MessageTest.h"
 
-#include <bus/RawMessage.h>
-
 #include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
@@ -18,14 +16,14 @@ using testing::StartsWith;
 class ForeignValuesTest : public MessageTest
 {
 protected:
-    /// Has the function write into the message's raw form, and gives what is read of it.
+    /// What is read of a message that the function writes by sd-bus.
     template <typename Write>
     static QVariant readOf(Write write)
     {
-        sdbus::MethodCall message = MessageTest::message();
-        EXPECT_GE(write(rawMessage(message)), 0);
+        const BusMessage message = MessageTest::message();
+        EXPECT_GE(write(message.get()), 0);
         finish(message);
-        return BusVariant::read(message);
+        return BusReader(message).readVariant();
     }
 
     template <typename Write>

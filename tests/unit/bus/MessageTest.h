@@ -14,27 +14,26 @@
 class MessageTest : public testing::Test
 {
 protected:
-    /// A message that can be written.
-    static sdbus::MethodCall message()
+    /// A message to be written.
+    static BusMessage message()
     {
-        const auto target =
-            sdbus::createProxy(client().connection(), "org.freedesktop.DBus", "/org");
-        return target->createMethodCall("org.tavo.Test", "Test");
+        return client().connection().createCall("org.freedesktop.DBus", "/org", "org.tavo.Test",
+                                                "Test");
     }
 
     /// Makes a written message one that can be read.
-    static void finish(sdbus::Message &message)
+    static void finish(const BusMessage &message)
     {
-        message.seal();
-        message.rewind(true);
+        EXPECT_GE(sd_bus_message_seal(message.get(), 1, 0), 0);
+        EXPECT_GE(sd_bus_message_rewind(message.get(), 1), 0);
     }
 
     static QVariant roundTrip(const QVariant &value)
     {
-        sdbus::MethodCall message = MessageTest::message();
-        BusVariant::append(message, value);
-        finish(message);
-        return BusVariant::read(message);
+        BusWriter writer(message());
+        writer.writeVariant(value);
+        finish(writer.message());
+        return BusReader(writer.message()).readVariant();
     }
 
     /// The name and the text of what the function throws; empty when it doesn't.
@@ -43,16 +42,15 @@ protected:
     {
         try {
             function();
-        } catch (const sdbus::Error &error) {
-            return error.getName() + ": " + error.getMessage();
+        } catch (const BusError &error) {
+            return error.name() + ": " + error.message();
         }
         return {};
     }
 
-    static std::string errorOfAppending(const QVariant &value)
+    static std::string errorOfWriting(const QVariant &value)
     {
-        sdbus::MethodCall message = MessageTest::message();
-        return errorOf([&] { BusVariant::append(message, value); });
+        return errorOf([&] { BusWriter(message()).writeVariant(value); });
     }
 
 private:

@@ -13,7 +13,7 @@ using testing::HasSubstr;
 
 namespace {
 /// More than a connection gives a bus to answer.
-constexpr std::chrono::seconds patience(20);
+constexpr std::chrono::seconds timeout(20);
 } // namespace
 
 class ClientAvailabilityTest : public ClientTest
@@ -70,11 +70,11 @@ TEST_F(ClientAvailabilityTest, TellsThatTheBusDoesNotAnswerAndFindsTheHostWhenIt
     ASSERT_TRUE(succeeds(connectedClient().list()));
     m_bus.pause();
     const TavoClient &client = watchedClient();
-    ASSERT_TRUE(waitFor([&] { return !m_changes.empty(); }, patience));
+    ASSERT_TRUE(waitFor([&] { return !m_changes.empty(); }, timeout));
     EXPECT_THAT(m_changes, ElementsAre(false));
     EXPECT_THAT(client.unavailableReason().toStdString(), HasSubstr("does not answer"));
     m_bus.resume();
-    EXPECT_TRUE(waitFor([&] { return client.isAvailable(); }, patience));
+    EXPECT_TRUE(waitFor([&] { return client.isAvailable(); }, timeout));
 }
 
 TEST_F(ClientAvailabilityTest, BelievesTheBusAloneThatTheHostHasGone)
@@ -86,14 +86,16 @@ TEST_F(ClientAvailabilityTest, BelievesTheBusAloneThatTheHostHasGone)
     m_changes.clear();
     BusClient other(m_bus.address());
     other.setTarget("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus");
-    std::vector<std::string> names;
-    other.call("ListNames").answer() >> names;
-    const auto object = sdbus::createObject(other.connection(), "/org/freedesktop/DBus");
-    for (const std::string &name : names) {
-        sdbus::Signal forged = object->createSignal("org.freedesktop.DBus", "NameOwnerChanged");
-        forged << std::string("org.tavo.Model1") << name << std::string();
-        forged.setDestination(name);
-        forged.send();
+    const BusInterface interface {
+        "/org/freedesktop/DBus", "org.freedesktop.DBus"
+    };
+    for (const QString &name : other.call("ListNames").reader().readStringList()) {
+        other.sendSignal(interface, "NameOwnerChanged", name.toStdString(),
+                         [&name](BusWriter &forged) {
+                             forged.writeString("org.tavo.Model1"_s);
+                             forged.writeString(name);
+                             forged.writeString({});
+                         });
     }
     // The bus has passed them on when it answers, and the client has them before its own answer.
     ASSERT_TRUE(other.call("GetId").succeeds());
@@ -166,7 +168,7 @@ TEST_F(ClientAvailabilityTest, ARequestToABusThatSaysNothingIsAnsweredInItsTime)
                              SilentBus::After::Greeting}) {
         const SilentBus silent(after);
         TavoClient client(silent.address());
-        client.setPatience(200);
+        client.setTimeout(200);
         const auto reply = client.getValue(path("/door/state"));
         EXPECT_EQ(errorOf(reply).name(), TavoClientError::busTimedOut());
         EXPECT_EQ(silent.connections(), 1);
@@ -177,7 +179,7 @@ TEST_F(ClientAvailabilityTest, ARequestIsAnsweredAtOnceOnceTheBusIsKnownToSayNot
 {
     const SilentBus silent(SilentBus::After::Greeting);
     TavoClient client(silent.address());
-    EXPECT_TRUE(waitFor([&] { return client.unavailableReason() != ""_s; }, patience));
+    EXPECT_TRUE(waitFor([&] { return client.unavailableReason() != ""_s; }, timeout));
     const auto late = client.getValue(path("/late"));
     EXPECT_FALSE(late.isFinished()) << "answers come from the event loop";
     EXPECT_EQ(errorOf(late).name(), TavoClientError::busTimedOut());

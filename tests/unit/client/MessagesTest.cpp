@@ -3,76 +3,90 @@
 
 #include "ClientTest.h"
 
+#include "support/bus/BusClient.h"
+
 #include <client/TavoMessages.h>
 
-#include <sdbus-c++/sdbus-c++.h>
-
-#include <map>
-#include <string>
-#include <thread>
+#include <memory>
 #include <vector>
 
 namespace {
-using Hints = std::map<std::string, sdbus::Variant>;
-
-/// A host of which nothing is there but its desktop notifications; served by a thread of its own.
+/// A host that has nothing but its desktop notifications.
 class DesktopService
 {
 public:
     struct Notification
     {
-        std::string application, title, text;
-        Hints hints;
-        std::int32_t timeout;
+        QString application, title, text;
+        QVariantHash hints;
+        int timeout;
     };
 
-    explicit DesktopService(const std::string &address)
-        : m_connection(sdbus::createSessionBusConnectionWithAddress(address))
-        , m_object(sdbus::createObject(*m_connection, "/org/freedesktop/Notifications"))
+    explicit DesktopService(const QString &address)
+        : m_client(address)
+        , m_object(m_client.connection().createObject(BusInterface::notifications()))
     {
-        const std::string interface = "org.freedesktop.Notifications";
-        m_object->registerMethod("Notify").onInterface(interface).implementedAs(
-            [this](const std::string &application, const std::uint32_t &, const std::string &,
-                   const std::string &title, const std::string &text,
-                   const std::vector<std::string> &, const Hints &hints,
-                   const std::int32_t &timeout) {
-                m_shown.push_back({application, title, text, hints, timeout});
-                return std::uint32_t(m_shown.size());
-            });
-        m_object->registerMethod("CloseNotification")
-            .onInterface(interface)
-            .implementedAs([this](const std::uint32_t &id) { emitClosed(id, 3); });
-        m_object->registerSignal("NotificationClosed")
-            .onInterface(interface)
-            .withParameters<std::uint32_t, std::uint32_t>();
-        m_object->finishRegistration();
-        m_connection->requestName("org.tavo.Model1");
-        m_connection->enterEventLoopAsync();
+        m_object->setMethod("Notify", [this](const BusMessage &call) { notify(call); });
+        m_object->setMethod("CloseNotification", [this](const BusMessage &call) {
+            emitClosed(BusReader(call).readUInt32(), 3);
+            call.createReply().send();
+        });
+        for (const char *unused : {"GetCapabilities", "GetServerInformation"}) {
+            m_object->setMethod(unused,
+                                [](const BusMessage &) { throw BusError::failed("unused"); });
+        }
+        m_object->publish();
+        m_client.takeName("org.tavo.Model1"_s);
     }
 
-    void takeDesktopsName() { m_connection->requestName("org.freedesktop.Notifications"); }
+    void takeDesktopsName() { m_client.takeName("org.freedesktop.Notifications"_s); }
 
     void emitClosed(std::uint32_t id, std::uint32_t reason)
     {
-        m_object->emitSignal("NotificationClosed")
-            .onInterface("org.freedesktop.Notifications")
-            .withArguments(id, reason);
+        BusWriter signal(m_object->createSignal("NotificationClosed"));
+        signal.writeUInt32(id);
+        signal.writeUInt32(reason);
+        signal.message().send();
     }
 
-    /// To be read when an answer has shown that the thread is through with it.
     const std::vector<Notification> &shown() const { return m_shown; }
 
 private:
+    void notify(const BusMessage &call)
+    {
+        Notification shown;
+        BusReader reader(call);
+        shown.application = reader.readString();
+        reader.readUInt32(); // the notification that is replaced
+        reader.readString(); // the icon
+        shown.title = reader.readString();
+        shown.text = reader.readString();
+        reader.readStringList(); // the actions
+        reader.enterArray("{sv}");
+        while (!reader.isAtEnd()) {
+            reader.enterDictEntry("sv");
+            const QString name = reader.readString();
+            shown.hints.insert(name, reader.readVariant());
+            reader.leave();
+        }
+        reader.leave();
+        shown.timeout = reader.readInt32();
+        m_shown.push_back(shown);
+        BusWriter reply(call.createReply());
+        reply.writeUInt32(std::uint32_t(m_shown.size()));
+        reply.message().send();
+    }
+
     std::vector<Notification> m_shown;
-    std::unique_ptr<sdbus::IConnection> m_connection;
-    std::unique_ptr<sdbus::IObject> m_object;
+    BusClient m_client;
+    std::unique_ptr<BusObject> m_object;
 };
 } // namespace
 
 class MessagesTest : public ClientTest
 {
 protected:
-    DesktopService m_desktop{m_bus.address().toStdString()};
+    DesktopService m_desktop{m_bus.address()};
     TavoMessages m_messages{&connectedClient()};
 };
 
@@ -88,12 +102,12 @@ TEST_F(MessagesTest, ShowsAMessageWithAllThatItHolds)
     ASSERT_TRUE(succeeds(reply));
     EXPECT_EQ(reply.value(), 1U);
     const auto &shown = m_desktop.shown().at(0);
-    EXPECT_EQ(shown.application, "door");
-    EXPECT_EQ(shown.title, "Door");
-    EXPECT_EQ(shown.text, "a &lt; b &amp; c") << "the interface takes markup";
+    EXPECT_EQ(shown.application, "door"_s);
+    EXPECT_EQ(shown.title, "Door"_s);
+    EXPECT_EQ(shown.text, "a &lt; b &amp; c"_s) << "the interface takes markup";
     EXPECT_EQ(shown.timeout, 3000);
-    EXPECT_EQ(shown.hints.at("urgency").get<std::uint8_t>(), 2);
-    EXPECT_EQ(shown.hints.at("x-tavo-priority").get<std::int32_t>(), 3);
+    EXPECT_EQ(shown.hints.value("urgency"_s), QVariant::fromValue(uchar(2)));
+    EXPECT_EQ(shown.hints.value("x-tavo-priority"_s), QVariant(3));
 }
 
 TEST_F(MessagesTest, LeavesTheTimeToTheHostUnlessToldOtherwise)
@@ -131,13 +145,12 @@ TEST_F(MessagesTest, TellsWhetherTheHostIsTheServerOfTheDesktop)
 {
     const auto nobody = m_messages.isDesktopServer();
     EXPECT_TRUE(errorOf(nobody).isError());
-    const auto another =
-        sdbus::createSessionBusConnectionWithAddress(m_bus.address().toStdString());
-    another->requestName("org.freedesktop.Notifications");
+    BusClient another(m_bus.address());
+    another.takeName("org.freedesktop.Notifications"_s);
     const auto other = m_messages.isDesktopServer();
     ASSERT_TRUE(succeeds(other));
     EXPECT_FALSE(other.value());
-    another->releaseName("org.freedesktop.Notifications");
+    another.releaseName("org.freedesktop.Notifications"_s);
     m_desktop.takeDesktopsName();
     const auto own = m_messages.isDesktopServer();
     ASSERT_TRUE(succeeds(own));

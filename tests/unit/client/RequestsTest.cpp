@@ -194,7 +194,7 @@ TEST_F(ClientRequestsTest, AValueThatCanNotBeSentIsAnErrorAndHarmsNothing)
 TEST_F(ClientRequestsTest, AnAnswerThatDoesNotComeInTimeIsAnError)
 {
     m_service.take(path("/door/open"), ScriptedService::keep());
-    connectedClient().setPatience(50);
+    connectedClient().setTimeout(50);
     const CMError error = errorOf(connectedClient().call(path("/door/open")));
     EXPECT_EQ(error.name(), TavoClientError::timedOut());
     EXPECT_THAT(error.message().toString().toStdString(), HasSubstr("0.05 seconds"));

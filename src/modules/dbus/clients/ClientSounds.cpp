@@ -73,7 +73,7 @@ CMReply<QVariant> ClientSounds::send(const std::string &client, TavoNotification
 void ClientSounds::checkTarget(const CMPath &path)
 {
     if (path.isBelow(soundsPath())) {
-        throw BusErrors::accessDenied("Only the player tells how a sound ends");
+        throw BusError::accessDenied("Only the player tells how a sound ends");
     }
 }
 
@@ -93,7 +93,7 @@ QString ClientSounds::allowed(const QString &location, SoundAccess::Kind kind) c
 {
     const SoundAccess::Answer answer = m_access.check(location, kind);
     if (answer.location.isEmpty()) {
-        throw BusErrors::accessDenied(answer.refusal.toStdString());
+        throw BusError::accessDenied(answer.refusal.toStdString());
     }
     return answer.location;
 }

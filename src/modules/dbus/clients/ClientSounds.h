@@ -30,18 +30,18 @@ public:
     ClientSounds(Clients &clients, CMNodes *nodes, const DbusConfiguration::Sounds &configuration);
 
     /// Sends a client's request for a sound on; the reply is the player's. Throws
-    /// BusErrors::limitExceeded() for one too many, BusErrors::accessDenied() for a sound that
+    /// BusError::limitExceeded() for one too many, BusError::accessDenied() for a sound that
     /// clients may not have played, or a response path as checkTarget() does.
     CMReply<QVariant> enqueue(const std::string &client, const QVariant &value);
 
     /// Enqueues a sound on behalf of a client, who named its location or not. Throws
-    /// BusErrors::limitExceeded() as enqueue() does.
+    /// BusError::limitExceeded() as enqueue() does.
     CMReply<QVariant> play(const std::string &client, const TavoNotificationPlayerItem &item);
 
-    /// Sends a client's request for music on. Throws BusErrors::accessDenied() as enqueue() does.
+    /// Sends a client's request for music on. Throws BusError::accessDenied() as enqueue() does.
     CMReply<QVariant> playMusic(const QVariant &value) const;
 
-    /// Throws BusErrors::accessDenied() for a path where only the player reports: a client that did
+    /// Throws BusError::accessDenied() for a path where only the player reports: a client that did
     /// could have a sound forgotten that still plays.
     static void checkTarget(const CMPath &path);
 

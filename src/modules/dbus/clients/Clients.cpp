@@ -5,6 +5,7 @@
 
 #include <bus/BusConnection.h>
 #include <bus/BusError.h>
+#include <bus/BusReader.h>
 #include <core/tavo.h>
 
 #include <cstring>
@@ -20,19 +21,19 @@ constexpr const char *vanishedRule =
 /// What the connection answers by itself is a few bytes, but for an object's description and values.
 constexpr std::size_t descriptionBytes = 1 << 13;
 
-std::size_t ownAnswerBytes(sd_bus_message *call)
+std::size_t ownAnswerBytes(const BusMessage &call)
 {
-    const char *interface = sd_bus_message_get_interface(call);
+    const char *interface = sd_bus_message_get_interface(call.get());
     const bool isDescription =
         interface != nullptr && std::strcmp(interface, "org.freedesktop.DBus.Introspectable") == 0;
     return isDescription ? descriptionBytes : UnreadBytes::messageBytes;
 }
 
-void sendTo(const std::string &client, const sdbus::MethodReply &answer)
+void sendTo(const std::string &client, const BusMessage &answer)
 {
     try {
         answer.send();
-    } catch (const sdbus::Error &error) {
+    } catch (const BusError &error) {
         LOG4CPLUS_WARN(logger, "An answer to " << client << " can't be sent: " << error.what());
     }
 }
@@ -48,29 +49,25 @@ Clients::Clients(BusConnection &bus, const DbusConfiguration::Limits &limits)
     tavoConnect(&m_bus, &BusConnection::lost, this, &Clients::on_bus_lost);
 }
 
-bool Clients::pass(sd_bus_message *call)
+bool Clients::pass(const BusMessage &call)
 {
-    const char *sender = sd_bus_message_get_sender(call);
-    if (sender == nullptr) {
-        // No bus hands on such a call, and nobody could be answered.
-        return false;
-    }
-    const std::string client = sender;
-    if (!m_unread.takeCall(client, ownAnswerBytes(call))) {
+    // A bus adds the sender; without one there is nobody to reply to.
+    const std::string client = call.sender();
+    if (client.empty() || !m_unread.takeCall(client, ownAnswerBytes(call))) {
         return false;
     }
     m_quotas.countRequest(client);
     return true;
 }
 
-void Clients::handle(sdbus::MethodCall &call, const Handler &handler)
+void Clients::handle(const BusMessage &call, const Handler &handler)
 {
-    const std::string client = call.getSender();
+    const std::string client = call.sender();
     if (m_unread.take(client, 0)) {
         run(call, handler);
         return;
     }
-    m_unread.hold(client, 0, [this, call, handler](UnreadBytes::Verdict verdict) mutable {
+    m_unread.hold(client, 0, [this, call, handler](UnreadBytes::Verdict verdict) {
         if (verdict == UnreadBytes::Verdict::Send) {
             run(call, handler);
         } else {
@@ -79,53 +76,50 @@ void Clients::handle(sdbus::MethodCall &call, const Handler &handler)
     });
 }
 
-void Clients::run(sdbus::MethodCall &call, const Handler &handler)
+void Clients::run(const BusMessage &call, const Handler &handler)
 {
     try {
         handler(call);
-    } catch (const sdbus::Error &error) {
-        refuse(call, error);
-    } catch (const std::exception &error) {
-        refuse(call, sdbus::Error("org.freedesktop.DBus.Error.Failed", error.what()));
+    } catch (...) {
+        refuse(call, BusError::fromCaught());
     }
 }
 
-void Clients::answer(const sdbus::MethodCall &call, const sdbus::MethodReply &answer,
-                     std::size_t bytes)
+void Clients::answer(const BusMessage &call, const BusMessage &answer, std::size_t bytes)
 {
-    const std::string client = call.getSender();
+    const std::string client = call.sender();
     if (m_unread.take(client, bytes)) {
         sendTo(client, answer);
         return;
     }
     m_unread.hold(client, bytes, [this, call, answer](UnreadBytes::Verdict verdict) {
         if (verdict == UnreadBytes::Verdict::Send) {
-            sendTo(call.getSender(), answer);
+            sendTo(call.sender(), answer);
         } else {
             refuseUnread(call, verdict);
         }
     });
 }
 
-void Clients::refuseUnread(const sdbus::MethodCall &call, UnreadBytes::Verdict verdict)
+void Clients::refuseUnread(const BusMessage &call, UnreadBytes::Verdict verdict)
 {
     if (verdict == UnreadBytes::Verdict::Refuse) {
-        refuse(call, BusErrors::limitExceeded(m_unread.refusal(call.getSender())));
+        refuse(call, BusError::limitExceeded(m_unread.refusal(call.sender())));
     }
 }
 
-void Clients::refuse(const sdbus::MethodCall &call, const sdbus::Error &error)
+void Clients::refuse(const BusMessage &call, const BusError &error)
 {
-    const std::string client = call.getSender();
-    m_unread.add(client, error.getMessage().size());
+    const std::string client = call.sender();
+    m_unread.add(client, error.message().size());
     try {
         sendTo(client, call.createErrorReply(error));
-    } catch (const sdbus::Error &failure) {
+    } catch (const BusError &failure) {
         LOG4CPLUS_WARN(logger, "A refusal can't be written: " << failure.what());
     }
 }
 
-bool Clients::send(const std::string &client, sdbus::Signal &signal, std::size_t bytes)
+bool Clients::send(const std::string &client, const BusMessage &signal, std::size_t bytes)
 {
     if (!m_quotas.knows(client)) {
         return true;
@@ -133,17 +127,16 @@ bool Clients::send(const std::string &client, sdbus::Signal &signal, std::size_t
     if (!m_unread.takeSignal(client, bytes + UnreadBytes::messageBytes)) {
         return false;
     }
-    signal.setDestination(client);
-    signal.send();
+    signal.sendTo(client);
     return true;
 }
 
 void Clients::on_bus_connected()
 {
     m_unread.start();
-    m_filter = m_bus.createCallFilter([this](sd_bus_message *call) { return pass(call); });
+    m_filter = m_bus.createCallFilter([this](const BusMessage &call) { return pass(call); });
     m_vanished = m_bus.addMatch(vanishedRule,
-                                [this](sdbus::Message &message) { on_name_vanished(message); });
+                                [this](const BusMessage &message) { on_name_vanished(message); });
 }
 
 void Clients::on_bus_lost()
@@ -157,14 +150,12 @@ void Clients::on_bus_lost()
     m_unread.stop();
 }
 
-void Clients::on_name_vanished(sdbus::Message &message)
+void Clients::on_name_vanished(const BusMessage &message)
 {
     // Called by the connection, which doesn't expect anything to be thrown.
     try {
-        std::string name;
-        message >> name;
-        if (BusConnection::isFromBus(message)) {
-            forget(name);
+        if (message.isFromBus()) {
+            forget(BusReader(message).readString().toStdString());
         }
     } catch (const std::exception &error) {
         LOG4CPLUS_WARN(logger, "A client that leaves can't be told: " << error.what());

@@ -8,17 +8,17 @@
 #include "UnreadBytes.h"
 
 #include <bus/BusHandles.h>
+#include <bus/BusMessage.h>
 #include <bus/CallFilter.h>
 
 #include <QObject>
-
-#include <sdbus-c++/sdbus-c++.h>
 
 #include <functional>
 #include <memory>
 #include <string>
 
 class BusConnection;
+class BusError;
 
 /// The programs on the bus that have asked for something, by their unique names.
 ///
@@ -35,18 +35,21 @@ public:
     const DbusConfiguration::Limits &limits() const { return m_limits; }
     Quotas &quotas() { return m_quotas; }
 
-    using Handler = std::function<void(sdbus::MethodCall &call)>;
+    using Handler = std::function<void(const BusMessage &call)>;
 
     /// Has a call handled, and answers what that throws: now, or when it is known that the client reads
     /// its answers. Calls of one client are handled in their order. Throws nothing.
-    void handle(sdbus::MethodCall &call, const Handler &handler);
+    void handle(const BusMessage &call, const Handler &handler);
+
+    /// Calls a handler at once; what it throws is sent as the error reply.
+    void run(const BusMessage &call, const Handler &handler);
 
     /// Sends the answer to a call, of about so many bytes beside its head; or a refusal when too much
     /// of what the client was sent is unread. Throws nothing.
-    void answer(const sdbus::MethodCall &call, const sdbus::MethodReply &answer, std::size_t bytes);
+    void answer(const BusMessage &call, const BusMessage &answer, std::size_t bytes);
 
     /// Sends a signal to the client alone, if it is there; false when it reads too little for that.
-    bool send(const std::string &client, sdbus::Signal &signal, std::size_t bytes);
+    bool send(const std::string &client, const BusMessage &signal, std::size_t bytes);
 
 Q_SIGNALS:
     /// A client has left the bus, or the bus has gone with all of them: what it had ends.
@@ -57,12 +60,11 @@ private Q_SLOTS:
     void on_bus_lost();
 
 private:
-    bool pass(sd_bus_message *call);
-    void run(sdbus::MethodCall &call, const Handler &handler);
-    void refuse(const sdbus::MethodCall &call, const sdbus::Error &error);
-    void refuseUnread(const sdbus::MethodCall &call, UnreadBytes::Verdict verdict);
+    bool pass(const BusMessage &call);
+    void refuse(const BusMessage &call, const BusError &error);
+    void refuseUnread(const BusMessage &call, UnreadBytes::Verdict verdict);
     void forget(const std::string &client);
-    void on_name_vanished(sdbus::Message &message);
+    void on_name_vanished(const BusMessage &message);
 
     BusConnection &m_bus;
     const DbusConfiguration::Limits &m_limits;

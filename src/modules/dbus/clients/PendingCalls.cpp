@@ -6,6 +6,8 @@
 #include "Clients.h"
 
 #include <bus/BusError.h>
+#include <bus/BusWriter.h>
+#include <bus/ModelErrors.h>
 
 #include <utility>
 
@@ -38,9 +40,9 @@ void PendingCalls::on_clients_left(const std::string &client)
     }
 }
 
-Quotas::Charge PendingCalls::charge(const sdbus::MethodCall &call, std::size_t bytes)
+Quotas::Charge PendingCalls::charge(const BusMessage &call, std::size_t bytes)
 {
-    return m_clients.quotas().charge(call.getSender(), Quotas::RequestBytes,
+    return m_clients.quotas().charge(call.sender(), Quotas::RequestBytes,
                                      bytes + UnreadBytes::messageBytes);
 }
 
@@ -49,15 +51,15 @@ void PendingCalls::clear()
     m_calls.clear();
 }
 
-void PendingCalls::answer(const sdbus::MethodCall &call, const CMReply<QVariant> &reply,
-                          Append append, Quotas::Charge charge)
+void PendingCalls::answer(const BusMessage &call, const CMReply<QVariant> &reply, Write write,
+                          Quotas::Charge charge)
 {
     if (reply.isFinished()) {
-        send(call, reply, append);
+        send(call, reply, write);
         return;
     }
     const quint64 number = ++m_lastNumber;
-    m_calls.emplace(number, PendingCall{call, append, std::move(charge)});
+    m_calls.emplace(number, PendingCall{call, write, std::move(charge)});
     reply.onFinished(
         this, [this, number](const CMReply<QVariant> &finished) { finish(number, finished); });
 }
@@ -68,27 +70,23 @@ void PendingCalls::finish(quint64 number, const CMReply<QVariant> &reply)
     if (pending.empty()) {
         return;
     }
-    try {
-        send(pending.mapped().call, reply, pending.mapped().append);
-    } catch (const std::exception &error) {
-        LOG4CPLUS_WARN(logger, "An answer can't be written: " << error.what());
-    }
+    const BusMessage &call = pending.mapped().call;
+    m_clients.run(call, [&](const BusMessage &) { send(call, reply, pending.mapped().write); });
 }
 
-void PendingCalls::send(const sdbus::MethodCall &call, const CMReply<QVariant> &reply,
-                        Append append)
+void PendingCalls::send(const BusMessage &call, const CMReply<QVariant> &reply, Write write)
 {
     const CMError error = reply.error();
     if (error.isError()) {
-        m_clients.answer(call, BusError::reply(call, error), bytesOf(error));
+        m_clients.answer(call, ModelErrors::createReply(call, error), bytesOf(error));
         return;
     }
-    sdbus::MethodReply answer = call.createReply();
-    std::size_t bytes = 0;
+    BusWriter answer(call.createReply(), BusWriter::maxMessageBytes);
     try {
-        bytes = append(answer, reply.value());
-    } catch (const sdbus::Error &unsupported) {
-        answer = call.createErrorReply(unsupported);
+        write(answer, reply.value());
+    } catch (const BusError &unsupported) {
+        m_clients.answer(call, call.createErrorReply(unsupported), 0);
+        return;
     }
-    m_clients.answer(call, answer, bytes);
+    m_clients.answer(call, answer.message(), answer.bytesWritten());
 }

@@ -5,16 +5,16 @@
 
 #include "Quotas.h"
 
+#include <bus/BusMessage.h>
 #include <core/tavo.h>
 
 #include <QObject>
-
-#include <sdbus-c++/sdbus-c++.h>
 
 #include <cstddef>
 #include <string>
 #include <unordered_map>
 
+class BusWriter;
 class Clients;
 
 /// Calls from the bus whose answers come out of the model: each is answered when the model's reply
@@ -28,15 +28,15 @@ class PendingCalls : public QObject
 public:
     explicit PendingCalls(Clients &clients);
 
-    /// Puts a reply's value into the answer, and says about how many bytes that are.
-    using Append = std::size_t (*)(sdbus::MethodReply &answer, const QVariant &value);
+    /// Writes a reply's value into the answer.
+    using Write = void (*)(BusWriter &answer, const QVariant &value);
 
     /// Counts a call, whose values take so many bytes, among those that wait. Throws
-    /// BusErrors::limitExceeded() when too much waits already.
-    Quotas::Charge charge(const sdbus::MethodCall &call, std::size_t bytes);
+    /// BusError::limitExceeded() when too much waits already.
+    Quotas::Charge charge(const BusMessage &call, std::size_t bytes);
 
     /// Answers the call with the reply, or its error; now if the reply is finished.
-    void answer(const sdbus::MethodCall &call, const CMReply<QVariant> &reply, Append append,
+    void answer(const BusMessage &call, const CMReply<QVariant> &reply, Write write,
                 Quotas::Charge charge);
 
     /// Forgets all calls: the bus that they came from has gone.
@@ -48,14 +48,14 @@ private Q_SLOTS:
 private:
     struct PendingCall
     {
-        sdbus::MethodCall call;
-        Append append;
+        BusMessage call;
+        Write write;
         Quotas::Charge charge;
     };
     using Calls = std::unordered_map<quint64, PendingCall>;
 
     void finish(quint64 number, const CMReply<QVariant> &reply);
-    void send(const sdbus::MethodCall &call, const CMReply<QVariant> &reply, Append append);
+    void send(const BusMessage &call, const CMReply<QVariant> &reply, Write write);
 
     Clients &m_clients;
 

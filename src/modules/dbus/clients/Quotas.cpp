@@ -80,8 +80,8 @@ void Quotas::countRequest(const std::string &client)
     known.requests = std::min(burstSeconds * m_requestsPerSecond,
                               known.requests + elapsed.count() * m_requestsPerSecond);
     if (known.requests < 1) {
-        throw BusErrors::limitExceeded("No more than " + std::to_string(m_requestsPerSecond) +
-                                       " requests a second are taken from a client");
+        throw BusError::limitExceeded("No more than " + std::to_string(m_requestsPerSecond) +
+                                      " requests a second are taken from a client");
     }
     known.requests -= 1;
 }
@@ -93,13 +93,13 @@ Quotas::Charge Quotas::charge(const std::string &client, Kind kind, std::size_t 
     const std::size_t own = known->held[kind] + amount;
     const std::size_t all = m_totals[kind] + amount;
     if (own > limit.perClient) {
-        throw BusErrors::limitExceeded("A client may have no more than " +
-                                       std::to_string(limit.perClient) + ' ' + limit.what);
+        throw BusError::limitExceeded("A client may have no more than " +
+                                      std::to_string(limit.perClient) + ' ' + limit.what);
     }
     // Where one client has no limit of its own, it takes no more than it leaves for the others.
     if (all + (limit.perClient == unlimited ? own : 0) > limit.total) {
-        throw BusErrors::limitExceeded("All clients together may have no more than " +
-                                       std::to_string(limit.total) + ' ' + limit.what);
+        throw BusError::limitExceeded("All clients together may have no more than " +
+                                      std::to_string(limit.total) + ' ' + limit.what);
     }
     return {known, kind, amount};
 }

@@ -48,11 +48,11 @@ public:
 
     explicit Quotas(const DbusConfiguration::Limits &limits);
 
-    /// Counts a request. Throws BusErrors::limitExceeded() for a client that sends too many in too
+    /// Counts a request. Throws BusError::limitExceeded() for a client that sends too many in too
     /// short a time.
     void countRequest(const std::string &client);
 
-    /// Throws BusErrors::limitExceeded() where there is no room.
+    /// Throws BusError::limitExceeded() where there is no room.
     Charge charge(const std::string &client, Kind kind, std::size_t amount = 1);
 
     bool knows(const std::string &client) const { return m_accounts.count(client) > 0; }

@@ -4,11 +4,14 @@
 #include "UnreadBytes.h"
 
 #include <bus/BusConnection.h>
+#include <bus/BusError.h>
+#include <bus/BusReader.h>
+#include <bus/BusWriter.h>
 #include <core/tavo.h>
 
 #include <algorithm>
 #include <chrono>
-#include <map>
+#include <stdexcept>
 #include <utility>
 
 namespace {
@@ -20,8 +23,7 @@ constexpr const char *busPath = "/org/freedesktop/DBus";
 /// Who has stopped reading is asked for so often, so that it is served again soon after it goes on.
 constexpr int askAgainMs = 1000;
 
-/// For an answer to the question; one that comes later is as good as none.
-constexpr std::chrono::seconds patience(25);
+constexpr std::chrono::seconds timeout(25);
 
 /// In parts of a client's limit: from where on the bus is asked, how much more until it is asked
 /// again, and what counts as nothing.
@@ -39,6 +41,22 @@ bool isNotTold(const std::string &error)
     return error == prefix + "UnknownMethod" || error == prefix + "UnknownInterface" ||
            error == prefix + "UnknownObject" || error == prefix + "NotSupported" ||
            error == prefix + "AccessDenied";
+}
+
+/// Of the statistics that the bus has of a connection, what it has not sent to it yet.
+std::size_t readOutgoingBytes(const BusMessage &reply)
+{
+    BusReader reader(reply);
+    reader.enterArray("{sv}");
+    while (!reader.isAtEnd()) {
+        reader.enterDictEntry("sv");
+        if (reader.readString() == QLatin1String("OutgoingBytes")) {
+            return std::size_t(reader.readIntegerVariant().value());
+        }
+        reader.skip();
+        reader.leave();
+    }
+    throw std::runtime_error("no OutgoingBytes");
 }
 } // namespace
 
@@ -203,7 +221,7 @@ void UnreadBytes::ask(ClientMap::value_type &entry)
         }
         client.isAsked = true;
         client.before += std::exchange(client.since, 0);
-    } catch (const sdbus::Error &error) {
+    } catch (const BusError &error) {
         // Then the bus has gone, and all that was sent with it.
         LOG4CPLUS_DEBUG(logger, "What is unread can't be asked for: " << error.what());
     }
@@ -211,46 +229,40 @@ void UnreadBytes::ask(ClientMap::value_type &entry)
 
 void UnreadBytes::askBus(const std::string &client)
 {
-    // It is handled behind all that was sent before, and answered whatever the client does.
-    sdbus::MethodCall question = m_bus.createCall(
+    // The bus handles it after everything that was sent before, whatever the client does.
+    const BusMessage question = m_bus.createCall(
         busName, busPath, "org.freedesktop.DBus.Debug.Stats", "GetConnectionStats");
-    question << client;
-    m_bus.send(question, patience,
-               [this, client](sdbus::MethodReply &reply, const sdbus::Error *error) {
-                   on_bus_answered(client, reply, error);
-               });
+    BusWriter(question).writeString(QString::fromStdString(client));
+    m_bus.send(question, timeout,
+               [this, client](const BusMessage &reply) { on_bus_answered(client, reply); });
 }
 
 void UnreadBytes::askClient(const std::string &client)
 {
-    m_bus.send(m_bus.createCall(client.c_str(), "/", "org.freedesktop.DBus.Peer", "Ping"), patience,
-               [this, client](sdbus::MethodReply &reply, const sdbus::Error *) {
-                   on_client_answered(client, reply);
-               });
+    m_bus.send(m_bus.createCall(client.c_str(), "/", "org.freedesktop.DBus.Peer", "Ping"), timeout,
+               [this, client](const BusMessage &reply) { on_client_answered(client, reply); });
 }
 
-void UnreadBytes::on_bus_answered(const std::string &client, sdbus::MethodReply &reply,
-                                  const sdbus::Error *error)
+void UnreadBytes::on_bus_answered(const std::string &client, const BusMessage &reply)
 {
     const auto entry = m_clients.find(client);
     if (entry == m_clients.end()) {
         return;
     }
     entry->second.isAsked = false;
+    const auto error = reply.error();
     try {
-        if (!BusConnection::isFromBus(reply)) {
-            // Somebody else's word counts for nothing.
-        } else if (error == nullptr) {
-            std::map<std::string, sdbus::Variant> statistics;
-            reply >> statistics;
-            confirm(entry->second, statistics.at("OutgoingBytes").get<std::uint32_t>());
-        } else if (isNotTold(error->getName())) {
-            doWithoutBus(error->getMessage());
+        if (!reply.isFromBus()) {
+            // A reply of another sender counts for nothing.
+        } else if (!error) {
+            confirm(entry->second, readOutgoingBytes(reply));
+        } else if (isNotTold(error->name())) {
+            doWithoutBus(error->message());
         }
     } catch (const std::exception &unexpected) {
         doWithoutBus(unexpected.what());
     }
-    if (std::exchange(entry->second.isToAskAgain, false) && error == nullptr) {
+    if (std::exchange(entry->second.isToAskAgain, false) && !error) {
         ask(*entry);
     }
     if (!entry->second.isAsked) {
@@ -274,7 +286,7 @@ void UnreadBytes::doWithoutBus(const std::string &reason)
     }
 }
 
-void UnreadBytes::on_client_answered(const std::string &client, const sdbus::MethodReply &reply)
+void UnreadBytes::on_client_answered(const std::string &client, const BusMessage &reply)
 {
     const auto entry = m_clients.find(client);
     if (entry == m_clients.end()) {
@@ -282,7 +294,7 @@ void UnreadBytes::on_client_answered(const std::string &client, const sdbus::Met
     }
     entry->second.isAsked = false;
     // Others answer in its name that it may not be asked, or that it took too long.
-    if (reply.getSender() == client) {
+    if (reply.sender() == client) {
         confirm(entry->second, 0);
     }
 }

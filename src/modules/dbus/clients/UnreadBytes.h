@@ -8,8 +8,6 @@
 #include <QObject>
 #include <QTimer>
 
-#include <sdbus-c++/sdbus-c++.h>
-
 #include <cstddef>
 #include <deque>
 #include <functional>
@@ -17,6 +15,7 @@
 #include <unordered_map>
 
 class BusConnection;
+class BusMessage;
 
 /// How much of what each client was sent it hasn't read. A bus may count that as the sender's, and
 /// read nothing more from a sender that has used up its share: one client that never reads would
@@ -108,9 +107,8 @@ private:
     void ask(ClientMap::value_type &entry);
     void askBus(const std::string &client);
     void askClient(const std::string &client);
-    void on_bus_answered(const std::string &client, sdbus::MethodReply &reply,
-                         const sdbus::Error *error);
-    void on_client_answered(const std::string &client, const sdbus::MethodReply &reply);
+    void on_bus_answered(const std::string &client, const BusMessage &reply);
+    void on_client_answered(const std::string &client, const BusMessage &reply);
     void doWithoutBus(const std::string &reason);
     void confirm(Client &client, std::size_t waiting);
     void settle(const std::string &client);

@@ -3,7 +3,7 @@
 
 #include "NotificationSounds.h"
 
-#include <sdbus-c++/sdbus-c++.h>
+#include <bus/BusError.h>
 
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
@@ -65,8 +65,8 @@ void NotificationSounds::enqueue(const std::string &client, const TavoNotificati
                                                         << reply.error().message().toString());
                 }
             });
-    } catch (const sdbus::Error &limit) {
-        logOnce(QString::fromStdString(limit.getMessage()));
+    } catch (const BusError &limit) {
+        logOnce(QString::fromStdString(limit.message()));
     }
 }
 

@@ -7,14 +7,15 @@
 
 #include <bus/BusConnection.h>
 #include <bus/BusError.h>
+#include <bus/BusReader.h>
+#include <bus/BusWriter.h>
+#include <bus/ModelErrors.h>
 
 #include <utility>
 
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 
-constexpr const char *interfaceName = "org.freedesktop.Notifications";
-constexpr const char *objectPath = "/org/freedesktop/Notifications";
 constexpr const char *protocolVersion = "1.2";
 } // namespace
 
@@ -27,7 +28,7 @@ NotificationsInterface::NotificationsInterface(BusConnection &bus, Clients &clie
     , m_notifications(nodes)
     , m_sounds(sounds, configuration.sounds)
 {
-    m_bus.ownName(QString::fromLatin1(interfaceName));
+    m_bus.ownName(QString::fromStdString(BusInterface::notifications().name));
     tavoConnect(&m_bus, &BusConnection::connected, this, &NotificationsInterface::on_bus_connected);
     tavoConnect(&m_bus, &BusConnection::lost, this, &NotificationsInterface::on_bus_lost);
     tavoConnect(&m_notifications, &OpenNotifications::closed, this,
@@ -38,19 +39,11 @@ NotificationsInterface::NotificationsInterface(BusConnection &bus, Clients &clie
 
 void NotificationsInterface::on_bus_connected()
 {
-    m_object = m_bus.createObject(objectPath, interfaceName);
-    add("Notify", &NotificationsInterface::notify, "susssasa{sv}i",
-        {"app_name", "replaces_id", "app_icon", "summary", "body", "actions", "hints",
-         "expire_timeout"},
-        "u", {"id"});
-    add("CloseNotification", &NotificationsInterface::closeNotification, "u", {"id"}, "", {});
-    add("GetCapabilities", &NotificationsInterface::getCapabilities, "", {}, "as",
-        {"capabilities"});
-    add("GetServerInformation", &NotificationsInterface::getServerInformation, "", {}, "ssss",
-        {"name", "vendor", "version", "spec_version"});
-    m_object->addSignal("NotificationClosed", "uu", Texts{"id", "reason"});
-    m_object->addSignal("ActionInvoked", "us", Texts{"id", "action_key"});
-    m_object->addSignal("ActivationToken", "us", Texts{"id", "activation_token"});
+    m_object = m_bus.createObject(BusInterface::notifications());
+    add("Notify", &NotificationsInterface::notify);
+    add("CloseNotification", &NotificationsInterface::closeNotification);
+    add("GetCapabilities", &NotificationsInterface::getCapabilities);
+    add("GetServerInformation", &NotificationsInterface::getServerInformation);
     m_object->publish();
 }
 
@@ -59,81 +52,79 @@ void NotificationsInterface::on_bus_lost()
     m_object.reset();
 }
 
-void NotificationsInterface::add(const char *method, Handler handler, const char *in,
-                                 const Texts &inNames, const char *out, const Texts &outNames)
+void NotificationsInterface::add(const char *method, Handler handler)
 {
-    const Clients::Handler handle = [this, handler](sdbus::MethodCall &call) {
+    const Clients::Handler handle = [this, handler](const BusMessage &call) {
         (this->*handler)(call);
     };
-    m_object->addMethod(
-        method, in, inNames, out, outNames,
-        [this, handle](sdbus::MethodCall &call) { m_clients.handle(call, handle); });
+    m_object->setMethod(method,
+                        [this, handle](const BusMessage &call) { m_clients.handle(call, handle); });
 }
 
-void NotificationsInterface::notify(sdbus::MethodCall &call)
+void NotificationsInterface::notify(const BusMessage &call)
 {
-    const NotifyCall wish = NotifyCall::read(call, m_timeouts, m_clients.limits().valueBytes);
-    quint32 id = wish.replacedId;
+    const NotifyCall request = NotifyCall::read(call, m_timeouts, m_clients.limits().valueBytes);
+    quint32 id = request.replacedId;
     if (m_notifications.isOpen(id)) {
-        m_notifications.replace(id, wish.notification);
+        m_notifications.replace(id, request.notification);
     } else {
-        Quotas::Charge charge =
-            m_clients.quotas().charge(call.getSender(), Quotas::OpenNotifications);
+        Quotas::Charge charge = m_clients.quotas().charge(call.sender(), Quotas::OpenNotifications);
         // One that has closed meanwhile is opened again by the id that its client knows.
         id = id != 0 ? id : m_notifications.freeId();
-        const CMError error = m_notifications.open(id, wish.notification);
+        const CMError error = m_notifications.open(id, request.notification);
         if (error.isError()) {
-            BusError::reply(call, error).send();
+            ModelErrors::createReply(call, error).send();
             return;
         }
         m_charges.emplace(id, std::move(charge));
     }
-    if (!wish.isSilent) {
-        m_sounds.play(call.getSender(), id, wish.soundFile, wish.soundName,
-                      wish.notification.priority);
+    if (!request.isSilent) {
+        m_sounds.play(call.sender(), id, request.soundFile, request.soundName,
+                      request.notification.priority);
     }
-    sdbus::MethodReply answer = call.createReply();
-    answer << id;
-    answer.send();
+    BusWriter reply(call.createReply());
+    reply.writeUInt32(id);
+    reply.message().send();
 }
 
-void NotificationsInterface::closeNotification(sdbus::MethodCall &call)
+void NotificationsInterface::closeNotification(const BusMessage &call)
 {
-    std::uint32_t id = 0;
-    call >> id;
+    const std::uint32_t id = BusReader(call).readUInt32();
     if (!m_notifications.close(id, OpenNotifications::Reason::Closed)) {
-        throw sdbus::Error("org.freedesktop.Notifications.InvalidId",
-                           "No notification is open by the id " + std::to_string(id));
+        throw BusError("org.freedesktop.Notifications.InvalidId",
+                       "No notification is open by the id " + std::to_string(id));
     }
     call.createReply().send();
 }
 
-void NotificationsInterface::getCapabilities(sdbus::MethodCall &call)
+void NotificationsInterface::getCapabilities(const BusMessage &call)
 {
-    sdbus::MethodReply answer = call.createReply();
-    answer << Texts{"actions", "body", "sound"};
-    answer.send();
+    BusWriter reply(call.createReply());
+    reply.writeStringList(
+        {QStringLiteral("actions"), QStringLiteral("body"), QStringLiteral("sound")});
+    reply.message().send();
 }
 
-void NotificationsInterface::getServerInformation(sdbus::MethodCall &call)
+void NotificationsInterface::getServerInformation(const BusMessage &call)
 {
-    sdbus::MethodReply answer = call.createReply();
-    answer << "Tavo"
-           << "Tavo" << TAVO_VERSION << protocolVersion;
-    answer.send();
+    BusWriter reply(call.createReply());
+    for (const char *text : {"Tavo", "Tavo", TAVO_VERSION, protocolVersion}) {
+        reply.writeString(QString::fromLatin1(text));
+    }
+    reply.message().send();
 }
 
-template <typename... Arguments>
-void NotificationsInterface::emitToAll(const char *signal, const Arguments &...arguments)
+void NotificationsInterface::emitToAll(const char *signal,
+                                       const std::function<void(BusWriter &)> &write)
 {
     if (!m_object) {
         return;
     }
     try {
-        sdbus::Signal message = m_object->createSignal(signal);
-        (message << ... << arguments);
-        message.send();
-    } catch (const sdbus::Error &error) {
+        BusWriter writer(m_object->createSignal(signal));
+        write(writer);
+        writer.message().send();
+    } catch (const BusError &error) {
         LOG4CPLUS_WARN(logger, signal << " can't be sent: " << error.what());
     }
 }
@@ -145,11 +136,11 @@ void NotificationsInterface::sendToken(quint32 id, const QString &token)
         return;
     }
     try {
-        const std::string text = token.toStdString();
-        sdbus::Signal message = m_object->createSignal("ActivationToken");
-        message << id << text;
-        m_clients.send(charge->second.client(), message, text.size());
-    } catch (const sdbus::Error &error) {
+        BusWriter writer(m_object->createSignal("ActivationToken"));
+        writer.writeUInt32(id);
+        writer.writeString(token);
+        m_clients.send(charge->second.client(), writer.message(), writer.bytesWritten());
+    } catch (const BusError &error) {
         LOG4CPLUS_WARN(logger, "A token can't be sent: " << error.what());
     }
 }
@@ -164,7 +155,10 @@ void NotificationsInterface::on_notifications_closed(quint32 id, OpenNotificatio
     } else {
         m_sounds.release(id);
     }
-    emitToAll("NotificationClosed", id, quint32(reason));
+    emitToAll("NotificationClosed", [&](BusWriter &signal) {
+        signal.writeUInt32(id);
+        signal.writeUInt32(quint32(reason));
+    });
 }
 
 void NotificationsInterface::on_notifications_actionInvoked(quint32 id, const QString &key,
@@ -173,5 +167,8 @@ void NotificationsInterface::on_notifications_actionInvoked(quint32 id, const QS
     if (!token.isEmpty()) {
         sendToken(id, token);
     }
-    emitToAll("ActionInvoked", id, key.toStdString());
+    emitToAll("ActionInvoked", [&](BusWriter &signal) {
+        signal.writeUInt32(id);
+        signal.writeString(key);
+    });
 }

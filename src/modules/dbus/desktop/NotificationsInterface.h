@@ -13,12 +13,12 @@
 
 #include <QObject>
 
-#include <sdbus-c++/sdbus-c++.h>
-
+#include <functional>
 #include <memory>
 #include <unordered_map>
 
 class BusConnection;
+class BusWriter;
 class Clients;
 
 /// org.freedesktop.Notifications: what desktop programs notify their user with, shown by the
@@ -41,21 +41,18 @@ private Q_SLOTS:
     void on_notifications_actionInvoked(quint32 id, const QString &key, const QString &token);
 
 private:
-    using Handler = void (NotificationsInterface::*)(sdbus::MethodCall &call);
-    using Texts = BusObject::Texts;
+    using Handler = void (NotificationsInterface::*)(const BusMessage &call);
 
-    void add(const char *method, Handler handler, const char *in, const Texts &inNames,
-             const char *out, const Texts &outNames);
+    void add(const char *method, Handler handler);
 
-    void notify(sdbus::MethodCall &call);
-    void closeNotification(sdbus::MethodCall &call);
-    void getCapabilities(sdbus::MethodCall &call);
-    void getServerInformation(sdbus::MethodCall &call);
+    void notify(const BusMessage &call);
+    void closeNotification(const BusMessage &call);
+    void getCapabilities(const BusMessage &call);
+    void getServerInformation(const BusMessage &call);
 
     /// As most servers do: some clients listen by another connection than they notify by, and the
     /// arguments tell nobody what was shown.
-    template <typename... Arguments>
-    void emitToAll(const char *signal, const Arguments &...arguments);
+    void emitToAll(const char *signal, const std::function<void(BusWriter &)> &write);
 
     /// To the one who opened the notification alone: with the token, others could raise a window in its
     /// stead.

@@ -3,11 +3,10 @@
 
 #include "NotifyCall.h"
 
-#include "MessageCursor.h"
 #include "PlainText.h"
 
 #include <bus/BusError.h>
-#include <bus/RawMessage.h>
+#include <bus/BusReader.h>
 
 #include <functional>
 #include <limits>
@@ -15,69 +14,69 @@
 #include <QHash>
 
 namespace {
-/// More than anybody chooses from.
-constexpr int mostActions = 64;
+/// More than a person chooses from.
+constexpr int maxActions = 64;
 
 /// The urgencies of the protocol.
 constexpr qint64 urgencyLow = 0;
 constexpr qint64 urgencyCritical = 2;
 
-QVector<DesktopNotification::Action> readActions(MessageCursor &cursor)
+QVector<DesktopNotification::Action> readActions(BusReader &reader)
 {
     QVector<DesktopNotification::Action> actions;
-    cursor.enter(SD_BUS_TYPE_ARRAY, "s");
-    while (!cursor.isAtEnd()) {
-        if (actions.size() == mostActions) {
-            throw BusErrors::limitExceeded("A notification has no more than " +
-                                           std::to_string(mostActions) + " actions");
+    reader.enterArray("s");
+    while (!reader.isAtEnd()) {
+        if (actions.size() == maxActions) {
+            throw BusError::limitExceeded("A notification has no more than " +
+                                          std::to_string(maxActions) + " actions");
         }
-        const QString key = cursor.readText();
-        if (cursor.isAtEnd()) {
-            throw BusErrors::invalidArguments("Each action takes a key and a label");
+        const QString key = reader.readString();
+        if (reader.isAtEnd()) {
+            throw BusError::invalidArguments("Each action takes a key and a label");
         }
-        actions.append({key, plainLine(cursor.readText())});
+        actions.append({key, plainLine(reader.readString())});
     }
-    cursor.leave();
+    reader.leave();
     return actions;
 }
 
-using Hint = void (*)(NotifyCall &call, MessageCursor &cursor);
+using Hint = void (*)(NotifyCall &call, BusReader &reader);
 
 template <QString DesktopNotification::*field>
-void readLine(NotifyCall &call, MessageCursor &cursor)
+void readLine(NotifyCall &call, BusReader &reader)
 {
-    call.notification.*field = plainLine(cursor.readTextVariant().value_or(QString()));
+    call.notification.*field = plainLine(reader.readStringVariant().value_or(QString()));
 }
 
 template <QString NotifyCall::*field>
-void readSound(NotifyCall &call, MessageCursor &cursor)
+void readSound(NotifyCall &call, BusReader &reader)
 {
-    call.*field = cursor.readTextVariant().value_or(QString());
+    call.*field = reader.readStringVariant().value_or(QString());
 }
 
 template <bool DesktopNotification::*field>
-void readTruth(NotifyCall &call, MessageCursor &cursor)
+void readBoolean(NotifyCall &call, BusReader &reader)
 {
-    call.notification.*field = cursor.readNumberVariant().value_or(0) != 0;
+    call.notification.*field = reader.readIntegerVariant().value_or(0) != 0;
 }
 
-void readSilence(NotifyCall &call, MessageCursor &cursor)
+void readSilence(NotifyCall &call, BusReader &reader)
 {
-    call.isSilent = cursor.readNumberVariant().value_or(0) != 0;
+    call.isSilent = reader.readIntegerVariant().value_or(0) != 0;
 }
 
-void readUrgency(NotifyCall &call, MessageCursor &cursor)
+void readUrgency(NotifyCall &call, BusReader &reader)
 {
-    const auto urgency = cursor.readNumberVariant();
+    const auto urgency = reader.readIntegerVariant();
     call.notification.priority = urgency == urgencyLow ? TavoNotificationItemPriority::Low
                                  : urgency == urgencyCritical
                                      ? TavoNotificationItemPriority::Urgent
                                      : TavoNotificationItemPriority::Normal;
 }
 
-void readExactPriority(NotifyCall &call, MessageCursor &cursor)
+void readExactPriority(NotifyCall &call, BusReader &reader)
 {
-    const auto priority = cursor.readNumberVariant();
+    const auto priority = reader.readIntegerVariant();
     if (priority && *priority >= std::numeric_limits<int>::min() &&
         *priority <= std::numeric_limits<int>::max()) {
         call.exactPriority = TavoNotificationItemPriority::Enum(*priority);
@@ -92,60 +91,60 @@ const QHash<QString, Hint> &knownHints()
         {QStringLiteral("category"), readLine<&DesktopNotification::category>},
         {QStringLiteral("desktop-entry"), readLine<&DesktopNotification::desktopEntry>},
         {QStringLiteral("image-path"), readLine<&DesktopNotification::icon>},
-        {QStringLiteral("transient"), readTruth<&DesktopNotification::isTransient>},
-        {QStringLiteral("resident"), readTruth<&DesktopNotification::isResident>},
+        {QStringLiteral("transient"), readBoolean<&DesktopNotification::isTransient>},
+        {QStringLiteral("resident"), readBoolean<&DesktopNotification::isResident>},
         {QStringLiteral("sound-file"), readSound<&NotifyCall::soundFile>},
         {QStringLiteral("sound-name"), readSound<&NotifyCall::soundName>},
         {QStringLiteral("suppress-sound"), readSilence}};
     return hints;
 }
 
-void readHints(NotifyCall &call, MessageCursor &cursor)
+void readHints(NotifyCall &call, BusReader &reader)
 {
-    cursor.enter(SD_BUS_TYPE_ARRAY, "{sv}");
-    while (!cursor.isAtEnd()) {
-        cursor.enter(SD_BUS_TYPE_DICT_ENTRY, "sv");
-        const auto hint = knownHints().constFind(cursor.readText());
+    reader.enterArray("{sv}");
+    while (!reader.isAtEnd()) {
+        reader.enterDictEntry("sv");
+        const auto hint = knownHints().constFind(reader.readString());
         if (hint != knownHints().constEnd()) {
-            (*hint)(call, cursor);
+            (*hint)(call, reader);
         } else {
-            cursor.skip();
+            reader.skip();
         }
-        cursor.leave();
+        reader.leave();
     }
-    cursor.leave();
+    reader.leave();
 }
 
-/// The client's wish, or the default for one that has none.
-int timeoutFor(const NotifyCall &call, qint32 wish, const NotifyCall::Timeouts &timeouts)
+/// The timeout that the client requests, or the default.
+int timeoutFor(const NotifyCall &call, qint32 requested, const NotifyCall::Timeouts &timeouts)
 {
-    if (wish >= 0) {
-        return wish;
+    if (requested >= 0) {
+        return requested;
     }
     const bool isCritical = call.notification.priority == TavoNotificationItemPriority::Urgent;
     return isCritical ? timeouts.critical : timeouts.normal;
 }
 } // namespace
 
-NotifyCall NotifyCall::read(const sdbus::MethodCall &call, const Timeouts &timeouts, int mostBytes)
+NotifyCall NotifyCall::read(const BusMessage &call, const Timeouts &timeouts, int maxBytes)
 {
-    MessageCursor cursor(rawMessage(call), mostBytes);
+    BusReader reader(call, maxBytes);
     NotifyCall result;
     DesktopNotification &notification = result.notification;
-    notification.application = plainLine(cursor.readText());
-    result.replacedId = cursor.readUnsigned();
-    const QString icon = plainLine(cursor.readText());
-    notification.title = plainLine(cursor.readText());
+    notification.application = plainLine(reader.readString());
+    result.replacedId = reader.readUInt32();
+    const QString icon = plainLine(reader.readString());
+    notification.title = plainLine(reader.readString());
     if (notification.title.isEmpty()) {
         notification.title = notification.application;
     }
-    notification.text = plainText(cursor.readText());
-    notification.actions = readActions(cursor);
-    readHints(result, cursor);
+    notification.text = plainText(reader.readString());
+    notification.actions = readActions(reader);
+    readHints(result, reader);
     notification.priority = result.exactPriority.value_or(notification.priority);
     if (notification.icon.isEmpty()) {
         notification.icon = icon;
     }
-    notification.timeout = timeoutFor(result, cursor.readSigned(), timeouts);
+    notification.timeout = timeoutFor(result, reader.readInt32(), timeouts);
     return result;
 }

@@ -9,14 +9,11 @@
 
 #include <optional>
 
-namespace sdbus {
-class MethodCall;
-}
+class BusMessage;
 
 /// What a client asks for with org.freedesktop.Notifications.Notify.
 ///
-/// Texts are made plain on the way; hints that mean nothing here, images above all, are stepped over
-/// without being copied.
+/// Texts are made plain. Unknown hints, images among them, are skipped without a copy.
 struct NotifyCall
 {
     /// How long a notification stays whose client leaves that open.
@@ -35,7 +32,7 @@ struct NotifyCall
     QString soundFile; ///< a path or a URI
     QString soundName; ///< an event of the sound theme
 
-    /// Throws an sdbus::Error: BusErrors::limitExceeded() for more than that many bytes of texts and
-    /// hints, or for too many actions, and BusErrors::invalidArguments() for what can't be meant.
-    static NotifyCall read(const sdbus::MethodCall &call, const Timeouts &timeouts, int mostBytes);
+    /// Throws BusError::limitExceeded() for too many actions, or for more than that many bytes of
+    /// texts and hints, and BusError::invalidArguments() for arguments that have no meaning.
+    static NotifyCall read(const BusMessage &call, const Timeouts &timeouts, int maxBytes);
 };

@@ -27,7 +27,7 @@ class Inboxes : public QObject
 public:
     Inboxes(Clients &clients, CMNodes *nodes);
 
-    /// Publishes a node for the client. Throws BusErrors::limitExceeded() for one too many.
+    /// Publishes a node for the client. Throws BusError::limitExceeded() for one too many.
     CMPath open(const std::string &client);
 
     /// False when the client has no inbox at the path.

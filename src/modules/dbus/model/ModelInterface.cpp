@@ -7,56 +7,56 @@
 
 #include <bus/BusConnection.h>
 #include <bus/BusError.h>
-#include <bus/BusVariant.h>
-#include <bus/BusVariantReader.h>
-#include <bus/BusVariantWriter.h>
-#include <bus/RawMessage.h>
+#include <bus/BusReader.h>
+#include <bus/BusWriter.h>
 
 #include <utility>
 
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 
-constexpr const char *interfaceName = "org.tavo.Model1";
-constexpr const char *objectPath = "/org/tavo/Model1";
+/// In characters. A path of this length can still be kept by the thousand.
+constexpr int maxPathLength = 4096;
 
-/// Longer than any that means something, and short enough to keep by the thousand.
-constexpr int longestPath = 4096;
+/// In characters: listings are an overview of many nodes.
+constexpr int maxListedTitleLength = 200;
 
-/// Of a title in a listing, which is to be an overview of many.
-constexpr int longestListedTitle = 200;
-
-CMPath readPath(sdbus::MethodCall &call)
+CMPath pathOf(const QString &text)
 {
-    const QString text = BusVariant::readText(call);
-    if (text.size() > longestPath) {
-        throw BusErrors::invalidPath("A path has no more than " + std::to_string(longestPath) +
-                                     " characters");
+    if (text.size() > maxPathLength) {
+        throw BusError::invalidPath("A path has no more than " + std::to_string(maxPathLength) +
+                                    " characters");
     }
     CMPath path(text);
     if (path.isEmpty() || path.toString() != text) {
-        throw BusErrors::invalidPath("\"" + text.toStdString() +
-                                     "\" is no path: it takes a slash before each name, as in "
-                                     "/notifications/display");
+        throw BusError::invalidPath("\"" + text.toStdString() +
+                                    "\" is no path: it takes a slash before each name, as in "
+                                    "/notifications/display");
     }
     return path;
 }
 
-/// Of a method that takes "/" for the whole model.
-CMPath readPathOrRoot(sdbus::MethodCall &call)
+CMPath readPath(BusReader &reader)
 {
-    char *text = nullptr;
-    call >> text;
-    if (std::string(text) == "/") {
-        return {};
-    }
-    call.rewind(true);
-    return readPath(call);
+    return pathOf(reader.readString());
 }
 
-Subscriptions::Change readChange(sdbus::MethodCall &call)
+CMPath readPath(const BusMessage &call)
 {
-    const QString change = BusVariant::readText(call);
+    BusReader reader(call);
+    return readPath(reader);
+}
+
+/// The argument of a method that takes "/" for the whole model.
+CMPath readPathOrRoot(const BusMessage &call)
+{
+    const QString text = BusReader(call).readString();
+    return text == QLatin1String("/") ? CMPath() : pathOf(text);
+}
+
+Subscriptions::Change readChange(BusReader &reader)
+{
+    const QString change = reader.readString();
     if (change == QLatin1String("value")) {
         return CMAbstractWorker::ValueChange;
     }
@@ -66,63 +66,40 @@ Subscriptions::Change readChange(sdbus::MethodCall &call)
     if (change == QLatin1String("node")) {
         return CMAbstractWorker::NodeChange;
     }
-    throw BusErrors::invalidArguments("A change is one of \"value\", \"rows\" and \"node\"");
+    throw BusError::invalidArguments("A change is one of \"value\", \"rows\" and \"node\"");
 }
 
-/// Each of these says about how many bytes it has appended.
-std::size_t appendVariant(sdbus::Message &message, const QVariant &value)
+void writeValue(BusWriter &reply, const QVariant &value)
 {
-    BusVariantWriter writer(rawMessage(message), BusVariant::mostMessageBytes);
-    writer.append(value, 0);
-    return writer.bytesWritten();
+    reply.writeVariant(value);
 }
 
-std::size_t appendValue(sdbus::MethodReply &answer, const QVariant &value)
+void writeRows(BusWriter &reply, const QVariant &value)
 {
-    return appendVariant(answer, value);
-}
-
-std::size_t appendRows(sdbus::MethodReply &answer, const QVariant &value)
-{
-    // The rows stand in an array.
-    constexpr int depth = 1;
-    const QVariantList rows = value.toList();
-    BusVariantWriter writer(rawMessage(answer), BusVariant::mostMessageBytes);
-    answer.openContainer("v");
-    for (const QVariant &row : rows) {
-        writer.append(row, depth);
+    reply.openArray("v");
+    for (const QVariant &row : value.toList()) {
+        reply.writeVariant(row);
     }
-    answer.closeContainer();
-    return writer.bytesWritten();
+    reply.close();
 }
 
-std::size_t appendIndex(sdbus::MethodReply &answer, const QVariant &value)
+void writeIndex(BusWriter &reply, const QVariant &value)
 {
-    answer << std::int32_t(value.toInt());
-    return sizeof(std::int32_t);
+    reply.writeInt32(value.toInt());
 }
 
-std::size_t appendEntries(sdbus::MethodReply &answer, const std::vector<CMCatalog::Entry> &entries)
+void writeEntries(BusWriter &reply, const std::vector<CMCatalog::Entry> &entries)
 {
-    BusVariantWriter writer(rawMessage(answer), BusVariant::mostMessageBytes);
-    answer.openContainer("(sss)");
+    reply.openArray("(sss)");
     for (const CMCatalog::Entry &entry : entries) {
-        answer.openStruct("sss");
-        writer.appendText(BusVariant::shownText(entry.path.toString()));
-        writer.appendText(entry.kind);
-        writer.appendText(BusVariant::shownText(entry.title.toString().left(longestListedTitle)));
-        answer.closeStruct();
+        reply.openStruct("sss");
+        reply.writeString(BusWriter::replaceUnsendable(entry.path.toString()));
+        reply.writeString(entry.kind);
+        reply.writeString(
+            BusWriter::replaceUnsendable(entry.title.toString().left(maxListedTitleLength)));
+        reply.close();
     }
-    answer.closeContainer();
-    return writer.bytesWritten();
-}
-
-/// The same for a signal's path.
-std::size_t appendPath(sdbus::Signal &message, const CMPath &path)
-{
-    const QString text = path.toString();
-    BusVariant::appendText(message, text);
-    return std::size_t(text.size());
+    reply.close();
 }
 } // namespace
 
@@ -135,7 +112,7 @@ ModelInterface::ModelInterface(BusConnection &bus, Clients &clients, CMNodes *no
     , m_inboxes(clients, nodes)
     , m_sounds(sounds)
 {
-    m_bus.ownName(QString::fromLatin1(interfaceName));
+    m_bus.ownName(QString::fromStdString(BusInterface::model().name));
     tavoConnect(&m_bus, &BusConnection::connected, this, &ModelInterface::on_bus_connected);
     tavoConnect(&m_bus, &BusConnection::lost, this, &ModelInterface::on_bus_lost);
     tavoConnect(&m_subscriptions, &Subscriptions::valueChanged, this,
@@ -149,40 +126,29 @@ ModelInterface::ModelInterface(BusConnection &bus, Clients &clients, CMNodes *no
 
 void ModelInterface::on_bus_connected()
 {
-    m_object = m_bus.createObject(objectPath, interfaceName);
-    add("GetValue", &ModelInterface::getValue, "s", {"path"}, "v", {"value"});
-    add("Call", &ModelInterface::callNode, "sv", {"path", "value"}, "v", {"answer"});
-    add("List", &ModelInterface::list, "s", {"path"}, "a(sss)", {"nodes"});
-    add("Tree", &ModelInterface::tree, "s", {"path"}, "a(sss)", {"nodes"});
-    add("GetRows", &ModelInterface::getRows, "sii", {"path", "first", "count"}, "av", {"rows"});
-    add("MatchRow", &ModelInterface::matchRow, "sv", {"path", "row"}, "i", {"index"});
-    add("Close", &ModelInterface::closeNode, "s", {"path"}, "b", {"heard"});
-    add("Subscribe", &ModelInterface::subscribe, "ss", {"path", "change"}, "", {});
-    add("Unsubscribe", &ModelInterface::unsubscribe, "ss", {"path", "change"}, "", {});
-    add("OpenInbox", &ModelInterface::openInbox, "", {}, "s", {"path"});
-    add("CloseInbox", &ModelInterface::closeInbox, "s", {"path"}, "", {});
-    addSignal("ValueChanged", "sv", {"path", "value"});
-    addSignal("RowsChanged", "sasii", {"path", "changes", "first", "count"});
-    addSignal("NodeChanged", "sb", {"path", "published"});
-    addSignal("Received", "sv", {"inbox", "value"});
-    m_object->addConstant("Version", TAVO_VERSION);
+    m_object = m_bus.createObject(BusInterface::model());
+    add("GetValue", &ModelInterface::getValue);
+    add("Call", &ModelInterface::callNode);
+    add("List", &ModelInterface::list);
+    add("Tree", &ModelInterface::tree);
+    add("GetRows", &ModelInterface::getRows);
+    add("MatchRow", &ModelInterface::matchRow);
+    add("Close", &ModelInterface::closeNode);
+    add("Subscribe", &ModelInterface::subscribe);
+    add("Unsubscribe", &ModelInterface::unsubscribe);
+    add("OpenInbox", &ModelInterface::openInbox);
+    add("CloseInbox", &ModelInterface::closeInbox);
+    m_object->setConstant("Version", TAVO_VERSION);
     m_object->publish();
 }
 
-void ModelInterface::add(const char *method, Handler handler, const char *in, const Texts &inNames,
-                         const char *out, const Texts &outNames)
+void ModelInterface::add(const char *method, Handler handler)
 {
-    const Clients::Handler handle = [this, handler](sdbus::MethodCall &call) {
+    const Clients::Handler handle = [this, handler](const BusMessage &call) {
         (this->*handler)(call);
     };
-    m_object->addMethod(
-        method, in, inNames, out, outNames,
-        [this, handle](sdbus::MethodCall &call) { m_clients.handle(call, handle); });
-}
-
-void ModelInterface::addSignal(const char *name, const char *signature, const Texts &names)
-{
-    m_object->addSignal(name, signature, names);
+    m_object->setMethod(method,
+                        [this, handle](const BusMessage &call) { m_clients.handle(call, handle); });
 }
 
 void ModelInterface::on_bus_lost()
@@ -191,22 +157,22 @@ void ModelInterface::on_bus_lost()
     m_object.reset();
 }
 
-void ModelInterface::getValue(sdbus::MethodCall &call)
+void ModelInterface::getValue(const BusMessage &call)
 {
     Quotas::Charge charge = m_calls.charge(call, 0);
     const CMReply<QVariant> reply;
     CMRoot()->getDataRequest(CMGetDataRequest(readPath(call), reply));
-    m_calls.answer(call, reply, appendValue, std::move(charge));
+    m_calls.answer(call, reply, writeValue, std::move(charge));
 }
 
-void ModelInterface::callNode(sdbus::MethodCall &call)
+void ModelInterface::callNode(const BusMessage &call)
 {
     const CMPath path = readPath(call);
-    BusVariantReader reader(rawMessage(call), m_clients.limits().valueBytes);
-    const QVariant value = reader.read();
+    BusReader reader(call, m_clients.limits().valueBytes);
+    const QVariant value = reader.readVariant();
     // Before it does anything: a request that is refused has done nothing.
     Quotas::Charge charge = m_calls.charge(call, reader.bytesRead());
-    m_calls.answer(call, send(call.getSender(), path, value), appendValue, std::move(charge));
+    m_calls.answer(call, send(call.sender(), path, value), writeValue, std::move(charge));
 }
 
 CMReply<QVariant> ModelInterface::send(const std::string &client, const CMPath &path,
@@ -222,104 +188,107 @@ CMReply<QVariant> ModelInterface::send(const std::string &client, const CMPath &
     return CMRoot()->invoke(path, value, {});
 }
 
-void ModelInterface::list(sdbus::MethodCall &call)
+void ModelInterface::list(const BusMessage &call)
 {
-    sdbus::MethodReply answer = call.createReply();
-    const std::size_t bytes = appendEntries(answer, CMCatalog::children(readPathOrRoot(call)));
-    m_clients.answer(call, answer, bytes);
+    BusWriter reply(call.createReply(), BusWriter::maxMessageBytes);
+    writeEntries(reply, CMCatalog::children(readPathOrRoot(call)));
+    m_clients.answer(call, reply.message(), reply.bytesWritten());
 }
 
-void ModelInterface::tree(sdbus::MethodCall &call)
+void ModelInterface::tree(const BusMessage &call)
 {
-    sdbus::MethodReply answer = call.createReply();
-    const std::size_t bytes = appendEntries(answer, CMCatalog::tree(readPathOrRoot(call)));
-    m_clients.answer(call, answer, bytes);
+    BusWriter reply(call.createReply(), BusWriter::maxMessageBytes);
+    writeEntries(reply, CMCatalog::tree(readPathOrRoot(call)));
+    m_clients.answer(call, reply.message(), reply.bytesWritten());
 }
 
-void ModelInterface::getRows(sdbus::MethodCall &call)
+void ModelInterface::getRows(const BusMessage &call)
 {
-    const CMPath path = readPath(call);
-    std::int32_t first = 0;
-    std::int32_t count = 0;
-    call >> first >> count;
+    BusReader reader(call);
+    const CMPath path = readPath(reader);
+    const std::int32_t first = reader.readInt32();
+    const std::int32_t count = reader.readInt32();
     if (first < 0 || count < -1) {
-        throw BusErrors::invalidArguments(
+        throw BusError::invalidArguments(
             "Rows are asked for from 0 on, and as many as the count says or, with -1, all");
     }
     Quotas::Charge charge = m_calls.charge(call, 0);
     const CMReply<QVariant> reply;
     CMRoot()->getRowsRequest(CMGetRowsRequest(path, first, count, reply));
-    m_calls.answer(call, reply, appendRows, std::move(charge));
+    m_calls.answer(call, reply, writeRows, std::move(charge));
 }
 
-void ModelInterface::matchRow(sdbus::MethodCall &call)
+void ModelInterface::matchRow(const BusMessage &call)
 {
     const CMPath path = readPath(call);
-    BusVariantReader reader(rawMessage(call), m_clients.limits().valueBytes);
-    const QVariant row = reader.read();
+    BusReader reader(call, m_clients.limits().valueBytes);
+    const QVariant row = reader.readVariant();
     Quotas::Charge charge = m_calls.charge(call, reader.bytesRead());
     const CMReply<QVariant> reply;
     CMRoot()->matchRowRequest(CMMatchRowRequest(path, row, reply));
-    m_calls.answer(call, reply, appendIndex, std::move(charge));
+    m_calls.answer(call, reply, writeIndex, std::move(charge));
 }
 
-void ModelInterface::closeNode(sdbus::MethodCall &call)
+void ModelInterface::closeNode(const BusMessage &call)
 {
-    sdbus::MethodReply answer = call.createReply();
-    answer << CMSubscribe::closeNode(readPath(call));
-    answer.send();
+    BusWriter reply(call.createReply());
+    reply.writeBoolean(CMSubscribe::closeNode(readPath(call)));
+    reply.message().send();
 }
 
-void ModelInterface::subscribe(sdbus::MethodCall &call)
+void ModelInterface::subscribe(const BusMessage &call)
 {
-    const CMPath path = readPath(call);
-    m_subscriptions.add(call.getSender(), readChange(call), path);
+    BusReader reader(call);
+    const CMPath path = readPath(reader);
+    m_subscriptions.add(call.sender(), readChange(reader), path);
     call.createReply().send();
 }
 
-void ModelInterface::unsubscribe(sdbus::MethodCall &call)
+void ModelInterface::unsubscribe(const BusMessage &call)
 {
-    const CMPath path = readPath(call);
-    if (!m_subscriptions.remove(call.getSender(), readChange(call), path)) {
-        throw BusErrors::invalidArguments("There is no such subscription");
+    BusReader reader(call);
+    const CMPath path = readPath(reader);
+    if (!m_subscriptions.remove(call.sender(), readChange(reader), path)) {
+        throw BusError::invalidArguments("There is no such subscription");
     }
     call.createReply().send();
 }
 
-void ModelInterface::openInbox(sdbus::MethodCall &call)
+void ModelInterface::openInbox(const BusMessage &call)
 {
-    sdbus::MethodReply answer = call.createReply();
-    BusVariant::appendText(answer, m_inboxes.open(call.getSender()).toString());
-    answer.send();
+    BusWriter reply(call.createReply());
+    reply.writeString(m_inboxes.open(call.sender()).toString());
+    reply.message().send();
 }
 
-void ModelInterface::closeInbox(sdbus::MethodCall &call)
+void ModelInterface::closeInbox(const BusMessage &call)
 {
     const CMPath path = readPath(call);
-    if (!m_inboxes.close(call.getSender(), path)) {
-        throw BusErrors::invalidArguments("The caller has no inbox at " +
-                                          path.toString().toStdString());
+    if (!m_inboxes.close(call.sender(), path)) {
+        throw BusError::invalidArguments("The caller has no inbox at " +
+                                         path.toString().toStdString());
     }
     call.createReply().send();
 }
 
-template <typename Append>
-void ModelInterface::emitTo(const char *signal, const Subscriptions::Names &clients, Append append)
+void ModelInterface::emitTo(const char *signal, const Subscriptions::Names &clients,
+                            const std::function<void(BusWriter &)> &write)
 {
     if (!m_object) {
         return;
     }
     try {
         for (const std::string &client : clients) {
-            sdbus::Signal message = m_object->createSignal(signal);
-            const std::size_t bytes = append(message);
-            if (!m_clients.send(client, message, bytes) && m_subscriptions.end(client)) {
+            BusWriter writer(m_object->createSignal(signal), BusWriter::maxMessageBytes);
+            write(writer);
+            if (!m_clients.send(client, writer.message(), writer.bytesWritten()) &&
+                m_subscriptions.end(client)) {
                 LOG4CPLUS_WARN(logger, "The client "
                                            << client
                                            << " doesn't read its signals: its subscriptions end");
             }
         }
-    } catch (const sdbus::Error &error) {
+    } catch (const BusError &error) {
         LOG4CPLUS_WARN(logger, "A change can't be sent: " << error.what());
     }
 }
@@ -327,9 +296,9 @@ void ModelInterface::emitTo(const char *signal, const Subscriptions::Names &clie
 void ModelInterface::on_subscriptions_valueChanged(const Subscriptions::Names &clients,
                                                    const CMPath &path, const QVariant &value)
 {
-    emitTo("ValueChanged", clients, [&](sdbus::Signal &message) {
-        const std::size_t bytes = appendPath(message, path);
-        return bytes + appendVariant(message, value);
+    emitTo("ValueChanged", clients, [&](BusWriter &signal) {
+        signal.writeString(path.toString());
+        signal.writeVariant(value);
     });
 }
 
@@ -337,34 +306,28 @@ void ModelInterface::on_subscriptions_rowsChanged(const Subscriptions::Names &cl
                                                   const CMPath &path, const QStringList &changes,
                                                   int first, int count)
 {
-    emitTo("RowsChanged", clients, [&](sdbus::Signal &message) {
-        const std::size_t bytes = appendPath(message, path);
-        BusVariantWriter writer(rawMessage(message), BusVariant::mostMessageBytes);
-        message.openContainer("s");
-        for (const QString &change : changes) {
-            writer.appendText(change);
-        }
-        message.closeContainer();
-        message << std::int32_t(first) << std::int32_t(count);
-        return bytes + writer.bytesWritten();
+    emitTo("RowsChanged", clients, [&](BusWriter &signal) {
+        signal.writeString(path.toString());
+        signal.writeStringList(changes);
+        signal.writeInt32(first);
+        signal.writeInt32(count);
     });
 }
 
 void ModelInterface::on_subscriptions_nodeChanged(const Subscriptions::Names &clients,
                                                   const CMPath &path, bool published)
 {
-    emitTo("NodeChanged", clients, [&](sdbus::Signal &message) {
-        const std::size_t bytes = appendPath(message, path);
-        message << published;
-        return bytes;
+    emitTo("NodeChanged", clients, [&](BusWriter &signal) {
+        signal.writeString(path.toString());
+        signal.writeBoolean(published);
     });
 }
 
 void ModelInterface::on_inboxes_received(const std::string &client, const CMPath &inbox,
                                          const QVariant &value)
 {
-    emitTo("Received", {client}, [&](sdbus::Signal &message) {
-        const std::size_t bytes = appendPath(message, inbox);
-        return bytes + appendVariant(message, value);
+    emitTo("Received", {client}, [&](BusWriter &signal) {
+        signal.writeString(inbox.toString());
+        signal.writeVariant(value);
     });
 }

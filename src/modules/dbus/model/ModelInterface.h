@@ -13,13 +13,13 @@
 
 #include <QObject>
 
-#include <sdbus-c++/sdbus-c++.h>
-
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 class BusConnection;
+class BusWriter;
 class Clients;
 
 /// org.tavo.Model1: the model as clients on the bus see it. data/dbus/org.tavo.Model1.xml says what
@@ -46,31 +46,28 @@ private Q_SLOTS:
     void on_inboxes_received(const std::string &client, const CMPath &inbox, const QVariant &value);
 
 private:
-    using Handler = void (ModelInterface::*)(sdbus::MethodCall &call);
-    using Texts = BusObject::Texts;
+    using Handler = void (ModelInterface::*)(const BusMessage &call);
 
-    void add(const char *method, Handler handler, const char *in, const Texts &inNames,
-             const char *out, const Texts &outNames);
-    void addSignal(const char *name, const char *signature, const Texts &names);
+    void add(const char *method, Handler handler);
 
-    void getValue(sdbus::MethodCall &call);
-    void callNode(sdbus::MethodCall &call);
-    void list(sdbus::MethodCall &call);
-    void tree(sdbus::MethodCall &call);
-    void getRows(sdbus::MethodCall &call);
-    void matchRow(sdbus::MethodCall &call);
-    void closeNode(sdbus::MethodCall &call);
-    void subscribe(sdbus::MethodCall &call);
-    void unsubscribe(sdbus::MethodCall &call);
-    void openInbox(sdbus::MethodCall &call);
-    void closeInbox(sdbus::MethodCall &call);
+    void getValue(const BusMessage &call);
+    void callNode(const BusMessage &call);
+    void list(const BusMessage &call);
+    void tree(const BusMessage &call);
+    void getRows(const BusMessage &call);
+    void matchRow(const BusMessage &call);
+    void closeNode(const BusMessage &call);
+    void subscribe(const BusMessage &call);
+    void unsubscribe(const BusMessage &call);
+    void openInbox(const BusMessage &call);
+    void closeInbox(const BusMessage &call);
 
     /// Sends a client's request into the model.
     CMReply<QVariant> send(const std::string &client, const CMPath &path, const QVariant &value);
 
-    /// Sends a signal to each of the clients. The function says how many bytes it has appended.
-    template <typename Append>
-    void emitTo(const char *signal, const Subscriptions::Names &clients, Append append);
+    /// Sends a signal that the function writes to each of the clients.
+    void emitTo(const char *signal, const Subscriptions::Names &clients,
+                const std::function<void(BusWriter &)> &write);
 
     BusConnection &m_bus;
     Clients &m_clients;

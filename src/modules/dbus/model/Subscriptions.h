@@ -30,7 +30,7 @@ public:
     explicit Subscriptions(Clients &clients);
 
     /// One more is no other: a client is told of each change once. Throws
-    /// BusErrors::limitExceeded() for one too many.
+    /// BusError::limitExceeded() for one too many.
     void add(const std::string &client, Change change, const CMPath &path);
 
     /// False when there is none.

@@ -7,7 +7,7 @@
 
 #include "support/bus/ClientProgram.h"
 
-#include <bus/RawMessage.h>
+#include <systemd/sd-bus.h>
 
 #include <algorithm>
 #include <csignal>
@@ -67,7 +67,7 @@ public:
             sd_bus_message *message = nullptr;
             check(sd_bus_process(m_bus, &message));
             if (message == nullptr) {
-                check(sd_bus_wait(m_bus, patienceMicroseconds));
+                check(sd_bus_wait(m_bus, timeoutMicroseconds));
                 continue;
             }
             if (sd_bus_message_get_reply_cookie(message, &m_cookie) >= 0) {
@@ -81,7 +81,7 @@ public:
     }
 
 private:
-    static constexpr std::uint64_t patienceMicroseconds = 20'000'000;
+    static constexpr std::uint64_t timeoutMicroseconds = 20'000'000;
 
     static void check(int result)
     {
@@ -130,11 +130,21 @@ protected:
         BusClient asking(bus().address());
         asking.setTarget("org.freedesktop.DBus", "/org/freedesktop/DBus",
                          "org.freedesktop.DBus.Debug.Stats");
-        const BusCall call = asking.call("GetConnectionStats",
-                                         [&name](sdbus::MethodCall &message) { message << name; });
-        std::map<std::string, sdbus::Variant> statistics;
-        call.answer() >> statistics;
-        return statistics.at("OutgoingBytes").get<std::uint32_t>();
+        BusReader reader =
+            asking
+                .call("GetConnectionStats",
+                      [&](BusWriter &writer) { writer.writeString(QString::fromStdString(name)); })
+                .reader();
+        reader.enterArray("{sv}");
+        while (!reader.isAtEnd()) {
+            reader.enterDictEntry("sv");
+            if (reader.readString() == "OutgoingBytes"_s) {
+                return reader.readVariant().toUInt();
+            }
+            reader.skip();
+            reader.leave();
+        }
+        throw std::runtime_error("the bus does not tell how much waits");
     }
 
     /// Whether a client that reads is served, again and again.

@@ -5,7 +5,6 @@
 
 #include "support/bus/BusClient.h"
 
-#include <map>
 #include <string>
 #include <vector>
 
@@ -107,18 +106,23 @@ public:
     {
         m_client.setTarget(name, "/org/freedesktop/Notifications", name);
         m_client.listen("type='signal',interface='" + std::string(name) + '\'',
-                        [this](sdbus::Message &message) { takeDown(message); });
+                        [this](const BusMessage &signal) { takeDown(signal); });
     }
 
     bool notify()
     {
         return m_client
             .call("Notify",
-                  [](sdbus::MethodCall &message) {
-                      message << "" << std::uint32_t(0) << ""
-                              << "Title"
-                              << "" << std::vector<std::string>{"key", "Label"}
-                              << std::map<std::string, sdbus::Variant>() << std::int32_t(0);
+                  [](BusWriter &writer) {
+                      writer.writeString({});
+                      writer.writeUInt32(0);
+                      writer.writeString({});
+                      writer.writeString("Title"_s);
+                      writer.writeString({});
+                      writer.writeStringList({"key", "Label"});
+                      writer.openArray("{sv}");
+                      writer.close();
+                      writer.writeInt32(0);
                   })
             .succeeds();
     }
@@ -132,14 +136,13 @@ public:
 private:
     static constexpr const char *name = "org.freedesktop.Notifications";
 
-    void takeDown(sdbus::Message &message)
+    void takeDown(const BusMessage &signal)
     {
-        m_received.push_back(message.getMemberName());
+        m_received.push_back(signal.member());
         if (m_received.back() == "ActivationToken") {
-            std::uint32_t id = 0;
-            std::string token;
-            message >> id >> token;
-            m_received.back() += ' ' + token;
+            BusReader reader(signal);
+            reader.readUInt32(); // the id
+            m_received.back() += ' ' + reader.readString().toStdString();
         }
     }
 

@@ -5,8 +5,6 @@
 
 #include "support/Sanitized.h"
 
-#include <bus/RawMessage.h>
-
 #include <algorithm>
 #include <fcntl.h>
 #include <limits>
@@ -33,11 +31,11 @@ protected:
         EXPECT_TRUE(other.getValue("/test/value"_s).succeeds());
     }
 
-    /// A call whose arguments the function writes into the message's raw form.
+    /// A call whose arguments the function writes by sd-bus.
     BusCall callRaw(const std::string &method, const std::function<int(sd_bus_message *)> &write)
     {
         return client->call(
-            method, [&](sdbus::MethodCall &call) { EXPECT_GE(write(rawMessage(call)), 0); });
+            method, [&](BusWriter &writer) { EXPECT_GE(write(writer.message().get()), 0); });
     }
 
     /// The reply to a request that the client has sent and waits for.
@@ -130,11 +128,11 @@ TEST_F(DbusBadInputTest, TheLargestAndSmallestNumbersForRowsAreNoTrouble)
 TEST_F(DbusBadInputTest, ATextThatIsNoUtf8EndsItsSendersConnectionAlone)
 {
     ModelClient careless(bus().address());
-    const BusCall call = careless.call("GetValue", [](sdbus::MethodCall &message) {
+    const BusCall call = careless.call("GetValue", [](BusWriter &writer) {
         const std::string invalid = "/test/\xff\xfe";
         char *space = nullptr;
-        ASSERT_GE(sd_bus_message_append_string_space(rawMessage(message), invalid.size(), &space),
-                  0);
+        ASSERT_GE(
+            sd_bus_message_append_string_space(writer.message().get(), invalid.size(), &space), 0);
         std::copy(invalid.begin(), invalid.end(), space);
     });
     EXPECT_FALSE(call.succeeds());

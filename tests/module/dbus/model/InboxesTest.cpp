@@ -59,13 +59,15 @@ TEST_F(DbusInboxesTest, StayWhenAnotherThanTheBusSaysThatTheirClientHasLeft)
 {
     const QString inbox = open();
     ModelClient other(bus().address());
-    {
-        const auto object = sdbus::createObject(other.connection(), "/org/freedesktop/DBus");
-        sdbus::Signal forged = object->createSignal("org.freedesktop.DBus", "NameOwnerChanged");
-        forged << client->name() << client->name() << std::string();
-        forged.setDestination("org.tavo.Model1");
-        forged.send();
-    }
+    const BusInterface interface {
+        "/org/freedesktop/DBus", "org.freedesktop.DBus"
+    };
+    other.sendSignal(interface, "NameOwnerChanged", "org.tavo.Model1", [this](BusWriter &forged) {
+        const QString name = QString::fromStdString(client->name());
+        forged.writeString(name);
+        forged.writeString(name);
+        forged.writeString({});
+    });
     // Answered after the signal has come.
     other.getValue("/none"_s).waitForAnswer();
     EXPECT_TRUE(isPublished(inbox));

@@ -38,10 +38,10 @@ TEST_F(DbusInterfaceTest, TellsTheVersion)
 TEST_F(DbusInterfaceTest, LetsNobodySetTheVersion)
 {
     client->setTarget("org.tavo.Model1", "/org/tavo/Model1", "org.freedesktop.DBus.Properties");
-    const BusCall call = client->call("Set", [](sdbus::MethodCall &message) {
-        message << "org.tavo.Model1"
-                << "Version";
-        BusVariant::append(message, "9"_s);
+    const BusCall call = client->call("Set", [](BusWriter &writer) {
+        writer.writeString("org.tavo.Model1"_s);
+        writer.writeString("Version"_s);
+        writer.writeVariant("9"_s);
     });
     EXPECT_EQ(call.errorName(), "org.freedesktop.DBus.Error.PropertyReadOnly");
 }

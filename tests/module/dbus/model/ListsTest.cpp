@@ -16,42 +16,40 @@ protected:
     /// What List or Tree answers, a node a line.
     Lines nodes(const std::string &method, const QString &path)
     {
-        using Node = sdbus::Struct<std::string, std::string, std::string>;
-        std::vector<Node> nodes;
-        client->ask(method, {path}).answer() >> nodes;
+        BusReader reader = client->ask(method, {path}).reader();
         Lines lines;
-        for (const Node &node : nodes) {
-            lines.push_back(std::get<0>(node) + ' ' + std::get<1>(node) + ' ' + std::get<2>(node));
+        reader.enterArray("(sss)");
+        while (!reader.isAtEnd()) {
+            reader.enterStruct("sss");
+            const QString node = reader.readString();
+            const QString kind = reader.readString();
+            lines.push_back(QStringList{node, kind, reader.readString()}.join(' ').toStdString());
+            reader.leave();
         }
         return lines;
     }
 
     std::vector<QVariant> rows(const QString &path, int first, int count)
     {
-        const BusCall call = client->getRows(path, first, count);
+        BusReader reader = client->getRows(path, first, count).reader();
         std::vector<QVariant> rows;
-        sdbus::MethodReply &answer = call.answer();
-        answer.enterContainer("v");
-        std::string type;
-        std::string contents;
-        for (answer.peekType(type, contents); !type.empty() && type[0] == 'v';
-             answer.peekType(type, contents)) {
-            rows.push_back(BusVariant::read(answer));
+        reader.enterArray("v");
+        while (!reader.isAtEnd()) {
+            rows.push_back(reader.readVariant());
         }
         return rows;
     }
 
     int matchRow(const QString &path, const QVariant &row)
     {
-        std::int32_t index = -2;
-        client->call("MatchRow",
-                     [&](sdbus::MethodCall &call) {
-                         BusVariant::appendText(call, path);
-                         BusVariant::append(call, row);
-                     })
-                .answer() >>
-            index;
-        return index;
+        return client
+            ->call("MatchRow",
+                   [&](BusWriter &writer) {
+                       writer.writeString(path);
+                       writer.writeVariant(row);
+                   })
+            .reader()
+            .readInt32();
     }
 };
 
@@ -151,9 +149,7 @@ TEST_F(DbusListsTest, TellWhereARowIs)
 TEST_F(DbusListsTest, AreClosedForThoseWhoListen)
 {
     const auto close = [this] {
-        bool heard = false;
-        client->ask("Close", {"/test/rows"_s}).answer() >> heard;
-        return heard;
+        return client->ask("Close", {"/test/rows"_s}).reader().readBoolean();
     };
     EXPECT_FALSE(close());
     ASSERT_TRUE(client->subscribe("/test/rows"_s, "rows"_s).succeeds());

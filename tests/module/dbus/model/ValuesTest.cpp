@@ -137,12 +137,11 @@ TEST_F(DbusValuesTest, SentWithoutWaitingForAnAnswerArrive)
         arrived = request.value();
         request.reply().setValue({});
     });
-    auto target = sdbus::createProxy(client->connection(), "org.tavo.Model1", "/org/tavo/Model1");
-    sdbus::MethodCall call = target->createMethodCall("org.tavo.Model1", "Call");
-    BusVariant::appendText(call, "/test/keep"_s);
-    BusVariant::append(call, 7);
-    call.dontExpectReply();
-    target->callMethod(call);
+    BusWriter writer(client->createCall("Call"));
+    writer.writeString("/test/keep"_s);
+    writer.writeVariant(7);
+    ASSERT_GE(sd_bus_message_set_expect_reply(writer.message().get(), 0), 0);
+    writer.message().send();
     EXPECT_TRUE(waitFor([&] { return arrived == 7; }));
     publishValue("/test/value"_s, 5);
     EXPECT_TRUE(client->getValue("/test/value"_s).succeeds());

@@ -3,7 +3,7 @@
 
 #include "modules/dbus/clients/Quotas.h"
 
-#include <sdbus-c++/sdbus-c++.h>
+#include <bus/BusError.h>
 
 #include <utility>
 #include <vector>
@@ -27,8 +27,8 @@ protected:
     {
         try {
             quotas.charge(client, kind, amount);
-        } catch (const sdbus::Error &error) {
-            return error.getMessage();
+        } catch (const BusError &error) {
+            return error.message();
         }
         return {};
     }

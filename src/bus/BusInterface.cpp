@@ -1,0 +1,120 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "bus/BusInterface.h"
+
+#include "bus/InterfaceXml.h"
+
+#include <QXmlStreamReader>
+
+#include <stdexcept>
+
+namespace {
+std::string attribute(const QXmlStreamReader &xml, const char *name)
+{
+    return xml.attributes().value(QLatin1String(name)).toString().toStdString();
+}
+
+/// The arguments in one direction: their joined types, and their names with a null character each.
+struct Arguments
+{
+    std::string signature;
+    std::string names;
+};
+
+struct InAndOut
+{
+    Arguments in;
+    Arguments out;
+};
+
+/// Reads the arguments of a method or signal, whose start has been read.
+InAndOut readArguments(QXmlStreamReader &xml)
+{
+    InAndOut result;
+    while (xml.readNextStartElement()) {
+        if (xml.name() == QLatin1String("arg")) {
+            const bool isOut = attribute(xml, "direction") == "out";
+            Arguments &arguments = isOut ? result.out : result.in;
+            arguments.signature += attribute(xml, "type");
+            arguments.names.append(attribute(xml, "name")).push_back('\0');
+        }
+        xml.skipCurrentElement();
+    }
+    return result;
+}
+
+void readMember(QXmlStreamReader &xml, BusInterface &interface)
+{
+    const std::string name = attribute(xml, "name");
+    if (xml.name() == QLatin1String("method")) {
+        const InAndOut arguments = readArguments(xml);
+        interface.methods.push_back({name, arguments.in.signature, arguments.out.signature,
+                                     arguments.in.names + arguments.out.names});
+    } else if (xml.name() == QLatin1String("signal")) {
+        const InAndOut arguments = readArguments(xml);
+        interface.signalList.push_back({name, arguments.in.signature, arguments.in.names});
+    } else {
+        interface.properties.push_back({name, attribute(xml, "type")});
+        xml.skipCurrentElement();
+    }
+}
+
+/// The interface is the first of the node.
+BusInterface readNode(QXmlStreamReader &xml)
+{
+    BusInterface result;
+    xml.readNextStartElement();
+    result.path = attribute(xml, "name");
+    xml.readNextStartElement();
+    result.name = attribute(xml, "name");
+    while (xml.readNextStartElement()) {
+        readMember(xml, result);
+    }
+    return result;
+}
+
+template <typename Member>
+const Member *find(const std::vector<Member> &members, const std::string &name)
+{
+    for (const Member &member : members) {
+        if (member.name == name) {
+            return &member;
+        }
+    }
+    return nullptr;
+}
+} // namespace
+
+BusInterface BusInterface::fromXml(const QByteArray &xml)
+{
+    QXmlStreamReader reader(xml);
+    BusInterface result = readNode(reader);
+    if (reader.hasError()) {
+        throw std::runtime_error("an interface's XML is malformed: " +
+                                 reader.errorString().toStdString());
+    }
+    return result;
+}
+
+bool BusInterface::describes(const BusMessage &message) const
+{
+    const std::string member = message.member();
+    if (const Method *method = find(methods, member)) {
+        return message.hasSignature(method->in.c_str());
+    }
+    const Signal *signal = find(signalList, member);
+    return signal == nullptr || message.hasSignature(signal->signature.c_str());
+}
+
+const BusInterface &BusInterface::model()
+{
+    static const BusInterface interface = fromXml(InterfaceXml::model);
+    return interface;
+}
+
+const BusInterface &BusInterface::notifications()
+{
+    static const BusInterface interface = fromXml(InterfaceXml::notifications);
+    return interface;
+}

@@ -1,0 +1,54 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "bus/BusMessage.h"
+
+#include <QByteArray>
+
+#include <string>
+#include <vector>
+
+/// An interface of an object on a bus, as its introspection XML defines it. The XML is the one place
+/// where signatures are written: objects are served, and calls are checked, by it.
+struct BusInterface
+{
+    struct Method
+    {
+        std::string name;
+        std::string in;
+        std::string out;
+        std::string argumentNames; ///< of in, then out, each ends with a null character
+    };
+    struct Signal
+    {
+        std::string name;
+        std::string signature;
+        std::string argumentNames; ///< each ends with a null character
+    };
+    struct Property
+    {
+        std::string name;
+        std::string signature;
+    };
+
+    std::string path; ///< the object's
+    std::string name;
+    std::vector<Method> methods{};
+    std::vector<Signal> signalList{};
+    std::vector<Property> properties{};
+
+    /// Throws std::runtime_error for malformed XML.
+    static BusInterface fromXml(const QByteArray &xml);
+
+    /// Whether a call of the method, or the signal, has the arguments that the XML says. True for what
+    /// the XML does not know.
+    bool describes(const BusMessage &message) const;
+
+    /// org.tavo.Model1
+    static const BusInterface &model();
+
+    /// org.freedesktop.Notifications
+    static const BusInterface &notifications();
+};

@@ -1,0 +1,80 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "bus/BusMessage.h"
+
+#include "bus/BusError.h"
+
+#include <cstring>
+
+namespace {
+std::string stringOrEmpty(const char *text)
+{
+    return text != nullptr ? text : "";
+}
+} // namespace
+
+BusMessage BusMessage::adopt(sd_bus_message *message)
+{
+    BusMessage result(message);
+    sd_bus_message_unref(message);
+    return result;
+}
+
+std::string BusMessage::sender() const
+{
+    return stringOrEmpty(sd_bus_message_get_sender(m_message));
+}
+
+bool BusMessage::isFromBus() const
+{
+    const char *sender = sd_bus_message_get_sender(m_message);
+    return sender != nullptr && std::strcmp(sender, "org.freedesktop.DBus") == 0;
+}
+
+std::string BusMessage::member() const
+{
+    return stringOrEmpty(sd_bus_message_get_member(m_message));
+}
+
+bool BusMessage::hasSignature(const char *signature) const
+{
+    return sd_bus_message_has_signature(m_message, signature) > 0;
+}
+
+std::optional<BusError> BusMessage::error() const
+{
+    const sd_bus_error *error = sd_bus_message_get_error(m_message);
+    if (error == nullptr) {
+        return std::nullopt;
+    }
+    return BusError(error->name, stringOrEmpty(error->message));
+}
+
+BusMessage BusMessage::createReply() const
+{
+    sd_bus_message *reply = nullptr;
+    BusError::check(sd_bus_message_new_method_return(m_message, &reply), "A reply can't be made");
+    return adopt(reply);
+}
+
+BusMessage BusMessage::createErrorReply(const BusError &error) const
+{
+    const sd_bus_error content =
+        SD_BUS_ERROR_MAKE_CONST(error.name().c_str(), error.message().c_str());
+    sd_bus_message *reply = nullptr;
+    BusError::check(sd_bus_message_new_method_error(m_message, &reply, &content),
+                    "An error reply can't be made");
+    return adopt(reply);
+}
+
+void BusMessage::send() const
+{
+    BusError::check(sd_bus_send(nullptr, m_message, nullptr), "The message can't be sent");
+}
+
+void BusMessage::sendTo(const std::string &receiver) const
+{
+    BusError::check(sd_bus_send_to(nullptr, m_message, receiver.c_str(), nullptr),
+                    "The message can't be sent");
+}

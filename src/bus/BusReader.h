@@ -1,0 +1,91 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "bus/BusMessage.h"
+
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <optional>
+
+/// Reads a message, value by value in their order. Readers of one message share its position.
+///
+/// Throws BusError::invalidArguments() where the message holds something else than what is read, and
+/// BusError::limitExceeded() when more bytes have been read than allowed. Strings and bytes count as
+/// long as they are, each value within a variant, and each value skipped, counts 32 bytes more.
+class BusReader
+{
+public:
+    explicit BusReader(BusMessage message, int maxBytes = std::numeric_limits<int>::max())
+        : m_message(std::move(message))
+        , m_maxBytes(std::size_t(maxBytes))
+        , m_bytesLeft(m_maxBytes)
+    {
+    }
+
+    bool readBoolean();
+    std::int32_t readInt32();
+    std::uint32_t readUInt32();
+    QString readString() { return readStringOf(SD_BUS_TYPE_STRING); }
+    QStringList readStringList();
+
+    /// A variant as a value of the model. Containers that the model does not have become the nearest
+    /// that it has: an array or a struct becomes a list, a dictionary with string keys a record. File
+    /// descriptors and other dictionaries are invalid arguments.
+    QVariant readVariant();
+
+    /// What the next variant holds, or nothing when it holds another type. Reads past the variant in
+    /// either case.
+    std::optional<QString> readStringVariant();
+    std::optional<std::int64_t> readIntegerVariant(); ///< an integer of any type, or a boolean
+
+    void enterArray(const char *element) { enter(SD_BUS_TYPE_ARRAY, element); }
+    void enterStruct(const char *members) { enter(SD_BUS_TYPE_STRUCT, members); }
+    void enterDictEntry(const char *members) { enter(SD_BUS_TYPE_DICT_ENTRY, members); }
+
+    /// Whether the container that was entered last has no further value.
+    bool isAtEnd() const;
+
+    /// Goes on behind the container that was entered last.
+    void leave();
+
+    /// Reads past the next value. An array of numbers, such as an image, costs the same at any size.
+    void skip();
+
+    std::size_t bytesRead() const { return m_maxBytes - m_bytesLeft; }
+
+private:
+    struct Type
+    {
+        char type;
+        const char *contents;
+    };
+
+    Type peek() const;
+    template <typename Number>
+    Number readNumber(char type);
+    std::int64_t readInteger(char type);
+    QString readStringOf(char type);
+    QStringList readStringListOf(char type);
+    QVariant readValue();
+    QVariant readBasic(char type);
+    QVariant readArray(const char *element);
+    QVariant readBytes();
+    QVariant readList(char container, const char *contents);
+    QVariant readRecord(const char *entry);
+    QVariant readSignature();
+    void skipArray(const char *contents);
+
+    void enter(char container, const char *contents);
+    void count(std::size_t bytes);
+
+    BusMessage m_message;
+    std::size_t m_maxBytes;
+    std::size_t m_bytesLeft;
+};

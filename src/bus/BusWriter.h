@@ -1,0 +1,86 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "bus/BusMessage.h"
+
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+
+/// Writes a message, value by value, and counts the bytes.
+///
+/// Throws BusError::unsupportedValue() for what a message can't hold, and when more bytes have been
+/// written than allowed; the message is of no use then.
+class BusWriter
+{
+public:
+    /// How deep values nest in a message: a list counts as two levels, a record as three.
+    static constexpr int maxDepth = 64;
+
+    /// Each value within a variant counts as so many bytes, besides those of its strings. It is about
+    /// what the value takes in memory.
+    static constexpr int bytesPerValue = 32;
+
+    /// Every bus carries this much in one message. The system bus disconnects a sender of more than
+    /// 32 MiB; the difference is for the message's header.
+    static constexpr int maxMessageBytes = (1 << 25) - (1 << 16);
+
+    explicit BusWriter(BusMessage message, int maxBytes = std::numeric_limits<int>::max())
+        : m_message(std::move(message))
+        , m_maxBytes(std::size_t(maxBytes))
+        , m_bytesLeft(m_maxBytes)
+    {
+    }
+
+    void writeBoolean(bool value);
+    void writeInt32(std::int32_t value);
+    void writeUInt32(std::uint32_t value);
+    /// A string with a null character, half a surrogate pair or a noncharacter is unsupported.
+    void writeString(const QString &text);
+    void writeStringList(const QStringList &texts);
+
+    /// A value of the model as a variant: BusReader::readVariant() gives an equal value. Types that are
+    /// not plain data, and values that nest too deeply, are unsupported.
+    void writeVariant(const QVariant &value);
+
+    void openArray(const char *element) { open(SD_BUS_TYPE_ARRAY, element); }
+    void openStruct(const char *members) { open(SD_BUS_TYPE_STRUCT, members); }
+    void openDictEntry(const char *members) { open(SD_BUS_TYPE_DICT_ENTRY, members); }
+
+    /// Closes the container that was opened last.
+    void close();
+
+    /// About how many bytes have been written: rather too many than too few.
+    std::size_t bytesWritten() const { return m_maxBytes - m_bytesLeft; }
+
+    /// The message that is written.
+    const BusMessage &message() const { return m_message; }
+
+    /// The text with U+FFFD for each character that a message can't hold.
+    static QString replaceUnsendable(const QString &text);
+
+private:
+    void writeOwnType(const QVariant &value);
+    void writeBytes(const QByteArray &bytes);
+    void writeList(const QVariantList &values);
+    template <typename Fields>
+    void writeRecord(const Fields &fields); ///< of a hash or a map
+    template <typename Wire>
+    void writeNumber(char type, Wire number);
+    template <typename Wire>
+    void writeNumberVariant(char type, Wire number);
+
+    void open(char container, const char *contents);
+    void count(std::size_t bytes);
+
+    BusMessage m_message;
+    std::size_t m_maxBytes;
+    std::size_t m_bytesLeft;
+    int m_depth = 0; ///< containers that are open
+};
