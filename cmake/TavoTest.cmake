@@ -2,14 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 
 # How test programs are compiled: without optimisation in the presets for work, as their own code runs
-# once and briefly, and with the one precompiled header. ccache takes a file with such a header only
-# when it is told to.
+# once and briefly.
 set(TAVO_TEST_OPTIONS "$<$<CONFIG:Debug>:-O0>")
-set(TAVO_TEST_LAUNCHER "${CMAKE_CXX_COMPILER_LAUNCHER}")
-if(CMAKE_CXX_COMPILER_LAUNCHER MATCHES "ccache")
-    set(TAVO_TEST_LAUNCHER "${CMAKE_COMMAND}" -E env
-        CCACHE_SLOPPINESS=pch_defines,time_macros CCACHE_DEPEND=1 ${CMAKE_CXX_COMPILER_LAUNCHER})
-endif()
 
 # tavo_add_test(<name> SOURCES <file>... [LIBRARIES <target>...] [ENVIRONMENT <NAME=value>...]
 #               [LABELS <label>...] [TIMEOUT <seconds>] [RESOURCE_LOCK <name>])
@@ -30,7 +24,6 @@ function(tavo_add_test name)
     set_source_files_properties("${CMAKE_CURRENT_BINARY_DIR}/${name}_autogen/mocs_compilation.cpp"
         PROPERTIES SKIP_PRECOMPILE_HEADERS ON)
     set_target_properties(${name} PROPERTIES
-        CXX_COMPILER_LAUNCHER "${TAVO_TEST_LAUNCHER}"
         RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
     set(environment QT_NO_GLIB=1
         "ASAN_OPTIONS=detect_leaks=1:detect_stack_use_after_return=1"

@@ -46,7 +46,7 @@ configure_preset() {
     if command -v ccache >/dev/null; then
         export CMAKE_CXX_COMPILER_LAUNCHER=${CMAKE_CXX_COMPILER_LAUNCHER-ccache}
         export CCACHE_BASEDIR=${CCACHE_BASEDIR-$TAVO_ROOT}
-        # A second clone compiles only its tests anew; its debug information names the folder of the first.
+        # A second clone compiles nothing anew; its debug information names the folder of the first.
         export CCACHE_NOHASHDIR=${CCACHE_NOHASHDIR-1}
     fi
     (cd -- "$TAVO_ROOT" && cmake --preset "$1")
