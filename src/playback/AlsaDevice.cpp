@@ -65,47 +65,45 @@ AlsaDevice::~AlsaDevice()
     close();
 }
 
-bool AlsaDevice::open(const QString &name, SoundFormat format, int usage)
+std::optional<Failure> AlsaDevice::open(const QString &name, SoundFormat format, int usage)
 {
     close();
     static std::once_flag handlerSet;
     std::call_once(handlerSet, snd_lib_error_set_handler, logAlsaError);
     m_name = QStringLiteral("The sound device \"%1\"").arg(name);
-    m_error.clear();
     m_lost = 0;
     m_failedWrites = 0;
     m_countsLate = false;
 
     int result = 0;
-    if (openAs(name, format, usage, result))
-        return true;
-    const bool found = m_error.isEmpty();
-    if (found && openAs(QStringLiteral("plug:SLAVE='%1'").arg(name), format, usage, result))
-        return true;
-    if (m_error.isEmpty())
-        m_error = m_name + QStringLiteral(" takes no sound of %1 Hz and %2 channels: %3")
-                               .arg(format.rate)
-                               .arg(format.channels)
-                               .arg(QString::fromUtf8(snd_strerror(result)));
-    return false;
+    for (const QString &alsaName : {name, QStringLiteral("plug:SLAVE='%1'").arg(name)}) {
+        result = openAs(alsaName);
+        if (result < 0) {
+            return Failure{m_name + QLatin1Char(' ') + openError(result)};
+        }
+        result = configure(format, usage);
+        if (result >= 0) {
+            return std::nullopt;
+        }
+        close();
+    }
+    return Failure{m_name + QStringLiteral(" takes no sound of %1 Hz and %2 channels: %3")
+                                .arg(format.rate)
+                                .arg(format.channels)
+                                .arg(QString::fromUtf8(snd_strerror(result)))};
 }
 
-bool AlsaDevice::openAs(const QString &alsaName, SoundFormat format, int usage, int &result)
+int AlsaDevice::openAs(const QString &alsaName)
 {
     // Non-blocking: opening must not wait until somebody else lets go of the device.
-    result = snd_pcm_open(&m_pcm, alsaName.toLocal8Bit().constData(), SND_PCM_STREAM_PLAYBACK,
-                          SND_PCM_NONBLOCK);
+    const int result = snd_pcm_open(&m_pcm, alsaName.toLocal8Bit().constData(),
+                                    SND_PCM_STREAM_PLAYBACK, SND_PCM_NONBLOCK);
     if (result < 0) {
         m_pcm = nullptr;
-        m_error = m_name + QLatin1Char(' ') + openError(result);
-        return false;
+        return result;
     }
     m_countsLate = m_countsLate || snd_pcm_type(m_pcm) == SND_PCM_TYPE_IOPLUG;
-    result = configure(format, usage);
-    if (result >= 0)
-        return true;
-    close();
-    return false;
+    return 0;
 }
 
 int AlsaDevice::configure(SoundFormat format, int usage)
@@ -159,8 +157,9 @@ int AlsaDevice::setStart()
 
 void AlsaDevice::close()
 {
-    if (!m_pcm)
+    if (!m_pcm) {
         return;
+    }
     snd_pcm_drop(m_pcm);
     snd_pcm_close(m_pcm);
     m_pcm = nullptr;
@@ -169,22 +168,26 @@ void AlsaDevice::close()
 
 long AlsaDevice::closeAndCount()
 {
-    const long unheard = m_pcm && room() >= 0 ? m_held : 0;
+    const bool isHeld = m_pcm && std::holds_alternative<long>(room());
+    const long unheard = isHeld ? m_held : 0;
     close();
     return unheard;
 }
 
-long AlsaDevice::room()
+Result<long> AlsaDevice::room()
 {
     // Not every device says so when it is asked for room.
     const snd_pcm_state_t state = snd_pcm_state(m_pcm);
-    if (state == SND_PCM_STATE_SUSPENDED)
+    if (state == SND_PCM_STATE_SUSPENDED) {
         return recover(-ESTRPIPE);
-    if (state == SND_PCM_STATE_DISCONNECTED)
+    }
+    if (state == SND_PCM_STATE_DISCONNECTED) {
         return recover(-ENODEV);
+    }
     const snd_pcm_sframes_t available = snd_pcm_avail(m_pcm);
-    if (available < 0)
+    if (available < 0) {
         return recover(int(available));
+    }
     m_held = std::clamp(long(m_bufferFrames) - long(available), 0L, long(m_bufferFrames));
     return std::max(0L, capacity() - m_held);
 }
@@ -196,7 +199,7 @@ long AlsaDevice::capacity() const
     return long(m_bufferFrames - std::min(m_periodFrames, m_bufferFrames / 2));
 }
 
-long AlsaDevice::write(const float *samples, long frames)
+Result<long> AlsaDevice::write(const float *samples, long frames)
 {
     const snd_pcm_sframes_t written = snd_pcm_writei(m_pcm, samples, snd_pcm_uframes_t(frames));
     if (written >= 0) {
@@ -204,46 +207,58 @@ long AlsaDevice::write(const float *samples, long frames)
         m_held += long(written);
         return long(written);
     }
-    if (written == -EAGAIN || written == -EINTR)
-        return 0;
-    return recover(int(written)) < 0 ? -1 : 0;
+    if (written == -EAGAIN || written == -EINTR) {
+        return 0L;
+    }
+    const Result<long> recovered = recover(int(written));
+    if (const auto *failure = std::get_if<Failure>(&recovered)) {
+        return *failure;
+    }
+    return 0L;
 }
 
-long AlsaDevice::recover(int result)
+Result<long> AlsaDevice::recover(int result)
 {
-    if (result == -ESTRPIPE)
+    if (result == -ESTRPIPE) {
         return resume();
-    if (result != -EPIPE)
-        return fail(result);
-    if (++m_failedWrites > maxFailedWrites)
-        return fail(result);
+    }
+    if (result != -EPIPE || ++m_failedWrites > maxFailedWrites) {
+        return gone(result);
+    }
     LOG4CPLUS_DEBUG(simplePlayerLogger(), "Underrun");
-    m_held = 0;
-    result = snd_pcm_prepare(m_pcm);
-    return result < 0 ? fail(result) : capacity();
+    return prepare();
 }
 
-long AlsaDevice::resume()
+Result<long> AlsaDevice::resume()
 {
-    int result = snd_pcm_resume(m_pcm);
-    if (result == -EAGAIN)
-        return 0;
-    if (result == 0 && snd_pcm_state(m_pcm) != SND_PCM_STATE_SUSPENDED)
+    const int result = snd_pcm_resume(m_pcm);
+    if (result == -EAGAIN) {
+        return 0L;
+    }
+    if (result == 0 && snd_pcm_state(m_pcm) != SND_PCM_STATE_SUSPENDED) {
         return std::max(0L, capacity() - m_held);
+    }
     // The device can't go on where it was, so what it held has to be written again.
     const snd_pcm_sframes_t available = snd_pcm_avail_update(m_pcm);
-    if (available >= 0)
+    if (available >= 0) {
         m_held = std::clamp(long(m_bufferFrames) - long(available), 0L, long(m_bufferFrames));
+    }
     m_lost += m_held;
-    m_held = 0;
-    result = snd_pcm_prepare(m_pcm);
-    return result < 0 ? fail(result) : capacity();
+    return prepare();
 }
 
-long AlsaDevice::fail(int result)
+Result<long> AlsaDevice::prepare()
 {
-    m_error = m_name + QStringLiteral(" has gone: ") + QString::fromUtf8(snd_strerror(result));
-    return -1;
+    m_held = 0;
+    if (const int result = snd_pcm_prepare(m_pcm); result < 0) {
+        return gone(result);
+    }
+    return capacity();
+}
+
+Failure AlsaDevice::gone(int result) const
+{
+    return {m_name + QStringLiteral(" has gone: ") + QString::fromUtf8(snd_strerror(result))};
 }
 
 long AlsaDevice::latency()

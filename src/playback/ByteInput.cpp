@@ -26,61 +26,76 @@ ByteInput::ByteInput(int descriptor, const QString &name)
 
 ByteInput::~ByteInput()
 {
-    if (m_descriptor >= 0)
+    if (m_descriptor >= 0) {
         ::close(m_descriptor);
+    }
 }
 
-bool ByteInput::open()
+std::optional<Failure> ByteInput::open()
 {
-    if (m_descriptor >= 0)
-        return true;
+    if (m_descriptor >= 0) {
+        return std::nullopt;
+    }
     // Only a fetch hands a descriptor in, and one that couldn't get any hands in none.
-    if (m_path.isEmpty())
+    if (m_path.isEmpty()) {
         return fail(QStringLiteral(" can't be fetched: there are no more file descriptors"));
+    }
     m_descriptor = ::open(QFile::encodeName(m_path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    if (m_descriptor < 0)
+    if (m_descriptor < 0) {
         return fail(QStringLiteral(" can't be opened: ") + qt_error_string(errno));
+    }
     struct stat status
     {
     };
     fstat(m_descriptor, &status);
-    if (S_ISDIR(status.st_mode))
+    if (S_ISDIR(status.st_mode)) {
         return fail(QStringLiteral(" is a directory, not a sound"));
+    }
     m_regular = S_ISREG(status.st_mode);
-    if (m_regular && status.st_size == 0)
+    if (m_regular && status.st_size == 0) {
         return fail(QStringLiteral(" is empty"));
-    return true;
+    }
+    return std::nullopt;
 }
 
-bool ByteInput::fail(const QString &why)
+Failure ByteInput::fail(const QString &why)
 {
-    m_error = m_name + why;
-    if (m_descriptor >= 0)
+    if (m_descriptor >= 0) {
         ::close(m_descriptor);
+    }
     m_descriptor = -1;
-    return false;
+    return {m_name + why};
 }
 
-ssize_t ByteInput::read(char *bytes, std::size_t count)
+Result<std::optional<std::size_t>> ByteInput::read(char *bytes, std::size_t count)
 {
     // A FIFO without a writer reads as ended from the start; only poll() tells the two apart.
     pollfd ready{m_descriptor, POLLIN, 0};
-    if (poll(&ready, 1, 0) <= 0)
-        return -1;
+    if (poll(&ready, 1, 0) <= 0) {
+        return std::nullopt;
+    }
     const ssize_t got = ::read(m_descriptor, bytes, count);
-    if (got >= 0 || errno == EAGAIN || errno == EINTR)
-        return got;
-    m_error = m_name + QStringLiteral(" can't be read: ") + qt_error_string(errno);
-    return 0;
+    if (got >= 0) {
+        return std::size_t(got);
+    }
+    if (errno == EAGAIN || errno == EINTR) {
+        return std::nullopt;
+    }
+    return Failure{m_name + QStringLiteral(" can't be read: ") + qt_error_string(errno)};
 }
 
-bool ByteInput::rewind()
+Result<bool> ByteInput::rewind()
 {
-    if (m_path.isEmpty())
+    if (m_path.isEmpty()) {
         return false;
-    if (m_regular)
+    }
+    if (m_regular) {
         return lseek(m_descriptor, 0, SEEK_SET) == 0;
+    }
     ::close(m_descriptor);
     m_descriptor = -1;
-    return open();
+    if (auto failure = open()) {
+        return std::move(*failure);
+    }
+    return true;
 }

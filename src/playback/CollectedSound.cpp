@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t chunkBytes = 65536;
 
-constexpr int noLimit = -1;
+constexpr int noTimeout = -1;
 
 } // namespace
 
@@ -25,18 +25,18 @@ CollectedSound::CollectedSound(std::unique_ptr<ByteInput> input, const SimplePla
 
 CollectedSound::~CollectedSound() = default;
 
-bool CollectedSound::open()
+std::optional<Failure> CollectedSound::open()
 {
-    if (m_sound)
-        return true;
-    if (!m_input->open()) {
-        setError(m_input->error());
-        return false;
+    if (m_sound) {
+        return std::nullopt;
     }
-    if (!m_input->isRegularFile())
-        return true;
-    m_sound = SoundFile::fromPath(m_input->path(), m_limits.maxSoundBytes);
-    return decode() == Status::Frames;
+    if (auto failure = m_input->open()) {
+        return failure;
+    }
+    if (!m_input->isRegularFile()) {
+        return std::nullopt;
+    }
+    return decode(SoundFile::fromPath(m_input->path(), m_limits.maxSoundBytes));
 }
 
 bool CollectedSound::needsLoading() const
@@ -44,37 +44,44 @@ bool CollectedSound::needsLoading() const
     return !m_sound;
 }
 
-FrameSource::Status CollectedSound::load(const WakeEvent &wake)
+Result<FrameSource::Loading> CollectedSound::load(const WakeEvent &wake)
 {
-    const qint64 limit = m_limits.httpMaxBytes;
     std::array<char, chunkBytes> chunk{};
     for (;;) {
-        const ssize_t got = m_input->read(chunk.data(), chunk.size());
-        if (got == 0)
-            break;
-        if (got < 0) {
-            wake.waitForInput(m_input->descriptor(), noLimit);
-        } else if (m_data.size() + got > limit) {
-            setError(m_input->name() +
-                     QStringLiteral(" is larger than the %1 bytes that are allowed").arg(limit));
-            return Status::Failed;
-        } else {
-            m_data.append(chunk.data(), int(got));
+        const auto result = m_input->read(chunk.data(), chunk.size());
+        if (const auto *failure = std::get_if<Failure>(&result)) {
+            return *failure;
         }
-        if (wake.wait(0))
-            return Status::Waiting;
+        const auto got = std::get<std::optional<std::size_t>>(result);
+        if (!got) {
+            wake.waitForInput(m_input->descriptor(), noTimeout);
+        } else if (*got == 0) {
+            break;
+        } else if (m_data.size() + qint64(*got) > m_limits.httpMaxBytes) {
+            return Failure{m_input->name() +
+                           QStringLiteral(" is larger than the %1 bytes that are allowed")
+                               .arg(m_limits.httpMaxBytes)};
+        } else {
+            m_data.append(chunk.data(), int(*got));
+        }
+        if (wake.wait(0)) {
+            return Loading::Interrupted;
+        }
     }
-    m_sound = SoundFile::fromData(m_data, m_input->name(), m_limits.maxSoundBytes);
-    return decode();
+    if (auto failure =
+            decode(SoundFile::fromData(m_data, m_input->name(), m_limits.maxSoundBytes))) {
+        return std::move(*failure);
+    }
+    return Loading::Done;
 }
 
-FrameSource::Status CollectedSound::decode()
+std::optional<Failure> CollectedSound::decode(std::unique_ptr<SoundFile> sound)
 {
-    if (m_sound->open())
-        return Status::Frames;
-    setError(m_sound->error());
-    m_sound.reset();
-    return Status::Failed;
+    auto failure = sound->open();
+    if (!failure) {
+        m_sound = std::move(sound);
+    }
+    return failure;
 }
 
 SoundFormat CollectedSound::format() const
@@ -82,19 +89,12 @@ SoundFormat CollectedSound::format() const
     return m_sound->format();
 }
 
-FrameSource::Result CollectedSound::read(float *samples, long frames)
+FrameSource::Read CollectedSound::read(float *samples, long frames)
 {
-    return checked(m_sound->read(samples, frames));
+    return m_sound->read(samples, frames);
 }
 
-bool CollectedSound::rewind()
+Result<bool> CollectedSound::rewind()
 {
-    return checked(m_sound->rewind());
-}
-
-template <typename Done>
-Done CollectedSound::checked(Done done)
-{
-    setError(m_sound->error());
-    return done;
+    return m_sound->rewind();
 }

@@ -21,17 +21,15 @@ public:
     CollectedSound(std::unique_ptr<ByteInput> input, const SimplePlayerLimits &limits);
     ~CollectedSound() override;
 
-    bool open() override;
+    std::optional<Failure> open() override;
     bool needsLoading() const override;
-    Status load(const WakeEvent &wake) override;
+    Result<Loading> load(const WakeEvent &wake) override;
     SoundFormat format() const override;
-    Result read(float *samples, long frames) override;
-    bool rewind() override;
+    Read read(float *samples, long frames) override;
+    Result<bool> rewind() override;
 
 private:
-    Status decode();
-    template <typename Done>
-    Done checked(Done done);
+    std::optional<Failure> decode(std::unique_ptr<SoundFile> sound);
 
     const std::unique_ptr<ByteInput> m_input;
     const SimplePlayerLimits m_limits;

@@ -3,7 +3,10 @@
 
 #pragma once
 
-#include <QString>
+#include "base/Result.h"
+
+#include <optional>
+#include <variant>
 
 class WakeEvent;
 
@@ -27,58 +30,54 @@ struct SoundFormat
 
 /// Where a sound's frames come from.
 ///
-/// Thread: everything is called in the playback thread, one such thread after another; the caller's
-/// thread only constructs and destroys, and prepare() is its own. Owner: the Playback.
+/// Thread: everything is called in the playback thread, one such thread after another; only the
+/// constructor and the destructor run in the caller's. Owned by the PlaybackWriter.
 class FrameSource
 {
 public:
-    /// What became of a read.
-    enum class Status {
-        Frames,  ///< some frames were read
-        Waiting, ///< none there yet; inputDescriptor() tells when
-        End,     ///< there will be no more, unless rewound
-        Failed   ///< there will be no more; error() says why
-    };
-
-    struct Result
+    /// So many frames were read.
+    struct Frames
     {
-        Status status = Status::End;
-        long frames = 0;
+        long count;
     };
+    /// There are none yet; inputDescriptor() tells when.
+    struct Waiting
+    {
+    };
+    /// There will be no more, unless rewound.
+    struct End
+    {
+    };
+    /// After a failure there will be no more either.
+    using Read = std::variant<Frames, Waiting, End, Failure>;
+
+    enum class Loading { Done, Interrupted };
 
     FrameSource() = default;
     virtual ~FrameSource() = default;
     FrameSource(const FrameSource &) = delete;
     FrameSource &operator=(const FrameSource &) = delete;
 
-    /// Opens the source, or does nothing when it is open. Fast but for what the file system takes.
-    /// False: error() says why, and it may be tried again.
-    virtual bool open() = 0;
+    /// Opens the source, or does nothing when it is open. Returns why it can't. Fast but for what the
+    /// file system takes.
+    virtual std::optional<Failure> open() = 0;
 
     /// Whether load() has something to wait for before the format is known.
     virtual bool needsLoading() const { return false; }
 
-    /// Waits for what has to be there before the format is known; returns Waiting when the event
-    /// was set meanwhile, and goes on at the next call.
-    virtual Status load(const WakeEvent &) { return Status::Frames; }
+    /// Waits for what has to be there before the format is known. Interrupted by the event; goes on
+    /// at the next call.
+    virtual Result<Loading> load(const WakeEvent &) { return Loading::Done; }
 
     /// Valid once open and loaded.
     virtual SoundFormat format() const = 0;
 
-    /// Reads at most so many frames.
-    virtual Result read(float *samples, long frames) = 0;
+    /// Reads up to so many frames.
+    virtual Read read(float *samples, long frames) = 0;
 
     /// What to wait on after Waiting.
     virtual int inputDescriptor() const { return -1; }
 
-    /// Goes back to the first frame; false when the source can't.
-    virtual bool rewind() = 0;
-
-    QString error() const { return m_error; }
-
-protected:
-    void setError(const QString &error) { m_error = error; }
-
-private:
-    QString m_error;
+    /// Goes back to the first frame. False for a source that can't be repeated.
+    virtual Result<bool> rewind() = 0;
 };

@@ -18,11 +18,11 @@ public:
     PcmStream(std::unique_ptr<ByteInput> input, const PcmFormat &format);
     ~PcmStream() override;
 
-    bool open() override;
+    std::optional<Failure> open() override;
     SoundFormat format() const override { return m_format.sound; }
-    Result read(float *samples, long frames) override;
+    Read read(float *samples, long frames) override;
     int inputDescriptor() const override;
-    bool rewind() override;
+    Result<bool> rewind() override;
 
 private:
     const std::unique_ptr<ByteInput> m_input;

@@ -88,8 +88,9 @@ std::optional<Failure> PlaybackWriter::startThread()
 
 void PlaybackWriter::interrupt(Command command)
 {
-    if (!m_thread.joinable())
+    if (!m_thread.joinable()) {
         return;
+    }
     m_command = command;
     m_wake.set();
     m_thread.join();
@@ -98,8 +99,9 @@ void PlaybackWriter::interrupt(Command command)
 void PlaybackWriter::run()
 {
     const Step end = play();
-    if (end == Step::Interrupted)
+    if (end == Step::Interrupted) {
         keepPlace();
+    }
     m_device.close();
     if (end == Step::Ended) {
         finish(m_sourceFailure);
@@ -110,22 +112,25 @@ void PlaybackWriter::run()
 
 void PlaybackWriter::keepPlace()
 {
-    if (m_command != Command::Pause || !m_device.isOpen())
+    if (m_command != Command::Pause || !m_device.isOpen()) {
         return;
-    if (!m_device.countsLate() || !playOut())
+    }
+    if (!m_device.countsLate() || !playOut()) {
         m_window.goBack(m_device.closeAndCount() - m_padding);
+    }
 }
 
 // Where dropped frames can't be counted, none are dropped: the buffer is heard to its end. It is
-// short, and no one interrupts this, since the caller waits for it.
+// short, and nobody interrupts this, since the caller waits for it.
 bool PlaybackWriter::playOut()
 {
     m_wake.clear();
     const auto deadline = std::chrono::steady_clock::now() + maxPlayOut;
     Step result = Step::GoOn;
     while (result == Step::GoOn && std::chrono::steady_clock::now() < deadline) {
-        const long room = m_device.room();
-        result = room < 0 ? Step::Failed : finishTail(room);
+        const Result<long> room = m_device.room();
+        const auto *frames = std::get_if<long>(&room);
+        result = frames != nullptr ? finishTail(*frames) : Step::Failed;
     }
     return result == Step::Ended;
 }
@@ -148,8 +153,9 @@ void PlaybackWriter::finish(const std::optional<Failure> &failure)
 void PlaybackWriter::declareOpened()
 {
     const std::lock_guard lock(m_mutex);
-    if (m_opening == Opening::Awaited)
+    if (m_opening == Opening::Awaited) {
         m_opening = Opening::Opened;
+    }
     m_openingChanged.notify_one();
 }
 
@@ -167,74 +173,92 @@ PlaybackWriter::Step PlaybackWriter::play()
 
 PlaybackWriter::Step PlaybackWriter::openAll()
 {
-    if (!m_source->open())
-        return fail(m_source->error());
+    if (const auto failure = m_source->open()) {
+        return fail(*failure);
+    }
     if (m_source->needsLoading()) {
         // That depends on somebody else, so the caller isn't held up for it.
         declareOpened();
-        const FrameSource::Status loaded = m_source->load(m_wake);
-        if (loaded == FrameSource::Status::Waiting)
+        const Result<FrameSource::Loading> loaded = m_source->load(m_wake);
+        if (const auto *failure = std::get_if<Failure>(&loaded)) {
+            return fail(*failure);
+        }
+        if (std::get<FrameSource::Loading>(loaded) == FrameSource::Loading::Interrupted) {
             return Step::Interrupted;
-        if (loaded == FrameSource::Status::Failed)
-            return fail(m_source->error());
+        }
     }
     m_format = m_source->format();
     m_window.setChannels(m_format.channels);
     m_padding = 0;
-    if (!m_device.open(m_deviceName, m_format, m_usage))
-        return fail(m_device.error());
+    if (const auto failure = m_device.open(m_deviceName, m_format, m_usage)) {
+        return fail(*failure);
+    }
     return Step::GoOn;
 }
 
-PlaybackWriter::Step PlaybackWriter::fail(const QString &reason)
+PlaybackWriter::Step PlaybackWriter::fail(const Failure &failure)
 {
-    m_failure = {reason};
+    m_failure = failure;
     return Step::Failed;
 }
 
 PlaybackWriter::Step PlaybackWriter::step()
 {
-    const long room = m_device.room();
-    if (room < 0)
-        return fail(m_device.error());
+    const Result<long> result = m_device.room();
+    if (const auto *failure = std::get_if<Failure>(&result)) {
+        return fail(*failure);
+    }
+    const long room = std::get<long>(result);
     if (const long lost = m_device.takeLost(); lost > 0) {
         m_window.goBack(lost - m_padding);
         m_padding = 0;
     }
-    if (m_sourceEnded && m_window.unsent() == 0)
+    if (m_sourceEnded && m_window.unsent() == 0) {
         return finishTail(room);
+    }
     const long surplus = m_device.held() - m_device.capacity() / 2;
-    if (surplus > 0 || room == 0)
+    if (surplus > 0 || room == 0) {
         return waitFor(std::max(surplus, m_device.periodFrames()));
+    }
     fill(room);
-    return m_window.unsent() > 0 ? send(room) : m_sourceEnded ? Step::GoOn : waitForInput();
+    if (m_window.unsent() > 0) {
+        return send(room);
+    }
+    return m_sourceEnded ? Step::GoOn : waitForInput();
 }
 
 void PlaybackWriter::fill(long room)
 {
-    long frames = room - m_window.unsent();
+    long wanted = room - m_window.unsent();
     bool rewound = false;
-    while (frames > 0 && !m_sourceEnded) {
-        const FrameSource::Result result = m_source->read(m_window.spaceFor(frames), frames);
-        m_window.take(result.frames);
-        frames -= result.frames;
-        if (result.status == FrameSource::Status::Waiting)
-            break;
-        if (result.status == FrameSource::Status::Frames) {
+    while (wanted > 0 && !m_sourceEnded) {
+        const FrameSource::Read read = m_source->read(m_window.spaceFor(wanted), wanted);
+        if (std::holds_alternative<FrameSource::Waiting>(read)) {
+            return;
+        }
+        if (const auto *frames = std::get_if<FrameSource::Frames>(&read)) {
+            m_window.take(frames->count);
+            wanted -= frames->count;
             rewound = false;
-            continue;
-        }
-        // A source that has nothing between two of its ends would be rewound for ever.
-        if (result.status == FrameSource::Status::End && m_loop && !rewound) {
-            rewound = m_source->rewind();
-            if (rewound)
-                continue;
-        }
-        m_sourceEnded = true;
-        if (!m_source->error().isEmpty()) {
-            m_sourceFailure = Failure{m_source->error()};
+        } else if (const auto *failure = std::get_if<Failure>(&read)) {
+            m_sourceFailure = *failure;
+            m_sourceEnded = true;
+        } else {
+            // A source that has nothing between two of its ends would be rewound for ever.
+            rewound = m_loop && !rewound && rewind();
+            m_sourceEnded = !rewound;
         }
     }
+}
+
+bool PlaybackWriter::rewind()
+{
+    const Result<bool> rewound = m_source->rewind();
+    if (const auto *failure = std::get_if<Failure>(&rewound)) {
+        m_sourceFailure = *failure;
+        return false;
+    }
+    return std::get<bool>(rewound);
 }
 
 PlaybackWriter::Step PlaybackWriter::send(long room)
@@ -243,28 +267,33 @@ PlaybackWriter::Step PlaybackWriter::send(long room)
     m_output.resize(std::size_t(frames * m_format.channels));
     m_gain.apply(m_window.next(), m_output.data(), frames, m_format.channels, m_window.position(),
                  m_format.rate);
-    const long written = m_device.write(m_output.data(), frames);
-    if (written < 0)
-        return fail(m_device.error());
+    const Result<long> result = m_device.write(m_output.data(), frames);
+    if (const auto *failure = std::get_if<Failure>(&result)) {
+        return fail(*failure);
+    }
+    const long written = std::get<long>(result);
     m_window.sent(written, m_device.capacity());
-    // A device that has room but takes nothing is given time to come round.
+    // A device that has room but takes nothing is given time.
     return written > 0 ? Step::GoOn : waitFor(m_device.periodFrames());
 }
 
 // The end is when the last frame has been heard. Devices tell what they have played by whole
-// periods, so silence pushes the last frames through; what is on its way beyond the device's buffer
-// is waited for by the clock.
+// periods, so silence pushes the last frames through; for what is on its way beyond the device's
+// buffer the clock has to do.
 PlaybackWriter::Step PlaybackWriter::finishTail(long room)
 {
-    if (m_padding < 2 * m_device.periodFrames() && room > 0)
+    if (m_padding < 2 * m_device.periodFrames() && room > 0) {
         return pad(room);
+    }
     const long unheard = m_device.held() - m_padding;
-    if (unheard > 0)
+    if (unheard > 0) {
         return waitFor(unheard);
+    }
     const long remaining =
         std::min(m_device.latency() - m_padding, m_format.rate * maxLatencySeconds);
-    if (remaining > 0 && waitFor(remaining) == Step::Interrupted)
+    if (remaining > 0 && waitFor(remaining) == Step::Interrupted) {
         return Step::Interrupted;
+    }
     return Step::Ended;
 }
 
@@ -272,10 +301,11 @@ PlaybackWriter::Step PlaybackWriter::pad(long room)
 {
     const long frames = std::min(room, 2 * m_device.periodFrames() - m_padding);
     m_output.assign(std::size_t(frames * m_format.channels), 0.0F);
-    const long written = m_device.write(m_output.data(), frames);
-    if (written < 0)
-        return fail(m_device.error());
-    m_padding += written;
+    const Result<long> written = m_device.write(m_output.data(), frames);
+    if (const auto *failure = std::get_if<Failure>(&written)) {
+        return fail(*failure);
+    }
+    m_padding += std::get<long>(written);
     return Step::GoOn;
 }
 

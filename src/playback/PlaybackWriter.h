@@ -53,12 +53,13 @@ private:
     Step openAll();
     Step step();
     void fill(long room);
+    bool rewind();
     Step send(long room);
     Step finishTail(long room);
     Step pad(long room);
     Step waitForInput();
     Step waitFor(long frames);
-    Step fail(const QString &reason);
+    Step fail(const Failure &failure);
     void keepPlace();
     bool playOut();
     void declareOpened();

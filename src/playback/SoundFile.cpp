@@ -56,105 +56,105 @@ SoundFile::~SoundFile()
     closeAll();
 }
 
-bool SoundFile::open()
+std::optional<Failure> SoundFile::open()
 {
-    if (m_file)
-        return true;
-    if (m_path.isEmpty() ? openData() : openPath())
-        return true;
-    closeAll();
-    return false;
+    if (m_file) {
+        return std::nullopt;
+    }
+    auto failure = m_path.isEmpty() ? openData() : openPath();
+    if (failure) {
+        closeAll();
+    }
+    return failure;
 }
 
-bool SoundFile::openPath()
+std::optional<Failure> SoundFile::openPath()
 {
     // Non-blocking: a FIFO named by mistake must not hold the thread until somebody writes.
     m_descriptor = ::open(QFile::encodeName(m_path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (m_descriptor < 0) {
-        setError(m_name + QStringLiteral(" can't be opened: ") + qt_error_string(errno));
-        return false;
+        return failure(QStringLiteral("can't be opened: ") + qt_error_string(errno));
     }
     struct stat status
     {
     };
     fstat(m_descriptor, &status);
     if (S_ISDIR(status.st_mode)) {
-        setError(m_name + QStringLiteral(" is a directory, not a sound"));
-        return false;
+        return failure(QStringLiteral("is a directory, not a sound"));
     }
     if (!S_ISREG(status.st_mode)) {
-        setError(m_name + QStringLiteral(" is not a regular file"));
-        return false;
+        return failure(QStringLiteral("is not a regular file"));
     }
-    if (!isComplete(status.st_size))
-        return false;
+    if (auto failure = checkWhole(status.st_size)) {
+        return failure;
+    }
     return accept(sf_open_fd(m_descriptor, SFM_READ, &m_info, SF_FALSE));
 }
 
-bool SoundFile::openData()
+std::optional<Failure> SoundFile::openData()
 {
     m_offset = 0;
-    if (!isComplete(m_data.size()))
-        return false;
+    if (auto failure = checkWhole(m_data.size())) {
+        return failure;
+    }
     SF_VIRTUAL_IO io{dataLength, dataSeek, dataRead, nullptr, dataTell};
     return accept(sf_open_virtual(&io, SFM_READ, &m_info, this));
 }
 
-bool SoundFile::isComplete(qint64 size)
+std::optional<Failure> SoundFile::checkWhole(qint64 size) const
 {
     if (size == 0) {
-        setError(m_name + QStringLiteral(" is empty"));
-        return false;
+        return failure(QStringLiteral("is empty"));
     }
     const auto readAt = [this](void *target, std::size_t count, qint64 offset) -> bool {
-        if (m_descriptor >= 0)
+        if (m_descriptor >= 0) {
             return pread(m_descriptor, target, count, offset) == ssize_t(count);
-        if (offset + qint64(count) > m_data.size())
+        }
+        if (offset + qint64(count) > m_data.size()) {
             return false;
+        }
         std::memcpy(target, m_data.constData() + offset, count);
         return true;
     };
     const qint64 missing = riffBytesMissing(readAt, size);
     if (missing > 0) {
-        setError(m_name + QStringLiteral(" is cut off: %1 bytes are missing").arg(missing));
-        return false;
+        return failure(QStringLiteral("is cut off: %1 bytes are missing").arg(missing));
     }
     if (!hasVorbisHeaders(readAt, size)) {
-        setError(m_name + QStringLiteral(" is cut off or damaged at its beginning"));
-        return false;
+        return failure(QStringLiteral("is cut off or damaged at its beginning"));
     }
-    return true;
+    return std::nullopt;
 }
 
-bool SoundFile::accept(SNDFILE *file)
+std::optional<Failure> SoundFile::accept(SNDFILE *file)
 {
     m_file = file;
     if (!m_file) {
-        setError(m_name + QStringLiteral(" holds no sound in a known format"));
-        return false;
+        return failure(QStringLiteral("holds no sound in a known format"));
     }
     if (m_info.frames <= 0) {
-        setError(m_name + QStringLiteral(" holds no sound: it has no frames"));
-        return false;
+        return failure(QStringLiteral("holds no sound: it has no frames"));
     }
     if (!format().isUsable()) {
-        setError(m_name + QStringLiteral(" can't be played: it claims %1 channels at %2 Hz")
-                              .arg(m_info.channels)
-                              .arg(m_info.samplerate));
-        return false;
+        return failure(QStringLiteral("can't be played: it claims %1 channels at %2 Hz")
+                           .arg(m_info.channels)
+                           .arg(m_info.samplerate));
     }
     m_framesRead = 0;
-    return m_info.frames >= unknownFrames || checkSize(m_info.frames);
+    if (m_info.frames >= unknownFrames) {
+        return std::nullopt;
+    }
+    return checkSize(m_info.frames);
 }
 
-bool SoundFile::checkSize(sf_count_t frames)
+std::optional<Failure> SoundFile::checkSize(sf_count_t frames) const
 {
-    if (frames <= m_maxBytes / (bytesPerSample * m_info.channels))
-        return true;
-    setError(m_name +
-             QStringLiteral(" is too long: decoded it takes %1, allowed are %2")
-                 .arg(megabytes(frames * bytesPerSample * m_info.channels), megabytes(m_maxBytes)));
-    return false;
+    if (frames <= m_maxBytes / (bytesPerSample * m_info.channels)) {
+        return std::nullopt;
+    }
+    return failure(
+        QStringLiteral("is too long: decoded it takes %1, allowed are %2")
+            .arg(megabytes(frames * bytesPerSample * m_info.channels), megabytes(m_maxBytes)));
 }
 
 SoundFormat SoundFile::format() const
@@ -162,50 +162,56 @@ SoundFormat SoundFile::format() const
     return {m_info.samplerate, m_info.channels};
 }
 
-FrameSource::Result SoundFile::read(float *samples, long frames)
+FrameSource::Read SoundFile::read(float *samples, long frames)
 {
     const sf_count_t count = sf_readf_float(m_file, samples, frames);
-    if (count <= 0)
+    if (count <= 0) {
         return endOfFile();
+    }
     m_framesRead += count;
-    if (!checkSize(m_framesRead))
-        return {Status::Failed, 0};
-    return {Status::Frames, long(count)};
+    if (auto failure = checkSize(m_framesRead)) {
+        return std::move(*failure);
+    }
+    return Frames{long(count)};
 }
 
-FrameSource::Result SoundFile::endOfFile()
+FrameSource::Read SoundFile::endOfFile() const
 {
     if (sf_error(m_file) != SF_ERR_NO_ERROR) {
-        setError(m_name + QStringLiteral(" can't be decoded: ") +
-                 QString::fromUtf8(sf_strerror(m_file)));
-        return {Status::Failed, 0};
+        return failure(QStringLiteral("can't be decoded: ") +
+                       QString::fromUtf8(sf_strerror(m_file)));
     }
     if (m_info.frames < unknownFrames && m_framesRead < m_info.frames) {
-        setError(m_name + QStringLiteral(" is cut off after %1 of %2 frames")
-                              .arg(m_framesRead)
-                              .arg(m_info.frames));
-        return {Status::Failed, 0};
+        return failure(QStringLiteral("is cut off after %1 of %2 frames")
+                           .arg(m_framesRead)
+                           .arg(m_info.frames));
     }
-    return {Status::End, 0};
+    return End{};
 }
 
-bool SoundFile::rewind()
+Result<bool> SoundFile::rewind()
 {
     m_framesRead = 0;
-    if (sf_seek(m_file, 0, SEEK_SET) == 0)
+    if (sf_seek(m_file, 0, SEEK_SET) == 0) {
         return true;
-    setError(m_name + QStringLiteral(" can't be repeated: ") +
-             QString::fromUtf8(sf_strerror(m_file)));
-    return false;
+    }
+    return failure(QStringLiteral("can't be repeated: ") + QString::fromUtf8(sf_strerror(m_file)));
+}
+
+Failure SoundFile::failure(const QString &what) const
+{
+    return {m_name + QLatin1Char(' ') + what};
 }
 
 void SoundFile::closeAll()
 {
-    if (m_file)
+    if (m_file) {
         sf_close(m_file);
+    }
     m_file = nullptr;
-    if (m_descriptor >= 0)
+    if (m_descriptor >= 0) {
         ::close(m_descriptor);
+    }
     m_descriptor = -1;
     m_info = SF_INFO{};
 }

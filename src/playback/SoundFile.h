@@ -23,20 +23,21 @@ public:
 
     ~SoundFile() override;
 
-    bool open() override;
+    std::optional<Failure> open() override;
     SoundFormat format() const override;
-    Result read(float *samples, long frames) override;
-    bool rewind() override;
+    Read read(float *samples, long frames) override;
+    Result<bool> rewind() override;
 
 private:
     SoundFile(const QString &path, const QByteArray &data, const QString &name, qint64 maxBytes);
 
-    bool openPath();
-    bool openData();
-    bool accept(SNDFILE *file);
-    bool isComplete(qint64 size);
-    bool checkSize(sf_count_t frames);
-    Result endOfFile();
+    std::optional<Failure> openPath();
+    std::optional<Failure> openData();
+    std::optional<Failure> accept(SNDFILE *file);
+    std::optional<Failure> checkWhole(qint64 size) const;
+    std::optional<Failure> checkSize(sf_count_t frames) const;
+    Read endOfFile() const;
+    Failure failure(const QString &what) const;
     void closeAll();
 
     static sf_count_t dataLength(void *self);
