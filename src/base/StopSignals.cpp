@@ -3,23 +3,18 @@
 
 #include "base/StopSignals.h"
 
+#include <atomic>
 #include <csignal>
-#include <mutex>
 #include <poll.h>
+#include <sys/eventfd.h>
 #include <sys/signalfd.h>
 #include <system_error>
 #include <thread>
 #include <unistd.h>
 
-/// What the waiting thread shares with the object, which may be gone when a signal comes.
-struct StopSignals::Shared
-{
-    std::atomic<bool> isReceived{false};
-    std::mutex mutex;
-    StopSignals *object = nullptr; ///< protected by the mutex
-};
-
 namespace {
+std::atomic<bool> s_isReceived{false};
+
 sigset_t stopSignals()
 {
     sigset_t signals;
@@ -34,58 +29,54 @@ int readSignal(int descriptor)
     signalfd_siginfo info = {};
     return read(descriptor, &info, sizeof info) == sizeof info ? int(info.ssi_signo) : 0;
 }
+
+void waitForSignals(int signalDescriptor, int eventDescriptor)
+{
+    // Noted before it is read, so that isReceived() finds it either pending or noted.
+    pollfd readable = {signalDescriptor, POLLIN, 0};
+    poll(&readable, 1, -1);
+    s_isReceived = true;
+    eventfd_write(eventDescriptor, eventfd_t(readSignal(signalDescriptor)));
+    _exit(128 + readSignal(signalDescriptor));
+}
 } // namespace
 
 std::unique_ptr<StopSignals> StopSignals::install()
 {
     const sigset_t signals = stopSignals();
-    const int descriptor = signalfd(-1, &signals, SFD_CLOEXEC);
-    if (descriptor < 0) {
+    const int signalDescriptor = signalfd(-1, &signals, SFD_CLOEXEC);
+    const int eventDescriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    if (signalDescriptor < 0 || eventDescriptor < 0) {
         return nullptr;
     }
-    std::unique_ptr<StopSignals> installed(new StopSignals);
-    const auto run = [descriptor, shared = installed->m_shared] {
-        // Noted before it is taken, so that isReceived() finds it pending or noted.
-        pollfd readable = {descriptor, POLLIN, 0};
-        poll(&readable, 1, -1);
-        shared->isReceived = true;
-        const int first = readSignal(descriptor);
-        {
-            const std::lock_guard lock(shared->mutex);
-            if (StopSignals *object = shared->object) {
-                const auto emitReceived = [object, first] { Q_EMIT object->received(first); };
-                QMetaObject::invokeMethod(object, emitReceived, Qt::QueuedConnection);
-            }
-        }
-        _exit(128 + readSignal(descriptor));
-    };
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     try {
-        std::thread(run).detach();
+        std::thread(waitForSignals, signalDescriptor, eventDescriptor).detach();
     } catch (const std::system_error &) {
         pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
-        close(descriptor);
         return nullptr;
     }
-    return installed;
+    return std::unique_ptr<StopSignals>(new StopSignals(eventDescriptor));
 }
 
-StopSignals::StopSignals()
-    : m_shared(std::make_shared<Shared>())
+StopSignals::StopSignals(int eventDescriptor)
+    : m_notifier(eventDescriptor, QSocketNotifier::Read)
 {
-    m_shared->object = this;
+    connect(&m_notifier, &QSocketNotifier::activated, this, &StopSignals::on_notifier_activated);
 }
 
-StopSignals::~StopSignals()
-{
-    const std::lock_guard lock(m_shared->mutex);
-    m_shared->object = nullptr;
-}
-
-bool StopSignals::isReceived() const
+bool StopSignals::isReceived()
 {
     sigset_t pending;
     sigpending(&pending);
     return sigismember(&pending, SIGINT) == 1 || sigismember(&pending, SIGTERM) == 1 ||
-           m_shared->isReceived;
+           s_isReceived;
+}
+
+void StopSignals::on_notifier_activated()
+{
+    eventfd_t signal = 0;
+    if (eventfd_read(int(m_notifier.socket()), &signal) == 0) {
+        Q_EMIT received(int(signal));
+    }
 }

@@ -4,8 +4,8 @@
 #pragma once
 
 #include <QObject>
+#include <QSocketNotifier>
 
-#include <atomic>
 #include <memory>
 
 /// Turns the first SIGINT or SIGTERM into a signal of the event loop. The second one ends the process
@@ -23,18 +23,17 @@ public:
     /// Null where the system refuses.
     static std::unique_ptr<StopSignals> install();
 
-    ~StopSignals() override;
-
     /// Whether a signal has come, even if received() is still to be emitted.
-    bool isReceived() const;
+    static bool isReceived();
 
 Q_SIGNALS:
     void received(int signal);
 
+private Q_SLOTS:
+    void on_notifier_activated();
+
 private:
-    struct Shared;
+    explicit StopSignals(int eventDescriptor);
 
-    StopSignals();
-
-    std::shared_ptr<Shared> m_shared;
+    QSocketNotifier m_notifier;
 };

@@ -80,10 +80,10 @@ int run(const CommandLine &line, const Settings &settings,
     }
     SimplePlayerLimits::setDefaults(settings.sounds());
     Host host(settings.source());
-    if (const auto failure = host.start(modules, [&] { return !stopSignals->isReceived(); })) {
+    if (const auto failure = host.start(modules, [] { return !StopSignals::isReceived(); })) {
         return exitWith(*failure);
     }
-    if (!stopSignals->isReceived()) {
+    if (!StopSignals::isReceived()) {
         reportReady(line, host.moduleCount());
     }
     QCoreApplication::exec();
