@@ -6,7 +6,9 @@
 #include <algorithm>
 #include <utility>
 
-static constexpr std::size_t longestRun = 512;
+namespace {
+constexpr std::size_t maxRunLength = 512;
+} // namespace
 
 int DisplayRanks::position(const Rank &rank) const
 {
@@ -35,11 +37,11 @@ void DisplayRanks::insert(const Rank &rank)
         m_runs.push_back({rank});
         return;
     }
-    // Behind all others, it goes to the last run.
+    // A rank behind all others goes into the last run.
     const std::size_t number = std::min(runOf(rank), m_runs.size() - 1);
     Run &run = m_runs[number];
     run.insert(std::lower_bound(run.begin(), run.end(), rank), rank);
-    if (run.size() > longestRun) {
+    if (run.size() > maxRunLength) {
         split(number);
     }
 }
@@ -83,7 +85,7 @@ std::size_t DisplayRanks::runOf(const Rank &rank) const
 
 void DisplayRanks::split(std::size_t run)
 {
-    const auto middle = m_runs[run].begin() + longestRun / 2;
+    const auto middle = m_runs[run].begin() + maxRunLength / 2;
     Run later(middle, m_runs[run].end());
     m_runs[run].erase(middle, m_runs[run].end());
     m_runs[run].shrink_to_fit();
@@ -96,7 +98,7 @@ void DisplayRanks::joinWithNext(std::size_t run)
         return;
     }
     const Run &next = m_runs[run + 1];
-    if (m_runs[run].size() + next.size() <= longestRun / 2) {
+    if (m_runs[run].size() + next.size() <= maxRunLength / 2) {
         m_runs[run].insert(m_runs[run].end(), next.begin(), next.end());
         m_runs.erase(m_runs.begin() + std::ptrdiff_t(run) + 1);
     }

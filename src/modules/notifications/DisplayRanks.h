@@ -8,16 +8,16 @@
 #include <cstddef>
 #include <vector>
 
-/// The ranks of the queued display notifications, in the order of the queue: a search leads from a
-/// rank to its position.
+/// The ranks of the queued display notifications, in the order of the queue. A search finds the
+/// position of a rank.
 ///
-/// They stand in runs of bounded length: one that comes or goes moves the few behind it in its run,
-/// where an array would move all. Two neighbouring runs are never so short that half a run would hold
-/// both, so neither the runs nor their room outlast a burst.
+/// The ranks are kept in runs of at most 512. An insertion or removal moves only the ranks behind it
+/// in the same run; in one array it would move all ranks behind it. Neighbouring runs that fit into
+/// half a run are joined, so the memory of a burst is given back after it.
 class DisplayRanks
 {
 public:
-    /// What the queue is ordered by: the more urgent first, then the older.
+    /// What the queue is ordered by: first the more urgent, then the older.
     struct Rank
     {
         int priority;
@@ -32,15 +32,13 @@ public:
 
     int size() const { return m_size; }
 
-    /// How many stand before the rank, whether or not it is there itself.
+    /// The number of ranks before this one, which need not be among them.
     int position(const Rank &rank) const;
 
-    /// The position is from 0 to less than the size.
+    /// The position must be at least 0 and less than size(), here and in takeAt().
     Rank at(int position) const;
 
     void insert(const Rank &rank);
-
-    /// The position is from 0 to less than the size.
     Rank takeAt(int position);
 
 private:
@@ -55,12 +53,12 @@ private:
     };
     Place placeOf(int position) const;
 
-    /// The first run that doesn't end before the rank; how many runs there are when all do.
+    /// The first run whose last rank is not before this one; the number of runs if there is none.
     std::size_t runOf(const Rank &rank) const;
 
     void split(std::size_t run);
     void joinWithNext(std::size_t run);
 
-    std::vector<Run> m_runs; ///< none of them empty
+    std::vector<Run> m_runs; ///< never with an empty run
     int m_size = 0;
 };

@@ -9,8 +9,8 @@
 static log4cplus::Logger logger = log4cplus::Logger::getInstance("Notifications");
 
 namespace {
-/// What the queue keeps of a message: all but its texts, which the node has, and the node's own path
-/// instead of the path as a text. So an open message takes some 300 bytes less.
+/// The queue's copy of a message: without the texts, which the node has, and with the node's own path
+/// instead of its text. This saves 320 bytes for each open message.
 TavoNotificationDisplayItem queuedMessage(const TavoNotificationDisplayItem &item,
                                           const CMPath &node)
 {
@@ -31,7 +31,7 @@ NotificationDisplay::NotificationDisplay(CMNodes *nodes, QObject *parent)
     m_queueNode = CMListRowsNode::create(m_nodes, TavoNotificationDisplayQueuePath());
     m_queueNode->setTitle("List of messages");
     m_closeTimer.setSingleShot(true);
-    // A coarse timer would round to whole seconds.
+    // A coarse timer is up to 5 % early or late.
     m_closeTimer.setTimerType(Qt::PreciseTimer);
     tavoConnect(&m_closeTimer, &QTimer::timeout, this, &NotificationDisplay::on_closeTimer_timeout);
 }
@@ -71,7 +71,7 @@ bool NotificationDisplay::enqueue(TavoNotificationDisplayItem *item)
 int NotificationDisplay::queuePosition(TavoNotificationItemPriority::Enum priority) const
 {
     TAVO_SCOPE(logger, TRACE, "");
-    // Behind all that have come: the position after the last of the same priority.
+    // The next arrival comes after all others of the same priority.
     return m_ranks.position({priority, m_arrivals});
 }
 
@@ -132,7 +132,7 @@ void NotificationDisplay::on_closeTimer_timeout()
 void NotificationDisplay::setPathToNotification(TavoNotificationDisplayItem *item)
 {
     TAVO_SCOPE(logger, TRACE, "");
-    // The same for every message, so they share it.
+    // Shared by all messages.
     static const auto rowsRoles = TavoRowsRoles(TavoHash()).setType({TavoRowsRolesType::Title});
     const QString id = tavoGenerateUuid();
     CMListRowsNode *node =
@@ -159,9 +159,9 @@ bool NotificationDisplay::removeNotificationItem(int index)
     const CMPath path = item.path();
     CMRoot()->disconnectRowsChange(path, this, &NotificationDisplay::on_subscribe_rowsChanged);
     m_queueNode->rowsRemoveAt(index);
-    // A message's node is filed under the identifier made for it and looked for under the
-    // notification's own id: it goes with a later notification that names it so, and otherwise stays
-    // for whoever still reads it.
+    // m_messageNodes is keyed by the generated identifier, not by the notification's id. So a node is
+    // disposed of with a later notification that has its identifier as id, and stays otherwise, for
+    // clients that still read it.
     const QString id = item.id();
     if (!id.isEmpty() && m_messageNodes.contains(id)) {
         m_messageNodes.take(id)->dispose();
@@ -180,9 +180,9 @@ void NotificationDisplay::forgetRank(const CMPath &path, const DisplayRanks::Ran
     if (entry != m_ranksOfPaths.end()) {
         m_ranksOfPaths.erase(entry);
     }
-    // When a burst is over, its room is given back.
-    constexpr int worthwhile = 1024;
-    if (m_ranksOfPaths.capacity() > worthwhile &&
+    // Gives the memory of a burst back after it.
+    constexpr int minCapacityToSqueeze = 1024;
+    if (m_ranksOfPaths.capacity() > minCapacityToSqueeze &&
         m_ranksOfPaths.size() < m_ranksOfPaths.capacity() / 4) {
         m_ranksOfPaths.squeeze();
     }
@@ -196,10 +196,10 @@ bool NotificationDisplay::cancel(const CMPath &path)
         return false;
     }
     Q_ASSERT(m_ranks.size() == m_queue.size());
-    // From the back, so that the positions still to come stay right.
+    // From the back, so that removals do not change the positions still to come.
     const QVector<int> positions = positionsOf(path);
     const QVariant row = path.toQVariant();
-    // All at once: one by one, each would be looked for among the others.
+    // All at once: removing them one by one would search the others each time.
     m_ranksOfPaths.remove(path);
     for (auto position = positions.begin(); position != positions.end(); ++position) {
         if (m_queueNode->getRow(*position) != row) {

@@ -15,19 +15,19 @@
 #include <QTimer>
 #include <QVector>
 
-/// Queues display notifications: the head is on display until its time is over or it is closed.
+/// Queues display notifications. The head is on display until its time is over or it is closed.
 ///
-/// Each notification stands in the queue node as a row with its path. A message gets a node of its
-/// own, which a client closes by raising a rows change with the close marker; a notification
-/// without a message refers to a node that the requester published.
+/// The queue node has one row for each notification: its path. A message gets a node of its own; a
+/// notification without a message refers to a node that the client published. A client closes a
+/// notification by raising a rows change with the close marker on that node.
 ///
-/// Thread: the worker's. Owner: the worker.
+/// Used in the worker's thread only. Owned by the worker.
 ///
 /// Guarantees:
-/// - the queue and the rows of the queue node are in step whenever control is back in the event loop;
-/// - more urgent notifications stand ahead of less urgent ones, equal ones in their order of arrival;
-/// - a notification is on display no longer in total than its timeout, however often it was
-///   pre-empted, each showing counted in whole milliseconds.
+/// - the rows of the queue node match the queue whenever the event loop runs;
+/// - more urgent notifications come first, equally urgent ones in their order of arrival;
+/// - a notification is on display no longer in total than its timeout, however often it is
+///   pre-empted. Each showing is counted in whole milliseconds.
 class NotificationDisplay : public QObject
 {
     Q_OBJECT
@@ -35,11 +35,11 @@ class NotificationDisplay : public QObject
 public:
     NotificationDisplay(CMNodes *nodes, QObject *parent);
 
-    /// Queues a copy of the notification; false, with nothing changed, for one without message and
-    /// path. On success the item carries the path by which the notification is known.
+    /// Queues a copy of the notification and sets the item's path to the one by which it is known.
+    /// Returns false, and changes nothing, if it has neither message nor path.
     bool enqueue(TavoNotificationDisplayItem *item);
 
-    /// Closes every notification queued under the path; true when there was one.
+    /// Closes all queued notifications with that path. Returns whether there was one.
     bool cancel(const CMPath &path);
 
 private Q_SLOTS:
@@ -49,40 +49,40 @@ private Q_SLOTS:
 private:
     friend struct NotificationDisplayAccess; // of the tests
 
-    /// Where a new notification of that priority stands.
+    /// The position for a new notification of that priority.
     int queuePosition(TavoNotificationItemPriority::Enum priority) const;
 
-    /// Makes way for a more urgent notification: the head keeps the rest of its time.
+    /// Stops the head's time for a more urgent notification. Removes a head whose time is over.
     void preemptHead();
 
-    /// Shows the head for its time, if it has one.
+    /// Starts the head's time, if it has a limit.
     void startTimer();
 
-    /// Publishes a node for the message, leaves the texts to it and gives the item its path. The item
-    /// is the queue's copy.
+    /// Publishes a node for the message and moves the texts from the item, which is the queue's copy,
+    /// to that node. Sets the item's path to the node's.
     void setPathToNotification(TavoNotificationDisplayItem *item);
 
-    /// Takes one notification and all that it has in the model away. Leaves the timer alone.
+    /// Removes one notification with its subscription and row. Leaves the timer alone.
     bool removeNotificationItem(int index);
 
-    CMListRowsNode *m_queueNode = nullptr; ///< the model's
-    /// The head, on display, first. A pre-empted item's timeout is what it has left. A message stands
-    /// here without its texts.
+    CMListRowsNode *m_queueNode = nullptr; ///< owned by the worker's node set
+    /// The first is on display. The timeout of one that was pre-empted is the time it has left. Messages
+    /// are kept without their texts.
     QList<TavoNotificationDisplayItem> m_queue;
-    /// The messages' nodes by the identifiers made for them.
+    /// The nodes of messages by the last segments of their paths.
     QMap<QString, CMListRowsNode *> m_messageNodes;
     QTimer m_closeTimer;        ///< ends the head's time
-    QElapsedTimer m_shownTimer; ///< how much of it is over
-    CMNodes *m_nodes;           ///< the worker's
+    QElapsedTimer m_shownTimer; ///< since the head's time was started
+    CMNodes *m_nodes;           ///< owned by the worker
 
-    /// Where the notifications with the path stand, the last first.
+    /// The positions of the notifications with that path, the last one first.
     QVector<int> positionsOf(const CMPath &path) const;
 
-    /// Takes the rank of a removed notification out of the index, unless it is out already.
+    /// Removes the rank of a removed notification from the index, if it is still there.
     void forgetRank(const CMPath &path, const DisplayRanks::Rank &rank);
 
-    /// The items' ranks, in step with the queue, and the same by their paths: an item is found by a
-    /// search in the order instead of a walk that reads every item.
+    /// The rank of each item in the queue, in the same order, and by path. With its rank an item is
+    /// found by a search; walking the queue would read every item.
     DisplayRanks m_ranks;
     QMultiHash<CMPath, DisplayRanks::Rank> m_ranksOfPaths;
     quint64 m_arrivals = 0;

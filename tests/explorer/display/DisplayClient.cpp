@@ -87,7 +87,8 @@ QStringList DisplayClient::takeLog()
 {
     QStringList lines;
     for (const LogCapture::Record &record : m_log.records()) {
-        lines.append(QString::fromStdString(record.message));
+        const std::string level = log4cplus::getLogLevelManager().toString(record.level);
+        lines.append(QString::fromStdString(level + ' ' + record.message));
     }
     m_log.clear();
     return lines;

@@ -32,7 +32,7 @@ public:
     /// How many have subscribed to the path's rows; they are told of a change that is none.
     static int subscriptions(const CMPath &path);
     const QTimer &closeTimer() const { return *m_closeTimer; }
-    /// The warnings and worse since the last call.
+    /// The warnings and worse since the last call, each with its level: "WARN message".
     QStringList takeLog();
 
 private:

@@ -48,7 +48,7 @@ private:
     void checkSubscriptions();
     void checkLog();
     void checkShown();
-    void expectSuccess(const CMReply<QVariant> &reply, const QVariant &value);
+    void expectCancelled(const CMReply<QVariant> &reply);
     void expectRefusal(const CMReply<QVariant> &reply, const char *text);
     void broken(const std::string &rule, const QString &detail = {});
 

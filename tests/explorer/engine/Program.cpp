@@ -87,8 +87,8 @@ bool parseNumber(const Program &program, const std::string &word, Words *words, 
     options->numbers[number->name] = int(words->numberOf(word, number->least, number->most));
     return true;
 }
-} // namespace
 
+/// Throws std::invalid_argument, with a message for people, for a wrong call.
 Options parseOptions(const Program &program, const std::vector<std::string> &arguments)
 {
     Options options;
@@ -140,6 +140,7 @@ void printHelp(const Program &program, std::ostream &stream)
 The exit status is 0 when nothing was found, 1 when something was, 2 for a wrong call.
 )";
 }
+} // namespace
 
 int Program::run(int argc, char **argv) const
 {

@@ -6,7 +6,6 @@
 #include "explorer/engine/Search.h"
 
 #include <functional>
-#include <iosfwd>
 #include <map>
 #include <memory>
 #include <string>
@@ -46,9 +45,5 @@ struct Program
     /// 0: nothing was found; 1: something was, and is printed; 2: a wrong call.
     int run(int argc, char **argv) const;
 };
-
-/// Throws std::invalid_argument, with a message for people, for a wrong call.
-Options parseOptions(const Program &program, const std::vector<std::string> &arguments);
-void printHelp(const Program &program, std::ostream &stream);
 
 } // namespace exploration

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "explorer/engine/Search.h"
-#include "explorer/engine/WorkingProcess.h"
 
 #include <chrono>
 #include <cstdlib>
@@ -63,7 +62,6 @@ public:
 
     using System::choose;
     using System::finding;
-    using System::note;
     using System::tried;
 
     int x = 0;
@@ -117,27 +115,6 @@ TEST(SearchTest, FindsTheShortestSequence)
     EXPECT_EQ(sighting.count, 2U); // from the left and from below
 }
 
-TEST(SearchTest, DoesNotGoOnBehindAFinding)
-{
-    const Outcome outcome = explore(board([](Board *piece) {
-                                        if (piece->x == 2) {
-                                            piece->finding("nobody comes to the third column");
-                                        }
-                                    }),
-                                    jobs(1));
-    EXPECT_EQ(outcome.states, 8U);
-}
-
-TEST(SearchTest, GoesOnBehindANoteAndCountsIt)
-{
-    const Outcome outcome =
-        explore(board(at(1, 0, [](Board *piece) { piece->note("seen"); })), jobs(1));
-    EXPECT_EQ(outcome.states, 16U);
-    EXPECT_THAT(outcome.findings, IsEmpty());
-    ASSERT_THAT(outcome.notes, ElementsAre(Key("seen")));
-    EXPECT_EQ(outcome.notes.begin()->second.count, 1U);
-}
-
 TEST(SearchTest, MakesEveryChoice)
 {
     const auto onArrival = at(3, 3, [](Board *piece) {
@@ -162,19 +139,6 @@ TEST(SearchTest, TakesADeathForAFindingAndGoesOn)
     EXPECT_EQ(outcome.transitions, 15U * 3U);
 }
 
-TEST(SearchTest, GoesThroughTheChoicesBehindADeadlyOne)
-{
-    const auto onArrival = at(1, 0, [](Board *piece) {
-        if (piece->choose(3) == 1) {
-            ::_exit(7);
-        }
-    });
-    const Outcome outcome = explore(board(onArrival), jobs(1));
-    EXPECT_THAT(outcome.findings, SizeIs(1));
-    EXPECT_EQ(outcome.states, 16U);
-    EXPECT_EQ(outcome.transitions, 16U * 3U + 2U);
-}
-
 TEST(SearchTest, TakesAHangForAFinding)
 {
     Bounds bounds = jobs(1);
@@ -183,18 +147,6 @@ TEST(SearchTest, TakesAHangForAFinding)
     ASSERT_THAT(outcome.findings, ElementsAre(Key("no step hangs")));
     EXPECT_THAT(outcome.findings.begin()->second.sequence, SizeIs(1));
     EXPECT_EQ(outcome.states, 13U); // without the first column above: it lies behind what hangs
-}
-
-TEST(SearchTest, WaitsForNoSecondHangWhenOneFindingIsEnough)
-{
-    Bounds bounds = jobs(1);
-    bounds.hang = std::chrono::milliseconds(200);
-    bounds.first = true;
-    bounds.maxDeaths = 4; // a second hang would end it in another way
-    const Outcome outcome = explore(board([](Board *) { ::pause(); }), bounds);
-    EXPECT_THAT(outcome.findings, ElementsAre(Key("no step hangs")));
-    EXPECT_EQ(outcome.findings.begin()->second.count, 1U);
-    EXPECT_EQ(outcome.stoppedBy, "--first");
 }
 
 TEST(SearchTest, InspectsEveryStateOnce)
@@ -212,14 +164,6 @@ TEST(SearchTest, InspectsEveryStateOnce)
     EXPECT_THAT(outcome.findings.begin()->second.sequence, SizeIs(4));
 }
 
-TEST(SearchTest, SurvivesADeadlyInspection)
-{
-    const Outcome outcome = explore(board({}, at(1, 1, [](Board *) { ::_exit(7); })), jobs(2));
-    EXPECT_THAT(outcome.findings, SizeIs(1));
-    EXPECT_EQ(outcome.states, 16U);
-    EXPECT_EQ(outcome.transitions, 16U * 3U);
-}
-
 TEST(SearchTest, NoticesWhatCannotBeReproduced)
 {
     int starts = 0;
@@ -227,40 +171,6 @@ TEST(SearchTest, NoticesWhatCannotBeReproduced)
         board(at(1, 0, [starts](Board *piece) mutable { piece->y = ++starts == 1 ? 3 : 0; })),
         jobs(1));
     EXPECT_THAT(outcome.findings, ElementsAre(Key("the same sequence leads to the same state")));
-}
-
-TEST(SearchTest, StopsAtADepth)
-{
-    Bounds bounds = jobs(2);
-    bounds.maxDepth = 2;
-    const Outcome outcome = explore(board(), bounds);
-    EXPECT_FALSE(outcome.closed);
-    EXPECT_EQ(outcome.depth, 2U);
-    EXPECT_EQ(outcome.states, 6U);
-}
-
-TEST(SearchTest, StopsWithTheLevelOfTheFirstFinding)
-{
-    Bounds bounds = jobs(1);
-    bounds.first = true;
-    const Outcome outcome =
-        explore(board(at(1, 0, [](Board *piece) { piece->finding("found"); })), bounds);
-    EXPECT_FALSE(outcome.closed);
-    EXPECT_EQ(outcome.depth, 1U);
-}
-
-TEST(SearchTest, ComesToTheSameWithAnyNumberOfJobs)
-{
-    const auto factory = board([](Board *piece) {
-        if (piece->x == 3 || piece->y == 3) {
-            piece->finding("off the border");
-        }
-    });
-    const Outcome one = explore(factory, jobs(1));
-    const Outcome three = explore(factory, jobs(3));
-    EXPECT_EQ(one.states, three.states);
-    EXPECT_EQ(one.transitions, three.transitions);
-    EXPECT_EQ(one.findings.begin()->second.sequence, three.findings.begin()->second.sequence);
 }
 
 TEST(SearchTest, NoticesStatesThatLookTheSameAndAreNot)
@@ -296,41 +206,9 @@ TEST(SearchTest, NoticesStatesThatLookTheSameAndAreNot)
                 ElementsAre(Key("states that look the same have the same future")));
 }
 
-TEST(SearchTest, FindsNothingWhenStatesThatLookTheSameAre)
-{
-    Bounds bounds = jobs(2);
-    bounds.twice = true;
-    const Outcome outcome = explore(board(), bounds);
-    EXPECT_THAT(outcome.findings, IsEmpty());
-    EXPECT_TRUE(outcome.twice);
-    EXPECT_EQ(outcome.transitions, 2U * 16U * 3U);
-}
-
-TEST(NarrationTest, TellsASequenceInWords)
-{
-    const Narration narration =
-        narrate(board(), sequenceFrom("0 0 1"), false, std::chrono::seconds(5));
-    EXPECT_THAT(narration.lines, ElementsAre("right", "right", "up"));
-}
-
-TEST(NarrationTest, TellsADeadlySequenceUpToItsEnd)
-{
-    const Narration narration = narrate(board(at(2, 0, [](Board *) { ::_exit(7); })),
-                                        sequenceFrom("0 0 1"), false, std::chrono::seconds(5));
-    EXPECT_THAT(narration.lines, ElementsAre("right", "right"));
-    EXPECT_EQ(narration.end, "exit status 7");
-}
-
 TEST(SequenceTest, IsReadAsItIsPrinted)
 {
     const Sequence sequence{{3, {}}, {12, std::string("\0\1", 2)}, {300, "\2"}};
     EXPECT_EQ(toString(sequence), "3 12.0.1 300.2");
     EXPECT_EQ(sequenceFrom(toString(sequence)), sequence);
-}
-
-TEST(SequenceTest, RefusesWhatIsNone)
-{
-    EXPECT_THROW(sequenceFrom("a"), std::invalid_argument);
-    EXPECT_THROW(sequenceFrom("1,2"), std::invalid_argument);
-    EXPECT_THROW(sequenceFrom("1.256"), std::invalid_argument);
 }
