@@ -2,11 +2,6 @@
 # SPDX-License-Identifier: Apache-2.0
 """Draws what the benchmarks measured: how far the goals are met, and when which player is heard."""
 
-import pathlib
-import sys
-
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "demo"))
-
 from soundcheck.canvas import INK, MUTED, PANEL, RULE, Canvas
 
 WIDTH, LEFT, RIGHT = 1000, 370, 70

@@ -8,6 +8,7 @@
 
 TAVO_ROOT=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd)
 TAVO_JOBS=${TAVO_JOBS:-$(nproc)}
+export PYTHONPATH=$TAVO_ROOT/demo # the tools that the soak and the benchmarks share with the demo
 
 if [[ -t 1 && -z ${NO_COLOR:-} ]]; then
     tavo_bold=$'\e[1m' tavo_red=$'\e[31m' tavo_green=$'\e[32m' tavo_plain=$'\e[0m'

@@ -13,7 +13,6 @@ import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 SERVER = str(ROOT / "scripts" / "sound-server")
-sys.path.insert(0, str(ROOT / "demo"))
 
 from soundcheck import checks, recording
 

@@ -8,13 +8,11 @@ import sys
 import tempfile
 import unittest
 
-TESTS = pathlib.Path(__file__).resolve().parent
-DEMO = TESTS.parents[1] / "demo"
-sys.path[:0] = [str(DEMO), str(TESTS)]
-
 import sounds
 import synthetic
 from soundcheck import checks
+
+DEMO = pathlib.Path(sounds.__file__).parent
 
 
 class RecordingCheckTest(unittest.TestCase):

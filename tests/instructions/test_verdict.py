@@ -7,12 +7,8 @@ import contextlib
 import io
 import json
 import pathlib
-import sys
 import tempfile
 import unittest
-
-INSTRUCTIONS = pathlib.Path(__file__).resolve().parents[2] / "benchmarks" / "instructions"
-sys.path.insert(0, str(INSTRUCTIONS))
 
 import count
 

@@ -3,13 +3,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """What a soak takes for a finding, and what not."""
 
-import pathlib
 import random
-import sys
 import types
 import unittest
-
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent))
 
 from soakwatch import report, verdict
 

@@ -2,11 +2,6 @@
 # SPDX-License-Identifier: Apache-2.0
 """Draws what the hosts used over the time: heap and memory, descriptors and threads."""
 
-import pathlib
-import sys
-
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[3] / "demo"))
-
 from soundcheck.canvas import INK, MUTED, PANEL, RULE, Canvas
 
 WIDTH, LEFT, RIGHT = 1000, 90, 40

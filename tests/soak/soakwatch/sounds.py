@@ -3,13 +3,9 @@
 """The sounds of the load: tiny ones in several formats, broken ones, and FIFOs."""
 
 import os
-import pathlib
 import random
 import struct
-import sys
 import wave
-
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[3] / "demo"))
 
 import numpy as np
 from sounds import write_sound
