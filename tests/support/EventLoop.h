@@ -3,8 +3,6 @@
 
 #pragma once
 
-#include <chrono>
-
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -12,20 +10,22 @@
 #include <QEventLoop>
 #include <QTimer>
 
-/// Handles all events that are there already, and those that they cause, without waiting: what has
-/// not come after it doesn't come from what this thread has done so far.
+#include <chrono>
+
+/// Handles all pending events and those that they cause, without waiting for others. Whatever this
+/// thread has set off so far in its own event loop has happened then.
 inline void settle()
 {
     do {
         QCoreApplication::sendPostedEvents();
-        // Nested loops leave these to the outermost one, and a test doesn't run that.
+        // Nested loops leave these to the outermost loop, which does not run in a test.
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     } while (QAbstractEventDispatcher::instance()->processEvents(QEventLoop::AllEvents));
 }
 
-/// Turns the event loop of the calling thread until the predicate holds; says whether it came to.
-/// The predicate is looked at after each event, and now and then for what other threads and
-/// processes do without an event here. The limit is for failures only.
+/// Runs the event loop of the calling thread until the predicate holds. Returns false if it does not
+/// within the limit, which is for failures only. The predicate is checked after each event, and
+/// regularly in between for what other threads and processes do.
 template <typename Predicate>
 bool waitFor(Predicate predicate, std::chrono::milliseconds limit = std::chrono::seconds(5))
 {

@@ -3,15 +3,15 @@
 
 #pragma once
 
+#include <QObject>
+#include <QThread>
+
 #include <future>
 #include <memory>
 #include <utility>
 
-#include <QObject>
-#include <QThread>
-
-/// A thread with an event loop of its own, for workers and receivers that don't live in the test's
-/// thread. Ends with its loop; what was made in it is best deleted in it.
+/// A thread with an event loop, for workers and receivers that do not live in the test's thread.
+/// Delete in it, with run(), what was constructed in it.
 class EventThread
 {
 public:
@@ -30,7 +30,7 @@ public:
 
     QThread *thread() { return &m_thread; }
 
-    /// Has the function called in the thread, with an end to wait for or to ask for its result.
+    /// Has the function called in the thread. The future gives its result.
     template <typename Function>
     auto start(Function function) -> std::future<decltype(function())>
     {
@@ -48,7 +48,7 @@ public:
         return start(std::move(function)).get();
     }
 
-    /// Returns once the thread has handled everything that was posted to it before.
+    /// Returns once the thread has handled everything posted to it so far.
     void flush()
     {
         run([] {});

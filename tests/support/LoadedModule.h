@@ -5,14 +5,14 @@
 
 #include <core/model/cmworker.h>
 
-#include <memory>
-#include <stdexcept>
-
 #include <QLibrary>
 #include <QVariantHash>
 
-/// A worker out of a module's library, made and deleted as a host does it, but in the calling
-/// thread. The library stays loaded: what it registered with the log and the meta-type system does.
+#include <memory>
+#include <stdexcept>
+
+/// A worker from a module's library, created and deleted as a host does it, but in the calling thread.
+/// The library stays loaded, because its loggers and meta types stay registered.
 class LoadedModule
 {
 public:

@@ -3,18 +3,18 @@
 
 #pragma once
 
-#include <iosfwd>
-#include <string>
-#include <vector>
-
 #include <log4cplus/appender.h>
 #include <log4cplus/logger.h>
 #include <log4cplus/loglevel.h>
 
-/// Takes down what one logger writes, for as long as the capture lives.
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+/// Captures the records of one logger for as long as it lives.
 ///
-/// Sets the logger's own level, takes its other appenders' place and stands alone (nothing reaches
-/// the root's appenders); gives all of it back at its end. Records may come from any thread.
+/// Sets the logger's own level and replaces its appenders; nothing reaches the root's appenders. The
+/// destructor restores everything. Records may come from any thread.
 class LogCapture
 {
 public:
@@ -22,8 +22,8 @@ public:
     {
         log4cplus::LogLevel level;
         std::string message;
-        std::string file;     ///< as the compiler gave it, with its folders
-        std::string function; ///< the whole signature, as the compiler writes it
+        std::string file;     ///< with the folders, as the compiler gives it
+        std::string function; ///< the whole signature, as the compiler gives it
         int line;
 
         /// The file's name without its folders.
@@ -38,26 +38,26 @@ public:
     LogCapture(const LogCapture &) = delete;
     LogCapture &operator=(const LogCapture &) = delete;
 
-    /// Changes the logger's level until the capture's end.
+    /// Changes the logger's level; the destructor restores it.
     void setLevel(log4cplus::LogLevel level);
 
-    /// What has been written so far, oldest first.
+    /// The records so far, oldest first.
     Records records() const;
 
-    /// The messages alone, oldest first: compare with ElementsAre().
+    /// Only the messages, oldest first: compare with ElementsAre().
     std::vector<std::string> messages() const;
     std::vector<std::string> messages(log4cplus::LogLevel level) const;
 
-    /// Records with exactly that message, or that message at that level.
+    /// How many records have exactly that message (and that level).
     int count(const std::string &message) const;
     int count(log4cplus::LogLevel level, const std::string &message) const;
 
-    /// Records at the level, whatever they say.
+    /// How many records have that level.
     int countAt(log4cplus::LogLevel level) const;
 
     bool contains(const std::string &message) const { return count(message) > 0; }
 
-    /// The records whose message has the text somewhere in it.
+    /// The records whose message contains the text.
     Records find(const std::string &part) const;
 
     void clear();

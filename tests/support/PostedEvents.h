@@ -7,8 +7,8 @@
 #include <QEvent>
 #include <QObject>
 
-/// Delivers every call queued for the calling thread's objects, those queued on the way included.
-/// Timers don't run meanwhile, so how fast the machine is changes nothing.
+/// Delivers every call queued for the calling thread's objects, including those queued meanwhile. No
+/// timer fires, so the speed of the machine does not matter.
 inline void deliverPosted()
 {
     class EventCounter : public QObject

@@ -9,7 +9,7 @@
 
 #include <vector>
 
-/// A request on its way, as a client sees it.
+/// A request that has been sent, as a client sees it.
 class Request
 {
 public:
@@ -24,16 +24,16 @@ public:
 
     bool isAnswered() const { return m_reply.isFinished(); }
 
-    /// Turns the event loop until the answer is there.
+    /// Runs the event loop until the reply has arrived.
     bool waitForAnswer() const
     {
         return waitFor([this] { return isAnswered(); });
     }
 
-    /// Waits, and says whether the answer came and is no error.
+    /// Waits for the reply. Returns whether it arrived and is not an error.
     bool succeeds() const { return waitForAnswer() && !m_reply.error().isError(); }
 
-    /// Waits, and gives the error's text; empty when there was none or no answer.
+    /// Waits for the reply and returns the error's text; empty without an error or a reply.
     std::string errorText() const
     {
         return waitForAnswer() ? m_reply.error().message().toString().toStdString() : std::string();
@@ -46,7 +46,7 @@ private:
     CMReply<QVariant> m_reply;
 };
 
-/// The value at a path, as the record that nodes hold.
+/// The value of the node at the path.
 inline TavoValue valueAt(const CMPath &path)
 {
     return TavoValue(CMRoot()->getValue(path).toHash());

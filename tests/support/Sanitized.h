@@ -3,7 +3,7 @@
 
 #pragma once
 
-// Whether this is a sanitizer's build, which takes many times as long and as much of everything.
+// Whether this is a build with sanitizers, which needs many times the time and memory.
 #if defined(__has_feature)
 #if __has_feature(thread_sanitizer)
 #define TAVO_THREAD_SANITIZER 1
@@ -31,8 +31,8 @@ constexpr bool sanitized = true;
 constexpr bool sanitized = false;
 #endif
 
-/// Whether UBSan is at work. It reads an object's type through a pipe, so that a bad pointer does no
-/// harm, and takes every object for a wrong one where no pipe is to be had.
+/// Whether this is a build with UBSan, which reads an object's type through a pipe, so that an invalid
+/// pointer does no harm. Where no pipe can be opened, it reports every object as being of a wrong type.
 #if defined(__has_feature)
 #if __has_feature(undefined_behavior_sanitizer)
 #define TAVO_UNDEFINED_BEHAVIOUR_SANITIZER 1

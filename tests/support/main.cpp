@@ -1,8 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include <memory>
-
 #include <QCoreApplication>
 
 #include <gtest/gtest.h>
@@ -11,7 +9,7 @@
 #include <log4cplus/logger.h>
 #include <log4cplus/nullappender.h>
 
-// Tests run in the application's main thread, whose event loop they turn themselves (EventLoop.h).
+// Tests run in the application's main thread and run its event loop themselves (EventLoop.h).
 int main(int argc, char **argv)
 {
     const log4cplus::Initializer logging;
@@ -20,7 +18,7 @@ int main(int argc, char **argv)
     root.setLogLevel(log4cplus::OFF_LOG_LEVEL);
 
     testing::InitGoogleTest(&argc, argv);
-    // A forked copy of a process with threads may hang on a lock; a new process can't.
+    // A forked copy of a process with threads may hang on a lock; a new process cannot.
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const QCoreApplication application(argc, argv);
     return RUN_ALL_TESTS();

@@ -56,6 +56,16 @@ public:
         }
         m_root->setDataRequest(request);
     }
+    void connectChange(ChangeType type, const CMPath &path, QObject *receiver,
+                       std::function<bool(ChangeNotifier *)> connectTo) override
+    {
+        m_root->connectChange(type, path, receiver, std::move(connectTo));
+    }
+    void disconnectChange(ChangeType type, const CMPath &path, QObject *receiver,
+                          std::function<void(ChangeNotifier *)> disconnectFrom) override
+    {
+        m_root->disconnectChange(type, path, receiver, std::move(disconnectFrom));
+    }
 
 private:
     CMAbstractWorker *m_root;
