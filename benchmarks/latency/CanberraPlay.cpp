@@ -28,8 +28,9 @@ Ending ending;
 void finish(ca_context *, std::uint32_t id, int result, void *)
 {
     const std::lock_guard lock(ending.mutex);
-    if (id == ending.last)
+    if (id == ending.last) {
         return;
+    }
     ending.last = id;
     ending.result = result;
     ending.changed.notify_one();
@@ -40,8 +41,9 @@ int playOnce(ca_context *context, ca_proplist *sound, std::uint32_t id)
     const std::int64_t asked = momentNow();
     const int result = ca_context_play_full(context, id, sound, finish, nullptr);
     std::printf("%lld\n", static_cast<long long>(asked));
-    if (result < 0)
+    if (result < 0) {
         return result;
+    }
     std::unique_lock lock(ending.mutex);
     ending.changed.wait(lock, [id] { return ending.last == id; });
     return ending.result;
@@ -51,27 +53,36 @@ int playOnce(ca_context *context, ca_proplist *sound, std::uint32_t id)
 
 int main(int argc, char **argv)
 {
-    if (argc < 3)
+    if (argc < 3) {
         return EXIT_FAILURE;
+    }
     ca_context *context = nullptr;
     ca_proplist *sound = nullptr;
     int result = ca_context_create(&context);
-    if (result >= 0)
+    if (result >= 0) {
         result = ca_context_set_driver(context, "alsa");
-    if (result >= 0)
+    }
+    if (result >= 0) {
         result = ca_context_change_device(context, argv[1]);
-    if (result >= 0)
+    }
+    if (result >= 0) {
         result = ca_proplist_create(&sound);
-    if (result >= 0)
+    }
+    if (result >= 0) {
         result = ca_proplist_sets(sound, CA_PROP_MEDIA_FILENAME, argv[2]);
+    }
     const int count = argc > 3 ? std::atoi(argv[3]) : 1;
-    for (int id = 1; id <= count && result >= 0; ++id)
+    for (int id = 1; id <= count && result >= 0; ++id) {
         result = playOnce(context, sound, std::uint32_t(id));
-    if (result < 0)
+    }
+    if (result < 0) {
         std::fprintf(stderr, "%s\n", ca_strerror(result));
-    if (sound)
+    }
+    if (sound) {
         ca_proplist_destroy(sound);
-    if (context)
+    }
+    if (context) {
         ca_context_destroy(context);
+    }
     return result < 0 ? EXIT_FAILURE : EXIT_SUCCESS;
 }

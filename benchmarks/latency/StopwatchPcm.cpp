@@ -41,9 +41,10 @@ class StopwatchPcm
 public:
     explicit StopwatchPcm(const std::string &heardPath)
     {
-        if (!heardPath.empty())
+        if (!heardPath.empty()) {
             m_heardFile =
                 ::open(heardPath.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
+        }
         m_plug.version = SND_PCM_IOPLUG_VERSION;
         m_plug.name = "Stopwatch";
         m_plug.flags = SND_PCM_IOPLUG_FLAG_BOUNDARY_WA;
@@ -56,8 +57,9 @@ public:
     ~StopwatchPcm()
     {
         ::close(m_plug.poll_fd);
-        if (m_heardFile >= 0)
+        if (m_heardFile >= 0) {
             ::close(m_heardFile);
+        }
     }
     StopwatchPcm(const StopwatchPcm &) = delete;
     StopwatchPcm &operator=(const StopwatchPcm &) = delete;
@@ -65,8 +67,9 @@ public:
     int create(snd_pcm_t **pcm, const char *name, snd_pcm_stream_t stream, int mode)
     {
         const int result = snd_pcm_ioplug_create(&m_plug, name, stream, mode);
-        if (result < 0)
+        if (result < 0) {
             return result;
+        }
         *pcm = m_plug.pcm;
         return constrain();
     }
@@ -131,32 +134,37 @@ private:
             static_cast<const char *>(areas->addr) + (areas->first + areas->step * offset) / 8;
         const auto *end = bytes + frames * frameBytes;
         const auto *sound = std::find_if(bytes, end, [](char byte) { return byte != 0; });
-        if (m_sound < 0 && sound != end)
+        if (m_sound < 0 && sound != end) {
             m_sound = m_written + (sound - bytes) / long(frameBytes);
+        }
         m_written += long(frames);
-        if (m_running)
+        if (m_running) {
             noteHeard();
+        }
         return snd_pcm_sframes_t(frames);
     }
 
     void noteHeard()
     {
-        if (m_noted || m_sound < 0 || m_heardFile < 0)
+        if (m_noted || m_sound < 0 || m_heardFile < 0) {
             return;
+        }
         m_noted = true;
         std::array<char, 32> line{};
         const int length = std::snprintf(line.data(), line.size(), "%" PRId64 "\n",
                                          std::max(m_started, dueAt(m_sound)));
-        if (::write(m_heardFile, line.data(), std::size_t(length)) != length)
+        if (::write(m_heardFile, line.data(), std::size_t(length)) != length) {
             std::perror("stopwatch");
+        }
     }
 
     std::int64_t dueAt(long frame) const { return m_started + frame * nsPerSecond / rate; }
 
     snd_pcm_sframes_t pointer()
     {
-        if (!m_running)
+        if (!m_running) {
             return m_played;
+        }
         const long due = long((momentNow() - m_started) * rate / nsPerSecond);
         m_played = std::min(due, m_written);
         return due > m_written ? -EPIPE : m_played;
@@ -166,13 +174,15 @@ private:
     int poll(unsigned short *events)
     {
         *events = POLLOUT;
-        if (!m_running || pointer() < 0)
+        if (!m_running || pointer() < 0) {
             return 0;
+        }
         const long held = m_written - m_played;
         const bool draining = m_plug.state == SND_PCM_STATE_DRAINING;
         const long missing = draining ? held : long(m_least) + held - long(m_plug.buffer_size);
-        if (missing <= 0)
+        if (missing <= 0) {
             return 0;
+        }
         *events = 0;
         wakeAt(dueAt(m_played + missing + 1));
         return 0;
@@ -238,14 +248,16 @@ extern "C" SND_PCM_PLUGIN_DEFINE_FUNC(stopwatch)
         const char *id = nullptr;
         const char *text = nullptr;
         if (snd_config_get_id(node, &id) >= 0 && std::strcmp(id, "heard") == 0 &&
-            snd_config_get_string(node, &text) >= 0)
+            snd_config_get_string(node, &text) >= 0) {
             heard = text;
+        }
     }
     // Deleted by its close callback, which the library calls for a device that it has created.
     auto device = std::make_unique<StopwatchPcm>(heard);
     const int result = device->create(pcmp, name, stream, mode);
-    if (result >= 0)
+    if (result >= 0) {
         device.release(); // NOLINT(bugprone-unused-return-value)
+    }
     return result;
 }
 

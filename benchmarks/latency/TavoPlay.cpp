@@ -39,8 +39,9 @@ public:
             next();
         });
         const std::int64_t asked = momentNow();
-        if (!player->play())
+        if (!player->play()) {
             fail();
+        }
         std::printf("%lld\n", static_cast<long long>(asked));
     }
 
@@ -56,8 +57,9 @@ private:
 
 int main(int argc, char **argv)
 {
-    if (argc < 3)
+    if (argc < 3) {
         return EXIT_FAILURE;
+    }
     qputenv("QT_NO_GLIB", "1"); // as in the host
     const QCoreApplication application(argc, argv);
     Rounds rounds(QString::fromLocal8Bit(argv[1]), QString::fromLocal8Bit(argv[2]),

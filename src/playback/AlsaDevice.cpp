@@ -19,16 +19,16 @@ namespace {
 // it costs no wake-ups, because the playback thread sleeps until the buffer is half empty.
 constexpr unsigned periodUs = 10'000;
 
-// A notification needs no reserve against a busy machine for long; its changes are to be heard at
-// once. Media wake the processor only twenty times a second, and a pause or a change of gain still
-// takes effect within a tenth of a second.
+// A notification is short and needs little reserve against a busy machine, but its changes have to
+// be heard at once. Media wake the processor only twenty times a second, and a pause or a change of
+// gain still takes effect within a tenth of a second.
 constexpr unsigned notificationBufferUs = 50'000;
 constexpr unsigned mediaBufferUs = 110'000;
 
-// A device that runs empty again before it has taken a frame will not come round.
+// A device that runs empty so often without having taken a frame won't recover.
 constexpr int maxFailedWrites = 10;
 
-// By default the library would write to the process's error stream.
+// By default the library writes to standard error.
 void logAlsaError(const char *, int, const char *function, int, const char *format, ...)
 {
     va_list args;
@@ -121,24 +121,33 @@ int AlsaDevice::setHardware(SoundFormat format, int usage)
     snd_pcm_hw_params_alloca(&params);
 
     int result = snd_pcm_hw_params_any(m_pcm, params);
-    if (result >= 0)
+    if (result >= 0) {
         result = snd_pcm_hw_params_set_access(m_pcm, params, SND_PCM_ACCESS_RW_INTERLEAVED);
-    if (result >= 0)
+    }
+    if (result >= 0) {
         result = snd_pcm_hw_params_set_format(m_pcm, params, SND_PCM_FORMAT_FLOAT);
-    if (result >= 0)
+    }
+    if (result >= 0) {
         result = snd_pcm_hw_params_set_channels(m_pcm, params, unsigned(format.channels));
-    if (result >= 0)
+    }
+    if (result >= 0) {
         result = snd_pcm_hw_params_set_rate(m_pcm, params, unsigned(format.rate), 0);
-    if (result >= 0)
+    }
+    if (result >= 0) {
         result = snd_pcm_hw_params_set_period_time_near(m_pcm, params, &period, nullptr);
-    if (result >= 0)
+    }
+    if (result >= 0) {
         result = snd_pcm_hw_params_set_buffer_time_near(m_pcm, params, &buffer, nullptr);
-    if (result >= 0)
+    }
+    if (result >= 0) {
         result = snd_pcm_hw_params(m_pcm, params);
-    if (result >= 0)
+    }
+    if (result >= 0) {
         result = snd_pcm_hw_params_get_period_size(params, &m_periodFrames, nullptr);
-    if (result >= 0)
+    }
+    if (result >= 0) {
         result = snd_pcm_hw_params_get_buffer_size(params, &m_bufferFrames);
+    }
     return result;
 }
 
@@ -147,11 +156,13 @@ int AlsaDevice::setStart()
     snd_pcm_sw_params_t *params = nullptr;
     snd_pcm_sw_params_alloca(&params);
     int result = snd_pcm_sw_params_current(m_pcm, params);
-    // The first write starts the sound: it fills the buffer where the source can.
-    if (result >= 0)
+    // The first write starts the sound; it fills the buffer if the source has enough.
+    if (result >= 0) {
         result = snd_pcm_sw_params_set_start_threshold(m_pcm, params, 1);
-    if (result >= 0)
+    }
+    if (result >= 0) {
         result = snd_pcm_sw_params_set_avail_min(m_pcm, params, m_periodFrames);
+    }
     return result < 0 ? result : snd_pcm_sw_params(m_pcm, params);
 }
 
@@ -176,7 +187,7 @@ long AlsaDevice::closeAndCount()
 
 Result<long> AlsaDevice::room()
 {
-    // Not every device says so when it is asked for room.
+    // Not every device reports these when it is asked for room.
     const snd_pcm_state_t state = snd_pcm_state(m_pcm);
     if (state == SND_PCM_STATE_SUSPENDED) {
         return recover(-ESTRPIPE);

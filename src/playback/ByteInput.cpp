@@ -36,7 +36,7 @@ std::optional<Failure> ByteInput::open()
     if (m_descriptor >= 0) {
         return std::nullopt;
     }
-    // Only a fetch hands a descriptor in, and one that couldn't get any hands in none.
+    // Without a path the descriptor is a fetch's, which had none to give.
     if (m_path.isEmpty()) {
         return fail(QStringLiteral(" can't be fetched: there are no more file descriptors"));
     }

@@ -11,7 +11,7 @@
 
 /// The bytes of a file, a FIFO, or the reading end of a pipe, read without blocking.
 ///
-/// Thread: as FrameSource. Owner: the source that reads it.
+/// Threads: as for FrameSource. Owned by the source that reads it.
 class ByteInput
 {
 public:

@@ -22,8 +22,9 @@ void FrameWindow::sent(long frames, long keep)
     m_position += frames;
     // Moving the rest down only when it is the smaller part keeps the cost per frame constant.
     const long surplus = m_next - keep;
-    if (surplus <= m_end - surplus)
+    if (surplus <= m_end - surplus) {
         return;
+    }
     m_samples.erase(m_samples.begin(), m_samples.begin() + surplus * m_channels);
     m_next -= surplus;
     m_end -= surplus;

@@ -7,14 +7,15 @@
 
 #include <vector>
 
-/// The frames between what the source has given and what has surely been heard: those still to be
-/// written, and behind them those that the device holds and may have to be written once more.
+/// The frames from the last that has certainly been heard to the last that the source has given:
+/// those that the device holds, which may have to be written once more, and those still to be
+/// written.
 class FrameWindow
 {
 public:
     void setChannels(int channels) { m_channels = channels; }
 
-    /// Where at most so many frames can be added; take() says how many were.
+    /// Where up to so many frames can be added; take() says how many were.
     float *spaceFor(long frames);
     void take(long frames);
 

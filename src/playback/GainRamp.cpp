@@ -22,8 +22,9 @@ void GainRamp::set(double gain, int fadeMs)
 void GainRamp::begin(qint64 position, int rate)
 {
     const std::lock_guard lock(m_mutex);
-    if (!m_changed)
+    if (!m_changed) {
         return;
+    }
     m_changed = false;
     m_from = at(position);
     m_to = m_wanted;
@@ -33,10 +34,12 @@ void GainRamp::begin(qint64 position, int rate)
 
 double GainRamp::at(qint64 position) const
 {
-    if (position < m_start)
+    if (position < m_start) {
         return m_from;
-    if (position >= m_start + m_length)
+    }
+    if (position >= m_start + m_length) {
         return m_to;
+    }
     return m_from + (m_to - m_from) * double(position - m_start) / double(m_length);
 }
 
@@ -46,7 +49,8 @@ void GainRamp::apply(const float *from, float *to, long frames, int channels, qi
     begin(position, rate);
     for (long frame = 0; frame < frames; ++frame) {
         const double gain = at(position + frame);
-        for (int channel = 0; channel < channels; ++channel)
+        for (int channel = 0; channel < channels; ++channel) {
             *to++ = float(*from++ * gain);
+        }
     }
 }

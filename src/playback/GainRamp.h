@@ -7,17 +7,17 @@
 
 #include <mutex>
 
-/// The loudness of a sound over its frames: constant, but for one linear change at a time. A pure
-/// function of the frame's number, so that frames written twice sound the same.
+/// The loudness of a sound over its frames: constant, or changing linearly from one value to
+/// another. It depends on the frame's number only, so frames that are written twice sound the same.
 ///
-/// Thread: set() from any, everything else in the playback thread.
+/// set() is called from any thread, everything else in the playback thread.
 class GainRamp
 {
 public:
     /// Takes effect at the next frame to be written.
     void set(double gain, int fadeMs);
 
-    /// Copies frames with the gain that they have from this position on.
+    /// Copies frames with their gain; the first has this position.
     void apply(const float *from, float *to, long frames, int channels, qint64 position, int rate);
 
 private:
@@ -25,7 +25,7 @@ private:
     void begin(qint64 position, int rate);
 
     std::mutex m_mutex;
-    double m_wanted = 1.0; // guarded, like the next two
+    double m_wanted = 1.0; // protected by the mutex, like the next two
     int m_fadeMs = 0;
     bool m_changed = false;
 

@@ -36,12 +36,14 @@ HttpFetch::HttpFetch(const QUrl &url, Kind kind, int timeoutMs)
 
 HttpFetch::~HttpFetch()
 {
-    // Aborting reports through the reply's signals; nobody is to be told any more.
-    if (m_reply)
+    // Aborting emits the reply's signals, and nobody is to be told any more.
+    if (m_reply) {
         m_reply->disconnect();
+    }
     closePipe();
-    if (m_reading >= 0)
+    if (m_reading >= 0) {
         ::close(m_reading);
+    }
 }
 
 int HttpFetch::takeReadingEnd()
@@ -57,7 +59,7 @@ void HttpFetch::start(Report report)
     m_drained->setEnabled(false);
     m_timer = std::make_unique<QTimer>();
     m_timer->setSingleShot(true);
-    // A coarse timer may be early, and the server is to have all of its time.
+    // A coarse timer may be early, and the server gets all of its time.
     m_timer->setTimerType(Qt::PreciseTimer);
 
     QNetworkRequest request(m_url);
@@ -81,38 +83,45 @@ bool HttpFetch::isRefused() const
     return m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt() >= firstRefusal;
 }
 
-// Moves what has come into the pipe, as far as it takes it. While the pipe is full the reader is
-// the slow one (a paused player), so the server's time doesn't run.
+// Moves what has arrived into the pipe, until that is full. Then the reader is the slow one (a paused
+// player), so the server's time doesn't run.
 void HttpFetch::pass()
 {
-    if (m_writing < 0)
+    if (m_writing < 0) {
         return;
-    if (isRefused())
+    }
+    if (isRefused()) {
         return m_reply->isFinished() ? finish() : void();
+    }
     m_drained->setEnabled(false);
     while (m_reply->bytesAvailable() > 0) {
         const QByteArray bytes = m_reply->peek(bufferBytes);
         const ssize_t written = write(m_writing, bytes.constData(), std::size_t(bytes.size()));
         if (written <= 0) {
-            if (written < 0 && errno != EAGAIN)
+            if (written < 0 && errno != EAGAIN) {
                 return closePipe();
+            }
             m_drained->setEnabled(true);
             return m_timer->stop();
         }
         m_reply->skip(written);
-        if (m_kind == Kind::LiveStream)
+        if (m_kind == Kind::LiveStream) {
             m_timer->start(m_timeoutMs);
+        }
     }
-    if (!m_timer->isActive())
+    if (!m_timer->isActive()) {
         m_timer->start(m_timeoutMs);
-    if (m_reply->isFinished())
+    }
+    if (m_reply->isFinished()) {
         finish();
+    }
 }
 
 void HttpFetch::finish()
 {
-    if (m_reply->error() != QNetworkReply::NoError)
+    if (m_reply->error() != QNetworkReply::NoError) {
         return fail(m_reply->errorString());
+    }
     closePipe();
 }
 
@@ -122,18 +131,22 @@ void HttpFetch::fail(const QString &why)
     m_reply->abort();
     m_timer->stop();
     // The pipe stays open: its end would be taken for the sound's.
-    if (m_report)
+    if (m_report) {
         std::exchange(m_report, nullptr)(
             {QStringLiteral("\"%1\" can't be fetched: %2").arg(m_url.toDisplayString(), why)});
+    }
 }
 
 void HttpFetch::closePipe()
 {
-    if (m_drained)
+    if (m_drained) {
         m_drained->setEnabled(false);
-    if (m_timer)
+    }
+    if (m_timer) {
         m_timer->stop();
-    if (m_writing >= 0)
+    }
+    if (m_writing >= 0) {
         ::close(m_writing);
+    }
     m_writing = -1;
 }

@@ -16,9 +16,9 @@
 class QNetworkReply;
 class QSocketNotifier;
 
-/// Gets a URI over http and hands what comes into a pipe, no faster than it is taken out.
+/// Fetches a URI over http and writes what arrives to a pipe, no faster than it is read.
 ///
-/// Thread: that of the player, whose event loop drives it. Owned by the PlaybackWriter.
+/// Runs in the event loop of the player's thread. Owned by the PlaybackWriter.
 class HttpFetch
 {
 public:
@@ -39,7 +39,7 @@ public:
     /// The pipe's reading end, which the caller takes over; -1 when there are no more descriptors.
     int takeReadingEnd();
 
-    /// Only with a pipe.
+    /// Requires a pipe.
     void start(Report report);
 
 private:

@@ -27,7 +27,7 @@ constexpr std::array encodings{
     NamedEncoding{"F32LE", PcmEncoding::F32LE}, NamedEncoding{"F32BE", PcmEncoding::F32BE},
 };
 
-// The registered linear types; what they hold is in network order.
+// The registered linear types, which are big-endian.
 constexpr std::array linearTypes{
     NamedEncoding{"audio/l8", PcmEncoding::U8},
     NamedEncoding{"audio/l16", PcmEncoding::S16BE},
@@ -44,8 +44,9 @@ std::optional<PcmEncoding> find(const NamedEncoding *begin, const NamedEncoding 
                                 const QString &name)
 {
     for (const NamedEncoding *entry = begin; entry != end; ++entry) {
-        if (name.compare(QLatin1String(entry->name), Qt::CaseInsensitive) == 0)
+        if (name.compare(QLatin1String(entry->name), Qt::CaseInsensitive) == 0) {
             return entry->encoding;
+        }
     }
     return std::nullopt;
 }
@@ -53,8 +54,9 @@ std::optional<PcmEncoding> find(const NamedEncoding *begin, const NamedEncoding 
 bool isFileType(const QString &type)
 {
     for (const char *known : fileTypes) {
-        if (type == QLatin1String(known))
+        if (type == QLatin1String(known)) {
             return true;
+        }
     }
     return false;
 }
@@ -79,11 +81,13 @@ Result<StreamFormat> readPcm(const QString &mediaType, PcmEncoding encoding,
                              const QHash<QString, QString> &parameters)
 {
     const int rate = parameters.value(QStringLiteral("rate")).toInt();
-    if (rate < SoundFormat::minRate || rate > SoundFormat::maxRate)
+    if (rate < SoundFormat::minRate || rate > SoundFormat::maxRate) {
         return refuse(mediaType, QStringLiteral("needs a rate, such as rate=48000"));
+    }
     const int channels = parameters.value(QStringLiteral("channels"), QStringLiteral("1")).toInt();
-    if (channels < 1 || channels > SoundFormat::maxChannels)
+    if (channels < 1 || channels > SoundFormat::maxChannels) {
         return refuse(mediaType, QStringLiteral("has no usable number of channels"));
+    }
     return StreamFormat{PcmFormat{encoding, {rate, channels}}};
 }
 
@@ -104,7 +108,7 @@ void decode24(const char *bytes, float *samples, long count, bool bigEndian)
         const auto high = quint32(uchar(bytes[bigEndian ? 0 : 2]));
         const auto middle = quint32(uchar(bytes[1]));
         const auto low = quint32(uchar(bytes[bigEndian ? 2 : 0]));
-        // In the upper bits, so that the sign comes for nothing.
+        // In the upper bits, where the sign bit is that of the integer.
         const auto value = qint32(high << 24 | middle << 16 | low << 8);
         samples[i] = float(value) / 2147483648.0F;
     }
@@ -122,8 +126,9 @@ void decodeFloats(const char *bytes, float *samples, long count, bool bigEndian)
 void decodeUnsigned(const char *bytes, float *samples, long count)
 {
     constexpr int middle = 128;
-    for (long i = 0; i < count; ++i)
+    for (long i = 0; i < count; ++i) {
         samples[i] = float(int(uchar(bytes[i])) - middle) / float(middle);
+    }
 }
 
 } // namespace

@@ -28,5 +28,5 @@ private:
     const std::unique_ptr<ByteInput> m_input;
     const PcmFormat m_format;
     std::vector<char> m_bytes;
-    std::size_t m_held = 0; // bytes of a frame that is not whole yet
+    std::size_t m_held = 0; // bytes of a frame that is incomplete
 };

@@ -22,7 +22,7 @@ class HttpFetch;
 /// Carries frames from a source to a device, in a thread that exists only while it does so: from
 /// start() until the sound's end or pause().
 ///
-/// Thread: the player's; the end is reported in the writer's own.
+/// Called in the player's thread; reports from its own.
 class PlaybackWriter : public Playback
 {
 public:

@@ -34,18 +34,21 @@ bool isOpen(quint32 length)
 qint64 riffBytesMissing(const ReadAt &readAt, qint64 size)
 {
     ChunkHeader chunk{};
-    if (!readAt(&chunk, sizeof chunk, 0) || !isNamed(chunk, "RIFF"))
+    if (!readAt(&chunk, sizeof chunk, 0) || !isNamed(chunk, "RIFF")) {
         return 0;
+    }
     const qint64 promised = qint64(qFromLittleEndian(chunk.size)) + qint64(sizeof chunk);
-    if (isOpen(qFromLittleEndian(chunk.size)))
+    if (isOpen(qFromLittleEndian(chunk.size))) {
         return 0;
+    }
 
     qint64 offset = riffHeaderSize;
     while (readAt(&chunk, sizeof chunk, offset)) {
         const quint32 length = qFromLittleEndian(chunk.size);
         offset += qint64(sizeof chunk);
-        if (isNamed(chunk, "data"))
+        if (isNamed(chunk, "data")) {
             return isOpen(length) ? 0 : qMax<qint64>(0, offset + length - size);
+        }
         offset += length + length % 2;
     }
     // Not even the samples' chunk is there: the file ends inside its header.

@@ -7,7 +7,7 @@
 
 #include <functional>
 
-/// Reads so many bytes at an offset of a file; false when they aren't there.
+/// Reads bytes at an offset of a file; false when there aren't as many.
 using ReadAt = std::function<bool(void *target, std::size_t count, qint64 offset)>;
 
 /// How many bytes of its samples a WAV file of this size lacks by its own account: 0 when it is

@@ -20,7 +20,7 @@ namespace {
 
 constexpr qint64 bytesPerSample = sizeof(float);
 
-// A length that the header leaves open reads as something near the largest number.
+// Where the header leaves the length open, it reads as something near the largest number.
 constexpr sf_count_t unknownFrames = SF_COUNT_MAX / 2;
 
 QString megabytes(qint64 bytes)

@@ -16,7 +16,7 @@
 class SoundFile : public FrameSource
 {
 public:
-    // It may decode to so many bytes.
+    // Decodes to at most maxBytes.
     static std::unique_ptr<SoundFile> fromPath(const QString &path, qint64 maxBytes);
     static std::unique_ptr<SoundFile> fromData(const QByteArray &data, const QString &name,
                                                qint64 maxBytes);

@@ -14,7 +14,7 @@ namespace {
 constexpr qint64 pieceBytes = 4096;
 constexpr int headerPackets = 3;
 
-// Takes the pages of an Ogg file apart, one after the other.
+// Reads the pages of an Ogg file, one after the other.
 class OggPages
 {
 public:
@@ -28,13 +28,14 @@ public:
     OggPages(const OggPages &) = delete;
     OggPages &operator=(const OggPages &) = delete;
 
-    // False at the end of the file. Damaged pages are left out, as the decoder does.
+    // False at the end of the file. Skips damaged pages, as the decoder does.
     bool next(ogg_page *page)
     {
         int found = ogg_sync_pageout(&m_sync, page);
         while (found != 1) {
-            if (found == 0 && !readPiece())
+            if (found == 0 && !readPiece()) {
                 return false;
+            }
             found = ogg_sync_pageout(&m_sync, page);
         }
         return true;
@@ -44,11 +45,13 @@ private:
     bool readPiece()
     {
         const qint64 count = std::min(pieceBytes, m_size - m_offset);
-        if (count <= 0)
+        if (count <= 0) {
             return false;
+        }
         char *target = ogg_sync_buffer(&m_sync, pieceBytes);
-        if (target == nullptr || !m_readAt(target, std::size_t(count), m_offset))
+        if (target == nullptr || !m_readAt(target, std::size_t(count), m_offset)) {
             return false;
+        }
         ogg_sync_wrote(&m_sync, long(count));
         m_offset += count;
         return true;
@@ -60,7 +63,7 @@ private:
     ogg_sync_state m_sync{};
 };
 
-// Takes the headers of one of the file's streams in.
+// Reads the headers of one of the file's streams.
 class VorbisStream
 {
 public:
@@ -81,18 +84,21 @@ public:
 
     enum class State { Incomplete, Complete, Bad };
 
-    // Pages of other streams are nothing to it.
+    // Ignores the pages of other streams.
     State take(ogg_page *page)
     {
-        if (ogg_stream_pagein(&m_stream, page) != 0)
+        if (ogg_stream_pagein(&m_stream, page) != 0) {
             return State::Incomplete;
+        }
         ogg_packet packet{};
         while (m_taken < headerPackets) {
             const int found = ogg_stream_packetout(&m_stream, &packet);
-            if (found == 0)
+            if (found == 0) {
                 return State::Incomplete;
-            if (found < 0 || vorbis_synthesis_headerin(&m_info, &m_comment, &packet) != 0)
+            }
+            if (found < 0 || vorbis_synthesis_headerin(&m_info, &m_comment, &packet) != 0) {
                 return State::Bad;
+            }
             ++m_taken;
         }
         return State::Complete;
@@ -112,12 +118,14 @@ bool beginsVorbis(const ogg_page &page)
     return page.body_len >= length && std::memcmp(page.body, mark, std::size_t(length)) == 0;
 }
 
-// The first page of the first stream that is Vorbis; all streams begin before any goes on.
+// Finds the first page of the first Vorbis stream. The first pages of all streams come before any
+// second one.
 bool findVorbis(OggPages &pages, ogg_page *page)
 {
     while (pages.next(page) && ogg_page_bos(page) != 0) {
-        if (beginsVorbis(*page))
+        if (beginsVorbis(*page)) {
             return true;
+        }
     }
     return false;
 }
@@ -128,15 +136,18 @@ bool hasVorbisHeaders(const ReadAt &readAt, qint64 size)
 {
     constexpr char mark[] = "OggS";
     char begin[sizeof mark - 1] = {};
-    if (!readAt(begin, sizeof begin, 0) || std::memcmp(begin, mark, sizeof begin) != 0)
+    if (!readAt(begin, sizeof begin, 0) || std::memcmp(begin, mark, sizeof begin) != 0) {
         return true;
+    }
     OggPages pages(readAt, size);
     ogg_page page{};
-    if (!findVorbis(pages, &page))
+    if (!findVorbis(pages, &page)) {
         return true;
+    }
     VorbisStream stream(ogg_page_serialno(&page));
     VorbisStream::State state = stream.take(&page);
-    while (state == VorbisStream::State::Incomplete && pages.next(&page))
+    while (state == VorbisStream::State::Incomplete && pages.next(&page)) {
         state = stream.take(&page);
+    }
     return state == VorbisStream::State::Complete;
 }

@@ -5,6 +5,6 @@
 
 #include "playback/RiffHeader.h"
 
-/// Whether a file that begins as Ogg Vorbis has its headers whole and sound; true for any other.
-/// The decoder, when it fails over them, loses the memory that it had made ready: 6 kB a time.
+/// Whether the headers of an Ogg Vorbis file are complete and valid; true for any other file. When
+/// the decoder fails on them it leaks memory, 6 kB each time.
 bool hasVorbisHeaders(const ReadAt &readAt, qint64 size);

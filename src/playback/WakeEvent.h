@@ -3,7 +3,7 @@
 
 #pragma once
 
-/// Ends a wait of the playback thread: set from any thread, waited for in one.
+/// Ends a wait of the playback thread. Set from any thread, waited for in one.
 class WakeEvent
 {
 public:
@@ -18,11 +18,11 @@ public:
     void set();
     void clear();
 
-    /// Waits until set or the time is over (negative: no limit); true when set.
+    /// Waits until set, or for the timeout (negative: without a limit). True when set.
     bool wait(int timeoutMs) const;
 
-    /// As wait(), and also ends when there is something to read from the descriptor, or its writer
-    /// is gone.
+    /// Like wait(), but ends as well when the descriptor has something to read or its writer is
+    /// gone.
     void waitForInput(int descriptor, int timeoutMs) const;
 
 private:

@@ -9,7 +9,7 @@
 
 /// Plays a sound file held in memory.
 ///
-/// Thread and owner: as SimplePlayer.
+/// Thread and owner are as for SimplePlayer.
 class TAVO_SIMPLEPLAYER_EXPORT DataSimplePlayer : public SimplePlayer
 {
     Q_OBJECT

@@ -7,7 +7,7 @@
 
 /// Silence of no length: ends at once, and with loop holds its place until stopped.
 ///
-/// Thread and owner: as SimplePlayer.
+/// Thread and owner are as for SimplePlayer.
 class TAVO_SIMPLEPLAYER_EXPORT FakePlayer : public SimplePlayer
 {
     Q_OBJECT

@@ -5,10 +5,11 @@
 
 #include "simpleplayer/SimplePlayer.h"
 
-/// Plays the sound file that a URI names: file: and http: URIs (https: where Qt has TLS), or a bare
-/// path.
+/// Plays the sound file that a URI or a path names. The schemes are file:, http:, and https: where Qt
+/// has TLS. What begins with one of these, or with any scheme and "//", is a URI and must be well
+/// formed; everything else is a path.
 ///
-/// Thread and owner: as SimplePlayer.
+/// Thread and owner are as for SimplePlayer.
 class TAVO_SIMPLEPLAYER_EXPORT UriSimplePlayer : public SimplePlayer
 {
     Q_OBJECT

@@ -13,15 +13,15 @@
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Player");
 
-/// The first pause before music is tried again: a sound server that is started again is there by
-/// then. Each further one is twice as long, up to the longest.
+/// The delay before music is tried for the first time again: a sound server that is restarted is
+/// there by then. Each further delay is twice as long, up to the maximum.
 constexpr int firstRetryMs = 250;
-constexpr int longestRetryMs = 30'000;
+constexpr int maxRetryMs = 30'000;
 
-/// Music that has played for so long has recovered: its next failure is another one.
+/// Music that has played for so long has recovered: a later failure starts with the first delay.
 constexpr int recoveredMs = 10'000;
 
-/// Amplitude, not power.
+/// The factor of the amplitude, not of the power.
 double factorOf(double decibels)
 {
     return std::pow(10.0, decibels / 20.0);
@@ -158,11 +158,11 @@ void MainAudio::retryLater()
         return;
     }
     int delay = firstRetryMs;
-    for (int i = 0; i < m_retries && delay < longestRetryMs; ++i) {
+    for (int i = 0; i < m_retries && delay < maxRetryMs; ++i) {
         delay *= 2;
     }
     ++m_retries;
-    m_retryTimer.start(std::min(delay, longestRetryMs));
+    m_retryTimer.start(std::min(delay, maxRetryMs));
 }
 
 void MainAudio::forgetRetries()

@@ -14,14 +14,14 @@
 
 class UriSimplePlayer;
 
-/// The main audio: one music source in a loop, the user's volume, and ducking as a factor of its
-/// own beside it.
+/// The main audio: one source of music in a loop, at the user's volume times the factor of the
+/// ducking.
 ///
-/// Thread and owner: its worker's. Ducking and volume are kept whether or not anything plays, and
-/// hold for whatever plays next.
+/// Runs in its worker's thread; owned by the worker. Ducking and volume are kept while nothing
+/// plays, and hold for whatever plays next.
 ///
-/// Music that breaks off is tried again by itself, so often as the configuration says and with ever
-/// longer pauses, until it plays or somebody asks for something else.
+/// Music that breaks off is tried again, as often as the configuration says and with ever longer
+/// delays, until it plays or a client asks for something else.
 class MainAudio : public QObject
 {
     Q_OBJECT
@@ -29,8 +29,8 @@ class MainAudio : public QObject
 public:
     MainAudio(const PlayerConfiguration &configuration, QObject *parent);
 
-    /// Plays the source from its start; an empty one means the last source, which goes on if it is
-    /// playing. Returns false when it can't be played, and keeps the reason in state().error().
+    /// Plays the source from its beginning. An empty one means the last source, which goes on if it
+    /// is playing. Returns false when it can't be played; state().error() says why.
     bool play(const QString &source);
 
     void stop();
@@ -38,7 +38,7 @@ public:
     /// From 0.0 to 1.0.
     void setVolume(double volume);
 
-    /// The main audio is ducked while there is any requester; each counts once.
+    /// The main audio is ducked while it has a requester; each counts once.
     void duck(const QString &requester);
     void unduck(const QString &requester);
 

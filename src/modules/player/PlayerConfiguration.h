@@ -16,6 +16,6 @@ struct PlayerConfiguration
     double duckingAttenuation;   ///< dB, 0 or less
     int duckingFade;             ///< ms
 
-    /// Throws a std::runtime_error that names the key for a configuration that can't be used.
+    /// Throws a std::runtime_error that names the key when the configuration can't be used.
     static PlayerConfiguration fromHash(const QVariantHash &config);
 };

@@ -15,7 +15,7 @@ CMError error(const TrString &message)
     return {QStringLiteral("Player"), message};
 }
 
-/// What a client sends: a TavoValue's field, or the value by itself.
+/// Clients send a TavoValue with the field, or just the value.
 QVariant bareOrField(const QVariant &value, const QString &field)
 {
     const bool isRecord =
@@ -57,7 +57,7 @@ PlayerWorker::PlayerWorker(const QVariantHash &config)
     CMActivateNode::create(nodes(), TavoPlayerMainAudioVolumePath())
         ->setInvoke(this, &PlayerWorker::on_volume_activated, Qt::QueuedConnection);
     if (!m_configuration.music.isEmpty()) {
-        // Opening a device takes its time, which the other modules' start shouldn't wait for.
+        // Opening a device takes time, and the start of the other modules shouldn't wait for it.
         QTimer::singleShot(0, m_mainAudio, [this] { m_mainAudio->play({}); });
     }
 }
@@ -70,20 +70,20 @@ void PlayerWorker::publishDevice(const CMPath &path, const QString &device)
 
 void PlayerWorker::on_ducking_activated(const CMSetDataRequest &request)
 {
-    const TavoPlayerAudioDuckingRequest wish(request.value().toHash());
-    if (wish.requester().isEmpty()) {
+    const TavoPlayerAudioDuckingRequest ducking(request.value().toHash());
+    if (ducking.requester().isEmpty()) {
         refuse(request, TAVO_TR("The request names no requester"));
         return;
     }
-    // One that is missing would read as the wish to restore.
-    if (wish.fields().value(QStringLiteral("duckAudio")).userType() != QMetaType::Bool) {
+    // Without the field it would read as false, a request to restore.
+    if (ducking.fields().value(QStringLiteral("duckAudio")).userType() != QMetaType::Bool) {
         refuse(request, TAVO_TR("duckAudio must be true or false"));
         return;
     }
-    if (wish.duckAudio()) {
-        m_mainAudio->duck(wish.requester());
+    if (ducking.duckAudio()) {
+        m_mainAudio->duck(ducking.requester());
     } else {
-        m_mainAudio->unduck(wish.requester());
+        m_mainAudio->unduck(ducking.requester());
     }
     request.reply().setValue(QVariant());
 }
@@ -112,7 +112,7 @@ void PlayerWorker::on_volume_activated(const CMSetDataRequest &request)
 {
     const QVariant volume = bareOrField(request.value(), QStringLiteral("double"));
     const double number = tavoReadDouble(volume);
-    // Written so that not-a-number is refused as well.
+    // This way round it refuses NaN as well.
     if (!tavoIsNumber(volume) || !(number >= 0.0 && number <= 1.0)) {
         refuse(request, TAVO_TR("The volume must be a number from 0.0 to 1.0"));
         return;

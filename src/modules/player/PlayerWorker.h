@@ -9,16 +9,16 @@
 
 class MainAudio;
 
-/// The player: the main audio and its ducking, and the choice of audio devices.
+/// The player service: the main audio and its ducking, and the choice of audio devices.
 ///
-/// Thread: the one that made it. Owner: the host. Every request is answered, and the state node is
-/// up to date before the answer is given.
+/// Runs in the thread that made it; owned by the host. Every request gets a reply, and the state
+/// node is up to date before it.
 class PlayerWorker : public CMNodesWorker
 {
     Q_OBJECT
 
 public:
-    /// Throws a std::runtime_error that names the key for a configuration that it can't use.
+    /// Throws a std::runtime_error that names the key when the configuration can't be used.
     explicit PlayerWorker(const QVariantHash &config);
 
 private Q_SLOTS:

@@ -46,7 +46,8 @@ struct PlaybackOptions
 
 /// A sound on its way to a device.
 ///
-/// Thread and owner: the player's. Once destroyed it is silent and reports nothing.
+/// Runs in the player's thread; owned by the player. Once destroyed it is silent and reports
+/// nothing.
 class Playback
 {
 public:

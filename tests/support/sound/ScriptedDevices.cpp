@@ -39,8 +39,9 @@ ScriptedDevices::ScriptedDevices()
     text += "pcm.hardware { type plug slave.pcm plain }\n";
     QFile configuration(m_folder.filePath(QStringLiteral("asound.conf")));
     if (!configuration.open(QIODevice::WriteOnly) ||
-        configuration.write("</usr/share/alsa/alsa.conf>\n" + text) < 0)
+        configuration.write("</usr/share/alsa/alsa.conf>\n" + text) < 0) {
         throw std::runtime_error("no ALSA configuration could be written");
+    }
     configuration.close();
     qputenv("ALSA_CONFIG_PATH", QFile::encodeName(configuration.fileName()));
     forget();
@@ -56,14 +57,16 @@ std::vector<float> ScriptedDevices::heard() const
 {
     const QByteArray bytes = heardBytes();
     std::vector<float> samples(std::size_t(bytes.size()) / sizeof(float));
-    if (!samples.empty())
+    if (!samples.empty()) {
         std::memcpy(samples.data(), bytes.constData(), samples.size() * sizeof(float));
+    }
     return samples;
 }
 
 void ScriptedDevices::forget()
 {
     QFile file(heardPath());
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
         throw std::runtime_error("what was heard can't be forgotten");
+    }
 }

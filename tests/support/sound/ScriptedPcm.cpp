@@ -115,8 +115,9 @@ std::string behaviourOf(const std::string &configured)
         static std::atomic<bool> busyNext{false};
         return busyNext.exchange(!busyNext) ? "busy" : "plain";
     }
-    if (configured.find("moody") == std::string::npos)
+    if (configured.find("moody") == std::string::npos) {
         return configured;
+    }
     constexpr std::array<const char *, 8> moods{
         "busy",      "slow",     "slow_busy",        "fixed",
         "underruns", "suspends", "suspends_forgets", "vanishes"};
@@ -152,8 +153,9 @@ public:
     int create(snd_pcm_t **pcm, const char *name, snd_pcm_stream_t stream, int mode)
     {
         const int result = snd_pcm_ioplug_create(&m_plug, name, stream, mode);
-        if (result < 0)
+        if (result < 0) {
             return result;
+        }
         *pcm = m_plug.pcm;
         return constrain();
     }
@@ -184,14 +186,16 @@ private:
 
     void close() const
     {
-        if (m_script.clings)
+        if (m_script.clings) {
             std::this_thread::sleep_for(slowClosing);
+        }
     }
 
     int prepare()
     {
-        if (m_gone)
+        if (m_gone) {
             return -ENODEV;
+        }
         m_frames.clear();
         m_heard = 0;
         m_running = false;
@@ -208,10 +212,12 @@ private:
 
     snd_pcm_sframes_t pointer()
     {
-        if (m_lost)
+        if (m_lost) {
             return -ENODEV;
-        if (!m_running || (m_script.stalls && m_total >= eventFrames))
+        }
+        if (!m_running || (m_script.stalls && m_total >= eventFrames)) {
             return m_heard;
+        }
         const auto step = std::chrono::nanoseconds(std::chrono::seconds(1)) / stepsPerSecond;
         const long steps = long((Clock::now() - m_started) / step);
         const long due = m_startedAt + steps * long(m_plug.rate) / stepsPerSecond;
@@ -240,8 +246,9 @@ private:
 
     int resume()
     {
-        if (m_script.forgets)
+        if (m_script.forgets) {
             return -ENOSYS;
+        }
         snd_pcm_ioplug_set_state(&m_plug, SND_PCM_STATE_RUNNING);
         return start();
     }
@@ -251,10 +258,12 @@ private:
     {
         const auto *bytes =
             static_cast<const char *>(areas->addr) + (areas->first + areas->step * offset) / 8;
-        if (m_script.chokes)
+        if (m_script.chokes) {
             return -EPIPE;
-        if (m_script.hesitates && (m_hesitated = !m_hesitated))
+        }
+        if (m_script.hesitates && (m_hesitated = !m_hesitated)) {
             return -EAGAIN;
+        }
         if (m_script.wantsSound && isSilent(bytes, frames * frameBytes())) {
             m_lost = true;
             return -ENODEV;
@@ -276,8 +285,9 @@ private:
 
     int delay(snd_pcm_sframes_t *frames) const
     {
-        if (m_script.clueless)
+        if (m_script.clueless) {
             return -EIO;
+        }
         *frames = written() - m_heard + distance;
         return 0;
     }
@@ -290,8 +300,9 @@ private:
 
     void hear(long upTo)
     {
-        if (upTo <= m_heard)
+        if (upTo <= m_heard) {
             return;
+        }
         const std::size_t bytes = std::size_t(upTo - m_heard) * frameBytes();
         std::fwrite(m_frames.data(), 1, bytes, m_heardFile);
         std::fflush(m_heardFile);
@@ -362,23 +373,28 @@ extern "C" SND_PCM_PLUGIN_DEFINE_FUNC(scripted)
         const snd_config_t *node = snd_config_iterator_entry(entry);
         const char *id = nullptr;
         const char *text = nullptr;
-        if (snd_config_get_id(node, &id) < 0 || snd_config_get_string(node, &text) < 0)
+        if (snd_config_get_id(node, &id) < 0 || snd_config_get_string(node, &text) < 0) {
             continue;
-        if (std::strcmp(id, "behaviour") == 0)
+        }
+        if (std::strcmp(id, "behaviour") == 0) {
             behaviour = text;
-        else if (std::strcmp(id, "heard") == 0)
+        } else if (std::strcmp(id, "heard") == 0) {
             heard = text;
+        }
     }
     const Script script = parseScript(behaviourOf(behaviour));
-    if (script.slow)
+    if (script.slow) {
         std::this_thread::sleep_for(slowOpening);
-    if (const int error = openingError(script); error != 0)
+    }
+    if (const int error = openingError(script); error != 0) {
         return error;
+    }
     // Deleted by its close callback, which the library calls for a device that it has created.
     auto device = std::make_unique<ScriptedPcm>(script, heard);
     const int result = device->create(pcmp, name, stream, mode);
-    if (result >= 0)
+    if (result >= 0) {
         device.release(); // NOLINT(bugprone-unused-return-value)
+    }
     return result;
 }
 

@@ -23,8 +23,9 @@ std::vector<short> sineSamples(int count, int rate, int frequency)
     constexpr double amplitude = 10000;
     std::vector<short> samples;
     samples.reserve(std::size_t(count));
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         samples.push_back(short(amplitude * std::sin(2 * M_PI * frequency * i / rate)));
+    }
     return samples;
 }
 
@@ -33,8 +34,9 @@ std::vector<float> asFloats(const std::vector<short> &samples)
     constexpr float scale = 32768.0F;
     std::vector<float> floats;
     floats.reserve(samples.size());
-    for (const short sample : samples)
+    for (const short sample : samples) {
         floats.push_back(float(sample) / scale);
+    }
     return floats;
 }
 
@@ -46,8 +48,9 @@ void writeSound(const QString &path, int format, int rate, const std::vector<sho
     info.channels = channels;
     info.format = format;
     SNDFILE *file = sf_open(QFile::encodeName(path).constData(), SFM_WRITE, &info);
-    if (!file)
+    if (!file) {
         throw std::runtime_error("a sound file can't be made: " + std::string(sf_strerror(file)));
+    }
     sf_write_short(file, samples.data(), sf_count_t(samples.size()));
     sf_close(file);
 }
@@ -55,14 +58,16 @@ void writeSound(const QString &path, int format, int rate, const std::vector<sho
 QByteArray readFile(const QString &path)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!file.open(QIODevice::ReadOnly)) {
         throw std::runtime_error("can't read " + path.toStdString());
+    }
     return file.readAll();
 }
 
 void writeFile(const QString &path, const QByteArray &bytes)
 {
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()) {
         throw std::runtime_error("can't write " + path.toStdString());
+    }
 }

@@ -35,8 +35,9 @@ QString nullSink(const QString &name)
 
 void end(QProcess &process)
 {
-    if (process.state() == QProcess::NotRunning)
+    if (process.state() == QProcess::NotRunning) {
         return;
+    }
     process.terminate();
     if (!process.waitForFinished(endLimitMs)) {
         process.kill();
@@ -56,8 +57,9 @@ Recording::Recording(const QString &device)
                       QStringLiteral("--channels=%1").arg(SoundServer::channels),
                       QStringLiteral("--latency-msec=10")});
     // The monitor gives silence too, so the first bytes say that the recorder listens.
-    if (!m_recorder.waitForReadyRead(startLimitMs))
+    if (!m_recorder.waitForReadyRead(startLimitMs)) {
         throw std::runtime_error("nothing can be recorded");
+    }
 }
 
 Recording::~Recording()
@@ -92,8 +94,9 @@ void SoundServer::writeConfiguration()
 {
     const QString runtime = m_folder.filePath(QStringLiteral("runtime"));
     QDir().mkpath(runtime + QStringLiteral("/pulse"));
-    for (const QString &folder : {runtime, runtime + QStringLiteral("/pulse")})
+    for (const QString &folder : {runtime, runtime + QStringLiteral("/pulse")}) {
         QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
     const QString configuration = m_folder.filePath(QStringLiteral("asound.conf"));
     writeFile(configuration, "</usr/share/alsa/alsa.conf>\n"
                              "pcm.notifications { type pulse device \"notif\" }\n"
@@ -126,8 +129,9 @@ void SoundServer::start()
     QElapsedTimer elapsed;
     elapsed.start();
     while (!answers()) {
-        if (m_server->state() == QProcess::NotRunning || elapsed.hasExpired(startLimitMs))
+        if (m_server->state() == QProcess::NotRunning || elapsed.hasExpired(startLimitMs)) {
             throw std::runtime_error("the sound server doesn't start");
+        }
         QThread::msleep(pollMs);
     }
 }
@@ -136,10 +140,11 @@ QByteArray SoundServer::ask(const QStringList &arguments)
 {
     QProcess query;
     query.start(QStringLiteral("pactl"), arguments);
-    if (!query.waitForFinished(startLimitMs) || query.exitCode() != 0)
+    if (!query.waitForFinished(startLimitMs) || query.exitCode() != 0) {
         throw std::runtime_error("the sound server refuses " +
                                  arguments.join(QLatin1Char(' ')).toStdString() + ": " +
                                  query.readAllStandardError().toStdString());
+    }
     return query.readAllStandardOutput();
 }
 

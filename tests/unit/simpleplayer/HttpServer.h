@@ -45,8 +45,9 @@ private:
         m_connection = m_server.nextPendingConnection();
         QObject::connect(m_connection, &QTcpSocket::readyRead, m_connection,
                          [this, connection = m_connection] {
-                             if (!connection->readAll().contains("\r\n\r\n"))
+                             if (!connection->readAll().contains("\r\n\r\n")) {
                                  return;
+                             }
                              connection->write(m_answer);
                              m_answered = true;
                          });

@@ -83,8 +83,9 @@ TEST_F(HttpSoundTest, PlaysASoundFileThatIsLargerThanItsBuffers)
 {
     const auto samples = countingSamples(30000);
     std::vector<short> wide;
-    for (int i = 0; i < 8; ++i)
+    for (int i = 0; i < 8; ++i) {
         wide.insert(wide.end(), samples.begin(), samples.end());
+    }
     writeSound(path("wide.wav"), wav, rate, wide, 8);
     m_server.serve(readFile(path("wide.wav")));
     makeSound(m_server.uri());
@@ -167,8 +168,9 @@ TEST_F(HttpSoundTest, ReportsASoundFileThatDripsForTooLong)
     m_player->limits.httpTimeoutMs = 300;
     QTimer drip;
     QObject::connect(&drip, &QTimer::timeout, [this] {
-        if (m_server.hasAnswered())
+        if (m_server.hasAnswered()) {
             m_server.send("x");
+        }
     });
     drip.start(20);
     expectError("the server is too slow");

@@ -178,8 +178,9 @@ TEST_F(PlaybackTest, RepeatsWithoutAGap)
     m_player->stop();
     const auto samples = m_devices.heard();
     const auto once = countingFloats();
-    for (std::size_t i = 0; i < samples.size(); ++i)
+    for (std::size_t i = 0; i < samples.size(); ++i) {
         ASSERT_EQ(samples[i], once[i % once.size()]) << "at frame " << i;
+    }
 }
 
 TEST_F(PlaybackTest, KeepsItsPlaceInARepetition)
@@ -196,8 +197,9 @@ TEST_F(PlaybackTest, KeepsItsPlaceInARepetition)
     m_player->stop();
     const auto samples = heard();
     const auto once = countingFloats();
-    for (std::size_t i = 0; i < samples.size(); ++i)
+    for (std::size_t i = 0; i < samples.size(); ++i) {
         ASSERT_EQ(samples[i], once[i % once.size()]) << "at frame " << i;
+    }
 }
 
 TEST_F(PlaybackTest, EndsWhenTheLastFrameHasBeenHeard)
@@ -368,8 +370,9 @@ TEST_F(PlaybackTest, ReportsItsStopWhenItsEndHasNotBeenReportedYet)
     // No event loop runs meanwhile, which would report the end.
     QElapsedTimer elapsed;
     elapsed.start();
-    while (threads() > idle && elapsed.elapsed() < 10000)
+    while (threads() > idle && elapsed.elapsed() < 10000) {
         QThread::msleep(1);
+    }
     m_player->stop();
     ASSERT_TRUE(m_end->hasEndedOnce());
     EXPECT_EQ(m_end->stopped.count(), 1);
@@ -442,8 +445,9 @@ TEST_F(PlaybackTest, StartsWithTheGainItWasGiven)
     m_player->play();
     ASSERT_TRUE(m_end->hasEndedOnce());
     auto expected = countingFloats();
-    for (float &sample : expected)
+    for (float &sample : expected) {
         sample *= 0.5F;
+    }
     EXPECT_EQ(heard(), expected);
 }
 

@@ -64,11 +64,13 @@ TEST_P(SoundFormatTest, IsPlayedWithExactlyItsFrames)
     const auto expected = asFloats(samples);
     ASSERT_GE(heardSamples.size(), expected.size());
     double difference = 0;
-    for (std::size_t i = 0; i < expected.size(); ++i)
+    for (std::size_t i = 0; i < expected.size(); ++i) {
         difference = std::max(difference, double(std::fabs(heardSamples[i] - expected[i])));
+    }
     EXPECT_LE(difference, format.exact ? 0.0 : 0.1);
-    for (std::size_t i = expected.size(); i < heardSamples.size(); ++i)
+    for (std::size_t i = expected.size(); i < heardSamples.size(); ++i) {
         ASSERT_EQ(heardSamples[i], 0.0F) << "a frame too many: " << i;
+    }
 }
 
 TEST_P(SoundFormatTest, IsRepeatedFromItsFirstFrame)
@@ -82,8 +84,9 @@ TEST_P(SoundFormatTest, IsRepeatedFromItsFirstFrame)
     ASSERT_TRUE(hasHeard(2 * soundFrames + 1000));
     player.stop();
     const auto samples = m_devices.heard();
-    for (int i = 0; i + soundFrames < int(samples.size()); ++i)
+    for (int i = 0; i + soundFrames < int(samples.size()); ++i) {
         ASSERT_EQ(samples[i], samples[i + soundFrames]) << "at frame " << i;
+    }
 }
 
 TEST_P(SoundFormatTest, IsPlayedFromMemory)
@@ -398,8 +401,9 @@ void leaveLengthOpen(const QString &flac)
 {
     QByteArray bytes = readFile(flac);
     bytes[21] = char(bytes[21] & 0xf0);
-    for (int i = 22; i < 26; ++i)
+    for (int i = 22; i < 26; ++i) {
         bytes[i] = 0;
+    }
     writeFile(flac, bytes);
 }
 
@@ -439,8 +443,9 @@ TEST_P(OpenLengthTest, OfAWavFileIsItsFiles)
     QByteArray bytes = readFile(counting());
     qToLittleEndian(GetParam(), bytes.data() + 4);
     // An empty chunk of samples is just that.
-    if (GetParam() != 0)
+    if (GetParam() != 0) {
         qToLittleEndian(GetParam(), bytes.data() + bytes.indexOf("data") + 4);
+    }
     writeFile(path("open.wav"), bytes);
     expectPlayed(path("open.wav"));
 }

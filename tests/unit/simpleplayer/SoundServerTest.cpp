@@ -29,8 +29,9 @@ protected:
     {
         // Both channels the same, so that each frame is one number.
         std::vector<short> samples;
-        for (const short sample : countingSamples(soundFrames))
+        for (const short sample : countingSamples(soundFrames)) {
             samples.insert(samples.end(), 2, sample);
+        }
         writeSound(m_file, SF_FORMAT_WAV | SF_FORMAT_PCM_16, SoundServer::rate, samples, 2);
     }
 
@@ -46,8 +47,9 @@ protected:
     {
         constexpr int frameBytes = SoundServer::channels * int(sizeof(short));
         std::vector<short> samples(std::size_t(recording.size() / frameBytes));
-        for (std::size_t i = 0; i < samples.size(); ++i)
+        for (std::size_t i = 0; i < samples.size(); ++i) {
             std::memcpy(&samples[i], recording.constData() + i * frameBytes, sizeof(short));
+        }
         return samples;
     }
 
@@ -79,8 +81,9 @@ std::vector<std::pair<short, short>> jumps(const std::vector<short> &samples)
 {
     std::vector<std::pair<short, short>> found;
     for (std::size_t i = 1; i < samples.size(); ++i) {
-        if (samples[i] != samples[i - 1] + 1)
+        if (samples[i] != samples[i - 1] + 1) {
             found.emplace_back(samples[i - 1], samples[i]);
+        }
     }
     return found;
 }
@@ -138,15 +141,17 @@ TEST_P(SoundServerUsageTest, RepeatsWithoutAGap)
     const QByteArray bytes = recording.take();
     const auto samples = sounding(bytes);
     ASSERT_GT(samples.size(), std::size_t(2 * soundFrames));
-    for (std::size_t i = 0; i < samples.size(); ++i)
+    for (std::size_t i = 0; i < samples.size(); ++i) {
         ASSERT_EQ(samples[i], 1 + int(i) % soundFrames) << "at frame " << i;
+    }
 
     // A busy machine may run the device empty, but nothing does at the sound's end.
     const auto all = leftChannel(bytes);
     int repetitions = 0;
     for (auto last = all.begin(); last + 1 < all.end(); ++last) {
-        if (*last != soundFrames)
+        if (*last != soundFrames) {
             continue;
+        }
         EXPECT_EQ(*(last + 1), 1);
         ++repetitions;
     }

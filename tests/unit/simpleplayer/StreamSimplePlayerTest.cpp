@@ -56,8 +56,9 @@ public:
     }
     void close()
     {
-        if (m_descriptor >= 0)
+        if (m_descriptor >= 0) {
             ::close(m_descriptor);
+        }
         m_descriptor = -1;
     }
 
