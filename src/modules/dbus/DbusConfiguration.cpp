@@ -33,9 +33,9 @@ constexpr int defaultTotalRequestBytes = 1 << 26;
 constexpr int minTotalBytes = 1 << 20;
 constexpr int maxTotalBytes = 1 << 30;
 
-DbusConfiguration::Limits readLimits(TavoConfiguration reader)
+ClientLimits readLimits(TavoConfiguration reader)
 {
-    DbusConfiguration::Limits limits;
+    ClientLimits limits;
     limits.openNotifications =
         reader.integer(QStringLiteral("openNotifications"), defaultOpenNotifications, 1, maxOfAny);
     limits.totalOpenNotifications = reader.integer(QStringLiteral("totalOpenNotifications"),

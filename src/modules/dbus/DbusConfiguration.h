@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "clients/ClientLimits.h"
+
 #include <QString>
 #include <QStringList>
 #include <QVariantHash>
@@ -10,22 +12,6 @@
 /// The module's configuration. Members have the names of their keys.
 struct DbusConfiguration
 {
-    /// What one client may hold and do, and what all clients may together; section "limits".
-    struct Limits
-    {
-        int openNotifications;
-        int totalOpenNotifications;
-        int requestsPerSecond; ///< on average; twice as many at once. 0: no limit
-        int valueBytes;        ///< of one value, as BusVariantReader counts them
-        int subscriptions;
-        int inboxes;
-        int sounds; ///< that are queued or play
-        int totalSounds;
-        int totalRequestBytes; ///< of requests that wait for their replies
-        int unreadBytes;       ///< of replies and signals
-        int totalUnreadBytes;
-    };
-
     /// Which sounds clients may play; section "sounds".
     struct Sounds
     {
@@ -38,7 +24,7 @@ struct DbusConfiguration
     bool notifications;    ///< whether to serve org.freedesktop.Notifications
     int defaultTimeoutMs;  ///< "defaultTimeout": of a notification that has none; 0: it stays
     int criticalTimeoutMs; ///< "criticalTimeout": the same of a critical notification
-    Limits limits;
+    ClientLimits limits;   ///< section "limits"
     Sounds sounds;
 
     /// Throws a std::runtime_error that names the key when a value is invalid.

@@ -19,12 +19,15 @@ DbusWorker::DbusWorker(const QVariantHash &config)
     , m_configuration(DbusConfiguration::fromHash(config))
     , m_bus(m_configuration.bus)
     , m_clients(m_bus, m_configuration.limits)
-    , m_sounds(m_clients, nodes(), m_configuration.sounds)
+    , m_sounds(m_clients, nodes(),
+               SoundAccess(m_configuration.sounds.schemes, m_configuration.sounds.folders))
     , m_model(m_bus, m_clients, nodes(), m_sounds)
 {
     if (m_configuration.notifications) {
-        m_notifications = std::make_unique<NotificationsInterface>(m_bus, m_clients, nodes(),
-                                                                   m_sounds, m_configuration);
+        m_notifications = std::make_unique<NotificationsInterface>(
+            m_bus, m_clients, nodes(), m_sounds, m_configuration.sounds.theme,
+            NotifyCall::Timeouts{m_configuration.defaultTimeoutMs,
+                                 m_configuration.criticalTimeoutMs});
     }
     tavoConnect(&m_bus, &BusConnection::connected, this, &DbusWorker::on_bus_connected);
     tavoConnect(&m_bus, &BusConnection::lost, this, &DbusWorker::on_bus_lost);

@@ -4,8 +4,7 @@
 #include "ClientSounds.h"
 
 #include "Clients.h"
-
-#include <bus/BusError.h>
+#include "Refusals.h"
 
 #include <utility>
 
@@ -26,10 +25,9 @@ bool isEnd(TavoNotificationPlayerResponseType::Enum type)
 }
 } // namespace
 
-ClientSounds::ClientSounds(Clients &clients, CMNodes *nodes,
-                           const DbusConfiguration::Sounds &configuration)
+ClientSounds::ClientSounds(Clients &clients, CMNodes *nodes, SoundAccess access)
     : m_clients(clients)
-    , m_access(configuration.schemes, configuration.folders)
+    , m_access(std::move(access))
     , m_nodes(nodes)
 {
     tavoConnect(&m_clients, &Clients::left, this, &ClientSounds::on_clients_left);
@@ -39,14 +37,14 @@ ClientSounds::ClientSounds(Clients &clients, CMNodes *nodes,
 
 CMReply<QVariant> ClientSounds::enqueue(const std::string &client, const QVariant &value)
 {
-    TavoValue wish(value.toHash());
-    if (!wish.fields().contains(itemKey)) {
+    TavoValue request(value.toHash());
+    if (!request.fields().contains(itemKey)) {
         return CMRoot()->invoke(TavoNotificationPlayerEnqueuePath(), value, {});
     }
-    TavoNotificationPlayerItem item = wish.notificationPlayerItem();
+    TavoNotificationPlayerItem item = request.notificationPlayerItem();
     checkAccess(item);
     checkTarget(item.playbackResponsePath());
-    return send(client, item, wish);
+    return send(client, item, request);
 }
 
 CMReply<QVariant> ClientSounds::play(const std::string &client,
@@ -56,13 +54,13 @@ CMReply<QVariant> ClientSounds::play(const std::string &client,
 }
 
 CMReply<QVariant> ClientSounds::send(const std::string &client, TavoNotificationPlayerItem item,
-                                     TavoValue wish)
+                                     TavoValue request)
 {
     const CMPath path = watch(client, item);
-    wish.setNotificationPlayerItem(item.setPlaybackResponsePath(path));
-    CMReply<QVariant> reply = CMRoot()->invoke(TavoNotificationPlayerEnqueuePath(), wish, {});
+    request.setNotificationPlayerItem(item.setPlaybackResponsePath(path));
+    CMReply<QVariant> reply = CMRoot()->invoke(TavoNotificationPlayerEnqueuePath(), request, {});
     reply.onFinished(this, [this, path](const CMReply<QVariant> &finished) {
-        // What is refused gets no response.
+        // A refused request gets no response.
         if (finished.error().isError()) {
             forget(path);
         }
@@ -73,7 +71,7 @@ CMReply<QVariant> ClientSounds::send(const std::string &client, TavoNotification
 void ClientSounds::checkTarget(const CMPath &path)
 {
     if (path.isBelow(soundsPath())) {
-        throw BusError::accessDenied("Only the player tells how a sound ends");
+        throw Refusals::onlyPlayerReports();
     }
 }
 
@@ -81,7 +79,7 @@ void ClientSounds::checkAccess(TavoNotificationPlayerItem &item) const
 {
     const bool isStream = item.type() == TavoNotificationPlayerItemType::Stream;
     const bool hasLocation = isStream || item.type() == TavoNotificationPlayerItemType::Uri;
-    // One without any is refused by the player, as everybody is.
+    // The player refuses an item without a location.
     if (!hasLocation || item.content().isEmpty()) {
         return;
     }
@@ -91,16 +89,16 @@ void ClientSounds::checkAccess(TavoNotificationPlayerItem &item) const
 
 QString ClientSounds::allowed(const QString &location, SoundAccess::Kind kind) const
 {
-    const SoundAccess::Answer answer = m_access.check(location, kind);
-    if (answer.location.isEmpty()) {
-        throw BusError::accessDenied(answer.refusal.toStdString());
+    const Result<QString> result = m_access.check(location, kind);
+    if (const auto *refusal = std::get_if<Failure>(&result)) {
+        throw Refusals::soundNotAllowed(refusal->reason.toStdString());
     }
-    return answer.location;
+    return std::get<QString>(result);
 }
 
 CMReply<QVariant> ClientSounds::playMusic(const QVariant &value) const
 {
-    // A record with the source, or the source alone; none for the last one.
+    // The source, as a record or by itself. An empty one means the last source.
     const QString source = value.userType() == QMetaType::QVariantHash
                                ? TavoValue(value.toHash()).string_()
                                : TavoCodec<QString>::read(value);
@@ -138,9 +136,9 @@ void ClientSounds::on_sound_responded(const CMSetDataRequest &request)
     if (sound == m_sounds.end()) {
         return;
     }
-    const CMPath wanted = sound->second.item.playbackResponsePath();
-    if (!wanted.isEmpty()) {
-        CMRoot()->invoke(wanted, request.value(), {});
+    const CMPath target = sound->second.item.playbackResponsePath();
+    if (!target.isEmpty()) {
+        CMRoot()->invoke(target, request.value(), {});
     }
     if (isEnd(TavoValue(request.value().toHash()).notificationPlayerResponse().type())) {
         forget(request.path());
@@ -165,7 +163,7 @@ void ClientSounds::on_player_nodeChanged(const CMPath & /*path*/, bool published
     if (published) {
         return;
     }
-    // It has taken its sounds with it, and reports of none any more.
+    // Its sounds have gone with it, and no response will come.
     for (const auto &[path, sound] : std::exchange(m_sounds, {})) {
         sound.node->dispose();
     }

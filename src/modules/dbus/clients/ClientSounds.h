@@ -3,7 +3,6 @@
 
 #pragma once
 
-#include "modules/dbus/DbusConfiguration.h"
 #include "PathHash.h"
 #include "Quotas.h"
 #include "SoundAccess.h"
@@ -18,31 +17,34 @@
 class Clients;
 
 /// The sounds that clients have enqueued, and those of their notifications, each from its request to
-/// its end. All count, those of clients that have left too.
+/// its end. They count as the client's, and in the total after the client has left.
 ///
-/// Thread and owner: its worker's. Each is watched by a node of its own, which hands its responses on
-/// to where the client wants them. What loops ends with its client; the rest is heard to its end.
+/// Owned by the worker, used in its thread. Each sound gets a response path of the module's own, and
+/// its responses are passed on to the client's. When a client leaves, its looped sounds are cancelled;
+/// the others play to their end.
 class ClientSounds : public QObject
 {
     Q_OBJECT
 
 public:
-    ClientSounds(Clients &clients, CMNodes *nodes, const DbusConfiguration::Sounds &configuration);
+    ClientSounds(Clients &clients, CMNodes *nodes, SoundAccess access);
 
-    /// Sends a client's request for a sound on; the reply is the player's. Throws
-    /// BusError::limitExceeded() for one too many, BusError::accessDenied() for a sound that
-    /// clients may not have played, or a response path as checkTarget() does.
+    /// The sounds that clients may play.
+    const SoundAccess &access() const { return m_access; }
+
+    /// Passes on a client's request to enqueue a sound. Throws BusError::limitExceeded() for one sound
+    /// too many, and BusError::accessDenied() for a sound or a response path that is not allowed.
     CMReply<QVariant> enqueue(const std::string &client, const QVariant &value);
 
-    /// Enqueues a sound on behalf of a client, who named its location or not. Throws
+    /// Enqueues the sound of a client's notification, which has been checked. Throws
     /// BusError::limitExceeded() as enqueue() does.
     CMReply<QVariant> play(const std::string &client, const TavoNotificationPlayerItem &item);
 
-    /// Sends a client's request for music on. Throws BusError::accessDenied() as enqueue() does.
+    /// Passes on a client's request to play music. Throws BusError::accessDenied() as enqueue() does.
     CMReply<QVariant> playMusic(const QVariant &value) const;
 
-    /// Throws BusError::accessDenied() for a path where only the player reports: a client that did
-    /// could have a sound forgotten that still plays.
+    /// Throws BusError::accessDenied() for a path where only the player reports. A client that could
+    /// report there could have a playing sound forgotten.
     static void checkTarget(const CMPath &path);
 
 private Q_SLOTS:
@@ -55,11 +57,11 @@ private:
     {
         Quotas::Charge charge;
         TavoNotificationPlayerItem item;
-        CMActivateNode *node; ///< the node set's
+        CMActivateNode *node; ///< receives the responses; owned by the node set
     };
 
     CMReply<QVariant> send(const std::string &client, TavoNotificationPlayerItem item,
-                           TavoValue wish);
+                           TavoValue request);
     void checkAccess(TavoNotificationPlayerItem &item) const;
     QString allowed(const QString &location, SoundAccess::Kind kind) const;
     CMPath watch(const std::string &client, const TavoNotificationPlayerItem &item);

@@ -14,14 +14,14 @@
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 
-/// One rule for all clients: the bus tells of every name that nobody has any more.
+/// One rule for all clients: the bus reports every name that loses its owner.
 constexpr const char *vanishedRule =
     "type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg2=''";
 
-/// What the connection answers by itself is a few bytes, but for an object's description and values.
+/// The replies that sd-bus makes by itself are short, except the description of an object.
 constexpr std::size_t descriptionBytes = 1 << 13;
 
-std::size_t ownAnswerBytes(const BusMessage &call)
+std::size_t builtInReplyBytes(const BusMessage &call)
 {
     const char *interface = sd_bus_message_get_interface(call.get());
     const bool isDescription =
@@ -29,17 +29,17 @@ std::size_t ownAnswerBytes(const BusMessage &call)
     return isDescription ? descriptionBytes : UnreadBytes::messageBytes;
 }
 
-void sendTo(const std::string &client, const BusMessage &answer)
+void sendReply(const BusMessage &reply, const std::string &client)
 {
     try {
-        answer.send();
+        reply.send();
     } catch (const BusError &error) {
         LOG4CPLUS_WARN(logger, "An answer to " << client << " can't be sent: " << error.what());
     }
 }
 } // namespace
 
-Clients::Clients(BusConnection &bus, const DbusConfiguration::Limits &limits)
+Clients::Clients(BusConnection &bus, const ClientLimits &limits)
     : m_bus(bus)
     , m_limits(limits)
     , m_quotas(limits)
@@ -53,67 +53,52 @@ bool Clients::pass(const BusMessage &call)
 {
     // A bus adds the sender; without one there is nobody to reply to.
     const std::string client = call.sender();
-    if (client.empty() || !m_unread.takeCall(client, ownAnswerBytes(call))) {
+    if (client.empty() || !m_unread.admitCall(client, builtInReplyBytes(call))) {
         return false;
     }
     m_quotas.countRequest(client);
     return true;
 }
 
+template <typename Action>
+void Clients::whenReading(const BusMessage &call, std::size_t bytes, const Action &action)
+{
+    const std::string client = call.sender();
+    if (m_unread.admitReply(client, bytes)) {
+        run(call, action);
+        return;
+    }
+    m_unread.decideLater(client, bytes, [this, call, action](UnreadBytes::Verdict verdict) {
+        if (verdict == UnreadBytes::Verdict::Send) {
+            run(call, action);
+        } else if (verdict == UnreadBytes::Verdict::Refuse) {
+            refuse(call, m_unread.refusal(call.sender()));
+        }
+    });
+}
+
 void Clients::handle(const BusMessage &call, const Handler &handler)
 {
-    const std::string client = call.sender();
-    if (m_unread.take(client, 0)) {
-        run(call, handler);
-        return;
-    }
-    m_unread.hold(client, 0, [this, call, handler](UnreadBytes::Verdict verdict) {
-        if (verdict == UnreadBytes::Verdict::Send) {
-            run(call, handler);
-        } else {
-            refuseUnread(call, verdict);
-        }
-    });
+    whenReading(call, 0, handler);
 }
 
-void Clients::run(const BusMessage &call, const Handler &handler)
+void Clients::reply(const BusMessage &call, const BusMessage &reply, std::size_t bytes)
 {
-    try {
-        handler(call);
-    } catch (...) {
-        refuse(call, BusError::fromCaught());
-    }
+    whenReading(call, bytes,
+                [reply](const BusMessage &repliedTo) { sendReply(reply, repliedTo.sender()); });
 }
 
-void Clients::answer(const BusMessage &call, const BusMessage &answer, std::size_t bytes)
+void Clients::refuseForCaught(const BusMessage &call)
 {
-    const std::string client = call.sender();
-    if (m_unread.take(client, bytes)) {
-        sendTo(client, answer);
-        return;
-    }
-    m_unread.hold(client, bytes, [this, call, answer](UnreadBytes::Verdict verdict) {
-        if (verdict == UnreadBytes::Verdict::Send) {
-            sendTo(call.sender(), answer);
-        } else {
-            refuseUnread(call, verdict);
-        }
-    });
-}
-
-void Clients::refuseUnread(const BusMessage &call, UnreadBytes::Verdict verdict)
-{
-    if (verdict == UnreadBytes::Verdict::Refuse) {
-        refuse(call, BusError::limitExceeded(m_unread.refusal(call.sender())));
-    }
+    refuse(call, BusError::fromCaught());
 }
 
 void Clients::refuse(const BusMessage &call, const BusError &error)
 {
     const std::string client = call.sender();
-    m_unread.add(client, error.message().size());
+    m_unread.addReply(client, error.message().size());
     try {
-        sendTo(client, call.createErrorReply(error));
+        sendReply(call.createErrorReply(error), client);
     } catch (const BusError &failure) {
         LOG4CPLUS_WARN(logger, "A refusal can't be written: " << failure.what());
     }
@@ -124,7 +109,7 @@ bool Clients::send(const std::string &client, const BusMessage &signal, std::siz
     if (!m_quotas.knows(client)) {
         return true;
     }
-    if (!m_unread.takeSignal(client, bytes + UnreadBytes::messageBytes)) {
+    if (!m_unread.admitSignal(client, bytes + UnreadBytes::messageBytes)) {
         return false;
     }
     signal.sendTo(client);
@@ -146,13 +131,13 @@ void Clients::on_bus_lost()
     for (const std::string &client : m_quotas.clients()) {
         forget(client);
     }
-    // What ends with its clients may still have been answered to others.
+    // After the clients: what ends with them may still have been sent to others.
     m_unread.stop();
 }
 
 void Clients::on_name_vanished(const BusMessage &message)
 {
-    // Called by the connection, which doesn't expect anything to be thrown.
+    // Called by the connection, which expects no exception.
     try {
         if (message.isFromBus()) {
             forget(BusReader(message).readString().toStdString());

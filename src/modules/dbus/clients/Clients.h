@@ -3,12 +3,13 @@
 
 #pragma once
 
-#include "modules/dbus/DbusConfiguration.h"
+#include "ClientLimits.h"
 #include "Quotas.h"
 #include "UnreadBytes.h"
 
 #include <bus/BusHandles.h>
 #include <bus/BusMessage.h>
+#include <bus/BusObject.h>
 #include <bus/CallFilter.h>
 
 #include <QObject>
@@ -20,39 +21,58 @@
 class BusConnection;
 class BusError;
 
-/// The programs on the bus that have asked for something, by their unique names.
+/// The programs on the bus that have sent calls, by their unique names.
 ///
-/// Thread and owner: its worker's. Every call that comes in is counted before anything answers it, so
-/// that a client is known from its first call to its end. What is sent to clients goes through here
-/// too, so that who reads nothing stops nobody.
+/// Owned by the worker, used in its thread. Every call is counted before it is handled, so that a client
+/// is known from its first call until it leaves. Replies and signals go through here, too, so that a
+/// client that reads nothing stops nobody else.
 class Clients : public QObject
 {
     Q_OBJECT
 
 public:
-    Clients(BusConnection &bus, const DbusConfiguration::Limits &limits);
+    Clients(BusConnection &bus, const ClientLimits &limits);
 
-    const DbusConfiguration::Limits &limits() const { return m_limits; }
+    const ClientLimits &limits() const { return m_limits; }
     Quotas &quotas() { return m_quotas; }
 
     using Handler = std::function<void(const BusMessage &call)>;
 
-    /// Has a call handled, and answers what that throws: now, or when it is known that the client reads
-    /// its answers. Calls of one client are handled in their order. Throws nothing.
-    void handle(const BusMessage &call, const Handler &handler);
+    /// Has calls of a method handled by a member function, which sends the reply or throws the error.
+    /// A call is handled at once, or when it is known that the client reads its replies, and otherwise
+    /// refused. The calls of one client are handled in their order.
+    template <typename Receiver>
+    void serve(BusObject &object, const char *method, Receiver *receiver,
+               void (Receiver::*member)(const BusMessage &call))
+    {
+        const Handler handler = [receiver, member](const BusMessage &call) {
+            (receiver->*member)(call);
+        };
+        object.setMethod(method,
+                         [this, handler](const BusMessage &call) { handle(call, handler); });
+    }
 
-    /// Calls a handler at once; what it throws is sent as the error reply.
-    void run(const BusMessage &call, const Handler &handler);
+    /// Calls a handler at once. What it throws is sent as the error reply.
+    template <typename Handle>
+    void run(const BusMessage &call, const Handle &handle)
+    {
+        try {
+            handle(call);
+        } catch (...) {
+            refuseForCaught(call);
+        }
+    }
 
-    /// Sends the answer to a call, of about so many bytes beside its head; or a refusal when too much
-    /// of what the client was sent is unread. Throws nothing.
-    void answer(const BusMessage &call, const BusMessage &answer, std::size_t bytes);
+    /// Sends the reply to a call, of about so many bytes besides its header. It is refused when the client
+    /// has left too much unread. Throws nothing.
+    void reply(const BusMessage &call, const BusMessage &reply, std::size_t bytes);
 
-    /// Sends a signal to the client alone, if it is there; false when it reads too little for that.
+    /// Sends a signal to one client, if it is still there. False when the client has left too much unread.
     bool send(const std::string &client, const BusMessage &signal, std::size_t bytes);
 
 Q_SIGNALS:
-    /// A client has left the bus, or the bus has gone with all of them: what it had ends.
+    /// A client has left the bus, or the bus has gone with all of them. What the client held must be
+    /// given back.
     void left(const std::string &client);
 
 private Q_SLOTS:
@@ -61,13 +81,19 @@ private Q_SLOTS:
 
 private:
     bool pass(const BusMessage &call);
+    void handle(const BusMessage &call, const Handler &handler);
+
+    /// Runs the action, after which about so many bytes are sent, when the client reads its replies.
+    template <typename Action>
+    void whenReading(const BusMessage &call, std::size_t bytes, const Action &action);
+
     void refuse(const BusMessage &call, const BusError &error);
-    void refuseUnread(const BusMessage &call, UnreadBytes::Verdict verdict);
+    void refuseForCaught(const BusMessage &call);
     void forget(const std::string &client);
     void on_name_vanished(const BusMessage &message);
 
     BusConnection &m_bus;
-    const DbusConfiguration::Limits &m_limits;
+    const ClientLimits &m_limits;
     Quotas m_quotas;
     UnreadBytes m_unread;
     std::unique_ptr<CallFilter> m_filter; ///< while connected

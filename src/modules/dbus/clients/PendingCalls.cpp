@@ -16,10 +16,10 @@ const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 
 std::size_t bytesOf(const CMError &error)
 {
-    constexpr std::size_t mostBytesOfCharacter = 3;
+    constexpr std::size_t maxBytesPerCharacter = 3;
     const int characters =
         error.message().toString().size() + error.name().size() + error.title().toString().size();
-    return mostBytesOfCharacter * std::size_t(characters);
+    return maxBytesPerCharacter * std::size_t(characters);
 }
 } // namespace
 
@@ -78,15 +78,15 @@ void PendingCalls::send(const BusMessage &call, const CMReply<QVariant> &reply, 
 {
     const CMError error = reply.error();
     if (error.isError()) {
-        m_clients.answer(call, ModelErrors::createReply(call, error), bytesOf(error));
+        m_clients.reply(call, ModelErrors::createReply(call, error), bytesOf(error));
         return;
     }
     BusWriter answer(call.createReply(), BusWriter::maxMessageBytes);
     try {
         write(answer, reply.value());
     } catch (const BusError &unsupported) {
-        m_clients.answer(call, call.createErrorReply(unsupported), 0);
+        m_clients.reply(call, call.createErrorReply(unsupported), 0);
         return;
     }
-    m_clients.answer(call, answer.message(), answer.bytesWritten());
+    m_clients.reply(call, answer.message(), answer.bytesWritten());
 }

@@ -17,10 +17,10 @@
 class BusWriter;
 class Clients;
 
-/// Calls from the bus whose answers come out of the model: each is answered when the model's reply
-/// is there, and nothing waits for it. Those of a client that leaves are forgotten.
+/// Calls that wait for a reply of the model. Each is answered when the reply is finished; nothing else
+/// waits for it. The calls of a client that leaves are forgotten.
 ///
-/// Thread and owner: its worker's.
+/// Owned by ModelInterface, used in its thread.
 class PendingCalls : public QObject
 {
     Q_OBJECT
@@ -28,18 +28,18 @@ class PendingCalls : public QObject
 public:
     explicit PendingCalls(Clients &clients);
 
-    /// Writes a reply's value into the answer.
-    using Write = void (*)(BusWriter &answer, const QVariant &value);
+    /// Writes the value of the model's reply.
+    using Write = void (*)(BusWriter &reply, const QVariant &value);
 
-    /// Counts a call, whose values take so many bytes, among those that wait. Throws
-    /// BusError::limitExceeded() when too much waits already.
+    /// Counts a call that waits, and the bytes of the values in it. Throws BusError::limitExceeded() when
+    /// too much waits already.
     Quotas::Charge charge(const BusMessage &call, std::size_t bytes);
 
-    /// Answers the call with the reply, or its error; now if the reply is finished.
+    /// Answers the call with the reply's value or error, at once if the reply is finished.
     void answer(const BusMessage &call, const CMReply<QVariant> &reply, Write write,
                 Quotas::Charge charge);
 
-    /// Forgets all calls: the bus that they came from has gone.
+    /// Forgets all calls, because the bus has gone.
     void clear();
 
 private Q_SLOTS:
@@ -59,7 +59,7 @@ private:
 
     Clients &m_clients;
 
-    /// Here and not with the replies' watchers: those may go in any thread, a message must not.
+    /// Not kept by the watchers of replies: those may be destroyed in any thread, a message may not.
     Calls m_calls;
     quint64 m_lastNumber = 0;
 };

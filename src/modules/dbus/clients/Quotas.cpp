@@ -3,7 +3,7 @@
 
 #include "Quotas.h"
 
-#include <bus/BusError.h>
+#include "Refusals.h"
 
 #include <algorithm>
 #include <limits>
@@ -47,7 +47,7 @@ const std::string &Quotas::Charge::client() const
     return m_account ? m_account->client : nobody;
 }
 
-Quotas::Quotas(const DbusConfiguration::Limits &limits)
+Quotas::Quotas(const ClientLimits &limits)
     : m_requestsPerSecond(limits.requestsPerSecond)
     , m_limits{{{std::size_t(limits.subscriptions), unlimited, "subscriptions"},
                 {std::size_t(limits.inboxes), unlimited, "inboxes"},
@@ -80,8 +80,7 @@ void Quotas::countRequest(const std::string &client)
     known.requests = std::min(burstSeconds * m_requestsPerSecond,
                               known.requests + elapsed.count() * m_requestsPerSecond);
     if (known.requests < 1) {
-        throw BusError::limitExceeded("No more than " + std::to_string(m_requestsPerSecond) +
-                                      " requests a second are taken from a client");
+        throw Refusals::tooManyRequests(m_requestsPerSecond);
     }
     known.requests -= 1;
 }
@@ -93,13 +92,11 @@ Quotas::Charge Quotas::charge(const std::string &client, Kind kind, std::size_t 
     const std::size_t own = known->held[kind] + amount;
     const std::size_t all = m_totals[kind] + amount;
     if (own > limit.perClient) {
-        throw BusError::limitExceeded("A client may have no more than " +
-                                      std::to_string(limit.perClient) + ' ' + limit.what);
+        throw Refusals::clientHoldsTooMuch(limit.perClient, limit.what);
     }
     // Where one client has no limit of its own, it takes no more than it leaves for the others.
     if (all + (limit.perClient == unlimited ? own : 0) > limit.total) {
-        throw BusError::limitExceeded("All clients together may have no more than " +
-                                      std::to_string(limit.total) + ' ' + limit.what);
+        throw Refusals::allClientsHoldTooMuch(limit.total, limit.what);
     }
     return {known, kind, amount};
 }

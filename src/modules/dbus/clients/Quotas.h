@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "modules/dbus/DbusConfiguration.h"
+#include "ClientLimits.h"
 
 #include <array>
 #include <chrono>
@@ -46,7 +46,7 @@ public:
         std::size_t m_amount = 0;
     };
 
-    explicit Quotas(const DbusConfiguration::Limits &limits);
+    explicit Quotas(const ClientLimits &limits);
 
     /// Counts a request. Throws BusError::limitExceeded() for a client that sends too many in too
     /// short a time.

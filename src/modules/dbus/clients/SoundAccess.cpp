@@ -16,11 +16,11 @@
 namespace {
 const QString fileScheme = QStringLiteral("file");
 
-SoundAccess::Answer refuse(const QString &location, const QString &why)
+Failure refusal(const QString &location, const QString &reason)
 {
-    // Whatever a client sent, a line of the log stays one, and of a bearable length.
-    constexpr int longest = 200;
-    return {{}, QStringLiteral("\"%1\" %2").arg(location.left(longest).simplified(), why)};
+    // A client's text must neither break a line of the log nor fill it.
+    constexpr int maxSize = 200;
+    return {QStringLiteral("\"%1\" %2").arg(location.left(maxSize).simplified(), reason)};
 }
 
 bool isOfKind(const QString &path, SoundAccess::Kind kind)
@@ -48,37 +48,38 @@ SoundAccess::SoundAccess(QStringList schemes, const QStringList &folders)
     }
 }
 
-SoundAccess::Answer SoundAccess::check(const QString &location, Kind kind) const
+Result<QString> SoundAccess::check(const QString &location, Kind kind) const
 {
     const Result<SoundLocation> parsed = parseSoundLocation(location);
     if (const auto *failure = std::get_if<Failure>(&parsed)) {
-        return refuse(location, failure->reason);
+        return refusal(location, failure->reason);
     }
     const auto &[path, url] = std::get<SoundLocation>(parsed);
     if (!url.isEmpty()) {
-        return m_schemes.contains(url.scheme())
-                   ? Answer{location, {}}
-                   : refuse(location, QStringLiteral("has a scheme that is not allowed"));
+        if (!m_schemes.contains(url.scheme())) {
+            return refusal(location, QStringLiteral("has a scheme that is not allowed"));
+        }
+        return location;
     }
     if (!path.startsWith('/')) {
-        return refuse(location, QStringLiteral("is neither an absolute path nor a URI"));
+        return refusal(location, QStringLiteral("is neither an absolute path nor a URI"));
     }
     return checkPath(location, path, kind);
 }
 
-SoundAccess::Answer SoundAccess::checkPath(const QString &location, const QString &path,
-                                           Kind kind) const
+Result<QString> SoundAccess::checkPath(const QString &location, const QString &path,
+                                       Kind kind) const
 {
     if (!m_schemes.contains(fileScheme)) {
-        return refuse(location, QStringLiteral("has a scheme that is not allowed"));
+        return refusal(location, QStringLiteral("has a scheme that is not allowed"));
     }
     const QString canonical = QFileInfo(path).canonicalFilePath();
     const bool isAllowed =
         std::any_of(m_folders.begin(), m_folders.end(),
                     [&](const QString &folder) { return isBelow(canonical, folder); });
-    // One text for both: a client doesn't learn what there is in other folders.
+    // One text for both: a client must not learn what other folders hold.
     if (!isAllowed || !isOfKind(canonical, kind)) {
-        return refuse(location, QStringLiteral("is no file in an allowed folder"));
+        return refusal(location, QStringLiteral("is no file in an allowed folder"));
     }
-    return {canonical, {}};
+    return canonical;
 }

@@ -3,33 +3,29 @@
 
 #pragma once
 
+#include <base/Result.h>
+
 #include <QString>
 #include <QStringList>
 
-/// Says which sounds clients of the bus may have played: by the schemes of their URIs and, for files,
-/// the folders in which they are. A value; thread: any.
+/// Which sounds clients may play: by the scheme of a URI and, for files, by the folder. A value, used
+/// from any thread.
 class SoundAccess
 {
 public:
-    /// The schemes, such as "file" or "https", and the folders, absolute; files below them are
-    /// allowed, whatever links lead there.
+    /// Files in and below the folders, which are absolute paths, are allowed. What counts is where links
+    /// lead.
     SoundAccess(QStringList schemes, const QStringList &folders);
 
-    struct Answer
-    {
-        QString location; ///< what to play; empty: not allowed
-        QString refusal;  ///< why not, for people
-    };
-
-    /// What may be on disk: a file, or also a pipe that somebody writes into.
+    /// What may be on disk: only a file, or a pipe as well.
     enum class Kind { File, Stream };
 
-    /// Whether the sound at a URI or an absolute path may be played. What is on disk is answered with
-    /// its path without links, so that what was looked at is what will be played.
-    Answer check(const QString &location, Kind kind = Kind::File) const;
+    /// The location to play for a URI or an absolute path, or the reason why it is not allowed. For a
+    /// file it is the path without links, so that what was checked is what is played.
+    Result<QString> check(const QString &location, Kind kind = Kind::File) const;
 
 private:
-    Answer checkPath(const QString &location, const QString &path, Kind kind) const;
+    Result<QString> checkPath(const QString &location, const QString &path, Kind kind) const;
 
     const QStringList m_schemes;
     QStringList m_folders; ///< without links

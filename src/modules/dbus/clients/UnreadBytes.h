@@ -3,7 +3,8 @@
 
 #pragma once
 
-#include "modules/dbus/DbusConfiguration.h"
+#include "ClientLimits.h"
+#include "UnreadProbe.h"
 
 #include <QObject>
 #include <QTimer>
@@ -11,72 +12,75 @@
 #include <cstddef>
 #include <deque>
 #include <functional>
+#include <optional>
 #include <string>
 #include <unordered_map>
 
 class BusConnection;
-class BusMessage;
+class BusError;
 
-/// How much of what each client was sent it hasn't read. A bus may count that as the sender's, and
-/// read nothing more from a sender that has used up its share: one client that never reads would
-/// silence the host for all.
+/// Counts what each client was sent and has not read. A bus may count that as the sender's, and read
+/// nothing more from a sender that has used up its share: one client that never reads would silence
+/// the host for all.
 ///
-/// What is sent is counted, and the bus is asked how much of it waits: often enough for the count to
-/// stay near the truth, and always before a client is refused anything. Of a bus that doesn't tell,
-/// such as one that counts it as the reader's, answers are never refused; signals are when the client
-/// itself doesn't answer.
+/// The bus is asked how much of what was sent is still unread: often enough for the count to stay near
+/// the truth, and always before a client is refused anything. On a bus that does not tell, such as one
+/// that counts it as the receiver's, replies are never refused; signals are when the client does not
+/// reply to a ping either.
 ///
-/// Thread and owner: its worker's.
+/// Owned by Clients, used in the worker's thread.
 class UnreadBytes : public QObject
 {
     Q_OBJECT
 
 public:
-    /// About what a message takes beside the values in it.
+    /// About what a message takes besides the values in it.
     static constexpr std::size_t messageBytes = 256;
 
-    UnreadBytes(BusConnection &bus, const DbusConfiguration::Limits &limits);
+    UnreadBytes(BusConnection &bus, const ClientLimits &limits);
 
-    /// The bus is there, or has gone with all that was sent over it.
+    /// There is a new bus.
     void start();
+    /// The bus has gone, with everything that was sent.
     void stop();
-
     /// The client has left.
     void forget(const std::string &client);
 
-    /// Whether a call may be answered at all, be it with a refusal; then about so many bytes are
-    /// counted for that.
-    bool takeCall(const std::string &client, std::size_t bytes);
+    /// Whether a call may be replied to, if only with an error. Counts so many bytes for that.
+    bool admitCall(const std::string &client, std::size_t bytes);
 
-    /// Counts an answer that is sent in any case.
-    void add(const std::string &client, std::size_t bytes);
+    /// Whether a reply may be sent now. Counts it. When a client has read everything, one reply may be
+    /// larger than its limit.
+    bool admitReply(const std::string &client, std::size_t bytes);
 
-    /// Whether an answer may be sent now; then it is counted. What a client is sent when nothing
-    /// waits may be larger than its limit.
-    bool take(const std::string &client, std::size_t bytes);
+    /// Counts a reply that is sent in any case.
+    void addReply(const std::string &client, std::size_t bytes);
+
+    /// Whether a signal may be sent. Counts it.
+    bool admitSignal(const std::string &client, std::size_t bytes);
 
     enum class Verdict {
-        Send,   ///< and it is counted
-        Refuse, ///< too much waits
-        Ignore  ///< so much that a refusal is too much
+        Send,   ///< the reply is counted
+        Refuse, ///< too much is unread
+        Ignore  ///< so much is unread that not even an error may be sent
     };
     using Decide = std::function<void(Verdict verdict)>;
 
-    /// Where take() says no: asks the bus, and decides when it has answered. What is decided of one
-    /// client is decided in the order of these calls; take() says no while there are any.
-    void hold(const std::string &client, std::size_t bytes, Decide decide);
+    /// Decides about a reply that was not admitted as soon as the bus has told what is unread. Replies to
+    /// one client are decided in their order, and none is admitted before.
+    void decideLater(const std::string &client, std::size_t bytes, Decide decide);
 
-    /// Why take() says no, for people.
-    std::string refusal(const std::string &client) const;
-
-    /// Whether a signal may be sent; then it is counted.
-    bool takeSignal(const std::string &client, std::size_t bytes);
+    /// The error for a reply that is refused.
+    BusError refusal(const std::string &client) const;
 
 private Q_SLOTS:
+    void on_probe_answered(const std::string &client,
+                           const std::optional<std::size_t> &unreadBytes);
+    void on_probe_statisticsMissing();
     void on_timer_timeout();
 
 private:
-    struct Held
+    struct Undecided
     {
         std::size_t bytes;
         Decide decide;
@@ -85,17 +89,17 @@ private:
     struct Client
     {
         std::size_t before = 0; ///< sent before the last question, and not known to be read
-        std::size_t since = 0;  ///< sent after it
-        std::size_t known = 0;  ///< what waited when the last question was answered
-        /// Signals, and small answers to calls, since it was last known not to have too much unread:
-        /// as much again as its limit of either is sent until the bus has told.
+        std::size_t since = 0;  ///< sent since the last question
+        std::size_t known = 0;  ///< unread by the last answer
+        /// Bytes of signals, and of small replies to calls, since the client was last known to read. Of
+        /// either, as much as its limit is sent before the bus has told.
         std::size_t signals = 0;
         std::size_t calls = 0;
-        bool isAsked = false;      ///< a question is under way
-        bool isToAskAgain = false; ///< of what was sent after it, before anything is decided
-        std::deque<Held> held;
+        bool isAsked = false;   ///< a question is under way
+        bool asksAgain = false; ///< before deciding: something was sent after the question
+        std::deque<Undecided> undecided;
 
-        std::size_t all() const { return before + since; }
+        std::size_t total() const { return before + since; }
     };
     using ClientMap = std::unordered_map<std::string, Client>;
 
@@ -103,23 +107,17 @@ private:
     bool isTooMuch(std::size_t bytes) const;
     bool isIgnored(const Client &client) const;
     void count(ClientMap::value_type &entry, std::size_t bytes);
-
     void ask(ClientMap::value_type &entry);
-    void askBus(const std::string &client);
-    void askClient(const std::string &client);
-    void on_bus_answered(const std::string &client, const BusMessage &reply);
-    void on_client_answered(const std::string &client, const BusMessage &reply);
-    void doWithoutBus(const std::string &reason);
-    void confirm(Client &client, std::size_t waiting);
-    void settle(const std::string &client);
+    void confirm(Client &client, std::size_t unreadBytes);
+    void decide(const std::string &client);
 
     BusConnection &m_bus;
-    const std::size_t m_most;
-    const std::size_t m_mostOfAll;
-    const std::size_t m_mostWithReserve; ///< the reserve is for who has little unread
-    const std::size_t m_little;          ///< as good as nothing
+    const std::size_t m_maxBytes;        ///< of one client
+    const std::size_t m_maxTotal;        ///< of all clients
+    const std::size_t m_maxWithReserve;  ///< the reserve is for clients with little unread
+    const std::size_t m_negligibleBytes; ///< of one client
     ClientMap m_clients;
-    std::size_t m_all = 0; ///< of all clients
-    bool m_isToldByBus = true;
-    QTimer m_timer; ///< while somebody has too much unread
+    std::size_t m_total = 0; ///< of all clients
+    UnreadProbe m_probe;
+    QTimer m_timer; ///< runs while a client has too much unread
 };

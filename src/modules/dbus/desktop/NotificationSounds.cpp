@@ -8,15 +8,13 @@
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 
-/// So many different refusals are told; who causes more doesn't fill the log.
-constexpr int mostRefusals = 100;
+/// Of different ones in the log, so that nobody can fill it.
+constexpr int maxLoggedRefusals = 100;
 } // namespace
 
-NotificationSounds::NotificationSounds(ClientSounds &sounds,
-                                       const DbusConfiguration::Sounds &configuration)
+NotificationSounds::NotificationSounds(ClientSounds &sounds, const QString &theme)
     : m_clientSounds(sounds)
-    , m_access(configuration.schemes, configuration.folders)
-    , m_theme(configuration.theme)
+    , m_theme(theme)
 {
 }
 
@@ -24,7 +22,7 @@ void NotificationSounds::play(const std::string &client, quint32 id, const QStri
                               const QString &event, TavoNotificationItemPriority::Enum priority)
 {
     stop(id);
-    // The theme's sounds are the device's own: clients choose among them, not where they are.
+    // A client may choose any sound of the theme, wherever its file is.
     const QString location = file.isEmpty() ? m_theme.find(event) : allowedFile(file);
     if (location.isEmpty()) {
         return;
@@ -40,16 +38,17 @@ void NotificationSounds::play(const std::string &client, quint32 id, const QStri
 
 QString NotificationSounds::allowedFile(const QString &file)
 {
-    const SoundAccess::Answer answer = m_access.check(file);
-    if (answer.location.isEmpty()) {
-        logOnce(answer.refusal);
+    const Result<QString> result = m_clientSounds.access().check(file);
+    if (const auto *refusal = std::get_if<Failure>(&result)) {
+        logOnce(refusal->reason);
+        return {};
     }
-    return answer.location;
+    return std::get<QString>(result);
 }
 
 void NotificationSounds::logOnce(const QString &refusal)
 {
-    if (!m_refused.contains(refusal) && m_refused.size() < mostRefusals) {
+    if (!m_refused.contains(refusal) && m_refused.size() < maxLoggedRefusals) {
         m_refused.insert(refusal);
         LOG4CPLUS_WARN(logger, "A notification's sound is not played: " << refusal);
     }
@@ -74,7 +73,7 @@ void NotificationSounds::stop(quint32 id)
 {
     const QString sound = m_sounds.take(id);
     if (!sound.isEmpty()) {
-        // One that has ended is unknown to the player, which is as well.
+        // If it has ended, the player refuses that, which does no harm.
         CMRoot()->invoke(TavoNotificationPlayerCancelPath(), TavoValue().setString_(sound),
                          CMReply<QVariant>());
     }

@@ -4,8 +4,6 @@
 #pragma once
 
 #include "modules/dbus/clients/ClientSounds.h"
-#include "modules/dbus/clients/SoundAccess.h"
-#include "modules/dbus/DbusConfiguration.h"
 #include "SoundTheme.h"
 
 #include <core/tavo.h>
@@ -18,25 +16,24 @@
 
 /// The sounds of desktop notifications, at most one for each.
 ///
-/// Thread and owner: its worker's. A sound that can't be played is a warning in the log: the
+/// Owned by the worker, used in its thread. A sound that can't be played is logged as a warning, and its
 /// notification is shown without it.
 class NotificationSounds : public QObject
 {
     Q_OBJECT
 
 public:
-    NotificationSounds(ClientSounds &sounds, const DbusConfiguration::Sounds &configuration);
+    NotificationSounds(ClientSounds &sounds, const QString &theme);
 
-    /// Plays a notification's sound, in place of the one that it had: the file if one is named, as
-    /// far as clients may have it played, or else the theme's sound for the event. It counts as one
-    /// of the client's sounds until it ends.
+    /// Plays a notification's sound in place of its previous one: the file, if one is given and
+    /// allowed, or else the theme's sound for the event. It counts as one of the client's sounds.
     void play(const std::string &client, quint32 id, const QString &file, const QString &event,
               TavoNotificationItemPriority::Enum priority);
 
-    /// Ends a notification's sound, if it has one that still sounds or waits.
+    /// Cancels a notification's sound, if it has one.
     void stop(quint32 id);
 
-    /// Lets a notification's sound end by itself.
+    /// Lets a notification's sound play to its end.
     void release(quint32 id) { m_sounds.remove(id); }
 
 private:
@@ -45,9 +42,8 @@ private:
     void logOnce(const QString &refusal);
 
     ClientSounds &m_clientSounds;
-    const SoundAccess m_access;
     const SoundTheme m_theme;
-    QHash<quint32, QString> m_sounds; ///< what the player knows them by
+    QHash<quint32, QString> m_sounds; ///< their ids for the player, by notification
     quint32 m_played = 0;
-    QSet<QString> m_refused; ///< said in the log already
+    QSet<QString> m_refused; ///< already logged
 };

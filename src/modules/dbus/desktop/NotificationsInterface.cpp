@@ -4,6 +4,7 @@
 #include "NotificationsInterface.h"
 
 #include "modules/dbus/clients/Clients.h"
+#include "modules/dbus/clients/Refusals.h"
 
 #include <bus/BusConnection.h>
 #include <bus/BusError.h>
@@ -20,13 +21,13 @@ constexpr const char *protocolVersion = "1.2";
 } // namespace
 
 NotificationsInterface::NotificationsInterface(BusConnection &bus, Clients &clients, CMNodes *nodes,
-                                               ClientSounds &sounds,
-                                               const DbusConfiguration &configuration)
+                                               ClientSounds &sounds, const QString &soundTheme,
+                                               const NotifyCall::Timeouts &timeouts)
     : m_bus(bus)
     , m_clients(clients)
-    , m_timeouts{configuration.defaultTimeoutMs, configuration.criticalTimeoutMs}
+    , m_timeouts(timeouts)
     , m_notifications(nodes)
-    , m_sounds(sounds, configuration.sounds)
+    , m_sounds(sounds, soundTheme)
 {
     m_bus.ownName(QString::fromStdString(BusInterface::notifications().name));
     tavoConnect(&m_bus, &BusConnection::connected, this, &NotificationsInterface::on_bus_connected);
@@ -40,25 +41,19 @@ NotificationsInterface::NotificationsInterface(BusConnection &bus, Clients &clie
 void NotificationsInterface::on_bus_connected()
 {
     m_object = m_bus.createObject(BusInterface::notifications());
-    add("Notify", &NotificationsInterface::notify);
-    add("CloseNotification", &NotificationsInterface::closeNotification);
-    add("GetCapabilities", &NotificationsInterface::getCapabilities);
-    add("GetServerInformation", &NotificationsInterface::getServerInformation);
+    const auto serve = [this](const char *method, auto handler) {
+        m_clients.serve(*m_object, method, this, handler);
+    };
+    serve("Notify", &NotificationsInterface::notify);
+    serve("CloseNotification", &NotificationsInterface::closeNotification);
+    serve("GetCapabilities", &NotificationsInterface::getCapabilities);
+    serve("GetServerInformation", &NotificationsInterface::getServerInformation);
     m_object->publish();
 }
 
 void NotificationsInterface::on_bus_lost()
 {
     m_object.reset();
-}
-
-void NotificationsInterface::add(const char *method, Handler handler)
-{
-    const Clients::Handler handle = [this, handler](const BusMessage &call) {
-        (this->*handler)(call);
-    };
-    m_object->setMethod(method,
-                        [this, handle](const BusMessage &call) { m_clients.handle(call, handle); });
 }
 
 void NotificationsInterface::notify(const BusMessage &call)
@@ -69,7 +64,7 @@ void NotificationsInterface::notify(const BusMessage &call)
         m_notifications.replace(id, request.notification);
     } else {
         Quotas::Charge charge = m_clients.quotas().charge(call.sender(), Quotas::OpenNotifications);
-        // One that has closed meanwhile is opened again by the id that its client knows.
+        // A notification that has closed is opened again under the id that the client knows.
         id = id != 0 ? id : m_notifications.freeId();
         const CMError error = m_notifications.open(id, request.notification);
         if (error.isError()) {
@@ -91,8 +86,7 @@ void NotificationsInterface::closeNotification(const BusMessage &call)
 {
     const std::uint32_t id = BusReader(call).readUInt32();
     if (!m_notifications.close(id, OpenNotifications::Reason::Closed)) {
-        throw BusError("org.freedesktop.Notifications.InvalidId",
-                       "No notification is open by the id " + std::to_string(id));
+        throw Refusals::notificationNotOpen(id);
     }
     call.createReply().send();
 }
@@ -150,7 +144,7 @@ void NotificationsInterface::on_notifications_closed(quint32 id, OpenNotificatio
     m_charges.erase(id);
     if (reason == OpenNotifications::Reason::Dismissed ||
         reason == OpenNotifications::Reason::Closed) {
-        // Nobody wants to hear any more what has been seen to.
+        // Someone has attended to the notification.
         m_sounds.stop(id);
     } else {
         m_sounds.release(id);

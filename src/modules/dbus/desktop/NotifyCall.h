@@ -16,16 +16,16 @@ class BusMessage;
 /// Texts are made plain. Unknown hints, images among them, are skipped without a copy.
 struct NotifyCall
 {
-    /// How long a notification stays whose client leaves that open.
+    /// The timeouts of notifications for which the client leaves that to the server.
     struct Timeouts
     {
-        int normal;   ///< ms; 0: until it is closed
-        int critical; ///< of those that are critical
+        int normal;   ///< ms; 0: stays until it is closed
+        int critical; ///< of critical notifications
     };
 
     quint32 replacedId = 0; ///< 0: none
     DesktopNotification notification;
-    /// From the hint "x-tavo-priority", for what lies between and beyond the three urgencies.
+    /// From the hint "x-tavo-priority", for priorities other than those of the three urgencies.
     std::optional<TavoNotificationItemPriority::Enum> exactPriority;
 
     bool isSilent = false;

@@ -15,11 +15,11 @@
 
 class Clients;
 
-/// Nodes of clients', at which others' requests reach them: where responses to what a client started
-/// go, for instance.
+/// Nodes that clients have opened in the model to receive requests, such as the responses to a sound
+/// that they started.
 ///
-/// Thread and owner: its worker's. A request is answered at once, with an empty value. A client's
-/// nodes go when it leaves.
+/// Owned by ModelInterface, used in its thread. Each request is answered at once, with an empty value.
+/// When a client leaves, its inboxes are closed.
 class Inboxes : public QObject
 {
     Q_OBJECT
@@ -44,11 +44,11 @@ private:
     struct Inbox
     {
         Quotas::Charge charge;
-        CMActivateNode *node; ///< the node set's
+        CMActivateNode *node; ///< owned by the node set
     };
 
     Clients &m_clients;
     CMNodes *m_nodes;
     std::unordered_map<CMPath, Inbox, PathHash> m_inboxes;
-    quint64 m_lastNumber = 0; ///< no inbox ever has the path of another
+    quint64 m_lastNumber = 0; ///< paths are never used again
 };

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Inboxes.h"
+#include "ModelSignals.h"
 #include "modules/dbus/clients/ClientSounds.h"
 #include "modules/dbus/clients/PendingCalls.h"
 #include "Subscriptions.h"
@@ -13,20 +14,17 @@
 
 #include <QObject>
 
-#include <functional>
 #include <memory>
 #include <string>
-#include <vector>
 
 class BusConnection;
-class BusWriter;
 class Clients;
 
 /// org.tavo.Model1: the model as clients on the bus see it. data/dbus/org.tavo.Model1.xml says what
 /// each method does.
 ///
-/// Thread and owner: its worker's. Every call is answered, but for those of clients that
-/// read nothing (see Clients), and nothing waits for a module to do so.
+/// Owned by the worker, used in its thread. Every call is answered, except those of clients that read
+/// nothing (see Clients). Nothing waits for a module's reply.
 class ModelInterface : public QObject
 {
     Q_OBJECT
@@ -37,19 +35,8 @@ public:
 private Q_SLOTS:
     void on_bus_connected();
     void on_bus_lost();
-    void on_subscriptions_valueChanged(const Subscriptions::Names &clients, const CMPath &path,
-                                       const QVariant &value);
-    void on_subscriptions_rowsChanged(const Subscriptions::Names &clients, const CMPath &path,
-                                      const QStringList &changes, int first, int count);
-    void on_subscriptions_nodeChanged(const Subscriptions::Names &clients, const CMPath &path,
-                                      bool published);
-    void on_inboxes_received(const std::string &client, const CMPath &inbox, const QVariant &value);
 
 private:
-    using Handler = void (ModelInterface::*)(const BusMessage &call);
-
-    void add(const char *method, Handler handler);
-
     void getValue(const BusMessage &call);
     void callNode(const BusMessage &call);
     void list(const BusMessage &call);
@@ -62,18 +49,15 @@ private:
     void openInbox(const BusMessage &call);
     void closeInbox(const BusMessage &call);
 
-    /// Sends a client's request into the model.
+    /// Sends a client's request to a node.
     CMReply<QVariant> send(const std::string &client, const CMPath &path, const QVariant &value);
-
-    /// Sends a signal that the function writes to each of the clients.
-    void emitTo(const char *signal, const Subscriptions::Names &clients,
-                const std::function<void(BusWriter &)> &write);
 
     BusConnection &m_bus;
     Clients &m_clients;
     PendingCalls m_calls;
     Subscriptions m_subscriptions;
     Inboxes m_inboxes;
+    ModelSignals m_signals;
     ClientSounds &m_sounds;
     std::unique_ptr<BusObject> m_object; ///< while connected
 };

@@ -16,9 +16,10 @@
 
 class Clients;
 
-/// Which client wants to know of which changes. The model is asked once for all that want the same.
+/// The changes to which each client has subscribed. The model is subscribed to once for all clients
+/// that want the same change.
 ///
-/// Thread and owner: its worker's. A client's subscriptions end when it leaves.
+/// Owned by ModelInterface, used in its thread. When a client leaves, its subscriptions end.
 class Subscriptions : public QObject
 {
     Q_OBJECT
@@ -29,14 +30,14 @@ public:
 
     explicit Subscriptions(Clients &clients);
 
-    /// One more is no other: a client is told of each change once. Throws
-    /// BusError::limitExceeded() for one too many.
+    /// Does nothing when the client has the subscription already. Throws BusError::limitExceeded() for
+    /// one too many.
     void add(const std::string &client, Change change, const CMPath &path);
 
-    /// False when there is none.
+    /// False when the client has no such subscription.
     bool remove(const std::string &client, Change change, const CMPath &path);
 
-    /// Ends all of a client's; false when there are none.
+    /// Ends all subscriptions of a client. False when there are none.
     bool end(const std::string &client);
 
 Q_SIGNALS:
@@ -79,6 +80,6 @@ private:
     Clients &m_clients;
     std::unordered_map<Subscription, Names, Hash> m_names;
 
-    /// The same the other way round.
+    /// The same by client.
     std::unordered_map<std::string, std::unordered_map<Subscription, Quotas::Charge, Hash>> m_held;
 };

@@ -368,7 +368,8 @@ TEST_F(DbusUnreadByAllTest, TogetherLeavesSomethingForThoseWhoRead)
     EXPECT_LT(waiting, std::size_t(17 * mebi));
     const BusCall large = client->getValue("/test/large"_s);
     EXPECT_EQ(large.errorName(), limitsExceeded);
-    EXPECT_THAT(large.errorMessage(), HasSubstr("all together may leave 16777216 bytes"));
+    EXPECT_THAT(large.errorMessage(),
+                HasSubstr("All clients together may leave no more than 16777216 bytes"));
     silent.clear();
     EXPECT_TRUE(isServing("/test/large"_s));
 }

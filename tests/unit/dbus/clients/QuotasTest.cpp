@@ -14,9 +14,9 @@ namespace {
 class QuotasTest : public testing::Test
 {
 protected:
-    static DbusConfiguration::Limits limits()
+    static ClientLimits limits()
     {
-        DbusConfiguration::Limits limits{};
+        ClientLimits limits{};
         limits.openNotifications = 2;
         limits.totalOpenNotifications = 3;
         limits.totalRequestBytes = 100;
@@ -61,7 +61,7 @@ TEST_F(QuotasTest, CountOnceWhatIsMovedOverSomethingElse)
     EXPECT_EQ(quotas.held(":1.2", Quotas::OpenNotifications), 1);
 }
 
-TEST_F(QuotasTest, CountWhatOutlivesItsClientForAllAlone)
+TEST_F(QuotasTest, CountWhatOutlivesItsClientOnlyInTheTotal)
 {
     std::vector<Quotas::Charge> charges;
     charges.push_back(quotas.charge(":1.1", Quotas::OpenNotifications));

@@ -1,0 +1,20 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+/// What one client may hold and do, and what all clients may together.
+struct ClientLimits
+{
+    int openNotifications;
+    int totalOpenNotifications;
+    int requestsPerSecond; ///< on average; twice as many at once. 0: no limit
+    int valueBytes;        ///< of one value, as BusReader counts them
+    int subscriptions;
+    int inboxes;
+    int sounds; ///< that are queued or play
+    int totalSounds;
+    int totalRequestBytes; ///< of requests that wait for their replies
+    int unreadBytes;       ///< of replies and signals
+    int totalUnreadBytes;
+};

@@ -1,0 +1,37 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <bus/BusError.h>
+
+#include <cstddef>
+#include <string>
+
+/// Why calls of clients are refused: the errors to throw, with the texts that people read. What only
+/// makes a message malformed is refused by BusReader, what a node refuses has the node's own text.
+namespace Refusals {
+// Limits, see Quotas and UnreadBytes.
+BusError tooManyRequests(int maxPerSecond);
+BusError clientHoldsTooMuch(std::size_t max, const char *what);
+BusError allClientsHoldTooMuch(std::size_t max, const char *what);
+BusError clientReadsTooLittle(std::size_t maxUnreadBytes);
+BusError allClientsReadTooLittle(std::size_t maxUnreadBytes);
+
+// Paths and other arguments of org.tavo.Model1.
+BusError pathTooLong(int maxLength);
+BusError notAPath(const std::string &text);
+BusError unknownChange();
+BusError invalidRowRange();
+BusError noSuchSubscription();
+BusError noSuchInbox(const std::string &path);
+
+// Sounds. SoundAccess has the reasons why a location is not allowed.
+BusError soundNotAllowed(const std::string &reason);
+BusError onlyPlayerReports();
+
+// Arguments of org.freedesktop.Notifications.
+BusError tooManyActions(int max);
+BusError actionWithoutLabel();
+BusError notificationNotOpen(unsigned id);
+} // namespace Refusals

@@ -1,0 +1,57 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "ModelArguments.h"
+
+#include "modules/dbus/clients/Refusals.h"
+
+#include <bus/BusReader.h>
+
+namespace {
+/// In characters. A path of this length can still be kept by the thousand.
+constexpr int maxPathLength = 4096;
+
+CMPath pathOf(const QString &text)
+{
+    if (text.size() > maxPathLength) {
+        throw Refusals::pathTooLong(maxPathLength);
+    }
+    CMPath path(text);
+    if (path.isEmpty() || path.toString() != text) {
+        throw Refusals::notAPath(text.toStdString());
+    }
+    return path;
+}
+} // namespace
+
+CMPath ModelArguments::readPath(BusReader &reader)
+{
+    return pathOf(reader.readString());
+}
+
+CMPath ModelArguments::readPath(const BusMessage &call)
+{
+    BusReader reader(call);
+    return readPath(reader);
+}
+
+CMPath ModelArguments::readPathOrRoot(const BusMessage &call)
+{
+    const QString text = BusReader(call).readString();
+    return text == QLatin1String("/") ? CMPath() : pathOf(text);
+}
+
+Subscriptions::Change ModelArguments::readChange(BusReader &reader)
+{
+    const QString change = reader.readString();
+    if (change == QLatin1String("value")) {
+        return CMAbstractWorker::ValueChange;
+    }
+    if (change == QLatin1String("rows")) {
+        return CMAbstractWorker::RowsChange;
+    }
+    if (change == QLatin1String("node")) {
+        return CMAbstractWorker::NodeChange;
+    }
+    throw Refusals::unknownChange();
+}

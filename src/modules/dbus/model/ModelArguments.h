@@ -1,0 +1,25 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "Subscriptions.h"
+
+#include <core/tavo.h>
+
+class BusMessage;
+class BusReader;
+
+/// Reads the arguments of calls to org.tavo.Model1. Throws BusError::invalidPath() for a string that is
+/// not a path, and BusError::invalidArguments() for another argument that has no meaning.
+namespace ModelArguments {
+CMPath readPath(BusReader &reader);
+
+/// The first argument of a call.
+CMPath readPath(const BusMessage &call);
+
+/// The first argument of a call for which "/" is the whole model, as an empty path.
+CMPath readPathOrRoot(const BusMessage &call);
+
+Subscriptions::Change readChange(BusReader &reader);
+} // namespace ModelArguments
