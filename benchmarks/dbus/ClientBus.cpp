@@ -13,7 +13,7 @@ constexpr const char *path = "/org/freedesktop/Notifications";
 
 /// Calls under way at a time: enough that nobody on the way ever waits for the client.
 constexpr std::size_t window = 256;
-constexpr std::uint64_t patienceUs = 60'000'000;
+constexpr std::uint64_t timeoutUs = 60'000'000;
 
 [[noreturn]] void fail(const char *reason)
 {
@@ -68,7 +68,7 @@ sd_bus_message *ClientBus::call(sd_bus_message *message) const
 {
     sd_bus_error error = SD_BUS_ERROR_NULL;
     sd_bus_message *reply = nullptr;
-    if (sd_bus_call(m_bus, message, patienceUs, &error, &reply) < 0) {
+    if (sd_bus_call(m_bus, message, timeoutUs, &error, &reply) < 0) {
         fail(error.message != nullptr ? error.message : "the call failed");
     }
     sd_bus_message_unref(message);
@@ -123,7 +123,7 @@ void ClientBus::closeMany(const std::vector<std::uint32_t> &ids)
 void ClientBus::send(sd_bus_message *message)
 {
     turnUntilFewerThan(window);
-    checked(sd_bus_call_async(m_bus, nullptr, message, &ClientBus::on_answered, this, patienceUs));
+    checked(sd_bus_call_async(m_bus, nullptr, message, &ClientBus::on_answered, this, timeoutUs));
     sd_bus_message_unref(message);
     ++m_awaited;
 }
@@ -132,7 +132,7 @@ void ClientBus::turnUntilFewerThan(std::size_t awaited)
 {
     while (m_awaited >= awaited) {
         if (checked(sd_bus_process(m_bus, nullptr)) == 0) {
-            checked(sd_bus_wait(m_bus, patienceUs));
+            checked(sd_bus_wait(m_bus, timeoutUs));
         }
     }
 }

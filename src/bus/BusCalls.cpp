@@ -28,8 +28,8 @@ void handle(sd_bus_message *message, void *handler, const char *what)
         (*static_cast<BusCalls::Handler *>(handler))(BusMessage(message));
     } catch (const BusError &) {
         // The message is malformed.
-    } catch (const std::exception &error) {
-        LOG4CPLUS_WARN(logger, what << " can't be handled: " << error.what());
+    } catch (...) {
+        LOG4CPLUS_WARN(logger, what << " can't be handled: " << BusError::fromCaught().message());
     }
 }
 

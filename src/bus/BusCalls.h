@@ -10,10 +10,10 @@
 #include <functional>
 #include <string>
 
-/// Calls of and signals from others on a bus. Nothing here waits: replies and signals go to handlers
-/// while the bus is served. Everything throws a BusError when the connection doesn't take it.
+/// Sends calls and receives signals. Nothing here waits: replies and signals go to handlers while the
+/// bus is served. All functions throw a BusError when the connection fails.
 namespace BusCalls {
-/// A handler that throws is a warning in the log; a BusError is ignored, since the message is malformed.
+/// Exceptions of a handler are logged as warnings, except BusError: the message was malformed.
 using Handler = std::function<void(const BusMessage &message)>;
 
 /// Handles the signals that match the rule until the slot ends. The bus applies the rule before it sees

@@ -16,9 +16,9 @@
 
 /// Reads a message, value by value in their order. Readers of one message share its position.
 ///
-/// Throws BusError::invalidArguments() where the message holds something else than what is read, and
-/// BusError::limitExceeded() when more bytes have been read than allowed. Strings and bytes count as
-/// long as they are, each value within a variant, and each value skipped, counts 32 bytes more.
+/// Throws BusError::invalidArguments() when the message holds another type than the one read, and
+/// BusError::limitExceeded() when more bytes have been read than allowed. Counted are the bytes of
+/// strings, and BusWriter::bytesPerValue for each value in a variant and each value that is skipped.
 class BusReader
 {
 public:
@@ -52,7 +52,7 @@ public:
     /// Whether the container that was entered last has no further value.
     bool isAtEnd() const;
 
-    /// Goes on behind the container that was entered last.
+    /// Continues after the container that was entered last.
     void leave();
 
     /// Reads past the next value. An array of numbers, such as an image, costs the same at any size.

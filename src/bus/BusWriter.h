@@ -23,12 +23,12 @@ public:
     /// How deep values nest in a message: a list counts as two levels, a record as three.
     static constexpr int maxDepth = 64;
 
-    /// Each value within a variant counts as so many bytes, besides those of its strings. It is about
-    /// what the value takes in memory.
+    /// What each value in a variant counts besides the bytes of its strings: about what it takes in
+    /// memory.
     static constexpr int bytesPerValue = 32;
 
-    /// Every bus carries this much in one message. The system bus disconnects a sender of more than
-    /// 32 MiB; the difference is for the message's header.
+    /// The system bus disconnects a sender of more than 32 MiB in one message. The rest is for the
+    /// message's header.
     static constexpr int maxMessageBytes = (1 << 25) - (1 << 16);
 
     explicit BusWriter(BusMessage message, int maxBytes = std::numeric_limits<int>::max())
@@ -41,7 +41,7 @@ public:
     void writeBoolean(bool value);
     void writeInt32(std::int32_t value);
     void writeUInt32(std::uint32_t value);
-    /// A string with a null character, half a surrogate pair or a noncharacter is unsupported.
+    /// A null character, half a surrogate pair and a noncharacter are unsupported.
     void writeString(const QString &text);
     void writeStringList(const QStringList &texts);
 

@@ -19,28 +19,28 @@
 
 class ClientBus;
 
-/// A node as a listing tells of it.
+/// A node of the model, as a listing describes it.
 struct TavoClientNode
 {
     CMPath path;
-    QString kind; ///< "value", "list", "request", or "group": no node, but there are some below
+    QString kind; ///< "value", "list", "request", or "group" for a path with nodes only below it
     QString title;
 };
 
 /// The model of a host in another process, over a message bus.
 ///
-/// No request blocks: an answer comes through the reply, a change through a signal, from the event
-/// loop of the client's thread, which is the one that made it. Neither does connecting: a bus that
-/// leaves the client without a word for 5 seconds is taken for one that is away, and tried again. A
-/// host that goes away, or a bus, is waited for: subscriptions and inboxes are made anew when it is
-/// back. What changed meanwhile is not reported, so read again on availableChanged(true).
+/// Nothing blocks, neither requests nor connecting. Lives in the thread that made it, whose event loop
+/// finishes the replies and emits the signals.
 ///
-/// A request that is made before the bus has been tried waits for that, no longer than the host may
-/// take to answer. Later on, one that can't reach a host is answered with an error (see
-/// TavoClientError), and each is answered once, at the client's end at the latest. A bus that can
-/// start the host does so for a request.
+/// A bus that does not respond within 5 seconds counts as absent and is tried again. When the host or
+/// the bus goes away, the client waits for it and then renews subscriptions and inboxes. Changes made
+/// meanwhile are not reported: read again on availableChanged(true).
 ///
-/// Not to be deleted from within a callback or a signal of its own: use deleteLater() there.
+/// Every request is finished once, at the latest when the client is destroyed. A request made before
+/// the bus has been tried waits for that, up to the timeout. A later request that can't reach a host
+/// fails with an error of TavoClientError. A bus that can start the host does so for a request.
+///
+/// Do not delete a client from within its own callbacks and signals: use deleteLater() there.
 class TAVO_CLIENT_EXPORT TavoClient : public QObject
 {
     Q_OBJECT
@@ -48,17 +48,18 @@ class TAVO_CLIENT_EXPORT TavoClient : public QObject
 public:
     enum class Change { Value, Rows, Node };
 
-    /// "session", "system", or the address of a bus; it is tried from the event loop.
+    /// "session", "system", or the address of a bus. The client connects from the event loop.
     explicit TavoClient(const QString &bus = QStringLiteral("session"), QObject *parent = nullptr);
     ~TavoClient() override;
 
     /// Whether a host is on the bus.
     bool isAvailable() const;
 
-    /// Why none is, a sentence for people; empty while one is, and before the bus has been tried.
+    /// Why there is no host, in a sentence for people. Empty while there is one, and before the bus has
+    /// been tried.
     QString unavailableReason() const;
 
-    /// The version of the host's module on the bus.
+    /// The version of the host.
     CMReply<QString> version();
 
     /// How long later requests wait for a reply; 25 seconds by default.
@@ -66,50 +67,53 @@ public:
 
     CMReply<QVariant> getValue(const CMPath &path);
 
-    /// Sends a request to the node, and gives its answer.
+    /// Sends a request to a node. The reply is the node's.
     CMReply<QVariant> call(const CMPath &path, const QVariant &value = {});
     CMReply<QVariant> call(const CMPath &path, const TavoHash &record);
     CMReply<QVariant> call(const CMPath &path, const QVariantHash &fields);
 
-    /// The rows from first on, count of them; -1: all.
+    /// Up to `count` rows of a list from `first` on; -1 means all.
     CMReply<QVariantList> rows(const CMPath &path, int first = 0, int count = -1);
 
-    /// The index of the first row that equals the value; -1 for none.
+    /// The index of the first row that equals the value, or -1.
     CMReply<int> matchRow(const CMPath &path, const QVariant &row);
 
-    /// What is right below the path; every node at and below it, sorted by path.
+    // Sorted by path.
+    /// What is directly below a path.
     CMReply<QVector<TavoClientNode>> list(const CMPath &path = {});
+    /// All nodes at and below a path.
     CMReply<QVector<TavoClientNode>> tree(const CMPath &path = {});
 
-    /// Closes the node as a user interface does; tells whether anybody heard.
+    /// Asks the node's owner to close it, as a user does. False when nobody listens.
     CMReply<bool> close(const CMPath &path);
 
-    // The notifications, with their records.
+    // Notifications:
 
-    /// Queues a sound. How it starts and ends goes to the item's response path: a TavoInbox. One that
-    /// loops ends with this client.
+    /// Queues a sound. Its start and end are reported to the item's response path, such as that of a
+    /// TavoInbox. A looping sound ends with this client.
     CMReply<QVariant> enqueue(const TavoNotificationPlayerItem &item);
     CMReply<QVariant> cancelSound(const QString &id);
 
-    /// Queues a message; the answer is the path that it is known by.
+    /// Queues a message. The reply is its path.
     CMReply<CMPath> open(const TavoNotificationDisplayItem &item);
     CMReply<QVariant> cancelMessage(const CMPath &path);
 
-    /// Has changes at the path reported by the signal for them, until the client ends. The node may
-    /// come later, or never.
+    /// Emits the signal for changes of this kind at the path, until unsubscribe(). There need not be a
+    /// node at the path.
     void subscribe(const CMPath &path, Change change);
     void unsubscribe(const CMPath &path, Change change);
 
 Q_SIGNALS:
-    /// A host has come or gone; once, too, when it is known for the first time that there is none.
+    /// A host has come or gone. Also emitted once when the first try finds none.
     void availableChanged(bool available);
 
     void valueChanged(const CMPath &path, const QVariant &value);
-    /// As CMSubscribe names the changes; -1 and 0 where they are not about certain rows.
+    /// The changes are named as in CMSubscribe. `first` is -1 and `count` 0 for changes that are not
+    /// about certain rows.
     void rowsChanged(const CMPath &path, const QStringList &changes, int first, int count);
     void nodeChanged(const CMPath &path, bool published);
 
-    /// The host didn't take a subscription: a limit was reached.
+    /// The host refused a subscription, for instance because of a limit.
     void subscriptionFailed(const CMPath &path, const CMError &error);
 
 private Q_SLOTS:

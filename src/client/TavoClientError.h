@@ -7,24 +7,24 @@
 
 #include <QString>
 
-/// The names of the errors that a request of a client may end with besides those of the model and of
-/// its modules. Errors of the bus itself keep the bus's names (org.freedesktop.DBus.Error...).
+/// Names of the errors that the client adds to those of the model and its modules. Other errors of the
+/// bus keep their names on the bus (org.freedesktop.DBus.Error...).
 namespace TavoClientError {
 
-/// There is no bus, or no host on it: the request has reached nobody.
+/// There is no bus, or no host on it. The request has not been delivered.
 TAVO_CLIENT_EXPORT QString noBus();
 TAVO_CLIENT_EXPORT QString noHost();
 
-/// No answer came in time; whether the request was carried out is not known.
+/// The host has not replied within the timeout. It may have carried out the request.
 TAVO_CLIENT_EXPORT QString timedOut();
 
-/// The same, and it is the bus that says nothing: it hangs.
+/// The bus itself has not responded within the timeout.
 TAVO_CLIENT_EXPORT QString busTimedOut();
 
-/// The bus's policy lets this user send no such request; it has not reached the host.
+/// The policy of the bus does not let this user send the request. It has not been delivered.
 TAVO_CLIENT_EXPORT QString notPermitted();
 
-/// The host holds the client to a limit: of requests, of open notifications, of a value's size.
+/// The client has reached a limit of the host: of requests, open notifications, or a value's size.
 TAVO_CLIENT_EXPORT QString limitExceeded();
 
 } // namespace TavoClientError

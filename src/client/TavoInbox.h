@@ -16,12 +16,12 @@
 class ClientBus;
 class TavoClient;
 
-/// A node in the host's model whose requests come to this client: a path to be named wherever the
-/// model wants to be told something, such as a sound's response path. The host answers each request
-/// as soon as it is on its way. Every module and every client can send one, and who did isn't told.
+/// A node in the host's model that passes its requests to this client. Its path serves wherever the
+/// model reports something, such as a sound's response path. The host itself replies to the requests,
+/// at once. Any module and any client can send them, and the sender is not known.
 ///
-/// Made anew, with another path, when the host is back after it was gone. Lives in the client's
-/// thread; may be its child.
+/// Opened anew, with another path, when the host comes back. Lives in the client's thread and may be
+/// the client's child.
 class TAVO_CLIENT_EXPORT TavoInbox : public QObject
 {
     Q_OBJECT
@@ -30,21 +30,21 @@ public:
     explicit TavoInbox(TavoClient *client, QObject *parent = nullptr);
     ~TavoInbox() override;
 
-    /// Empty while the inbox isn't open.
+    /// Empty while the inbox is not open.
     CMPath path() const { return m_path; }
 
 Q_SIGNALS:
     void opened(const CMPath &path);
 
-    /// The host has gone, and with it whatever would have told something here.
+    /// The host has gone, so nothing that was awaited here will come.
     void lost();
 
-    /// The host refused it, because of a limit for instance.
+    /// The host refused to open the inbox, for instance because of a limit.
     void failed(const CMError &error);
 
     void received(const QVariant &value);
 
-    /// The same, where it is a sound's start or end.
+    /// Emitted after received() when the value reports a sound's start or end.
     void responded(const TavoNotificationPlayerResponse &response);
 
 private Q_SLOTS:
@@ -54,6 +54,6 @@ private Q_SLOTS:
 private:
     void open();
 
-    QPointer<ClientBus> m_bus; ///< the client's; gone before the client's children
+    QPointer<ClientBus> m_bus; ///< owned by the client; destroyed before its children
     CMPath m_path;
 };

@@ -14,50 +14,51 @@
 class ClientBus;
 class TavoClient;
 
-/// A message to show, as desktop programs send it.
+/// A message to show.
 struct TavoMessage
 {
-    /// For a timeout: what the host is configured with.
+    /// Stands for the timeout in the host's configuration.
     static constexpr int defaultTimeout = -1;
 
     QString title;
-    QString text;                 ///< plain: no character of it has a meaning
-    int timeout = defaultTimeout; ///< in milliseconds; 0: until it is closed
+    QString text;                 ///< plain text, not markup
+    int timeout = defaultTimeout; ///< in milliseconds; 0 means until it is closed
     TavoNotificationItemPriority::Enum priority = TavoNotificationItemPriority::Normal;
-    QString application; ///< who shows it
+    QString application; ///< the program's name
 };
 
-/// Messages by the interface of the desktop's notifications, as the host offers it on the bus
-/// (org.freedesktop.Notifications). Beside TavoClient::open() it tells how a message ended.
+/// Shows messages through the host's interface for desktop notifications
+/// (org.freedesktop.Notifications). Unlike TavoClient::open(), it reports how a message ended.
 ///
-/// Lives in the client's thread, and is of no use without it; may be its child.
+/// Lives in the client's thread, must not outlive the client and may be its child.
 class TAVO_CLIENT_EXPORT TavoMessages : public QObject
 {
     Q_OBJECT
 
 public:
     enum class End {
-        Expired = 1,   ///< shown for its time
-        Dismissed = 2, ///< by a person
-        Closed = 3,    ///< by a request
+        Expired = 1,   ///< its timeout is over
+        Dismissed = 2, ///< closed by a person
+        Closed = 3,    ///< closed by a request
         Unknown = 4
     };
     Q_ENUM(End)
 
     explicit TavoMessages(TavoClient *client, QObject *parent = nullptr);
 
-    /// Queues the message; the answer is its number.
+    /// Queues a message. The reply is its id.
     CMReply<uint> show(const TavoMessage &message);
 
     CMReply<bool> close(uint id);
 
-    /// Whether what other programs show goes to the host as well, which has to have the name for it
-    /// on the bus; an error where nobody has.
+    /// Whether the host is the notification server of the desktop, so that it also shows what other
+    /// programs send. An error when there is no such server.
     CMReply<bool> isDesktopServer();
 
 Q_SIGNALS:
-    /// Of each message that the host shows, whoever sent it: compare with the number that show()
-    /// gave. Once each; not for those that were there when the host went away.
+    // Emitted for the messages of all programs: compare with the id of show().
+
+    /// Emitted once for each message, but not when the host has gone before.
     void closed(uint id, TavoMessages::End end);
     void actionInvoked(uint id, const QString &key);
 

@@ -7,6 +7,7 @@
 
 std::string ModelClient::lineOf(const BusMessage &signal)
 {
+    EXPECT_TRUE(BusInterface::model().describes(signal)) << signal.member();
     std::ostringstream line;
     const std::string name = signal.member();
     BusReader reader(signal);

@@ -9,22 +9,22 @@
 #include <QString>
 #include <QStringList>
 
-/// Somebody else's program on a bus of a test's own, running from the start. While a test waits for it,
-/// the test's event loop turns, so that what the program asks for can be served in the test's process.
+/// A foreign program on a test's bus, started by the constructor. The test's event loop runs while a test
+/// waits for the program, so the test's process can serve the program's calls.
 class ClientProgram
 {
 public:
     ClientProgram(const PrivateBus &bus, const QString &program, const QStringList &arguments);
 
-    /// Waits for its end; whether it came, with the exit code 0.
+    /// Waits for the program's end. True for the exit code 0.
     bool succeeds() { return m_program.waitForExit() == 0; }
 
-    /// Waits until it has written the text.
+    /// Waits until the program has written the text.
     bool writes(const QString &text) { return m_program.waitForOutput(text.toStdString()); }
 
     void sendSignal(int signal) { m_program.sendSignal(signal); }
 
-    /// Ends it at once, whatever it is doing.
+    /// Kills the program.
     void kill() { m_program.kill(); }
 
     QString output() const { return QString::fromStdString(m_program.output()); } ///< so far

@@ -9,8 +9,8 @@
 #include <QByteArray>
 #include <QString>
 
-/// What introspection data say of one interface, a member a line, in the order of the lines: to
-/// compare two of them that differ in comments and order. Throws for what is no such XML.
+/// The members of one interface in introspection XML, one line each, sorted: two files can be compared
+/// that differ in comments and order. Throws when the XML is malformed.
 std::vector<std::string> membersOf(const QByteArray &xml, const QString &interface);
 
 /// The same of a file.

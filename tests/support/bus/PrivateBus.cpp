@@ -11,9 +11,9 @@
 #include <QFile>
 
 namespace {
-constexpr int patienceMs = 20000;
+constexpr int timeoutMs = 20000;
 
-/// As a session's bus, with room for what tests of scale send.
+/// As a session bus, with the limits that large tests need.
 constexpr const char *configurationText = R"(<!DOCTYPE busconfig PUBLIC
  "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
@@ -66,9 +66,9 @@ void PrivateBus::stop()
     }
     resume();
     m_daemon->terminate();
-    if (!m_daemon->waitForFinished(patienceMs)) {
+    if (!m_daemon->waitForFinished(timeoutMs)) {
         m_daemon->kill();
-        m_daemon->waitForFinished(patienceMs);
+        m_daemon->waitForFinished(timeoutMs);
     }
     m_daemon.reset();
 }
@@ -91,8 +91,8 @@ void PrivateBus::start()
                     {QStringLiteral("--nofork"), QStringLiteral("--nopidfile"),
                      QStringLiteral("--print-address"),
                      QStringLiteral("--config-file=") + configuration()});
-    // It prints its address once it listens.
-    if (!m_daemon->waitForReadyRead(patienceMs)) {
+    // The daemon prints its address once it listens.
+    if (!m_daemon->waitForReadyRead(timeoutMs)) {
         throw std::runtime_error("the bus doesn't start");
     }
 }

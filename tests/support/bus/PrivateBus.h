@@ -9,29 +9,28 @@
 #include <QString>
 #include <QTemporaryDir>
 
-/// A message bus of a test's own, which lets everybody do everything, unless further settings, elements
-/// of its configuration, say otherwise. Ends with the object, and with
-/// the process at the latest.
+/// A message bus for one test. Everyone may do everything, unless further elements of the bus's
+/// configuration say otherwise. Ends with the object, at the latest with the process.
 class PrivateBus
 {
 public:
-    /// Returns when the bus takes connections; throws when it doesn't come to that.
+    /// Returns when the bus accepts connections; throws when it does not start.
     explicit PrivateBus(const QString &settings = {});
     ~PrivateBus();
     PrivateBus(const PrivateBus &) = delete;
     PrivateBus &operator=(const PrivateBus &) = delete;
 
-    /// The same from start to start.
+    /// Stays the same when the bus is started again.
     QString address() const;
     QString folder() const { return m_folder.path(); }
 
     void stop();
 
-    /// Starts the bus again once it was stopped.
+    /// Starts a bus that has been stopped.
     void start();
 
-    /// Stops the daemon's process where it is: the bus takes connections and messages, as far as the
-    /// system keeps them for it, and says nothing, until resume().
+    /// Suspends the daemon until resume(): the system still queues connections and messages for it, but
+    /// nothing responds.
     void pause();
     void resume();
 

@@ -18,7 +18,7 @@ void check(int result)
 }
 } // namespace
 
-/// Hands descriptors on instead of making sockets of them.
+/// Hands on descriptors instead of making sockets from them.
 class SilentBus::Server : public QLocalServer
 {
 public:
@@ -34,7 +34,7 @@ private:
     SilentBus &m_bus;
 };
 
-/// One client's; says nothing before it is served.
+/// A client's connection. Sends nothing before serve().
 class SilentBus::Connection
 {
 public:
@@ -101,5 +101,5 @@ int SilentBus::handle(sd_bus_message *message, void *bus, sd_bus_error * /*error
     if (isHello && self.m_after == After::Greeting) {
         return sd_bus_reply_method_return(message, "s", ":1.1");
     }
-    return 1; // taken, and that is all
+    return 1; // handled, without a reply
 }

@@ -12,14 +12,14 @@
 
 #include <systemd/sd-bus.h>
 
-/// Takes connections as a bus does, and falls silent. Served by the test's event loop.
+/// Accepts connections like a bus, then stops responding. Served by the test's event loop.
 class SilentBus
 {
 public:
     enum class After {
-        Connecting,     ///< says nothing at all
-        Authenticating, ///< lets the client in, and leaves its Hello unanswered
-        Greeting        ///< answers Hello, and nothing else
+        Connecting,     ///< sends nothing at all
+        Authenticating, ///< authenticates the client, but does not reply to its Hello
+        Greeting        ///< replies to Hello and to nothing else
     };
 
     explicit SilentBus(After after);
@@ -28,10 +28,10 @@ public:
     QString address() const;
     QString path() const; ///< of its socket
 
-    /// Connections so far.
+    /// How many connections it has accepted.
     int connections() const { return m_connections; }
 
-    /// Clients so far that it has let in, and that have said Hello then.
+    /// How many authenticated clients have sent Hello.
     int greetings() const { return m_greetings; }
 
 private:

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What other programs send that no value of the model becomes.
+// Values of other programs, of types that the model does not send.
 
 #include "MessageTest.h"
 

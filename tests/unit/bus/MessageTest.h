@@ -10,7 +10,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-/// Messages to write and read, without their being sent.
+/// Messages that are written and read without being sent.
 class MessageTest : public testing::Test
 {
 protected:
@@ -21,7 +21,7 @@ protected:
                                                 "Test");
     }
 
-    /// Makes a written message one that can be read.
+    /// Makes a written message readable.
     static void finish(const BusMessage &message)
     {
         EXPECT_GE(sd_bus_message_seal(message.get(), 1, 0), 0);
@@ -36,7 +36,7 @@ protected:
         return BusReader(writer.message()).readVariant();
     }
 
-    /// The name and the text of what the function throws; empty when it doesn't.
+    /// Name and message of the BusError that the function throws; empty when it throws none.
     template <typename Function>
     static std::string errorOf(Function function)
     {

@@ -26,13 +26,13 @@
 using std::chrono::seconds;
 
 namespace {
-/// What only a call that waits for the bus takes.
+/// Only a call that waits for the bus takes this long.
 constexpr int blockedMs = 1000;
 
-/// What a connection gives a bus to answer, and time for a busy machine.
+/// More than a connection's own timeout, with time for a busy machine.
 constexpr seconds timeout(20);
 
-/// A connection, and what it reports.
+/// A connection and the signals that it has emitted.
 class Watched
 {
 public:
@@ -73,7 +73,7 @@ private:
     QSignalSpy m_acquired;
 };
 
-/// Takes no connection, and has as many waiting as the system lets it have.
+/// A listening socket that accepts nothing and whose queue is full.
 class CrowdedSocket
 {
 public:
