@@ -6,14 +6,14 @@
 
 #include "ModelBench.h"
 
-#include <cstdio>
-#include <cstdlib>
+#include <QCoreApplication>
 
 #include <log4cplus/configurator.h>
 #include <log4cplus/initializer.h>
-#include <malloc.h>
 
-#include <QCoreApplication>
+#include <cstdio>
+#include <cstdlib>
+#include <malloc.h>
 
 namespace {
 /// Bytes that the program has allocated and not freed.

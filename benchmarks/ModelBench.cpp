@@ -3,14 +3,14 @@
 
 #include "ModelBench.h"
 
+#include <QCoreApplication>
+#include <QEvent>
+#include <QLibrary>
+
 #include <algorithm>
 #include <cstdlib>
 #include <numeric>
 #include <random>
-
-#include <QCoreApplication>
-#include <QEvent>
-#include <QLibrary>
 
 namespace {
 CMWorker *makeWorker(QVariantHash *config)

@@ -5,12 +5,12 @@
 
 #include <core/tavo.h>
 
+#include <QThread>
+#include <QVariantHash>
+
 #include <functional>
 #include <memory>
 #include <vector>
-
-#include <QThread>
-#include <QVariantHash>
 
 /// The services that the notifications module meets, holding every request unanswered: what is
 /// queued stays queued. One node answers at once and does nothing else: the floor.

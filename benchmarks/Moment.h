@@ -4,7 +4,6 @@
 #pragma once
 
 #include <cstdint>
-
 #include <time.h>
 
 /// Now in nanoseconds of CLOCK_MONOTONIC, which all processes share.

@@ -6,10 +6,10 @@
 
 #include "ModelBench.h"
 
+#include <benchmark/benchmark.h>
+
 #include <chrono>
 #include <vector>
-
-#include <benchmark/benchmark.h>
 
 namespace {
 /// The benchmark's second argument: in how many threads requester and module are.

@@ -5,14 +5,14 @@
 
 #include <core/tavo.h>
 
+#include <QCoreApplication>
+
+#include <benchmark/benchmark.h>
+
 #include <algorithm>
 #include <memory>
 #include <random>
 #include <vector>
-
-#include <benchmark/benchmark.h>
-
-#include <QCoreApplication>
 
 namespace {
 class Target : public CMNodesWorker

@@ -1,13 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include <benchmark/benchmark.h>
+#include <QCoreApplication>
 
+#include <benchmark/benchmark.h>
 #include <log4cplus/configurator.h>
 #include <log4cplus/initializer.h>
 #include <log4cplus/logger.h>
-
-#include <QCoreApplication>
 
 /// Logs at INFO, as a device does; what is logged goes nowhere.
 int main(int argc, char **argv)

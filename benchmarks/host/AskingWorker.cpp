@@ -5,7 +5,6 @@
 // answer came. The last module of a host, it tells when all of them work.
 
 #include "AnswerTime.h"
-
 #include <core/tavo.h>
 
 namespace {

@@ -5,18 +5,17 @@
 // platform's library already, and prints the microseconds that each took as a JSON array.
 
 #include "../Moment.h"
-
 #include <core/tavo.h>
 
-#include <cstdio>
-#include <memory>
-#include <vector>
+#include <QCoreApplication>
+#include <QLibrary>
 
 #include <log4cplus/configurator.h>
 #include <log4cplus/initializer.h>
 
-#include <QCoreApplication>
-#include <QLibrary>
+#include <cstdio>
+#include <memory>
+#include <vector>
 
 namespace {
 std::unique_ptr<CMWorker> makeWorker(const QString &file, QVariantHash *config)

@@ -7,6 +7,12 @@
 
 #include "ModelBench.h"
 
+#include <QCoreApplication>
+
+#include <log4cplus/configurator.h>
+#include <log4cplus/initializer.h>
+#include <log4cplus/logger.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -14,15 +20,8 @@
 #include <map>
 #include <random>
 #include <string>
-#include <vector>
-
-#include <log4cplus/configurator.h>
-#include <log4cplus/initializer.h>
-#include <log4cplus/logger.h>
-
 #include <sys/random.h>
-
-#include <QCoreApplication>
+#include <vector>
 
 namespace {
 using MakeRequest = std::function<TavoValue(int)>;

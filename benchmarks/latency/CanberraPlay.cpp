@@ -5,12 +5,12 @@
 
 #include "../Moment.h"
 
+#include <canberra.h>
+
 #include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
-
-#include <canberra.h>
 
 namespace {
 

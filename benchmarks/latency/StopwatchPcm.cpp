@@ -10,6 +10,10 @@
 
 #include "../Moment.h"
 
+#include <alsa/asoundlib.h>
+#include <alsa/pcm_external.h>
+#include <alsa/pcm_ioplug.h>
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -17,13 +21,9 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <fcntl.h>
 #include <memory>
 #include <string>
-
-#include <alsa/asoundlib.h>
-#include <alsa/pcm_external.h>
-#include <alsa/pcm_ioplug.h>
-#include <fcntl.h>
 #include <sys/timerfd.h>
 #include <unistd.h>
 

@@ -5,13 +5,12 @@
 // was asked for.
 
 #include "../Moment.h"
-
-#include <cstdio>
-#include <cstdlib>
+#include <simpleplayer/UriSimplePlayer.h>
 
 #include <QCoreApplication>
 
-#include <simpleplayer/UriSimplePlayer.h>
+#include <cstdio>
+#include <cstdlib>
 
 namespace {
 

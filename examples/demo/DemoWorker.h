@@ -6,7 +6,6 @@
 #include "DisplayScript.h"
 #include "Script.h"
 #include "Timeline.h"
-
 #include <core/tavo.h>
 
 /// Shows what a module does with sound notifications: sends requests, takes the responses and

@@ -5,7 +5,6 @@
 
 #include "Script.h"
 #include "Timeline.h"
-
 #include <core/tavo.h>
 
 #include <QHash>

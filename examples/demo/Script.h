@@ -5,11 +5,11 @@
 
 #include "Timeline.h"
 
-#include <functional>
-#include <vector>
-
 #include <QObject>
 #include <QString>
+
+#include <functional>
+#include <vector>
 
 /// Steps in a fixed order: each waits for an event of the timeline, then for some milliseconds, and
 /// acts. While one waits for its event, those behind it don't see theirs.

@@ -3,9 +3,9 @@
 
 #include "Timeline.h"
 
-#include <stdexcept>
-
 #include <QJsonDocument>
+
+#include <stdexcept>
 
 Timeline::Timeline(const QString &fileName, QObject *parent)
     : QObject(parent)

@@ -3,12 +3,12 @@
 
 #pragma once
 
-#include <chrono>
-
 #include <QFile>
 #include <QJsonObject>
 #include <QObject>
 #include <QString>
+
+#include <chrono>
 
 /// Writes what happens, as it happens, one JSON object a line: {"t": seconds, "event": ..., ...}.
 /// The seconds are those of the monotonic clock, so that others can lay recordings beside them.

@@ -4,7 +4,6 @@
 #include "bus/BusCalls.h"
 
 #include "bus/BusError.h"
-
 #include <core/tavo.h>
 
 #include <memory>

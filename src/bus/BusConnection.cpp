@@ -6,7 +6,6 @@
 #include "bus/BusError.h"
 #include "bus/BusReader.h"
 #include "bus/BusWriter.h"
-
 #include <core/base/connect.h>
 
 #include <algorithm>

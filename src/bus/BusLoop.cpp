@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <chrono>
 #include <limits>
-
 #include <poll.h>
 
 namespace {

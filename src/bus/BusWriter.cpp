@@ -4,7 +4,6 @@
 #include "bus/BusWriter.h"
 
 #include "bus/BusError.h"
-
 #include <core/base/trstring.h>
 #include <core/model/cmerror.h>
 #include <core/records/cmpath.h>

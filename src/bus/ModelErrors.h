@@ -4,7 +4,6 @@
 #pragma once
 
 #include "bus/BusMessage.h"
-
 #include <core/model/cmerror.h>
 
 #include <string>

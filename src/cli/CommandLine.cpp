@@ -5,7 +5,6 @@
 
 #include "cli/definition/Definition.h"
 #include "cli/reference/Writers.h"
-
 #include <CLI/CLI.hpp>
 
 namespace {

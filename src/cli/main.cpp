@@ -5,7 +5,6 @@
 #include "cli/CommandLine.h"
 #include "cli/commands/Command.h"
 #include "cli/reference/Writers.h"
-
 #include <CLI/App.hpp>
 
 #include <QCoreApplication>

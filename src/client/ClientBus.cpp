@@ -5,7 +5,6 @@
 
 #include "client/HostError.h"
 #include "client/TavoClientError.h"
-
 #include <core/base/connect.h>
 
 #include <QTimer>

@@ -7,7 +7,6 @@
 #include "bus/BusReader.h"
 #include "bus/BusWriter.h"
 #include "client/PendingRequests.h"
-
 #include <core/model/cmerror.h>
 #include <core/model/cmreply.h>
 #include <core/records/cmpath.h>

@@ -5,7 +5,6 @@
 
 #include "bus/BusError.h"
 #include "bus/BusMessage.h"
-
 #include <core/model/cmerror.h>
 
 /// For people, when no host is on the bus.

@@ -6,7 +6,6 @@
 #include "base/Result.h"
 #include "bus/BusMessage.h"
 #include "client/HostError.h"
-
 #include <core/model/cmerror.h>
 
 #include <QElapsedTimer>

@@ -4,7 +4,6 @@
 #include "client/TavoClient.h"
 
 #include "client/ClientBus.h"
-
 #include <core/base/connect.h>
 
 namespace {

@@ -5,17 +5,16 @@
 
 #include "client/export.h"
 #include "client/TavoClientError.h"
-
 #include <core/model/cmreply.h>
 #include <core/records/cmpath.h>
 #include <core/records/value.h>
-
-#include <memory>
 
 #include <QObject>
 #include <QStringList>
 #include <QVariant>
 #include <QVector>
+
+#include <memory>
 
 class ClientBus;
 

@@ -4,7 +4,6 @@
 #pragma once
 
 #include "client/export.h"
-
 #include <core/model/cmerror.h>
 #include <core/records/cmpath.h>
 #include <core/records/value.h>

@@ -5,7 +5,6 @@
 
 #include "client/ClientBus.h"
 #include "client/TavoClient.h"
-
 #include <core/base/connect.h>
 
 #include <algorithm>

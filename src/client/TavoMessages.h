@@ -4,7 +4,6 @@
 #pragma once
 
 #include "client/export.h"
-
 #include <core/model/cmreply.h>
 #include <core/records/enumerations.h>
 

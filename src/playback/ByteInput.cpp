@@ -6,7 +6,6 @@
 #include <QFile>
 
 #include <cerrno>
-
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/stat.h>

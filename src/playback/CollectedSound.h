@@ -6,9 +6,9 @@
 #include "playback/FrameSource.h"
 #include "simpleplayer/SimplePlayerLimits.h"
 
-#include <memory>
-
 #include <QByteArray>
+
+#include <memory>
 
 class ByteInput;
 class SoundFile;

@@ -9,10 +9,9 @@
 
 #include <array>
 #include <cerrno>
-#include <utility>
-
 #include <fcntl.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 

@@ -5,13 +5,13 @@
 
 #include "base/Result.h"
 
-#include <functional>
-#include <memory>
-
 #include <QNetworkAccessManager>
 #include <QString>
 #include <QTimer>
 #include <QUrl>
+
+#include <functional>
+#include <memory>
 
 class QNetworkReply;
 class QSocketNotifier;

@@ -5,11 +5,11 @@
 
 #include "playback/FrameSource.h"
 
-#include <memory>
-
 #include <QByteArray>
 
 #include <sndfile.h>
+
+#include <memory>
 
 /// The frames of a sound file, on disk or in memory, decoded as they are read. Going back to the
 /// first frame is exact in every format that is played.

@@ -3,11 +3,11 @@
 
 #include "playback/VorbisHeaders.h"
 
-#include <algorithm>
-#include <cstring>
-
 #include <ogg/ogg.h>
 #include <vorbis/codec.h>
+
+#include <algorithm>
+#include <cstring>
 
 namespace {
 

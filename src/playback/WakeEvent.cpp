@@ -5,7 +5,6 @@
 
 #include <array>
 #include <cstdint>
-
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>

@@ -3,12 +3,12 @@
 
 #include "support/LogCapture.h"
 
+#include <log4cplus/spi/loggingevent.h>
+
 #include <algorithm>
 #include <iterator>
 #include <mutex>
 #include <ostream>
-
-#include <log4cplus/spi/loggingevent.h>
 
 class LogCapture::Sink : public log4cplus::Appender
 {

@@ -4,7 +4,6 @@
 #pragma once
 
 #include "support/EventLoop.h"
-
 #include <core/tavo.h>
 
 #include <vector>

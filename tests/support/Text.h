@@ -3,10 +3,10 @@
 
 #pragma once
 
-#include <ostream>
-
 #include <QString>
 #include <QStringList>
+
+#include <ostream>
 
 /// A QString in a test, without the noise.
 inline QString operator""_s(const char *text, std::size_t size)

@@ -4,7 +4,6 @@
 #pragma once
 
 #include "cli/commands/Command.h"
-
 #include <client/TavoMessages.h>
 
 /// Ends a sound or takes a message away, by whichever name it is known.

@@ -7,7 +7,6 @@
 #include "cli/Options.h"
 #include "cli/output/Json.h"
 #include "cli/output/Terminal.h"
-
 #include <client/TavoClient.h>
 
 #include <QObject>

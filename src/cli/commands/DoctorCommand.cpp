@@ -7,7 +7,6 @@
 #include "cli/doctor/HostModules.h"
 #include "cli/doctor/SoundDevice.h"
 #include "cli/output/ValueText.h"
-
 #include <core/base/connect.h>
 
 #include <QTimer>

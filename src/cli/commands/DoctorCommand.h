@@ -5,7 +5,6 @@
 
 #include "cli/commands/Command.h"
 #include "cli/doctor/Finding.h"
-
 #include <client/TavoMessages.h>
 
 #include <QProcess>

@@ -4,7 +4,6 @@
 #pragma once
 
 #include "cli/ExitCode.h"
-
 #include <core/model/cmerror.h>
 #include <core/records/cmpath.h>
 

@@ -4,7 +4,6 @@
 #include "cli/commands/LiveClock.h"
 
 #include "cli/output/ValueText.h"
-
 #include <core/base/connect.h>
 
 LiveClock::LiveClock(Terminal &terminal)

@@ -4,7 +4,6 @@
 #include "cli/commands/ShowCommand.h"
 
 #include "cli/Priority.h"
-
 #include <core/base/connect.h>
 
 ShowCommand::ShowCommand(const Options &options, TavoClient &client, Terminal &terminal)

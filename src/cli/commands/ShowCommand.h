@@ -5,7 +5,6 @@
 
 #include "cli/commands/Command.h"
 #include "cli/commands/LiveClock.h"
-
 #include <client/TavoMessages.h>
 
 #include <optional>

@@ -3,10 +3,9 @@
 
 #include "cli/commands/SoundCommand.h"
 
-#include "cli/Priority.h"
 #include "cli/commands/SoundSource.h"
 #include "cli/output/ValueText.h"
-
+#include "cli/Priority.h"
 #include <core/base/connect.h>
 #include <core/base/uuid.h>
 

@@ -5,7 +5,6 @@
 
 #include "cli/ExitCode.h"
 #include "cli/Options.h"
-
 #include <core/records/enumerations.h>
 
 #include <QByteArray>

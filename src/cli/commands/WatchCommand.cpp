@@ -4,7 +4,6 @@
 #include "cli/commands/WatchCommand.h"
 
 #include "cli/output/ValueText.h"
-
 #include <core/base/connect.h>
 
 #include <QTime>

@@ -4,13 +4,12 @@
 #pragma once
 
 #include "cli/Options.h"
+#include <CLI/App.hpp>
+#include <CLI/Validators.hpp>
 
 #include <charconv>
 #include <string>
 #include <system_error>
-
-#include <CLI/App.hpp>
-#include <CLI/Validators.hpp>
 
 // The parts of the definition, each with the commands of one kind. The order in which they are added
 // is that of the help, the man page and the completions.

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "cli/definition/Definition.h"
-
 #include <CLI/Option.hpp>
 
 namespace {

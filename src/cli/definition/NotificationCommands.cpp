@@ -2,9 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "cli/definition/Definition.h"
-
 #include "cli/Priority.h"
-
 #include <CLI/Option.hpp>
 
 namespace {

@@ -1,9 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "cli/reference/Writers.h"
-
 #include "cli/ExitCode.h"
+#include "cli/reference/Writers.h"
 
 #include <algorithm>
 #include <cctype>

@@ -8,7 +8,6 @@
 #include "DbusConfiguration.h"
 #include "desktop/NotificationsInterface.h"
 #include "model/ModelInterface.h"
-
 #include <bus/BusConnection.h>
 #include <core/tavo.h>
 

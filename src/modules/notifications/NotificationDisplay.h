@@ -4,7 +4,6 @@
 #pragma once
 
 #include "DisplayRanks.h"
-
 #include <core/tavo.h>
 
 #include <QElapsedTimer>

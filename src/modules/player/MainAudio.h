@@ -4,7 +4,6 @@
 #pragma once
 
 #include "PlayerConfiguration.h"
-
 #include <core/records/player.h>
 
 #include <QElapsedTimer>

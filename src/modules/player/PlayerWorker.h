@@ -4,7 +4,6 @@
 #pragma once
 
 #include "PlayerConfiguration.h"
-
 #include <core/tavo.h>
 
 class MainAudio;

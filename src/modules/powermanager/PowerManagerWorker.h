@@ -4,7 +4,6 @@
 #pragma once
 
 #include "ResourceGrants.h"
-
 #include <core/tavo.h>
 
 #include <QList>

@@ -4,7 +4,6 @@
 // What must hold after every step.
 
 #include "DisplaySystem.h"
-
 #include "support/Text.h"
 
 #include <algorithm>

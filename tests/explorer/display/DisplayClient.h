@@ -5,12 +5,11 @@
 
 #include "explorer/module/ModuleHost.h"
 #include "support/LogCapture.h"
-
 #include <core/tavo.h>
 
-#include <memory>
-
 #include <QTimer>
+
+#include <memory>
 
 /// A fresh worker of the notifications module, as somebody sees it who sends it display requests and
 /// whose clock stands still.

@@ -6,12 +6,11 @@
 #include "DisplayClient.h"
 #include "DisplayModel.h"
 #include "DisplayStep.h"
-
 #include "explorer/engine/System.h"
 
-#include <memory>
-
 #include <QHash>
+
+#include <memory>
 
 /// The display side of the module, held against its contract after every step.
 ///

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "DisplaySystem.h"
-
 #include "explorer/engine/Program.h"
 
 int main(int argc, char **argv)

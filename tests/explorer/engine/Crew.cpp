@@ -4,7 +4,6 @@
 #include "explorer/engine/Crew.h"
 
 #include <algorithm>
-
 #include <poll.h>
 
 namespace exploration {

@@ -6,12 +6,11 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
-#include <system_error>
-
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace exploration {

@@ -8,7 +8,6 @@
 
 #include <exception>
 #include <new>
-
 #include <poll.h>
 #include <signal.h>
 #include <sys/prctl.h>

@@ -10,7 +10,6 @@
 #include <chrono>
 #include <memory>
 #include <optional>
-
 #include <sys/types.h>
 
 namespace exploration {

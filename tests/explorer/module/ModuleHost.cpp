@@ -3,11 +3,12 @@
 
 #include "explorer/module/ModuleHost.h"
 
-#include <stdexcept>
+#include <QLibrary>
 
 #include <log4cplus/initializer.h>
 #include <log4cplus/nullappender.h>
-#include <QLibrary>
+
+#include <stdexcept>
 
 /// Qt's number of events posted to the calling thread; exported, but declared nowhere.
 Q_CORE_EXPORT uint qGlobalPostedEventsCount();

@@ -5,14 +5,13 @@
 
 #include "support/clock/VirtualClock.h"
 #include "support/LogCapture.h"
-
 #include <core/tavo.h>
+
+#include <QCoreApplication>
 
 #include <functional>
 #include <memory>
 #include <string>
-
-#include <QCoreApplication>
 
 /// A process's side of the modules that are explored in it: the application, a clock that stands
 /// still, a log that keeps fatal records only, and the module's library, loaded once.

@@ -4,7 +4,6 @@
 #pragma once
 
 #include "explorer/sound/SoundLedger.h"
-
 #include <core/tavo.h>
 
 #include <string>

@@ -4,7 +4,6 @@
 #include "explorer/sound/SoundMembers.h"
 
 #include "modules/notifications/NotificationPlayer.h"
-
 #include <core/tavo.h>
 
 #include <cstring>

@@ -4,7 +4,6 @@
 #pragma once
 
 #include "explorer/sound/SoundFacts.h"
-
 #include <core/tavo.h>
 
 /// The services that the module meets in the model: the main player, the power manager and the

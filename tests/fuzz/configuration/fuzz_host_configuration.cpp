@@ -5,7 +5,6 @@
 // error that says what is wrong and where.
 
 #include "fuzz/support/Fuzz.h"
-
 #include <core/tavo.h>
 #include <host/HostConfiguration.h>
 

@@ -9,7 +9,6 @@
 #include "support/LoadedModule.h"
 #include "support/PostedEvents.h"
 #include "support/scripted/ScriptedPlayers.h"
-
 #include <core/tavo.h>
 
 #include <stdexcept>

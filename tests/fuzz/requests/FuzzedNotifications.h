@@ -7,7 +7,6 @@
 #include "support/LoadedModule.h"
 #include "support/scripted/ScriptedPlayers.h"
 #include "support/scripted/ScriptedService.h"
-
 #include <core/tavo.h>
 
 #include <QHash>

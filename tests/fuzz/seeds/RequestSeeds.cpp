@@ -5,7 +5,6 @@
 #include "fuzz/seeds/SeedFolder.h"
 #include "fuzz/seeds/Seeds.h"
 #include "fuzz/support/ValueWriter.h"
-
 #include <core/tavo.h>
 
 #include <initializer_list>

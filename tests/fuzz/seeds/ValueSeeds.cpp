@@ -5,7 +5,6 @@
 #include "fuzz/seeds/Seeds.h"
 #include "fuzz/support/Dictionary.h"
 #include "fuzz/support/ValueWriter.h"
-
 #include <core/tavo.h>
 
 namespace {

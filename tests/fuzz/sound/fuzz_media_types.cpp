@@ -6,7 +6,6 @@
 
 #include "fuzz/support/Fuzz.h"
 #include "fuzz/support/ValueReader.h"
-
 #include <base/SoundLocation.h>
 #include <core/base/stream.h>
 #include <playback/PcmFormat.h>

@@ -8,7 +8,6 @@
 #include "fuzz/support/MemoryFile.h"
 #include "fuzz/support/ValueReader.h"
 #include "support/EventLoop.h"
-
 #include <core/base/stream.h>
 #include <simpleplayer/DataSimplePlayer.h>
 #include <simpleplayer/StreamSimplePlayer.h>

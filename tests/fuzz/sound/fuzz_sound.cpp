@@ -6,7 +6,6 @@
 
 #include "fuzz/support/Fuzz.h"
 #include "fuzz/support/MemoryFile.h"
-
 #include <core/base/stream.h>
 #include <playback/SoundFile.h>
 

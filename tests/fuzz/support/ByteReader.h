@@ -3,11 +3,11 @@
 
 #pragma once
 
+#include <QByteArray>
+
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-
-#include <QByteArray>
 
 /// Takes an input apart from its front, so that a seed can be written by hand or by ValueWriter and
 /// a mutation behind a place leaves what was read before it alone. An input at its end goes on as

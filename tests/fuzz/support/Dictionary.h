@@ -3,9 +3,9 @@
 
 #pragma once
 
-#include <vector>
-
 #include <QString>
+
+#include <vector>
 
 /// What the system's requesters say: keys, ids, paths, media types, and texts that are odd on
 /// purpose. An input names one by its number: with new ones the seeds are to be written anew.

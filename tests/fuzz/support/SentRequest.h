@@ -4,7 +4,6 @@
 #pragma once
 
 #include "fuzz/support/Fuzz.h"
-
 #include <core/tavo.h>
 
 #include <memory>

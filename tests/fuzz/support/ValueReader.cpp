@@ -4,15 +4,14 @@
 #include "fuzz/support/ValueReader.h"
 
 #include "fuzz/support/ValueFormat.h"
-
 #include <core/tavo.h>
-
-#include <limits>
 
 #include <QDateTime>
 #include <QRect>
 #include <QUrl>
 #include <QUuid>
+
+#include <limits>
 
 namespace {
 constexpr int mostDepth = 12;

@@ -6,9 +6,9 @@
 #include "fuzz/support/ByteReader.h"
 #include "fuzz/support/Dictionary.h"
 
-#include <functional>
-
 #include <QVariant>
+
+#include <functional>
 
 /// Makes values of an input: any type, any nesting, any size, wrong types where records expect
 /// others. Each input may make only so much of it, so that time and memory stay bounded.

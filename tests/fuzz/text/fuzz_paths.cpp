@@ -5,7 +5,6 @@
 
 #include "fuzz/support/Fuzz.h"
 #include "fuzz/support/ValueReader.h"
-
 #include <core/tavo.h>
 
 namespace {

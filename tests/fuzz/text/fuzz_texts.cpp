@@ -7,7 +7,6 @@
 #include "fuzz/support/Fuzz.h"
 #include "fuzz/support/ValueReader.h"
 #include "fuzz/support/Values.h"
-
 #include <core/tavo.h>
 #include <host/LogLevels.h>
 

@@ -6,7 +6,6 @@
 #include "fuzz/support/Fuzz.h"
 #include "fuzz/support/ValueReader.h"
 #include "fuzz/support/Values.h"
-
 #include <core/tavo.h>
 
 namespace {

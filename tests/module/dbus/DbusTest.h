@@ -7,13 +7,12 @@
 #include "support/EventLoop.h"
 #include "support/LoadedModule.h"
 #include "support/LogCapture.h"
-
 #include <core/tavo.h>
-
-#include <memory>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <memory>
 
 /// The module, loaded from its library, on a private bus.
 class DbusTest : public testing::Test

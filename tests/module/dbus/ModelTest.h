@@ -4,7 +4,6 @@
 #pragma once
 
 #include "DbusTest.h"
-
 #include "support/bus/BusClient.h"
 #include "support/Text.h"
 

@@ -3,9 +3,9 @@
 
 // The module on buses that accept connections and messages but never reply.
 
-#include "ModelTest.h"
-
 #include "support/bus/SilentBus.h"
+
+#include "ModelTest.h"
 #include "support/TimeOf.h"
 
 namespace {

@@ -3,9 +3,8 @@
 
 // The display controller from within: what no request can bring about.
 
-#include "NotificationsTest.h"
-
 #include "modules/notifications/NotificationDisplay.h"
+#include "NotificationsTest.h"
 #include "support/clock/VirtualClock.h"
 
 #include <chrono>

@@ -4,7 +4,6 @@
 // What open notifications are in the model, and how they are closed there.
 
 #include "DisplayTest.h"
-
 #include "support/clock/VirtualClock.h"
 
 #include <QThread>

@@ -4,7 +4,6 @@
 // The queue of what is open: order, the head's time, and what a more urgent one does to it.
 
 #include "DisplayTest.h"
-
 #include "support/clock/VirtualClock.h"
 
 #include <QMetaMethod>

@@ -5,11 +5,11 @@
 
 #include "modules/notifications/DisplayRanks.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <random>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 /// Ranks whose runs are open to the tests.
 struct DisplayRanksAccess : DisplayRanks

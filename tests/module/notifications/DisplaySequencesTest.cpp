@@ -5,14 +5,13 @@
 // come of it.
 
 #include "DisplayTest.h"
-
 #include "support/clock/VirtualClock.h"
+
+#include <rapidcheck/gtest.h>
 
 #include <algorithm>
 #include <chrono>
 #include <vector>
-
-#include <rapidcheck/gtest.h>
 
 namespace {
 struct Open

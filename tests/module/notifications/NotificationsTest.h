@@ -8,7 +8,6 @@
 #include "support/scripted/ScriptedPlayers.h"
 #include "support/scripted/ScriptedService.h"
 #include "support/Text.h"
-
 #include <core/tavo.h>
 
 #include <QTimer>

@@ -3,9 +3,8 @@
 
 // The sound controller from within: assertions that nothing outside leads to.
 
-#include "NotificationsTest.h"
-
 #include "modules/notifications/NotificationPlayer.h"
+#include "NotificationsTest.h"
 
 /// A friend of the controller.
 class SoundInsideTest : public NotificationsTest

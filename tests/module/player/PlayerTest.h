@@ -7,7 +7,6 @@
 #include "support/LoadedModule.h"
 #include "support/LogCapture.h"
 #include "support/Request.h"
-
 #include <core/tavo.h>
 
 #include <gmock/gmock.h>

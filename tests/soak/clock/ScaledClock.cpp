@@ -7,12 +7,12 @@
 // Covered is what Qt, the C++ library, ALSA and this project wait with. Their timeouts that are
 // relative are taken as monotonic, as they are to the kernel.
 
-#include <cerrno>
 #include <climits>
+
+#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <ctime>
-
 #include <dlfcn.h>
 #include <poll.h>
 #include <pthread.h>

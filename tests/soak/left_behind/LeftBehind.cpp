@@ -12,20 +12,19 @@
 
 #include "support/EventLoop.h"
 #include "support/LoadedModule.h"
-
 #include <core/tavo.h>
-
-#include <cstdio>
-#include <cstdlib>
-#include <exception>
-#include <memory>
 
 #include <QCoreApplication>
 #include <QFile>
 
 #include <log4cplus/configurator.h>
 #include <log4cplus/initializer.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
 #include <malloc.h>
+#include <memory>
 #include <unistd.h>
 
 namespace {

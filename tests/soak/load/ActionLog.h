@@ -3,11 +3,11 @@
 
 #pragma once
 
-#include <array>
-#include <mutex>
-
 #include <QString>
 #include <QStringList>
+
+#include <array>
+#include <mutex>
 
 /// The last actions of the load, for whoever has to explain a finding. Any thread. It never grows.
 class ActionLog

@@ -5,11 +5,10 @@
 
 #include "SoundMenu.h"
 
-#include <algorithm>
-
 #include <QFile>
 #include <QTimer>
 
+#include <algorithm>
 #include <fcntl.h>
 #include <unistd.h>
 

@@ -5,17 +5,16 @@
 
 #include "ActionLog.h"
 #include "Dice.h"
-
 #include <core/tavo.h>
+
+#include <QJsonObject>
+#include <QStringList>
 
 #include <array>
 #include <mutex>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
-
-#include <QJsonObject>
-#include <QStringList>
 
 /// What a request is about; what it is called in the table is in Ledger.cpp.
 enum class RequestKind {

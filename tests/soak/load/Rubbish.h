@@ -4,7 +4,6 @@
 #pragma once
 
 #include "Dice.h"
-
 #include <core/tavo.h>
 
 /// A value that hardly any node can make something of, nested so deep. No text in it names a module, a

@@ -6,10 +6,10 @@
 #include "ActionLog.h"
 #include "Ledger.h"
 
-#include <atomic>
-
 #include <QString>
 #include <QStringList>
+
+#include <atomic>
 
 /// Faults that the load has on demand, to show that the watch finds their like.
 struct Planted

@@ -6,14 +6,13 @@
 #include "Actions.h"
 #include "Requests.h"
 
-#include <stdexcept>
-#include <thread>
-
 #include <QJsonArray>
 #include <QJsonDocument>
 
 #include <fcntl.h>
 #include <malloc.h>
+#include <stdexcept>
+#include <thread>
 
 namespace {
 constexpr int patienceMs = 10000;

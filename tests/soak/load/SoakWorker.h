@@ -8,16 +8,15 @@
 #include "Raisers.h"
 #include "Settling.h"
 #include "Situation.h"
-
 #include <core/tavo.h>
-
-#include <array>
-#include <memory>
-#include <vector>
 
 #include <QJsonObject>
 #include <QLocalSocket>
 #include <QTimer>
+
+#include <array>
+#include <memory>
+#include <vector>
 
 /// The load: does random things in the model, as clients and other modules do, and keeps books.
 ///

@@ -4,7 +4,6 @@
 #pragma once
 
 #include "support/EventLoop.h"
-
 #include <bus/BusConnection.h>
 #include <bus/BusError.h>
 #include <bus/BusReader.h>

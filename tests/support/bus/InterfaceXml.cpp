@@ -3,11 +3,11 @@
 
 #include "support/bus/InterfaceXml.h"
 
-#include <algorithm>
-#include <stdexcept>
-
 #include <QFile>
 #include <QXmlStreamReader>
+
+#include <algorithm>
+#include <stdexcept>
 
 namespace {
 QString attribute(const QXmlStreamReader &xml, const char *name)

@@ -3,11 +3,11 @@
 
 #pragma once
 
-#include <string>
-#include <vector>
-
 #include <QByteArray>
 #include <QString>
+
+#include <string>
+#include <vector>
 
 /// The members of one interface in introspection XML, one line each, sorted: two files can be compared
 /// that differ in comments and order. Throws when the XML is malformed.

@@ -5,10 +5,10 @@
 
 #include "support/program/BoundProcess.h"
 
+#include <QFile>
+
 #include <csignal>
 #include <stdexcept>
-
-#include <QFile>
 
 namespace {
 constexpr int timeoutMs = 20000;

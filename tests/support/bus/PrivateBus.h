@@ -3,11 +3,11 @@
 
 #pragma once
 
-#include <memory>
-
 #include <QProcess>
 #include <QString>
 #include <QTemporaryDir>
+
+#include <memory>
 
 /// A message bus for one test. Everyone may do everything, unless further elements of the bus's
 /// configuration say otherwise. Ends with the object, at the latest with the process.

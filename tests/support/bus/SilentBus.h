@@ -3,14 +3,14 @@
 
 #pragma once
 
-#include <memory>
-#include <vector>
-
 #include <QLocalServer>
 #include <QString>
 #include <QTemporaryDir>
 
 #include <systemd/sd-bus.h>
+
+#include <memory>
+#include <vector>
 
 /// Accepts connections like a bus, then stops responding. Served by the test's event loop.
 class SilentBus

@@ -3,12 +3,12 @@
 
 #include "support/clock/VirtualClock.h"
 
+#include <QAbstractEventDispatcher>
+#include <QEventLoop>
+
 #include <atomic>
 #include <cstdint>
 #include <ctime>
-
-#include <QAbstractEventDispatcher>
-#include <QEventLoop>
 #include <sys/syscall.h>
 #include <unistd.h>
 

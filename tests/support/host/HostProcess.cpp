@@ -48,10 +48,7 @@ public:
     }
 
 protected:
-    void setupChildProcess() override
-    {
-        fcntl(m_ends[1], F_SETFD, 0);
-    }
+    void setupChildProcess() override { fcntl(m_ends[1], F_SETFD, 0); }
 
 private:
     static std::array<int, 2> makePipe()

@@ -3,10 +3,10 @@
 
 #include "support/sound/ScriptedDevices.h"
 
+#include <QFile>
+
 #include <cstring>
 #include <stdexcept>
-
-#include <QFile>
 
 namespace {
 

@@ -3,11 +3,11 @@
 
 #pragma once
 
-#include <vector>
-
 #include <QByteArray>
 #include <QString>
 #include <QTemporaryDir>
+
+#include <vector>
 
 /// Makes the devices of ScriptedPcm.cpp known to ALSA in this process, by their behaviours' names
 /// ("plain", "busy", ...), and tells what was heard on them.

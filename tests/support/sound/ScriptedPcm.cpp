@@ -8,6 +8,10 @@
 //     heard "/path"
 // It keeps time by the clock and counts what it has played in steps, as devices do.
 
+#include <alsa/asoundlib.h>
+#include <alsa/pcm_external.h>
+#include <alsa/pcm_ioplug.h>
+
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -17,14 +21,10 @@
 #include <cstring>
 #include <memory>
 #include <string>
-#include <thread>
-#include <vector>
-
-#include <alsa/asoundlib.h>
-#include <alsa/pcm_external.h>
-#include <alsa/pcm_ioplug.h>
 #include <sys/eventfd.h>
+#include <thread>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 

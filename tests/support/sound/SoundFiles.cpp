@@ -3,13 +3,13 @@
 
 #include "support/sound/SoundFiles.h"
 
-#include <cmath>
-#include <numeric>
-#include <stdexcept>
-
 #include <QFile>
 
 #include <sndfile.h>
+
+#include <cmath>
+#include <numeric>
+#include <stdexcept>
 
 std::vector<short> countingSamples(int count)
 {

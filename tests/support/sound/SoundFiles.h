@@ -3,10 +3,10 @@
 
 #pragma once
 
-#include <vector>
-
 #include <QByteArray>
 #include <QString>
+
+#include <vector>
 
 /// Sounds whose frames tell their place, so that lost and repeated ones show.
 

@@ -6,12 +6,12 @@
 #include "support/program/BoundProcess.h"
 #include "support/sound/SoundFiles.h"
 
-#include <stdexcept>
-
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QThread>
+
+#include <stdexcept>
 
 namespace {
 

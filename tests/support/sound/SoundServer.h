@@ -3,13 +3,13 @@
 
 #pragma once
 
-#include <memory>
-
 #include <QByteArray>
 #include <QProcess>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
+
+#include <memory>
 
 /// What is heard on one of the server's devices, from its making until take().
 class Recording

@@ -5,14 +5,14 @@
 
 #include "support/EventThread.h"
 
+#include <QMutex>
+#include <QObject>
+#include <QThread>
+
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <vector>
-
-#include <QMutex>
-#include <QObject>
-#include <QThread>
 
 namespace {
 constexpr int reported = 66; // the sanitizer's exit code

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "CliTest.h"
-
 #include "support/bus/ClientProgram.h"
 
 #include <QTemporaryDir>

@@ -5,11 +5,11 @@
 
 #include "support/EventLoop.h"
 
-#include <iostream>
-
 #include <QFile>
 
 #include <sndfile.h>
+
+#include <iostream>
 
 namespace {
 

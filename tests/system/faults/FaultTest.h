@@ -4,7 +4,6 @@
 #pragma once
 
 #include "ProcessState.h"
-
 #include "support/host/HostProcess.h"
 #include "support/sound/ScriptedDevices.h"
 #include "support/sound/SoundFiles.h"

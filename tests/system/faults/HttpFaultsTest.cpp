@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "FaultTest.h"
-
 #include "system/sound/HttpServer.h"
 
 #include <QElapsedTimer>

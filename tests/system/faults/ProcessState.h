@@ -3,8 +3,9 @@
 
 #pragma once
 
-#include <ostream>
 #include <QtGlobal>
+
+#include <ostream>
 
 /// What a process holds of the system, as /proc tells it.
 struct ProcessState

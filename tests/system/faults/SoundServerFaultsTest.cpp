@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "ProcessState.h"
-
 #include "system/sound/SoundTest.h"
 
 #include <QElapsedTimer>

@@ -8,8 +8,6 @@
 #include "support/sound/SoundFiles.h"
 #include "support/sound/SoundServer.h"
 
-#include <utility>
-
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -17,12 +15,12 @@
 #include <QJsonObject>
 #include <QProcess>
 
-#include <csignal>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
 #include <sndfile.h>
+
+#include <csignal>
+#include <utility>
 
 using testing::HasSubstr;
 using testing::Not;

@@ -3,9 +3,9 @@
 
 #include "SoundTest.h"
 
-#include <functional>
-
 #include <QProcess>
+
+#include <functional>
 
 using testing::ElementsAre;
 

@@ -3,10 +3,10 @@
 
 #include "HttpServer.h"
 
-#include <stdexcept>
-
 #include <QHostAddress>
 #include <QTcpSocket>
+
+#include <stdexcept>
 
 namespace {
 

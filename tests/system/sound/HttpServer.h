@@ -3,11 +3,11 @@
 
 #pragma once
 
-#include <map>
-
 #include <QByteArray>
 #include <QString>
 #include <QTcpServer>
+
+#include <map>
 
 /// An http server on the loopback address that knows some files, and one that it never answers for.
 ///

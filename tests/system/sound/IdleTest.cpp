@@ -2,13 +2,12 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "SoundTest.h"
-
 #include "support/EventLoop.h"
-
-#include <utility>
 
 #include <QDir>
 #include <QFile>
+
+#include <utility>
 
 #if defined(__has_feature)
 #if __has_feature(thread_sanitizer)

@@ -3,12 +3,12 @@
 
 #pragma once
 
+#include <QByteArray>
+#include <QString>
+
 #include <memory>
 #include <optional>
 #include <vector>
-
-#include <QByteArray>
-#include <QString>
 
 class QProcess;
 

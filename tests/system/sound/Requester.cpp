@@ -5,12 +5,12 @@
 
 #include "support/EventLoop.h"
 
-#include <array>
-#include <stdexcept>
-
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QLocalSocket>
+
+#include <array>
+#include <stdexcept>
 
 namespace {
 

@@ -3,15 +3,15 @@
 
 #pragma once
 
-#include <map>
-#include <memory>
-#include <string>
-#include <vector>
-
 #include <QByteArray>
 #include <QJsonObject>
 #include <QLocalServer>
 #include <QString>
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
 
 class QLocalSocket;
 

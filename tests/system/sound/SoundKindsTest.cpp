@@ -3,12 +3,12 @@
 
 #include "SoundTest.h"
 
+#include <QFile>
+#include <QtEndian>
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <QFile>
-#include <QtEndian>
 
 using testing::ElementsAre;
 

@@ -6,7 +6,6 @@
 #include "HttpServer.h"
 #include "Listener.h"
 #include "Requester.h"
-
 #include "support/host/HostProcess.h"
 #include "support/sound/SoundFiles.h"
 #include "support/sound/SoundServer.h"
@@ -16,9 +15,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sndfile.h>
 
 #include <optional>
-#include <sndfile.h>
 
 /// A host as it is installed, with the real modules and one that does what the test says, on a
 /// sound server of its own to whose devices the test listens.

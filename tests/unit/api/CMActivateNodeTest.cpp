@@ -2,14 +2,13 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "Recorders.h"
-
 #include "support/EventLoop.h"
 #include "support/EventThread.h"
 #include "support/LogCapture.h"
 
-#include <memory>
-
 #include <gtest/gtest.h>
+
+#include <memory>
 
 using Reply = CMReply<QVariant>;
 

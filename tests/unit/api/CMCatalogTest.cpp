@@ -3,15 +3,14 @@
 
 #include "support/EventThread.h"
 #include "support/Text.h"
-
 #include <core/tavo.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <atomic>
 #include <string>
 #include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace {
 using testing::ElementsAre;

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "Recorders.h"
-
 #include "support/EventLoop.h"
 
 #include <gmock/gmock.h>

@@ -3,11 +3,11 @@
 
 #include "core/cmpathtable.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <deque>
 #include <random>
-
-#include <gtest/gtest.h>
 
 namespace {
 struct Entry

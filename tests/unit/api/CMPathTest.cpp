@@ -5,11 +5,11 @@
 
 #include "core/base/stream.h"
 
-#include <sstream>
-
 #include <QHash>
 
 #include <gtest/gtest.h>
+
+#include <sstream>
 
 namespace {
 CMPath path(const char *text)

@@ -2,14 +2,13 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "core/tavo.h"
-
 #include "support/EventLoop.h"
+
+#include <gtest/gtest.h>
 
 #include <atomic>
 #include <future>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 using namespace std::chrono_literals;
 using Reply = CMReply<QVariant>;

@@ -2,19 +2,18 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "core/tavo.h"
-
 #include "support/EventLoop.h"
 #include "support/EventThread.h"
-
-#include <atomic>
-#include <future>
-#include <memory>
-#include <vector>
 
 #include <QPointer>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <atomic>
+#include <future>
+#include <memory>
+#include <vector>
 
 using testing::ElementsAre;
 using Reply = CMReply<QVariant>;

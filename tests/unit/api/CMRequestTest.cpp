@@ -3,10 +3,10 @@
 
 #include "core/tavo.h"
 
+#include <gtest/gtest.h>
+
 #include <future>
 #include <optional>
-
-#include <gtest/gtest.h>
 
 using Reply = CMReply<QVariant>;
 

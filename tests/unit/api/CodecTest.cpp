@@ -6,10 +6,10 @@
 #include "core/base/stream.h"
 #include "core/records/enumerations.h"
 
+#include <gtest/gtest.h>
+
 #include <cmath>
 #include <limits>
-
-#include <gtest/gtest.h>
 
 namespace {
 const QVariantList notNumbers{QVariant(),          true,

@@ -4,7 +4,6 @@
 #include "ConnectTest.h"
 
 #include "core/base/connect.h"
-
 #include "support/EventLoop.h"
 #include "support/EventThread.h"
 

@@ -5,12 +5,12 @@
 
 #include "core/base/stream.h"
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include <limits>
 #include <string>
 #include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 using testing::ElementsAre;
 

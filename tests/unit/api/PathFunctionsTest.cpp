@@ -3,11 +3,11 @@
 
 #include "core/tavo.h"
 
+#include <gtest/gtest.h>
+
 #include <set>
 #include <string>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 namespace {
 struct WellKnown

@@ -5,10 +5,10 @@
 
 #include "core/tavo.h"
 
-#include <vector>
-
 #include <QObject>
 #include <QThread>
+
+#include <vector>
 
 /// Keeps the requests that a node hands it, unanswered.
 class RequestKeeper : public QObject

@@ -3,11 +3,11 @@
 
 #include "RecordFields.h"
 
-#include <sstream>
-
 #include <QJsonDocument>
 
 #include <gtest/gtest.h>
+
+#include <sstream>
 
 namespace {
 QVariantHash throughJson(const QVariantHash &record)

@@ -2,13 +2,12 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "Recorders.h"
-
 #include "support/EventLoop.h"
+
+#include <gtest/gtest.h>
 
 #include <memory>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 // No clock here: work that grew with the square of the number would run into the test's time limit.
 

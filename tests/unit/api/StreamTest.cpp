@@ -5,10 +5,10 @@
 
 #include "core/base/trstring.h"
 
+#include <gtest/gtest.h>
+
 #include <sstream>
 #include <string>
-
-#include <gtest/gtest.h>
 
 namespace {
 template <typename T>

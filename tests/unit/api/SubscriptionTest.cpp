@@ -2,18 +2,17 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "Recorders.h"
-
 #include "support/EventLoop.h"
 #include "support/EventThread.h"
-
-#include <functional>
-#include <memory>
 
 #include <QEventLoop>
 #include <QPointer>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
 
 using testing::ElementsAre;
 

@@ -2,17 +2,16 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "Recorders.h"
-
 #include "support/EventLoop.h"
 #include "support/EventThread.h"
 #include "support/LogCapture.h"
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include <atomic>
 #include <future>
 #include <memory>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 using Reply = CMReply<QVariant>;
 

@@ -1,9 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "core/base/trstring.h"
-
 #include "core/base/stream.h"
+#include "core/base/trstring.h"
 
 #include <QCoreApplication>
 #include <QTranslator>

@@ -5,13 +5,13 @@
 
 #include "core/base/stream.h"
 
-#include <future>
-#include <set>
-#include <vector>
-
 #include <QRegularExpression>
 
 #include <gtest/gtest.h>
+
+#include <future>
+#include <set>
+#include <vector>
 
 TEST(UuidTest, HasTheFormOfARandomIdentifier)
 {

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "base/SoundLocation.h"
+
 #include "support/Text.h"
 
 #include <gtest/gtest.h>

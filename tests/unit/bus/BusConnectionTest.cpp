@@ -5,7 +5,6 @@
 #include "support/bus/PrivateBus.h"
 #include "support/EventLoop.h"
 #include "support/Text.h"
-
 #include <bus/BusConnection.h>
 
 #include <QSignalSpy>

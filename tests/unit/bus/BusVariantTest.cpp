@@ -2,13 +2,12 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "MessageTest.h"
-
 #include <core/tavo.h>
+
+#include <rapidcheck/gtest.h>
 
 #include <cmath>
 #include <limits>
-
-#include <rapidcheck/gtest.h>
 
 namespace {
 using testing::StartsWith;

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "MessageTest.h"
-
 #include <bus/ModelErrors.h>
 
 namespace {

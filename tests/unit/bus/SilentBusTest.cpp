@@ -2,26 +2,26 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "support/bus/SilentBus.h"
+
 #include "support/bus/BusClient.h"
 #include "support/bus/PrivateBus.h"
 #include "support/EventLoop.h"
 #include "support/Text.h"
 #include "support/TimeOf.h"
-
 #include <bus/BusConnection.h>
 
 #include <QFile>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include <memory>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
 #include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 using std::chrono::seconds;
 

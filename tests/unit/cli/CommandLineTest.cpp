@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "cli/CommandLine.h"
+
 #include "cli/Priority.h"
 
 #include <gmock/gmock.h>

@@ -5,7 +5,6 @@
 #include "cli/reference/Completions.h"
 #include "cli/reference/Writers.h"
 #include "support/Text.h"
-
 #include <CLI/App.hpp>
 
 #include <QFile>

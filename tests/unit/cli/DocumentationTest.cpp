@@ -3,7 +3,6 @@
 
 #include "cli/CommandLine.h"
 #include "cli/reference/Reference.h"
-
 #include <CLI/App.hpp>
 
 #include <gtest/gtest.h>

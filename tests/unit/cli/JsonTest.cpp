@@ -4,7 +4,6 @@
 #include "cli/output/Json.h"
 
 #include "support/Text.h"
-
 #include <core/records/cmpath.h>
 
 #include <gmock/gmock.h>

@@ -3,7 +3,6 @@
 
 #include "cli/CommandLine.h"
 #include "cli/reference/Writers.h"
-
 #include <CLI/App.hpp>
 #include <CLI/Option.hpp>
 

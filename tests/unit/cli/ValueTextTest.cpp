@@ -4,7 +4,6 @@
 #include "cli/output/ValueText.h"
 
 #include "support/Text.h"
-
 #include <core/records/cmpath.h>
 
 #include <gtest/gtest.h>

@@ -8,7 +8,6 @@
 #include "support/LoadedModule.h"
 #include "support/scripted/ScriptedService.h"
 #include "support/Text.h"
-
 #include <client/TavoClient.h>
 #include <core/tavo.h>
 

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "ClientTest.h"
-
 #include <client/TavoInbox.h>
 
 #include <vector>

@@ -2,9 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "ClientTest.h"
-
 #include "support/bus/BusClient.h"
-
 #include <client/TavoMessages.h>
 
 #include <memory>

@@ -3,11 +3,11 @@
 
 #include "explorer/engine/Search.h"
 
-#include <chrono>
-#include <cstdlib>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdlib>
 #include <unistd.h>
 
 namespace {

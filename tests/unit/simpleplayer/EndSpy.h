@@ -4,7 +4,6 @@
 #pragma once
 
 #include "support/EventLoop.h"
-
 #include <simpleplayer/SimplePlayer.h>
 
 #include <QSignalSpy>

@@ -7,13 +7,13 @@
 #include "PlayerTest.h"
 #include "support/LogCapture.h"
 #include "support/Sanitized.h"
-
-#include <gmock/gmock.h>
 #include <simpleplayer/StreamSimplePlayer.h>
 #include <simpleplayer/UriSimplePlayer.h>
 
 #include <QElapsedTimer>
 #include <QTimer>
+
+#include <gmock/gmock.h>
 
 #include <sys/resource.h>
 #include <unistd.h>

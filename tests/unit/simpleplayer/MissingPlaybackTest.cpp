@@ -6,12 +6,12 @@
 
 #include "EndSpy.h"
 #include "support/LogCapture.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <simpleplayer/DataSimplePlayer.h>
 #include <simpleplayer/StreamSimplePlayer.h>
 #include <simpleplayer/UriSimplePlayer.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <functional>
 #include <memory>

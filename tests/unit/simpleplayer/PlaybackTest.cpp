@@ -5,18 +5,17 @@
 
 #include "PlayerTest.h"
 #include "support/Sanitized.h"
-
-#include <gmock/gmock.h>
 #include <simpleplayer/UriSimplePlayer.h>
-
-#include <algorithm>
-#include <cmath>
 
 #include <QDir>
 #include <QElapsedTimer>
 #include <QTest>
 #include <QThread>
 
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cmath>
 #include <sys/resource.h>
 
 using testing::AllOf;

@@ -4,7 +4,6 @@
 // What every kind of player promises.
 
 #include "PlayerTest.h"
-
 #include <simpleplayer/DataSimplePlayer.h>
 #include <simpleplayer/FakePlayer.h>
 #include <simpleplayer/StreamSimplePlayer.h>

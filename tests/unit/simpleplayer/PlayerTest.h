@@ -7,13 +7,12 @@
 #include "support/sound/ScriptedDevices.h"
 #include "support/sound/SoundFiles.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-
 #include <QTemporaryDir>
 
+#include <gtest/gtest.h>
 #include <sndfile.h>
+
+#include <algorithm>
 
 /// What tests of players on scripted devices share.
 class PlayerTest : public testing::Test

@@ -5,12 +5,8 @@
 
 #include "PlayerTest.h"
 #include "support/LogCapture.h"
-
-#include <gmock/gmock.h>
 #include <simpleplayer/DataSimplePlayer.h>
 #include <simpleplayer/UriSimplePlayer.h>
-
-#include <cmath>
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -18,6 +14,9 @@
 #include <QtEndian>
 #include <QUrl>
 
+#include <gmock/gmock.h>
+
+#include <cmath>
 #include <malloc.h>
 #include <sys/stat.h>
 

@@ -4,21 +4,21 @@
 // What a real sound server plays of a sound, sample by sample.
 
 #include "support/sound/SoundServer.h"
+
 #include "EndSpy.h"
 #include "support/sound/SoundFiles.h"
-
-#include <gtest/gtest.h>
 #include <simpleplayer/StreamSimplePlayer.h>
 #include <simpleplayer/UriSimplePlayer.h>
-
-#include <algorithm>
-#include <cstring>
-#include <utility>
 
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <gtest/gtest.h>
 #include <sndfile.h>
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
 
 class SoundServerTest : public testing::Test
 {

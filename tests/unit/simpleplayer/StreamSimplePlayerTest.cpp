@@ -5,14 +5,14 @@
 
 #include "PlayerTest.h"
 #include "support/LogCapture.h"
-
-#include <gmock/gmock.h>
 #include <simpleplayer/StreamSimplePlayer.h>
 
 #include <QElapsedTimer>
 #include <QFile>
 #include <QTest>
 #include <QUrl>
+
+#include <gmock/gmock.h>
 
 #include <fcntl.h>
 #include <sys/ioctl.h>

@@ -3,13 +3,13 @@
 
 #include "support/EventLoop.h"
 
-#include <atomic>
-#include <functional>
-#include <thread>
-
 #include <QPointer>
 
 #include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <thread>
 
 using namespace std::chrono_literals;
 

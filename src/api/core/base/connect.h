@@ -3,12 +3,12 @@
 
 #pragma once
 
-#include <type_traits>
-
 #include <QMetaMethod>
 #include <QMetaType>
 #include <QObject>
 #include <QThread>
+
+#include <type_traits>
 
 /// Whether the arguments of a signal can travel to the receiver: a call that may be queued needs
 /// each argument that is no pointer to be known to the meta-type system.

@@ -6,10 +6,10 @@
 #include "core/base/export.h"
 #include "core/base/stream.h"
 
-#include <string>
-
 #include <log4cplus/logger.h>
 #include <log4cplus/loggingmacros.h>
+
+#include <string>
 
 /// Renders a function's signature, as the compiler writes it, for a trace line: the same text for
 /// every compiler. The logger's name is for renderings that sort by it; this one does without.

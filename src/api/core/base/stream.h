@@ -5,10 +5,10 @@
 
 #include "core/base/export.h"
 
-#include <iosfwd>
-
 #include <QString>
 #include <QVariant>
+
+#include <iosfwd>
 
 /// Writes a text as UTF-8. Control characters are written as escapes (\n, \x1b), so that a text
 /// from outside can't break a log line or forge one.

@@ -3,10 +3,10 @@
 
 #include "core/base/trstring.h"
 
-#include <algorithm>
-
 #include <QCoreApplication>
 #include <QVariantHash>
+
+#include <algorithm>
 
 bool TrString::Translation::operator==(const Translation &other) const
 {

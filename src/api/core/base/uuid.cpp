@@ -3,11 +3,10 @@
 
 #include "core/base/uuid.h"
 
-#include <array>
-#include <cstring>
-
 #include <QUuid>
 
+#include <array>
+#include <cstring>
 #include <sys/random.h>
 
 namespace {

@@ -3,12 +3,12 @@
 
 #include "core/model/changenotifier.h"
 
-#include <utility>
-
 #include <QCoreApplication>
 #include <QEvent>
 #include <QMetaMethod>
 #include <QThread>
+
+#include <utility>
 
 namespace {
 /// An emission on its way to the event loop of a notifier. A queued call of Qt's would be plainer, but

@@ -6,11 +6,11 @@
 #include "core/base/export.h"
 #include "core/records/cmpath.h"
 
-#include <atomic>
-
 #include <QObject>
 #include <QStringList>
 #include <QVariant>
+
+#include <atomic>
 
 /// Carries the changes at a path to one subscriber.
 ///

@@ -7,16 +7,16 @@
 #include "core/base/export.h"
 #include "core/model/cmerror.h"
 
+#include <QExplicitlySharedDataPointer>
+#include <QObject>
+#include <QVariant>
+
 #include <atomic>
 #include <condition_variable>
 #include <functional>
 #include <limits>
 #include <mutex>
 #include <vector>
-
-#include <QExplicitlySharedDataPointer>
-#include <QObject>
-#include <QVariant>
 
 class CMVoidReply;
 

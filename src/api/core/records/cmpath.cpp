@@ -5,11 +5,11 @@
 
 #include "core/base/stream.h"
 
-#include <algorithm>
-
 #include <QHash>
 #include <QStringView>
 #include <QVarLengthArray>
+
+#include <algorithm>
 
 namespace {
 constexpr QChar slash = QLatin1Char('/');

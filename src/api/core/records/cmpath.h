@@ -5,12 +5,12 @@
 
 #include "core/base/export.h"
 
-#include <iosfwd>
-
 #include <QExplicitlySharedDataPointer>
 #include <QMetaType>
 #include <QString>
 #include <QVariant>
+
+#include <iosfwd>
 
 /// Names a node of the model: "/notifications/player/enqueue".
 ///

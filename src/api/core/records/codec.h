@@ -7,10 +7,10 @@
 #include "core/base/trstring.h"
 #include "core/records/cmpath.h"
 
+#include <QVariant>
+
 #include <limits>
 #include <type_traits>
-
-#include <QVariant>
 
 class TavoHash;
 

@@ -6,9 +6,9 @@
 #include "core/base/export.h"
 #include "core/records/codec.h"
 
-#include <iosfwd>
-
 #include <QVariantHash>
+
+#include <iosfwd>
 
 /// The base of every record: a typed view over a hash of fields.
 ///

@@ -5,10 +5,10 @@
 
 #include "core/records/codec.h"
 
+#include <QVariantList>
+
 #include <algorithm>
 #include <initializer_list>
-
-#include <QVariantList>
 
 /// A list of one type within a record. A value; copies share.
 template <typename T>

@@ -6,7 +6,6 @@
 #include "PathHash.h"
 #include "Quotas.h"
 #include "SoundAccess.h"
-
 #include <core/tavo.h>
 
 #include <QObject>

@@ -6,7 +6,6 @@
 #include "ClientLimits.h"
 #include "Quotas.h"
 #include "UnreadBytes.h"
-
 #include <bus/BusHandles.h>
 #include <bus/BusMessage.h>
 #include <bus/BusObject.h>

@@ -4,7 +4,6 @@
 #include "PendingCalls.h"
 
 #include "Clients.h"
-
 #include <bus/BusError.h>
 #include <bus/BusWriter.h>
 #include <bus/ModelErrors.h>

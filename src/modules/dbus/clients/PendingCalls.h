@@ -4,7 +4,6 @@
 #pragma once
 
 #include "Quotas.h"
-
 #include <bus/BusMessage.h>
 #include <core/tavo.h>
 

@@ -5,12 +5,11 @@
 
 #include "base/SoundLocation.h"
 
-#include <algorithm>
-
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <sys/stat.h>
 
 namespace {

@@ -4,7 +4,6 @@
 #include "UnreadBytes.h"
 
 #include "Refusals.h"
-
 #include <bus/BusConnection.h>
 #include <core/tavo.h>
 

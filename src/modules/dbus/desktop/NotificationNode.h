@@ -4,7 +4,6 @@
 #pragma once
 
 #include "DesktopNotification.h"
-
 #include <core/tavo.h>
 
 #include <QString>

@@ -5,7 +5,6 @@
 
 #include "modules/dbus/clients/ClientSounds.h"
 #include "SoundTheme.h"
-
 #include <core/tavo.h>
 
 #include <QHash>

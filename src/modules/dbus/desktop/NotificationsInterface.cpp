@@ -5,7 +5,6 @@
 
 #include "modules/dbus/clients/Clients.h"
 #include "modules/dbus/clients/Refusals.h"
-
 #include <bus/BusConnection.h>
 #include <bus/BusError.h>
 #include <bus/BusReader.h>

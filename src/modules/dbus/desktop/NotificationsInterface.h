@@ -7,7 +7,6 @@
 #include "NotificationSounds.h"
 #include "NotifyCall.h"
 #include "OpenNotifications.h"
-
 #include <bus/BusObject.h>
 
 #include <QObject>

@@ -6,7 +6,6 @@
 #include "modules/dbus/clients/Refusals.h"
 #include "NotifyHints.h"
 #include "PlainText.h"
-
 #include <bus/BusReader.h>
 
 namespace {

@@ -5,7 +5,6 @@
 
 #include "NotifyCall.h"
 #include "PlainText.h"
-
 #include <bus/BusReader.h>
 
 #include <QHash>

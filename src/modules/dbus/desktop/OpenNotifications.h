@@ -7,7 +7,6 @@
 #include "DisplayOrder.h"
 #include "NotificationIds.h"
 #include "NotificationNode.h"
-
 #include <core/tavo.h>
 
 #include <QElapsedTimer>

@@ -5,7 +5,6 @@
 
 #include "modules/dbus/clients/PathHash.h"
 #include "modules/dbus/clients/Quotas.h"
-
 #include <core/tavo.h>
 
 #include <QObject>

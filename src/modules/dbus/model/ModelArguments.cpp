@@ -4,7 +4,6 @@
 #include "ModelArguments.h"
 
 #include "modules/dbus/clients/Refusals.h"
-
 #include <bus/BusReader.h>
 
 namespace {

@@ -6,7 +6,6 @@
 #include "ModelArguments.h"
 #include "modules/dbus/clients/Clients.h"
 #include "modules/dbus/clients/Refusals.h"
-
 #include <bus/BusConnection.h>
 #include <bus/BusReader.h>
 #include <bus/BusWriter.h>

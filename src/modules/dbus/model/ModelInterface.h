@@ -8,7 +8,6 @@
 #include "modules/dbus/clients/ClientSounds.h"
 #include "modules/dbus/clients/PendingCalls.h"
 #include "Subscriptions.h"
-
 #include <bus/BusObject.h>
 #include <core/tavo.h>
 

@@ -5,7 +5,6 @@
 
 #include "Inboxes.h"
 #include "modules/dbus/clients/Clients.h"
-
 #include <bus/BusError.h>
 #include <bus/BusObject.h>
 #include <bus/BusWriter.h>

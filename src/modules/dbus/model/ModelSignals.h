@@ -4,7 +4,6 @@
 #pragma once
 
 #include "Subscriptions.h"
-
 #include <core/tavo.h>
 
 #include <QObject>

@@ -4,7 +4,6 @@
 #pragma once
 
 #include "modules/dbus/clients/Quotas.h"
-
 #include <core/tavo.h>
 
 #include <QObject>

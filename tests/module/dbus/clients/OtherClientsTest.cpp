@@ -4,7 +4,6 @@
 // The interface in the hands of programs that are not ours.
 
 #include "module/dbus/ModelTest.h"
-
 #include "support/bus/ClientProgram.h"
 
 #include <algorithm>

@@ -4,7 +4,6 @@
 // The policy that is installed for the system bus, on a bus that lets nobody do anything by itself.
 
 #include "module/dbus/ModelTest.h"
-
 #include "support/bus/ClientProgram.h"
 
 #include <QFile>

@@ -4,7 +4,6 @@
 // Clients that don't read what they are sent, on a bus that counts it as the host's.
 
 #include "module/dbus/ModelTest.h"
-
 #include "support/bus/ClientProgram.h"
 
 #include <systemd/sd-bus.h>

@@ -9,14 +9,13 @@
 #include "support/LoadedModule.h"
 #include "support/LogCapture.h"
 #include "support/Text.h"
-
 #include <core/model/cmcatalog.h>
 #include <core/tavo.h>
 
-#include <memory>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <memory>
 
 /// The display and the module on a bus of its own, met by other people's programs on the bus and
 /// looked at through the model.

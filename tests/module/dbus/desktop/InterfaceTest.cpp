@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "DesktopTest.h"
-
 #include "support/bus/InterfaceXml.h"
 
 namespace {

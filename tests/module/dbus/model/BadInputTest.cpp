@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "module/dbus/ModelTest.h"
-
 #include "support/Sanitized.h"
 
 #include <algorithm>

@@ -4,7 +4,6 @@
 // The interface in the hands of a program on GLib, whose types and main loop are GLib's own.
 
 #include "module/dbus/ModelTest.h"
-
 #include "support/bus/ClientProgram.h"
 
 namespace {

@@ -3,9 +3,9 @@
 
 #pragma once
 
-#include <vector>
-
 #include <QByteArray>
+
+#include <vector>
 
 /// How loud a recording is, in steps of 10 ms: the root of the mean square of the left channel's
 /// samples, 1.0 being a square wave at full scale.

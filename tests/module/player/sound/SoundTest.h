@@ -8,12 +8,12 @@
 #include "support/sound/SoundFiles.h"
 #include "support/sound/SoundServer.h"
 
-#include <cmath>
-
 #include <QElapsedTimer>
 #include <QTemporaryDir>
 
 #include <sndfile.h>
+
+#include <cmath>
 
 /// The sound server and the music, made before the module that plays it there.
 class SoundStage

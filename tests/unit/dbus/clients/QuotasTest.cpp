@@ -5,10 +5,10 @@
 
 #include <bus/BusError.h>
 
+#include <gtest/gtest.h>
+
 #include <utility>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 namespace {
 class QuotasTest : public testing::Test

@@ -2,14 +2,15 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "modules/dbus/clients/SoundAccess.h"
-#include "support/Text.h"
 
-#include <gtest/gtest.h>
+#include "support/Text.h"
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QUrl>
+
+#include <gtest/gtest.h>
 
 #include <sys/stat.h>
 

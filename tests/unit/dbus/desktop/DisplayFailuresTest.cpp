@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "OpenNotificationsTest.h"
-
 #include "support/LogCapture.h"
 #include "support/scripted/ScriptedService.h"
 

@@ -2,15 +2,14 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "OpenNotificationsTest.h"
-
 #include "support/EventThread.h"
 #include "support/LoadedModule.h"
+
+#include <QThread>
 
 #include <map>
 #include <memory>
 #include <random>
-
-#include <QThread>
 
 namespace {
 using Priority = TavoNotificationItemPriority;

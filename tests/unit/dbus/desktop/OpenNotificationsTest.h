@@ -7,16 +7,15 @@
 #include "support/EventLoop.h"
 #include "support/Request.h"
 #include "support/Text.h"
-
 #include <core/model/cmcatalog.h>
 #include <core/tavo.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <ostream>
 #include <utility>
 #include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 using Reason = OpenNotifications::Reason;
 

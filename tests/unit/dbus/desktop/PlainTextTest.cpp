@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "modules/dbus/desktop/PlainText.h"
+
 #include "support/Text.h"
 #include "support/TimeOf.h"
 

@@ -2,14 +2,15 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "modules/dbus/desktop/SoundTheme.h"
-#include "support/Text.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "support/Text.h"
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace {
 using testing::ElementsAre;

@@ -6,9 +6,9 @@
 #include "core/base/connect.h"
 #include "core/model/nodes/cmuinode.h"
 
-#include <functional>
-
 #include <QObject>
+
+#include <functional>
 
 /// A node that is activated with a value: each set-data request on it becomes one call of the slot
 /// that it is bound to, which answers. It is published when it is bound, so that no request comes

@@ -5,9 +5,9 @@
 
 #include "core/base/export.h"
 
-#include <functional>
-
 #include <QtGlobal>
+
+#include <functional>
 
 class CMEndpoint;
 
