@@ -26,7 +26,7 @@ void DisplaySystem::check()
         m_expectedLog.clear();
         return;
     }
-    // One broken rule breaks others: the first is the one to tell.
+    // A broken rule breaks others; only the first is reported.
     for (const auto check : {&DisplaySystem::checkRows, &DisplaySystem::checkTimer,
                              &DisplaySystem::checkNodes, &DisplaySystem::checkSubscriptions,
                              &DisplaySystem::checkLog, &DisplaySystem::checkShown}) {
@@ -68,7 +68,7 @@ void DisplaySystem::checkTimer()
         return;
     }
     const int remaining = std::max(left - m_model.elapsed() * tick, 0);
-    // Qt gives the time to go in milliseconds rounded up, a whole one to the next.
+    // Qt rounds the remaining time up, and a whole number of milliseconds to the next.
     const int found = timer.remainingTime();
     if (found != remaining && (remaining == 0 || found != remaining + 1)) {
         broken("the head's time is counted from when it was shown",
@@ -111,7 +111,7 @@ void DisplaySystem::checkSubscriptions()
                "one to the queue itself"_s);
         return;
     }
-    // They have been told of a change that is no closing.
+    // The subscribers have been told of a reset, which must not close anything.
     ModuleHost::settle();
     checkRows();
 }

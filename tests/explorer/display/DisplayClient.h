@@ -11,24 +11,23 @@
 
 #include <memory>
 
-/// A fresh worker of the notifications module, as somebody sees it who sends it display requests and
-/// whose clock stands still.
+/// A new worker of the notifications module, as a client of its display side sees it.
 class DisplayClient
 {
 public:
     explicit DisplayClient(ModuleHost *host);
 
-    // What can be done to it. Nothing is delivered before the host settles.
+    // Requests and closes. Nothing is delivered before the host settles.
     static CMReply<QVariant> send(const CMPath &path, const QVariant &value);
     static CMReply<QVariant> open(const TavoNotificationDisplayItem &item);
     static CMReply<QVariant> cancel(const CMPath &path);
     static void close(const CMPath &path);
 
-    // What can be seen of it.
+    // What a client can see.
     static QVector<CMPath> rows();
     static bool exists(const CMPath &path);
     static TavoRoles rowOf(const CMPath &path);
-    /// How many have subscribed to the path's rows; they are told of a change that is none.
+    /// The number of subscriptions to the path's rows. Tells each of them of a reset.
     static int subscriptions(const CMPath &path);
     const QTimer &closeTimer() const { return *m_closeTimer; }
     /// The warnings and worse since the last call, each with its level: "WARN message".

@@ -17,7 +17,7 @@ void addOpenings(const DisplayModel &model, const DisplayBounds &bounds,
     }
     for (int form = 0; form < bounds.forms; ++form) {
         for (int priority = 0; priority < bounds.priorities; ++priority) {
-            for (int time = 0; time <= bounds.longest; ++time) {
+            for (int time = 0; time <= bounds.maxTimeout; ++time) {
                 steps->push_back({DisplayStep::Kind::Open, Form(form), priority, time, 0});
             }
         }

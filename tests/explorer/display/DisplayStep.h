@@ -9,13 +9,13 @@
 #include <string>
 #include <vector>
 
-/// How much may happen at once.
+/// The bounds of what can happen.
 struct DisplayBounds
 {
     int alive = 4;      ///< notifications at once
     int priorities = 3; ///< from 0 on
-    int longest = 2;    ///< time limit, in ticks
-    int forms = 3;      ///< of those that DisplayModel knows, in its order
+    int maxTimeout = 2; ///< in ticks
+    int forms = 3;      ///< how many of DisplayModel's, in its order
 };
 
 /// Something that happens to the display.
@@ -24,26 +24,26 @@ struct DisplayStep
     enum class Kind {
         Open,
         Cancel,
-        CancelBare,      ///< with the path itself instead of a record that holds it
+        CancelBare,      ///< with the bare path instead of a record
         Close,           ///< by a client
-        CloseThenCancel, ///< both on their way at once
+        CloseThenCancel, ///< the cancel comes before the close is delivered
         CancelThenClose,
-        Tick,     ///< time passes, and the timer is on time
-        LateTick, ///< time passes, and the timer has yet to be delivered
-        Deliver,  ///< what was late
+        Tick,     ///< time passes, and a timer that is due fires
+        LateTick, ///< time passes, and the timer that is due does not fire yet
+        Deliver,  ///< the late timer fires
     };
 
     Kind kind = Kind::Tick;
-    DisplayModel::Form form = DisplayModel::Form::Message; ///< of what is opened
+    DisplayModel::Form form = DisplayModel::Form::Message; ///< of the notification that is opened
     int priority = 0;
     int time = 0;
-    int index = 0; ///< of one in the queue
+    int index = 0; ///< in the queue
 
     std::uint16_t number() const;
     static DisplayStep fromNumber(std::uint16_t number);
     std::string words() const;
 
-    /// What may happen where the model stands.
+    /// The steps that are possible in the model's state.
     static std::vector<DisplayStep> possible(const DisplayModel &model,
                                              const DisplayBounds &bounds);
 };

@@ -9,7 +9,7 @@ namespace {
 using Form = DisplayModel::Form;
 using Kind = DisplayStep::Kind;
 
-// What the requests are answered with, word by word.
+// The texts of error replies.
 constexpr auto notOpen = "Node already closed or non-existent";
 constexpr auto noPath = "Path to close empty";
 constexpr auto notOpened = "Failed to enqueue notification";
@@ -104,14 +104,14 @@ void DisplaySystem::inspect()
 
 void DisplaySystem::finish()
 {
-    // Where nothing has been opened yet, the steps themselves begin with all there is.
+    // Before anything is opened this would only repeat what the steps themselves begin with.
     if (!m_broken && m_model.opened() > 0) {
         runOut();
     }
     m_client.reset();
 }
 
-/// Something urgent comes, and everything is shown to its end.
+/// Opens something urgent and shows everything to its end.
 void DisplaySystem::runOut()
 {
     say("then, something urgent comes, and what has no limit is cancelled when its turn comes");
@@ -175,7 +175,7 @@ void DisplaySystem::remove(const DisplayStep &step)
     }
 }
 
-/// Gives the answer of the cancel, if there is one among what is sent.
+/// Returns the reply to the cancel request, if one is sent.
 CMReply<QVariant> DisplaySystem::send(Kind kind, const CMPath &path)
 {
     if (kind == Kind::Close || kind == Kind::CloseThenCancel) {
@@ -223,7 +223,7 @@ TavoNotificationDisplayItem DisplaySystem::itemOf(Form form, int priority, int t
     const CMPath own = CMPath("/client/own"_s) + QString::number(m_paths.size());
     switch (form) {
     case Form::Message:
-        // The module puts its own path in this one's place.
+        // The module replaces this path by its own.
         return item.setMessage(messageText(m_model.opened())).setPath(own);
     case Form::Shared:
         return item.setPath(sharedPath());

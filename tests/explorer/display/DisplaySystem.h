@@ -12,10 +12,10 @@
 
 #include <memory>
 
-/// The display side of the module, held against its contract after every step.
+/// The display side of the module, checked against its contract after every step.
 ///
-/// The course of a step is checked where it ends; what only shows later is brought out by ending
-/// every sequence in the same way: something urgent comes, and then everything is shown to its end.
+/// What shows only later is brought out at the end of every sequence: something urgent is opened,
+/// and then everything is shown to its end.
 class DisplaySystem : public exploration::System
 {
 public:

@@ -14,13 +14,14 @@ int main(int argc, char **argv)
         TAVO_NOTIFICATIONS_MODULE,
         {{"alive", 4, 1, 8, "notifications at once"},
          {"priorities", 3, 1, 4, "how many different ones"},
-         {"longest", 2, 1, 7, "the longest time limit in ticks; there is always one without"},
+         {"max-timeout", 2, 1, 7,
+          "the longest timeout in ticks; there is always one without limit"},
          {"forms", 3, 1, 3,
           "kinds of notifications: messages; of a node that all share; of a client's own node"}},
         [](const Options &options) {
-            const DisplayBounds bounds{options.numbers.at("alive"),
-                                       options.numbers.at("priorities"),
-                                       options.numbers.at("longest"), options.numbers.at("forms")};
+            const DisplayBounds bounds{
+                options.numbers.at("alive"), options.numbers.at("priorities"),
+                options.numbers.at("max-timeout"), options.numbers.at("forms")};
             return std::make_unique<DisplaySystem>(options.module, bounds);
         }};
     return program.run(argc, argv);

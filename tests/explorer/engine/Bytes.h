@@ -11,7 +11,7 @@
 
 namespace exploration {
 
-/// Values on their way between processes of one program: plain memory, one after the other.
+/// Values sent between processes of the same program, as plain memory one after the other.
 class Bytes
 {
 public:

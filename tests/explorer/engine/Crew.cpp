@@ -8,7 +8,7 @@
 
 namespace exploration {
 namespace {
-/// States in one message: enough that nobody waits for work, few enough that all finish together.
+/// States in one message: enough to keep the processes busy, few enough that all finish together.
 constexpr StateTable::Number batch = 16;
 
 std::string valuesOf(const DeadlyStep &deadly)
@@ -120,7 +120,7 @@ void Crew::receive(Member *member)
 
 void Crew::bury(Member *member, bool hung)
 {
-    // Each hang costs its time: a few of them say as much as many deaths.
+    // Each hang takes the whole timeout, so fewer hangs than deaths are enough.
     m_deaths += hung ? std::max(1, m_bounds.maxDeaths / 4) : 1;
     if (hung) {
         ++m_hangs;
@@ -146,12 +146,12 @@ void Crew::bury(Member *member, bool hung)
     } else {
         obituary.inspection.push_back(observation);
     }
-    // Every further hang of the state would cost the same time, for nothing when one is enough.
+    // With --first one hang is enough; each further one would take the whole timeout again.
     const bool goesOn = !(hung && m_bounds.first);
     if (goesOn && (position.phase == Position::Phase::Acting || deadly.inspecting)) {
         m_deadly[state].push_back(deadly);
     } else {
-        // Also when it has died on the way to a state that had been reached: nothing can be done there.
+        // Or it has died on the way to a state that was reached before: nothing to do there.
         obituary.state = state;
         m_done[state] = std::move(obituary);
         m_obituaries.erase(state);

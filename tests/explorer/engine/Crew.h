@@ -12,7 +12,7 @@
 
 namespace exploration {
 
-/// Has states expanded by working processes, and hands out the expansions in the states' order.
+/// Lets working processes expand states and returns the expansions in the order of the states.
 class Crew
 {
 public:
@@ -20,7 +20,8 @@ public:
 
     Crew(const SystemFactory &factory, const Bounds &bounds, const StateTable *table);
 
-    /// Expands the states from first to last (without it). The function says whether to go on.
+    /// Expands the states from first up to, not including, last. The function returns whether to go
+    /// on.
     void expand(Number first, Number last, const std::function<bool(Expansion)> &take);
 
     int deaths() const { return m_deaths; }
@@ -30,7 +31,7 @@ private:
     struct Member
     {
         std::unique_ptr<WorkingProcess> process;
-        std::vector<Number> states; ///< yet to be expanded by it, the last first
+        std::vector<Number> states; ///< still to be expanded by this process, the last first
     };
 
     bool giveWork(Member *member);
@@ -45,8 +46,8 @@ private:
     std::vector<Member> m_members;
     Number m_next = 0;
     Number m_last = 0;
-    std::map<Number, Expansion> m_done; ///< those that came before their turn
-    /// What was deadly in the states that are being expanded.
+    std::map<Number, Expansion> m_done; ///< expansions that came before their turn
+    /// The deadly steps of the states that are being expanded.
     std::map<Number, std::vector<DeadlyStep>> m_deadly;
     std::map<Number, Expansion> m_obituaries;
     int m_deaths = 0;

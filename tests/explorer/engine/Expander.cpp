@@ -18,7 +18,7 @@ std::string valuesOf(const std::vector<Pick> &picks)
     return values;
 }
 
-/// Whether the step, with the first alternative for what it leaves open, is the one that was deadly.
+/// Whether this is the deadly step, if choices that it leaves open take their first alternative.
 bool leadsTo(const Step &step, const DeadlyStep &deadly)
 {
     const std::string values = valuesOf(deadly.picks);

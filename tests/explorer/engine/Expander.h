@@ -9,7 +9,7 @@
 
 namespace exploration {
 
-/// Takes every step out of a state, each in a system started afresh and brought there again.
+/// Takes every step out of a state. For each step the system is started again and led to the state.
 class Expander
 {
 public:
@@ -17,8 +17,8 @@ public:
 
     Expansion expand(const Task &task);
 
-    /// Goes through a sequence, and through the inspection behind it if wanted, in words. Returns
-    /// what was observed at the end.
+    /// Narrates a sequence and, on request, the inspection after it. Returns what was observed at
+    /// the end.
     std::vector<Observation> narrate(const Sequence &sequence, bool inspecting);
 
 private:

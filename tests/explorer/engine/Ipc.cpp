@@ -69,7 +69,7 @@ void freeSharedMemory(void *memory, std::size_t size)
 
 Pipe::Pipe()
 {
-    // Who writes to a process that has died is told by write().
+    // A write to a process that has died fails instead of raising a signal.
     ::signal(SIGPIPE, SIG_IGN);
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) != 0) {

@@ -8,11 +8,11 @@
 
 namespace exploration {
 
-/// Memory that a process shares with those that it forks from now on; all zeros.
+/// Zeroed memory that is shared with processes forked later.
 void *sharedMemory(std::size_t size);
 void freeSharedMemory(void *memory, std::size_t size);
 
-/// A pipe's two ends; they are closed in programs that are started.
+/// A pipe's two ends. Closed on exec.
 struct Pipe
 {
     Pipe();
@@ -21,13 +21,14 @@ struct Pipe
     int writing = -1;
 };
 
-/// Writes a whole message; false when nobody reads any more.
+/// Writes a whole message. Returns false if the reader has gone.
 bool writeMessage(int file, const std::string &message);
 
-/// Reads a whole message; nothing when the writer has gone.
+/// Reads a whole message. Returns nothing if the writer has gone.
 std::optional<std::string> readMessage(int file);
 
-/// Waits for the child and says how it ended: "" for well, "exit status 1", "signal 11 (...)".
+/// Waits for the child and returns how it ended: "" for success, "exit status 1", "signal 11
+/// (...)".
 std::string collect(int pid);
 
 } // namespace exploration

@@ -13,7 +13,7 @@
 
 namespace exploration {
 namespace {
-/// Goes through the words of a command line.
+/// Reads a command line word by word.
 class Words
 {
 public:
@@ -33,14 +33,14 @@ public:
         return next();
     }
 
-    long numberOf(const std::string &option, long least, long most)
+    long numberOf(const std::string &option, long min, long max)
     {
         const std::string &text = valueOf(option);
         char *end = nullptr;
         const long number = std::strtol(text.c_str(), &end, 10);
-        if (text.empty() || *end != '\0' || number < least || number > most) {
-            throw std::invalid_argument(option + " takes a number from " + std::to_string(least) +
-                                        " to " + std::to_string(most) + ", not " + text);
+        if (text.empty() || *end != '\0' || number < min || number > max) {
+            throw std::invalid_argument(option + " takes a number from " + std::to_string(min) +
+                                        " to " + std::to_string(max) + ", not " + text);
         }
         return number;
     }
@@ -84,11 +84,11 @@ bool parseNumber(const Program &program, const std::string &word, Words *words, 
     if (number == program.numbers.end()) {
         return false;
     }
-    options->numbers[number->name] = int(words->numberOf(word, number->least, number->most));
+    options->numbers[number->name] = int(words->numberOf(word, number->min, number->max));
     return true;
 }
 
-/// Throws std::invalid_argument, with a message for people, for a wrong call.
+/// Throws std::invalid_argument with a readable message for wrong usage.
 Options parseOptions(const Program &program, const std::vector<std::string> &arguments)
 {
     Options options;

@@ -13,36 +13,36 @@
 
 namespace exploration {
 
-/// A number that a program takes beyond those that every explorer takes.
+/// An option with a number that only this explorer has.
 struct NumberOption
 {
     std::string name; ///< without its dashes
-    int value;        ///< unless given
-    int least;
-    int most;
+    int value;        ///< the default
+    int min;
+    int max;
     std::string help;
 };
 
-/// What an explorer was called with.
+/// The command line's options.
 struct Options
 {
     Bounds bounds;
     std::string module;
-    std::vector<NumberOption> own;      ///< those that the program takes beyond the common ones
+    std::vector<NumberOption> own;      ///< the explorer's own options
     std::map<std::string, int> numbers; ///< their values, by name
     bool replays = false;
     Sequence replay;
 };
 
-/// An explorer: a main() makes one and returns what run() returns.
+/// An explorer. main() makes one and returns run()'s result.
 struct Program
 {
     std::string what;   ///< the line that --help begins with
-    std::string module; ///< the library, unless given
+    std::string module; ///< the default library
     std::vector<NumberOption> numbers;
     std::function<std::unique_ptr<System>(const Options &)> makeSystem;
 
-    /// 0: nothing was found; 1: something was, and is printed; 2: a wrong call.
+    /// Returns the exit status: 0 nothing found, 1 findings (printed), 2 wrong usage.
     int run(int argc, char **argv) const;
 };
 

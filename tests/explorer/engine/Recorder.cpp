@@ -10,8 +10,8 @@ namespace exploration {
 
 void Position::setMessage(const char *text)
 {
-    std::strncpy(message, text, longestMessage);
-    message[longestMessage] = '\0';
+    std::strncpy(message, text, maxMessage);
+    message[maxMessage] = '\0';
 }
 
 void Recorder::begin(const std::string &prescribed)
@@ -25,7 +25,7 @@ int Recorder::choose(int alternatives)
 {
     const int index = m_position->picks;
     if (index >= Position::mostPicks) {
-        // Choices without an end: the first alternative for ever, until the step is found to hang.
+        // A step that never stops choosing gets the first alternative until it is found to hang.
         return 0;
     }
     const int value =

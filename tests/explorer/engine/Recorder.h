@@ -10,26 +10,26 @@
 
 namespace exploration {
 
-/// What a working process is at, in memory that it shares with the explorer: all that is left of a
+/// What a working process is doing, in memory shared with the explorer. It is all that is left of a
 /// process that dies.
 struct Position
 {
     enum class Phase : std::uint8_t { Idle, Replaying, Inspecting, Acting };
     static constexpr int mostPicks = 64;
-    static constexpr int longestMessage = 1000;
+    static constexpr int maxMessage = 1000;
 
-    std::atomic<std::uint64_t> steps{0}; ///< goes on as long as the process does
+    std::atomic<std::uint64_t> steps{0}; ///< grows while the process makes progress
     std::atomic<std::uint32_t> task{0};
     std::atomic<Phase> phase{Phase::Idle};
     std::atomic<Action> action{0};
     std::atomic<int> picks{0};
     Pick pick[mostPicks];
-    char message[longestMessage + 1] = {}; ///< the last words
+    char message[maxMessage + 1] = {}; ///< the last words
 
     void setMessage(const char *text);
 };
 
-/// Where a system's choices come from and what it reports goes to.
+/// Makes a system's choices and takes its reports.
 class Recorder
 {
 public:
@@ -38,7 +38,7 @@ public:
     {
     }
 
-    /// The next step takes these picks; further choices take their first alternative.
+    /// The picks for the next step. Further choices take their first alternative.
     void begin(const std::string &prescribed);
 
     int choose(int alternatives);
@@ -51,7 +51,7 @@ public:
     void countTried() { ++m_tried; }
     unsigned takeTried();
 
-    /// Takes words, and whether they begin a line.
+    /// Called with words, and whether they begin a line.
     using Narrator = std::function<void(const std::string &, bool)>;
 
     void setNarrator(Narrator narrator);

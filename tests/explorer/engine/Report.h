@@ -13,7 +13,7 @@ namespace exploration {
 void report(const Options &options, const SystemFactory &factory, const Outcome &outcome,
             std::ostream &stream);
 
-/// Goes through the sequence of the options in words; false when it ends with a finding or a death.
+/// Narrates the sequence given in the options. Returns false if it ends with a finding or a death.
 bool replay(const Options &options, const SystemFactory &factory, std::ostream &stream);
 
 } // namespace exploration

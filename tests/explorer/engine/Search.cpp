@@ -43,13 +43,13 @@ private:
     Crew m_crew;
     Outcome m_outcome;
     std::size_t m_sightings = 0;
-    std::vector<std::size_t> m_futures; ///< of each state, if they are to be compared
+    std::vector<std::size_t> m_futures; ///< of each state, only with --twice
     StateTable::Number m_taken = 0;
     Clock::time_point m_start = Clock::now();
     Clock::time_point m_lastProgress = m_start;
 };
 
-/// The fresh system's state, found where all else is: in a process of its own.
+/// The state of a system that was just started, in a process of its own.
 std::string Search::firstKey()
 {
     WorkingProcess process(m_factory);
@@ -62,7 +62,7 @@ std::string Search::firstKey()
     return expansion->key;
 }
 
-/// A number for all that the steps out of a state lead to, whatever they are called.
+/// A hash of the states that the steps of a state lead to, whatever their order.
 std::size_t futureOf(const Expansion &expansion)
 {
     std::vector<std::string> keys;
@@ -175,7 +175,7 @@ void Search::see(StateTable::Number from, const Step *step, const Observation &o
         observation.kind == Observation::Kind::Finding ? m_outcome.findings : m_outcome.notes;
     Sighting &sighting = sightings[observation.rule];
     if (sighting.count++ > 0) {
-        return; // the first is the shortest: states come by length
+        return; // the first has the shortest sequence: states come in order of length
     }
     sighting.order = m_sightings++;
     sighting.observation = observation;

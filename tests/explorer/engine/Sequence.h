@@ -9,14 +9,14 @@
 
 namespace exploration {
 
-/// One of the things that can happen to a system; the numbers are the system's own.
+/// Something that can happen to a system. The system defines the numbers.
 using Action = std::uint16_t;
 
-/// One step: what happened, and how the choices that arose on the way were made.
+/// One step: the action, and the choices made in it.
 struct Step
 {
     Action action = 0;
-    std::string picks; ///< a byte a choice
+    std::string picks; ///< one byte for each choice
 
     bool operator==(const Step &other) const
     {
@@ -24,37 +24,38 @@ struct Step
     }
 };
 
-/// What leads from a fresh system to a state.
+/// The steps from the start to a state.
 using Sequence = std::vector<Step>;
 
-/// The form in which a sequence is printed and given back with --replay: "3 12.0.1 7".
+/// The text of a sequence, as printed and as taken by --replay: "3 12.0.1 7".
 std::string toString(const Sequence &sequence);
 
-/// Throws std::invalid_argument for a text that is no sequence.
+/// Throws std::invalid_argument if the text is not a sequence.
 Sequence sequenceFrom(const std::string &text);
 
-/// One choice that was made, and among how many.
+/// One choice: the alternative taken, and how many there were.
 struct Pick
 {
     std::uint8_t value = 0;
     std::uint8_t alternatives = 1;
 };
 
-/// The picks that come after these in the order of enumeration: the last choice that has
-/// alternatives left takes the next one, and what follows is decided anew. False when there are none.
+/// Changes the picks to the next ones in the order of enumeration: the last choice with
+/// alternatives left takes the next one, and later choices start again. Returns false if there are
+/// none left.
 bool nextPicks(const std::vector<Pick> &made, std::string *next);
 
-/// What was seen at a step.
+/// What was observed in a step.
 struct Observation
 {
     enum class Kind : std::uint8_t {
         Finding, ///< a rule was broken
-        Note     ///< allowed, but to be named and counted
+        Note     ///< something allowed, named and counted
     };
 
     Kind kind = Kind::Finding;
-    std::string rule;   ///< the same sentence for all of a kind
-    std::string detail; ///< this one's circumstances
+    std::string rule;   ///< one sentence for all observations of a kind
+    std::string detail; ///< the details of this observation
 };
 
 } // namespace exploration

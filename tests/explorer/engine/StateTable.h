@@ -11,20 +11,20 @@
 
 namespace exploration {
 
-/// The states that have been found, each with the shortest way to it and one of its other ways.
+/// The states found so far, each with the shortest sequence that leads to it and one other.
 class StateTable
 {
 public:
     using Number = std::uint32_t;
 
-    /// Adds the state, or another way to it if it is known.
+    /// Adds the state, or another sequence that leads to it if it is known.
     void add(const std::string &key, Number parent, const Step &step)
     {
         const auto [entry, isNew] = m_numbers.try_emplace(key, size());
         if (isNew) {
             m_states.push_back({&entry->first, {parent, step}, {}, false});
         } else {
-            // The last one is likely to differ most.
+            // The last one probably differs most from the first.
             State &state = m_states[entry->second];
             state.other = {parent, step};
             state.hasOther = true;
@@ -34,7 +34,7 @@ public:
     Number size() const { return Number(m_states.size()); }
     const std::string &key(Number state) const { return *m_states[state].key; }
 
-    /// From now on the other ways are taken to the states that have one.
+    /// From now on, states are reached by their other sequence, if they have one.
     void takeOtherWays() { m_otherWays = true; }
 
     Sequence sequence(Number state) const

@@ -12,76 +12,76 @@ namespace exploration {
 
 class Recorder;
 
-/// What is explored: something that can be started afresh, made to take steps, and compared.
+/// What is explored: it can be started again, take steps, and be compared.
 ///
-/// Everything must be reproducible: the same steps lead to the same state. One object lives in each
-/// of the explorer's working processes and is started many times. What dies or hangs in here takes
-/// its process along, which the explorer reports as a finding of the step.
+/// Everything must be reproducible: the same steps lead to the same state. Each working process has
+/// one object, which is started many times. If it crashes or hangs, the explorer reports that as a
+/// finding of the step.
 class System
 {
 public:
     virtual ~System();
 
-    /// Starts afresh, as if nothing had been before.
+    /// Starts from the beginning, whatever has happened before.
     virtual void start() = 0;
 
-    /// What can happen in the present state; in the order in which sequences are preferred.
+    /// The actions possible in the current state. Of two shortest sequences the explorer prints the
+    /// one with the earlier action.
     virtual std::vector<Action> actions() = 0;
 
-    /// Lets it happen, and what follows from it, and checks what must hold then.
+    /// Performs the action with all that follows from it, and checks the rules.
     virtual void act(Action action) = 0;
 
-    /// The present state as bytes: equal for states whose futures are equal but for names. It must
-    /// hold everything on which the further course or a check depends.
+    /// The current state as bytes. States whose futures differ only in names have equal bytes. They
+    /// must contain everything on which a later step or check depends.
     virtual std::string state() = 0;
 
-    /// Called once for every state: tries whatever changes nothing, or leads far. The system is
-    /// ended and started afresh afterwards.
+    /// Called once for every state, to try what should change nothing or what takes many steps. The
+    /// system is finished and started again afterwards.
     virtual void inspect();
 
-    /// Ends what has been started, in whatever state it is.
+    /// Ends what start() started, in any state.
     virtual void finish();
 
     void setRecorder(Recorder *recorder) { m_recorder = recorder; }
 
 protected:
-    /// Decides between alternatives in the course of a step: the explorer goes through all of them.
-    /// The first (0) is what happens when nobody asks.
+    /// Chooses between alternatives within a step. The explorer tries all of them. The first (0) is
+    /// taken where choices are not explored.
     int choose(int alternatives);
 
-    /// A rule was broken. The sentence is the same for all breaks of the rule.
+    /// Reports a broken rule. The sentence names the rule and is always the same for it.
     void finding(const std::string &rule, const std::string &detail = {});
 
-    /// Something that is allowed, but named and counted.
+    /// Reports something that is allowed, to be named and counted.
     void note(const std::string &rule, const std::string &detail = {});
 
-    /// Whether a rule was broken in this step: what follows says nothing.
+    /// Whether a rule was broken in this step. Later checks of the step are then meaningless.
     bool hasFinding() const;
 
-    /// Something that inspect() tried, to be counted.
+    /// Counts something that inspect() has tried.
     void tried();
 
-    /// Whether the present step has been taken before, with everything that it showed: what only
-    /// checks can be left out.
+    /// Whether this step has been taken and checked before. Checks can then be left out.
     bool isReplaying() const;
 
-    /// Whether words are wanted; say() is for nothing otherwise.
+    /// Whether the sequence is narrated. Otherwise say() does nothing.
     bool isNarrating() const;
 
-    /// Begins a line of the sequence in words.
+    /// Begins a line of the narration.
     void say(const std::string &words);
 
-    /// Adds to the line; what is said on the way is there even if the process dies of it.
+    /// Adds to the line. What has been said is kept even if the process dies.
     void sayMore(const std::string &words);
 
-    /// Why the process is about to end; from wherever it is found out.
+    /// Says why the process is about to end. Can be called from anywhere.
     void lastWords(const char *words);
 
 private:
     Recorder *m_recorder = nullptr;
 };
 
-/// Makes the system, in a process of its own.
+/// Makes the system, in its working process.
 using SystemFactory = std::function<std::unique_ptr<System>()>;
 
 } // namespace exploration

@@ -8,24 +8,24 @@
 
 namespace exploration {
 
-/// A step that took its process along, and must not be tried again.
+/// A step in which the process died. It is not tried again.
 struct DeadlyStep
 {
-    bool inspecting = false; ///< it was no step but the state's inspection
+    bool inspecting = false; ///< the process died in the state's inspection, not in a step
     Action action = 0;
     std::vector<Pick> picks;
 };
 
-/// A state to go on from.
+/// A state to expand.
 struct Task
 {
     std::uint32_t state = 0; ///< its number
     Sequence sequence;       ///< how to get there
-    std::string key;         ///< to be found there; empty: to be told, and nothing else
+    std::string key;         ///< expected there; empty if the sequence is only to be narrated
     std::vector<DeadlyStep> deadly;
 };
 
-/// One step out of a state and what came of it.
+/// One step out of a state and its result.
 struct Transition
 {
     Step step;
@@ -35,13 +35,13 @@ struct Transition
     bool hasFinding() const;
 };
 
-/// All that a state has to give.
+/// A state's steps and inspection.
 struct Expansion
 {
     std::uint32_t state = 0;
     std::string key; ///< as it was found
     std::vector<Transition> transitions;
-    unsigned tried = 0; ///< how much its inspection tried
+    unsigned tried = 0; ///< the number of things that its inspection tried
     std::vector<Observation> inspection;
 };
 

@@ -21,20 +21,21 @@ Position *newPosition()
     return new (sharedMemory(sizeof(Position))) Position;
 }
 
-/// Finishes without the program's destructors, which belong to the parent.
+/// Exits without running the destructors, which belong to the parent.
 [[noreturn]] void leave(int status)
 {
     ::_exit(status);
 }
 
-/// A process that may die needs no core dump, and goes when the explorer goes.
+/// No core dump for a process that is expected to die, and an end with the explorer's.
 void prepareChild()
 {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     const rlimit none{0, 0};
     ::setrlimit(RLIMIT_CORE, &none);
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) && !defined(__clang__)
-    // What takes memory without an end dies of it alone. Sanitizers reserve more than there is.
+    // A step that allocates without end must only kill its own process. Sanitizers reserve more
+    // memory than there is.
     constexpr rlim_t mostMemory = rlim_t(4) << 30;
     const rlimit memory{mostMemory, mostMemory};
     ::setrlimit(RLIMIT_AS, &memory);
@@ -97,7 +98,7 @@ void WorkingProcess::send(const std::vector<Task> &tasks)
     m_lastMove = std::chrono::steady_clock::now();
     Bytes bytes;
     bytes.addAll(tasks, [&](const Task &task) { write(&bytes, task); });
-    // One that has died is noticed where its results are read.
+    // A process that has died is noticed when its results are read.
     writeMessage(m_input, bytes.bytes());
 }
 
@@ -151,7 +152,7 @@ Narration narrate(const SystemFactory &factory, const Sequence &sequence, bool i
         Position position;
         Recorder recorder(&position);
         recorder.setNarrator([&](const std::string &line, bool newLine) {
-            writeMessage(words.writing, (newLine ? 'W' : 'A') + line); // words, and added ones
+            writeMessage(words.writing, (newLine ? 'W' : 'A') + line); // a line, or more of it
         });
         try {
             const std::unique_ptr<System> system = factory();
@@ -188,7 +189,7 @@ Narration narrate(const SystemFactory &factory, const Sequence &sequence, bool i
             {message->front() == 'F' ? Observation::Kind::Finding : Observation::Kind::Note,
              text.substr(0, middle), text.substr(middle + 1)});
     }
-    // One that has nothing more to say is leaving by itself.
+    // A process that has closed its pipe exits by itself.
     if (file.revents == 0) {
         ::kill(pid, SIGKILL);
     }

@@ -14,7 +14,7 @@
 
 namespace exploration {
 
-/// A child process that expands states; it can die without harm to the explorer. Forked from a
+/// A child process that expands states. Its death does not harm the explorer. Must be forked from a
 /// process without threads.
 class WorkingProcess
 {
@@ -29,15 +29,15 @@ public:
 
     int output() const { return m_output; }
 
-    /// Reads one expansion; nothing when the process has died.
+    /// Reads one expansion. Returns nothing if the process has died.
     std::optional<Expansion> receive();
 
-    /// Whether nothing has moved in it for so long.
+    /// Whether the process has made no progress for that long.
     bool hangs(std::chrono::milliseconds limit);
 
     void kill();
 
-    /// Collects the process and says how it ended.
+    /// Waits for the process and returns how it ended.
     std::string end();
 
     const Position &position() const { return *m_position; }
@@ -54,15 +54,15 @@ private:
     std::chrono::steady_clock::time_point m_lastMove = std::chrono::steady_clock::now();
 };
 
-/// What a narrated run left behind.
+/// The result of a narrated run.
 struct Narration
 {
     std::vector<std::string> lines;
     std::vector<Observation> observations;
-    std::string end; ///< how it died; empty when it didn't
+    std::string end; ///< how the process died; empty if it did not
 };
 
-/// Goes through a sequence in a process of its own and tells it in words, also when it is deadly.
+/// Narrates a sequence, in a process of its own: it may be deadly.
 Narration narrate(const SystemFactory &factory, const Sequence &sequence, bool inspecting,
                   std::chrono::milliseconds limit);
 

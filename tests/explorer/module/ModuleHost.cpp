@@ -10,7 +10,7 @@
 
 #include <stdexcept>
 
-/// Qt's number of events posted to the calling thread; exported, but declared nowhere.
+/// The number of events posted to the calling thread. Qt exports it without declaring it.
 Q_CORE_EXPORT uint qGlobalPostedEventsCount();
 
 namespace {
@@ -29,7 +29,7 @@ void handleMessage(QtMsgType type, const QMessageLogContext & /*context*/, const
 
 QCoreApplication *makeApplication()
 {
-    // Qt's own event loop asks the clock that is held; GLib's doesn't.
+    // The virtual clock works with Qt's own event loop, not with GLib's.
     qputenv("QT_NO_GLIB", "1");
     static int count = 1;
     static char name[] = "explorer";
@@ -74,7 +74,7 @@ int ModuleHost::fatalRecords() const
 
 void ModuleHost::settle()
 {
-    // Each round leaves to the next what is posted on the way.
+    // Events posted during a round are delivered in the next.
     do {
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         QCoreApplication::sendPostedEvents();

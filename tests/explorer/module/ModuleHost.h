@@ -13,27 +13,27 @@
 #include <memory>
 #include <string>
 
-/// A process's side of the modules that are explored in it: the application, a clock that stands
-/// still, a log that keeps fatal records only, and the module's library, loaded once.
+/// What a working process needs to run the module: the application, a virtual clock, a log that
+/// keeps fatal records only, and the module's library, loaded once.
 class ModuleHost
 {
 public:
-    /// The function is told why the process dies, if an assertion is the reason.
+    /// The function is called with an assertion's text before the process dies of it.
     ModuleHost(const std::string &module, std::function<void(const char *)> lastWords);
 
-    /// A fresh worker, made as a host makes it.
+    /// Makes a worker as a host does.
     std::unique_ptr<CMWorker> makeWorker();
 
     VirtualClock &clock() { return m_clock; }
 
-    /// Fatal records of the module so far.
+    /// The number of the module's fatal records so far.
     int fatalRecords() const;
 
-    /// Delivers all that is posted, and all that is posted on the way, and deletes what is to be
-    /// deleted later. No time passes.
+    /// Delivers all posted events until there are none, deferred deletions included. No time
+    /// passes.
     static void settle();
 
-    /// Sends the request and settles; gives its reply.
+    /// Sends the request, settles, and returns the reply.
     static CMReply<QVariant> request(const CMPath &path, const QVariant &value);
 
 private:

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What must hold whenever nothing is posted any more, and the bytes that make two states the same.
+// The checks, and the bytes by which states are compared.
 
 #include "explorer/sound/SoundSystem.h"
 
@@ -31,7 +31,7 @@ char bytesOf(const SoundItem &item)
                 (item.started ? 16 : 0) | int(item.player) << 5);
 }
 
-/// Of a stopping item nothing counts but how it ends; the order of such items is nobody's business.
+/// Of a stopping item only its end matters. The order of stopping items does not.
 char bytesOfStopping(const SoundItem &item, bool active)
 {
     return char((item.responds ? 1 : 0) | (item.started ? 2 : 0) | (item.sounding ? 4 : 0) |
@@ -54,8 +54,8 @@ std::string SoundSystem::state()
              (m_facts.granted ? 16 : 0) | (m_facts.refused ? 32 : 0));
     bytes += char(members.timerRemains);
     const int active = members.positionOfActive();
-    // Names are nothing: an active item in the queue counts by its position, one that is stopping by
-    // its mark below.
+    // Without names: an active item in the queue is told by its position, a stopping one by its
+    // mark below.
     bytes += char(std::min(active, int(ledger.queue().size())));
     bytes += char(ledger.queue().size());
     for (const SoundItem &item : ledger.queue()) {

@@ -6,8 +6,8 @@
 #include "explorer/sound/SoundFacts.h"
 #include "support/scripted/ScriptedPlayers.h"
 
-/// The device's side of the players that the module makes: what the module may ask of them, and their
-/// ends.
+/// The players that the module makes, from the device's side: checks what the module asks of them
+/// and reports their ends.
 class SoundDevice
 {
 public:
@@ -15,16 +15,16 @@ public:
 
     SoundDevice(SoundJudge *judge, SoundFacts *facts);
 
-    /// A fresh module is to come.
+    /// Call before a new module is made.
     void clear();
 
-    /// The module is being deleted: its players go with it.
+    /// Call before the module is deleted: its players go with it.
     void close() { m_closing = true; }
 
     /// The player's one end signal.
     void report(int id, End end);
 
-    /// Players that there are.
+    /// The number of players.
     static int alive();
 
 private:

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-/// Decides what the module's surroundings do where they have a choice, and takes down what they see.
+/// Makes the choices of the module's surroundings and takes their reports.
 class SoundJudge
 {
 public:
@@ -18,17 +18,17 @@ public:
     virtual int decide(int alternatives) = 0;
     virtual void broken(const char *rule, const std::string &detail = {}) = 0;
     virtual void noted(const char *rule) = 0;
-    virtual void tell(const std::string &words) = 0; ///< part of the present step
+    virtual void tell(const std::string &words) = 0; ///< part of the current step
 };
 
-/// An end response that has to come.
+/// An end response that is expected.
 struct OwedResponse
 {
     int id;
     TavoNotificationPlayerResponseType::Enum type;
 };
 
-/// What the module's surroundings know, by what they were asked for and what they have done.
+/// What the module's surroundings know from requests and from what they did.
 struct SoundFacts
 {
     enum class Request : unsigned char { None, Duck, Unduck, Acquire };
@@ -36,29 +36,29 @@ struct SoundFacts
     SoundLedger ledger;
     std::vector<OwedResponse> owed;
 
-    Request outstanding = Request::None; ///< of the audio sequence, and yet to be answered
-    bool duckAsked = false;              ///< by the last request to the main player
-    bool ducked = false;                 ///< the duck was answered, and no unduck asked for since
+    Request outstanding = Request::None; ///< of the audio sequence; not answered yet
+    bool duckAsked = false;              ///< by the last ducking request
+    bool ducked = false;                 ///< the duck was answered and no unduck requested since
     bool granted = false;                ///< the power manager's resource is held
-    bool refused = false;   ///< the last acquire was, and no item has been accepted since
-    bool isPlaying = false; ///< what the module should say of itself
+    bool refused = false;   ///< the last acquire was refused and no item accepted since
+    bool isPlaying = false; ///< the expected is-playing value
 
-    // Of the present step.
+    // In the current step.
     bool taken = false;  ///< an item was taken from the queue to be played
     bool ranDry = false; ///< an item's end or the answer to an acquire found nothing in either list
 
     void beginStep() { taken = ranDry = false; }
 
-    /// The item ends; its response, if it has a path, has to come.
+    /// The item ends. If it has a response path, a response is expected.
     void end(int id, TavoNotificationPlayerResponseType::Enum type);
 
-    /// What a cancel of a queued item leads to.
+    /// The effects of cancelling a queued item.
     void cancel(int id);
 
-    /// What a revoke and a refused acquire lead to.
+    /// The effects of a revoke or a refused acquire.
     void cancelAll();
 
-    /// Call when an item's end or the answer to an acquire has been dealt with.
+    /// Call after an item's end or the reply to an acquire has been handled.
     void lookIfDry() { ranDry = ranDry || ledger.isEmpty(); }
 };
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What is tried once in every state: whatever must change nothing, and then a quiet winding up.
+// What is tried once in every state: requests that must change nothing, and then a quiet end.
 
 #include "explorer/sound/SoundRequests.h"
 #include "explorer/sound/SoundSystem.h"
@@ -9,7 +9,7 @@
 namespace {
 using Player = SoundItem::Player;
 
-constexpr int mostSteps = 100; // to the end, from anywhere
+constexpr int maxSteps = 100; // to the end, from anywhere
 } // namespace
 
 void SoundSystem::inspect()
@@ -94,7 +94,7 @@ bool SoundSystem::windUpStep()
 
 void SoundSystem::windUp()
 {
-    for (int step = 0; step < mostSteps && windUpStep(); ++step) {
+    for (int step = 0; step < maxSteps && windUpStep(); ++step) {
         tried();
         check();
         if (hasFinding()) {

@@ -6,13 +6,13 @@
 #include <string>
 #include <vector>
 
-/// One sound notification as its requester and its player's device know it.
+/// One sound notification as its client and its player's device know it.
 struct SoundItem
 {
     /// What the item's player is doing.
     enum class Player : unsigned char {
-        None,    ///< there is none yet
-        Made,    ///< and not played yet
+        None,    ///< there is no player yet
+        Made,    ///< made, but not played yet
         Playing, ///< will report its end
         Paused,  ///< may report an end
         Stopping ///< stop() was called: will report its end
@@ -20,7 +20,7 @@ struct SoundItem
 
     int id = 0;
     int priority = 0;
-    bool valid = true;      ///< false: of a type that nothing plays
+    bool valid = true;      ///< false: of a type that no player plays
     bool responds = true;   ///< has a response path
     bool started = false;   ///< the started response was sent
     bool sounding = false;  ///< heard, the time between stop() and the end included
@@ -30,14 +30,14 @@ struct SoundItem
     bool owesEnd() const { return player == Player::Playing || player == Player::Stopping; }
 };
 
-/// What must be in the module's lists: kept by what was asked for and what has been reported, without
-/// a look into the module.
+/// The expected contents of the module's lists, known from requests and reports without looking
+/// into the module.
 class SoundLedger
 {
 public:
-    /// Waiting, paused and playing, in the order in which they are due.
+    /// Waiting, paused and playing items, in the order of playing.
     const std::vector<SoundItem> &queue() const { return m_queue; }
-    /// Cancelled while they had a player.
+    /// Items that were cancelled while they had a player.
     const std::vector<SoundItem> &stopping() const { return m_stopping; }
 
     bool isEmpty() const { return m_queue.empty() && m_stopping.empty(); }
@@ -45,11 +45,11 @@ public:
 
     void clear();
 
-    /// More urgent ones stand ahead, equal ones in the order of their arrival. What was stopped
-    /// before a pre-emption is overtaken by it.
+    /// Inserts by priority, equal ones in their order of arrival. Marks stopping items as overtaken
+    /// if the new one becomes the head.
     void enqueue(const SoundItem &item);
 
-    SoundItem *find(int id); ///< null when it is in neither list
+    SoundItem *find(int id); ///< null if it is in neither list
     bool isQueued(int id) const;
     bool isHead(int id) const { return !m_queue.empty() && m_queue.front().id == id; }
 

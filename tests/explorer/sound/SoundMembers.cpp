@@ -14,7 +14,7 @@ const NotificationPlayer *controllerOf(const CMWorker &worker)
 {
     for (const QObject *child : worker.children()) {
         if (std::strcmp(child->metaObject()->className(), "NotificationPlayer") == 0) {
-            // Another library's class: the type is the same, its meta-object isn't reachable.
+            // The class's meta-object is in another library, so qobject_cast is not available.
             return static_cast<const NotificationPlayer *>(child);
         }
     }

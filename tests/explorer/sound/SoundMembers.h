@@ -7,7 +7,7 @@
 
 class CMWorker;
 
-/// What the sound controller of a worker holds: read from its members.
+/// The state of a worker's sound controller, read from its members.
 struct SoundMembers
 {
     struct Item
@@ -24,7 +24,7 @@ struct SoundMembers
     bool audioResource = false;
     bool resourceRequestPending = false;
     bool activeRequest = false;
-    int activeId = nobody; ///< of the item that is active
+    int activeId = nobody; ///< the active item's
     bool timerRuns = false;
     int timerRemains = 0; ///< milliseconds
     bool continuing = false;
@@ -33,7 +33,7 @@ struct SoundMembers
 
     static SoundMembers of(const CMWorker &worker);
 
-    /// The position in the queue, or behind it that in the stopping items; for ids that are in neither
-    /// nobody or stranger.
+    /// The active item's position in the queue followed by the stopping items; nobody if none is
+    /// active, stranger if it is in neither list.
     int positionOfActive() const;
 };

@@ -21,7 +21,7 @@ QString name(int id)
 QVariant enqueue(const QString &id, int priority, bool valid, bool responds)
 {
     using Type = TavoNotificationPlayerItemType;
-    // The kinds of player differ in their making alone, so that each name has its own.
+    // The kinds of player differ only in how they are made, so each name gets another kind.
     static const Type::Enum types[] = {Type::Uri, Type::Fake, Type::Data, Type::Stream};
     constexpr auto noType = Type::Enum(7);
     const int first = id.isEmpty() ? 0 : id.at(0).unicode() % 4;

@@ -5,7 +5,7 @@
 
 #include <core/tavo.h>
 
-/// The requests that the module's surroundings send, as values: made once, sent often.
+/// The values of the requests sent to the module. Each is made once and sent often.
 namespace SoundRequests {
 CMPath revokePath();
 

@@ -6,8 +6,8 @@
 #include "explorer/sound/SoundFacts.h"
 #include <core/tavo.h>
 
-/// The services that the module meets in the model: the main player, the power manager and the
-/// requesters' response path. Each request is taken in its call and answered there or later.
+/// The services that the module uses: the main player, the power manager and the clients' response
+/// path. Each request is checked when it arrives and answered then or later.
 class SoundServices : public CMNodesWorker
 {
     Q_OBJECT
@@ -17,10 +17,10 @@ public:
 
     static CMPath responsePath();
 
-    /// Answers what is outstanding.
+    /// Answers the outstanding request.
     void answer(bool success);
 
-    /// Answers what is still outstanding when the module has gone.
+    /// Answers the outstanding request after the module's end.
     void answerTooLate();
 
     void clear();

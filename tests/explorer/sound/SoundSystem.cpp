@@ -45,7 +45,7 @@ void SoundSystem::start()
 
 void SoundSystem::finish()
 {
-    // What is answered when nobody is there any more must not reach anybody.
+    // A reply that comes after the module's end must not reach anybody.
     m_device.close();
     m_worker.reset();
     m_services.answerTooLate();

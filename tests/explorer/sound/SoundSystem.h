@@ -10,16 +10,16 @@
 #include "explorer/sound/SoundMembers.h"
 #include "explorer/sound/SoundServices.h"
 
-/// How much goes on at once.
+/// The bounds of what can happen.
 struct SoundBounds
 {
-    int alive = 3; ///< items that have been accepted and not ended
+    int alive = 3; ///< accepted items that have not ended
     int priorities = 3;
-    int invalid = 4;    ///< of them, of a type that nothing plays
-    int unanswered = 0; ///< of them, without a response path
+    int invalid = 4;    ///< how many of them have a type that no player plays
+    int unanswered = 0; ///< how many of them have no response path
 };
 
-/// The module's sound side among requesters, services and players that do all that they may do.
+/// The module's sound side among clients, services and players that do everything they may.
 class SoundSystem : public exploration::System, private SoundJudge
 {
 public:
@@ -50,7 +50,7 @@ private:
     int freeId();
     void begin(const std::string &words);
 
-    // What must hold when nothing is posted any more.
+    // The checks, once nothing is posted any more.
     void check();
     void checkItems();
     void checkStarted(const SoundItem &item);
@@ -60,7 +60,7 @@ private:
     void checkRest();
     bool somethingGoesOn(const SoundMembers &members) const;
 
-    // What changes nothing, and what leads to the end.
+    // The inspection.
     void tryWhatChangesNothing();
     void expectNoChange(const char *what, const std::string &before);
     void tryRequest(const char *what, const CMPath &path, const QVariant &value, bool accepted);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The display with so much open that the queue's index stands in several parts: each holds 512.
+// The display with so many open notifications that their ranks take several runs of 512.
 
 #include "DisplayTest.h"
 
@@ -12,12 +12,12 @@ namespace {
 class DisplayCrowdTest : public DisplayTest
 {
 protected:
-    // What each of thousands logs is the other tests' matter.
+    // Thousands of notifications log too much; other tests check that.
     DisplayCrowdTest() { log().setLevel(log4cplus::FATAL_LOG_LEVEL); }
 
     static CMPath clientPath(int number) { return CMPath("/client"_s) + QString::number(number); }
 
-    /// Opens one and notes where it belongs.
+    /// Opens a notification and notes the place where it belongs.
     void openExpected(const CMPath &path, int priority)
     {
         open(reference(path, priority));

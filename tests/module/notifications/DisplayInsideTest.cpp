@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The display controller from within: what no request can bring about.
+// The display controller from within: states that no request leads to.
 
 #include "modules/notifications/NotificationDisplay.h"
 #include "NotificationsTest.h"
@@ -51,7 +51,7 @@ protected:
         return item.path();
     }
 
-    /// The next one is more urgent than all before it.
+    /// Enqueues a notification of the highest priority.
     void preempt()
     {
         TavoNotificationDisplayItem urgent;
@@ -67,7 +67,7 @@ protected:
         return item.path();
     }
 
-    /// Puts another path into a row than its notification has.
+    /// Gives a row another path than its notification has.
     void replaceRow(int index, const CMPath &path)
     {
         controller().m_queueNode->rowsRemoveAt(index);
@@ -215,7 +215,7 @@ TEST_F(DisplayInsideTest, LetsEarlierRemovalsStandAndTheTimerRunWhereACancelStop
     open("other"_s);
     controller().enqueue(&copy);
     replaceRow(0, CMPath("/other"_s));
-    controller().m_closeTimer.setInterval(30000); // tells a restart
+    controller().m_closeTimer.setInterval(30000); // shows a restart
     EXPECT_FALSE(controller().cancel(CMPath("/shared"_s)));
     EXPECT_EQ(controller().m_queue.size(), 2);
     EXPECT_TRUE(controller().m_closeTimer.isActive());
@@ -315,7 +315,7 @@ TEST_F(DisplayInsideTest, ReadsThePublishedRowsAfterTheTimer)
     controller().m_queueNode->rowsRemoveAt(1);
     controller().m_closeTimer.stop();
     controller().on_closeTimer_timeout();
-    // One is left in the queue, but no row says so.
+    // One is left in the queue, but it has no row.
     EXPECT_EQ(controller().m_queue.size(), 1);
     EXPECT_FALSE(controller().m_closeTimer.isActive());
 }

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What open notifications are in the model, and how they are closed there.
+// How open notifications appear in the model, and how clients close them there.
 
 #include "DisplayTest.h"
 #include "support/clock/VirtualClock.h"

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The queue of what is open: order, the head's time, and what a more urgent one does to it.
+// The queue of open notifications: its order, the head's time, and pre-emption.
 
 #include "DisplayTest.h"
 #include "support/clock/VirtualClock.h"

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The ranks of the display's queue, among so many that they stand in several runs: a run holds 512.
+// The ranks of the display's queue, so many that they take several runs of 512.
 
 #include "modules/notifications/DisplayRanks.h"
 
@@ -20,7 +20,7 @@ struct DisplayRanksAccess : DisplayRanks
 namespace {
 using Rank = DisplayRanks::Rank;
 
-/// The ranks beside a plain sorted list of the same, which they are compared with.
+/// Ranks and a plain sorted list of the same, to be compared.
 class RanksBesideAList
 {
 public:
@@ -40,7 +40,7 @@ public:
         ranks.insert(rank);
     }
 
-    /// The next to arrive, of one of so many priorities.
+    /// Inserts the next arrival, with a random one of so many priorities.
     void arrive(int priorities) { insert({below(priorities), m_arrivals++}); }
 
     void takeAt(int position)
@@ -158,7 +158,7 @@ TEST(DisplayRanksTest, LosesAllBetweenItsEnds)
     for (int i = 0; i < 1300; ++i) {
         both.arrive(1);
     }
-    // What is taken goes from one end of a run to the other, and through the runs.
+    // The place that is taken from moves through each run and from run to run.
     while (both.list.size() > 600) {
         both.takeAt(300);
         both.expectSame();

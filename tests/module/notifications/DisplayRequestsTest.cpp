@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The two display request nodes: what a request carries, and how it is answered.
+// The two display request nodes: the values that they take, and their answers.
 
 #include "DisplayTest.h"
 
@@ -21,7 +21,7 @@ protected:
         EXPECT_EQ(reply.error().title(), CMError::DefaultTitle());
     }
 
-    /// Calls the request's handler and gives the reply as it is when the handler returns.
+    /// Calls the request's handler and returns the reply as it is when the handler returns.
     CMReply<QVariant> handle(const char *handler, const QVariant &value) const
     {
         const CMReply<QVariant> reply;

@@ -1,8 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Any sequence of requests, closes, expiries and time that passes, against a plain model of what should
-// come of it.
+// Random sequences of requests, closes, expiries and passing time, compared with a plain model.
 
 #include "DisplayTest.h"
 #include "support/clock/VirtualClock.h"
@@ -18,7 +17,7 @@ struct Open
 {
     CMPath path;
     int priority;
-    int timeout; ///< what is left of it
+    int timeout; ///< the time that is left
 };
 
 class DisplaySequencesTest : public DisplayTest

@@ -5,7 +5,7 @@
 
 #include "NotificationsTest.h"
 
-/// The built module, loaded, with what a test needs of its display side.
+/// The built module, loaded, with helpers for its display side.
 class DisplayTest : public NotificationsTest
 {
 protected:
@@ -13,17 +13,17 @@ protected:
 
     QObject *display() const;
     QTimer *closeTimer() const;
-    void fireCloseTimer(); ///< the head's time is over, now
+    void fireCloseTimer(); ///< as if the head's time were over
 
     static TavoNotificationDisplayItem message(const QString &text, int priority = 1,
                                                int timeout = 0);
-    /// A notification that refers to a node of the requester's.
+    /// A notification that refers to a client's node.
     static TavoNotificationDisplayItem reference(const CMPath &path, int priority = 1,
                                                  int timeout = 0);
 
-    /// Sends the open request and gives its answer.
+    /// Sends the open request and returns the reply.
     CMReply<QVariant> request(const TavoNotificationDisplayItem &item);
-    /// The same, expected to succeed: the notification's path.
+    /// Opens a notification, expects success, and returns its path.
     CMPath open(const TavoNotificationDisplayItem &item);
     CMPath open(const QString &text, int priority = 1, int timeout = 0)
     {
@@ -38,9 +38,9 @@ protected:
     /// Closes the node as a client does.
     void close(const CMPath &path);
 
-    /// What is open, by the queue node's rows.
+    /// The open notifications: the queue node's rows.
     static QVector<CMPath> rows();
-    /// The one row of a message's node; empty when the node is gone.
+    /// The only row of a message's node; empty if there is no node or another number of rows.
     static TavoRoles rowOf(const CMPath &path);
     static bool exists(const CMPath &path);
 
