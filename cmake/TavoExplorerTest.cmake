@@ -13,5 +13,5 @@ function(tavo_add_explorer_test program)
     set_tests_properties(${program} PROPERTIES
         COST 100
         LABELS explorer
-        TIMEOUT 600)
+        TIMEOUT 300)
 endfunction()
