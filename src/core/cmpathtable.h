@@ -7,8 +7,11 @@
 
 #include <vector>
 
-/// A hash table of objects by their path(), which chains them through a member of their own: an
-/// entry costs its place in the table and no memory besides. Owns nothing; paths are unique.
+/// A hash table of objects by their path(), which it chains through a member of their own. Owns
+/// nothing; paths are unique.
+///
+/// With a QHash in its place the node of a closed message takes 432 bytes, where the goal is 410,
+/// and an open notification 1557 of 1536 (benchmark tavo_memory_use).
 template <typename T, T *T::*Next>
 class CMPathTable
 {
@@ -24,7 +27,7 @@ public:
         return entry;
     }
 
-    /// None of the path may be in the table.
+    /// The table must not have an entry with the same path.
     void insert(T *entry)
     {
         if (m_size == int(m_chains.size())) {
@@ -39,12 +42,12 @@ public:
     {
         *linkTo(entry) = entry->*Next;
         --m_size;
-        if (m_chains.size() > leastChains && m_size < int(m_chains.size() / 8)) {
+        if (m_chains.size() > minChains && m_size < int(m_chains.size() / 8)) {
             resize(m_chains.size() / 2);
         }
     }
 
-    /// Puts another object of the same path into the entry's place.
+    /// Replaces an entry by another one with the same path.
     void replace(T *entry, T *other)
     {
         other->*Next = entry->*Next;
@@ -66,17 +69,17 @@ public:
     std::vector<T *> takeAll()
     {
         std::vector<T *> result = entries();
-        m_chains.assign(leastChains, nullptr);
+        m_chains.assign(minChains, nullptr);
         m_size = 0;
         return result;
     }
 
 private:
-    static constexpr std::size_t leastChains = 16;
+    static constexpr std::size_t minChains = 16;
 
     std::size_t chainOf(const CMPath &path) const
     {
-        // Spreads hashes of which the registry's slice has fixed the lower bits.
+        // All entries of a slice have the lower bits of their hashes in common.
         constexpr uint golden = 0x9e3779b1U;
         return std::size_t((quint64(path.hash() * golden) * m_chains.size()) >> 32);
     }
@@ -107,6 +110,6 @@ private:
         }
     }
 
-    std::vector<T *> m_chains = std::vector<T *>(leastChains, nullptr);
+    std::vector<T *> m_chains = std::vector<T *>(minChains, nullptr);
     int m_size = 0;
 };

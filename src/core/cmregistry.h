@@ -12,8 +12,8 @@
 
 /// Knows every published node of the process.
 ///
-/// Any thread. The nodes are split by the hash of their path; each slice has a mutex of its own, which
-/// is held for the look-up only. A node that was found is kept alive by its pointer.
+/// Any thread. The nodes are split by the hash of their path; each slice has a mutex of its own,
+/// which is held for the look-up only. A node that was found is kept alive by its pointer.
 class CMRegistry
 {
 public:

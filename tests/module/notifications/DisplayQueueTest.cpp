@@ -36,7 +36,6 @@ TEST_F(DisplayQueueTest, DeclaresItsTwoSlotsInOrderAndNothingElse)
         EXPECT_EQ(slot.returnType(), int(QMetaType::Void));
     }
     EXPECT_EQ(meta->propertyCount(), meta->propertyOffset());
-    EXPECT_NE(QMetaType::type("CMPath"), int(QMetaType::UnknownType));
 }
 
 TEST_F(DisplayQueueTest, HasAPreciseSingleShotTimerThatStandsStill)

@@ -76,6 +76,23 @@ TEST_F(CMCatalogTest, GivesKindAndTitle)
     EXPECT_THAT(tree(""_s), ElementsAre("/list list Rows", "/request request"));
 }
 
+TEST_F(CMCatalogTest, GivesOneNodeByItself)
+{
+    CMListRowsNode::create(&m_nodes, CMPath("/a/list"_s))->setTitle("Rows"_s);
+    publishValue("/a/list/below"_s);
+    const auto entry = CMCatalog::entry(CMPath("/a/list"_s));
+    ASSERT_TRUE(entry.has_value());
+    EXPECT_THAT(linesOf({*entry}), ElementsAre("/a/list list Rows"));
+}
+
+TEST_F(CMCatalogTest, GivesNothingForAPathWithoutANode)
+{
+    publishValue("/a/b"_s);
+    EXPECT_FALSE(CMCatalog::entry(CMPath("/a"_s)).has_value()) << "a group is no node";
+    EXPECT_FALSE(CMCatalog::entry(CMPath("/a/c"_s)).has_value());
+    EXPECT_FALSE(CMCatalog::entry(CMPath()).has_value());
+}
+
 TEST_F(CMCatalogTest, GivesChildrenOnceWithGroupsForThoseWithoutANode)
 {
     publishValue("/a/x/1"_s);

@@ -4,6 +4,8 @@
 #include "core/tavo.h"
 #include "support/EventLoop.h"
 
+#include <QElapsedTimer>
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -84,6 +86,15 @@ TEST(CMReplyTest, WaitsNoLongerThanTheLimit)
 {
     EXPECT_FALSE(Reply().waitForFinished(0));
     EXPECT_FALSE(Reply().waitForFinished(1));
+}
+
+TEST(CMReplyTest, WaitsForTheMillisecondsOfALimitBelowASecond)
+{
+    QElapsedTimer time;
+    time.start();
+    EXPECT_FALSE(Reply().waitForFinished(200));
+    EXPECT_GE(time.elapsed(), 200);
+    EXPECT_LT(time.elapsed(), 20000) << "the limit was taken for seconds";
 }
 
 TEST(CMReplyTest, WaitsForNothingOnceFinished)

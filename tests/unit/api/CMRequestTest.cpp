@@ -131,18 +131,18 @@ TEST(CMRequestTest, IsKnownToTheMetaTypeSystemByItsName)
 
 TEST(CMRequestDeathTest, HasNoValueWithoutData)
 {
-    EXPECT_DEATH(CMSetDataRequest().value(), "d\\(\\)");
-    EXPECT_DEATH(CMMatchRowRequest().value(), "d\\(\\)");
+    EXPECT_DEATH(CMSetDataRequest().value(), "\"d\\(\\)\"");
+    EXPECT_DEATH(CMMatchRowRequest().value(), "\"d\\(\\)\"");
 }
 
 TEST(CMRequestDeathTest, HasNoReplyWithoutData)
 {
-    EXPECT_DEATH(CMSetDataRequest().reply(), "d\\(\\)");
+    EXPECT_DEATH(CMSetDataRequest().reply(), "\"d\\(\\)\"");
 }
 
 TEST(CMRequestDeathTest, HasNoPathAndNoRowsWithoutData)
 {
-    EXPECT_DEATH(CMRequest().path(), "d\\(\\)");
-    EXPECT_DEATH(CMGetRowsRequest().first(), "d\\(\\)");
-    EXPECT_DEATH(CMGetRowsRequest().count(), "d\\(\\)");
+    EXPECT_DEATH(CMRequest().path(), "\"d\\(\\)\"");
+    EXPECT_DEATH(CMGetRowsRequest().first(), "\"d\\(\\)\"");
+    EXPECT_DEATH(CMGetRowsRequest().count(), "\"d\\(\\)\"");
 }

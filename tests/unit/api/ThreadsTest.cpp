@@ -117,19 +117,20 @@ TEST(WorkerThreadsTest, AnswerEveryRequestWhileTheyEnd)
         ThreadedWorker worker(path);
         std::promise<void> started;
         auto asking = std::async(std::launch::async, [&started] {
-            int answered = 0;
-            int refused = 0;
             started.set_value();
-            while (refused < 10) {
+            for (int refused = 0; refused < 10;) {
                 const Reply reply = CMRoot()->invoke(path, QVariant(1), Reply());
-                reply.waitForFinished();
-                ++(reply.error().isError() ? refused : answered);
+                ASSERT_TRUE(reply.waitForFinished(30000)) << "a request was left without an answer";
+                if (reply.error().isError()) {
+                    ++refused;
+                } else {
+                    EXPECT_EQ(reply.value(), QVariant(1));
+                }
             }
-            return answered;
         });
         started.get_future().wait();
         worker.end();
-        EXPECT_GE(asking.get(), 0);
+        asking.get();
     }
 }
 
@@ -153,22 +154,27 @@ TEST(WorkerThreadsTest, PublishAPathOnceOfMany)
 
 TEST(WorkerThreadsTest, AreReadWhileTheyPublishAndDispose)
 {
-    std::atomic<bool> done{false};
-    auto reading = std::async(std::launch::async, [&done] {
-        int seen = 0;
-        do {
-            seen += CMRoot()->getValue(path).isValid() ? 1 : 0;
-        } while (!done);
-        return seen;
+    constexpr int enough = 1000;
+    std::atomic<int> seen{0};
+    auto reading = std::async(std::launch::async, [&seen] {
+        for (int last = 0; seen < enough;) {
+            // A node without a value reads as 0.
+            const int number = TavoValue(CMRoot()->getValue(path).toHash()).int_();
+            if (number == 0) {
+                continue;
+            }
+            EXPECT_GE(number, last) << "a node was read after it was disposed of";
+            last = number;
+            ++seen;
+        }
     });
     CMNodesWorker worker({}, QStringLiteral("Test"));
-    for (int i = 0; i < 5000; ++i) {
+    for (int i = 1; seen < enough; ++i) {
         CMValueNode *node = CMValueNode::create(worker.nodes(), path);
         node->setValue(TavoValue().setInt_(i));
         node->dispose();
     }
-    done = true;
-    EXPECT_GE(reading.get(), 0);
+    reading.get();
     EXPECT_FALSE(CMRoot()->getValue(path).isValid());
 }
 

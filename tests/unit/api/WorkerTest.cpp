@@ -7,12 +7,60 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <future>
+
 using testing::ElementsAre;
 using testing::UnorderedElementsAre;
 using Reply = CMReply<QVariant>;
 
 namespace {
 const CMPath path(QStringLiteral("/test/node"));
+
+/// Keeps the requests for its values, unanswered.
+class LateWorker : public CMNodesWorker
+{
+public:
+    LateWorker()
+        : CMNodesWorker({}, QStringLiteral("Late"))
+    {
+    }
+    void getDataRequest(const CMGetDataRequest &request) override
+    {
+        m_requested.set_value(request);
+    }
+
+    /// The request for a value, once there is one.
+    CMGetDataRequest requested() { return m_requested.get_future().get(); }
+
+private:
+    std::promise<CMGetDataRequest> m_requested;
+};
+
+/// Notes the kinds of the subscriptions that are made and ended through it.
+class SubscribedWorker : public CMNodesWorker
+{
+public:
+    SubscribedWorker()
+        : CMNodesWorker({}, QStringLiteral("Subscribed"))
+    {
+    }
+    void connectChange(ChangeType type, const CMPath &path, QObject *receiver,
+                       std::function<bool(ChangeNotifier *)> connectTo) override
+    {
+        connected.push_back(int(type));
+        CMNodesWorker::connectChange(type, path, receiver, std::move(connectTo));
+    }
+    void disconnectChange(ChangeType type, const CMPath &path, QObject *receiver,
+                          std::function<void(ChangeNotifier *)> disconnectFrom) override
+    {
+        disconnected.push_back(int(type));
+        CMNodesWorker::disconnectChange(type, path, receiver, std::move(disconnectFrom));
+    }
+
+    std::vector<int> connected;
+    std::vector<int> disconnected;
+};
 
 class WorkerTest : public testing::Test
 {
@@ -193,4 +241,27 @@ TEST_F(WorkerTest, TakesItsNodesOutOfTheModelBeforeItsChildrenGo)
         new Child(&gone, &seen);
     }
     EXPECT_EQ(seen.name(), CMErrors::noSuchNode());
+}
+
+TEST_F(WorkerTest, ReadsAValueThatIsAnsweredLater)
+{
+    LateWorker late;
+    auto reading = std::async(std::launch::async, [&late] { return late.getValue(path); });
+    const CMGetDataRequest request = late.requested();
+    EXPECT_EQ(reading.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
+    request.reply().setValue(7);
+    EXPECT_EQ(reading.get(), QVariant(7));
+}
+
+TEST_F(WorkerTest, CanTakeTheSubscriptionsToRowsItself)
+{
+    SubscribedWorker subscribed;
+    ChangeRecorder recorder;
+    CMAbstractWorker &root = subscribed;
+    root.connectRowsChange(path, &recorder, &ChangeRecorder::on_rows_changed);
+    EXPECT_THAT(subscribed.connected, ElementsAre(2));
+    EXPECT_EQ(CMSubscribe::raiseRowsChange(path, {}), 1);
+    root.disconnectRowsChange(path, &recorder, &ChangeRecorder::on_rows_changed);
+    EXPECT_THAT(subscribed.disconnected, ElementsAre(2));
+    EXPECT_EQ(CMSubscribe::raiseRowsChange(path, {}), 0);
 }

@@ -10,8 +10,8 @@
 
 #include <type_traits>
 
-/// Whether the arguments of a signal can travel to the receiver: a call that may be queued needs
-/// each argument that is no pointer to be known to the meta-type system.
+/// Returns whether a signal can be delivered to the receiver. If the call may be queued, the
+/// meta-type system must know the type of each argument that is not a pointer.
 template <typename Signal>
 bool verifyConnectionSignalParameters(const QObject *sender, Signal signal, const QObject *receiver,
                                       Qt::ConnectionType type)
@@ -31,7 +31,7 @@ bool verifyConnectionSignalParameters(const QObject *sender, Signal signal, cons
     return true;
 }
 
-/// Connects, and takes a connection that can't be made for the programming error that it is.
+/// Connects a signal to a slot. Asserts that the connection can be made.
 template <typename Sender, typename Signal, typename Receiver, typename Slot>
 QMetaObject::Connection tavoConnect(const Sender *sender, Signal signal, const Receiver *receiver,
                                     Slot slot, Qt::ConnectionType type = Qt::AutoConnection)

@@ -10,8 +10,7 @@ std::string dbglog_scopedFunction(const std::string &signature, const std::strin
     std::string text;
     text.reserve(signature.size());
     for (std::size_t i = 0; i < signature.size(); ++i) {
-        // One compiler sets "*" and "&" to the type, another to the name; one parts a ">" from the
-        // next, another doesn't.
+        // Compilers differ in the spaces around "*" and "&" and between two ">".
         const bool starts = signature[i] == ' ' && i > 0 && i + 1 < signature.size() &&
                             (signature[i + 1] == '*' || signature[i + 1] == '&' ||
                              (signature[i + 1] == '>' && signature[i - 1] == '>'));

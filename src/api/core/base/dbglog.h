@@ -11,14 +11,14 @@
 
 #include <string>
 
-/// Renders a function's signature, as the compiler writes it, for a trace line: the same text for
-/// every compiler. The logger's name is for renderings that sort by it; this one does without.
+/// Renders a function's signature for a trace line, in the same way for every compiler. The
+/// logger's name is not used.
 TAVO_API_EXPORT std::string dbglog_scopedFunction(const std::string &signature,
                                                   const std::string &logger);
 
 /// Writes the "Leave " line of a function when its scope ends; TAVO_SCOPE makes one.
 ///
-/// Thread: the function's own. When the level is disabled it costs the level check alone.
+/// Used in the thread of the function. Costs only the level check if the level is disabled.
 class TAVO_API_EXPORT DbglogScope
 {
 public:
@@ -31,7 +31,7 @@ public:
 
     bool isEnabledFor(log4cplus::LogLevel level) const { return m_logger.isEnabledFor(level); }
 
-    /// What the line says behind the signature, and its level from now on.
+    /// Sets the text after the signature, and the level.
     void setLeave(log4cplus::LogLevel level, const std::string &text);
 
 private:
@@ -46,14 +46,15 @@ private:
 
 /// Opens a traced function: writes "Enter <signature>: <args>" now and "Leave <signature>: <text>"
 /// at the end of the scope, both at the level (TRACE, DEBUG, INFO). The args are a stream
-/// expression, not evaluated unless the level is enabled: TAVO_SCOPE(logger, TRACE, "id: " << id);
+/// expression, which is evaluated only if the level is enabled: TAVO_SCOPE(logger, TRACE, "id: " <<
+/// id);
 #define TAVO_SCOPE(logger, level, args)                                                            \
     LOG4CPLUS_##level(logger, "Enter " << dbglog_scopedFunction(Q_FUNC_INFO, (logger).getName())   \
                                        << ": " << args); /* NOLINT(bugprone-macro-parentheses) */  \
     DbglogScope dbglogScope(logger, log4cplus::level##_LOG_LEVEL, Q_FUNC_INFO, __FILE__, __LINE__, \
                             LOG4CPLUS_MACRO_FUNCTION())
 
-/// Sets what the "Leave " line of the enclosing TAVO_SCOPE says, and its level.
+/// Sets the text and the level of the "Leave " line of the enclosing TAVO_SCOPE.
 #define TAVO_LEAVE(level, args)                                                                    \
     do {                                                                                           \
         if (dbglogScope.isEnabledFor(log4cplus::level##_LOG_LEVEL)) {                              \

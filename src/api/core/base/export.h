@@ -11,8 +11,8 @@
 #define TAVO_API_EXPORT Q_DECL_IMPORT
 #endif
 
-/// Marks a module's entry point, the one symbol that a module shows:
+/// Marks a module's entry point, the only symbol that a module exports:
 ///     TAVO_MODULE_EXPORT void *worker_create(const char *name, void *config);
-/// The host calls it once, in the thread that is to be the worker's, with the instance name and a
-/// pointer to a QVariantHash; it returns the new CMWorker, which belongs to the host.
+/// The host calls it once, in the worker's thread, with the instance name and a pointer to a
+/// QVariantHash. It returns the new CMWorker, which the host owns.
 #define TAVO_MODULE_EXPORT extern "C" Q_DECL_EXPORT

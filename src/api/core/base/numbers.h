@@ -9,7 +9,8 @@
 
 // Numbers as they stand in variants. What is not suitable reads as 0 or false.
 
-/// Returns whether a variant holds a number of any type. A string of digits or a boolean is no number.
+/// Returns whether a variant holds a number of any type. A string of digits or a boolean is no
+/// number.
 TAVO_API_EXPORT bool tavoIsNumber(const QVariant &value);
 
 /// Reads an integer from a number without a fraction that is in the range.

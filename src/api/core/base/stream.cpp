@@ -7,10 +7,10 @@
 #include <ostream>
 
 namespace {
-/// Deep enough for every record; bounds the stack whatever a requester sends.
+/// Deep enough for every record. Limits the use of the stack, whatever a client sends.
 constexpr int maxDepth = 16;
 
-/// What ends a line or steers a terminal, in ASCII and beyond it.
+/// Returns whether a character ends a line or controls a terminal, in ASCII and beyond.
 bool isControl(QChar c)
 {
     const ushort code = c.unicode();

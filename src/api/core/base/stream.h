@@ -10,10 +10,10 @@
 
 #include <iosfwd>
 
-/// Writes a text as UTF-8. Control characters are written as escapes (\n, \x1b), so that a text
-/// from outside can't break a log line or forge one.
+/// Writes a text as UTF-8. Control characters are written as escapes (\n, \x1b), so that a client's
+/// text cannot break or forge a log line.
 TAVO_API_EXPORT std::ostream &operator<<(std::ostream &stream, const QString &text);
 
-/// Writes a value on one line, the fields of a hash in the order of their keys. What nests deeper
-/// than people read is written as "...".
+/// Writes a value on one line, the fields of a hash sorted by key. What is nested too deep for
+/// people to read is written as "...".
 TAVO_API_EXPORT std::ostream &operator<<(std::ostream &stream, const QVariant &value);

@@ -21,7 +21,7 @@ const QString disambiguationKey = QStringLiteral("disambiguation");
 const QString countKey = QStringLiteral("count");
 const QString argumentsKey = QStringLiteral("arguments");
 
-/// Puts the arguments in with one pass, so that a "%2" inside the first argument stays as it is.
+/// Inserts the arguments in one pass, so that a "%2" in the first argument is kept.
 QString substituted(const QString &text, const QList<TrArg> &arguments)
 {
     QString result;
@@ -43,7 +43,7 @@ QString translated(const QString &source, const QByteArray &context,
                    const QByteArray &disambiguation, int count)
 {
     const QByteArray utf8 = source.toUtf8();
-    // No catalogue has such a text, and looking for it would show it maimed.
+    // No translation has such a text, and a look-up would spoil it.
     if (source.contains(QChar::Null) || QString::fromUtf8(utf8) != source) {
         return source;
     }
@@ -61,7 +61,7 @@ TrString::TrString(const char *text)
 TrString::TrString(const TrCharData &data, const QList<TrArg> &arguments)
     : m_text(QString::fromUtf8(data.source))
 {
-    // Nothing to say needs no translation, and doesn't become one on its way through a record.
+    // An empty text stays plain, so that it is equal after its way through a record.
     if (m_text.isEmpty()) {
         return;
     }

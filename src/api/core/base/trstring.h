@@ -12,16 +12,16 @@
 #include <QString>
 #include <QVariant>
 
-/// What a translatable text is made of. The texts are UTF-8 and are read while a TrString is made.
+/// The parts of a translatable text, in UTF-8. They are copied when a TrString is made.
 struct TrCharData
 {
-    const char *context;        ///< who says it, usually a class
-    const char *source;         ///< the text as it stands in the code
-    const char *disambiguation; ///< tells equal sources apart; null for none
-    int count;                  ///< the number that picks the plural form; -1 for none
+    const char *context;        ///< usually the class that the text is from
+    const char *source;         ///< the text as it is in the code
+    const char *disambiguation; ///< distinguishes equal sources; null for none
+    int count;                  ///< chooses the plural form; -1 for none
 };
 
-/// An argument of a translatable text: stands for %1, %2, ... in it.
+/// An argument of a translatable text; replaces %1, %2, ... in it.
 class TAVO_API_EXPORT TrArg
 {
 public:
@@ -53,9 +53,8 @@ private:
     QVariant m_value;
 };
 
-/// A text that is translated when it is shown: it keeps context, source and arguments until then.
-///
-/// A value; copies share. A plain text is a TrString too, shown as it is.
+/// A text that is translated when it is shown. Until then it keeps its context, source and
+/// arguments. Also holds a plain text, which is shown as it is. A value; copies share.
 class TAVO_API_EXPORT TrString
 {
 public:
@@ -69,14 +68,15 @@ public:
 
     bool isEmpty() const { return m_text.isEmpty(); }
 
-    /// The text in the language of the installed translators (QCoreApplication), arguments put in.
+    /// The text with its arguments, in the language of the translators installed in
+    /// QCoreApplication.
     QString toString() const;
 
-    /// True when there is something to translate.
+    /// Returns whether the text is translated when it is shown.
     bool isTranslatable() const { return bool(m_translation); }
 
-    /// The form in which records carry a text: a plain one as a string, a translatable one as a
-    /// hash of its parts, so that whoever shows it can still translate it.
+    /// The text as records carry it: a plain text as a string, a translatable one as a hash of its
+    /// parts, so that the program that shows it can translate it.
     operator QVariant() const;
     static TrString fromQVariant(const QVariant &variant);
 
@@ -98,11 +98,11 @@ private:
     QExplicitlySharedDataPointer<const Translation> m_translation;
 };
 
-/// The translation context of a member function's signature: its class, scopes included. Empty for
-/// a free function.
+/// The translation context of a member function, from its signature: the class with its scopes.
+/// Empty for a free function.
 TAVO_API_EXPORT QByteArray trExtractContext(const char *signature);
 
-/// A translatable text in the context of the enclosing member function's class.
+/// A translatable text in the context of the class whose member function this is in.
 #define TAVO_TR(text)                                                                              \
     TrString(TrCharData{trExtractContext(Q_FUNC_INFO).constData(), text, nullptr, -1}, {})
 

@@ -7,5 +7,6 @@
 
 #include <QString>
 
-/// A new random identifier (RFC 4122, version 4) in its 36 character form. Any thread.
+/// A new random identifier (RFC 4122, version 4) of 36 characters. It is unique, but not secret:
+/// who has seen many can guess the next. Called from any thread.
 TAVO_API_EXPORT QString tavoGenerateUuid();

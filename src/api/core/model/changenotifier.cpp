@@ -11,8 +11,8 @@
 #include <utility>
 
 namespace {
-/// An emission on its way to the event loop of a notifier. A queued call of Qt's would be plainer, but
-/// made a change told to a thousand subscribers half as expensive again (benchmark tellRows).
+/// An emission on its way to the event loop of a notifier. A queued call of Qt's would be plainer,
+/// but made a change told to a thousand subscribers half as expensive again (benchmark tellRows).
 class EmissionEvent : public QEvent
 {
 public:

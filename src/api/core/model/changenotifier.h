@@ -36,8 +36,8 @@ public:
     /// Returns false once the subscription has ended, by itself or with its receiver.
     bool isConnected() const { return m_connected; }
 
-    /// Frees the notifier: at once, or later if it is emitting or lives in another thread. Called from
-    /// any thread.
+    /// Frees the notifier: at once, or later if it is emitting or lives in another thread. Called
+    /// from any thread.
     void dispose();
 
     bool event(QEvent *event) override;
@@ -69,8 +69,8 @@ public:
     void post(const QStringList &changes, int first, int count);
 
 Q_SIGNALS:
-    /// The rows of the list at the path have changed. CMSubscribe names the changes. They concern count
-    /// rows from first on; first is -1 and count 0 if they concern no rows in particular.
+    /// The rows of the list at the path have changed. CMSubscribe names the changes. They concern
+    /// count rows from first on; first is -1 and count 0 if they concern no rows in particular.
     void changed(const CMPath &path, const QStringList &changes, int first, int count);
 };
 

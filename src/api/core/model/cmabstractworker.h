@@ -14,10 +14,10 @@
 
 #include <functional>
 
-/// The operations of the model, as a worker offers them to others.
+/// The operations of the model.
 ///
-/// Requests and subscriptions may be made from any thread; an answer comes through the reply. On
-/// CMRoot() they reach every node of the model, on another worker its own nodes.
+/// Called from any thread; a reply brings the answer. On CMRoot() they reach every node of the
+/// model, on another worker only its own nodes.
 class TAVO_API_EXPORT CMAbstractWorker : public CMWorker
 {
     Q_OBJECT
@@ -31,7 +31,7 @@ public:
     /// Hands the request to the operation for its kind.
     void request(CMRequest request) override;
 
-    /// Answers at once, with the worker's name: shows that it is there.
+    /// Replies with the worker's name.
     virtual void ping(const CMSetDataRequest &request) = 0;
 
     /// Writes what the worker holds to the log, logger "Model", level INFO.
@@ -43,25 +43,27 @@ public:
     virtual void setDataRequest(const CMSetDataRequest &request) = 0;
 
     /// Subscribes the receiver to changes of a kind at a path, which need not have a node yet. The
-    /// callable is given the subscription's notifier and makes the connection. Each call makes a
-    /// subscription of its own, which ends with disconnectChange() or with its receiver.
+    /// function connects the notifier to the receiver and returns whether it did. Each call makes a
+    /// subscription, which ends with disconnectChange() or with its receiver.
     virtual void connectChange(ChangeType type, const CMPath &path, QObject *receiver,
                                std::function<bool(ChangeNotifier *)> connectTo);
 
-    /// Ends one subscription of the receiver: the callable is given its notifiers at the path,
-    /// oldest first, until it has disconnected one. It is to do no more than that: a lock is held.
+    /// Ends one subscription of the receiver. The function is called with the receiver's notifiers
+    /// at the path, oldest first, until it has disconnected one. It is called under a mutex and
+    /// must not do anything else.
     virtual void disconnectChange(ChangeType type, const CMPath &path, QObject *receiver,
                                   std::function<void(ChangeNotifier *)> disconnectFrom);
 
-    /// Sends a set-data request with that value to the node at the path. The answer arrives in the
-    /// reply, which is returned as well; a path without a node answers with CMErrors::noSuchNode().
+    /// Sends a set-data request with the value to the node at the path. The reply brings the
+    /// answer, or the error CMErrors::noSuchNode() if there is no node. Returns the reply.
     CMReply<QVariant> invoke(const CMPath &path, const TavoHash &value,
                              const CMReply<QVariant> &reply);
     CMReply<QVariant> invoke(const CMPath &path, const QVariant &value,
                              const CMReply<QVariant> &reply);
 
-    /// Reads the value of the node at the path, in the calling thread, without waiting for any
-    /// event loop. Invalid where no node has a value.
+    /// Reads the value of the node at the path. Waits until the value is there; a value node gives
+    /// it in the calling thread, without an event loop. Returns an invalid variant if there is no
+    /// value.
     QVariant getValue(const CMPath &path);
 
     /// Subscribes a slot to changes of the rows at a path.
@@ -73,7 +75,7 @@ public:
         subscribe(RowsChange, &RowsChangeNotifier::changed, path, receiver, slot, type);
     }
 
-    /// Ends one such subscription. That there is one is the caller's to know: if not, it asserts.
+    /// Ends one such subscription. Asserts if there is none.
     template <typename Receiver>
     void disconnectRowsChange(const CMPath &path, Receiver *receiver,
                               void (Receiver::*slot)(const CMPath &, const QStringList &, int, int))
@@ -97,7 +99,7 @@ public:
         unsubscribe(ValueChange, &ValueChangeNotifier::changed, path, receiver, slot);
     }
 
-    /// Subscribes a slot to a node's coming and going at a path.
+    /// Subscribes a slot to nodes being published at a path and disposed of.
     template <typename Receiver>
     void connectNodeChange(const CMPath &path, Receiver *receiver,
                            void (Receiver::*slot)(const CMPath &, bool),
@@ -128,7 +130,7 @@ private:
     void unsubscribe(ChangeType kind, void (Notifier::*signal)(Args...), const CMPath &path,
                      Receiver *receiver, Slot slot)
     {
-        // Asserted behind the call: the callable is offered each of the receiver's subscriptions.
+        // Asserted after the call: not every notifier of the receiver is connected to this slot.
         bool disconnectSucceeded = false;
         disconnectChange(kind, path, receiver, [&](ChangeNotifier *notifier) {
             disconnectSucceeded =

@@ -10,8 +10,8 @@
 #include <optional>
 #include <vector>
 
-/// Lists what is in the model. Called from any thread. A node that is published or disposed of during
-/// a call may or may not be listed.
+/// Lists what is in the model. Called from any thread. A node that is published or disposed of
+/// during a call may or may not be listed.
 namespace CMCatalog {
 
 /// A published node, or a group: a path without a node that has nodes below it.
@@ -28,7 +28,8 @@ TAVO_API_EXPORT QString groupKind();
 /// The node at the path, if there is one. Costs one look-up, however many nodes there are.
 TAVO_API_EXPORT std::optional<Entry> entry(const CMPath &path);
 
-/// Every node at the path and below it, sorted by path; of the empty path, every node of the process.
+/// Every node at the path and below it, sorted by path; of the empty path, every node of the
+/// process.
 TAVO_API_EXPORT std::vector<Entry> tree(const CMPath &path);
 
 /// The nodes and groups directly below the path, sorted by name.

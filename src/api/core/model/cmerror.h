@@ -8,8 +8,8 @@
 
 #include <QVariantHash>
 
-/// Why a request failed: a hash of who says so, a text for people and a title for the text. An
-/// error without a name is no error. A value; copies share.
+/// Why a request failed: a hash with the name of what reports it, a message for people and a title
+/// for the message. An error without a name means that nothing failed. A value; copies share.
 class TAVO_API_EXPORT CMError : public QVariantHash
 {
 public:
@@ -19,17 +19,17 @@ public:
     {
     }
 
-    /// An error by that name, with that message and the default title.
+    /// An error with the default title.
     CMError(const QString &name, const TrString &message);
 
-    /// The keys.
+    // The keys.
     static QString Name();
     static QString Message();
     static QString Title();
 
     static TrString DefaultTitle();
 
-    /// True when there is an error.
+    /// Returns whether something failed.
     bool isError() const { return !name().isEmpty(); }
     QString name() const { return value(Name()).toString(); }
     TrString message() const { return TrString::fromQVariant(value(Message())); }
@@ -39,8 +39,8 @@ public:
 /// The names of the model's own errors. Modules use their own names.
 namespace CMErrors {
 TAVO_API_EXPORT QString noSuchNode();   ///< nothing is published at the path
-TAVO_API_EXPORT QString notSupported(); ///< the node doesn't take such a request
-TAVO_API_EXPORT QString noAnswer();     ///< whoever had to answer has gone without answering
+TAVO_API_EXPORT QString notSupported(); ///< the node does not take such a request
+TAVO_API_EXPORT QString noAnswer();     ///< the request was dropped without an answer
 } // namespace CMErrors
 
 Q_DECLARE_METATYPE(CMError)

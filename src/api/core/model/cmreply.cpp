@@ -8,7 +8,7 @@
 template class CMReplyData<QVariant>;
 
 namespace {
-/// Receives for those who gave no context; one a thread, so that they are told in their thread.
+/// The context of callbacks that were added without one; each thread has its own.
 QObject *threadContext()
 {
     static thread_local QObject context;
@@ -24,10 +24,10 @@ bool CMReplyAbstractData::waitForFinished(unsigned long ms) const
 {
     std::unique_lock lock(m_mutex);
     const auto finished = [this] { return isFinished(); };
-    // Longer than any process runs, and as far as the clock's arithmetic safely goes.
-    constexpr std::chrono::hours forEver(24 * 365 * 100);
-    const std::chrono::milliseconds mostOfAll(forEver);
-    if (ms >= static_cast<unsigned long>(mostOfAll.count())) {
+    // Longer than any process runs. The clock's arithmetic would overflow with a much longer time.
+    constexpr std::chrono::hours hundredYears(24 * 365 * 100);
+    constexpr std::chrono::milliseconds maxTime(hundredYears);
+    if (ms >= static_cast<unsigned long>(maxTime.count())) {
         m_done.wait(lock, finished);
         return true;
     }

@@ -20,20 +20,20 @@
 
 class CMVoidReply;
 
-/// Is told of a reply's end, once. Registered with CMReplyAbstractData::addWatcher(); belongs to
-/// itself and must stay until it has been told, which happens even if nobody ever answers.
+/// Is called once, when a reply is finished. Registered with CMReplyAbstractData::addWatcher().
+/// Must exist until it has been called, which happens even if nobody ever answers.
 class TAVO_API_EXPORT CMReplyWatcher
 {
 public:
     virtual ~CMReplyWatcher();
 
-    /// Called in the thread that finished the reply, or in the one that added the watcher if the
-    /// reply was finished already; no lock is held. The watcher may delete itself.
+    /// Called in the thread that finishes the reply, or in the one that adds the watcher if the
+    /// reply is finished already. No mutex is held. The watcher may delete itself.
     virtual void replyFinished(const CMVoidReply &reply) = 0;
 };
 
-/// The state that requester and answerer share: unfinished, then finished for good by the first
-/// answer. Every member may be called from any thread.
+/// What the copies of a reply share: unfinished until the first answer, finished from then on.
+/// Called from any thread.
 class TAVO_API_EXPORT CMReplyAbstractData : public QSharedData
 {
 public:
@@ -44,14 +44,14 @@ public:
 
     bool isFinished() const { return m_finished; }
 
-    /// Blocks until the reply is finished or the milliseconds have passed; the largest number means
-    /// no limit. Returns whether it is finished.
+    /// Blocks until the reply is finished or the time has passed; the largest number means no
+    /// limit. Returns whether the reply is finished.
     bool waitForFinished(unsigned long ms = std::numeric_limits<unsigned long>::max()) const;
 
     /// Finishes with an error; does nothing if finished.
     void setError(const CMError &error);
 
-    /// The error of a finished reply; empty for a good answer and before the end.
+    /// The error that finished the reply; empty if there is none.
     CMError error() const;
 
     void addWatcher(CMReplyWatcher *watcher);
@@ -61,8 +61,8 @@ protected:
 
     using Watchers = std::vector<CMReplyWatcher *>;
 
-    /// Finishes with whatever store() writes, unless finished: wakes who waits, then tells the
-    /// watchers outside the lock, in their order.
+    /// Finishes the reply with what store() writes, unless it is finished. Wakes all waiting
+    /// threads, then calls the watchers in their order, without the mutex.
     template <typename Store>
     void finish(Store store)
     {
@@ -80,8 +80,8 @@ protected:
         tell(watchers);
     }
 
-    /// Called by the destructor of the outermost class, which alone can make a stand-in of the same
-    /// type: watchers that still wait are told through it that no answer comes.
+    /// Calls the watchers with the error that no answer came. They get the stand-in, a reply of the
+    /// same type, because this one is being destroyed. Called by the most derived destructor.
     void abandon(CMReplyAbstractData *standIn);
 
     bool hasWatchers() const { return !m_watchers.empty(); }
@@ -105,12 +105,12 @@ public:
     ~CMReplyData() override
     {
         if (hasWatchers()) {
-            // Out of memory ends the process, here as anywhere.
+            // Running out of memory ends the process.
             abandon(new CMReplyData); // NOLINT(bugprone-unhandled-exception-at-new)
         }
     }
 
-    /// Waits for the end, then gives the value; the type's default after an error.
+    /// Waits until the reply is finished. Returns the type's default after an error.
     T value() const
     {
         waitForFinished();
@@ -129,8 +129,8 @@ private:
 
 extern template class TAVO_API_EXPORT CMReplyData<QVariant>;
 
-/// What stands behind a reply on the answering side: while anybody there can still answer it lives,
-/// and when it goes without an answer the requester is told.
+/// Keeps a request answerable: exists while any copy of it can still be answered. When it is
+/// destroyed without an answer, the request gets an error.
 class TAVO_API_EXPORT CMAnswering : public QSharedData
 {
 public:
@@ -141,8 +141,8 @@ public:
     CMAnswering &operator=(const CMAnswering &) = delete;
 };
 
-/// A view of a reply without its value type. Copies are views of the same reply; default-made it
-/// views nothing. Thread: any.
+/// A view of a reply without its value type. Copies view the same reply; a default-constructed one
+/// views none. Called from any thread.
 class TAVO_API_EXPORT CMVoidReply
 {
 public:
@@ -155,7 +155,7 @@ public:
     {
     }
 
-    /// True when there is no reply behind the view.
+    /// Returns true if the view has no reply.
     bool operator!() const { return !m_data; }
 
     bool isFinished() const { return m_data && m_data->isFinished(); }
@@ -164,16 +164,15 @@ public:
         return m_data && m_data->waitForFinished(ms);
     }
 
-    /// Finishes the reply with an error, unless it has been answered.
+    /// Finishes the reply with an error, unless it is finished.
     void setError(const CMError &error) const;
 
-    /// The error of a finished reply; one without a name is none.
+    /// The error that finished the reply; see CMError::isError().
     CMError error() const { return m_data ? m_data->error() : CMError(); }
 
-    /// Calls back once, when the reply is finished (or is already): through the context with that
-    /// connection type, and not any more once the context is gone. Without a context the call is
-    /// made in the thread that is calling now, which needs an event loop for all but direct
-    /// connections.
+    /// Calls back once the reply is finished, through the context with the connection type; never
+    /// if the context is destroyed before. Without a context the call is made in the thread that
+    /// calls this function, which then needs an event loop unless the connection is direct.
     void addWatcher(QObject *context, const Callback &callback,
                     Qt::ConnectionType type = Qt::AutoConnection) const;
     void addWatcher(CMReplyWatcher *watcher) const;
@@ -194,8 +193,7 @@ protected:
     QExplicitlySharedDataPointer<CMAnswering> m_answering;
 };
 
-/// Re-emits a reply's end as a signal. Made with new for one reply; deletes itself once it has
-/// told.
+/// Emits a signal when a reply is finished. Made with new for one reply; deletes itself afterwards.
 class TAVO_API_EXPORT CMReplyWatcherObject : public QObject, public CMReplyWatcher
 {
     Q_OBJECT
@@ -209,8 +207,8 @@ Q_SIGNALS:
 
 Q_DECLARE_METATYPE(CMVoidReply)
 
-/// The answer to a request, shared between requester and answerer. Default-made it is a new,
-/// unfinished reply. Thread: any.
+/// The reply to a request, shared by the two sides. A default-constructed one is new and
+/// unfinished. Called from any thread.
 template <typename T>
 class CMReply : public CMVoidReply
 {
@@ -222,14 +220,15 @@ public:
     {
     }
 
-    /// The same reply on its answering side: while this view or a copy lives, an answer may come.
+    /// The same reply for the side that answers. The request stays answerable while a copy of this
+    /// exists.
     CMReply(const CMReply &reply, CMAnswering *answering)
         : CMReply(reply)
     {
         m_answering = QExplicitlySharedDataPointer<CMAnswering>(answering);
     }
 
-    /// Views a reply as one of this type; views nothing when it is of another.
+    /// Views a reply as one of this type; has no reply if the type is another.
     explicit CMReply(const CMVoidReply &reply)
         : CMVoidReply(reply)
     {
@@ -238,20 +237,21 @@ public:
         }
     }
 
-    /// Waits for the end without a limit. The type's default after an error.
+    /// Waits without a limit until the reply is finished. Returns the type's default after an
+    /// error.
     T value() const { return checked()->value(); }
 
-    /// Answers, unless the reply has been answered.
+    /// Finishes the reply with a value, unless it is finished.
     void setValue(const T &value) const { checked()->setValue(value); }
 
-    /// Calls back once with the finished reply, as CMVoidReply::addWatcher() does.
+    /// Like CMVoidReply::addWatcher(), with the typed reply.
     void onFinished(QObject *context, const TypedCallback &callback,
                     Qt::ConnectionType type = Qt::AutoConnection) const
     {
         addWatcher(context, finishCallback(callback), type);
     }
 
-    /// Makes a callback for replies of this type out of one for this type.
+    /// Wraps a typed callback so that it takes any reply; asserts that its type is this one.
     static Callback finishCallback(const TypedCallback &callback)
     {
         return [callback](const CMVoidReply &reply) {
@@ -262,7 +262,7 @@ public:
     }
 
 private:
-    /// Of this type, as every constructor has seen to.
+    // Every constructor makes sure of the type.
     CMReplyData<T> *checked() const
     {
         Q_ASSERT_X(m_data, "CMReply", "there is no reply of this type behind the view");

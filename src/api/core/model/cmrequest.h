@@ -7,8 +7,9 @@
 #include "core/model/cmreply.h"
 #include "core/records/cmpath.h"
 
-/// What all requests carry. Goes away with the last copy of the request and of its answering
-/// replies; a requester still waiting then gets the error CMErrors::noAnswer().
+/// What the copies of a request share. Destroyed with the last copy of the request and of the
+/// replies that it gave out; if it has not been answered by then, the reply gets the error
+/// CMErrors::noAnswer().
 class TAVO_API_EXPORT CMRequestData : public CMAnswering
 {
 public:
@@ -34,7 +35,7 @@ public:
     const CMReply<QVariant> reply;
 };
 
-/// A request on its way to a node. Copies share; thread: any.
+/// A request to a node. Copies share their data. Used in any thread.
 class TAVO_API_EXPORT CMRequest
 {
 public:
@@ -45,8 +46,8 @@ public:
     Type type() const { return m_type; }
     CMPath path() const { return checked()->path; }
 
-    /// Where the answer goes. The reply keeps the request answerable: it may be kept and answered
-    /// later; once the last copy is dropped, no answer can come.
+    /// The reply that the answer goes to. It may be kept to answer later: the request stays
+    /// answerable while a copy exists.
     CMReply<QVariant> reply() const;
 
 protected:
@@ -58,7 +59,7 @@ protected:
 
     const CMRequestData *d() const { return m_data.data(); }
 
-    /// The data of a request that must have some.
+    /// The data. Asserts that there is some.
     const CMRequestData *checked() const;
 
 private:
@@ -98,7 +99,7 @@ public:
     }
 };
 
-/// Reads a node's rows, from first on, count of them (-1: all). The answer is a list.
+/// Reads count rows of a node from first on; all if count is -1. The answer is a list.
 class TAVO_API_EXPORT CMGetRowsRequest : public CMRequest
 {
 public:
@@ -116,7 +117,7 @@ public:
     int count() const { return checked()->count; }
 };
 
-/// Asks for the index of the first row that equals the value. The answer is a number, -1 for none.
+/// Asks for the index of the first row that equals the value. The answer is -1 if there is none.
 class TAVO_API_EXPORT CMMatchRowRequest : public CMRequest
 {
 public:

@@ -6,6 +6,5 @@
 #include "core/base/export.h"
 #include "core/model/cmabstractworker.h"
 
-/// The root worker: reaches every node of the process, from any thread. Lives as long as the
-/// process.
+/// The root worker, which reaches every node of the process. Used from any thread; never destroyed.
 TAVO_API_EXPORT CMAbstractWorker *CMRoot();

@@ -8,7 +8,7 @@
 
 #include <QStringList>
 
-/// Rows changes by name, and raising them from outside the node.
+/// The names of rows changes, and functions that raise them from outside a node.
 class TAVO_API_EXPORT CMSubscribe
 {
 public:
@@ -16,14 +16,15 @@ public:
     static QString RowsChangeRemoved();
     static QString RowsChangeReset(); ///< any row may have changed
 
-    /// A client closes the node: whoever shows it takes it away.
+    /// A client closes the node: what shows it shall remove it.
     static QString RowsChangeClose();
 
-    /// Reports a rows change at the path to its subscribers, whether or not a node is there.
-    /// Returns how many will be told. Any thread.
+    /// Reports a rows change to the subscribers of the path, which need not have a node. Returns
+    /// how many subscribers there are. Called from any thread.
     static int raiseRowsChange(const CMPath &path, const QStringList &changes, int first = -1,
                                int count = 0);
 
-    /// Closes the node at the path, as a client does. Returns whether anybody listens. Any thread.
+    /// Closes the node at the path, as a client does. Returns whether there is a subscriber. Called
+    /// from any thread.
     static bool closeNode(const CMPath &path);
 };

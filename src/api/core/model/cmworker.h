@@ -9,9 +9,9 @@
 
 class CMRequest;
 
-/// The base of everything that takes requests from the model.
+/// The base of all workers, which take requests from the model.
 ///
-/// Thread: lives in the thread that made it, which must run a Qt event loop. Owner: the host.
+/// Lives in the thread that made it, which must run a Qt event loop. Owned by the host.
 class TAVO_API_EXPORT CMWorker : public QObject
 {
     Q_OBJECT
@@ -20,6 +20,6 @@ public:
     explicit CMWorker(QObject *parent = nullptr);
     ~CMWorker() override;
 
-    /// Takes a request of any kind and sees that it is answered. Any thread.
+    /// Takes a request of any kind and makes sure that it is answered. Called from any thread.
     virtual void request(CMRequest request) = 0;
 };

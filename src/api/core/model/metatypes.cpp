@@ -5,7 +5,7 @@
 #include "core/records/cmpath.h"
 
 namespace {
-/// Queued calls look argument types up by name; that must work from the first connection on.
+/// Queued calls look up argument types by name, which must work from the first connection on.
 const bool registered = [] {
     qRegisterMetaType<CMPath>("CMPath");
     qRegisterMetaType<CMVoidReply>("CMVoidReply");

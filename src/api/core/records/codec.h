@@ -14,8 +14,8 @@
 
 class TavoHash;
 
-/// How a field's type stands in a hash: one pair of functions a type. read() takes any variant and
-/// gives the type's default for one that doesn't suit.
+/// How a value of the type is kept in a hash. read() takes any variant and returns the type's
+/// default if it is not suitable.
 template <typename T, typename Enable = void>
 struct TavoCodec;
 
@@ -58,7 +58,7 @@ struct TavoCodec<qint64>
     static QVariant write(qint64 value) { return value; }
 };
 
-/// Enumerators stand as their numbers, those without a name too.
+/// Enumerators are kept as their numbers, with or without a name.
 template <typename T>
 struct TavoCodec<T, std::enable_if_t<std::is_enum_v<T>>>
 {

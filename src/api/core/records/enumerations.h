@@ -7,10 +7,10 @@
 
 #include <QString>
 
-// Enumerations travel as their numbers. Each allows every signed 32-bit number, so that a value
-// from a newer peer survives; toString() gives the name, or the digits of a number without one.
+// Enumerators are sent as their numbers. Every signed 32-bit number is allowed, so that a value
+// from a newer program is kept. toString() returns the name, or the digits if the number has none.
 
-/// How urgent a notification is: larger goes first, equal keep their order of arrival.
+/// How urgent a notification is. Larger numbers go first; equal ones keep their order of arrival.
 struct TAVO_API_EXPORT TavoNotificationItemPriority
 {
     enum Enum : int { Low = 0, Normal = 1, High = 2, Urgent = 3 };
@@ -23,7 +23,7 @@ struct TAVO_API_EXPORT TavoNotificationPlayerItemType
     enum Enum : int {
         Uri = 0,    ///< a URI or a file's path
         Data = 1,   ///< a sound file in base64
-        Stream = 2, ///< a stream's source; its media type stands beside it
+        Stream = 2, ///< a stream's source; the item has its media type
         Fake = 3    ///< nothing: a silent placeholder
     };
     static QString toString(Enum value);
@@ -35,7 +35,7 @@ struct TAVO_API_EXPORT TavoNotificationPlayerResponseType
     enum Enum : int {
         Unknown = 0,
         Started = 1,
-        Finished = 2,  ///< heard to its end
+        Finished = 2,  ///< played to the end
         Cancelled = 3, ///< stopped, or never started
         Failed = 4     ///< the cause is in the log
     };
@@ -49,19 +49,19 @@ struct TAVO_API_EXPORT TavoPowerManagerResources
     static QString toString(Enum value);
 };
 
-/// What a module asks of the power manager.
+/// What a module does with a resource.
 struct TAVO_API_EXPORT TavoPowerModuleActions
 {
     enum Enum : int { None = 0, Acquire = 1, Release = 2 };
     static QString toString(Enum value);
 };
 
-/// What the power manager tells a module whose resources it takes.
+/// What the power manager tells a module whose resources it revokes.
 struct TAVO_API_EXPORT TavoPowerManagerRevokeMessageType
 {
     enum Enum : int {
         Revoked = 0,    ///< the resources are gone, stop now
-        PostRevoked = 1 ///< everybody has stopped; informational
+        PostRevoked = 1 ///< every module has stopped; informational
     };
     static QString toString(Enum value);
 };

@@ -11,14 +11,14 @@
 /// The notifications module's name, as other modules know it.
 TAVO_API_EXPORT QString TavoNotificationsName();
 
-/// The module's own place in the model.
+/// The path of the module, below which its nodes are.
 TAVO_API_EXPORT CMPath TavoNotificationsPath();
 
 /// Request: queues a sound. Value: a TavoValue with notificationPlayerItem(). Answer: empty, once
 /// the sound is queued; how it starts and ends goes to the item's response path.
 TAVO_API_EXPORT CMPath TavoNotificationPlayerEnqueuePath();
 
-/// Request: ends a sound, queued or playing. Value: a TavoValue with string_(), the id. Answer:
+/// Request: cancels a sound, queued or playing. Value: a TavoValue with string_(), the id. Answer:
 /// empty.
 TAVO_API_EXPORT CMPath TavoNotificationPlayerCancelPath();
 
@@ -36,9 +36,9 @@ TAVO_API_EXPORT CMPath TavoNotificationDisplayCancelNotifyPath();
 /// Rows: the paths of the open display notifications; the first is the one on display.
 TAVO_API_EXPORT CMPath TavoNotificationDisplayQueuePath();
 
-/// The parent of the nodes made for messages: a list with one row, the text. Such a node stays when its
-/// notification is closed, until a notification whose id is the node's name is closed. Who sends many
-/// messages publishes a node and opens it by its path.
+/// The parent of the nodes made for messages, each a list with one row, the text. Such a node stays
+/// when its notification is closed, until a notification whose id is the node's name is closed. To
+/// send many messages, publish a node of your own and open it by its path.
 TAVO_API_EXPORT CMPath TavoNotificationDisplaySimpleMessageNodePath();
 
 /// A request to play a sound.
@@ -46,7 +46,7 @@ class TavoNotificationPlayerItem : public TavoHash
 {
     TAVO_RECORD(TavoNotificationPlayerItem)
 
-    /// The requester's name for it; must not be empty, nor equal that of another queued sound.
+    /// Chosen by the requester. Must not be empty or the id of another queued sound.
     TAVO_FIELD(QString, id, setId)
     /// What to play, as the type says.
     TAVO_FIELD(QString, content, setContent)
@@ -56,8 +56,8 @@ class TavoNotificationPlayerItem : public TavoHash
     TAVO_FIELD(TavoNotificationItemPriority::Enum, priority, setPriority)
     /// Repeats the sound until it is cancelled.
     TAVO_FIELD(bool, loop, setLoop)
-    /// Where start and end are reported, each a TavoValue with notificationPlayerResponse(); may be
-    /// empty.
+    /// The node to which the start and the end are reported, each as a TavoValue with
+    /// notificationPlayerResponse(); may be empty.
     TAVO_FIELD(CMPath, playbackResponsePath, setPlaybackResponsePath)
 };
 
@@ -77,7 +77,7 @@ class TavoNotificationDisplayItem : public TavoHash
 
     TAVO_FIELD(QString, id, setId)
     TAVO_FIELD(TrString, title, setTitle)
-    /// The text. With one, the module makes the node; without, path must name a node.
+    /// The text. If there is one, the module makes the node; if not, path must name a node.
     TAVO_FIELD(TrString, message, setMessage)
     /// Milliseconds on display; 0 or less: until closed.
     TAVO_FIELD(int, timeout, setTimeout)

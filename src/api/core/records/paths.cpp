@@ -5,7 +5,7 @@
 #include "core/records/player.h"
 #include "core/records/powermanager.h"
 
-// Every path is made once: a request to it then costs a reference count, not a text.
+// Every path is made once, so that a call only counts a reference.
 #define TAVO_PATH(function, text)                                                                  \
     CMPath function()                                                                              \
     {                                                                                              \

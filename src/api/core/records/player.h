@@ -16,7 +16,7 @@ TAVO_API_EXPORT CMPath TavoPlayerAlsaDeviceMainPath();
 
 /// Request: plays a sound file as the main audio, in a loop. Value: a TavoValue with string_(), the
 /// file's path or URI, or the bare text; without one the last source is played, and goes on if it
-/// is playing. Answer: empty, or an error when it can't be played.
+/// is playing already. Answer: empty, or an error if the file cannot be played.
 TAVO_API_EXPORT CMPath TavoPlayerMainAudioPlayPath();
 
 /// Request: ends the main audio. The value is not read. Answer: empty.
@@ -32,7 +32,7 @@ TAVO_API_EXPORT CMPath TavoPlayerMainAudioStatePath();
 /// Request: ducks the main audio, or restores it. Value: a TavoPlayerAudioDuckingRequest.
 TAVO_API_EXPORT CMPath TavoPlayerMainAudioDuckingPath();
 
-/// Ducks the main audio for a requester; it stays ducked while any requester wants it so.
+/// Ducks the main audio for a requester. It stays ducked until every requester has restored it.
 class TavoPlayerAudioDuckingRequest : public TavoHash
 {
     TAVO_RECORD(TavoPlayerAudioDuckingRequest)
@@ -51,19 +51,19 @@ class TavoPlayerAudioDevice : public TavoHash
     TAVO_FIELD(QString, device, setDevice)
 };
 
-/// What the main audio does.
+/// The state of the main audio.
 class TavoPlayerMainAudioState : public TavoHash
 {
     TAVO_RECORD(TavoPlayerMainAudioState)
 
     TAVO_FIELD(bool, playing, setPlaying)
-    /// The path or URI of what plays, or was played last.
+    /// The path or URI of the file that plays, or was played last.
     TAVO_FIELD(QString, source, setSource)
     /// The user's volume, from 0.0 to 1.0.
     TAVO_FIELD(double, volume, setVolume)
     TAVO_FIELD(bool, ducked, setDucked)
-    /// Who wants it ducked, in the order of their requests.
+    /// The requesters for which it is ducked, in the order of their requests.
     TAVO_FIELD(TavoList<QString>, requesters, setRequesters)
-    /// Why the source doesn't play, a sentence for people; empty when nothing failed.
+    /// Why the source does not play, a sentence for people; empty if nothing failed.
     TAVO_FIELD(QString, error, setError)
 };

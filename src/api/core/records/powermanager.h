@@ -9,37 +9,36 @@
 #include "core/records/tavohash.h"
 #include "core/records/tavolist.h"
 
-/// Request: makes a module known to the power manager. Value: a TavoPowerManagerModuleRegister.
+/// Request: registers a module with the power manager. Value: a TavoPowerManagerModuleRegister.
 TAVO_API_EXPORT CMPath TavoPowerManagerModuleRegisterPath();
 
 /// Request: acquires or releases a resource. Value: a TavoPowerManagerResourceRequest. Answer:
-/// empty when granted, an error when refused.
+/// empty if granted, an error if refused.
 TAVO_API_EXPORT CMPath TavoPowerManagerResourceRequestPath();
 
-/// Request: revokes what everybody holds and refuses new grants from now on. The value is not read.
-/// Answer: empty, once every holder has stopped or the time for it is over; an error when a resume
-/// came before that.
+/// Request: revokes all grants and refuses new ones. The value is not read. Answer: empty, once
+/// every holder has stopped or has run into the timeout; an error if a resume comes before.
 TAVO_API_EXPORT CMPath TavoPowerManagerStandbyPath();
 
-/// Request: ends standby, also one that is still under way. The value is not read. Answer: empty.
+/// Request: ends standby, even if holders are still stopping. The value is not read. Answer: empty.
 TAVO_API_EXPORT CMPath TavoPowerManagerResumePath();
 
 /// Value: a TavoValue with powerManagerState().
 TAVO_API_EXPORT CMPath TavoPowerManagerStatePath();
 
-/// Tells the power manager where a module takes its messages.
+/// The paths at which a module takes the messages of the power manager.
 class TavoPowerManagerModuleRegister : public TavoHash
 {
     TAVO_RECORD(TavoPowerManagerModuleRegister)
 
     TAVO_FIELD(QString, moduleName, setModuleName)
-    /// Takes the message that resources are revoked; answered once the module has taken it up.
+    /// Takes the message that resources are revoked. The module answers once it has stopped.
     TAVO_FIELD(CMPath, revokeResourcesPath, setRevokeResourcesPath)
-    /// Takes the notice after everybody has answered.
+    /// Takes the notice that all modules have answered.
     TAVO_FIELD(CMPath, postRevokeResourcesPath, setPostRevokeResourcesPath)
 };
 
-/// Asks for a resource, or gives it back.
+/// Acquires or releases a resource.
 class TavoPowerManagerResourceRequest : public TavoHash
 {
     TAVO_RECORD(TavoPowerManagerResourceRequest)
@@ -58,7 +57,7 @@ class TavoPowerManagerRevokeMessage : public TavoHash
     TAVO_FIELD(TavoList<TavoPowerManagerResources::Enum>, revokeResources, setRevokeResources)
 };
 
-/// Who holds a resource.
+/// The holders of a resource.
 class TavoPowerManagerResourceHolders : public TavoHash
 {
     TAVO_RECORD(TavoPowerManagerResourceHolders)
@@ -68,15 +67,15 @@ class TavoPowerManagerResourceHolders : public TavoHash
     TAVO_FIELD(TavoList<QString>, holders, setHolders)
 };
 
-/// What the power manager knows and has granted.
+/// The state of the power manager.
 class TavoPowerManagerState : public TavoHash
 {
     TAVO_RECORD(TavoPowerManagerState)
 
-    /// True from the request on, while holders are still stopping.
+    /// True from the standby request on, even while holders are still stopping.
     TAVO_FIELD(bool, standby, setStandby)
     /// The registered modules' names, sorted.
     TAVO_FIELD(TavoList<QString>, modules, setModules)
-    /// The resources that somebody holds, in the order of their numbers.
+    /// The resources that have holders, in the order of their numbers.
     TAVO_FIELD(TavoList<TavoPowerManagerResourceHolders>, resources, setResources)
 };

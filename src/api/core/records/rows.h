@@ -14,12 +14,12 @@ class TavoRoles : public TavoHash
 
     TAVO_FIELD(TavoRolesType::Enum, type, setType)
     TAVO_FIELD(TrString, title, setTitle)
-    /// The node that the row leads to, or at which it is activated.
+    /// The node that the row leads to or activates.
     TAVO_FIELD(CMPath, path, setPath)
 
-    // What the text of a notification from another program carries besides.
-    TAVO_FIELD(QString, application, setApplication)   ///< who says it, for people
-    TAVO_FIELD(QString, desktopEntry, setDesktopEntry) ///< the same by its .desktop file's name
+    // Only in rows of notifications from other programs.
+    TAVO_FIELD(QString, application, setApplication)   ///< the program's name, for people
+    TAVO_FIELD(QString, desktopEntry, setDesktopEntry) ///< the name of its .desktop file
     TAVO_FIELD(QString, icon, setIcon)                 ///< a name in an icon theme, or a URI
     TAVO_FIELD(QString, category, setCategory)         ///< such as "im.received"
     TAVO_FIELD_KEY(bool, isTransient, setTransient, "transient") ///< not worth keeping

@@ -12,10 +12,9 @@
 
 /// The base of every record: a typed view over a hash of fields.
 ///
-/// A value; copies share the hash. A field that is missing, or holds what doesn't suit its type,
-/// reads as the type's default; fields that a record doesn't know are kept as they are. Everything
-/// that the setters write is plain data (numbers, texts, lists, hashes), so that a record can leave
-/// the process and come back equal.
+/// A value; copies share the hash. A field that is missing, or has an unsuitable value, reads as
+/// the type's default. Fields that a record does not know are kept. The setters write only numbers,
+/// texts, lists and hashes, so a record can leave the process and come back equal.
 class TAVO_API_EXPORT TavoHash
 {
 public:
@@ -25,10 +24,10 @@ public:
     {
     }
 
-    /// True when the record carries no field at all.
+    /// Returns whether the record has no fields.
     bool isEmpty() const { return m_fields.isEmpty(); }
 
-    /// The whole record in the form in which requests and nodes carry it.
+    /// The record as requests and nodes carry it.
     QVariant __variant() const { return m_fields; } // NOLINT(bugprone-reserved-identifier)
 
     const QVariantHash &fields() const { return m_fields; }
@@ -74,8 +73,8 @@ private:                                                                        
                                                                                                    \
 public:
 
-/// A field of a record: its getter, its setter (which returns the record, so that calls chain) and
-/// its key.
+/// A field of a record: its getter, its setter, which returns the record so that calls can be
+/// chained, and its key.
 #define TAVO_FIELD_KEY(Type, getter, setter, key)                                                  \
     Type getter() const                                                                            \
     {                                                                                              \
@@ -87,5 +86,5 @@ public:
         return *this;                                                                              \
     }
 
-/// The same for a field whose key is the getter's name, as nearly all are.
+/// The same with the getter's name as the key.
 #define TAVO_FIELD(Type, getter, setter) TAVO_FIELD_KEY(Type, getter, setter, #getter)

@@ -25,6 +25,6 @@ QString CMActivateNode::kind() const
 
 void CMActivateNode::setData(const CMSetDataRequest &request)
 {
-    // With nobody bound the request is dropped here, and a dropped request answers itself.
+    // If nothing is bound the request is dropped, and a dropped request answers itself.
     Q_EMIT privateInvoke(request);
 }

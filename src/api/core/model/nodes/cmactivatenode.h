@@ -10,21 +10,21 @@
 
 #include <functional>
 
-/// A node that is activated with a value: each set-data request on it becomes one call of the slot
-/// that it is bound to, which answers. It is published when it is bound, so that no request comes
-/// before there is somebody to take it. Thread and owner: as CMNode.
+/// A node that takes set-data requests: each becomes one call of the slot that the node is bound
+/// to, which answers it. The node is published when it is bound, so no request comes before a slot
+/// can take it. Thread and owner are those of a CMNode.
 class TAVO_API_EXPORT CMActivateNode : public QObject, public CMUINode
 {
     Q_OBJECT
 
 public:
-    /// Makes the connection between a node's signal and whoever takes its requests.
+    /// Connects a node's signal to a slot that takes its requests.
     using Connector = std::function<void(CMActivateNode *)>;
 
     static CMActivateNode *create(CMNodes *nodes, const CMPath &path);
 
-    /// Binds the node to a slot of the receiver, in place of the one before. A request that comes
-    /// when the receiver has gone is answered with an error.
+    /// Binds the node to a slot of the receiver in place of any other. Once the receiver is
+    /// destroyed, requests are answered with an error.
     template <typename Receiver>
     void setInvoke(Receiver *receiver, void (Receiver::*slot)(const CMSetDataRequest &),
                    Qt::ConnectionType type)
@@ -41,7 +41,7 @@ public:
     void setData(const CMSetDataRequest &request) override;
 
 Q_SIGNALS:
-    /// Carries each request to the bound slot. For setInvoke() alone.
+    /// Carries each request to the bound slot. Only for setInvoke().
     void privateInvoke(const CMSetDataRequest &request);
 
 private:

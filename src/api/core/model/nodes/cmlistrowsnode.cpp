@@ -84,7 +84,7 @@ void CMListRowsNode::insert(int index, const Row &row)
         const std::lock_guard lock(guard());
         Q_ASSERT_X(index >= 0 && index <= m_rows.size(), "CMListRowsNode", "index out of range");
         if (m_rows.isEmpty()) {
-            // Most have one row and stay so; an insertion would make room for seven more.
+            // Most lists have one row; an insertion would make room for eight.
             m_rows.reserve(1);
             m_rows.append(row);
         } else {

@@ -76,7 +76,8 @@ void CMNode::matchRow(const CMMatchRowRequest &request)
 
 std::mutex &CMNode::guard() const
 {
-    // A mutex of its own would be the largest part of a small node.
+    // With a mutex in each node, that of a closed message takes 432 bytes, where the goal is 410
+    // (benchmark tavo_memory_use).
     static std::array<std::mutex, 64> guards;
     return guards[(reinterpret_cast<quintptr>(this) >> 5) % guards.size()];
 }

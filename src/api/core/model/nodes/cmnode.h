@@ -10,10 +10,10 @@
 
 /// A node of the model.
 ///
-/// Each kind has a create() that makes a node in a worker's node set, which owns it. The worker uses
-/// the node in its own thread; requests reach it in the threads that make them. The node is published
-/// until it is disposed of. If its path is empty, or is taken by another node, it exists but is never
-/// published.
+/// Each kind has a create() that makes a node in a worker's node set, which owns it. The worker
+/// uses the node in its own thread; requests reach it in the threads that make them. The node is
+/// published until it is disposed of. If its path is empty, or is taken by another node, it exists
+/// but is never published.
 class TAVO_API_EXPORT CMNode : public CMEndpoint
 {
 public:
@@ -33,7 +33,7 @@ protected:
     /// Publishes the finished node; called last by create().
     void publish();
 
-    /// Protects what requests read from other threads. Many nodes share a mutex, so a caller must not
-    /// hold it while it calls another node.
+    /// Protects what requests read from other threads. Many nodes share a mutex, so a caller must
+    /// not hold it while it calls another node.
     std::mutex &guard() const;
 };

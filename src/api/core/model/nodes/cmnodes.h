@@ -24,7 +24,8 @@ public:
 
     int size() const { return m_size; }
 
-    /// Calls the function with each node, newest first. The function must not make or dispose of any.
+    /// Calls the function with each node, newest first. The function must not make or dispose of
+    /// any.
     void forEach(const std::function<void(const CMEndpoint *)> &function) const;
 
 private:

@@ -11,8 +11,8 @@
 
 /// The base of a module's worker: a name, a configuration and a set of nodes.
 ///
-/// Thread: the one that made it. Owner: the host. Its nodes leave the model before its QObject
-/// children are deleted, so no request reaches a child that is going.
+/// Lives in the thread that made it. Owned by the host. Its nodes are disposed of before its
+/// QObject children are deleted, so no request reaches a child that is being deleted.
 class TAVO_API_EXPORT CMNodesWorker : public CMAbstractWorker
 {
     Q_OBJECT

@@ -38,7 +38,7 @@ void CMValueNode::setValue(const TavoValue &value)
             return;
         }
         m_value = value;
-        // Posted under the guard: of two writers the later one's report is the later one, too.
+        // Under the mutex, so that the reports of two writers have the order of their values.
         CMSubscriptions::reportValue(path(), value.__variant());
     });
 }

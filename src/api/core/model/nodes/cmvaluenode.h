@@ -8,16 +8,17 @@
 
 class QMutex;
 
-/// A node that holds a value. Thread and owner: as CMNode.
+/// A node that holds a value. Thread and owner are those of a CMNode.
 class TAVO_API_EXPORT CMValueNode : public CMUINode
 {
 public:
-    /// The lock guards the value for an owner that has one for all of its state; null leaves it to
-    /// the node's own guard. It must not be held by who calls the node, and must outlive the node
-    /// and the requests that are just being handed to it.
+    /// The mutex protects the value, for an owner that has one mutex for all of its state; if it is
+    /// null, the node uses its own. The caller must not hold it while it calls the node, and it
+    /// must outlive the node and the requests that are being handed to it.
     static CMValueNode *create(CMNodes *nodes, const CMPath &path, QMutex *lock = nullptr);
 
-    /// Replaces the value; subscribers are told, from the event loop, when it differs.
+    /// Replaces the value. If it differs, the change is reported to the subscribers from their
+    /// event loops.
     void setValue(const TavoValue &value);
 
     TavoValue value() const;
@@ -28,7 +29,7 @@ public:
 private:
     CMValueNode(CMNodes *nodes, const CMPath &path, QMutex *lock);
 
-    /// Runs a function under the guard.
+    /// Calls the function under the mutex.
     template <typename Function>
     auto guarded(Function function) const;
 
