@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The floor of a notification server: sd-bus in a Qt event loop, whose Notify answers with the next
-// number, and whose CloseNotification with nothing. It keeps nothing and tells nobody.
+// The least that a notification server costs: sd-bus in a Qt event loop. Notify replies with the next
+// number, CloseNotification with nothing. Nothing is kept and no signal is sent.
 
 #include <QCoreApplication>
 #include <QSocketNotifier>

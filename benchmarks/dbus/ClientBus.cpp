@@ -11,7 +11,7 @@ namespace {
 constexpr const char *name = "org.freedesktop.Notifications";
 constexpr const char *path = "/org/freedesktop/Notifications";
 
-/// Calls under way at a time: enough that nobody on the way ever waits for the client.
+/// Calls under way at a time: enough that neither bus nor server ever waits for the client.
 constexpr std::size_t window = 256;
 constexpr std::uint64_t timeoutUs = 60'000'000;
 

@@ -14,7 +14,7 @@
 /// Ends the process with the reason when an sd-bus function failed.
 int checked(int result);
 
-/// A client's connection to the bus of the environment, and the calls whose times are taken.
+/// A client's connection to the bus of the environment, and the calls that are measured.
 class ClientBus
 {
 public:
@@ -27,19 +27,19 @@ public:
 
     sd_bus *bus() const { return m_bus; }
 
-    /// Opens a notification that stays, and gives its id back.
+    /// Opens a notification that stays, and returns its id.
     std::uint32_t notify(const std::string &body);
 
-    /// Opens so many without waiting for each answer, fewer when that takes longer than the time, and
+    /// Opens so many notifications without waiting for each reply, fewer when the time is over, and
     /// appends their ids.
     void notifyMany(std::size_t count, Milliseconds most, std::vector<std::uint32_t> &ids);
 
     void close(std::uint32_t id);
 
-    /// Closes all of them without waiting for each answer.
+    /// Closes notifications without waiting for each reply.
     void closeMany(const std::vector<std::uint32_t> &ids);
 
-    /// Asks the server for its least: that it is there.
+    /// Waits for the server's reply to Ping.
     void ping();
 
 private:

@@ -1,16 +1,16 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// A client of a notification server that is told, line by line, what to do, and answers each line with
-// how long that took.
+// A client of a notification server. It reads a command from each line of its input and writes how long
+// that took.
 //
 //   open COUNT MS      opens notifications, many calls under way; ends early after so many ms
 //   roundtrip COUNT    opens as many, one call after the other
 //   closeOne COUNT     closes as many at random, one call after the other
 //   closeAll           closes all that are open, in the order in which they were opened
 //   bodies COUNT BYTES opens and closes notifications with bodies of that size, one by one
-//   ping               asks for nothing, again and again, until there is another line (an empty one will do)
-//   await              tells when the name has an owner
+//   ping               calls Ping again and again until there is another line, which may be empty
+//   await              writes when the server's name gets an owner
 
 #include "ClientBus.h"
 

@@ -14,7 +14,7 @@
 namespace {
 constexpr int defaultTimeoutMs = 25000;
 
-/// For requests to the bus itself, which has to wait for nobody.
+/// For requests to the bus itself, which replies at once.
 constexpr int busTimeoutMs = 5000;
 
 constexpr const char *hostName = "org.tavo.Model1";
