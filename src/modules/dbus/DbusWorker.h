@@ -16,7 +16,7 @@
 /// Serves the model on a message bus, for programs outside of the host.
 ///
 /// Owned by the host, used in the thread that made it. The worker runs without a bus, too, and serves
-/// its interfaces as soon as the bus is there (again).
+/// its interfaces whenever the bus is there.
 class DbusWorker : public CMNodesWorker
 {
     Q_OBJECT

@@ -10,7 +10,7 @@
 #include <tuple>
 #include <vector>
 
-/// A program on the bus that uses org.tavo.Model1, and takes down the signals that it gets.
+/// A program on the bus that uses org.tavo.Model1 and records the signals that it gets.
 class ModelClient : public BusClient
 {
 public:
@@ -22,7 +22,7 @@ public:
                [this](const BusMessage &signal) { received.push_back(lineOf(signal)); });
     }
 
-    /// Any call whose arguments are texts.
+    /// A call whose arguments are strings.
     BusCall ask(const std::string &method, const std::vector<QString> &texts = {})
     {
         return call(method, [&](BusWriter &writer) {
@@ -56,7 +56,7 @@ public:
         return ask("Unsubscribe", {path, change});
     }
 
-    /// Each signal so far in a line: its name and what it carries.
+    /// The signals so far, one line each: name and arguments.
     std::vector<std::string> received;
 
     bool waitForSignals(std::size_t count) const
@@ -68,7 +68,7 @@ private:
     static std::string lineOf(const BusMessage &signal);
 };
 
-/// The module on its bus, with nodes in the model and a client who asks for them.
+/// The module on its bus, with a client that uses nodes of the model.
 class ModelTest : public DbusTest
 {
 protected:
@@ -95,7 +95,7 @@ protected:
         return node;
     }
 
-    /// A node whose requests the function is given.
+    /// A node that passes its requests to the function.
     CMActivateNode *publishRequest(const QString &path,
                                    std::function<void(const CMSetDataRequest &)> take)
     {

@@ -24,8 +24,7 @@ class Quotas
 public:
     enum Kind { Subscriptions, Inboxes, Sounds, OpenNotifications, RequestBytes };
 
-    /// Something that a client holds: counts until it is destroyed, which must be before the quotas
-    /// are.
+    /// Something that a client holds. Counts until it is destroyed; must not outlive the quotas.
     class Charge
     {
     public:
@@ -52,7 +51,8 @@ public:
     /// short a time.
     void countRequest(const std::string &client);
 
-    /// Throws BusError::limitExceeded() where there is no room.
+    /// Counts something that the client is to hold. Throws BusError::limitExceeded() when a limit is
+    /// reached.
     Charge charge(const std::string &client, Kind kind, std::size_t amount = 1);
 
     bool knows(const std::string &client) const { return m_accounts.count(client) > 0; }

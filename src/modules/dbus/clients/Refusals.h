@@ -8,8 +8,8 @@
 #include <cstddef>
 #include <string>
 
-/// Why calls of clients are refused: the errors to throw, with the texts that people read. What only
-/// makes a message malformed is refused by BusReader, what a node refuses has the node's own text.
+/// The errors that refuse calls of clients, with the texts that people read. Besides these, BusReader
+/// refuses malformed messages, and the errors of nodes are passed on as they are.
 namespace Refusals {
 // Limits, see Quotas and UnreadBytes.
 BusError tooManyRequests(int maxPerSecond);

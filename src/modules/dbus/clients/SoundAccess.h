@@ -13,8 +13,7 @@
 class SoundAccess
 {
 public:
-    /// Files in and below the folders, which are absolute paths, are allowed. What counts is where links
-    /// lead.
+    /// Allows files in the folders, which are absolute paths, at any depth. Links are followed first.
     SoundAccess(QStringList schemes, const QStringList &folders);
 
     /// What may be on disk: only a file, or a pipe as well.

@@ -21,7 +21,7 @@ constexpr std::size_t askPart = 2;
 constexpr std::size_t askAgainPart = 8;
 constexpr std::size_t negligiblePart = 256;
 
-/// This part of the limit of all is kept beyond it for those who read.
+/// Beyond the limit of all clients, this part of it is reserved for those that read.
 constexpr std::size_t reservedPart = 4;
 } // namespace
 
@@ -151,7 +151,7 @@ void UnreadBytes::decideLater(const std::string &client, std::size_t bytes, Deci
 {
     auto &entry = *m_clients.try_emplace(client).first;
     Client &known = entry.second;
-    // Only for the first one, so that a client that goes on calling postpones nothing.
+    // Only for the first one, so that a client can't postpone the decision with more calls.
     known.asksAgain = known.asksAgain || (known.isAsked && known.undecided.empty());
     known.undecided.push_back({bytes, std::move(decide)});
     if (m_total + bytes + known.total() + bytes > m_maxTotal) {

@@ -91,8 +91,8 @@ private:
         std::size_t before = 0; ///< sent before the last question, and not known to be read
         std::size_t since = 0;  ///< sent since the last question
         std::size_t known = 0;  ///< unread by the last answer
-        /// Bytes of signals, and of small replies to calls, since the client was last known to read. Of
-        /// either, as much as its limit is sent before the bus has told.
+        /// Bytes of signals, and of small replies to calls, since the client was last known to read.
+        /// Each may reach the client's limit before the bus has told.
         std::size_t signals = 0;
         std::size_t calls = 0;
         bool isAsked = false;   ///< a question is under way

@@ -8,7 +8,7 @@
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 
-/// Of different ones in the log, so that nobody can fill it.
+/// The log shows this many different refusals, so that nobody can fill it.
 constexpr int maxLoggedRefusals = 100;
 } // namespace
 

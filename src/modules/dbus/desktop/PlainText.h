@@ -5,7 +5,7 @@
 
 #include <QString>
 
-/// The text that a person reads where a text may have the markup of desktop notifications.
+/// Removes the markup of desktop notifications from a text.
 ///
 /// Known tags are removed; <br> and <p> leave line breaks, an <img> its alternative text. What is not
 /// such a tag ("a < b", "<user@example.org>") is text and stays. Known entities become their

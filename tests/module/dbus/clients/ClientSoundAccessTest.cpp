@@ -14,7 +14,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Type = TavoNotificationPlayerItemType;
 
-/// A folder that is allowed beside one that isn't, both with a file, known before the module is.
+/// An allowed folder and another one, both with a file, made before the module is loaded.
 class SoundPlaces
 {
 public:
@@ -69,21 +69,21 @@ protected:
     std::vector<QString> played;
 };
 
-TEST_F(DbusClientSoundAccessTest, LetsFilesInAllowedFoldersBePlayed)
+TEST_F(DbusClientSoundAccessTest, AllowsFilesInAllowedFolders)
 {
     EXPECT_EQ(errorFor(Type::Uri, path("allowed/../allowed/sound.wav"_s)), "");
     EXPECT_EQ(errorFor(Type::Uri, "file://"_s + path("allowed/sound.wav"_s)), "");
     EXPECT_THAT(played, ElementsAre(path("allowed/sound.wav"_s), path("allowed/sound.wav"_s)));
 }
 
-TEST_F(DbusClientSoundAccessTest, LetsPipesBePlayedAsStreamsAlone)
+TEST_F(DbusClientSoundAccessTest, AllowsPipesOnlyAsStreams)
 {
     EXPECT_EQ(errorFor(Type::Uri, path("allowed/pipe"_s)), denied);
     EXPECT_EQ(errorFor(Type::Stream, path("allowed/pipe"_s)), "");
     EXPECT_THAT(played, ElementsAre(path("allowed/pipe"_s)));
 }
 
-TEST_F(DbusClientSoundAccessTest, RefusesEverythingElseThatNamesAPlace)
+TEST_F(DbusClientSoundAccessTest, RefusesAllOtherLocations)
 {
     for (const Type::Enum type : {Type::Uri, Type::Stream}) {
         EXPECT_EQ(errorFor(type, path("secret/sound.wav"_s)), denied);
@@ -93,14 +93,14 @@ TEST_F(DbusClientSoundAccessTest, RefusesEverythingElseThatNamesAPlace)
     EXPECT_THAT(played, IsEmpty());
 }
 
-TEST_F(DbusClientSoundAccessTest, LeavesSoundsThatNameNoPlaceAlone)
+TEST_F(DbusClientSoundAccessTest, AllowsSoundsWithoutALocation)
 {
     EXPECT_EQ(errorFor(Type::Data, "U291bmQ="_s), "");
     EXPECT_EQ(errorFor(Type::Fake, {}), "");
     EXPECT_THAT(played, ElementsAre("U291bmQ="_s, QString()));
 }
 
-TEST_F(DbusClientSoundAccessTest, HoldsForMusicToo)
+TEST_F(DbusClientSoundAccessTest, AppliesToMusicToo)
 {
     std::vector<QVariant> music;
     publishRequest(TavoPlayerMainAudioPlayPath().toString(),
@@ -130,7 +130,7 @@ protected:
     }
 };
 
-TEST_F(DbusClientSoundSchemeTest, IsTheSameInAnyCase)
+TEST_F(DbusClientSoundSchemeTest, IsNotCaseSensitive)
 {
     EXPECT_EQ(errorFor(Type::Uri, "file://"_s + path("allowed/sound.wav"_s)), "");
     EXPECT_EQ(errorFor(Type::Uri, "FILE://"_s + path("allowed/sound.wav"_s)), "");

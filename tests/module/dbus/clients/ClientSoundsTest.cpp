@@ -9,7 +9,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// A client's sounds, before a player that does as it is told.
+/// A client's sounds, in front of a player that the test plays.
 class DbusClientSoundsTest : public ModelTest
 {
 protected:
@@ -50,7 +50,7 @@ protected:
         return TavoNotificationPlayerItem(TavoHash()).setId(id);
     }
 
-    /// The player reports about a sound.
+    /// Has the player report about a sound.
     void respond(const QString &id, TavoNotificationPlayerResponseType::Enum type)
     {
         CMRoot()->invoke(m_playing.at(id).playbackResponsePath(),
@@ -59,7 +59,7 @@ protected:
                          {});
     }
 
-    /// How many sounds are still watched.
+    /// The number of sounds that are still watched.
     static int watched() { return int(CMCatalog::children(CMPath("/dbus/sounds"_s)).size()); }
 
     CMActivateNode *player = nullptr;
@@ -83,7 +83,7 @@ TEST_F(DbusClientSoundsTest, ReachThePlayerAndTheirResponsesTheClient)
     EXPECT_EQ(watched(), 0);
 }
 
-TEST_F(DbusClientSoundsTest, NeedNoPlaceForResponses)
+TEST_F(DbusClientSoundsTest, NeedNoResponsePath)
 {
     ASSERT_TRUE(enqueue(sound("a"_s)).succeeds());
     EXPECT_EQ(watched(), 1);
@@ -117,7 +117,7 @@ TEST_F(DbusClientSoundsTest, ThatHaveEndedAreNotCancelledWhenTheirClientLeaves)
     EXPECT_THAT(cancelled, IsEmpty());
 }
 
-TEST_F(DbusClientSoundsTest, AreReportedOfByThePlayerAlone)
+TEST_F(DbusClientSoundsTest, AreReportedOnlyByThePlayer)
 {
     ASSERT_TRUE(enqueue(sound("loop"_s).setLoop(true)).succeeds());
     const CMPath watch = CMCatalog::children(CMPath("/dbus/sounds"_s)).at(0).path;
@@ -147,7 +147,7 @@ TEST_F(DbusClientSoundsTest, AreLimitedUntilSomeEnd)
     EXPECT_TRUE(enqueue(sound("c"_s)).succeeds());
 }
 
-TEST_F(DbusClientSoundsTest, AreLimitedForAllClientsThatThereWere)
+TEST_F(DbusClientSoundsTest, AreLimitedTogetherWithThoseOfClientsThatHaveLeft)
 {
     ASSERT_TRUE(enqueue(sound("a"_s)).succeeds());
     ASSERT_TRUE(enqueue(sound("b"_s)).succeeds());

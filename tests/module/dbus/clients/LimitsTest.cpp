@@ -19,7 +19,7 @@ protected:
     {
     }
 
-    /// How many of so many calls at once are refused.
+    /// The number of refusals among so many calls at once.
     static int refusalsOf(ModelClient &client, int calls)
     {
         std::vector<BusCall> sent;
@@ -63,9 +63,9 @@ TEST_F(DbusLimitsTest, HoldForInboxesUntilSomeEnd)
     EXPECT_TRUE(client->ask("OpenInbox").succeeds());
 }
 
-TEST_F(DbusLimitsTest, HoldForRequestsThatComeAtOnceAndForEachClientByItself)
+TEST_F(DbusLimitsTest, HoldForRequestsAtOnceOfEachClientSeparately)
 {
-    // Twice as many as a second's are taken at once, and some more while they are being sent.
+    // The requests of two seconds are accepted at once, and some more while they are being sent.
     EXPECT_GT(refusalsOf(*client, 1000), 0);
     ModelClient other(bus().address());
     EXPECT_EQ(refusalsOf(other, 200), 0);
@@ -88,7 +88,7 @@ protected:
     }
 };
 
-TEST_F(DbusNoLimitTest, OfZeroRequestsASecondIsNone)
+TEST_F(DbusNoLimitTest, OfZeroRequestsPerSecondIsNoLimit)
 {
     publishValue("/test/value"_s, 1);
     std::vector<BusCall> calls;
@@ -128,7 +128,7 @@ private:
     std::vector<CMReply<QVariant>> m_waiting;
 };
 
-TEST_F(DbusRequestBytesTest, AreLimitedUntilTheRequestsAreAnsweredAndForOthersThereIsRoom)
+TEST_F(DbusRequestBytesTest, AreLimitedUntilTheRepliesAndLeaveRoomForOthers)
 {
     const BusCall first = send(*client, 1);
     EXPECT_FALSE(first.isAnswered());
@@ -145,7 +145,7 @@ TEST_F(DbusRequestBytesTest, AreLimitedUntilTheRequestsAreAnsweredAndForOthersTh
     EXPECT_FALSE(send(*client, 1).isAnswered());
 }
 
-TEST_F(DbusRequestBytesTest, OfAClientThatLeavesCountNoMore)
+TEST_F(DbusRequestBytesTest, OfAClientThatHasLeftDoNotCount)
 {
     ModelClient leaving(bus().address());
     EXPECT_FALSE(send(leaving, 1).isAnswered());

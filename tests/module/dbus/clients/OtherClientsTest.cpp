@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The interface in the hands of programs that are not ours.
+// The interface as used by programs that are not ours.
 
 #include "module/dbus/ModelTest.h"
 #include "support/bus/ClientProgram.h"
@@ -28,16 +28,16 @@ protected:
                                  arguments);
     }
 
-    /// What a script for Python's dbus module writes, to which the interface is "model".
+    /// The output of a script for Python's dbus module, in which "model" is the interface.
     std::string python(const QString &script)
     {
         const QString prelude = "import dbus\nmodel = dbus.Interface(dbus.SessionBus().get_object("
                                 "'org.tavo.Model1', '/org/tavo/Model1'), 'org.tavo.Model1')\n"_s;
-        // The system's own, which has the system's modules.
+        // The system's Python, which has the dbus module.
         return run("/usr/bin/python3", {"-c", prelude + script});
     }
 
-    /// What a program writes: its output, or what it complains about.
+    /// The output of a program, or its error output.
     std::string run(const QString &program, const QStringList &arguments)
     {
         ClientProgram client(bus(), program, arguments);
@@ -59,7 +59,7 @@ TEST_F(DbusOtherClientsTest, ReadValuesRowsAndNodes)
                                               "\"/test/value\" \"value\" \"\"");
 }
 
-TEST_F(DbusOtherClientsTest, SendRequestsAndGetTheirAnswers)
+TEST_F(DbusOtherClientsTest, SendRequestsAndGetTheirReplies)
 {
     publishEcho("/test/echo"_s);
     EXPECT_EQ(gdbus("Call", {"/test/echo", "<{'a': <(1, @t 18446744073709551615)>}>"}),
@@ -114,7 +114,7 @@ TEST_F(DbusOtherClientsTest, CloseNodes)
     EXPECT_EQ(busctl("Close", {"s", "/test/rows"}), "b false");
 }
 
-TEST_F(DbusOtherClientsTest, GetInboxesThatGoWithThem)
+TEST_F(DbusOtherClientsTest, GetInboxesThatDisappearWithThem)
 {
     EXPECT_THAT(gdbus("OpenInbox", {}), HasSubstr("'/dbus/inbox/"));
     EXPECT_TRUE(waitFor([] { return CMCatalog::tree(CMPath("/dbus"_s)).empty(); }));

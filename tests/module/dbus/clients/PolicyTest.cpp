@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The policy that is installed for the system bus, on a bus that lets nobody do anything by itself.
+// The policy that is installed for the system bus, on a bus that otherwise allows nothing.
 
 #include "module/dbus/ModelTest.h"
 #include "support/bus/ClientProgram.h"
@@ -33,14 +33,14 @@ protected:
         if (::geteuid() != 0) {
             GTEST_SKIP() << "it takes root to be somebody else";
         }
-        // Others must reach the socket.
+        // Other users must reach the socket.
         ::chmod(QFile::encodeName(m_bus.folder()).constData(), 0755);
         m_module = std::make_unique<LoadedModule>(MODULE_FILE, "dbus",
                                                   QVariantHash{{"bus", m_bus.address()}});
         CMValueNode::create(&m_nodes, CMPath("/test/value"_s));
     }
 
-    /// What busctl writes when that user calls a method.
+    /// The output of busctl when the user calls a method.
     std::string call(const char *user, const QStringList &arguments,
                      const QStringList &target = {"org.tavo.Model1", "/org/tavo/Model1",
                                                   "org.tavo.Model1"})
@@ -66,14 +66,14 @@ private:
     CMNodes m_nodes;
 };
 
-TEST_F(DbusPolicyTest, LetsEverybodySeeThatItIsThere)
+TEST_F(DbusPolicyTest, LetsEveryoneSeeThatItIsThere)
 {
     EXPECT_THAT(call("nobody", {"Get", "ss", "org.tavo.Model1", "Version"},
                      {"org.tavo.Model1", "/org/tavo/Model1", "org.freedesktop.DBus.Properties"}),
                 StartsWith("v s \""));
 }
 
-TEST_F(DbusPolicyTest, LetsNotEverybodyLookOrSendRequests)
+TEST_F(DbusPolicyTest, DoesNotLetEveryoneReadOrSendRequests)
 {
     for (const QStringList &arguments :
          {QStringList{"GetValue", "s", "/test/value"},
@@ -85,7 +85,7 @@ TEST_F(DbusPolicyTest, LetsNotEverybodyLookOrSendRequests)
     }
 }
 
-TEST_F(DbusPolicyTest, LetsRootLook)
+TEST_F(DbusPolicyTest, LetsRootRead)
 {
     EXPECT_EQ(call("root", {"GetValue", "s", "/test/value"}), "v a{sv} 0");
     EXPECT_THAT(call("root", {"Tree", "s", "/"}), HasSubstr("/test/value"));
@@ -99,7 +99,7 @@ TEST_F(DbusPolicyTest, LetsRootSendRequests)
     EXPECT_THAT(call("root", {"OpenInbox"}), StartsWith("s \"/dbus/inbox/"));
 }
 
-TEST_F(DbusPolicyTest, LetsTheHostAloneAskTheBusWhatIsUnread)
+TEST_F(DbusPolicyTest, LetsOnlyTheHostAskTheBusWhatIsUnread)
 {
     const QStringList statistics{"org.freedesktop.DBus", "/org/freedesktop/DBus",
                                  "org.freedesktop.DBus.Debug.Stats"};
@@ -108,7 +108,7 @@ TEST_F(DbusPolicyTest, LetsTheHostAloneAskTheBusWhatIsUnread)
     EXPECT_THAT(call("nobody", question, statistics), HasSubstr("Access denied"));
 }
 
-TEST_F(DbusPolicyTest, LetsTheHostServeNotificationsButNotEverybodyNotify)
+TEST_F(DbusPolicyTest, LetsTheHostServeNotificationsButNotEveryoneNotify)
 {
     EXPECT_TRUE(
         waitFor([this] { return log().contains("Serving org.freedesktop.Notifications"); }));

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Clients that don't read what they are sent, on a bus that counts it as the host's.
+// Clients that do not read what they are sent, on a bus that counts that as the host's.
 
 #include "module/dbus/ModelTest.h"
 #include "support/bus/ClientProgram.h"
@@ -21,14 +21,14 @@ using namespace std::chrono_literals;
 constexpr const char *limitsExceeded = "org.freedesktop.DBus.Error.LimitsExceeded";
 constexpr int mebi = 1 << 20;
 
-/// What the system's bus lets a sender have on the way, and a reader have waiting.
+/// The bytes that the system bus keeps of one sender, and for one receiver.
 const QString systemLimits = QStringLiteral("<limit name=\"max_incoming_bytes\">133169152</limit>"
                                             "<limit name=\"max_outgoing_bytes\">133169152</limit>");
 const QString noStatistics =
     QStringLiteral("<policy context=\"mandatory\"><deny send_destination=\"org.freedesktop.DBus\""
                    " send_interface=\"org.freedesktop.DBus.Debug.Stats\"/></policy>");
 
-/// A client that sends, and reads nothing until it is told to.
+/// A client that sends calls and reads nothing until it is told to.
 class SilentClient
 {
 public:
@@ -58,7 +58,7 @@ public:
         send("org.freedesktop.DBus.Introspectable", "Introspect", [](sd_bus_message *) {});
     }
 
-    /// Reads so many answers; how many of each kind of error, of "" those that are none.
+    /// Reads so many replies. Returns the number of each error; "" stands for no error.
     std::map<std::string, int> read(int count)
     {
         std::map<std::string, int> errors;
@@ -123,7 +123,7 @@ protected:
         return node;
     }
 
-    /// What waits at the bus for a client to read it.
+    /// The bytes at the bus that a client has not read.
     std::size_t waitingFor(const std::string &name)
     {
         BusClient asking(bus().address());
@@ -146,7 +146,7 @@ protected:
         throw std::runtime_error("the bus does not tell how much waits");
     }
 
-    /// Whether a client that reads is served, again and again.
+    /// Whether a client that reads is served every time.
     bool isServing(const QString &path = QStringLiteral("/test/small"), int times = 50)
     {
         for (int i = 0; i < times; ++i) {
@@ -198,7 +198,7 @@ TEST_F(DbusUnreadTest, ByOneClientStopsNoOther)
     EXPECT_LT(waitingFor(silent.name()), std::size_t(17 * mebi));
 }
 
-TEST_F(DbusUnreadTest, IsRefusedWithALimitAndReadAgainLater)
+TEST_F(DbusUnreadTest, EndsInARefusalAndIsReadLater)
 {
     SilentClient silent(bus().address());
     constexpr int calls = 40;
@@ -215,7 +215,7 @@ TEST_F(DbusUnreadTest, IsRefusedWithALimitAndReadAgainLater)
     EXPECT_EQ(silent.read(1)[""], 1);
 }
 
-TEST_F(DbusUnreadTest, NeverIsMuchOfAClientThatReadsOneByOne)
+TEST_F(DbusUnreadTest, StaysLittleForAClientThatCallsOneByOne)
 {
     EXPECT_EQ(python(R"(
 print(sum(len(model.GetValue('/test/large')['string']) for i in range(100)))
@@ -223,7 +223,7 @@ print(sum(len(model.GetValue('/test/large')['string']) for i in range(100)))
               std::to_string(100 * mebi));
 }
 
-TEST_F(DbusUnreadTest, NeverIsMuchOfAClientThatAsksAheadAndReads)
+TEST_F(DbusUnreadTest, StaysLittleForAClientThatCallsAheadAndReads)
 {
     publishText("/test/huge"_s, 5 * mebi);
     SilentClient reader(bus().address());
@@ -240,7 +240,7 @@ TEST_F(DbusUnreadTest, NeverIsMuchOfAClientThatAsksAheadAndReads)
     EXPECT_THAT(errors, testing::ElementsAre(testing::Pair("", 40)));
 }
 
-TEST_F(DbusUnreadTest, NeverIsMuchOfAClientThatReadsLargeAnswersOneByOne)
+TEST_F(DbusUnreadTest, StaysLittleForAClientThatReadsLargeRepliesOneByOne)
 {
     publishText("/test/huge"_s, 20 * mebi);
     EXPECT_EQ(python(R"(
@@ -276,7 +276,7 @@ while True:
         << stopped->errors().toStdString();
 }
 
-TEST_F(DbusUnreadTest, NeverIsMuchOfASubscriberThatReads)
+TEST_F(DbusUnreadTest, StaysLittleForASubscriberThatReads)
 {
     CMValueNode *busy = publishText("/test/busy"_s, mebi);
     ASSERT_TRUE(client->subscribe("/test/busy"_s, "value"_s).succeeds());
@@ -296,7 +296,7 @@ protected:
     }
 };
 
-TEST_F(DbusLittleUnreadTest, MayBeOfDescriptionsToo)
+TEST_F(DbusLittleUnreadTest, IncludesDescriptions)
 {
     SilentClient silent(bus().address());
     // More than 40 MiB.
@@ -308,7 +308,7 @@ TEST_F(DbusLittleUnreadTest, MayBeOfDescriptionsToo)
     EXPECT_LT(waitingFor(silent.name()), std::size_t(20 * mebi));
 }
 
-TEST_F(DbusLittleUnreadTest, MayBeOfRefusalsToo)
+TEST_F(DbusLittleUnreadTest, IncludesRefusals)
 {
     SilentClient silent(bus().address());
     constexpr int calls = 20000;
@@ -319,7 +319,7 @@ TEST_F(DbusLittleUnreadTest, MayBeOfRefusalsToo)
     EXPECT_LT(waitingFor(silent.name()), std::size_t(3 * mebi));
 }
 
-TEST_F(DbusLittleUnreadTest, LetsCallsBeHandledInTheirOrder)
+TEST_F(DbusLittleUnreadTest, KeepsCallsInTheirOrder)
 {
     publishText("/test/medium"_s, mebi / 4);
     std::vector<int> handled;
@@ -349,7 +349,7 @@ protected:
     }
 };
 
-TEST_F(DbusUnreadByAllTest, TogetherLeavesSomethingForThoseWhoRead)
+TEST_F(DbusUnreadByAllTest, LeavesSomethingForClientsThatRead)
 {
     std::vector<std::unique_ptr<SilentClient>> silent;
     constexpr int clients = 6;
@@ -382,7 +382,7 @@ protected:
     }
 };
 
-TEST_F(DbusUncountedTest, AnswersAreNotRefusedWhereTheBusDoesNotTell)
+TEST_F(DbusUncountedTest, RepliesAreNotRefusedWhenTheBusDoesNotTell)
 {
     SilentClient silent(bus().address());
     constexpr int calls = 20;
@@ -394,7 +394,7 @@ TEST_F(DbusUncountedTest, AnswersAreNotRefusedWhereTheBusDoesNotTell)
     EXPECT_EQ(log().find("The bus doesn't tell what clients haven't read").size(), 1U);
 }
 
-TEST_F(DbusUncountedTest, AnswersAreNotRefusedHoweverManyThereWere)
+TEST_F(DbusUncountedTest, RepliesAreNotRefusedHoweverManyThereAre)
 {
     EXPECT_EQ(python(R"(
 print(sum(len(model.GetValue('/test/large')['string']) for i in range(100)))
@@ -402,7 +402,7 @@ print(sum(len(model.GetValue('/test/large')['string']) for i in range(100)))
               std::to_string(100 * mebi));
 }
 
-TEST_F(DbusUncountedTest, SignalsEndForThoseAloneWhoDoNotAnswerEither)
+TEST_F(DbusUncountedTest, SignalsEndOnlyForClientsThatDoNotReply)
 {
     CMValueNode *busy = publishText("/test/busy"_s, mebi);
     const auto stopped = startPython(R"(

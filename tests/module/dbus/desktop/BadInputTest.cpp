@@ -7,7 +7,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// What no server may die of. After each, the next client is served as ever.
+/// Input that must not break the server. After each, the next client is served as usual.
 class BadInputTest : public DesktopTest
 {
 protected:
@@ -36,7 +36,7 @@ TEST_F(BadInputTest, ABodyOfAMebibyteIsShown)
     EXPECT_EQ(rowOf(1).title().toString().size(), 1 << 20);
 }
 
-TEST_F(BadInputTest, ImagesWhoseSizesLieAreNotLookedAt)
+TEST_F(BadInputTest, ImagesWithWrongSizesAreSkipped)
 {
     EXPECT_EQ(python(R"(
 for size in [(2**31 - 1, 2**31 - 1, 2**31 - 1), (-1, -1, -1), (0, 0, 0), (10, 10, 1), (1 << 16, 1 << 16, 4)]:
@@ -48,7 +48,7 @@ print(Notify(replaces=1, hints={'image-data': 'no image', 'image-path': 7}))
               "1"_s);
 }
 
-TEST_F(BadInputTest, HintsOfTheWrongTypeAreLeftOut)
+TEST_F(BadInputTest, HintsOfTheWrongTypeAreIgnored)
 {
     EXPECT_EQ(python(R"(
 strange = dbus.Array([1], signature='i')
@@ -68,7 +68,7 @@ print(Notify(hints={'urgency': dbus.UInt32(2)}))
                                          pathOf(5), pathOf(6)));
 }
 
-TEST_F(BadInputTest, HintsThatNestAsDeeplyAsTheyCanAreSteppedOver)
+TEST_F(BadInputTest, HintsThatNestAsDeeplyAsPossibleAreSkipped)
 {
     EXPECT_EQ(python(R"(
 value = dbus.Int32(1, variant_level=1)
@@ -80,7 +80,7 @@ print(Notify(hints={'unknown': value}))
               "1"_s);
 }
 
-TEST_F(BadInputTest, TheSmallestAndTheLargestTimeoutsAreTaken)
+TEST_F(BadInputTest, TheSmallestAndTheLargestTimeoutsAreAccepted)
 {
     EXPECT_EQ(
         python("print(Notify(timeout=2**31 - 1), Notify(timeout=-(2**31)), Notify(timeout=-2))"_s),
@@ -89,7 +89,7 @@ TEST_F(BadInputTest, TheSmallestAndTheLargestTimeoutsAreTaken)
     EXPECT_EQ(displayed().size(), 3);
 }
 
-TEST_F(BadInputTest, ActionsThatAreNoPairsAreRefused)
+TEST_F(BadInputTest, ActionsThatAreNotPairsAreRefused)
 {
     EXPECT_EQ(python("print(error(Notify, actions=['key']))"_s),
               "org.freedesktop.DBus.Error.InvalidArgs: Each action takes a key and a label"_s);
@@ -98,7 +98,7 @@ TEST_F(BadInputTest, ActionsThatAreNoPairsAreRefused)
     EXPECT_THAT(displayed(), IsEmpty());
 }
 
-TEST_F(BadInputTest, ActionsWithStrangeKeysAreTaken)
+TEST_F(BadInputTest, ActionsWithStrangeKeysAreAccepted)
 {
     EXPECT_EQ(
         python("print(Notify(actions=['', 'a', '/', 'b', '..', 'c', 'k' * 5000, 'd', '', 'e']))"_s),
@@ -124,7 +124,7 @@ print(raw('NoSuchMethod', ''))
     EXPECT_EQ(results.count("org.freedesktop.DBus.Error.UnknownMethod: "_s), 1);
 }
 
-TEST_F(BadInputTest, IdsOfNothingAreRefused)
+TEST_F(BadInputTest, IdsOfNoNotificationAreRefused)
 {
     const QString name = "org.freedesktop.Notifications.InvalidId: "_s;
     EXPECT_EQ(python(R"(
@@ -135,7 +135,7 @@ print(error(CloseNotification, 2**32 - 1))
                   "No notification is open by the id 4294967295"_s);
 }
 
-TEST_F(BadInputTest, TheLargestIdIsAnIdAsAnyOther)
+TEST_F(BadInputTest, TheLargestIdIsLikeAnyOther)
 {
     EXPECT_EQ(
         python(
@@ -143,7 +143,7 @@ TEST_F(BadInputTest, TheLargestIdIsAnIdAsAnyOther)
         "4294967295\n1"_s);
 }
 
-TEST_F(BadInputTest, TextsThatAreNoUtf8EndTheirSenderAlone)
+TEST_F(BadInputTest, StringsThatAreNotUtf8EndOnlyTheirSender)
 {
     ClientProgram sender(bus(), "/usr/bin/python3"_s, {"-c"_s, R"(
 import os, socket, struct
@@ -205,9 +205,9 @@ while True:
     flood.kill();
 }
 
-TEST_F(BadInputTest, ClientsThatVanishInTheMiddleLeaveTheirNotifications)
+TEST_F(BadInputTest, ClientsThatVanishLeaveTheirNotificationsBehind)
 {
-    // What a bus still takes of a client that has gone while it gets answers, is the bus's to say.
+    // The bus decides how many calls of a client that has gone it still passes on.
     for (const QString &wantsAnswers : {"True"_s, "False"_s}) {
         ClientProgram client(bus(), "/usr/bin/python3"_s,
                              {"-c"_s, QString(R"(

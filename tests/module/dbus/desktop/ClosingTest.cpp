@@ -11,7 +11,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// Why notifications close, as another program on the bus learns it.
+/// Closing, as another program on the bus learns of it.
 class ClosingTest : public DesktopTest
 {
 protected:
@@ -29,18 +29,18 @@ private:
     std::unique_ptr<ClientProgram> m_monitor = monitor();
 };
 
-TEST_F(ClosingTest, IsReportedAsExpiredWhenTheDefaultTimeIsOver)
+TEST_F(ClosingTest, IsReportedAsExpiredAfterTheDefaultTimeout)
 {
     EXPECT_TRUE(isReported(notifySend({"Title"_s}), 1));
     EXPECT_TRUE(isReported(notifySend({"-t"_s, "-1"_s, "Title"_s}), 1));
 }
 
-TEST_F(ClosingTest, IsReportedAsExpiredWhenItsOwnTimeIsOver)
+TEST_F(ClosingTest, IsReportedAsExpiredAfterItsOwnTimeout)
 {
     EXPECT_TRUE(isReported(notifySend({"-t"_s, "500"_s, "Title"_s}), 1));
 }
 
-TEST_F(ClosingTest, NeverComesByItselfForATimeoutOfZero)
+TEST_F(ClosingTest, NeverHappensByItselfWithATimeoutOfZero)
 {
     const quint32 id = notifySend({"-t"_s, "0"_s, "Title"_s});
     waitFor([] { return false; }, std::chrono::milliseconds(700));
@@ -48,7 +48,7 @@ TEST_F(ClosingTest, NeverComesByItselfForATimeoutOfZero)
     EXPECT_EQ(reports(), 0);
 }
 
-TEST_F(ClosingTest, NeverComesByItselfForWhatIsCritical)
+TEST_F(ClosingTest, NeverHappensByItselfToACriticalNotification)
 {
     const quint32 id = notifySend({"-u"_s, "critical"_s, "Title"_s});
     waitFor([] { return false; }, std::chrono::milliseconds(700));
@@ -83,7 +83,7 @@ TEST_F(ClosingTest, IsReportedAsClosedForTheDisplaysCancelRequest)
     EXPECT_TRUE(isReported(id, 3));
 }
 
-TEST_F(ClosingTest, ComesAfterTheActionThatCausesIt)
+TEST_F(ClosingTest, FollowsTheActionThatCausesIt)
 {
     ClientProgram program(bus(), "notify-send"_s,
                           {"-t"_s, "0"_s, "-A"_s, "key=Label"_s, "Title"_s});
@@ -96,7 +96,7 @@ TEST_F(ClosingTest, ComesAfterTheActionThatCausesIt)
     EXPECT_GT(closed, action);
 }
 
-/// A client that takes down the signals that it gets.
+/// A client that records the signals that it gets.
 class Listener
 {
 public:
@@ -149,7 +149,7 @@ private:
     std::vector<std::string> m_received;
 };
 
-TEST_F(ClosingTest, ComesAfterTheTokenThatItsClientAloneIsGiven)
+TEST_F(ClosingTest, FollowsTheTokenThatOnlyItsClientGets)
 {
     Listener client(bus().address());
     Listener other(bus().address());

@@ -10,7 +10,7 @@
 #include <QTemporaryDir>
 
 namespace {
-/// A theme and a folder that is allowed, and players that a test plays the part of.
+/// A theme and an allowed folder, in front of players that the test plays.
 class SoundFolders
 {
 public:
@@ -74,7 +74,7 @@ protected:
         return waitFor([&] { return players().size() == count && players().back()->plays > 0; });
     }
 
-    /// Whether nothing has been asked of the player by the time everything has been handled.
+    /// Whether the player has got no request after everything has been handled.
     bool isSilent()
     {
         waitFor([] { return false; }, std::chrono::milliseconds(100));
@@ -90,7 +90,7 @@ private:
     ScriptedService m_services{"Services"_s};
 };
 
-TEST_F(DesktopSoundTest, PlaysTheFileThatIsNamed)
+TEST_F(DesktopSoundTest, PlaysTheNamedFile)
 {
     notifyWith("string:sound-file:"_s + path("allowed/sound.wav"_s));
     ASSERT_TRUE(plays(1));
@@ -99,14 +99,14 @@ TEST_F(DesktopSoundTest, PlaysTheFileThatIsNamed)
     EXPECT_FALSE(players()[0]->loop);
 }
 
-TEST_F(DesktopSoundTest, PlaysTheThemesSoundThatIsNamed)
+TEST_F(DesktopSoundTest, PlaysTheNamedSoundOfTheTheme)
 {
     notifyWith("string:sound-name:bell-urgent"_s);
     ASSERT_TRUE(plays(1));
     EXPECT_EQ(players()[0]->content, path("data/sounds/freedesktop/stereo/bell.oga"_s));
 }
 
-TEST_F(DesktopSoundTest, ShowsWhatNamesAForbiddenSoundAndSaysSoOnce)
+TEST_F(DesktopSoundTest, ShowsANotificationWithAForbiddenSoundAndLogsThatOnce)
 {
     const QString hint = "string:sound-file:"_s + path("secret/sound.wav"_s);
     EXPECT_TRUE(isOpen(notifyWith(hint)));
@@ -137,7 +137,7 @@ TEST_F(DesktopSoundTest, IsSilentByDefault)
     EXPECT_TRUE(isSilent());
 }
 
-TEST_F(DesktopSoundTest, StopsTheSoundOfWhatIsClosed)
+TEST_F(DesktopSoundTest, StopsTheSoundOfAClosedNotification)
 {
     const quint32 id = notifyWith("string:sound-name:bell"_s);
     ASSERT_TRUE(plays(1));
@@ -145,7 +145,7 @@ TEST_F(DesktopSoundTest, StopsTheSoundOfWhatIsClosed)
     EXPECT_TRUE(waitFor([&] { return players()[0]->stops == 1; }));
 }
 
-TEST_F(DesktopSoundTest, StopsTheSoundOfWhatIsDismissed)
+TEST_F(DesktopSoundTest, StopsTheSoundOfADismissedNotification)
 {
     const quint32 id = notifyWith("string:sound-name:bell"_s);
     ASSERT_TRUE(plays(1));
@@ -153,7 +153,7 @@ TEST_F(DesktopSoundTest, StopsTheSoundOfWhatIsDismissed)
     EXPECT_TRUE(waitFor([&] { return players()[0]->stops == 1; }));
 }
 
-TEST_F(DesktopSoundTest, LetsTheSoundOfWhatExpiresEnd)
+TEST_F(DesktopSoundTest, LetsTheSoundOfAnExpiredNotificationEnd)
 {
     const quint32 id = notifySend({"-t"_s, "200"_s, "-h"_s, "string:sound-name:bell"_s, "Title"_s});
     ASSERT_TRUE(plays(1));
@@ -192,7 +192,7 @@ protected:
     }
 };
 
-TEST_F(DesktopSoundLimitTest, CountsASoundUntilItEndsHoweverLongItsNotificationIsGone)
+TEST_F(DesktopSoundLimitTest, CountsASoundUntilItEndsEvenWithoutItsNotification)
 {
     const QString sound = "string:sound-name:bell"_s;
     const quint32 expiring = notifySend({"-t"_s, "200"_s, "-h"_s, sound, "Title"_s});

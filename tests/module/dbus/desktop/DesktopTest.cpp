@@ -69,7 +69,7 @@ QString DesktopTest::result(const QString &method, const QStringList &arguments)
 
 QString DesktopTest::python(const QString &script)
 {
-    // The system's own, which has the system's modules.
+    // The system's Python, which has the dbus module.
     ClientProgram program(m_bus, "/usr/bin/python3"_s,
                           {"-c"_s, QString::fromLatin1(pythonPrelude) + script});
     return (program.succeeds() ? program.output() : program.errors()).trimmed();
@@ -80,7 +80,7 @@ std::unique_ptr<ClientProgram> DesktopTest::monitor()
     auto program = std::make_unique<ClientProgram>(
         m_bus, "gdbus"_s,
         QStringList{"monitor"_s, "--session"_s, "--dest"_s, name, "--object-path"_s, object});
-    // It asks for the signals before it asks for the owner.
+    // gdbus subscribes to the signals before it asks for the owner.
     EXPECT_TRUE(program->writes("is owned by"_s)) << program->errors().toStdString();
     return program;
 }

@@ -17,12 +17,12 @@
 
 #include <memory>
 
-/// The display and the module on a bus of its own, met by other people's programs on the bus and
-/// looked at through the model.
+/// The display and the module, on a private bus. Programs of others use them on the bus, and the tests
+/// look at the result in the model.
 class DesktopTest : public testing::Test
 {
 protected:
-    /// Loads both and waits until notifications are served.
+    /// Loads both modules and waits until notifications are served.
     explicit DesktopTest(const QVariantHash &config = {});
 
     PrivateBus &bus() { return m_bus; }
@@ -30,18 +30,18 @@ protected:
 
     bool isServing(int times = 1);
 
-    /// Runs notify-send and waits for its end; the id that it prints, 0 for none.
+    /// Runs notify-send until it ends. Returns the id that it prints, or 0.
     quint32 notifySend(const QStringList &arguments);
 
-    /// Calls a method of the interface by gdbus, the arguments in GVariant's text form; what it
-    /// prints, or the error.
+    /// Calls a method of the interface with gdbus, with arguments in GVariant's text form. Returns what
+    /// gdbus prints, or the error.
     QString result(const QString &method, const QStringList &arguments = {});
 
-    /// Runs a script for Python's dbus module, with Notify() and CloseNotification() as its functions
-    /// of the same names, and waits for its end; what it prints, or the error.
+    /// Runs a script for Python's dbus module, with functions Notify() and CloseNotification(), until it
+    /// ends. Returns what it prints, or the error.
     QString python(const QString &script);
 
-    /// Has gdbus write every signal of the interface, from now on.
+    /// Has gdbus write every signal of the interface from now on.
     std::unique_ptr<ClientProgram> monitor();
     static QString closedSignal(quint32 id, int reason);
 

@@ -4,12 +4,12 @@
 #include "DesktopTest.h"
 
 namespace {
-/// What a desktop program on GLib makes of the server, in its main loop.
+/// The server as used by a GLib program in its main loop.
 class GlibClientTest : public DesktopTest
 {
 };
 
-TEST_F(GlibClientTest, IsToldTheActionChangesTheTextAndIsToldTheEnd)
+TEST_F(GlibClientTest, LearnsOfTheActionChangesTheTextAndLearnsOfTheEnd)
 {
     ClientProgram program(bus(), GLIB_NOTIFIER, {"ask"_s});
     ASSERT_TRUE(program.writes("notified 1\n"_s));
@@ -29,7 +29,7 @@ TEST_F(GlibClientTest, IsToldTheActionChangesTheTextAndIsToldTheEnd)
         << program.output().toStdString();
 }
 
-TEST_F(GlibClientTest, IsServedWhateverItsImagesAre)
+TEST_F(GlibClientTest, IsServedWithAnyImages)
 {
     ClientProgram program(bus(), GLIB_NOTIFIER, {"false-images"_s});
     EXPECT_TRUE(program.succeeds());
@@ -38,7 +38,7 @@ TEST_F(GlibClientTest, IsServedWhateverItsImagesAre)
     EXPECT_EQ(rowOf(1).title().toString(), "Picture"_s);
 }
 
-TEST_F(GlibClientTest, IsToldErrorsByTheirNames)
+TEST_F(GlibClientTest, GetsErrorsByTheirNames)
 {
     ClientProgram program(bus(), GLIB_NOTIFIER, {"close"_s});
     EXPECT_TRUE(program.succeeds());

@@ -12,7 +12,7 @@ class InterfaceTest : public DesktopTest
 {
 };
 
-TEST_F(InterfaceTest, IsTheOneThatItsFileSays)
+TEST_F(InterfaceTest, IsTheOneInItsFile)
 {
     ClientProgram program(bus(), "gdbus"_s,
                           {"introspect"_s, "--session"_s, "--xml"_s, "--dest"_s,
@@ -25,7 +25,7 @@ TEST_F(InterfaceTest, IsTheOneThatItsFileSays)
     EXPECT_THAT(membersOf(program.output().toUtf8(), name), ElementsAreArray(written));
 }
 
-TEST_F(InterfaceTest, ClaimsWhatItCan)
+TEST_F(InterfaceTest, ListsItsCapabilities)
 {
     EXPECT_EQ(result("GetCapabilities"_s), "(['actions', 'body', 'sound'],)"_s);
 }
@@ -59,7 +59,7 @@ class NoInterfaceTest : public testing::Test
 {
 };
 
-TEST_F(NoInterfaceTest, IsServedWhereTheConfigurationSaysSo)
+TEST_F(NoInterfaceTest, IsServedWhenTheConfigurationSaysSo)
 {
     PrivateBus bus;
     LogCapture log("Dbus");

@@ -29,7 +29,7 @@ print(error(Notify))
                   "A client may have no more than 3 notifications open"_s);
 }
 
-TEST_F(OpenLimitTest, AllowsChangesOfWhatIsOpen)
+TEST_F(OpenLimitTest, AllowsChangesOfOpenNotifications)
 {
     EXPECT_EQ(python(R"(
 for i in range(3): Notify()
@@ -38,7 +38,7 @@ print(Notify('New', replaces=2), error(Notify, replaces=7))
               "2 "_s + limitError + "A client may have no more than 3 notifications open"_s);
 }
 
-TEST_F(OpenLimitTest, HoldsForOthersByThemselves)
+TEST_F(OpenLimitTest, HoldsForEachClientSeparately)
 {
     python("for i in range(3): Notify()"_s);
     EXPECT_EQ(python("print(Notify())"_s), "4"_s);
@@ -54,7 +54,7 @@ protected:
     }
 };
 
-TEST_F(TotalOpenLimitTest, HoldsForAllClientsThatThereWere)
+TEST_F(TotalOpenLimitTest, IncludesClientsThatHaveLeft)
 {
     for (int i = 0; i < 3; ++i) {
         notifySend({"-t"_s, "0"_s, "Title"_s});
@@ -76,7 +76,7 @@ protected:
 
 TEST_F(RequestLimitTest, HoldsForAClient)
 {
-    // The first call is Python's own, for the object's description.
+    // Python's first call reads the object's description.
     const QString results = python(R"(
 results = [error(Notify) for i in range(100)]
 print(len([1 for result in results if type(result) == int]) >= 9)
@@ -110,7 +110,7 @@ print(error(Notify, actions=['key', 'x' * 10001]))
     EXPECT_EQ(displayed().size(), 1);
 }
 
-TEST_F(SizeLimitTest, LeavesOutImages)
+TEST_F(SizeLimitTest, ExcludesImages)
 {
     EXPECT_EQ(python(R"(
 image = dbus.Struct((500, 500, 1500, False, 8, 3, dbus.ByteArray(bytes(750000))), signature='iiibiiay')
@@ -119,7 +119,7 @@ print(Notify(hints={'image-data': image}))
               "1"_s);
 }
 
-TEST_F(SizeLimitTest, HoldsForWhatIsSteppedOver)
+TEST_F(SizeLimitTest, IncludesWhatIsSkipped)
 {
     EXPECT_TRUE(python(R"(
 print(error(Notify, hints={'unknown': dbus.Array([dbus.String('', variant_level=1)] * 1000, signature='v')}))

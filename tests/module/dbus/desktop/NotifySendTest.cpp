@@ -6,7 +6,7 @@
 namespace {
 using testing::ElementsAre;
 
-/// What the program that everybody has makes of the server.
+/// The server as used by notify-send, which most systems have.
 class NotifySendTest : public DesktopTest
 {
 protected:
@@ -38,7 +38,7 @@ TEST_F(NotifySendTest, ShowsTitlesOfSeveralLinesAsOne)
     EXPECT_EQ(titleOf(notifySend({"one\ntwo"_s})), "one two"_s);
 }
 
-TEST_F(NotifySendTest, TellsWhoSaysItAndWhatItIsAbout)
+TEST_F(NotifySendTest, ShowsItsApplicationAndCategory)
 {
     const quint32 id =
         notifySend({"-a"_s, "Mail"_s, "-c"_s, "email.arrived"_s, "-i"_s, "mail-unread"_s, "-e"_s,
@@ -51,7 +51,7 @@ TEST_F(NotifySendTest, TellsWhoSaysItAndWhatItIsAbout)
     EXPECT_TRUE(row.isTransient());
 }
 
-TEST_F(NotifySendTest, TakesThePriorityOfAHintOfItsOwnBeforeTheUrgency)
+TEST_F(NotifySendTest, PrefersAnExactPriorityToTheUrgency)
 {
     const quint32 normal = notifySend({"normal"_s});
     const quint32 high = notifySend({"-u"_s, "low"_s, "-h"_s, "int:x-tavo-priority:2"_s, "high"_s});
@@ -70,7 +70,7 @@ TEST_F(NotifySendTest, PutsMoreUrgentOnesFirst)
     EXPECT_THAT(displayed(), ElementsAre(pathOf(critical), pathOf(normal), pathOf(low)));
 }
 
-TEST_F(NotifySendTest, StaysOpenWhenItHasEnded)
+TEST_F(NotifySendTest, LeavesItsNotificationOpenWhenItEnds)
 {
     const quint32 id = notifySend({"Title"_s});
     settle();
@@ -87,7 +87,7 @@ TEST_F(NotifySendTest, ChangesTheTextInPlace)
     EXPECT_THAT(displayed(), ElementsAre(pathOf(first), pathOf(second)));
 }
 
-TEST_F(NotifySendTest, QueuesAnewForAnotherUrgency)
+TEST_F(NotifySendTest, IsQueuedAgainForAnotherUrgency)
 {
     const quint32 first = notifySend({"first"_s});
     const quint32 second = notifySend({"second"_s});
@@ -96,7 +96,7 @@ TEST_F(NotifySendTest, QueuesAnewForAnotherUrgency)
     EXPECT_THAT(displayed(), ElementsAre(pathOf(second), pathOf(first)));
 }
 
-TEST_F(NotifySendTest, GetsTheIdThatItAsksForAlsoWhenItIsNotOpen)
+TEST_F(NotifySendTest, GetsTheRequestedIdEvenWhenItIsNotOpen)
 {
     EXPECT_EQ(notifySend({"-r"_s, "4000000"_s, "Title"_s}), 4'000'000U);
     EXPECT_TRUE(isOpen(4'000'000));
@@ -126,9 +126,9 @@ TEST_F(NotifySendTest, LearnsWhichActionWasChosen)
     EXPECT_FALSE(isOpen(1));
 }
 
-TEST_F(NotifySendTest, IsTakenForNoOneElse)
+TEST_F(NotifySendTest, IsNotConfusedWithAnother)
 {
-    // One by one, so that each is a client of its own.
+    // One run each, so that each is another client.
     for (quint32 id = 1; id <= 5; ++id) {
         EXPECT_EQ(notifySend({"Title"_s}), id);
     }

@@ -18,7 +18,7 @@ using testing::Not;
 
 constexpr const char *invalidArguments = "org.freedesktop.DBus.Error.InvalidArgs";
 
-/// Whatever a client does, it and all others are served afterwards.
+/// Whatever a client does, it and all others are still served afterwards.
 class DbusBadInputTest : public ModelTest
 {
 protected:
@@ -48,7 +48,7 @@ protected:
         return reply->value();
     }
 
-    /// What the process has allocated and not given back.
+    /// The bytes that the process has allocated and not freed.
     static long memoryInUse()
     {
         const struct mallinfo2 info = mallinfo2();
@@ -114,7 +114,7 @@ TEST_F(DbusBadInputTest, AHugePathIsRefused)
     expectRefusal(client->getValue(QString(1 << 20, '/')), "org.tavo.Error.InvalidPath");
 }
 
-TEST_F(DbusBadInputTest, TheLargestAndSmallestNumbersForRowsAreNoTrouble)
+TEST_F(DbusBadInputTest, TheLargestAndSmallestRowNumbersAreAccepted)
 {
     publishRows("/test/rows"_s, {"/a"_s});
     constexpr int most = std::numeric_limits<int>::max();
@@ -124,7 +124,7 @@ TEST_F(DbusBadInputTest, TheLargestAndSmallestNumbersForRowsAreNoTrouble)
     expectRefusal(client->getRows("/test/rows"_s, 0, least), invalidArguments);
 }
 
-TEST_F(DbusBadInputTest, ATextThatIsNoUtf8EndsItsSendersConnectionAlone)
+TEST_F(DbusBadInputTest, AStringThatIsNotUtf8EndsOnlyItsSendersConnection)
 {
     ModelClient careless(bus().address());
     const BusCall call = careless.call("GetValue", [](BusWriter &writer) {
@@ -138,7 +138,7 @@ TEST_F(DbusBadInputTest, ATextThatIsNoUtf8EndsItsSendersConnectionAlone)
     EXPECT_TRUE(client->getValue("/test/value"_s).succeeds());
 }
 
-TEST_F(DbusBadInputTest, AClientThatVanishesBeforeItsAnswerIsForgotten)
+TEST_F(DbusBadInputTest, AClientThatVanishesBeforeItsReplyIsForgotten)
 {
     const CMReply<QVariant> late = awaitedReply();
     client->leave();
@@ -146,7 +146,7 @@ TEST_F(DbusBadInputTest, AClientThatVanishesBeforeItsAnswerIsForgotten)
     settle();
 }
 
-TEST_F(DbusBadInputTest, WhatAVanishedClientAskedForIsNotKept)
+TEST_F(DbusBadInputTest, TheRequestsOfAVanishedClientAreNotKept)
 {
     if (sanitized) {
         GTEST_SKIP() << "The sanitizer's own memory can't be told apart";
@@ -169,7 +169,7 @@ TEST_F(DbusBadInputTest, WhatAVanishedClientAskedForIsNotKept)
     EXPECT_TRUE(waitFor([&] { return before - memoryInUse() > calls * size / 2; }));
 }
 
-TEST_F(DbusBadInputTest, AnAnswerThatComesWhenTheBusHasGoneIsForgotten)
+TEST_F(DbusBadInputTest, AReplyThatComesAfterTheBusHasGoneIsForgotten)
 {
     const CMReply<QVariant> late = awaitedReply();
     client->leave();
@@ -191,7 +191,7 @@ TEST_F(DbusBadInputTest, WhatIsSentToABusThatHasJustGoneIsForgotten)
     ASSERT_TRUE(client->subscribe("/test/watched"_s, "value"_s).succeeds());
     client->send("/test/late"_s, 1);
     ASSERT_TRUE(waitFor([&] { return asked; }));
-    // Nothing turns the event loop, so that the module doesn't know of it.
+    // The event loop does not run, so the module does not know it yet.
     bus().stop();
     watched->setValue(TavoValue().setInt_(1));
     late.setValue(2);
@@ -201,7 +201,7 @@ TEST_F(DbusBadInputTest, WhatIsSentToABusThatHasJustGoneIsForgotten)
     EXPECT_TRUE(waitFor([&] { return log().count("Serving org.tavo.Model1") == 2; }));
 }
 
-TEST_F(DbusBadInputTest, AClientThatVanishesAmidAFloodIsForgotten)
+TEST_F(DbusBadInputTest, AClientThatVanishesDuringAFloodIsForgotten)
 {
     for (int i = 0; i < 1000; ++i) {
         client->subscribe("/test/"_s + QString::number(i), "value"_s);

@@ -10,7 +10,7 @@ using testing::IsEmpty;
 class DbusChangesTest : public ModelTest
 {
 protected:
-    /// Has what was sent to the client so far arrive.
+    /// Waits until everything that was sent to the client has arrived.
     bool catchUp() { return client->getValue("/test/none"_s).waitForAnswer(); }
 
     static bool isHeard(const QString &path)
@@ -50,7 +50,7 @@ TEST_F(DbusChangesTest, OfANodeAreSentWhenItComesAndGoes)
                 ElementsAre("NodeChanged /test/value published", "NodeChanged /test/value gone"));
 }
 
-TEST_F(DbusChangesTest, AreSentOnceHoweverOftenTheyWereAskedFor)
+TEST_F(DbusChangesTest, AreSentOnceAfterSubscribingTwice)
 {
     CMValueNode *node = publishValue("/test/value"_s, 1);
     ASSERT_TRUE(client->subscribe("/test/value"_s, "value"_s).succeeds());
@@ -61,7 +61,7 @@ TEST_F(DbusChangesTest, AreSentOnceHoweverOftenTheyWereAskedFor)
     EXPECT_EQ(client->received.size(), 1U);
 }
 
-TEST_F(DbusChangesTest, AreSentToThoseAloneWhoAskedForThem)
+TEST_F(DbusChangesTest, AreSentOnlyToSubscribers)
 {
     CMValueNode *node = publishValue("/test/value"_s, 1);
     ModelClient other(bus().address());
@@ -72,7 +72,7 @@ TEST_F(DbusChangesTest, AreSentToThoseAloneWhoAskedForThem)
     EXPECT_THAT(other.received, IsEmpty());
 }
 
-TEST_F(DbusChangesTest, AreSentToEachWhoAskedForThem)
+TEST_F(DbusChangesTest, AreSentToEachSubscriber)
 {
     CMValueNode *node = publishValue("/test/value"_s, 1);
     ModelClient other(bus().address());
@@ -92,7 +92,7 @@ TEST_F(DbusChangesTest, EndWithUnsubscribing)
     EXPECT_FALSE(isHeard("/test/rows"_s));
 }
 
-TEST_F(DbusChangesTest, ThatWereNotAskedForCanNotBeUnsubscribed)
+TEST_F(DbusChangesTest, CanNotBeUnsubscribedWithoutASubscription)
 {
     const char *invalid = "org.freedesktop.DBus.Error.InvalidArgs";
     EXPECT_EQ(client->unsubscribe("/test/rows"_s, "rows"_s).errorName(), invalid);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The interface in the hands of a program on GLib, whose types and main loop are GLib's own.
+// The interface as used by a GLib program, with GLib's types and main loop.
 
 #include "module/dbus/ModelTest.h"
 #include "support/bus/ClientProgram.h"
@@ -21,7 +21,7 @@ protected:
         return m_program->writes(QString::fromStdString(line) + '\n');
     }
 
-    /// Waits for the program's end; the lines that it has written.
+    /// Waits until the program ends. Returns the lines that it has written.
     std::vector<std::string> lines()
     {
         EXPECT_TRUE(m_program->succeeds()) << m_program->errors().toStdString();
@@ -42,7 +42,7 @@ private:
     std::unique_ptr<ClientProgram> m_program;
 };
 
-TEST_F(DbusGlibClientTest, GetsEveryValueBackThatItSends)
+TEST_F(DbusGlibClientTest, GetsBackEveryValueThatItSends)
 {
     publishEcho("/test/echo"_s);
     EXPECT_THAT(
@@ -62,7 +62,7 @@ TEST_F(DbusGlibClientTest, ReadsValues)
     EXPECT_THAT(run({"get", "/test/value"}), ElementsAre("(<{'int': <5>}>,)"));
 }
 
-TEST_F(DbusGlibClientTest, IsToldErrorsByTheirNames)
+TEST_F(DbusGlibClientTest, GetsErrorsByTheirNames)
 {
     publishRequest("/test/refusing"_s, [](const CMSetDataRequest &request) {
         request.reply().setError(CMError("Test"_s, "Not like this"_s));

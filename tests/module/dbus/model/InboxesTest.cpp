@@ -27,7 +27,7 @@ TEST_F(DbusInboxesTest, AreNodesWhoseRequestsReachTheirClient)
     EXPECT_THAT(client->received, ElementsAre("Received " + inbox.toStdString() + " {int: 5}"));
 }
 
-TEST_F(DbusInboxesTest, AreEachAtAPathOfItsOwn)
+TEST_F(DbusInboxesTest, HaveDifferentPaths)
 {
     const QString first = open();
     const QString second = open();
@@ -36,7 +36,7 @@ TEST_F(DbusInboxesTest, AreEachAtAPathOfItsOwn)
     EXPECT_NE(open(), second);
 }
 
-TEST_F(DbusInboxesTest, GoWhenTheyAreClosed)
+TEST_F(DbusInboxesTest, DisappearWhenClosed)
 {
     const QString inbox = open();
     ASSERT_TRUE(client->ask("CloseInbox", {inbox}).succeeds());
@@ -54,7 +54,7 @@ TEST_F(DbusInboxesTest, CanNotBeClosedByOthers)
     EXPECT_TRUE(isPublished(inbox));
 }
 
-TEST_F(DbusInboxesTest, StayWhenAnotherThanTheBusSaysThatTheirClientHasLeft)
+TEST_F(DbusInboxesTest, StayWhenAnotherClientClaimsThatTheirsHasLeft)
 {
     const QString inbox = open();
     ModelClient other(bus().address());
@@ -67,12 +67,12 @@ TEST_F(DbusInboxesTest, StayWhenAnotherThanTheBusSaysThatTheirClientHasLeft)
         forged.writeString(name);
         forged.writeString({});
     });
-    // Answered after the signal has come.
+    // This reply comes after the signal.
     other.getValue("/none"_s).waitForAnswer();
     EXPECT_TRUE(isPublished(inbox));
 }
 
-TEST_F(DbusInboxesTest, GoWithTheirClientAndLeaveOthersAlone)
+TEST_F(DbusInboxesTest, DisappearWithTheirClientButNotThoseOfOthers)
 {
     ModelClient other(bus().address());
     const QString kept = other.ask("OpenInbox").text();

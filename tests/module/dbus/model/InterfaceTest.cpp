@@ -66,7 +66,7 @@ TEST_F(DbusInterfaceTest, TellsTheVersion)
               QVariant(TAVO_VERSION));
 }
 
-TEST_F(DbusInterfaceTest, LetsNobodySetTheVersion)
+TEST_F(DbusInterfaceTest, DoesNotLetAnyoneSetTheVersion)
 {
     client->setTarget("org.tavo.Model1", "/org/tavo/Model1", "org.freedesktop.DBus.Properties");
     const BusCall call = client->call("Set", [](BusWriter &writer) {

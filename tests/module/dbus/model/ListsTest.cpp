@@ -13,7 +13,7 @@ class DbusListsTest : public ModelTest
 protected:
     using Lines = std::vector<std::string>;
 
-    /// What List or Tree answers, a node a line.
+    /// The reply of List or Tree, one line per node.
     Lines nodes(const std::string &method, const QString &path)
     {
         BusReader reader = client->ask(method, {path}).reader();
@@ -99,7 +99,7 @@ TEST_F(DbusListsTest, TooLargeForEveryBusAreRefusedAndTheModuleStays)
     EXPECT_EQ(log().countAt(log4cplus::WARN_LOG_LEVEL), 0);
 }
 
-TEST_F(DbusListsTest, OfNoPathIsAnError)
+TEST_F(DbusListsTest, OfAnInvalidPathIsAnError)
 {
     for (const char *method : {"List", "Tree"}) {
         EXPECT_EQ(client->ask(method, {""_s}).errorName(), "org.tavo.Error.InvalidPath");
@@ -107,7 +107,7 @@ TEST_F(DbusListsTest, OfNoPathIsAnError)
     }
 }
 
-TEST_F(DbusListsTest, OfRowsHasThoseThatAreAskedFor)
+TEST_F(DbusListsTest, OfRowsHasTheRequestedOnes)
 {
     publishRows("/test/rows"_s, {"/a"_s, "/b"_s, "/c"_s});
     EXPECT_THAT(rows("/test/rows"_s, 0, -1), ElementsAre("/a", "/b", "/c"));
@@ -132,7 +132,7 @@ TEST_F(DbusListsTest, OfRowsBeforeTheFirstIsAnError)
     EXPECT_EQ(client->getRows("/test/rows"_s, 0, -2).errorName(), invalid);
 }
 
-TEST_F(DbusListsTest, OfRowsThatANodeHasNotIsAnError)
+TEST_F(DbusListsTest, OfRowsOfANodeWithoutRowsIsAnError)
 {
     publishValue("/test/value"_s, 1);
     EXPECT_EQ(client->getRows("/test/value"_s, 0, -1).errorName(), "org.tavo.Error.NotSupported");
@@ -146,7 +146,7 @@ TEST_F(DbusListsTest, TellWhereARowIs)
     EXPECT_EQ(matchRow("/test/rows"_s, "/c"_s), -1);
 }
 
-TEST_F(DbusListsTest, AreClosedForThoseWhoListen)
+TEST_F(DbusListsTest, AreClosedForTheirListeners)
 {
     const auto close = [this] {
         return client->ask("Close", {"/test/rows"_s}).reader().readBoolean();

@@ -15,7 +15,7 @@ TEST_F(DbusValuesTest, AreReadAsTheNodeHoldsThem)
     EXPECT_EQ(client->getValue("/test/value"_s).variant(), QVariant(QVariantHash{{"int", 5}}));
 }
 
-TEST_F(DbusValuesTest, OfAPathWithoutANodeAreAnErrorThatNamesIt)
+TEST_F(DbusValuesTest, OfAMissingNodeAreAnErrorThatNamesIt)
 {
     const BusCall call = client->getValue("/test/nothing"_s);
     EXPECT_EQ(call.errorName(), "org.tavo.Error.NoSuchNode");
@@ -39,7 +39,7 @@ TEST_F(DbusValuesTest, AreRefusedWhenTheirPathIsNotCanonical)
     EXPECT_EQ(client->getValue('/' + QString(5000, 'x')).errorName(), "org.tavo.Error.InvalidPath");
 }
 
-TEST_F(DbusValuesTest, GoToANodeAndItsAnswerComesBack)
+TEST_F(DbusValuesTest, ReachANodeAndItsReplyComesBack)
 {
     publishEcho("/test/echo"_s);
     const QVariantHash value{{"text", "ü"},
@@ -57,7 +57,7 @@ TEST_F(DbusValuesTest, OfAMegabyteGoThrough)
     EXPECT_EQ(client->send("/test/echo"_s, bytes).variant(), bytes);
 }
 
-TEST_F(DbusValuesTest, NestedAsDeepAsABusAllowsGoThrough)
+TEST_F(DbusValuesTest, NestedAsDeeplyAsABusAllowsGoThrough)
 {
     publishEcho("/test/echo"_s);
     QVariant lists = 1;
@@ -72,7 +72,7 @@ TEST_F(DbusValuesTest, NestedAsDeepAsABusAllowsGoThrough)
     EXPECT_EQ(client->send("/test/echo"_s, records).variant(), records);
 }
 
-TEST_F(DbusValuesTest, ThatAnAnswerCanNotHoldAreAnErrorOfItsOwn)
+TEST_F(DbusValuesTest, ThatAReplyCanNotHoldAreUnsupported)
 {
     publishRequest("/test/deep"_s, [](const CMSetDataRequest &request) {
         QVariant value = 1;
@@ -84,7 +84,7 @@ TEST_F(DbusValuesTest, ThatAnAnswerCanNotHoldAreAnErrorOfItsOwn)
     EXPECT_EQ(client->send("/test/deep"_s, 1).errorName(), "org.tavo.Error.UnsupportedValue");
 }
 
-TEST_F(DbusValuesTest, AreAnsweredWhenTheModuleAnswersAndNobodyElseWaitsForIt)
+TEST_F(DbusValuesTest, AreAnsweredWhenTheModuleRepliesAndDelayNobodyElse)
 {
     publishEcho("/test/echo"_s);
     CMReply<QVariant> late;
@@ -123,13 +123,13 @@ TEST_F(DbusValuesTest, ThatAModuleRefusesAreItsError)
     EXPECT_EQ(call.errorMessage(), "Not like this");
 }
 
-TEST_F(DbusValuesTest, GoToNoNodeThatTakesNone)
+TEST_F(DbusValuesTest, AreRefusedByANodeThatTakesNoRequests)
 {
     publishValue("/test/value"_s, 5);
     EXPECT_EQ(client->send("/test/value"_s, 1).errorName(), "org.tavo.Error.NotSupported");
 }
 
-TEST_F(DbusValuesTest, SentWithoutWaitingForAnAnswerArrive)
+TEST_F(DbusValuesTest, SentWithoutExpectingAReplyArrive)
 {
     QVariant arrived;
     publishRequest("/test/keep"_s, [&arrived](const CMSetDataRequest &request) {
