@@ -8,28 +8,28 @@
 #include <CLI/CLI.hpp>
 
 namespace {
-const char *const s_description = "Plays and shows notifications on a device that runs tavo-host, "
-                                  "and looks into the host's model.";
+const char *const description = "Plays and shows notifications on a device that runs tavo-host, "
+                                "and looks into the host's model.";
 
-const char *const s_footer =
+const char *const footer =
     "Colours and a live line are for terminals; NO_COLOR turns the colours off. What goes wrong is "
     "told in one line on standard error.\n\n"
     "Environment:\n"
     "  TAVO_BUS   the bus, where --bus names none\n"
     "  NO_COLOR   when set and not empty: no colours";
 
-std::string patienceComplaint(const std::string &text)
+std::string replyTimeoutError(const std::string &text)
 {
-    constexpr double least = 0.01;
-    constexpr double most = 86400;
+    constexpr double min = 0.01;
+    constexpr double max = 86400;
     double seconds = 0;
     const bool isNumber = CLI::detail::lexical_cast(text, seconds);
-    // Not the other way round: no comparison holds for what is no number.
-    return isNumber && seconds >= least && seconds <= most ? ""
-                                                           : "must be a number from 0.01 to 86400";
+    // Written so that not-a-number is refused as well.
+    return isNumber && seconds >= min && seconds <= max ? ""
+                                                        : "must be a number from 0.01 to 86400";
 }
 
-std::string busComplaint(const std::string &text)
+std::string busError(const std::string &text)
 {
     const bool isAddress = text.find(':') != std::string::npos;
     return isAddress || text == "session" || text == "system"
@@ -43,14 +43,14 @@ void defineGlobalOptions(CLI::App &app, Options &options)
     app.set_version_flag("--version", "tavo " TAVO_VERSION, "Show the version");
     app.add_option("--bus", options.bus, "session, system or a bus address (session)")
         ->envname("TAVO_BUS")
-        ->check(CLI::Validator(busComplaint, ""))
+        ->check(CLI::Validator(busError, ""))
         ->type_name(ValueName::bus);
     app.add_flag("--json", options.json, "Print JSON");
-    app.add_option("--patience", options.patienceSeconds,
-                   "How many seconds the bus and the host may take to answer (10)")
-        ->check(CLI::Validator(patienceComplaint, ""))
+    app.add_option("--reply-timeout", options.replyTimeoutSeconds,
+                   "How many seconds to wait for a reply of the bus or the host (10)")
+        ->check(CLI::Validator(replyTimeoutError, ""))
         ->type_name(ValueName::seconds);
-    // Hidden: an option without a group is in no help.
+    // An option without a group is not in the help.
     app.add_option("--generate", options.generate)
         ->check(CLI::IsMember({"man", "bash", "zsh", "fish"}))
         ->group("");
@@ -83,18 +83,18 @@ CommandLineEnd wrongArguments(const CLI::App &app, const CLI::Error &error)
 
 std::unique_ptr<CLI::App> defineCommandLine(Options &options)
 {
-    auto app = std::make_unique<CLI::App>(s_description, "tavo");
-    app->footer(s_footer);
+    auto app = std::make_unique<CLI::App>(description, "tavo");
+    app->footer(footer);
     defineGlobalOptions(*app, options);
     defineNotificationCommands(*app, options);
     defineModelCommands(*app, options);
     defineOverviewCommands(*app, options);
-    // With one at most, what follows a command's name is its own, even if it is called as a command.
+    // At most one: an argument of a command may have the name of another command.
     app->require_subcommand(0, 1);
     return app;
 }
 
-std::variant<Options, CommandLineEnd> readCommandLine(int argc, const char *const *argv)
+Result<Options, CommandLineEnd> readCommandLine(int argc, const char *const *argv)
 {
     Options options;
     const auto app = defineCommandLine(options);

@@ -3,28 +3,27 @@
 
 #pragma once
 
+#include "base/Result.h"
 #include "cli/ExitCode.h"
 #include "cli/Options.h"
 
 #include <memory>
 #include <string>
-#include <variant>
 
 namespace CLI {
 class App;
 }
 
-/// The program's commands and options with their texts: what reads the arguments, what --help shows
-/// and what the man page and the completions are made of. Reading puts the arguments into the
-/// options, which must outlive the definition.
+/// Defines the commands and options with their texts: the source of --help, the man page and the
+/// completions. Parsing writes to the options, which must outlive the definition.
 std::unique_ptr<CLI::App> defineCommandLine(Options &options);
 
-/// What ends the program before there is anything to do: help, the version, wrong arguments.
+/// Output that replaces a command: help, the version, or what is wrong with the arguments.
 struct CommandLineEnd
 {
     ExitCode code;
     std::string text;
 };
 
-/// Reads the arguments, the program's own name first.
-std::variant<Options, CommandLineEnd> readCommandLine(int argc, const char *const *argv);
+/// Reads the arguments, which begin with the program's name.
+Result<Options, CommandLineEnd> readCommandLine(int argc, const char *const *argv);

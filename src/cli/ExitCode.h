@@ -3,20 +3,21 @@
 
 #pragma once
 
-/// What the program tells the script that called it. Documented in docs/cli.md and in the man page,
-/// whose table is made of s_exitCodeTexts.
+#include <QString>
+
+/// The program's exit codes, documented in docs/cli.md and, by exitCodeTexts, in the man page.
 enum class ExitCode {
     Ok = 0,
-    /// The host's answer is an error; cancel: nothing by that name; doctor: something is missing.
+    /// The host replied with an error; cancel: nothing has that name; doctor: something is missing.
     Refused = 1,
 
-    // How something that was waited for ended, where it did not end by itself.
+    // How a sound or message ended that --wait waited for.
     Cancelled = 10,
     Dismissed = 11,
     Failed = 12,
     EndUnknown = 13,
 
-    // Those of sysexits.h, as tavo-host uses them.
+    // As in sysexits.h.
     Usage = 64,
     NoInput = 66,
     Unavailable = 69,
@@ -27,13 +28,20 @@ enum class ExitCode {
     SignalBase = 128,
 };
 
+/// Why a command failed: the code to exit with, and what to print.
+struct ExitFailure
+{
+    ExitCode code;
+    QString reason;
+};
+
 struct ExitCodeText
 {
     const char *code;
     const char *meaning;
 };
 
-inline constexpr ExitCodeText s_exitCodeTexts[] = {
+inline constexpr ExitCodeText exitCodeTexts[] = {
     {"0", "Did what was asked. With --wait: the sound was heard to its end, or the message was "
           "shown for its time."},
     {"1", "The host refused the request. From cancel: there is nothing by that name. From doctor: "

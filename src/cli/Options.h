@@ -5,8 +5,7 @@
 
 #include <string>
 
-/// What the person at the command line asks for. The texts are what was typed, as bytes: a file's
-/// name need not be UTF-8.
+/// The arguments of the program. Strings hold them as bytes: the name of a file need not be UTF-8.
 struct Options
 {
     enum class Command {
@@ -29,18 +28,18 @@ struct Options
     // For every command.
     std::string bus = "session";
     bool json = false;
-    double patienceSeconds = 10;
+    double replyTimeoutSeconds = 10;
 
     // sound
     std::string file;
-    std::string id; ///< cancel's as well
+    std::string id; ///< of cancel too
     std::string streamFormat;
     bool loop = false;
 
     // show
     std::string title;
     std::string message;
-    int timeout = -1; ///< in milliseconds; -1: what the host is configured with
+    int timeout = -1; ///< in milliseconds; -1: the host's default
 
     // sound and show
     std::string priority = "normal";

@@ -8,5 +8,5 @@
 #include <optional>
 #include <string>
 
-/// Reads a priority's name, in either case, or any number that a priority can be.
+/// Reads a priority's name, in any case, or an integer.
 std::optional<TavoNotificationItemPriority::Enum> priorityFromText(const std::string &text);

@@ -37,13 +37,13 @@ int run(const Options &options, QCoreApplication &application)
     Terminal terminal;
     TavoClient client(QString::fromStdString(options.bus));
     constexpr int secondMs = 1000;
-    client.setTimeout(int(options.patienceSeconds * secondMs));
+    client.setTimeout(int(options.replyTimeoutSeconds * secondMs));
     const auto command = Command::create(options, client, terminal);
-    // Queued: it may be finished before the event loop runs, which alone can be ended.
+    // Queued, as it may be finished before the event loop runs.
     tavoConnect(
         command.get(), &Command::finished, &application,
         [](int code) { QCoreApplication::exit(code); }, Qt::QueuedConnection);
-    // May read standard input for as long as that takes: a signal ends it, and no clock.
+    // May block while it reads standard input. A signal ends the program until it returns.
     command->start();
     const auto stopSignals = StopSignals::install();
     if (stopSignals) { // Without them, a signal ends the process at once.

@@ -6,7 +6,7 @@
 #include "cli/commands/ErrorText.h"
 
 namespace {
-/// The player refuses a cancel for one reason alone.
+/// The player refuses a cancel for one reason only.
 bool isUnknownSound(const CMError &error)
 {
     return error.name() == QLatin1String("Notifications");
@@ -33,7 +33,7 @@ void CancelCommand::start()
 
 void CancelCommand::cancelMessage(const CMPath &path)
 {
-    // Asked first: the host logs a warning when it is to cancel what isn't there.
+    // Checked first: the host logs a warning when there is nothing to cancel.
     const CMPath queue = TavoNotificationDisplayQueuePath();
     onAnswer<int>(client().matchRow(queue, path.toQVariant()), queue, [this, path](const int &row) {
         if (row < 0) {

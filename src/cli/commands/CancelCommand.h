@@ -6,7 +6,7 @@
 #include "cli/commands/Command.h"
 #include <client/TavoMessages.h>
 
-/// Ends a sound or takes a message away, by whichever name it is known.
+/// Cancels a sound, or closes a message.
 class CancelCommand : public Command
 {
     Q_OBJECT
@@ -23,7 +23,7 @@ public:
 private:
     QString id() const { return QString::fromStdString(options().id); }
     void cancelMessage(const CMPath &path);
-    /// A sound, where no message that is open has the number.
+    /// Cancels a sound if no open message has the number.
     void cancelByNumber(uint number);
     void cancelSound();
     void succeed(const QString &kind);

@@ -14,9 +14,9 @@
 #include <functional>
 #include <memory>
 
-/// One command at work: asks the host, prints, and says with which code the program is to end.
+/// Carries out a command: sends requests to the host, prints, and finishes with an exit code.
 ///
-/// Thread: the main thread, with its event loop. What it uses outlives it.
+/// Thread: the main thread. The constructor's arguments must outlive the command.
 class Command : public QObject
 {
     Q_OBJECT
@@ -29,17 +29,16 @@ public:
     {
     }
 
-    /// The command that the options name.
     static std::unique_ptr<Command> create(const Options &options, TavoClient &client,
                                            Terminal &terminal);
 
     virtual void start() = 0;
 
-    /// A signal asks the program to end; comes once.
+    /// Called once, for the first SIGINT or SIGTERM.
     virtual void interrupt(int signal) { finishBySignal(signal); }
 
 Q_SIGNALS:
-    /// Once; nothing is printed after it.
+    /// Emitted once; nothing is printed afterwards.
     void finished(int code);
 
 protected:
@@ -47,19 +46,19 @@ protected:
     TavoClient &client() { return m_client; }
     Terminal &terminal() { return m_terminal; }
 
-    /// Prints the value as JSON where that was asked for, and as the text for people elsewhere.
+    /// Prints the value with --json, else the text.
     void print(const QVariant &json, const QString &text);
 
     bool isFinished() const { return m_isFinished; }
     void finish(ExitCode code);
     void finishBySignal(int signal);
 
-    /// Prints one line about what went wrong and finishes.
+    /// Prints an error, and finishes.
     void fail(ExitCode code, const QString &text);
-    /// The same for an error; the path is what was asked for, if anything.
+    /// The same for an error of the client; the path is that of the request, if any.
     void fail(const CMError &error, const CMPath &path = {});
 
-    /// Calls the function with the good answer; any error ends the program.
+    /// Calls the function with the reply's value; an error ends the program.
     template <typename T>
     void onAnswer(const CMReply<T> &reply, const CMPath &path, std::function<void(const T &)> use)
     {
@@ -72,7 +71,7 @@ protected:
         });
     }
 
-    /// The path that was typed; finishes and gives the empty one when it is none.
+    /// The path argument. If it is no path, finishes and returns an empty one.
     CMPath typedPath();
 
 private:

@@ -37,8 +37,8 @@ void DoctorCommand::lookAtModuleFiles()
         lookAtHost();
         return;
     }
-    constexpr int patienceMs = 10000;
-    QTimer::singleShot(patienceMs, &m_process, &QProcess::kill);
+    constexpr int timeoutMs = 10000;
+    QTimer::singleShot(timeoutMs, &m_process, &QProcess::kill);
     m_process.start(program, {QStringLiteral("--list-modules")});
 }
 

@@ -10,7 +10,7 @@
 #include <QProcess>
 #include <QVector>
 
-/// Looks at all that has to be there, one thing after the other, and says what isn't.
+/// Checks one after another everything that has to be there, and prints what is missing.
 class DoctorCommand : public Command
 {
     Q_OBJECT
@@ -39,6 +39,6 @@ private:
     void printFindings();
 
     TavoMessages m_messages;
-    QProcess m_process; ///< tavo-host, asked for its modules
+    QProcess m_process; ///< tavo-host --list-modules
     QVector<Finding> m_findings;
 };

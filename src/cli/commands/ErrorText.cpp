@@ -66,7 +66,7 @@ QString errorText(const CMError &error, const CMPath &path, const QString &bus)
             .arg(bus);
     }
     if (name == TavoClientError::timedOut()) {
-        return QStringLiteral("%1. With --patience it is waited for longer")
+        return QStringLiteral("%1. To wait longer, use --reply-timeout")
             .arg(error.message().toString());
     }
     if (name == CMErrors::noSuchNode() && !path.isEmpty()) {

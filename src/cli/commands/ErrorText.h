@@ -9,8 +9,8 @@
 
 #include <QString>
 
-/// What an error means for the program's end.
+/// The exit code for an error.
 ExitCode exitCodeOf(const CMError &error);
 
-/// What happened and what to do about it, in one sentence or two.
+/// What happened and what to do about it, in one or two sentences.
 QString errorText(const CMError &error, const CMPath &path, const QString &bus);

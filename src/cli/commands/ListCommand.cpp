@@ -7,9 +7,9 @@
 
 void ListCommand::start()
 {
-    constexpr int usualCount = 100;
-    const int most = options().count < 0 ? usualCount : options().count;
-    readMessages(client(), this, most, [this](const ShownMessages &messages, const CMError &error) {
+    constexpr int defaultCount = 100;
+    const int max = options().count < 0 ? defaultCount : options().count;
+    readMessages(client(), this, max, [this](const ShownMessages &messages, const CMError &error) {
         if (error.isError()) {
             fail(error, TavoNotificationDisplayQueuePath());
             return;
@@ -30,7 +30,7 @@ void ListCommand::printLines(const ShownMessages &messages)
     for (int i = 0; i < messages.messages.size(); ++i) {
         terminal().print(lineOf(messages.messages[i], i));
     }
-    // What isn't a message would be taken for one by who reads a pipe.
+    // Readers of a pipe would take a note for a message.
     if (messages.isCut) {
         terminal().printNote(QStringLiteral("There are more: see --count."));
     } else if (messages.messages.isEmpty()) {

@@ -10,7 +10,7 @@
 #include <QString>
 #include <QTimer>
 
-/// Keeps the live line saying what is going on and for how long.
+/// Shows in the live line what is going on and for how long.
 class LiveClock : public QObject
 {
     Q_OBJECT
@@ -18,7 +18,7 @@ class LiveClock : public QObject
 public:
     explicit LiveClock(Terminal &terminal);
 
-    /// What goes on from now on; the time begins anew.
+    /// Shows this text from now on, and starts the time again.
     void show(const QString &what);
 
 private Q_SLOTS:

@@ -6,22 +6,22 @@
 namespace {
 using Use = std::function<void(const ShownMessages &, const CMError &)>;
 
-/// What has been read so far, shared by the answers that are awaited.
+/// What has been read so far; shared by the pending replies.
 struct Reading
 {
     ShownMessages messages;
-    int awaited = 0;
+    int pending = 0;
     Use use;
 
     void answered()
     {
-        if (--awaited == 0) {
+        if (--pending == 0) {
             use(messages, {});
         }
     }
 };
 
-/// A message's text is its node's first row; others are rows of another kind.
+/// The text of a message, which is the first row of its node.
 QString textOf(const QVariantList &rows)
 {
     const QVariantHash row = rows.isEmpty() ? QVariantHash() : rows.first().toHash();
@@ -32,7 +32,7 @@ void readOne(TavoClient &client, QObject *context, const std::shared_ptr<Reading
              int index)
 {
     const CMPath path = reading->messages.messages[index].path;
-    reading->awaited += 2;
+    reading->pending += 2;
     client.tree(path).onFinished(
         context, [reading, index, path](const CMReply<QVector<TavoClientNode>> &answer) {
             const auto nodes = answer.value();
@@ -65,23 +65,23 @@ QVariantList ShownMessages::toList() const
     return list;
 }
 
-void readMessages(TavoClient &client, QObject *context, int most, const Use &use)
+void readMessages(TavoClient &client, QObject *context, int max, const Use &use)
 {
-    // One more tells whether there are more.
-    client.rows(TavoNotificationDisplayQueuePath(), 0, most + 1)
-        .onFinished(context, [&client, context, most, use](const CMReply<QVariantList> &answer) {
+    // One more, to know whether there are more.
+    client.rows(TavoNotificationDisplayQueuePath(), 0, max + 1)
+        .onFinished(context, [&client, context, max, use](const CMReply<QVariantList> &answer) {
             if (answer.error().isError()) {
                 use({}, answer.error());
                 return;
             }
             const auto reading = std::make_shared<Reading>();
             reading->use = use;
-            for (const QVariant &row : answer.value().mid(0, most)) {
+            for (const QVariant &row : answer.value().mid(0, max)) {
                 reading->messages.messages.append({CMPath::fromQVariant(row), {}, {}});
             }
-            reading->messages.isCut = answer.value().size() > most;
-            // Held until all are asked for.
-            reading->awaited = 1;
+            reading->messages.isCut = answer.value().size() > max;
+            // One more than the requests, until all are sent.
+            reading->pending = 1;
             for (int i = 0; i < reading->messages.messages.size(); ++i) {
                 readOne(client, context, reading, i);
             }

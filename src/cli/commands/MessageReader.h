@@ -11,7 +11,7 @@
 #include <functional>
 #include <memory>
 
-/// A message on the display, as its node tells of it.
+/// A message of the display.
 struct ShownMessage
 {
     CMPath path;
@@ -21,17 +21,16 @@ struct ShownMessage
     QVariantHash toHash() const;
 };
 
-/// The messages of the display's queue, the one on display first.
+/// The first messages of the display's queue, in its order.
 struct ShownMessages
 {
     QVector<ShownMessage> messages;
-    bool isCut = false; ///< there are more than were asked for
+    bool isCut = false; ///< there are more messages
 
     QVariantList toList() const;
 };
 
-/// Reads the queue, up to that many of it, and the title and text of each. One that closes meanwhile
-/// has neither. The function is called once, unless the context goes; with an error when there is no
-/// queue.
-void readMessages(TavoClient &client, QObject *context, int most,
+/// Reads up to @p max messages of the queue. One that closes meanwhile has no title or text. Calls the
+/// function once, unless the context is deleted before; with an error when there is no queue.
+void readMessages(TavoClient &client, QObject *context, int max,
                   const std::function<void(const ShownMessages &, const CMError &)> &use);

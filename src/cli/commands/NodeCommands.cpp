@@ -43,7 +43,7 @@ void RowsCommand::printRows(const QVariantList &rows)
     for (const QVariant &row : rows) {
         const QString text = valueText(row);
         const bool isLong = text.contains(QLatin1Char('\n'));
-        // A blank line parts what takes several.
+        // A blank line separates rows of several lines.
         const bool isApart = !isFirst && (isLong || wasLong);
         terminal().print(isApart ? QLatin1Char('\n') + text : text);
         isFirst = false;
@@ -69,11 +69,11 @@ void CallCommand::start()
     QVariant value;
     if (!json.isEmpty()) {
         const auto read = fromJson(json);
-        if (const auto *error = std::get_if<JsonError>(&read)) {
+        if (const auto *failure = std::get_if<Failure>(&read)) {
             fail(ExitCode::Usage,
-                 QStringLiteral("the value is no JSON: %1. A text needs its quotes: "
+                 QStringLiteral("the value is not JSON: %1. A string needs its quotes: "
                                 "'\"like this\"'")
-                     .arg(error->reason));
+                     .arg(failure->reason));
             return;
         }
         value = std::get<QVariant>(read);

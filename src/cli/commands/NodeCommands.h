@@ -5,7 +5,7 @@
 
 #include "cli/commands/Command.h"
 
-// The commands that take one request to the model and print its answer.
+// The commands that send one request to the host and print the reply.
 
 class GetCommand : public Command
 {

@@ -9,7 +9,7 @@
 
 #include <optional>
 
-/// Shows a message; waits for its end where that was asked for.
+/// Shows a message; with --wait, waits for its end.
 class ShowCommand : public Command
 {
     Q_OBJECT
@@ -31,6 +31,6 @@ private:
 
     TavoMessages m_messages;
     LiveClock m_clock;
-    std::optional<uint> m_id; ///< once it is shown
-    int m_signal = 0;         ///< that interrupted it, 0: none
+    std::optional<uint> m_id; ///< empty until the message is shown
+    int m_signal = 0;         ///< the signal that interrupted the command, or 0
 };

@@ -26,8 +26,8 @@ SoundCommand::SoundCommand(const Options &options, TavoClient &client, Terminal 
 void SoundCommand::start()
 {
     const auto source = soundSource(options());
-    if (const auto *error = std::get_if<SoundSourceError>(&source)) {
-        fail(error->code, error->text);
+    if (const auto *failure = std::get_if<ExitFailure>(&source)) {
+        fail(failure->code, failure->reason);
         return;
     }
     m_item.setId(options().id.empty() ? newId() : QString::fromStdString(options().id))
@@ -45,7 +45,7 @@ void SoundCommand::start()
     tavoConnect(m_inbox.get(), &TavoInbox::failed, this, &SoundCommand::on_inbox_failed);
     tavoConnect(m_inbox.get(), &TavoInbox::lost, this, &SoundCommand::on_inbox_lost);
     tavoConnect(m_inbox.get(), &TavoInbox::responded, this, &SoundCommand::on_inbox_responded);
-    // An inbox waits for a host; this tells when there is none.
+    // Opening an inbox waits for a host; this fails when there is none.
     onAnswer<QString>(client().version(), {}, [](const QString &) {});
 }
 
@@ -87,7 +87,7 @@ void SoundCommand::on_item_refused(const CMError &error)
         fail(error, TavoNotificationPlayerEnqueuePath());
         return;
     }
-    // It doesn't say why, but not much is left that it could be.
+    // The reply gives no reason; an id in use is the likeliest.
     fail(ExitCode::Refused,
          QStringLiteral("the host did not queue the sound %1: one by that id may be there already. "
                         "Its log says why")
@@ -124,7 +124,7 @@ void SoundCommand::report(const char *event)
 
 void SoundCommand::on_inbox_responded(const TavoNotificationPlayerResponse &response)
 {
-    // Anybody can send to an inbox.
+    // Any client can send to an inbox.
     if (response.id() != m_item.id()) {
         return;
     }
@@ -170,7 +170,7 @@ void SoundCommand::interrupt(int signal)
         finishBySignal(signal);
         return;
     }
-    // Its end is reported to the inbox, and ends this program.
+    // The inbox gets the sound's end, which ends the program.
     client().cancelSound(m_item.id()).onFinished(this, [this](const CMReply<QVariant> &answer) {
         if (answer.error().isError()) {
             finishBySignal(m_signal);

@@ -9,8 +9,7 @@
 
 #include <vector>
 
-/// Queues a sound; waits for its end where that was asked for, or where it would end with this
-/// program.
+/// Queues a sound. With --wait or --loop, waits for its end: a loop ends with this program.
 class SoundCommand : public Command
 {
     Q_OBJECT
@@ -36,11 +35,11 @@ private:
     void report(const char *event);
 
     TavoNotificationPlayerItem m_item;
-    std::unique_ptr<TavoInbox> m_inbox; ///< where the sound's end is waited for
+    std::unique_ptr<TavoInbox> m_inbox; ///< receives the sound's events
     LiveClock m_clock;
     bool m_isSent = false;
     bool m_isQueued = false;
-    /// What came before the answer that the sound is queued: it is told in its order.
+    /// Events that came before the reply to the request; printed after it.
     std::vector<TavoNotificationPlayerResponse> m_early;
-    int m_signal = 0; ///< that interrupted it, 0: none
+    int m_signal = 0; ///< the signal that interrupted the command, or 0
 };

@@ -14,23 +14,22 @@
 #include <unistd.h>
 
 namespace {
-/// The host has a limit of its own, which may be far below; this one keeps the program from
-/// collecting an endless input.
-constexpr int s_mostInput = 32 << 20;
+/// Ends the reading of endless input. The host's own limit may be far lower.
+constexpr int maxInputBytes = 32 << 20;
 
-SoundSourceError noInput(const QByteArray &what, int error)
+ExitFailure noInput(const QByteArray &what, int error)
 {
     return {ExitCode::NoInput,
             QStringLiteral("%1 can't be read: %2")
                 .arg(QString::fromUtf8(what), QString::fromLocal8Bit(std::strerror(error)))};
 }
 
-std::variant<SoundSource, SoundSourceError> readInput()
+Result<SoundSource, ExitFailure> readInput()
 {
     if (isatty(STDIN_FILENO) == 1) {
-        return SoundSourceError{ExitCode::NoInput,
-                                QStringLiteral("standard input is the terminal: send a sound file "
-                                               "to it, as in: tavo sound - < chime.flac")};
+        return ExitFailure{ExitCode::NoInput,
+                           QStringLiteral("standard input is the terminal: send a sound file "
+                                          "to it, as in: tavo sound - < chime.flac")};
     }
     QByteArray input;
     std::array<char, 1 << 16> buffer{};
@@ -43,21 +42,21 @@ std::variant<SoundSource, SoundSourceError> readInput()
             break;
         }
         input.append(buffer.data(), int(std::max<ssize_t>(size, 0)));
-        if (input.size() > s_mostInput) {
-            return SoundSourceError{ExitCode::NoInput,
-                                    QStringLiteral("standard input has more than %1 MiB: put the "
-                                                   "sound into a file, and name that")
-                                        .arg(s_mostInput >> 20)};
+        if (input.size() > maxInputBytes) {
+            return ExitFailure{ExitCode::NoInput,
+                               QStringLiteral("standard input has more than %1 MiB: put the "
+                                              "sound into a file, and name that")
+                                   .arg(maxInputBytes >> 20)};
         }
     }
     if (input.isEmpty()) {
-        return SoundSourceError{ExitCode::NoInput, QStringLiteral("standard input is empty")};
+        return ExitFailure{ExitCode::NoInput, QStringLiteral("standard input is empty")};
     }
     return SoundSource{TavoNotificationPlayerItemType::Data, QString::fromLatin1(input.toBase64())};
 }
 
-/// Why the file can't be played; 0 when it seems that it can. A FIFO isn't opened: that would take
-/// it from the host.
+/// The errno of why the file can't be played; 0 if it probably can. Opens nothing: that would take a
+/// FIFO's data from the host.
 int fileError(const QByteArray &name)
 {
     struct stat status = {};
@@ -85,15 +84,15 @@ QString fileUri(const QByteArray &name, const QByteArray &folder)
     return QStringLiteral("file://") + QString::fromLatin1(absolute.toPercentEncoding("/"));
 }
 
-std::variant<SoundSource, SoundSourceError> soundSource(const Options &options)
+Result<SoundSource, ExitFailure> soundSource(const Options &options)
 {
     const QByteArray name = QByteArray::fromStdString(options.file);
     const bool isStream = !options.streamFormat.empty();
     if (name == "-") {
         if (isStream) {
-            return SoundSourceError{ExitCode::Usage,
-                                    QStringLiteral("a stream can't be read from standard input: "
-                                                   "make a FIFO with mkfifo, and name that")};
+            return ExitFailure{ExitCode::Usage,
+                               QStringLiteral("a stream can't be read from standard input: "
+                                              "make a FIFO with mkfifo, and name that")};
         }
         return readInput();
     }

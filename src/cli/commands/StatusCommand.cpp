@@ -6,8 +6,8 @@
 #include "cli/output/ValueText.h"
 
 namespace {
-/// How many of those that wait are looked at; their number is told up to it.
-constexpr int s_mostMessages = 20;
+/// The number of waiting messages is reported up to this.
+constexpr int maxMessages = 20;
 
 QString texts(const TavoList<QString> &list)
 {
@@ -37,16 +37,16 @@ QString notThere(const char *module)
 
 void StatusCommand::start()
 {
-    // Held until all are asked for.
-    m_awaited = 1;
+    // One more than the requests, until all are sent.
+    m_pending = 1;
     read(TavoNotificationPlayerIsPlayingPath(),
          [this](const TavoValue &value) { m_sounds = value.bool_(); });
     read(TavoPlayerMainAudioStatePath(),
          [this](const TavoValue &value) { m_audio = value.mainAudioState(); });
     read(TavoPowerManagerStatePath(),
          [this](const TavoValue &value) { m_power = value.powerManagerState(); });
-    ++m_awaited;
-    readMessages(client(), this, s_mostMessages,
+    ++m_pending;
+    readMessages(client(), this, maxMessages,
                  [this](const ShownMessages &messages, const CMError &error) {
                      if (!error.isError()) {
                          m_messages = messages;
@@ -60,7 +60,7 @@ void StatusCommand::start()
 
 void StatusCommand::read(const CMPath &path, std::function<void(const TavoValue &)> use)
 {
-    ++m_awaited;
+    ++m_pending;
     client().getValue(path).onFinished(this, [this, use](const CMReply<QVariant> &answer) {
         if (!answer.error().isError()) {
             use(TavoValue(answer.value().toHash()));
@@ -73,7 +73,7 @@ void StatusCommand::read(const CMPath &path, std::function<void(const TavoValue 
 
 void StatusCommand::answered()
 {
-    if (--m_awaited == 0 && !isFinished()) {
+    if (--m_pending == 0 && !isFinished()) {
         print(toHash(), toText());
         finish(ExitCode::Ok);
     }

@@ -8,7 +8,7 @@
 
 #include <optional>
 
-/// Tells what goes on, as far as the model knows it.
+/// Prints the state of sounds, main audio, display and power.
 class StatusCommand : public Command
 {
     Q_OBJECT
@@ -30,8 +30,8 @@ private:
     QString powerText();
     QString line(const char *what, const QString &text);
 
-    int m_awaited = 0;
-    // None where its module isn't loaded.
+    int m_pending = 0;
+    // Empty if the module is not loaded.
     std::optional<bool> m_sounds;
     std::optional<TavoPlayerMainAudioState> m_audio;
     std::optional<TavoPowerManagerState> m_power;

@@ -9,8 +9,8 @@
 #include <QTime>
 
 namespace {
-/// As many as one takes in; a queue may hold a hundred thousand.
-constexpr int s_mostRows = 20;
+/// As many as people read; a queue may have a hundred thousand.
+constexpr int maxRows = 20;
 
 bool isUnsupported(const CMError &error)
 {
@@ -45,7 +45,7 @@ void WatchCommand::start()
         follow(path, Kind::Any);
         client().subscribe(path, TavoClient::Change::Node);
     }
-    // Ends the program where there is no host at first.
+    // Ends the program if there is no host at first.
     onAnswer<QString>(client().version(), {}, [](const QString &) {});
 }
 
@@ -112,7 +112,7 @@ void WatchCommand::on_client_valueChanged(const CMPath &path, const QVariant &va
 void WatchCommand::on_client_rowsChanged(const CMPath &path, const QStringList &changes,
                                          int /*first*/, int /*count*/)
 {
-    // Rows that change faster than they are read are read once more, not once for each change.
+    // Rows that changed while they were read are read once more, not once for each change.
     const bool isReading = m_readings.contains(path);
     Reading &reading = m_readings[path];
     reading.changes += changes;
@@ -125,7 +125,7 @@ void WatchCommand::on_client_rowsChanged(const CMPath &path, const QStringList &
 void WatchCommand::readRows(const CMPath &path)
 {
     client()
-        .rows(path, 0, s_mostRows + 1)
+        .rows(path, 0, maxRows + 1)
         .onFinished(this, [this, path](const CMReply<QVariantList> &answer) {
             if (!m_readings.contains(path)) {
                 return; // of a host that has gone
@@ -154,7 +154,7 @@ void WatchCommand::on_rows_refused(const CMPath &path, const CMError &error)
     } else if (!isUnsupported(error)) {
         fail(error, path);
     } else if (m_withoutValue.contains(path)) {
-        // The value was asked for first.
+        // The value is requested first.
         fail(ExitCode::Refused,
              QStringLiteral("%1 takes requests and has nothing to follow").arg(path.toString()));
     }
@@ -162,8 +162,8 @@ void WatchCommand::on_rows_refused(const CMPath &path, const CMError &error)
 
 void WatchCommand::printRows(const CMPath &path, const QVariantList &rows)
 {
-    const QVariantList shown = rows.mid(0, s_mostRows);
-    const bool isCut = rows.size() > s_mostRows;
+    const QVariantList shown = rows.mid(0, maxRows);
+    const bool isCut = rows.size() > maxRows;
     QStringList changes = m_readings[path].changes;
     changes.removeDuplicates();
     const QString rowsText = QString::fromUtf8(toJson(shown, JsonForm::Line));

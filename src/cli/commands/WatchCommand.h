@@ -9,7 +9,7 @@
 #include <QSet>
 #include <QStringList>
 
-/// Prints what is there and then what changes, until it is interrupted.
+/// Prints what is at the path, and then each change, until it is interrupted.
 class WatchCommand : public Command
 {
     Q_OBJECT
@@ -42,13 +42,13 @@ private:
     void readRows(const CMPath &path);
     void on_rows_refused(const CMPath &path, const CMError &error);
     void printRows(const CMPath &path, const QVariantList &rows);
-    /// Ends the program when nobody can read it any more.
+    /// Ends the program when its output can't be written any more.
     void report(const CMPath &path, const QVariantHash &fields, const QString &text);
     void printChange(const CMPath &path, const QVariantHash &fields, const QString &text);
 
     QVector<Followed> m_followed;
     bool m_wasAvailable = false;
-    /// The rows that are being read: what changed meanwhile, and whether to read them again.
+    /// The rows that are being read, with the changes that have come since.
     struct Reading
     {
         QStringList changes;

@@ -11,26 +11,26 @@
 #include <string>
 #include <system_error>
 
-// The parts of the definition, each with the commands of one kind. The order in which they are added
-// is that of the help, the man page and the completions.
+// The parts of the definition, each with the commands of one kind. Help, man page and completions
+// have the commands in the order in which they are added.
 void defineNotificationCommands(CLI::App &app, Options &options);
 void defineModelCommands(CLI::App &app, Options &options);
 void defineOverviewCommands(CLI::App &app, Options &options);
 
-/// Adds a command. The details are paragraphs; the examples, a line each, are shown as they are.
+/// Adds a command. The details are paragraphs; the examples are lines.
 inline CLI::App *addCommand(CLI::App &app, Options &options, Options::Command command,
                             const std::string &name, const std::string &summary,
                             const std::string &details, const std::string &examples)
 {
     CLI::App *added = app.add_subcommand(name, summary);
-    // The options for every command may stand behind its name as well.
+    // The global options may also follow the command's name.
     added->fallthrough();
     added->footer(details + "\n\nExamples:\n" + examples);
     added->callback([&options, command] { options.command = command; });
     return added;
 }
 
-/// A whole number that is not negative and fits an int, and no more about it in the help.
+/// Accepts integers from 0 to the largest int, and adds nothing to the help.
 inline CLI::Validator notNegative()
 {
     const auto complaint = [](const std::string &text) -> std::string {
@@ -39,13 +39,12 @@ inline CLI::Validator notNegative()
         const auto [stop, error] = std::from_chars(text.data(), end, number);
         return error == std::errc() && stop == end && number >= 0
                    ? ""
-                   : "must be a whole number from 0 to 2147483647";
+                   : "must be an integer from 0 to 2147483647";
     };
     return CLI::Validator(complaint, "");
 }
 
-/// What an option's or argument's value is called in the help. The completions know what to offer
-/// by these names.
+/// The names of values in the help. The completions know by them what to offer.
 namespace ValueName {
 constexpr const char *file = "FILE";
 constexpr const char *path = "PATH";

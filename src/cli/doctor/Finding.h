@@ -5,17 +5,17 @@
 
 #include <QString>
 
-/// What one look of the doctor's found.
+/// The result of one check.
 struct Finding
 {
     enum class State {
         Good,
-        Notice, ///< works, but not all that could
+        Notice, ///< works, but could do more
         Missing
     };
 
     State state;
     QString subject; ///< "bus", "host", ...
     QString text;
-    QString remedy; ///< what to do; empty where all is good
+    QString remedy; ///< what to do; empty when good
 };

@@ -8,9 +8,8 @@
 #include <QByteArray>
 #include <QVector>
 
-/// What tavo-host --list-modules says about the module libraries that are installed: a line each,
-/// of name, file and, where it can't be loaded, the error.
+/// Findings about the installed modules, from the output of tavo-host --list-modules.
 QVector<Finding> lookAtModules(const QByteArray &list);
 
-/// The program: beside this one, or on the path; empty when there is none.
+/// The path of tavo-host, beside this program or on PATH; empty when there is none.
 QString hostProgram();

@@ -5,5 +5,5 @@
 
 #include "cli/doctor/Finding.h"
 
-/// Tries to open an ALSA device for playing, as the user that runs this program, and plays nothing.
+/// Checks that the current user can open an ALSA device for playback, without playing anything.
 Finding lookAtSoundDevice(const QString &subject, const QString &device);

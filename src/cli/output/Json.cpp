@@ -67,7 +67,7 @@ QVariant readValue(const QJsonValue &value)
     }
 }
 
-/// Writes a value; each line of a list or a record begins with a line feed and its indentation.
+/// Writes a value. Each element of a list or a record begins with a line feed and indentation.
 class JsonWriter
 {
 public:
@@ -141,7 +141,7 @@ private:
         case QMetaType::ULongLong:
             m_text += value.toByteArray();
             break;
-        // As a text, the smallest would be a character.
+        // toByteArray() would write the smallest of them as a character.
         case QMetaType::Short:
         case QMetaType::UShort:
         case QMetaType::UChar:
@@ -173,7 +173,7 @@ private:
 
     void writeText(const QString &text)
     {
-        // Qt quotes it; the brackets of the array that this takes are cut off.
+        // Quoted by Qt as an array, whose brackets are removed.
         const QByteArray array = QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact);
         m_text += array.mid(1, array.size() - 2);
     }
@@ -215,21 +215,21 @@ private:
     JsonForm m_form;
     QByteArray m_text;
     int m_depth = 0;
-    bool m_isFirst = true; ///< nothing stands yet behind the bracket opened last
+    bool m_isFirst = true; ///< no element has been written since the last bracket
 };
 } // namespace
 
-std::variant<QVariant, JsonError> fromJson(const QByteArray &text)
+Result<QVariant> fromJson(const QByteArray &text)
 {
-    // The parser takes arrays and objects only, so the value is made an array's one element.
+    // The parser accepts arrays and objects only, so the value is wrapped in an array.
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson('[' + text + "\n]", &error);
     if (error.error != QJsonParseError::NoError) {
-        return JsonError{error.errorString()};
+        return Failure{error.errorString()};
     }
     const QJsonArray elements = document.array();
     if (elements.size() != 1) {
-        return JsonError{QStringLiteral("must be one value")};
+        return Failure{QStringLiteral("must be one value")};
     }
     return readValue(elements.first());
 }

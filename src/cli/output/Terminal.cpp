@@ -102,7 +102,7 @@ void Terminal::showLive(const QString &text)
     if (!m_hasLive) {
         return;
     }
-    // A line that wraps could not be taken back.
+    // A line that wraps could not be erased.
     std::fprintf(stderr, "\r\x1b[K%s", text.left(columns() - 1).toUtf8().constData());
     m_isLive = true;
 }

@@ -5,11 +5,10 @@
 
 #include <QString>
 
-/// Where the program writes: results on standard output, what went wrong on standard error.
+/// Writes results to standard output, and errors to standard error.
 ///
-/// On a terminal there are colours, unless NO_COLOR is set and not empty, and a live line: the last
-/// line of standard error, written over and over and gone when something else is written. Elsewhere
-/// there is neither.
+/// A terminal gets colours, unless NO_COLOR is set and not empty, and a live line: the last line of
+/// standard error, which is rewritten until something else is printed.
 class Terminal
 {
 public:
@@ -22,14 +21,14 @@ public:
 
     bool isTerminal() const { return m_isTerminal; }
 
-    /// The text in that style where there are colours, and as it is elsewhere.
+    /// The text in that style, if there are colours.
     QString styled(const QString &text, Style style) const;
 
-    /// Prints a line, or several, on standard output at once: it may be a pipe that somebody follows.
+    /// Prints one or more lines on standard output and flushes them, for readers of a pipe.
     void print(const QString &text);
     void printJson(const QByteArray &json);
 
-    /// Prints what is for people and no result: on the terminal, else on standard error.
+    /// Prints a note for people that is no result: on the terminal, else on standard error.
     void printNote(const QString &text);
 
     /// Prints "tavo: " and the text on standard error.
@@ -38,7 +37,8 @@ public:
     void showLive(const QString &text);
     void endLive();
 
-    /// Whether everything printed has been written; a full disk is noticed here, and told once.
+    /// Flushes; false if anything could not be written, for example to a full disk. Prints that error
+    /// once.
     bool isGood() const { return m_isGood; }
 
 private:

@@ -53,7 +53,7 @@ bool isRecord(const QVariant &value)
 
 QStringList linesOf(const QVariant &value);
 
-/// The lines of a value behind its key or dash: on the same line where one will do.
+/// The lines of a value after its key or dash; on the same line if there is only one.
 QStringList linesBehind(const QString &head, const QVariant &value)
 {
     const QStringList lines = linesOf(value);

@@ -6,10 +6,9 @@
 #include <QString>
 #include <QVariant>
 
-/// A text on one line: control characters as escapes, so that one from outside can't move the
-/// cursor or change the colours of a terminal.
+/// A text on one line. Control characters are escaped, so that no text can steer the terminal.
 QString oneLine(const QString &text);
 
-/// A value for people: a scalar as it is, a record as a line a field, sorted, what is in it
-/// indented below; a list's elements behind a dash.
+/// A value for people: a scalar unchanged, a record as a line for each field, sorted, with nested
+/// values indented, and a list as a line with a dash for each element.
 QString valueText(const QVariant &value);

@@ -7,7 +7,7 @@
 namespace {
 constexpr const char *s_complete = "complete -c tavo";
 
-/// What to offer for a value, as an argument of complete.
+/// The argument of complete that offers the value.
 std::string offer(const std::string &valueName)
 {
     switch (offerFor(valueName)) {
@@ -39,7 +39,7 @@ std::string option(const OptionReference &reference, const std::string &conditio
     return line + " -d " + shellQuoted(reference.description) + '\n';
 }
 
-/// Where the command is that; with a place, where so many words follow it.
+/// The condition for this command; with a place, after that many of its arguments.
 std::string when(const std::string &command, const std::string &place = {})
 {
     return " -n " + shellQuoted("__tavo_is " + command + (place.empty() ? "" : ' ' + place));
@@ -64,7 +64,7 @@ std::string command(const CommandReference &reference)
     return lines;
 }
 
-/// The function that the conditions ask.
+/// The function that the conditions call.
 std::string conditionFunction(const Reference &reference)
 {
     std::string names;

@@ -10,7 +10,7 @@ namespace {
 constexpr std::size_t s_width = 80;
 constexpr std::size_t s_column = 28;
 
-/// The words in lines, all but the first indented.
+/// The words wrapped into lines, of which all but the first are indented.
 std::string wrapped(const std::string &text, std::size_t begin, std::size_t indent)
 {
     std::string result;
@@ -33,7 +33,7 @@ std::string wrapped(const std::string &text, std::size_t begin, std::size_t inde
 std::string entry(const std::string &name, const std::string &description)
 {
     std::string line = "  " + name;
-    // Two blanks at least part the columns.
+    // At least two blanks separate the columns.
     if (line.size() + 2 > s_column) {
         line += '\n' + std::string(s_column, ' ');
     } else {

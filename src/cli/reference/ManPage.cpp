@@ -8,7 +8,7 @@
 #include <cctype>
 
 namespace {
-/// A text of which roff takes nothing for a request or an escape.
+/// Escapes the text for roff.
 std::string escaped(const std::string &text)
 {
     std::string result;
@@ -126,7 +126,7 @@ std::string manPage(const Reference &reference)
         page += command(each, program.name);
     }
     page += ".SH EXIT STATUS\n";
-    for (const ExitCodeText &code : s_exitCodeTexts) {
+    for (const ExitCodeText &code : exitCodeTexts) {
         page += ".TP\n" + bold(code.code) + '\n' + escaped(code.meaning) + '\n';
     }
     page += ".SH NOTES";

@@ -13,7 +13,7 @@ class App;
 /// An option, a flag or a positional argument.
 struct OptionReference
 {
-    std::vector<std::string> names; ///< "-w", "--wait"; none for a positional argument
+    std::vector<std::string> names; ///< "-w", "--wait"; empty for a positional argument
     std::string valueName;          ///< empty for a flag
     std::string description;
     bool isRequired = false;
@@ -23,14 +23,14 @@ struct OptionReference
     std::string synopsis() const;
 };
 
-/// A stretch of text: a paragraph, or lines that stand as they are below a heading.
+/// A paragraph, or lines below a heading.
 struct TextBlock
 {
     std::string heading; ///< empty for a paragraph
     std::vector<std::string> lines;
 };
 
-/// A command with all that is to be told about it.
+/// A command and its documentation.
 struct CommandReference
 {
     std::string name;
@@ -43,11 +43,11 @@ struct CommandReference
     std::string synopsis() const;
 };
 
-/// The whole command line in plain data, read off its definition: the one source of the help, the
-/// man page and the completions.
+/// The command line's definition as plain data, from which help, man page and completions are
+/// written.
 struct Reference
 {
-    CommandReference program; ///< its options may stand with every command
+    CommandReference program; ///< its options can be used with every command
     std::vector<CommandReference> commands;
 
     static Reference of(const CLI::App &app);
@@ -55,6 +55,6 @@ struct Reference
     const CommandReference *find(const std::string &command) const;
 };
 
-/// Takes a text apart: paragraphs are parted by empty lines, and one whose first line ends with a
-/// colon and whose others are indented is a heading with lines.
+/// Splits a text into paragraphs, which are separated by empty lines. One whose first line ends with a
+/// colon, and whose other lines are indented, is a heading with lines.
 std::vector<TextBlock> textBlocks(const std::string &text);

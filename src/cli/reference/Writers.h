@@ -8,9 +8,9 @@
 #include <optional>
 #include <string>
 
-// What is made of the reference. Each holds every command and every option.
+// Everything that is written from the reference. Each has all commands and options.
 
-/// The help of the program, or of one of its commands, in lines of some 80 characters.
+/// The help of the program, or of a command, wrapped at 80 characters.
 std::string helpText(const Reference &reference);
 std::string helpText(const Reference &reference, const CommandReference &command);
 
@@ -22,5 +22,5 @@ std::string bashCompletion(const Reference &reference);
 std::string zshCompletion(const Reference &reference);
 std::string fishCompletion(const Reference &reference);
 
-/// One of them by name: man, bash, zsh or fish.
+/// The man page or completion named "man", "bash", "zsh" or "fish".
 std::optional<std::string> writeReference(const Reference &reference, const std::string &kind);

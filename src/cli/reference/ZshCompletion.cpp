@@ -5,7 +5,7 @@
 #include "cli/reference/Writers.h"
 
 namespace {
-/// A text in which _arguments and _describe take nothing for a sign of theirs.
+/// Escapes the text for _arguments and _describe.
 std::string escaped(const std::string &text)
 {
     std::string result;
@@ -33,7 +33,7 @@ std::string action(const std::string &valueName)
     return " ";
 }
 
-/// What _arguments takes for one of an option's names.
+/// One of an option's names, in the form that _arguments reads.
 std::string optionArgument(const OptionReference &option, const std::string &names,
                            const std::string &name)
 {
@@ -58,7 +58,7 @@ std::string line(const std::string &indent, const std::string &argument)
     return indent + shellQuoted(argument) + " \\\n";
 }
 
-/// A line of arguments for each of an option's names, which exclude each other.
+/// A line for each of an option's names, which exclude each other.
 std::string options(const CommandReference &command, const std::string &indent)
 {
     std::string lines;
@@ -84,7 +84,7 @@ std::string positionals(const CommandReference &command, const std::string &inde
     return lines;
 }
 
-/// A function that offers what the command prints.
+/// A function that offers the lines that the command prints.
 std::string pathFunction(const std::string &name, const std::string &command)
 {
     return name +

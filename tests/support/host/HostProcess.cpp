@@ -210,7 +210,7 @@ bool HostProcess::waitUntil(const std::function<bool()> &condition)
 {
     QTimer limit;
     limit.setSingleShot(true);
-    limit.start(s_patience);
+    limit.start(s_timeout);
     while (!condition() && limit.isActive()) {
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }

@@ -24,8 +24,8 @@
 class HostProcess
 {
 public:
-    /// How long anything may take before a test gives up on it.
-    static constexpr std::chrono::seconds s_patience{20};
+    /// How long a test waits for anything.
+    static constexpr std::chrono::seconds s_timeout{20};
 
     HostProcess();
     ~HostProcess();

@@ -61,8 +61,8 @@ RequesterWorker::RequesterWorker(const QString &name, const QVariantHash &config
     configuration.finish();
 
     m_socket.connectToServer(socket);
-    constexpr int patienceMs = 10000;
-    if (!m_socket.waitForConnected(patienceMs)) {
+    constexpr int timeoutMs = 10000;
+    if (!m_socket.waitForConnected(timeoutMs)) {
         throw std::runtime_error("nobody listens at " + socket.toStdString());
     }
     tavoConnect(&m_socket, &QLocalSocket::readyRead, this, &RequesterWorker::on_socket_readyRead);

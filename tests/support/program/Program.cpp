@@ -11,7 +11,7 @@
 
 namespace {
 /// For failures alone; a program that is read from disk takes its time.
-constexpr std::chrono::seconds s_patience(30);
+constexpr std::chrono::seconds s_timeout(30);
 } // namespace
 
 Program::Program(const QString &file)
@@ -52,7 +52,7 @@ void Program::start(const QStringList &arguments, const QByteArray &input)
 
 int Program::waitForExit()
 {
-    if (!waitFor([this] { return m_process->state() == QProcess::NotRunning; }, s_patience)) {
+    if (!waitFor([this] { return m_process->state() == QProcess::NotRunning; }, s_timeout)) {
         return -1;
     }
     collect();
@@ -70,7 +70,7 @@ int Program::run(const QStringList &arguments, const QByteArray &input)
 bool Program::waitForOutput(const std::string &text)
 {
     return waitFor([&] { return output().find(text) != std::string::npos || !isRunning(); },
-                   s_patience) &&
+                   s_timeout) &&
            output().find(text) != std::string::npos;
 }
 

@@ -53,7 +53,7 @@ TEST_F(CliDoctorTest, TellsThatTheBusIsMissing)
 TEST_F(CliDoctorTest, TellsThatTheBusDoesNotAnswer)
 {
     m_bus.pause();
-    EXPECT_EQ(run({"--patience", "0.2", "doctor", "--json"}), s_refused);
+    EXPECT_EQ(run({"--reply-timeout", "0.2", "doctor", "--json"}), s_refused);
     EXPECT_THAT(findings("bus"), testing::ElementsAre(testing::AllOf(
                                      HasSubstr("missing: "), HasSubstr("does not answer"))));
     EXPECT_THAT(findings("host"), testing::IsEmpty());

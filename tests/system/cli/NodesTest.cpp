@@ -77,7 +77,7 @@ TEST_F(CliNodesTest, CallReadsTheValueFromItsInput)
 TEST_F(CliNodesTest, CallRefusesWhatIsNoJson)
 {
     EXPECT_EQ(run({"call", "/player/mainAudio/volume", "loud"}), s_usage);
-    EXPECT_THAT(m_tavo.error(), HasSubstr("no JSON"));
+    EXPECT_THAT(m_tavo.error(), HasSubstr("not JSON"));
 }
 
 TEST_F(CliNodesTest, CallTellsWhatTheHostRefusedAndWhoSaysSo)
@@ -140,7 +140,7 @@ TEST_F(CliNodesTest, CallTakesAnInputThatComesLaterThanAnAnswerMay)
     Program shell("sh");
     prepare(shell);
     EXPECT_EQ(shell.run({"-c", "(sleep 3; echo 1) | " + QStringLiteral(TAVO_PROGRAM) +
-                                   " --patience 2 call /notifications/player/cancel -"}),
+                                   " --reply-timeout 2 call /notifications/player/cancel -"}),
               s_refused)
         << shell.error();
 }

@@ -91,10 +91,10 @@ TEST_F(CliUnavailableTest, AHostThatDoesNotAnswerIsNotWaitedForLongerThanAsked)
 {
     startHost();
     m_host->sendSignal(SIGSTOP);
-    EXPECT_EQ(run({"--patience", "0.2", "tree"}), s_timedOut);
+    EXPECT_EQ(run({"--reply-timeout", "0.2", "tree"}), s_timedOut);
     m_host->sendSignal(SIGCONT);
     expectOneLine();
-    EXPECT_THAT(m_tavo.error(), HasSubstr("--patience"));
+    EXPECT_THAT(m_tavo.error(), HasSubstr("--reply-timeout"));
 }
 
 TEST_F(CliUnavailableTest, ABusThatSaysNothingIsNotWaitedForLongerThanAsked)
@@ -102,7 +102,7 @@ TEST_F(CliUnavailableTest, ABusThatSaysNothingIsNotWaitedForLongerThanAsked)
     for (const auto after : {SilentBus::After::Connecting, SilentBus::After::Authenticating,
                              SilentBus::After::Greeting}) {
         const SilentBus silent(after);
-        EXPECT_EQ(run({"--patience", "0.2", "--bus", silent.address(), "status"}), s_timedOut);
+        EXPECT_EQ(run({"--reply-timeout", "0.2", "--bus", silent.address(), "status"}), s_timedOut);
         expectOneLine();
         EXPECT_THAT(m_tavo.error(), HasSubstr("does not answer"));
     }
@@ -112,7 +112,7 @@ TEST_F(CliUnavailableTest, EveryCommandTellsThatTheBusSaysNothing)
 {
     m_bus.pause();
     for (const QStringList &command : commands()) {
-        EXPECT_EQ(run(QStringList{"--patience", "0.2"} + command), s_timedOut)
+        EXPECT_EQ(run(QStringList{"--reply-timeout", "0.2"} + command), s_timedOut)
             << command[0].toStdString();
         expectOneLine();
         EXPECT_THAT(m_tavo.error(), HasSubstr("does not answer")) << command[0].toStdString();

@@ -132,7 +132,7 @@ TEST_F(CommandLineTest, RefusesANegativeTimeout)
 
 TEST_F(CommandLineTest, SaysWhichNumbersATimeoutOrACountCanBe)
 {
-    const auto saysSo = HasSubstr(": must be a whole number from 0 to 2147483647.");
+    const auto saysSo = HasSubstr(": must be an integer from 0 to 2147483647.");
     for (const char *wrong : {"-3", "5s", "2.5", "2147483648", ""}) {
         EXPECT_THAT(refusalOf({"show", "x", "--timeout", wrong}), saysSo) << wrong;
         EXPECT_THAT(refusalOf({"list", "--count", wrong}), saysSo) << wrong;
@@ -144,10 +144,10 @@ TEST_F(CommandLineTest, TakesTheLargestTimeout)
     EXPECT_EQ(optionsOf({"show", "x", "--timeout", "2147483647"}).timeout, 2147483647);
 }
 
-TEST_F(CommandLineTest, RefusesPatienceOutOfItsRange)
+TEST_F(CommandLineTest, RefusesAReplyTimeoutOutOfItsRange)
 {
-    EXPECT_THAT(refusalOf({"--patience", "0", "list"}), HasSubstr("--patience"));
-    EXPECT_THAT(refusalOf({"--patience", "nan", "list"}), HasSubstr("--patience"));
+    EXPECT_THAT(refusalOf({"--reply-timeout", "0", "list"}), HasSubstr("--reply-timeout"));
+    EXPECT_THAT(refusalOf({"--reply-timeout", "nan", "list"}), HasSubstr("--reply-timeout"));
 }
 
 TEST_F(CommandLineTest, NamesTheCommandThatThereIsNot)

@@ -173,7 +173,7 @@ TEST_F(CompletionTest, FishOffersCommandsOptionsAndValues)
     EXPECT_THAT(offers("tavo get /p"), ElementsAre("/player/state"));
     EXPECT_THAT(offers("tavo cancel /r"), ElementsAre("/ring"));
     EXPECT_THAT(offers("tavo --bus system li"), ElementsAre("list"));
-    EXPECT_THAT(offers("tavo call --patience 2 /p"), ElementsAre("/player/state"));
+    EXPECT_THAT(offers("tavo call --reply-timeout 2 /p"), ElementsAre("/player/state"));
     EXPECT_THAT(offers("tavo call /player/state /p"), IsEmpty());
     EXPECT_THAT(offers("tavo show list --co"), IsEmpty());
 }

@@ -53,7 +53,7 @@ TEST_F(DocumentationTest, NamesEveryOption)
 TEST_F(DocumentationTest, NamesEveryExitCode)
 {
     const std::string table = m_page.substr(m_page.find("## Exit codes"));
-    for (const ExitCodeText &code : s_exitCodeTexts) {
+    for (const ExitCodeText &code : exitCodeTexts) {
         const std::regex row("\n\\|[^|]*\\b" + std::string(code.code) + "\\b[^|]*\\|");
         EXPECT_TRUE(std::regex_search(table, row)) << code.code;
     }

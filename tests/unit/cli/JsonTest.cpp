@@ -16,7 +16,7 @@ namespace {
 QVariant valueOf(const char *json)
 {
     const auto read = fromJson(json);
-    if (const auto *error = std::get_if<JsonError>(&read)) {
+    if (const auto *error = std::get_if<Failure>(&read)) {
         ADD_FAILURE() << json << ": " << error->reason.toStdString();
         return {};
     }
@@ -30,7 +30,7 @@ std::string jsonOf(const QVariant &value)
 
 bool isRefused(const char *json)
 {
-    return std::holds_alternative<JsonError>(fromJson(json));
+    return std::holds_alternative<Failure>(fromJson(json));
 }
 } // namespace
 

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <regex>
 #include <set>
 #include <sstream>
 
@@ -177,15 +178,16 @@ TEST_F(ReferenceTest, TheManPageHoldsEachCommandAndOption)
         EXPECT_THAT(page, HasSubstr(".SS tavo " + command + "\n"));
     }
     for (const std::string &option : definedOptions()) {
-        std::string name = (option.size() == 1 ? "\\-" : "\\-\\-") + option;
-        EXPECT_THAT(page, HasSubstr("\\fB" + name + "\\fR")) << option;
+        const std::string name = (option.size() == 1 ? "-" : "--") + option;
+        const std::string escaped = std::regex_replace(name, std::regex("-"), "\\-");
+        EXPECT_THAT(page, HasSubstr("\\fB" + escaped + "\\fR")) << option;
     }
 }
 
 TEST_F(ReferenceTest, TheManPageHoldsEachExitCode)
 {
     const std::string page = manPage(m_reference);
-    for (const ExitCodeText &code : s_exitCodeTexts) {
+    for (const ExitCodeText &code : exitCodeTexts) {
         EXPECT_THAT(page, HasSubstr(std::string(".TP\n\\fB") + code.code + "\\fR\n"));
     }
 }
