@@ -1,8 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
 #
-# The build tree has the shape of the installed one, so that the host finds its modules in both by
-# the same rule: ../lib/tavo/modules as seen from its own program file.
+# The build tree has the same layout as the installed one, so the host finds its modules in both at
+# ../lib/tavo/modules, relative to its program file.
 
 set(TAVO_MODULE_DIR "${CMAKE_INSTALL_LIBDIR}/tavo/modules")
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/${CMAKE_INSTALL_BINDIR}")

@@ -3,8 +3,8 @@
 
 # tavo_add_explorer_test(<program> [<option>...])
 #
-# Makes a test of an explorer's run with these bounds, in one working process. Not for the
-# ThreadSanitizer: there is one thread.
+# Adds a test that runs an explorer with these options, in one process. Not under ThreadSanitizer, since
+# explorers have one thread.
 function(tavo_add_explorer_test program)
     if(TAVO_SANITIZE STREQUAL "thread")
         return()

@@ -4,9 +4,8 @@
 # tavo_add_fuzzer(<name> SOURCES <file>... [LIBRARIES <target>...] [MODULES <target>...]
 #                 [MAX_LEN <bytes>] [DICTIONARY <file>])
 #
-# Builds the fuzzer fuzz/<name> and makes it known to scripts/fuzz by a line in fuzz/list. Its seeds
-# are in corpus/<name>. A module is built before the fuzzer, which finds the module's file in the macro
-# TAVO_<MODULE>_MODULE.
+# Builds the fuzzer fuzz/<name> and adds it to fuzz/list, which scripts/fuzz reads. Its seeds are in
+# corpus/<name>. Each module is built first; the macro TAVO_<MODULE>_MODULE is the path of its file.
 function(tavo_add_fuzzer name)
     cmake_parse_arguments(PARSE_ARGV 1 fuzzer "" "MAX_LEN;DICTIONARY" "SOURCES;LIBRARIES;MODULES")
     if(NOT fuzzer_MAX_LEN)
@@ -31,7 +30,7 @@ function(tavo_add_fuzzer name)
         "${name} ${fuzzer_MAX_LEN} ${corpus} ${dictionary}\n")
 endfunction()
 
-# Writes the list; called when all fuzzers are known.
+# Writes fuzz/list. To be called after all fuzzers have been added.
 function(tavo_write_fuzzer_list)
     get_property(lines GLOBAL PROPERTY TAVO_FUZZERS)
     list(JOIN lines "" text)

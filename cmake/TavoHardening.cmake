@@ -1,8 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
 #
-# Makes errors in memory hard to exploit: they end the process. The checks at run time need optimised
-# code. Sanitizers look for the same errors and are left alone.
+# Memory errors end the process instead of being exploitable. The checks at run time need optimised code.
+# Not in builds with sanitizers, which look for the same errors.
 
 include(CheckPIESupported)
 check_pie_supported(LANGUAGES CXX)

@@ -5,9 +5,8 @@ set(TAVO_MODULE_EXPORTS "${CMAKE_CURRENT_LIST_DIR}/tavo_module.map")
 
 # tavo_add_module(<name> SOURCES <file>... [LIBRARIES <target>...] [NO_INSTALL])
 #
-# Builds the worker module libtavo_<name>.so, which exports worker_create and nothing else, into the
-# folder where the host looks for modules, and installs it. Works the same inside this tree and in a
-# project that found the installed package with find_package(tavo).
+# Builds the module libtavo_<name>.so, which exports only worker_create, in the folder where the host looks
+# for modules, and installs it. Works in this tree and in projects that use find_package(tavo).
 function(tavo_add_module name)
     cmake_parse_arguments(PARSE_ARGV 1 module "NO_INSTALL" "" "SOURCES;LIBRARIES")
     set(target tavo_${name})

@@ -1,8 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
 #
-# What find_package(tavo) gives a module's author: the targets tavo::api and tavo::simpleplayer and
-# the function tavo_add_module().
+# The package that find_package(tavo) finds, for authors of modules: the targets tavo::api and
+# tavo::simpleplayer, and the function tavo_add_module().
 
 include(CMakePackageConfigHelpers)
 set(TAVO_PACKAGE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/tavo")

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
 
-# ccache takes a file with a precompiled header only when it is told to.
+# By default ccache does not cache files that use a precompiled header.
 if(CMAKE_CXX_COMPILER_LAUNCHER MATCHES "ccache$")
     set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND}" -E env
         CCACHE_SLOPPINESS=pch_defines,time_macros CCACHE_DEPEND=1 ${CMAKE_CXX_COMPILER_LAUNCHER})
@@ -9,8 +9,8 @@ endif()
 
 # tavo_reuse_precompiled_headers(<folder> <target>)
 #
-# Compiles every library and module of the folder and the folders in it with the target's precompiled
-# header. Programs go without: they are a single file.
+# Compiles all libraries and modules of the folder and its subfolders with the precompiled header of the
+# target. Programs do without, since they are a single file.
 function(tavo_reuse_precompiled_headers folder source)
     get_property(targets DIRECTORY "${folder}" PROPERTY BUILDSYSTEM_TARGETS)
     foreach(target IN LISTS targets)

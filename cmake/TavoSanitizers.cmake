@@ -5,8 +5,8 @@ if(TAVO_SANITIZE)
     add_compile_options(-fsanitize=${TAVO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${TAVO_SANITIZE})
 endif()
-# Clang counts the source's own conditions and nothing that a compiler adds to them. The counters live
-# in a mapped file, so a process that is killed, that aborts or leaves by _exit() has counted as well.
+# Clang counts the conditions in the source and nothing that the compiler adds. The counters are in a mapped
+# file, so a process counts even if it is killed, aborts or calls _exit().
 if(TAVO_COVERAGE)
     if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
         message(FATAL_ERROR "TAVO_COVERAGE needs clang")
@@ -15,8 +15,7 @@ if(TAVO_COVERAGE)
                         "SHELL:-mllvm -runtime-counter-relocation")
     add_link_options(-fprofile-instr-generate)
 endif()
-# Clang's sanitizer runtimes live in the program, not in the libraries it loads, so a library with
-# sanitized code can't promise to have no undefined symbols.
+# Clang links the sanitizer runtime only into programs, so libraries have undefined symbols.
 if(NOT TAVO_SANITIZE)
     add_link_options(-Wl,--no-undefined)
 endif()

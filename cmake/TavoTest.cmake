@@ -1,15 +1,15 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
 
-# How test programs are compiled: without optimisation in the presets for work, as their own code runs
-# once and briefly.
+# Debug builds compile test programs without optimisation: that is faster, and their own code takes little
+# time to run.
 set(TAVO_TEST_OPTIONS "$<$<CONFIG:Debug>:-O0>")
 
 # tavo_add_test(<name> SOURCES <file>... [LIBRARIES <target>...] [ENVIRONMENT <NAME=value>...]
 #               [LABELS <label>...] [TIMEOUT <seconds>] [RESOURCE_LOCK <name>])
 #
-# Builds the test program tests/<name>; each of its tests is one of ctest's. Tests with a lock of the
-# same name don't run at the same time.
+# Builds the test program tests/<name> and adds each of its tests to ctest. Tests with a lock of the same
+# name do not run at the same time.
 function(tavo_add_test name)
     cmake_parse_arguments(PARSE_ARGV 1 test "" "TIMEOUT;RESOURCE_LOCK" "SOURCES;LIBRARIES;ENVIRONMENT;LABELS")
     if(NOT test_TIMEOUT)
@@ -20,7 +20,7 @@ function(tavo_add_test name)
     target_link_libraries(${name} PRIVATE ${test_LIBRARIES} GTest::gmock GTest::gtest Qt5::Test)
     target_compile_options(${name} PRIVATE ${TAVO_TEST_OPTIONS})
     target_precompile_headers(${name} REUSE_FROM test_headers)
-    # Most often empty; reading the header would be all the work there is.
+    # This file is mostly empty, and faster to compile without the precompiled header.
     set_source_files_properties("${CMAKE_CURRENT_BINARY_DIR}/${name}_autogen/mocs_compilation.cpp"
         PROPERTIES SKIP_PRECOMPILE_HEADERS ON)
     set_target_properties(${name} PROPERTIES
@@ -34,16 +34,16 @@ function(tavo_add_test name)
     if(TAVO_SANITIZE STREQUAL "thread")
         list(APPEND environment "LD_PRELOAD=${CMAKE_BINARY_DIR}/tests/libqt_order.so")
     endif()
-    # A value's text in a test's name could break the list of tests.
+    # Some parameters print as text that ctest can't have in the name of a test.
     gtest_discover_tests(${name} NO_PRETTY_VALUES DISCOVERY_TIMEOUT 60
         PROPERTIES TIMEOUT ${test_TIMEOUT})
-    # Slow ones begin first: nothing would run beside one that is left at the end.
+    # Slow tests start first. One that starts last would run alone at the end.
     set(cost 0)
     if("slow" IN_LIST test_LABELS)
         set(cost 100)
     endif()
-    # gtest_discover_tests() takes properties that are lists apart and keeps the first element, so
-    # these are set when ctest has read the tests that were found.
+    # gtest_discover_tests() keeps only the first element of a property that is a list, so lists are set in
+    # a file that ctest reads after the tests.
     set(properties_file "${CMAKE_CURRENT_BINARY_DIR}/${name}_properties.cmake")
     file(WRITE "${properties_file}" "if(${name}_TESTS)
     set_tests_properties(\${${name}_TESTS} PROPERTIES

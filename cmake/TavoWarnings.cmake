@@ -3,5 +3,5 @@
 
 add_compile_options(-Wall -Wextra -Wpedantic -Werror)
 
-# Assertions guard the order of events in the field too: they stay in every build.
+# Assertions stay in every build, since they check the order of events on devices too.
 add_compile_definitions(QT_FORCE_ASSERTS QT_NO_KEYWORDS QT_DISABLE_DEPRECATED_BEFORE=0x050F00)

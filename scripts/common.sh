@@ -2,13 +2,13 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
 #
-# What the scripts share. Sourced, never run.
+# Functions and variables shared by the scripts, which source this file.
 #
-# shellcheck disable=SC2034 # variables are for the scripts that source this
+# shellcheck disable=SC2034 # the variables are used by the scripts
 
 TAVO_ROOT=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd)
 TAVO_JOBS=${TAVO_JOBS:-$(nproc)}
-export PYTHONPATH=$TAVO_ROOT/demo # the tools that the soak and the benchmarks share with the demo
+export PYTHONPATH=$TAVO_ROOT/demo # the soak and the benchmarks use modules of the demo
 
 if [[ -t 1 && -z ${NO_COLOR:-} ]]; then
     tavo_bold=$'\e[1m' tavo_red=$'\e[31m' tavo_green=$'\e[32m' tavo_plain=$'\e[0m'
@@ -30,7 +30,7 @@ usage_error() {
     exit 2
 }
 
-# need_value <option> [value]: for an option that takes one
+# need_value <option> [value]: ends with a usage error if the option has no value
 need_value() {
     (($# > 1)) || usage_error "$1 needs a value"
 }
@@ -41,13 +41,12 @@ run_setup() {
 
 # configure_preset <preset>
 #
-# Only a fresh build folder takes the compiler launcher over, so an existing one is left as its owner
-# made it.
+# The compiler launcher takes effect only in a new build folder; an existing one keeps its own.
 configure_preset() {
     if command -v ccache >/dev/null; then
         export CMAKE_CXX_COMPILER_LAUNCHER=${CMAKE_CXX_COMPILER_LAUNCHER-ccache}
         export CCACHE_BASEDIR=${CCACHE_BASEDIR-$TAVO_ROOT}
-        # A second clone compiles nothing anew; its debug information names the folder of the first.
+        # Lets clones share the cache, at the price of debug information that names another clone.
         export CCACHE_NOHASHDIR=${CCACHE_NOHASHDIR-1}
     fi
     (cd -- "$TAVO_ROOT" && cmake --preset "$1")
@@ -61,13 +60,13 @@ build_preset() {
         cmake --build "$TAVO_ROOT/build/$preset" -j "$TAVO_JOBS" ${1+--target "$@"}
 }
 
-# Stages: named steps whose outcome and duration print_stages() lists at the end. A failed stage does
-# not end the script, so that one run shows everything that is wrong.
+# Stages are named steps. print_stages() lists their outcomes and durations at the end. A failed stage
+# does not end the script, so one run shows everything that is wrong.
 
 stage_lines=()
 stages_failed=0
-stage_ok=true # how the stage before ended
-stage_note='' # a stage's function may put here what the list should say about it
+stage_ok=true # whether the previous stage succeeded
+stage_note='' # set by a stage's function; shown in the list
 
 # run_stage <name> <command> [argument...]
 run_stage() {
@@ -90,7 +89,7 @@ run_stage() {
 
 # skip_stage <name>
 skip_stage() {
-    stage_note='not run: it needs the stage before'
+    stage_note='not run, since the previous stage failed'
     stage_ok=false
     add_stage "${tavo_red}missed${tavo_plain}" "$1" 0
 }
