@@ -8,7 +8,7 @@
 
 #include <vector>
 
-/// Notifiers by their paths; those of one path stand in the order in which they came. Owns nothing.
+/// Notifiers by path; those of one path keep the order in which they were added. Does not own them.
 ///
 /// The notifiers of a path form a ring through a member of their own, and the table holds the
 /// newest, whose next is the oldest. So a notifier is added, and the oldest found, at the same cost
@@ -57,7 +57,7 @@ public:
         });
     }
 
-    /// Empties the table.
+    /// Empties the table and returns the notifiers.
     std::vector<ChangeNotifier *> takeAll()
     {
         std::vector<ChangeNotifier *> all;

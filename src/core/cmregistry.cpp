@@ -12,7 +12,7 @@ const log4cplus::Logger logger = log4cplus::Logger::getInstance("Model");
 
 CMRegistry &CMRegistry::instance()
 {
-    // Never destroyed: workers may still be running when the process's statics are.
+    // Never destroyed: workers may still be running when the statics of the process are destroyed.
     static auto *registry = new CMRegistry;
     return *registry;
 }
@@ -25,7 +25,7 @@ bool CMRegistry::publish(CMEndpoint *node)
         return false;
     }
     slice.nodes.insert(node);
-    // Under the mutex, so that coming and going are reported in their order.
+    // Under the mutex, so that publishing and disposing are reported in order.
     CMSubscriptions::reportNode(node->path(), true);
     return true;
 }

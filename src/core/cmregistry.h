@@ -26,10 +26,10 @@ public:
     /// The node at the path; null if there is none.
     CMEndpoint::Pointer find(const CMPath &path) const;
 
-    /// The nodes at the path and below it, in no order; of the empty path, all.
+    /// The nodes at the path and below it, in no order. For the empty path, all nodes.
     std::vector<CMEndpoint::Pointer> nodesAt(const CMPath &path) const;
 
-    /// Writes every published path to the log, logger "Model", level INFO.
+    /// Writes every published path to the logger "Model" at level INFO.
     void trace() const;
 
 private:

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-// None is ever destroyed: workers may still be running when the process's statics are.
+// Never destroyed: workers may still be running when the statics of the process are destroyed.
 CMSubscriptions &CMSubscriptions::toValues()
 {
     static auto *subscriptions = new CMSubscriptions;
@@ -90,7 +90,8 @@ void CMSubscriptions::end(const CMPath &path, const QObject *receiver,
         Slice &slice = sliceOf(path);
         const std::lock_guard lock(slice.mutex);
         ended = slice.notifiers.takeFirst(path, [&](ChangeNotifier *notifier) {
-            // The receiver of one that is not connected has gone; another may have its address.
+            // If it is not connected, its receiver is gone, and another object may have the
+            // address.
             if (notifier->receiver() != receiver || !notifier->isConnected()) {
                 return false;
             }

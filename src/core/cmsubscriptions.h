@@ -13,17 +13,18 @@
 
 /// All subscriptions of the process to changes of one kind.
 ///
-/// Any thread. The subscriptions are split by the hash of their path; each slice has a mutex of its
-/// own, which is held while a change is posted.
+/// Called from any thread. The subscriptions are split into slices by the hash of their path. Each
+/// slice has its own mutex, which is held while a change is posted.
 class CMSubscriptions
 {
 public:
-    /// To changes of values, of rows, and to nodes' coming and going.
+    /// The subscriptions to changes of values, to changes of rows, and to the publishing and
+    /// disposing of nodes.
     static CMSubscriptions &toValues();
     static CMSubscriptions &toRows();
     static CMSubscriptions &toNodes();
 
-    /// Post a change to every subscriber of the path. Return how many there are.
+    /// Post a change to every subscriber of the path. Return the number of subscribers.
     static int reportValue(const CMPath &path, const QVariant &value);
     static int reportRows(const CMPath &path, const QStringList &changes, int first, int count);
     static int reportNode(const CMPath &path, bool published);
@@ -35,8 +36,8 @@ public:
     /// Takes a notifier that has been connected to its receiver.
     void add(std::unique_ptr<ChangeNotifier> notifier);
 
-    /// Shows the receiver's notifiers at the path to the function, oldest first, until it has
-    /// disconnected one, and frees that one. The function is called under the mutex.
+    /// Calls the function with each of the receiver's notifiers at the path, oldest first, until it
+    /// has disconnected one, and frees that one. The function is called under the mutex.
     void end(const CMPath &path, const QObject *receiver,
              const std::function<void(ChangeNotifier *)> &disconnectFrom);
 
@@ -49,7 +50,7 @@ private:
         int sweepAt = 64;         ///< the size at which notifiers without a receiver are freed
     };
 
-    /// Calls the function, which is to post to the notifier, for every subscriber of the path.
+    /// Calls the function, which posts to the notifier, for every subscriber of the path.
     int report(const CMPath &path, const std::function<void(ChangeNotifier *)> &post);
 
     Slice &sliceOf(const CMPath &path) { return m_slices[path.hash() % m_slices.size()]; }

@@ -17,7 +17,7 @@
 #include <stdexcept>
 
 namespace {
-/// Through the stream, which escapes: a null within a key would end the text.
+/// Uses the stream for its escapes: a null within a key would cut off the rest.
 template <typename... Parts>
 [[noreturn]] void throwError(const Parts &...parts)
 {
@@ -26,8 +26,8 @@ template <typename... Parts>
     throw std::runtime_error(text.str());
 }
 
-/// Where the JSON is wrong. For most errors the parser has gone on past the character that it
-/// complains about, and past the blanks behind that.
+/// Where the JSON is wrong. For most errors, the parser's offset is after the wrong character and
+/// the blanks that follow it.
 int errorOffset(const QByteArray &json, const QJsonParseError &error)
 {
     int offset = qBound(0, error.offset, json.size());
@@ -42,7 +42,7 @@ int errorOffset(const QByteArray &json, const QJsonParseError &error)
     return offset;
 }
 
-/// "LINE:COLUMN", both counted from one, columns in characters.
+/// Returns "LINE:COLUMN". Both start at 1; columns are characters.
 QString positionText(const QByteArray &text, int offset)
 {
     const QByteArray before = text.left(offset);

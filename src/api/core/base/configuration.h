@@ -24,39 +24,39 @@ class TAVO_API_EXPORT TavoConfiguration
 public:
     explicit TavoConfiguration(const QVariantHash &config);
 
-    /// Reads a JSON object. Errors begin with the file's name, those of the JSON's syntax with
+    /// Reads a JSON object. Errors begin with the file's name; syntax errors begin with
     /// "FILE:LINE:COLUMN".
     static TavoConfiguration fromFile(const QString &file);
 
-    /// The same for JSON that was read from @p file, which is not opened.
+    /// Reads JSON that the caller has read from a file. The file's name is used in errors only.
     static TavoConfiguration fromJson(const QByteArray &json, const QString &file);
 
-    /// The key's value, or the default when the key is missing. The range includes its ends.
+    /// The key's value, or the default when the key is missing. The range includes both limits.
     QString string(const QString &key, const QString &defaultValue);
     int integer(const QString &key, int defaultValue, int min, int max);
     double number(const QString &key, double defaultValue, double min, double max);
     bool boolean(const QString &key, bool defaultValue);
     QStringList stringList(const QString &key, const QStringList &defaultValue);
 
-    /// An object as it is; empty when the key is missing.
+    /// An object, unchecked; empty when the key is missing.
     QVariantHash object(const QString &key);
 
-    /// An object to be read, and finished, by itself; empty when the key is missing. Its errors name
-    /// its keys as "section.key".
+    /// An object, which the caller reads and finishes; empty when the key is missing. Its errors
+    /// name the keys as "section.key".
     TavoConfiguration section(const QString &key);
 
-    /// A list of objects; empty when the key is missing. Errors name their keys as "list[0].key".
-    /// An element may also be a string, which stands for an object with @p stringKey only, unless
-    /// that is empty.
+    /// A list of objects; empty when the key is missing. Errors name the keys as "list[0].key".
+    /// Unless @p stringKey is empty, an element may also be a string: it stands for an object in
+    /// which that key has the string as its value.
     std::vector<TavoConfiguration> sections(const QString &key, const QString &stringKey = {});
 
-    /// All keys that are there, sorted.
+    /// The keys of the configuration, sorted.
     QStringList keys() const;
 
-    /// Throws when there are keys that have not been read.
+    /// Throws if a key has not been read.
     void finish() const;
 
-    /// Throws the error that says what is wrong with a key.
+    /// Throws an error that names the key and gives the reason.
     [[noreturn]] void fail(const QString &key, const QString &reason) const;
 
 private:
@@ -66,6 +66,6 @@ private:
 
     QVariantHash m_config;
     QString m_source; ///< "FILE: " or empty
-    QString m_prefix; ///< of the keys in errors
+    QString m_prefix; ///< stands before each key in errors
     QSet<QString> m_read;
 };

@@ -46,7 +46,7 @@ qint64 tavoReadInteger(const QVariant &value, qint64 min, qint64 max)
         number = static_cast<qint64>(fraction);
     } else {
         number = value.toLongLong();
-        // Beyond the signed numbers, which it wraps round to.
+        // Too large for a qint64: the conversion has wrapped round.
         if (number < 0 && value.userType() == QMetaType::ULongLong) {
             return 0;
         }

@@ -7,13 +7,13 @@
 
 #include <QVariant>
 
-// Numbers as they stand in variants. What is not suitable reads as 0 or false.
+// Numbers in variants. A value of another type, or out of range, reads as 0 or false.
 
 /// Returns whether a variant holds a number of any type. A string of digits or a boolean is no
 /// number.
 TAVO_API_EXPORT bool tavoIsNumber(const QVariant &value);
 
-/// Reads an integer from a number without a fraction that is in the range.
+/// Reads an integer within the range. A number with a fraction reads as 0.
 TAVO_API_EXPORT qint64 tavoReadInteger(const QVariant &value, qint64 min, qint64 max);
 
 /// Reads a boolean from a boolean, or from a number, which is true unless it is 0.

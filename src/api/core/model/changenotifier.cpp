@@ -54,7 +54,7 @@ ChangeNotifier::~ChangeNotifier() = default;
 void ChangeNotifier::dispose()
 {
     const QThread *home = thread();
-    // A thread that has gone would never run a deletion posted to it.
+    // If the thread has ended, it would never run deleteLater().
     if (home == nullptr || (home == QThread::currentThread() && m_emissions == 0)) {
         delete this;
     } else {

@@ -30,10 +30,10 @@ public:
 
     const CMPath &path() const { return m_path; }
 
-    /// The subscriber. Only to be compared: it may be gone.
+    /// The subscriber. Only compare the pointer: the object may be gone.
     const QObject *receiver() const { return m_receiver; }
 
-    /// Returns false once the subscription has ended, by itself or with its receiver.
+    /// Returns false once the subscription has ended or the receiver is gone.
     bool isConnected() const { return m_connected; }
 
     /// Frees the notifier: at once, or later if it is emitting or lives in another thread. Called
@@ -56,7 +56,7 @@ private:
     ChangeNotifier *m_nextInTable = nullptr; ///< used by the table of notifiers
     int m_emissions = 0; ///< emissions under way; more than one if a slot runs an event loop
     std::atomic<bool> m_connected{false};
-    bool m_disposed = false; ///< to be freed after the last emission
+    bool m_disposed = false; ///< is freed after the last emission
 };
 
 class TAVO_API_EXPORT RowsChangeNotifier : public ChangeNotifier

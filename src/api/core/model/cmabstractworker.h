@@ -34,7 +34,7 @@ public:
     /// Replies with the worker's name.
     virtual void ping(const CMSetDataRequest &request) = 0;
 
-    /// Writes what the worker holds to the log, logger "Model", level INFO.
+    /// Writes the worker's nodes to the logger "Model" at level INFO.
     virtual void trace() = 0;
 
     virtual void getDataRequest(const CMGetDataRequest &request) = 0;

@@ -32,7 +32,7 @@ std::optional<CMCatalog::Entry> CMCatalog::entry(const CMPath &path)
 
 std::vector<CMCatalog::Entry> CMCatalog::tree(const CMPath &path)
 {
-    // Sorted by their texts, each of which is made once.
+    // Sorted by texts that are made only once for each path.
     std::vector<std::pair<QString, Entry>> found;
     for (const CMEndpoint::Pointer &node : CMRegistry::instance().nodesAt(path)) {
         found.emplace_back(node->path().toString(), entryOf(*node));

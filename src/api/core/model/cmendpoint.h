@@ -15,9 +15,9 @@ class CMMatchRowRequest;
 class CMNodes;
 class CMSetDataRequest;
 
-/// What the model sees of a node: something at a path that takes requests. CMNode implements it.
+/// The model's view of a node: it has a path and takes requests. CMNode implements it.
 ///
-/// Counted, so that a node stays alive while a request is being handed to it.
+/// Reference-counted, so that a node stays alive while a request is running on it.
 class TAVO_API_EXPORT CMEndpoint : public QSharedData
 {
 public:
@@ -33,8 +33,8 @@ public:
     /// The set that owns the node.
     CMNodes *nodes() const { return m_nodes; }
 
-    /// Takes the node out of the model and frees it, once no request is being handed to it. The
-    /// pointer must not be used afterwards.
+    /// Takes the node out of the model, and frees it once no request is running on it. The pointer
+    /// must not be used afterwards.
     virtual void dispose() = 0;
 
     /// The kind's name: "value", "list", "request". Called from any thread.
@@ -62,7 +62,7 @@ private:
 
     CMPath m_path;
     CMNodes *m_nodes;
-    CMEndpoint *m_previous = nullptr; ///< in the set's list
+    CMEndpoint *m_previous = nullptr; ///< used by the set of nodes
     CMEndpoint *m_next = nullptr;
     CMEndpoint *m_nextInTable = nullptr; ///< used by the registry
 };

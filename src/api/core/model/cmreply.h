@@ -48,7 +48,7 @@ public:
     /// limit. Returns whether the reply is finished.
     bool waitForFinished(unsigned long ms = std::numeric_limits<unsigned long>::max()) const;
 
-    /// Finishes with an error; does nothing if finished.
+    /// Finishes the reply with an error. Does nothing if it is finished.
     void setError(const CMError &error);
 
     /// The error that finished the reply; empty if there is none.
@@ -177,7 +177,7 @@ public:
                     Qt::ConnectionType type = Qt::AutoConnection) const;
     void addWatcher(CMReplyWatcher *watcher) const;
 
-    /// The same for a slot of the receiver.
+    /// Calls a slot of the receiver once, in the same way.
     template <typename Receiver>
     void connectFinished(Receiver *receiver, void (Receiver::*slot)(const CMVoidReply &),
                          Qt::ConnectionType type = Qt::AutoConnection) const;

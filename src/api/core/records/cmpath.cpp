@@ -19,7 +19,7 @@ bool isCanonical(const QString &text)
     if (text.size() < 2 || text.front() != slash || text.back() == slash) {
         return false;
     }
-    // Once for each path that a record carries: a search for a text takes ten times as long.
+    // Runs for every path in a record; QString::contains() takes ten times as long.
     const auto twoSlashes = [](QChar one, QChar next) { return one == slash && next == slash; };
     return std::adjacent_find(text.begin(), text.end(), twoSlashes) == text.end();
 }
@@ -42,7 +42,7 @@ void join(const QString &prefix, const QString &segment, QChar *target)
     std::copy(segment.begin(), segment.end(), target + 1);
 }
 
-/// That of the joined text, so that paths are found however they were made.
+/// The hash of the joined text, so that equal paths have equal hashes however they were made.
 uint hashOfJoined(const QString &prefix, const QString &segment)
 {
     QVarLengthArray<QChar, 256> text(prefix.size() + 1 + segment.size());
@@ -91,7 +91,7 @@ bool CMPath::Data::isJoinedOf(const Data &parts) const
 
 bool CMPath::Data::isBelow(const QString &ancestor) const
 {
-    // A segment holds no slash, so the ancestor ends in the prefix or with it.
+    // A segment holds no slash, so the ancestor is the prefix or a part of it.
     const int slashAt = ancestor.size();
     if (prefix.size() == slashAt) {
         return !segment.isEmpty() && prefix == ancestor;

@@ -6,7 +6,7 @@
 #include <initializer_list>
 
 namespace {
-/// The names stand in the order of their numbers, from 0.
+/// The names are in the order of their numbers, from 0.
 QString nameOf(int value, std::initializer_list<const char *> names)
 {
     if (value < 0 || value >= int(names.size())) {

@@ -17,7 +17,7 @@ struct TAVO_API_EXPORT TavoNotificationItemPriority
     static QString toString(Enum value);
 };
 
-/// What the content of a sound notification is.
+/// The kind of a sound's content.
 struct TAVO_API_EXPORT TavoNotificationPlayerItemType
 {
     enum Enum : int {
@@ -29,7 +29,7 @@ struct TAVO_API_EXPORT TavoNotificationPlayerItemType
     static QString toString(Enum value);
 };
 
-/// What a sound notification's response reports.
+/// The event that a sound's response reports.
 struct TAVO_API_EXPORT TavoNotificationPlayerResponseType
 {
     enum Enum : int {

@@ -8,14 +8,14 @@
 #include "core/records/enumerations.h"
 #include "core/records/tavohash.h"
 
-/// The notifications module's name, as other modules know it.
+/// The name of the notifications module, for other modules.
 TAVO_API_EXPORT QString TavoNotificationsName();
 
 /// The path of the module, below which its nodes are.
 TAVO_API_EXPORT CMPath TavoNotificationsPath();
 
-/// Request: queues a sound. Value: a TavoValue with notificationPlayerItem(). Answer: empty, once
-/// the sound is queued; how it starts and ends goes to the item's response path.
+/// Request: queues a sound. Value: a TavoValue with notificationPlayerItem(). Reply: empty, once
+/// the sound is queued. The start and the end are reported to the item's response path.
 TAVO_API_EXPORT CMPath TavoNotificationPlayerEnqueuePath();
 
 /// Request: cancels a sound, queued or playing. Value: a TavoValue with string_(), the id. Answer:
@@ -25,12 +25,12 @@ TAVO_API_EXPORT CMPath TavoNotificationPlayerCancelPath();
 /// Value: a TavoValue with bool_(), true from the first sound of a queue until the queue is empty.
 TAVO_API_EXPORT CMPath TavoNotificationPlayerIsPlayingPath();
 
-/// Request: shows a message. Value: a TavoValue with notificationDisplayItem(). Answer: a TavoValue
-/// with path(), by which the notification is cancelled or closed.
+/// Request: shows a message. Value: a TavoValue with notificationDisplayItem(). Reply: a TavoValue
+/// with path(), the path for cancelling or closing the notification.
 TAVO_API_EXPORT CMPath TavoNotificationDisplayOpenPath();
 
-/// Request: closes a display notification. Value: a TavoValue with path(), or the bare path.
-/// Answer: true.
+/// Request: closes a display notification. Value: a TavoValue with path(), or just the path. Reply:
+/// true.
 TAVO_API_EXPORT CMPath TavoNotificationDisplayCancelNotifyPath();
 
 /// Rows: the paths of the open display notifications; the first is the one on display.
@@ -48,7 +48,7 @@ class TavoNotificationPlayerItem : public TavoHash
 
     /// Chosen by the requester. Must not be empty or the id of another queued sound.
     TAVO_FIELD(QString, id, setId)
-    /// What to play, as the type says.
+    /// What to play; type() says in which form.
     TAVO_FIELD(QString, content, setContent)
     /// The media type of a stream, such as audio/L16;rate=48000;channels=2.
     TAVO_FIELD(QString, contentStreamFormat, setContentStreamFormat)
@@ -70,7 +70,7 @@ class TavoNotificationPlayerResponse : public TavoHash
     TAVO_FIELD(TavoNotificationPlayerResponseType::Enum, type, setType)
 };
 
-/// A request to show a message, or a node that the requester published itself.
+/// A request to show a message, or a node that the requester has published.
 class TavoNotificationDisplayItem : public TavoHash
 {
     TAVO_RECORD(TavoNotificationDisplayItem)
@@ -85,5 +85,5 @@ class TavoNotificationDisplayItem : public TavoHash
     TAVO_FIELD(CMPath, path, setPath)
 };
 
-// A list then holds the records in place.
+// So that a QList stores the records without a pointer.
 Q_DECLARE_TYPEINFO(TavoNotificationDisplayItem, Q_MOVABLE_TYPE);

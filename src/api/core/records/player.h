@@ -19,17 +19,17 @@ TAVO_API_EXPORT CMPath TavoPlayerAlsaDeviceMainPath();
 /// is playing already. Answer: empty, or an error if the file cannot be played.
 TAVO_API_EXPORT CMPath TavoPlayerMainAudioPlayPath();
 
-/// Request: ends the main audio. The value is not read. Answer: empty.
+/// Request: ends the main audio. The value is not read. Reply: empty.
 TAVO_API_EXPORT CMPath TavoPlayerMainAudioStopPath();
 
-/// Request: sets the user's volume, which ducking leaves alone. Value: a TavoValue with double_(),
-/// or the bare number, from 0.0 (silent) to 1.0. Answer: empty.
+/// Request: sets the user's volume, which ducking does not change. Value: a TavoValue with
+/// double_(), or just a number, from 0.0 (silent) to 1.0. Reply: empty.
 TAVO_API_EXPORT CMPath TavoPlayerMainAudioVolumePath();
 
 /// Value: a TavoValue with mainAudioState().
 TAVO_API_EXPORT CMPath TavoPlayerMainAudioStatePath();
 
-/// Request: ducks the main audio, or restores it. Value: a TavoPlayerAudioDuckingRequest.
+/// Request: ducks the main audio, or unducks it. Value: a TavoPlayerAudioDuckingRequest.
 TAVO_API_EXPORT CMPath TavoPlayerMainAudioDuckingPath();
 
 /// Ducks the main audio for a requester. It stays ducked until every requester has restored it.
@@ -37,7 +37,7 @@ class TavoPlayerAudioDuckingRequest : public TavoHash
 {
     TAVO_RECORD(TavoPlayerAudioDuckingRequest)
 
-    /// True to duck, false to restore.
+    /// True to duck, false to unduck.
     TAVO_FIELD(bool, duckAudio, setDuckAudio)
     TAVO_FIELD(QString, requester, setRequester)
 };

@@ -153,13 +153,12 @@ void CMListRowsNode::getRows(const CMGetRowsRequest &request)
             rows.append(m_rows.at(i).toQVariant());
         }
     }
-    // Set as one value: a list of rows is itself what a variant may hold.
     request.reply().setValue(QVariant(rows));
 }
 
 void CMListRowsNode::matchRow(const CMMatchRowRequest &request)
 {
-    // Rows are read with a path as its text, which a path needn't make to know itself by.
+    // getRow() gives a path as its text, but comparing paths is cheaper than making their texts.
     QVariant sought = request.value();
     const CMPath path = CMPath::fromQVariant(sought);
     if (sought.userType() == qMetaTypeId<CMPath>()) {

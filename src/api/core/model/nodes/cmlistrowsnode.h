@@ -17,7 +17,7 @@ class TAVO_API_EXPORT CMListRowsNode : public CMUINode
 public:
     static CMListRowsNode *create(CMNodes *nodes, const CMPath &path);
 
-    /// Announces what the rows carry.
+    /// Announces which roles the rows carry.
     void setRowsRoles(const TavoRowsRoles &roles);
     TavoRowsRoles rowsRoles() const;
 

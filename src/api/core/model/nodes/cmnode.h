@@ -21,7 +21,7 @@ public:
     QString kind() const override;
     TrString title() const override;
 
-    // A kind answers the requests that it knows. These answer each with an error.
+    // Each kind overrides the requests that it answers. The defaults answer with an error.
     void setData(const CMSetDataRequest &request) override;
     void getData(const CMGetDataRequest &request) override;
     void getRows(const CMGetRowsRequest &request) override;

@@ -34,7 +34,7 @@ private:
     void add(CMEndpoint *node);
     void remove(CMEndpoint *node);
 
-    // A list through the nodes: one is taken out at the same cost among any number.
+    // A list linked through the nodes: removing one costs the same however many there are.
     CMEndpoint *m_first = nullptr;
     int m_size = 0;
 };

@@ -5,7 +5,7 @@
 
 #include "core/model/nodes/cmnode.h"
 
-/// A node that user interfaces may show. Thread and owner are those of a CMNode.
+/// A node that user interfaces may show. Thread and owner: as CMNode.
 class TAVO_API_EXPORT CMUINode : public CMNode
 {
 public:
