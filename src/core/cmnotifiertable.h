@@ -10,10 +10,10 @@
 
 /// Notifiers by path; those of one path keep the order in which they were added. Does not own them.
 ///
-/// The notifiers of a path form a ring through a member of their own, and the table holds the
-/// newest, whose next is the oldest. So a notifier is added, and the oldest found, at the same cost
-/// among any number, and without memory: with a list for each path an open notification takes 1576
-/// bytes, where the goal is 1536 (benchmark tavo_memory_use).
+/// The notifiers of a path form a ring, linked through one of their members. The table holds the
+/// newest, whose next is the oldest: so adding a notifier and finding the oldest cost the same for
+/// any number, and allocate nothing. With a list for each path, an open notification would take
+/// 1576 bytes, and the goal is 1536 (benchmark tavo_memory_use).
 class CMNotifierTable
 {
 public:
@@ -30,8 +30,8 @@ public:
         }
     }
 
-    /// Shows the path's notifiers to the function, oldest first, until it returns true. Takes that
-    /// one out and returns it; null if there is none.
+    /// Calls the function with each of the path's notifiers, oldest first, until it returns true.
+    /// Removes that notifier and returns it; returns null if there is none.
     template <typename Accept>
     ChangeNotifier *takeFirst(const CMPath &path, Accept accept)
     {

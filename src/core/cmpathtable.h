@@ -7,11 +7,11 @@
 
 #include <vector>
 
-/// A hash table of objects by their path(), which it chains through a member of their own. Owns
-/// nothing; paths are unique.
+/// A hash table of objects by path(), linked through one of their members. Does not own them. Paths
+/// are unique.
 ///
-/// With a QHash in its place the node of a closed message takes 432 bytes, where the goal is 410,
-/// and an open notification 1557 of 1536 (benchmark tavo_memory_use).
+/// With a QHash instead, the node of a closed message would take 432 bytes, and the goal is 410; an
+/// open notification would take 1557, and the goal is 1536 (benchmark tavo_memory_use).
 template <typename T, T *T::*Next>
 class CMPathTable
 {
@@ -79,7 +79,7 @@ private:
 
     std::size_t chainOf(const CMPath &path) const
     {
-        // All entries of a slice have the lower bits of their hashes in common.
+        // All entries of a slice have equal lower bits in their hashes.
         constexpr uint golden = 0x9e3779b1U;
         return std::size_t((quint64(path.hash() * golden) * m_chains.size()) >> 32);
     }

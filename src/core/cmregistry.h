@@ -12,8 +12,9 @@
 
 /// Knows every published node of the process.
 ///
-/// Any thread. The nodes are split by the hash of their path; each slice has a mutex of its own,
-/// which is held for the look-up only. A node that was found is kept alive by its pointer.
+/// Called from any thread. The nodes are split into slices by the hash of their path. Each slice
+/// has its own mutex, which is held for the look-up only. The returned pointer keeps the node
+/// alive.
 class CMRegistry
 {
 public:

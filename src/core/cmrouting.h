@@ -6,8 +6,8 @@
 #include "core/cmregistry.h"
 #include "core/model/cmrequest.h"
 
-/// Hands a request to the node at its path. Answers it with an error that names the path if there
-/// is none, or if a node set is given and the node is not in it.
+/// Hands a request to the node at its path. If there is no such node, or if a set of nodes is given
+/// and the node is not in it, answers with an error that names the path.
 template <typename Request>
 void cmRoute(const Request &request, void (CMEndpoint::*operation)(const Request &),
              const CMNodes *nodes = nullptr)

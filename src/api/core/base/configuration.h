@@ -18,7 +18,7 @@
 /// All functions throw a std::runtime_error that names the key, such as "limits.sounds: must be an
 /// integer from 1 to 100". Thrown out of worker_create, its text is what the host reports.
 ///
-/// Thread: any, one at a time.
+/// Used from any thread, by one at a time.
 class TAVO_API_EXPORT TavoConfiguration
 {
 public:

@@ -9,8 +9,8 @@
 
 // Numbers in variants. A value of another type, or out of range, reads as 0 or false.
 
-/// Returns whether a variant holds a number of any type. A string of digits or a boolean is no
-/// number.
+/// Returns whether a variant holds a number of any type. A string of digits is not a number, and
+/// neither is a boolean.
 TAVO_API_EXPORT bool tavoIsNumber(const QVariant &value);
 
 /// Reads an integer within the range. A number with a fraction reads as 0.

@@ -14,6 +14,6 @@
 /// text cannot break or forge a log line.
 TAVO_API_EXPORT std::ostream &operator<<(std::ostream &stream, const QString &text);
 
-/// Writes a value on one line, the fields of a hash sorted by key. What is nested too deep for
-/// people to read is written as "...".
+/// Writes a value on one line, the fields of a hash sorted by key. Values that are nested too
+/// deeply to be read are written as "...".
 TAVO_API_EXPORT std::ostream &operator<<(std::ostream &stream, const QVariant &value);

@@ -43,7 +43,8 @@ QString translated(const QString &source, const QByteArray &context,
                    const QByteArray &disambiguation, int count)
 {
     const QByteArray utf8 = source.toUtf8();
-    // No translation has such a text, and a look-up would spoil it.
+    // Such a text has no translation, and QCoreApplication::translate() would return only a part of
+    // it.
     if (source.contains(QChar::Null) || QString::fromUtf8(utf8) != source) {
         return source;
     }
@@ -61,7 +62,7 @@ TrString::TrString(const char *text)
 TrString::TrString(const TrCharData &data, const QList<TrArg> &arguments)
     : m_text(QString::fromUtf8(data.source))
 {
-    // An empty text stays plain, so that it is equal after its way through a record.
+    // An empty text stays plain, so that it is still equal when it is read from a record.
     if (m_text.isEmpty()) {
         return;
     }

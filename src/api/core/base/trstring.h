@@ -17,8 +17,8 @@ struct TrCharData
 {
     const char *context;        ///< usually the class that the text is from
     const char *source;         ///< the text as it is in the code
-    const char *disambiguation; ///< distinguishes equal sources; null for none
-    int count;                  ///< chooses the plural form; -1 for none
+    const char *disambiguation; ///< distinguishes equal sources; may be null
+    int count;                  ///< chooses the plural form; -1: no plural
 };
 
 /// An argument of a translatable text; replaces %1, %2, ... in it.
@@ -54,7 +54,8 @@ private:
 };
 
 /// A text that is translated when it is shown. Until then it keeps its context, source and
-/// arguments. Also holds a plain text, which is shown as it is. A value; copies share.
+/// arguments. May also hold a plain text, which is shown untranslated. A value; copies share their
+/// data.
 class TAVO_API_EXPORT TrString
 {
 public:
@@ -102,7 +103,7 @@ private:
 /// Empty for a free function.
 TAVO_API_EXPORT QByteArray trExtractContext(const char *signature);
 
-/// A translatable text in the context of the class whose member function this is in.
+/// A translatable text; its context is the class of the enclosing member function.
 #define TAVO_TR(text)                                                                              \
     TrString(TrCharData{trExtractContext(Q_FUNC_INFO).constData(), text, nullptr, -1}, {})
 

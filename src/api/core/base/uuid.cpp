@@ -11,7 +11,7 @@
 QString tavoGenerateUuid()
 {
     // QUuid::createUuid() asks the processor for random numbers, which takes half a microsecond: a
-    // quarter of the floor of a display open (benchmark displayOpen).
+    // quarter of the shortest time of a display-open (benchmark displayOpen).
     std::array<quint32, 4> random{};
     QRandomGenerator::global()->fillRange(random.data(), int(random.size()));
     auto *bytes = reinterpret_cast<char *>(random.data());

@@ -70,7 +70,7 @@ public:
 
 Q_SIGNALS:
     /// The rows of the list at the path have changed. CMSubscribe names the changes. They concern
-    /// count rows from first on; first is -1 and count 0 if they concern no rows in particular.
+    /// count rows from first on; first is -1 and count is 0 if they concern no particular rows.
     void changed(const CMPath &path, const QStringList &changes, int first, int count);
 };
 

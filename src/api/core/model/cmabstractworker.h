@@ -16,8 +16,8 @@
 
 /// The operations of the model.
 ///
-/// Called from any thread; a reply brings the answer. On CMRoot() they reach every node of the
-/// model, on another worker only its own nodes.
+/// Called from any thread; the result comes in the reply. CMRoot() reaches every node of the model,
+/// another worker only its own nodes.
 class TAVO_API_EXPORT CMAbstractWorker : public CMWorker
 {
     Q_OBJECT
@@ -54,8 +54,8 @@ public:
     virtual void disconnectChange(ChangeType type, const CMPath &path, QObject *receiver,
                                   std::function<void(ChangeNotifier *)> disconnectFrom);
 
-    /// Sends a set-data request with the value to the node at the path. The reply brings the
-    /// answer, or the error CMErrors::noSuchNode() if there is no node. Returns the reply.
+    /// Sends a set-data request with the value to the node at the path. If there is no node, the
+    /// reply gets the error CMErrors::noSuchNode(). Returns the reply.
     CMReply<QVariant> invoke(const CMPath &path, const TavoHash &value,
                              const CMReply<QVariant> &reply);
     CMReply<QVariant> invoke(const CMPath &path, const QVariant &value,
@@ -99,7 +99,7 @@ public:
         unsubscribe(ValueChange, &ValueChangeNotifier::changed, path, receiver, slot);
     }
 
-    /// Subscribes a slot to nodes being published at a path and disposed of.
+    /// Subscribes a slot to the publishing and disposing of nodes at a path.
     template <typename Receiver>
     void connectNodeChange(const CMPath &path, Receiver *receiver,
                            void (Receiver::*slot)(const CMPath &, bool),

@@ -28,7 +28,7 @@ TAVO_API_EXPORT QString groupKind();
 /// The node at the path, if there is one. Costs one look-up, however many nodes there are.
 TAVO_API_EXPORT std::optional<Entry> entry(const CMPath &path);
 
-/// Every node at the path and below it, sorted by path; of the empty path, every node of the
+/// The nodes at the path and below it, sorted by path. For the empty path, every node of the
 /// process.
 TAVO_API_EXPORT std::vector<Entry> tree(const CMPath &path);
 

@@ -8,8 +8,9 @@
 
 #include <QVariantHash>
 
-/// Why a request failed: a hash with the name of what reports it, a message for people and a title
-/// for the message. An error without a name means that nothing failed. A value; copies share.
+/// Why a request failed: a hash with a name (of the kind of error, or of the module that reports
+/// it), a message for people and a title for the message. An error without a name means that
+/// nothing failed. A value; copies share their data.
 class TAVO_API_EXPORT CMError : public QVariantHash
 {
 public:
@@ -39,7 +40,7 @@ public:
 /// The names of the model's own errors. Modules use their own names.
 namespace CMErrors {
 TAVO_API_EXPORT QString noSuchNode();   ///< nothing is published at the path
-TAVO_API_EXPORT QString notSupported(); ///< the node does not take such a request
+TAVO_API_EXPORT QString notSupported(); ///< the node does not take this kind of request
 TAVO_API_EXPORT QString noAnswer();     ///< the request was dropped without an answer
 } // namespace CMErrors
 

@@ -32,8 +32,8 @@ public:
     virtual void replyFinished(const CMVoidReply &reply) = 0;
 };
 
-/// What the copies of a reply share: unfinished until the first answer, finished from then on.
-/// Called from any thread.
+/// The state that all copies of a reply share: unfinished until the first value or error, finished
+/// from then on. Called from any thread.
 class TAVO_API_EXPORT CMReplyAbstractData : public QSharedData
 {
 public:
@@ -44,8 +44,8 @@ public:
 
     bool isFinished() const { return m_finished; }
 
-    /// Blocks until the reply is finished or the time has passed; the largest number means no
-    /// limit. Returns whether the reply is finished.
+    /// Blocks until the reply is finished or the timeout has passed; the largest number means no
+    /// timeout. Returns whether the reply is finished.
     bool waitForFinished(unsigned long ms = std::numeric_limits<unsigned long>::max()) const;
 
     /// Finishes the reply with an error. Does nothing if it is finished.
@@ -80,8 +80,9 @@ protected:
         tell(watchers);
     }
 
-    /// Calls the watchers with the error that no answer came. They get the stand-in, a reply of the
-    /// same type, because this one is being destroyed. Called by the most derived destructor.
+    /// Calls the watchers with the error that no answer came. They get the stand-in, a new reply of
+    /// the same type, because this one is being destroyed. Called by the destructor of the derived
+    /// class.
     void abandon(CMReplyAbstractData *standIn);
 
     bool hasWatchers() const { return !m_watchers.empty(); }
@@ -142,7 +143,7 @@ public:
 };
 
 /// A view of a reply without its value type. Copies view the same reply; a default-constructed one
-/// views none. Called from any thread.
+/// is empty. Called from any thread.
 class TAVO_API_EXPORT CMVoidReply
 {
 public:
@@ -155,7 +156,7 @@ public:
     {
     }
 
-    /// Returns true if the view has no reply.
+    /// Returns true if the view is empty.
     bool operator!() const { return !m_data; }
 
     bool isFinished() const { return m_data && m_data->isFinished(); }
@@ -170,9 +171,9 @@ public:
     /// The error that finished the reply; see CMError::isError().
     CMError error() const { return m_data ? m_data->error() : CMError(); }
 
-    /// Calls back once the reply is finished, through the context with the connection type; never
-    /// if the context is destroyed before. Without a context the call is made in the thread that
-    /// calls this function, which then needs an event loop unless the connection is direct.
+    /// Calls back once the reply is finished, through the context with the connection type; not if
+    /// the context has been destroyed. Without a context the call is made in the thread that calls
+    /// this function, which then needs an event loop unless the connection is direct.
     void addWatcher(QObject *context, const Callback &callback,
                     Qt::ConnectionType type = Qt::AutoConnection) const;
     void addWatcher(CMReplyWatcher *watcher) const;
@@ -228,7 +229,7 @@ public:
         m_answering = QExplicitlySharedDataPointer<CMAnswering>(answering);
     }
 
-    /// Views a reply as one of this type; has no reply if the type is another.
+    /// Views a reply as one of this type; empty if it has another type.
     explicit CMReply(const CMVoidReply &reply)
         : CMVoidReply(reply)
     {
@@ -237,7 +238,7 @@ public:
         }
     }
 
-    /// Waits without a limit until the reply is finished. Returns the type's default after an
+    /// Waits without a timeout until the reply is finished. Returns the type's default after an
     /// error.
     T value() const { return checked()->value(); }
 
@@ -262,7 +263,7 @@ public:
     }
 
 private:
-    // Every constructor makes sure of the type.
+    // Every constructor has checked the type.
     CMReplyData<T> *checked() const
     {
         Q_ASSERT_X(m_data, "CMReply", "there is no reply of this type behind the view");

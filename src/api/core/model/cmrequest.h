@@ -7,8 +7,8 @@
 #include "core/model/cmreply.h"
 #include "core/records/cmpath.h"
 
-/// What the copies of a request share. Destroyed with the last copy of the request and of the
-/// replies that it gave out; if it has not been answered by then, the reply gets the error
+/// The data that all copies of a request share. Destroyed with the last copy of the request and of
+/// the replies that reply() has returned. If nobody has answered by then, the reply gets the error
 /// CMErrors::noAnswer().
 class TAVO_API_EXPORT CMRequestData : public CMAnswering
 {
@@ -35,7 +35,7 @@ public:
     const CMReply<QVariant> reply;
 };
 
-/// A request to a node. Copies share their data. Used in any thread.
+/// A request to a node. Copies share their data. Used from any thread.
 class TAVO_API_EXPORT CMRequest
 {
 public:
@@ -46,8 +46,8 @@ public:
     Type type() const { return m_type; }
     CMPath path() const { return checked()->path; }
 
-    /// The reply that the answer goes to. It may be kept to answer later: the request stays
-    /// answerable while a copy exists.
+    /// The reply to finish. A copy may be kept, and finished later: the request can be answered as
+    /// long as a copy exists.
     CMReply<QVariant> reply() const;
 
 protected:

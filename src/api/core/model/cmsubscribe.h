@@ -16,7 +16,7 @@ public:
     static QString RowsChangeRemoved();
     static QString RowsChangeReset(); ///< any row may have changed
 
-    /// A client closes the node: what shows it shall remove it.
+    /// A client closes the node: a user interface removes it.
     static QString RowsChangeClose();
 
     /// Reports a rows change to the subscribers of the path, which need not have a node. Returns

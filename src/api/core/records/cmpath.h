@@ -18,7 +18,7 @@
 /// text is canonical: it starts with a slash and has no empty segment.
 ///
 /// A path that is made from another path and a segment shares both texts, and joins them when its
-/// text is read. If it kept the joined text, an open notification would take 1781 bytes, where the
+/// text is read. If it stored the joined text, an open notification would take 1781 bytes, and the
 /// goal is 1536 (benchmark tavo_memory_use).
 class TAVO_API_EXPORT CMPath
 {
@@ -39,12 +39,12 @@ public:
     /// The path without its last segment; empty at the top.
     CMPath parent() const;
 
-    /// The path below this one that a relative text of one or more segments names, such as
+    /// A path below this one: appends a text of one or more segments, such as
     /// "/player/revokeResources". An empty text gives the same path.
     CMPath operator+(const QString &relative) const;
 
     /// Returns whether the path starts with all segments of the ancestor and has more. Every path
-    /// but the empty one is below the empty one.
+    /// except the empty one is below the empty one.
     bool isBelow(const CMPath &ancestor) const;
 
     bool operator==(const CMPath &other) const;
@@ -57,7 +57,7 @@ public:
     /// The form in which records carry a path: its text.
     QVariant toQVariant() const { return toString(); }
 
-    /// The hash of the text. Costs nothing: it is kept with the path.
+    /// The hash of the text. Computed once, when the path is made.
     uint hash() const { return m_data ? m_data->hash : 0; }
 
 private:

@@ -14,8 +14,8 @@
 
 class TavoHash;
 
-/// How a value of the type is kept in a hash. read() takes any variant and returns the type's
-/// default if it is not suitable.
+/// How a hash carries a value of the type. read() takes any variant, and returns the type's default
+/// if the variant is not suitable.
 template <typename T, typename Enable = void>
 struct TavoCodec;
 
@@ -58,7 +58,7 @@ struct TavoCodec<qint64>
     static QVariant write(qint64 value) { return value; }
 };
 
-/// Enumerators are kept as their numbers, with or without a name.
+/// Enumerators are carried as their numbers, including those without a name.
 template <typename T>
 struct TavoCodec<T, std::enable_if_t<std::is_enum_v<T>>>
 {

@@ -7,7 +7,7 @@
 
 #include <QString>
 
-// Enumerators are sent as their numbers. Every signed 32-bit number is allowed, so that a value
+// Records carry enumerators as numbers. Every signed 32-bit number is allowed, so that a value
 // from a newer program is kept. toString() returns the name, or the digits if the number has none.
 
 /// How urgent a notification is. Larger numbers go first; equal ones keep their order of arrival.

@@ -18,7 +18,7 @@ TAVO_API_EXPORT CMPath TavoNotificationsPath();
 /// the sound is queued. The start and the end are reported to the item's response path.
 TAVO_API_EXPORT CMPath TavoNotificationPlayerEnqueuePath();
 
-/// Request: cancels a sound, queued or playing. Value: a TavoValue with string_(), the id. Answer:
+/// Request: cancels a sound, queued or playing. Value: a TavoValue with string_(), the id. Reply:
 /// empty.
 TAVO_API_EXPORT CMPath TavoNotificationPlayerCancelPath();
 

@@ -16,7 +16,7 @@ TAVO_API_EXPORT CMPath TavoPlayerAlsaDeviceMainPath();
 
 /// Request: plays a sound file as the main audio, in a loop. Value: a TavoValue with string_(), the
 /// file's path or URI, or the bare text; without one the last source is played, and goes on if it
-/// is playing already. Answer: empty, or an error if the file cannot be played.
+/// is playing already. Reply: empty, or an error if the file cannot be played.
 TAVO_API_EXPORT CMPath TavoPlayerMainAudioPlayPath();
 
 /// Request: ends the main audio. The value is not read. Reply: empty.
@@ -32,7 +32,7 @@ TAVO_API_EXPORT CMPath TavoPlayerMainAudioStatePath();
 /// Request: ducks the main audio, or unducks it. Value: a TavoPlayerAudioDuckingRequest.
 TAVO_API_EXPORT CMPath TavoPlayerMainAudioDuckingPath();
 
-/// Ducks the main audio for a requester. It stays ducked until every requester has restored it.
+/// Ducks the main audio for a requester. It stays ducked until every requester has unducked it.
 class TavoPlayerAudioDuckingRequest : public TavoHash
 {
     TAVO_RECORD(TavoPlayerAudioDuckingRequest)
@@ -62,8 +62,8 @@ class TavoPlayerMainAudioState : public TavoHash
     /// The user's volume, from 0.0 to 1.0.
     TAVO_FIELD(double, volume, setVolume)
     TAVO_FIELD(bool, ducked, setDucked)
-    /// The requesters for which it is ducked, in the order of their requests.
+    /// The requesters that have ducked it, in the order of their requests.
     TAVO_FIELD(TavoList<QString>, requesters, setRequesters)
-    /// Why the source does not play, a sentence for people; empty if nothing failed.
+    /// Why the source does not play, as a sentence for people; empty if nothing failed.
     TAVO_FIELD(QString, error, setError)
 };

@@ -12,15 +12,15 @@
 /// Request: registers a module with the power manager. Value: a TavoPowerManagerModuleRegister.
 TAVO_API_EXPORT CMPath TavoPowerManagerModuleRegisterPath();
 
-/// Request: acquires or releases a resource. Value: a TavoPowerManagerResourceRequest. Answer:
-/// empty if granted, an error if refused.
+/// Request: acquires or releases a resource. Value: a TavoPowerManagerResourceRequest. Reply: empty
+/// if granted, an error if refused.
 TAVO_API_EXPORT CMPath TavoPowerManagerResourceRequestPath();
 
-/// Request: revokes all grants and refuses new ones. The value is not read. Answer: empty, once
-/// every holder has stopped or has run into the timeout; an error if a resume comes before.
+/// Request: revokes all grants and refuses new ones. The value is not read. Reply: empty, once
+/// every holder has stopped or the timeout has passed; an error if a resume comes before that.
 TAVO_API_EXPORT CMPath TavoPowerManagerStandbyPath();
 
-/// Request: ends standby, even if holders are still stopping. The value is not read. Answer: empty.
+/// Request: ends standby, even if holders are still stopping. The value is not read. Reply: empty.
 TAVO_API_EXPORT CMPath TavoPowerManagerResumePath();
 
 /// Value: a TavoValue with powerManagerState().

@@ -86,5 +86,5 @@ public:
         return *this;                                                                              \
     }
 
-/// The same with the getter's name as the key.
+/// A field whose key is the getter's name.
 #define TAVO_FIELD(Type, getter, setter) TAVO_FIELD_KEY(Type, getter, setter, #getter)

@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <initializer_list>
 
-/// A list of values of one type in a record. A value; copies share.
+/// A list of values of one type in a record. A value; copies share their data.
 template <typename T>
 class TavoList
 {
@@ -32,8 +32,7 @@ public:
     T at(int index) const { return TavoCodec<T>::read(m_elements.at(index)); }
     void append(const T &element) { m_elements.append(TavoCodec<T>::write(element)); }
 
-    /// An element that is not suitable for the type equals nothing, not even the default that it
-    /// reads as.
+    /// An element of another type equals nothing, although at() returns the type's default for it.
     bool contains(const T &element) const
     {
         const QVariant carried = TavoCodec<T>::write(element);

@@ -25,6 +25,7 @@ QString CMActivateNode::kind() const
 
 void CMActivateNode::setData(const CMSetDataRequest &request)
 {
-    // If nothing is bound the request is dropped, and a dropped request answers itself.
+    // If the receiver is gone, the request is dropped here, and its destructor answers it with an
+    // error.
     Q_EMIT privateInvoke(request);
 }

@@ -10,9 +10,9 @@
 
 #include <functional>
 
-/// A node that takes set-data requests: each becomes one call of the slot that the node is bound
-/// to, which answers it. The node is published when it is bound, so no request comes before a slot
-/// can take it. Thread and owner are those of a CMNode.
+/// A command: each set-data request calls the slot that the node is bound to, which answers it. The
+/// node is published when it is bound, so that no request comes before a slot can take it. Thread
+/// and owner: as CMNode.
 class TAVO_API_EXPORT CMActivateNode : public QObject, public CMUINode
 {
     Q_OBJECT
@@ -23,7 +23,7 @@ public:
 
     static CMActivateNode *create(CMNodes *nodes, const CMPath &path);
 
-    /// Binds the node to a slot of the receiver in place of any other. Once the receiver is
+    /// Binds the node to a slot of the receiver instead of any other slot. Once the receiver is
     /// destroyed, requests are answered with an error.
     template <typename Receiver>
     void setInvoke(Receiver *receiver, void (Receiver::*slot)(const CMSetDataRequest &),
@@ -41,7 +41,7 @@ public:
     void setData(const CMSetDataRequest &request) override;
 
 Q_SIGNALS:
-    /// Carries each request to the bound slot. Only for setInvoke().
+    /// Carries each request to the bound slot. Connected by setInvoke() only.
     void privateInvoke(const CMSetDataRequest &request);
 
 private:

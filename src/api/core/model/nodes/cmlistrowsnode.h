@@ -11,7 +11,7 @@
 #include <QVector>
 
 /// A node that holds an ordered list of rows: paths of other nodes, or roles to show. Every change
-/// is reported to the subscribers from their event loops. Thread and owner are those of a CMNode.
+/// is reported to the subscribers from their event loops. Thread and owner: as CMNode.
 class TAVO_API_EXPORT CMListRowsNode : public CMUINode
 {
 public:
@@ -24,7 +24,7 @@ public:
     void rowsAppend(const TavoRoles &row);
     void rowsAppend(const CMPath &row);
 
-    /// Inserts a row that then has the index, which is from 0 to the number of rows.
+    /// Inserts a row that has the index afterwards. The index is from 0 to the number of rows.
     void rowsInsert(int index, const CMPath &row);
     void rowsRemoveAt(int index);
 
@@ -33,7 +33,7 @@ public:
 
     int rowsSize() const;
 
-    /// The row, for CMPath::fromQVariant() or TavoRoles to read; invalid if there is none.
+    /// The row, to be read by CMPath::fromQVariant() or TavoRoles; invalid if there is no such row.
     QVariant getRow(int index) const;
 
     QString kind() const override;
@@ -43,8 +43,8 @@ public:
 private:
     using CMUINode::CMUINode;
 
-    /// A row. If its roles are a type and a title, as is usual, it keeps these two values and no
-    /// hash: with one, an open notification takes 1813 bytes, where the goal is 1536 (benchmark
+    /// A row. If its roles are a type and a title, as is usual, it stores just these two values:
+    /// with a hash, an open notification would take 1813 bytes, and the goal is 1536 (benchmark
     /// tavo_memory_use).
     class Row
     {
@@ -52,7 +52,7 @@ private:
         explicit Row(const CMPath &path);
         explicit Row(const TavoRoles &roles);
 
-        /// The row as it was given; of a path, its text.
+        /// The row as it was given; a path as its text.
         QVariant toQVariant() const;
 
         /// The path, if the row is one; otherwise null.

@@ -76,8 +76,8 @@ void CMNode::matchRow(const CMMatchRowRequest &request)
 
 std::mutex &CMNode::guard() const
 {
-    // With a mutex in each node, that of a closed message takes 432 bytes, where the goal is 410
-    // (benchmark tavo_memory_use).
+    // With a mutex in each node, the node of a closed message would take 432 bytes, and the goal is
+    // 410 (benchmark tavo_memory_use).
     static std::array<std::mutex, 64> guards;
     return guards[(reinterpret_cast<quintptr>(this) >> 5) % guards.size()];
 }

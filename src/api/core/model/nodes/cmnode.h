@@ -11,7 +11,7 @@
 /// A node of the model.
 ///
 /// Each kind has a create() that makes a node in a worker's node set, which owns it. The worker
-/// uses the node in its own thread; requests reach it in the threads that make them. The node is
+/// uses the node in its own thread; requests reach it in the threads of their senders. The node is
 /// published until it is disposed of. If its path is empty, or is taken by another node, it exists
 /// but is never published.
 class TAVO_API_EXPORT CMNode : public CMEndpoint
@@ -33,7 +33,7 @@ protected:
     /// Publishes the finished node; called last by create().
     void publish();
 
-    /// Protects what requests read from other threads. Many nodes share a mutex, so a caller must
-    /// not hold it while it calls another node.
+    /// Protects the data that requests read from other threads. Many nodes share a mutex, so it
+    /// must not be held during a call to another node.
     std::mutex &guard() const;
 };

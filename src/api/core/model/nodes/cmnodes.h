@@ -25,7 +25,7 @@ public:
     int size() const { return m_size; }
 
     /// Calls the function with each node, newest first. The function must not make or dispose of
-    /// any.
+    /// nodes.
     void forEach(const std::function<void(const CMEndpoint *)> &function) const;
 
 private:

@@ -8,13 +8,13 @@
 
 class QMutex;
 
-/// A node that holds a value. Thread and owner are those of a CMNode.
+/// A node that holds a value. Thread and owner: as CMNode.
 class TAVO_API_EXPORT CMValueNode : public CMUINode
 {
 public:
-    /// The mutex protects the value, for an owner that has one mutex for all of its state; if it is
-    /// null, the node uses its own. The caller must not hold it while it calls the node, and it
-    /// must outlive the node and the requests that are being handed to it.
+    /// The mutex protects the value, for an owner that has one mutex for all of its state. If it is
+    /// null, the node uses guard(). It must not be held during a call to the node, and must outlive
+    /// the node and the requests that are running on it.
     static CMValueNode *create(CMNodes *nodes, const CMPath &path, QMutex *lock = nullptr);
 
     /// Replaces the value. If it differs, the change is reported to the subscribers from their
