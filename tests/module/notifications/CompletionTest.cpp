@@ -230,6 +230,19 @@ TEST_F(CompletionTest, StopsThePlayingItemOnACancelAndReportsOnlyItsEnd)
     EXPECT_EQ(journalOf("b"_s).last(), "started"_s);
 }
 
+TEST_F(CompletionTest, PlaysNothingElseWhileACancelledItemIsStopping)
+{
+    play("a"_s);
+    cancel("a"_s);
+    enqueue("b"_s);
+    EXPECT_EQ(left(TRACE_LOG_LEVEL, "continuePlayAudio", "Playback active: a"), 1);
+    EXPECT_EQ(scripted("b"_s), nullptr);
+    scripted("a"_s)->reportStopped();
+    settle();
+    EXPECT_EQ(logged(DEBUG_LOG_LEVEL, "Active playback finished"), 1);
+    EXPECT_EQ(journalOf("b"_s).last(), "started"_s);
+}
+
 TEST_F(CompletionTest, AcceptsAnEndReportedFromInsideStop)
 {
     play("a"_s);

@@ -98,6 +98,20 @@ TEST_F(SoundRequestsTest, LogsNothingInTheHandlerOfACancel)
     }
 }
 
+TEST_F(SoundRequestsTest, LogsNothingOfItsOwnForARefusedSound)
+{
+    log().clear();
+    enqueue(QString());
+    EXPECT_THAT(
+        log().messages(),
+        testing::ElementsAre(testing::StartsWith("Enter void NotificationsWorker::"
+                                                 "on_notificationPlayerEnqueue_activated(const "
+                                                 "CMSetDataRequest&): item: "),
+                             testing::StartsWith("Enter bool NotificationPlayer::enqueue("),
+                             "Notification item id is empty",
+                             testing::StartsWith("Leave bool NotificationPlayer::enqueue(")));
+}
+
 TEST_F(SoundRequestsTest, ReportsTheEndToTheResponsePath)
 {
     play("a"_s)->reportEnded();
