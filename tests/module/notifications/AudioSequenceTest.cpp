@@ -116,6 +116,37 @@ TEST_F(AudioSequenceTest, PlaysAlthoughDuckingFailedAndUnducksAfterwards)
     EXPECT_EQ(sequence(), (QStringList{"duck"_s, "acquire"_s, "release"_s, "unduck"_s}));
 }
 
+TEST_F(AudioSequenceTest, LogsAFailedDuckBeforeItGoesOn)
+{
+    setDucking(ScriptedService::keep());
+    enqueue("a"_s);
+    beginStory();
+    services().requests(ducking()).back().reply().setError(CMError("Test"_s, "no mixer"));
+    EXPECT_THAT(
+        story(),
+        testing::ElementsAre(
+            "TRACE Enter on_audioDucking_finished: ", "WARN Failed to duck audio, error: no mixer",
+            "TRACE Enter continuePlayAudioMuted: ", "to " + resources().toString().toStdString(),
+            "TRACE Leave continuePlayAudioMuted: ", "TRACE Leave on_audioDucking_finished: "));
+}
+
+TEST_F(AudioSequenceTest, LogsAFailedUnduckBeforeItDucksAgain)
+{
+    play("a"_s)->reportEnded();
+    settle();
+    setDucking(ScriptedService::keep());
+    fireInactivityTimer();
+    enqueue("b"_s);
+    beginStory();
+    services().requests(ducking()).back().reply().setError(CMError("Test"_s, "no mixer"));
+    EXPECT_THAT(story(), testing::ElementsAre("TRACE Enter on_audioUnducking_finished: ",
+                                              "WARN Failed to unduck audio, error: no mixer",
+                                              "TRACE Enter continuePlayAudio: queue size: 1",
+                                              "to " + ducking().toString().toStdString(),
+                                              "TRACE Leave continuePlayAudio: ",
+                                              "TRACE Leave on_audioUnducking_finished: "));
+}
+
 TEST_F(AudioSequenceTest, GoesOnAfterAFailedUnduck)
 {
     play("a"_s)->reportEnded();
@@ -283,6 +314,23 @@ TEST_F(AudioSequenceTest, ReleasesAnAcquiredResourceIfTheQueueIsEmptyByThen)
     EXPECT_FALSE(isPlaying());
     fireInactivityTimer();
     EXPECT_EQ(sequence(), (QStringList{"duck"_s, "acquire"_s, "release"_s, "unduck"_s}));
+}
+
+TEST_F(AudioSequenceTest, LogsAnEmptyQueueBeforeItGoesOn)
+{
+    setResources(ScriptedService::keep());
+    enqueue("a"_s);
+    cancel("a"_s);
+    services().requests(resources()).back().reply().setValue(QVariant());
+    beginStory();
+    QCoreApplication::sendPostedEvents();
+    EXPECT_THAT(
+        story(),
+        testing::ElementsAre(
+            "TRACE Enter handleRequestResourcesFinished: ", "TRACE Enter playItemFromQueue: ",
+            "ERROR Expecting not empty queue!", "TRACE Enter continuePlayAudio: queue size: 0",
+            "DEBUG Leave continuePlayAudio: No next item to play",
+            "TRACE Leave playItemFromQueue: ", "TRACE Leave handleRequestResourcesFinished: "));
 }
 
 TEST_F(AudioSequenceTest, PlaysAnItemQueuedWhileTheAcquireForACancelledOneIsOutstanding)

@@ -264,6 +264,25 @@ TEST_F(DisplayInsideTest, RemovesAHeadWhoseTimeIsJustUsedUp)
     EXPECT_EQ(controller().m_queue.size(), 1);
 }
 
+TEST_F(DisplayInsideTest, LogsThatAHeadIsOverdueBeforeItRemovesIt)
+{
+    VirtualClock clock;
+    auto item = TavoNotificationDisplayItem().setPath(CMPath("/late"_s)).setTimeout(2);
+    controller().enqueue(&item);
+    clock.advance(5ms);
+    item.setPath(CMPath("/urgent"_s)).setPriority(TavoNotificationItemPriority::Urgent);
+    beginStory();
+    controller().enqueue(&item);
+    EXPECT_THAT(
+        story(),
+        testing::ElementsAre(
+            "TRACE Enter enqueue: ", "TRACE Enter queuePosition: ", "TRACE Leave queuePosition: ",
+            "WARN The item should have been expired, elapsed: 5 item length 2 , removing",
+            "TRACE Enter removeNotificationItem: queue size: 1 notifs: 1 index 0",
+            "TRACE Leave removeNotificationItem: queue: 0",
+            "TRACE Enter startTimer: ", "TRACE Leave startTimer: ", "TRACE Leave enqueue: "));
+}
+
 TEST_F(DisplayInsideTest, ComparesTheShownTimeAsASigned32BitNumber)
 {
     constexpr int longest = std::numeric_limits<int>::max();

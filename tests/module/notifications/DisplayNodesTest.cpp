@@ -202,6 +202,23 @@ TEST_F(DisplayNodesTest, CloseANotificationForAClient)
               1);
 }
 
+TEST_F(DisplayNodesTest, LogAClientsCloseBeforeTheCancel)
+{
+    const CMPath path("/client/node"_s);
+    open(reference(path));
+    beginStory();
+    close(path);
+    EXPECT_THAT(story(),
+                testing::ElementsAre(
+                    "TRACE Enter on_subscribe_rowsChanged: Path: /client/node, changes: (close)",
+                    "DEBUG RowsChangeClose for /client/node removing notification",
+                    "TRACE Enter cancel: /client/node",
+                    "TRACE Enter removeNotificationItem: queue size: 1 notifs: 1 index 0",
+                    "TRACE Leave removeNotificationItem: queue: 0",
+                    "TRACE Enter startTimer: ", "TRACE Leave startTimer: ", "TRACE Leave cancel: ",
+                    "TRACE Leave on_subscribe_rowsChanged: "));
+}
+
 TEST_F(DisplayNodesTest, FindTheCloseAmongOtherChanges)
 {
     const CMPath path = open("a"_s);

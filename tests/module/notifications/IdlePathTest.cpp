@@ -114,6 +114,7 @@ TEST_F(IdlePathTest, IsIdleAfterTheUnduckAndStartsOver)
     playToTheEnd("a"_s);
     fireInactivityTimer();
     EXPECT_EQ(entered(TRACE_LOG_LEVEL, "on_audioUnducking_finished", ""), 1);
+    EXPECT_FALSE(inactivityTimer()->isActive());
     sinceThen();
     play("b"_s);
     EXPECT_EQ(sinceThen().mid(0, 2), (QStringList{"duck"_s, "acquire"_s}));

@@ -92,6 +92,18 @@ TEST_F(PlayingTest, SetsTheLoopFlagAndTheUsageBeforeItPlays)
     EXPECT_EQ(scripted("b"_s)->usage, 1);
 }
 
+TEST_F(PlayingTest, TreatsEveryKindOfPlayerAlike)
+{
+    for (const Type::Enum type : {Type::Uri, Type::Data, Type::Stream, Type::Fake}) {
+        const QString id = Type::toString(type);
+        enqueue(item(id).setType(type).setLoop(true));
+        EXPECT_TRUE(scripted(id)->loop) << id;
+        EXPECT_EQ(scripted(id)->usage, 1) << id;
+        scripted(id)->reportEnded();
+        settle();
+    }
+}
+
 class PlayingStoryTest : public PlayingTest
 {
 protected:
@@ -260,6 +272,24 @@ TEST_F(PlayingTest, ResumesThePlayerOfAPausedItemWithoutASecondStart)
               (QStringList{"construct"_s, "play"_s, "started"_s, "pause"_s, "play"_s}));
     EXPECT_EQ(logged(TRACE_LOG_LEVEL, "Player already constructed, that means it was paused"), 1);
     EXPECT_EQ(logged(INFO_LOG_LEVEL, "Starting playback: a"), 2);
+}
+
+TEST_F(PlayingTest, LogsThatItResumesBeforeItDoes)
+{
+    play("a"_s, 1);
+    play("b"_s, 2);
+    beginStory();
+    scripted("b"_s)->reportEnded();
+    const auto lines = story();
+    const auto first = std::find(lines.begin(), lines.end(), "TRACE Enter playItemFromQueue: ");
+    EXPECT_THAT(std::vector<std::string>(first, lines.end()),
+                testing::ElementsAre(
+                    "TRACE Enter playItemFromQueue: ", "TRACE Enter playItem: Playing item: a",
+                    "TRACE Player already constructed, that means it was paused",
+                    "INFO Starting playback: a", "a play",
+                    "DEBUG Leave playItem: ", "TRACE Leave playItemFromQueue: ",
+                    "TRACE Leave continuePlayAudioMuted: ", "TRACE Leave continuePlayAudio: ",
+                    "DEBUG Leave soundFinished: ", "DEBUG Leave on_sound_finished: "));
 }
 
 TEST_F(PlayingTest, HandlesTheEndOfAResumedPlayerOnce)
