@@ -1,9 +1,9 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""Runs the benchmark programs, interleaved, and gives medians of ratios.
+"""Runs the benchmark programs in turns and computes medians of ratios.
 
-A ratio is taken within one process, between an operation and its floor; then the median over the
-repetitions is. So a machine that is slow for a while, or all the time, changes little.
+Each ratio compares an operation with its floor in the same process; the result is the median of all
+repetitions. So a machine that is slow, or slow for a while, changes little.
 """
 
 import json
@@ -26,10 +26,10 @@ class Programs:
     def __init__(self, folder):
         self.folder = pathlib.Path(folder)
 
-    def times(self, pattern, least_seconds):
-        """Seconds an item of every benchmark that matches, by the benchmark's name."""
+    def times(self, pattern, min_seconds):
+        """The seconds that an item takes in each benchmark that matches, by the benchmark's name."""
         printed = self._output("tavo_benchmark", f"--benchmark_filter=^({pattern})",
-                               f"--benchmark_min_time={least_seconds}", "--benchmark_format=json")
+                               f"--benchmark_min_time={min_seconds}", "--benchmark_format=json")
         result = {}
         for run in json.loads(printed)["benchmarks"]:
             name = run["name"].removesuffix("/manual_time")
@@ -38,7 +38,7 @@ class Programs:
         return result
 
     def memory(self, count):
-        """Bytes of the heap for each of so many, by what they are."""
+        """The bytes of heap that each of `count` items takes, by their kind."""
         figures = json.loads(self._output("tavo_memory_use", str(count)))
         return {name: value for name, value in figures.items() if name != "count"}
 
@@ -49,7 +49,7 @@ class Programs:
 
 
 def jobs():
-    """What is run in each repetition, as (name, pattern, least seconds)."""
+    """What each repetition runs, as (name, pattern, minimum of seconds)."""
     for request in REQUESTS:
         for threads in (1, 2):
             yield (f"{request}, {threads} thread{'s' * (threads > 1)}",
@@ -60,7 +60,7 @@ def jobs():
 
 
 def ratios_of(times):
-    """The ratios that one process's figures give, by (what, variant)."""
+    """The ratios from the figures of one process, by (what, variant)."""
     result = {}
     for name, value in times.items():
         what, *arguments = name.split("/")
@@ -71,18 +71,18 @@ def ratios_of(times):
         elif what in PAIRS:
             result[(what, None)] = value / times[PAIRS[what]]
         elif what in ("route", "tellRows"):
-            least = 10 if what == "route" else 1
-            result[(what, int(arguments[0]))] = value / times[f"{what}/{least}"]
+            smallest = 10 if what == "route" else 1
+            result[(what, int(arguments[0]))] = value / times[f"{what}/{smallest}"]
     return result
 
 
 def run(programs, repetitions, progress):
-    """Ratios and floors over all repetitions: (medians by what and variant, median floors)."""
+    """Medians over all repetitions: (ratios by what and variant, floors by name)."""
     seen, floors = {}, {}
     for repetition in range(repetitions):
-        for name, pattern, least_seconds in jobs():
+        for name, pattern, min_seconds in jobs():
             progress(f"repetition {repetition + 1} of {repetitions}: {name}")
-            times = programs.times(pattern, least_seconds)
+            times = programs.times(pattern, min_seconds)
             for key, ratio in ratios_of(times).items():
                 seen.setdefault(key, []).append(ratio)
             for key, value in times.items():
@@ -93,7 +93,7 @@ def run(programs, repetitions, progress):
 
 
 def machine():
-    """The machine in a few words."""
+    """A short description of the machine."""
     pages = os.sysconf("SC_PHYS_PAGES") * os.sysconf("SC_PAGE_SIZE")
     return f"{os.cpu_count()} cores, {round(pages / 2**30)} GiB"
 

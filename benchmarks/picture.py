@@ -1,24 +1,24 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""Draws what the benchmarks measured: how far the goals are met, and when which player is heard."""
+"""Draws the results: each figure as a share of its goal, and how soon each player is heard."""
 
 from soundcheck.canvas import INK, MUTED, PANEL, RULE, Canvas
 
 WIDTH, LEFT, RIGHT = 1000, 370, 70
 TOP, ROW, BAR, GAP = 56, 21, 13, 56
-SPARE = 1.14  # of the longest bar, for its figure
+SCALE = 1.14  # relative to the maximum, which leaves space for its figure
 MET, MISSED, OURS, OTHERS = (46, 107, 182), (196, 90, 44), (46, 107, 182), (168, 176, 188)
 
 
 class Panel:
     """Bars one below the other, on one scale."""
 
-    def __init__(self, canvas, top, title, most):
-        self.canvas, self.top, self.most = canvas, top, most
+    def __init__(self, canvas, top, title, maximum):
+        self.canvas, self.top, self.maximum = canvas, top, maximum
         canvas.text(20, top - 20, title, 14, INK, bold=True)
 
     def x(self, value):
-        return LEFT + (WIDTH - LEFT - RIGHT) * value / self.most
+        return LEFT + (WIDTH - LEFT - RIGHT) * value / self.maximum
 
     def ground(self, count):
         self.canvas.box(LEFT, self.top, WIDTH - RIGHT, self.top + count * ROW, fill=PANEL,
@@ -32,11 +32,11 @@ class Panel:
 
 
 def draw(path, shares, players):
-    """Shares are (name, part of the goal); players are (name, seconds from process start)."""
+    """Shares are (name, share of the goal); players are (name, seconds from process start)."""
     shares = list(shares)
     canvas = Canvas(WIDTH, TOP + (len(shares) + len(players)) * ROW + GAP + 20)
-    panel = Panel(canvas, TOP, "What is measured, as a part of its goal",
-                  max(1.0, *(share for _, share in shares)) * SPARE)
+    panel = Panel(canvas, TOP, "Each figure as a share of its goal",
+                  max(1.0, *(share for _, share in shares)) * SCALE)
     panel.ground(len(shares))
     canvas.dashes(panel.x(1), TOP, TOP + len(shares) * ROW, INK)
     for number, (name, share) in enumerate(shares):
@@ -44,7 +44,7 @@ def draw(path, shares, players):
     canvas.text(panel.x(1), TOP - 8, "goal", 11, INK, "mm")
     panel = Panel(canvas, TOP + len(shares) * ROW + GAP,
                   "From process start to the first sample at the device",
-                  max((seconds for _, seconds in players), default=1.0) * SPARE)
+                  max((seconds for _, seconds in players), default=1.0) * SCALE)
     panel.ground(len(players))
     for number, (name, seconds) in enumerate(players):
         panel.bar(number, name, seconds, f"{seconds * 1e3:.1f} ms",

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""Measures, prints the tables, and puts them into the document that has a place for them."""
+"""Runs all measurements, prints the tables, and updates them in a document."""
 
 import argparse
 import pathlib
@@ -41,9 +41,9 @@ MEMORY_GOALS = {"queuedSound": 1331, "openNotification": 1536, "closedMessage": 
 HOST_FIGURES = [
     ("executed until it answers, ms", "start", 1e-3, 15, 2),
     ("notifications loaded and its worker made, ms", "module", 1e-3, 1, 2),
-    ("the same behind the player module, ms", "moduleBehind", 1e-3, None, 2),
-    ("memory of its own, quiet, MiB", "private", 2**20, 10, 2),
-    ("memory of its own, playing music, MiB", "musicPrivate", 2**20, None, 2),
+    ("the same after the player module, ms", "moduleBehind", 1e-3, None, 2),
+    ("private memory, quiet, MiB", "private", 2**20, 10, 2),
+    ("private memory, playing music, MiB", "musicPrivate", 2**20, None, 2),
     ("wake-ups a second, quiet", "wakeUps", 1, 0, 0),
     ("wake-ups a second, playing music", "musicWakeUps", 1, None, 0),
 ]
@@ -65,7 +65,7 @@ BUS_FIGURES = [
     ("each of 10,000 closed, against opened", ("closeAll", 10000), 1, 2, 2),
     ("each of 100,000 closed, against opened", ("closeAll", 100000), 1, 2, 2),
     ("executed until it owns its name, against the bare server", ("start", None), 1, 2, 2),
-    ("longest wait of another client during 1 MiB bodies, ms", ("ping", "tavo"), 1e-3, 20, 1),
+    ("maximum wait of another client during 1 MiB bodies, ms", ("ping", "tavo"), 1e-3, 20, 1),
     ("the same of the bare server, ms", ("ping", "bare"), 1e-3, None, 1),
     ("one of 10,000 closed, us", ("closeOne", 10000), 1e-6, None, 0),
     ("one of 100,000 closed, us", ("closeOne", 100000), 1e-6, None, 0),
@@ -114,7 +114,7 @@ def warm_rows(heard):
 
 
 def cold_players(heard):
-    """The players that were measured from process start, the first to be heard first."""
+    """The players measured from process start, sorted by time."""
     return sorted((key for key in heard if key[0] == "cold"), key=heard.get)
 
 
@@ -129,7 +129,7 @@ def bus_rows(bus):
 
 
 def server_rows(bus, peers):
-    """The servers with 10,000 open, the fastest first; a peer may have got fewer in its time."""
+    """The servers with 10,000 open, the fastest first. A slow peer may have opened fewer."""
     size = notify.PEER_SIZE
     servers = {
         "bare server": {"opened": size, "each": bus[("opening", "bare", size)],
@@ -144,7 +144,7 @@ def server_rows(bus, peers):
 
 
 def shares(ratios, memory, host, bus, heard):
-    """Every figure that has a goal, as (name, what part of the goal it takes)."""
+    """Every figure that has a goal, as (name, share of the goal)."""
     for what, goals in GOALS.items():
         for size, goal in goals.items():
             yield f"{NAMES[what]}, {size:,}", ratios[(what, (1, size))] / goal
@@ -174,9 +174,9 @@ def figures(ratios, floors, memory, host, bus, peers, heard, arguments):
     sizes = [f"{size:,}" for size in measure.SIZES]
     one = [floors[f"{what}Floor/10000/1"] * 1e6 for what in measure.REQUESTS]
     parts = [
-        f"Made by `scripts/bench` on {measure.today()}, {measure.machine()}; medians of "
+        f"Measured by `scripts/bench` on {measure.today()}, {measure.machine()}; medians of "
         f"{arguments.repetitions} interleaved repetitions.\n",
-        "Request to answer in one thread, as a multiple of the floor "
+        "Request to reply in one thread, as a multiple of the floor "
         f"({min(one):.2f} to {max(one):.2f} us in this run), by how many are queued in the end:\n",
         table(["operation", *sizes], request_rows(ratios, 1)),
         "The same from another thread, as a multiple of that floor across the same threads:\n",
@@ -184,7 +184,7 @@ def figures(ratios, floors, memory, host, bus, peers, heard, arguments):
         "Records, against the same hash by hand:\n",
         table(["operation", "ratio"],
               [[NAMES[what], rated(ratios[(what, None)], 1.3)] for what in measure.PAIRS]),
-        "A routed request, against one among 10 nodes; a change told, against one subscriber:\n",
+        "A routed request, against one among 10 nodes; a reported change, against one subscriber:\n",
         table(["operation", "ratio"],
               [["route among 1,000", f"{ratios[('route', 1000)]:.2f}"],
                ["route among 100,000", rated(ratios[("route", 100000)], 1.5)],
@@ -207,7 +207,7 @@ def figures(ratios, floors, memory, host, bus, peers, heard, arguments):
         "To the first sample at the device, in a process that has played before; the ratio is to "
         "libcanberra's ALSA driver:\n",
         table(["from", "seen", "ratio"], warm_rows(heard)),
-        "From before the process is made to the first sample; the ratio is to aplay:\n",
+        "From the start of the process to the first sample; the ratio is to aplay:\n",
         table(["player", "seen", "ratio"], cold_rows(heard)),
     ]
     return "\n".join(parts)
@@ -225,7 +225,7 @@ def main():
     parser.add_argument("--build", required=True, help="the build folder")
     parser.add_argument("--repetitions", type=int, default=5)
     parser.add_argument("--count", type=int, default=100000, help="items for the memory figures")
-    parser.add_argument("--document", type=pathlib.Path, help="put the figures in here")
+    parser.add_argument("--document", type=pathlib.Path, help="update the figures in this file")
     arguments = parser.parse_args()
     programs = measure.Programs(arguments.build)
 

@@ -1,11 +1,11 @@
 #!/usr/bin/python3
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""Checks what was heard and shown in a run against what should have been, and draws a picture of it.
+"""Checks what was heard and shown in a run against the expectations, and draws a picture of it.
 
-Without a recording, what the timeline tells is checked and nothing is drawn.
+Without a recording, only the timeline is checked and nothing is drawn.
 
-Exit status: 0 when every check passed, 1 when one failed, 2 when the input can't be read.
+Exit status: 0 if every check passed, 1 if one failed, 2 if the input can't be read.
 """
 
 import argparse

@@ -1,14 +1,14 @@
 #!/usr/bin/python3
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""Prints a timeline for people while it is being written, until its standard input ends."""
+"""Prints a timeline in readable form while it is being written, until standard input ends."""
 
 import json
 import pathlib
 import select
 import sys
 
-GLANCE = 0.1  # seconds between two looks at the file
+INTERVAL = 0.1  # seconds between two reads of the file
 TEXTS = {
     "begun": "the script begins, music plays",
     "sent": "{id}: sent",
@@ -40,7 +40,7 @@ TEXTS = {
 def describe(event):
     text = TEXTS.get(event["event"], event["event"])
     timeout = event.get("timeout", 0)
-    return text.format(id=event.get("id", ""), kind=event.get("kind", "as its sender is told"),
+    return text.format(id=event.get("id", ""), kind=event.get("kind", "as the next line says"),
                        limit=f"for {timeout:g} s" if timeout > 0 else "until it is closed",
                        line=event.get("line", ""), status=event.get("status", ""))
 
@@ -70,7 +70,7 @@ class Follower:
 
 def main():
     follower = Follower(sys.argv[1])
-    while not select.select([sys.stdin], [], [], GLANCE)[0]:
+    while not select.select([sys.stdin], [], [], INTERVAL)[0]:
         follower.show_new()
     follower.show_new()
 

@@ -1,11 +1,11 @@
 #!/usr/bin/python3
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""Runs the host of the demo and, when its script is over, types commands as a person would.
+"""Runs the demo's host. When the script of the demo's module is over, types commands as a person would.
 
-What is typed, what the commands print and their exit statuses go to the timeline. So does what the
-commands are told about sounds and messages, in the words that the demo's module has for its own. Then
-the host is ended. The exit status is the host's.
+Writes to the timeline what is typed, what the commands print and their exit statuses, and also what the
+commands report about sounds and messages, as the same events that the demo's module writes. Then ends
+the host. The exit status is the host's.
 """
 
 import argparse
@@ -20,9 +20,9 @@ import sys
 import threading
 import time
 
-GLANCE = 0.02  # seconds between two looks at the timeline
-PATIENCE = 20.0  # seconds for whatever is waited for
-MESSAGES = "/dbus/notifications/"  # where the host has the messages that come over the bus
+INTERVAL = 0.02  # seconds between two reads of the timeline
+TIMEOUT = 20.0  # seconds
+MESSAGES = "/dbus/notifications/"  # the folder of messages that come over the bus
 END_KINDS = ("finished", "cancelled", "failed")
 
 
@@ -36,38 +36,38 @@ class Timeline:
         with self._lock, self._path.open("a", encoding="utf-8") as file:
             file.write(line + "\n")
 
-    def wait_for(self, event, name=None, after=0.0, within=PATIENCE):
-        deadline = time.monotonic() + within
+    def wait_for(self, event, name=None, after=0.0, timeout=TIMEOUT):
+        deadline = time.monotonic() + timeout
         while time.monotonic() < deadline and self._host.poll() is None:
             if self._has(event, name, after):
                 return
-            time.sleep(GLANCE)
-        raise TimeoutError(f"nothing is known of {event} {name or ''}".rstrip())
+            time.sleep(INTERVAL)
+        raise TimeoutError(f"the timeline has no event {event} {name or ''}".rstrip())
 
     def _has(self, event, name, after):
         lines = self._path.read_text(encoding="utf-8").splitlines(keepends=True)
         events = [json.loads(line) for line in lines if line.endswith("\n")]
-        return any(told["event"] == event and told.get("id") == name and told["t"] > after
-                   for told in events)
+        return any(found["event"] == event and found.get("id") == name and found["t"] > after
+                   for found in events)
 
 
 class Sound:
-    """Takes what `tavo sound --json --wait` prints to the timeline."""
+    """Writes what `tavo sound --json --wait` prints to the timeline."""
 
     def __init__(self, timeline):
         self._timeline = timeline
 
     def take(self, line):
-        told = json.loads(line)
-        event = told["event"]
+        printed = json.loads(line)
+        event = printed["event"]
         if event in END_KINDS:
-            self._timeline.note("ended", id=told["id"], kind=event)
+            self._timeline.note("ended", id=printed["id"], kind=event)
         else:
-            self._timeline.note(event, id=told["id"])
+            self._timeline.note(event, id=printed["id"])
 
 
 class Message:
-    """Takes what a command that shows a message prints to the timeline: its number, then its end."""
+    """Writes what a command that shows a message prints to the timeline: its number, then its end."""
 
     def __init__(self, timeline, timeout):
         self._timeline, self._timeout = timeline, timeout
@@ -82,7 +82,7 @@ class Message:
 
 
 class Command:
-    """A command while it runs."""
+    """A running command."""
 
     def __init__(self, timeline, name, line, listener, **options):
         self._timeline, self._name, self._listener = timeline, name, listener
@@ -100,13 +100,13 @@ class Command:
                 if self._listener:
                     self._listener.take(line.strip())
             except (ValueError, KeyError):
-                pass  # an error's text; what it should have been is missing from the timeline
+                pass  # an error message; the checks find that the event is missing
         self._timeline.note("returned", id=self._name, status=self._process.wait())
 
     def wait(self):
-        """Its exit status. One that does not end is ended, which its status tells."""
+        """Returns the exit status. Kills a command that does not end."""
         try:
-            self._process.wait(PATIENCE)
+            self._process.wait(TIMEOUT)
         except subprocess.TimeoutExpired:
             self._process.kill()
         self._thread.join()
@@ -130,8 +130,8 @@ def mail_command():
 
 
 def act(timeline, shell):
-    """A sound; then a sound, a message and another program's message at a time, and what is said of
-    them. The person ends two of them."""
+    """Plays a sound. Then plays another one and shows two messages at once, asks for their state, and
+    cancels the sound and one message."""
     begin = time.monotonic()
     shell.type("sound", "tavo sound --json --wait --id knock knock.flac", Sound(timeline)).wait()
     timeline.wait_for("restored", after=begin)
@@ -156,14 +156,14 @@ def act(timeline, shell):
     if shell.type("cancel message", f"tavo cancel {MESSAGES}2").wait() == 0:
         timeline.note("display told", id=MESSAGES + "2", kind="cancelled")
     timeline.wait_for("display closed", MESSAGES + "2")
-    time.sleep(0.5)  # for the end of the last one to have its place in the picture
+    time.sleep(0.5)  # so that the picture shows the end of the last one
 
 
 def run(options):
     host = subprocess.Popen(options.host)
     timeline = Timeline(options.timeline, host)
     try:
-        timeline.wait_for("over", within=options.within)
+        timeline.wait_for("over", timeout=options.timeout)
         act(timeline, Shell(timeline, options.sounds, options.programs))
     except TimeoutError as error:
         print(f"person: {error}", file=sys.stderr)
@@ -176,10 +176,13 @@ def run(options):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("--timeline", type=pathlib.Path, required=True, help="the module's file")
-    parser.add_argument("--sounds", type=pathlib.Path, required=True, help="where to type from")
-    parser.add_argument("--programs", type=pathlib.Path, required=True, help="the folder of tavo")
-    parser.add_argument("--within", type=float, default=60.0, metavar="SECONDS",
+    parser.add_argument("--timeline", type=pathlib.Path, required=True,
+                        help="the file that the demo's module writes")
+    parser.add_argument("--sounds", type=pathlib.Path, required=True,
+                        help="the working folder of the commands")
+    parser.add_argument("--programs", type=pathlib.Path, required=True,
+                        help="the folder with the program tavo")
+    parser.add_argument("--timeout", type=float, default=60.0, metavar="SECONDS",
                         help="how long the module's script may take (60)")
     parser.add_argument("host", nargs="+", help="the command that runs the host")
     options = parser.parse_args()

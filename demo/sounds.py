@@ -1,11 +1,11 @@
 #!/usr/bin/python3
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""Makes the sounds of the demonstration.
+"""Makes the sounds of the demo.
 
-Each notification has a frequency of its own and the music stays below all of them, so a recording
-shows what sounded on which device. Everything keeps its loudness from beginning to end, so a change
-of loudness in a recording is the player's work. FOLDER/sounds.json describes what was made.
+Each notification has its own frequency and the music stays below all of them, so a recording shows which
+sound was on which device. Each sound keeps its loudness from beginning to end, so a change of loudness in a
+recording comes from the player. FOLDER/sounds.json describes the sounds.
 """
 
 import argparse
@@ -23,8 +23,8 @@ MUSIC_LOUDNESS = -20.0
 MUSIC_CEILING = 1050.0  # Hz
 MUSIC_BEAT = 0.6
 
-# name: file, frequency in Hz, length in seconds. Each frequency keeps away from the others and from
-# their halves, because a sound has a quiet octave below it that is not to be taken for another sound.
+# name: file, frequency in Hz, length in seconds. The frequencies keep away from each other and from the
+# halves of each other, because a sound also has a quiet tone an octave below.
 NOTIFICATIONS = {
     "announcement": ("announcement.wav", 1174.7, 5.0),
     "stream": ("stream.l16", 1396.9, 1.5),
@@ -47,7 +47,7 @@ class SndfileInfo(ctypes.Structure):
 
 
 def write_sound(path, samples):
-    """Writes samples (frames, or frames by channels, within -1..1) as the suffix says."""
+    """Writes samples (frames, or frames by channels, within -1..1) in the format of the suffix."""
     samples = samples.reshape(len(samples), -1)
     if path.suffix == ".l16":
         path.write_bytes(np.round(samples * 32767).astype(">i2").tobytes())
@@ -73,7 +73,7 @@ def to_loudness(samples, dbfs):
 
 
 def tone(frequency, length):
-    """A steady tone with a quiet octave below it."""
+    """A steady tone with a quiet one an octave below."""
     time = np.arange(round(length * RATE)) / RATE
     samples = np.sin(2 * np.pi * frequency * time) + 0.3 * np.sin(np.pi * frequency * time)
     ramp = np.sin(np.linspace(0, np.pi / 2, round(RAMP * RATE))) ** 2
@@ -88,7 +88,7 @@ def pitch(semitones):
 
 
 def pluck(semitones, length):
-    """A note that swells quickly and fades, with what harmonics fit below the ceiling."""
+    """A note that rises quickly and fades, with the harmonics below the ceiling."""
     time = np.arange(round(length * RATE)) / RATE
     samples = np.zeros_like(time)
     for harmonic in range(1, 7):
@@ -99,7 +99,7 @@ def pluck(semitones, length):
 
 
 def even_out(samples, half):
-    """Brings a loop to one loudness throughout, as heard over twice half a window, in seconds."""
+    """Gives a loop the same loudness throughout, measured over windows of twice `half` seconds."""
     power = np.mean(np.square(samples), axis=1)
     window = np.zeros(len(power))
     half = round(half * RATE)
@@ -109,7 +109,7 @@ def even_out(samples, half):
 
 
 def music():
-    """Four chords, each a bass note, a held pad and an arpeggio; the end flows into the beginning."""
+    """Four chords, each a bass note, a held pad and an arpeggio. The end overlaps the beginning."""
     chords = [(0, 3, 7), (-4, 0, 3), (3, 7, 10), (-2, 2, 5)]  # A minor, F, C, G
     length = round(len(chords) * 4 * MUSIC_BEAT * RATE)
     loop = np.zeros((length, 2))

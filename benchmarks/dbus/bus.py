@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""A bus of its own with one notification server on it and clients that measure it."""
+"""A private bus with a notification server and clients that measure it."""
 
 import json
 import os
@@ -10,7 +10,7 @@ import subprocess
 import tempfile
 import time
 
-# As a session's bus, with its room; what could be activated there isn't known here.
+# Like a session bus, with the same limits, but without services to activate.
 CONFIGURATION = """<!DOCTYPE busconfig PUBLIC
  "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
@@ -33,7 +33,7 @@ QUIET_SECONDS = 0.05
 
 
 class Failed(RuntimeError):
-    """A program ended, or didn't come up."""
+    """A program ended or did not start."""
 
 
 class Process:
@@ -48,13 +48,13 @@ class Process:
         self.process.wait()
 
     def private_bytes(self):
-        """Memory that is its alone."""
+        """Memory that no other process shares."""
         lines = self._of("smaps_rollup").splitlines()[1:]
         sizes = {name[:-1]: int(value) for name, value, *_ in map(str.split, lines)}
         return 1024 * (sizes["Private_Clean"] + sizes["Private_Dirty"])
 
     def wait_until_quiet(self):
-        """Returns when it doesn't work any more on what it was asked before."""
+        """Waits until the program has finished its earlier work."""
         last = None
         while last != (last := self._ticks()):
             time.sleep(QUIET_SECONDS)
@@ -70,7 +70,7 @@ class Process:
 
 
 class Client(Process):
-    """A client that does what it is told, and says how long that took."""
+    """A client that runs commands and prints how long they took."""
 
     def __init__(self, program, environment):
         super().__init__([program], environment, stdin=subprocess.PIPE, stdout=subprocess.PIPE)
@@ -79,7 +79,7 @@ class Client(Process):
         print(*words, file=self.process.stdin, flush=True)
 
     def answer(self, seconds=None):
-        """The answer as a record; fails where there is none, or none after so many seconds."""
+        """Reads the answer, a JSON object. Raises Failed if the client ends or the time is over."""
         readable = select.select([self.process.stdout], [], [], seconds)[0]
         line = self.process.stdout.readline() if readable else ""
         if not line:
@@ -92,7 +92,7 @@ class Client(Process):
 
 
 class Bus:
-    """A bus daemon, a server and a client, which all end with the context."""
+    """A bus daemon, a server and a client. All of them end with the context."""
 
     def __init__(self, client_program):
         self.client_program = client_program
@@ -120,7 +120,7 @@ class Bus:
         return self._begun(Client(self.client_program, self._environment))
 
     def start(self, arguments, seconds):
-        """Starts the server, and gives the seconds until it owned its name."""
+        """Starts the server and returns the seconds until it owned its name."""
         self.client.ask("await")
         before = time.clock_gettime(time.CLOCK_MONOTONIC)
         self.server = self._begun(Process(arguments, self._environment, stdout=subprocess.DEVNULL))
@@ -134,7 +134,7 @@ class Bus:
         folder = pathlib.Path(self._folder.name)
         file, socket = folder / "bus.conf", folder / "bus"
         file.write_text(CONFIGURATION.format(socket=socket))
-        # What programs keep for their user is empty for each of them.
+        # No program reads the user's configuration or data.
         self._environment = {**os.environ, "DBUS_SESSION_BUS_ADDRESS": f"unix:path={socket}",
                              "XDG_CONFIG_HOME": str(folder), "XDG_DATA_HOME": str(folder)}
         daemon = self._begun(Process(

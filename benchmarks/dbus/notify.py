@@ -1,12 +1,11 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""Measures the host as a desktop's notification server, beside a bare server as its floor.
+"""Measures the host as a desktop's notification server, with a bare server as its floor.
 
-Both are up at the same time, each on a bus of its own, and are asked in turns; each rests until it has
-done all that it was asked for, so that none works in the other's time. Client, bus and server share one
-processor: whether they do changes a round trip by the threefold, and the scheduler would decide anew in
-each run; and so everything counts that a server does beside answering. Peers that are installed, and run
-here, are measured in the same way.
+Both run at the same time, each on its own bus, and take turns. Before each turn, both have finished their
+work. Client, bus and server share one processor. Otherwise the scheduler would decide in each run whether
+they do, which makes a round trip up to three times as long, and work after the reply would not count. Other
+servers that are installed and run here are measured in the same way.
 """
 
 import contextlib
@@ -28,7 +27,7 @@ PEERS = {
     "xfce4-notifyd": ["/usr/lib/x86_64-linux-gnu/xfce4/notifyd/xfce4-notifyd",
                       "/usr/lib/xfce4/notifyd/xfce4-notifyd"],
 }
-NO_LIMIT = 1_000_000  # the most that can be configured; what is counted is counted still
+NO_LIMIT = 1_000_000  # the maximum that can be configured; the host still counts
 
 ROUNDS = 7  # of both servers in turns, at each size
 CALLS_AT_ONCE = 2000  # in one round
@@ -38,18 +37,18 @@ STARTS = 20
 LARGE_BODIES = 20
 LARGE_BODY = 2**20
 START_SECONDS = 10
-PATIENCE_MS = 600_000  # for opening as many as there shall be
-PEER_PATIENCE_MS = 60_000
+OPEN_TIMEOUT_MS = 600_000
+PEER_OPEN_TIMEOUT_MS = 60_000
 
 
 class Notifications:
-    """The servers of one build folder, and the peers of this machine."""
+    """The servers of a build folder, and the other servers on this machine."""
 
     def __init__(self, folder):
         self.folder = pathlib.Path(folder).resolve()
 
     def run(self, repetitions, progress):
-        """Medians over all repetitions: (figures by what and variant, figures by peer)."""
+        """Medians over all repetitions: (figures by what and variant, figures by other server)."""
         seen, peers = {}, {}
         for repetition in range(repetitions):
             progress(f"repetition {repetition + 1} of {repetitions}: notifications across a bus")
@@ -68,7 +67,7 @@ class Notifications:
                 for size in SIZES:
                     figures.update(self._with_open(servers, size))
             for name, arguments in servers.items():
-                figures[("ping", name)] = self._longest_ping(arguments)
+                figures[("ping", name)] = self._max_ping(arguments)
         return {**figures, **ratios_of(figures)}
 
     def _starts(self, servers):
@@ -81,18 +80,18 @@ class Notifications:
         return medians(seen)
 
     def _with_open(self, servers, size):
-        """What a call takes while so many are open, and what closing them does."""
+        """How long a call takes while `size` notifications are open, and how long closing them."""
         figures, memory, seen = {}, {}, {}
         with contextlib.ExitStack() as stack:
             buses = {name: stack.enter_context(Bus(self._client())) for name in servers}
             for name, bus in buses.items():
                 bus.start(servers[name], START_SECONDS)
                 before = resting_bytes(bus)
-                figures[("opening", name, size)] = bus.client.ask("open", size, PATIENCE_MS)["each"]
+                figures[("opening", name, size)] = bus.client.ask("open", size, OPEN_TIMEOUT_MS)["each"]
                 memory[name] = (resting_bytes(bus) - before) / size
             for _ in range(ROUNDS):
                 for name, bus in buses.items():
-                    each = bus.client.ask("open", CALLS_AT_ONCE, PATIENCE_MS)["each"]
+                    each = bus.client.ask("open", CALLS_AT_ONCE, OPEN_TIMEOUT_MS)["each"]
                     seen.setdefault(("many", name, size), []).append(each)
                     bus.server.wait_until_quiet()
                 for name, bus in buses.items():
@@ -109,17 +108,17 @@ class Notifications:
         return {("closeOne", size): one,
                 ("closing", "tavo", size): bus.client.ask("closeAll")["each"]}
 
-    def _longest_ping(self, arguments):
-        """Seconds that another client waited at most while one sent large bodies."""
+    def _max_ping(self, arguments):
+        """The maximum of seconds that a client waited while another one sent large bodies."""
         with Bus(self._client()) as bus:
             bus.start(arguments, START_SECONDS)
             other = bus.new_client()
             other.tell("ping")
             bus.client.ask("bodies", LARGE_BODIES, LARGE_BODY)
-            return other.ask("")["longest"]
+            return other.ask("")["max"]
 
     def _peers(self):
-        """What those say that are installed and come up; nothing of the others."""
+        """The figures of the other servers that are installed and start."""
         result = {}
         for name, places in PEERS.items():
             program = next(filter(None, map(shutil.which, places)), None)
@@ -132,7 +131,7 @@ class Notifications:
     @staticmethod
     def _peer(bus):
         before = resting_bytes(bus)
-        each = bus.client.ask("open", PEER_SIZE, PEER_PATIENCE_MS)
+        each = bus.client.ask("open", PEER_SIZE, PEER_OPEN_TIMEOUT_MS)
         single = bus.client.ask("roundtrip", CLOSED_ONE_BY_ONE)["median"]
         memory = (resting_bytes(bus) - before) / each["opened"]
         return {"opened": each["opened"], "each": each["each"], "single": single, "memory": memory}
@@ -158,17 +157,17 @@ class Notifications:
 
 @contextlib.contextmanager
 def on_one_processor():
-    """Programs that are started meanwhile have one processor between them."""
-    all_of_them = os.sched_getaffinity(0)
-    os.sched_setaffinity(0, {min(all_of_them)})
+    """Programs that are started in this context share one processor."""
+    processors = os.sched_getaffinity(0)
+    os.sched_setaffinity(0, {min(processors)})
     try:
         yield
     finally:
-        os.sched_setaffinity(0, all_of_them)
+        os.sched_setaffinity(0, processors)
 
 
 def ratios_of(figures):
-    """What is compared with the bare server, or with another figure of ours, by (what, size)."""
+    """Ratios to the bare server, or to another figure of the host, by (what, size)."""
     many = {size: figures[("many", "tavo", size)] for size in SIZES}
     result = {("start", None): figures[("start", "tavo")] / figures[("start", "bare")],
               ("growth", None): many[100000] / many[1000]}
@@ -186,7 +185,7 @@ def resting_bytes(bus):
 
 
 def collected(records):
-    """One record of lists out of records of the same fields."""
+    """Turns a list of records into a record of lists."""
     return {what: [record[what] for record in records] for what in records[0]}
 
 

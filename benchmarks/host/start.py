@@ -1,9 +1,9 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""Starts the host, beside a bare application as its floor, and looks at it while it is quiet.
+"""Measures the start of the host, with a bare application as its floor, and the quiet host.
 
-The clock starts right before the program is executed; the program writes the time of its first answer.
-Both are of the monotonic clock, which is the same in all processes.
+The time runs from just before the program is executed until its first reply, whose time the program
+writes. Both use the monotonic clock, which all processes share.
 """
 
 import contextlib
@@ -19,14 +19,14 @@ import time
 import wave
 
 SOUND_SERVER = pathlib.Path(__file__).resolve().parents[2] / "scripts/sound-server"
-ANSWER_DESCRIPTOR = 9  # the program's end of the pipe that the answer's time comes through
+ANSWER_DESCRIPTOR = 9  # the program's end of the pipe, to which it writes the time of the reply
 STARTS = 20  # of each program in one repetition
 SETTLE_SECONDS = 1
 QUIET_SECONDS = 3
 
 
 class Started:
-    """A program that has been started, and has answered."""
+    """A program that has started and answered."""
 
     def __init__(self, arguments):
         reading, writing = os.pipe()
@@ -47,14 +47,14 @@ class Started:
         os.waitpid(self.pid, 0)
 
     def switches(self):
-        """How often a thread has been given a processor."""
+        """How often threads of the program were switched to."""
         return sum(int(line.split()[1])
                    for status in self._of_threads("status") for line in status.splitlines()
                    if "ctxt_switches" in line)
 
     def private_bytes(self):
-        """Memory of its own. Every page counts, but for those of a file that every process has (the C
-        library) where they are shared: otherwise the figure would depend on who else runs."""
+        """The program's own memory: all pages but the shared ones of files that every process maps (the C
+        library). So the figure does not depend on what else runs."""
         common = self._files_of_every_process()
         total = 0
         for sizes, file in self._mappings(self.pid):
@@ -64,7 +64,7 @@ class Started:
 
     @staticmethod
     def _files_of_every_process():
-        """The files that a program has mapped that needs nothing but the C library."""
+        """The files that a program maps if it only needs the C library."""
         maps = subprocess.run(["cat", "/proc/self/maps"], check=True, stdout=subprocess.PIPE,
                               text=True).stdout
         return {fields[5] for fields in (line.split(maxsplit=5) for line in maps.splitlines())
@@ -72,7 +72,7 @@ class Started:
 
     @staticmethod
     def _mappings(process):
-        """Every mapping of a process as its sizes in bytes and the file's name."""
+        """Each mapping of a process: its sizes in bytes, and its file's name."""
         for line in pathlib.Path(f"/proc/{process}/smaps").read_text().splitlines():
             name, *values = line.split(maxsplit=5)
             if not name.endswith(":"):
@@ -87,13 +87,13 @@ class Started:
 
 
 class HostStart:
-    """The host, and what is beside it, of one build folder."""
+    """The host of a build folder, and its floor."""
 
     def __init__(self, folder):
         self.folder = pathlib.Path(folder).resolve()
 
     def run(self, repetitions, progress):
-        """Medians over all repetitions, but of the wake-ups the most."""
+        """Medians over all repetitions, and the maximum of the wake-ups."""
         seen = []
         for repetition in range(repetitions):
             progress(f"repetition {repetition + 1} of {repetitions}: the host's start")
@@ -103,7 +103,7 @@ class HostStart:
         return result
 
     def measure(self):
-        """Figures of one repetition, by what they are."""
+        """The figures of one repetition by name."""
         return {**self._starts(), **self._quiet(), **self._modules(), **self._with_music()}
 
     def _starts(self):
@@ -126,7 +126,7 @@ class HostStart:
 
     @staticmethod
     def _looked_at(host):
-        """Wake-ups a second and bytes, some time after the answer."""
+        """Wake-ups per second, and memory in bytes, some time after the start."""
         program = Started(host)
         time.sleep(SETTLE_SECONDS)
         before = program.switches()
@@ -142,7 +142,7 @@ class HostStart:
         return json.loads(printed)
 
     def look_at_music(self):
-        """Figures of a host that plays music to a sound server, which this process must run with."""
+        """Figures of a host that plays music. This process must run under scripts/sound-server."""
         with tempfile.NamedTemporaryFile(suffix=".wav") as file:
             with wave.open(file, "wb") as sound:
                 sound.setparams((2, 2, 48000, 0, "NONE", ""))
@@ -155,7 +155,7 @@ class HostStart:
         return {"musicWakeUps": wake_ups, "musicPrivate": private}
 
     def _modules(self):
-        """Seconds that notifications took behind the platform's library, and behind the player."""
+        """Seconds to load notifications as the first module, and after the player module."""
         alone, behind = [], []
         for _ in range(STARTS):
             alone.append(self._module_seconds(["notifications"]))
@@ -176,7 +176,7 @@ class HostStart:
 
     @contextlib.contextmanager
     def _host(self, player=None):
-        """The arguments that start the host with a configuration of its own."""
+        """The arguments that start the host with a temporary configuration."""
         modules = ["powermanager", {"name": "player", "config": player or {}}, "notifications"]
         asking = {"name": "asking", "config": {"file": f"/dev/fd/{ANSWER_DESCRIPTOR}"}}
         configuration = {"modules": [*modules, asking],

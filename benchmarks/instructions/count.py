@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""Counts the instructions that the main operations take, and compares them with those expected."""
+"""Counts the instructions of the main operations and compares them with the expected counts."""
 
 import argparse
 import json
@@ -12,7 +12,7 @@ import sys
 
 EXPECTED = pathlib.Path(__file__).resolve().parent / "expected.json"
 OPERATIONS = ["routed-request", "sound-enqueue", "sound-cancel", "display-open", "display-cancel"]
-# What the counts depend on besides the code here.
+# The packages that the counts depend on.
 PACKAGES = ["g++-12", "libc6", "liblog4cplus-2.0.5", "libqt5core5a", "libstdc++6", "valgrind"]
 # Makes every machine and every run count the same. Without the first, the C library would choose how to
 # copy memory by the processor.
@@ -27,7 +27,7 @@ ENVIRONMENT = {
 
 
 def count(program, operation, requests, profile):
-    """Instructions a request; the profile is left for callgrind_annotate."""
+    """Instructions per request. Keeps the profile for callgrind_annotate."""
     done = subprocess.run(
         ["valgrind", "--tool=callgrind", "--toggle-collect=counted_requests",
          f"--callgrind-out-file={profile}", program, operation, str(requests)],
@@ -47,13 +47,13 @@ def count_all(build, requests):
 
 
 def versions():
-    """The installed versions of what the counts depend on; of a package that isn't there, none."""
+    """The installed versions of the packages that the counts depend on."""
     done = subprocess.run(["dpkg-query", "-W", "-f", "${Package} ${Version}\n", *PACKAGES],
                           check=False, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
     return dict(line.split(" ", 1) for line in done.stdout.splitlines())
 
 
-def compare(expected, seen, band):
+def compare(expected, seen, tolerance):
     """Rows of (operation, expected, seen, difference in percent, verdict)."""
     rows = []
     for operation in expected | seen:
@@ -61,7 +61,7 @@ def compare(expected, seen, band):
             rows.append((operation, expected.get(operation), seen.get(operation), None, "unknown"))
             continue
         percent = 100 * (seen[operation] / expected[operation] - 1)
-        verdict = "over" if percent > band else "under" if percent < -band else "ok"
+        verdict = "over" if percent > tolerance else "under" if percent < -tolerance else "ok"
         rows.append((operation, expected[operation], seen[operation], percent, verdict))
     return rows
 
@@ -74,20 +74,20 @@ def table(rows):
     return "\n".join(lines)
 
 
-def remarks(rows, band, made_with, here):
-    """What there is to say about a table that is not all ok."""
+def remarks(rows, tolerance, made_with, here):
+    """Explains the verdicts other than ok, one line each."""
     verdicts = {row[-1] for row in rows} - {"ok"}
     if not verdicts:
         return []
-    result = [f"Beyond the band of {band:g} % either way."]
+    result = [f"A count may differ by {tolerance:g} %."]
     if "over" in verdicts:
-        result.append("Over: a request takes more than it did. callgrind_annotate shows on what.")
+        result.append("Over: a request takes more instructions. callgrind_annotate shows where.")
     if "under" in verdicts:
-        result.append("Under: --write keeps what was gained from being lost unseen.")
+        result.append("Under: a request takes fewer instructions. Use --write to keep it so.")
     if "unknown" in verdicts:
-        result.append("Unknown: the operation is expected or counted, but not both.")
-    result += [f"{package} was {made_with.get(package, 'missing')} when the figures were made "
-               f"and is {here.get(package, 'missing')} here: the counts depend on it."
+        result.append("Unknown: the operation is not both expected and counted.")
+    result += [f"The counts depend on {package}: it was {made_with.get(package, 'missing')} for the "
+               f"expected counts and is {here.get(package, 'missing')} here."
                for package in PACKAGES if made_with.get(package) != here.get(package)]
     return result
 
@@ -101,18 +101,18 @@ def main(arguments):
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--build", required=True, help="the build folder")
     parser.add_argument("--expected", type=pathlib.Path, default=EXPECTED)
-    parser.add_argument("--seen", type=pathlib.Path, help="compare these counts, counting nothing")
-    parser.add_argument("--write", action="store_true", help="expect from now on what is seen")
+    parser.add_argument("--seen", type=pathlib.Path, help="compare these counts without counting")
+    parser.add_argument("--write", action="store_true", help="replace the expected counts")
     options = parser.parse_args(arguments)
     expected = json.loads(options.expected.read_text())
     seen = (json.loads(options.seen.read_text()) if options.seen
             else count_all(options.build, expected["requests"]))
-    rows = compare(expected["instructions"], seen, expected["band_percent"])
+    rows = compare(expected["instructions"], seen, expected["tolerance_percent"])
     print(table(rows))
     if options.write:
         write(options.expected, expected, seen)
         return 0
-    for line in remarks(rows, expected["band_percent"], expected["made_with"], versions()):
+    for line in remarks(rows, expected["tolerance_percent"], expected["made_with"], versions()):
         print(line, file=sys.stderr)
     return 0 if all(row[-1] == "ok" for row in rows) else 1
 

@@ -1,10 +1,10 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""How long it takes from a request to the first sample at the device, beside other players.
+"""Measures the time from a request to the first sample at the device, also for other players.
 
-Everybody plays the same file on the same device, the stopwatch plug-in behind ALSA's conversion,
-which notes when the first sample was due. The players take turns; what is compared was measured
-within one repetition. Players that aren't installed are left out, as are those that play nothing.
+All players play the same file on the same device: the stopwatch plug-in behind ALSA's conversion, which
+notes when the first sample was due. The players take turns, and figures are compared within a repetition.
+Players that are not installed or play nothing are left out.
 """
 
 import array
@@ -24,10 +24,10 @@ from latency.soundserver import SoundServer
 
 RATE = 48000
 SOUND_SECONDS, MUSIC_SECONDS = 0.06, 1.0
-COLD_RUNS = 5  # a repetition, of each player
+COLD_RUNS = 5  # of each player in a repetition
 WARM_RUNS = 25
 HOST_REQUESTS = 12
-LIMIT = 60
+TIMEOUT = 60
 
 OURS, FLOOR, CANBERRA = "tavo_play", "aplay", "libcanberra"
 SERVER = "paplay, by PulseAudio"
@@ -46,8 +46,8 @@ def write_wave(path, seconds):
 
 
 def wait_for(process):
-    """Waits for its end, which comes by force when it takes too long."""
-    deadline = time.monotonic() + LIMIT
+    """Waits until the process ends. Kills it after the timeout."""
+    deadline = time.monotonic() + TIMEOUT
     while os.waitpid(process, os.WNOHANG)[0] == 0:
         if time.monotonic() > deadline:
             os.kill(process, signal.SIGKILL)
@@ -57,7 +57,7 @@ def wait_for(process):
 
 
 class FirstSample:
-    """The stopwatch, what is played on it, and who plays."""
+    """The stopwatch, the sounds and the players."""
 
     def __init__(self, build):
         self.build = pathlib.Path(build)
@@ -131,7 +131,7 @@ class FirstSample:
         return {**result, **ratios_of(result)}
 
     def cold(self, name):
-        """Seconds from before the process is made; None when nothing was heard."""
+        """Seconds from the start of the process; None if nothing was heard."""
         self.heard.write_text("")
         command = self.players[name]
         nothing = os.open(os.devnull, os.O_RDWR)
@@ -147,18 +147,19 @@ class FirstSample:
         return (moments[0] - started) * 1e-9 if moments else None
 
     def warm(self, name):
-        """Seconds from the call to the first sample, of one after another in one process."""
+        """Seconds from the call to the first sample, for several sounds in one process."""
         self.heard.write_text("")
         done = subprocess.run([*self.players[name], str(WARM_RUNS)], env=self.environment,
-                              check=True, timeout=LIMIT, stdin=subprocess.DEVNULL,
+                              check=True, timeout=TIMEOUT, stdin=subprocess.DEVNULL,
                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
         return self.since(map(int, done.stdout.split()), WARM_RUNS)
 
     def requests(self):
-        """Seconds from the request in the host, with ducking and acquire, music playing."""
+        """Seconds from a request in the host to the first sample, with ducking and acquire, while music
+        plays."""
         self.heard.write_text("")
         subprocess.run([self.build / "bin" / "tavo-host", "--config", self.host_configuration],
-                       env=self.environment, check=True, timeout=LIMIT, stdin=subprocess.DEVNULL,
+                       env=self.environment, check=True, timeout=TIMEOUT, stdin=subprocess.DEVNULL,
                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         return self.since(map(int, self.asked.read_text().split()), HOST_REQUESTS)
 
@@ -173,7 +174,7 @@ class FirstSample:
 
 
 def ratios_of(seconds):
-    """The ratios that one repetition's figures give."""
+    """The ratios from the figures of one repetition."""
     result = {}
     floor = seconds.get(("cold", FLOOR))
     library = seconds.get(("warm", CANBERRA))

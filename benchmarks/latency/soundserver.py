@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""A private PulseAudio on the device "sound", for the players that play through one."""
+"""A private PulseAudio server on the device "sound", for players that need one."""
 
 import ctypes
 import shutil
@@ -8,16 +8,16 @@ import signal
 import subprocess
 import time
 
-READY_WITHIN = 10.0
+READY_TIMEOUT = 10.0
 PR_SET_PDEATHSIG = 1
 LIBC = ctypes.CDLL(None)
 
 
 class SoundServer:
-    """Runs as long as the block; runs is False where it isn't installed.
+    """Runs as long as the context. `runs` is False if PulseAudio is not installed.
 
-    Its device is closed when nobody plays, so that each sound opens it anew, and has a buffer of 50
-    ms, as our players ask for.
+    Between sounds the device is closed, so each sound opens it again. Its buffer is 50 ms, like that of
+    our players.
     """
 
     def __init__(self, folder, environment):
@@ -55,7 +55,7 @@ class SoundServer:
             self.process.wait()
 
     def answers(self):
-        deadline = time.monotonic() + READY_WITHIN
+        deadline = time.monotonic() + READY_TIMEOUT
         while time.monotonic() < deadline and self.process.poll() is None:
             listed = subprocess.run(["pactl", "list", "short", "sinks"], env=self.environment,
                                     stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,

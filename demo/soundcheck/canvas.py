@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""A drawing surface with smooth edges: everything is drawn large and made small at the end."""
+"""A drawing surface with smooth edges: the picture is drawn large and scaled down at the end."""
 
 from PIL import Image, ImageDraw, ImageFont
 
@@ -31,10 +31,10 @@ class Canvas:
         return self.font(size, bold).getlength(text) / SCALE
 
     def text(self, x, y, text, size=12, fill=INK, anchor="lm", bold=False, halo=None):
-        """The anchor is Pillow's: l, m, r across; a, m, s down. A halo keeps lines off the text."""
+        """The anchor is Pillow's: l, m or r, then a, m or s. A halo keeps lines away from the text."""
         self.pen.text((x * SCALE, y * SCALE), text, font=self.font(size, bold), fill=fill,
                       anchor=anchor, stroke_width=3 * SCALE if halo else 0, stroke_fill=halo)
-        if halo:  # Pillow blends the text into its stroke, which makes it bolder than it is
+        if halo:  # again, as Pillow draws text with a stroke too bold
             self.text(x, y, text, size, fill, anchor, bold)
 
     def line(self, points, fill, width=1.0):

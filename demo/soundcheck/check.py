@@ -15,7 +15,7 @@ class Check:
 
 
 def columns(rows):
-    """Rows of cells as lines of text, columns aligned."""
+    """The rows as lines of text with aligned columns."""
     widths = [max(len(row[column]) for row in rows) for column in range(len(rows[0]))]
     return ["  ".join(cell.ljust(width) for cell, width in zip(row, widths)).rstrip()
             for row in rows]

@@ -1,9 +1,9 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""Holds the recordings against the timeline and the expectations, one Check a statement.
+"""Checks the recordings against the timeline and the expectations.
 
-Under load a sound may come late but not last longer or shorter, so the tolerances for beginnings and
-ends are wide and those for lengths narrow.
+On a busy machine a sound may come late, but its length stays the same. So the tolerances are wide for
+beginnings and ends, and narrow for lengths.
 """
 
 import numpy as np
@@ -11,27 +11,27 @@ import numpy as np
 from . import commands, displaychecks, recording
 from .check import Check
 
-AUDIBLE = -50.0  # dBFS; what is below counts as silence
-EDGE = 6.0  # dB below its usual loudness, where a sound begins and ends
-SHARE = 10.0  # dB below all that is heard, what a frequency must have to be more than a click's part
+AUDIBLE = -50.0  # dBFS; less is silence
+EDGE = 6.0  # dB; a sound begins and ends this far below its usual loudness
+SHARE = 10.0  # dB; a frequency further below the total loudness is part of a click
 HEARD_WITHIN = 0.5  # seconds from a start to its sound
 SILENT_WITHIN = 0.35  # seconds from an end or a pause to silence
 LENGTH_TOLERANCE = 0.1  # seconds
 HANDOVER = 0.15  # seconds for which two sounds may overlap at a pause
-STRAY = 0.03  # seconds of sound that are put down to measurement
+STRAY = 0.03  # seconds of sound; less is an error of measurement
 LOUDNESS_TOLERANCE = 2.0  # dB
-REACTION = 0.5  # seconds beside the fade for the music to follow
-CLOCK_TOLERANCE = 0.1  # seconds that a recording may be shorter than the time it took
+REACTION = 0.5  # seconds that the music may take in addition to the fade
+CLOCK_TOLERANCE = 0.1  # seconds by which a recording may be too short
 MUSIC_GAP = 0.1  # seconds
 
 
 def seconds(mask):
-    """How long the moments of the mask last together."""
+    """The total length of the mask."""
     return float(np.count_nonzero(mask)) * recording.HOP
 
 
-def longest(mask):
-    """How long the longest run of the mask lasts."""
+def max_run(mask):
+    """The length of the mask's longest run."""
     edges = np.flatnonzero(np.diff(np.concatenate(([0], mask.astype(np.int8), [0]))))
     return float(np.max(edges[1::2] - edges[::2], initial=0)) * recording.HOP
 
@@ -64,7 +64,7 @@ def check_recordings(tracks, story):
 
 
 def check_timeline(story, expectations):
-    """The responses by themselves: each notification has its own, once, in the right order."""
+    """Checks that each notification got its responses once and in the right order."""
     for expected in expectations.notifications.values():
         item = story.notifications.get(expected.id)
         if item is None:
@@ -90,7 +90,7 @@ def lifetime(item):
 
 
 def own_audible(item, expected, story, expectations, sounds):
-    """When its sound is audible, without the lives of others that have the same sound."""
+    """When its sound is audible, except while another notification with the same sound plays."""
     audible = sounds.audible[expected.frequency].copy()
     for other in story.notifications.values():
         twin = expectations.notifications.get(other.id)
@@ -100,7 +100,7 @@ def own_audible(item, expected, story, expectations, sounds):
 
 
 def check_notification(item, expected, audible, story, track):
-    """What is heard of one notification that started."""
+    """Checks what is heard of a notification that started."""
     begin, quiet = lifetime(item)
     heard = track.times[audible & track.during(begin - 0.05, quiet)]
     delay = max(0.0, heard[0] - begin) if len(heard) else None
@@ -118,7 +118,7 @@ def check_notification(item, expected, audible, story, track):
         yield Check(item.id, displaychecks.HEARD_UNTIL_END, abs(total - planned) <= slack,
                     f"{total:.2f} s", f"{planned:.2f} s ± {slack:.2f} s")
     yield from check_interruptions(item, expected, audible, story, track)
-    after = longest(audible & track.during(quiet, np.inf))
+    after = max_run(audible & track.during(quiet, np.inf))
     yield Check(item.id, "is silent after its end", after <= STRAY, f"{after:.2f} s heard",
                 f"0 s, {SILENT_WITHIN:.2f} s after the end")
 
@@ -151,7 +151,7 @@ def check_notifications(tracks, story, expectations):
             continue
         audible = own_audible(item, expected, story, expectations, sounds)
         if not item.sounding:
-            heard = longest(audible)
+            heard = max_run(audible)
             yield Check(item.id, "is never heard", heard <= STRAY, f"{heard:.2f} s heard", "0 s")
             continue
         yield from check_notification(item, expected, audible, story, track)
@@ -160,20 +160,20 @@ def check_notifications(tracks, story, expectations):
     outside = seconds(sounds.loud & ~allowed)
     yield Check("notifications", "are the only thing on their device", outside <= STRAY,
                 f"{outside:.2f} s of other sound", "0 s outside their spans")
-    unknown = longest(sounds.loud & ~sounds.any())
+    unknown = max_run(sounds.loud & ~sounds.any())
     yield Check("notifications", "have the sounds that they should", unknown <= STRAY,
                 f"{unknown:.2f} s of unknown sound", "0 s at a time")
-    together = longest(np.sum(list(sounds.audible.values()) or [[0]], axis=0) > 1)
+    together = max_run(np.sum(list(sounds.audible.values()) or [[0]], axis=0) > 1)
     yield Check("notifications", "sound one at a time", together <= HANDOVER,
                 f"{together:.2f} s together", f"at most {HANDOVER:.2f} s")
-    stray = max((longest(tracks["main"].band(frequency) > AUDIBLE)
+    stray = max((max_run(tracks["main"].band(frequency) > AUDIBLE)
                  for frequency in expectations.frequencies()), default=0.0)
     yield Check("notifications", "are not on the main device", stray <= STRAY,
                 f"{stray:.2f} s heard", "0 s at a time")
 
 
 def check_order(story, expectations):
-    """Notifications sound only while the main audio is ducked and the resource is held."""
+    """Checks that the main audio is ducked and the resource is held while notifications sound."""
     for spans, subject, statement in ((story.ducked, "main audio", "is ducked while they sound"),
                                       (story.acquired, "audio resource", "is held while they sound")):
         free = [item.id for item in story.notifications.values() for since, until in item.sounding
@@ -182,7 +182,7 @@ def check_order(story, expectations):
 
 
 def check_music(track, story, expectations):
-    """The main audio goes down for each ducking by what is configured, and comes back."""
+    """Checks that each ducking lowers the main audio by the configured attenuation and ends."""
     level = track.loudness(recording.STEADY_WINDOW)
     playing = track.times[level > AUDIBLE - expectations.attenuation]
     if not len(playing) or not story.ducked:
@@ -204,13 +204,13 @@ def check_music(track, story, expectations):
               for (_, until), following in zip(story.ducked, nexts)]
     for since, until, statement, goal in sorted(goals):
         yield from check_level(track, level, since, until, statement, goal, settle)
-    quiet = longest((level <= AUDIBLE - expectations.attenuation) & track.during(begin, end))
+    quiet = max_run((level <= AUDIBLE - expectations.attenuation) & track.during(begin, end))
     yield Check("main audio", "never stops", quiet <= MUSIC_GAP, f"{quiet:.2f} s silent",
                 f"at most {MUSIC_GAP:.2f} s")
 
 
 def check_level(track, level, since, until, statement, goal, settle):
-    """From `since` on the loudness gets to the goal soon and stays there."""
+    """Checks that the loudness reaches the goal soon after `since` and stays there."""
     near = np.abs(level - goal) <= LOUDNESS_TOLERANCE
     arrived = track.times[near & track.during(since, until)]
     delay = arrived[0] - since if len(arrived) else None
@@ -219,13 +219,13 @@ def check_level(track, level, since, until, statement, goal, settle):
     steady = level[track.during(since + settle, until)]
     if len(steady):
         measured = float(np.median(steady))
-        yield Check("main audio", f"{statement} by what is configured",
+        yield Check("main audio", f"{statement} to the right level",
                     abs(measured - goal) <= LOUDNESS_TOLERANCE, f"{measured:.1f} dBFS",
                     f"{goal:.1f} dBFS ± {LOUDNESS_TOLERANCE:.0f} dB")
 
 
 def check_all(tracks, story, expectations):
-    """Without tracks, what the timeline tells is all that can be checked."""
+    """Without tracks, only the timeline is checked."""
     results = [*check_timeline(story, expectations), *check_order(story, expectations)]
     if tracks:
         results = [*check_recordings(tracks, story), *results,

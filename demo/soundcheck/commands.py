@@ -1,10 +1,9 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""The commands that a person types in a run: what the timeline tells of them, held against what they
-should print and return.
+"""Checks what the typed commands printed and returned, as the timeline has it.
 
 Events of a command (all with "id"):
-  typed       it is started; "line" is what was typed
+  typed       it was started; "line" is what was typed
   printed     it printed "line", on its output or its error output
   returned    it ended; "status" is its exit status
 """
@@ -52,7 +51,7 @@ def follow(events):
 
 
 def check_lines(subject, lines, expected):
-    """Long lines are told only when they are not what they should be."""
+    """The lines are long, so they are shown only if the check fails."""
     passed = expected.matches(lines)
     measured, wanted = ((f"lines: {len(lines)}", f"lines: {len(lines)}") if passed else
                         (" | ".join(lines) or "nothing", " | ".join(expected.prints) or "nothing"))

@@ -1,14 +1,14 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""Holds what was on display against what was requested, one Check a statement."""
+"""Checks what was on display against what was requested."""
 
 from .check import Check, columns
 
 HEARD = "sounds for its whole length"
 HEARD_UNTIL_END = "sounds until its end"
 SHOWN = "is on display for its time"
-FIGURES = (HEARD, HEARD_UNTIL_END, SHOWN)  # what of a sound and a message must not suffer
-FIRST_SHOWN_WITHIN = 0.3  # seconds; a sound that starts may hold the module for a quarter of one
+FIGURES = (HEARD, HEARD_UNTIL_END, SHOWN)  # what a sound and a message could disturb in each other
+FIRST_SHOWN_WITHIN = 0.3  # seconds; starting a sound may block the module for 0.25 s
 
 
 def milliseconds(seconds):
@@ -16,21 +16,20 @@ def milliseconds(seconds):
 
 
 def spans(item):
-    """Its time on display as a sum of what it was shown at a time."""
+    """Its time on display, as a sum if it was shown more than once."""
     parts = " + ".join(f"{(until - since) * 1000:.1f}" for since, until in item.shown) or "0.0"
     return (f"{parts} = " if len(item.shown) > 1 else "") + milliseconds(item.shown_for)
 
 
 def requested(item, outcome):
-    """How long it should have been on display; None when nobody asked it to go."""
+    """How long it should have been on display; None if nobody closed or cancelled it."""
     if outcome == "expired":
         return item.timeout
     return None if item.asked is None else item.shown_before(item.asked)
 
 
 def difference(item, wanted):
-    """How much longer than requested it was shown. Who asks it to go by a command knows only that it
-    went while the command ran: any moment of that is right."""
+    """How much longer than requested it was shown. A command may end it at any time while it runs."""
     late = item.shown_for - wanted
     return late if late < 0 else max(0.0, late - item.asking)
 
@@ -46,7 +45,7 @@ def check_time(subject, item, expected, tolerance):
 
 
 def check_waiting(subject, item, expected, tolerance):
-    """One that goes before its turn."""
+    """Checks one that ends before its turn."""
     yield Check(subject, "is never on display", not item.shown, milliseconds(item.shown_for), "0 ms")
     if expected.outcome in ("closed", "cancelled"):
         prompt = (item.asked is not None and item.closed is not None
@@ -63,7 +62,7 @@ def check_notification(item, expected, story, tolerance):
     yield Check(subject, "ends as it should", outcome == expected.outcome, outcome,
                 expected.outcome)
     if item.oddities:
-        yield Check(subject, "is seen in a right order", False, ", ".join(item.oddities), "right")
+        yield Check(subject, "is seen in the right order", False, ", ".join(item.oddities), "right")
     if not expected.shown:
         yield from check_waiting(subject, item, expected, tolerance)
         return
@@ -91,19 +90,19 @@ def check_display(story, expectations):
         heads = [name for name, _, _ in story.heads]
         yield Check("display", "shows them in their order", heads == expectations.order,
                     ", ".join(heads), ", ".join(expectations.order))
-        gap = story.longest_gap()
+        gap = story.max_gap()
         yield Check("display", "is not empty while one is due", gap <= FIRST_SHOWN_WITHIN,
                     f"at most {milliseconds(gap)}", f"at most {FIRST_SHOWN_WITHIN * 1000:.0f} ms")
 
 
 def overlap(first, second):
-    """For how long two lists of spans go on at the same time."""
+    """For how long spans of both lists overlap."""
     return sum(max(0.0, min(end, until) - max(begin, since))
                for begin, end in first for since, until in second)
 
 
 def check_pairs(story, expectations, results):
-    """A sound and a message that are sent together do not disturb each other."""
+    """Checks that a sound and a message that are sent together do not disturb each other."""
     for expected in expectations.display.notifications.values():
         item = story.display.notifications.get(expected.id)
         sound = story.notifications.get(expected.together)
@@ -127,7 +126,7 @@ def check_pairs(story, expectations, results):
 
 
 def request(item, wanted):
-    """What was requested, for people."""
+    """What was requested, in readable form."""
     time = milliseconds(item.timeout) if item.timeout > 0 else "no limit"
     if item.asked is None or wanted is None:
         return time
@@ -136,7 +135,7 @@ def request(item, wanted):
 
 
 def table(story, expectations, begin):
-    """Who was on display when and for how long, as lines of text, columns aligned."""
+    """What was on display, when and for how long, as lines of text with aligned columns."""
     rows = [("shown", "from - to, in seconds", "measured", "requested", "difference", "end")]
     differences = []
     for item in story.notifications.values():

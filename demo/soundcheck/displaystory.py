@@ -1,18 +1,18 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""What the timeline of a run tells of the display: who was on it when, and how each one ended.
+"""What was on display in a run, when, and how each notification ended, as the timeline has it.
 
 Events of a display notification (all with "id"):
-  display sent          it is requested; "timeout" is its time in seconds, 0 for no limit
-  display opened        its request was accepted
-  display refused       its request was answered with an error
-  display shown         it was seen to come on display
-  display hidden        it was seen to leave the display, for good or for an urgent one
+  display sent          its open request was sent; "timeout" in seconds, 0 for none
+  display opened        the open request was accepted
+  display refused       the open request was answered with an error
+  display shown         it came on display
+  display hidden        it left the display, perhaps only until a more urgent one has ended
   display closing       a client closes it
-  display cancelling    its cancel is requested
-  display closed        it was seen to leave the queue; "kind" is expired, closed or cancelled, and
-                        left out where its sender is told
-  display told          its sender was told how it ended; "kind" as above
+  display cancelling    its cancel request was sent
+  display closed        it left the queue; "kind" is expired, closed or cancelled, and missing if
+                        a "display told" follows
+  display told          its sender learned how it ended; "kind" as above
 """
 
 import dataclasses
@@ -28,13 +28,13 @@ class DisplayNotification:
     timeout: float = 0.0
     sent: float | None = None
     opened: float | None = None
-    asked: float | None = None  # when it was asked to go
-    told: float | None = None  # when its sender knew that it had gone
+    asked: float | None = None  # when somebody closed or cancelled it
+    told: float | None = None  # when its sender learned of its end
     closed: float | None = None
     outcome: str | None = None
     shown: list = dataclasses.field(default_factory=list)  # (begin, end) on display
     paused: list = dataclasses.field(default_factory=list)  # (begin, end) between two of those
-    oddities: list = dataclasses.field(default_factory=list)  # what can't be in a right timeline
+    oddities: list = dataclasses.field(default_factory=list)  # what is wrong with its events
 
     @property
     def shown_for(self):
@@ -42,16 +42,16 @@ class DisplayNotification:
 
     @property
     def asking(self):
-        """How long the request to go may have been on its way, when that is known."""
+        """How long the request to close or cancel it took, or 0 if unknown."""
         return self.told - self.asked if self.asked is not None and self.told is not None else 0.0
 
     def shown_before(self, moment):
-        """How long it had been on display by then."""
+        """How long it had been on display at that moment."""
         return sum(min(until, moment) - since for since, until in self.shown if since < moment)
 
 
 class DisplayStory:
-    """Follows the events in their order."""
+    """What the events say of the display."""
 
     def __init__(self, events):
         self.notifications = {}
@@ -68,7 +68,7 @@ class DisplayStory:
             item.paused = [(left, back) for (_, left), (back, _) in zip(item.shown, item.shown[1:])]
 
     def _other(self, item, moment, event):
-        """Other events may be there and change nothing."""
+        """Ignores other events."""
 
     def _sent(self, item, moment, event):
         item.sent, item.timeout = moment, event.get("timeout", 0.0)
@@ -128,20 +128,20 @@ class DisplayStory:
         self._head = None
 
     def shown_within(self, begin, end):
-        """The ids of what is on display at some moment between the two."""
+        """The ids of what is on display at some time between the two."""
         return [name for name, since, until in self.heads if since < end and until > begin]
 
-    def longest_gap(self):
-        """For how long at most nobody was on display though something was to be shown."""
+    def max_gap(self):
+        """The longest time during which the display was empty while something waited."""
         due = [(item.sent, item.closed) for item in self.notifications.values()
                if item.sent is not None and item.closed is not None and item.outcome != "refused"]
         edges = sorted({edge for span in due for edge in span} |
                        {edge for _, since, until in self.heads for edge in (since, until)})
-        longest = gap = 0.0
+        max_gap = gap = 0.0
         for begin, end in zip(edges, edges[1:]):
             middle = (begin + end) / 2
             wanted = any(since < middle < until for since, until in due)
             served = any(since < middle < until for _, since, until in self.heads)
             gap = gap + end - begin if wanted and not served else 0.0
-            longest = max(longest, gap)
-        return longest
+            max_gap = max(max_gap, gap)
+        return max_gap

@@ -1,33 +1,33 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""What a run is expected to do: a JSON file beside the script that drives it.
+"""What a run should do, read from a JSON file:
 
 {
   "music": {"attenuation": 20.0, "fade": 0.25},
   "notifications": {
     "<id>": {
       "label": "what the picture calls it",
-      "sound": "<name in sounds.json>",     nothing is to be heard without one
+      "sound": "<name in sounds.json>",     without it, nothing may be heard
       "ends": "finished",                   or cancelled, failed, refused
-      "starts": true,                       false: no playback-started response is expected
+      "starts": true,                       false: it gets no playback-started response
       "loop": false,
-      "interrupted_by": ["<id>"]            what pauses it; nothing, when left out
+      "interrupted_by": ["<id>"]            what pauses it; nothing by default
     }
   },
-  "display": {                              nothing is to be shown without it
-    "tolerance": 0.02,                      for the time on display
-    "order": ["<id>"],                      who is on display, one after the other
+  "display": {                              without it, nothing may be shown
+    "tolerance": 0.02,                      of the time on display
+    "order": ["<id>"],                      what is on display, one after the other
     "notifications": {
       "<id>": {
         "label": "what the picture calls it",
         "ends": "expired",                  or closed, cancelled
-        "shown": true,                      false: it goes before its turn
-        "interrupted_by": ["<id>"],         what takes the display from it for a while
-        "together": "<id>"                  the sound that is sent at the same moment
+        "shown": true,                      false: it ends before its turn
+        "interrupted_by": ["<id>"],         what pre-empts it
+        "together": "<id>"                  the sound that is sent at the same time
       }
     }
   },
-  "commands": {                             nobody is to type anything without it
+  "commands": {                             without it, nothing may be typed
     "<id>": {
       "exit": 0,                            the exit status
       "prints": ["..."]                     what it prints, a regular expression for each line
@@ -87,7 +87,7 @@ class Expectations:
 
 
 def parse(described, sounds):
-    """described: the expectations file's content; sounds: that of sounds.json."""
+    """Takes the contents of the file with the expectations and of sounds.json."""
     notifications = {}
     for name, entry in described["notifications"].items():
         outcome = entry["ends"]

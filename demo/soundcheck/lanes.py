@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""The parts of the picture: each lane has a height and draws itself below the one before."""
+"""The lanes of the picture, one below the other."""
 
 import dataclasses
 import math
@@ -14,7 +14,7 @@ DUCKED = (245, 158, 11)
 
 @dataclasses.dataclass
 class TimeAxis:
-    """Where a moment is across the picture; all lanes share one."""
+    """Maps a moment to its place across the picture. Shared by all lanes."""
     begin: float
     end: float
     left: float
@@ -25,14 +25,14 @@ class TimeAxis:
         return self.left + min(max(share, 0.0), 1.0) * (self.right - self.left)
 
     def ticks(self):
-        """Whole seconds, at most twenty-five of them, counted from the beginning."""
+        """At most 25 whole seconds, counted from the beginning."""
         duration = self.end - self.begin
         step = next(step for step in (1, 2, 5, 10, 30, 60, 300, 3600) if duration / step <= 25)
         return [(self.begin + second, second) for second in range(0, math.floor(duration) + 1, step)]
 
 
 class Lane:
-    """A titled panel. A kind of lane says what is in it: draw_content() and content_height."""
+    """A panel with a title. Subclasses have draw_content() and content_height."""
 
     HEAD = 30
     title = ""
@@ -60,7 +60,7 @@ class Lane:
 
 @dataclasses.dataclass
 class Shade:
-    """A span of a lane's background with its name."""
+    """A labelled span of a lane's background."""
     begin: float
     end: float
     label: str
@@ -73,7 +73,7 @@ class LoudnessLane(Lane):
     QUIETEST, LOUDEST, STEP = -60, 0, 10
 
     def __init__(self, title, subtitle, track, colour, shades=(), stains=(), height=170):
-        """stains: (label, colour, mask over the track's moments), how to fill the curve there."""
+        """Stains fill the curve: (label, colour, mask over the track's moments)."""
         self.title, self.subtitle, self.content_height = title, subtitle, height
         self.track, self.colour, self.shades, self.stains = track, colour, shades, stains
 
@@ -120,33 +120,33 @@ class LoudnessLane(Lane):
 
 
 def runs(mask):
-    """The slices of a mask in which it is set."""
+    """The slices in which the mask is set."""
     edges = np.flatnonzero(np.diff(np.concatenate(([0], mask.astype(np.int8), [0]))))
     return [slice(begin, end) for begin, end in zip(edges[::2], edges[1::2])]
 
 
 @dataclasses.dataclass
 class Row:
-    """One thing's life in a rows lane: it waits, is active at times, and ends somehow."""
+    """A row of a RowsLane: something that waits, is active at times, and ends."""
     label: str
     colour: tuple
     since: float
     until: float
     active: list  # (begin, end)
     end_mark: str = ""  # one of RowsLane.MARKS
-    note: str = ""  # what else is to be said of it
-    linked: float | None = None  # when it came together with a row of another lane
+    note: str = ""
+    linked: float | None = None  # when it was sent together with a row of another lane
 
 
 class RowsLane(Lane):
-    """A row a thing. Serves whatever queues, is active for a while and ends."""
+    """Shows each of several things in a row of its own."""
 
     ROW, BAR = 27, 15
     MARKS = {"finished": (22, 128, 82), "expired": (22, 128, 82), "cancelled": (100, 110, 125),
              "closed": (100, 110, 125), "failed": (200, 40, 40), "refused": (200, 40, 40)}
 
     def __init__(self, title, subtitle, rows, other_above=False):
-        """other_above: on which side the lane is with whose rows some of these are linked."""
+        """other_above: whether the lane with the linked rows is above this one."""
         self.title, self.subtitle, self.rows, self.other_above = title, subtitle, rows, other_above
         self.content_height = self.ROW * max(1, len(rows)) + 8
 

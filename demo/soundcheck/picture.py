@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""The picture of a run: what was loud when, and which notification was why."""
+"""The picture of a run: what was heard and shown when."""
 
 import itertools
 
@@ -18,7 +18,7 @@ NO_SOUND = (150, 156, 166)
 
 
 def colours(story, expected):
-    """One colour a notification, in the order of their appearance; grey for what has no sound."""
+    """A colour for each notification, in their order; grey for those without a sound."""
     given, result = iter(COLOURS * len(story.notifications)), {}
     for name in story.notifications:
         known = expected.notifications.get(name)
@@ -41,7 +41,7 @@ def notification_rows(story, expected, palette):
 
 
 def display_colours(story, expected, palette):
-    """A message that is sent together with a sound has its colour, others have one of their own."""
+    """A message that is sent together with a sound gets the colour of the sound."""
     given, result = itertools.cycle(OWN_COLOURS), {}
     for name in story.display.notifications:
         known = expected.display.notifications.get(name)
@@ -64,7 +64,7 @@ def display_rows(story, expected, palette):
 
 
 def times_on_display(item, expected):
-    """A message's time, measured / requested."""
+    """A message's time on display: measured / requested."""
     if not item.shown:
         return ""
     wanted = displaychecks.requested(item, expected.outcome if expected else "expired")
@@ -73,7 +73,7 @@ def times_on_display(item, expected):
 
 
 def stains(track, story, expected, palette):
-    """What colours the notification device's curve: who is both due and really audible."""
+    """The stains of the notification device's curve: where a sound is due and audible."""
     sounds = checks.Sounds(track, expected)
     result = []
     for item in story.notifications.values():
@@ -101,7 +101,7 @@ def build_lanes(tracks, story, expected):
     if story.display.notifications:
         rows = display_rows(story, expected, display_colours(story, expected, palette))
         stack.append(lanes.RowsLane(
-            "Display", "who was on it when, and for how long: measured / requested, or until it was "
+            "Display", "what was shown, and for how long: measured / requested, or until it was "
             "ended; dashed: sent together with a sound", rows, other_above=True))
     return stack
 

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""The recordings that scripts/sound-server makes, and how loud what is in them is."""
+"""The recordings of scripts/sound-server, and their loudness."""
 
 import functools
 import json
@@ -9,7 +9,7 @@ import pathlib
 import numpy as np
 
 HOP = 0.01  # seconds between two measurements
-FLOOR = -100.0  # dBFS; digital silence reads as this
+FLOOR = -100.0  # dBFS; the loudness of digital silence
 CURVE_WINDOW = 0.02
 STEADY_WINDOW = 0.1  # long enough for music to have a loudness
 BAND_WINDOW = 0.04
@@ -17,7 +17,7 @@ BAND_HALF_WIDTH = 60.0  # Hz
 
 
 def to_dbfs(power):
-    """Full scale is a constant signal of 1: a sine of full amplitude has -3 dBFS."""
+    """0 dBFS is a constant signal of 1, so a sine of full amplitude has -3 dBFS."""
     return 10 * np.log10(np.maximum(power, 10 ** (FLOOR / 10)))
 
 
@@ -25,7 +25,7 @@ class Track:
     """What one device played. All its curves share the moments `times`."""
 
     def __init__(self, samples, rate, start):
-        """samples: frames by channels within -1..1; start: when the first one was heard."""
+        """samples: frames by channels, within -1..1; start: when the first one was heard."""
         self.rate = rate
         self.start = start
         self.samples = samples
@@ -34,7 +34,7 @@ class Track:
         self.times = start + np.arange(len(samples) // self.hop) * self.hop / rate
 
     def _windows(self, length):
-        """One window around each moment; silence before the beginning and after the end."""
+        """A window around each moment, padded with silence at both ends of the recording."""
         size = round(length * self.rate)
         padded = np.pad(self.samples, ((size // 2, size), (0, 0)))
         views = np.lib.stride_tricks.sliding_window_view(padded, size, axis=0)
@@ -56,18 +56,18 @@ class Track:
 
     @functools.lru_cache(maxsize=None)
     def band(self, frequency):
-        """The loudness of what has this frequency, in dBFS."""
+        """The loudness at this frequency, in dBFS."""
         frequencies, power = self._spectrum
         near = np.abs(frequencies - frequency) <= BAND_HALF_WIDTH
         return to_dbfs(np.sum(power[:, near], axis=1))
 
     def during(self, begin, end):
-        """Which moments lie within; none when the end comes before the beginning."""
+        """The mask of the moments from begin to end."""
         return (self.times >= begin) & (self.times < end)
 
 
 def load(folder):
-    """The tracks by the names of their devices."""
+    """The tracks by device."""
     folder = pathlib.Path(folder)
     described = json.loads((folder / "recording.json").read_text(encoding="utf-8"))
     tracks = {}

@@ -1,19 +1,19 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""The timeline of a run, and the story that it tells of each notification.
+"""The timeline of a run, and what it says of each notification.
 
 A timeline is a file of JSON lines, {"t": seconds on the monotonic clock, "event": ..., "id": ...}.
 Events of a sound notification (with "id"):
-  sent              it is requested; optional
+  sent              its enqueue request was sent; optional
   queued            its enqueue request was accepted
   refused           its enqueue request was answered with an error
   started           its playback-started response came
-  paused, resumed   optional; without them the one that started last is taken to sound, and the one
-                    before it to go on when that one has ended
+  paused, resumed   optional; without them, the last one started is taken to play, and the one before
+                    it to go on when that one ends
   ended             its end response came; "kind" is finished, cancelled or failed
-Events of the device as a whole: ducked, restored (the main audio), acquired, released (the audio
-resource). What happens on the display is told in displaystory.py, what is typed in
-commands.py. Any other event is kept and has no meaning here.
+Events without an id: ducked, restored (the main audio), acquired, released (the audio resource).
+displaystory.py has the events of the display, commands.py those of the commands. Other events are
+ignored.
 """
 
 import dataclasses
@@ -35,11 +35,11 @@ class Notification:
     outcome: str | None = None
     sounding: list = dataclasses.field(default_factory=list)  # (begin, end) when it is to be heard
     paused: list = dataclasses.field(default_factory=list)  # (begin, end) between two of those
-    oddities: list = dataclasses.field(default_factory=list)  # what can't be in a sound timeline
+    oddities: list = dataclasses.field(default_factory=list)  # what is wrong with its events
 
 
 class Story:
-    """Follows the events in their order."""
+    """What the events say of the notifications."""
 
     def __init__(self, events):
         self.events = sorted(events, key=lambda event: event["t"])
@@ -84,7 +84,7 @@ class Story:
         item.queued = moment
 
     def _refused(self, item, moment, _):
-        # A second request with the id of a queued one is refused without any harm to that one.
+        # A refused second request with the same id does not affect the queued notification.
         if item.queued is None:
             item.outcome, item.ended = "refused", moment
 
@@ -118,7 +118,7 @@ class Story:
             self._playing.remove(item.id)
 
     def _sound(self, moment):
-        """Settles which notification is to be heard from this moment on."""
+        """Notes which notification should be heard from this moment on."""
         audible = [name for name in self._playing if name not in self._held]
         now = audible[-1] if audible else None
         before = self._sounding[0] if self._sounding else None
@@ -139,7 +139,7 @@ class Story:
                            in zip(item.sounding, item.sounding[1:])]
 
     def sounding_within(self, begin, end):
-        """The ids of what is to be heard at some moment between the two."""
+        """The ids of what should be heard at some time between the two."""
         return [item.id for item in self.notifications.values()
                 if any(since < end and until > begin for since, until in item.sounding)]
 

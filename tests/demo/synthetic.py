@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""Recordings of runs that never were: right ones, and ones with a single thing wrong."""
+"""Made-up recordings and timelines, for tests that spoil one thing in them."""
 
 import copy
 import functools
@@ -59,7 +59,7 @@ TIMELINE = [
     (10.56, "ended", "broken", "failed"), (10.57, "started", "ring"),
     (11.9, "ended", "ring", "cancelled"), (12.0, "released", None), (12.01, "restored", None)]
 
-# The same for the display; what is sent has its time instead of a kind.
+# The same for the display; "display sent" has a timeout instead of a kind.
 DISPLAY = [
     (2.0, "display sent", "door", 1.5), (2.0, "display sent", "mail", 0.8),
     (2.001, "display shown", "door"), (2.002, "display opened", "door"),
@@ -82,7 +82,7 @@ DISPLAY = [
     (11.9, "display cancelling", "letter"), (12.2, "display hidden", "letter"),
     (12.2, "display closed", "letter"), (12.3, "display told", "letter", "cancelled")]
 
-# What a person typed; what was typed or printed, or the status, comes last.
+# The typed commands; the last field is the line or the status.
 COMMANDS = [
     (11.0, "typed", "show", "tavo show Letter"), (11.02, "printed", "show", "7"),
     (11.03, "returned", "show", 0),
@@ -92,14 +92,14 @@ LAST = {"display sent": "timeout", "typed": "line", "printed": "line", "returned
 # What sounds when, in seconds from the start: sound, begin, end.
 PLAYED = [("chime", 2.29, 3.19), ("announcement", 5.29, 6.28), ("alarm", 6.3, 7.5),
           ("announcement", 7.53, 10.54), ("ring", 10.6, 11.9)]
-# From when on the music has which share of its usual amplitude.
+# The music's amplitude: from when on, and which share of the usual one.
 MUSIC = [(0.0, 1.0), (2.05, 0.1), (3.35, 1.0), (5.05, 0.1), (12.05, 1.0)]
 
 
-# Kept, with all that a check has computed from it: most tests spoil something else.
+# Cached, with what the checks compute from a track, since most tests spoil something else.
 @functools.lru_cache(maxsize=None)
 def track(music, played, recorded):
-    """What a device plays: the music as it is ducked, if any, and tones."""
+    """What a device plays: tones, and the music if any."""
     time = np.arange(round(LENGTH * RATE)) / RATE
     samples = (music_samples(time, music) if music else 0) + tone_samples(time, played)
     samples = samples[:round(recorded * RATE)].astype(np.float32)
@@ -127,7 +127,7 @@ def tone_samples(time, played):
 
 
 class Run:
-    """A right run; a test spoils what it is about and then asks for the checks."""
+    """A run without faults. A test spoils something in it and then checks it."""
 
     def __init__(self):
         self.expectations = copy.deepcopy(EXPECTATIONS)
@@ -157,7 +157,7 @@ class Run:
                 "notifications": track((), tuple(self.played), self.recorded)}
 
     def write(self, folder):
-        """As files, the way a real run leaves them."""
+        """Writes the files that a real run leaves."""
         devices = {}
         for device, track in self.tracks().items():
             values = np.round(track.samples * 32767).astype("<i2")

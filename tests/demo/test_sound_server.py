@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""The private sound server gives its command two devices, records them, and leaves nothing behind."""
+"""scripts/sound-server gives its command two devices, records them, and leaves nothing behind."""
 
 import os
 import pathlib
@@ -16,7 +16,7 @@ SERVER = str(ROOT / "scripts" / "sound-server")
 
 from soundcheck import checks, recording
 
-# Plays a tone on an ALSA device, both given as arguments, and says when it began.
+# Plays a tone on an ALSA device and prints when it began. The arguments are the device and the frequency.
 PLAY = """
 import ctypes, math, struct, sys, time
 library, pcm = ctypes.CDLL("libasound.so.2"), ctypes.c_void_p()
@@ -38,7 +38,7 @@ def alive(process_id):
         state = pathlib.Path(f"/proc/{process_id}/stat").read_text()
     except OSError:
         return False
-    return ") Z " not in state  # a zombie only waits to be reaped
+    return ") Z " not in state  # a zombie has ended
 
 
 class SoundServerTest(unittest.TestCase):
@@ -60,7 +60,7 @@ class SoundServerTest(unittest.TestCase):
         self.assertEqual(result.returncode, 125)
         self.assertIn("/no/such/command", result.stderr)
 
-    def test_keeps_the_command_away_from_the_sound_of_the_user(self):
+    def test_keeps_the_command_away_from_the_sound_server_of_the_user(self):
         names = ("XDG_RUNTIME_DIR", "PULSE_SERVER", "PULSE_COOKIE", "PULSE_CLIENTCONFIG",
                  "ALSA_CONFIG_PATH")
         result = self.serve("--", "sh", "-c", "".join(f'echo "${name}";' for name in names))
@@ -73,7 +73,7 @@ class SoundServerTest(unittest.TestCase):
         self.assertEqual(self.serve("--", "true").returncode, 0)
         self.assertEqual(list(self.folder.iterdir()), [])
 
-    def test_records_each_device_with_the_moment_of_its_sound(self):
+    def test_records_each_device_and_when_its_sound_was_heard(self):
         for device, frequency in (("main", 500), ("notifications", 1500)):
             with self.subTest(device=device):
                 folder = self.folder / device
@@ -89,7 +89,7 @@ class SoundServerTest(unittest.TestCase):
                     self.assertLess(max(silent.loudness()), checks.AUDIBLE)
 
     def start_sleeping(self):
-        """A server whose command sleeps, the command's process id and those of the helpers."""
+        """Returns a server whose command sleeps, the id of that command, and the ids of the helpers."""
         server = subprocess.Popen(
             [SERVER, "--", "sh", "-c", "echo $$; exec sleep 60"], env=self.environment,
             stdout=subprocess.PIPE, text=True)
@@ -98,14 +98,14 @@ class SoundServerTest(unittest.TestCase):
         children = pathlib.Path(f"/proc/{server.pid}/task/{server.pid}/children").read_text()
         return server, command, {int(child) for child in children.split()} - {command}
 
-    def test_ends_the_command_and_the_server_when_it_is_told_to_end(self):
+    def test_ends_the_command_and_the_server_on_sigterm(self):
         server, command, helpers = self.start_sleeping()
         server.send_signal(signal.SIGTERM)
         self.assertEqual(server.wait(30), 128 + signal.SIGTERM)
         self.assertEqual([process for process in (command, *helpers) if alive(process)], [])
         self.assertEqual(list(self.folder.iterdir()), [])
 
-    def test_takes_the_sound_server_along_when_it_is_killed(self):
+    def test_ends_the_sound_server_when_it_is_killed(self):
         server, command, helpers = self.start_sleeping()
         self.assertEqual(len(helpers), 1)
         server.kill()

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""The checker of the demonstration's runs passes what is right and finds what is wrong."""
+"""demo/analyse.py passes a run without faults and finds each kind of fault."""
 
 import pathlib
 import subprocess
@@ -16,7 +16,7 @@ DEMO = pathlib.Path(sounds.__file__).parent
 
 
 class RecordingCheckTest(unittest.TestCase):
-    PAIRS = False  # with them, whatever is wrong with a sound is wrong with its pair too
+    PAIRS = False  # a fault of a sound is also one of its pair
 
     def setUp(self):
         self.run_ = synthetic.Run()
@@ -29,7 +29,7 @@ class RecordingCheckTest(unittest.TestCase):
         return {(check.subject, check.statement) for check in results if not check.passed}
 
     def assert_found(self, *failures):
-        """These checks fail, and no other one."""
+        """Asserts that these checks fail, and no others."""
         self.assertEqual(self.failures(), set(failures))
 
     def replace_event(self, old, *new):
@@ -41,13 +41,13 @@ class RecordingCheckTest(unittest.TestCase):
         self.run_.played[position:position + 1] = new
 
 
-class RightRunTest(RecordingCheckTest):
+class FaultlessRunTest(RecordingCheckTest):
     PAIRS = True
 
-    def test_passes_a_right_run(self):
+    def test_passes_a_run_without_faults(self):
         self.assert_found()
 
-    def test_follows_pause_and_resume_events_as_well_as_their_absence(self):
+    def test_passes_the_same_run_with_pause_and_resume_events(self):
         self.run_.timeline += [(6.27, "paused", "news"), (7.51, "resumed", "news")]
         self.assert_found()
 
@@ -56,12 +56,12 @@ class MusicTest(RecordingCheckTest):
     def test_finds_music_that_is_not_ducked(self):
         self.run_.music = [(0.0, 1.0), (5.05, 0.1), (12.05, 1.0)]
         self.assert_found(("main audio", "is ducked soon"),
-                          ("main audio", "is ducked by what is configured"))
+                          ("main audio", "is ducked to the right level"))
 
     def test_finds_music_that_is_ducked_too_little(self):
         self.run_.music[1] = (2.05, 0.2)
         self.assert_found(("main audio", "is ducked soon"),
-                          ("main audio", "is ducked by what is configured"))
+                          ("main audio", "is ducked to the right level"))
 
     def test_finds_music_that_is_ducked_too_late(self):
         self.run_.music[3] = (6.0, 0.1)
@@ -70,7 +70,7 @@ class MusicTest(RecordingCheckTest):
     def test_finds_music_that_is_not_restored(self):
         self.run_.music[4] = (12.05, 0.1)
         self.assert_found(("main audio", "is restored soon"),
-                          ("main audio", "is restored by what is configured"))
+                          ("main audio", "is restored to the right level"))
 
     def test_finds_music_that_stops(self):
         self.run_.music[3] = (5.05, 0.0)
@@ -107,7 +107,7 @@ class NotificationTest(RecordingCheckTest):
                            ("announcement", 7.53, 8.5), ("announcement", 8.7, 10.54))
         self.assert_found(("news", "sounds for its whole length"))
 
-    def test_finds_another_sound_than_the_one_that_started(self):
+    def test_finds_that_another_sound_is_heard(self):
         self.replace_sound(("chime", 2.29, 3.19), ("another", 2.29, 3.19))
         self.assert_found(("chime", "sounds once started"), ("chime", "sounds for its whole length"),
                           ("notifications", "have the sounds that they should"))
@@ -142,7 +142,7 @@ class NotificationTest(RecordingCheckTest):
         self.run_.expectations["notifications"]["alarm"]["interrupted_by"] = ["ring"]
         self.assert_found(("alarm", "is interrupted"))
 
-    def test_finds_a_failed_one_that_sounded(self):
+    def test_finds_a_failed_sound_that_is_heard(self):
         self.run_.played.append(("chime", 13.0, 13.3))
         failures = self.failures()
         self.assertIn(("broken", "is never heard"), failures)
@@ -173,7 +173,7 @@ class TimelineTest(RecordingCheckTest):
         self.replace_event((10.56, "ended", "broken", "failed"))
         self.assert_found(("broken", "ends as it should"))
 
-    def test_finds_a_start_that_was_not_to_be(self):
+    def test_finds_an_unexpected_start(self):
         self.replace_event((10.56, "ended", "broken", "failed"), (10.555, "started", "broken"),
                            (10.56, "ended", "broken", "failed"))
         self.assertIn(("broken", "reports its start"), self.failures())
@@ -199,14 +199,14 @@ class DisplayTest(RecordingCheckTest):
     PAIRS = True
 
     def move(self, old, *new):
-        """Puts events in the place of all that these have in common: moment, event, id."""
+        """Replaces all events that begin with the same fields (moment, event, id)."""
         for event in list(self.run_.timeline):
             if event[:len(old)] == old:
                 self.run_.timeline.remove(event)
         self.run_.timeline += new
 
     def leave_at(self, name, before, after, kind):
-        """The notification leaves the display at another moment."""
+        """Changes when the notification leaves the display."""
         self.move((before, "display hidden", name), (after, "display hidden", name))
         self.move((before, "display closed", name), (after, "display closed", name, kind))
 
@@ -230,7 +230,7 @@ class DisplayTest(RecordingCheckTest):
         self.assert_found(("chime", "sounds for its whole length"),
                           ("chime + door", "do not disturb each other"))
 
-    def test_finds_an_interrupted_one_that_has_its_whole_time_again(self):
+    def test_finds_an_interrupted_one_that_gets_its_whole_time_again(self):
         self.leave_at("page", 8.803, 9.262, "expired")
         self.assert_found(("display page", "is on display for its time"))
 
@@ -274,7 +274,7 @@ class DisplayTest(RecordingCheckTest):
         self.move((8.803, "display closed", "page"))
         self.assert_found(("display page", "ends as it should"),
                           ("display page", "is on display for its time"),
-                          ("display letter", "is seen in a right order"))
+                          ("display letter", "is seen in the right order"))
 
     def test_finds_one_that_is_shown_before_its_cancel(self):
         self.move((7.261, "display shown", "page"), (7.261, "display shown", "note"),
@@ -283,17 +283,17 @@ class DisplayTest(RecordingCheckTest):
         self.assertIn(("display note", "is never on display"), failures)
         self.assertIn(("display", "shows them in their order"), failures)
 
-    def test_finds_one_that_waits_on_after_its_cancel(self):
+    def test_finds_one_that_still_waits_after_its_cancel(self):
         self.move((8.001, "display closed", "note"), (8.1, "display closed", "note", "cancelled"))
         self.assert_found(("display note", "goes when cancelled"))
 
     def test_finds_two_at_a_time(self):
         self.move((3.502, "display shown", "mail"), (3.49, "display shown", "mail"))
-        self.assertIn(("display mail", "is seen in a right order"), self.failures())
+        self.assertIn(("display mail", "is seen in the right order"), self.failures())
 
     def test_finds_a_second_end(self):
         self.run_.timeline.append((8.9, "display closed", "page", "expired"))
-        self.assert_found(("display page", "is seen in a right order"))
+        self.assert_found(("display page", "is seen in the right order"))
 
     def test_finds_an_empty_display_while_one_is_due(self):
         self.move((4.501, "display shown", "menu"), (4.9, "display shown", "menu"))
@@ -318,11 +318,11 @@ class DisplayTest(RecordingCheckTest):
         self.replace_event((1.999, "sent", "chime"), (1.9, "sent", "chime"))
         self.assert_found(("chime + door", "are sent together"))
 
-    def test_finds_a_pair_of_which_one_is_over_before_the_other(self):
+    def test_finds_a_pair_that_is_not_on_at_the_same_time(self):
         self.run_.expectations["display"]["notifications"]["mail"]["together"] = "chime"
         self.assertIn(("chime + mail", "are on at the same time"), self.failures())
 
-    def test_finds_one_that_goes_after_the_command_that_cancels_it(self):
+    def test_finds_one_that_ends_after_its_cancel_command(self):
         self.move((12.3, "display told", "letter"), (12.1, "display told", "letter", "cancelled"))
         self.assert_found(("display letter", "is on display for its time"))
 
@@ -330,13 +330,13 @@ class DisplayTest(RecordingCheckTest):
         self.move((12.3, "display told", "letter"))
         self.assertIn(("display letter", "ends as it should"), self.failures())
 
-    def test_finds_one_whose_sender_is_told_of_another_end(self):
+    def test_finds_one_whose_sender_is_told_a_different_end(self):
         self.move((12.3, "display told", "letter"), (12.3, "display told", "letter", "expired"))
         self.assert_found(("display letter", "ends as it should"))
 
-    def test_finds_one_that_is_told_to_have_ended_in_two_ways(self):
+    def test_finds_one_with_two_different_ends(self):
         self.run_.timeline.append((8.804, "display told", "page", "expired"))
-        self.assert_found(("display page", "is seen in a right order"))
+        self.assert_found(("display page", "is seen in the right order"))
 
     def test_checks_the_display_without_a_recording(self):
         results = checks.check_all(None, self.run_.story(), self.run_.expected())
@@ -423,7 +423,7 @@ class CommandTest(unittest.TestCase):
         self.assertRegex(result.stdout, r"(?m)^FAILED +display page +is on display for its time")
         self.assertRegex(result.stdout, r"\d+ of \d+ checks passed, 1 FAILED")
 
-    def test_says_what_it_can_not_read(self):
+    def test_reports_input_that_it_cannot_read(self):
         run = synthetic.Run()
         run.timeline = []
         result, _ = self.analyse(run)
@@ -432,7 +432,7 @@ class CommandTest(unittest.TestCase):
 
 
 class SoundsTest(unittest.TestCase):
-    def test_no_sound_can_be_taken_for_another(self):
+    def test_no_sound_can_be_mistaken_for_another(self):
         frequencies = [frequency for _, frequency, _ in sounds.NOTIFICATIONS.values()]
         heard = sorted(frequencies + [frequency / 2 for frequency in frequencies])
         for frequency in frequencies:
@@ -440,7 +440,7 @@ class SoundsTest(unittest.TestCase):
             self.assertGreater(min(abs(other - frequency) for other in others), 105)
             self.assertGreater(frequency, sounds.MUSIC_CEILING + 100)
 
-    def test_music_has_one_loudness_and_leaves_the_notifications_their_frequencies(self):
+    def test_music_keeps_its_loudness_and_stays_below_the_notifications(self):
         loop = synthetic.recording.Track(sounds.music(), sounds.RATE, 0.0)
         inner = loop.loudness(synthetic.recording.STEADY_WINDOW)[10:-10]
         self.assertLess(max(abs(inner - sounds.MUSIC_LOUDNESS)), checks.LOUDNESS_TOLERANCE)

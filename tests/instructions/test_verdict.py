@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""What counting the instructions takes for a finding, and what not; with made-up counts."""
+"""Which made-up counts count.py accepts, and which it does not."""
 
 import contextlib
 import io
@@ -24,11 +24,12 @@ class VerdictTest(unittest.TestCase):
         self.expect(EXPECTED)
 
     def expect(self, instructions, **others):
-        usual = {"requests": 1000, "band_percent": 3, "made_with": count.versions()}
+        usual = {"requests": 1000, "tolerance_percent": 3, "made_with": count.versions()}
         self.expected.write_text(json.dumps({**usual, **others, "instructions": instructions}))
 
     def judge(self, *options, **seen):
-        """The exit status for the expected counts but for those given, and what was printed."""
+        """Compares the expected counts with the same ones changed by `seen`. Returns the exit status and
+        what was printed."""
         self.seen.write_text(json.dumps(
             EXPECTED | {name.replace("_", "-"): value for name, value in seen.items()}))
         said, remarked = io.StringIO(), io.StringIO()
@@ -37,31 +38,31 @@ class VerdictTest(unittest.TestCase):
                                  "--seen", str(self.seen), *options])
         return status, said.getvalue(), remarked.getvalue()
 
-    def test_takes_the_expected_counts_for_good(self):
+    def test_accepts_the_expected_counts(self):
         status, said, remarked = self.judge()
         self.assertEqual((status, remarked), (0, ""))
         self.assertEqual(said.count("ok\n"), 2)
 
-    def test_takes_counts_at_the_edges_of_the_band_for_good(self):
+    def test_accepts_counts_just_within_the_tolerance(self):
         self.assertEqual(self.judge(sound_enqueue=10_299, sound_cancel=19_401)[0], 0)
 
-    def test_finds_a_count_over_the_band(self):
+    def test_finds_a_count_over_the_tolerance(self):
         status, said, remarked = self.judge(sound_enqueue=10_301)
         self.assertEqual(status, 1)
         self.assertRegex(said, r"sound-enqueue +10000 +10301 +\+3\.01 % +over")
         self.assertRegex(said, r"sound-cancel .* ok")
         self.assertIn("Over:", remarked)
 
-    def test_finds_a_count_under_the_band(self):
+    def test_finds_a_count_under_the_tolerance(self):
         status, said, remarked = self.judge(sound_cancel=19_399)
         self.assertEqual(status, 1)
         self.assertRegex(said, r"sound-cancel .* under")
         self.assertIn("--write", remarked)
 
-    def test_lets_no_operation_make_up_for_another(self):
+    def test_does_not_balance_operations_against_each_other(self):
         self.assertEqual(self.judge(sound_enqueue=12_000, sound_cancel=10_000)[0], 1)
 
-    def test_finds_an_operation_that_nothing_is_expected_of(self):
+    def test_finds_a_counted_operation_that_was_not_expected(self):
         status, said, _ = self.judge(display_open=5)
         self.assertEqual(status, 1)
         self.assertRegex(said, r"display-open +- +5 +- +unknown")
@@ -74,17 +75,17 @@ class VerdictTest(unittest.TestCase):
 
     def test_says_which_library_differs_when_a_count_does(self):
         self.expect(EXPECTED, made_with=count.versions() | {"libc6": "0.1"})
-        self.assertIn("libc6 was 0.1 when", self.judge(sound_enqueue=20_000)[2])
+        self.assertIn("libc6: it was 0.1", self.judge(sound_enqueue=20_000)[2])
         self.assertNotIn("libc6", self.judge()[2])
 
-    def test_writes_what_it_sees_and_keeps_the_band(self):
+    def test_writes_the_counts_and_keeps_the_tolerance(self):
         self.assertEqual(self.judge("--write", sound_enqueue=9000)[0], 0)
         self.assertEqual(self.judge(sound_enqueue=9000)[0], 0)
         self.assertEqual(self.judge()[0], 1)
         written = json.loads(self.expected.read_text())
-        self.assertEqual((written["band_percent"], written["requests"]), (3, 1000))
+        self.assertEqual((written["tolerance_percent"], written["requests"]), (3, 1000))
 
-    def test_the_figures_in_the_tree_are_of_every_operation(self):
+    def test_there_is_an_expected_count_for_each_operation(self):
         figures = json.loads(count.EXPECTED.read_text())
         self.assertEqual(sorted(figures["instructions"]), sorted(count.OPERATIONS))
 
