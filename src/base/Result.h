@@ -13,7 +13,7 @@ struct Failure
     QString reason;
 };
 
-/// A value, or the reason why there is none. For failures that a caller expects; the error type is
-/// another one where the caller needs more than words.
+/// A value, or the reason why there is none. For failures that a caller expects. The error is of
+/// another type where the caller needs more than words.
 template <typename Value, typename Error = Failure>
 using Result = std::variant<Value, Error>;

@@ -40,7 +40,7 @@ QString schemeOf(const QString &name)
 
 Result<SoundLocation> fileAt(const QString &path)
 {
-    // For the system a path ends at the first null character.
+    // The system would read the path only up to the first null character.
     if (path.isEmpty() || path.contains(QChar::Null)) {
         return Failure{QStringLiteral("names no file of this device")};
     }

@@ -8,20 +8,21 @@
 #include <QString>
 #include <QUrl>
 
-/// Where a sound is: in a file of this device, or on a server.
+/// The location of a sound: a file on this device, or a URL on a server.
 struct SoundLocation
 {
-    QString path; ///< of the file; empty for a server's
+    QString path; ///< of the file; empty for a URL
     QUrl url;     ///< http: or https:; empty for a file
 };
 
-/// Reads the name of a sound. The failure is what to say of the name, such as "is not a valid URI".
+/// Reads the name of a sound. The failure continues a sentence that begins with the name: "is not a
+/// valid URI".
 ///
-/// A name that begins with file:, http: or https:, or with any scheme and //, is a URI: it fails if
-/// it isn't well formed or can't be played, and is never taken for a path. A file: URI names an
-/// absolute path. Every other name is a path, "a:b.wav" too; for a file whose name reads as a URI
-/// there is "./http:b.wav".
+/// A name that begins with file:, http: or https:, or with any scheme and //, is a URI. It fails if
+/// it isn't well formed or its scheme can't be played; it is never read as a path. A file: URI
+/// names an absolute path. Every other name is a path, even "a:b.wav". If the name of a file looks
+/// like a URI, write "./http:b.wav".
 Result<SoundLocation> parseSoundLocation(const QString &name);
 
-/// Whether the name is read as a URI, well formed or not.
+/// Returns whether the name is read as a URI, well formed or not.
 bool isSoundUri(const QString &name);

@@ -32,7 +32,8 @@ int readSignal(int descriptor)
 
 void waitForSignals(int signalDescriptor, int eventDescriptor)
 {
-    // Noted before it is read, so that isReceived() finds it either pending or noted.
+    // Set before the signal is read, so that isReceived() always finds the signal: pending or in
+    // the flag.
     pollfd readable = {signalDescriptor, POLLIN, 0};
     poll(&readable, 1, -1);
     s_isReceived = true;

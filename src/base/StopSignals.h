@@ -8,22 +8,23 @@
 
 #include <memory>
 
-/// Turns the first SIGINT or SIGTERM into a signal of the event loop. The second one ends the process
-/// at once with the exit status 128 plus its number, even when the event loop is stuck.
+/// Turns the first SIGINT or SIGTERM into a signal of the event loop. The second one ends the
+/// process at once, even if the event loop is stuck, with 128 plus the signal's number as the exit
+/// status.
 ///
-/// A thread of its own waits for them, until the process ends. All threads that are started later
-/// block them, and so do processes that these start.
+/// A separate thread waits for the signals until the process ends. All threads that are started
+/// later block them, and so do child processes.
 ///
-/// Thread: the main thread, before there are others. One in a process.
+/// Used in the main thread, before it starts other threads. One in each process.
 class StopSignals : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Null where the system refuses.
+    /// Returns null if the system refuses.
     static std::unique_ptr<StopSignals> install();
 
-    /// Whether a signal has come, even if received() is still to be emitted.
+    /// Returns whether a signal has come, even if received() has not been emitted yet.
     static bool isReceived();
 
 Q_SIGNALS:

@@ -15,26 +15,27 @@
 
 namespace {
 
-// A period is how finely the device tells what it has played, and so how finely a pause can cut;
-// it costs no wake-ups, because the playback thread sleeps until the buffer is half empty.
+// The device reports what it has played in steps of a period, so a pause is exact to a period.
+// Short periods cost no wake-ups, because the playback thread sleeps until the buffer is half
+// empty.
 constexpr unsigned periodUs = 10'000;
 
-// A notification is short and needs little reserve against a busy machine, but its changes have to
-// be heard at once. Media wake the processor only twenty times a second, and a pause or a change of
-// gain still takes effect within a tenth of a second.
+// A notification is short and needs little reserve for a busy machine, but its changes must be
+// heard at once. Media wake the processor only twenty times a second, and a pause or a change of
+// the gain still takes effect within a tenth of a second.
 constexpr unsigned notificationBufferUs = 50'000;
 constexpr unsigned mediaBufferUs = 110'000;
 
-// A device that runs empty so often without having taken a frame won't recover.
+// A device that fails so often without taking a frame won't recover.
 constexpr int maxFailedWrites = 10;
 
-// By default the library writes to standard error.
+// By default, the library writes to standard error.
 void logAlsaError(const char *, int, const char *function, int, const char *format, ...)
 {
     va_list args;
     va_start(args, format);
     std::array<char, 256> text{};
-    // The analyzer doesn't see that va_start() has filled the list in.
+    // The analyzer doesn't see that va_start() has initialized the list.
     // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized)
     std::vsnprintf(text.data(), text.size(), format, args);
     va_end(args);
@@ -95,7 +96,7 @@ std::optional<Failure> AlsaDevice::open(const QString &name, SoundFormat format,
 
 int AlsaDevice::openAs(const QString &alsaName)
 {
-    // Non-blocking: opening must not wait until somebody else lets go of the device.
+    // Non-blocking: opening must not wait until another program closes the device.
     const int result = snd_pcm_open(&m_pcm, alsaName.toLocal8Bit().constData(),
                                     SND_PCM_STREAM_PLAYBACK, SND_PCM_NONBLOCK);
     if (result < 0) {
@@ -187,7 +188,7 @@ long AlsaDevice::closeAndCount()
 
 Result<long> AlsaDevice::room()
 {
-    // Not every device reports these when it is asked for room.
+    // Not every device reports these states as errors of snd_pcm_avail().
     const snd_pcm_state_t state = snd_pcm_state(m_pcm);
     if (state == SND_PCM_STATE_SUSPENDED) {
         return recover(-ESTRPIPE);
@@ -203,8 +204,8 @@ Result<long> AlsaDevice::room()
     return std::max(0L, capacity() - m_held);
 }
 
-// A period stays free: plug-ins that keep the ring themselves can't tell a full one from an empty
-// one, and then count frames as played that were not.
+// One period stays free: plug-ins with their own ring buffer can't distinguish a full one from an
+// empty one, and would count frames as played that were not.
 long AlsaDevice::capacity() const
 {
     return long(m_bufferFrames - std::min(m_periodFrames, m_bufferFrames / 2));
@@ -249,7 +250,7 @@ Result<long> AlsaDevice::resume()
     if (result == 0 && snd_pcm_state(m_pcm) != SND_PCM_STATE_SUSPENDED) {
         return std::max(0L, capacity() - m_held);
     }
-    // The device can't go on where it was, so what it held has to be written again.
+    // The device can't resume, so the frames that it held have to be written again.
     const snd_pcm_sframes_t available = snd_pcm_avail_update(m_pcm);
     if (available >= 0) {
         m_held = std::clamp(long(m_bufferFrames) - long(available), 0L, long(m_bufferFrames));

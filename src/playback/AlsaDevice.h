@@ -12,7 +12,8 @@
 /// An ALSA device that takes frames of floats. It never blocks, and recovers from underruns and
 /// suspension.
 ///
-/// Thread: the playback thread, one such thread after another. Owned by the PlaybackWriter.
+/// Used in the playback thread; there may be several, one after the other. Owned by the
+/// PlaybackWriter.
 class AlsaDevice
 {
 public:
@@ -21,38 +22,38 @@ public:
     AlsaDevice(const AlsaDevice &) = delete;
     AlsaDevice &operator=(const AlsaDevice &) = delete;
 
-    /// Opens the device for the format as it is, or through ALSA's conversion where the device
-    /// doesn't take it. Returns why it can't.
+    /// Opens the device for the format, with ALSA's conversion if the device doesn't support it.
+    /// Returns the reason if it fails.
     std::optional<Failure> open(const QString &name, SoundFormat format, int usage);
 
-    /// Falls silent at once; what was not heard is lost.
+    /// Silences the device at once. Frames that were not heard are lost.
     void close();
 
     bool isOpen() const { return m_pcm != nullptr; }
 
-    /// Whether the device is a plug-in, such as a sound server's, which tells late and in steps what
-    /// it has played: too late to count what is lost when it is closed.
+    /// Returns whether the device is a plug-in, such as a sound server's. It reports what it has
+    /// played late and in steps: too late for closeAndCount().
     bool countsLate() const { return m_countsLate; }
 
-    /// Falls silent at once and returns how many of the frames written were not heard.
+    /// Silences the device at once. Returns how many of the written frames were not heard.
     long closeAndCount();
 
     /// How many frames can be written now.
     Result<long> room();
 
-    /// Writes frames, the first of which starts the device; returns how many it took.
+    /// Writes frames. The first one starts the device. Returns how many frames the device took.
     Result<long> write(const float *samples, long frames);
 
     /// How many frames the device held at the last call of room() or write().
     long held() const { return m_held; }
 
-    /// How many of the frames written have not been heard yet, in the device's buffer and beyond.
+    /// How many of the written frames have not been heard yet, in the device's buffer and beyond.
     long latency();
 
-    /// How many frames were lost to a suspension since the last call.
+    /// How many frames a suspension has lost since the last call.
     long takeLost();
 
-    /// How many frames it holds at most.
+    /// How many frames the device can hold.
     long capacity() const;
 
     long periodFrames() const { return long(m_periodFrames); }

@@ -35,7 +35,7 @@ std::optional<Failure> ByteInput::open()
     if (m_descriptor >= 0) {
         return std::nullopt;
     }
-    // Without a path the descriptor is a fetch's, which had none to give.
+    // The pipe of a fetch, which could not be created.
     if (m_path.isEmpty()) {
         return fail(QStringLiteral(" can't be fetched: there are no more file descriptors"));
     }
@@ -68,7 +68,7 @@ Failure ByteInput::fail(const QString &why)
 
 Result<std::optional<std::size_t>> ByteInput::read(char *bytes, std::size_t count)
 {
-    // A FIFO without a writer reads as ended from the start; only poll() tells the two apart.
+    // A FIFO without a writer reads as if it had ended; only poll() can tell the difference.
     pollfd ready{m_descriptor, POLLIN, 0};
     if (poll(&ready, 1, 0) <= 0) {
         return std::nullopt;

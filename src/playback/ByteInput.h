@@ -9,45 +9,47 @@
 
 #include <optional>
 
-/// The bytes of a file, a FIFO, or the reading end of a pipe, read without blocking.
+/// Reads the bytes of a file, a FIFO, or a pipe, without blocking.
 ///
-/// Threads: as for FrameSource. Owned by the source that reads it.
+/// Threads: as FrameSource. Owned by the source that reads it.
 class ByteInput
 {
 public:
     explicit ByteInput(const QString &path);
 
-    /// Takes over the reading end of a pipe, which can't be repeated.
+    /// Takes ownership of the reading end of a pipe. A pipe can't be repeated.
     ByteInput(int descriptor, const QString &name);
 
     ~ByteInput();
     ByteInput(const ByteInput &) = delete;
     ByteInput &operator=(const ByteInput &) = delete;
 
-    /// Returns why it can't be opened; does nothing when it is open.
+    /// Opens the input, unless it is open. Returns the reason if it fails.
     std::optional<Failure> open();
 
-    /// Whether it is a file with an end, all of which is there.
+    /// Returns whether the input is a regular file, and so complete.
     bool isRegularFile() const { return m_regular; }
 
-    /// Reads up to so many bytes. 0 at the end; nothing while there are none yet: a FIFO that nobody
-    /// has opened for writing has none yet, one that the last writer closed is at its end.
+    /// Reads up to count bytes. Returns their number, 0 at the end, and nothing if there are no
+    /// bytes yet. A FIFO has no bytes yet until it is opened for writing; it is at its end when the
+    /// last writer has closed it.
     Result<std::optional<std::size_t>> read(char *bytes, std::size_t count);
 
-    /// What to wait on when nothing is there yet.
+    /// The descriptor to wait on when there are no bytes yet.
     int descriptor() const { return m_descriptor; }
 
-    /// Back to a file's beginning, or on to a FIFO's next writer. False for a pipe.
+    /// Goes back to the beginning of a file, or on to the next writer of a FIFO. Returns false for
+    /// a pipe.
     Result<bool> rewind();
 
     QString path() const { return m_path; } ///< empty for a pipe
-    QString name() const { return m_name; } ///< what people call it
+    QString name() const { return m_name; } ///< for error messages
 
 private:
     Failure fail(const QString &why);
 
     const QString m_path;
-    const QString m_name; // what people call it
+    const QString m_name;
     int m_descriptor = -1;
     bool m_regular = false;
 };

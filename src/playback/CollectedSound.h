@@ -13,8 +13,8 @@
 class ByteInput;
 class SoundFile;
 
-/// A sound file that comes through a FIFO or over the net: collected to its end, then decoded. One
-/// that lies on disk whole is decoded where it is.
+/// A sound file from a FIFO or over the network: collected to its end, then decoded. A file on disk
+/// is decoded in place.
 class CollectedSound : public FrameSource
 {
 public:
@@ -34,5 +34,5 @@ private:
     const std::unique_ptr<ByteInput> m_input;
     const SimplePlayerLimits m_limits;
     QByteArray m_data;
-    std::unique_ptr<SoundFile> m_sound; // once all of it is there
+    std::unique_ptr<SoundFile> m_sound; // set once all data is there
 };

@@ -10,7 +10,7 @@
 
 class WakeEvent;
 
-/// How frames are to be understood; samples are floats, interleaved.
+/// The format of frames. Samples are interleaved floats.
 struct SoundFormat
 {
     static constexpr int minRate = 1000;
@@ -20,35 +20,35 @@ struct SoundFormat
     int rate = 0;
     int channels = 0;
 
-    /// Whether a device may be asked for it. Buffers are sized by it, so what a corrupted header
-    /// claims must not get through.
+    /// Returns whether a device may be asked for the format. The format determines the sizes of
+    /// buffers, so the values of a corrupted header must be refused.
     bool isUsable() const
     {
         return rate >= minRate && rate <= maxRate && channels >= 1 && channels <= maxChannels;
     }
 };
 
-/// Where a sound's frames come from.
+/// The source of a sound's frames.
 ///
-/// Thread: everything is called in the playback thread, one such thread after another; only the
-/// constructor and the destructor run in the caller's. Owned by the PlaybackWriter.
+/// Used in the playback thread; there may be several, one after the other. Only the constructor and
+/// the destructor run in the player's thread. Owned by the PlaybackWriter.
 class FrameSource
 {
 public:
-    /// So many frames were read.
+    /// Frames were read.
     struct Frames
     {
         long count;
     };
-    /// There are none yet; inputDescriptor() tells when.
+    /// There are no frames yet. Wait on inputDescriptor().
     struct Waiting
     {
     };
-    /// There will be no more, unless rewound.
+    /// There are no more frames until rewind().
     struct End
     {
     };
-    /// After a failure there will be no more either.
+    /// After a failure, there are no more frames.
     using Read = std::variant<Frames, Waiting, End, Failure>;
 
     enum class Loading { Done, Interrupted };
@@ -58,26 +58,26 @@ public:
     FrameSource(const FrameSource &) = delete;
     FrameSource &operator=(const FrameSource &) = delete;
 
-    /// Opens the source, or does nothing when it is open. Returns why it can't. Fast but for what the
-    /// file system takes.
+    /// Opens the source, unless it is open. Returns the reason if it fails. Waits for the file
+    /// system only.
     virtual std::optional<Failure> open() = 0;
 
-    /// Whether load() has something to wait for before the format is known.
+    /// Returns whether load() has to wait before the format is known.
     virtual bool needsLoading() const { return false; }
 
-    /// Waits for what has to be there before the format is known. Interrupted by the event; goes on
-    /// at the next call.
+    /// Waits for the data from which the format is read. The event interrupts it; the next call
+    /// continues.
     virtual Result<Loading> load(const WakeEvent &) { return Loading::Done; }
 
-    /// Valid once open and loaded.
+    /// Valid once the source is open and loaded.
     virtual SoundFormat format() const = 0;
 
-    /// Reads up to so many frames.
+    /// Reads up to that number of frames.
     virtual Read read(float *samples, long frames) = 0;
 
-    /// What to wait on after Waiting.
+    /// The descriptor to wait on after Waiting.
     virtual int inputDescriptor() const { return -1; }
 
-    /// Goes back to the first frame. False for a source that can't be repeated.
+    /// Goes back to the first frame. Returns false if the source can't be repeated.
     virtual Result<bool> rewind() = 0;
 };

@@ -20,7 +20,8 @@ void FrameWindow::sent(long frames, long keep)
 {
     m_next += frames;
     m_position += frames;
-    // Moving the rest down only when it is the smaller part keeps the cost per frame constant.
+    // The rest is moved down only when it is the smaller part, which keeps the cost per frame
+    // constant.
     const long surplus = m_next - keep;
     if (surplus <= m_end - surplus) {
         return;

@@ -7,28 +7,27 @@
 
 #include <vector>
 
-/// The frames from the last that has certainly been heard to the last that the source has given:
-/// those that the device holds, which may have to be written once more, and those still to be
-/// written.
+/// The frames that may not have been heard yet: those that the device holds, which may have to be
+/// written again, and those that have been read from the source but not yet written.
 class FrameWindow
 {
 public:
     void setChannels(int channels) { m_channels = channels; }
 
-    /// Where up to so many frames can be added; take() says how many were.
+    /// Space for adding frames. take() then sets how many were added.
     float *spaceFor(long frames);
     void take(long frames);
 
     const float *next() const { return m_samples.data() + m_next * m_channels; }
     long unsent() const { return m_end - m_next; }
 
-    /// The number of the next frame to be written, counted from the first that was heard.
+    /// The number of the next frame to write, counted from the start of the sound.
     qint64 position() const { return m_position; }
 
-    /// Notes that frames have been written; keeps the last of them for going back.
+    /// Records that frames have been written. Keeps the last ones for going back.
     void sent(long frames, long keep);
 
-    /// Goes back, so that the last frames written are written again.
+    /// Goes back, so that the last written frames are written again.
     void goBack(long frames);
 
 private:

@@ -7,17 +7,17 @@
 
 #include <mutex>
 
-/// The loudness of a sound over its frames: constant, or changing linearly from one value to
-/// another. It depends on the frame's number only, so frames that are written twice sound the same.
+/// The gain of each frame of a sound: constant, or changing linearly from one value to another. It
+/// depends only on the number of the frame, so a frame that is written twice sounds the same.
 ///
 /// set() is called from any thread, everything else in the playback thread.
 class GainRamp
 {
 public:
-    /// Takes effect at the next frame to be written.
+    /// Takes effect at the next frame that is written.
     void set(double gain, int fadeMs);
 
-    /// Copies frames with their gain; the first has this position.
+    /// Copies frames and applies their gain. The position is that of the first frame.
     void apply(const float *from, float *to, long frames, int channels, qint64 position, int rate);
 
 private:

@@ -35,7 +35,7 @@ HttpFetch::HttpFetch(const QUrl &url, Kind kind, int timeoutMs)
 
 HttpFetch::~HttpFetch()
 {
-    // Aborting emits the reply's signals, and nobody is to be told any more.
+    // Aborting emits the signals of the reply, but nothing must be reported any more.
     if (m_reply) {
         m_reply->disconnect();
     }
@@ -58,7 +58,7 @@ void HttpFetch::start(Report report)
     m_drained->setEnabled(false);
     m_timer = std::make_unique<QTimer>();
     m_timer->setSingleShot(true);
-    // A coarse timer may be early, and the server gets all of its time.
+    // A coarse timer may be early, but the server must get all of its time.
     m_timer->setTimerType(Qt::PreciseTimer);
 
     QNetworkRequest request(m_url);
@@ -82,8 +82,8 @@ bool HttpFetch::isRefused() const
     return m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt() >= firstRefusal;
 }
 
-// Moves what has arrived into the pipe, until that is full. Then the reader is the slow one (a paused
-// player), so the server's time doesn't run.
+// Moves the received data into the pipe until the pipe is full. Then the reader is slow (a paused
+// player), not the server, so the timeout is stopped.
 void HttpFetch::pass()
 {
     if (m_writing < 0) {
@@ -129,7 +129,7 @@ void HttpFetch::fail(const QString &why)
     m_reply->disconnect();
     m_reply->abort();
     m_timer->stop();
-    // The pipe stays open: its end would be taken for the sound's.
+    // The pipe stays open: the reader would take its end for the end of the sound.
     if (m_report) {
         std::exchange(m_report, nullptr)(
             {QStringLiteral("\"%1\" can't be fetched: %2").arg(m_url.toDisplayString(), why)});

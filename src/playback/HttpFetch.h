@@ -16,16 +16,16 @@
 class QNetworkReply;
 class QSocketNotifier;
 
-/// Fetches a URI over http and writes what arrives to a pipe, no faster than it is read.
+/// Fetches a URI over http and writes the data to a pipe, no faster than the pipe is read.
 ///
 /// Runs in the event loop of the player's thread. Owned by the PlaybackWriter.
 class HttpFetch
 {
 public:
-    /// What the timeout is for.
+    /// The time that the timeout limits.
     enum class Kind {
-        WholeFile, ///< the whole file
-        LiveStream ///< each silence in between
+        WholeFile, ///< for the whole file
+        LiveStream ///< between two pieces of data
     };
 
     /// Called at most once, when the fetch has failed.
@@ -36,10 +36,11 @@ public:
     HttpFetch(const HttpFetch &) = delete;
     HttpFetch &operator=(const HttpFetch &) = delete;
 
-    /// The pipe's reading end, which the caller takes over; -1 when there are no more descriptors.
+    /// The reading end of the pipe, which the caller then owns. -1 if there are no more
+    /// descriptors.
     int takeReadingEnd();
 
-    /// Requires a pipe.
+    /// Must not be called if there is no pipe.
     void start(Report report);
 
 private:
@@ -55,9 +56,9 @@ private:
     int m_reading = -1;
     int m_writing = -1;
     Report m_report;
-    // Made by start(), in the thread that they are to live in.
+    // Made by start(), in the thread in which they live.
     std::unique_ptr<QNetworkAccessManager> m_network;
-    QNetworkReply *m_reply = nullptr; // the network's
+    QNetworkReply *m_reply = nullptr; // owned by m_network
     std::unique_ptr<QSocketNotifier> m_drained;
     std::unique_ptr<QTimer> m_timer;
 };

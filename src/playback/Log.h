@@ -6,7 +6,7 @@
 #include <log4cplus/logger.h>
 #include <log4cplus/loggingmacros.h>
 
-/// Every record of the players goes to the logger "SimplePlayer".
+/// The logger of all players.
 inline log4cplus::Logger simplePlayerLogger()
 {
     return log4cplus::Logger::getInstance(LOG4CPLUS_TEXT("SimplePlayer"));

@@ -12,7 +12,7 @@
 
 namespace {
 
-/// Where the frames come from, and what feeds it from a server, if anything does.
+/// The source of the frames, and the fetch that feeds it from a server; null for a file.
 struct Source
 {
     std::unique_ptr<FrameSource> frames;

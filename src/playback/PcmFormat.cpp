@@ -108,7 +108,7 @@ void decode24(const char *bytes, float *samples, long count, bool bigEndian)
         const auto high = quint32(uchar(bytes[bigEndian ? 0 : 2]));
         const auto middle = quint32(uchar(bytes[1]));
         const auto low = quint32(uchar(bytes[bigEndian ? 2 : 0]));
-        // In the upper bits, where the sign bit is that of the integer.
+        // Shifted into the upper bits, so that the sign bit is in its place.
         const auto value = qint32(high << 24 | middle << 16 | low << 8);
         samples[i] = float(value) / 2147483648.0F;
     }

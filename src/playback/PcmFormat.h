@@ -10,7 +10,8 @@
 
 #include <optional>
 
-/// How samples are laid out in a raw stream; more than 8 bits name their byte order.
+/// The encoding of the samples in a raw stream. Encodings of more than 8 bits include the byte
+/// order.
 enum class PcmEncoding { U8, S8, S16LE, S16BE, S24LE, S24BE, S32LE, S32BE, F32LE, F32BE };
 
 /// The format of a raw stream.
@@ -23,14 +24,14 @@ struct PcmFormat
     int bytesPerFrame() const { return bytesPerSample() * sound.channels; }
 };
 
-/// What a stream's media type asks for.
+/// The format that a media type names: raw PCM, or a sound file, whose header has the details.
 struct StreamFormat
 {
-    std::optional<PcmFormat> pcm; ///< raw PCM; without it a sound file, which tells its format
+    std::optional<PcmFormat> pcm; ///< empty for a sound file
 };
 
 /// Reads a media type: audio/L8, L16 or L24 (big-endian) with rate and channels; audio/x-raw with
-/// format, rate and channels; or a sound file's type. One channel is taken where none are named.
+/// format, rate and channels; or a sound file's type. The default is one channel.
 Result<StreamFormat> parseStreamFormat(const QString &mediaType);
 
 /// Turns raw samples into floats from -1 to 1.

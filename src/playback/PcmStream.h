@@ -11,7 +11,7 @@
 
 class ByteInput;
 
-/// A raw stream, which sounds as it arrives.
+/// A raw stream, which is played as it arrives.
 class PcmStream : public FrameSource
 {
 public:
@@ -28,5 +28,5 @@ private:
     const std::unique_ptr<ByteInput> m_input;
     const PcmFormat m_format;
     std::vector<char> m_bytes;
-    std::size_t m_held = 0; // bytes of a frame that is incomplete
+    std::size_t m_held = 0; // bytes of an incomplete frame
 };

@@ -11,16 +11,16 @@
 
 namespace {
 
-// For so long a start holds up its caller.
+// How long a start may block its caller.
 constexpr std::chrono::milliseconds maxOpening{250};
 
-// For so long a pause waits for a device to play what it holds.
+// How long a pause waits for a device to play the frames that it holds.
 constexpr std::chrono::milliseconds maxPlayOut{500};
 
-// How often the device is checked while a stream brings nothing.
+// How often the device is checked while a stream has no data.
 constexpr int idleCheckMs = 250;
 
-// A device that claims to be further behind than this is not believed.
+// A longer latency is taken for an error of the device.
 constexpr long maxLatencySeconds = 2;
 
 constexpr long msPerSecond = 1000;
@@ -120,8 +120,8 @@ void PlaybackWriter::keepPlace()
     }
 }
 
-// Where dropped frames can't be counted, none are dropped: the buffer is heard to its end. It is
-// short, and nobody interrupts this, since the caller waits for it.
+// For devices that can't count dropped frames: plays all frames in the buffer instead of dropping
+// them. The buffer is short, and the caller waits, so nothing interrupts this.
 bool PlaybackWriter::playOut()
 {
     m_wake.clear();
@@ -164,8 +164,8 @@ PlaybackWriter::Step PlaybackWriter::play()
     Step result = openAll();
     while (result == Step::GoOn) {
         result = m_command == Command::Play ? step() : Step::Interrupted;
-        // Only after the first step: waking the caller takes a good part of the time that passes
-        // until the sound is heard.
+        // Only after the first step: waking the caller takes a large part of the time until the
+        // sound is heard.
         declareOpened();
     }
     return result;
@@ -177,7 +177,7 @@ PlaybackWriter::Step PlaybackWriter::openAll()
         return fail(*failure);
     }
     if (m_source->needsLoading()) {
-        // That depends on somebody else, so the caller isn't held up for it.
+        // Loading depends on another program or a server, so the caller doesn't wait for it.
         declareOpened();
         const Result<FrameSource::Loading> loaded = m_source->load(m_wake);
         if (const auto *failure = std::get_if<Failure>(&loaded)) {
@@ -244,7 +244,7 @@ void PlaybackWriter::fill(long room)
             m_sourceFailure = *failure;
             m_sourceEnded = true;
         } else {
-            // A source that has nothing between two of its ends would be rewound for ever.
+            // A source without frames would be rewound forever.
             rewound = m_loop && !rewound && rewind();
             m_sourceEnded = !rewound;
         }
@@ -273,13 +273,12 @@ PlaybackWriter::Step PlaybackWriter::send(long room)
     }
     const long written = std::get<long>(result);
     m_window.sent(written, m_device.capacity());
-    // A device that has room but takes nothing is given time.
+    // If the device has room but takes nothing, it is given time.
     return written > 0 ? Step::GoOn : waitFor(m_device.periodFrames());
 }
 
-// The end is when the last frame has been heard. Devices tell what they have played by whole
-// periods, so silence pushes the last frames through; for what is on its way beyond the device's
-// buffer the clock has to do.
+// Waits until the last frame has been heard. Devices count whole periods, so silence is written
+// after the last frames. For the latency beyond the device's buffer, it waits for that time.
 PlaybackWriter::Step PlaybackWriter::finishTail(long room)
 {
     if (m_padding < 2 * m_device.periodFrames() && room > 0) {
@@ -316,7 +315,7 @@ PlaybackWriter::Step PlaybackWriter::waitForInput()
     return m_command == Command::Play ? Step::GoOn : Step::Interrupted;
 }
 
-// Waits for as long as so many frames sound.
+// Waits for the duration of that number of frames.
 PlaybackWriter::Step PlaybackWriter::waitFor(long frames)
 {
     const long ms = frames * msPerSecond / m_format.rate + 1;

@@ -19,10 +19,10 @@
 
 class HttpFetch;
 
-/// Carries frames from a source to a device, in a thread that exists only while it does so: from
-/// start() until the sound's end or pause().
+/// Writes frames from a source to a device, in a thread that exists only from start() until pause()
+/// or the end of the sound.
 ///
-/// Called in the player's thread; reports from its own.
+/// Called in the player's thread; reports from its own thread.
 class PlaybackWriter : public Playback
 {
 public:
@@ -33,8 +33,8 @@ public:
     PlaybackWriter(const PlaybackWriter &) = delete;
     PlaybackWriter &operator=(const PlaybackWriter &) = delete;
 
-    /// Waits until source and device are open and the device has what the source has at once, but at
-    /// most 250 ms; after that, what goes wrong is reported.
+    /// Waits until the source and the device are open and the first frames are written, but at most
+    /// 250 ms. Later failures are reported.
     std::optional<Failure> start() override;
     void pause() override { interrupt(Command::Pause); }
     void setGain(double gain, int fadeMs) override { m_gain.set(gain, fadeMs); }
@@ -83,14 +83,14 @@ private:
     Opening m_opening = Opening::Awaited; // protected by the mutex
     Failure m_startFailure;               // set before the thread is joined
 
-    // What follows belongs to the writer's thread while there is one.
+    // The following members belong to the writer's thread while there is one.
     AlsaDevice m_device;
     SoundFormat m_format;
     FrameWindow m_window;
     std::vector<float> m_output;
     bool m_sourceEnded = false;
-    std::optional<Failure> m_sourceFailure; // reported when what came before has been heard
-    long m_padding = 0;                     // frames of silence written after the last
+    std::optional<Failure> m_sourceFailure; // reported when all earlier frames have been heard
+    long m_padding = 0;                     // frames of silence written after the end
     Failure m_failure;
     bool m_finished = false; // the end has been reported
 };

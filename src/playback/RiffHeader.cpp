@@ -23,7 +23,7 @@ bool isNamed(const ChunkHeader &chunk, const char *name)
     return std::memcmp(chunk.name, name, sizeof chunk.name) == 0;
 }
 
-// Writers that can't seek back leave one of these for the length.
+// Writers that can't seek back leave one of these values as the length.
 bool isOpen(quint32 length)
 {
     return length == 0 || length >= 0x7fffff00;
@@ -51,6 +51,6 @@ qint64 riffBytesMissing(const ReadAt &readAt, qint64 size)
         }
         offset += length + length % 2;
     }
-    // Not even the samples' chunk is there: the file ends inside its header.
+    // There is no chunk with samples: the file ends inside its header.
     return qMax<qint64>(0, promised - size);
 }

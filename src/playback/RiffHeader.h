@@ -7,10 +7,10 @@
 
 #include <functional>
 
-/// Reads bytes at an offset of a file; false when there aren't as many.
+/// Reads bytes at an offset of a file. Returns false if there aren't that many.
 using ReadAt = std::function<bool(void *target, std::size_t count, qint64 offset)>;
 
-/// How many bytes of its samples a WAV file of this size lacks by its own account: 0 when it is
-/// whole, leaves its length open as streamed files do, or is no WAV file. The decoder would play
-/// what there is as if nothing were missing.
+/// How many bytes a WAV file of this size lacks, according to its header. 0 if it is complete, if
+/// its length is unknown as in streamed files, or if it is not a WAV file. The decoder would play
+/// an incomplete file without an error.
 qint64 riffBytesMissing(const ReadAt &readAt, qint64 size);

@@ -19,7 +19,7 @@ namespace {
 
 constexpr qint64 bytesPerSample = sizeof(float);
 
-// Where the header leaves the length open, it reads as something near the largest number.
+// If the header has no length, the library returns a number near the maximum.
 constexpr sf_count_t unknownFrames = SF_COUNT_MAX / 2;
 
 QString megabytes(qint64 bytes)
@@ -69,7 +69,7 @@ std::optional<Failure> SoundFile::open()
 
 std::optional<Failure> SoundFile::openPath()
 {
-    // Non-blocking: a FIFO named by mistake must not hold the thread until somebody writes.
+    // Non-blocking: opening a FIFO by mistake must not block the thread until it is written to.
     m_descriptor = ::open(QFile::encodeName(m_path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (m_descriptor < 0) {
         return failure(QStringLiteral("can't be opened: ") + qt_error_string(errno));

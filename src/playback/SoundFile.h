@@ -12,11 +12,11 @@
 #include <memory>
 
 /// The frames of a sound file, on disk or in memory, decoded as they are read. Going back to the
-/// first frame is exact in every format that is played.
+/// first frame is exact in every supported format.
 class SoundFile : public FrameSource
 {
 public:
-    // Decodes to at most maxBytes.
+    // The maximum size of the decoded file is maxBytes.
     static std::unique_ptr<SoundFile> fromPath(const QString &path, qint64 maxBytes);
     static std::unique_ptr<SoundFile> fromData(const QByteArray &data, const QString &name,
                                                qint64 maxBytes);
@@ -45,9 +45,9 @@ private:
     static sf_count_t dataRead(void *target, sf_count_t count, void *self);
     static sf_count_t dataTell(void *self);
 
-    QString m_path; // empty: the sound is in memory
+    QString m_path; // empty if the sound is in memory
     QByteArray m_data;
-    QString m_name; // what people call it
+    QString m_name; // for error messages
     const qint64 m_maxBytes;
     sf_count_t m_offset = 0; // in m_data
     int m_descriptor = -1;

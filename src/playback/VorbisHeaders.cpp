@@ -14,7 +14,7 @@ namespace {
 constexpr qint64 pieceBytes = 4096;
 constexpr int headerPackets = 3;
 
-// Reads the pages of an Ogg file, one after the other.
+// Reads the pages of an Ogg file, one after another.
 class OggPages
 {
 public:
@@ -28,7 +28,7 @@ public:
     OggPages(const OggPages &) = delete;
     OggPages &operator=(const OggPages &) = delete;
 
-    // False at the end of the file. Skips damaged pages, as the decoder does.
+    // Returns false at the end of the file. Skips damaged pages, as the decoder does.
     bool next(ogg_page *page)
     {
         int found = ogg_sync_pageout(&m_sync, page);
@@ -63,7 +63,7 @@ private:
     ogg_sync_state m_sync{};
 };
 
-// Reads the headers of one of the file's streams.
+// Reads the headers of one stream of the file.
 class VorbisStream
 {
 public:
@@ -118,8 +118,8 @@ bool beginsVorbis(const ogg_page &page)
     return page.body_len >= length && std::memcmp(page.body, mark, std::size_t(length)) == 0;
 }
 
-// Finds the first page of the first Vorbis stream. The first pages of all streams come before any
-// second one.
+// Finds the first page of the first Vorbis stream. The first pages of all streams come before all
+// other pages.
 bool findVorbis(OggPages &pages, ogg_page *page)
 {
     while (pages.next(page) && ogg_page_bos(page) != 0) {

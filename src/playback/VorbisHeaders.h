@@ -5,6 +5,6 @@
 
 #include "playback/RiffHeader.h"
 
-/// Whether the headers of an Ogg Vorbis file are complete and valid; true for any other file. When
-/// the decoder fails on them it leaks memory, 6 kB each time.
+/// Returns whether the headers of an Ogg Vorbis file are complete and valid; true for any other
+/// file. The decoder leaks 6 kB each time it fails on them.
 bool hasVorbisHeaders(const ReadAt &readAt, qint64 size);

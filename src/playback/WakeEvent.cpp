@@ -22,7 +22,7 @@ WakeEvent::~WakeEvent()
 void WakeEvent::set()
 {
     const std::uint64_t one = 1;
-    // Can only fail when the counter is full, and then the event is set already.
+    // Can only fail if the counter is full; then the event is set already.
     [[maybe_unused]] const auto written = write(m_descriptor, &one, sizeof one);
 }
 

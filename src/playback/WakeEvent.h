@@ -3,7 +3,7 @@
 
 #pragma once
 
-/// Ends a wait of the playback thread. Set from any thread, waited for in one.
+/// Wakes the playback thread. Set from any thread; only one thread waits.
 class WakeEvent
 {
 public:
@@ -12,16 +12,16 @@ public:
     WakeEvent(const WakeEvent &) = delete;
     WakeEvent &operator=(const WakeEvent &) = delete;
 
-    /// False when there were no more file descriptors.
+    /// Returns false if there were no more file descriptors.
     bool isValid() const { return m_descriptor >= 0; }
 
     void set();
     void clear();
 
-    /// Waits until set, or for the timeout (negative: without a limit). True when set.
+    /// Waits until it is set, or for the timeout (none if negative). Returns whether it is set.
     bool wait(int timeoutMs) const;
 
-    /// Like wait(), but ends as well when the descriptor has something to read or its writer is
+    /// Like wait(), but also returns when the descriptor has something to read or its writer is
     /// gone.
     void waitForInput(int descriptor, int timeoutMs) const;
 

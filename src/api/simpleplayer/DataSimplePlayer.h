@@ -9,14 +9,14 @@
 
 /// Plays a sound file held in memory.
 ///
-/// Thread and owner are as for SimplePlayer.
+/// Thread and owner: as SimplePlayer.
 class TAVO_SIMPLEPLAYER_EXPORT DataSimplePlayer : public SimplePlayer
 {
     Q_OBJECT
 
 public:
-    /// Data in one of UriSimplePlayer's formats; it is shared, not copied. The device is an ALSA
-    /// device's name.
+    /// The data has one of UriSimplePlayer's formats, and is shared, not copied. The device is the
+    /// name of an ALSA device.
     DataSimplePlayer(const QByteArray &data, const QString &id, const QString &device,
                      QObject *parent);
 };

@@ -5,9 +5,9 @@
 
 #include "simpleplayer/SimplePlayer.h"
 
-/// Silence of no length: ends at once, and with loop holds its place until stopped.
+/// Plays nothing: ends at once, or with loop lasts until it is stopped.
 ///
-/// Thread and owner are as for SimplePlayer.
+/// Thread and owner: as SimplePlayer.
 class TAVO_SIMPLEPLAYER_EXPORT FakePlayer : public SimplePlayer
 {
     Q_OBJECT

@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Silence of no length, or without an end in a loop.
+/// What a FakePlayer plays: an empty sound, which never ends in a loop.
 class Silence : public Playback
 {
 public:
@@ -77,7 +77,7 @@ bool SimplePlayer::play()
 
 bool SimplePlayer::prepare()
 {
-    // From the event loop, where a pause, a stop or a failed play() can still overtake it.
+    // Reports from the event loop, so that a pause, a stop or a failed play() may come first.
     const auto reportLater = [this](const std::optional<Failure> &failure) {
         QMetaObject::invokeMethod(
             this,
@@ -149,7 +149,7 @@ void SimplePlayer::setGain(double gain, int fadeMs)
     }
 }
 
-// In a pause the end is reported again once the sound goes on.
+// An end during a pause is ignored: the playback reports it again when the sound is resumed.
 void SimplePlayer::reportEnd()
 {
     if (m_state == State::Playing) {

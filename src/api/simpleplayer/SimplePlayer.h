@@ -14,71 +14,71 @@
 class Playback;
 struct PlayedSound;
 
-/// Plays one sound once: a player is made for a sound, started, and thrown away when it has ended.
-/// The kinds of players differ only in where the sound comes from.
+/// Plays one sound: make a player for it, start it, and delete it when it has ended. The derived
+/// classes differ only in the source of the sound.
 ///
-/// Thread: everything is called in the thread that the player lives in, which must run a Qt event
-/// loop; the signals come from that loop. Owned by its parent. Ids are the caller's own and are only
-/// handed back.
+/// Every function is called in the thread that the player lives in, which must run a Qt event loop;
+/// the signals come from that loop. Owned by its parent. The caller chooses the id, which is only
+/// used in signals and in the log.
 ///
 /// Guarantees, for every kind of player:
-/// - exactly one of the three signals is emitted in a player's life, but for one whose play()
-///   returned false: it is over, and reports no end afterwards;
-/// - it is emitted from the event loop, never from inside play(), pause() or stop();
-/// - a player that is destroyed is silent at once and reports nothing any more.
+/// - it emits exactly one of its signals, once, but none after play() has returned false;
+/// - it emits the signal from the event loop, never inside play(), pause() or stop();
+/// - when it is destroyed, it is silent at once and emits nothing any more.
 class TAVO_SIMPLEPLAYER_EXPORT SimplePlayer : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Repeats the sound, without a gap, until stopped. Read by the first play().
+    /// Repeats the sound without a gap until it is stopped. Read by the first play().
     bool loop = false;
 
-    /// What the sound is for, as a Usage. Read by the first play().
+    /// What the sound is for: a Usage. Read by the first play().
     int usage = UsageMedia;
 
-    /// What the player accepts from its sound or a server. Read by the first play().
+    /// The limits for the sound and its server. Read by the first play().
     SimplePlayerLimits limits = SimplePlayerLimits::defaults();
 
-    /// How a sound is buffered: media for few wake-ups, a notification to be heard at once.
+    /// How the sound is buffered: media so that the processor wakes up rarely, a notification so
+    /// that it is heard at once.
     enum Usage { UsageMedia = 0, UsageNotification = 1 };
 
     ~SimplePlayer() override;
 
-    /// Starts the sound, or lets a paused one go on at the frame that was next to be heard. Waits
-    /// for the sound and the device to open, but at most 250 ms, and not for a server or a FIFO's
-    /// writer; what fails after that is reported by playbackErrorReported().
-    /// Returns false when it can't start, and says why in the log. The player is over then, as after
-    /// its end: it reports no end afterwards, whatever is called, and can't be started any more.
+    /// Starts the sound, or resumes a paused one at the first frame that has not been heard. Waits
+    /// until the sound and the device are open, but at most 250 ms, and never for a server or the
+    /// writer of a FIFO. Later failures are reported by playbackErrorReported(). If the sound can't
+    /// start, logs the reason and returns false. The player then emits no signal any more, and
+    /// can't be started again.
     virtual bool play();
 
-    /// Falls silent, keeps the place and leaves the device to others. Does nothing unless the sound
-    /// is playing. Hardware is silent at once. A sound server tells too late what it has played, so
-    /// it plays out what it holds (up to a tenth of a second), and the call waits for that.
+    /// Pauses the sound and closes the device. Does nothing unless the sound is playing. Hardware
+    /// is silent at once. A sound server reports too late what it has played; so the call waits
+    /// until it has played all frames that it holds, up to a tenth of a second.
     virtual void pause();
 
-    /// Ends the sound; playbackStopped() follows, also for a player that is paused or was never
-    /// started. Does nothing once the player is over or its end has been decided.
+    /// Ends the sound; playbackStopped() follows, even if the player is paused or was never
+    /// started. Does nothing if the sound has ended or has been stopped.
     virtual void stop();
 
-    /// Scales the sound: 1.0 as it is, 0.0 silence; values outside are clamped. The change is
-    /// spread evenly over fadeMs milliseconds of sound (0: at once), and begins with the next frame
-    /// that goes to the device: heard within a tenth of a second. May be called at any time; before
-    /// the first play() it is where the sound starts.
+    /// Scales the sound by a gain from 0.0 (silence) to 1.0 (unchanged); other values are clamped.
+    /// The change is linear over fadeMs milliseconds of sound (0: at once). It begins with the next
+    /// frame that is written to the device, which is heard within a tenth of a second. May be
+    /// called at any time; before the first play(), it sets the initial gain.
     void setGain(double gain, int fadeMs);
 
 Q_SIGNALS:
-    /// The sound has been heard to its end.
+    /// The sound has been played to its end.
     void playbackEnded(const QString &id);
 
     /// The sound ended because stop() was called.
     void playbackStopped(const QString &id);
 
-    /// The sound broke off; the error is a sentence for people.
+    /// The sound failed; the error is a sentence for people.
     void playbackErrorReported(const QString &id, const QString &error);
 
 protected:
-    /// Without a sound it plays silence of no length.
+    /// If the sound is null, the player is a FakePlayer.
     SimplePlayer(const QString &id, std::unique_ptr<const PlayedSound> sound, QObject *parent);
 
 private:

@@ -7,25 +7,24 @@
 
 #include <QtGlobal>
 
-/// What a player accepts from a sound or a server, so that neither can exhaust the device.
+/// The limits of a player, so that no sound and no server can exhaust the device.
 struct TAVO_SIMPLEPLAYER_EXPORT SimplePlayerLimits
 {
-    /// The size that a sound file may decode to, as 32 bit samples: 1 GiB is 46 minutes of stereo at
-    /// 48 kHz. Players decode as they play and never hold this much.
+    /// The maximum size of a decoded sound file, in 32-bit samples: 1 GiB is 46 minutes of stereo
+    /// at 48 kHz. Players decode while they play, and never hold that much.
     qint64 maxSoundBytes = qint64(1) << 30;
 
-    /// How long a sound file may take to arrive over http, and how long a raw stream may bring
-    /// nothing.
+    /// How long fetching a sound file over http may take, and how long a raw stream may pause.
     int httpTimeoutMs = 20000;
 
-    /// The size of a sound file that must be collected before it can be decoded (over http, or from
-    /// a FIFO). Raw streams have no end and no limit.
+    /// The maximum size of a sound file that has to be collected before it is decoded (over http,
+    /// or from a FIFO). Raw streams have no limit.
     qint64 httpMaxBytes = qint64(64) << 20;
 
-    /// What a player starts out with. Called from any thread.
+    /// The limits that a player is made with. Called from any thread.
     static SimplePlayerLimits defaults();
 
-    /// For the program, which calls it before there is a player or a second thread. A module gives
-    /// its own players other limits.
+    /// Called by the program only, before it has a player or a second thread. A module sets the
+    /// limits of its own players instead.
     static void setDefaults(const SimplePlayerLimits &limits);
 };

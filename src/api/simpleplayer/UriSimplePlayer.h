@@ -5,16 +5,16 @@
 
 #include "simpleplayer/SimplePlayer.h"
 
-/// Plays the sound file that a URI or a path names. The schemes are file:, http:, and https: where Qt
-/// has TLS. What begins with one of these, or with any scheme and "//", is a URI and must be well
-/// formed; everything else is a path.
+/// Plays the sound file at a URI or a path. The schemes are file:, http:, and https: if Qt has TLS.
+/// A name that begins with one of these, or with any scheme and "//", is a URI and must be well
+/// formed; every other name is a path.
 ///
-/// Thread and owner are as for SimplePlayer.
+/// Thread and owner: as SimplePlayer.
 class TAVO_SIMPLEPLAYER_EXPORT UriSimplePlayer : public SimplePlayer
 {
     Q_OBJECT
 
 public:
-    /// Formats: WAV, FLAC, Ogg Vorbis, Opus, MP3. The device is an ALSA device's name.
+    /// Formats: WAV, FLAC, Ogg Vorbis, Opus, MP3. The device is the name of an ALSA device.
     UriSimplePlayer(const QString &uri, const QString &id, const QString &device, QObject *parent);
 };

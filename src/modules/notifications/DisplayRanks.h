@@ -17,7 +17,7 @@
 class DisplayRanks
 {
 public:
-    /// What the queue is ordered by: first the more urgent, then the older.
+    /// The order of the queue: the more urgent first; among equally urgent ones, the older first.
     struct Rank
     {
         int priority;
@@ -32,7 +32,7 @@ public:
 
     int size() const { return m_size; }
 
-    /// The number of ranks before this one, which need not be among them.
+    /// The number of ranks before this one, which need not be in the queue.
     int position(const Rank &rank) const;
 
     /// The position must be at least 0 and less than size(), here and in takeAt().
@@ -42,7 +42,7 @@ public:
     Rank takeAt(int position);
 
 private:
-    friend struct DisplayRanksAccess; // of the tests
+    friend struct DisplayRanksAccess; // for tests
 
     using Run = std::vector<Rank>;
 
@@ -59,6 +59,6 @@ private:
     void split(std::size_t run);
     void joinWithNext(std::size_t run);
 
-    std::vector<Run> m_runs; ///< never with an empty run
+    std::vector<Run> m_runs; ///< no run is empty
     int m_size = 0;
 };

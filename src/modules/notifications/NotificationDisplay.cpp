@@ -9,8 +9,8 @@
 static log4cplus::Logger logger = log4cplus::Logger::getInstance("Notifications");
 
 namespace {
-/// The queue's copy of a message: without the texts, which the node has, and with the node's own path
-/// instead of its text. This saves 320 bytes for each open message.
+/// The queue's copy of a message: without the texts, which the node has, and with the node's path
+/// object instead of a text. This saves 320 bytes for each open message.
 TavoNotificationDisplayItem queuedMessage(const TavoNotificationDisplayItem &item,
                                           const CMPath &node)
 {
@@ -159,9 +159,9 @@ bool NotificationDisplay::removeNotificationItem(int index)
     const CMPath path = item.path();
     CMRoot()->disconnectRowsChange(path, this, &NotificationDisplay::on_subscribe_rowsChanged);
     m_queueNode->rowsRemoveAt(index);
-    // m_messageNodes is keyed by the generated identifier, not by the notification's id. So a node is
-    // disposed of with a later notification that has its identifier as id, and stays otherwise, for
-    // clients that still read it.
+    // The key of m_messageNodes is the generated identifier, not the notification's id. So a node
+    // stays, for clients that still read it, until a notification is closed whose id is that
+    // identifier.
     const QString id = item.id();
     if (!id.isEmpty() && m_messageNodes.contains(id)) {
         m_messageNodes.take(id)->dispose();
@@ -180,7 +180,7 @@ void NotificationDisplay::forgetRank(const CMPath &path, const DisplayRanks::Ran
     if (entry != m_ranksOfPaths.end()) {
         m_ranksOfPaths.erase(entry);
     }
-    // Gives the memory of a burst back after it.
+    // Frees the memory after a burst.
     constexpr int minCapacityToSqueeze = 1024;
     if (m_ranksOfPaths.capacity() > minCapacityToSqueeze &&
         m_ranksOfPaths.size() < m_ranksOfPaths.capacity() / 4) {
@@ -199,7 +199,7 @@ bool NotificationDisplay::cancel(const CMPath &path)
     // From the back, so that removals do not change the positions still to come.
     const QVector<int> positions = positionsOf(path);
     const QVariant row = path.toQVariant();
-    // All at once: removing them one by one would search the others each time.
+    // All at once: removing them one by one would search the rest each time.
     m_ranksOfPaths.remove(path);
     for (auto position = positions.begin(); position != positions.end(); ++position) {
         if (m_queueNode->getRow(*position) != row) {

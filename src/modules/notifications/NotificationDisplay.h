@@ -14,7 +14,7 @@
 #include <QTimer>
 #include <QVector>
 
-/// Queues display notifications. The head is on display until its time is over or it is closed.
+/// Queues display notifications. The head is on display until its timeout passes or it is closed.
 ///
 /// The queue node has one row for each notification: its path. A message gets a node of its own; a
 /// notification without a message refers to a node that the client published. A client closes a
@@ -34,8 +34,8 @@ class NotificationDisplay : public QObject
 public:
     NotificationDisplay(CMNodes *nodes, QObject *parent);
 
-    /// Queues a copy of the notification and sets the item's path to the one by which it is known.
-    /// Returns false, and changes nothing, if it has neither message nor path.
+    /// Queues a copy of the notification, and sets the item's path to the notification's. Returns
+    /// false, and changes nothing, if the item has neither a message nor a path.
     bool enqueue(TavoNotificationDisplayItem *item);
 
     /// Closes all queued notifications with that path. Returns whether there was one.
@@ -46,32 +46,33 @@ private Q_SLOTS:
     void on_closeTimer_timeout();
 
 private:
-    friend struct NotificationDisplayAccess; // of the tests
+    friend struct NotificationDisplayAccess; // for tests
 
     /// The position for a new notification of that priority.
     int queuePosition(TavoNotificationItemPriority::Enum priority) const;
 
-    /// Stops the head's time for a more urgent notification. Removes a head whose time is over.
+    /// Pauses the head's timeout for a more urgent notification. Removes the head if its timeout
+    /// has passed.
     void preemptHead();
 
-    /// Starts the head's time, if it has a limit.
+    /// Starts the head's timeout, if it has one.
     void startTimer();
 
-    /// Publishes a node for the message and moves the texts from the item, which is the queue's copy,
-    /// to that node. Sets the item's path to the node's.
+    /// Publishes a node for the message. Moves the texts to that node from the item, which is the
+    /// queue's copy, and sets the item's path to the node's.
     void setPathToNotification(TavoNotificationDisplayItem *item);
 
-    /// Removes one notification with its subscription and row. Leaves the timer alone.
+    /// Removes one notification with its subscription and row. Does not change the timer.
     bool removeNotificationItem(int index);
 
     CMListRowsNode *m_queueNode = nullptr; ///< owned by the worker's node set
-    /// The first is on display. The timeout of one that was pre-empted is the time it has left. Messages
-    /// are kept without their texts.
+    /// The first one is on display. The timeout of a pre-empted one is its remaining time. Messages
+    /// are stored without their texts.
     QList<TavoNotificationDisplayItem> m_queue;
     /// The nodes of messages by the last segments of their paths.
     QMap<QString, CMListRowsNode *> m_messageNodes;
-    QTimer m_closeTimer;        ///< ends the head's time
-    QElapsedTimer m_shownTimer; ///< since the head's time was started
+    QTimer m_closeTimer;        ///< closes the head at its timeout
+    QElapsedTimer m_shownTimer; ///< since m_closeTimer was started
     CMNodes *m_nodes;           ///< owned by the worker
 
     /// The positions of the notifications with that path, the last one first.
@@ -80,8 +81,8 @@ private:
     /// Removes the rank of a removed notification from the index, if it is still there.
     void forgetRank(const CMPath &path, const DisplayRanks::Rank &rank);
 
-    /// The rank of each item in the queue, in the same order, and by path. With its rank an item is
-    /// found by a search; walking the queue would read every item.
+    /// The rank of each item in the queue, in the same order, and by path. An item is found by a
+    /// binary search for its rank, instead of reading every item of the queue.
     DisplayRanks m_ranks;
     QMultiHash<CMPath, DisplayRanks::Rank> m_ranksOfPaths;
     quint64 m_arrivals = 0;

@@ -17,7 +17,7 @@ static log4cplus::Logger logger = log4cplus::Logger::getInstance("Notifications"
 
 namespace {
 /// How long the main audio stays ducked after the last item, in milliseconds: long enough for the
-/// next sound of a burst to come, too short to be noticed.
+/// next sound of a burst, too short to be noticed.
 constexpr int inactivityTimeout = 100;
 
 bool failed(const CMVoidReply &reply)
@@ -83,7 +83,7 @@ NotificationPlayer::NotificationPlayer(CMNodes *nodes, QObject *parent)
     revokeNode->setInvoke(this, &NotificationPlayer::on_revokeResources_activated,
                           Qt::QueuedConnection);
 
-    // One node takes both messages: their type tells them apart.
+    // One node takes both messages; they differ in their type.
     send(TavoPowerManagerModuleRegisterPath(), TavoPowerManagerModuleRegister()
                                                    .setModuleName(TavoNotificationsName())
                                                    .setRevokeResourcesPath(revokeNode->path())
@@ -139,7 +139,8 @@ void NotificationPlayer::preemptHead(const NotificationPlayerItem &item)
 {
     SimplePlayer *preempted = m_queue.constFirst().player;
     m_activePlaybackId.clear();
-    // Inserted before the old head is paused: whatever its player does, the new head is in place.
+    // Inserted before the old head is paused, so that the new head is in place whatever the old
+    // player does.
     m_queue.prepend(item);
     if (preempted != nullptr) {
         preempted->pause();
@@ -184,8 +185,8 @@ int NotificationPlayer::getPositionFromId(QList<NotificationPlayerItem> const &l
 void NotificationPlayer::dumpQueue(const QString &reason)
 {
     TAVO_SCOPE(logger, TRACE, "dump after " << reason);
-    // A line per item is written only if this very logger is set to TRACE, not if it inherits the
-    // level.
+    // A line for each item is written only if the logger itself is set to TRACE, not if it inherits
+    // the level.
     if (logger.getLogLevel() != log4cplus::TRACE_LOG_LEVEL) {
         return;
     }
@@ -249,7 +250,7 @@ void NotificationPlayer::on_audioDucking_finished(const CMVoidReply &voidReply)
     if (failed(voidReply)) {
         LOG4CPLUS_WARN(logger, "Failed to duck audio, error: " << messageOf(voidReply));
     }
-    // If ducking failed, the item is played all the same: loud music is no reason to hold it back.
+    // If ducking failed, the item is played nevertheless, with the loud music.
     m_audioDucked = true;
     m_activeRequest = false;
     continuePlayAudioMuted();
@@ -309,8 +310,8 @@ void NotificationPlayer::on_inactivityTimer_timeout()
     Q_ASSERT(m_activePlaybackId.isEmpty());
     Q_ASSERT(m_audioDucked == true);
     if (m_activeRequest) {
-        // The item for which an acquire request was sent has been cancelled. What is to be released
-        // is known only when that request has been answered.
+        // The item has been cancelled during its acquire request. Only the reply to that request
+        // shows whether there is a resource to release.
         m_inactivityTimer.start();
         return;
     }
@@ -345,7 +346,7 @@ void NotificationPlayer::on_revokeResources_activated(const CMSetDataRequest &re
 {
     const TavoPowerManagerRevokeMessage message(TavoHash(request.value().toHash()));
     TAVO_SCOPE(logger, TRACE, message);
-    // Compared as variants, so that the number matches whatever type it has arrived with.
+    // Compared as variants, so that a number matches whatever its type is.
     const int audio = TavoPowerManagerResources::Audio;
     if (message.revokeResources().elements().contains(audio)) {
         if (m_resourceRequestPending) {
@@ -381,7 +382,7 @@ void NotificationPlayer::playItemFromQueue()
 
 void NotificationPlayer::playItem(NotificationPlayerItem &item)
 {
-    // Copies: an end that is reported from inside play() removes the item from the queue.
+    // Copies, because an end that is reported inside play() removes the item from the queue.
     const QString id = item.id;
     const CMPath responsePath = item.playbackResponsePath;
     TAVO_SCOPE(logger, TRACE, "Playing item: " << id);

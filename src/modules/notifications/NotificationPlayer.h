@@ -15,15 +15,15 @@ class SimplePlayer;
 /// One sound notification, from its acceptance to its end. Copies share the player.
 struct NotificationPlayerItem
 {
-    QString content;             ///< what to play, as the type says
+    QString content;             ///< what to play; its form depends on the type
     QString contentStreamFormat; ///< the media type of a stream
     TavoNotificationPlayerItemType::Enum type = TavoNotificationPlayerItemType::Uri;
     TavoNotificationItemPriority::Enum priority = TavoNotificationItemPriority::Low;
-    QString id;                  ///< the client's name for it; unique among those not yet ended
-    CMPath playbackResponsePath; ///< where its start and its end are reported; may be empty
+    QString id;                  ///< chosen by the client; unique until the item has ended
+    CMPath playbackResponsePath; ///< where the start and the end are reported; may be empty
     bool loop = false;
-    SimplePlayer *player = nullptr; ///< a child of the NotificationPlayer, once there is one
-    quint64 arrival = 0;            ///< the later the item came, the larger
+    SimplePlayer *player = nullptr; ///< a child of the NotificationPlayer; null until it is made
+    quint64 arrival = 0;            ///< the number of earlier items
 };
 
 /// Plays sound notifications one at a time, the most urgent first. While it plays, the main audio is
@@ -60,7 +60,7 @@ private Q_SLOTS:
 
 private:
     friend class SoundInsideTest;
-    friend struct SoundMembers; // of the explorer
+    friend struct SoundMembers; // for the explorer
 
     // The audio sequence: duck, acquire, play; release and unduck once the queue is empty.
     void continuePlayAudio();
@@ -89,7 +89,7 @@ private:
     bool m_audioResource = false;
     /// An acquire request is outstanding. Revokes that come now concern an earlier grant.
     bool m_resourceRequestPending = false;
-    /// The id of the item that is playing; empty when none is.
+    /// The id of the item that is playing; empty if there is none.
     QString m_activePlaybackId;
     /// A duck, unduck or acquire request is outstanding; no other step may start.
     bool m_activeRequest = false;
@@ -102,11 +102,11 @@ private:
     CMValueNode *m_isPlayingNode = nullptr; ///< owned by the worker's node set
     QString m_outputDevice;
 
-    /// A nested call of continuePlayAudio() only makes the outer one go round again.
+    /// A nested call of continuePlayAudio() only makes the outer call repeat its loop.
     bool m_continuing = false;
     bool m_continueAgain = false;
 
-    /// What the queue is ordered by: the more urgent first, then the earlier.
+    /// The order of the queue: the more urgent first; among equally urgent ones, the earlier first.
     struct Rank
     {
         int priority;
@@ -114,8 +114,8 @@ private:
     };
     static bool ranksAhead(const NotificationPlayerItem &item, const Rank &rank);
 
-    /// The ranks of the queued items by their ids. With its rank an item is found by a binary search;
-    /// walking a queue of 100,000 would take longer than the rest of a cancel.
+    /// The ranks of the queued items by id. An item is found by a binary search for its rank:
+    /// reading a queue of 100,000 would take longer than the rest of a cancel.
     QHash<QString, Rank> m_ranks;
     quint64 m_arrivals = 0;
 };

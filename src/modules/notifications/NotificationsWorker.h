@@ -11,8 +11,8 @@ class NotificationPlayer;
 /// The notifications module's worker: publishes the four request nodes and passes each request to the
 /// controller that does the work.
 ///
-/// Lives in the thread that constructed it. Requests arrive there as queued calls, one at a time, and
-/// each is answered before its slot returns. Owned by the host; owns both controllers.
+/// Lives in the thread that made it. Requests arrive there as queued calls, one at a time, and each
+/// is answered before its slot returns. Owned by the host; owns both controllers.
 class NotificationsWorker : public CMNodesWorker
 {
     Q_OBJECT

@@ -13,15 +13,16 @@
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Player");
 
-/// The delay before music is tried for the first time again: a sound server that is restarted is
-/// there by then. Each further delay is twice as long, up to the maximum.
+/// The delay before the first retry: long enough for the restart of a sound server. Each further
+/// delay is twice as long, up to the maximum.
 constexpr int firstRetryMs = 250;
 constexpr int maxRetryMs = 30'000;
 
-/// Music that has played for so long has recovered: a later failure starts with the first delay.
+/// Music that has played for this time has recovered: after the next failure, the retries start
+/// anew.
 constexpr int recoveredMs = 10'000;
 
-/// The factor of the amplitude, not of the power.
+/// The factor for the amplitude, not for the power.
 double factorOf(double decibels)
 {
     return std::pow(10.0, decibels / 20.0);
@@ -48,7 +49,7 @@ bool MainAudio::play(const QString &source)
         m_source = source;
     }
     forgetRetries();
-    delete std::exchange(m_player, nullptr); // frees the device for the next
+    delete std::exchange(m_player, nullptr); // frees the device for the next player
     const bool started = m_source.isEmpty() ? fail(QStringLiteral("There is no music")) : start();
     Q_EMIT changed();
     return started;

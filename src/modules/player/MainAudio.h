@@ -13,14 +13,14 @@
 
 class UriSimplePlayer;
 
-/// The main audio: one source of music in a loop, at the user's volume times the factor of the
-/// ducking.
+/// The main audio: plays one source of music in a loop, at the user's volume, and quieter while it
+/// is ducked.
 ///
-/// Runs in its worker's thread; owned by the worker. Ducking and volume are kept while nothing
-/// plays, and hold for whatever plays next.
+/// Runs in its worker's thread; owned by the worker. The ducking and the volume are kept while
+/// nothing plays.
 ///
-/// Music that breaks off is tried again, as often as the configuration says and with ever longer
-/// delays, until it plays or a client asks for something else.
+/// Music that fails is tried again, as often as the configuration allows and with increasing
+/// delays, until it plays or a client requests something else.
 class MainAudio : public QObject
 {
     Q_OBJECT
@@ -28,8 +28,8 @@ class MainAudio : public QObject
 public:
     MainAudio(const PlayerConfiguration &configuration, QObject *parent);
 
-    /// Plays the source from its beginning. An empty one means the last source, which goes on if it
-    /// is playing. Returns false when it can't be played; state().error() says why.
+    /// Plays the source from its beginning. If the source is empty, plays the last source, or lets
+    /// it go on if it is playing. Returns false if it can't be played; state().error() says why.
     bool play(const QString &source);
 
     void stop();
@@ -37,7 +37,7 @@ public:
     /// From 0.0 to 1.0.
     void setVolume(double volume);
 
-    /// The main audio is ducked while it has a requester; each counts once.
+    /// The main audio is ducked while it has a requester. Each requester counts once.
     void duck(const QString &requester);
     void unduck(const QString &requester);
 
@@ -65,9 +65,9 @@ private:
     QString m_source;
     QString m_error;
     double m_volume = 1.0;
-    QStringList m_requesters;            ///< each once
+    QStringList m_requesters;            ///< no duplicates
     UriSimplePlayer *m_player = nullptr; ///< a child; null while nothing plays
-    QTimer m_retryTimer;                 ///< until music that broke off is tried again
-    int m_retries = 0;                   ///< since it last played for long enough
-    QElapsedTimer m_played;              ///< since its start
+    QTimer m_retryTimer;                 ///< starts music again that has failed
+    int m_retries = 0;                   ///< since the music last recovered
+    QElapsedTimer m_played;              ///< since the music was started
 };

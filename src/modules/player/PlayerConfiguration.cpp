@@ -6,16 +6,16 @@
 #include <core/tavo.h>
 
 namespace {
-/// Loud enough to tell that the music goes on, low enough to stay below any notification.
+/// Loud enough to hear that the music goes on, and quieter than any notification.
 constexpr double defaultAttenuationDb = -20.0;
-/// Below it 16-bit sound is silent anyway.
+/// Below this, 16-bit sound is silent.
 constexpr double minAttenuationDb = -96.0;
 
-/// No click, and done before a notification has begun.
+/// Without a click, and finished before the notification begins.
 constexpr int defaultFadeMs = 40;
 constexpr int maxFadeMs = 5000;
 
-/// With the pauses between them a minute and a half.
+/// With the delays between them, a minute and a half.
 constexpr int defaultRetries = 9;
 constexpr int maxRetries = 1000;
 } // namespace

@@ -6,16 +6,16 @@
 #include <QString>
 #include <QVariantHash>
 
-/// The configuration of the player, by the keys of the same names.
+/// The configuration of the player. The members have the names of the keys.
 struct PlayerConfiguration
 {
     QString notificationsDevice; ///< ALSA device for notifications
     QString mainDevice;          ///< ALSA device for the main audio
-    QString music;               ///< path or URI of what to play from the start; empty: nothing
-    int musicRetries;            ///< how often music that broke off is tried again
+    QString music;               ///< path or URI of the music to play at the start; may be empty
+    int musicRetries;            ///< how often music that failed is tried again
     double duckingAttenuation;   ///< dB, 0 or less
     int duckingFade;             ///< ms
 
-    /// Throws a std::runtime_error that names the key when the configuration can't be used.
+    /// Throws a std::runtime_error that names the key if the configuration is invalid.
     static PlayerConfiguration fromHash(const QVariantHash &config);
 };

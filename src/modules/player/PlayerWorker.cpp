@@ -57,7 +57,7 @@ PlayerWorker::PlayerWorker(const QVariantHash &config)
     CMActivateNode::create(nodes(), TavoPlayerMainAudioVolumePath())
         ->setInvoke(this, &PlayerWorker::on_volume_activated, Qt::QueuedConnection);
     if (!m_configuration.music.isEmpty()) {
-        // Opening a device takes time, and the start of the other modules shouldn't wait for it.
+        // Later, because opening a device takes time, and the other modules shouldn't wait for it.
         QTimer::singleShot(0, m_mainAudio, [this] { m_mainAudio->play({}); });
     }
 }
@@ -75,7 +75,7 @@ void PlayerWorker::on_ducking_activated(const CMSetDataRequest &request)
         refuse(request, TAVO_TR("The request names no requester"));
         return;
     }
-    // Without the field it would read as false, a request to restore.
+    // A missing field would read as false: a request to unduck.
     if (ducking.fields().value(QStringLiteral("duckAudio")).userType() != QMetaType::Bool) {
         refuse(request, TAVO_TR("duckAudio must be true or false"));
         return;
@@ -112,7 +112,7 @@ void PlayerWorker::on_volume_activated(const CMSetDataRequest &request)
 {
     const QVariant volume = bareOrField(request.value(), QStringLiteral("double"));
     const double number = tavoReadDouble(volume);
-    // This way round it refuses NaN as well.
+    // This form of the comparison also refuses NaN.
     if (!tavoIsNumber(volume) || !(number >= 0.0 && number <= 1.0)) {
         refuse(request, TAVO_TR("The volume must be a number from 0.0 to 1.0"));
         return;

@@ -8,16 +8,16 @@
 
 class MainAudio;
 
-/// The player service: the main audio and its ducking, and the choice of audio devices.
+/// The player service: the main audio with its ducking, and the names of the audio devices.
 ///
-/// Runs in the thread that made it; owned by the host. Every request gets a reply, and the state
-/// node is up to date before it.
+/// Lives in the thread that made it; owned by the host. Every request gets a reply, after the state
+/// node has been updated.
 class PlayerWorker : public CMNodesWorker
 {
     Q_OBJECT
 
 public:
-    /// Throws a std::runtime_error that names the key when the configuration can't be used.
+    /// Throws a std::runtime_error that names the key if the configuration is invalid.
     explicit PlayerWorker(const QVariantHash &config);
 
 private Q_SLOTS:
@@ -32,5 +32,5 @@ private:
 
     const PlayerConfiguration m_configuration;
     MainAudio *m_mainAudio;             ///< a child
-    CMValueNode *m_stateNode = nullptr; ///< the node set's
+    CMValueNode *m_stateNode = nullptr; ///< owned by nodes()
 };

@@ -109,7 +109,8 @@ void PowerManagerWorker::acquire(const TavoPowerManagerResourceRequest &request,
 void PowerManagerWorker::release(const TavoPowerManagerResourceRequest &request,
                                  const CMReply<QVariant> &reply)
 {
-    // Releasing what is not held is not an error: it may have been revoked in the meantime.
+    // Releasing a resource that the module doesn't hold is not an error: it may have been revoked
+    // in the meantime.
     const bool held =
         namesResource(request) && m_grants.release(request.resource(), request.moduleName());
     if (held) {
@@ -141,7 +142,7 @@ PowerManagerWorker::refusal(const TavoPowerManagerResourceRequest &request) cons
 
 void PowerManagerWorker::registerModule(const TavoPowerManagerModuleRegister &module)
 {
-    // A module that registers again has been restarted, and holds nothing.
+    // A module that registers again has been restarted, and holds no resources.
     forgetModule(module.moduleName());
     m_modules.insert(module.moduleName(), module);
     CMRoot()->connectNodeChange(module.revokeResourcesPath(), this,
@@ -168,7 +169,7 @@ void PowerManagerWorker::on_moduleNode_changed(const CMPath &path, bool publishe
     if (published) {
         return;
     }
-    // A module that is gone can't release what it held.
+    // A module that is gone can't release its resources.
     const QStringList names = m_modules.keys();
     for (const QString &name : names) {
         if (m_modules.value(name).revokeResourcesPath() == path) {
@@ -222,7 +223,7 @@ void PowerManagerWorker::on_revocation_finished()
 
 void PowerManagerWorker::on_resume_activated(const CMSetDataRequest &request)
 {
-    // Without a post-revoke message: not all holders may have stopped.
+    // Without a post-revoke message, because some holders may still be running.
     delete std::exchange(m_revocation, nullptr);
     for (const CMReply<QVariant> &reply : std::exchange(m_standbyReplies, {})) {
         reply.setError(error(TAVO_TR("Standby was ended by a resume before it was complete")));

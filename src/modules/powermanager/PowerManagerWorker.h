@@ -13,16 +13,16 @@
 
 class Revocation;
 
-/// Registers modules, grants them resources, and revokes all resources for standby. Every request is
-/// answered, after the state node has been brought up to date.
+/// Registers modules, grants them resources, and revokes all resources for standby. Every request
+/// gets a reply, after the state node has been updated.
 ///
-/// Thread: the one that created it. Owned by the host.
+/// Lives in the thread that made it. Owned by the host.
 class PowerManagerWorker : public CMNodesWorker
 {
     Q_OBJECT
 
 public:
-    /// Throws what TavoConfiguration throws.
+    /// Throws the errors of TavoConfiguration.
     explicit PowerManagerWorker(const QVariantHash &config);
 
 private Q_SLOTS:
@@ -37,7 +37,7 @@ private:
     void acquire(const TavoPowerManagerResourceRequest &request, const CMReply<QVariant> &reply);
     void release(const TavoPowerManagerResourceRequest &request, const CMReply<QVariant> &reply);
 
-    /// Why a resource is not granted; empty when it is.
+    /// Returns why the resource is refused; empty if it is granted.
     std::optional<CMError> refusal(const TavoPowerManagerResourceRequest &request) const;
 
     void registerModule(const TavoPowerManagerModuleRegister &module);
@@ -55,6 +55,7 @@ private:
     /// Null unless the device is on its way to standby. A child.
     Revocation *m_revocation = nullptr;
 
-    /// Replies to give at the end of the revocation. Deleted with the worker, they become errors.
+    /// The replies to finish at the end of the revocation. If the worker is deleted earlier, they
+    /// get an error.
     QList<CMReply<QVariant>> m_standbyReplies;
 };

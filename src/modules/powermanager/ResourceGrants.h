@@ -19,7 +19,7 @@ public:
     static bool isKnown(Resource resource);
 
     void grant(Resource resource, const QString &module);
-    /// Whether the module held the resource.
+    /// Returns whether the module held the resource.
     bool release(Resource resource, const QString &module);
     void releaseAll(const QString &module);
     void clear() { m_holders.clear(); }

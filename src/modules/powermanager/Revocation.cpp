@@ -63,7 +63,7 @@ void Revocation::revoke(const RevokedModule &module)
 void Revocation::takeReply(const QString &module, const CMVoidReply &reply)
 {
     if (reply.error().isError()) {
-        // The module is probably gone, and so has stopped.
+        // The module is probably gone, so it counts as stopped.
         LOG4CPLUS_WARN(logger, "Failed to revoke resources from "
                                    << module << ": " << reply.error().message().toString());
     }

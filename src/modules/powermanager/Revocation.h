@@ -20,9 +20,10 @@ struct RevokedModule
 };
 
 /// Tells the holders that their resources are revoked, waits until all have answered or the timeout
-/// is over, and then sends each the post-revoke message. Deleting it ends all that without finished().
+/// has passed, and then sends each one the post-revoke message. Deleting it ends the revocation
+/// without finished().
 ///
-/// Thread: the worker's.
+/// Used in the worker's thread.
 class Revocation : public QObject
 {
     Q_OBJECT
@@ -34,7 +35,7 @@ public:
     void start();
 
 Q_SIGNALS:
-    /// Emitted once, after the post-revoke messages; from within start() when there are no holders.
+    /// Emitted once, after the post-revoke messages; from inside start() if there are no holders.
     void finished();
 
 private Q_SLOTS:

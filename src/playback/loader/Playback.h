@@ -29,14 +29,14 @@ struct StreamSound
     QString format;
 };
 
-/// What a player is to play, and on which ALSA device.
+/// The sound of a player, and the ALSA device for it.
 struct PlayedSound
 {
     std::variant<UriSound, DataSound, StreamSound> content;
     QString device;
 };
 
-/// The player's members of the same names, as they were at its first play().
+/// The values of the player's members of the same names at its first play().
 struct PlaybackOptions
 {
     bool loop = false;
@@ -44,23 +44,24 @@ struct PlaybackOptions
     SimplePlayerLimits limits;
 };
 
-/// A sound on its way to a device.
+/// Plays a sound on a device.
 ///
-/// Runs in the player's thread; owned by the player. Once destroyed it is silent and reports
+/// Used in the player's thread; owned by the player. Once it is destroyed, it is silent and reports
 /// nothing.
 class Playback
 {
 public:
-    /// Called from any thread when the sound has ended; with nothing when it was heard to its end.
+    /// Called from any thread when the sound has ended; without a failure if it was played to its
+    /// end.
     using Report = std::function<void(const std::optional<Failure> &failure)>;
 
     virtual ~Playback() = default;
 
-    /// Begins, or goes on after a pause. Returns why it can't; it reports nothing then. A sound that
-    /// was already heard to its end reports that again.
+    /// Starts the sound, or resumes it after a pause. Returns the reason if it fails, and then
+    /// reports nothing. If the sound has been played to its end already, reports the end again.
     virtual std::optional<Failure> start() = 0;
 
-    /// Falls silent and keeps the place.
+    /// Pauses the sound.
     virtual void pause() = 0;
 
     /// As SimplePlayer::setGain().

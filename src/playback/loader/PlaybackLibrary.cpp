@@ -10,7 +10,7 @@
 
 namespace {
 
-/// The library's place as seen from this one, wherever both have been installed.
+/// The library's path relative to this one, so that both can be installed anywhere.
 QByteArray libraryFile()
 {
     static const char somethingOfThisLibrary = 0;
@@ -27,8 +27,8 @@ Result<std::unique_ptr<Playback>> makePlayback(const PlayedSound &sound,
                                                const Playback::Report &report)
 {
     static const QByteArray file = libraryFile();
-    // Only the first call loads anything. A failure isn't kept: what was missing, a file descriptor
-    // for instance, may be there the next time.
+    // Only the first successful call loads the library. After a failure, such as a lack of file
+    // descriptors, the next call tries again.
     void *library = dlopen(file.constData(), RTLD_NOW);
     const void *make = library != nullptr ? dlsym(library, "tavo_make_playback") : nullptr;
     if (make == nullptr) {

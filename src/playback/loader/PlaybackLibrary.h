@@ -7,9 +7,9 @@
 
 #include <memory>
 
-/// Makes a playback by libtavo_playback, which is loaded for the first one and never unloaded: what
-/// it is linked to would make the loading of a module take 2.4 ms instead of 0.35, and a host that
-/// has played nothing 2 MiB larger. Fails where the library is missing, and for a sound that can't
+/// Makes a playback with libtavo_playback, which is loaded by the first call and never unloaded. If
+/// the modules were linked with it, loading one would take 2.4 ms instead of 0.35, and a host that
+/// has played nothing would need 2 MiB more. Fails if the library is missing, or if the sound can't
 /// be played. Called from any thread.
 Result<std::unique_ptr<Playback>> makePlayback(const PlayedSound &sound,
                                                const PlaybackOptions &options,

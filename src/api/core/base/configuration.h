@@ -16,7 +16,7 @@
 /// the field: each key has a type, numbers have a range, and finish() refuses keys that were not read.
 ///
 /// All functions throw a std::runtime_error that names the key, such as "limits.sounds: must be an
-/// integer from 1 to 100". Thrown out of worker_create, its text is what the host reports.
+/// integer from 1 to 100". If worker_create throws it, the host reports its text.
 ///
 /// Used from any thread, by one at a time.
 class TAVO_API_EXPORT TavoConfiguration
@@ -66,6 +66,6 @@ private:
 
     QVariantHash m_config;
     QString m_source; ///< "FILE: " or empty
-    QString m_prefix; ///< stands before each key in errors
+    QString m_prefix; ///< precedes each key in errors
     QSet<QString> m_read;
 };

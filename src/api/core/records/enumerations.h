@@ -42,21 +42,21 @@ struct TAVO_API_EXPORT TavoNotificationPlayerResponseType
     static QString toString(Enum value);
 };
 
-/// What the power manager grants.
+/// The resources that the power manager grants.
 struct TAVO_API_EXPORT TavoPowerManagerResources
 {
     enum Enum : int { Processor = 0, Display = 1, Audio = 2, Network = 3 };
     static QString toString(Enum value);
 };
 
-/// What a module does with a resource.
+/// The actions of a module on a resource.
 struct TAVO_API_EXPORT TavoPowerModuleActions
 {
     enum Enum : int { None = 0, Acquire = 1, Release = 2 };
     static QString toString(Enum value);
 };
 
-/// What the power manager tells a module whose resources it revokes.
+/// The kinds of messages that the power manager sends to a module whose resources it revokes.
 struct TAVO_API_EXPORT TavoPowerManagerRevokeMessageType
 {
     enum Enum : int {
@@ -66,7 +66,7 @@ struct TAVO_API_EXPORT TavoPowerManagerRevokeMessageType
     static QString toString(Enum value);
 };
 
-/// What a row stands for in a user interface.
+/// The kinds of rows in a user interface.
 struct TAVO_API_EXPORT TavoRolesType
 {
     enum Enum : int {

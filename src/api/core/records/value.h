@@ -8,7 +8,7 @@
 #include "core/records/powermanager.h"
 #include "core/records/rows.h"
 
-/// What nodes hold and requests carry: one field for each kind of value.
+/// The value of a node or a request: one field for each kind of value.
 class TavoValue : public TavoHash
 {
     TAVO_RECORD(TavoValue)
