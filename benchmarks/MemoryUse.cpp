@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What the heap holds for each of so many queued sounds, open notifications and message nodes left.
-// Prints one JSON object: names and bytes for each.
+// Measures the heap that each queued sound, open notification and leftover message node takes.
+// Prints a JSON object of names and bytes.
 
 #include "ModelBench.h"
 
@@ -46,7 +46,7 @@ QVariantList openPaths()
     return reply.value().toList();
 }
 
-/// Keeps nothing of the rows that it has read.
+/// Reads the rows and drops them.
 void closeAll(const BenchModule &module)
 {
     const QVariantList rows = openPaths();

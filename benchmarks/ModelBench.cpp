@@ -24,7 +24,7 @@ CMWorker *makeWorker(QVariantHash *config)
     return static_cast<CMWorker *>(create("notifications", config));
 }
 
-/// A mixture that puts new items anywhere in the queue.
+/// Mixed values, so that new items go anywhere in the queue.
 TavoNotificationItemPriority::Enum priorityOf(int number)
 {
     return TavoNotificationItemPriority::Enum((number * 7) % 4);
@@ -87,7 +87,7 @@ void BenchModule::restart()
         m_worker.reset();
         m_services->drop();
         QCoreApplication::processEvents();
-        // No loop of ours does it, and every turn would look at them again.
+        // There is no event loop to delete these, and each pass would look at them again.
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         m_worker.reset(makeWorker(&m_config));
         QCoreApplication::processEvents();

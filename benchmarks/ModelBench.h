@@ -12,8 +12,8 @@
 #include <memory>
 #include <vector>
 
-/// The services that the notifications module meets, holding every request unanswered: what is
-/// queued stays queued. One node answers at once and does nothing else: the floor.
+/// The services that the notifications module uses. They hold every request unanswered, so what is
+/// queued stays queued. The floor is a node that only answers.
 class BenchServices : public CMNodesWorker
 {
     Q_OBJECT
@@ -23,7 +23,7 @@ public:
 
     static CMPath floorPath();
 
-    /// Forgets the held requests, which answers them with an error.
+    /// Drops the held requests, which answers them with an error.
     void drop() { m_held.clear(); }
 
 private:
@@ -33,8 +33,8 @@ private:
     std::vector<CMSetDataRequest> m_held;
 };
 
-/// A notifications worker out of its library with its services, in this thread or in one of its own
-/// that runs an event loop.
+/// A notifications worker, loaded from its library, and its services. Lives in the calling thread
+/// or in a thread with an event loop.
 class BenchModule
 {
 public:
@@ -45,17 +45,17 @@ public:
 
     Q_DISABLE_COPY_MOVE(BenchModule)
 
-    /// Deletes the worker with all that it holds, and makes a fresh one.
+    /// Deletes the worker with everything in it, and creates a new one.
     void restart();
 
-    /// Sends a request and waits for its answer; in this thread by turning the event loop.
+    /// Sends a request and waits for its reply. In the calling thread this runs the event loop.
     CMReply<QVariant> request(const CMPath &path, const TavoValue &value) const;
 
 private:
     void inItsThread(const std::function<void()> &function);
 
     QThread m_thread;
-    QObject m_context; ///< lives where the worker does
+    QObject m_context; ///< lives in the worker's thread
     std::unique_ptr<BenchServices> m_services;
     QVariantHash m_config;
     std::unique_ptr<CMWorker> m_worker;
@@ -66,5 +66,5 @@ TavoValue soundCancelRequest(int number);
 TavoValue messageRequest(int number);
 TavoValue displayCancelRequest(const CMPath &path);
 
-/// The numbers from 0 on, in the same random order every time.
+/// The numbers from 0, in the same random order every time.
 std::vector<int> shuffled(int count);

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <time.h>
 
-/// Now in nanoseconds of CLOCK_MONOTONIC, which all processes share.
+/// The current time in nanoseconds of CLOCK_MONOTONIC, which all processes share.
 inline std::int64_t momentNow()
 {
     constexpr std::int64_t nsPerSecond = 1'000'000'000;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Building and reading a record, beside the same hash built and read by hand.
+// Compares building and reading a record with building and reading the same hash by hand.
 
 #include <core/tavo.h>
 
@@ -10,7 +10,7 @@
 #include <string>
 
 namespace {
-/// A sound: texts, numbers and a truth value.
+/// A sound: strings, numbers and a boolean.
 struct Sound
 {
     using Record = TavoNotificationPlayerItem;
@@ -93,7 +93,7 @@ struct Response
     }
 };
 
-/// A message; its texts are untranslated, which by hand are plain texts.
+/// A message. Its texts are not translatable, so by hand they are plain strings.
 struct Message
 {
     using Record = TavoNotificationDisplayItem;

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Request to answer of the four requests, over a fill from nothing to so many queued or over emptying
-// such a queue in random order; each beside the same record sent to a slot that only answers.
+// Measures the four requests while a queue is filled up to a size, or emptied from it in random
+// order, and their floor: the same record sent to a slot that only answers.
 
 #include "ModelBench.h"
 
@@ -12,7 +12,7 @@
 #include <vector>
 
 namespace {
-/// The benchmark's second argument: in how many threads requester and module are.
+/// The benchmark's second argument: whether requester and module share a thread.
 BenchModule::Place placeOf(const benchmark::State &state)
 {
     return state.range(1) == 1 ? BenchModule::Place::ThisThread : BenchModule::Place::OwnThread;
@@ -32,8 +32,8 @@ void finish(benchmark::State &state)
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
-/// Measures so many requests in a row, each made by the function out of its number, after the
-/// preparation.
+/// Measures `count` requests in a row after the preparation. The function sends the request with
+/// the given number.
 template <typename Prepare, typename MakeRequest>
 void measure(benchmark::State &state, const CMPath &path, Prepare prepare, MakeRequest makeRequest)
 {

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// A request routed by the root to one of many nodes, and a change told to many subscribers.
+// Measures a request routed to one of many nodes, and a change reported to many subscribers.
 
 #include <core/tavo.h>
 
@@ -45,8 +45,8 @@ void route(benchmark::State &state)
         paths.push_back(target.add(i));
     }
     std::minstd_rand random(1);
-    // As few in each, taken from everywhere, so that the look-up is measured and not the processor's
-    // cache.
+    // Always the same number of nodes, spread evenly, so that the look-up is measured and not the
+    // processor's cache.
     std::shuffle(paths.begin(), paths.end(), random);
     std::size_t next = 0;
     for ([[maybe_unused]] auto unused : state) {

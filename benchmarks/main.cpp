@@ -8,7 +8,7 @@
 #include <log4cplus/initializer.h>
 #include <log4cplus/logger.h>
 
-/// Logs at INFO, as a device does; what is logged goes nowhere.
+/// Logs at INFO, as on a device, but to nowhere.
 int main(int argc, char **argv)
 {
     qputenv("QT_NO_GLIB", "1");

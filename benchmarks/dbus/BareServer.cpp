@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The least that a notification server costs: sd-bus in a Qt event loop. Notify replies with the next
-// number, CloseNotification with nothing. Nothing is kept and no signal is sent.
+// The minimum of a notification server: sd-bus in a Qt event loop. It replies to Notify with the
+// next number and to CloseNotification without a value. It stores nothing and sends no signals.
 
 #include <QCoreApplication>
 #include <QSocketNotifier>
@@ -38,7 +38,7 @@ const sd_bus_vtable methods[] = {
     SD_BUS_METHOD("CloseNotification", "u", "", closeNotification, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_VTABLE_END};
 
-/// Serves all that has come, and asks to be called for what comes next.
+/// Handles everything that has arrived and schedules the next call.
 void serve(sd_bus *bus, QSocketNotifier &writable)
 {
     while (checked(sd_bus_process(bus, nullptr)) > 0) {

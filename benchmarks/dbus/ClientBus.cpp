@@ -11,7 +11,7 @@ namespace {
 constexpr const char *name = "org.freedesktop.Notifications";
 constexpr const char *path = "/org/freedesktop/Notifications";
 
-/// Calls under way at a time: enough that neither bus nor server ever waits for the client.
+/// Calls in flight: enough that neither bus nor server waits for the client.
 constexpr std::size_t window = 256;
 constexpr std::uint64_t timeoutUs = 60'000'000;
 
@@ -97,9 +97,9 @@ void ClientBus::ping()
     sd_bus_message_unref(call(message));
 }
 
-void ClientBus::notifyMany(std::size_t count, Milliseconds most, std::vector<std::uint32_t> &ids)
+void ClientBus::notifyMany(std::size_t count, Milliseconds timeout, std::vector<std::uint32_t> &ids)
 {
-    const auto end = std::chrono::steady_clock::now() + most;
+    const auto end = std::chrono::steady_clock::now() + timeout;
     m_answered = [&ids](sd_bus_message *reply) {
         std::uint32_t id = 0;
         checked(sd_bus_message_read(reply, "u", &id));

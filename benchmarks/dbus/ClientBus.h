@@ -11,10 +11,10 @@
 #include <string>
 #include <vector>
 
-/// Ends the process with the reason when an sd-bus function failed.
+/// Ends the process with the reason if an sd-bus function failed.
 int checked(int result);
 
-/// A client's connection to the bus of the environment, and the calls that are measured.
+/// A connection to the session bus, and the measured calls.
 class ClientBus
 {
 public:
@@ -27,12 +27,12 @@ public:
 
     sd_bus *bus() const { return m_bus; }
 
-    /// Opens a notification that stays, and returns its id.
+    /// Opens a notification that stays open, and returns its id.
     std::uint32_t notify(const std::string &body);
 
-    /// Opens so many notifications without waiting for each reply, fewer when the time is over, and
-    /// appends their ids.
-    void notifyMany(std::size_t count, Milliseconds most, std::vector<std::uint32_t> &ids);
+    /// Opens `count` notifications without waiting for each reply, or fewer if the time runs out.
+    /// Appends their ids.
+    void notifyMany(std::size_t count, Milliseconds timeout, std::vector<std::uint32_t> &ids);
 
     void close(std::uint32_t id);
 
@@ -54,6 +54,6 @@ private:
     static int on_answered(sd_bus_message *reply, void *data, sd_bus_error *error);
 
     sd_bus *m_bus = nullptr;
-    std::size_t m_awaited = 0; ///< calls that haven't been answered
+    std::size_t m_awaited = 0; ///< calls without a reply so far
     Answered m_answered;
 };

@@ -1,15 +1,15 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// A client of a notification server. It reads a command from each line of its input and writes how long
-// that took.
+// A client of a notification server. It reads a command from each line of its input and writes how
+// long the command took.
 //
-//   open COUNT MS      opens notifications, many calls under way; ends early after so many ms
-//   roundtrip COUNT    opens as many, one call after the other
-//   closeOne COUNT     closes as many at random, one call after the other
-//   closeAll           closes all that are open, in the order in which they were opened
+//   open COUNT MS      opens notifications, with many calls in flight; stops early after MS
+//   roundtrip COUNT    opens notifications, one call after the other
+//   closeOne COUNT     closes random notifications, one call after the other
+//   closeAll           closes all open notifications, in the order in which they were opened
 //   bodies COUNT BYTES opens and closes notifications with bodies of that size, one by one
-//   ping               calls Ping again and again until there is another line, which may be empty
+//   ping               calls Ping until the next line, which may be empty
 //   await              writes when the server's name gets an owner
 
 #include "ClientBus.h"
@@ -45,12 +45,11 @@ void answer(const char *what, double seconds)
 void answerEach(std::vector<double> seconds)
 {
     std::sort(seconds.begin(), seconds.end());
-    std::printf("{\"median\": %.9f, \"max\": %.9f}\n", seconds[seconds.size() / 2],
-                seconds.back());
+    std::printf("{\"median\": %.9f, \"max\": %.9f}\n", seconds[seconds.size() / 2], seconds.back());
     std::fflush(stdout);
 }
 
-/// A text as long as that, with the markup and the entities that bodies may have.
+/// A text of that length, with the markup and the entities that bodies may have.
 std::string bodyOf(std::size_t size)
 {
     std::string body;
@@ -101,11 +100,11 @@ private:
     void open(std::istream &arguments)
     {
         std::size_t count = 0;
-        double most = 0;
-        arguments >> count >> most;
+        double timeout = 0;
+        arguments >> count >> timeout;
         const std::size_t before = m_ids.size();
         const double seconds =
-            secondsOf([&] { m_bus.notifyMany(count, Milliseconds(most), m_ids); });
+            secondsOf([&] { m_bus.notifyMany(count, Milliseconds(timeout), m_ids); });
         const std::size_t opened = m_ids.size() - before;
         std::printf("{\"opened\": %zu, \"each\": %.9f}\n", opened, seconds / double(opened));
         std::fflush(stdout);
@@ -182,7 +181,7 @@ private:
     }
 
     ClientBus m_bus;
-    std::vector<std::uint32_t> m_ids; ///< of what is open
+    std::vector<std::uint32_t> m_ids; ///< of open notifications
     std::mt19937 m_random;            ///< the same numbers in every run
 };
 } // namespace

@@ -7,7 +7,7 @@
 
 #include <QFile>
 
-/// Writes the time of the call as one line; ends the process where that can't be done.
+/// Writes the current time as a line. Ends the process on error.
 inline void writeAnswerTime(const QString &file)
 {
     const qint64 now = momentNow();

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// A module that asks the notifications for something as soon as it is there, and writes down when the
-// answer came. The last module of a host, it tells when all of them work.
+// A module that sends the notifications a request as soon as it is created, and writes when the
+// reply came. As the last module of a host, it shows when all modules work.
 
 #include "AnswerTime.h"
 #include <core/tavo.h>

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The floor of a start: an application of the same libraries' least, Qt's core, that answers one
-// queued call, writes down when, and then stays as quiet as a host does.
+// The floor of a start: an application of Qt's core that handles one queued call, writes the time,
+// and then waits like a host.
 
 #include "AnswerTime.h"
 

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Loads modules and makes their workers, in the order of the arguments, in a process that has the
-// platform's library already, and prints the microseconds that each took as a JSON array.
+// Loads modules and creates their workers, in the order of the arguments. Prints a JSON array with
+// the microseconds that each took. The platform's library is loaded beforehand.
 
 #include "../Moment.h"
 #include <core/tavo.h>

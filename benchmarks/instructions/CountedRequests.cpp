@@ -1,9 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Makes as many requests of one operation twice: the first time to have everything loaded, grown and
-// warm, the second time in a function of a name that a profiler can be told to count alone.
-// Called with the operation's name and how many.
+// Sends a number of requests of one operation twice: first to load and warm everything, then in a
+// function whose name tells the profiler what to count.
 
 #include "ModelBench.h"
 
@@ -25,7 +24,7 @@
 namespace {
 using MakeRequest = std::function<TavoValue(int)>;
 
-/// So many requests at a path, each made out of its number.
+/// Requests at a path. The function makes the value of the request with the given number.
 struct Requests
 {
     const BenchModule &module;
@@ -40,7 +39,7 @@ struct Requests
     }
 };
 
-/// An operation: makes what it needs for so many requests, and says which they are.
+/// An operation: prepares for `count` requests and returns them.
 using Operation = std::function<Requests(const BenchModule &, int)>;
 
 Requests routed(const BenchModule &module, int /*count*/)
@@ -89,8 +88,8 @@ const std::map<std::string, Operation> &operations()
 }
 } // namespace
 
-/// Replaces the C library's function, from which Qt seeds its random numbers: the same identifiers in
-/// every run give the same counts.
+/// Replaces the C library's function with which Qt seeds its random numbers: the counts are the
+/// same only if the identifiers are.
 extern "C" int getentropy(void *buffer, size_t length)
 {
     static std::mt19937 generator(1);
@@ -105,7 +104,7 @@ extern "C" __attribute__((noinline)) void counted_requests(const Requests *reque
     requests->run(first, count);
 }
 
-/// Logs at INFO, as a device does; what is logged goes nowhere.
+/// Logs at INFO, as on a device, but to nowhere.
 int main(int argc, char **argv)
 {
     const auto operation = argc == 3 ? operations().find(argv[1]) : operations().end();

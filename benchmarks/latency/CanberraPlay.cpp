@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// canberra_play DEVICE FILE [COUNT]: what tavo_play does, by libcanberra's own ALSA driver.
+// canberra_play DEVICE FILE [COUNT]: does the same as tavo_play, with libcanberra's ALSA driver.
 
 #include "../Moment.h"
 
@@ -14,7 +14,7 @@
 
 namespace {
 
-/// A play's end. The library may report one a second time while it is destroyed.
+/// The end of a sound. The library may report it again while it is destroyed.
 struct Ending
 {
     std::mutex mutex;

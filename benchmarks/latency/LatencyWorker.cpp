@@ -10,7 +10,7 @@
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Latency");
 
-/// Until the music is at its full volume again, and plays it: a fade and what the device holds.
+/// The time until the music plays at full volume again: the fade and what the device has buffered.
 constexpr int restMs = 200;
 } // namespace
 

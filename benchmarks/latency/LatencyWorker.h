@@ -8,10 +8,10 @@
 #include <QFile>
 #include <QTimer>
 
-/// Sends the request for a sound, waits until all is as before, and sends it again; then it ends the
-/// host. When each was sent goes to a file.
+/// Requests a sound and waits until the music is restored, several times; then ends the host.
+/// Writes the time of each request to a file.
 ///
-/// Configuration: "sound", the file to play, "count", how often, and "asked", the file to write.
+/// Configuration: "sound", the file to play; "count", how often; "asked", the file to write.
 class LatencyWorker : public CMNodesWorker
 {
     Q_OBJECT
@@ -30,5 +30,5 @@ private:
     QFile m_asked;
     CMPath m_responsePath;
     QTimer m_restTimer;
-    bool m_heard = false; // the sound has ended, and the music is still ducked
+    bool m_heard = false; // the sound has ended, but the music is still ducked
 };

@@ -3,10 +3,10 @@
 
 // An ALSA device without hardware that notes when its first sample was heard:
 //     type stopwatch
-//     heard "/path"   a line each time that it was opened and heard something; may be missing
-// It takes what hardware takes, 16 bit stereo at 48000 Hz, plays it by the clock, and is heard from
-// the first frame that isn't silence, at the time when that frame is due. Times are nanoseconds of
-// CLOCK_MONOTONIC.
+//     heard "/path"   gets a line each time the device was opened and something was heard; optional
+// It takes only what hardware takes, 16 bit stereo at 48000 Hz, and plays at the speed of the
+// clock. It is heard from the first frame that is not silence, at the time when that frame is due.
+// Times are nanoseconds of CLOCK_MONOTONIC.
 
 #include "../Moment.h"
 
@@ -33,8 +33,8 @@ constexpr std::int64_t nsPerSecond = 1'000'000'000;
 constexpr unsigned rate = 48000;
 constexpr unsigned channels = 2;
 
-// As much as the memory that drivers commonly give to a stream.
-constexpr unsigned largestBufferBytes = 65536;
+// As much memory as drivers usually give to a stream.
+constexpr unsigned maxBufferBytes = 65536;
 
 class StopwatchPcm
 {
@@ -94,13 +94,13 @@ private:
         set(SND_PCM_IOPLUG_HW_RATE, rate, rate);
         set(SND_PCM_IOPLUG_HW_CHANNELS, channels, channels);
         set(SND_PCM_IOPLUG_HW_PERIODS, 2, 1024);
-        set(SND_PCM_IOPLUG_HW_PERIOD_BYTES, 128, largestBufferBytes / 2);
-        return set(SND_PCM_IOPLUG_HW_BUFFER_BYTES, 256, largestBufferBytes);
+        set(SND_PCM_IOPLUG_HW_PERIOD_BYTES, 128, maxBufferBytes / 2);
+        return set(SND_PCM_IOPLUG_HW_BUFFER_BYTES, 256, maxBufferBytes);
     }
 
     int setSoftware(const snd_pcm_sw_params_t *params)
     {
-        return snd_pcm_sw_params_get_avail_min(params, &m_least);
+        return snd_pcm_sw_params_get_avail_min(params, &m_minRoom);
     }
 
     int prepare()
@@ -170,7 +170,7 @@ private:
         return due > m_written ? -EPIPE : m_played;
     }
 
-    // The descriptor is readable whenever somebody should look: there is room, or all has been heard.
+    // The descriptor is readable when there is room, or when everything has been heard.
     int poll(unsigned short *events)
     {
         *events = POLLOUT;
@@ -179,7 +179,7 @@ private:
         }
         const long held = m_written - m_played;
         const bool draining = m_plug.state == SND_PCM_STATE_DRAINING;
-        const long missing = draining ? held : long(m_least) + held - long(m_plug.buffer_size);
+        const long missing = draining ? held : long(m_minRoom) + held - long(m_plug.buffer_size);
         if (missing <= 0) {
             return 0;
         }
@@ -201,14 +201,14 @@ private:
 
     snd_pcm_ioplug_t m_plug{};
     int m_heardFile = -1;
-    snd_pcm_uframes_t m_least = 1; // room that is worth waking somebody up for
+    snd_pcm_uframes_t m_minRoom = 1; // the room for which the player is woken up
     bool m_running = false;
     bool m_noted = false;
     std::int64_t m_started = 0;
     // Since prepare(), in frames:
     long m_written = 0;
     long m_played = 0;
-    long m_sound = -1; // the first that isn't silence
+    long m_sound = -1; // the first frame that is not silence
 };
 
 const snd_pcm_ioplug_callback_t StopwatchPcm::callbacks = [] {

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// tavo_play DEVICE FILE [COUNT]: plays a sound so many times, one after another, and prints when each
-// was asked for.
+// tavo_play DEVICE FILE [COUNT]: plays a sound COUNT times, one after the other, and prints when
+// each was requested.
 
 #include "../Moment.h"
 #include <simpleplayer/UriSimplePlayer.h>

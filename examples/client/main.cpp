@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// A door bell: plays the sound that it is given, tells how it ended, and leaves a message on the
-// display. A program of its own, which reaches the host over the bus.
+// A door bell: a program that plays a sound through the host, prints how it ended, and shows a
+// message on the display.
 
 #include <client/TavoClient.h>
 #include <client/TavoInbox.h>
@@ -31,7 +31,7 @@ int main(int argc, char **argv)
     }
     const QString sound = QUrl::fromLocalFile(QString::fromLocal8Bit(argv[2])).toString();
 
-    // One that nobody else has: another bell may ring at the same time.
+    // A random id, since another bell may ring at the same time.
     const QString id = QUuid::createUuid().toString(QUuid::WithoutBraces);
 
     TavoClient client(QString::fromLocal8Bit(argv[1]));
@@ -44,7 +44,7 @@ int main(int argc, char **argv)
         }
     });
 
-    // The inbox is open once a host is there, and again after that host has started anew.
+    // Emitted when a host is there, and again after the host has restarted.
     QObject::connect(&inbox, &TavoInbox::opened, [&](const CMPath &path) {
         const auto bell = TavoNotificationPlayerItem()
                               .setId(id)

@@ -17,20 +17,21 @@ TAVO_MODULE_EXPORT void *worker_create(const char * /*name*/, void *config)
 DemoWorker::DemoWorker(const QVariantHash &config)
     : CMNodesWorker(config, QStringLiteral("Demo"))
 {
-    // What can't be read here is reported by the host, with the key, and nothing is started.
+    // If a value can't be read, the host reports the key, and starts nothing.
     TavoConfiguration configuration(config);
     m_sounds = configuration.string(QStringLiteral("sounds"), QStringLiteral("."));
     m_timeline = new Timeline(configuration.string(QStringLiteral("timeline"), {}), this);
     m_stays = configuration.boolean(QStringLiteral("stays"), false);
     configuration.finish();
 
-    // A node of our own: the notifications module reports to it how each sound starts and ends.
+    // A node of this module, to which the notifications module reports how each sound starts and
+    // ends.
     CMActivateNode *response =
         CMActivateNode::create(nodes(), CMPath(QStringLiteral("/demo/response")));
     response->setInvoke(this, &DemoWorker::on_response_activated, Qt::QueuedConnection);
     m_responsePath = response->path();
 
-    // Nodes of others: subscribing needs no more than their paths.
+    // Nodes of other modules: a subscription needs only their paths.
     CMRoot()->connectValueChange(TavoPlayerMainAudioStatePath(), this,
                                  &DemoWorker::on_mainAudioState_changed);
     CMRoot()->connectValueChange(TavoPowerManagerStatePath(), this,
@@ -46,7 +47,7 @@ void DemoWorker::writeScript()
 {
     using Type = TavoNotificationPlayerItemType;
 
-    // A file; then, once the music is back, a sound in base64.
+    // A file. When the music is restored, a sound in base64.
     m_script->step("begun", 1500, [this] {
         enqueue(sound(QStringLiteral("chime"), Type::Uri, file(QStringLiteral("chime.flac"))));
     });
@@ -55,13 +56,13 @@ void DemoWorker::writeScript()
                       textOf(file(QStringLiteral("message.base64")))));
     });
 
-    // A stream, straight behind it: raw samples that somebody writes into a FIFO.
+    // Right after it, a stream: raw samples that somebody writes to a FIFO.
     m_script->step("ended message", 0, [this] {
         enqueue(sound(QStringLiteral("stream"), Type::Stream, file(QStringLiteral("stream.fifo")))
                     .setContentStreamFormat(QStringLiteral("audio/L16;rate=48000;channels=1")));
     });
 
-    // A long one, interrupted by an urgent one, goes on where it was.
+    // A long sound. An urgent one interrupts it, then it continues.
     m_script->step("restored", 1000, [this] {
         enqueue(sound(QStringLiteral("announcement"), Type::Uri,
                       file(QStringLiteral("announcement.wav"))));
@@ -71,8 +72,8 @@ void DemoWorker::writeScript()
                     .setPriority(TavoNotificationItemPriority::Urgent));
     });
 
-    // One that would repeat for ever is cancelled; one of no known type and one without its file
-    // fail.
+    // A loop, which is cancelled, and two sounds that fail: one of an invalid type, one whose file
+    // is missing.
     m_script->step("ended announcement", 0, [this] {
         enqueue(sound(QStringLiteral("ring"), Type::Uri, file(QStringLiteral("ring.ogg")))
                     .setLoop(true));
@@ -83,7 +84,7 @@ void DemoWorker::writeScript()
         enqueue(sound(QStringLiteral("missing"), Type::Uri, file(QStringLiteral("nowhere.wav"))));
     });
 
-    // The music shall be heard again before the end; then the host may go.
+    // The music should be heard again before the end.
     m_script->step("restored", 2000, [this] {
         happened(QStringLiteral("over"));
         if (!m_stays) {

@@ -8,13 +8,12 @@
 #include "Timeline.h"
 #include <core/tavo.h>
 
-/// Shows what a module does with sound notifications: sends requests, takes the responses and
-/// watches the services around, all through the model.
+/// Shows how a module uses sound notifications: it sends requests, receives the responses and
+/// observes other services, all through the model.
 ///
-/// Runs a fixed script beside that of DisplayScript, which does the same for the display. All
-/// that happens goes to the timeline. Configuration: "sounds", the folder with the sounds (it has
-/// the files that demo/sounds.py makes), "timeline", the file to write, and "stays": true leaves the
-/// host running behind the script, which otherwise ends it.
+/// Runs a fixed script, while DisplayScript does the same for the display. Writes all events to the
+/// timeline. Configuration: "sounds", the folder with the files that demo/sounds.py makes;
+/// "timeline", the file to write; "stays": whether the host keeps running after the script.
 class DemoWorker : public CMNodesWorker
 {
     Q_OBJECT

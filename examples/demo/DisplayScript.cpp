@@ -24,13 +24,14 @@ DisplayScript::DisplayScript(CMNodes *nodes, Timeline *timeline, QObject *parent
 
 void DisplayScript::writeScript()
 {
-    // Together with a sound: one that is shown at once for its time, and one that waits behind it.
+    // Together with a sound: a message that is shown at once, and one that waits.
     m_script.step("sent chime", 0, [this] {
         open(QStringLiteral("doorbell"), message("Somebody is at the door", 1500));
         open(QStringLiteral("parcel"), message("A parcel is waiting", 1000));
     });
 
-    // A node of our own, closed by a client before its time is over; then one cancelled by request.
+    // A node of this module, which a client closes before its timeout. Then a message that is
+    // cancelled.
     m_script.step("display closed parcel", 0, [this] {
         open(QStringLiteral("menu"),
              TavoNotificationDisplayItem().setPath(m_menu).setTimeout(5000).setPriority(
@@ -42,8 +43,8 @@ void DisplayScript::writeScript()
     });
     m_script.step("display shown download", 800, [this] { cancel(QStringLiteral("download")); });
 
-    // An urgent one, together with the urgent sound, takes the display from one that has the rest
-    // of its time afterwards. One that waits all the while is cancelled before its turn.
+    // Together with the urgent sound, an urgent message interrupts another one, which gets the rest
+    // of its time afterwards. A third one is cancelled before its turn.
     m_script.step("sent announcement", 0, [this] {
         open(QStringLiteral("news"), message("The news is being read", 3000));
         open(QStringLiteral("reminder"), message("Water the plants", 1000));
@@ -54,7 +55,7 @@ void DisplayScript::writeScript()
     });
     m_script.step("display shown news", 500, [this] { cancel(QStringLiteral("reminder")); });
 
-    // One without a time stays until somebody closes it.
+    // A message without a timeout stays until it is closed.
     m_script.step("sent ring", 0,
                   [this] { open(QStringLiteral("call"), message("Incoming call", 0)); });
     m_script.step("ended ring", 500, [this] { close(QStringLiteral("call")); });
@@ -126,7 +127,7 @@ void DisplayScript::ask(const CMPath &path, const TavoValue &value,
 void DisplayScript::on_queue_rowsChanged(const CMPath &path, const QStringList & /*changes*/,
                                          int /*first*/, int /*count*/)
 {
-    // What the change says is not needed: the rows say who is on display by now.
+    // The change itself does not matter: the rows say what is on display now.
     const Timeline::Moment moment = Timeline::now();
     const CMReply<QVariant> reply;
     CMRoot()->request(CMGetRowsRequest(path, 0, -1, reply));

@@ -11,12 +11,12 @@
 #include <QList>
 #include <QQueue>
 
-/// Shows what a module does with display notifications: opens them, closes them as a client and by
-/// request, and watches the queue to learn which one is on display.
+/// Shows how a module uses display notifications: it opens them, closes them as a client and by
+/// request, and observes the queue to learn which one is on display.
 ///
-/// What it sees goes to the timeline with the moment at which it was seen.
+/// Writes to the timeline what it observes, and when.
 ///
-/// Thread and owner: the worker's, the worker.
+/// Lives in the worker's thread. Owned by the worker.
 class DisplayScript : public QObject
 {
     Q_OBJECT
@@ -28,7 +28,7 @@ private Q_SLOTS:
     void on_queue_rowsChanged(const CMPath &path, const QStringList &changes, int first, int count);
 
 private:
-    /// The queue at one moment; the first path is on display.
+    /// The queue at a moment. The first path is on display.
     struct Sight
     {
         Timeline::Moment moment;
@@ -42,26 +42,26 @@ private:
     void close(const QString &id);
     void cancel(const QString &id);
 
-    /// Sends the request; calls back with the answer, then goes through what was seen meanwhile.
+    /// Sends the request and calls back with the reply. Then handles what was observed meanwhile.
     void ask(const CMPath &path, const TavoValue &value,
              const std::function<void(const CMReply<QVariant> &)> &answered);
 
     void tellSights();
     void tell(const Sight &sight);
-    /// How a message of ours has ended; empty for what others have opened, who are told themselves.
+    /// How the message ended if this script ended it, else empty: its sender is told.
     QString kindOf(const CMPath &path) const;
     void note(const QString &event, const CMPath &path, const Sight &sight,
               const QString &kind = {});
     void note(const QString &event, const QString &id);
 
-    Timeline *m_timeline; ///< the worker's
+    Timeline *m_timeline; ///< owned by the worker
     Script m_script;
-    CMPath m_menu;                  ///< our own node, shown by reference
-    QHash<CMPath, QString> m_names; ///< what we have opened, by its path
-    QHash<CMPath, QString> m_kinds; ///< how we have ended some of it
-    /// An answer may come behind the change that its request made, so what is seen while one is
-    /// due has to wait: it may show what has no name yet.
+    CMPath m_menu;                  ///< the node of this module
+    QHash<CMPath, QString> m_names; ///< of the notifications that this script opened, by path
+    QHash<CMPath, QString> m_kinds; ///< how this script ended some of them
+    /// A reply may come after the change that its request caused. So what is observed while a reply
+    /// is due waits here: it may show a path without a name.
     int m_answersDue = 0;
     QQueue<Sight> m_sights;
-    QList<CMPath> m_rows; ///< the queue as last told
+    QList<CMPath> m_rows; ///< the queue as last reported
 };

@@ -11,10 +11,10 @@
 #include <functional>
 #include <vector>
 
-/// Steps in a fixed order: each waits for an event of the timeline, then for some milliseconds, and
-/// acts. While one waits for its event, those behind it don't see theirs.
+/// Steps in a fixed order. Each waits for an event of the timeline, then for some milliseconds, and
+/// acts. Events that a later step waits for are missed until it is that step's turn.
 ///
-/// Thread and owner: the worker's, whoever acts.
+/// Lives in the worker's thread. Owned by the object that acts.
 class Script : public QObject
 {
     Q_OBJECT
@@ -22,7 +22,7 @@ class Script : public QObject
 public:
     Script(Timeline *timeline, QObject *parent);
 
-    /// The name is the one that Timeline::noted() gives the event.
+    /// The event's name is that of Timeline::noted().
     void step(const char *after, int delay, std::function<void()> act);
 
 private Q_SLOTS:

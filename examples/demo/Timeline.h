@@ -10,11 +10,11 @@
 
 #include <chrono>
 
-/// Writes what happens, as it happens, one JSON object a line: {"t": seconds, "event": ..., ...}.
-/// The seconds are those of the monotonic clock, so that others can lay recordings beside them.
-/// Lines go to the end of the file, where others may add theirs meanwhile.
+/// Writes events as they happen, one JSON object per line: {"t": seconds, "event": ..., ...}. The
+/// seconds are of the monotonic clock, so they can be compared with recordings. Lines are appended,
+/// so others may append to the file too.
 ///
-/// Thread and owner: the worker's, the worker.
+/// Lives in the worker's thread. Owned by the worker.
 class Timeline : public QObject
 {
     Q_OBJECT
@@ -22,16 +22,16 @@ class Timeline : public QObject
 public:
     using Moment = std::chrono::steady_clock::time_point;
 
-    /// An empty file name writes nowhere.
+    /// An empty file name writes nothing.
     explicit Timeline(const QString &fileName, QObject *parent);
 
-    /// The moment is given for what is understood only later than it is seen.
+    /// Takes the moment of an event that is noted later than it happened.
     void note(const QString &event, QJsonObject details = {}, Moment moment = now());
 
     static Moment now() { return std::chrono::steady_clock::now(); }
 
 Q_SIGNALS:
-    /// Something has happened. Its name is the event's with the "id", if it has one: "ended chime".
+    /// An event has happened. Its name includes the "id", if there is one: "ended chime".
     void noted(const QString &name);
 
 private:

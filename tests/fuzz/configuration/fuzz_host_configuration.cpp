@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The host's configuration: any text as JSON. It gives a configuration that can be used, or throws an
-// error that says what is wrong and where.
+// The host's configuration: any text as JSON. The result is a valid configuration, or an error that
+// says what is wrong and where.
 
 #include "fuzz/support/Fuzz.h"
 #include <core/tavo.h>
@@ -16,7 +16,7 @@
 namespace {
 const QString file = QStringLiteral("/etc/tavo/tavo-host.json");
 
-/// An error in the JSON names line and column, any other a key or nothing but the reason.
+/// A JSON error names line and column; any other error names a key, or has only a reason.
 void checkError(const QString &text, bool isSyntaxError)
 {
     FUZZ_CHECK(text.startsWith(file + QLatin1Char(':')), text);
@@ -56,8 +56,9 @@ void checkConfiguration(const HostConfiguration &configuration)
 }
 } // namespace
 
-// Qt's parser loses objects: one whose key comes twice, and one that holds where it breaks off. It is
-// used once in a host's life, and what stands above it has values only.
+// Qt's JSON parser leaks objects if a key comes twice, or if the text ends within an object. The
+// host uses it once in its life, and the code around it has only values, so leaks do not count
+// here.
 extern "C" int __lsan_is_turned_off() // NOLINT(bugprone-reserved-identifier)
 {
     return 1;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The modules' configurations: any hash into worker_create. It gives a worker, or throws an error
+// The modules' configurations: any hash into worker_create. The result is a worker, or an error
 // that names a key.
 
 #include "fuzz/support/Fuzz.h"
@@ -28,7 +28,7 @@ void create(const char *file, const char *name, const QVariantHash &config)
                "a worker that is gone has left a node");
 }
 
-/// The reader by itself: what it returns is in range, and of two that are read only one is unknown.
+/// The reader alone: results are in range, and unread keys are errors.
 void read(const QVariantHash &config)
 {
     try {
@@ -63,6 +63,6 @@ void fuzzOne(ByteReader &input)
     create(TAVO_POWERMANAGER_MODULE, "powermanager", any);
     create(TAVO_NOTIFICATIONS_MODULE, nullptr, any);
     read(any);
-    // Players of workers that are gone are known until now.
+    // The players of deleted workers are still registered.
     ScriptedPlayers::instance().reset();
 }

@@ -22,7 +22,7 @@ const CMPath &responsePath()
 FuzzedNotifications::FuzzedNotifications()
     : m_services(QStringLiteral("Services"))
     , m_module([this]() -> LoadedModule {
-        // The listing of the queue wants the level on the logger itself.
+        // The queue is listed only if the logger itself has the level.
         log4cplus::Logger::getInstance("Notifications").setLogLevel(log4cplus::TRACE_LOG_LEVEL);
         ScriptedPlayers::instance().reset();
         ScriptedPlayers::instance().onCall = [this](const QString &call, const QString &id) {
@@ -159,7 +159,7 @@ void FuzzedNotifications::noteAccepted(Node node, const QVariant &value,
         const TavoNotificationPlayerItem item = TavoValue(value.toHash()).notificationPlayerItem();
         m_usedIds.insert(item.id());
         if (item.playbackResponsePath() == responsePath()) {
-            // The end may have been reported before the answer is looked at.
+            // The end may have been reported before the reply is looked at.
             ++m_awaited[item.id()];
         }
     } else if (node == Node::Open) {
@@ -188,7 +188,7 @@ void FuzzedNotifications::on_response(const CMSetDataRequest &request)
 void FuzzedNotifications::on_playerCall(const QString &call, const QString &id)
 {
     if (call == QLatin1String("destroy")) {
-        return; // an older one's, maybe
+        return; // perhaps of an older sound
     }
     PlayerState &state = m_players[ScriptedPlayers::instance().find(id)];
     if (call == QLatin1String("construct")) {
@@ -303,7 +303,7 @@ void FuzzedNotifications::changeRows(const CMPath &path, const QStringList &chan
 
 QVariant FuzzedNotifications::knownPath(int which) const
 {
-    // The newest are the likeliest still to be open.
+    // The newest are most likely still open.
     return which < m_paths.size() ? m_paths.at(m_paths.size() - 1 - which)
                                   : responsePath().toString();
 }

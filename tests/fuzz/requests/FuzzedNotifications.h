@@ -12,8 +12,8 @@
 #include <QHash>
 #include <QSet>
 
-/// The notifications module out of its library, among scripted services and players, with the
-/// properties that hold whatever it is sent. Each is checked at the event that could break it.
+/// The notifications module, loaded from its library, with scripted services and players. Checks
+/// what must always hold, at each event that could break it.
 class FuzzedNotifications
 {
 public:
@@ -24,13 +24,13 @@ public:
     FuzzedNotifications(const FuzzedNotifications &) = delete;
     FuzzedNotifications &operator=(const FuzzedNotifications &) = delete;
 
-    /// Sends a value and delivers what comes of it.
+    /// Sends a value and delivers the events that follow.
     void request(Node node, const QVariant &value);
 
-    /// Sends values with nothing delivered between them; only the answers are looked at.
+    /// Sends values and delivers no events between them. Only the replies are checked.
     void requestAtOnce(const QVector<QPair<Node, QVariant>> &requests);
 
-    // What happens around the module. Numbers choose among what there is.
+    // Events around the module. The numbers choose among what exists.
     void closeNode(const CMPath &path);
     void changeRows(const CMPath &path, const QStringList &changes);
     void endPlayer(int which, int how);
@@ -40,11 +40,11 @@ public:
     void setResources(int script) { setScript(TavoPowerManagerResourceRequestPath(), script); }
     void answerKept(int which, bool accept);
 
-    /// A path that the module has made, or of a node of its own.
+    /// A path that the module has published, or the path of a node made here.
     QVariant knownPath(int which) const;
 
-    /// Lets everything come to its end: every request is answered, every sound ends, every timer
-    /// runs out. Then nothing may be left.
+    /// Lets everything end: every request is answered, every sound ends, every timer fires. Then
+    /// checks that nothing is left.
     void finish();
 
 private:
@@ -65,7 +65,7 @@ private:
     static QVariantList rows();
     static bool isPlaying();
 
-    /// What the contract says of the answer, from the value and the state before.
+    /// Checks the reply against the value and the state before.
     void checkAnswer(Node node, const QVariant &value, const CMReply<QVariant> &reply,
                      const Published &before);
     void checkForm(Node node, const CMReply<QVariant> &reply);
@@ -82,7 +82,7 @@ private:
     QHash<ScriptedPlayer *, PlayerState> m_players;
     QStringList m_paths;     ///< of opened notifications
     QSet<QString> m_usedIds; ///< of accepted sounds
-    /// Accepted sounds with the response path here, by id, less those that have been reported.
+    /// Accepted sounds whose response path is here, by id, except those that have ended.
     QHash<QString, int> m_awaited;
     QSet<QString> m_started;
     LoadedModule m_module;

@@ -3,20 +3,20 @@
 
 #pragma once
 
-/// The nodes of the notifications module that take requests, as inputs number them.
+/// The nodes of the notifications module that take requests, by their numbers in inputs.
 enum class NotificationsNode { Enqueue, Cancel, Open, CancelNotify, Revoke, Count };
 
-/// What happens to the module, as inputs number it; new steps go before Count.
+/// Events around the module, by their numbers in inputs. New ones go before Count.
 enum class NotificationsStep {
     Request,    // node, value
-    AtOnce,     // count less one, then a node and a value each
-    CloseNode,  // which of the known paths
-    ChangeRows, // which, a value: the changes
-    EndPlayer,  // which, how
-    FailPlay,   // text: the id
-    FireTimer,  // whose
+    AtOnce,     // count - 1, then a node and a value for each
+    CloseNode,  // which known path
+    ChangeRows, // which path, a value: the changes
+    EndPlayer,  // which player, how it ends
+    FailPlay,   // string: the id
+    FireTimer,  // whose timer
     SetDucking, // 0 accept, 1 refuse, 2 keep
     SetResources,
-    AnswerKept, // which, 0 to accept
+    AnswerKept, // which request, 0 to accept
     Count
 };

@@ -14,7 +14,7 @@
 #include <QTimer>
 
 namespace {
-constexpr int mostSteps = 200;
+constexpr int maxSteps = 200;
 
 TavoPlayerMainAudioState state()
 {
@@ -57,7 +57,7 @@ void request(int node, const QVariant &value)
         return;
     }
     checkError(sent.error(), QStringLiteral("Player"));
-    // A source that can't be played ends the one before.
+    // A source that can't be played ends the previous one.
     FUZZ_CHECK(path == TavoPlayerMainAudioPlayPath() || state() == before,
                "a refused request has changed the state");
 }
@@ -78,7 +78,7 @@ void endMusic(int how)
     checkState();
 }
 
-/// The time for what is to be tried again is over.
+/// The time after which something is tried again has passed.
 void fireTimers(const LoadedModule &module)
 {
     const auto timers = module.worker()->findChildren<QTimer *>();
@@ -92,7 +92,7 @@ void fireTimers(const LoadedModule &module)
     checkState();
 }
 
-// Inputs name steps by these numbers.
+// The numbers of the steps in inputs.
 enum class Step { Request, EndMusic, FailPlay, FireTimers, Count };
 
 void readStep(ByteReader &input, ValueReader &values, const LoadedModule &module)
@@ -125,7 +125,7 @@ void fuzzOne(ByteReader &input)
         const LoadedModule module(QStringLiteral(TAVO_PLAYER_MODULE), "player");
         deliverPosted();
         ValueReader values(input);
-        for (int i = 0; i < mostSteps && !input.isEmpty(); ++i) {
+        for (int i = 0; i < maxSteps && !input.isEmpty(); ++i) {
             readStep(input, values, module);
         }
     }

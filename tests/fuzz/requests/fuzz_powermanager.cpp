@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Sequences of requests to the power manager's nodes, with modules that answer a revoke, refuse it,
-// keep it, or are the power manager itself.
+// Sequences of requests to the power manager's nodes. Modules answer a revoke, refuse it, or do not
+// reply; one of them is the power manager itself.
 
 #include "fuzz/support/Fuzz.h"
 #include "fuzz/support/SentRequest.h"
@@ -14,7 +14,7 @@
 #include <QTimer>
 
 namespace {
-constexpr int mostSteps = 200;
+constexpr int maxSteps = 200;
 
 const CMPath &modulePath()
 {
@@ -46,7 +46,7 @@ public:
         checkState();
         m_sent.push_back(sent);
         if (path == TavoPowerManagerStandbyPath()) {
-            return; // answered when the holders have stopped, refused by a resume
+            return; // answered when the holders have stopped, or refused by a resume
         }
         sent.checkAnswered();
         if (sent.isRefused()) {
@@ -103,7 +103,7 @@ public:
         checkState();
     }
 
-    /// Whoever doesn't answer is waited for no longer than the time for it.
+    /// A module that does not reply delays standby only up to the timeout.
     void finish()
     {
         fireTimer();
@@ -143,7 +143,7 @@ private:
     LoadedModule m_module;
 };
 
-// Inputs name steps by these numbers.
+// The numbers of the steps in inputs.
 enum class Step { Request, SetAnswer, AnswerKept, Publish, FireTimer, Count };
 
 void readStep(ByteReader &input, ValueReader &values, FuzzedPowerManager &module)
@@ -176,7 +176,7 @@ void fuzzOne(ByteReader &input)
 {
     FuzzedPowerManager module;
     ValueReader values(input);
-    for (int i = 0; i < mostSteps && !input.isEmpty(); ++i) {
+    for (int i = 0; i < maxSteps && !input.isEmpty(); ++i) {
         readStep(input, values, module);
     }
     module.finish();

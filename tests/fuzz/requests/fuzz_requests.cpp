@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // Sequences of requests to the four request nodes and the revoke node of the notifications module,
-// among what services, players, timers and clients may do meanwhile.
+// mixed with events of services, players, timers and clients.
 
 #include "fuzz/requests/FuzzedNotifications.h"
 #include "fuzz/support/Fuzz.h"
@@ -12,7 +12,7 @@ namespace {
 using Node = NotificationsNode;
 using Step = NotificationsStep;
 
-constexpr int mostSteps = 200;
+constexpr int maxSteps = 200;
 
 Node readNode(ByteReader &input)
 {
@@ -81,7 +81,7 @@ void fuzzOne(ByteReader &input)
     FuzzedNotifications module;
     ValueReader values(input);
     values.setKnown([&module](int which) { return module.knownPath(which); });
-    for (int i = 0; i < mostSteps && !input.isEmpty(); ++i) {
+    for (int i = 0; i < maxSteps && !input.isEmpty(); ++i) {
         readStep(input, values, module);
     }
     module.finish();

@@ -46,7 +46,7 @@ QByteArray suitable(FuzzRecord kind, int number)
 
 void writeModuleConfigurations(const SeedFolder &folder)
 {
-    // No value by itself, and nothing in the first record behind it.
+    // No value for the reader, then an empty first record.
     const QByteArray none(int(fuzzFields(FuzzRecord::PlayerConfiguration).size()) + 2, '\0');
     folder.write("empty", none);
     folder.write("in-range", QByteArray(1, '\0') + suitable(FuzzRecord::PlayerConfiguration, 0) +

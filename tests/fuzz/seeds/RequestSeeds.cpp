@@ -62,7 +62,7 @@ public:
                            .setRevokeResources({TavoPowerManagerResources::Audio})
                            .__variant());
     }
-    /// The newest open notification is the first of the known paths.
+    /// The newest open notification is the first known path.
     Sequence &cancelKnown(int which)
     {
         step(NotificationsStep::Request).byte(int(NotificationsNode::CancelNotify));
@@ -186,12 +186,12 @@ void writeWrongRequests(const SeedFolder &folder)
         }
         folder.write("deep-" + QByteArray::number(kind), deep.bytes());
     }
-    // As deep as it gets.
-    Sequence deepest;
-    deepest.step(Step::Request).byte(int(Node::Open));
-    deepest.nested(0, 14, {});
-    deepest.value(1);
-    folder.write("deepest", deepest.bytes());
+    // The maximum depth.
+    Sequence maxDepth;
+    maxDepth.step(Step::Request).byte(int(Node::Open));
+    maxDepth.nested(0, 14, {});
+    maxDepth.value(1);
+    folder.write("max-depth", maxDepth.bytes());
     Sequence atOnce;
     atOnce.step(Step::AtOnce, {2});
     for (const char *id : {"a", "b", "a"}) {
@@ -201,7 +201,7 @@ void writeWrongRequests(const SeedFolder &folder)
     folder.write("at-once", atOnce.bytes());
 }
 
-/// A step of the services' fuzzers: a request to the node of that number.
+/// A step for the fuzzers of services: a request to the node with that number.
 QByteArray serviceRequest(int node, const QVariant &sent)
 {
     ValueWriter writer;
@@ -219,12 +219,12 @@ void writePowerManagerRequests(const SeedFolder &folder)
                                                    .setRevokeResourcesPath(own)
                                                    .setPostRevokeResourcesPath(own)
                                                    .__variant());
-    const auto wish = TavoPowerManagerResourceRequest()
-                          .setModuleName(QStringLiteral("a"))
-                          .setResource(TavoPowerManagerResources::Audio)
-                          .setAction(TavoPowerModuleActions::Acquire);
-    const QByteArray acquire = serviceRequest(1, wish.__variant());
-    const QByteArray release = serviceRequest(1, TavoPowerManagerResourceRequest(wish)
+    const auto request = TavoPowerManagerResourceRequest()
+                             .setModuleName(QStringLiteral("a"))
+                             .setResource(TavoPowerManagerResources::Audio)
+                             .setAction(TavoPowerModuleActions::Acquire);
+    const QByteArray acquire = serviceRequest(1, request.__variant());
+    const QByteArray release = serviceRequest(1, TavoPowerManagerResourceRequest(request)
                                                      .setAction(TavoPowerModuleActions::Release)
                                                      .__variant());
     const QByteArray standby = serviceRequest(2, QVariant());

@@ -10,7 +10,7 @@
 
 #include <stdexcept>
 
-/// The folder of the seeds of one fuzzer.
+/// The folder with the seeds of a fuzzer.
 class SeedFolder
 {
 public:

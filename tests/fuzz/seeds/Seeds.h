@@ -5,7 +5,7 @@
 
 #include <QString>
 
-// Each writes the seeds of some fuzzers below the folder.
+// Each writes the seeds of some fuzzers to subfolders of the folder.
 
 void writeRequestSeeds(const QString &corpus);
 void writeValueSeeds(const QString &corpus);

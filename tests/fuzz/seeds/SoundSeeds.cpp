@@ -32,7 +32,7 @@ const Format formats[] = {
     {"mp3", SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III, 44100},
 };
 
-/// How the playback's fuzzer is told what to do with the bytes behind it.
+/// The first bytes of an input tell the playback's fuzzer what to do with the rest.
 QByteArray playback(int kind, bool loop, const QByteArray &commands, const char *mediaType)
 {
     ValueWriter writer;

@@ -8,7 +8,7 @@
 #include <core/tavo.h>
 
 namespace {
-/// Every field of every record with what suits it, and then with what doesn't.
+/// Writes every field of every record, with a valid value and with an invalid one.
 void writeRecords(const SeedFolder &folder)
 {
     const QVariant samples[] = {true,

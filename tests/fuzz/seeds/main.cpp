@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Writes the fuzzers' seeds: fuzz_seeds FOLDER. Those in the repository were made so.
+// Writes the fuzzers' seeds: fuzz_seeds FOLDER. This made the seeds in the corpus.
 
 #include "fuzz/seeds/Seeds.h"
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// In place of the one that loads a library: here all is one.
+// Replaces the loader of the playback library, which is linked into the fuzzer.
 
 #include <playback/loader/PlaybackLibrary.h>
 

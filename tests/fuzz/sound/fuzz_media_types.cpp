@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Stream formats and sources: any text as a media type and as a place, and any bytes as the samples
-// of a raw stream.
+// Stream formats and sources: any text as a media type and as a location, and any bytes as the
+// samples of a raw stream.
 
 #include "fuzz/support/Fuzz.h"
 #include "fuzz/support/ValueReader.h"
@@ -19,7 +19,7 @@ void checkSamples(const PcmFormat &format, const QByteArray &bytes)
     const int count = bytes.size() / format.bytesPerSample();
     std::vector<float> samples(std::size_t(count), 0.0F);
     decodePcm(format.encoding, bytes.constData(), samples.data(), count);
-    // Floats are passed on as they are.
+    // Floats are passed on unchanged.
     const bool isFloat =
         format.encoding == PcmEncoding::F32LE || format.encoding == PcmEncoding::F32BE;
     for (const float sample : samples) {
@@ -45,7 +45,7 @@ void checkFormat(const QString &mediaType, const QByteArray &bytes)
     checkSamples(*format.pcm, bytes);
 }
 
-/// A file, a server's sound, or a reason.
+/// The location is a file, a URI of a server, or an error with a reason.
 void checkLocation(const QString &name)
 {
     const Result<SoundLocation> parsed = parseSoundLocation(name);

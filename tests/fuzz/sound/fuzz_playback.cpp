@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The players on a device without hardware, with corrupted sounds as data, as a file and as a
-// stream, and with what a caller may do meanwhile. One end signal in a player's life, whatever comes.
+// The players on a device without hardware. Corrupted sounds come as data, as a file and as a
+// stream, while a caller pauses, resumes and stops. Each player emits exactly one end signal.
 
 #include "fuzz/support/Fuzz.h"
 #include "fuzz/support/MemoryFile.h"
@@ -18,7 +18,7 @@
 namespace {
 const QString id = QStringLiteral("id");
 
-// Takes everything at once, so that hours of sound pass in no time.
+// A device that takes everything at once, so hours of sound pass in no time.
 const QString device = QStringLiteral("null");
 
 constexpr qint64 maxBytes = 1 << 20;
@@ -57,7 +57,7 @@ std::unique_ptr<SimplePlayer> makePlayer(int kind, const QString &format, const 
     return std::make_unique<StreamSimplePlayer>(path, format, id, device, nullptr);
 }
 
-/// False once the player has said that it can't play.
+/// False once the player has refused to play.
 bool follow(SimplePlayer &player, const Ends &ends, const QByteArray &commands)
 {
     bool playable = player.play();

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Sound data, good and corrupted, through the decoding that the players use: from memory and from a
-// file, to the end, and once more from the first frame.
+// Sound data, valid and corrupted, decoded like in the players: from memory and from a file, to the
+// end, and again from the first frame.
 
 #include "fuzz/support/Fuzz.h"
 #include "fuzz/support/MemoryFile.h"

@@ -9,9 +9,9 @@
 #include <cstdint>
 #include <cstring>
 
-/// Takes an input apart from its front, so that a seed can be written by hand or by ValueWriter and
-/// a mutation behind a place leaves what was read before it alone. An input at its end goes on as
-/// zeros: every input means something.
+/// Reads an input from front to back, so seeds can be written by hand or by ValueWriter, and a
+/// mutation does not change what was read before it. After the end it reads zeros, so every input
+/// is valid.
 class ByteReader
 {
 public:
@@ -26,7 +26,7 @@ public:
 
     std::uint8_t byte() { return isEmpty() ? std::uint8_t(0) : *m_next++; }
 
-    /// A choice of so many, at most 256.
+    /// A choice among `count`, at most 256.
     int below(int count) { return byte() % count; }
 
     /// Little-endian.
@@ -42,7 +42,7 @@ public:
         return result;
     }
 
-    /// At most so many.
+    /// At most `count` bytes.
     QByteArray bytes(int count)
     {
         const int size = std::min(count, left());

@@ -56,10 +56,10 @@ const std::vector<Fields> &schemas()
         // ResourceRequest
         {{"moduleName", Field::Text}, {"resource", Field::Int}, {"action", Field::Int}},
         // ResourceHolders
-        {{"resource", Field::Int}, {"holders", Field::Texts}},
+        {{"resource", Field::Int}, {"holders", Field::Strings}},
         // PowerManagerState
         {{"standby", Field::Bool},
-         {"modules", Field::Texts},
+         {"modules", Field::Strings},
          {"resources", Field::Records, Record::ResourceHolders}},
         // DuckingRequest
         {{"duckAudio", Field::Bool}, {"requester", Field::Text}},
@@ -70,7 +70,7 @@ const std::vector<Fields> &schemas()
          {"source", Field::Text},
          {"volume", Field::Double},
          {"ducked", Field::Bool},
-         {"requesters", Field::Texts},
+         {"requesters", Field::Strings},
          {"error", Field::Text}},
         // Roles
         {{"type", Field::Int}, {"title", Field::Translatable}},
@@ -81,7 +81,7 @@ const std::vector<Fields> &schemas()
          {"source", Field::Text},
          {"disambiguation", Field::Text},
          {"count", Field::Int},
-         {"arguments", Field::Texts}},
+         {"arguments", Field::Strings}},
         // PlayerConfiguration
         {{"notificationsDevice", Field::Text},
          {"mainDevice", Field::Text},

@@ -7,14 +7,25 @@
 
 #include <vector>
 
-/// What the system's requesters say: keys, ids, paths, media types, and texts that are odd on
-/// purpose. An input names one by its number: with new ones the seeds are to be written anew.
+/// What clients of the system send: keys, ids, paths, media types, and odd texts. Inputs contain
+/// the numbers of these, so after a change the seeds must be written again.
 const std::vector<QString> &fuzzWords();
 
-/// What a field of a record should hold.
-enum class FuzzField { Bool, Int, Double, Text, Path, Translatable, Ints, Texts, Record, Records };
+/// What a record's field should hold.
+enum class FuzzField {
+    Bool,
+    Int,
+    Double,
+    Text,
+    Path,
+    Translatable,
+    Ints,
+    Strings,
+    Record,
+    Records
+};
 
-/// The kinds of record; the order is that of the inputs' numbers.
+/// The kinds of records, by their numbers in inputs.
 enum class FuzzRecord {
     Value,
     PlayerItem,

@@ -9,14 +9,14 @@
 #include <sstream>
 #include <string>
 
-/// What a fuzzer does with one input. Called in the main thread, with a QCoreApplication there and
-/// every log record rendered; a record at FATAL is a finding.
+/// Runs one input. Called in the main thread, with a QCoreApplication. Every log record is
+/// rendered, and a record at FATAL is a finding.
 void fuzzOne(ByteReader &input);
 
 /// Ends the process with a finding.
 [[noreturn]] void fuzzFinding(const char *file, int line, const std::string &text);
 
-/// A property that holds for every input; what stands behind the comma is a stream expression.
+/// Checks something that must hold for every input. The second argument is a stream expression.
 #define FUZZ_CHECK(condition, text)                                                                \
     do {                                                                                           \
         if (!(condition)) {                                                                        \

@@ -14,7 +14,7 @@
 #include <iostream>
 
 namespace {
-/// Nothing that a requester sends may bring the system to its last resort.
+/// Nothing that a client sends may lead to a record at FATAL.
 class FatalIsAFinding : public log4cplus::Appender
 {
 public:
@@ -44,7 +44,7 @@ void fuzzFinding(const char *file, int line, const std::string &text)
 
 extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
 {
-    // Neither is ever destroyed: libFuzzer leaves the process by _exit().
+    // Never destroyed, since libFuzzer ends the process by _exit().
     static auto *logging = new log4cplus::Initializer;
     static auto *application = new QCoreApplication(*argc, *argv);
     static_cast<void>(logging);
@@ -52,7 +52,7 @@ extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
     log4cplus::Logger root = log4cplus::Logger::getRoot();
     root.removeAllAppenders();
     root.addAppender(log4cplus::SharedAppenderPtr(new FatalIsAFinding));
-    // Rendering is part of what is fuzzed: texts from outside go into log lines.
+    // Rendered because texts from outside go into log lines.
     root.setLogLevel(log4cplus::TRACE_LOG_LEVEL);
     return 0;
 }

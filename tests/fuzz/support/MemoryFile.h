@@ -9,14 +9,14 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-/// A regular file that needs no disk and goes with the object.
+/// A regular file in memory. Removed with the object.
 class MemoryFile
 {
 public:
     explicit MemoryFile(const QByteArray &bytes)
         : m_descriptor(memfd_create("fuzz", MFD_CLOEXEC))
     {
-        // In memory it is written at once or not at all, and then the sound is too short.
+        // In memory, a write is complete or fails; then the sound is too short.
         const ssize_t written = ::write(m_descriptor, bytes.constData(), std::size_t(bytes.size()));
         static_cast<void>(written);
     }

@@ -8,7 +8,7 @@
 
 #include <memory>
 
-/// A request that counts how often its requester is told of the end.
+/// A request that counts how often its end is reported.
 class SentRequest
 {
 public:
@@ -23,7 +23,7 @@ public:
 
     bool isAnswered() const { return m_reply.isFinished(); }
 
-    /// Every request is answered, once.
+    /// Checks that the request was answered once.
     void checkAnswered() const
     {
         FUZZ_CHECK(isAnswered(), "no answer from " << m_path);
@@ -40,7 +40,7 @@ private:
     std::shared_ptr<int> m_told;
 };
 
-/// An error has a name, and a text and a title for people.
+/// Checks that an error has a name, a text and a title.
 inline void checkError(const CMError &error, const QString &name)
 {
     FUZZ_CHECK(error.name() == name, error.name());

@@ -5,8 +5,8 @@
 
 #include <cstdint>
 
-/// How an input spells a value: a byte that says what follows. Numbers, not places in a table of
-/// functions: seeds depend on them, so new ones go before Count.
+/// How a value is written in an input: a byte with its kind, then its content. Seeds contain these
+/// numbers, so new ones go before Count.
 enum class FuzzTag : std::uint8_t {
     None,
     Bool,   // byte
@@ -19,27 +19,27 @@ enum class FuzzTag : std::uint8_t {
     OddDouble,
     Text, // a FuzzText
     Bytes,
-    List,     // count, values
-    TextList, // count, texts
-    Hash,     // count, a text and a value each
+    List,       // count, values
+    StringList, // count, strings
+    Hash,       // count, a string and a value for each
     Map,
     Record,     // kind, then a FuzzFill for each field
-    Nested,     // kind, exponent of two of the depth, a key unless it is lists, the value inside
-    Path,       // text; the type itself, not its text
-    Translated, // text, count of arguments; the type itself
-    Foreign,    // a type of Qt's that no record has
-    Copies,     // exponent of two of how many, then a value before List
-    Known,      // what the fuzzer has learned from the system, such as an open notification's path
+    Nested,     // kind, exponent of two of the depth, a key unless these are lists, the inner value
+    Path,       // string; of type CMPath
+    Translated, // string, count of arguments; of the translatable type
+    Foreign,    // a Qt type that no record has
+    Copies,     // exponent of two of their number, then a value before List
+    Known,      // something that the fuzzer has learned, such as the path of an open notification
     Count
 };
 
 enum class FuzzText : std::uint8_t {
     Word,  // number
     Short, // count, UTF-8
-    Wide,  // count, UTF-16: anything, halves of surrogates too
-    Huge,  // a UTF-16 unit, then the exponent of two of how many
+    Wide,  // count, UTF-16: anything, also halves of surrogates
+    Huge,  // a UTF-16 unit, then the exponent of two of the length
     Count
 };
 
-/// What becomes of a record's field.
+/// What happens to a record's field.
 enum class FuzzFill : std::uint8_t { Left, Suitable, Any, Count };

@@ -14,11 +14,11 @@
 #include <limits>
 
 namespace {
-constexpr int mostDepth = 12;
-constexpr int mostExponent = 17;
-constexpr int mostLevelsExponent = 14;
-constexpr int mostCopiesExponent = 12;
-constexpr int mostCopiedText = 64;
+constexpr int maxDepth = 12;
+constexpr int maxExponent = 17;
+constexpr int maxLevelsExponent = 14;
+constexpr int maxCopiesExponent = 12;
+constexpr int maxCopiedText = 64;
 } // namespace
 
 int ValueReader::count()
@@ -49,7 +49,7 @@ QString ValueReader::text()
     }
     case FuzzText::Huge: {
         const auto unit = QChar(m_input.number<ushort>());
-        result = QString(1 << m_input.below(mostExponent + 1), unit);
+        result = QString(1 << m_input.below(maxExponent + 1), unit);
         break;
     }
     case FuzzText::Count:
@@ -62,7 +62,7 @@ QString ValueReader::text()
 
 QVariant ValueReader::value(int depth)
 {
-    if (depth > mostDepth || --m_valuesLeft < 0) {
+    if (depth > maxDepth || --m_valuesLeft < 0) {
         return {};
     }
     const int tag = m_input.below(int(FuzzTag::Count));
@@ -123,7 +123,7 @@ QVariant ValueReader::container(int tag, int depth)
     switch (FuzzTag(tag)) {
     case FuzzTag::List:
         return list(count(), depth);
-    case FuzzTag::TextList: {
+    case FuzzTag::StringList: {
         QStringList texts;
         for (int i = count(); i > 0; --i) {
             texts.append(text());
@@ -159,12 +159,13 @@ QVariant ValueReader::container(int tag, int depth)
     }
 }
 
-// Of what is small: copies share, and lists of copies of lists would be small in memory only.
+// Copies small values only: copies share memory, so lists of copies of lists would be small in
+// memory only.
 QVariantList ValueReader::copies()
 {
-    const int exponent = m_input.below(mostCopiesExponent + 1);
+    const int exponent = m_input.below(maxCopiesExponent + 1);
     const QVariant copied = scalar(m_input.below(int(FuzzTag::List)));
-    const int count = copied.toString().size() <= mostCopiedText ? 1 << exponent : 1;
+    const int count = copied.toString().size() <= maxCopiedText ? 1 << exponent : 1;
     QVariantList result;
     result.reserve(count);
     for (int i = 0; i < count; ++i) {
@@ -195,7 +196,7 @@ QVariantHash ValueReader::hash(int depth)
 QVariantHash ValueReader::record(FuzzRecord kind, int depth)
 {
     QVariantHash fields;
-    if (depth > mostDepth) {
+    if (depth > maxDepth) {
         return fields;
     }
     for (const FuzzFieldOf &field : fuzzFields(kind)) {
@@ -226,7 +227,7 @@ QVariant ValueReader::suitable(const FuzzFieldOf &field, int depth)
     case FuzzField::Text:
         return text();
     case FuzzField::Path: {
-        // Half of them are paths that the system itself has made.
+        // Half of them are paths published by the system.
         const int which = m_input.byte();
         return m_known && which % 2 == 0 ? m_known(which / 2) : QVariant(QLatin1Char('/') + text());
     }
@@ -239,7 +240,7 @@ QVariant ValueReader::suitable(const FuzzFieldOf &field, int depth)
         }
         return numbers;
     }
-    case FuzzField::Texts: {
+    case FuzzField::Strings: {
         QVariantList texts;
         for (int i = m_input.below(4); i > 0; --i) {
             texts.append(text());
@@ -261,13 +262,13 @@ QVariant ValueReader::suitable(const FuzzFieldOf &field, int depth)
 
 QVariant ValueReader::translatable()
 {
-    return m_input.byte() % 2 == 0 ? QVariant(text()) : record(FuzzRecord::Translation, mostDepth);
+    return m_input.byte() % 2 == 0 ? QVariant(text()) : record(FuzzRecord::Translation, maxDepth);
 }
 
 QVariant ValueReader::nested(int depth)
 {
     const int kind = m_input.below(3);
-    const int wanted = 1 << m_input.below(mostLevelsExponent + 1);
+    const int wanted = 1 << m_input.below(maxLevelsExponent + 1);
     const int levels = std::min(wanted, m_levelsLeft);
     m_levelsLeft -= levels;
     const QString key = kind == 0 ? QString() : text();

@@ -10,20 +10,20 @@
 
 #include <functional>
 
-/// Makes values of an input: any type, any nesting, any size, wrong types where records expect
-/// others. Each input may make only so much of it, so that time and memory stay bounded.
+/// Reads values from an input: any type, depth and size, also wrong types where records expect
+/// others. Limits each input, so time and memory stay bounded.
 class ValueReader
 {
 public:
-    /// 10,000 levels are far more than any door into the process lets in.
-    static constexpr int mostLevels = 10000;
+    /// Far more levels than any interface of the process accepts.
+    static constexpr int maxLevels = 10000;
 
     explicit ValueReader(ByteReader &input)
         : m_input(input)
     {
     }
 
-    /// Where the values come from that an input can't know; the number says which.
+    /// Provides values that an input can't know. The number chooses one.
     void setKnown(std::function<QVariant(int)> known) { m_known = std::move(known); }
 
     QVariant value() { return value(0); }
@@ -50,5 +50,5 @@ private:
     std::function<QVariant(int)> m_known;
     int m_valuesLeft = 4000;
     int m_charactersLeft = 1 << 18;
-    int m_levelsLeft = mostLevels;
+    int m_levelsLeft = maxLevels;
 };

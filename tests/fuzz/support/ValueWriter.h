@@ -8,7 +8,7 @@
 #include <QByteArray>
 #include <QVariant>
 
-/// Spells values so that ValueReader reads them: for seeds.
+/// Writes values for seeds in the format of ValueReader.
 class ValueWriter
 {
 public:
@@ -24,7 +24,7 @@ public:
     void text(const QString &text);
     void value(const QVariant &value);
 
-    /// Opens two to the exponent levels; the value inside is to follow.
+    /// Opens 2^exponent levels. The inner value must follow.
     void nested(int kind, int exponent, const QString &key);
 
     const QByteArray &bytes() const { return m_bytes; }

@@ -8,7 +8,7 @@
 #include <vector>
 
 namespace {
-/// Values whose turn is still to come: a stack of its own, since values nest deeper than calls may.
+/// The values still to be visited. An explicit stack, since values can nest deeper than calls.
 using Pairs = std::vector<std::pair<QVariant, QVariant>>;
 
 template <typename Fields>

@@ -5,10 +5,10 @@
 
 #include <QVariant>
 
-/// Whether two values are the same to the last bit and type: not-a-number is the same as itself, and
-/// 2 is not the same as "2".
+/// Whether two values are identical, including their types: NaN equals itself, but 2 does not equal
+/// "2".
 bool isSame(const QVariant &left, const QVariant &right);
 
-/// Whether a value is what records are made of, all the way down: numbers, truth values, texts,
-/// bytes, lists and hashes.
+/// Whether a value consists only of what records are made of: numbers, booleans, strings, bytes,
+/// lists and hashes.
 bool isPlainData(const QVariant &value);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Paths out of any text and any value: parsing, taking apart, putting together, and the round trip.
+// Paths from any text and any value: parsing, splitting, joining, and the round trip.
 
 #include "fuzz/support/Fuzz.h"
 #include "fuzz/support/ValueReader.h"
@@ -23,7 +23,7 @@ void checkCanonical(const CMPath &path)
     FUZZ_CHECK(TavoValue().setPath(path).path() == path, text);
 }
 
-/// Taken apart from its end and put together again, a path is the same.
+/// A path that is split from its end and joined again is the same.
 void checkSegments(const CMPath &path)
 {
     QStringList segments;

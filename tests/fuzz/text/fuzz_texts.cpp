@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Texts that go through the system: translatable ones out of any value, log lines, signatures and
-// the levels of the log.
+// Texts in the system: translatable texts from any value, log lines, signatures and the levels of
+// the log.
 
 #include "fuzz/support/Fuzz.h"
 #include "fuzz/support/ValueReader.h"
@@ -25,7 +25,7 @@ void checkTranslatable(const QVariant &value)
                carried);
 }
 
-/// A value can't break a log line, nor forge one.
+/// A value can neither break nor forge a log line.
 void checkOneLine(const QVariant &value)
 {
     std::ostringstream stream;
@@ -34,17 +34,17 @@ void checkOneLine(const QVariant &value)
         const auto code = static_cast<unsigned char>(c);
         FUZZ_CHECK(code >= 0x20 && code != 0x7f, int(code));
     }
-    // Types that no record has may have nothing to say: an empty URL.
+    // Other types may be written as nothing, such as an empty URL.
     FUZZ_CHECK(!stream.str().empty() || !isPlainData(value), "a value is written as nothing");
 }
 
 void checkSignature(const QByteArray &signature)
 {
-    const QByteArray text = signature.constData(); // to its first null, as functions see it
+    const QByteArray text = signature.constData(); // up to its first null, as a function sees it
     const QByteArray context = trExtractContext(text.constData());
     FUZZ_CHECK(!context.contains('('), context.constData());
     FUZZ_CHECK(text.contains(context), context.constData());
-    // It moves blanks only, but for a name that compilers spell differently.
+    // Only blanks move, and one name that compilers spell differently.
     const QByteArray rendered =
         QByteArray::fromStdString(dbglog_scopedFunction(signature.toStdString(), "Fuzz"));
     FUZZ_CHECK(signature.contains("anonymous") ||

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Any value into every record's getters, and back through its setters.
+// Any value into every getter of a record, and back through its setter.
 
 #include "fuzz/support/Fuzz.h"
 #include "fuzz/support/ValueReader.h"
@@ -15,7 +15,7 @@ QVariant carried(const T &value)
     return TavoCodec<T>::write(value);
 }
 
-/// What was read goes back by the setter and reads the same; every other field stays as it was.
+/// Passing the read value to the setter reads the same, and leaves every other field as it was.
 template <typename Record, typename T>
 void checkField(const QVariantHash &fields, const char *key, T (Record::*get)() const,
                 Record &(Record::*set)(const T &))
@@ -103,7 +103,7 @@ void checkValue(const QVariantHash &fields)
     CHECK(TavoValue, powerManagerState, setPowerManagerState);
 }
 
-/// The elements of a typed list read one by one and put into a new list read the same.
+/// Copying the elements of a typed list one by one gives an equal list.
 template <typename T>
 void checkList(const QVariant &value)
 {
@@ -118,7 +118,7 @@ void checkList(const QVariant &value)
     }
 }
 
-/// What a whole number reads as is the number, or nothing.
+/// A whole number is read as that number, or not at all.
 void checkInteger(const QVariant &value)
 {
     const qint64 number = TavoCodec<qint64>::read(value);
