@@ -41,15 +41,31 @@ QVariantList readRows(BusReader &reply)
     return rows;
 }
 
+TavoClientNode readNode(BusReader &reply)
+{
+    // A braced list is evaluated in its order.
+    return {CMPath(reply.readString()), reply.readString(), reply.readString()};
+}
+
 QVector<TavoClientNode> readNodes(BusReader &reply)
 {
     QVector<TavoClientNode> nodes;
     reply.enterArray("(sss)");
     while (!reply.isAtEnd()) {
         reply.enterStruct("sss");
-        CMPath path(reply.readString());
-        const QString kind = reply.readString();
-        nodes.append({path, kind, reply.readString()});
+        nodes.append(readNode(reply));
+        reply.leave();
+    }
+    return nodes;
+}
+
+QVector<TavoClientDescription> readDescriptions(BusReader &reply)
+{
+    QVector<TavoClientDescription> nodes;
+    reply.enterArray("(ssss)");
+    while (!reply.isAtEnd()) {
+        reply.enterStruct("ssss");
+        nodes.append({readNode(reply), reply.readString()});
         reply.leave();
     }
     return nodes;
@@ -168,6 +184,19 @@ CMReply<QVector<TavoClientNode>> TavoClient::list(const CMPath &path)
 CMReply<QVector<TavoClientNode>> TavoClient::tree(const CMPath &path)
 {
     return nodes("Tree", path);
+}
+
+CMReply<QVector<TavoClientDescription>> TavoClient::describe(const QVector<CMPath> &paths)
+{
+    const auto writePaths = [paths](BusWriter &call) {
+        call.openArray("s");
+        for (const CMPath &path : paths) {
+            write(call, path);
+        }
+        call.close();
+    };
+    return m_bus->ask<QVector<TavoClientDescription>>(BusInterface::model(), "Describe", writePaths,
+                                                      readDescriptions);
 }
 
 CMReply<bool> TavoClient::close(const CMPath &path)

@@ -26,6 +26,12 @@ struct TavoClientNode
     QString title;
 };
 
+/// A node and its text, such as a message of the display.
+struct TavoClientDescription : TavoClientNode
+{
+    QString text; ///< the title of the node's first row; empty for a node without rows
+};
+
 /// The model of a host in another process, over a message bus.
 ///
 /// Nothing blocks, neither requests nor connecting. Lives in the thread that made it, whose event loop
@@ -82,6 +88,9 @@ public:
     CMReply<QVector<TavoClientNode>> list(const CMPath &path = {});
     /// All nodes at and below a path.
     CMReply<QVector<TavoClientNode>> tree(const CMPath &path = {});
+
+    /// The nodes at the paths, in their order. Paths without a node are left out.
+    CMReply<QVector<TavoClientDescription>> describe(const QVector<CMPath> &paths);
 
     /// Asks the node's owner to close it, as a user does. False when nobody listens.
     CMReply<bool> close(const CMPath &path);

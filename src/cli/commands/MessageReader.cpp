@@ -3,48 +3,63 @@
 
 #include "cli/commands/MessageReader.h"
 
+#include <QHash>
+
 namespace {
 using Use = std::function<void(const ShownMessages &, const CMError &)>;
 
-/// What has been read so far; shared by the pending replies.
+/// What has been read so far.
 struct Reading
 {
-    ShownMessages messages;
-    int pending = 0;
+    TavoClient &client;
+    QObject *context;
     Use use;
-
-    void answered()
-    {
-        if (--pending == 0) {
-            use(messages, {});
-        }
-    }
+    QVector<CMPath> paths; ///< of the messages
+    bool isCut;            ///< there are more messages
+    QHash<CMPath, TavoClientDescription> nodes{};
 };
 
-/// The text of a message, which is the first row of its node.
-QString textOf(const QVariantList &rows)
+ShownMessages messagesOf(const Reading &reading)
 {
-    const QVariantHash row = rows.isEmpty() ? QVariantHash() : rows.first().toHash();
-    return TavoRoles(row).title().toString();
+    ShownMessages result;
+    for (const CMPath &path : reading.paths) {
+        const TavoClientDescription node = reading.nodes.value(path);
+        result.messages.append({path, node.title, node.text});
+    }
+    result.isCut = reading.isCut;
+    return result;
 }
 
-void readOne(TavoClient &client, QObject *context, const std::shared_ptr<Reading> &reading,
-             int index)
+/// Whether the request or its reply is too large.
+bool isTooMuch(const CMError &error)
 {
-    const CMPath path = reading->messages.messages[index].path;
-    reading->pending += 2;
-    client.tree(path).onFinished(
-        context, [reading, index, path](const CMReply<QVector<TavoClientNode>> &answer) {
-            const auto nodes = answer.value();
-            if (!nodes.isEmpty() && nodes.first().path == path) {
-                reading->messages.messages[index].title = nodes.first().title;
+    return error.name() == TavoClientError::limitExceeded() ||
+           error.name() == QLatin1String("UnsupportedValue");
+}
+
+/// Describes the messages from one on, up to so many with a request, or fewer if that is too much.
+void describe(const std::shared_ptr<Reading> &reading, int first, int count)
+{
+    const QVector<CMPath> paths = reading->paths.mid(first, count);
+    if (paths.isEmpty()) {
+        reading->use(messagesOf(*reading), {});
+        return;
+    }
+    reading->client.describe(paths).onFinished(
+        reading->context, [=](const CMReply<QVector<TavoClientDescription>> &answer) {
+            const CMError error = answer.error();
+            if (isTooMuch(error) && paths.size() > 1) {
+                describe(reading, first, paths.size() / 2);
+                return;
             }
-            reading->answered();
-        });
-    client.rows(path, 0, 1)
-        .onFinished(context, [reading, index](const CMReply<QVariantList> &answer) {
-            reading->messages.messages[index].text = textOf(answer.value());
-            reading->answered();
+            if (error.isError() && !isTooMuch(error)) {
+                reading->use({}, error);
+                return;
+            }
+            for (const TavoClientDescription &node : answer.value()) {
+                reading->nodes.insert(node.path, node);
+            }
+            describe(reading, first + paths.size(), count);
         });
 }
 } // namespace
@@ -74,17 +89,12 @@ void readMessages(TavoClient &client, QObject *context, int max, const Use &use)
                 use({}, answer.error());
                 return;
             }
-            const auto reading = std::make_shared<Reading>();
-            reading->use = use;
-            for (const QVariant &row : answer.value().mid(0, max)) {
-                reading->messages.messages.append({CMPath::fromQVariant(row), {}, {}});
+            const QVariantList rows = answer.value();
+            const auto reading =
+                std::make_shared<Reading>(Reading{client, context, use, {}, rows.size() > max});
+            for (const QVariant &row : rows.mid(0, max)) {
+                reading->paths.append(CMPath::fromQVariant(row));
             }
-            reading->messages.isCut = answer.value().size() > max;
-            // One more than the requests, until all are sent.
-            reading->pending = 1;
-            for (int i = 0; i < reading->messages.messages.size(); ++i) {
-                readOne(client, context, reading, i);
-            }
-            reading->answered();
+            describe(reading, 0, max);
         });
 }

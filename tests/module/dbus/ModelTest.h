@@ -47,6 +47,10 @@ public:
             writer.writeInt32(count);
         });
     }
+    BusCall describe(const QStringList &paths)
+    {
+        return call("Describe", [&](BusWriter &writer) { writer.writeStringList(paths); });
+    }
     BusCall subscribe(const QString &path, const QString &change)
     {
         return ask("Subscribe", {path, change});

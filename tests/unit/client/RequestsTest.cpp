@@ -135,6 +135,25 @@ TEST_F(ClientRequestsTest, GivesTheTreeOfTheWholeModel)
     EXPECT_GE(reply.value().size(), 1);
 }
 
+TEST_F(ClientRequestsTest, DescribesNodes)
+{
+    auto *rooms = CMListRowsNode::create(m_service.nodes(), path("/house/rooms"));
+    rooms->setTitle("The rooms"_s);
+    rooms->rowsAppend(TavoRoles().setTitle("Kitchen"_s));
+    m_service.publish(path("/house/door/state"), TavoValue().setBool_(true));
+    const auto reply = connectedClient().describe(
+        {path("/house/rooms"), CMPath(), path("/house"), path("/house/door/state")});
+    ASSERT_TRUE(succeeds(reply));
+    const auto nodes = reply.value();
+    ASSERT_EQ(nodes.size(), 2);
+    EXPECT_EQ(nodes[0].path, path("/house/rooms"));
+    EXPECT_EQ(nodes[0].kind, "list"_s);
+    EXPECT_EQ(nodes[0].title, "The rooms"_s);
+    EXPECT_EQ(nodes[0].text, "Kitchen"_s);
+    EXPECT_EQ(nodes[1].path, path("/house/door/state"));
+    EXPECT_EQ(nodes[1].text, ""_s);
+}
+
 TEST_F(ClientRequestsTest, ClosesANodeAndTellsWhetherAnybodyHeard)
 {
     const auto reply = connectedClient().close(path("/nobody/listens"));

@@ -36,18 +36,31 @@ void writeIndex(BusWriter &reply, const QVariant &value)
     reply.writeInt32(value.toInt());
 }
 
+void writeEntry(BusWriter &reply, const CMCatalog::Entry &entry)
+{
+    reply.writeString(BusWriter::replaceUnsendable(entry.path.toString()));
+    reply.writeString(entry.kind);
+    reply.writeString(
+        BusWriter::replaceUnsendable(entry.title.toString().left(maxListedTitleLength)));
+}
+
 void writeEntries(BusWriter &reply, const std::vector<CMCatalog::Entry> &entries)
 {
     reply.openArray("(sss)");
     for (const CMCatalog::Entry &entry : entries) {
         reply.openStruct("sss");
-        reply.writeString(BusWriter::replaceUnsendable(entry.path.toString()));
-        reply.writeString(entry.kind);
-        reply.writeString(
-            BusWriter::replaceUnsendable(entry.title.toString().left(maxListedTitleLength)));
+        writeEntry(reply, entry);
         reply.close();
     }
     reply.close();
+}
+
+/// The title of the node's first row. Nodes reply to requests for rows at once.
+QString textOf(const CMPath &path)
+{
+    const CMReply<QVariant> reply;
+    CMRoot()->getRowsRequest(CMGetRowsRequest(path, 0, 1, reply));
+    return TavoRoles(reply.value().toList().value(0).toHash()).title().toString();
 }
 } // namespace
 
@@ -76,6 +89,7 @@ void ModelInterface::on_bus_connected()
     serve("Call", &ModelInterface::callNode);
     serve("List", &ModelInterface::list);
     serve("Tree", &ModelInterface::tree);
+    serve("Describe", &ModelInterface::describe);
     serve("GetRows", &ModelInterface::getRows);
     serve("MatchRow", &ModelInterface::matchRow);
     serve("Close", &ModelInterface::closeNode);
@@ -137,6 +151,25 @@ void ModelInterface::tree(const BusMessage &call)
 {
     BusWriter reply(call.createReply(), BusWriter::maxMessageBytes);
     writeEntries(reply, CMCatalog::tree(ModelArguments::readPathOrRoot(call)));
+    m_clients.reply(call, reply.message(), reply.bytesWritten());
+}
+
+void ModelInterface::describe(const BusMessage &call)
+{
+    const QStringList paths = BusReader(call, m_clients.limits().valueBytes).readStringList();
+    BusWriter reply(call.createReply(), BusWriter::maxMessageBytes);
+    reply.openArray("(ssss)");
+    for (const QString &text : paths) {
+        const CMPath path(text);
+        const auto entry = CMCatalog::entry(path);
+        if (entry && path.toString() == text) {
+            reply.openStruct("ssss");
+            writeEntry(reply, *entry);
+            reply.writeString(BusWriter::replaceUnsendable(textOf(path)));
+            reply.close();
+        }
+    }
+    reply.close();
     m_clients.reply(call, reply.message(), reply.bytesWritten());
 }
 

@@ -40,6 +40,7 @@ private:
     void callNode(const BusMessage &call);
     void list(const BusMessage &call);
     void tree(const BusMessage &call);
+    void describe(const BusMessage &call);
     void getRows(const BusMessage &call);
     void matchRow(const BusMessage &call);
     void closeNode(const BusMessage &call);

@@ -43,6 +43,19 @@ TEST_F(DbusLimitsTest, HoldForTheSizeOfAValue)
     EXPECT_EQ(call.errorMessage(), "The value is too large");
 }
 
+TEST_F(DbusLimitsTest, HoldForThePathsThatAreDescribedAtOnce)
+{
+    // A string counts 32 bytes besides its own.
+    QStringList paths;
+    for (int i = 0; i < 50; ++i) {
+        paths.append("/test/ab"_s);
+    }
+    EXPECT_TRUE(client->describe(paths).succeeds());
+    const BusCall call = client->describe(paths << "/"_s);
+    EXPECT_EQ(call.errorName(), limitsExceeded);
+    EXPECT_EQ(call.errorMessage(), "The value is too large");
+}
+
 TEST_F(DbusLimitsTest, HoldForSubscriptionsUntilSomeEnd)
 {
     ASSERT_TRUE(client->subscribe("/a"_s, "value"_s).succeeds());

@@ -57,6 +57,8 @@ TEST_F(DbusOtherClientsTest, ReadValuesRowsAndNodes)
     EXPECT_EQ(gdbus("List", {"/"}), "([('/test', 'group', '')],)");
     EXPECT_EQ(busctl("Tree", {"s", "/test"}), "a(sss) 2 \"/test/rows\" \"list\" \"Title\" "
                                               "\"/test/value\" \"value\" \"\"");
+    EXPECT_EQ(gdbus("Describe", {"['/test/rows', '/test/none']"}),
+              "([('/test/rows', 'list', 'Title', '')],)");
 }
 
 TEST_F(DbusOtherClientsTest, SendRequestsAndGetTheirReplies)

@@ -78,6 +78,7 @@ TEST_F(DbusPolicyTest, DoesNotLetEveryoneReadOrSendRequests)
     for (const QStringList &arguments :
          {QStringList{"GetValue", "s", "/test/value"},
           QStringList{"GetRows", "sii", "/a", "0", "1"}, QStringList{"Tree", "s", "/"},
+          QStringList{"Describe", "as", "1", "/test/value"},
           QStringList{"Subscribe", "ss", "/test/value", "value"},
           QStringList{"Call", "sv", "/test/value", "i", "1"}, QStringList{"Close", "s", "/a"},
           QStringList{"OpenInbox"}}) {

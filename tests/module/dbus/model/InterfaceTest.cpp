@@ -25,7 +25,7 @@ TEST_F(DbusInterfaceTest, IsWhatItsFileSays)
 {
     const auto written =
         membersOfFile(INTERFACE_FOLDER "/org.tavo.Model1.xml", "org.tavo.Model1"_s);
-    EXPECT_THAT(written, SizeIs(16));
+    EXPECT_THAT(written, SizeIs(17));
     EXPECT_THAT(membersOf(introspection(), "org.tavo.Model1"_s), ElementsAreArray(written));
 }
 
@@ -41,6 +41,7 @@ TEST_F(DbusInterfaceTest, RepliesWithTheTypesThatItsFileSays)
         {"Call", client->send("/test/echo"_s, 1)},
         {"List", client->ask("List", {"/test"_s})},
         {"Tree", client->ask("Tree", {"/test"_s})},
+        {"Describe", client->describe({"/test/rows"_s})},
         {"GetRows", client->getRows("/test/rows"_s, 0, -1)},
         {"MatchRow", client->call("MatchRow",
                                   [](BusWriter &writer) {

@@ -13,20 +13,40 @@ class DbusListsTest : public ModelTest
 protected:
     using Lines = std::vector<std::string>;
 
-    /// The reply of List or Tree, one line per node.
-    Lines nodes(const std::string &method, const QString &path)
+    /// The nodes in a reply, one line each, with so many strings.
+    static Lines linesOf(BusReader reader, std::size_t strings)
     {
-        BusReader reader = client->ask(method, {path}).reader();
+        const std::string members(strings, 's');
         Lines lines;
-        reader.enterArray("(sss)");
+        reader.enterArray(('(' + members + ')').c_str());
         while (!reader.isAtEnd()) {
-            reader.enterStruct("sss");
-            const QString node = reader.readString();
-            const QString kind = reader.readString();
-            lines.push_back(QStringList{node, kind, reader.readString()}.join(' ').toStdString());
+            reader.enterStruct(members.c_str());
+            QStringList line;
+            for (std::size_t i = 0; i < strings; ++i) {
+                line.append(reader.readString());
+            }
+            lines.push_back(line.join(' ').toStdString());
             reader.leave();
         }
         return lines;
+    }
+
+    /// The reply of List or Tree.
+    Lines nodes(const std::string &method, const QString &path)
+    {
+        return linesOf(client->ask(method, {path}).reader(), 3);
+    }
+
+    Lines describe(const QStringList &paths)
+    {
+        return linesOf(client->describe(paths).reader(), 4);
+    }
+
+    CMListRowsNode *publishText(const QString &path, const QString &text)
+    {
+        CMListRowsNode *node = publishRows(path, {});
+        node->rowsAppend(TavoRoles().setTitle(text));
+        return node;
     }
 
     std::vector<QVariant> rows(const QString &path, int first, int count)
@@ -97,6 +117,77 @@ TEST_F(DbusListsTest, TooLargeForEveryBusAreRefusedAndTheModuleStays)
     EXPECT_EQ(call.errorMessage(), "The value is too large for a message");
     EXPECT_TRUE(client->getRows("/test/rows"_s, 0, manyRows - 2).succeeds());
     EXPECT_EQ(log().countAt(log4cplus::WARN_LOG_LEVEL), 0);
+}
+
+TEST_F(DbusListsTest, OfDescriptionsHaveTheTextOfEachNode)
+{
+    publishText("/test/b"_s, "Somebody rings"_s)->setTitle("Door"_s);
+    publishText("/test/a"_s, "Cake"_s)->rowsAppend(TavoRoles().setTitle("Not the first"_s));
+    EXPECT_THAT(describe({"/test/b"_s, "/test/a"_s, "/test/b"_s}),
+                ElementsAre("/test/b list Door Somebody rings", "/test/a list  Cake",
+                            "/test/b list Door Somebody rings"));
+    EXPECT_THAT(describe({}), IsEmpty());
+}
+
+TEST_F(DbusListsTest, OfDescriptionsHaveNoTextOfANodeWithoutRowsOfText)
+{
+    publishRows("/test/empty"_s, {});
+    publishRows("/test/paths"_s, {"/a"_s});
+    publishValue("/test/value"_s, 1);
+    publishRequest("/test/request"_s, [](const CMSetDataRequest &) {
+        ADD_FAILURE() << "A description sends nothing to a node";
+    });
+    EXPECT_THAT(describe({"/test/empty"_s, "/test/paths"_s, "/test/value"_s, "/test/request"_s}),
+                ElementsAre("/test/empty list  ", "/test/paths list  ", "/test/value value  ",
+                            "/test/request request  "));
+}
+
+TEST_F(DbusListsTest, OfDescriptionsLeaveOutWhatIsNotThePathOfANode)
+{
+    publishText("/test/a"_s, "Cake"_s);
+    EXPECT_THAT(describe({"/test"_s, "/test/none"_s, "/test/a"_s, "test/a"_s, "/test//a"_s, "/"_s,
+                          ""_s, '/' + QString(5000, 'x')}),
+                ElementsAre("/test/a list  Cake"));
+}
+
+TEST_F(DbusListsTest, OfDescriptionsHaveLongTextsWholeAndTitlesCut)
+{
+    publishText("/test/a"_s, QString(1000, 'x'))->setTitle(QString(1000, 'y'));
+    EXPECT_THAT(describe({"/test/a"_s}), ElementsAre("/test/a list " + std::string(200, 'y') + ' ' +
+                                                     std::string(1000, 'x')));
+}
+
+TEST_F(DbusListsTest, OfDescriptionsReplaceWhatAMessageCanNotHold)
+{
+    publishText("/test/a"_s, "a"_s + QChar(0xd800) + QChar(0) + 'b')->setTitle("c"_s + QChar(0));
+    EXPECT_THAT(describe({"/test/a"_s}), ElementsAre("/test/a list c\uFFFD a\uFFFD\uFFFDb"));
+}
+
+TEST_F(DbusListsTest, OfManyDescriptionsAreComplete)
+{
+    QStringList paths;
+    for (int i = 0; i < 5000; ++i) {
+        paths.append("/test/"_s + QString::number(i));
+        publishText(paths.back(), QString::number(i));
+    }
+    const Lines lines = describe(paths);
+    ASSERT_EQ(lines.size(), 5000U);
+    EXPECT_EQ(lines.front(), "/test/0 list  0");
+    EXPECT_EQ(lines.back(), "/test/4999 list  4999");
+}
+
+TEST_F(DbusListsTest, OfTooLargeDescriptionsAreRefused)
+{
+    publishText("/test/a"_s, QString(1 << 20, 'x'));
+    QStringList paths;
+    for (int i = 0; i < 31; ++i) {
+        paths.append("/test/a"_s);
+    }
+    EXPECT_TRUE(client->describe(paths).succeeds());
+    const BusCall call = client->describe(paths << "/test/a"_s);
+    EXPECT_EQ(call.errorName(), "org.tavo.Error.UnsupportedValue");
+    EXPECT_EQ(call.errorMessage(), "The value is too large for a message");
+    EXPECT_THAT(describe({"/test/a"_s}), testing::SizeIs(1));
 }
 
 TEST_F(DbusListsTest, OfAnInvalidPathIsAnError)
