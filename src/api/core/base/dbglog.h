@@ -46,8 +46,8 @@ private:
 
 /// Opens a traced function: writes "Enter <signature>: <args>" now and "Leave <signature>: <text>"
 /// at the end of the scope, both at the level (TRACE, DEBUG, INFO). The args are a stream
-/// expression, which is evaluated only if the level is enabled: TAVO_SCOPE(logger, TRACE, "id: " <<
-/// id);
+/// expression, which is evaluated only if the level is enabled:
+///     TAVO_SCOPE(logger, TRACE, "id: " << id);
 #define TAVO_SCOPE(logger, level, args)                                                            \
     LOG4CPLUS_##level(logger, "Enter " << dbglog_scopedFunction(Q_FUNC_INFO, (logger).getName())   \
                                        << ": " << args); /* NOLINT(bugprone-macro-parentheses) */  \
