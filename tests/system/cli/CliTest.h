@@ -65,7 +65,7 @@ protected:
         program.setEnvironment("QT_NO_GLIB", "1");
     }
 
-    void startHost(const QJsonArray &more = {})
+    void startHost(const QJsonArray &more = {}, const QJsonObject &limits = {})
     {
         m_host = std::make_unique<HostProcess>();
         const QJsonObject devices{{"mainDevice", "null"}, {"notificationsDevice", "null"}};
@@ -73,7 +73,8 @@ protected:
                            "notifications",
                            QJsonObject{{"name", "dbus"},
                                        {"config", QJsonObject{{"bus", m_bus.address()},
-                                                              {"sounds", allSounds()}}}}};
+                                                              {"sounds", allSounds()},
+                                                              {"limits", limits}}}}};
         for (const QJsonValue &module : more) {
             modules.append(module);
         }

@@ -2,7 +2,10 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "CliTest.h"
+#include "support/Sanitized.h"
 
+using testing::ElementsAre;
+using testing::EndsWith;
 using testing::MatchesRegex;
 
 class CliListTest : public CliTest
@@ -12,11 +15,33 @@ protected:
 
     void open(const char *title, const char *text)
     {
-        const QJsonObject item{{"title", title}, {"message", text}, {"timeout", 0}};
+        open({{"title", title}, {"message", text}, {"timeout", 0}});
+    }
+    void open(const QJsonObject &item)
+    {
         const QJsonObject value{{"notificationDisplayItem", item}};
-        EXPECT_EQ(run({"call", "/notifications/display/open",
-                       QString::fromUtf8(QJsonDocument(value).toJson())}),
+        EXPECT_EQ(run({"call", "/notifications/display/open", "-"}, QJsonDocument(value).toJson()),
                   s_good);
+    }
+
+    /// Runs the program to its end; gives the methods of the host that it called.
+    std::vector<std::string> requestsOf(const QStringList &arguments)
+    {
+        Program monitor("busctl"_s);
+        monitor.start({"--address=" + m_bus.address(), "monitor", "--json=short",
+                       "--match=type='method_call',interface='org.tavo.Model1'"});
+        EXPECT_TRUE(
+            waitFor([&] { return monitor.error().find("Monitoring") != std::string::npos; }));
+        EXPECT_EQ(run(arguments), s_good);
+        // The monitor sees this last.
+        m_other.run({"get", "/last"});
+        EXPECT_TRUE(monitor.waitForOutput("/last"));
+        std::vector<std::string> methods;
+        for (const std::string &line : monitor.lines()) {
+            methods.push_back(object(line).value("member").toString().toStdString());
+        }
+        methods.pop_back();
+        return methods;
     }
 };
 
@@ -60,4 +85,69 @@ TEST_F(CliListTest, TellsThatThereAreMore)
     EXPECT_EQ(run({"list", "--json", "--count", "1"}), s_good);
     EXPECT_EQ(json().toObject().value("messages").toArray().size(), 1);
     EXPECT_EQ(json().toObject().value("more"), true);
+}
+
+TEST_F(CliListTest, SendsTwoRequestsForAnyNumberOfMessages)
+{
+    for (const char *text : {"one", "two", "three", "four", "five"}) {
+        open("Door", text);
+    }
+    EXPECT_THAT(requestsOf({"list"}), ElementsAre("GetRows", "Describe"));
+    const auto lines = m_tavo.lines();
+    ASSERT_EQ(lines.size(), 5U);
+    EXPECT_THAT(lines[4], MatchesRegex("4\t/notifications/.*\tDoor\tfive"));
+}
+
+TEST_F(CliListTest, SendsOneRequestWhenThereIsNothing)
+{
+    EXPECT_THAT(requestsOf({"list"}), ElementsAre("GetRows"));
+}
+
+TEST_F(CliListTest, ListsMessagesThatNoNodeIsAt)
+{
+    open({{"path", "/my/message"}, {"timeout", 0}});
+    open("Door", "Somebody rings");
+    EXPECT_EQ(run({"list"}), s_good);
+    const auto lines = m_tavo.lines();
+    ASSERT_EQ(lines.size(), 2U);
+    EXPECT_EQ(lines[0], "shown\t/my/message\t\t");
+    EXPECT_THAT(lines[1], MatchesRegex("1\t/notifications/.*\tDoor\tSomebody rings"));
+}
+
+TEST_F(CliListTest, ListsMoreTextThanOneReplyHolds)
+{
+    if (sanitized) {
+        GTEST_SKIP() << "So much text takes too long with a sanitizer";
+    }
+    constexpr int messages = 33;
+    const QString text(1 << 20, 'x');
+    for (int i = 0; i < messages; ++i) {
+        open({{"message", text}, {"timeout", 0}});
+    }
+    EXPECT_EQ(run({"list"}), s_good);
+    const auto lines = m_tavo.lines();
+    ASSERT_EQ(lines.size(), std::size_t(messages));
+    for (const std::string &line : lines) {
+        EXPECT_GT(line.size(), std::size_t(text.size()));
+    }
+}
+
+class CliListLimitsTest : public CliListTest
+{
+protected:
+    void SetUp() override { startHost({}, {{"valueBytes", 1024}}); }
+};
+
+TEST_F(CliListLimitsTest, ListsMoreMessagesThanTheHostDescribesAtOnce)
+{
+    constexpr int messages = 30;
+    for (int i = 0; i < messages; ++i) {
+        open("Door", "Somebody rings");
+    }
+    EXPECT_EQ(run({"list"}), s_good);
+    const auto lines = m_tavo.lines();
+    ASSERT_EQ(lines.size(), std::size_t(messages));
+    for (const std::string &line : lines) {
+        EXPECT_THAT(line, EndsWith("\tDoor\tSomebody rings"));
+    }
 }
