@@ -40,7 +40,7 @@ int on_signal(sd_bus_message *message, void *handler, sd_bus_error * /*error*/)
 
 int on_reply(sd_bus_message *message, void *handler, sd_bus_error * /*error*/)
 {
-    // All calls end with their connection. Whoever made them learns that from its loss.
+    // When the connection ends, sd-bus fails its calls. Callers learn of the loss from the connection.
     if (sd_bus_is_open(sd_bus_message_get_bus(message)) > 0) {
         handle(message, handler, "An answer");
     }

@@ -23,9 +23,9 @@ BusSlot addMatch(sd_bus *bus, const std::string &rule, const Handler &handler);
 BusMessage create(sd_bus *bus, const char *service, const char *path, const char *interface,
                   const char *method);
 
-/// Sends a call. The handler gets its reply, once, unless the connection ends before: an error reply
-/// named SD_BUS_ERROR_NO_REPLY when none has come within the timeout. The handler must hold no message
-/// of the same connection, which would keep both in memory.
+/// Sends a call. The handler is called once, with the reply, unless the connection ends first. If no
+/// reply comes within the timeout, it gets an error reply named SD_BUS_ERROR_NO_REPLY. The handler must
+/// not hold a message of the same connection: each would keep the other in memory.
 void send(sd_bus *bus, const BusMessage &call, std::chrono::microseconds timeout,
           const Handler &handler);
 } // namespace BusCalls

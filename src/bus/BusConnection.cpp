@@ -16,14 +16,14 @@ namespace {
 constexpr int minPauseMs = 100;
 constexpr int maxPauseMs = 5000;
 
-/// For replies of the bus itself. A thread that was blocked for so long takes a good bus for a silent
-/// one, and connects anew.
+/// How long to wait for replies of the bus itself. A thread that is blocked for longer mistakes a good
+/// bus for a silent one and reconnects.
 constexpr std::chrono::milliseconds busTimeout(5000);
 
 constexpr const char *busName = "org.freedesktop.DBus";
 constexpr const char *busPath = "/org/freedesktop/DBus";
 
-// Replies of the bus to a request for a name.
+// What the bus replies to a request for a name.
 constexpr std::uint32_t nameIsOurs = 1;
 constexpr std::uint32_t nameWasOurs = 4;
 
@@ -51,7 +51,7 @@ int startConnecting(BusHandle &handle, const QByteArray &address)
     return result < 0 ? result : sd_bus_start(bus);
 }
 
-/// Returns the system's error, negative. Other errors show while the bus is served.
+/// Returns a negative errno on error. Other errors are found while the bus is served.
 int startConnecting(BusHandle &handle, const QString &bus)
 {
     const bool isSession = bus == QLatin1String("session");
@@ -100,7 +100,7 @@ void BusConnection::tryToConnect()
 {
     const int result = startConnecting(m_handle, m_bus);
     if (result < 0) {
-        // The connections that a hanging bus has not accepted have filled its queue.
+        // The bus hangs: its queue is full of connections that it has not accepted.
         const bool isFull = result == -EAGAIN;
         lose(isFull ? silenceText() : textOf(-result), isFull);
         return;
@@ -116,7 +116,7 @@ void BusConnection::tryToConnect()
 
 void BusConnection::greet()
 {
-    // Sent right after the greeting of sd-bus: the last reply says that all is well.
+    // Sent right after sd-bus's own greeting. The reply to the last call shows that the bus works.
     m_nameAcquired = addMatch("type='signal',sender='org.freedesktop.DBus',member='NameAcquired'",
                               [this](const BusMessage &signal) { on_name_acquired(signal); });
     send(createCall(busName, busPath, busName, "GetId"), busTimeout,
@@ -206,7 +206,7 @@ void BusConnection::takeOutcome(const QString &name, const BusMessage &reply)
         return;
     }
     const std::uint32_t outcome = BusReader(reply).readUInt32();
-    // A signal of the bus tells when the name is ours, at once or later.
+    // Once the name is ours, now or later, the bus sends a signal.
     if (outcome != nameIsOurs && outcome != nameWasOurs) {
         Q_EMIT nameTaken(name);
     }

@@ -20,9 +20,9 @@
 /// A connection to a message bus, served by the Qt event loop of its thread: all handlers are called
 /// from that loop. Nothing waits for the bus, not even the destructor.
 ///
-/// Lives in the thread that made it, which must run an event loop. When the bus is away, or has not
-/// replied to the greeting for 5 s, the connection is tried again, first after 100 ms, then with
-/// growing pauses up to 5 s. Names are taken again each time.
+/// Lives in the thread that made it, which must run an event loop. If the bus is away, or does not reply
+/// to the greeting within 5 s, it tries again: first after 100 ms, then with growing pauses of up to
+/// 5 s. It requests its names again each time it connects.
 class BusConnection : public QObject
 {
     Q_OBJECT
@@ -31,7 +31,7 @@ public:
     /// "session", "system", or the address of a bus. Nothing happens before open().
     explicit BusConnection(QString bus, QObject *parent = nullptr);
 
-    /// Emits nothing. Objects, filters and slots must have ended before.
+    /// Emits nothing. Objects, filters and slots must have been destroyed before.
     ~BusConnection() override;
 
     /// Connects as soon as the bus is there. Called once.
@@ -59,14 +59,14 @@ public:
               const BusCalls::Handler &handler);
 
 Q_SIGNALS:
-    /// The bus is there and replies. Objects must be published now, before the names are taken.
+    /// The bus is there and replies. Objects must be published now, before the names are requested.
     void connected();
 
-    /// The bus has gone, or isn't there at the first try. Emitted once until it is there again, and a
-    /// second time when it turns out to be silent: it accepts a connection or a call but does not
-    /// reply. Emitted from open() or from the event loop.
+    /// The bus has gone, or wasn't there at the first try. Emitted once until the bus is back, and once
+    /// more if it turns out to be silent: it accepts a connection or a call but does not reply. Emitted
+    /// from open() or from the event loop.
     ///
-    /// Slots must give up everything that belongs to the connection before they return.
+    /// Slots must release everything that belongs to the connection before they return.
     void lost(const QString &reason, bool isSilent);
 
     /// This connection owns the name.

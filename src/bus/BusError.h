@@ -31,8 +31,8 @@ public:
     /// Within a catch block: the caught exception as an error, failed() unless it is a BusError.
     static BusError fromCaught();
 
-    /// Within a catch block: has sd-bus send the caught exception as the error reply. The handler that
-    /// sd-bus has called returns the result.
+    /// Within a catch block of a handler that sd-bus has called: makes sd-bus send the caught exception
+    /// as the error reply. The handler must return the result.
     static int replyWithCaught(sd_bus_error *error);
 
     /// Throws when a call of sd-bus has failed; the message begins with what could not be done.

@@ -42,8 +42,8 @@ struct BusInterface
     /// Throws std::runtime_error for malformed XML.
     static BusInterface fromXml(const QByteArray &xml);
 
-    /// Whether a call of the method, or the signal, has the arguments that the XML says. True for what
-    /// the XML does not know.
+    /// Whether the call or signal has the arguments that the XML gives it. True for a member that the
+    /// XML does not have.
     bool describes(const BusMessage &message) const;
 
     /// org.tavo.Model1

@@ -96,8 +96,8 @@ void BusLoop::on_timer_timeout()
 void BusLoop::serve()
 {
     if (m_isHandling) {
-        // A handler runs an event loop. sd-bus can't be called recursively; the outer turn watches
-        // again.
+        // A handler runs an event loop of its own. sd-bus can't be called recursively, so the outer
+        // turn resumes watching.
         m_readable->setEnabled(false);
         m_writable->setEnabled(false);
         return;

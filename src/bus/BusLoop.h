@@ -25,10 +25,10 @@ public:
     void stop();
 
 Q_SIGNALS:
-    /// A turn has handled all or some of the messages that had come.
+    /// A turn has handled some or all of the messages that had arrived.
     void turned();
 
-    /// The bus can't be served any more. The error is the system's, positive.
+    /// The bus can't be served any more. The error is an errno.
     void failed(int error);
 
 private Q_SLOTS:

@@ -46,8 +46,8 @@ public:
     /// The unique name of the sender; empty when the message has none.
     std::string sender() const;
 
-    /// Whether the bus itself sent the message. Rules that match the bus's name let pass what any
-    /// program sends to this connection directly.
+    /// Whether the bus itself sent the message. A match rule for the bus's name is no proof: messages
+    /// that a program sends directly to this connection pass it too.
     bool isFromBus() const;
 
     /// The name of the method or signal.

@@ -45,7 +45,7 @@ void BusObject::publish()
     m_table = {start()};
     for (const BusInterface::Method &each : m_interface.methods) {
         require(m_handlers, each.name);
-        // The bus decides who may call.
+        // Every user may call: the policy of the bus decides.
         sd_bus_vtable method = entry(_SD_BUS_VTABLE_METHOD, SD_BUS_VTABLE_UNPRIVILEGED);
         method.x.method.member = each.name.c_str();
         method.x.method.signature = each.in.c_str();

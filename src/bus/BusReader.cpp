@@ -191,9 +191,9 @@ QVariant BusReader::readList(char container, const char *contents)
 QVariant BusReader::readRecord(const char *entry)
 {
     if (!isString(entry[1])) {
-        throw BusError::invalidArguments("The keys of a value's dictionary must be texts");
+        throw BusError::invalidArguments("The keys of a value's dictionary must be strings");
     }
-    // An entry is entered by its signature without the braces.
+    // sd-bus wants the entry's signature without the braces.
     const std::string members(entry + 1, std::strlen(entry) - 2);
     enterArray(entry);
     QVariantHash fields;

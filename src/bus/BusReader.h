@@ -14,10 +14,10 @@
 #include <limits>
 #include <optional>
 
-/// Reads a message, value by value in their order. Readers of one message share its position.
+/// Reads a message, one value after another. Readers of one message share its position.
 ///
 /// Throws BusError::invalidArguments() when the message holds another type than the one read, and
-/// BusError::limitExceeded() when more bytes have been read than allowed. Counted are the bytes of
+/// BusError::limitExceeded() when more bytes have been read than allowed. It counts the bytes of
 /// strings, and BusWriter::bytesPerValue for each value in a variant and each value that is skipped.
 class BusReader
 {

@@ -14,7 +14,7 @@
 #include <string>
 
 namespace {
-/// The most that a string takes in a message besides its bytes: length, end and padding.
+/// What a string takes in a message at most, besides its bytes: length, end and padding.
 constexpr int bytesPerString = 12;
 
 void check(int result)
@@ -137,7 +137,7 @@ void BusWriter::writeString(const QString &text)
     // sd-bus refuses noncharacters.
     if (!isWhole ||
         sd_bus_message_append_basic(m_message.get(), SD_BUS_TYPE_STRING, utf8.constData()) < 0) {
-        throw BusError::unsupportedValue("A text holds a character that can't be sent");
+        throw BusError::unsupportedValue("A string holds a character that can't be sent");
     }
 }
 

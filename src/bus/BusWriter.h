@@ -13,18 +13,18 @@
 #include <cstdint>
 #include <limits>
 
-/// Writes a message, value by value, and counts the bytes.
+/// Writes a message, one value after another, and counts the bytes.
 ///
 /// Throws BusError::unsupportedValue() for what a message can't hold, and when more bytes have been
-/// written than allowed; the message is of no use then.
+/// written than allowed. The message must not be sent then.
 class BusWriter
 {
 public:
     /// How deep values nest in a message: a list counts as two levels, a record as three.
     static constexpr int maxDepth = 64;
 
-    /// What each value in a variant counts besides the bytes of its strings: about what it takes in
-    /// memory.
+    /// Counted for each value in a variant, in addition to the bytes of its strings: about what a value
+    /// takes in memory.
     static constexpr int bytesPerValue = 32;
 
     /// The system bus disconnects a sender of more than 32 MiB in one message. The rest is for the
@@ -56,10 +56,9 @@ public:
     /// Closes the container that was opened last.
     void close();
 
-    /// About how many bytes have been written: rather too many than too few.
+    /// About how many bytes have been written; an estimate that is too high rather than too low.
     std::size_t bytesWritten() const { return m_maxBytes - m_bytesLeft; }
 
-    /// The message that is written.
     const BusMessage &message() const { return m_message; }
 
     /// The text with U+FFFD for each character that a message can't hold.

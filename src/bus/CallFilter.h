@@ -8,15 +8,15 @@
 
 #include <functional>
 
-/// Sees every incoming call before anything answers it, including calls that sd-bus answers itself:
-/// introspection, properties and unknown methods.
+/// Sees every incoming call before anything replies to it, including calls that sd-bus replies to
+/// itself: introspection, properties and unknown methods.
 ///
-/// Owned by the worker, called in its thread. Ends before its connection.
+/// Owned by the worker, called in its thread. Destroyed before its connection.
 class CallFilter
 {
 public:
-    /// True lets the call pass. False ends it: it has a reply, or is to get none. An exception is sent
-    /// as the error reply.
+    /// True lets the call pass. False stops it: the filter has replied, or nothing will. An exception is
+    /// sent as the error reply.
     using Pass = std::function<bool(const BusMessage &call)>;
 
     CallFilter(sd_bus *bus, Pass pass);

@@ -47,7 +47,7 @@ BusMessage ModelErrors::createReply(const BusMessage &call, const CMError &error
     const QString message = BusWriter::replaceUnsendable(error.message().toString());
     const std::string name = busName(error);
     BusMessage reply = call.createErrorReply({name, message.toStdString()});
-    // Most clients show the whole body.
+    // Most clients show the whole body, so it must not repeat what is known.
     if (name != prefix + error.name().toStdString() || hasOwnTitle(error)) {
         BusWriter writer(reply);
         writer.writeString(BusWriter::replaceUnsendable(error.name()));

@@ -14,7 +14,7 @@
 namespace {
 constexpr int defaultTimeoutMs = 25000;
 
-/// For requests to the bus itself, which replies at once.
+/// The timeout of requests to the bus itself, which replies at once.
 constexpr int busTimeoutMs = 5000;
 
 constexpr const char *hostName = "org.tavo.Model1";
@@ -241,7 +241,7 @@ void ClientBus::sendNow(const Request &request)
 
 void ClientBus::finish(quint64 number, const BusMessage &reply)
 {
-    // Before the bus has told where the host is, the bus itself may be what does not reply.
+    // Until the bus has told us where the host is, the bus itself may be the silent one.
     const bool hasBusReplied = m_state == State::NoHost || m_state == State::Available;
     m_pending.finish(number, reply, hasBusReplied ? Silent::Host : Silent::Bus);
 }

@@ -19,7 +19,7 @@
 #include <string>
 #include <vector>
 
-/// Sends requests to the host, reads its signals and follows whether it is on the bus. Shared by the
+/// Sends requests to the host, reads its signals and tracks whether it is on the bus. Shared by the
 /// client's classes.
 ///
 /// Lives in the thread that made it. Each request is finished once, from the event loop or from the
@@ -82,7 +82,8 @@ private:
     void match(const std::string &rule, void (ClientBus::*handler)(const BusMessage &));
     void matchSignals(const BusInterface &interface,
                       void (ClientBus::*handler)(const BusMessage &));
-    /// Rules that match the host's name let pass what any program sends to this one directly.
+    /// Whether the host sent the signal. A match rule for the host's name is no proof: messages that a
+    /// program sends directly to this one pass it too.
     bool isFromHost(const BusMessage &signal) const;
     void on_owner_changed(const BusMessage &signal);
     void on_model_signal(const BusMessage &signal);
@@ -100,10 +101,10 @@ private:
     bool m_isConnected = false;
     State m_state = State::Untried;
     QString m_reason;
-    CMError m_busError; ///< of requests while there is no connection
+    CMError m_busError; ///< the error of requests while there is no connection
     int m_timeoutMs;
     PendingRequests m_pending;
-    std::vector<Request> m_held; ///< those of them that wait until the bus has been tried
+    std::vector<Request> m_held; ///< pending requests that wait until the bus has been tried
     // Of the present connection:
     std::string m_owner; ///< the host's unique name; empty for none
     std::vector<BusSlot> m_matches;

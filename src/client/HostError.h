@@ -7,7 +7,7 @@
 #include "bus/BusMessage.h"
 #include <core/model/cmerror.h>
 
-/// For people, when no host is on the bus.
+/// What people read when no host is on the bus.
 QString noHostText();
 
 /// Who has not replied within a request's timeout.

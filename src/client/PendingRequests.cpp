@@ -23,7 +23,7 @@ PendingRequests::Request PendingRequests::take(quint64 number)
 std::chrono::milliseconds PendingRequests::timeLeft(quint64 number) const
 {
     const Request &request = m_requests.at(number);
-    // sd-bus takes zero for its default timeout.
+    // To sd-bus, zero means its default timeout.
     return std::chrono::milliseconds(
         std::max<qint64>(request.timeoutMs - request.since.elapsed(), 1));
 }

@@ -25,20 +25,20 @@ class PendingRequests : public QObject
 public:
     using Finish = std::function<void(const Result<BusMessage, CMError> &reply)>;
 
-    /// Called before the request is sent: the timeout runs from here.
+    /// Call this before sending the request: its timeout starts here.
     quint64 add(QObject *context, const Finish &finish, int timeoutMs);
 
     /// The rest of a request's timeout, at least a millisecond.
     std::chrono::milliseconds timeLeft(quint64 number) const;
 
-    /// Finishes a request with a reply or an error reply. Names the suspect when that is an error
-    /// because of the timeout.
+    /// Finishes a request with a reply or an error reply. If the timeout is over, the error blames the
+    /// suspect.
     void finish(quint64 number, const BusMessage &reply, Silent suspect);
 
     /// Fails a request from the event loop.
     void failLater(quint64 number, const CMError &error);
 
-    /// Fails all requests, but not those that are added meanwhile.
+    /// Fails all requests, except those that are added meanwhile.
     void failAll(const CMError &error);
 
 private:

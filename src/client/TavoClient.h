@@ -34,8 +34,8 @@ struct TavoClientDescription : TavoClientNode
 
 /// The model of a host in another process, over a message bus.
 ///
-/// Nothing blocks, neither requests nor connecting. Lives in the thread that made it, whose event loop
-/// finishes the replies and emits the signals.
+/// Neither requests nor connecting block. Lives in the thread that made it, whose event loop finishes
+/// the replies and emits the signals.
 ///
 /// A bus that does not respond within 5 seconds counts as absent and is tried again. When the host or
 /// the bus goes away, the client waits for it and then renews subscriptions and inboxes. Changes made
@@ -84,7 +84,7 @@ public:
     CMReply<int> matchRow(const CMPath &path, const QVariant &row);
 
     // Sorted by path.
-    /// What is directly below a path.
+    /// The nodes directly below a path.
     CMReply<QVector<TavoClientNode>> list(const CMPath &path = {});
     /// All nodes at and below a path.
     CMReply<QVector<TavoClientNode>> tree(const CMPath &path = {});
@@ -92,7 +92,7 @@ public:
     /// The nodes at the paths, in their order. Paths without a node are left out.
     CMReply<QVector<TavoClientDescription>> describe(const QVector<CMPath> &paths);
 
-    /// Asks the node's owner to close it, as a user does. False when nobody listens.
+    /// Asks the node's owner to close it, as a user does. False if the owner does not listen for that.
     CMReply<bool> close(const CMPath &path);
 
     // Notifications:

@@ -46,7 +46,7 @@ void TavoInbox::open()
         this, BusInterface::model(), "OpenInbox", [](BusWriter &) {},
         [this](const Result<BusMessage, CMError> &reply) {
             if (const auto *error = std::get_if<CMError>(&reply)) {
-                // When the host has gone, the next one is asked.
+                // If the host has gone, the inbox is opened at the next one.
                 if (m_bus->isAvailable()) {
                     Q_EMIT failed(*error);
                 }

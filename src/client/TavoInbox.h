@@ -15,9 +15,9 @@
 class ClientBus;
 class TavoClient;
 
-/// A node in the host's model that passes its requests to this client. Its path serves wherever the
-/// model reports something, such as a sound's response path. The host itself replies to the requests,
-/// at once. Any module and any client can send them, and the sender is not known.
+/// A node in the host's model that passes its requests to this client. Use its path wherever the model
+/// wants a path to report to, such as a sound's response path. The host itself replies to the requests,
+/// at once. Any module and any client can send them; the inbox does not know the sender.
 ///
 /// Opened anew, with another path, when the host comes back. Lives in the client's thread and may be
 /// the client's child.
@@ -35,7 +35,7 @@ public:
 Q_SIGNALS:
     void opened(const CMPath &path);
 
-    /// The host has gone, so nothing that was awaited here will come.
+    /// The host has gone: no report that this inbox still waits for will arrive.
     void lost();
 
     /// The host refused to open the inbox, for instance because of a limit.

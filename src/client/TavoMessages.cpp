@@ -10,7 +10,7 @@
 #include <algorithm>
 
 namespace {
-/// The desktop's interface has three urgencies. A hint of our own carries the exact priority.
+/// The desktop's interface knows only three urgencies. Our own hint carries the exact priority.
 uchar urgencyOf(TavoNotificationItemPriority::Enum priority)
 {
     constexpr int critical = 2;
@@ -77,7 +77,7 @@ CMReply<bool> TavoMessages::isDesktopServer()
     };
     CMReply<bool> reply;
     const CMReply<QString> server = ask(BusInterface::notifications());
-    // Replies come in the order of their requests, so the other one is there then.
+    // Replies come in the order of their requests, so the first one is finished by then.
     ask(BusInterface::model()).onFinished(&m_bus, [reply, server](const CMReply<QString> &host) {
         const CMError error = server.error().isError() ? server.error() : host.error();
         if (error.isError()) {

@@ -16,7 +16,7 @@ class TavoClient;
 /// A message to show.
 struct TavoMessage
 {
-    /// Stands for the timeout in the host's configuration.
+    /// Use the timeout in the host's configuration.
     static constexpr int defaultTimeout = -1;
 
     QString title;
@@ -57,7 +57,7 @@ public:
 Q_SIGNALS:
     // Emitted for the messages of all programs: compare with the id of show().
 
-    /// Emitted once for each message, but not when the host has gone before.
+    /// Emitted once for each message, unless the host goes away first.
     void closed(uint id, TavoMessages::End end);
     void actionInvoked(uint id, const QString &key);
 

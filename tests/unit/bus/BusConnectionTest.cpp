@@ -63,7 +63,7 @@ TEST_F(BusConnectionTest, ReportsTheLossWithAReasonWhileTheConnectionIsStillTher
     EXPECT_FALSE(m_lost.at(0).at(0).toString().isEmpty());
 }
 
-TEST_F(BusConnectionTest, TakesItsNamesAgainEachTimeTheBusComes)
+TEST_F(BusConnectionTest, OwnsItsNamesAgainEachTimeTheBusIsBack)
 {
     m_connection.ownName("org.tavo.One"_s);
     m_connection.ownName("org.tavo.Two"_s);
@@ -75,7 +75,7 @@ TEST_F(BusConnectionTest, TakesItsNamesAgainEachTimeTheBusComes)
     EXPECT_EQ(m_acquired.at(3).at(0).toString(), "org.tavo.Two"_s);
 }
 
-TEST_F(BusConnectionTest, StandsInLineForANameThatAnotherHas)
+TEST_F(BusConnectionTest, WaitsInLineForANameThatAnotherOwns)
 {
     BusClient other(m_bus.address());
     other.takeName("org.tavo.One"_s);
@@ -103,7 +103,7 @@ TEST(BusConnectionPolicyTest, ReportsANameThatTheBusRefusesAndStaysConnected)
     EXPECT_TRUE(connection.isConnected());
 }
 
-TEST_F(BusConnectionTest, RefusesNoTextForAnAddressButNeverConnects)
+TEST_F(BusConnectionTest, ReportsThatAnInvalidAddressCanNotBeConnected)
 {
     BusConnection connection("no address"_s);
     const QSignalSpy lost(&connection, &BusConnection::lost);
@@ -112,7 +112,7 @@ TEST_F(BusConnectionTest, RefusesNoTextForAnAddressButNeverConnects)
     EXPECT_FALSE(connection.isConnected());
 }
 
-TEST_F(BusConnectionTest, SendsTheRestOfWhatTheSocketDidNotTakeAtOnce)
+TEST_F(BusConnectionTest, SendsTheRestWhenTheSocketHasRoomAgain)
 {
     ASSERT_TRUE(connects());
     BusClient receiver(m_bus.address());

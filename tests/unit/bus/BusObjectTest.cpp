@@ -98,7 +98,7 @@ TEST_F(BusObjectTest, AnswersAnyOtherExceptionWithAFailure)
     EXPECT_EQ(call.errorMessage(), "too far");
 }
 
-TEST_F(BusObjectTest, AnswersAnExceptionWhoseTextNoMessageCanHold)
+TEST_F(BusObjectTest, AnswersAnExceptionWhoseTextCanNotBeSent)
 {
     const BusCall call = addBy([](const BusMessage &) { throw std::runtime_error("caf\xe9"); });
     EXPECT_EQ(call.errorName(), "org.freedesktop.DBus.Error.Failed");

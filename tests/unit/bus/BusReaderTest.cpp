@@ -34,7 +34,7 @@ protected:
     }
 };
 
-TEST_F(BusReaderTest, ReadsWhatAWriterHasWritten)
+TEST_F(BusReaderTest, ReadsBackWhatAWriterHasWritten)
 {
     BusReader reader = reading([](BusWriter &writer) {
         writer.writeBoolean(true);
@@ -116,7 +116,7 @@ TEST_F(BusReaderTest, CountsTheBytesOfStringsAndOfWhatItSkips)
               "org.freedesktop.DBus.Error.LimitsExceeded: The value is too large");
 }
 
-TEST_F(BusReaderTest, HasAWriterThatCountsAndRefusesTooMuch)
+TEST_F(BusReaderTest, AWriterCountsItsBytesAndRefusesTooMany)
 {
     constexpr int bytes = 100;
     BusWriter writer(message(), bytes);

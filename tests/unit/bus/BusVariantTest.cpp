@@ -70,21 +70,21 @@ TEST_F(BusVariantTest, KeepsEveryBitOfAFraction)
     EXPECT_TRUE(std::isnan(roundTrip(std::nan("")).toDouble()));
 }
 
-TEST_F(BusVariantTest, KeepsTextsOfEveryLanguageAndAnEmptyOne)
+TEST_F(BusVariantTest, KeepsStringsOfEveryLanguageAndEmptyOnes)
 {
     expectSame("");
     expectSame("Grüße, 世界, \U0001F514"_s);
     expectSame(QString(1 << 20, QLatin1Char('x')));
 }
 
-TEST_F(BusVariantTest, KeepsBytesWhateverTheyAre)
+TEST_F(BusVariantTest, KeepsAnyBytes)
 {
     expectSame(QByteArray());
     expectSame(QByteArray("\0\xff\n", 3));
     expectSame(QByteArray(1 << 20, '\x80'));
 }
 
-TEST_F(BusVariantTest, KeepsListsAndThoseOfTextsApart)
+TEST_F(BusVariantTest, KeepsListsAndStringListsApart)
 {
     expectSame(QStringList());
     expectSame(QStringList{"a", ""});
@@ -102,18 +102,18 @@ TEST_F(BusVariantTest, KeepsRecordsWithinRecords)
             .__variant());
 }
 
-TEST_F(BusVariantTest, KeepsAValueThatIsNotThere)
+TEST_F(BusVariantTest, KeepsAnEmptyValue)
 {
     EXPECT_FALSE(roundTrip(QVariant()).isValid());
 }
 
-TEST_F(BusVariantTest, KeepsWhatATranslatableTextIsMadeOf)
+TEST_F(BusVariantTest, KeepsTheFieldsOfATranslatableText)
 {
     const TrString text(TrCharData{"Context", "%1 of %2", nullptr, 2}, {TrArg(1), TrArg("x"_s)});
     EXPECT_EQ(TrString::fromQVariant(roundTrip(text)), text);
 }
 
-TEST_F(BusVariantTest, SendsAPathAsItsText)
+TEST_F(BusVariantTest, SendsAPathAsAString)
 {
     EXPECT_EQ(roundTrip(QVariant::fromValue(CMPath("/a/b"_s))), QVariant("/a/b"_s));
 }
@@ -131,13 +131,13 @@ TEST_F(BusVariantTest, SendsOtherNumbersAsTheNearestWiderType)
               QVariant::fromValue(short(-5)));
 }
 
-TEST_F(BusVariantTest, RefusesATextWithACharacterThatAMessageCanNotHold)
+TEST_F(BusVariantTest, RefusesAStringWithACharacterThatCanNotBeSent)
 {
     const QString null = "a\0b"_s;
     const QString half = QChar(0xd83d);
     const QString none = QChar(0xfffe);
     const std::string refusal =
-        "org.tavo.Error.UnsupportedValue: A text holds a character that can't be sent";
+        "org.tavo.Error.UnsupportedValue: A string holds a character that can't be sent";
     for (const QString &text : {null, half, none}) {
         EXPECT_EQ(errorOfWriting(text), refusal);
         EXPECT_EQ(errorOfWriting(QVariantHash{{text, 1}}), refusal);
@@ -145,7 +145,7 @@ TEST_F(BusVariantTest, RefusesATextWithACharacterThatAMessageCanNotHold)
     }
 }
 
-TEST_F(BusVariantTest, ShowsATextWithReplacementsForSuchCharacters)
+TEST_F(BusVariantTest, ReplacesSuchCharactersInTextsForPeople)
 {
     EXPECT_EQ(BusWriter::replaceUnsendable("a\0b"_s), "a\ufffdb"_s);
     EXPECT_EQ(BusWriter::replaceUnsendable(QString(QChar(0xd83d))), "\ufffd"_s);
@@ -153,13 +153,13 @@ TEST_F(BusVariantTest, ShowsATextWithReplacementsForSuchCharacters)
     EXPECT_EQ(BusWriter::replaceUnsendable("Grüße, \U0001F514"_s), "Grüße, \U0001F514"_s);
 }
 
-TEST_F(BusVariantTest, RefusesATypeThatIsNoPlainDataAndNamesIt)
+TEST_F(BusVariantTest, RefusesATypeThatIsNotPlainDataAndNamesIt)
 {
     EXPECT_EQ(errorOfWriting(QVariant::fromValue(static_cast<void *>(nullptr))),
               "org.tavo.Error.UnsupportedValue: A value of the type void* can't be sent");
 }
 
-TEST_F(BusVariantTest, KeepsWhatNestsAsDeepAsABusAllowsAndRefusesMore)
+TEST_F(BusVariantTest, KeepsValuesNestedAsDeeplyAsABusAllowsAndRefusesDeeperOnes)
 {
     expectSame(lists(31));
     expectSame(hashes(21));
@@ -169,7 +169,7 @@ TEST_F(BusVariantTest, KeepsWhatNestsAsDeepAsABusAllowsAndRefusesMore)
                 StartsWith("org.tavo.Error.UnsupportedValue: The value nests too deeply"));
 }
 
-TEST_F(BusVariantTest, RefusesWhatIsLargerThanTheReaderTakes)
+TEST_F(BusVariantTest, RefusesAValueLargerThanTheReaderAllows)
 {
     const auto errorOfReading = [](const QVariant &value, int maxBytes) {
         BusWriter writer(message());

@@ -48,7 +48,7 @@ TEST_F(ForeignValuesTest, AStructIsAList)
               QVariant(QVariantList{1, "two", true}));
 }
 
-TEST_F(ForeignValuesTest, ADictionaryOfTextsIsARecord)
+TEST_F(ForeignValuesTest, ADictionaryWithStringKeysIsARecord)
 {
     EXPECT_EQ(readOf([](sd_bus_message *m) {
                   return sd_bus_message_append(m, "v", "a{ss}", 2, "a", "1", "b", "2");
@@ -60,7 +60,7 @@ TEST_F(ForeignValuesTest, ADictionaryOfTextsIsARecord)
               QVariant(QVariantHash{{"/a", QStringList{"x"}}}));
 }
 
-TEST_F(ForeignValuesTest, OfOneKeyTwiceTheLastValueCounts)
+TEST_F(ForeignValuesTest, TheLastValueOfARepeatedKeyCounts)
 {
     EXPECT_EQ(readOf([](sd_bus_message *m) {
                   return sd_bus_message_append(m, "v", "a{si}", 2, "a", 1, "a", 2);
@@ -68,7 +68,7 @@ TEST_F(ForeignValuesTest, OfOneKeyTwiceTheLastValueCounts)
               QVariant(QVariantHash{{"a", 2}}));
 }
 
-TEST_F(ForeignValuesTest, ObjectPathsAndSignaturesAreTexts)
+TEST_F(ForeignValuesTest, ObjectPathsAndSignaturesAreStrings)
 {
     EXPECT_EQ(readOf([](sd_bus_message *m) { return sd_bus_message_append(m, "v", "o", "/a"); }),
               QVariant("/a"));
@@ -108,12 +108,12 @@ TEST_F(ForeignValuesTest, AFileDescriptorIsRefused)
     ::close(descriptor);
 }
 
-TEST_F(ForeignValuesTest, ADictionaryByNumbersIsRefused)
+TEST_F(ForeignValuesTest, ADictionaryWithNumbersAsKeysIsRefused)
 {
     EXPECT_THAT(errorOfReading([](sd_bus_message *m) {
                     return sd_bus_message_append(m, "v", "a{is}", 1, 1, "x");
                 }),
-                HasSubstr("The keys of a value's dictionary must be texts"));
+                HasSubstr("The keys of a value's dictionary must be strings"));
 }
 
 TEST_F(ForeignValuesTest, AMessageWithoutAVariantIsRefused)

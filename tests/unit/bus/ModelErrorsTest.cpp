@@ -54,7 +54,7 @@ TEST(ModelErrorNameTest, IsTheErrorsNameBelowOurs)
     EXPECT_EQ(busName("NoSuchNode"_s), "org.tavo.Error.NoSuchNode");
 }
 
-TEST(ModelErrorNameTest, HasAnUnderscoreForWhatABusDoesNotAllow)
+TEST(ModelErrorNameTest, HasAnUnderscoreForEachCharacterThatABusDoesNotAllow)
 {
     EXPECT_EQ(busName("Not found: ä"_s), "org.tavo.Error.Not_found___");
     EXPECT_EQ(busName("a.b"_s), "org.tavo.Error.a_b");
@@ -73,7 +73,7 @@ TEST_F(ModelErrorsTest, KeepsNameMessageAndTitle)
     EXPECT_EQ(roundTrip(error), error);
 }
 
-TEST_F(ModelErrorsTest, IsAMessageAloneWhereThatTellsAll)
+TEST_F(ModelErrorsTest, HasOnlyAMessageIfNameAndTitleAddNothing)
 {
     const CMError plain = errorBy("NoSuchNode"_s);
     EXPECT_TRUE(replyTo(plain).hasSignature("s"));
@@ -86,7 +86,7 @@ TEST_F(ModelErrorsTest, KeepsAnEmptyMessage)
     EXPECT_EQ(roundTrip({"Odd name"_s, ""_s}).name(), "Odd name"_s);
 }
 
-TEST_F(ModelErrorsTest, ArrivesWhateverItsTextsHold)
+TEST_F(ModelErrorsTest, ArrivesWithAnyCharactersInItsTexts)
 {
     const CMError odd(QString(QChar(0xd83d)), "a\0b"_s);
     EXPECT_EQ(roundTrip(odd).message().toString(), "a\ufffd"

@@ -135,7 +135,7 @@ TEST_P(SilentBusTest, IsReportedAsSilentOnceAndTriedAgain)
     EXPECT_EQ(m_connection.lost(), 1);
 }
 
-TEST_P(SilentBusTest, NeitherConnectingNorTheEndWaitsForIt)
+TEST_P(SilentBusTest, NeitherConnectingNorDestroyingWaitsForIt)
 {
     EXPECT_LT(timeOf([&] { m_connection->open(); }), blockedMs);
     EXPECT_LT(timeOf([] { turnTheLoop(); }), blockedMs);
@@ -163,7 +163,7 @@ INSTANTIATE_TEST_SUITE_P(EachStep, SilentBusTest,
                                          SilentBus::After::Greeting),
                          nameOf);
 
-TEST(LateSilentBusTest, IsReportedAlthoughThereWasNoneBefore)
+TEST(LateSilentBusTest, IsReportedEvenIfThereWasNoBusBefore)
 {
     const QTemporaryDir folder;
     const QString path = folder.filePath("bus"_s);
@@ -177,7 +177,7 @@ TEST(LateSilentBusTest, IsReportedAlthoughThereWasNoneBefore)
     EXPECT_TRUE(connection.isReportedSilent());
 }
 
-TEST(FullBusTest, IsASilentOneThatManyHaveTried)
+TEST(FullBusTest, IsReportedAsSilent)
 {
     const QTemporaryDir folder;
     const CrowdedSocket socket(folder.filePath("bus"_s));
@@ -194,7 +194,7 @@ protected:
     Watched m_connection{m_bus.address()};
 };
 
-TEST_F(PausedBusTest, IsConnectedToWhenItGoesOn)
+TEST_F(PausedBusTest, IsConnectedToWhenItResumes)
 {
     m_bus.pause();
     m_connection->open();
@@ -205,7 +205,7 @@ TEST_F(PausedBusTest, IsConnectedToWhenItGoesOn)
     EXPECT_EQ(m_connection.lost(), 0);
 }
 
-TEST_F(PausedBusTest, IsConnectedToWhenItGoesOnAfterItWasGivenUp)
+TEST_F(PausedBusTest, IsConnectedToWhenItResumesAfterItWasGivenUp)
 {
     m_bus.pause();
     m_connection->open();
@@ -215,7 +215,7 @@ TEST_F(PausedBusTest, IsConnectedToWhenItGoesOnAfterItWasGivenUp)
     EXPECT_EQ(m_connection.lost(), 1);
 }
 
-TEST_F(PausedBusTest, LosesTheConnectionWhenTheNameIsNotAnswered)
+TEST_F(PausedBusTest, LosesTheConnectionWhenARequestForANameGetsNoReply)
 {
     QObject::connect(m_connection.operator->(), &BusConnection::connected, [&] {
         if (m_connection.lost() == 0) {
@@ -229,7 +229,7 @@ TEST_F(PausedBusTest, LosesTheConnectionWhenTheNameIsNotAnswered)
     EXPECT_TRUE(m_connection.waitForName());
 }
 
-TEST_F(PausedBusTest, KeepsTheConnectionAndWhatWasSentMeanwhile)
+TEST_F(PausedBusTest, KeepsTheConnectionAndTheMessagesSentMeanwhile)
 {
     m_connection->open();
     ASSERT_TRUE(m_connection.waitForName());
@@ -255,7 +255,7 @@ TEST_F(PausedBusTest, KeepsTheConnectionAndWhatWasSentMeanwhile)
     EXPECT_EQ(m_connection.lost(), 0);
 }
 
-TEST_F(PausedBusTest, TheEndDoesNotWaitForWhatIsStillToBeSent)
+TEST_F(PausedBusTest, DestroyingDoesNotWaitForUnsentMessages)
 {
     m_connection->open();
     ASSERT_TRUE(m_connection.waitForName());

@@ -35,7 +35,7 @@ protected:
     std::vector<bool> m_changes;
 };
 
-TEST_F(ClientAvailabilityTest, TellsWhenAHostIsThere)
+TEST_F(ClientAvailabilityTest, ReportsThatAHostIsThere)
 {
     startHost();
     const TavoClient &client = watchedClient();
@@ -45,7 +45,7 @@ TEST_F(ClientAvailabilityTest, TellsWhenAHostIsThere)
     EXPECT_EQ(client.unavailableReason(), ""_s);
 }
 
-TEST_F(ClientAvailabilityTest, TellsOnceThatThereIsNoHost)
+TEST_F(ClientAvailabilityTest, ReportsOnceThatThereIsNoHost)
 {
     const TavoClient &client = watchedClient();
     ASSERT_TRUE(waitForChanges(1));
@@ -54,7 +54,7 @@ TEST_F(ClientAvailabilityTest, TellsOnceThatThereIsNoHost)
     EXPECT_THAT(client.unavailableReason().toStdString(), HasSubstr("No host"));
 }
 
-TEST_F(ClientAvailabilityTest, TellsThatThereIsNoBus)
+TEST_F(ClientAvailabilityTest, ReportsThatThereIsNoBus)
 {
     m_bus.stop();
     const TavoClient &client = watchedClient();
@@ -63,7 +63,7 @@ TEST_F(ClientAvailabilityTest, TellsThatThereIsNoBus)
     EXPECT_NE(client.unavailableReason(), ""_s);
 }
 
-TEST_F(ClientAvailabilityTest, TellsThatTheBusDoesNotAnswerAndFindsTheHostWhenItDoes)
+TEST_F(ClientAvailabilityTest, ReportsASilentBusAndFindsTheHostWhenTheBusResumes)
 {
     startHost();
     ASSERT_TRUE(succeeds(connectedClient().list()));
@@ -76,7 +76,7 @@ TEST_F(ClientAvailabilityTest, TellsThatTheBusDoesNotAnswerAndFindsTheHostWhenIt
     EXPECT_TRUE(waitFor([&] { return client.isAvailable(); }, timeout));
 }
 
-TEST_F(ClientAvailabilityTest, BelievesTheBusAloneThatTheHostHasGone)
+TEST_F(ClientAvailabilityTest, BelievesOnlyTheBusThatTheHostHasGone)
 {
     startHost();
     TavoClient &client = watchedClient();
@@ -102,7 +102,7 @@ TEST_F(ClientAvailabilityTest, BelievesTheBusAloneThatTheHostHasGone)
     EXPECT_THAT(m_changes, testing::IsEmpty());
 }
 
-TEST_F(ClientAvailabilityTest, FindsAHostThatComesLater)
+TEST_F(ClientAvailabilityTest, FindsAHostThatStartsLater)
 {
     watchedClient();
     ASSERT_TRUE(waitForChanges(1));
@@ -111,7 +111,7 @@ TEST_F(ClientAvailabilityTest, FindsAHostThatComesLater)
     EXPECT_THAT(m_changes, ElementsAre(false, true));
 }
 
-TEST_F(ClientAvailabilityTest, FindsAHostThatStartsAgain)
+TEST_F(ClientAvailabilityTest, FindsAHostThatIsRestarted)
 {
     startHost();
     watchedClient();
@@ -124,7 +124,7 @@ TEST_F(ClientAvailabilityTest, FindsAHostThatStartsAgain)
     EXPECT_THAT(m_changes, ElementsAre(false, true));
 }
 
-TEST_F(ClientAvailabilityTest, FindsTheHostOnABusThatStartsAgain)
+TEST_F(ClientAvailabilityTest, FindsTheHostAfterTheBusIsRestarted)
 {
     startHost();
     TavoClient &client = watchedClient();
@@ -136,7 +136,7 @@ TEST_F(ClientAvailabilityTest, FindsTheHostOnABusThatStartsAgain)
     EXPECT_TRUE(succeeds(client.getValue(path("/door/state"))));
 }
 
-TEST_F(ClientAvailabilityTest, ARequestFromBeforeTheBusWasTriedIsSent)
+TEST_F(ClientAvailabilityTest, ARequestMadeBeforeTheBusWasTriedIsSent)
 {
     startHost();
     ASSERT_TRUE(succeeds(connectedClient().list()));
@@ -145,13 +145,13 @@ TEST_F(ClientAvailabilityTest, ARequestFromBeforeTheBusWasTriedIsSent)
     EXPECT_TRUE(succeeds(early.getValue(path("/door/state"))));
 }
 
-TEST_F(ClientAvailabilityTest, ARequestWithoutAHostIsAnsweredThatThereIsNone)
+TEST_F(ClientAvailabilityTest, ARequestWithoutAHostFailsWithNoHost)
 {
     EXPECT_EQ(errorOf(makeClient().getValue(path("/door/state"))).name(),
               TavoClientError::noHost());
 }
 
-TEST_F(ClientAvailabilityTest, ARequestWithoutABusIsAnsweredThatThereIsNone)
+TEST_F(ClientAvailabilityTest, ARequestWithoutABusFailsWithNoBus)
 {
     m_bus.stop();
     TavoClient &client = makeClient();
@@ -161,7 +161,7 @@ TEST_F(ClientAvailabilityTest, ARequestWithoutABusIsAnsweredThatThereIsNone)
     EXPECT_EQ(errorOf(late).name(), TavoClientError::noBus());
 }
 
-TEST_F(ClientAvailabilityTest, ARequestToABusThatSaysNothingIsAnsweredInItsTime)
+TEST_F(ClientAvailabilityTest, ARequestToASilentBusFailsAtItsTimeout)
 {
     for (const auto after : {SilentBus::After::Connecting, SilentBus::After::Authenticating,
                              SilentBus::After::Greeting}) {
@@ -174,7 +174,7 @@ TEST_F(ClientAvailabilityTest, ARequestToABusThatSaysNothingIsAnsweredInItsTime)
     }
 }
 
-TEST_F(ClientAvailabilityTest, ARequestIsAnsweredAtOnceOnceTheBusIsKnownToSayNothing)
+TEST_F(ClientAvailabilityTest, ARequestFailsAtOnceIfTheBusIsKnownToBeSilent)
 {
     const SilentBus silent(SilentBus::After::Greeting);
     TavoClient client(silent.address());
@@ -184,7 +184,7 @@ TEST_F(ClientAvailabilityTest, ARequestIsAnsweredAtOnceOnceTheBusIsKnownToSayNot
     EXPECT_EQ(errorOf(late).name(), TavoClientError::busTimedOut());
 }
 
-TEST_F(ClientAvailabilityTest, ARequestIsAnsweredByTheHostWhenTheBusGoesOnInTime)
+TEST_F(ClientAvailabilityTest, ARequestGetsTheHostsReplyIfTheBusResumesInTime)
 {
     startHost();
     m_service.publish(path("/door/state"), TavoValue().setBool_(true));
@@ -200,7 +200,7 @@ TEST_F(ClientAvailabilityTest, ARequestIsAnsweredByTheHostWhenTheBusGoesOnInTime
     EXPECT_TRUE(succeeds(held));
 }
 
-TEST_F(ClientAvailabilityTest, ARequestWhoseHostEndsIsAnsweredThatNoAnswerComes)
+TEST_F(ClientAvailabilityTest, ARequestWhoseHostEndsFailsWithNoAnswer)
 {
     startHost();
     m_service.take(path("/slow"), ScriptedService::keep());
@@ -210,7 +210,7 @@ TEST_F(ClientAvailabilityTest, ARequestWhoseHostEndsIsAnsweredThatNoAnswerComes)
     EXPECT_EQ(errorOf(reply).name(), CMErrors::noAnswer());
 }
 
-TEST_F(ClientAvailabilityTest, ARequestWhoseBusEndsIsAnsweredThatNoAnswerComes)
+TEST_F(ClientAvailabilityTest, ARequestWhoseBusEndsFailsWithNoAnswer)
 {
     startHost();
     m_service.take(path("/slow"), ScriptedService::keep());
@@ -220,7 +220,7 @@ TEST_F(ClientAvailabilityTest, ARequestWhoseBusEndsIsAnsweredThatNoAnswerComes)
     EXPECT_EQ(errorOf(reply).name(), CMErrors::noAnswer());
 }
 
-TEST_F(ClientAvailabilityTest, ARequestMadeWhenTheBusEndsIsAnsweredToo)
+TEST_F(ClientAvailabilityTest, ARequestMadeWhileTheBusEndsFailsToo)
 {
     startHost();
     m_service.take(path("/slow"), ScriptedService::keep());
@@ -235,7 +235,7 @@ TEST_F(ClientAvailabilityTest, ARequestMadeWhenTheBusEndsIsAnsweredToo)
     EXPECT_TRUE(errorOf(again).isError());
 }
 
-TEST_F(ClientAvailabilityTest, ARequestIsAnsweredAtTheClientsEndAtTheLatest)
+TEST_F(ClientAvailabilityTest, ARequestIsFinishedAtTheLatestWhenTheClientIsDestroyed)
 {
     startHost();
     m_service.take(path("/slow"), ScriptedService::keep());

@@ -27,7 +27,7 @@ protected:
     }
 };
 
-TEST_F(InboxTest, ReceivesWhatIsSentToItsPath)
+TEST_F(InboxTest, ReceivesTheRequestsToItsPath)
 {
     TavoInbox inbox(&connectedClient());
     QVariantList received;
@@ -56,7 +56,7 @@ TEST_F(InboxTest, ReportsTheResponsesOfASound)
     EXPECT_EQ(responses[0], response);
 }
 
-TEST_F(InboxTest, EachReceivesItsOwn)
+TEST_F(InboxTest, ReceivesOnlyItsOwnRequests)
 {
     TavoInbox first(&connectedClient());
     TavoInbox second(&connectedClient());
@@ -74,7 +74,7 @@ TEST_F(InboxTest, EachReceivesItsOwn)
     EXPECT_EQ(seconds, QVariantList{2});
 }
 
-TEST_F(InboxTest, ItsNodeGoesWithIt)
+TEST_F(InboxTest, RemovesItsNodeWhenDestroyed)
 {
     auto inbox = std::make_unique<TavoInbox>(&connectedClient());
     ASSERT_TRUE(isOpen(*inbox));
@@ -99,7 +99,7 @@ TEST_F(InboxTest, MayBeAChildOfItsClient)
     })) << "the host takes what is a client's away with it";
 }
 
-TEST_F(InboxTest, OpensAnewWhenTheHostHasStartedAgain)
+TEST_F(InboxTest, IsOpenedAgainAfterTheHostIsRestarted)
 {
     TavoInbox inbox(&connectedClient());
     ASSERT_TRUE(isOpen(inbox));
@@ -117,7 +117,7 @@ TEST_F(InboxTest, OpensAnewWhenTheHostHasStartedAgain)
     EXPECT_TRUE(waitFor([&] { return received == QVariantList{3}; }));
 }
 
-TEST_F(InboxTest, TellsWhenTheHostRefusesIt)
+TEST_F(InboxTest, ReportsThatTheHostRefusesIt)
 {
     stopHost();
     startHost({{"limits", QVariantHash{{"inboxes", 1}}}});

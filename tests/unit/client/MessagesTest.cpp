@@ -88,7 +88,7 @@ protected:
     TavoMessages m_messages{&connectedClient()};
 };
 
-TEST_F(MessagesTest, ShowsAMessageWithAllThatItHolds)
+TEST_F(MessagesTest, SendsAllFieldsOfAMessage)
 {
     TavoMessage message;
     message.application = "door";
@@ -108,13 +108,13 @@ TEST_F(MessagesTest, ShowsAMessageWithAllThatItHolds)
     EXPECT_EQ(shown.hints.value("x-tavo-priority"_s), QVariant(3));
 }
 
-TEST_F(MessagesTest, LeavesTheTimeToTheHostUnlessToldOtherwise)
+TEST_F(MessagesTest, UsesTheHostsTimeoutByDefault)
 {
     ASSERT_TRUE(succeeds(m_messages.show({"Door", "", TavoMessage::defaultTimeout, {}, ""})));
     EXPECT_EQ(m_desktop.shown().at(0).timeout, -1);
 }
 
-TEST_F(MessagesTest, TellsHowAMessageEnded)
+TEST_F(MessagesTest, ReportsHowAMessageEnded)
 {
     std::vector<std::pair<uint, TavoMessages::End>> ends;
     QObject::connect(&m_messages, &TavoMessages::closed,
@@ -139,7 +139,7 @@ TEST_F(MessagesTest, ClosesAMessage)
     EXPECT_TRUE(waitFor([&] { return closed == 7; }));
 }
 
-TEST_F(MessagesTest, TellsWhetherTheHostIsTheServerOfTheDesktop)
+TEST_F(MessagesTest, KnowsWhetherTheHostIsTheDesktopsServer)
 {
     const auto nobody = m_messages.isDesktopServer();
     EXPECT_TRUE(errorOf(nobody).isError());
@@ -155,7 +155,7 @@ TEST_F(MessagesTest, TellsWhetherTheHostIsTheServerOfTheDesktop)
     EXPECT_TRUE(own.value());
 }
 
-TEST_F(MessagesTest, AHostWithoutThemIsAnError)
+TEST_F(MessagesTest, FailsIfTheHostDoesNotServeMessages)
 {
     PrivateBus bare;
     QVariantHash config{{"bus", bare.address()}, {"notifications", false}};

@@ -20,7 +20,7 @@ protected:
     }
 };
 
-TEST_F(ClientRequestsTest, GivesTheVersionOfTheHost)
+TEST_F(ClientRequestsTest, ReadsTheVersionOfTheHost)
 {
     const auto reply = connectedClient().version();
     ASSERT_TRUE(succeeds(reply));
@@ -35,12 +35,12 @@ TEST_F(ClientRequestsTest, ReadsAValue)
     EXPECT_EQ(TavoValue(reply.value().toHash()).string_(), "closed"_s);
 }
 
-TEST_F(ClientRequestsTest, ReadingWhereNothingIsIsTheModelsError)
+TEST_F(ClientRequestsTest, ReadingAMissingNodeFailsWithTheModelsError)
 {
     EXPECT_EQ(errorOf(connectedClient().getValue(path("/nothing"))).name(), CMErrors::noSuchNode());
 }
 
-TEST_F(ClientRequestsTest, SendsAValueAndGivesTheAnswer)
+TEST_F(ClientRequestsTest, SendsAValueAndGetsTheReply)
 {
     m_service.take(path("/door/open"), [](const CMSetDataRequest &request) {
         request.reply().setValue(QVariantList{request.value(), "done"});
@@ -53,14 +53,14 @@ TEST_F(ClientRequestsTest, SendsAValueAndGivesTheAnswer)
     EXPECT_EQ(reply.value().toList(), QVariantList({value, "done"}));
 }
 
-TEST_F(ClientRequestsTest, SendsNoValueWhereThereIsNone)
+TEST_F(ClientRequestsTest, SendsARequestWithoutAValue)
 {
     m_service.take(path("/door/open"), ScriptedService::accept());
     ASSERT_TRUE(succeeds(connectedClient().call(path("/door/open"))));
     EXPECT_FALSE(sentTo(path("/door/open")).isValid());
 }
 
-TEST_F(ClientRequestsTest, GivesAnErrorWithItsNameItsMessageAndItsTitle)
+TEST_F(ClientRequestsTest, KeepsTheNameMessageAndTitleOfAnError)
 {
     m_service.take(path("/door/open"), [](const CMSetDataRequest &request) {
         CMError error("Door 1: strange", "The door is \u201clocked\u201d"_s);
@@ -115,7 +115,7 @@ TEST_F(ClientRequestsTest, ListsNodes)
     EXPECT_EQ(nodes[1].title, "The rooms"_s);
 }
 
-TEST_F(ClientRequestsTest, GivesTheTreeOfNodes)
+TEST_F(ClientRequestsTest, ReadsTheTreeBelowAPath)
 {
     m_service.publish(path("/house/door/state"), TavoValue().setBool_(true));
     m_service.take(path("/house/door/open"), ScriptedService::accept());
@@ -127,7 +127,7 @@ TEST_F(ClientRequestsTest, GivesTheTreeOfNodes)
     EXPECT_EQ(reply.value()[1].kind, "value"_s);
 }
 
-TEST_F(ClientRequestsTest, GivesTheTreeOfTheWholeModel)
+TEST_F(ClientRequestsTest, ReadsTheTreeOfTheWholeModel)
 {
     m_service.publish(path("/house/door/state"), TavoValue().setBool_(true));
     const auto reply = connectedClient().tree();
@@ -154,7 +154,7 @@ TEST_F(ClientRequestsTest, DescribesNodes)
     EXPECT_EQ(nodes[1].text, ""_s);
 }
 
-TEST_F(ClientRequestsTest, ClosesANodeAndTellsWhetherAnybodyHeard)
+TEST_F(ClientRequestsTest, ClosesANodeAndKnowsWhetherAnybodyListened)
 {
     const auto reply = connectedClient().close(path("/nobody/listens"));
     ASSERT_TRUE(succeeds(reply));
@@ -184,7 +184,7 @@ TEST_F(ClientRequestsTest, CancelsASound)
     EXPECT_EQ(TavoValue(sentTo(TavoNotificationPlayerCancelPath()).toHash()).string_(), "bell"_s);
 }
 
-TEST_F(ClientRequestsTest, OpensAMessageAndGivesItsPath)
+TEST_F(ClientRequestsTest, OpensAMessageAndGetsItsPath)
 {
     m_service.take(TavoNotificationDisplayOpenPath(), [](const CMSetDataRequest &request) {
         request.reply().setValue(TavoValue().setPath(CMPath("/shown/1"_s)).__variant());
@@ -202,7 +202,7 @@ TEST_F(ClientRequestsTest, CancelsAMessage)
               path("/shown/1"));
 }
 
-TEST_F(ClientRequestsTest, AValueThatCanNotBeSentIsAnErrorAndHarmsNothing)
+TEST_F(ClientRequestsTest, AValueThatCanNotBeSentOnlyFailsItsOwnRequest)
 {
     m_service.take(path("/door/open"), ScriptedService::accept());
     const auto reply = connectedClient().call(path("/door/open"), QVariant("a"_s + QChar(0)));
@@ -210,7 +210,7 @@ TEST_F(ClientRequestsTest, AValueThatCanNotBeSentIsAnErrorAndHarmsNothing)
     EXPECT_TRUE(succeeds(connectedClient().call(path("/door/open"), "a")));
 }
 
-TEST_F(ClientRequestsTest, AnAnswerThatDoesNotComeInTimeIsAnError)
+TEST_F(ClientRequestsTest, ARequestWithoutAReplyFailsAtItsTimeout)
 {
     m_service.take(path("/door/open"), ScriptedService::keep());
     connectedClient().setTimeout(50);
@@ -219,7 +219,7 @@ TEST_F(ClientRequestsTest, AnAnswerThatDoesNotComeInTimeIsAnError)
     EXPECT_THAT(error.message().toString().toStdString(), HasSubstr("0.05 seconds"));
 }
 
-TEST_F(ClientRequestsTest, ALimitOfTheHostIsAnErrorOfItsOwn)
+TEST_F(ClientRequestsTest, ALimitOfTheHostHasItsOwnError)
 {
     m_service.take(path("/door/open"), ScriptedService::accept());
     const QByteArray tooMuch(4 << 20, 'x');
@@ -227,7 +227,7 @@ TEST_F(ClientRequestsTest, ALimitOfTheHostIsAnErrorOfItsOwn)
               TavoClientError::limitExceeded());
 }
 
-TEST_F(ClientRequestsTest, ARefusalOfTheBusIsAnErrorOfItsOwn)
+TEST_F(ClientRequestsTest, ARefusalOfTheBusHasItsOwnError)
 {
     const PrivateBus strict(
         "<policy context=\"mandatory\"><deny send_interface=\"org.tavo.Model1\"/></policy>");
@@ -238,7 +238,7 @@ TEST_F(ClientRequestsTest, ARefusalOfTheBusIsAnErrorOfItsOwn)
     EXPECT_EQ(errorOf(client.call(path("/door/open"))).name(), TavoClientError::notPermitted());
 }
 
-TEST_F(ClientRequestsTest, RequestsAreAnsweredInTheirOwnTime)
+TEST_F(ClientRequestsTest, ASlowReplyDelaysNoOther)
 {
     m_service.take(path("/slow"), ScriptedService::keep());
     m_service.take(path("/fast"), ScriptedService::accept());

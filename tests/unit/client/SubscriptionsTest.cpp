@@ -36,7 +36,7 @@ protected:
     std::vector<int> m_values;
 };
 
-TEST_F(ClientSubscriptionsTest, ReportsEachChangeOfAValueInItsOrder)
+TEST_F(ClientSubscriptionsTest, ReportsEachChangeOfAValueInOrder)
 {
     m_service.publish(m_number, TavoValue().setInt_(0));
     watchedClient().subscribe(m_number, TavoClient::Change::Value);
@@ -49,7 +49,7 @@ TEST_F(ClientSubscriptionsTest, ReportsEachChangeOfAValueInItsOrder)
     EXPECT_EQ(m_paths.front(), "/test/number");
 }
 
-TEST_F(ClientSubscriptionsTest, ReportsAChangeOnceHoweverOftenItWasSubscribedTo)
+TEST_F(ClientSubscriptionsTest, ReportsAChangeOnceAfterSubscribingTwice)
 {
     m_service.publish(m_number, TavoValue().setInt_(0));
     TavoClient &client = watchedClient();
@@ -62,7 +62,7 @@ TEST_F(ClientSubscriptionsTest, ReportsAChangeOnceHoweverOftenItWasSubscribedTo)
     EXPECT_THAT(m_values, ElementsAre(1, 2));
 }
 
-TEST_F(ClientSubscriptionsTest, ReportsNothingOnceItIsUnsubscribed)
+TEST_F(ClientSubscriptionsTest, ReportsNothingAfterUnsubscribing)
 {
     const CMPath other("/test/other"_s);
     m_service.publish(m_number, TavoValue().setInt_(0));
@@ -79,7 +79,7 @@ TEST_F(ClientSubscriptionsTest, ReportsNothingOnceItIsUnsubscribed)
     EXPECT_THAT(m_values, ElementsAre(2));
 }
 
-TEST_F(ClientSubscriptionsTest, ReportsRowsThatComeAndGo)
+TEST_F(ClientSubscriptionsTest, ReportsInsertedAndRemovedRows)
 {
     struct Change
     {
@@ -105,7 +105,7 @@ TEST_F(ClientSubscriptionsTest, ReportsRowsThatComeAndGo)
     EXPECT_EQ(reported[1].changes, QStringList(CMSubscribe::RowsChangeRemoved()));
 }
 
-TEST_F(ClientSubscriptionsTest, ReportsANodeThatComesAndGoes)
+TEST_F(ClientSubscriptionsTest, ReportsThatANodeIsPublishedAndRemoved)
 {
     std::vector<bool> reported;
     TavoClient &client = connectedClient();
@@ -119,7 +119,7 @@ TEST_F(ClientSubscriptionsTest, ReportsANodeThatComesAndGoes)
     EXPECT_THAT(reported, ElementsAre(true, false));
 }
 
-TEST_F(ClientSubscriptionsTest, GoesOnWhenTheHostHasStartedAgain)
+TEST_F(ClientSubscriptionsTest, ReportsChangesAgainAfterTheHostIsRestarted)
 {
     m_service.publish(m_number, TavoValue().setInt_(0));
     TavoClient &client = watchedClient();
@@ -135,7 +135,7 @@ TEST_F(ClientSubscriptionsTest, GoesOnWhenTheHostHasStartedAgain)
     EXPECT_THAT(m_values, ElementsAre(5));
 }
 
-TEST_F(ClientSubscriptionsTest, GoesOnWhenTheBusHasStartedAgain)
+TEST_F(ClientSubscriptionsTest, ReportsChangesAgainAfterTheBusIsRestarted)
 {
     m_service.publish(m_number, TavoValue().setInt_(0));
     TavoClient &client = watchedClient();
@@ -150,7 +150,7 @@ TEST_F(ClientSubscriptionsTest, GoesOnWhenTheBusHasStartedAgain)
     EXPECT_THAT(m_values, ElementsAre(5));
 }
 
-TEST_F(ClientSubscriptionsTest, TellsWhenTheHostRefusesOne)
+TEST_F(ClientSubscriptionsTest, ReportsThatTheHostRefusesASubscription)
 {
     stopHost();
     startHost({{"limits", QVariantHash{{"subscriptions", 1}}}});
