@@ -9,14 +9,14 @@
 
 namespace {
 const char *const description = "Plays and shows notifications on a device that runs tavo-host, "
-                                "and looks into the host's model.";
+                                "and reads the host's model.";
 
 const char *const footer =
-    "Colours and a live line are for terminals; NO_COLOR turns the colours off. What goes wrong is "
-    "told in one line on standard error.\n\n"
+    "On a terminal, the output has colours and a live line. An error is printed as one line on "
+    "standard error.\n\n"
     "Environment:\n"
-    "  TAVO_BUS   the bus, where --bus names none\n"
-    "  NO_COLOR   when set and not empty: no colours";
+    "  TAVO_BUS   the bus, unless --bus names one\n"
+    "  NO_COLOR   if set and not empty: no colours";
 
 std::string replyTimeoutError(const std::string &text)
 {
@@ -39,7 +39,7 @@ std::string busError(const std::string &text)
 
 void defineGlobalOptions(CLI::App &app, Options &options)
 {
-    app.set_help_flag("-h,--help", "Show the help, of a command behind its name");
+    app.set_help_flag("-h,--help", "Show the help; after a command, that of the command");
     app.set_version_flag("--version", "tavo " TAVO_VERSION, "Show the version");
     app.add_option("--bus", options.bus, "session, system or a bus address (session)")
         ->envname("TAVO_BUS")
@@ -47,10 +47,10 @@ void defineGlobalOptions(CLI::App &app, Options &options)
         ->type_name(ValueName::bus);
     app.add_flag("--json", options.json, "Print JSON");
     app.add_option("--reply-timeout", options.replyTimeoutSeconds,
-                   "How many seconds to wait for a reply of the bus or the host (10)")
+                   "How long to wait for a reply of the bus or the host (10)")
         ->check(CLI::Validator(replyTimeoutError, ""))
         ->type_name(ValueName::seconds);
-    // An option without a group is not in the help.
+    // An option without a group is left out of the help.
     app.add_option("--generate", options.generate)
         ->check(CLI::IsMember({"man", "bash", "zsh", "fish"}))
         ->group("");
@@ -89,7 +89,7 @@ std::unique_ptr<CLI::App> defineCommandLine(Options &options)
     defineNotificationCommands(*app, options);
     defineModelCommands(*app, options);
     defineOverviewCommands(*app, options);
-    // At most one: an argument of a command may have the name of another command.
+    // At most one subcommand: a command's argument may be spelled like another command.
     app->require_subcommand(0, 1);
     return app;
 }
@@ -110,7 +110,7 @@ Result<Options, CommandLineEnd> readCommandLine(int argc, const char *const *arg
     if (!options.generate.empty()) {
         options.command = Options::Command::Generate;
     } else if (app->get_subcommands().empty()) {
-        return CommandLineEnd{ExitCode::Usage, "tavo: which command? See tavo --help."};
+        return CommandLineEnd{ExitCode::Usage, "tavo: no command was given. See tavo --help."};
     }
     return options;
 }

@@ -14,8 +14,8 @@ namespace CLI {
 class App;
 }
 
-/// Defines the commands and options with their texts: the source of --help, the man page and the
-/// completions. Parsing writes to the options, which must outlive the definition.
+/// Defines the commands, the options and their descriptions: the source of --help, the man page and
+/// the completions. Parsing writes to the options, which must outlive the definition.
 std::unique_ptr<CLI::App> defineCommandLine(Options &options);
 
 /// Output that replaces a command: help, the version, or what is wrong with the arguments.

@@ -8,10 +8,10 @@
 /// The program's exit codes, documented in docs/cli.md and, by exitCodeTexts, in the man page.
 enum class ExitCode {
     Ok = 0,
-    /// The host replied with an error; cancel: nothing has that name; doctor: something is missing.
+    /// The host replied with an error. cancel: nothing has that name. doctor: something is missing.
     Refused = 1,
 
-    // How a sound or message ended that --wait waited for.
+    // With --wait: how the sound or message ended.
     Cancelled = 10,
     Dismissed = 11,
     Failed = 12,
@@ -42,19 +42,19 @@ struct ExitCodeText
 };
 
 inline constexpr ExitCodeText exitCodeTexts[] = {
-    {"0", "Did what was asked. With --wait: the sound was heard to its end, or the message was "
-          "shown for its time."},
-    {"1", "The host refused the request. From cancel: there is nothing by that name. From doctor: "
-          "something is missing."},
+    {"0", "Success. With --wait: the sound played to its end, or the message was shown for its "
+          "timeout."},
+    {"1", "The host refused the request. cancel: nothing has that name. doctor: something is "
+          "missing."},
     {"10", "With --wait: the sound was cancelled, or the message was closed by a program."},
     {"11", "With --wait: a person dismissed the message."},
     {"12", "With --wait: the sound could not be played; the host's log says why."},
-    {"13", "With --wait: the host went away, or did not say how it ended."},
+    {"13", "With --wait: the host went away, or did not report the end."},
     {"64", "Wrong arguments."},
     {"66", "The file, or standard input, can't be read."},
     {"69", "The bus can't be reached, or no host is on it."},
     {"71", "The operating system refused something."},
-    {"75", "The bus or the host did not answer in time."},
+    {"75", "The bus or the host did not reply in time."},
     {"130", "Interrupted by SIGINT (Ctrl-C)."},
     {"143", "Ended by SIGTERM."},
 };

@@ -5,7 +5,7 @@
 
 #include <string>
 
-/// The arguments of the program. Strings hold them as bytes: the name of a file need not be UTF-8.
+/// The arguments of the program. Strings hold bytes: the name of a file need not be UTF-8.
 struct Options
 {
     enum class Command {

@@ -6,7 +6,7 @@
 #include "cli/commands/ErrorText.h"
 
 namespace {
-/// The player refuses a cancel for one reason only.
+/// Whether the player has no such sound: it refuses a cancel only for that reason.
 bool isUnknownSound(const CMError &error)
 {
     return error.name() == QLatin1String("Notifications");
@@ -38,7 +38,7 @@ void CancelCommand::cancelMessage(const CMPath &path)
     onAnswer<int>(client().matchRow(queue, path.toQVariant()), queue, [this, path](const int &row) {
         if (row < 0) {
             fail(ExitCode::Refused,
-                 QStringLiteral("no message is open at %1. tavo list shows those that are")
+                 QStringLiteral("no message is open at %1. tavo list shows the open ones")
                      .arg(id()));
             return;
         }
@@ -72,8 +72,9 @@ void CancelCommand::cancelSound()
                  QStringLiteral("there is neither a message nor a sound %1").arg(id()));
         } else {
             fail(ExitCode::Refused,
-                 QStringLiteral("no sound that plays or waits is called %1. Messages go by the "
-                                "number or the path that tavo list shows")
+                 QStringLiteral(
+                     "no sound that plays or waits has the id %1. To close a message, use "
+                     "its number or path, which tavo list shows")
                      .arg(id()));
         }
     });

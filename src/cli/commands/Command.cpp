@@ -47,8 +47,8 @@ CMPath Command::typedPath()
 {
     const QString text = QString::fromStdString(m_options.path);
     if (!text.startsWith(QLatin1Char('/'))) {
-        fail(ExitCode::Usage, QStringLiteral("%1 is no path: it must begin with a slash, as those "
-                                             "that tavo tree lists")
+        fail(ExitCode::Usage, QStringLiteral("%1 is not a path: it must begin with a slash, like "
+                                             "those that tavo tree lists")
                                   .arg(text));
         return {};
     }

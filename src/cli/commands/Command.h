@@ -55,10 +55,10 @@ protected:
 
     /// Prints an error, and finishes.
     void fail(ExitCode code, const QString &text);
-    /// The same for an error of the client; the path is that of the request, if any.
+    /// The same for an error of the client. The path is the request's, if it has one.
     void fail(const CMError &error, const CMPath &path = {});
 
-    /// Calls the function with the reply's value; an error ends the program.
+    /// Calls the function with the reply's value; fails on an error.
     template <typename T>
     void onAnswer(const CMReply<T> &reply, const CMPath &path, std::function<void(const T &)> use)
     {
@@ -71,7 +71,7 @@ protected:
         });
     }
 
-    /// The path argument. If it is no path, finishes and returns an empty one.
+    /// The path argument. If it is not a valid path, fails and returns an empty one.
     CMPath typedPath();
 
 private:

@@ -69,8 +69,8 @@ void DoctorCommand::lookAtHost()
         if (error.name() == TavoClientError::busTimedOut()) {
             add(State::Missing, "bus",
                 QStringLiteral("%1 takes connections but does not answer").arg(bus),
-                QStringLiteral("restart it: its daemon hangs, or has been stopped (kill -CONT lets "
-                               "it go on)"));
+                QStringLiteral("restart it: its daemon hangs, or has been stopped (kill -CONT "
+                               "resumes it)"));
             conclude();
             return;
         }
@@ -96,7 +96,7 @@ void DoctorCommand::lookAtNodes()
             lookAtMessages();
             return;
         }
-        add(State::Missing, "host", QStringLiteral("can't be asked what it runs"),
+        add(State::Missing, "host", QStringLiteral("did not tell what it runs"),
             errorText(answer.error(), {}, QString::fromStdString(options().bus)));
         conclude();
     });
@@ -129,17 +129,18 @@ void DoctorCommand::lookAtMessages()
     m_messages.isDesktopServer().onFinished(this, [this](const CMReply<bool> &answer) {
         if (answer.error().isError()) {
             add(State::Notice, "messages",
-                QStringLiteral("nobody shows what other programs notify of"),
+                QStringLiteral("no program shows notifications of desktop programs"),
                 QStringLiteral("set \"notifications\": true in the host's configuration of the "
                                "module dbus"));
         } else if (!answer.value()) {
             add(State::Notice, "messages",
-                QStringLiteral("another program shows what programs such as notify-send send"),
+                QStringLiteral("another program shows notifications of desktop programs"),
                 QStringLiteral(
                     "end the other notification server; the host then takes over. busctl "
                     "--user status org.freedesktop.Notifications names it"));
         } else {
-            add(State::Good, "messages", QStringLiteral("what other programs notify of is shown"));
+            add(State::Good, "messages",
+                QStringLiteral("notifications of desktop programs are shown"));
         }
         lookAtMusic();
     });
@@ -153,7 +154,7 @@ void DoctorCommand::lookAtMusic()
             const QString error = TavoValue(answer.value().toHash()).mainAudioState().error();
             if (!error.isEmpty()) {
                 add(State::Missing, "main audio", error,
-                    QStringLiteral("the host's log says more, loggers Player and SimplePlayer"));
+                    QStringLiteral("see the loggers Player and SimplePlayer in the host's log"));
             }
             lookAtDevices();
         });

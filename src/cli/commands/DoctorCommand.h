@@ -10,7 +10,8 @@
 #include <QProcess>
 #include <QVector>
 
-/// Checks one after another everything that has to be there, and prints what is missing.
+/// Checks everything that playing and showing notifications needs, one thing after another, and prints
+/// what is missing.
 class DoctorCommand : public Command
 {
     Q_OBJECT

@@ -70,26 +70,25 @@ QString errorText(const CMError &error, const CMPath &path, const QString &bus)
             .arg(error.message().toString());
     }
     if (name == CMErrors::noSuchNode() && !path.isEmpty()) {
-        return QStringLiteral("there is nothing at %1. tavo tree lists what there is, and the "
-                              "host's configuration which modules it loads")
+        return QStringLiteral("there is no node at %1. tavo tree lists the nodes; the host's "
+                              "configuration lists the modules that it loads")
             .arg(path.toString());
     }
     if (name == CMErrors::notSupported() && !path.isEmpty()) {
-        return QStringLiteral(
-                   "%1 takes no such request. tavo tree tells what kind it is: get reads "
-                   "a value, rows a list, call sends a request")
+        return QStringLiteral("%1 takes no such request. tavo tree shows its kind: get reads a "
+                              "value, rows reads a list, call sends a request")
             .arg(path.toString());
     }
     if (name == TavoClientError::notPermitted()) {
         return QStringLiteral(
-                   "the bus (%1) lets this user send no requests to the host. The policy "
-                   "that comes with the host lets members of the group tavo-host: usermod "
-                   "-a -G tavo-host USER, and log in again")
+                   "the bus (%1) does not let this user send requests to the host. The "
+                   "host's own policy allows it for members of the group tavo-host: usermod -a "
+                   "-G tavo-host USER, and log in again")
             .arg(bus);
     }
     if (name == QLatin1String("org.freedesktop.DBus.Error.AccessDenied")) {
         return QStringLiteral("the host refused: %1. \"sounds\" in its configuration of the module "
-                              "dbus says which sounds clients may have played")
+                              "dbus says which sounds clients may play")
             .arg(error.message().toString());
     }
     if (name == TavoClientError::limitExceeded()) {

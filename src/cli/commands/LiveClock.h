@@ -10,7 +10,7 @@
 #include <QString>
 #include <QTimer>
 
-/// Shows in the live line what is going on and for how long.
+/// Shows in the live line what the program waits for, and how long it has waited.
 class LiveClock : public QObject
 {
     Q_OBJECT
@@ -18,7 +18,7 @@ class LiveClock : public QObject
 public:
     explicit LiveClock(Terminal &terminal);
 
-    /// Shows this text from now on, and starts the time again.
+    /// Shows this text from now on, and counts the time from zero.
     void show(const QString &what);
 
 private Q_SLOTS:

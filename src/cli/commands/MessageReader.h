@@ -30,8 +30,8 @@ struct ShownMessages
     QVariantList toList() const;
 };
 
-/// Reads up to @p max messages of the queue with two requests, or more if that is too much for one. One
-/// that closes meanwhile has no title or text. Calls the function once, unless the context is deleted
-/// before; with an error when there is no queue.
+/// Reads up to @p max messages of the queue, with two requests, or more if the replies would be too
+/// large. A message that closes meanwhile has no title or text. Calls the function once, unless the
+/// context is deleted first; with an error if there is no queue.
 void readMessages(TavoClient &client, QObject *context, int max,
                   const std::function<void(const ShownMessages &, const CMError &)> &use);

@@ -52,7 +52,7 @@ void SoundCommand::start()
 void SoundCommand::on_inbox_opened(const CMPath &path)
 {
     if (m_isSent) {
-        return; // of another host, which knows nothing of the sound
+        return; // the inbox of another host, which does not have the sound
     }
     m_item.setPlaybackResponsePath(path);
     enqueue();
@@ -87,10 +87,11 @@ void SoundCommand::on_item_refused(const CMError &error)
         fail(error, TavoNotificationPlayerEnqueuePath());
         return;
     }
-    // The reply gives no reason; an id in use is the likeliest.
+    // The reply gives no reason; the likeliest is that the id is in use.
     fail(ExitCode::Refused,
-         QStringLiteral("the host did not queue the sound %1: one by that id may be there already. "
-                        "Its log says why")
+         QStringLiteral(
+             "the host did not queue the sound %1: there may be one with that id already. "
+             "Its log says why")
              .arg(m_item.id()));
 }
 

@@ -14,7 +14,7 @@
 #include <unistd.h>
 
 namespace {
-/// Ends the reading of endless input. The host's own limit may be far lower.
+/// Stops reading endless input here. The host's own limit may be far lower.
 constexpr int maxInputBytes = 32 << 20;
 
 ExitFailure noInput(const QByteArray &what, int error)
@@ -55,8 +55,8 @@ Result<SoundSource, ExitFailure> readInput()
     return SoundSource{TavoNotificationPlayerItemType::Data, QString::fromLatin1(input.toBase64())};
 }
 
-/// The errno of why the file can't be played; 0 if it probably can. Opens nothing: that would take a
-/// FIFO's data from the host.
+/// Why the file can't be played, as an errno; 0 if it probably can. Does not open the file: that would
+/// take a FIFO's data away from the host.
 int fileError(const QByteArray &name)
 {
     struct stat status = {};

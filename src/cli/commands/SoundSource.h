@@ -11,7 +11,7 @@
 #include <QByteArray>
 #include <QString>
 
-/// What to play, as a request to the host names it.
+/// What to play, in the form that the host takes.
 struct SoundSource
 {
     TavoNotificationPlayerItemType::Enum type;
@@ -21,5 +21,5 @@ struct SoundSource
 /// The sound to play: a URI unchanged, a readable file as an absolute URI, standard input as data.
 Result<SoundSource, ExitFailure> soundSource(const Options &options);
 
-/// The URI of a file, whose name need not be UTF-8. A relative name is taken from the folder.
+/// The URI of a file, whose name need not be UTF-8. A relative name is resolved against the folder.
 QString fileUri(const QByteArray &name, const QByteArray &folder);

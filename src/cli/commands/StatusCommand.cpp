@@ -6,7 +6,7 @@
 #include "cli/output/ValueText.h"
 
 namespace {
-/// The number of waiting messages is reported up to this.
+/// At most so many waiting messages are counted.
 constexpr int maxMessages = 20;
 
 QString texts(const TavoList<QString> &list)
@@ -37,7 +37,7 @@ QString notThere(const char *module)
 
 void StatusCommand::start()
 {
-    // One more than the requests, until all are sent.
+    // Counts one more than the requests, so that it can't be 0 before all are sent.
     m_pending = 1;
     read(TavoNotificationPlayerIsPlayingPath(),
          [this](const TavoValue &value) { m_sounds = value.bool_(); });

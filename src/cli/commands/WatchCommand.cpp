@@ -9,7 +9,7 @@
 #include <QTime>
 
 namespace {
-/// As many as people read; a queue may have a hundred thousand.
+/// Prints at most so many rows: a queue may have a hundred thousand.
 constexpr int maxRows = 20;
 
 bool isUnsupported(const CMError &error)
@@ -128,7 +128,7 @@ void WatchCommand::readRows(const CMPath &path)
         .rows(path, 0, maxRows + 1)
         .onFinished(this, [this, path](const CMReply<QVariantList> &answer) {
             if (!m_readings.contains(path)) {
-                return; // of a host that has gone
+                return; // the reply of a host that has gone
             }
             if (m_readings[path].isDue) {
                 m_readings[path].isDue = false;
@@ -148,15 +148,15 @@ void WatchCommand::on_rows_refused(const CMPath &path, const CMError &error)
 {
     if (error.name() == CMErrors::noSuchNode()) {
         if (!m_readings[path].changes.isEmpty()) {
-            return; // that it has gone is reported by itself
+            return; // nodeChanged() reports it
         }
         report(path, {{QStringLiteral("published"), false}}, QStringLiteral("is not there"));
     } else if (!isUnsupported(error)) {
         fail(error, path);
     } else if (m_withoutValue.contains(path)) {
-        // The value is requested first.
-        fail(ExitCode::Refused,
-             QStringLiteral("%1 takes requests and has nothing to follow").arg(path.toString()));
+        // Its value was requested first.
+        fail(ExitCode::Refused, QStringLiteral("%1 takes requests and has neither a value nor rows")
+                                    .arg(path.toString()));
     }
 }
 

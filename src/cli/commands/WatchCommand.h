@@ -9,7 +9,7 @@
 #include <QSet>
 #include <QStringList>
 
-/// Prints what is at the path, and then each change, until it is interrupted.
+/// Prints what is at the path, and then each change, until interrupted.
 class WatchCommand : public Command
 {
     Q_OBJECT
@@ -55,5 +55,5 @@ private:
         bool isDue = false;
     };
     QHash<CMPath, Reading> m_readings;
-    QSet<CMPath> m_withoutValue; ///< nodes of another kind
+    QSet<CMPath> m_withoutValue; ///< nodes that are lists or requests
 };

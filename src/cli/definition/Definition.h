@@ -11,8 +11,8 @@
 #include <string>
 #include <system_error>
 
-// The parts of the definition, each with the commands of one kind. Help, man page and completions
-// have the commands in the order in which they are added.
+// Each function defines the commands of one kind. Help, man page and completions list the commands in
+// the order in which they are added.
 void defineNotificationCommands(CLI::App &app, Options &options);
 void defineModelCommands(CLI::App &app, Options &options);
 void defineOverviewCommands(CLI::App &app, Options &options);
@@ -44,7 +44,7 @@ inline CLI::Validator notNegative()
     return CLI::Validator(complaint, "");
 }
 
-/// The names of values in the help. The completions know by them what to offer.
+/// The names of values in the help. The completions offer values by these names.
 namespace ValueName {
 constexpr const char *file = "FILE";
 constexpr const char *path = "PATH";

@@ -10,7 +10,7 @@ struct Finding
 {
     enum class State {
         Good,
-        Notice, ///< works, but could do more
+        Notice, ///< works, but something optional is missing
         Missing
     };
 

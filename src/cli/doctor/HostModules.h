@@ -8,7 +8,7 @@
 #include <QByteArray>
 #include <QVector>
 
-/// Findings about the installed modules, from the output of tavo-host --list-modules.
+/// Checks the installed modules, by the output of tavo-host --list-modules.
 QVector<Finding> lookAtModules(const QByteArray &list);
 
 /// The path of tavo-host, beside this program or on PATH; empty when there is none.

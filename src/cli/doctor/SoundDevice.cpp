@@ -20,8 +20,8 @@ QString remedyFor(int error, const QString &device)
     case ENODEV:
     case ENXIO:
         return QStringLiteral(
-                   "aplay -L (package alsa-utils) lists the devices that there are; name "
-                   "one in the host's configuration of the module player (mainDevice, "
+                   "aplay -L (package alsa-utils) lists the devices; name one in the host's "
+                   "configuration of the module player (mainDevice, "
                    "notificationsDevice), or define %1 in /etc/asound.conf")
             .arg(device);
     case EACCES:
@@ -50,8 +50,8 @@ Finding lookAtSoundDevice(const QString &subject, const QString &device)
     if (result == -EBUSY) {
         return {Finding::State::Notice, subject,
                 QStringLiteral("%1 is in use, as it is while the host plays").arg(device),
-                QStringLiteral("where nothing of the host's plays, another program holds it; a "
-                               "device that mixes (dmix, a sound server) takes both")};
+                QStringLiteral("if the host plays nothing, another program holds it; a device "
+                               "that mixes (dmix, a sound server) lets both play")};
     }
     return {Finding::State::Missing, subject,
             QStringLiteral("%1 can't be opened: %2")

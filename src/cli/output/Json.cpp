@@ -141,7 +141,7 @@ private:
         case QMetaType::ULongLong:
             m_text += value.toByteArray();
             break;
-        // toByteArray() would write the smallest of them as a character.
+        // toByteArray() would write an 8 bit integer as a character.
         case QMetaType::Short:
         case QMetaType::UShort:
         case QMetaType::UChar:
@@ -173,7 +173,7 @@ private:
 
     void writeText(const QString &text)
     {
-        // Quoted by Qt as an array, whose brackets are removed.
+        // Qt quotes it as an array, whose brackets are removed.
         const QByteArray array = QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact);
         m_text += array.mid(1, array.size() - 2);
     }

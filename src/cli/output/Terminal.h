@@ -28,7 +28,8 @@ public:
     void print(const QString &text);
     void printJson(const QByteArray &json);
 
-    /// Prints a note for people that is no result: on the terminal, else on standard error.
+    /// Prints a note for people, which is not part of the result: on the terminal, else on standard
+    /// error.
     void printNote(const QString &text);
 
     /// Prints "tavo: " and the text on standard error.
@@ -37,8 +38,8 @@ public:
     void showLive(const QString &text);
     void endLive();
 
-    /// Flushes; false if anything could not be written, for example to a full disk. Prints that error
-    /// once.
+    /// False if standard output could not be written, for example to a full disk. That error has been
+    /// printed once.
     bool isGood() const { return m_isGood; }
 
 private:

@@ -16,11 +16,11 @@ ValueOffer offerFor(const std::string &valueName);
 /// The words to offer, separated by blanks; empty for other offers.
 std::string offeredWords(const std::string &valueName);
 
-/// The options that take a value, of the program and all commands, with the names of their values. An
-/// option means the same for every command.
+/// The options of the program and all commands that take a value, with the names of the values. An
+/// option means the same in every command.
 std::map<std::string, std::string> valuedOptions(const Reference &reference);
 
-// Print paths, one a line. They don't wait long: somebody is typing.
+// Print one path on each line. The timeout is short: somebody is typing.
 constexpr const char *s_listNodes = "tavo --reply-timeout 1 tree 2>/dev/null | cut -f 1";
 constexpr const char *s_listMessages = "tavo --reply-timeout 1 list 2>/dev/null | cut -f 2";
 

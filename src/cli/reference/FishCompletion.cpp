@@ -7,7 +7,7 @@
 namespace {
 constexpr const char *s_complete = "complete -c tavo";
 
-/// The argument of complete that offers the value.
+/// The argument of complete that makes it offer values.
 std::string offer(const std::string &valueName)
 {
     switch (offerFor(valueName)) {
@@ -39,7 +39,7 @@ std::string option(const OptionReference &reference, const std::string &conditio
     return line + " -d " + shellQuoted(reference.description) + '\n';
 }
 
-/// The condition for this command; with a place, after that many of its arguments.
+/// The condition that this command was typed and, if a place is given, that many arguments after it.
 std::string when(const std::string &command, const std::string &place = {})
 {
     return " -n " + shellQuoted("__tavo_is " + command + (place.empty() ? "" : ' ' + place));

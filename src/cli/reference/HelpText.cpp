@@ -10,7 +10,7 @@ namespace {
 constexpr std::size_t s_width = 80;
 constexpr std::size_t s_column = 28;
 
-/// The words wrapped into lines, of which all but the first are indented.
+/// Wraps the words into lines, and indents all lines except the first.
 std::string wrapped(const std::string &text, std::size_t begin, std::size_t indent)
 {
     std::string result;

@@ -55,6 +55,6 @@ struct Reference
     const CommandReference *find(const std::string &command) const;
 };
 
-/// Splits a text into paragraphs, which are separated by empty lines. One whose first line ends with a
-/// colon, and whose other lines are indented, is a heading with lines.
+/// Splits a text at its empty lines. If the first line of a part ends with a colon and the others are
+/// indented, it is a heading with lines, else a paragraph.
 std::vector<TextBlock> textBlocks(const std::string &text);

@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-// Everything that is written from the reference. Each has all commands and options.
+// Texts that are generated from the reference. Each has all commands and options.
 
 /// The help of the program, or of a command, wrapped at 80 characters.
 std::string helpText(const Reference &reference);

@@ -58,8 +58,8 @@ TEST_F(CliCancelTest, TellsThatThereIsNoSuchSound)
 {
     EXPECT_EQ(run({"cancel", "bell"}), s_refused);
     EXPECT_EQ(m_tavo.error(),
-              "tavo: no sound that plays or waits is called bell. Messages go by the "
-              "number or the path that tavo list shows\n");
+              "tavo: no sound that plays or waits has the id bell. To close a message, use its "
+              "number or path, which tavo list shows\n");
 }
 
 TEST_F(CliCancelTest, TellsThatANumberIsNeither)
@@ -80,7 +80,7 @@ TEST_F(CliCancelTest, TellsThatThereIsNoSuchMessageWithoutAWarningOfTheHost)
 {
     EXPECT_EQ(run({"cancel", "/dbus/notifications/5"}), s_refused);
     EXPECT_EQ(m_tavo.error(), "tavo: no message is open at /dbus/notifications/5. tavo list shows "
-                              "those that are\n");
+                              "the open ones\n");
     EXPECT_EQ(run({"cancel", "none"}), s_refused);
     ASSERT_TRUE(m_host->waitForLog("Unable to cancel not existing item: none"));
     EXPECT_THAT(m_host->log().toStdString(), Not(HasSubstr("Called cancel display notification")));

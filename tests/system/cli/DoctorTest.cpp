@@ -37,7 +37,7 @@ TEST_F(CliDoctorTest, FindsEverythingInOrder)
                 testing::ElementsAre("good: version " TAVO_VERSION, "good: runs powermanager",
                                      "good: runs player", "good: runs notifications"));
     EXPECT_THAT(findings("messages"),
-                testing::ElementsAre("good: what other programs notify of is shown"));
+                testing::ElementsAre("good: notifications of desktop programs are shown"));
     EXPECT_THAT(findings("notifications' device"),
                 testing::ElementsAre("good: null can be opened"));
 }

@@ -36,7 +36,7 @@ TEST_F(CliNodesTest, GetPrintsAValueAsJson)
 TEST_F(CliNodesTest, TellsThatThereIsNothingAtAPath)
 {
     EXPECT_EQ(run({"get", "/nothing"}), s_refused);
-    EXPECT_THAT(m_tavo.error(), StartsWith("tavo: there is nothing at /nothing."));
+    EXPECT_THAT(m_tavo.error(), StartsWith("tavo: there is no node at /nothing."));
 }
 
 TEST_F(CliNodesTest, TellsThatANodeIsOfAnotherKind)

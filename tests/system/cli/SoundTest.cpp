@@ -111,7 +111,7 @@ TEST_F(CliSoundTest, RefusedForItsSchemeTellsWhoAllowsThem)
     EXPECT_EQ(m_tavo.error(),
               "tavo: the host refused: \"http://host/sound.wav\" has a scheme that is "
               "not allowed. \"sounds\" in its configuration of the module dbus says "
-              "which sounds clients may have played\n");
+              "which sounds clients may play\n");
 }
 
 TEST_F(CliSoundTest, TellsInJsonWhatHappensInItsOrder)
@@ -185,8 +185,8 @@ TEST_F(CliSoundTest, TellsThatAnIdIsInUse)
 {
     startLoop();
     EXPECT_EQ(m_other.run({"sound", "--id", "bell", soundFile()}), s_refused);
-    EXPECT_EQ(m_other.error(), "tavo: the host did not queue the sound bell: one by that id may be "
-                               "there already. Its log says why\n");
+    EXPECT_EQ(m_other.error(), "tavo: the host did not queue the sound bell: there may be one with "
+                               "that id already. Its log says why\n");
 }
 
 TEST_F(CliSoundTest, APrioritysNumberGoesThrough)

@@ -179,11 +179,11 @@ TEST_F(CliNotPermittedTest, TellsWhoIs)
     for (const QStringList &command :
          {QStringList{"list"}, QStringList{"watch"}, QStringList{"sound", "--wait", soundFile()}}) {
         EXPECT_EQ(run(command), s_refused);
-        EXPECT_THAT(m_tavo.error(), HasSubstr("lets this user send no requests to the host"));
+        EXPECT_THAT(m_tavo.error(), HasSubstr("does not let this user send requests to the host"));
         EXPECT_THAT(m_tavo.error(), HasSubstr("group tavo-host"));
     }
     EXPECT_EQ(run({"doctor"}), s_refused);
     EXPECT_THAT(m_tavo.output(), HasSubstr("good     host: version "));
-    EXPECT_THAT(m_tavo.output(), HasSubstr("missing  host: can't be asked what it runs\n"));
+    EXPECT_THAT(m_tavo.output(), HasSubstr("missing  host: did not tell what it runs\n"));
     EXPECT_THAT(m_tavo.output(), HasSubstr("group tavo-host"));
 }

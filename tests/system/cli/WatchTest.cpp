@@ -92,6 +92,6 @@ TEST_F(CliWatchTest, RefusesToFollowWhatOnlyTakesRequests)
 {
     EXPECT_EQ(run({"watch", "/notifications/player/enqueue"}), s_refused);
     EXPECT_EQ(m_tavo.error(),
-              "tavo: /notifications/player/enqueue takes requests and has nothing to "
-              "follow\n");
+              "tavo: /notifications/player/enqueue takes requests and has neither a value "
+              "nor rows\n");
 }

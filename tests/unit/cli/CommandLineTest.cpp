@@ -64,12 +64,12 @@ TEST_F(CommandLineTest, ReadsASoundWithItsOptions)
     EXPECT_TRUE(options.wait);
 }
 
-TEST_F(CommandLineTest, TakesADashForStandardInput)
+TEST_F(CommandLineTest, AcceptsADashForStandardInput)
 {
     EXPECT_EQ(optionsOf({"sound", "-"}).file, "-");
 }
 
-TEST_F(CommandLineTest, TakesTheGeneralOptionsOnEitherSideOfTheCommand)
+TEST_F(CommandLineTest, AcceptsGlobalOptionsBeforeAndAfterTheCommand)
 {
     EXPECT_TRUE(optionsOf({"--json", "--bus", "system", "list"}).json);
     const Options behind = optionsOf({"list", "--json", "--bus", "unix:path=/x"});
@@ -77,14 +77,14 @@ TEST_F(CommandLineTest, TakesTheGeneralOptionsOnEitherSideOfTheCommand)
     EXPECT_EQ(behind.bus, "unix:path=/x");
 }
 
-TEST_F(CommandLineTest, TakesTheBusOfTheEnvironmentUnlessToldOtherwise)
+TEST_F(CommandLineTest, TakesTheBusFromTheEnvironmentUnlessAnOptionNamesOne)
 {
     setenv("TAVO_BUS", "unix:path=/from-environment", 1);
     EXPECT_EQ(optionsOf({"list"}).bus, "unix:path=/from-environment");
     EXPECT_EQ(optionsOf({"list", "--bus", "system"}).bus, "system");
 }
 
-TEST_F(CommandLineTest, RefusesWhatIsNoBus)
+TEST_F(CommandLineTest, RefusesAStringThatIsNotABus)
 {
     const auto saysSo = HasSubstr("--bus: must be session, system or a bus address");
     EXPECT_THAT(refusalOf({"--bus", "sytem", "list"}), saysSo);
@@ -95,12 +95,12 @@ TEST_F(CommandLineTest, RefusesWhatIsNoBus)
     EXPECT_EQ(optionsOf({"list"}).bus, "session");
 }
 
-TEST_F(CommandLineTest, UsesTheSessionBusWhenNobodySaysOtherwise)
+TEST_F(CommandLineTest, UsesTheSessionBusByDefault)
 {
     EXPECT_EQ(optionsOf({"list"}).bus, "session");
 }
 
-TEST_F(CommandLineTest, TakesTheNameOfACommandForAText)
+TEST_F(CommandLineTest, AcceptsTheNameOfACommandAsAnArgument)
 {
     const Options options = optionsOf({"show", "list", "status"});
     EXPECT_EQ(options.command, Options::Command::Show);
@@ -108,21 +108,21 @@ TEST_F(CommandLineTest, TakesTheNameOfACommandForAText)
     EXPECT_EQ(options.message, "status");
 }
 
-TEST_F(CommandLineTest, TakesATextThatBeginsWithADashBehindTwoDashes)
+TEST_F(CommandLineTest, AcceptsAnArgumentThatBeginsWithADashAfterTwoDashes)
 {
     EXPECT_EQ(optionsOf({"show", "--", "--wait"}).title, "--wait");
 }
 
-TEST_F(CommandLineTest, TakesANegativeNumberAsAValue)
+TEST_F(CommandLineTest, AcceptsANegativeNumberAsAValue)
 {
     EXPECT_EQ(optionsOf({"call", "/x", "-5"}).value, "-5");
     EXPECT_EQ(optionsOf({"sound", "a.wav", "--priority", "-5"}).priority, "-5");
 }
 
-TEST_F(CommandLineTest, RefusesAPriorityThatIsNone)
+TEST_F(CommandLineTest, RefusesAnInvalidPriority)
 {
     EXPECT_THAT(refusalOf({"sound", "a.wav", "--priority", "loud"}),
-                HasSubstr("must be low, normal, high, urgent or a whole number"));
+                HasSubstr("must be low, normal, high, urgent or an integer"));
 }
 
 TEST_F(CommandLineTest, RefusesANegativeTimeout)
@@ -130,7 +130,7 @@ TEST_F(CommandLineTest, RefusesANegativeTimeout)
     EXPECT_THAT(refusalOf({"show", "x", "--timeout", "-3"}), HasSubstr("--timeout"));
 }
 
-TEST_F(CommandLineTest, SaysWhichNumbersATimeoutOrACountCanBe)
+TEST_F(CommandLineTest, SaysWhichNumbersATimeoutOrACountMayBe)
 {
     const auto saysSo = HasSubstr(": must be an integer from 0 to 2147483647.");
     for (const char *wrong : {"-3", "5s", "2.5", "2147483648", ""}) {
@@ -139,7 +139,7 @@ TEST_F(CommandLineTest, SaysWhichNumbersATimeoutOrACountCanBe)
     }
 }
 
-TEST_F(CommandLineTest, TakesTheLargestTimeout)
+TEST_F(CommandLineTest, AcceptsTheLargestTimeout)
 {
     EXPECT_EQ(optionsOf({"show", "x", "--timeout", "2147483647"}).timeout, 2147483647);
 }
@@ -150,7 +150,7 @@ TEST_F(CommandLineTest, RefusesAReplyTimeoutOutOfItsRange)
     EXPECT_THAT(refusalOf({"--reply-timeout", "nan", "list"}), HasSubstr("--reply-timeout"));
 }
 
-TEST_F(CommandLineTest, NamesTheCommandThatThereIsNot)
+TEST_F(CommandLineTest, NamesTheUnknownCommand)
 {
     EXPECT_EQ(refusalOf({"sond", "a.wav"}), "tavo: there is no command sond. See tavo --help.");
     EXPECT_EQ(refusalOf({"--json", "help"}), "tavo: there is no command help. See tavo --help.");
@@ -160,7 +160,7 @@ TEST_F(CommandLineTest, NamesTheCommandThatThereIsNot)
 
 TEST_F(CommandLineTest, RefusesAMissingCommand)
 {
-    EXPECT_EQ(refusalOf({}), "tavo: which command? See tavo --help.");
+    EXPECT_EQ(refusalOf({}), "tavo: no command was given. See tavo --help.");
 }
 
 TEST_F(CommandLineTest, RefusesAnUnknownCommand)
@@ -168,7 +168,7 @@ TEST_F(CommandLineTest, RefusesAnUnknownCommand)
     EXPECT_THAT(refusalOf({"sing"}), HasSubstr("sing"));
 }
 
-TEST_F(CommandLineTest, NamesTheCommandWhoseHelpKnowsMore)
+TEST_F(CommandLineTest, NamesTheCommandWhoseHelpToRead)
 {
     EXPECT_THAT(refusalOf({"sound"}), HasSubstr("See tavo sound --help."));
     EXPECT_THAT(refusalOf({"get", "/x", "--loud"}), HasSubstr("See tavo get --help."));
@@ -193,19 +193,19 @@ TEST_F(CommandLineTest, ShowsTheVersion)
     EXPECT_EQ(std::get<CommandLineEnd>(read).text, "tavo " TAVO_VERSION);
 }
 
-TEST(PriorityTest, ReadsNamesInEitherCase)
+TEST(PriorityTest, ReadsNamesInAnyCase)
 {
     EXPECT_EQ(priorityFromText("low"), TavoNotificationItemPriority::Low);
     EXPECT_EQ(priorityFromText("URGENT"), TavoNotificationItemPriority::Urgent);
 }
 
-TEST(PriorityTest, ReadsEveryNumberOf32Bits)
+TEST(PriorityTest, ReadsEvery32BitInteger)
 {
     EXPECT_EQ(int(*priorityFromText("-2147483648")), -2147483647 - 1);
     EXPECT_EQ(int(*priorityFromText("2147483647")), 2147483647);
 }
 
-TEST(PriorityTest, RefusesWhatIsNeither)
+TEST(PriorityTest, RefusesOtherStrings)
 {
     for (const char *text : {"", "loud", "2147483648", "1.5", "0x"}) {
         EXPECT_FALSE(priorityFromText(text)) << text;

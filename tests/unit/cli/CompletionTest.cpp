@@ -87,7 +87,7 @@ esac
     QTemporaryDir m_folder;
 };
 
-TEST_F(CompletionTest, EachHoldsEveryCommandAndOption)
+TEST_F(CompletionTest, EachHasEveryCommandAndOption)
 {
     const std::string bash = bashCompletion(m_reference);
     const std::string zsh = zshCompletion(m_reference);
@@ -119,21 +119,21 @@ TEST_F(CompletionTest, BashOffersCommands)
     EXPECT_THAT(bashOffers("tavo --bus system --json do"), ElementsAre("doctor"));
 }
 
-TEST_F(CompletionTest, BashOffersTheOptionsOfTheCommandAndThoseOfEach)
+TEST_F(CompletionTest, BashOffersTheCommandsOwnOptionsAndTheGlobalOnes)
 {
     EXPECT_THAT(bashOffers("tavo sound --"),
                 IsSupersetOf({"--loop", "--stream", "--wait", "--json", "--bus"}));
     EXPECT_THAT(bashOffers("tavo get --lo"), IsEmpty());
 }
 
-TEST_F(CompletionTest, BashOffersWhatAnOptionTakes)
+TEST_F(CompletionTest, BashOffersTheValuesOfAnOption)
 {
     EXPECT_THAT(bashOffers("tavo sound --priority u"), ElementsAre("urgent"));
     EXPECT_THAT(bashOffers("tavo sound --priority = hi"), ElementsAre("high"));
     EXPECT_THAT(bashOffers("tavo --bus ''"), ElementsAre("session", "system"));
 }
 
-TEST_F(CompletionTest, BashOffersFilesWhereAFileIsMeant)
+TEST_F(CompletionTest, BashOffersFilesForAFileArgument)
 {
     EXPECT_THAT(bashOffers("tavo sound --loop tavo.b"), ElementsAre("tavo.bash"));
     EXPECT_THAT(bashOffers("tavo sound one tavo.b"), IsEmpty());
@@ -146,13 +146,13 @@ TEST_F(CompletionTest, BashOffersTheNodesOfTheModel)
     EXPECT_THAT(bashOffers("tavo call /p"), ElementsAre("/player/state"));
 }
 
-TEST_F(CompletionTest, BashRunsNothingOfAPath)
+TEST_F(CompletionTest, BashNeverRunsAPathAsCode)
 {
     bashOffers("tavo get /");
     EXPECT_FALSE(QFile::exists(file("hit")));
 }
 
-TEST_F(CompletionTest, BashOffersTheMessagesThatAreOpen)
+TEST_F(CompletionTest, BashOffersTheOpenMessages)
 {
     EXPECT_THAT(bashOffers("tavo cancel /"), ElementsAre("/ring", "/dbus/notifications/7"));
 }
@@ -178,7 +178,7 @@ TEST_F(CompletionTest, FishOffersCommandsOptionsAndValues)
     EXPECT_THAT(offers("tavo show list --co"), IsEmpty());
 }
 
-TEST_F(CompletionTest, ZshReadsItsCompletion)
+TEST_F(CompletionTest, ZshAcceptsItsCompletion)
 {
     if (!isThere("zsh")) {
         GTEST_SKIP() << "there is no zsh";
@@ -186,7 +186,7 @@ TEST_F(CompletionTest, ZshReadsItsCompletion)
     EXPECT_THAT(run("zsh", {"-n", "_tavo"}), IsEmpty());
 }
 
-TEST(ShellQuotedTest, LeavesNoQuoteOpen)
+TEST(ShellQuotedTest, EscapesQuotes)
 {
     EXPECT_EQ(shellQuoted("it's"), "'it'\\''s'");
 }

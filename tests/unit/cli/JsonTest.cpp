@@ -43,7 +43,7 @@ TEST(JsonTest, ReadsEveryKindOfScalar)
     EXPECT_FALSE(valueOf("null").isValid());
 }
 
-TEST(JsonTest, ReadsAWholeNumberAsTheSmallestIntegerThatHoldsIt)
+TEST(JsonTest, ReadsAnIntegerAsTheSmallestTypeThatHoldsIt)
 {
     EXPECT_EQ(int(valueOf("2147483647").userType()), int(QMetaType::Int));
     EXPECT_EQ(int(valueOf("2147483648").userType()), int(QMetaType::LongLong));
@@ -94,7 +94,7 @@ TEST(JsonTest, WritesSmallIntegersAsNumbers)
     EXPECT_EQ(jsonOf(QVariant::fromValue<ushort>(7)), "7");
 }
 
-TEST(JsonTest, WritesANumberThatIsNoneAsNull)
+TEST(JsonTest, WritesNotANumberAndInfinitiesAsNull)
 {
     EXPECT_EQ(jsonOf(std::nan("")), "null");
     EXPECT_EQ(jsonOf(std::numeric_limits<double>::infinity()), "null");
@@ -106,7 +106,7 @@ TEST(JsonTest, WritesFieldsInTheOrderOfTheirKeys)
               R"({"a":[1,2],"b":1,"c":{}})");
 }
 
-TEST(JsonTest, WritesBytesAsTheyAreRead)
+TEST(JsonTest, WritesBytesInTheFormThatIsRead)
 {
     const QByteArray bytes("\x00\x01\xff", 3);
     EXPECT_EQ(jsonOf(bytes), R"({"base64":"AAH/"})");

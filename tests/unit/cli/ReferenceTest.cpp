@@ -86,14 +86,14 @@ protected:
     }
 };
 
-TEST_F(ReferenceTest, KnowsTheCommandsThatThereAre)
+TEST_F(ReferenceTest, HasEveryCommandOfTheDefinition)
 {
     EXPECT_THAT(definedCommands(),
                 testing::UnorderedElementsAre("sound", "show", "cancel", "list", "watch", "get",
                                               "rows", "call", "tree", "status", "doctor"));
 }
 
-TEST_F(ReferenceTest, HoldsEachCommandAndOption)
+TEST_F(ReferenceTest, HasEachCommandAndOption)
 {
     std::set<std::string> commands;
     std::set<std::string> options;
@@ -139,7 +139,7 @@ TEST_F(ReferenceTest, NamesValuesInCapitals)
     }
 }
 
-TEST_F(ReferenceTest, GivesAnOptionsNameOneMeaning)
+TEST_F(ReferenceTest, GivesEachOptionTheSameMeaningInEveryCommand)
 {
     // The bash completion knows a value by its option's name alone.
     std::map<std::string, std::set<std::string>> valueNames;
@@ -155,7 +155,7 @@ TEST_F(ReferenceTest, GivesAnOptionsNameOneMeaning)
     }
 }
 
-TEST_F(ReferenceTest, TheExamplesAreTaken)
+TEST_F(ReferenceTest, TheExamplesAreAccepted)
 {
     for (const CommandReference &command : m_reference.commands) {
         for (const std::string &line : command.text.back().lines) {
@@ -171,7 +171,7 @@ TEST_F(ReferenceTest, TheExamplesAreTaken)
     }
 }
 
-TEST_F(ReferenceTest, TheManPageHoldsEachCommandAndOption)
+TEST_F(ReferenceTest, TheManPageHasEachCommandAndOption)
 {
     const std::string page = manPage(m_reference);
     for (const std::string &command : definedCommands()) {
@@ -184,7 +184,7 @@ TEST_F(ReferenceTest, TheManPageHoldsEachCommandAndOption)
     }
 }
 
-TEST_F(ReferenceTest, TheManPageHoldsEachExitCode)
+TEST_F(ReferenceTest, TheManPageHasEachExitCode)
 {
     const std::string page = manPage(m_reference);
     for (const ExitCodeText &code : exitCodeTexts) {
@@ -192,7 +192,7 @@ TEST_F(ReferenceTest, TheManPageHoldsEachExitCode)
     }
 }
 
-TEST_F(ReferenceTest, TheHelpHoldsEachCommandAndOption)
+TEST_F(ReferenceTest, TheHelpHasEachCommandAndOption)
 {
     std::string help = helpText(m_reference);
     for (const std::string &command : definedCommands()) {
@@ -204,7 +204,7 @@ TEST_F(ReferenceTest, TheHelpHoldsEachCommandAndOption)
     }
 }
 
-TEST_F(ReferenceTest, TheHelpFitsIntoATerminal)
+TEST_F(ReferenceTest, TheHelpFitsIn80Columns)
 {
     constexpr std::size_t columns = 80;
     std::string help = helpText(m_reference);
@@ -225,7 +225,7 @@ TEST_F(ReferenceTest, TheHiddenOptionIsNowhere)
     EXPECT_THAT(helpText(m_reference), Not(HasSubstr("generate")));
 }
 
-TEST(TextBlocksTest, TellsParagraphsFromLinesBelowAHeading)
+TEST(TextBlocksTest, DistinguishesParagraphsFromLinesBelowAHeading)
 {
     const auto blocks = textBlocks("One\ntwo.\n\nExamples:\n  a\n  b\n\nEnd:");
     ASSERT_EQ(blocks.size(), 3U);

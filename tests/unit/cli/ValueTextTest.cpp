@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(ValueTextTest, ShowsAScalarAsItIs)
+TEST(ValueTextTest, ShowsAScalarUnchanged)
 {
     EXPECT_EQ(valueText("chime"_s), "chime"_s);
     EXPECT_EQ(valueText(true), "true"_s);
@@ -18,19 +18,19 @@ TEST(ValueTextTest, ShowsAScalarAsItIs)
     EXPECT_EQ(valueText(QVariant::fromValue(CMPath("/a/b"_s))), "/a/b"_s);
 }
 
-TEST(ValueTextTest, SaysWhereThereIsNothing)
+TEST(ValueTextTest, ShowsThatAValueIsEmpty)
 {
     EXPECT_EQ(valueText(QVariant()), "(empty)"_s);
     EXPECT_EQ(valueText(QVariantList()), "(none)"_s);
     EXPECT_EQ(valueText(QVariantHash()), "(empty)"_s);
 }
 
-TEST(ValueTextTest, ShowsARecordAsALineAField)
+TEST(ValueTextTest, ShowsARecordAsALinePerField)
 {
     EXPECT_EQ(valueText(QVariantHash({{"b", 2}, {"a", "x"}})), "a: x\nb: 2"_s);
 }
 
-TEST(ValueTextTest, IndentsWhatIsNested)
+TEST(ValueTextTest, IndentsNestedValues)
 {
     const QVariantHash value{{"list", QVariantList{1, QVariantHash{{"k", "v"}}}},
                              {"none", QVariantList()},
@@ -38,12 +38,12 @@ TEST(ValueTextTest, IndentsWhatIsNested)
     EXPECT_EQ(valueText(value), "list:\n  - 1\n  -\n    k: v\nnone: (none)\nx:\n  y: false"_s);
 }
 
-TEST(ValueTextTest, ShowsHowLongBytesAre)
+TEST(ValueTextTest, ShowsTheNumberOfBytes)
 {
     EXPECT_EQ(valueText(QByteArray("abc")), "(3 bytes)"_s);
 }
 
-TEST(ValueTextTest, LetsNoTextSteerTheTerminal)
+TEST(ValueTextTest, EscapesControlCharacters)
 {
     EXPECT_EQ(valueText("a\x1b[2J\nb"_s), "a\\x1b[2J\\nb"_s);
     EXPECT_EQ(valueText(QVariantHash({{"k\x1b", "v"}})), "k\\x1b: v"_s);
