@@ -9,21 +9,21 @@ namespace {
 constexpr int defaultTimeoutMs = 5000;
 constexpr int maxTimeoutMs = 24 * 60 * 60 * 1000;
 
-/// More than anyone reads, and little of a device's memory.
+/// More than anyone reads, but little of a device's memory.
 constexpr int defaultOpenNotifications = 1000;
 constexpr int defaultTotalOpenNotifications = 10'000;
 constexpr int defaultSounds = 256;
 constexpr int defaultTotalSounds = 1000;
-/// Far more than people cause, far less than what keeps a device busy.
+/// Far more than people cause, but far less than a device can handle.
 constexpr int defaultRequestsPerSecond = 2000;
 constexpr int defaultSubscriptions = 1000;
 constexpr int defaultInboxes = 100;
 constexpr int maxOfAny = 1'000'000;
 
-/// A MiB of text or bytes, and some more for what goes with it.
+/// A MiB of text or bytes, and some room for the other values.
 constexpr int defaultValueBytes = (1 << 20) + (1 << 16);
 constexpr int minValueBytes = 1024;
-/// Half of what fits into one message on a bus.
+/// Half of what one message can hold.
 constexpr int maxValueBytes = 1 << 26;
 
 /// Half of what the system bus keeps of one sender's unread messages.

@@ -3,7 +3,7 @@
 
 #pragma once
 
-/// What one client may hold and do, and what all clients may together.
+/// What one client may hold and do, and what all clients together may.
 struct ClientLimits
 {
     int openNotifications;

@@ -98,7 +98,7 @@ QString ClientSounds::allowed(const QString &location, SoundAccess::Kind kind) c
 
 CMReply<QVariant> ClientSounds::playMusic(const QVariant &value) const
 {
-    // The source, as a record or by itself. An empty one means the last source.
+    // A record with the source, or the source itself. Empty means the last source.
     const QString source = value.userType() == QMetaType::QVariantHash
                                ? TavoValue(value.toHash()).string_()
                                : TavoCodec<QString>::read(value);
@@ -163,7 +163,7 @@ void ClientSounds::on_player_nodeChanged(const CMPath & /*path*/, bool published
     if (published) {
         return;
     }
-    // Its sounds have gone with it, and no response will come.
+    // The player has dropped its sounds, so no responses will come.
     for (const auto &[path, sound] : std::exchange(m_sounds, {})) {
         sound.node->dispose();
     }

@@ -16,7 +16,7 @@
 class Clients;
 
 /// The sounds that clients have enqueued, and those of their notifications, each from its request to
-/// its end. They count as the client's, and in the total after the client has left.
+/// its end. A sound counts for its client, and in the total even after the client has left.
 ///
 /// Owned by the worker, used in its thread. Each sound gets a response path of the module's own, and
 /// its responses are passed on to the client's. When a client leaves, its looped sounds are cancelled;

@@ -24,7 +24,7 @@ class BusError;
 ///
 /// Owned by the worker, used in its thread. Every call is counted before it is handled, so that a client
 /// is known from its first call until it leaves. Replies and signals go through here, too, so that a
-/// client that reads nothing stops nobody else.
+/// client that does not read can't stop the others.
 class Clients : public QObject
 {
     Q_OBJECT
@@ -37,9 +37,9 @@ public:
 
     using Handler = std::function<void(const BusMessage &call)>;
 
-    /// Has calls of a method handled by a member function, which sends the reply or throws the error.
-    /// A call is handled at once, or when it is known that the client reads its replies, and otherwise
-    /// refused. The calls of one client are handled in their order.
+    /// Lets a member function handle the calls of a method; it sends the reply or throws the error.
+    /// A call is handled at once, or as soon as it is known that the client reads its replies; otherwise
+    /// it is refused. The calls of one client are handled in their order.
     template <typename Receiver>
     void serve(BusObject &object, const char *method, Receiver *receiver,
                void (Receiver::*member)(const BusMessage &call))
@@ -51,7 +51,7 @@ public:
                          [this, handler](const BusMessage &call) { handle(call, handler); });
     }
 
-    /// Calls a handler at once. What it throws is sent as the error reply.
+    /// Calls a handler at once. An exception is sent as the error reply.
     template <typename Handle>
     void run(const BusMessage &call, const Handle &handle)
     {
@@ -62,16 +62,15 @@ public:
         }
     }
 
-    /// Sends the reply to a call, of about so many bytes besides its header. It is refused when the client
-    /// has left too much unread. Throws nothing.
+    /// Sends the reply to a call; its body has about this many bytes. If the client has left too much
+    /// unread, sends an error in its place, or nothing. Throws nothing.
     void reply(const BusMessage &call, const BusMessage &reply, std::size_t bytes);
 
     /// Sends a signal to one client, if it is still there. False when the client has left too much unread.
     bool send(const std::string &client, const BusMessage &signal, std::size_t bytes);
 
 Q_SIGNALS:
-    /// A client has left the bus, or the bus has gone with all of them. What the client held must be
-    /// given back.
+    /// A client has left the bus, or the bus itself has gone. Slots must release what the client held.
     void left(const std::string &client);
 
 private Q_SLOTS:
@@ -82,7 +81,8 @@ private:
     bool pass(const BusMessage &call);
     void handle(const BusMessage &call, const Handler &handler);
 
-    /// Runs the action, after which about so many bytes are sent, when the client reads its replies.
+    /// Runs the action as soon as it is known that the client reads its replies. The action sends about
+    /// this many bytes.
     template <typename Action>
     void whenReading(const BusMessage &call, std::size_t bytes, const Action &action);
 

@@ -16,8 +16,8 @@
 class BusWriter;
 class Clients;
 
-/// Calls that wait for a reply of the model. Each is answered when the reply is finished; nothing else
-/// waits for it. The calls of a client that leaves are forgotten.
+/// Calls that wait for a reply of the model. Each is answered when its reply is finished, and delays
+/// nothing else. When a client leaves, its calls are forgotten.
 ///
 /// Owned by ModelInterface, used in its thread.
 class PendingCalls : public QObject
@@ -30,8 +30,8 @@ public:
     /// Writes the value of the model's reply.
     using Write = void (*)(BusWriter &reply, const QVariant &value);
 
-    /// Counts a call that waits, and the bytes of the values in it. Throws BusError::limitExceeded() when
-    /// too much waits already.
+    /// Counts a waiting call by the bytes of its values. Throws BusError::limitExceeded() when too much
+    /// waits already.
     Quotas::Charge charge(const BusMessage &call, std::size_t bytes);
 
     /// Answers the call with the reply's value or error, at once if the reply is finished.

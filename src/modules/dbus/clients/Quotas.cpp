@@ -94,7 +94,7 @@ Quotas::Charge Quotas::charge(const std::string &client, Kind kind, std::size_t 
     if (own > limit.perClient) {
         throw Refusals::clientHoldsTooMuch(limit.perClient, limit.what);
     }
-    // Where one client has no limit of its own, it takes no more than it leaves for the others.
+    // Without a limit for each client, a client may take no more than it leaves for the others.
     if (all + (limit.perClient == unlimited ? own : 0) > limit.total) {
         throw Refusals::allClientsHoldTooMuch(limit.total, limit.what);
     }

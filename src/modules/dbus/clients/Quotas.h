@@ -13,10 +13,10 @@
 #include <unordered_map>
 #include <vector>
 
-/// What each client holds, counted by kind against the limits of one client and of all together.
+/// Counts what each client holds, by kind, against the limits of one client and of all together.
 ///
 /// Owned by Clients. Clients are known by their unique names, each from its first request until it
-/// leaves. What stays when its client leaves goes on counting in the total.
+/// leaves. What outlives its client still counts in the total.
 class Quotas
 {
     struct Account;
@@ -24,7 +24,7 @@ class Quotas
 public:
     enum Kind { Subscriptions, Inboxes, Sounds, OpenNotifications, RequestBytes };
 
-    /// Something that a client holds. Counts until it is destroyed; must not outlive the quotas.
+    /// Something that a client holds. It counts until it is destroyed, and must not outlive the quotas.
     class Charge
     {
     public:
@@ -51,8 +51,8 @@ public:
     /// short a time.
     void countRequest(const std::string &client);
 
-    /// Counts something that the client is to hold. Throws BusError::limitExceeded() when a limit is
-    /// reached.
+    /// Counts something that the client will hold. Throws BusError::limitExceeded() when that would
+    /// exceed a limit.
     Charge charge(const std::string &client, Kind kind, std::size_t amount = 1);
 
     bool knows(const std::string &client) const { return m_accounts.count(client) > 0; }
@@ -78,7 +78,7 @@ private:
     {
         std::string client; ///< empty once it has left
         Amounts &totals;    ///< of all clients
-        double requests;    ///< that it may send at once; refilled with time
+        double requests;    ///< how many it may send at once; refilled with time
         Clock::time_point refilled;
         Amounts held{};
     };

@@ -5,8 +5,8 @@
 
 BusError Refusals::tooManyRequests(int maxPerSecond)
 {
-    return BusError::limitExceeded("No more than " + std::to_string(maxPerSecond) +
-                                   " requests a second are taken from a client");
+    return BusError::limitExceeded("A client may send no more than " +
+                                   std::to_string(maxPerSecond) + " requests per second");
 }
 
 BusError Refusals::clientHoldsTooMuch(std::size_t max, const char *what)
@@ -37,26 +37,26 @@ BusError Refusals::allClientsReadTooLittle(std::size_t maxUnreadBytes)
 
 BusError Refusals::pathTooLong(int maxLength)
 {
-    return BusError::invalidPath("A path has no more than " + std::to_string(maxLength) +
+    return BusError::invalidPath("A path may have no more than " + std::to_string(maxLength) +
                                  " characters");
 }
 
 BusError Refusals::notAPath(const std::string &text)
 {
     return BusError::invalidPath("\"" + text +
-                                 "\" is no path: it takes a slash before each name, as in "
+                                 "\" is not a path: each name needs a slash before it, as in "
                                  "/notifications/display");
 }
 
 BusError Refusals::unknownChange()
 {
-    return BusError::invalidArguments("A change is one of \"value\", \"rows\" and \"node\"");
+    return BusError::invalidArguments("A change must be \"value\", \"rows\" or \"node\"");
 }
 
 BusError Refusals::invalidRowRange()
 {
     return BusError::invalidArguments(
-        "The first row is 0 or more; the count of rows is 0 or more, or -1 for all");
+        "The first row must be 0 or more; the count must be 0 or more, or -1 for all rows");
 }
 
 BusError Refusals::noSuchSubscription()
@@ -76,22 +76,22 @@ BusError Refusals::soundNotAllowed(const std::string &reason)
 
 BusError Refusals::onlyPlayerReports()
 {
-    return BusError::accessDenied("Only the player tells how a sound ends");
+    return BusError::accessDenied("Only the player may report how a sound ends");
 }
 
 BusError Refusals::tooManyActions(int max)
 {
-    return BusError::limitExceeded("A notification has no more than " + std::to_string(max) +
+    return BusError::limitExceeded("A notification may have no more than " + std::to_string(max) +
                                    " actions");
 }
 
 BusError Refusals::actionWithoutLabel()
 {
-    return BusError::invalidArguments("Each action takes a key and a label");
+    return BusError::invalidArguments("Each action needs a key and a label");
 }
 
 BusError Refusals::notificationNotOpen(unsigned id)
 {
     return {"org.freedesktop.Notifications.InvalidId",
-            "No notification is open by the id " + std::to_string(id)};
+            "No notification is open with the id " + std::to_string(id)};
 }

@@ -8,8 +8,8 @@
 #include <cstddef>
 #include <string>
 
-/// The errors that refuse calls of clients, with the texts that people read. Besides these, BusReader
-/// refuses malformed messages, and the errors of nodes are passed on as they are.
+/// The errors with which calls of clients are refused, and their texts. In addition, BusReader refuses
+/// malformed messages, and errors of nodes are passed on unchanged.
 namespace Refusals {
 // Limits, see Quotas and UnreadBytes.
 BusError tooManyRequests(int maxPerSecond);

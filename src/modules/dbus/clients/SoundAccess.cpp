@@ -17,7 +17,7 @@ const QString fileScheme = QStringLiteral("file");
 
 Failure refusal(const QString &location, const QString &reason)
 {
-    // A client's text must neither break a line of the log nor fill it.
+    // A client's string must not break a line of the log, nor fill the log.
     constexpr int maxSize = 200;
     return {QStringLiteral("\"%1\" %2").arg(location.left(maxSize).simplified(), reason)};
 }
@@ -76,9 +76,9 @@ Result<QString> SoundAccess::checkPath(const QString &location, const QString &p
     const bool isAllowed =
         std::any_of(m_folders.begin(), m_folders.end(),
                     [&](const QString &folder) { return isBelow(canonical, folder); });
-    // One text for both: a client must not learn what other folders hold.
+    // One reason for both cases: a client must not learn what is in other folders.
     if (!isAllowed || !isOfKind(canonical, kind)) {
-        return refusal(location, QStringLiteral("is no file in an allowed folder"));
+        return refusal(location, QStringLiteral("is not a file in an allowed folder"));
     }
     return canonical;
 }

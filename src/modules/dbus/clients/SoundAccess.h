@@ -16,7 +16,7 @@ public:
     /// Allows files in the folders, which are absolute paths, at any depth. Links are followed first.
     SoundAccess(QStringList schemes, const QStringList &folders);
 
-    /// What may be on disk: only a file, or a pipe as well.
+    /// What the path may lead to: only a file, or a pipe as well.
     enum class Kind { File, Stream };
 
     /// The location to play for a URI or an absolute path, or the reason why it is not allowed. For a

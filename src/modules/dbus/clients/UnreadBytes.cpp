@@ -11,8 +11,8 @@
 #include <utility>
 
 namespace {
-/// A client with too much unread is asked about this often, so that it is served again soon after it
-/// reads again.
+/// How often to ask about a client with too much unread, so that it is served again soon after it has
+/// resumed reading.
 constexpr int askAgainMs = 1000;
 
 /// Parts of a client's limit: at which the bus is asked, after how much more it is asked again, and
@@ -75,7 +75,7 @@ void UnreadBytes::count(ClientMap::value_type &entry, std::size_t bytes)
         client.total() > m_maxBytes / askPart && client.since > m_maxBytes / askAgainPart;
     const bool isShort = m_total > m_maxTotal / askPart && client.since > m_negligibleBytes;
     if (isDue || isShort) {
-        // Before the new bytes are added, which are still to be sent.
+        // The new bytes are added afterwards, because they have not been sent yet.
         ask(entry);
     }
     client.since += bytes;
@@ -88,8 +88,8 @@ bool UnreadBytes::fits(const Client &client, std::size_t bytes) const
     if (then <= m_negligibleBytes) {
         return m_total + bytes <= m_maxWithReserve;
     }
-    // No client takes more than it leaves for the others: so, however many don't read, something is
-    // left.
+    // No client may take more than it leaves for the others. So something is always left, however many
+    // clients do not read.
     return (client.total() <= m_negligibleBytes || then <= m_maxBytes) &&
            m_total + bytes + then <= m_maxTotal;
 }
@@ -155,8 +155,8 @@ void UnreadBytes::decideLater(const std::string &client, std::size_t bytes, Deci
     known.asksAgain = known.asksAgain || (known.isAsked && known.undecided.empty());
     known.undecided.push_back({bytes, std::move(decide)});
     if (m_total + bytes + known.total() + bytes > m_maxTotal) {
-        // Others may have read meanwhile. They are asked about first, so that the answer about this
-        // client comes last.
+        // Others may have read meanwhile. Asks about them first, so that the reply about this client
+        // comes last.
         for (auto &other : m_clients) {
             if (&other != &entry && other.second.total() > 0) {
                 ask(other);
@@ -165,14 +165,14 @@ void UnreadBytes::decideLater(const std::string &client, std::size_t bytes, Deci
     }
     ask(entry);
     if (!known.isAsked && m_bus.isConnected()) {
-        // No answer will come.
+        // The bus could not be asked, so no reply will come.
         this->decide(std::string(client));
     }
 }
 
 void UnreadBytes::decide(const std::string &client)
 {
-    // What is decided may add more that is undecided, which waits for the next answer.
+    // A decision may add undecided replies; these wait for the next reply of the bus.
     auto undecided = std::exchange(m_clients.find(client)->second.undecided, {});
     for (Undecided &reply : undecided) {
         const auto entry = m_clients.find(client);
@@ -227,7 +227,7 @@ void UnreadBytes::on_probe_answered(const std::string &client,
 
 void UnreadBytes::confirm(Client &client, std::size_t unreadBytes)
 {
-    // The bus tells of the messages of all senders.
+    // The bus counts the messages of all senders.
     const std::size_t own = std::min(client.before, unreadBytes);
     m_total -= client.before - own;
     client.before = own;
@@ -242,7 +242,7 @@ void UnreadBytes::confirm(Client &client, std::size_t unreadBytes)
 
 void UnreadBytes::on_probe_statisticsMissing()
 {
-    // From now on only signals count, because only those can be seen to be read.
+    // From now on only signals are counted: only for them is the client asked whether it reads.
     m_total = 0;
     for (auto &entry : m_clients) {
         Client &client = entry.second;

@@ -19,14 +19,13 @@
 class BusConnection;
 class BusError;
 
-/// Counts what each client was sent and has not read. A bus may count that as the sender's, and read
-/// nothing more from a sender that has used up its share: one client that never reads would silence
-/// the host for all.
+/// Counts the bytes that were sent to each client and that it has not read. A bus may count unread
+/// messages against their sender, and stop reading from a sender that has used up its share. Then one
+/// client that never reads would silence the host for all.
 ///
-/// The bus is asked how much of what was sent is still unread: often enough for the count to stay near
-/// the truth, and always before a client is refused anything. On a bus that does not tell, such as one
-/// that counts it as the receiver's, replies are never refused; signals are when the client does not
-/// reply to a ping either.
+/// Asks the bus how much is still unread: often enough to keep the count nearly right, and always before
+/// a client is refused anything. A bus that counts unread messages against their receiver may not tell.
+/// There, replies are never refused, and signals only if the client does not reply to a ping.
 ///
 /// Owned by Clients, used in the worker's thread.
 class UnreadBytes : public QObject
@@ -46,17 +45,17 @@ public:
     /// The client has left.
     void forget(const std::string &client);
 
-    /// Whether a call may be replied to, if only with an error. Counts so many bytes for that.
+    /// Whether a call may be replied to, if only with an error. Counts the bytes for that reply.
     bool admitCall(const std::string &client, std::size_t bytes);
 
-    /// Whether a reply may be sent now. Counts it. When a client has read everything, one reply may be
-    /// larger than its limit.
+    /// Whether a reply may be sent now; if so, counts it. When a client has read everything, one reply may
+    /// be larger than its limit.
     bool admitReply(const std::string &client, std::size_t bytes);
 
-    /// Counts a reply that is sent in any case.
+    /// Counts a reply that can't be refused.
     void addReply(const std::string &client, std::size_t bytes);
 
-    /// Whether a signal may be sent. Counts it.
+    /// Whether a signal may be sent; if so, counts it.
     bool admitSignal(const std::string &client, std::size_t bytes);
 
     enum class Verdict {
@@ -66,8 +65,8 @@ public:
     };
     using Decide = std::function<void(Verdict verdict)>;
 
-    /// Decides about a reply that was not admitted as soon as the bus has told what is unread. Replies to
-    /// one client are decided in their order, and none is admitted before.
+    /// Decides about a reply that was not admitted, as soon as the bus has told how much is unread.
+    /// Replies to one client are decided in their order; until then, no further reply is admitted.
     void decideLater(const std::string &client, std::size_t bytes, Decide decide);
 
     /// The error for a reply that is refused.
@@ -88,15 +87,16 @@ private:
 
     struct Client
     {
-        std::size_t before = 0; ///< sent before the last question, and not known to be read
-        std::size_t since = 0;  ///< sent since the last question
-        std::size_t known = 0;  ///< unread by the last answer
+        std::size_t before = 0; ///< sent before the bus was last asked, and not known to be read
+        std::size_t since = 0;  ///< sent since the bus was last asked
+        std::size_t known = 0;  ///< unread, as the bus last told
         /// Bytes of signals, and of small replies to calls, since the client was last known to read.
-        /// Each may reach the client's limit before the bus has told.
+        /// Each may reach the client's limit before the bus has replied.
         std::size_t signals = 0;
         std::size_t calls = 0;
-        bool isAsked = false;   ///< a question is under way
-        bool asksAgain = false; ///< before deciding: something was sent after the question
+        bool isAsked = false; ///< the bus has been asked and has not replied
+        bool asksAgain =
+            false; ///< ask again before deciding: more was sent since the bus was asked
         std::deque<Undecided> undecided;
 
         std::size_t total() const { return before + since; }

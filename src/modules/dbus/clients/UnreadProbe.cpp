@@ -72,7 +72,7 @@ bool UnreadProbe::ask(const std::string &client)
 
 void UnreadProbe::askBus(const std::string &client)
 {
-    // The bus handles this after everything that was sent before, whatever the client does.
+    // The bus handles this call after everything that was sent before, even if the client does not read.
     const BusMessage question = m_bus.createCall(
         busName, busPath, "org.freedesktop.DBus.Debug.Stats", "GetConnectionStats");
     BusWriter(question).writeString(QString::fromStdString(client));
@@ -81,7 +81,7 @@ void UnreadProbe::askBus(const std::string &client)
         try {
             const auto error = reply.error();
             if (!reply.isFromBus()) {
-                // Another sender's reply says nothing.
+                // Only a reply of the bus itself counts.
             } else if (!error) {
                 unreadBytes = readOutgoingBytes(reply);
             } else if (meansNoStatistics(error->name())) {
@@ -98,7 +98,7 @@ void UnreadProbe::askClient(const std::string &client)
 {
     m_bus.send(m_bus.createCall(client.c_str(), "/", "org.freedesktop.DBus.Peer", "Ping"), timeout,
                [this, client](const BusMessage &reply) {
-                   // The bus and sd-bus send error replies in the client's stead.
+                   // An error reply may come from the bus or sd-bus in place of the client.
                    const bool isFromClient = reply.sender() == client;
                    Q_EMIT answered(client, isFromClient ? std::make_optional<std::size_t>(0)
                                                         : std::nullopt);

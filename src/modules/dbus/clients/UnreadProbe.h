@@ -12,10 +12,10 @@
 class BusConnection;
 class BusMessage;
 
-/// Asks how much of what a client was sent it has not read yet.
+/// Asks how many of the bytes that were sent to a client it has not read yet.
 ///
-/// Asks the bus for its statistics. A bus that has none is not asked again; its clients are pinged
-/// instead, since a client that replies has read all that was sent before.
+/// Asks the bus for its statistics. If the bus has none, it is not asked again, and clients are pinged
+/// instead: a client that replies has read everything that was sent before.
 ///
 /// Owned by UnreadBytes, used in its thread.
 class UnreadProbe : public QObject
@@ -35,7 +35,7 @@ public:
     bool ask(const std::string &client);
 
 Q_SIGNALS:
-    /// Has no value when neither the bus nor the client told it.
+    /// Without a value if neither the bus nor the client has told.
     void answered(const std::string &client, const std::optional<std::size_t> &unreadBytes);
 
     /// The bus has turned out to have no statistics.

@@ -7,11 +7,11 @@
 
 #include <deque>
 
-/// Keeps track of where our notifications stand in the display's queue. It learns that from the changes
-/// of the queue's rows, which tell where a row was inserted or removed, but not which.
+/// Tracks where our notifications are in the display's queue, from the changes of the queue's rows.
+/// These say where a row was inserted or removed, but not which row it was.
 ///
-/// The queue need not be empty at the start: a row that is not known is not ours, and any number of
-/// such rows may follow the known ones.
+/// The queue need not be empty at the start: an unknown row is not ours, and any number of them may
+/// follow the known ones.
 class DisplayOrder
 {
 public:
@@ -29,13 +29,13 @@ public:
         bool operator!=(const Opening &other) const { return !(*this == other); }
     };
 
-    /// A row was inserted. It is not ours unless it is named.
+    /// A row was inserted. It counts as not ours until nameLast() names it.
     void insert(int index);
 
     /// Says which opening was inserted last. Does nothing if a row was removed since.
     void nameLast(const Opening &opening);
 
-    /// A row was removed. Returns the one that was.
+    /// A row was removed. Returns its opening.
     Opening remove(int index);
 
     /// The opening that is on display.

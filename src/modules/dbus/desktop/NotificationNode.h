@@ -37,8 +37,8 @@ public:
 
     CMPath path() const { return m_node->path(); }
 
-    /// Publishes the notification in place of the one before. Of actions with one key, the first
-    /// counts.
+    /// Publishes the notification in place of the previous one. If several actions have the same key,
+    /// the first counts.
     void show(const DesktopNotification &notification, const Bind &bind);
 
     /// The key of the action at the path, if the notification has it.

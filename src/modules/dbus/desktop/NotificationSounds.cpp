@@ -8,7 +8,7 @@
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 
-/// The log shows this many different refusals, so that nobody can fill it.
+/// How many different refusals are logged, so that a client can't fill the log.
 constexpr int maxLoggedRefusals = 100;
 } // namespace
 

@@ -9,7 +9,7 @@
 #include <bus/BusReader.h>
 
 namespace {
-/// More than a person chooses from.
+/// More than a person can choose from.
 constexpr int maxActions = 64;
 
 QVector<DesktopNotification::Action> readActions(BusReader &reader)

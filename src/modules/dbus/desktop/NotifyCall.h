@@ -16,7 +16,7 @@ class BusMessage;
 /// Texts are made plain. Unknown hints, images among them, are skipped without a copy.
 struct NotifyCall
 {
-    /// The timeouts of notifications for which the client leaves that to the server.
+    /// The timeouts of notifications whose client leaves the choice to the server.
     struct Timeouts
     {
         int normal;   ///< ms; 0: stays until it is closed
@@ -32,7 +32,7 @@ struct NotifyCall
     QString soundFile; ///< a path or a URI
     QString soundName; ///< an event of the sound theme
 
-    /// Throws BusError::limitExceeded() for too many actions, or for more than that many bytes of
-    /// texts and hints, and BusError::invalidArguments() for arguments that have no meaning.
+    /// Throws BusError::limitExceeded() for too many actions, or for more than @p maxBytes of texts and
+    /// hints, and BusError::invalidArguments() for arguments that have no meaning.
     static NotifyCall read(const BusMessage &call, const Timeouts &timeouts, int maxBytes);
 };

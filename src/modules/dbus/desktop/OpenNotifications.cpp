@@ -8,13 +8,13 @@
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 
-/// A notification that is removed this shortly before its timeout has expired: the changes of the
-/// display, from which it is known how long it was shown, arrive with some delay.
+/// A notification that is removed at most this long before its timeout counts as expired: its time on
+/// display is known from the display's changes, which arrive with some delay.
 constexpr int expirySlackMs = 500;
 
 void askDisplayToClose(const CMPath &path)
 {
-    // When it has gone already, there is nothing to close.
+    // The reply is ignored: if the notification has gone already, there is nothing to close.
     CMRoot()->invoke(TavoNotificationDisplayCancelNotifyPath(), TavoValue().setPath(path),
                      CMReply<QVariant>());
 }
@@ -24,7 +24,7 @@ OpenNotifications::OpenNotifications(CMNodes *nodes)
     : m_nodes(nodes)
 {
     const CMPath queue = TavoNotificationDisplayQueuePath();
-    // Before the first notification is opened, so that the place of each is known.
+    // Subscribes before the first notification is opened, so that the place of each is known.
     CMRoot()->connectRowsChange(queue, this, &OpenNotifications::on_queue_rowsChanged);
     CMRoot()->connectNodeChange(queue, this, &OpenNotifications::on_queue_nodeChanged);
     m_headTimer.start();
@@ -86,8 +86,8 @@ CMReply<QVariant> OpenNotifications::show(quint32 id, Entry &entry)
                           .setPriority(entry.priority)
                           .setTimeout(entry.timeout);
     const CMReply<QVariant> reply;
-    // The watcher is added before the request is sent, and its call is queued: so the reply arrives
-    // right after the report of the inserted row, and tells whose row it is.
+    // The watcher is added before the request is sent, and its call is queued. So the reply arrives right
+    // after the report of the inserted row, and tells whose row it is.
     reply.addWatcher(
         this, [this, opening](const CMVoidReply &answer) { on_open_finished(opening, answer); },
         Qt::QueuedConnection);
@@ -224,7 +224,7 @@ void OpenNotifications::on_notification_rowsChanged(const CMPath &path, const QS
         return;
     }
     if (entry->isAwaited) {
-        // The display may not have been listening.
+        // The display may not have subscribed to the node yet.
         askDisplayToClose(path);
     }
     remove(entry, Reason::Dismissed);

@@ -21,8 +21,8 @@
 ///
 /// Guarantees:
 /// - every notification is closed once, and nothing is reported of it afterwards;
-/// - opening, changing and closing one costs the same among any number of others, except for moving
-///   their places in one array.
+/// - opening, changing and closing one costs the same however many others are open, except for moving
+///   entries in one array.
 class OpenNotifications : public QObject
 {
     Q_OBJECT
@@ -58,7 +58,7 @@ public:
 Q_SIGNALS:
     void closed(quint32 id, Reason reason);
 
-    /// A person has chosen an action. The token, often empty, lets the client raise a window.
+    /// A person has chosen an action. The token lets the client raise a window; it may be empty.
     void actionInvoked(quint32 id, const QString &key, const QString &token);
 
 private Q_SLOTS:

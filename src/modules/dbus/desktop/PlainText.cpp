@@ -40,7 +40,7 @@ constexpr std::array<bool, endOfTable> makePlain()
     return plain;
 }
 
-/// Whether a character is part of the text, whatever stands around it.
+/// Whether a character is text in any context.
 struct IsPlain
 {
     bool operator()(QChar character) const
@@ -76,7 +76,7 @@ public:
     }
 
 private:
-    /// Takes all plain characters up to the next other one.
+    /// Takes all plain characters up to the next one that is not plain.
     void takeRun()
     {
         const auto end = std::find_if_not(m_markup.begin() + m_at, m_markup.end(), IsPlain());
@@ -154,9 +154,9 @@ private:
 
     /// The position of the tag's '>', or -1 when another tag or the end of the markup comes first.
     ///
-    /// Over all tags this takes linear time. A search ends at a '<' outside of quotes; so two searches
-    /// reach the same character only in different states: outside of quotes, in single or in double
-    /// ones. No character is looked at more than three times.
+    /// All searches together take linear time. A search ends at a '<' outside of quotes, so two searches
+    /// can reach the same character only in different states: outside of quotes, in single or in double
+    /// ones. No character is read more than three times.
     int tagEnd(int at) const
     {
         QChar quote;

@@ -20,9 +20,9 @@ public:
     /// Takes folders and locale from the environment.
     explicit SoundTheme(const QString &name);
 
-    /// The path of an event's sound file, or an empty string. An event without its own sound has that
-    /// of the more general event: "dialog-warning-auth" that of "dialog-warning". A theme can disable
-    /// a sound, which then has no file.
+    /// The path of an event's sound file, or an empty string. An event without a sound of its own gets
+    /// that of the more general event: "dialog-warning-auth" that of "dialog-warning". Empty, too, if the
+    /// theme disables the sound.
     QString find(const QString &event) const;
 
     /// The folders of sounds in the base directories of the environment.

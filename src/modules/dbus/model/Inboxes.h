@@ -26,7 +26,7 @@ class Inboxes : public QObject
 public:
     Inboxes(Clients &clients, CMNodes *nodes);
 
-    /// Publishes a node for the client. Throws BusError::limitExceeded() for one too many.
+    /// Publishes a node for the client. Throws BusError::limitExceeded() when the client has too many.
     CMPath open(const std::string &client);
 
     /// False when the client has no inbox at the path.

@@ -7,7 +7,7 @@
 #include <bus/BusReader.h>
 
 namespace {
-/// In characters. A path of this length can still be kept by the thousand.
+/// In characters. Short enough to keep thousands of paths.
 constexpr int maxPathLength = 4096;
 
 CMPath pathOf(const QString &text)

@@ -17,7 +17,7 @@ CMPath readPath(BusReader &reader);
 /// The first argument of a call.
 CMPath readPath(const BusMessage &call);
 
-/// The first argument of a call for which "/" is the whole model, as an empty path.
+/// The first argument of a call that takes "/" for the whole model; "/" becomes an empty path.
 CMPath readPathOrRoot(const BusMessage &call);
 
 Subscriptions::Change readChange(BusReader &reader);

@@ -122,7 +122,7 @@ void ModelInterface::callNode(const BusMessage &call)
     const CMPath path = ModelArguments::readPath(call);
     BusReader reader(call, m_clients.limits().valueBytes);
     const QVariant value = reader.readVariant();
-    // First of all: a refused request must not have done anything.
+    // Must come first, because a refused request must not have done anything.
     Quotas::Charge charge = m_calls.charge(call, reader.bytesRead());
     m_calls.answer(call, send(call.sender(), path, value), writeValue, std::move(charge));
 }

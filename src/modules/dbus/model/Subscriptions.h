@@ -15,8 +15,8 @@
 
 class Clients;
 
-/// The changes to which each client has subscribed. The model is subscribed to once for all clients
-/// that want the same change.
+/// The changes to which each client has subscribed. Subscribes to the model once for all clients that
+/// want the same change.
 ///
 /// Owned by ModelInterface, used in its thread. When a client leaves, its subscriptions end.
 class Subscriptions : public QObject
@@ -29,8 +29,8 @@ public:
 
     explicit Subscriptions(Clients &clients);
 
-    /// Does nothing when the client has the subscription already. Throws BusError::limitExceeded() for
-    /// one too many.
+    /// Does nothing when the client has the subscription already. Throws BusError::limitExceeded() when
+    /// the client has too many.
     void add(const std::string &client, Change change, const CMPath &path);
 
     /// False when the client has no such subscription.

@@ -127,7 +127,7 @@ TEST_F(DbusClientSoundsTest, AreReportedOnlyByThePlayer)
     const BusCall report =
         client->send(watch.toString(), TavoValue().setNotificationPlayerResponse(end).__variant());
     EXPECT_EQ(report.errorName(), "org.freedesktop.DBus.Error.AccessDenied");
-    EXPECT_EQ(report.errorMessage(), "Only the player tells how a sound ends");
+    EXPECT_EQ(report.errorMessage(), "Only the player may report how a sound ends");
     EXPECT_EQ(enqueue(sound("b"_s).setPlaybackResponsePath(watch)).errorName(),
               "org.freedesktop.DBus.Error.AccessDenied");
     client->leave();

@@ -92,7 +92,7 @@ TEST_F(BadInputTest, TheSmallestAndTheLargestTimeoutsAreAccepted)
 TEST_F(BadInputTest, ActionsThatAreNotPairsAreRefused)
 {
     EXPECT_EQ(python("print(error(Notify, actions=['key']))"_s),
-              "org.freedesktop.DBus.Error.InvalidArgs: Each action takes a key and a label"_s);
+              "org.freedesktop.DBus.Error.InvalidArgs: Each action needs a key and a label"_s);
     EXPECT_TRUE(python("print(error(Notify, actions=['key', 'label'] * 65))"_s)
                     .startsWith("org.freedesktop.DBus.Error.LimitsExceeded: "_s));
     EXPECT_THAT(displayed(), IsEmpty());
@@ -131,8 +131,8 @@ TEST_F(BadInputTest, IdsOfNoNotificationAreRefused)
 print(error(CloseNotification, 0))
 print(error(CloseNotification, 2**32 - 1))
 )"_s),
-              name + "No notification is open by the id 0\n"_s + name +
-                  "No notification is open by the id 4294967295"_s);
+              name + "No notification is open with the id 0\n"_s + name +
+                  "No notification is open with the id 4294967295"_s);
 }
 
 TEST_F(BadInputTest, TheLargestIdIsLikeAnyOther)

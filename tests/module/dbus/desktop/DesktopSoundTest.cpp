@@ -114,7 +114,7 @@ TEST_F(DesktopSoundTest, ShowsANotificationWithAForbiddenSoundAndLogsThatOnce)
     EXPECT_TRUE(isSilent());
     EXPECT_EQ(log().count(log4cplus::WARN_LOG_LEVEL, "A notification's sound is not played: \"" +
                                                          path("secret/sound.wav"_s).toStdString() +
-                                                         "\" is no file in an allowed folder"),
+                                                         "\" is not a file in an allowed folder"),
               1);
 }
 

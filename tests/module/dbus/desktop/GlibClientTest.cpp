@@ -43,6 +43,6 @@ TEST_F(GlibClientTest, GetsErrorsByTheirNames)
     ClientProgram program(bus(), GLIB_NOTIFIER, {"close"_s});
     EXPECT_TRUE(program.succeeds());
     EXPECT_EQ(program.output(), "org.freedesktop.Notifications.InvalidId: No notification is open "
-                                "by the id 17\n"_s);
+                                "with the id 17\n"_s);
 }
 } // namespace

@@ -82,8 +82,8 @@ results = [error(Notify) for i in range(100)]
 print(len([1 for result in results if type(result) == int]) >= 9)
 print(results[-1])
 )"_s);
-    EXPECT_EQ(results, "True\n"_s + limitError +
-                           "No more than 5 requests a second are taken from a client"_s);
+    EXPECT_EQ(results,
+              "True\n"_s + limitError + "A client may send no more than 5 requests per second"_s);
     EXPECT_NE(notifySend({"Title"_s}), 0U);
 }
 

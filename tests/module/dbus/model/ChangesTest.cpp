@@ -104,7 +104,7 @@ TEST_F(DbusChangesTest, OfAnUnknownKindAreRefused)
 {
     const BusCall call = client->subscribe("/test/rows"_s, "Rows"_s);
     EXPECT_EQ(call.errorName(), "org.freedesktop.DBus.Error.InvalidArgs");
-    EXPECT_EQ(call.errorMessage(), "A change is one of \"value\", \"rows\" and \"node\"");
+    EXPECT_EQ(call.errorMessage(), "A change must be \"value\", \"rows\" or \"node\"");
 }
 
 TEST_F(DbusChangesTest, EndWhenTheClientLeaves)

@@ -72,7 +72,7 @@ TEST_F(DbusGlibClientTest, GetsErrorsByTheirNames)
                 ElementsAre("org.tavo.Error.NoSuchNode: There is no node at /test/nothing"));
     EXPECT_THAT(
         run({"get", "no path"}),
-        ElementsAre(testing::StartsWith("org.tavo.Error.InvalidPath: \"no path\" is no path")));
+        ElementsAre(testing::StartsWith("org.tavo.Error.InvalidPath: \"no path\" is not a path")));
 }
 
 TEST_F(DbusGlibClientTest, FollowsValuesRowsAndNodesInItsMainLoop)

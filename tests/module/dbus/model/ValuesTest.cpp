@@ -34,7 +34,7 @@ TEST_F(DbusValuesTest, AreRefusedWhenTheirPathIsNotCanonical)
     for (const QString &path : {"test/value"_s, "/test//value"_s, "/test/value/"_s, "/"_s, ""_s}) {
         const BusCall call = client->getValue(path);
         EXPECT_EQ(call.errorName(), "org.tavo.Error.InvalidPath") << path.toStdString();
-        EXPECT_THAT(call.errorMessage(), HasSubstr("is no path"));
+        EXPECT_THAT(call.errorMessage(), HasSubstr("is not a path"));
     }
     EXPECT_EQ(client->getValue('/' + QString(5000, 'x')).errorName(), "org.tavo.Error.InvalidPath");
 }
