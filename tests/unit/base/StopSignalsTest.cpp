@@ -77,7 +77,7 @@ TEST_F(StopSignalsTest, EndsTheProcessOnTheSecondSignalWhenTheObjectIsGone)
     EXPECT_EXIT(run(), testing::ExitedWithCode(sigtermExitCode), "");
 }
 
-TEST_F(StopSignalsTest, KnowsASignalAsSoonAsItIsSent)
+TEST_F(StopSignalsTest, ReportsASignalAsSoonAsItIsSent)
 {
     const auto run = [] {
         const auto signals = StopSignals::install();
@@ -88,7 +88,7 @@ TEST_F(StopSignalsTest, KnowsASignalAsSoonAsItIsSent)
     EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
 }
 
-TEST_F(StopSignalsTest, LeavesSignalsAloneWithoutADescriptor)
+TEST_F(StopSignalsTest, DoesNotBlockSignalsWhenThereIsNoDescriptor)
 {
     const auto run = [] {
         const rlimit none{0, 0};
@@ -100,7 +100,7 @@ TEST_F(StopSignalsTest, LeavesSignalsAloneWithoutADescriptor)
     EXPECT_EXIT(run(), testing::KilledBySignal(SIGTERM), "");
 }
 
-TEST_F(StopSignalsTest, LeavesSignalsAloneWithoutAThread)
+TEST_F(StopSignalsTest, DoesNotBlockSignalsWhenThereIsNoThread)
 {
     const auto run = [] {
         // Threads get a stack of this size, which no address space holds.

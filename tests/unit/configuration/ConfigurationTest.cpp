@@ -32,7 +32,7 @@ std::string numberErrorOf(const QVariant &value)
     return errorOf([&] { TavoConfiguration({{"key", value}}).number("key", 0, -0.5, 10); });
 }
 
-TEST(ConfigurationTest, GivesTheDefaultForAMissingKey)
+TEST(ConfigurationTest, ReturnsTheDefaultForAMissingKey)
 {
     TavoConfiguration configuration({});
     EXPECT_EQ(configuration.string("string", "default"), "default");
@@ -43,7 +43,7 @@ TEST(ConfigurationTest, GivesTheDefaultForAMissingKey)
     EXPECT_EQ(configuration.object("object"), QVariantHash());
 }
 
-TEST(ConfigurationTest, GivesTheConfiguredValues)
+TEST(ConfigurationTest, ReturnsTheConfiguredValues)
 {
     TavoConfiguration configuration({{"string", ""},
                                      {"integer", 3.0},
@@ -71,7 +71,7 @@ TEST(ConfigurationTest, IncludesTheEndsOfARange)
     EXPECT_EQ(numberErrorOf(10), "");
 }
 
-TEST(ConfigurationTest, RefusesWhatIsNoIntegerInTheRange)
+TEST(ConfigurationTest, RefusesAnythingButAnIntegerInTheRange)
 {
     for (const QVariant &value :
          {QVariant(11), QVariant(-11), QVariant(2.5), QVariant(1e300), QVariant("3"),
@@ -81,7 +81,7 @@ TEST(ConfigurationTest, RefusesWhatIsNoIntegerInTheRange)
     }
 }
 
-TEST(ConfigurationTest, RefusesWhatIsNoNumberInTheRange)
+TEST(ConfigurationTest, RefusesAnythingButANumberInTheRange)
 {
     for (const QVariant &value : {QVariant(10.5), QVariant(-1), QVariant("3"), QVariant(true),
                                   QVariant(std::numeric_limits<double>::quiet_NaN())}) {
@@ -118,7 +118,7 @@ TEST(ConfigurationTest, RefusesTheFirstKeyThatWasNotRead)
     EXPECT_EQ(errorOf([&] { configuration.finish(); }), "another: unknown key");
 }
 
-TEST(ConfigurationTest, FinishesWhenEveryKeyWasRead)
+TEST(ConfigurationTest, FinishesIfEveryKeyWasRead)
 {
     TavoConfiguration configuration({{"known", "a"}});
     configuration.string("known", {});
@@ -126,13 +126,13 @@ TEST(ConfigurationTest, FinishesWhenEveryKeyWasRead)
     EXPECT_EQ(errorOf([&] { configuration.finish(); }), "");
 }
 
-TEST(ConfigurationTest, NamesAKeyWhateverItsCharacters)
+TEST(ConfigurationTest, NamesAKeyWithAnyCharacters)
 {
     const QString key = QStringLiteral("a") + QChar::Null + QStringLiteral("\nb");
     EXPECT_EQ(errorOf([&] { TavoConfiguration({{key, 1}}).finish(); }), "a\\x00\\nb: unknown key");
 }
 
-TEST(ConfigurationTest, ReadsASectionAndNamesItsKeysWithItsName)
+TEST(ConfigurationTest, ReadsASectionAndPrefixesItsKeysWithItsName)
 {
     TavoConfiguration configuration({{"section", QVariantHash{{"key", 3}, {"odd", 1}}}});
     TavoConfiguration section = configuration.section("section");
@@ -143,7 +143,7 @@ TEST(ConfigurationTest, ReadsASectionAndNamesItsKeysWithItsName)
     EXPECT_EQ(configuration.section("missing").integer("key", 7, 0, 10), 7);
 }
 
-TEST(ConfigurationTest, ReadsAListOfSectionsAndNamesTheirKeysWithTheirPlace)
+TEST(ConfigurationTest, ReadsAListOfSectionsAndPrefixesTheirKeysWithTheirIndex)
 {
     const QVariantList list{QVariantHash{{"key", 3}}, QVariantMap{{"key", "three"}}};
     TavoConfiguration configuration({{"list", list}});
@@ -156,7 +156,7 @@ TEST(ConfigurationTest, ReadsAListOfSectionsAndNamesTheirKeysWithTheirPlace)
     EXPECT_TRUE(configuration.sections("missing").empty());
 }
 
-TEST(ConfigurationTest, TakesAStringForASectionOnlyWhereItHasAKey)
+TEST(ConfigurationTest, AcceptsAStringAsASectionOnlyIfAKeyForItIsGiven)
 {
     TavoConfiguration configuration({{"list", QVariantList{"a", 1}}});
     EXPECT_EQ(errorOf([&] { configuration.sections("list", "name"); }),
@@ -171,7 +171,7 @@ TEST(ConfigurationTest, TakesAStringForASectionOnlyWhereItHasAKey)
               "list: must be a list");
 }
 
-TEST(ConfigurationTest, NamesTheFileInEveryErrorOfWhatWasReadFromIt)
+TEST(ConfigurationTest, NamesTheFileInEveryError)
 {
     auto configuration =
         TavoConfiguration::fromJson(R"({"list": [{"deep": {"key": 1}}]})", "/a/b.json");
@@ -223,17 +223,17 @@ INSTANTIATE_TEST_SUITE_P(
         SyntaxError{"ColumnsAreCharacters", "{\"\xc3\xa9\xc3\xa9\": x}", "1:8: illegal number"}),
     [](const auto &info) { return info.param.name; });
 
-TEST(ConfigurationTest, FindsBytesThatAreNoUtf8)
+TEST(ConfigurationTest, RefusesBytesThatAreNotUtf8)
 {
     EXPECT_THAT(jsonErrorOf("{\"modules\": [\"a\xff\"]}"), testing::StartsWith("f:1:"));
 }
 
-TEST(ConfigurationTest, RefusesJsonThatIsNoObject)
+TEST(ConfigurationTest, RefusesJsonThatIsNotAnObject)
 {
     EXPECT_EQ(jsonErrorOf("[]"), "f: must be a JSON object");
 }
 
-TEST(ConfigurationTest, ReportsAFileThatIsNotThere)
+TEST(ConfigurationTest, ReportsAMissingFile)
 {
     EXPECT_EQ(errorOf([] { TavoConfiguration::fromFile("/nonexistent/host.json"); }),
               "/nonexistent/host.json: No such file or directory");

@@ -35,7 +35,7 @@ TEST(HostConfigurationTest, LimitsTheSounds)
     EXPECT_EQ(limits.httpTimeoutMs, 1500);
 }
 
-TEST(HostConfigurationTest, LimitsTheSoundsWithoutBeingTold)
+TEST(HostConfigurationTest, LimitsTheSoundsByDefault)
 {
     const auto limits = configurationOf(R"({"modules": ["a"], "sounds": {}})").sounds;
     EXPECT_EQ(limits.maxSoundBytes, qint64(1) << 30);
@@ -66,7 +66,7 @@ TEST(HostConfigurationTest, RunsFourModulesInOrderWithoutAFile)
     EXPECT_EQ(configuration.modules[3].libraryName, "dbus");
 }
 
-TEST(HostConfigurationTest, TakesAModulesNameForItsLibrary)
+TEST(HostConfigurationTest, UsesAModulesNameAsItsLibraryByDefault)
 {
     const auto configuration = configurationOf(R"({"modules": ["a", {"name": "b"}]})");
     ASSERT_EQ(configuration.modules.size(), 2);
@@ -91,7 +91,7 @@ TEST(HostConfigurationTest, AllowsTwoModulesOfOneLibrary)
     EXPECT_EQ(configuration.modules[1].libraryName, "x");
 }
 
-TEST(HostConfigurationTest, TakesALibraryWithASlashFromTheFoldersOfTheFile)
+TEST(HostConfigurationTest, ResolvesALibraryWithASlashAgainstTheFolderOfTheFile)
 {
     const auto configuration =
         configurationOf(R"({"modules": [{"name": "a", "library": "../lib/x.so"}]})");
@@ -99,7 +99,7 @@ TEST(HostConfigurationTest, TakesALibraryWithASlashFromTheFoldersOfTheFile)
     EXPECT_EQ(configuration.modules[0].libraryName, "/etc/lib/x.so");
 }
 
-TEST(HostConfigurationTest, PassesAModulesConfigurationOnAsItIs)
+TEST(HostConfigurationTest, PassesOnAModulesConfigurationUnchanged)
 {
     const auto configuration = configurationOf(R"({"modules": [
         {"name": "a", "config": {"text": "x", "number": 1.5, "list": [1], "deep": {"k": true}}}]})");
@@ -111,21 +111,21 @@ TEST(HostConfigurationTest, PassesAModulesConfigurationOnAsItIs)
     EXPECT_TRUE(config.value("deep").toMap().value("k").toBool());
 }
 
-TEST(HostConfigurationTest, TakesFoldersFromTheFolderOfTheFile)
+TEST(HostConfigurationTest, ResolvesFoldersAgainstTheFolderOfTheFile)
 {
     const auto configuration =
         configurationOf(R"({"modules": ["a"], "modulePath": ["m", "/abs"]})");
     EXPECT_EQ(configuration.modulePath, QStringList({"/etc/tavo/m", "/abs"}));
 }
 
-TEST(HostConfigurationTest, TakesANameThatBeginsWithAColonForAName)
+TEST(HostConfigurationTest, AcceptsANameThatBeginsWithAColon)
 {
     const auto configuration =
         configurationOf(R"({"modules": ["a"], "modulePath": [":/m", "../:m"]})");
     EXPECT_EQ(configuration.modulePath, QStringList({"/etc/tavo/:/m", "/etc/:m"}));
 }
 
-TEST(HostConfigurationTest, ReadsLogLevelsWithTheRootLoggersFirst)
+TEST(HostConfigurationTest, ReadsLogLevelsAndAppliesTheRootLoggersFirst)
 {
     const auto configuration = configurationOf(
         R"({"modules": ["a"], "log": {"levels": {"Host": "trace"}, "level": "WARN"}})");
@@ -137,7 +137,7 @@ TEST(HostConfigurationTest, ReadsLogLevelsWithTheRootLoggersFirst)
     EXPECT_EQ(levels[1].level, log4cplus::TRACE_LOG_LEVEL);
 }
 
-TEST(HostConfigurationTest, ReadsALogFilesNameFromTheFolderOfTheFile)
+TEST(HostConfigurationTest, ResolvesTheLogFileAgainstTheFolderOfTheFile)
 {
     const auto configuration =
         configurationOf(R"({"modules": ["a"], "log": {"file": "log.properties"}})");

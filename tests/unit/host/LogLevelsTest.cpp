@@ -21,12 +21,12 @@ TEST(LogLevelsTest, ReadsALevelForOneLogger)
     EXPECT_EQ(level->level, log4cplus::TRACE_LOG_LEVEL);
 }
 
-TEST(LogLevelsTest, ReadsALevelInEitherCase)
+TEST(LogLevelsTest, ReadsALevelInAnyCase)
 {
     EXPECT_EQ(logLevelFromName("debug"), log4cplus::DEBUG_LOG_LEVEL);
 }
 
-TEST(LogLevelsTest, RefusesWhatIsNoLevel)
+TEST(LogLevelsTest, RefusesAnUnknownLevel)
 {
     for (const char *text : {"", "LOUD", "Host=", "Host=LOUD", "=INFO", "INFO "}) {
         EXPECT_FALSE(logLevelFromText(text)) << text;

@@ -10,14 +10,14 @@
 
 using testing::ElementsAre;
 
-TEST(QtLogTest, TakesAMessageThatDoesNotSayWhereItComesFrom)
+TEST(QtLogTest, LogsAMessageWithoutASourceLocation)
 {
     const LogCapture log("Qt");
     logQtMessage(QtWarningMsg, QMessageLogContext(), "from nowhere");
     EXPECT_THAT(log.messages(log4cplus::WARN_LOG_LEVEL), ElementsAre("from nowhere"));
 }
 
-TEST(QtLogTest, NotesWhereAMessageComesFrom)
+TEST(QtLogTest, LogsTheSourceLocationOfAMessage)
 {
     const LogCapture log("Qt.some.category");
     logQtMessage(QtInfoMsg, QMessageLogContext("File.cpp", 7, "int here()", "some.category"),
