@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""Loads hosts with random requests and faults, and watches them. See scripts/soak."""
+"""Loads hosts with random requests and faults, and watches them. scripts/soak runs this."""
 
 import argparse
 import json
@@ -20,9 +20,9 @@ from soakwatch import faults, phase, picture, report, sounds, web
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 ACCELERATED = 0.7  # of the time; the rest is for the sound server
-QUIET_POINTS = 14  # at least, in a phase
-LONGEST_LOAD = 60.0
-LOOK = 1.5  # what a quiet point takes at least
+MIN_QUIET_POINTS = 14  # in a phase
+MAX_LOAD = 60.0  # seconds between two quiet points
+MIN_LOOK = 1.5  # seconds that a quiet point takes
 FAULTS_PLANTED = ("memory", "descriptors", "threads", "answer", "sound")
 
 
@@ -39,14 +39,14 @@ def parse(arguments):
     parser.add_argument("--stuck-after", type=float, default=0)
     options = parser.parse_args(arguments)
     if not 0 < options.hours < 10000 or not 1 <= options.factor <= 100 or options.seed < 0:
-        parser.error("HOURS must be above 0, the factor from 1 to 100, the seed not negative")
+        parser.error("HOURS must be positive, the factor from 1 to 100, and the seed not negative")
     if not set(filter(None, options.plant.split(","))) <= set(FAULTS_PLANTED):
-        parser.error("what can be planted is " + ", ".join(FAULTS_PLANTED))
+        parser.error("the faults that can be planted are " + ", ".join(FAULTS_PLANTED))
     return options
 
 
 def scripted_devices(folder, build):
-    """Devices without hardware that keep time by the host's clock and misbehave now and then."""
+    """Devices without hardware that use the host's clock and fail now and then."""
     path = folder / "asound.conf"
     path.write_text("</usr/share/alsa/alsa.conf>\n"
                     f'pcm_type.scripted {{ lib "{build}/lib/libscripted_pcm.so" }}\n' + "".join(
@@ -56,7 +56,7 @@ def scripted_devices(folder, build):
 
 
 def settings(options, name, factor, folder, environment, http):
-    """What a phase's host is started with."""
+    """The settings of a phase's host."""
     here = folder / name
     here.mkdir()
     sounds.make_sounds(here / "sounds", options.seed)
@@ -75,14 +75,14 @@ def settings(options, name, factor, folder, environment, http):
             "notifications",
             {"name": "soak", "library": str(options.build / "tests/modules/libtavo_soak.so"),
              "config": load}]}))
-    # Without the threads' caches of free memory, which count as used, the heap in use is exact.
+    # The threads' caches of free memory would count as used.
     environment = dict(environment, GLIBC_TUNABLES="glibc.malloc.tcache_count=0")
     return types.SimpleNamespace(host=str(options.build / "bin/tavo-host"), socket=socket,
                                  configuration=configuration, environment=environment)
 
 
 class Progress:
-    """A line while it runs: rewritten on a terminal, now and then elsewhere."""
+    """Prints a line about the progress. On a terminal, the line is updated."""
 
     def __init__(self, total):
         self.total = total
@@ -106,7 +106,7 @@ class Progress:
 def run_phase(name, factor, seconds, options, folder, made, harm, progress, interrupted):
     stuck_after = options.stuck_after or (20.0 if harm is None else 60.0)
     running = phase.Phase(name, factor, stuck_after, made, options.output, progress.show)
-    interval = max(1.0, min(LONGEST_LOAD, seconds / QUIET_POINTS - LOOK))
+    interval = max(1.0, min(MAX_LOAD, seconds / MIN_QUIET_POINTS - MIN_LOOK))
     running.run(seconds, interval, harm, interrupted)
     progress.before += running.loaded
     return running
@@ -166,7 +166,7 @@ def main():
     phase.write_json(options.output / "figures.json", phases)
     picture.draw(options.output / "soak.png", phases, f"{command}, seed {options.seed}")
     print(("\n" if sys.stdout.isatty() else "") + text, end="")
-    print(f"Table, samples and what explains findings: {options.output}")
+    print(f"Table, samples and details of findings: {options.output}")
     return 1 if any(each.findings for each in phases) else 0
 
 

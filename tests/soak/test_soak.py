@@ -1,9 +1,9 @@
 #!/usr/bin/python3
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""A short soak passes, and one with a fault planted in its load finds that fault.
+"""A short soak passes, and one with a planted fault finds that fault.
 
-Called with the preset whose build is to be used.
+Called with the preset to use.
 """
 
 import pathlib
@@ -16,7 +16,7 @@ import unittest
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 PRESET = "dev"
 HOURS = "0.008"  # 29 s
-LIMIT = 150
+TIMEOUT = 150
 
 
 class SoakCase(unittest.TestCase):
@@ -31,7 +31,7 @@ class SoakCase(unittest.TestCase):
 
     def soak(self, *options):
         return subprocess.run(self.command(*options), capture_output=True, text=True, check=False,
-                              timeout=LIMIT)
+                              timeout=TIMEOUT)
 
 
 class Passes(SoakCase):
@@ -53,7 +53,7 @@ class Finds(SoakCase):
         self.assertEqual(result.returncode, 1, result.stdout + result.stderr)
         self.assertRegex(result.stdout, "FINDING .*" + text)
 
-    def test_finds_what_is_not_given_back(self):
+    def test_finds_what_is_not_released(self):
         result = self.find("memory,descriptors,threads")
         self.assert_found(result, "the heap in use grows steadily")
         self.assert_found(result, "file descriptors rose")
@@ -73,11 +73,11 @@ class Behaves(SoakCase):
             if "requests" in line:  # the first line of progress
                 break
         process.send_signal(signal.SIGINT)
-        rest = process.communicate(timeout=LIMIT)[0]
+        rest = process.communicate(timeout=TIMEOUT)[0]
         self.assertEqual(process.returncode, 0, rest)
         self.assertIn("quiet points", rest)
 
-    def test_refuses_a_wrong_call(self):
+    def test_refuses_wrong_arguments(self):
         for options in ((), ("soon",), ("0",), ("--plant", "doubt", "1"), ("1", "2")):
             self.assertEqual(self.soak(*options).returncode, 2, options)
 

@@ -14,7 +14,7 @@ inline QString operator""_s(const char *text, std::size_t size)
     return QString::fromUtf8(text, int(size));
 }
 
-// What a failed expectation shows.
+// How a failed expectation prints strings.
 inline void PrintTo(const QString &text, std::ostream *stream)
 {
     *stream << '"' << text.toStdString() << '"';

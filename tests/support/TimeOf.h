@@ -19,8 +19,8 @@ qint64 timeOf(Function function)
     return elapsed.elapsed();
 }
 
-/// The nanoseconds of processor time that a function takes on its thread: the minimum of several runs,
-/// which depends least on what else the machine does.
+/// The processor time in nanoseconds that a function takes on its thread: the minimum of several
+/// runs, which depends least on what else the machine does.
 template <typename Function>
 qint64 processorTimeOf(Function function)
 {

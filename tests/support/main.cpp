@@ -9,7 +9,7 @@
 #include <log4cplus/logger.h>
 #include <log4cplus/nullappender.h>
 
-// Tests run in the application's main thread and run its event loop themselves (EventLoop.h).
+// Tests run in the main thread and run the event loop themselves (EventLoop.h).
 int main(int argc, char **argv)
 {
     const log4cplus::Initializer logging;
@@ -18,7 +18,7 @@ int main(int argc, char **argv)
     root.setLogLevel(log4cplus::OFF_LOG_LEVEL);
 
     testing::InitGoogleTest(&argc, argv);
-    // A forked copy of a process with threads may hang on a lock; a new process cannot.
+    // A forked process with several threads may hang on a lock; a new process can't.
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const QCoreApplication application(argc, argv);
     return RUN_ALL_TESTS();

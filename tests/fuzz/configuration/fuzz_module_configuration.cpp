@@ -25,7 +25,7 @@ void create(const char *file, const char *name, const QVariantHash &config)
         FUZZ_CHECK(separator >= 0 && separator + 2 < text.size(), error.what());
     }
     FUZZ_CHECK(!CMRoot()->getValue(TavoPlayerMainAudioStatePath()).isValid(),
-               "a worker that is gone has left a node");
+               "a deleted worker has left a node");
 }
 
 /// The reader alone: results are in range, and unread keys are errors.
@@ -39,7 +39,7 @@ void read(const QVariantHash &config)
         FUZZ_CHECK(number >= -96 && number <= 0, number);
         reader.string(QStringLiteral("music"), {});
         reader.finish();
-        FUZZ_CHECK(config.size() <= 3, "a key that nobody has read is taken");
+        FUZZ_CHECK(config.size() <= 3, "an unread key is accepted");
     } catch (const std::runtime_error &error) {
         FUZZ_CHECK(!config.isEmpty(), error.what());
         FUZZ_CHECK(error.what()[0] != '\0', "an error without a text");

@@ -289,7 +289,7 @@ void FuzzedNotifications::closeNode(const CMPath &path)
 {
     CMSubscribe::closeNode(path);
     deliverPosted();
-    FUZZ_CHECK(!rows().contains(path.toQVariant()), "closed and still there: " << path);
+    FUZZ_CHECK(!rows().contains(path.toQVariant()), "closed but still in the queue: " << path);
 }
 
 void FuzzedNotifications::changeRows(const CMPath &path, const QStringList &changes)
@@ -354,8 +354,8 @@ void FuzzedNotifications::finish()
     while (goOn()) {
     }
     FUZZ_CHECK(playersIn({PlayerState::Made, PlayerState::Paused}).isEmpty(),
-               "a sound waits for ever");
-    FUZZ_CHECK(!isPlaying(), "nothing plays, and yet it is said");
+               "a sound waits forever");
+    FUZZ_CHECK(!isPlaying(), "is-playing is true, but nothing plays");
     for (auto awaited = m_awaited.constBegin(); awaited != m_awaited.constEnd(); ++awaited) {
         FUZZ_CHECK(*awaited == 0, awaited.key() << " lacks " << *awaited << " end responses");
     }

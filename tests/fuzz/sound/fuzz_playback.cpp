@@ -87,7 +87,7 @@ void play(SimplePlayer &player, const QByteArray &commands)
     }
     if (!playable) {
         settle();
-        FUZZ_CHECK(ends.count() == 0, "refused, and an end reported");
+        FUZZ_CHECK(ends.count() == 0, "an end is reported although play() failed");
         return;
     }
     FUZZ_CHECK(waitFor([&ends] { return ends.count() > 0; }, endLimit), "no end is reported");

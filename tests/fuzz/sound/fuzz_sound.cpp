@@ -39,7 +39,7 @@ Decoded decode(SoundFile &sound)
             return result;
         }
         const auto *frames = std::get_if<FrameSource::Frames>(&read);
-        FUZZ_CHECK(frames != nullptr, "a file that waits");
+        FUZZ_CHECK(frames != nullptr, "a file has no frames yet");
         FUZZ_CHECK(frames->count > 0 && frames->count <= chunkFrames, frames->count);
         result.frames += frames->count;
         FUZZ_CHECK(result.frames * format.channels * qint64(sizeof(float)) <= maxBytes,
@@ -60,7 +60,7 @@ Decoded check(SoundFile &sound)
     first.opened = true;
     const Result<bool> rewound = sound.rewind();
     if (const auto *failure = std::get_if<Failure>(&rewound)) {
-        FUZZ_CHECK(!failure->reason.isEmpty(), "not to be repeated, without a reason");
+        FUZZ_CHECK(!failure->reason.isEmpty(), "can't be repeated, without a reason");
         return first;
     }
     const Decoded second = decode(sound);
@@ -78,7 +78,7 @@ void fuzzOne(ByteReader &input)
     const MemoryFile file(data);
     const auto onDisk = SoundFile::fromPath(file.path(), maxBytes);
     const Decoded fromFile = check(*onDisk);
-    FUZZ_CHECK(fromData.opened == fromFile.opened, "opened from one place alone");
+    FUZZ_CHECK(fromData.opened == fromFile.opened, "opened from only one of memory and file");
     FUZZ_CHECK(fromData.frames == fromFile.frames,
                fromData.frames << " frames, from a file " << fromFile.frames);
 }

@@ -14,10 +14,10 @@ class SentRequest
 public:
     SentRequest(const CMPath &path, const QVariant &value)
         : m_path(path)
-        , m_told(std::make_shared<int>(0))
+        , m_reported(std::make_shared<int>(0))
     {
         m_reply.addWatcher(
-            nullptr, [told = m_told](const CMVoidReply &) { ++*told; }, Qt::DirectConnection);
+            nullptr, [told = m_reported](const CMVoidReply &) { ++*told; }, Qt::DirectConnection);
         CMRoot()->invoke(path, value, m_reply);
     }
 
@@ -27,7 +27,8 @@ public:
     void checkAnswered() const
     {
         FUZZ_CHECK(isAnswered(), "no answer from " << m_path);
-        FUZZ_CHECK(*m_told == 1, "the end was told " << *m_told << " times by " << m_path);
+        FUZZ_CHECK(*m_reported == 1,
+                   "the end was reported " << *m_reported << " times by " << m_path);
     }
 
     CMError error() const { return m_reply.error(); }
@@ -37,7 +38,7 @@ public:
 private:
     CMPath m_path;
     CMReply<QVariant> m_reply;
-    std::shared_ptr<int> m_told;
+    std::shared_ptr<int> m_reported;
 };
 
 /// Checks that an error has a name, a text and a title.

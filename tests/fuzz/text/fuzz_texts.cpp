@@ -35,7 +35,7 @@ void checkOneLine(const QVariant &value)
         FUZZ_CHECK(code >= 0x20 && code != 0x7f, int(code));
     }
     // Other types may be written as nothing, such as an empty URL.
-    FUZZ_CHECK(!stream.str().empty() || !isPlainData(value), "a value is written as nothing");
+    FUZZ_CHECK(!stream.str().empty() || !isPlainData(value), "a value is written as an empty text");
 }
 
 void checkSignature(const QByteArray &signature)

@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Loaded ahead of a program, makes its monotonic time pass SOAK_CLOCK_FACTOR times as fast: what it
-// reads from the clock is scaled up, what it waits for is scaled down. The time of day stays.
+// Preloaded into a program, makes its monotonic clock run SOAK_CLOCK_FACTOR times as fast: times
+// that the program reads are scaled up, timeouts are scaled down. The time of day stays.
 //
-// Covered is what Qt, the C++ library, ALSA and this project wait with. Their timeouts that are
-// relative are taken as monotonic, as they are to the kernel.
+// Covers the functions that Qt, the C++ library, ALSA and this project wait with. Relative timeouts
+// are taken as monotonic, as in the kernel.
 
 #include <climits>
 
@@ -56,7 +56,7 @@ struct Scale
     std::int64_t scaled(std::int64_t real) const { return origin + (real - origin) * factor; }
     std::int64_t real(std::int64_t scaled) const
     {
-        // Rounded up: who waits must not come back before its time.
+        // Rounded up, since a wait must not end early.
         return origin + (scaled - origin + factor - 1) / factor;
     }
     timespec realSpan(std::int64_t scaledSpan) const
@@ -68,7 +68,7 @@ struct Scale
     std::int64_t factor = 1;
 };
 
-// Asked for before any constructor of this library may have run.
+// Read on first use, which may be before any constructor of this library.
 const Scale &scale()
 {
     static const Scale instance;
@@ -99,7 +99,8 @@ int pollFor(pollfd *descriptors, nfds_t count, const timespec *span, const sigse
     return real(descriptors, count, &scaled, mask);
 }
 
-// A condition variable doesn't tell by which clock it waits, but the two are decades apart.
+// The clock of a condition variable is unknown here, but the times of the two clocks are decades
+// apart.
 bool isNearMonotonic(std::int64_t deadline)
 {
     const std::int64_t toMonotonic = deadline - scale().scaled(realNow(CLOCK_MONOTONIC));
@@ -173,7 +174,8 @@ SOAK_EXPORT int pthread_cond_timedwait(pthread_cond_t *condition, pthread_mutex_
                                        const timespec *deadline)
 {
     using Timedwait = int (*)(pthread_cond_t *, pthread_mutex_t *, const timespec *);
-    // The plain name finds the one of before 2.3.2, whose condition variables are others.
+    // Without the version, this finds the function of before 2.3.2, for other condition
+    // variables.
     static const auto versioned = next<Timedwait>("pthread_cond_timedwait", "GLIBC_2.3.2");
     static const auto real =
         versioned != nullptr ? versioned : next<Timedwait>("pthread_cond_timedwait");

@@ -4,11 +4,10 @@
 // Measures what a message notification leaves behind by design: its node, which stays in the model
 // after the message has been closed.
 //
-// The notifications module runs alone in this process. For each kind of message, it opens one,
-// closes it by a cancel and goes on with the next, so that never more than one is on display. What
-// the heap in use and the resident memory have grown by afterwards, divided by the number of
-// messages, is what each has left. The same is then done with a later notification that names the
-// message's node, with which the node goes.
+// The notifications module runs alone in this process. For each kind of message, it opens and
+// cancels one message after the other, so only one is open at a time. The growth of the used heap
+// and of the resident memory, divided by the number of messages, is what each leaves behind. Then
+// the same again with a later notification that names the message's node, which removes the node.
 
 #include "support/EventLoop.h"
 #include "support/LoadedModule.h"
@@ -51,7 +50,7 @@ struct Memory
 
 Memory memory()
 {
-    // What is free at the top goes back to the system first, so that resident memory follows.
+    // Returns free memory at the top to the system first, so that resident memory follows.
     malloc_trim(0);
     QFile file(QStringLiteral("/proc/self/statm"));
     file.open(QIODevice::ReadOnly);
@@ -130,7 +129,7 @@ int main(int argc, char **argv)
                     "| %-38s |      heap in use |       resident |\n|---|---:|---:|\n",
                     count, "");
         for (const Kind &kind : kinds) {
-            // A module of its own each, whose nodes go with it.
+            // A new module for each kind, since its nodes go with it.
             const LoadedModule module(QStringLiteral(NOTIFICATIONS_MODULE), "notifications");
             measure(kind, count);
         }

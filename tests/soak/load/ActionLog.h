@@ -9,7 +9,7 @@
 #include <array>
 #include <mutex>
 
-/// The last actions of the load, for whoever has to explain a finding. Any thread. It never grows.
+/// The last actions of the load, to explain a finding. Limited in size. Called from any thread.
 class ActionLog
 {
 public:

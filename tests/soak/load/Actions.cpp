@@ -9,9 +9,9 @@
 #include <limits>
 
 namespace {
-// The most that is live at a time: a queue that only grows would show little.
-constexpr int mostSounds = 30;
-constexpr int mostDisplays = 40;
+// Limits, since a queue that only grows would show little.
+constexpr int maxSounds = 30;
+constexpr int maxDisplays = 40;
 
 constexpr int observedShare = 85;
 } // namespace
@@ -106,13 +106,13 @@ TavoNotificationItemPriority::Enum Actions::priority()
 
 void Actions::enqueueSound()
 {
-    if (m_ledger.liveCount() >= mostSounds) {
+    if (m_ledger.liveCount() >= maxSounds) {
         cancelSound();
         return;
     }
     SoundMenu::Choice choice = m_menu.choose();
     bool observed = m_dice.percent(observedShare);
-    // The id tells how its responses are observed and which FIFO is to be fed.
+    // The id says how its responses are observed and which FIFO it reads.
     QString id = QStringLiteral("%1%2").arg(observed ? 'o' : 'u').arg(++m_situation.lastId);
     if (choice.fifo >= 0) {
         id += QStringLiteral("-fifo%1").arg(choice.fifo);
@@ -169,8 +169,8 @@ TavoNotificationDisplayItem Actions::message()
 
 void Actions::openDisplay()
 {
-    if (m_ledger.displaysOpen() >= mostDisplays) {
-        raiseDisplayCancels(m_ledger, mostDisplays / 4);
+    if (m_ledger.displaysOpen() >= maxDisplays) {
+        raiseDisplayCancels(m_ledger, maxDisplays / 4);
         return;
     }
     if (m_dice.percent(50)) {

@@ -7,7 +7,7 @@
 #include "Situation.h"
 #include "SoundMenu.h"
 
-/// Does one random thing after another in the model. One thread each.
+/// Does random things in the model. Each thread has its own.
 class Actions
 {
 public:
@@ -15,13 +15,14 @@ public:
 
     void act();
 
-    /// Plays one of each kind of sound, and music: what a process takes up once, it has behind it.
+    /// Plays a sound of each kind, and music, so that the process has allocated what it allocates
+    /// once.
     void warmUp();
 
-    /// Until the next action, in milliseconds: most are short.
+    /// The time until the next action, in milliseconds. Mostly short.
     int pauseMs();
 
-    // Names that others have to know.
+    // Names that other parts of the load use.
     static QString moduleName(int number);
     static CMPath responsePath();
     static CMPath echoPath();

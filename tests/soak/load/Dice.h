@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <random>
 
-/// Random decisions that the same seed repeats. One thread each.
+/// Random decisions, the same for the same seed. Each thread has its own.
 class Dice
 {
 public:
@@ -15,13 +15,10 @@ public:
     {
     }
 
-    /// From least to most, both included.
-    int number(int least, int most)
-    {
-        return std::uniform_int_distribution<int>(least, most)(m_engine);
-    }
+    /// A number from min to max, inclusive.
+    int number(int min, int max) { return std::uniform_int_distribution<int>(min, max)(m_engine); }
 
-    /// True in so many of a hundred cases.
+    /// True in `share` percent of the cases.
     bool percent(int share) { return number(0, 99) < share; }
 
     template <typename List>

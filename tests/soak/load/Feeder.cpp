@@ -13,7 +13,7 @@
 #include <unistd.h>
 
 namespace {
-constexpr int longestHoldMs = 60;
+constexpr int maxHoldMs = 60;
 }
 
 Feeder::Feeder(Situation &situation, Dice &dice, QObject *parent)
@@ -43,14 +43,14 @@ void Feeder::feed(const QString &id)
         ::open(QFile::encodeName(SoundMenu::fifo(m_situation, number)).constData(),
                O_WRONLY | O_NONBLOCK | O_CLOEXEC);
     if (descriptor < 0) {
-        return; // whoever read it has gone again
+        return; // the reader has gone
     }
     const int size = m_dice.percent(30) ? m_wave.size() : m_dice.number(0, m_wave.size());
     [[maybe_unused]] const auto written =
         ::write(descriptor, m_wave.constData(), std::size_t(size));
     m_situation.ledger.count(QStringLiteral("FIFO writers that went"));
     m_open.push_back(descriptor);
-    QTimer::singleShot(m_dice.number(0, longestHoldMs), this, [this, descriptor] {
+    QTimer::singleShot(m_dice.number(0, maxHoldMs), this, [this, descriptor] {
         const auto place = std::find(m_open.begin(), m_open.end(), descriptor);
         if (place != m_open.end()) {
             ::close(descriptor);

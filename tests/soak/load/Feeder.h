@@ -8,18 +8,18 @@
 
 #include <QObject>
 
-/// Writes to the FIFOs that sounds are read from: whole sounds, parts of them, or nothing at all,
-/// and then it is gone. Thread: the worker's.
+/// Writes to the FIFOs from which sounds are read: whole sounds, parts of them, or nothing. Then it
+/// closes the FIFO. Lives in the worker's thread.
 class Feeder : public QObject
 {
 public:
     Feeder(Situation &situation, Dice &dice, QObject *parent);
     ~Feeder() override;
 
-    /// A sound with that id has started: feeds its FIFO if it has one.
+    /// A sound with that id has started: writes to its FIFO, if it has one.
     void feed(const QString &id);
 
-    /// Closes what is still open.
+    /// Closes all FIFOs.
     void rest();
 
 private:

@@ -14,8 +14,8 @@ constexpr std::array<const char *, std::size_t(RequestKind::Count)> kindNames{
 constexpr std::array<const char *, 5> responseNames{"unknown", "started", "finished", "cancelled",
                                                     "failed"};
 
-// Enough to understand the first; a flood of them says no more.
-constexpr int mostViolations = 20;
+// Enough to understand the first one.
+constexpr int maxViolations = 20;
 
 constexpr double msPerSecond = 1000;
 } // namespace
@@ -35,7 +35,7 @@ void Ledger::requestAnswered(RequestKind kind, bool accepted, double seconds)
     if (kind == RequestKind::OpenDisplay && accepted) {
         ++m_displaysAccepted;
     }
-    // Reading gets nowhere, and what is refused changes nothing.
+    // Reading changes nothing, and neither does a refused request.
     if (accepted && kind != RequestKind::ReadRows) {
         ++m_progress;
     }
@@ -109,7 +109,7 @@ void Ledger::soundResponded(const QString &id, TavoNotificationPlayerResponseTyp
         }
         sound.started = true;
         m_lastStarted = id;
-        // Only a more urgent one may start while another has started and not ended.
+        // Only a more urgent sound may start while another has started and not ended.
         if (m_sounding++ > 0) {
             ++m_counts[QStringLiteral("sounds started over a paused one")];
         }
@@ -141,7 +141,7 @@ void Ledger::soundIsGone(const QString &id)
     if (found == m_sounds.end() || found->second.observed) {
         return;
     }
-    // One that is still asked for may come to be behind the cancel.
+    // A sound whose request is unanswered may still be queued after the cancel.
     const Sound &sound = found->second;
     if (sound.asked == sound.accepted + sound.refused) {
         m_sounds.erase(found);
@@ -240,7 +240,7 @@ void Ledger::violation(const QString &what)
 void Ledger::violationLocked(const QString &what)
 {
     m_actions->note(QStringLiteral("VIOLATION ") + what);
-    if (m_violations.size() < mostViolations) {
+    if (m_violations.size() < maxViolations) {
         m_violations.append(what);
     }
 }

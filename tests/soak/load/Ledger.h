@@ -16,7 +16,7 @@
 #include <unordered_set>
 #include <vector>
 
-/// What a request is about; what it is called in the table is in Ledger.cpp.
+/// What a request is about. Ledger.cpp has the names in the table.
 enum class RequestKind {
     EnqueueSound,
     CancelSound,
@@ -38,10 +38,10 @@ enum class RequestKind {
     Count
 };
 
-/// Books on everything that the load has asked for, so that at any moment it is known what is still
-/// owed, and that nothing came twice or without having been asked for. Any thread.
+/// Records all requests of the load, so it knows at any time what is still to come, and finds what
+/// comes twice or was never requested. Called from any thread.
 ///
-/// What is settled is forgotten: the books don't grow with the time.
+/// Forgets what is complete, so it does not grow.
 class Ledger
 {
 public:
@@ -56,42 +56,44 @@ public:
     int unanswered() const;
     QString unansweredText() const;
 
-    // Sounds. One whose responses nobody takes is known to have ended only by its refused cancel.
+    // Sounds. If nobody receives a sound's responses, only a refused cancel shows that it has
+    // ended.
     void soundAsked(const QString &id, bool observed);
     void soundAnswered(const QString &id, bool accepted);
     void soundResponded(const QString &id, TavoNotificationPlayerResponseType::Enum type);
-    /// A cancel of it was refused: if nobody takes its responses, that is how its end shows.
+    /// A cancel was refused, so a sound whose responses nobody receives has ended.
     void soundIsGone(const QString &id);
     QStringList liveSounds() const;
     int liveCount() const;
-    /// One that may be live; empty for none.
+    /// A sound that may be live, or empty.
     QString anySound(Dice &dice) const;
-    /// The one that started last, which may sound still.
+    /// The sound that started last, which may still play.
     QString lastStarted() const;
 
-    // Messages on display.
+    // Display notifications.
     void messageOpened(const CMPath &path);
     void rowsChanged(const QStringList &changes);
-    /// A message whose node is still there and is to be taken away by naming it; empty for none.
+    /// A message whose node is still there and can be removed by naming it, or empty.
     CMPath takeMessageToClean();
     CMPath anyDisplay(Dice &dice) const;
     int displaysOpen() const;
-    /// Every display that was opened has come and gone in the queue's rows, no message is to be
-    /// cleaned.
+    /// Whether every opened display has come and gone in the queue's rows, and no node is left
+    /// to be removed.
     bool displaysAreGone() const;
     /// The messages that were named since the last call.
     std::vector<CMPath> takeCleaned();
 
-    /// Whatever must not be: becomes a finding.
+    /// Notes something that must not happen. It becomes a finding.
     void violation(const QString &what);
 
-    /// Rises with whatever happens: while it stands still and something is owed, something is stuck.
+    /// Increases with every event. If it stays the same while something is still to come, the
+    /// host is stuck.
     qint64 progress() const;
 
     QJsonObject figures() const;
     QStringList takeViolations();
 
-    /// Nothing is owed; what differs all the same is a violation.
+    /// Nothing is still to come, so anything left is a violation.
     void checkSettled();
 
     void count(const QString &what, int by = 1);
@@ -129,7 +131,7 @@ private:
     std::unordered_map<QString, Sound, Hash> m_sounds;
     QString m_lastStarted;
     int m_sounding = 0;             // started and not ended, playing or paused
-    std::vector<CMPath> m_messages; // to be cleaned
+    std::vector<CMPath> m_messages; // whose nodes are to be removed
     std::vector<CMPath> m_cleaned;
     std::array<qint64, 5> m_ends{}; // by response type
     qint64 m_rowsInserted = 0;

@@ -10,8 +10,8 @@
 #include <thread>
 #include <vector>
 
-/// Threads that act at random, or rest. They exist from the making to the end, so that their number
-/// tells nothing about the load.
+/// Threads that act at random, or rest. Their number stays the same, so that the host's number of
+/// threads does not depend on the load.
 class Raisers
 {
 public:
@@ -22,7 +22,7 @@ public:
 
     void start();
 
-    /// Every thread rests when this returns.
+    /// Returns when every thread rests.
     void rest();
 
 private:

@@ -8,7 +8,7 @@
 namespace {
 using Clock = std::chrono::steady_clock;
 
-/// Books the answer in whatever thread gives it.
+/// Records the reply, in the thread that gives it.
 class Answer : public CMReplyWatcher
 {
 public:
@@ -72,11 +72,11 @@ void raiseDisplayCancel(Ledger &ledger, const CMPath &path)
           TavoValue().setPath(path).__variant());
 }
 
-void raiseDisplayCancels(Ledger &ledger, int most)
+void raiseDisplayCancels(Ledger &ledger, int count)
 {
     raiseRowsRequest(ledger, TavoNotificationDisplayQueuePath(),
-                     [&ledger, most](bool, const QVariant &answer) {
-                         for (const QVariant &row : answer.toList().mid(0, most)) {
+                     [&ledger, count](bool, const QVariant &answer) {
+                         for (const QVariant &row : answer.toList().mid(0, count)) {
                              raiseDisplayCancel(ledger, CMPath::fromQVariant(row));
                          }
                      });
@@ -90,7 +90,8 @@ void raiseDisplayOpen(Ledger &ledger, RequestKind kind, const QVariant &value)
                   return;
               }
               if (kind != RequestKind::OpenDisplay) {
-                  // Rubbish that the module could make something of: booked as what it became.
+                  // A random value that the module accepted is recorded as what
+                  // it became.
                   ledger.requestRaised(RequestKind::OpenDisplay);
                   ledger.requestAnswered(RequestKind::OpenDisplay, true, 0);
               }
@@ -105,7 +106,7 @@ void raiseDisplayOpen(Ledger &ledger, RequestKind kind, const QVariant &value)
 
 void raiseCleaning(Ledger &ledger, const CMPath &message)
 {
-    // Its path is nobody's node: the answer must not book the message a second time.
+    // Nobody owns a node at its path, so the reply must not record the message again.
     raiseDisplayOpen(
         ledger, RequestKind::OpenDisplay,
         TavoValue()

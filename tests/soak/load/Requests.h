@@ -7,26 +7,26 @@
 
 #include <functional>
 
-/// Told of an answer, in the thread that gave it. The value is invalid for an error.
+/// Called with a reply, in the thread that gave it. The value is invalid for an error.
 using OnAnswer = std::function<void(bool accepted, const QVariant &value)>;
 
-/// Raises a request that the ledger books, from any thread, without one that turns an event loop.
+/// Sends a request and records it. From any thread, also without an event loop.
 void raise(Ledger &ledger, RequestKind kind, const CMPath &path, const QVariant &value,
            const OnAnswer &onAnswer = {});
 
 /// Reads rows in the same way.
 void raiseRowsRequest(Ledger &ledger, const CMPath &path, const OnAnswer &onAnswer = {});
 
-/// Takes a display notification away, by a cancel.
+/// Cancels a display notification.
 void raiseDisplayCancel(Ledger &ledger, const CMPath &path);
 
-/// Takes the first of them away, whatever they are.
-void raiseDisplayCancels(Ledger &ledger, int most);
+/// Cancels the first `count` display notifications, whatever they are.
+void raiseDisplayCancels(Ledger &ledger, int count);
 
-/// Opens one and books what the answer names.
+/// Opens a display notification and records its path.
 void raiseDisplayOpen(Ledger &ledger, RequestKind kind, const QVariant &value);
 
-/// Names a closed message's node, so that the node goes with this notification.
+/// Names the node of a closed message, so that the node is removed with this notification.
 void raiseCleaning(Ledger &ledger, const CMPath &message);
 
 void raiseSound(Ledger &ledger, const TavoNotificationPlayerItem &item, bool observed);

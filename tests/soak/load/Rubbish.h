@@ -6,9 +6,9 @@
 #include "Dice.h"
 #include <core/tavo.h>
 
-/// A value that hardly any node can make something of, nested so deep. No text in it names a module, a
-/// requester or a sound: nobody could take it back again.
+/// A deeply nested value that hardly any node accepts. No string in it is the name of a module, a
+/// requester or a sound, since nobody could release that again.
 QVariant rubbish(Dice &dice, int depth);
 
-/// Where to send it: anywhere where something is, and nowhere.
+/// A path to send it to, with or without a node.
 CMPath rubbishPath(Dice &dice);

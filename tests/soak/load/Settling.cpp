@@ -9,10 +9,10 @@
 namespace {
 constexpr int tickMs = 20;
 
-// What was cancelled takes its time to end; only then is it worth asking again.
+// A cancelled sound takes some time to end. Until then it is useless to cancel again.
 constexpr int roundsApart = 10;
 
-constexpr int mostCancels = 20;
+constexpr int maxCancels = 20;
 
 } // namespace
 
@@ -55,7 +55,7 @@ void Settling::giveBack()
 
 void Settling::on_timer_timeout()
 {
-    // One round after the other: a flood of them would only hide who doesn't answer.
+    // One round after the other, so that requests without a reply stand out.
     if (m_ledger.unanswered() > 0) {
         return;
     }
@@ -95,7 +95,7 @@ void Settling::emptySounds()
 
 void Settling::emptyDisplays()
 {
-    for (int i = 0; i < mostCancels; ++i) {
+    for (int i = 0; i < maxCancels; ++i) {
         const CMPath path = m_ledger.takeMessageToClean();
         if (path.isEmpty()) {
             break;
@@ -103,7 +103,7 @@ void Settling::emptyDisplays()
         raiseCleaning(m_ledger, path);
     }
     if (m_ledger.displaysOpen() > 0) {
-        raiseDisplayCancels(m_ledger, mostCancels);
+        raiseDisplayCancels(m_ledger, maxCancels);
     }
 }
 
@@ -147,7 +147,7 @@ QString Settling::disquiet() const
     return what.join(QStringLiteral(", "));
 }
 
-// What was named by a later notification must be gone with that.
+// The node of a message that a later notification named must be gone.
 void Settling::lookForNodes()
 {
     m_step = Step::Looking;

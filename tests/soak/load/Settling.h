@@ -8,11 +8,11 @@
 #include <QObject>
 #include <QTimer>
 
-/// Brings everything that the load has begun to its end and checks that nothing of it is left: what
-/// is live is cancelled, what is open closed, what is held given back. A last sound goes through
-/// the whole audio sequence; behind it the device must be as it was before the first.
+/// Ends everything that the load has begun and checks that nothing is left: cancels sounds, closes
+/// displays, releases resources. Then a last sound goes through the whole audio sequence, after
+/// which the device must be as before the first sound.
 ///
-/// Thread: the worker's. The load rests meanwhile.
+/// Lives in the worker's thread. The load rests meanwhile.
 class Settling : public QObject
 {
     Q_OBJECT
@@ -24,7 +24,7 @@ public:
 
     bool isActive() const { return m_step != Step::Done; }
 
-    /// What is waited for, for whoever has to explain why nothing goes on.
+    /// What it waits for, to explain why it is stuck.
     QString awaited() const;
 
 Q_SIGNALS:

@@ -11,7 +11,7 @@
 
 #include <atomic>
 
-/// Faults that the load has on demand, to show that the watch finds their like.
+/// Faults that the load makes on demand, to show that the soak finds such faults.
 struct Planted
 {
     bool memory = false;
@@ -21,14 +21,14 @@ struct Planted
     bool sound = false;
 };
 
-/// What all parts of the load share. Outlives them; any thread.
+/// Shared by all parts of the load, which it outlives. Used from any thread.
 struct Situation
 {
     QString sounds; ///< a folder
-    QString http;   ///< where the same sounds are served; may be empty
+    QString http;   ///< a server of the same sounds, or empty
     Planted planted;
     ActionLog actions;
     Ledger ledger{&actions};
-    std::atomic<bool> lull{false}; ///< nothing new for a moment, so that the queue runs dry
+    std::atomic<bool> lull{false}; ///< nothing new for a moment, so that the queue runs empty
     std::atomic<int> lastId{0};
 };

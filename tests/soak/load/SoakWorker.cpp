@@ -15,11 +15,11 @@
 #include <thread>
 
 namespace {
-constexpr int patienceMs = 10000;
-constexpr int shortestPulseMs = 5;
-constexpr int longestPulseMs = 60;
-constexpr int lullShare = 5;       // of a hundred pulses
-constexpr int longestLullMs = 300; // the audio sequence ends after 100
+constexpr int timeoutMs = 10000;
+constexpr int minPulseMs = 5;
+constexpr int maxPulseMs = 60;
+constexpr int lullShare = 5;   // percent of the pulses
+constexpr int maxLullMs = 300; // the audio sequence ends after 100
 
 Planted plantedOf(const QString &text)
 {
@@ -49,7 +49,7 @@ SoakWorker::SoakWorker(const QString &name, const QVariantHash &config)
     m_feeder = new Feeder(m_situation, *m_dice, this);
     m_settling = new Settling(m_situation, this);
     m_socket.connectToServer(m_socketName);
-    if (!m_socket.waitForConnected(patienceMs)) {
+    if (!m_socket.waitForConnected(timeoutMs)) {
         throw std::runtime_error("nobody listens at " + m_socketName.toStdString());
     }
     m_pulse.setSingleShot(true);
@@ -78,7 +78,7 @@ void SoakWorker::readConfiguration(const QVariantHash &config)
     m_seed = std::uint64_t(
         configuration.integer(QStringLiteral("seed"), 1, 0, std::numeric_limits<int>::max()));
     m_threadCount = configuration.integer(QStringLiteral("threads"), 3, 1, 64);
-    // By the host's clock, which may go faster.
+    // Measured by the host's clock, which may run faster.
     m_statusMs = configuration.integer(QStringLiteral("statusMs"), m_statusMs, 1, 1'000'000);
     configuration.finish();
 }
@@ -134,7 +134,7 @@ void SoakWorker::load()
     m_loading = true;
     m_situation.lull = false;
     m_statusTimer.start();
-    m_pulse.start(shortestPulseMs);
+    m_pulse.start(minPulseMs);
     if (m_situation.lastId <= 1) {
         Actions(m_situation, m_seed).warmUp();
     }
@@ -160,13 +160,13 @@ void SoakWorker::rest()
     m_statusTimer.start();
 }
 
-// Something now and then that only this thread can do.
+// Sometimes does something that only this thread can do.
 void SoakWorker::on_pulse_timeout()
 {
     plant();
     if (m_dice->percent(lullShare) && !m_situation.lull) {
         m_situation.lull = true;
-        m_pulse.start(m_dice->number(shortestPulseMs, longestLullMs));
+        m_pulse.start(m_dice->number(minPulseMs, maxLullMs));
         return;
     }
     m_situation.lull = false;
@@ -178,7 +178,7 @@ void SoakWorker::on_pulse_timeout()
         std::exchange(node, nullptr)->dispose();
         m_situation.ledger.count(QStringLiteral("response nodes that went"));
     }
-    m_pulse.start(m_dice->number(shortestPulseMs, longestPulseMs));
+    m_pulse.start(m_dice->number(minPulseMs, maxPulseMs));
 }
 
 void SoakWorker::plant()
@@ -211,14 +211,14 @@ void SoakWorker::on_settling_settled()
 {
     m_statusTimer.stop();
     tellViolations();
-    // Where a node is missing, it is there again for the next load, so that every quiet point is alike.
+    // Makes missing nodes again, so that all quiet points are alike.
     for (int i = 0; i < Actions::vanishingCount; ++i) {
         if (m_vanishing[std::size_t(i)] == nullptr) {
             publishVanishing(i);
         }
     }
     tell(QStringLiteral("settled"));
-    // Behind everything that is to be deleted later.
+    // After all that is to be deleted later.
     QTimer::singleShot(0, this, [this] {
         tell(QStringLiteral("quiet"), {{QStringLiteral("heap"), qint64(mallinfo2().uordblks)},
                                        {QStringLiteral("mapped"), qint64(mallinfo2().hblkhd)},
@@ -242,7 +242,7 @@ void SoakWorker::on_vanishing_activated(const CMSetDataRequest &request)
     answerLater(request.reply(), 10);
 }
 
-// Under a fault that is planted, one in a hundred is never answered.
+// With the planted fault, one in a hundred requests is never answered.
 void SoakWorker::on_echo_activated(const CMSetDataRequest &request)
 {
     if (m_situation.planted.answer && m_dice->percent(1)) {
@@ -255,11 +255,11 @@ void SoakWorker::on_echo_activated(const CMSetDataRequest &request)
 void SoakWorker::on_revoke_activated(const CMSetDataRequest &request)
 {
     m_situation.ledger.count(QStringLiteral("revoke messages taken by other modules"));
-    // Some take longer than the power manager waits.
+    // Some replies take longer than the power manager waits.
     answerLater(request.reply(), 150);
 }
 
-void SoakWorker::answerLater(const CMReply<QVariant> &reply, int mostMs)
+void SoakWorker::answerLater(const CMReply<QVariant> &reply, int maxDelayMs)
 {
     const int kind = m_dice->number(0, 9);
     if (kind == 0) {
@@ -269,7 +269,8 @@ void SoakWorker::answerLater(const CMReply<QVariant> &reply, int mostMs)
         reply.setValue(QVariant());
         return;
     }
-    QTimer::singleShot(m_dice->number(0, mostMs), this, [reply] { reply.setValue(QVariant()); });
+    QTimer::singleShot(m_dice->number(0, maxDelayMs), this,
+                       [reply] { reply.setValue(QVariant()); });
 }
 
 void SoakWorker::on_queue_rowsChanged(const CMPath & /*path*/, const QStringList &changes,

@@ -18,15 +18,15 @@
 #include <memory>
 #include <vector>
 
-/// The load: does random things in the model, as clients and other modules do, and keeps books.
+/// The load: does random things in the model, as clients and other modules do, and records them.
 ///
-/// Whoever drives it talks to it over a local socket, a JSON object a line. It is told
-///     {"do": "load"}   until told otherwise
+/// Controlled over a local socket, with a JSON object per line. It receives
+///     {"do": "load"}   do random things until the next command
 ///     {"do": "rest"}   end everything and check that nothing is left
-/// and tells
-///     {"event": "status", "progress": N, "loading": B, "awaited": text}   about once a second
-///     {"event": "quiet", "heap": BYTES, ...}   everything has ended; what there was so far
-///     {"event": "violation", "what": text, "actions": [...]}   something must not be
+/// and sends
+///     {"event": "status", "progress": N, "loading": B, "awaited": text}   about every second
+///     {"event": "quiet", "heap": BYTES, ...}   everything has ended, with the figures so far
+///     {"event": "violation", "what": text, "actions": [...]}   something that must not happen
 class SoakWorker : public CMNodesWorker
 {
     Q_OBJECT
@@ -53,7 +53,7 @@ private:
     void load();
     void rest();
     void plant();
-    void answerLater(const CMReply<QVariant> &reply, int mostMs);
+    void answerLater(const CMReply<QVariant> &reply, int maxDelayMs);
     void tell(const QString &event, QJsonObject details = {});
     void tellViolations();
 
@@ -62,7 +62,7 @@ private:
     int m_statusMs = 1000;
     std::uint64_t m_seed = 0;
     int m_threadCount = 0;
-    std::unique_ptr<Dice> m_dice; ///< the worker's thread's
+    std::unique_ptr<Dice> m_dice; ///< of the worker's thread
     std::unique_ptr<Raisers> m_raisers;
     Feeder *m_feeder = nullptr;
     Settling *m_settling = nullptr;
@@ -71,7 +71,7 @@ private:
     QTimer m_statusTimer;
     bool m_loading = false;
     std::array<CMActivateNode *, std::size_t(Actions::vanishingCount)> m_vanishing{};
-    // Planted: what is never freed, and never answered.
+    // Planted faults: memory that is never freed, requests that are never answered.
     std::array<char, 64> *m_leaked = nullptr;
     std::vector<CMReply<QVariant>> m_kept;
 };

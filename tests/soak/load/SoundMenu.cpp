@@ -12,7 +12,7 @@ namespace {
 using Item = TavoNotificationPlayerItem;
 using Type = TavoNotificationPlayerItemType;
 
-// In a hundred.
+// In percent.
 constexpr int badShare = 15;
 constexpr int loopShare = 8;
 constexpr int httpShare = 12;

@@ -5,14 +5,14 @@
 
 #include "Situation.h"
 
-/// Puts together random sounds: of every kind, good and bad, from the folder of sounds.
+/// Makes random sounds of every kind, valid and broken, from the folder of sounds.
 class SoundMenu
 {
 public:
     SoundMenu(const Situation &situation, Dice &dice);
 
-    /// Without id and response path. A stream from a FIFO waits for a writer, which writes once the
-    /// sound has started; its number is then in the id.
+    /// Without id and response path. A stream from a FIFO waits for a writer, which writes
+    /// after the sound has started; the id has the number of the FIFO.
     struct Choice
     {
         TavoNotificationPlayerItem item;
@@ -20,10 +20,10 @@ public:
     };
     Choice choose();
 
-    /// One of each kind: what makes a process take up whatever it takes up once.
+    /// A sound of each kind, so that a process allocates what it allocates once.
     std::vector<TavoNotificationPlayerItem> oneOfEach();
 
-    /// A sound fetched over http; empty where nobody serves any.
+    /// A sound fetched over http, or empty if there is no server.
     QString httpSound() const;
 
     static constexpr int fifoCount = 8;

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""Faults of the sound server, from outside: it is killed, stopped for a while, loses a device."""
+"""Faults of the sound server: it is killed, suspended for a while, or loses a device."""
 
 import importlib.machinery
 import importlib.util
@@ -28,7 +28,7 @@ sound_server = _sound_server()
 
 
 class FaultySoundServer:
-    """A private sound server, and a thread that does it harm until told to rest."""
+    """A private sound server, and a thread that causes faults until rest() is called."""
 
     def __init__(self, folder, seed):
         self.folder = folder
@@ -52,7 +52,7 @@ class FaultySoundServer:
         self.thread.start()
 
     def rest(self):
-        """The server is whole when this returns."""
+        """Stops the faults. When this returns, the server works."""
         self.resting.set()
         if self.thread is not None:
             self.thread.join()
@@ -67,8 +67,8 @@ class FaultySoundServer:
             self.counts[fault] += 1
             getattr(self, "_" + fault)()
 
-    def _pause(self, least, most):
-        self.resting.wait(self.dice.uniform(least, most))
+    def _pause(self, minimum, maximum):
+        self.resting.wait(self.dice.uniform(minimum, maximum))
 
     def _kill(self):
         self.server.process.kill()

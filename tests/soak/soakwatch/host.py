@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""A host under load: the process, its log, and the talk with the load module in it."""
+"""A host under load: the process, its log, and the connection to the load module in it."""
 
 import collections
 import json
@@ -16,10 +16,10 @@ import ctypes
 
 PR_SET_PDEATHSIG = 1
 LIBC = ctypes.CDLL(None)
-READY_WITHIN = 30.0
-END_WITHIN = 30.0
-LOG_KEPT = 300
-# Each of these says that something went wrong in the host itself, whatever the load did.
+READY_TIMEOUT = 30.0
+END_TIMEOUT = 30.0
+MAX_LOG_LINES = 300
+# Log lines that report a fault of the host itself, whatever the load did.
 ALARMING = re.compile(r" FATAL |ASSERT|Id of stopped sound does not exist|Sanitizer|"
                       r"is published at .* already|index out of range|terminate called")
 
@@ -29,17 +29,17 @@ def end_with_parent():
 
 
 class Host:
-    """Its events arrive through on_event, in a thread of its own."""
+    """Calls on_event with the events of the load module, in a thread of its own."""
 
     def __init__(self, program, configuration, environment, socket_path, on_event):
         self.on_event = on_event
         self.alarms = []
-        self.log = collections.deque(maxlen=LOG_KEPT)
+        self.log = collections.deque(maxlen=MAX_LOG_LINES)
         self.log_lines = 0
         self.listener = socket.socket(socket.AF_UNIX, socket.SOCK_STREAM)
         self.listener.bind(str(socket_path))
         self.listener.listen(1)
-        self.listener.settimeout(READY_WITHIN)
+        self.listener.settimeout(READY_TIMEOUT)
         self.process = subprocess.Popen(
             [program, "--config", str(configuration)], env=environment, stdin=subprocess.DEVNULL,
             stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, start_new_session=True,
@@ -68,14 +68,14 @@ class Host:
         try:
             self.talk.sendall(json.dumps(line).encode() + b"\n")
         except OSError:
-            pass  # it has ended, which is found elsewhere
+            pass  # the host has ended; others find out
 
     def end(self):
-        """Asks it to end; its exit status, or None when it had to be killed."""
+        """Ends the host. Returns its exit status, or None if it had to be killed."""
         if self.is_running():
             os.kill(self.pid, signal.SIGTERM)
         try:
-            status = self.process.wait(END_WITHIN)
+            status = self.process.wait(END_TIMEOUT)
         except subprocess.TimeoutExpired:
             self.kill()
             status = None
@@ -109,4 +109,4 @@ class Host:
                     event["at"] = time.monotonic()
                     self.on_event(event)
             except (OSError, ValueError):
-                pass  # a host that is killed leaves half a line
+                pass  # a killed host leaves half a line

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""A phase of the soak: one host from its start to its end, loaded, brought to rest, looked at."""
+"""A phase of the soak: a host that is loaded, brought to rest and inspected, again and again."""
 
 import json
 import queue
@@ -9,17 +9,17 @@ import time
 from . import processes, verdict
 from .host import Host
 
-IDLE = 1.0  # seconds that a host at rest is looked at
+IDLE = 1.0  # seconds for which a host at rest is observed
 SETTLE = 0.3
 SAMPLES_APART = 2.0
 
 
 class Stuck(Exception):
-    """Nothing goes on although something is owed, or the host has gone."""
+    """Something is still to come but nothing happens, or the host has ended."""
 
 
 class Phase:
-    """Its findings are texts; its samples dictionaries, those of quiet points marked."""
+    """The findings are strings. The samples are dictionaries; "quiet" marks those of quiet points."""
 
     def __init__(self, name, factor, stuck_after, settings, folder, show):
         self.name = name
@@ -40,7 +40,7 @@ class Phase:
         self.next_sample = 0.0
 
     def run(self, seconds, interval, faults, interrupted):
-        """Faults are None or have harm() and rest()."""
+        """`faults` is None or has harm() and rest()."""
         self.host = Host(self.settings.host, self.settings.configuration,
                          self.settings.environment, self.settings.socket, self.events.put)
         try:

@@ -1,12 +1,12 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""Draws what the hosts used over the time: heap and memory, descriptors and threads."""
+"""Draws what the hosts used over time: heap, memory, descriptors and threads."""
 
 from soundcheck.canvas import INK, MUTED, PANEL, RULE, Canvas
 
 WIDTH, LEFT, RIGHT = 1000, 90, 40
 TOP, LANE, GAP = 70, 110, 34
-# Key, title, unit divisor; quiet points only where a load would only show how much is going on.
+# Key, title, divisor, and whether to draw quiet points only: under load, the heap depends on the load.
 LANES = (("heap", "Heap in use at the quiet points, KiB", 1024, True),
          ("rss", "Resident memory, KiB", 1, False),
          ("fds", "File descriptors", 1, False),
@@ -15,15 +15,15 @@ COLOURS = ((46, 107, 182), (196, 90, 44))
 
 
 class Lane:
-    """One figure over the time of one or two hosts, one behind the other."""
+    """A figure over time, of one host or of two that ran one after the other."""
 
     def __init__(self, canvas, top, spec, phases, length):
         self.canvas, self.top, self.length = canvas, top, length
         self.key, self.title, self.divisor, self.quiet_only = spec
         self.phases = phases
         values = [self.value(sample) for phase in phases for sample in self.shown(phase)]
-        self.most = max(values, default=1)
-        self.least = min([0] if self.most < 100 else values, default=0)
+        self.max = max(values, default=1)
+        self.min = min([0] if self.max < 100 else values, default=0)
 
     def shown(self, phase):
         return [sample for sample in phase.samples if sample["quiet"] or not self.quiet_only]
@@ -35,13 +35,13 @@ class Lane:
         return LEFT + (WIDTH - LEFT - RIGHT) * moment / self.length
 
     def y(self, value):
-        span = max(self.most - self.least, 1)
-        return self.top + LANE - (LANE - 12) * (value - self.least) / span
+        span = max(self.max - self.min, 1)
+        return self.top + LANE - (LANE - 12) * (value - self.min) / span
 
     def draw(self):
         self.canvas.text(LEFT, self.top - 12, self.title, 12, INK)
         self.canvas.box(LEFT, self.top, WIDTH - RIGHT, self.top + LANE, fill=PANEL, outline=RULE)
-        for value in (self.least, self.most):
+        for value in (self.min, self.max):
             self.canvas.line([(LEFT, self.y(value)), (WIDTH - RIGHT, self.y(value))], RULE)
             self.canvas.text(LEFT - 8, self.y(value), f"{value:.0f}", 11, MUTED, "rm")
         begin = 0.0

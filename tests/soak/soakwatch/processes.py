@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""What a process uses, as the kernel tells it."""
+"""What a process uses, from /proc."""
 
 import os
 import pathlib
@@ -20,20 +20,20 @@ def _memory(process_id):
 
 
 def _threads(process_id):
-    """How many there are, and how often they have gone to sleep by themselves."""
+    """The number of threads, and how often they went to sleep voluntarily."""
     count = sleeps = 0
     for task in pathlib.Path(f"/proc/{process_id}/task").iterdir():
         try:
             status = (task / "status").read_text()
         except OSError:
-            continue  # it has ended meanwhile
+            continue  # the thread has ended
         count += 1
         sleeps += int(status.partition("\nvoluntary_ctxt_switches:")[2].split()[0])
     return count, sleeps
 
 
 def sample(process_id):
-    """None for a process that has ended."""
+    """What the process uses now, or None if it has ended."""
     try:
         fields = pathlib.Path(f"/proc/{process_id}/stat").read_text().rpartition(")")[2].split()
         threads, sleeps = _threads(process_id)
@@ -46,7 +46,7 @@ def sample(process_id):
 
 
 def describe(process_id):
-    """What each thread is at, and what is open: for a process that doesn't go on."""
+    """What each thread does and what is open, for a process that is stuck."""
     lines = []
     for task in sorted(pathlib.Path(f"/proc/{process_id}/task").glob("*")):
         try:

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""The table at the end, and the samples as they were taken."""
+"""The table at the end, and the file of samples."""
 
 import csv
 import datetime
@@ -10,8 +10,8 @@ import pathlib
 REQUESTS = ("enqueue sound", "cancel sound", "open display", "cancel display", "acquire",
             "release", "standby", "resume", "revoke", "duck", "play music", "stop music",
             "set volume", "echo", "read rows", "garbage", "register")
-EXPLAINED = {"standby": "standby (revokes everything)", "revoke": "revoke sent to the sounds alone",
-             "garbage": "values without sense, to any node"}
+EXPLAINED = {"standby": "standby (revokes everything)", "revoke": "revoke sent to the sounds only",
+             "garbage": "random values to any node"}
 RESPONSES = ("started", "finished", "cancelled", "failed")
 FAULTS = {"kill": "sound server killed", "stall": "sound server stalled",
           "sink": "sound device taken away", "suspend": "sound device suspended"}
@@ -32,7 +32,7 @@ def clock_text(seconds):
 
 
 class Table:
-    """One column a phase; rows are made by asking each phase."""
+    """A table with a column for each phase. A row calls a function for each phase."""
 
     def __init__(self, phases):
         self.phases = phases
@@ -52,7 +52,7 @@ class Table:
 
 
 def course(phase, key):
-    """What it was at the first and the last quiet point, and the most at any."""
+    """The values at the first and the last quiet point, and the maximum of all."""
     values = [sample[key] / (1024 if key == "heap" else 1) for sample in phase.quiet]
     form = "{:.1f}" if key == "heap" else "{:.0f}"
     shown = (values[0], values[-1], max(values)) if values else ()
@@ -86,7 +86,7 @@ def table(phases, faults):
         result.row(f"- {EXPLAINED.get(kind, kind)}", lambda phase, kind=kind: answered(phase, kind))
     result.row("**unanswered at the end**", lambda phase: total(phase, "raised") -
                total(phase, "accepted") - total(phase, "refused"))
-    result.row("slowest answer, ms of the host's time", lambda phase: f"{slowest(phase):.0f}")
+    result.row("slowest reply, ms of the host's time", lambda phase: f"{slowest(phase):.0f}")
     for kind in RESPONSES:
         result.row(f"sounds {kind}", lambda phase, kind=kind:
                    phase.figures.get("responses", {}).get(kind, "-"))
@@ -100,7 +100,7 @@ def table(phases, faults):
     for key, name in (("heap", "heap in use, KiB"), ("rss", "RSS, KiB"), ("pss", "PSS, KiB"),
                       ("private", "private dirty, KiB"), ("fds", "file descriptors"),
                       ("threads", "threads"), ("idle_sleeps", "wake-ups in an idle second")):
-        result.row(f"{name}: first / last / most", lambda phase, key=key: course(phase, key))
+        result.row(f"{name}: first / last / max", lambda phase, key=key: course(phase, key))
     result.row("**findings**", lambda phase: len(phase.findings))
     return result.text()
 

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""The sounds of the load: tiny ones in several formats, broken ones, and FIFOs."""
+"""The sounds of the load: short ones in several formats, broken ones, and FIFOs."""
 
 import os
 import random
@@ -37,7 +37,7 @@ def make_sounds(folder, seed):
     (bad / "cut.wav").write_bytes(whole[:len(whole) // 2])
     (bad / "cut.ogg").write_bytes((good / "tone.ogg").read_bytes()[:-200])
     (bad / "empty.wav").write_bytes(b"")
-    (bad / "text.wav").write_text("This is no sound.\n")
+    (bad / "text.wav").write_text("This is not a sound.\n")
     (bad / "noise.wav").write_bytes(random.Random(seed).randbytes(5000))
     (bad / "folder.wav").mkdir()
     for number in range(FIFOS):

@@ -1,17 +1,17 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""Whether what a host used at its quiet points stays what it was."""
+"""Judges whether a host uses the same at all quiet points."""
 
 import statistics
 
-# At a quiet point everything has ended, so the numbers are those of the first one, exactly.
+# At a quiet point everything has ended, so these are exactly what they were at the first one.
 EXACT = {"fds": "file descriptors", "threads": "threads"}
 
-# The heap in use is counted by the byte, but tables don't shrink and caches fill up in the first
-# minutes. Growth that goes on is not forgiven, however small: see steady_growth().
+# The heap may grow by this much, since tables do not shrink and caches fill up in the first minutes. Steady
+# growth is always a finding, see steady_growth().
 HEAP_ALLOWANCE = 256 * 1024
 
-# A host at rest wakes up for nothing. A device that still closes and the sampling itself are seen.
+# A host at rest does not wake up. This is for a device that is still closing, and for the sampling itself.
 IDLE_SLEEPS = 20
 IDLE_CPU = 0.1
 
@@ -42,30 +42,30 @@ def judge(quiet):
     return findings
 
 
-# Less than this in all may be one buffer that was doubled; a leak gets there if it is given time.
-LEAST_RISE = 32 * 1024
-LEAST_AGREEMENT = 0.85
-LEAST_POINTS = 5
+# A total growth of less than this may be a buffer that was doubled. A leak grows beyond it, given time.
+MIN_RISE = 32 * 1024
+MIN_AGREEMENT = 0.85
+MIN_POINTS = 5
 
 
 def steady_growth(values):
-    """Bytes from one point to the next, or None when the values don't keep rising.
+    """Returns the growth from one point to the next in bytes, or None if the values do not rise steadily.
 
-    Of all pairs of points behind the first third, nearly each must have risen: noise rises and falls,
-    and a table that was enlarged once rises once, but a leak goes on.
+    They do if nearly all pairs of points after the first third rise. Noise rises and falls, and a table
+    that is enlarged rises once, but a leak keeps rising.
     """
     later = values[len(values) // 3:]
-    if len(later) < LEAST_POINTS:
+    if len(later) < MIN_POINTS:
         return None
     pairs = [(later[j] - later[i], j - i) for i in range(len(later)) for j in range(i + 1, len(later))]
     agreement = (sum(rise > 0 for rise, _ in pairs) - sum(rise < 0 for rise, _ in pairs)) / len(pairs)
     slope = statistics.median(rise / distance for rise, distance in pairs)
-    largest_step = max(b - a for a, b in zip(later, later[1:]))
-    goes_on = later[-1] - later[0] - largest_step > LEAST_RISE / 2
+    max_step = max(b - a for a, b in zip(later, later[1:]))
+    is_steady = later[-1] - later[0] - max_step > MIN_RISE / 2
     rise = slope * (len(later) - 1)
-    return slope if agreement > LEAST_AGREEMENT and rise > LEAST_RISE and goes_on else None
+    return slope if agreement > MIN_AGREEMENT and rise > MIN_RISE and is_steady else None
 
 
-def shortened(values, most=12):
-    step = max(1, len(values) // most)
+def shortened(values, max_count=12):
+    step = max(1, len(values) // max_count)
     return " ".join(str(value) for value in values[::step])

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
-"""Serves the sounds over http on the loopback interface, and not always well."""
+"""Serves the sounds over http on the loopback interface, sometimes with faults."""
 
 import http.server
 import pathlib
@@ -41,7 +41,7 @@ class Handler(http.server.BaseHTTPRequestHandler):
         self.send_header("Content-Length", str(len(content)))
         self.end_headers()
         if mood < 0.2:
-            self.wfile.write(content[:len(content) // 2])  # and breaks off
+            self.wfile.write(content[:len(content) // 2])  # then closes the connection
         elif mood < 0.3:
             self.wfile.write(content[:len(content) // 2])
             self.wfile.flush()

@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-/// A call on its way over a bus, as its caller sees it. Copies share one call.
+/// A call over a bus, as its caller sees it. Copies share the same call.
 class BusCall
 {
 public:
@@ -30,16 +30,16 @@ public:
     }
     bool isAnswered() const { return m_state->reply.has_value(); }
 
-    // These wait for the reply and return what it holds. A missing reply is an error.
+    // These wait for the reply and return its value. A missing reply is an error.
 
     bool succeeds() const { return errorName().empty(); }
     std::string errorName() const;
     std::string errorMessage() const;
 
-    /// Any reply, once it is there.
+    /// The reply, also if it is an error. Throws if there is none yet.
     BusMessage reply() const { return m_state->reply.value(); }
 
-    /// Reads the reply. Throws when there is none or it is an error reply.
+    /// Reads the reply. Throws if there is none or if it is an error.
     BusReader reader() const;
     QVariant variant() const { return reader().readVariant(); }
     QString text() const { return reader().readString(); }
@@ -56,13 +56,13 @@ private:
     std::shared_ptr<State> m_state = std::make_shared<State>();
 };
 
-/// A program on a bus, in the test's own thread: what it calls may be served there too.
+/// A client of a bus, in the test's thread, which may also serve the calls.
 class BusClient
 {
 public:
     using Write = std::function<void(BusWriter &)>;
 
-    /// Returns when the client is connected; throws when that fails.
+    /// Returns when the client is connected. Throws on error.
     explicit BusClient(const QString &address);
     ~BusClient();
     BusClient(const BusClient &) = delete;
@@ -71,15 +71,15 @@ public:
     std::string name() const { return m_connection->uniqueName(); }
     BusConnection &connection() { return *m_connection; }
 
-    /// Takes a well-known name; throws when another program has it.
+    /// Takes a well-known name. Throws if another client has it.
     void takeName(const QString &name);
     void releaseName(const QString &name);
 
-    /// The object that is called.
+    /// Sets the object that is called.
     BusClient &setTarget(const std::string &service, const std::string &path,
                          const std::string &interface);
 
-    // Calls stay unanswered when the bus goes or the client leaves.
+    // Calls get no reply if the bus ends or the client leaves.
 
     BusCall call(
         const std::string &method, const Write &write = [](BusWriter &) {});
@@ -87,24 +87,24 @@ public:
     BusMessage createCall(const std::string &method) const;
     BusCall send(const BusMessage &message);
 
-    /// Sends a signal as if it came from the object, to one receiver.
+    /// Sends a signal to one client, as if it came from the object.
     void sendSignal(const BusInterface &interface, const char *name, const std::string &receiver,
                     const Write &write);
 
-    /// Handles signals as long as the client is on the bus.
+    /// Handles signals until the client leaves the bus.
     void listen(const std::string &rule, const BusCalls::Handler &handler)
     {
         m_signals = m_connection->addMatch(rule, handler);
     }
 
-    /// Leaves the bus at once, whatever is under way.
+    /// Leaves the bus at once, even with calls in flight.
     void leave();
 
 private:
     void giveUp();
 
     std::unique_ptr<BusConnection> m_connection;
-    QObject m_context; ///< of what is called while the client is there
+    QObject m_context; ///< of callbacks, until the client leaves the bus
     std::string m_service;
     std::string m_path;
     std::string m_interface;

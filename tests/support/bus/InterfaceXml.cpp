@@ -15,7 +15,7 @@ QString attribute(const QXmlStreamReader &xml, const char *name)
     return xml.attributes().value(QLatin1String(name)).toString();
 }
 
-/// A member with its arguments and notes, the reader standing at its start.
+/// Reads a member with its arguments and annotations. The reader is at the member's start.
 std::string readMember(QXmlStreamReader &xml)
 {
     const bool isSignal = xml.name() == QLatin1String("signal");
@@ -25,7 +25,7 @@ std::string readMember(QXmlStreamReader &xml)
     }
     while (xml.readNextStartElement()) {
         if (xml.name() == QLatin1String("arg")) {
-            // What a signal carries goes out, whether that is written or not.
+            // The arguments of a signal are "out", even if the XML does not say so.
             const QString direction = isSignal ? QString() : attribute(xml, "direction") + ' ';
             line += ", " + direction + attribute(xml, "type") + ' ' + attribute(xml, "name");
         } else if (xml.name() == QLatin1String("annotation")) {

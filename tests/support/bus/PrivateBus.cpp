@@ -13,7 +13,7 @@
 namespace {
 constexpr int timeoutMs = 20000;
 
-/// As a session bus, with the limits that large tests need.
+/// Like a session bus, with higher limits for large tests.
 constexpr const char *configurationText = R"(<!DOCTYPE busconfig PUBLIC
  "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">

@@ -9,8 +9,8 @@
 
 #include <memory>
 
-/// A message bus for one test. Everyone may do everything, unless further elements of the bus's
-/// configuration say otherwise. Ends with the object, at the latest with the process.
+/// A private message bus. Everyone may do everything, unless the additional elements of its
+/// configuration say otherwise. Ends with the object, and also if the process ends.
 class PrivateBus
 {
 public:
@@ -20,7 +20,7 @@ public:
     PrivateBus(const PrivateBus &) = delete;
     PrivateBus &operator=(const PrivateBus &) = delete;
 
-    /// Stays the same when the bus is started again.
+    /// Stays the same when the bus is restarted.
     QString address() const;
     QString folder() const { return m_folder.path(); }
 
@@ -29,8 +29,8 @@ public:
     /// Starts a bus that has been stopped.
     void start();
 
-    /// Suspends the daemon until resume(): the system still queues connections and messages for it, but
-    /// nothing responds.
+    /// Suspends the daemon until resume(): the system still queues connections and messages for
+    /// it, but it does not respond.
     void pause();
     void resume();
 

@@ -18,7 +18,7 @@ void check(int result)
 }
 } // namespace
 
-/// Hands on descriptors instead of making sockets from them.
+/// Passes on the descriptors instead of making sockets of them.
 class SilentBus::Server : public QLocalServer
 {
 public:

@@ -30,14 +30,14 @@ bool isMonotonic(clockid_t clock)
 }
 } // namespace
 
-// A sanitizer's runtime asks for the time before it can be called itself.
+// A sanitizer's runtime asks for the time before its own functions work.
 #ifdef __clang__
 #define TAVO_NO_SANITIZER __attribute__((disable_sanitizer_instrumentation))
 #else
 #define TAVO_NO_SANITIZER
 #endif
 
-// A program's own definition comes before that of the C library, for the libraries, too.
+// The definition in a program takes precedence over that of the C library, also for libraries.
 extern "C" __attribute__((visibility("default"))) TAVO_NO_SANITIZER int
 clock_gettime(clockid_t clock, timespec *time) noexcept
 {
@@ -54,7 +54,7 @@ VirtualClock::VirtualClock()
 {
     timespec time{};
     realTime(CLOCK_MONOTONIC, &time);
-    // The next whole millisecond: what is left of timers is then whole as well.
+    // The next whole millisecond, so that timers have whole milliseconds left.
     constexpr std::int64_t millisecond = 1'000'000;
     const std::int64_t now = time.tv_sec * nanosecondsPerSecond + time.tv_nsec;
     heldTime = (now + millisecond - 1) / millisecond * millisecond;

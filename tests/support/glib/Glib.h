@@ -23,21 +23,21 @@ struct Delete
 template <typename T>
 using Owned = std::unique_ptr<T, Delete>;
 
-/// Written at once: who reads it may be waiting for it.
+/// Prints at once, since a test may be waiting for it.
 inline void print(const std::string &line)
 {
     std::puts(line.c_str());
     std::fflush(stdout);
 }
 
-/// The text form, with its types.
+/// The value as text, with its types.
 inline std::string textOf(GVariant *variant)
 {
     const Owned<char> text(g_variant_print(variant, TRUE));
     return text.get();
 }
 
-/// What the server calls the error, and what it says, without what GLib puts in front.
+/// The name of the error and its message, without GLib's prefix.
 inline std::string textOf(GError *error)
 {
     const Owned<char> name(g_dbus_error_get_remote_error(error));
@@ -45,7 +45,7 @@ inline std::string textOf(GError *error)
     return std::string(name ? name.get() : "no remote error") + ": " + error->message;
 }
 
-/// An object on the session's bus as a program on GLib sees it, with a main loop for its signals.
+/// An object on the session bus as a GLib program sees it, with a main loop for its signals.
 class Object
 {
 public:
@@ -65,7 +65,7 @@ public:
 
     GDBusProxy *proxy() { return m_proxy.get(); }
 
-    /// Calls and waits; null for an error, which is then written.
+    /// Calls and waits. Returns null on error, which is printed.
     Owned<GVariant> call(const char *method, GVariant *arguments)
     {
         GError *error = nullptr;
@@ -78,7 +78,7 @@ public:
         return answer;
     }
 
-    /// Writes each signal and hands it on, until quit().
+    /// Prints each signal and passes it on, until quit().
     void run(std::function<void(const std::string &name, GVariant *arguments)> hear)
     {
         m_hear = std::move(hear);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// A client of org.tavo.Model1 on GLib's GDBus. What it is told, it writes.
+// A client of org.tavo.Model1 with GLib's GDBus. It prints what it receives.
 
 #include "support/glib/Glib.h"
 
@@ -44,7 +44,7 @@ GVariant *recordOf(const char *field, GVariant *value)
     return g_variant_dict_end(&record);
 }
 
-/// Records in records, with a struct at the bottom.
+/// Nested records with a struct at the bottom.
 GVariant *nested()
 {
     GVariant *bottom = g_variant_new("(@ayt)", bytes(), std::numeric_limits<std::uint64_t>::max());
@@ -74,7 +74,7 @@ void echo(Model &model, const char *path)
     model.send(path, g_variant_new_strv(texts, -1));
 }
 
-/// All changes at the path; ends when its node goes.
+/// Prints all changes at the path until its node is withdrawn.
 void follow(Model &model, const char *path)
 {
     for (const char *change : {"value", "rows", "node"}) {

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// A desktop program on GLib's GDBus that notifies its user. What it is told, it writes.
+// A desktop program that notifies its user with GLib's GDBus. It prints what it receives.
 
 #include "support/glib/Glib.h"
 
@@ -49,7 +49,8 @@ std::uint32_t idOf(GVariant *answer)
     return id;
 }
 
-/// Asks for an answer, changes the notification when it has come, and ends when it closes.
+/// Opens a notification with an action, changes it when the action is invoked, and ends when it is
+/// closed.
 void ask(Server &server)
 {
     GVariantDict hints;
@@ -82,7 +83,7 @@ void ask(Server &server)
     });
 }
 
-/// Images that are not what they say they are.
+/// Sends images whose data does not match their description.
 void sendFalseImages(Server &server)
 {
     constexpr std::int32_t most = std::numeric_limits<std::int32_t>::max();

@@ -16,8 +16,8 @@
 #include <stdexcept>
 #include <unistd.h>
 
-/// The process with the pipe on which it says that it is ready. Only the host's end of the pipe
-/// passes into it: were the other end there too, it would never see that the test has gone.
+/// The process and the pipe on which it reports that it is ready. The host inherits only its own
+/// end of the pipe: with the other one, it would not notice that the test has ended.
 class HostProcess::Process : public QProcess
 {
 public:
@@ -85,7 +85,7 @@ HostProcess::HostProcess()
 {
     m_environment.remove(QStringLiteral("TAVO_MODULE_PATH"));
     m_environment.remove(QStringLiteral("TAVO_LOG_LEVEL"));
-    // A test has nothing to do with the bus of whoever runs it.
+    // Tests do not use the bus of the user who runs them.
     m_environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"),
                          QStringLiteral("unix:path=/nonexistent"));
 }

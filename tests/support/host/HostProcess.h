@@ -15,16 +15,15 @@
 #include <functional>
 #include <memory>
 
-/// A tavo-host of its own for a test, run as a process, from the build tree unless told otherwise. What it does is waited
-/// for, with a limit, and never polled. Its environment is the test's without the host's own
-/// variables.
+/// Runs a tavo-host as a process, by default that of the build tree. Waits for events with a
+/// timeout and never polls. The environment is that of the test, without the variables of the host.
 ///
-/// Thread: the test's, which needs a QCoreApplication. A host that still runs when this is
-/// destroyed is killed.
+/// Lives in the test's thread, which needs a QCoreApplication. The destructor kills a host that
+/// still runs.
 class HostProcess
 {
 public:
-    /// How long a test waits for anything.
+    /// The timeout of all waits.
     static constexpr std::chrono::seconds s_timeout{20};
 
     HostProcess();
@@ -32,50 +31,51 @@ public:
     HostProcess(const HostProcess &) = delete;
     HostProcess &operator=(const HostProcess &) = delete;
 
-    /// A folder that lasts as long as this does.
+    /// A folder that is removed with this object.
     QString folder() const { return m_folder.path(); }
     QString writeFile(const QString &name, const QByteArray &content);
 
-    /// Writes the configuration file that the host is to be started with; gives its name.
+    /// Writes the host's configuration file and returns its name.
     QString setConfiguration(const QJsonObject &configuration);
     QString setConfigurationText(const QByteArray &json);
 
-    /// Another program than the build tree's tavo-host.
+    /// Uses another program than the tavo-host of the build tree.
     void setProgram(const QString &program) { m_program = program; }
     QString program() const { return m_program; }
 
     void addArguments(const QStringList &arguments) { m_arguments += arguments; }
     void setEnvironment(const QString &variable, const QString &value);
 
-    /// Starts the host; false where it can't be.
+    /// Starts the host. Returns false if it can't be started.
     bool start();
 
-    /// Starts it and waits until it says that all modules run; false when it ends before that.
+    /// Starts the host and waits until all modules run. Returns false if it ends before.
     bool startReady();
 
-    /// Starts it and waits for its end; gives its exit code, or -1 when it crashed or went on.
+    /// Starts the host, waits for its end and returns its exit code, or -1 after a crash or the
+    /// timeout.
     int run();
 
     bool waitReady();
-    /// Waits until the text stands in what the host wrote on standard error.
+    /// Waits until the host has written the text to standard error.
     bool waitForLog(const QString &text);
-    /// Gives the exit code, or -1 when the host crashed or went on.
+    /// Returns the exit code, or -1 after a crash or the timeout.
     int waitForExit();
 
     void sendSignal(int signal);
-    /// Asks the host to end and waits for it; gives its exit code as waitForExit() does.
+    /// Sends SIGTERM, waits for the host's end and returns the exit code as waitForExit() does.
     int stop();
 
-    /// Whether the host has said so by now.
+    /// Whether the host has reported that it is ready.
     bool isReady() const;
     bool isRunning() const;
     bool crashed() const;
     qint64 processId() const;
 
-    /// What came so far on standard error: the log and messages for people.
+    /// The standard error so far: log and messages.
     QString log() const { return QString::fromUtf8(m_log); }
     QStringList logLines() const;
-    /// What came so far on standard output.
+    /// The standard output so far.
     QString output() const { return QString::fromUtf8(m_output); }
 
 private:
@@ -89,6 +89,6 @@ private:
     QProcessEnvironment m_environment;
     QByteArray m_log;
     QByteArray m_output;
-    /// Last, as what it reports at its end goes into the members above.
+    /// Last, since its destructor may still use the members above.
     std::unique_ptr<Process> m_process;
 };

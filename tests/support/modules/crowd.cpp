@@ -15,27 +15,27 @@
 #include <random>
 #include <vector>
 
-// A worker that asks the notifications for more than a person would. A request at /crowd/run says
-// what, and is answered when all of that is over and each request has had one answer and each sound
-// one end; otherwise with an error that says what was wrong. Its value is a hash with "do":
+// A worker that sends the notifications many requests. A request at /crowd/run says what to do. It
+// is answered when all of that is complete, each request has got one reply and each sound one end;
+// otherwise with an error that says what was wrong. Its value is a hash with "do":
 //
-//   queueSounds    "count" sounds that hold their places
-//   cancelSounds   all of them; "last" first if that is true
-//   openNodes      "count" notifications of nodes of the crowd's own
-//   openShared     "count" notifications of one and the same node, of mixed priorities
-//   openMessages   "count" messages
-//   closeAll       all of them; "last" first if that is true
-//   weigh          notes what the process has in use of its heap
-//   weighAgain     complains when that is more than "most" KiB above what was noted
-//   mix            "threads" threads send "count" requests each of every kind, mixed
+//   queueSounds    queue "count" placeholder sounds
+//   cancelSounds   cancel all of them, in reverse order if "last" is true
+//   openNodes      open "count" notifications, each with a node of the crowd
+//   openShared     open "count" notifications of mixed priorities with the same node
+//   openMessages   open "count" messages
+//   closeAll       close all of them, in reverse order if "last" is true
+//   weigh          note how much heap the process uses
+//   weighAgain     fail if it uses over "max" KiB more than noted
+//   mix            send "count" requests of every kind, mixed, from each of "threads" threads
 //
-// How long it took is logged under "Crowd".
+// The duration is logged under "Crowd".
 
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Crowd");
 
-/// Bytes that the process has allocated and not freed. What it has of the system is no measure: the heap
-/// keeps what lies between what is still in use.
+/// Bytes that the process has allocated and not freed. The process's memory would be no measure,
+/// since the heap keeps the gaps between what is still in use.
 long heapInUse()
 {
     const struct mallinfo2 info = mallinfo2();
@@ -55,16 +55,16 @@ TavoNotificationPlayerItem sound(const QString &id, TavoNotificationPlayerItemTy
 
 using Answered = std::function<void(const CMReply<QVariant> &)>;
 
-/// Sends a request; the answer comes to the context.
+/// Sends a request. The reply is passed on in the context's thread.
 void ask(QObject *context, const CMPath &path, const QVariant &value, const Answered &answered)
 {
     const CMReply<QVariant> reply;
     CMRoot()->invoke(path, value, reply);
-    // Never from in here, however soon it is answered.
+    // Queued, so that it is never called from here, even if the reply comes at once.
     reply.onFinished(context, answered, Qt::QueuedConnection);
 }
 
-/// One of those who send mixed requests at the same time. Lives in a thread of its own.
+/// One of several objects that send mixed requests at the same time. Lives in its own thread.
 class Member : public QObject
 {
     Q_OBJECT
@@ -79,7 +79,7 @@ public:
 
     void begin();
 
-    // To be read when the thread has ended.
+    // Only for reading after the thread has ended.
     const QStringList &accepted() const { return m_accepted; }
     const QList<CMPath> &opened() const { return m_opened; }
     bool wasAnsweredOnceEach() const
@@ -103,7 +103,7 @@ private:
     const QString m_name;
     const int m_count;
     std::mt19937 m_random;
-    std::vector<int> m_answers; // of each request
+    std::vector<int> m_answers; // to each request
     int m_answered = 0;
     QStringList m_accepted;
     QList<CMPath> m_opened;
@@ -111,7 +111,7 @@ private:
 
 void Member::begin()
 {
-    // So many are on their way at any time.
+    // Keeps this many requests in flight.
     constexpr int window = 16;
     for (int i = 0; i < window; ++i) {
         sendNext();
@@ -148,7 +148,7 @@ void Member::send(const CMPath &path, const QVariant &value, const Answered &ans
 void Member::enqueue()
 {
     using Type = TavoNotificationPlayerItemType::Enum;
-    constexpr int types[] = {0, 3, 3, 7}; // a file that isn't there, placeholders, none at all
+    constexpr int types[] = {0, 3, 3, 7}; // a missing file, two placeholders, an invalid type
     constexpr int priorities = 4;
     const QString id = m_name + '-' + QString::number(m_answers.size());
     const auto item = sound(id, Type(types[pick(std::size(types))]))
@@ -169,8 +169,8 @@ void Member::cancel()
 void Member::open()
 {
     TavoNotificationDisplayItem item;
-    constexpr int longestMs = 20;
-    item.setTimeout(pick(longestMs));
+    constexpr int maxTimeoutMs = 20;
+    item.setTimeout(pick(maxTimeoutMs));
     item.setPriority(TavoNotificationItemPriority::Enum(pick(4)));
     if (pick(4) != 0) {
         item.setMessage(QStringLiteral("message of %1").arg(m_name));
@@ -220,13 +220,13 @@ private:
     void on_member_done();
     void endThreads();
 
-    /// Asks, and counts the answers, which are to be good ones.
+    /// Sends a request and counts the replies, which must not be errors.
     void askFor(const CMPath &path, const TavoHash &value);
     void waitForResponses(int count) { m_responsesAwaited = count; }
     void checkDone();
     QString complaint() const;
 
-    CMSetDataRequest m_run; // under way
+    CMSetDataRequest m_run; // the current one
     bool m_running = false;
     QString m_what;
     QElapsedTimer m_elapsed;
@@ -238,10 +238,10 @@ private:
     long m_heapBefore = 0;
     long m_heapGrowth = 0; // KiB
     long m_heapGrowthAllowed = 0;
-    QStringList m_sounds;               // accepted
+    QStringList m_sounds;               // ids of accepted sounds
     QHash<QString, int> m_ends;         // how often each has ended
-    QList<CMListRowsNode *> m_messages; // nodes of the crowd's own
-    QList<CMPath> m_open;               // what closeAll closes
+    QList<CMListRowsNode *> m_messages; // of the crowd
+    QList<CMPath> m_open;               // to be closed by closeAll
 
     std::vector<std::unique_ptr<QThread>> m_threads;
     std::vector<std::unique_ptr<Member>> m_members;
@@ -259,15 +259,15 @@ CrowdWorker::CrowdWorker(const QVariantHash &config)
 
 void CrowdWorker::on_run_activated(const CMSetDataRequest &request)
 {
-    const QVariantHash wish = request.value().toHash();
-    const int count = wish.value(QStringLiteral("count")).toInt();
-    const bool lastFirst = wish.value(QStringLiteral("last")).toBool();
+    const QVariantHash value = request.value().toHash();
+    const int count = value.value(QStringLiteral("count")).toInt();
+    const bool lastFirst = value.value(QStringLiteral("last")).toBool();
     m_run = request;
     m_running = true;
     m_refused = 0;
     m_refusalsMatter = true;
     m_elapsed.start();
-    m_what = wish.value(QStringLiteral("do")).toString();
+    m_what = value.value(QStringLiteral("do")).toString();
     if (m_what == QLatin1String("queueSounds")) {
         queueSounds(count);
     } else if (m_what == QLatin1String("cancelSounds")) {
@@ -281,12 +281,12 @@ void CrowdWorker::on_run_activated(const CMSetDataRequest &request)
     } else if (m_what == QLatin1String("closeAll")) {
         closeAll(lastFirst);
     } else if (m_what == QLatin1String("mix")) {
-        mix(wish.value(QStringLiteral("threads")).toInt(), count);
+        mix(value.value(QStringLiteral("threads")).toInt(), count);
     } else if (m_what == QLatin1String("weigh")) {
         m_heapBefore = heapInUse();
     } else if (m_what == QLatin1String("weighAgain")) {
         m_heapGrowth = (heapInUse() - m_heapBefore) / 1024;
-        m_heapGrowthAllowed = wish.value(QStringLiteral("most")).toInt();
+        m_heapGrowthAllowed = value.value(QStringLiteral("max")).toInt();
     }
     checkDone();
 }
@@ -377,7 +377,7 @@ void CrowdWorker::on_member_done()
     if (--m_membersAwaited > 0) {
         return;
     }
-    // An answer too many would be on its way now: the threads handle what is posted to them first.
+    // A surplus reply would arrive now, before what the threads are sent next.
     endThreads();
     m_refusalsMatter = false; // much has ended by itself
     for (const auto &member : m_members) {

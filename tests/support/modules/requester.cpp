@@ -11,20 +11,20 @@
 #include <functional>
 #include <stdexcept>
 
-// A worker that does in the model what a test tells it to, and tells the test what happens to it.
-// They talk over a local socket, a JSON object a line. The test says:
+// A worker that sends requests for a test and reports what happens to it. They communicate over a
+// local socket, with a JSON object per line. The test sends:
 //
 //   {"do": "invoke", "path": P, "value": V, "tag": T}
-//   {"do": "watch", "path": P}   each value from now on, and the one that is there
+//   {"do": "watch", "path": P}   reports the current value and each later one
 //
-// and the worker, with "t", the seconds on the monotonic clock:
+// and the worker sends, with "t", the seconds of the monotonic clock:
 //
 //   {"event": "ready"}
-//   {"event": "answer", "tag": T, "error": text}   the error is empty for a good answer
+//   {"event": "answer", "tag": T, "error": text}   the error is empty for success
 //   {"event": "value", "path": P, "value": V}
 //   {"event": "response", "id": I, "type": N}      at its node /requester/NAME/response
 //
-// Configuration: "socket", the test's.
+// Configuration: "socket", the name of the test's socket.
 
 namespace {
 double now()

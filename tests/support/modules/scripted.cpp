@@ -17,24 +17,24 @@
 #include <string>
 #include <unistd.h>
 
-// A worker that logs what happens to it, under the logger "Scripted", and does what its
-// configuration says, so that tests can see the host through it:
+// A worker that logs its life under the logger "Scripted" and does what its configuration says, so
+// that tests can observe the host:
 //
-//   create        "throw", "throwNumber" or "null": what worker_create does instead of making one
+//   create        "throw", "throwNumber" or "null": what worker_create does instead
 //   createWaits   a FIFO that worker_create waits for
 //   deleteWaits   a FIFO that the destructor waits for
-//   say           a text that goes out as Qt's debug, info, warning and critical message, and as a
+//   say           a text that is logged as Qt's debug, info, warning and critical message, and as a
 //                 warning of the category "scripted.category"
 //   fatal         a text for qFatal() in the worker's event loop
-//   quit          true: the worker ends the program's event loop
-//   echo          anything: logged as it arrived
+//   quit          whether the worker ends the program's event loop
+//   echo          any value: logged as it was received
 
 namespace {
 log4cplus::Logger s_logger = log4cplus::Logger::getInstance("Scripted");
 
 void waitForFifo(const QVariant &path)
 {
-    // Opening one blocks until somebody opens the other end.
+    // Opening a FIFO blocks until the other end is opened.
     const int descriptor = open(path.toString().toLocal8Bit().constData(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0) {
         throw std::runtime_error("no FIFO to wait for");

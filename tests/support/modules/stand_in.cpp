@@ -10,27 +10,27 @@
 #include <stdexcept>
 #include <unistd.h>
 
-// A worker that stands in for the services around the notifications and leaves requests unanswered,
-// so that a test can hold the audio sequence in any state. Kinds of requests are "register",
-// "acquire", "release", "duck" and "unduck". What becomes of a request is logged under "StandIn":
-// "keeping KIND", "refusing KIND" or "answering KIND". Configuration:
+// A worker that stands in for the services which the notifications use. It leaves requests
+// unanswered, so a test can hold the audio sequence in any state. The kinds of requests are
+// "register", "acquire", "release", "duck" and "unduck". For each request it logs "keeping KIND",
+// "refusing KIND" or "answering KIND" under "StandIn". Configuration:
 //
-//   powerManager    true: takes registrations and requests for resources
-//   player          true: takes requests to duck, and names a device
+//   powerManager    whether it takes registrations and requests for resources
+//   player          whether it takes requests to duck, and names a device
 //   device          the device for notifications that the player names
-//   keep            kinds that are kept without an answer
+//   keep            kinds that are kept without a reply
 //   refuse          kinds that are refused
 //   responseWaits   a FIFO that /standIn/NAME/response waits for, once, inside the call
 //
-// and the node /standIn/NAME/answer: answers all kept requests of the kind that its value names, and
-// keeps none of that kind any more.
+// The node /standIn/NAME/answer answers all kept requests of the kind in its value, and from then
+// on keeps no request of that kind.
 
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("StandIn");
 
 void waitForFifo(const QString &path)
 {
-    // Opening one blocks until somebody opens the other end.
+    // Opening a FIFO blocks until the other end is opened.
     const int descriptor = open(path.toLocal8Bit().constData(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0) {
         throw std::runtime_error("no FIFO to wait for");
@@ -61,7 +61,7 @@ private:
 
     QStringList m_keep;
     const QStringList m_refuse;
-    QString m_responseWaits; // for whichever thread comes first; the test sees to that
+    QString m_responseWaits; // used by the thread that comes first; only one does
     QHash<QString, QList<CMSetDataRequest>> m_kept;
 };
 
@@ -99,15 +99,15 @@ void StandInWorker::on_register_activated(const CMSetDataRequest &request)
 
 void StandInWorker::on_resource_activated(const CMSetDataRequest &request)
 {
-    const TavoPowerManagerResourceRequest wish(request.value().toHash());
-    const bool acquire = wish.action() == TavoPowerModuleActions::Acquire;
+    const TavoPowerManagerResourceRequest record(request.value().toHash());
+    const bool acquire = record.action() == TavoPowerModuleActions::Acquire;
     handle(acquire ? QStringLiteral("acquire") : QStringLiteral("release"), request);
 }
 
 void StandInWorker::on_ducking_activated(const CMSetDataRequest &request)
 {
-    const TavoPlayerAudioDuckingRequest wish(request.value().toHash());
-    handle(wish.duckAudio() ? QStringLiteral("duck") : QStringLiteral("unduck"), request);
+    const TavoPlayerAudioDuckingRequest record(request.value().toHash());
+    handle(record.duckAudio() ? QStringLiteral("duck") : QStringLiteral("unduck"), request);
 }
 
 void StandInWorker::on_answer_activated(const CMSetDataRequest &request)
@@ -120,7 +120,7 @@ void StandInWorker::on_answer_activated(const CMSetDataRequest &request)
     request.reply().setValue(QVariant());
 }
 
-// In the thread of whoever responds.
+// Called in the thread that responds.
 void StandInWorker::on_response_activated(const CMSetDataRequest &request)
 {
     const QString fifo = std::exchange(m_responseWaits, QString());

@@ -3,7 +3,7 @@
 
 #include "core/base/export.h"
 
-/// Defined nowhere: the library can't be loaded by who insists on having every symbol.
+/// Not defined anywhere, so the library can't be loaded with all its symbols resolved.
 extern "C" void *tavo_test_defined_nowhere(const char *name, void *config);
 
 TAVO_MODULE_EXPORT void *worker_create(const char *name, void *config)

@@ -3,7 +3,7 @@
 
 #include "core/base/export.h"
 
-/// A library that is no module: it exports another function than the one the host looks for.
+/// A library that is not a module: it does not export the entry point.
 TAVO_MODULE_EXPORT int worker_creator()
 {
     return 0;

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 //
-// Compiled once for all test programs. Nothing of Tavo's: a change would compile them all anew. A test
-// still includes what it uses, for the builds that go without.
+// Compiled once for all test programs. Has nothing of Tavo, since a change would recompile them
+// all. Tests still include what they use, for builds without precompiled headers.
 #pragma once
 
 #include <QByteArray>

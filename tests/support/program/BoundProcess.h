@@ -8,7 +8,7 @@
 #include <csignal>
 #include <sys/prctl.h>
 
-/// A process that doesn't outlive the test program, however that ends.
+/// A process that ends with the test program, even if that crashes.
 class BoundProcess : public QProcess
 {
 protected:

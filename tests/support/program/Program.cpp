@@ -10,7 +10,7 @@
 #include <csignal>
 
 namespace {
-/// For failures alone; a program that is read from disk takes its time.
+/// Reached only by failures; a program that must be read from disk takes its time.
 constexpr std::chrono::seconds s_timeout(30);
 } // namespace
 

@@ -12,10 +12,10 @@
 #include <string>
 #include <vector>
 
-/// A program that a test runs as a process, and what it writes.
+/// A program that a test runs as a process, and its output.
 ///
-/// Thread: the test's, which needs a QCoreApplication. One that still runs when this is destroyed is
-/// killed, and when the test's process ends as well.
+/// Lives in the test's thread, which needs a QCoreApplication. The destructor kills a program that
+/// still runs, which also ends with the test's process.
 class Program
 {
 public:
@@ -27,26 +27,27 @@ public:
     void setEnvironment(const QString &variable, const QString &value);
     void setFolder(const QString &folder);
 
-    /// Starts it; what is written to its input is followed by the input's end.
+    /// Starts the program with this input, and closes the input.
     void start(const QStringList &arguments, const QByteArray &input = {});
 
-    /// Waits until it ends; gives the exit code, or -1 when it crashed, went on or was not there.
+    /// Waits for the end. Returns the exit code, or -1 after a crash, the timeout or a failed
+    /// start.
     int waitForExit();
 
-    /// Starts it and waits for its end.
+    /// Starts the program and waits for its end.
     int run(const QStringList &arguments, const QByteArray &input = {});
 
-    /// Waits until the text stands in what it wrote on standard output.
+    /// Waits until the program has written the text to standard output.
     bool waitForOutput(const std::string &text);
 
     void sendSignal(int signal);
-    /// Ends it at once, whatever it is doing.
+    /// Kills the program.
     void kill();
     bool isRunning() const;
 
     std::string output() const { return m_output.toStdString(); }
     std::string error() const { return m_error.toStdString(); }
-    /// The lines of its output.
+    /// The lines of standard output.
     std::vector<std::string> lines() const;
 
 private:

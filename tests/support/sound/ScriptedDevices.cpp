@@ -35,7 +35,7 @@ ScriptedDevices::ScriptedDevices()
         text += QByteArray("pcm.") + behaviour + " { type scripted behaviour \"" + behaviour +
                 "\" heard \"" + QFile::encodeName(heardPath()) + "\" }\n";
     }
-    // Behind a conversion ALSA can't tell it from hardware.
+    // With a conversion in front, ALSA can't tell it from hardware.
     text += "pcm.hardware { type plug slave.pcm plain }\n";
     QFile configuration(m_folder.filePath(QStringLiteral("asound.conf")));
     if (!configuration.open(QIODevice::WriteOnly) ||

@@ -9,10 +9,10 @@
 
 #include <vector>
 
-/// Makes the devices of ScriptedPcm.cpp known to ALSA in this process, by their behaviours' names
-/// ("plain", "busy", ...), and tells what was heard on them.
+/// Defines the devices of ScriptedPcm.cpp for ALSA in this process, named by their behaviours
+/// ("plain", "busy", ...), and returns what was heard on them.
 ///
-/// Made once, before ALSA is used: the environment names its configuration.
+/// Create it before ALSA is used, since an environment variable names its configuration.
 class ScriptedDevices
 {
 public:
@@ -21,7 +21,7 @@ public:
     /// All bytes that were heard since forget().
     QByteArray heardBytes() const;
 
-    /// The same as the samples that devices take: floats, interleaved.
+    /// The same as samples: floats, interleaved.
     std::vector<float> heard() const;
 
     void forget();

@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// An ALSA device without hardware that behaves as its configuration says and writes what was heard,
-// and nothing else, to a file:
+// An ALSA device without hardware that behaves as its configuration says. It writes to a file what
+// was heard, and nothing else:
 //     type scripted
 //     behaviour "plain"   see Script
 //     heard "/path"
-// It keeps time by the clock and counts what it has played in steps, as devices do.
+// It plays at the speed of the clock and reports its position in steps, as hardware does.
 
 #include <alsa/asoundlib.h>
 #include <alsa/pcm_external.h>
@@ -34,36 +34,36 @@ constexpr std::chrono::milliseconds slowOpening{400};
 constexpr std::chrono::milliseconds slowClosing{1000};
 
 constexpr long stepsPerSecond = 200;
-constexpr long eventFrames = 4000; // when something happens, in frames heard
-constexpr long distance = 48000;   // how much later a distant device is heard, in frames
+constexpr long eventFrames = 4000; // after how many frames something happens
+constexpr long distance = 48000;   // by how many frames a distant device is heard later
 
 struct Script
 {
     bool busy = false;         // can't be opened
-    bool denied = false;       // mustn't be opened
-    bool forbidden = false;    // the same by another name
-    bool missing = false;      // isn't there
-    bool unconfigured = false; // the same by another name
-    bool broken = false;       // can't be opened for a reason of its own
+    bool denied = false;       // may not be opened
+    bool forbidden = false;    // the same with another error
+    bool missing = false;      // does not exist
+    bool unconfigured = false; // the same with another error
+    bool broken = false;       // can't be opened for another reason
     bool slow = false;         // takes longer to open than a player waits
-    bool fixed = false;        // takes nothing but 16 bit stereo at 44100 Hz
-    bool picky = false;        // takes nothing at all
-    // What happens after a while:
+    bool fixed = false;        // takes only 16 bit stereo at 44100 Hz
+    bool picky = false;        // takes no format
+        // After a while:
     bool vanishes = false;  // is gone
-    bool unplugged = false; // is gone, and says so by its state alone
-    bool stalls = false;    // plays no further
+    bool unplugged = false; // is gone, which only its state shows
+    bool stalls = false;    // stops playing
     bool underruns = false;
     bool dies = false; // does not come back from that
     bool suspends = false;
-    bool sleeps = false;  // the same, said by its state alone
-    bool forgets = false; // what it held when it was suspended
-    // What it does all the time:
+    bool sleeps = false;  // the same, which only its state shows
+    bool forgets = false; // loses what it held when it was suspended
+        // All the time:
     bool hesitates = false;  // takes nothing at every second attempt
     bool chokes = false;     // takes nothing at any attempt
     bool wantsSound = false; // is gone when it is given silence
-    bool distant = false;    // is heard later than it says that it has played
-    bool clueless = false;   // can't tell how much later
-    bool clings = false;     // takes its time to close
+    bool distant = false;    // is heard later than it reports
+    bool clueless = false;   // can't report how much later
+    bool clings = false;     // takes some time to close
 };
 
 Script parseScript(const std::string &behaviour)
@@ -107,8 +107,8 @@ int openingError(const Script &script)
                                  : 0;
 }
 
-// A "moody" device behaves differently each time that it is opened, and mostly well. One that
-// "alternates" is busy every other time.
+// A "moody" device behaves differently each time it is opened, mostly well. An "alternating" one is
+// busy every other time.
 std::string behaviourOf(const std::string &configured)
 {
     if (configured.find("alternates") != std::string::npos) {
@@ -121,7 +121,7 @@ std::string behaviourOf(const std::string &configured)
     constexpr std::array<const char *, 8> moods{
         "busy",      "slow",     "slow_busy",        "fixed",
         "underruns", "suspends", "suspends_forgets", "vanishes"};
-    constexpr unsigned oftener = 11; // so many good turns after a bad one
+    constexpr unsigned oftener = 11; // good turns for each bad one
     static std::atomic<unsigned> opened{0};
     const unsigned turn = opened++;
     return turn % oftener == 0 ? moods[turn / oftener % moods.size()] : "plain";
@@ -168,7 +168,7 @@ private:
 
     int constrain()
     {
-        // ALSA's conversions write through a memory map, which it makes up itself.
+        // ALSA's conversions write through a memory map, which ALSA emulates.
         const unsigned access[] = {SND_PCM_ACCESS_RW_INTERLEAVED, SND_PCM_ACCESS_MMAP_INTERLEAVED};
         const unsigned format = m_script.fixed ? SND_PCM_FORMAT_S16_LE : SND_PCM_FORMAT_FLOAT_LE;
         snd_pcm_ioplug_set_param_list(&m_plug, SND_PCM_IOPLUG_HW_ACCESS, 2, access);
@@ -317,7 +317,7 @@ private:
     const Script m_script;
     std::FILE *m_heardFile;
     snd_pcm_ioplug_t m_plug{};
-    std::vector<char> m_frames; // written and not heard yet
+    std::vector<char> m_frames; // written but not yet heard
     long m_heard = 0;           // since prepare()
     long m_total = 0;           // heard since it was opened
     bool m_running = false;
@@ -325,7 +325,7 @@ private:
     long m_startedAt = 0;
     bool m_happened = false;
     bool m_gone = false; // and can't be prepared again
-    bool m_lost = false; // and can't even tell how far it has played
+    bool m_lost = false; // and can't report how far it has played
     bool m_hesitated = false;
 };
 
@@ -389,7 +389,7 @@ extern "C" SND_PCM_PLUGIN_DEFINE_FUNC(scripted)
     if (const int error = openingError(script); error != 0) {
         return error;
     }
-    // Deleted by its close callback, which the library calls for a device that it has created.
+    // Deleted by its close callback, which ALSA calls for devices that it has created.
     auto device = std::make_unique<ScriptedPcm>(script, heard);
     const int result = device->create(pcmp, name, stream, mode);
     if (result >= 0) {

@@ -8,15 +8,15 @@
 
 #include <vector>
 
-/// Sounds whose frames tell their place, so that lost and repeated ones show.
+/// Sounds in which each frame shows its position, so that lost and repeated frames are found.
 
-/// A rising count from 1: exact as 16 bit samples and as floats, and never silent.
+/// Counts up from 1: exact as 16 bit samples and as floats, and never silent.
 std::vector<short> countingSamples(int count);
 
-/// A sine, for formats that don't keep samples exact.
+/// A sine, for formats that do not preserve samples exactly.
 std::vector<short> sineSamples(int count, int rate, int frequency);
 
-/// The same as devices take them.
+/// The same as floats, as devices take them.
 std::vector<float> asFloats(const std::vector<short> &samples);
 
 /// Writes a mono sound file in a format of libsndfile (SF_FORMAT_WAV | SF_FORMAT_PCM_16, ...).

@@ -56,7 +56,7 @@ Recording::Recording(const QString &device)
                       QStringLiteral("--rate=%1").arg(SoundServer::rate),
                       QStringLiteral("--channels=%1").arg(SoundServer::channels),
                       QStringLiteral("--latency-msec=10")});
-    // The monitor gives silence too, so the first bytes say that the recorder listens.
+    // The monitor also sends silence, so the first bytes show that the recorder has started.
     if (!m_recorder.waitForReadyRead(startLimitMs)) {
         throw std::runtime_error("nothing can be recorded");
     }
@@ -114,8 +114,8 @@ void SoundServer::start()
     m_server = std::make_unique<BoundProcess>();
     m_server->setProcessChannelMode(QProcess::MergedChannels);
     m_server->setStandardOutputFile(m_folder.filePath(QStringLiteral("server.log")));
-    // Without shared memory and rewinds, neither of which suits a sink that nobody hears: the one
-    // crashed here, the other let ends be reported late.
+    // With shared memory the server crashed, and with rewinds it reported the end of a sound
+    // late.
     m_server->start(
         QStringLiteral("pulseaudio"),
         {QStringLiteral("-n"), QStringLiteral("--daemonize=no"),
@@ -148,7 +148,7 @@ QByteArray SoundServer::ask(const QStringList &arguments)
     return query.readAllStandardOutput();
 }
 
-// The socket is there before the sinks are.
+// The socket exists before the sinks do.
 bool SoundServer::answers() const
 {
     QProcess query;

@@ -11,44 +11,44 @@
 
 #include <memory>
 
-/// What is heard on one of the server's devices, from its making until take().
+/// Records one of the server's devices from its construction until take().
 class Recording
 {
 public:
-    /// Returns when the recorder listens.
+    /// Returns when the recording has started.
     explicit Recording(const QString &device);
     ~Recording();
     Recording(const Recording &) = delete;
     Recording &operator=(const Recording &) = delete;
 
-    /// Ends the recording: 16 bit little-endian stereo at 48000 Hz.
+    /// Ends the recording and returns it: 16 bit little-endian stereo at 48000 Hz.
     QByteArray take();
 
 private:
     QProcess m_recorder;
 };
 
-/// A private sound server with two devices that nobody hears, "notifications" and "main", known to
-/// ALSA in this process by these names. Ends with the object, and with the process at the latest.
+/// A private sound server with two inaudible devices, known to ALSA in this process as
+/// "notifications" and "main". Ends with the object, and also if the process ends.
 class SoundServer
 {
 public:
     static constexpr int rate = 48000;
     static constexpr int channels = 2;
 
-    /// Returns when the server takes connections; throws when it doesn't come to that.
+    /// Returns when the server accepts connections. Throws if it does not start.
     SoundServer();
     ~SoundServer();
     SoundServer(const SoundServer &) = delete;
     SoundServer &operator=(const SoundServer &) = delete;
 
-    /// Ends the server as a crash would.
+    /// Kills the server, as a crash would.
     void kill();
 
-    /// Starts it again, at the same place, once it has ended.
+    /// Starts the server again at the same address, after it has ended.
     void startAgain() { start(); }
 
-    /// What pactl prints when asked so; throws when it fails.
+    /// What pactl prints with these arguments. Throws on error.
     static QByteArray ask(const QStringList &arguments);
 
 private:

@@ -3,10 +3,10 @@
 //
 // Tells ThreadSanitizer in which order Qt runs things in different threads.
 //
-// Qt isn't instrumented: what orders the posting of an event before its delivery is out of the
-// sanitizer's sight, and so is its mutex. This library is loaded before Qt, so that it gets the calls
-// that post and lock, marks what they order, and passes them on. Only what Qt really orders is
-// marked: a slot that races with something else is reported like any other code.
+// Qt is not instrumented, so the sanitizer does not see that an event is posted before it is
+// delivered, nor Qt's mutexes. This library is loaded before Qt and so gets the calls that post and
+// lock. It tells the sanitizer the order and passes the calls on. It marks only what Qt really
+// orders, so a race between two slots is still reported.
 
 #include <private/qobject_p.h>
 #include <QCoreApplication>
@@ -16,8 +16,8 @@
 
 #include <dlfcn.h>
 
-// Part of the runtime that is linked into a sanitized program. The programs that a test starts besides
-// (a sound server, a build) load this library too, but have no such runtime and need none.
+// Functions of the runtime, which is linked into sanitized programs. Other programs that a test
+// starts (a sound server, a build) load this library too, but do not have or need the runtime.
 extern "C" {
 // NOLINTBEGIN(bugprone-reserved-identifier)
 __attribute__((weak)) void __tsan_acquire(void *address);
@@ -28,7 +28,7 @@ __attribute__((weak)) void __tsan_release(void *address);
 namespace {
 using QtPrivate::QSlotObjectBase;
 
-/// What this thread has done so far is done for whoever acquires the key afterwards.
+/// All that this thread has done so far happens before another thread acquires the key.
 void release(const void *key)
 {
     if (__tsan_release != nullptr) {
@@ -49,8 +49,8 @@ Function next(const char *symbol)
     return reinterpret_cast<Function>(dlsym(RTLD_NEXT, symbol));
 }
 
-/// Stands for a connected callable or slot. Qt counts who refers to it, so that its last user frees
-/// it after every call, whichever threads those were in.
+/// Stands for a connected callable or slot. Qt counts its users, so the last one frees it after
+/// every call, whatever the thread.
 class OrderedSlot : public QSlotObjectBase
 {
 public:
@@ -90,12 +90,13 @@ private:
         }
     }
 
-    /// The key of the calls: freeing comes after them, but one of them is not after another.
+    /// The key of the calls: freeing comes after each of them, but they are not ordered among
+    /// themselves.
     char m_calls = 0;
-    QSlotObjectBase *m_slot; ///< owned, as one of those who refer to it
+    QSlotObjectBase *m_slot; ///< owned, by a counted reference
 };
 
-/// Called by Qt for each event, in the receiver's thread, before it is delivered.
+/// Called by Qt for each event, in the receiver's thread, before the event is delivered.
 bool on_delivery(void **parameters)
 {
     auto *receiver = static_cast<QObject *>(parameters[0]);
@@ -110,7 +111,7 @@ bool on_delivery(void **parameters)
 
 [[gnu::constructor]] void watchDeliveries()
 {
-    // Looked for by its name: not every program that loads this has Qt.
+    // Looked up by name, since not every program that loads this library has Qt.
     const auto registerCallback =
         reinterpret_cast<bool (*)(QInternal::Callback, qInternalCallback)>(
             dlsym(RTLD_DEFAULT, "_ZN9QInternal16registerCallbackENS_8CallbackEPFbPPvE"));
@@ -120,8 +121,8 @@ bool on_delivery(void **parameters)
 }
 } // namespace
 
-// Each function below bears the name of one of Qt's, and so is found in its place by programs and
-// libraries; Qt's calls of its own functions stay as they are.
+// Each function below has the name of one of Qt's functions, so programs and libraries call it
+// instead. Qt's calls of its own functions are not affected.
 #define TAVO_STANDS_FOR(symbol) __asm__(symbol)
 #define TAVO_QT(symbol, function) static const auto s_qt = next<decltype(&(function))>(symbol)
 
@@ -131,7 +132,7 @@ void postEvent(QObject *receiver, QEvent *event, int priority)
 {
     TAVO_QT(POST_EVENT, postEvent);
     release(event);
-    release(receiver); // who may be deleted before the event has been delivered
+    release(receiver); // the receiver may be deleted before the event is delivered
     s_qt(receiver, event, priority);
 }
 

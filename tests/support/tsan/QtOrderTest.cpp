@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// ThreadSanitizer has to see races inside of slots, and what Qt orders has to be none.
+// ThreadSanitizer must find races between slots, and no races in what Qt orders.
 
 #include "support/EventThread.h"
 
@@ -17,7 +17,7 @@
 namespace {
 constexpr int reported = 66; // the sanitizer's exit code
 
-/// Two slots in two threads, with nothing between them: no future either, whose state would be.
+/// Two slots in two threads with nothing to order them, not even a future.
 void race()
 {
     QThread one;

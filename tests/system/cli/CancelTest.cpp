@@ -11,7 +11,7 @@ class CliCancelTest : public CliTest
 protected:
     void SetUp() override { startHost(); }
 
-    /// Opens a message by the model; gives its path.
+    /// Opens a message through the model and returns its path.
     QString openMessage()
     {
         EXPECT_EQ(run({"--json", "call", "/notifications/display/open",
@@ -21,7 +21,7 @@ protected:
     }
 };
 
-TEST_F(CliCancelTest, TakesAMessageAwayByItsPath)
+TEST_F(CliCancelTest, ClosesAMessageByItsPath)
 {
     const QString path = openMessage();
     EXPECT_EQ(run({"cancel", path}), s_good);
@@ -30,7 +30,7 @@ TEST_F(CliCancelTest, TakesAMessageAwayByItsPath)
     EXPECT_EQ(m_tavo.output(), "");
 }
 
-TEST_F(CliCancelTest, TakesAMessageAwayByItsNumberWithoutAskingForASound)
+TEST_F(CliCancelTest, ClosesAMessageByItsNumberWithoutCancellingASound)
 {
     ASSERT_EQ(run({"show", "--timeout", "0", "Door"}), s_good);
     EXPECT_EQ(run({"cancel", "1"}), s_good);
@@ -41,7 +41,7 @@ TEST_F(CliCancelTest, TakesAMessageAwayByItsNumberWithoutAskingForASound)
     EXPECT_THAT(m_host->log().toStdString(), Not(HasSubstr("not existing item: 1")));
 }
 
-TEST_F(CliCancelTest, TakesTheMessageBeforeTheSoundOfTheSameNumber)
+TEST_F(CliCancelTest, PrefersTheMessageIfASoundHasTheSameNumber)
 {
     m_other.start({"sound", "--loop", "--id", "1", soundFile()});
     ASSERT_TRUE(m_other.waitForOutput("1\n"));
@@ -54,7 +54,7 @@ TEST_F(CliCancelTest, TakesTheMessageBeforeTheSoundOfTheSameNumber)
     EXPECT_EQ(m_other.waitForExit(), s_cancelled);
 }
 
-TEST_F(CliCancelTest, TellsThatThereIsNoSuchSound)
+TEST_F(CliCancelTest, ReportsThatThereIsNoSuchSound)
 {
     EXPECT_EQ(run({"cancel", "bell"}), s_refused);
     EXPECT_EQ(m_tavo.error(),
@@ -62,13 +62,13 @@ TEST_F(CliCancelTest, TellsThatThereIsNoSuchSound)
               "number or path, which tavo list shows\n");
 }
 
-TEST_F(CliCancelTest, TellsThatANumberIsNeither)
+TEST_F(CliCancelTest, ReportsANumberThatIsNeither)
 {
     EXPECT_EQ(run({"cancel", "4711"}), s_refused);
     EXPECT_EQ(m_tavo.error(), "tavo: there is neither a message nor a sound 4711\n");
 }
 
-TEST_F(CliCancelTest, RefusesNoName)
+TEST_F(CliCancelTest, RefusesAnEmptyName)
 {
     EXPECT_EQ(run({"cancel", ""}), s_usage);
     EXPECT_EQ(m_tavo.error(), "tavo: ID|PATH: must not be empty. See tavo cancel --help.\n");
@@ -76,7 +76,7 @@ TEST_F(CliCancelTest, RefusesNoName)
     EXPECT_EQ(m_tavo.error(), "tavo: ID|PATH is required. See tavo cancel --help.\n");
 }
 
-TEST_F(CliCancelTest, TellsThatThereIsNoSuchMessageWithoutAWarningOfTheHost)
+TEST_F(CliCancelTest, ReportsThatThereIsNoSuchMessageWithoutAWarningInTheHost)
 {
     EXPECT_EQ(run({"cancel", "/dbus/notifications/5"}), s_refused);
     EXPECT_EQ(m_tavo.error(), "tavo: no message is open at /dbus/notifications/5. tavo list shows "
@@ -86,7 +86,7 @@ TEST_F(CliCancelTest, TellsThatThereIsNoSuchMessageWithoutAWarningOfTheHost)
     EXPECT_THAT(m_host->log().toStdString(), Not(HasSubstr("Called cancel display notification")));
 }
 
-TEST_F(CliCancelTest, TellsInJsonWhatItWas)
+TEST_F(CliCancelTest, PrintsAsJsonWhatItCancelled)
 {
     const QString path = openMessage();
     EXPECT_EQ(run({"cancel", "--json", path}), s_good);

@@ -23,11 +23,11 @@
 #include <iostream>
 #include <memory>
 
-/// The program, and a host whose sounds nobody hears, on a bus of their own.
+/// The program, and a host with inaudible devices, on a private bus.
 class CliTest : public testing::Test
 {
 protected:
-    // The program ends with these, as docs/cli.md says.
+    // Exit codes, as in docs/cli.md.
     static constexpr int s_good = 0;
     static constexpr int s_refused = 1;
     static constexpr int s_cancelled = 10;
@@ -41,7 +41,7 @@ protected:
     static constexpr int s_interrupted = 128 + SIGINT;
     static constexpr int s_terminated = 128 + SIGTERM;
 
-    /// The settings are the bus's.
+    /// The arguments configure the bus.
     explicit CliTest(const QString &settings = {})
         : m_bus(settings)
     {
@@ -88,13 +88,13 @@ protected:
         return {{"schemes", QJsonArray{"file", "data"}}, {"folders", QJsonArray{"/"}}};
     }
 
-    /// Runs the program to its end; gives its exit code.
+    /// Runs the program and returns its exit code.
     int run(const QStringList &arguments, const QByteArray &input = {})
     {
         return m_tavo.run(arguments, input);
     }
 
-    /// What the program printed, as JSON.
+    /// What the program has printed, as JSON.
     QJsonValue json() const
     {
         const QByteArray text = QByteArray::fromStdString("[" + m_tavo.output() + "]");
@@ -103,13 +103,13 @@ protected:
         return document.array().first();
     }
 
-    /// The line of JSON.
+    /// A line as JSON.
     static QJsonObject object(const std::string &line)
     {
         return QJsonDocument::fromJson(QByteArray::fromStdString(line)).object();
     }
 
-    /// A sound of a tenth of a second.
+    /// A sound of 0.1 s.
     static QByteArray sound()
     {
         constexpr quint32 rate = 8000;
@@ -124,7 +124,8 @@ protected:
                samples;
     }
 
-    /// A file with it, in the host's folder; written once, as the host may be reading it.
+    /// A file with that sound, in the host's folder. Written once, as the host may be reading
+    /// it.
     QString soundFile(const QString &name = "sound.wav")
     {
         QString &file = m_soundFiles[name];
@@ -138,5 +139,5 @@ protected:
     std::unique_ptr<HostProcess> m_host;
     QHash<QString, QString> m_soundFiles; ///< by name
     Program m_tavo{QStringLiteral(TAVO_PROGRAM)};
-    Program m_other{QStringLiteral(TAVO_PROGRAM)}; ///< beside it
+    Program m_other{QStringLiteral(TAVO_PROGRAM)}; ///< another run of the program
 };

@@ -8,7 +8,7 @@ using testing::HasSubstr;
 class CliDoctorTest : public CliTest
 {
 protected:
-    /// The findings about the subject, "state: text".
+    /// The findings about a subject, as "state: text".
     std::vector<std::string> findings(const char *subject)
     {
         std::vector<std::string> result;
@@ -42,7 +42,7 @@ TEST_F(CliDoctorTest, FindsEverythingInOrder)
                 testing::ElementsAre("good: null can be opened"));
 }
 
-TEST_F(CliDoctorTest, TellsThatTheBusIsMissing)
+TEST_F(CliDoctorTest, ReportsAMissingBus)
 {
     m_bus.stop();
     EXPECT_EQ(run({"doctor", "--json"}), s_refused);
@@ -50,7 +50,7 @@ TEST_F(CliDoctorTest, TellsThatTheBusIsMissing)
     EXPECT_THAT(findings("host"), testing::IsEmpty());
 }
 
-TEST_F(CliDoctorTest, TellsThatTheBusDoesNotAnswer)
+TEST_F(CliDoctorTest, ReportsABusThatDoesNotAnswer)
 {
     m_bus.pause();
     EXPECT_EQ(run({"--reply-timeout", "0.2", "doctor", "--json"}), s_refused);
@@ -59,14 +59,14 @@ TEST_F(CliDoctorTest, TellsThatTheBusDoesNotAnswer)
     EXPECT_THAT(findings("host"), testing::IsEmpty());
 }
 
-TEST_F(CliDoctorTest, TellsThatTheHostIsMissing)
+TEST_F(CliDoctorTest, ReportsAMissingHost)
 {
     EXPECT_EQ(run({"doctor", "--json"}), s_refused);
     EXPECT_THAT(findings("bus"), testing::ElementsAre(HasSubstr("good: ")));
     EXPECT_THAT(findings("host"), testing::ElementsAre(HasSubstr("missing: No host")));
 }
 
-TEST_F(CliDoctorTest, TellsWhichModulesTheHostDoesNotRunAndWhatToDo)
+TEST_F(CliDoctorTest, ReportsMissingModulesAndWhatToDo)
 {
     m_host = std::make_unique<HostProcess>();
     const QJsonObject config{{"bus", m_bus.address()}};
@@ -81,7 +81,7 @@ TEST_F(CliDoctorTest, TellsWhichModulesTheHostDoesNotRunAndWhatToDo)
                                            "         list it in the host's configuration"));
 }
 
-TEST_F(CliDoctorTest, TellsThatADeviceCannotBeOpened)
+TEST_F(CliDoctorTest, ReportsADeviceThatCannotBeOpened)
 {
     m_host = std::make_unique<HostProcess>();
     const QJsonObject devices{{"mainDevice", "null"}, {"notificationsDevice", "no_such_device"}};

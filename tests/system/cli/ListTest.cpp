@@ -45,14 +45,14 @@ protected:
     }
 };
 
-TEST_F(CliListTest, SaysThatThereIsNothing)
+TEST_F(CliListTest, SaysThatThereAreNoMessages)
 {
     EXPECT_EQ(run({"list"}), s_good);
     EXPECT_EQ(m_tavo.output(), "");
     EXPECT_EQ(m_tavo.error(), "No messages.\n");
 }
 
-TEST_F(CliListTest, ListsMessagesInTheirOrderTheShownOneFirst)
+TEST_F(CliListTest, ListsMessagesInOrderBeginningWithTheShownOne)
 {
     open("Door", "Somebody rings");
     open("Oven", "The cake\nis done");
@@ -75,7 +75,7 @@ TEST_F(CliListTest, ListsThemAsJson)
     EXPECT_EQ(json().toObject().value("more"), false);
 }
 
-TEST_F(CliListTest, TellsThatThereAreMore)
+TEST_F(CliListTest, SaysThatThereAreMore)
 {
     open("Door", "one");
     open("Door", "two");

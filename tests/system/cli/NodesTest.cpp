@@ -33,19 +33,19 @@ TEST_F(CliNodesTest, GetPrintsAValueAsJson)
     EXPECT_EQ(json().toObject(), (QJsonObject{{"audioDevice", QJsonObject{{"device", "null"}}}}));
 }
 
-TEST_F(CliNodesTest, TellsThatThereIsNothingAtAPath)
+TEST_F(CliNodesTest, ReportsAPathWithoutANode)
 {
     EXPECT_EQ(run({"get", "/nothing"}), s_refused);
     EXPECT_THAT(m_tavo.error(), StartsWith("tavo: there is no node at /nothing."));
 }
 
-TEST_F(CliNodesTest, TellsThatANodeIsOfAnotherKind)
+TEST_F(CliNodesTest, ReportsANodeOfAnotherKind)
 {
     EXPECT_EQ(run({"get", "/notifications/player/enqueue"}), s_refused);
     EXPECT_THAT(m_tavo.error(), HasSubstr("takes no such request"));
 }
 
-TEST_F(CliNodesTest, RefusesWhatIsNoPath)
+TEST_F(CliNodesTest, RefusesAnInvalidPath)
 {
     for (const char *command : {"get", "rows", "call", "tree", "watch"}) {
         EXPECT_EQ(run({command, "no-path"}), s_usage) << command;
@@ -53,15 +53,15 @@ TEST_F(CliNodesTest, RefusesWhatIsNoPath)
     }
 }
 
-TEST_F(CliNodesTest, CallSendsAValueAndPrintsTheAnswer)
+TEST_F(CliNodesTest, CallSendsAValueAndPrintsTheReply)
 {
     EXPECT_EQ(run({"call", "/player/mainAudio/volume", "0.25"}), s_good);
-    EXPECT_EQ(m_tavo.output(), "") << "the answer is empty";
+    EXPECT_EQ(m_tavo.output(), "") << "the reply is empty";
     EXPECT_EQ(run({"get", "--json", "/player/mainAudio/state"}), s_good);
     EXPECT_EQ(json().toObject().value("mainAudioState").toObject().value("volume"), 0.25);
 }
 
-TEST_F(CliNodesTest, CallPrintsAnEmptyAnswerAsNull)
+TEST_F(CliNodesTest, CallPrintsAnEmptyReplyAsNull)
 {
     EXPECT_EQ(run({"call", "--json", "/player/mainAudio/volume", "1"}), s_good);
     EXPECT_EQ(m_tavo.output(), "null\n");
@@ -74,20 +74,20 @@ TEST_F(CliNodesTest, CallReadsTheValueFromItsInput)
     EXPECT_EQ(json().toObject().value("mainAudioState").toObject().value("volume"), 0.5);
 }
 
-TEST_F(CliNodesTest, CallRefusesWhatIsNoJson)
+TEST_F(CliNodesTest, CallRefusesInvalidJson)
 {
     EXPECT_EQ(run({"call", "/player/mainAudio/volume", "loud"}), s_usage);
     EXPECT_THAT(m_tavo.error(), HasSubstr("not JSON"));
 }
 
-TEST_F(CliNodesTest, CallTellsWhatTheHostRefusedAndWhoSaysSo)
+TEST_F(CliNodesTest, CallReportsTheErrorOfTheHostWithItsTitle)
 {
     EXPECT_EQ(run({"call", "/player/mainAudio/volume", "4"}), s_refused);
     EXPECT_EQ(m_tavo.error(), "tavo: the host refused: The volume must be a number from 0.0 to 1.0 "
                               "(Player)\n");
 }
 
-TEST_F(CliNodesTest, RowsPrintsARowALine)
+TEST_F(CliNodesTest, RowsPrintsALineForEachRow)
 {
     for (int i = 0; i < 3; ++i) {
         run({"call", "/notifications/display/open",
@@ -104,7 +104,7 @@ TEST_F(CliNodesTest, RowsPrintsARowALine)
     EXPECT_EQ(json().toArray().size(), 3);
 }
 
-TEST_F(CliNodesTest, RowsPartsRecordsByABlankLine)
+TEST_F(CliNodesTest, RowsSeparatesRecordsByABlankLine)
 {
     ClientProgram desktop(m_bus, "gdbus",
                           {"call", "--session", "--dest", "org.freedesktop.Notifications",
@@ -117,7 +117,7 @@ TEST_F(CliNodesTest, RowsPartsRecordsByABlankLine)
                                "path: /dbus/notifications/1/actions/open\ntitle: Open\ntype: 2\n");
 }
 
-TEST_F(CliNodesTest, TreePrintsALineANodeToAPipe)
+TEST_F(CliNodesTest, TreePrintsALineForEachNodeToAPipe)
 {
     EXPECT_EQ(run({"tree"}), s_good);
     EXPECT_THAT(m_tavo.lines(), Contains("/player/mainAudio/state\tvalue\t"));
@@ -125,7 +125,7 @@ TEST_F(CliNodesTest, TreePrintsALineANodeToAPipe)
     EXPECT_THAT(m_tavo.lines(), Contains("/notifications/display/queue\tlist\tList of messages"));
 }
 
-TEST_F(CliNodesTest, TreeBeginsWhereItIsTold)
+TEST_F(CliNodesTest, TreeBeginsAtTheGivenPath)
 {
     EXPECT_EQ(run({"tree", "--json", "/player/alsaDevice"}), s_good);
     const QJsonArray nodes = json().toArray();
@@ -135,7 +135,7 @@ TEST_F(CliNodesTest, TreeBeginsWhereItIsTold)
     EXPECT_EQ(run({"tree", "/nothing"}), s_refused);
 }
 
-TEST_F(CliNodesTest, CallTakesAnInputThatComesLaterThanAnAnswerMay)
+TEST_F(CliNodesTest, CallWaitsLongerForItsInputThanForAReply)
 {
     Program shell("sh");
     prepare(shell);

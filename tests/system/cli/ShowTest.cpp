@@ -11,7 +11,7 @@ class CliShowTest : public CliTest
 protected:
     void SetUp() override { startHost(); }
 
-    /// The messages of the display as tavo list tells of them.
+    /// The messages of the display, as tavo list prints them.
     QJsonArray messages()
     {
         EXPECT_EQ(m_other.run({"list", "--json"}), s_good);
@@ -28,7 +28,7 @@ protected:
         return result;
     }
 
-    /// Starts a message that stays until it is closed.
+    /// Shows a message that stays until it is closed.
     void startWaiting(const QStringList &more = {})
     {
         m_tavo.start(QStringList{"show", "--wait", "--timeout", "0", "Door", "Hello"} + more);
@@ -46,13 +46,13 @@ TEST_F(CliShowTest, PrintsTheNumberOnceTheMessageIsQueued)
     EXPECT_EQ(shown[0].toObject().value("text"), "Somebody <rings> & waits");
 }
 
-TEST_F(CliShowTest, ShowsATitleAlone)
+TEST_F(CliShowTest, ShowsATitleWithoutAMessage)
 {
     EXPECT_EQ(run({"show", "--timeout", "0", "The door is open"}), s_good);
     EXPECT_THAT(titles(), ElementsAre("The door is open"));
 }
 
-TEST_F(CliShowTest, PutsMoreUrgentOnesFirst)
+TEST_F(CliShowTest, ShowsUrgentMessagesFirst)
 {
     for (const char *priority : {"normal", "low", "17", "high", "urgent"}) {
         EXPECT_EQ(run({"show", "--timeout", "0", "--priority", priority, priority}), s_good);
@@ -60,13 +60,13 @@ TEST_F(CliShowTest, PutsMoreUrgentOnesFirst)
     EXPECT_THAT(titles(), ElementsAre("17", "urgent", "high", "normal", "low"));
 }
 
-TEST_F(CliShowTest, WaitingItEndsWellWhenTheTimeIsOver)
+TEST_F(CliShowTest, WithWaitSucceedsWhenTheMessageExpires)
 {
     EXPECT_EQ(run({"show", "--wait", "--timeout", "100", "Door"}), s_good);
     EXPECT_EQ(m_tavo.output(), "1\nexpired\n");
 }
 
-TEST_F(CliShowTest, WaitingItTellsThatAPersonDismissedIt)
+TEST_F(CliShowTest, WithWaitReportsThatAPersonDismissedTheMessage)
 {
     startWaiting();
     const QString path = messages().at(0).toObject().value("path").toString();
@@ -79,7 +79,7 @@ TEST_F(CliShowTest, WaitingItTellsThatAPersonDismissedIt)
     EXPECT_EQ(m_tavo.output(), "1\ndismissed\n");
 }
 
-TEST_F(CliShowTest, WaitingItTellsThatItWasCancelled)
+TEST_F(CliShowTest, WithWaitReportsThatTheMessageWasCancelled)
 {
     startWaiting();
     EXPECT_EQ(m_other.run({"cancel", "1"}), s_good) << m_other.error();
@@ -87,7 +87,7 @@ TEST_F(CliShowTest, WaitingItTellsThatItWasCancelled)
     EXPECT_EQ(m_tavo.output(), "1\nclosed\n");
 }
 
-TEST_F(CliShowTest, WaitingItTellsThatItWasCancelledByItsPath)
+TEST_F(CliShowTest, WithWaitReportsThatTheMessageWasCancelledByItsPath)
 {
     startWaiting();
     const QString path = messages().at(0).toObject().value("path").toString();
@@ -95,7 +95,7 @@ TEST_F(CliShowTest, WaitingItTellsThatItWasCancelledByItsPath)
     EXPECT_EQ(m_tavo.waitForExit(), s_cancelled);
 }
 
-TEST_F(CliShowTest, WaitingItTellsThatTheHostWentAway)
+TEST_F(CliShowTest, WithWaitReportsThatTheHostHasGone)
 {
     startWaiting();
     m_host->sendSignal(SIGKILL);
@@ -103,7 +103,7 @@ TEST_F(CliShowTest, WaitingItTellsThatTheHostWentAway)
     EXPECT_THAT(m_tavo.error(), HasSubstr("the host went away"));
 }
 
-TEST_F(CliShowTest, AnInterruptClosesTheMessageThatIsWaitedFor)
+TEST_F(CliShowTest, WithWaitAnInterruptClosesTheMessage)
 {
     startWaiting();
     m_tavo.sendSignal(SIGINT);
@@ -111,14 +111,14 @@ TEST_F(CliShowTest, AnInterruptClosesTheMessageThatIsWaitedFor)
     EXPECT_THAT(titles(), testing::IsEmpty());
 }
 
-TEST_F(CliShowTest, TellsInJsonWhatHappens)
+TEST_F(CliShowTest, PrintsEventsAsJson)
 {
     EXPECT_EQ(run({"show", "--wait", "--json", "--timeout", "100", "Door"}), s_good);
     EXPECT_THAT(m_tavo.lines(),
                 ElementsAre(R"({"event":"queued","id":1})", R"({"event":"expired","id":1})"));
 }
 
-TEST_F(CliTest, ShowTellsThatTheHostShowsNoMessagesOfPrograms)
+TEST_F(CliTest, ShowReportsThatTheHostShowsNoMessagesOfPrograms)
 {
     m_host = std::make_unique<HostProcess>();
     const QJsonObject config{{"bus", m_bus.address()}, {"notifications", false}};

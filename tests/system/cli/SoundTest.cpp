@@ -16,7 +16,7 @@ class CliSoundTest : public CliTest
 protected:
     void SetUp() override { startHost(); }
 
-    /// Starts a sound that goes on until it is ended.
+    /// Starts a sound that repeats until it is cancelled.
     void startLoop(const QStringList &more = {})
     {
         m_tavo.start(QStringList{"sound", "--loop", "--id", "bell", soundFile()} + more);
@@ -32,7 +32,7 @@ TEST_F(CliSoundTest, PrintsTheIdOnceTheSoundIsQueued)
     EXPECT_TRUE(m_host->waitForLog("Starting playback: bell"));
 }
 
-TEST_F(CliSoundTest, MakesAnIdOfItsOwn)
+TEST_F(CliSoundTest, MakesANewIdByDefault)
 {
     EXPECT_EQ(run({"sound", soundFile()}), s_good);
     EXPECT_THAT(m_tavo.output(), StartsWith("tavo-"));
@@ -41,13 +41,13 @@ TEST_F(CliSoundTest, MakesAnIdOfItsOwn)
     EXPECT_NE(m_tavo.output(), first);
 }
 
-TEST_F(CliSoundTest, WaitingItEndsWellWhenTheSoundIsHeardToItsEnd)
+TEST_F(CliSoundTest, WithWaitSucceedsWhenTheSoundFinishes)
 {
     EXPECT_EQ(run({"sound", "--wait", "--id", "bell", soundFile()}), s_good);
     EXPECT_EQ(m_tavo.output(), "bell\nfinished\n");
 }
 
-TEST_F(CliSoundTest, WaitingItTellsThatTheSoundCannotBePlayed)
+TEST_F(CliSoundTest, WithWaitReportsThatTheSoundCannotBePlayed)
 {
     const QString file = m_host->writeFile("text.wav", "no sound");
     EXPECT_EQ(run({"sound", "--wait", file}), s_failed);
@@ -55,7 +55,7 @@ TEST_F(CliSoundTest, WaitingItTellsThatTheSoundCannotBePlayed)
     EXPECT_THAT(m_tavo.error(), HasSubstr("host's log"));
 }
 
-TEST_F(CliSoundTest, WaitingItTellsThatTheSoundWasCancelled)
+TEST_F(CliSoundTest, WithWaitReportsThatTheSoundWasCancelled)
 {
     startLoop();
     EXPECT_EQ(m_other.run({"cancel", "bell"}), s_good) << m_other.error();
@@ -63,7 +63,7 @@ TEST_F(CliSoundTest, WaitingItTellsThatTheSoundWasCancelled)
     EXPECT_EQ(m_tavo.output(), "bell\ncancelled\n");
 }
 
-TEST_F(CliSoundTest, WaitingItTellsThatTheHostWentAway)
+TEST_F(CliSoundTest, WithWaitReportsThatTheHostHasGone)
 {
     startLoop();
     m_host->stop();
@@ -71,7 +71,7 @@ TEST_F(CliSoundTest, WaitingItTellsThatTheHostWentAway)
     EXPECT_THAT(m_tavo.error(), HasSubstr("the host went away"));
 }
 
-TEST_F(CliSoundTest, AnInterruptCancelsTheSoundThatIsWaitedFor)
+TEST_F(CliSoundTest, WithWaitAnInterruptCancelsTheSound)
 {
     startLoop();
     m_tavo.sendSignal(SIGINT);
@@ -79,7 +79,7 @@ TEST_F(CliSoundTest, AnInterruptCancelsTheSoundThatIsWaitedFor)
     EXPECT_EQ(m_tavo.output(), "bell\ncancelled\n");
 }
 
-TEST_F(CliSoundTest, SigtermCancelsTheSoundThatIsWaitedFor)
+TEST_F(CliSoundTest, WithWaitSigtermCancelsTheSound)
 {
     startLoop();
     m_tavo.sendSignal(SIGTERM);
@@ -95,7 +95,7 @@ TEST_F(CliSoundTest, ALoopEndsWithTheProgramHoweverThatEnds)
     EXPECT_TRUE(m_host->waitForLog("Released Audio of notifications"));
 }
 
-TEST_F(CliSoundTest, WaitingItStepsOverTheEndsOfOtherSounds)
+TEST_F(CliSoundTest, WithWaitIgnoresTheEndsOfOtherSounds)
 {
     startLoop();
     const QString finished = R"({"notificationPlayerResponse": {"id": "other", "type": 2}})";
@@ -105,7 +105,7 @@ TEST_F(CliSoundTest, WaitingItStepsOverTheEndsOfOtherSounds)
     EXPECT_EQ(m_tavo.output(), "bell\ncancelled\n");
 }
 
-TEST_F(CliSoundTest, RefusedForItsSchemeTellsWhoAllowsThem)
+TEST_F(CliSoundTest, ReportsARefusedSchemeAndHowToAllowIt)
 {
     EXPECT_EQ(run({"sound", "http://host/sound.wav"}), s_refused);
     EXPECT_EQ(m_tavo.error(),
@@ -114,7 +114,7 @@ TEST_F(CliSoundTest, RefusedForItsSchemeTellsWhoAllowsThem)
               "which sounds clients may play\n");
 }
 
-TEST_F(CliSoundTest, TellsInJsonWhatHappensInItsOrder)
+TEST_F(CliSoundTest, PrintsEventsAsJsonInTheirOrder)
 {
     EXPECT_EQ(run({"sound", "--wait", "--json", "--id", "bell", soundFile()}), s_good);
     EXPECT_THAT(m_tavo.lines(), ElementsAre(R"({"event":"queued","id":"bell"})",
@@ -122,7 +122,7 @@ TEST_F(CliSoundTest, TellsInJsonWhatHappensInItsOrder)
                                             R"({"event":"finished","id":"bell"})"));
 }
 
-TEST_F(CliSoundTest, PlaysWhatStandsOnItsInput)
+TEST_F(CliSoundTest, PlaysASoundFromItsInput)
 {
     EXPECT_EQ(run({"sound", "--wait", "-"}, sound()), s_good);
     EXPECT_THAT(m_tavo.output(), HasSubstr("finished"));
@@ -140,13 +140,13 @@ TEST_F(CliSoundTest, RefusesAStreamOnItsInput)
     EXPECT_THAT(m_tavo.error(), HasSubstr("mkfifo"));
 }
 
-TEST_F(CliSoundTest, TellsThatASoundIsTooLargeForTheHost)
+TEST_F(CliSoundTest, ReportsASoundThatIsTooLargeForTheHost)
 {
     EXPECT_EQ(run({"sound", "-"}, sound() + QByteArray(4 << 20, '\0')), s_refused);
     EXPECT_THAT(m_tavo.error(), HasSubstr("limits"));
 }
 
-TEST_F(CliSoundTest, RefusesAFileThatIsNotThere)
+TEST_F(CliSoundTest, RefusesAMissingFile)
 {
     EXPECT_EQ(run({"sound", "/nowhere/sound.wav"}), s_noInput);
     EXPECT_EQ(m_tavo.error(),
@@ -181,7 +181,7 @@ TEST_F(CliSoundTest, PlaysAStreamFromAFifo)
     EXPECT_EQ(m_tavo.waitForExit(), s_good) << m_tavo.error();
 }
 
-TEST_F(CliSoundTest, TellsThatAnIdIsInUse)
+TEST_F(CliSoundTest, ReportsThatAnIdIsInUse)
 {
     startLoop();
     EXPECT_EQ(m_other.run({"sound", "--id", "bell", soundFile()}), s_refused);
@@ -189,7 +189,7 @@ TEST_F(CliSoundTest, TellsThatAnIdIsInUse)
                                "that id already. Its log says why\n");
 }
 
-TEST_F(CliSoundTest, APrioritysNumberGoesThrough)
+TEST_F(CliSoundTest, AcceptsANumberAsPriority)
 {
     startLoop();
     EXPECT_EQ(m_other.run({"sound", "--priority", "17", "--wait", soundFile()}), s_good)

@@ -8,7 +8,7 @@ using testing::MatchesRegex;
 
 using CliStatusTest = CliTest;
 
-TEST_F(CliStatusTest, TellsThatNothingGoesOn)
+TEST_F(CliStatusTest, ReportsAnIdleHost)
 {
     startHost();
     EXPECT_EQ(run({"status"}), s_good);
@@ -18,7 +18,7 @@ TEST_F(CliStatusTest, TellsThatNothingGoesOn)
                                "Power       on, no resource held\n");
 }
 
-TEST_F(CliStatusTest, TellsWhatSoundsWhatIsShownAndWhoHoldsWhat)
+TEST_F(CliStatusTest, ReportsWhatPlaysWhatIsShownAndWhichResourcesAreHeld)
 {
     startHost();
     m_other.start({"sound", "--loop", soundFile()});
@@ -47,7 +47,7 @@ TEST_F(CliStatusTest, TellsWhatSoundsWhatIsShownAndWhoHoldsWhat)
               (QJsonObject{{"Audio", QJsonArray{"notifications"}}}));
 }
 
-TEST_F(CliStatusTest, TellsWhichModulesAreMissing)
+TEST_F(CliStatusTest, ReportsWhichModulesAreMissing)
 {
     m_host = std::make_unique<HostProcess>();
     const QJsonObject config{{"bus", m_bus.address()}};

@@ -6,7 +6,7 @@
 using testing::HasSubstr;
 using testing::Not;
 
-/// The program on a terminal of its own.
+/// The program on a pseudo-terminal.
 class CliTerminalTest : public CliTest
 {
 protected:
@@ -37,7 +37,7 @@ TEST_F(CliTerminalTest, ThereAreColours)
     EXPECT_THAT(outputOf("status"), HasSubstr("\x1b[1m"));
 }
 
-TEST_F(CliTerminalTest, ThereAreNoColoursWhereNoneAreWanted)
+TEST_F(CliTerminalTest, TheEnvironmentCanTurnColoursOff)
 {
     m_script.setEnvironment("NO_COLOR", "1");
     EXPECT_THAT(outputOf("status"), Not(HasSubstr("\x1b")));
@@ -70,7 +70,7 @@ TEST_F(CliTerminalTest, TheListHasColumns)
                                 "    1  /dbus/notifications/2  Oven  \r\n");
 }
 
-TEST_F(CliTerminalTest, ALiveLineTellsWhatIsWaitedFor)
+TEST_F(CliTerminalTest, ALiveLineSaysWhatTheProgramWaitsFor)
 {
     m_script.start(arguments("sound --loop --id bell " + soundFile()));
     EXPECT_TRUE(m_script.waitForOutput("bell sounds, 0 s"));
@@ -85,7 +85,7 @@ TEST_F(CliTerminalTest, ThereIsNoLiveLineOnAPipe)
     EXPECT_EQ(m_tavo.error(), "");
 }
 
-TEST_F(CliTerminalTest, NoTextFromOutsideSteersTheTerminal)
+TEST_F(CliTerminalTest, ControlCharactersOfTextsDoNotReachTheTerminal)
 {
     run({"call", "/notifications/display/open",
          R"({"notificationDisplayItem": {"title": "a\u001b]0;evil\u0007", "message": "\u001b[2Jb"}})"});

@@ -13,7 +13,7 @@ using testing::StartsWith;
 class CliUnavailableTest : public CliTest
 {
 protected:
-    /// Every command that asks the host, with what it needs.
+    /// All commands that need the host, with their arguments.
     std::vector<QStringList> commands()
     {
         return {{"sound", sounds()},
@@ -37,7 +37,7 @@ protected:
         return file.fileName();
     }
 
-    /// That the program wrote one line, and a sentence that helps.
+    /// Expects that the program has written one line with a hint.
     void expectOneLine() const
     {
         const std::string error = m_tavo.error();
@@ -49,7 +49,7 @@ protected:
     QTemporaryDir m_folder;
 };
 
-TEST_F(CliUnavailableTest, EveryCommandTellsThatThereIsNoHostAndHowToStartOne)
+TEST_F(CliUnavailableTest, EveryCommandReportsAMissingHostAndHowToStartOne)
 {
     for (const QStringList &command : commands()) {
         EXPECT_EQ(run(command), s_unavailable) << command[0].toStdString();
@@ -59,7 +59,7 @@ TEST_F(CliUnavailableTest, EveryCommandTellsThatThereIsNoHostAndHowToStartOne)
     }
 }
 
-TEST_F(CliUnavailableTest, HowToStartAHostIsToldForTheBusInQuestion)
+TEST_F(CliUnavailableTest, TheHintToStartAHostIsForTheBusInUse)
 {
     m_tavo.setEnvironment("DBUS_SESSION_BUS_ADDRESS", m_bus.address());
     m_tavo.setEnvironment("DBUS_SYSTEM_BUS_ADDRESS", m_bus.address());
@@ -70,7 +70,7 @@ TEST_F(CliUnavailableTest, HowToStartAHostIsToldForTheBusInQuestion)
     EXPECT_THAT(m_tavo.error(), HasSubstr("systemctl start tavo-host"));
 }
 
-TEST_F(CliUnavailableTest, EveryCommandTellsThatThereIsNoBus)
+TEST_F(CliUnavailableTest, EveryCommandReportsAMissingBus)
 {
     m_bus.stop();
     for (const QStringList &command : commands()) {
@@ -80,14 +80,14 @@ TEST_F(CliUnavailableTest, EveryCommandTellsThatThereIsNoBus)
     }
 }
 
-TEST_F(CliUnavailableTest, TellsHowToGetASessionBus)
+TEST_F(CliUnavailableTest, SaysHowToGetASessionBus)
 {
     m_tavo.setEnvironment("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + m_folder.filePath("none"));
     EXPECT_EQ(run({"--bus", "session", "status"}), s_unavailable);
     EXPECT_THAT(m_tavo.error(), HasSubstr("dbus-run-session"));
 }
 
-TEST_F(CliUnavailableTest, AHostThatDoesNotAnswerIsNotWaitedForLongerThanAsked)
+TEST_F(CliUnavailableTest, WaitsForAReplyOnlyUntilTheTimeout)
 {
     startHost();
     m_host->sendSignal(SIGSTOP);
@@ -97,7 +97,7 @@ TEST_F(CliUnavailableTest, AHostThatDoesNotAnswerIsNotWaitedForLongerThanAsked)
     EXPECT_THAT(m_tavo.error(), HasSubstr("--reply-timeout"));
 }
 
-TEST_F(CliUnavailableTest, ABusThatSaysNothingIsNotWaitedForLongerThanAsked)
+TEST_F(CliUnavailableTest, WaitsForASilentBusOnlyUntilTheTimeout)
 {
     for (const auto after : {SilentBus::After::Connecting, SilentBus::After::Authenticating,
                              SilentBus::After::Greeting}) {
@@ -108,7 +108,7 @@ TEST_F(CliUnavailableTest, ABusThatSaysNothingIsNotWaitedForLongerThanAsked)
     }
 }
 
-TEST_F(CliUnavailableTest, EveryCommandTellsThatTheBusSaysNothing)
+TEST_F(CliUnavailableTest, EveryCommandReportsASilentBus)
 {
     m_bus.pause();
     for (const QStringList &command : commands()) {
@@ -119,18 +119,18 @@ TEST_F(CliUnavailableTest, EveryCommandTellsThatTheBusSaysNothing)
     }
 }
 
-TEST_F(CliUnavailableTest, ABusThatGoesOnInTimeIsUsed)
+TEST_F(CliUnavailableTest, UsesABusThatRespondsAgainInTime)
 {
     startHost();
     m_bus.pause();
     m_tavo.start({"tree"});
-    // Long enough for it to have connected.
+    // Time for the program to connect.
     waitFor([] { return false; }, std::chrono::milliseconds(500));
     m_bus.resume();
     EXPECT_EQ(m_tavo.waitForExit(), s_good);
 }
 
-TEST_F(CliUnavailableTest, TheHostEndsAtOnceWhileItsBusSaysNothing)
+TEST_F(CliUnavailableTest, TheHostEndsAtOnceWhileItsBusIsSilent)
 {
     startHost();
     m_bus.pause();
@@ -140,7 +140,7 @@ TEST_F(CliUnavailableTest, TheHostEndsAtOnceWhileItsBusSaysNothing)
     EXPECT_LT(elapsed.elapsed(), 1000);
 }
 
-TEST_F(CliUnavailableTest, AWrongCallIsRefusedInOneLine)
+TEST_F(CliUnavailableTest, WrongArgumentsAreRefusedInOneLine)
 {
     for (const QStringList &command : {QStringList{"sing"}, QStringList{}, QStringList{"sound"},
                                        QStringList{"get", "/x", "-y"}}) {
@@ -161,7 +161,7 @@ TEST_F(CliUnavailableTest, AnOutputThatCannotBeWrittenIsAFailure)
     EXPECT_EQ(shell.run({"-c", QStringLiteral(TAVO_PROGRAM) + " watch > /dev/full"}), systemError);
 }
 
-/// On a bus whose policy keeps the program from the host.
+/// On a bus whose policy denies the program access to the host.
 class CliNotPermittedTest : public CliTest
 {
 protected:
@@ -173,7 +173,7 @@ protected:
     }
 };
 
-TEST_F(CliNotPermittedTest, TellsWhoIs)
+TEST_F(CliNotPermittedTest, ReportsWhichGroupIsPermitted)
 {
     startHost();
     for (const QStringList &command :

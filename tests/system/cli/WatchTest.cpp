@@ -10,7 +10,7 @@ class CliWatchTest : public CliTest
 protected:
     void SetUp() override { startHost(); }
 
-    /// Has another run of the program do something.
+    /// Runs another command meanwhile.
     void act(const QStringList &arguments)
     {
         EXPECT_EQ(m_other.run(arguments), s_good) << m_other.error();
@@ -19,7 +19,7 @@ protected:
     QJsonObject lastLine() const { return object(m_tavo.lines().back()); }
 };
 
-TEST_F(CliWatchTest, TellsWhatIsThereAndThenWhatChanges)
+TEST_F(CliWatchTest, PrintsTheValueAndThenItsChanges)
 {
     m_tavo.start({"watch", "--json", "/player/mainAudio/state"});
     ASSERT_TRUE(m_tavo.waitForOutput("\"volume\":1"));
@@ -28,7 +28,7 @@ TEST_F(CliWatchTest, TellsWhatIsThereAndThenWhatChanges)
     EXPECT_EQ(lastLine().value("path"), "/player/mainAudio/state");
 }
 
-TEST_F(CliWatchTest, TellsOfRowsThatComeAndGo)
+TEST_F(CliWatchTest, PrintsRowsThatComeAndGo)
 {
     m_tavo.start({"watch", "--json", "/notifications/display/queue"});
     ASSERT_TRUE(m_tavo.waitForOutput("\"rows\":[]"));
@@ -52,7 +52,7 @@ TEST_F(CliWatchTest, WithoutAPathItFollowsTheServices)
     EXPECT_TRUE(m_tavo.waitForOutput("\"ducked\":true"));
 }
 
-TEST_F(CliWatchTest, AnInterruptIsItsUsualEnd)
+TEST_F(CliWatchTest, ExitsWith0OnAnInterrupt)
 {
     m_tavo.start({"watch"});
     ASSERT_TRUE(m_tavo.waitForOutput("isPlaying"));
@@ -61,7 +61,7 @@ TEST_F(CliWatchTest, AnInterruptIsItsUsualEnd)
     EXPECT_EQ(m_tavo.error(), "");
 }
 
-TEST_F(CliWatchTest, WaitsForAHostThatGoesAndTellsWhenItIsBack)
+TEST_F(CliWatchTest, WaitsForAHostThatHasGoneAndReportsItsReturn)
 {
     m_tavo.start({"watch", "--json", "/player/mainAudio/state"});
     ASSERT_TRUE(m_tavo.waitForOutput("\"volume\":1"));
@@ -75,7 +75,7 @@ TEST_F(CliWatchTest, WaitsForAHostThatGoesAndTellsWhenItIsBack)
     EXPECT_TRUE(m_tavo.waitForOutput("\"volume\":0.5"));
 }
 
-TEST_F(CliWatchTest, TellsThatNothingIsThereYet)
+TEST_F(CliWatchTest, SaysThatThereIsNoNodeYet)
 {
     m_tavo.start({"watch", "--json", "/dbus/notifications/1"});
     ASSERT_TRUE(m_tavo.waitForOutput(R"({"path":"/dbus/notifications/1","published":false})"));
@@ -88,7 +88,7 @@ TEST_F(CliWatchTest, TellsThatNothingIsThereYet)
     EXPECT_EQ(m_tavo.waitForExit(), s_good);
 }
 
-TEST_F(CliWatchTest, RefusesToFollowWhatOnlyTakesRequests)
+TEST_F(CliWatchTest, RefusesANodeThatOnlyTakesRequests)
 {
     EXPECT_EQ(run({"watch", "/notifications/player/enqueue"}), s_refused);
     EXPECT_EQ(m_tavo.error(),

@@ -3,12 +3,13 @@
 
 #include "CrowdTest.h"
 
-TEST_F(CrowdTest, EightThreadsAtOnceAreAnsweredOnceEachAndTheirSoundsEndOnceEach)
+TEST_F(CrowdTest, RequestsOfEightThreadsAreAnsweredOnceAndTheirSoundsEndOnce)
 {
     startModules({"powermanager", playerModule(), "notifications", crowd(), m_requester.module()});
     constexpr int each = sanitized ? 200 : 1000;
     run({{"threads", 8}, {"count", each}}, "mix");
-    // The power manager knows nothing of the crowd's revokes; another sound puts that right.
+    // The power manager does not know about the crowd's revokes; playing another sound fixes
+    // that.
     expectPlays("afterwards");
     expectSettled();
     EXPECT_EQ(stopHost(), 0);

@@ -6,13 +6,13 @@
 #include "FaultTest.h"
 #include "support/Sanitized.h"
 
-/// A host with a crowd in it, which asks for much at once.
+/// A host with the module "crowd", which sends many requests at once.
 class CrowdTest : public FaultTest
 {
 protected:
     static QJsonObject crowd() { return {{"name", "crowd"}, {"library", "crowd"}}; }
 
-    /// The crowd runs and is content.
+    /// Makes a request to the crowd and expects success.
     void run(QJsonObject what, const QString &task)
     {
         what.insert("do", task);

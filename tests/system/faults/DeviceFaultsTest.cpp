@@ -9,12 +9,12 @@ namespace {
 
 constexpr int longMs = 20'000;
 
-// A device that vanishes does so after 4000 frames; this ends before.
+// A vanishing device does so after 4000 frames; this sound ends before.
 constexpr int shortMs = 50;
 
 } // namespace
 
-/// Notifications sound on a device that answers, after a while, that it is there no more.
+/// Notifications play on a device that is gone after a while.
 class VanishingDeviceTest : public FaultTest
 {
 protected:
@@ -31,7 +31,7 @@ TEST_F(VanishingDeviceTest, FailsTheSoundOnceAndTheNextOneOpensItAgain)
     EXPECT_EQ(stopHost(), 0);
 }
 
-TEST_F(VanishingDeviceTest, FailsWhatSoundsAndPlaysWhatWaits)
+TEST_F(VanishingDeviceTest, FailsThePlayingSoundAndPlaysTheWaitingOne)
 {
     m_requester.enqueue(fileItem("long", soundFile("long.wav", longMs)));
     m_requester.enqueue(fileItem("waiting", soundFile("waiting.wav", shortMs)));
@@ -41,7 +41,7 @@ TEST_F(VanishingDeviceTest, FailsWhatSoundsAndPlaysWhatWaits)
     expectAsGoodAsNew();
 }
 
-TEST_F(VanishingDeviceTest, FailsALoopWhichDoesNotGoOnForEver)
+TEST_F(VanishingDeviceTest, FailsALoop)
 {
     QJsonObject item = fileItem("loop", soundFile("loop.wav", shortMs));
     item.insert("loop", true);
@@ -50,7 +50,7 @@ TEST_F(VanishingDeviceTest, FailsALoopWhichDoesNotGoOnForEver)
     expectAsGoodAsNew();
 }
 
-TEST_F(VanishingDeviceTest, FailsAPausedSoundThatGoesOn)
+TEST_F(VanishingDeviceTest, FailsAPausedSoundWhenItResumes)
 {
     m_requester.enqueue(fileItem("paused", soundFile("long.wav", longMs)));
     ASSERT_TRUE(m_requester.waitFor("started paused"));
@@ -61,7 +61,7 @@ TEST_F(VanishingDeviceTest, FailsAPausedSoundThatGoesOn)
     expectAsGoodAsNew();
 }
 
-TEST_F(VanishingDeviceTest, LeavesARequesterItsCancel)
+TEST_F(VanishingDeviceTest, RefusesACancelAfterTheFailure)
 {
     m_requester.enqueue(fileItem("long", soundFile("long.wav", longMs)));
     EXPECT_TRUE(m_requester.waitFor("failed long"));

@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr std::chrono::seconds patience{20};
+constexpr std::chrono::seconds timeout{20};
 
 } // namespace
 
@@ -26,9 +26,10 @@ FaultTest::FaultTest()
 void FaultTest::TearDown()
 {
     if (HasFailure()) {
-        // The last of it: some tests have a host say more than anybody reads.
-        constexpr int mostOfIt = 20000;
-        std::cout << "The host wrote:\n" << m_host.log().right(mostOfIt).toStdString() << std::endl;
+        // Only the end, since some hosts log a lot.
+        constexpr int maxLength = 20000;
+        std::cout << "The host wrote:\n"
+                  << m_host.log().right(maxLength).toStdString() << std::endl;
     }
 }
 
@@ -46,7 +47,7 @@ void FaultTest::startModules(const QJsonArray &modules, const QJsonObject &hostC
     m_host.setConfiguration(configuration);
     ASSERT_TRUE(m_host.startReady()) << m_host.log().toStdString();
     m_requester.watchServices();
-    // An answer says that all modules are at rest.
+    // A reply shows that all modules are idle.
     m_requester.cancel("nobody");
     ASSERT_EQ(m_requester.answer(), "Invalid notification sound id to stop");
     noteState();
@@ -119,5 +120,5 @@ QJsonObject FaultTest::endlessItem(const QString &id, int priority)
 
 bool FaultTest::waitForFrames(long frames)
 {
-    return waitFor([&] { return framesHeard() >= frames; }, patience);
+    return waitFor([&] { return framesHeard() >= frames; }, timeout);
 }

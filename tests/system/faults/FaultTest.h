@@ -15,10 +15,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-/// A host with the real modules to which something happens. Its sounds go to a scripted device, so
-/// that it needs no sound server.
+/// A host with the real modules, to which a test does something. Its sounds go to a scripted
+/// device, so it needs no sound server.
 ///
-/// The test looks whether the host is as good as new afterwards: see expectAsGoodAsNew().
+/// expectAsGoodAsNew() checks the host afterwards.
 class FaultTest : public testing::Test
 {
 protected:
@@ -26,25 +26,25 @@ protected:
 
     FaultTest();
 
-    /// Says what the host wrote when a test has failed.
+    /// Prints the host's log if the test has failed.
     void TearDown() override;
 
-    /// Starts the host with the modules that a device has and the requester.
+    /// Starts the host with a device's usual modules and the requester.
     void start(const QJsonObject &playerConfig = {}, const QJsonObject &hostConfig = {});
     void startModules(const QJsonArray &modules, const QJsonObject &hostConfig = {});
 
-    /// The player's entry; notifications sound on the device "plain" unless it says otherwise.
+    /// The configuration of the player. By default, notifications play on the device "plain".
     static QJsonObject playerModule(QJsonObject config = {});
     static QJsonObject standIn(const QJsonObject &config);
 
-    /// Has the stand-in answer what it keeps, and what comes.
+    /// Makes the stand-in answer all kept and later requests.
     void letAnswer(const QString &kind);
 
-    /// What the host holds while nothing is asked of it.
+    /// Notes what the idle host uses.
     void noteState() { m_before = ProcessState::of(m_host.processId()); }
 
-    /// The main audio isn't ducked, the resource isn't held, the host holds no more than when it was
-    /// noted, and another notification sounds as ever.
+    /// Expects that the main audio is not ducked, that the resource is released, that the host
+    /// uses no more than before, and that another notification plays.
     void expectAsGoodAsNew();
     void expectSettled();
     void expectPlays(const QString &id);
@@ -53,18 +53,19 @@ protected:
 
     QString inFolder(const QString &name) const { return m_host.folder() + '/' + name; }
 
-    /// A mono sound without a silent sample; gives the file's path.
+    /// Writes a mono sound without silent samples and returns the file's path.
     QString soundFile(const QString &name, int milliseconds);
     static QJsonObject fileItem(const QString &id, const QString &file, int priority = 1);
-    /// One that holds its place, in silence, until it is cancelled.
+    /// A placeholder sound that stays silent until it is cancelled.
     static QJsonObject endlessItem(const QString &id, int priority = 1);
 
-    /// How many frames the devices have played since they were last forgotten.
+    /// How many frames the devices have played since forget().
     static long framesHeard() { return long(ScriptedDevices::instance().heard().size()); }
     static int framesOf(int milliseconds) { return rate / 1000 * milliseconds; }
     static bool waitForFrames(long frames);
 
-    ScriptedDevices &m_devices = ScriptedDevices::instance(); // the environment names them
+    ScriptedDevices &m_devices =
+        ScriptedDevices::instance(); // the environment names their configuration
     HostProcess m_host;
     Requester m_requester{QStringLiteral("requester"), m_host.folder()};
     ProcessState m_before;

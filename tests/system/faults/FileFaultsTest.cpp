@@ -11,7 +11,7 @@ namespace {
 
 constexpr int lengthMs = 1500;
 
-// By then the file is open and being read.
+// After this, the file is open and being read.
 constexpr int begunMs = 100;
 
 constexpr int headerBytes = 44;

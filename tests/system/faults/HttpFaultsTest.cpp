@@ -12,21 +12,21 @@ namespace {
 
 constexpr int timeoutMs = 600;
 
-// For a busy machine; without its time-out a fetch waits for ever.
+// For a busy machine; without a timeout, a fetch would wait forever.
 constexpr int muchLaterMs = timeoutMs + 5000;
 
 constexpr int lengthMs = 300;
 
 } // namespace
 
-/// Sounds that come from an http server on which there is no relying.
+/// Sounds from an unreliable http server.
 class HttpFaultsTest : public FaultTest
 {
 protected:
     void SetUp() override
     {
         start({}, {{"sounds", QJsonObject{{"httpTimeout", timeoutMs}}}});
-        // Qt keeps the threads in which it watches the network from the first time on.
+        // On first use, Qt starts threads for the network, and keeps them.
         m_requester.enqueue(fileItem("first", m_server.serve("first.wav", sound())));
         ASSERT_TRUE(m_requester.waitFor("finished first"));
         ASSERT_TRUE(m_requester.waitForQuiet());
@@ -44,7 +44,7 @@ protected:
         return item;
     }
 
-    /// Not before the server had its time, and not much later.
+    /// Expects that the server got its time, and not much more.
     void expectTimedOut(const QJsonObject &item)
     {
         m_requester.enqueue(item);
@@ -61,22 +61,22 @@ protected:
     QElapsedTimer m_elapsed;
 };
 
-TEST_F(HttpFaultsTest, AServerThatSaysNothingIsGivenUp)
+TEST_F(HttpFaultsTest, AServerThatStaysSilentFailsTheSound)
 {
     expectTimedOut(fileItem("sound", m_server.silent()));
 }
 
-TEST_F(HttpFaultsTest, AServerThatStallsAfterItsHeadersIsGivenUp)
+TEST_F(HttpFaultsTest, AServerThatStallsAfterItsHeadersFailsTheSound)
 {
     expectTimedOut(fileItem("sound", m_server.stalling("empty.wav", sound(), 0)));
 }
 
-TEST_F(HttpFaultsTest, AServerThatStallsInTheMiddleOfAFileIsGivenUp)
+TEST_F(HttpFaultsTest, AServerThatStallsInTheMiddleOfAFileFailsTheSound)
 {
     expectTimedOut(fileItem("sound", m_server.stalling("half.wav", sound(), sound().size() / 2)));
 }
 
-TEST_F(HttpFaultsTest, AServerThatStallsInTheMiddleOfAStreamIsGivenUp)
+TEST_F(HttpFaultsTest, AServerThatStallsInTheMiddleOfAStreamFailsTheSound)
 {
     m_devices.forget();
     const QByteArray bytes(2 * framesOf(lengthMs), '\1');
@@ -84,7 +84,7 @@ TEST_F(HttpFaultsTest, AServerThatStallsInTheMiddleOfAStreamIsGivenUp)
     expectTimedOut(stream("sound", m_server.stalling("half.raw", bytes, half)));
 }
 
-TEST_F(HttpFaultsTest, AServerThatBreaksOffFailsTheSoundAtOnce)
+TEST_F(HttpFaultsTest, AServerThatClosesTheConnectionFailsTheSoundAtOnce)
 {
     m_requester.enqueue(fileItem("sound", m_server.breakingOff("cut.wav", sound())));
     EXPECT_TRUE(m_requester.waitForEnd("sound"));
@@ -93,7 +93,7 @@ TEST_F(HttpFaultsTest, AServerThatBreaksOffFailsTheSoundAtOnce)
     EXPECT_EQ(m_requester.ends("sound"), 1);
 }
 
-TEST_F(HttpFaultsTest, ASoundThatIsWaitedForIsCancelledAtOnce)
+TEST_F(HttpFaultsTest, ASoundThatIsStillFetchedIsCancelledAtOnce)
 {
     m_requester.enqueue(fileItem("sound", m_server.stalling("empty.wav", sound(), 0)));
     ASSERT_TRUE(m_requester.waitFor("started sound"));
@@ -104,7 +104,7 @@ TEST_F(HttpFaultsTest, ASoundThatIsWaitedForIsCancelledAtOnce)
     EXPECT_EQ(m_requester.ends("sound"), 1);
 }
 
-TEST_F(HttpFaultsTest, ASoundThatIsWaitedForGivesWayToAnUrgentOne)
+TEST_F(HttpFaultsTest, ASoundThatIsStillFetchedIsPreEmptedByAnUrgentOne)
 {
     m_requester.enqueue(fileItem("sound", m_server.stalling("empty.wav", sound(), 0)));
     ASSERT_TRUE(m_requester.waitFor("started sound"));

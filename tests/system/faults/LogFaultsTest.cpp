@@ -13,15 +13,15 @@
 namespace {
 
 constexpr int limitBlocks = 128;   // of 512 bytes
-constexpr int someRequests = 2000; // each of which is worth a line in the log
+constexpr int someRequests = 2000; // each of them logs a line
 
 } // namespace
 
-/// The log can't be written any more; the host goes on without it.
+/// The log can no longer be written; the host continues without it.
 class LogFaultsTest : public FaultTest
 {
 protected:
-    /// The host's program becomes a script that ends with the host in its place.
+    /// Replaces the host's program by a script that ends by executing the host.
     void startBehind(const QByteArray &script, const QJsonObject &log = {})
     {
         const QString wrapper =
@@ -39,7 +39,7 @@ protected:
                      {{"log", log}});
     }
 
-    /// The configuration of a log that goes into the file.
+    /// The configuration of a log to the file.
     QJsonObject logTo(const QString &file, const QByteArray &appender = "FileAppender",
                       const QByteArray &more = {})
     {
@@ -55,7 +55,7 @@ protected:
     void sayMuch()
     {
         for (int i = 0; i < someRequests; ++i) {
-            m_requester.cancel("nobody"); // a warning each
+            m_requester.cancel("nobody"); // each logs a warning
         }
         EXPECT_EQ(m_requester.answer(), "Invalid notification sound id to stop");
     }
@@ -119,7 +119,7 @@ TEST_F(LogFaultsTest, TheHostPlaysOnOnAFullDiskAndWritesAgainWhenThereIsRoom)
     EXPECT_EQ(QFileInfo(seen).size(), diskBytes);
     expectAsGoodAsNew();
     ASSERT_EQ(truncate(QFile::encodeName(seen).constData(), 0), 0);
-    // The log tries its file again now and then, at most once a second.
+    // The log tries to open its file again at most once a second.
     EXPECT_TRUE(waitFor(
         [&] {
             m_requester.cancel("nobody");

@@ -8,15 +8,15 @@ namespace {
 constexpr int many = 100'000;
 constexpr int manyInstrumented = 5'000;
 
-// How much more may be in use after a repetition, in KiB: an object lost an item is several thousand.
+// The allowed growth in KiB of a repetition. One object lost per item would be several thousand.
 constexpr int kept = 512;
 
-// How often a table may be enlarged because more has come together than ever before.
+// How often a table may grow because it has more items than ever before.
 constexpr int attempts = 5;
 
 } // namespace
 
-/// With the limits that hold for a device that has all this to bear.
+/// With limits for a device that must handle this much.
 class ManyTest : public CrowdTest
 {
 protected:
@@ -28,8 +28,8 @@ protected:
             {"powermanager", playerModule(), "notifications", crowd(), m_requester.module()});
     }
 
-    /// Repeats it until no more is in use afterwards than before: what is lost each time shows each
-    /// time. A sanitizer counts otherwise, and so isn't asked.
+    /// Repeats it until the heap has not grown: memory that is lost each time shows each time.
+    /// Not in builds with sanitizers, which count differently.
     template <typename Task>
     void expectLeavesNoMemory(Task task)
     {
@@ -38,7 +38,7 @@ protected:
         for (int i = 0; i < attempts && !complaint.empty(); ++i) {
             run({}, "weigh");
             task();
-            m_requester.invoke("/crowd/run", {{"do", "weighAgain"}, {"most", kept}});
+            m_requester.invoke("/crowd/run", {{"do", "weighAgain"}, {"max", kept}});
             complaint = m_requester.answer();
         }
         EXPECT_EQ(complaint, "");
@@ -56,7 +56,7 @@ TEST_F(ManyTest, SoundsAreAllQueuedAndCancelledAndLeaveNoMemoryBehind)
     EXPECT_EQ(stopHost(), 0);
 }
 
-TEST_F(ManyTest, SoundsAreAllCancelledFromTheLastOneOn)
+TEST_F(ManyTest, SoundsAreAllCancelledInReverseOrder)
 {
     startWithCrowd();
     run({{"count", count}}, "queueSounds");
@@ -75,7 +75,7 @@ TEST_F(ManyTest, NodesAreAllShownAndClosedAndLeaveNoMemoryBehind)
     EXPECT_EQ(stopHost(), 0);
 }
 
-TEST_F(ManyTest, NodesAreAllClosedFromTheLastOneOn)
+TEST_F(ManyTest, NodesAreAllClosedInReverseOrder)
 {
     startWithCrowd();
     run({{"count", count}}, "openNodes");
@@ -93,7 +93,7 @@ TEST_F(ManyTest, NotificationsOfOneNodeAreAllClosedAtOnce)
     expectAsGoodAsNew();
 }
 
-/// Their nodes stay, so nothing is weighed.
+/// Their nodes stay, so memory is not measured.
 TEST_F(ManyTest, MessagesAreAllOpenedAndClosed)
 {
     startWithCrowd();
@@ -111,7 +111,7 @@ TEST_F(ManyTest, SoundsAreAllCancelledByARevoke)
     EXPECT_EQ(m_requester.answer(), "");
     m_requester.invoke("/powerManager/resume");
     EXPECT_EQ(m_requester.answer(), "");
-    // None is left, and the crowd may have the same ids again.
+    // Shows that none is left, since the crowd can use the same ids again.
     run({{"count", 0}}, "queueSounds");
     expectAsGoodAsNew();
 }

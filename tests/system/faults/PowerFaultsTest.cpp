@@ -13,7 +13,7 @@ constexpr int lengthMs = 50;
 
 } // namespace
 
-/// A power manager that doesn't answer, beside a player that does.
+/// A power manager that does not reply, and a player that does.
 class SilentPowerManagerTest : public FaultTest
 {
 protected:
@@ -46,7 +46,7 @@ TEST_F(SilentPowerManagerTest, NotificationsWaitAndSoundInTheirOrderOnceItAnswer
     expectAsGoodAsNew();
 }
 
-TEST_F(SilentPowerManagerTest, ACancelIsAnsweredWhileItIsWaitedFor)
+TEST_F(SilentPowerManagerTest, ACancelIsAnsweredMeanwhile)
 {
     startKeeping({"acquire"});
     enqueue("sound");
@@ -60,7 +60,7 @@ TEST_F(SilentPowerManagerTest, ACancelIsAnsweredWhileItIsWaitedFor)
     EXPECT_TRUE(m_host.waitForLog("answering release"));
 }
 
-TEST_F(SilentPowerManagerTest, AnItemThatTakesTheCancelledOnesPlaceSoundsOnceItAnswers)
+TEST_F(SilentPowerManagerTest, AnItemThatReplacesACancelledOneSoundsOnceItAnswers)
 {
     startKeeping({"acquire"});
     enqueue("cancelled");
@@ -75,7 +75,7 @@ TEST_F(SilentPowerManagerTest, AnItemThatTakesTheCancelledOnesPlaceSoundsOnceItA
     expectAsGoodAsNew();
 }
 
-TEST_F(SilentPowerManagerTest, NobodyWaitsForTheAnswerToARelease)
+TEST_F(SilentPowerManagerTest, NothingWaitsForTheReplyToARelease)
 {
     startKeeping({"release"});
     enqueue("first");
@@ -86,7 +86,7 @@ TEST_F(SilentPowerManagerTest, NobodyWaitsForTheAnswerToARelease)
     EXPECT_EQ(stopHost(), 0);
 }
 
-TEST_F(SilentPowerManagerTest, NobodyWaitsForTheAnswerToARegistration)
+TEST_F(SilentPowerManagerTest, NothingWaitsForTheReplyToARegistration)
 {
     startKeeping({"register"});
     ASSERT_TRUE(m_host.waitForLog("keeping register"));
@@ -95,7 +95,7 @@ TEST_F(SilentPowerManagerTest, NobodyWaitsForTheAnswerToARegistration)
     expectAsGoodAsNew();
 }
 
-TEST_F(SilentPowerManagerTest, TheHostStopsWithoutItsAnswer)
+TEST_F(SilentPowerManagerTest, TheHostStopsWithoutItsReply)
 {
     startKeeping({"register", "acquire"});
     enqueue("sound");
@@ -148,7 +148,7 @@ TEST_F(NoPowerManagerTest, EachNotificationIsCancelledOnce)
     EXPECT_EQ(stopHost(), 0);
 }
 
-/// A player that doesn't answer.
+/// A player that does not reply.
 class SilentPlayerTest : public SilentPowerManagerTest
 {
 protected:

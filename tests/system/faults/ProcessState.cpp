@@ -46,8 +46,8 @@ ProcessState ProcessState::of(qint64 process)
 
 bool waitForSettled(qint64 process, const ProcessState &before)
 {
-    constexpr std::chrono::seconds patience{10};
-    // The thread sanitizer asks another program for names, over two pipes that it keeps.
+    constexpr std::chrono::seconds timeout{10};
+    // ThreadSanitizer starts a program that finds names, over two pipes that it keeps.
     constexpr int ofSanitizer = threadSanitized ? 2 : 0;
     return waitFor(
         [&] {
@@ -55,7 +55,7 @@ bool waitForSettled(qint64 process, const ProcessState &before)
             return now.descriptors <= before.descriptors + ofSanitizer &&
                    now.threads <= before.threads;
         },
-        patience);
+        timeout);
 }
 
 std::ostream &operator<<(std::ostream &stream, const ProcessState &state)

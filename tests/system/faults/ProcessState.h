@@ -7,18 +7,18 @@
 
 #include <ostream>
 
-/// What a process holds of the system, as /proc tells it.
+/// What a process uses, from /proc.
 struct ProcessState
 {
     int descriptors = 0;
     int threads = 0;
     long residentKiB = 0;
-    long processorTicks = 0; ///< used so far, in all threads
+    long processorTicks = 0; ///< of all threads so far
 
     static ProcessState of(qint64 process);
 };
 
-/// Waits until the process holds no more descriptors and threads than it did.
+/// Waits until the process has no more descriptors and threads than before.
 bool waitForSettled(qint64 process, const ProcessState &before);
 
 std::ostream &operator<<(std::ostream &stream, const ProcessState &state);

@@ -8,18 +8,18 @@
 
 namespace {
 
-// What a thread is given that names no size of its own is what the process may have. A sanitizer's
-// stack frames are several times as large.
+// The process's limit is the default stack size of its threads. Sanitizers make stack frames
+// several times as large.
 constexpr int stackKiB = 256;
 constexpr int instrumentedStackKiB = threadSanitized ? 8192 : 1024;
 
 constexpr int count = 10'000;
 
-constexpr std::chrono::seconds patience{30};
+constexpr std::chrono::seconds timeout{30};
 
 } // namespace
 
-/// A host whose threads have little stack.
+/// A host whose threads have small stacks.
 class SmallStackTest : public CrowdTest
 {
 protected:
@@ -47,7 +47,7 @@ TEST_F(SmallStackTest, HoldsTenThousandInvalidItemsBehindOneDuckReply)
     EXPECT_EQ(m_requester.answer(), "");
     EXPECT_EQ(m_host.log().count("keeping duck"), 1);
     letAnswer("duck");
-    EXPECT_TRUE(waitFor([&] { return m_requester.responseCount() >= expected.size(); }, patience));
+    EXPECT_TRUE(waitFor([&] { return m_requester.responseCount() >= expected.size(); }, timeout));
     EXPECT_EQ(m_requester.responses(), expected);
     expectAsGoodAsNew();
     EXPECT_EQ(stopHost(), 0);

@@ -18,13 +18,13 @@ constexpr int frequency = 1000;
 constexpr int shortMs = 300;
 constexpr int longMs = 20'000;
 
-// How long the music is measured at a time.
+// For how long the music is measured.
 constexpr double measured = 0.4;
-constexpr int patienceMs = 20'000;
+constexpr int timeoutMs = 20'000;
 
 } // namespace
 
-/// The sound server goes away under a host that plays on it, as a whole or a device of it.
+/// The sound server, or one of its devices, goes away while a host plays on it.
 class SoundServerFaultsTest : public SoundTest
 {
 protected:
@@ -38,14 +38,14 @@ protected:
         ASSERT_TRUE(m_notificationDevice.waitForSound());
     }
 
-    /// The music is as loud as ever. A busy machine may leave it silent for a moment, so it is
-    /// measured again until it is; music that stays ducked or silent never is.
+    /// Expects that the music is as loud as before. A busy machine may make it silent for a
+    /// moment, so this measures until it is loud; music that stays ducked or silent never is.
     static void expectLoud(Listener &music)
     {
         QElapsedTimer elapsed;
         elapsed.start();
         double level = 0;
-        while (!elapsed.hasExpired(patienceMs)) {
+        while (!elapsed.hasExpired(timeoutMs)) {
             const double begin = monotonicNow();
             ASSERT_TRUE(music.waitUntil(begin + measured));
             level = music.heard().level(begin, begin + measured);
@@ -56,7 +56,8 @@ protected:
         ADD_FAILURE() << "The music's level is " << level << " dB";
     }
 
-    /// A notification is heard whole, and the music as loud as ever before and after it.
+    /// Expects that a notification is heard whole, with the music as loud as before and after
+    /// it.
     void expectAllHeard()
     {
         Listener music("main");
@@ -77,7 +78,7 @@ protected:
             << "now " << ProcessState::of(m_host.processId()) << ", before " << m_before;
     }
 
-    /// All that the server keeps of how loud its devices are.
+    /// The volumes that the server keeps for its devices.
     static QByteArray volumes()
     {
         QByteArray volumes;
@@ -153,7 +154,7 @@ TEST_F(SoundServerFaultsTest, ADeviceThatIsRemovedAloneEndsItsSoundOnceAndTheMus
     ASSERT_TRUE(m_requester.waitFor("started sound"));
     ASSERT_TRUE(m_notificationDevice.waitForSound());
     removeNotificationDevice();
-    // The server may let the sound go on elsewhere; then it ends by itself.
+    // The server may move the sound to another device; then it ends normally.
     EXPECT_TRUE(m_requester.waitForEnd("sound")) << m_host.log().toStdString();
     ASSERT_TRUE(m_requester.waitForQuiet());
     expectLoud(m_mainDevice);

@@ -17,21 +17,23 @@ namespace {
 constexpr int longMs = 20'000;
 constexpr int shortMs = 50;
 
-// For a busy machine and a sanitizer's report: nothing that stops waits for a sound or an answer.
+// For a busy machine and a sanitizer's report, since a host that stops does not wait for sounds or
+// replies.
 constexpr int promptMs = 5000;
 
 } // namespace
 
 class StopInEveryStateTest;
 
-/// A state of the audio sequence or of the display, and how a host is brought into it and held.
+/// A state of the audio sequence or of the display, and how to bring a host into it and hold it
+/// there.
 struct StateToStopIn
 {
     const char *name;
     void (StopInEveryStateTest::*reach)();
 };
 
-/// The services are stand-ins that hold the sequence where the test wants it.
+/// The services are stand-ins that hold the sequence in the state.
 class StopInEveryStateTest : public FaultTest, public testing::WithParamInterface<StateToStopIn>
 {
 public:
@@ -71,12 +73,12 @@ public:
         ASSERT_TRUE(m_requester.waitFor("started sound"));
     }
 
-    /// Between an end and what follows it: inside the response that tells of the end.
+    /// Between an end and what follows: inside the response that reports the end.
     void ready()
     {
         ASSERT_EQ(mkfifo(fifoName().constData(), 0600), 0);
         startHost({{"responseWaits", inFolder("response.fifo")}});
-        // Fails, and so has no response but that of its end.
+        // Fails, so its only response is that of its end.
         m_requester.invoke("/notifications/player/enqueue",
                            {{"notificationPlayerItem",
                              QJsonObject{{"id", "sound"},
@@ -91,7 +93,7 @@ public:
     {
         startHost({});
         m_requester.enqueue(fileItem("sound", soundFile("short.wav", shortMs)));
-        // A tenth of a second from now it is over, which a signal sent at once is well within.
+        // It is over in 0.1 s; the signal is sent at once.
         ASSERT_TRUE(m_requester.waitFor("finished sound"));
     }
 
@@ -123,7 +125,7 @@ public:
         ASSERT_TRUE(m_requester.waitFor("started urgent"));
     }
 
-    /// The device takes its time to close, so that the player's end is awaited meanwhile.
+    /// The device takes some time to close; meanwhile the player's end is still to come.
     void stopping()
     {
         startHost({{"device", "clings"}});
@@ -199,7 +201,7 @@ protected:
         ASSERT_EQ(m_requester.answer(), "");
     }
 
-    /// Lets go what is held in a response, once the host knows that it is to stop.
+    /// Releases what a response holds, after the host has received the signal.
     void releaseResponse()
     {
         ASSERT_TRUE(m_host.waitForLog("Stopping: Terminated"));

@@ -19,7 +19,7 @@ constexpr int partMs = 100;
 
 } // namespace
 
-/// A stream that comes through a FIFO, whose writer is not to be relied on.
+/// A stream from a FIFO with an unreliable writer.
 class FifoFaultsTest : public FaultTest
 {
 protected:
@@ -54,7 +54,7 @@ protected:
         return QByteArray(2 * framesOf(milliseconds), '\1');
     }
 
-    /// Opens the FIFO for both, and so without waiting for the player.
+    /// Opens the FIFO for reading and writing, so this does not wait for the player.
     void openWriter()
     {
         m_writer = ::open(fifoName().constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
@@ -72,7 +72,7 @@ protected:
         EXPECT_EQ(::write(m_writer, bytes.constData(), std::size_t(bytes.size())), bytes.size());
     }
 
-    /// A stream that has brought something and then nothing more.
+    /// A stream that delivers something and then stalls.
     void startStalledStream(const QString &id)
     {
         openWriter();
@@ -96,12 +96,12 @@ TEST_F(FifoFaultsTest, AStalledStreamGoesOnWhenItsWriterDoes)
     expectAsGoodAsNew();
 }
 
-TEST_F(FifoFaultsTest, AStalledStreamLeavesTheProcessorAlone)
+TEST_F(FifoFaultsTest, AStalledStreamTakesNoProcessorTime)
 {
     startStalledStream("stream");
     const long before = ProcessState::of(m_host.processId()).processorTicks;
     waitFor([] { return false; }, std::chrono::seconds(1));
-    // A few looks a second whether the device is still there.
+    // The player checks a few times a second whether the device is still there.
     constexpr long fewTicks = 5;
     EXPECT_LE(ProcessState::of(m_host.processId()).processorTicks - before, fewTicks);
     EXPECT_EQ(m_requester.ends("stream"), 0);
@@ -119,7 +119,7 @@ TEST_F(FifoFaultsTest, AStalledStreamIsCancelledAtOnce)
                                                      "started afterwards", "finished afterwards"));
 }
 
-TEST_F(FifoFaultsTest, AStalledStreamGivesWayToAnUrgentSound)
+TEST_F(FifoFaultsTest, AStalledStreamIsPreEmptedByAnUrgentSound)
 {
     startStalledStream("stream");
     m_requester.enqueue(fileItem("urgent", soundFile("urgent.wav", partMs), 3));
@@ -146,7 +146,7 @@ TEST_F(FifoFaultsTest, AStreamWhoseWriterIsKilledFinishesWithWhatCame)
 {
     const QString content = m_host.writeFile("part.raw", rawSound(partMs));
     QProcess writer;
-    // It writes, and keeps the FIFO open until it is killed.
+    // Writes, then keeps the FIFO open until it is killed.
     writer.start("/bin/sh", {"-c", "exec 3>\"$1\"; cat \"$2\" >&3; exec sleep 60", "writer",
                              inFolder("stream.fifo"), content});
     m_requester.enqueue(rawItem("stream"));

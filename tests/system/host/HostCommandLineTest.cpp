@@ -86,7 +86,7 @@ TEST_F(HostCommandLineTest, RefusesAnEmptyNameOfAConfigurationFile)
 TEST_F(HostCommandLineTest, RunsOnWhenItCannotReportThatItIsReady)
 {
     m_host.setConfiguration(configurationOf({scripted("one")}));
-    // Open, but for reading only.
+    // Open, but only for reading.
     m_host.addArguments({"--ready-fd", "0"});
     ASSERT_TRUE(m_host.start());
     ASSERT_TRUE(m_host.waitForLog("Nobody reads the descriptor given by --ready-fd"));

@@ -11,7 +11,7 @@ struct WrongConfiguration
 {
     std::string name;
     std::string json;
-    /// What the message says after the file's name.
+    /// The message after the file's name.
     std::string message;
 };
 
@@ -20,7 +20,7 @@ static void PrintTo(const WrongConfiguration &wrong, std::ostream *stream)
     *stream << wrong.json;
 }
 
-/// The reader has tests of its own; these check exit code, form and silence of the program.
+/// The reader has its own tests; these check exit code, message and output of the program.
 class HostConfigurationErrorsTest : public HostTest,
                                     public testing::WithParamInterface<WrongConfiguration>
 {

@@ -6,7 +6,7 @@
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// Modules that can't be run. Each is the third of three, so that two must be stopped again.
+/// Modules that can't run. Each is the third of three, so two others must be stopped.
 class HostFailuresTest : public HostTest
 {
 protected:

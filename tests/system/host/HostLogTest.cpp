@@ -6,14 +6,14 @@
 class HostLogTest : public HostTest
 {
 protected:
-    /// Runs and stops a host with one scripted worker, and with this "log" in its configuration.
+    /// Runs and stops a host with one scripted worker and this "log" in its configuration.
     void runOnce(const QJsonObject &log)
     {
         start(log, {});
         ASSERT_EQ(m_host.stop(), 0) << m_host.log().toStdString();
     }
 
-    /// The same, after the worker has said something in its event loop.
+    /// The same, after the worker has logged something in its event loop.
     void runSaying(const QString &text, const QJsonObject &log)
     {
         start(log, {{"say", text}});

@@ -23,11 +23,11 @@
 #include <unistd.h>
 #include <vector>
 
-/// A host whose search path holds the modules for tests.
+/// A host that searches the folder of the modules for tests.
 class HostTest : public testing::Test
 {
 protected:
-    /// What a scripted worker logged.
+    /// An event logged by a scripted worker.
     struct Event
     {
         QString what;
@@ -62,7 +62,7 @@ protected:
         return {{QStringLiteral("modules"), modules}};
     }
 
-    /// "worker event" in the order of the log, with the thread it was logged in.
+    /// The events as "worker event", in the order of the log.
     std::vector<Event> events() const
     {
         static const QRegularExpression s_event(
@@ -90,7 +90,7 @@ protected:
         return names;
     }
 
-    /// The thread that an event was logged in; empty when there was none.
+    /// The thread that logged an event, or empty.
     QString threadOf(const QString &what) const
     {
         for (const Event &event : events()) {
@@ -110,7 +110,7 @@ protected:
         return path;
     }
 
-    /// Opens the FIFO, and so ends the wait for it.
+    /// Opens the FIFO, so whatever waits for it continues.
     static void releaseFifo(const QString &path)
     {
         const int descriptor = open(QFile::encodeName(path).constData(), O_WRONLY | O_CLOEXEC);

@@ -25,8 +25,8 @@
 using testing::HasSubstr;
 using testing::Not;
 
-/// The package in a folder of its own, as a stranger has it: neither the build tree nor the sources
-/// are used but for what is copied here.
+/// The package, installed in a folder of its own. Uses the build tree and the sources only for what
+/// is copied here.
 class InstalledPackageTest : public testing::Test
 {
 protected:
@@ -45,21 +45,21 @@ protected:
     QString exampleBuild() const { return m_folder.filePath("build"); }
     QString exampleModules() const { return exampleBuild() + "/" TAVO_INSTALL_MODULE_DIR; }
 
-    /// Runs a program, which is to succeed; gives what it wrote.
+    /// Runs a program, expects success and returns its output.
     static std::string run(const QString &program, const QStringList &arguments)
     {
-        constexpr int patienceMs = 200000;
+        constexpr int timeoutMs = 200000;
         QProcess process;
         process.setProcessChannelMode(QProcess::MergedChannels);
         process.start(program, arguments);
-        EXPECT_TRUE(process.waitForFinished(patienceMs));
+        EXPECT_TRUE(process.waitForFinished(timeoutMs));
         std::string output = process.readAll().toStdString();
         EXPECT_EQ(process.exitStatus(), QProcess::NormalExit) << output;
         EXPECT_EQ(process.exitCode(), 0) << output;
         return output;
     }
 
-    /// Copies an example out of the tree and builds it as its CMake file says.
+    /// Copies an example and builds it as its CMake file says.
     void buildExample(const QString &example = "demo")
     {
         const QString sources = m_folder.filePath(example);
@@ -97,7 +97,7 @@ TEST_F(InstalledPackageTest, TheHostRunsWithoutAConfiguration)
     EXPECT_EQ(m_host.stop(), 0) << m_host.log().toStdString();
 }
 
-TEST_F(InstalledPackageTest, TheModulesAndThePlayersUseTheLibrariesThatAreInstalledWithThem)
+TEST_F(InstalledPackageTest, TheModulesAndThePlayersUseTheInstalledLibraries)
 {
     const QString playback = prefix() + "/" TAVO_INSTALL_MODULE_DIR "/../libtavo_playback.so";
     const std::pair<QString, std::string> uses[] = {
@@ -108,7 +108,7 @@ TEST_F(InstalledPackageTest, TheModulesAndThePlayersUseTheLibrariesThatAreInstal
         {playback, "libtavo_simpleplayer.so.0"},
     };
     for (const auto &[user, used] : uses) {
-        // What is loaded into the tests' own processes beforehand is none of theirs.
+        // Except libraries that are preloaded into the tests' processes.
         const std::string libraries = run("env", {"-u", "LD_PRELOAD", "ldd", user});
         EXPECT_THAT(libraries, HasSubstr(used + " => " + prefix().toStdString()));
         EXPECT_THAT(libraries, Not(HasSubstr("not found")));
@@ -141,7 +141,7 @@ TEST_F(InstalledPackageTest, TheExampleRunsInTheHost)
     EXPECT_EQ(m_host.stop(), 0) << m_host.log().toStdString();
 }
 
-TEST_F(InstalledPackageTest, ASessionsBusStartsTheHostForTheFirstWhoCallsIt)
+TEST_F(InstalledPackageTest, ASessionBusStartsTheHostOnTheFirstCall)
 {
     const QString services = prefix() + "/" TAVO_INSTALL_DATADIR "/dbus-1/services";
     const PrivateBus bus("<servicedir>" + services + "</servicedir>");
@@ -162,7 +162,7 @@ TEST_F(InstalledPackageTest, ASessionsBusStartsTheHostForTheFirstWhoCallsIt)
     EXPECT_EQ(::kill(processId, SIGTERM), 0);
 }
 
-TEST_F(InstalledPackageTest, TellsTheInterfaceAndTheSystemBusesPolicy)
+TEST_F(InstalledPackageTest, InstallsTheInterfaceAndThePolicyOfTheSystemBus)
 {
     const QString folder = prefix() + "/" TAVO_INSTALL_DATADIR "/dbus-1/";
     EXPECT_TRUE(QFile::exists(folder + "interfaces/org.freedesktop.Notifications.xml"));

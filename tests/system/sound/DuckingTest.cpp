@@ -13,8 +13,8 @@ constexpr int lengthMs = 1200;
 constexpr double duckedLevel = SoundTest::toneLevel - 20; // the player's default attenuation
 constexpr double tolerance = 1;                           // dB
 
-// What the device still holds when a fade begins, the fade, and that the two devices' clocks are
-// known to some hundredths of a second only.
+// What the device has buffered when a fade begins, the fade, and some hundredths of a second, since
+// the clocks of the two devices are not known exactly.
 constexpr double settled = 0.3;
 
 } // namespace
@@ -22,7 +22,7 @@ constexpr double settled = 0.3;
 class DuckingTest : public SoundTest
 {
 protected:
-    /// Plays a notification over music.
+    /// Plays a notification while music plays.
     void playOverMusic()
     {
         start(withMusic());
@@ -32,8 +32,8 @@ protected:
         ASSERT_TRUE(m_requester.waitFor("restored")) << m_host.log().toStdString();
     }
 
-    /// Both services were asked once, and given back what they gave; the two ends are requests to
-    /// different threads.
+    /// Expects that both services were requested once and released. The order of the releases
+    /// is open, since they are requests to different threads.
     void expectOneSequence()
     {
         ASSERT_TRUE(m_requester.waitFor("released"));

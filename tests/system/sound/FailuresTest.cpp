@@ -17,7 +17,7 @@ constexpr int httpTimeoutMs = 700;
 
 } // namespace
 
-/// Where the bad sounds of a test come from.
+/// Where a test's broken sounds come from.
 struct BadPlace
 {
     QString folder;
@@ -148,7 +148,7 @@ protected:
         ASSERT_TRUE(m_notificationDevice.waitForSound());
     }
 
-    // All of them: the server would go on with a stream on another that is left.
+    // All of them, since the server would move the stream to a remaining device.
     static void unplugDevices()
     {
         for (const QByteArray &module :

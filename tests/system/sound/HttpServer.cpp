@@ -45,7 +45,7 @@ QString HttpServer::breakingOff(const QString &name, const QByteArray &bytes)
 
 QString HttpServer::closed()
 {
-    // A port that was free a moment ago.
+    // A port that was just free.
     QTcpServer server;
     server.listen(QHostAddress::LocalHost);
     return uriAt(server.serverPort(), QStringLiteral("closed.wav"));
@@ -55,7 +55,7 @@ void HttpServer::accept()
 {
     QTcpSocket *socket = m_server.nextPendingConnection();
     QObject::connect(socket, &QTcpSocket::readyRead, socket, [this, socket] {
-        // The first line says all that matters; it comes in one piece.
+        // The first line is enough, and it comes in one piece.
         const QByteArray request = socket->readLine();
         socket->readAll();
         if (request.startsWith("GET /silent.wav ")) {

@@ -9,30 +9,31 @@
 
 #include <map>
 
-/// An http server on the loopback address that knows some files, and one that it never answers for.
+/// An http server on the loopback address that serves some files, and one file for which it never
+/// responds.
 ///
-/// Thread: the test's, whose event loop drives it.
+/// Lives in the test's thread and runs in its event loop.
 class HttpServer
 {
 public:
     HttpServer();
 
-    /// Serves the bytes at the name from now on; gives their URI.
+    /// Serves the bytes under this name and returns their URI.
     QString serve(const QString &name, const QByteArray &bytes);
 
-    /// The URI of a file that isn't there.
+    /// The URI of a file that does not exist.
     QString missing() const { return uri(QStringLiteral("missing.wav")); }
 
-    /// The URI of a file for which a request is taken and left waiting.
+    /// The URI of a file for which requests are accepted but not answered.
     QString silent() const { return uri(QStringLiteral("silent.wav")); }
 
-    /// Serves the headers and so many bytes of the body, and then nothing more.
+    /// Serves the headers and `served` bytes of the body, then stalls.
     QString stalling(const QString &name, const QByteArray &bytes, int served);
 
-    /// Serves the first half of the body and closes the connection.
+    /// Serves the first half of the body, then closes the connection.
     QString breakingOff(const QString &name, const QByteArray &bytes);
 
-    /// The URI of a file behind a port at which nobody listens.
+    /// The URI of a file at a port where nobody listens.
     static QString closed();
 
 private:

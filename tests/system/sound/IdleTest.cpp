@@ -21,9 +21,9 @@ namespace {
 struct Activity
 {
     int threads = 0;
-    QByteArray names;  // of the threads
-    long ticks = 0;    // of the processor, in all threads
-    long switches = 0; // voluntary: each is a wait that something ended
+    QByteArray names;  // of its threads
+    long ticks = 0;    // processor time of all threads
+    long switches = 0; // voluntary switches: each is a wait that has ended
 };
 
 long valueAfter(const QByteArray &text, const QByteArray &key)
@@ -37,7 +37,7 @@ Activity activityOf(qint64 process)
     Activity activity;
     const QString tasks = QString("/proc/%1/task/").arg(process);
     for (const QString &task : QDir(tasks).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        // What follows the name, which is in parentheses.
+        // The fields after the name, which is in parentheses.
         const QByteArray stat = readFile(tasks + task + "/stat");
         const QList<QByteArray> fields = stat.mid(stat.lastIndexOf(')') + 2).split(' ');
         constexpr int userTime = 11;
@@ -66,7 +66,7 @@ protected:
         m_atStart = activityOf(m_host.processId());
     }
 
-    /// Plays, interrupts, fails and cancels, and waits until all of it is over.
+    /// Plays, interrupts and cancels sounds, lets one fail, and waits until all are over.
     void playAndWaitForQuiet()
     {
         m_requester.enqueue(fileItem("sound", toneFile(1000, 300)));
@@ -78,7 +78,7 @@ protected:
         ASSERT_TRUE(m_requester.waitFor("restored"));
     }
 
-    /// Waits until the host does nothing for a moment: what it was asked for is then behind it.
+    /// Waits until the host does nothing for a moment, so all earlier work is done.
     void waitForRest() const
     {
         long before = -1;
@@ -89,7 +89,7 @@ protected:
         });
     }
 
-    /// What the host does while nothing is asked of it.
+    /// What the host does while it gets no requests.
     Activity activityInTwoSeconds() const
     {
         const Activity before = activityOf(m_host.processId());
@@ -102,7 +102,7 @@ protected:
     Activity m_atStart;
 };
 
-TEST_F(IdleTest, AHostThatNobodyAsksForAnythingSleeps)
+TEST_F(IdleTest, AnIdleHostSleeps)
 {
     const Activity activity = activityInTwoSeconds();
     EXPECT_EQ(activity.switches, 0);
@@ -128,8 +128,8 @@ TEST_F(IdleTest, NoThreadOutlivesItsSound)
         << "\nat the start:" << m_atStart.names.toStdString();
 }
 
-// Qt keeps the threads in which it watches the network, and tidies up once.
-TEST_F(IdleTest, AHostNearlySleepsAfterASoundThatWasFetched)
+// Qt keeps its threads for the network, and cleans up once.
+TEST_F(IdleTest, AHostNearlySleepsAfterAFetchedSound)
 {
     HttpServer server;
     const QByteArray file = readFile(toneFile(1000, 300));

@@ -17,16 +17,16 @@ namespace {
 
 constexpr int channels = 2;
 constexpr int frameBytes = channels * int(sizeof(short));
-constexpr std::chrono::seconds patience{20};
+constexpr std::chrono::seconds timeout{20};
 constexpr int silentLevel = -100;
 constexpr double fullScale = 32768;
 
-// A tone of whole hundreds of Hz has whole periods in a block.
+// A tone of a multiple of 100 Hz has whole periods in a block.
 constexpr int blockFrames = Heard::rate / 100;
 constexpr double blockMs = 10;
-constexpr double longestGap = 0.2;
+constexpr double maxGap = 0.2;
 
-// The mean square of what has that frequency.
+// The mean square of the tone with that frequency.
 double powerAt(int frequency, const short *samples)
 {
     double real = 0;
@@ -88,7 +88,7 @@ int Heard::frames() const
     return int(m_samples.size()) - int(std::count(m_samples.begin(), m_samples.end(), short(0)));
 }
 
-// What part of each block is the tone. A block that only begins or ends with it counts in part.
+// The share of the tone in each block. Blocks where the tone begins or ends count in part.
 std::vector<double> Heard::toneBlocks(int frequency) const
 {
     std::vector<double> blocks;
@@ -115,7 +115,7 @@ std::vector<Heard::Span> Heard::tones(int frequency) const
     std::vector<Span> spans;
     double moment = m_begin;
     for (const double part : toneBlocks(frequency)) {
-        if (part > half && (spans.empty() || moment - spans.back().end > longestGap)) {
+        if (part > half && (spans.empty() || moment - spans.back().end > maxGap)) {
             spans.push_back({moment, moment + blockSeconds});
         } else if (part > half) {
             spans.back().end = moment + blockSeconds;
@@ -125,7 +125,7 @@ std::vector<Heard::Span> Heard::tones(int frequency) const
     return spans;
 }
 
-// The median of short blocks: one that a busy machine left silent doesn't make the whole quiet.
+// The median of short blocks, so a block that a busy machine left silent does not matter.
 double Heard::level(double begin, double end) const
 {
     std::vector<double> levels;
@@ -164,7 +164,7 @@ Listener::Listener(const QString &device)
         {QStringLiteral("--device=%1.monitor").arg(sink), QStringLiteral("--raw"),
          QStringLiteral("--format=s16le"), QStringLiteral("--rate=%1").arg(Heard::rate),
          QStringLiteral("--channels=%1").arg(channels), QStringLiteral("--latency-msec=10")});
-    if (!waitFor([this] { return !m_bytes.isEmpty(); }, patience)) {
+    if (!waitFor([this] { return !m_bytes.isEmpty(); }, timeout)) {
         throw std::runtime_error("nothing is heard of a device");
     }
 }
@@ -175,8 +175,8 @@ Listener::~Listener()
     m_recorder->waitForFinished();
 }
 
-// What is heard can come late but never early, so each piece gives a latest moment for the first
-// sample, and the earliest of these is the best that is known.
+// Audio can arrive late, but never early. So each piece gives an upper bound for the time of the
+// first sample, and the lowest of these bounds is the best estimate.
 void Listener::take()
 {
     m_bytes += m_recorder->readAllStandardOutput();
@@ -190,7 +190,7 @@ double Listener::end() const
 
 bool Listener::waitUntil(double moment)
 {
-    return waitFor([&] { return end() >= moment; }, patience);
+    return waitFor([&] { return end() >= moment; }, timeout);
 }
 
 bool Listener::listenFor(double seconds)
@@ -207,5 +207,5 @@ bool Listener::waitForSound()
             }
             return m_silentBytes < m_bytes.size();
         },
-        patience);
+        timeout);
 }

@@ -12,13 +12,13 @@
 
 class QProcess;
 
-/// What was heard on a device, by the monotonic clock.
+/// What was heard on a device, in times of the monotonic clock.
 class Heard
 {
 public:
     static constexpr int rate = 48000;
 
-    /// Stereo samples; begin is when the first was heard.
+    /// Stereo samples; begin is the time of the first one.
     Heard(const QByteArray &samples, double begin);
 
     struct Span
@@ -27,23 +27,23 @@ public:
         double end;
     };
 
-    /// From the first sample that is no silence to the last; none when there is only silence.
+    /// From the first sample that is not silent to the last one. Empty if all are silent.
     std::optional<Span> span() const;
 
-    /// How many frames are no silence. Silence that a late player left between them doesn't count,
-    /// so this is exact however busy the machine is.
+    /// How many frames are not silent. Gaps that a late player left do not count, so this is
+    /// exact even on a busy machine.
     int frames() const;
 
     /// How long a tone was heard, in milliseconds.
     double toneMs(int frequency) const;
 
-    /// The spans of a tone, gaps of up to 200 ms left out.
+    /// When a tone was heard. Ignores gaps of up to 200 ms.
     std::vector<Span> tones(int frequency) const;
 
-    /// The usual loudness between two moments, in dBFS; that of digital silence is -100.
+    /// The median loudness between two moments, in dBFS. Digital silence is -100.
     double level(double begin, double end) const;
 
-    /// The loudest sample, in 16 bit units.
+    /// The maximum of the samples, in 16 bit units.
     int peak() const;
 
 private:
@@ -53,9 +53,9 @@ private:
     double m_begin;
 };
 
-/// Listens to one of the sound server's devices from its making on.
+/// Records one of the sound server's devices from its construction on.
 ///
-/// Thread: the test's, whose event loop takes in what is heard.
+/// Lives in the test's thread and reads in its event loop.
 class Listener
 {
 public:
@@ -64,7 +64,7 @@ public:
     Listener(const Listener &) = delete;
     Listener &operator=(const Listener &) = delete;
 
-    /// Waits until what was heard up to that moment is here.
+    /// Waits until everything that was heard up to that moment has been read.
     bool waitUntil(double moment);
 
     /// Waits until that much more has been heard.
@@ -81,9 +81,9 @@ private:
 
     std::unique_ptr<QProcess> m_recorder;
     QByteArray m_bytes;
-    int m_silentBytes = 0; // from the beginning on
+    int m_silentBytes = 0; // from the beginning
     double m_begin;
 };
 
-/// Seconds on the monotonic clock.
+/// The current time in seconds of the monotonic clock.
 double monotonicNow();

@@ -31,7 +31,7 @@ protected:
     }
 };
 
-TEST_F(PowerTest, ANotificationInStandbyIsCancelledUnheard)
+TEST_F(PowerTest, ANotificationInStandbyIsCancelledWithoutASound)
 {
     start();
     ask(standby);
@@ -54,7 +54,7 @@ TEST_F(PowerTest, NotificationsSoundAgainAfterStandby)
     EXPECT_EQ(notifications().frames(), framesOf(lengthMs));
 }
 
-TEST_F(PowerTest, StandbyCancelsWhatSoundsAndWaits)
+TEST_F(PowerTest, StandbyCancelsPlayingAndWaitingSounds)
 {
     start();
     enqueueTone("sounding", longMs);
@@ -94,7 +94,7 @@ TEST_F(PowerTest, WithoutAPowerManagerEverythingIsCancelled)
 
 TEST_F(PowerTest, WithoutAPlayerNotificationsSoundOnTheDefaultDevice)
 {
-    // Alone: the system's configuration files would have a default of their own.
+    // Without the system's files, which may define a default.
     m_host.setEnvironment(
         "ALSA_CONFIG_PATH",
         m_host.writeFile("asound.conf", "pcm.default { type pulse device \"notif\" }\n"));

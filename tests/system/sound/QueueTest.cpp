@@ -12,7 +12,7 @@ namespace {
 
 enum Priority { low = 0, normal = 1, high = 2, urgent = 3 };
 
-// One each, so that a recording tells who sounded.
+// One for each sound, so a recording shows which one played.
 constexpr int frequencyA = 1000;
 constexpr int frequencyB = 2000;
 constexpr int shortMs = 300;
@@ -51,7 +51,8 @@ TEST_F(QueueTest, AnUrgentSoundInterruptsAnotherWhichGoesOnAfterwards)
     EXPECT_GE(urgentSpans[0].begin, longSpans[0].end - 0.02);
     EXPECT_LE(urgentSpans[0].end, longSpans[1].begin + 0.02);
     EXPECT_NEAR(heard.toneMs(frequencyB), shortMs, 15);
-    // A pause keeps the place; at worst it is off by the step in which the device counts.
+    // A pause keeps the position, at worst with an error of the step in which the device
+    // counts.
     constexpr int stepMs = 10;
     EXPECT_NEAR(heard.frames(), framesOf(longMs + shortMs), framesOf(stepMs));
 }
@@ -90,7 +91,7 @@ TEST_F(QueueTest, AWaitingSoundThatIsCancelledIsNeverHeard)
     EXPECT_THAT(notifications().tones(frequencyB), IsEmpty());
 }
 
-TEST_F(QueueTest, ASoundThatIsCancelledBreaksOff)
+TEST_F(QueueTest, ACancelledSoundStops)
 {
     start();
     constexpr int endlessMs = 20000;
@@ -103,7 +104,7 @@ TEST_F(QueueTest, ASoundThatIsCancelledBreaksOff)
     EXPECT_LT(notifications().span()->end, m_requester.momentOf("cancelled sound") + 0.3);
 }
 
-TEST_F(QueueTest, AnUnknownSoundCanNotBeCancelled)
+TEST_F(QueueTest, AnUnknownSoundCannotBeCancelled)
 {
     start();
     m_requester.cancel("nobody");

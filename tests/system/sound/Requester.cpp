@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr std::chrono::seconds patience{30};
+constexpr std::chrono::seconds timeout{30};
 
 constexpr int audioResource = 2;
 
@@ -82,7 +82,7 @@ void Requester::invoke(const QString &path, const QJsonObject &value)
 
 std::string Requester::answer()
 {
-    const bool answered = ::waitFor([this] { return m_answers.count(m_lastTag) > 0; }, patience);
+    const bool answered = ::waitFor([this] { return m_answers.count(m_lastTag) > 0; }, timeout);
     return answered ? m_answers.at(m_lastTag) : "no answer";
 }
 
@@ -95,12 +95,12 @@ void Requester::watchServices()
 
 bool Requester::waitFor(const std::string &what)
 {
-    return ::waitFor([&] { return has(what); }, patience);
+    return ::waitFor([&] { return has(what); }, timeout);
 }
 
 bool Requester::waitForEnd(const std::string &id)
 {
-    return ::waitFor([&] { return ends(id) > 0; }, patience);
+    return ::waitFor([&] { return ends(id) > 0; }, timeout);
 }
 
 int Requester::count(const std::string &what) const
@@ -121,7 +121,7 @@ int Requester::ends(const std::string &id) const
 
 bool Requester::waitForQuiet()
 {
-    return ::waitFor([this] { return !m_ducked && !m_acquired; }, patience);
+    return ::waitFor([this] { return !m_ducked && !m_acquired; }, timeout);
 }
 
 double Requester::momentOf(const std::string &what) const

@@ -15,14 +15,14 @@
 
 class QLocalSocket;
 
-/// The test's end of a "requester" module in the host, which see: what the test has it do in the
-/// model, and what it saw there.
+/// The test's side of the module "requester" in the host: sends it commands and receives its
+/// events.
 ///
-/// Thread: the test's. Everything that waits turns the event loop and gives up after a while.
+/// Lives in the test's thread. All waits run the event loop and have a timeout.
 class Requester
 {
 public:
-    /// What happened to the worker, when, on the monotonic clock.
+    /// An event of the worker, with its time on the monotonic clock.
     struct Event
     {
         double moment;
@@ -38,45 +38,45 @@ public:
     /// The module's entry in the host's configuration.
     QJsonObject module() const;
 
-    /// Queues a notification, whose responses come here.
+    /// Enqueues a notification. Its responses come here.
     void enqueue(QJsonObject item);
     void cancel(const QString &id);
     void invoke(const QString &path, const QJsonObject &value = {});
 
-    /// Waits for the answer to the last request; gives its error's text, empty for a good one.
+    /// Waits for the last request's reply and returns its error text, empty on success.
     std::string answer();
 
-    /// Notes from now on when the main audio is "ducked" and "restored", and when the audio
+    /// From now on notes when the main audio is "ducked" and "restored", and when the audio
     /// resource is "acquired" and "released".
     void watchServices();
 
-    /// Waits until something has happened: "started ID", "finished ID", "cancelled ID", "failed ID"
-    /// or one of the above.
+    /// Waits for an event: "started ID", "finished ID", "cancelled ID", "failed ID" or one of
+    /// the above.
     bool waitFor(const std::string &what);
 
-    /// Waits until one has ended, however.
+    /// Waits until a notification has ended in any way.
     bool waitForEnd(const std::string &id);
 
-    /// How often it has happened.
+    /// How often the event has come.
     int count(const std::string &what) const;
 
-    /// How often one has ended, however; once is right.
+    /// How often a notification has ended in any way; 1 is right.
     int ends(const std::string &id) const;
 
-    /// Waits until the main audio isn't ducked and the audio resource isn't held.
+    /// Waits until the main audio is not ducked and the audio resource is not held.
     bool waitForQuiet();
 
-    /// When it happened last; 0 when it didn't.
+    /// The time of the event's last occurrence, or 0.
     double momentOf(const std::string &what) const;
 
     bool has(const std::string &what) const { return momentOf(what) != 0; }
 
-    /// What became of the notifications, in the order in which it did.
+    /// The responses of the notifications, in their order.
     std::vector<std::string> responses() const { return textsOf(m_responses); }
 
     std::size_t responseCount() const { return m_responses.size(); }
 
-    /// What became of the services that are watched.
+    /// The changes of the observed services, in their order.
     std::vector<std::string> changes() const { return textsOf(m_changes); }
 
 private:
@@ -90,7 +90,7 @@ private:
 
     const QString m_name;
     QLocalServer m_server;
-    QLocalSocket *m_socket = nullptr; // the server's
+    QLocalSocket *m_socket = nullptr; // owned by the server
     QByteArray m_unsent;
     int m_lastTag = 0;
     std::map<int, std::string> m_answers;

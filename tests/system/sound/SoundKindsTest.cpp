@@ -48,7 +48,8 @@ protected:
         EXPECT_TRUE(m_requester.waitFor("finished sound")) << m_host.log().toStdString();
     }
 
-    /// All of the sound, and it alone, was heard on the notification device alone.
+    /// Expects that the whole sound and nothing else was heard, and only on the notification
+    /// device.
     void expectExactlyTheSound()
     {
         const Heard heard = notifications();
@@ -116,7 +117,8 @@ TEST_F(SoundKindsTest, ARawStreamFromAFifoSoundsOnTheNotificationDevice)
 {
     const QByteArray fifo = QFile::encodeName(inFolder("tone.fifo"));
     ASSERT_EQ(mkfifo(fifo.constData(), 0600), 0);
-    // Open for both, and so without waiting for the player; it fits into the pipe.
+    // Open for reading and writing, so this does not wait for the player; it fits into the
+    // pipe.
     const int writer = open(fifo.constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
     const QByteArray bytes = bigEndian(tone(frequency, lengthMs));
     ASSERT_EQ(write(writer, bytes.constData(), std::size_t(bytes.size())), bytes.size());

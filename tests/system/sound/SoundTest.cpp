@@ -54,7 +54,7 @@ std::vector<short> SoundTest::tone(int frequency, int milliseconds)
 {
     std::vector<short> samples(std::size_t(framesOf(milliseconds)));
     for (std::size_t i = 0; i < samples.size(); ++i) {
-        // Half a sample off, so that none meets a zero of the sine.
+        // Half a sample off, so that no sample is at a zero of the sine.
         const double value = amplitude * std::sin(2 * M_PI * frequency * (double(i) + 0.5) / rate);
         samples[i] = short(std::lround(value));
     }
@@ -70,7 +70,7 @@ QString SoundTest::toneFile(int frequency, int milliseconds, int format, const Q
 {
     QString path =
         inFolder(QStringLiteral("%1-%2.%3").arg(frequency).arg(milliseconds).arg(suffix));
-    // Written once: a host may be playing the file already.
+    // Written once, since a host may be playing the file already.
     if (!QFile::exists(path)) {
         writeSound(path, format, rate, tone(frequency, milliseconds));
     }

@@ -13,7 +13,7 @@ namespace {
 constexpr int frequency = 1000;
 constexpr int endlessMs = 20000;
 
-// Nothing that stops waits for a sound; the rest is for a busy machine and a sanitizer's report.
+// For a busy machine and a sanitizer's report, since a host that stops does not wait for sounds.
 constexpr int promptMs = 5000;
 
 } // namespace
@@ -81,7 +81,7 @@ TEST_F(StopTest, AHostEndsWhileASoundIsBeingFetched)
     expectPromptEnd();
 }
 
-TEST_F(StopTest, AHostEndsWhileAStreamBringsNothing)
+TEST_F(StopTest, AHostEndsWhileAStreamStalls)
 {
     const QString fifo = inFolder("silent.fifo");
     ASSERT_EQ(mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
