@@ -3,7 +3,7 @@
 
 #include "playback/AlsaDevice.h"
 
-#include "playback/Log.h"
+#include "simpleplayer/Log.h"
 #include "simpleplayer/SimplePlayer.h"
 
 #include <algorithm>

@@ -5,7 +5,7 @@
 #include "playback/ByteInput.h"
 #include "playback/CollectedSound.h"
 #include "playback/HttpFetch.h"
-#include "playback/loader/PlaybackLibrary.h"
+#include "simpleplayer/PlaybackLibrary.h"
 #include "playback/PcmStream.h"
 #include "playback/PlaybackWriter.h"
 #include "playback/SoundFile.h"

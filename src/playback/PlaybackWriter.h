@@ -7,7 +7,7 @@
 #include "playback/FrameSource.h"
 #include "playback/FrameWindow.h"
 #include "playback/GainRamp.h"
-#include "playback/loader/Playback.h"
+#include "simpleplayer/Playback.h"
 #include "playback/WakeEvent.h"
 
 #include <atomic>

@@ -3,7 +3,7 @@
 
 // Replaces the loader of the playback library, which is linked into the fuzzer.
 
-#include <playback/loader/PlaybackLibrary.h>
+#include <simpleplayer/PlaybackLibrary.h>
 
 Result<std::unique_ptr<Playback>> makePlayback(const PlayedSound &sound,
                                                const PlaybackOptions &options,

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "core/cmpathtable.h"
+#include "core/registry/cmpathtable.h"
 
 #include <gtest/gtest.h>
 

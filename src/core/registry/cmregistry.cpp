@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "core/cmregistry.h"
+#include "core/registry/cmregistry.h"
 
 #include "core/base/dbglog.h"
-#include "core/cmsubscriptions.h"
+#include "core/registry/cmsubscriptions.h"
 
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Model");

@@ -3,8 +3,8 @@
 
 #include "core/model/cmroot.h"
 
-#include "core/cmregistry.h"
-#include "core/cmrouting.h"
+#include "core/registry/cmregistry.h"
+#include "core/registry/cmrouting.h"
 
 namespace {
 /// Routes each request to the node at its path, wherever its worker lives.

@@ -3,7 +3,7 @@
 
 #include "simpleplayer/UriSimplePlayer.h"
 
-#include "playback/loader/Playback.h"
+#include "simpleplayer/Playback.h"
 
 UriSimplePlayer::UriSimplePlayer(const QString &uri, const QString &id, const QString &device,
                                  QObject *parent)

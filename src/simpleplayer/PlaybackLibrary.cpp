@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "playback/loader/PlaybackLibrary.h"
+#include "simpleplayer/PlaybackLibrary.h"
 
 #include <QFile>
 #include <QFileInfo>

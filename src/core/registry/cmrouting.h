@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "core/cmregistry.h"
+#include "core/registry/cmregistry.h"
 #include "core/model/cmrequest.h"
 
 /// Hands a request to the node at its path. If there is no such node, or if a set of nodes is given

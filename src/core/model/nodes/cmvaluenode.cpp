@@ -3,7 +3,7 @@
 
 #include "core/model/nodes/cmvaluenode.h"
 
-#include "core/cmsubscriptions.h"
+#include "core/registry/cmsubscriptions.h"
 
 #include <QMutex>
 

@@ -3,7 +3,7 @@
 
 #include "simpleplayer/FakePlayer.h"
 
-#include "playback/loader/Playback.h"
+#include "simpleplayer/Playback.h"
 
 FakePlayer::FakePlayer(const QString &id, QObject *parent)
     : SimplePlayer(id, nullptr, parent)

@@ -3,8 +3,8 @@
 
 #include "simpleplayer/SimplePlayer.h"
 
-#include "playback/loader/PlaybackLibrary.h"
-#include "playback/Log.h"
+#include "simpleplayer/PlaybackLibrary.h"
+#include "simpleplayer/Log.h"
 
 #include <QMetaObject>
 

@@ -4,7 +4,7 @@
 #include "core/model/nodes/cmnode.h"
 
 #include "core/base/dbglog.h"
-#include "core/cmregistry.h"
+#include "core/registry/cmregistry.h"
 #include "core/model/nodes/cmnodes.h"
 
 #include <array>

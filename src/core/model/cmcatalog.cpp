@@ -3,7 +3,7 @@
 
 #include "core/model/cmcatalog.h"
 
-#include "core/cmregistry.h"
+#include "core/registry/cmregistry.h"
 
 #include <algorithm>
 #include <map>

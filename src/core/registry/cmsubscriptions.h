@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "core/cmnotifiertable.h"
+#include "core/registry/cmnotifiertable.h"
 
 #include <array>
 #include <atomic>

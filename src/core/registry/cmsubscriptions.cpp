@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "core/cmsubscriptions.h"
+#include "core/registry/cmsubscriptions.h"
 
 #include <algorithm>
 

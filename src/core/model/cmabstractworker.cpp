@@ -3,7 +3,7 @@
 
 #include "core/model/cmabstractworker.h"
 
-#include "core/cmsubscriptions.h"
+#include "core/registry/cmsubscriptions.h"
 
 namespace {
 std::unique_ptr<ChangeNotifier> makeNotifier(CMAbstractWorker::ChangeType type, const CMPath &path,

@@ -3,7 +3,7 @@
 
 #include "simpleplayer/StreamSimplePlayer.h"
 
-#include "playback/loader/Playback.h"
+#include "simpleplayer/Playback.h"
 
 StreamSimplePlayer::StreamSimplePlayer(const QString &content, const QString &format,
                                        const QString &id, const QString &device, QObject *parent)

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "playback/loader/Playback.h"
+#include "simpleplayer/Playback.h"
 
 #include <memory>
 

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "core/cmpathtable.h"
+#include "core/registry/cmpathtable.h"
 #include "core/model/cmendpoint.h"
 
 #include <array>

@@ -3,7 +3,7 @@
 
 #include "core/model/nodes/cmlistrowsnode.h"
 
-#include "core/cmsubscriptions.h"
+#include "core/registry/cmsubscriptions.h"
 #include "core/model/cmsubscribe.h"
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 
 #include "core/model/cmsubscribe.h"
 
-#include "core/cmsubscriptions.h"
+#include "core/registry/cmsubscriptions.h"
 
 QString CMSubscribe::RowsChangeInserted()
 {

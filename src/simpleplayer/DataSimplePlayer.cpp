@@ -3,7 +3,7 @@
 
 #include "simpleplayer/DataSimplePlayer.h"
 
-#include "playback/loader/Playback.h"
+#include "simpleplayer/Playback.h"
 
 DataSimplePlayer::DataSimplePlayer(const QByteArray &data, const QString &id, const QString &device,
                                    QObject *parent)

@@ -4,7 +4,7 @@
 #include "core/model/nodes/cmnodesworker.h"
 
 #include "core/base/dbglog.h"
-#include "core/cmrouting.h"
+#include "core/registry/cmrouting.h"
 
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Model");
