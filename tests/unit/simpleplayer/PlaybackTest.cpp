@@ -377,6 +377,34 @@ TEST_F(PlaybackTest, ReportsItsStopWhenItsEndHasNotBeenReportedYet)
     EXPECT_EQ(m_end->stopped.count(), 1);
 }
 
+TEST_F(PlaybackTest, ReportsItsStopWhenItsErrorHasNotBeenReportedYet)
+{
+    make(counting(30000), "vanishes");
+    const int idle = threads();
+    ASSERT_TRUE(m_player->play());
+    // No event loop runs meanwhile, which would report the error.
+    QElapsedTimer elapsed;
+    elapsed.start();
+    while (threads() > idle && elapsed.elapsed() < 10000) {
+        QThread::msleep(1);
+    }
+    ASSERT_EQ(threads(), idle);
+    m_player->stop();
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(m_end->stopped.count(), 1);
+}
+
+TEST_F(PlaybackTest, StopsWithinTheCall)
+{
+    make(counting(30000));
+    m_player->loop = true;
+    const int idle = threads();
+    ASSERT_TRUE(m_player->play());
+    EXPECT_GT(threads(), idle);
+    m_player->stop();
+    EXPECT_EQ(threads(), idle);
+}
+
 TEST_F(PlaybackTest, BeginsAFadeAnewThatAPauseTookBack)
 {
     constexpr int fadeMs = 200;
