@@ -96,7 +96,7 @@ class Progress:
         sample = running.samples[-1]
         line = (f"{report.clock_text(self.before + running.loaded)} of "
                 f"{report.clock_text(self.total)} {running.name}: "
-                f"{report.total(running, 'raised')} requests, RSS {sample.get('rss', 0)} KiB, "
+                f"{report.total(running, 'sent')} requests, RSS {sample.get('rss', 0)} KiB, "
                 f"{sample['fds']} descriptors, {sample['threads']} threads, "
                 f"{len(running.quiet)} quiet points, {len(running.findings)} findings")
         print(f"\r\033[K{line}" if sys.stdout.isatty() else line,

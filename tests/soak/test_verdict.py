@@ -74,7 +74,7 @@ class VerdictTest(unittest.TestCase):
 
 class ReportTest(unittest.TestCase):
     def phase(self):
-        figures = {"requests": {"echo": {"raised": 10, "accepted": 6, "refused": 3,
+        figures = {"requests": {"echo": {"sent": 10, "accepted": 6, "refused": 3,
                                          "slowestMs": 12.3}},
                    "responses": {"started": 4}, "displaysShown": 2, "displaysGone": 2, "counts": {}}
         keys = ("heap", "rss", "pss", "private", "fds", "threads", "idle_sleeps")

@@ -59,12 +59,12 @@ void Actions::warmUp()
     for (TavoNotificationPlayerItem &item : m_menu.oneOfEach()) {
         item.setId(QStringLiteral("o%1").arg(++m_situation.lastId))
             .setPlaybackResponsePath(responsePath());
-        raiseSound(m_ledger, item, true);
+        sendSound(m_ledger, item, true);
     }
     for (const QString &source :
          {m_menu.httpSound(), m_situation.sounds + QStringLiteral("/music.wav")}) {
-        raise(m_ledger, RequestKind::PlayMusic, TavoPlayerMainAudioPlayPath(),
-              TavoValue().setString_(source).__variant());
+        sendRequest(m_ledger, RequestKind::PlayMusic, TavoPlayerMainAudioPlayPath(),
+                    TavoValue().setString_(source).__variant());
     }
 }
 
@@ -138,7 +138,7 @@ void Actions::enqueueSound()
                                  .arg(choice.item.type() == TavoNotificationPlayerItemType::Data
                                           ? QString()
                                           : choice.item.content().section(QLatin1Char('/'), -2)));
-    raiseSound(m_ledger, choice.item, observed);
+    sendSound(m_ledger, choice.item, observed);
 }
 
 void Actions::cancelSound()
@@ -148,7 +148,7 @@ void Actions::cancelSound()
                            ? QStringLiteral("o%1").arg(m_dice.number(0, m_situation.lastId))
                            : live;
     m_situation.actions.note(QStringLiteral("cancel ") + id);
-    raiseSoundCancel(m_ledger, id);
+    sendSoundCancel(m_ledger, id);
 }
 
 TavoNotificationDisplayItem Actions::message()
@@ -170,14 +170,14 @@ TavoNotificationDisplayItem Actions::message()
 void Actions::openDisplay()
 {
     if (m_ledger.displaysOpen() >= maxDisplays) {
-        raiseDisplayCancels(m_ledger, maxDisplays / 4);
+        sendDisplayCancels(m_ledger, maxDisplays / 4);
         return;
     }
     if (m_dice.percent(50)) {
         const CMPath closed = m_ledger.takeMessageToClean();
         if (!closed.isEmpty()) {
             m_situation.actions.note(QStringLiteral("clean ") + closed.toString());
-            raiseCleaning(m_ledger, closed);
+            nameMessage(m_ledger, closed);
             return;
         }
     }
@@ -187,8 +187,8 @@ void Actions::openDisplay()
                                  .arg(item.path().toString())
                                  .arg(int(item.priority()))
                                  .arg(timeout));
-    raiseDisplayOpen(m_ledger, RequestKind::OpenDisplay,
-                     TavoValue().setNotificationDisplayItem(item).__variant());
+    sendDisplayOpen(m_ledger, RequestKind::OpenDisplay,
+                    TavoValue().setNotificationDisplayItem(item).__variant());
 }
 
 void Actions::closeDisplay()
@@ -203,7 +203,7 @@ void Actions::closeDisplay()
         m_ledger.count(QStringLiteral("displays closed by a client"));
         return;
     }
-    raiseDisplayCancel(m_ledger, path);
+    sendDisplayCancel(m_ledger, path);
 }
 
 void Actions::askPowerManager()
@@ -212,12 +212,12 @@ void Actions::askPowerManager()
     const auto name = moduleName(m_dice.number(0, moduleCount)); // one more than there are
     if (kind < 4) {
         m_situation.actions.note(QStringLiteral("standby"));
-        raise(m_ledger, RequestKind::Standby, TavoPowerManagerStandbyPath(), {});
+        sendRequest(m_ledger, RequestKind::Standby, TavoPowerManagerStandbyPath(), {});
         return;
     }
     if (kind < 30) {
         m_situation.actions.note(QStringLiteral("resume"));
-        raise(m_ledger, RequestKind::Resume, TavoPowerManagerResumePath(), {});
+        sendRequest(m_ledger, RequestKind::Resume, TavoPowerManagerResumePath(), {});
         return;
     }
     const bool acquire = kind < 70;
@@ -227,7 +227,7 @@ void Actions::askPowerManager()
             .arg(acquire ? QStringLiteral("acquire") : QStringLiteral("release"))
             .arg(int(resource))
             .arg(name));
-    raise(
+    sendRequest(
         m_ledger, acquire ? RequestKind::Acquire : RequestKind::Release,
         TavoPowerManagerResourceRequestPath(),
         TavoPowerManagerResourceRequest()
@@ -242,8 +242,8 @@ void Actions::duck()
     const bool on = m_dice.percent(50);
     const QString name = moduleName(m_dice.number(0, moduleCount - 1));
     m_situation.actions.note(QStringLiteral("duck %1 for %2").arg(on).arg(name));
-    raise(m_ledger, RequestKind::Duck, TavoPlayerMainAudioDuckingPath(),
-          TavoPlayerAudioDuckingRequest().setRequester(name).setDuckAudio(on).__variant());
+    sendRequest(m_ledger, RequestKind::Duck, TavoPlayerMainAudioDuckingPath(),
+                TavoPlayerAudioDuckingRequest().setRequester(name).setDuckAudio(on).__variant());
 }
 
 void Actions::changeMusic()
@@ -255,14 +255,14 @@ void Actions::changeMusic()
                                : m_dice.percent(50) ? m_menu.choose().item.content()
                                                     : QString();
         m_situation.actions.note(QStringLiteral("music ") + source.right(40));
-        raise(m_ledger, RequestKind::PlayMusic, TavoPlayerMainAudioPlayPath(),
-              TavoValue().setString_(source).__variant());
+        sendRequest(m_ledger, RequestKind::PlayMusic, TavoPlayerMainAudioPlayPath(),
+                    TavoValue().setString_(source).__variant());
     } else if (kind < 55) {
         m_situation.actions.note(QStringLiteral("stop music"));
-        raise(m_ledger, RequestKind::StopMusic, TavoPlayerMainAudioStopPath(), {});
+        sendRequest(m_ledger, RequestKind::StopMusic, TavoPlayerMainAudioStopPath(), {});
     } else {
-        raise(m_ledger, RequestKind::SetVolume, TavoPlayerMainAudioVolumePath(),
-              TavoValue().setDouble_(m_dice.number(-10, 110) / 100.0).__variant());
+        sendRequest(m_ledger, RequestKind::SetVolume, TavoPlayerMainAudioVolumePath(),
+                    TavoValue().setDouble_(m_dice.number(-10, 110) / 100.0).__variant());
     }
 }
 
@@ -278,13 +278,13 @@ void Actions::read()
         CMRoot()->getValue(m_dice.oneOf(values));
         m_ledger.count(QStringLiteral("values read"));
     } else {
-        raiseRowsRequest(m_ledger, m_dice.oneOf(rows));
+        sendRowsRequest(m_ledger, m_dice.oneOf(rows));
     }
 }
 
 void Actions::echo()
 {
-    raise(m_ledger, RequestKind::Echo, echoPath(), m_dice.number(0, 99));
+    sendRequest(m_ledger, RequestKind::Echo, echoPath(), m_dice.number(0, 99));
 }
 
 void Actions::forgeRevoke()
@@ -292,12 +292,12 @@ void Actions::forgeRevoke()
     const auto type = TavoPowerManagerRevokeMessageType::Enum(m_dice.number(0, 2));
     const auto resource = TavoPowerManagerResources::Enum(m_dice.percent(70) ? 2 : 1);
     m_situation.actions.note(QStringLiteral("revoke type %1").arg(int(type)));
-    raise(m_ledger, RequestKind::Revoke,
-          TavoNotificationsPath() + QStringLiteral("/player/revokeResources"),
-          TavoPowerManagerRevokeMessage()
-              .setMessageType(type)
-              .setRevokeResources({resource})
-              .__variant());
+    sendRequest(m_ledger, RequestKind::Revoke,
+                TavoNotificationsPath() + QStringLiteral("/player/revokeResources"),
+                TavoPowerManagerRevokeMessage()
+                    .setMessageType(type)
+                    .setRevokeResources({resource})
+                    .__variant());
 }
 
 void Actions::sendRubbish()
@@ -307,8 +307,8 @@ void Actions::sendRubbish()
     const QVariant value = rubbish(m_dice, depth);
     m_situation.actions.note(QStringLiteral("rubbish to ") + path.toString());
     if (path == TavoNotificationDisplayOpenPath()) {
-        raiseDisplayOpen(m_ledger, RequestKind::Garbage, value);
+        sendDisplayOpen(m_ledger, RequestKind::Garbage, value);
     } else {
-        raise(m_ledger, RequestKind::Garbage, path, value);
+        sendRequest(m_ledger, RequestKind::Garbage, path, value);
     }
 }

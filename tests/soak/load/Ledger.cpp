@@ -20,10 +20,10 @@ constexpr int maxViolations = 20;
 constexpr double msPerSecond = 1000;
 } // namespace
 
-void Ledger::requestRaised(RequestKind kind)
+void Ledger::requestSent(RequestKind kind)
 {
     const std::lock_guard lock(m_mutex);
-    ++m_answers[std::size_t(kind)].raised;
+    ++m_answers[std::size_t(kind)].sent;
 }
 
 void Ledger::requestAnswered(RequestKind kind, bool accepted, double seconds)
@@ -46,7 +46,7 @@ int Ledger::unanswered() const
     const std::lock_guard lock(m_mutex);
     qint64 sum = 0;
     for (const Answers &answers : m_answers) {
-        sum += answers.raised - answers.accepted - answers.refused;
+        sum += answers.sent - answers.accepted - answers.refused;
     }
     return int(sum);
 }
@@ -57,7 +57,7 @@ QString Ledger::unansweredText() const
     QStringList texts;
     for (std::size_t kind = 0; kind < m_answers.size(); ++kind) {
         const Answers &answers = m_answers[kind];
-        const qint64 open = answers.raised - answers.accepted - answers.refused;
+        const qint64 open = answers.sent - answers.accepted - answers.refused;
         if (open != 0) {
             texts.append(QStringLiteral("%1 %2").arg(open).arg(QLatin1String(kindNames[kind])));
         }
@@ -65,12 +65,12 @@ QString Ledger::unansweredText() const
     return texts.join(QStringLiteral(", "));
 }
 
-void Ledger::soundAsked(const QString &id, bool observed)
+void Ledger::soundRequested(const QString &id, bool observed)
 {
     const std::lock_guard lock(m_mutex);
     Sound &sound = m_sounds[id];
     sound.observed = observed;
-    ++sound.asked;
+    ++sound.requested;
 }
 
 void Ledger::soundAnswered(const QString &id, bool accepted)
@@ -81,7 +81,7 @@ void Ledger::soundAnswered(const QString &id, bool accepted)
     if (accepted && id.isEmpty()) {
         violationLocked(QStringLiteral("a sound without an id was accepted"));
     }
-    if (!accepted && !id.isEmpty() && sound.asked == 1) {
+    if (!accepted && !id.isEmpty() && sound.requested == 1) {
         violationLocked(QStringLiteral("the sound %1 was refused without cause").arg(id));
     }
     forgetIfSettled(id);
@@ -98,8 +98,9 @@ void Ledger::soundResponded(const QString &id, TavoNotificationPlayerResponseTyp
     ++m_ends[std::size_t(type)];
     const auto found = m_sounds.find(id);
     if (found == m_sounds.end() || !found->second.observed) {
-        violationLocked(QStringLiteral("%1 was told of %2, which had ended or wasn't asked for")
-                            .arg(QLatin1String(responseNames[std::size_t(type)]), id));
+        violationLocked(
+            QStringLiteral("%1 was reported for %2, which had ended or was not requested")
+                .arg(QLatin1String(responseNames[std::size_t(type)]), id));
         return;
     }
     Sound &sound = found->second;
@@ -118,7 +119,7 @@ void Ledger::soundResponded(const QString &id, TavoNotificationPlayerResponseTyp
     m_sounding -= sound.started ? 1 : 0;
     sound.started = false;
     ++sound.ended;
-    if (sound.ended > sound.asked) {
+    if (sound.ended > sound.requested) {
         violationLocked(QStringLiteral("%1 ended twice").arg(id));
     }
     forgetIfSettled(id);
@@ -127,7 +128,7 @@ void Ledger::soundResponded(const QString &id, TavoNotificationPlayerResponseTyp
 void Ledger::forgetIfSettled(const QString &id)
 {
     const Sound &sound = m_sounds[id];
-    const bool isAnswered = sound.asked == sound.accepted + sound.refused;
+    const bool isAnswered = sound.requested == sound.accepted + sound.refused;
     const bool hasEnded = sound.accepted == 0 || (sound.observed && sound.accepted == sound.ended);
     if (isAnswered && hasEnded) {
         m_sounds.erase(id);
@@ -143,7 +144,7 @@ void Ledger::soundIsGone(const QString &id)
     }
     // A sound whose request is unanswered may still be queued after the cancel.
     const Sound &sound = found->second;
-    if (sound.asked == sound.accepted + sound.refused) {
+    if (sound.requested == sound.accepted + sound.refused) {
         m_sounds.erase(found);
         ++m_progress;
     }
@@ -285,7 +286,7 @@ QJsonObject Ledger::figures() const
     for (std::size_t kind = 0; kind < m_answers.size(); ++kind) {
         const Answers &answers = m_answers[kind];
         requests.insert(QLatin1String(kindNames[kind]),
-                        QJsonObject{{QStringLiteral("raised"), answers.raised},
+                        QJsonObject{{QStringLiteral("sent"), answers.sent},
                                     {QStringLiteral("accepted"), answers.accepted},
                                     {QStringLiteral("refused"), answers.refused},
                                     {QStringLiteral("slowestMs"), answers.slowest * msPerSecond}});

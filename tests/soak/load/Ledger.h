@@ -51,14 +51,14 @@ public:
     }
 
     // Requests.
-    void requestRaised(RequestKind kind);
+    void requestSent(RequestKind kind);
     void requestAnswered(RequestKind kind, bool accepted, double seconds);
     int unanswered() const;
     QString unansweredText() const;
 
     // Sounds. If nobody receives a sound's responses, only a refused cancel shows that it has
     // ended.
-    void soundAsked(const QString &id, bool observed);
+    void soundRequested(const QString &id, bool observed);
     void soundAnswered(const QString &id, bool accepted);
     void soundResponded(const QString &id, TavoNotificationPlayerResponseType::Enum type);
     /// A cancel was refused, so a sound whose responses nobody receives has ended.
@@ -102,7 +102,7 @@ private:
     struct Sound
     {
         bool observed = true;
-        int asked = 0;
+        int requested = 0;
         int accepted = 0;
         int refused = 0;
         int ended = 0;
@@ -110,7 +110,7 @@ private:
     };
     struct Answers
     {
-        qint64 raised = 0;
+        qint64 sent = 0;
         qint64 accepted = 0;
         qint64 refused = 0;
         double slowest = 0;

@@ -16,14 +16,14 @@ public:
         : m_ledger(ledger)
         , m_kind(kind)
         , m_onAnswer(onAnswer)
-        , m_raised(Clock::now())
+        , m_sent(Clock::now())
     {
-        m_ledger.requestRaised(kind);
+        m_ledger.requestSent(kind);
     }
 
     void replyFinished(const CMVoidReply &reply) override
     {
-        const std::chrono::duration<double> took = Clock::now() - m_raised;
+        const std::chrono::duration<double> took = Clock::now() - m_sent;
         const bool accepted = !reply.error().isError();
         if (m_onAnswer) {
             m_onAnswer(accepted, accepted ? CMReply<QVariant>(reply).value() : QVariant());
@@ -36,7 +36,7 @@ private:
     Ledger &m_ledger;
     const RequestKind m_kind;
     const OnAnswer m_onAnswer;
-    const Clock::time_point m_raised;
+    const Clock::time_point m_sent;
 };
 
 bool isMessage(const CMPath &path)
@@ -51,63 +51,63 @@ QString lastSegment(const CMPath &path)
 }
 } // namespace
 
-void raise(Ledger &ledger, RequestKind kind, const CMPath &path, const QVariant &value,
-           const OnAnswer &onAnswer)
+void sendRequest(Ledger &ledger, RequestKind kind, const CMPath &path, const QVariant &value,
+                 const OnAnswer &onAnswer)
 {
     const CMReply<QVariant> reply;
     reply.addWatcher(new Answer(ledger, kind, onAnswer));
     CMRoot()->invoke(path, value, reply);
 }
 
-void raiseRowsRequest(Ledger &ledger, const CMPath &path, const OnAnswer &onAnswer)
+void sendRowsRequest(Ledger &ledger, const CMPath &path, const OnAnswer &onAnswer)
 {
     const CMReply<QVariant> reply;
     reply.addWatcher(new Answer(ledger, RequestKind::ReadRows, onAnswer));
     CMRoot()->getRowsRequest(CMGetRowsRequest(path, 0, -1, reply));
 }
 
-void raiseDisplayCancel(Ledger &ledger, const CMPath &path)
+void sendDisplayCancel(Ledger &ledger, const CMPath &path)
 {
-    raise(ledger, RequestKind::CancelDisplay, TavoNotificationDisplayCancelNotifyPath(),
-          TavoValue().setPath(path).__variant());
+    sendRequest(ledger, RequestKind::CancelDisplay, TavoNotificationDisplayCancelNotifyPath(),
+                TavoValue().setPath(path).__variant());
 }
 
-void raiseDisplayCancels(Ledger &ledger, int count)
+void sendDisplayCancels(Ledger &ledger, int count)
 {
-    raiseRowsRequest(ledger, TavoNotificationDisplayQueuePath(),
-                     [&ledger, count](bool, const QVariant &answer) {
-                         for (const QVariant &row : answer.toList().mid(0, count)) {
-                             raiseDisplayCancel(ledger, CMPath::fromQVariant(row));
-                         }
-                     });
+    sendRowsRequest(ledger, TavoNotificationDisplayQueuePath(),
+                    [&ledger, count](bool, const QVariant &answer) {
+                        for (const QVariant &row : answer.toList().mid(0, count)) {
+                            sendDisplayCancel(ledger, CMPath::fromQVariant(row));
+                        }
+                    });
 }
 
-void raiseDisplayOpen(Ledger &ledger, RequestKind kind, const QVariant &value)
+void sendDisplayOpen(Ledger &ledger, RequestKind kind, const QVariant &value)
 {
-    raise(ledger, kind, TavoNotificationDisplayOpenPath(), value,
-          [&ledger, kind](bool accepted, const QVariant &answer) {
-              if (!accepted) {
-                  return;
-              }
-              if (kind != RequestKind::OpenDisplay) {
-                  // A random value that the module accepted is recorded as what
-                  // it became.
-                  ledger.requestRaised(RequestKind::OpenDisplay);
-                  ledger.requestAnswered(RequestKind::OpenDisplay, true, 0);
-              }
-              const CMPath path = TavoValue(answer.toHash()).path();
-              if (path.isEmpty()) {
-                  ledger.violation(QStringLiteral("a display was opened without a path"));
-              } else if (isMessage(path)) {
-                  ledger.messageOpened(path);
-              }
-          });
+    sendRequest(ledger, kind, TavoNotificationDisplayOpenPath(), value,
+                [&ledger, kind](bool accepted, const QVariant &answer) {
+                    if (!accepted) {
+                        return;
+                    }
+                    if (kind != RequestKind::OpenDisplay) {
+                        // A random value that the module accepted is recorded as what
+                        // it became.
+                        ledger.requestSent(RequestKind::OpenDisplay);
+                        ledger.requestAnswered(RequestKind::OpenDisplay, true, 0);
+                    }
+                    const CMPath path = TavoValue(answer.toHash()).path();
+                    if (path.isEmpty()) {
+                        ledger.violation(QStringLiteral("a display was opened without a path"));
+                    } else if (isMessage(path)) {
+                        ledger.messageOpened(path);
+                    }
+                });
 }
 
-void raiseCleaning(Ledger &ledger, const CMPath &message)
+void nameMessage(Ledger &ledger, const CMPath &message)
 {
     // Nobody owns a node at its path, so the reply must not record the message again.
-    raiseDisplayOpen(
+    sendDisplayOpen(
         ledger, RequestKind::OpenDisplay,
         TavoValue()
             .setNotificationDisplayItem(TavoNotificationDisplayItem()
@@ -118,21 +118,23 @@ void raiseCleaning(Ledger &ledger, const CMPath &message)
             .__variant());
 }
 
-void raiseSound(Ledger &ledger, const TavoNotificationPlayerItem &item, bool observed)
+void sendSound(Ledger &ledger, const TavoNotificationPlayerItem &item, bool observed)
 {
     const QString id = item.id();
-    ledger.soundAsked(id, observed);
-    raise(ledger, RequestKind::EnqueueSound, TavoNotificationPlayerEnqueuePath(),
-          TavoValue().setNotificationPlayerItem(item).__variant(),
-          [&ledger, id](bool accepted, const QVariant &) { ledger.soundAnswered(id, accepted); });
+    ledger.soundRequested(id, observed);
+    sendRequest(
+        ledger, RequestKind::EnqueueSound, TavoNotificationPlayerEnqueuePath(),
+        TavoValue().setNotificationPlayerItem(item).__variant(),
+        [&ledger, id](bool accepted, const QVariant &) { ledger.soundAnswered(id, accepted); });
 }
 
-void raiseSoundCancel(Ledger &ledger, const QString &id)
+void sendSoundCancel(Ledger &ledger, const QString &id)
 {
-    raise(ledger, RequestKind::CancelSound, TavoNotificationPlayerCancelPath(),
-          TavoValue().setString_(id).__variant(), [&ledger, id](bool accepted, const QVariant &) {
-              if (!accepted) {
-                  ledger.soundIsGone(id);
-              }
-          });
+    sendRequest(ledger, RequestKind::CancelSound, TavoNotificationPlayerCancelPath(),
+                TavoValue().setString_(id).__variant(),
+                [&ledger, id](bool accepted, const QVariant &) {
+                    if (!accepted) {
+                        ledger.soundIsGone(id);
+                    }
+                });
 }

@@ -11,23 +11,23 @@
 using OnAnswer = std::function<void(bool accepted, const QVariant &value)>;
 
 /// Sends a request and records it. From any thread, also without an event loop.
-void raise(Ledger &ledger, RequestKind kind, const CMPath &path, const QVariant &value,
-           const OnAnswer &onAnswer = {});
+void sendRequest(Ledger &ledger, RequestKind kind, const CMPath &path, const QVariant &value,
+                 const OnAnswer &onAnswer = {});
 
 /// Reads rows in the same way.
-void raiseRowsRequest(Ledger &ledger, const CMPath &path, const OnAnswer &onAnswer = {});
+void sendRowsRequest(Ledger &ledger, const CMPath &path, const OnAnswer &onAnswer = {});
 
 /// Cancels a display notification.
-void raiseDisplayCancel(Ledger &ledger, const CMPath &path);
+void sendDisplayCancel(Ledger &ledger, const CMPath &path);
 
 /// Cancels the first `count` display notifications, whatever they are.
-void raiseDisplayCancels(Ledger &ledger, int count);
+void sendDisplayCancels(Ledger &ledger, int count);
 
 /// Opens a display notification and records its path.
-void raiseDisplayOpen(Ledger &ledger, RequestKind kind, const QVariant &value);
+void sendDisplayOpen(Ledger &ledger, RequestKind kind, const QVariant &value);
 
 /// Names the node of a closed message, so that the node is removed with this notification.
-void raiseCleaning(Ledger &ledger, const CMPath &message);
+void nameMessage(Ledger &ledger, const CMPath &message);
 
-void raiseSound(Ledger &ledger, const TavoNotificationPlayerItem &item, bool observed);
-void raiseSoundCancel(Ledger &ledger, const QString &id);
+void sendSound(Ledger &ledger, const TavoNotificationPlayerItem &item, bool observed);
+void sendSoundCancel(Ledger &ledger, const QString &id);

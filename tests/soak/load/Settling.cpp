@@ -36,19 +36,20 @@ void Settling::start()
 
 void Settling::giveBack()
 {
-    raise(m_ledger, RequestKind::Resume, TavoPowerManagerResumePath(), {});
-    raise(m_ledger, RequestKind::StopMusic, TavoPlayerMainAudioStopPath(), {});
+    sendRequest(m_ledger, RequestKind::Resume, TavoPowerManagerResumePath(), {});
+    sendRequest(m_ledger, RequestKind::StopMusic, TavoPlayerMainAudioStopPath(), {});
     for (int i = 0; i < Actions::moduleCount; ++i) {
         const QString name = Actions::moduleName(i);
-        raise(m_ledger, RequestKind::Duck, TavoPlayerMainAudioDuckingPath(),
-              TavoPlayerAudioDuckingRequest().setRequester(name).setDuckAudio(false).__variant());
+        sendRequest(
+            m_ledger, RequestKind::Duck, TavoPlayerMainAudioDuckingPath(),
+            TavoPlayerAudioDuckingRequest().setRequester(name).setDuckAudio(false).__variant());
         for (int resource = 0; resource < 4; ++resource) {
-            raise(m_ledger, RequestKind::Release, TavoPowerManagerResourceRequestPath(),
-                  TavoPowerManagerResourceRequest()
-                      .setModuleName(name)
-                      .setResource(TavoPowerManagerResources::Enum(resource))
-                      .setAction(TavoPowerModuleActions::Release)
-                      .__variant());
+            sendRequest(m_ledger, RequestKind::Release, TavoPowerManagerResourceRequestPath(),
+                        TavoPowerManagerResourceRequest()
+                            .setModuleName(name)
+                            .setResource(TavoPowerManagerResources::Enum(resource))
+                            .setAction(TavoPowerModuleActions::Release)
+                            .__variant());
         }
     }
 }
@@ -89,7 +90,7 @@ void Settling::emptySounds()
         if (m_situation.planted.sound && id.startsWith(QLatin1String("o-stuck"))) {
             continue;
         }
-        raiseSoundCancel(m_ledger, id);
+        sendSoundCancel(m_ledger, id);
     }
 }
 
@@ -100,10 +101,10 @@ void Settling::emptyDisplays()
         if (path.isEmpty()) {
             break;
         }
-        raiseCleaning(m_ledger, path);
+        nameMessage(m_ledger, path);
     }
     if (m_ledger.displaysOpen() > 0) {
-        raiseDisplayCancels(m_ledger, maxCancels);
+        sendDisplayCancels(m_ledger, maxCancels);
     }
 }
 
@@ -115,12 +116,12 @@ bool Settling::isEmpty() const
 void Settling::close()
 {
     m_step = Step::Closing;
-    raiseSound(m_ledger,
-               TavoNotificationPlayerItem()
-                   .setId(QStringLiteral("o-settle%1").arg(++m_situation.lastId))
-                   .setType(TavoNotificationPlayerItemType::Fake)
-                   .setPlaybackResponsePath(Actions::responsePath()),
-               true);
+    sendSound(m_ledger,
+              TavoNotificationPlayerItem()
+                  .setId(QStringLiteral("o-settle%1").arg(++m_situation.lastId))
+                  .setType(TavoNotificationPlayerItemType::Fake)
+                  .setPlaybackResponsePath(Actions::responsePath()),
+              true);
 }
 
 QString Settling::disquiet() const
@@ -152,7 +153,7 @@ void Settling::lookForNodes()
 {
     m_step = Step::Looking;
     for (const CMPath &path : m_ledger.takeCleaned()) {
-        raiseRowsRequest(m_ledger, path, [this, path](bool accepted, const QVariant &) {
+        sendRowsRequest(m_ledger, path, [this, path](bool accepted, const QVariant &) {
             if (accepted) {
                 m_ledger.violation(QStringLiteral("the node of a message that was named is still "
                                                   "there: ") +

@@ -59,13 +59,13 @@ SoakWorker::SoakWorker(const QString &name, const QVariantHash &config)
     tavoConnect(&m_statusTimer, &QTimer::timeout, this, &SoakWorker::on_statusTimer_timeout);
     tavoConnect(m_settling, &Settling::settled, this, &SoakWorker::on_settling_settled);
     publishNodes();
-    m_raisers = std::make_unique<Raisers>(m_situation, m_threadCount, m_seed);
+    m_threads = std::make_unique<LoadThreads>(m_situation, m_threadCount, m_seed);
     tell(QStringLiteral("ready"));
 }
 
 SoakWorker::~SoakWorker()
 {
-    m_raisers.reset();
+    m_threads.reset();
 }
 
 void SoakWorker::readConfiguration(const QVariantHash &config)
@@ -96,12 +96,12 @@ void SoakWorker::publishNodes()
     }
     for (int i = 0; i < Actions::moduleCount; ++i) {
         bind(revokePath(i), &SoakWorker::on_revoke_activated);
-        raise(m_situation.ledger, RequestKind::Register, TavoPowerManagerModuleRegisterPath(),
-              TavoPowerManagerModuleRegister()
-                  .setModuleName(Actions::moduleName(i))
-                  .setRevokeResourcesPath(revokePath(i))
-                  .setPostRevokeResourcesPath(revokePath(i))
-                  .__variant());
+        sendRequest(m_situation.ledger, RequestKind::Register, TavoPowerManagerModuleRegisterPath(),
+                    TavoPowerManagerModuleRegister()
+                        .setModuleName(Actions::moduleName(i))
+                        .setRevokeResourcesPath(revokePath(i))
+                        .setPostRevokeResourcesPath(revokePath(i))
+                        .__variant());
     }
     for (int i = 0; i < Actions::vanishingCount; ++i) {
         publishVanishing(i);
@@ -138,23 +138,23 @@ void SoakWorker::load()
     if (m_situation.lastId <= 1) {
         Actions(m_situation, m_seed).warmUp();
     }
-    m_raisers->start();
+    m_threads->start();
 }
 
 void SoakWorker::rest()
 {
     m_loading = false;
-    m_raisers->rest();
+    m_threads->rest();
     m_pulse.stop();
     m_feeder->rest();
     if (m_situation.planted.sound) {
-        raiseSound(m_situation.ledger,
-                   TavoNotificationPlayerItem()
-                       .setId(QStringLiteral("o-stuck%1").arg(++m_situation.lastId))
-                       .setType(TavoNotificationPlayerItemType::Fake)
-                       .setLoop(true)
-                       .setPlaybackResponsePath(Actions::responsePath()),
-                   true);
+        sendSound(m_situation.ledger,
+                  TavoNotificationPlayerItem()
+                      .setId(QStringLiteral("o-stuck%1").arg(++m_situation.lastId))
+                      .setType(TavoNotificationPlayerItemType::Fake)
+                      .setLoop(true)
+                      .setPlaybackResponsePath(Actions::responsePath()),
+                  true);
     }
     m_settling->start();
     m_statusTimer.start();

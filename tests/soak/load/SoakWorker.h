@@ -5,7 +5,7 @@
 
 #include "Actions.h"
 #include "Feeder.h"
-#include "Raisers.h"
+#include "LoadThreads.h"
 #include "Settling.h"
 #include "Situation.h"
 #include <core/tavo.h>
@@ -63,7 +63,7 @@ private:
     std::uint64_t m_seed = 0;
     int m_threadCount = 0;
     std::unique_ptr<Dice> m_dice; ///< of the worker's thread
-    std::unique_ptr<Raisers> m_raisers;
+    std::unique_ptr<LoadThreads> m_threads;
     Feeder *m_feeder = nullptr;
     Settling *m_settling = nullptr;
     QLocalSocket m_socket;

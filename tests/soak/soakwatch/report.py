@@ -79,12 +79,12 @@ def table(phases, faults):
     result.row("speed of the host's clock", lambda phase: phase.factor)
     result.row("time that passed for the host", lambda phase: clock_text(phase.loaded * phase.factor))
     result.row("quiet points", lambda phase: len(phase.quiet))
-    result.row("requests", lambda phase: total(phase, "raised"))
+    result.row("requests", lambda phase: total(phase, "sent"))
     result.row("answered: accepted / refused",
                lambda phase: f"{total(phase, 'accepted')} / {total(phase, 'refused')}")
     for kind in REQUESTS:
         result.row(f"- {EXPLAINED.get(kind, kind)}", lambda phase, kind=kind: answered(phase, kind))
-    result.row("**unanswered at the end**", lambda phase: total(phase, "raised") -
+    result.row("**unanswered at the end**", lambda phase: total(phase, "sent") -
                total(phase, "accepted") - total(phase, "refused"))
     result.row("slowest reply, ms of the host's time", lambda phase: f"{slowest(phase):.0f}")
     for kind in RESPONSES:

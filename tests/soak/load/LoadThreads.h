@@ -12,13 +12,13 @@
 
 /// Threads that act at random, or rest. Their number stays the same, so that the host's number of
 /// threads does not depend on the load.
-class Raisers
+class LoadThreads
 {
 public:
-    Raisers(Situation &situation, int count, std::uint64_t seed);
-    ~Raisers();
-    Raisers(const Raisers &) = delete;
-    Raisers &operator=(const Raisers &) = delete;
+    LoadThreads(Situation &situation, int count, std::uint64_t seed);
+    ~LoadThreads();
+    LoadThreads(const LoadThreads &) = delete;
+    LoadThreads &operator=(const LoadThreads &) = delete;
 
     void start();
 

@@ -1,13 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "Raisers.h"
+#include "LoadThreads.h"
 
 #include "Actions.h"
 
 #include <chrono>
 
-Raisers::Raisers(Situation &situation, int count, std::uint64_t seed)
+LoadThreads::LoadThreads(Situation &situation, int count, std::uint64_t seed)
     : m_situation(situation)
 {
     for (int i = 0; i < count; ++i) {
@@ -15,7 +15,7 @@ Raisers::Raisers(Situation &situation, int count, std::uint64_t seed)
     }
 }
 
-Raisers::~Raisers()
+LoadThreads::~LoadThreads()
 {
     {
         const std::lock_guard lock(m_mutex);
@@ -27,7 +27,7 @@ Raisers::~Raisers()
     }
 }
 
-void Raisers::start()
+void LoadThreads::start()
 {
     {
         const std::lock_guard lock(m_mutex);
@@ -36,7 +36,7 @@ void Raisers::start()
     m_changed.notify_all();
 }
 
-void Raisers::rest()
+void LoadThreads::rest()
 {
     std::unique_lock lock(m_mutex);
     m_loading = false;
@@ -44,7 +44,7 @@ void Raisers::rest()
     m_changed.wait(lock, [this] { return m_active == 0; });
 }
 
-bool Raisers::awaitLoad()
+bool LoadThreads::awaitLoad()
 {
     std::unique_lock lock(m_mutex);
     m_changed.wait(lock, [this] { return m_loading || m_ended; });
@@ -55,7 +55,7 @@ bool Raisers::awaitLoad()
     return true;
 }
 
-void Raisers::run(std::uint64_t seed)
+void LoadThreads::run(std::uint64_t seed)
 {
     Actions actions(m_situation, seed);
     while (awaitLoad()) {
