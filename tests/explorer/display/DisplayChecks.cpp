@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What must hold after every step.
+// The rules that must hold after every step.
 
 #include "DisplaySystem.h"
 #include "support/Text.h"
@@ -54,8 +54,8 @@ void DisplaySystem::checkTimer()
 {
     const QTimer &timer = m_client->closeTimer();
     if (timer.isActive() != m_model.isHeadTimed()) {
-        broken("the close timer runs exactly while the head has a limit",
-               timer.isActive() ? "it runs"_s : "it stands still"_s);
+        broken("the close timer runs while the head has a timeout, and only then",
+               timer.isActive() ? "it runs"_s : "it is not running"_s);
         return;
     }
     if (!timer.isActive()) {
@@ -63,7 +63,7 @@ void DisplaySystem::checkTimer()
     }
     const int left = m_model.queue().front().left * tick;
     if (timer.interval() != left) {
-        broken("the head is shown for the time that it has left",
+        broken("the head is shown for its remaining timeout",
                QStringLiteral("%1 ms instead of %2").arg(timer.interval()).arg(left));
         return;
     }
@@ -71,7 +71,7 @@ void DisplaySystem::checkTimer()
     // Qt rounds the remaining time up, and a whole number of milliseconds to the next.
     const int found = timer.remainingTime();
     if (found != remaining && (remaining == 0 || found != remaining + 1)) {
-        broken("the head's time is counted from when it was shown",
+        broken("the head's timeout starts when it is shown",
                QStringLiteral("%1 ms to go instead of %2").arg(found).arg(remaining));
     }
 }
@@ -82,8 +82,8 @@ void DisplaySystem::checkNodes()
         const CMPath path = m_paths.value(message);
         const bool exists = DisplayClient::exists(path);
         if (exists != m_model.hasNode(message)) {
-            broken("a message's node stays until a notification goes that is named like it",
-                   exists ? "there is one too many"_s : "it is gone"_s);
+            broken("a message's node stays until a notification with its name as id is closed",
+                   exists ? "there is a node too many"_s : "it is gone"_s);
             return;
         }
         const TavoRoles row = DisplayClient::rowOf(path);
@@ -111,7 +111,7 @@ void DisplaySystem::checkSubscriptions()
                "one to the queue itself"_s);
         return;
     }
-    // The subscribers have been told of a reset, which must not close anything.
+    // A reset has been reported to the subscribers, which must not close anything.
     ModuleHost::settle();
     checkRows();
 }
@@ -132,7 +132,7 @@ void DisplaySystem::checkShown()
 {
     for (const DisplayModel::Entry &entry : m_model.queue()) {
         if (entry.time > 0 && (entry.shown > entry.time || entry.left < 1)) {
-            broken("nothing is shown longer in total than its time");
+            broken("nothing is shown longer in total than its timeout");
         }
     }
 }

@@ -27,10 +27,10 @@ public:
     static QVector<CMPath> rows();
     static bool exists(const CMPath &path);
     static TavoRoles rowOf(const CMPath &path);
-    /// The number of subscriptions to the path's rows. Tells each of them of a reset.
+    /// The number of subscriptions to the path's rows. Reports a reset to each of them.
     static int subscriptions(const CMPath &path);
     const QTimer &closeTimer() const { return *m_closeTimer; }
-    /// The warnings and worse since the last call, each with its level: "WARN message".
+    /// The log records of level WARN and higher since the last call, such as "WARN message".
     QStringList takeLog();
 
 private:

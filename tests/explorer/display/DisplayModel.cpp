@@ -98,7 +98,7 @@ std::string DisplayModel::key() const
         key += forms.at(std::size_t(entry.form));
         key += std::to_string(entry.priority) + ':' + std::to_string(entry.left);
         if (entry.form == Form::Message && !hasNode(entry.number)) {
-            key += '-'; // its node went with a namesake
+            key += '-'; // its node was disposed of with a namesake
         } else if (entry.names != none && entry.names == named) {
             key += '>';
         } else if (entry.number == named) {

@@ -28,9 +28,9 @@ public:
         Form form;
         int priority;
         int time;         ///< its timeout; 0 is without a limit
-        int left;         ///< of its timeout, at the start of its current or next showing
-        int names = none; ///< the number of the message whose node's identifier is its id
-        int shown = 0;    ///< in total, while its timer was on time
+        int left;         ///< remaining timeout at the start of its current or next showing
+        int names = none; ///< the message whose node has its id as identifier
+        int shown = 0;    ///< in total, while its timer was not late
 
         int path() const { return form == Form::Shared ? sharedPath : number; }
     };
@@ -41,7 +41,7 @@ public:
     void passTime();                             ///< one tick
     void expire();                               ///< the head's timer is delivered
 
-    // The state that must be seen.
+    // The state that clients must see.
     const std::vector<Entry> &queue() const { return m_queue; }
     bool isHeadTimed() const { return !m_queue.empty() && m_queue.front().left > 0; }
     bool isDue() const { return isHeadTimed() && m_elapsed >= m_queue.front().left; }
@@ -54,11 +54,11 @@ public:
     const std::vector<int> &messages() const { return m_messages; }
     bool hasNode(int message) const;
     /// The message whose identifier the next reference gets as its id, or none. This is the message
-    /// that an open reference has its id from, else the first one with a node. One at a time keeps
-    /// the number of states small.
+    /// that an open reference is named after; otherwise the first one with a node. Only one at a
+    /// time, which keeps the number of states small.
     int namedNext() const;
 
-    /// Equal for two states exactly if no later step can tell them apart.
+    /// Equal for two states if and only if no later step can distinguish them.
     std::string key() const;
 
 private:

@@ -84,7 +84,7 @@ DisplayStep DisplayStep::fromNumber(std::uint16_t number)
 std::string DisplayStep::words() const
 {
     static constexpr std::array<const char *, 3> forms{
-        "a message", "a notification of the node that all share",
+        "a message", "a notification of the shared node",
         "a notification of the client's own node, named like the first message's"};
     switch (kind) {
     case Kind::Open:
@@ -98,7 +98,8 @@ std::string DisplayStep::words() const
     case Kind::Close:
         return "a client closes " + place(index);
     case Kind::CloseThenCancel:
-        return "a client closes " + place(index) + ", and it is cancelled before that is heard";
+        return "a client closes " + place(index) +
+               ", and it is cancelled before the close is delivered";
     case Kind::CancelThenClose:
         return "cancel " + place(index) + ", and a client closes it before that is done";
     case Kind::Tick:

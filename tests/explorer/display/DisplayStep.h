@@ -15,7 +15,7 @@ struct DisplayBounds
     int alive = 4;      ///< notifications at once
     int priorities = 3; ///< from 0 on
     int maxTimeout = 2; ///< in ticks
-    int forms = 3;      ///< how many of DisplayModel's, in its order
+    int forms = 3;      ///< the number of DisplayModel's forms, in its order
 };
 
 /// Something that happens to the display.

@@ -104,17 +104,18 @@ void DisplaySystem::inspect()
 
 void DisplaySystem::finish()
 {
-    // Before anything is opened this would only repeat what the steps themselves begin with.
+    // Before anything is opened, this would only repeat the first steps.
     if (!m_broken && m_model.opened() > 0) {
         runOut();
     }
     m_client.reset();
 }
 
-/// Opens something urgent and shows everything to its end.
+/// Opens an urgent notification and shows everything until its timeout.
 void DisplaySystem::runOut()
 {
-    say("then, something urgent comes, and what has no limit is cancelled when its turn comes");
+    say("then an urgent notification comes; those without a timeout are cancelled when they are "
+        "shown");
     open(Form::Reference, 99, 1);
     check();
     while (!m_model.queue().empty() && !m_broken) {
@@ -147,11 +148,11 @@ void DisplaySystem::open(Form form, int priority, int time)
     const CMPath path = TavoValue(reply.value().toHash()).path();
     if (form != Form::Message) {
         if (path != item.path()) {
-            broken("a client's own path is answered as it came", path.toString());
+            broken("the reply has the client's own path unchanged", path.toString());
         }
     } else if (path.parent() != TavoNotificationDisplaySimpleMessageNodePath() ||
                m_paths.values().contains(path)) {
-        broken("a message is answered with the path of a node of its own", path.toString());
+        broken("the reply for a message has the path of a new node", path.toString());
     }
     if (form != Form::Shared) {
         m_paths.insert(number, path);

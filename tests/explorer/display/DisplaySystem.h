@@ -14,8 +14,8 @@
 
 /// The display side of the module, checked against its contract after every step.
 ///
-/// What shows only later is brought out at the end of every sequence: something urgent is opened,
-/// and then everything is shown to its end.
+/// Some faults show only later. So at the end of every sequence an urgent notification is opened,
+/// and then everything is shown until its timeout.
 class DisplaySystem : public exploration::System
 {
 public:

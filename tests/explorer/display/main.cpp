@@ -15,9 +15,9 @@ int main(int argc, char **argv)
         {{"alive", 4, 1, 8, "notifications at once"},
          {"priorities", 3, 1, 4, "how many different ones"},
          {"max-timeout", 2, 1, 7,
-          "the longest timeout in ticks; there is always one without limit"},
+          "the longest timeout in ticks; there is always one without a timeout"},
          {"forms", 3, 1, 3,
-          "kinds of notifications: messages; of a node that all share; of a client's own node"}},
+          "kinds of notifications: messages; of a shared node; of a client's own node"}},
         [](const Options &options) {
             const DisplayBounds bounds{
                 options.numbers.at("alive"), options.numbers.at("priorities"),

@@ -146,12 +146,12 @@ void Crew::bury(Member *member, bool hung)
     } else {
         obituary.inspection.push_back(observation);
     }
-    // With --first one hang is enough; each further one would take the whole timeout again.
+    // With --first, one hang is enough: each further one would take the whole timeout again.
     const bool goesOn = !(hung && m_bounds.first);
     if (goesOn && (position.phase == Position::Phase::Acting || deadly.inspecting)) {
         m_deadly[state].push_back(deadly);
     } else {
-        // Or it has died on the way to a state that was reached before: nothing to do there.
+        // The state is done: the search ends, or the process died on the way to a known state.
         obituary.state = state;
         m_done[state] = std::move(obituary);
         m_obituaries.erase(state);

@@ -20,8 +20,7 @@ public:
 
     Crew(const SystemFactory &factory, const Bounds &bounds, const StateTable *table);
 
-    /// Expands the states from first up to, not including, last. The function returns whether to go
-    /// on.
+    /// Expands the states from first to last, without last. The function returns whether to go on.
     void expand(Number first, Number last, const std::function<bool(Expansion)> &take);
 
     int deaths() const { return m_deaths; }
@@ -31,7 +30,7 @@ private:
     struct Member
     {
         std::unique_ptr<WorkingProcess> process;
-        std::vector<Number> states; ///< still to be expanded by this process, the last first
+        std::vector<Number> states; ///< waiting for this process, the last one first
     };
 
     bool giveWork(Member *member);
@@ -46,7 +45,7 @@ private:
     std::vector<Member> m_members;
     Number m_next = 0;
     Number m_last = 0;
-    std::map<Number, Expansion> m_done; ///< expansions that came before their turn
+    std::map<Number, Expansion> m_done; ///< expansions that are ready before their turn
     /// The deadly steps of the states that are being expanded.
     std::map<Number, std::vector<DeadlyStep>> m_deadly;
     std::map<Number, Expansion> m_obituaries;

@@ -18,7 +18,7 @@ std::string valuesOf(const std::vector<Pick> &picks)
     return values;
 }
 
-/// Whether this is the deadly step, if choices that it leaves open take their first alternative.
+/// Returns whether this is the deadly step, if all further choices take their first alternative.
 bool leadsTo(const Step &step, const DeadlyStep &deadly)
 {
     const std::string values = valuesOf(deadly.picks);

@@ -24,8 +24,8 @@ void Recorder::begin(const std::string &prescribed)
 int Recorder::choose(int alternatives)
 {
     const int index = m_position->picks;
-    if (index >= Position::mostPicks) {
-        // A step that never stops choosing gets the first alternative until it is found to hang.
+    if (index >= Position::maxPicks) {
+        // A step that never stops choosing gets the first alternative until it counts as hanging.
         return 0;
     }
     const int value =

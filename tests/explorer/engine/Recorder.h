@@ -10,12 +10,12 @@
 
 namespace exploration {
 
-/// What a working process is doing, in memory shared with the explorer. It is all that is left of a
-/// process that dies.
+/// What a working process is doing, in memory shared with the explorer. It remains when the process
+/// dies.
 struct Position
 {
     enum class Phase : std::uint8_t { Idle, Replaying, Inspecting, Acting };
-    static constexpr int mostPicks = 64;
+    static constexpr int maxPicks = 64;
     static constexpr int maxMessage = 1000;
 
     std::atomic<std::uint64_t> steps{0}; ///< grows while the process makes progress
@@ -23,8 +23,8 @@ struct Position
     std::atomic<Phase> phase{Phase::Idle};
     std::atomic<Action> action{0};
     std::atomic<int> picks{0};
-    Pick pick[mostPicks];
-    char message[maxMessage + 1] = {}; ///< the last words
+    Pick pick[maxPicks];
+    char message[maxMessage + 1] = {}; ///< set by lastWords()
 
     void setMessage(const char *text);
 };

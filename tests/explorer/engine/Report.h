@@ -9,7 +9,7 @@
 
 namespace exploration {
 
-/// Prints the findings in words, what was noted, and the figures.
+/// Prints the findings as narrations, the notes, and the figures.
 void report(const Options &options, const SystemFactory &factory, const Outcome &outcome,
             std::ostream &stream);
 

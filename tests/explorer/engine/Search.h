@@ -20,10 +20,9 @@ struct Bounds
     std::size_t maxDepth = std::size_t(-1);
     std::size_t maxStates = std::size_t(-1);
     std::chrono::seconds maxTime = std::chrono::hours(24 * 365);
-    std::chrono::milliseconds hang =
-        std::chrono::seconds(10); ///< a step that takes longer is said to hang
-    int maxDeaths = 20;           ///< the search ends after so many
-    bool first = false;           ///< end with the level that has the first finding
+    std::chrono::milliseconds hang = std::chrono::seconds(10); ///< a step that takes longer hangs
+    int maxDeaths = 20;    ///< the search ends after this number
+    bool first = false;    ///< end with the level that has the first finding
     bool twice = false;    ///< reach every state by a second sequence too, and compare what follows
     bool progress = false; ///< on stderr
 };

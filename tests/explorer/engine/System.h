@@ -12,7 +12,7 @@ namespace exploration {
 
 class Recorder;
 
-/// What is explored: it can be started again, take steps, and be compared.
+/// The system to explore: it can be started again, take steps, and be compared.
 ///
 /// Everything must be reproducible: the same steps lead to the same state. Each working process has
 /// one object, which is started many times. If it crashes or hangs, the explorer reports that as a
@@ -29,15 +29,15 @@ public:
     /// one with the earlier action.
     virtual std::vector<Action> actions() = 0;
 
-    /// Performs the action with all that follows from it, and checks the rules.
+    /// Performs the action with all its effects, and checks the rules.
     virtual void act(Action action) = 0;
 
     /// The current state as bytes. States whose futures differ only in names have equal bytes. They
     /// must contain everything on which a later step or check depends.
     virtual std::string state() = 0;
 
-    /// Called once for every state, to try what should change nothing or what takes many steps. The
-    /// system is finished and started again afterwards.
+    /// Called once for every state, to try things that should change nothing, or that take many
+    /// steps. The system is finished and started again afterwards.
     virtual void inspect();
 
     /// Ends what start() started, in any state.

@@ -27,17 +27,17 @@ Position *newPosition()
     ::_exit(status);
 }
 
-/// No core dump for a process that is expected to die, and an end with the explorer's.
+/// Disables core dumps, because the process may die on purpose. Lets it end with the explorer.
 void prepareChild()
 {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     const rlimit none{0, 0};
     ::setrlimit(RLIMIT_CORE, &none);
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) && !defined(__clang__)
-    // A step that allocates without end must only kill its own process. Sanitizers reserve more
-    // memory than there is.
-    constexpr rlim_t mostMemory = rlim_t(4) << 30;
-    const rlimit memory{mostMemory, mostMemory};
+    // A step that allocates without end must kill only its own process. Not with sanitizers, which
+    // reserve more memory than there is.
+    constexpr rlim_t maxMemory = rlim_t(4) << 30;
+    const rlimit memory{maxMemory, maxMemory};
     ::setrlimit(RLIMIT_AS, &memory);
 #endif
 }
@@ -98,7 +98,7 @@ void WorkingProcess::send(const std::vector<Task> &tasks)
     m_lastMove = std::chrono::steady_clock::now();
     Bytes bytes;
     bytes.addAll(tasks, [&](const Task &task) { write(&bytes, task); });
-    // A process that has died is noticed when its results are read.
+    // If the process has died, this is noticed when its results are read.
     writeMessage(m_input, bytes.bytes());
 }
 

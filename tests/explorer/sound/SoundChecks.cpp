@@ -54,8 +54,8 @@ std::string SoundSystem::state()
              (m_facts.granted ? 16 : 0) | (m_facts.refused ? 32 : 0));
     bytes += char(members.timerRemains);
     const int active = members.positionOfActive();
-    // Without names: an active item in the queue is told by its position, a stopping one by its
-    // mark below.
+    // Without names: an active item in the queue is identified by its position, a stopping one by
+    // its mark below.
     bytes += char(std::min(active, int(ledger.queue().size())));
     bytes += char(ledger.queue().size());
     for (const SoundItem &item : ledger.queue()) {
@@ -81,7 +81,7 @@ void SoundSystem::check()
 void SoundSystem::checkResponses()
 {
     if (!m_facts.owed.empty()) {
-        broken("every item that ends and has a response path gets its end response",
+        broken("every item with a response path gets its end response when it ends",
                soundName(m_facts.owed.front().id) + " waits for it");
     }
 }
@@ -89,7 +89,7 @@ void SoundSystem::checkResponses()
 void SoundSystem::checkStarted(const SoundItem &item)
 {
     if (item.responds && item.player != Player::None && !item.started) {
-        broken("an item that has begun to play is said to have started", soundName(item.id));
+        broken("an item that has begun to play gets its started response", soundName(item.id));
     }
 }
 
@@ -155,7 +155,7 @@ void SoundSystem::checkWaking()
                soundName(queue.front().id) + " waits for another");
         return;
     }
-    broken("nothing queued is left with nothing to wake it",
+    broken("no queued item waits without anything that will wake it",
            soundName(queue.front().id) + " waits for nothing");
 }
 
@@ -171,7 +171,7 @@ void SoundSystem::checkRest()
         broken("the idle time runs only when nothing is queued or stopping", {});
     }
     if (m_facts.duckAsked && !m_facts.refused && !somethingGoesOn(members)) {
-        broken("main audio is never left ducked but after a refused acquire", {});
+        broken("main audio is never left ducked except after a refused acquire", {});
     }
     if (m_facts.duckAsked && m_facts.refused && !somethingGoesOn(members)) {
         noted("main audio is left ducked after a refused acquire, until the next item has been "

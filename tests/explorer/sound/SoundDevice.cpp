@@ -72,7 +72,7 @@ void SoundDevice::checkPlay(const SoundItem &item)
 {
     if (!m_facts->ledger.isHead(item.id) ||
         (item.player != Player::Made && item.player != Player::Paused)) {
-        m_judge->broken("what is played is the head of the queue, new or paused");
+        m_judge->broken("only the head of the queue is played, new or paused");
     }
     if (!m_facts->ducked || !m_facts->granted) {
         m_judge->broken("an item is played only over ducked main audio and with the resource held");
@@ -131,14 +131,14 @@ void SoundDevice::stop(SoundItem *item)
 {
     m_judge->tell(soundName(item->id) + " is told to stop");
     if (m_facts->ledger.isQueued(item->id) || item->player == Player::Stopping) {
-        m_judge->broken("only what is cancelled is stopped, and once");
+        m_judge->broken("only cancelled items are stopped, and only once");
     }
     item->player = Player::Stopping;
 }
 
 void SoundDevice::destroy(const SoundItem *item)
 {
-    // One with the same name that came later has no player yet.
+    // A later item with the same name has no player yet.
     if (item != nullptr && item->player != Player::None) {
         m_judge->broken("a player stays until its item has ended", soundName(item->id));
     }

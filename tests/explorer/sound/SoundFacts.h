@@ -45,7 +45,7 @@ struct SoundFacts
 
     // In the current step.
     bool taken = false;  ///< an item was taken from the queue to be played
-    bool ranDry = false; ///< an item's end or the answer to an acquire found nothing in either list
+    bool ranDry = false; ///< both lists were empty after an item's end or the reply to an acquire
 
     void beginStep() { taken = ranDry = false; }
 

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What is tried once in every state: requests that must change nothing, and then a quiet end.
+// Tried once in every state: requests that must change nothing, and then an end without further
+// requests.
 
 #include "explorer/sound/SoundRequests.h"
 #include "explorer/sound/SoundSystem.h"
@@ -25,7 +26,7 @@ void SoundSystem::expectNoChange(const char *what, const std::string &before)
     tried();
     check();
     if (state() != before) {
-        broken("what is refused or none of the module's business changes nothing", what);
+        broken("a request that is refused or ignored changes nothing", what);
     }
 }
 

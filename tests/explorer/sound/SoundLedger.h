@@ -6,24 +6,24 @@
 #include <string>
 #include <vector>
 
-/// One sound notification as its client and its player's device know it.
+/// One sound notification, as far as its client and its player's device know it.
 struct SoundItem
 {
     /// What the item's player is doing.
     enum class Player : unsigned char {
         None,    ///< there is no player yet
         Made,    ///< made, but not played yet
-        Playing, ///< will report its end
+        Playing, ///< will report an end
         Paused,  ///< may report an end
         Stopping ///< stop() was called: will report its end
     };
 
     int id = 0;
     int priority = 0;
-    bool valid = true;      ///< false: of a type that no player plays
+    bool valid = true;      ///< false for a type that no player plays
     bool responds = true;   ///< has a response path
     bool started = false;   ///< the started response was sent
-    bool sounding = false;  ///< heard, the time between stop() and the end included
+    bool sounding = false;  ///< heard, including the time between stop() and the end
     bool overtaken = false; ///< a more urgent item has pre-empted the queue since it was stopped
     Player player = Player::None;
 

@@ -24,7 +24,7 @@ struct SoundMembers
     bool audioResource = false;
     bool resourceRequestPending = false;
     bool activeRequest = false;
-    int activeId = nobody; ///< the active item's
+    int activeId = nobody; ///< of the active item
     bool timerRuns = false;
     int timerRemains = 0; ///< milliseconds
     bool continuing = false;

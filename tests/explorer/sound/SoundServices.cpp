@@ -93,7 +93,7 @@ void SoundServices::release(const CMSetDataRequest &request)
 {
     m_judge->tell("the resource is released");
     if (!m_facts->granted) {
-        m_judge->broken("a release never comes without an acquire that was granted before");
+        m_judge->broken("a release comes only after a granted acquire");
     }
     m_facts->granted = false;
     request.reply().setValue(QVariant());
@@ -139,7 +139,7 @@ void SoundServices::giveAnswer(Kind kind, const CMSetDataRequest &request, bool 
 {
     m_facts->outstanding = Kind::None;
     if (kind == Kind::Duck) {
-        m_facts->ducked = true; // or so the module is to take it
+        m_facts->ducked = true; // the module must take even an error for that
     } else if (kind == Kind::Acquire) {
         m_facts->granted = success;
         m_facts->refused = !success;
@@ -172,7 +172,7 @@ void SoundServices::on_response(const CMSetDataRequest &request)
     if (response.type() == Type::Started) {
         if (item == nullptr || item->started || !item->sounding) {
             m_judge->broken(
-                "an item is said to have started once, when it has, and before its end");
+                "a started response comes only after the start and before the end, and once");
         } else {
             item->started = true;
         }
@@ -180,7 +180,7 @@ void SoundServices::on_response(const CMSetDataRequest &request)
     }
     if (owed == m_facts->owed.end() && item != nullptr && !item->valid &&
         m_facts->ledger.isHead(id) && m_facts->granted && response.type() == Type::Failed) {
-        // It was taken to be played, and nothing plays such a type.
+        // It was taken from the queue, but no player plays its type.
         m_facts->taken = true;
         m_facts->ledger.remove(id);
         m_facts->lookIfDry();

@@ -11,14 +11,14 @@ namespace {
 using Player = SoundItem::Player;
 using exploration::Action;
 
-// The actions' numbers, each kind from its base on.
+// The numbers of the actions. Each kind has a base.
 constexpr Action enqueueBase = 0; // three kinds, up to three priorities each
 constexpr Action cancelBase = 10;
 constexpr Action succeed = 20;
 constexpr Action refuse = 21;
 constexpr Action revokeBase = 22;
 constexpr Action idle = 24;
-constexpr Action endBase = 30; // three ends an item
+constexpr Action endBase = 30; // three ends for each item
 constexpr int kinds = 3;
 constexpr int ends = 3;
 constexpr int revokeTypes = 2;
@@ -45,7 +45,7 @@ void SoundSystem::start()
 
 void SoundSystem::finish()
 {
-    // A reply that comes after the module's end must not reach anybody.
+    // A reply that comes after the module has been deleted must not have any effect.
     m_device.close();
     m_worker.reset();
     m_services.answerTooLate();
@@ -173,7 +173,7 @@ void SoundSystem::enqueue(int priority, Kind kind)
         TavoNotificationPlayerEnqueuePath(),
         SoundRequests::enqueue(SoundRequests::name(item.id), priority, item.valid, item.responds));
     if (!reply.isFinished() || reply.error().isError()) {
-        broken("a new item is accepted, and its requester told at once", {});
+        broken("a new item is accepted, and the request is answered at once", {});
     }
 }
 
@@ -184,7 +184,7 @@ void SoundSystem::cancel(int id)
     const CMReply<QVariant> reply = ModuleHost::request(
         TavoNotificationPlayerCancelPath(), SoundRequests::cancel(SoundRequests::name(id)));
     if (!reply.isFinished() || reply.error().isError()) {
-        broken("a queued item can be cancelled, and its requester is told at once", {});
+        broken("a queued item can be cancelled, and the request is answered at once", {});
     }
 }
 
@@ -218,7 +218,7 @@ void SoundSystem::letIdleTimePass()
     const Request before = m_facts.outstanding;
     m_host.clock().pass(std::chrono::milliseconds(idleTime - 1));
     if (!SoundMembers::of(*m_worker).timerRuns || m_facts.outstanding != before) {
-        broken("the idle time is not cut short", {});
+        broken("the idle time is not shortened", {});
     }
     m_host.clock().pass(std::chrono::milliseconds(1));
     ModuleHost::settle();
@@ -226,7 +226,7 @@ void SoundSystem::letIdleTimePass()
 
 void SoundSystem::reportEnd(int id, SoundDevice::End end)
 {
-    begin("the device is heard of");
+    begin("the device reports an end");
     m_device.report(id, end);
     ModuleHost::settle();
 }

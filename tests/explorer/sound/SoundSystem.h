@@ -19,7 +19,7 @@ struct SoundBounds
     int unanswered = 0; ///< how many of them have no response path
 };
 
-/// The module's sound side among clients, services and players that do everything they may.
+/// The module's sound side, with clients, services and players that try every allowed behaviour.
 class SoundSystem : public exploration::System, private SoundJudge
 {
 public:
@@ -37,7 +37,7 @@ private:
     using Action = exploration::Action;
     enum class Kind { Playable, Unplayable, Silent };
 
-    // What the surroundings do.
+    // The actions of clients, services and players.
     void enqueue(int priority, Kind kind);
     void cancel(int id);
     void answer(bool success);
@@ -50,7 +50,7 @@ private:
     int freeId();
     void begin(const std::string &words);
 
-    // The checks, once nothing is posted any more.
+    // The checks, once no events are pending.
     void check();
     void checkItems();
     void checkStarted(const SoundItem &item);

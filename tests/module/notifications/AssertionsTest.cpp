@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Assertions that stay in the built module guard the order of the audio sequence. Here they fail
-// because a slot is called when no correct service would; those that no slot leads to are in
-// SoundInsideTest.
+// The assertions of the built module that protect the order of the audio sequence. Here they fail
+// because a slot is called at a time when no correct service would. SoundInsideTest has the
+// assertions that no slot leads to.
 
 #include "NotificationsTest.h"
 

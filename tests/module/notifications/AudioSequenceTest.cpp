@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What happens before an item is played: ducking, acquiring, and their failures.
+// The steps before an item is played: ducking, acquiring, and their failures.
 
 #include "NotificationsTest.h"
 

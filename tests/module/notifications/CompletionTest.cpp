@@ -18,7 +18,7 @@ class CompletionTest : public NotificationsTest
 protected:
     CompletionTest() { load(); }
 
-    /// Has b play and a wait behind it, paused.
+    /// Makes b play, with a paused behind it.
     void pauseABehindB(Type::Enum typeOfA = Type::Uri)
     {
         enqueue(item("a"_s, 1).setType(typeOfA));

@@ -17,7 +17,7 @@ protected:
 
     static CMPath clientPath(int number) { return CMPath("/client"_s) + QString::number(number); }
 
-    /// Opens a notification and notes the place where it belongs.
+    /// Opens a notification and records its expected position.
     void openExpected(const CMPath &path, int priority)
     {
         open(reference(path, priority));
@@ -93,7 +93,7 @@ TEST_F(DisplayCrowdTest, KeepsMixedPrioritiesInOrderWhileTheyComeAndGo)
     EXPECT_EQ(rows(), expected());
 }
 
-TEST_F(DisplayCrowdTest, ShowsOneAfterAnotherForItsTime)
+TEST_F(DisplayCrowdTest, ShowsOneAfterAnotherForItsTimeout)
 {
     const int count = 1100;
     for (int i = 0; i < count; ++i) {
@@ -108,7 +108,7 @@ TEST_F(DisplayCrowdTest, ShowsOneAfterAnotherForItsTime)
     EXPECT_FALSE(closeTimer()->isActive());
 }
 
-TEST_F(DisplayCrowdTest, ShowsEachThatIsMoreUrgentAndThenThoseThatItPutBack)
+TEST_F(DisplayCrowdTest, ShowsEachMoreUrgentOneAndThenThePreemptedOnes)
 {
     const int count = 1100;
     for (int i = 0; i < count; ++i) {
@@ -122,7 +122,7 @@ TEST_F(DisplayCrowdTest, ShowsEachThatIsMoreUrgentAndThenThoseThatItPutBack)
     EXPECT_TRUE(rows().isEmpty());
 }
 
-TEST_F(DisplayCrowdTest, ClosesAllOfOnePathAndNoOther)
+TEST_F(DisplayCrowdTest, ClosesAllWithOnePathAndNoOther)
 {
     const CMPath shared("/client/shared"_s);
     for (int i = 0; i < 1500; ++i) {

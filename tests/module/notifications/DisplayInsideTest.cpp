@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The display controller from within: states that no request leads to.
+// The private parts of the display controller: states that no request leads to.
 
 #include "modules/notifications/NotificationDisplay.h"
 #include "NotificationsTest.h"
@@ -10,7 +10,7 @@
 #include <chrono>
 #include <limits>
 
-/// A display whose inside is open to the tests.
+/// Gives the tests access to private members.
 struct NotificationDisplayAccess : NotificationDisplay
 {
     using NotificationDisplay::NotificationDisplay;
@@ -90,7 +90,7 @@ TEST_F(DisplayInsideTest, TitlesTheQueueFromTheStart)
     EXPECT_FALSE(controller().m_shownTimer.isValid());
 }
 
-TEST_F(DisplayInsideTest, TitlesAMessageWithoutATitleTranslatably)
+TEST_F(DisplayInsideTest, GivesAMessageWithoutATitleATranslatableOne)
 {
     open("text"_s);
     EXPECT_EQ(controller().m_messageNodes.first()->title(),
@@ -125,7 +125,7 @@ TEST_F(DisplayInsideTest, FilesAMessagesNodeUnderItsIdentifier)
     EXPECT_EQ(controller().m_messageNodes.first()->path(), path);
 }
 
-TEST_F(DisplayInsideTest, GivesTheCallersRecordItsPathAndLeavesTheRestOfItAlone)
+TEST_F(DisplayInsideTest, SetsThePathInTheCallersRecordAndNothingElse)
 {
     const auto record = TavoNotificationDisplayItem()
                             .setId("mine"_s)
@@ -197,7 +197,7 @@ TEST_F(DisplayInsideTest, RefusesToRemoveARowThatHasNoItem)
     EXPECT_TRUE(controller().removeNotificationItem(0));
 }
 
-TEST_F(DisplayInsideTest, StopsACancelWhereQueueAndRowsDisagree)
+TEST_F(DisplayInsideTest, StopsACancelWhenQueueAndRowsDisagree)
 {
     const CMPath path = open("a"_s);
     replaceRow(0, CMPath("/other"_s));
@@ -206,7 +206,7 @@ TEST_F(DisplayInsideTest, StopsACancelWhereQueueAndRowsDisagree)
     EXPECT_EQ(controller().m_queue.size(), 1);
 }
 
-TEST_F(DisplayInsideTest, LetsEarlierRemovalsStandAndTheTimerRunWhereACancelStops)
+TEST_F(DisplayInsideTest, KeepsEarlierRemovalsAndTheTimerWhenACancelStops)
 {
     TavoNotificationDisplayItem head;
     head.setPath(CMPath("/shared"_s)).setTimeout(60000);
@@ -215,7 +215,7 @@ TEST_F(DisplayInsideTest, LetsEarlierRemovalsStandAndTheTimerRunWhereACancelStop
     open("other"_s);
     controller().enqueue(&copy);
     replaceRow(0, CMPath("/other"_s));
-    controller().m_closeTimer.setInterval(30000); // shows a restart
+    controller().m_closeTimer.setInterval(30000); // so that a restart can be seen
     EXPECT_FALSE(controller().cancel(CMPath("/shared"_s)));
     EXPECT_EQ(controller().m_queue.size(), 2);
     EXPECT_TRUE(controller().m_closeTimer.isActive());
@@ -229,7 +229,7 @@ TEST_F(DisplayInsideTest, GoesOnAfterACancelThatWasStopped)
         openReference(path);
     }
     replaceRow(1, CMPath("/other"_s));
-    EXPECT_FALSE(controller().cancel(shared)); // the last of the three has gone
+    EXPECT_FALSE(controller().cancel(shared)); // the last of the three was removed
     EXPECT_EQ(controller().m_queue.size(), 3);
 
     openReference(CMPath("/b"_s));
@@ -242,7 +242,7 @@ TEST_F(DisplayInsideTest, GoesOnAfterACancelThatWasStopped)
     EXPECT_FALSE(controller().cancel(shared));
 }
 
-TEST_F(DisplayInsideTest, ForgetsTheNodeThatWentWithItsNamesake)
+TEST_F(DisplayInsideTest, ForgetsANodeThatIsDisposedOfWithItsNamesake)
 {
     const CMPath path = open("a"_s);
     TavoNotificationDisplayItem namesake;
@@ -253,7 +253,7 @@ TEST_F(DisplayInsideTest, ForgetsTheNodeThatWentWithItsNamesake)
     EXPECT_FALSE(controller().m_messageNodes.contains(path.name()));
 }
 
-TEST_F(DisplayInsideTest, RemovesAHeadWhoseTimeIsJustUsedUp)
+TEST_F(DisplayInsideTest, RemovesAHeadWhoseTimeoutHasJustPassed)
 {
     VirtualClock clock;
     TavoNotificationDisplayItem head;
@@ -296,7 +296,7 @@ TEST_F(DisplayInsideTest, ComparesTheShownTimeAsASigned32BitNumber)
     EXPECT_EQ(controller().m_queue.last().timeout(), -10000);
 }
 
-TEST_F(DisplayInsideTest, ShowsOneOfASingleMillisecondWithATimer)
+TEST_F(DisplayInsideTest, ShowsANotificationOfOneMillisecondWithATimer)
 {
     VirtualClock clock;
     TavoNotificationDisplayItem item;

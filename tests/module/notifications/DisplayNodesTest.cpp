@@ -48,7 +48,7 @@ TEST_F(DisplayNodesTest, KeepAMessageTranslatable)
     EXPECT_EQ(rowOf(open(TavoNotificationDisplayItem().setMessage(text))).title(), text);
 }
 
-TEST_F(DisplayNodesTest, GiveEqualMessagesNodesOfTheirOwn)
+TEST_F(DisplayNodesTest, GiveEqualMessagesDifferentNodes)
 {
     EXPECT_NE(open("hello"_s), open("hello"_s));
 }
@@ -70,7 +70,7 @@ TEST_F(DisplayNodesTest, StayWhenTheNotificationHasAnotherIdOrNone)
     EXPECT_TRUE(exists(b));
 }
 
-TEST_F(DisplayNodesTest, GoWithANotificationThatIsNamedLikeTheNode)
+TEST_F(DisplayNodesTest, AreDisposedOfWithANotificationWhoseIdIsTheirName)
 {
     // A second notification carries the first one's identifier as its own id.
     const CMPath first = open("a"_s);
@@ -79,12 +79,12 @@ TEST_F(DisplayNodesTest, GoWithANotificationThatIsNamedLikeTheNode)
     cancelDisplay(second);
     EXPECT_FALSE(exists(first));
     EXPECT_TRUE(exists(second));
-    cancelDisplay(third); // finds no such node any more
+    cancelDisplay(third); // the node does not exist any more
     EXPECT_TRUE(exists(third));
     EXPECT_EQ(rows(), QVector<CMPath>{first});
 }
 
-TEST_F(DisplayNodesTest, LeaveTheHeadAndItsTimerAloneWhenAnotherIsCancelled)
+TEST_F(DisplayNodesTest, KeepTheHeadAndItsTimerWhenAnotherIsCancelled)
 {
     VirtualClock clock;
     const CMPath a = open("a"_s, 1, 60000);
@@ -101,7 +101,7 @@ TEST_F(DisplayNodesTest, LeaveTheHeadAndItsTimerAloneWhenAnotherIsCancelled)
     EXPECT_EQ(rows(), QVector<CMPath>{d});
 }
 
-TEST_F(DisplayNodesTest, LeaveWhatTheHeadHasBeenShownAloneWhenAnotherIsCancelled)
+TEST_F(DisplayNodesTest, KeepTheShownTimeOfTheHeadWhenAnotherIsCancelled)
 {
     VirtualClock clock;
     open("a"_s, 1, 60000);
@@ -144,7 +144,7 @@ TEST_F(DisplayNodesTest, AreAllRemovedWhenTheirPathIsQueuedTwice)
     EXPECT_TRUE(cancelDisplay(path).error().isError());
 }
 
-TEST_F(DisplayNodesTest, AreAllRemovedWhereverTheyStandAndTheOthersKeepTheirOrder)
+TEST_F(DisplayNodesTest, AreAllRemovedFromAnyPositionAndTheOthersKeepTheirOrder)
 {
     const CMPath path("/client/again"_s);
     QVector<CMPath> others;
@@ -238,7 +238,7 @@ TEST_F(DisplayNodesTest, StayOpenOnOtherChanges)
     EXPECT_EQ(rows(), QVector<CMPath>{path});
 }
 
-TEST_F(DisplayNodesTest, AreDeafToASecondClose)
+TEST_F(DisplayNodesTest, IgnoreASecondClose)
 {
     const CMPath path = open("a"_s);
     close(path);
@@ -248,7 +248,7 @@ TEST_F(DisplayNodesTest, AreDeafToASecondClose)
     EXPECT_TRUE(log().records().empty());
 }
 
-TEST_F(DisplayNodesTest, HaveNoListenerLeftHoweverTheirNotificationWent)
+TEST_F(DisplayNodesTest, HaveNoSubscriberLeftHoweverTheirNotificationWasClosed)
 {
     VirtualClock clock;
     const CMPath expired = open("expired"_s, 1, 1000);
@@ -273,14 +273,14 @@ TEST_F(DisplayNodesTest, AreRemovedOnceWhenACloseMeetsACancel)
     log().clear();
     const CMReply<QVariant> reply;
     CMRoot()->invoke(TavoNotificationDisplayCancelNotifyPath(), TavoValue().setPath(path), reply);
-    CMSubscribe::closeNode(path); // is on its way when the cancel ends its subscription
+    CMSubscribe::closeNode(path); // still pending when the cancel ends the subscription
     settle();
     EXPECT_FALSE(reply.error().isError());
     EXPECT_EQ(rows(), QVector<CMPath>{other});
     EXPECT_EQ(entered(TRACE_LOG_LEVEL, "cancel", path.toString().toStdString()), 1);
 }
 
-TEST_F(DisplayNodesTest, TakeClosesFromOtherThreadsWhileTheWorkerGoes)
+TEST_F(DisplayNodesTest, TakeClosesFromOtherThreadsWhileTheWorkerIsDeleted)
 {
     QVector<CMPath> paths;
     for (int i = 0; i < 50; ++i) {
@@ -301,7 +301,7 @@ TEST_F(DisplayNodesTest, TakeClosesFromOtherThreadsWhileTheWorkerGoes)
     EXPECT_FALSE(exists(TavoNotificationDisplayQueuePath()));
 }
 
-TEST_F(DisplayNodesTest, AreFewerByAllOfTenThousandClosedFromTheOldest)
+TEST_F(DisplayNodesTest, AreAllRemovedWhenTenThousandAreClosedFromTheOldest)
 {
     log().setLevel(log4cplus::FATAL_LOG_LEVEL);
     QVector<CMPath> paths;
@@ -314,7 +314,7 @@ TEST_F(DisplayNodesTest, AreFewerByAllOfTenThousandClosedFromTheOldest)
     EXPECT_TRUE(rows().isEmpty());
 }
 
-TEST_F(DisplayNodesTest, HearACloseOfTheClientsOwnNodeFromAnotherThread)
+TEST_F(DisplayNodesTest, TakeACloseOfTheClientsOwnNodeFromAnotherThread)
 {
     const CMPath path("/client/node"_s);
     open(reference(path));
@@ -328,7 +328,7 @@ TEST_F(DisplayNodesTest, HearACloseOfTheClientsOwnNodeFromAnotherThread)
     client->wait();
 }
 
-TEST_F(DisplayNodesTest, StayInTheQueueWhenTheClientsNodeGoes)
+TEST_F(DisplayNodesTest, StayInTheQueueWhenTheClientDisposesOfItsNode)
 {
     const CMPath path("/client/node"_s);
     {

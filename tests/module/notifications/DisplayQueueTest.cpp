@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The queue of open notifications: its order, the head's time, and pre-emption.
+// The queue of open notifications: its order, the head's timeout, and pre-emption.
 
 #include "DisplayTest.h"
 #include "support/clock/VirtualClock.h"
@@ -38,7 +38,7 @@ TEST_F(DisplayQueueTest, DeclaresItsTwoSlotsInOrderAndNothingElse)
     EXPECT_EQ(meta->propertyCount(), meta->propertyOffset());
 }
 
-TEST_F(DisplayQueueTest, HasAPreciseSingleShotTimerThatStandsStill)
+TEST_F(DisplayQueueTest, HasAPreciseSingleShotTimerThatIsNotRunning)
 {
     EXPECT_TRUE(closeTimer()->isSingleShot());
     EXPECT_EQ(closeTimer()->timerType(), Qt::PreciseTimer);
@@ -46,14 +46,14 @@ TEST_F(DisplayQueueTest, HasAPreciseSingleShotTimerThatStandsStill)
     EXPECT_EQ(closeTimer()->parent(), display());
 }
 
-TEST_F(DisplayQueueTest, ShowsTheFirstNotificationAtOnceForItsTime)
+TEST_F(DisplayQueueTest, ShowsTheFirstNotificationAtOnceForItsTimeout)
 {
     open("a"_s, 1, 5000);
     EXPECT_TRUE(closeTimer()->isActive());
     EXPECT_EQ(closeTimer()->interval(), 5000);
 }
 
-TEST_F(DisplayQueueTest, ShowsOneWithoutATimeUntilItIsClosed)
+TEST_F(DisplayQueueTest, ShowsOneWithoutATimeoutUntilItIsClosed)
 {
     for (const int timeout : {0, -1, -5000}) {
         const CMPath path = open("a"_s, 1, timeout);
@@ -62,7 +62,7 @@ TEST_F(DisplayQueueTest, ShowsOneWithoutATimeUntilItIsClosed)
     }
 }
 
-TEST_F(DisplayQueueTest, ClosesTheHeadWhenItsTimeIsOver)
+TEST_F(DisplayQueueTest, ClosesTheHeadAtItsTimeout)
 {
     VirtualClock clock;
     const CMPath path = open("a"_s, 1, 50);
@@ -73,7 +73,7 @@ TEST_F(DisplayQueueTest, ClosesTheHeadWhenItsTimeIsOver)
     EXPECT_FALSE(closeTimer()->isActive());
 }
 
-TEST_F(DisplayQueueTest, ShowsTheNextForItsOwnTime)
+TEST_F(DisplayQueueTest, ShowsTheNextForItsOwnTimeout)
 {
     open("a"_s, 1, 1000);
     const CMPath b = open("b"_s, 1, 2000);
@@ -106,7 +106,7 @@ TEST_F(DisplayQueueTest, KeepsTheOrderOfArrivalAndTheTimerAmongEqualPriorities)
     EXPECT_EQ(rows(), (QVector<CMPath>{b, c}));
 }
 
-TEST_F(DisplayQueueTest, PausesTheHeadByItsOwnTimeWhateverCameMeanwhile)
+TEST_F(DisplayQueueTest, PausesTheHeadWithItsOwnRemainingTimeAfterOthersHaveCome)
 {
     VirtualClock clock;
     open("a"_s, 2, 60000);
@@ -126,7 +126,7 @@ TEST_F(DisplayQueueTest, PutsALowestPriorityLastAndOneBetweenBeforeTheFirstLower
     EXPECT_EQ(rows(), (QVector<CMPath>{a, d, b, e, c}));
 }
 
-TEST_F(DisplayQueueTest, LetsAMoreUrgentOnePauseTheHeadWithTheTimeItHasLeft)
+TEST_F(DisplayQueueTest, PausesTheHeadWithItsRemainingTimeForAMoreUrgentOne)
 {
     VirtualClock clock;
     const CMPath a = open("a"_s, 1, 60000);
@@ -140,7 +140,7 @@ TEST_F(DisplayQueueTest, LetsAMoreUrgentOnePauseTheHeadWithTheTimeItHasLeft)
     EXPECT_EQ(closeTimer()->interval(), 59980);
 }
 
-TEST_F(DisplayQueueTest, TakesTheTimeOfEveryPauseOffTheSameNotification)
+TEST_F(DisplayQueueTest, ReducesTheTimeoutOfANotificationByEachOfItsShowings)
 {
     VirtualClock clock;
     open("a"_s, 1, 60000);
@@ -163,7 +163,7 @@ TEST_F(DisplayQueueTest, DoesNotPauseAnUntimedHead)
     EXPECT_EQ(log().countAt(WARN_LOG_LEVEL), 0);
 }
 
-TEST_F(DisplayQueueTest, RemovesAHeadWhoseTimeIsOverButNotYetReported)
+TEST_F(DisplayQueueTest, RemovesAHeadWhoseTimeoutHasPassedButIsNotYetReported)
 {
     VirtualClock clock;
     open("a"_s, 1, 2);
@@ -197,7 +197,7 @@ TEST_F(DisplayQueueTest, ReportsAnOverdueHeadAsRemovedBeforeTheNewOneIsInserted)
     EXPECT_EQ(subscriber.seen, (QStringList{"removed 0"_s, "inserted 0"_s}));
 }
 
-TEST_F(DisplayQueueTest, WarnsOfAnExpiryWithNothingOnDisplay)
+TEST_F(DisplayQueueTest, WarnsAboutAnExpiryWithNothingOnDisplay)
 {
     fireCloseTimer();
     EXPECT_EQ(logged(WARN_LOG_LEVEL, "Item index out of bounds (cannot remove) 0"), 1);
@@ -205,7 +205,7 @@ TEST_F(DisplayQueueTest, WarnsOfAnExpiryWithNothingOnDisplay)
     EXPECT_FALSE(closeTimer()->isActive());
 }
 
-TEST_F(DisplayQueueTest, LogsAnOpeningInItsOrder)
+TEST_F(DisplayQueueTest, LogsTheStepsOfAnOpenInOrder)
 {
     log().clear();
     const CMPath path = open("a"_s, 1, 1000);
@@ -222,7 +222,7 @@ TEST_F(DisplayQueueTest, LogsAnOpeningInItsOrder)
                                      "Enter startTimer", "Leave startTimer", "Leave enqueue"));
 }
 
-TEST_F(DisplayQueueTest, ShowsAPreemptingNotificationForItsFullTime)
+TEST_F(DisplayQueueTest, ShowsAPreemptingNotificationForItsFullTimeout)
 {
     VirtualClock clock;
     open("a"_s, 1, 2);
@@ -232,7 +232,7 @@ TEST_F(DisplayQueueTest, ShowsAPreemptingNotificationForItsFullTime)
     EXPECT_EQ(closeTimer()->interval(), 3000);
 }
 
-TEST_F(DisplayQueueTest, LogsWhatIsDroppedAsEmptyAndChangesNothing)
+TEST_F(DisplayQueueTest, LogsAnEmptyNotificationAndDropsIt)
 {
     open("a"_s, 1, 1000);
     EXPECT_EQ(errorOf(request(TavoNotificationDisplayItem()
@@ -279,7 +279,7 @@ TEST_F(DisplayQueueTest, TracesItsOperationsByTheirWholeSignatures)
     }
 }
 
-TEST_F(DisplayQueueTest, LeavesSoundsAlone)
+TEST_F(DisplayQueueTest, DoesNotAffectSounds)
 {
     play("sound"_s);
     open("a"_s, 3, 1000);

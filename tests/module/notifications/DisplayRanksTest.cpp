@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The ranks of the display's queue, so many that they take several runs of 512.
+// The ranks of the display's queue, with several runs of 512.
 
 #include "modules/notifications/DisplayRanks.h"
 
@@ -11,7 +11,7 @@
 #include <random>
 #include <vector>
 
-/// Ranks whose runs are open to the tests.
+/// Gives the tests access to the runs.
 struct DisplayRanksAccess : DisplayRanks
 {
     using DisplayRanks::m_runs;
@@ -20,7 +20,7 @@ struct DisplayRanksAccess : DisplayRanks
 namespace {
 using Rank = DisplayRanks::Rank;
 
-/// Ranks and a plain sorted list of the same, to be compared.
+/// Ranks and a plain sorted list with the same contents, to be compared.
 class RanksBesideAList
 {
 public:
@@ -40,7 +40,7 @@ public:
         ranks.insert(rank);
     }
 
-    /// Inserts the next arrival, with a random one of so many priorities.
+    /// Inserts the next arrival, with a random priority.
     void arrive(int priorities) { insert({below(priorities), m_arrivals++}); }
 
     void takeAt(int position)
@@ -82,7 +82,7 @@ TEST(DisplayRanksTest, PutsTheMoreUrgentFirstAndTheOlderBeforeTheNewer)
     EXPECT_EQ(ranks.at(2), later);
 }
 
-TEST(DisplayRanksTest, CountsWhatStandsBeforeARankThatIsNotThere)
+TEST(DisplayRanksTest, CountsTheRanksBeforeOneThatIsNotThere)
 {
     DisplayRanks ranks;
     EXPECT_EQ(ranks.position({1, 0}), 0);
@@ -94,7 +94,7 @@ TEST(DisplayRanksTest, CountsWhatStandsBeforeARankThatIsNotThere)
     EXPECT_EQ(ranks.position({0, 2000}), 2000);
 }
 
-TEST(DisplayRanksTest, FindsAllAsARunBecomesTwoAndThree)
+TEST(DisplayRanksTest, FindsEveryRankAfterARunHasBeenSplitTwice)
 {
     RanksBesideAList both;
     for (const int size : {511, 512, 513, 514, 768, 769, 770, 1024, 1025, 1026}) {
@@ -105,7 +105,7 @@ TEST(DisplayRanksTest, FindsAllAsARunBecomesTwoAndThree)
     }
 }
 
-TEST(DisplayRanksTest, FindsAllWhenEveryOneIsMoreUrgentThanThoseBefore)
+TEST(DisplayRanksTest, FindsEveryRankWhenEachIsMoreUrgentThanTheLast)
 {
     RanksBesideAList both;
     for (int i = 0; i < 1100; ++i) {
@@ -114,7 +114,7 @@ TEST(DisplayRanksTest, FindsAllWhenEveryOneIsMoreUrgentThanThoseBefore)
     both.expectSame();
 }
 
-TEST(DisplayRanksTest, PutsEachBetweenTheNeighboursThatItBelongsTo)
+TEST(DisplayRanksTest, PutsEachRankBetweenItsNeighbours)
 {
     RanksBesideAList both;
     for (quint64 arrival = 0; arrival < 3000; arrival += 2) {
@@ -126,7 +126,7 @@ TEST(DisplayRanksTest, PutsEachBetweenTheNeighboursThatItBelongsTo)
     both.expectSame();
 }
 
-TEST(DisplayRanksTest, LosesTheFirstUntilNoneIsLeft)
+TEST(DisplayRanksTest, RemovesTheFirstUntilItIsEmpty)
 {
     RanksBesideAList both;
     for (int i = 0; i < 1300; ++i) {
@@ -140,7 +140,7 @@ TEST(DisplayRanksTest, LosesTheFirstUntilNoneIsLeft)
     both.expectSame();
 }
 
-TEST(DisplayRanksTest, LosesTheLastUntilNoneIsLeft)
+TEST(DisplayRanksTest, RemovesTheLastUntilItIsEmpty)
 {
     RanksBesideAList both;
     for (int i = 0; i < 1300; ++i) {
@@ -152,20 +152,20 @@ TEST(DisplayRanksTest, LosesTheLastUntilNoneIsLeft)
     }
 }
 
-TEST(DisplayRanksTest, LosesAllBetweenItsEnds)
+TEST(DisplayRanksTest, RemovesEveryRankBetweenItsEnds)
 {
     RanksBesideAList both;
     for (int i = 0; i < 1300; ++i) {
         both.arrive(1);
     }
-    // The place that is taken from moves through each run and from run to run.
+    // The position moves through each run, and from run to run.
     while (both.list.size() > 600) {
         both.takeAt(300);
         both.expectSame();
     }
 }
 
-TEST(DisplayRanksTest, AgreesWithAListThroughAnyComingAndGoing)
+TEST(DisplayRanksTest, AgreesWithAListThroughRandomInsertionsAndRemovals)
 {
     for (unsigned seed = 1; seed <= 20; ++seed) {
         SCOPED_TRACE(seed);
@@ -186,7 +186,7 @@ TEST(DisplayRanksTest, AgreesWithAListThroughAnyComingAndGoing)
     }
 }
 
-TEST(DisplayRanksTest, StandsInRunsThatAreNeitherLongNorShort)
+TEST(DisplayRanksTest, HasRunsThatAreNeitherTooLongNorTooShort)
 {
     RanksBesideAList both;
     const auto expectBounded = [&both] {

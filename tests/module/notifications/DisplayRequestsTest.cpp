@@ -112,7 +112,7 @@ TEST_F(DisplayRequestsTest, ReplacesThePathOfARequestThatHasAMessage)
     EXPECT_EQ(path.parent(), TavoNotificationDisplaySimpleMessageNodePath());
 }
 
-TEST_F(DisplayRequestsTest, CancelsWithTheAnswerOfTheOpenRequest)
+TEST_F(DisplayRequestsTest, CancelsWithTheReplyOfTheOpenRequest)
 {
     const CMReply<QVariant> opened = request(message("hello"_s));
     const CMReply<QVariant> cancelled =
@@ -143,7 +143,7 @@ TEST_F(DisplayRequestsTest, KnowsAPathByItsCanonicalText)
     EXPECT_FALSE(cancelDisplay(path).error().isError());
 }
 
-TEST_F(DisplayRequestsTest, TakesAMapForAHash)
+TEST_F(DisplayRequestsTest, AcceptsAMapAsAHash)
 {
     const QVariantMap item{{"message"_s, "hello"_s}};
     EXPECT_FALSE(
@@ -153,7 +153,7 @@ TEST_F(DisplayRequestsTest, TakesAMapForAHash)
     EXPECT_EQ(rowOf(rows().first()).title(), TrString("hello"));
 }
 
-TEST_F(DisplayRequestsTest, RefusesACancelOfWhatIsClosed)
+TEST_F(DisplayRequestsTest, RefusesACancelOfAClosedNotification)
 {
     const CMPath path = open("hello"_s);
     cancelDisplay(path);
@@ -211,7 +211,7 @@ class KeptTextTest : public DisplayRequestsTest, public testing::WithParamInterf
 {
 };
 
-TEST_P(KeptTextTest, IsShownAsItCame)
+TEST_P(KeptTextTest, IsShownUnchanged)
 {
     const CMPath path = open(message(GetParam()).setTitle(GetParam()).setId(GetParam()));
     EXPECT_EQ(rowOf(path).title(), TrString(GetParam()));

@@ -13,7 +13,7 @@ protected:
 
     QObject *display() const;
     QTimer *closeTimer() const;
-    void fireCloseTimer(); ///< as if the head's time were over
+    void fireCloseTimer(); ///< as at the head's timeout
 
     static TavoNotificationDisplayItem message(const QString &text, int priority = 1,
                                                int timeout = 0);

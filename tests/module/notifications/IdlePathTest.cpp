@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What happens after the last item: the inactivity timer, releasing, unducking.
+// The steps after the last item: the inactivity timer, releasing, unducking.
 
 #include "NotificationsTest.h"
 
@@ -100,7 +100,7 @@ TEST_F(IdlePathTest, DucksAgainForAnItemThatComesWhileUnducking)
     enqueue("b"_s);
     EXPECT_EQ(left(TRACE_LOG_LEVEL, "continuePlayAudio", "Active request"), 1);
     sinceThen();
-    // The request before, to duck, has been answered by the script.
+    // The first request, to duck, has been answered by the script.
     services().requests(TavoPlayerMainAudioDuckingPath()).at(1).reply().setValue(QVariant());
     settle();
     EXPECT_EQ(sinceThen(), QStringList{"duck"_s});

@@ -26,7 +26,7 @@ protected:
         return static_cast<CMWorker *>(entry(name, &config));
     }
 
-    /// Whether there is a node at the path.
+    /// Returns whether there is a node at the path.
     bool isPublished(const CMPath &path)
     {
         return request(path, QVariant()).error().name() != CMErrors::noSuchNode();

@@ -86,7 +86,7 @@ std::string shortened(const std::string &message)
 }
 } // namespace
 
-// Used instead of the library's function, by the module as well.
+// Replaces the library's function, also for the module.
 CMAbstractWorker *CMRoot()
 {
     return observedRoot();
@@ -122,7 +122,7 @@ NotificationsTest::NotificationsTest()
 
 NotificationsTest::~NotificationsTest()
 {
-    // These may refer to variables of the test's body, which has been left.
+    // The callbacks may refer to variables of the test's body, which no longer exist.
     ScriptedPlayers::instance().onCall = nullptr;
     observedRoot()->onSetData = nullptr;
     unload();

@@ -91,7 +91,7 @@ protected:
                 const std::string &text) const;
     int left(log4cplus::LogLevel level, const std::string &function, const std::string &text) const;
 
-    /// The paths of all requests so far, also of the test's own and of those to missing nodes.
+    /// The paths of all requests so far, including the test's own and those to missing nodes.
     const QVector<CMPath> &requestedPaths() const { return m_requestedPaths; }
 
     /// Starts a story with an empty log.

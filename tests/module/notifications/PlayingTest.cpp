@@ -52,7 +52,7 @@ TEST_F(PlayingTest, PlaysBase64WithTheDataPlayer)
     EXPECT_EQ(logged(DEBUG_LOG_LEVEL, "Constructing data player"), 1);
 }
 
-TEST_F(PlayingTest, HandsBadBase64ToTheDataPlayerAsItDecodes)
+TEST_F(PlayingTest, PassesTheDecodedPartOfBadBase64ToTheDataPlayer)
 {
     const ScriptedPlayer *player = playAs(Type::Data, "no base64: \u00e4!"_s);
     ASSERT_NE(player, nullptr);
@@ -114,7 +114,7 @@ protected:
         enqueue(item("a"_s).setType(type));
         beginStory();
         services().requests(TavoPowerManagerResourceRequestPath()).back().reply().setValue({});
-        QCoreApplication::sendPostedEvents(); // the reply alone
+        QCoreApplication::sendPostedEvents(); // delivers only the reply
         return story();
     }
 };

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The sound controller from within: assertions that nothing outside leads to.
+// The private parts of the sound controller: assertions that nothing outside leads to.
 
 #include "modules/notifications/NotificationPlayer.h"
 #include "NotificationsTest.h"

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Queueing items: which are refused, their order, and pre-emption.
+// Queueing of items: refusals, their order, and pre-emption.
 
 #include "NotificationsTest.h"
 
@@ -208,7 +208,7 @@ TEST_F(SoundQueueTest, RefusesAnEmptyIdBeforeAnythingElse)
     EXPECT_EQ(journal(), QStringList{"register"_s});
 }
 
-TEST_F(SoundQueueTest, RefusesAnIdInTheQueueAndLeavesTheQueueAlone)
+TEST_F(SoundQueueTest, RefusesAnIdInTheQueueAndDoesNotChangeTheQueue)
 {
     play("a"_s);
     log().clear();

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The two request nodes for sounds: what requests carry and how they are answered.
+// The two request nodes for sounds: their values and their replies.
 
 #include "NotificationsTest.h"
 

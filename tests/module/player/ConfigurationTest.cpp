@@ -25,13 +25,13 @@ TEST(PlayerConfigurationTest, RefusesAnUnknownKeyAndNamesIt)
     EXPECT_EQ(failureWith({{"device", "default"}}), "device: unknown key");
 }
 
-TEST(PlayerConfigurationTest, RefusesADeviceThatIsNoText)
+TEST(PlayerConfigurationTest, RefusesADeviceThatIsNotAString)
 {
     EXPECT_EQ(failureWith({{"mainDevice", 1}}), "mainDevice: must be a string");
     EXPECT_EQ(failureWith({{"notificationsDevice", 1}}), "notificationsDevice: must be a string");
 }
 
-TEST(PlayerConfigurationTest, RefusesMusicThatIsNoText)
+TEST(PlayerConfigurationTest, RefusesMusicThatIsNotAString)
 {
     EXPECT_EQ(failureWith({{"music", QVariantList{"a", "b"}}}), "music: must be a string");
 }
@@ -46,7 +46,7 @@ TEST(PlayerConfigurationTest, RefusesAnAttenuationBelowHearing)
     EXPECT_THAT(failureWith({{"duckingAttenuation", -97}}), StartsWith("duckingAttenuation: "));
 }
 
-TEST(PlayerConfigurationTest, RefusesAFadeThatIsNoWholeNumber)
+TEST(PlayerConfigurationTest, RefusesAFadeThatIsNotAnInteger)
 {
     EXPECT_EQ(failureWith({{"duckingFade", 20.5}}),
               "duckingFade: must be an integer from 0 to 5000");

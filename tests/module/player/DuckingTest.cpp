@@ -34,7 +34,7 @@ TEST_F(DuckingTest, CountsARequesterOnce)
     EXPECT_FALSE(state().ducked());
 }
 
-TEST_F(DuckingTest, StaysDuckedUntilTheLastRequesterHasLeft)
+TEST_F(DuckingTest, StaysDuckedUntilTheLastRequesterHasUnducked)
 {
     ASSERT_TRUE(duck("alarm").succeeds());
     ASSERT_TRUE(duck("call").succeeds());
@@ -45,7 +45,7 @@ TEST_F(DuckingTest, StaysDuckedUntilTheLastRequesterHasLeft)
     EXPECT_FALSE(state().ducked());
 }
 
-TEST_F(DuckingTest, AnswersAnUnknownRequesterWithoutEffect)
+TEST_F(DuckingTest, IgnoresAnUnduckByAnUnknownRequester)
 {
     ASSERT_TRUE(duck("alarm").succeeds());
     EXPECT_TRUE(unduck("stranger").succeeds());
@@ -60,7 +60,7 @@ TEST_F(DuckingTest, RefusesAnEmptyRequester)
     EXPECT_FALSE(state().ducked());
 }
 
-TEST_F(DuckingTest, DoesNotTakeAMissingWishForARestore)
+TEST_F(DuckingTest, DoesNotTakeAMissingFieldForAnUnduck)
 {
     ASSERT_TRUE(duck("alarm").succeeds());
     const auto request = sendDucking(TavoPlayerAudioDuckingRequest().setRequester("alarm"));
@@ -68,13 +68,13 @@ TEST_F(DuckingTest, DoesNotTakeAMissingWishForARestore)
     EXPECT_TRUE(state().ducked());
 }
 
-TEST_F(DuckingTest, RefusesAWishThatIsNoTruthValue)
+TEST_F(DuckingTest, RefusesAFieldThatIsNotABoolean)
 {
     const QVariantHash fields{{"requester", "alarm"}, {"duckAudio", "yes"}};
     EXPECT_EQ(sendDucking(fields).errorText(), "duckAudio must be true or false");
 }
 
-TEST_F(DuckingTest, RefusesAValueThatIsNoRecord)
+TEST_F(DuckingTest, RefusesAValueThatIsNotARecord)
 {
     EXPECT_FALSE(Request(TavoPlayerMainAudioDuckingPath(), QVariant(true)).succeeds());
     EXPECT_FALSE(Request(TavoPlayerMainAudioDuckingPath(), QVariant()).succeeds());
@@ -85,9 +85,9 @@ TEST_F(DuckingTest, PublishesTheStateBeforeItAnswers)
 {
     bool ducked = false;
     QObject context;
-    const auto wish = TavoPlayerAudioDuckingRequest().setDuckAudio(true).setRequester("alarm");
+    const auto ducking = TavoPlayerAudioDuckingRequest().setDuckAudio(true).setRequester("alarm");
     const CMReply<QVariant> reply =
-        CMRoot()->invoke(TavoPlayerMainAudioDuckingPath(), wish, CMReply<QVariant>());
+        CMRoot()->invoke(TavoPlayerMainAudioDuckingPath(), ducking, CMReply<QVariant>());
     reply.addWatcher(
         &context, [&](const CMVoidReply &) { ducked = state().ducked(); }, Qt::DirectConnection);
     ASSERT_TRUE(waitFor([&] { return reply.isFinished(); }));

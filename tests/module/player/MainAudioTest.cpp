@@ -6,7 +6,7 @@
 #include <limits>
 
 namespace {
-/// No device is opened here: what these requests do to the sound is tested with a sound server.
+/// These tests open no device; the effects on the sound are tested with a sound server.
 class MainAudioTest : public PlayerTest
 {
 };
@@ -26,19 +26,19 @@ TEST_F(MainAudioTest, SetsTheVolume)
     EXPECT_EQ(state().volume(), 0.25);
 }
 
-TEST_F(MainAudioTest, TakesAMapForARecord)
+TEST_F(MainAudioTest, AcceptsAMapAsARecord)
 {
     EXPECT_TRUE(setVolume(QVariantMap{{"double", 0.25}}).succeeds());
     EXPECT_EQ(state().volume(), 0.25);
 }
 
-TEST_F(MainAudioTest, TakesABareNumberForTheVolume)
+TEST_F(MainAudioTest, AcceptsABareNumberAsTheVolume)
 {
     EXPECT_TRUE(setVolume(0).succeeds());
     EXPECT_EQ(state().volume(), 0.0);
 }
 
-TEST_F(MainAudioTest, LeavesTheVolumeAloneWhenItDucks)
+TEST_F(MainAudioTest, KeepsTheVolumeWhenItDucks)
 {
     ASSERT_TRUE(setVolume(0.5).succeeds());
     ASSERT_TRUE(duck("alarm").succeeds());
@@ -53,7 +53,7 @@ TEST_F(MainAudioTest, RefusesAVolumeOutOfRange)
     EXPECT_EQ(state().volume(), 1.0);
 }
 
-TEST_F(MainAudioTest, RefusesAVolumeThatIsNoNumber)
+TEST_F(MainAudioTest, RefusesAVolumeThatIsNotANumber)
 {
     EXPECT_FALSE(setVolume("0.5").succeeds());
     EXPECT_FALSE(setVolume(QVariant()).succeeds());
@@ -61,7 +61,7 @@ TEST_F(MainAudioTest, RefusesAVolumeThatIsNoNumber)
     EXPECT_EQ(state().volume(), 1.0);
 }
 
-TEST_F(MainAudioTest, RefusesASourceThatIsNoText)
+TEST_F(MainAudioTest, RefusesASourceThatIsNotAString)
 {
     EXPECT_EQ(play(7).errorText(), "The source must be a text");
 }

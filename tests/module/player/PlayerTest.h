@@ -12,7 +12,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-/// The module, loaded from its library and met through the model alone.
+/// The module, loaded from its library and used through the model only.
 class PlayerTest : public testing::Test
 {
 protected:
@@ -31,9 +31,9 @@ protected:
         return sendDucking(
             TavoPlayerAudioDuckingRequest().setDuckAudio(false).setRequester(requester));
     }
-    static Request sendDucking(const TavoPlayerAudioDuckingRequest &wish)
+    static Request sendDucking(const TavoPlayerAudioDuckingRequest &ducking)
     {
-        return {TavoPlayerMainAudioDuckingPath(), wish};
+        return {TavoPlayerMainAudioDuckingPath(), ducking};
     }
 
     static Request play(const QVariant &value) { return {TavoPlayerMainAudioPlayPath(), value}; }

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-/// A module for the power manager. It notes the messages that it receives as "<name> revoked 2" and
-/// "<name> notice 2", in a journal that several modules can share.
+/// A module for the power manager. It records the messages that it receives as "<name> revoked 2"
+/// and "<name> notice 2", in a journal that several modules can share.
 class ModuleDouble : public CMNodesWorker
 {
     Q_OBJECT

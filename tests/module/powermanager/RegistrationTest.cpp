@@ -36,7 +36,7 @@ TEST_F(RegistrationTest, ReplacesTheRegistrationOfAModuleThatRegistersAgain)
     EXPECT_THAT(journal(), ElementsAre("other revoked 2", "other notice 2"));
 }
 
-TEST_F(RegistrationTest, RevokesWhatAModuleHeldThatRegistersAgain)
+TEST_F(RegistrationTest, ReleasesTheResourcesOfAModuleThatRegistersAgain)
 {
     const Module alarm = makeModule("alarm");
     ASSERT_TRUE(acquire(Resources::Audio, "alarm").succeeds());
@@ -44,7 +44,7 @@ TEST_F(RegistrationTest, RevokesWhatAModuleHeldThatRegistersAgain)
     EXPECT_THAT(holders(Resources::Audio), IsEmpty());
 }
 
-TEST_F(RegistrationTest, ForgetsAModuleThatHasGoneAndWhatItHeld)
+TEST_F(RegistrationTest, ForgetsAModuleThatIsGoneAndReleasesItsResources)
 {
     Module alarm = makeModule("alarm");
     const Module radio = makeModule("radio");

@@ -39,7 +39,7 @@ TEST_F(ResourceRequestTest, ReleasesForOneModuleOnly)
     EXPECT_EQ(log().count(log4cplus::INFO_LOG_LEVEL, "Released Audio of radio"), 1);
 }
 
-TEST_F(ResourceRequestTest, TakesOneReleaseForTwoAcquires)
+TEST_F(ResourceRequestTest, NeedsOneReleaseForTwoAcquires)
 {
     ASSERT_TRUE(acquire(Resources::Audio, "alarm").succeeds());
     ASSERT_TRUE(acquire(Resources::Audio, "alarm").succeeds());
@@ -107,12 +107,12 @@ TEST_F(ResourceRequestTest, RefusesAValueThatIsNotARecord)
     EXPECT_FALSE(Request(TavoPowerManagerResourceRequestPath(), QVariant(1)).succeeds());
 }
 
-TEST_F(ResourceRequestTest, AnswersAReleaseOfWhatIsNotHeld)
+TEST_F(ResourceRequestTest, AnswersAReleaseOfAResourceThatIsNotHeld)
 {
     EXPECT_TRUE(release(Resources::Audio, "alarm").succeeds());
 }
 
-TEST_F(ResourceRequestTest, KeepsTheGrantsOfOthersWhenAModuleReleasesWhatItDoesNotHold)
+TEST_F(ResourceRequestTest, KeepsTheGrantsOfOthersWhenAModuleReleasesAResourceThatItDoesNotHold)
 {
     const Module alarm = makeModule("alarm");
     const Module radio = makeModule("radio");

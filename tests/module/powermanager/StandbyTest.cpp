@@ -58,7 +58,7 @@ TEST_F(StandbyTest, SendsNoNoticeBeforeTheLastHolderHasAnswered)
     EXPECT_EQ(journal().size(), 4U);
 }
 
-TEST_F(StandbyTest, TakesAnErrorForAnAnswer)
+TEST_F(StandbyTest, CountsAnErrorAsAnAnswer)
 {
     const Module alarm = makeHolder("alarm", Manner::Refuses);
     EXPECT_TRUE(standby().succeeds());
@@ -231,7 +231,7 @@ TEST_F(StandbyTest, AnswersWaitingRequestsWhenTheServiceGoesAway)
     EXPECT_EQ(request.error().name(), CMErrors::noAnswer());
 }
 
-TEST_F(StandbyTest, TellsSubscribersOfItsState)
+TEST_F(StandbyTest, ReportsItsStateToSubscribers)
 {
     struct Receiver : QObject
     {

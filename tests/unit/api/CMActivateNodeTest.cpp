@@ -59,7 +59,7 @@ TEST_F(CMActivateNodeTest, CallsAnAutomaticallyBoundSlotDirectlyInItsThread)
     EXPECT_TRUE(activate().isFinished());
 }
 
-TEST_F(CMActivateNodeTest, CallsAnAutomaticallyBoundSlotInItsThreadFromOthers)
+TEST_F(CMActivateNodeTest, CallsAnAutomaticallyBoundSlotInItsThreadFromAnotherThread)
 {
     bind(&echo, Qt::AutoConnection);
     EventThread other;
@@ -68,7 +68,7 @@ TEST_F(CMActivateNodeTest, CallsAnAutomaticallyBoundSlotInItsThreadFromOthers)
     EXPECT_EQ(echo.thread, QThread::currentThread());
 }
 
-TEST_F(CMActivateNodeTest, CallsASlotInAnotherThreadThere)
+TEST_F(CMActivateNodeTest, CallsASlotInTheThreadOfItsReceiver)
 {
     EventThread other;
     auto receiver = std::make_unique<Echo>();
@@ -81,7 +81,7 @@ TEST_F(CMActivateNodeTest, CallsASlotInAnotherThreadThere)
     });
 }
 
-TEST_F(CMActivateNodeTest, CallsItsSlotOnceForEachRequestInTheirOrder)
+TEST_F(CMActivateNodeTest, CallsItsSlotOnceForEachRequestInOrder)
 {
     RequestKeeper keeper;
     node->setInvoke(&keeper, &RequestKeeper::on_node_activated, Qt::QueuedConnection);
@@ -105,7 +105,7 @@ TEST_F(CMActivateNodeTest, CanBeAnsweredAfterTheSlotHasReturned)
     EXPECT_EQ(reply.value(), QVariant(8));
 }
 
-TEST_F(CMActivateNodeTest, IsNotThereForOthersBeforeItIsBound)
+TEST_F(CMActivateNodeTest, IsNotPublishedBeforeItIsBound)
 {
     ChangeRecorder recorder;
     CMRoot()->connectNodeChange(path, &recorder, &ChangeRecorder::on_node_changed);
@@ -121,7 +121,7 @@ TEST_F(CMActivateNodeTest, IsNotThereForOthersBeforeItIsBound)
     EXPECT_FALSE(activate().error().isError());
 }
 
-TEST_F(CMActivateNodeTest, IsThereOnceHoweverOftenItIsBound)
+TEST_F(CMActivateNodeTest, IsPublishedOnceWhenItIsBoundTwice)
 {
     const LogCapture log("Model");
     bind(&echo, Qt::DirectConnection);
@@ -129,7 +129,7 @@ TEST_F(CMActivateNodeTest, IsThereOnceHoweverOftenItIsBound)
     EXPECT_EQ(log.countAt(log4cplus::ERROR_LOG_LEVEL), 0);
 }
 
-TEST_F(CMActivateNodeTest, AnswersWithAnErrorWhenItsReceiverHasGone)
+TEST_F(CMActivateNodeTest, AnswersWithAnErrorWhenItsReceiverIsGone)
 {
     auto gone = std::make_unique<Echo>();
     bind(gone.get(), Qt::QueuedConnection);
@@ -137,7 +137,7 @@ TEST_F(CMActivateNodeTest, AnswersWithAnErrorWhenItsReceiverHasGone)
     EXPECT_EQ(activate().error().name(), CMErrors::noAnswer());
 }
 
-TEST_F(CMActivateNodeTest, AnswersWithAnErrorWhenItsReceiverGoesBeforeItsTurn)
+TEST_F(CMActivateNodeTest, AnswersAQueuedRequestWithAnErrorWhenItsReceiverIsDeleted)
 {
     auto gone = std::make_unique<Echo>();
     bind(gone.get(), Qt::QueuedConnection);
@@ -164,7 +164,7 @@ TEST_F(CMActivateNodeTest, CallsItsSlotOnceWhenBoundToItTwice)
     EXPECT_EQ(echo.calls, 1);
 }
 
-TEST_F(CMActivateNodeTest, HandsTheConnectorItself)
+TEST_F(CMActivateNodeTest, PassesItselfToTheConnector)
 {
     const CMActivateNode *handed = nullptr;
     node->doSetInvoke([&handed](CMActivateNode *given) { handed = given; });

@@ -23,7 +23,7 @@ protected:
 
     void publishValue(const QString &path) { CMValueNode::create(&m_nodes, CMPath(path)); }
 
-    /// An entry a line: path, kind and title.
+    /// One line for each entry: path, kind and title.
     static Lines linesOf(const std::vector<CMCatalog::Entry> &entries)
     {
         Lines lines;
@@ -43,7 +43,7 @@ protected:
     CMNodes m_nodes;
 };
 
-TEST_F(CMCatalogTest, IsEmptyWhereThereIsNothing)
+TEST_F(CMCatalogTest, IsEmptyForAPathWithoutNodes)
 {
     publishValue("/a/b"_s);
     EXPECT_THAT(tree("/x"_s), IsEmpty());
@@ -51,7 +51,7 @@ TEST_F(CMCatalogTest, IsEmptyWhereThereIsNothing)
     EXPECT_THAT(children("/a/b"_s), IsEmpty());
 }
 
-TEST_F(CMCatalogTest, GivesTheTreeInTheOrderOfItsPaths)
+TEST_F(CMCatalogTest, ListsTheTreeSortedByPath)
 {
     publishValue("/b"_s);
     publishValue("/a/c"_s);
@@ -61,7 +61,7 @@ TEST_F(CMCatalogTest, GivesTheTreeInTheOrderOfItsPaths)
     EXPECT_THAT(tree("/a"_s), ElementsAre("/a value", "/a/b/c value", "/a/c value"));
 }
 
-TEST_F(CMCatalogTest, TakesNoPathForBelowAnotherThatOnlyBeginsAlike)
+TEST_F(CMCatalogTest, DoesNotListAPathThatOnlyStartsWithTheSameText)
 {
     publishValue("/ab"_s);
     publishValue("/ab/c"_s);
@@ -69,14 +69,14 @@ TEST_F(CMCatalogTest, TakesNoPathForBelowAnotherThatOnlyBeginsAlike)
     EXPECT_THAT(children("/a"_s), IsEmpty());
 }
 
-TEST_F(CMCatalogTest, GivesKindAndTitle)
+TEST_F(CMCatalogTest, ListsKindAndTitle)
 {
     CMListRowsNode::create(&m_nodes, CMPath("/list"_s))->setTitle("Rows"_s);
     CMActivateNode::create(&m_nodes, CMPath("/request"_s))->doSetInvoke([](CMActivateNode *) {});
     EXPECT_THAT(tree(""_s), ElementsAre("/list list Rows", "/request request"));
 }
 
-TEST_F(CMCatalogTest, GivesOneNodeByItself)
+TEST_F(CMCatalogTest, FindsOneNode)
 {
     CMListRowsNode::create(&m_nodes, CMPath("/a/list"_s))->setTitle("Rows"_s);
     publishValue("/a/list/below"_s);
@@ -85,7 +85,7 @@ TEST_F(CMCatalogTest, GivesOneNodeByItself)
     EXPECT_THAT(linesOf({*entry}), ElementsAre("/a/list list Rows"));
 }
 
-TEST_F(CMCatalogTest, GivesNothingForAPathWithoutANode)
+TEST_F(CMCatalogTest, FindsNothingForAPathWithoutANode)
 {
     publishValue("/a/b"_s);
     EXPECT_FALSE(CMCatalog::entry(CMPath("/a"_s)).has_value()) << "a group is no node";
@@ -93,7 +93,7 @@ TEST_F(CMCatalogTest, GivesNothingForAPathWithoutANode)
     EXPECT_FALSE(CMCatalog::entry(CMPath()).has_value());
 }
 
-TEST_F(CMCatalogTest, GivesChildrenOnceWithGroupsForThoseWithoutANode)
+TEST_F(CMCatalogTest, ListsEachChildOnceAndPathsWithoutANodeAsGroups)
 {
     publishValue("/a/x/1"_s);
     publishValue("/a/x/2"_s);
@@ -105,7 +105,7 @@ TEST_F(CMCatalogTest, GivesChildrenOnceWithGroupsForThoseWithoutANode)
     EXPECT_THAT(children("/a/x"_s), ElementsAre("/a/x/1 value", "/a/x/2 value"));
 }
 
-TEST_F(CMCatalogTest, LeavesOutWhatHasGone)
+TEST_F(CMCatalogTest, DoesNotListDisposedNodes)
 {
     CMNode *node = CMValueNode::create(&m_nodes, CMPath("/a"_s));
     node->dispose();

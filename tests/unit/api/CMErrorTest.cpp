@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(CMErrorTest, IsNoneWhenDefaultMade)
+TEST(CMErrorTest, IsNoErrorByDefault)
 {
     const CMError error;
     EXPECT_FALSE(error.isError());
@@ -24,7 +24,7 @@ TEST(CMErrorTest, HasANameAMessageAndTheDefaultTitle)
     EXPECT_EQ(error.title(), CMError::DefaultTitle());
 }
 
-TEST(CMErrorTest, IsAHashUnderItsThreeKeys)
+TEST(CMErrorTest, IsAHashWithThreeKeys)
 {
     CMError error;
     error.insert(CMError::Name(), QStringLiteral("Notifications"));
@@ -52,14 +52,14 @@ TEST(CMErrorTest, HasATranslatableDefaultTitle)
     EXPECT_EQ(CMError::DefaultTitle().toString(), "Error");
 }
 
-TEST(CMErrorTest, KeepsItsKeysApart)
+TEST(CMErrorTest, HasThreeDifferentKeys)
 {
     EXPECT_NE(CMError::Name(), CMError::Message());
     EXPECT_NE(CMError::Name(), CMError::Title());
     EXPECT_NE(CMError::Message(), CMError::Title());
 }
 
-TEST(CMErrorTest, TellsTheModelsOwnErrorsApart)
+TEST(CMErrorTest, HasADifferentNameForEachErrorOfTheModel)
 {
     EXPECT_EQ(CMErrors::noSuchNode(), "NoSuchNode");
     EXPECT_EQ(CMErrors::notSupported(), "NotSupported");

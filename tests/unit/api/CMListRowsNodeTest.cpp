@@ -75,7 +75,7 @@ TEST_F(CMListRowsNodeTest, AppendsRowsWithRoles)
     EXPECT_EQ(TavoRoles(node->getRow(0).toHash()), roles);
 }
 
-TEST_F(CMListRowsNodeTest, GivesRolesAsTheyWereAppended)
+TEST_F(CMListRowsNodeTest, ReturnsRolesAsTheyWereAppended)
 {
     const QVariantList given{
         QVariantHash{{"type", 6}, {"title", "text"}},
@@ -100,7 +100,7 @@ TEST_F(CMListRowsNodeTest, GivesRolesAsTheyWereAppended)
     EXPECT_EQ(askForRows(0, -1), QVariant(given));
 }
 
-TEST_F(CMListRowsNodeTest, TakesATitleThatIsAPathForNoRowThatIsOne)
+TEST_F(CMListRowsNodeTest, DoesNotTakeATitleThatLooksLikeAPathForAPath)
 {
     node->rowsAppend(TavoRoles(QVariantHash{{"type", 6}, {"title", QVariant::fromValue(a)}}));
     const QVariantHash row = node->getRow(0).toHash();
@@ -109,7 +109,7 @@ TEST_F(CMListRowsNodeTest, TakesATitleThatIsAPathForNoRowThatIsOne)
     EXPECT_EQ(askForMatch(a.toQVariant()), QVariant(-1));
 }
 
-TEST_F(CMListRowsNodeTest, InsertsARowWhereItIsToStand)
+TEST_F(CMListRowsNodeTest, InsertsARowAtItsIndex)
 {
     node->rowsInsert(0, b);
     node->rowsInsert(0, a);
@@ -127,7 +127,7 @@ TEST_F(CMListRowsNodeTest, RemovesTheRowAtAnIndex)
     EXPECT_EQ(rows(), (QStringList{"/a", "/c"}));
 }
 
-TEST_F(CMListRowsNodeTest, GivesARowThatConvertsToAPath)
+TEST_F(CMListRowsNodeTest, ReturnsARowThatConvertsToAPath)
 {
     const CMPath row(QStringLiteral("/a/b"));
     node->rowsInsert(0, row);
@@ -136,7 +136,7 @@ TEST_F(CMListRowsNodeTest, GivesARowThatConvertsToAPath)
     EXPECT_EQ(CMPath::fromQVariant(node->getRow(0)), row);
 }
 
-TEST_F(CMListRowsNodeTest, HasNoRowOutsideOfItsRange)
+TEST_F(CMListRowsNodeTest, HasNoRowOutsideItsRange)
 {
     node->rowsAppend(a);
     EXPECT_TRUE(node->getRow(0).isValid());
@@ -144,7 +144,7 @@ TEST_F(CMListRowsNodeTest, HasNoRowOutsideOfItsRange)
     EXPECT_FALSE(node->getRow(1).isValid());
 }
 
-TEST_F(CMListRowsNodeTest, AnnouncesWhatItsRowsCarry)
+TEST_F(CMListRowsNodeTest, AnnouncesTheRolesOfItsRows)
 {
     EXPECT_TRUE(node->rowsRoles().isEmpty());
     const auto roles = TavoRowsRoles().setType({TavoRowsRolesType::Title});
@@ -193,7 +193,7 @@ TEST_F(CMListRowsNodeTest, ReportsWhatChangedAndWhere)
                             RowsReport{path, inserted, 1, 1}, RowsReport{path, removed, 0, 1}));
 }
 
-TEST_F(CMListRowsNodeTest, GivesAllItsRowsOnRequest)
+TEST_F(CMListRowsNodeTest, ReturnsAllItsRowsOnRequest)
 {
     EXPECT_EQ(askForRows(0, -1), QVariant(QVariantList()));
     node->rowsAppend(a);
@@ -201,7 +201,7 @@ TEST_F(CMListRowsNodeTest, GivesAllItsRowsOnRequest)
     EXPECT_EQ(askForRows(0, -1), QVariant(QVariantList{"/a", "/b"}));
 }
 
-TEST_F(CMListRowsNodeTest, GivesTheRowsThatAreAskedFor)
+TEST_F(CMListRowsNodeTest, ReturnsTheRequestedRows)
 {
     for (const CMPath &row : {a, b, c}) {
         node->rowsAppend(row);
@@ -211,7 +211,7 @@ TEST_F(CMListRowsNodeTest, GivesTheRowsThatAreAskedFor)
     EXPECT_EQ(askForRows(0, 0), QVariant(QVariantList()));
 }
 
-TEST_F(CMListRowsNodeTest, GivesWhatThereIsWhenMoreIsAskedFor)
+TEST_F(CMListRowsNodeTest, ReturnsTheExistingRowsWhenMoreAreRequested)
 {
     node->rowsAppend(a);
     EXPECT_EQ(askForRows(0, 99), QVariant(QVariantList{"/a"}));
@@ -221,7 +221,7 @@ TEST_F(CMListRowsNodeTest, GivesWhatThereIsWhenMoreIsAskedFor)
     EXPECT_EQ(askForRows(2147483647, 2147483647), QVariant(QVariantList()));
 }
 
-TEST_F(CMListRowsNodeTest, MatchesAPathInWhateverFormItIsAskedFor)
+TEST_F(CMListRowsNodeTest, MatchesAPathThatIsGivenAsAPathOrAsAText)
 {
     node->rowsAppend(CMPath(QStringLiteral("/other")));
     node->rowsAppend(CMPath(QStringLiteral("/sought")));
@@ -241,7 +241,7 @@ TEST_F(CMListRowsNodeTest, FindsTheFirstRowThatEqualsAValue)
     EXPECT_EQ(askForMatch(QVariant()), QVariant(-1));
 }
 
-TEST_F(CMListRowsNodeTest, IsReadAsTheTextOfAPathThatWasMadeOfParts)
+TEST_F(CMListRowsNodeTest, ReturnsTheTextOfAPathThatWasMadeFromParts)
 {
     node->rowsAppend(CMPath(QStringLiteral("/one")) + QStringLiteral("two"));
     EXPECT_EQ(node->getRow(0), QVariant(QStringLiteral("/one/two")));
@@ -249,7 +249,7 @@ TEST_F(CMListRowsNodeTest, IsReadAsTheTextOfAPathThatWasMadeOfParts)
     EXPECT_EQ(askForMatch(QStringLiteral("/one/two")), QVariant(0));
 }
 
-TEST_F(CMListRowsNodeTest, MatchesATextOnlyAsItIsRead)
+TEST_F(CMListRowsNodeTest, MatchesOnlyTheTextThatItReturns)
 {
     node->rowsAppend(CMPath(QStringLiteral("/one/two")));
     node->rowsAppend(CMPath());
@@ -267,7 +267,7 @@ TEST_F(CMListRowsNodeTest, FindsARowByItsRoles)
     EXPECT_EQ(askForMatch(roles.__variant()), QVariant(1));
 }
 
-TEST(CMSubscribeTest, TellsTheNamesOfChangesApart)
+TEST(CMSubscribeTest, HasADifferentNameForEachChange)
 {
     const QSet<QString> names{CMSubscribe::RowsChangeInserted(), CMSubscribe::RowsChangeRemoved(),
                               CMSubscribe::RowsChangeReset(), CMSubscribe::RowsChangeClose()};
@@ -275,7 +275,7 @@ TEST(CMSubscribeTest, TellsTheNamesOfChangesApart)
     EXPECT_FALSE(names.contains(QString()));
 }
 
-TEST_F(CMListRowsNodeDeathTest, RefusesToInsertOutsideOfItsRange)
+TEST_F(CMListRowsNodeDeathTest, RefusesToInsertOutsideItsRange)
 {
     EXPECT_DEATH(node->rowsInsert(1, a), "index out of range");
     EXPECT_DEATH(node->rowsInsert(-1, a), "index out of range");

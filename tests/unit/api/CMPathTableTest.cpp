@@ -50,7 +50,7 @@ TEST_F(CMPathTableTest, FindsNothingForAPathWithoutAnEntry)
     EXPECT_EQ(table.find(CMPath()), nullptr);
 }
 
-TEST_F(CMPathTableTest, LosesTheRemovedEntriesAndNoOther)
+TEST_F(CMPathTableTest, RemovesAnEntryAndNoOther)
 {
     std::vector<Entry *> order = table.entries();
     std::shuffle(order.begin(), order.end(), std::mt19937(1));
@@ -62,7 +62,7 @@ TEST_F(CMPathTableTest, LosesTheRemovedEntriesAndNoOther)
     EXPECT_EQ(table.size(), 0);
 }
 
-TEST_F(CMPathTableTest, PutsAnotherEntryIntoOnesPlace)
+TEST_F(CMPathTableTest, ReplacesAnEntry)
 {
     Entry other{pathOf(7)};
     table.replace(&entries[7], &other);
@@ -71,7 +71,7 @@ TEST_F(CMPathTableTest, PutsAnotherEntryIntoOnesPlace)
     EXPECT_EQ(table.entries().size(), 1000U);
 }
 
-TEST_F(CMPathTableTest, GivesAllItsEntriesAway)
+TEST_F(CMPathTableTest, IsEmptyAfterTakingAllItsEntries)
 {
     EXPECT_EQ(table.takeAll().size(), 1000U);
     EXPECT_EQ(table.size(), 0);

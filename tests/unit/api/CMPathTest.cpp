@@ -23,7 +23,7 @@ QString text(const CMPath &path)
 }
 } // namespace
 
-TEST(CMPathTest, IsEmptyWhenDefaultMade)
+TEST(CMPathTest, IsEmptyByDefault)
 {
     EXPECT_TRUE(CMPath().isEmpty());
     EXPECT_EQ(text(CMPath()), QString());
@@ -72,7 +72,7 @@ TEST(CMPathTest, DiffersFromAPathOfAnotherText)
     EXPECT_FALSE(path("/a/b") == path("/b/a"));
 }
 
-TEST(CMPathTest, ComparesTheEmptyPathAsAnyOther)
+TEST(CMPathTest, ComparesTheEmptyPathLikeAnyOther)
 {
     EXPECT_TRUE(CMPath() == CMPath());
     EXPECT_TRUE(CMPath() == path("/"));
@@ -137,7 +137,7 @@ TEST(CMPathTest, GrowsFromTheEmptyPath)
     EXPECT_EQ(text(CMPath() + "/a/b"), "/a/b");
 }
 
-TEST(CMPathTest, LeavesThePathThatItGrowsFromAsItWas)
+TEST(CMPathTest, DoesNotChangeThePathThatItGrowsFrom)
 {
     const CMPath base = path("/a");
     const CMPath child = base + "b";
@@ -190,7 +190,7 @@ TEST(CMPathTest, IsEmptyWhenReadFromAnUnsuitableVariant)
     }
 }
 
-TEST(CMPathTest, SurvivesItsCarriedForm)
+TEST(CMPathTest, IsTheSameAfterAVariantHasCarriedIt)
 {
     EXPECT_EQ(CMPath::fromQVariant(path("/a/b").toQVariant()), path("/a/b"));
     EXPECT_EQ(path("/a/b").toQVariant(), QVariant(QStringLiteral("/a/b")));
@@ -214,7 +214,7 @@ TEST(CMPathTest, IsWrittenToAStreamAsItsText)
     EXPECT_EQ(stream.str(), "/a/b||");
 }
 
-TEST(CMPathTest, IsBelowThoseThatItBeginsWith)
+TEST(CMPathTest, IsBelowEveryPathThatItStartsWith)
 {
     const CMPath path("/a/b/c");
     EXPECT_TRUE(path.isBelow(CMPath("/a/b")));
@@ -227,7 +227,7 @@ TEST(CMPathTest, IsBelowThoseThatItBeginsWith)
     EXPECT_FALSE(CMPath().isBelow(CMPath()));
 }
 
-TEST(CMPathTest, IsBelowTheSameHoweverItWasMade)
+TEST(CMPathTest, IsBelowTheSamePathsHoweverItWasMade)
 {
     const CMPath joined = CMPath("/a/b") + "c";
     EXPECT_TRUE(joined.isBelow(CMPath("/a/b")));

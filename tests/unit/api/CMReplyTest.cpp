@@ -20,7 +20,7 @@ const CMError broken(QStringLiteral("Test"), "broken");
 constexpr unsigned long noLimit = std::numeric_limits<unsigned long>::max();
 } // namespace
 
-TEST(CMReplyTest, IsNewAndUnfinishedWhenDefaultMade)
+TEST(CMReplyTest, IsNewAndUnfinishedByDefault)
 {
     const Reply reply;
     EXPECT_FALSE(!reply);
@@ -82,22 +82,22 @@ TEST(CMReplyTest, CarriesOtherTypesToo)
     EXPECT_EQ(reply.value(), "text");
 }
 
-TEST(CMReplyTest, WaitsNoLongerThanTheLimit)
+TEST(CMReplyTest, WaitsNoLongerThanTheTimeout)
 {
     EXPECT_FALSE(Reply().waitForFinished(0));
     EXPECT_FALSE(Reply().waitForFinished(1));
 }
 
-TEST(CMReplyTest, WaitsForTheMillisecondsOfALimitBelowASecond)
+TEST(CMReplyTest, WaitsForATimeoutOfLessThanASecond)
 {
     QElapsedTimer time;
     time.start();
     EXPECT_FALSE(Reply().waitForFinished(200));
     EXPECT_GE(time.elapsed(), 200);
-    EXPECT_LT(time.elapsed(), 20000) << "the limit was taken for seconds";
+    EXPECT_LT(time.elapsed(), 20000) << "the timeout was taken for seconds";
 }
 
-TEST(CMReplyTest, WaitsForNothingOnceFinished)
+TEST(CMReplyTest, DoesNotWaitOnceFinished)
 {
     const Reply reply;
     reply.setValue(1);
@@ -105,7 +105,7 @@ TEST(CMReplyTest, WaitsForNothingOnceFinished)
     EXPECT_TRUE(reply.waitForFinished());
 }
 
-TEST(CMReplyTest, WakesEverybodyWhoWaits)
+TEST(CMReplyTest, WakesAllWaitingThreads)
 {
     const Reply reply;
     std::vector<std::future<bool>> waiting;
@@ -121,7 +121,7 @@ TEST(CMReplyTest, WakesEverybodyWhoWaits)
     EXPECT_EQ(reading.get(), QVariant(7));
 }
 
-TEST(CMReplyTest, WaitsForALimitOfAlmostForEver)
+TEST(CMReplyTest, WaitsWithAVeryLongTimeout)
 {
     for (const unsigned long limit : {noLimit - 1, noLimit / 2, noLimit / 1000000}) {
         const Reply reply;
@@ -137,7 +137,7 @@ TEST(CMReplyTest, WaitsForALimitOfAlmostForEver)
     }
 }
 
-TEST(CMReplyTest, GivesItsValueOnlyOnceThereIsOne)
+TEST(CMReplyTest, ReturnsItsValueOnlyOnceItIsFinished)
 {
     const Reply reply;
     auto reading = std::async(std::launch::async, [=] { return reply.value(); });
@@ -146,7 +146,7 @@ TEST(CMReplyTest, GivesItsValueOnlyOnceThereIsOne)
     EXPECT_EQ(reading.get(), QVariant(7));
 }
 
-TEST(CMReplyTest, TakesOneAnswerOfManyThreads)
+TEST(CMReplyTest, TakesOneAnswerFromManyThreads)
 {
     for (int round = 0; round < 50; ++round) {
         const Reply reply;
@@ -168,7 +168,7 @@ TEST(CMReplyTest, TakesOneAnswerOfManyThreads)
     }
 }
 
-TEST(CMVoidReplyTest, ViewsNothingWhenDefaultMade)
+TEST(CMVoidReplyTest, IsEmptyByDefault)
 {
     const CMVoidReply nothing;
     EXPECT_TRUE(!nothing);
@@ -179,7 +179,7 @@ TEST(CMVoidReplyTest, ViewsNothingWhenDefaultMade)
     EXPECT_FALSE(nothing.error().isError());
 }
 
-TEST(CMVoidReplyTest, FinishesTheReplyBehindIt)
+TEST(CMVoidReplyTest, FinishesTheReplyThatItViews)
 {
     const Reply reply;
     CMVoidReply(reply).setError(broken);

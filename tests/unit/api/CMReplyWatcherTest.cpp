@@ -21,7 +21,7 @@ using Reply = CMReply<QVariant>;
 namespace {
 const CMError broken(QStringLiteral("Test"), "broken");
 
-/// Stays after it has been told, as a watcher of somebody's own may.
+/// A watcher that does not delete itself.
 class Watcher : public CMReplyWatcher
 {
 public:
@@ -58,7 +58,7 @@ protected:
 };
 } // namespace
 
-TEST_F(CMReplyWatcherTest, IsNotToldBeforeTheEnd)
+TEST_F(CMReplyWatcherTest, IsNotCalledBeforeTheReplyIsFinished)
 {
     reply.addWatcher(&context, note(1));
     settle();
@@ -66,7 +66,7 @@ TEST_F(CMReplyWatcherTest, IsNotToldBeforeTheEnd)
     reply.setValue(1);
 }
 
-TEST_F(CMReplyWatcherTest, IsToldOnceOfAValue)
+TEST_F(CMReplyWatcherTest, IsCalledOnceForAValue)
 {
     Watcher watcher;
     reply.addWatcher(&watcher);
@@ -77,7 +77,7 @@ TEST_F(CMReplyWatcherTest, IsToldOnceOfAValue)
     EXPECT_FALSE(watcher.error.isError());
 }
 
-TEST_F(CMReplyWatcherTest, IsToldOnceOfAnError)
+TEST_F(CMReplyWatcherTest, IsCalledOnceForAnError)
 {
     Watcher watcher;
     reply.addWatcher(&watcher);
@@ -87,7 +87,7 @@ TEST_F(CMReplyWatcherTest, IsToldOnceOfAnError)
     EXPECT_EQ(watcher.error, broken);
 }
 
-TEST_F(CMReplyWatcherTest, IsToldInTheOrderOfTheList)
+TEST_F(CMReplyWatcherTest, IsCalledInTheOrderOfRegistration)
 {
     for (int number = 1; number <= 5; ++number) {
         reply.addWatcher(&context, note(number), Qt::DirectConnection);
@@ -115,7 +115,7 @@ TEST_F(CMReplyWatcherTest, MayCallBackIntoTheReply)
     EXPECT_THAT(notes, ElementsAre(1, 2, 3));
 }
 
-TEST_F(CMReplyWatcherTest, IsToldWhenAddedAfterTheEnd)
+TEST_F(CMReplyWatcherTest, IsCalledWhenAddedAfterTheEnd)
 {
     reply.setValue(1);
     reply.addWatcher(&context, note(1), Qt::DirectConnection);
@@ -125,7 +125,7 @@ TEST_F(CMReplyWatcherTest, IsToldWhenAddedAfterTheEnd)
     EXPECT_EQ(watcher.told, 1);
 }
 
-TEST_F(CMReplyWatcherTest, IsToldFromTheEventLoopWhenQueued)
+TEST_F(CMReplyWatcherTest, IsCalledFromTheEventLoopWhenQueued)
 {
     reply.addWatcher(&context, note(1), Qt::QueuedConnection);
     reply.setValue(1);
@@ -134,7 +134,7 @@ TEST_F(CMReplyWatcherTest, IsToldFromTheEventLoopWhenQueued)
     EXPECT_THAT(notes, ElementsAre(1));
 }
 
-TEST_F(CMReplyWatcherTest, IsToldInItsContextsThread)
+TEST_F(CMReplyWatcherTest, IsCalledInItsContextsThread)
 {
     EventThread other;
     auto otherContext = std::make_unique<QObject>();
@@ -147,7 +147,7 @@ TEST_F(CMReplyWatcherTest, IsToldInItsContextsThread)
     other.run([&] { otherContext.reset(); });
 }
 
-TEST_F(CMReplyWatcherTest, IsToldInItsContextsThreadWhenAddedAfterTheEnd)
+TEST_F(CMReplyWatcherTest, IsCalledInItsContextsThreadWhenAddedAfterTheEnd)
 {
     EventThread other;
     auto otherContext = std::make_unique<QObject>();
@@ -160,7 +160,7 @@ TEST_F(CMReplyWatcherTest, IsToldInItsContextsThreadWhenAddedAfterTheEnd)
     other.run([&] { otherContext.reset(); });
 }
 
-TEST_F(CMReplyWatcherTest, IsToldInItsContextsThreadWhenAnotherThreadAnswers)
+TEST_F(CMReplyWatcherTest, IsCalledInItsContextsThreadWhenAnotherThreadAnswers)
 {
     EventThread other;
     QThread *told = nullptr;
@@ -170,7 +170,7 @@ TEST_F(CMReplyWatcherTest, IsToldInItsContextsThreadWhenAnotherThreadAnswers)
     EXPECT_EQ(told, QThread::currentThread());
 }
 
-TEST_F(CMReplyWatcherTest, IsToldInTheThreadThatAddedItWithoutAContext)
+TEST_F(CMReplyWatcherTest, IsCalledInTheThreadThatAddedItWithoutAContext)
 {
     EventThread other;
     QThread *told = nullptr;
@@ -180,7 +180,7 @@ TEST_F(CMReplyWatcherTest, IsToldInTheThreadThatAddedItWithoutAContext)
     EXPECT_EQ(told, QThread::currentThread());
 }
 
-TEST_F(CMReplyWatcherTest, IsToldInTheOtherThreadThatAddedItWithoutAContext)
+TEST_F(CMReplyWatcherTest, IsCalledInAnotherThreadThatAddedItWithoutAContext)
 {
     EventThread other;
     std::promise<QThread *> told;
@@ -192,7 +192,7 @@ TEST_F(CMReplyWatcherTest, IsToldInTheOtherThreadThatAddedItWithoutAContext)
     EXPECT_EQ(told.get_future().get(), other.thread());
 }
 
-TEST_F(CMReplyWatcherTest, IsNotToldOnceItsContextHasGone)
+TEST_F(CMReplyWatcherTest, IsNotCalledOnceItsContextIsGone)
 {
     auto gone = std::make_unique<QObject>();
     reply.addWatcher(gone.get(), note(1), Qt::DirectConnection);
@@ -204,7 +204,7 @@ TEST_F(CMReplyWatcherTest, IsNotToldOnceItsContextHasGone)
     EXPECT_THAT(notes, ElementsAre(3));
 }
 
-TEST_F(CMReplyWatcherTest, IsNotToldWhenItsContextGoesWhileTheCallIsOnItsWay)
+TEST_F(CMReplyWatcherTest, IsNotCalledWhenItsContextIsDeletedBeforeAQueuedCall)
 {
     auto gone = std::make_unique<QObject>();
     reply.addWatcher(gone.get(), note(1), Qt::QueuedConnection);
@@ -214,7 +214,7 @@ TEST_F(CMReplyWatcherTest, IsNotToldWhenItsContextGoesWhileTheCallIsOnItsWay)
     EXPECT_TRUE(notes.empty());
 }
 
-TEST_F(CMReplyWatcherTest, IsToldAnErrorWhenTheReplyIsDroppedByEverybody)
+TEST_F(CMReplyWatcherTest, IsCalledWithAnErrorWhenTheLastCopyOfTheReplyIsDropped)
 {
     Watcher watcher;
     {
@@ -242,7 +242,7 @@ TEST_F(CMReplyWatcherTest, KeepsTheReplyUntilAQueuedCallIsMade)
     EXPECT_EQ(read, QVariant(7));
 }
 
-TEST_F(CMReplyWatcherTest, GivesATypedReplyToATypedCallback)
+TEST_F(CMReplyWatcherTest, PassesATypedReplyToATypedCallback)
 {
     QVariant read;
     reply.onFinished(
@@ -252,7 +252,7 @@ TEST_F(CMReplyWatcherTest, GivesATypedReplyToATypedCallback)
     EXPECT_EQ(read, QVariant(7));
 }
 
-TEST_F(CMReplyWatcherTest, GivesATypedReplyToATypedCallbackWhenDropped)
+TEST_F(CMReplyWatcherTest, PassesATypedReplyToATypedCallbackWhenDropped)
 {
     CMError error;
     {
@@ -264,7 +264,7 @@ TEST_F(CMReplyWatcherTest, GivesATypedReplyToATypedCallbackWhenDropped)
     EXPECT_EQ(error.name(), CMErrors::noAnswer());
 }
 
-TEST_F(CMReplyWatcherTest, TellsASlot)
+TEST_F(CMReplyWatcherTest, CallsASlot)
 {
     Listener listener;
     reply.connectFinished(&listener, &Listener::on_reply_finished);
@@ -273,7 +273,7 @@ TEST_F(CMReplyWatcherTest, TellsASlot)
     EXPECT_EQ(listener.replies.front().error(), broken);
 }
 
-TEST_F(CMReplyWatcherTest, ReEmitsTheEndAsASignalAndDeletesItself)
+TEST_F(CMReplyWatcherTest, EmitsASignalAtTheEndAndDeletesItself)
 {
     auto *watcher = new CMReplyWatcherObject;
     const QPointer<CMReplyWatcherObject> alive = watcher;
@@ -286,7 +286,7 @@ TEST_F(CMReplyWatcherTest, ReEmitsTheEndAsASignalAndDeletesItself)
     EXPECT_TRUE(alive.isNull());
 }
 
-TEST_F(CMReplyWatcherTest, IsToldOnceWhenAddedWhileAnotherThreadAnswers)
+TEST_F(CMReplyWatcherTest, IsCalledOnceWhenAddedWhileAnotherThreadAnswers)
 {
     for (int round = 0; round < 100; ++round) {
         const Reply raced;
@@ -307,13 +307,13 @@ TEST(CMReplyDeathTest, RefusesAReplyOfTheWrongType)
     EXPECT_DEATH(callback(Reply()), "Wrong type passed to CMReply::onFinished\\(\\)!");
 }
 
-TEST(CMReplyDeathTest, RefusesAViewOfNothing)
+TEST(CMReplyDeathTest, RefusesAnEmptyView)
 {
     const auto callback = Reply::finishCallback([](const Reply &) {});
     EXPECT_DEATH(callback(CMVoidReply()), "Wrong type passed to CMReply::onFinished\\(\\)!");
 }
 
-TEST(CMReplyDeathTest, RefusesToWatchNothing)
+TEST(CMReplyDeathTest, RefusesToWatchAnEmptyView)
 {
     QObject context;
     EXPECT_DEATH(CMVoidReply().addWatcher(&context, [](const CMVoidReply &) {}), "m_data");

@@ -19,7 +19,7 @@ CMSetDataRequest requestFor(const Reply &reply)
 }
 } // namespace
 
-TEST(CMRequestTest, HasItsPathItsValueAndItsReply)
+TEST(CMRequestTest, HasAPathAValueAndAReply)
 {
     const Reply reply;
     const CMSetDataRequest request = requestFor(reply);
@@ -37,14 +37,14 @@ TEST(CMRequestTest, KnowsItsKind)
     EXPECT_EQ(CMMatchRowRequest(path, 5, Reply()).type(), CMRequest::Type::MatchRow);
 }
 
-TEST(CMRequestTest, KeepsTheRowsThatItAsksFor)
+TEST(CMRequestTest, KeepsTheRequestedRows)
 {
     const CMGetRowsRequest request(path, 2, 3, Reply());
     EXPECT_EQ(request.first(), 2);
     EXPECT_EQ(request.count(), 3);
 }
 
-TEST(CMRequestTest, SharesItsDataAmongCopies)
+TEST(CMRequestTest, SharesItsDataWithItsCopies)
 {
     const Reply reply;
     const CMSetDataRequest request = requestFor(reply);
@@ -78,7 +78,7 @@ TEST(CMRequestTest, AnswersWithAnErrorWhenDroppedWithoutAnAnswer)
     EXPECT_TRUE(reply.error().message().toString().contains(path.toString()));
 }
 
-TEST(CMRequestTest, LeavesAnAnswerAsItIsWhenDropped)
+TEST(CMRequestTest, DoesNotChangeAnAnswerWhenDropped)
 {
     const Reply reply;
     {
@@ -88,7 +88,7 @@ TEST(CMRequestTest, LeavesAnAnswerAsItIsWhenDropped)
     EXPECT_FALSE(reply.error().isError());
 }
 
-TEST(CMRequestTest, CanBeAnsweredLaterByWhoeverKeepsItsReply)
+TEST(CMRequestTest, CanBeAnsweredLaterThroughAKeptReply)
 {
     const Reply reply;
     std::optional<Reply> kept = requestFor(reply).reply();

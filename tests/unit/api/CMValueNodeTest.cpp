@@ -47,7 +47,7 @@ TEST_F(CMValueNodeTest, HoldsAnEmptyValueAtFirst)
     EXPECT_EQ(CMRoot()->getValue(path), QVariant(QVariantHash()));
 }
 
-TEST_F(CMValueNodeTest, GivesTheValueThatWasSetLast)
+TEST_F(CMValueNodeTest, ReturnsTheValueThatWasSetLast)
 {
     node->setValue(number(1));
     node->setValue(number(2));
@@ -64,7 +64,7 @@ TEST_F(CMValueNodeTest, AnswersARequestForItsData)
     EXPECT_EQ(reply.value(), carried(1));
 }
 
-TEST_F(CMValueNodeTest, IsReadWhileItsWorkersEventLoopStands)
+TEST_F(CMValueNodeTest, IsReadWhileTheEventLoopOfItsWorkerIsBlocked)
 {
     EventThread thread;
     std::unique_ptr<CMNodesWorker> busy;
@@ -83,7 +83,7 @@ TEST_F(CMValueNodeTest, IsReadWhileItsWorkersEventLoopStands)
     working.get();
 }
 
-TEST_F(CMValueNodeTest, IsInvalidWhereThereIsNoValue)
+TEST_F(CMValueNodeTest, ReadsAsInvalidWithoutANode)
 {
     EXPECT_FALSE(CMRoot()->getValue(path + "none").isValid());
     EXPECT_FALSE(CMRoot()->getValue(CMPath()).isValid());
@@ -97,7 +97,7 @@ TEST_F(CMValueNodeTest, ReportsAChangeFromTheEventLoopOnly)
     EXPECT_THAT(recorder.values, ElementsAre(std::pair(path, carried(1))));
 }
 
-TEST_F(CMValueNodeTest, ReportsEveryChangeInTheirOrder)
+TEST_F(CMValueNodeTest, ReportsEveryChangeInOrder)
 {
     for (int i = 1; i <= 3; ++i) {
         node->setValue(number(i));
@@ -116,7 +116,7 @@ TEST_F(CMValueNodeTest, ReportsNothingWhenTheValueIsTheSame)
     EXPECT_EQ(recorder.values.size(), 1U);
 }
 
-TEST_F(CMValueNodeTest, ReportsToOthersThanThoseOfRows)
+TEST_F(CMValueNodeTest, DoesNotReportToSubscribersOfRows)
 {
     CMRoot()->connectRowsChange(path, &recorder, &ChangeRecorder::on_rows_changed);
     node->setValue(number(1));
@@ -169,7 +169,7 @@ TEST_F(CMValueNodeTest, ReportsOutsideItsLock)
     EXPECT_EQ(reader.read, carried(1));
 }
 
-TEST_F(CMValueNodeTest, IsReadWholeWhileItIsWritten)
+TEST_F(CMValueNodeTest, IsReadCompletelyWhileItIsWritten)
 {
     std::atomic<bool> done{false};
     std::vector<std::future<void>> readers;
@@ -191,7 +191,7 @@ TEST_F(CMValueNodeTest, IsReadWholeWhileItIsWritten)
     }
 }
 
-TEST_F(CMValueNodeTest, MayBeSetFromWithinAReport)
+TEST_F(CMValueNodeTest, MayBeSetInsideAReport)
 {
     class Counter : public QObject
     {

@@ -61,7 +61,7 @@ TEST(IntegerCodecTest, ReadsNumbersBeyondTheLimitsAsZero)
     EXPECT_EQ(readInt(std::numeric_limits<double>::infinity()), 0);
 }
 
-TEST(IntegerCodecTest, ReadsFractionsAndNoNumbersAsZero)
+TEST(IntegerCodecTest, ReadsFractionsAndOtherTypesAsZero)
 {
     EXPECT_EQ(readInt(7.5), 0);
     EXPECT_EQ(readInt(std::nan("")), 0);
@@ -76,7 +76,7 @@ TEST(IntegerCodecTest, ReadsLongNumbersInFull)
     EXPECT_EQ(TavoCodec<qint64>::read(Limits::max()), Limits::max());
     EXPECT_EQ(TavoCodec<qint64>::read(Limits::min()), Limits::min());
     EXPECT_EQ(TavoCodec<qint64>::read(quint64(Limits::max()) + 1), 0);
-    EXPECT_EQ(TavoCodec<qint64>::read(1e18), 0) << "such a double no longer is one number";
+    EXPECT_EQ(TavoCodec<qint64>::read(1e18), 0) << "such a double is not exact";
     EXPECT_EQ(TavoCodec<qint64>::read(9007199254740992.0), 9007199254740992);
 }
 
@@ -86,14 +86,14 @@ TEST(IntegerCodecTest, WritesLongNumbersInFull)
     EXPECT_EQ(TavoCodec<qint64>::write(most), QVariant(most));
 }
 
-TEST(VariantCodecTest, KeepsAnyValueAsItIs)
+TEST(VariantCodecTest, KeepsEveryValueUnchanged)
 {
     for (const QVariant &value : notNumbers) {
         EXPECT_EQ(TavoCodec<QVariant>::read(TavoCodec<QVariant>::write(value)), value);
     }
 }
 
-TEST(BoolCodecTest, ReadsTruthValuesAndNumbers)
+TEST(BoolCodecTest, ReadsBooleansAndNumbers)
 {
     EXPECT_TRUE(TavoCodec<bool>::read(true));
     EXPECT_FALSE(TavoCodec<bool>::read(false));
@@ -119,7 +119,7 @@ TEST(DoubleCodecTest, ReadsEveryNumber)
     }
 }
 
-TEST(EnumeratorCodecTest, StandsAsItsNumber)
+TEST(EnumeratorCodecTest, IsCarriedAsItsNumber)
 {
     using Codec = TavoCodec<TavoNotificationItemPriority::Enum>;
     EXPECT_EQ(Codec::write(TavoNotificationItemPriority::High), QVariant(2));

@@ -50,7 +50,7 @@ TEST(ConnectTest, ConnectsDirectlyWhateverTheArgumentsAre)
     EXPECT_EQ(listener.heard, 1);
 }
 
-TEST(ConnectTest, TakesAPointerForKnown)
+TEST(ConnectTest, AcceptsAPointerToAnUnknownType)
 {
     Speaker speaker;
     Listener listener;
@@ -58,7 +58,7 @@ TEST(ConnectTest, TakesAPointerForKnown)
                                                  Qt::QueuedConnection));
 }
 
-TEST(ConnectTest, LooksAtTheArgumentsWhenTheCallMayBeQueued)
+TEST(ConnectTest, ChecksTheArgumentsWhenTheCallMayBeQueued)
 {
     Speaker speaker;
     Listener listener;
@@ -74,7 +74,7 @@ TEST(ConnectTest, LooksAtTheArgumentsWhenTheCallMayBeQueued)
     EXPECT_FALSE(allowed(Qt::AutoConnection));
 }
 
-TEST(ConnectDeathTest, RefusesToQueueArgumentsThatAreNotKnown)
+TEST(ConnectDeathTest, RefusesToQueueArgumentsOfUnknownTypes)
 {
     Speaker speaker;
     Listener listener;
@@ -83,7 +83,7 @@ TEST(ConnectDeathTest, RefusesToQueueArgumentsThatAreNotKnown)
                  "verifyConnectionSignalParameters\\(sender, signal, receiver, type\\)");
 }
 
-TEST(ConnectDeathTest, RefusesAConnectionThatCanNotBeMade)
+TEST(ConnectDeathTest, RefusesAConnectionThatCannotBeMade)
 {
     Listener listener;
     const auto unique = Qt::ConnectionType(Qt::UniqueConnection | Qt::DirectConnection);

@@ -5,7 +5,7 @@
 
 #include <QObject>
 
-/// A type that nobody has made known for queued calls.
+/// A type that is not registered for queued calls.
 struct UnknownToTheMetaTypes
 {
 };

@@ -80,7 +80,7 @@ TEST_F(DbglogScopeTest, WritesAtItsLevel)
     EXPECT_EQ(log.countAt(log4cplus::DEBUG_LOG_LEVEL), 2);
 }
 
-TEST_F(DbglogScopeTest, SaysWhatItIsToldToWhenItLeaves)
+TEST_F(DbglogScopeTest, WritesTheGivenTextWhenItLeaves)
 {
     int count = 1;
     traced.leaving("some text", &count);
@@ -89,28 +89,28 @@ TEST_F(DbglogScopeTest, SaysWhatItIsToldToWhenItLeaves)
                             "Leave void Traced::leaving(const QString&, int*): count: 2"));
 }
 
-TEST_F(DbglogScopeTest, LeavesAtTheLevelThatItIsToldTo)
+TEST_F(DbglogScopeTest, LeavesAtTheGivenLevel)
 {
     traced.refusing();
     EXPECT_EQ(log.count(log4cplus::TRACE_LOG_LEVEL, "Enter bool Traced::refusing(): "), 1);
     EXPECT_EQ(log.count(log4cplus::WARN_LOG_LEVEL, "Leave bool Traced::refusing(): refused"), 1);
 }
 
-TEST_F(DbglogScopeTest, LeavesLoudlyWhenItEnteredUnheard)
+TEST_F(DbglogScopeTest, WritesLeaveAtAnEnabledLevelAfterADisabledEnter)
 {
     log.setLevel(log4cplus::WARN_LOG_LEVEL);
     traced.refusing();
     EXPECT_THAT(log.messages(), ElementsAre("Leave bool Traced::refusing(): refused"));
 }
 
-TEST_F(DbglogScopeTest, LeavesUnheardWhenToldALevelThatIsDisabled)
+TEST_F(DbglogScopeTest, WritesNoLeaveAtADisabledLevel)
 {
     log.setLevel(log4cplus::INFO_LOG_LEVEL);
     traced.lowering();
     EXPECT_THAT(log.messages(), ElementsAre("Enter void Traced::lowering(): "));
 }
 
-TEST_F(DbglogScopeTest, SaysTheLastThatItIsTold)
+TEST_F(DbglogScopeTest, WritesTheTextThatWasGivenLast)
 {
     traced.changingItsMind();
     EXPECT_EQ(log.count(log4cplus::INFO_LOG_LEVEL, "Leave void Traced::changingItsMind(): second"),
@@ -155,7 +155,7 @@ TEST(DbglogScopedFunctionTest, KeepsAPlainSignature)
     EXPECT_EQ(rendered(""), "");
 }
 
-TEST(DbglogScopedFunctionTest, RendersTheFormsOfBothCompilersTheSame)
+TEST(DbglogScopedFunctionTest, RendersTheFormsOfBothCompilersEqually)
 {
     const std::vector<std::pair<std::string, std::string>> forms{
         {"void A::f(const B&)", "void A::f(const B &)"},
@@ -173,7 +173,7 @@ TEST(DbglogScopedFunctionTest, RendersTheFormsOfBothCompilersTheSame)
     }
 }
 
-TEST(DbglogScopedFunctionTest, SetsPointersAndReferencesToTheType)
+TEST(DbglogScopedFunctionTest, AttachesPointersAndReferencesToTheType)
 {
     EXPECT_EQ(rendered("B *A::f(const C &, D **)"), "B* A::f(const C&, D**)");
 }

@@ -15,7 +15,7 @@
 using testing::ElementsAre;
 
 namespace {
-/// The names of the numbers from 0 on, up to the first without one.
+/// The names of the numbers from 0 on, up to the first number without a name.
 template <typename Enumeration>
 std::vector<std::string> names()
 {

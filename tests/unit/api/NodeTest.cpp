@@ -59,7 +59,7 @@ TEST_F(NodeTest, LeavesTheModelWhenDisposedOf)
     EXPECT_EQ(CMRoot()->invoke(path, QVariant(), Reply()).error().name(), CMErrors::noSuchNode());
 }
 
-TEST_F(NodeTest, MayBePublishedAgainWhereAnotherWas)
+TEST_F(NodeTest, MayBePublishedAtThePathOfADisposedNode)
 {
     CMValueNode::create(nodes, path)->dispose();
     CMValueNode::create(nodes, path)->setValue(TavoValue().setInt_(2));
@@ -78,7 +78,7 @@ TEST_F(NodeTest, IsDisposedOfInAnyOrder)
     EXPECT_EQ(nodes->size(), 0);
 }
 
-TEST_F(NodeTest, IsNotPublishedWhereAnotherIs)
+TEST_F(NodeTest, IsNotPublishedAtThePathOfAnotherNode)
 {
     const LogCapture log("Model");
     CMValueNode::create(nodes, path)->setValue(TavoValue().setInt_(1));
@@ -89,7 +89,7 @@ TEST_F(NodeTest, IsNotPublishedWhereAnotherIs)
                 ElementsAre("A node is published at /test/node already, the new one is not"));
 }
 
-TEST_F(NodeTest, LeavesTheOneThatIsPublishedAloneWhenItWasRefused)
+TEST_F(NodeTest, DoesNotAffectThePublishedNodeWhenItIsRefused)
 {
     const LogCapture log("Model");
     CMValueNode::create(nodes, path)->setValue(TavoValue().setInt_(1));
@@ -106,7 +106,7 @@ TEST_F(NodeTest, IsNotPublishedAtTheEmptyPath)
     EXPECT_EQ(log.countAt(log4cplus::ERROR_LOG_LEVEL), 1);
 }
 
-TEST_F(NodeTest, AnswersRequestsThatItsKindDoesNotKnowWithAnError)
+TEST_F(NodeTest, AnswersUnsupportedRequestsWithAnError)
 {
     Echo echo;
     CMActivateNode::create(nodes, path)
@@ -127,7 +127,7 @@ TEST_F(NodeTest, AnswersRequestsThatItsKindDoesNotKnowWithAnError)
     EXPECT_FALSE(CMRoot()->getValue(path).isValid());
 }
 
-TEST_F(NodeTest, ReportsItsComingAndGoing)
+TEST_F(NodeTest, ReportsItsPublishingAndItsDisposal)
 {
     ChangeRecorder recorder;
     CMRoot()->connectNodeChange(path, &recorder, &ChangeRecorder::on_node_changed);
@@ -138,7 +138,7 @@ TEST_F(NodeTest, ReportsItsComingAndGoing)
     EXPECT_THAT(recorder.nodes, ElementsAre(std::pair(path, true), std::pair(path, false)));
 }
 
-TEST_F(NodeTest, ReportsNoComingWhenItIsRefused)
+TEST_F(NodeTest, ReportsNothingWhenItIsRefused)
 {
     const LogCapture log("Model");
     CMValueNode::create(nodes, path);
@@ -149,7 +149,7 @@ TEST_F(NodeTest, ReportsNoComingWhenItIsRefused)
     EXPECT_TRUE(recorder.nodes.empty());
 }
 
-TEST_F(NodeTest, LeavesWaitingRequestsToWhoeverHasThem)
+TEST_F(NodeTest, LeavesKeptRequestsOpenWhenItIsDisposedOf)
 {
     RequestKeeper keeper;
     CMActivateNode *node = CMActivateNode::create(nodes, path);
@@ -162,7 +162,7 @@ TEST_F(NodeTest, LeavesWaitingRequestsToWhoeverHasThem)
     EXPECT_EQ(kept.value(), QVariant(2));
 }
 
-TEST_F(NodeTest, SeesThatRequestsOnTheirWayAreAnsweredWhenItGoesWithItsReceiver)
+TEST_F(NodeTest, AnswersQueuedRequestsWhenItIsDeletedWithItsReceiver)
 {
     Reply waiting;
     {

@@ -47,7 +47,7 @@ TEST(PathFunctionsTest, GiveThePublishedTexts)
     }
 }
 
-TEST(PathFunctionsTest, GivePathsThatDifferFromEachOther)
+TEST(PathFunctionsTest, GiveDifferentPaths)
 {
     std::set<std::string> texts;
     for (const WellKnown &known : wellKnown) {

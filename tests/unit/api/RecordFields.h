@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-/// One field of one record, its types left out, so that a test can go through them all.
+/// A field of a record without its types, so that a test can loop over all fields.
 struct RecordField
 {
     std::string name; ///< "Record.key"
@@ -19,8 +19,8 @@ struct RecordField
     std::function<bool(const QVariantHash &record)> readsSample;
     std::function<QVariantHash()> withSample; ///< a record made with the setter
     std::function<bool()> setterReturnsTheRecord;
-    QVariantList unsuitable; ///< what the field's type can't be read from
+    QVariantList unsuitable; ///< values from which the field can't be read
 };
 
-/// Every field of every record that the library has.
+/// Every field of every record in the library.
 const std::vector<RecordField> &recordFields();

@@ -10,7 +10,7 @@
 
 #include <vector>
 
-/// Keeps the requests that a node hands it, unanswered.
+/// Keeps the requests of a node, unanswered.
 class RequestKeeper : public QObject
 {
 public:
@@ -59,7 +59,7 @@ inline void PrintTo(const RowsReport &report, std::ostream *stream)
             << report.count;
 }
 
-/// Keeps the changes that are reported to it.
+/// Records the changes that are reported to it.
 class ChangeRecorder : public QObject
 {
 public:

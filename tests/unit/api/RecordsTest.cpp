@@ -25,7 +25,7 @@ TEST(RecordFieldTest, ReadsAsTheDefaultWhenMissing)
     }
 }
 
-TEST(RecordFieldTest, ReadsAsTheDefaultWhenItsValueDoesNotSuit)
+TEST(RecordFieldTest, ReadsAsTheDefaultWhenItsValueIsUnsuitable)
 {
     for (const RecordField &field : recordFields()) {
         for (const QVariant &value : field.unsuitable) {
@@ -41,7 +41,7 @@ TEST(RecordFieldTest, ReadsWhatWasSet)
     }
 }
 
-TEST(RecordFieldTest, StandsAloneUnderItsKey)
+TEST(RecordFieldTest, WritesItsKeyOnly)
 {
     for (const RecordField &field : recordFields()) {
         EXPECT_EQ(field.withSample().keys(), QStringList{field.key}) << field.name;
@@ -55,7 +55,7 @@ TEST(RecordFieldTest, HasASetterThatReturnsTheRecord)
     }
 }
 
-TEST(RecordFieldTest, SurvivesTheFormInWhichRequestsCarryIt)
+TEST(RecordFieldTest, IsTheSameAfterARequestHasCarriedIt)
 {
     for (const RecordField &field : recordFields()) {
         const QVariant carried = TavoHash(field.withSample()).__variant();
@@ -63,14 +63,14 @@ TEST(RecordFieldTest, SurvivesTheFormInWhichRequestsCarryIt)
     }
 }
 
-TEST(RecordFieldTest, SurvivesJson)
+TEST(RecordFieldTest, IsTheSameAfterItsWayThroughJson)
 {
     for (const RecordField &field : recordFields()) {
         EXPECT_TRUE(field.readsSample(throughJson(field.withSample()))) << field.name;
     }
 }
 
-TEST(RecordFieldTest, IsPlainDataInItsCarriedForm)
+TEST(RecordFieldTest, IsCarriedAsPlainData)
 {
     const QList<int> plainTypes{QMetaType::Bool,         QMetaType::Int,
                                 QMetaType::Double,       QMetaType::QString,
@@ -110,7 +110,7 @@ TEST(TavoHashTest, ChainsItsSetters)
     EXPECT_EQ(item.fields(), (QVariantHash{{"id", "a"}, {"loop", true}, {"content", "b"}}));
 }
 
-TEST(TavoHashTest, SharesNothingVisibleWithItsCopies)
+TEST(TavoHashTest, IsNotChangedThroughACopy)
 {
     const TavoValue original = TavoValue().setInt_(1);
     TavoValue copy = original;
@@ -118,7 +118,7 @@ TEST(TavoHashTest, SharesNothingVisibleWithItsCopies)
     EXPECT_EQ(original.int_(), 1);
 }
 
-TEST(TavoHashTest, IsEqualWhenItsFieldsAre)
+TEST(TavoHashTest, IsEqualWhenItsFieldsAreEqual)
 {
     EXPECT_TRUE(TavoValue().setInt_(1) == TavoValue().setInt_(1));
     EXPECT_TRUE(TavoValue().setInt_(1) != TavoValue().setInt_(2));
@@ -151,7 +151,7 @@ TEST(TavoHashTest, IsWrittenToAStreamAsItsFields)
     EXPECT_EQ(stream.str(), "{int: 5, string: \"text\"}");
 }
 
-TEST(TavoHashTest, ReadsWhatIsNoRecordAsAnEmptyOne)
+TEST(TavoHashTest, ReadsOtherValuesAsAnEmptyRecord)
 {
     EXPECT_TRUE(TavoValue(QVariant(5).toHash()).notificationPlayerItem().isEmpty());
     EXPECT_TRUE(TavoValue(QVariant("text").toHash()).isEmpty());

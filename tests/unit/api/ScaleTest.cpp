@@ -9,7 +9,7 @@
 #include <memory>
 #include <vector>
 
-// No clock here: work that grew with the square of the number would run into the test's time limit.
+// These tests need no clock: with quadratic work they would exceed the time limit of a test.
 
 namespace {
 constexpr int many = 100000;
@@ -102,7 +102,7 @@ TEST(ScaleTest, AHundredThousandSubscriptionsEndWithTheirReceiver)
     EXPECT_FALSE(CMSubscribe::closeNode(paths().back()));
 }
 
-TEST(ScaleTest, SubscriptionsThatCameAndWentLeaveNoneBehind)
+TEST(ScaleTest, ReceiversLeaveNoSubscriptionsBehind)
 {
     for (const CMPath &path : paths()) {
         ChangeRecorder shortLived;

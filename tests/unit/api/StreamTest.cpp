@@ -46,8 +46,8 @@ TEST(TextStreamTest, EscapesEveryOtherControlCharacter)
     EXPECT_EQ(written(QStringLiteral("\x1b[2J")), "\\x1b[2J");
     EXPECT_EQ(written(QString::fromUtf8("a\0b", 3)), "a\\x00b");
     EXPECT_EQ(written(QString(QChar(0x7f))), "\\x7f");
-    EXPECT_EQ(written(QString(QChar(0x85))), "\\x85") << "a line break to some readers";
-    EXPECT_EQ(written(QString(QChar(0x9b))), "\\x9b") << "starts a terminal's sequence";
+    EXPECT_EQ(written(QString(QChar(0x85))), "\\x85") << "a line break for some programs";
+    EXPECT_EQ(written(QString(QChar(0x9b))), "\\x9b") << "starts a control sequence of a terminal";
 }
 
 TEST(TextStreamTest, LetsNoControlCharacterThrough)
@@ -76,7 +76,7 @@ TEST(VariantStreamTest, WritesPlainValues)
     EXPECT_EQ(writtenVariant(QStringLiteral("a\nb")), "\"a\\nb\"");
 }
 
-TEST(VariantStreamTest, WritesThatThereIsNoValue)
+TEST(VariantStreamTest, WritesNoneForAnInvalidValue)
 {
     EXPECT_EQ(writtenVariant(QVariant()), "(none)");
 }
@@ -121,7 +121,7 @@ TEST(VariantStreamTest, EscapesControlCharactersOfKeys)
     EXPECT_EQ(writtenVariant(QVariantHash{{"a\nb", 1}}), "{a\\nb: 1}");
 }
 
-TEST(VariantStreamTest, CutsWhatNestsTooDeep)
+TEST(VariantStreamTest, CutsValuesThatAreNestedTooDeeply)
 {
     QVariant nested = 1;
     for (int i = 0; i < 1000; ++i) {

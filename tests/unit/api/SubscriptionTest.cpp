@@ -20,7 +20,7 @@ namespace {
 const CMPath path(QStringLiteral("/test/list"));
 const QStringList change{QStringLiteral("changed")};
 
-/// Does what it is told to when it is told of a change.
+/// Calls a function when a change is reported.
 class Reactor : public QObject
 {
 public:
@@ -66,7 +66,7 @@ protected:
 using SubscriptionDeathTest = SubscriptionTest;
 } // namespace
 
-TEST_F(SubscriptionTest, IsToldOfAChangeAtItsPath)
+TEST_F(SubscriptionTest, ReportsAChangeAtItsPath)
 {
     subscribe(&recorder);
     EXPECT_EQ(raiseChange(3), 1);
@@ -74,7 +74,7 @@ TEST_F(SubscriptionTest, IsToldOfAChangeAtItsPath)
     EXPECT_THAT(recorder.rows, ElementsAre(RowsReport{path, change, 3, 1}));
 }
 
-TEST_F(SubscriptionTest, IsToldFromTheEventLoopAndNeverFromInsideTheChange)
+TEST_F(SubscriptionTest, ReportsFromTheEventLoopAndNeverInsideTheChange)
 {
     subscribe(&recorder, Qt::DirectConnection);
     raiseChange();
@@ -83,7 +83,7 @@ TEST_F(SubscriptionTest, IsToldFromTheEventLoopAndNeverFromInsideTheChange)
     EXPECT_EQ(recorder.rows.size(), 1U);
 }
 
-TEST_F(SubscriptionTest, IsToldOfEveryChangeInTheirOrder)
+TEST_F(SubscriptionTest, ReportsEveryChangeInOrder)
 {
     subscribe(&recorder);
     for (int i = 0; i < 100; ++i) {
@@ -96,7 +96,7 @@ TEST_F(SubscriptionTest, IsToldOfEveryChangeInTheirOrder)
     }
 }
 
-TEST_F(SubscriptionTest, IsNotToldOfChangesAtOtherPaths)
+TEST_F(SubscriptionTest, DoesNotReportChangesAtOtherPaths)
 {
     subscribe(&recorder);
     EXPECT_EQ(CMSubscribe::raiseRowsChange(path + "below", change), 0);
@@ -105,7 +105,7 @@ TEST_F(SubscriptionTest, IsNotToldOfChangesAtOtherPaths)
     EXPECT_TRUE(recorder.rows.empty());
 }
 
-TEST_F(SubscriptionTest, IsNotToldOfWhatCameBeforeIt)
+TEST_F(SubscriptionTest, DoesNotReportEarlierChanges)
 {
     raiseChange();
     subscribe(&recorder);
@@ -142,7 +142,7 @@ TEST_F(SubscriptionTest, EndsWhenItIsDisconnected)
     EXPECT_TRUE(recorder.rows.empty());
 }
 
-TEST_F(SubscriptionTest, IsNotToldOfWhatWasOnItsWayWhenItEnded)
+TEST_F(SubscriptionTest, DoesNotReportPendingChangesAfterItHasEnded)
 {
     subscribe(&recorder);
     raiseChange();
@@ -161,7 +161,7 @@ TEST_F(SubscriptionTest, EndsWithItsReceiver)
     settle();
 }
 
-TEST_F(SubscriptionTest, IsOneOfTwoWhenMadeTwice)
+TEST_F(SubscriptionTest, ReportsTwiceWhenMadeTwice)
 {
     subscribe(&recorder);
     subscribe(&recorder);
@@ -170,7 +170,7 @@ TEST_F(SubscriptionTest, IsOneOfTwoWhenMadeTwice)
     EXPECT_EQ(recorder.rows.size(), 2U);
 }
 
-TEST_F(SubscriptionTest, EndsAloneWhenMadeTwice)
+TEST_F(SubscriptionTest, EndsOnceForEachDisconnectWhenMadeTwice)
 {
     subscribe(&recorder);
     subscribe(&recorder);
@@ -182,7 +182,7 @@ TEST_F(SubscriptionTest, EndsAloneWhenMadeTwice)
     EXPECT_EQ(raiseChange(), 0);
 }
 
-TEST_F(SubscriptionTest, LeavesThoseOfOtherReceiversAlone)
+TEST_F(SubscriptionTest, DoesNotEndThoseOfOtherReceivers)
 {
     ChangeRecorder other;
     subscribe(&other);
@@ -194,7 +194,7 @@ TEST_F(SubscriptionTest, LeavesThoseOfOtherReceiversAlone)
     EXPECT_TRUE(recorder.rows.empty());
 }
 
-TEST_F(SubscriptionTest, LeavesThoseOfAnotherSlotOfTheReceiverAlone)
+TEST_F(SubscriptionTest, DoesNotEndThoseOfAnotherSlotOfTheReceiver)
 {
     class Two : public ChangeRecorder
     {
@@ -249,7 +249,7 @@ TEST_F(SubscriptionTest, MayBeEndedByAnotherThreadWhileItsReportRunsAnEventLoop)
     subscribe(&reactor);
     reactor.reaction = [this, &other] {
         other.run([this] { unsubscribe(&reactor); });
-        // Would free who reports, were it not for the report.
+        // Would free the notifier if it were not emitting.
         QEventLoop().processEvents();
     };
     raiseChange();
@@ -271,7 +271,7 @@ TEST_F(SubscriptionTest, MayBeginWithinAReport)
     EXPECT_EQ(recorder.rows.size(), 1U);
 }
 
-TEST_F(SubscriptionTest, MayLoseItsReceiverWithinItsReport)
+TEST_F(SubscriptionTest, MayLoseItsReceiverDuringItsReport)
 {
     auto *doomed = new Reactor;
     const QPointer<Reactor> alive = doomed;
@@ -293,7 +293,7 @@ TEST_F(SubscriptionTest, MayEndAnotherWithinItsReport)
     EXPECT_TRUE(recorder.rows.empty());
 }
 
-TEST_F(SubscriptionTest, HearsThatAClientClosesANode)
+TEST_F(SubscriptionTest, ReportsThatAClientClosesANode)
 {
     subscribe(&recorder);
     EXPECT_TRUE(CMSubscribe::closeNode(path));
@@ -302,7 +302,7 @@ TEST_F(SubscriptionTest, HearsThatAClientClosesANode)
                 ElementsAre(RowsReport{path, {CMSubscribe::RowsChangeClose()}, -1, 0}));
 }
 
-TEST_F(SubscriptionTest, LetsTheCloserKnowWhetherAnybodyListens)
+TEST_F(SubscriptionTest, MakesACloseReturnTrue)
 {
     EXPECT_FALSE(CMSubscribe::closeNode(path));
     subscribe(&recorder);
@@ -349,7 +349,7 @@ TEST_F(SubscriptionTest, OfEveryKindEndsWhenItIsDisconnected)
     EXPECT_TRUE(recorder.nodes.empty());
 }
 
-TEST_F(SubscriptionTest, IsFoundByAReceiverAtTheAddressOfOneThatHasGone)
+TEST_F(SubscriptionTest, IsNotConfusedWithAnEarlierReceiverAtTheSameAddress)
 {
     alignas(ChangeRecorder) unsigned char place[sizeof(ChangeRecorder)];
     auto *first = new (place) ChangeRecorder;

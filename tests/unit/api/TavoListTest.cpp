@@ -11,7 +11,7 @@ constexpr auto audio = TavoPowerManagerResources::Audio;
 constexpr auto display = TavoPowerManagerResources::Display;
 } // namespace
 
-TEST(TavoListTest, IsEmptyWhenDefaultMade)
+TEST(TavoListTest, IsEmptyByDefault)
 {
     EXPECT_TRUE(Resources().isEmpty());
     EXPECT_EQ(Resources().size(), 0);
@@ -36,12 +36,12 @@ TEST(TavoListTest, FindsTheElementsThatItHas)
     EXPECT_FALSE(Resources().contains(audio));
 }
 
-TEST(TavoListTest, FindsNumbersThatCameAsFractionsWithoutARest)
+TEST(TavoListTest, FindsIntegersThatCameAsDoubles)
 {
     EXPECT_TRUE(Resources(QVariantList{2.0}).contains(audio));
 }
 
-TEST(TavoListTest, FindsNothingInElementsThatDoNotSuit)
+TEST(TavoListTest, FindsNothingInUnsuitableElements)
 {
     const Resources list(QVariantList{"2", "0", "abc", QVariant(), 2.5, QVariantList{2}, true});
     EXPECT_FALSE(list.contains(audio));
@@ -49,7 +49,7 @@ TEST(TavoListTest, FindsNothingInElementsThatDoNotSuit)
     EXPECT_FALSE(list.contains(TavoPowerManagerResources::Processor));
 }
 
-TEST(TavoListTest, ReadsElementsThatDoNotSuitAsTheDefault)
+TEST(TavoListTest, ReadsUnsuitableElementsAsTheDefault)
 {
     const Resources list(QVariantList{"2", audio});
     EXPECT_EQ(list.at(0), TavoPowerManagerResources::Processor);
@@ -72,14 +72,14 @@ TEST(TavoListTest, HoldsTextsPathsAndRecords)
     EXPECT_TRUE(TavoList<CMPath>{path}.contains(path));
 }
 
-TEST(TavoListTest, IsEqualWhenItsElementsAre)
+TEST(TavoListTest, IsEqualWhenItsElementsAreEqual)
 {
     EXPECT_TRUE((Resources{audio, display}) == (Resources{audio, display}));
     EXPECT_TRUE((Resources{audio, display}) != (Resources{display, audio}));
     EXPECT_TRUE(Resources{audio} != Resources());
 }
 
-TEST(TavoListTest, SharesNothingVisibleWithItsCopies)
+TEST(TavoListTest, IsNotChangedThroughACopy)
 {
     const Resources original{audio};
     Resources copy = original;

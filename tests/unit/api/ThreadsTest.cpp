@@ -19,7 +19,7 @@ namespace {
 const CMPath path(QStringLiteral("/test/node"));
 const QStringList change{QStringLiteral("changed")};
 
-/// A worker in a thread of its own, with one node that echoes.
+/// A worker in its own thread, with one node that echoes.
 class ThreadedWorker
 {
 public:
@@ -134,7 +134,7 @@ TEST(WorkerThreadsTest, AnswerEveryRequestWhileTheyEnd)
     }
 }
 
-TEST(WorkerThreadsTest, PublishAPathOnceOfMany)
+TEST(WorkerThreadsTest, LetOneWorkerOfManyPublishAPath)
 {
     LogCapture log("Model");
     constexpr int threads = 8;
@@ -200,7 +200,7 @@ protected:
 };
 } // namespace
 
-TEST_F(SubscriptionThreadsTest, AreToldInTheirReceiversThread)
+TEST_F(SubscriptionThreadsTest, ReportInTheirReceiversThread)
 {
     subscribeThere();
     EXPECT_EQ(CMSubscribe::raiseRowsChange(path, change), 1);
@@ -209,7 +209,7 @@ TEST_F(SubscriptionThreadsTest, AreToldInTheirReceiversThread)
     EXPECT_EQ(thread.run([this] { return recorder->thread; }), thread.thread());
 }
 
-TEST_F(SubscriptionThreadsTest, AreToldOfChangesThatOthersMakeInTheirReceiversThread)
+TEST_F(SubscriptionThreadsTest, ReportChangesFromOtherThreadsInTheirReceiversThread)
 {
     ChangeRecorder here;
     CMRoot()->connectRowsChange(path, &here, &ChangeRecorder::on_rows_changed);
@@ -285,7 +285,7 @@ TEST_F(SubscriptionThreadsTest, LeaveNothingBehindInAThreadThatHasEnded)
         }
         ending.run([&receiver] { receiver.reset(); });
     }
-    // Enough to make the model look for ended ones; the leak sanitizer has the last word.
+    // Enough for the model to sweep ended subscriptions. LeakSanitizer checks the rest.
     ChangeRecorder receiver;
     for (int i = 0; i < 1000; ++i) {
         CMRoot()->connectRowsChange(path, &receiver, &ChangeRecorder::on_rows_changed);

@@ -32,7 +32,7 @@ public:
 };
 } // namespace outer
 
-TEST(TrExtractContextTest, GivesTheClassOfAMemberFunction)
+TEST(TrExtractContextTest, ReturnsTheClassOfAMemberFunction)
 {
     EXPECT_EQ(trExtractContext("void NotificationsWorker::on_notificationDisplayEnqueue_activated("
                                "const CMSetDataRequest&)"),
@@ -41,18 +41,18 @@ TEST(TrExtractContextTest, GivesTheClassOfAMemberFunction)
     EXPECT_EQ(trExtractContext("static void A::f()"), "A");
 }
 
-TEST(TrExtractContextTest, GivesTheScopesOfTheClassAsWell)
+TEST(TrExtractContextTest, IncludesTheScopesOfTheClass)
 {
     EXPECT_EQ(trExtractContext("void outer::inner::A::f(b::C)"), "outer::inner::A");
 }
 
-TEST(TrExtractContextTest, GivesTheClassOfConstructorsAndDestructors)
+TEST(TrExtractContextTest, ReturnsTheClassOfConstructorsAndDestructors)
 {
     EXPECT_EQ(trExtractContext("A::A(QObject*)"), "A");
     EXPECT_EQ(trExtractContext("virtual A::~A()"), "A");
 }
 
-TEST(TrExtractContextTest, LooksPastTheTypeThatIsReturned)
+TEST(TrExtractContextTest, IgnoresTheReturnType)
 {
     EXPECT_EQ(trExtractContext("b::C* A::f()"), "A");
     EXPECT_EQ(trExtractContext("b::C *A::f()"), "A");
@@ -60,7 +60,7 @@ TEST(TrExtractContextTest, LooksPastTheTypeThatIsReturned)
     EXPECT_EQ(trExtractContext("QHash<QString, b::C> A::f()"), "A");
 }
 
-TEST(TrExtractContextTest, LooksPastWhatStandsInTheArguments)
+TEST(TrExtractContextTest, IgnoresTheArguments)
 {
     EXPECT_EQ(trExtractContext("void A::f(void (*)(b::C::D))"), "A");
     EXPECT_EQ(trExtractContext("bool A::operator()(b::C) const"), "A");
@@ -73,7 +73,7 @@ TEST(TrExtractContextTest, IsEmptyForAFreeFunction)
     EXPECT_EQ(trExtractContext(""), QByteArray());
 }
 
-TEST(TrExtractContextTest, GivesWhatTheTranslationMacroUses)
+TEST(TrExtractContextTest, IsTheContextOfTheTranslationMacro)
 {
     const ContextTeller teller;
     EXPECT_EQ(outer::Speaker().text().toString(), "outer::Speaker");

@@ -11,7 +11,7 @@
 #include <gtest/gtest.h>
 
 namespace {
-/// Knows one text of one context, with and without a disambiguation, and one plural form.
+/// Translates one text in one context, with and without a disambiguation, and one plural form.
 class Swedish : public QTranslator
 {
 public:
@@ -49,14 +49,14 @@ const QString withNul = QString::fromUtf8("a\0b", 3);
 const QString unpaired = QStringLiteral("a") + QChar(0xd800) + QStringLiteral("b");
 } // namespace
 
-TEST(TrStringTest, IsEmptyWhenDefaultMade)
+TEST(TrStringTest, IsEmptyByDefault)
 {
     EXPECT_TRUE(TrString().isEmpty());
     EXPECT_FALSE(TrString().isTranslatable());
     EXPECT_EQ(TrString().toString(), QString());
 }
 
-TEST(TrStringTest, ShowsAPlainTextAsItIs)
+TEST(TrStringTest, ShowsAPlainTextUnchanged)
 {
     const Swedish translator;
     EXPECT_EQ(TrString("Größe %1").toString(), QString::fromUtf8("Größe %1"));
@@ -101,7 +101,7 @@ TEST(TrStringTest, PicksThePluralFormOfItsCount)
     EXPECT_EQ(TrString(TrCharData{"Player", "%n sound(s)", nullptr, 7}, {}).toString(), "7 ljud");
 }
 
-TEST(TrStringTest, KeepsNothingOfTheBuffersThatItIsMadeOf)
+TEST(TrStringTest, CopiesTheBuffersThatItIsMadeFrom)
 {
     char context[] = "Player";
     char source[] = "No sound";
@@ -111,14 +111,14 @@ TEST(TrStringTest, KeepsNothingOfTheBuffersThatItIsMadeOf)
     EXPECT_EQ(text.toString(), "Inget ljud");
 }
 
-TEST(TrStringTest, PutsArgumentsIn)
+TEST(TrStringTest, InsertsArguments)
 {
     EXPECT_EQ(translatable("%1 and %2", {TrArg(QStringLiteral("a")), TrArg(5)}).toString(),
               "a and 5");
     EXPECT_EQ(translatable("%1 %1", {TrArg(1.5)}).toString(), "1.5 1.5");
 }
 
-TEST(TrStringTest, PutsArgumentsInWhereTheTranslationWantsThem)
+TEST(TrStringTest, InsertsArgumentsAtThePlaceholdersOfTheTranslation)
 {
     const Swedish translator;
     EXPECT_EQ(translatable("%1 plays %2", {TrArg(QStringLiteral("A")), TrArg(QStringLiteral("B"))})
@@ -126,13 +126,13 @@ TEST(TrStringTest, PutsArgumentsInWhereTheTranslationWantsThem)
               "B spelas av A");
 }
 
-TEST(TrStringTest, LeavesAPlaceWithoutAnArgumentAsItIs)
+TEST(TrStringTest, KeepsAPlaceholderWithoutAnArgument)
 {
     EXPECT_EQ(translatable("%1 %2 %0 100%", {TrArg(1)}).toString(), "1 %2 %0 100%");
     EXPECT_EQ(translatable("%1").toString(), "%1");
 }
 
-TEST(TrStringTest, LeavesAPlaceWithinAnArgumentAsItIs)
+TEST(TrStringTest, KeepsAPlaceholderWithinAnArgument)
 {
     EXPECT_EQ(
         translatable("%1 %2", {TrArg(QStringLiteral("%2")), TrArg(QStringLiteral("x"))}).toString(),
@@ -155,7 +155,7 @@ TEST(TrStringTest, StaysTranslatableWhenCarried)
     EXPECT_EQ(TrString::fromQVariant(carried).toString(), "Ingen ton");
 }
 
-TEST(TrStringTest, HasNothingToTranslateWithoutASource)
+TEST(TrStringTest, IsNotTranslatableWithoutASource)
 {
     const TrString text = translatable("");
     EXPECT_FALSE(text.isTranslatable());
@@ -201,7 +201,7 @@ TEST(TrStringTest, KeepsEveryCharacterOfAnArgument)
     EXPECT_EQ(translatable("[%1]", {TrArg(unpaired)}).toString(), '[' + unpaired + ']');
 }
 
-TEST(TrStringTest, IsEqualWhenAllItsPartsAre)
+TEST(TrStringTest, IsEqualWhenAllItsPartsAreEqual)
 {
     const TrString text(TrCharData{"Player", "No sound", "tone", 4}, {TrArg(5)});
     EXPECT_TRUE(text == TrString(TrCharData{"Player", "No sound", "tone", 4}, {TrArg(5)}));

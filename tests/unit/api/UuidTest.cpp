@@ -23,7 +23,7 @@ TEST(UuidTest, HasTheFormOfARandomIdentifier)
     }
 }
 
-TEST(UuidTest, VariesInEveryPlaceButVersionAndVariant)
+TEST(UuidTest, VariesInEveryDigitExceptVersionAndVariant)
 {
     std::vector<std::set<ushort>> seen(36);
     for (int i = 0; i < 1000; ++i) {

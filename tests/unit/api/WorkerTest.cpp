@@ -17,7 +17,7 @@ using Reply = CMReply<QVariant>;
 namespace {
 const CMPath path(QStringLiteral("/test/node"));
 
-/// Keeps the requests for its values, unanswered.
+/// Keeps the requests for values, unanswered.
 class LateWorker : public CMNodesWorker
 {
 public:
@@ -30,14 +30,14 @@ public:
         m_requested.set_value(request);
     }
 
-    /// The request for a value, once there is one.
+    /// Waits for a request for a value and returns it.
     CMGetDataRequest requested() { return m_requested.get_future().get(); }
 
 private:
     std::promise<CMGetDataRequest> m_requested;
 };
 
-/// Notes the kinds of the subscriptions that are made and ended through it.
+/// Records the kinds of the subscriptions that are made and ended through it.
 class SubscribedWorker : public CMNodesWorker
 {
 public:
@@ -171,7 +171,7 @@ TEST_F(WorkerTest, HandsEachKindOfRequestOfItsOwnToTheNode)
     EXPECT_EQ(TavoValue(worker.getValue(path + "value").toHash()).int_(), 7);
 }
 
-TEST_F(WorkerTest, DoesNothingAboutARequestOfNoKind)
+TEST_F(WorkerTest, IgnoresARequestWithoutAKind)
 {
     worker.request(CMRequest());
     CMRoot()->request(CMRequest());
@@ -209,7 +209,7 @@ TEST_F(WorkerTest, TracesEveryNodeOfTheModelByTheRoot)
                 ElementsAre("The model has 2 nodes", "Node /test/node/a", "Node /test/node/b"));
 }
 
-TEST_F(WorkerTest, TakesItsNodesWithIt)
+TEST_F(WorkerTest, DisposesOfItsNodesWhenItIsDeleted)
 {
     {
         CMNodesWorker gone({}, QStringLiteral("Gone"));
@@ -219,7 +219,7 @@ TEST_F(WorkerTest, TakesItsNodesWithIt)
     EXPECT_EQ(send(path).error().name(), CMErrors::noSuchNode());
 }
 
-TEST_F(WorkerTest, TakesItsNodesOutOfTheModelBeforeItsChildrenGo)
+TEST_F(WorkerTest, DisposesOfItsNodesBeforeItsChildrenAreDeleted)
 {
     class Child : public QObject
     {

@@ -21,7 +21,7 @@ public:
 
     int count() const { return ended.count() + stopped.count() + failed.count(); }
 
-    /// Waits for the end and then for one more that must not come.
+    /// Waits for the end, and then whether a second one comes, which it must not.
     bool hasEndedOnce()
     {
         const bool came = waitFor([this] { return count() > 0; }, std::chrono::seconds(20));

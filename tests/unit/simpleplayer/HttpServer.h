@@ -7,7 +7,7 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 
-/// Answers every request on the loopback with the same bytes; driven by the test's event loop.
+/// Answers every request on the loopback with the same bytes. Runs in the test's event loop.
 class HttpServer
 {
 public:
@@ -22,7 +22,7 @@ public:
         return QStringLiteral("http://127.0.0.1:%1/sound").arg(m_server.serverPort());
     }
 
-    /// Answers with a body of its own length.
+    /// Answers with a body and its length.
     void serve(const QByteArray &body)
     {
         m_answer = "HTTP/1.1 200 OK\r\nContent-Length: " + QByteArray::number(body.size()) +
@@ -55,6 +55,6 @@ private:
 
     QTcpServer m_server;
     QByteArray m_answer;
-    QTcpSocket *m_connection = nullptr; // the server's
+    QTcpSocket *m_connection = nullptr; // owned by the server
     bool m_answered = false;
 };

@@ -118,7 +118,7 @@ TEST_F(HttpSoundTest, RepeatsASoundFileWithoutFetchingItAgain)
     EXPECT_EQ(m_end->count(), 0);
 }
 
-TEST_F(HttpSoundTest, DoesNotHoldUpTheCaller)
+TEST_F(HttpSoundTest, DoesNotBlockTheCaller)
 {
     makeSound(m_server.uri());
     QElapsedTimer elapsed;
@@ -127,7 +127,7 @@ TEST_F(HttpSoundTest, DoesNotHoldUpTheCaller)
     EXPECT_LT(elapsed.elapsed(), 200);
 }
 
-TEST_F(HttpSoundTest, ReportsAServerThatCanNotBeReached)
+TEST_F(HttpSoundTest, ReportsAServerThatCannotBeReached)
 {
     QString uri;
     {
@@ -138,14 +138,14 @@ TEST_F(HttpSoundTest, ReportsAServerThatCanNotBeReached)
     expectError("can't be fetched: Connection refused");
 }
 
-TEST_F(HttpSoundTest, ReportsWhatTheServerDoesNotHave)
+TEST_F(HttpSoundTest, ReportsASoundThatTheServerDoesNotHave)
 {
     m_server.serveRaw("HTTP/1.1 404 Not Found\r\nContent-Length: 4\r\n\r\nnone");
     makeSound(m_server.uri());
     expectError("can't be fetched");
 }
 
-TEST_F(HttpSoundTest, ReportsARefusalOfAStreamWithoutPlayingItsPage)
+TEST_F(HttpSoundTest, ReportsARefusedStreamAndDoesNotPlayTheErrorPage)
 {
     const QByteArray page = rawSamples(0, 2000);
     m_server.serveRaw("HTTP/1.1 500 Internal Server Error\r\nContent-Length: " +
@@ -161,7 +161,7 @@ TEST_F(HttpSoundTest, ReportsAServerThatIsTooSlow)
     expectError("the server is too slow");
 }
 
-TEST_F(HttpSoundTest, ReportsASoundFileThatDripsForTooLong)
+TEST_F(HttpSoundTest, ReportsASoundFileThatArrivesTooSlowly)
 {
     m_server.serveRaw("HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n");
     makeSound(m_server.uri());
@@ -184,7 +184,7 @@ TEST_F(HttpSoundTest, ReportsASoundFileThatIsTooLarge)
     expectError("is larger than the 1000 bytes that are allowed");
 }
 
-TEST_F(HttpSoundTest, ReportsASoundFileThatBreaksOff)
+TEST_F(HttpSoundTest, ReportsASoundFileThatIsCutOff)
 {
     m_server.serveRaw("HTTP/1.1 200 OK\r\nContent-Length: 100000\r\n\r\n" +
                       readFile(counting()).left(5000));
@@ -196,7 +196,7 @@ TEST_F(HttpSoundTest, ReportsASoundFileThatBreaksOff)
     EXPECT_EQ(m_end->failed.count(), 1);
 }
 
-TEST_F(HttpSoundTest, ReportsSomethingThatIsNoSound)
+TEST_F(HttpSoundTest, ReportsDataThatIsNotASound)
 {
     m_server.serve("no sound");
     makeSound(m_server.uri());
@@ -232,13 +232,13 @@ TEST_F(HttpSoundTest, CanBeDestroyedBeforeItIsFetched)
     EXPECT_EQ(m_end->count(), 0);
 }
 
-TEST_F(HttpSoundTest, CanNotBePlayedWithoutAFileDescriptorForWhatIsFetched)
+TEST_F(HttpSoundTest, CannotBePlayedWithoutAFileDescriptorForItsPipe)
 {
     if (typesAreCheckedThroughAPipe) {
         GTEST_SKIP() << "UBSan needs file descriptors itself";
     }
     makeSound(m_server.uri());
-    ASSERT_TRUE(m_player->play()); // the first loads what plays, which takes descriptors as well
+    ASSERT_TRUE(m_player->play()); // loads the library, which needs descriptors too
     makeSound(m_server.uri());
     const LogCapture log("SimplePlayer");
     rlimit before{};
@@ -284,7 +284,7 @@ TEST_F(HttpSoundTest, PlaysARawStreamAsItArrives)
     EXPECT_EQ(heard(), countingFloats(4000));
 }
 
-TEST_F(HttpSoundTest, EndsARawStreamThoughItShouldBeRepeated)
+TEST_F(HttpSoundTest, EndsARawStreamDespiteTheLoopFlag)
 {
     m_server.serveRaw("HTTP/1.1 200 OK\r\n\r\n" + rawSamples(0, 2000));
     makeStream(rawType);
@@ -297,7 +297,7 @@ TEST_F(HttpSoundTest, EndsARawStreamThoughItShouldBeRepeated)
     EXPECT_EQ(heard(), countingFloats(2000));
 }
 
-TEST_F(HttpSoundTest, ReportsAnEncryptingServerThatCanNotBeReached)
+TEST_F(HttpSoundTest, ReportsAnEncryptingServerThatCannotBeReached)
 {
     QString uri;
     {
@@ -308,7 +308,7 @@ TEST_F(HttpSoundTest, ReportsAnEncryptingServerThatCanNotBeReached)
     expectError("\"https://127.0.0.1:");
 }
 
-TEST_F(HttpSoundTest, LosesNothingOfARawStreamInAPause)
+TEST_F(HttpSoundTest, LosesNothingOfARawStreamDuringAPause)
 {
     m_server.serveRaw("HTTP/1.1 200 OK\r\n\r\n" + rawSamples(0, 30000));
     makeStream(rawType);
@@ -323,7 +323,7 @@ TEST_F(HttpSoundTest, LosesNothingOfARawStreamInAPause)
     EXPECT_EQ(heard(), countingFloats(30000));
 }
 
-TEST_F(HttpSoundTest, ReportsARawStreamThatBringsNothing)
+TEST_F(HttpSoundTest, ReportsARawStreamWithoutData)
 {
     m_server.serveRaw("HTTP/1.1 200 OK\r\n\r\n" + rawSamples(0, 100));
     makeStream(rawType);

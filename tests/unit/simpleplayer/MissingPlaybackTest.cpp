@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The players where libtavo_playback is not: this program runs with a copy of their library that
-// stands alone.
+// The players without libtavo_playback: this program runs with a copy of their library that has no
+// libtavo_playback beside it.
 
 #include "EndSpy.h"
 #include "support/LogCapture.h"
@@ -61,7 +61,7 @@ TEST_P(MissingPlaybackTest, CannotPlayAndSaysWhyInTheLog)
                                   HasSubstr("libtavo_playback.so: cannot open"))));
 }
 
-TEST_P(MissingPlaybackTest, ReportsOnceThatItWasStoppedWithoutAStart)
+TEST_P(MissingPlaybackTest, ReportsAStopWithoutAStartOnce)
 {
     m_player->setGain(0.5, 10);
     m_player->pause();

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What is heard of a sound, frame by frame.
+// The frames of a sound that are heard.
 
 #include "PlayerTest.h"
 #include "support/Sanitized.h"
@@ -40,7 +40,7 @@ protected:
         ASSERT_TRUE(m_end->hasEndedOnce());
     }
 
-    /// The same, on a device that makes trouble and must cost nothing of the sound.
+    /// Plays the counting sound on a device with faults, and expects every frame.
     void playWholeOn(const char *device)
     {
         playOn(device);
@@ -48,13 +48,13 @@ protected:
         EXPECT_EQ(heard(), countingFloats());
     }
 
-    /// The sound goes evenly from full to the gain, in the time that the fade was given.
+    /// Expects a linear fade from full to the gain, in the time of the fade.
     static void expectFade(const std::vector<float> &samples, const std::vector<float> &full,
                            double gain, int fadeMs)
     {
         const int fadeFrames = rate * fadeMs / 1000;
         const auto changed = std::mismatch(full.begin(), full.end(), samples.begin()).first;
-        const auto start = changed - full.begin() - 1; // the first frame of a fade is as it was
+        const auto start = changed - full.begin() - 1; // the first frame of a fade is unchanged
         for (int i = 0; i < int(full.size()); ++i) {
             const double part = std::clamp(double(i - start) / fadeFrames, 0.0, 1.0);
             ASSERT_FLOAT_EQ(samples[i], float(full[i] * (1.0 - (1.0 - gain) * part)))
@@ -100,7 +100,7 @@ TEST_P(PlaybackUsageTest, PlaysEveryFrameOnceAndInOrder)
     EXPECT_EQ(heard(), countingFloats());
 }
 
-TEST_P(PlaybackUsageTest, GoesOnAfterAPauseAtTheFrameThatWasNextToBeHeard)
+TEST_P(PlaybackUsageTest, ResumesAtTheFirstFrameThatWasNotHeard)
 {
     make(counting(30000));
     m_player->usage = GetParam();
@@ -110,7 +110,7 @@ TEST_P(PlaybackUsageTest, GoesOnAfterAPauseAtTheFrameThatWasNextToBeHeard)
     EXPECT_EQ(heard(), countingFloats(30000));
 }
 
-TEST_P(PlaybackUsageTest, GoesOnAtTheRightFrameOfHardwareToo)
+TEST_P(PlaybackUsageTest, ResumesAtTheRightFrameOnHardware)
 {
     make(counting(30000), "hardware");
     m_player->usage = GetParam();
@@ -120,18 +120,18 @@ TEST_P(PlaybackUsageTest, GoesOnAtTheRightFrameOfHardwareToo)
     EXPECT_EQ(heard(), countingFloats(30000));
 }
 
-TEST_F(PlaybackTest, IsSilentAtOnceInAPauseOfHardware)
+TEST_F(PlaybackTest, IsSilentAtOnceWhenHardwareIsPaused)
 {
     make(counting(), "hardware");
     m_player->play();
     ASSERT_TRUE(hasHeard(2000));
     const auto atPause = m_devices.heard().size();
     m_player->pause();
-    // What the buffer held, four times as much, is not heard.
+    // The frames in the buffer, four times as many, are not heard.
     EXPECT_LT(m_devices.heard().size(), atPause + 1200);
 }
 
-TEST_F(PlaybackTest, IsSilentInAPause)
+TEST_F(PlaybackTest, IsSilentDuringAPause)
 {
     make(counting());
     m_player->play();
@@ -182,7 +182,7 @@ TEST_F(PlaybackTest, RepeatsWithoutAGap)
     }
 }
 
-TEST_F(PlaybackTest, KeepsItsPlaceInARepetition)
+TEST_F(PlaybackTest, ResumesARepetitionAtTheRightFrame)
 {
     make(counting());
     m_player->loop = true;
@@ -246,7 +246,7 @@ TEST_F(PlaybackTest, HasAThreadOnlyWhileItPlays)
     EXPECT_EQ(threads(), before);
 }
 
-TEST_F(PlaybackTest, LeavesTheDeviceToOthersInAPause)
+TEST_F(PlaybackTest, ClosesTheDeviceDuringAPause)
 {
     make(counting());
     const auto descriptors = [] {
@@ -286,17 +286,17 @@ TEST_F(PlaybackTest, RecoversFromAnUnderrun)
     playWholeOn("underruns");
 }
 
-TEST_F(PlaybackTest, GoesOnWhereADeviceResumes)
+TEST_F(PlaybackTest, ContinuesWhereADeviceResumes)
 {
     playWholeOn("suspends");
 }
 
-TEST_F(PlaybackTest, WritesAgainWhatADeviceForgotInItsSuspension)
+TEST_F(PlaybackTest, WritesFramesAgainThatASuspensionHasLost)
 {
     playWholeOn("suspends_forgets");
 }
 
-TEST_F(PlaybackTest, NoticesByItsStateThatADeviceSleeps)
+TEST_F(PlaybackTest, RecognizesASuspendedDeviceByItsState)
 {
     playWholeOn("sleeps");
 }
@@ -306,17 +306,17 @@ TEST_F(PlaybackTest, LosesNothingWhenADeviceTakesNothingForAWhile)
     playWholeOn("hesitates");
 }
 
-TEST_F(PlaybackTest, WaitsForWhatIsOnItsWayBeyondTheDevice)
+TEST_F(PlaybackTest, WaitsForFramesBeyondTheBufferOfTheDevice)
 {
     QElapsedTimer elapsed;
     elapsed.start();
     playOn("distant");
     EXPECT_EQ(m_end->ended.count(), 1);
-    // A quarter of a second of sound, a second away.
+    // A quarter of a second of sound, with a latency of a second.
     EXPECT_GE(elapsed.elapsed(), 1200);
 }
 
-TEST_F(PlaybackTest, CanBeStoppedWhileItsEndIsOnItsWay)
+TEST_F(PlaybackTest, CanBeStoppedWhileItWaitsForItsEnd)
 {
     make(counting(), "distant");
     m_player->play();
@@ -326,14 +326,15 @@ TEST_F(PlaybackTest, CanBeStoppedWhileItsEndIsOnItsWay)
     EXPECT_EQ(m_end->stopped.count(), 1);
 }
 
-TEST_F(PlaybackTest, EndsOnADeviceThatCanNotTellItsDelay)
+TEST_F(PlaybackTest, EndsOnADeviceThatCannotReportItsDelay)
 {
     playWholeOn("clueless");
 }
 
-TEST_F(PlaybackTest, CanBePlayedAgainWhenTheDeviceFailedInThePause)
+TEST_F(PlaybackTest, CanBeResumedWhenTheDeviceFailedDuringThePause)
 {
-    // What it holds is heard to its end, which takes a little silence.
+    // The pause plays the buffer to its end, for which it writes a little silence; then the device
+    // fails.
     make(counting(), "wants_sound");
     m_player->loop = true;
     m_player->play();
@@ -346,7 +347,7 @@ TEST_F(PlaybackTest, CanBePlayedAgainWhenTheDeviceFailedInThePause)
     EXPECT_TRUE(hasHeard(int(before) + 1000));
 }
 
-TEST_F(PlaybackTest, PausesOnADeviceThatPlaysNoFurther)
+TEST_F(PlaybackTest, PausesOnADeviceThatHasStoppedPlaying)
 {
     make(counting(), "stalls");
     m_player->loop = true;
@@ -366,7 +367,7 @@ TEST_F(PlaybackTest, ReportsItsStopWhenItsEndHasNotBeenReportedYet)
     make(counting(100));
     const int idle = threads();
     m_player->play();
-    // No event loop runs meanwhile, which would report the end.
+    // Without an event loop, which would report the end.
     QElapsedTimer elapsed;
     elapsed.start();
     while (threads() > idle && elapsed.elapsed() < 10000) {
@@ -412,7 +413,7 @@ TEST_F(PlaybackTest, BeginsAFadeAnewThatAPauseTookBack)
     m_player->usage = SimplePlayer::UsageMedia;
     m_player->play();
     ASSERT_TRUE(hasHeard(2000));
-    // The fade begins with what is written next, and that is not heard before the pause.
+    // The fade begins with the next frames that are written, which are not heard before the pause.
     m_player->setGain(0.0, fadeMs);
     ASSERT_TRUE(hasHeard(3000));
     m_player->pause();
@@ -438,7 +439,7 @@ TEST_P(LostDeviceTest, IsReported)
                                                    "\" has gone: "));
 }
 
-TEST_F(PlaybackTest, ConvertsWhatADeviceDoesNotTake)
+TEST_F(PlaybackTest, ConvertsFormatsThatADeviceDoesNotSupport)
 {
     const int seconds44100 = 44100 / 4;
     const QString file = path("sine.wav");
@@ -478,7 +479,7 @@ TEST_F(PlaybackTest, StartsWithTheGainItWasGiven)
     EXPECT_EQ(heard(), expected);
 }
 
-TEST_F(PlaybackTest, KeepsTheGainWithinItsBounds)
+TEST_F(PlaybackTest, ClampsTheGain)
 {
     make(counting());
     m_player->setGain(2.0, 0);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What every kind of player promises.
+// The guarantees of every kind of player.
 
 #include "PlayerTest.h"
 #include <simpleplayer/DataSimplePlayer.h>
@@ -101,7 +101,7 @@ TEST_P(PlayerContractTest, ReportsAStopInAPause)
     EXPECT_EQ(m_end.stopped.count(), 1);
 }
 
-TEST_P(PlayerContractTest, ReportsASecondStopNoMore)
+TEST_P(PlayerContractTest, IgnoresASecondStop)
 {
     m_player->stop();
     m_player->stop();
@@ -120,7 +120,7 @@ TEST_P(PlayerContractTest, ReportsNoStopAfterItsEnd)
     EXPECT_EQ(m_end.count(), 1);
 }
 
-TEST_P(PlayerContractTest, CanNotPlayAfterItsEnd)
+TEST_P(PlayerContractTest, CannotPlayAfterItsEnd)
 {
     m_player->play();
     ASSERT_TRUE(m_end.hasEndedOnce());
@@ -129,7 +129,7 @@ TEST_P(PlayerContractTest, CanNotPlayAfterItsEnd)
     EXPECT_EQ(m_end.count(), 1);
 }
 
-TEST_P(PlayerContractTest, ReportsNothingAfterARefusedPlayNotEvenTheStopBefore)
+TEST_P(PlayerContractTest, ReportsNothingAfterARefusedPlayEvenIfItWasStoppedBefore)
 {
     m_player->stop();
     EXPECT_FALSE(m_player->play());
@@ -153,7 +153,7 @@ TEST_P(PlayerContractTest, IgnoresAPauseBeforeItsStart)
     EXPECT_EQ(m_end.ended.count(), 1);
 }
 
-TEST_P(PlayerContractTest, KeepsItsEndThroughAPause)
+TEST_P(PlayerContractTest, ReportsAnEndDuringAPauseWhenItIsResumed)
 {
     m_player->play();
     m_player->pause();
@@ -187,7 +187,7 @@ TEST_P(PlayerContractTest, RepeatsUntilStopped)
     EXPECT_EQ(m_end.stopped.count(), 1);
 }
 
-TEST_P(PlayerContractTest, ReadsTheLoopFlagAtTheFirstStartAlone)
+TEST_P(PlayerContractTest, ReadsTheLoopFlagAtTheFirstStartOnly)
 {
     m_player->loop = true;
     m_player->play();
@@ -201,7 +201,7 @@ TEST_P(PlayerContractTest, ReadsTheLoopFlagAtTheFirstStartAlone)
     EXPECT_EQ(m_end.count(), 0);
 }
 
-/// Every kind that opens a device; FakePlayer can't fail to start.
+/// Every kind of player that opens a device. A FakePlayer can't fail to start.
 class RefusedPlayTest : public PlayerContractTest
 {
 };
@@ -222,7 +222,7 @@ TEST_P(RefusedPlayTest, ReportsNoEndWhateverIsCalledAfterwards)
     EXPECT_EQ(end.count(), 0);
 }
 
-TEST_P(RefusedPlayTest, ReportsNoEndWhenItCanNotGoOnAfterAPause)
+TEST_P(RefusedPlayTest, ReportsNoEndWhenItCannotBeResumed)
 {
     const auto player = makePlayer(QStringLiteral("alternates"));
     EndSpy end(*player);

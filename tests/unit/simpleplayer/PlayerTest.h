@@ -14,7 +14,7 @@
 
 #include <algorithm>
 
-/// What tests of players on scripted devices share.
+/// The fixture for tests of players on scripted devices.
 class PlayerTest : public testing::Test
 {
 protected:
@@ -39,8 +39,8 @@ protected:
         return asFloats(countingSamples(frames));
     }
 
-    /// What was heard without silence, of which the sounds have none: a device may put some
-    /// wherever it was given nothing.
+    /// The frames that were heard, without silence. The sounds have no silence; a device may insert
+    /// some wherever it has no frames.
     std::vector<float> heard() const
     {
         std::vector<float> samples = m_devices.heard();

@@ -101,7 +101,7 @@ TEST_P(SoundFormatTest, IsPlayedFromMemory)
     EXPECT_GE(m_devices.heard().size(), std::size_t(soundFrames));
 }
 
-/// Sounds that can't be played: play() says no, and the log says why.
+/// Sounds that can't be played: play() returns false and logs the reason.
 class UnplayableTest : public PlayerTest
 {
 protected:
@@ -218,7 +218,7 @@ TEST_F(UnplayableTest, MalformedUri)
     expectRefusal(QStringLiteral("http://[::1/sound.wav"), "is not a valid URI");
 }
 
-TEST_F(UnplayableTest, UriOfASchemeWithoutAHostThoughThereIsSuchAFile)
+TEST_F(UnplayableTest, UriWithoutAHostEvenIfThereIsSuchAFile)
 {
     const QString folder = QDir::currentPath();
     ASSERT_TRUE(QDir::setCurrent(m_folder.path()));
@@ -264,7 +264,7 @@ TEST_F(UnplayableTest, VorbisDataWithDamagedHeaders)
     expectDataRefusal(data, "The sound data is cut off or damaged at its beginning");
 }
 
-TEST_F(UnplayableTest, LeavesNoMemoryBehindForDamagedVorbisData)
+TEST_F(UnplayableTest, LeaksNoMemoryForDamagedVorbisData)
 {
     const QString file = path("sound.ogg");
     writeSound(file, SF_FORMAT_OGG | SF_FORMAT_VORBIS, rate, sineSamples(24000, rate, 1000));
@@ -277,7 +277,7 @@ TEST_F(UnplayableTest, LeavesNoMemoryBehindForDamagedVorbisData)
         return long(mallinfo2().uordblks);
     };
     constexpr int times = 200;
-    const long before = heapAfterRefusals(times); // what is taken up once is there by now
+    const long before = heapAfterRefusals(times); // after all one-time allocations
     const long perRefusal = (heapAfterRefusals(times) - before) / times;
     EXPECT_LT(perRefusal, 1000);
 }
@@ -327,7 +327,7 @@ TEST_F(UnplayableTest, DeviceThatDoesNotExist)
     expectRefusal(counting(), "The sound device \"nowhere\" doesn't exist", "nowhere");
 }
 
-TEST_F(UnplayableTest, CanNotBeTriedAgain)
+TEST_F(UnplayableTest, CannotBeTriedAgain)
 {
     UriSimplePlayer player(path("counting.wav"), QStringLiteral("id"), QStringLiteral("plain"),
                            nullptr);
@@ -339,7 +339,7 @@ TEST_F(UnplayableTest, CanNotBeTriedAgain)
     EXPECT_EQ(end.count(), 0);
 }
 
-/// Files whose names need care, and devices that take their time.
+/// Files with special names, and slow devices.
 class UriSimplePlayerTest : public PlayerTest
 {
 protected:
@@ -378,7 +378,7 @@ TEST_F(UriSimplePlayerTest, PlaysABarePathWithSpecialCharacters)
     expectPlayed(file);
 }
 
-TEST_F(UriSimplePlayerTest, BreaksOffWhereADamagedFileEnds)
+TEST_F(UriSimplePlayerTest, FailsAtTheEndOfADamagedFile)
 {
     const QString flac = path("sound.flac");
     writeSound(flac, SF_FORMAT_FLAC | SF_FORMAT_PCM_16, rate, sineSamples(24000, rate, 1000));
@@ -395,7 +395,7 @@ TEST_F(UriSimplePlayerTest, BreaksOffWhereADamagedFileEnds)
 
 namespace {
 
-// The 36 bits of a FLAC file's header that tell how many frames there are: zeroes leave it open.
+// The 36 bits in the header of a FLAC file that are the number of frames; zero means unknown.
 void leaveLengthOpen(const QString &flac)
 {
     QByteArray bytes = readFile(flac);
@@ -408,7 +408,7 @@ void leaveLengthOpen(const QString &flac)
 
 } // namespace
 
-TEST_F(UriSimplePlayerTest, PlaysAFlacFileWhoseLengthIsLeftOpen)
+TEST_F(UriSimplePlayerTest, PlaysAFlacFileWithoutALength)
 {
     const QString flac = path("open.flac");
     writeSound(flac, SF_FORMAT_FLAC | SF_FORMAT_PCM_16, rate, countingSamples(soundFrames));
@@ -416,7 +416,7 @@ TEST_F(UriSimplePlayerTest, PlaysAFlacFileWhoseLengthIsLeftOpen)
     expectPlayed(flac);
 }
 
-TEST_F(UriSimplePlayerTest, BreaksOffAtTheLimitWhereTheLengthIsLeftOpen)
+TEST_F(UriSimplePlayerTest, FailsAtTheLimitWhenTheFileHasNoLength)
 {
     const QString flac = path("open.flac");
     writeSound(flac, SF_FORMAT_FLAC | SF_FORMAT_PCM_16, rate, countingSamples(soundFrames));
@@ -436,12 +436,12 @@ class OpenLengthTest : public UriSimplePlayerTest, public testing::WithParamInte
 INSTANTIATE_TEST_SUITE_P(Lengths, OpenLengthTest, testing::Values(0U, 0x7fffff00U, 0xffffffffU),
                          [](const auto &info) { return "Length" + std::to_string(info.param); });
 
-// What a recorder writes that can't go back to its header.
-TEST_P(OpenLengthTest, OfAWavFileIsItsFiles)
+// The length that a recorder leaves if it can't seek back to its header.
+TEST_P(OpenLengthTest, LetsAWavFilePlayToTheEndOfTheFile)
 {
     QByteArray bytes = readFile(counting());
     qToLittleEndian(GetParam(), bytes.data() + 4);
-    // An empty chunk of samples is just that.
+    // A length of 0 in the chunk of samples would mean an empty chunk.
     if (GetParam() != 0) {
         qToLittleEndian(GetParam(), bytes.data() + bytes.indexOf("data") + 4);
     }
@@ -449,12 +449,12 @@ TEST_P(OpenLengthTest, OfAWavFileIsItsFiles)
     expectPlayed(path("open.wav"));
 }
 
-TEST_F(UriSimplePlayerTest, IsNotHeldUpByASlowDevice)
+TEST_F(UriSimplePlayerTest, IsNotBlockedByASlowDevice)
 {
     UriSimplePlayer player(counting(), QStringLiteral("id"), QStringLiteral("slow"), nullptr);
     EndSpy end(player);
     EXPECT_TRUE(player.play());
-    // The device takes longer to open, and nothing can be heard before.
+    // The device takes longer to open, so nothing has been heard yet.
     EXPECT_TRUE(m_devices.heard().empty());
     ASSERT_TRUE(end.hasEndedOnce());
     EXPECT_EQ(heard(), countingFloats());

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What a real sound server plays of a sound, sample by sample.
+// The samples of a sound that a real sound server plays.
 
 #include "support/sound/SoundServer.h"
 
@@ -27,7 +27,7 @@ protected:
 
     SoundServerTest()
     {
-        // Both channels the same, so that each frame is one number.
+        // Both channels are equal, so that each frame is one number.
         std::vector<short> samples;
         for (const short sample : countingSamples(soundFrames)) {
             samples.insert(samples.end(), 2, sample);
@@ -61,7 +61,7 @@ protected:
         return samples;
     }
 
-    /// The recording once what was played has come through.
+    /// Waits until the recording has all that was played, and returns it.
     static std::vector<short> take(Recording &recording)
     {
         constexpr int monitorMs = 300;
@@ -76,7 +76,7 @@ protected:
 
 namespace {
 
-/// Where the count goes on at another number than the next: empty when it never does.
+/// The places where a number is not followed by the next one.
 std::vector<std::pair<short, short>> jumps(const std::vector<short> &samples)
 {
     std::vector<std::pair<short, short>> found;
@@ -145,7 +145,7 @@ TEST_P(SoundServerUsageTest, RepeatsWithoutAGap)
         ASSERT_EQ(samples[i], 1 + int(i) % soundFrames) << "at frame " << i;
     }
 
-    // A busy machine may run the device empty, but nothing does at the sound's end.
+    // A busy machine may cause gaps within the sound, but there is never one at its end.
     const auto all = leftChannel(bytes);
     int repetitions = 0;
     for (auto last = all.begin(); last + 1 < all.end(); ++last) {
@@ -158,7 +158,7 @@ TEST_P(SoundServerUsageTest, RepeatsWithoutAGap)
     EXPECT_GE(repetitions, 2);
 }
 
-TEST_F(SoundServerTest, PlaysOnItsDeviceAlone)
+TEST_F(SoundServerTest, PlaysOnItsDeviceOnly)
 {
     Recording other(QStringLiteral("main"));
     const auto player = makePlayer("notifications", SimplePlayer::UsageNotification);
@@ -180,7 +180,7 @@ TEST_F(SoundServerTest, EndsWhenTheLastFrameHasBeenPlayed)
     EXPECT_GE(elapsed.elapsed(), soundFrames * 1000 / SoundServer::rate);
 }
 
-TEST_F(SoundServerTest, PlaysABriefSoundWhole)
+TEST_F(SoundServerTest, PlaysABriefSoundCompletely)
 {
     writeSound(m_file, SF_FORMAT_WAV | SF_FORMAT_PCM_16, SoundServer::rate, countingSamples(100));
     Recording recording(QStringLiteral("notifications"));
@@ -191,7 +191,7 @@ TEST_F(SoundServerTest, PlaysABriefSoundWhole)
     EXPECT_EQ(take(recording), countingSamples(100));
 }
 
-TEST_F(SoundServerTest, LetsPlayersSoundTogether)
+TEST_F(SoundServerTest, PlaysSeveralSoundsAtOnce)
 {
     const auto music = makePlayer("main", SimplePlayer::UsageMedia);
     const auto notification = makePlayer("main", SimplePlayer::UsageNotification);
@@ -216,12 +216,12 @@ TEST_F(SoundServerTest, ReportsAServerThatVanishes)
     EXPECT_EQ(end.failed.count(), 1);
 }
 
-TEST_F(SoundServerTest, CanNotPlayWithoutTheServer)
+TEST_F(SoundServerTest, CannotPlayWithoutTheServer)
 {
     m_server.kill();
     const auto player = makePlayer("main", SimplePlayer::UsageMedia);
     EndSpy end(*player);
-    // A machine that takes longer to find out than play() waits is told by the error.
+    // On a slow machine, play() returns before the failure, which is then reported.
     if (player->play()) {
         ASSERT_TRUE(end.hasEndedOnce());
         EXPECT_EQ(end.failed.count(), 1);

@@ -23,7 +23,7 @@ using testing::HasSubstr;
 
 namespace {
 
-// One, minus one half and a quarter of full scale, as the encoding writes them.
+// The values 1, -1/2 and 1/4 of full scale in an encoding.
 struct Encoding
 {
     const char *name;
@@ -32,7 +32,7 @@ struct Encoding
     float first;
 };
 
-/// The writing side of a FIFO.
+/// The writing end of a FIFO.
 class FifoWriter
 {
 public:
@@ -88,7 +88,7 @@ protected:
         return fifo;
     }
 
-    /// Counting samples, raw.
+    /// Counting samples as raw PCM.
     static QByteArray raw(int from, int to)
     {
         const auto samples = countingSamples(to);
@@ -155,7 +155,7 @@ TEST_F(StreamSimplePlayerTest, ReadsAMediaTypeInAnyCaseAndSpacing)
     EXPECT_EQ(heard(), std::vector<float>{0.5F});
 }
 
-TEST_F(StreamSimplePlayerTest, LeavesOutAFrameThatIsNotWhole)
+TEST_F(StreamSimplePlayerTest, LeavesOutAnIncompleteFrame)
 {
     writeFile(path("raw"), QByteArray::fromHex("40002000400020"));
     make(path("raw"), "audio/L16;rate=48000;channels=2");
@@ -179,31 +179,31 @@ TEST_F(StreamSimplePlayerTest, RefusesRawSamplesWithoutARate)
     expectRefusal("audio/L16;channels=2", "needs a rate");
 }
 
-TEST_F(StreamSimplePlayerTest, RefusesARateThatIsNone)
+TEST_F(StreamSimplePlayerTest, RefusesANegativeRate)
 {
     expectRefusal("audio/L16;rate=-48000", "needs a rate");
 }
 
-TEST_F(StreamSimplePlayerTest, RefusesARateBeyondWhatADeviceTakes)
+TEST_F(StreamSimplePlayerTest, RefusesARateAboveTheMaximum)
 {
     expectRefusal("audio/L16;rate=100000000", "needs a rate");
 }
 
-TEST_F(StreamSimplePlayerTest, RefusesMoreChannelsThanADeviceTakes)
+TEST_F(StreamSimplePlayerTest, RefusesMoreChannelsThanTheMaximum)
 {
     expectRefusal("audio/L16;rate=48000;channels=100", "has no usable number of channels");
 }
 
 TEST_F(StreamSimplePlayerTest, ReportsAFileThatCanBeOpenedButNotRead)
 {
-    // Of the loopback the kernel knows no speed, and says so to who reads it.
+    // The loopback has no speed, so reading this file fails.
     make(QStringLiteral("/sys/class/net/lo/speed"));
     ASSERT_TRUE(m_player->play());
     ASSERT_TRUE(m_end->hasEndedOnce());
     EXPECT_THAT(m_end->error(), HasSubstr("speed\" can't be read: Invalid argument"));
 }
 
-TEST_F(StreamSimplePlayerTest, RefusesNoChannels)
+TEST_F(StreamSimplePlayerTest, RefusesZeroChannels)
 {
     expectRefusal("audio/L16;rate=48000;channels=0", "has no usable number of channels");
 }
@@ -235,7 +235,7 @@ TEST_F(StreamSimplePlayerTest, RefusesAnEmptyFile)
     EXPECT_FALSE(m_player->play());
 }
 
-TEST_F(StreamSimplePlayerTest, RefusesAFileThatIsNoSound)
+TEST_F(StreamSimplePlayerTest, RefusesAFileThatIsNotASound)
 {
     writeFile(path("text"), "no sound");
     make(path("text"), "audio/flac");
@@ -259,7 +259,7 @@ TEST_F(StreamSimplePlayerTest, PlaysASoundFile)
     EXPECT_EQ(heard(), countingFloats());
 }
 
-TEST_F(StreamSimplePlayerTest, WaitsForAFifosWriterWithoutHoldingUpTheCaller)
+TEST_F(StreamSimplePlayerTest, WaitsForAFifosWriterWithoutBlockingTheCaller)
 {
     make(makeFifo());
     QElapsedTimer elapsed;
@@ -286,7 +286,7 @@ TEST_F(StreamSimplePlayerTest, PlaysAFifoAsItFills)
     EXPECT_EQ(m_end->count(), 0);
 }
 
-TEST_F(StreamSimplePlayerTest, PutsFramesTogetherThatArriveInPieces)
+TEST_F(StreamSimplePlayerTest, PlaysFramesThatArriveInPieces)
 {
     make(makeFifo());
     FifoWriter writer(path("fifo"));
@@ -314,7 +314,7 @@ TEST_F(StreamSimplePlayerTest, WaitsForTheRestOfAFrame)
     EXPECT_EQ(heard(), countingFloats(1000));
 }
 
-TEST_F(StreamSimplePlayerTest, EndsARepetitionThatFindsNothingMore)
+TEST_F(StreamSimplePlayerTest, EndsARepetitionWhenTheFileHasBecomeEmpty)
 {
     writeFile(path("raw"), raw(0, 6000));
     make(path("raw"));
@@ -355,7 +355,7 @@ TEST_F(StreamSimplePlayerTest, WaitsForAFifosNextWriterWhenItRepeats)
     EXPECT_EQ(heard(), countingFloats(2000));
 }
 
-TEST_F(StreamSimplePlayerTest, LosesNothingOfAFifoInAPause)
+TEST_F(StreamSimplePlayerTest, LosesNothingOfAFifoDuringAPause)
 {
     make(makeFifo());
     FifoWriter writer(path("fifo"));
@@ -393,7 +393,7 @@ TEST_F(StreamSimplePlayerTest, PlaysASoundFileThroughAFifo)
     EXPECT_EQ(heard(), countingFloats());
 }
 
-TEST_F(StreamSimplePlayerTest, CollectsASoundFileThroughAPause)
+TEST_F(StreamSimplePlayerTest, CollectsASoundFileDuringAPause)
 {
     make(makeFifo(), "audio/wav");
     FifoWriter writer(path("fifo"));

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What the module makes of players that do what a test says.
+// The module with scripted players.
 
 #include "../PlayerTest.h"
 #include "support/scripted/ScriptedPlayers.h"

@@ -15,7 +15,7 @@ class DuckedSoundTest : public SoundTest
 protected:
     using SoundTest::SoundTest;
 
-    /// Lets the music be heard before, while and after it is ducked.
+    /// Plays the music for a while before, during and after it is ducked.
     static void listenToDucking()
     {
         listen();
@@ -74,7 +74,7 @@ protected:
     }
 };
 
-TEST_F(SilentStartTest, PlaysDuckedFromTheStartWhatStartsWhileDucked)
+TEST_F(SilentStartTest, StartsMusicDuckedThatIsRequestedWhileDucked)
 {
     ASSERT_TRUE(duck("alarm").succeeds());
     Recording recording("main");
@@ -102,8 +102,8 @@ TEST_F(ConfiguredDuckingTest, FallsByTheConfiguredAttenuationWithinTheConfigured
     listenToDucking();
     const std::vector<double> loudness = loudnessOf(recording.take());
     EXPECT_THAT(levelsOf(loudness, {full, ducked}), ElementsAre(full, ducked, full));
-    // Two fades of 30 steps, of which those within 1 dB of either end are not between any more;
-    // with the default of 40 ms there would be fewer than six.
+    // Two fades of 30 steps each, without the steps within 1 dB of either end. With the default of
+    // 40 ms there would be fewer than six.
     const auto between = stepsAt(loudness, std::sqrt(full * ducked));
     EXPECT_THAT(between, SizeIs(Ge(10U)));
 }

@@ -14,8 +14,8 @@ constexpr int frameBytes = SoundServer::channels * int(sizeof(short));
 constexpr int stepBytes = stepFrames * frameBytes;
 constexpr double fullScale = 32768.0;
 
-/// Shorter than three steps a level is passed, not stayed at.
-constexpr int leastSteps = 3;
+/// A level of fewer steps is part of a fade.
+constexpr int minSteps = 3;
 
 double loudnessOfStep(const char *bytes)
 {
@@ -67,7 +67,7 @@ std::vector<double> levelsOf(const std::vector<double> &loudness, const std::vec
             }
             steps = level == current ? steps + 1 : 1;
             current = level;
-            const bool isNew = steps == leastSteps && (stays.empty() || stays.back() != level);
+            const bool isNew = steps == minSteps && (stays.empty() || stays.back() != level);
             if (isNew) {
                 stays.push_back(level);
             }

@@ -9,9 +9,9 @@ namespace {
 using testing::Gt;
 using testing::SizeIs;
 
-constexpr std::chrono::seconds patience{15};
+constexpr std::chrono::seconds timeout{15};
 
-// A quarter of a second and half of one.
+// The delays of 250 ms and 500 ms, and some time more.
 constexpr int twoRetriesMs = 800;
 
 class MusicTest : public SoundTest
@@ -41,7 +41,7 @@ TEST_F(MusicTest, FallsSilentWhenStopped)
     EXPECT_EQ(*std::max_element(loudness.end() - silentSteps, loudness.end()), 0.0);
 }
 
-TEST_F(MusicTest, PlaysTheLastSourceAgainWhenNoneIsNamed)
+TEST_F(MusicTest, PlaysTheLastSourceForARequestWithoutASource)
 {
     ASSERT_TRUE(stop().succeeds());
     EXPECT_TRUE(play(QVariant()).succeeds());
@@ -49,7 +49,7 @@ TEST_F(MusicTest, PlaysTheLastSourceAgainWhenNoneIsNamed)
     EXPECT_EQ(state().source(), music());
 }
 
-TEST_F(MusicTest, PutsAnotherSourceInPlaceOfTheOneThatPlays)
+TEST_F(MusicTest, ReplacesThePlayingSource)
 {
     const QString other = music() + QStringLiteral(".flac");
     writeSound(other, SF_FORMAT_FLAC | SF_FORMAT_PCM_16, SoundServer::rate,
@@ -59,13 +59,13 @@ TEST_F(MusicTest, PutsAnotherSourceInPlaceOfTheOneThatPlays)
     EXPECT_EQ(state().source(), other);
 }
 
-TEST_F(MusicTest, TakesABareTextForTheSource)
+TEST_F(MusicTest, AcceptsABareStringAsTheSource)
 {
     EXPECT_TRUE(play(music()).succeeds());
     EXPECT_TRUE(state().playing());
 }
 
-TEST_F(MusicTest, StopsWhenTheNextSourceCanNotBePlayed)
+TEST_F(MusicTest, StopsWhenTheNextSourceCannotBePlayed)
 {
     const Request request = play(music() + QStringLiteral(".missing"));
     EXPECT_EQ(request.errorText(), "The music or its device can't be opened");
@@ -73,7 +73,7 @@ TEST_F(MusicTest, StopsWhenTheNextSourceCanNotBePlayed)
     EXPECT_EQ(state().error().toStdString(), request.errorText());
 }
 
-TEST_F(MusicTest, ForgetsTheErrorWhenItPlaysAgain)
+TEST_F(MusicTest, ClearsTheErrorWhenItPlaysAgain)
 {
     ASSERT_FALSE(play(music() + QStringLiteral(".missing")).succeeds());
     ASSERT_TRUE(play(music()).succeeds());
@@ -104,14 +104,14 @@ TEST_F(MusicTest, IsHeardAgainOnceItsSoundServerIsBack)
     server().kill();
     ASSERT_TRUE(waitFor([] { return !state().playing(); }));
     server().startAgain();
-    EXPECT_TRUE(waitFor([] { return state().playing(); }, patience));
+    EXPECT_TRUE(waitFor([] { return state().playing(); }, timeout));
     EXPECT_EQ(state().error(), "");
     Recording recording("main");
     listen();
     EXPECT_THAT(stepsAt(loudnessOf(recording.take()), level(1.0)), SizeIs(Gt(0U)));
 }
 
-TEST_F(MusicTest, IsDuckedWhenItIsHeardAgainIfThatWasAskedForMeanwhile)
+TEST_F(MusicTest, IsDuckedAfterARetryWhenItWasDuckedBefore)
 {
     constexpr double ducked = 0.1;
     server().kill();
@@ -119,7 +119,7 @@ TEST_F(MusicTest, IsDuckedWhenItIsHeardAgainIfThatWasAskedForMeanwhile)
     ASSERT_TRUE(duck("alarm").succeeds());
     server().startAgain();
     Recording recording("main");
-    ASSERT_TRUE(waitFor([] { return state().playing(); }, patience));
+    ASSERT_TRUE(waitFor([] { return state().playing(); }, timeout));
     listen();
     const auto loudness = loudnessOf(recording.take());
     EXPECT_THAT(stepsAt(loudness, level(ducked)), SizeIs(Gt(0U)));
@@ -145,28 +145,26 @@ protected:
     }
 };
 
-TEST_F(FewRetriesTest, GiveUpAfterTheirNumberAndLeaveTheErrorToRead)
+TEST_F(FewRetriesTest, GiveUpAfterTheMaximumAndKeepTheError)
 {
     server().kill();
-    // The first failure and those of both attempts.
-    EXPECT_TRUE(
-        waitFor([this] { return log().countAt(log4cplus::WARN_LOG_LEVEL) == 3; }, patience));
+    // The first failure and those of both retries.
+    EXPECT_TRUE(waitFor([this] { return log().countAt(log4cplus::WARN_LOG_LEVEL) == 3; }, timeout));
     server().startAgain();
     listen(3 * twoRetriesMs);
     EXPECT_FALSE(state().playing());
     EXPECT_NE(state().error(), "");
 }
 
-TEST_F(FewRetriesTest, BeginAnewWhenMusicIsAskedFor)
+TEST_F(FewRetriesTest, StartAnewWhenMusicIsRequested)
 {
     server().kill();
-    EXPECT_TRUE(
-        waitFor([this] { return log().countAt(log4cplus::WARN_LOG_LEVEL) == 3; }, patience));
+    EXPECT_TRUE(waitFor([this] { return log().countAt(log4cplus::WARN_LOG_LEVEL) == 3; }, timeout));
     server().startAgain();
     ASSERT_TRUE(play(QVariant()).succeeds());
     server().kill();
     ASSERT_TRUE(waitFor([] { return !state().playing(); }));
     server().startAgain();
-    EXPECT_TRUE(waitFor([] { return state().playing(); }, patience));
+    EXPECT_TRUE(waitFor([] { return state().playing(); }, timeout));
 }
 } // namespace

@@ -15,16 +15,16 @@
 
 #include <cmath>
 
-/// The sound server and the music, made before the module that plays it there.
+/// The sound server and the music. A base class, so that both are made before the module.
 class SoundStage
 {
 public:
-    /// Much shorter than what is recorded, so that only a loop fills a recording.
+    /// Much shorter than a recording, so that only a loop fills it.
     static constexpr int musicMs = 100;
 
     SoundStage()
     {
-        constexpr int tone = 1000; // whole waves in a step of the measurement
+        constexpr int tone = 1000; // Hz; a step of the measurement has whole waves
         constexpr int count = SoundServer::rate * musicMs / 1000;
         writeSound(music(), SF_FORMAT_WAV | SF_FORMAT_PCM_16, SoundServer::rate,
                    sineSamples(count, SoundServer::rate, tone));
@@ -38,8 +38,7 @@ private:
     SoundServer m_server;
 };
 
-/// The module plays on the device "main" of a sound server, from its start if the configuration
-/// doesn't say otherwise.
+/// The module plays on the device "main" of a sound server; by default, from the start.
 class SoundTest : private SoundStage, public PlayerTest
 {
 protected:
@@ -60,11 +59,11 @@ protected:
     /// The loudness of the music at a gain.
     static double level(double gain)
     {
-        constexpr double amplitude = 10000.0 / 32768.0; // what sineSamples() makes
+        constexpr double amplitude = 10000.0 / 32768.0; // of sineSamples()
         return gain * amplitude / std::sqrt(2.0);
     }
 
-    /// Lets the music be heard for a while, long enough for the stages of a test to be told apart.
+    /// Plays the music for a while, long enough to distinguish the stages of a test.
     static void listen(int ms = 400)
     {
         QElapsedTimer elapsed;
