@@ -62,21 +62,21 @@ void report(const Options &options, const SystemFactory &factory, const Outcome 
     stream << std::fixed << std::setprecision(1);
     stream << "states      " << outcome.states << '\n';
     stream << "transitions " << outcome.transitions << ", and " << outcome.tried
-           << " tried that change nothing or wind up\n";
+           << " requests and endings tried by inspections\n";
     stream << "findings    " << outcome.findings.size() << '\n';
     stream << "noted       " << outcome.notes.size() << '\n';
     stream << "time        " << seconds << " s with " << options.bounds.jobs << " jobs, "
            << double(outcome.transitions) / std::max(seconds, 0.001) << " transitions a second\n";
     if (outcome.twice) {
-        stream << "compared: every state's steps lead to the same behind two ways to it\n";
+        stream
+            << "compared: each state was reached in two ways, and its steps had the same results\n";
     }
     if (outcome.closed) {
-        stream
-            << "closed: every state's every step has been taken; the longest shortest sequence has "
-            << outcome.levels.size() - 1 << " steps\n";
+        stream << "closed: every step of every state has been taken; every state is reached within "
+               << outcome.levels.size() - 1 << " steps\n";
     } else {
         stream << "ended by " << outcome.stoppedBy << ": every sequence of up to " << outcome.depth
-               << " steps has been gone through\n";
+               << " steps has been taken\n";
     }
 }
 
