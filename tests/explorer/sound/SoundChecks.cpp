@@ -122,19 +122,19 @@ void SoundSystem::checkIsPlaying()
 {
     const bool isEmpty = m_facts.ledger.isEmpty();
     const bool asks = m_facts.outstanding != Request::None;
-    if (isEmpty && (m_facts.ranDry || !asks)) {
+    if (isEmpty && (m_facts.becameEmpty || !asks)) {
         m_facts.isPlaying = false;
     } else if (m_facts.taken) {
         m_facts.isPlaying = true;
     }
     if (saysIsPlaying() != m_facts.isPlaying) {
-        broken("is-playing is true from the first item's being taken to be played until there is "
-               "nothing queued or stopping",
-               m_facts.isPlaying ? "it is false" : "it is true");
+        broken(
+            "is-playing becomes true when the first item is taken from the queue, and false when "
+            "no item is queued or stopping",
+            m_facts.isPlaying ? "it is false" : "it is true");
     }
     if (isEmpty && m_facts.isPlaying) {
-        noted("is-playing stays true while an acquire is outstanding whose items have all been "
-              "cancelled");
+        noted("is-playing stays true if all items are cancelled while an acquire is outstanding");
     }
 }
 
@@ -151,7 +151,7 @@ void SoundSystem::checkWaking()
     const auto &stopping = m_facts.ledger.stopping();
     if (std::any_of(stopping.begin(), stopping.end(),
                     [](const SoundItem &item) { return item.owesEnd(); })) {
-        broken("a queued item waits for a stopping one only if that is the active one",
+        broken("a queued item waits only for a stopping item that is the active one",
                soundName(queue.front().id) + " waits for another");
         return;
     }
@@ -174,8 +174,7 @@ void SoundSystem::checkRest()
         broken("main audio is never left ducked except after a refused acquire", {});
     }
     if (m_facts.duckAsked && m_facts.refused && !somethingGoesOn(members)) {
-        noted("main audio is left ducked after a refused acquire, until the next item has been "
-              "through");
+        noted("main audio is left ducked after a refused acquire, until the next item has ended");
     }
     if (m_facts.granted && !somethingGoesOn(members)) {
         broken("the resource is never left held", {});

@@ -100,7 +100,7 @@ bool SoundDevice::play(SoundItem *item)
     if (m_judge->decide(2) != Succeeds) {
         m_judge->tell(soundName(item->id) + " fails to play");
         m_facts->end(item->id, Response::Failed);
-        m_facts->lookIfDry();
+        m_facts->checkIfEmpty();
         return false;
     }
     m_judge->tell(soundName(item->id) + " plays");
@@ -150,7 +150,7 @@ void SoundDevice::report(int id, End end)
     m_facts->end(id, end == End::Ended     ? Response::Finished
                      : end == End::Stopped ? Response::Cancelled
                                            : Response::Failed);
-    m_facts->lookIfDry();
+    m_facts->checkIfEmpty();
     m_judge->tell(soundName(id) + "'s player reports " +
                   (end == End::Ended     ? "its end"
                    : end == End::Stopped ? "that it has stopped"

@@ -44,10 +44,10 @@ struct SoundFacts
     bool isPlaying = false; ///< the expected is-playing value
 
     // In the current step.
-    bool taken = false;  ///< an item was taken from the queue to be played
-    bool ranDry = false; ///< both lists were empty after an item's end or the reply to an acquire
+    bool taken = false;       ///< an item was taken from the queue to be played
+    bool becameEmpty = false; ///< both lists, after an end or the reply to an acquire
 
-    void beginStep() { taken = ranDry = false; }
+    void beginStep() { taken = becameEmpty = false; }
 
     /// The item ends. If it has a response path, a response is expected.
     void end(int id, TavoNotificationPlayerResponseType::Enum type);
@@ -59,7 +59,7 @@ struct SoundFacts
     void cancelAll();
 
     /// Call after an item's end or the reply to an acquire has been handled.
-    void lookIfDry() { ranDry = ranDry || ledger.isEmpty(); }
+    void checkIfEmpty() { becameEmpty = becameEmpty || ledger.isEmpty(); }
 };
 
 /// The name of an item for people.

@@ -143,10 +143,10 @@ void SoundServices::giveAnswer(Kind kind, const CMSetDataRequest &request, bool 
     } else if (kind == Kind::Acquire) {
         m_facts->granted = success;
         m_facts->refused = !success;
-        m_facts->lookIfDry();
+        m_facts->checkIfEmpty();
         if (!success) {
             m_facts->cancelAll();
-            m_facts->lookIfDry();
+            m_facts->checkIfEmpty();
         }
     }
     if (success) {
@@ -183,7 +183,7 @@ void SoundServices::on_response(const CMSetDataRequest &request)
         // It was taken from the queue, but no player plays its type.
         m_facts->taken = true;
         m_facts->ledger.remove(id);
-        m_facts->lookIfDry();
+        m_facts->checkIfEmpty();
         return;
     }
     if (owed == m_facts->owed.end()) {
