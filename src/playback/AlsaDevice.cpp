@@ -26,7 +26,7 @@ constexpr unsigned periodUs = 10'000;
 constexpr unsigned notificationBufferUs = 50'000;
 constexpr unsigned mediaBufferUs = 110'000;
 
-// A device that fails so often without taking a frame won't recover.
+// After so many failed writes in a row, a device won't recover.
 constexpr int maxFailedWrites = 10;
 
 // By default, the library writes to standard error.

@@ -28,7 +28,7 @@ bool tavoIsNumber(const QVariant &value)
 }
 
 namespace {
-/// Beyond 2^53 a double no longer tells neighbouring integers apart.
+/// Beyond 2^53, a double can't represent every integer.
 constexpr double maxExactInteger = 9007199254740992.0;
 } // namespace
 

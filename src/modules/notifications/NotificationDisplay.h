@@ -16,9 +16,9 @@
 
 /// Queues display notifications. The head is on display until its timeout passes or it is closed.
 ///
-/// The queue node has one row for each notification: its path. A message gets a node of its own; a
-/// notification without a message refers to a node that the client published. A client closes a
-/// notification by raising a rows change with the close marker on that node.
+/// The queue node has one row for each notification: its path. The module publishes a node for each
+/// message. A notification without a message refers to a node that the client has published. A
+/// client closes a notification by raising a rows change with the close marker on that node.
 ///
 /// Used in the worker's thread only. Owned by the worker.
 ///

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-/// The bounds of what can happen.
+/// The bounds of the exploration.
 struct DisplayBounds
 {
     int alive = 4;      ///< notifications at once

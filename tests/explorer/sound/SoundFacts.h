@@ -28,7 +28,7 @@ struct OwedResponse
     TavoNotificationPlayerResponseType::Enum type;
 };
 
-/// What the module's surroundings know from requests and from what they did.
+/// What the clients, services and players know from the requests and from their own actions.
 struct SoundFacts
 {
     enum class Request : unsigned char { None, Duck, Unduck, Acquire };

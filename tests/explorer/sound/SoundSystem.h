@@ -10,7 +10,7 @@
 #include "explorer/sound/SoundMembers.h"
 #include "explorer/sound/SoundServices.h"
 
-/// The bounds of what can happen.
+/// The bounds of the exploration.
 struct SoundBounds
 {
     int alive = 3; ///< accepted items that have not ended

@@ -18,7 +18,7 @@ class CompletionTest : public NotificationsTest
 protected:
     CompletionTest() { load(); }
 
-    /// Makes b play, with a paused behind it.
+    /// Plays b while a is paused behind it.
     void pauseABehindB(Type::Enum typeOfA = Type::Uri)
     {
         enqueue(item("a"_s, 1).setType(typeOfA));

@@ -21,7 +21,7 @@ public:
 
     int count() const { return ended.count() + stopped.count() + failed.count(); }
 
-    /// Waits for the end, and then whether a second one comes, which it must not.
+    /// Waits for the end, and then makes sure that no second one comes.
     bool hasEndedOnce()
     {
         const bool came = waitFor([this] { return count() > 0; }, std::chrono::seconds(20));

@@ -16,7 +16,7 @@
 struct TrCharData
 {
     const char *context;        ///< usually the class that the text is from
-    const char *source;         ///< the text as it is in the code
+    const char *source;         ///< the untranslated text
     const char *disambiguation; ///< distinguishes equal sources; may be null
     int count;                  ///< chooses the plural form; -1: no plural
 };

@@ -10,7 +10,7 @@
 #include <optional>
 #include <vector>
 
-/// Lists what is in the model. Called from any thread. A node that is published or disposed of
+/// Lists the nodes of the model. Called from any thread. A node that is published or disposed of
 /// during a call may or may not be listed.
 namespace CMCatalog {
 

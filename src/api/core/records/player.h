@@ -15,8 +15,8 @@ TAVO_API_EXPORT CMPath TavoPlayerAlsaDeviceNotificationsPath();
 TAVO_API_EXPORT CMPath TavoPlayerAlsaDeviceMainPath();
 
 /// Request: plays a sound file as the main audio, in a loop. Value: a TavoValue with string_(), the
-/// file's path or URI, or the bare text; without one the last source is played, and goes on if it
-/// is playing already. Reply: empty, or an error if the file cannot be played.
+/// file's path or URI, or just a string. Without it, the last source is played, or goes on if it is
+/// playing. Reply: empty, or an error if the file cannot be played.
 TAVO_API_EXPORT CMPath TavoPlayerMainAudioPlayPath();
 
 /// Request: ends the main audio. The value is not read. Reply: empty.
