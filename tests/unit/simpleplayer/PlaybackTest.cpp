@@ -406,7 +406,7 @@ TEST_F(PlaybackTest, StopsWithinTheCall)
     EXPECT_EQ(threads(), idle);
 }
 
-TEST_F(PlaybackTest, BeginsAFadeAnewThatAPauseTookBack)
+TEST_F(PlaybackTest, RestartsAFadeWhoseStartWasNotHeardBeforeAPause)
 {
     constexpr int fadeMs = 200;
     make(counting(30000), "hardware");
