@@ -60,9 +60,9 @@ class Watcher : public QObject
 public:
     void on_rowsChanged(const CMPath & /*path*/, const QStringList & /*changes*/, int, int)
     {
-        ++told;
+        ++reported;
     }
-    int told = 0;
+    int reported = 0;
 };
 
 void tellRows(benchmark::State &state)

@@ -38,9 +38,9 @@ void finish(ca_context *, std::uint32_t id, int result, void *)
 
 int playOnce(ca_context *context, ca_proplist *sound, std::uint32_t id)
 {
-    const std::int64_t asked = momentNow();
+    const std::int64_t requested = momentNow();
     const int result = ca_context_play_full(context, id, sound, finish, nullptr);
-    std::printf("%lld\n", static_cast<long long>(asked));
+    std::printf("%lld\n", static_cast<long long>(requested));
     if (result < 0) {
         return result;
     }

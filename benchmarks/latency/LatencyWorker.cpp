@@ -26,10 +26,10 @@ LatencyWorker::LatencyWorker(const QVariantHash &config)
     TavoConfiguration configuration(config);
     m_sound = configuration.string(QStringLiteral("sound"), {});
     m_left = configuration.integer(QStringLiteral("count"), 1, 1, 1000);
-    m_asked.setFileName(configuration.string(QStringLiteral("asked"), {}));
+    m_requested.setFileName(configuration.string(QStringLiteral("requested"), {}));
     configuration.finish();
-    if (!m_asked.open(QIODevice::WriteOnly | QIODevice::Text)) {
-        LOG4CPLUS_ERROR(logger, "Can't write " << m_asked.fileName());
+    if (!m_requested.open(QIODevice::WriteOnly | QIODevice::Text)) {
+        LOG4CPLUS_ERROR(logger, "Can't write " << m_requested.fileName());
     }
 
     CMActivateNode *response =
@@ -47,7 +47,7 @@ LatencyWorker::LatencyWorker(const QVariantHash &config)
 void LatencyWorker::on_restTimer_timeout()
 {
     if (m_left-- == 0) {
-        m_asked.close();
+        m_requested.close();
         QMetaObject::invokeMethod(qApp, "quit", Qt::QueuedConnection);
         return;
     }
@@ -57,10 +57,10 @@ void LatencyWorker::on_restTimer_timeout()
                                                 .setContent(m_sound)
                                                 .setPriority(TavoNotificationItemPriority::Normal)
                                                 .setPlaybackResponsePath(m_responsePath);
-    const std::int64_t asked = momentNow();
+    const std::int64_t requested = momentNow();
     CMRoot()->invoke(TavoNotificationPlayerEnqueuePath(),
                      TavoValue().setNotificationPlayerItem(item), CMReply<QVariant>());
-    m_asked.write(QByteArray::number(qint64(asked)) + '\n');
+    m_requested.write(QByteArray::number(qint64(requested)) + '\n');
 }
 
 void LatencyWorker::on_response_activated(const CMSetDataRequest &request)

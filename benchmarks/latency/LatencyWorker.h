@@ -11,7 +11,7 @@
 /// Requests a sound and waits until the music is restored, several times; then ends the host.
 /// Writes the time of each request to a file.
 ///
-/// Configuration: "sound", the file to play; "count", how often; "asked", the file to write.
+/// Configuration: "sound", the file to play; "count", how often; "requested", the file to write.
 class LatencyWorker : public CMNodesWorker
 {
     Q_OBJECT
@@ -27,7 +27,7 @@ private Q_SLOTS:
 private:
     QString m_sound;
     int m_left = 0;
-    QFile m_asked;
+    QFile m_requested;
     CMPath m_responsePath;
     QTimer m_restTimer;
     bool m_heard = false; // the sound has ended, but the music is still ducked

@@ -37,11 +37,11 @@ public:
             player->deleteLater();
             next();
         });
-        const std::int64_t asked = momentNow();
+        const std::int64_t requested = momentNow();
         if (!player->play()) {
             fail();
         }
-        std::printf("%lld\n", static_cast<long long>(asked));
+        std::printf("%lld\n", static_cast<long long>(requested));
     }
 
 private:

@@ -80,7 +80,7 @@ class FirstSample:
 
     def prepare(self, folder):
         self.folder = folder
-        self.heard, self.asked = folder / "heard", folder / "asked"
+        self.heard, self.requested = folder / "heard", folder / "requested"
         self.sound, self.music = str(folder / "sound.wav"), str(folder / "music.wav")
         write_wave(self.sound, SOUND_SECONDS)
         write_wave(self.music, MUSIC_SECONDS)
@@ -109,7 +109,7 @@ class FirstSample:
             {"name": "player", "config": {"music": self.music, "mainDevice": "music",
                                           "notificationsDevice": "sound"}},
             "notifications",
-            {"name": "latency", "config": {"sound": self.sound, "asked": str(self.asked),
+            {"name": "latency", "config": {"sound": self.sound, "requested": str(self.requested),
                                            "count": HOST_REQUESTS}},
         ]}))
 
@@ -161,13 +161,13 @@ class FirstSample:
         subprocess.run([self.build / "bin" / "tavo-host", "--config", self.host_configuration],
                        env=self.environment, check=True, timeout=TIMEOUT, stdin=subprocess.DEVNULL,
                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        return self.since(map(int, self.asked.read_text().split()), HOST_REQUESTS)
+        return self.since(map(int, self.requested.read_text().split()), HOST_REQUESTS)
 
     def moments(self):
         return [int(line) for line in self.heard.read_text().split()]
 
-    def since(self, asked, count):
-        result = [(heard - moment) * 1e-9 for moment, heard in zip(asked, self.moments())]
+    def since(self, requested, count):
+        result = [(heard - moment) * 1e-9 for moment, heard in zip(requested, self.moments())]
         if len(result) != count:
             raise RuntimeError(f"{len(result)} of {count} sounds were heard")
         return result

@@ -81,7 +81,7 @@ def check_timeline(story, expectations):
             yield Check(expected.id, "has each response once", False, ", ".join(item.oddities),
                         "each once")
     for unexpected in sorted(set(story.notifications) - set(expectations.notifications)):
-        yield Check(unexpected, "was asked for", False, "in the timeline", "not expected")
+        yield Check(unexpected, "is expected", False, "in the timeline", "not expected")
 
 
 def lifetime(item):
@@ -136,7 +136,7 @@ def check_interruptions(item, expected, audible, story, track):
         resumed_until = item.sounding[number + 1][1]
         heard = track.times[audible & track.during(until - 0.05, resumed_until + SILENT_WITHIN)]
         delay = max(0.0, heard[0] - until) if len(heard) else None
-        yield Check(item.id, "goes on afterwards", delay is not None and delay <= HEARD_WITHIN,
+        yield Check(item.id, "resumes afterwards", delay is not None and delay <= HEARD_WITHIN,
                     "nothing heard" if delay is None else f"after {delay:.2f} s",
                     f"within {HEARD_WITHIN:.2f} s")
 

@@ -69,5 +69,5 @@ def check_commands(commands, expectations):
                     str(expected.status))
         yield check_lines(subject, command.lines, expected)
     for unexpected in sorted(set(commands) - set(expectations)):
-        yield Check(f"command {unexpected}", "was asked for", False, "in the timeline",
+        yield Check(f"command {unexpected}", "is expected", False, "in the timeline",
                     "not expected")

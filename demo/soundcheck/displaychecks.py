@@ -37,7 +37,7 @@ def difference(item, wanted):
 def check_time(subject, item, expected, tolerance):
     wanted = requested(item, expected.outcome)
     if wanted is None:
-        yield Check(subject, f"is {expected.outcome}", False, "nobody asked for it", "asked for")
+        yield Check(subject, f"is {expected.outcome}", False, "nobody requested it", "requested")
         return
     until = f" to {milliseconds(wanted + item.asking)}" if item.asking else ""
     yield Check(subject, SHOWN, abs(difference(item, wanted)) <= tolerance,
@@ -50,7 +50,7 @@ def check_waiting(subject, item, expected, tolerance):
     if expected.outcome in ("closed", "cancelled"):
         prompt = (item.asked is not None and item.closed is not None
                   and 0 <= item.closed - item.asked <= tolerance)
-        after = ("nobody asked for it" if item.asked is None else "never" if item.closed is None
+        after = ("nobody requested it" if item.asked is None else "never" if item.closed is None
                  else f"after {milliseconds(item.closed - item.asked)}")
         yield Check(subject, f"goes when {expected.outcome}", prompt, after,
                     f"within {tolerance * 1000:.0f} ms")
@@ -84,7 +84,7 @@ def check_display(story, expectations):
         else:
             yield from check_notification(item, expected, story, expectations.tolerance)
     for unexpected in sorted(set(story.notifications) - set(expected_ones)):
-        yield Check(f"display {unexpected}", "was asked for", False, "in the timeline",
+        yield Check(f"display {unexpected}", "is expected", False, "in the timeline",
                     "not expected")
     if expected_ones:
         heads = [name for name, _, _ in story.heads]

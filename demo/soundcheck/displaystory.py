@@ -88,7 +88,7 @@ class DisplayStory:
         if item.closed is not None:
             item.oddities.append("shown after its end")
         if self._head:
-            item.oddities.append(f"shown beside {self._head[0]}")
+            item.oddities.append(f"shown at the same time as {self._head[0]}")
             self._end_head(moment)
         self._head = (item.id, moment)
 

@@ -95,7 +95,7 @@ def build_lanes(tracks, story, expected):
         lanes.LoudnessLane("Notification device", "loudness, coloured by the sound that was heard",
                            tracks["notifications"], NOTIFICATIONS,
                            stains=stains(tracks["notifications"], story, expected, palette)),
-        lanes.RowsLane("Sound notifications", "what the requesters were told",
+        lanes.RowsLane("Sound notifications", "the responses to the requesters",
                        notification_rows(story, expected, palette)),
     ]
     if story.display.notifications:

@@ -131,7 +131,7 @@ class NotificationTest(RecordingCheckTest):
     def test_finds_an_interrupted_sound_that_does_not_go_on(self):
         self.replace_sound(("announcement", 7.53, 10.54))
         failures = self.failures()
-        self.assertIn(("news", "goes on afterwards"), failures)
+        self.assertIn(("news", "resumes afterwards"), failures)
         self.assertIn(("news", "sounds for its whole length"), failures)
 
     def test_finds_an_interrupted_sound_that_begins_again(self):
@@ -192,7 +192,7 @@ class TimelineTest(RecordingCheckTest):
 
     def test_finds_a_notification_that_was_not_expected(self):
         del self.run_.expectations["notifications"]["second-chime"]
-        self.assert_found(("second-chime", "was asked for"))
+        self.assert_found(("second-chime", "is expected"))
 
 
 class DisplayTest(RecordingCheckTest):
@@ -311,7 +311,7 @@ class DisplayTest(RecordingCheckTest):
 
     def test_finds_one_that_was_not_expected(self):
         self.run_.timeline += [(10.0, "display shown", "/other"), (10.5, "display hidden", "/other")]
-        self.assert_found(("display /other", "was asked for"),
+        self.assert_found(("display /other", "is expected"),
                           ("display", "shows them in their order"))
 
     def test_finds_a_pair_that_is_not_sent_together(self):
@@ -372,7 +372,7 @@ class TypedCommandTest(RecordingCheckTest):
 
     def test_finds_one_that_was_not_expected(self):
         del self.run_.expectations["commands"]["cancel"]
-        self.assert_found(("command cancel", "was asked for"))
+        self.assert_found(("command cancel", "is expected"))
 
 
 class CommandTest(unittest.TestCase):

@@ -17,7 +17,7 @@ public:
         , m_reported(std::make_shared<int>(0))
     {
         m_reply.addWatcher(
-            nullptr, [told = m_reported](const CMVoidReply &) { ++*told; }, Qt::DirectConnection);
+            nullptr, [count = m_reported](const CMVoidReply &) { ++*count; }, Qt::DirectConnection);
         CMRoot()->invoke(path, value, m_reply);
     }
 

@@ -52,7 +52,7 @@ class Phase:
                 self._rest()
             status = self.host.end()
             if status != 0:
-                self._find(f"the host ended with status {status} when it was asked to")
+                self._find(f"the host ended with status {status} after SIGTERM")
         except Stuck as stuck:
             self._find(str(stuck), explain=True)
         finally:
