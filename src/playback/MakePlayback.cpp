@@ -5,10 +5,10 @@
 #include "playback/ByteInput.h"
 #include "playback/CollectedSound.h"
 #include "playback/HttpFetch.h"
-#include "simpleplayer/PlaybackLibrary.h"
 #include "playback/PcmStream.h"
 #include "playback/PlaybackWriter.h"
 #include "playback/SoundFile.h"
+#include "simpleplayer/PlaybackLibrary.h"
 
 namespace {
 

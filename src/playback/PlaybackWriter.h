@@ -7,8 +7,8 @@
 #include "playback/FrameSource.h"
 #include "playback/FrameWindow.h"
 #include "playback/GainRamp.h"
-#include "simpleplayer/Playback.h"
 #include "playback/WakeEvent.h"
+#include "simpleplayer/Playback.h"
 
 #include <atomic>
 #include <condition_variable>

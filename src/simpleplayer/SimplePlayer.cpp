@@ -3,8 +3,8 @@
 
 #include "simpleplayer/SimplePlayer.h"
 
-#include "simpleplayer/PlaybackLibrary.h"
 #include "simpleplayer/Log.h"
+#include "simpleplayer/PlaybackLibrary.h"
 
 #include <QMetaObject>
 

@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "core/registry/cmpathtable.h"
 #include "core/model/changenotifier.h"
+#include "core/registry/cmpathtable.h"
 
 #include <vector>
 

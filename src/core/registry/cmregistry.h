@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "core/registry/cmpathtable.h"
 #include "core/model/cmendpoint.h"
+#include "core/registry/cmpathtable.h"
 
 #include <array>
 #include <shared_mutex>

@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "core/registry/cmregistry.h"
 #include "core/model/cmrequest.h"
+#include "core/registry/cmregistry.h"
 
 /// Hands a request to the node at its path. If there is no such node, or if a set of nodes is given
 /// and the node is not in it, answers with an error that names the path.

@@ -3,8 +3,8 @@
 
 #include "core/model/nodes/cmlistrowsnode.h"
 
-#include "core/registry/cmsubscriptions.h"
 #include "core/model/cmsubscribe.h"
+#include "core/registry/cmsubscriptions.h"
 
 #include <algorithm>
 

@@ -4,8 +4,8 @@
 #include "core/model/nodes/cmnode.h"
 
 #include "core/base/dbglog.h"
-#include "core/registry/cmregistry.h"
 #include "core/model/nodes/cmnodes.h"
+#include "core/registry/cmregistry.h"
 
 #include <array>
 
