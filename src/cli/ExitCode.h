@@ -53,7 +53,7 @@ inline constexpr ExitCodeText exitCodeTexts[] = {
     {"64", "Wrong arguments."},
     {"66", "The file, or standard input, can't be read."},
     {"69", "The bus can't be reached, or no host is on it."},
-    {"71", "The operating system refused something."},
+    {"71", "An operation of the operating system failed."},
     {"75", "The bus or the host did not reply in time."},
     {"130", "Interrupted by SIGINT (Ctrl-C)."},
     {"143", "Ended by SIGTERM."},

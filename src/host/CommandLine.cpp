@@ -14,7 +14,7 @@ Exit codes:
   64   wrong arguments
   69   a module is missing, can't be loaded or exports no worker_create
   70   a module's worker_create failed
-  71   the operating system refused something
+  71   an operation of the operating system failed
   78   the configuration is wrong or can't be read
   130  ended at once, by SIGINT as the second signal
   143  ended at once, by SIGTERM as the second signal
@@ -37,15 +37,16 @@ struct Options
         QStringLiteral("folder")};
     QCommandLineOption logLevel{
         QStringLiteral("log-level"),
-        QStringLiteral("Log records of <level> and above; LOGGER=LEVEL sets it for one logger. May "
-                       "be given more than once."),
+        QStringLiteral(
+            "Log records of <level> and above; LOGGER=LEVEL applies to one logger only. May "
+            "be given more than once."),
         QStringLiteral("level")};
     QCommandLineOption readyDescriptor{
         QStringLiteral("ready-fd"),
-        QStringLiteral("When all modules run, write \"ready\" to descriptor <n> and close it."),
+        QStringLiteral("Write \"ready\" to descriptor <n> when all modules run, and close it."),
         QStringLiteral("n")};
     QCommandLineOption check{QStringLiteral("check"),
-                             QStringLiteral("Check the configuration and start nothing.")};
+                             QStringLiteral("Check the configuration without starting anything.")};
     QCommandLineOption listModules{
         QStringLiteral("list-modules"),
         QStringLiteral("List the modules on the search path with their files.")};

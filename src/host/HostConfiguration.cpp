@@ -21,7 +21,7 @@ bool isAsciiLetterOrDigit(QChar character)
 }
 
 /// A module's name becomes part of a file name and of log records.
-// By hand: a regular expression's compiler would cost every host half a megabyte.
+// Checked by hand: compiling a regular expression would cost every host half a megabyte.
 bool isModuleName(const QString &text)
 {
     return !text.isEmpty() && isAsciiLetterOrDigit(text[0]) &&
@@ -40,14 +40,14 @@ QString moduleName(TavoConfiguration &module, const QString &key, const QString 
     return name;
 }
 
-/// A path that is not empty, taken from the folder of @p file unless it is absolute.
+/// Resolves a path, which must not be empty, against the folder of @p file.
 QString absolutePath(const TavoConfiguration &configuration, const QString &key,
                      const QString &path, const QString &file)
 {
     if (path.isEmpty()) {
         configuration.fail(key, QStringLiteral("must not be empty"));
     }
-    // Put together by hand: Qt takes a name that begins with a colon for one of its resources.
+    // Joined by hand: Qt mistakes a name that begins with a colon for one of its resources.
     const QString folder = QFileInfo(file).absolutePath();
     return QDir::cleanPath(path.startsWith(QLatin1Char('/')) ? path
                                                              : folder + QLatin1Char('/') + path);

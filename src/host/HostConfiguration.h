@@ -18,7 +18,7 @@ struct ModuleEntry
     QString name;
     /// The NAME of libtavo_NAME.so; or, if it has a slash, the path of a file.
     QString libraryName;
-    /// Passed to worker_create unread.
+    /// Passed to worker_create unchecked.
     QVariantHash config;
 };
 
@@ -38,7 +38,7 @@ struct HostConfiguration
     /// Folders to search for modules.
     QStringList modulePath;
     LogConfiguration log;
-    /// What the players of all modules accept.
+    /// The limits of the players of all modules.
     SimplePlayerLimits sounds;
 
     /// What the host runs when it is given no file.
@@ -47,6 +47,6 @@ struct HostConfiguration
     /// Throws a std::runtime_error that begins with the name of the file.
     static HostConfiguration fromFile(const QString &file);
 
-    /// The same for JSON that was read from @p file, which is not opened.
+    /// The same for JSON that has been read from @p file. Does not open the file.
     static HostConfiguration fromJson(const QByteArray &json, const QString &file);
 };

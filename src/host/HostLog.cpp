@@ -20,8 +20,8 @@
 namespace {
 constexpr const char *consolePattern = "%D{%Y-%m-%d %H:%M:%S.%q} %-5p %c [%t] %m%n";
 
-/// Collects what is written to std::cerr: log4cplus has no other way to report errors in a properties
-/// file, or a log file that can't be written.
+/// Collects output to std::cerr, where log4cplus reports errors in a properties file and log files that
+/// can't be written. It has no other way to report them.
 class StandardErrorCapture
 {
 public:
@@ -89,7 +89,7 @@ Result<std::unique_ptr<HostLog>> HostLog::open(const LogConfiguration &configura
 {
     std::unique_ptr<HostLog> log(new HostLog);
     log4cplus::thread::setCurrentThreadName("main");
-    // The pool serves asynchronous appenders of a properties file; its default is four threads.
+    // One thread for the asynchronous appenders of a properties file; the default is four.
     log4cplus::setThreadPoolSize(1);
     if (configuration.file.isEmpty()) {
         logToConsole();

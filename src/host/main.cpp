@@ -65,7 +65,7 @@ void on_stopSignals_received(int signal)
 int run(const CommandLine &line, const Settings &settings,
         const std::vector<LocatedModule> &modules)
 {
-    // A client that goes away makes a write fail; it must not end the host.
+    // Writing to a client that has gone must fail, not end the host.
     std::signal(SIGPIPE, SIG_IGN);
     const auto stopSignals = StopSignals::install();
     if (!stopSignals) {

@@ -32,7 +32,7 @@ protected:
 
     void unload() { m_module.reset(); }
 
-    /// Waits until the module has got its name so many times.
+    /// Waits until the module has acquired its name this many times.
     bool isServing(int times = 1)
     {
         return waitFor([&] { return log().count("Serving org.tavo.Model1") == times; },

@@ -9,7 +9,7 @@
 #include "support/TimeOf.h"
 
 namespace {
-/// Only a call that waits for the bus takes as long.
+/// Only something that waits for the bus takes this long.
 constexpr int blockedMs = 1000;
 
 constexpr std::chrono::seconds timeout(20);

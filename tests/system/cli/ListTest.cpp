@@ -24,7 +24,7 @@ protected:
                   s_good);
     }
 
-    /// Runs the program to its end; gives the methods of the host that it called.
+    /// Runs the program to its end and returns the methods of the host that it called.
     std::vector<std::string> requestsOf(const QStringList &arguments)
     {
         Program monitor("busctl"_s);
@@ -103,7 +103,7 @@ TEST_F(CliListTest, SendsOneRequestWhenThereIsNothing)
     EXPECT_THAT(requestsOf({"list"}), ElementsAre("GetRows"));
 }
 
-TEST_F(CliListTest, ListsMessagesThatNoNodeIsAt)
+TEST_F(CliListTest, ListsMessagesWithoutANode)
 {
     open({{"path", "/my/message"}, {"timeout", 0}});
     open("Door", "Somebody rings");

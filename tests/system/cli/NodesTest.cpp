@@ -80,7 +80,7 @@ TEST_F(CliNodesTest, CallRefusesInvalidJson)
     EXPECT_THAT(m_tavo.error(), HasSubstr("not JSON"));
 }
 
-TEST_F(CliNodesTest, CallReportsTheErrorOfTheHostWithItsTitle)
+TEST_F(CliNodesTest, CallReportsTheErrorOfTheHostWithItsName)
 {
     EXPECT_EQ(run({"call", "/player/mainAudio/volume", "4"}), s_refused);
     EXPECT_EQ(m_tavo.error(), "tavo: the host refused: The volume must be a number from 0.0 to 1.0 "

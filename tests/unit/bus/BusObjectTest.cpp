@@ -30,7 +30,7 @@ constexpr const char *xml = R"(
 class BusObjectTest : public testing::Test
 {
 protected:
-    /// Serves the method by the handler, and calls it with two numbers.
+    /// Serves the method with the handler, and calls it with two numbers.
     BusCall addBy(const BusObject::Handler &handler)
     {
         m_object = m_service.connection().createObject(m_interface);

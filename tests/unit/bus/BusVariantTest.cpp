@@ -15,7 +15,7 @@ using testing::StartsWith;
 class BusVariantTest : public MessageTest
 {
 protected:
-    /// Equal in type and value, through all that nests.
+    /// Checks that both are equal in type and value, nested values included.
     static void expectSame(const QVariant &value)
     {
         const QVariant back = roundTrip(value);
@@ -197,7 +197,7 @@ QString anyText()
     return QString::fromUcs4(codes.data(), int(codes.size()));
 }
 
-/// Any value that the model may carry, nested up to so many levels.
+/// Any value of the model, nested up to this many levels.
 QVariant anyValue(int levels)
 {
     const int kind = *rc::gen::inRange(0, levels > 0 ? 14 : 12);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Values of other programs, of types that the model does not send.
+// Values that other programs send, of types that the model never sends.
 
 #include "MessageTest.h"
 
@@ -16,7 +16,7 @@ using testing::StartsWith;
 class ForeignValuesTest : public MessageTest
 {
 protected:
-    /// What is read of a message that the function writes by sd-bus.
+    /// The value read from a message that the function writes with sd-bus.
     template <typename Write>
     static QVariant readOf(Write write)
     {

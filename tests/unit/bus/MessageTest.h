@@ -36,7 +36,7 @@ protected:
         return BusReader(writer.message()).readVariant();
     }
 
-    /// Name and message of the BusError that the function throws; empty when it throws none.
+    /// Name and message of the BusError that the function throws; empty if it throws nothing.
     template <typename Function>
     static std::string errorOf(Function function)
     {

@@ -15,7 +15,7 @@ std::string busName(const QString &name)
     return ModelErrors::busName(errorBy(name));
 }
 
-/// A service that answers every call with one error, and what a caller reads of it.
+/// A service that answers every call with an error, and a caller that reads it.
 class ModelErrorsTest : public testing::Test
 {
 protected:

@@ -26,7 +26,7 @@
 using std::chrono::seconds;
 
 namespace {
-/// Only a call that waits for the bus takes this long.
+/// Only something that waits for the bus takes this long.
 constexpr int blockedMs = 1000;
 
 /// More than a connection's own timeout, with time for a busy machine.
@@ -73,7 +73,7 @@ private:
     QSignalSpy m_acquired;
 };
 
-/// A listening socket that accepts nothing and whose queue is full.
+/// A listening socket that accepts no connection, with a full queue.
 class CrowdedSocket
 {
 public:
@@ -235,7 +235,7 @@ TEST_F(PausedBusTest, KeepsTheConnectionAndTheMessagesSentMeanwhile)
     ASSERT_TRUE(m_connection.waitForName());
     m_bus.pause();
     int answers = 0;
-    // More than the system keeps for the bus.
+    // More than the socket buffers hold.
     constexpr int calls = 1000;
     const auto callAll = [&] {
         for (int i = 0; i < calls; ++i) {

@@ -30,7 +30,7 @@ Options optionsOf(const std::vector<const char *> &arguments)
     return std::get<Options>(read);
 }
 
-/// What refuses the arguments; checks that something does.
+/// The error for the arguments. Checks that there is one.
 std::string refusalOf(const std::vector<const char *> &arguments)
 {
     const auto read = readArguments(arguments);

@@ -20,7 +20,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::IsSupersetOf;
 
-/// The completions as a shell runs them, with a tavo that lists nodes and messages.
+/// Runs the completions in a shell, with a fake tavo that lists nodes and messages.
 class CompletionTest : public testing::Test
 {
 protected:
@@ -47,7 +47,7 @@ esac
         target.write(content.data(), qint64(content.size()));
     }
 
-    /// What the program prints, a line each.
+    /// The lines that the program prints.
     std::vector<std::string> run(const QString &program, const QStringList &arguments) const
     {
         QProcess process;
@@ -68,7 +68,7 @@ esac
         return lines;
     }
 
-    /// What bash offers for the last of the words.
+    /// The completions that bash offers for the last word.
     std::vector<std::string> bashOffers(const QString &words) const
     {
         return run("bash", {"--norc", "-c",

@@ -11,7 +11,7 @@
 #include <regex>
 #include <sstream>
 
-/// docs/cli.md beside the program's own definition.
+/// Compares docs/cli.md with the program's own definition.
 class DocumentationTest : public testing::Test
 {
 protected:

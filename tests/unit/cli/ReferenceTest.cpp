@@ -18,7 +18,7 @@ using testing::HasSubstr;
 using testing::Not;
 
 namespace {
-/// The words of a command as a shell parts them, up to a pipe; quoted ones without their quotes.
+/// Splits a command line into words as a shell does, up to a pipe, and removes quotes.
 std::vector<std::string> wordsOf(const std::string &line)
 {
     std::vector<std::string> words;
@@ -52,7 +52,7 @@ protected:
     std::unique_ptr<CLI::App> m_app = defineCommandLine(m_options);
     Reference m_reference = Reference::of(*m_app);
 
-    /// The names of all options that people may use, of the definition itself.
+    /// The names of all documented options, from the definition itself.
     std::set<std::string> definedOptions() const
     {
         std::set<std::string> names;
@@ -141,7 +141,7 @@ TEST_F(ReferenceTest, NamesValuesInCapitals)
 
 TEST_F(ReferenceTest, GivesEachOptionTheSameMeaningInEveryCommand)
 {
-    // The bash completion knows a value by its option's name alone.
+    // The bash completion recognises a value only by the name of its option.
     std::map<std::string, std::set<std::string>> valueNames;
     for (const CommandReference &command : m_reference.commands) {
         for (const OptionReference &option : command.options) {

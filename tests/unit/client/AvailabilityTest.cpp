@@ -11,14 +11,14 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 
 namespace {
-/// More than a connection gives a bus to answer.
+/// Longer than a connection waits for a silent bus.
 constexpr std::chrono::seconds timeout(20);
 } // namespace
 
 class ClientAvailabilityTest : public ClientTest
 {
 protected:
-    /// A client whose changes are taken down.
+    /// A client, and a record of its signals.
     TavoClient &watchedClient()
     {
         TavoClient &client = makeClient();
@@ -80,7 +80,7 @@ TEST_F(ClientAvailabilityTest, BelievesOnlyTheBusThatTheHostHasGone)
 {
     startHost();
     TavoClient &client = watchedClient();
-    // It may have come before the host had its name.
+    // The client may have connected before the host owned its name.
     ASSERT_TRUE(waitFor([&] { return client.isAvailable(); }));
     m_changes.clear();
     BusClient other(m_bus.address());
@@ -96,7 +96,8 @@ TEST_F(ClientAvailabilityTest, BelievesOnlyTheBusThatTheHostHasGone)
                              forged.writeString({});
                          });
     }
-    // The bus has passed them on when it answers, and the client has them before its own answer.
+    // When the bus replies, it has already passed the signals on, so the client gets them before this
+    // reply.
     ASSERT_TRUE(other.call("GetId").succeeds());
     ASSERT_TRUE(succeeds(client.version()));
     EXPECT_THAT(m_changes, testing::IsEmpty());

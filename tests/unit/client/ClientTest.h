@@ -16,11 +16,11 @@
 
 #include <memory>
 
-/// A client, and a host's module with some nodes beside it, on a bus of their own.
+/// A client, and the module dbus with some nodes, on a private bus.
 class ClientTest : public testing::Test
 {
 protected:
-    /// Puts the model on the bus.
+    /// Serves the model on the bus.
     void startHost(QVariantHash config = {})
     {
         config.insert("bus", m_bus.address());
@@ -47,14 +47,14 @@ protected:
         return *m_client;
     }
 
-    /// Turns the event loop until the answer is there; says whether it came and is no error.
+    /// Runs the event loop until the reply is finished. Returns whether it came and is not an error.
     template <typename T>
     static bool succeeds(const CMReply<T> &reply)
     {
         return waitFor([&] { return reply.isFinished(); }) && !reply.error().isError();
     }
 
-    /// The error that the answer is.
+    /// The error of the reply.
     template <typename T>
     static CMError errorOf(const CMReply<T> &reply)
     {

@@ -9,7 +9,7 @@
 #include <vector>
 
 namespace {
-/// A host that has nothing but its desktop notifications.
+/// A host that serves only desktop notifications.
 class DesktopService
 {
 public:

@@ -12,7 +12,7 @@ class ClientRequestsTest : public ClientTest
 protected:
     ClientRequestsTest() { startHost(); }
 
-    /// The value that the node at the path was sent.
+    /// The value that was sent to the node at the path.
     QVariant sentTo(const CMPath &path) const
     {
         const auto requests = m_service.requests(path);

@@ -23,7 +23,7 @@ protected:
         return client;
     }
 
-    /// Returns when the host has taken what the client has sent so far.
+    /// Waits until the host has handled everything that the client has sent.
     void flush() { EXPECT_TRUE(succeeds(connectedClient().list())); }
 
     bool waitForValues(std::size_t count)

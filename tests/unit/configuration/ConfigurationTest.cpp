@@ -11,7 +11,7 @@
 #include <stdexcept>
 
 namespace {
-/// The text of the error that is thrown; empty when there is none.
+/// The text of the thrown error; empty if nothing is thrown.
 std::string errorOf(const std::function<void()> &read)
 {
     try {
@@ -241,7 +241,7 @@ TEST(ConfigurationTest, ReportsAMissingFile)
 
 TEST(ConfigurationTest, ReportsAFileThatCanBeOpenedButNotRead)
 {
-    // The kernel shows a process its memory as a file, and has none to show at its beginning.
+    // A process can open its memory as a file, but not read its beginning.
     EXPECT_EQ(errorOf([] { TavoConfiguration::fromFile("/proc/self/mem"); }),
               "/proc/self/mem: Input/output error");
 }

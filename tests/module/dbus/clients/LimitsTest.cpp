@@ -19,7 +19,7 @@ protected:
     {
     }
 
-    /// The number of refusals among so many calls at once.
+    /// The number of refusals among this many calls at once.
     static int refusalsOf(ModelClient &client, int calls)
     {
         std::vector<BusCall> sent;

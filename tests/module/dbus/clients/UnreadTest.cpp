@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Clients that do not read what they are sent, on a bus that counts that as the host's.
+// Clients that do not read their messages, on a bus that counts unread messages against the sender.
 
 #include "module/dbus/ModelTest.h"
 #include "support/bus/ClientProgram.h"
@@ -58,7 +58,7 @@ public:
         send("org.freedesktop.DBus.Introspectable", "Introspect", [](sd_bus_message *) {});
     }
 
-    /// Reads so many replies. Returns the number of each error; "" stands for no error.
+    /// Reads this many replies. Returns the number of each error; "" stands for no error.
     std::map<std::string, int> read(int count)
     {
         std::map<std::string, int> errors;

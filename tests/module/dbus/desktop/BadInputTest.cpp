@@ -7,7 +7,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// Input that must not break the server. After each, the next client is served as usual.
+/// Bad input, after which the next client is served as usual.
 class BadInputTest : public DesktopTest
 {
 protected:

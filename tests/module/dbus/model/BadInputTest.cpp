@@ -18,7 +18,7 @@ using testing::Not;
 
 constexpr const char *invalidArguments = "org.freedesktop.DBus.Error.InvalidArgs";
 
-/// Whatever a client does, it and all others are still served afterwards.
+/// Bad input of a client, after which it and all others are still served.
 class DbusBadInputTest : public ModelTest
 {
 protected:
@@ -30,7 +30,7 @@ protected:
         EXPECT_TRUE(other.getValue("/test/value"_s).succeeds());
     }
 
-    /// A call whose arguments the function writes by sd-bus.
+    /// A call whose arguments the function writes with sd-bus.
     BusCall callRaw(const std::string &method, const std::function<int(sd_bus_message *)> &write)
     {
         return client->call(
@@ -179,7 +179,7 @@ TEST_F(DbusBadInputTest, AReplyThatComesAfterTheBusHasGoneIsForgotten)
     settle();
 }
 
-TEST_F(DbusBadInputTest, WhatIsSentToABusThatHasJustGoneIsForgotten)
+TEST_F(DbusBadInputTest, MessagesToABusThatHasJustGoneAreDropped)
 {
     CMReply<QVariant> late;
     bool asked = false;

@@ -48,7 +48,7 @@ TEST_F(DbusValuesTest, ReachANodeAndItsReplyComesBack)
     EXPECT_EQ(client->send("/test/echo"_s, value).variant(), QVariant(value));
 }
 
-TEST_F(DbusValuesTest, OfAMegabyteGoThrough)
+TEST_F(DbusValuesTest, OfAMegabyteAreSentBothWays)
 {
     publishEcho("/test/echo"_s);
     const QVariant text = QString(1 << 20, 'x');
@@ -57,7 +57,7 @@ TEST_F(DbusValuesTest, OfAMegabyteGoThrough)
     EXPECT_EQ(client->send("/test/echo"_s, bytes).variant(), bytes);
 }
 
-TEST_F(DbusValuesTest, NestedAsDeeplyAsABusAllowsGoThrough)
+TEST_F(DbusValuesTest, NestedAsDeeplyAsABusAllowsAreSentBothWays)
 {
     publishEcho("/test/echo"_s);
     QVariant lists = 1;
