@@ -66,7 +66,7 @@ sd_bus_message *ClientBus::closeCall(std::uint32_t id) const
 
 sd_bus_message *ClientBus::call(sd_bus_message *message) const
 {
-    sd_bus_error error = SD_BUS_ERROR_NULL;
+    sd_bus_error error = {};
     sd_bus_message *reply = nullptr;
     if (sd_bus_call(m_bus, message, timeoutUs, &error, &reply) < 0) {
         fail(error.message != nullptr ? error.message : "the call failed");

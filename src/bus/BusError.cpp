@@ -68,7 +68,7 @@ int BusError::replyWithCaught(sd_bus_error *error)
 void BusError::check(int result, const char *what)
 {
     if (result < 0) {
-        sd_bus_error error = SD_BUS_ERROR_NULL;
+        sd_bus_error error = {};
         sd_bus_error_set_errno(&error, result);
         const std::string name = error.name;
         sd_bus_error_free(&error);

@@ -60,8 +60,7 @@ BusMessage BusMessage::createReply() const
 
 BusMessage BusMessage::createErrorReply(const BusError &error) const
 {
-    const sd_bus_error content =
-        SD_BUS_ERROR_MAKE_CONST(error.name().c_str(), error.message().c_str());
+    const sd_bus_error content = {error.name().c_str(), error.message().c_str(), 0};
     sd_bus_message *reply = nullptr;
     BusError::check(sd_bus_message_new_method_error(m_message, &reply, &content),
                     "An error reply can't be made");
