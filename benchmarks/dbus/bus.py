@@ -79,7 +79,7 @@ class Client(Process):
         print(*words, file=self.process.stdin, flush=True)
 
     def answer(self, seconds=None):
-        """Reads the answer, a JSON object. Raises Failed if the client ends or the time is over."""
+        """Reads the answer, a JSON object. Raises Failed if the client ends or is too slow."""
         readable = select.select([self.process.stdout], [], [], seconds)[0]
         line = self.process.stdout.readline() if readable else ""
         if not line:

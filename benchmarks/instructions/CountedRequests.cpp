@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Sends a number of requests of one operation twice: first to load and warm everything, then in a
-// function whose name tells the profiler what to count.
+// Sends a number of requests of one operation twice: first to load everything and fill the caches,
+// then in a function whose name tells the profiler what to count.
 
 #include "ModelBench.h"
 

@@ -3,10 +3,10 @@
 
 // An ALSA device without hardware that notes when its first sample was heard:
 //     type stopwatch
-//     heard "/path"   gets a line each time the device was opened and something was heard; optional
-// It takes only what hardware takes, 16 bit stereo at 48000 Hz, and plays at the speed of the
-// clock. It is heard from the first frame that is not silence, at the time when that frame is due.
-// Times are nanoseconds of CLOCK_MONOTONIC.
+//     heard "/path"   optional; a file that gets a line each time a sound is heard after an opening
+// Like hardware, it accepts one format only, 16-bit stereo at 48000 Hz, and plays in real time. A
+// sound is heard when its first frame that is not silence is due. Times are nanoseconds of
+// CLOCK_MONOTONIC.
 
 #include "../Moment.h"
 
@@ -201,7 +201,7 @@ private:
 
     snd_pcm_ioplug_t m_plug{};
     int m_heardFile = -1;
-    snd_pcm_uframes_t m_minRoom = 1; // the room for which the player is woken up
+    snd_pcm_uframes_t m_minRoom = 1; // the player is woken when there is room for so many frames
     bool m_running = false;
     bool m_noted = false;
     std::int64_t m_started = 0;

@@ -15,7 +15,7 @@ std::string attribute(const QXmlStreamReader &xml, const char *name)
     return xml.attributes().value(QLatin1String(name)).toString().toStdString();
 }
 
-/// The arguments in one direction: their joined types, and their names with a null character each.
+/// The arguments in one direction: the joined types, and the names, each ended by a null character.
 struct Arguments
 {
     std::string signature;
@@ -28,7 +28,7 @@ struct InAndOut
     Arguments out;
 };
 
-/// Reads the arguments of a method or signal, whose start has been read.
+/// Reads the arguments of the method or signal whose start element was read last.
 InAndOut readArguments(QXmlStreamReader &xml)
 {
     InAndOut result;
@@ -60,7 +60,7 @@ void readMember(QXmlStreamReader &xml, BusInterface &interface)
     }
 }
 
-/// The interface is the first of the node.
+/// Reads the first interface of a node.
 BusInterface readNode(QXmlStreamReader &xml)
 {
     BusInterface result;

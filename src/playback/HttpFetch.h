@@ -22,10 +22,10 @@ class QSocketNotifier;
 class HttpFetch
 {
 public:
-    /// The time that the timeout limits.
+    /// What must not take longer than the timeout.
     enum class Kind {
-        WholeFile, ///< for the whole file
-        LiveStream ///< between two pieces of data
+        WholeFile, ///< the whole file
+        LiveStream ///< each wait for more data
     };
 
     /// Called at most once, when the fetch has failed.

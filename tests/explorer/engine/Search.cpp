@@ -62,7 +62,7 @@ std::string Search::firstKey()
     return expansion->key;
 }
 
-/// A hash of the states that the steps of a state lead to, whatever their order.
+/// A hash of the states that one step can lead to; their order does not matter.
 std::size_t futureOf(const Expansion &expansion)
 {
     std::vector<std::string> keys;
@@ -195,7 +195,7 @@ bool Search::boundMet()
     } else if (m_bounds.first && m_crew.hangs() > 0 && !m_outcome.findings.empty()) {
         m_outcome.stoppedBy = "--first";
     } else if (m_crew.deaths() >= m_bounds.maxDeaths) {
-        m_outcome.stoppedBy = "deaths and hangs again and again";
+        m_outcome.stoppedBy = "too many deaths and hangs";
     }
     return !m_outcome.stoppedBy.empty();
 }

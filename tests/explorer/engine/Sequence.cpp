@@ -28,7 +28,7 @@ Step stepFrom(const std::string &word)
     step.action = Action(numberAt(word, &position, std::numeric_limits<Action>::max()));
     while (position < word.size()) {
         if (word[position++] != '.') {
-            throw std::invalid_argument("no step: " + word);
+            throw std::invalid_argument("not a step: " + word);
         }
         step.picks += char(numberAt(word, &position, std::numeric_limits<std::uint8_t>::max()));
     }

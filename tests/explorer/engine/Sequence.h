@@ -40,9 +40,9 @@ struct Pick
     std::uint8_t alternatives = 1;
 };
 
-/// Changes the picks to the next ones in the order of enumeration: the last choice with
-/// alternatives left takes the next one, and later choices start again. Returns false if there are
-/// none left.
+/// Sets @p next to the picks that follow the made ones in the order of enumeration: the last choice
+/// that has alternatives left takes its next one, and the choices after it are left out, so that
+/// they start again. Returns false if no choice has alternatives left.
 bool nextPicks(const std::vector<Pick> &made, std::string *next);
 
 /// What was observed in a step.

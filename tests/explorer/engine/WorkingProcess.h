@@ -14,7 +14,7 @@
 
 namespace exploration {
 
-/// A child process that expands states. Its death does not harm the explorer. Must be forked from a
+/// A child process that expands states. If it dies, the explorer goes on. Must be forked from a
 /// process without threads.
 class WorkingProcess
 {
@@ -32,7 +32,7 @@ public:
     /// Reads one expansion. Returns nothing if the process has died.
     std::optional<Expansion> receive();
 
-    /// Whether the process has made no progress for that long.
+    /// Whether the process has made no progress for longer than the limit.
     bool hangs(std::chrono::milliseconds limit);
 
     void kill();
@@ -62,7 +62,7 @@ struct Narration
     std::string end; ///< how the process died; empty if it did not
 };
 
-/// Narrates a sequence, in a process of its own: it may be deadly.
+/// Narrates a sequence, in a process of its own, because the sequence may kill it.
 Narration narrate(const SystemFactory &factory, const Sequence &sequence, bool inspecting,
                   std::chrono::milliseconds limit);
 

@@ -24,11 +24,11 @@ enum class FuzzTag : std::uint8_t {
     Hash,       // count, a string and a value for each
     Map,
     Record,     // kind, then a FuzzFill for each field
-    Nested,     // kind, exponent of two of the depth, a key unless these are lists, the inner value
+    Nested,     // kind, binary logarithm of the depth, a key unless they are lists, the inner value
     Path,       // string; of type CMPath
     Translated, // string, count of arguments; of the translatable type
     Foreign,    // a Qt type that no record has
-    Copies,     // exponent of two of their number, then a value before List
+    Copies,     // binary logarithm of their number, then a value of a kind above List
     Known,      // something that the fuzzer has learned, such as the path of an open notification
     Count
 };
@@ -36,8 +36,8 @@ enum class FuzzTag : std::uint8_t {
 enum class FuzzText : std::uint8_t {
     Word,  // number
     Short, // count, UTF-8
-    Wide,  // count, UTF-16: anything, also halves of surrogates
-    Huge,  // a UTF-16 unit, then the exponent of two of the length
+    Wide,  // count, UTF-16, even unpaired surrogates
+    Huge,  // a UTF-16 unit, then the binary logarithm of the length
     Count
 };
 

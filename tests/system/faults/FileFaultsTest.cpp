@@ -11,7 +11,7 @@ namespace {
 
 constexpr int lengthMs = 1500;
 
-// After this, the file is open and being read.
+// By then the file is open and being read.
 constexpr int begunMs = 100;
 
 constexpr int headerBytes = 44;
@@ -99,7 +99,7 @@ TEST_F(FileFaultsTest, AFileThatIsOverwrittenEndsOnce)
     startSound();
     QFile file(m_file);
     ASSERT_TRUE(file.open(QIODevice::ReadWrite));
-    // All of it, header included, and no byte shorter: what is heard is noise, but it ends.
+    // The header too, but the size stays the same. What is heard is noise, and it ends.
     ASSERT_EQ(file.write(QByteArray(int(file.size()), 'x')), file.size());
     file.close();
     expectFinishedWhole();

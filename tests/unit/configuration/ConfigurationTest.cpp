@@ -211,15 +211,15 @@ TEST_P(ConfigurationSyntaxTest, IsReportedWithLineAndColumn)
 INSTANTIATE_TEST_SUITE_P(
     Errors, ConfigurationSyntaxTest,
     testing::Values(
-        SyntaxError{"NoText", "", "1:1: illegal value"},
+        SyntaxError{"Empty", "", "1:1: illegal value"},
         SyntaxError{"OnlyBlanks", " \n ", "1:1: illegal value"},
         SyntaxError{"WrongBracket", "{\n \"a\": [1\n}\n", "3:1: unterminated array"},
-        SyntaxError{"NoColon", "{\"a\" 1}", "1:6: missing name separator"},
-        SyntaxError{"CommaTooMany", "{\"a\":1,\n}", "2:1: object is missing after a comma"},
-        SyntaxError{"CommaMissing", "{\"a\":1\n \"b\":2}", "2:2: unterminated object"},
+        SyntaxError{"MissingColon", "{\"a\" 1}", "1:6: missing name separator"},
+        SyntaxError{"ExtraComma", "{\"a\":1,\n}", "2:1: object is missing after a comma"},
+        SyntaxError{"MissingComma", "{\"a\":1\n \"b\":2}", "2:2: unterminated object"},
         SyntaxError{"Comment", "{\"a\":1,\n\n  // no\n \"b\":2}", "3:3: unterminated object"},
-        SyntaxError{"WordForAValue", "{\"a\": x}", "1:7: illegal number"},
-        SyntaxError{"TextBehind", "{} x", "1:4: garbage at the end of the document"},
+        SyntaxError{"WordAsValue", "{\"a\": x}", "1:7: illegal number"},
+        SyntaxError{"TextAfterTheEnd", "{} x", "1:4: garbage at the end of the document"},
         SyntaxError{"ColumnsAreCharacters", "{\"\xc3\xa9\xc3\xa9\": x}", "1:8: illegal number"}),
     [](const auto &info) { return info.param.name; });
 

@@ -32,9 +32,9 @@ class TavoPowerManagerModuleRegister : public TavoHash
     TAVO_RECORD(TavoPowerManagerModuleRegister)
 
     TAVO_FIELD(QString, moduleName, setModuleName)
-    /// Takes the message that resources are revoked. The module answers once it has stopped.
+    /// Takes the message that resources are revoked. The module replies once it has stopped.
     TAVO_FIELD(CMPath, revokeResourcesPath, setRevokeResourcesPath)
-    /// Takes the notice that all modules have answered.
+    /// Takes the notice that all modules have replied or the timeout has passed.
     TAVO_FIELD(CMPath, postRevokeResourcesPath, setPostRevokeResourcesPath)
 };
 

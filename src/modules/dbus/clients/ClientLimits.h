@@ -12,7 +12,7 @@ struct ClientLimits
     int valueBytes;        ///< of one value, as BusReader counts them
     int subscriptions;
     int inboxes;
-    int sounds; ///< that are queued or play
+    int sounds; ///< queued or playing
     int totalSounds;
     int totalRequestBytes; ///< of requests that wait for their replies
     int unreadBytes;       ///< of replies and signals

@@ -9,8 +9,9 @@
 ///
 /// Known tags are removed; <br> and <p> leave line breaks, an <img> its alternative text. What is not
 /// such a tag ("a < b", "<user@example.org>") is text and stays. Known entities become their
-/// characters, and U+FFFD where the number is not a character's; unknown ones stay. Control characters
-/// other than line feed and tab are dropped. Show the result as it is, never as markup again.
+/// characters; a number that is not a character's becomes U+FFFD; unknown entities stay. Control
+/// characters other than line feed and tab are dropped. The result must be shown as plain text: it may
+/// look like markup.
 ///
 /// The time grows linearly with the text's length.
 QString plainText(const QString &markup);

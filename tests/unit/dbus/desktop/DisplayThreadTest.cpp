@@ -100,7 +100,7 @@ TEST_F(DisplayThreadTest, ReportsTrueReasonsWhileOthersOpenAndClose)
     openMany(count);
     std::map<quint32, Reason> expected;
     for (quint32 id = 1; id <= count; ++id) {
-        // Cancelling while it is queued again would cancel its earlier showing.
+        // A cancel that arrives before the replacement is queued would end the earlier showing.
         const bool isReplaced = random()() % 4 == 0;
         if (isReplaced) {
             notifications.replace(id, text({}, 0, Priority::Enum(random()() % 4)));
