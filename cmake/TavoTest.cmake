@@ -29,7 +29,7 @@ function(tavo_add_test name)
         "ASAN_OPTIONS=detect_leaks=1:detect_stack_use_after_return=1"
         "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0"
         UBSAN_OPTIONS=print_stacktrace=1
-        "TSAN_OPTIONS=ignore_noninstrumented_modules=1:suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp:halt_on_error=1"
+        "TSAN_OPTIONS=ignore_noninstrumented_modules=1:atexit_sleep_ms=0:suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp:halt_on_error=1"
         ${test_ENVIRONMENT})
     if(TAVO_SANITIZE STREQUAL "thread")
         list(APPEND environment "LD_PRELOAD=${CMAKE_BINARY_DIR}/tests/libqt_order.so")
