@@ -15,7 +15,7 @@ class BusError : public std::exception
 public:
     BusError(std::string name, std::string message);
 
-    /// A call's argument has no meaning here.
+    /// An argument of a call is invalid.
     static BusError invalidArguments(const std::string &message);
     /// The caller has reached a limit.
     static BusError limitExceeded(const std::string &message);
@@ -28,10 +28,10 @@ public:
     /// Any other failure.
     static BusError failed(const std::string &message);
 
-    /// Within a catch block: the caught exception as an error, failed() unless it is a BusError.
+    /// In a catch block: the caught BusError; any other exception as failed().
     static BusError fromCaught();
 
-    /// Within a catch block of a handler that sd-bus has called: makes sd-bus send the caught exception
+    /// In a catch block of a handler that sd-bus has called: makes sd-bus send the caught exception
     /// as the error reply. The handler must return the result.
     static int replyWithCaught(sd_bus_error *error);
 

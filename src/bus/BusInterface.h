@@ -11,7 +11,7 @@
 #include <vector>
 
 /// An interface of an object on a bus, as its introspection XML defines it. The XML is the one place
-/// where signatures are written: objects are served, and calls are checked, by it.
+/// where signatures are written: objects are served and calls are checked according to it.
 struct BusInterface
 {
     struct Method

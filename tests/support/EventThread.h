@@ -11,7 +11,7 @@
 #include <utility>
 
 /// A thread with an event loop, for workers and receivers that do not live in the test's thread.
-/// Delete in it, with run(), what was constructed in it.
+/// What was constructed in it must be deleted in it, with run().
 class EventThread
 {
 public:
@@ -30,7 +30,7 @@ public:
 
     QThread *thread() { return &m_thread; }
 
-    /// Has the function called in the thread. The future gives its result.
+    /// Lets the thread call the function, and does not wait. The future gives the result.
     template <typename Function>
     auto start(Function function) -> std::future<decltype(function())>
     {

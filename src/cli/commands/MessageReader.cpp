@@ -37,7 +37,8 @@ bool isTooMuch(const CMError &error)
            error.name() == QLatin1String("UnsupportedValue");
 }
 
-/// Describes the messages from one on, up to so many with a request, or fewer if that is too much.
+/// Describes the messages from the first one on, up to count of them with each request. Halves the
+/// count if a request or its reply is too large.
 void describe(const std::shared_ptr<Reading> &reading, int first, int count)
 {
     const QVector<CMPath> paths = reading->paths.mid(first, count);

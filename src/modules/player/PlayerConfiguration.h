@@ -14,7 +14,7 @@ struct PlayerConfiguration
     QString music;               ///< path or URI of the music to play at the start; may be empty
     int musicRetries;            ///< how often music that failed is tried again
     double duckingAttenuation;   ///< dB, 0 or less
-    int duckingFade;             ///< ms
+    int duckingFade;             ///< ms, the length of a fade
 
     /// Throws a std::runtime_error that names the key if the configuration is invalid.
     static PlayerConfiguration fromHash(const QVariantHash &config);

@@ -9,7 +9,7 @@
 #include <limits>
 
 namespace {
-// Limits, since a queue that only grows would show little.
+// Limits, because a queue that only grows would test little.
 constexpr int maxSounds = 30;
 constexpr int maxDisplays = 40;
 

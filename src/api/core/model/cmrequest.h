@@ -99,7 +99,7 @@ public:
     }
 };
 
-/// Reads count rows of a node from first on; all if count is -1. The answer is a list.
+/// Reads count rows of a node from first on; all if count is -1. The reply is a list.
 class TAVO_API_EXPORT CMGetRowsRequest : public CMRequest
 {
 public:
@@ -117,7 +117,7 @@ public:
     int count() const { return checked()->count; }
 };
 
-/// Asks for the index of the first row that equals the value. The answer is -1 if there is none.
+/// Asks for the index of the first row that equals the value. The reply is -1 if there is none.
 class TAVO_API_EXPORT CMMatchRowRequest : public CMRequest
 {
 public:

@@ -9,7 +9,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// A client's sounds, in front of a player that the test plays.
+/// A client's sounds. The test stands in for the player.
 class DbusClientSoundsTest : public ModelTest
 {
 protected:

@@ -17,7 +17,7 @@
 
 #include <memory>
 
-/// The display and the module, on a private bus. Programs of others use them on the bus, and the tests
+/// The display and the module, on a private bus. Foreign programs use them on the bus, and the tests
 /// look at the result in the model.
 class DesktopTest : public testing::Test
 {

@@ -24,7 +24,7 @@ public:
     void rowsAppend(const TavoRoles &row);
     void rowsAppend(const CMPath &row);
 
-    /// Inserts a row that has the index afterwards. The index is from 0 to the number of rows.
+    /// Inserts a row at the index, which is from 0 to the number of rows.
     void rowsInsert(int index, const CMPath &row);
     void rowsRemoveAt(int index);
 
