@@ -4,16 +4,27 @@
 // The policy that is installed for the system bus, on a bus that otherwise allows nothing.
 
 #include "module/dbus/ModelTest.h"
+#include "support/bus/BusUser.h"
 #include "support/bus/ClientProgram.h"
 
 #include <QFile>
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
+
+/// The policy with another group, which exists everywhere, in place of the host's.
+QString policyFor(const char *group)
+{
+    QFile file(QStringLiteral(INTERFACE_FOLDER "/org.tavo.Model1.conf"));
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(file.readAll());
+    const int start = text.indexOf("<policy"_s);
+    return text.mid(start, text.indexOf("</busconfig>"_s) - start)
+        .replace("group=\"tavo-host\""_s, "group=\"%1\""_s.arg(QLatin1String(group)));
+}
 
 class DbusPolicyTest : public testing::Test
 {
@@ -23,21 +34,31 @@ protected:
                 "<deny send_type=\"method_call\"/>"
                 "<allow send_destination=\"org.freedesktop.DBus\"/>"
                 "<deny send_destination=\"org.freedesktop.DBus\" "
-                "send_interface=\"org.freedesktop.DBus.Debug.Stats\"/></policy>"
-                "<include>" INTERFACE_FOLDER "/org.tavo.Model1.conf</include>")
+                "send_interface=\"org.freedesktop.DBus.Debug.Stats\"/>"
+                "<allow send_type=\"signal\"/></policy>" +
+                policyFor(permittedGroup))
     {
     }
 
     void SetUp() override
     {
-        if (::geteuid() != 0) {
+        if (!BusUser::canBeAnyone()) {
             GTEST_SKIP() << "it takes root to be somebody else";
         }
+        qputenv("DBUS_SESSION_BUS_ADDRESS", m_bus.address().toUtf8());
         // Other users must reach the socket.
         ::chmod(QFile::encodeName(m_bus.folder()).constData(), 0755);
-        m_module = std::make_unique<LoadedModule>(MODULE_FILE, "dbus",
-                                                  QVariantHash{{"bus", m_bus.address()}});
-        CMValueNode::create(&m_nodes, CMPath("/test/value"_s));
+        m_module =
+            std::make_unique<LoadedModule>(MODULE_FILE, "dbus", QVariantHash{{"bus", "session"_s}});
+        m_value = CMValueNode::create(&m_nodes, CMPath("/test/value"_s));
+        CMActivateNode *display =
+            CMActivateNode::create(&m_nodes, TavoNotificationDisplayOpenPath());
+        display->doSetInvoke([this](CMActivateNode *node) {
+            tavoConnect(
+                node, &CMActivateNode::privateInvoke, &m_display,
+                [](const CMSetDataRequest &request) { request.reply().setValue({}); },
+                Qt::QueuedConnection);
+        });
     }
 
     /// The output of busctl when the user calls a method.
@@ -53,24 +74,120 @@ protected:
         return (succeeded ? client.output() : client.errors()).trimmed().toStdString();
     }
 
+    /// A client of the user, who is in no group but this one.
+    std::unique_ptr<ModelClient> clientOf(const char *user, const char *group = "nogroup")
+    {
+        const ActAs otherUser(BusUser::find(user, group));
+        return std::make_unique<ModelClient>(m_bus.address());
+    }
+
+    static BusCall call(ModelClient &client, const char *method, const BusClient::Write &write)
+    {
+        client.setTarget("org.freedesktop.Notifications", "/org/freedesktop/Notifications",
+                         "org.freedesktop.Notifications");
+        return client.call(method, write);
+    }
+
+    std::string uniqueName()
+    {
+        ModelClient asking(m_bus.address());
+        const BusCall owner = asking.callBus(
+            "GetNameOwner", [](BusWriter &writer) { writer.writeString("org.tavo.Model1"_s); });
+        return owner.text().toStdString();
+    }
+
+    bool isServing()
+    {
+        return waitFor([this] { return log().contains("Serving org.freedesktop.Notifications"); });
+    }
+
     LogCapture &log() { return m_log; }
 
+    static constexpr const char *permittedGroup = "games";
     const QStringList notifications{"org.freedesktop.Notifications",
                                     "/org/freedesktop/Notifications",
                                     "org.freedesktop.Notifications"};
+
+    CMValueNode *m_value = nullptr;
 
 private:
     PrivateBus m_bus;
     LogCapture m_log{"Dbus"};
     std::unique_ptr<LoadedModule> m_module;
+    QObject m_display;
     CMNodes m_nodes;
 };
 
-TEST_F(DbusPolicyTest, LetsEveryoneSeeThatItIsThere)
+constexpr const char *accessDenied = "org.freedesktop.DBus.Error.AccessDenied";
+
+TEST_F(DbusPolicyTest, LetsOthersReachNoMethod)
 {
-    EXPECT_THAT(call("nobody", {"Get", "ss", "org.tavo.Model1", "Version"},
-                     {"org.tavo.Model1", "/org/tavo/Model1", "org.freedesktop.DBus.Properties"}),
-                StartsWith("v s \""));
+    ASSERT_TRUE(isServing());
+    const auto outsider = clientOf("nobody");
+    const std::vector<std::pair<std::string, std::string>> methods{
+        {"org.freedesktop.DBus.Introspectable", "Introspect"},
+        {"org.freedesktop.DBus.Peer", "Ping"},
+        {"org.freedesktop.DBus.Peer", "GetMachineId"},
+        {"org.freedesktop.DBus.Properties", "Get"},
+        {"org.freedesktop.DBus.Properties", "GetAll"},
+        {"org.freedesktop.DBus.ObjectManager", "GetManagedObjects"},
+        {"org.freedesktop.Notifications", "Notify"},
+        {"org.tavo.Model1", "GetValue"},
+        {"org.tavo.Model1", "NoSuchMethod"}};
+    for (const std::string &host : {std::string("org.tavo.Model1"),
+                                    std::string("org.freedesktop.Notifications"), uniqueName()}) {
+        for (const auto &[interface, method] : methods) {
+            outsider->setTarget(host, "/org/tavo/Model1", interface);
+            const BusCall call = outsider->call(method);
+            EXPECT_EQ(call.errorName(), accessDenied) << host << ' ' << method;
+            EXPECT_TRUE(call.reply().isFromBus()) << host << ' ' << method;
+        }
+    }
+}
+
+TEST_F(DbusPolicyTest, LetsOthersReceiveNoSignal)
+{
+    ASSERT_TRUE(isServing());
+    const auto outsider = clientOf("nobody");
+    const auto member = clientOf("daemon", permittedGroup);
+    std::vector<std::string> heard;
+    for (ModelClient *listener : {outsider.get(), member.get()}) {
+        listener->listen("type='signal',interface='org.freedesktop.Notifications'",
+                         [&heard, listener](const BusMessage &signal) {
+                             heard.push_back(listener->name() + ' ' + signal.member());
+                         });
+        // The reply comes after the rule is in force.
+        ASSERT_TRUE(listener->callBus("GetId", [](BusWriter &) {}).succeeds());
+    }
+    const BusCall id = call(*member, "Notify", [](BusWriter &writer) {
+        writer.writeString(QString());
+        writer.writeUInt32(0);
+        for (const char *text : {"icon", "title", "body"}) {
+            writer.writeString(QString::fromLatin1(text));
+        }
+        writer.writeStringList({});
+        writer.openArray("{sv}");
+        writer.close();
+        writer.writeInt32(0);
+    });
+    const std::uint32_t notification = id.reader().readUInt32();
+    ASSERT_TRUE(call(*member, "CloseNotification", [&](BusWriter &writer) {
+                    writer.writeUInt32(notification);
+                }).succeeds());
+    ASSERT_TRUE(waitFor([&] { return !heard.empty(); }));
+    // The reply comes after all signals that the bus has passed on.
+    ASSERT_TRUE(outsider->callBus("GetId", [](BusWriter &) {}).succeeds());
+    EXPECT_THAT(heard, testing::ElementsAre(member->name() + " NotificationClosed"));
+}
+
+TEST_F(DbusPolicyTest, LetsMembersOfTheGroupDoEverything)
+{
+    const auto member = clientOf("daemon", permittedGroup);
+    EXPECT_TRUE(member->getValue("/test/value"_s).succeeds());
+    EXPECT_TRUE(member->ask("OpenInbox").succeeds());
+    ASSERT_TRUE(member->subscribe("/test/value"_s, "value"_s).succeeds());
+    m_value->setValue(TavoValue().setInt_(5));
+    EXPECT_TRUE(member->waitForSignals(1));
 }
 
 TEST_F(DbusPolicyTest, DoesNotLetEveryoneReadOrSendRequests)
