@@ -79,17 +79,6 @@ BusError Refusals::onlyPlayerReports()
     return BusError::accessDenied("Only the player may report how a sound ends");
 }
 
-BusError Refusals::tooManyActions(int max)
-{
-    return BusError::limitExceeded("A notification may have no more than " + std::to_string(max) +
-                                   " actions");
-}
-
-BusError Refusals::actionWithoutLabel()
-{
-    return BusError::invalidArguments("Each action needs a key and a label");
-}
-
 BusError Refusals::notificationNotOpen(unsigned id)
 {
     return {"org.freedesktop.Notifications.InvalidId",

@@ -31,7 +31,5 @@ BusError soundNotAllowed(const std::string &reason);
 BusError onlyPlayerReports();
 
 // Arguments of org.freedesktop.Notifications.
-BusError tooManyActions(int max);
-BusError actionWithoutLabel();
 BusError notificationNotOpen(unsigned id);
 } // namespace Refusals

@@ -58,6 +58,12 @@ void NotificationsInterface::on_bus_lost()
 void NotificationsInterface::notify(const BusMessage &call)
 {
     const NotifyCall request = NotifyCall::read(call, m_timeouts, m_clients.limits().valueBytes);
+    if (request.hasBadActions) {
+        LOG4CPLUS_WARN(logger, "A notification of "
+                                   << call.sender()
+                                   << " is shown without some of its actions: they"
+                                      " have no label, a long key or are too many");
+    }
     quint32 id = request.replacedId;
     if (m_notifications.isOpen(id)) {
         m_notifications.replace(id, request.notification);

@@ -3,7 +3,6 @@
 
 #include "NotifyCall.h"
 
-#include "modules/dbus/clients/Refusals.h"
 #include "NotifyHints.h"
 #include "PlainText.h"
 #include <bus/BusReader.h>
@@ -12,22 +11,36 @@ namespace {
 /// More than a person can choose from.
 constexpr int maxActions = 64;
 
-QVector<DesktopNotification::Action> readActions(BusReader &reader)
+/// Keys are sent to everyone who listens to actions, and are parts of paths.
+constexpr int maxKeyBytes = 256;
+
+/// Whether a person can choose the action. A click on the whole notification needs no label.
+bool canBeChosen(const DesktopNotification::Action &action)
 {
-    QVector<DesktopNotification::Action> actions;
+    return action.key.toUtf8().size() <= maxKeyBytes &&
+           (!action.label.isEmpty() || action.key == QLatin1String("default"));
+}
+
+void readActions(NotifyCall &call, BusReader &reader)
+{
+    QVector<DesktopNotification::Action> &actions = call.notification.actions;
     reader.enterArray("s");
+    for (int read = 0; read < maxActions && !reader.isAtEnd(); ++read) {
+        DesktopNotification::Action action;
+        action.key = reader.readString();
+        const bool hasLabel = !reader.isAtEnd();
+        action.label = hasLabel ? plainLine(reader.readString()) : QString();
+        if (hasLabel && canBeChosen(action)) {
+            actions.append(action);
+        } else {
+            call.hasBadActions = true;
+        }
+    }
     while (!reader.isAtEnd()) {
-        if (actions.size() == maxActions) {
-            throw Refusals::tooManyActions(maxActions);
-        }
-        const QString key = reader.readString();
-        if (reader.isAtEnd()) {
-            throw Refusals::actionWithoutLabel();
-        }
-        actions.append({key, plainLine(reader.readString())});
+        reader.skip();
+        call.hasBadActions = true;
     }
     reader.leave();
-    return actions;
 }
 
 /// The timeout that the client requests, or the default.
@@ -54,7 +67,7 @@ NotifyCall NotifyCall::read(const BusMessage &call, const Timeouts &timeouts, in
         notification.title = notification.application;
     }
     notification.text = plainText(reader.readString());
-    notification.actions = readActions(reader);
+    readActions(result, reader);
     NotifyHints::read(result, reader);
     notification.priority = result.exactPriority.value_or(notification.priority);
     if (notification.icon.isEmpty()) {

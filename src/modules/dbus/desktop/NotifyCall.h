@@ -27,12 +27,14 @@ struct NotifyCall
     DesktopNotification notification;
     /// From the hint "x-tavo-priority", for priorities other than those of the three urgencies.
     std::optional<TavoNotificationItemPriority::Enum> exactPriority;
+    /// Actions have been left out: some that nobody can choose, or that are too many.
+    bool hasBadActions = false;
 
     bool isSilent = false;
     QString soundFile; ///< a path or a URI
     QString soundName; ///< an event of the sound theme
 
-    /// Throws BusError::limitExceeded() for too many actions, or for more than @p maxBytes of texts and
-    /// hints, and BusError::invalidArguments() for arguments that have no meaning.
+    /// Throws BusError::limitExceeded() for more than @p maxBytes of texts and hints, and
+    /// BusError::invalidArguments() for arguments of other types.
     static NotifyCall read(const BusMessage &call, const Timeouts &timeouts, int maxBytes);
 };
