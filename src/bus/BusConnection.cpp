@@ -8,6 +8,8 @@
 #include "bus/BusWriter.h"
 #include <core/base/connect.h>
 
+#include <QUrl>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -37,6 +39,21 @@ QString silenceText()
     return QStringLiteral("The bus takes connections but does not answer");
 }
 
+QByteArray addressOf(const QString &bus)
+{
+    if (bus == QLatin1String("session")) {
+        const QByteArray address = qgetenv("DBUS_SESSION_BUS_ADDRESS");
+        const QString socket = qEnvironmentVariable("XDG_RUNTIME_DIR") + QStringLiteral("/bus");
+        return !address.isEmpty() ? address : "unix:path=" + QUrl::toPercentEncoding(socket, "/");
+    }
+    if (bus == QLatin1String("system")) {
+        const QByteArray address = qgetenv("DBUS_SYSTEM_BUS_ADDRESS");
+        return !address.isEmpty() ? address : "unix:path=/run/dbus/system_bus_socket";
+    }
+    return bus.toUtf8();
+}
+
+/// Returns a negative errno on error. Other errors are found while the bus is served.
 int startConnecting(BusHandle &handle, const QByteArray &address)
 {
     sd_bus *bus = nullptr;
@@ -48,20 +65,12 @@ int startConnecting(BusHandle &handle, const QByteArray &address)
     if (result >= 0) {
         result = sd_bus_set_bus_client(bus, 1);
     }
-    return result < 0 ? result : sd_bus_start(bus);
-}
-
-/// Returns a negative errno on error. Other errors are found while the bus is served.
-int startConnecting(BusHandle &handle, const QString &bus)
-{
-    const bool isSession = bus == QLatin1String("session");
-    if (!isSession && bus != QLatin1String("system")) {
-        return startConnecting(handle, bus.toUtf8());
+    if (result >= 0) {
+        // A message may carry file descriptors even if its arguments have none. The process has few, and
+        // nothing here takes them, so the bus must refuse them to their sender.
+        result = sd_bus_negotiate_fds(bus, 0);
     }
-    sd_bus *raw = nullptr;
-    const int result = isSession ? sd_bus_open_user(&raw) : sd_bus_open_system(&raw);
-    handle.reset(raw);
-    return result;
+    return result < 0 ? result : sd_bus_start(bus);
 }
 } // namespace
 
@@ -98,7 +107,7 @@ void BusConnection::ownName(const QString &name)
 
 void BusConnection::tryToConnect()
 {
-    const int result = startConnecting(m_handle, m_bus);
+    const int result = startConnecting(m_handle, addressOf(m_bus));
     if (result < 0) {
         // The bus hangs: its queue is full of connections that it has not accepted.
         const bool isFull = result == -EAGAIN;
