@@ -29,6 +29,8 @@ constexpr int maxValueBytes = 1 << 26;
 /// Half of what the system bus keeps of one sender's unread messages.
 constexpr int defaultTotalUnreadBytes = 1 << 26;
 constexpr int defaultUnreadBytes = defaultTotalUnreadBytes / 4;
+constexpr int defaultTotalStoredBytes = 1 << 26;
+constexpr int defaultStoredBytes = defaultTotalStoredBytes / 4;
 constexpr int defaultTotalRequestBytes = 1 << 26;
 constexpr int minTotalBytes = 1 << 20;
 constexpr int maxTotalBytes = 1 << 30;
@@ -50,6 +52,10 @@ ClientLimits readLimits(TavoConfiguration reader)
     limits.subscriptions =
         reader.integer(QStringLiteral("subscriptions"), defaultSubscriptions, 0, maxOfAny);
     limits.inboxes = reader.integer(QStringLiteral("inboxes"), defaultInboxes, 0, maxOfAny);
+    limits.storedBytes = reader.integer(QStringLiteral("storedBytes"), defaultStoredBytes,
+                                        minTotalBytes, maxTotalBytes);
+    limits.totalStoredBytes = reader.integer(QStringLiteral("totalStoredBytes"),
+                                             defaultTotalStoredBytes, minTotalBytes, maxTotalBytes);
     limits.totalRequestBytes =
         reader.integer(QStringLiteral("totalRequestBytes"), defaultTotalRequestBytes, minTotalBytes,
                        maxTotalBytes);

@@ -42,9 +42,10 @@ TEST_F(DbusConfigurationTest, RefusesValuesOfTheWrongType)
 
 TEST_F(DbusConfigurationTest, RefusesLimitsOutOfRange)
 {
-    for (const char *key : {"openNotifications", "requestsPerSecond", "valueBytes", "subscriptions",
-                            "inboxes", "unreadBytes", "totalUnreadBytes", "totalOpenNotifications",
-                            "sounds", "totalSounds", "totalRequestBytes"}) {
+    for (const char *key :
+         {"openNotifications", "requestsPerSecond", "valueBytes", "subscriptions", "inboxes",
+          "unreadBytes", "totalUnreadBytes", "totalOpenNotifications", "sounds", "totalSounds",
+          "totalRequestBytes", "storedBytes", "totalStoredBytes"}) {
         EXPECT_THAT(failureWithLimit(key, -1), StartsWith(std::string("limits.") + key + ": "));
         EXPECT_THAT(failureWithLimit(key, 2e9), StartsWith(std::string("limits.") + key + ": "));
     }

@@ -14,6 +14,8 @@ struct ClientLimits
     int inboxes;
     int sounds; ///< queued or playing
     int totalSounds;
+    int storedBytes; ///< of what stays: notifications, sounds, subscriptions, inboxes
+    int totalStoredBytes;
     int totalRequestBytes; ///< of requests that wait for their replies
     int unreadBytes;       ///< of replies and signals
     int totalUnreadBytes;

@@ -111,7 +111,7 @@ CMReply<QVariant> ClientSounds::playMusic(const QVariant &value) const
 
 CMPath ClientSounds::watch(const std::string &client, const TavoNotificationPlayerItem &item)
 {
-    Quotas::Charge charge = m_clients.quotas().charge(client, Quotas::Sounds);
+    Quotas::Charge charge = m_clients.quotas().charge(client, {Quotas::Sounds});
     CMPath path = soundsPath() + QString::number(++m_lastNumber);
     CMActivateNode *node = CMActivateNode::create(m_nodes, path);
     m_sounds.emplace(path, Sound{std::move(charge), item, node});

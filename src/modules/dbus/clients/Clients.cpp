@@ -6,8 +6,10 @@
 #include <bus/BusConnection.h>
 #include <bus/BusError.h>
 #include <bus/BusReader.h>
+#include <bus/BusWriter.h>
 #include <core/tavo.h>
 
+#include <chrono>
 #include <cstring>
 #include <utility>
 
@@ -17,6 +19,9 @@ const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 /// One rule for all clients: the bus reports every name that loses its owner.
 constexpr const char *vanishedRule =
     "type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg2=''";
+
+/// A bus that hangs is not waited for: until it tells, a client counts as one of an unknown user.
+constexpr std::chrono::seconds userTimeout(25);
 
 /// The replies that sd-bus makes by itself are short, except the description of an object.
 constexpr std::size_t descriptionBytes = 1 << 13;
@@ -56,8 +61,27 @@ bool Clients::pass(const BusMessage &call)
     if (client.empty() || !m_unread.admitCall(client, builtInReplyBytes(call))) {
         return false;
     }
+    if (!m_quotas.knows(client)) {
+        askUser(client);
+    }
     m_quotas.countRequest(client);
     return true;
+}
+
+void Clients::askUser(const std::string &client)
+{
+    const BusMessage call = m_bus.createCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                             "org.freedesktop.DBus", "GetConnectionUnixUser");
+    BusWriter(call).writeString(QString::fromStdString(client));
+    m_bus.send(call, userTimeout, [this, client](const BusMessage &reply) {
+        const auto error = reply.error();
+        if (!error) {
+            m_quotas.setUser(client, BusReader(reply).readUInt32());
+        } else if (error->name() == SD_BUS_ERROR_LIMITS_EXCEEDED && m_quotas.knows(client)) {
+            // Too many of our calls wait for the bus.
+            askUser(client);
+        }
+    });
 }
 
 template <typename Action>

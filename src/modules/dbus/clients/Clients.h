@@ -79,6 +79,7 @@ private Q_SLOTS:
 
 private:
     bool pass(const BusMessage &call);
+    void askUser(const std::string &client);
     void handle(const BusMessage &call, const Handler &handler);
 
     /// Runs the action as soon as it is known that the client reads its replies. The action sends about

@@ -41,8 +41,8 @@ void PendingCalls::on_clients_left(const std::string &client)
 
 Quotas::Charge PendingCalls::charge(const BusMessage &call, std::size_t bytes)
 {
-    return m_clients.quotas().charge(call.sender(), Quotas::RequestBytes,
-                                     bytes + UnreadBytes::messageBytes);
+    return m_clients.quotas().charge(call.sender(),
+                                     {Quotas::RequestBytes, bytes + UnreadBytes::messageBytes});
 }
 
 void PendingCalls::clear()

@@ -14,57 +14,128 @@ constexpr std::size_t unlimited = std::numeric_limits<std::size_t>::max();
 
 /// A client that starts with many requests does not have to wait.
 constexpr double burstSeconds = 2;
+
+/// Requests of this size are accepted from each client even when others have used up the total: it is
+/// what ordinary calls need.
+constexpr std::size_t freeRequestBytes = 1 << 14;
+
+/// What clients of one user have left behind goes first while it is more than this part of the total.
+constexpr std::size_t leftPart = 16;
 } // namespace
 
-Quotas::Charge::Charge(std::shared_ptr<Account> account, Kind kind, std::size_t amount)
-    : m_account(std::move(account))
-    , m_kind(kind)
-    , m_amount(amount)
+Quotas::Account::Account(std::string name, User &owner, Amounts &all)
+    : client(std::move(name))
+    , user(&owner)
+    , totals(all)
 {
-    m_account->held[kind] += amount;
-    m_account->totals[kind] += amount;
 }
 
-Quotas::Charge &Quotas::Charge::operator=(Charge &&other) noexcept
+void Quotas::Account::add(const Amounts &amounts)
 {
-    std::swap(m_account, other.m_account);
-    std::swap(m_kind, other.m_kind);
-    std::swap(m_amount, other.m_amount);
-    return *this;
-}
-
-Quotas::Charge::~Charge()
-{
-    if (m_account) {
-        m_account->held[m_kind] -= m_amount;
-        m_account->totals[m_kind] -= m_amount;
+    for (std::size_t kind = 0; kind < kinds; ++kind) {
+        held[kind] += amounts[kind];
+        user->held[kind] += amounts[kind];
+        totals[kind] += amounts[kind];
     }
+}
+
+void Quotas::Account::subtract(const Amounts &amounts)
+{
+    for (std::size_t kind = 0; kind < kinds; ++kind) {
+        held[kind] -= amounts[kind];
+        user->held[kind] -= amounts[kind];
+        totals[kind] -= amounts[kind];
+    }
+}
+
+Quotas::Item *Quotas::Account::firstOf(Kind kind) const
+{
+    if (kind == StoredBytes) {
+        const auto first = std::find_if(items.begin(), items.end(), [](const auto &item) {
+            return item.second->amounts[StoredBytes] > 0;
+        });
+        return first == items.end() ? nullptr : first->second;
+    }
+    const auto first = items.lower_bound({kind, std::numeric_limits<int>::min(), 0});
+    const bool isOfKind = first != items.end() && std::get<Kind>(first->first) == kind;
+    return isOfKind ? first->second : nullptr;
+}
+
+Quotas::Item::Item(std::shared_ptr<Account> owner, const Amounts &counted)
+    : account(std::move(owner))
+    , amounts(counted)
+{
+    account->add(amounts);
+}
+
+Quotas::Item::~Item()
+{
+    settle();
+}
+
+void Quotas::Item::settle()
+{
+    account->subtract(std::exchange(amounts, {}));
+    if (release) {
+        account->items.erase(key);
+        release = {};
+    }
+}
+
+void Quotas::Item::moveTo(const std::shared_ptr<Account> &other)
+{
+    account->subtract(amounts);
+    account = other;
+    account->add(amounts);
+    account->items.emplace(key, this);
+}
+
+Quotas::Charge::Charge() = default;
+Quotas::Charge::Charge(Charge &&other) noexcept = default;
+Quotas::Charge &Quotas::Charge::operator=(Charge &&other) noexcept = default;
+Quotas::Charge::~Charge() = default;
+
+Quotas::Charge::Charge(std::unique_ptr<Item> item)
+    : m_item(std::move(item))
+{
 }
 
 const std::string &Quotas::Charge::client() const
 {
     static const std::string nobody;
-    return m_account ? m_account->client : nobody;
+    return m_item ? m_item->account->client : nobody;
 }
 
 Quotas::Quotas(const ClientLimits &limits)
     : m_requestsPerSecond(limits.requestsPerSecond)
-    , m_limits{{{std::size_t(limits.subscriptions), unlimited, "subscriptions"},
-                {std::size_t(limits.inboxes), unlimited, "inboxes"},
-                {std::size_t(limits.sounds), std::size_t(limits.totalSounds), "sounds"},
-                {std::size_t(limits.openNotifications), std::size_t(limits.totalOpenNotifications),
-                 "notifications open"},
-                {unlimited, std::size_t(limits.totalRequestBytes),
-                 "bytes of requests that wait for their replies"}}}
+    , m_limits{
+          {{std::size_t(limits.openNotifications), std::size_t(limits.totalOpenNotifications),
+            "notifications open"},
+           {std::size_t(limits.sounds), std::size_t(limits.totalSounds), "sounds"},
+           {std::size_t(limits.inboxes), unlimited, "inboxes"},
+           {std::size_t(limits.subscriptions), unlimited, "subscriptions"},
+           {unlimited, std::size_t(limits.totalRequestBytes),
+            "bytes of requests that wait for their replies"},
+           {std::size_t(limits.storedBytes), std::size_t(limits.totalStoredBytes), "bytes stored"}}}
 {
+    newUser(m_unknown);
+}
+
+Quotas::~Quotas() = default;
+
+Quotas::User &Quotas::newUser(User &user)
+{
+    user.left = std::make_shared<Account>(std::string(), user, m_totals);
+    return user;
 }
 
 const std::shared_ptr<Quotas::Account> &Quotas::account(const std::string &client)
 {
     std::shared_ptr<Account> &account = m_accounts[client];
     if (!account) {
-        account = std::make_shared<Account>(
-            Account{client, m_totals, burstSeconds * m_requestsPerSecond, Clock::now()});
+        account = std::make_shared<Account>(client, m_unknown, m_totals);
+        account->requests = burstSeconds * m_requestsPerSecond;
+        account->refilled = Clock::now();
     }
     return account;
 }
@@ -85,20 +156,131 @@ void Quotas::countRequest(const std::string &client)
     known.requests -= 1;
 }
 
-Quotas::Charge Quotas::charge(const std::string &client, Kind kind, std::size_t amount)
+Quotas::Charge Quotas::charge(const std::string &client, const Cost &cost, Release release)
 {
-    const std::shared_ptr<Account> &known = account(client);
+    const std::shared_ptr<Account> known = account(client);
+    check(*known, cost.kind, cost.amount);
+    check(*known, StoredBytes, cost.storedBytes);
+    makeRoom(*known, cost.kind, cost.amount, cost.priority);
+    makeRoom(*known, StoredBytes, cost.storedBytes, cost.priority);
+    Amounts amounts{};
+    amounts[cost.kind] += cost.amount;
+    amounts[StoredBytes] += cost.storedBytes;
+    auto item = std::make_unique<Item>(known, amounts);
+    if (release) {
+        item->key = {cost.kind, cost.priority, ++m_lastNumber};
+        item->release = std::move(release);
+        known->items.emplace(item->key, item.get());
+    }
+    return Charge(std::move(item));
+}
+
+void Quotas::check(const Account &account, Kind kind, std::size_t amount) const
+{
+    if (amount > 0 && account.held[kind] + amount > m_limits[kind].perClient) {
+        throw Refusals::clientHoldsTooMuch(m_limits[kind].perClient, m_limits[kind].what);
+    }
+}
+
+void Quotas::makeRoom(const Account &asking, Kind kind, std::size_t amount, Priority priority)
+{
     const Limit &limit = m_limits[kind];
-    const std::size_t own = known->held[kind] + amount;
-    const std::size_t all = m_totals[kind] + amount;
-    if (own > limit.perClient) {
-        throw Refusals::clientHoldsTooMuch(limit.perClient, limit.what);
+    if (amount == 0 || limit.total == unlimited) {
+        return;
     }
-    // Without a limit for each client, a client may take no more than it leaves for the others.
-    if (all + (limit.perClient == unlimited ? own : 0) > limit.total) {
-        throw Refusals::allClientsHoldTooMuch(limit.total, limit.what);
+    const std::size_t own = asking.held[kind] + amount;
+    if (limit.perClient == unlimited) {
+        // A client may take no more than it leaves for the others, and a user three quarters.
+        const bool fits = m_totals[kind] + amount + own <= limit.total &&
+                          asking.user->held[kind] + amount <= limit.total - limit.total / 4;
+        if (!fits && own > freeRequestBytes) {
+            throw Refusals::allClientsHoldTooMuch(limit.total, limit.what);
+        }
+        return;
     }
-    return {known, kind, amount};
+    while (m_totals[kind] + amount > limit.total) {
+        Item *victim = findVictim(asking, kind, amount, priority);
+        if (victim == nullptr) {
+            throw Refusals::allClientsHoldTooMuch(limit.total, limit.what);
+        }
+        const Release release = victim->release;
+        victim->settle();
+        release();
+    }
+}
+
+template <typename Function>
+void Quotas::forEachAccount(const Function &function) const
+{
+    function(*m_unknown.left);
+    for (const auto &[id, user] : m_users) {
+        function(*user.left);
+    }
+    for (const auto &[client, account] : m_accounts) {
+        function(*account);
+    }
+}
+
+Quotas::Item *Quotas::findVictim(const Account &asking, Kind kind, std::size_t amount,
+                                 Priority priority) const
+{
+    const User &user = heaviestUser(asking, kind, amount);
+    const std::size_t own = &user == asking.user ? asking.held[kind] + amount : 0;
+    const std::size_t leftFirst = m_limits[kind].total / leftPart;
+    const bool isUrgent = priority >= TavoNotificationItemPriority::Urgent;
+    Item *fromHeaviest = nullptr;
+    Item *lessUrgent = nullptr;
+    std::size_t most = 0;
+    std::size_t mostLessUrgent = 0;
+    forEachAccount([&](const Account &account) {
+        Item *item = account.firstOf(kind);
+        if (item == nullptr) {
+            return;
+        }
+        const bool goesFirst = account.client.empty() && account.held[kind] > leftFirst;
+        const std::size_t weight = goesFirst ? unlimited : account.held[kind];
+        if (account.user == &user && account.held[kind] > own && weight > most) {
+            fromHeaviest = item;
+            most = weight;
+        }
+        const bool isLess = std::get<int>(item->key) < TavoNotificationItemPriority::Urgent;
+        if (isLess && weight > mostLessUrgent) {
+            lessUrgent = item;
+            mostLessUrgent = weight;
+        }
+    });
+    return fromHeaviest == nullptr && isUrgent ? lessUrgent : fromHeaviest;
+}
+
+const Quotas::User &Quotas::heaviestUser(const Account &asking, Kind kind, std::size_t amount) const
+{
+    const User *heaviest = asking.user;
+    std::size_t most = asking.user->held[kind] + amount;
+    const auto compare = [&](const User &user) {
+        if (user.held[kind] > most) {
+            heaviest = &user;
+            most = user.held[kind];
+        }
+    };
+    compare(m_unknown);
+    for (const auto &[id, user] : m_users) {
+        compare(user);
+    }
+    return *heaviest;
+}
+
+void Quotas::setUser(const std::string &client, std::uint32_t id)
+{
+    const auto known = m_accounts.find(client);
+    if (known == m_accounts.end()) {
+        return;
+    }
+    Account &account = *known->second;
+    const Amounts held = account.held;
+    account.subtract(held);
+    const auto [user, isNew] = m_users.try_emplace(id);
+    account.user = isNew ? &newUser(user->second) : &user->second;
+    account.add(held);
 }
 
 std::size_t Quotas::held(const std::string &client, Kind kind) const
@@ -119,8 +301,13 @@ std::vector<std::string> Quotas::clients() const
 void Quotas::forget(const std::string &client)
 {
     const auto known = m_accounts.find(client);
-    if (known != m_accounts.end()) {
-        known->second->client.clear();
-        m_accounts.erase(known);
+    if (known == m_accounts.end()) {
+        return;
+    }
+    const std::shared_ptr<Account> account = known->second;
+    m_accounts.erase(known);
+    account->client.clear();
+    for (const auto &[key, item] : std::exchange(account->items, {})) {
+        item->moveTo(account->user->left);
     }
 }

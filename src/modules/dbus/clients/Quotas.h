@@ -4,32 +4,59 @@
 #pragma once
 
 #include "ClientLimits.h"
+#include <core/records/enumerations.h>
 
 #include <array>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <unordered_map>
 #include <vector>
 
 /// Counts what each client holds, by kind, against the limits of one client and of all together.
 ///
 /// Owned by Clients. Clients are known by their unique names, each from its first request until it
-/// leaves. What outlives its client still counts in the total.
+/// leaves, and by their user once the bus has told it. What outlives its client counts for its user.
+///
+/// When a total is used up, room is made, so that nobody can use up what others need:
+/// - users first, then the clients of one user: who would still hold less than another one takes from the
+///   one that holds most;
+/// - what clients have left behind goes before what is held by those that are there, except for a small
+///   part of the total; within what one client holds, the less urgent goes first, then the older;
+/// - something urgent takes the place of something that is not, whoever holds it.
 class Quotas
 {
     struct Account;
+    struct Item;
 
 public:
-    enum Kind { Subscriptions, Inboxes, Sounds, OpenNotifications, RequestBytes };
+    enum Kind { OpenNotifications, Sounds, Inboxes, Subscriptions, RequestBytes, StoredBytes };
+    using Priority = TavoNotificationItemPriority::Enum;
+
+    /// What something costs.
+    struct Cost
+    {
+        Kind kind;
+        std::size_t amount = 1;
+        std::size_t storedBytes = 0;
+        Priority priority = TavoNotificationItemPriority::Normal;
+    };
+
+    /// Gives up what was charged, because another client needs the room. It does not count any more
+    /// when this is called.
+    using Release = std::function<void()>;
 
     /// Something that a client holds. It counts until it is destroyed, and must not outlive the quotas.
     class Charge
     {
     public:
-        Charge() = default;
-        Charge(Charge &&other) noexcept = default;
+        Charge();
+        Charge(Charge &&other) noexcept;
         Charge &operator=(Charge &&other) noexcept;
         ~Charge();
 
@@ -38,22 +65,24 @@ public:
 
     private:
         friend class Quotas;
-        Charge(std::shared_ptr<Account> account, Kind kind, std::size_t amount);
+        explicit Charge(std::unique_ptr<Item> item);
 
-        std::shared_ptr<Account> m_account; ///< null once it is moved from
-        Kind m_kind = Subscriptions;
-        std::size_t m_amount = 0;
+        std::unique_ptr<Item> m_item; ///< null once it is moved from
     };
 
     explicit Quotas(const ClientLimits &limits);
+    ~Quotas();
 
     /// Counts a request. Throws BusError::limitExceeded() for a client that sends too many in too
     /// short a time.
     void countRequest(const std::string &client);
 
-    /// Counts something that the client will hold. Throws BusError::limitExceeded() when that would
-    /// exceed a limit.
-    Charge charge(const std::string &client, Kind kind, std::size_t amount = 1);
+    /// Counts something that the client will hold. Without a release it is never given up for others.
+    /// Throws BusError::limitExceeded() when that would exceed a limit.
+    Charge charge(const std::string &client, const Cost &cost, Release release = {});
+
+    /// The client runs as this user. What it holds counts for the user from now on.
+    void setUser(const std::string &client, std::uint32_t user);
 
     bool knows(const std::string &client) const { return m_accounts.count(client) > 0; }
     std::size_t held(const std::string &client, Kind kind) const;
@@ -63,7 +92,7 @@ public:
     void forget(const std::string &client);
 
 private:
-    static constexpr std::size_t kinds = RequestBytes + 1;
+    static constexpr std::size_t kinds = StoredBytes + 1;
     using Clock = std::chrono::steady_clock;
     using Amounts = std::array<std::size_t, kinds>;
 
@@ -74,19 +103,62 @@ private:
         const char *what;
     };
 
+    struct User
+    {
+        Amounts held{};
+        std::shared_ptr<Account> left; ///< what clients have left behind
+    };
+
     struct Account
     {
+        Account(std::string name, User &owner, Amounts &all);
+
+        void add(const Amounts &amounts);
+        void subtract(const Amounts &amounts);
+        Item *firstOf(Kind kind) const;
+
         std::string client; ///< empty once it has left
-        Amounts &totals;    ///< of all clients
-        double requests;    ///< how many it may send at once; refilled with time
-        Clock::time_point refilled;
+        User *user;
+        Amounts &totals; ///< of all clients
         Amounts held{};
+        double requests = 0; ///< how many it may send at once; refilled with time
+        Clock::time_point refilled;
+
+        /// Kind, priority and number: in this order they are given up.
+        using Key = std::tuple<Kind, int, std::uint64_t>;
+        std::map<Key, Item *> items; ///< those that can be given up
+    };
+
+    /// What a charge stands for.
+    struct Item
+    {
+        Item(std::shared_ptr<Account> account, const Amounts &amounts);
+        ~Item();
+
+        /// Ends to count.
+        void settle();
+        void moveTo(const std::shared_ptr<Account> &other);
+
+        std::shared_ptr<Account> account;
+        Amounts amounts;
+        Account::Key key;
+        Release release; ///< empty when it can't be given up
     };
 
     const std::shared_ptr<Account> &account(const std::string &client);
+    User &newUser(User &user);
+    void check(const Account &account, Kind kind, std::size_t amount) const;
+    void makeRoom(const Account &asking, Kind kind, std::size_t amount, Priority priority);
+    Item *findVictim(const Account &asking, Kind kind, std::size_t amount, Priority priority) const;
+    const User &heaviestUser(const Account &asking, Kind kind, std::size_t amount) const;
+    template <typename Function>
+    void forEachAccount(const Function &function) const;
 
     const int m_requestsPerSecond; ///< 0: no limit
     const std::array<Limit, kinds> m_limits;
     Amounts m_totals{};
+    std::uint64_t m_lastNumber = 0;
+    User m_unknown;                        ///< all clients whose user the bus has not told
+    std::map<std::uint32_t, User> m_users; ///< by id
     std::unordered_map<std::string, std::shared_ptr<Account>> m_accounts;
 };

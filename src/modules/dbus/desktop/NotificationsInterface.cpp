@@ -68,7 +68,8 @@ void NotificationsInterface::notify(const BusMessage &call)
     if (m_notifications.isOpen(id)) {
         m_notifications.replace(id, request.notification);
     } else {
-        Quotas::Charge charge = m_clients.quotas().charge(call.sender(), Quotas::OpenNotifications);
+        Quotas::Charge charge =
+            m_clients.quotas().charge(call.sender(), {Quotas::OpenNotifications});
         // A notification that has closed is opened again under the id that the client knows.
         id = id != 0 ? id : m_notifications.freeId();
         const CMError error = m_notifications.open(id, request.notification);

@@ -17,7 +17,7 @@ Inboxes::Inboxes(Clients &clients, CMNodes *nodes)
 CMPath Inboxes::open(const std::string &client)
 {
     static const CMPath parent{QStringLiteral("/dbus/inbox")};
-    Quotas::Charge charge = m_clients.quotas().charge(client, Quotas::Inboxes);
+    Quotas::Charge charge = m_clients.quotas().charge(client, {Quotas::Inboxes});
     CMPath path = parent + QString::number(++m_lastNumber);
     CMActivateNode *node = CMActivateNode::create(m_nodes, path);
     m_inboxes.emplace(path, Inbox{std::move(charge), node});

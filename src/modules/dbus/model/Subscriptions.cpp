@@ -20,7 +20,7 @@ void Subscriptions::add(const std::string &client, Change change, const CMPath &
     if (held.count(subscription) > 0) {
         return;
     }
-    held.emplace(subscription, m_clients.quotas().charge(client, Quotas::Subscriptions));
+    held.emplace(subscription, m_clients.quotas().charge(client, {Quotas::Subscriptions}));
     Names &names = m_names[subscription];
     names.push_back(client);
     if (names.size() == 1) {
