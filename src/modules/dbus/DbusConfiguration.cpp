@@ -4,6 +4,9 @@
 #include "DbusConfiguration.h"
 
 #include <core/base/configuration.h>
+#include <core/records/enumerations.h>
+
+#include <limits>
 
 namespace {
 constexpr int defaultTimeoutMs = 5000;
@@ -63,6 +66,9 @@ ClientLimits readLimits(TavoConfiguration reader)
                                         minTotalBytes, maxTotalBytes);
     limits.totalUnreadBytes = reader.integer(QStringLiteral("totalUnreadBytes"),
                                              defaultTotalUnreadBytes, minTotalBytes, maxTotalBytes);
+    limits.priority =
+        reader.integer(QStringLiteral("priority"), TavoNotificationItemPriority::Urgent,
+                       TavoNotificationItemPriority::Low, std::numeric_limits<int>::max());
     reader.finish();
     return limits;
 }

@@ -49,6 +49,7 @@ TEST_F(DbusConfigurationTest, RefusesLimitsOutOfRange)
         EXPECT_THAT(failureWithLimit(key, -1), StartsWith(std::string("limits.") + key + ": "));
         EXPECT_THAT(failureWithLimit(key, 2e9), StartsWith(std::string("limits.") + key + ": "));
     }
+    EXPECT_THAT(failureWithLimit("priority", -1), StartsWith("limits.priority: "));
     EXPECT_THAT(failureWith({{"defaultTimeout", -1}}), StartsWith("defaultTimeout: "));
 }
 

@@ -3,6 +3,10 @@
 
 #pragma once
 
+#include <core/records/enumerations.h>
+
+#include <algorithm>
+
 /// What one client may hold and do, and what all clients together may.
 struct ClientLimits
 {
@@ -19,4 +23,12 @@ struct ClientLimits
     int totalRequestBytes; ///< of requests that wait for their replies
     int unreadBytes;       ///< of replies and signals
     int totalUnreadBytes;
+    int priority; ///< of sounds and messages
+
+    /// The priority that a client's sound or message gets when the client gives this one.
+    TavoNotificationItemPriority::Enum
+    allowedPriority(TavoNotificationItemPriority::Enum requested) const
+    {
+        return TavoNotificationItemPriority::Enum(std::min<int>(requested, priority));
+    }
 };

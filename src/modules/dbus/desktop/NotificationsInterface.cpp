@@ -57,7 +57,7 @@ void NotificationsInterface::on_bus_lost()
 
 void NotificationsInterface::notify(const BusMessage &call)
 {
-    const NotifyCall request = NotifyCall::read(call, m_timeouts, m_clients.limits().valueBytes);
+    const NotifyCall request = NotifyCall::read(call, m_timeouts, m_clients.limits());
     if (request.hasBadActions) {
         LOG4CPLUS_WARN(logger, "A notification of "
                                    << call.sender()

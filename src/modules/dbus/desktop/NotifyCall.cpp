@@ -49,14 +49,15 @@ int timeoutFor(const NotifyCall &call, qint32 requested, const NotifyCall::Timeo
     if (requested >= 0) {
         return requested;
     }
-    const bool isCritical = call.notification.priority == TavoNotificationItemPriority::Urgent;
+    const bool isCritical = call.notification.priority >= TavoNotificationItemPriority::Urgent;
     return isCritical ? timeouts.critical : timeouts.normal;
 }
 } // namespace
 
-NotifyCall NotifyCall::read(const BusMessage &call, const Timeouts &timeouts, int maxBytes)
+NotifyCall NotifyCall::read(const BusMessage &call, const Timeouts &timeouts,
+                            const ClientLimits &limits)
 {
-    BusReader reader(call, maxBytes);
+    BusReader reader(call, limits.valueBytes);
     NotifyCall result;
     DesktopNotification &notification = result.notification;
     notification.application = plainLine(reader.readString());
@@ -69,7 +70,8 @@ NotifyCall NotifyCall::read(const BusMessage &call, const Timeouts &timeouts, in
     notification.text = plainText(reader.readString());
     readActions(result, reader);
     NotifyHints::read(result, reader);
-    notification.priority = result.exactPriority.value_or(notification.priority);
+    notification.priority =
+        limits.allowedPriority(result.exactPriority.value_or(notification.priority));
     if (notification.icon.isEmpty()) {
         notification.icon = icon;
     }

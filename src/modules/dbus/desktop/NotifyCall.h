@@ -4,6 +4,7 @@
 #pragma once
 
 #include "DesktopNotification.h"
+#include "modules/dbus/clients/ClientLimits.h"
 
 #include <QString>
 
@@ -34,7 +35,8 @@ struct NotifyCall
     QString soundFile; ///< a path or a URI
     QString soundName; ///< an event of the sound theme
 
-    /// Throws BusError::limitExceeded() for more than @p maxBytes of texts and hints, and
+    /// Throws BusError::limitExceeded() for texts and hints that are too large, and
     /// BusError::invalidArguments() for arguments of other types.
-    static NotifyCall read(const BusMessage &call, const Timeouts &timeouts, int maxBytes);
+    static NotifyCall read(const BusMessage &call, const Timeouts &timeouts,
+                           const ClientLimits &limits);
 };

@@ -4,6 +4,8 @@
 #include "DesktopTest.h"
 
 namespace {
+using testing::ElementsAre;
+
 const QString limitError = QStringLiteral("org.freedesktop.DBus.Error.LimitsExceeded: ");
 
 class OpenLimitTest : public DesktopTest
@@ -63,6 +65,61 @@ TEST_F(TotalOpenLimitTest, IncludesClientsThatHaveLeft)
               limitError + "All clients together may have no more than 3 notifications open"_s);
     result("CloseNotification"_s, {"2"_s});
     EXPECT_EQ(python("print(Notify())"_s), "4"_s);
+}
+
+/// A notification that tries to stand before all others.
+class PriorityLimitTest : public DesktopTest
+{
+protected:
+    explicit PriorityLimitTest(const QVariantHash &limits = {})
+        : DesktopTest({{"limits"_s, limits}})
+    {
+    }
+
+    void openGreedyThenUrgent()
+    {
+        python("Notify(hints={'x-tavo-priority': 2**31 - 1, 'urgency': dbus.Byte(0)})\n"
+               "Notify(timeout=1000000, hints={'urgency': dbus.Byte(2)})\n"
+               "Notify(hints={'x-tavo-priority': 17})\n"
+               "Notify(hints={'x-tavo-priority': -(2**31), 'urgency': dbus.Byte(2)})"_s);
+    }
+};
+
+TEST_F(PriorityLimitTest, IsUrgentByDefault)
+{
+    openGreedyThenUrgent();
+    EXPECT_THAT(displayed(), ElementsAre(pathOf(1), pathOf(2), pathOf(3), pathOf(4)));
+}
+
+class LowPriorityLimitTest : public PriorityLimitTest
+{
+protected:
+    LowPriorityLimitTest()
+        : PriorityLimitTest({{"priority"_s, 1}})
+    {
+    }
+};
+
+TEST_F(LowPriorityLimitTest, HoldsForUrgenciesToo)
+{
+    const quint32 normal = notifySend({"-t"_s, "0"_s, "Normal"_s});
+    const quint32 critical = notifySend({"-u"_s, "critical"_s, "Critical"_s});
+    EXPECT_THAT(displayed(), ElementsAre(pathOf(normal), pathOf(critical)));
+}
+
+class HighPriorityLimitTest : public PriorityLimitTest
+{
+protected:
+    HighPriorityLimitTest()
+        : PriorityLimitTest({{"priority"_s, 17}})
+    {
+    }
+};
+
+TEST_F(HighPriorityLimitTest, GrantsMoreThanUrgent)
+{
+    openGreedyThenUrgent();
+    EXPECT_THAT(displayed(), ElementsAre(pathOf(1), pathOf(3), pathOf(2), pathOf(4)));
 }
 
 class RequestLimitTest : public DesktopTest

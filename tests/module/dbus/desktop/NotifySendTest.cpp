@@ -56,10 +56,10 @@ TEST_F(NotifySendTest, PrefersAnExactPriorityToTheUrgency)
     const quint32 normal = notifySend({"normal"_s});
     const quint32 high = notifySend({"-u"_s, "low"_s, "-h"_s, "int:x-tavo-priority:2"_s, "high"_s});
     const quint32 critical = notifySend({"-u"_s, "critical"_s, "critical"_s});
-    const quint32 most =
-        notifySend({"-h"_s, "int:x-tavo-priority:17"_s, "-u"_s, "low"_s, "most"_s});
+    const quint32 low =
+        notifySend({"-u"_s, "critical"_s, "-h"_s, "int:x-tavo-priority:0"_s, "low"_s});
     EXPECT_THAT(displayed(),
-                ElementsAre(pathOf(most), pathOf(critical), pathOf(high), pathOf(normal)));
+                ElementsAre(pathOf(critical), pathOf(high), pathOf(normal), pathOf(low)));
 }
 
 TEST_F(NotifySendTest, PutsMoreUrgentOnesFirst)
