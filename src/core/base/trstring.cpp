@@ -21,16 +21,27 @@ const QString disambiguationKey = QStringLiteral("disambiguation");
 const QString countKey = QStringLiteral("count");
 const QString argumentsKey = QStringLiteral("arguments");
 
+/// The place-holders are %1 to %9.
+constexpr int maxArguments = 9;
+
+/// No translation has a longer source. Qt takes quadratic time to insert the count into a text.
+constexpr int maxTranslatedLength = 1000;
+
 /// Inserts the arguments in one pass, so that a "%2" in the first argument is kept.
 QString substituted(const QString &text, const QList<TrArg> &arguments)
 {
     QString result;
+    int left = TrString::maxInsertedLength;
     for (int i = 0; i < text.size(); ++i) {
         const int number = text.at(i) == QLatin1Char('%') && i + 1 < text.size()
                                ? text.at(i + 1).digitValue()
                                : -1;
         if (number >= 1 && number <= arguments.size()) {
-            result += arguments.at(number - 1).toString();
+            // Converting an argument takes time too.
+            const QString inserted =
+                left > 0 ? arguments.at(number - 1).toString().left(left) : QString();
+            left -= inserted.size();
+            result += inserted;
             ++i;
         } else {
             result += text.at(i);
@@ -42,6 +53,9 @@ QString substituted(const QString &text, const QList<TrArg> &arguments)
 QString translated(const QString &source, const QByteArray &context,
                    const QByteArray &disambiguation, int count)
 {
+    if (source.size() > maxTranslatedLength) {
+        return source;
+    }
     const QByteArray utf8 = source.toUtf8();
     // Such a text has no translation, and QCoreApplication::translate() would return only a part of
     // it.
@@ -70,7 +84,7 @@ TrString::TrString(const TrCharData &data, const QList<TrArg> &arguments)
     translation->context = data.context;
     translation->disambiguation = data.disambiguation;
     translation->count = data.count;
-    translation->arguments = arguments;
+    translation->arguments = arguments.mid(0, maxArguments);
     m_translation = translation;
 }
 
@@ -116,7 +130,7 @@ TrString TrString::fromQVariant(const QVariant &variant)
     translation.context = parts.value(contextKey).toString().toUtf8();
     translation.disambiguation = parts.value(disambiguationKey).toString().toUtf8();
     translation.count = parts.value(countKey, -1).toInt();
-    const QVariantList arguments = parts.value(argumentsKey).toList();
+    const QVariantList arguments = parts.value(argumentsKey).toList().mid(0, maxArguments);
     for (const QVariant &argument : arguments) {
         translation.arguments.append(TrArg(argument));
     }

@@ -139,6 +139,40 @@ TEST(TrStringTest, KeepsAPlaceholderWithinAnArgument)
         "%2 x");
 }
 
+TEST(TrStringTest, GrowsByALimitedLengthHoweverManyPlaceholdersItHas)
+{
+    constexpr int max = TrString::maxInsertedLength;
+    constexpr int placeholders = 11'000;
+    const QByteArray source = QByteArray("%1").repeated(placeholders) + "end";
+    const TrString text = translatable(source, {TrArg(QString(max - 1, 'x'))});
+    EXPECT_EQ(text.toString(), QString(max, 'x') + "end");
+}
+
+TEST(TrStringTest, InsertsItsCountInLinearTime)
+{
+    const QByteArray source = QByteArray("%n").repeated(100'000);
+    const TrString text(TrCharData{"Player", source, nullptr, 5}, {});
+    EXPECT_EQ(text.toString(), QString::fromUtf8(source));
+    const TrString shorter(TrCharData{"Player", "%n%n", nullptr, 5}, {});
+    EXPECT_EQ(shorter.toString(), "55");
+}
+
+TEST(TrStringTest, KeepsNoMoreArgumentsThanItCanInsert)
+{
+    QList<TrArg> arguments;
+    QVariantList carried;
+    for (int i = 0; i < 1000; ++i) {
+        arguments.append(TrArg(i));
+        carried.append(i);
+    }
+    const TrString text = translatable("%9 %1", arguments);
+    EXPECT_EQ(text.toString(), "8 0");
+    EXPECT_EQ(QVariant(text).toHash().value("arguments").toList().size(), 9);
+    EXPECT_EQ(TrString::fromQVariant(
+                  QVariantHash{{"context", "Player"}, {"source", "%9 %1"}, {"arguments", carried}}),
+              text);
+}
+
 TEST(TrStringTest, IsCarriedAsATextWhenPlain)
 {
     const QVariant carried = TrString("text");

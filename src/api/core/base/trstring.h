@@ -21,7 +21,7 @@ struct TrCharData
     int count;                  ///< chooses the plural form; -1: no plural
 };
 
-/// An argument of a translatable text; replaces %1, %2, ... in it.
+/// An argument of a translatable text; replaces one of %1 to %9 in it.
 class TAVO_API_EXPORT TrArg
 {
 public:
@@ -65,12 +65,18 @@ public:
         : m_text(text)
     {
     }
+
+    /// Keeps the first nine arguments.
     TrString(const TrCharData &data, const QList<TrArg> &arguments);
+
+    /// In characters. Limits what a text from another program takes when it is shown.
+    static constexpr int maxInsertedLength = 1 << 14;
 
     bool isEmpty() const { return m_text.isEmpty(); }
 
     /// The text with its arguments, in the language of the translators installed in
-    /// QCoreApplication.
+    /// QCoreApplication. The arguments add at most maxInsertedLength characters; the rest is left
+    /// out. A source of more than 1000 characters is not translated.
     QString toString() const;
 
     /// Returns whether the text is translated when it is shown.

@@ -48,6 +48,12 @@ BusError Refusals::notAPath(const std::string &text)
                                  "/notifications/display");
 }
 
+BusError Refusals::textTooLong(const char *what, int maxLength)
+{
+    return BusError::limitExceeded("A " + std::string(what) + " may have no more than " +
+                                   std::to_string(maxLength) + " characters");
+}
+
 BusError Refusals::unknownChange()
 {
     return BusError::invalidArguments("A change must be \"value\", \"rows\" or \"node\"");

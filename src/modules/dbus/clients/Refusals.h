@@ -21,6 +21,7 @@ BusError allClientsReadTooLittle(std::size_t maxUnreadBytes);
 // Paths and other arguments of org.tavo.Model1.
 BusError pathTooLong(int maxLength);
 BusError notAPath(const std::string &text);
+BusError textTooLong(const char *what, int maxLength);
 BusError unknownChange();
 BusError invalidRowRange();
 BusError noSuchSubscription();

@@ -10,6 +10,17 @@ namespace {
 /// In characters. Short enough to keep thousands of paths.
 constexpr int maxPathLength = 4096;
 
+/// In characters, with the arguments. Nobody reads more on a display, and every listing takes time for them.
+constexpr int maxTitleLength = 1000;
+constexpr int maxMessageLength = 65536;
+
+void check(const TrString &text, const char *what, int maxLength)
+{
+    if (text.toString().size() > maxLength) {
+        throw Refusals::textTooLong(what, maxLength);
+    }
+}
+
 CMPath pathOf(const QString &text)
 {
     if (text.size() > maxPathLength) {
@@ -53,4 +64,11 @@ Subscriptions::Change ModelArguments::readChange(BusReader &reader)
         return CMAbstractWorker::NodeChange;
     }
     throw Refusals::unknownChange();
+}
+
+void ModelArguments::checkTexts(const QVariant &value)
+{
+    const TavoNotificationDisplayItem item = TavoValue(value.toHash()).notificationDisplayItem();
+    check(item.title(), "title", maxTitleLength);
+    check(item.message(), "message", maxMessageLength);
 }

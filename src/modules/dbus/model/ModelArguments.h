@@ -9,8 +9,8 @@
 class BusMessage;
 class BusReader;
 
-/// Reads the arguments of calls to org.tavo.Model1. Throws BusError::invalidPath() for a string that is
-/// not a path, and BusError::invalidArguments() for another argument that has no meaning.
+/// Reads and checks the arguments of calls to org.tavo.Model1. Throws BusError::invalidPath() for a string
+/// that is not a path, and BusError::invalidArguments() for another argument that has no meaning.
 namespace ModelArguments {
 CMPath readPath(BusReader &reader);
 
@@ -21,4 +21,7 @@ CMPath readPath(const BusMessage &call);
 CMPath readPathOrRoot(const BusMessage &call);
 
 Subscriptions::Change readChange(BusReader &reader);
+
+/// Throws BusError::limitExceeded() when the texts of a message to show are too long, with their arguments.
+void checkTexts(const QVariant &value);
 } // namespace ModelArguments

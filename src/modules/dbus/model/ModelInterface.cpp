@@ -137,6 +137,9 @@ CMReply<QVariant> ModelInterface::send(const std::string &client, const CMPath &
     if (path == TavoPlayerMainAudioPlayPath()) {
         return m_sounds.playMusic(value);
     }
+    if (path == TavoNotificationDisplayOpenPath()) {
+        ModelArguments::checkTexts(value);
+    }
     return CMRoot()->invoke(path, value, {});
 }
 

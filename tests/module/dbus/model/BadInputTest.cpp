@@ -235,4 +235,31 @@ TEST_F(DbusFloodTest, OfOneClientIsRefusedAndOthersAreServed)
     }
     EXPECT_GT(refused, 0);
 }
+TEST_F(DbusBadInputTest, MessagesWithTooLongTextsAreRefused)
+{
+    int opened = 0;
+    publishRequest(TavoNotificationDisplayOpenPath().toString(),
+                   [&opened](const CMSetDataRequest &request) {
+                       ++opened;
+                       request.reply().setValue({});
+                   });
+    const auto open = [this](const TavoNotificationDisplayItem &item) {
+        return client->send(TavoNotificationDisplayOpenPath().toString(),
+                            TavoValue().setNotificationDisplayItem(item).__variant());
+    };
+    const auto text = [](int length) {
+        const QList<TrArg> arguments{TrArg(QString(length / 10, 'x'))};
+        return TrString(TrCharData{"Test", "%1%1%1%1%1%1%1%1%1%1", nullptr, -1}, arguments);
+    };
+    constexpr const char *limitsExceeded = "org.freedesktop.DBus.Error.LimitsExceeded";
+    expectRefusal(open(TavoNotificationDisplayItem().setTitle(text(1010))), limitsExceeded);
+    expectRefusal(open(TavoNotificationDisplayItem().setTitle(QString(1001, 'x'))), limitsExceeded);
+    expectRefusal(open(TavoNotificationDisplayItem().setMessage(QString(65537, 'x'))),
+                  limitsExceeded);
+    EXPECT_EQ(opened, 0);
+    EXPECT_TRUE(
+        open(TavoNotificationDisplayItem().setTitle(text(1000)).setMessage(QString(65536, 'x')))
+            .succeeds());
+    EXPECT_EQ(opened, 1);
+}
 } // namespace

@@ -105,6 +105,23 @@ TEST_F(DbusListsTest, CutLongTitles)
     EXPECT_THAT(nodes("List", "/test"_s), ElementsAre("/test/rows list " + std::string(200, 'x')));
 }
 
+/// A title of 122 KB that is a billion characters long with its arguments.
+QVariant hugeTitle()
+{
+    const QVariantList arguments{QString(100'000, 'x')};
+    return QVariantHash{
+        {"context", ""}, {"source", "%1"_s.repeated(11'000)}, {"arguments", arguments}};
+}
+
+TEST_F(DbusListsTest, AreCompleteDespiteATitleThatGrowsWithItsArguments)
+{
+    publishRows("/test/a"_s, {})->setTitle(TrString::fromQVariant(hugeTitle()));
+    const std::string line = "/test/a list " + std::string(200, 'x');
+    EXPECT_THAT(nodes("List", "/test"_s), ElementsAre(line));
+    EXPECT_THAT(nodes("Tree", "/test"_s), ElementsAre(line));
+    EXPECT_THAT(describe({"/test/a"_s}), ElementsAre(line + ' '));
+}
+
 TEST_F(DbusListsTest, TooLargeForEveryBusAreRefusedAndTheModuleStays)
 {
     constexpr int manyRows = 33;
