@@ -43,6 +43,9 @@ public:
 
     bool isConnected() const { return m_isConnected; }
 
+    /// Whether everyone on the bus is the same user. Assumed of no other bus than the session's.
+    bool isOfOneUser() const { return m_bus == QLatin1String("session"); }
+
     // Only while connected:
 
     std::string uniqueName() const;

@@ -114,8 +114,15 @@ void NotificationsInterface::getServerInformation(const BusMessage &call)
     reply.message().send();
 }
 
-void NotificationsInterface::emitToAll(const char *signal,
-                                       const std::function<void(BusWriter &)> &write)
+std::string NotificationsInterface::clientOf(quint32 id) const
+{
+    const auto charge = m_charges.find(id);
+    return charge == m_charges.end() ? std::string() : charge->second.client();
+}
+
+void NotificationsInterface::emitTo(Receiver receiver, const std::string &client,
+                                    const char *signal,
+                                    const std::function<void(BusWriter &)> &write)
 {
     if (!m_object) {
         return;
@@ -123,30 +130,19 @@ void NotificationsInterface::emitToAll(const char *signal,
     try {
         BusWriter writer(m_object->createSignal(signal));
         write(writer);
-        writer.message().send();
+        if (receiver == Receiver::Everyone && m_bus.isOfOneUser()) {
+            writer.message().send();
+        } else if (!client.empty()) {
+            m_clients.send(client, writer.message(), writer.bytesWritten());
+        }
     } catch (const BusError &error) {
         LOG4CPLUS_WARN(logger, signal << " can't be sent: " << error.what());
     }
 }
 
-void NotificationsInterface::sendToken(quint32 id, const QString &token)
-{
-    const auto charge = m_charges.find(id);
-    if (!m_object || charge == m_charges.end() || charge->second.client().empty()) {
-        return;
-    }
-    try {
-        BusWriter writer(m_object->createSignal("ActivationToken"));
-        writer.writeUInt32(id);
-        writer.writeString(token);
-        m_clients.send(charge->second.client(), writer.message(), writer.bytesWritten());
-    } catch (const BusError &error) {
-        LOG4CPLUS_WARN(logger, "A token can't be sent: " << error.what());
-    }
-}
-
 void NotificationsInterface::on_notifications_closed(quint32 id, OpenNotifications::Reason reason)
 {
+    const std::string client = clientOf(id);
     m_charges.erase(id);
     if (reason == OpenNotifications::Reason::Dismissed ||
         reason == OpenNotifications::Reason::Closed) {
@@ -155,7 +151,7 @@ void NotificationsInterface::on_notifications_closed(quint32 id, OpenNotificatio
     } else {
         m_sounds.release(id);
     }
-    emitToAll("NotificationClosed", [&](BusWriter &signal) {
+    emitTo(Receiver::Everyone, client, "NotificationClosed", [&](BusWriter &signal) {
         signal.writeUInt32(id);
         signal.writeUInt32(quint32(reason));
     });
@@ -164,10 +160,15 @@ void NotificationsInterface::on_notifications_closed(quint32 id, OpenNotificatio
 void NotificationsInterface::on_notifications_actionInvoked(quint32 id, const QString &key,
                                                             const QString &token)
 {
+    const std::string client = clientOf(id);
     if (!token.isEmpty()) {
-        sendToken(id, token);
+        // Never to others, who could raise a window in the client's place.
+        emitTo(Receiver::Client, client, "ActivationToken", [&](BusWriter &signal) {
+            signal.writeUInt32(id);
+            signal.writeString(token);
+        });
     }
-    emitToAll("ActionInvoked", [&](BusWriter &signal) {
+    emitTo(Receiver::Everyone, client, "ActionInvoked", [&](BusWriter &signal) {
         signal.writeUInt32(id);
         signal.writeString(key);
     });

@@ -45,13 +45,18 @@ private:
     void getCapabilities(const BusMessage &call);
     void getServerInformation(const BusMessage &call);
 
-    /// Sends a signal to everyone, as most servers do: some clients listen on another connection than
-    /// they notify on. The arguments do not reveal what was shown.
-    void emitToAll(const char *signal, const std::function<void(BusWriter &)> &write);
+    /// The client that opened the notification; empty if it has left the bus.
+    std::string clientOf(quint32 id) const;
 
-    /// Sends an activation token only to the client that opened the notification: others could raise a
-    /// window in its place.
-    void sendToken(quint32 id, const QString &token);
+    enum class Receiver {
+        Client,
+        Everyone ///< on a bus of one user, as from most servers: some programs listen on another
+                 ///< connection than they notify on. Elsewhere the client
+    };
+
+    /// Sends a signal about a notification of the client; the client may be empty.
+    void emitTo(Receiver receiver, const std::string &client, const char *signal,
+                const std::function<void(BusWriter &)> &write);
 
     BusConnection &m_bus;
     Clients &m_clients;

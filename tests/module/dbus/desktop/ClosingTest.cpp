@@ -162,6 +162,24 @@ TEST_F(ClosingTest, FollowsTheTokenThatOnlyItsClientGets)
     EXPECT_THAT(other.received(), ElementsAre("ActionInvoked", "NotificationClosed"));
 }
 
+TEST_F(ClosingTest, IsReportedOnlyToItsClientOnABusThatUsersShare)
+{
+    shareBus();
+    Listener client(bus().address());
+    Listener other(bus().address());
+    ASSERT_TRUE(client.notify());
+    CMRoot()->invoke(rowOf(1, 1).path(), QVariant("token"_s), {});
+    ASSERT_TRUE(client.hearsOfTheEnd());
+    EXPECT_THAT(client.received(),
+                ElementsAre("ActivationToken token", "ActionInvoked", "NotificationClosed"));
+    // Its own signals come after those of the first notification.
+    ASSERT_TRUE(other.notify());
+    CMSubscribe::closeNode(pathOf(2));
+    ASSERT_TRUE(other.hearsOfTheEnd());
+    EXPECT_THAT(other.received(), ElementsAre("NotificationClosed"));
+    EXPECT_EQ(client.received().size(), 3U);
+}
+
 TEST_F(ClosingTest, IsReportedOnce)
 {
     const quint32 id = notifySend({"-t"_s, "0"_s, "Title"_s});

@@ -39,10 +39,19 @@ QVariantList rowsAt(const CMPath &path)
 DesktopTest::DesktopTest(const QVariantHash &config)
     : m_display(QStringLiteral(NOTIFICATIONS_MODULE_FILE), "notifications")
 {
+    qputenv("DBUS_SESSION_BUS_ADDRESS", m_bus.address().toUtf8());
     QVariantHash whole = config;
-    whole.insert(QStringLiteral("bus"), m_bus.address());
+    whole.insert(QStringLiteral("bus"), QStringLiteral("session"));
     m_module = std::make_unique<LoadedModule>(QStringLiteral(DBUS_MODULE_FILE), "dbus", whole);
     EXPECT_TRUE(isServing());
+}
+
+void DesktopTest::shareBus()
+{
+    unload();
+    m_module = std::make_unique<LoadedModule>(QStringLiteral(DBUS_MODULE_FILE), "dbus",
+                                              QVariantHash{{"bus", m_bus.address()}});
+    EXPECT_TRUE(isServing(2));
 }
 
 bool DesktopTest::isServing(int times)

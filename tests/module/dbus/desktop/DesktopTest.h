@@ -17,13 +17,16 @@
 
 #include <memory>
 
-/// The display and the module, on a private bus. Foreign programs use them on the bus, and the tests
+/// The display and the module, on a private bus that they take for the session's. Foreign programs use them on the bus, and the tests
 /// look at the result in the model.
 class DesktopTest : public testing::Test
 {
 protected:
     /// Loads both modules and waits until notifications are served.
     explicit DesktopTest(const QVariantHash &config = {});
+
+    /// Loads the module again, for a bus that several users share.
+    void shareBus();
 
     PrivateBus &bus() { return m_bus; }
     LogCapture &log() { return m_log; }
