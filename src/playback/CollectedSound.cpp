@@ -25,18 +25,18 @@ CollectedSound::CollectedSound(std::unique_ptr<ByteInput> input, const SimplePla
 
 CollectedSound::~CollectedSound() = default;
 
-std::optional<Failure> CollectedSound::open()
+Result<FrameSource::Loading> CollectedSound::open(const WakeEvent &wake)
 {
     if (m_sound) {
-        return std::nullopt;
+        return Loading::Done;
     }
     if (auto failure = m_input->open()) {
-        return failure;
+        return std::move(*failure);
     }
     if (!m_input->isRegularFile()) {
-        return std::nullopt;
+        return Loading::Done;
     }
-    return decode(SoundFile::fromPath(m_input->path(), m_limits.maxSoundBytes));
+    return decode(SoundFile::fromPath(m_input->path(), m_limits.maxSoundBytes), wake);
 }
 
 bool CollectedSound::needsLoading() const
@@ -68,20 +68,17 @@ Result<FrameSource::Loading> CollectedSound::load(const WakeEvent &wake)
             return Loading::Interrupted;
         }
     }
-    if (auto failure =
-            decode(SoundFile::fromData(m_data, m_input->name(), m_limits.maxSoundBytes))) {
-        return std::move(*failure);
-    }
-    return Loading::Done;
+    return decode(SoundFile::fromData(m_data, m_input->name(), m_limits.maxSoundBytes), wake);
 }
 
-std::optional<Failure> CollectedSound::decode(std::unique_ptr<SoundFile> sound)
+Result<FrameSource::Loading> CollectedSound::decode(std::unique_ptr<SoundFile> sound,
+                                                    const WakeEvent &wake)
 {
-    auto failure = sound->open();
-    if (!failure) {
+    auto opened = sound->open(wake);
+    if (isDone(opened)) {
         m_sound = std::move(sound);
     }
-    return failure;
+    return opened;
 }
 
 SoundFormat CollectedSound::format() const

@@ -21,7 +21,7 @@ public:
     CollectedSound(std::unique_ptr<ByteInput> input, const SimplePlayerLimits &limits);
     ~CollectedSound() override;
 
-    std::optional<Failure> open() override;
+    Result<Loading> open(const WakeEvent &wake) override;
     bool needsLoading() const override;
     Result<Loading> load(const WakeEvent &wake) override;
     SoundFormat format() const override;
@@ -29,7 +29,7 @@ public:
     Result<bool> rewind() override;
 
 private:
-    std::optional<Failure> decode(std::unique_ptr<SoundFile> sound);
+    Result<Loading> decode(std::unique_ptr<SoundFile> sound, const WakeEvent &wake);
 
     const std::unique_ptr<ByteInput> m_input;
     const SimplePlayerLimits m_limits;

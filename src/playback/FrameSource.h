@@ -30,8 +30,8 @@ struct SoundFormat
 
 /// The source of a sound's frames.
 ///
-/// Used in the playback thread; there may be several, one after the other. Only the constructor and
-/// the destructor run in the player's thread. Owned by the PlaybackWriter.
+/// Used in the playback thread; there may be several, one after the other. Constructed in the
+/// player's thread, destroyed in either. Owned by the PlaybackWriter.
 class FrameSource
 {
 public:
@@ -53,21 +53,27 @@ public:
 
     enum class Loading { Done, Interrupted };
 
+    static bool isDone(const Result<Loading> &loaded)
+    {
+        const auto *loading = std::get_if<Loading>(&loaded);
+        return loading != nullptr && *loading == Loading::Done;
+    }
+
     FrameSource() = default;
     virtual ~FrameSource() = default;
     FrameSource(const FrameSource &) = delete;
     FrameSource &operator=(const FrameSource &) = delete;
 
-    /// Opens the source, unless it is open. Returns the reason if it fails. Waits for the file
-    /// system only.
-    virtual std::optional<Failure> open() = 0;
+    /// Opens the source, unless it is open. Waits for the file system only. The event interrupts it;
+    /// the next call begins anew.
+    virtual Result<Loading> open(const WakeEvent &wake) = 0;
 
     /// Returns whether load() has to wait before the format is known.
     virtual bool needsLoading() const { return false; }
 
     /// Waits for the data from which the format is read. The event interrupts it; the next call
     /// continues.
-    virtual Result<Loading> load(const WakeEvent &) { return Loading::Done; }
+    virtual Result<Loading> load(const WakeEvent & /*wake*/) { return Loading::Done; }
 
     /// Valid once the source is open and loaded.
     virtual SoundFormat format() const = 0;

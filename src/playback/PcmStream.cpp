@@ -15,9 +15,12 @@ PcmStream::PcmStream(std::unique_ptr<ByteInput> input, const PcmFormat &format)
 
 PcmStream::~PcmStream() = default;
 
-std::optional<Failure> PcmStream::open()
+Result<FrameSource::Loading> PcmStream::open(const WakeEvent & /*wake*/)
 {
-    return m_input->open();
+    if (auto failure = m_input->open()) {
+        return std::move(*failure);
+    }
+    return Loading::Done;
 }
 
 FrameSource::Read PcmStream::read(float *samples, long frames)

@@ -18,7 +18,7 @@ public:
     PcmStream(std::unique_ptr<ByteInput> input, const PcmFormat &format);
     ~PcmStream() override;
 
-    std::optional<Failure> open() override;
+    Result<Loading> open(const WakeEvent &wake) override;
     SoundFormat format() const override { return m_format.sound; }
     Read read(float *samples, long frames) override;
     int inputDescriptor() const override;

@@ -173,19 +173,17 @@ PlaybackWriter::Step PlaybackWriter::play()
 
 PlaybackWriter::Step PlaybackWriter::openAll()
 {
-    if (const auto failure = m_source->open()) {
-        return fail(*failure);
-    }
-    if (m_source->needsLoading()) {
+    Result<FrameSource::Loading> loaded = m_source->open(m_wake);
+    if (FrameSource::isDone(loaded) && m_source->needsLoading()) {
         // Loading depends on another program or a server, so the caller doesn't wait for it.
         declareOpened();
-        const Result<FrameSource::Loading> loaded = m_source->load(m_wake);
-        if (const auto *failure = std::get_if<Failure>(&loaded)) {
-            return fail(*failure);
-        }
-        if (std::get<FrameSource::Loading>(loaded) == FrameSource::Loading::Interrupted) {
-            return Step::Interrupted;
-        }
+        loaded = m_source->load(m_wake);
+    }
+    if (const auto *failure = std::get_if<Failure>(&loaded)) {
+        return fail(*failure);
+    }
+    if (!FrameSource::isDone(loaded)) {
+        return Step::Interrupted;
     }
     m_format = m_source->format();
     m_window.setChannels(m_format.channels);

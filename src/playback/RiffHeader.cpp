@@ -18,6 +18,9 @@ static_assert(sizeof(ChunkHeader) == 8);
 
 constexpr qint64 riffHeaderSize = 12;
 
+// Chunks before the samples. Files have a handful.
+constexpr int maxChunks = 64;
+
 bool isNamed(const ChunkHeader &chunk, const char *name)
 {
     return std::memcmp(chunk.name, name, sizeof chunk.name) == 0;
@@ -29,28 +32,37 @@ bool isOpen(quint32 length)
     return length == 0 || length >= 0x7fffff00;
 }
 
+std::optional<QString> missing(qint64 bytes)
+{
+    if (bytes <= 0) {
+        return std::nullopt;
+    }
+    return QStringLiteral("is cut off: %1 bytes are missing").arg(bytes);
+}
+
 } // namespace
 
-qint64 riffBytesMissing(const ReadAt &readAt, qint64 size)
+std::optional<QString> riffDefect(const ReadAt &readAt, qint64 size)
 {
     ChunkHeader chunk{};
-    if (!readAt(&chunk, sizeof chunk, 0) || !isNamed(chunk, "RIFF")) {
-        return 0;
+    if (!readAt(&chunk, sizeof chunk, 0) || !isNamed(chunk, "RIFF") ||
+        isOpen(qFromLittleEndian(chunk.size))) {
+        return std::nullopt;
     }
     const qint64 promised = qint64(qFromLittleEndian(chunk.size)) + qint64(sizeof chunk);
-    if (isOpen(qFromLittleEndian(chunk.size))) {
-        return 0;
-    }
 
     qint64 offset = riffHeaderSize;
-    while (readAt(&chunk, sizeof chunk, offset)) {
+    for (int i = 0; i < maxChunks; ++i) {
+        if (!readAt(&chunk, sizeof chunk, offset)) {
+            // There is no chunk with samples: the file ends inside its header.
+            return missing(promised - size);
+        }
         const quint32 length = qFromLittleEndian(chunk.size);
         offset += qint64(sizeof chunk);
         if (isNamed(chunk, "data")) {
-            return isOpen(length) ? 0 : qMax<qint64>(0, offset + length - size);
+            return isOpen(length) ? std::nullopt : missing(offset + length - size);
         }
         offset += length + length % 2;
     }
-    // There is no chunk with samples: the file ends inside its header.
-    return qMax<qint64>(0, promised - size);
+    return QStringLiteral("is damaged: no samples follow its first %1 chunks").arg(maxChunks);
 }

@@ -3,14 +3,14 @@
 
 #pragma once
 
-#include <QtGlobal>
+#include "playback/ReadAt.h"
 
-#include <functional>
+#include <QString>
 
-/// Reads bytes at an offset of a file. Returns false if there aren't that many.
-using ReadAt = std::function<bool(void *target, std::size_t count, qint64 offset)>;
+#include <optional>
 
-/// How many bytes a WAV file of this size lacks, according to its header. 0 if it is complete, if
-/// its length is unknown as in streamed files, or if it is not a WAV file. The decoder would play
-/// an incomplete file without an error.
-qint64 riffBytesMissing(const ReadAt &readAt, qint64 size);
+/// Checks the header of a WAV file of this size. Returns what is wrong with it: the end of the file
+/// is missing, or there are too many chunks before the samples. The decoder would play an incomplete
+/// file without an error. Accepts files of unknown length, as streams leave them, and files that are
+/// not WAV.
+std::optional<QString> riffDefect(const ReadAt &readAt, qint64 size);

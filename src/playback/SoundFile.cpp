@@ -3,8 +3,9 @@
 
 #include "playback/SoundFile.h"
 
+#include "playback/OggHeaders.h"
 #include "playback/RiffHeader.h"
-#include "playback/VorbisHeaders.h"
+#include "playback/WakeEvent.h"
 
 #include <QFile>
 
@@ -14,6 +15,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -21,6 +23,15 @@ constexpr qint64 bytesPerSample = sizeof(float);
 
 // If the header has no length, the library returns a number near the maximum.
 constexpr sf_count_t unknownFrames = SF_COUNT_MAX / 2;
+
+// More than the decoder needs for the frames of one call, in every format.
+constexpr qint64 maxBytesPerCall = 16 << 20;
+
+// What a read counts at least, since many small ones take time too.
+constexpr qint64 minBytesPerRead = 512;
+
+// After how many bytes it is checked whether the file is still wanted.
+constexpr qint64 bytesPerLook = 65536;
 
 QString megabytes(qint64 bytes)
 {
@@ -55,16 +66,37 @@ SoundFile::~SoundFile()
     closeAll();
 }
 
-std::optional<Failure> SoundFile::open()
+Result<FrameSource::Loading> SoundFile::open(const WakeEvent &wake)
 {
     if (m_file) {
-        return std::nullopt;
+        return Loading::Done;
     }
-    auto failure = m_path.isEmpty() ? openData() : openPath();
-    if (failure) {
-        closeAll();
+    m_wake = &wake;
+    m_interrupted = false;
+    auto failure = openBytes();
+    m_wake = nullptr;
+    if (!failure && !m_interrupted) {
+        return Loading::Done;
     }
-    return failure;
+    closeAll();
+    if (m_interrupted) {
+        return Loading::Interrupted;
+    }
+    return std::move(*failure);
+}
+
+std::optional<Failure> SoundFile::openBytes()
+{
+    m_size = m_data.size();
+    if (!m_path.isEmpty()) {
+        if (auto failure = openPath()) {
+            return failure;
+        }
+    }
+    if (auto failure = checkWhole()) {
+        return failure;
+    }
+    return openDecoder();
 }
 
 std::optional<Failure> SoundFile::openPath()
@@ -84,53 +116,52 @@ std::optional<Failure> SoundFile::openPath()
     if (!S_ISREG(status.st_mode)) {
         return failure(QStringLiteral("is not a regular file"));
     }
-    if (auto failure = checkWhole(status.st_size)) {
-        return failure;
-    }
-    return accept(sf_open_fd(m_descriptor, SFM_READ, &m_info, SF_FALSE));
+    m_size = status.st_size;
+    return std::nullopt;
 }
 
-std::optional<Failure> SoundFile::openData()
+std::optional<Failure> SoundFile::checkWhole() const
 {
-    m_offset = 0;
-    if (auto failure = checkWhole(m_data.size())) {
-        return failure;
-    }
-    SF_VIRTUAL_IO io{dataLength, dataSeek, dataRead, nullptr, dataTell};
-    return accept(sf_open_virtual(&io, SFM_READ, &m_info, this));
-}
-
-std::optional<Failure> SoundFile::checkWhole(qint64 size) const
-{
-    if (size == 0) {
+    if (m_size == 0) {
         return failure(QStringLiteral("is empty"));
     }
-    const auto readAt = [this](void *target, std::size_t count, qint64 offset) -> bool {
-        if (m_descriptor >= 0) {
-            return pread(m_descriptor, target, count, offset) == ssize_t(count);
-        }
-        if (offset + qint64(count) > m_data.size()) {
-            return false;
-        }
-        std::memcpy(target, m_data.constData() + offset, count);
-        return true;
+    const auto readAll = [this](void *target, std::size_t count, qint64 offset) {
+        return readAt(target, qint64(count), offset) == qint64(count);
     };
-    const qint64 missing = riffBytesMissing(readAt, size);
-    if (missing > 0) {
-        return failure(QStringLiteral("is cut off: %1 bytes are missing").arg(missing));
+    if (const auto defect = riffDefect(readAll, m_size)) {
+        return failure(*defect);
     }
-    if (!hasVorbisHeaders(readAt, size)) {
+    if (!hasOggHeaders(readAll, m_size)) {
         return failure(QStringLiteral("is cut off or damaged at its beginning"));
     }
     return std::nullopt;
 }
 
-std::optional<Failure> SoundFile::accept(SNDFILE *file)
+std::optional<Failure> SoundFile::openDecoder()
 {
-    m_file = file;
+    m_offset = 0;
+    allowReading(isMp3() ? std::max(m_maxBytes, maxBytesPerCall) : maxBytesPerCall);
+    SF_VIRTUAL_IO io{length, seek, read, nullptr, tell};
+    m_file = sf_open_virtual(&io, SFM_READ, &m_info, this);
+    if (m_allowance < 0) {
+        return failure(QStringLiteral("is damaged, or too large to be opened"));
+    }
     if (!m_file) {
         return failure(QStringLiteral("holds no sound in a known format"));
     }
+    return checkFormat();
+}
+
+// The decoder reads such a file to its end, to count its frames. Its sound is larger than the file.
+bool SoundFile::isMp3() const
+{
+    char begin[3] = {};
+    readAt(begin, sizeof begin, 0);
+    return begin[0] == '\xff' || std::memcmp(begin, "ID3", sizeof begin) == 0;
+}
+
+std::optional<Failure> SoundFile::checkFormat() const
+{
     if (m_info.frames <= 0) {
         return failure(QStringLiteral("holds no sound: it has no frames"));
     }
@@ -139,7 +170,6 @@ std::optional<Failure> SoundFile::accept(SNDFILE *file)
                            .arg(m_info.channels)
                            .arg(m_info.samplerate));
     }
-    m_framesRead = 0;
     if (m_info.frames >= unknownFrames) {
         return std::nullopt;
     }
@@ -163,6 +193,7 @@ SoundFormat SoundFile::format() const
 
 FrameSource::Read SoundFile::read(float *samples, long frames)
 {
+    allowReading(maxBytesPerCall);
     const sf_count_t count = sf_readf_float(m_file, samples, frames);
     if (count <= 0) {
         return endOfFile();
@@ -191,6 +222,7 @@ FrameSource::Read SoundFile::endOfFile() const
 Result<bool> SoundFile::rewind()
 {
     m_framesRead = 0;
+    allowReading(maxBytesPerCall);
     if (sf_seek(m_file, 0, SEEK_SET) == 0) {
         return true;
     }
@@ -213,32 +245,61 @@ void SoundFile::closeAll()
     }
     m_descriptor = -1;
     m_info = SF_INFO{};
+    m_framesRead = 0;
 }
 
-sf_count_t SoundFile::dataLength(void *self)
+qint64 SoundFile::readAt(void *target, qint64 count, qint64 offset) const
 {
-    return static_cast<SoundFile *>(self)->m_data.size();
-}
-
-sf_count_t SoundFile::dataSeek(sf_count_t offset, int whence, void *self)
-{
-    auto *file = static_cast<SoundFile *>(self);
-    const sf_count_t size = file->m_data.size();
-    const sf_count_t base = whence == SEEK_SET ? 0 : whence == SEEK_CUR ? file->m_offset : size;
-    file->m_offset = std::clamp<sf_count_t>(base + offset, 0, size);
-    return file->m_offset;
-}
-
-sf_count_t SoundFile::dataRead(void *target, sf_count_t count, void *self)
-{
-    auto *file = static_cast<SoundFile *>(self);
-    const sf_count_t taken = std::min<sf_count_t>(count, file->m_data.size() - file->m_offset);
-    std::memcpy(target, file->m_data.constData() + file->m_offset, std::size_t(taken));
-    file->m_offset += taken;
+    if (m_descriptor >= 0) {
+        return pread(m_descriptor, target, std::size_t(count), offset);
+    }
+    const qint64 taken = std::clamp<qint64>(m_data.size() - offset, 0, count);
+    std::memcpy(target, m_data.constData() + offset, std::size_t(taken));
     return taken;
 }
 
-sf_count_t SoundFile::dataTell(void *self)
+void SoundFile::allowReading(qint64 bytes)
+{
+    m_allowance = bytes;
+}
+
+// The decoder takes a refusal for the end of the file.
+bool SoundFile::mayRead(qint64 bytes)
+{
+    const qint64 before =
+        std::exchange(m_allowance, m_allowance - std::max(bytes, minBytesPerRead));
+    const bool looks = before / bytesPerLook != m_allowance / bytesPerLook;
+    if (m_wake != nullptr && looks && m_wake->wait(0)) {
+        m_interrupted = true;
+    }
+    return m_allowance >= 0 && !m_interrupted;
+}
+
+sf_count_t SoundFile::length(void *self)
+{
+    return static_cast<SoundFile *>(self)->m_size;
+}
+
+sf_count_t SoundFile::seek(sf_count_t offset, int whence, void *self)
+{
+    auto *file = static_cast<SoundFile *>(self);
+    const qint64 base = whence == SEEK_SET ? 0 : whence == SEEK_CUR ? file->m_offset : file->m_size;
+    file->m_offset = std::clamp<qint64>(base + offset, 0, file->m_size);
+    return file->m_offset;
+}
+
+sf_count_t SoundFile::read(void *target, sf_count_t count, void *self)
+{
+    auto *file = static_cast<SoundFile *>(self);
+    if (!file->mayRead(count)) {
+        return 0;
+    }
+    const qint64 got = std::max<qint64>(0, file->readAt(target, count, file->m_offset));
+    file->m_offset += got;
+    return got;
+}
+
+sf_count_t SoundFile::tell(void *self)
 {
     return static_cast<SoundFile *>(self)->m_offset;
 }

@@ -12,7 +12,8 @@
 #include <memory>
 
 /// The frames of a sound file, on disk or in memory, decoded as they are read. Going back to the
-/// first frame is exact in every supported format.
+/// first frame is exact in every supported format. No call of the decoder reads without limit,
+/// whatever the file claims.
 class SoundFile : public FrameSource
 {
 public:
@@ -23,7 +24,7 @@ public:
 
     ~SoundFile() override;
 
-    std::optional<Failure> open() override;
+    Result<Loading> open(const WakeEvent &wake) override;
     SoundFormat format() const override;
     Read read(float *samples, long frames) override;
     Result<bool> rewind() override;
@@ -31,26 +32,37 @@ public:
 private:
     SoundFile(const QString &path, const QByteArray &data, const QString &name, qint64 maxBytes);
 
+    std::optional<Failure> openBytes();
     std::optional<Failure> openPath();
-    std::optional<Failure> openData();
-    std::optional<Failure> accept(SNDFILE *file);
-    std::optional<Failure> checkWhole(qint64 size) const;
+    std::optional<Failure> checkWhole() const;
+    std::optional<Failure> openDecoder();
+    bool isMp3() const;
+    std::optional<Failure> checkFormat() const;
     std::optional<Failure> checkSize(sf_count_t frames) const;
     Read endOfFile() const;
     Failure failure(const QString &what) const;
     void closeAll();
 
-    static sf_count_t dataLength(void *self);
-    static sf_count_t dataSeek(sf_count_t offset, int whence, void *self);
-    static sf_count_t dataRead(void *target, sf_count_t count, void *self);
-    static sf_count_t dataTell(void *self);
+    qint64 readAt(void *target, qint64 count, qint64 offset) const;
+    void allowReading(qint64 bytes);
+    bool mayRead(qint64 bytes);
+
+    // What the decoder calls.
+    static sf_count_t length(void *self);
+    static sf_count_t seek(sf_count_t offset, int whence, void *self);
+    static sf_count_t read(void *target, sf_count_t count, void *self);
+    static sf_count_t tell(void *self);
 
     QString m_path; // empty if the sound is in memory
     QByteArray m_data;
     QString m_name; // for error messages
     const qint64 m_maxBytes;
-    sf_count_t m_offset = 0; // in m_data
     int m_descriptor = -1;
+    qint64 m_size = 0;
+    qint64 m_offset = 0;
+    qint64 m_allowance = 0;            // how much the decoder may still read
+    const WakeEvent *m_wake = nullptr; // while the file is opened
+    bool m_interrupted = false;
     SNDFILE *m_file = nullptr;
     SF_INFO m_info{};
     sf_count_t m_framesRead = 0;

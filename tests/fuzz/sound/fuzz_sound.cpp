@@ -8,6 +8,7 @@
 #include "fuzz/support/MemoryFile.h"
 #include <core/base/stream.h>
 #include <playback/SoundFile.h>
+#include <playback/WakeEvent.h>
 
 #include <vector>
 
@@ -49,7 +50,9 @@ Decoded decode(SoundFile &sound)
 
 Decoded check(SoundFile &sound)
 {
-    if (const auto failure = sound.open()) {
+    const WakeEvent wake;
+    const auto opened = sound.open(wake);
+    if (const auto *failure = std::get_if<Failure>(&opened)) {
         FUZZ_CHECK(!failure->reason.isEmpty(), "refused without a reason");
         return {};
     }

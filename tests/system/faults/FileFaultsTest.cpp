@@ -3,6 +3,7 @@
 
 #include "FaultTest.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 
 using testing::ElementsAre;
@@ -15,6 +16,9 @@ constexpr int lengthMs = 1500;
 constexpr int begunMs = 100;
 
 constexpr int headerBytes = 44;
+
+// For a busy machine.
+constexpr int promptMs = 5000;
 
 } // namespace
 
@@ -46,6 +50,20 @@ protected:
         EXPECT_TRUE(m_requester.waitForEnd("sound"));
         EXPECT_THAT(m_requester.responses(), ElementsAre("started sound", "finished sound"));
         EXPECT_GE(framesHeard(), framesOf(lengthMs));
+    }
+
+    /// Plays a file that takes no space, but would take minutes to read.
+    void startHugeFile()
+    {
+        m_file = soundFile("huge.wav", lengthMs);
+        QByteArray head = readFile(m_file).left(headerBytes);
+        head.replace("data", "junk");
+        head.replace(4, 4, QByteArray("\x00\xff\xff\x7e", 4));
+        head.replace(headerBytes - 4, 4, QByteArray(4, 0));
+        m_host.writeFile("huge.wav", head);
+        constexpr qint64 hugeBytes = qint64(4) << 30;
+        ASSERT_TRUE(QFile::resize(m_file, hugeBytes));
+        m_requester.enqueue(fileItem("huge", m_file));
     }
 
     QString m_file;
@@ -104,4 +122,26 @@ TEST_F(FileFaultsTest, AFileThatIsOverwrittenEndsOnce)
     file.close();
     expectFinishedWhole();
     expectAsGoodAsNew();
+}
+
+TEST_F(FileFaultsTest, AHugeFileDoesNotDelayAnUrgentSound)
+{
+    startHugeFile();
+    QElapsedTimer elapsed;
+    elapsed.start();
+    m_requester.enqueue(fileItem("urgent", soundFile("urgent.wav", begunMs), 3));
+    EXPECT_TRUE(m_requester.waitFor("finished urgent"));
+    EXPECT_LT(elapsed.elapsed(), promptMs);
+    EXPECT_TRUE(m_requester.waitFor("failed huge"));
+    expectAsGoodAsNew();
+}
+
+TEST_F(FileFaultsTest, AHugeFileDoesNotDelayTheEndOfTheHost)
+{
+    startHugeFile();
+    EXPECT_EQ(m_requester.answer(), "");
+    QElapsedTimer elapsed;
+    elapsed.start();
+    EXPECT_EQ(stopHost(), 0);
+    EXPECT_LT(elapsed.elapsed(), promptMs);
 }

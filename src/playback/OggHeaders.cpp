@@ -1,18 +1,22 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "playback/VorbisHeaders.h"
+#include "playback/OggHeaders.h"
 
 #include <ogg/ogg.h>
 #include <vorbis/codec.h>
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 
 namespace {
 
 constexpr qint64 pieceBytes = 4096;
-constexpr int headerPackets = 3;
+
+// The headers contain pictures, but a file of another kind must not be searched for pages to its
+// end, nor a header collected that has none.
+constexpr qint64 maxHeaderBytes = 1 << 20;
 
 // Reads the pages of an Ogg file, one after another.
 class OggPages
@@ -28,7 +32,8 @@ public:
     OggPages(const OggPages &) = delete;
     OggPages &operator=(const OggPages &) = delete;
 
-    // Returns false at the end of the file. Skips damaged pages, as the decoder does.
+    // Returns false at the end of the file and after maxHeaderBytes. Skips damaged pages, as the
+    // decoder does.
     bool next(ogg_page *page)
     {
         int found = ogg_sync_pageout(&m_sync, page);
@@ -44,7 +49,7 @@ public:
 private:
     bool readPiece()
     {
-        const qint64 count = std::min(pieceBytes, m_size - m_offset);
+        const qint64 count = std::min(pieceBytes, std::min(m_size, maxHeaderBytes) - m_offset);
         if (count <= 0) {
             return false;
         }
@@ -63,24 +68,27 @@ private:
     ogg_sync_state m_sync{};
 };
 
+enum class Codec { Vorbis, Opus };
+
 // Reads the headers of one stream of the file.
-class VorbisStream
+class HeaderStream
 {
 public:
-    explicit VorbisStream(int serialNumber)
+    HeaderStream(int serialNumber, Codec codec)
+        : m_codec(codec)
     {
         ogg_stream_init(&m_stream, serialNumber);
         vorbis_info_init(&m_info);
         vorbis_comment_init(&m_comment);
     }
-    ~VorbisStream()
+    ~HeaderStream()
     {
         vorbis_comment_clear(&m_comment);
         vorbis_info_clear(&m_info);
         ogg_stream_clear(&m_stream);
     }
-    VorbisStream(const VorbisStream &) = delete;
-    VorbisStream &operator=(const VorbisStream &) = delete;
+    HeaderStream(const HeaderStream &) = delete;
+    HeaderStream &operator=(const HeaderStream &) = delete;
 
     enum class State { Incomplete, Complete, Bad };
 
@@ -91,48 +99,57 @@ public:
             return State::Incomplete;
         }
         ogg_packet packet{};
-        while (m_taken < headerPackets) {
+        for (const int all = m_codec == Codec::Vorbis ? 3 : 2; m_taken < all; ++m_taken) {
             const int found = ogg_stream_packetout(&m_stream, &packet);
             if (found == 0) {
                 return State::Incomplete;
             }
-            if (found < 0 || vorbis_synthesis_headerin(&m_info, &m_comment, &packet) != 0) {
+            if (found < 0 || !isGood(&packet)) {
                 return State::Bad;
             }
-            ++m_taken;
         }
         return State::Complete;
     }
 
 private:
+    bool isGood(ogg_packet *packet)
+    {
+        return m_codec == Codec::Opus ||
+               vorbis_synthesis_headerin(&m_info, &m_comment, packet) == 0;
+    }
+
+    const Codec m_codec;
     ogg_stream_state m_stream{};
     vorbis_info m_info{};
     vorbis_comment m_comment{};
     int m_taken = 0;
 };
 
-bool beginsVorbis(const ogg_page &page)
+template <int size>
+bool begins(const ogg_page &page, const char (&mark)[size])
 {
-    constexpr char mark[] = "\x01vorbis";
-    constexpr long length = sizeof mark - 1;
+    constexpr long length = size - 1;
     return page.body_len >= length && std::memcmp(page.body, mark, std::size_t(length)) == 0;
 }
 
-// Finds the first page of the first Vorbis stream. The first pages of all streams come before all
+// Finds the first page of the first stream of sound. The first pages of all streams come before all
 // other pages.
-bool findVorbis(OggPages &pages, ogg_page *page)
+std::optional<Codec> findSound(OggPages &pages, ogg_page *page)
 {
     while (pages.next(page) && ogg_page_bos(page) != 0) {
-        if (beginsVorbis(*page)) {
-            return true;
+        if (begins(*page, "\x01vorbis")) {
+            return Codec::Vorbis;
+        }
+        if (begins(*page, "OpusHead")) {
+            return Codec::Opus;
         }
     }
-    return false;
+    return std::nullopt;
 }
 
 } // namespace
 
-bool hasVorbisHeaders(const ReadAt &readAt, qint64 size)
+bool hasOggHeaders(const ReadAt &readAt, qint64 size)
 {
     constexpr char mark[] = "OggS";
     char begin[sizeof mark - 1] = {};
@@ -141,13 +158,14 @@ bool hasVorbisHeaders(const ReadAt &readAt, qint64 size)
     }
     OggPages pages(readAt, size);
     ogg_page page{};
-    if (!findVorbis(pages, &page)) {
-        return true;
+    const auto codec = findSound(pages, &page);
+    if (!codec) {
+        return false;
     }
-    VorbisStream stream(ogg_page_serialno(&page));
-    VorbisStream::State state = stream.take(&page);
-    while (state == VorbisStream::State::Incomplete && pages.next(&page)) {
+    HeaderStream stream(ogg_page_serialno(&page), *codec);
+    HeaderStream::State state = stream.take(&page);
+    while (state == HeaderStream::State::Incomplete && pages.next(&page)) {
         state = stream.take(&page);
     }
-    return state == VorbisStream::State::Complete;
+    return state == HeaderStream::State::Complete;
 }

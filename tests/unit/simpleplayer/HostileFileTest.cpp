@@ -1,0 +1,199 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+// Files that are made to keep a player busy: they take little space, but claim to be huge.
+
+#include "PlayerTest.h"
+#include "support/LogCapture.h"
+#include <simpleplayer/UriSimplePlayer.h>
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QtEndian>
+
+#include <gmock/gmock.h>
+#include <ogg/ogg.h>
+
+using testing::HasSubstr;
+
+namespace {
+
+constexpr qint64 gibibyte = qint64(1) << 30;
+
+/// Far more than it takes, and far less than reading such a file.
+constexpr int promptMs = 3000;
+
+/// Where the second page of an Ogg file begins.
+int secondPage(const QByteArray &ogg)
+{
+    return ogg.indexOf("OggS", 1);
+}
+
+/// The headers of an Ogg file, which end where the third page does.
+QByteArray oggHeaders(const QByteArray &ogg)
+{
+    return ogg.left(ogg.indexOf("OggS", secondPage(ogg) + 1));
+}
+
+/// Pages of one packet that has no end.
+QByteArray endlessPacket(const QByteArray &ogg, int pages)
+{
+    constexpr int largestPage = 255 * 255;
+    QByteArray all;
+    QByteArray body(largestPage, 'x');
+    for (int i = 0; i < pages; ++i) {
+        QByteArray header = ogg.left(26) + char(255) + QByteArray(255, char(255));
+        header[5] = char(i == 0 ? 0 : 1); // continues the packet
+        qToLittleEndian(qint32(2 + i), header.data() + 18);
+        ogg_page page{};
+        page.header = reinterpret_cast<unsigned char *>(header.data());
+        page.header_len = header.size();
+        page.body = reinterpret_cast<unsigned char *>(body.data());
+        page.body_len = body.size();
+        ogg_page_checksum_set(&page);
+        all += header + body;
+    }
+    return all;
+}
+
+/// The most memory that this process has had since the last call.
+long peakKb()
+{
+    const QByteArray status = readFile(QStringLiteral("/proc/self/status"));
+    writeFile(QStringLiteral("/proc/self/clear_refs"), "5");
+    return status.mid(status.indexOf("VmHWM:") + 6).trimmed().split(' ').value(0).toLong();
+}
+
+} // namespace
+
+class HostileFileTest : public PlayerTest
+{
+protected:
+    /// A file that begins with these bytes and goes on with zeros, which take no space on disk.
+    QString sparse(const QByteArray &head, qint64 size)
+    {
+        QString file = path("huge");
+        writeFile(file, head);
+        EXPECT_TRUE(QFile::resize(file, size));
+        return file;
+    }
+
+    QByteArray encoded(int format)
+    {
+        writeSound(path("sound"), format, rate, sineSamples(24000, rate, 1000));
+        return readFile(path("sound"));
+    }
+    QByteArray vorbis() { return encoded(SF_FORMAT_OGG | SF_FORMAT_VORBIS); }
+
+    /// A RIFF header that promises as much as it can, and some bytes.
+    static QByteArray riff(const QByteArray &chunks)
+    {
+        QByteArray head("RIFF\0\0\0\0WAVE", 12);
+        qToLittleEndian(quint32(0x7ffffe00), head.data() + 4);
+        return head + chunks;
+    }
+
+    /// Plays the file, interrupts it with another sound, and destroys its player.
+    void expectInterrupted(const QString &file)
+    {
+        QElapsedTimer elapsed;
+        elapsed.start();
+        {
+            UriSimplePlayer hostile(file, QStringLiteral("hostile"), QStringLiteral("plain"),
+                                    nullptr);
+            if (hostile.play()) {
+                hostile.pause();
+            }
+            EXPECT_LT(elapsed.elapsed(), promptMs);
+            UriSimplePlayer urgent(counting(), QStringLiteral("urgent"), QStringLiteral("plain"),
+                                   nullptr);
+            ASSERT_TRUE(urgent.play());
+            EXPECT_TRUE(hasHeard(1));
+            hostile.play();
+            elapsed.restart();
+        }
+        EXPECT_LT(elapsed.elapsed(), promptMs);
+    }
+
+    void expectRefused(const QString &file, const std::string &reason)
+    {
+        m_devices.forget();
+        const LogCapture log("SimplePlayer");
+        UriSimplePlayer player(file, QStringLiteral("id"), QStringLiteral("plain"), nullptr);
+        EndSpy end(player);
+        if (player.play()) {
+            ASSERT_TRUE(end.hasEndedOnce());
+        }
+        ASSERT_EQ(log.countAt(log4cplus::ERROR_LOG_LEVEL), 1);
+        EXPECT_THAT(log.messages(log4cplus::ERROR_LOG_LEVEL)[0], HasSubstr(reason));
+        EXPECT_EQ(heard(), std::vector<float>());
+    }
+};
+
+TEST_F(HostileFileTest, ARiffHeaderWithZerosBehindItIsRefused)
+{
+    const QString file = sparse(riff({}), 4 * gibibyte);
+    expectInterrupted(file);
+    expectRefused(file, "is damaged: no samples follow its first 64 chunks");
+}
+
+TEST_F(HostileFileTest, ARiffHeaderWithoutALengthAndManyEmptyChunksCanBeInterrupted)
+{
+    QByteArray chunks;
+    for (int i = 0; i < 1'000'000; ++i) {
+        chunks += QByteArray("junk\0\0\0\0", 8);
+    }
+    QByteArray head = riff(chunks);
+    qToLittleEndian(quint32(0), head.data() + 4);
+    expectInterrupted(sparse(head, 4 * gibibyte));
+}
+
+TEST_F(HostileFileTest, AnOggPageWithZerosBehindItIsRefused)
+{
+    const QByteArray ogg = vorbis();
+    const QString file = sparse(ogg.left(secondPage(ogg)), 64 * gibibyte);
+    expectInterrupted(file);
+    expectRefused(file, "is cut off or damaged at its beginning");
+}
+
+TEST_F(HostileFileTest, OggHeadersWithZerosBehindThemCanBeInterrupted)
+{
+    for (const int codec : {SF_FORMAT_VORBIS, SF_FORMAT_OPUS}) {
+        const QByteArray ogg = encoded(SF_FORMAT_OGG | codec);
+        expectInterrupted(sparse(oggHeaders(ogg), 64 * gibibyte));
+        expectInterrupted(sparse(ogg, 64 * gibibyte));
+    }
+}
+
+TEST_F(HostileFileTest, AnMp3WithZerosBehindItCanBeInterrupted)
+{
+    const QByteArray mp3 = encoded(SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III);
+    expectInterrupted(sparse(mp3, 64 * gibibyte));
+    expectInterrupted(sparse("ID3", 64 * gibibyte));
+}
+
+TEST_F(HostileFileTest, AFlacWithZerosBehindItCanBeInterrupted)
+{
+    const QByteArray flac = encoded(SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
+    expectInterrupted(sparse(flac, 64 * gibibyte));
+    expectInterrupted(sparse(flac.left(42), 64 * gibibyte));
+}
+
+TEST_F(HostileFileTest, AnOggPacketWithoutEndTakesLittleMemory)
+{
+    constexpr int pages = 1500; // 97 MB
+    constexpr long maxGrowthKb = 48 << 10;
+    const QByteArray ogg = vorbis();
+    for (const QByteArray &head : {ogg.left(secondPage(ogg)), oggHeaders(ogg)}) {
+        writeFile(path("huge"), head + endlessPacket(ogg, pages));
+        UriSimplePlayer player(path("huge"), QStringLiteral("id"), QStringLiteral("plain"),
+                               nullptr);
+        EndSpy end(player);
+        peakKb();
+        const long before = peakKb();
+        if (player.play()) {
+            EXPECT_TRUE(end.hasEndedOnce());
+        }
+        EXPECT_LT(peakKb(), before + maxGrowthKb);
+    }
+}
