@@ -4,8 +4,8 @@
 #include "core/records/cmpath.h"
 
 #include "core/base/stream.h"
+#include "core/records/secrethash.h"
 
-#include <QHash>
 #include <QStringView>
 #include <QVarLengthArray>
 
@@ -47,12 +47,12 @@ uint hashOfJoined(const QString &prefix, const QString &segment)
 {
     QVarLengthArray<QChar, 256> text(prefix.size() + 1 + segment.size());
     join(prefix, segment, text.data());
-    return qHash(QStringView(text.constData(), text.size()));
+    return cmSecretHash(QStringView(text.constData(), text.size()));
 }
 } // namespace
 
 CMPath::Data::Data(const QString &canonical)
-    : hash(qHash(canonical))
+    : hash(cmSecretHash(canonical))
     , prefix(canonical)
 {
 }

@@ -4,11 +4,13 @@
 #include "core/records/cmpath.h"
 
 #include "core/base/stream.h"
+#include "support/CollidingTexts.h"
 
 #include <QHash>
 
 #include <gtest/gtest.h>
 
+#include <set>
 #include <sstream>
 
 namespace {
@@ -85,6 +87,38 @@ TEST(CMPathTest, SharesItsHashWithEqualPaths)
     EXPECT_EQ(qHash(path("/a/b")), qHash(path("a/b")));
     EXPECT_EQ(qHash(path("/a") + "b"), qHash(path("/a/b")));
     EXPECT_NE(qHash(path("/a/b")), qHash(path("/a/c")));
+}
+
+TEST(CMPathTest, HasAHashThatNobodyCanForesee)
+{
+    constexpr int bits = 12;
+    for (const std::vector<QString> &texts : {textsOfOneHash(bits), textsOfOneSeededHash(bits)}) {
+        ASSERT_EQ(std::set<QString>(texts.begin(), texts.end()).size(), 1U << bits);
+        std::set<uint> hashes;
+        std::set<uint> hashesOfJoined;
+        for (const QString &each : texts) {
+            hashes.insert(CMPath("/a/" + each).hash());
+            hashesOfJoined.insert((path("/a") + each).hash());
+        }
+        // Some may be equal by chance.
+        EXPECT_GT(hashes.size(), (1U << bits) - 5);
+        EXPECT_GT(hashesOfJoined.size(), (1U << bits) - 5);
+    }
+}
+
+TEST(CMPathTest, HasAHashOfEachCharacter)
+{
+    std::set<uint> hashes;
+    for (int length = 1; length < 40; ++length) {
+        const QString text(length, 'x');
+        hashes.insert(CMPath(text).hash());
+        for (int i = 0; i < length; ++i) {
+            hashes.insert(CMPath(QString(text).replace(i, 1, 'y')).hash());
+            hashes.insert(CMPath(QString(text).replace(i, 1, QChar(QChar::Null))).hash());
+        }
+    }
+    // Two may be equal by chance.
+    EXPECT_GT(hashes.size(), 39U + 2 * 39 * 40 / 2 - 5);
 }
 
 TEST(CMPathTest, IsFoundInAHashByAnEqualPath)

@@ -2,14 +2,18 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "Recorders.h"
+#include "support/CollidingTexts.h"
 #include "support/EventLoop.h"
+#include "support/TimeOf.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
+#include <random>
 #include <vector>
 
-// These tests need no clock: with quadratic work they would exceed the time limit of a test.
+// Most of these tests need no clock: with quadratic work they would exceed the time limit of a test.
 
 namespace {
 constexpr int many = 100000;
@@ -141,4 +145,40 @@ TEST(ScaleTest, AHundredThousandRequestsWaitForTheirTurn)
     settle();
     EXPECT_EQ(echo.calls, many);
     EXPECT_EQ(replies.back().value(), QVariant(many - 1));
+}
+
+namespace {
+/// The time that publishing, finding and subscribing to nodes with these names take.
+qint64 timeOfNodes(const std::vector<QString> &names)
+{
+    return processorTimeOf([&names] {
+        CMNodesWorker worker({}, QStringLiteral("Test"));
+        ChangeRecorder receiver;
+        for (const QString &name : names) {
+            const CMPath path = base + name;
+            CMValueNode::create(worker.nodes(), path);
+            CMRoot()->getValue(path);
+            CMRoot()->connectValueChange(path, &receiver, &ChangeRecorder::on_value_changed);
+        }
+        for (const QString &name : names) {
+            CMRoot()->disconnectValueChange(base + name, &receiver,
+                                            &ChangeRecorder::on_value_changed);
+        }
+    });
+}
+} // namespace
+
+TEST(ScaleTest, NodesThatAnAttackerHasNamedTakeNoLongerThanOthers)
+{
+    constexpr int bits = 13;
+    for (const std::vector<QString> &texts : {textsOfOneHash(bits), textsOfOneSeededHash(bits)}) {
+        std::vector<QString> others = texts;
+        std::mt19937 random(1);
+        for (QString &text : others) {
+            for (QChar &character : text) {
+                character = QChar(ushort('a' + random() % 26));
+            }
+        }
+        EXPECT_LT(timeOfNodes(texts), 5 * timeOfNodes(others));
+    }
 }

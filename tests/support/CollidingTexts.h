@@ -1,0 +1,74 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <QHash>
+#include <QString>
+
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+/// 2^bits texts with equal qHash() without a seed, and on processors for which Qt has no faster hash, with
+/// every seed.
+inline std::vector<QString> textsOfOneHash(int bits)
+{
+    std::vector<QString> texts;
+    for (int number = 0; number < 1 << bits; ++number) {
+        QString text;
+        for (int bit = 0; bit < bits; ++bit) {
+            // 31 * 'A' + 'a' = 31 * 'B' + 'B'
+            text += QLatin1String((number >> bit & 1) != 0 ? "Aa" : "BB");
+        }
+        texts.push_back(text);
+    }
+    return texts;
+}
+
+/// 2^bits texts with equal qHash() with every seed, which Qt makes a CRC where the processor can compute
+/// one. In a CRC, changing a bit of a text always changes the same bits of the hash. So it takes linear
+/// algebra to find changes that cancel each other.
+inline std::vector<QString> textsOfOneSeededHash(int bits)
+{
+    constexpr uint seed = 1;
+    constexpr int bitsPerCharacter = 4;
+    const QString base(12, QLatin1Char('@'));
+    const auto changed = [&base](std::uint64_t changes) {
+        QString text = base;
+        for (int i = 0; i < text.size(); ++i, changes >>= bitsPerCharacter) {
+            text[i] = QChar(ushort(text[i].unicode() | (changes & 0xf)));
+        }
+        return text;
+    };
+    std::vector<std::pair<uint, std::uint64_t>> basis; // of hashes, each with its changes
+    std::vector<std::uint64_t> cancelling;
+    for (int bit = 0; bit < base.size() * bitsPerCharacter; ++bit) {
+        std::uint64_t changes = std::uint64_t(1) << bit;
+        uint hash = qHash(changed(changes), seed) ^ qHash(base, seed);
+        for (const auto &[basisHash, basisChanges] : basis) {
+            if ((hash ^ basisHash) < hash) {
+                hash ^= basisHash;
+                changes ^= basisChanges;
+            }
+        }
+        if (hash == 0) {
+            cancelling.push_back(changes);
+        } else {
+            basis.emplace_back(hash, changes);
+        }
+    }
+    if (int(cancelling.size()) < bits ||
+        qHash(changed(cancelling.front()), seed + 1) != qHash(base, seed + 1)) {
+        return textsOfOneHash(bits);
+    }
+    std::vector<QString> texts;
+    for (int number = 0; number < 1 << bits; ++number) {
+        std::uint64_t changes = 0;
+        for (int bit = 0; bit < bits; ++bit) {
+            changes ^= (number >> bit & 1) != 0 ? cancelling[std::size_t(bit)] : 0;
+        }
+        texts.push_back(changed(changes));
+    }
+    return texts;
+}
