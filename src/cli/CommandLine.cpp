@@ -3,66 +3,112 @@
 
 #include "cli/CommandLine.h"
 
-#include "cli/definition/Definition.h"
+#include "cli/definition/Commands.h"
 #include "cli/reference/Writers.h"
-#include <CLI/CLI.hpp>
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+
+#include <cstdlib>
 
 namespace {
-const char *const description = "Plays and shows notifications on a device that runs tavo-host, "
-                                "and reads the host's model.";
-
-const char *const footer =
-    "On a terminal, the output has colours and a live line. An error is printed as one line on "
-    "standard error.\n\n"
-    "Environment:\n"
-    "  TAVO_BUS   the bus, unless --bus names one\n"
-    "  NO_COLOR   if set and not empty: no colours";
-
-std::string replyTimeoutError(const std::string &text)
+/// The names as the parser expects them: "-w,--wait", or "FILE" of a positional argument.
+std::string joinedNames(const OptionDefinition &definition)
 {
-    constexpr double min = 0.01;
-    constexpr double max = 86400;
-    double seconds = 0;
-    const bool isNumber = CLI::detail::lexical_cast(text, seconds);
-    // Written so that not-a-number is refused as well.
-    return isNumber && seconds >= min && seconds <= max ? ""
-                                                        : "must be a number from 0.01 to 86400";
+    std::string names;
+    for (const std::string &name : definition.names) {
+        names += (names.empty() ? "" : ",") + name;
+    }
+    return definition.isPositional() ? definition.valueName : names;
 }
 
-std::string busError(const std::string &text)
+/// Stores a value that has passed its check.
+void store(const std::string &value, const OptionDefinition::Target &target, Options &options)
 {
-    const bool isAddress = text.find(':') != std::string::npos;
-    return isAddress || text == "session" || text == "system"
-               ? ""
-               : "must be session, system or a bus address such as unix:path=/run/bus";
+    if (const auto *text = std::get_if<std::string Options::*>(&target)) {
+        options.*(*text) = value;
+    } else if (const auto *integer = std::get_if<int Options::*>(&target)) {
+        options.*(*integer) = std::atoi(value.c_str());
+    } else if (const auto *number = std::get_if<double Options::*>(&target)) {
+        options.*(*number) = std::strtod(value.c_str(), nullptr);
+    }
 }
 
-void defineGlobalOptions(CLI::App &app, Options &options)
+void addCheck(CLI::Option &option, const ValueCheck &check)
 {
-    app.set_help_flag("-h,--help", "Show the help; after a command, that of the command");
-    app.set_version_flag("--version", "tavo " TAVO_VERSION, "Show the version");
-    app.add_option("--bus", options.bus, "session, system or a bus address (session)")
-        ->envname("TAVO_BUS")
-        ->check(CLI::Validator(busError, ""))
-        ->type_name(ValueName::bus);
-    app.add_flag("--json", options.json, "Print JSON");
-    app.add_option("--reply-timeout", options.replyTimeoutSeconds,
-                   "How long to wait for a reply of the bus or the host (10)")
-        ->check(CLI::Validator(replyTimeoutError, ""))
-        ->type_name(ValueName::seconds);
-    // An option without a group is left out of the help.
-    app.add_option("--generate", options.generate)
-        ->check(CLI::IsMember({"man", "bash", "zsh", "fish"}))
-        ->group("");
+    const auto complaint = [check](const std::string &value) -> std::string {
+        return check.accepts(value) ? "" : check.requirement;
+    };
+    option.check(CLI::Validator(complaint, ""));
 }
 
-CommandLineEnd help(const CLI::App &app)
+void addOption(CLI::App &app, const OptionDefinition &definition, Options &options)
 {
-    const Reference reference = Reference::of(app);
+    const std::string names = joinedNames(definition);
+    if (const auto *flag = std::get_if<bool Options::*>(&definition.target)) {
+        app.add_flag(names, options.*(*flag));
+        return;
+    }
+    const auto storeFirst = [&options, target = definition.target](const CLI::results_t &values) {
+        store(values.front(), target, options);
+        return true;
+    };
+    CLI::Option *option = app.add_option(names, storeFirst);
+    option->type_name(definition.valueName);
+    option->required(definition.isRequired);
+    option->envname(definition.environmentVariable);
+    if (definition.check.accepts != nullptr) {
+        addCheck(*option, definition.check);
+    }
+}
+
+void addOptions(CLI::App &app, const CommandDefinition &definition, Options &options)
+{
+    for (const auto *group : {&definition.positionals, &definition.options}) {
+        for (const OptionDefinition &option : *group) {
+            const bool hasTarget = !std::holds_alternative<std::monostate>(option.target);
+            if (hasTarget) {
+                addOption(app, option, options);
+            }
+        }
+    }
+}
+
+bool isReference(const std::string &kind)
+{
+    return kind == "man" || kind == "bash" || kind == "zsh" || kind == "fish";
+}
+
+/// Sets the parser up to store values in the options.
+void prepare(CLI::App &app, const Definition &definition, Options &options)
+{
+    app.set_help_flag("-h,--help");
+    app.set_version_flag("--version", "tavo " TAVO_VERSION);
+    addOptions(app, definition.program, options);
+    // Not in the definition: it is left out of the help.
+    addOption(app,
+              {{"--generate"},
+               "KIND",
+               "",
+               &Options::generate,
+               {isReference, "must be man, bash, zsh or fish"}},
+              options);
+    for (const CommandDefinition &command : definition.commands) {
+        CLI::App *added = app.add_subcommand(command.name);
+        // The global options may also follow the command's name.
+        added->fallthrough();
+        addOptions(*added, command, options);
+    }
+    // At most one subcommand: a command's argument may be spelled like another command.
+    app.require_subcommand(0, 1);
+}
+
+CommandLineEnd help(const CLI::App &app, const Definition &definition)
+{
     const auto used = app.get_subcommands();
     return {ExitCode::Ok, used.empty()
-                              ? helpText(reference)
-                              : helpText(reference, *reference.find(used.front()->get_name()))};
+                              ? helpText(definition)
+                              : helpText(definition, *definition.find(used.front()->get_name()))};
 }
 
 CommandLineEnd wrongArguments(const CLI::App &app, const CLI::Error &error)
@@ -81,36 +127,28 @@ CommandLineEnd wrongArguments(const CLI::App &app, const CLI::Error &error)
 }
 } // namespace
 
-std::unique_ptr<CLI::App> defineCommandLine(Options &options)
-{
-    auto app = std::make_unique<CLI::App>(description, "tavo");
-    app->footer(footer);
-    defineGlobalOptions(*app, options);
-    defineNotificationCommands(*app, options);
-    defineModelCommands(*app, options);
-    defineOverviewCommands(*app, options);
-    // At most one subcommand: a command's argument may be spelled like another command.
-    app->require_subcommand(0, 1);
-    return app;
-}
-
 Result<Options, CommandLineEnd> readCommandLine(int argc, const char *const *argv)
 {
+    const Definition definition = commandLineDefinition();
     Options options;
-    const auto app = defineCommandLine(options);
+    CLI::App app("", "tavo");
+    prepare(app, definition, options);
     try {
-        app->parse(argc, argv);
+        app.parse(argc, argv);
     } catch (const CLI::CallForHelp &) {
-        return help(*app);
+        return help(app, definition);
     } catch (const CLI::CallForVersion &version) {
         return CommandLineEnd{ExitCode::Ok, version.what()};
     } catch (const CLI::Error &error) {
-        return wrongArguments(*app, error);
+        return wrongArguments(app, error);
     }
+    const auto used = app.get_subcommands();
     if (!options.generate.empty()) {
         options.command = Options::Command::Generate;
-    } else if (app->get_subcommands().empty()) {
+    } else if (used.empty()) {
         return CommandLineEnd{ExitCode::Usage, "tavo: no command was given. See tavo --help."};
+    } else {
+        options.command = definition.find(used.front()->get_name())->command;
     }
     return options;
 }

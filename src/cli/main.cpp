@@ -4,8 +4,8 @@
 #include "base/StopSignals.h"
 #include "cli/CommandLine.h"
 #include "cli/commands/Command.h"
+#include "cli/definition/Commands.h"
 #include "cli/reference/Writers.h"
-#include <CLI/App.hpp>
 
 #include <QCoreApplication>
 
@@ -24,9 +24,7 @@ int exitWith(const CommandLineEnd &end)
 
 int generate(const std::string &kind)
 {
-    Options options;
-    const Reference reference = Reference::of(*defineCommandLine(options));
-    const auto text = writeReference(reference, kind);
+    const auto text = writeReference(commandLineDefinition(), kind);
     const bool isWritten =
         text && std::fputs(text->c_str(), stdout) >= 0 && std::fflush(stdout) == 0;
     return static_cast<int>(isWritten ? ExitCode::Ok : ExitCode::SystemError);

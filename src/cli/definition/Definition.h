@@ -4,59 +4,69 @@
 #pragma once
 
 #include "cli/Options.h"
-#include <CLI/App.hpp>
-#include <CLI/Validators.hpp>
 
-#include <charconv>
 #include <string>
-#include <system_error>
+#include <variant>
+#include <vector>
 
-// Each function defines the commands of one kind. Help, man page and completions list the commands in
-// the order in which they are added.
-void defineNotificationCommands(CLI::App &app, Options &options);
-void defineModelCommands(CLI::App &app, Options &options);
-void defineOverviewCommands(CLI::App &app, Options &options);
-
-/// Adds a command. The details are paragraphs; the examples are lines.
-inline CLI::App *addCommand(CLI::App &app, Options &options, Options::Command command,
-                            const std::string &name, const std::string &summary,
-                            const std::string &details, const std::string &examples)
+/// What an option's value must be. By default anything is accepted.
+struct ValueCheck
 {
-    CLI::App *added = app.add_subcommand(name, summary);
-    // The global options may also follow the command's name.
-    added->fallthrough();
-    added->footer(details + "\n\nExamples:\n" + examples);
-    added->callback([&options, command] { options.command = command; });
-    return added;
-}
+    bool (*accepts)(const std::string &value) = nullptr;
+    const char *requirement = ""; ///< the error message, "must be ..."
+};
 
-/// Accepts integers from 0 to the largest int, and adds nothing to the help.
-inline CLI::Validator notNegative()
+/// An option, a flag or a positional argument.
+struct OptionDefinition
 {
-    const auto complaint = [](const std::string &text) -> std::string {
-        int number = -1;
-        const char *end = text.data() + text.size();
-        const auto [stop, error] = std::from_chars(text.data(), end, number);
-        return error == std::errc() && stop == end && number >= 0
-                   ? ""
-                   : "must be an integer from 0 to 2147483647";
-    };
-    return CLI::Validator(complaint, "");
-}
+    /// Where the value goes. --help and --version have no target.
+    using Target = std::variant<std::monostate, bool Options::*, int Options::*, double Options::*,
+                                std::string Options::*>;
 
-/// The names of values in the help. The completions offer values by these names.
-namespace ValueName {
-constexpr const char *file = "FILE";
-constexpr const char *path = "PATH";
-constexpr const char *json = "JSON";
-constexpr const char *title = "TITLE";
-constexpr const char *message = "MESSAGE";
-constexpr const char *id = "ID";
-constexpr const char *idOrPath = "ID|PATH";
-constexpr const char *number = "N";
-constexpr const char *milliseconds = "MS";
-constexpr const char *seconds = "SECONDS";
-constexpr const char *format = "FORMAT";
-constexpr const char *bus = "BUS";
-constexpr const char *priority = "PRIORITY";
-} // namespace ValueName
+    std::vector<std::string> names; ///< "-w", "--wait"; empty for a positional argument
+    std::string valueName;          ///< empty for a flag
+    std::string description;
+    Target target = {};
+    ValueCheck check = {};
+    bool isRequired = false;
+    const char *environmentVariable = ""; ///< has the value if the option is not given
+
+    bool isPositional() const { return names.empty(); }
+    /// "-p, --priority PRIORITY"
+    std::string synopsis() const;
+};
+
+/// A paragraph, or lines below a heading.
+struct TextBlock
+{
+    std::string heading; ///< empty for a paragraph
+    std::vector<std::string> lines;
+};
+
+/// A command and its documentation.
+struct CommandDefinition
+{
+    Options::Command command = {};
+    std::string name;
+    std::string summary;
+    std::vector<TextBlock> text = {};
+    std::vector<OptionDefinition> positionals = {};
+    std::vector<OptionDefinition> options = {};
+
+    /// "[OPTIONS] FILE"
+    std::string synopsis() const;
+};
+
+/// The commands, the options and their descriptions: what the parser accepts, and the source of
+/// --help, the man page and the completions.
+struct Definition
+{
+    CommandDefinition program; ///< its options can be used with every command
+    std::vector<CommandDefinition> commands;
+
+    const CommandDefinition *find(const std::string &command) const;
+};
+
+/// Splits a text at its empty lines. If the first line of a part ends with a colon and the others are
+/// indented, it is a heading with lines, else a paragraph.
+std::vector<TextBlock> textBlocks(const std::string &text);

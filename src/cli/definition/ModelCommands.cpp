@@ -1,20 +1,18 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "cli/definition/Definition.h"
-#include <CLI/Option.hpp>
+#include "cli/definition/Commands.h"
 
 namespace {
-CLI::Option *addPath(CLI::App &command, Options &options, const char *description)
+OptionDefinition path(const char *description, bool isRequired)
 {
-    return command.add_option(ValueName::path, options.path, description)
-        ->type_name(ValueName::path);
+    return {{}, ValueName::path, description, &Options::path, {}, isRequired};
 }
 
-void defineWatch(CLI::App &app, Options &options)
+CommandDefinition watch()
 {
-    CLI::App *watch = addCommand(
-        app, options, Options::Command::Watch, "watch", "Print changes until interrupted",
+    CommandDefinition command{Options::Command::Watch, "watch", "Print changes until interrupted"};
+    command.text = commandText(
         "Prints what is at PATH, and then a line for each change: a new value, rows that were "
         "inserted or removed, a node that appeared or disappeared. Without PATH, watches the "
         "sounds, the display, the main audio and the power manager. If the host goes away, waits "
@@ -22,68 +20,73 @@ void defineWatch(CLI::App &app, Options &options)
         "  tavo watch\n"
         "  tavo watch /player/mainAudio/state\n"
         "  tavo watch --json /notifications/display/queue | jq .rows");
-    addPath(*watch, options, "The node to watch");
+    command.positionals = {path("The node to watch", false)};
+    return command;
 }
 
-void defineGet(CLI::App &app, Options &options)
+CommandDefinition get()
 {
-    CLI::App *get = addCommand(
-        app, options, Options::Command::Get, "get", "Read a node's value",
+    CommandDefinition command{Options::Command::Get, "get", "Read a node's value"};
+    command.text = commandText(
         "Prints a string or a number unchanged, and a record as one line for each field.",
         "  tavo get /notifications/player/isPlaying\n"
         "  tavo get --json /player/mainAudio/state");
-    addPath(*get, options, "The node")->required();
+    command.positionals = {path("The node", true)};
+    return command;
 }
 
-void defineRows(CLI::App &app, Options &options)
+CommandDefinition rows()
 {
-    CLI::App *rows =
-        addCommand(app, options, Options::Command::Rows, "rows", "Read the rows of a list",
-                   "Prints each row as tavo get prints a value, with a blank line between records.",
-                   "  tavo rows /notifications/display/queue\n"
-                   "  tavo rows --first 10 --count 5 --json /notifications/display/queue");
-    addPath(*rows, options, "The node")->required();
-    rows->add_option("--first", options.first, "Index of the first row to read (0)")
-        ->check(notNegative())
-        ->type_name(ValueName::number);
-    rows->add_option("-n,--count", options.count, "Read at most N rows (all)")
-        ->check(notNegative())
-        ->type_name(ValueName::number);
+    CommandDefinition command{Options::Command::Rows, "rows", "Read the rows of a list"};
+    command.text = commandText(
+        "Prints each row as tavo get prints a value, with a blank line between records.",
+        "  tavo rows /notifications/display/queue\n"
+        "  tavo rows --first 10 --count 5 --json /notifications/display/queue");
+    command.positionals = {path("The node", true)};
+    command.options = {{{"--first"},
+                        ValueName::number,
+                        "Index of the first row to read (0)",
+                        &Options::first,
+                        notNegative()},
+                       {{"-n", "--count"},
+                        ValueName::number,
+                        "Read at most N rows (all)",
+                        &Options::count,
+                        notNegative()}};
+    return command;
 }
 
-void defineCall(CLI::App &app, Options &options)
+CommandDefinition call()
 {
-    CLI::App *call = addCommand(
-        app, options, Options::Command::Call, "call", "Send a request and print the reply",
+    CommandDefinition command{Options::Command::Call, "call", "Send a request and print the reply"};
+    command.text = commandText(
         "JSON is the value to send; - reads it from standard input. Without JSON, the request has "
         "no value. An integer is sent as an integer, any other number as a double, an object as a "
         "record. Bytes are written as {\"base64\": \"...\"}, in replies too.",
         "  tavo call /player/mainAudio/volume 0.4\n"
         "  tavo call /player/mainAudio/play '{\"string\": \"/srv/music/evening.flac\"}'\n"
         "  tavo call /powerManager/standby");
-    addPath(*call, options, "The node")->required();
-    call->add_option(ValueName::json, options.value, "The value to send, or - for standard input")
-        ->type_name(ValueName::json);
+    command.positionals = {
+        path("The node", true),
+        {{}, ValueName::json, "The value to send, or - for standard input", &Options::value}};
+    return command;
 }
 
-void defineTree(CLI::App &app, Options &options)
+CommandDefinition tree()
 {
-    CLI::App *tree = addCommand(
-        app, options, Options::Command::Tree, "tree", "List the nodes of the model",
+    CommandDefinition command{Options::Command::Tree, "tree", "List the nodes of the model"};
+    command.text = commandText(
         "Prints a tree on a terminal. Elsewhere prints one line for each node: its path, its kind "
         "(value, list or request) and its title, separated by tabs.",
         "  tavo tree\n"
         "  tavo tree /player\n"
         "  tavo tree | grep -w request");
-    addPath(*tree, options, "The node to begin at (/)");
+    command.positionals = {path("The node to begin at (/)", false)};
+    return command;
 }
 } // namespace
 
-void defineModelCommands(CLI::App &app, Options &options)
+std::vector<CommandDefinition> modelCommands()
 {
-    defineWatch(app, options);
-    defineGet(app, options);
-    defineRows(app, options);
-    defineCall(app, options);
-    defineTree(app, options);
+    return {watch(), get(), rows(), call(), tree()};
 }

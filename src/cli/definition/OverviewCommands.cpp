@@ -1,23 +1,36 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "cli/definition/Definition.h"
+#include "cli/definition/Commands.h"
 
-void defineOverviewCommands(CLI::App &app, Options &options)
+namespace {
+CommandDefinition status()
 {
-    addCommand(
-        app, options, Options::Command::Status, "status", "Show what is going on",
+    CommandDefinition command{Options::Command::Status, "status", "Show what is going on"};
+    command.text = commandText(
         "Prints whether a notification sounds, what the main audio plays and whether it is ducked, "
         "which message is on display and how many wait, and which modules hold which resource. "
         "Waiting sounds are not printed: the model does not have them.",
         "  tavo status\n"
         "  tavo status --json | jq .audio.ducked");
-    addCommand(
-        app, options, Options::Command::Doctor, "doctor",
-        "Find out what is missing and how to fix it",
+    return command;
+}
+
+CommandDefinition doctor()
+{
+    CommandDefinition command{Options::Command::Doctor, "doctor",
+                              "Find out what is missing and how to fix it"};
+    command.text = commandText(
         "Checks the bus, the host on it, the host's modules, the desktop notifications and the "
         "sound devices. Each problem is printed with a remedy. The exit code is 1 if something is "
         "missing.",
         "  tavo doctor\n"
         "  tavo --bus system doctor --json");
+    return command;
+}
+} // namespace
+
+std::vector<CommandDefinition> overviewCommands()
+{
+    return {status(), doctor()};
 }

@@ -22,10 +22,10 @@ std::string offer(const std::string &valueName)
     return ":";
 }
 
-std::string optionNames(const CommandReference &command)
+std::string optionNames(const CommandDefinition &command)
 {
     std::string names;
-    for (const OptionReference &option : command.options) {
+    for (const OptionDefinition &option : command.options) {
         for (const std::string &name : option.names) {
             names += (names.empty() ? "" : " ") + name;
         }
@@ -33,10 +33,10 @@ std::string optionNames(const CommandReference &command)
     return names;
 }
 
-std::string commandNames(const Reference &reference)
+std::string commandNames(const Definition &definition)
 {
     std::string names;
-    for (const CommandReference &command : reference.commands) {
+    for (const CommandDefinition &command : definition.commands) {
         names += (names.empty() ? "" : " ") + command.name;
     }
     return names;
@@ -51,22 +51,22 @@ std::string valueCases(const std::map<std::string, std::string> &valued)
     return cases;
 }
 
-std::string optionCases(const Reference &reference)
+std::string optionCases(const Definition &definition)
 {
     std::string cases;
-    for (const CommandReference &command : reference.commands) {
+    for (const CommandDefinition &command : definition.commands) {
         cases += "            " + command.name +
                  ") options+=" + shellQuoted(' ' + optionNames(command)) + " ;;\n";
     }
     return cases;
 }
 
-std::string positionalCases(const Reference &reference)
+std::string positionalCases(const Definition &definition)
 {
     std::string cases;
-    for (const CommandReference &command : reference.commands) {
+    for (const CommandDefinition &command : definition.commands) {
         int place = 0;
-        for (const OptionReference &positional : command.positionals) {
+        for (const OptionDefinition &positional : command.positionals) {
             cases += "        " + command.name + ':' + std::to_string(place++) + ") " +
                      offer(positional.valueName) + " ;;\n";
         }
@@ -104,9 +104,9 @@ _tavo() {
 )";
 } // namespace
 
-std::string bashCompletion(const Reference &reference)
+std::string bashCompletion(const Definition &definition)
 {
-    const auto valued = valuedOptions(reference);
+    const auto valued = valuedOptions(definition);
     std::string names;
     for (const auto &each : valued) {
         names += (names.empty() ? "" : " | ") + each.first;
@@ -130,17 +130,17 @@ std::string bashCompletion(const Reference &reference)
             "    esac\n"
             "    if [[ $current == -* ]]; then\n"
             "        options=" +
-            shellQuoted(optionNames(reference.program)) +
+            shellQuoted(optionNames(definition.program)) +
             "\n"
             "        case $command in\n" +
-            optionCases(reference) +
+            optionCases(definition) +
             "        esac\n"
             "        _tavo_offer -W \"$options\"\n"
             "        return\n"
             "    fi\n"
             "    case ${command:+$command:$place} in\n"
             "        '') _tavo_offer -W " +
-            shellQuoted(commandNames(reference)) + " ;;\n" + positionalCases(reference) +
+            shellQuoted(commandNames(definition)) + " ;;\n" + positionalCases(definition) +
             "    esac\n"
             "}\n"
             "complete -F _tavo tavo\n");

@@ -3,7 +3,7 @@
 
 #include "cli/reference/Completions.h"
 
-#include "cli/definition/Definition.h"
+#include "cli/definition/Commands.h"
 
 std::string offeredWords(const std::string &valueName)
 {
@@ -27,11 +27,11 @@ ValueOffer offerFor(const std::string &valueName)
     return offeredWords(valueName).empty() ? ValueOffer::Nothing : ValueOffer::Words;
 }
 
-std::map<std::string, std::string> valuedOptions(const Reference &reference)
+std::map<std::string, std::string> valuedOptions(const Definition &definition)
 {
     std::map<std::string, std::string> valued;
-    const auto add = [&valued](const CommandReference &command) {
-        for (const OptionReference &option : command.options) {
+    const auto add = [&valued](const CommandDefinition &command) {
+        for (const OptionDefinition &option : command.options) {
             for (const std::string &name : option.names) {
                 if (!option.valueName.empty()) {
                     valued.emplace(name, option.valueName);
@@ -39,8 +39,8 @@ std::map<std::string, std::string> valuedOptions(const Reference &reference)
             }
         }
     };
-    add(reference.program);
-    for (const CommandReference &command : reference.commands) {
+    add(definition.program);
+    for (const CommandDefinition &command : definition.commands) {
         add(command);
     }
     return valued;

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "cli/reference/Reference.h"
+#include "cli/definition/Definition.h"
 
 #include <map>
 #include <string>
@@ -18,7 +18,7 @@ std::string offeredWords(const std::string &valueName);
 
 /// The options of the program and all commands that take a value, with the names of the values. An
 /// option means the same in every command.
-std::map<std::string, std::string> valuedOptions(const Reference &reference);
+std::map<std::string, std::string> valuedOptions(const Definition &definition);
 
 // Print one path on each line. The timeout is short: somebody is typing.
 constexpr const char *s_listNodes = "tavo --reply-timeout 1 tree 2>/dev/null | cut -f 1";

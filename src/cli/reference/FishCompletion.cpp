@@ -25,18 +25,18 @@ std::string offer(const std::string &valueName)
     return {};
 }
 
-std::string option(const OptionReference &reference, const std::string &condition)
+std::string option(const OptionDefinition &definition, const std::string &condition)
 {
     std::string line = std::string(s_complete) + condition;
-    for (const std::string &name : reference.names) {
+    for (const std::string &name : definition.names) {
         const bool isLong = name.size() > 2;
         line += isLong ? " -l " + name.substr(2) : " -s " + name.substr(1);
     }
-    if (!reference.valueName.empty()) {
-        line += (offerFor(reference.valueName) == ValueOffer::Files ? " -r" : " -x") +
-                offer(reference.valueName);
+    if (!definition.valueName.empty()) {
+        line += (offerFor(definition.valueName) == ValueOffer::Files ? " -r" : " -x") +
+                offer(definition.valueName);
     }
-    return line + " -d " + shellQuoted(reference.description) + '\n';
+    return line + " -d " + shellQuoted(definition.description) + '\n';
 }
 
 /// The condition that this command was typed and, if a place is given, that many arguments after it.
@@ -45,17 +45,17 @@ std::string when(const std::string &command, const std::string &place = {})
     return " -n " + shellQuoted("__tavo_is " + command + (place.empty() ? "" : ' ' + place));
 }
 
-std::string command(const CommandReference &reference)
+std::string command(const CommandDefinition &definition)
 {
-    std::string lines = std::string(s_complete) + " -n __tavo_is -a " + reference.name + " -d " +
-                        shellQuoted(reference.summary) + '\n';
-    for (const OptionReference &each : reference.options) {
+    std::string lines = std::string(s_complete) + " -n __tavo_is -a " + definition.name + " -d " +
+                        shellQuoted(definition.summary) + '\n';
+    for (const OptionDefinition &each : definition.options) {
         const bool isEverywhere = each.names.back() == "--help";
-        lines += isEverywhere ? std::string() : option(each, when(reference.name));
+        lines += isEverywhere ? std::string() : option(each, when(definition.name));
     }
     int place = 0;
-    for (const OptionReference &positional : reference.positionals) {
-        const std::string condition = when(reference.name, std::to_string(place++));
+    for (const OptionDefinition &positional : definition.positionals) {
+        const std::string condition = when(definition.name, std::to_string(place++));
         const std::string values = offer(positional.valueName);
         if (!values.empty()) {
             lines.append(s_complete).append(condition).append(values).append("\n");
@@ -65,10 +65,10 @@ std::string command(const CommandReference &reference)
 }
 
 /// The function that the conditions call.
-std::string conditionFunction(const Reference &reference)
+std::string conditionFunction(const Definition &definition)
 {
     std::string names;
-    for (const auto &each : valuedOptions(reference)) {
+    for (const auto &each : valuedOptions(definition)) {
         names += ' ' + each.first;
     }
     return "function __tavo_is -a command place\n"
@@ -100,14 +100,14 @@ std::string conditionFunction(const Reference &reference)
 }
 } // namespace
 
-std::string fishCompletion(const Reference &reference)
+std::string fishCompletion(const Definition &definition)
 {
     std::string text =
-        "# fish completion for tavo\n\n" + conditionFunction(reference) + s_complete + " -f\n";
-    for (const OptionReference &each : reference.program.options) {
+        "# fish completion for tavo\n\n" + conditionFunction(definition) + s_complete + " -f\n";
+    for (const OptionDefinition &each : definition.program.options) {
         text += option(each, "");
     }
-    for (const CommandReference &each : reference.commands) {
+    for (const CommandDefinition &each : definition.commands) {
         text += '\n' + command(each);
     }
     return text;

@@ -42,10 +42,10 @@ std::string entry(const std::string &name, const std::string &description)
     return line + wrapped(description, s_column, s_column) + '\n';
 }
 
-std::string entries(const std::string &heading, const std::vector<OptionReference> &options)
+std::string entries(const std::string &heading, const std::vector<OptionDefinition> &options)
 {
     std::string text;
-    for (const OptionReference &option : options) {
+    for (const OptionDefinition &option : options) {
         text += entry(option.synopsis(), option.description);
     }
     return text.empty() ? text : '\n' + heading + ":\n" + text;
@@ -67,28 +67,28 @@ std::string blocks(const std::vector<TextBlock> &text)
 }
 } // namespace
 
-std::string helpText(const Reference &reference)
+std::string helpText(const Definition &definition)
 {
-    std::string text = "Usage: " + reference.program.name + " [OPTIONS] COMMAND ...\n\n" +
-                       wrapped(reference.program.summary, 0, 0) + "\n\nCommands:\n";
-    for (const CommandReference &command : reference.commands) {
+    std::string text = "Usage: " + definition.program.name + " [OPTIONS] COMMAND ...\n\n" +
+                       wrapped(definition.program.summary, 0, 0) + "\n\nCommands:\n";
+    for (const CommandDefinition &command : definition.commands) {
         text += entry(command.name, command.summary);
     }
-    text += entries("Options", reference.program.options);
-    text += blocks(reference.program.text);
-    return text + "\nMore: " + reference.program.name + " COMMAND --help, man " +
-           reference.program.name + '\n';
+    text += entries("Options", definition.program.options);
+    text += blocks(definition.program.text);
+    return text + "\nMore: " + definition.program.name + " COMMAND --help, man " +
+           definition.program.name + '\n';
 }
 
-std::string helpText(const Reference &reference, const CommandReference &command)
+std::string helpText(const Definition &definition, const CommandDefinition &command)
 {
-    std::string text = "Usage: " + reference.program.name + ' ' + command.name + ' ' +
+    std::string text = "Usage: " + definition.program.name + ' ' + command.name + ' ' +
                        command.synopsis() + "\n\n" + command.summary + ".\n";
     text += entries("Arguments", command.positionals);
     text += entries("Options", command.options);
-    std::vector<OptionReference> general = reference.program.options;
+    std::vector<OptionDefinition> general = definition.program.options;
     general.erase(std::remove_if(general.begin(), general.end(),
-                                 [&](const OptionReference &option) {
+                                 [&](const OptionDefinition &option) {
                                      return option.names.back() == "--help";
                                  }),
                   general.end());

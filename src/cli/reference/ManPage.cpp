@@ -62,16 +62,16 @@ std::string entry(const std::string &term, const std::string &description)
     return ".TP\n" + term + '\n' + escaped(description) + ".\n";
 }
 
-std::string option(const OptionReference &reference)
+std::string option(const OptionDefinition &definition)
 {
     std::string term;
-    for (const std::string &name : reference.names) {
+    for (const std::string &name : definition.names) {
         term += (term.empty() ? "" : ", ") + bold(name);
     }
-    if (!reference.valueName.empty()) {
-        term += (term.empty() ? "" : " ") + italic(reference.valueName);
+    if (!definition.valueName.empty()) {
+        term += (term.empty() ? "" : " ") + italic(definition.valueName);
     }
-    return entry(term, reference.description);
+    return entry(term, definition.description);
 }
 
 std::string blocks(const std::vector<TextBlock> &text, const std::string &headingRequest)
@@ -94,35 +94,35 @@ std::string blocks(const std::vector<TextBlock> &text, const std::string &headin
     return result;
 }
 
-std::string command(const CommandReference &reference, const std::string &program)
+std::string command(const CommandDefinition &definition, const std::string &program)
 {
-    std::string page = ".SS " + program + ' ' + reference.name + '\n' + bold(program) + ' ' +
-                       bold(reference.name) + ' ' + escaped(reference.synopsis()) + "\n.PP\n" +
-                       escaped(reference.summary) + ".\n";
-    for (const OptionReference &positional : reference.positionals) {
+    std::string page = ".SS " + program + ' ' + definition.name + '\n' + bold(program) + ' ' +
+                       bold(definition.name) + ' ' + escaped(definition.synopsis()) + "\n.PP\n" +
+                       escaped(definition.summary) + ".\n";
+    for (const OptionDefinition &positional : definition.positionals) {
         page += option(positional);
     }
-    for (const OptionReference &each : reference.options) {
+    for (const OptionDefinition &each : definition.options) {
         const bool isEverywhere = each.names.back() == "--help";
         page += isEverywhere ? std::string() : option(each);
     }
-    return page + blocks(reference.text, ".PP\n");
+    return page + blocks(definition.text, ".PP\n");
 }
 } // namespace
 
-std::string manPage(const Reference &reference)
+std::string manPage(const Definition &definition)
 {
-    const CommandReference &program = reference.program;
+    const CommandDefinition &program = definition.program;
     std::string page = ".TH " + upper(program.name) + " 1 \"\" \"" + program.name + ' ' +
                        TAVO_VERSION + "\"\n.SH NAME\n" + program.name +
                        " \\- play and show notifications\n.SH SYNOPSIS\n" + bold(program.name) +
                        " [" + italic("OPTIONS") + "] " + italic("COMMAND") +
                        " ...\n.SH DESCRIPTION\n" + escaped(program.summary) + "\n.SH OPTIONS\n";
-    for (const OptionReference &each : program.options) {
+    for (const OptionDefinition &each : program.options) {
         page += option(each);
     }
     page += ".SH COMMANDS\n";
-    for (const CommandReference &each : reference.commands) {
+    for (const CommandDefinition &each : definition.commands) {
         page += command(each, program.name);
     }
     page += ".SH EXIT STATUS\n";

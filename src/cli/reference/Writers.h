@@ -3,24 +3,24 @@
 
 #pragma once
 
-#include "cli/reference/Reference.h"
+#include "cli/definition/Definition.h"
 
 #include <optional>
 #include <string>
 
-// Texts that are generated from the reference. Each has all commands and options.
+// Texts that are generated from the definition. Each has all commands and options.
 
 /// The help of the program, or of a command, wrapped at 80 characters.
-std::string helpText(const Reference &reference);
-std::string helpText(const Reference &reference, const CommandReference &command);
+std::string helpText(const Definition &definition);
+std::string helpText(const Definition &definition, const CommandDefinition &command);
 
 /// The page tavo.1, for man.
-std::string manPage(const Reference &reference);
+std::string manPage(const Definition &definition);
 
 /// The completions of the shells.
-std::string bashCompletion(const Reference &reference);
-std::string zshCompletion(const Reference &reference);
-std::string fishCompletion(const Reference &reference);
+std::string bashCompletion(const Definition &definition);
+std::string zshCompletion(const Definition &definition);
+std::string fishCompletion(const Definition &definition);
 
 /// The man page or completion named "man", "bash", "zsh" or "fish".
-std::optional<std::string> writeReference(const Reference &reference, const std::string &kind);
+std::optional<std::string> writeReference(const Definition &definition, const std::string &kind);

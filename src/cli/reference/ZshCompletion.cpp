@@ -34,7 +34,7 @@ std::string action(const std::string &valueName)
 }
 
 /// One of an option's names, in the form that _arguments reads.
-std::string optionArgument(const OptionReference &option, const std::string &names,
+std::string optionArgument(const OptionDefinition &option, const std::string &names,
                            const std::string &name)
 {
     std::string argument = '(' + names + ')' + name;
@@ -47,7 +47,7 @@ std::string optionArgument(const OptionReference &option, const std::string &nam
     return argument;
 }
 
-std::string positionalArgument(const OptionReference &positional, int place)
+std::string positionalArgument(const OptionDefinition &positional, int place)
 {
     return std::to_string(place) + (positional.isRequired ? ":" : "::") +
            escaped(positional.valueName) + ':' + action(positional.valueName);
@@ -59,10 +59,10 @@ std::string line(const std::string &indent, const std::string &argument)
 }
 
 /// A line for each of an option's names, which exclude each other.
-std::string options(const CommandReference &command, const std::string &indent)
+std::string options(const CommandDefinition &command, const std::string &indent)
 {
     std::string lines;
-    for (const OptionReference &option : command.options) {
+    for (const OptionDefinition &option : command.options) {
         std::string names;
         for (const std::string &name : option.names) {
             names += (names.empty() ? "" : " ") + name;
@@ -74,11 +74,11 @@ std::string options(const CommandReference &command, const std::string &indent)
     return lines;
 }
 
-std::string positionals(const CommandReference &command, const std::string &indent)
+std::string positionals(const CommandDefinition &command, const std::string &indent)
 {
     std::string lines;
     int place = 0;
-    for (const OptionReference &positional : command.positionals) {
+    for (const OptionDefinition &positional : command.positionals) {
         lines += line(indent, positionalArgument(positional, ++place));
     }
     return lines;
@@ -97,22 +97,22 @@ std::string pathFunction(const std::string &name, const std::string &command)
            "}\n\n";
 }
 
-std::string commands(const Reference &reference)
+std::string commands(const Definition &definition)
 {
     std::string lines;
-    for (const CommandReference &command : reference.commands) {
+    for (const CommandDefinition &command : definition.commands) {
         lines += "            " + shellQuoted(command.name + ':' + escaped(command.summary)) + '\n';
     }
     return lines;
 }
 
-std::string cases(const Reference &reference)
+std::string cases(const Definition &definition)
 {
     const std::string indent(16, ' ');
     std::string lines;
-    for (const CommandReference &command : reference.commands) {
-        CommandReference all = command;
-        for (const OptionReference &option : reference.program.options) {
+    for (const CommandDefinition &command : definition.commands) {
+        CommandDefinition all = command;
+        for (const OptionDefinition &option : definition.program.options) {
             if (option.names.back() != "--help") {
                 all.options.push_back(option);
             }
@@ -125,7 +125,7 @@ std::string cases(const Reference &reference)
 }
 } // namespace
 
-std::string zshCompletion(const Reference &reference)
+std::string zshCompletion(const Definition &definition)
 {
     return "#compdef tavo\n\n" + pathFunction("_tavo_nodes", s_listNodes) +
            pathFunction("_tavo_messages", s_listMessages) +
@@ -134,18 +134,18 @@ std::string zshCompletion(const Reference &reference)
            "    local -a commands\n"
            "    typeset -A opt_args\n"
            "    _arguments -C -S \\\n" +
-           options(reference.program, std::string(8, ' ')) +
+           options(definition.program, std::string(8, ' ')) +
            "        '1:command:->command' '*::argument:->argument' && return 0\n"
            "    case $state in\n"
            "    command)\n"
            "        commands=(\n" +
-           commands(reference) +
+           commands(definition) +
            "        )\n"
            "        _describe -t commands command commands && return 0\n"
            "        ;;\n"
            "    argument)\n"
            "        case $line[1] in\n" +
-           cases(reference) +
+           cases(definition) +
            "        esac\n"
            "        ;;\n"
            "    esac\n"

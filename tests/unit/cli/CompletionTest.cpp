@@ -1,11 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "cli/CommandLine.h"
+#include "cli/definition/Commands.h"
 #include "cli/reference/Completions.h"
 #include "cli/reference/Writers.h"
 #include "support/Text.h"
-#include <CLI/App.hpp>
 
 #include <QFile>
 #include <QProcess>
@@ -26,9 +25,9 @@ class CompletionTest : public testing::Test
 protected:
     void SetUp() override
     {
-        write("tavo.bash", bashCompletion(m_reference));
-        write("_tavo", zshCompletion(m_reference));
-        write("tavo.fish", fishCompletion(m_reference));
+        write("tavo.bash", bashCompletion(m_definition));
+        write("_tavo", zshCompletion(m_definition));
+        write("tavo.fish", fishCompletion(m_definition));
         write("tavo", R"(#!/bin/sh
 case " $* " in
 *" list "*) printf 'shown\t/ring\tDoor\t\n1\t/dbus/notifications/7\tMail\t\n' ;;
@@ -82,21 +81,20 @@ esac
         return !QStandardPaths::findExecutable(shell).isEmpty();
     }
 
-    Options m_options;
-    Reference m_reference = Reference::of(*defineCommandLine(m_options));
+    Definition m_definition = commandLineDefinition();
     QTemporaryDir m_folder;
 };
 
 TEST_F(CompletionTest, EachHasEveryCommandAndOption)
 {
-    const std::string bash = bashCompletion(m_reference);
-    const std::string zsh = zshCompletion(m_reference);
-    const std::string fish = fishCompletion(m_reference);
-    for (const CommandReference &command : m_reference.commands) {
+    const std::string bash = bashCompletion(m_definition);
+    const std::string zsh = zshCompletion(m_definition);
+    const std::string fish = fishCompletion(m_definition);
+    for (const CommandDefinition &command : m_definition.commands) {
         EXPECT_THAT(bash, HasSubstr("            " + command.name + ") options+="));
         EXPECT_THAT(zsh, HasSubstr('\'' + command.name + ':'));
         EXPECT_THAT(fish, HasSubstr(" -a " + command.name + " -d"));
-        for (const OptionReference &option : command.options) {
+        for (const OptionDefinition &option : command.options) {
             for (const std::string &name : option.names) {
                 const std::string bare = name.substr(name.find_first_not_of('-'));
                 EXPECT_THAT(bash, HasSubstr(name));
@@ -105,7 +103,7 @@ TEST_F(CompletionTest, EachHasEveryCommandAndOption)
             }
         }
     }
-    for (const OptionReference &option : m_reference.program.options) {
+    for (const OptionDefinition &option : m_definition.program.options) {
         for (const std::string &name : option.names) {
             EXPECT_THAT(bash, HasSubstr(name));
             EXPECT_THAT(zsh, HasSubstr(')' + name));

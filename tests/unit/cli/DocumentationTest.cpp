@@ -1,9 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "cli/CommandLine.h"
-#include "cli/reference/Reference.h"
-#include <CLI/App.hpp>
+#include "cli/ExitCode.h"
+#include "cli/definition/Commands.h"
 
 #include <gtest/gtest.h>
 
@@ -23,14 +22,13 @@ protected:
         m_page = content.str();
     }
 
-    Options m_options;
-    Reference m_reference = Reference::of(*defineCommandLine(m_options));
+    Definition m_definition = commandLineDefinition();
     std::string m_page;
 };
 
 TEST_F(DocumentationTest, DescribesEveryCommand)
 {
-    for (const CommandReference &command : m_reference.commands) {
+    for (const CommandDefinition &command : m_definition.commands) {
         const std::regex heading("\n### .*tavo " + command.name + "\\b.*\n");
         EXPECT_TRUE(std::regex_search(m_page, heading)) << command.name;
     }
@@ -38,11 +36,11 @@ TEST_F(DocumentationTest, DescribesEveryCommand)
 
 TEST_F(DocumentationTest, NamesEveryOption)
 {
-    std::vector<OptionReference> options = m_reference.program.options;
-    for (const CommandReference &command : m_reference.commands) {
+    std::vector<OptionDefinition> options = m_definition.program.options;
+    for (const CommandDefinition &command : m_definition.commands) {
         options.insert(options.end(), command.options.begin(), command.options.end());
     }
-    for (const OptionReference &option : options) {
+    for (const OptionDefinition &option : options) {
         for (const std::string &name : option.names) {
             const std::regex named('`' + name + "[` ]");
             EXPECT_TRUE(std::regex_search(m_page, named)) << name;
