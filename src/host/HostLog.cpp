@@ -3,6 +3,7 @@
 
 #include "host/HostLog.h"
 
+#include "core/base/connect.h"
 #include "host/QtLog.h"
 
 #include <QFileInfo>
@@ -13,6 +14,7 @@
 #include <log4cplus/logger.h>
 #include <log4cplus/thread/threads.h>
 
+#include <chrono>
 #include <iostream>
 #include <optional>
 #include <sstream>
@@ -97,14 +99,38 @@ Result<std::unique_ptr<HostLog>> HostLog::open(const LogConfiguration &configura
         return Failure{
             QStringLiteral("%1: log.file: %2").arg(configurationSource, failure->reason)};
     }
+    log->guardAppenders();
     setLevels(configuration.levels);
     qInstallMessageHandler(logQtMessage);
     return log;
 }
 
-HostLog::HostLog() = default;
+HostLog::HostLog()
+{
+    m_leftOutTimer.setSingleShot(true);
+    m_leftOutTimer.setInterval(std::chrono::seconds(1));
+    tavoConnect(&m_leftOutTimer, &QTimer::timeout, &m_leftOutTimer, [this] {
+        for (const auto &gate : m_gates) {
+            gate->writeLeftOut();
+        }
+    });
+}
 
 HostLog::~HostLog()
 {
     qInstallMessageHandler(nullptr);
+}
+
+void HostLog::guardAppenders()
+{
+    std::vector<log4cplus::Logger> loggers = log4cplus::Logger::getCurrentLoggers();
+    loggers.push_back(log4cplus::Logger::getRoot());
+    for (log4cplus::Logger &logger : loggers) {
+        if (!logger.getAllAppenders().empty()) {
+            m_gates.push_back(LogGate::guard(logger, [this] {
+                QMetaObject::invokeMethod(&m_leftOutTimer, qOverload<>(&QTimer::start),
+                                          Qt::QueuedConnection);
+            }));
+        }
+    }
 }

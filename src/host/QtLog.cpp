@@ -3,6 +3,8 @@
 
 #include "host/QtLog.h"
 
+#include "base/Printable.h"
+
 #include <log4cplus/logger.h>
 
 #include <cstdio>
@@ -43,7 +45,7 @@ void logQtMessage(QtMsgType type, const QMessageLogContext &context, const QStri
     logger.log(levelOf(type), text, context.file, context.line,
                context.function != nullptr ? context.function : "");
     if (type == QtFatalMsg) {
-        std::fprintf(stderr, "%s\n", text.c_str());
+        std::fprintf(stderr, "%s\n", printable(message).toUtf8().constData());
         std::fflush(stderr);
     }
 }

@@ -3,6 +3,7 @@
 
 #include "simpleplayer/SimplePlayer.h"
 
+#include "base/Printable.h"
 #include "simpleplayer/Log.h"
 #include "simpleplayer/PlaybackLibrary.h"
 
@@ -69,8 +70,7 @@ bool SimplePlayer::play()
     case State::Over:
         break;
     }
-    LOG4CPLUS_WARN(simplePlayerLogger(),
-                   "Can't play " << m_id.toStdString() << ": it has ended before");
+    LOG4CPLUS_WARN(simplePlayerLogger(), "Can't play " << logText(m_id) << ": it has ended before");
     m_state = State::Over;
     return false;
 }
@@ -111,7 +111,7 @@ bool SimplePlayer::start()
 bool SimplePlayer::refuse(const QString &reason)
 {
     LOG4CPLUS_ERROR(simplePlayerLogger(),
-                    "Can't play " << m_id.toStdString() << ": " << reason.toStdString());
+                    "Can't play " << logText(m_id) << ": " << printable(reason).toStdString());
     end(State::Over);
     return false;
 }
@@ -164,8 +164,8 @@ void SimplePlayer::reportError(const QString &error)
         return;
     }
     end(State::Over);
-    LOG4CPLUS_ERROR(simplePlayerLogger(),
-                    "Playing " << m_id.toStdString() << " broke off: " << error.toStdString());
+    LOG4CPLUS_ERROR(simplePlayerLogger(), "Playing " << logText(m_id) << " broke off: "
+                                                     << printable(error).toStdString());
     Q_EMIT playbackErrorReported(m_id, error);
 }
 

@@ -3,14 +3,13 @@
 
 #include "cli/output/ValueText.h"
 
-#include <core/base/stream.h>
+#include "base/Printable.h"
 #include <core/records/cmpath.h>
 
 #include <QLocale>
 #include <QStringList>
 
 #include <algorithm>
-#include <sstream>
 
 namespace {
 constexpr int s_step = 2;
@@ -94,9 +93,7 @@ QStringList linesOf(const QVariant &value)
 
 QString oneLine(const QString &text)
 {
-    std::ostringstream stream;
-    stream << text;
-    return QString::fromStdString(stream.str());
+    return printable(text);
 }
 
 QString valueText(const QVariant &value)

@@ -3,8 +3,8 @@
 
 #include "core/base/configuration.h"
 
+#include "base/Printable.h"
 #include "core/base/numbers.h"
-#include "core/base/stream.h"
 
 #include <QFile>
 #include <QJsonDocument>
@@ -17,12 +17,23 @@
 #include <stdexcept>
 
 namespace {
-/// Uses the stream for its escapes: a null within a key would cut off the rest.
+template <typename Part>
+const Part &shown(const Part &part)
+{
+    return part;
+}
+
+/// Escaped: a null within a key would cut off the rest.
+std::string shown(const QString &text)
+{
+    return printable(text).toStdString();
+}
+
 template <typename... Parts>
 [[noreturn]] void throwError(const Parts &...parts)
 {
     std::ostringstream text;
-    (text << ... << parts);
+    (text << ... << shown(parts));
     throw std::runtime_error(text.str());
 }
 

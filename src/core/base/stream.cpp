@@ -3,112 +3,100 @@
 
 #include "core/base/stream.h"
 
-#include <algorithm>
+#include "base/Printable.h"
+
 #include <ostream>
+#include <string>
+#include <utility>
 
 namespace {
 /// Deep enough for every record. Limits the use of the stack, whatever a client sends.
 constexpr int maxDepth = 16;
 
-/// Returns whether a character ends a line or controls a terminal, in ASCII and beyond.
-bool isControl(QChar c)
-{
-    const ushort code = c.unicode();
-    return code < 0x20 || (code >= 0x7f && code < 0xa0) || code == QChar::LineSeparator ||
-           code == QChar::ParagraphSeparator;
-}
+/// Long enough for every record, in bytes.
+constexpr int maxValueSize = 2000;
 
-bool isPlain(const QString &text)
+/// Writes a value until it is too long. What follows is written as "...".
+class ValueWriter
 {
-    return std::none_of(text.begin(), text.end(), isControl);
-}
+public:
+    std::string take() { return std::move(m_text); }
 
-QString escaped(const QString &text)
-{
-    QString result;
-    result.reserve(text.size() + 16);
-    for (const QChar c : text) {
-        if (c == QLatin1Char('\n')) {
-            result += QLatin1String("\\n");
-        } else if (c == QLatin1Char('\r')) {
-            result += QLatin1String("\\r");
-        } else if (c == QLatin1Char('\t')) {
-            result += QLatin1String("\\t");
-        } else if (isControl(c)) {
-            result += QStringLiteral("\\x%1").arg(c.unicode(), 2, 16, QLatin1Char('0'));
-        } else {
-            result += c;
+    void write(const QVariant &value, int depth)
+    {
+        if (depth > maxDepth) {
+            put("...");
+            return;
+        }
+        switch (value.userType()) {
+        case QMetaType::UnknownType:
+            put("(none)");
+            break;
+        case QMetaType::QVariantHash:
+        case QMetaType::QVariantMap:
+            writeFields(value.toHash(), depth);
+            break;
+        case QMetaType::QVariantList:
+        case QMetaType::QStringList:
+            writeElements(value.toList(), depth);
+            break;
+        case QMetaType::QString:
+            put('"' + logText(value.toString()) + '"');
+            break;
+        case QMetaType::QByteArray:
+            put("(" + std::to_string(value.toByteArray().size()) + " bytes)");
+            break;
+        default:
+            put(value.canConvert(QMetaType::QString) ? logText(value.toString())
+                                                     : std::string("(") + value.typeName() + ')');
         }
     }
-    return result;
-}
 
-void write(std::ostream &stream, const QVariant &value, int depth);
-
-void writeFields(std::ostream &stream, const QVariantHash &fields, int depth)
-{
-    QStringList keys = fields.keys();
-    keys.sort();
-    stream << '{';
-    for (const QString &key : qAsConst(keys)) {
-        stream << (key == keys.constFirst() ? "" : ", ") << key << ": ";
-        write(stream, fields.value(key), depth + 1);
-    }
-    stream << '}';
-}
-
-void writeElements(std::ostream &stream, const QVariantList &elements, int depth)
-{
-    stream << '[';
-    for (int i = 0; i < elements.size(); ++i) {
-        stream << (i == 0 ? "" : ", ");
-        write(stream, elements.at(i), depth + 1);
-    }
-    stream << ']';
-}
-
-void write(std::ostream &stream, const QVariant &value, int depth)
-{
-    if (depth > maxDepth) {
-        stream << "...";
-        return;
-    }
-    switch (value.userType()) {
-    case QMetaType::UnknownType:
-        stream << "(none)";
-        break;
-    case QMetaType::QVariantHash:
-    case QMetaType::QVariantMap:
-        writeFields(stream, value.toHash(), depth);
-        break;
-    case QMetaType::QVariantList:
-    case QMetaType::QStringList:
-        writeElements(stream, value.toList(), depth);
-        break;
-    case QMetaType::QString:
-        stream << '"' << value.toString() << '"';
-        break;
-    case QMetaType::QByteArray:
-        stream << "(" << value.toByteArray().size() << " bytes)";
-        break;
-    default:
-        if (value.canConvert(QMetaType::QString)) {
-            stream << value.toString();
-        } else {
-            stream << '(' << value.typeName() << ')';
+private:
+    void writeFields(const QVariantHash &fields, int depth)
+    {
+        QStringList keys = fields.keys();
+        keys.sort();
+        put("{");
+        for (int i = 0; i < keys.size() && !m_isFull; ++i) {
+            put((i == 0 ? "" : ", ") + logText(keys.at(i)) + ": ");
+            write(fields.value(keys.at(i)), depth + 1);
         }
+        put("}");
     }
-}
+
+    void writeElements(const QVariantList &elements, int depth)
+    {
+        put("[");
+        for (int i = 0; i < elements.size() && !m_isFull; ++i) {
+            put(i == 0 ? "" : ", ");
+            write(elements.at(i), depth + 1);
+        }
+        put("]");
+    }
+
+    void put(const std::string &text)
+    {
+        if (m_isFull) {
+            return;
+        }
+        m_isFull = m_text.size() + text.size() > maxValueSize;
+        m_text += m_isFull ? "..." : text;
+    }
+
+    std::string m_text;
+    bool m_isFull = false;
+};
 } // namespace
 
 std::ostream &operator<<(std::ostream &stream, const QString &text)
 {
-    const QByteArray utf8 = isPlain(text) ? text.toUtf8() : escaped(text).toUtf8();
-    return stream.write(utf8.constData(), utf8.size());
+    return stream << logText(text);
 }
 
 std::ostream &operator<<(std::ostream &stream, const QVariant &value)
 {
-    write(stream, value, 0);
-    return stream;
+    ValueWriter writer;
+    writer.write(value, 0);
+    return stream << writer.take();
 }

@@ -80,6 +80,12 @@ private:
         if (m_config.contains(QStringLiteral("echo"))) {
             log("echo " + m_config.value(QStringLiteral("echo")).toString().toStdString());
         }
+        for (int i = 1; i <= m_config.value(QStringLiteral("flood")).toInt(); ++i) {
+            LOG4CPLUS_WARN(s_logger, "flood " << i << ".");
+        }
+        for (int i = 1; i <= m_config.value(QStringLiteral("traces")).toInt(); ++i) {
+            LOG4CPLUS_TRACE(s_logger, "trace " << i << ".");
+        }
         if (m_config.contains(QStringLiteral("say"))) {
             sayEverything(m_config.value(QStringLiteral("say")).toByteArray());
         }

@@ -13,10 +13,10 @@ protected:
         ASSERT_EQ(m_host.stop(), 0) << m_host.log().toStdString();
     }
 
-    /// The same, after the worker has logged something in its event loop.
-    void runSaying(const QString &text, const QJsonObject &log)
+    /// The same, after the worker has done what its configuration says.
+    void runDoing(const QJsonObject &workerConfig, const QJsonObject &log = {})
     {
-        start(log, {{"say", text}});
+        start(log, workerConfig);
         ASSERT_TRUE(m_host.waitForLog("one working"));
         ASSERT_EQ(m_host.stop(), 0) << m_host.log().toStdString();
     }
@@ -114,7 +114,7 @@ TEST_F(HostLogTest, RefusesAPropertiesFileWithoutAnAppender)
 
 TEST_F(HostLogTest, LogsQtsMessagesUnderTheLoggerQt)
 {
-    runSaying("hello", {{"level", "DEBUG"}});
+    runDoing({{"say", "hello"}}, {{"level", "DEBUG"}});
     EXPECT_TRUE(logged("DEBUG Qt [one] debug hello\n"));
     EXPECT_TRUE(logged("INFO  Qt [one] info hello\n"));
     EXPECT_TRUE(logged("WARN  Qt [one] warning hello\n"));
@@ -123,7 +123,8 @@ TEST_F(HostLogTest, LogsQtsMessagesUnderTheLoggerQt)
 
 TEST_F(HostLogTest, LogsACategoryOfQtUnderALoggerOfItsOwn)
 {
-    runSaying("hello", {{"levels", QJsonObject{{"Qt", "OFF"}, {"Qt.scripted.category", "WARN"}}}});
+    runDoing({{"say", "hello"}},
+             {{"levels", QJsonObject{{"Qt", "OFF"}, {"Qt.scripted.category", "WARN"}}}});
     EXPECT_TRUE(logged("WARN  Qt.scripted.category [one] category hello\n"));
     EXPECT_FALSE(logged("warning hello"));
 }
@@ -136,4 +137,75 @@ TEST_F(HostLogTest, PrintsAFatalMessageOfQtAndAborts)
     EXPECT_EQ(m_host.run(), -1);
     EXPECT_TRUE(m_host.crashed());
     EXPECT_TRUE(m_host.log().startsWith("no way on\n")) << m_host.log().toStdString();
+}
+
+TEST_F(HostLogTest, WritesEachRecordOnOneLineWhateverItsTextIs)
+{
+    const QString forged = "\n2026-03-01 12:00:00.000 FATAL Host [main] forged";
+    const QString unsafe =
+        QString::fromUtf8("\x1b]0;title\x07 \x7f \u009b2J \u202egnp.\u2066 \u2028");
+    runDoing({{"say", "said" + forged + unsafe}});
+    EXPECT_TRUE(logged("warning said\\n2026-03-01 12:00:00.000 FATAL Host [main] forged"
+                       "\\x1b]0;title\\x07 \\x7f \\x9b2J \\x202egnp.\\x2066 \\x2028\n"));
+    EXPECT_FALSE(logged("\n2026-03-01 12:00:00.000"));
+}
+
+TEST_F(HostLogTest, GuardsTheAppendersOfAPropertiesFileToo)
+{
+    const QString target = m_host.folder() + "/out.log";
+    m_host.writeFile("log.properties",
+                     "log4cplus.rootLogger=INFO, R\n"
+                     "log4cplus.appender.R=log4cplus::ConsoleAppender\n"
+                     "log4cplus.appender.R.logToStdErr=true\n"
+                     "log4cplus.logger.Qt=INFO, F\n"
+                     "log4cplus.appender.F=log4cplus::FileAppender\n"
+                     "log4cplus.appender.F.AsyncAppend=true\n"
+                     "log4cplus.appender.F.File=" +
+                         target.toLocal8Bit() +
+                         "\nlog4cplus.appender.F.layout=log4cplus::SimpleLayout\n");
+    runDoing({{"say", "said\nFATAL - forged"}}, {{"file", "log.properties"}});
+    QFile file(target);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QString written = QString::fromUtf8(file.readAll());
+    EXPECT_TRUE(written.contains("WARN - warning said\\nFATAL - forged\n"))
+        << written.toStdString();
+    EXPECT_FALSE(written.contains("\nFATAL")) << written.toStdString();
+}
+
+TEST_F(HostLogTest, ShortensALongRecordAndKeepsItsEnd)
+{
+    runDoing({{"echo", QString(1000000, 'x') + "end"}});
+    EXPECT_TRUE(logged("INFO  Scripted [one] one echo xxx"));
+    EXPECT_TRUE(logged(" left out)...xxx"));
+    EXPECT_TRUE(logged("xxxend in "));
+    EXPECT_LT(m_host.log().size(), 10000);
+}
+
+TEST_F(HostLogTest, WritesTheFirstRecordsOfAFloodAndSaysHowManyItLeftOut)
+{
+    constexpr int count = 20000;
+    runDoing({{"flood", count}});
+    EXPECT_TRUE(logged("flood 100."));
+    static const QRegularExpression s_leftOut(
+        "WARN  Scripted \\[\\w+\\] (\\d+) more like this left out: flood \\d+");
+    int written = m_host.log().count(QRegularExpression("\\] flood "));
+    EXPECT_LT(written, count / 2);
+    for (auto found = s_leftOut.globalMatch(m_host.log()); found.hasNext();) {
+        written += found.next().captured(1).toInt();
+    }
+    EXPECT_EQ(written, count);
+    EXPECT_TRUE(logged("one working")) << "other lines of the source are not left out";
+}
+
+TEST_F(HostLogTest, SaysWithinSecondsHowManyRecordsItLeftOutAlthoughNothingElseIsLogged)
+{
+    m_host.setConfiguration(configurationOf({scripted("one", {{"flood", 101}})}));
+    ASSERT_TRUE(m_host.startReady()) << m_host.log().toStdString();
+    EXPECT_TRUE(m_host.waitForLog("1 more like this left out: flood 101."));
+}
+
+TEST_F(HostLogTest, LeavesOutNothingBelowInfo)
+{
+    runDoing({{"traces", 1000}}, {{"levels", QJsonObject{{"Scripted", "TRACE"}}}});
+    EXPECT_TRUE(logged("TRACE Scripted [one] trace 1000.")) << m_host.log().toStdString();
 }

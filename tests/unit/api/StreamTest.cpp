@@ -67,6 +67,20 @@ TEST(TextStreamTest, EscapesTheSeparatorsOfLinesAndParagraphs)
     EXPECT_EQ(written(QString(QChar(0x2029))), "\\x2029");
 }
 
+TEST(TextStreamTest, EscapesWhatChangesTheDirectionOfText)
+{
+    EXPECT_EQ(written(QString::fromUtf8("exe.\u202efdp")), "exe.\\x202efdp");
+}
+
+TEST(TextStreamTest, WritesTheBeginningAndTheEndOfALongText)
+{
+    EXPECT_EQ(written(QString(200, 'x')), std::string(200, 'x'));
+    const std::string text = written("begin" + QString(1000000, 'x') + "end");
+    EXPECT_EQ(text.substr(0, 6), "beginx");
+    EXPECT_NE(text.find("...(999808 left out)..."), std::string::npos) << text;
+    EXPECT_EQ(text.substr(text.size() - 4), "xend");
+}
+
 TEST(VariantStreamTest, WritesPlainValues)
 {
     EXPECT_EQ(writtenVariant(5), "5");
@@ -140,4 +154,26 @@ TEST(VariantStreamTest, WritesTheDepthOfEveryRecordInFull)
         nested = QVariantHash{{"k", nested}};
     }
     EXPECT_EQ(written(nested), "{k: {k: {k: {k: {k: {k: {k: {k: 1}}}}}}}}");
+}
+
+TEST(VariantStreamTest, ShortensLongTextsAndNotTheTextsAfterThem)
+{
+    const std::string text = written(QVariantHash{{"a", QString(1000000, 'x')}, {"b", "y"}});
+    EXPECT_LT(text.size(), 300U);
+    EXPECT_EQ(text.substr(text.size() - 9), ", b: \"y\"}");
+}
+
+TEST(VariantStreamTest, EndsALongValueWithDots)
+{
+    const std::string list =
+        written(QVariant(QVariantList::fromVector(QVector<QVariant>(100000, 7))));
+    EXPECT_EQ(list.substr(0, 7), "[7, 7, ");
+    EXPECT_LE(list.size(), 2003U);
+    EXPECT_EQ(list.substr(list.size() - 3), "...");
+
+    QVariantHash fields;
+    for (int i = 0; i < 100000; ++i) {
+        fields.insert(QString::number(i), i);
+    }
+    EXPECT_LE(written(QVariant(fields)).size(), 2003U);
 }

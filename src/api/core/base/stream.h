@@ -10,10 +10,11 @@
 
 #include <iosfwd>
 
-/// Writes a text as UTF-8. Control characters are written as escapes (\n, \x1b), so that a client's
-/// text cannot break or forge a log line.
+/// Writes a text as UTF-8, for the log. Characters that end a line, control a terminal or change the
+/// direction of the text are written as escapes (\n, \x1b), so that a client's text cannot break or
+/// forge a log line. Of more than 200 characters, only the beginning and the end are written.
 TAVO_API_EXPORT std::ostream &operator<<(std::ostream &stream, const QString &text);
 
-/// Writes a value on one line, the fields of a hash sorted by key. Values that are nested too
-/// deeply to be read are written as "...".
+/// Writes a value on one line, the fields of a hash sorted by key. What is nested too deeply to be
+/// read, or follows after 2000 bytes, is written as "...".
 TAVO_API_EXPORT std::ostream &operator<<(std::ostream &stream, const QVariant &value);
