@@ -99,8 +99,8 @@ Result<std::unique_ptr<Playback>> makeDevicePlayback(const PlayedSound &sound,
         return *failure;
     }
     auto &source = std::get<Source>(made);
-    return std::make_unique<PlaybackWriter>(std::move(source.frames), sound.device, options, report,
-                                            std::move(source.fetch));
+    return PlaybackWriter::make(std::move(source.frames), sound.device, options, report,
+                                std::move(source.fetch));
 }
 
 } // namespace

@@ -23,29 +23,72 @@ constexpr int idleCheckMs = 250;
 // A longer latency is taken for an error of the device.
 constexpr long maxLatencySeconds = 2;
 
+// How long the thread may take to end: longer than maxPlayOut, but shorter than an urgent sound may
+// be delayed.
+constexpr std::chrono::milliseconds maxEnding{750};
+
 constexpr long msPerSecond = 1000;
+
+class WriterPlayback : public Playback
+{
+public:
+    explicit WriterPlayback(std::shared_ptr<PlaybackWriter> writer)
+        : m_writer(std::move(writer))
+    {
+    }
+    ~WriterPlayback() override { m_writer->stop(); }
+    WriterPlayback(const WriterPlayback &) = delete;
+    WriterPlayback &operator=(const WriterPlayback &) = delete;
+
+    std::optional<Failure> start() override { return m_writer->start(); }
+    void pause() override { m_writer->pause(); }
+    void setGain(double gain, int fadeMs) override { m_writer->setGain(gain, fadeMs); }
+
+private:
+    const std::shared_ptr<PlaybackWriter> m_writer;
+};
 
 } // namespace
 
+std::unique_ptr<Playback> PlaybackWriter::make(std::unique_ptr<FrameSource> source,
+                                               const QString &device,
+                                               const PlaybackOptions &options, const Report &report,
+                                               std::unique_ptr<HttpFetch> fetch)
+{
+    return std::make_unique<WriterPlayback>(std::make_shared<PlaybackWriter>(
+        std::move(source), device, options, report, std::move(fetch)));
+}
+
 PlaybackWriter::PlaybackWriter(std::unique_ptr<FrameSource> source, const QString &device,
-                               const PlaybackOptions &options, Report report,
+                               const PlaybackOptions &options, const Report &report,
                                std::unique_ptr<HttpFetch> fetch)
     : m_source(std::move(source))
     , m_deviceName(device)
     , m_loop(options.loop)
     , m_usage(options.usage)
-    , m_report(std::move(report))
+    , m_report(report)
     , m_fetch(std::move(fetch))
 {
 }
 
-PlaybackWriter::~PlaybackWriter()
+PlaybackWriter::~PlaybackWriter() = default;
+
+void PlaybackWriter::stop()
 {
-    interrupt(Command::Stop);
+    if (!interrupt(Command::Stop)) {
+        m_thread.detach();
+    }
+    m_fetch.reset();
+    const std::lock_guard lock(m_mutex);
+    m_report = nullptr;
 }
 
 std::optional<Failure> PlaybackWriter::start()
 {
+    if (!join(maxOpening)) {
+        return Failure{
+            QStringLiteral("The sound or its device \"%1\" doesn't respond").arg(m_deviceName)};
+    }
     if (m_finished) {
         m_report(std::nullopt);
         return std::nullopt;
@@ -68,13 +111,14 @@ std::optional<Failure> PlaybackWriter::startThread()
     m_command = Command::Play;
     m_wake.clear();
     m_opening = Opening::Awaited;
+    m_running = true;
     try {
-        m_thread = std::thread(&PlaybackWriter::run, this);
+        m_thread = std::thread(&PlaybackWriter::run, shared_from_this());
     } catch (const std::system_error &error) {
         return Failure{QStringLiteral("No thread can be started: ") + error.what()};
     }
     std::unique_lock lock(m_mutex);
-    m_openingChanged.wait_for(lock, maxOpening, [this] { return m_opening != Opening::Awaited; });
+    m_changed.wait_for(lock, maxOpening, [this] { return m_opening != Opening::Awaited; });
     if (m_opening == Opening::Awaited) {
         m_opening = Opening::Late;
     }
@@ -86,14 +130,27 @@ std::optional<Failure> PlaybackWriter::startThread()
     return m_startFailure;
 }
 
-void PlaybackWriter::interrupt(Command command)
+// Returns false if the thread does not end in time. It then ends whenever it can.
+bool PlaybackWriter::interrupt(Command command)
 {
-    if (!m_thread.joinable()) {
-        return;
-    }
     m_command = command;
     m_wake.set();
+    return join(maxEnding);
+}
+
+bool PlaybackWriter::join(std::chrono::milliseconds limit)
+{
+    if (!m_thread.joinable()) {
+        return true;
+    }
+    {
+        std::unique_lock lock(m_mutex);
+        if (!m_changed.wait_for(lock, limit, [this] { return !m_running; })) {
+            return false;
+        }
+    }
     m_thread.join();
+    return true;
 }
 
 void PlaybackWriter::run()
@@ -108,6 +165,9 @@ void PlaybackWriter::run()
     } else if (end == Step::Failed) {
         finish(m_failure);
     }
+    const std::lock_guard lock(m_mutex);
+    m_running = false;
+    m_changed.notify_one();
 }
 
 void PlaybackWriter::keepPlace()
@@ -137,17 +197,17 @@ bool PlaybackWriter::playOut()
 
 void PlaybackWriter::finish(const std::optional<Failure> &failure)
 {
-    {
-        const std::lock_guard lock(m_mutex);
-        if (m_opening == Opening::Awaited && failure) {
-            m_opening = Opening::Failed;
-            m_startFailure = *failure;
-            m_openingChanged.notify_one();
-            return;
-        }
+    const std::lock_guard lock(m_mutex);
+    if (m_opening == Opening::Awaited && failure) {
+        m_opening = Opening::Failed;
+        m_startFailure = *failure;
+        m_changed.notify_one();
+        return;
     }
     m_finished = true;
-    m_report(failure);
+    if (m_report) {
+        m_report(failure);
+    }
 }
 
 void PlaybackWriter::declareOpened()
@@ -156,7 +216,7 @@ void PlaybackWriter::declareOpened()
     if (m_opening == Opening::Awaited) {
         m_opening = Opening::Opened;
     }
-    m_openingChanged.notify_one();
+    m_changed.notify_one();
 }
 
 PlaybackWriter::Step PlaybackWriter::play()

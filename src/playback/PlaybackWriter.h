@@ -11,6 +11,7 @@
 #include "simpleplayer/Playback.h"
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
@@ -22,22 +23,34 @@ class HttpFetch;
 /// Writes frames from a source to a device, in a thread that exists only from start() until pause()
 /// or the end of the sound.
 ///
-/// Called in the player's thread; reports from its own thread.
-class PlaybackWriter : public Playback
+/// Called in the player's thread; reports from its own thread. Owned by the playback that make()
+/// returns, and by its thread: a thread that hangs in a device or a file system is left behind, and
+/// nobody waits for it longer than 750 ms.
+class PlaybackWriter : public std::enable_shared_from_this<PlaybackWriter>
 {
 public:
+    using Report = Playback::Report;
+
     /// The fetch, if there is one, feeds the source.
+    static std::unique_ptr<Playback> make(std::unique_ptr<FrameSource> source,
+                                          const QString &device, const PlaybackOptions &options,
+                                          const Report &report, std::unique_ptr<HttpFetch> fetch);
+
     PlaybackWriter(std::unique_ptr<FrameSource> source, const QString &device,
-                   const PlaybackOptions &options, Report report, std::unique_ptr<HttpFetch> fetch);
-    ~PlaybackWriter() override;
+                   const PlaybackOptions &options, const Report &report,
+                   std::unique_ptr<HttpFetch> fetch);
+    ~PlaybackWriter();
     PlaybackWriter(const PlaybackWriter &) = delete;
     PlaybackWriter &operator=(const PlaybackWriter &) = delete;
 
     /// Waits until the source and the device are open and the first frames are written, but at most
     /// 250 ms. Later failures are reported.
-    std::optional<Failure> start() override;
-    void pause() override { interrupt(Command::Pause); }
-    void setGain(double gain, int fadeMs) override { m_gain.set(gain, fadeMs); }
+    std::optional<Failure> start();
+    void pause() { interrupt(Command::Pause); }
+    void setGain(double gain, int fadeMs) { m_gain.set(gain, fadeMs); }
+
+    /// Ends the sound. Nothing is reported any more, and nothing but the destructor may be called.
+    void stop();
 
 private:
     enum class Command { Play, Pause, Stop };
@@ -45,7 +58,8 @@ private:
     enum class Opening { Awaited, Opened, Failed, Late };
 
     std::optional<Failure> startThread();
-    void interrupt(Command command);
+    bool interrupt(Command command);
+    bool join(std::chrono::milliseconds limit);
 
     // In the writer's thread:
     void run();
@@ -69,8 +83,8 @@ private:
     const QString m_deviceName;
     const bool m_loop;
     const int m_usage;
-    const Report m_report;
-    const std::unique_ptr<HttpFetch> m_fetch;
+    Report m_report; // protected by the mutex in the writer's thread; empty once it is stopped
+    std::unique_ptr<HttpFetch> m_fetch; // until it is stopped
     bool m_fetchStarted = false;
     GainRamp m_gain;
 
@@ -79,9 +93,10 @@ private:
     WakeEvent m_wake;
 
     std::mutex m_mutex;
-    std::condition_variable m_openingChanged;
-    Opening m_opening = Opening::Awaited; // protected by the mutex
-    Failure m_startFailure;               // set before the thread is joined
+    std::condition_variable m_changed;
+    bool m_running = false; // protected by the mutex, like the next
+    Opening m_opening = Opening::Awaited;
+    Failure m_startFailure; // set before the thread is joined
 
     // The following members belong to the writer's thread while there is one.
     AlsaDevice m_device;

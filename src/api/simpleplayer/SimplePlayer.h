@@ -54,7 +54,8 @@ public:
 
     /// Pauses the sound and closes the device. Does nothing unless the sound is playing. Hardware
     /// is silent at once. A sound server reports too late what it has played; so the call waits
-    /// until it has played all frames that it holds, up to a tenth of a second.
+    /// until it has played all frames that it holds, up to a tenth of a second. If the device
+    /// hangs, the call returns after 750 ms, and the sound can't go on before the device responds.
     virtual void pause();
 
     /// Ends the sound; playbackStopped() follows, even if the player is paused or was never

@@ -18,7 +18,8 @@ constexpr const char *behaviours[] = {"plain",        "busy",           "denied"
                                       "underruns",    "underruns_dies", "suspends",
                                       "sleeps",       "hesitates",      "suspends_forgets",
                                       "chokes",       "wants_sound",    "distant",
-                                      "clueless",     "clings",         "alternates"};
+                                      "clueless",     "clings",         "alternates",
+                                      "hangs"};
 
 } // namespace
 

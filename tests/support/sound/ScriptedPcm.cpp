@@ -31,6 +31,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds slowOpening{400};
+constexpr std::chrono::milliseconds hangingOpening{6000};
 constexpr std::chrono::milliseconds slowClosing{1000};
 
 constexpr long stepsPerSecond = 200;
@@ -46,6 +47,7 @@ struct Script
     bool unconfigured = false; // the same with another error
     bool broken = false;       // can't be opened for another reason
     bool slow = false;         // takes longer to open than a player waits
+    bool hangs = false;        // takes far longer
     bool fixed = false;        // takes only 16 bit stereo at 44100 Hz
     bool picky = false;        // takes no format
         // After a while:
@@ -78,6 +80,7 @@ Script parseScript(const std::string &behaviour)
     script.broken = has("broken");
     script.stalls = has("stalls");
     script.slow = has("slow");
+    script.hangs = has("hangs");
     script.fixed = has("fixed");
     script.picky = has("picky");
     script.vanishes = has("vanishes");
@@ -385,6 +388,9 @@ extern "C" SND_PCM_PLUGIN_DEFINE_FUNC(scripted)
     const Script script = parseScript(behaviourOf(behaviour));
     if (script.slow) {
         std::this_thread::sleep_for(slowOpening);
+    }
+    if (script.hangs) {
+        std::this_thread::sleep_for(hangingOpening);
     }
     if (const int error = openingError(script); error != 0) {
         return error;

@@ -4,6 +4,7 @@
 // The frames of a sound that are heard.
 
 #include "PlayerTest.h"
+#include "support/LogCapture.h"
 #include "support/Sanitized.h"
 #include <simpleplayer/UriSimplePlayer.h>
 
@@ -31,6 +32,9 @@ protected:
                                                      QString::fromLatin1(device), nullptr);
         m_end = std::make_unique<EndSpy>(*m_player);
     }
+
+    /// How long the device "hangs" takes to open.
+    static constexpr int hangingMs = 6000;
 
     /// Plays the counting sound to its end.
     void playOn(const char *device)
@@ -166,6 +170,42 @@ TEST_F(PlaybackTest, IsSilentOnceDestroyed)
     settle();
     EXPECT_EQ(m_end->count(), 0);
     EXPECT_EQ(m_devices.heard(), before);
+}
+
+TEST_F(PlaybackTest, IsDestroyedEvenIfItsDeviceHangs)
+{
+    make(counting(), "hangs");
+    QElapsedTimer elapsed;
+    elapsed.start();
+    EXPECT_TRUE(m_player->play());
+    m_player.reset();
+    EXPECT_LT(elapsed.elapsed(), hangingMs / 2);
+    playOn("plain");
+    EXPECT_EQ(m_end->ended.count(), 1);
+}
+
+TEST_F(PlaybackTest, PausesEvenIfItsDeviceHangsAndThenCannotGoOn)
+{
+    make(counting(), "hangs");
+    QElapsedTimer elapsed;
+    elapsed.start();
+    EXPECT_TRUE(m_player->play());
+    m_player->pause();
+    const LogCapture log("SimplePlayer");
+    EXPECT_FALSE(m_player->play());
+    EXPECT_LT(elapsed.elapsed(), hangingMs / 2);
+    EXPECT_THAT(log.messages(log4cplus::ERROR_LOG_LEVEL),
+                testing::ElementsAre(testing::HasSubstr("device \"hangs\" doesn't respond")));
+}
+
+TEST_F(PlaybackTest, GoesOnAfterAPauseOnADeviceThatTookLongToOpen)
+{
+    make(counting(), "slow");
+    EXPECT_TRUE(m_player->play());
+    m_player->pause();
+    ASSERT_TRUE(m_player->play());
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(heard(), countingFloats());
 }
 
 TEST_F(PlaybackTest, RepeatsWithoutAGap)
