@@ -13,6 +13,11 @@ const log4cplus::Logger logger = log4cplus::Logger::getInstance("PowerManager");
 constexpr int defaultRevokeTimeoutMs = 2000;
 constexpr int maxRevokeTimeoutMs = 60000;
 
+// Clients on a bus may register too. The limits keep the state, which lists all names, small enough to be
+// published at each change.
+constexpr int maxModules = 256;
+constexpr int maxLength = 256; ///< of a name or path, in characters
+
 CMError error(const TrString &message)
 {
     return {QStringLiteral("PowerManager"), message};
@@ -33,6 +38,29 @@ bool namesResource(const TavoPowerManagerResourceRequest &request)
     const QVariant field = request.fields().value(QStringLiteral("resource"));
     return tavoIsNumber(field) && field.toDouble() == request.resource() &&
            ResourceGrants::isKnown(request.resource());
+}
+
+/// The record without fields that a registration does not have, which would be stored with it.
+TavoPowerManagerModuleRegister registrationOf(const QVariant &value)
+{
+    const TavoPowerManagerModuleRegister sent(value.toHash());
+    return TavoPowerManagerModuleRegister()
+        .setModuleName(sent.moduleName())
+        .setRevokeResourcesPath(sent.revokeResourcesPath())
+        .setPostRevokeResourcesPath(sent.postRevokeResourcesPath());
+}
+
+bool isTooLong(const TavoPowerManagerModuleRegister &module)
+{
+    return module.moduleName().size() > maxLength ||
+           module.revokeResourcesPath().toString().size() > maxLength ||
+           module.postRevokeResourcesPath().toString().size() > maxLength;
+}
+
+/// Whether the module is there to take its messages.
+bool isPresent(const TavoPowerManagerModuleRegister &module)
+{
+    return CMCatalog::entry(module.revokeResourcesPath()).has_value();
 }
 } // namespace
 
@@ -61,15 +89,16 @@ PowerManagerWorker::PowerManagerWorker(const QVariantHash &config)
 
 void PowerManagerWorker::on_moduleRegister_activated(const CMSetDataRequest &request)
 {
-    const TavoPowerManagerModuleRegister module(request.value().toHash());
-    if (module.moduleName().isEmpty() || module.revokeResourcesPath().isEmpty()) {
+    const TavoPowerManagerModuleRegister module = registrationOf(request.value());
+    if (const auto error = refusal(module)) {
         LOG4CPLUS_WARN(logger, "Refused a registration: " << request.value());
-        request.reply().setError(
-            error(TAVO_TR("A registration needs a moduleName and a revokeResourcesPath")));
+        request.reply().setError(*error);
         return;
     }
-    registerModule(module);
-    publishState();
+    if (!isRegistered(module)) {
+        registerModule(module);
+        publishState();
+    }
     request.reply().setValue(QVariant());
 }
 
@@ -140,9 +169,40 @@ PowerManagerWorker::refusal(const TavoPowerManagerResourceRequest &request) cons
     return std::nullopt;
 }
 
+std::optional<CMError>
+PowerManagerWorker::refusal(const TavoPowerManagerModuleRegister &module) const
+{
+    if (module.moduleName().isEmpty() || module.revokeResourcesPath().isEmpty()) {
+        return error(TAVO_TR("A registration needs a moduleName and a revokeResourcesPath"));
+    }
+    if (isTooLong(module)) {
+        return error(TAVO_TR("The name or a path of the module is too long"));
+    }
+    if (isRegistered(module)) {
+        return std::nullopt;
+    }
+    for (const TavoPowerManagerModuleRegister &other : m_modules) {
+        const bool isSameName = other.moduleName() == module.moduleName();
+        const bool isSamePath = other.revokeResourcesPath() == module.revokeResourcesPath();
+        if ((isSameName || isSamePath) && isPresent(other)) {
+            return error(TAVO_TR("The name or the revoke path belongs to another module"));
+        }
+    }
+    if (m_modules.size() >= maxModules && !m_modules.contains(module.moduleName())) {
+        return error(TAVO_TR("There are too many modules"));
+    }
+    return std::nullopt;
+}
+
+bool PowerManagerWorker::isRegistered(const TavoPowerManagerModuleRegister &module) const
+{
+    const auto known = m_modules.find(module.moduleName());
+    return known != m_modules.end() && *known == module && isPresent(module);
+}
+
 void PowerManagerWorker::registerModule(const TavoPowerManagerModuleRegister &module)
 {
-    // A module that registers again has been restarted, and holds no resources.
+    // If the name is known, its module was never there.
     forgetModule(module.moduleName());
     m_modules.insert(module.moduleName(), module);
     CMRoot()->connectNodeChange(module.revokeResourcesPath(), this,

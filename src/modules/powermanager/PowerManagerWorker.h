@@ -37,8 +37,12 @@ private:
     void acquire(const TavoPowerManagerResourceRequest &request, const CMReply<QVariant> &reply);
     void release(const TavoPowerManagerResourceRequest &request, const CMReply<QVariant> &reply);
 
-    /// Returns why the resource is refused; empty if it is granted.
+    /// Return why a request is refused; empty if it is granted.
     std::optional<CMError> refusal(const TavoPowerManagerResourceRequest &request) const;
+    std::optional<CMError> refusal(const TavoPowerManagerModuleRegister &module) const;
+
+    /// Whether a module that is there has registered with this record.
+    bool isRegistered(const TavoPowerManagerModuleRegister &module) const;
 
     void registerModule(const TavoPowerManagerModuleRegister &module);
     void forgetModule(const QString &name);

@@ -31,10 +31,15 @@ protected:
 
     void removeService() { m_module.reset(); }
 
+    Module makeUnregistered(const QString &name, Manner manner = Manner::Answers)
+    {
+        return std::make_unique<ModuleDouble>(name, &m_journal, manner);
+    }
+
     /// A module that has registered.
     Module makeModule(const QString &name, Manner manner = Manner::Answers)
     {
-        auto module = std::make_unique<ModuleDouble>(name, &m_journal, manner);
+        Module module = makeUnregistered(name, manner);
         EXPECT_TRUE(registerModule(module->registration()).succeeds());
         return module;
     }
