@@ -22,6 +22,10 @@ constexpr int maxRetryMs = 30'000;
 /// anew.
 constexpr int recoveredMs = 10'000;
 
+// Clients on a bus may duck too. The limits keep the state small enough to be published at each change.
+constexpr int maxRequesters = 256;
+constexpr int maxRequesterLength = 256; ///< in characters
+
 /// The factor for the amplitude, not for the power.
 double factorOf(double decibels)
 {
@@ -99,15 +103,19 @@ void MainAudio::setVolume(double volume)
     Q_EMIT changed();
 }
 
-void MainAudio::duck(const QString &requester)
+bool MainAudio::duck(const QString &requester)
 {
     if (m_requesters.contains(requester)) {
-        return;
+        return true;
+    }
+    if (requester.size() > maxRequesterLength || m_requesters.size() >= maxRequesters) {
+        return false;
     }
     m_requesters.append(requester);
     LOG4CPLUS_INFO(logger, "Ducked for " << requester << ", requesters: " << m_requesters.size());
     fadeToGain();
     Q_EMIT changed();
+    return true;
 }
 
 void MainAudio::unduck(const QString &requester)

@@ -37,8 +37,9 @@ public:
     /// From 0.0 to 1.0.
     void setVolume(double volume);
 
-    /// The main audio is ducked while it has a requester. Each requester counts once.
-    void duck(const QString &requester);
+    /// The main audio is ducked while it has a requester. Each requester counts once. False if the
+    /// name is too long or there are too many.
+    bool duck(const QString &requester);
     void unduck(const QString &requester);
 
     TavoPlayerMainAudioState state() const;

@@ -81,7 +81,10 @@ void PlayerWorker::on_ducking_activated(const CMSetDataRequest &request)
         return;
     }
     if (ducking.duckAudio()) {
-        m_mainAudio->duck(ducking.requester());
+        if (!m_mainAudio->duck(ducking.requester())) {
+            refuse(request, TAVO_TR("The requester's name is too long, or there are too many"));
+            return;
+        }
     } else {
         m_mainAudio->unduck(ducking.requester());
     }

@@ -60,6 +60,26 @@ TEST_F(DuckingTest, RefusesAnEmptyRequester)
     EXPECT_FALSE(state().ducked());
 }
 
+TEST_F(DuckingTest, RefusesARequesterWithATooLongName)
+{
+    EXPECT_TRUE(duck(QString(256, 'x')).succeeds());
+    EXPECT_EQ(duck(QString(257, 'x')).errorText(),
+              "The requester's name is too long, or there are too many");
+    EXPECT_THAT(requesters(), ElementsAre(QString(256, 'x')));
+}
+
+TEST_F(DuckingTest, RefusesTooManyRequesters)
+{
+    for (int i = 0; i < 256; ++i) {
+        ASSERT_TRUE(duck(QString::number(i)).succeeds());
+    }
+    EXPECT_EQ(duck("alarm").errorText(), "The requester's name is too long, or there are too many");
+    EXPECT_TRUE(duck("0").succeeds()) << "known already";
+    ASSERT_TRUE(unduck("0").succeeds());
+    EXPECT_TRUE(duck("alarm").succeeds());
+    EXPECT_EQ(requesters().size(), 256U);
+}
+
 TEST_F(DuckingTest, DoesNotTakeAMissingFieldForAnUnduck)
 {
     ASSERT_TRUE(duck("alarm").succeeds());
