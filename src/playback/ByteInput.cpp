@@ -50,6 +50,9 @@ std::optional<Failure> ByteInput::open()
     if (S_ISDIR(status.st_mode)) {
         return fail(QStringLiteral(" is a directory, not a sound"));
     }
+    if (S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode)) {
+        return fail(QStringLiteral(" is a device, not a sound"));
+    }
     m_regular = S_ISREG(status.st_mode);
     if (m_regular && status.st_size == 0) {
         return fail(QStringLiteral(" is empty"));

@@ -35,9 +35,8 @@ constexpr std::array linearTypes{
 };
 
 constexpr std::array fileTypes{
-    "audio/wav",    "audio/x-wav", "audio/wave",   "audio/vnd.wave", "audio/flac",
-    "audio/x-flac", "audio/ogg",   "audio/vorbis", "audio/opus",     "application/ogg",
-    "audio/mpeg",   "audio/mp3",   "audio/aiff",   "audio/x-aiff",   "audio/basic",
+    "audio/wav", "audio/x-wav",  "audio/wave", "audio/vnd.wave",  "audio/flac", "audio/x-flac",
+    "audio/ogg", "audio/vorbis", "audio/opus", "application/ogg", "audio/mpeg", "audio/mp3",
 };
 
 std::optional<PcmEncoding> find(const NamedEncoding *begin, const NamedEncoding *end,

@@ -41,6 +41,7 @@ class SoundFormatTest : public PlayerTest, public testing::WithParamInterface<Fo
 INSTANTIATE_TEST_SUITE_P(
     Formats, SoundFormatTest,
     testing::Values(Format{"Wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 48000, true},
+                    Format{"ExtensibleWav", SF_FORMAT_WAVEX | SF_FORMAT_PCM_24, 48000, true},
                     Format{"Flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16, 44100, true},
                     Format{"Vorbis", SF_FORMAT_OGG | SF_FORMAT_VORBIS, 44100, false},
                     Format{"Opus", SF_FORMAT_OGG | SF_FORMAT_OPUS, 48000, false},
@@ -155,6 +156,17 @@ TEST_F(UnplayableTest, TextFile)
 {
     writeFile(path("text.wav"), "This is a text and no sound at all.\n");
     expectRefusal(path("text.wav"), "holds no sound in a known format");
+}
+
+TEST_F(UnplayableTest, FileInAnotherFormat)
+{
+    for (const int format : {SF_FORMAT_AIFF | SF_FORMAT_PCM_16, SF_FORMAT_AU | SF_FORMAT_PCM_16,
+                             SF_FORMAT_CAF | SF_FORMAT_PCM_16, SF_FORMAT_W64 | SF_FORMAT_PCM_16,
+                             SF_FORMAT_RF64 | SF_FORMAT_PCM_16}) {
+        writeSound(path("sound"), format, rate, countingSamples(100));
+        expectRefusal(path("sound"), "holds no sound in a known format");
+        expectDataRefusal(readFile(path("sound")), "holds no sound in a known format");
+    }
 }
 
 TEST_F(UnplayableTest, WavFileThatIsCutOff)

@@ -228,6 +228,15 @@ TEST_F(StreamSimplePlayerTest, RefusesADirectory)
     EXPECT_FALSE(m_player->play());
 }
 
+TEST_F(StreamSimplePlayerTest, RefusesADevice)
+{
+    make(QStringLiteral("/dev/zero"));
+    const LogCapture log("SimplePlayer");
+    EXPECT_FALSE(m_player->play());
+    EXPECT_THAT(log.messages(log4cplus::ERROR_LOG_LEVEL),
+                testing::ElementsAre(HasSubstr("\"/dev/zero\" is a device, not a sound")));
+}
+
 TEST_F(StreamSimplePlayerTest, RefusesAnEmptyFile)
 {
     writeFile(path("empty"), {});
