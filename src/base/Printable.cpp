@@ -3,6 +3,8 @@
 
 #include "base/Printable.h"
 
+#include "base/SoundLocation.h"
+
 #include <algorithm>
 
 bool isPrintable(const QString &text)
@@ -51,5 +53,5 @@ QString shortened(const QString &text, int maxSize)
 std::string logText(const QString &value)
 {
     constexpr int maxSize = 200; // long enough for the ids and paths of every day
-    return printable(shortened(value, maxSize)).toStdString();
+    return printable(shortened(withoutUserInfo(value), maxSize)).toStdString();
 }

@@ -29,5 +29,6 @@ QString printable(const QString &text);
 /// out, and the end.
 QString shortened(const QString &text, int maxSize);
 
-/// A value within a record of the log: printable, and shortened to 200 characters.
+/// A value within a record of the log: printable, without passwords of URLs, and shortened to 200
+/// characters.
 std::string logText(const QString &value);

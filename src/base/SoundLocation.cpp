@@ -54,6 +54,18 @@ Result<SoundLocation> parseFileUri(const QUrl &url)
     return fileAt(isLocal && path.startsWith(QLatin1Char('/')) ? path : QString());
 }
 
+/// Returns whether what stands before the path of a URL has a host, rather than the beginning of a
+/// password.
+bool hasHost(const QStringRef &text)
+{
+    if (text.startsWith('[') || text.contains('@')) {
+        return true;
+    }
+    const int colon = text.indexOf(':');
+    const QStringRef port = colon < 0 ? QStringRef() : text.mid(colon + 1);
+    return std::all_of(port.begin(), port.end(), [](QChar c) { return c >= '0' && c <= '9'; });
+}
+
 } // namespace
 
 Result<SoundLocation> parseSoundLocation(const QString &name)
@@ -82,4 +94,29 @@ Result<SoundLocation> parseSoundLocation(const QString &name)
 bool isSoundUri(const QString &name)
 {
     return !schemeOf(name).isEmpty();
+}
+
+QString withoutUserInfo(const QString &text)
+{
+    const QLatin1String behindScheme("://");
+    QString result;
+    int copied = 0;
+    int at = 0;
+    while ((at = text.indexOf(behindScheme, at)) >= 0) {
+        at += behindScheme.size();
+        const auto begin = text.begin() + at;
+        const auto urlEnd = std::find_if(begin, text.end(), [](QChar c) { return c.isSpace(); });
+        auto end =
+            std::find_if(begin, urlEnd, [](QChar c) { return c == '/' || c == '?' || c == '#'; });
+        if (!hasHost(text.midRef(at, int(end - begin)))) {
+            end = urlEnd; // a password with a character that should have been encoded
+        }
+        const int sign = text.midRef(at, int(end - begin)).lastIndexOf('@');
+        if (sign >= 0) {
+            result += text.midRef(copied, at - copied);
+            at += sign + 1;
+            copied = at;
+        }
+    }
+    return copied == 0 ? text : result + text.midRef(copied);
 }

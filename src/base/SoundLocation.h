@@ -26,3 +26,7 @@ Result<SoundLocation> parseSoundLocation(const QString &name);
 
 /// Returns whether the name is read as a URI, well formed or not.
 bool isSoundUri(const QString &name);
+
+/// The text without the user names and passwords of the URLs in it, for logs and for what others may
+/// read.
+QString withoutUserInfo(const QString &text);

@@ -4,6 +4,7 @@
 #include "host/LogGate.h"
 
 #include "base/Printable.h"
+#include "base/SoundLocation.h"
 
 #include <log4cplus/spi/loggingevent.h>
 #include <log4cplus/thread/syncprims.h>
@@ -20,12 +21,13 @@ bool isPlain(const std::string &text)
 {
     const bool isAscii = std::all_of(text.begin(), text.end(),
                                      [](char byte) { return byte >= 0x20 && byte < 0x7F; });
-    return isAscii && text.size() <= LogGate::maxTextSize;
+    return isAscii && text.size() <= LogGate::maxTextSize && text.find("://") == std::string::npos;
 }
 
 std::string guardedText(const std::string &text)
 {
-    return printable(shortened(QString::fromStdString(text), LogGate::maxTextSize)).toStdString();
+    const QString decoded = withoutUserInfo(QString::fromStdString(text));
+    return printable(shortened(decoded, LogGate::maxTextSize)).toStdString();
 }
 } // namespace
 

@@ -14,8 +14,8 @@
 #include <tuple>
 
 /// What every record passes before the appenders of a logger write it, so that no client can forge a
-/// record, hide one, or fill the disk:
-/// - Characters that are unsafe to print are escaped.
+/// record, hide one, or fill the disk, and no password is in the log:
+/// - Characters that are unsafe to print are escaped, and user names and passwords of URLs removed.
 /// - A text of more than 4000 characters is shortened.
 /// - Of the records from INFO up that one line of the source logs within a second, the first 100 are
 ///   written. How many were left out is written later, by writeLeftOut() or with the next record

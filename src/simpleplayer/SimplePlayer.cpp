@@ -4,6 +4,7 @@
 #include "simpleplayer/SimplePlayer.h"
 
 #include "base/Printable.h"
+#include "base/SoundLocation.h"
 #include "simpleplayer/Log.h"
 #include "simpleplayer/PlaybackLibrary.h"
 
@@ -166,7 +167,7 @@ void SimplePlayer::reportError(const QString &error)
     end(State::Over);
     LOG4CPLUS_ERROR(simplePlayerLogger(), "Playing " << logText(m_id) << " broke off: "
                                                      << printable(error).toStdString());
-    Q_EMIT playbackErrorReported(m_id, error);
+    Q_EMIT playbackErrorReported(m_id, withoutUserInfo(error));
 }
 
 void SimplePlayer::end(State state)

@@ -3,6 +3,7 @@
 
 #include "MainAudio.h"
 
+#include "base/SoundLocation.h"
 #include <core/tavo.h>
 #include <simpleplayer/UriSimplePlayer.h>
 
@@ -136,7 +137,7 @@ TavoPlayerMainAudioState MainAudio::state() const
     }
     return TavoPlayerMainAudioState()
         .setPlaying(m_player != nullptr)
-        .setSource(m_source)
+        .setSource(withoutUserInfo(m_source))
         .setVolume(m_volume)
         .setDucked(!m_requesters.isEmpty())
         .setRequesters(requesters)

@@ -85,7 +85,7 @@ protected:
 
     static QJsonObject allSounds()
     {
-        return {{"schemes", QJsonArray{"file", "data"}}, {"folders", QJsonArray{"/"}}};
+        return {{"schemes", QJsonArray{"file", "data", "http"}}, {"folders", QJsonArray{"/"}}};
     }
 
     /// Runs the program and returns its exit code.

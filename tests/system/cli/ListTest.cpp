@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "CliTest.h"
-#include "support/Sanitized.h"
 
 using testing::ElementsAre;
 using testing::EndsWith;
@@ -112,24 +111,6 @@ TEST_F(CliListTest, ListsMessagesWithoutANode)
     ASSERT_EQ(lines.size(), 2U);
     EXPECT_EQ(lines[0], "shown\t/my/message\t\t");
     EXPECT_THAT(lines[1], MatchesRegex("1\t/notifications/.*\tDoor\tSomebody rings"));
-}
-
-TEST_F(CliListTest, ListsMoreTextThanOneReplyHolds)
-{
-    if (sanitized) {
-        GTEST_SKIP() << "So much text takes too long with a sanitizer";
-    }
-    constexpr int messages = 33;
-    const QString text(1 << 20, 'x');
-    for (int i = 0; i < messages; ++i) {
-        open({{"message", text}, {"timeout", 0}});
-    }
-    EXPECT_EQ(run({"list"}), s_good);
-    const auto lines = m_tavo.lines();
-    ASSERT_EQ(lines.size(), std::size_t(messages));
-    for (const std::string &line : lines) {
-        EXPECT_GT(line.size(), std::size_t(text.size()));
-    }
 }
 
 class CliListLimitsTest : public CliListTest

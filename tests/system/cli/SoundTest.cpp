@@ -107,9 +107,9 @@ TEST_F(CliSoundTest, WithWaitIgnoresTheEndsOfOtherSounds)
 
 TEST_F(CliSoundTest, ReportsARefusedSchemeAndHowToAllowIt)
 {
-    EXPECT_EQ(run({"sound", "http://host/sound.wav"}), s_refused);
+    EXPECT_EQ(run({"sound", "https://host/sound.wav"}), s_refused);
     EXPECT_EQ(m_tavo.error(),
-              "tavo: the host refused: \"http://host/sound.wav\" has a scheme that is "
+              "tavo: the host refused: \"https://host/sound.wav\" has a scheme that is "
               "not allowed. \"sounds\" in its configuration of the module dbus says "
               "which sounds clients may play\n");
 }

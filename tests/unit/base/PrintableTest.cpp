@@ -59,3 +59,8 @@ TEST(LogTextTest, IsShortAndPrintable)
     EXPECT_EQ(logText("id\n"), "id\\n");
     EXPECT_LT(logText(QString(1000000, '\n')).size(), 500U);
 }
+
+TEST(LogTextTest, HasNoPasswordOfAUrlHoweverLong)
+{
+    EXPECT_EQ(logText("http://user:" + QString(300, 'x') + "@host/a.wav"), "http://host/a.wav");
+}
