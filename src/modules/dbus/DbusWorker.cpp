@@ -28,6 +28,8 @@ DbusWorker::DbusWorker(const QVariantHash &config)
             m_bus, m_clients, nodes(), m_sounds, m_configuration.sounds.theme,
             NotifyCall::Timeouts{m_configuration.defaultTimeoutMs,
                                  m_configuration.criticalTimeoutMs});
+        tavoConnect(&m_model, &ModelInterface::messageCancelled, m_notifications.get(),
+                    &NotificationsInterface::on_model_messageCancelled);
     }
     tavoConnect(&m_bus, &BusConnection::connected, this, &DbusWorker::on_bus_connected);
     tavoConnect(&m_bus, &BusConnection::lost, this, &DbusWorker::on_bus_lost);

@@ -140,6 +140,11 @@ void NotificationsInterface::emitTo(Receiver receiver, const std::string &client
     }
 }
 
+void NotificationsInterface::on_model_messageCancelled(const CMPath &path)
+{
+    m_notifications.takeCancel(path);
+}
+
 void NotificationsInterface::on_notifications_closed(quint32 id, OpenNotifications::Reason reason)
 {
     const std::string client = clientOf(id);

@@ -33,6 +33,10 @@ public:
                            ClientSounds &sounds, const QString &soundTheme,
                            const NotifyCall::Timeouts &timeouts);
 
+public Q_SLOTS:
+    /// A client has requested the display to close what is at the path.
+    void on_model_messageCancelled(const CMPath &path);
+
 private Q_SLOTS:
     void on_bus_connected();
     void on_bus_lost();

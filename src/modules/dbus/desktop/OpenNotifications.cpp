@@ -140,6 +140,14 @@ bool OpenNotifications::close(quint32 id, Reason reason)
     return true;
 }
 
+void OpenNotifications::takeCancel(const CMPath &path)
+{
+    const auto entry = m_entries.find(NotificationNode::idOf(path));
+    if (entry != m_entries.end() && entry->node.path() == path) {
+        remove(entry, Reason::Closed);
+    }
+}
+
 void OpenNotifications::remove(Entries::iterator entry, Reason reason)
 {
     const quint32 id = entry.key();

@@ -55,6 +55,10 @@ public:
     /// Closes a notification, which is reported before the call returns; false when it is not open.
     bool close(quint32 id, Reason reason);
 
+    /// Someone has requested the display to close what is at the path. A notification there is closed,
+    /// which is reported before the call returns.
+    void takeCancel(const CMPath &path);
+
 Q_SIGNALS:
     void closed(quint32 id, Reason reason);
 

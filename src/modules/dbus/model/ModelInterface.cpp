@@ -140,7 +140,20 @@ CMReply<QVariant> ModelInterface::send(const std::string &client, const CMPath &
     if (path == TavoNotificationDisplayOpenPath()) {
         ModelArguments::checkTexts(value);
     }
+    if (path == TavoNotificationDisplayCancelNotifyPath()) {
+        return cancelMessage(value);
+    }
     return CMRoot()->invoke(path, value, {});
+}
+
+CMReply<QVariant> ModelInterface::cancelMessage(const QVariant &value)
+{
+    CMReply<QVariant> reply =
+        CMRoot()->invoke(TavoNotificationDisplayCancelNotifyPath(), value, {});
+    // A record with the message's path, or the path itself.
+    const CMPath path = TavoValue(value.toHash()).path();
+    Q_EMIT messageCancelled(path.isEmpty() ? CMPath::fromQVariant(value) : path);
+    return reply;
 }
 
 void ModelInterface::list(const BusMessage &call)

@@ -31,6 +31,10 @@ class ModelInterface : public QObject
 public:
     ModelInterface(BusConnection &bus, Clients &clients, CMNodes *nodes, ClientSounds &sounds);
 
+Q_SIGNALS:
+    /// A client has requested the display to close the message at the path.
+    void messageCancelled(const CMPath &message);
+
 private Q_SLOTS:
     void on_bus_connected();
     void on_bus_lost();
@@ -51,6 +55,7 @@ private:
 
     /// Sends a client's request to a node.
     CMReply<QVariant> send(const std::string &client, const CMPath &path, const QVariant &value);
+    CMReply<QVariant> cancelMessage(const QVariant &value);
 
     BusConnection &m_bus;
     Clients &m_clients;

@@ -5,6 +5,7 @@
 #include "support/bus/BusClient.h"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -103,27 +104,33 @@ public:
     explicit Listener(const QString &address)
         : m_client(address)
     {
-        m_client.setTarget(name, "/org/freedesktop/Notifications", name);
         m_client.listen("type='signal',interface='" + std::string(name) + '\'',
                         [this](const BusMessage &signal) { takeDown(signal); });
     }
 
-    bool notify()
+    BusCall notify(int timeout = 0)
     {
-        return m_client
-            .call("Notify",
-                  [](BusWriter &writer) {
-                      writer.writeString({});
-                      writer.writeUInt32(0);
-                      writer.writeString({});
-                      writer.writeString("Title"_s);
-                      writer.writeString({});
-                      writer.writeStringList({"key", "Label"});
-                      writer.openArray("{sv}");
-                      writer.close();
-                      writer.writeInt32(0);
-                  })
-            .succeeds();
+        return m_client.setTarget(name, "/org/freedesktop/Notifications", name)
+            .call("Notify", [timeout](BusWriter &writer) {
+                writer.writeString({});
+                writer.writeUInt32(0);
+                writer.writeString({});
+                writer.writeString("Title"_s);
+                writer.writeString({});
+                writer.writeStringList({"key", "Label"});
+                writer.openArray("{sv}");
+                writer.close();
+                writer.writeInt32(timeout);
+            });
+    }
+    /// Requests the display to close what is at the path.
+    BusCall cancel(const QVariant &value)
+    {
+        return m_client.setTarget("org.tavo.Model1", "/org/tavo/Model1", "org.tavo.Model1")
+            .call("Call", [&value](BusWriter &writer) {
+                writer.writeString(TavoNotificationDisplayCancelNotifyPath().toString());
+                writer.writeVariant(value);
+            });
     }
     bool hearsOfTheEnd() const
     {
@@ -131,6 +138,10 @@ public:
             [this] { return !m_received.empty() && m_received.back() == "NotificationClosed"; });
     }
     const std::vector<std::string> &received() const { return m_received; }
+
+    /// The ids of closed notifications, each with its reason.
+    using Ends = std::vector<std::pair<quint32, quint32>>;
+    const Ends &ends() const { return m_ends; }
 
 private:
     static constexpr const char *name = "org.freedesktop.Notifications";
@@ -142,18 +153,23 @@ private:
             BusReader reader(signal);
             reader.readUInt32(); // the id
             m_received.back() += ' ' + reader.readString().toStdString();
+        } else if (m_received.back() == "NotificationClosed") {
+            BusReader reader(signal);
+            const quint32 id = reader.readUInt32();
+            m_ends.emplace_back(id, reader.readUInt32());
         }
     }
 
     BusClient m_client;
     std::vector<std::string> m_received;
+    Ends m_ends;
 };
 
 TEST_F(ClosingTest, FollowsTheTokenThatOnlyItsClientGets)
 {
     Listener client(bus().address());
     Listener other(bus().address());
-    ASSERT_TRUE(client.notify());
+    ASSERT_TRUE(client.notify().succeeds());
     CMRoot()->invoke(rowOf(1, 1).path(), QVariant("token"_s), {});
     ASSERT_TRUE(client.hearsOfTheEnd());
     EXPECT_THAT(client.received(),
@@ -167,17 +183,40 @@ TEST_F(ClosingTest, IsReportedOnlyToItsClientOnABusThatUsersShare)
     shareBus();
     Listener client(bus().address());
     Listener other(bus().address());
-    ASSERT_TRUE(client.notify());
+    ASSERT_TRUE(client.notify().succeeds());
     CMRoot()->invoke(rowOf(1, 1).path(), QVariant("token"_s), {});
     ASSERT_TRUE(client.hearsOfTheEnd());
     EXPECT_THAT(client.received(),
                 ElementsAre("ActivationToken token", "ActionInvoked", "NotificationClosed"));
     // Its own signals come after those of the first notification.
-    ASSERT_TRUE(other.notify());
+    ASSERT_TRUE(other.notify().succeeds());
     CMSubscribe::closeNode(pathOf(2));
     ASSERT_TRUE(other.hearsOfTheEnd());
     EXPECT_THAT(other.received(), ElementsAre("NotificationClosed"));
     EXPECT_EQ(client.received().size(), 3U);
+}
+
+/// The display does not say why it closes, but what comes over the bus is known.
+TEST_F(ClosingTest, IsReportedAsClosedForACancelOverTheBusHoweverLate)
+{
+    Listener client(bus().address());
+    client.notify(400);
+    client.notify(400);
+    const BusCall first = client.cancel(TavoValue().setPath(pathOf(1)).__variant());
+    const BusCall second = client.cancel(pathOf(2).toString());
+    EXPECT_TRUE(first.succeeds());
+    EXPECT_TRUE(second.succeeds());
+    EXPECT_EQ(client.cancel(pathOf(2).toString()).errorName(), "org.tavo.Error.Notifications");
+    EXPECT_THAT(client.ends(), ElementsAre(std::pair(1, 3), std::pair(2, 3)));
+    EXPECT_TRUE(displayed().isEmpty());
+}
+
+TEST_F(ClosingTest, IsNotReportedForACancelOfAnotherNodeOfThatName)
+{
+    Listener client(bus().address());
+    ASSERT_TRUE(client.notify().succeeds());
+    EXPECT_EQ(client.cancel("/another/1"_s).errorName(), "org.tavo.Error.Notifications");
+    EXPECT_TRUE(isOpen(1));
 }
 
 TEST_F(ClosingTest, IsReportedOnce)
