@@ -27,7 +27,11 @@ private Q_SLOTS:
     void on_inbox_responded(const TavoNotificationPlayerResponse &response);
 
 private:
-    bool isToWait() const { return options().wait || options().loop; }
+    // A looped sound or a stream ends with the program.
+    bool isToWait() const
+    {
+        return options().wait || options().loop || !options().streamFormat.empty();
+    }
     void enqueue();
     void on_item_queued();
     void on_item_refused(const CMError &error);

@@ -34,7 +34,8 @@ CommandDefinition sound()
         "With --wait, the program waits for the end of the sound, and its exit code tells how the "
         "sound ended. Interrupting the program cancels the sound.\n\n"
         "With --loop, the sound repeats until it is cancelled. It ends with the program, so the "
-        "program runs until it is interrupted.",
+        "program runs until it is interrupted. A stream ends with the program too, so --stream "
+        "implies --wait.",
         "  tavo sound chime.flac\n"
         "  tavo sound --priority urgent --wait alarm.wav\n"
         "  tavo sound --loop --id bell ring.ogg\n"
@@ -52,7 +53,7 @@ CommandDefinition sound()
         {{"--loop"}, ValueName::none, "Repeat the sound until it is cancelled", &Options::loop},
         {{"--stream"},
          ValueName::format,
-         "FILE is a stream of this media type: a FIFO, a file or a URI",
+         "FILE is a stream of this media type: a FIFO or an http: URI",
          &Options::streamFormat},
         {{"-w", "--wait"},
          ValueName::none,

@@ -23,6 +23,12 @@ bool isEnd(TavoNotificationPlayerResponseType::Enum type)
            type == TavoNotificationPlayerResponseType::Cancelled ||
            type == TavoNotificationPlayerResponseType::Failed;
 }
+
+/// Other sounds end by themselves.
+bool endsWithItsClient(const TavoNotificationPlayerItem &item)
+{
+    return item.loop() || item.type() == TavoNotificationPlayerItemType::Stream;
+}
 } // namespace
 
 ClientSounds::ClientSounds(Clients &clients, CMNodes *nodes, SoundAccess access)
@@ -151,7 +157,7 @@ void ClientSounds::on_clients_left(const std::string &client)
         return;
     }
     for (const auto &[path, sound] : m_sounds) {
-        if (sound.charge.client() == client && sound.item.loop()) {
+        if (sound.charge.client() == client && endsWithItsClient(sound.item)) {
             CMRoot()->invoke(TavoNotificationPlayerCancelPath(),
                              TavoValue().setString_(sound.item.id()), {});
         }

@@ -19,8 +19,8 @@ class Clients;
 /// its end. A sound counts for its client, and in the total even after the client has left.
 ///
 /// Owned by the worker, used in its thread. Each sound gets a response path of the module's own, and
-/// its responses are passed on to the client's. When a client leaves, its looped sounds are cancelled;
-/// the others play to their end.
+/// its responses are passed on to the client's. When a client leaves, its looped sounds and its streams
+/// are cancelled; the others play to their end.
 class ClientSounds : public QObject
 {
     Q_OBJECT

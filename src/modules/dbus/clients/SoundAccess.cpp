@@ -28,8 +28,7 @@ bool isOfKind(const QString &path, SoundAccess::Kind kind)
     if (stat(QFile::encodeName(path).constData(), &status) != 0) {
         return false;
     }
-    const bool isPipe = S_ISFIFO(status.st_mode);
-    return S_ISREG(status.st_mode) || (isPipe && kind == SoundAccess::Kind::Stream);
+    return kind == SoundAccess::Kind::Stream ? S_ISFIFO(status.st_mode) : S_ISREG(status.st_mode);
 }
 
 bool isBelow(const QString &path, const QString &folder)
@@ -78,7 +77,9 @@ Result<QString> SoundAccess::checkPath(const QString &location, const QString &p
                     [&](const QString &folder) { return isBelow(canonical, folder); });
     // One reason for both cases: a client must not learn what is in other folders.
     if (!isAllowed || !isOfKind(canonical, kind)) {
-        return refusal(location, QStringLiteral("is not a file in an allowed folder"));
+        return refusal(location, kind == Kind::Stream
+                                     ? QStringLiteral("is not a FIFO in an allowed folder")
+                                     : QStringLiteral("is not a file in an allowed folder"));
     }
     return canonical;
 }

@@ -16,7 +16,8 @@ public:
     /// Allows files in the folders, which are absolute paths, at any depth. Links are followed first.
     SoundAccess(QStringList schemes, const QStringList &folders);
 
-    /// What the path may lead to: only a file, or a pipe as well.
+    /// What the path may lead to: a file, or a FIFO. A file that is played as a raw stream could be
+    /// any file, not only a sound.
     enum class Kind { File, Stream };
 
     /// The location to play for a URI or an absolute path, or the reason why it is not allowed. For a

@@ -76,9 +76,10 @@ TEST_F(DbusClientSoundAccessTest, AllowsFilesInAllowedFolders)
     EXPECT_THAT(played, ElementsAre(path("allowed/sound.wav"_s), path("allowed/sound.wav"_s)));
 }
 
-TEST_F(DbusClientSoundAccessTest, AllowsPipesOnlyAsStreams)
+TEST_F(DbusClientSoundAccessTest, AllowsOnlyPipesAsStreams)
 {
     EXPECT_EQ(errorFor(Type::Uri, path("allowed/pipe"_s)), denied);
+    EXPECT_EQ(errorFor(Type::Stream, path("allowed/sound.wav"_s)), denied);
     EXPECT_EQ(errorFor(Type::Stream, path("allowed/pipe"_s)), "");
     EXPECT_THAT(played, ElementsAre(path("allowed/pipe"_s)));
 }

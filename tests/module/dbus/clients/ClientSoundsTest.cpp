@@ -3,7 +3,12 @@
 
 #include "module/dbus/ModelTest.h"
 
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
 #include <map>
+#include <sys/stat.h>
 
 namespace {
 using testing::ElementsAre;
@@ -95,6 +100,19 @@ TEST_F(DbusClientSoundsTest, ThatAreRefusedLeaveNothingBehind)
 {
     EXPECT_EQ(enqueue(sound(""_s)).errorMessage(), "Refused");
     EXPECT_TRUE(waitFor([] { return watched() == 0; }));
+}
+
+TEST_F(DbusClientSoundsTest, FromAStreamEndWithTheirClient)
+{
+    QTemporaryDir folder;
+    const QString fifo = QDir(folder.path()).canonicalPath() + "/fifo";
+    ASSERT_EQ(mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+    ASSERT_TRUE(
+        enqueue(sound("stream"_s).setType(TavoNotificationPlayerItemType::Stream).setContent(fifo))
+            .succeeds());
+    client->leave();
+    EXPECT_TRUE(waitFor([] { return watched() == 0; }));
+    EXPECT_THAT(cancelled, ElementsAre("stream"));
 }
 
 TEST_F(DbusClientSoundsTest, ThatLoopEndWithTheirClient)
