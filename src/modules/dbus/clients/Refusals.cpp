@@ -75,6 +75,12 @@ BusError Refusals::noSuchInbox(const std::string &path)
     return BusError::invalidArguments("The caller has no inbox at " + path);
 }
 
+BusError Refusals::notAnInboxOfTheCaller()
+{
+    return BusError::accessDenied(
+        "A client can only have messages about resources sent to its own inboxes");
+}
+
 BusError Refusals::soundNotAllowed(const std::string &reason)
 {
     return BusError::accessDenied(reason);

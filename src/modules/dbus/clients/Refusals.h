@@ -26,6 +26,7 @@ BusError unknownChange();
 BusError invalidRowRange();
 BusError noSuchSubscription();
 BusError noSuchInbox(const std::string &path);
+BusError notAnInboxOfTheCaller();
 
 // Sounds. SoundAccess has the reasons why a location is not allowed.
 BusError soundNotAllowed(const std::string &reason);

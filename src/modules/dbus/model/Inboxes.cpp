@@ -25,12 +25,18 @@ CMPath Inboxes::open(const std::string &client)
     return path;
 }
 
-bool Inboxes::close(const std::string &client, const CMPath &path)
+bool Inboxes::isOf(const std::string &client, const CMPath &path) const
 {
     const auto inbox = m_inboxes.find(path);
-    if (inbox == m_inboxes.end() || inbox->second.charge.client() != client) {
+    return inbox != m_inboxes.end() && inbox->second.charge.client() == client;
+}
+
+bool Inboxes::close(const std::string &client, const CMPath &path)
+{
+    if (!isOf(client, path)) {
         return false;
     }
+    const auto inbox = m_inboxes.find(path);
     inbox->second.node->dispose();
     m_inboxes.erase(inbox);
     return true;

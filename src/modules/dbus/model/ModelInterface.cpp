@@ -72,6 +72,7 @@ ModelInterface::ModelInterface(BusConnection &bus, Clients &clients, CMNodes *no
     , m_subscriptions(clients)
     , m_inboxes(clients, nodes)
     , m_signals(clients, m_subscriptions, m_inboxes)
+    , m_services(clients, m_inboxes)
     , m_sounds(sounds)
 {
     m_bus.ownName(QString::fromStdString(BusInterface::model().name));
@@ -143,7 +144,7 @@ CMReply<QVariant> ModelInterface::send(const std::string &client, const CMPath &
     if (path == TavoNotificationDisplayCancelNotifyPath()) {
         return cancelMessage(value);
     }
-    return CMRoot()->invoke(path, value, {});
+    return CMRoot()->invoke(path, m_services.adapted(client, path, value), {});
 }
 
 CMReply<QVariant> ModelInterface::cancelMessage(const QVariant &value)

@@ -7,6 +7,7 @@
 #include "ModelSignals.h"
 #include "modules/dbus/clients/ClientSounds.h"
 #include "modules/dbus/clients/PendingCalls.h"
+#include "ServiceRequests.h"
 #include "Subscriptions.h"
 #include <bus/BusObject.h>
 #include <core/tavo.h>
@@ -63,6 +64,7 @@ private:
     Subscriptions m_subscriptions;
     Inboxes m_inboxes;
     ModelSignals m_signals;
+    ServiceRequests m_services;
     ClientSounds &m_sounds;
     std::unique_ptr<BusObject> m_object; ///< while connected
 };
