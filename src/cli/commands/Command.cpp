@@ -4,7 +4,6 @@
 #include "cli/commands/Command.h"
 
 #include "cli/commands/ErrorText.h"
-#include "cli/output/ValueText.h"
 
 void Command::print(const QVariant &json, const QString &text)
 {
@@ -33,7 +32,7 @@ void Command::finishBySignal(int signal)
 void Command::fail(ExitCode code, const QString &text)
 {
     if (!m_isFinished) {
-        m_terminal.printError(oneLine(text));
+        m_terminal.printError(text);
         finish(code);
     }
 }

@@ -3,10 +3,10 @@
 
 #include "cli/commands/DoctorCommand.h"
 
+#include "base/Printable.h"
 #include "cli/commands/ErrorText.h"
 #include "cli/doctor/HostModules.h"
 #include "cli/doctor/SoundDevice.h"
-#include "cli/output/ValueText.h"
 #include <core/base/connect.h>
 
 #include <QTimer>
@@ -218,9 +218,9 @@ void DoctorCommand::printFindings()
         constexpr int width = 9;
         lines.append(terminal().styled(word.leftJustified(width), state.style) +
                      terminal().styled(finding.subject, Terminal::Style::Bold) +
-                     QStringLiteral(": ") + oneLine(finding.text));
+                     QStringLiteral(": ") + printable(finding.text));
         if (!finding.remedy.isEmpty()) {
-            lines.append(QString(width, QLatin1Char(' ')) + oneLine(finding.remedy));
+            lines.append(QString(width, QLatin1Char(' ')) + printable(finding.remedy));
         }
     }
     print(list, lines.join(QLatin1Char('\n')));

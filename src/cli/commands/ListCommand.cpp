@@ -3,7 +3,7 @@
 
 #include "cli/commands/ListCommand.h"
 
-#include "cli/output/ValueText.h"
+#include "base/Printable.h"
 
 void ListCommand::start()
 {
@@ -41,16 +41,18 @@ void ListCommand::printLines(const ShownMessages &messages)
 QString ListCommand::lineOf(const ShownMessage &message, int index)
 {
     const QString place = index == 0 ? QStringLiteral("shown") : QString::number(index);
-    const QString path = oneLine(message.path.toString());
-    const QString title = oneLine(message.title);
-    const QString text = oneLine(message.text);
+    const QString path = printable(message.path.toString());
     if (!terminal().isTerminal()) {
-        return QStringList{place, path, title, text}.join(QLatin1Char('\t'));
+        return QStringList{place, path, printable(message.title), printable(message.text)}.join(
+            QLatin1Char('\t'));
     }
     constexpr int width = 5;
+    constexpr int maxSize = 200; // a client's text may fill many screens
     const auto style = index == 0 ? Terminal::Style::Good : Terminal::Style::Plain;
-    return QStringList{terminal().styled(place.rightJustified(width), style),
-                       terminal().styled(path, Terminal::Style::Faint),
-                       terminal().styled(title, Terminal::Style::Bold), text}
+    return QStringList{
+        terminal().styled(place.rightJustified(width), style),
+        terminal().styled(path, Terminal::Style::Faint),
+        terminal().styled(printable(shortened(message.title, maxSize)), Terminal::Style::Bold),
+        printable(shortened(message.text, maxSize))}
         .join(QStringLiteral("  "));
 }

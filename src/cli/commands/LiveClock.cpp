@@ -3,7 +3,6 @@
 
 #include "cli/commands/LiveClock.h"
 
-#include "cli/output/ValueText.h"
 #include <core/base/connect.h>
 
 LiveClock::LiveClock(Terminal &terminal)
@@ -16,7 +15,7 @@ LiveClock::LiveClock(Terminal &terminal)
 
 void LiveClock::show(const QString &what)
 {
-    m_what = oneLine(what);
+    m_what = what;
     m_since.start();
     m_timer.start();
     on_timer_timeout();

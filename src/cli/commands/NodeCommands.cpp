@@ -3,6 +3,7 @@
 
 #include "cli/commands/NodeCommands.h"
 
+#include "base/Printable.h"
 #include "cli/output/ValueText.h"
 
 #include <QFile>
@@ -128,8 +129,8 @@ QString TreeCommand::textOf(const QVector<TavoClientNode> &nodes)
 {
     QStringList lines;
     for (const TavoClientNode &node : nodes) {
-        lines.append(oneLine(node.path.toString()) + QLatin1Char('\t') + node.kind +
-                     QLatin1Char('\t') + oneLine(node.title));
+        lines.append(printable(node.path.toString()) + QLatin1Char('\t') + printable(node.kind) +
+                     QLatin1Char('\t') + printable(node.title));
     }
     return lines.join(QLatin1Char('\n'));
 }
@@ -137,8 +138,8 @@ QString TreeCommand::textOf(const QVector<TavoClientNode> &nodes)
 QString TreeCommand::nodeText(const QString &name, const TavoClientNode &node)
 {
     const QString text = terminal().styled(name, Terminal::Style::Bold) + QLatin1Char(' ') +
-                         terminal().styled(node.kind, Terminal::Style::Faint);
-    return node.title.isEmpty() ? text : text + QStringLiteral("  ") + oneLine(node.title);
+                         terminal().styled(printable(node.kind), Terminal::Style::Faint);
+    return node.title.isEmpty() ? text : text + QStringLiteral("  ") + printable(node.title);
 }
 
 QString TreeCommand::treeOf(const QVector<TavoClientNode> &nodes)
@@ -155,7 +156,7 @@ QString TreeCommand::treeOf(const QVector<TavoClientNode> &nodes)
         }
         for (int depth = shared; depth < segments.size(); ++depth) {
             const bool isNode = depth == segments.size() - 1;
-            const QString name = oneLine(segments[depth]);
+            const QString name = printable(segments[depth]);
             lines.append(QString(depth * step, QLatin1Char(' ')) +
                          (isNode ? nodeText(name, node) : name));
         }

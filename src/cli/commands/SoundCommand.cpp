@@ -3,8 +3,8 @@
 
 #include "cli/commands/SoundCommand.h"
 
+#include "base/Printable.h"
 #include "cli/commands/SoundSource.h"
-#include "cli/output/ValueText.h"
 #include "cli/Priority.h"
 #include <core/base/connect.h>
 #include <core/base/uuid.h>
@@ -117,7 +117,7 @@ void SoundCommand::report(const char *event)
                                 {QStringLiteral("id"), m_item.id()}},
                    JsonForm::Line));
     } else if (event == QLatin1String("queued")) {
-        terminal().print(oneLine(m_item.id()));
+        terminal().print(printable(m_item.id()));
     } else if (event != QLatin1String("started")) {
         terminal().print(QString::fromLatin1(event));
     }

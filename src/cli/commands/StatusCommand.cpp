@@ -3,17 +3,24 @@
 
 #include "cli/commands/StatusCommand.h"
 
-#include "cli/output/ValueText.h"
+#include "base/Printable.h"
 
 namespace {
 /// At most so many waiting messages are counted.
 constexpr int maxMessages = 20;
 
+/// A client's text for a line of the overview.
+QString brief(const QString &text)
+{
+    constexpr int maxSize = 200;
+    return printable(shortened(text, maxSize));
+}
+
 QString texts(const TavoList<QString> &list)
 {
     QStringList result;
     for (int i = 0; i < list.size(); ++i) {
-        result.append(oneLine(list.at(i)));
+        result.append(brief(list.at(i)));
     }
     return result.join(QStringLiteral(", "));
 }
@@ -133,7 +140,7 @@ QString StatusCommand::audioText()
         return notThere("player");
     }
     constexpr int percent = 100;
-    QString text = m_audio->playing() ? QStringLiteral("plays %1").arg(oneLine(m_audio->source()))
+    QString text = m_audio->playing() ? QStringLiteral("plays %1").arg(brief(m_audio->source()))
                                       : QStringLiteral("silent");
     text += QStringLiteral(", volume %1 %").arg(qRound(m_audio->volume() * percent));
     text +=
@@ -142,8 +149,8 @@ QString StatusCommand::audioText()
                                 Terminal::Style::Notice)
             : QStringLiteral(", not ducked");
     if (!m_audio->error().isEmpty()) {
-        text += terminal().styled(QStringLiteral("; ") + oneLine(m_audio->error()),
-                                  Terminal::Style::Bad);
+        text +=
+            terminal().styled(QStringLiteral("; ") + brief(m_audio->error()), Terminal::Style::Bad);
     }
     return text;
 }
@@ -159,9 +166,9 @@ QString StatusCommand::displayText()
     const ShownMessage &shown = m_messages->messages.first();
     const int waiting = m_messages->messages.size() - 1;
     QString text = QStringLiteral("shows ");
-    text += terminal().styled(oneLine(shown.title), Terminal::Style::Good);
-    text += shown.text.isEmpty() ? QString() : QStringLiteral(": ") + oneLine(shown.text);
-    text += QStringLiteral(" (%1)").arg(oneLine(shown.path.toString()));
+    text += terminal().styled(brief(shown.title), Terminal::Style::Good);
+    text += shown.text.isEmpty() ? QString() : QStringLiteral(": ") + brief(shown.text);
+    text += QStringLiteral(" (%1)").arg(brief(shown.path.toString()));
     return text + QStringLiteral(", %1%2 waiting")
                       .arg(m_messages->isCut ? QStringLiteral("at least ") : QString())
                       .arg(waiting + int(m_messages->isCut));

@@ -3,7 +3,7 @@
 
 #include "cli/commands/WatchCommand.h"
 
-#include "cli/output/ValueText.h"
+#include "base/Printable.h"
 #include <core/base/connect.h>
 
 #include <QTime>
@@ -202,10 +202,12 @@ void WatchCommand::printChange(const CMPath &path, const QVariantHash &fields, c
     const QTime now = QTime::currentTime();
     if (!options().json) {
         const QString time = now.toString(QStringLiteral("HH:mm:ss.zzz"));
+        constexpr int maxSize = 4000;
         const QString name =
-            path.isEmpty() ? QString() : oneLine(path.toString()) + QLatin1Char(' ');
+            path.isEmpty() ? QString() : printable(path.toString()) + QLatin1Char(' ');
         terminal().print(terminal().styled(time, Terminal::Style::Faint) + QLatin1Char(' ') +
-                         terminal().styled(name, Terminal::Style::Bold) + text);
+                         terminal().styled(name, Terminal::Style::Bold) +
+                         (terminal().isTerminal() ? shortened(text, maxSize) : text));
         return;
     }
     QVariantHash line = fields;

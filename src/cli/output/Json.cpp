@@ -3,6 +3,7 @@
 
 #include "cli/output/Json.h"
 
+#include "base/Printable.h"
 #include <core/records/cmpath.h>
 
 #include <QJsonArray>
@@ -175,7 +176,25 @@ private:
     {
         // Qt quotes it as an array, whose brackets are removed.
         const QByteArray array = QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact);
-        m_text += array.mid(1, array.size() - 2);
+        m_text += withEscapes(array.mid(1, array.size() - 2));
+    }
+
+    /// Escapes what Qt leaves as it is, although it is unsafe to print.
+    static QByteArray withEscapes(const QByteArray &quoted)
+    {
+        const QString text = QString::fromUtf8(quoted);
+        if (isPrintable(text)) {
+            return quoted;
+        }
+        QString result;
+        for (const QChar character : text) {
+            if (isUnsafeToPrint(character.unicode())) {
+                result += QStringLiteral("\\u%1").arg(character.unicode(), 4, 16, QLatin1Char('0'));
+            } else {
+                result += character;
+            }
+        }
+        return result.toUtf8();
     }
 
     void open(char bracket)

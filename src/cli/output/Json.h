@@ -16,5 +16,5 @@ Result<QVariant> fromJson(const QByteArray &text);
 enum class JsonForm { Line, Indented };
 
 /// Writes any value of the model: fields sorted by key, 64 bit integers with all their digits, invalid
-/// variants, infinities and not-a-number as null.
+/// variants, infinities and not-a-number as null, and what is unsafe to print as \u and four digits.
 QByteArray toJson(const QVariant &value, JsonForm form);

@@ -3,6 +3,10 @@
 
 #include "cli/output/Terminal.h"
 
+#include "base/Printable.h"
+
+#include <QRegularExpression>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -36,6 +40,22 @@ int columns()
     const bool isKnown = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
     return isKnown ? size.ws_col : usual;
 }
+/// The text with everything that is unsafe to print escaped, except line feeds, tabs and styles.
+QString guarded(const QString &text)
+{
+    if (isPrintable(text)) {
+        return text;
+    }
+    static const QRegularExpression s_safe(QStringLiteral("\x1b\\[(?:0|1|2|31|32|33)m|[\n\t]"));
+    QString result;
+    int at = 0;
+    for (auto matches = s_safe.globalMatch(text); matches.hasNext();) {
+        const QRegularExpressionMatch match = matches.next();
+        result += printable(text.mid(at, match.capturedStart() - at)) + match.captured();
+        at = match.capturedEnd();
+    }
+    return result + printable(text.mid(at));
+}
 } // namespace
 
 Terminal::Terminal()
@@ -61,7 +81,7 @@ QString Terminal::styled(const QString &text, Style style) const
 
 void Terminal::print(const QString &text)
 {
-    write(text.toUtf8());
+    write(guarded(text).toUtf8());
 }
 
 void Terminal::printJson(const QByteArray &json)
@@ -87,14 +107,14 @@ void Terminal::printNote(const QString &text)
     if (m_isTerminal) {
         print(text);
     } else {
-        std::fprintf(stderr, "%s\n", text.toUtf8().constData());
+        std::fprintf(stderr, "%s\n", guarded(text).toUtf8().constData());
     }
 }
 
 void Terminal::printError(const QString &text)
 {
     endLive();
-    std::fprintf(stderr, "tavo: %s\n", text.toUtf8().constData());
+    std::fprintf(stderr, "tavo: %s\n", printable(text).toUtf8().constData());
 }
 
 void Terminal::showLive(const QString &text)
@@ -103,7 +123,8 @@ void Terminal::showLive(const QString &text)
         return;
     }
     // A line that wraps could not be erased.
-    std::fprintf(stderr, "\r\x1b[K%s", text.left(columns() - 1).toUtf8().constData());
+    const QString line = printable(text).left(columns() - 1);
+    std::fprintf(stderr, "\r\x1b[K%s", line.toUtf8().constData());
     m_isLive = true;
 }
 

@@ -33,9 +33,9 @@ QString scalarText(const QVariant &value)
         break;
     }
     if (value.userType() == qMetaTypeId<CMPath>()) {
-        return value.value<CMPath>().toString();
+        return printable(value.value<CMPath>().toString());
     }
-    return oneLine(value.toString());
+    return printable(value.toString());
 }
 
 bool isList(const QVariant &value)
@@ -83,18 +83,13 @@ QStringList linesOf(const QVariant &value)
         QStringList keys = fields.keys();
         std::sort(keys.begin(), keys.end());
         for (const QString &key : qAsConst(keys)) {
-            lines += linesBehind(oneLine(key) + QLatin1Char(':'), fields.value(key));
+            lines += linesBehind(printable(key) + QLatin1Char(':'), fields.value(key));
         }
         return lines;
     }
     return {scalarText(value)};
 }
 } // namespace
-
-QString oneLine(const QString &text)
-{
-    return printable(text);
-}
 
 QString valueText(const QVariant &value)
 {

@@ -6,9 +6,6 @@
 #include <QString>
 #include <QVariant>
 
-/// The text on one line. Control characters are escaped, so that they can't control the terminal.
-QString oneLine(const QString &text);
-
 /// A value for people: a scalar unchanged, a record as a line for each field, a list as a line with a
 /// dash for each element. Fields are sorted, nested values indented.
 QString valueText(const QVariant &value);

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
+#include "base/Printable.h"
 #include "CliTest.h"
 
 using testing::HasSubstr;
@@ -27,6 +28,14 @@ protected:
     {
         EXPECT_EQ(m_script.run(arguments(command)), s_good);
         return m_script.output();
+    }
+
+    /// Expects printable text, but for the ends of lines.
+    static void expectSafe(const std::string &output, const char *command)
+    {
+        EXPECT_FALSE(output.empty()) << command;
+        EXPECT_TRUE(isPrintable(QString::fromStdString(output).remove('\r').remove('\n')))
+            << command << ": " << printable(QString::fromStdString(output)).toStdString();
     }
 
     Program m_script{"script"};
@@ -92,4 +101,46 @@ TEST_F(CliTerminalTest, ControlCharactersOfTextsDoNotReachTheTerminal)
     const std::string listed = outputOf("list");
     EXPECT_THAT(listed, HasSubstr("a\\x1b]0;evil\\x07"));
     EXPECT_THAT(listed, HasSubstr("\\x1b[2Jb"));
+}
+
+TEST_F(CliTerminalTest, NothingThatIsUnsafeToPrintReachesTheTerminal)
+{
+    const QString unsafe = QString::fromUtf8("\x1b]0;t\x07 \x7f \u009b2J \u202e \u2068");
+    for (const QJsonObject &item :
+         {QJsonObject{{"title", "title" + unsafe}, {"message", "text" + unsafe}, {"timeout", 0}},
+          QJsonObject{{"path", "/path" + unsafe}, {"timeout", 0}}}) {
+        const QJsonObject value{{"notificationDisplayItem", item}};
+        ASSERT_EQ(run({"call", "/notifications/display/open", "-"}, QJsonDocument(value).toJson()),
+                  s_good);
+    }
+    run({"call", "/powerManager/moduleRegister", "-"},
+        QJsonDocument(
+            QJsonObject{{"moduleName", "module" + unsafe}, {"revokeResourcesPath", "/revoke"}})
+            .toJson());
+    m_script.setEnvironment("NO_COLOR", "1");
+    for (const char *command :
+         {"list", "--json list", "rows /notifications/display/queue", "tree", "--json tree",
+          "status", "--json status", "get /powerManager/state", "--json get /powerManager/state",
+          "cancel \"/x\xc2\x9b\xe2\x80\xae\""}) {
+        m_script.run(arguments(QString::fromUtf8(command)));
+        expectSafe(m_script.output(), command);
+    }
+    for (const char *command : {"watch", "--json watch"}) {
+        m_script.start(arguments(QString::fromUtf8(command)));
+        ASSERT_TRUE(m_script.waitForOutput("\"/path"));
+        ASSERT_TRUE(m_script.waitForOutput("\"module"));
+        m_script.sendSignal(SIGINT);
+        m_script.waitForExit();
+        expectSafe(m_script.output(), command);
+    }
+}
+
+TEST_F(CliTerminalTest, AHugeTextDoesNotFillTheTerminal)
+{
+    run({"show", "--timeout", "0", QString(900, 't'), QString(60000, 'x')});
+    m_script.setEnvironment("NO_COLOR", "1");
+    EXPECT_LT(outputOf("list").size(), 600U);
+    EXPECT_LT(outputOf("status").size(), 1000U);
+    EXPECT_EQ(run({"list"}), s_good);
+    EXPECT_GT(m_tavo.output().size(), 60000U) << "a pipe gets all of it";
 }

@@ -51,6 +51,16 @@ TEST(JsonTest, ReadsAnIntegerAsTheSmallestTypeThatHoldsIt)
     EXPECT_EQ(valueOf("-9223372036854775808").toLongLong(), std::numeric_limits<qlonglong>::min());
 }
 
+TEST(JsonTest, EscapesWhatIsUnsafeToPrint)
+{
+    const QVariant text =
+        QString::fromUtf8("a\n\x7f\u0085\u009b2J\u2028\u202e\u2066\U0001F600\u00e4");
+    EXPECT_EQ(jsonOf(text),
+              "\"a\\n\\u007f\\u0085\\u009b2J\\u2028\\u202e\\u2066\xf0\x9f\x98\x80\xc3\xa4\"");
+    EXPECT_EQ(valueOf(jsonOf(text).c_str()), text) << "it is the same value";
+    EXPECT_EQ(jsonOf(QVariantHash{{QString::fromUtf8("\u202e"), 1}}), "{\"\\u202e\":1}");
+}
+
 TEST(JsonTest, ReadsRecordsAndLists)
 {
     const QVariantHash record = valueOf(R"({"a": [1, "x", null], "b": {"c": false}})").toHash();
