@@ -3,7 +3,7 @@
 
 #include "MarkupEntity.h"
 
-#include "ControlCharacters.h"
+#include "base/Printable.h"
 #include "MarkupName.h"
 
 namespace {
@@ -32,7 +32,7 @@ constexpr std::array<MarkupName::Known<uint>, 16> entities{{
 bool isCharacter(uint number)
 {
     const bool isSpace = number == '\t' || number == '\n' || number == '\r';
-    return (isSpace || !isControl(number)) && number <= QChar::LastValidCodePoint &&
+    return (isSpace || !isUnsafeToPrint(number)) && number <= QChar::LastValidCodePoint &&
            !QChar::isSurrogate(number) && !QChar::isNonCharacter(number);
 }
 

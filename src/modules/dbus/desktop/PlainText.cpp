@@ -3,7 +3,7 @@
 
 #include "PlainText.h"
 
-#include "ControlCharacters.h"
+#include "base/Printable.h"
 #include "MarkupEntity.h"
 #include "MarkupName.h"
 
@@ -27,7 +27,7 @@ constexpr std::array<MarkupName::Known<Effect>, 25> tags{{
     {"ul", Effect::Paragraph},
 }};
 
-constexpr uint endOfTable = 0xA0; ///< all characters from here on are plain
+constexpr uint endOfTable = 0xA0; ///< few of the characters from here on are not plain
 
 /// Whether each character is plain. A table, because a body may have a million characters.
 constexpr std::array<bool, endOfTable> makePlain()
@@ -35,9 +35,14 @@ constexpr std::array<bool, endOfTable> makePlain()
     std::array<bool, endOfTable> plain{};
     for (uint code = 0; code < endOfTable; ++code) {
         plain[code] =
-            code == '\n' || code == '\t' || (code != '<' && code != '&' && !isControl(code));
+            code == '\n' || code == '\t' || (code != '<' && code != '&' && !isUnsafeToPrint(code));
     }
     return plain;
+}
+
+bool isSeparator(QChar character)
+{
+    return character == QChar::LineSeparator || character == QChar::ParagraphSeparator;
 }
 
 /// Whether a character is text in any context.
@@ -47,7 +52,7 @@ struct IsPlain
     {
         static constexpr std::array<bool, endOfTable> plain = makePlain();
         const uint code = character.unicode();
-        return code >= endOfTable || plain[code];
+        return code < endOfTable ? plain[code] : !isUnsafeToPrint(code);
     }
 };
 
@@ -89,13 +94,14 @@ private:
     }
 
     /// Takes a character that turned out to be text. A carriage return, with or without a line feed,
-    /// ends a line; other control characters are dropped.
+    /// and a separator end a line; other characters that are unsafe to print are dropped.
     void takeOne()
     {
         const QChar character = m_markup.at(m_at++);
-        if (!isControl(character.unicode())) {
+        if (!isUnsafeToPrint(character.unicode())) {
             append(character);
-        } else if (character == '\r' && (m_at == m_markup.size() || m_markup.at(m_at) != '\n')) {
+        } else if (isSeparator(character) ||
+                   (character == '\r' && (m_at == m_markup.size() || m_markup.at(m_at) != '\n'))) {
             append(QChar('\n'));
         }
     }
@@ -238,7 +244,7 @@ QString plainText(const QString &markup)
 
 QString plainLine(const QString &text)
 {
-    const auto isKept = [](QChar character) { return !isControl(character.unicode()); };
+    const auto isKept = [](QChar character) { return !isUnsafeToPrint(character.unicode()); };
     if (std::all_of(text.begin(), text.end(), isKept)) {
         return text;
     }
@@ -247,7 +253,7 @@ QString plainLine(const QString &text)
     for (const QChar character : text) {
         if (isKept(character)) {
             line.append(character);
-        } else if (character == '\n' || character == '\t') {
+        } else if (character == '\n' || character == '\t' || isSeparator(character)) {
             line.append(' ');
         }
     }

@@ -9,13 +9,14 @@
 ///
 /// Known tags are removed; <br> and <p> leave line breaks, an <img> its alternative text. What is not
 /// such a tag ("a < b", "<user@example.org>") is text and stays. Known entities become their
-/// characters; a number that is not a character's becomes U+FFFD; unknown entities stay. Control
-/// characters other than line feed and tab are dropped. The result must be shown as plain text: it may
-/// look like markup.
+/// characters; a number that is not a character's, or that of one that is unsafe to print, becomes
+/// U+FFFD; unknown entities stay. All that ends a line becomes a line feed. Other characters that are
+/// unsafe to print are dropped, except tabs. The result must be shown as plain text: it may look like
+/// markup.
 ///
 /// The time grows linearly with the text's length.
 QString plainText(const QString &markup);
 
-/// A text without markup as one line: line breaks and tabs become spaces, other control characters are
-/// dropped.
+/// A text without markup as one line: line breaks and tabs become spaces, other characters that are
+/// unsafe to print are dropped.
 QString plainLine(const QString &text);

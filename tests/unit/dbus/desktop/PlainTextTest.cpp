@@ -3,6 +3,7 @@
 
 #include "modules/dbus/desktop/PlainText.h"
 
+#include "base/Printable.h"
 #include "support/Text.h"
 #include "support/TimeOf.h"
 
@@ -111,8 +112,15 @@ TEST(PlainTextTest, DropsControlCharacters)
               "a[31mbcde"_s);
 }
 
+TEST(PlainTextTest, DropsWhatChangesTheDirectionOfText)
+{
+    EXPECT_EQ(plainText("invoice \u202Efdp.exe \u2068name\u2069"_s), "invoice fdp.exe name"_s);
+    EXPECT_EQ(plainText("&#x202E;"_s), "\uFFFD"_s);
+}
+
 TEST(PlainTextTest, EndsAllLinesWithALineFeed)
 {
+    EXPECT_EQ(plainText("one\u2028two\u2029three"_s), "one\ntwo\nthree"_s);
     EXPECT_EQ(plainText("one\r\ntwo\rthree\n"_s), "one\ntwo\nthree\n"_s);
 }
 
@@ -148,13 +156,12 @@ TEST(PlainTextTest, TakesTimeInProportionToTheLength)
 TEST(PlainTextTest, NeverMakesATextLongerNorKeepsControlCharacters)
 {
     const auto isHarmless = [](QChar character) {
-        return character == '\n' || character == '\t' ||
-               character.category() != QChar::Other_Control;
+        return character == '\n' || character == '\t' || isPrintable(QString(character));
     };
     EXPECT_TRUE(rc::check([&] {
         const auto alphabet = rc::gen::element<std::string>(
             "<", ">", "/", "b", "p", "br", "img", " alt=", "\"", "'", "&", "#", "x", "amp", ";",
-            "\r", "\n", "\x1B", " ", "\xC3\xA4", "9", "D800");
+            "\r", "\n", "\x1B", " ", "\xC3\xA4", "\u2028", "\u202E", "9", "D800");
         const auto parts = *rc::gen::container<std::vector<std::string>>(alphabet);
         QString markup;
         for (const std::string &part : parts) {
@@ -169,6 +176,7 @@ TEST(PlainTextTest, NeverMakesATextLongerNorKeepsControlCharacters)
 TEST(PlainLineTest, MakesOneLineOfSeveral)
 {
     EXPECT_EQ(plainLine("one\r\ntwo\tthree\n"_s), "one two three "_s);
+    EXPECT_EQ(plainLine("one\u2028two\u202E"_s), "one two"_s);
 }
 
 TEST(PlainLineTest, LeavesMarkupAlone)
