@@ -11,7 +11,7 @@
 #include <algorithm>
 
 namespace {
-constexpr int maxHttpTimeoutMs = 600'000;
+constexpr int maxTimeoutMs = 600'000;
 constexpr qint64 bytesPerMiB = qint64(1) << 20;
 constexpr int maxMiB = 65536;
 
@@ -141,7 +141,9 @@ SimplePlayerLimits readSounds(TavoConfiguration sounds)
     limits.maxSoundBytes = readSize(sounds, QStringLiteral("soundLimit"), limits.maxSoundBytes);
     limits.httpMaxBytes = readSize(sounds, QStringLiteral("httpLimit"), limits.httpMaxBytes);
     limits.httpTimeoutMs =
-        sounds.integer(QStringLiteral("httpTimeout"), limits.httpTimeoutMs, 1, maxHttpTimeoutMs);
+        sounds.integer(QStringLiteral("httpTimeout"), limits.httpTimeoutMs, 1, maxTimeoutMs);
+    limits.fifoTimeoutMs =
+        sounds.integer(QStringLiteral("fifoTimeout"), limits.fifoTimeoutMs, 1, maxTimeoutMs);
     sounds.finish();
     return limits;
 }

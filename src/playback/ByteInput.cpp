@@ -11,9 +11,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-ByteInput::ByteInput(const QString &path)
+ByteInput::ByteInput(const QString &path, int timeoutMs)
     : m_path(path)
     , m_name(QStringLiteral("The stream \"%1\"").arg(path))
+    , m_timeoutMs(timeoutMs)
 {
 }
 
@@ -32,6 +33,7 @@ ByteInput::~ByteInput()
 
 std::optional<Failure> ByteInput::open()
 {
+    m_idle.start();
     if (m_descriptor >= 0) {
         return std::nullopt;
     }
@@ -74,16 +76,26 @@ Result<std::optional<std::size_t>> ByteInput::read(char *bytes, std::size_t coun
     // A FIFO without a writer reads as if it had ended; only poll() can tell the difference.
     pollfd ready{m_descriptor, POLLIN, 0};
     if (poll(&ready, 1, 0) <= 0) {
-        return std::nullopt;
+        return wait();
     }
     const ssize_t got = ::read(m_descriptor, bytes, count);
     if (got >= 0) {
+        m_idle.start();
         return std::size_t(got);
     }
     if (errno == EAGAIN || errno == EINTR) {
-        return std::nullopt;
+        return wait();
     }
     return Failure{m_name + QStringLiteral(" can't be read: ") + qt_error_string(errno)};
+}
+
+Result<std::optional<std::size_t>> ByteInput::wait() const
+{
+    // A server has a timeout of its own.
+    if (m_path.isEmpty() || !m_idle.hasExpired(m_timeoutMs)) {
+        return std::nullopt;
+    }
+    return Failure{m_name + QStringLiteral(" has sent nothing for %1 ms").arg(m_timeoutMs)};
 }
 
 Result<bool> ByteInput::rewind()

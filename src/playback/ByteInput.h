@@ -5,6 +5,7 @@
 
 #include "base/Result.h"
 
+#include <QElapsedTimer>
 #include <QString>
 
 #include <optional>
@@ -15,7 +16,8 @@
 class ByteInput
 {
 public:
-    explicit ByteInput(const QString &path);
+    /// A FIFO must not have nothing to read for longer than the timeout.
+    ByteInput(const QString &path, int timeoutMs);
 
     /// Takes ownership of the reading end of a pipe. A pipe can't be repeated.
     ByteInput(int descriptor, const QString &name);
@@ -24,7 +26,8 @@ public:
     ByteInput(const ByteInput &) = delete;
     ByteInput &operator=(const ByteInput &) = delete;
 
-    /// Opens the input, unless it is open. Returns the reason if it fails.
+    /// Opens the input, unless it is open. Returns the reason if it fails. The timeout begins anew, so
+    /// it leaves out the time of a pause.
     std::optional<Failure> open();
 
     /// Returns whether the input is a regular file, and so complete.
@@ -47,9 +50,12 @@ public:
 
 private:
     Failure fail(const QString &why);
+    Result<std::optional<std::size_t>> wait() const;
 
     const QString m_path;
     const QString m_name;
+    const int m_timeoutMs = 0; // only for a path
+    QElapsedTimer m_idle;      // since something was read, or the FIFO opened
     int m_descriptor = -1;
     bool m_regular = false;
 };

@@ -13,7 +13,8 @@ namespace {
 
 constexpr std::size_t chunkBytes = 65536;
 
-constexpr int noTimeout = -1;
+// How often an input without data is asked whether it has exceeded its timeout.
+constexpr int idleCheckMs = 250;
 
 } // namespace
 
@@ -54,7 +55,7 @@ Result<FrameSource::Loading> CollectedSound::load(const WakeEvent &wake)
         }
         const auto got = std::get<std::optional<std::size_t>>(result);
         if (!got) {
-            wake.waitForInput(m_input->descriptor(), noTimeout);
+            wake.waitForInput(m_input->descriptor(), idleCheckMs);
         } else if (*got == 0) {
             break;
         } else if (m_data.size() + qint64(*got) > m_limits.httpMaxBytes) {

@@ -82,7 +82,8 @@ Result<Source> makeSource(const StreamSound &sound, const SimplePlayerLimits &li
     const auto &format = std::get<StreamFormat>(parsed);
     const auto &location = std::get<SoundLocation>(located);
     if (location.url.isEmpty()) {
-        return Source{makeStream(std::make_unique<ByteInput>(location.path), format, limits),
+        return Source{makeStream(std::make_unique<ByteInput>(location.path, limits.fifoTimeoutMs),
+                                 format, limits),
                       nullptr};
     }
     return fetchStream(location.url, QStringLiteral("The stream \"%1\"").arg(sound.content), format,

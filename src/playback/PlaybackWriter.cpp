@@ -17,7 +17,7 @@ constexpr std::chrono::milliseconds maxOpening{250};
 // How long a pause waits for a device to play the frames that it holds.
 constexpr std::chrono::milliseconds maxPlayOut{500};
 
-// How often the device is checked while a stream has no data.
+// How often the device and the stream's timeout are checked while a stream has no data.
 constexpr int idleCheckMs = 250;
 
 // A longer latency is taken for an error of the device.

@@ -17,6 +17,9 @@ struct TAVO_SIMPLEPLAYER_EXPORT SimplePlayerLimits
     /// How long fetching a sound file over http may take, and how long a raw stream may pause.
     int httpTimeoutMs = 20000;
 
+    /// How long a FIFO may have nothing to read, from its opening on. It begins anew after a pause.
+    int fifoTimeoutMs = 5000;
+
     /// The maximum size of a sound file that has to be collected before it is decoded (over http,
     /// or from a FIFO). Raw streams have no limit.
     qint64 httpMaxBytes = qint64(64) << 20;

@@ -24,8 +24,9 @@ public:
     /// The default is one channel. Raw PCM is played as it arrives; a sound file from a FIFO or over
     /// http is collected first.
     ///
-    /// The player waits until a FIFO is opened for writing. The sound ends when the last writer
-    /// closes the FIFO; with loop, the player waits for the next writer. A raw stream over http can't
+    /// The player waits until a FIFO is opened for writing, but no longer than
+    /// SimplePlayerLimits::fifoTimeoutMs without data. The sound ends when the last writer closes the
+    /// FIFO; with loop, the player waits for the next writer. A raw stream over http can't
     /// be repeated: it ends when the server ends it, even with loop.
     StreamSimplePlayer(const QString &content, const QString &format, const QString &id,
                        const QString &device, QObject *parent);

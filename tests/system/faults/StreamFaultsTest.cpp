@@ -8,6 +8,7 @@
 #include <QProcess>
 
 #include <fcntl.h>
+#include <limits>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -26,7 +27,7 @@ protected:
     void SetUp() override
     {
         ASSERT_EQ(mkfifo(fifoName().constData(), 0600), 0);
-        start();
+        start({}, {{"sounds", QJsonObject{{"fifoTimeout", m_fifoTimeoutMs}}}});
     }
 
     void TearDown() override
@@ -83,6 +84,13 @@ protected:
     }
 
     int m_writer = -1;
+    int m_fifoTimeoutMs = 60'000;
+};
+
+class FifoTimeoutTest : public FifoFaultsTest
+{
+protected:
+    FifoTimeoutTest() { m_fifoTimeoutMs = 300; }
 };
 
 TEST_F(FifoFaultsTest, AStalledStreamGoesOnWhenItsWriterDoes)
@@ -169,5 +177,17 @@ TEST_F(FifoFaultsTest, ASoundFileWhoseWriterDiesInTheMiddleFails)
     EXPECT_TRUE(m_requester.waitFor("failed stream"));
     EXPECT_TRUE(m_host.waitForLog("is cut off"));
     EXPECT_EQ(framesHeard(), 0);
+    expectAsGoodAsNew();
+}
+
+TEST_F(FifoTimeoutTest, AStreamWhoseWriterNeverComesDoesNotBlockTheSoundsBehindIt)
+{
+    QJsonObject stream = rawItem("stream");
+    stream.insert("priority", std::numeric_limits<int>::max());
+    m_requester.enqueue(stream);
+    m_requester.enqueue(fileItem("urgent", soundFile("urgent.wav", partMs), 3));
+    EXPECT_TRUE(m_requester.waitFor("finished urgent"));
+    EXPECT_THAT(m_requester.responses(), ElementsAre("started stream", "failed stream",
+                                                     "started urgent", "finished urgent"));
     expectAsGoodAsNew();
 }

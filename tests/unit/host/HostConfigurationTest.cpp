@@ -28,11 +28,12 @@ std::string errorOf(const QByteArray &json)
 TEST(HostConfigurationTest, LimitsTheSounds)
 {
     const auto limits = configurationOf(R"({"modules": ["a"], "sounds": {
-        "soundLimit": 3, "httpLimit": 2, "httpTimeout": 1500}})")
+        "soundLimit": 3, "httpLimit": 2, "httpTimeout": 1500, "fifoTimeout": 700}})")
                             .sounds;
     EXPECT_EQ(limits.maxSoundBytes, 3 * 1024 * 1024);
     EXPECT_EQ(limits.httpMaxBytes, 2 * 1024 * 1024);
     EXPECT_EQ(limits.httpTimeoutMs, 1500);
+    EXPECT_EQ(limits.fifoTimeoutMs, 700);
 }
 
 TEST(HostConfigurationTest, LimitsTheSoundsByDefault)
@@ -41,11 +42,12 @@ TEST(HostConfigurationTest, LimitsTheSoundsByDefault)
     EXPECT_EQ(limits.maxSoundBytes, qint64(1) << 30);
     EXPECT_EQ(limits.httpMaxBytes, 64 << 20);
     EXPECT_EQ(limits.httpTimeoutMs, 20000);
+    EXPECT_EQ(limits.fifoTimeoutMs, 5000);
 }
 
 TEST(HostConfigurationTest, RefusesLimitsOfSoundsOutOfRange)
 {
-    for (const QByteArray key : {"soundLimit", "httpLimit", "httpTimeout"}) {
+    for (const QByteArray key : {"soundLimit", "httpLimit", "httpTimeout", "fifoTimeout"}) {
         for (const QByteArray value : {"0", "1000000", "\"much\""}) {
             EXPECT_EQ(
                 errorOf("{\"modules\": [\"a\"], \"sounds\": {\"" + key + "\": " + value + "}}")

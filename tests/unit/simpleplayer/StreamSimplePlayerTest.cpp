@@ -282,6 +282,48 @@ TEST_F(StreamSimplePlayerTest, WaitsForAFifosWriterWithoutBlockingTheCaller)
     ASSERT_TRUE(hasHeard(1000));
 }
 
+TEST_F(StreamSimplePlayerTest, FailsWhenAFifosWriterDoesNotCome)
+{
+    for (const char *type : {rawType, "audio/wav"}) {
+        QFile::remove(path("fifo"));
+        make(makeFifo(), type);
+        m_player->limits.fifoTimeoutMs = 300;
+        m_player->loop = true;
+        EXPECT_TRUE(m_player->play());
+        ASSERT_TRUE(m_end->hasEndedOnce());
+        EXPECT_THAT(m_end->error(), HasSubstr("fifo\" has sent nothing for 300 ms"));
+    }
+}
+
+TEST_F(StreamSimplePlayerTest, FailsWhenAFifosWriterStopsWriting)
+{
+    make(makeFifo());
+    m_player->limits.fifoTimeoutMs = 300;
+    const FifoWriter writer(path("fifo"));
+    ASSERT_TRUE(writer.write(raw(0, 1000)));
+    EXPECT_TRUE(m_player->play());
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(m_end->failed.count(), 1);
+    EXPECT_EQ(heard(), countingFloats(1000));
+}
+
+TEST_F(StreamSimplePlayerTest, DoesNotCountAPauseAgainstAFifosWriter)
+{
+    make(makeFifo());
+    m_player->limits.fifoTimeoutMs = 1000;
+    FifoWriter writer(path("fifo"));
+    m_player->play();
+    m_player->pause();
+    QTest::qWait(1200);
+    m_player->play();
+    settle();
+    EXPECT_EQ(m_end->count(), 0) << m_end->error();
+    ASSERT_TRUE(writer.write(raw(0, 1000)));
+    writer.close();
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(m_end->ended.count(), 1) << m_end->error();
+}
+
 TEST_F(StreamSimplePlayerTest, PlaysAFifoAsItFills)
 {
     make(makeFifo());
