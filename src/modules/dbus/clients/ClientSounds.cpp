@@ -17,6 +17,11 @@ const CMPath &soundsPath()
     return path;
 }
 
+void askPlayerToCancel(const QString &id)
+{
+    CMRoot()->invoke(TavoNotificationPlayerCancelPath(), TavoValue().setString_(id), {});
+}
+
 bool isEnd(TavoNotificationPlayerResponseType::Enum type)
 {
     return type == TavoNotificationPlayerResponseType::Finished ||
@@ -41,30 +46,42 @@ ClientSounds::ClientSounds(Clients &clients, CMNodes *nodes, SoundAccess access)
                                 &ClientSounds::on_player_nodeChanged);
 }
 
-CMReply<QVariant> ClientSounds::enqueue(const std::string &client, const QVariant &value)
+CMReply<QVariant> ClientSounds::enqueue(const std::string &client, const QVariant &value,
+                                        std::size_t bytes)
 {
-    TavoValue request(value.toHash());
+    const TavoValue request(value.toHash());
     if (!request.fields().contains(itemKey)) {
         return CMRoot()->invoke(TavoNotificationPlayerEnqueuePath(), value, {});
     }
-    TavoNotificationPlayerItem item = request.notificationPlayerItem();
+    const TavoNotificationPlayerItem requested = request.notificationPlayerItem();
+    checkTarget(requested.playbackResponsePath());
+    // Without fields that the player does not know.
+    auto item = TavoNotificationPlayerItem()
+                    .setId(requested.id())
+                    .setType(requested.type())
+                    .setContent(requested.content())
+                    .setContentStreamFormat(requested.contentStreamFormat())
+                    .setPriority(m_clients.limits().allowedPriority(requested.priority()))
+                    .setLoop(requested.loop())
+                    .setPlaybackResponsePath(requested.playbackResponsePath());
     checkAccess(item);
-    checkTarget(item.playbackResponsePath());
-    return send(client, item, request);
+    return send(client, item, bytes);
 }
 
 CMReply<QVariant> ClientSounds::play(const std::string &client,
                                      const TavoNotificationPlayerItem &item)
 {
-    return send(client, item, TavoValue());
+    return send(client, item, std::size_t(item.content().size()));
 }
 
-CMReply<QVariant> ClientSounds::send(const std::string &client, TavoNotificationPlayerItem item,
-                                     TavoValue request)
+CMReply<QVariant> ClientSounds::send(const std::string &client,
+                                     const TavoNotificationPlayerItem &item, std::size_t bytes)
 {
-    const CMPath path = watch(client, item);
-    request.setNotificationPlayerItem(item.setPlaybackResponsePath(path));
-    CMReply<QVariant> reply = CMRoot()->invoke(TavoNotificationPlayerEnqueuePath(), request, {});
+    const CMPath path = watch(client, item, bytes);
+    auto watched = item;
+    CMReply<QVariant> reply = CMRoot()->invoke(
+        TavoNotificationPlayerEnqueuePath(),
+        TavoValue().setNotificationPlayerItem(watched.setPlaybackResponsePath(path)), {});
     reply.onFinished(this, [this, path](const CMReply<QVariant> &finished) {
         // A refused request gets no response.
         if (finished.error().isError()) {
@@ -115,12 +132,16 @@ CMReply<QVariant> ClientSounds::playMusic(const QVariant &value) const
     return CMRoot()->invoke(path, QVariant(allowed(source, SoundAccess::Kind::File)), {});
 }
 
-CMPath ClientSounds::watch(const std::string &client, const TavoNotificationPlayerItem &item)
+CMPath ClientSounds::watch(const std::string &client, const TavoNotificationPlayerItem &item,
+                           std::size_t bytes)
 {
-    Quotas::Charge charge = m_clients.quotas().charge(client, {Quotas::Sounds});
+    Quotas::Charge charge = m_clients.quotas().charge(
+        client, {Quotas::Sounds, 1, Quotas::storedBytes(bytes), item.priority()},
+        [id = item.id()] { askPlayerToCancel(id); });
     CMPath path = soundsPath() + QString::number(++m_lastNumber);
     CMActivateNode *node = CMActivateNode::create(m_nodes, path);
-    m_sounds.emplace(path, Sound{std::move(charge), item, node});
+    m_sounds.emplace(path, Sound{std::move(charge), item.id(), endsWithItsClient(item),
+                                 item.playbackResponsePath(), node});
     node->setInvoke(this, &ClientSounds::on_sound_responded, Qt::QueuedConnection);
     return path;
 }
@@ -142,7 +163,7 @@ void ClientSounds::on_sound_responded(const CMSetDataRequest &request)
     if (sound == m_sounds.end()) {
         return;
     }
-    const CMPath target = sound->second.item.playbackResponsePath();
+    const CMPath target = sound->second.target;
     if (!target.isEmpty()) {
         CMRoot()->invoke(target, request.value(), {});
     }
@@ -157,9 +178,8 @@ void ClientSounds::on_clients_left(const std::string &client)
         return;
     }
     for (const auto &[path, sound] : m_sounds) {
-        if (sound.charge.client() == client && endsWithItsClient(sound.item)) {
-            CMRoot()->invoke(TavoNotificationPlayerCancelPath(),
-                             TavoValue().setString_(sound.item.id()), {});
+        if (sound.charge.client() == client && sound.endsWithClient) {
+            askPlayerToCancel(sound.id);
         }
     }
 }

@@ -10,6 +10,7 @@
 
 #include <QObject>
 
+#include <cstddef>
 #include <string>
 #include <unordered_map>
 
@@ -31,9 +32,9 @@ public:
     /// The sounds that clients may play.
     const SoundAccess &access() const { return m_access; }
 
-    /// Passes on a client's request to enqueue a sound. Throws BusError::limitExceeded() for one sound
+    /// Passes on a client's request to enqueue a sound, whose value has this many bytes. Throws BusError::limitExceeded() for one sound
     /// too many, and BusError::accessDenied() for a sound or a response path that is not allowed.
-    CMReply<QVariant> enqueue(const std::string &client, const QVariant &value);
+    CMReply<QVariant> enqueue(const std::string &client, const QVariant &value, std::size_t bytes);
 
     /// Enqueues the sound of a client's notification, which has been checked. Throws
     /// BusError::limitExceeded() as enqueue() does.
@@ -55,15 +56,18 @@ private:
     struct Sound
     {
         Quotas::Charge charge;
-        TavoNotificationPlayerItem item;
+        QString id;
+        bool endsWithClient;
+        CMPath target;        ///< where the client wants its responses; may be empty
         CMActivateNode *node; ///< receives the responses; owned by the node set
     };
 
-    CMReply<QVariant> send(const std::string &client, TavoNotificationPlayerItem item,
-                           TavoValue request);
+    CMReply<QVariant> send(const std::string &client, const TavoNotificationPlayerItem &item,
+                           std::size_t bytes);
     void checkAccess(TavoNotificationPlayerItem &item) const;
     QString allowed(const QString &location, SoundAccess::Kind kind) const;
-    CMPath watch(const std::string &client, const TavoNotificationPlayerItem &item);
+    CMPath watch(const std::string &client, const TavoNotificationPlayerItem &item,
+                 std::size_t bytes);
     void forget(const CMPath &path);
 
     Clients &m_clients;

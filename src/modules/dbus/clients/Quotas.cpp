@@ -175,6 +175,30 @@ Quotas::Charge Quotas::charge(const std::string &client, const Cost &cost, Relea
     return Charge(std::move(item));
 }
 
+void Quotas::change(Charge &charge, std::size_t storedBytes, Priority priority)
+{
+    Item &item = *charge.m_item;
+    const std::shared_ptr<Account> account = item.account;
+    const std::size_t before = item.amounts[StoredBytes];
+    const std::size_t added = storedBytes > before ? storedBytes - before : 0;
+    check(*account, StoredBytes, added);
+    // It can't make room for itself.
+    auto listed = account->items.extract(item.key);
+    try {
+        makeRoom(*account, StoredBytes, added, priority);
+        Amounts amounts = item.amounts;
+        amounts[StoredBytes] = storedBytes;
+        account->subtract(std::exchange(item.amounts, amounts));
+        account->add(amounts);
+        std::get<int>(item.key) = priority;
+        listed.key() = item.key;
+    } catch (const BusError &) {
+        account->items.insert(std::move(listed));
+        throw;
+    }
+    account->items.insert(std::move(listed));
+}
+
 void Quotas::check(const Account &account, Kind kind, std::size_t amount) const
 {
     if (amount > 0 && account.held[kind] + amount > m_limits[kind].perClient) {
@@ -239,7 +263,7 @@ Quotas::Item *Quotas::findVictim(const Account &asking, Kind kind, std::size_t a
         }
         const bool goesFirst = account.client.empty() && account.held[kind] > leftFirst;
         const std::size_t weight = goesFirst ? unlimited : account.held[kind];
-        if (account.user == &user && account.held[kind] > own && weight > most) {
+        if (account.user == &user && weight > std::max(own, most)) {
             fromHeaviest = item;
             most = weight;
         }

@@ -24,11 +24,11 @@
 /// leaves, and by their user once the bus has told it. What outlives its client counts for its user.
 ///
 /// When a total is used up, room is made, so that nobody can use up what others need:
-/// - users first, then the clients of one user: who would still hold less than another one takes from the
-///   one that holds most;
-/// - what clients have left behind goes before what is held by those that are there, except for a small
-///   part of the total; within what one client holds, the less urgent goes first, then the older;
-/// - something urgent takes the place of something that is not, whoever holds it.
+/// - by the user that holds most, if it is more than the asking client's user would hold;
+/// - of what that user holds, first by what clients have left behind, except for a small part of the total;
+/// - then by the client that holds most, if it is more than the asking client would hold;
+/// - for something urgent, also by something that is not, whoever holds it.
+/// What one client holds goes in the order of priority, the least urgent first, and then of age.
 class Quotas
 {
     struct Account;
@@ -70,6 +70,13 @@ public:
         std::unique_ptr<Item> m_item; ///< null once it is moved from
     };
 
+    /// About what something takes in memory that came in a message, where its strings took this many
+    /// bytes: two for each character, and what is around it.
+    static constexpr std::size_t storedBytes(std::size_t messageBytes)
+    {
+        return 2 * messageBytes + 2048;
+    }
+
     explicit Quotas(const ClientLimits &limits);
     ~Quotas();
 
@@ -80,6 +87,10 @@ public:
     /// Counts something that the client will hold. Without a release it is never given up for others.
     /// Throws BusError::limitExceeded() when that would exceed a limit.
     Charge charge(const std::string &client, const Cost &cost, Release release = {});
+
+    /// The same thing takes this much from now on, and has this priority. Throws
+    /// BusError::limitExceeded() as charge() does, and changes nothing then.
+    void change(Charge &charge, std::size_t storedBytes, Priority priority);
 
     /// The client runs as this user. What it holds counts for the user from now on.
     void setUser(const std::string &client, std::uint32_t user);

@@ -65,19 +65,28 @@ void NotificationsInterface::notify(const BusMessage &call)
                                       " have no label, a long key or are too many");
     }
     quint32 id = request.replacedId;
-    if (m_notifications.isOpen(id)) {
+    const auto charged = m_charges.find(id);
+    if (charged != m_charges.end() && charged->second.client() == call.sender()) {
+        m_clients.quotas().change(charged->second, Quotas::storedBytes(request.bytes),
+                                  request.notification.priority);
         m_notifications.replace(id, request.notification);
     } else {
-        Quotas::Charge charge =
-            m_clients.quotas().charge(call.sender(), {Quotas::OpenNotifications});
-        // A notification that has closed is opened again under the id that the client knows.
-        id = id != 0 ? id : m_notifications.freeId();
-        const CMError error = m_notifications.open(id, request.notification);
-        if (error.isError()) {
-            ModelErrors::createReply(call, error).send();
-            return;
+        const auto opened = std::make_shared<quint32>(id);
+        Quotas::Charge charge = chargeFor(call.sender(), request, opened);
+        // The one that it replaces may have been closed to make room.
+        if (m_notifications.isOpen(id)) {
+            m_notifications.replace(id, request.notification);
+        } else {
+            // A notification that has closed is opened again under the id that the client knows.
+            id = id != 0 ? id : m_notifications.freeId();
+            const CMError error = m_notifications.open(id, request.notification);
+            if (error.isError()) {
+                ModelErrors::createReply(call, error).send();
+                return;
+            }
         }
-        m_charges.emplace(id, std::move(charge));
+        *opened = id;
+        m_charges[id] = std::move(charge);
     }
     if (!request.isSilent) {
         m_sounds.play(call.sender(), id, request.soundFile, request.soundName,
@@ -86,6 +95,17 @@ void NotificationsInterface::notify(const BusMessage &call)
     BusWriter reply(call.createReply());
     reply.writeUInt32(id);
     reply.message().send();
+}
+
+Quotas::Charge NotificationsInterface::chargeFor(const std::string &client,
+                                                 const NotifyCall &request,
+                                                 const std::shared_ptr<const quint32> &id)
+{
+    return m_clients.quotas().charge(
+        client,
+        {Quotas::OpenNotifications, 1, Quotas::storedBytes(request.bytes),
+         request.notification.priority},
+        [this, id] { m_notifications.close(*id, OpenNotifications::Reason::Undefined); });
 }
 
 void NotificationsInterface::closeNotification(const BusMessage &call)

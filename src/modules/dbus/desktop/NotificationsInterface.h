@@ -46,6 +46,12 @@ private Q_SLOTS:
 private:
     void notify(const BusMessage &call);
     void closeNotification(const BusMessage &call);
+
+    /// Charges a client for the notification that it opens. Throws BusError::limitExceeded() for one
+    /// too many. Until the notification is closed, the id must say which one it is.
+    Quotas::Charge chargeFor(const std::string &client, const NotifyCall &request,
+                             const std::shared_ptr<const quint32> &id);
+
     void getCapabilities(const BusMessage &call);
     void getServerInformation(const BusMessage &call);
 

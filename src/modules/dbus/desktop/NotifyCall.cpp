@@ -76,5 +76,6 @@ NotifyCall NotifyCall::read(const BusMessage &call, const Timeouts &timeouts,
         notification.icon = icon;
     }
     notification.timeout = timeoutFor(result, reader.readInt32(), timeouts);
+    result.bytes = reader.bytesRead();
     return result;
 }

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "DesktopNotification.h"
-#include "DisplayOrder.h"
+#include "modules/dbus/clients/DisplayOrder.h"
 #include "NotificationIds.h"
 #include "NotificationNode.h"
 #include <core/tavo.h>

@@ -69,6 +69,7 @@ ModelInterface::ModelInterface(BusConnection &bus, Clients &clients, CMNodes *no
     : m_bus(bus)
     , m_clients(clients)
     , m_calls(clients)
+    , m_messages(clients, nodes)
     , m_subscriptions(clients)
     , m_inboxes(clients, nodes)
     , m_signals(clients, m_subscriptions, m_inboxes)
@@ -125,21 +126,23 @@ void ModelInterface::callNode(const BusMessage &call)
     const QVariant value = reader.readVariant();
     // Must come first, because a refused request must not have done anything.
     Quotas::Charge charge = m_calls.charge(call, reader.bytesRead());
-    m_calls.answer(call, send(call.sender(), path, value), writeValue, std::move(charge));
+    m_calls.answer(call, send(call.sender(), path, value, reader.bytesRead()), writeValue,
+                   std::move(charge));
 }
 
 CMReply<QVariant> ModelInterface::send(const std::string &client, const CMPath &path,
-                                       const QVariant &value)
+                                       const QVariant &value, std::size_t bytes)
 {
     ClientSounds::checkTarget(path);
     if (path == TavoNotificationPlayerEnqueuePath()) {
-        return m_sounds.enqueue(client, value);
-    }
-    if (path == TavoPlayerMainAudioPlayPath()) {
-        return m_sounds.playMusic(value);
+        return m_sounds.enqueue(client, value, bytes);
     }
     if (path == TavoNotificationDisplayOpenPath()) {
         ModelArguments::checkTexts(value);
+        return m_messages.open(client, value, bytes);
+    }
+    if (path == TavoPlayerMainAudioPlayPath()) {
+        return m_sounds.playMusic(value);
     }
     if (path == TavoNotificationDisplayCancelNotifyPath()) {
         return cancelMessage(value);

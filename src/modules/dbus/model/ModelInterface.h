@@ -5,6 +5,7 @@
 
 #include "Inboxes.h"
 #include "ModelSignals.h"
+#include "modules/dbus/clients/ClientMessages.h"
 #include "modules/dbus/clients/ClientSounds.h"
 #include "modules/dbus/clients/PendingCalls.h"
 #include "ServiceRequests.h"
@@ -14,6 +15,7 @@
 
 #include <QObject>
 
+#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -54,13 +56,15 @@ private:
     void openInbox(const BusMessage &call);
     void closeInbox(const BusMessage &call);
 
-    /// Sends a client's request to a node.
-    CMReply<QVariant> send(const std::string &client, const CMPath &path, const QVariant &value);
+    /// Sends a client's request to a node. The value has this many bytes.
+    CMReply<QVariant> send(const std::string &client, const CMPath &path, const QVariant &value,
+                           std::size_t bytes);
     CMReply<QVariant> cancelMessage(const QVariant &value);
 
     BusConnection &m_bus;
     Clients &m_clients;
     PendingCalls m_calls;
+    ClientMessages m_messages;
     Subscriptions m_subscriptions;
     Inboxes m_inboxes;
     ModelSignals m_signals;

@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <limits>
 #include <map>
 #include <sys/stat.h>
 
@@ -18,8 +19,8 @@ using testing::IsEmpty;
 class DbusClientSoundsTest : public ModelTest
 {
 protected:
-    DbusClientSoundsTest()
-        : ModelTest({{"limits", QVariantHash{{"sounds", 2}, {"totalSounds", 3}}}})
+    explicit DbusClientSoundsTest(const QVariantHash &limits = {{"sounds", 2}, {"totalSounds", 3}})
+        : ModelTest({{"limits", limits}})
     {
         player = publishRequest(TavoNotificationPlayerEnqueuePath().toString(),
                                 [this](const CMSetDataRequest &request) { play(request); });
@@ -63,6 +64,9 @@ protected:
                              TavoNotificationPlayerResponse(TavoHash()).setId(id).setType(type)),
                          {});
     }
+
+    /// A sound as it reached the player.
+    const TavoNotificationPlayerItem &playing(const QString &id) const { return m_playing.at(id); }
 
     /// The number of sounds that are still watched.
     static int watched() { return int(CMCatalog::children(CMPath("/dbus/sounds"_s)).size()); }
@@ -165,19 +169,17 @@ TEST_F(DbusClientSoundsTest, AreLimitedUntilSomeEnd)
     EXPECT_TRUE(enqueue(sound("c"_s)).succeeds());
 }
 
-TEST_F(DbusClientSoundsTest, AreLimitedTogetherWithThoseOfClientsThatHaveLeft)
+TEST_F(DbusClientSoundsTest, TakeThePlaceOfThoseOfClientsThatHaveLeft)
 {
     ASSERT_TRUE(enqueue(sound("a"_s)).succeeds());
     ASSERT_TRUE(enqueue(sound("b"_s)).succeeds());
     client->leave();
     ModelClient other(bus().address());
     ASSERT_TRUE(enqueue(other, sound("c"_s)).succeeds());
-    const BusCall call = enqueue(other, sound("d"_s));
-    EXPECT_EQ(call.errorName(), "org.freedesktop.DBus.Error.LimitsExceeded");
-    EXPECT_EQ(call.errorMessage(), "All clients together may have no more than 3 sounds");
-    respond("a"_s, TavoNotificationPlayerResponseType::Finished);
-    ASSERT_TRUE(waitFor([] { return watched() == 2; }));
-    EXPECT_TRUE(enqueue(other, sound("d"_s)).succeeds());
+    EXPECT_THAT(cancelled, IsEmpty());
+    ASSERT_TRUE(enqueue(other, sound("d"_s)).succeeds());
+    ASSERT_TRUE(waitFor([] { return watched() == 3; }));
+    EXPECT_THAT(cancelled, ElementsAre("a"));
 }
 
 TEST_F(DbusClientSoundsTest, EndWithThePlayer)
@@ -185,5 +187,100 @@ TEST_F(DbusClientSoundsTest, EndWithThePlayer)
     ASSERT_TRUE(enqueue(sound("a"_s)).succeeds());
     player->dispose();
     EXPECT_TRUE(waitFor([] { return watched() == 0; }));
+}
+
+/// Many clients with as many sounds as they may have.
+class DbusSoundCrowdTest : public DbusClientSoundsTest
+{
+protected:
+    DbusSoundCrowdTest()
+        : DbusClientSoundsTest({{"sounds", 10}, {"totalSounds", 50}})
+    {
+        for (int i = 0; i < 6; ++i) {
+            m_crowd.push_back(std::make_unique<ModelClient>(bus().address()));
+            for (int j = 0; j < 10; ++j) {
+                const auto item = sound("attack-%1-%2"_s.arg(i).arg(j)).setPriority(maxPriority);
+                m_taken += enqueue(*m_crowd.back(), item).succeeds() ? 1 : 0;
+            }
+        }
+    }
+
+    static constexpr auto maxPriority =
+        TavoNotificationItemPriority::Enum(std::numeric_limits<int>::max());
+
+    void leave() { m_crowd.clear(); }
+
+    /// Whether as many of its sounds are cancelled as it takes for this many others.
+    bool makeRoom(int others)
+    {
+        return waitFor([&] { return int(cancelled.size()) == m_taken + others - 50; });
+    }
+
+private:
+    std::vector<std::unique_ptr<ModelClient>> m_crowd;
+    int m_taken = 0;
+};
+
+TEST_F(DbusSoundCrowdTest, LeavesRoomForTheSoundsOfOthers)
+{
+    EXPECT_TRUE(enqueue(sound("ordinary"_s)).succeeds());
+    EXPECT_TRUE(
+        enqueue(sound("alarm"_s).setPriority(TavoNotificationItemPriority::Urgent)).succeeds());
+    EXPECT_TRUE(makeRoom(2));
+}
+
+TEST_F(DbusSoundCrowdTest, MakesRoomWithWhatItHasLeftBehind)
+{
+    leave();
+    for (int i = 0; i < 10; ++i) {
+        EXPECT_TRUE(enqueue(sound(QString::number(i))).succeeds());
+    }
+    EXPECT_TRUE(makeRoom(10));
+}
+
+TEST_F(DbusSoundCrowdTest, GetsNoPriorityAboveUrgent)
+{
+    EXPECT_EQ(playing("attack-5-0"_s).priority(), TavoNotificationItemPriority::Urgent);
+}
+
+TEST_F(DbusClientSoundsTest, PassOnOnlyTheFieldsOfTheRecord)
+{
+    TavoHash item = sound("a"_s).setContent("AAAA"_s).setType(TavoNotificationPlayerItemType::Data);
+    QVariantHash fields = item.fields();
+    fields.insert("attack"_s, QString(100'000, 'x'));
+    ASSERT_TRUE(client
+                    ->send(TavoNotificationPlayerEnqueuePath().toString(),
+                           QVariantHash{{"notificationPlayerItem"_s, fields}})
+                    .succeeds());
+    EXPECT_EQ(playing("a"_s).content(), "AAAA"_s);
+    EXPECT_FALSE(playing("a"_s).fields().contains("attack"_s));
+}
+
+class DbusSoundBytesTest : public DbusClientSoundsTest
+{
+protected:
+    DbusSoundBytesTest()
+        : DbusClientSoundsTest({{"storedBytes", 1 << 22}, {"totalStoredBytes", 1 << 23}})
+    {
+    }
+};
+
+TEST_F(DbusSoundBytesTest, AreBoundedForAClientAndForAll)
+{
+    const auto large = [](int i) {
+        return sound(QString::number(i))
+            .setType(TavoNotificationPlayerItemType::Data)
+            .setContent(QString(1'000'000, 'A'));
+    };
+    EXPECT_TRUE(enqueue(large(0)).succeeds());
+    EXPECT_TRUE(enqueue(large(1)).succeeds());
+    EXPECT_EQ(enqueue(large(2)).errorMessage(),
+              "A client may have no more than 4194304 bytes stored");
+    std::vector<std::unique_ptr<ModelClient>> others;
+    for (int i = 3; i < 9; ++i) {
+        others.push_back(std::make_unique<ModelClient>(bus().address()));
+        EXPECT_TRUE(enqueue(*others.back(), large(i)).succeeds());
+    }
+    EXPECT_TRUE(waitFor([this] { return cancelled.size() == 4; }));
 }
 } // namespace

@@ -56,15 +56,31 @@ protected:
     }
 };
 
-TEST_F(TotalOpenLimitTest, IncludesClientsThatHaveLeft)
+TEST_F(TotalOpenLimitTest, IsMadeRoomInByWhatClientsHaveLeftBehind)
 {
+    const auto signals = monitor();
     for (int i = 0; i < 3; ++i) {
         notifySend({"-t"_s, "0"_s, "Title"_s});
     }
-    EXPECT_EQ(python("print(error(Notify))"_s),
-              limitError + "All clients together may have no more than 3 notifications open"_s);
-    result("CloseNotification"_s, {"2"_s});
-    EXPECT_EQ(python("print(Notify())"_s), "4"_s);
+    EXPECT_EQ(python("print(Notify(), Notify(), Notify(), error(Notify))"_s),
+              "4 5 6 "_s + limitError +
+                  "All clients together may have no more than 3 notifications open"_s);
+    EXPECT_TRUE(signals->writes(closedSignal(3, 4)));
+    EXPECT_THAT(displayed(), ElementsAre(pathOf(4), pathOf(5), pathOf(6)));
+}
+
+TEST_F(TotalOpenLimitTest, IsSharedByClientsThatStay)
+{
+    EXPECT_EQ(python(R"(
+for i in range(3): Notify()
+interface = dbus.Interface(dbus.bus.BusConnection(dbus.bus.BUS_SESSION).get_object(
+    'org.freedesktop.Notifications', '/org/freedesktop/Notifications'),
+    'org.freedesktop.Notifications')
+print(Notify(), error(Notify))
+)"_s),
+              "4 "_s + limitError +
+                  "All clients together may have no more than 3 notifications open"_s);
+    EXPECT_THAT(displayed(), ElementsAre(pathOf(2), pathOf(3), pathOf(4)));
 }
 
 /// A notification that tries to stand before all others.

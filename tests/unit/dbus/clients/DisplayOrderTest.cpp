@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "modules/dbus/desktop/DisplayOrder.h"
+#include "modules/dbus/clients/DisplayOrder.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck.h>

@@ -1,0 +1,54 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "DisplayOrder.h"
+#include "Quotas.h"
+#include <core/tavo.h>
+
+#include <QObject>
+
+#include <cstddef>
+#include <string>
+#include <unordered_map>
+
+class Clients;
+
+/// What clients have the display show by a request to it. Each counts from its request until it leaves
+/// the display's queue, even after its client has left.
+///
+/// Owned by the worker, used in its thread. The node of a message is made here, like those that the
+/// display makes, which keeps its own for ever. It goes together with the message.
+class ClientMessages : public QObject
+{
+    Q_OBJECT
+
+public:
+    ClientMessages(Clients &clients, CMNodes *nodes);
+
+    /// Passes on a client's request, whose value has this many bytes. Throws BusError::limitExceeded()
+    /// when the client shows too much.
+    CMReply<QVariant> open(const std::string &client, const QVariant &value, std::size_t bytes);
+
+private Q_SLOTS:
+    void on_queue_rowsChanged(const CMPath &path, const QStringList &changes, int first, int count);
+    void on_queue_nodeChanged(const CMPath &path, bool published);
+
+private:
+    struct Message
+    {
+        Quotas::Charge charge;
+        CMListRowsNode *node = nullptr; ///< owned by the node set; null if the client named a node
+    };
+
+    CMListRowsNode *createNode(const CMPath &path, const TavoNotificationDisplayItem &item);
+    void on_open_finished(quint32 number, const CMVoidReply &reply);
+    void forget(quint32 number);
+
+    Clients &m_clients;
+    CMNodes *m_nodes;
+    std::unordered_map<quint32, Message> m_messages; ///< by number
+    quint32 m_lastNumber = 0;
+    DisplayOrder m_order;
+};
