@@ -8,11 +8,13 @@
 #include "bus/BusWriter.h"
 #include <core/base/connect.h>
 
+#include <QDeadlineTimer>
 #include <QUrl>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <poll.h>
 
 namespace {
 constexpr int minPauseMs = 100;
@@ -229,6 +231,23 @@ void BusConnection::on_name_acquired(const BusMessage &signal)
     const QString name = BusReader(signal).readString();
     if (m_names.contains(name)) {
         Q_EMIT nameAcquired(name);
+    }
+}
+
+void BusConnection::flush(std::chrono::milliseconds timeout)
+{
+    const QDeadlineTimer deadline(timeout);
+    const auto isUnsent = [this] {
+        const int events = m_handle ? sd_bus_get_events(m_handle.get()) : 0;
+        return events > 0 && (events & POLLOUT) != 0;
+    };
+    while (isUnsent() && !deadline.hasExpired()) {
+        pollfd descriptor{sd_bus_get_fd(m_handle.get()), POLLOUT, 0};
+        const int result = ::poll(&descriptor, 1, int(deadline.remainingTime()));
+        if ((result < 0 && errno != EINTR) ||
+            (result > 0 && sd_bus_process(m_handle.get(), nullptr) < 0)) {
+            return;
+        }
     }
 }
 

@@ -18,7 +18,8 @@
 #include <string>
 
 /// A connection to a message bus, served by the Qt event loop of its thread: all handlers are called
-/// from that loop. Nothing waits for the bus, not even the destructor.
+/// from that loop. Nothing but flush() waits for the bus, not even the
+/// destructor.
 ///
 /// Lives in the thread that made it, which must run an event loop. If the bus is away, or does not reply
 /// to the greeting within 5 s, it tries again: first after 100 ms, then with growing pauses of up to
@@ -45,6 +46,10 @@ public:
 
     /// Whether everyone on the bus is the same user. Assumed of no other bus than the session's.
     bool isOfOneUser() const { return m_bus == QLatin1String("session"); }
+
+    /// Waits until the bus has taken all messages that were sent, but no longer than the timeout. Calls
+    /// that arrive meanwhile may be handled. Does nothing while the bus is away.
+    void flush(std::chrono::milliseconds timeout);
 
     // Only while connected:
 

@@ -54,10 +54,10 @@ TEST_F(CliShowTest, ShowsATitleWithoutAMessage)
 
 TEST_F(CliShowTest, ShowsUrgentMessagesFirst)
 {
-    for (const char *priority : {"normal", "low", "17", "high", "urgent"}) {
+    for (const char *priority : {"normal", "low", "urgent", "17", "high"}) {
         EXPECT_EQ(run({"show", "--timeout", "0", "--priority", priority, priority}), s_good);
     }
-    EXPECT_THAT(titles(), ElementsAre("17", "urgent", "high", "normal", "low"));
+    EXPECT_THAT(titles(), ElementsAre("urgent", "17", "high", "normal", "low"));
 }
 
 TEST_F(CliShowTest, WithWaitSucceedsWhenTheMessageExpires)
@@ -101,6 +101,18 @@ TEST_F(CliShowTest, WithWaitReportsThatTheHostHasGone)
     m_host->sendSignal(SIGKILL);
     EXPECT_EQ(m_tavo.waitForExit(), s_endUnknown);
     EXPECT_THAT(m_tavo.error(), HasSubstr("the host went away"));
+}
+
+TEST_F(CliShowTest, WithWaitEndsWhenTheHostStops)
+{
+    startWaiting();
+    Program notifySend("notify-send");
+    notifySend.setEnvironment("DBUS_SESSION_BUS_ADDRESS", m_bus.address());
+    notifySend.start({"--wait", "--expire-time=0", "Title"});
+    ASSERT_TRUE(waitFor([this] { return messages().size() == 2; }, std::chrono::seconds(20)));
+    EXPECT_EQ(m_host->stop(), 0);
+    EXPECT_EQ(notifySend.waitForExit(), 0) << notifySend.error();
+    EXPECT_EQ(m_tavo.waitForExit(), s_endUnknown);
 }
 
 TEST_F(CliShowTest, WithWaitAnInterruptClosesTheMessage)

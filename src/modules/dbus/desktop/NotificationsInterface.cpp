@@ -11,12 +11,17 @@
 #include <bus/BusWriter.h>
 #include <bus/ModelErrors.h>
 
+#include <chrono>
 #include <utility>
 
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 
 constexpr const char *protocolVersion = "1.2";
+
+/// Enough for the signals of as many notifications as may be open. Short enough for a host that is
+/// told to stop while the bus hangs.
+constexpr std::chrono::seconds flushTimeout(1);
 } // namespace
 
 NotificationsInterface::NotificationsInterface(BusConnection &bus, Clients &clients, CMNodes *nodes,
@@ -35,6 +40,15 @@ NotificationsInterface::NotificationsInterface(BusConnection &bus, Clients &clie
                 &NotificationsInterface::on_notifications_closed);
     tavoConnect(&m_notifications, &OpenNotifications::actionInvoked, this,
                 &NotificationsInterface::on_notifications_actionInvoked);
+}
+
+NotificationsInterface::~NotificationsInterface()
+{
+    if (m_notifications.count() > 0) {
+        m_notifications.closeAll(OpenNotifications::Reason::Undefined);
+        m_object.reset(); // Nobody opens another one meanwhile.
+        m_bus.flush(flushTimeout);
+    }
 }
 
 void NotificationsInterface::on_bus_connected()

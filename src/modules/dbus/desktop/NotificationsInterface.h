@@ -33,6 +33,10 @@ public:
                            ClientSounds &sounds, const QString &soundTheme,
                            const NotifyCall::Timeouts &timeouts);
 
+    /// Closes all notifications, so that nobody waits for their end for ever. Waits until the bus has
+    /// taken the signals, but no longer than 1 s.
+    ~NotificationsInterface() override;
+
 public Q_SLOTS:
     /// A client has requested the display to close what is at the path.
     void on_model_messageCancelled(const CMPath &path);

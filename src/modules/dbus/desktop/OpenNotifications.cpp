@@ -140,6 +140,14 @@ bool OpenNotifications::close(quint32 id, Reason reason)
     return true;
 }
 
+void OpenNotifications::closeAll(Reason reason)
+{
+    const QList<quint32> ids = m_entries.keys();
+    for (const quint32 id : ids) {
+        close(id, reason);
+    }
+}
+
 void OpenNotifications::takeCancel(const CMPath &path)
 {
     const auto entry = m_entries.find(NotificationNode::idOf(path));
@@ -219,9 +227,7 @@ void OpenNotifications::on_queue_nodeChanged(const CMPath & /*path*/, bool publi
         return;
     }
     m_order.clear();
-    while (!m_entries.isEmpty()) {
-        remove(m_entries.begin(), Reason::Undefined);
-    }
+    closeAll(Reason::Undefined);
 }
 
 void OpenNotifications::on_notification_rowsChanged(const CMPath &path, const QStringList &changes,

@@ -33,7 +33,7 @@ public:
         Expired = 1,
         Dismissed = 2, ///< by a person
         Closed = 3,    ///< by a request
-        Undefined = 4  ///< the display refused it, or has gone
+        Undefined = 4  ///< the display refused it, or has gone, or the module ends
     };
 
     explicit OpenNotifications(CMNodes *nodes);
@@ -54,6 +54,9 @@ public:
 
     /// Closes a notification, which is reported before the call returns; false when it is not open.
     bool close(quint32 id, Reason reason);
+
+    /// Closes all notifications, each of which is reported before the call returns.
+    void closeAll(Reason reason);
 
     /// Someone has requested the display to close what is at the path. A notification there is closed,
     /// which is reported before the call returns.

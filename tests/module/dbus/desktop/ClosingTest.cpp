@@ -219,6 +219,33 @@ TEST_F(ClosingTest, IsNotReportedForACancelOfAnotherNodeOfThatName)
     EXPECT_TRUE(isOpen(1));
 }
 
+/// So that a program that waits for the end of its notification ends.
+TEST_F(ClosingTest, IsReportedWhenTheModuleEnds)
+{
+    ClientProgram program(bus(), "notify-send"_s, {"--wait"_s, "-t"_s, "0"_s, "Title"_s});
+    ASSERT_TRUE(waitFor([&] { return isOpen(1); }, std::chrono::seconds(20)));
+    unload();
+    EXPECT_TRUE(program.succeeds()) << program.errors().toStdString();
+    EXPECT_TRUE(isReported(1, 4));
+    // The display does not go on showing nodes that are gone.
+    EXPECT_TRUE(waitFor([] { return displayed().isEmpty(); }));
+}
+
+TEST_F(ClosingTest, IsReportedOfAllWhenTheModuleEnds)
+{
+    constexpr std::size_t many = 900;
+    Listener client(bus().address());
+    for (std::size_t i = 0; i < many; ++i) {
+        client.notify();
+    }
+    ASSERT_TRUE(client.notify().succeeds());
+    unload();
+    ASSERT_TRUE(waitFor([&] { return client.ends().size() > many; }, std::chrono::seconds(20)));
+    for (const auto &[id, reason] : client.ends()) {
+        EXPECT_EQ(reason, 4U) << id;
+    }
+}
+
 TEST_F(ClosingTest, IsReportedOnce)
 {
     const quint32 id = notifySend({"-t"_s, "0"_s, "Title"_s});
