@@ -4,6 +4,7 @@
 #include "MainAudio.h"
 
 #include "base/SoundLocation.h"
+#include <base/SoundLocation.h>
 #include <core/tavo.h>
 #include <simpleplayer/UriSimplePlayer.h>
 
@@ -31,6 +32,13 @@ constexpr int maxRequesterLength = 256; ///< in characters
 double factorOf(double decibels)
 {
     return std::pow(10.0, decibels / 20.0);
+}
+
+bool isFetched(const QString &source)
+{
+    const Result<SoundLocation> location = parseSoundLocation(source);
+    const auto *found = std::get_if<SoundLocation>(&location);
+    return found != nullptr && !found->url.isEmpty();
 }
 } // namespace
 
@@ -151,10 +159,14 @@ void MainAudio::on_music_ended(const QString &source)
     Q_EMIT changed();
 }
 
-void MainAudio::on_music_failed(const QString & /*source*/, const QString &reason)
+void MainAudio::on_music_failed(const QString &source, const QString &reason)
 {
     std::exchange(m_player, nullptr)->deleteLater();
     fail(reason);
+    if (isFetched(source)) {
+        // The reason would tell clients what answers in the host's network. It is in the log.
+        m_error = QStringLiteral("The music can't be fetched or played");
+    }
     if (m_played.hasExpired(recoveredMs)) {
         m_retries = 0;
     }

@@ -32,6 +32,9 @@ public:
     /// Answers with these bytes; the connection stays open until close().
     void serveRaw(const QByteArray &answer) { m_answer = answer; }
 
+    /// Answers the next request with these bytes instead.
+    void serveOnce(const QByteArray &answer) { m_once = answer; }
+
     /// Sends more on the open connection.
     void send(const QByteArray &bytes) { m_connection->write(bytes); }
 
@@ -48,13 +51,15 @@ private:
                              if (!connection->readAll().contains("\r\n\r\n")) {
                                  return;
                              }
-                             connection->write(m_answer);
+                             connection->write(m_once.isNull() ? m_answer : m_once);
+                             m_once = QByteArray();
                              m_answered = true;
                          });
     }
 
     QTcpServer m_server;
     QByteArray m_answer;
+    QByteArray m_once;
     QTcpSocket *m_connection = nullptr; // owned by the server
     bool m_answered = false;
 };

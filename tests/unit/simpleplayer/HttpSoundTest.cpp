@@ -94,16 +94,40 @@ TEST_F(HttpSoundTest, PlaysASoundFileThatIsLargerThanItsBuffers)
     EXPECT_EQ(heard(), asFloats(wide));
 }
 
-TEST_F(HttpSoundTest, FollowsARedirection)
+TEST_F(HttpSoundTest, FollowsARedirectionWithinItsServer)
 {
-    HttpServer first;
-    first.serveRaw("HTTP/1.1 302 Found\r\nLocation: " + m_server.uri().toLatin1() +
-                   "\r\nContent-Length: 4\r\n\r\nbody");
     m_server.serve(readFile(counting()));
-    makeSound(first.uri());
+    m_server.serveOnce("HTTP/1.1 302 Found\r\nLocation: /other\r\nContent-Length: 4\r\n\r\nbody");
+    makeSound(m_server.uri());
     ASSERT_TRUE(m_player->play());
     ASSERT_TRUE(m_end->hasEndedOnce());
     EXPECT_EQ(heard(), countingFloats());
+}
+
+TEST_F(HttpSoundTest, FollowsNoRedirectionToAnotherServer)
+{
+    HttpServer other;
+    other.serve(readFile(counting()));
+    m_server.serveRaw("HTTP/1.1 302 Found\r\nLocation: " + other.uri().toLatin1() +
+                      "\r\nContent-Length: 4\r\n\r\nbody");
+    makeSound(m_server.uri());
+    expectError("can't be fetched");
+    EXPECT_FALSE(other.hasAnswered());
+}
+
+TEST_F(HttpSoundTest, UnpacksNoCompression)
+{
+    constexpr int unpackedBytes = 256 << 20;
+    constexpr long maxGrowthKb = 48 << 10;
+    constexpr int sizePrefix = 4; // which Qt writes
+    const QByteArray packed = qCompress(QByteArray(unpackedBytes, '\0')).mid(sizePrefix);
+    m_server.serveRaw("HTTP/1.1 200 OK\r\nContent-Encoding: deflate\r\nContent-Length: " +
+                      QByteArray::number(packed.size()) + "\r\n\r\n" + packed);
+    makeSound(m_server.uri());
+    peakMemoryKb();
+    const long before = peakMemoryKb();
+    expectError("holds no sound in a known format");
+    EXPECT_LT(peakMemoryKb(), before + maxGrowthKb);
 }
 
 TEST_F(HttpSoundTest, RepeatsASoundFileWithoutFetchingItAgain)

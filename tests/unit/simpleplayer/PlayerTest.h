@@ -14,6 +14,14 @@
 
 #include <algorithm>
 
+/// The most memory that this process has had since the last call.
+inline long peakMemoryKb()
+{
+    const QByteArray status = readFile(QStringLiteral("/proc/self/status"));
+    writeFile(QStringLiteral("/proc/self/clear_refs"), "5");
+    return status.mid(status.indexOf("VmHWM:") + 6).trimmed().split(' ').value(0).toLong();
+}
+
 /// The fixture for tests of players on scripted devices.
 class PlayerTest : public testing::Test
 {

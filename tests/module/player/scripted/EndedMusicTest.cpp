@@ -44,3 +44,19 @@ TEST_F(EndedMusicTest, GoesOnWhenItIsStartedWhileItPlays)
     EXPECT_TRUE(music->isAlive());
     EXPECT_EQ(music->plays, 1);
 }
+
+TEST_F(EndedMusicTest, SaysWhyAFileFailed)
+{
+    start("music.wav")->reportError("\"music.wav\" is cut off");
+    settle();
+    EXPECT_EQ(state().error(), "\"music.wav\" is cut off");
+}
+
+TEST_F(EndedMusicTest, DoesNotSayWhatAServerAnswered)
+{
+    for (const char *reason : {"Connection refused", "the server is too slow", "is cut off"}) {
+        start("http://localhost/music.wav")->reportError(reason);
+        settle();
+        EXPECT_EQ(state().error(), "The music can't be fetched or played");
+    }
+}
