@@ -5,6 +5,8 @@
 
 #include <bus/BusError.h>
 
+#include <QUuid>
+
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 
@@ -27,7 +29,10 @@ void NotificationSounds::play(const std::string &client, quint32 id, const QStri
     if (location.isEmpty()) {
         return;
     }
-    const QString sound = QStringLiteral("dbus-notification-%1-%2").arg(id).arg(++m_played);
+    // Random, so that no client can take the id before or cancel the sound. Not tavoGenerateUuid(), whose
+    // results are seen in paths and tell the next ones.
+    const QString sound =
+        QStringLiteral("dbus-notification-") + QUuid::createUuid().toString(QUuid::WithoutBraces);
     m_sounds.insert(id, sound);
     enqueue(client, TavoNotificationPlayerItem()
                         .setId(sound)

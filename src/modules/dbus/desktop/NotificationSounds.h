@@ -43,6 +43,5 @@ private:
     ClientSounds &m_clientSounds;
     const SoundTheme m_theme;
     QHash<quint32, QString> m_sounds; ///< their ids for the player, by notification
-    quint32 m_played = 0;
     QSet<QString> m_refused; ///< already logged
 };

@@ -2,12 +2,16 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "DesktopTest.h"
+#include "support/bus/BusClient.h"
 #include "support/scripted/ScriptedPlayers.h"
 #include "support/scripted/ScriptedService.h"
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+
+#include <algorithm>
+#include <vector>
 
 namespace {
 /// A theme and an allowed folder, in front of players that the test plays.
@@ -172,6 +176,79 @@ TEST_F(DesktopSoundTest, PlaysTheNewSoundInPlaceOfTheOld)
     players()[0]->reportStopped();
     ASSERT_TRUE(plays(2));
     EXPECT_EQ(players()[1]->content, path("allowed/sound.wav"_s));
+}
+
+/// Another client that knows how ids of sounds are made.
+class SoundThief
+{
+public:
+    explicit SoundThief(const QString &address)
+        : m_client(address)
+    {
+        m_client.setTarget("org.tavo.Model1", "/org/tavo/Model1", "org.tavo.Model1");
+    }
+
+    /// Takes the ids that come next, with sounds that never end.
+    void takeIds()
+    {
+        forEachId([this](const QString &id) {
+            const auto item = TavoNotificationPlayerItem()
+                                  .setId(id)
+                                  .setType(TavoNotificationPlayerItemType::Fake)
+                                  .setPriority(TavoNotificationItemPriority::Low);
+            return call(TavoNotificationPlayerEnqueuePath(),
+                        TavoValue().setNotificationPlayerItem(item));
+        });
+    }
+    void cancel()
+    {
+        forEachId([this](const QString &id) {
+            return call(TavoNotificationPlayerCancelPath(), TavoValue().setString_(id));
+        });
+    }
+
+private:
+    template <typename Call>
+    void forEachId(const Call &call)
+    {
+        constexpr int guesses = 4;
+        std::vector<BusCall> calls;
+        for (int notification = 1; notification <= guesses; ++notification) {
+            for (int sound = 1; sound <= guesses; ++sound) {
+                calls.push_back(call("dbus-notification-%1-%2"_s.arg(notification).arg(sound)));
+            }
+        }
+        EXPECT_TRUE(calls.back().waitForAnswer());
+    }
+    BusCall call(const CMPath &path, const TavoHash &value)
+    {
+        return m_client.call("Call", [&](BusWriter &writer) {
+            writer.writeString(path.toString());
+            writer.writeVariant(value.__variant());
+        });
+    }
+
+    BusClient m_client;
+};
+
+TEST_F(DesktopSoundTest, PlaysASoundWhoseIdNobodyCouldTake)
+{
+    SoundThief(bus().address()).takeIds();
+    notifyWith("string:sound-name:bell"_s);
+    EXPECT_TRUE(waitFor([] {
+        return std::any_of(players().begin(), players().end(), [](const ScriptedPlayer *player) {
+            return player->kind == "UriSimplePlayer"_s && player->plays > 0;
+        });
+    }));
+}
+
+TEST_F(DesktopSoundTest, GoesOnWithASoundThatAnotherClientTriesToCancel)
+{
+    notifyWith("string:sound-name:bell"_s);
+    ASSERT_TRUE(plays(1));
+    SoundThief(bus().address()).cancel();
+    settle();
+    EXPECT_EQ(players()[0]->stops, 0);
 }
 
 TEST_F(DesktopSoundTest, PlaysMoreUrgentSoundsFirst)
