@@ -49,20 +49,14 @@ std::vector<CMCatalog::Entry> CMCatalog::tree(const CMPath &path)
 
 std::vector<CMCatalog::Entry> CMCatalog::children(const CMPath &path)
 {
-    const int nameAt = path.toString().size() + 1;
+    const CMTree::Children children = CMRegistry::instance().children(path);
     std::map<QString, Entry> found;
-    for (const CMEndpoint::Pointer &node : CMRegistry::instance().nodesAt(path)) {
-        if (node->path() == path) {
-            continue;
-        }
-        const QString text = node->path().toString();
-        const int nameEnd = text.indexOf(QLatin1Char('/'), nameAt);
-        const QString name = text.mid(nameAt, nameEnd < 0 ? -1 : nameEnd - nameAt);
-        if (nameEnd < 0) {
-            found.insert_or_assign(name, entryOf(*node));
-        } else if (found.count(name) == 0) {
-            found.emplace(name, Entry{path + name, groupKind(), {}});
-        }
+    for (const CMEndpoint::Pointer &node : children.nodes) {
+        found.emplace(node->path().name(), entryOf(*node));
+    }
+    for (const CMPath &group : children.groups) {
+        // A node may have nodes below it.
+        found.emplace(group.name(), Entry{group, groupKind(), {}});
     }
     std::vector<Entry> entries;
     entries.reserve(found.size());

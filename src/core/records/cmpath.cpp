@@ -99,6 +99,13 @@ bool CMPath::Data::isBelow(const QString &ancestor) const
     return prefix.size() > slashAt && prefix.at(slashAt) == slash && prefix.startsWith(ancestor);
 }
 
+bool CMPath::Data::isChildOf(const QString &parent) const
+{
+    return segment.isEmpty()
+               ? prefix.lastIndexOf(slash) == parent.size() && prefix.startsWith(parent)
+               : prefix == parent;
+}
+
 CMPath::CMPath(const QString &text)
 {
     const QString result = isCanonical(text) ? text : canonical(text);
@@ -138,6 +145,11 @@ CMPath CMPath::operator+(const QString &relative) const
 bool CMPath::isBelow(const CMPath &ancestor) const
 {
     return m_data && (!ancestor.m_data || m_data->isBelow(ancestor.toString()));
+}
+
+bool CMPath::isChildOf(const CMPath &parent) const
+{
+    return m_data && m_data->isChildOf(parent.toString());
 }
 
 bool CMPath::operator==(const CMPath &other) const

@@ -6,6 +6,10 @@
 #include "core/base/dbglog.h"
 #include "core/registry/cmsubscriptions.h"
 
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Model");
 }
@@ -25,6 +29,7 @@ bool CMRegistry::publish(CMEndpoint *node)
         return false;
     }
     slice.nodes.insert(node);
+    m_tree.add(node);
     // Under the mutex, so that publishing and disposing are reported in order.
     CMSubscriptions::reportNode(node->path(), true);
     return true;
@@ -38,6 +43,7 @@ void CMRegistry::withdraw(CMEndpoint *node)
         return;
     }
     slice.nodes.remove(node);
+    m_tree.remove(node);
     CMSubscriptions::reportNode(node->path(), false);
 }
 
@@ -51,15 +57,20 @@ CMEndpoint::Pointer CMRegistry::find(const CMPath &path) const
 std::vector<CMEndpoint::Pointer> CMRegistry::nodesAt(const CMPath &path) const
 {
     std::vector<CMEndpoint::Pointer> found;
-    for (const Slice &slice : m_slices) {
-        const std::shared_lock lock(slice.mutex);
-        for (CMEndpoint *node : slice.nodes.entries()) {
-            if (path.isEmpty() || node->path() == path || node->path().isBelow(path)) {
-                found.emplace_back(node);
-            }
-        }
+    if (CMEndpoint::Pointer node = find(path)) {
+        found.push_back(std::move(node));
     }
+    addNodesBelow(path, found);
     return found;
+}
+
+void CMRegistry::addNodesBelow(const CMPath &path, std::vector<CMEndpoint::Pointer> &nodes) const
+{
+    CMTree::Children children = m_tree.children(path);
+    std::move(children.nodes.begin(), children.nodes.end(), std::back_inserter(nodes));
+    for (const CMPath &group : children.groups) {
+        addNodesBelow(group, nodes);
+    }
 }
 
 void CMRegistry::trace() const

@@ -5,6 +5,7 @@
 
 #include "core/model/cmendpoint.h"
 #include "core/registry/cmpathtable.h"
+#include "core/registry/cmtree.h"
 
 #include <array>
 #include <shared_mutex>
@@ -27,6 +28,9 @@ public:
     /// The node at the path; null if there is none.
     CMEndpoint::Pointer find(const CMPath &path) const;
 
+    /// What is directly below the path.
+    CMTree::Children children(const CMPath &path) const { return m_tree.children(path); }
+
     /// The nodes at the path and below it, in no order. For the empty path, all nodes.
     std::vector<CMEndpoint::Pointer> nodesAt(const CMPath &path) const;
 
@@ -46,5 +50,10 @@ private:
         return m_slices[path.hash() % m_slices.size()];
     }
 
+    void addNodesBelow(const CMPath &path, std::vector<CMEndpoint::Pointer> &nodes) const;
+
     std::array<Slice, 16> m_slices;
+
+    /// Its mutex may be locked while that of a slice is.
+    CMTree m_tree;
 };

@@ -9,11 +9,15 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <map>
+#include <random>
+#include <set>
 #include <string>
 #include <vector>
 
 namespace {
 using testing::ElementsAre;
+using testing::ElementsAreArray;
 using testing::IsEmpty;
 
 class CMCatalogTest : public testing::Test
@@ -38,6 +42,26 @@ protected:
     static Lines children(const QString &path)
     {
         return linesOf(CMCatalog::children(CMPath(path)));
+    }
+
+    /// Compares the tree, and the children of every path that has some, with these nodes.
+    static void expectListed(const std::map<std::string, CMNode *> &nodes)
+    {
+        Lines all;
+        std::map<std::string, std::set<std::string>> below;
+        below[""];
+        for (const auto &[path, node] : nodes) {
+            all.push_back(path + " value");
+            for (std::size_t end = path.size(); end > 0; end = path.rfind('/', end - 1)) {
+                const std::string child = path.substr(0, end);
+                const char *kind = nodes.count(child) > 0 ? " value" : " group";
+                below[child.substr(0, child.rfind('/'))].insert(child + kind);
+            }
+        }
+        EXPECT_THAT(tree({}), ElementsAreArray(all));
+        for (const auto &[path, lines] : below) {
+            EXPECT_THAT(children(QString::fromStdString(path)), ElementsAreArray(lines)) << path;
+        }
     }
 
     CMNodes m_nodes;
@@ -110,6 +134,32 @@ TEST_F(CMCatalogTest, DoesNotListDisposedNodes)
     CMNode *node = CMValueNode::create(&m_nodes, CMPath("/a"_s));
     node->dispose();
     EXPECT_THAT(tree(""_s), IsEmpty());
+}
+
+TEST_F(CMCatalogTest, ListsWhatIsThereAfterAnyNodesHaveComeAndGone)
+{
+    std::mt19937 random(1);
+    std::map<std::string, CMNode *> nodes;
+    for (int step = 0; step < 20'000; ++step) {
+        QString path;
+        do {
+            path += '/' + QString(1, QChar(ushort('a' + random() % 4)));
+        } while (path.size() < 10 && random() % 4 != 0);
+        CMNode *&node = nodes[path.toStdString()];
+        if (node != nullptr) {
+            node->dispose();
+            nodes.erase(path.toStdString());
+        } else {
+            node = CMValueNode::create(&m_nodes, CMPath(path));
+        }
+        if (step % 1000 == 0) {
+            expectListed(nodes);
+        }
+    }
+    for (const auto &[path, node] : nodes) {
+        node->dispose();
+    }
+    expectListed({});
 }
 
 TEST_F(CMCatalogTest, CanBeReadWhileAnotherThreadPublishes)

@@ -89,6 +89,21 @@ TEST(CMPathTest, SharesItsHashWithEqualPaths)
     EXPECT_NE(qHash(path("/a/b")), qHash(path("/a/c")));
 }
 
+TEST(CMPathTest, IsAChildOfItsParentOnly)
+{
+    for (const CMPath &made : {path("/a/b/c"), path("/a/b") + "c"}) {
+        for (const CMPath &parent : {path("/a/b"), path("/a") + "b"}) {
+            EXPECT_TRUE(made.isChildOf(parent));
+        }
+        for (const char *other : {"/", "/a", "/a/b/c", "/a/b/c/d", "/a/d", "/a/bb", "/x/b"}) {
+            EXPECT_FALSE(made.isChildOf(path(other))) << other;
+        }
+    }
+    EXPECT_TRUE(path("/a").isChildOf(CMPath()));
+    EXPECT_FALSE(CMPath().isChildOf(CMPath()));
+    EXPECT_FALSE(CMPath().isChildOf(path("/a")));
+}
+
 TEST(CMPathTest, HasAHashThatNobodyCanForesee)
 {
     constexpr int bits = 12;

@@ -168,6 +168,25 @@ qint64 timeOfNodes(const std::vector<QString> &names)
 }
 } // namespace
 
+TEST(ScaleTest, ListingAPathTakesNoLongerWhenThereAreManyOtherNodes)
+{
+    CMNodesWorker worker({}, QStringLiteral("Test"));
+    const CMPath few(QStringLiteral("/test/few"));
+    CMValueNode::create(worker.nodes(), few + QStringLiteral("node"));
+    CMValueNode::create(worker.nodes(), few + QStringLiteral("group/node"));
+    const auto list = [&few] {
+        for (int i = 0; i < 100; ++i) {
+            ASSERT_EQ(CMCatalog::children(few).size(), 2U);
+            ASSERT_EQ(CMCatalog::tree(few).size(), 2U);
+        }
+    };
+    const qint64 before = processorTimeOf(list);
+    for (const CMPath &path : paths()) {
+        CMValueNode::create(worker.nodes(), path);
+    }
+    EXPECT_LT(processorTimeOf(list), 10 * before);
+}
+
 TEST(ScaleTest, NodesThatAnAttackerHasNamedTakeNoLongerThanOthers)
 {
     constexpr int bits = 13;

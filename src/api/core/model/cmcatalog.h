@@ -32,7 +32,7 @@ TAVO_API_EXPORT std::optional<Entry> entry(const CMPath &path);
 /// process.
 TAVO_API_EXPORT std::vector<Entry> tree(const CMPath &path);
 
-/// The nodes and groups directly below the path, sorted by name.
+/// The nodes and groups directly below the path, sorted by name. Other nodes cost no time.
 TAVO_API_EXPORT std::vector<Entry> children(const CMPath &path);
 
 } // namespace CMCatalog

@@ -59,7 +59,9 @@ protected:
 private:
     friend class CMNodes;
     friend class CMRegistry;
+    friend class CMTree;
 
+    uint m_place = 0; ///< used by the registry; first, where it fills a gap
     CMPath m_path;
     CMNodes *m_nodes;
     CMEndpoint *m_previous = nullptr; ///< used by the set of nodes

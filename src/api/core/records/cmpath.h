@@ -47,6 +47,9 @@ public:
     /// except the empty one is below the empty one.
     bool isBelow(const CMPath &ancestor) const;
 
+    /// Returns whether the path is the parent with one more segment.
+    bool isChildOf(const CMPath &parent) const;
+
     bool operator==(const CMPath &other) const;
     bool operator!=(const CMPath &other) const { return !(*this == other); }
 
@@ -71,6 +74,7 @@ private:
         bool operator==(const Data &other) const;
         bool isJoinedOf(const Data &parts) const;
         bool isBelow(const QString &ancestor) const;
+        bool isChildOf(const QString &parent) const;
 
         const uint hash;
         const QString prefix;  ///< the whole text, or the text before the segment

@@ -3,6 +3,8 @@
 
 #include "module/dbus/ModelTest.h"
 
+#include <QElapsedTimer>
+
 namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -97,6 +99,25 @@ TEST_F(DbusListsTest, OfATreeHasEveryNode)
     EXPECT_THAT(nodes("Tree", "/test"_s), ElementsAre("/test value ", "/test/a/value value "));
     EXPECT_THAT(nodes("Tree", "/"_s),
                 ElementsAre("/other request ", "/test value ", "/test/a/value value "));
+}
+
+TEST_F(DbusListsTest, OfOneClientDoNotKeepAnotherWaitingHoweverManyNodesThereAre)
+{
+    constexpr int manyNodes = 50'000;
+    for (int i = 0; i < manyNodes; ++i) {
+        publishValue("/test/many/"_s + QString::number(i), i);
+    }
+    ModelClient other(bus().address());
+    ASSERT_TRUE(other.getValue("/test/many/1"_s).succeeds());
+    std::vector<BusCall> calls;
+    for (int i = 0; i < 1000; ++i) {
+        calls.push_back(client->ask("List", {"/test"_s}));
+    }
+    QElapsedTimer waiting;
+    waiting.start();
+    EXPECT_TRUE(other.getValue("/test/many/1"_s).succeeds());
+    EXPECT_LT(waiting.elapsed(), 1000);
+    EXPECT_TRUE(calls.back().succeeds());
 }
 
 TEST_F(DbusListsTest, CutLongTitles)

@@ -1,0 +1,96 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "core/registry/cmtree.h"
+
+namespace {
+// An entry stores its place in the list, so that it is removed without searching.
+
+template <typename T>
+void append(std::vector<T *> &list, T *entry, uint T::*place)
+{
+    entry->*place = uint(list.size());
+    list.push_back(entry);
+}
+
+template <typename T>
+void removeFrom(std::vector<T *> &list, T *entry, uint T::*place)
+{
+    T *last = list.back();
+    list[entry->*place] = last;
+    last->*place = entry->*place;
+    list.pop_back();
+    constexpr std::size_t minCapacity = 64;
+    if (list.capacity() > minCapacity && list.size() < list.capacity() / 4) {
+        list.shrink_to_fit();
+    }
+}
+} // namespace
+
+void CMTree::add(CMEndpoint *node)
+{
+    const std::lock_guard lock(m_mutex);
+    append(parentOf(node->path())->m_nodes, node, &CMEndpoint::m_place);
+}
+
+void CMTree::remove(CMEndpoint *node)
+{
+    const std::lock_guard lock(m_mutex);
+    Group *group = parentOf(node->path());
+    removeFrom(group->m_nodes, node, &CMEndpoint::m_place);
+    removeEmpty(group);
+}
+
+CMTree::Children CMTree::children(const CMPath &path) const
+{
+    Children found;
+    const std::lock_guard lock(m_mutex);
+    const Group *group = path.isEmpty() ? &m_top : m_groups.find(path);
+    if (group == nullptr) {
+        return found;
+    }
+    found.nodes.reserve(group->m_nodes.size());
+    for (CMEndpoint *node : group->m_nodes) {
+        found.nodes.emplace_back(node);
+    }
+    found.groups.reserve(group->m_groups.size());
+    for (const Group *child : group->m_groups) {
+        found.groups.push_back(child->path());
+    }
+    return found;
+}
+
+CMTree::Group *CMTree::parentOf(const CMPath &path)
+{
+    if (!path.isChildOf(m_last->path())) {
+        m_last = groupAt(path.parent());
+    }
+    return m_last;
+}
+
+CMTree::Group *CMTree::groupAt(const CMPath &path)
+{
+    if (path.isEmpty()) {
+        return &m_top;
+    }
+    if (Group *group = m_groups.find(path)) {
+        return group;
+    }
+    auto *group = new Group;
+    group->m_path = path;
+    group->m_parent = groupAt(path.parent());
+    append(group->m_parent->m_groups, group, &Group::m_place);
+    m_groups.insert(group);
+    return group;
+}
+
+void CMTree::removeEmpty(Group *group)
+{
+    while (group->m_parent != nullptr && group->m_nodes.empty() && group->m_groups.empty()) {
+        m_last = group->m_parent;
+        removeFrom(m_last->m_groups, group, &Group::m_place);
+        m_groups.remove(group);
+        delete group;
+        group = m_last;
+    }
+}
