@@ -41,18 +41,21 @@ void ListCommand::printLines(const ShownMessages &messages)
 QString ListCommand::lineOf(const ShownMessage &message, int index)
 {
     const QString place = index == 0 ? QStringLiteral("shown") : QString::number(index);
-    const QString path = printable(message.path.toString());
-    if (!terminal().isTerminal()) {
-        return QStringList{place, path, printable(message.title), printable(message.text)}.join(
-            QLatin1Char('\t'));
+    const bool isTerminal = terminal().isTerminal();
+    const auto cell = [isTerminal](const QString &text) {
+        constexpr int maxSize = 200; // a client's text may fill many screens
+        return printable(isTerminal ? shortened(text, maxSize) : text);
+    };
+    const QString path = cell(message.path.toString());
+    const QString title = cell(message.title);
+    const QString text = cell(message.text);
+    if (!isTerminal) {
+        return QStringList{place, path, title, text}.join(QLatin1Char('\t'));
     }
     constexpr int width = 5;
-    constexpr int maxSize = 200; // a client's text may fill many screens
     const auto style = index == 0 ? Terminal::Style::Good : Terminal::Style::Plain;
-    return QStringList{
-        terminal().styled(place.rightJustified(width), style),
-        terminal().styled(path, Terminal::Style::Faint),
-        terminal().styled(printable(shortened(message.title, maxSize)), Terminal::Style::Bold),
-        printable(shortened(message.text, maxSize))}
+    return QStringList{terminal().styled(place.rightJustified(width), style),
+                       terminal().styled(path, Terminal::Style::Faint),
+                       terminal().styled(title, Terminal::Style::Bold), text}
         .join(QStringLiteral("  "));
 }

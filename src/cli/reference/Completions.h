@@ -22,7 +22,8 @@ std::map<std::string, std::string> valuedOptions(const Definition &definition);
 
 // Print one path on each line. The timeout is short: somebody is typing.
 constexpr const char *s_listNodes = "tavo --reply-timeout 1 tree 2>/dev/null | cut -f 1";
-constexpr const char *s_listMessages = "tavo --reply-timeout 1 list 2>/dev/null | cut -f 2";
+constexpr const char *s_listMessages =
+    "tavo --reply-timeout 1 rows --count 100 /notifications/display/queue 2>/dev/null";
 
 /// The text in single quotes, for every shell.
 std::string shellQuoted(const std::string &text);

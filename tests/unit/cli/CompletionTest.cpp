@@ -30,7 +30,7 @@ protected:
         write("tavo.fish", fishCompletion(m_definition));
         write("tavo", R"(#!/bin/sh
 case " $* " in
-*" list "*) printf 'shown\t/ring\tDoor\t\n1\t/dbus/notifications/7\tMail\t\n' ;;
+*" rows "*" /notifications/display/queue "*) printf '/ring\n/dbus/notifications/7\n' ;;
 *) printf '/player/state\tvalue\tState\n/door\tlist\t\n%s\tlist\t\n' '/evil/$(touch hit) x' ;;
 esac
 )");

@@ -71,4 +71,7 @@ void ModelArguments::checkTexts(const QVariant &value)
     const TavoNotificationDisplayItem item = TavoValue(value.toHash()).notificationDisplayItem();
     check(item.title(), "title", maxTitleLength);
     check(item.message(), "message", maxMessageLength);
+    if (item.path().toString().size() > maxPathLength) {
+        throw Refusals::pathTooLong(maxPathLength);
+    }
 }

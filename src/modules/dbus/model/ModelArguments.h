@@ -22,6 +22,7 @@ CMPath readPathOrRoot(const BusMessage &call);
 
 Subscriptions::Change readChange(BusReader &reader);
 
-/// Throws BusError::limitExceeded() when the texts of a message to show are too long, with their arguments.
+/// Throws BusError::limitExceeded() when the texts of a message to show, with their arguments, or its
+/// path are too long.
 void checkTexts(const QVariant &value);
 } // namespace ModelArguments

@@ -256,6 +256,8 @@ TEST_F(DbusBadInputTest, MessagesWithTooLongTextsAreRefused)
     expectRefusal(open(TavoNotificationDisplayItem().setTitle(QString(1001, 'x'))), limitsExceeded);
     expectRefusal(open(TavoNotificationDisplayItem().setMessage(QString(65537, 'x'))),
                   limitsExceeded);
+    expectRefusal(open(TavoNotificationDisplayItem().setPath(CMPath("/" + QString(4096, 'x')))),
+                  "org.tavo.Error.InvalidPath");
     EXPECT_EQ(opened, 0);
     EXPECT_TRUE(
         open(TavoNotificationDisplayItem().setTitle(text(1000)).setMessage(QString(65536, 'x')))
