@@ -51,7 +51,7 @@ CMEndpoint::Pointer CMRegistry::find(const CMPath &path) const
 {
     const Slice &slice = sliceOf(path);
     const std::shared_lock lock(slice.mutex);
-    return CMEndpoint::Pointer(slice.nodes.find(path));
+    return CMEndpoint::hold(slice.nodes.find(path));
 }
 
 std::vector<CMEndpoint::Pointer> CMRegistry::nodesAt(const CMPath &path) const

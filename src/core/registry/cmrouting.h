@@ -19,5 +19,5 @@ void cmRoute(const Request &request, void (CMEndpoint::*operation)(const Request
             CMErrors::noSuchNode(), QStringLiteral("There is no node at %1").arg(path.toString())));
         return;
     }
-    (node.data()->*operation)(request);
+    (node.get()->*operation)(request);
 }

@@ -51,7 +51,7 @@ CMTree::Children CMTree::children(const CMPath &path) const
     }
     found.nodes.reserve(group->m_nodes.size());
     for (CMEndpoint *node : group->m_nodes) {
-        found.nodes.emplace_back(node);
+        found.nodes.push_back(CMEndpoint::hold(node));
     }
     found.groups.reserve(group->m_groups.size());
     for (const Group *child : group->m_groups) {

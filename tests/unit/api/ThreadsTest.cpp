@@ -295,3 +295,31 @@ TEST_F(SubscriptionThreadsTest, LeaveNothingBehindInAThreadThatHasEnded)
         CMRoot()->disconnectRowsChange(path, &receiver, &ChangeRecorder::on_rows_changed);
     }
 }
+
+TEST(ThreadsTest, ACommandIsFreedInItsOwnThreadWhenARequestOfAnotherThreadHoldsItLast)
+{
+    CMNodesWorker worker({}, QStringLiteral("Test"));
+    std::promise<void> requested;
+    std::promise<void> disposed;
+    QThread *freedIn = nullptr;
+    CMActivateNode *node = CMActivateNode::create(worker.nodes(), path);
+    node->doSetInvoke([&](CMActivateNode *made) {
+        const auto take = [&](const CMSetDataRequest &) {
+            requested.set_value();
+            disposed.get_future().wait();
+        };
+        tavoConnect(made, &CMActivateNode::privateInvoke, made, take, Qt::DirectConnection);
+    });
+    const auto note = [&freedIn] { freedIn = QThread::currentThread(); };
+    tavoConnect(node, &QObject::destroyed, &worker, note, Qt::DirectConnection);
+
+    EventThread other;
+    auto request = other.start([] { CMRoot()->invoke(path, QVariant(), {}); });
+    requested.get_future().wait();
+    node->dispose();
+    EXPECT_EQ(freedIn, nullptr) << "the request still runs on it";
+    disposed.set_value();
+    request.get();
+    EXPECT_TRUE(waitFor([&freedIn] { return freedIn != nullptr; }));
+    EXPECT_EQ(freedIn, QThread::currentThread());
+}

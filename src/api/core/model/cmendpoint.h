@@ -7,7 +7,9 @@
 #include "core/base/trstring.h"
 #include "core/records/cmpath.h"
 
-#include <QExplicitlySharedDataPointer>
+#include <QSharedData>
+
+#include <memory>
 
 class CMGetDataRequest;
 class CMGetRowsRequest;
@@ -21,7 +23,16 @@ class CMSetDataRequest;
 class TAVO_API_EXPORT CMEndpoint : public QSharedData
 {
 public:
-    using Pointer = QExplicitlySharedDataPointer<CMEndpoint>;
+    struct Release
+    {
+        void operator()(CMEndpoint *node) const { node->release(); }
+    };
+
+    /// A counted reference, which hold() makes.
+    using Pointer = std::unique_ptr<CMEndpoint, Release>;
+
+    /// Null for null.
+    static Pointer hold(CMEndpoint *node);
 
     virtual ~CMEndpoint();
 
@@ -56,10 +67,15 @@ protected:
     {
     }
 
+    /// Frees the node, whose last reference has been released. Called from any thread.
+    virtual void free();
+
 private:
     friend class CMNodes;
     friend class CMRegistry;
     friend class CMTree;
+
+    void release();
 
     uint m_place = 0; ///< used by the registry; first, where it fills a gap
     CMPath m_path;

@@ -3,6 +3,8 @@
 
 #include "core/model/nodes/cmactivatenode.h"
 
+#include <QThread>
+
 CMActivateNode *CMActivateNode::create(CMNodes *nodes, const CMPath &path)
 {
     return new CMActivateNode(nodes, path);
@@ -21,6 +23,17 @@ void CMActivateNode::doSetInvoke(const Connector &connector)
 QString CMActivateNode::kind() const
 {
     return QStringLiteral("request");
+}
+
+void CMActivateNode::free()
+{
+    const QThread *home = thread();
+    // If the thread has ended, it would never run deleteLater().
+    if (home == nullptr || home == QThread::currentThread()) {
+        delete this;
+    } else {
+        deleteLater();
+    }
 }
 
 void CMActivateNode::setData(const CMSetDataRequest &request)

@@ -37,7 +37,5 @@ void CMNodes::remove(CMEndpoint *node)
         node->m_next->m_previous = node->m_previous;
     }
     --m_size;
-    if (!node->ref.deref()) {
-        delete node;
-    }
+    node->release();
 }

@@ -12,7 +12,8 @@
 
 /// A command: each set-data request calls the slot that the node is bound to, which answers it. The
 /// node is published when it is bound, so that no request comes before a slot can take it. Thread
-/// and owner: as CMNode.
+/// and owner: as CMNode. Freed in its own thread, even if a request from another one is the last to
+/// hold it.
 class TAVO_API_EXPORT CMActivateNode : public QObject, public CMUINode
 {
     Q_OBJECT
@@ -46,6 +47,8 @@ Q_SIGNALS:
 
 private:
     using CMUINode::CMUINode;
+
+    void free() override;
 
     bool m_published = false;
 };
