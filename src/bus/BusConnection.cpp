@@ -15,6 +15,7 @@
 #include <cerrno>
 #include <cstring>
 #include <poll.h>
+#include <utility>
 
 namespace {
 constexpr int minPauseMs = 100;
@@ -23,6 +24,9 @@ constexpr int maxPauseMs = 5000;
 /// How long to wait for replies of the bus itself. A thread that is blocked for longer mistakes a good
 /// bus for a silent one and reconnects.
 constexpr std::chrono::milliseconds busTimeout(5000);
+
+/// Long enough for a bus that hangs.
+constexpr std::chrono::minutes probeTimeout(10);
 
 constexpr const char *busName = "org.freedesktop.DBus";
 constexpr const char *busPath = "/org/freedesktop/DBus";
@@ -88,6 +92,7 @@ BusConnection::BusConnection(QString bus, QObject *parent)
     m_retryTimer.setSingleShot(true);
     tavoConnect(&m_loop, &BusLoop::turned, this, &BusConnection::on_loop_turned);
     tavoConnect(&m_loop, &BusLoop::failed, this, &BusConnection::on_loop_failed);
+    tavoConnect(&m_loop, &BusLoop::lagging, this, &BusConnection::on_loop_lagging);
     tavoConnect(&m_silenceTimer, &QTimer::timeout, this, &BusConnection::on_silenceTimer_timeout);
     tavoConnect(&m_retryTimer, &QTimer::timeout, this, &BusConnection::on_retryTimer_timeout);
 }
@@ -151,6 +156,54 @@ void BusConnection::on_loop_failed(int error)
     lose(textOf(error));
 }
 
+void BusConnection::on_loop_lagging()
+{
+    if (!m_isConnected) {
+        return; // the silence timer runs
+    }
+    if (!m_isProbing) {
+        startProbe();
+    } else if (!m_probe) {
+        m_probe = std::make_unique<BusConnection>(m_bus);
+        m_probe->open();
+    } else if (m_probe->isConnected()) {
+        const std::string name = uniqueName();
+        const auto probe = std::move(m_probe);
+        lose(QStringLiteral("The bus takes no more messages, because too many are unread"));
+        // The bus does not see the end of a connection from which it does not read, and would keep its
+        // names. It does when it can't pass on a message.
+        probe->ping(name);
+    }
+}
+
+void BusConnection::startProbe()
+{
+    m_isProbing = true;
+    try {
+        send(createCall(busName, busPath, busName, "GetId"), probeTimeout,
+             [this](const BusMessage &) { endProbe(); });
+    } catch (const BusError &error) {
+        lose(QString::fromStdString(error.message()));
+    }
+}
+
+void BusConnection::endProbe()
+{
+    m_isProbing = false;
+    m_probe.reset();
+}
+
+void BusConnection::ping(const std::string &name)
+{
+    try {
+        const BusMessage call = createCall(name.c_str(), "/", "org.freedesktop.DBus.Peer", "Ping");
+        BusError::check(sd_bus_message_set_expect_reply(call.get(), 0), "A call can't be made");
+        call.send();
+    } catch (const BusError &) {
+        // This connection has ended, too.
+    }
+}
+
 void BusConnection::on_silenceTimer_timeout()
 {
     lose(silenceText(), true);
@@ -190,6 +243,7 @@ void BusConnection::lose(const QString &reason, bool isSilent)
     m_isConnected = false;
     m_isAnswering = false;
     m_isSilent = false;
+    endProbe();
     m_nameAcquired.reset();
     m_handle.reset();
     m_retryTimer.start(m_pauseMs);

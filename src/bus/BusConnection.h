@@ -24,6 +24,10 @@
 /// Lives in the thread that made it, which must run an event loop. If the bus is away, or does not reply
 /// to the greeting within 5 s, it tries again: first after 100 ms, then with growing pauses of up to
 /// 5 s. It requests its names again each time it connects.
+///
+/// A bus stops reading from a connection whose receivers have left too much unread. A connection from
+/// which the bus does not read for 2 s, while it does reply on another one, is lost and made again.
+/// Messages to a bus that hangs altogether are kept until it resumes.
 class BusConnection : public QObject
 {
     Q_OBJECT
@@ -89,6 +93,7 @@ Q_SIGNALS:
 private Q_SLOTS:
     void on_loop_turned();
     void on_loop_failed(int error);
+    void on_loop_lagging();
     void on_silenceTimer_timeout();
     void on_retryTimer_timeout();
 
@@ -96,6 +101,9 @@ private:
     void tryToConnect();
     void greet();
     void becomeConnected();
+    void startProbe();
+    void endProbe();
+    void ping(const std::string &name);
     void lose(const QString &reason, bool isSilent = false);
     void takeName(const QString &name);
     void takeOutcome(const QString &name, const BusMessage &reply);
@@ -106,9 +114,11 @@ private:
     BusHandle m_handle; ///< null while the bus is away
     BusLoop m_loop;
     BusSlot m_nameAcquired;
-    bool m_isAnswering = false; ///< the bus has replied to the whole greeting
-    bool m_isConnected = false; ///< connected() has been emitted
-    bool m_isSilent = false;    ///< the bus has not replied to a call of its own interface
+    bool m_isProbing = false;               ///< a call is to show that the bus still reads
+    std::unique_ptr<BusConnection> m_probe; ///< shows that it replies to others
+    bool m_isAnswering = false;             ///< the bus has replied to the whole greeting
+    bool m_isConnected = false;             ///< connected() has been emitted
+    bool m_isSilent = false; ///< the bus has not replied to a call of its own interface
     QTimer m_silenceTimer;
     QTimer m_retryTimer;
     int m_pauseMs;               ///< before the next try

@@ -11,13 +11,17 @@
 #include <algorithm>
 #include <chrono>
 #include <limits>
+#include <linux/sockios.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 
 namespace {
 /// Limits of one turn of the event loop. Further messages wait for the next turn, so that a flood
 /// leaves time for the thread's other work.
 constexpr int maxMessagesPerTurn = 128;
 constexpr int maxTurnMs = 5;
+
+constexpr int lagMs = 700;
 
 constexpr std::uint64_t never = std::numeric_limits<std::uint64_t>::max();
 
@@ -33,10 +37,13 @@ std::chrono::milliseconds timeUntil(std::uint64_t deadline)
 
 BusLoop::BusLoop(QObject *parent)
     : QObject(parent)
+    , m_lagTimer(this)
     , m_timer(this)
     , m_deadline(never)
 {
+    m_lagTimer.setInterval(lagMs);
     m_timer.setSingleShot(true);
+    tavoConnect(&m_lagTimer, &QTimer::timeout, this, &BusLoop::on_lagTimer_timeout);
     tavoConnect(&m_timer, &QTimer::timeout, this, &BusLoop::on_timer_timeout);
 }
 
@@ -59,6 +66,7 @@ void BusLoop::stop()
     m_bus = nullptr;
     m_readable.reset();
     m_writable.reset();
+    m_lagTimer.stop();
     m_timer.stop();
     m_deadline = never;
 }
@@ -85,6 +93,23 @@ void BusLoop::on_dispatcher_aboutToBlock()
 void BusLoop::on_notifier_activated()
 {
     serve();
+}
+
+void BusLoop::on_lagTimer_timeout()
+{
+    if (isLagging()) {
+        Q_EMIT lagging();
+    } else {
+        m_lagTimer.stop();
+    }
+}
+
+bool BusLoop::isLagging() const
+{
+    std::uint64_t queued = 0;
+    int sent = 0;
+    return (sd_bus_get_n_queued_write(m_bus, &queued) >= 0 && queued > 0) ||
+           (::ioctl(sd_bus_get_fd(m_bus), SIOCOUTQ, &sent) == 0 && sent > 0);
 }
 
 void BusLoop::on_timer_timeout()
@@ -140,6 +165,9 @@ int BusLoop::watch()
     }
     m_readable->setEnabled((events & POLLIN) != 0);
     m_writable->setEnabled((events & POLLOUT) != 0);
+    if (!m_lagTimer.isActive() && isLagging()) {
+        m_lagTimer.start();
+    }
     return watchTime();
 }
 

@@ -31,16 +31,22 @@ Q_SIGNALS:
     /// The bus can't be served any more. The error is an errno.
     void failed(int error);
 
+    /// The bus has not read everything that was sent, perhaps because more was sent meanwhile. Emitted
+    /// every 700 ms until it has.
+    void lagging();
+
 private Q_SLOTS:
     void on_dispatcher_aboutToBlock();
     void on_notifier_activated();
     void on_timer_timeout();
+    void on_lagTimer_timeout();
 
 private:
     void serve();
     int handleMessages();
     int watch();
     int watchTime();
+    bool isLagging() const;
     static std::unique_ptr<QSocketNotifier> notifier(int descriptor, QSocketNotifier::Type type,
                                                      BusLoop *loop);
 
@@ -49,6 +55,7 @@ private:
     bool m_isHooked = false; ///< connected to the event loop
     std::unique_ptr<QSocketNotifier> m_readable;
     std::unique_ptr<QSocketNotifier> m_writable;
+    QTimer m_lagTimer;        ///< runs while the bus has not read everything
     QTimer m_timer;           ///< runs until the next timeout within sd-bus
     std::uint64_t m_deadline; ///< the timer's, in the monotonic clock's microseconds
 };

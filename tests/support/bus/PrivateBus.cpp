@@ -54,6 +54,12 @@ PrivateBus::~PrivateBus()
     stop();
 }
 
+QString PrivateBus::systemLimits()
+{
+    return QStringLiteral("<limit name=\"max_incoming_bytes\">133169152</limit>"
+                          "<limit name=\"max_outgoing_bytes\">133169152</limit>");
+}
+
 QString PrivateBus::address() const
 {
     return QStringLiteral("unix:path=") + socket();

@@ -20,6 +20,9 @@ public:
     PrivateBus(const PrivateBus &) = delete;
     PrivateBus &operator=(const PrivateBus &) = delete;
 
+    /// Settings: the bytes that the system bus keeps of one sender, and for one receiver.
+    static QString systemLimits();
+
     /// Stays the same when the bus is restarted.
     QString address() const;
     QString folder() const { return m_folder.path(); }

@@ -3,6 +3,7 @@
 
 #include "support/bus/BusClient.h"
 #include "support/bus/PrivateBus.h"
+#include "support/bus/SilentClient.h"
 #include "support/EventLoop.h"
 #include "support/Text.h"
 #include <bus/BusConnection.h>
@@ -85,6 +86,59 @@ TEST_F(BusConnectionTest, WaitsInLineForANameThatAnotherOwns)
     EXPECT_EQ(m_acquired.count(), 0);
     other.leave();
     EXPECT_TRUE(waitFor([&] { return m_acquired.count() == 1; }));
+}
+
+/// On a bus that keeps as much of one sender as the system bus.
+class BusConnectionStallTest : public testing::Test
+{
+protected:
+    BusConnectionStallTest()
+    {
+        m_connection.ownName("org.tavo.One"_s);
+        m_connection.open();
+        EXPECT_TRUE(waitFor([this] { return m_acquired.count() == 1; }));
+    }
+
+    /// Sends more than the bus keeps.
+    void fill(const std::string &receiver)
+    {
+        constexpr int messages = 140;
+        const QString text(1 << 20, 'x');
+        for (int i = 0; i < messages; ++i) {
+            BusWriter call(m_connection.createCall(receiver.c_str(), "/", "org.tavo.Test", "Fill"));
+            call.writeString(text);
+            call.message().send();
+        }
+    }
+
+    PrivateBus m_bus{PrivateBus::systemLimits()};
+    BusConnection m_connection{m_bus.address()};
+    QSignalSpy m_lost{&m_connection, &BusConnection::lost};
+    QSignalSpy m_acquired{&m_connection, &BusConnection::nameAcquired};
+    QSignalSpy m_taken{&m_connection, &BusConnection::nameTaken};
+};
+
+TEST_F(BusConnectionStallTest, IsMadeAgainWithItsNamesWhenItsReceiversDoNotRead)
+{
+    const SilentClient silent(m_bus.address());
+    fill(silent.name());
+    ASSERT_TRUE(waitFor([&] { return m_acquired.count() == 2; }, std::chrono::seconds(20)));
+    EXPECT_EQ(m_lost.count(), 1);
+    EXPECT_EQ(m_taken.count(), 0);
+}
+
+TEST_F(BusConnectionStallTest, StaysWhileTheBusHangs)
+{
+    const SilentClient silent(m_bus.address());
+    m_bus.pause();
+    BusWriter call(m_connection.createCall(silent.name().c_str(), "/", "org.tavo.Test", "Fill"));
+    call.writeString(QString(10 << 20, 'x'));
+    call.message().send();
+    // Long enough to take the bus for stalled.
+    EXPECT_FALSE(waitFor([this] { return m_lost.count() > 0; }, std::chrono::milliseconds(3500)));
+    m_bus.resume();
+    settle();
+    EXPECT_FALSE(waitFor([this] { return m_lost.count() > 0; }, std::chrono::milliseconds(100)));
 }
 
 TEST(BusConnectionPolicyTest, ReportsANameThatTheBusRefusesAndStaysConnected)

@@ -1,0 +1,91 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <QString>
+
+#include <systemd/sd-bus.h>
+
+#include <cstdint>
+#include <map>
+#include <stdexcept>
+#include <string>
+
+/// A client that sends calls and reads nothing until it is told to.
+class SilentClient
+{
+public:
+    explicit SilentClient(const QString &address)
+    {
+        check(sd_bus_new(&m_bus));
+        check(sd_bus_set_address(m_bus, address.toLatin1().constData()));
+        check(sd_bus_set_bus_client(m_bus, 1));
+        check(sd_bus_start(m_bus));
+        const char *name = nullptr;
+        check(sd_bus_get_unique_name(m_bus, &name));
+        m_name = name;
+    }
+    ~SilentClient() { sd_bus_close_unref(m_bus); }
+    SilentClient(const SilentClient &) = delete;
+    SilentClient &operator=(const SilentClient &) = delete;
+
+    const std::string &name() const { return m_name; }
+
+    void getValue(const char *path)
+    {
+        send("org.tavo.Model1", "GetValue",
+             [path](sd_bus_message *call) { check(sd_bus_message_append(call, "s", path)); });
+    }
+    void introspect()
+    {
+        send("org.freedesktop.DBus.Introspectable", "Introspect", [](sd_bus_message *) {});
+    }
+
+    /// Reads this many replies. Returns the number of each error; "" stands for no error.
+    std::map<std::string, int> read(int count)
+    {
+        std::map<std::string, int> errors;
+        while (count > 0) {
+            sd_bus_message *message = nullptr;
+            check(sd_bus_process(m_bus, &message));
+            if (message == nullptr) {
+                check(sd_bus_wait(m_bus, timeoutMicroseconds));
+                continue;
+            }
+            if (sd_bus_message_get_reply_cookie(message, &m_cookie) >= 0) {
+                const sd_bus_error *error = sd_bus_message_get_error(message);
+                ++errors[error == nullptr ? "" : error->name];
+                --count;
+            }
+            sd_bus_message_unref(message);
+        }
+        return errors;
+    }
+
+private:
+    static constexpr std::uint64_t timeoutMicroseconds = 20'000'000;
+
+    static void check(int result)
+    {
+        if (result < 0) {
+            throw std::runtime_error("a silent client fails: " + std::to_string(result));
+        }
+    }
+
+    template <typename Append>
+    void send(const char *interface, const char *method, Append append)
+    {
+        sd_bus_message *call = nullptr;
+        check(sd_bus_message_new_method_call(m_bus, &call, "org.tavo.Model1", "/org/tavo/Model1",
+                                             interface, method));
+        append(call);
+        check(sd_bus_send(m_bus, call, &m_cookie));
+        sd_bus_message_unref(call);
+        check(sd_bus_flush(m_bus));
+    }
+
+    sd_bus *m_bus = nullptr;
+    std::string m_name;
+    std::uint64_t m_cookie = 0;
+};
