@@ -5,12 +5,10 @@
 #include "support/Sanitized.h"
 
 #include <algorithm>
-#include <fcntl.h>
 #include <limits>
 #include <malloc.h>
 #include <memory>
 #include <optional>
-#include <unistd.h>
 
 namespace {
 using testing::HasSubstr;
@@ -81,17 +79,6 @@ TEST_F(DbusBadInputTest, WrongArgumentsAreRefused)
     expectRefusal(
         callRaw("GetValue", [](sd_bus_message *m) { return sd_bus_message_append(m, "i", 5); }),
         invalidArguments);
-}
-
-TEST_F(DbusBadInputTest, AFileDescriptorForAValueIsRefused)
-{
-    const int descriptor = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-    expectRefusal(callRaw("Call",
-                          [&](sd_bus_message *m) {
-                              return sd_bus_message_append(m, "sv", "/test/value", "h", descriptor);
-                          }),
-                  invalidArguments);
-    ::close(descriptor);
 }
 
 TEST_F(DbusBadInputTest, AHugeValueIsRefused)
