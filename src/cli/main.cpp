@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
+#include "base/Printable.h"
 #include "base/StopSignals.h"
 #include "cli/CommandLine.h"
 #include "cli/commands/Command.h"
@@ -14,10 +15,12 @@
 namespace {
 int exitWith(const CommandLineEnd &end)
 {
-    const bool isGood = end.code == ExitCode::Ok;
-    std::fprintf(isGood ? stdout : stderr, "%s", end.text.c_str());
-    if (end.text.empty() || end.text.back() != '\n') {
-        std::fputc('\n', isGood ? stdout : stderr);
+    const QString text = QString::fromStdString(end.text).trimmed();
+    if (end.code == ExitCode::Ok) {
+        std::printf("%s\n", qUtf8Printable(text));
+    } else {
+        // It repeats arguments, which a script may have from anywhere.
+        std::fprintf(stderr, "%s\n", qUtf8Printable(printable(text)));
     }
     return static_cast<int>(end.code);
 }

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
+#include "base/Printable.h"
 #include "base/StopSignals.h"
 #include "core/base/connect.h"
 #include "host/CommandLine.h"
@@ -22,7 +23,7 @@
 namespace {
 int exitWith(const ExitFailure &failure)
 {
-    std::fprintf(stderr, "%s\n", qPrintable(failure.reason));
+    std::fprintf(stderr, "%s\n", qPrintable(printable(failure.reason)));
     return static_cast<int>(failure.code);
 }
 

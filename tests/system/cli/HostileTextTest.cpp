@@ -38,6 +38,12 @@ TEST_F(CliHostileTextTest, TheNameOfAFileCannotForgeALineOfTheLog)
     }
 }
 
+TEST_F(CliHostileTextTest, AnArgumentThatIsRepeatedInAnErrorIsEscaped)
+{
+    EXPECT_EQ(run({QString::fromUtf8("\x1b[2J\u009b\u202e")}), s_usage);
+    EXPECT_THAT(m_tavo.error(), HasSubstr("there is no command \\x1b[2J\\x9b\\x202e."));
+}
+
 TEST_F(CliHostileTextTest, ALargeValueThatIsRefusedDoesNotFillTheLog)
 {
     const QByteArray value = callValue(QString(900000, 'x'));

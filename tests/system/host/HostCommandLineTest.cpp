@@ -36,6 +36,13 @@ TEST_F(HostCommandLineTest, RefusesAnUnknownOption)
     EXPECT_EQ(log(), "tavo-host: Unknown option 'bogus'.\n");
 }
 
+TEST_F(HostCommandLineTest, EscapesAnArgumentThatItReports)
+{
+    m_host.addArguments({QString::fromUtf8("\x1b[2J\u202e")});
+    EXPECT_EQ(m_host.run(), 64);
+    EXPECT_EQ(log(), "tavo-host: unexpected argument \\x1b[2J\\x202e\n");
+}
+
 TEST_F(HostCommandLineTest, RefusesAFileNameWithoutAnOption)
 {
     m_host.addArguments({"host.json"});
