@@ -7,6 +7,8 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 
+#include <string>
+
 /// Answers every request on the loopback with the same bytes. Runs in the test's event loop.
 class HttpServer
 {
@@ -42,13 +44,17 @@ public:
 
     bool hasAnswered() const { return m_answered; }
 
+    /// The last request.
+    std::string request() const { return m_request.toStdString(); }
+
 private:
     void answer()
     {
         m_connection = m_server.nextPendingConnection();
         QObject::connect(m_connection, &QTcpSocket::readyRead, m_connection,
                          [this, connection = m_connection] {
-                             if (!connection->readAll().contains("\r\n\r\n")) {
+                             m_request = connection->readAll();
+                             if (!m_request.contains("\r\n\r\n")) {
                                  return;
                              }
                              connection->write(m_once.isNull() ? m_answer : m_once);
@@ -60,6 +66,7 @@ private:
     QTcpServer m_server;
     QByteArray m_answer;
     QByteArray m_once;
+    QByteArray m_request;
     QTcpSocket *m_connection = nullptr; // owned by the server
     bool m_answered = false;
 };

@@ -19,6 +19,7 @@
 #include <unistd.h>
 
 using testing::HasSubstr;
+using testing::Not;
 
 class HttpSoundTest : public PlayerTest
 {
@@ -128,6 +129,27 @@ TEST_F(HttpSoundTest, UnpacksNoCompression)
     const long before = peakMemoryKb();
     expectError("holds no sound in a known format");
     EXPECT_LT(peakMemoryKb(), before + maxGrowthKb);
+}
+
+TEST_F(HttpSoundTest, UsesThePasswordOfAUri)
+{
+    m_server.serveOnce("HTTP/1.1 401 Unauthorized\r\nWWW-Authenticate: Basic realm=\"r\"\r\n"
+                       "Content-Length: 0\r\n\r\n");
+    m_server.serve(readFile(counting()));
+    makeSound(m_server.uri().replace("http://", "http://user:secret@"));
+    ASSERT_TRUE(m_player->play());
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(heard(), countingFloats());
+    const QByteArray login = QByteArray("user:secret").toBase64();
+    EXPECT_THAT(m_server.request(), HasSubstr("Authorization: Basic " + login.toStdString()));
+}
+
+TEST_F(HttpSoundTest, ReportsNoPasswordOfAUri)
+{
+    m_server.serveRaw("HTTP/1.1 404 Not Found\r\nContent-Length: 0\r\n\r\n");
+    makeSound(m_server.uri().replace("http://", "http://user:secret@"));
+    expectError("http://127.0.0.1:");
+    EXPECT_THAT(m_end->error(), Not(HasSubstr("secret")));
 }
 
 TEST_F(HttpSoundTest, RepeatsASoundFileWithoutFetchingItAgain)
