@@ -15,9 +15,11 @@
 #include <log4cplus/logger.h>
 #include <log4cplus/loggingmacros.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
@@ -57,6 +59,17 @@ void reportReady(const CommandLine &line, int moduleCount)
     }
 }
 
+/// Each waiting sound of a client keeps its file open, so the usual soft limit of 1024 is too low.
+void raiseDescriptorLimit()
+{
+    constexpr rlim_t enough = 65536;
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) == 0 && limit.rlim_cur < enough) {
+        limit.rlim_cur = std::min(limit.rlim_max, enough);
+        setrlimit(RLIMIT_NOFILE, &limit);
+    }
+}
+
 void on_stopSignals_received(int signal)
 {
     LOG4CPLUS_INFO(log4cplus::Logger::getInstance("Host"), "Stopping: " << strsignal(signal));
@@ -68,6 +81,7 @@ int run(const CommandLine &line, const Settings &settings,
 {
     // Writing to a client that has gone must fail, not end the host.
     std::signal(SIGPIPE, SIG_IGN);
+    raiseDescriptorLimit();
     const auto stopSignals = StopSignals::install();
     if (!stopSignals) {
         return exitWith(

@@ -3,10 +3,9 @@
 
 #include "playback/ByteInput.h"
 
-#include <QFile>
+#include "simpleplayer/OpenedSound.h"
 
 #include <cerrno>
-#include <fcntl.h>
 #include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -41,7 +40,7 @@ std::optional<Failure> ByteInput::open()
     if (m_path.isEmpty()) {
         return fail(QStringLiteral(" can't be fetched: there are no more file descriptors"));
     }
-    m_descriptor = ::open(QFile::encodeName(m_path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    m_descriptor = OpenedSound::openForReading(m_path);
     if (m_descriptor < 0) {
         return fail(QStringLiteral(" can't be opened: ") + qt_error_string(errno));
     }

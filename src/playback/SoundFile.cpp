@@ -6,13 +6,11 @@
 #include "playback/OggHeaders.h"
 #include "playback/RiffHeader.h"
 #include "playback/WakeEvent.h"
-
-#include <QFile>
+#include "simpleplayer/OpenedSound.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -117,7 +115,7 @@ std::optional<Failure> SoundFile::openBytes()
 std::optional<Failure> SoundFile::openPath()
 {
     // Non-blocking: opening a FIFO by mistake must not block the thread until it is written to.
-    m_descriptor = ::open(QFile::encodeName(m_path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    m_descriptor = OpenedSound::openForReading(m_path);
     if (m_descriptor < 0) {
         return failure(QStringLiteral("can't be opened: ") + qt_error_string(errno));
     }

@@ -3,6 +3,9 @@
 
 #include "HostTest.h"
 
+#include <algorithm>
+#include <sys/resource.h>
+
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -85,4 +88,19 @@ TEST_F(HostFailuresTest, StartsNothingWhenTheFileOfAModuleIsMissing)
     EXPECT_EQ(runWithThird(QJsonObject{{"name", "absent"}, {"library", "./absent.so"}}), 69);
     EXPECT_EQ(m_host.log(),
               m_file + ": modules[2]: there is no file " + m_host.folder() + "/absent.so\n");
+}
+
+TEST_F(HostFailuresTest, RaisesItsLimitOfFileDescriptors)
+{
+    rlimit before{};
+    getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit low{256, before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &low);
+    m_host.setConfiguration(configurationOf({scripted("one")}));
+    const bool isReady = m_host.startReady();
+    setrlimit(RLIMIT_NOFILE, &before);
+    ASSERT_TRUE(isReady) << m_host.log().toStdString();
+    rlimit raised{};
+    ASSERT_EQ(prlimit(pid_t(m_host.processId()), RLIMIT_NOFILE, nullptr, &raised), 0);
+    EXPECT_EQ(raised.rlim_cur, std::min<rlim_t>(before.rlim_max, 65536));
 }

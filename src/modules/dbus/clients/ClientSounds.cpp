@@ -64,20 +64,22 @@ CMReply<QVariant> ClientSounds::enqueue(const std::string &client, const QVarian
                     .setPriority(m_clients.limits().allowedPriority(requested.priority()))
                     .setLoop(requested.loop())
                     .setPlaybackResponsePath(requested.playbackResponsePath());
-    checkAccess(item);
-    return send(client, item, bytes);
+    const auto file = checkAccess(item);
+    return send(client, item, bytes, file);
 }
 
 CMReply<QVariant> ClientSounds::play(const std::string &client,
-                                     const TavoNotificationPlayerItem &item)
+                                     const TavoNotificationPlayerItem &item,
+                                     const std::optional<OpenedSound> &file)
 {
-    return send(client, item, std::size_t(item.content().size()));
+    return send(client, item, std::size_t(item.content().size()), file);
 }
 
 CMReply<QVariant> ClientSounds::send(const std::string &client,
-                                     const TavoNotificationPlayerItem &item, std::size_t bytes)
+                                     const TavoNotificationPlayerItem &item, std::size_t bytes,
+                                     const std::optional<OpenedSound> &file)
 {
-    const CMPath path = watch(client, item, bytes);
+    const CMPath path = watch(client, item, bytes, file);
     auto watched = item;
     CMReply<QVariant> reply = CMRoot()->invoke(
         TavoNotificationPlayerEnqueuePath(),
@@ -98,28 +100,30 @@ void ClientSounds::checkTarget(const CMPath &path)
     }
 }
 
-void ClientSounds::checkAccess(TavoNotificationPlayerItem &item) const
+std::optional<OpenedSound> ClientSounds::checkAccess(TavoNotificationPlayerItem &item) const
 {
     const bool isStream = item.type() == TavoNotificationPlayerItemType::Stream;
     const bool hasLocation = isStream || item.type() == TavoNotificationPlayerItemType::Uri;
     // The player refuses an item without a location.
     if (!hasLocation || item.content().isEmpty()) {
-        return;
+        return std::nullopt;
     }
-    item.setContent(
-        allowed(item.content(), isStream ? SoundAccess::Kind::Stream : SoundAccess::Kind::File));
+    AllowedSound sound =
+        allowed(item.content(), isStream ? SoundAccess::Kind::Stream : SoundAccess::Kind::File);
+    item.setContent(sound.location);
+    return std::move(sound.file);
 }
 
-QString ClientSounds::allowed(const QString &location, SoundAccess::Kind kind) const
+AllowedSound ClientSounds::allowed(const QString &location, SoundAccess::Kind kind) const
 {
-    const Result<QString> result = m_access.check(location, kind);
+    const Result<AllowedSound> result = m_access.check(location, kind);
     if (const auto *refusal = std::get_if<Failure>(&result)) {
         throw Refusals::soundNotAllowed(refusal->reason.toStdString());
     }
-    return std::get<QString>(result);
+    return std::get<AllowedSound>(result);
 }
 
-CMReply<QVariant> ClientSounds::playMusic(const QVariant &value) const
+CMReply<QVariant> ClientSounds::playMusic(const QVariant &value)
 {
     // A record with the source, or the source itself. Empty means the last source.
     const QString source = value.userType() == QMetaType::QVariantHash
@@ -129,11 +133,16 @@ CMReply<QVariant> ClientSounds::playMusic(const QVariant &value) const
     if (source.isEmpty()) {
         return CMRoot()->invoke(path, value, {});
     }
-    return CMRoot()->invoke(path, QVariant(allowed(source, SoundAccess::Kind::File)), {});
+    const AllowedSound music = allowed(source, SoundAccess::Kind::File);
+    CMReply<QVariant> reply = CMRoot()->invoke(path, QVariant(music.location), {});
+    reply.onFinished(this, [this, file = music.file](const CMReply<QVariant> & /*finished*/) {
+        m_music = file; // the music before it plays no longer
+    });
+    return reply;
 }
 
 CMPath ClientSounds::watch(const std::string &client, const TavoNotificationPlayerItem &item,
-                           std::size_t bytes)
+                           std::size_t bytes, const std::optional<OpenedSound> &file)
 {
     Quotas::Charge charge = m_clients.quotas().charge(
         client, {Quotas::Sounds, 1, Quotas::storedBytes(bytes), item.priority()},
@@ -141,7 +150,7 @@ CMPath ClientSounds::watch(const std::string &client, const TavoNotificationPlay
     CMPath path = soundsPath() + QString::number(++m_lastNumber);
     CMActivateNode *node = CMActivateNode::create(m_nodes, path);
     m_sounds.emplace(path, Sound{std::move(charge), item.id(), endsWithItsClient(item),
-                                 item.playbackResponsePath(), node});
+                                 item.playbackResponsePath(), file, node});
     node->setInvoke(this, &ClientSounds::on_sound_responded, Qt::QueuedConnection);
     return path;
 }

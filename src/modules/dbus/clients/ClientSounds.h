@@ -11,6 +11,7 @@
 #include <QObject>
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <unordered_map>
 
@@ -36,12 +37,13 @@ public:
     /// too many, and BusError::accessDenied() for a sound or a response path that is not allowed.
     CMReply<QVariant> enqueue(const std::string &client, const QVariant &value, std::size_t bytes);
 
-    /// Enqueues the sound of a client's notification, which has been checked. Throws
-    /// BusError::limitExceeded() as enqueue() does.
-    CMReply<QVariant> play(const std::string &client, const TavoNotificationPlayerItem &item);
+    /// Enqueues the sound of a client's notification, which has been checked, with the file of the
+    /// check. Throws BusError::limitExceeded() as enqueue() does.
+    CMReply<QVariant> play(const std::string &client, const TavoNotificationPlayerItem &item,
+                           const std::optional<OpenedSound> &file);
 
     /// Passes on a client's request to play music. Throws BusError::accessDenied() as enqueue() does.
-    CMReply<QVariant> playMusic(const QVariant &value) const;
+    CMReply<QVariant> playMusic(const QVariant &value);
 
     /// Throws BusError::accessDenied() for a path where only the player reports. A client that could
     /// report there could have a playing sound forgotten.
@@ -58,21 +60,23 @@ private:
         Quotas::Charge charge;
         QString id;
         bool endsWithClient;
-        CMPath target;        ///< where the client wants its responses; may be empty
-        CMActivateNode *node; ///< receives the responses; owned by the node set
+        CMPath target;                   ///< where the client wants its responses; may be empty
+        std::optional<OpenedSound> file; ///< what the player plays
+        CMActivateNode *node;            ///< receives the responses; owned by the node set
     };
 
     CMReply<QVariant> send(const std::string &client, const TavoNotificationPlayerItem &item,
-                           std::size_t bytes);
-    void checkAccess(TavoNotificationPlayerItem &item) const;
-    QString allowed(const QString &location, SoundAccess::Kind kind) const;
+                           std::size_t bytes, const std::optional<OpenedSound> &file);
+    std::optional<OpenedSound> checkAccess(TavoNotificationPlayerItem &item) const;
+    AllowedSound allowed(const QString &location, SoundAccess::Kind kind) const;
     CMPath watch(const std::string &client, const TavoNotificationPlayerItem &item,
-                 std::size_t bytes);
+                 std::size_t bytes, const std::optional<OpenedSound> &file);
     void forget(const CMPath &path);
 
     Clients &m_clients;
     const SoundAccess m_access;
     CMNodes *m_nodes;
     std::unordered_map<CMPath, Sound, PathHash> m_sounds; ///< by their nodes
+    std::optional<OpenedSound> m_music; ///< what clients last had played, which may be played again
     quint64 m_lastNumber = 0;
 };

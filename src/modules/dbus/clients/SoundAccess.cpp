@@ -6,11 +6,9 @@
 #include "base/SoundLocation.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
-#include <sys/stat.h>
 
 namespace {
 const QString fileScheme = QStringLiteral("file");
@@ -22,13 +20,9 @@ Failure refusal(const QString &location, const QString &reason)
     return {QStringLiteral("\"%1\" %2").arg(location.left(maxSize).simplified(), reason)};
 }
 
-bool isOfKind(const QString &path, SoundAccess::Kind kind)
+bool isOfKind(const OpenedSound &file, SoundAccess::Kind kind)
 {
-    struct stat status;
-    if (stat(QFile::encodeName(path).constData(), &status) != 0) {
-        return false;
-    }
-    return kind == SoundAccess::Kind::Stream ? S_ISFIFO(status.st_mode) : S_ISREG(status.st_mode);
+    return kind == SoundAccess::Kind::Stream ? file.isFifo() : file.isRegularFile();
 }
 
 bool isBelow(const QString &path, const QString &folder)
@@ -46,7 +40,7 @@ SoundAccess::SoundAccess(QStringList schemes, const QStringList &folders)
     }
 }
 
-Result<QString> SoundAccess::check(const QString &location, Kind kind) const
+Result<AllowedSound> SoundAccess::check(const QString &location, Kind kind) const
 {
     const Result<SoundLocation> parsed = parseSoundLocation(location);
     if (const auto *failure = std::get_if<Failure>(&parsed)) {
@@ -57,7 +51,7 @@ Result<QString> SoundAccess::check(const QString &location, Kind kind) const
         if (!m_schemes.contains(url.scheme())) {
             return refusal(location, QStringLiteral("has a scheme that is not allowed"));
         }
-        return location;
+        return AllowedSound{location, {}};
     }
     if (!path.startsWith('/')) {
         return refusal(location, QStringLiteral("is neither an absolute path nor a URI"));
@@ -65,8 +59,8 @@ Result<QString> SoundAccess::check(const QString &location, Kind kind) const
     return checkPath(location, path, kind);
 }
 
-Result<QString> SoundAccess::checkPath(const QString &location, const QString &path,
-                                       Kind kind) const
+Result<AllowedSound> SoundAccess::checkPath(const QString &location, const QString &path,
+                                            Kind kind) const
 {
     if (!m_schemes.contains(fileScheme)) {
         return refusal(location, QStringLiteral("has a scheme that is not allowed"));
@@ -75,11 +69,13 @@ Result<QString> SoundAccess::checkPath(const QString &location, const QString &p
     const bool isAllowed =
         std::any_of(m_folders.begin(), m_folders.end(),
                     [&](const QString &folder) { return isBelow(canonical, folder); });
-    // One reason for both cases: a client must not learn what is in other folders.
-    if (!isAllowed || !isOfKind(canonical, kind)) {
+    // If a folder becomes a link between these two lines, the path can't be opened any more.
+    const auto file = isAllowed ? OpenedSound::open(canonical) : std::nullopt;
+    // One reason for all cases: a client must not learn what is in other folders.
+    if (!file || !isOfKind(*file, kind)) {
         return refusal(location, kind == Kind::Stream
                                      ? QStringLiteral("is not a FIFO in an allowed folder")
                                      : QStringLiteral("is not a file in an allowed folder"));
     }
-    return canonical;
+    return AllowedSound{canonical, file};
 }

@@ -4,9 +4,19 @@
 #pragma once
 
 #include <base/Result.h>
+#include <simpleplayer/OpenedSound.h>
 
 #include <QString>
 #include <QStringList>
+
+#include <optional>
+
+/// A sound that a client may play. It must be kept until the sound has ended.
+struct AllowedSound
+{
+    QString location;                ///< a URL, or the path of a file without links
+    std::optional<OpenedSound> file; ///< what was checked, and what players play; empty for a URL
+};
 
 /// Which sounds clients may play: by the scheme of a URI and, for files, by the folder. A value, used
 /// from any thread.
@@ -20,12 +30,11 @@ public:
     /// any file, not only a sound.
     enum class Kind { File, Stream };
 
-    /// The location to play for a URI or an absolute path, or the reason why it is not allowed. For a
-    /// file it is the path without links, so that what was checked is what is played.
-    Result<QString> check(const QString &location, Kind kind = Kind::File) const;
+    /// Checks a URI or an absolute path. Returns what to play, or the reason why it is not allowed.
+    Result<AllowedSound> check(const QString &location, Kind kind = Kind::File) const;
 
 private:
-    Result<QString> checkPath(const QString &location, const QString &path, Kind kind) const;
+    Result<AllowedSound> checkPath(const QString &location, const QString &path, Kind kind) const;
 
     const QStringList m_schemes;
     QStringList m_folders; ///< without links

@@ -25,8 +25,9 @@ void NotificationSounds::play(const std::string &client, quint32 id, const QStri
 {
     stop(id);
     // A client may choose any sound of the theme, wherever its file is.
-    const QString location = file.isEmpty() ? m_theme.find(event) : allowedFile(file);
-    if (location.isEmpty()) {
+    const AllowedSound found =
+        file.isEmpty() ? AllowedSound{m_theme.find(event), {}} : allowedFile(file);
+    if (found.location.isEmpty()) {
         return;
     }
     // Random, so that no client can take the id before or cancel the sound. Not tavoGenerateUuid(), whose
@@ -34,21 +35,23 @@ void NotificationSounds::play(const std::string &client, quint32 id, const QStri
     const QString sound =
         QStringLiteral("dbus-notification-") + QUuid::createUuid().toString(QUuid::WithoutBraces);
     m_sounds.insert(id, sound);
-    enqueue(client, TavoNotificationPlayerItem()
-                        .setId(sound)
-                        .setContent(location)
-                        .setType(TavoNotificationPlayerItemType::Uri)
-                        .setPriority(priority));
+    enqueue(client,
+            TavoNotificationPlayerItem()
+                .setId(sound)
+                .setContent(found.location)
+                .setType(TavoNotificationPlayerItemType::Uri)
+                .setPriority(priority),
+            found.file);
 }
 
-QString NotificationSounds::allowedFile(const QString &file)
+AllowedSound NotificationSounds::allowedFile(const QString &file)
 {
-    const Result<QString> result = m_clientSounds.access().check(file);
+    const Result<AllowedSound> result = m_clientSounds.access().check(file);
     if (const auto *refusal = std::get_if<Failure>(&result)) {
         logOnce(refusal->reason);
         return {};
     }
-    return std::get<QString>(result);
+    return std::get<AllowedSound>(result);
 }
 
 void NotificationSounds::logOnce(const QString &refusal)
@@ -59,10 +62,11 @@ void NotificationSounds::logOnce(const QString &refusal)
     }
 }
 
-void NotificationSounds::enqueue(const std::string &client, const TavoNotificationPlayerItem &item)
+void NotificationSounds::enqueue(const std::string &client, const TavoNotificationPlayerItem &item,
+                                 const std::optional<OpenedSound> &file)
 {
     try {
-        m_clientSounds.play(client, item)
+        m_clientSounds.play(client, item, file)
             .onFinished(this, [sound = item.id()](const CMReply<QVariant> &reply) {
                 if (reply.error().isError()) {
                     LOG4CPLUS_WARN(logger, "The sound " << sound << " is not played: "

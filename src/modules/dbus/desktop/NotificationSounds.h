@@ -11,6 +11,7 @@
 #include <QObject>
 #include <QSet>
 
+#include <optional>
 #include <string>
 
 /// The sounds of desktop notifications, at most one for each.
@@ -36,8 +37,9 @@ public:
     void release(quint32 id) { m_sounds.remove(id); }
 
 private:
-    QString allowedFile(const QString &file);
-    void enqueue(const std::string &client, const TavoNotificationPlayerItem &item);
+    AllowedSound allowedFile(const QString &file);
+    void enqueue(const std::string &client, const TavoNotificationPlayerItem &item,
+                 const std::optional<OpenedSound> &file);
     void logOnce(const QString &refusal);
 
     ClientSounds &m_clientSounds;

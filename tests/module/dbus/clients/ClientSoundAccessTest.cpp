@@ -2,12 +2,22 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "module/dbus/ModelTest.h"
+#include "support/sound/ScriptedDevices.h"
+#include "support/sound/SoundFiles.h"
+#include <simpleplayer/OpenedSound.h>
+#include <simpleplayer/UriSimplePlayer.h>
 
 #include <QDir>
 #include <QFile>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 
+#include <sndfile.h>
+
+#include <atomic>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <thread>
 
 namespace {
 using testing::ElementsAre;
@@ -20,13 +30,27 @@ class SoundPlaces
 public:
     SoundPlaces()
     {
-        for (const QString &name : {"allowed"_s, "secret"_s}) {
+        for (const QString &name : {"allowed"_s, "allowed/folder"_s, "secret"_s}) {
             QDir(m_folder.path()).mkdir(name);
-            QFile file(path(name + "/sound.wav"_s));
-            EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+            writeSound(path(name + "/sound.wav"_s), SF_FORMAT_WAV | SF_FORMAT_PCM_16, rate,
+                       name == "secret"_s ? secretSamples() : allowedSamples());
         }
+        QFile::link(path("secret"_s), path("link"_s));
         EXPECT_EQ(mkfifo(QFile::encodeName(path("allowed/pipe"_s)).constData(), 0600), 0);
     }
+
+    /// Puts a link to the other folder in the place of allowed/folder, or back.
+    void swap() const
+    {
+        EXPECT_EQ(renameat2(AT_FDCWD, QFile::encodeName(path("allowed/folder"_s)).constData(),
+                            AT_FDCWD, QFile::encodeName(path("link"_s)).constData(),
+                            RENAME_EXCHANGE),
+                  0);
+    }
+
+    static constexpr int rate = 48000;
+    static std::vector<short> allowedSamples() { return countingSamples(2000); }
+    static std::vector<short> secretSamples() { return std::vector<short>(2000, 77); }
 
     QString path(const QString &name) const
     {
@@ -49,11 +73,42 @@ protected:
                            const TavoNotificationPlayerItem item =
                                TavoValue(request.value().toHash()).notificationPlayerItem();
                            played.push_back(item.content());
+                           m_responsePath = item.playbackResponsePath();
                            request.reply().setValue({});
                        });
     }
 
     using SoundPlaces::path;
+    using SoundPlaces::allowedSamples;
+    using SoundPlaces::swap;
+
+    /// Plays a sound that the module has passed on, as the notifications module does.
+    std::vector<float> heardOf(const QString &content)
+    {
+        m_devices.forget();
+        UriSimplePlayer player(content, "id"_s, "plain"_s, nullptr);
+        QSignalSpy ended(&player, &SimplePlayer::playbackEnded);
+        EXPECT_TRUE(player.play());
+        EXPECT_TRUE(waitFor([&] { return !ended.isEmpty(); }));
+        std::vector<float> samples = m_devices.heard();
+        samples.resize(std::min(samples.size(), allowedSamples().size()));
+        return samples;
+    }
+
+    /// Has the player report the end of the last sound.
+    void endLast()
+    {
+        CMRoot()->invoke(m_responsePath,
+                         TavoValue().setNotificationPlayerResponse(
+                             TavoNotificationPlayerResponse().setId("id"_s).setType(
+                                 TavoNotificationPlayerResponseType::Finished)),
+                         {});
+    }
+
+    static int descriptors()
+    {
+        return int(QDir("/proc/self/fd").entryList(QDir::Files | QDir::System).size());
+    }
 
     std::string errorFor(Type::Enum type, const QString &content)
     {
@@ -67,6 +122,8 @@ protected:
 
     const std::string denied = "org.freedesktop.DBus.Error.AccessDenied";
     std::vector<QString> played;
+    CMPath m_responsePath;
+    ScriptedDevices &m_devices = ScriptedDevices::instance();
 };
 
 TEST_F(DbusClientSoundAccessTest, AllowsFilesInAllowedFolders)
@@ -92,6 +149,51 @@ TEST_F(DbusClientSoundAccessTest, RefusesAllOtherLocations)
         EXPECT_EQ(errorFor(type, "sound.wav"_s), denied);
     }
     EXPECT_THAT(played, IsEmpty());
+}
+
+TEST_F(DbusClientSoundAccessTest, PlaysWhatWasCheckedEvenIfItsFolderIsSwapped)
+{
+    const QString file = path("allowed/folder/sound.wav"_s);
+    ASSERT_EQ(errorFor(Type::Uri, file), "");
+    ASSERT_THAT(played, ElementsAre(file));
+    swap();
+    EXPECT_EQ(heardOf(file), asFloats(allowedSamples()));
+    EXPECT_EQ(errorFor(Type::Uri, file), denied);
+    swap();
+}
+
+TEST_F(DbusClientSoundAccessTest, AllowsNoOtherFolderWhileItsFolderIsSwapped)
+{
+    const QString file = path("allowed/folder/sound.wav"_s);
+    const QByteArray allowed = readFile(file);
+    std::atomic<bool> goesOn{true};
+    std::thread attacker([&] {
+        while (goesOn) {
+            swap();
+        }
+    });
+    constexpr int attempts = 300;
+    for (int i = 0; i < attempts; ++i) {
+        if (errorFor(Type::Uri, file).empty()) {
+            QFile played;
+            EXPECT_TRUE(played.open(OpenedSound::openForReading(file), QIODevice::ReadOnly,
+                                    QFileDevice::AutoCloseHandle));
+            EXPECT_EQ(played.readAll(), allowed);
+            endLast();
+        }
+    }
+    goesOn = false;
+    attacker.join();
+}
+
+TEST_F(DbusClientSoundAccessTest, KeepsASoundOpenUntilItsEnd)
+{
+    const QString file = path("allowed/sound.wav"_s);
+    const int before = descriptors();
+    ASSERT_EQ(errorFor(Type::Uri, file), "");
+    EXPECT_EQ(descriptors(), before + 1);
+    endLast();
+    EXPECT_TRUE(waitFor([&] { return descriptors() == before; }));
 }
 
 TEST_F(DbusClientSoundAccessTest, AllowsSoundsWithoutALocation)

@@ -42,14 +42,14 @@ protected:
     SoundAccess access() const { return {{"file"_s}, {path("allowed"_s)}}; }
 
     /// Empty when the sound is refused.
-    static QString locationIn(const Result<QString> &result)
+    static QString locationIn(const Result<AllowedSound> &result)
     {
-        const auto *location = std::get_if<QString>(&result);
-        return location != nullptr ? *location : QString();
+        const auto *sound = std::get_if<AllowedSound>(&result);
+        return sound != nullptr ? sound->location : QString();
     }
     QString refusalOf(const QString &location) const
     {
-        const Result<QString> result = access().check(location);
+        const Result<AllowedSound> result = access().check(location);
         const auto *refusal = std::get_if<Failure>(&result);
         return refusal != nullptr ? refusal->reason : QString();
     }

@@ -1,0 +1,39 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "simpleplayer/export.h"
+
+#include <QString>
+
+#include <memory>
+#include <optional>
+
+/// A file or a FIFO that was opened ahead of its player. While one exists, the players of this
+/// process play this very file for its path, wherever the path leads by then: nobody can put another
+/// file in its place between a check and the playing.
+///
+/// A value; copies refer to the same file. Used from any thread.
+class TAVO_SIMPLEPLAYER_EXPORT OpenedSound
+{
+public:
+    /// Opens an absolute path. Returns nothing if there is no such file, or if a part of the path is
+    /// a link: a path without links leads to where it says. Nothing is read, and the writer of a FIFO
+    /// goes on waiting for a reader.
+    static std::optional<OpenedSound> open(const QString &path);
+
+    bool isRegularFile() const;
+    bool isFifo() const;
+
+    /// For players: opens the file that was last opened for the path, or else the path, for reading
+    /// and without waiting for a FIFO's writer. Returns a descriptor, or -1 and sets errno.
+    static int openForReading(const QString &path);
+
+private:
+    class File;
+
+    explicit OpenedSound(std::shared_ptr<const File> file);
+
+    std::shared_ptr<const File> m_file;
+};

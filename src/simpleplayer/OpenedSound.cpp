@@ -1,0 +1,166 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "simpleplayer/OpenedSound.h"
+
+#include <QFile>
+#include <QMultiHash>
+
+#include <algorithm>
+#include <fcntl.h>
+#include <mutex>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+/// Entered in the table of its process for as long as it lives.
+class OpenedSound::File
+{
+public:
+    File(QString path, int descriptor, const struct stat &status)
+        : m_path(std::move(path))
+        , m_descriptor(descriptor)
+        , m_status(status)
+    {
+    }
+    ~File();
+    File(const File &) = delete;
+    File &operator=(const File &) = delete;
+
+    static std::shared_ptr<const File> entered(std::shared_ptr<const File> file);
+
+    /// The file last entered for a path; null if there is none.
+    static std::shared_ptr<const File> find(const QString &path);
+
+    mode_t mode() const { return m_status.st_mode; }
+    int openForReading() const;
+
+private:
+    using Table = QMultiHash<QString, std::weak_ptr<const File>>;
+
+    static Table &table();
+    static std::mutex &mutex();
+
+    bool isSameAs(const File &other) const
+    {
+        return m_status.st_dev == other.m_status.st_dev && m_status.st_ino == other.m_status.st_ino;
+    }
+
+    const QString m_path;
+    const int m_descriptor;
+    const struct stat m_status;
+};
+
+namespace {
+constexpr int readingFlags = O_RDONLY | O_NONBLOCK | O_CLOEXEC;
+
+/// Opens a file without reading it, -1 on failure. A link on the way is not followed.
+int openWithoutLinks(const QString &path)
+{
+    constexpr int flags = O_PATH | O_NOFOLLOW | O_CLOEXEC;
+    int descriptor = ::open("/", flags);
+    for (const QByteArray &name : QFile::encodeName(path).split('/')) {
+        if (name.isEmpty() || descriptor < 0) {
+            continue;
+        }
+        const int folder = std::exchange(descriptor, ::openat(descriptor, name.constData(), flags));
+        ::close(folder);
+    }
+    return descriptor;
+}
+} // namespace
+
+OpenedSound::File::~File()
+{
+    ::close(m_descriptor);
+    const std::lock_guard lock(mutex());
+    for (auto entry = table().find(m_path); entry != table().end() && entry.key() == m_path;) {
+        entry = entry->expired() ? table().erase(entry) : std::next(entry);
+    }
+}
+
+OpenedSound::File::Table &OpenedSound::File::table()
+{
+    static Table s_table;
+    return s_table;
+}
+
+std::mutex &OpenedSound::File::mutex()
+{
+    static std::mutex s_mutex;
+    return s_mutex;
+}
+
+// Many may wait for the same sound, so they share its descriptor.
+std::shared_ptr<const OpenedSound::File>
+OpenedSound::File::entered(std::shared_ptr<const File> file)
+{
+    if (auto last = find(file->m_path); last != nullptr && last->isSameAs(*file)) {
+        return last;
+    }
+    const std::lock_guard lock(mutex());
+    table().insert(file->m_path, file);
+    return file;
+}
+
+std::shared_ptr<const OpenedSound::File> OpenedSound::File::find(const QString &path)
+{
+    QList<std::weak_ptr<const File>> entries;
+    {
+        const std::lock_guard lock(mutex());
+        entries = table().values(path); // the last one first
+    }
+    // Outside the lock, since this may be the last reference to one of them.
+    for (const auto &entry : entries) {
+        if (auto file = entry.lock()) {
+            return file;
+        }
+    }
+    return nullptr;
+}
+
+int OpenedSound::File::openForReading() const
+{
+    const QByteArray link = "/proc/self/fd/" + QByteArray::number(m_descriptor);
+    return ::open(link.constData(), readingFlags);
+}
+
+OpenedSound::OpenedSound(std::shared_ptr<const File> file)
+    : m_file(std::move(file))
+{
+}
+
+std::optional<OpenedSound> OpenedSound::open(const QString &path)
+{
+    const int descriptor = openWithoutLinks(path);
+    if (descriptor < 0) {
+        return std::nullopt;
+    }
+    struct stat status
+    {
+    };
+    fstat(descriptor, &status);
+    auto file = std::make_shared<const File>(path, descriptor, status);
+    if (S_ISLNK(file->mode())) {
+        return std::nullopt;
+    }
+    return OpenedSound(File::entered(std::move(file)));
+}
+
+bool OpenedSound::isRegularFile() const
+{
+    return S_ISREG(m_file->mode());
+}
+
+bool OpenedSound::isFifo() const
+{
+    return S_ISFIFO(m_file->mode());
+}
+
+int OpenedSound::openForReading(const QString &path)
+{
+    if (const auto file = File::find(path)) {
+        return file->openForReading();
+    }
+    return ::open(QFile::encodeName(path).constData(), readingFlags);
+}

@@ -1,0 +1,135 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+// Files that are opened before they are played.
+
+#include "PlayerTest.h"
+#include <simpleplayer/OpenedSound.h>
+#include <simpleplayer/StreamSimplePlayer.h>
+#include <simpleplayer/UriSimplePlayer.h>
+
+#include <QDir>
+#include <QFile>
+
+#include <gmock/gmock.h>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+class OpenedSoundTest : public PlayerTest
+{
+protected:
+    OpenedSoundTest()
+    {
+        EXPECT_TRUE(QDir(m_folder.path()).mkdir("folder"));
+        QFile::rename(counting(), file());
+    }
+
+    QString file() const { return m_folder.filePath("folder/sound.wav"); }
+
+    /// Replaces the file by another sound.
+    void replace(int frames = 100) const
+    {
+        QFile::remove(file());
+        writeSound(file(), wav, rate, std::vector<short>(std::size_t(frames), 77));
+    }
+
+    std::vector<float> played()
+    {
+        m_devices.forget();
+        UriSimplePlayer player(file(), QStringLiteral("id"), QStringLiteral("plain"), nullptr);
+        EndSpy end(player);
+        EXPECT_TRUE(player.play());
+        EXPECT_TRUE(end.hasEndedOnce());
+        EXPECT_EQ(end.ended.count(), 1) << end.error();
+        return heard();
+    }
+
+    static int descriptors()
+    {
+        return int(QDir("/proc/self/fd").entryList(QDir::Files | QDir::System).size());
+    }
+};
+
+TEST_F(OpenedSoundTest, IsPlayedEvenIfItsFileIsReplaced)
+{
+    const auto opened = OpenedSound::open(file());
+    ASSERT_TRUE(opened && opened->isRegularFile());
+    replace();
+    EXPECT_EQ(played(), countingFloats());
+}
+
+TEST_F(OpenedSoundTest, IsPlayedEvenIfItsFileIsDeleted)
+{
+    const auto opened = OpenedSound::open(file());
+    QFile::remove(file());
+    EXPECT_EQ(played(), countingFloats());
+}
+
+TEST_F(OpenedSoundTest, CountsNoLongerOnceItIsDestroyed)
+{
+    {
+        const auto opened = OpenedSound::open(file());
+        replace();
+    }
+    EXPECT_EQ(played().size(), 100U);
+}
+
+TEST_F(OpenedSoundTest, GivesWayToTheFileOpenedLast)
+{
+    const auto first = OpenedSound::open(file());
+    replace(100);
+    auto second = OpenedSound::open(file());
+    replace(200);
+    EXPECT_EQ(played().size(), 100U);
+    second.reset();
+    EXPECT_EQ(played(), countingFloats());
+}
+
+TEST_F(OpenedSoundTest, SharesOneDescriptorForOneFile)
+{
+    const int before = descriptors();
+    std::vector<std::optional<OpenedSound>> many;
+    for (int i = 0; i < 100; ++i) {
+        many.push_back(OpenedSound::open(file()));
+    }
+    EXPECT_EQ(descriptors(), before + 1);
+    many.clear();
+    EXPECT_EQ(descriptors(), before);
+}
+
+TEST_F(OpenedSoundTest, IsNotOpenedThroughALink)
+{
+    ASSERT_TRUE(QFile::link(file(), path("link.wav")));
+    ASSERT_TRUE(QFile::link(path("folder"), path("linked")));
+    EXPECT_FALSE(OpenedSound::open(path("link.wav")));
+    EXPECT_FALSE(OpenedSound::open(path("linked/sound.wav")));
+    EXPECT_FALSE(OpenedSound::open(path("missing.wav")));
+    EXPECT_FALSE(OpenedSound::open(file() + "/below"));
+}
+
+TEST_F(OpenedSoundTest, OfAFifoDoesNotCountAsItsReader)
+{
+    const QByteArray fifo = QFile::encodeName(path("fifo"));
+    ASSERT_EQ(mkfifo(fifo.constData(), 0600), 0);
+    const auto opened = OpenedSound::open(path("fifo"));
+    ASSERT_TRUE(opened && opened->isFifo());
+    EXPECT_EQ(::open(fifo.constData(), O_WRONLY | O_NONBLOCK | O_CLOEXEC), -1);
+    EXPECT_EQ(errno, ENXIO);
+}
+
+TEST_F(OpenedSoundTest, OfAFifoIsPlayedEvenIfItIsMoved)
+{
+    const QByteArray fifo = QFile::encodeName(path("fifo"));
+    ASSERT_EQ(mkfifo(fifo.constData(), 0600), 0);
+    const auto opened = OpenedSound::open(path("fifo"));
+    ASSERT_TRUE(QFile::rename(path("fifo"), path("moved")));
+    StreamSimplePlayer player(path("fifo"), QStringLiteral("audio/x-raw;format=S16LE;rate=48000"),
+                              QStringLiteral("id"), QStringLiteral("plain"), nullptr);
+    EndSpy end(player);
+    ASSERT_TRUE(player.play());
+    writeFile(path("moved"), QByteArray(2000, '\1'));
+    ASSERT_TRUE(end.hasEndedOnce());
+    EXPECT_EQ(heard().size(), 1000U);
+}
