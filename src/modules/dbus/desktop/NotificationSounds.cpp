@@ -10,6 +10,9 @@
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 
+/// As of a path, in characters.
+constexpr int maxLocationLength = 4096;
+
 /// How many different refusals are logged, so that a client can't fill the log.
 constexpr int maxLoggedRefusals = 100;
 } // namespace
@@ -46,6 +49,10 @@ void NotificationSounds::play(const std::string &client, quint32 id, const QStri
 
 AllowedSound NotificationSounds::allowedFile(const QString &file)
 {
+    if (file.size() > maxLocationLength) {
+        logOnce(QStringLiteral("Its location is too long"));
+        return {};
+    }
     const Result<AllowedSound> result = m_clientSounds.access().check(file);
     if (const auto *refusal = std::get_if<Failure>(&result)) {
         logOnce(refusal->reason);

@@ -81,7 +81,7 @@ void NotificationsInterface::notify(const BusMessage &call)
     quint32 id = request.replacedId;
     const auto charged = m_charges.find(id);
     if (charged != m_charges.end() && charged->second.client() == call.sender()) {
-        m_clients.quotas().change(charged->second, Quotas::storedBytes(request.bytes),
+        m_clients.quotas().change(charged->second, Quotas::storedBytes(request.size),
                                   request.notification.priority);
         m_notifications.replace(id, request.notification);
     } else {
@@ -117,7 +117,7 @@ Quotas::Charge NotificationsInterface::chargeFor(const std::string &client,
 {
     return m_clients.quotas().charge(
         client,
-        {Quotas::OpenNotifications, 1, Quotas::storedBytes(request.bytes),
+        {Quotas::OpenNotifications, 1, Quotas::storedBytes(request.size),
          request.notification.priority},
         [this, id] { m_notifications.close(*id, OpenNotifications::Reason::Undefined); });
 }

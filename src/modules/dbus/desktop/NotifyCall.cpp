@@ -52,6 +52,27 @@ int timeoutFor(const NotifyCall &call, qint32 requested, const NotifyCall::Timeo
     const bool isCritical = call.notification.priority >= TavoNotificationItemPriority::Urgent;
     return isCritical ? timeouts.critical : timeouts.normal;
 }
+/// An action is a node and a row. Its key is in their path, too, with up to three characters for each byte.
+std::size_t sizeOf(const DesktopNotification::Action &action)
+{
+    constexpr int nodeSize = 640;
+    constexpr int keyFactor = 5;
+    return std::size_t(nodeSize + keyFactor * action.key.toUtf8().size() + action.label.size());
+}
+
+std::size_t sizeOf(const DesktopNotification &notification)
+{
+    std::size_t size = 0;
+    for (const QString &text :
+         {notification.title, notification.text, notification.application, notification.icon,
+          notification.category, notification.desktopEntry}) {
+        size += std::size_t(text.size());
+    }
+    for (const DesktopNotification::Action &action : notification.actions) {
+        size += sizeOf(action);
+    }
+    return size;
+}
 } // namespace
 
 NotifyCall NotifyCall::read(const BusMessage &call, const Timeouts &timeouts,
@@ -76,6 +97,6 @@ NotifyCall NotifyCall::read(const BusMessage &call, const Timeouts &timeouts,
         notification.icon = icon;
     }
     notification.timeout = timeoutFor(result, reader.readInt32(), timeouts);
-    result.bytes = reader.bytesRead();
+    result.size = sizeOf(notification);
     return result;
 }

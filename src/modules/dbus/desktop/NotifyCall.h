@@ -33,9 +33,9 @@ struct NotifyCall
     bool hasBadActions = false;
 
     bool isSilent = false;
-    std::size_t bytes = 0; ///< of the texts and hints, as BusReader counts them
-    QString soundFile;     ///< a path or a URI
-    QString soundName;     ///< an event of the sound theme
+    std::size_t size = 0; ///< of what is stored, as Quotas::storedBytes() takes it
+    QString soundFile;    ///< a path or a URI
+    QString soundName;    ///< an event of the sound theme
 
     /// Throws BusError::limitExceeded() for texts and hints that are too large, and
     /// BusError::invalidArguments() for arguments of other types.

@@ -12,6 +12,9 @@ const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 /// display is known from the display's changes, which arrive with some delay.
 constexpr int expirySlackMs = 500;
 
+/// Tokens are sent on to the client, whose unread messages are limited.
+constexpr int maxTokenLength = 1000;
+
 void askDisplayToClose(const CMPath &path)
 {
     // The reply is ignored: if the notification has gone already, there is nothing to close.
@@ -255,9 +258,11 @@ void OpenNotifications::on_action_activated(const CMSetDataRequest &request)
         return;
     }
     const QVariant value = request.value();
-    const QString token = value.userType() == QMetaType::QString
-                              ? value.toString()
-                              : TavoValue(value.toHash()).string_();
+    QString token = value.userType() == QMetaType::QString ? value.toString()
+                                                           : TavoValue(value.toHash()).string_();
+    if (token.size() > maxTokenLength) {
+        token.clear();
+    }
     request.reply().setValue(QVariant());
     const bool isResident = entry->isResident;
     Q_EMIT actionInvoked(id, *key, token);

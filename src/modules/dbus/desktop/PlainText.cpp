@@ -56,6 +56,15 @@ struct IsPlain
     }
 };
 
+/// At most so many characters of a text, and no half of a surrogate pair: nothing with one could be sent.
+QString beginning(const QString &text, int maxLength)
+{
+    if (text.size() <= maxLength) {
+        return text;
+    }
+    return text.left(text.at(maxLength - 1).isHighSurrogate() ? maxLength - 1 : maxLength);
+}
+
 /// Reads markup from its start to its end.
 class Reader
 {
@@ -236,14 +245,16 @@ private:
 };
 } // namespace
 
-QString plainText(const QString &markup)
+QString plainText(const QString &whole)
 {
+    const QString markup = beginning(whole, maxTextLength);
     const bool isText = std::all_of(markup.begin(), markup.end(), IsPlain());
     return isText ? markup : Reader(QStringRef(&markup), Reader::Tags::Remove).read();
 }
 
-QString plainLine(const QString &text)
+QString plainLine(const QString &whole)
 {
+    const QString text = beginning(whole, maxLineLength);
     const auto isKept = [](QChar character) { return !isUnsafeToPrint(character.unicode()); };
     if (std::all_of(text.begin(), text.end(), isKept)) {
         return text;

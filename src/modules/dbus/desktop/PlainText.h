@@ -5,6 +5,10 @@
 
 #include <QString>
 
+/// In UTF-16 code units. Nobody reads more, and many texts may be stored.
+constexpr int maxTextLength = 65536;
+constexpr int maxLineLength = 1000;
+
 /// Removes the markup of desktop notifications from a text.
 ///
 /// Known tags are removed; <br> and <p> leave line breaks, an <img> its alternative text. What is not
@@ -14,9 +18,9 @@
 /// unsafe to print are dropped, except tabs. The result must be shown as plain text: it may look like
 /// markup.
 ///
-/// The time grows linearly with the text's length.
+/// The time grows linearly with the text's length. What comes after maxTextLength is not read.
 QString plainText(const QString &markup);
 
 /// A text without markup as one line: line breaks and tabs become spaces, other characters that are
-/// unsafe to print are dropped.
+/// unsafe to print are dropped. What comes after maxLineLength is not read.
 QString plainLine(const QString &text);

@@ -30,10 +30,34 @@ TEST_F(BadInputTest, BrokenMarkupIsReadAsText)
     EXPECT_EQ(rowOf(1).title().toString(), "a & <a href=\"b> \uFFFD </"_s);
 }
 
-TEST_F(BadInputTest, ABodyOfAMebibyteIsShown)
+TEST_F(BadInputTest, TextsThatNobodyReadsToTheirEndsAreCut)
 {
-    EXPECT_EQ(python("print(Notify(body='<p>' * 10 + 'x' * (1 << 20)))"_s), "1"_s);
-    EXPECT_EQ(rowOf(1).title().toString().size(), 1 << 20);
+    EXPECT_EQ(python(R"(
+print(Notify(body='<p>' * 10 + 'x' * (1 << 20)))
+print(Notify(body='x' + '\U0001F600' * 40000))
+print(Notify(summary='x' + '\U0001F600' * 10000))
+)"_s),
+              "1\n2\n3"_s);
+    EXPECT_EQ(rowOf(1).title().toString().size(), 65536 - 30);
+    // Never within a character, since nothing could be sent then.
+    EXPECT_EQ(rowOf(2).title().toString().size(), 65535);
+    EXPECT_EQ(titleOf(3).size(), 999);
+}
+
+TEST_F(BadInputTest, LongTextsOfAllKindsAreCut)
+{
+    EXPECT_EQ(python(R"(
+long = 'y' * 30000
+print(Notify(summary=long, app=long, icon=long, actions=['key', long],
+             hints={'category': long, 'desktop-entry': long}))
+)"_s),
+              "1"_s);
+    EXPECT_EQ(titleOf(1).size(), 1000);
+    const TavoRoles row = rowOf(1);
+    for (const QString &text : {row.application(), row.icon(), row.category(), row.desktopEntry(),
+                                rowOf(1, 1).title().toString()}) {
+        EXPECT_EQ(text.size(), 1000);
+    }
 }
 
 TEST_F(BadInputTest, ImagesWithWrongSizesAreSkipped)

@@ -122,6 +122,15 @@ TEST_F(DesktopSoundTest, ShowsANotificationWithAForbiddenSoundAndLogsThatOnce)
               1);
 }
 
+TEST_F(DesktopSoundTest, ShowsANotificationWithASoundOfAHugeNameAndLogsThatOnce)
+{
+    EXPECT_EQ(python("for i in range(5): last = Notify(hints={'sound-file': '/%d' % i * 500000})\n"
+                     "print(last)"_s),
+              "5"_s);
+    EXPECT_TRUE(isSilent());
+    EXPECT_EQ(log().count("A notification's sound is not played: Its location is too long"), 1);
+}
+
 TEST_F(DesktopSoundTest, PlaysNothingWhenThereIsNoSuchSound)
 {
     notifyWith("string:sound-name:nothing"_s);

@@ -192,6 +192,40 @@ print(Notify(hints={'image-data': image}))
               "1"_s);
 }
 
+class StorageLimitTest : public DesktopTest
+{
+protected:
+    StorageLimitTest()
+        : DesktopTest({{"limits"_s, QVariantHash{{"storedBytes"_s, 1 << 20}}}})
+    {
+    }
+};
+
+/// Each action is a node, which takes more memory than its texts.
+TEST_F(StorageLimitTest, CountsTheNodesOfActions)
+{
+    const QString results = python(R"(
+actions = [text for i in range(64) for text in (chr(33 + i), 'x')]
+results = [error(Notify, actions=actions) for i in range(20)]
+print(len([result for result in results if type(result) == int]))
+print(results[-1])
+)"_s);
+    const QStringList lines = results.split('\n');
+    EXPECT_LE(lines.at(0).toInt(), 13);
+    EXPECT_GE(lines.at(0).toInt(), 5);
+    EXPECT_TRUE(lines.at(1).startsWith(limitError)) << results.toStdString();
+}
+
+TEST_F(StorageLimitTest, CountsWhatIsLeftOfTextsThatAreCut)
+{
+    EXPECT_EQ(python(R"(
+results = [error(Notify, body='x' * 1000000) for i in range(150)]
+print(len([result for result in results if type(result) == int]))
+)"_s),
+              "7"_s);
+    EXPECT_EQ(python("print(error(Notify, body='x' * 1000000))"_s), "8"_s);
+}
+
 TEST_F(SizeLimitTest, IncludesWhatIsSkipped)
 {
     EXPECT_TRUE(python(R"(

@@ -184,18 +184,4 @@ TEST_F(ModelRowsTest, OfClientsThatHaveLeftGoFirst)
     EXPECT_TRUE(waitFor([] { return displayed().size() == 50; }));
     EXPECT_TRUE(displayed().contains(path));
 }
-
-TEST_F(ModelRowsTest, OfNotificationsThatHoldLargeTextsAreBoundedToo)
-{
-    // 150 bodies of 1 MB.
-    EXPECT_EQ(python(R"(
-count = 0
-for i in range(150):
-    if not isinstance(error(Notify, body='x' * 1000000), str):
-        count += 1
-print(count)
-)"_s),
-              "8"_s);
-    EXPECT_EQ(python("print(error(Notify, body='x' * 1000000))"_s), "9"_s);
-}
 } // namespace

@@ -290,6 +290,15 @@ TEST_F(ShownNotificationsTest, PassOnTheTokenOfAnActivation)
     EXPECT_THAT(invoked, ElementsAre(start + "bare"_s, start + "field"_s));
 }
 
+TEST_F(ShownNotificationsTest, PassOnNoTokenThatIsTooLong)
+{
+    const quint32 id = open(withActions(true));
+    EXPECT_TRUE(Request(rowOf(id, 1).path(), QVariant(QString(1000, 'x'))).succeeds());
+    EXPECT_TRUE(Request(rowOf(id, 1).path(), QVariant(QString(1001, 'x'))).succeeds());
+    const QString start = QString::number(id) + " default "_s;
+    EXPECT_THAT(invoked, ElementsAre(start + QString(1000, 'x'), start));
+}
+
 TEST_F(ShownNotificationsTest, StayAfterAnActionWhenTheyAreResident)
 {
     const quint32 id = open(withActions(true));

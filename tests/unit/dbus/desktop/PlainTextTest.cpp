@@ -153,6 +153,36 @@ TEST(PlainTextTest, TakesTimeInProportionToTheLength)
     }
 }
 
+TEST(PlainTextTest, ReadsNoMoreThanItsLimit)
+{
+    EXPECT_EQ(plainText("<p>"_s + QString(1 << 20, 'x')).size(), maxTextLength - 3);
+    EXPECT_EQ(plainText(QString(1 << 20, '<')).size(), maxTextLength);
+    EXPECT_EQ(plainLine(QString(1 << 20, 'x')).size(), maxLineLength);
+    EXPECT_EQ(plainLine(QString(1 << 20, '\t')).size(), maxLineLength);
+}
+
+TEST(PlainTextTest, CutsNoCharacterInHalf)
+{
+    const QString text = "x"_s + repeated("\U0001F600"_s, maxTextLength);
+    EXPECT_EQ(plainText(text), text.left(maxTextLength - 1));
+    EXPECT_EQ(plainText("<"_s + text), '<' + text.left(maxTextLength - 1));
+    EXPECT_EQ(plainLine(text), text.left(maxLineLength - 1));
+}
+
+/// In the processor time of 64 KiB, where one MiB is cut to so much.
+TEST(PlainTextTest, TakesNoLongerForATextThatIsCut)
+{
+    constexpr int tolerance = 4;
+    for (const char *part : {"<", "&", "&amp;amp;", "<b \"", "<img alt="}) {
+        const QString unit = QString::fromLatin1(part);
+        const auto timeFor = [&](int length) {
+            const QString markup = repeated(unit, length / unit.size());
+            return processorTimeOf([&] { plainText(markup); });
+        };
+        EXPECT_LT(timeFor(1 << 20), tolerance * timeFor(maxTextLength)) << part;
+    }
+}
+
 TEST(PlainTextTest, NeverMakesATextLongerNorKeepsControlCharacters)
 {
     const auto isHarmless = [](QChar character) {
