@@ -12,6 +12,10 @@
 #include <optional>
 
 namespace {
+/// The names that are tried for an event, from the whole one to more general ones. Each is looked for in
+/// many files, and a client's name may have a hundred parts. Those of the theme have four at most.
+constexpr int maxNames = 8;
+
 const QString profile = QStringLiteral("stereo");
 /// The theme from which all others inherit.
 const QString commonTheme = QStringLiteral("freedesktop");
@@ -146,10 +150,12 @@ QString SoundTheme::find(const QString &event) const
     }
     // Sounds without a theme are in the folders themselves.
     places.append(m_folders);
-    for (QString name = event; !name.isEmpty(); name.truncate(qMax(0, name.lastIndexOf('-')))) {
+    QString name = event;
+    for (int tried = 0; tried < maxNames && !name.isEmpty(); ++tried) {
         if (const auto file = fileInFirst(places, name)) {
             return *file;
         }
+        name.truncate(qMax(0, name.lastIndexOf('-')));
     }
     return {};
 }

@@ -22,7 +22,7 @@ public:
 
     /// The path of an event's sound file, or an empty string. An event without a sound of its own gets
     /// that of the more general event: "dialog-warning-auth" that of "dialog-warning". Empty, too, if the
-    /// theme disables the sound.
+    /// theme disables the sound. At most eight names are tried.
     QString find(const QString &event) const;
 
     /// The folders of sounds in the base directories of the environment.

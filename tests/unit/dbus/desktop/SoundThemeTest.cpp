@@ -4,6 +4,7 @@
 #include "modules/dbus/desktop/SoundTheme.h"
 
 #include "support/Text.h"
+#include "support/TimeOf.h"
 
 #include <QDir>
 #include <QFile>
@@ -76,6 +77,23 @@ TEST_F(SoundThemeTest, FallsBackToTheMoreGeneralEvent)
     const QString file = make("system/freedesktop/stereo/dialog-warning.oga"_s);
     EXPECT_EQ(find("dialog-warning-auth-failed"_s), file);
     EXPECT_EQ(find("dialog"_s), QString());
+}
+
+TEST_F(SoundThemeTest, TriesEightNamesAtMost)
+{
+    const QString file = make("system/freedesktop/stereo/bell.oga"_s);
+    EXPECT_EQ(find("bell"_s + "-x"_s.repeated(7)), file);
+    EXPECT_EQ(find("bell"_s + "-x"_s.repeated(8)), QString());
+}
+
+/// A client can name events as often as it may send requests, and everybody waits meanwhile.
+TEST_F(SoundThemeTest, TakesNoLongerForANameOfAHundredParts)
+{
+    constexpr int tolerance = 4;
+    const auto timeFor = [this](int parts) {
+        return processorTimeOf([&] { find("a"_s + "-a"_s.repeated(parts - 1)); });
+    };
+    EXPECT_LT(timeFor(100), tolerance * timeFor(8));
 }
 
 TEST_F(SoundThemeTest, PrefersAParentsSoundForTheEventToItsOwnForAGeneralOne)
