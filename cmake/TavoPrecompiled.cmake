@@ -9,13 +9,12 @@ endif()
 
 # tavo_reuse_precompiled_headers(<folder> <target>)
 #
-# Compiles all libraries and modules of the folder and its subfolders with the precompiled header of the
-# target. Programs do without, since they are a single file.
+# Compiles all targets of the folder and its subfolders with the precompiled header of the target.
 function(tavo_reuse_precompiled_headers folder source)
     get_property(targets DIRECTORY "${folder}" PROPERTY BUILDSYSTEM_TARGETS)
     foreach(target IN LISTS targets)
         get_target_property(type ${target} TYPE)
-        if(type MATCHES "^(STATIC|SHARED|MODULE)_LIBRARY$" AND NOT target STREQUAL source)
+        if(type MATCHES "_LIBRARY$|^EXECUTABLE$" AND NOT target STREQUAL source)
             target_precompile_headers(${target} REUSE_FROM ${source})
         endif()
     endforeach()

@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 //
-// Compiled once for all libraries and modules. It has no header of Tavo's: a change would compile
-// everything anew. Each file still includes what it uses, for builds without precompiled headers.
+// Compiled once for all libraries, modules and programs. It has no header of Tavo's: a change would
+// compile everything anew. Each file still includes what it uses, for builds without precompiled
+// headers.
 #pragma once
 
 #include <QByteArray>
@@ -25,7 +26,6 @@
 #include <QSocketNotifier>
 #include <QString>
 #include <QStringList>
-#include <QThread>
 #include <QTimer>
 #include <QUrl>
 #include <QVariant>

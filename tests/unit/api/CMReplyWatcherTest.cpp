@@ -6,6 +6,7 @@
 #include "support/EventThread.h"
 
 #include <QPointer>
+#include <QThread>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -10,6 +10,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <future>
+
 using namespace std::chrono_literals;
 using testing::ElementsAre;
 using Reply = CMReply<QVariant>;

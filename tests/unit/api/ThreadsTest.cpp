@@ -6,6 +6,8 @@
 #include "support/EventThread.h"
 #include "support/LogCapture.h"
 
+#include <QThread>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -6,7 +6,6 @@
 #include <QMetaMethod>
 #include <QMetaType>
 #include <QObject>
-#include <QThread>
 
 #include <type_traits>
 
