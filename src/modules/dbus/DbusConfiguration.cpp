@@ -82,6 +82,15 @@ DbusConfiguration::Sounds readSounds(TavoConfiguration reader)
         sounds.schemes.append(scheme.toLower());
     }
     sounds.folders = reader.stringList(QStringLiteral("folders"), {QStringLiteral("/")});
+    for (const QString &host : reader.stringList(QStringLiteral("hosts"), {})) {
+        const QUrl url(QStringLiteral("http://") + host, QUrl::StrictMode);
+        if (url.host().isEmpty() || url.authority() != host.toLower() ||
+            !url.userInfo().isEmpty()) {
+            reader.fail(QStringLiteral("hosts"),
+                        QStringLiteral("\"%1\" must be a host, with or without a port").arg(host));
+        }
+        sounds.hosts.append(url);
+    }
     sounds.theme = reader.string(QStringLiteral("theme"), QStringLiteral("freedesktop"));
     reader.finish();
     return sounds;

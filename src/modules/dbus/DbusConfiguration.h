@@ -7,7 +7,9 @@
 
 #include <QString>
 #include <QStringList>
+#include <QUrl>
 #include <QVariantHash>
+#include <QVector>
 
 /// The module's configuration. Members have the names of their keys.
 struct DbusConfiguration
@@ -17,6 +19,7 @@ struct DbusConfiguration
     {
         QStringList schemes; ///< in lower case; "file" includes paths
         QStringList folders; ///< where files must be, at any depth
+        QVector<QUrl> hosts; ///< which servers may be asked: only host and port are used
         QString theme;       ///< whose sounds they may choose by name
     };
 

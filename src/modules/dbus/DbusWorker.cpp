@@ -20,7 +20,8 @@ DbusWorker::DbusWorker(const QVariantHash &config)
     , m_bus(m_configuration.bus)
     , m_clients(m_bus, m_configuration.limits)
     , m_sounds(m_clients, nodes(),
-               SoundAccess(m_configuration.sounds.schemes, m_configuration.sounds.folders))
+               SoundAccess(m_configuration.sounds.schemes, m_configuration.sounds.folders,
+                           m_configuration.sounds.hosts))
     , m_model(m_bus, m_clients, nodes(), m_sounds)
 {
     if (m_configuration.notifications) {

@@ -37,6 +37,11 @@ TEST_F(DbusConfigurationTest, RefusesValuesOfTheWrongType)
     EXPECT_EQ(failureWith({{"limits", 5}}), "limits: must be an object");
     EXPECT_EQ(failureWith({{"sounds", QVariantHash{{"schemes", "file"}}}}),
               "sounds.schemes: must be a list of strings");
+    for (const char *host : {"", "a/b", "user@host", "host:99999", "http://host", "a b"}) {
+        EXPECT_EQ(failureWith({{"sounds", QVariantHash{{"hosts", QVariantList{host}}}}}),
+                  "sounds.hosts: \"" + std::string(host) +
+                      "\" must be a host, with or without a port");
+    }
     EXPECT_THAT(failureWith({{"defaultTimeout", "long"}}), StartsWith("defaultTimeout: must be"));
 }
 

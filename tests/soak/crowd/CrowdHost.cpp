@@ -213,6 +213,7 @@ void CrowdHost::startHost()
 {
     const QJsonObject player{{"mainDevice", "plain"}, {"notificationsDevice", "plain"}};
     const QJsonObject sounds{{"schemes", QJsonArray{"file", "http"}},
+                             {"hosts", QJsonArray{"127.0.0.1:1"}},
                              {"folders", QJsonArray{QString::fromStdString(m_setting.sounds)}}};
     const QJsonObject dbus{{"bus", m_setting.address}, {"sounds", sounds}};
     if (m_setting.good) {

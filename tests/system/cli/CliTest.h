@@ -85,7 +85,9 @@ protected:
 
     static QJsonObject allSounds()
     {
-        return {{"schemes", QJsonArray{"file", "data", "http"}}, {"folders", QJsonArray{"/"}}};
+        return {{"schemes", QJsonArray{"file", "data", "http"}},
+                {"folders", QJsonArray{"/"}},
+                {"hosts", QJsonArray{"127.0.0.1:1"}}};
     }
 
     /// Runs the program and returns its exit code.

@@ -16,6 +16,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
+#include <QUrl>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -46,8 +47,10 @@ protected:
         m_host.addArguments({SERVICE, m_host.program()});
         m_host.setProgram(AS_SERVICE);
         const QJsonObject player{{"mainDevice", "plain"}, {"notificationsDevice", "plain"}};
-        const QJsonObject dbus{{"bus", m_bus.address()},
-                               {"sounds", QJsonObject{{"schemes", QJsonArray{"file", "http"}}}}};
+        const QJsonObject dbus{
+            {"bus", m_bus.address()},
+            {"sounds", QJsonObject{{"schemes", QJsonArray{"file", "http"}},
+                                   {"hosts", QJsonArray{QUrl(m_server.missing()).authority()}}}}};
         m_host.setConfiguration(
             {{"modules",
               QJsonArray{"powermanager", QJsonObject{{"name", "player"}, {"config", player}},
@@ -90,6 +93,7 @@ protected:
         ScriptedDevices::instance(); // the environment names their configuration
     PrivateBus m_bus{"<policy context=\"default\"><allow user=\"*\"/></policy>"};
     HostProcess m_host;
+    HttpServer m_server;
 };
 
 TEST_F(ServiceTest, PlaysAFileAndStops)
@@ -100,8 +104,7 @@ TEST_F(ServiceTest, PlaysAFileAndStops)
 
 TEST_F(ServiceTest, FetchesASoundOverHttp)
 {
-    HttpServer server;
-    EXPECT_TRUE(plays(server.serve("bell.wav"_s, readFile(writeSoundTo("bell.wav"_s)))));
+    EXPECT_TRUE(plays(m_server.serve("bell.wav"_s, readFile(writeSoundTo("bell.wav"_s)))));
     EXPECT_THAT(m_host.log().toStdString(), testing::Not(testing::HasSubstr("ERROR")));
 }
 } // namespace

@@ -29,10 +29,17 @@ bool isBelow(const QString &path, const QString &folder)
 {
     return folder == QLatin1String("/") || path.startsWith(folder + '/');
 }
+
+bool isAt(const QUrl &url, const QUrl &server)
+{
+    const int defaultPort = url.scheme() == QLatin1String("https") ? 443 : 80;
+    return url.host() == server.host() && url.port(defaultPort) == server.port(defaultPort);
+}
 } // namespace
 
-SoundAccess::SoundAccess(QStringList schemes, const QStringList &folders)
+SoundAccess::SoundAccess(QStringList schemes, const QStringList &folders, QVector<QUrl> servers)
     : m_schemes(std::move(schemes))
+    , m_servers(std::move(servers))
 {
     for (const QString &folder : folders) {
         const QString canonical = QFileInfo(folder).canonicalFilePath();
@@ -48,15 +55,25 @@ Result<AllowedSound> SoundAccess::check(const QString &location, Kind kind) cons
     }
     const auto &[path, url] = std::get<SoundLocation>(parsed);
     if (!url.isEmpty()) {
-        if (!m_schemes.contains(url.scheme())) {
-            return refusal(location, QStringLiteral("has a scheme that is not allowed"));
-        }
-        return AllowedSound{location, {}};
+        return checkUrl(location, url);
     }
     if (!path.startsWith('/')) {
         return refusal(location, QStringLiteral("is neither an absolute path nor a URI"));
     }
     return checkPath(location, path, kind);
+}
+
+Result<AllowedSound> SoundAccess::checkUrl(const QString &location, const QUrl &url) const
+{
+    if (!m_schemes.contains(url.scheme())) {
+        return refusal(location, QStringLiteral("has a scheme that is not allowed"));
+    }
+    const bool isAllowed = std::any_of(m_servers.begin(), m_servers.end(),
+                                       [&](const QUrl &server) { return isAt(url, server); });
+    if (!isAllowed) {
+        return refusal(location, QStringLiteral("is on a server that is not allowed"));
+    }
+    return AllowedSound{location, {}};
 }
 
 Result<AllowedSound> SoundAccess::checkPath(const QString &location, const QString &path,

@@ -8,6 +8,8 @@
 
 #include <QString>
 #include <QStringList>
+#include <QUrl>
+#include <QVector>
 
 #include <optional>
 
@@ -18,13 +20,15 @@ struct AllowedSound
     std::optional<OpenedSound> file; ///< what was checked, and what players play; empty for a URL
 };
 
-/// Which sounds clients may play: by the scheme of a URI and, for files, by the folder. A value, used
-/// from any thread.
+/// Which sounds clients may play: by the scheme of a URI, for files by the folder, and for others by
+/// the server. A value, used from any thread.
 class SoundAccess
 {
 public:
     /// Allows files in the folders, which are absolute paths, at any depth. Links are followed first.
-    SoundAccess(QStringList schemes, const QStringList &folders);
+    /// Of the servers, host and port count; without a port, the scheme's own. A client that may name
+    /// any server could ask every port that the host reaches.
+    SoundAccess(QStringList schemes, const QStringList &folders, QVector<QUrl> servers);
 
     /// What the path may lead to: a file, or a FIFO. A file that is played as a raw stream could be
     /// any file, not only a sound.
@@ -34,8 +38,10 @@ public:
     Result<AllowedSound> check(const QString &location, Kind kind = Kind::File) const;
 
 private:
+    Result<AllowedSound> checkUrl(const QString &location, const QUrl &url) const;
     Result<AllowedSound> checkPath(const QString &location, const QString &path, Kind kind) const;
 
     const QStringList m_schemes;
     QStringList m_folders; ///< without links
+    const QVector<QUrl> m_servers;
 };

@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QFile>
 #include <QSignalSpy>
+#include <QTcpServer>
 #include <QTemporaryDir>
 
 #include <sndfile.h>
@@ -78,8 +79,8 @@ protected:
                        });
     }
 
-    using SoundPlaces::path;
     using SoundPlaces::allowedSamples;
+    using SoundPlaces::path;
     using SoundPlaces::swap;
 
     /// Plays a sound that the module has passed on, as the notifications module does.
@@ -237,5 +238,28 @@ TEST_F(DbusClientSoundSchemeTest, IsNotCaseSensitive)
 {
     EXPECT_EQ(errorFor(Type::Uri, "file://"_s + path("allowed/sound.wav"_s)), "");
     EXPECT_EQ(errorFor(Type::Uri, "FILE://"_s + path("allowed/sound.wav"_s)), "");
+}
+
+class DbusClientSoundServerTest : public DbusClientSoundAccessTest
+{
+protected:
+    DbusClientSoundServerTest()
+        : DbusClientSoundAccessTest("http"_s)
+    {
+    }
+};
+
+TEST_F(DbusClientSoundServerTest, IsNotAskedUnlessItIsNamed)
+{
+    QTcpServer server;
+    ASSERT_TRUE(server.listen(QHostAddress::LocalHost));
+    const QString open = "http://127.0.0.1:%1/a.wav"_s.arg(server.serverPort());
+    const QString closed = "http://127.0.0.1:1/a.wav"_s;
+    for (const Type::Enum type : {Type::Uri, Type::Stream}) {
+        EXPECT_EQ(errorFor(type, open), denied);
+        EXPECT_EQ(errorFor(type, closed), denied);
+        EXPECT_EQ(errorFor(type, "http:/../../"_s + path("allowed/sound.wav"_s)), denied);
+    }
+    EXPECT_THAT(played, IsEmpty());
 }
 } // namespace
