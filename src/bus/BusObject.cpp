@@ -77,6 +77,15 @@ void BusObject::publish()
     m_slot.reset(slot);
 }
 
+bool BusObject::serves(const BusMessage &call) const
+{
+    const char *path = sd_bus_message_get_path(call.get());
+    const char *interface = sd_bus_message_get_interface(call.get());
+    return path != nullptr && interface != nullptr && m_interface.path == path &&
+           m_interface.name == interface && m_handlers.count(call.member()) > 0 &&
+           m_interface.describes(call);
+}
+
 BusMessage BusObject::createSignal(const char *name) const
 {
     sd_bus_message *signal = nullptr;

@@ -36,6 +36,9 @@ public:
     /// Serves the object. Every method and every property must have been set.
     void publish();
 
+    /// Whether the handler of a method will get the call. To others, sd-bus replies.
+    bool serves(const BusMessage &call) const;
+
     /// A signal, to be sent to everyone or to one receiver.
     BusMessage createSignal(const char *name) const;
 

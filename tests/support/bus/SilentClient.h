@@ -11,6 +11,7 @@
 #include <map>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 /// A client that sends calls and reads nothing until it is told to.
 class SilentClient
@@ -42,25 +43,31 @@ public:
         send("org.freedesktop.DBus.Introspectable", "Introspect", [](sd_bus_message *) {});
     }
 
+    /// Sends a number to a node.
+    void call(const char *path)
+    {
+        send("org.tavo.Model1", "Call", [path](sd_bus_message *call) {
+            check(sd_bus_message_append(call, "sv", path, "i", 1));
+        });
+    }
+
     /// Reads this many replies. Returns the number of each error; "" stands for no error.
     std::map<std::string, int> read(int count)
     {
         std::map<std::string, int> errors;
-        while (count > 0) {
-            sd_bus_message *message = nullptr;
-            check(sd_bus_process(m_bus, &message));
-            if (message == nullptr) {
-                check(sd_bus_wait(m_bus, timeoutMicroseconds));
-                continue;
-            }
-            if (sd_bus_message_get_reply_cookie(message, &m_cookie) >= 0) {
-                const sd_bus_error *error = sd_bus_message_get_error(message);
-                ++errors[error == nullptr ? "" : error->name];
-                --count;
-            }
-            sd_bus_message_unref(message);
-        }
+        readReplies(count, [&](const sd_bus_error *error) {
+            ++errors[error == nullptr ? "" : error->name];
+        });
         return errors;
+    }
+    /// The same, with the message of each error.
+    std::vector<std::string> readTexts(int count)
+    {
+        std::vector<std::string> texts;
+        readReplies(count, [&](const sd_bus_error *error) {
+            texts.emplace_back(error == nullptr ? "" : error->message);
+        });
+        return texts;
     }
 
 private:
@@ -70,6 +77,24 @@ private:
     {
         if (result < 0) {
             throw std::runtime_error("a silent client fails: " + std::to_string(result));
+        }
+    }
+
+    template <typename Take>
+    void readReplies(int count, Take take)
+    {
+        while (count > 0) {
+            sd_bus_message *message = nullptr;
+            check(sd_bus_process(m_bus, &message));
+            if (message == nullptr) {
+                check(sd_bus_wait(m_bus, timeoutMicroseconds));
+                continue;
+            }
+            if (sd_bus_message_get_reply_cookie(message, &m_cookie) >= 0) {
+                take(sd_bus_message_get_error(message));
+                --count;
+            }
+            sd_bus_message_unref(message);
         }
     }
 

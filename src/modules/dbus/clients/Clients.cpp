@@ -3,12 +3,14 @@
 
 #include "Clients.h"
 
+#include "Refusals.h"
 #include <bus/BusConnection.h>
 #include <bus/BusError.h>
 #include <bus/BusReader.h>
 #include <bus/BusWriter.h>
 #include <core/tavo.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <utility>
@@ -48,7 +50,7 @@ Clients::Clients(BusConnection &bus, const ClientLimits &limits)
     : m_bus(bus)
     , m_limits(limits)
     , m_quotas(limits)
-    , m_unread(bus, limits)
+    , m_unread(bus, m_quotas, limits)
 {
     tavoConnect(&m_bus, &BusConnection::connected, this, &Clients::on_bus_connected);
     tavoConnect(&m_bus, &BusConnection::lost, this, &Clients::on_bus_lost);
@@ -58,14 +60,25 @@ bool Clients::pass(const BusMessage &call)
 {
     // A bus adds the sender; without one there is nobody to reply to.
     const std::string client = call.sender();
-    if (client.empty() || !m_unread.admitCall(client, builtInReplyBytes(call))) {
+    if (client.empty()) {
         return false;
     }
     if (!m_quotas.knows(client)) {
         askUser(client);
     }
-    m_quotas.countRequest(client);
-    return true;
+    try {
+        m_quotas.countRequest(client);
+    } catch (...) {
+        refuseForCaught(call);
+        return false;
+    }
+    return isServed(call) || m_unread.admitSmall(client, builtInReplyBytes(call));
+}
+
+bool Clients::isServed(const BusMessage &call) const
+{
+    return std::any_of(m_objects.begin(), m_objects.end(),
+                       [&call](const BusObject *object) { return object->serves(call); });
 }
 
 void Clients::askUser(const std::string &client)
@@ -84,32 +97,36 @@ void Clients::askUser(const std::string &client)
     });
 }
 
-template <typename Action>
-void Clients::whenReading(const BusMessage &call, std::size_t bytes, const Action &action)
+template <typename Action, typename Refusal>
+void Clients::whenReading(const BusMessage &call, std::size_t bytes, const Action &action,
+                          const Refusal &refusal)
 {
     const std::string client = call.sender();
-    if (m_unread.admitReply(client, bytes)) {
+    if (m_unread.admit(client, bytes)) {
         run(call, action);
         return;
     }
-    m_unread.decideLater(client, bytes, [this, call, action](UnreadBytes::Verdict verdict) {
-        if (verdict == UnreadBytes::Verdict::Send) {
+    m_unread.decideLater(client, bytes, [this, call, action, refusal](bool isAdmitted) {
+        if (isAdmitted) {
             run(call, action);
-        } else if (verdict == UnreadBytes::Verdict::Refuse) {
-            refuse(call, m_unread.refusal(call.sender()));
+        } else {
+            refuse(call, refusal(m_unread.refusal(call.sender())));
         }
     });
 }
 
 void Clients::handle(const BusMessage &call, const Handler &handler)
 {
-    whenReading(call, 0, handler);
+    const auto refusal = [](const BusError &reason) { return reason; };
+    whenReading(call, UnreadBytes::messageBytes, handler, refusal);
 }
 
 void Clients::reply(const BusMessage &call, const BusMessage &reply, std::size_t bytes)
 {
-    whenReading(call, bytes,
-                [reply](const BusMessage &repliedTo) { sendReply(reply, repliedTo.sender()); });
+    const auto action = [reply](const BusMessage &repliedTo) {
+        sendReply(reply, repliedTo.sender());
+    };
+    whenReading(call, bytes, action, Refusals::replyLeftOut);
 }
 
 void Clients::refuseForCaught(const BusMessage &call)
@@ -120,7 +137,9 @@ void Clients::refuseForCaught(const BusMessage &call)
 void Clients::refuse(const BusMessage &call, const BusError &error)
 {
     const std::string client = call.sender();
-    m_unread.addReply(client, error.message().size());
+    if (!m_unread.admitSmall(client, error.message().size() + UnreadBytes::messageBytes)) {
+        return;
+    }
     try {
         sendReply(call.createErrorReply(error), client);
     } catch (const BusError &failure) {
@@ -133,7 +152,7 @@ bool Clients::send(const std::string &client, const BusMessage &signal, std::siz
     if (!m_quotas.knows(client)) {
         return true;
     }
-    if (!m_unread.admitSignal(client, bytes + UnreadBytes::messageBytes)) {
+    if (!m_unread.admit(client, bytes + UnreadBytes::messageBytes)) {
         return false;
     }
     signal.sendTo(client);
@@ -152,6 +171,7 @@ void Clients::on_bus_lost()
 {
     m_vanished.reset();
     m_filter.reset();
+    m_objects.clear();
     for (const std::string &client : m_quotas.clients()) {
         forget(client);
     }
@@ -175,7 +195,7 @@ void Clients::forget(const std::string &client)
 {
     if (m_quotas.knows(client)) {
         Q_EMIT left(client);
+        m_unread.forget(client);
         m_quotas.forget(client);
     }
-    m_unread.forget(client);
 }

@@ -15,6 +15,7 @@
 
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 
 class BusConnection;
@@ -47,6 +48,7 @@ public:
         const Handler handler = [receiver, member](const BusMessage &call) {
             (receiver->*member)(call);
         };
+        m_objects.insert(&object);
         object.setMethod(method,
                          [this, handler](const BusMessage &call) { handle(call, handler); });
     }
@@ -62,8 +64,8 @@ public:
         }
     }
 
-    /// Sends the reply to a call; its body has about this many bytes. If the client has left too much
-    /// unread, sends an error in its place, or nothing. Throws nothing.
+    /// Sends the reply to a call that was carried out; its body has about this many bytes. If the client has
+    /// left too much unread, sends an error that says so in its place, or nothing. Throws nothing.
     void reply(const BusMessage &call, const BusMessage &reply, std::size_t bytes);
 
     /// Sends a signal to one client, if it is still there. False when the client has left too much unread.
@@ -82,10 +84,14 @@ private:
     void askUser(const std::string &client);
     void handle(const BusMessage &call, const Handler &handler);
 
+    /// Whether a handler will see the call. To others, sd-bus replies.
+    bool isServed(const BusMessage &call) const;
+
     /// Runs the action as soon as it is known that the client reads its replies. The action sends about
-    /// this many bytes.
-    template <typename Action>
-    void whenReading(const BusMessage &call, std::size_t bytes, const Action &action);
+    /// this many bytes. If the client does not read, makes the error for the reason.
+    template <typename Action, typename Refusal>
+    void whenReading(const BusMessage &call, std::size_t bytes, const Action &action,
+                     const Refusal &refusal);
 
     void refuse(const BusMessage &call, const BusError &error);
     void refuseForCaught(const BusMessage &call);
@@ -96,6 +102,7 @@ private:
     const ClientLimits &m_limits;
     Quotas m_quotas;
     UnreadBytes m_unread;
-    std::unique_ptr<CallFilter> m_filter; ///< while connected
-    BusSlot m_vanished;                   ///< while connected
+    std::set<const BusObject *> m_objects; ///< while connected
+    std::unique_ptr<CallFilter> m_filter;  ///< while connected
+    BusSlot m_vanished;                    ///< while connected
 };

@@ -15,10 +15,6 @@ constexpr std::size_t unlimited = std::numeric_limits<std::size_t>::max();
 /// A client that starts with many requests does not have to wait.
 constexpr double burstSeconds = 2;
 
-/// Requests of this size are accepted from each client even when others have used up the total: it is
-/// what ordinary calls need.
-constexpr std::size_t freeRequestBytes = 1 << 14;
-
 /// What clients of one user have left behind goes first while it is more than this part of the total.
 constexpr std::size_t leftPart = 16;
 } // namespace
@@ -116,6 +112,7 @@ Quotas::Quotas(const ClientLimits &limits)
            {std::size_t(limits.subscriptions), unlimited, "subscriptions"},
            {unlimited, std::size_t(limits.totalRequestBytes),
             "bytes of requests that wait for their replies"},
+           {unlimited, std::size_t(limits.totalUnreadBytes), "bytes unread"},
            {std::size_t(limits.storedBytes), std::size_t(limits.totalStoredBytes), "bytes stored"}}}
 {
     newUser(m_unknown);
@@ -206,18 +203,45 @@ void Quotas::check(const Account &account, Kind kind, std::size_t amount) const
     }
 }
 
+bool Quotas::hasRoom(const Account &asking, Kind kind, std::size_t amount) const
+{
+    const std::size_t own = asking.held[kind] + amount;
+    const std::size_t ofUser = asking.user->held[kind];
+    const std::size_t all = m_totals[kind];
+    const std::size_t total = m_limits[kind].total;
+    const std::size_t forUser = total - std::min(total, all - ofUser);
+    return own <= freeBytes ||
+           (all + amount + own <= total && ofUser + amount <= forUser - forUser / 4);
+}
+
+bool Quotas::hasRoom(const std::string &client, Kind kind, std::size_t amount) const
+{
+    const auto known = m_accounts.find(client);
+    return known == m_accounts.end() || hasRoom(*known->second, kind, amount);
+}
+
+void Quotas::add(const std::string &client, Kind kind, std::size_t amount)
+{
+    Amounts amounts{};
+    amounts[kind] = amount;
+    account(client)->add(amounts);
+}
+
+void Quotas::subtract(const std::string &client, Kind kind, std::size_t amount)
+{
+    Amounts amounts{};
+    amounts[kind] = amount;
+    account(client)->subtract(amounts);
+}
+
 void Quotas::makeRoom(const Account &asking, Kind kind, std::size_t amount, Priority priority)
 {
     const Limit &limit = m_limits[kind];
     if (amount == 0 || limit.total == unlimited) {
         return;
     }
-    const std::size_t own = asking.held[kind] + amount;
     if (limit.perClient == unlimited) {
-        // A client may take no more than it leaves for the others, and a user three quarters.
-        const bool fits = m_totals[kind] + amount + own <= limit.total &&
-                          asking.user->held[kind] + amount <= limit.total - limit.total / 4;
-        if (!fits && own > freeRequestBytes) {
+        if (!hasRoom(asking, kind, amount)) {
             throw Refusals::allClientsHoldTooMuch(limit.total, limit.what);
         }
         return;

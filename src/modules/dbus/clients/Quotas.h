@@ -35,7 +35,15 @@ class Quotas
     struct Item;
 
 public:
-    enum Kind { OpenNotifications, Sounds, Inboxes, Subscriptions, RequestBytes, StoredBytes };
+    enum Kind {
+        OpenNotifications,
+        Sounds,
+        Inboxes,
+        Subscriptions,
+        RequestBytes,
+        UnreadBytes,
+        StoredBytes
+    };
     using Priority = TavoNotificationItemPriority::Enum;
 
     /// What something costs.
@@ -91,6 +99,18 @@ public:
     /// The same thing takes this much from now on, and has this priority. Throws
     /// BusError::limitExceeded() as charge() does, and changes nothing then.
     void change(Charge &charge, std::size_t storedBytes, Priority priority);
+
+    /// Whether there is room for this much more of something that can't be given up: the client leaves as
+    /// much for others as it takes, and its user a quarter of what other users leave. There is always
+    /// room for what ordinary calls need.
+    bool hasRoom(const std::string &client, Kind kind, std::size_t amount) const;
+
+    // Counts what changes with each message. The client must be known.
+    void add(const std::string &client, Kind kind, std::size_t amount);
+    void subtract(const std::string &client, Kind kind, std::size_t amount);
+
+    /// Held by each client even when others have used up a total.
+    static constexpr std::size_t freeBytes = 1 << 14;
 
     /// The client runs as this user. What it holds counts for the user from now on.
     void setUser(const std::string &client, std::uint32_t user);
@@ -159,6 +179,7 @@ private:
     const std::shared_ptr<Account> &account(const std::string &client);
     User &newUser(User &user);
     void check(const Account &account, Kind kind, std::size_t amount) const;
+    bool hasRoom(const Account &asking, Kind kind, std::size_t amount) const;
     void makeRoom(const Account &asking, Kind kind, std::size_t amount, Priority priority);
     Item *findVictim(const Account &asking, Kind kind, std::size_t amount, Priority priority) const;
     const User &heaviestUser(const Account &asking, Kind kind, std::size_t amount) const;

@@ -35,6 +35,12 @@ BusError Refusals::allClientsReadTooLittle(std::size_t maxUnreadBytes)
                                    " bytes of replies and signals unread");
 }
 
+BusError Refusals::replyLeftOut(const BusError &reason)
+{
+    return {reason.name(),
+            "The call was carried out, but its reply is left out: " + reason.message()};
+}
+
 BusError Refusals::pathTooLong(int maxLength)
 {
     return BusError::invalidPath("A path may have no more than " + std::to_string(maxLength) +

@@ -17,6 +17,8 @@ BusError clientHoldsTooMuch(std::size_t max, const char *what);
 BusError allClientsHoldTooMuch(std::size_t max, const char *what);
 BusError clientReadsTooLittle(std::size_t maxUnreadBytes);
 BusError allClientsReadTooLittle(std::size_t maxUnreadBytes);
+/// The same for a call that has been carried out already.
+BusError replyLeftOut(const BusError &reason);
 
 // Paths and other arguments of org.tavo.Model1.
 BusError pathTooLong(int maxLength);

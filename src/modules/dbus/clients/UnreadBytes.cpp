@@ -3,69 +3,123 @@
 
 #include "UnreadBytes.h"
 
+#include "Quotas.h"
 #include "Refusals.h"
 #include <bus/BusConnection.h>
+#include <bus/BusReader.h>
+#include <bus/BusWriter.h>
 #include <core/tavo.h>
 
 #include <algorithm>
+#include <stdexcept>
 #include <utility>
 
 namespace {
-/// How often to ask about a client with too much unread, so that it is served again soon after it has
-/// resumed reading.
-constexpr int askAgainMs = 1000;
+const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 
-/// Parts of a client's limit: at which the bus is asked, after how much more it is asked again, and
-/// what counts as nothing.
+constexpr const char *busName = "org.freedesktop.DBus";
+constexpr const char *busPath = "/org/freedesktop/DBus";
+constexpr std::chrono::seconds askTimeout(25);
+
+/// Messages that are not sent must not cause as many questions.
+constexpr std::chrono::milliseconds minAskInterval(100);
+
+/// How many others are asked about at once. A bus lets only some calls wait for replies.
+constexpr int maxOthersAsked = 32;
+
+/// Parts of a client's limit: at which the bus is asked, after how much more it is asked again, and how
+/// much more may be sent as errors.
 constexpr std::size_t askPart = 2;
 constexpr std::size_t askAgainPart = 8;
-constexpr std::size_t negligiblePart = 256;
+constexpr std::size_t smallPart = 16;
 
-/// Beyond the limit of all clients, this part of it is reserved for those that read.
-constexpr std::size_t reservedPart = 4;
+/// Of the bytes that each client may always hold: after how much more the bus is asked again when all
+/// clients have left much unread, and how much more may be sent as errors.
+constexpr std::size_t freeAskAgainPart = 4;
+constexpr std::size_t freeSmallPart = 2;
+
+/// Whether an error of the bus means that it has no statistics for us.
+bool meansNoStatistics(const std::string &error)
+{
+    static const std::string prefix = "org.freedesktop.DBus.Error.";
+    return error == prefix + "UnknownMethod" || error == prefix + "UnknownInterface" ||
+           error == prefix + "UnknownObject" || error == prefix + "NotSupported" ||
+           error == prefix + "AccessDenied";
+}
+
+std::size_t readOutgoingBytes(const BusMessage &statistics)
+{
+    BusReader reader(statistics);
+    reader.enterArray("{sv}");
+    while (!reader.isAtEnd()) {
+        reader.enterDictEntry("sv");
+        if (reader.readString() == QLatin1String("OutgoingBytes")) {
+            return std::size_t(reader.readIntegerVariant().value());
+        }
+        reader.skip();
+        reader.leave();
+    }
+    throw std::runtime_error("no OutgoingBytes");
+}
 } // namespace
 
-UnreadBytes::UnreadBytes(BusConnection &bus, const ClientLimits &limits)
+UnreadBytes::UnreadBytes(BusConnection &bus, Quotas &quotas, const ClientLimits &limits)
     : m_bus(bus)
+    , m_quotas(quotas)
     , m_maxBytes(std::size_t(limits.unreadBytes))
     , m_maxTotal(std::size_t(limits.totalUnreadBytes))
-    , m_maxWithReserve(m_maxTotal + m_maxTotal / reservedPart)
-    , m_negligibleBytes(m_maxBytes / negligiblePart)
-    , m_probe(bus)
 {
-    m_timer.setInterval(askAgainMs);
-    tavoConnect(&m_timer, &QTimer::timeout, this, &UnreadBytes::on_timer_timeout);
-    tavoConnect(&m_probe, &UnreadProbe::answered, this, &UnreadBytes::on_probe_answered);
-    tavoConnect(&m_probe, &UnreadProbe::statisticsMissing, this,
-                &UnreadBytes::on_probe_statisticsMissing);
-}
-
-void UnreadBytes::start()
-{
-    m_probe.reset();
-}
-
-void UnreadBytes::stop()
-{
-    m_clients.clear();
-    m_total = 0;
-    m_timer.stop();
 }
 
 void UnreadBytes::forget(const std::string &client)
 {
     const auto entry = m_clients.find(client);
-    if (entry != m_clients.end()) {
-        m_total -= entry->second.total();
-        m_clients.erase(entry);
+    if (entry == m_clients.end()) {
+        return;
     }
+    m_quotas.subtract(client, Quotas::UnreadBytes, entry->second.total());
+    for (const Undecided &reply : entry->second.undecided) {
+        m_undecidedBytes -= reply.bytes;
+    }
+    m_clients.erase(entry);
 }
 
-void UnreadBytes::addReply(const std::string &client, std::size_t bytes)
+bool UnreadBytes::fits(const ClientMap::value_type &entry, std::size_t bytes) const
 {
-    if (m_probe.hasStatistics()) {
-        count(*m_clients.try_emplace(client).first, bytes);
+    const std::size_t unread = entry.second.total();
+    return (unread <= Quotas::freeBytes || unread + bytes <= m_maxBytes) &&
+           m_quotas.hasRoom(entry.first, Quotas::UnreadBytes, bytes);
+}
+
+bool UnreadBytes::admit(const std::string &client, std::size_t bytes)
+{
+    if (!m_isTold || !m_quotas.knows(client)) {
+        return true;
     }
+    auto &entry = *m_clients.try_emplace(client).first;
+    if (!entry.second.undecided.empty() || !fits(entry, bytes)) {
+        askSometimes(entry);
+        return false;
+    }
+    count(entry, bytes);
+    return true;
+}
+
+bool UnreadBytes::admitSmall(const std::string &client, std::size_t bytes)
+{
+    if (!m_isTold || !m_quotas.knows(client)) {
+        return true;
+    }
+    auto &entry = *m_clients.try_emplace(client).first;
+    const std::size_t then = entry.second.total() + bytes;
+    if (then > Quotas::freeBytes + Quotas::freeBytes / freeSmallPart &&
+        (then > m_maxBytes + m_maxBytes / smallPart ||
+         !m_quotas.hasRoom(client, Quotas::UnreadBytes, bytes))) {
+        askSometimes(entry);
+        return false;
+    }
+    count(entry, bytes);
+    return true;
 }
 
 void UnreadBytes::count(ClientMap::value_type &entry, std::size_t bytes)
@@ -73,78 +127,14 @@ void UnreadBytes::count(ClientMap::value_type &entry, std::size_t bytes)
     Client &client = entry.second;
     const bool isDue =
         client.total() > m_maxBytes / askPart && client.since > m_maxBytes / askAgainPart;
-    const bool isShort = m_total > m_maxTotal / askPart && client.since > m_negligibleBytes;
+    const bool isShort = client.since > Quotas::freeBytes / freeAskAgainPart &&
+                         !m_quotas.hasRoom(entry.first, Quotas::UnreadBytes, m_maxBytes);
     if (isDue || isShort) {
         // The new bytes are added afterwards, because they have not been sent yet.
         ask(entry);
     }
     client.since += bytes;
-    m_total += bytes;
-}
-
-bool UnreadBytes::fits(const Client &client, std::size_t bytes) const
-{
-    const std::size_t then = client.total() + bytes;
-    if (then <= m_negligibleBytes) {
-        return m_total + bytes <= m_maxWithReserve;
-    }
-    // No client may take more than it leaves for the others. So something is always left, however many
-    // clients do not read.
-    return (client.total() <= m_negligibleBytes || then <= m_maxBytes) &&
-           m_total + bytes + then <= m_maxTotal;
-}
-
-bool UnreadBytes::isTooMuch(std::size_t bytes) const
-{
-    return bytes > m_negligibleBytes && (bytes > m_maxBytes || m_total + bytes > m_maxTotal);
-}
-
-bool UnreadBytes::isIgnored(const Client &client) const
-{
-    return client.calls > m_maxBytes ||
-           (client.known > m_negligibleBytes && m_total > m_maxWithReserve);
-}
-
-bool UnreadBytes::admitCall(const std::string &client, std::size_t bytes)
-{
-    auto &entry = *m_clients.try_emplace(client).first;
-    if (isIgnored(entry.second)) {
-        ask(entry);
-        return false;
-    }
-    if (m_probe.hasStatistics()) {
-        entry.second.calls += bytes;
-        count(entry, bytes);
-    }
-    return true;
-}
-
-bool UnreadBytes::admitReply(const std::string &client, std::size_t bytes)
-{
-    if (!m_probe.hasStatistics()) {
-        return true;
-    }
-    auto &entry = *m_clients.try_emplace(client).first;
-    const bool isAdmitted = entry.second.undecided.empty() && fits(entry.second, bytes);
-    if (isAdmitted) {
-        count(entry, bytes);
-    }
-    return isAdmitted;
-}
-
-bool UnreadBytes::admitSignal(const std::string &client, std::size_t bytes)
-{
-    auto &entry = *m_clients.try_emplace(client).first;
-    Client &known = entry.second;
-    const bool isOverdue = known.signals > 0 && known.signals + bytes > m_maxBytes;
-    const bool isFull = known.total() > m_negligibleBytes && m_total + bytes > m_maxWithReserve;
-    if (isOverdue || isFull) {
-        ask(entry);
-        return false;
-    }
-    known.signals += bytes;
-    count(entry, bytes);
-    return true;
+    m_quotas.add(entry.first, Quotas::UnreadBytes, bytes);
 }
 
 void UnreadBytes::decideLater(const std::string &client, std::size_t bytes, Decide decide)
@@ -154,19 +144,33 @@ void UnreadBytes::decideLater(const std::string &client, std::size_t bytes, Deci
     // Only for the first one, so that a client can't postpone the decision with more calls.
     known.asksAgain = known.asksAgain || (known.isAsked && known.undecided.empty());
     known.undecided.push_back({bytes, std::move(decide)});
-    if (m_total + bytes + known.total() + bytes > m_maxTotal) {
-        // Others may have read meanwhile. Asks about them first, so that the reply about this client
-        // comes last.
-        for (auto &other : m_clients) {
-            if (&other != &entry && other.second.total() > 0) {
-                ask(other);
-            }
-        }
+    m_undecidedBytes += bytes;
+    if (!m_quotas.hasRoom(client, Quotas::UnreadBytes, bytes)) {
+        askAboutOthers(client);
     }
     ask(entry);
-    if (!known.isAsked && m_bus.isConnected()) {
-        // The bus could not be asked, so no reply will come.
+    // If the bus can't be asked, no reply will come. Replies that wait take memory.
+    if (!known.isAsked || m_undecidedBytes > m_maxTotal) {
         this->decide(std::string(client));
+    }
+}
+
+void UnreadBytes::askAboutOthers(const std::string &client)
+{
+    const Clock::time_point now = Clock::now();
+    if (now - m_othersAsked < minAskInterval) {
+        return;
+    }
+    m_othersAsked = now;
+    auto other = m_clients.upper_bound(m_lastOther);
+    for (int i = 0, asked = 0; i < int(m_clients.size()) && asked < maxOthersAsked; ++i) {
+        other = other == m_clients.end() ? m_clients.begin() : other;
+        if (other->first != client && other->second.total() > Quotas::freeBytes) {
+            m_lastOther = other->first;
+            ++asked;
+            ask(*other);
+        }
+        ++other;
     }
 }
 
@@ -174,17 +178,19 @@ void UnreadBytes::decide(const std::string &client)
 {
     // A decision may add undecided replies; these wait for the next reply of the bus.
     auto undecided = std::exchange(m_clients.find(client)->second.undecided, {});
-    for (Undecided &reply : undecided) {
+    for (const Undecided &reply : undecided) {
+        m_undecidedBytes -= reply.bytes;
+    }
+    for (const Undecided &reply : undecided) {
         const auto entry = m_clients.find(client);
         if (entry == m_clients.end()) {
             return;
         }
-        if (!m_probe.hasStatistics() || fits(entry->second, reply.bytes)) {
-            addReply(client, reply.bytes);
-            reply.decide(Verdict::Send);
-        } else {
-            reply.decide(isIgnored(entry->second) ? Verdict::Ignore : Verdict::Refuse);
+        const bool isAdmitted = !m_isTold || fits(*entry, reply.bytes);
+        if (isAdmitted && m_isTold) {
+            count(*entry, reply.bytes);
         }
+        reply.decide(isAdmitted);
     }
 }
 
@@ -198,15 +204,36 @@ BusError UnreadBytes::refusal(const std::string &client) const
 
 void UnreadBytes::ask(ClientMap::value_type &entry)
 {
-    Client &client = entry.second;
-    if (!client.isAsked && m_probe.ask(entry.first)) {
-        client.isAsked = true;
-        client.before += std::exchange(client.since, 0);
+    Client &known = entry.second;
+    if (known.isAsked || !m_isTold || !m_bus.isConnected()) {
+        return;
+    }
+    try {
+        // The bus handles this call after everything that was sent before, even if the client does not
+        // read.
+        const std::string client = entry.first;
+        const BusMessage question = m_bus.createCall(
+            busName, busPath, "org.freedesktop.DBus.Debug.Stats", "GetConnectionStats");
+        BusWriter(question).writeString(QString::fromStdString(client));
+        m_bus.send(question, askTimeout,
+                   [this, client](const BusMessage &reply) { take(client, reply); });
+        known.isAsked = true;
+        known.asked = Clock::now();
+        known.before += std::exchange(known.since, 0);
+    } catch (const BusError &error) {
+        // The bus has gone, and with it everything that was sent.
+        LOG4CPLUS_DEBUG(logger, "What is unread can't be asked for: " << error.what());
     }
 }
 
-void UnreadBytes::on_probe_answered(const std::string &client,
-                                    const std::optional<std::size_t> &unreadBytes)
+void UnreadBytes::askSometimes(ClientMap::value_type &entry)
+{
+    if (Clock::now() - entry.second.asked >= minAskInterval) {
+        ask(entry);
+    }
+}
+
+void UnreadBytes::take(const std::string &client, const BusMessage &statistics)
 {
     const auto entry = m_clients.find(client);
     if (entry == m_clients.end()) {
@@ -214,10 +241,17 @@ void UnreadBytes::on_probe_answered(const std::string &client,
     }
     Client &known = entry->second;
     known.isAsked = false;
-    if (unreadBytes) {
-        confirm(known, *unreadBytes);
+    try {
+        const auto error = statistics.error();
+        if (!error && statistics.isFromBus()) {
+            confirm(*entry, readOutgoingBytes(statistics));
+        } else if (error && meansNoStatistics(error->name())) {
+            doWithoutStatistics(error->message());
+        }
+    } catch (const std::exception &unexpected) {
+        doWithoutStatistics(unexpected.what());
     }
-    if (std::exchange(known.asksAgain, false) && unreadBytes) {
+    if (std::exchange(known.asksAgain, false)) {
         ask(*entry);
     }
     if (!known.isAsked) {
@@ -225,41 +259,24 @@ void UnreadBytes::on_probe_answered(const std::string &client,
     }
 }
 
-void UnreadBytes::confirm(Client &client, std::size_t unreadBytes)
+void UnreadBytes::confirm(ClientMap::value_type &entry, std::size_t unreadBytes)
 {
     // The bus counts the messages of all senders.
-    const std::size_t own = std::min(client.before, unreadBytes);
-    m_total -= client.before - own;
-    client.before = own;
-    client.known = own;
-    if (!isTooMuch(own)) {
-        client.signals = 0;
-        client.calls = 0;
-    } else if (!m_timer.isActive()) {
-        m_timer.start();
-    }
+    const std::size_t own = std::min(entry.second.before, unreadBytes);
+    m_quotas.subtract(entry.first, Quotas::UnreadBytes, entry.second.before - own);
+    entry.second.before = own;
 }
 
-void UnreadBytes::on_probe_statisticsMissing()
+void UnreadBytes::doWithoutStatistics(const std::string &reason)
 {
-    // From now on only signals are counted: only for them is the client asked whether it reads.
-    m_total = 0;
-    for (auto &entry : m_clients) {
-        Client &client = entry.second;
-        client.before = client.since = client.known = client.signals = client.calls = 0;
+    if (!std::exchange(m_isTold, false)) {
+        return;
     }
-}
-
-void UnreadBytes::on_timer_timeout()
-{
-    bool isNeeded = false;
-    for (auto &entry : m_clients) {
-        if (isTooMuch(entry.second.known)) {
-            isNeeded = true;
-            ask(entry);
-        }
-    }
-    if (!isNeeded) {
-        m_timer.stop();
+    LOG4CPLUS_INFO(logger, "The bus doesn't tell what clients haven't read, so that no answers "
+                           "are refused for that: "
+                               << reason);
+    for (auto &[client, known] : m_clients) {
+        m_quotas.subtract(client, Quotas::UnreadBytes, known.total());
+        known.before = known.since = 0;
     }
 }

@@ -4,66 +4,52 @@
 #pragma once
 
 #include "ClientLimits.h"
-#include "UnreadProbe.h"
 
-#include <QObject>
-#include <QTimer>
-
+#include <chrono>
 #include <cstddef>
 #include <deque>
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
-#include <unordered_map>
 
 class BusConnection;
 class BusError;
+class BusMessage;
+class Quotas;
 
 /// Counts the bytes that were sent to each client and that it has not read. A bus may count unread
 /// messages against their sender, and stop reading from a sender that has used up its share. Then one
 /// client that never reads would silence the host for all.
 ///
-/// Asks the bus how much is still unread: often enough to keep the count nearly right, and always before
-/// a client is refused anything. A bus that counts unread messages against their receiver may not tell.
-/// There, replies are never refused, and signals only if the client does not reply to a ping.
+/// What is sent counts until the bus tells how much of it is still unread. It is asked before a client
+/// is refused anything. On a bus that does not tell, nothing is counted.
 ///
-/// Owned by Clients, used in the worker's thread.
-class UnreadBytes : public QObject
+/// Owned by Clients, used in the worker's thread. Clients must be known to the quotas.
+class UnreadBytes
 {
-    Q_OBJECT
-
 public:
     /// About what a message takes besides the values in it.
     static constexpr std::size_t messageBytes = 256;
 
-    UnreadBytes(BusConnection &bus, const ClientLimits &limits);
+    UnreadBytes(BusConnection &bus, Quotas &quotas, const ClientLimits &limits);
 
     /// There is a new bus.
-    void start();
-    /// The bus has gone, with everything that was sent.
-    void stop();
-    /// The client has left.
+    void start() { m_isTold = true; }
+    /// The bus has gone, with everything that was sent. All clients have been forgotten.
+    void stop() { m_clients.clear(); }
+    /// The client leaves. The quotas still know it.
     void forget(const std::string &client);
 
-    /// Whether a call may be replied to, if only with an error. Counts the bytes for that reply.
-    bool admitCall(const std::string &client, std::size_t bytes);
+    /// Whether a reply or a signal may be sent now; if so, counts it. To a client that has read
+    /// everything it may be larger than the client's limit.
+    bool admit(const std::string &client, std::size_t bytes);
 
-    /// Whether a reply may be sent now; if so, counts it. When a client has read everything, one reply may
-    /// be larger than its limit.
-    bool admitReply(const std::string &client, std::size_t bytes);
+    /// Whether an error may be sent, or a reply that sd-bus makes; if so, counts it. A client that reads
+    /// nothing does not get many.
+    bool admitSmall(const std::string &client, std::size_t bytes);
 
-    /// Counts a reply that can't be refused.
-    void addReply(const std::string &client, std::size_t bytes);
-
-    /// Whether a signal may be sent; if so, counts it.
-    bool admitSignal(const std::string &client, std::size_t bytes);
-
-    enum class Verdict {
-        Send,   ///< the reply is counted
-        Refuse, ///< too much is unread
-        Ignore  ///< so much is unread that not even an error may be sent
-    };
-    using Decide = std::function<void(Verdict verdict)>;
+    using Decide = std::function<void(bool isAdmitted)>;
 
     /// Decides about a reply that was not admitted, as soon as the bus has told how much is unread.
     /// Replies to one client are decided in their order; until then, no further reply is admitted.
@@ -72,13 +58,9 @@ public:
     /// The error for a reply that is refused.
     BusError refusal(const std::string &client) const;
 
-private Q_SLOTS:
-    void on_probe_answered(const std::string &client,
-                           const std::optional<std::size_t> &unreadBytes);
-    void on_probe_statisticsMissing();
-    void on_timer_timeout();
-
 private:
+    using Clock = std::chrono::steady_clock;
+
     struct Undecided
     {
         std::size_t bytes;
@@ -89,35 +71,32 @@ private:
     {
         std::size_t before = 0; ///< sent before the bus was last asked, and not known to be read
         std::size_t since = 0;  ///< sent since the bus was last asked
-        std::size_t known = 0;  ///< unread, as the bus last told
-        /// Bytes of signals, and of small replies to calls, since the client was last known to read.
-        /// Each may reach the client's limit before the bus has replied.
-        std::size_t signals = 0;
-        std::size_t calls = 0;
-        bool isAsked = false; ///< the bus has been asked and has not replied
-        bool asksAgain =
-            false; ///< ask again before deciding: more was sent since the bus was asked
+        bool isAsked = false;   ///< the bus has been asked and has not replied
+        bool asksAgain = false; ///< more was sent since then that matters for the decision
+        Clock::time_point asked{};
         std::deque<Undecided> undecided;
 
         std::size_t total() const { return before + since; }
     };
-    using ClientMap = std::unordered_map<std::string, Client>;
+    using ClientMap = std::map<std::string, Client>;
 
-    bool fits(const Client &client, std::size_t bytes) const;
-    bool isTooMuch(std::size_t bytes) const;
-    bool isIgnored(const Client &client) const;
+    bool fits(const ClientMap::value_type &entry, std::size_t bytes) const;
     void count(ClientMap::value_type &entry, std::size_t bytes);
     void ask(ClientMap::value_type &entry);
-    void confirm(Client &client, std::size_t unreadBytes);
+    void askSometimes(ClientMap::value_type &entry);
+    void askAboutOthers(const std::string &client);
+    void take(const std::string &client, const BusMessage &statistics);
+    void confirm(ClientMap::value_type &entry, std::size_t unreadBytes);
     void decide(const std::string &client);
+    void doWithoutStatistics(const std::string &reason);
 
     BusConnection &m_bus;
-    const std::size_t m_maxBytes;        ///< of one client
-    const std::size_t m_maxTotal;        ///< of all clients
-    const std::size_t m_maxWithReserve;  ///< the reserve is for clients with little unread
-    const std::size_t m_negligibleBytes; ///< of one client
+    Quotas &m_quotas;
+    const std::size_t m_maxBytes; ///< of one client
+    const std::size_t m_maxTotal; ///< of all clients
     ClientMap m_clients;
-    std::size_t m_total = 0; ///< of all clients
-    UnreadProbe m_probe;
-    QTimer m_timer; ///< runs while a client has too much unread
+    std::size_t m_undecidedBytes = 0;
+    bool m_isTold = true; ///< the bus tells what is unread, as far as is known
+    std::string m_lastOther;
+    Clock::time_point m_othersAsked{};
 };

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <utility>
 #include <vector>
@@ -23,6 +24,7 @@ protected:
         limits.storedBytes = 1000;
         limits.totalStoredBytes = 2000;
         limits.totalRequestBytes = 100'000;
+        limits.totalUnreadBytes = 1'000'000;
         return limits;
     }
 
@@ -93,6 +95,32 @@ TEST_F(QuotasTest, LeaveAsMuchForTheOthersWhereOneClientHasNoLimitOfItsOwn)
     const Quotas::Charge second = quotas.charge(":1.2", {Quotas::RequestBytes, 25'000});
     EXPECT_EQ(refusal(":1.2", Quotas::RequestBytes, 1), totalReached);
     EXPECT_EQ(refusal(":1.3", Quotas::RequestBytes, 12'000), "");
+}
+
+TEST_F(QuotasTest, LeaveSomethingOfWhatIsUnreadForEachUserHoweverManyClientsTheOthersHave)
+{
+    const auto fill = [this](std::uint32_t user) {
+        std::size_t taken = 0;
+        constexpr int clients = 40;
+        for (int i = 0; i < clients; ++i) {
+            const std::string client = ':' + std::to_string(user) + '.' + std::to_string(i);
+            quotas.countRequest(client);
+            quotas.setUser(client, user);
+            while (quotas.held(client, Quotas::UnreadBytes) <= Quotas::freeBytes &&
+                   quotas.hasRoom(client, Quotas::UnreadBytes, 1000)) {
+                quotas.add(client, Quotas::UnreadBytes, 1000);
+                taken += 1000;
+            }
+        }
+        return taken;
+    };
+    // Beyond what each client may always hold.
+    constexpr std::size_t always = 40 * (Quotas::freeBytes / 1000) * 1000;
+    EXPECT_LE(fill(1000), std::max(always, std::size_t(750'000)) + 1000);
+    EXPECT_LE(fill(1001), std::max(always, std::size_t(190'000)) + 1000);
+    quotas.countRequest(":2.1");
+    EXPECT_TRUE(quotas.hasRoom(":2.1", Quotas::UnreadBytes, Quotas::freeBytes));
+    EXPECT_FALSE(quotas.hasRoom(":2.1", Quotas::UnreadBytes, 500'000));
 }
 
 TEST_F(QuotasTest, KnowAClientFromItsFirstRequestUntilItLeaves)
