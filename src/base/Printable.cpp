@@ -52,6 +52,6 @@ QString shortened(const QString &text, int maxSize)
 
 std::string logText(const QString &value)
 {
-    constexpr int maxSize = 200; // long enough for the ids and paths of every day
+    constexpr int maxSize = 200; // long enough for ordinary ids and paths
     return printable(shortened(withoutUserInfo(value), maxSize)).toStdString();
 }

@@ -29,12 +29,12 @@ public:
 
     const QString &name() const { return m_entry.name; }
 
-    /// Starts the thread and waits until worker_create has returned. After a failure the thread has
+    /// Starts the thread and waits until worker_create has returned. If it fails, the thread has
     /// ended.
     std::optional<Failure> startWorker();
 
-    /// Deletes the worker in its thread and waits until that has ended. Queued calls to the worker are
-    /// dropped.
+    /// Deletes the worker in its thread and waits until the thread has ended. Queued calls to the
+    /// worker are dropped.
     void stopWorker();
 
 protected:

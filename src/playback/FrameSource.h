@@ -30,8 +30,9 @@ struct SoundFormat
 
 /// The source of a sound's frames.
 ///
-/// Used in the playback thread; there may be several, one after the other. Constructed in the
-/// player's thread, destroyed in either. Owned by the PlaybackWriter.
+/// Constructed in the player's thread and used in the playback thread. A new playback thread may
+/// take over after the previous one has ended. Destroyed in either thread. Owned by the
+/// PlaybackWriter.
 class FrameSource
 {
 public:
@@ -64,8 +65,8 @@ public:
     FrameSource(const FrameSource &) = delete;
     FrameSource &operator=(const FrameSource &) = delete;
 
-    /// Opens the source, unless it is open. Waits for the file system only. The event interrupts it;
-    /// the next call begins anew.
+    /// Opens the source, unless it is open. Waits only for the file system. The event interrupts
+    /// it; the next call starts over.
     virtual Result<Loading> open(const WakeEvent &wake) = 0;
 
     /// Returns whether load() has to wait before the format is known.
@@ -78,7 +79,7 @@ public:
     /// Valid once the source is open and loaded.
     virtual SoundFormat format() const = 0;
 
-    /// Reads up to that number of frames.
+    /// Reads at most the given number of frames.
     virtual Read read(float *samples, long frames) = 0;
 
     /// The descriptor to wait on after Waiting.

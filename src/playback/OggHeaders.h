@@ -5,7 +5,7 @@
 
 #include "playback/ReadAt.h"
 
-/// Returns whether an Ogg file begins with the complete headers of Vorbis or Opus, in its first MiB;
-/// true for any other file. The decoder leaks 6 kB each time it fails on headers of Vorbis, and
-/// searches a file without pages to its end.
+/// Returns false for an Ogg file whose first MiB does not hold complete Vorbis or Opus headers, and
+/// true for every other file. The decoder must not see such a file: it leaks 6 kB when Vorbis
+/// headers are broken, and reads the whole file when it finds no pages.
 bool hasOggHeaders(const ReadAt &readAt, qint64 size);

@@ -24,7 +24,7 @@ struct PlayedSound;
 /// Guarantees, for every kind of player:
 /// - it emits exactly one of its signals, once, but none after play() has returned false;
 /// - it emits the signal from the event loop, never inside play(), pause() or stop();
-/// - when it is destroyed, it is silent at once and emits nothing any more.
+/// - destroying it silences it at once, and it emits nothing more.
 class TAVO_SIMPLEPLAYER_EXPORT SimplePlayer : public QObject
 {
     Q_OBJECT
@@ -39,8 +39,8 @@ public:
     /// The limits for the sound and its server. Read by the first play().
     SimplePlayerLimits limits = SimplePlayerLimits::defaults();
 
-    /// How the sound is buffered: media so that the processor wakes up rarely, a notification so
-    /// that it is heard at once.
+    /// How the sound is buffered. Media wakes the processor up rarely; a notification is heard at
+    /// once.
     enum Usage { UsageMedia = 0, UsageNotification = 1 };
 
     ~SimplePlayer() override;
@@ -53,8 +53,8 @@ public:
     virtual bool play();
 
     /// Pauses the sound and closes the device. Does nothing unless the sound is playing. Hardware
-    /// is silent at once. A sound server reports too late what it has played; so the call waits
-    /// until it has played all frames that it holds, up to a tenth of a second. If the device
+    /// is silent at once. A sound server reports its position too late, so the call waits until the
+    /// server has played all frames that it holds, at most a tenth of a second. If the device
     /// hangs, the call returns after 750 ms, and the sound can't go on before the device responds.
     virtual void pause();
 

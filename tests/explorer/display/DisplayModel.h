@@ -15,10 +15,10 @@ public:
     enum class Form {
         Message,   ///< from the module, which makes a node
         Shared,    ///< from the client, the same for all shared notifications
-        Reference, ///< from the client, a new one; the id is that of namedNext()'s node
+        Reference, ///< from the client, a new one; its id names namedNext()'s node
     };
 
-    /// The path of all shared notifications. Other paths have their notification's number.
+    /// The path of all shared notifications. Any other path is its notification's number.
     static constexpr int sharedPath = -1;
     static constexpr int none = -2;
 
@@ -27,9 +27,9 @@ public:
         int number; ///< in the order of opening
         Form form;
         int priority;
-        int time;         ///< its timeout; 0 is without a limit
+        int time;         ///< its timeout; 0: none
         int left;         ///< remaining timeout at the start of its current or next showing
-        int names = none; ///< the message whose node has its id as identifier
+        int names = none; ///< the message whose node this reference names by its id
         int shown = 0;    ///< in total, while its timer was not late
 
         int path() const { return form == Form::Shared ? sharedPath : number; }
@@ -53,9 +53,9 @@ public:
     int opened() const { return m_opened; }
     const std::vector<int> &messages() const { return m_messages; }
     bool hasNode(int message) const;
-    /// The message whose identifier the next reference gets as its id, or none. This is the message
-    /// that an open reference is named after; otherwise the first one with a node. Only one at a
-    /// time, which keeps the number of states small.
+    /// The message whose node the next reference names by its id, or none. If an open reference
+    /// names a message, this is the same one; otherwise it is the first message with a node.
+    /// References name only one message at a time, which keeps the number of states small.
     int namedNext() const;
 
     /// Equal for two states if and only if no later step can distinguish them.

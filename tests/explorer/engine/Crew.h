@@ -20,7 +20,8 @@ public:
 
     Crew(const SystemFactory &factory, const Bounds &bounds, const StateTable *table);
 
-    /// Expands the states from first to last, without last. The function returns whether to go on.
+    /// Expands the states from first up to, but not including, last. The function returns whether
+    /// to go on.
     void expand(Number first, Number last, const std::function<bool(Expansion)> &take);
 
     int deaths() const { return m_deaths; }

@@ -27,15 +27,16 @@ Position *newPosition()
     ::_exit(status);
 }
 
-/// Disables core dumps, because the process may die on purpose. Lets it end with the explorer.
+/// Disables core dumps, because an explored step may kill the process. Makes the process die with
+/// the explorer.
 void prepareChild()
 {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     const rlimit none{0, 0};
     ::setrlimit(RLIMIT_CORE, &none);
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) && !defined(__clang__)
-    // A step that allocates without end must kill only its own process. Not with sanitizers, which
-    // reserve more memory than there is.
+    // A step that never stops allocating must kill only its own process. Sanitizers reserve more
+    // memory than there is, so they get no limit.
     constexpr rlim_t maxMemory = rlim_t(4) << 30;
     const rlimit memory{maxMemory, maxMemory};
     ::setrlimit(RLIMIT_AS, &memory);

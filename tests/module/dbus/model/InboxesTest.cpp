@@ -54,7 +54,7 @@ TEST_F(DbusInboxesTest, CanNotBeClosedByOthers)
     EXPECT_TRUE(isPublished(inbox));
 }
 
-TEST_F(DbusInboxesTest, StayWhenAnotherClientClaimsThatTheirsHasLeft)
+TEST_F(DbusInboxesTest, StayWhenAnotherClientForgesTheirOwnersDeparture)
 {
     const QString inbox = open();
     ModelClient other(bus().address());
@@ -72,7 +72,7 @@ TEST_F(DbusInboxesTest, StayWhenAnotherClientClaimsThatTheirsHasLeft)
     EXPECT_TRUE(isPublished(inbox));
 }
 
-TEST_F(DbusInboxesTest, DisappearWithTheirClientButNotThoseOfOthers)
+TEST_F(DbusInboxesTest, DisappearOnlyWithTheirOwnClient)
 {
     ModelClient other(bus().address());
     const QString kept = other.ask("OpenInbox").text();
