@@ -25,8 +25,8 @@ bool isPrintable(const QString &text);
 /// The text with every unsafe character as an escape: \n, \x1b, \x202e.
 QString printable(const QString &text);
 
-/// A text of at most this size as it is. Of a longer one, the beginning, how many characters are left
-/// out, and the end.
+/// Returns the text unchanged if it is at most this long; otherwise its beginning, the number of
+/// characters left out, and its end.
 QString shortened(const QString &text, int maxSize);
 
 /// A value within a record of the log: printable, without passwords of URLs, and shortened to 200

@@ -31,8 +31,7 @@ Q_SIGNALS:
     /// The bus can't be served any more. The error is an errno.
     void failed(int error);
 
-    /// The bus has not read everything that was sent, perhaps because more was sent meanwhile. Emitted
-    /// every 700 ms until it has.
+    /// The bus has not yet read everything that was sent to it. Emitted every 700 ms until it has.
     void lagging();
 
 private Q_SLOTS:

@@ -40,8 +40,8 @@ public:
     /// descriptors and other dictionaries are invalid arguments.
     QVariant readVariant();
 
-    /// What the next variant holds, or nothing when it holds another type. Reads past the variant in
-    /// either case.
+    /// Returns the value of the next variant, or nothing if it has another type. Reads past the
+    /// variant in either case.
     std::optional<QString> readStringVariant();
     std::optional<std::int64_t> readIntegerVariant(); ///< an integer of any type, or a boolean
 

@@ -14,7 +14,7 @@
 #include <string>
 
 namespace {
-/// What a string takes in a message at most, besides its bytes: length, end and padding.
+/// The most that a string adds to a message besides its bytes: length, end and padding.
 constexpr int bytesPerString = 12;
 
 void check(int result)

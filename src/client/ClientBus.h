@@ -105,7 +105,7 @@ private:
     int m_timeoutMs;
     PendingRequests m_pending;
     std::vector<Request> m_held; ///< pending requests that wait until the bus has been tried
-    // Of the present connection:
+    // For the current connection:
     std::string m_owner; ///< the host's unique name; empty for none
     std::vector<BusSlot> m_matches;
 };

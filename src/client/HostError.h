@@ -7,10 +7,10 @@
 #include "bus/BusMessage.h"
 #include <core/model/cmerror.h>
 
-/// What people read when no host is on the bus.
+/// The error text for a bus without a host.
 QString noHostText();
 
-/// Who has not replied within a request's timeout.
+/// The side that did not reply within a request's timeout.
 enum class Silent { Nobody, Host, Bus };
 
 /// The error of a request without a reply.

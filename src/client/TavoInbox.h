@@ -19,8 +19,8 @@ class TavoClient;
 /// wants a path to report to, such as a sound's response path. The host itself replies to the requests,
 /// at once. Any module and any client can send them; the inbox does not know the sender.
 ///
-/// Opened anew, with another path, when the host comes back. Lives in the client's thread and may be
-/// the client's child.
+/// Opened again, with another path, when the host comes back. Lives in the client's thread and may
+/// be the client's child.
 class TAVO_CLIENT_EXPORT TavoInbox : public QObject
 {
     Q_OBJECT

@@ -41,7 +41,7 @@ struct HostConfiguration
     /// The limits of the players of all modules.
     SimplePlayerLimits sounds;
 
-    /// What the host runs when it is given no file.
+    /// The configuration of a host that is started without a file.
     static HostConfiguration builtIn();
 
     /// Throws a std::runtime_error that begins with the name of the file.

@@ -69,7 +69,7 @@ void LogGate::writeLeftOut()
     endSeconds(Clock::time_point::max());
 }
 
-// log4cplus holds the mutex meanwhile.
+// Called by log4cplus, which holds the mutex.
 void LogGate::append(const InternalLoggingEvent &event)
 {
     if (m_placesLeavingOut > 0) {

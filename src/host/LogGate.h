@@ -13,8 +13,8 @@
 #include <string>
 #include <tuple>
 
-/// What every record passes before the appenders of a logger write it, so that no client can forge a
-/// record, hide one, or fill the disk, and no password is in the log:
+/// Filters every record before the appenders of a logger write it, so that no client can forge or
+/// hide a record or fill the disk, and no password gets into the log:
 /// - Characters that are unsafe to print are escaped, and user names and passwords of URLs removed.
 /// - A text of more than 4000 characters is shortened.
 /// - Of the records from INFO up that one line of the source logs within a second, the first 100 are
@@ -49,7 +49,7 @@ private:
     /// first two.
     using Place = std::tuple<std::string, int, std::string>;
 
-    /// What a place has logged since its second began.
+    /// The records of a place since its second began.
     struct Second
     {
         Clock::time_point start;

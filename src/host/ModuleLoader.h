@@ -38,8 +38,8 @@ public:
     /// Loads the file, resolves all its symbols, and returns its entry point.
     static Result<WorkerCreate> load(const QString &file);
 
-    /// All modules on the search path, sorted by name, after trying to load each. Of several modules
-    /// with the same name, the one in the first folder.
+    /// All modules on the search path, sorted by name, after trying to load each. If several
+    /// modules have the same name, only the one in the first folder.
     QVector<FoundModule> list() const;
 
 private:

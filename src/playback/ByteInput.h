@@ -26,8 +26,8 @@ public:
     ByteInput(const ByteInput &) = delete;
     ByteInput &operator=(const ByteInput &) = delete;
 
-    /// Opens the input, unless it is open. Returns the reason if it fails. The timeout begins anew, so
-    /// it leaves out the time of a pause.
+    /// Opens the input, unless it is open. Returns the reason if it fails. The timeout starts
+    /// again, so it does not include a pause.
     std::optional<Failure> open();
 
     /// Returns whether the input is a regular file, and so complete.

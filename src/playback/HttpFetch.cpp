@@ -62,10 +62,11 @@ void HttpFetch::start(Report report)
     m_timer->setTimerType(Qt::PreciseTimer);
 
     QNetworkRequest request(m_url);
-    // Whoever allowed a server did not allow those that it redirects to.
+    // Allowing a server does not allow the servers that it redirects to.
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
                          QNetworkRequest::SameOriginRedirectPolicy);
-    // Given by hand, so Qt unpacks nothing: a thousandth of the size could be a limit's worth.
+    // Set here, so that Qt does not decompress: a small response could unpack to a thousand times
+    // its size.
     request.setRawHeader("Accept-Encoding", "identity");
     request.setMaximumRedirectsAllowed(maxRedirects);
     m_reply = m_network->get(request);

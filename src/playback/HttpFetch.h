@@ -23,7 +23,7 @@ class QSocketNotifier;
 class HttpFetch
 {
 public:
-    /// What must not take longer than the timeout.
+    /// What the timeout applies to.
     enum class Kind {
         WholeFile, ///< the whole file
         LiveStream ///< each wait for more data

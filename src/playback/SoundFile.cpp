@@ -25,10 +25,10 @@ constexpr sf_count_t unknownFrames = SF_COUNT_MAX / 2;
 // More than the decoder needs for the frames of one call, in every format.
 constexpr qint64 maxBytesPerCall = 16 << 20;
 
-// What a read counts at least, since many small ones take time too.
+// The least that a read counts as, because many small reads take time, too.
 constexpr qint64 minBytesPerRead = 512;
 
-// After how many bytes it is checked whether the file is still wanted.
+// How many bytes are read between two checks whether the file is still wanted.
 constexpr qint64 bytesPerLook = 65536;
 
 // The decoder knows many formats more, which are rare, and read by code that few people look at.

@@ -47,7 +47,7 @@ private:
     void allowReading(qint64 bytes);
     bool mayRead(qint64 bytes);
 
-    // What the decoder calls.
+    // Called by the decoder.
     static sf_count_t length(void *self);
     static sf_count_t seek(sf_count_t offset, int whence, void *self);
     static sf_count_t read(void *target, sf_count_t count, void *self);

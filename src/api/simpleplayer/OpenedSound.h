@@ -10,9 +10,9 @@
 #include <memory>
 #include <optional>
 
-/// A file or a FIFO that was opened ahead of its player. While one exists, the players of this
-/// process play this very file for its path, wherever the path leads by then: nobody can put another
-/// file in its place between a check and the playing.
+/// A file or a FIFO that is opened before it is played. While this object exists, players in this
+/// process that are given its path play this file, even if the path now leads to another one:
+/// nobody can replace the file between a check and the playing.
 ///
 /// A value; copies refer to the same file. Used from any thread.
 class TAVO_SIMPLEPLAYER_EXPORT OpenedSound

@@ -17,7 +17,8 @@ struct TAVO_SIMPLEPLAYER_EXPORT SimplePlayerLimits
     /// How long fetching a sound file over http may take, and how long a raw stream may pause.
     int httpTimeoutMs = 20000;
 
-    /// How long a FIFO may have nothing to read, from its opening on. It begins anew after a pause.
+    /// How long a FIFO may have nothing to read, counted from its opening and again after each
+    /// pause.
     int fifoTimeoutMs = 5000;
 
     /// The maximum size of a sound file that has to be collected before it is decoded (over http,

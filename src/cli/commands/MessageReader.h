@@ -31,7 +31,7 @@ struct ShownMessages
 };
 
 /// Reads up to @p max messages of the queue, with two requests, or more if the replies would be too
-/// large. A message that closes meanwhile has no title or text. Calls the function once, unless the
-/// context is deleted first; with an error if there is no queue.
+/// large. A message that closes during this time has no title or text. Calls the function once,
+/// unless the context is deleted first, and passes an error if there is no queue.
 void readMessages(TavoClient &client, QObject *context, int max,
                   const std::function<void(const ShownMessages &, const CMError &)> &use);

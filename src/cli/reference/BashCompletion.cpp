@@ -80,7 +80,7 @@ _tavo_offer() {
     mapfile -t COMPREPLY < <(compgen "$@" -- "$current")
 }
 
-# What others have named is expanded neither here nor where it is accepted.
+# Names chosen by others must not be expanded, neither here nor when the shell inserts them.
 _tavo_offer_lines() {
     local line
     while IFS= read -r line; do

@@ -10,7 +10,7 @@
 #include <utility>
 
 namespace {
-/// Deep enough for every record. Limits the use of the stack, whatever a client sends.
+/// Deep enough for every record. Limits the stack that a value of a client can use.
 constexpr int maxDepth = 16;
 
 /// Long enough for every record, in bytes.

@@ -20,8 +20,7 @@ const log4cplus::Logger logger = log4cplus::Logger::getInstance("Player");
 constexpr int firstRetryMs = 250;
 constexpr int maxRetryMs = 30'000;
 
-/// Music that has played for this time has recovered: after the next failure, the retries start
-/// anew.
+/// Music that has played for this long has recovered: the count of retries starts again.
 constexpr int recoveredMs = 10'000;
 
 // Clients on a bus may duck too. The limits keep the state small enough to be published at each change.

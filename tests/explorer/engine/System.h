@@ -25,8 +25,8 @@ public:
     /// Starts from the beginning, whatever has happened before.
     virtual void start() = 0;
 
-    /// The actions possible in the current state. Of two shortest sequences the explorer prints the
-    /// one with the earlier action.
+    /// The actions possible in the current state. If there are several shortest
+    /// sequences, the explorer prints the one whose first different action comes earlier here.
     virtual std::vector<Action> actions() = 0;
 
     /// Performs the action with all its effects, and checks the rules.

@@ -31,7 +31,7 @@ char bytesOf(const SoundItem &item)
                 (item.started ? 16 : 0) | int(item.player) << 5);
 }
 
-/// Of a stopping item only its end matters. The order of stopping items does not.
+/// Only what a stopping item does at its end matters; the order of stopping items does not.
 char bytesOfStopping(const SoundItem &item, bool active)
 {
     return char((item.responds ? 1 : 0) | (item.started ? 2 : 0) | (item.sounding ? 4 : 0) |

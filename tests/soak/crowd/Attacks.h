@@ -10,7 +10,7 @@ class Hostile;
 /// Something that a client does to harm others.
 struct Attack
 {
-    /// Who does it: a client that may do everything, or one that the bus's policy keeps out.
+    /// The attacker: a client that may do everything, or one that the policy of the bus keeps out.
     enum class Who { Permitted, Outsider };
 
     const char *name;

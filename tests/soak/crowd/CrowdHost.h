@@ -11,13 +11,13 @@
 
 #include <memory>
 
-/// What a host uses, and what it holds for clients.
+/// The resources of a host, and what it holds for clients.
 struct HostState
 {
     int descriptors = 0;
     int threads = 0;
     long residentKiB = 0;
-    // Of what clients can leave behind:
+    // Things that clients can leave behind:
     long rows = 0; ///< of the display
     long inboxes = 0;
     long requesters = 0; ///< of ducking

@@ -46,7 +46,7 @@ public:
         m_wait.end = std::max(m_wait.start, Clock::now() - m_expected);
         const std::lock_guard lock(m_client.m_mutex);
         m_client.m_waiting.erase(m_wait.kind);
-        // What is cut off by the end of the measurement is no failure.
+        // A wait that is cut off by the end of the measurement is not a failure.
         if (m_wait.failure.empty() || !m_client.m_stopped) {
             m_client.m_waits.push_back(m_wait);
         }
@@ -54,7 +54,7 @@ public:
     Timed(const Timed &) = delete;
     Timed &operator=(const Timed &) = delete;
 
-    /// What takes this long by itself is not waiting.
+    /// The request takes this long by itself; only the rest is waiting.
     void setExpected(Milliseconds expected) { m_expected = expected; }
 
     void fail(const std::string &failure)

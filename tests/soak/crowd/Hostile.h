@@ -48,7 +48,7 @@ public:
     /// All runs that have ended.
     std::vector<Run> runs() const;
 
-    /// What an attack has found out that must not be, such as a reply to an outsider.
+    /// Violations that an attack has found, such as a reply to an outsider.
     std::vector<std::string> findings() const;
 
     // For attacks:

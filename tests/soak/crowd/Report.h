@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-/// What was measured, as tables for docs/reliability.md, and what must not be.
+/// The measurements, as tables for docs/reliability.md, and the violations.
 struct Report
 {
     std::vector<Run> runs;

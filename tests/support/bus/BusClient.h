@@ -36,7 +36,7 @@ public:
     std::string errorName() const;
     std::string errorMessage() const;
 
-    /// The reply, also if it is an error. Throws if there is none yet.
+    /// The reply, even if it is an error. Throws if there is none yet.
     BusMessage reply() const { return m_state->reply.value(); }
 
     /// Reads the reply. Throws if there is none or if it is an error.

@@ -13,8 +13,8 @@ constexpr int lengthMs = 1200;
 constexpr double duckedLevel = SoundTest::toneLevel - 20; // the player's default attenuation
 constexpr double tolerance = 1;                           // dB
 
-// What the device has buffered when a fade begins, the fade, and some hundredths of a second, since
-// the clocks of the two devices are not known exactly.
+// The sound that the device has buffered when a fade begins, the fade, and some hundredths of a
+// second, because the devices' clocks are not known exactly.
 constexpr double settled = 0.3;
 
 } // namespace

@@ -95,7 +95,7 @@ TEST_F(ForeignValuesTest, EmptyContainersAreEmptyListsAndRecords)
 
 TEST_F(ForeignValuesTest, AFileDescriptorIsRefused)
 {
-    // Connections of ours take no descriptors. One that is still connecting doesn't know that yet.
+    // Our connections refuse file descriptors, but only once they are connected.
     PrivateBus bus;
     sd_bus *raw = nullptr;
     ASSERT_GE(sd_bus_new(&raw), 0);

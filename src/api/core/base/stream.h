@@ -12,8 +12,8 @@
 
 /// Writes a text as UTF-8, for the log. Characters that end a line, control a terminal or change the
 /// direction of the text are written as escapes (\n, \x1b), so that a client's text cannot break or
-/// forge a log line. Names and passwords in URLs are left out. Of more than 200 characters, only the
-/// beginning and the end are written.
+/// forge a log line. Names and passwords in URLs are left out. Only the beginning and the end of
+/// a text longer than 200 characters are written.
 TAVO_API_EXPORT std::ostream &operator<<(std::ostream &stream, const QString &text);
 
 /// Writes a value on one line, the fields of a hash sorted by key. What is nested too deeply to be

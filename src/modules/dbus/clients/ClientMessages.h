@@ -15,11 +15,11 @@
 
 class Clients;
 
-/// What clients have the display show by a request to it. Each counts from its request until it leaves
-/// the display's queue, even after its client has left.
+/// The messages that clients show by requests to the display. Each counts from its request until it
+/// leaves the display's queue, even after its client has left.
 ///
-/// Owned by the worker, used in its thread. The node of a message is made here, like those that the
-/// display makes, which keeps its own for ever. It goes together with the message.
+/// Owned by the worker, used in its thread. A message's node is made here and disposed of together
+/// with the message. The display would make such a node, too, but never dispose of it.
 class ClientMessages : public QObject
 {
     Q_OBJECT

@@ -21,7 +21,8 @@
 /// Counts what each client holds, by kind, against the limits of one client and of all together.
 ///
 /// Owned by Clients. Clients are known by their unique names, each from its first request until it
-/// leaves, and by their user once the bus has told it. What outlives its client counts for its user.
+/// leaves, and by their user once the bus has told it. Charges that outlive their client count for
+/// its user.
 ///
 /// When a total is used up, room is made, so that nobody can use up what others need:
 /// - by the user that holds most, if it is more than the asking client's user would hold;
@@ -46,7 +47,7 @@ public:
     };
     using Priority = TavoNotificationItemPriority::Enum;
 
-    /// What something costs.
+    /// The cost of something.
     struct Cost
     {
         Kind kind;

@@ -26,8 +26,8 @@ class SoundAccess
 {
 public:
     /// Allows files in the folders, which are absolute paths, at any depth. Links are followed first.
-    /// Of the servers, host and port count; without a port, the scheme's own. A client that may name
-    /// any server could ask every port that the host reaches.
+    /// Only the host and port of a server matter; without a port, it is the scheme's default. A
+    /// client that may name any server could ask every port that the host reaches.
     SoundAccess(QStringList schemes, const QStringList &folders, QVector<QUrl> servers);
 
     /// What the path may lead to: a file, or a FIFO. A file that is played as a raw stream could be

@@ -22,8 +22,9 @@ class Quotas;
 /// messages against their sender, and stop reading from a sender that has used up its share. Then one
 /// client that never reads would silence the host for all.
 ///
-/// What is sent counts until the bus tells how much of it is still unread. It is asked before a client
-/// is refused anything. On a bus that does not tell, nothing is counted.
+/// Bytes that were sent count as unread until the bus reports how many of them really are. The bus
+/// is asked before a client is refused anything. On a bus that does not report this, nothing is
+/// counted.
 ///
 /// Owned by Clients, used in the worker's thread. Clients must be known to the quotas.
 class UnreadBytes

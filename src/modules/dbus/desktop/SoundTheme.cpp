@@ -12,8 +12,9 @@
 #include <optional>
 
 namespace {
-/// The names that are tried for an event, from the whole one to more general ones. Each is looked for in
-/// many files, and a client's name may have a hundred parts. Those of the theme have four at most.
+/// How many names are tried for an event, from the full one to more general ones. Each name is
+/// looked up in many places, and a client's name may have a hundred parts. The theme's names have
+/// at most four.
 constexpr int maxNames = 8;
 
 const QString profile = QStringLiteral("stereo");

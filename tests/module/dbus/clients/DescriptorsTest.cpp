@@ -19,7 +19,7 @@ protected:
                                                QStringList{"-c"_s, QString::fromLatin1(attack)});
     }
 
-    /// Of the host, which is this process.
+    /// The open descriptors of the host, which is this process.
     static int openDescriptors()
     {
         return QDir("/proc/self/fd"_s)

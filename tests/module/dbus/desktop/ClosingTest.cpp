@@ -219,7 +219,7 @@ TEST_F(ClosingTest, IsNotReportedForACancelOfAnotherNodeOfThatName)
     EXPECT_TRUE(isOpen(1));
 }
 
-/// So that a program that waits for the end of its notification ends.
+/// A program that waits for the end of its notification must end, too.
 TEST_F(ClosingTest, IsReportedWhenTheModuleEnds)
 {
     ClientProgram program(bus(), "notify-send"_s, {"--wait"_s, "-t"_s, "0"_s, "Title"_s});

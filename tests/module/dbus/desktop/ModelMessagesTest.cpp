@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What clients show by requests to the display, and what that may cost.
+// Messages that clients show by requests to the display, and their limits.
 
 #include "DesktopTest.h"
 #include "support/bus/BusClient.h"
@@ -96,7 +96,7 @@ TEST_F(ModelMessagesTest, LeaveNothingBehindWhenTheyEnd)
                 .succeeds());
         EXPECT_TRUE(CMSubscribe::closeNode(pathIn(opened[i + 2])));
     }
-    // Those with a timeout wait for their turns, which come as the others close.
+    // Messages with a timeout get their turn when the others close.
     CMRoot()->invoke(TavoNotificationDisplayCancelNotifyPath(),
                      TavoValue().setPath(CMPath("/other"_s)), {});
     EXPECT_TRUE(waitFor([] { return messageNodes() == 0; }));

@@ -18,7 +18,7 @@ Opening ours(quint32 id)
     return {id, id + 100};
 }
 
-/// Inserts one of ours, as the change of rows and the reply report it.
+/// Inserts one of our rows, as reported by the change of rows and then by the reply.
 void open(DisplayOrder &order, int index, quint32 id)
 {
     order.insert(index);
