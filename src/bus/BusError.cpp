@@ -3,7 +3,7 @@
 
 #include "bus/BusError.h"
 
-#include "bus/BusWriter.h"
+#include "bus/SendableText.h"
 
 #include <cstring>
 
@@ -52,7 +52,7 @@ BusError BusError::fromCaught()
         return error;
     } catch (const std::exception &error) {
         // A reply with text that is not UTF-8 can't be sent.
-        const QString message = BusWriter::replaceUnsendable(QString::fromUtf8(error.what()));
+        const QString message = sendableText(QString::fromUtf8(error.what()));
         return failed(message.toStdString());
     } catch (...) {
         return failed("The request failed");

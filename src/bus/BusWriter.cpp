@@ -8,8 +8,6 @@
 #include <core/model/cmerror.h>
 #include <core/records/cmpath.h>
 
-#include <QVector>
-
 #include <cstring>
 #include <string>
 
@@ -183,17 +181,6 @@ void BusWriter::writeRecord(const Fields &fields)
     }
     close();
     close();
-}
-
-QString BusWriter::replaceUnsendable(const QString &text)
-{
-    QVector<uint> codes = text.toUcs4();
-    for (uint &code : codes) {
-        if (code == 0 || QChar::isSurrogate(code) || QChar::isNonCharacter(code)) {
-            code = QChar::ReplacementCharacter;
-        }
-    }
-    return QString::fromUcs4(codes.constData(), codes.size());
 }
 
 void BusWriter::open(char container, const char *contents)

@@ -61,9 +61,6 @@ public:
 
     const BusMessage &message() const { return m_message; }
 
-    /// The text with U+FFFD for each character that a message can't hold.
-    static QString replaceUnsendable(const QString &text);
-
 private:
     void writeOwnType(const QVariant &value);
     void writeBytes(const QByteArray &bytes);

@@ -6,6 +6,7 @@
 #include "bus/BusError.h"
 #include "bus/BusReader.h"
 #include "bus/BusWriter.h"
+#include "bus/SendableText.h"
 
 namespace {
 const std::string prefix = "org.tavo.Error.";
@@ -44,14 +45,14 @@ std::string ModelErrors::busName(const CMError &error)
 
 BusMessage ModelErrors::createReply(const BusMessage &call, const CMError &error)
 {
-    const QString message = BusWriter::replaceUnsendable(error.message().toString());
+    const QString message = sendableText(error.message().toString());
     const std::string name = busName(error);
     BusMessage reply = call.createErrorReply({name, message.toStdString()});
     // Most clients show the whole body, so it must not repeat what is known.
     if (name != prefix + error.name().toStdString() || hasOwnTitle(error)) {
         BusWriter writer(reply);
-        writer.writeString(BusWriter::replaceUnsendable(error.name()));
-        writer.writeString(BusWriter::replaceUnsendable(error.title().toString()));
+        writer.writeString(sendableText(error.name()));
+        writer.writeString(sendableText(error.title().toString()));
     }
     return reply;
 }

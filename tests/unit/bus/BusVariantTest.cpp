@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
+#include "bus/SendableText.h"
 #include "MessageTest.h"
 #include <core/tavo.h>
 
@@ -147,10 +148,10 @@ TEST_F(BusVariantTest, RefusesAStringWithACharacterThatCanNotBeSent)
 
 TEST_F(BusVariantTest, ReplacesSuchCharactersInTextsForPeople)
 {
-    EXPECT_EQ(BusWriter::replaceUnsendable("a\0b"_s), "a\ufffdb"_s);
-    EXPECT_EQ(BusWriter::replaceUnsendable(QString(QChar(0xd83d))), "\ufffd"_s);
-    EXPECT_EQ(BusWriter::replaceUnsendable(QString(QChar(0xfffe))), "\ufffd"_s);
-    EXPECT_EQ(BusWriter::replaceUnsendable("Grüße, \U0001F514"_s), "Grüße, \U0001F514"_s);
+    EXPECT_EQ(sendableText("a\0b"_s), "a\ufffdb"_s);
+    EXPECT_EQ(sendableText(QString(QChar(0xd83d))), "\ufffd"_s);
+    EXPECT_EQ(sendableText(QString(QChar(0xfffe))), "\ufffd"_s);
+    EXPECT_EQ(sendableText("Grüße, \U0001F514"_s), "Grüße, \U0001F514"_s);
 }
 
 TEST_F(BusVariantTest, RefusesATypeThatIsNotPlainDataAndNamesIt)

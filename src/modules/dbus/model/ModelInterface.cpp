@@ -9,6 +9,7 @@
 #include <bus/BusConnection.h>
 #include <bus/BusReader.h>
 #include <bus/BusWriter.h>
+#include <bus/SendableText.h>
 
 #include <utility>
 
@@ -38,10 +39,9 @@ void writeIndex(BusWriter &reply, const QVariant &value)
 
 void writeEntry(BusWriter &reply, const CMCatalog::Entry &entry)
 {
-    reply.writeString(BusWriter::replaceUnsendable(entry.path.toString()));
+    reply.writeString(sendableText(entry.path.toString()));
     reply.writeString(entry.kind);
-    reply.writeString(
-        BusWriter::replaceUnsendable(entry.title.toString().left(maxListedTitleLength)));
+    reply.writeString(sendableText(entry.title.toString().left(maxListedTitleLength)));
 }
 
 void writeEntries(BusWriter &reply, const std::vector<CMCatalog::Entry> &entries)
@@ -185,7 +185,7 @@ void ModelInterface::describe(const BusMessage &call)
         if (entry && path.toString() == text) {
             reply.openStruct("ssss");
             writeEntry(reply, *entry);
-            reply.writeString(BusWriter::replaceUnsendable(textOf(path)));
+            reply.writeString(sendableText(textOf(path)));
             reply.close();
         }
     }
