@@ -16,8 +16,8 @@
 class QNetworkReply;
 class QSocketNotifier;
 
-/// Fetches a URI over http and writes the data to a pipe, no faster than the pipe is read. Unpacks no
-/// compression, and follows redirections only to the same scheme, host and port.
+/// Fetches a URI over http and writes the data to a pipe, no faster than the pipe is read. Does not
+/// decompress, and follows redirections only to the same scheme, host and port.
 ///
 /// Runs in the event loop of the player's thread. Owned by the PlaybackWriter.
 class HttpFetch

@@ -38,7 +38,7 @@ protected:
     }
 
 private:
-    // The appender's own lock is not for readers.
+    // Needed because readers can't take the appender's own lock.
     mutable std::mutex m_mutex;
     Records m_records;
 };

@@ -16,8 +16,8 @@ ValueOffer offerFor(const std::string &valueName);
 /// The words to offer, separated by blanks; empty for other offers.
 std::string offeredWords(const std::string &valueName);
 
-/// The options of the program and all commands that take a value, with the names of the values. An
-/// option means the same in every command.
+/// Maps the options that take a value, of the program and of all commands, to the names of their
+/// values. An option means the same in every command.
 std::map<std::string, std::string> valuedOptions(const Definition &definition);
 
 // Print one path on each line. The timeout is short: somebody is typing.

@@ -89,7 +89,8 @@ uint cmSecretHash(QStringView text)
         std::memcpy(&word, bytes, sizeof(word));
         state.add(word);
     }
-    // The length makes texts different that differ in null characters at the end.
+    // Without the length, texts that differ only in trailing null characters would have equal
+    // hashes.
     quint64 last = 0;
     std::memcpy(&last, bytes, left);
     state.add(last ^ (quint64(text.size()) << 56));

@@ -6,8 +6,8 @@
 //
 // The notifications module runs alone in this process. For each kind of message, it opens and
 // cancels one message after the other, so only one is open at a time. The growth of the used heap
-// and of the resident memory, divided by the number of messages, is what each leaves behind. Then
-// the same again with a later notification that names the message's node, which removes the node.
+// and of the resident memory, divided by the number of messages, is what each leaves behind. The
+// last kind also sends a later notification that names the message's node, which removes the node.
 
 #include "support/EventLoop.h"
 #include "support/LoadedModule.h"

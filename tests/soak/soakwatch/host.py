@@ -68,7 +68,7 @@ class Host:
         try:
             self.talk.sendall(json.dumps(line).encode() + b"\n")
         except OSError:
-            pass  # the host has ended; others find out
+            pass  # the host has ended, which is noticed elsewhere
 
     def end(self):
         """Ends the host. Returns its exit status, or None if it had to be killed."""

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The host with the restrictions of the installed service, as far as they can be had without systemd.
+// The host with the restrictions of the installed service, as far as they can be applied without
+// systemd.
 
 #include "support/bus/BusClient.h"
 #include "support/bus/BusUser.h"
@@ -33,7 +34,7 @@ protected:
     void SetUp() override
     {
         if (!BusUser::canBeAnyone()) {
-            GTEST_SKIP() << "it takes root to give up privileges";
+            GTEST_SKIP() << "only root can give up privileges";
         }
         m_devices.forget();
         // The service runs as another user.
@@ -66,7 +67,7 @@ protected:
         }
     }
 
-    /// Whether the whole sound is heard that the path or URI names.
+    /// Plays the sound at the path or URI. Returns whether it is heard to its end.
     bool plays(const QString &name)
     {
         m_devices.forget();

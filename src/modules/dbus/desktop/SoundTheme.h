@@ -20,9 +20,9 @@ public:
     /// Takes folders and locale from the environment.
     explicit SoundTheme(const QString &name);
 
-    /// The path of an event's sound file, or an empty string. An event without a sound of its own gets
-    /// that of the more general event: "dialog-warning-auth" that of "dialog-warning". Empty, too, if the
-    /// theme disables the sound. At most eight names are tried.
+    /// The path of an event's sound file, or an empty string. An event that has no sound uses the
+    /// sound of the more general event: "dialog-warning-auth" uses "dialog-warning". Also empty if
+    /// the theme disables the sound. At most eight names are tried.
     QString find(const QString &event) const;
 
     /// The folders of sounds in the base directories of the environment.

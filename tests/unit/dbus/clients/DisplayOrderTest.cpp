@@ -97,7 +97,7 @@ TEST(DisplayOrderTest, AcceptsIndexesOutOfRange)
     EXPECT_EQ(order.remove(1), ours(1));
 }
 
-/// The queue is a list of everything. The order must agree with it on all that is ours.
+/// The queue lists all rows. The order must agree with it on our rows.
 TEST(DisplayOrderTest, AgreesWithTheQueueAfterAnyChanges)
 {
     EXPECT_TRUE(rc::check([] {
