@@ -202,6 +202,10 @@ QVariant BusReader::readRecord(const char *entry)
         const QString key = readStringOf(members.front());
         count(BusWriter::bytesPerValue);
         fields.insert(key, readValue());
+        if (fields.size() > maxFields) {
+            throw BusError::invalidArguments("A record may have no more than " +
+                                             std::to_string(maxFields) + " fields");
+        }
         leave();
     }
     leave();

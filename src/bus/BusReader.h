@@ -22,6 +22,9 @@
 class BusReader
 {
 public:
+    /// Of one record. Whoever sends it may have chosen keys with equal hashes, which takes quadratic time.
+    static constexpr int maxFields = 256;
+
     explicit BusReader(BusMessage message, int maxBytes = std::numeric_limits<int>::max())
         : m_message(std::move(message))
         , m_maxBytes(std::size_t(maxBytes))
@@ -37,7 +40,7 @@ public:
 
     /// A variant as a value of the model. Containers that the model does not have become the nearest
     /// that it has: an array or a struct becomes a list, a dictionary with string keys a record. File
-    /// descriptors and other dictionaries are invalid arguments.
+    /// descriptors, other dictionaries and records with more than maxFields fields are invalid arguments.
     QVariant readVariant();
 
     /// Returns the value of the next variant, or nothing if it has another type. Reads past the

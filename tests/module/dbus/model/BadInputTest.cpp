@@ -2,13 +2,17 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "module/dbus/ModelTest.h"
+#include "support/CollidingTexts.h"
 #include "support/Sanitized.h"
+
+#include <QElapsedTimer>
 
 #include <algorithm>
 #include <limits>
 #include <malloc.h>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace {
 using testing::HasSubstr;
@@ -250,5 +254,48 @@ TEST_F(DbusBadInputTest, MessagesWithTooLongTextsAreRefused)
         open(TavoNotificationDisplayItem().setTitle(text(1000)).setMessage(QString(65536, 'x')))
             .succeeds());
     EXPECT_EQ(opened, 1);
+}
+
+TEST_F(DbusBadInputTest, ARecordWhoseKeysHaveOneHashKeepsNobodyWaiting)
+{
+    publishEcho("/test/echo"_s);
+    std::vector<QString> keys = textsOfOneSeededHash(14);
+    keys.resize(14'000); // as many as a value may have
+    // As large records take their time to make, too, sd-bus writes it.
+    const auto write = [&keys](sd_bus_message *call) {
+        sd_bus_message_append(call, "s", "/test/echo");
+        sd_bus_message_open_container(call, SD_BUS_TYPE_VARIANT, "a{sv}");
+        sd_bus_message_open_container(call, SD_BUS_TYPE_ARRAY, "{sv}");
+        for (const QString &key : keys) {
+            sd_bus_message_append(call, "{sv}", qUtf8Printable(key), "b", 1);
+        }
+        sd_bus_message_close_container(call);
+        return sd_bus_message_close_container(call);
+    };
+    const BusCall large = callRaw("Call", write);
+    QElapsedTimer waiting;
+    waiting.start();
+    EXPECT_TRUE(ModelClient(bus().address()).getValue("/test/value"_s).succeeds());
+    EXPECT_LT(waiting.elapsed(), 1000);
+    expectRefusal(large, invalidArguments);
+}
+
+TEST_F(DbusBadInputTest, ManyRecordsWhoseKeysHaveOneHashKeepNobodyWaiting)
+{
+    publishEcho("/test/echo"_s);
+    QVariantList records;
+    QVariantHash record;
+    for (const QString &key : textsOfOneSeededHash(13)) {
+        record.insert(key, true);
+        if (record.size() == BusReader::maxFields) {
+            records.append(std::exchange(record, {}));
+        }
+    }
+    const BusCall many = client->send("/test/echo"_s, records);
+    QElapsedTimer waiting;
+    waiting.start();
+    EXPECT_TRUE(ModelClient(bus().address()).getValue("/test/value"_s).succeeds());
+    EXPECT_LT(waiting.elapsed(), 1000);
+    EXPECT_TRUE(many.succeeds());
 }
 } // namespace
