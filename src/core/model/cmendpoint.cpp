@@ -5,21 +5,6 @@
 
 CMEndpoint::~CMEndpoint() = default;
 
-CMEndpoint::Pointer CMEndpoint::hold(CMEndpoint *node)
-{
-    if (node != nullptr) {
-        node->ref.ref();
-    }
-    return Pointer(node);
-}
-
-void CMEndpoint::release()
-{
-    if (!ref.deref()) {
-        free();
-    }
-}
-
 void CMEndpoint::free()
 {
     delete this;

@@ -81,18 +81,21 @@ private:
 
 uint cmSecretHash(QStringView text)
 {
+    constexpr int charactersPerWord = sizeof(quint64) / sizeof(QChar);
     State state(key());
-    const auto *bytes = reinterpret_cast<const char *>(text.data());
-    std::size_t left = std::size_t(text.size()) * sizeof(QChar);
-    for (; left >= sizeof(quint64); left -= sizeof(quint64), bytes += sizeof(quint64)) {
+    const QChar *next = text.data();
+    const QChar *const end = next + text.size();
+    for (; end - next >= charactersPerWord; next += charactersPerWord) {
         quint64 word = 0;
-        std::memcpy(&word, bytes, sizeof(word));
+        std::memcpy(&word, next, sizeof(word));
         state.add(word);
     }
     // Without the length, texts that differ only in trailing null characters would have equal
     // hashes.
-    quint64 last = 0;
-    std::memcpy(&last, bytes, left);
-    state.add(last ^ (quint64(text.size()) << 56));
+    auto last = quint64(text.size());
+    for (; next != end; ++next) {
+        last = last << 16 | next->unicode();
+    }
+    state.add(last);
     return uint(state.finish());
 }

@@ -32,7 +32,13 @@ public:
     using Pointer = std::unique_ptr<CMEndpoint, Release>;
 
     /// Null for null.
-    static Pointer hold(CMEndpoint *node);
+    static Pointer hold(CMEndpoint *node)
+    {
+        if (node != nullptr) {
+            node->ref.ref();
+        }
+        return Pointer(node);
+    }
 
     virtual ~CMEndpoint();
 
@@ -75,7 +81,12 @@ private:
     friend class CMRegistry;
     friend class CMTree;
 
-    void release();
+    void release()
+    {
+        if (!ref.deref()) {
+            free();
+        }
+    }
 
     uint m_place = 0; ///< used by the registry; first, where it fills a gap
     CMPath m_path;
