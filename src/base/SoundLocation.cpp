@@ -42,7 +42,7 @@ Result<SoundLocation> fileAt(const QString &path)
 {
     // The system would read the path only up to the first null character.
     if (path.isEmpty() || path.contains(QChar::Null)) {
-        return Failure{QStringLiteral("names no file of this device")};
+        return Failure{QStringLiteral("does not name a file on this device")};
     }
     return SoundLocation{path, {}};
 }
@@ -54,8 +54,8 @@ Result<SoundLocation> parseFileUri(const QUrl &url)
     return fileAt(isLocal && path.startsWith(QLatin1Char('/')) ? path : QString());
 }
 
-/// Returns whether what stands before the path of a URL has a host, rather than the beginning of a
-/// password.
+/// Takes the part of a URL between the scheme and the path. Returns false if it has no host because
+/// it ends within a password.
 bool hasHost(const QStringRef &text)
 {
     if (text.startsWith('[') || text.contains('@')) {

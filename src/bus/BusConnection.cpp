@@ -25,13 +25,13 @@ constexpr int maxPauseMs = 5000;
 /// bus for a silent one and reconnects.
 constexpr std::chrono::milliseconds busTimeout(5000);
 
-/// Long enough for a bus that hangs.
+/// How long the bus may hang.
 constexpr std::chrono::minutes probeTimeout(10);
 
 constexpr const char *busName = "org.freedesktop.DBus";
 constexpr const char *busPath = "/org/freedesktop/DBus";
 
-// What the bus replies to a request for a name.
+// Replies of the bus to a request for a name.
 constexpr std::uint32_t nameIsOurs = 1;
 constexpr std::uint32_t nameWasOurs = 4;
 
@@ -72,8 +72,8 @@ int startConnecting(BusHandle &handle, const QByteArray &address)
         result = sd_bus_set_bus_client(bus, 1);
     }
     if (result >= 0) {
-        // A message may carry file descriptors even if its arguments have none. The process has few, and
-        // nothing here takes them, so the bus must refuse them to their sender.
+        // A message may carry file descriptors even if its arguments have none. The process has
+        // few descriptors and never wants any from a message, so the bus must refuse such messages.
         result = sd_bus_negotiate_fds(bus, 0);
     }
     return result < 0 ? result : sd_bus_start(bus);
@@ -170,8 +170,8 @@ void BusConnection::on_loop_lagging()
         const std::string name = uniqueName();
         const auto probe = std::move(m_probe);
         lose(QStringLiteral("The bus takes no more messages, because too many are unread"));
-        // The bus does not see the end of a connection from which it does not read, and would keep its
-        // names. It does when it can't pass on a message.
+        // The bus does not notice the end of a connection that it is not reading from, and would
+        // keep its names. It notices when it fails to deliver a message to it.
         probe->ping(name);
     }
 }

@@ -19,7 +19,7 @@ int exitWith(const CommandLineEnd &end)
     if (end.code == ExitCode::Ok) {
         std::printf("%s\n", qUtf8Printable(text));
     } else {
-        // It repeats arguments, which a script may have from anywhere.
+        // The text repeats arguments, which may come from an untrusted source.
         std::fprintf(stderr, "%s\n", qUtf8Printable(printable(text)));
     }
     return static_cast<int>(end.code);

@@ -14,8 +14,8 @@
 #include <memory>
 #include <vector>
 
-/// Logging while the host runs: to standard error, or as a log4cplus properties file says. Qt's
-/// messages are logged too. A LogGate stands in front of all appenders.
+/// Logging while the host runs: to standard error, or to wherever a log4cplus properties file says.
+/// Qt's messages are logged too. A LogGate stands in front of all appenders.
 ///
 /// Thread: the main thread. One at a time, opened before any module is loaded.
 class HostLog

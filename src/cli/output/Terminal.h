@@ -5,8 +5,8 @@
 
 #include <QString>
 
-/// Writes results to standard output, and errors to standard error. Whatever they contain, only line
-/// feeds, tabs and styles control the terminal: other characters that could are escaped.
+/// Writes results to standard output, and errors to standard error. Escapes every character that
+/// could control the terminal, except line feeds, tabs and styles.
 ///
 /// A terminal gets colours, unless NO_COLOR is set and not empty, and a live line: the last line of
 /// standard error, which is rewritten until something else is printed.
@@ -25,8 +25,8 @@ public:
     /// The text in that style, if there are colours.
     QString styled(const QString &text, Style style) const;
 
-    /// Prints one or more lines on standard output and flushes them, for readers of a pipe. A value is
-    /// made printable() before, so that it can't add lines or columns.
+    /// Prints one or more lines on standard output and flushes them, for readers of a pipe. The
+    /// caller makes values printable() first, so that they can't add lines or columns.
     void print(const QString &text);
     void printJson(const QByteArray &json);
 

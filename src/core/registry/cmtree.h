@@ -10,10 +10,10 @@
 #include <mutex>
 #include <vector>
 
-/// The published nodes by their parents, for listing them. Does not own the nodes.
+/// Indexes the published nodes by their parents, for listing them. Does not own the nodes.
 ///
-/// Called from any thread. Adding and removing a node take the same time however many there are; listing
-/// takes as long as there are children.
+/// Called from any thread. Adding or removing a node takes constant time; listing takes time in
+/// proportion to the number of children.
 class CMTree
 {
 public:
@@ -26,7 +26,7 @@ public:
     void add(CMEndpoint *node);
     void remove(CMEndpoint *node);
 
-    /// What is directly below the path.
+    /// The nodes and groups directly below the path.
     Children children(const CMPath &path) const;
 
 private:

@@ -122,7 +122,7 @@ TEST(WorkerThreadsTest, AnswerEveryRequestWhileTheyEnd)
             started.set_value();
             for (int refused = 0; refused < 10;) {
                 const Reply reply = CMRoot()->invoke(path, QVariant(1), Reply());
-                ASSERT_TRUE(reply.waitForFinished(30000)) << "a request was left without an answer";
+                ASSERT_TRUE(reply.waitForFinished(30000)) << "a request got no reply";
                 if (reply.error().isError()) {
                     ++refused;
                 } else {
@@ -298,7 +298,7 @@ TEST_F(SubscriptionThreadsTest, LeaveNothingBehindInAThreadThatHasEnded)
     }
 }
 
-TEST(ThreadsTest, ACommandIsFreedInItsOwnThreadWhenARequestOfAnotherThreadHoldsItLast)
+TEST(ThreadsTest, ACommandIsFreedInItsOwnThreadEvenIfAnotherThreadReleasesItLast)
 {
     CMNodesWorker worker({}, QStringLiteral("Test"));
     std::promise<void> requested;
@@ -319,7 +319,7 @@ TEST(ThreadsTest, ACommandIsFreedInItsOwnThreadWhenARequestOfAnotherThreadHoldsI
     auto request = other.start([] { CMRoot()->invoke(path, QVariant(), {}); });
     requested.get_future().wait();
     node->dispose();
-    EXPECT_EQ(freedIn, nullptr) << "the request still runs on it";
+    EXPECT_EQ(freedIn, nullptr) << "the request is still using it";
     disposed.set_value();
     request.get();
     EXPECT_TRUE(waitFor([&freedIn] { return freedIn != nullptr; }));

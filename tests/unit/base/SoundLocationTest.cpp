@@ -14,11 +14,11 @@ struct Named
     const char *name;
     bool isUri;
     const char *path;    // empty: no file
-    const char *url;     // empty: no server's
+    const char *url;     // empty: not on a server
     const char *failure; // empty: none
 };
 
-const char *const noFile = "names no file of this device";
+const char *const noFile = "does not name a file on this device";
 const char *const badUri = "is not a valid URI";
 const char *const badScheme = "has a scheme that is not supported";
 
@@ -69,7 +69,7 @@ const Named names[] = {
     {"http://[::1/a.wav", true, "", "", badUri},
     {"http://ho st/a.wav", true, "", "", badUri},
 
-    // What can't be played.
+    // Schemes that can't be played.
     {"ftp://host/a.wav", true, "", "", badScheme},
     {"rtp+x://host/a.wav", true, "", "", badScheme},
     {"a://b.wav", true, "", "", badScheme},

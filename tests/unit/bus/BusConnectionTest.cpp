@@ -88,7 +88,7 @@ TEST_F(BusConnectionTest, WaitsInLineForANameThatAnotherOwns)
     EXPECT_TRUE(waitFor([&] { return m_acquired.count() == 1; }));
 }
 
-/// On a bus that keeps as much of one sender as the system bus.
+/// On a bus with the limits of the system bus for unread messages of one sender.
 class BusConnectionStallTest : public testing::Test
 {
 protected:
@@ -99,7 +99,7 @@ protected:
         EXPECT_TRUE(waitFor([this] { return m_acquired.count() == 1; }));
     }
 
-    /// Sends more than the bus keeps.
+    /// Sends more than the bus stores.
     void fill(const std::string &receiver)
     {
         constexpr int messages = 140;

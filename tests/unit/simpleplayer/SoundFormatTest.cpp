@@ -222,7 +222,8 @@ TEST_F(UnplayableTest, UnknownScheme)
 
 TEST_F(UnplayableTest, FileOfAnotherMachine)
 {
-    expectRefusal(QStringLiteral("file://elsewhere/sound.wav"), "names no file of this device");
+    expectRefusal(QStringLiteral("file://elsewhere/sound.wav"),
+                  "does not name a file on this device");
 }
 
 TEST_F(UnplayableTest, MalformedUri)

@@ -37,16 +37,16 @@ public:
     /// too many, and BusError::accessDenied() for a sound or a response path that is not allowed.
     CMReply<QVariant> enqueue(const std::string &client, const QVariant &value, std::size_t bytes);
 
-    /// Enqueues the sound of a client's notification, which has been checked, with the file of the
-    /// check. Throws BusError::limitExceeded() as enqueue() does.
+    /// Enqueues the sound of a client's notification. The sound has been checked; the file is the
+    /// one that was opened then. Throws BusError::limitExceeded() as enqueue() does.
     CMReply<QVariant> play(const std::string &client, const TavoNotificationPlayerItem &item,
                            const std::optional<OpenedSound> &file);
 
     /// Passes on a client's request to play music. Throws BusError::accessDenied() as enqueue() does.
     CMReply<QVariant> playMusic(const QVariant &value);
 
-    /// Throws BusError::accessDenied() for a path where only the player reports. A client that could
-    /// report there could have a playing sound forgotten.
+    /// Throws BusError::accessDenied() for a path where only the player reports. If a client
+    /// could report there, it could make this module forget a sound that is playing.
     static void checkTarget(const CMPath &path);
 
 private Q_SLOTS:
@@ -77,6 +77,6 @@ private:
     const SoundAccess m_access;
     CMNodes *m_nodes;
     std::unordered_map<CMPath, Sound, PathHash> m_sounds; ///< by their nodes
-    std::optional<OpenedSound> m_music; ///< what clients last had played, which may be played again
+    std::optional<OpenedSound> m_music; ///< the last music of a client; it may be played again
     quint64 m_lastNumber = 0;
 };

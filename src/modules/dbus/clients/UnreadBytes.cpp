@@ -21,24 +21,26 @@ constexpr const char *busName = "org.freedesktop.DBus";
 constexpr const char *busPath = "/org/freedesktop/DBus";
 constexpr std::chrono::seconds askTimeout(25);
 
-/// Messages that are not sent must not cause as many questions.
+/// Limits the questions to the bus, even if many messages are refused.
 constexpr std::chrono::milliseconds minAskInterval(100);
 
-/// How many others are asked about at once. A bus lets only some calls wait for replies.
+/// How many other clients the bus is asked about at once. A bus limits how many calls may wait for
+/// replies.
 constexpr int maxOthersAsked = 32;
 
-/// Parts of a client's limit: at which the bus is asked, after how much more it is asked again, and how
-/// much more may be sent as errors.
+/// Fractions of a client's limit, as divisors: how much is unread when the bus is asked, how much
+/// more is sent before it is asked again, and how much more may be sent as errors.
 constexpr std::size_t askPart = 2;
 constexpr std::size_t askAgainPart = 8;
 constexpr std::size_t smallPart = 16;
 
-/// Of the bytes that each client may always hold: after how much more the bus is asked again when all
-/// clients have left much unread, and how much more may be sent as errors.
+/// Fractions of the bytes that each client may always leave unread, for when all clients together
+/// have left much unread: how much more is sent before the bus is asked again, and how much more as
+/// errors.
 constexpr std::size_t freeAskAgainPart = 4;
 constexpr std::size_t freeSmallPart = 2;
 
-/// Whether an error of the bus means that it has no statistics for us.
+/// Returns whether the error means that the bus gives us no statistics.
 bool meansNoStatistics(const std::string &error)
 {
     static const std::string prefix = "org.freedesktop.DBus.Error.";

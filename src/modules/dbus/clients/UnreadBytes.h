@@ -30,7 +30,7 @@ class Quotas;
 class UnreadBytes
 {
 public:
-    /// About what a message takes besides the values in it.
+    /// About how much a message takes in addition to its values.
     static constexpr std::size_t messageBytes = 256;
 
     UnreadBytes(BusConnection &bus, Quotas &quotas, const ClientLimits &limits);
@@ -42,12 +42,12 @@ public:
     /// The client leaves. The quotas still know it.
     void forget(const std::string &client);
 
-    /// Whether a reply or a signal may be sent now; if so, counts it. To a client that has read
-    /// everything it may be larger than the client's limit.
+    /// Whether a reply or a signal may be sent now; if so, counts it. It
+    /// may exceed the client's limit if the client has read everything else.
     bool admit(const std::string &client, std::size_t bytes);
 
-    /// Whether an error may be sent, or a reply that sd-bus makes; if so, counts it. A client that reads
-    /// nothing does not get many.
+    /// Whether an error may be sent, or a reply that sd-bus makes; if so, counts it. A client that
+    /// reads nothing gets only a few.
     bool admitSmall(const std::string &client, std::size_t bytes);
 
     using Decide = std::function<void(bool isAdmitted)>;
@@ -73,7 +73,7 @@ private:
         std::size_t before = 0; ///< sent before the bus was last asked, and not known to be read
         std::size_t since = 0;  ///< sent since the bus was last asked
         bool isAsked = false;   ///< the bus has been asked and has not replied
-        bool asksAgain = false; ///< more was sent since then that matters for the decision
+        bool asksAgain = false; ///< ask once more after the reply, because more was sent
         Clock::time_point asked{};
         std::deque<Undecided> undecided;
 
@@ -97,7 +97,7 @@ private:
     const std::size_t m_maxTotal; ///< of all clients
     ClientMap m_clients;
     std::size_t m_undecidedBytes = 0;
-    bool m_isTold = true; ///< the bus tells what is unread, as far as is known
+    bool m_isTold = true; ///< false once the bus has turned out to have no statistics
     std::string m_lastOther;
     Clock::time_point m_othersAsked{};
 };

@@ -13,7 +13,7 @@
 
 class BusMessage;
 
-/// What a client asks for with org.freedesktop.Notifications.Notify.
+/// The arguments of a call of org.freedesktop.Notifications.Notify.
 ///
 /// Texts are made plain. Unknown hints, images among them, are skipped without a copy.
 struct NotifyCall
@@ -29,11 +29,11 @@ struct NotifyCall
     DesktopNotification notification;
     /// From the hint "x-tavo-priority", for priorities other than those of the three urgencies.
     std::optional<TavoNotificationItemPriority::Enum> exactPriority;
-    /// Actions have been left out: some that nobody can choose, or that are too many.
+    /// Some actions were left out, because nobody could choose them or there were too many.
     bool hasBadActions = false;
 
     bool isSilent = false;
-    std::size_t size = 0; ///< of what is stored, as Quotas::storedBytes() takes it
+    std::size_t size = 0; ///< of the stored data, for Quotas::storedBytes()
     QString soundFile;    ///< a path or a URI
     QString soundName;    ///< an event of the sound theme
 

@@ -78,7 +78,7 @@ private:
     std::map<QString, TavoNotificationPlayerItem> m_playing;
 };
 
-TEST_F(DbusClientSoundsTest, ReachThePlayerAndTheirResponsesTheClient)
+TEST_F(DbusClientSoundsTest, ReachThePlayerWhoseResponsesReachTheClient)
 {
     const QString inbox = client->ask("OpenInbox").text();
     ASSERT_TRUE(enqueue(sound("a"_s).setPlaybackResponsePath(CMPath(inbox))).succeeds());
@@ -169,7 +169,7 @@ TEST_F(DbusClientSoundsTest, AreLimitedUntilSomeEnd)
     EXPECT_TRUE(enqueue(sound("c"_s)).succeeds());
 }
 
-TEST_F(DbusClientSoundsTest, TakeThePlaceOfThoseOfClientsThatHaveLeft)
+TEST_F(DbusClientSoundsTest, ReplaceSoundsOfClientsThatHaveLeft)
 {
     ASSERT_TRUE(enqueue(sound("a"_s)).succeeds());
     ASSERT_TRUE(enqueue(sound("b"_s)).succeeds());
@@ -210,7 +210,7 @@ protected:
 
     void leave() { m_crowd.clear(); }
 
-    /// Whether as many of its sounds are cancelled as it takes for this many others.
+    /// Whether just enough of the crowd's sounds are cancelled for this many sounds of others.
     bool makeRoom(int others)
     {
         return waitFor([&] { return int(cancelled.size()) == m_taken + others - 50; });

@@ -15,7 +15,7 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-/// The policy with another group, which exists everywhere, in place of the host's.
+/// The policy, with this group in place of tavo-host, which may not exist here.
 QString policyFor(const char *group)
 {
     QFile file(QStringLiteral(INTERFACE_FOLDER "/org.tavo.Model1.conf"));
@@ -43,7 +43,7 @@ protected:
     void SetUp() override
     {
         if (!BusUser::canBeAnyone()) {
-            GTEST_SKIP() << "it takes root to be somebody else";
+            GTEST_SKIP() << "only root can act as another user";
         }
         qputenv("DBUS_SESSION_BUS_ADDRESS", m_bus.address().toUtf8());
         // Other users must reach the socket.
@@ -74,7 +74,7 @@ protected:
         return (succeeded ? client.output() : client.errors()).trimmed().toStdString();
     }
 
-    /// A client of the user, who is in no group but this one.
+    /// A client that runs as the user and is only in this group.
     std::unique_ptr<ModelClient> clientOf(const char *user, const char *group = "nogroup")
     {
         const ActAs otherUser(BusUser::find(user, group));
@@ -226,7 +226,7 @@ TEST_F(DbusPolicyTest, LetsOnlyTheHostAskTheBusWhatIsUnread)
     EXPECT_THAT(call("nobody", question, statistics), HasSubstr("Access denied"));
 }
 
-TEST_F(DbusPolicyTest, LetsTheHostServeNotificationsButNotEveryoneNotify)
+TEST_F(DbusPolicyTest, LetsTheHostServeNotificationsAndStrangersSendNone)
 {
     EXPECT_TRUE(
         waitFor([this] { return log().contains("Serving org.freedesktop.Notifications"); }));
