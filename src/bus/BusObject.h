@@ -13,7 +13,7 @@
 #include <vector>
 
 /// An object on the bus with one interface, whose members and signatures come from its XML. It is
-/// served from publish() to its end, which must come before that of its connection.
+/// served from publish() until it is destroyed, which must happen before its connection is closed.
 class BusObject
 {
 public:
@@ -36,7 +36,7 @@ public:
     /// Serves the object. Every method and every property must have been set.
     void publish();
 
-    /// Whether the handler of a method will get the call. To others, sd-bus replies.
+    /// Whether a handler will get the call. If not, sd-bus replies to it.
     bool serves(const BusMessage &call) const;
 
     /// A signal, to be sent to everyone or to one receiver.

@@ -82,8 +82,8 @@ private:
     void match(const std::string &rule, void (ClientBus::*handler)(const BusMessage &));
     void matchSignals(const BusInterface &interface,
                       void (ClientBus::*handler)(const BusMessage &));
-    /// Whether the host sent the signal. A match rule for the host's name is no proof: messages that a
-    /// program sends directly to this one pass it too.
+    /// Whether the host sent the signal. The match rule for the host's name does not prove it:
+    /// signals that a program sends directly to this one arrive regardless of match rules.
     bool isFromHost(const BusMessage &signal) const;
     void on_owner_changed(const BusMessage &signal);
     void on_model_signal(const BusMessage &signal);

@@ -16,7 +16,7 @@
 using log4cplus::spi::InternalLoggingEvent;
 
 namespace {
-/// Whether the text can be written as it is. Most can, so that this is all they cost.
+/// Whether the text can be written as it is. This is true for most texts, which cost nothing else.
 bool isPlain(const std::string &text)
 {
     const bool isAscii = std::all_of(text.begin(), text.end(),
@@ -50,7 +50,7 @@ LogGate::LogGate(std::function<void()> onLeavingOut)
 
 LogGate::~LogGate()
 {
-    destructorImpl(); // calls close(), which no destructor of a base class can
+    destructorImpl(); // calls close(), which the base class's destructor can't call
 }
 
 void LogGate::close()

@@ -76,7 +76,7 @@ void HttpFetch::start(Report report)
     QObject::connect(m_drained.get(), &QSocketNotifier::activated, m_timer.get(),
                      [this] { pass(); });
     QObject::connect(m_timer.get(), &QTimer::timeout, m_timer.get(), [this] {
-        fail(QStringLiteral("the server is too slow: it was waited for %1 ms").arg(m_timeoutMs));
+        fail(QStringLiteral("the server is too slow: gave up after %1 ms").arg(m_timeoutMs));
     });
     m_timer->start(m_timeoutMs);
 }
@@ -133,7 +133,7 @@ void HttpFetch::fail(const QString &why)
     m_reply->disconnect();
     m_reply->abort();
     m_timer->stop();
-    // The pipe stays open: the reader would take its end for the end of the sound.
+    // The pipe stays open, because the reader would mistake a closed pipe for the end of the sound.
     if (m_report) {
         std::exchange(m_report, nullptr)(
             {QStringLiteral("\"%1\" can't be fetched: %2").arg(m_url.toDisplayString(), why)});

@@ -14,8 +14,8 @@ namespace {
 
 constexpr qint64 pieceBytes = 4096;
 
-// The headers contain pictures, but a file of another kind must not be searched for pages to its
-// end, nor a header collected that has none.
+// Large enough for a picture in the headers. Limits how far a file without pages is searched, and
+// how much of a header without an end is collected.
 constexpr qint64 maxHeaderBytes = 1 << 20;
 
 // Reads the pages of an Ogg file, one after another.

@@ -331,12 +331,12 @@ PlaybackWriter::Step PlaybackWriter::send(long room)
     }
     const long written = std::get<long>(result);
     m_window.sent(written, m_device.capacity());
-    // If the device has room but takes nothing, it is given time.
+    // If the device has room but takes nothing, it needs some time.
     return written > 0 ? Step::GoOn : waitFor(m_device.periodFrames());
 }
 
 // Waits until the last frame has been heard. Devices count whole periods, so silence is written
-// after the last frames. For the latency beyond the device's buffer, it waits for that time.
+// after the last frames. Then waits for the part of the latency that is not in the device's buffer.
 PlaybackWriter::Step PlaybackWriter::finishTail(long room)
 {
     if (m_padding < 2 * m_device.periodFrames() && room > 0) {
@@ -373,7 +373,7 @@ PlaybackWriter::Step PlaybackWriter::waitForInput()
     return m_command == Command::Play ? Step::GoOn : Step::Interrupted;
 }
 
-// Waits for the duration of that number of frames.
+// Waits for the duration of the frames.
 PlaybackWriter::Step PlaybackWriter::waitFor(long frames)
 {
     const long ms = frames * msPerSecond / m_format.rate + 1;

@@ -31,7 +31,7 @@ constexpr qint64 minBytesPerRead = 512;
 // How many bytes are read between two checks whether the file is still wanted.
 constexpr qint64 bytesPerLook = 65536;
 
-// The decoder knows many formats more, which are rare, and read by code that few people look at.
+// The decoder knows many more formats, but they are rare and its code for them is little tested.
 bool isKnown(int format)
 {
     switch (format & SF_FORMAT_TYPEMASK) {
@@ -165,7 +165,8 @@ std::optional<Failure> SoundFile::openDecoder()
     return checkFormat();
 }
 
-// The decoder reads such a file to its end, to count its frames. Its sound is larger than the file.
+// The decoder reads an MP3 file to its end to count the frames. This is bounded, because the
+// decoded sound, whose size is limited, is larger than the file.
 bool SoundFile::isMp3() const
 {
     char begin[3] = {};

@@ -19,7 +19,7 @@ class TAVO_SIMPLEPLAYER_EXPORT OpenedSound
 {
 public:
     /// Opens an absolute path. Returns nothing if there is no such file, or if a part of the path is
-    /// a link: a path without links leads to where it says. Nothing is read, and the writer of a FIFO
+    /// a link. Nothing is read, and the writer of a FIFO
     /// goes on waiting for a reader.
     static std::optional<OpenedSound> open(const QString &path);
 

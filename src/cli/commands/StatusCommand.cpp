@@ -6,7 +6,7 @@
 #include "base/Printable.h"
 
 namespace {
-/// At most so many waiting messages are counted.
+/// The count of waiting messages stops here.
 constexpr int maxMessages = 20;
 
 /// A client's text for a line of the overview.

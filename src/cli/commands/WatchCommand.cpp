@@ -9,7 +9,7 @@
 #include <QTime>
 
 namespace {
-/// Prints at most so many rows: a queue may have a hundred thousand.
+/// The most rows that are printed: a queue may have a hundred thousand.
 constexpr int maxRows = 20;
 
 bool isUnsupported(const CMError &error)

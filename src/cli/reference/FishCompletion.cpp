@@ -39,7 +39,7 @@ std::string option(const OptionDefinition &definition, const std::string &condit
     return line + " -d " + shellQuoted(definition.description) + '\n';
 }
 
-/// The condition that this command was typed and, if a place is given, that many arguments after it.
+/// The condition that this command was typed, followed by `place` arguments if a place is given.
 std::string when(const std::string &command, const std::string &place = {})
 {
     return " -n " + shellQuoted("__tavo_is " + command + (place.empty() ? "" : ' ' + place));

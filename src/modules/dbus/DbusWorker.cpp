@@ -47,7 +47,7 @@ void DbusWorker::on_bus_connected()
 
 void DbusWorker::on_bus_lost(const QString &reason)
 {
-    LOG4CPLUS_WARN(logger, "There is no bus, trying on: " << m_configuration.bus << ": " << reason);
+    LOG4CPLUS_WARN(logger, "There is no bus, retrying: " << m_configuration.bus << ": " << reason);
 }
 
 void DbusWorker::on_bus_nameAcquired(const QString &name)

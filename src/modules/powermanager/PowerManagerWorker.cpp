@@ -57,7 +57,7 @@ bool isTooLong(const TavoPowerManagerModuleRegister &module)
            module.postRevokeResourcesPath().toString().size() > maxLength;
 }
 
-/// Whether the module is there to take its messages.
+/// Whether the module can get messages: the node at its revoke path exists.
 bool isPresent(const TavoPowerManagerModuleRegister &module)
 {
     return CMCatalog::entry(module.revokeResourcesPath()).has_value();
@@ -202,7 +202,8 @@ bool PowerManagerWorker::isRegistered(const TavoPowerManagerModuleRegister &modu
 
 void PowerManagerWorker::registerModule(const TavoPowerManagerModuleRegister &module)
 {
-    // If the name is known, its module was never there.
+    // A known name can be registered again only if its revoke path has no node; that record is
+    // replaced.
     forgetModule(module.moduleName());
     m_modules.insert(module.moduleName(), module);
     CMRoot()->connectNodeChange(module.revokeResourcesPath(), this,

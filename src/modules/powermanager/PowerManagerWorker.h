@@ -41,7 +41,7 @@ private:
     std::optional<CMError> refusal(const TavoPowerManagerResourceRequest &request) const;
     std::optional<CMError> refusal(const TavoPowerManagerModuleRegister &module) const;
 
-    /// Whether a module that is there has registered with this record.
+    /// Whether a module has registered with this record and has not gone.
     bool isRegistered(const TavoPowerManagerModuleRegister &module) const;
 
     void registerModule(const TavoPowerManagerModuleRegister &module);

@@ -74,12 +74,12 @@ const BadSound badSounds[] = {
     {"HttpNotFound", [](const BadPlace &place) { return uri(place.http.missing()); },
      "missing.wav\" can't be fetched"},
     {"SilentHttpServer", [](const BadPlace &place) { return uri(place.http.silent()); },
-     "the server is too slow: it was waited for 700 ms"},
+     "the server is too slow: gave up after 700 ms"},
     {"SilentHttpStream",
      [](const BadPlace &place) {
          return stream(place.http.silent(), "audio/L16;rate=48000;channels=1");
      },
-     "the server is too slow: it was waited for 700 ms"},
+     "the server is too slow: gave up after 700 ms"},
     {"BadBase64",
      [](const BadPlace &) {
          return QJsonObject{{"type", 1}, {"content", "?!"}};

@@ -57,7 +57,7 @@ CMReply<QVariant> ClientMessages::open(const std::string &client, const QVariant
     reply.addWatcher(
         this, [this, number](const CMVoidReply &answer) { on_open_finished(number, answer); },
         Qt::QueuedConnection);
-    // Without the texts, and without fields that the display does not know but would keep.
+    // The texts are left out, and so are unknown fields, which the display would store.
     const auto queued = TavoNotificationDisplayItem()
                             .setId(item.id())
                             .setTimeout(item.timeout())

@@ -10,7 +10,7 @@
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 
-/// As of a path, in characters.
+/// The limit for paths, in characters.
 constexpr int maxLocationLength = 4096;
 
 /// How many different refusals are logged, so that a client can't fill the log.

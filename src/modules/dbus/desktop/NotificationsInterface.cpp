@@ -46,7 +46,7 @@ NotificationsInterface::~NotificationsInterface()
 {
     if (m_notifications.count() > 0) {
         m_notifications.closeAll(OpenNotifications::Reason::Undefined);
-        m_object.reset(); // Nobody opens another one meanwhile.
+        m_object.reset(); // so that nobody opens another one during this
         m_bus.flush(flushTimeout);
     }
 }

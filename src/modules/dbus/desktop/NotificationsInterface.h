@@ -38,7 +38,7 @@ public:
     ~NotificationsInterface() override;
 
 public Q_SLOTS:
-    /// A client has requested the display to close what is at the path.
+    /// A client has requested the display to close the notification at the path.
     void on_model_messageCancelled(const CMPath &path);
 
 private Q_SLOTS:
@@ -51,8 +51,8 @@ private:
     void notify(const BusMessage &call);
     void closeNotification(const BusMessage &call);
 
-    /// Charges a client for the notification that it opens. Throws BusError::limitExceeded() for one
-    /// too many. Until the notification is closed, the id must say which one it is.
+    /// Charges a client for the notification that it opens. Throws BusError::limitExceeded() if it
+    /// has too many. The id must hold the notification's id until the notification is closed.
     Quotas::Charge chargeFor(const std::string &client, const NotifyCall &request,
                              const std::shared_ptr<const quint32> &id);
 
@@ -64,8 +64,8 @@ private:
 
     enum class Receiver {
         Client,
-        Everyone ///< on a bus of one user, as from most servers: some programs listen on another
-                 ///< connection than they notify on. Elsewhere the client
+        Everyone ///< on a bus of one user, as with most servers, because some programs do not listen on
+                 ///< the connection that they notify on; only the client on other buses
     };
 
     /// Sends a signal about a notification of the client; the client may be empty.

@@ -56,7 +56,7 @@ struct IsPlain
     }
 };
 
-/// At most so many characters of a text, and no half of a surrogate pair: nothing with one could be sent.
+/// The beginning of a text. Never ends with half a surrogate pair, which could not be sent.
 QString beginning(const QString &text, int maxLength)
 {
     if (text.size() <= maxLength) {
@@ -133,7 +133,7 @@ private:
         }
     }
 
-    /// Reads a known tag. False, with nothing read, when there is none.
+    /// Reads a known tag. Returns false and reads nothing if there is none.
     bool readTag()
     {
         if (m_tags == Tags::Keep || m_markup.at(m_at) != '<') {
@@ -220,7 +220,7 @@ private:
         return {};
     }
 
-    /// Reads an entity. False, with nothing read, when there is none.
+    /// Reads an entity. Returns false and reads nothing if there is none.
     bool readEntity()
     {
         const std::optional<MarkupEntity> entity = MarkupEntity::read(m_markup.mid(m_at));

@@ -11,12 +11,12 @@ constexpr int maxLineLength = 1000;
 
 /// Removes the markup of desktop notifications from a text.
 ///
-/// Known tags are removed; <br> and <p> leave line breaks, an <img> its alternative text. What is not
-/// such a tag ("a < b", "<user@example.org>") is text and stays. Known entities become their
-/// characters; a number that is not a character's, or that of one that is unsafe to print, becomes
-/// U+FFFD; unknown entities stay. All that ends a line becomes a line feed. Other characters that are
-/// unsafe to print are dropped, except tabs. The result must be shown as plain text: it may look like
-/// markup.
+/// Known tags are removed; <br> and <p> leave line breaks, an <img> its alternative text. Anything
+/// else that looks like a tag ("a < b", "<user@example.org>") is text and stays. Known entities
+/// become their characters; unknown ones stay. A number becomes U+FFFD if its character does not
+/// exist or is unsafe to print. Every line ending becomes a line feed. Other characters that are
+/// unsafe to print are dropped, except tabs. The result must be shown as plain text: it may look
+/// like markup.
 ///
 /// The time grows linearly with the text's length. What comes after maxTextLength is not read.
 QString plainText(const QString &markup);

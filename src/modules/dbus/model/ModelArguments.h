@@ -10,7 +10,7 @@ class BusMessage;
 class BusReader;
 
 /// Reads and checks the arguments of calls to org.tavo.Model1. Throws BusError::invalidPath() for a string
-/// that is not a path, and BusError::invalidArguments() for another argument that has no meaning.
+/// that is not a path, and BusError::invalidArguments() for other arguments that are invalid.
 namespace ModelArguments {
 CMPath readPath(BusReader &reader);
 
@@ -22,7 +22,7 @@ CMPath readPathOrRoot(const BusMessage &call);
 
 Subscriptions::Change readChange(BusReader &reader);
 
-/// Throws BusError::limitExceeded() when the texts of a message to show, with their arguments, or its
-/// path are too long.
+/// Checks a message to show. Throws BusError::limitExceeded() if its path, or its texts with their
+/// arguments, are too long.
 void checkTexts(const QVariant &value);
 } // namespace ModelArguments

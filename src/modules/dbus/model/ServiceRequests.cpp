@@ -8,13 +8,13 @@
 #include "modules/dbus/clients/Refusals.h"
 
 namespace {
-/// The player takes 256 of all clients and modules together.
+/// For each client. The player accepts 256 requesters, of all clients and modules together.
 constexpr std::size_t maxRequesters = 16;
 
-/// In characters. The services refuse longer names, so there is no need to know them.
+/// In characters. The services refuse longer names, so they need not be tracked.
 constexpr int maxNameLength = 256;
 
-/// An empty name stays one: the services refuse it.
+/// An empty name stays empty, so that the services refuse it.
 QString nameOf(const std::string &client, const QString &name)
 {
     return name.isEmpty()
