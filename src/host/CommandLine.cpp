@@ -13,7 +13,7 @@ Exit codes:
   0    success: stopped by SIGINT, SIGTERM or a module
   64   wrong arguments
   69   a module is missing, can't be loaded or exports no worker_create
-  70   a module's worker_create failed
+  70   a module's worker_create failed, or a module did not stop
   71   an operation of the operating system failed
   78   the configuration is wrong or can't be read
   130  ended at once, by SIGINT as the second signal

@@ -4,9 +4,13 @@
 #include "host/ModuleThread.h"
 
 #include "core/model/cmworker.h"
+#include "host/ExitCode.h"
 
+#include <log4cplus/logger.h>
+#include <log4cplus/loggingmacros.h>
 #include <log4cplus/thread/threads.h>
 
+#include <cstdlib>
 #include <exception>
 #include <utility>
 
@@ -34,10 +38,14 @@ std::optional<Failure> ModuleThread::startWorker()
     return failure;
 }
 
-void ModuleThread::stopWorker()
+void ModuleThread::stopWorker(std::chrono::milliseconds limit)
 {
     quit();
-    wait();
+    if (!wait(static_cast<unsigned long>(limit.count()))) {
+        LOG4CPLUS_FATAL(log4cplus::Logger::getInstance("Host"),
+                        "Ending at once, because a module hangs: " << name().toStdString());
+        std::_Exit(static_cast<int>(ExitCode::WorkerFailed));
+    }
 }
 
 void ModuleThread::run()

@@ -10,6 +10,7 @@
 #include <QByteArray>
 #include <QThread>
 
+#include <chrono>
 #include <future>
 #include <memory>
 #include <optional>
@@ -22,6 +23,9 @@ class CMWorker;
 class ModuleThread : public QThread
 {
 public:
+    /// Far longer than a worker takes, and shorter than a service manager waits.
+    static constexpr std::chrono::seconds maxStop{30};
+
     ModuleThread(ModuleEntry entry, WorkerCreate create);
 
     /// Calls stopWorker().
@@ -34,8 +38,9 @@ public:
     std::optional<Failure> startWorker();
 
     /// Deletes the worker in its thread and waits until the thread has ended. Queued calls to the
-    /// worker are dropped.
-    void stopWorker();
+    /// worker are dropped. If the worker hangs for longer than the limit, logs that and ends the
+    /// process.
+    void stopWorker(std::chrono::milliseconds limit = maxStop);
 
 protected:
     void run() override;
