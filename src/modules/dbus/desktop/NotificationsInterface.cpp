@@ -102,8 +102,8 @@ void NotificationsInterface::notify(const BusMessage &call)
         *opened = id;
         m_charges[id] = std::move(charge);
     }
-    if (!request.isSilent) {
-        m_sounds.play(call.sender(), id, request.soundFile, request.soundName,
+    if (!request.hints.isSilent) {
+        m_sounds.play(call.sender(), id, request.hints.soundFile, request.hints.soundName,
                       request.notification.priority);
     }
     BusWriter reply(call.createReply());

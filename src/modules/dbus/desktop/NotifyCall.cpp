@@ -3,7 +3,6 @@
 
 #include "NotifyCall.h"
 
-#include "NotifyHints.h"
 #include "PlainText.h"
 #include <bus/BusReader.h>
 
@@ -90,12 +89,14 @@ NotifyCall NotifyCall::read(const BusMessage &call, const Timeouts &timeouts,
     }
     notification.text = plainText(reader.readString());
     readActions(result, reader);
-    NotifyHints::read(result, reader);
-    notification.priority =
-        limits.allowedPriority(result.exactPriority.value_or(notification.priority));
-    if (notification.icon.isEmpty()) {
-        notification.icon = icon;
-    }
+    result.hints = NotifyHints::read(reader);
+    const NotifyHints &hints = result.hints;
+    notification.priority = limits.allowedPriority(hints.exactPriority.value_or(hints.priority));
+    notification.icon = hints.icon.isEmpty() ? icon : hints.icon;
+    notification.category = hints.category;
+    notification.desktopEntry = hints.desktopEntry;
+    notification.isTransient = hints.isTransient;
+    notification.isResident = hints.isResident;
     notification.timeout = timeoutFor(result, reader.readInt32(), timeouts);
     result.size = sizeOf(notification);
     return result;

@@ -5,11 +5,9 @@
 
 #include "DesktopNotification.h"
 #include "modules/dbus/clients/ClientLimits.h"
-
-#include <QString>
+#include "NotifyHints.h"
 
 #include <cstddef>
-#include <optional>
 
 class BusMessage;
 
@@ -27,15 +25,10 @@ struct NotifyCall
 
     quint32 replacedId = 0; ///< 0: none
     DesktopNotification notification;
-    /// From the hint "x-tavo-priority", for priorities other than those of the three urgencies.
-    std::optional<TavoNotificationItemPriority::Enum> exactPriority;
+    NotifyHints hints; ///< those that are shown are in the notification too
     /// Some actions were left out, because nobody could choose them or there were too many.
     bool hasBadActions = false;
-
-    bool isSilent = false;
     std::size_t size = 0; ///< of the stored data, for Quotas::storedBytes()
-    QString soundFile;    ///< a path or a URI
-    QString soundName;    ///< an event of the sound theme
 
     /// Throws BusError::limitExceeded() for texts and hints that are too large, and
     /// BusError::invalidArguments() for arguments of other types.

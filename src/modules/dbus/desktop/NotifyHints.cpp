@@ -3,7 +3,6 @@
 
 #include "NotifyHints.h"
 
-#include "NotifyCall.h"
 #include "PlainText.h"
 #include <bus/BusReader.h>
 
@@ -26,42 +25,37 @@ TavoNotificationItemPriority::Enum priorityForUrgency(std::optional<qint64> urge
     return TavoNotificationItemPriority::Normal;
 }
 
-using Hint = void (*)(NotifyCall &call, BusReader &reader);
+using Hint = void (*)(NotifyHints &hints, BusReader &reader);
 
-template <QString DesktopNotification::*field>
-void readLine(NotifyCall &call, BusReader &reader)
+template <QString NotifyHints::*field>
+void readLine(NotifyHints &hints, BusReader &reader)
 {
-    call.notification.*field = plainLine(reader.readStringVariant().value_or(QString()));
+    hints.*field = plainLine(reader.readStringVariant().value_or(QString()));
 }
 
-template <QString NotifyCall::*field>
-void readSound(NotifyCall &call, BusReader &reader)
+template <QString NotifyHints::*field>
+void readSound(NotifyHints &hints, BusReader &reader)
 {
-    call.*field = reader.readStringVariant().value_or(QString());
+    hints.*field = reader.readStringVariant().value_or(QString());
 }
 
-template <bool DesktopNotification::*field>
-void readBoolean(NotifyCall &call, BusReader &reader)
+template <bool NotifyHints::*field>
+void readBoolean(NotifyHints &hints, BusReader &reader)
 {
-    call.notification.*field = reader.readIntegerVariant().value_or(0) != 0;
+    hints.*field = reader.readIntegerVariant().value_or(0) != 0;
 }
 
-void readSilence(NotifyCall &call, BusReader &reader)
+void readUrgency(NotifyHints &hints, BusReader &reader)
 {
-    call.isSilent = reader.readIntegerVariant().value_or(0) != 0;
+    hints.priority = priorityForUrgency(reader.readIntegerVariant());
 }
 
-void readUrgency(NotifyCall &call, BusReader &reader)
-{
-    call.notification.priority = priorityForUrgency(reader.readIntegerVariant());
-}
-
-void readExactPriority(NotifyCall &call, BusReader &reader)
+void readExactPriority(NotifyHints &hints, BusReader &reader)
 {
     const auto priority = reader.readIntegerVariant();
     if (priority && *priority >= std::numeric_limits<int>::min() &&
         *priority <= std::numeric_limits<int>::max()) {
-        call.exactPriority = TavoNotificationItemPriority::Enum(*priority);
+        hints.exactPriority = TavoNotificationItemPriority::Enum(*priority);
     }
 }
 
@@ -70,30 +64,32 @@ const QHash<QString, Hint> &knownHints()
     static const QHash<QString, Hint> hints{
         {QStringLiteral("urgency"), readUrgency},
         {QStringLiteral("x-tavo-priority"), readExactPriority},
-        {QStringLiteral("category"), readLine<&DesktopNotification::category>},
-        {QStringLiteral("desktop-entry"), readLine<&DesktopNotification::desktopEntry>},
-        {QStringLiteral("image-path"), readLine<&DesktopNotification::icon>},
-        {QStringLiteral("transient"), readBoolean<&DesktopNotification::isTransient>},
-        {QStringLiteral("resident"), readBoolean<&DesktopNotification::isResident>},
-        {QStringLiteral("sound-file"), readSound<&NotifyCall::soundFile>},
-        {QStringLiteral("sound-name"), readSound<&NotifyCall::soundName>},
-        {QStringLiteral("suppress-sound"), readSilence}};
+        {QStringLiteral("category"), readLine<&NotifyHints::category>},
+        {QStringLiteral("desktop-entry"), readLine<&NotifyHints::desktopEntry>},
+        {QStringLiteral("image-path"), readLine<&NotifyHints::icon>},
+        {QStringLiteral("transient"), readBoolean<&NotifyHints::isTransient>},
+        {QStringLiteral("resident"), readBoolean<&NotifyHints::isResident>},
+        {QStringLiteral("sound-file"), readSound<&NotifyHints::soundFile>},
+        {QStringLiteral("sound-name"), readSound<&NotifyHints::soundName>},
+        {QStringLiteral("suppress-sound"), readBoolean<&NotifyHints::isSilent>}};
     return hints;
 }
 } // namespace
 
-void NotifyHints::read(NotifyCall &call, BusReader &reader)
+NotifyHints NotifyHints::read(BusReader &reader)
 {
+    NotifyHints hints;
     reader.enterArray("{sv}");
     while (!reader.isAtEnd()) {
         reader.enterDictEntry("sv");
         const auto hint = knownHints().constFind(reader.readString());
         if (hint != knownHints().constEnd()) {
-            (*hint)(call, reader);
+            (*hint)(hints, reader);
         } else {
             reader.skip();
         }
         reader.leave();
     }
     reader.leave();
+    return hints;
 }

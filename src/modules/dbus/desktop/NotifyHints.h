@@ -3,11 +3,30 @@
 
 #pragma once
 
+#include <core/records/enumerations.h>
+
+#include <QString>
+
+#include <optional>
+
 class BusReader;
-struct NotifyCall;
 
 /// The hints of a desktop notification: its urgency, its sound and others.
-namespace NotifyHints {
-/// Reads the dictionary of hints. An unknown hint, and one of another type than expected, is skipped.
-void read(NotifyCall &call, BusReader &reader);
-} // namespace NotifyHints
+struct NotifyHints
+{
+    /// Of the urgency.
+    TavoNotificationItemPriority::Enum priority = TavoNotificationItemPriority::Normal;
+    /// From the hint "x-tavo-priority", for priorities other than those of the three urgencies.
+    std::optional<TavoNotificationItemPriority::Enum> exactPriority;
+    QString icon;
+    QString category;
+    QString desktopEntry;
+    bool isTransient = false;
+    bool isResident = false;
+    bool isSilent = false;
+    QString soundFile; ///< a path or a URI
+    QString soundName; ///< an event of the sound theme
+
+    /// Reads the dictionary of hints. An unknown hint, and one of another type than expected, is skipped.
+    static NotifyHints read(BusReader &reader);
+};
