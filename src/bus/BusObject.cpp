@@ -40,6 +40,18 @@ BusObject::BusObject(sd_bus *bus, const BusInterface &interface)
 {
 }
 
+BusObject::~BusObject() = default;
+
+void BusObject::setMethod(const std::string &name, const Handler &handler)
+{
+    m_handlers[name] = handler;
+}
+
+void BusObject::setConstant(const std::string &name, const std::string &value)
+{
+    m_constants[name] = value;
+}
+
 void BusObject::publish()
 {
     m_table = {start()};

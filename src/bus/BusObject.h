@@ -24,14 +24,12 @@ public:
     BusObject(sd_bus *bus, const BusInterface &interface);
     BusObject(const BusObject &) = delete;
     BusObject &operator=(const BusObject &) = delete;
+    ~BusObject();
 
-    void setMethod(const std::string &name, const Handler &handler) { m_handlers[name] = handler; }
+    void setMethod(const std::string &name, const Handler &handler);
 
     /// A property that is a string and does not change.
-    void setConstant(const std::string &name, const std::string &value)
-    {
-        m_constants[name] = value;
-    }
+    void setConstant(const std::string &name, const std::string &value);
 
     /// Serves the object. Every method and every property must have been set.
     void publish();

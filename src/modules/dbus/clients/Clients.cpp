@@ -75,6 +75,12 @@ bool Clients::pass(const BusMessage &call)
     return isServed(call) || m_unread.admitSmall(client, builtInReplyBytes(call));
 }
 
+void Clients::serve(BusObject &object, const char *method, const Handler &handler)
+{
+    m_objects.insert(&object);
+    object.setMethod(method, [this, handler](const BusMessage &call) { handle(call, handler); });
+}
+
 bool Clients::isServed(const BusMessage &call) const
 {
     return std::any_of(m_objects.begin(), m_objects.end(),

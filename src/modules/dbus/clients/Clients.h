@@ -45,13 +45,10 @@ public:
     void serve(BusObject &object, const char *method, Receiver *receiver,
                void (Receiver::*member)(const BusMessage &call))
     {
-        const Handler handler = [receiver, member](const BusMessage &call) {
-            (receiver->*member)(call);
-        };
-        m_objects.insert(&object);
-        object.setMethod(method,
-                         [this, handler](const BusMessage &call) { handle(call, handler); });
+        serve(object, method,
+              [receiver, member](const BusMessage &call) { (receiver->*member)(call); });
     }
+    void serve(BusObject &object, const char *method, const Handler &handler);
 
     /// Calls a handler at once. An exception is sent as the error reply.
     template <typename Handle>
