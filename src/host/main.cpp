@@ -19,10 +19,31 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <exception>
 #include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
+/// Keeps the host running when a handler of an event throws an exception, in any thread. The request that
+/// was being handled is dropped, so its sender gets an error.
+class Application : public QCoreApplication
+{
+public:
+    using QCoreApplication::QCoreApplication;
+
+    bool notify(QObject *receiver, QEvent *event) override
+    {
+        try {
+            return QCoreApplication::notify(receiver, event);
+        } catch (const std::exception &exception) {
+            LOG4CPLUS_ERROR(log4cplus::Logger::getInstance("Host"),
+                            "A handler of a " << receiver->metaObject()->className()
+                                              << " threw an exception: " << exception.what());
+            return true;
+        }
+    }
+};
+
 int exitWith(const ExitFailure &failure)
 {
     std::fprintf(stderr, "%s\n", qPrintable(printable(failure.reason)));
@@ -134,7 +155,7 @@ int main(int argc, char **argv)
 {
     // GLib's event dispatcher makes each queued call a third more expensive.
     qputenv("QT_NO_GLIB", "1");
-    QCoreApplication app(argc, argv);
+    Application app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("tavo-host"));
     QCoreApplication::setApplicationVersion(QStringLiteral(TAVO_VERSION));
 

@@ -26,6 +26,7 @@
 //   say           a text that is logged as Qt's debug, info, warning and critical message, and as a
 //                 warning of the category "scripted.category"
 //   fatal         a text for qFatal() in the worker's event loop
+//   throw         a text that the worker throws in its event loop
 //   quit          whether the worker ends the program's event loop
 //   echo          any value: logged as it was received
 
@@ -94,6 +95,10 @@ private:
         }
         if (m_config.value(QStringLiteral("quit")).toBool()) {
             QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
+        }
+        if (m_config.contains(QStringLiteral("throw"))) {
+            throw std::runtime_error(
+                m_config.value(QStringLiteral("throw")).toString().toStdString());
         }
         log("working");
     }

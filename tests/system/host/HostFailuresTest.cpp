@@ -104,3 +104,14 @@ TEST_F(HostFailuresTest, RaisesItsLimitOfFileDescriptors)
     ASSERT_EQ(prlimit(pid_t(m_host.processId()), RLIMIT_NOFILE, nullptr, &raised), 0);
     EXPECT_EQ(raised.rlim_cur, std::min<rlim_t>(before.rlim_max, 65536));
 }
+
+TEST_F(HostFailuresTest, SurvivesAHandlerThatThrows)
+{
+    m_host.setConfiguration(configurationOf(
+        {scripted("bad", {{"throw", "a request was too much"}}), scripted("good")}));
+    ASSERT_TRUE(m_host.startReady());
+    ASSERT_TRUE(m_host.waitForLog("threw an exception: a request was too much"));
+    ASSERT_TRUE(m_host.waitForLog("good working"));
+    EXPECT_EQ(m_host.stop(), 0);
+    EXPECT_THAT(eventNames({"deleted"}), ElementsAre("good deleted", "bad deleted"));
+}

@@ -11,6 +11,7 @@
 #include <limits>
 #include <malloc.h>
 #include <memory>
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -19,6 +20,23 @@ using testing::HasSubstr;
 using testing::Not;
 
 constexpr const char *invalidArguments = "org.freedesktop.DBus.Error.InvalidArgs";
+
+/// A node whose requests all throw.
+class ThrowingNode : public CMNode
+{
+public:
+    ThrowingNode(CMNodes *nodes, const CMPath &path)
+        : CMNode(nodes, path)
+    {
+        publish();
+    }
+
+    TrString title() const override { throw std::bad_alloc(); }
+    void setData(const CMSetDataRequest &) override { throw std::bad_alloc(); }
+    void getData(const CMGetDataRequest &) override { throw std::bad_alloc(); }
+    void getRows(const CMGetRowsRequest &) override { throw std::bad_alloc(); }
+    void matchRow(const CMMatchRowRequest &) override { throw std::bad_alloc(); }
+};
 
 /// Bad input of a client, after which it and all others are still served.
 class DbusBadInputTest : public ModelTest
@@ -297,5 +315,19 @@ TEST_F(DbusBadInputTest, ManyRecordsWhoseKeysHaveOneHashKeepNobodyWaiting)
     EXPECT_TRUE(ModelClient(bus().address()).getValue("/test/value"_s).succeeds());
     EXPECT_LT(waiting.elapsed(), 1000);
     EXPECT_TRUE(many.succeeds());
+}
+
+TEST_F(DbusBadInputTest, RequestsToANodeThatThrowsAreAnswered)
+{
+    CMNodes nodes;
+    new ThrowingNode(&nodes, CMPath("/bad/node"_s)); // owned by the set
+    const char *failed = "org.freedesktop.DBus.Error.Failed";
+    expectRefusal(client->send("/bad/node"_s, 1), failed);
+    expectRefusal(client->getValue("/bad/node"_s), failed);
+    expectRefusal(client->getRows("/bad/node"_s, 0, -1), failed);
+    expectRefusal(client->ask("List", {"/bad"_s}), failed);
+    expectRefusal(client->ask("Tree", {"/"_s}), failed);
+    expectRefusal(client->describe({"/bad/node"_s}), failed);
+    EXPECT_TRUE(client->ask("List", {"/"_s}).succeeds());
 }
 } // namespace
