@@ -17,9 +17,9 @@
 /// hide a record or fill the disk, and no password gets into the log:
 /// - Characters that are unsafe to print are escaped, and user names and passwords of URLs removed.
 /// - A text of more than 4000 characters is shortened.
-/// - Of the records from INFO up that one line of the source logs within a second, the first 100 are
-///   written. How many were left out is written later, by writeLeftOut() or with the next record
-///   after that second, so that it comes before everything that follows it.
+/// - If one line of the source logs more than 100 records from INFO up within a second, only the
+///   first 100 are written. The number left out is written later, by writeLeftOut() or before the
+///   next record after that second.
 ///
 /// Thread: any. Owned by the logger.
 class LogGate : public log4cplus::Appender, private log4cplus::helpers::AppenderAttachableImpl

@@ -10,8 +10,8 @@
 #include <utility>
 #include <vector>
 
-/// 2^bits texts with equal qHash() without a seed, and on processors for which Qt has no faster hash, with
-/// every seed.
+/// 2^bits texts that have equal qHash() without a seed; on processors for which Qt has no faster
+/// hash, also with any seed.
 inline std::vector<QString> textsOfOneHash(int bits)
 {
     std::vector<QString> texts;
@@ -26,9 +26,9 @@ inline std::vector<QString> textsOfOneHash(int bits)
     return texts;
 }
 
-/// 2^bits texts with equal qHash() with every seed, which Qt makes a CRC where the processor can compute
-/// one. In a CRC, changing a bit of a text always changes the same bits of the hash. So it takes linear
-/// algebra to find changes that cancel each other.
+/// 2^bits texts that have equal qHash() with any seed, on processors that can compute a CRC: there,
+/// Qt uses a CRC as the hash. In a CRC, changing a bit of a text always changes the same bits of
+/// the hash, so changes that cancel each other are found by linear algebra.
 inline std::vector<QString> textsOfOneSeededHash(int bits)
 {
     constexpr uint seed = 1;

@@ -32,7 +32,7 @@ const std::string &hundredKibibytes()
     return text;
 }
 
-/// Priorities that somebody chooses who wants to be first.
+/// Priorities for somebody who wants to be first.
 int highPriority(Hostile &hostile)
 {
     return hostile.dice().oneOf(std::vector<int>{Priority::Urgent, Priority::Urgent, INT_MAX});
@@ -296,7 +296,7 @@ void manyMessages(Hostile &hostile)
     }
 }
 
-/// Messages whose own time never ends, before those of all others.
+/// Messages without a timeout, put before everybody else's.
 void headOfTheDisplay(Hostile &hostile)
 {
     Notification notification;

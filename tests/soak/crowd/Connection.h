@@ -43,13 +43,13 @@ public:
     /// Sends a message and waits until the bus has taken it.
     void send(const BusMessage &message, bool wantsReply = true);
 
-    /// Sends a call and waits for its reply, which may be an error. Nothing if there is none in time. What
-    /// else comes meanwhile goes to the handler.
+    /// Sends a call and waits for its reply, which may be an error. Returns nothing if it does not
+    /// come in time. Other messages that come first go to the handler.
     std::optional<BusMessage> call(
         const BusMessage &message, std::chrono::milliseconds timeout,
         const Handler &others = [](const BusMessage &) {});
 
-    /// Hands what comes to the handler, for as long as it says.
+    /// Passes incoming messages to the handler for this long.
     void read(std::chrono::milliseconds duration, const Handler &handler);
 
     /// Ends the connection, so that another thread that uses it does not wait any longer.

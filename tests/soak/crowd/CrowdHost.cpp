@@ -169,7 +169,7 @@ void CrowdHost::writeFiles()
         writeSound(inFolder(name), SF_FORMAT_WAV | SF_FORMAT_PCM_16, rate,
                    countingSamples(alarmFrames));
     }
-    // Gigabytes of nothing, with the beginning of a sound file.
+    // Gigabytes of zeros behind the beginning of a sound file.
     const QByteArray wave = QByteArray("RIFF\xF0\xFF\xFF\xFFWAVEfmt ", 16) + QByteArray(64, '\0');
     const QByteArray ogg =
         QByteArray("OggS\0\2", 6) + QByteArray(20, '\0') + QByteArray("\1\36\1vorbis", 9);

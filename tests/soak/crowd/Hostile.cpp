@@ -36,7 +36,7 @@ void Hostile::attack(const Attack &attack)
         connect(attack);
         attack.run(*this);
     } catch (const ConnectionLost &) {
-        // The bus ends the connections of those that go too far.
+        // The bus disconnects clients that break its rules.
         std::this_thread::sleep_for(nap);
     }
     const std::lock_guard lock(m_mutex);

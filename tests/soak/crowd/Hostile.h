@@ -71,7 +71,7 @@ public:
     }
     void send(const BusMessage &call, bool wantsReply = true);
 
-    /// Reads replies until the attack's time is over or so many have come, errors included.
+    /// Reads replies, errors included, until this many have come or the attack's time is over.
     void readReplies(long count);
     /// Reads what is there.
     void read();

@@ -20,7 +20,8 @@ public:
     PrivateBus(const PrivateBus &) = delete;
     PrivateBus &operator=(const PrivateBus &) = delete;
 
-    /// Settings: the bytes that the system bus keeps of one sender, and for one receiver.
+    /// The settings of the system bus that limit the unread bytes of one sender and for one
+    /// receiver.
     static QString systemLimits();
 
     /// Stays the same when the bus is restarted.

@@ -117,7 +117,7 @@ TEST_F(FileFaultsTest, AFileThatIsOverwrittenEndsOnce)
     startSound();
     QFile file(m_file);
     ASSERT_TRUE(file.open(QIODevice::ReadWrite));
-    // The header too, but the size stays the same. What is heard is noise, and it ends.
+    // Overwrites the header, too, but keeps the size. The rest plays as noise, and the sound ends.
     ASSERT_EQ(file.write(QByteArray(int(file.size()), 'x')), file.size());
     file.close();
     expectFinishedWhole();

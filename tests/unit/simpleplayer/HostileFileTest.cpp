@@ -20,7 +20,7 @@ namespace {
 
 constexpr qint64 gibibyte = qint64(1) << 30;
 
-/// Far more than it takes, and far less than reading such a file.
+/// Far longer than an interruption takes, and far shorter than reading such a file.
 constexpr int promptMs = 3000;
 
 /// Where the second page of an Ogg file begins.

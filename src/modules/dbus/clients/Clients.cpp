@@ -22,7 +22,8 @@ const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 constexpr const char *vanishedRule =
     "type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg2=''";
 
-/// A bus that hangs is not waited for: until it tells, a client counts as one of an unknown user.
+/// For asking the bus for the user of a client. Nothing waits for the reply: until it comes, the
+/// user counts as unknown.
 constexpr std::chrono::seconds userTimeout(25);
 
 /// The replies that sd-bus makes by itself are short, except the description of an object.
@@ -181,7 +182,7 @@ void Clients::on_bus_lost()
     for (const std::string &client : m_quotas.clients()) {
         forget(client);
     }
-    // After the clients: what ends with them may still have been sent to others.
+    // After the clients, because their end may still send messages to others.
     m_unread.stop();
 }
 
@@ -193,7 +194,7 @@ void Clients::on_name_vanished(const BusMessage &message)
             forget(BusReader(message).readString().toStdString());
         }
     } catch (const std::exception &error) {
-        LOG4CPLUS_WARN(logger, "A client that leaves can't be told: " << error.what());
+        LOG4CPLUS_WARN(logger, "Failed to handle the end of a client: " << error.what());
     }
 }
 

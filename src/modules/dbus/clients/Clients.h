@@ -81,11 +81,11 @@ private:
     void askUser(const std::string &client);
     void handle(const BusMessage &call, const Handler &handler);
 
-    /// Whether a handler will see the call. To others, sd-bus replies.
+    /// Whether a handler will get the call. If not, sd-bus replies to it.
     bool isServed(const BusMessage &call) const;
 
-    /// Runs the action as soon as it is known that the client reads its replies. The action sends about
-    /// this many bytes. If the client does not read, makes the error for the reason.
+    /// Runs the action, which sends about this many bytes, as soon as it is known that the client
+    /// reads its replies. If it does not, makes the error and sends that.
     template <typename Action, typename Refusal>
     void whenReading(const BusMessage &call, std::size_t bytes, const Action &action,
                      const Refusal &refusal);

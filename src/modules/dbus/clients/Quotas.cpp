@@ -12,10 +12,11 @@
 namespace {
 constexpr std::size_t unlimited = std::numeric_limits<std::size_t>::max();
 
-/// A client that starts with many requests does not have to wait.
+/// A client may send this many seconds' worth of requests at once.
 constexpr double burstSeconds = 2;
 
-/// What clients of one user have left behind goes first while it is more than this part of the total.
+/// What clients have left behind is given up first while it is more than this part of the total (a
+/// divisor).
 constexpr std::size_t leftPart = 16;
 } // namespace
 

@@ -20,16 +20,20 @@
 
 /// Counts what each client holds, by kind, against the limits of one client and of all together.
 ///
-/// Owned by Clients. Clients are known by their unique names, each from its first request until it
-/// leaves, and by their user once the bus has told it. Charges that outlive their client count for
-/// its user.
+/// Owned by Clients. A client is known by its unique name from its first request until it leaves,
+/// and by its user once the bus has named it. Charges that outlive their client count for its user.
 ///
-/// When a total is used up, room is made, so that nobody can use up what others need:
-/// - by the user that holds most, if it is more than the asking client's user would hold;
-/// - of what that user holds, first by what clients have left behind, except for a small part of the total;
-/// - then by the client that holds most, if it is more than the asking client would hold;
-/// - for something urgent, also by something that is not, whoever holds it.
-/// What one client holds goes in the order of priority, the least urgent first, and then of age.
+/// When a total is used up, charges are given up to make room, so that nobody can use up what
+/// others need:
+/// - They are taken from the user that holds most, if this is more than the asking client's user
+///   would then hold.
+/// - From this user, first what clients have left behind is taken, except for a small part of the
+///   total.
+/// - Then charges are taken from the client that holds most, if this is more than the asking client
+///   would hold.
+/// - If that makes no room for something urgent, something that is not urgent is taken from
+///   anybody.
+/// From one client, the least urgent is taken first, and the oldest of these.
 class Quotas
 {
     struct Account;
@@ -56,8 +60,8 @@ public:
         Priority priority = TavoNotificationItemPriority::Normal;
     };
 
-    /// Gives up what was charged, because another client needs the room. It does not count any more
-    /// when this is called.
+    /// Gives up what was charged, because another client needs the room. Called when the charge no
+    /// longer counts.
     using Release = std::function<void()>;
 
     /// Something that a client holds. It counts until it is destroyed, and must not outlive the quotas.
@@ -79,8 +83,8 @@ public:
         std::unique_ptr<Item> m_item; ///< null once it is moved from
     };
 
-    /// About what something takes in memory that came in a message, where its strings took this many
-    /// bytes: two for each character, and what is around it.
+    /// Estimates the memory for something whose strings took this many bytes in a message: two
+    /// bytes for each character, and a fixed overhead.
     static constexpr std::size_t storedBytes(std::size_t messageBytes)
     {
         return 2 * messageBytes + 2048;
@@ -97,16 +101,16 @@ public:
     /// Throws BusError::limitExceeded() when that would exceed a limit.
     Charge charge(const std::string &client, const Cost &cost, Release release = {});
 
-    /// The same thing takes this much from now on, and has this priority. Throws
-    /// BusError::limitExceeded() as charge() does, and changes nothing then.
+    /// Changes the stored bytes and the priority of a charge. Throws BusError::limitExceeded() as
+    /// charge() does, and then changes nothing.
     void change(Charge &charge, std::size_t storedBytes, Priority priority);
 
-    /// Whether there is room for this much more of something that can't be given up: the client leaves as
-    /// much for others as it takes, and its user a quarter of what other users leave. There is always
-    /// room for what ordinary calls need.
+    /// Whether there is room for this much more of something that can't be given up. The client
+    /// must leave as much of the total free as it then holds, and its user a quarter of what other
+    /// users leave. There is always room for freeBytes.
     bool hasRoom(const std::string &client, Kind kind, std::size_t amount) const;
 
-    // Counts what changes with each message. The client must be known.
+    // For amounts that change with each message. The client must be known.
     void add(const std::string &client, Kind kind, std::size_t amount);
     void subtract(const std::string &client, Kind kind, std::size_t amount);
 
@@ -161,13 +165,13 @@ private:
         std::map<Key, Item *> items; ///< those that can be given up
     };
 
-    /// What a charge stands for.
+    /// The data of a charge.
     struct Item
     {
         Item(std::shared_ptr<Account> account, const Amounts &amounts);
         ~Item();
 
-        /// Ends to count.
+        /// Stops counting.
         void settle();
         void moveTo(const std::shared_ptr<Account> &other);
 
@@ -191,7 +195,7 @@ private:
     const std::array<Limit, kinds> m_limits;
     Amounts m_totals{};
     std::uint64_t m_lastNumber = 0;
-    User m_unknown;                        ///< all clients whose user the bus has not told
+    User m_unknown;                        ///< all clients whose user is not known yet
     std::map<std::uint32_t, User> m_users; ///< by id
     std::unordered_map<std::string, std::shared_ptr<Account>> m_accounts;
 };

@@ -224,7 +224,7 @@ void UnreadBytes::ask(ClientMap::value_type &entry)
         known.before += std::exchange(known.since, 0);
     } catch (const BusError &error) {
         // The bus has gone, and with it everything that was sent.
-        LOG4CPLUS_DEBUG(logger, "What is unread can't be asked for: " << error.what());
+        LOG4CPLUS_DEBUG(logger, "Failed to ask the bus for unread bytes: " << error.what());
     }
 }
 
@@ -274,8 +274,8 @@ void UnreadBytes::doWithoutStatistics(const std::string &reason)
     if (!std::exchange(m_isTold, false)) {
         return;
     }
-    LOG4CPLUS_INFO(logger, "The bus doesn't tell what clients haven't read, so that no answers "
-                           "are refused for that: "
+    LOG4CPLUS_INFO(logger, "The bus doesn't tell what clients haven't read, so no reply is "
+                           "refused for that: "
                                << reason);
     for (auto &[client, known] : m_clients) {
         m_quotas.subtract(client, Quotas::UnreadBytes, known.total());

@@ -330,7 +330,7 @@ TEST_F(DbusUnreadByAllTest, OfDescriptionsStopsNoOther)
         ASSERT_TRUE(isServing()) << i;
     }
     EXPECT_TRUE(client->describe({"/test/small"_s}).succeeds());
-    // One that knows nothing yet can find out.
+    // A new client still gets a description.
     BusClient newcomer(bus().address());
     newcomer.setTarget("org.tavo.Model1", "/org/tavo/Model1",
                        "org.freedesktop.DBus.Introspectable");

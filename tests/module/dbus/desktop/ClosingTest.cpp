@@ -123,7 +123,7 @@ public:
                 writer.writeInt32(timeout);
             });
     }
-    /// Requests the display to close what is at the path.
+    /// Requests the display to close the notification at the path.
     BusCall cancel(const QVariant &value)
     {
         return m_client.setTarget("org.tavo.Model1", "/org/tavo/Model1", "org.tavo.Model1")
@@ -196,7 +196,8 @@ TEST_F(ClosingTest, IsReportedOnlyToItsClientOnABusThatUsersShare)
     EXPECT_EQ(client.received().size(), 3U);
 }
 
-/// The display does not say why it closes, but what comes over the bus is known.
+/// The display does not say why it closes a notification, but the module knows the requests that
+/// come over the bus.
 TEST_F(ClosingTest, IsReportedAsClosedForACancelOverTheBusHoweverLate)
 {
     Listener client(bus().address());

@@ -279,7 +279,7 @@ TEST_F(DbusBadInputTest, ARecordWhoseKeysHaveOneHashKeepsNobodyWaiting)
     publishEcho("/test/echo"_s);
     std::vector<QString> keys = textsOfOneSeededHash(14);
     keys.resize(14'000); // as many as a value may have
-    // As large records take their time to make, too, sd-bus writes it.
+    // Written with sd-bus, because making a hash with these keys would take very long here, too.
     const auto write = [&keys](sd_bus_message *call) {
         sd_bus_message_append(call, "s", "/test/echo");
         sd_bus_message_open_container(call, SD_BUS_TYPE_VARIANT, "a{sv}");

@@ -130,7 +130,7 @@ TEST_F(QuotasTest, KnowAClientFromItsFirstRequestUntilItLeaves)
     EXPECT_FALSE(quotas.knows(":1.1"));
 }
 
-/// Clients that hold many sounds, of which those of others can be given up.
+/// Clients that hold many sounds, which can be given up to make room for others.
 class QuotasRoomTest : public testing::Test
 {
 protected:

@@ -131,8 +131,8 @@ TEST(PlainTextTest, AcceptsTwentyThousandNestedTags)
     EXPECT_EQ(plainText(repeated("<i>"_s, 20000) + "deep"_s), "deep"_s);
 }
 
-/// Each would take a time with the square of its length if any of its characters were looked at once
-/// for each tag before it: 256 times as long for 16 times the length.
+/// If characters were read again for each tag before them, these texts would take quadratic time:
+/// 256 times as long for 16 times the length.
 TEST(PlainTextTest, TakesTimeInProportionToTheLength)
 {
     constexpr int size = 256;
@@ -169,7 +169,7 @@ TEST(PlainTextTest, CutsNoCharacterInHalf)
     EXPECT_EQ(plainLine(text), text.left(maxLineLength - 1));
 }
 
-/// In the processor time of 64 KiB, where one MiB is cut to so much.
+/// A text of 1 MiB, which is cut to 64 KiB, must take about as long as one of 64 KiB.
 TEST(PlainTextTest, TakesNoLongerForATextThatIsCut)
 {
     constexpr int tolerance = 4;
