@@ -6,6 +6,7 @@
 #include "Clients.h"
 #include "Refusals.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -28,6 +29,10 @@ bool isEnd(TavoNotificationPlayerResponseType::Enum type)
            type == TavoNotificationPlayerResponseType::Cancelled ||
            type == TavoNotificationPlayerResponseType::Failed;
 }
+
+/// Each priority may have one sound that is paused for a more urgent one, and holds what it has opened,
+/// decoded and fetched. So there are only as many as people use.
+constexpr auto minPriority = TavoNotificationItemPriority::Low;
 
 /// Other sounds end by themselves.
 bool endsWithItsClient(const TavoNotificationPlayerItem &item)
@@ -81,6 +86,7 @@ CMReply<QVariant> ClientSounds::send(const std::string &client,
 {
     const CMPath path = watch(client, item, bytes, file);
     auto watched = item;
+    watched.setPriority(std::max(item.priority(), minPriority));
     CMReply<QVariant> reply = CMRoot()->invoke(
         TavoNotificationPlayerEnqueuePath(),
         TavoValue().setNotificationPlayerItem(watched.setPlaybackResponsePath(path)), {});

@@ -243,6 +243,16 @@ TEST_F(DbusSoundCrowdTest, GetsNoPriorityAboveUrgent)
     EXPECT_EQ(playing("attack-5-0"_s).priority(), TavoNotificationItemPriority::Urgent);
 }
 
+TEST_F(DbusClientSoundsTest, HaveFewPrioritiesBecauseEachMayHaveAPausedSound)
+{
+    for (const int priority : {-1, std::numeric_limits<int>::min()}) {
+        const QString id = QString::number(priority);
+        ASSERT_TRUE(enqueue(sound(id).setPriority(TavoNotificationItemPriority::Enum(priority)))
+                        .succeeds());
+        EXPECT_EQ(playing(id).priority(), TavoNotificationItemPriority::Low);
+    }
+}
+
 TEST_F(DbusClientSoundsTest, PassOnOnlyTheFieldsOfTheRecord)
 {
     TavoHash item = sound("a"_s).setContent("AAAA"_s).setType(TavoNotificationPlayerItemType::Data);
