@@ -43,6 +43,15 @@ public:
         send("org.freedesktop.DBus.Introspectable", "Introspect", [](sd_bus_message *) {});
     }
 
+    void sendSignal(const std::string &receiver)
+    {
+        sd_bus_message *signal = nullptr;
+        check(sd_bus_message_new_signal(m_bus, &signal, "/", "org.tavo.Test", "Test"));
+        check(sd_bus_send_to(m_bus, signal, receiver.c_str(), &m_cookie));
+        sd_bus_message_unref(signal);
+        check(sd_bus_flush(m_bus));
+    }
+
     /// Sends a number to a node.
     void call(const char *path)
     {
@@ -87,7 +96,9 @@ private:
             sd_bus_message *message = nullptr;
             check(sd_bus_process(m_bus, &message));
             if (message == nullptr) {
-                check(sd_bus_wait(m_bus, timeoutMicroseconds));
+                if (sd_bus_wait(m_bus, timeoutMicroseconds) <= 0) {
+                    throw std::runtime_error("a silent client gets no reply");
+                }
                 continue;
             }
             if (sd_bus_message_get_reply_cookie(message, &m_cookie) >= 0) {

@@ -6,6 +6,7 @@
 #include "module/dbus/ModelTest.h"
 #include "support/bus/BusUser.h"
 #include "support/bus/ClientProgram.h"
+#include "support/bus/SilentClient.h"
 
 #include <QFile>
 
@@ -101,6 +102,8 @@ protected:
         return waitFor([this] { return log().contains("Serving org.freedesktop.Notifications"); });
     }
 
+    QString address() const { return m_bus.address(); }
+
     LogCapture &log() { return m_log; }
 
     static constexpr const char *permittedGroup = "games";
@@ -188,6 +191,20 @@ TEST_F(DbusPolicyTest, LetsMembersOfTheGroupDoEverything)
     ASSERT_TRUE(member->subscribe("/test/value"_s, "value"_s).succeeds());
     m_value->setValue(TavoValue().setInt_(5));
     EXPECT_TRUE(member->waitForSignals(1));
+}
+
+TEST_F(DbusPolicyTest, LetsNobodySendSignalsToTheHost)
+{
+    ASSERT_TRUE(isServing());
+    for (const BusUser &user : {BusUser::find("nobody"), BusUser::find("daemon", permittedGroup),
+                                BusUser::find("root")}) {
+        SilentClient sender = [&] {
+            const ActAs otherUser(user);
+            return SilentClient(address());
+        }();
+        sender.sendSignal(uniqueName());
+        EXPECT_EQ(sender.read(1)[accessDenied], 1) << user.uid;
+    }
 }
 
 TEST_F(DbusPolicyTest, DoesNotLetEveryoneReadOrSendRequests)
