@@ -15,8 +15,7 @@ public:
 
     void act();
 
-    /// Plays a sound of each kind, and music, so that the process has allocated what it allocates
-    /// once.
+    /// Plays a sound of each kind, and music, so that all one-time allocations are made.
     void warmUp();
 
     /// The time until the next action, in milliseconds. Mostly short.

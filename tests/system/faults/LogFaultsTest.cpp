@@ -108,7 +108,7 @@ TEST_F(LogFaultsTest, TheHostPlaysOnOnAFullDiskAndWritesAgainWhenThereIsRoom)
                              "; mount -t tmpfs -o size=64k,mode=700 none " +
                              QFile::encodeName(disk) + "; ";
     if (QProcess::execute("/usr/bin/unshare", {"-m", "/bin/sh", "-ec", mount}) != 0) {
-        GTEST_SKIP() << "This takes the right to mount a disk.";
+        GTEST_SKIP() << "This test needs permission to mount a file system.";
     }
     startBehind("exec /usr/bin/unshare -m /bin/sh -ec '" + mount + "exec \"$0\" \"$@\"'",
                 logTo(disk + "/host.log"));
