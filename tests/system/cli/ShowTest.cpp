@@ -57,7 +57,7 @@ TEST_F(CliShowTest, ShowsUrgentMessagesFirst)
     for (const char *priority : {"normal", "low", "urgent", "17", "high"}) {
         EXPECT_EQ(run({"show", "--timeout", "0", "--priority", priority, priority}), s_good);
     }
-    EXPECT_THAT(titles(), ElementsAre("urgent", "17", "high", "normal", "low"));
+    EXPECT_THAT(titles(), ElementsAre("17", "urgent", "high", "normal", "low"));
 }
 
 TEST_F(CliShowTest, WithWaitSucceedsWhenTheMessageExpires)

@@ -24,6 +24,7 @@ ClientMessages::ClientMessages(Clients &clients, CMNodes *nodes)
     : m_clients(clients)
     , m_nodes(nodes)
 {
+    tavoConnect(&m_clients, &Clients::left, this, &ClientMessages::on_clients_left);
     const CMPath queue = TavoNotificationDisplayQueuePath();
     CMRoot()->connectRowsChange(queue, this, &ClientMessages::on_queue_rowsChanged);
     CMRoot()->connectNodeChange(queue, this, &ClientMessages::on_queue_nodeChanged);
@@ -43,13 +44,28 @@ CMReply<QVariant> ClientMessages::open(const std::string &client, const QVariant
     if (hasMessage) {
         path = TavoNotificationDisplaySimpleMessageNodePath() + tavoGenerateUuid();
     }
-    Message message{m_clients.quotas().charge(
+    Message message;
+    message.charge = m_clients.quotas().charge(
         client, {Quotas::OpenNotifications, 1, Quotas::storedBytes(bytes), priority},
-        [path] { askDisplayToClose(path); })};
+        [path] { askDisplayToClose(path); });
     if (hasMessage) {
         message.node = createNode(path, item);
     }
+    // The texts are left out, and so are unknown fields, which the display would store.
+    message.item = TavoNotificationDisplayItem()
+                       .setId(item.id())
+                       .setTimeout(item.timeout())
+                       .setPriority(priority)
+                       .setPath(path);
+    const CMReply<QVariant> reply = queue(std::move(message));
+    m_clients.leftMessages().makeWay(priority);
+    return reply;
+}
+
+CMReply<QVariant> ClientMessages::queue(Message message)
+{
     const quint32 number = ++m_lastNumber;
+    const TavoNotificationDisplayItem item = message.item;
     m_messages.emplace(number, std::move(message));
     const CMReply<QVariant> reply;
     // The watcher is added before the request is sent, and its call is queued. So the reply arrives right
@@ -57,14 +73,35 @@ CMReply<QVariant> ClientMessages::open(const std::string &client, const QVariant
     reply.addWatcher(
         this, [this, number](const CMVoidReply &answer) { on_open_finished(number, answer); },
         Qt::QueuedConnection);
-    // The texts are left out, and so are unknown fields, which the display would store.
-    const auto queued = TavoNotificationDisplayItem()
-                            .setId(item.id())
-                            .setTimeout(item.timeout())
-                            .setPriority(priority)
-                            .setPath(path);
     return CMRoot()->invoke(TavoNotificationDisplayOpenPath(),
-                            TavoValue().setNotificationDisplayItem(queued), reply);
+                            TavoValue().setNotificationDisplayItem(item), reply);
+}
+
+void ClientMessages::giveWay(quint32 number)
+{
+    auto given = m_messages.extract(number);
+    if (given.empty()) {
+        return;
+    }
+    Message &message = given.mapped();
+    askDisplayToClose(message.item.path());
+    message.item.setPriority(LeftMessages::below(message.item.priority()));
+    queue(std::move(message));
+}
+
+void ClientMessages::on_clients_left(const std::string &client)
+{
+    if (m_clients.quotas().held(client, Quotas::OpenNotifications) == 0) {
+        return;
+    }
+    for (auto &[number, message] : m_messages) {
+        const auto priority = message.item.priority();
+        if (message.charge.client() == client &&
+            LeftMessages::givesWay(priority, message.item.timeout())) {
+            message.left = m_clients.leftMessages().add(
+                priority, [this, number = number] { giveWay(number); });
+        }
+    }
 }
 
 CMListRowsNode *ClientMessages::createNode(const CMPath &path,

@@ -4,14 +4,15 @@
 #pragma once
 
 #include "DisplayOrder.h"
+#include "LeftMessages.h"
 #include "Quotas.h"
 #include <core/tavo.h>
 
 #include <QObject>
 
 #include <cstddef>
+#include <map>
 #include <string>
-#include <unordered_map>
 
 class Clients;
 
@@ -32,23 +33,28 @@ public:
     CMReply<QVariant> open(const std::string &client, const QVariant &value, std::size_t bytes);
 
 private Q_SLOTS:
+    void on_clients_left(const std::string &client);
     void on_queue_rowsChanged(const CMPath &path, const QStringList &changes, int first, int count);
     void on_queue_nodeChanged(const CMPath &path, bool published);
 
 private:
     struct Message
     {
+        TavoNotificationDisplayItem item; ///< as the display queues it, without the texts
         Quotas::Charge charge;
         CMListRowsNode *node = nullptr; ///< owned by the node set; null if the client named a node
+        LeftMessages::Place left;       ///< once its client has left
     };
 
     CMListRowsNode *createNode(const CMPath &path, const TavoNotificationDisplayItem &item);
+    CMReply<QVariant> queue(Message message);
+    void giveWay(quint32 number);
     void on_open_finished(quint32 number, const CMVoidReply &reply);
     void forget(quint32 number);
 
     Clients &m_clients;
     CMNodes *m_nodes;
-    std::unordered_map<quint32, Message> m_messages; ///< by number
+    std::map<quint32, Message> m_messages; ///< by number
     quint32 m_lastNumber = 0;
     DisplayOrder m_order;
 };

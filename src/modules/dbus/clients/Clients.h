@@ -4,6 +4,7 @@
 #pragma once
 
 #include "ClientLimits.h"
+#include "LeftMessages.h"
 #include "Quotas.h"
 #include "UnreadBytes.h"
 #include <bus/BusHandles.h>
@@ -35,6 +36,7 @@ public:
 
     const ClientLimits &limits() const { return m_limits; }
     Quotas &quotas() { return m_quotas; }
+    LeftMessages &leftMessages() { return m_leftMessages; }
 
     using Handler = std::function<void(const BusMessage &call)>;
 
@@ -98,6 +100,7 @@ private:
     BusConnection &m_bus;
     const ClientLimits &m_limits;
     Quotas m_quotas;
+    LeftMessages m_leftMessages;
     UnreadBytes m_unread;
     std::set<const BusObject *> m_objects; ///< while connected
     std::unique_ptr<CallFilter> m_filter;  ///< while connected

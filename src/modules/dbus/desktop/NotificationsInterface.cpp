@@ -36,6 +36,7 @@ NotificationsInterface::NotificationsInterface(BusConnection &bus, Clients &clie
     m_bus.ownName(QString::fromStdString(BusInterface::notifications().name));
     tavoConnect(&m_bus, &BusConnection::connected, this, &NotificationsInterface::on_bus_connected);
     tavoConnect(&m_bus, &BusConnection::lost, this, &NotificationsInterface::on_bus_lost);
+    tavoConnect(&m_clients, &Clients::left, this, &NotificationsInterface::on_clients_left);
     tavoConnect(&m_notifications, &OpenNotifications::closed, this,
                 &NotificationsInterface::on_notifications_closed);
     tavoConnect(&m_notifications, &OpenNotifications::actionInvoked, this,
@@ -67,6 +68,21 @@ void NotificationsInterface::on_bus_connected()
 void NotificationsInterface::on_bus_lost()
 {
     m_object.reset();
+}
+
+void NotificationsInterface::on_clients_left(const std::string &client)
+{
+    if (m_clients.quotas().held(client, Quotas::OpenNotifications) == 0) {
+        return;
+    }
+    for (const auto &[id, charge] : m_charges) {
+        const auto priority = m_notifications.priorityOf(id);
+        if (charge.client() == client &&
+            LeftMessages::givesWay(priority, m_notifications.timeoutOf(id))) {
+            m_left[id] = m_clients.leftMessages().add(
+                priority, [this, id = id] { m_notifications.giveWay(id); });
+        }
+    }
 }
 
 void NotificationsInterface::notify(const BusMessage &call)
@@ -101,7 +117,9 @@ void NotificationsInterface::notify(const BusMessage &call)
         }
         *opened = id;
         m_charges[id] = std::move(charge);
+        m_left.erase(id);
     }
+    m_clients.leftMessages().makeWay(request.notification.priority);
     if (!request.hints.isSilent) {
         m_sounds.play(call.sender(), id, request.hints.soundFile, request.hints.soundName,
                       request.notification.priority);
@@ -183,6 +201,7 @@ void NotificationsInterface::on_notifications_closed(quint32 id, OpenNotificatio
 {
     const std::string client = clientOf(id);
     m_charges.erase(id);
+    m_left.erase(id);
     if (reason == OpenNotifications::Reason::Dismissed ||
         reason == OpenNotifications::Reason::Closed) {
         // Someone has attended to the notification.

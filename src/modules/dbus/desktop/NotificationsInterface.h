@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "modules/dbus/clients/LeftMessages.h"
 #include "modules/dbus/clients/Quotas.h"
 #include "NotificationSounds.h"
 #include "NotifyCall.h"
@@ -12,8 +13,8 @@
 #include <QObject>
 
 #include <functional>
+#include <map>
 #include <memory>
-#include <unordered_map>
 
 class BusConnection;
 class BusWriter;
@@ -44,6 +45,7 @@ public Q_SLOTS:
 private Q_SLOTS:
     void on_bus_connected();
     void on_bus_lost();
+    void on_clients_left(const std::string &client);
     void on_notifications_closed(quint32 id, OpenNotifications::Reason reason);
     void on_notifications_actionInvoked(quint32 id, const QString &key, const QString &token);
 
@@ -76,7 +78,8 @@ private:
     Clients &m_clients;
     const NotifyCall::Timeouts m_timeouts;
     OpenNotifications m_notifications;
-    std::unordered_map<quint32, Quotas::Charge> m_charges; ///< of open notifications, by id
+    std::map<quint32, Quotas::Charge> m_charges;   ///< of open notifications, by id
+    std::map<quint32, LeftMessages::Place> m_left; ///< of those whose client has left
     NotificationSounds m_sounds;
     std::unique_ptr<BusObject> m_object; ///< while connected
 };

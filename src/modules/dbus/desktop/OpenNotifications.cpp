@@ -143,6 +143,17 @@ bool OpenNotifications::close(quint32 id, Reason reason)
     return true;
 }
 
+void OpenNotifications::giveWay(quint32 id)
+{
+    const auto entry = m_entries.find(id);
+    if (entry == m_entries.end()) {
+        return;
+    }
+    entry->priority = LeftMessages::below(entry->priority);
+    entry->timeout = remainingMs(*entry);
+    showAnew(id, *entry);
+}
+
 void OpenNotifications::closeAll(Reason reason)
 {
     const QList<quint32> ids = m_entries.keys();
@@ -217,6 +228,15 @@ void OpenNotifications::displayRemoved(int index)
     const bool isExpired = index == 0 && entry->timeout > 0 &&
                            qint64(entry->shownMs) + shownMs + expirySlackMs >= entry->timeout;
     remove(entry, isExpired ? Reason::Expired : Reason::Closed);
+}
+
+int OpenNotifications::remainingMs(const Entry &entry) const
+{
+    if (entry.timeout == 0) {
+        return 0;
+    }
+    const int sinceShown = m_order.head().number == entry.number ? headMs() : 0;
+    return int(qMax<qint64>(1, qint64(entry.timeout) - entry.shownMs - sinceShown));
 }
 
 int OpenNotifications::headMs() const

@@ -5,6 +5,7 @@
 
 #include "DesktopNotification.h"
 #include "modules/dbus/clients/DisplayOrder.h"
+#include "modules/dbus/clients/LeftMessages.h"
 #include "NotificationIds.h"
 #include "NotificationNode.h"
 #include <core/tavo.h>
@@ -55,6 +56,16 @@ public:
     /// Closes a notification, which is reported before the call returns; false when it is not open.
     bool close(quint32 id, Reason reason);
 
+    /// Of a notification that is open.
+    int timeoutOf(quint32 id) const { return m_entries[id].timeout; }
+    TavoNotificationItemPriority::Enum priorityOf(quint32 id) const
+    {
+        return m_entries[id].priority;
+    }
+
+    /// Queues a notification anew, with the priority below, for the rest of its time on display.
+    void giveWay(quint32 id);
+
     /// Closes all notifications, each of which is reported before the call returns.
     void closeAll(Reason reason);
 
@@ -98,6 +109,7 @@ private:
     void displayRemoved(int index);
     Entries::iterator find(const DisplayOrder::Opening &opening);
     int headMs() const;
+    int remainingMs(const Entry &entry) const;
 
     CMNodes *m_nodes; ///< owned by the worker
     Entries m_entries;

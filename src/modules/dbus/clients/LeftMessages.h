@@ -1,0 +1,71 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <core/tavo.h>
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <utility>
+
+/// The urgent messages that clients have left behind and that would stay on display for long. Each gives
+/// way to the next message of the same priority: it is queued anew, with the priority below. Otherwise
+/// a client could leave a message that stands before all alarms for ever.
+///
+/// Owned by Clients, used in the worker's thread. A message gives way once, so however many there are,
+/// each costs little.
+class LeftMessages
+{
+public:
+    using Priority = TavoNotificationItemPriority::Enum;
+    using GiveWay = std::function<void()>;
+
+    /// A message that has been left behind, until it is destroyed. Must not outlive the messages.
+    class Place
+    {
+    public:
+        Place() = default;
+        Place(Place &&other) noexcept
+            : m_messages(std::exchange(other.m_messages, nullptr))
+            , m_key(other.m_key)
+        {
+        }
+        Place &operator=(Place other) noexcept
+        {
+            std::swap(m_messages, other.m_messages);
+            std::swap(m_key, other.m_key);
+            return *this;
+        }
+        ~Place();
+
+    private:
+        friend class LeftMessages;
+        using Key = std::pair<int, std::uint64_t>; ///< priority and number
+        Place(LeftMessages *messages, const Key &key)
+            : m_messages(messages)
+            , m_key(key)
+        {
+        }
+
+        LeftMessages *m_messages = nullptr;
+        Key m_key;
+    };
+
+    /// Whether such a message gives way once its client has left.
+    static bool givesWay(Priority priority, int timeoutMs);
+
+    /// The priority of a message that has given way.
+    static Priority below(Priority priority);
+
+    /// A client has left the message. The function queues it anew.
+    Place add(Priority priority, GiveWay giveWay);
+
+    /// Another message with this priority has come.
+    void makeWay(Priority priority);
+
+private:
+    std::map<Place::Key, GiveWay> m_messages;
+    std::uint64_t m_lastNumber = 0;
+};
