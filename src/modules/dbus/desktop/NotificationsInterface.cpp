@@ -106,6 +106,7 @@ void NotificationsInterface::notify(const BusMessage &call)
         // The one that it replaces may have been closed to make room.
         if (m_notifications.isOpen(id)) {
             m_notifications.replace(id, request.notification);
+            tellPreviousClient(id);
         } else {
             // A notification that has closed is opened again under the id that the client knows.
             id = id != 0 ? id : m_notifications.freeId();
@@ -127,6 +128,14 @@ void NotificationsInterface::notify(const BusMessage &call)
     BusWriter reply(call.createReply());
     reply.writeUInt32(id);
     reply.message().send();
+}
+
+void NotificationsInterface::tellPreviousClient(quint32 id)
+{
+    // Where everyone hears of the end, nobody misses it.
+    if (!m_bus.isOfOneUser()) {
+        emitClosed(Receiver::Client, clientOf(id), id, OpenNotifications::Reason::Undefined);
+    }
 }
 
 Quotas::Charge NotificationsInterface::chargeFor(const std::string &client,
@@ -209,7 +218,13 @@ void NotificationsInterface::on_notifications_closed(quint32 id, OpenNotificatio
     } else {
         m_sounds.release(id);
     }
-    emitTo(Receiver::Everyone, client, "NotificationClosed", [&](BusWriter &signal) {
+    emitClosed(Receiver::Everyone, client, id, reason);
+}
+
+void NotificationsInterface::emitClosed(Receiver receiver, const std::string &client, quint32 id,
+                                        OpenNotifications::Reason reason)
+{
+    emitTo(receiver, client, "NotificationClosed", [&](BusWriter &signal) {
         signal.writeUInt32(id);
         signal.writeUInt32(quint32(reason));
     });

@@ -74,6 +74,13 @@ private:
     void emitTo(Receiver receiver, const std::string &client, const char *signal,
                 const std::function<void(BusWriter &)> &write);
 
+    void emitClosed(Receiver receiver, const std::string &client, quint32 id,
+                    OpenNotifications::Reason reason);
+
+    /// Another client has changed the notification, which belongs to it from now on. For the previous
+    /// one it is closed.
+    void tellPreviousClient(quint32 id);
+
     BusConnection &m_bus;
     Clients &m_clients;
     const NotifyCall::Timeouts m_timeouts;

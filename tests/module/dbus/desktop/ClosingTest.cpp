@@ -108,12 +108,12 @@ public:
                         [this](const BusMessage &signal) { takeDown(signal); });
     }
 
-    BusCall notify(int timeout = 0)
+    BusCall notify(int timeout = 0, quint32 replacedId = 0)
     {
         return m_client.setTarget(name, "/org/freedesktop/Notifications", name)
-            .call("Notify", [timeout](BusWriter &writer) {
+            .call("Notify", [timeout, replacedId](BusWriter &writer) {
                 writer.writeString({});
-                writer.writeUInt32(0);
+                writer.writeUInt32(replacedId);
                 writer.writeString({});
                 writer.writeString("Title"_s);
                 writer.writeString({});
@@ -194,6 +194,23 @@ TEST_F(ClosingTest, IsReportedOnlyToItsClientOnABusThatUsersShare)
     ASSERT_TRUE(other.hearsOfTheEnd());
     EXPECT_THAT(other.received(), ElementsAre("NotificationClosed"));
     EXPECT_EQ(client.received().size(), 3U);
+}
+
+TEST_F(ClosingTest, IsReportedToAClientWhoseNotificationAnotherTakesOver)
+{
+    shareBus();
+    Listener client(bus().address());
+    Listener other(bus().address());
+    ASSERT_TRUE(client.notify().succeeds());
+    ASSERT_TRUE(client.notify(0, 1).succeeds());
+    ASSERT_TRUE(other.notify(0, 1).succeeds());
+    // Otherwise it would wait for an end that only the other client hears of.
+    ASSERT_TRUE(client.hearsOfTheEnd());
+    EXPECT_THAT(client.ends(), ElementsAre(std::pair(1, 4)));
+    CMSubscribe::closeNode(pathOf(1));
+    ASSERT_TRUE(other.hearsOfTheEnd());
+    EXPECT_THAT(other.ends(), ElementsAre(std::pair(1, 2)));
+    EXPECT_EQ(client.ends().size(), 1U);
 }
 
 /// The display does not say why it closes a notification, but the module knows the requests that
