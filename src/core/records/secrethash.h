@@ -9,7 +9,7 @@
 /// nobody can find texts with equal hashes. Called from any thread.
 ///
 /// A seed for qHash() would not help: texts whose hashes are equal with one seed have equal hashes with
-/// every other. The hash takes about as long as qHash(): a round for four characters.
+/// every other.
 ///
 /// If QT_HASH_SEED is set, the key is the same in every process, for repeatable measurements.
 uint cmSecretHash(QStringView text);
