@@ -12,8 +12,10 @@
 
 namespace {
 
-constexpr int limitBlocks = 128;   // of 512 bytes
-constexpr int someRequests = 2000; // each of them logs a line
+constexpr int limitBlocks = 128; // of 512 bytes
+
+/// Each logs the same line, of which a hundred are written a second.
+constexpr int someRequests = 2000;
 
 } // namespace
 
@@ -39,7 +41,7 @@ protected:
                      {{"log", log}});
     }
 
-    /// The configuration of a log to the file.
+    /// The configuration of a log to the file. Its lines are long, so that few of them are much.
     QJsonObject logTo(const QString &file, const QByteArray &appender = "FileAppender",
                       const QByteArray &more = {})
     {
@@ -48,14 +50,16 @@ protected:
                               "log4cplus.appender.F=log4cplus::" +
                                   appender +
                                   "\nlog4cplus.appender.F.File=" + QFile::encodeName(file) +
-                                  "\nlog4cplus.appender.F.layout=log4cplus::SimpleLayout\n" + more);
+                                  "\nlog4cplus.appender.F.layout=log4cplus::PatternLayout\n"
+                                  "log4cplus.appender.F.layout.ConversionPattern=%1000m%n\n" +
+                                  more);
         return {{"file", properties}};
     }
 
     void sayMuch()
     {
         for (int i = 0; i < someRequests; ++i) {
-            m_requester.cancel("nobody"); // each logs a warning
+            m_requester.cancel("nobody");
         }
         EXPECT_EQ(m_requester.answer(), "Invalid notification sound id to stop");
     }
