@@ -48,7 +48,7 @@ public:
     /// Ends both threads.
     void stop();
 
-    /// All waits that are over, and those that are not as if they ended now.
+    /// All waits. Those that are not over yet end now.
     std::vector<Wait> waits() const;
 
 private:

@@ -25,7 +25,8 @@ using Milliseconds = GoodClient::Milliseconds;
 
 constexpr long maxResidentKiB = 512 * 1024;
 
-/// By how much more memory may be in use when the crowd has left, since the heap is in pieces then.
+/// How much more memory may be in use after the crowd has left, because the heap is fragmented
+/// then.
 constexpr long residentAfterwardsKiB = 128 * 1024;
 
 constexpr Milliseconds settleTime = 5s;

@@ -39,7 +39,7 @@ print(Notify(summary='x' + '\U0001F600' * 10000))
 )"_s),
               "1\n2\n3"_s);
     EXPECT_EQ(rowOf(1).title().toString().size(), 65536 - 30);
-    // Never within a character, since nothing could be sent then.
+    // Never cut within a character, because the text could not be sent then.
     EXPECT_EQ(rowOf(2).title().toString().size(), 65535);
     EXPECT_EQ(titleOf(3).size(), 999);
 }
@@ -254,7 +254,7 @@ while True:
 
 TEST_F(BadInputTest, ClientsThatVanishLeaveTheirNotificationsBehind)
 {
-    // The bus decides how many calls of a client that has gone it still passes on.
+    // The bus decides how many calls of a client it still passes on after the client has gone.
     for (const QString &wantsAnswers : {"True"_s, "False"_s}) {
         ClientProgram client(bus(), "/usr/bin/python3"_s,
                              {"-c"_s, QString(R"(

@@ -15,7 +15,7 @@ class DbusListsTest : public ModelTest
 protected:
     using Lines = std::vector<std::string>;
 
-    /// The nodes in a reply, one line each, with so many strings.
+    /// The nodes in a reply, one line each; each node has this many strings.
     static Lines linesOf(BusReader reader, std::size_t strings)
     {
         const std::string members(strings, 's');
