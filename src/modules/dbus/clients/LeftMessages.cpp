@@ -5,12 +5,22 @@
 
 #include <algorithm>
 #include <limits>
-#include <vector>
 
 namespace {
 /// Others wait so long for a message that was left.
 constexpr int maxBriefMs = 60'000;
+
+/// Between two turns, the display handles what the last one has requested.
+constexpr int maxPerTurn = 100;
+constexpr int pauseMs = 5;
 } // namespace
+
+LeftMessages::LeftMessages()
+{
+    m_turnTimer.setInterval(pauseMs);
+    m_turnTimer.setTimerType(Qt::PreciseTimer);
+    tavoConnect(&m_turnTimer, &QTimer::timeout, this, &LeftMessages::on_turnTimer_timeout);
+}
 
 LeftMessages::Place::~Place()
 {
@@ -39,14 +49,27 @@ LeftMessages::Place LeftMessages::add(Priority priority, GiveWay giveWay)
 
 void LeftMessages::makeWay(Priority priority)
 {
-    // They may be changed by what gives way.
-    std::vector<GiveWay> giving;
-    auto message = m_messages.lower_bound({priority, 0});
-    while (message != m_messages.end() && message->first.first == priority) {
-        giving.push_back(std::move(message->second));
-        message = m_messages.erase(message);
+    const auto first = m_messages.lower_bound({priority, 0});
+    if (first != m_messages.end() && first->first.first == priority) {
+        m_giving[priority] = m_lastNumber;
+        m_turnTimer.start();
     }
-    for (const GiveWay &giveWay : giving) {
+}
+
+void LeftMessages::on_turnTimer_timeout()
+{
+    for (int given = 0; given < maxPerTurn && !m_giving.empty(); ++given) {
+        const auto giving = m_giving.begin();
+        const auto message = m_messages.lower_bound({giving->first, 0});
+        if (message == m_messages.end() || message->first > Place::Key(*giving)) {
+            m_giving.erase(giving);
+            continue;
+        }
+        const GiveWay giveWay = std::move(message->second);
+        m_messages.erase(message);
         giveWay();
+    }
+    if (m_giving.empty()) {
+        m_turnTimer.stop();
     }
 }

@@ -5,6 +5,9 @@
 
 #include <core/tavo.h>
 
+#include <QObject>
+#include <QTimer>
+
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -15,10 +18,14 @@
 /// a client could leave a message that stands before all alarms for ever.
 ///
 /// Owned by Clients, used in the worker's thread. A message gives way once, so however many there are,
-/// each costs little.
-class LeftMessages
+/// each costs little. At most 100 give way every 5 ms, so that nobody waits for all of them.
+class LeftMessages : public QObject
 {
+    Q_OBJECT
+
 public:
+    LeftMessages();
+
     using Priority = TavoNotificationItemPriority::Enum;
     using GiveWay = std::function<void()>;
 
@@ -65,7 +72,12 @@ public:
     /// Another message with this priority has come.
     void makeWay(Priority priority);
 
+private Q_SLOTS:
+    void on_turnTimer_timeout();
+
 private:
     std::map<Place::Key, GiveWay> m_messages;
+    std::map<int, std::uint64_t> m_giving; ///< the last number that gives way, by priority
+    QTimer m_turnTimer;
     std::uint64_t m_lastNumber = 0;
 };
