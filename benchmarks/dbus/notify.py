@@ -146,7 +146,7 @@ class Notifications:
     def _host(self):
         """The arguments that start the host with its four modules."""
         limits = {"openNotifications": NO_LIMIT, "totalOpenNotifications": NO_LIMIT,
-                  "requestsPerSecond": NO_LIMIT}
+                  "requestsPerSecond": NO_LIMIT, "storedBytes": 2**30, "totalStoredBytes": 2**30}
         configuration = {"modules": ["powermanager", "player", "notifications",
                                      {"name": "dbus", "config": {"limits": limits}}]}
         with tempfile.NamedTemporaryFile("w", suffix=".json") as file:

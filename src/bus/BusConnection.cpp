@@ -142,12 +142,14 @@ void BusConnection::greet()
          });
 }
 
-void BusConnection::on_loop_turned()
+void BusConnection::on_loop_turned(bool isComplete)
 {
     if (m_isSilent) {
         lose(silenceText(), true);
     } else if (m_isAnswering && !m_isConnected) {
         becomeConnected();
+    } else if (m_isConnected) {
+        Q_EMIT turned(isComplete);
     }
 }
 

@@ -81,6 +81,9 @@ Q_SIGNALS:
     /// Slots must release everything that belongs to the connection before they return.
     void lost(const QString &reason, bool isSilent);
 
+    /// The messages that had arrived have been handled, or as many as a turn of the event loop may.
+    void turned(bool isComplete);
+
     /// This connection owns the name.
     void nameAcquired(const QString &name);
 
@@ -91,7 +94,7 @@ Q_SIGNALS:
     void nameRefused(const QString &name, const QString &reason);
 
 private Q_SLOTS:
-    void on_loop_turned();
+    void on_loop_turned(bool isComplete);
     void on_loop_failed(int error);
     void on_loop_lagging();
     void on_silenceTimer_timeout();

@@ -18,7 +18,7 @@
 namespace {
 /// Limits of one turn of the event loop. Further messages wait for the next turn, so that a flood
 /// leaves time for the thread's other work.
-constexpr int maxMessagesPerTurn = 128;
+constexpr int maxMessagesPerTurn = 1024;
 constexpr int maxTurnMs = 5;
 
 constexpr int lagMs = 700;
@@ -129,6 +129,7 @@ void BusLoop::serve()
     }
     m_isHandling = true;
     int result = handleMessages();
+    const bool isComplete = result == 0;
     m_isHandling = false;
     if (result >= 0) {
         result = watch();
@@ -136,7 +137,7 @@ void BusLoop::serve()
     if (result < 0) {
         Q_EMIT failed(-result);
     } else {
-        Q_EMIT turned();
+        Q_EMIT turned(isComplete);
     }
 }
 

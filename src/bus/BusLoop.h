@@ -25,8 +25,8 @@ public:
     void stop();
 
 Q_SIGNALS:
-    /// A turn has handled some or all of the messages that had arrived.
-    void turned();
+    /// A turn has handled the messages that had arrived, or as many as a turn may.
+    void turned(bool isComplete);
 
     /// The bus can't be served any more. The error is an errno.
     void failed(int error);

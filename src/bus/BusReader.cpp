@@ -291,6 +291,10 @@ void BusReader::skip()
     count(BusWriter::bytesPerValue);
     if (next.type == SD_BUS_TYPE_ARRAY) {
         skipArray(next.contents);
+    } else if (isString(next.type)) {
+        const char *text = nullptr;
+        checkFound(sd_bus_message_read_basic(m_message.get(), next.type, &text));
+        m_bytesSkipped += std::strlen(text);
     } else if (next.contents == nullptr) {
         check(sd_bus_message_skip(m_message.get(), nullptr));
     } else {
@@ -310,6 +314,7 @@ void BusReader::skipArray(const char *contents)
         const void *numbers = nullptr;
         std::size_t size = 0;
         check(sd_bus_message_read_array(m_message.get(), contents[0], &numbers, &size));
+        m_bytesSkipped += size;
         return;
     }
     enterArray(contents);
@@ -317,6 +322,12 @@ void BusReader::skipArray(const char *contents)
         skip();
     }
     leave();
+}
+
+void BusReader::restart()
+{
+    constexpr int completely = 1;
+    check(sd_bus_message_rewind(m_message.get(), completely));
 }
 
 void BusReader::count(std::size_t bytes)

@@ -61,7 +61,13 @@ public:
     /// Reads past the next value. An array of numbers, such as an image, costs the same at any size.
     void skip();
 
+    /// Continues at the start of the message.
+    void restart();
+
     std::size_t bytesRead() const { return m_maxBytes - m_bytesLeft; }
+
+    /// Bytes of strings and arrays that were skipped. They are not limited.
+    std::size_t bytesSkipped() const { return m_bytesSkipped; }
 
 private:
     struct Type
@@ -91,4 +97,5 @@ private:
     BusMessage m_message;
     std::size_t m_maxBytes;
     std::size_t m_bytesLeft;
+    std::size_t m_bytesSkipped = 0;
 };

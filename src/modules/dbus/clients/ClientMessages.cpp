@@ -25,9 +25,8 @@ ClientMessages::ClientMessages(Clients &clients, CMNodes *nodes)
     , m_nodes(nodes)
 {
     tavoConnect(&m_clients, &Clients::left, this, &ClientMessages::on_clients_left);
-    const CMPath queue = TavoNotificationDisplayQueuePath();
-    CMRoot()->connectRowsChange(queue, this, &ClientMessages::on_queue_rowsChanged);
-    CMRoot()->connectNodeChange(queue, this, &ClientMessages::on_queue_nodeChanged);
+    CMRoot()->connectNodeChange(TavoNotificationDisplayQueuePath(), this,
+                                &ClientMessages::on_queue_nodeChanged);
 }
 
 CMReply<QVariant> ClientMessages::open(const std::string &client, const QVariant &value,
@@ -64,6 +63,10 @@ CMReply<QVariant> ClientMessages::open(const std::string &client, const QVariant
 
 CMReply<QVariant> ClientMessages::queue(Message message)
 {
+    if (!std::exchange(m_isFollowing, true)) {
+        CMRoot()->connectRowsChange(TavoNotificationDisplayQueuePath(), this,
+                                    &ClientMessages::on_queue_rowsChanged);
+    }
     const quint32 number = ++m_lastNumber;
     const TavoNotificationDisplayItem item = message.item;
     m_messages.emplace(number, std::move(message));
@@ -135,6 +138,12 @@ void ClientMessages::forget(quint32 number)
         message->second.node->dispose();
     }
     m_messages.erase(message);
+    if (m_messages.empty()) {
+        m_isFollowing = false;
+        CMRoot()->disconnectRowsChange(TavoNotificationDisplayQueuePath(), this,
+                                       &ClientMessages::on_queue_rowsChanged);
+        m_order.clear();
+    }
 }
 
 void ClientMessages::on_queue_rowsChanged(const CMPath & /*path*/, const QStringList &changes,

@@ -57,4 +57,5 @@ private:
     std::map<quint32, Message> m_messages; ///< by number
     quint32 m_lastNumber = 0;
     DisplayOrder m_order;
+    bool m_isFollowing = false; ///< the display's queue, while there are messages
 };

@@ -51,10 +51,13 @@ Clients::Clients(BusConnection &bus, const ClientLimits &limits)
     : m_bus(bus)
     , m_limits(limits)
     , m_quotas(limits)
+    , m_turns(bus, m_quotas, limits.valueBytes,
+              [this](const std::string &client) { return !m_unread.isUndecided(client); })
     , m_unread(bus, m_quotas, limits)
 {
     tavoConnect(&m_bus, &BusConnection::connected, this, &Clients::on_bus_connected);
     tavoConnect(&m_bus, &BusConnection::lost, this, &Clients::on_bus_lost);
+    tavoConnect(&m_turns, &CallTurns::left, this, &Clients::on_turns_left);
 }
 
 bool Clients::pass(const BusMessage &call)
@@ -76,10 +79,13 @@ bool Clients::pass(const BusMessage &call)
     return isServed(call) || m_unread.admitSmall(client, builtInReplyBytes(call));
 }
 
-void Clients::serve(BusObject &object, const char *method, const Handler &handler)
+void Clients::serve(BusObject &object, const char *method, const Handler &handler,
+                    CallTurns::IfLeft ifLeft)
 {
     m_objects.insert(&object);
-    object.setMethod(method, [this, handler](const BusMessage &call) { handle(call, handler); });
+    const auto served = std::make_shared<CallTurns::Method>(CallTurns::Method{
+        ifLeft, [this, handler](const BusMessage &call) { handle(call, handler); }});
+    object.setMethod(method, [this, served](const BusMessage &call) { add(call, *served); });
 }
 
 bool Clients::isServed(const BusMessage &call) const
@@ -120,6 +126,11 @@ void Clients::whenReading(const BusMessage &call, std::size_t bytes, const Actio
             refuse(call, refusal(m_unread.refusal(call.sender())));
         }
     });
+}
+
+void Clients::add(const BusMessage &call, CallTurns::Method &method)
+{
+    run(call, [&](const BusMessage &waiting) { m_turns.add(waiting, method); });
 }
 
 void Clients::handle(const BusMessage &call, const Handler &handler)
@@ -179,6 +190,7 @@ void Clients::on_bus_lost()
     m_vanished.reset();
     m_filter.reset();
     m_objects.clear();
+    m_turns.clear();
     for (const std::string &client : m_quotas.clients()) {
         forget(client);
     }
@@ -191,11 +203,19 @@ void Clients::on_name_vanished(const BusMessage &message)
     // Called by the connection, which expects no exception.
     try {
         if (message.isFromBus()) {
-            forget(BusReader(message).readString().toStdString());
+            const std::string client = BusReader(message).readString().toStdString();
+            if (m_turns.leave(client)) {
+                forget(client);
+            }
         }
     } catch (const std::exception &error) {
         LOG4CPLUS_WARN(logger, "Failed to handle the end of a client: " << error.what());
     }
+}
+
+void Clients::on_turns_left(const std::string &client)
+{
+    forget(client);
 }
 
 void Clients::forget(const std::string &client)

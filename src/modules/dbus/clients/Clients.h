@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "CallTurns.h"
 #include "ClientLimits.h"
 #include "LeftMessages.h"
 #include "Quotas.h"
@@ -41,26 +42,31 @@ public:
     using Handler = std::function<void(const BusMessage &call)>;
 
     /// Lets a member function handle the calls of a method; it sends the reply or throws the error.
-    /// A call is handled at once, or as soon as it is known that the client reads its replies; otherwise
-    /// it is refused. The calls of one client are handled in their order.
+    /// A call is handled when it is the client's turn, as soon as it is known that the client reads its
+    /// replies; otherwise it is refused. The calls of one client are handled in their order.
     template <typename Receiver>
     void serve(BusObject &object, const char *method, Receiver *receiver,
-               void (Receiver::*member)(const BusMessage &call))
+               void (Receiver::*member)(const BusMessage &call),
+               CallTurns::IfLeft ifLeft = CallTurns::IfLeft::Drop)
     {
-        serve(object, method,
-              [receiver, member](const BusMessage &call) { (receiver->*member)(call); });
+        serve(
+            object, method,
+            [receiver, member](const BusMessage &call) { (receiver->*member)(call); }, ifLeft);
     }
-    void serve(BusObject &object, const char *method, const Handler &handler);
+    void serve(BusObject &object, const char *method, const Handler &handler,
+               CallTurns::IfLeft ifLeft);
 
     /// Calls a handler at once. An exception is sent as the error reply.
     template <typename Handle>
     void run(const BusMessage &call, const Handle &handle)
     {
-        try {
-            handle(call);
-        } catch (...) {
-            refuseForCaught(call);
-        }
+        m_turns.spend(call.sender(), [&] {
+            try {
+                handle(call);
+            } catch (...) {
+                refuseForCaught(call);
+            }
+        });
     }
 
     /// Sends the reply to a call that was carried out; its body has about this many bytes. If the client has
@@ -77,10 +83,12 @@ Q_SIGNALS:
 private Q_SLOTS:
     void on_bus_connected();
     void on_bus_lost();
+    void on_turns_left(const std::string &client);
 
 private:
     bool pass(const BusMessage &call);
     void askUser(const std::string &client);
+    void add(const BusMessage &call, CallTurns::Method &method);
     void handle(const BusMessage &call, const Handler &handler);
 
     /// Whether a handler will get the call. If not, sd-bus replies to it.
@@ -101,6 +109,7 @@ private:
     const ClientLimits &m_limits;
     Quotas m_quotas;
     LeftMessages m_leftMessages;
+    CallTurns m_turns;
     UnreadBytes m_unread;
     std::set<const BusObject *> m_objects; ///< while connected
     std::unique_ptr<CallFilter> m_filter;  ///< while connected

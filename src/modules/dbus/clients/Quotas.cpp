@@ -6,6 +6,7 @@
 #include "Refusals.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <utility>
 
@@ -14,6 +15,9 @@ constexpr std::size_t unlimited = std::numeric_limits<std::size_t>::max();
 
 /// A client may send this many seconds' worth of requests at once.
 constexpr double burstSeconds = 2;
+
+/// Far from what a double can't hold.
+constexpr double maxTimeUnit = 1e30;
 
 /// What clients have left behind is given up first while it is more than this part of the total (a
 /// divisor).
@@ -318,6 +322,44 @@ const Quotas::User &Quotas::heaviestUser(const Account &asking, Kind kind, std::
     return *heaviest;
 }
 
+void Quotas::setTimeUnit()
+{
+    const Clock::time_point now = Clock::now();
+    m_timeUnit *= std::exp2(Seconds(now - std::exchange(m_timeUnitSet, now)).count());
+    if (m_timeUnit < maxTimeUnit) {
+        return;
+    }
+    const double unit = std::exchange(m_timeUnit, 1);
+    m_unknown.time /= unit;
+    for (auto &[id, user] : m_users) {
+        user.time /= unit;
+    }
+    for (const auto &[client, account] : m_accounts) {
+        account->time /= unit;
+    }
+}
+
+void Quotas::addTime(const std::string &client, Seconds time)
+{
+    const auto known = m_accounts.find(client);
+    if (known == m_accounts.end()) {
+        return;
+    }
+    setTimeUnit();
+    known->second->time += time.count() * m_timeUnit;
+    known->second->user->time += time.count() * m_timeUnit;
+}
+
+Quotas::Turn Quotas::turnOf(const std::string &client, Seconds next) const
+{
+    const auto known = m_accounts.find(client);
+    if (known == m_accounts.end()) {
+        return {0, 0};
+    }
+    const Account &account = *known->second;
+    return {account.user->time, account.time + next.count() * m_timeUnit};
+}
+
 void Quotas::setUser(const std::string &client, std::uint32_t id)
 {
     const auto known = m_accounts.find(client);
@@ -327,9 +369,11 @@ void Quotas::setUser(const std::string &client, std::uint32_t id)
     Account &account = *known->second;
     const Amounts held = account.held;
     account.subtract(held);
+    account.user->time -= account.time;
     const auto [user, isNew] = m_users.try_emplace(id);
     account.user = isNew ? &newUser(user->second) : &user->second;
     account.add(held);
+    account.user->time += account.time;
 }
 
 std::size_t Quotas::held(const std::string &client, Kind kind) const

@@ -117,6 +117,25 @@ public:
     /// Held by each client even when others have used up a total.
     static constexpr std::size_t freeBytes = 1 << 14;
 
+    using Seconds = std::chrono::duration<double>;
+
+    /// Counts time that was spent on a client. It is forgotten by half in each second.
+    void addTime(const std::string &client, Seconds time);
+
+    /// The time spent on a client's user, and on the client including what comes next: the least is
+    /// next.
+    struct Turn
+    {
+        double user;
+        double client;
+
+        bool operator<(const Turn &other) const
+        {
+            return user != other.user ? user < other.user : client < other.client;
+        }
+    };
+    Turn turnOf(const std::string &client, Seconds next) const;
+
     /// The client runs as this user. What it holds counts for the user from now on.
     void setUser(const std::string &client, std::uint32_t user);
 
@@ -142,6 +161,7 @@ private:
     struct User
     {
         Amounts held{};
+        double time = 0;               ///< see m_timeUnit
         std::shared_ptr<Account> left; ///< what clients have left behind
     };
 
@@ -159,6 +179,7 @@ private:
         Amounts held{};
         double requests = 0; ///< how many it may send at once; refilled with time
         Clock::time_point refilled;
+        double time = 0; ///< see m_timeUnit
 
         /// Kind, priority and number: in this order they are given up.
         using Key = std::tuple<Kind, int, std::uint64_t>;
@@ -188,6 +209,7 @@ private:
     void makeRoom(const Account &asking, Kind kind, std::size_t amount, Priority priority);
     Item *findVictim(const Account &asking, Kind kind, std::size_t amount, Priority priority) const;
     const User &heaviestUser(const Account &asking, Kind kind, std::size_t amount) const;
+    void setTimeUnit();
     template <typename Function>
     void forEachAccount(const Function &function) const;
 
@@ -195,6 +217,11 @@ private:
     const std::array<Limit, kinds> m_limits;
     Amounts m_totals{};
     std::uint64_t m_lastNumber = 0;
+
+    /// What a second counts in the times of accounts and users: it doubles each second, so that only the
+    /// latest seconds matter.
+    double m_timeUnit = 1;
+    Clock::time_point m_timeUnitSet = Clock::now();
     User m_unknown;                        ///< all clients whose user is not known yet
     std::map<std::uint32_t, User> m_users; ///< by id
     std::unordered_map<std::string, std::shared_ptr<Account>> m_accounts;

@@ -196,6 +196,12 @@ void UnreadBytes::decide(const std::string &client)
     }
 }
 
+bool UnreadBytes::isUndecided(const std::string &client) const
+{
+    const auto entry = m_clients.find(client);
+    return entry != m_clients.end() && !entry->second.undecided.empty();
+}
+
 BusError UnreadBytes::refusal(const std::string &client) const
 {
     const auto entry = m_clients.find(client);

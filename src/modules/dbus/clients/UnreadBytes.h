@@ -56,6 +56,9 @@ public:
     /// Replies to one client are decided in their order; until then, no further reply is admitted.
     void decideLater(const std::string &client, std::size_t bytes, Decide decide);
 
+    /// Whether a reply to the client is still to be decided.
+    bool isUndecided(const std::string &client) const;
+
     /// The error for a reply that is refused.
     BusError refusal(const std::string &client) const;
 

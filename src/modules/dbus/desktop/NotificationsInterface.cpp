@@ -55,11 +55,13 @@ NotificationsInterface::~NotificationsInterface()
 void NotificationsInterface::on_bus_connected()
 {
     m_object = m_bus.createObject(BusInterface::notifications());
-    const auto serve = [this](const char *method, auto handler) {
-        m_clients.serve(*m_object, method, this, handler);
+    const auto serve = [this](const char *method, auto handler,
+                              CallTurns::IfLeft ifLeft = CallTurns::IfLeft::Drop) {
+        m_clients.serve(*m_object, method, this, handler, ifLeft);
     };
-    serve("Notify", &NotificationsInterface::notify);
-    serve("CloseNotification", &NotificationsInterface::closeNotification);
+    serve("Notify", &NotificationsInterface::notify, CallTurns::IfLeft::Handle);
+    serve("CloseNotification", &NotificationsInterface::closeNotification,
+          CallTurns::IfLeft::Handle);
     serve("GetCapabilities", &NotificationsInterface::getCapabilities);
     serve("GetServerInformation", &NotificationsInterface::getServerInformation);
     m_object->publish();

@@ -84,17 +84,18 @@ ModelInterface::ModelInterface(BusConnection &bus, Clients &clients, CMNodes *no
 void ModelInterface::on_bus_connected()
 {
     m_object = m_bus.createObject(BusInterface::model());
-    const auto serve = [this](const char *method, auto handler) {
-        m_clients.serve(*m_object, method, this, handler);
+    const auto serve = [this](const char *method, auto handler,
+                              CallTurns::IfLeft ifLeft = CallTurns::IfLeft::Drop) {
+        m_clients.serve(*m_object, method, this, handler, ifLeft);
     };
     serve("GetValue", &ModelInterface::getValue);
-    serve("Call", &ModelInterface::callNode);
+    serve("Call", &ModelInterface::callNode, CallTurns::IfLeft::Handle);
     serve("List", &ModelInterface::list);
     serve("Tree", &ModelInterface::tree);
     serve("Describe", &ModelInterface::describe);
     serve("GetRows", &ModelInterface::getRows);
     serve("MatchRow", &ModelInterface::matchRow);
-    serve("Close", &ModelInterface::closeNode);
+    serve("Close", &ModelInterface::closeNode, CallTurns::IfLeft::Handle);
     serve("Subscribe", &ModelInterface::subscribe);
     serve("Unsubscribe", &ModelInterface::unsubscribe);
     serve("OpenInbox", &ModelInterface::openInbox);

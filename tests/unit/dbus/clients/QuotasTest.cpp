@@ -287,4 +287,47 @@ TEST_F(QuotasRoomTest, IsAlwaysThereForRequestsOfOrdinarySize)
     EXPECT_NO_THROW(quotas.charge(":2.1", {Quotas::RequestBytes, 10'000}));
     EXPECT_THROW(quotas.charge(":2.1", {Quotas::RequestBytes, 20'000}), BusError);
 }
+
+class QuotasTurnTest : public QuotasTest
+{
+protected:
+    QuotasTurnTest()
+    {
+        for (const char *client : {":1.1", ":1.2", ":2.1"}) {
+            quotas.countRequest(client);
+        }
+    }
+
+    void spend(const std::string &client, double seconds)
+    {
+        quotas.addTime(client, Quotas::Seconds(seconds));
+    }
+    bool isBefore(const std::string &client, double seconds, const std::string &other,
+                  double othersSeconds) const
+    {
+        return quotas.turnOf(client, Quotas::Seconds(seconds)) <
+               quotas.turnOf(other, Quotas::Seconds(othersSeconds));
+    }
+};
+
+TEST_F(QuotasTurnTest, IsThatOfTheClientThatWillHaveTakenLessTime)
+{
+    EXPECT_TRUE(isBefore(":1.1", 0.1, ":1.2", 0.2));
+    spend(":1.1", 0.2);
+    EXPECT_FALSE(isBefore(":1.1", 0.1, ":1.2", 0.2));
+    spend(":1.2", 0.2);
+    EXPECT_TRUE(isBefore(":1.1", 0.1, ":1.2", 0.2));
+}
+
+TEST_F(QuotasTurnTest, IsThatOfTheUserWhoHasTakenLessTime)
+{
+    spend(":1.2", 0.1);
+    spend(":2.1", 0.2);
+    quotas.setUser(":1.1", 1000);
+    quotas.setUser(":1.2", 1000);
+    quotas.setUser(":2.1", 1001);
+    EXPECT_TRUE(isBefore(":1.2", 1, ":2.1", 0));
+    spend(":1.1", 0.2);
+    EXPECT_TRUE(isBefore(":2.1", 1, ":1.1", 0));
+}
 } // namespace

@@ -1,0 +1,140 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "CallTurns.h"
+
+#include <bus/BusConnection.h>
+#include <bus/BusReader.h>
+#include <core/tavo.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+constexpr std::chrono::milliseconds maxTurn(5);
+
+/// While more calls arrive than can be read in a turn, these come first: one of a client that has taken
+/// little time may be among them.
+constexpr std::chrono::milliseconds maxBusyTurn(1);
+
+/// About what a call takes in memory besides its arguments.
+constexpr std::size_t callBytes = 2048;
+
+/// Of the difference to the last call, this part is added to what a call is expected to take.
+constexpr double learning = 0.25;
+
+/// Calls have other arguments besides a value.
+constexpr int moreBytes = 1 << 16;
+
+std::size_t bytesOf(const BusMessage &call, int maxValueBytes)
+{
+    BusReader reader(call, maxValueBytes + moreBytes);
+    while (!reader.isAtEnd()) {
+        reader.skip();
+    }
+    reader.restart();
+    return reader.bytesRead() + reader.bytesSkipped();
+}
+} // namespace
+
+CallTurns::CallTurns(BusConnection &bus, Quotas &quotas, int maxValueBytes, IsReady isReady)
+    : m_quotas(quotas)
+    , m_maxValueBytes(maxValueBytes)
+    , m_isReady(std::move(isReady))
+{
+    m_timer.setSingleShot(true);
+    m_timer.setInterval(0);
+    tavoConnect(&bus, &BusConnection::turned, this, &CallTurns::on_bus_turned);
+    tavoConnect(&m_timer, &QTimer::timeout, this, &CallTurns::on_timer_timeout);
+}
+
+void CallTurns::add(const BusMessage &call, Method &method)
+{
+    // A call before which nothing waits is handled at once, so its size does not matter.
+    const std::size_t bytes = m_waiting.empty() ? 0 : bytesOf(call, m_maxValueBytes);
+    const std::string client = call.sender();
+    Quotas::Charge charge = m_quotas.charge(client, {Quotas::RequestBytes, bytes + callBytes});
+    m_waiting[client].calls.push_back({call, &method, std::move(charge)});
+}
+
+bool CallTurns::leave(const std::string &client)
+{
+    const auto waiting = m_waiting.find(client);
+    if (waiting == m_waiting.end()) {
+        return true;
+    }
+    auto &calls = waiting->second.calls;
+    const auto isDropped = [](const Call &call) { return call.method->ifLeft == IfLeft::Drop; };
+    calls.erase(std::remove_if(calls.begin(), calls.end(), isDropped), calls.end());
+    waiting->second.hasLeft = true;
+    if (!calls.empty()) {
+        return false;
+    }
+    m_waiting.erase(waiting);
+    return true;
+}
+
+void CallTurns::clear()
+{
+    m_waiting.clear();
+}
+
+void CallTurns::on_bus_turned(bool isComplete)
+{
+    handleSome(isComplete ? maxTurn : maxBusyTurn);
+}
+
+void CallTurns::on_timer_timeout()
+{
+    handleSome(maxBusyTurn);
+}
+
+void CallTurns::handleSome(std::chrono::milliseconds limit)
+{
+    const Clock::time_point end = Clock::now() + limit;
+    Waiting::iterator client = next();
+    while (client != m_waiting.end() && Clock::now() < end) {
+        handle(client);
+        client = next();
+    }
+    if (client != m_waiting.end()) {
+        m_timer.start();
+    }
+}
+
+CallTurns::Waiting::iterator CallTurns::next()
+{
+    auto best = m_waiting.end();
+    Quotas::Turn least{};
+    for (auto client = m_waiting.begin(); client != m_waiting.end(); ++client) {
+        if (!m_isReady(client->first)) {
+            continue;
+        }
+        const Quotas::Turn turn =
+            m_quotas.turnOf(client->first, client->second.calls.front().method->takes);
+        if (best == m_waiting.end() || turn < least) {
+            best = client;
+            least = turn;
+        }
+    }
+    return best;
+}
+
+void CallTurns::handle(Waiting::iterator client)
+{
+    const std::string name = client->first;
+    const Call call = std::move(client->second.calls.front());
+    client->second.calls.pop_front();
+    const bool isLast = client->second.calls.empty();
+    const bool hasLeft = client->second.hasLeft;
+    if (isLast) {
+        m_waiting.erase(client);
+    }
+    const Clock::time_point start = Clock::now();
+    call.method->handler(call.message);
+    const Seconds taken = Clock::now() - start;
+    call.method->takes += learning * (taken - call.method->takes);
+    if (isLast && hasLeft) {
+        Q_EMIT left(name);
+    }
+}

@@ -1,0 +1,108 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "Quotas.h"
+#include <bus/BusMessage.h>
+
+#include <QObject>
+#include <QTimer>
+
+#include <chrono>
+#include <deque>
+#include <functional>
+#include <string>
+#include <unordered_map>
+
+class BusConnection;
+
+/// Has the calls of clients handled in turn, so that many calls of one client do not keep the others
+/// waiting. The next one is always a call of the user whose clients have taken the least time of late;
+/// among these, of the client that will have taken the least time after it. The calls of one client are
+/// handled in their order.
+///
+/// Owned by Clients, used in the worker's thread. Calls are handled once all that have arrived are read,
+/// and some of them before if that takes long, a few milliseconds in each turn of the event loop.
+class CallTurns : public QObject
+{
+    Q_OBJECT
+
+    using Clock = std::chrono::steady_clock;
+
+public:
+    using Handler = std::function<void(const BusMessage &call)>;
+    using Seconds = Quotas::Seconds;
+
+    /// Whether calls that wait when their client leaves are still handled.
+    enum class IfLeft { Drop, Handle };
+
+    /// A method that clients call.
+    struct Method
+    {
+        IfLeft ifLeft;
+        Handler handler; ///< throws nothing
+        Seconds takes{}; ///< about how long a call takes
+    };
+
+    /// Whether calls of this client can be handled now. Asked again whenever the bus has turned.
+    using IsReady = std::function<bool(const std::string &client)>;
+
+    CallTurns(BusConnection &bus, Quotas &quotas, int maxValueBytes, IsReady isReady);
+
+    /// Has the call handled soon. The method must stay while there is a bus. Throws
+    /// BusError::limitExceeded() when too many calls wait already.
+    void add(const BusMessage &call, Method &method);
+
+    /// The client has left. False while calls of it are still to be handled; left() follows then.
+    bool leave(const std::string &client);
+
+    /// The bus has gone.
+    void clear();
+
+    /// Calls the function and counts the time for the client. The time of nested calls counts once.
+    template <typename Function>
+    void spend(const std::string &client, const Function &function)
+    {
+        if (m_isSpending) {
+            return function();
+        }
+        m_isSpending = true;
+        const Clock::time_point start = Clock::now();
+        function();
+        m_quotas.addTime(client, Clock::now() - start);
+        m_isSpending = false;
+    }
+
+Q_SIGNALS:
+    void left(const std::string &client);
+
+private Q_SLOTS:
+    void on_bus_turned(bool isComplete);
+    void on_timer_timeout();
+
+private:
+    struct Call
+    {
+        BusMessage message;
+        Method *method;
+        Quotas::Charge charge;
+    };
+    struct Client
+    {
+        std::deque<Call> calls;
+        bool hasLeft = false;
+    };
+    using Waiting = std::unordered_map<std::string, Client>;
+
+    void handleSome(std::chrono::milliseconds limit);
+    void handle(Waiting::iterator client);
+    Waiting::iterator next();
+
+    Quotas &m_quotas;
+    const int m_maxValueBytes;
+    const IsReady m_isReady;
+    Waiting m_waiting; ///< by name; each has calls
+    bool m_isSpending = false;
+    QTimer m_timer; ///< runs while calls are left for the next turn
+};

@@ -1,0 +1,131 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+// Clients that send many calls, or calls that take long, beside one that sends few.
+
+#include "module/dbus/ModelTest.h"
+
+#include <QElapsedTimer>
+
+namespace {
+constexpr const char *limitsExceeded = "org.freedesktop.DBus.Error.LimitsExceeded";
+
+class DbusTurnsTest : public ModelTest
+{
+protected:
+    explicit DbusTurnsTest(const QVariantHash &limits = {})
+        : ModelTest({{"limits", limits}})
+    {
+        publishValue("/test/value"_s, 5);
+        for (int i = 0; i < 2000; ++i) {
+            publishValue("/many/%1"_s.arg(i), i);
+        }
+    }
+
+    static std::vector<BusCall> sendSlowCalls(ModelClient &by, int count)
+    {
+        std::vector<BusCall> calls;
+        for (int i = 0; i < count; ++i) {
+            calls.push_back(by.ask("Tree", {"/many"_s}));
+        }
+        return calls;
+    }
+
+    /// The longest that the client waits for one of some replies.
+    qint64 longestWaitMs()
+    {
+        qint64 longest = 0;
+        for (int i = 0; i < 10; ++i) {
+            QElapsedTimer wait;
+            wait.start();
+            EXPECT_TRUE(client->getValue("/test/value"_s).succeeds());
+            longest = std::max(longest, wait.elapsed());
+        }
+        return longest;
+    }
+};
+
+TEST_F(DbusTurnsTest, AreNotTakenByOneClientThatSendsAThousandSlowCalls)
+{
+    ModelClient greedy(bus().address());
+    const std::vector<BusCall> calls = sendSlowCalls(greedy, 1000);
+    ASSERT_TRUE(calls.front().waitForAnswer());
+    EXPECT_LT(longestWaitMs(), 1000);
+    EXPECT_FALSE(calls.back().isAnswered());
+}
+
+TEST_F(DbusTurnsTest, AreNotTakenByManyClients)
+{
+    std::vector<std::unique_ptr<ModelClient>> crowd;
+    std::vector<BusCall> calls;
+    for (int i = 0; i < 20; ++i) {
+        crowd.push_back(std::make_unique<ModelClient>(bus().address()));
+        for (const BusCall &call : sendSlowCalls(*crowd.back(), 100)) {
+            calls.push_back(call);
+        }
+    }
+    ASSERT_TRUE(calls.front().waitForAnswer());
+    EXPECT_LT(longestWaitMs(), 1000);
+    EXPECT_FALSE(calls.back().isAnswered());
+}
+
+TEST_F(DbusTurnsTest, OfClientsThatLeaveAreGivenUp)
+{
+    ModelClient greedy(bus().address());
+    const std::vector<BusCall> calls = sendSlowCalls(greedy, 2000);
+    ASSERT_TRUE(calls.front().waitForAnswer());
+    greedy.leave();
+    QElapsedTimer wait;
+    wait.start();
+    // This takes longer than the other calls of this client.
+    for (const BusCall &call : sendSlowCalls(*client, 10)) {
+        EXPECT_TRUE(call.succeeds());
+    }
+    EXPECT_LT(wait.elapsed(), 5000);
+}
+
+TEST_F(DbusTurnsTest, OfRequestsComeEvenAfterTheirClientHasLeft)
+{
+    int requests = 0;
+    publishRequest("/test/count"_s, [&requests](const CMSetDataRequest &request) {
+        ++requests;
+        request.reply().setValue({});
+    });
+    ModelClient leaving(bus().address());
+    const std::vector<BusCall> calls = sendSlowCalls(leaving, 50);
+    for (int i = 0; i < 10; ++i) {
+        leaving.send("/test/count"_s, i);
+    }
+    // So that the requests have reached the host.
+    ASSERT_TRUE(calls[10].waitForAnswer());
+    leaving.leave();
+    EXPECT_TRUE(waitFor([&] { return requests == 10; }));
+}
+
+class DbusWaitingBytesTest : public DbusTurnsTest
+{
+protected:
+    DbusWaitingBytesTest()
+        : DbusTurnsTest({{"totalRequestBytes", 8 << 20}})
+    {
+        publishEcho("/test/echo"_s);
+    }
+};
+
+TEST_F(DbusWaitingBytesTest, AreLimited)
+{
+    ModelClient greedy(bus().address());
+    const std::vector<BusCall> slow = sendSlowCalls(greedy, 1000);
+    std::vector<BusCall> calls;
+    for (int i = 0; i < 20; ++i) {
+        calls.push_back(greedy.send("/test/echo"_s, QByteArray(1'000'000, 'x')));
+    }
+    EXPECT_TRUE(client->send("/test/echo"_s, 5).succeeds());
+    int refused = 0;
+    for (const BusCall &call : calls) {
+        refused += call.errorName() == limitsExceeded ? 1 : 0;
+    }
+    EXPECT_GE(refused, 14);
+    EXPECT_LT(refused, 20);
+}
+} // namespace
