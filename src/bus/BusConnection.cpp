@@ -25,8 +25,8 @@ constexpr int maxPauseMs = 5000;
 /// bus for a silent one and reconnects.
 constexpr std::chrono::milliseconds busTimeout(5000);
 
-/// How long the bus may hang.
-constexpr std::chrono::minutes probeTimeout(10);
+/// A bus that is only slow has read something by then.
+constexpr int maxSecondsStuck = 3;
 
 constexpr const char *busName = "org.freedesktop.DBus";
 constexpr const char *busPath = "/org/freedesktop/DBus";
@@ -158,17 +158,14 @@ void BusConnection::on_loop_failed(int error)
     lose(textOf(error));
 }
 
-void BusConnection::on_loop_lagging()
+void BusConnection::on_loop_lagging(int seconds)
 {
-    if (!m_isConnected) {
-        return; // the silence timer runs
-    }
-    if (!m_isProbing) {
-        startProbe();
+    if (!m_isConnected || seconds < maxSecondsStuck - 1) {
+        m_probe.reset();
     } else if (!m_probe) {
         m_probe = std::make_unique<BusConnection>(m_bus);
         m_probe->open();
-    } else if (m_probe->isConnected()) {
+    } else if (seconds >= maxSecondsStuck && m_probe->isConnected()) {
         const std::string name = uniqueName();
         const auto probe = std::move(m_probe);
         lose(QStringLiteral("The bus takes no more messages, because too many are unread"));
@@ -176,23 +173,6 @@ void BusConnection::on_loop_lagging()
         // keep its names. It notices when it fails to deliver a message to it.
         probe->ping(name);
     }
-}
-
-void BusConnection::startProbe()
-{
-    m_isProbing = true;
-    try {
-        send(createCall(busName, busPath, busName, "GetId"), probeTimeout,
-             [this](const BusMessage &) { endProbe(); });
-    } catch (const BusError &error) {
-        lose(QString::fromStdString(error.message()));
-    }
-}
-
-void BusConnection::endProbe()
-{
-    m_isProbing = false;
-    m_probe.reset();
 }
 
 void BusConnection::ping(const std::string &name)
@@ -245,7 +225,7 @@ void BusConnection::lose(const QString &reason, bool isSilent)
     m_isConnected = false;
     m_isAnswering = false;
     m_isSilent = false;
-    endProbe();
+    m_probe.reset();
     m_nameAcquired.reset();
     m_handle.reset();
     m_retryTimer.start(m_pauseMs);

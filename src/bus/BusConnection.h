@@ -26,7 +26,7 @@
 /// 5 s. It requests its names again each time it connects.
 ///
 /// A bus stops reading from a connection whose receivers have left too much unread. A connection from
-/// which the bus does not read for 2 s, while it does reply on another one, is lost and made again.
+/// which the bus does not read for 3 s, while it does reply on another one, is lost and made again.
 /// Messages to a bus that hangs altogether are kept until it resumes.
 class BusConnection : public QObject
 {
@@ -96,7 +96,7 @@ Q_SIGNALS:
 private Q_SLOTS:
     void on_loop_turned(bool isComplete);
     void on_loop_failed(int error);
-    void on_loop_lagging();
+    void on_loop_lagging(int seconds);
     void on_silenceTimer_timeout();
     void on_retryTimer_timeout();
 
@@ -104,8 +104,6 @@ private:
     void tryToConnect();
     void greet();
     void becomeConnected();
-    void startProbe();
-    void endProbe();
     void ping(const std::string &name);
     void lose(const QString &reason, bool isSilent = false);
     void takeName(const QString &name);
@@ -117,7 +115,6 @@ private:
     BusHandle m_handle; ///< null while the bus is away
     BusLoop m_loop;
     BusSlot m_nameAcquired;
-    bool m_isProbing = false;               ///< a call is to show that the bus still reads
     std::unique_ptr<BusConnection> m_probe; ///< shows that it replies to others
     bool m_isAnswering = false;             ///< the bus has replied to the whole greeting
     bool m_isConnected = false;             ///< connected() has been emitted

@@ -14,6 +14,7 @@
 #include <linux/sockios.h>
 #include <poll.h>
 #include <sys/ioctl.h>
+#include <utility>
 
 namespace {
 /// Limits of one turn of the event loop. Further messages wait for the next turn, so that a flood
@@ -21,7 +22,7 @@ namespace {
 constexpr int maxMessagesPerTurn = 1024;
 constexpr int maxTurnMs = 5;
 
-constexpr int lagMs = 700;
+constexpr int lagMs = 1000;
 
 constexpr std::uint64_t never = std::numeric_limits<std::uint64_t>::max();
 
@@ -67,6 +68,7 @@ void BusLoop::stop()
     m_readable.reset();
     m_writable.reset();
     m_lagTimer.stop();
+    m_unread = 0;
     m_timer.stop();
     m_deadline = never;
 }
@@ -97,19 +99,30 @@ void BusLoop::on_notifier_activated()
 
 void BusLoop::on_lagTimer_timeout()
 {
-    if (isLagging()) {
-        Q_EMIT lagging();
+    if (watchLag() > 0) {
+        Q_EMIT lagging(++m_secondsStuck);
     } else {
         m_lagTimer.stop();
+        Q_EMIT lagging(0);
     }
 }
 
-bool BusLoop::isLagging() const
+/// Returns how many bytes the bus has yet to read. The number decreases only when it reads. A slow bus may
+/// never read all of them, because more are sent meanwhile.
+int BusLoop::watchLag()
 {
-    std::uint64_t queued = 0;
-    int sent = 0;
-    return (sd_bus_get_n_queued_write(m_bus, &queued) >= 0 && queued > 0) ||
-           (::ioctl(sd_bus_get_fd(m_bus), SIOCOUTQ, &sent) == 0 && sent > 0);
+    int unread = 0;
+    if (::ioctl(sd_bus_get_fd(m_bus), SIOCOUTQ, &unread) < 0) {
+        unread = 0;
+    }
+    if (unread < std::exchange(m_unread, unread)) {
+        m_secondsStuck = 0;
+    }
+    if (unread > 0 && !m_lagTimer.isActive()) {
+        m_secondsStuck = 0;
+        m_lagTimer.start();
+    }
+    return unread;
 }
 
 void BusLoop::on_timer_timeout()
@@ -166,9 +179,7 @@ int BusLoop::watch()
     }
     m_readable->setEnabled((events & POLLIN) != 0);
     m_writable->setEnabled((events & POLLOUT) != 0);
-    if (!m_lagTimer.isActive() && isLagging()) {
-        m_lagTimer.start();
-    }
+    watchLag();
     return watchTime();
 }
 

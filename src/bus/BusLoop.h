@@ -31,8 +31,9 @@ Q_SIGNALS:
     /// The bus can't be served any more. The error is an errno.
     void failed(int error);
 
-    /// The bus has not yet read everything that was sent to it. Emitted every 700 ms until it has.
-    void lagging();
+    /// The bus has not yet read everything that was sent to it. Emitted every second until it has, with
+    /// the number of seconds in which it has read nothing at all; at the end with 0.
+    void lagging(int seconds);
 
 private Q_SLOTS:
     void on_dispatcher_aboutToBlock();
@@ -45,7 +46,7 @@ private:
     int handleMessages();
     int watch();
     int watchTime();
-    bool isLagging() const;
+    int watchLag();
     static std::unique_ptr<QSocketNotifier> notifier(int descriptor, QSocketNotifier::Type type,
                                                      BusLoop *loop);
 
@@ -55,6 +56,8 @@ private:
     std::unique_ptr<QSocketNotifier> m_readable;
     std::unique_ptr<QSocketNotifier> m_writable;
     QTimer m_lagTimer;        ///< runs while the bus has not read everything
+    int m_unread = 0;         ///< bytes that the bus had not read when last checked
+    int m_secondsStuck = 0;   ///< in which the bus has read nothing
     QTimer m_timer;           ///< runs until the next timeout within sd-bus
     std::uint64_t m_deadline; ///< the timer's, in the monotonic clock's microseconds
 };
