@@ -243,6 +243,25 @@ private:
     int m_at = 0;
     bool m_beginsParagraph = false; ///< the next text starts a new line
 };
+
+bool isKept(QChar character)
+{
+    return !isUnsafeToPrint(character.unicode());
+}
+
+QString cleanedLine(const QString &text)
+{
+    QString line;
+    line.reserve(text.size());
+    for (const QChar character : text) {
+        if (isKept(character)) {
+            line.append(character);
+        } else if (character == '\n' || character == '\t' || isSeparator(character)) {
+            line.append(' ');
+        }
+    }
+    return line;
+}
 } // namespace
 
 QString plainText(const QString &whole)
@@ -255,18 +274,5 @@ QString plainText(const QString &whole)
 QString plainLine(const QString &whole)
 {
     const QString text = beginning(whole, maxLineLength);
-    const auto isKept = [](QChar character) { return !isUnsafeToPrint(character.unicode()); };
-    if (std::all_of(text.begin(), text.end(), isKept)) {
-        return text;
-    }
-    QString line;
-    line.reserve(text.size());
-    for (const QChar character : text) {
-        if (isKept(character)) {
-            line.append(character);
-        } else if (character == '\n' || character == '\t' || isSeparator(character)) {
-            line.append(' ');
-        }
-    }
-    return line;
+    return std::all_of(text.begin(), text.end(), isKept) ? text : cleanedLine(text);
 }
