@@ -252,6 +252,7 @@ HostState CrowdHost::state() const
     }
     state.modules =
         readValue(connection, TavoPowerManagerStatePath()).powerManagerState().modules().size();
+    state.isPlaying = readValue(connection, TavoNotificationPlayerIsPlayingPath()).bool_();
     state.descriptors = countEntries(m_host.processId(), "fd");
     state.threads = countEntries(m_host.processId(), "task");
     state.residentKiB = residentKiB();

@@ -17,6 +17,7 @@ struct HostState
     int descriptors = 0;
     int threads = 0;
     long residentKiB = 0;
+    bool isPlaying = false; ///< sounds of clients that have left play to their end
     // Things that clients can leave behind:
     long rows = 0; ///< of the display
     long inboxes = 0;

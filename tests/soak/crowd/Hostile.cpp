@@ -6,6 +6,7 @@
 #include "Attacks.h"
 #include <bus/BusError.h>
 
+#include <cstring>
 #include <thread>
 #include <utility>
 
@@ -129,7 +130,9 @@ std::optional<BusMessage> Hostile::ask(const BusMessage &call)
 
 void Hostile::count(const BusMessage &message)
 {
-    if (m_isOutsider && !message.sender().empty() && !message.isFromBus()) {
+    const char *sender = sd_bus_message_get_sender(message.get());
+    const bool isOwn = sender == nullptr || std::strcmp(sender, "org.freedesktop.DBus.Local") == 0;
+    if (m_isOutsider && !isOwn && !message.isFromBus()) {
         find("a message of the host has reached an outsider: " + message.member());
     }
     std::uint64_t cookie = 0;

@@ -30,6 +30,9 @@ constexpr long maxResidentKiB = 512 * 1024;
 constexpr long residentAfterwardsKiB = 128 * 1024;
 
 constexpr Milliseconds settleTime = 5s;
+
+/// How long sounds that were left behind may play.
+constexpr Milliseconds quietTime = 2min;
 constexpr Milliseconds progressInterval = 5s;
 constexpr Milliseconds glance = 100ms;
 
@@ -119,12 +122,13 @@ void attackHost(const Options &options, const CrowdHost &host, Report &report,
 
 bool isAsBefore(const HostState &now, const HostState &before)
 {
-    return now.descriptors <= before.descriptors && now.threads <= before.threads &&
-           now.inboxes <= before.inboxes && now.requesters <= before.requesters &&
-           now.modules <= before.modules;
+    const bool isQuiet = now.descriptors <= before.descriptors && now.threads <= before.threads;
+    return (isQuiet || now.isPlaying) && now.inboxes <= before.inboxes &&
+           now.requesters <= before.requesters && now.modules <= before.modules;
 }
 
-/// Waits until all is as before, except for messages: these stay when their clients leave.
+/// Waits until all is as before, except for what stays by design when its client leaves: messages, and
+/// sounds that play to their end.
 void settle(const CrowdHost &host, Report &report)
 {
     const auto readState = [&host] { return host.state(); };
@@ -144,7 +148,12 @@ void settle(const CrowdHost &host, Report &report)
         host.clearDisplay();
         return 0;
     });
-    report.after = waitingFor(readState);
+    waitFor(
+        [&] {
+            report.after = waitingFor(readState);
+            return !report.after.isPlaying;
+        },
+        quietTime);
 }
 
 void judge(const Options &options, const Report &report, std::vector<std::string> &findings)
@@ -159,6 +168,9 @@ void judge(const Options &options, const Report &report, std::vector<std::string
     }
     if (report.settled.count() < 0) {
         findings.emplace_back("5 seconds after the crowd has left, not all is as before");
+    }
+    if (!isAsBefore(report.after, report.before) || report.after.isPlaying) {
+        findings.emplace_back("at the end, not all is as before");
     }
     if (report.after.rows > report.before.rows) {
         findings.emplace_back("messages can't be removed");
