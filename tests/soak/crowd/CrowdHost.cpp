@@ -222,7 +222,7 @@ void CrowdHost::startHost()
     }
     m_host.setEnvironment("ALSA_CONFIG_PATH", inFolder("asound.conf"));
     m_host.setConfiguration(
-        {{"log", QJsonObject{{"level", "WARN"}, {"levels", QJsonObject{{"Dbus", "INFO"}}}}},
+        {{"log", QJsonObject{{"level", "OFF"}, {"levels", QJsonObject{{"Dbus", "INFO"}}}}},
          {"modules",
           QJsonArray{"powermanager", QJsonObject{{"name", "player"}, {"config", player}},
                      "notifications", QJsonObject{{"name", "dbus"}, {"config", dbus}}}}});
@@ -272,6 +272,6 @@ void CrowdHost::clearDisplay() const
 
 std::string CrowdHost::log() const
 {
-    constexpr int maxLength = 4000;
+    constexpr int maxLength = 10000;
     return m_host.log().right(maxLength).toStdString();
 }

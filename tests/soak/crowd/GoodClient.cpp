@@ -14,6 +14,7 @@ using namespace std::chrono_literals;
 
 constexpr GoodClient::Milliseconds timeout = 10s;
 constexpr GoodClient::Milliseconds nap = 20ms;
+constexpr GoodClient::Milliseconds soundPause = 500ms;
 
 /// A name that nobody guesses.
 std::string secretName()
@@ -178,7 +179,7 @@ void GoodClient::measureSounds(Connection &connection)
     const std::string inbox = BusReader(*opened).readString().toStdString();
     while (!m_stopped) {
         measureSound(connection, inbox);
-        std::this_thread::sleep_for(nap);
+        std::this_thread::sleep_for(soundPause);
     }
 }
 

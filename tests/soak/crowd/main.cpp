@@ -196,7 +196,10 @@ int run(const Options &options)
         findings.emplace_back(error.what());
     }
     if (!host.stop()) {
-        findings.push_back("the host does not end as it should:\n" + host.log());
+        findings.emplace_back("the host does not end as it should");
+    }
+    if (!findings.empty()) {
+        std::cout << "\nThe end of the host's log:\n" << host.log() << '\n';
     }
     std::cout << '\n' << report.tables() << std::endl;
     for (const std::string &finding : findings) {

@@ -23,6 +23,15 @@ void askPlayerToCancel(const QString &id)
     CMRoot()->invoke(TavoNotificationPlayerCancelPath(), TavoValue().setString_(id), {});
 }
 
+/// So often, an urgent sound gives way to those of other users and stays urgent.
+constexpr int maxTimesGivenWay = 3;
+
+/// From this priority on, sounds of several users take turns.
+int urgentPriority(const ClientLimits &limits)
+{
+    return std::min<int>(TavoNotificationItemPriority::Urgent, limits.priority);
+}
+
 bool isEnd(TavoNotificationPlayerResponseType::Enum type)
 {
     return type == TavoNotificationPlayerResponseType::Finished ||
@@ -47,6 +56,8 @@ ClientSounds::ClientSounds(Clients &clients, CMNodes *nodes, SoundAccess access)
     , m_nodes(nodes)
 {
     tavoConnect(&m_clients, &Clients::left, this, &ClientSounds::on_clients_left);
+    tavoConnect(&m_clients, &Clients::userKnown, this, &ClientSounds::on_clients_userKnown);
+    tavoConnect(&m_turns, &UrgentTurns::gaveWay, this, &ClientSounds::on_turns_gaveWay);
     CMRoot()->connectNodeChange(TavoNotificationPlayerEnqueuePath(), this,
                                 &ClientSounds::on_player_nodeChanged);
 }
@@ -85,18 +96,53 @@ CMReply<QVariant> ClientSounds::send(const std::string &client,
                                      const std::optional<OpenedSound> &file)
 {
     const CMPath path = watch(client, item, bytes, file);
-    auto watched = item;
-    watched.setPriority(std::max(item.priority(), minPriority));
+    return sendToPlayer(path, m_sounds.at(path));
+}
+
+CMReply<QVariant> ClientSounds::sendToPlayer(const CMPath &path, const Sound &sound)
+{
     CMReply<QVariant> reply = CMRoot()->invoke(
-        TavoNotificationPlayerEnqueuePath(),
-        TavoValue().setNotificationPlayerItem(watched.setPlaybackResponsePath(path)), {});
+        TavoNotificationPlayerEnqueuePath(), TavoValue().setNotificationPlayerItem(sound.item), {});
     reply.onFinished(this, [this, path](const CMReply<QVariant> &finished) {
         // A refused request gets no response.
         if (finished.error().isError()) {
             forget(path);
         }
     });
+    if (sound.item.priority() >= urgentPriority(m_clients.limits())) {
+        m_turns.add(path, sound.charge);
+    }
     return reply;
+}
+
+void ClientSounds::on_turns_gaveWay(const CMPath &path)
+{
+    Sound &sound = m_sounds.at(path);
+    sound.givesWay = true;
+    if (++sound.timesGivenWay == maxTimesGivenWay) {
+        const int lower = urgentPriority(m_clients.limits()) - 1;
+        sound.item.setPriority(TavoNotificationItemPriority::Enum(lower));
+    }
+    askPlayerToCancel(sound.item.id());
+}
+
+CMReply<QVariant> ClientSounds::cancel(const QVariant &value)
+{
+    const QString id = TavoValue(value.toHash()).string_();
+    for (auto &[path, sound] : m_sounds) {
+        if (sound.givesWay && sound.item.id() == id) {
+            sound.givesWay = false;
+            CMReply<QVariant> done;
+            done.setValue(QVariant());
+            return done;
+        }
+    }
+    return CMRoot()->invoke(TavoNotificationPlayerCancelPath(), value, {});
+}
+
+void ClientSounds::cancel(const QString &id)
+{
+    cancel(TavoValue().setString_(id).__variant());
 }
 
 void ClientSounds::checkTarget(const CMPath &path)
@@ -152,11 +198,13 @@ CMPath ClientSounds::watch(const std::string &client, const TavoNotificationPlay
 {
     Quotas::Charge charge = m_clients.quotas().charge(
         client, {Quotas::Sounds, 1, Quotas::storedBytes(bytes), item.priority()},
-        [id = item.id()] { askPlayerToCancel(id); });
+        [this, id = item.id()] { cancel(id); });
     CMPath path = soundsPath() + QString::number(++m_lastNumber);
     CMActivateNode *node = CMActivateNode::create(m_nodes, path);
-    m_sounds.emplace(path, Sound{std::move(charge), item.id(), endsWithItsClient(item),
-                                 item.playbackResponsePath(), file, node});
+    auto watched = item;
+    watched.setPriority(std::max(item.priority(), minPriority)).setPlaybackResponsePath(path);
+    m_sounds.emplace(
+        path, Sound{std::move(charge), watched, item.playbackResponsePath(), file, node, {}});
     node->setInvoke(this, &ClientSounds::on_sound_responded, Qt::QueuedConnection);
     return path;
 }
@@ -167,6 +215,7 @@ void ClientSounds::forget(const CMPath &path)
     if (sound == m_sounds.end()) {
         return;
     }
+    m_turns.remove(path);
     sound->second.node->dispose();
     m_sounds.erase(sound);
 }
@@ -174,15 +223,32 @@ void ClientSounds::forget(const CMPath &path)
 void ClientSounds::on_sound_responded(const CMSetDataRequest &request)
 {
     request.reply().setValue(QVariant());
-    const auto sound = m_sounds.find(request.path());
-    if (sound == m_sounds.end()) {
+    const auto found = m_sounds.find(request.path());
+    if (found == m_sounds.end()) {
         return;
     }
-    const CMPath target = sound->second.target;
-    if (!target.isEmpty()) {
-        CMRoot()->invoke(target, request.value(), {});
+    Sound &sound = found->second;
+    const auto type = TavoValue(request.value().toHash()).notificationPlayerResponse().type();
+    if (type == TavoNotificationPlayerResponseType::Cancelled &&
+        std::exchange(sound.givesWay, false)) {
+        const auto tellRefusal = [target = sound.target,
+                                  value = request.value()](const CMReply<QVariant> &finished) {
+            if (finished.error().isError() && !target.isEmpty()) {
+                CMRoot()->invoke(target, value, {});
+            }
+        };
+        sendToPlayer(request.path(), sound).onFinished(this, tellRefusal);
+        return;
     }
-    if (isEnd(TavoValue(request.value().toHash()).notificationPlayerResponse().type())) {
+    bool isAgain = false;
+    if (type == TavoNotificationPlayerResponseType::Started) {
+        m_turns.start(request.path());
+        isAgain = std::exchange(sound.hasStarted, true);
+    }
+    if (!sound.target.isEmpty() && !isAgain) {
+        CMRoot()->invoke(sound.target, request.value(), {});
+    }
+    if (isEnd(type)) {
         forget(request.path());
     }
 }
@@ -193,10 +259,15 @@ void ClientSounds::on_clients_left(const std::string &client)
         return;
     }
     for (const auto &[path, sound] : m_sounds) {
-        if (sound.charge.client() == client && sound.endsWithClient) {
-            askPlayerToCancel(sound.id);
+        if (sound.charge.client() == client && endsWithItsClient(sound.item)) {
+            cancel(sound.item.id());
         }
     }
+}
+
+void ClientSounds::on_clients_userKnown()
+{
+    m_turns.arrange();
 }
 
 void ClientSounds::on_player_nodeChanged(const CMPath & /*path*/, bool published)
@@ -205,7 +276,7 @@ void ClientSounds::on_player_nodeChanged(const CMPath & /*path*/, bool published
         return;
     }
     // The player has dropped its sounds, so no responses will come.
-    for (const auto &[path, sound] : std::exchange(m_sounds, {})) {
-        sound.node->dispose();
+    while (!m_sounds.empty()) {
+        forget(m_sounds.begin()->first);
     }
 }

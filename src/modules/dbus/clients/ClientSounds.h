@@ -6,6 +6,7 @@
 #include "PathHash.h"
 #include "Quotas.h"
 #include "SoundAccess.h"
+#include "UrgentTurns.h"
 #include <core/tavo.h>
 
 #include <QObject>
@@ -23,6 +24,9 @@ class Clients;
 /// Owned by the worker, used in its thread. Each sound gets a response path of the module's own, and
 /// its responses are passed on to the client's. When a client leaves, its looped sounds and its streams
 /// are cancelled; the others play to their end.
+///
+/// An urgent sound that has to give way to another user's is cancelled and enqueued again; after some
+/// times, with the next lower priority. Its client is not told.
 class ClientSounds : public QObject
 {
     Q_OBJECT
@@ -42,6 +46,10 @@ public:
     CMReply<QVariant> play(const std::string &client, const TavoNotificationPlayerItem &item,
                            const std::optional<OpenedSound> &file);
 
+    /// Ends a sound, as the request to the player does.
+    CMReply<QVariant> cancel(const QVariant &value);
+    void cancel(const QString &id);
+
     /// Passes on a client's request to play music. Throws BusError::accessDenied() as enqueue() does.
     CMReply<QVariant> playMusic(const QVariant &value);
 
@@ -51,6 +59,8 @@ public:
 
 private Q_SLOTS:
     void on_clients_left(const std::string &client);
+    void on_clients_userKnown();
+    void on_turns_gaveWay(const CMPath &path);
     void on_player_nodeChanged(const CMPath &path, bool published);
     void on_sound_responded(const CMSetDataRequest &request);
 
@@ -58,11 +68,13 @@ private:
     struct Sound
     {
         Quotas::Charge charge;
-        QString id;
-        bool endsWithClient;
+        TavoNotificationPlayerItem item; ///< as it was sent to the player
         CMPath target;                   ///< where the client wants its responses; may be empty
         std::optional<OpenedSound> file; ///< what the player plays
         CMActivateNode *node;            ///< receives the responses; owned by the node set
+        bool hasStarted = false;
+        int timesGivenWay = 0;
+        bool givesWay = false; ///< is cancelled, to be played again later
     };
 
     CMReply<QVariant> send(const std::string &client, const TavoNotificationPlayerItem &item,
@@ -71,12 +83,14 @@ private:
     AllowedSound allowed(const QString &location, SoundAccess::Kind kind) const;
     CMPath watch(const std::string &client, const TavoNotificationPlayerItem &item,
                  std::size_t bytes, const std::optional<OpenedSound> &file);
+    CMReply<QVariant> sendToPlayer(const CMPath &path, const Sound &sound);
     void forget(const CMPath &path);
 
     Clients &m_clients;
     const SoundAccess m_access;
     CMNodes *m_nodes;
     std::unordered_map<CMPath, Sound, PathHash> m_sounds; ///< by their nodes
+    UrgentTurns m_turns;
     std::optional<OpenedSound> m_music; ///< the last music of a client; it may be played again
     quint64 m_lastNumber = 0;
 };

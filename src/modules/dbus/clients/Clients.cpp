@@ -103,6 +103,7 @@ void Clients::askUser(const std::string &client)
         const auto error = reply.error();
         if (!error) {
             m_quotas.setUser(client, BusReader(reply).readUInt32());
+            Q_EMIT userKnown();
         } else if (error->name() == SD_BUS_ERROR_LIMITS_EXCEEDED && m_quotas.knows(client)) {
             // Too many of our calls wait for the bus.
             askUser(client);

@@ -77,6 +77,9 @@ public:
     bool send(const std::string &client, const BusMessage &signal, std::size_t bytes);
 
 Q_SIGNALS:
+    /// The bus has told which user a client is.
+    void userKnown();
+
     /// A client has left the bus, or the bus itself has gone. Slots must release what the client held.
     void left(const std::string &client);
 

@@ -107,6 +107,11 @@ const std::string &Quotas::Charge::client() const
     return m_item ? m_item->account->client : nobody;
 }
 
+std::optional<std::uint32_t> Quotas::Charge::user() const
+{
+    return m_item ? m_item->account->user->id : std::nullopt;
+}
+
 Quotas::Quotas(const ClientLimits &limits)
     : m_requestsPerSecond(limits.requestsPerSecond)
     , m_limits{
@@ -371,6 +376,7 @@ void Quotas::setUser(const std::string &client, std::uint32_t id)
     account.subtract(held);
     account.user->time -= account.time;
     const auto [user, isNew] = m_users.try_emplace(id);
+    user->second.id = id;
     account.user = isNew ? &newUser(user->second) : &user->second;
     account.add(held);
     account.user->time += account.time;

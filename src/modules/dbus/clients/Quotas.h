@@ -13,6 +13,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <tuple>
 #include <unordered_map>
@@ -75,6 +76,9 @@ public:
 
         /// Empty once the client has left.
         const std::string &client() const;
+
+        /// Whose it is, also after the client has left. Nothing until the bus has told.
+        std::optional<std::uint32_t> user() const;
 
     private:
         friend class Quotas;
@@ -160,6 +164,7 @@ private:
 
     struct User
     {
+        std::optional<std::uint32_t> id;
         Amounts held{};
         double time = 0;               ///< see m_timeUnit
         std::shared_ptr<Account> left; ///< what clients have left behind

@@ -90,7 +90,6 @@ void NotificationSounds::stop(quint32 id)
     const QString sound = m_sounds.take(id);
     if (!sound.isEmpty()) {
         // If it has ended, the player refuses that, which does no harm.
-        CMRoot()->invoke(TavoNotificationPlayerCancelPath(), TavoValue().setString_(sound),
-                         CMReply<QVariant>());
+        m_clientSounds.cancel(sound);
     }
 }

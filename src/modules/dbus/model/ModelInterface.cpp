@@ -138,6 +138,9 @@ CMReply<QVariant> ModelInterface::send(const std::string &client, const CMPath &
     if (path == TavoNotificationPlayerEnqueuePath()) {
         return m_sounds.enqueue(client, value, bytes);
     }
+    if (path == TavoNotificationPlayerCancelPath()) {
+        return m_sounds.cancel(value);
+    }
     if (path == TavoNotificationDisplayOpenPath()) {
         ModelArguments::checkTexts(value);
         return m_messages.open(client, value, bytes);

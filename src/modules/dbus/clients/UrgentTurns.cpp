@@ -1,0 +1,124 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "UrgentTurns.h"
+
+#include <cmath>
+#include <utility>
+
+namespace {
+/// In this time, half of what a user has played is forgotten.
+constexpr std::chrono::seconds halfLife(1);
+
+/// How much more a user must have played, so that short sounds play to their end.
+constexpr std::chrono::milliseconds margin(200);
+
+constexpr std::chrono::milliseconds interval(50);
+} // namespace
+
+void UrgentTurns::Played::add(Seconds more, Clock::time_point now)
+{
+    const Seconds passed = now - std::exchange(until, now);
+    time = time * std::exp2(-passed / halfLife) + more;
+}
+
+UrgentTurns::UrgentTurns()
+{
+    m_timer.setSingleShot(true);
+    m_timer.setInterval(interval);
+    tavoConnect(&m_timer, &QTimer::timeout, this, &UrgentTurns::on_timer_timeout);
+}
+
+void UrgentTurns::add(const CMPath &sound, const Quotas::Charge &charge)
+{
+    m_sounds.emplace(sound, Sound{&charge, ++m_lastNumber, {}});
+    arrange();
+}
+
+void UrgentTurns::start(const CMPath &sound)
+{
+    const auto found = m_sounds.find(sound);
+    if (found != m_sounds.end() && !found->second.started) {
+        found->second.started = Clock::now();
+    }
+}
+
+void UrgentTurns::remove(const CMPath &sound)
+{
+    const auto found = m_sounds.find(sound);
+    if (found == m_sounds.end()) {
+        return;
+    }
+    const auto user = found->second.charge->user();
+    if (user && found->second.started) {
+        const Clock::time_point now = Clock::now();
+        m_played[*user].add(now - *found->second.started, now);
+    }
+    m_sounds.erase(found);
+}
+
+void UrgentTurns::arrange()
+{
+    const Users played = playedNow();
+    const Sound *next = nextInTurn(played);
+    if (next == nullptr || m_sounds.size() == 1) {
+        return;
+    }
+    for (const CMPath &sound : thoseBefore(*next, played)) {
+        remove(sound);
+        Q_EMIT gaveWay(sound);
+    }
+    m_timer.start();
+}
+
+UrgentTurns::Users UrgentTurns::playedNow() const
+{
+    const Clock::time_point now = Clock::now();
+    Users users;
+    for (auto [user, played] : m_played) {
+        played.add(Seconds(0), now);
+        users[user] = played.time;
+    }
+    for (const auto &[path, sound] : m_sounds) {
+        const auto user = sound.charge->user();
+        if (user && sound.started) {
+            users[*user] += now - *sound.started;
+        }
+    }
+    return users;
+}
+
+const UrgentTurns::Sound *UrgentTurns::nextInTurn(const Users &played) const
+{
+    const Sound *next = nullptr;
+    std::pair<Seconds, std::uint64_t> least;
+    for (const auto &[path, sound] : m_sounds) {
+        const auto user = sound.charge->user();
+        if (!user || sound.started) {
+            continue;
+        }
+        const auto time = played.find(*user);
+        const std::pair turn(time == played.end() ? Seconds(0) : time->second, sound.number);
+        if (next == nullptr || turn < least) {
+            next = &sound;
+            least = turn;
+        }
+    }
+    return next;
+}
+
+std::vector<CMPath> UrgentTurns::thoseBefore(const Sound &next, const Users &played) const
+{
+    const auto time = [&](const Sound &sound) {
+        const auto user = sound.charge->user();
+        const auto found = user ? played.find(*user) : played.end();
+        return found == played.end() ? Seconds(0) : found->second;
+    };
+    std::vector<CMPath> sounds;
+    for (const auto &[path, sound] : m_sounds) {
+        if (sound.number < next.number && time(sound) > time(next) + margin) {
+            sounds.push_back(path);
+        }
+    }
+    return sounds;
+}

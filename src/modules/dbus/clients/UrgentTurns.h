@@ -1,0 +1,83 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "PathHash.h"
+#include "Quotas.h"
+#include <core/tavo.h>
+
+#include <QObject>
+#include <QTimer>
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+/// Keeps the urgent sounds of one user from making those of another wait. The player plays them in the
+/// order of their arrival, however long they are. So a sound that has not started makes those before it
+/// give way whose users have clearly played more of late than its own user.
+///
+/// Owned by ClientSounds, used in the worker's thread. Sounds of clients whose user is not known yet
+/// neither give way nor make others do so.
+class UrgentTurns : public QObject
+{
+    Q_OBJECT
+
+public:
+    UrgentTurns();
+
+    /// An urgent sound, by its response path, is sent to the player. The charge must exist until
+    /// remove().
+    void add(const CMPath &sound, const Quotas::Charge &charge);
+
+    /// The sound has started, if it is one of these.
+    void start(const CMPath &sound);
+
+    /// The sound has ended or given way, if it is one of these.
+    void remove(const CMPath &sound);
+
+    /// To be called when a client's user has become known.
+    void arrange();
+
+Q_SIGNALS:
+    /// The sound must be taken from the player, and play again later. remove() has been called for it.
+    void gaveWay(const CMPath &sound);
+
+private Q_SLOTS:
+    void on_timer_timeout() { arrange(); }
+
+private:
+    using Clock = std::chrono::steady_clock;
+    using Seconds = std::chrono::duration<double>;
+
+    struct Sound
+    {
+        const Quotas::Charge *charge;
+        std::uint64_t number; ///< in the order of arrival
+        std::optional<Clock::time_point> started;
+    };
+
+    /// How long a user's urgent sounds have played, of late.
+    struct Played
+    {
+        Seconds time{0};
+        Clock::time_point until;
+
+        void add(Seconds more, Clock::time_point now);
+    };
+    using Users = std::map<std::uint32_t, Seconds>;
+
+    Users playedNow() const;
+    const Sound *nextInTurn(const Users &played) const;
+    std::vector<CMPath> thoseBefore(const Sound &next, const Users &played) const;
+
+    std::unordered_map<CMPath, Sound, PathHash> m_sounds; ///< with the player
+    std::map<std::uint32_t, Played> m_played;             ///< by user, without what plays now
+    std::uint64_t m_lastNumber = 0;
+    QTimer
+        m_timer; ///< runs while a sound waits, since the one that plays may have to give way later
+};

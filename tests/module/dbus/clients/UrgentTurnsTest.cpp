@@ -1,0 +1,170 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+// Urgent sounds of several users. The test stands in for the player.
+
+#include "module/dbus/ModelTest.h"
+#include "support/bus/BusUser.h"
+
+#include <QFile>
+
+#include <sys/stat.h>
+
+namespace {
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+using ResponseType = TavoNotificationPlayerResponseType;
+
+class DbusUrgentTurnsTest : public ModelTest
+{
+protected:
+    DbusUrgentTurnsTest()
+        : ModelTest({}, "<policy context=\"default\"><allow user=\"*\"/></policy>"_s)
+    {
+        publishRequest(TavoNotificationPlayerEnqueuePath().toString(),
+                       [this](const CMSetDataRequest &request) {
+                           request.reply().setValue({});
+                           const TavoNotificationPlayerItem item =
+                               TavoValue(request.value().toHash()).notificationPlayerItem();
+                           sounds[item.id()] = item;
+                           events.push_back(item.id().toStdString() + " at " +
+                                            std::to_string(item.priority()));
+                       });
+        publishRequest(TavoNotificationPlayerCancelPath().toString(),
+                       [this](const CMSetDataRequest &request) {
+                           request.reply().setValue({});
+                           const QString id = TavoValue(request.value().toHash()).string_();
+                           events.push_back(id.toStdString() + " cancelled");
+                           if (respondsToCancels) {
+                               respond(id, ResponseType::Cancelled);
+                           }
+                       });
+    }
+
+    void SetUp() override
+    {
+        if (!BusUser::canBeAnyone()) {
+            GTEST_SKIP() << "it takes root to be somebody else";
+        }
+        ::chmod(QFile::encodeName(bus().folder()).constData(), 0755);
+        first = clientOf("daemon");
+        second = clientOf("mail");
+    }
+
+    std::unique_ptr<ModelClient> clientOf(const char *user)
+    {
+        const ActAs otherUser(BusUser::find(user));
+        auto client = std::make_unique<ModelClient>(bus().address());
+        EXPECT_TRUE(client->ask("List", {"/"_s}).succeeds());
+        return client;
+    }
+
+    static void
+    enqueue(ModelClient &by, const QString &id,
+            TavoNotificationItemPriority::Enum priority = TavoNotificationItemPriority::Urgent,
+            const CMPath &responses = {})
+    {
+        const auto item = TavoNotificationPlayerItem(TavoHash())
+                              .setId(id)
+                              .setType(TavoNotificationPlayerItemType::Fake)
+                              .setLoop(true)
+                              .setPriority(priority)
+                              .setPlaybackResponsePath(responses);
+        ASSERT_TRUE(by.send(TavoNotificationPlayerEnqueuePath().toString(),
+                            TavoValue().setNotificationPlayerItem(item).__variant())
+                        .succeeds());
+    }
+
+    void respond(const QString &id, ResponseType::Enum type)
+    {
+        CMRoot()->invoke(sounds.at(id).playbackResponsePath(),
+                         TavoValue().setNotificationPlayerResponse(
+                             TavoNotificationPlayerResponse(TavoHash()).setId(id).setType(type)),
+                         {});
+    }
+
+    bool happens(const std::string &event) const
+    {
+        return waitFor(
+            [&] { return std::find(events.begin(), events.end(), event) != events.end(); });
+    }
+
+    std::unique_ptr<ModelClient> first;
+    std::unique_ptr<ModelClient> second;
+    std::map<QString, TavoNotificationPlayerItem> sounds;
+    std::vector<std::string> events;
+    bool respondsToCancels = true;
+};
+
+TEST_F(DbusUrgentTurnsTest, AnEndlessSoundGivesWayAndPlaysAgainLater)
+{
+    const QString inbox = first->ask("OpenInbox").text();
+    enqueue(*first, "endless"_s, TavoNotificationItemPriority::Urgent, CMPath(inbox));
+    respond("endless"_s, ResponseType::Started);
+    ASSERT_TRUE(first->waitForSignals(1));
+    enqueue(*second, "alarm"_s);
+    ASSERT_TRUE(happens("endless cancelled"));
+    ASSERT_TRUE(waitFor([this] { return events.size() == 4; }));
+    EXPECT_THAT(events,
+                ElementsAre("endless at 3", "alarm at 3", "endless cancelled", "endless at 3"));
+    respond("alarm"_s, ResponseType::Started);
+    respond("alarm"_s, ResponseType::Finished);
+    respond("endless"_s, ResponseType::Started);
+    respond("endless"_s, ResponseType::Finished);
+    ASSERT_TRUE(first->waitForSignals(2));
+    EXPECT_THAT(first->received, ElementsAre(HasSubstr("type: 1"), HasSubstr("type: 2")));
+}
+
+TEST_F(DbusUrgentTurnsTest, AllSoundsOfAUserThatHasPlayedMuchGiveWay)
+{
+    enqueue(*first, "endless"_s);
+    enqueue(*first, "next"_s);
+    respond("endless"_s, ResponseType::Started);
+    enqueue(*second, "alarm"_s);
+    EXPECT_TRUE(happens("endless cancelled"));
+    EXPECT_TRUE(happens("next cancelled"));
+}
+
+TEST_F(DbusUrgentTurnsTest, ASoundThatHasGivenWayOftenIsNoLongerUrgent)
+{
+    enqueue(*first, "endless"_s);
+    for (const char *alarm : {"1", "2", "3"}) {
+        events.clear();
+        respond("endless"_s, ResponseType::Started);
+        enqueue(*second, QLatin1String(alarm));
+        ASSERT_TRUE(happens("endless cancelled"));
+        respond(QLatin1String(alarm), ResponseType::Finished);
+    }
+    EXPECT_TRUE(happens("endless at 2"));
+}
+
+TEST_F(DbusUrgentTurnsTest, ACancelEndsASoundThatIsAboutToPlayAgain)
+{
+    const QString inbox = first->ask("OpenInbox").text();
+    enqueue(*first, "endless"_s, TavoNotificationItemPriority::Urgent, CMPath(inbox));
+    respond("endless"_s, ResponseType::Started);
+    respondsToCancels = false;
+    enqueue(*second, "alarm"_s);
+    ASSERT_TRUE(happens("endless cancelled"));
+    EXPECT_TRUE(first
+                    ->send(TavoNotificationPlayerCancelPath().toString(),
+                           TavoValue().setString_("endless"_s).__variant())
+                    .succeeds());
+    respond("endless"_s, ResponseType::Cancelled);
+    ASSERT_TRUE(first->waitForSignals(2));
+    EXPECT_THAT(first->received.back(), HasSubstr("type: 3"));
+    EXPECT_THAT(events, ElementsAre("endless at 3", "alarm at 3", "endless cancelled"));
+}
+
+TEST_F(DbusUrgentTurnsTest, LessUrgentSoundsAreLeftToThePlayer)
+{
+    enqueue(*first, "music"_s, TavoNotificationItemPriority::High);
+    enqueue(*first, "endless"_s);
+    respond("endless"_s, ResponseType::Started);
+    enqueue(*second, "alarm"_s);
+    ASSERT_TRUE(happens("endless cancelled"));
+    EXPECT_THAT(events, Not(Contains("music cancelled")));
+}
+} // namespace
