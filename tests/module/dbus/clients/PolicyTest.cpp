@@ -185,6 +185,7 @@ TEST_F(DbusPolicyTest, LetsOthersReceiveNoSignal)
 
 TEST_F(DbusPolicyTest, LetsMembersOfTheGroupDoEverything)
 {
+    ASSERT_TRUE(isServing());
     const auto member = clientOf("daemon", permittedGroup);
     EXPECT_TRUE(member->getValue("/test/value"_s).succeeds());
     EXPECT_TRUE(member->ask("OpenInbox").succeeds());
