@@ -17,7 +17,7 @@ constexpr int maxKeyBytes = 256;
 bool canBeChosen(const DesktopNotification::Action &action)
 {
     return action.key.toUtf8().size() <= maxKeyBytes &&
-           (!action.label.isEmpty() || action.key == QLatin1String("default"));
+           (!action.label.trimmed().isEmpty() || action.key == QLatin1String("default"));
 }
 
 void readActions(NotifyCall &call, BusReader &reader)

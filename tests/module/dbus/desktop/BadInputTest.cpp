@@ -118,7 +118,7 @@ TEST_F(BadInputTest, ActionsThatNobodyCanChooseAreLeftOut)
     EXPECT_EQ(python(R"(
 print(Notify(actions=['key']))
 print(Notify(actions=['a', 'Label', 'b']))
-print(Notify(actions=['a', '', 'b', '\x1B\x07', 'c', 'Label', 'default', '']))
+print(Notify(actions=['a', '', 'b', '\x1B\x07', 'c', 'Label', 'default', '', 'd', ' \t']))
 print(Notify(actions=[text for i in range(65) for text in ('key%d' % i, 'Label')]))
 print(Notify(actions=['a', 'Label'] * 65))
 print(Notify(actions=['k' * 256, 'Longest', 'k' * 257, 'Too long']))

@@ -5,10 +5,12 @@
 
 #include "support/EventLoop.h"
 
+#include <QCoreApplication>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <utility>
+#include <algorithm>
 #include <vector>
 
 namespace {
