@@ -14,6 +14,8 @@ std::string ModelClient::lineOf(const BusMessage &signal)
     line << name << ' ' << reader.readString();
     if (name == "ValueChanged" || name == "Received") {
         line << ' ' << reader.readVariant();
+    } else if (name == "Dropped") {
+        line << ' ' << reader.readUInt32();
     } else if (name == "NodeChanged") {
         line << (reader.readBoolean() ? " published" : " gone");
     } else if (name == "RowsChanged") {

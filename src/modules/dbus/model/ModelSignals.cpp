@@ -11,12 +11,18 @@
 
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
+
+/// How often a client is tried to be told what was left out. It is told soon after it reads again.
+constexpr int reportIntervalMs = 250;
 } // namespace
 
-ModelSignals::ModelSignals(Clients &clients, Subscriptions &subscriptions, const Inboxes &inboxes)
+ModelSignals::ModelSignals(Clients &clients, const Subscriptions &subscriptions,
+                           const Inboxes &inboxes)
     : m_clients(clients)
-    , m_subscriptions(subscriptions)
 {
+    m_timer.setInterval(reportIntervalMs);
+    tavoConnect(&m_timer, &QTimer::timeout, this, &ModelSignals::on_timer_timeout);
+    tavoConnect(&m_clients, &Clients::left, this, &ModelSignals::on_clients_left);
     tavoConnect(&subscriptions, &Subscriptions::valueChanged, this,
                 &ModelSignals::on_subscriptions_valueChanged);
     tavoConnect(&subscriptions, &Subscriptions::rowsChanged, this,
@@ -26,21 +32,30 @@ ModelSignals::ModelSignals(Clients &clients, Subscriptions &subscriptions, const
     tavoConnect(&inboxes, &Inboxes::received, this, &ModelSignals::on_inboxes_received);
 }
 
+void ModelSignals::setObject(const BusObject *object)
+{
+    m_object = object;
+    m_dropped.clear();
+}
+
 void ModelSignals::emitTo(const char *signal, const Subscriptions::Names &clients,
-                          const std::function<void(BusWriter &)> &write)
+                          const CMPath &path, const Write &write)
 {
     if (!m_object) {
         return;
     }
     try {
         for (const std::string &client : clients) {
+            // Nothing follows on what was left out before the client has been told.
+            if (hasDropped(client, path)) {
+                drop(client, path);
+                continue;
+            }
             BusWriter writer(m_object->createSignal(signal), BusWriter::maxMessageBytes);
+            writer.writeString(path.toString());
             write(writer);
-            if (!m_clients.send(client, writer.message(), writer.bytesWritten()) &&
-                m_subscriptions.end(client)) {
-                LOG4CPLUS_WARN(logger, "The client "
-                                           << client
-                                           << " doesn't read its signals: its subscriptions end");
+            if (!m_clients.send(client, writer.message(), writer.bytesWritten())) {
+                drop(client, path);
             }
         }
     } catch (const BusError &error) {
@@ -48,21 +63,79 @@ void ModelSignals::emitTo(const char *signal, const Subscriptions::Names &client
     }
 }
 
+bool ModelSignals::hasDropped(const std::string &client, const CMPath &path) const
+{
+    const auto dropped = m_dropped.find(client);
+    return dropped != m_dropped.end() && dropped->second.count(path) > 0;
+}
+
+void ModelSignals::drop(const std::string &client, const CMPath &path)
+{
+    const auto [dropped, isNew] = m_dropped.try_emplace(client);
+    Counts &counts = dropped->second;
+    if (isNew) {
+        LOG4CPLUS_WARN(logger,
+                       "The client " << client << " doesn't read its signals: some are left out");
+    }
+    const auto maxPaths =
+        std::size_t(m_clients.limits().subscriptions) + std::size_t(m_clients.limits().inboxes);
+    if (counts.size() < maxPaths || counts.count(path) > 0) {
+        ++counts[path];
+    }
+    if (!m_timer.isActive()) {
+        m_timer.start();
+    }
+}
+
+void ModelSignals::reportDropped(const std::string &client, Counts &counts)
+{
+    while (!counts.empty()) {
+        const auto count = counts.begin();
+        BusWriter writer(m_object->createSignal("Dropped"));
+        writer.writeString(count->first.toString());
+        writer.writeUInt32(count->second);
+        if (!m_clients.send(client, writer.message(), writer.bytesWritten())) {
+            return;
+        }
+        counts.erase(count);
+    }
+}
+
+void ModelSignals::on_timer_timeout()
+{
+    try {
+        for (auto dropped = m_dropped.begin(); dropped != m_dropped.end();) {
+            if (dropped->second.empty()) {
+                dropped = m_dropped.erase(dropped);
+            } else {
+                reportDropped(dropped->first, dropped->second);
+                ++dropped;
+            }
+        }
+    } catch (const BusError &error) {
+        LOG4CPLUS_WARN(logger, "A change can't be sent: " << error.what());
+    }
+    if (m_dropped.empty()) {
+        m_timer.stop();
+    }
+}
+
+void ModelSignals::on_clients_left(const std::string &client)
+{
+    m_dropped.erase(client);
+}
+
 void ModelSignals::on_subscriptions_valueChanged(const Subscriptions::Names &clients,
                                                  const CMPath &path, const QVariant &value)
 {
-    emitTo("ValueChanged", clients, [&](BusWriter &signal) {
-        signal.writeString(path.toString());
-        signal.writeVariant(value);
-    });
+    emitTo("ValueChanged", clients, path, [&](BusWriter &signal) { signal.writeVariant(value); });
 }
 
 void ModelSignals::on_subscriptions_rowsChanged(const Subscriptions::Names &clients,
                                                 const CMPath &path, const QStringList &changes,
                                                 int first, int count)
 {
-    emitTo("RowsChanged", clients, [&](BusWriter &signal) {
-        signal.writeString(path.toString());
+    emitTo("RowsChanged", clients, path, [&](BusWriter &signal) {
         signal.writeStringList(changes);
         signal.writeInt32(first);
         signal.writeInt32(count);
@@ -72,17 +145,12 @@ void ModelSignals::on_subscriptions_rowsChanged(const Subscriptions::Names &clie
 void ModelSignals::on_subscriptions_nodeChanged(const Subscriptions::Names &clients,
                                                 const CMPath &path, bool published)
 {
-    emitTo("NodeChanged", clients, [&](BusWriter &signal) {
-        signal.writeString(path.toString());
-        signal.writeBoolean(published);
-    });
+    emitTo("NodeChanged", clients, path,
+           [&](BusWriter &signal) { signal.writeBoolean(published); });
 }
 
 void ModelSignals::on_inboxes_received(const std::string &client, const CMPath &inbox,
                                        const QVariant &value)
 {
-    emitTo("Received", {client}, [&](BusWriter &signal) {
-        signal.writeString(inbox.toString());
-        signal.writeVariant(value);
-    });
+    emitTo("Received", {client}, inbox, [&](BusWriter &signal) { signal.writeVariant(value); });
 }
