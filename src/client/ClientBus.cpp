@@ -165,6 +165,8 @@ void ClientBus::on_model_signal(const BusMessage &signal)
         Q_EMIT received(path, reader.readVariant());
     } else if (member == "NodeChanged") {
         Q_EMIT nodeChanged(path, reader.readBoolean());
+    } else if (member == "Dropped") {
+        Q_EMIT dropped(path, reader.readUInt32());
     } else if (member == "RowsChanged") {
         const QStringList changes = reader.readStringList();
         const int first = reader.readInt32();

@@ -59,6 +59,7 @@ Q_SIGNALS:
     void rowsChanged(const CMPath &path, const QStringList &changes, int first, int count);
     void nodeChanged(const CMPath &path, bool published);
     void received(const CMPath &inbox, const QVariant &value);
+    void dropped(const CMPath &path, uint count);
     void messageClosed(uint id, uint reason);
     void actionInvoked(uint id, const QString &key);
 

@@ -6,6 +6,8 @@
 #include "client/ClientBus.h"
 #include <core/base/connect.h>
 
+#include <algorithm>
+
 namespace {
 void write(BusWriter &call, const CMPath &path)
 {
@@ -94,6 +96,7 @@ TavoClient::TavoClient(const QString &bus, QObject *parent)
     tavoConnect(m_bus.get(), &ClientBus::valueChanged, this, &TavoClient::valueChanged);
     tavoConnect(m_bus.get(), &ClientBus::rowsChanged, this, &TavoClient::rowsChanged);
     tavoConnect(m_bus.get(), &ClientBus::nodeChanged, this, &TavoClient::nodeChanged);
+    tavoConnect(m_bus.get(), &ClientBus::dropped, this, &TavoClient::on_bus_dropped);
 }
 
 TavoClient::~TavoClient() = default;
@@ -121,6 +124,17 @@ void TavoClient::on_bus_availableChanged(bool available)
         }
     }
     Q_EMIT availableChanged(available);
+}
+
+void TavoClient::on_bus_dropped(const CMPath &path, uint count)
+{
+    // The path of an inbox is the inbox's own matter.
+    const bool isSubscribed =
+        std::any_of(m_subscriptions.cbegin(), m_subscriptions.cend(),
+                    [&path](const Subscription &each) { return each.first == path; });
+    if (isSubscribed) {
+        Q_EMIT changesDropped(path, count);
+    }
 }
 
 CMReply<QString> TavoClient::version()

@@ -121,11 +121,17 @@ Q_SIGNALS:
     void rowsChanged(const CMPath &path, const QStringList &changes, int first, int count);
     void nodeChanged(const CMPath &path, bool published);
 
+    /// The host left out this many changes of any kind at the path, because this client did not read fast
+    /// enough. The subscriptions stay, and changes at the path are reported again from here on: read its
+    /// present state.
+    void changesDropped(const CMPath &path, uint count);
+
     /// The host refused a subscription, for instance because of a limit.
     void subscriptionFailed(const CMPath &path, const CMError &error);
 
 private Q_SLOTS:
     void on_bus_availableChanged(bool available);
+    void on_bus_dropped(const CMPath &path, uint count);
 
 private:
     friend class TavoInbox;

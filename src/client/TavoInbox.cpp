@@ -14,6 +14,7 @@ TavoInbox::TavoInbox(TavoClient *client, QObject *parent)
     tavoConnect(m_bus.data(), &ClientBus::availableChanged, this,
                 &TavoInbox::on_bus_availableChanged);
     tavoConnect(m_bus.data(), &ClientBus::received, this, &TavoInbox::on_bus_received);
+    tavoConnect(m_bus.data(), &ClientBus::dropped, this, &TavoInbox::on_bus_dropped);
     if (m_bus->isAvailable()) {
         open();
     }
@@ -67,5 +68,12 @@ void TavoInbox::on_bus_received(const CMPath &inbox, const QVariant &value)
         TavoValue(value.toHash()).notificationPlayerResponse();
     if (!response.isEmpty()) {
         Q_EMIT responded(response);
+    }
+}
+
+void TavoInbox::on_bus_dropped(const CMPath &inbox, uint count)
+{
+    if (!inbox.isEmpty() && inbox == m_path) {
+        Q_EMIT requestsDropped(count);
     }
 }

@@ -46,9 +46,14 @@ Q_SIGNALS:
     /// Emitted after received() when the value reports a sound's start or end.
     void responded(const TavoNotificationPlayerResponse &response);
 
+    /// The host left out this many requests, because this client did not read fast enough. Reports that
+    /// the inbox still waits for may be among them.
+    void requestsDropped(uint count);
+
 private Q_SLOTS:
     void on_bus_availableChanged(bool available);
     void on_bus_received(const CMPath &inbox, const QVariant &value);
+    void on_bus_dropped(const CMPath &inbox, uint count);
 
 private:
     void open();

@@ -26,6 +26,8 @@ WatchCommand::WatchCommand(const Options &options, TavoClient &client, Terminal 
     tavoConnect(&client, &TavoClient::valueChanged, this, &WatchCommand::on_client_valueChanged);
     tavoConnect(&client, &TavoClient::rowsChanged, this, &WatchCommand::on_client_rowsChanged);
     tavoConnect(&client, &TavoClient::nodeChanged, this, &WatchCommand::on_client_nodeChanged);
+    tavoConnect(&client, &TavoClient::changesDropped, this,
+                &WatchCommand::on_client_changesDropped);
     tavoConnect(&client, &TavoClient::subscriptionFailed, this,
                 &WatchCommand::on_client_subscriptionFailed);
 }
@@ -83,12 +85,17 @@ void WatchCommand::on_client_availableChanged(bool available)
 void WatchCommand::readAll()
 {
     for (const Followed &followed : qAsConst(m_followed)) {
-        if (followed.kind != Kind::Rows) {
-            readValue(followed.path);
-        }
-        if (followed.kind != Kind::Value) {
-            on_client_rowsChanged(followed.path, {}, -1, 0);
-        }
+        read(followed);
+    }
+}
+
+void WatchCommand::read(const Followed &followed)
+{
+    if (followed.kind != Kind::Rows) {
+        readValue(followed.path);
+    }
+    if (followed.kind != Kind::Value) {
+        on_client_rowsChanged(followed.path, {}, -1, 0);
     }
 }
 
@@ -181,6 +188,22 @@ void WatchCommand::on_client_nodeChanged(const CMPath &path, bool published)
            published ? QStringLiteral("is there") : QStringLiteral("has gone"));
     if (published) {
         readAll();
+    }
+}
+
+void WatchCommand::on_client_changesDropped(const CMPath &path, uint count)
+{
+    report(
+        path, {{QStringLiteral("dropped"), count}},
+        terminal().styled(QStringLiteral("changes left out: %1").arg(count), Terminal::Style::Bad));
+    if (m_readings.contains(path)) {
+        // The signal that the node has gone may be among them: on_rows_refused() reports it then.
+        m_readings[path].changes.clear();
+    }
+    for (const Followed &followed : qAsConst(m_followed)) {
+        if (followed.path == path) {
+            read(followed);
+        }
     }
 }
 

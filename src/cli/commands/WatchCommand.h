@@ -26,6 +26,7 @@ private Q_SLOTS:
     void on_client_rowsChanged(const CMPath &path, const QStringList &changes, int first,
                                int count);
     void on_client_nodeChanged(const CMPath &path, bool published);
+    void on_client_changesDropped(const CMPath &path, uint count);
     void on_client_subscriptionFailed(const CMPath &path, const CMError &error);
 
 private:
@@ -38,6 +39,7 @@ private:
 
     void follow(const CMPath &path, Kind kind);
     void readAll();
+    void read(const Followed &followed);
     void readValue(const CMPath &path);
     void readRows(const CMPath &path);
     void on_rows_refused(const CMPath &path, const CMError &error);

@@ -7,6 +7,8 @@
 #include "support/bus/ClientProgram.h"
 #include "support/bus/SilentClient.h"
 
+#include <QRegularExpression>
+
 #include <algorithm>
 #include <csignal>
 #include <future>
@@ -290,6 +292,34 @@ TEST_F(DbusLittleUnreadTest, IncludesRefusals)
     }
     EXPECT_TRUE(isServing());
     EXPECT_LT(waitingFor(silent.name()), std::size_t(3 * mebi));
+}
+
+TEST_F(DbusLittleUnreadTest, LetsTavoWatchPrintWhatWasLeftOutAndReadAgain)
+{
+    CMValueNode *busy = publishValue("/test/busy"_s, 0);
+    publishRequest("/test/set"_s, [&](const CMSetDataRequest &request) {
+        busy->setValue(TavoValue().setString_(request.value().toString()));
+        request.reply().setValue({});
+    });
+    ClientProgram text(bus(), QStringLiteral(TAVO_PROGRAM), {"watch"_s, "/test/busy"_s});
+    ClientProgram json(bus(), QStringLiteral(TAVO_PROGRAM),
+                       {"watch"_s, "--json"_s, "/test/busy"_s});
+    ASSERT_TRUE(text.writes(R"({"int":0})"_s)) << text.errors().toStdString();
+    ASSERT_TRUE(json.writes(R"({"int":0})"_s)) << json.errors().toStdString();
+    text.sendSignal(SIGSTOP);
+    json.sendSignal(SIGSTOP);
+    for (int i = 0; i < 10; ++i) {
+        EXPECT_TRUE(client->send("/test/set"_s, QString(1'000'000, QChar('a' + i))).succeeds());
+    }
+    busy->setValue(TavoValue().setInt_(7));
+    text.sendSignal(SIGCONT);
+    json.sendSignal(SIGCONT);
+    EXPECT_TRUE(text.writes(R"({"int":7})"_s)) << text.errors().toStdString();
+    EXPECT_TRUE(json.writes(R"({"int":7})"_s)) << json.errors().toStdString();
+    EXPECT_TRUE(text.output().contains(QRegularExpression(
+        R"( /test/busy changes left out: [1-9]\d*\n[^\n]* /test/busy \{"int":7\}\n)"_s)));
+    EXPECT_TRUE(json.output().contains(QRegularExpression(
+        R"(\n\{"dropped":[1-9]\d*,"path":"/test/busy"\}\n\{"path":"/test/busy","value":\{"int":7\}\}\n)"_s)));
 }
 
 TEST_F(DbusLittleUnreadTest, KeepsCallsInTheirOrder)
