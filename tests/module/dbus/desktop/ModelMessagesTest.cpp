@@ -13,7 +13,6 @@ using testing::SizeIs;
 
 constexpr const char *limitsExceeded = "org.freedesktop.DBus.Error.LimitsExceeded";
 constexpr int kibi = 1 << 10;
-constexpr int mebi = 1 << 20;
 
 class ModelMessagesTest : public DesktopTest
 {
