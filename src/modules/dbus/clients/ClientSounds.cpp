@@ -103,15 +103,16 @@ CMReply<QVariant> ClientSounds::sendToPlayer(const CMPath &path, const Sound &so
 {
     CMReply<QVariant> reply = CMRoot()->invoke(
         TavoNotificationPlayerEnqueuePath(), TavoValue().setNotificationPlayerItem(sound.item), {});
+    if (sound.item.priority() >= urgentPriority(m_clients.limits())) {
+        m_turns.add(path, sound.charge);
+    }
     reply.onFinished(this, [this, path](const CMReply<QVariant> &finished) {
-        // A refused request gets no response.
+        // A refused request gets no response. The reply may be finished already; then the sound is gone
+        // after this.
         if (finished.error().isError()) {
             forget(path);
         }
     });
-    if (sound.item.priority() >= urgentPriority(m_clients.limits())) {
-        m_turns.add(path, sound.charge);
-    }
     return reply;
 }
 
