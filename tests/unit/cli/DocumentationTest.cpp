@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "cli/ExitCode.h"
 #include "cli/definition/Commands.h"
+#include "cli/ExitCode.h"
 
 #include <gtest/gtest.h>
 

@@ -45,5 +45,5 @@ private:
     ClientSounds &m_clientSounds;
     const SoundTheme m_theme;
     QHash<quint32, QString> m_sounds; ///< their ids for the player, by notification
-    QSet<QString> m_refused; ///< already logged
+    QSet<QString> m_refused;          ///< already logged
 };
