@@ -107,8 +107,8 @@ CMReply<QVariant> ClientSounds::sendToPlayer(const CMPath &path, const Sound &so
         m_turns.add(path, sound.charge);
     }
     reply.onFinished(this, [this, path](const CMReply<QVariant> &finished) {
-        // A refused request gets no response. The reply may be finished already; then the sound is gone
-        // after this.
+        // A refused request gets no response. If the reply is finished already, this is called at once,
+        // and the sound does not exist any more afterwards.
         if (finished.error().isError()) {
             forget(path);
         }

@@ -7,7 +7,7 @@
 #include <limits>
 
 namespace {
-/// Others wait so long for a message that was left.
+/// A message that is shown no longer than this keeps its place after its client has left.
 constexpr int maxBriefMs = 60'000;
 
 /// Between two turns, the display handles what the last one has requested.
