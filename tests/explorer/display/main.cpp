@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "DisplaySystem.h"
-#include "explorer/engine/Program.h"
+#include "explorer/module/ModuleHost.h"
 
 int main(int argc, char **argv)
 {
@@ -24,5 +24,5 @@ int main(int argc, char **argv)
                 options.numbers.at("max-timeout"), options.numbers.at("forms")};
             return std::make_unique<DisplaySystem>(options.module, bounds);
         }};
-    return program.run(argc, argv);
+    return runExplorer(program, argc, argv);
 }

@@ -3,11 +3,16 @@
 
 #include "explorer/engine/Ipc.h"
 
+#include "support/Sanitized.h"
+
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
+#include <iterator>
 #include <signal.h>
+#include <stdexcept>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <system_error>
@@ -77,6 +82,16 @@ Pipe::Pipe()
     }
     reading = ends[0];
     writing = ends[1];
+}
+
+int forkAlone()
+{
+    const std::filesystem::directory_iterator threads("/proc/self/task");
+    // ThreadSanitizer has a thread of its own.
+    if (!threadSanitized && std::distance(begin(threads), end(threads)) != 1) {
+        throw std::logic_error("only a process with one thread can be forked");
+    }
+    return ::fork();
 }
 
 bool writeMessage(int file, const std::string &message)

@@ -21,6 +21,10 @@ struct Pipe
     int writing = -1;
 };
 
+/// Forks. Throws if this process has several threads: the child would wait for ever for a lock that one
+/// of them holds.
+int forkAlone();
+
 /// Writes a whole message. Returns false if the reader has gone.
 bool writeMessage(int file, const std::string &message);
 

@@ -49,7 +49,7 @@ WorkingProcess::WorkingProcess(const SystemFactory &factory)
 {
     const Pipe tasks;
     const Pipe results;
-    m_pid = ::fork();
+    m_pid = forkAlone();
     if (m_pid == 0) {
         ::close(tasks.writing);
         ::close(results.reading);
@@ -146,7 +146,7 @@ Narration narrate(const SystemFactory &factory, const Sequence &sequence, bool i
                   std::chrono::milliseconds limit)
 {
     const Pipe words;
-    const int pid = ::fork();
+    const int pid = forkAlone();
     if (pid == 0) {
         prepareChild();
         ::close(words.reading);

@@ -14,8 +14,8 @@
 
 namespace exploration {
 
-/// A child process that expands states. If it dies, the explorer goes on. Must be forked from a
-/// process without threads.
+/// A child process that expands states. If it dies, the explorer goes on. Only a process with one thread
+/// can make it.
 class WorkingProcess
 {
 public:

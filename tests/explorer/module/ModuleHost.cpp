@@ -5,7 +5,7 @@
 
 #include <QLibrary>
 
-#include <log4cplus/initializer.h>
+#include <log4cplus/configurator.h>
 #include <log4cplus/nullappender.h>
 
 #include <stdexcept>
@@ -87,4 +87,10 @@ CMReply<QVariant> ModuleHost::request(const CMPath &path, const QVariant &value)
     CMRoot()->invoke(path, value, reply);
     settle();
     return reply;
+}
+
+int runExplorer(const exploration::Program &program, int argc, char **argv)
+{
+    log4cplus::deinitialize();
+    return program.run(argc, argv);
 }

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "explorer/engine/Program.h"
 #include "support/clock/VirtualClock.h"
 #include "support/LogCapture.h"
 #include <core/tavo.h>
@@ -45,3 +46,7 @@ private:
     VirtualClock m_clock;
     WorkerCreate m_create = nullptr;
 };
+
+/// Runs an explorer of the module. Ends log4cplus's threads before, which start with the first logger,
+/// because only a process with one thread can be forked.
+int runExplorer(const exploration::Program &program, int argc, char **argv);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "explorer/engine/Program.h"
+#include "explorer/module/ModuleHost.h"
 #include "explorer/sound/SoundSystem.h"
 
 int main(int argc, char **argv)
@@ -25,5 +25,5 @@ int main(int argc, char **argv)
         bounds.unanswered = options.numbers.at("unanswered");
         return std::make_unique<SoundSystem>(options.module, bounds);
     };
-    return program.run(argc, argv);
+    return runExplorer(program, argc, argv);
 }
