@@ -22,6 +22,7 @@
 #include "core/model/cmroot.h"
 #include "core/model/cmsubscribe.h"
 #include "core/model/nodes/cmactivatenode.h"
+#include "core/model/nodes/cmcomputednode.h"
 #include "core/model/nodes/cmlistrowsnode.h"
 #include "core/model/nodes/cmnodes.h"
 #include "core/model/nodes/cmnodesworker.h"

@@ -31,6 +31,11 @@ QString TavoNotificationPlayerResponseType::toString(Enum value)
     return nameOf(value, {"Unknown", "Started", "Finished", "Cancelled", "Failed"});
 }
 
+QString TavoNotificationDisplayEnd::toString(Enum value)
+{
+    return nameOf(value, {"Unknown", "Expired", "Cancelled", "Closed", "Overtaken"});
+}
+
 QString TavoPowerManagerResources::toString(Enum value)
 {
     return nameOf(value, {"Processor", "Display", "Audio", "Network"});

@@ -20,6 +20,8 @@ TAVO_PATH(TavoNotificationPlayerIsPlayingPath, "/notifications/player/isPlaying"
 TAVO_PATH(TavoNotificationDisplayOpenPath, "/notifications/display/open")
 TAVO_PATH(TavoNotificationDisplayCancelNotifyPath, "/notifications/display/cancelNotify")
 TAVO_PATH(TavoNotificationDisplayQueuePath, "/notifications/display/queue")
+TAVO_PATH(TavoNotificationDisplayCurrentPath, "/notifications/display/current")
+TAVO_PATH(TavoNotificationDisplayEndedPath, "/notifications/display/ended")
 TAVO_PATH(TavoNotificationDisplaySimpleMessageNodePath, "/notifications/display/simpleMessageNode")
 TAVO_PATH(TavoPlayerAlsaDeviceNotificationsPath, "/player/alsaDevice/notifications")
 TAVO_PATH(TavoPlayerAlsaDeviceMainPath, "/player/alsaDevice/main")

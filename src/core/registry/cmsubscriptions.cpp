@@ -31,6 +31,21 @@ int CMSubscriptions::reportValue(const CMPath &path, const QVariant &value)
     });
 }
 
+int CMSubscriptions::reportValue(const CMPath &path, const std::function<QVariant()> &make)
+{
+    // Most changes have no subscriber; this saves them two function objects.
+    if (toValues().sliceOf(path).size == 0) {
+        return 0;
+    }
+    QVariant value;
+    return toValues().report(path, [&](ChangeNotifier *notifier) {
+        if (!value.isValid()) {
+            value = make();
+        }
+        static_cast<ValueChangeNotifier *>(notifier)->post(value);
+    });
+}
+
 int CMSubscriptions::reportRows(const CMPath &path, const QStringList &changes, int first,
                                 int count)
 {

@@ -26,6 +26,8 @@ public:
 
     /// Post a change to every subscriber of the path. Return the number of subscribers.
     static int reportValue(const CMPath &path, const QVariant &value);
+    /// Makes the value only if there is a subscriber. The function is called under the mutex.
+    static int reportValue(const CMPath &path, const std::function<QVariant()> &make);
     static int reportRows(const CMPath &path, const QStringList &changes, int first, int count);
     static int reportNode(const CMPath &path, bool published);
 

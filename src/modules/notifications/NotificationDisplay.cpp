@@ -3,6 +3,8 @@
 
 #include "NotificationDisplay.h"
 
+#include <QScopedValueRollback>
+
 #include <algorithm>
 #include <functional>
 
@@ -26,6 +28,7 @@ NotificationDisplay::NotificationDisplay(CMNodes *nodes, QObject *parent)
     : QObject(parent)
     , m_closeTimer(this)
     , m_nodes(nodes)
+    , m_status(nodes)
 {
     TAVO_SCOPE(logger, TRACE, "");
     m_queueNode = CMListRowsNode::create(m_nodes, TavoNotificationDisplayQueuePath());
@@ -47,13 +50,15 @@ bool NotificationDisplay::enqueue(TavoNotificationDisplayItem *item)
     TavoNotificationDisplayItem queued = *item;
     if (hasMessage) {
         setPathToNotification(&queued);
-        item->setPath(queued.path());
+    }
+    const CMPath path = queued.path();
+    if (hasMessage) {
+        item->setPath(path);
     }
     const int position = queuePosition(item->priority());
     if (position == 0 && !m_queue.isEmpty()) {
         preemptHead();
     }
-    const CMPath path = queued.path();
     const DisplayRanks::Rank rank{item->priority(), m_arrivals++};
     m_queue.insert(position, queued);
     m_ranks.insert(rank);
@@ -65,6 +70,11 @@ bool NotificationDisplay::enqueue(TavoNotificationDisplayItem *item)
     m_queueNode->rowsInsert(position, path);
     CMRoot()->connectRowsChange(path, this, &NotificationDisplay::on_subscribe_rowsChanged,
                                 Qt::AutoConnection);
+    if (position == 0) {
+        reportHead();
+    } else {
+        m_status.setWaiting(m_queue.size() - 1);
+    }
     return true;
 }
 
@@ -75,9 +85,9 @@ int NotificationDisplay::queuePosition(TavoNotificationItemPriority::Enum priori
     return m_ranks.position({priority, m_arrivals});
 }
 
-QVector<int> NotificationDisplay::positionsOf(const CMPath &path) const
+NotificationDisplay::Positions NotificationDisplay::positionsOf(const CMPath &path) const
 {
-    QVector<int> positions;
+    Positions positions;
     for (auto rank = m_ranksOfPaths.constFind(path);
          rank != m_ranksOfPaths.constEnd() && rank.key() == path; ++rank) {
         positions.append(m_ranks.position(*rank));
@@ -95,11 +105,16 @@ void NotificationDisplay::preemptHead()
     const qint64 elapsed = m_shownTimer.elapsed();
     if (timeout > int(elapsed)) {
         const int remaining = int(timeout - elapsed);
+        const quint64 arrival = m_ranks.at(0).arrival;
+        if (!m_wholeTimeouts.contains(arrival)) {
+            m_wholeTimeouts.insert(arrival, timeout);
+        }
         m_queue.first().setTimeout(remaining);
         LOG4CPLUS_DEBUG(logger, "Pausing current item, remaining time is [ms] " << remaining);
     } else {
         LOG4CPLUS_WARN(logger, "The item should have been expired, elapsed: "
                                    << elapsed << " item length " << timeout << " , removing");
+        const QScopedValueRollback end(m_end, TavoNotificationDisplayEnd::Overtaken);
         removeNotificationItem(0);
     }
     m_closeTimer.stop();
@@ -123,10 +138,25 @@ void NotificationDisplay::startTimer()
 void NotificationDisplay::on_closeTimer_timeout()
 {
     TAVO_SCOPE(logger, TRACE, "");
-    removeNotificationItem(0);
+    {
+        const QScopedValueRollback end(m_end, TavoNotificationDisplayEnd::Expired);
+        removeNotificationItem(0);
+    }
     if (m_queueNode->rowsSize() > 0) {
         startTimer();
     }
+    reportHead();
+}
+
+void NotificationDisplay::reportHead()
+{
+    if (m_queue.isEmpty()) {
+        m_status.clearHead();
+        return;
+    }
+    const TavoNotificationDisplayItem &head = m_queue.constFirst();
+    const int wholeTimeout = m_wholeTimeouts.value(m_ranks.at(0).arrival, head.timeout());
+    m_status.setHead(head, wholeTimeout, m_queue.size() - 1);
 }
 
 void NotificationDisplay::setPathToNotification(TavoNotificationDisplayItem *item)
@@ -170,6 +200,8 @@ bool NotificationDisplay::removeNotificationItem(int index)
         m_queue.removeAt(index);
         forgetRank(path, m_ranks.takeAt(index));
     }
+    const bool isShown = index == 0 && m_shownTimer.isValid();
+    m_status.reportEnd(item, m_end, isShown ? m_shownTimer.elapsed() : 0);
     TAVO_LEAVE(TRACE, "queue: " << m_queue.size());
     return true;
 }
@@ -180,6 +212,7 @@ void NotificationDisplay::forgetRank(const CMPath &path, const DisplayRanks::Ran
     if (entry != m_ranksOfPaths.end()) {
         m_ranksOfPaths.erase(entry);
     }
+    m_wholeTimeouts.remove(rank.arrival);
     // Frees the memory after a burst.
     constexpr int minCapacityToSqueeze = 1024;
     if (m_ranksOfPaths.capacity() > minCapacityToSqueeze &&
@@ -197,7 +230,7 @@ bool NotificationDisplay::cancel(const CMPath &path)
     }
     Q_ASSERT(m_ranks.size() == m_queue.size());
     // From the back, so that removals do not change the positions still to come.
-    const QVector<int> positions = positionsOf(path);
+    const Positions positions = positionsOf(path);
     const QVariant row = path.toQVariant();
     // All at once: removing them one by one would search the rest each time.
     m_ranksOfPaths.remove(path);
@@ -213,6 +246,9 @@ bool NotificationDisplay::cancel(const CMPath &path)
         if (*position == 0) {
             m_closeTimer.stop();
             startTimer();
+            reportHead();
+        } else {
+            m_status.setWaiting(m_queue.size() - 1);
         }
     }
     Q_ASSERT(m_ranksOfPaths.size() == m_ranks.size());
@@ -226,6 +262,7 @@ void NotificationDisplay::on_subscribe_rowsChanged(const CMPath &path, const QSt
                "Path: " << path << ", changes: (" << changes.join(QStringLiteral(", ")) << ')');
     if (changes.contains(CMSubscribe::RowsChangeClose())) {
         LOG4CPLUS_DEBUG(logger, "RowsChangeClose for " << path << " removing notification");
+        const QScopedValueRollback end(m_end, TavoNotificationDisplayEnd::Closed);
         cancel(path);
     }
 }

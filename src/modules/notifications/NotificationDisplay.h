@@ -4,6 +4,7 @@
 #pragma once
 
 #include "DisplayRanks.h"
+#include "DisplayStatus.h"
 #include <core/tavo.h>
 
 #include <QElapsedTimer>
@@ -12,7 +13,7 @@
 #include <QMap>
 #include <QString>
 #include <QTimer>
-#include <QVector>
+#include <QVarLengthArray>
 
 /// Queues display notifications. The head is on display until its timeout passes or it is closed.
 ///
@@ -26,7 +27,8 @@
 /// - the rows of the queue node match the queue whenever the event loop runs;
 /// - more urgent notifications come first, equally urgent ones in their order of arrival;
 /// - a notification is on display no longer in total than its timeout, however often it is
-///   pre-empted. Each showing is counted in whole milliseconds.
+///   pre-empted. Each showing is counted in whole milliseconds;
+/// - each new head is reported once, and each end once, with its kind.
 class NotificationDisplay : public QObject
 {
     Q_OBJECT
@@ -62,7 +64,8 @@ private:
     /// queue's copy, and sets the item's path to the node's.
     void setPathToNotification(TavoNotificationDisplayItem *item);
 
-    /// Removes one notification with its subscription and row. Does not change the timer.
+    /// Removes one notification with its subscription and row, and reports its end. Does not change the
+    /// timer.
     bool removeNotificationItem(int index);
 
     CMListRowsNode *m_queueNode = nullptr; ///< owned by the worker's node set
@@ -75,8 +78,19 @@ private:
     QElapsedTimer m_shownTimer; ///< since m_closeTimer was started
     CMNodes *m_nodes;           ///< owned by the worker
 
+    /// Reports what is on display now.
+    void reportHead();
+
+    DisplayStatus m_status;
+    /// How the notifications end that are removed.
+    TavoNotificationDisplayEnd::Enum m_end = TavoNotificationDisplayEnd::Cancelled;
+    /// The whole timeouts of pre-empted notifications, by arrival.
+    QHash<quint64, int> m_wholeTimeouts;
+
+    using Positions = QVarLengthArray<int, 4>; ///< on the stack for the usual one
+
     /// The positions of the notifications with that path, the last one first.
-    QVector<int> positionsOf(const CMPath &path) const;
+    Positions positionsOf(const CMPath &path) const;
 
     /// Removes the rank of a removed notification from the index, if it is still there.
     void forgetRank(const CMPath &path, const DisplayRanks::Rank &rank);

@@ -27,9 +27,10 @@ void DisplaySystem::check()
         return;
     }
     // A broken rule breaks others; only the first is reported.
-    for (const auto check : {&DisplaySystem::checkRows, &DisplaySystem::checkTimer,
-                             &DisplaySystem::checkNodes, &DisplaySystem::checkSubscriptions,
-                             &DisplaySystem::checkLog, &DisplaySystem::checkShown}) {
+    for (const auto check :
+         {&DisplaySystem::checkRows, &DisplaySystem::checkTimer, &DisplaySystem::checkStatus,
+          &DisplaySystem::checkNodes, &DisplaySystem::checkSubscriptions, &DisplaySystem::checkLog,
+          &DisplaySystem::checkShown}) {
         if (!m_broken) {
             (this->*check)();
         }
@@ -73,6 +74,31 @@ void DisplaySystem::checkTimer()
     if (found != remaining && (remaining == 0 || found != remaining + 1)) {
         broken("the head's timeout starts when it is shown",
                QStringLiteral("%1 ms to go instead of %2").arg(found).arg(remaining));
+    }
+}
+
+void DisplaySystem::checkStatus()
+{
+    const TavoNotificationDisplayCurrent current = DisplayClient::current();
+    if (m_model.queue().empty()) {
+        if (!current.isEmpty()) {
+            broken("nothing is reported as on display when the queue is empty");
+        }
+    } else {
+        const DisplayModel::Entry &head = m_model.queue().front();
+        if (current.path() != m_paths.value(head.path()) || current.timeout() != head.time * tick ||
+            current.remaining() != head.left * tick) {
+            broken("the head is reported with its whole and its remaining timeout",
+                   QStringLiteral("%1, %2 of %3 ms")
+                       .arg(current.path().toString())
+                       .arg(current.remaining())
+                       .arg(current.timeout()));
+        }
+    }
+    const auto ends = m_model.opened() - int(m_model.queue().size());
+    if (DisplayClient::ended().number() != ends) {
+        broken("every end is reported once",
+               QStringLiteral("%1 instead of %2").arg(DisplayClient::ended().number()).arg(ends));
     }
 }
 

@@ -78,6 +78,18 @@ TavoRoles DisplayClient::rowOf(const CMPath &path)
     return rows.size() == 1 ? TavoRoles(rows.first().toHash()) : TavoRoles();
 }
 
+TavoNotificationDisplayCurrent DisplayClient::current()
+{
+    return TavoValue(CMRoot()->getValue(TavoNotificationDisplayCurrentPath()).toHash())
+        .displayCurrent();
+}
+
+TavoNotificationDisplayEnded DisplayClient::ended()
+{
+    return TavoValue(CMRoot()->getValue(TavoNotificationDisplayEndedPath()).toHash())
+        .displayEnded();
+}
+
 int DisplayClient::subscriptions(const CMPath &path)
 {
     return CMSubscribe::raiseRowsChange(path, {CMSubscribe::RowsChangeReset()});

@@ -27,6 +27,8 @@ public:
     static QVector<CMPath> rows();
     static bool exists(const CMPath &path);
     static TavoRoles rowOf(const CMPath &path);
+    static TavoNotificationDisplayCurrent current();
+    static TavoNotificationDisplayEnded ended();
     /// The number of subscriptions to the path's rows. Reports a reset to each of them.
     static int subscriptions(const CMPath &path);
     const QTimer &closeTimer() const { return *m_closeTimer; }

@@ -43,6 +43,7 @@ private:
     void check();
     void checkRows();
     void checkTimer();
+    void checkStatus();
     void checkNodes();
     void checkSubscriptions();
     void checkLog();

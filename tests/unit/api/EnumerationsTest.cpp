@@ -34,10 +34,11 @@ class EnumerationTest : public testing::Test
 {
 };
 
-using Enumerations = testing::Types<TavoNotificationItemPriority, TavoNotificationPlayerItemType,
-                                    TavoNotificationPlayerResponseType, TavoPowerManagerResources,
-                                    TavoPowerModuleActions, TavoPowerManagerRevokeMessageType,
-                                    TavoRolesType, TavoRowsRolesType>;
+using Enumerations =
+    testing::Types<TavoNotificationItemPriority, TavoNotificationPlayerItemType,
+                   TavoNotificationPlayerResponseType, TavoNotificationDisplayEnd,
+                   TavoPowerManagerResources, TavoPowerModuleActions,
+                   TavoPowerManagerRevokeMessageType, TavoRolesType, TavoRowsRolesType>;
 TYPED_TEST_SUITE(EnumerationTest, Enumerations, );
 } // namespace
 
@@ -66,6 +67,12 @@ TEST(EnumerationNamesTest, OfResponses)
 {
     EXPECT_THAT(names<TavoNotificationPlayerResponseType>(),
                 ElementsAre("Unknown", "Started", "Finished", "Cancelled", "Failed"));
+}
+
+TEST(EnumerationNamesTest, OfEndsOfMessages)
+{
+    EXPECT_THAT(names<TavoNotificationDisplayEnd>(),
+                ElementsAre("Unknown", "Expired", "Cancelled", "Closed", "Overtaken"));
 }
 
 TEST(EnumerationNamesTest, OfPowerResources)
@@ -101,6 +108,8 @@ TEST(EnumerationNumbersTest, AreThoseThatPeersRelyOn)
     EXPECT_EQ(int(TavoNotificationPlayerResponseType::Failed), 4);
     EXPECT_EQ(int(TavoNotificationPlayerItemType::Uri), 0);
     EXPECT_EQ(int(TavoNotificationPlayerItemType::Fake), 3);
+    EXPECT_EQ(int(TavoNotificationDisplayEnd::Expired), 1);
+    EXPECT_EQ(int(TavoNotificationDisplayEnd::Overtaken), 4);
     EXPECT_EQ(int(TavoPowerManagerResources::Audio), 2);
     EXPECT_EQ(int(TavoPowerModuleActions::Acquire), 1);
     EXPECT_EQ(int(TavoPowerModuleActions::Release), 2);

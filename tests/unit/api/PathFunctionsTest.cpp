@@ -24,6 +24,8 @@ const std::vector<WellKnown> wellKnown{
     {&TavoNotificationDisplayOpenPath, "/notifications/display/open"},
     {&TavoNotificationDisplayCancelNotifyPath, "/notifications/display/cancelNotify"},
     {&TavoNotificationDisplayQueuePath, "/notifications/display/queue"},
+    {&TavoNotificationDisplayCurrentPath, "/notifications/display/current"},
+    {&TavoNotificationDisplayEndedPath, "/notifications/display/ended"},
     {&TavoNotificationDisplaySimpleMessageNodePath, "/notifications/display/simpleMessageNode"},
     {&TavoPlayerAlsaDeviceNotificationsPath, "/player/alsaDevice/notifications"},
     {&TavoPlayerAlsaDeviceMainPath, "/player/alsaDevice/main"},

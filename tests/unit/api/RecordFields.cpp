@@ -36,6 +36,11 @@ QVariantList unsuitableFor(int /*type*/)
     return {QVariant(), QStringLiteral("2"), 2.5, 1e300, true, QVariantList{2}, strange};
 }
 
+QVariantList unsuitableFor(qint64 /*type*/)
+{
+    return {QVariant(), QStringLiteral("2"), 2.5, 1e300, true, QVariantList{2}, strange};
+}
+
 QVariantList unsuitableFor(const TavoHash & /*type*/)
 {
     return {QVariant(), 7, QStringLiteral("text"), QVariantList{strange}};
@@ -78,6 +83,8 @@ std::vector<RecordField> notificationFields()
     using Item = TavoNotificationPlayerItem;
     using Response = TavoNotificationPlayerResponse;
     using Message = TavoNotificationDisplayItem;
+    using Current = TavoNotificationDisplayCurrent;
+    using Ended = TavoNotificationDisplayEnded;
     return {
         FIELD(Item, id, setId, text),
         FIELD(Item, content, setContent, text),
@@ -97,6 +104,18 @@ std::vector<RecordField> notificationFields()
         FIELD(Message, timeout, setTimeout, -2147483647),
         FIELD(Message, priority, setPriority, TavoNotificationItemPriority::Enum(-1)),
         FIELD(Message, path, setPath, path),
+        FIELD(Current, path, setPath, path),
+        FIELD(Current, id, setId, text),
+        FIELD(Current, priority, setPriority, TavoNotificationItemPriority::High),
+        FIELD(Current, timeout, setTimeout, 5000),
+        FIELD(Current, remaining, setRemaining, 1234),
+        FIELD(Current, since, setSince, qint64(1) << 40),
+        FIELD(Current, waiting, setWaiting, 9999),
+        FIELD(Ended, path, setPath, path),
+        FIELD(Ended, id, setId, text),
+        FIELD(Ended, end, setEnd, TavoNotificationDisplayEnd::Overtaken),
+        FIELD(Ended, remaining, setRemaining, 1234),
+        FIELD(Ended, number, setNumber, qint64(1) << 40),
     };
 }
 
@@ -167,6 +186,10 @@ std::vector<RecordField> valueFields()
                   TavoNotificationPlayerResponseType::Started)),
         FIELD(TavoValue, notificationDisplayItem, setNotificationDisplayItem,
               TavoNotificationDisplayItem().setMessage(translatable).setTimeout(5000)),
+        FIELD(TavoValue, displayCurrent, setDisplayCurrent,
+              TavoNotificationDisplayCurrent().setPath(path).setWaiting(3)),
+        FIELD(TavoValue, displayEnded, setDisplayEnded,
+              TavoNotificationDisplayEnded().setPath(path).setNumber(7)),
         FIELD(TavoValue, mainAudioState, setMainAudioState,
               TavoPlayerMainAudioState().setSource(text).setVolume(0.5)),
         FIELD(TavoValue, powerManagerState, setPowerManagerState,

@@ -72,9 +72,9 @@ TEST(RecordFieldTest, IsTheSameAfterItsWayThroughJson)
 
 TEST(RecordFieldTest, IsCarriedAsPlainData)
 {
-    const QList<int> plainTypes{QMetaType::Bool,         QMetaType::Int,
-                                QMetaType::Double,       QMetaType::QString,
-                                QMetaType::QVariantList, QMetaType::QVariantHash};
+    const QList<int> plainTypes{QMetaType::Bool,        QMetaType::Int,     QMetaType::LongLong,
+                                QMetaType::Double,      QMetaType::QString, QMetaType::QVariantList,
+                                QMetaType::QVariantHash};
     for (const RecordField &field : recordFields()) {
         const QVariant carried = field.withSample().value(field.key);
         EXPECT_TRUE(plainTypes.contains(carried.userType()))

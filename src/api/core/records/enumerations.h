@@ -42,6 +42,20 @@ struct TAVO_API_EXPORT TavoNotificationPlayerResponseType
     static QString toString(Enum value);
 };
 
+/// How a display notification ended.
+struct TAVO_API_EXPORT TavoNotificationDisplayEnd
+{
+    enum Enum : int {
+        Unknown = 0,
+        Expired = 1,   ///< after its timeout
+        Cancelled = 2, ///< by a request to cancel it
+        Closed = 3,    ///< its node was closed, as a person does
+        Overtaken =
+            4 ///< after its timeout, by a more urgent one that came just before it was closed
+    };
+    static QString toString(Enum value);
+};
+
 /// The resources that the power manager grants.
 struct TAVO_API_EXPORT TavoPowerManagerResources
 {

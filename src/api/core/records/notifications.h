@@ -36,6 +36,16 @@ TAVO_API_EXPORT CMPath TavoNotificationDisplayCancelNotifyPath();
 /// Rows: the paths of the open display notifications; the first is the one on display.
 TAVO_API_EXPORT CMPath TavoNotificationDisplayQueuePath();
 
+/// Value: a TavoValue with displayCurrent(), the notification on display. It changes once for each new
+/// head of the queue, after the queue's rows, and is empty when nothing is on display. When only the
+/// number of those that wait changes, the value follows within 100 ms.
+TAVO_API_EXPORT CMPath TavoNotificationDisplayCurrentPath();
+
+/// Value: a TavoValue with displayEnded(), the notification that ended last; empty before the first
+/// one. It changes once for each end, after the queue's rows and before the next one is on display.
+/// No two values are equal, so every subscriber gets every end.
+TAVO_API_EXPORT CMPath TavoNotificationDisplayEndedPath();
+
 /// The parent of the nodes made for messages, each a list with one row, the text. Such a node stays
 /// when its notification is closed, until a notification whose id is the node's name is closed. To
 /// send many messages, publish a node of your own and open it by its path.
@@ -83,6 +93,42 @@ class TavoNotificationDisplayItem : public TavoHash
     TAVO_FIELD(int, timeout, setTimeout)
     TAVO_FIELD(TavoNotificationItemPriority::Enum, priority, setPriority)
     TAVO_FIELD(CMPath, path, setPath)
+};
+
+/// The notification on display.
+class TavoNotificationDisplayCurrent : public TavoHash
+{
+    TAVO_RECORD(TavoNotificationDisplayCurrent)
+
+    TAVO_FIELD(CMPath, path, setPath)
+    /// The id of the request; often empty.
+    TAVO_FIELD(QString, id, setId)
+    TAVO_FIELD(TavoNotificationItemPriority::Enum, priority, setPriority)
+    /// The milliseconds on display that were requested; 0: until it is closed.
+    TAVO_FIELD(int, timeout, setTimeout)
+    /// How many of them were left when it came on display; fewer than timeout() once it has been
+    /// pre-empted. 0 if there is no timeout.
+    TAVO_FIELD(int, remaining, setRemaining)
+    /// When it came on display, in milliseconds of CLOCK_MONOTONIC, as of
+    /// QElapsedTimer::msecsSinceReference().
+    TAVO_FIELD(qint64, since, setSince)
+    /// How many notifications wait behind it.
+    TAVO_FIELD(int, waiting, setWaiting)
+};
+
+/// The end of a display notification.
+class TavoNotificationDisplayEnded : public TavoHash
+{
+    TAVO_RECORD(TavoNotificationDisplayEnded)
+
+    TAVO_FIELD(CMPath, path, setPath)
+    /// The id of the request; often empty.
+    TAVO_FIELD(QString, id, setId)
+    TAVO_FIELD(TavoNotificationDisplayEnd::Enum, end, setEnd)
+    /// The milliseconds of its timeout that were left; 0 if there is no timeout.
+    TAVO_FIELD(int, remaining, setRemaining)
+    /// Counts the ends, from 1.
+    TAVO_FIELD(qint64, number, setNumber)
 };
 
 // So that a QList stores the records without a pointer.

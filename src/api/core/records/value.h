@@ -22,6 +22,8 @@ class TavoValue : public TavoHash
     TAVO_FIELD(TavoNotificationPlayerResponse, notificationPlayerResponse,
                setNotificationPlayerResponse)
     TAVO_FIELD(TavoNotificationDisplayItem, notificationDisplayItem, setNotificationDisplayItem)
+    TAVO_FIELD(TavoNotificationDisplayCurrent, displayCurrent, setDisplayCurrent)
+    TAVO_FIELD(TavoNotificationDisplayEnded, displayEnded, setDisplayEnded)
     TAVO_FIELD(TavoPlayerAudioDevice, audioDevice, setAudioDevice)
     TAVO_FIELD(TavoPlayerMainAudioState, mainAudioState, setMainAudioState)
     TAVO_FIELD(TavoPowerManagerState, powerManagerState, setPowerManagerState)
