@@ -82,6 +82,24 @@ TEST(RecordFieldTest, IsCarriedAsPlainData)
     }
 }
 
+// Bytes cannot be written as JSON, so the tests of all fields leave them out.
+TEST(TavoImageTest, CarriesItsPixelsAsBytes)
+{
+    const QByteArray pixels("\0\x80\xff\1", 4);
+    const TavoImage image = TavoImage().setPixels(pixels);
+    EXPECT_EQ(image.pixels(), pixels);
+    EXPECT_EQ(image.fields(), (QVariantHash{{"pixels", pixels}}));
+    for (const QVariant &unsuitable : {QVariant(), QVariant("AAAA"), QVariant(7)}) {
+        EXPECT_TRUE(TavoImage(QVariantHash{{"pixels", unsuitable}}).pixels().isEmpty());
+    }
+}
+
+TEST(TavoRolesTest, TellNoProgressFromAProgressOfZero)
+{
+    EXPECT_FALSE(TavoRoles().setTitle("title").hasValue());
+    EXPECT_TRUE(TavoRoles().setValue(0).hasValue());
+}
+
 TEST(TavoHashTest, IsEmptyUntilAFieldIsSet)
 {
     EXPECT_TRUE(TavoHash().isEmpty());

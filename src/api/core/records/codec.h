@@ -7,6 +7,7 @@
 #include "core/base/trstring.h"
 #include "core/records/cmpath.h"
 
+#include <QByteArray>
 #include <QVariant>
 
 #include <limits>
@@ -74,6 +75,16 @@ struct TavoCodec<QString>
         return value.userType() == QMetaType::QString ? value.toString() : QString();
     }
     static QVariant write(const QString &value) { return value; }
+};
+
+template <>
+struct TavoCodec<QByteArray>
+{
+    static QByteArray read(const QVariant &value)
+    {
+        return value.userType() == QMetaType::QByteArray ? value.toByteArray() : QByteArray();
+    }
+    static QVariant write(const QByteArray &value) { return value; }
 };
 
 template <>

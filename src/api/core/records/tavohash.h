@@ -14,7 +14,7 @@
 ///
 /// A value; copies share the hash. A field that is missing, or has an unsuitable value, reads as
 /// the type's default. Fields that a record does not know are kept. The setters write only numbers,
-/// texts, lists and hashes, so a record can leave the process and come back equal.
+/// texts, bytes, lists and hashes, so a record can leave the process and come back equal.
 class TAVO_API_EXPORT TavoHash
 {
 public:
