@@ -1,0 +1,213 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "base/Printable.h"
+#include "base/StopSignals.h"
+#include "display/CommandLine.h"
+#include "display/ConfigurationFile.h"
+#include "display/ExitCode.h"
+#include "display/Language.h"
+#include "display/message/DemoMessages.h"
+#include "display/message/HostMessages.h"
+#include "display/platform/Platform.h"
+#include "display/view/MessageWindow.h"
+#include <client/TavoClient.h>
+#include <core/base/connect.h>
+
+#include <QCryptographicHash>
+#include <QGuiApplication>
+#include <QLockFile>
+#include <QStandardPaths>
+
+#include <csignal>
+#include <cstdio>
+#include <stdexcept>
+
+namespace {
+int exitWith(const ExitFailure &failure)
+{
+    std::fprintf(stderr, "%s\n", qUtf8Printable(printable(failure.reason)));
+    return static_cast<int>(failure.code);
+}
+
+int print(const QString &text)
+{
+    std::printf("%s\n", qUtf8Printable(text));
+    return static_cast<int>(ExitCode::Ok);
+}
+
+void warn(const QString &text)
+{
+    std::fprintf(stderr, "tavo-display: %s\n", qUtf8Printable(printable(text)));
+}
+
+/// In the threads that Qt starts before there is an event loop.
+void blockStopSignals()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+}
+
+/// The parts of the program, in the order of their destruction from the last.
+class Display : public QObject
+{
+public:
+    Display(const CommandLine &line, const QString &bus, std::unique_ptr<MessageSource> source)
+        : m_line(line)
+        , m_bus(bus)
+        , m_source(std::move(source))
+        , m_file(line.configurationFile)
+        , m_message(m_source.get())
+        , m_window(&m_message)
+    {
+        tavoConnect(&m_file, &ConfigurationFile::changed, this, &Display::applyChange);
+        tavoConnect(&m_file, &ConfigurationFile::failed, this, [](const QString &reason) {
+            warn(reason + QStringLiteral("; the configuration stays as it was"));
+        });
+        apply();
+    }
+
+    void start() { m_source->start(); }
+
+private:
+    void apply()
+    {
+        m_configuration = m_file.configuration();
+        m_configuration.mode = m_line.mode.value_or(m_configuration.mode);
+        m_language.set(m_configuration.language);
+        m_window.setConfiguration(m_configuration);
+    }
+
+    void applyChange()
+    {
+        const bool needsRestart = m_configuration.needsRestart(m_file.configuration());
+        apply();
+        warn(QStringLiteral("the configuration has been read again") +
+             (needsRestart ? QStringLiteral("; bus and renderer change with a restart")
+                           : QString()));
+    }
+
+    const CommandLine &m_line;
+    const QString m_bus;
+    const std::unique_ptr<MessageSource> m_source;
+    DisplayConfiguration m_configuration;
+    ConfigurationFile m_file;
+    Language m_language;
+    ShownMessage m_message;
+    MessageWindow m_window;
+};
+
+QString busOf(const CommandLine &line, const DisplayConfiguration &configuration)
+{
+    const QString variable = qEnvironmentVariable("TAVO_BUS");
+    if (!line.bus.isEmpty()) {
+        return line.bus;
+    }
+    const bool isConfigured = configuration.bus != DisplayConfiguration().bus;
+    return variable.isEmpty() || isConfigured ? configuration.bus : variable;
+}
+
+QString lockFile(const QString &bus, const QString &screen)
+{
+    const QByteArray hash = QCryptographicHash::hash((bus + QLatin1Char(' ') + screen).toUtf8(),
+                                                     QCryptographicHash::Sha1);
+    return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) +
+           QStringLiteral("/tavo-display-%1.lock").arg(QString::fromLatin1(hash.toHex().left(12)));
+}
+
+std::unique_ptr<MessageSource> makeSource(const CommandLine &line, const QString &bus)
+{
+    if (line.action == CommandLine::Action::Demo) {
+        auto demo = std::make_unique<DemoMessages>();
+        tavoConnect(demo.get(), &DemoMessages::finished, qGuiApp, &QCoreApplication::quit,
+                    Qt::QueuedConnection);
+        return demo;
+    }
+    return std::make_unique<HostMessages>(bus);
+}
+
+int run(int argc, char **argv, const CommandLine &line, const DisplayConfiguration &configuration)
+{
+    // Writing to a bus that has gone must fail, not end the program.
+    std::signal(SIGPIPE, SIG_IGN);
+    const auto screen = choosePlatform(configuration.renderer);
+    if (const auto *failure = std::get_if<Failure>(&screen)) {
+        return exitWith(
+            {ExitCode::Unavailable, QStringLiteral("tavo-display: %1").arg(failure->reason)});
+    }
+    blockStopSignals();
+    QGuiApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QGuiApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    QGuiApplication app(argc, argv);
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    QGuiApplication::setDesktopFileName(QStringLiteral("tavo-display"));
+    const auto stopSignals = StopSignals::install();
+    if (stopSignals) { // Without them, a signal ends the program at once.
+        tavoConnect(stopSignals.get(), &StopSignals::received, &app, &QCoreApplication::quit);
+    }
+    const QString bus = busOf(line, configuration);
+    QLockFile lock(lockFile(bus, std::get<QString>(screen)));
+    lock.setStaleLockTime(0);
+    if (line.action == CommandLine::Action::Run && !lock.tryLock() &&
+        lock.error() == QLockFile::LockFailedError) {
+        return exitWith(
+            {ExitCode::AlreadyRunning,
+             QStringLiteral("tavo-display: another one shows the messages of the bus %1 on "
+                            "this display")
+                 .arg(bus)});
+    }
+    Display display(line, bus, makeSource(line, bus));
+    display.start();
+    return QGuiApplication::exec();
+}
+
+int act(int argc, char **argv, CommandLine line)
+{
+    if (line.configurationFile.isEmpty()) {
+        line.configurationFile = ConfigurationFile::find();
+    }
+    DisplayConfiguration configuration;
+    try {
+        if (!line.configurationFile.isEmpty()) {
+            configuration = DisplayConfiguration::fromFile(line.configurationFile);
+        }
+        if (line.action == CommandLine::Action::Check) {
+            return print(line.configurationFile.isEmpty()
+                             ? QStringLiteral("built-in configuration: good")
+                             : QStringLiteral("%1: good").arg(line.configurationFile));
+        }
+        return run(argc, argv, line, configuration);
+    } catch (const std::runtime_error &error) {
+        return exitWith({ExitCode::Configuration, QString::fromStdString(error.what())});
+    }
+}
+} // namespace
+
+int main(int argc, char **argv)
+{
+    // Qt's own event dispatcher: GLib's wakes up more often.
+    qputenv("QT_NO_GLIB", "1");
+    QCoreApplication::setApplicationName(QStringLiteral("tavo-display"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(TAVO_VERSION));
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i) {
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    }
+    const auto line = CommandLine::parse(arguments);
+    if (const auto *failure = std::get_if<Failure>(&line)) {
+        return exitWith({ExitCode::Usage, failure->reason});
+    }
+    switch (std::get<CommandLine>(line).action) {
+    case CommandLine::Action::ShowHelp: {
+        const QCoreApplication app(argc, argv); // The help shows its name.
+        return print(CommandLine::helpText().trimmed());
+    }
+    case CommandLine::Action::ShowVersion:
+        return print(QStringLiteral("tavo-display %1").arg(QCoreApplication::applicationVersion()));
+    default:
+        return act(argc, argv, std::get<CommandLine>(line));
+    }
+}

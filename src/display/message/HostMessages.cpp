@@ -1,0 +1,197 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "display/message/HostMessages.h"
+
+#include "display/message/MessageRows.h"
+#include <core/base/connect.h>
+#include <core/records/value.h>
+
+namespace {
+constexpr int retryMs = 1000;
+
+CMPath currentPath()
+{
+    return TavoNotificationDisplayCurrentPath();
+}
+} // namespace
+
+HostMessages::HostMessages(const QString &bus, QObject *parent)
+    : MessageSource(parent)
+    , m_client(bus)
+{
+    m_readTimer.setSingleShot(true);
+    m_readTimer.setTimerType(Qt::PreciseTimer);
+    m_readTimer.setInterval(minReadIntervalMs);
+    tavoConnect(&m_readTimer, &QTimer::timeout, this, &HostMessages::on_readTimer_timeout);
+    m_retryTimer.setSingleShot(true);
+    m_retryTimer.setInterval(retryMs);
+    tavoConnect(&m_retryTimer, &QTimer::timeout, this, &HostMessages::readCurrent);
+    tavoConnect(&m_client, &TavoClient::availableChanged, this,
+                &HostMessages::on_client_availableChanged);
+    tavoConnect(&m_client, &TavoClient::valueChanged, this, &HostMessages::on_client_valueChanged);
+    tavoConnect(&m_client, &TavoClient::rowsChanged, this, &HostMessages::on_client_rowsChanged);
+    tavoConnect(&m_client, &TavoClient::nodeChanged, this, &HostMessages::on_client_nodeChanged);
+    tavoConnect(&m_client, &TavoClient::changesDropped, this,
+                &HostMessages::on_client_changesDropped);
+    tavoConnect(&m_client, &TavoClient::subscriptionFailed, this,
+                &HostMessages::on_client_subscriptionFailed);
+}
+
+void HostMessages::start()
+{
+    m_client.subscribe(currentPath(), TavoClient::Change::Value);
+    m_client.subscribe(currentPath(), TavoClient::Change::Node);
+}
+
+void HostMessages::close(const CMPath &path)
+{
+    m_client.close(path);
+}
+
+void HostMessages::activate(const CMPath &action)
+{
+    m_client.call(action, QVariant(QString()));
+}
+
+void HostMessages::on_client_availableChanged(bool available)
+{
+    m_retryTimer.stop();
+    if (available) {
+        readCurrent();
+    } else {
+        setHead({});
+    }
+}
+
+void HostMessages::readCurrent()
+{
+    m_client.getValue(currentPath()).onFinished(this, [this](const CMReply<QVariant> &reply) {
+        if (!reply.error().isError()) {
+            on_client_valueChanged(currentPath(), reply.value());
+        } else if (reply.error().name() != CMErrors::noSuchNode() && m_client.isAvailable()) {
+            m_retryTimer.start();
+        }
+    });
+}
+
+void HostMessages::on_client_valueChanged(const CMPath & /*path*/, const QVariant &value)
+{
+    const TavoNotificationDisplayCurrent current = TavoValue(value.toHash()).displayCurrent();
+    Head head;
+    head.path = current.path();
+    head.priority = current.priority();
+    head.since = current.since();
+    head.remaining = current.remaining();
+    head.waitingCount = current.waiting();
+    setHead(head);
+}
+
+void HostMessages::on_client_nodeChanged(const CMPath & /*path*/, bool published)
+{
+    if (published) {
+        readCurrent();
+    } else {
+        setHead({});
+    }
+}
+
+void HostMessages::on_client_changesDropped(const CMPath &path)
+{
+    if (path == currentPath()) {
+        readCurrent();
+    } else {
+        on_client_rowsChanged(path);
+    }
+}
+
+void HostMessages::on_client_subscriptionFailed(const CMPath &path, const CMError &error)
+{
+    qWarning("The host reports no changes of %s: %s", qUtf8Printable(path.toString()),
+             qUtf8Printable(error.message().toString()));
+}
+
+void HostMessages::setHead(const Head &head)
+{
+    const bool isSame = head.isSameAs(m_head);
+    m_head = head;
+    if (head.path.isEmpty()) {
+        follow({});
+        m_isReadDue = false;
+        if (!m_shownHead.path.isEmpty()) {
+            m_shownHead = {};
+            Q_EMIT emptied();
+        }
+    } else if (!isSame) {
+        readMessage();
+    } else if (m_shownHead.isSameAs(head)) {
+        Q_EMIT waitingChanged(head.waitingCount);
+    }
+}
+
+void HostMessages::on_client_rowsChanged(const CMPath &path)
+{
+    if (path == m_head.path) {
+        readMessage();
+    }
+}
+
+/// Subscribes before reading, so that no change is missed.
+void HostMessages::follow(const CMPath &path)
+{
+    if (path == m_followed) {
+        return;
+    }
+    if (!m_followed.isEmpty()) {
+        m_client.unsubscribe(m_followed, TavoClient::Change::Rows);
+    }
+    m_followed = path;
+    if (!path.isEmpty()) {
+        m_client.subscribe(path, TavoClient::Change::Rows);
+    }
+}
+
+void HostMessages::readMessage()
+{
+    m_isReadDue = m_isReading || m_readTimer.isActive();
+    if (m_isReadDue) {
+        return;
+    }
+    m_isReading = true;
+    follow(m_head.path);
+    const CMPath path = m_head.path;
+    const auto description = m_client.describe({path});
+    m_client.rows(path, 0, maxMessageRows)
+        .onFinished(this, [this, path, description](const CMReply<QVariantList> &rows) {
+            // The replies arrive in the order of the requests, unless one fails.
+            description.onFinished(
+                this, [this, path, rows](const CMReply<QVector<TavoClientDescription>> &nodes) {
+                    on_message_read(path, nodes.value().value(0).title, rows.value());
+                });
+        });
+}
+
+void HostMessages::on_message_read(const CMPath &path, const QString &title,
+                                   const QVariantList &rows)
+{
+    m_isReading = false;
+    m_readTimer.start();
+    if (path != m_head.path) {
+        m_isReadDue = !m_head.path.isEmpty();
+        return;
+    }
+    const Message message = messageFromRows(title, rows);
+    if (m_head.isSameAs(m_shownHead)) {
+        Q_EMIT messageChanged(message);
+    } else {
+        m_shownHead = m_head;
+        Q_EMIT shown(m_head, message);
+    }
+}
+
+void HostMessages::on_readTimer_timeout()
+{
+    if (m_isReadDue) {
+        readMessage();
+    }
+}

@@ -1,0 +1,52 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <core/records/cmpath.h>
+
+#include <QImage>
+#include <QString>
+#include <QVector>
+
+/// A picture: pixels, or the name of an icon or a file.
+struct Picture
+{
+    QImage pixels;
+    QString source; ///< a name in an icon theme, an absolute path or a file: URI
+
+    bool isEmpty() const { return pixels.isNull() && source.isEmpty(); }
+    bool operator==(const Picture &other) const
+    {
+        return pixels == other.pixels && source == other.source;
+    }
+};
+
+/// A button of a message.
+struct MessageAction
+{
+    CMPath path;
+    QString label;
+    QString icon; ///< a name in an icon theme; shown instead of the label
+
+    bool operator==(const MessageAction &other) const
+    {
+        return path == other.path && label == other.label && icon == other.icon;
+    }
+};
+
+/// What a message says, as it may be shown: every text is limited.
+struct Message
+{
+    static constexpr int noValue = -1;
+    static constexpr int maxActions = 8;
+
+    QString title;
+    QString text;
+    QString styled; ///< the text in the form of styledText(); empty if it has no tags
+    QString application;
+    Picture picture;
+    int value = noValue; ///< a progress from 0 to 100
+    QVector<MessageAction> actions;
+    CMPath defaultAction; ///< of a click on the message; empty if there is none
+};

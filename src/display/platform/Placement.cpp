@@ -1,0 +1,91 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "display/platform/Placement.h"
+
+#include <QGuiApplication>
+
+namespace {
+/// On X11 and wherever a window may say where it wants to be.
+class WindowPlacement : public Placement
+{
+public:
+    explicit WindowPlacement(Qt::WindowFlags flags)
+        : m_flags(flags)
+    {
+    }
+
+    void prepare(QWindow &window, const DisplayConfiguration & /*configuration*/,
+                 bool /*isUrgent*/) override
+    {
+        window.setFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | m_flags);
+    }
+
+    void place(QWindow &window, const DisplayConfiguration &configuration, const QRect &area,
+               int height) override
+    {
+        window.setGeometry(placedAt(configuration, area, height,
+                                    QGuiApplication::layoutDirection() == Qt::RightToLeft));
+    }
+
+private:
+    const Qt::WindowFlags m_flags;
+};
+
+/// The whole screen, where there is nothing but this program or no other way to be seen. It has the
+/// keyboard.
+class FullscreenPlacement : public Placement
+{
+public:
+    void prepare(QWindow &window, const DisplayConfiguration & /*configuration*/,
+                 bool /*isUrgent*/) override
+    {
+        window.setFlags(Qt::Window | Qt::FramelessWindowHint);
+        window.setWindowStates(Qt::WindowFullScreen);
+    }
+
+    void place(QWindow &window, const DisplayConfiguration & /*configuration*/, const QRect &area,
+               int /*height*/) override
+    {
+        window.setGeometry(area);
+    }
+
+    bool isWholeScreen() const override { return true; }
+};
+} // namespace
+
+std::unique_ptr<Placement> Placement::create()
+{
+    const QString platform = QGuiApplication::platformName();
+    if (platform == QLatin1String("xcb")) {
+        // No window manager may give it the keyboard, or a frame.
+        return std::make_unique<WindowPlacement>(Qt::WindowDoesNotAcceptFocus |
+                                                 Qt::X11BypassWindowManagerHint);
+    }
+    if (platform == QLatin1String("linuxfb") || platform == QLatin1String("offscreen")) {
+        return std::make_unique<WindowPlacement>(Qt::WindowFlags());
+    }
+    return std::make_unique<FullscreenPlacement>();
+}
+
+QRect placedAt(const DisplayConfiguration &configuration, const QRect &area, int height,
+               bool isMirrored)
+{
+    using Mode = DisplayConfiguration::Mode;
+    if (configuration.mode == Mode::Fullscreen) {
+        return area;
+    }
+    const bool isBanner = configuration.mode == Mode::Banner;
+    const int margin = isBanner ? 0 : configuration.margin;
+    const QRect inner = area.marginsRemoved({margin, margin, margin, margin});
+    const QSize size(isBanner ? inner.width() : qMin(configuration.width, inner.width()),
+                     qMin(height, inner.height()));
+    QRect place(inner.topLeft(), size);
+    if (configuration.isAtEnd != isMirrored) {
+        place.moveRight(inner.right());
+    }
+    if (!configuration.isAtTop) {
+        place.moveBottom(inner.bottom());
+    }
+    return place;
+}

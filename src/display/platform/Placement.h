@@ -1,0 +1,41 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "display/DisplayConfiguration.h"
+
+#include <QRect>
+#include <QWindow>
+
+#include <memory>
+
+class QScreen;
+
+/// Puts the window on the screen in the way of the platform.
+class Placement
+{
+public:
+    virtual ~Placement() = default;
+
+    /// Called before the window is created on the platform, each time.
+    virtual void prepare(QWindow &window, const DisplayConfiguration &configuration,
+                         bool isUrgent) = 0;
+
+    /// Gives the window its size, and its place in this area of the screen.
+    virtual void place(QWindow &window, const DisplayConfiguration &configuration,
+                       const QRect &area, int height) = 0;
+
+    /// Whether a window has to be created anew when it becomes urgent or not.
+    virtual bool dependsOnUrgency() const { return false; }
+
+    /// Whether the window always covers the screen, whatever the mode.
+    virtual bool isWholeScreen() const { return false; }
+
+    /// For the platform that the application runs on.
+    static std::unique_ptr<Placement> create();
+};
+
+/// The rectangle of a message in an area.
+QRect placedAt(const DisplayConfiguration &configuration, const QRect &area, int height,
+               bool isMirrored);

@@ -1,0 +1,73 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+import QtQuick 2.15
+
+// A button for a finger, the pointer and the keyboard: at least 48 pixels in each direction.
+Rectangle {
+    id: button
+
+    property var sheet
+    property string label
+    property string icon
+    property bool isClose: false
+    property real maxWidth: 100000
+    readonly property real minSide: Math.max(48, Math.round(sheet.unit * 3))
+    readonly property bool hasIcon: icon !== "" && picture.status === Image.Ready
+
+    signal activated()
+
+    width: isClose ? minSide
+                   : Math.max(minSide, Math.min(maxWidth, text.implicitWidth + 2 * sheet.gap))
+    height: minSide
+    radius: Math.round(sheet.unit * 0.25)
+    color: area.pressed && message.isArmed ? sheet.colors.pressedButton
+                                            : isClose ? "transparent" : sheet.colors.button
+    border {
+        width: activeFocus ? 3 : isClose ? 0 : 1
+        color: activeFocus ? sheet.colors.focus : sheet.colors.border
+    }
+    activeFocusOnTab: true
+
+    Accessible.role: Accessible.Button
+    Accessible.name: label
+    Accessible.focusable: true
+    Accessible.onPressAction: activated()
+
+    Keys.onReturnPressed: activated()
+    Keys.onEnterPressed: activated()
+    Keys.onSpacePressed: activated()
+
+    Text {
+        id: text
+
+        anchors { fill: parent; leftMargin: sheet.gap / 2; rightMargin: sheet.gap / 2 }
+        visible: !button.hasIcon
+        text: button.isClose ? "\u00d7" : button.label
+        textFormat: Text.PlainText
+        renderType: Text.NativeRendering
+        color: button.isClose ? sheet.colors.faintText : sheet.colors.text
+        font.pixelSize: Math.round(sheet.unit * (button.isClose ? 1.8 : 1))
+        horizontalAlignment: Text.AlignHCenter
+        verticalAlignment: Text.AlignVCenter
+        elide: Text.ElideRight
+        maximumLineCount: 1
+    }
+    Image {
+        id: picture
+
+        anchors.centerIn: parent
+        width: Math.round(sheet.unit * 1.5)
+        height: width
+        visible: button.hasIcon
+        source: button.icon === "" ? "" : "image://tavo/icon/" + encodeURIComponent(button.icon)
+        sourceSize: Qt.size(width * look.pixelRatio, width * look.pixelRatio)
+        asynchronous: true
+    }
+    MouseArea {
+        id: area
+
+        anchors.fill: parent
+        onClicked: button.activated()
+    }
+}

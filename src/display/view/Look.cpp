@@ -1,0 +1,79 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "display/view/Look.h"
+
+#include <core/base/connect.h>
+
+#include <QGuiApplication>
+#include <QLocale>
+
+Look::Look(const ShownMessage &message, QObject *parent)
+    : QObject(parent)
+    , m_message(message)
+{
+    qRegisterMetaType<Palette>();
+    tavoConnect(&message, &ShownMessage::messageChanged, this, &Look::paletteChanged);
+    tavoConnect(&message, &ShownMessage::secondsChanged, this, &Look::secondsTextChanged);
+    tavoConnect(&message, &ShownMessage::waitingCountChanged, this, &Look::waitingTextChanged);
+}
+
+void Look::setConfiguration(const DisplayConfiguration &configuration)
+{
+    m_configuration = configuration;
+    emitAll();
+}
+
+void Look::setScreen(qreal maxHeight, qreal pixelRatio)
+{
+    if (maxHeight != m_maxHeight || pixelRatio != m_pixelRatio) {
+        m_maxHeight = maxHeight;
+        m_pixelRatio = pixelRatio;
+        Q_EMIT changed();
+    }
+}
+
+void Look::setProblem(const QString &problem)
+{
+    m_problem = problem;
+    Q_EMIT changed();
+}
+
+bool Look::isMirrored() const
+{
+    return QGuiApplication::layoutDirection() == Qt::RightToLeft;
+}
+
+Palette Look::palette() const
+{
+    return Palette::find(m_configuration.theme, m_message.priority());
+}
+
+QString Look::closeText() const
+{
+    return tr("Close");
+}
+
+QString Look::valueText() const
+{
+    return tr("Progress");
+}
+
+QString Look::secondsText() const
+{
+    return tr("%1 s", "seconds that are left").arg(QLocale().toString(m_message.seconds()));
+}
+
+QString Look::waitingText() const
+{
+    return tr("%1 more", "how many messages wait")
+        .arg(QLocale().toString(m_message.waitingCount()));
+}
+
+void Look::emitAll()
+{
+    Q_EMIT changed();
+    Q_EMIT paletteChanged();
+    Q_EMIT secondsTextChanged();
+    Q_EMIT waitingTextChanged();
+}

@@ -1,0 +1,258 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "display/view/MessageWindow.h"
+
+#include "display/images/PictureProvider.h"
+#include "display/view/Theme.h"
+#include <core/base/connect.h>
+#include <core/records/enumerations.h>
+
+#include <QAccessible>
+#include <QGuiApplication>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QQmlContext>
+#include <QQmlNetworkAccessManagerFactory>
+#include <QScreen>
+
+namespace {
+constexpr qreal maxHeightOfScreen = 0.9;
+constexpr int fullscreenWidthInLetters = 44;
+
+QUrl themeUrl(const QString &theme)
+{
+    return Palette::names().contains(theme) ? Theme::builtIn() : QUrl::fromLocalFile(theme);
+}
+
+bool isUrgent(int priority)
+{
+    return priority >= TavoNotificationItemPriority::Urgent;
+}
+
+/// Refuses every request: neither a message nor a theme shall fetch anything.
+class NoNetwork : public QNetworkAccessManager
+{
+public:
+    using QNetworkAccessManager::QNetworkAccessManager;
+
+protected:
+    QNetworkReply *createRequest(Operation operation, const QNetworkRequest &request,
+                                 QIODevice *data) override
+    {
+        QNetworkRequest nowhere(request);
+        nowhere.setUrl(QUrl(QStringLiteral("data:,")));
+        return QNetworkAccessManager::createRequest(operation, nowhere, data);
+    }
+};
+
+class NoNetworkFactory : public QQmlNetworkAccessManagerFactory
+{
+public:
+    QNetworkAccessManager *create(QObject *parent) override { return new NoNetwork(parent); }
+};
+
+NoNetworkFactory s_noNetwork;
+} // namespace
+
+MessageWindow::MessageWindow(ShownMessage *message, QObject *parent)
+    : QObject(parent)
+    , m_message(*message)
+    , m_placement(Placement::create())
+    , m_look(*message)
+    , m_pictures(new PictureProvider)
+{
+    m_engine.addImageProvider(QStringLiteral("tavo"), m_pictures);
+    m_engine.setNetworkAccessManagerFactory(&s_noNetwork);
+    m_engine.rootContext()->setContextProperty(QStringLiteral("message"), message);
+    m_engine.rootContext()->setContextProperty(QStringLiteral("look"), &m_look);
+    tavoConnect(&m_engine, &QQmlEngine::warnings, this, &MessageWindow::on_engine_warnings);
+    tavoConnect(message, &ShownMessage::shown, this, &MessageWindow::on_message_shown);
+    tavoConnect(message, &ShownMessage::pictureChanged, this,
+                &MessageWindow::on_message_pictureChanged);
+    tavoConnect(message, &ShownMessage::hidden, this, &MessageWindow::on_message_hidden);
+    for (const auto changed : {&QGuiApplication::screenAdded, &QGuiApplication::screenRemoved,
+                               &QGuiApplication::primaryScreenChanged}) {
+        tavoConnect(qGuiApp, changed, this, &MessageWindow::on_screens_changed);
+    }
+}
+
+MessageWindow::~MessageWindow()
+{
+    destroyWindow();
+}
+
+void MessageWindow::setConfiguration(const DisplayConfiguration &configuration)
+{
+    m_configuration = configuration;
+    if (m_placement->isWholeScreen()) {
+        m_configuration.mode = DisplayConfiguration::Mode::Fullscreen;
+    }
+    m_pictures->setIconTheme(configuration.iconTheme);
+    m_look.setConfiguration(m_configuration);
+    if (m_window) {
+        destroyWindow();
+        show();
+    }
+}
+
+void MessageWindow::on_message_shown()
+{
+    if (m_window && m_placement->dependsOnUrgency() &&
+        m_wasUrgent != isUrgent(m_message.priority())) {
+        destroyWindow();
+    }
+    if (m_window) {
+        place();
+    } else {
+        show();
+    }
+    announce();
+}
+
+void MessageWindow::on_message_pictureChanged(const Picture &picture)
+{
+    m_pictures->setPicture(picture);
+}
+
+void MessageWindow::on_message_hidden()
+{
+    destroyWindow();
+}
+
+void MessageWindow::on_card_implicitHeightChanged()
+{
+    if (m_window) {
+        place();
+    }
+}
+
+void MessageWindow::on_screens_changed()
+{
+    if (m_window) {
+        destroyWindow();
+        show();
+    }
+}
+
+void MessageWindow::on_engine_warnings(const QList<QQmlError> &warnings)
+{
+    for (const QQmlError &warning : warnings) {
+        if (warning.url().isLocalFile() && m_look.problem().isEmpty()) {
+            reportTheme(warning.toString());
+        }
+    }
+}
+
+QScreen *MessageWindow::screen() const
+{
+    const QList<QScreen *> screens = QGuiApplication::screens();
+    const auto found = std::find_if(screens.begin(), screens.end(), [this](const QScreen *screen) {
+        return screen->name() == m_configuration.screen;
+    });
+    return found == screens.end() ? QGuiApplication::primaryScreen() : *found;
+}
+
+void MessageWindow::loadTheme()
+{
+    if (m_card && m_loadedTheme == m_configuration.theme) {
+        return;
+    }
+    m_loadedTheme = m_configuration.theme;
+    m_look.setProblem({});
+    auto card = Theme::load(m_engine, themeUrl(m_configuration.theme));
+    if (const auto *failure = std::get_if<Failure>(&card)) {
+        reportTheme(failure->reason);
+        card = Theme::load(m_engine, Theme::builtIn());
+    }
+    if (const auto *failure = std::get_if<Failure>(&card)) {
+        qFatal("%s", qUtf8Printable(failure->reason));
+    }
+    m_card = std::move(std::get<std::unique_ptr<QQuickItem>>(card));
+    tavoConnect(m_card.get(), &QQuickItem::implicitHeightChanged, this,
+                &MessageWindow::on_card_implicitHeightChanged);
+}
+
+void MessageWindow::reportTheme(const QString &problem)
+{
+    qWarning("The theme is broken: %s", qUtf8Printable(problem));
+    m_look.setProblem(tr("The theme is broken: %1").arg(problem));
+}
+
+void MessageWindow::show()
+{
+    QScreen *screen = this->screen();
+    if (screen == nullptr) {
+        return; // until there is one
+    }
+    m_wasUrgent = isUrgent(m_message.priority());
+    m_window = std::make_unique<QQuickWindow>();
+    m_window->setScreen(screen);
+    m_window->setTitle(QStringLiteral("Tavo"));
+    m_placement->prepare(*m_window, m_configuration, m_wasUrgent);
+    followScreen(screen);
+    measure();
+    loadTheme();
+    m_card->setParentItem(m_window->contentItem());
+    place();
+    m_window->show();
+}
+
+/// A window that has been destroyed on the platform takes nothing, not even memory.
+void MessageWindow::destroyWindow()
+{
+    if (m_card) {
+        m_card->setParentItem(nullptr);
+    }
+    if (m_screen) {
+        m_screen->disconnect(this);
+    }
+    m_window.reset();
+}
+
+void MessageWindow::followScreen(QScreen *screen)
+{
+    m_screen = screen;
+    tavoConnect(screen, &QScreen::availableGeometryChanged, this,
+                &MessageWindow::on_card_implicitHeightChanged);
+    tavoConnect(screen, &QScreen::logicalDotsPerInchChanged, this,
+                &MessageWindow::on_card_implicitHeightChanged);
+}
+
+void MessageWindow::measure()
+{
+    m_look.setScreen(m_screen->availableGeometry().height() * maxHeightOfScreen,
+                     m_screen->devicePixelRatio());
+}
+
+void MessageWindow::place()
+{
+    if (!m_screen) {
+        return;
+    }
+    const bool isFullscreen = m_configuration.mode == DisplayConfiguration::Mode::Fullscreen;
+    const QRect area = isFullscreen ? m_screen->geometry() : m_screen->availableGeometry();
+    measure();
+    const int width = isFullscreen ? qMin(int(area.width() * maxHeightOfScreen),
+                                          m_configuration.textSize * fullscreenWidthInLetters)
+                                   : placedAt(m_configuration, area, 0, false).width();
+    m_card->setWidth(width);
+    const int height = qMax(1, qRound(m_card->implicitHeight()));
+    m_card->setHeight(height);
+    if (isFullscreen) {
+        m_card->setPosition(QPointF((area.width() - width) / 2, (area.height() - height) / 2));
+    } else {
+        m_card->setPosition({});
+    }
+    m_window->setColor(m_look.palette().backdrop);
+    m_placement->place(*m_window, m_configuration, area, height);
+}
+
+/// Qt reports no alerts to screen readers. They speak a notification when it is shown.
+void MessageWindow::announce()
+{
+    if (m_card && QAccessible::isActive()) {
+        QAccessibleEvent event(m_card.get(), QAccessible::ObjectShow);
+        QAccessible::updateAccessibility(&event);
+    }
+}

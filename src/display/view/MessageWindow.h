@@ -1,0 +1,63 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "display/DisplayConfiguration.h"
+#include "display/platform/Placement.h"
+#include "display/view/Look.h"
+#include "display/view/ShownMessage.h"
+
+#include <QObject>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
+
+#include <memory>
+
+class PictureProvider;
+
+/// The window with the message on the screen. It exists on the platform only while there is a message.
+class MessageWindow : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit MessageWindow(ShownMessage *message, QObject *parent = nullptr);
+    ~MessageWindow() override;
+
+    /// May be called again, with a message on the screen.
+    void setConfiguration(const DisplayConfiguration &configuration);
+
+private Q_SLOTS:
+    void on_message_shown();
+    void on_message_pictureChanged(const Picture &picture);
+    void on_message_hidden();
+    void on_card_implicitHeightChanged();
+    void on_screens_changed();
+    void on_engine_warnings(const QList<QQmlError> &warnings);
+
+private:
+    QScreen *screen() const;
+    void loadTheme();
+    void setCard(std::unique_ptr<QQuickItem> card);
+    void reportTheme(const QString &problem);
+    void show();
+    void destroyWindow();
+    void followScreen(QScreen *screen);
+    void measure();
+    void place();
+    void announce();
+
+    ShownMessage &m_message;
+    DisplayConfiguration m_configuration;
+    std::unique_ptr<Placement> m_placement;
+    Look m_look;
+    QQmlEngine m_engine;
+    PictureProvider *m_pictures; ///< owned by the engine
+    std::unique_ptr<QQuickWindow> m_window;
+    std::unique_ptr<QQuickItem> m_card;
+    QString m_loadedTheme;
+    QPointer<QScreen> m_screen;
+    bool m_wasUrgent = false;
+};
