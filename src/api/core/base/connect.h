@@ -7,6 +7,7 @@
 #include <QMetaType>
 #include <QObject>
 
+#include <atomic>
 #include <type_traits>
 
 /// Returns whether a signal can be delivered to the receiver. If the call may be queued, the
@@ -20,6 +21,11 @@ bool verifyConnectionSignalParameters(const QObject *sender, Signal signal, cons
     if (!mayBeQueued) {
         return true;
     }
+    // Signals of one type have the same arguments, and what is known stays known.
+    static std::atomic<bool> areKnown(false);
+    if (areKnown) {
+        return true;
+    }
     const QMetaMethod method = QMetaMethod::fromSignal(signal);
     const QList<QByteArray> names = method.parameterTypes();
     for (int i = 0; i < names.size(); ++i) {
@@ -27,6 +33,7 @@ bool verifyConnectionSignalParameters(const QObject *sender, Signal signal, cons
             return false;
         }
     }
+    areKnown = true;
     return true;
 }
 
