@@ -54,7 +54,7 @@ CMEndpoint::Pointer CMRegistry::find(const CMPath &path) const
     return CMEndpoint::hold(slice.nodes.find(path));
 }
 
-std::vector<CMEndpoint::Pointer> CMRegistry::nodesAt(const CMPath &path) const
+std::vector<CMEndpoint::Pointer> CMRegistry::nodesAt(const CMPath &path)
 {
     std::vector<CMEndpoint::Pointer> found;
     if (CMEndpoint::Pointer node = find(path)) {
@@ -64,7 +64,7 @@ std::vector<CMEndpoint::Pointer> CMRegistry::nodesAt(const CMPath &path) const
     return found;
 }
 
-void CMRegistry::addNodesBelow(const CMPath &path, std::vector<CMEndpoint::Pointer> &nodes) const
+void CMRegistry::addNodesBelow(const CMPath &path, std::vector<CMEndpoint::Pointer> &nodes)
 {
     CMTree::Children children = m_tree.children(path);
     std::move(children.nodes.begin(), children.nodes.end(), std::back_inserter(nodes));
@@ -73,7 +73,7 @@ void CMRegistry::addNodesBelow(const CMPath &path, std::vector<CMEndpoint::Point
     }
 }
 
-void CMRegistry::trace() const
+void CMRegistry::trace()
 {
     QStringList paths;
     for (const CMEndpoint::Pointer &node : nodesAt({})) {

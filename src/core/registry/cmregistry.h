@@ -29,13 +29,13 @@ public:
     CMEndpoint::Pointer find(const CMPath &path) const;
 
     /// What is directly below the path.
-    CMTree::Children children(const CMPath &path) const { return m_tree.children(path); }
+    CMTree::Children children(const CMPath &path) { return m_tree.children(path); }
 
     /// The nodes at the path and below it, in no order. For the empty path, all nodes.
-    std::vector<CMEndpoint::Pointer> nodesAt(const CMPath &path) const;
+    std::vector<CMEndpoint::Pointer> nodesAt(const CMPath &path);
 
     /// Writes every published path to the logger "Model" at level INFO.
-    void trace() const;
+    void trace();
 
 private:
     struct Slice
@@ -50,7 +50,7 @@ private:
         return m_slices[path.hash() % m_slices.size()];
     }
 
-    void addNodesBelow(const CMPath &path, std::vector<CMEndpoint::Pointer> &nodes) const;
+    void addNodesBelow(const CMPath &path, std::vector<CMEndpoint::Pointer> &nodes);
 
     std::array<Slice, 16> m_slices;
 

@@ -54,13 +54,6 @@ int CMSubscriptions::reportRows(const CMPath &path, const QStringList &changes, 
     });
 }
 
-int CMSubscriptions::reportRows(const CMPath &path, const QString &change, int first, int count)
-{
-    return toRows().report(path, [&](ChangeNotifier *notifier) {
-        static_cast<RowsChangeNotifier *>(notifier)->post({change}, first, count);
-    });
-}
-
 int CMSubscriptions::reportNode(const CMPath &path, bool published)
 {
     return toNodes().report(path, [published](ChangeNotifier *notifier) {

@@ -31,10 +31,6 @@ public:
     static int reportRows(const CMPath &path, const QStringList &changes, int first, int count);
     static int reportNode(const CMPath &path, bool published);
 
-    /// The same for one change of rows. Makes no list if there is no subscriber, which saves 2 % of
-    /// the instructions of display-open and display-cancel (scripts/count-instructions).
-    static int reportRows(const CMPath &path, const QString &change, int first, int count);
-
     /// Takes a notifier that has been connected to its receiver.
     void add(std::unique_ptr<ChangeNotifier> notifier);
 

@@ -3,6 +3,8 @@
 
 #include "core/registry/cmtree.h"
 
+#include <utility>
+
 namespace {
 // An entry stores its place in the list, so that it is removed without searching.
 
@@ -36,15 +38,14 @@ void CMTree::add(CMEndpoint *node)
 void CMTree::remove(CMEndpoint *node)
 {
     const std::lock_guard lock(m_mutex);
-    Group *group = parentOf(node->path());
-    removeFrom(group->m_nodes, node, &CMEndpoint::m_place);
-    removeEmpty(group);
+    removeFrom(parentOf(node->path())->m_nodes, node, &CMEndpoint::m_place);
 }
 
-CMTree::Children CMTree::children(const CMPath &path) const
+CMTree::Children CMTree::children(const CMPath &path)
 {
     Children found;
     const std::lock_guard lock(m_mutex);
+    setLast(&m_top);
     const Group *group = path.isEmpty() ? &m_top : m_groups.find(path);
     if (group == nullptr) {
         return found;
@@ -63,7 +64,7 @@ CMTree::Children CMTree::children(const CMPath &path) const
 CMTree::Group *CMTree::parentOf(const CMPath &path)
 {
     if (!path.isChildOf(m_last->path())) {
-        m_last = groupAt(path.parent());
+        setLast(groupAt(path.parent()));
     }
     return m_last;
 }
@@ -84,13 +85,16 @@ CMTree::Group *CMTree::groupAt(const CMPath &path)
     return group;
 }
 
-void CMTree::removeEmpty(Group *group)
+/// Removes the previous one if it is empty.
+void CMTree::setLast(Group *group)
 {
-    while (group->m_parent != nullptr && group->m_nodes.empty() && group->m_groups.empty()) {
-        m_last = group->m_parent;
-        removeFrom(m_last->m_groups, group, &Group::m_place);
-        m_groups.remove(group);
-        delete group;
-        group = m_last;
+    Group *left = std::exchange(m_last, group);
+    while (left != group && left->m_parent != nullptr && left->m_nodes.empty() &&
+           left->m_groups.empty()) {
+        Group *parent = left->m_parent;
+        removeFrom(parent->m_groups, left, &Group::m_place);
+        m_groups.remove(left);
+        delete left;
+        left = parent;
     }
 }

@@ -11,6 +11,11 @@
 namespace {
 const QString typeKey = QStringLiteral("type");
 const QString titleKey = QStringLiteral("title");
+
+// Made once, because there are many reports.
+const QStringList inserted(CMSubscribe::RowsChangeInserted());
+const QStringList removed(CMSubscribe::RowsChangeRemoved());
+const QStringList reset(CMSubscribe::RowsChangeReset());
 } // namespace
 
 CMListRowsNode::Row::Row(const CMPath &path)
@@ -91,7 +96,7 @@ void CMListRowsNode::insert(int index, const Row &row)
             m_rows.insert(index, row);
         }
     }
-    report(CMSubscribe::RowsChangeInserted(), index);
+    report(inserted, index);
 }
 
 void CMListRowsNode::rowsRemoveAt(int index)
@@ -101,7 +106,7 @@ void CMListRowsNode::rowsRemoveAt(int index)
         Q_ASSERT_X(index >= 0 && index < m_rows.size(), "CMListRowsNode", "index out of range");
         m_rows.removeAt(index);
     }
-    report(CMSubscribe::RowsChangeRemoved(), index);
+    report(removed, index);
 }
 
 void CMListRowsNode::setRows(const QVector<TavoRoles> &rows)
@@ -115,12 +120,12 @@ void CMListRowsNode::setRows(const QVector<TavoRoles> &rows)
         const std::lock_guard lock(guard());
         m_rows.swap(newRows);
     }
-    report(CMSubscribe::RowsChangeReset(), 0, rows.size());
+    report(reset, 0, rows.size());
 }
 
-void CMListRowsNode::report(const QString &change, int index, int count) const
+void CMListRowsNode::report(const QStringList &changes, int index, int count) const
 {
-    CMSubscriptions::reportRows(path(), change, index, count);
+    CMSubscriptions::reportRows(path(), changes, index, count);
 }
 
 int CMListRowsNode::rowsSize() const

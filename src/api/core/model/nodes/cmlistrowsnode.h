@@ -65,7 +65,7 @@ private:
     };
 
     void insert(int index, const Row &row);
-    void report(const QString &change, int index, int count = 1) const;
+    void report(const QStringList &changes, int index, int count = 1) const;
 
     TavoRowsRoles m_rowsRoles;
     QList<Row> m_rows;
