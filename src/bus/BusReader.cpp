@@ -33,6 +33,26 @@ bool isString(char type)
     return type == SD_BUS_TYPE_STRING || type == SD_BUS_TYPE_OBJECT_PATH ||
            type == SD_BUS_TYPE_SIGNATURE;
 }
+
+bool isNumber(char type)
+{
+    return type != 0 && std::strchr("ybnqiuxtd", type) != nullptr;
+}
+
+/// Where the first type of a signature ends.
+const char *endOfType(const char *type)
+{
+    int open = 0;
+    do {
+        while (*type == SD_BUS_TYPE_ARRAY) {
+            ++type;
+        }
+        open += *type == SD_BUS_TYPE_STRUCT_BEGIN || *type == SD_BUS_TYPE_DICT_ENTRY_BEGIN;
+        open -= *type == SD_BUS_TYPE_STRUCT_END || *type == SD_BUS_TYPE_DICT_ENTRY_END;
+        ++type;
+    } while (open > 0);
+    return type;
+}
 } // namespace
 
 bool BusReader::readBoolean()
@@ -292,9 +312,7 @@ void BusReader::skip()
     if (next.type == SD_BUS_TYPE_ARRAY) {
         skipArray(next.contents);
     } else if (isString(next.type)) {
-        const char *text = nullptr;
-        checkFound(sd_bus_message_read_basic(m_message.get(), next.type, &text));
-        m_bytesSkipped += std::strlen(text);
+        skipString(next.type);
     } else if (next.contents == nullptr) {
         check(sd_bus_message_skip(m_message.get(), nullptr));
     } else {
@@ -307,9 +325,35 @@ void BusReader::skip()
     }
 }
 
+void BusReader::skipAll()
+{
+    // To have sd-bus tell the type of each argument takes longer.
+    const char *type = sd_bus_message_get_signature(m_message.get(), 1);
+    while (*type != 0) {
+        if (isString(*type)) {
+            count(BusWriter::bytesPerValue);
+            skipString(*type);
+        } else if (isNumber(*type)) {
+            count(BusWriter::bytesPerValue);
+            readNumber<std::uint64_t>(*type);
+        } else {
+            skip();
+        }
+        type = endOfType(type);
+    }
+}
+
+void BusReader::skipString(char type)
+{
+    const char *text = nullptr;
+    checkFound(sd_bus_message_read_basic(m_message.get(), type, &text));
+    m_bytesSkipped += std::strlen(text);
+}
+
 void BusReader::skipArray(const char *contents)
 {
-    const bool isOfNumbers = std::strlen(contents) == 1 && std::strchr("ynqiuxtd", contents[0]);
+    const bool isOfNumbers =
+        std::strlen(contents) == 1 && isNumber(*contents) && *contents != SD_BUS_TYPE_BOOLEAN;
     if (isOfNumbers) {
         const void *numbers = nullptr;
         std::size_t size = 0;

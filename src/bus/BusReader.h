@@ -61,6 +61,9 @@ public:
     /// Reads past the next value. An array of numbers, such as an image, costs the same at any size.
     void skip();
 
+    /// Reads past all arguments, from the first one.
+    void skipAll();
+
     /// Continues at the start of the message.
     void restart();
 
@@ -89,6 +92,7 @@ private:
     QVariant readList(char container, const char *contents);
     QVariant readRecord(const char *entry);
     QVariant readSignature();
+    void skipString(char type);
     void skipArray(const char *contents);
 
     void enter(char container, const char *contents);

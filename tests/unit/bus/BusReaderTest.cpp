@@ -116,6 +116,35 @@ TEST_F(BusReaderTest, CountsTheBytesOfStringsAndOfWhatItSkips)
               "org.freedesktop.DBus.Error.LimitsExceeded: The value is too large");
 }
 
+TEST_F(BusReaderTest, CountsAllArgumentsAsItCountsThemOneByOne)
+{
+    BusReader reader = reading([](BusWriter &writer) {
+        writer.writeBoolean(true);
+        writer.writeString("text"_s);
+        writer.writeStringList({"a", "bc"});
+        writer.writeVariant(QVariantHash{{"d", QVariantList{1, "ef"}}});
+        writer.openArray("(si)");
+        writer.openStruct("si");
+        writer.writeString("in"_s);
+        writer.writeInt32(1);
+        writer.close();
+        writer.close();
+        writer.writeStringList({});
+        writer.writeUInt32(7);
+    });
+    reader.skipAll();
+    EXPECT_TRUE(reader.isAtEnd());
+    const std::size_t read = reader.bytesRead();
+    const std::size_t skipped = reader.bytesSkipped();
+    EXPECT_EQ(skipped, std::string("textabcdefin").size());
+    reader.restart();
+    while (!reader.isAtEnd()) {
+        reader.skip();
+    }
+    EXPECT_EQ(reader.bytesRead(), 2 * read);
+    EXPECT_EQ(reader.bytesSkipped(), 2 * skipped);
+}
+
 TEST_F(BusReaderTest, AWriterCountsItsBytesAndRefusesTooMany)
 {
     constexpr int bytes = 100;

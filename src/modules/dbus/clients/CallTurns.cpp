@@ -29,9 +29,7 @@ constexpr int moreBytes = 1 << 16;
 std::size_t bytesOf(const BusMessage &call, int maxValueBytes)
 {
     BusReader reader(call, maxValueBytes + moreBytes);
-    while (!reader.isAtEnd()) {
-        reader.skip();
-    }
+    reader.skipAll();
     reader.restart();
     return reader.bytesRead() + reader.bytesSkipped();
 }
@@ -54,7 +52,16 @@ void CallTurns::add(const BusMessage &call, Method &method)
     const std::size_t bytes = m_waiting.empty() ? 0 : bytesOf(call, m_maxValueBytes);
     const std::string client = call.sender();
     Quotas::Charge charge = m_quotas.charge(client, {Quotas::RequestBytes, bytes + callBytes});
-    m_waiting[client].calls.push_back({call, &method, std::move(charge)});
+    waitingOf(client).calls.push_back({call, &method, std::move(charge)});
+}
+
+CallTurns::Client &CallTurns::waitingOf(const std::string &client)
+{
+    if (m_spare.empty() || m_waiting.count(client) > 0) {
+        return m_waiting[client];
+    }
+    m_spare.key() = client;
+    return m_waiting.insert(std::move(m_spare)).position->second;
 }
 
 bool CallTurns::leave(const std::string &client)
@@ -128,7 +135,8 @@ void CallTurns::handle(Waiting::iterator client)
     const bool isLast = client->second.calls.empty();
     const bool hasLeft = client->second.hasLeft;
     if (isLast) {
-        m_waiting.erase(client);
+        m_spare = m_waiting.extract(client);
+        m_spare.mapped().hasLeft = false;
     }
     const Clock::time_point start = Clock::now();
     call.method->handler(call.message);

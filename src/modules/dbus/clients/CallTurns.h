@@ -95,6 +95,7 @@ private:
     };
     using Waiting = std::unordered_map<std::string, Client>;
 
+    Client &waitingOf(const std::string &client);
     void handleSome(std::chrono::milliseconds limit);
     void handle(Waiting::iterator client);
     Waiting::iterator next();
@@ -102,7 +103,8 @@ private:
     Quotas &m_quotas;
     const int m_maxValueBytes;
     const IsReady m_isReady;
-    Waiting m_waiting; ///< by name; each has calls
+    Waiting m_waiting;          ///< by name; each has calls
+    Waiting::node_type m_spare; ///< an entry without calls, for the next client that has none
     bool m_isSpending = false;
     QTimer m_timer; ///< runs while calls are left for the next turn
 };

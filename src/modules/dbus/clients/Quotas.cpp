@@ -136,20 +136,29 @@ Quotas::User &Quotas::newUser(User &user)
     return user;
 }
 
-const std::shared_ptr<Quotas::Account> &Quotas::account(const std::string &client)
+Quotas::Account *Quotas::find(const std::string &client) const
 {
-    std::shared_ptr<Account> &account = m_accounts[client];
-    if (!account) {
-        account = std::make_shared<Account>(client, m_unknown, m_totals);
-        account->requests = burstSeconds * m_requestsPerSecond;
-        account->refilled = Clock::now();
+    if (m_lastFound == nullptr || m_lastFound->client != client) {
+        const auto known = m_accounts.find(client);
+        m_lastFound = known == m_accounts.end() ? nullptr : known->second.get();
     }
-    return account;
+    return m_lastFound;
+}
+
+Quotas::Account &Quotas::account(const std::string &client)
+{
+    if (Account *known = find(client)) {
+        return *known;
+    }
+    auto added = std::make_shared<Account>(client, m_unknown, m_totals);
+    added->requests = burstSeconds * m_requestsPerSecond;
+    added->refilled = Clock::now();
+    return *m_accounts.emplace(client, std::move(added)).first->second;
 }
 
 void Quotas::countRequest(const std::string &client)
 {
-    Account &known = *account(client);
+    Account &known = account(client);
     if (m_requestsPerSecond == 0) {
         return;
     }
@@ -165,7 +174,7 @@ void Quotas::countRequest(const std::string &client)
 
 Quotas::Charge Quotas::charge(const std::string &client, const Cost &cost, Release release)
 {
-    const std::shared_ptr<Account> known = account(client);
+    const std::shared_ptr<Account> known = account(client).shared_from_this();
     check(*known, cost.kind, cost.amount);
     check(*known, StoredBytes, cost.storedBytes);
     makeRoom(*known, cost.kind, cost.amount, cost.priority);
@@ -226,22 +235,22 @@ bool Quotas::hasRoom(const Account &asking, Kind kind, std::size_t amount) const
 
 bool Quotas::hasRoom(const std::string &client, Kind kind, std::size_t amount) const
 {
-    const auto known = m_accounts.find(client);
-    return known == m_accounts.end() || hasRoom(*known->second, kind, amount);
+    const Account *known = find(client);
+    return known == nullptr || hasRoom(*known, kind, amount);
 }
 
 void Quotas::add(const std::string &client, Kind kind, std::size_t amount)
 {
     Amounts amounts{};
     amounts[kind] = amount;
-    account(client)->add(amounts);
+    account(client).add(amounts);
 }
 
 void Quotas::subtract(const std::string &client, Kind kind, std::size_t amount)
 {
     Amounts amounts{};
     amounts[kind] = amount;
-    account(client)->subtract(amounts);
+    account(client).subtract(amounts);
 }
 
 void Quotas::makeRoom(const Account &asking, Kind kind, std::size_t amount, Priority priority)
@@ -346,32 +355,29 @@ void Quotas::setTimeUnit()
 
 void Quotas::addTime(const std::string &client, Seconds time)
 {
-    const auto known = m_accounts.find(client);
-    if (known == m_accounts.end()) {
+    Account *known = find(client);
+    if (known == nullptr) {
         return;
     }
     setTimeUnit();
-    known->second->time += time.count() * m_timeUnit;
-    known->second->user->time += time.count() * m_timeUnit;
+    known->time += time.count() * m_timeUnit;
+    known->user->time += time.count() * m_timeUnit;
 }
 
 Quotas::Turn Quotas::turnOf(const std::string &client, Seconds next) const
 {
-    const auto known = m_accounts.find(client);
-    if (known == m_accounts.end()) {
-        return {0, 0};
-    }
-    const Account &account = *known->second;
-    return {account.user->time, account.time + next.count() * m_timeUnit};
+    const Account *known = find(client);
+    return known == nullptr ? Turn{0, 0}
+                            : Turn{known->user->time, known->time + next.count() * m_timeUnit};
 }
 
 void Quotas::setUser(const std::string &client, std::uint32_t id)
 {
-    const auto known = m_accounts.find(client);
-    if (known == m_accounts.end()) {
+    Account *known = find(client);
+    if (known == nullptr) {
         return;
     }
-    Account &account = *known->second;
+    Account &account = *known;
     const Amounts held = account.held;
     account.subtract(held);
     account.user->time -= account.time;
@@ -384,8 +390,8 @@ void Quotas::setUser(const std::string &client, std::uint32_t id)
 
 std::size_t Quotas::held(const std::string &client, Kind kind) const
 {
-    const auto known = m_accounts.find(client);
-    return known == m_accounts.end() ? 0 : known->second->held[kind];
+    const Account *known = find(client);
+    return known == nullptr ? 0 : known->held[kind];
 }
 
 std::vector<std::string> Quotas::clients() const
@@ -404,6 +410,7 @@ void Quotas::forget(const std::string &client)
         return;
     }
     const std::shared_ptr<Account> account = known->second;
+    m_lastFound = nullptr;
     m_accounts.erase(known);
     account->client.clear();
     for (const auto &[key, item] : std::exchange(account->items, {})) {

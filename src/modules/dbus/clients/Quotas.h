@@ -143,7 +143,7 @@ public:
     /// The client runs as this user. What it holds counts for the user from now on.
     void setUser(const std::string &client, std::uint32_t user);
 
-    bool knows(const std::string &client) const { return m_accounts.count(client) > 0; }
+    bool knows(const std::string &client) const { return find(client) != nullptr; }
     std::size_t held(const std::string &client, Kind kind) const;
     std::vector<std::string> clients() const;
 
@@ -170,7 +170,7 @@ private:
         std::shared_ptr<Account> left; ///< what clients have left behind
     };
 
-    struct Account
+    struct Account : std::enable_shared_from_this<Account>
     {
         Account(std::string name, User &owner, Amounts &all);
 
@@ -207,7 +207,8 @@ private:
         Release release; ///< empty when it can't be given up
     };
 
-    const std::shared_ptr<Account> &account(const std::string &client);
+    Account *find(const std::string &client) const; ///< null if it is not known
+    Account &account(const std::string &client);
     User &newUser(User &user);
     void check(const Account &account, Kind kind, std::size_t amount) const;
     bool hasRoom(const Account &asking, Kind kind, std::size_t amount) const;
@@ -230,4 +231,6 @@ private:
     User m_unknown;                        ///< all clients whose user is not known yet
     std::map<std::uint32_t, User> m_users; ///< by id
     std::unordered_map<std::string, std::shared_ptr<Account>> m_accounts;
+    mutable Account *m_lastFound =
+        nullptr; ///< of m_accounts: several look-ups in turn are for one client
 };
