@@ -54,8 +54,14 @@ QString ListCommand::lineOf(const ShownMessage &message, int index)
     }
     constexpr int width = 5;
     const auto style = index == 0 ? Terminal::Style::Good : Terminal::Style::Plain;
-    return QStringList{terminal().styled(place.rightJustified(width), style),
-                       terminal().styled(path, Terminal::Style::Faint),
-                       terminal().styled(title, Terminal::Style::Bold), text}
-        .join(QStringLiteral("  "));
+    QStringList cells{terminal().styled(place.rightJustified(width), style),
+                      terminal().styled(path, Terminal::Style::Faint),
+                      terminal().styled(title, Terminal::Style::Bold), text};
+    if (message.remaining) {
+        constexpr double msPerSecond = 1000;
+        cells.append(terminal().styled(
+            QStringLiteral("%1 s left").arg(*message.remaining / msPerSecond, 0, 'f', 1),
+            Terminal::Style::Faint));
+    }
+    return cells.join(QStringLiteral("  "));
 }

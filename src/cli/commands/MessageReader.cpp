@@ -3,7 +3,10 @@
 
 #include "cli/commands/MessageReader.h"
 
+#include <QElapsedTimer>
 #include <QHash>
+
+#include <algorithm>
 
 namespace {
 using Use = std::function<void(const ShownMessages &, const CMError &)>;
@@ -16,8 +19,21 @@ struct Reading
     Use use;
     QVector<CMPath> paths; ///< of the messages
     bool isCut;            ///< there are more messages
+    TavoNotificationDisplayCurrent current;
     QHash<CMPath, TavoClientDescription> nodes{};
 };
+
+/// How long it stays on display from now on; nothing if until it is closed.
+std::optional<int> remainingOf(const TavoNotificationDisplayCurrent &current)
+{
+    if (current.timeout() <= 0) {
+        return std::nullopt;
+    }
+    QElapsedTimer now;
+    now.start();
+    const qint64 shown = now.msecsSinceReference() - current.since();
+    return int(std::clamp<qint64>(current.remaining() - shown, 0, current.timeout()));
+}
 
 ShownMessages messagesOf(const Reading &reading)
 {
@@ -25,6 +41,9 @@ ShownMessages messagesOf(const Reading &reading)
     for (const CMPath &path : reading.paths) {
         const TavoClientDescription node = reading.nodes.value(path);
         result.messages.append({path, node.title, node.text});
+    }
+    if (!result.messages.isEmpty() && result.messages.first().path == reading.current.path()) {
+        result.messages.first().remaining = remainingOf(reading.current);
     }
     result.isCut = reading.isCut;
     return result;
@@ -67,9 +86,13 @@ void describe(const std::shared_ptr<Reading> &reading, int first, int count)
 
 QVariantHash ShownMessage::toHash() const
 {
-    return {{QStringLiteral("path"), path.toString()},
-            {QStringLiteral("title"), title},
-            {QStringLiteral("text"), text}};
+    QVariantHash fields{{QStringLiteral("path"), path.toString()},
+                        {QStringLiteral("title"), title},
+                        {QStringLiteral("text"), text}};
+    if (remaining) {
+        fields.insert(QStringLiteral("remaining"), *remaining);
+    }
+    return fields;
 }
 
 QVariantList ShownMessages::toList() const
@@ -83,19 +106,27 @@ QVariantList ShownMessages::toList() const
 
 void readMessages(TavoClient &client, QObject *context, int max, const Use &use)
 {
+    // Finished before the other, because replies come in the order of their requests.
+    const CMReply<QVariant> current = client.getValue(TavoNotificationDisplayCurrentPath());
     // One more, to know whether there are more.
     client.rows(TavoNotificationDisplayQueuePath(), 0, max + 1)
-        .onFinished(context, [&client, context, max, use](const CMReply<QVariantList> &answer) {
-            if (answer.error().isError()) {
-                use({}, answer.error());
-                return;
-            }
-            const QVariantList rows = answer.value();
-            const auto reading =
-                std::make_shared<Reading>(Reading{client, context, use, {}, rows.size() > max});
-            for (const QVariant &row : rows.mid(0, max)) {
-                reading->paths.append(CMPath::fromQVariant(row));
-            }
-            describe(reading, 0, max);
-        });
+        .onFinished(context,
+                    [&client, context, max, use, current](const CMReply<QVariantList> &answer) {
+                        if (answer.error().isError()) {
+                            use({}, answer.error());
+                            return;
+                        }
+                        const QVariantList rows = answer.value();
+                        const auto reading = std::make_shared<Reading>(
+                            Reading{client,
+                                    context,
+                                    use,
+                                    {},
+                                    rows.size() > max,
+                                    TavoValue(current.value().toHash()).displayCurrent()});
+                        for (const QVariant &row : rows.mid(0, max)) {
+                            reading->paths.append(CMPath::fromQVariant(row));
+                        }
+                        describe(reading, 0, max);
+                    });
 }

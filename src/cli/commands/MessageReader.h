@@ -10,6 +10,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 /// A message of the display.
 struct ShownMessage
@@ -17,6 +18,7 @@ struct ShownMessage
     CMPath path;
     QString title;
     QString text;
+    std::optional<int> remaining{}; ///< milliseconds on display; only of the one that is shown
 
     QVariantHash toHash() const;
 };
@@ -30,7 +32,7 @@ struct ShownMessages
     QVariantList toList() const;
 };
 
-/// Reads up to @p max messages of the queue, with two requests, or more if the replies would be too
+/// Reads up to @p max messages of the queue, with three requests, or more if the replies would be too
 /// large. A message that closes during this time has no title or text. Calls the function once,
 /// unless the context is deleted first, and passes an error if there is no queue.
 void readMessages(TavoClient &client, QObject *context, int max,

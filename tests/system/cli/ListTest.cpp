@@ -12,9 +12,9 @@ class CliListTest : public CliTest
 protected:
     void SetUp() override { startHost(); }
 
-    void open(const char *title, const char *text)
+    void open(const char *title, const char *text, int timeout = 0)
     {
-        open({{"title", title}, {"message", text}, {"timeout", 0}});
+        open({{"title", title}, {"message", text}, {"timeout", timeout}});
     }
     void open(const QJsonObject &item)
     {
@@ -62,6 +62,19 @@ TEST_F(CliListTest, ListsMessagesInOrderBeginningWithTheShownOne)
     EXPECT_THAT(lines[1], MatchesRegex("1\t/notifications/.*\tOven\tThe cake\\\\nis done"));
 }
 
+TEST_F(CliListTest, SaysHowLongTheShownOneStays)
+{
+    open("Door", "Somebody rings", 600'000);
+    open("Oven", "The cake is done", 600'000);
+    EXPECT_EQ(run({"list", "--json"}), s_good);
+    const QJsonArray messages = json().toObject().value("messages").toArray();
+    ASSERT_EQ(messages.size(), 2);
+    const int remaining = messages[0].toObject().value("remaining").toInt();
+    EXPECT_GT(remaining, 500'000);
+    EXPECT_LE(remaining, 600'000);
+    EXPECT_FALSE(messages[1].toObject().contains("remaining"));
+}
+
 TEST_F(CliListTest, ListsThemAsJson)
 {
     open("Door", "Somebody rings");
@@ -86,20 +99,20 @@ TEST_F(CliListTest, SaysThatThereAreMore)
     EXPECT_EQ(json().toObject().value("more"), true);
 }
 
-TEST_F(CliListTest, SendsTwoRequestsForAnyNumberOfMessages)
+TEST_F(CliListTest, SendsThreeRequestsForAnyNumberOfMessages)
 {
     for (const char *text : {"one", "two", "three", "four", "five"}) {
         open("Door", text);
     }
-    EXPECT_THAT(requestsOf({"list"}), ElementsAre("GetRows", "Describe"));
+    EXPECT_THAT(requestsOf({"list"}), ElementsAre("GetValue", "GetRows", "Describe"));
     const auto lines = m_tavo.lines();
     ASSERT_EQ(lines.size(), 5U);
     EXPECT_THAT(lines[4], MatchesRegex("4\t/notifications/.*\tDoor\tfive"));
 }
 
-TEST_F(CliListTest, SendsOneRequestWhenThereIsNothing)
+TEST_F(CliListTest, SendsTwoRequestsWhenThereIsNothing)
 {
-    EXPECT_THAT(requestsOf({"list"}), ElementsAre("GetRows"));
+    EXPECT_THAT(requestsOf({"list"}), ElementsAre("GetValue", "GetRows"));
 }
 
 TEST_F(CliListTest, ListsMessagesWithoutANode)

@@ -79,6 +79,15 @@ TEST_F(CliTerminalTest, TheListHasColumns)
                                 "    1  /dbus/notifications/2  Oven  \r\n");
 }
 
+TEST_F(CliTerminalTest, TheListSaysHowLongTheMessageStays)
+{
+    run({"show", "--timeout", "600000", "Door", "Ring"});
+    m_script.setEnvironment("NO_COLOR", "1");
+    EXPECT_THAT(outputOf("list"),
+                testing::MatchesRegex(
+                    "shown  /dbus/notifications/1  Door  Ring  [56][0-9][0-9]\\.[0-9] s left\r\n"));
+}
+
 TEST_F(CliTerminalTest, ALiveLineSaysWhatTheProgramWaitsFor)
 {
     m_script.start(arguments("sound --loop --id bell " + soundFile()));

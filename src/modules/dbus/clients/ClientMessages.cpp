@@ -5,12 +5,21 @@
 
 #include "Clients.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace {
-DisplayOrder::Opening openingOf(quint32 number)
+/// The id under which the display knows a message, whatever id its client gave it.
+QString idOf(quint32 number)
 {
-    return {number, 0};
+    return QStringLiteral("dbus-message-%1").arg(number);
+}
+
+/// The number in an id; 0 if it is not one of ours.
+quint32 numberIn(const QString &id)
+{
+    const quint32 number = id.midRef(id.lastIndexOf(QLatin1Char('-')) + 1).toUInt();
+    return id == idOf(number) ? number : 0;
 }
 
 void askDisplayToClose(const CMPath &path)
@@ -52,7 +61,6 @@ CMReply<QVariant> ClientMessages::open(const std::string &client, const QVariant
     }
     // The texts are left out, and so are unknown fields, which the display would store.
     message.item = TavoNotificationDisplayItem()
-                       .setId(item.id())
                        .setTimeout(item.timeout())
                        .setPriority(priority)
                        .setPath(path);
@@ -64,17 +72,20 @@ CMReply<QVariant> ClientMessages::open(const std::string &client, const QVariant
 CMReply<QVariant> ClientMessages::queue(Message message)
 {
     if (!std::exchange(m_isFollowing, true)) {
-        CMRoot()->connectRowsChange(TavoNotificationDisplayQueuePath(), this,
-                                    &ClientMessages::on_queue_rowsChanged);
+        CMRoot()->connectValueChange(TavoNotificationDisplayEndedPath(), this,
+                                     &ClientMessages::on_display_ended);
     }
     const quint32 number = ++m_lastNumber;
-    const TavoNotificationDisplayItem item = message.item;
+    const TavoNotificationDisplayItem item = message.item.setId(idOf(number));
     m_messages.emplace(number, std::move(message));
     const CMReply<QVariant> reply;
-    // The watcher is added before the request is sent, and its call is queued. So the reply arrives right
-    // after the report of the inserted row, and tells whose row it is.
     reply.addWatcher(
-        this, [this, number](const CMVoidReply &answer) { on_open_finished(number, answer); },
+        this,
+        [this, number](const CMVoidReply &answer) {
+            if (answer.error().isError()) {
+                forget(number);
+            }
+        },
         Qt::QueuedConnection);
     return CMRoot()->invoke(TavoNotificationDisplayOpenPath(),
                             TavoValue().setNotificationDisplayItem(item), reply);
@@ -82,14 +93,11 @@ CMReply<QVariant> ClientMessages::queue(Message message)
 
 void ClientMessages::giveWay(quint32 number)
 {
-    auto given = m_messages.extract(number);
-    if (given.empty()) {
-        return;
+    const auto message = m_messages.find(number);
+    if (message != m_messages.end()) {
+        message->second.givesWay = true;
+        askDisplayToClose(message->second.item.path());
     }
-    Message &message = given.mapped();
-    askDisplayToClose(message.item.path());
-    message.item.setPriority(LeftMessages::below(message.item.priority()));
-    queue(std::move(message));
 }
 
 void ClientMessages::on_clients_left(const std::string &client)
@@ -119,15 +127,6 @@ CMListRowsNode *ClientMessages::createNode(const CMPath &path,
     return node;
 }
 
-void ClientMessages::on_open_finished(quint32 number, const CMVoidReply &reply)
-{
-    if (reply.error().isError()) {
-        forget(number);
-    } else {
-        m_order.nameLast(openingOf(number));
-    }
-}
-
 void ClientMessages::forget(quint32 number)
 {
     const auto message = m_messages.find(number);
@@ -140,21 +139,31 @@ void ClientMessages::forget(quint32 number)
     m_messages.erase(message);
     if (m_messages.empty()) {
         m_isFollowing = false;
-        CMRoot()->disconnectRowsChange(TavoNotificationDisplayQueuePath(), this,
-                                       &ClientMessages::on_queue_rowsChanged);
-        m_order.clear();
+        CMRoot()->disconnectValueChange(TavoNotificationDisplayEndedPath(), this,
+                                        &ClientMessages::on_display_ended);
     }
 }
 
-void ClientMessages::on_queue_rowsChanged(const CMPath & /*path*/, const QStringList &changes,
-                                          int first, int count)
+void ClientMessages::on_display_ended(const CMPath & /*path*/, const QVariant &value)
 {
-    for (int i = 0; i < count && changes.contains(CMSubscribe::RowsChangeInserted()); ++i) {
-        m_order.insert(first + i);
+    const auto ended = TavoValue(value.toHash()).displayEnded();
+    const quint32 number = numberIn(ended.id());
+    const auto found = m_messages.find(number);
+    if (found == m_messages.end()) {
+        return;
     }
-    for (int i = 0; i < count && changes.contains(CMSubscribe::RowsChangeRemoved()); ++i) {
-        forget(m_order.remove(first).id);
+    if (!found->second.givesWay || ended.end() != TavoNotificationDisplayEnd::Cancelled) {
+        forget(number);
+        return;
     }
+    Message message = std::move(found->second);
+    m_messages.erase(found);
+    message.givesWay = false;
+    message.item.setPriority(LeftMessages::below(message.item.priority()));
+    if (message.item.timeout() > 0) {
+        message.item.setTimeout(std::max(ended.remaining(), 1));
+    }
+    queue(std::move(message));
 }
 
 void ClientMessages::on_queue_nodeChanged(const CMPath & /*path*/, bool published)
@@ -162,7 +171,6 @@ void ClientMessages::on_queue_nodeChanged(const CMPath & /*path*/, bool publishe
     if (published) {
         return;
     }
-    m_order.clear();
     while (!m_messages.empty()) {
         forget(m_messages.begin()->first);
     }

@@ -3,7 +3,6 @@
 
 #pragma once
 
-#include "DisplayOrder.h"
 #include "LeftMessages.h"
 #include "Quotas.h"
 #include <core/tavo.h>
@@ -34,7 +33,7 @@ public:
 
 private Q_SLOTS:
     void on_clients_left(const std::string &client);
-    void on_queue_rowsChanged(const CMPath &path, const QStringList &changes, int first, int count);
+    void on_display_ended(const CMPath &path, const QVariant &value);
     void on_queue_nodeChanged(const CMPath &path, bool published);
 
 private:
@@ -44,18 +43,17 @@ private:
         Quotas::Charge charge;
         CMListRowsNode *node = nullptr; ///< owned by the node set; null if the client named a node
         LeftMessages::Place left;       ///< once its client has left
+        bool givesWay = false;          ///< is queued anew when the display has removed it
     };
 
     CMListRowsNode *createNode(const CMPath &path, const TavoNotificationDisplayItem &item);
     CMReply<QVariant> queue(Message message);
     void giveWay(quint32 number);
-    void on_open_finished(quint32 number, const CMVoidReply &reply);
     void forget(quint32 number);
 
     Clients &m_clients;
     CMNodes *m_nodes;
     std::map<quint32, Message> m_messages; ///< by number
     quint32 m_lastNumber = 0;
-    DisplayOrder m_order;
-    bool m_isFollowing = false; ///< the display's queue, while there are messages
+    bool m_isFollowing = false; ///< the ends that the display reports, while there are messages
 };

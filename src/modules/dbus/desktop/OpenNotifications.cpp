@@ -3,14 +3,10 @@
 
 #include "OpenNotifications.h"
 
-#include <limits>
+#include <algorithm>
 
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
-
-/// A notification that is removed at most this long before its timeout counts as expired: its time on
-/// display is known from the display's changes, which arrive with some delay.
-constexpr int expirySlackMs = 500;
 
 /// Tokens are sent on to the client, whose unread messages are limited.
 constexpr int maxTokenLength = 1000;
@@ -21,16 +17,31 @@ void askDisplayToClose(const CMPath &path)
     CMRoot()->invoke(TavoNotificationDisplayCancelNotifyPath(), TavoValue().setPath(path),
                      CMReply<QVariant>());
 }
+
+OpenNotifications::Reason reasonFor(TavoNotificationDisplayEnd::Enum end)
+{
+    switch (end) {
+    case TavoNotificationDisplayEnd::Expired:
+    case TavoNotificationDisplayEnd::Overtaken:
+        return OpenNotifications::Reason::Expired;
+    case TavoNotificationDisplayEnd::Cancelled:
+        return OpenNotifications::Reason::Closed;
+    case TavoNotificationDisplayEnd::Closed:
+        return OpenNotifications::Reason::Dismissed;
+    case TavoNotificationDisplayEnd::Unknown:
+        break;
+    }
+    return OpenNotifications::Reason::Undefined;
+}
 } // namespace
 
 OpenNotifications::OpenNotifications(CMNodes *nodes)
     : m_nodes(nodes)
 {
-    const CMPath queue = TavoNotificationDisplayQueuePath();
-    // Subscribes before the first notification is opened, so that the place of each is known.
-    CMRoot()->connectRowsChange(queue, this, &OpenNotifications::on_queue_rowsChanged);
-    CMRoot()->connectNodeChange(queue, this, &OpenNotifications::on_queue_nodeChanged);
-    m_headTimer.start();
+    CMRoot()->connectValueChange(TavoNotificationDisplayEndedPath(), this,
+                                 &OpenNotifications::on_display_ended);
+    CMRoot()->connectNodeChange(TavoNotificationDisplayQueuePath(), this,
+                                &OpenNotifications::on_queue_nodeChanged);
 }
 
 OpenNotifications::~OpenNotifications() = default;
@@ -79,20 +90,23 @@ void OpenNotifications::fill(Entry &entry, const DesktopNotification &notificati
 
 CMReply<QVariant> OpenNotifications::show(quint32 id, Entry &entry)
 {
-    const DisplayOrder::Opening opening{id, ++m_numbers};
-    entry.number = opening.number;
-    entry.shownMs = 0;
+    // No request of another has this id, even if it shows the same node: ClientMessages chooses the
+    // ids of those of clients.
+    entry.request = QStringLiteral("dbus-notification-%1").arg(++m_requests);
     entry.isAwaited = true;
     entry.isStale = false;
+    entry.givesWay = false;
     const auto item = TavoNotificationDisplayItem()
+                          .setId(entry.request)
                           .setPath(entry.node.path())
                           .setPriority(entry.priority)
                           .setTimeout(entry.timeout);
     const CMReply<QVariant> reply;
-    // The watcher is added before the request is sent, and its call is queued. So the reply arrives right
-    // after the report of the inserted row, and tells whose row it is.
     reply.addWatcher(
-        this, [this, opening](const CMVoidReply &answer) { on_open_finished(opening, answer); },
+        this,
+        [this, id, request = entry.request](const CMVoidReply &answer) {
+            on_open_finished(id, request, answer);
+        },
         Qt::QueuedConnection);
     return CMRoot()->invoke(TavoNotificationDisplayOpenPath(),
                             TavoValue().setNotificationDisplayItem(item), reply);
@@ -110,25 +124,22 @@ void OpenNotifications::showAnew(quint32 id, Entry &entry)
     show(id, entry);
 }
 
-void OpenNotifications::on_open_finished(const DisplayOrder::Opening &opening,
+void OpenNotifications::on_open_finished(quint32 id, const QString &request,
                                          const CMVoidReply &reply)
 {
-    const auto entry = find(opening);
-    if (reply.error().isError()) {
-        if (entry != m_entries.end()) {
-            LOG4CPLUS_WARN(logger, "Notification " << opening.id << " is not shown: "
-                                                   << reply.error().message().toString());
-            remove(entry, Reason::Undefined);
-        }
+    const auto entry = find(id, request);
+    if (entry == m_entries.end()) {
         return;
     }
-    m_order.nameLast(opening);
-    if (entry == m_entries.end()) {
+    if (reply.error().isError()) {
+        LOG4CPLUS_WARN(logger, "Notification " << id << " is not shown: "
+                                               << reply.error().message().toString());
+        remove(entry, Reason::Undefined);
         return;
     }
     entry->isAwaited = false;
     if (entry->isStale) {
-        showAnew(opening.id, *entry);
+        showAnew(id, *entry);
     }
 }
 
@@ -150,8 +161,8 @@ void OpenNotifications::giveWay(quint32 id)
         return;
     }
     entry->priority = LeftMessages::below(entry->priority);
-    entry->timeout = remainingMs(*entry);
-    showAnew(id, *entry);
+    entry->givesWay = true;
+    askDisplayToClose(entry->node.path());
 }
 
 void OpenNotifications::closeAll(Reason reason)
@@ -185,63 +196,26 @@ void OpenNotifications::withdraw(Entries::iterator entry)
     m_entries.erase(entry);
 }
 
-OpenNotifications::Entries::iterator OpenNotifications::find(const DisplayOrder::Opening &opening)
+OpenNotifications::Entries::iterator OpenNotifications::find(quint32 id, const QString &request)
 {
-    const auto entry = opening.isOurs() ? m_entries.find(opening.id) : m_entries.end();
-    return entry != m_entries.end() && entry->number == opening.number ? entry : m_entries.end();
+    const auto entry = m_entries.find(id);
+    return entry != m_entries.end() && entry->request == request ? entry : m_entries.end();
 }
 
-void OpenNotifications::on_queue_rowsChanged(const CMPath & /*path*/, const QStringList &changes,
-                                             int first, int count)
+void OpenNotifications::on_display_ended(const CMPath & /*path*/, const QVariant &value)
 {
-    for (int i = 0; i < count && changes.contains(CMSubscribe::RowsChangeInserted()); ++i) {
-        displayInserted(first + i);
-    }
-    for (int i = 0; i < count && changes.contains(CMSubscribe::RowsChangeRemoved()); ++i) {
-        displayRemoved(first);
-    }
-}
-
-void OpenNotifications::displayInserted(int index)
-{
-    if (index == 0) {
-        const auto preempted = find(m_order.head());
-        if (preempted != m_entries.end()) {
-            preempted->shownMs += headMs();
-        }
-        m_headTimer.start();
-    }
-    m_order.insert(index);
-}
-
-void OpenNotifications::displayRemoved(int index)
-{
-    const auto entry = find(m_order.remove(index));
-    const int shownMs = index == 0 ? headMs() : 0;
-    if (index == 0) {
-        m_headTimer.start();
-    }
+    const auto ended = TavoValue(value.toHash()).displayEnded();
+    const quint32 id = NotificationNode::idOf(ended.path());
+    const auto entry = find(id, ended.id());
     if (entry == m_entries.end()) {
         return;
     }
-    // Only the head expires, and only after its timeout.
-    const bool isExpired = index == 0 && entry->timeout > 0 &&
-                           qint64(entry->shownMs) + shownMs + expirySlackMs >= entry->timeout;
-    remove(entry, isExpired ? Reason::Expired : Reason::Closed);
-}
-
-int OpenNotifications::remainingMs(const Entry &entry) const
-{
-    if (entry.timeout == 0) {
-        return 0;
+    if (entry->givesWay && ended.end() == TavoNotificationDisplayEnd::Cancelled) {
+        entry->timeout = entry->timeout > 0 ? std::max(ended.remaining(), 1) : 0;
+        show(id, *entry);
+    } else {
+        remove(entry, reasonFor(ended.end()));
     }
-    const int sinceShown = m_order.head().number == entry.number ? headMs() : 0;
-    return int(qMax<qint64>(1, qint64(entry.timeout) - entry.shownMs - sinceShown));
-}
-
-int OpenNotifications::headMs() const
-{
-    return int(qMin<qint64>(m_headTimer.elapsed(), std::numeric_limits<int>::max() / 2));
 }
 
 void OpenNotifications::on_queue_nodeChanged(const CMPath & /*path*/, bool published)
@@ -249,7 +223,6 @@ void OpenNotifications::on_queue_nodeChanged(const CMPath & /*path*/, bool publi
     if (published) {
         return;
     }
-    m_order.clear();
     closeAll(Reason::Undefined);
 }
 

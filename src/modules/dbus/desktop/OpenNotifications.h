@@ -4,13 +4,11 @@
 #pragma once
 
 #include "DesktopNotification.h"
-#include "modules/dbus/clients/DisplayOrder.h"
 #include "modules/dbus/clients/LeftMessages.h"
 #include "NotificationIds.h"
 #include "NotificationNode.h"
 #include <core/tavo.h>
 
-#include <QElapsedTimer>
 #include <QHash>
 #include <QObject>
 
@@ -22,8 +20,7 @@
 ///
 /// Guarantees:
 /// - every notification is closed once, and nothing is reported of it afterwards;
-/// - opening, changing and closing one costs the same however many others are open, except for moving
-///   entries in one array.
+/// - opening, changing and closing one costs the same however many others are open.
 class OpenNotifications : public QObject
 {
     Q_OBJECT
@@ -80,7 +77,7 @@ Q_SIGNALS:
     void actionInvoked(quint32 id, const QString &key, const QString &token);
 
 private Q_SLOTS:
-    void on_queue_rowsChanged(const CMPath &path, const QStringList &changes, int first, int count);
+    void on_display_ended(const CMPath &path, const QVariant &value);
     void on_queue_nodeChanged(const CMPath &path, bool published);
     void on_notification_rowsChanged(const CMPath &path, const QStringList &changes, int, int);
     void on_action_activated(const CMSetDataRequest &request);
@@ -89,32 +86,26 @@ private:
     struct Entry
     {
         NotificationNode node;
-        quint32 number = 0; ///< of the last request to show it
+        QString request{}; ///< the id of the last request to show it
         TavoNotificationItemPriority::Enum priority = TavoNotificationItemPriority::Normal;
         int timeout = 0;
-        int shownMs = 0; ///< how long it was on display before it was pre-empted
         bool isResident = false;
         bool isAwaited = false; ///< the display has not replied to the last request
         bool isStale = false;   ///< priority or timeout have changed since that request
+        bool givesWay = false;  ///< is queued anew when the display has removed it
     };
     using Entries = QHash<quint32, Entry>;
 
     void fill(Entry &entry, const DesktopNotification &notification);
     CMReply<QVariant> show(quint32 id, Entry &entry);
     void showAnew(quint32 id, Entry &entry);
-    void on_open_finished(const DisplayOrder::Opening &opening, const CMVoidReply &reply);
+    void on_open_finished(quint32 id, const QString &request, const CMVoidReply &reply);
     void remove(Entries::iterator entry, Reason reason);
     void withdraw(Entries::iterator entry);
-    void displayInserted(int index);
-    void displayRemoved(int index);
-    Entries::iterator find(const DisplayOrder::Opening &opening);
-    int headMs() const;
-    int remainingMs(const Entry &entry) const;
+    Entries::iterator find(quint32 id, const QString &request);
 
     CMNodes *m_nodes; ///< owned by the worker
     Entries m_entries;
     NotificationIds m_ids;
-    quint32 m_numbers = 0; ///< of requests to show a notification
-    DisplayOrder m_order;
-    QElapsedTimer m_headTimer; ///< since the head of the display last changed
+    quint64 m_requests = 0; ///< to show a notification, so far
 };

@@ -12,6 +12,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Pair = std::pair<quint32, Reason>;
+using End = TavoNotificationDisplayEnd;
 
 /// With a display that the test plays.
 class DisplayFailuresTest : public OpenNotificationsTest
@@ -20,7 +21,8 @@ protected:
     DisplayFailuresTest()
     {
         m_display = std::make_unique<ScriptedService>("Display"_s);
-        m_queue = CMListRowsNode::create(m_display->nodes(), TavoNotificationDisplayQueuePath());
+        CMListRowsNode::create(m_display->nodes(), TavoNotificationDisplayQueuePath());
+        m_ended = CMValueNode::create(m_display->nodes(), TavoNotificationDisplayEndedPath());
         m_display->take(TavoNotificationDisplayOpenPath(), ScriptedService::keep());
         m_display->take(TavoNotificationDisplayCancelNotifyPath(), ScriptedService::accept());
     }
@@ -32,6 +34,11 @@ protected:
         return id;
     }
 
+    /// What the display was last requested to show.
+    TavoNotificationDisplayItem lastItem() const
+    {
+        return TavoValue(lastOpening().value().toHash()).notificationDisplayItem();
+    }
     CMSetDataRequest lastOpening() const
     {
         return m_display->requests(TavoNotificationDisplayOpenPath()).back();
@@ -41,17 +48,28 @@ protected:
 
     void answer()
     {
-        m_queue->rowsInsert(m_queue->rowsSize(), CMPath("/some"_s));
         lastOpening().reply().setValue(QVariant());
         settle();
     }
 
+    /// The display reports the end of what an earlier request showed.
+    void end(const TavoNotificationDisplayItem &item, End::Enum how, int remaining = 0)
+    {
+        m_ended->setValue(TavoValue().setDisplayEnded(TavoNotificationDisplayEnded()
+                                                          .setPath(item.path())
+                                                          .setId(item.id())
+                                                          .setEnd(how)
+                                                          .setRemaining(remaining)
+                                                          .setNumber(++m_ends)));
+        settle();
+    }
+
     void withdrawDisplay() { m_display.reset(); }
-    CMListRowsNode *queue() { return m_queue; }
 
 private:
     std::unique_ptr<ScriptedService> m_display;
-    CMListRowsNode *m_queue = nullptr;
+    CMValueNode *m_ended = nullptr;
+    int m_ends = 0;
 };
 
 TEST(NoDisplayTest, IsAnErrorAndLeavesNothingBehind)
@@ -98,8 +116,7 @@ TEST_F(DisplayFailuresTest, DoNotIncludeClosingBeforeTheDisplayReplies)
     EXPECT_THAT(ends, ElementsAre(Pair(id, Reason::Closed)));
     answer();
     EXPECT_EQ(cancels(), 1);
-    queue()->rowsRemoveAt(0);
-    settle();
+    end(lastItem(), End::Cancelled);
     EXPECT_EQ(ends.size(), 1U);
 }
 
@@ -123,22 +140,79 @@ TEST_F(DisplayFailuresTest, DoNotPileUpRequestsForAChangingNotification)
     answer();
     EXPECT_EQ(openings(), 2);
     EXPECT_EQ(cancels(), 1);
-    const auto item = TavoValue(lastOpening().value().toHash()).notificationDisplayItem();
-    EXPECT_EQ(item.timeout(), 3000);
+    EXPECT_EQ(lastItem().timeout(), 3000);
 }
 
 TEST_F(DisplayFailuresTest, DoNotConfuseTheEndOfAnEarlierShowingWithThatOfALaterOne)
 {
     const quint32 id = openUnanswered(300);
     answer();
+    const TavoNotificationDisplayItem earlier = lastItem();
     notifications.replace(id, text("new"_s, 60'000));
     settle();
     // It expired before the display handled our request.
-    queue()->rowsRemoveAt(0);
+    end(earlier, End::Expired);
     answer();
     EXPECT_THAT(ends, IsEmpty());
-    queue()->rowsRemoveAt(0);
-    settle();
+    end(lastItem(), End::Cancelled);
     EXPECT_THAT(ends, ElementsAre(Pair(id, Reason::Closed)));
+}
+
+TEST_F(DisplayFailuresTest, DoNotTakeTheEndOfAnothersRequestForTheSameNodeAsTheirOwn)
+{
+    const quint32 id = openUnanswered(60'000);
+    answer();
+    end(TavoNotificationDisplayItem().setPath(NotificationNode::pathOf(id)), End::Expired);
+    EXPECT_THAT(ends, IsEmpty());
+}
+
+TEST_F(DisplayFailuresTest, GiveTheReasonThatTheDisplayGives)
+{
+    std::vector<quint32> ids;
+    for (const End::Enum how :
+         {End::Expired, End::Overtaken, End::Cancelled, End::Closed, End::Enum(99)}) {
+        ids.push_back(open(text("text"_s)));
+        answer();
+        end(lastItem(), how);
+    }
+    EXPECT_THAT(ends, ElementsAre(Pair(ids[0], Reason::Expired), Pair(ids[1], Reason::Expired),
+                                  Pair(ids[2], Reason::Closed), Pair(ids[3], Reason::Dismissed),
+                                  Pair(ids[4], Reason::Undefined)));
+}
+
+TEST_F(DisplayFailuresTest, GiveWayWithTheRestOfTheirTime)
+{
+    const quint32 id = openUnanswered(60'000);
+    answer();
+    notifications.giveWay(id);
+    settle();
+    EXPECT_EQ(cancels(), 1);
+    EXPECT_EQ(openings(), 1);
+    end(lastItem(), End::Cancelled, 4321);
+    ASSERT_EQ(openings(), 2);
+    EXPECT_EQ(lastItem().timeout(), 4321);
+    EXPECT_EQ(lastItem().priority(), TavoNotificationItemPriority::Low);
+    EXPECT_THAT(ends, IsEmpty());
+}
+
+TEST_F(DisplayFailuresTest, EndOnceWhenTheyExpireInsteadOfGivingWay)
+{
+    const quint32 id = openUnanswered(60'000);
+    answer();
+    notifications.giveWay(id);
+    end(lastItem(), End::Expired);
+    EXPECT_THAT(ends, ElementsAre(Pair(id, Reason::Expired)));
+    EXPECT_EQ(openings(), 1);
+}
+
+TEST_F(DisplayFailuresTest, MayBeDismissedWhileTheyGiveWay)
+{
+    const quint32 id = openUnanswered();
+    answer();
+    notifications.giveWay(id);
+    CMSubscribe::closeNode(NotificationNode::pathOf(id));
+    end(lastItem(), End::Cancelled);
+    EXPECT_THAT(ends, ElementsAre(Pair(id, Reason::Dismissed)));
+    EXPECT_EQ(openings(), 1);
 }
 } // namespace

@@ -112,6 +112,32 @@ TEST_F(ShownNotificationsTest, AreClosedByTheDisplaysCancelRequest)
     EXPECT_THAT(ends, ElementsAre(Pair(second, Reason::Closed), Pair(first, Reason::Closed)));
 }
 
+/// Not as expired, because the display says how it ended.
+TEST_F(ShownNotificationsTest, AreClosedByACancelRequestHoweverShortlyBeforeTheirTimeout)
+{
+    const quint32 id = open(text("text"_s, 400));
+    EXPECT_TRUE(Request(TavoNotificationDisplayCancelNotifyPath(),
+                        TavoValue().setPath(NotificationNode::pathOf(id)))
+                    .succeeds());
+    settle();
+    EXPECT_THAT(ends, ElementsAre(Pair(id, Reason::Closed)));
+}
+
+TEST_F(ShownNotificationsTest, StayOpenWhenAnothersRequestForTheirNodeExpires)
+{
+    const quint32 id = open(text("text"_s));
+    const auto item = TavoNotificationDisplayItem()
+                          .setPath(NotificationNode::pathOf(id))
+                          .setPriority(Priority::Urgent)
+                          .setTimeout(1);
+    EXPECT_TRUE(
+        Request(TavoNotificationDisplayOpenPath(), TavoValue().setNotificationDisplayItem(item))
+            .succeeds());
+    ASSERT_TRUE(waitFor([] { return displayed().size() == 1; }));
+    settle();
+    EXPECT_THAT(ends, IsEmpty());
+}
+
 TEST_F(ShownNotificationsTest, AreClosedOnRequestWithTheGivenReason)
 {
     const quint32 id = open(text("text"_s));
