@@ -13,15 +13,15 @@
 namespace {
 constexpr QSize maxSize(1024, 1024);
 
-QImage withReason(const Picture &picture, const QSize &size, const IconTheme &icons)
+/// A null image if there is none. Many programs name icons that a device does not have.
+QImage imageOf(const QString &source, const QSize &size, const IconTheme &icons)
 {
-    const auto image = readPicture(picture.source, size, icons);
-    if (const auto *failure = std::get_if<Failure>(&image)) {
-        qWarning("The picture %s %s", logText(picture.source).c_str(),
-                 qUtf8Printable(failure->reason));
-        return {};
+    const auto image = readPicture(source, size, icons);
+    const auto *failure = std::get_if<Failure>(&image);
+    if (failure != nullptr && source.contains(QLatin1Char('/'))) {
+        qWarning("The picture %s %s", logText(source).c_str(), qUtf8Printable(failure->reason));
     }
-    return std::get<QImage>(image);
+    return failure == nullptr ? std::get<QImage>(image) : QImage();
 }
 } // namespace
 
@@ -60,7 +60,7 @@ QImage PictureProvider::requestImage(const QString &id, QSize *size, const QSize
     if (image.isNull()) {
         const IconTheme icons(
             theme, QStandardPaths::standardLocations(QStandardPaths::GenericDataLocation));
-        image = withReason(picture, wanted, icons);
+        image = imageOf(picture.source, wanted, icons);
     } else if (image.width() > wanted.width() || image.height() > wanted.height()) {
         image = image.scaled(wanted, Qt::KeepAspectRatio, Qt::SmoothTransformation);
     }

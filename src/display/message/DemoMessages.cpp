@@ -130,12 +130,12 @@ void DemoMessages::start()
 
 void DemoMessages::close(const CMPath & /*path*/)
 {
-    showNext();
+    m_timer.start(0);
 }
 
 void DemoMessages::activate(const CMPath & /*action*/)
 {
-    showNext();
+    m_timer.start(0);
 }
 
 void DemoMessages::on_timer_timeout()

@@ -30,6 +30,8 @@ public:
 
     virtual void start() = 0;
 
+    // No signal is emitted from within these, because a window calls them while it handles an event.
+
     /// A person closes the message on display.
     virtual void close(const CMPath &path) = 0;
 

@@ -66,6 +66,8 @@ MessageWindow::MessageWindow(ShownMessage *message, QObject *parent)
     m_engine.setNetworkAccessManagerFactory(&s_noNetwork);
     m_engine.rootContext()->setContextProperty(QStringLiteral("message"), message);
     m_engine.rootContext()->setContextProperty(QStringLiteral("look"), &m_look);
+    // Of the built-in look, only icons that are missing would be reported.
+    m_engine.setOutputWarningsToStandardError(false);
     tavoConnect(&m_engine, &QQmlEngine::warnings, this, &MessageWindow::on_engine_warnings);
     tavoConnect(message, &ShownMessage::shown, this, &MessageWindow::on_message_shown);
     tavoConnect(message, &ShownMessage::pictureChanged, this,

@@ -44,6 +44,7 @@ public:
     /// Kills the program.
     void kill();
     bool isRunning() const;
+    qint64 processId() const { return m_process->processId(); }
 
     std::string output() const { return m_output.toStdString(); }
     std::string error() const { return m_error.toStdString(); }

@@ -1,0 +1,138 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "DisplayTest.h"
+
+namespace {
+class DisplayShowTest : public DisplayTest
+{
+};
+
+TEST_F(DisplayShowTest, hasAWindowOnlyWhileThereIsAMessage)
+{
+    start();
+    const uint id = show("Door");
+    const QRect place = waitForWindow();
+    EXPECT_EQ(place.topRight(), QPoint(s_screenWidth - s_margin - 1, s_margin));
+    EXPECT_EQ(place.width(), s_width);
+    EXPECT_TRUE(waitForLook(Priority::Normal));
+    m_messages.close(id);
+    EXPECT_TRUE(waitForNoWindow());
+}
+
+TEST_F(DisplayShowTest, aMessageThatExpiresGoes)
+{
+    start();
+    show("Door", Priority::Normal, 300);
+    waitForWindow();
+    EXPECT_TRUE(waitForNoWindow());
+}
+
+TEST_F(DisplayShowTest, everyPriorityHasItsLook)
+{
+    start();
+    for (const auto priority : {Priority::Low, Priority::Normal, Priority::Urgent}) {
+        const uint id = show("Door", priority);
+        EXPECT_TRUE(waitForLook(priority)) << priority;
+        m_messages.close(id);
+    }
+}
+
+TEST_F(DisplayShowTest, anUrgentMessageComesInFrontAndTheOtherComesBack)
+{
+    start();
+    show("Parcel", Priority::Normal);
+    EXPECT_TRUE(waitForLook(Priority::Normal));
+    const uint alarm = show("Alarm", Priority::Urgent);
+    EXPECT_TRUE(waitForLook(Priority::Urgent));
+    m_messages.close(alarm);
+    EXPECT_TRUE(waitForLook(Priority::Normal));
+}
+
+TEST_F(DisplayShowTest, drawsTheCountdown)
+{
+    start();
+    show("Door", Priority::Normal, 60000);
+    ASSERT_TRUE(waitForLook(Priority::Normal));
+    const QRect numbers(s_closeButton.x() - 120, s_margin, 90, 40);
+    QImage before;
+    // The first pictures may come while the window is being drawn, so two changes are awaited.
+    for (int i = 0; i < 2; ++i) {
+        before = m_server.picture().copy(numbers);
+        ASSERT_TRUE(m_server.waitForPicture(
+            [&](const QImage &picture) { return picture.copy(numbers) != before; }));
+    }
+}
+
+TEST_F(DisplayShowTest, takesTheModeFromTheCommandLine)
+{
+    start({"--mode", "banner"});
+    show("Door");
+    const QRect place = waitForWindow();
+    EXPECT_EQ(place.topLeft(), QPoint(0, 0));
+    EXPECT_EQ(place.width(), s_screenWidth);
+    EXPECT_LT(place.height(), 300);
+}
+
+TEST_F(DisplayShowTest, coversTheScreenInTheModeFullscreen)
+{
+    start({"--mode", "fullscreen"});
+    show("Door");
+    EXPECT_EQ(waitForWindow(), QRect(0, 0, s_screenWidth, 800));
+    const Palette palette = Palette::find("dark", Priority::Normal);
+    EXPECT_TRUE(m_server.waitForPicture([&](const QImage &picture) {
+        return picture.pixelColor(5, 5) == palette.backdrop &&
+               picture.pixelColor(s_screenWidth / 2 + 200, 400) == palette.background;
+    }));
+}
+
+TEST_F(DisplayShowTest, obeysThePosition)
+{
+    writeConfiguration({{"position", "bottom-start"}, {"margin", 5}, {"width", 300}});
+    start();
+    show("Door");
+    const QRect place = waitForWindow();
+    EXPECT_EQ(place.bottomLeft(), QPoint(5, 800 - 5 - 1));
+    EXPECT_EQ(place.width(), 300);
+}
+
+TEST_F(DisplayShowTest, mirrorsTheLayoutOfALanguageThatIsWrittenFromRightToLeft)
+{
+    writeConfiguration({{"language", "ar"}});
+    start();
+    show(QString::fromUtf8("باب"));
+    const QRect place = waitForWindow();
+    EXPECT_EQ(place.topLeft(), QPoint(s_margin, s_margin));
+    const Palette palette = Palette::find("dark", Priority::Normal);
+    EXPECT_TRUE(m_server.waitForPicture([&](const QImage &picture) {
+        return picture.pixelColor(place.right() - 2, 60) == palette.accent &&
+               picture.pixelColor(place.left() + 2, 60) == palette.background;
+    }));
+}
+
+TEST_F(DisplayShowTest, showsATextOfAnyLengthAndKind)
+{
+    start();
+    for (const QString &text :
+         {QString(1 << 16, QLatin1Char('a')), QString("line\n").repeated(10'000),
+          QString("e") + QString(QChar(0x301)).repeated(60'000),
+          QString::fromUtf8("\u202E\U0001F514\x07<img src='http://127.0.0.1:1/a.png'>")}) {
+        const uint id = show("Door", Priority::Normal, 0, text);
+        EXPECT_TRUE(waitForLook(Priority::Normal));
+        EXPECT_LE(waitForWindow().height(), 800);
+        m_messages.close(id);
+        EXPECT_TRUE(waitForNoWindow());
+    }
+}
+
+TEST_F(DisplayShowTest, theDemoEndsByItself)
+{
+    m_display.start({"--demo"});
+    EXPECT_TRUE(waitForLook(Priority::Normal));
+    while (m_display.isRunning()) {
+        waitUntilArmed();
+        m_server.click(s_closeButton);
+    }
+    EXPECT_EQ(m_display.waitForExit(), 0);
+}
+} // namespace
