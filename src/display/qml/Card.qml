@@ -109,7 +109,7 @@ Rectangle {
 
                         Text {
                             visible: message.waitingCount > 0
-                            text: look.waitingText
+                            text: message.seconds >= 0 ? look.waitingText + " \u00b7" : look.waitingText
                             textFormat: Text.PlainText
                             renderType: Text.NativeRendering
                             color: card.colors.faintText

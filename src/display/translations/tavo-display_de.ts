@@ -1,0 +1,91 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="de" sourcelanguage="en">
+<context>
+    <name>DemoMessages</name>
+    <message>
+        <source>Parcel</source>
+        <translation>Paket</translation>
+    </message>
+    <message>
+        <source>At the front door.</source>
+        <translation>Vor der Haustür.</translation>
+    </message>
+    <message>
+        <source>Post</source>
+        <translation>Post</translation>
+    </message>
+    <message>
+        <source>Updates</source>
+        <translation>Aktualisierungen</translation>
+    </message>
+    <message>
+        <source>System</source>
+        <translation>System</translation>
+    </message>
+    <message>
+        <source>The window is open</source>
+        <translation>Das Fenster ist offen</translation>
+    </message>
+    <message>
+        <source>It will rain in ten minutes. The heating is off.</source>
+        <translation>In zehn Minuten regnet es. Die Heizung ist aus.</translation>
+    </message>
+    <message>
+        <source>It will &lt;b&gt;rain&lt;/b&gt; in &lt;i&gt;ten minutes&lt;/i&gt;. The heating is &lt;u&gt;off&lt;/u&gt;.</source>
+        <translation>In &lt;i&gt;zehn Minuten&lt;/i&gt; &lt;b&gt;regnet&lt;/b&gt; es. Die Heizung ist &lt;u&gt;aus&lt;/u&gt;.</translation>
+    </message>
+    <message>
+        <source>House</source>
+        <translation>Haus</translation>
+    </message>
+    <message>
+        <source>Somebody rings</source>
+        <translation>Es klingelt</translation>
+    </message>
+    <message>
+        <source>At the garden gate, for the second time.</source>
+        <translation>Am Gartentor, zum zweiten Mal.</translation>
+    </message>
+    <message>
+        <source>Doorbell</source>
+        <translation>Türklingel</translation>
+    </message>
+    <message>
+        <source>Open</source>
+        <translation>Öffnen</translation>
+    </message>
+    <message>
+        <source>In a moment</source>
+        <translation>Gleich</translation>
+    </message>
+</context>
+<context>
+    <name>Look</name>
+    <message>
+        <source>Close</source>
+        <translation>Schließen</translation>
+    </message>
+    <message>
+        <source>Progress</source>
+        <translation>Fortschritt</translation>
+    </message>
+    <message>
+        <source>%1 s</source>
+        <comment>seconds that are left</comment>
+        <translation>%1 s</translation>
+    </message>
+    <message>
+        <source>%1 more</source>
+        <comment>how many messages wait</comment>
+        <translation>%1 weitere</translation>
+    </message>
+</context>
+<context>
+    <name>MessageWindow</name>
+    <message>
+        <source>The theme is broken: %1</source>
+        <translation>Das Design ist fehlerhaft: %1</translation>
+    </message>
+</context>
+</TS>
