@@ -8,7 +8,9 @@
 #include <QString>
 #include <QVector>
 
-/// A notification as a desktop client wants it shown, its texts without markup.
+#include <optional>
+
+/// A notification as a desktop client wants it shown. Only the markup has markup.
 struct DesktopNotification
 {
     struct Action
@@ -19,11 +21,15 @@ struct DesktopNotification
 
     QString title;
     QString text;
+    QString markup; ///< the text with its emphasis, as in TavoRoles; may be empty
     QVector<Action> actions;
     TavoNotificationItemPriority::Enum priority = TavoNotificationItemPriority::Normal;
     int timeout = 0; ///< ms on display; 0: stays until it is closed
     QString application;
     QString icon;
+    QString imageSource;           ///< as in TavoImage
+    std::optional<int> progress{}; ///< from 0 to 100
+    bool hasActionIcons = false;   ///< the keys of the actions are names of icons
     QString category;
     QString desktopEntry;
     bool isTransient = false;

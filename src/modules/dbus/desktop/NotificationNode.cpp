@@ -31,9 +31,24 @@ TavoRoles textRow(const DesktopNotification &notification)
                             const QString &value) { setIf(!value.isEmpty(), row, setter, value); };
     set(&TavoRoles::setApplication, notification.application);
     set(&TavoRoles::setDesktopEntry, notification.desktopEntry);
+    set(&TavoRoles::setMarkup, notification.markup);
     set(&TavoRoles::setIcon, notification.icon);
+    setIf(!notification.imageSource.isEmpty(), row, &TavoRoles::setImage,
+          TavoImage().setSource(notification.imageSource));
     set(&TavoRoles::setCategory, notification.category);
+    if (notification.progress) {
+        row.setValue(*notification.progress);
+    }
     setIf(notification.isTransient, row, &TavoRoles::setTransient, true);
+    return row;
+}
+
+TavoRoles actionRow(const DesktopNotification::Action &action, const CMPath &path, bool hasIcon)
+{
+    TavoRoles row;
+    row.setType(TavoRolesType::Action).setTitle(action.label).setPath(path);
+    setIf(action.key == QLatin1String("default"), row, &TavoRoles::setDefault, true);
+    setIf(hasIcon, row, &TavoRoles::setIcon, action.key);
     return row;
 }
 } // namespace
@@ -68,8 +83,7 @@ void NotificationNode::show(const DesktopNotification &notification, const Bind 
         node->setTitle(action.label);
         bind(node);
         m_actions.append({action.key, node});
-        rows.append(
-            TavoRoles().setType(TavoRolesType::Action).setTitle(action.label).setPath(path));
+        rows.append(actionRow(action, path, notification.hasActionIcons));
     }
     m_node->setRows(rows);
 }

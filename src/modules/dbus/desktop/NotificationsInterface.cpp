@@ -163,8 +163,9 @@ void NotificationsInterface::closeNotification(const BusMessage &call)
 void NotificationsInterface::getCapabilities(const BusMessage &call)
 {
     BusWriter reply(call.createReply());
-    reply.writeStringList(
-        {QStringLiteral("actions"), QStringLiteral("body"), QStringLiteral("sound")});
+    reply.writeStringList({QStringLiteral("action-icons"), QStringLiteral("actions"),
+                           QStringLiteral("body"), QStringLiteral("body-markup"),
+                           QStringLiteral("sound")});
     reply.message().send();
 }
 

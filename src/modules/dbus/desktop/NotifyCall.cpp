@@ -6,6 +6,8 @@
 #include "PlainText.h"
 #include <bus/BusReader.h>
 
+#include <utility>
+
 namespace {
 /// More than a person can choose from.
 constexpr int maxActions = 64;
@@ -63,8 +65,9 @@ std::size_t sizeOf(const DesktopNotification &notification)
 {
     std::size_t size = 0;
     for (const QString &text :
-         {notification.title, notification.text, notification.application, notification.icon,
-          notification.category, notification.desktopEntry}) {
+         {notification.title, notification.text, notification.markup, notification.application,
+          notification.icon, notification.imageSource, notification.category,
+          notification.desktopEntry}) {
         size += std::size_t(text.size());
     }
     for (const DesktopNotification::Action &action : notification.actions) {
@@ -82,17 +85,21 @@ NotifyCall NotifyCall::read(const BusMessage &call, const Timeouts &timeouts,
     DesktopNotification &notification = result.notification;
     notification.application = plainLine(reader.readString());
     result.replacedId = reader.readUInt32();
-    const QString icon = plainLine(reader.readString());
+    notification.icon = plainLine(reader.readString());
     notification.title = plainLine(reader.readString());
     if (notification.title.isEmpty()) {
         notification.title = notification.application;
     }
-    notification.text = plainText(reader.readString());
+    BodyText body = readBody(reader.readString());
+    notification.text = std::move(body.text);
+    notification.markup = std::move(body.markup);
     readActions(result, reader);
     result.hints = NotifyHints::read(reader);
     const NotifyHints &hints = result.hints;
     notification.priority = limits.allowedPriority(hints.exactPriority.value_or(hints.priority));
-    notification.icon = hints.icon.isEmpty() ? icon : hints.icon;
+    notification.imageSource = hints.imageSource;
+    notification.progress = hints.progress;
+    notification.hasActionIcons = hints.hasActionIcons;
     notification.category = hints.category;
     notification.desktopEntry = hints.desktopEntry;
     notification.isTransient = hints.isTransient;

@@ -8,6 +8,7 @@
 
 #include <QHash>
 
+#include <algorithm>
 #include <limits>
 
 namespace {
@@ -59,6 +60,14 @@ void readExactPriority(NotifyHints &hints, BusReader &reader)
     }
 }
 
+void readProgress(NotifyHints &hints, BusReader &reader)
+{
+    constexpr std::int64_t max = 100;
+    if (const auto progress = reader.readIntegerVariant()) {
+        hints.progress = int(std::clamp<std::int64_t>(*progress, 0, max));
+    }
+}
+
 const QHash<QString, Hint> &knownHints()
 {
     static const QHash<QString, Hint> hints{
@@ -66,7 +75,10 @@ const QHash<QString, Hint> &knownHints()
         {QStringLiteral("x-tavo-priority"), readExactPriority},
         {QStringLiteral("category"), readLine<&NotifyHints::category>},
         {QStringLiteral("desktop-entry"), readLine<&NotifyHints::desktopEntry>},
-        {QStringLiteral("image-path"), readLine<&NotifyHints::icon>},
+        {QStringLiteral("image-path"), readLine<&NotifyHints::imageSource>},
+        {QStringLiteral("image_path"), readLine<&NotifyHints::imageSource>}, // before version 1.2
+        {QStringLiteral("value"), readProgress},
+        {QStringLiteral("action-icons"), readBoolean<&NotifyHints::hasActionIcons>},
         {QStringLiteral("transient"), readBoolean<&NotifyHints::isTransient>},
         {QStringLiteral("resident"), readBoolean<&NotifyHints::isResident>},
         {QStringLiteral("sound-file"), readSound<&NotifyHints::soundFile>},

@@ -18,7 +18,9 @@ struct NotifyHints
     TavoNotificationItemPriority::Enum priority = TavoNotificationItemPriority::Normal;
     /// From the hint "x-tavo-priority", for priorities other than those of the three urgencies.
     std::optional<TavoNotificationItemPriority::Enum> exactPriority;
-    QString icon;
+    QString imageSource;
+    std::optional<int> progress; ///< from 0 to 100
+    bool hasActionIcons = false;
     QString category;
     QString desktopEntry;
     bool isTransient = false;

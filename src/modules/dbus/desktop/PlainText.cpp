@@ -7,22 +7,24 @@
 #include "MarkupEntity.h"
 #include "MarkupName.h"
 
+#include <QVector>
+
 #include <algorithm>
 #include <array>
 #include <optional>
 
 namespace {
 /// What a tag does to the text around it. All tags are removed.
-enum class Effect { None, Break, Paragraph, Alternative };
+enum class Effect { None, Break, Paragraph, Alternative, Bold, Italic, Underlined };
 
 constexpr std::array<MarkupName::Known<Effect>, 25> tags{{
-    {"b", Effect::None},        {"i", Effect::None},          {"u", Effect::None},
+    {"b", Effect::Bold},        {"i", Effect::Italic},        {"u", Effect::Underlined},
     {"a", Effect::None},        {"br", Effect::Break},        {"p", Effect::Paragraph},
     {"big", Effect::None},      {"body", Effect::None},       {"code", Effect::None},
-    {"div", Effect::Paragraph}, {"em", Effect::None},         {"font", Effect::None},
+    {"div", Effect::Paragraph}, {"em", Effect::Italic},       {"font", Effect::None},
     {"html", Effect::None},     {"img", Effect::Alternative}, {"li", Effect::Paragraph},
     {"ol", Effect::Paragraph},  {"pre", Effect::Paragraph},   {"s", Effect::None},
-    {"small", Effect::None},    {"span", Effect::None},       {"strong", Effect::None},
+    {"small", Effect::None},    {"span", Effect::None},       {"strong", Effect::Bold},
     {"sub", Effect::None},      {"sup", Effect::None},        {"tt", Effect::None},
     {"ul", Effect::Paragraph},
 }};
@@ -65,6 +67,93 @@ QString beginning(const QString &text, int maxLength)
     return text.left(text.at(maxLength - 1).isHighSurrogate() ? maxLength - 1 : maxLength);
 }
 
+/// Where the emphasis of a text changes.
+class Emphasis
+{
+public:
+    void begin(Effect effect) { ++depthOf(effect); }
+    void end(Effect effect) { depthOf(effect) = std::max(depthOf(effect) - 1, 0); }
+
+    /// The text continues at this position.
+    void mark(int at)
+    {
+        const Style style = present();
+        const Style last = m_changes.isEmpty() ? Style() : m_changes.constLast().style;
+        if (style != last && m_changes.size() < maxEmphasisChanges) {
+            m_changes.append({at, style});
+        }
+    }
+
+    /// The text with its emphasis; empty if there is none.
+    QString markupOf(const QString &text) const
+    {
+        QString markup;
+        if (m_changes.isEmpty()) {
+            return markup;
+        }
+        appendTo(markup, text.left(m_changes.constFirst().at), {});
+        for (int i = 0; i < m_changes.size(); ++i) {
+            const int at = m_changes[i].at;
+            const int end = i + 1 < m_changes.size() ? m_changes[i + 1].at : text.size();
+            // What follows the last change that is kept has no emphasis.
+            const bool isKept = i + 1 < maxEmphasisChanges;
+            appendTo(markup, text.mid(at, end - at), isKept ? m_changes[i].style : Style());
+        }
+        return markup;
+    }
+
+private:
+    static constexpr std::array<const char *, 3> s_names{"b", "i", "u"};
+    using Style = std::array<bool, s_names.size()>;
+
+    struct Change
+    {
+        int at;
+        Style style;
+    };
+
+    int &depthOf(Effect effect)
+    {
+        return m_depths[std::size_t(effect) - std::size_t(Effect::Bold)];
+    }
+
+    Style present() const
+    {
+        Style style{};
+        std::transform(m_depths.begin(), m_depths.end(), style.begin(),
+                       [](int depth) { return depth > 0; });
+        return style;
+    }
+
+    static void appendTo(QString &markup, const QString &text, const Style &style)
+    {
+        for (std::size_t i = 0; i < style.size(); ++i) {
+            markup += style[i] ? QStringLiteral("<%1>").arg(QLatin1String(s_names[i])) : QString();
+        }
+        for (const QChar character : text) {
+            switch (character.unicode()) {
+            case '&':
+                markup += QLatin1String("&amp;");
+                break;
+            case '<':
+                markup += QLatin1String("&lt;");
+                break;
+            case '>':
+                markup += QLatin1String("&gt;");
+                break;
+            default:
+                markup += character;
+            }
+        }
+        for (std::size_t i = style.size(); i-- > 0;) {
+            markup += style[i] ? QStringLiteral("</%1>").arg(QLatin1String(s_names[i])) : QString();
+        }
+    }
+
+    std::array<int, s_names.size()> m_depths{};
+    QVector<Change> m_changes;
+};
+
 /// Reads markup from its start to its end.
 class Reader
 {
@@ -77,7 +166,7 @@ public:
     {
     }
 
-    QString read()
+    BodyText read()
     {
         m_text.reserve(m_markup.size());
         while (m_at < m_markup.size()) {
@@ -86,7 +175,7 @@ public:
                 takeOne();
             }
         }
-        return m_text;
+        return {m_text, m_emphasis.markupOf(m_text)};
     }
 
 private:
@@ -131,6 +220,7 @@ private:
                 m_text.append('\n');
             }
         }
+        m_emphasis.mark(m_text.size());
     }
 
     /// Reads a known tag. Returns false and reads nothing if there is none.
@@ -197,7 +287,14 @@ private:
         } else if (effect == Effect::Paragraph) {
             m_beginsParagraph = true;
         } else if (effect == Effect::Alternative && !isEnd) {
-            append(alternativeIn(attributes));
+            const QString alternative = alternativeIn(attributes);
+            if (!alternative.isEmpty()) {
+                append(alternative);
+            }
+        } else if (effect >= Effect::Bold && isEnd) {
+            m_emphasis.end(effect);
+        } else if (effect >= Effect::Bold && !attributes.endsWith('/')) {
+            m_emphasis.begin(effect);
         }
     }
 
@@ -213,7 +310,7 @@ private:
             if (isKey && (quote == '"' || quote == '\'')) {
                 const int end = attributes.indexOf(quote, valueAt + 1);
                 const int size = end < 0 ? -1 : end - valueAt - 1;
-                return Reader(attributes.mid(valueAt + 1, size), Tags::Keep).read();
+                return Reader(attributes.mid(valueAt + 1, size), Tags::Keep).read().text;
             }
             at = valueAt;
         }
@@ -240,6 +337,7 @@ private:
     const QStringRef m_markup;
     const Tags m_tags;
     QString m_text;
+    Emphasis m_emphasis;
     int m_at = 0;
     bool m_beginsParagraph = false; ///< the next text starts a new line
 };
@@ -264,11 +362,11 @@ QString cleanedLine(const QString &text)
 }
 } // namespace
 
-QString plainText(const QString &whole)
+BodyText readBody(const QString &whole)
 {
     const QString markup = beginning(whole, maxTextLength);
     const bool isText = std::all_of(markup.begin(), markup.end(), IsPlain());
-    return isText ? markup : Reader(QStringRef(&markup), Reader::Tags::Remove).read();
+    return isText ? BodyText{markup, {}} : Reader(QStringRef(&markup), Reader::Tags::Remove).read();
 }
 
 QString plainLine(const QString &whole)

@@ -51,6 +51,23 @@ TEST_F(NotifySendTest, ShowsItsApplicationAndCategory)
     EXPECT_TRUE(row.isTransient());
 }
 
+TEST_F(NotifySendTest, ShowsEmphasisPicturesAndProgress)
+{
+    const quint32 id =
+        notifySend({"-i"_s, "mail-unread"_s, "-h"_s, "string:image-path:file:///srv/a.png"_s,
+                    "-h"_s, "int:value:42"_s, "-h"_s, "boolean:action-icons:true"_s, "Title"_s,
+                    "a <b>bold &lt; word</b>"_s});
+    const TavoRoles row = rowOf(id);
+    EXPECT_EQ(row.title().toString(), "a bold < word"_s);
+    EXPECT_EQ(row.markup(), "a <b>bold &lt; word</b>"_s);
+    EXPECT_EQ(row.icon(), "mail-unread"_s);
+    EXPECT_EQ(row.image().source(), "file:///srv/a.png"_s);
+    EXPECT_EQ(row.value(), 42);
+    EXPECT_EQ(rowOf(notifySend({"-h"_s, "int:value:101"_s, "Title"_s})).value(), 100);
+    EXPECT_EQ(rowOf(notifySend({"-h"_s, "int:value:-1"_s, "Title"_s})).value(), 0);
+    EXPECT_FALSE(rowOf(notifySend({"-h"_s, "string:value:5"_s, "Title"_s})).hasValue());
+}
+
 TEST_F(NotifySendTest, PrefersAnExactPriorityToTheUrgency)
 {
     const quint32 normal = notifySend({"normal"_s});

@@ -61,6 +61,34 @@ TEST_F(ShownNotificationsTest, SayWhoTheyComeFromAndWhatTheyAreAbout)
     EXPECT_TRUE(row.isTransient());
 }
 
+TEST_F(ShownNotificationsTest, SayHowTheyLook)
+{
+    DesktopNotification notification = withActions();
+    notification.markup = "<b>text</b>"_s;
+    notification.imageSource = "/srv/door.png"_s;
+    notification.progress = 0;
+    const quint32 id = open(notification);
+    const TavoRoles row = rowOf(id, 0);
+    EXPECT_EQ(row.title().toString(), "text"_s);
+    EXPECT_EQ(row.markup(), "<b>text</b>"_s);
+    EXPECT_EQ(row.image(), TavoImage().setSource("/srv/door.png"_s));
+    EXPECT_TRUE(row.hasValue());
+    EXPECT_EQ(row.value(), 0);
+    EXPECT_TRUE(rowOf(id, 1).isDefault());
+    EXPECT_FALSE(rowOf(id, 2).isDefault());
+    EXPECT_EQ(rowOf(id, 2).icon(), ""_s);
+}
+
+TEST_F(ShownNotificationsTest, NameTheIconsOfTheirActionsOnRequest)
+{
+    DesktopNotification notification = text("text"_s);
+    notification.actions = {{"media-playback-start"_s, "Play"_s}};
+    notification.hasActionIcons = true;
+    const TavoRoles row = rowOf(open(notification), 1);
+    EXPECT_EQ(row.icon(), "media-playback-start"_s);
+    EXPECT_EQ(row.title().toString(), "Play"_s);
+}
+
 TEST_F(ShownNotificationsTest, AreQueuedByTheirPriority)
 {
     const quint32 normal = open(text("normal"_s));

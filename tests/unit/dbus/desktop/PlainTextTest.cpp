@@ -10,7 +10,19 @@
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
 
+#include <optional>
+
 namespace {
+QString plainText(const QString &markup)
+{
+    return readBody(markup).text;
+}
+
+QString emphasised(const char *markup)
+{
+    return readBody(QString::fromUtf8(markup)).markup;
+}
+
 QString repeated(const QString &part, int times)
 {
     return part.repeated(times);
@@ -181,6 +193,96 @@ TEST(PlainTextTest, TakesNoLongerForATextThatIsCut)
         };
         EXPECT_LT(timeFor(1 << 20), tolerance * timeFor(maxTextLength)) << part;
     }
+}
+
+TEST(EmphasisTest, IsLeftOutOfATextWithoutAny)
+{
+    for (const char *markup : {"text", "a <a href='x'>link</a> &amp; more", "<b></b>text<i/>",
+                               "<b><img alt=''></b>x", "</b>x</i>", "<b", "a < b"}) {
+        EXPECT_EQ(emphasised(markup), ""_s) << markup;
+    }
+}
+
+TEST(EmphasisTest, IsKept)
+{
+    EXPECT_EQ(emphasised("a <b>bold</b> <i>word</i> and <u>more</u>"),
+              "a <b>bold</b> <i>word</i> and <u>more</u>"_s);
+    EXPECT_EQ(emphasised("<strong>a</strong> <EM class='x'>b</EM>"), "<b>a</b> <i>b</i>"_s);
+    EXPECT_EQ(emphasised("<b>a<br>b</b><p><u>c</u>"), "<b>a\nb\n</b><u>c</u>"_s);
+}
+
+TEST(EmphasisTest, IsNestedAndClosed)
+{
+    EXPECT_EQ(emphasised("<b>a<i>b"), "<b>a</b><b><i>b</i></b>"_s);
+    EXPECT_EQ(emphasised("<b>a<i>b</b>c</i>d"), "<b>a</b><b><i>b</i></b><i>c</i>d"_s);
+    EXPECT_EQ(emphasised("<b>a<b>b</b>c</b>d"), "<b>abc</b>d"_s);
+    EXPECT_EQ(emphasised("</b></b><b>a</b>b"), "<b>a</b>b"_s);
+}
+
+TEST(EmphasisTest, DoesNotLetTextPassAsATag)
+{
+    EXPECT_EQ(emphasised("&lt;b&gt; <b>&lt;i&gt; &amp;amp; <x> \"</b>"),
+              "&lt;b&gt; <b>&lt;i&gt; &amp;amp; &lt;x&gt; \"</b>"_s);
+}
+
+TEST(EmphasisTest, IsNotKeptAfterAThousandChanges)
+{
+    const QString markup = readBody(repeated("<b>x</b>y"_s, maxEmphasisChanges)).markup;
+    EXPECT_EQ(markup.count("<b>"_s), maxEmphasisChanges / 2);
+    EXPECT_TRUE(markup.endsWith("yxyxy"_s));
+    EXPECT_TRUE(readBody(repeated("<b>x</b>y"_s, 2000) + "<b>z"_s).markup.endsWith("yz"_s));
+}
+
+/// The text of markup in the form of the model; empty if it does not have that form.
+std::optional<QString> textOfModelMarkup(const QString &markup)
+{
+    static const QHash<QString, QString> entities{
+        {"amp"_s, "&"_s}, {"lt"_s, "<"_s}, {"gt"_s, ">"_s}};
+    QString text;
+    QStringList open;
+    for (int at = 0; at < markup.size(); ++at) {
+        const int end = markup.indexOf(markup[at] == '<' ? '>' : ';', at);
+        if (markup[at] == '<') {
+            const QString tag = markup.mid(at + 1, end - at - 1);
+            const QString name = tag.startsWith('/') ? tag.mid(1) : tag;
+            if (!QStringList{"b"_s, "i"_s, "u"_s}.contains(name) ||
+                (tag != name && (open.isEmpty() || open.takeLast() != name))) {
+                return std::nullopt;
+            }
+            if (tag == name) {
+                open.append(name);
+            }
+            at = end;
+        } else if (markup[at] == '&') {
+            const QString name = markup.mid(at + 1, end - at - 1);
+            if (!entities.contains(name)) {
+                return std::nullopt;
+            }
+            text += entities[name];
+            at = end;
+        } else if (markup[at] == '>') {
+            return std::nullopt;
+        } else {
+            text += markup[at];
+        }
+    }
+    return open.isEmpty() ? std::make_optional(text) : std::nullopt;
+}
+
+TEST(EmphasisTest, AlwaysHasTheFormOfTheModelAndTheSameText)
+{
+    EXPECT_TRUE(rc::check([&] {
+        const auto alphabet = rc::gen::element<std::string>(
+            "<b>", "</b>", "<i>", "</i>", "<u>", "</u>", "<", ">", "/", "<p>", "<br>",
+            "<img alt='x'>", "<img alt=''>", "&", "&lt;", "&amp;", "&#60;", ";", "x", "\r", "\n");
+        const auto parts = *rc::gen::container<std::vector<std::string>>(alphabet);
+        QString markup;
+        for (const std::string &part : parts) {
+            markup += QString::fromStdString(part);
+        }
+        const BodyText body = readBody(markup);
+        RC_ASSERT(body.markup.isEmpty() || textOfModelMarkup(body.markup) == body.text);
+    }));
 }
 
 TEST(PlainTextTest, NeverMakesATextLongerNorKeepsControlCharacters)
