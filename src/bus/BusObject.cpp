@@ -93,9 +93,10 @@ bool BusObject::serves(const BusMessage &call) const
 {
     const char *path = sd_bus_message_get_path(call.get());
     const char *interface = sd_bus_message_get_interface(call.get());
-    return path != nullptr && interface != nullptr && m_interface.path == path &&
-           m_interface.name == interface && m_handlers.count(call.member()) > 0 &&
-           m_interface.describes(call);
+    const char *member = sd_bus_message_get_member(call.get());
+    return path != nullptr && interface != nullptr && member != nullptr &&
+           m_interface.path == path && m_interface.name == interface &&
+           m_handlers.count(member) > 0 && m_interface.describes(call);
 }
 
 BusMessage BusObject::createSignal(const char *name) const

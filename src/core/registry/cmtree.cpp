@@ -22,7 +22,7 @@ void removeFrom(std::vector<T *> &list, T *entry, uint T::*place)
     list[entry->*place] = last;
     last->*place = entry->*place;
     list.pop_back();
-    constexpr std::size_t minCapacity = 64;
+    constexpr std::size_t minCapacity = 1024;
     if (list.capacity() > minCapacity && list.size() < list.capacity() / 4) {
         list.shrink_to_fit();
     }
