@@ -26,6 +26,7 @@ public:
 
     /// Stays the same when the bus is restarted.
     QString address() const;
+    QString socket() const { return m_folder.filePath(QStringLiteral("bus")); }
     QString folder() const { return m_folder.path(); }
 
     void stop();
@@ -45,7 +46,6 @@ public:
     }
 
 private:
-    QString socket() const { return m_folder.filePath(QStringLiteral("bus")); }
     QString configuration() const { return m_folder.filePath(QStringLiteral("bus.conf")); }
 
     QTemporaryDir m_folder;

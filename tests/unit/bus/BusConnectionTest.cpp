@@ -8,7 +8,10 @@
 #include "support/Text.h"
 #include <bus/BusConnection.h>
 
+#include <QLocalServer>
+#include <QLocalSocket>
 #include <QSignalSpy>
+#include <QTimer>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -139,6 +142,85 @@ TEST_F(BusConnectionStallTest, StaysWhileTheBusHangs)
     m_bus.resume();
     settle();
     EXPECT_FALSE(waitFor([this] { return m_lost.count() > 0; }, std::chrono::milliseconds(100)));
+}
+
+/// Stands between connections and a bus. Served by the test's event loop.
+class SlowBus
+{
+public:
+    explicit SlowBus(const PrivateBus &bus)
+        : m_bus(bus.socket())
+    {
+        EXPECT_TRUE(m_server.listen(bus.folder() + "/slow"_s));
+        QObject::connect(&m_server, &QLocalServer::newConnection, [this] { accept(); });
+        m_timer.setInterval(100);
+        QObject::connect(&m_timer, &QTimer::timeout, [this] { pass(m_slow, m_toSlow); });
+    }
+
+    QString address() const { return "unix:path="_s + m_server.fullServerName(); }
+
+    /// From now on, reads little at a time from the connection that came last. Further ones are served
+    /// as usual.
+    void slowDown()
+    {
+        m_slow->disconnect();
+        m_slow->setReadBufferSize(1 << 11);
+        m_timer.start();
+    }
+
+    qint64 bytesRead() const { return m_bytesRead; }
+
+private:
+    void accept()
+    {
+        QLocalSocket *client = m_server.nextPendingConnection();
+        auto *bus = new QLocalSocket(client);
+        bus->connectToServer(m_bus);
+        QObject::connect(client, &QLocalSocket::readyRead, [=] { pass(client, bus); });
+        QObject::connect(bus, &QLocalSocket::readyRead, [=] { client->write(bus->readAll()); });
+        if (!m_timer.isActive()) {
+            m_slow = client;
+            m_toSlow = bus;
+        }
+    }
+
+    void pass(QLocalSocket *client, QLocalSocket *bus)
+    {
+        const QByteArray bytes = client->readAll();
+        m_bytesRead += client == m_slow ? bytes.size() : 0;
+        bus->write(bytes);
+    }
+
+    const QString m_bus;
+    QLocalServer m_server;
+    QLocalSocket *m_slow = nullptr;
+    QLocalSocket *m_toSlow = nullptr;
+    QTimer m_timer;
+    qint64 m_bytesRead = 0;
+};
+
+TEST_F(BusConnectionTest, StaysWhileTheBusReadsLessThanIsSent)
+{
+    SlowBus bus(m_bus);
+    BusConnection connection(bus.address());
+    const QSignalSpy connected(&connection, &BusConnection::connected);
+    const QSignalSpy lost(&connection, &BusConnection::lost);
+    connection.open();
+    ASSERT_TRUE(waitFor([&] { return connected.count() == 1; }));
+    bus.slowDown();
+    qint64 sent = 0;
+    QTimer sender;
+    QObject::connect(&sender, &QTimer::timeout, [&] {
+        constexpr int size = 1 << 11;
+        BusWriter call(connection.createCall("org.freedesktop.DBus", "/", "org.tavo.Test", "Fill"));
+        call.writeString(QString(size, 'x'));
+        call.message().send();
+        sent += size;
+    });
+    sender.start(70);
+    // Long enough to take a bus that reads nothing for stalled.
+    EXPECT_FALSE(waitFor([&] { return lost.count() > 0; }, std::chrono::milliseconds(4500)));
+    EXPECT_LT(bus.bytesRead(), sent);
 }
 
 TEST(BusConnectionPolicyTest, ReportsANameThatTheBusRefusesAndStaysConnected)
