@@ -260,6 +260,28 @@ std::optional<std::int64_t> BusReader::readIntegerVariant()
     return number;
 }
 
+bool BusReader::enterStructVariant(const char *members)
+{
+    const Type next = peek();
+    const std::string contents = '(' + std::string(members) + ')';
+    if (next.contents == nullptr || next.contents != contents) {
+        skip();
+        return false;
+    }
+    enter(SD_BUS_TYPE_VARIANT, next.contents);
+    enterStruct(members);
+    return true;
+}
+
+QByteArray BusReader::viewBytes()
+{
+    const void *bytes = nullptr;
+    std::size_t size = 0;
+    checkFound(sd_bus_message_read_array(m_message.get(), SD_BUS_TYPE_BYTE, &bytes, &size));
+    m_bytesSkipped += size;
+    return QByteArray::fromRawData(static_cast<const char *>(bytes), int(size));
+}
+
 std::int64_t BusReader::readInteger(char type)
 {
     switch (type) {

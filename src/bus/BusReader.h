@@ -48,6 +48,14 @@ public:
     std::optional<QString> readStringVariant();
     std::optional<std::int64_t> readIntegerVariant(); ///< an integer of any type, or a boolean
 
+    /// Enters the struct in the next variant, if it has these members; leave() twice afterwards. Otherwise
+    /// reads past the variant and returns false.
+    bool enterStructVariant(const char *members);
+
+    /// The next value, an array of bytes, without a copy: valid as long as the message. Its size is not
+    /// limited.
+    QByteArray viewBytes();
+
     void enterArray(const char *element) { enter(SD_BUS_TYPE_ARRAY, element); }
     void enterStruct(const char *members) { enter(SD_BUS_TYPE_STRUCT, members); }
     void enterDictEntry(const char *members) { enter(SD_BUS_TYPE_DICT_ENTRY, members); }
@@ -69,7 +77,7 @@ public:
 
     std::size_t bytesRead() const { return m_maxBytes - m_bytesLeft; }
 
-    /// Bytes of strings and arrays that were skipped. They are not limited.
+    /// Bytes of strings and arrays that were skipped or viewed. They are not limited.
     std::size_t bytesSkipped() const { return m_bytesSkipped; }
 
 private:

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "ImageData.h"
 #include <core/records/enumerations.h>
 
 #include <QString>
@@ -27,9 +28,10 @@ struct DesktopNotification
     int timeout = 0; ///< ms on display; 0: stays until it is closed
     QString application;
     QString icon;
-    QString imageSource;           ///< as in TavoImage
-    std::optional<int> progress{}; ///< from 0 to 100
-    bool hasActionIcons = false;   ///< the keys of the actions are names of icons
+    std::optional<ImageData> image{}; ///< goes before the source
+    QString imageSource;              ///< as in TavoImage
+    std::optional<int> progress{};    ///< from 0 to 100
+    bool hasActionIcons = false;      ///< the keys of the actions are names of icons
     QString category;
     QString desktopEntry;
     bool isTransient = false;

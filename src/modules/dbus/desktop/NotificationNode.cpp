@@ -88,6 +88,16 @@ void NotificationNode::show(const DesktopNotification &notification, const Bind 
     m_node->setRows(rows);
 }
 
+void NotificationNode::setImage(const TavoImage &image)
+{
+    QVector<TavoRoles> rows;
+    for (int i = 0; i < m_node->rowsSize(); ++i) {
+        rows.append(TavoRoles(m_node->getRow(i).toHash()));
+    }
+    rows.first().setImage(image);
+    m_node->setRows(rows);
+}
+
 std::optional<QString> NotificationNode::actionAt(const CMPath &path) const
 {
     const auto action =

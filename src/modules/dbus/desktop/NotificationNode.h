@@ -41,6 +41,9 @@ public:
     /// the first counts.
     void show(const DesktopNotification &notification, const Bind &bind);
 
+    /// Adds a picture to the text's row.
+    void setImage(const TavoImage &image);
+
     /// The key of the action at the path, if the notification has it.
     std::optional<QString> actionAt(const CMPath &path) const;
 

@@ -99,7 +99,7 @@ void NotificationsInterface::notify(const BusMessage &call)
     quint32 id = request.replacedId;
     const auto charged = m_charges.find(id);
     if (charged != m_charges.end() && charged->second.client() == call.sender()) {
-        m_clients.quotas().change(charged->second, Quotas::storedBytes(request.size),
+        m_clients.quotas().change(charged->second, request.storedBytes,
                                   request.notification.priority);
         m_notifications.replace(id, request.notification);
     } else {
@@ -145,9 +145,7 @@ Quotas::Charge NotificationsInterface::chargeFor(const std::string &client,
                                                  const std::shared_ptr<const quint32> &id)
 {
     return m_clients.quotas().charge(
-        client,
-        {Quotas::OpenNotifications, 1, Quotas::storedBytes(request.size),
-         request.notification.priority},
+        client, {Quotas::OpenNotifications, 1, request.storedBytes, request.notification.priority},
         [this, id] { m_notifications.close(*id, OpenNotifications::Reason::Undefined); });
 }
 
@@ -165,7 +163,7 @@ void NotificationsInterface::getCapabilities(const BusMessage &call)
     BusWriter reply(call.createReply());
     reply.writeStringList({QStringLiteral("action-icons"), QStringLiteral("actions"),
                            QStringLiteral("body"), QStringLiteral("body-markup"),
-                           QStringLiteral("sound")});
+                           QStringLiteral("icon-static"), QStringLiteral("sound")});
     reply.message().send();
 }
 

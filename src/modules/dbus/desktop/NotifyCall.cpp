@@ -3,6 +3,7 @@
 
 #include "NotifyCall.h"
 
+#include "modules/dbus/clients/Quotas.h"
 #include "PlainText.h"
 #include <bus/BusReader.h>
 
@@ -98,6 +99,8 @@ NotifyCall NotifyCall::read(const BusMessage &call, const Timeouts &timeouts,
     const NotifyHints &hints = result.hints;
     notification.priority = limits.allowedPriority(hints.exactPriority.value_or(hints.priority));
     notification.imageSource = hints.imageSource;
+    const bool hasOtherPicture = !notification.icon.isEmpty() || !hints.imageSource.isEmpty();
+    notification.image = hints.image || hasOtherPicture ? hints.image : hints.icon;
     notification.progress = hints.progress;
     notification.hasActionIcons = hints.hasActionIcons;
     notification.category = hints.category;
@@ -105,6 +108,7 @@ NotifyCall NotifyCall::read(const BusMessage &call, const Timeouts &timeouts,
     notification.isTransient = hints.isTransient;
     notification.isResident = hints.isResident;
     notification.timeout = timeoutFor(result, reader.readInt32(), timeouts);
-    result.size = sizeOf(notification);
+    const std::size_t pixels = notification.image ? notification.image->scaledBytes() : 0;
+    result.storedBytes = Quotas::storedBytes(sizeOf(notification)) + pixels;
     return result;
 }

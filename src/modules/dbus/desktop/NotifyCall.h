@@ -13,7 +13,7 @@ class BusMessage;
 
 /// The arguments of a call of org.freedesktop.Notifications.Notify.
 ///
-/// Texts are made plain. Unknown hints, images among them, are skipped without a copy.
+/// Texts are made plain. Unknown hints are skipped without a copy.
 struct NotifyCall
 {
     /// The timeouts of notifications whose client leaves the choice to the server.
@@ -28,7 +28,7 @@ struct NotifyCall
     NotifyHints hints; ///< those that are shown are in the notification too
     /// Some actions were left out, because nobody could choose them or there were too many.
     bool hasBadActions = false;
-    std::size_t size = 0; ///< of the stored data, for Quotas::storedBytes()
+    std::size_t storedBytes = 0; ///< for its quota
 
     /// Throws BusError::limitExceeded() for texts and hints that are too large, and
     /// BusError::invalidArguments() for arguments of other types.

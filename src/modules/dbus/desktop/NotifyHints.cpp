@@ -60,6 +60,14 @@ void readExactPriority(NotifyHints &hints, BusReader &reader)
     }
 }
 
+template <std::optional<ImageData> NotifyHints::*field>
+void readImage(NotifyHints &hints, BusReader &reader)
+{
+    if (const auto image = ImageData::read(reader)) {
+        hints.*field = image;
+    }
+}
+
 void readProgress(NotifyHints &hints, BusReader &reader)
 {
     constexpr std::int64_t max = 100;
@@ -76,7 +84,11 @@ const QHash<QString, Hint> &knownHints()
         {QStringLiteral("category"), readLine<&NotifyHints::category>},
         {QStringLiteral("desktop-entry"), readLine<&NotifyHints::desktopEntry>},
         {QStringLiteral("image-path"), readLine<&NotifyHints::imageSource>},
-        {QStringLiteral("image_path"), readLine<&NotifyHints::imageSource>}, // before version 1.2
+        {QStringLiteral("image-data"), readImage<&NotifyHints::image>},
+        // Before version 1.2 of the protocol:
+        {QStringLiteral("image_path"), readLine<&NotifyHints::imageSource>},
+        {QStringLiteral("image_data"), readImage<&NotifyHints::image>},
+        {QStringLiteral("icon_data"), readImage<&NotifyHints::icon>},
         {QStringLiteral("value"), readProgress},
         {QStringLiteral("action-icons"), readBoolean<&NotifyHints::hasActionIcons>},
         {QStringLiteral("transient"), readBoolean<&NotifyHints::isTransient>},

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "ImageData.h"
 #include <core/records/enumerations.h>
 
 #include <QString>
@@ -18,6 +19,8 @@ struct NotifyHints
     TavoNotificationItemPriority::Enum priority = TavoNotificationItemPriority::Normal;
     /// From the hint "x-tavo-priority", for priorities other than those of the three urgencies.
     std::optional<TavoNotificationItemPriority::Enum> exactPriority;
+    std::optional<ImageData> image; ///< goes before the source
+    std::optional<ImageData> icon;  ///< for clients without another icon or picture
     QString imageSource;
     std::optional<int> progress; ///< from 0 to 100
     bool hasActionIcons = false;

@@ -55,7 +55,7 @@ CMError OpenNotifications::open(quint32 id, const DesktopNotification &notificat
 {
     Q_ASSERT(id != 0 && !isOpen(id));
     const auto entry = m_entries.insert(id, Entry{NotificationNode(m_nodes, id)});
-    fill(*entry, notification);
+    fill(id, *entry, notification);
     CMRoot()->connectRowsChange(entry->node.path(), this,
                                 &OpenNotifications::on_notification_rowsChanged);
     const CMReply<QVariant> reply = show(id, *entry);
@@ -72,20 +72,39 @@ void OpenNotifications::replace(quint32 id, const DesktopNotification &notificat
     Q_ASSERT(entry != m_entries.end());
     const bool isQueuedAnew =
         entry->priority != notification.priority || entry->timeout != notification.timeout;
-    fill(*entry, notification);
+    fill(id, *entry, notification);
     if (isQueuedAnew) {
         showAnew(id, *entry);
     }
 }
 
-void OpenNotifications::fill(Entry &entry, const DesktopNotification &notification)
+void OpenNotifications::fill(quint32 id, Entry &entry, const DesktopNotification &notification)
 {
+    entry.state = ++m_states;
     entry.priority = notification.priority;
     entry.timeout = notification.timeout;
     entry.isResident = notification.isResident;
     entry.node.show(notification, [this](CMActivateNode *action) {
         action->setInvoke(this, &OpenNotifications::on_action_activated, Qt::QueuedConnection);
     });
+    if (notification.image) {
+        addImage(id, entry, *notification.image);
+    }
+}
+
+void OpenNotifications::addImage(quint32 id, const Entry &entry, const ImageData &image)
+{
+    const auto add = [this, id, state = entry.state](const TavoImage &scaled) {
+        const auto shown = m_entries.find(id);
+        if (shown != m_entries.end() && shown->state == state) {
+            shown->node.setImage(scaled);
+        }
+    };
+    if (!m_scaler.scale(image, add)) {
+        LOG4CPLUS_WARN(logger, "Notification " << id
+                                               << " is shown without its picture: too many large"
+                                                  " pictures are being read");
+    }
 }
 
 CMReply<QVariant> OpenNotifications::show(quint32 id, Entry &entry)

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "DesktopNotification.h"
+#include "ImageScaler.h"
 #include "modules/dbus/clients/LeftMessages.h"
 #include "NotificationIds.h"
 #include "NotificationNode.h"
@@ -87,6 +88,7 @@ private:
     {
         NotificationNode node;
         QString request{}; ///< the id of the last request to show it
+        quint64 state = 0; ///< the number of its last change by a client
         TavoNotificationItemPriority::Enum priority = TavoNotificationItemPriority::Normal;
         int timeout = 0;
         bool isResident = false;
@@ -96,7 +98,8 @@ private:
     };
     using Entries = QHash<quint32, Entry>;
 
-    void fill(Entry &entry, const DesktopNotification &notification);
+    void fill(quint32 id, Entry &entry, const DesktopNotification &notification);
+    void addImage(quint32 id, const Entry &entry, const ImageData &image);
     CMReply<QVariant> show(quint32 id, Entry &entry);
     void showAnew(quint32 id, Entry &entry);
     void on_open_finished(quint32 id, const QString &request, const CMVoidReply &reply);
@@ -108,4 +111,6 @@ private:
     Entries m_entries;
     NotificationIds m_ids;
     quint64 m_requests = 0; ///< to show a notification, so far
+    quint64 m_states = 0;   ///< of all notifications, so far
+    ImageScaler m_scaler;
 };
