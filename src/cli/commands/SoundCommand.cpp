@@ -45,6 +45,8 @@ void SoundCommand::start()
     tavoConnect(m_inbox.get(), &TavoInbox::failed, this, &SoundCommand::on_inbox_failed);
     tavoConnect(m_inbox.get(), &TavoInbox::lost, this, &SoundCommand::on_inbox_lost);
     tavoConnect(m_inbox.get(), &TavoInbox::responded, this, &SoundCommand::on_inbox_responded);
+    tavoConnect(m_inbox.get(), &TavoInbox::requestsDropped, this,
+                &SoundCommand::on_inbox_requestsDropped);
     // Opening an inbox waits for a host; this fails when there is none.
     onAnswer<QString>(client().version(), {}, [](const QString &) {});
 }
@@ -133,6 +135,19 @@ void SoundCommand::on_inbox_responded(const TavoNotificationPlayerResponse &resp
         handle(response);
     } else {
         m_early.push_back(response);
+    }
+}
+
+void SoundCommand::on_inbox_requestsDropped()
+{
+    const QString reason =
+        QStringLiteral("the host left out reports, and the end of the sound %1 may be among them")
+            .arg(m_item.id());
+    if (m_isSent && !endsWithProgram()) {
+        fail(ExitCode::EndUnknown, reason);
+    } else if (m_isSent) {
+        // Any client can send so much to the inbox that reports are left out. It must not end the sound.
+        terminal().printError(reason);
     }
 }
 

@@ -24,14 +24,13 @@ private Q_SLOTS:
     void on_inbox_opened(const CMPath &path);
     void on_inbox_failed(const CMError &error);
     void on_inbox_lost();
+    void on_inbox_requestsDropped();
     void on_inbox_responded(const TavoNotificationPlayerResponse &response);
 
 private:
-    // A looped sound or a stream ends with the program.
-    bool isToWait() const
-    {
-        return options().wait || options().loop || !options().streamFormat.empty();
-    }
+    /// Whether the sound ends with the program.
+    bool endsWithProgram() const { return options().loop || !options().streamFormat.empty(); }
+    bool isToWait() const { return options().wait || endsWithProgram(); }
     void enqueue();
     void on_item_queued();
     void on_item_refused(const CMError &error);

@@ -75,6 +75,29 @@ TEST_F(CliListTest, SaysHowLongTheShownOneStays)
     EXPECT_FALSE(messages[1].toObject().contains("remaining"));
 }
 
+class CliLongListTest : public CliListTest
+{
+protected:
+    void SetUp() override
+    {
+        startHost({}, {{"unreadBytes", 1 << 20}, {"totalUnreadBytes", 1 << 20}});
+    }
+};
+
+TEST_F(CliLongListTest, ListsMoreTextThanTheHostSendsInOneReply)
+{
+    constexpr int count = 11;
+    for (int i = 0; i < count; ++i) {
+        open(QByteArray::number(i).constData(), QByteArray(60'000, char('a' + i)).constData());
+    }
+    EXPECT_EQ(run({"list", "--json"}), s_good);
+    const QJsonArray messages = json().toObject().value("messages").toArray();
+    ASSERT_EQ(messages.size(), count);
+    for (int i = 0; i < count; ++i) {
+        EXPECT_EQ(messages[i].toObject().value("text").toString(), QString(60'000, 'a' + i));
+    }
+}
+
 TEST_F(CliListTest, ListsThemAsJson)
 {
     open("Door", "Somebody rings");

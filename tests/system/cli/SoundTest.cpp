@@ -105,6 +105,49 @@ TEST_F(CliSoundTest, WithWaitIgnoresTheEndsOfOtherSounds)
     EXPECT_EQ(m_tavo.output(), "bell\ncancelled\n");
 }
 
+/// Another client sends more to the inbox of a sound than the host keeps for a program that does not
+/// read.
+class CliSoundFloodTest : public CliSoundTest
+{
+protected:
+    void SetUp() override { startHost({}, {{"unreadBytes", 1 << 20}}); }
+
+    void flood(const QString &inbox)
+    {
+        const QByteArray large = '"' + QByteArray(900'000, 'x') + '"';
+        m_tavo.sendSignal(SIGSTOP);
+        for (int i = 0; i < 4; ++i) {
+            ASSERT_EQ(m_other.run({"call", inbox, "-"}, large), s_good) << m_other.error();
+        }
+        m_tavo.sendSignal(SIGCONT);
+    }
+};
+
+TEST_F(CliSoundFloodTest, WithWaitReportsThatTheEndIsUnknown)
+{
+    Program loop(TAVO_PROGRAM);
+    prepare(loop);
+    loop.start({"sound", "--loop", soundFile()});
+    ASSERT_TRUE(m_host->waitForLog("Starting playback"));
+    m_tavo.start({"sound", "--wait", "--id", "bell", soundFile()});
+    ASSERT_TRUE(m_tavo.waitForOutput("bell"));
+    flood("/dbus/inbox/2");
+    EXPECT_EQ(m_tavo.waitForExit(), s_endUnknown);
+    EXPECT_EQ(m_tavo.error(),
+              "tavo: the host left out reports, and the end of the sound bell may be "
+              "among them\n");
+}
+
+TEST_F(CliSoundFloodTest, ALoopGoesOn)
+{
+    startLoop();
+    flood("/dbus/inbox/1");
+    ASSERT_TRUE(
+        waitFor([this] { return m_tavo.error().find("may be among") != std::string::npos; }));
+    EXPECT_EQ(m_other.run({"cancel", "bell"}), s_good) << m_other.error();
+    EXPECT_EQ(m_tavo.waitForExit(), s_cancelled);
+}
+
 TEST_F(CliSoundTest, ReportsARefusedSchemeAndHowToAllowIt)
 {
     EXPECT_EQ(run({"sound", "https://host/sound.wav"}), s_refused);

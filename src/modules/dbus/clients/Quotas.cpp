@@ -22,6 +22,9 @@ constexpr double maxTimeUnit = 1e30;
 /// What clients have left behind is given up first while it is more than this part of the total (a
 /// divisor).
 constexpr std::size_t leftPart = 16;
+
+/// Of the bytes stored, this part (a divisor) may be taken besides by what is never given up.
+constexpr std::size_t keptPart = 4;
 } // namespace
 
 Quotas::Account::Account(std::string name, User &owner, Amounts &all)
@@ -123,6 +126,8 @@ Quotas::Quotas(const ClientLimits &limits)
            {unlimited, std::size_t(limits.totalRequestBytes),
             "bytes of requests that wait for their replies"},
            {unlimited, std::size_t(limits.totalUnreadBytes), "bytes unread"},
+           {unlimited, std::size_t(limits.totalStoredBytes) / keptPart,
+            "bytes of subscriptions and inboxes"},
            {std::size_t(limits.storedBytes), std::size_t(limits.totalStoredBytes), "bytes stored"}}}
 {
     newUser(m_unknown);
@@ -176,12 +181,13 @@ Quotas::Charge Quotas::charge(const std::string &client, const Cost &cost, Relea
 {
     const std::shared_ptr<Account> known = account(client).shared_from_this();
     check(*known, cost.kind, cost.amount);
-    check(*known, StoredBytes, cost.storedBytes);
+    const Kind bytes = release ? StoredBytes : KeptBytes;
+    check(*known, bytes, cost.storedBytes);
     makeRoom(*known, cost.kind, cost.amount, cost.priority);
-    makeRoom(*known, StoredBytes, cost.storedBytes, cost.priority);
+    makeRoom(*known, bytes, cost.storedBytes, cost.priority);
     Amounts amounts{};
     amounts[cost.kind] += cost.amount;
-    amounts[StoredBytes] += cost.storedBytes;
+    amounts[bytes] += cost.storedBytes;
     auto item = std::make_unique<Item>(known, amounts);
     if (release) {
         item->key = {cost.kind, cost.priority, ++m_lastNumber};

@@ -48,6 +48,7 @@ public:
         Subscriptions,
         RequestBytes,
         UnreadBytes,
+        KeptBytes, ///< stored bytes of what is never given up
         StoredBytes
     };
     using Priority = TavoNotificationItemPriority::Enum;
@@ -101,8 +102,8 @@ public:
     /// short a time.
     void countRequest(const std::string &client);
 
-    /// Counts something that the client will hold. Without a release it is never given up for others.
-    /// Throws BusError::limitExceeded() when that would exceed a limit.
+    /// Counts something that the client will hold. Without a release it is never given up for others;
+    /// its stored bytes count as KeptBytes then, which have room as hasRoom() says. Throws BusError::limitExceeded() when that would exceed a limit.
     Charge charge(const std::string &client, const Cost &cost, Release release = {});
 
     /// Changes the stored bytes and the priority of a charge. Throws BusError::limitExceeded() as

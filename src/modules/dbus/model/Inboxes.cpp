@@ -17,8 +17,9 @@ Inboxes::Inboxes(Clients &clients, CMNodes *nodes)
 CMPath Inboxes::open(const std::string &client)
 {
     static const CMPath parent{QStringLiteral("/dbus/inbox")};
-    Quotas::Charge charge = m_clients.quotas().charge(client, {Quotas::Inboxes});
     CMPath path = parent + QString::number(++m_lastNumber);
+    const std::size_t bytes = Quotas::storedBytes(std::size_t(path.toString().size()));
+    Quotas::Charge charge = m_clients.quotas().charge(client, {Quotas::Inboxes, 1, bytes});
     CMActivateNode *node = CMActivateNode::create(m_nodes, path);
     m_inboxes.emplace(path, Inbox{std::move(charge), node});
     node->setInvoke(this, &Inboxes::on_inbox_activated, Qt::QueuedConnection);

@@ -20,7 +20,9 @@ void Subscriptions::add(const std::string &client, Change change, const CMPath &
     if (held.count(subscription) > 0) {
         return;
     }
-    held.emplace(subscription, m_clients.quotas().charge(client, {Quotas::Subscriptions}));
+    const std::size_t bytes = Quotas::storedBytes(std::size_t(path.toString().toUtf8().size()));
+    held.emplace(subscription,
+                 m_clients.quotas().charge(client, {Quotas::Subscriptions, 1, bytes}));
     Names &names = m_names[subscription];
     names.push_back(client);
     if (names.size() == 1) {

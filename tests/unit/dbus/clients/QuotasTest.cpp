@@ -120,6 +120,30 @@ TEST_F(QuotasTest, LeaveRoomForUnreadBytesToEachUserHoweverManyClientsAnotherHas
     EXPECT_TRUE(quotas.hasRoom(":2.1", Quotas::UnreadBytes, 200'000));
 }
 
+TEST_F(QuotasTest, CountTheBytesOfWhatIsNeverGivenUpApart)
+{
+    ClientLimits limits = QuotasTest::limits();
+    limits.subscriptions = 100;
+    limits.totalStoredBytes = 400'000;
+    Quotas large(limits);
+    std::vector<Quotas::Charge> charges;
+    const auto subscribe = [&](const char *client) {
+        charges.push_back(large.charge(client, {Quotas::Subscriptions, 1, 30'000}));
+    };
+    subscribe(":1.1");
+    EXPECT_EQ(large.held(":1.1", Quotas::StoredBytes), 0U);
+    subscribe(":1.2");
+    try {
+        subscribe(":1.2");
+        ADD_FAILURE() << "nothing is left for others";
+    } catch (const BusError &error) {
+        EXPECT_EQ(error.message(), "All clients together may have no more than 100000 bytes of "
+                                   "subscriptions and inboxes");
+    }
+    charges.clear();
+    EXPECT_EQ(large.held(":1.2", Quotas::KeptBytes), 0U);
+}
+
 TEST_F(QuotasTest, KnowAClientFromItsFirstRequestUntilItLeaves)
 {
     EXPECT_FALSE(quotas.knows(":1.1"));
