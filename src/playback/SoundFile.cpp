@@ -133,7 +133,7 @@ std::optional<Failure> SoundFile::openPath()
     return std::nullopt;
 }
 
-std::optional<Failure> SoundFile::checkWhole() const
+std::optional<Failure> SoundFile::checkWhole()
 {
     if (m_size == 0) {
         return failure(QStringLiteral("is empty"));
@@ -141,9 +141,11 @@ std::optional<Failure> SoundFile::checkWhole() const
     const auto readAll = [this](void *target, std::size_t count, qint64 offset) {
         return readAt(target, qint64(count), offset) == qint64(count);
     };
-    if (const auto defect = riffDefect(readAll, m_size)) {
-        return failure(*defect);
+    const auto riff = checkRiff(readAll, m_size);
+    if (const auto *defect = std::get_if<Failure>(&riff)) {
+        return failure(defect->reason);
     }
+    m_openLengthAt = std::get<std::optional<qint64>>(riff);
     if (!hasOggHeaders(readAll, m_size)) {
         return failure(QStringLiteral("is cut off or damaged at its beginning"));
     }
@@ -309,8 +311,22 @@ sf_count_t SoundFile::read(void *target, sf_count_t count, void *self)
         return 0;
     }
     const qint64 got = std::max<qint64>(0, file->readAt(target, count, file->m_offset));
+    file->openLength(static_cast<char *>(target), got);
     file->m_offset += got;
     return got;
+}
+
+/// Makes a length of 0 that means "to the end" one that the decoder knows as such.
+void SoundFile::openLength(char *bytes, qint64 count) const
+{
+    if (m_openLengthAt) {
+        const qint64 begin = *m_openLengthAt - m_offset;
+        for (qint64 at = begin; at < begin + qint64(sizeof(quint32)); ++at) {
+            if (at >= 0 && at < count) {
+                bytes[at] = '\xff';
+            }
+        }
+    }
 }
 
 sf_count_t SoundFile::tell(void *self)

@@ -34,7 +34,7 @@ private:
 
     std::optional<Failure> openBytes();
     std::optional<Failure> openPath();
-    std::optional<Failure> checkWhole() const;
+    std::optional<Failure> checkWhole();
     std::optional<Failure> openDecoder();
     bool isMp3() const;
     std::optional<Failure> checkFormat() const;
@@ -44,6 +44,7 @@ private:
     void closeAll();
 
     qint64 readAt(void *target, qint64 count, qint64 offset) const;
+    void openLength(char *bytes, qint64 count) const;
     void allowReading(qint64 bytes);
     bool mayRead(qint64 bytes);
 
@@ -60,8 +61,9 @@ private:
     int m_descriptor = -1;
     qint64 m_size = 0;
     qint64 m_offset = 0;
-    qint64 m_allowance = 0;            // how much the decoder may still read
-    const WakeEvent *m_wake = nullptr; // while the file is opened
+    std::optional<qint64> m_openLengthAt; // see checkRiff()
+    qint64 m_allowance = 0;               // how much the decoder may still read
+    const WakeEvent *m_wake = nullptr;    // while the file is opened
     bool m_interrupted = false;
     SNDFILE *m_file = nullptr;
     SF_INFO m_info{};

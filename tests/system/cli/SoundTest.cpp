@@ -4,6 +4,7 @@
 #include "CliTest.h"
 
 #include <QDir>
+#include <QtEndian>
 
 #include <sys/stat.h>
 
@@ -168,6 +169,16 @@ TEST_F(CliSoundTest, PrintsEventsAsJsonInTheirOrder)
 TEST_F(CliSoundTest, PlaysASoundFromItsInput)
 {
     EXPECT_EQ(run({"sound", "--wait", "-"}, sound()), s_good);
+    EXPECT_THAT(m_tavo.output(), HasSubstr("finished"));
+}
+
+/// As espeak writes it to a pipe.
+TEST_F(CliSoundTest, PlaysASoundOfUnknownLengthFromItsInput)
+{
+    QByteArray wav = sound();
+    qToLittleEndian(quint32(0x7ffff024), wav.data() + 4);
+    qToLittleEndian(quint32(0x7ffff000), wav.data() + wav.indexOf("data") + 4);
+    EXPECT_EQ(run({"sound", "--wait", "-"}, wav), s_good);
     EXPECT_THAT(m_tavo.output(), HasSubstr("finished"));
 }
 

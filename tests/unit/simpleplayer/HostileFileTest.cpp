@@ -82,7 +82,7 @@ protected:
     static QByteArray riff(const QByteArray &chunks)
     {
         QByteArray head("RIFF\0\0\0\0WAVE", 12);
-        qToLittleEndian(quint32(0x7ffffe00), head.data() + 4);
+        qToLittleEndian(quint32(0x7fffe000), head.data() + 4);
         return head + chunks;
     }
 

@@ -442,24 +442,42 @@ TEST_F(UriSimplePlayerTest, FailsAtTheLimitWhenTheFileHasNoLength)
     EXPECT_THAT(end.error(), HasSubstr("is too long"));
 }
 
-class OpenLengthTest : public UriSimplePlayerTest, public testing::WithParamInterface<quint32>
+/// The length of the file in the header, and that of the samples.
+class OpenLengthTest : public UriSimplePlayerTest,
+                       public testing::WithParamInterface<std::tuple<quint32, quint32>>
 {
 };
 
-INSTANTIATE_TEST_SUITE_P(Lengths, OpenLengthTest, testing::Values(0U, 0x7fffff00U, 0xffffffffU),
-                         [](const auto &info) { return "Length" + std::to_string(info.param); });
+// Some programs write the first as if there were no samples.
+INSTANTIATE_TEST_SUITE_P(Lengths, OpenLengthTest,
+                         testing::Combine(testing::Values(0U, 36U, 0x7ffff024U, 0xffffffffU),
+                                          testing::Values(0U, 0x7ffff000U, 0x7fffffffU,
+                                                          0xffffffffU)),
+                         [](const auto &info) {
+                             return std::to_string(std::get<0>(info.param)) + "And" +
+                                    std::to_string(std::get<1>(info.param));
+                         });
 
-// The length that a recorder leaves if it can't seek back to its header.
+// The lengths that a program leaves if it can't seek back to the header, as on a pipe.
 TEST_P(OpenLengthTest, LetsAWavFilePlayToTheEndOfTheFile)
 {
     QByteArray bytes = readFile(counting());
-    qToLittleEndian(GetParam(), bytes.data() + 4);
-    // A length of 0 in the chunk of samples would mean an empty chunk.
-    if (GetParam() != 0) {
-        qToLittleEndian(GetParam(), bytes.data() + bytes.indexOf("data") + 4);
-    }
+    qToLittleEndian(std::get<0>(GetParam()), bytes.data() + 4);
+    qToLittleEndian(std::get<1>(GetParam()), bytes.data() + bytes.indexOf("data") + 4);
     writeFile(path("open.wav"), bytes);
     expectPlayed(path("open.wav"));
+}
+
+TEST_F(UriSimplePlayerTest, PlaysNoOtherChunkInPlaceOfMissingSamples)
+{
+    QByteArray bytes = readFile(counting());
+    qToLittleEndian(quint32(0), bytes.data() + bytes.indexOf("data") + 4);
+    writeFile(path("empty.wav"), bytes);
+    UriSimplePlayer player(path("empty.wav"), QStringLiteral("id"), QStringLiteral("plain"),
+                           nullptr);
+    const LogCapture log("SimplePlayer");
+    EXPECT_FALSE(player.play());
+    EXPECT_EQ(log.find("holds no sound: it has no frames").size(), 1U);
 }
 
 TEST_F(UriSimplePlayerTest, IsNotBlockedByASlowDevice)
