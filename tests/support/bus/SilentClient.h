@@ -38,6 +38,16 @@ public:
         send("org.tavo.Model1", "GetValue",
              [path](sd_bus_message *call) { check(sd_bus_message_append(call, "s", path)); });
     }
+    /// Opens a desktop notification that stays.
+    void notify()
+    {
+        sd_bus_message *call = nullptr;
+        constexpr const char *name = "org.freedesktop.Notifications";
+        check(sd_bus_message_new_method_call(m_bus, &call, name, "/org/freedesktop/Notifications",
+                                             name, "Notify"));
+        check(sd_bus_message_append(call, "susssasa{sv}i", "", 0U, "", "Title", "", 0, 0, 0));
+        send(call);
+    }
     void introspect()
     {
         send("org.freedesktop.DBus.Introspectable", "Introspect", [](sd_bus_message *) {});
@@ -116,6 +126,11 @@ private:
         check(sd_bus_message_new_method_call(m_bus, &call, "org.tavo.Model1", "/org/tavo/Model1",
                                              interface, method));
         append(call);
+        send(call);
+    }
+
+    void send(sd_bus_message *call)
+    {
         check(sd_bus_send(m_bus, call, &m_cookie));
         sd_bus_message_unref(call);
         check(sd_bus_flush(m_bus));

@@ -194,8 +194,10 @@ void NotificationsInterface::emitTo(Receiver receiver, const std::string &client
         write(writer);
         if (receiver == Receiver::Everyone && m_bus.isOfOneUser()) {
             writer.message().send();
-        } else if (!client.empty()) {
-            m_clients.send(client, writer.message(), writer.bytesWritten());
+        } else if (!client.empty() &&
+                   !m_clients.send(client, writer.message(), writer.bytesWritten())) {
+            LOG4CPLUS_WARN(logger, "The client " << client << " doesn't read its signals: "
+                                                 << signal << " is left out");
         }
     } catch (const BusError &error) {
         LOG4CPLUS_WARN(logger, signal << " can't be sent: " << error.what());

@@ -249,7 +249,7 @@ TEST_F(DbusPolicyTest, LetsTheHostServeNotificationsAndStrangersSendNone)
     EXPECT_TRUE(
         waitFor([this] { return log().contains("Serving org.freedesktop.Notifications"); }));
     const QStringList capabilities{"GetCapabilities"};
-    EXPECT_EQ(call("root", capabilities, notifications), "as 3 \"actions\" \"body\" \"sound\"");
+    EXPECT_THAT(call("root", capabilities, notifications), HasSubstr("\"body\""));
     EXPECT_THAT(call("nobody", capabilities, notifications), HasSubstr("Access denied"));
 }
 } // namespace

@@ -271,6 +271,25 @@ protected:
     }
 };
 
+TEST_F(DbusLittleUnreadTest, LeavesOutTheEndOfADesktopNotificationAndSaysSo)
+{
+    std::vector<CMSetDataRequest> requests;
+    publishRequest(TavoNotificationDisplayOpenPath().toString(),
+                   [&](const CMSetDataRequest &request) { requests.push_back(request); });
+    SilentClient silent(bus().address());
+    silent.notify();
+    silent.getValue("/test/large");
+    ASSERT_TRUE(waitFor([&] { return waitingFor(silent.name()) > mebi / 2; }));
+    constexpr const char *name = "org.freedesktop.Notifications";
+    client->setTarget(name, "/org/freedesktop/Notifications", name);
+    EXPECT_TRUE(client->call("CloseNotification", [](BusWriter &writer) { writer.writeUInt32(1); })
+                    .succeeds());
+    EXPECT_EQ(log().count(log4cplus::WARN_LOG_LEVEL,
+                          "The client " + silent.name() +
+                              " doesn't read its signals: NotificationClosed is left out"),
+              1);
+}
+
 TEST_F(DbusLittleUnreadTest, IncludesDescriptions)
 {
     SilentClient silent(bus().address());
