@@ -3,9 +3,23 @@
 
 #include "DbusWorker.h"
 
+#include <QCoreApplication>
+
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
+
+/// If only the connection was lost, there is another one by then.
+constexpr int maxBusAwayMs = 1000;
+
+/// Whether the session bus has started the host to serve a call, and the module uses that bus.
+bool isStartedBy(const QString &bus)
+{
+    const QByteArray starter = qgetenv("DBUS_STARTER_ADDRESS");
+    const bool isSession = qgetenv("DBUS_STARTER_BUS_TYPE") == "session";
+    return !starter.isEmpty() && isSession &&
+           (bus == QLatin1String("session") || bus.toUtf8() == starter);
 }
+} // namespace
 
 TAVO_MODULE_EXPORT void *worker_create(const char *name, void *config)
 {
@@ -37,17 +51,33 @@ DbusWorker::DbusWorker(const QVariantHash &config)
     tavoConnect(&m_bus, &BusConnection::nameAcquired, this, &DbusWorker::on_bus_nameAcquired);
     tavoConnect(&m_bus, &BusConnection::nameTaken, this, &DbusWorker::on_bus_nameTaken);
     tavoConnect(&m_bus, &BusConnection::nameRefused, this, &DbusWorker::on_bus_nameRefused);
+    m_busAwayTimer.setSingleShot(true);
+    m_busAwayTimer.setInterval(maxBusAwayMs);
+    tavoConnect(&m_busAwayTimer, &QTimer::timeout, this, &DbusWorker::on_busAwayTimer_timeout);
     m_bus.open();
 }
 
 void DbusWorker::on_bus_connected()
 {
+    m_busAwayTimer.stop();
     LOG4CPLUS_INFO(logger, "Connected to the bus: " << m_configuration.bus);
 }
 
-void DbusWorker::on_bus_lost(const QString &reason)
+void DbusWorker::on_bus_lost(const QString &reason, bool isSilent)
 {
     LOG4CPLUS_WARN(logger, "There is no bus, retrying: " << m_configuration.bus << ": " << reason);
+    if (isSilent) {
+        m_busAwayTimer.stop(); // it hangs
+    } else if (isStartedBy(m_configuration.bus)) {
+        m_busAwayTimer.start();
+    }
+}
+
+void DbusWorker::on_busAwayTimer_timeout()
+{
+    LOG4CPLUS_INFO(logger, "The bus that has started the host has ended, and so does the host");
+    QMetaObject::invokeMethod(QCoreApplication::instance(), &QCoreApplication::quit,
+                              Qt::QueuedConnection);
 }
 
 void DbusWorker::on_bus_nameAcquired(const QString &name)

@@ -11,12 +11,15 @@
 #include <bus/BusConnection.h>
 #include <core/tavo.h>
 
+#include <QTimer>
+
 #include <memory>
 
 /// Serves the model on a message bus, for programs outside of the host.
 ///
 /// Owned by the host, used in the thread that made it. The worker runs without a bus, too, and serves
-/// its interfaces whenever the bus is there.
+/// its interfaces whenever the bus is there. But if the session bus has started the host, the host ends
+/// when that bus has been away for 1 s: nothing else would stop it at the end of the session.
 class DbusWorker : public CMNodesWorker
 {
     Q_OBJECT
@@ -27,7 +30,8 @@ public:
 
 private Q_SLOTS:
     void on_bus_connected();
-    void on_bus_lost(const QString &reason);
+    void on_bus_lost(const QString &reason, bool isSilent);
+    void on_busAwayTimer_timeout();
     void on_bus_nameAcquired(const QString &name);
     void on_bus_nameTaken(const QString &name);
     void on_bus_nameRefused(const QString &name, const QString &reason);
@@ -39,4 +43,5 @@ private:
     ClientSounds m_sounds;
     ModelInterface m_model;
     std::unique_ptr<NotificationsInterface> m_notifications; ///< null when not served
+    QTimer m_busAwayTimer; ///< runs while the bus is away that has started the host
 };

@@ -84,6 +84,7 @@ HostProcess::HostProcess()
     , m_process(std::make_unique<Process>())
 {
     m_environment.remove(QStringLiteral("TAVO_MODULE_PATH"));
+    m_environment.remove(QStringLiteral("DBUS_STARTER_ADDRESS"));
     m_environment.remove(QStringLiteral("TAVO_LOG_LEVEL"));
     // Tests do not use the bus of the user who runs them.
     m_environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"),
