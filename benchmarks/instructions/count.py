@@ -11,6 +11,7 @@ import subprocess
 import sys
 
 EXPECTED = pathlib.Path(__file__).resolve().parent / "expected.json"
+# Of the program tavo_counted_requests.
 OPERATIONS = ["routed-request", "sound-enqueue", "sound-cancel", "display-open", "display-cancel"]
 # The packages that the counts depend on.
 PACKAGES = ["g++-12", "libc6", "liblog4cplus-2.0.5", "libqt5core5a", "libstdc++6", "valgrind"]
@@ -42,8 +43,12 @@ def count_all(build, requests):
     profiles = pathlib.Path(build) / "instructions"
     profiles.mkdir(exist_ok=True)
     program = pathlib.Path(build) / "benchmarks" / "tavo_counted_requests"
-    return {operation: count(program, operation, requests, profiles / f"{operation}.callgrind")
-            for operation in OPERATIONS}
+    counts = {operation: count(program, operation, requests, profiles / f"{operation}.callgrind")
+              for operation in OPERATIONS}
+    sys.path.append(str(EXPECTED.parents[1]))
+    import notify  # pylint: disable=import-outside-toplevel
+    counts["desktop-notify"] = notify.count(build, profiles / "desktop-notify.callgrind", ENVIRONMENT)
+    return counts
 
 
 def versions():
