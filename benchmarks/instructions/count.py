@@ -11,8 +11,9 @@ import subprocess
 import sys
 
 EXPECTED = pathlib.Path(__file__).resolve().parent / "expected.json"
-# Of the program tavo_counted_requests.
+# Of the program tavo_counted_requests, and of a whole host.
 OPERATIONS = ["routed-request", "sound-enqueue", "sound-cancel", "display-open", "display-cancel"]
+NOTIFY = "desktop-notify"
 # The packages that the counts depend on.
 PACKAGES = ["g++-12", "libc6", "liblog4cplus-2.0.5", "libqt5core5a", "libstdc++6", "valgrind"]
 # Makes every machine and every run count the same. Without the first, the C library would choose how to
@@ -47,7 +48,7 @@ def count_all(build, requests):
               for operation in OPERATIONS}
     sys.path.append(str(EXPECTED.parents[1]))
     import notify  # pylint: disable=import-outside-toplevel
-    counts["desktop-notify"] = notify.count(build, profiles / "desktop-notify.callgrind", ENVIRONMENT)
+    counts[NOTIFY] = notify.count(build, profiles / f"{NOTIFY}.callgrind", ENVIRONMENT)
     return counts
 
 
