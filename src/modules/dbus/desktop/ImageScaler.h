@@ -13,8 +13,7 @@
 
 /// Scales pictures in a thread of its own, which starts with the first one.
 ///
-/// Used in the worker's thread. The destructor waits for the picture that is being scaled, and drops the
-/// others.
+/// Used in the worker's thread. The destructor may wait until the pictures that are waiting are scaled.
 class ImageScaler
 {
 public:
