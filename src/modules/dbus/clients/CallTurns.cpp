@@ -48,10 +48,13 @@ CallTurns::CallTurns(BusConnection &bus, Quotas &quotas, int maxValueBytes, IsRe
 
 void CallTurns::add(const BusMessage &call, Method &method)
 {
-    // A call before which nothing waits is handled at once, so its size does not matter.
-    const std::size_t bytes = m_waiting.empty() ? 0 : bytesOf(call, m_maxValueBytes);
     const std::string client = call.sender();
-    Quotas::Charge charge = m_quotas.charge(client, {Quotas::RequestBytes, bytes + callBytes});
+    Quotas::Charge charge;
+    // A call before which nothing waits is handled at once, so it does not count.
+    if (!m_waiting.empty()) {
+        const std::size_t bytes = callBytes + bytesOf(call, m_maxValueBytes);
+        charge = m_quotas.charge(client, {Quotas::RequestBytes, bytes});
+    }
     waitingOf(client).calls.push_back({call, &method, std::move(charge)});
 }
 
