@@ -15,6 +15,7 @@
 #include <QQmlContext>
 #include <QQmlNetworkAccessManagerFactory>
 #include <QScreen>
+#include <QTimer>
 
 namespace {
 constexpr qreal maxHeightOfScreen = 0.9;
@@ -77,6 +78,10 @@ MessageWindow::MessageWindow(ShownMessage *message, QObject *parent)
                                &QGuiApplication::primaryScreenChanged}) {
         tavoConnect(qGuiApp, changed, this, &MessageWindow::on_screens_changed);
     }
+    // Qt learns only after a while who listens to it, and reports nothing until then. What has been on the
+    // screen since the start is announced again.
+    constexpr int startMs = 1000;
+    QTimer::singleShot(startMs, this, &MessageWindow::announce);
 }
 
 MessageWindow::~MessageWindow()
@@ -253,7 +258,7 @@ void MessageWindow::place()
 /// Qt reports no alerts to screen readers. They speak a notification when it is shown.
 void MessageWindow::announce()
 {
-    if (m_card && QAccessible::isActive()) {
+    if (m_window && QAccessible::isActive()) {
         QAccessibleEvent event(m_card.get(), QAccessible::ObjectShow);
         QAccessible::updateAccessibility(&event);
     }
