@@ -114,7 +114,8 @@ CommandDefinition list()
     CommandDefinition command{Options::Command::List, "list", "List the messages on the display"};
     command.text = commandText(
         "Prints one line for each message: its place, path, title and text, in columns on a "
-        "terminal, else separated by tabs. The first message is on display, the others wait. "
+        "terminal, else separated by tabs. The first message is on display, the others wait. On a "
+        "terminal, the first line ends with the time that the message has left. "
         "Waiting sounds can't be listed: the model does not have them. tavo status tells whether a "
         "sound is playing.",
         "  tavo list\n"

@@ -67,8 +67,8 @@ public:
     /// Closes all notifications, each of which is reported before the call returns.
     void closeAll(Reason reason);
 
-    /// Someone has requested the display to close what is at the path. A notification there is closed,
-    /// which is reported before the call returns.
+    /// A client has requested the display to close what is at the path. A notification there is closed,
+    /// which is reported before the call returns, even if it is about to be queued anew.
     void takeCancel(const CMPath &path);
 
 Q_SIGNALS:

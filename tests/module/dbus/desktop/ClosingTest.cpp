@@ -213,8 +213,6 @@ TEST_F(ClosingTest, IsReportedToAClientWhoseNotificationAnotherTakesOver)
     EXPECT_EQ(client.ends().size(), 1U);
 }
 
-/// The display does not say why it closes a notification, but the module knows the requests that
-/// come over the bus.
 TEST_F(ClosingTest, IsReportedAsClosedForACancelOverTheBusHoweverLate)
 {
     Listener client(bus().address());
