@@ -9,12 +9,14 @@
 #include "display/Language.h"
 #include "display/message/DemoMessages.h"
 #include "display/message/HostMessages.h"
+#include "display/platform/Placement.h"
 #include "display/platform/Platform.h"
 #include "display/view/MessageWindow.h"
 #include <client/TavoClient.h>
 #include <core/base/connect.h>
 
 #include <QCryptographicHash>
+#include <QFile>
 #include <QGuiApplication>
 #include <QLockFile>
 #include <QStandardPaths>
@@ -138,6 +140,8 @@ int run(int argc, char **argv, const CommandLine &line, const DisplayConfigurati
         return exitWith(
             {ExitCode::Unavailable, QStringLiteral("tavo-display: %1").arg(failure->reason)});
     }
+    // The name of the program may be a link or found in the PATH.
+    Placement::preparePlatform(QFile::symLinkTarget(QStringLiteral("/proc/self/exe")));
     blockStopSignals();
     QGuiApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QGuiApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);

@@ -3,9 +3,17 @@
 
 #include "display/platform/Placement.h"
 
+#include <QFileInfo>
 #include <QGuiApplication>
+#include <QLibrary>
 
 namespace {
+using UseLayerShell = bool();
+using MakeLayerPlacement = Placement *();
+
+/// Set if the compositor has layers for messages.
+MakeLayerPlacement *s_makeLayerPlacement = nullptr;
+
 /// On X11 and wherever a window may say where it wants to be.
 class WindowPlacement : public Placement
 {
@@ -54,8 +62,25 @@ public:
 };
 } // namespace
 
+void Placement::preparePlatform(const QString &program)
+{
+    if (qgetenv("QT_QPA_PLATFORM") != "wayland") {
+        return;
+    }
+    QLibrary library(QFileInfo(program).absolutePath() +
+                     QStringLiteral("/" TAVO_DISPLAY_DIR "/libtavo_display_wayland.so"));
+    auto *use = reinterpret_cast<UseLayerShell *>(library.resolve("tavoDisplayUseLayerShell"));
+    if (use != nullptr && use()) {
+        s_makeLayerPlacement = reinterpret_cast<MakeLayerPlacement *>(
+            library.resolve("tavoDisplayMakeLayerPlacement"));
+    }
+}
+
 std::unique_ptr<Placement> Placement::create()
 {
+    if (s_makeLayerPlacement != nullptr) {
+        return std::unique_ptr<Placement>(s_makeLayerPlacement());
+    }
     const QString platform = QGuiApplication::platformName();
     if (platform == QLatin1String("xcb")) {
         // No window manager may give it the keyboard, or a frame.

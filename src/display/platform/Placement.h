@@ -26,11 +26,17 @@ public:
     virtual void place(QWindow &window, const DisplayConfiguration &configuration,
                        const QRect &area, int height) = 0;
 
+    /// Whether a window can change its size while it is on the screen.
+    virtual bool canResize() const { return true; }
+
     /// Whether a window has to be created anew when it becomes urgent or not.
     virtual bool dependsOnUrgency() const { return false; }
 
     /// Whether the window always covers the screen, whatever the mode.
     virtual bool isWholeScreen() const { return false; }
+
+    /// Called before there is an application. On Wayland, finds out what the compositor can do.
+    static void preparePlatform(const QString &program);
 
     /// For the platform that the application runs on.
     static std::unique_ptr<Placement> create();

@@ -69,6 +69,8 @@ MessageWindow::MessageWindow(ShownMessage *message, QObject *parent)
     m_engine.rootContext()->setContextProperty(QStringLiteral("look"), &m_look);
     // Of the built-in look, only icons that are missing would be reported.
     m_engine.setOutputWarningsToStandardError(false);
+    m_resizeTimer.setSingleShot(true);
+    tavoConnect(&m_resizeTimer, &QTimer::timeout, this, &MessageWindow::on_resizeTimer_timeout);
     tavoConnect(&m_engine, &QQmlEngine::warnings, this, &MessageWindow::on_engine_warnings);
     tavoConnect(message, &ShownMessage::shown, this, &MessageWindow::on_message_shown);
     tavoConnect(message, &ShownMessage::pictureChanged, this,
@@ -98,8 +100,7 @@ void MessageWindow::setConfiguration(const DisplayConfiguration &configuration)
     m_pictures->setIconTheme(configuration.iconTheme);
     m_look.setConfiguration(m_configuration);
     if (m_window) {
-        destroyWindow();
-        show();
+        recreate();
     }
 }
 
@@ -109,10 +110,10 @@ void MessageWindow::on_message_shown()
         m_wasUrgent != isUrgent(m_message.priority())) {
         destroyWindow();
     }
-    if (m_window) {
-        place();
-    } else {
+    if (!m_window) {
         show();
+    } else if (m_placement->canResize()) {
+        place();
     }
     announce();
 }
@@ -127,18 +128,30 @@ void MessageWindow::on_message_hidden()
     destroyWindow();
 }
 
+/// The height may change several times while the items of a new message are laid out.
 void MessageWindow::on_card_implicitHeightChanged()
 {
-    if (m_window) {
+    if (!m_window) {
+        return;
+    }
+    if (m_placement->canResize()) {
         place();
+    } else {
+        m_resizeTimer.start();
+    }
+}
+
+void MessageWindow::on_resizeTimer_timeout()
+{
+    if (m_window) {
+        recreate();
     }
 }
 
 void MessageWindow::on_screens_changed()
 {
     if (m_window) {
-        destroyWindow();
-        show();
+        recreate();
     }
 }
 
@@ -202,12 +215,19 @@ void MessageWindow::show()
     loadTheme();
     m_card->setParentItem(m_window->contentItem());
     place();
-    m_window->show();
+    m_window->setVisible(true); // Keeps the state that the placement has set.
+}
+
+void MessageWindow::recreate()
+{
+    destroyWindow();
+    show();
 }
 
 /// A window that has been destroyed on the platform takes nothing, not even memory.
 void MessageWindow::destroyWindow()
 {
+    m_resizeTimer.stop();
     if (m_card) {
         m_card->setParentItem(nullptr);
     }

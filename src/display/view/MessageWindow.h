@@ -12,6 +12,7 @@
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
+#include <QTimer>
 
 #include <memory>
 
@@ -34,6 +35,7 @@ private Q_SLOTS:
     void on_message_pictureChanged(const Picture &picture);
     void on_message_hidden();
     void on_card_implicitHeightChanged();
+    void on_resizeTimer_timeout();
     void on_screens_changed();
     void on_engine_warnings(const QList<QQmlError> &warnings);
 
@@ -43,6 +45,7 @@ private:
     void setCard(std::unique_ptr<QQuickItem> card);
     void reportTheme(const QString &problem);
     void show();
+    void recreate();
     void destroyWindow();
     void followScreen(QScreen *screen);
     void measure();
@@ -60,4 +63,5 @@ private:
     QString m_loadedTheme;
     QPointer<QScreen> m_screen;
     bool m_wasUrgent = false;
+    QTimer m_resizeTimer;
 };

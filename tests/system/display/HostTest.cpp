@@ -44,7 +44,11 @@ TEST_F(DisplayHostTest, survivesTheBus)
     m_bus.stop();
     EXPECT_TRUE(waitForNoWindow());
     m_bus.start();
-    ASSERT_TRUE(waitFor([&] { return m_client.isAvailable(); }, std::chrono::seconds(20)));
+    const auto isServed = [this] {
+        const CMReply<bool> reply = m_messages.isDesktopServer();
+        return waitFor([&] { return reply.isFinished(); }) && reply.value();
+    };
+    ASSERT_TRUE(waitFor(isServed, std::chrono::seconds(20)));
     show("Alarm", Priority::Urgent);
     EXPECT_TRUE(waitForLook(Priority::Urgent));
 }
