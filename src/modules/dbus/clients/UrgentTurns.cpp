@@ -50,9 +50,9 @@ void UrgentTurns::remove(const CMPath &sound)
         return;
     }
     const auto user = found->second.charge->user();
-    if (user && found->second.started) {
+    if (found->second.started) {
         const Clock::time_point now = Clock::now();
-        m_played[*user].add(now - *found->second.started, now);
+        m_played[user].add(now - *found->second.started, now);
     }
     m_sounds.erase(found);
 }
@@ -81,8 +81,8 @@ UrgentTurns::Users UrgentTurns::playedNow() const
     }
     for (const auto &[path, sound] : m_sounds) {
         const auto user = sound.charge->user();
-        if (user && sound.started) {
-            users[*user] += now - *sound.started;
+        if (sound.started) {
+            users[user] += now - *sound.started;
         }
     }
     return users;
@@ -93,11 +93,10 @@ const UrgentTurns::Sound *UrgentTurns::nextInTurn(const Users &played) const
     const Sound *next = nullptr;
     std::pair<Seconds, std::uint64_t> least;
     for (const auto &[path, sound] : m_sounds) {
-        const auto user = sound.charge->user();
-        if (!user || sound.started) {
+        if (sound.started) {
             continue;
         }
-        const auto time = played.find(*user);
+        const auto time = played.find(sound.charge->user());
         const std::pair turn(time == played.end() ? Seconds(0) : time->second, sound.number);
         if (next == nullptr || turn < least) {
             next = &sound;
@@ -110,8 +109,7 @@ const UrgentTurns::Sound *UrgentTurns::nextInTurn(const Users &played) const
 std::vector<CMPath> UrgentTurns::thoseBefore(const Sound &next, const Users &played) const
 {
     const auto time = [&](const Sound &sound) {
-        const auto user = sound.charge->user();
-        const auto found = user ? played.find(*user) : played.end();
+        const auto found = played.find(sound.charge->user());
         return found == played.end() ? Seconds(0) : found->second;
     };
     std::vector<CMPath> sounds;

@@ -21,8 +21,8 @@
 /// order of their arrival, however long they are. So a sound that has not started makes those before it
 /// give way whose users have clearly played more of late than its own user.
 ///
-/// Owned by ClientSounds, used in the worker's thread. Sounds of clients whose user is not known yet
-/// neither give way nor make others do so.
+/// Owned by ClientSounds, used in the worker's thread. Clients whose user is not known count as one
+/// user.
 class UrgentTurns : public QObject
 {
     Q_OBJECT
@@ -69,14 +69,14 @@ private:
 
         void add(Seconds more, Clock::time_point now);
     };
-    using Users = std::map<std::uint32_t, Seconds>;
+    using Users = std::map<std::optional<std::uint32_t>, Seconds>;
 
     Users playedNow() const;
     const Sound *nextInTurn(const Users &played) const;
     std::vector<CMPath> thoseBefore(const Sound &next, const Users &played) const;
 
-    std::unordered_map<CMPath, Sound, PathHash> m_sounds; ///< with the player
-    std::map<std::uint32_t, Played> m_played;             ///< by user, without what plays now
+    std::unordered_map<CMPath, Sound, PathHash> m_sounds;    ///< with the player
+    std::map<std::optional<std::uint32_t>, Played> m_played; ///< by user, without what plays now
     std::uint64_t m_lastNumber = 0;
     QTimer
         m_timer; ///< runs while a sound waits, since the one that plays may have to give way later

@@ -66,15 +66,22 @@ protected:
             TavoNotificationItemPriority::Enum priority = TavoNotificationItemPriority::Urgent,
             const CMPath &responses = {})
     {
-        const auto item = TavoNotificationPlayerItem(TavoHash())
-                              .setId(id)
-                              .setType(TavoNotificationPlayerItemType::Fake)
-                              .setLoop(true)
-                              .setPriority(priority)
-                              .setPlaybackResponsePath(responses);
-        ASSERT_TRUE(by.send(TavoNotificationPlayerEnqueuePath().toString(),
-                            TavoValue().setNotificationPlayerItem(item).__variant())
+        ASSERT_TRUE(send(by, itemOf(id).setLoop(true).setPriority(priority).setPlaybackResponsePath(
+                                 responses))
                         .succeeds());
+    }
+
+    static TavoNotificationPlayerItem itemOf(const QString &id)
+    {
+        return TavoNotificationPlayerItem(TavoHash())
+            .setId(id)
+            .setType(TavoNotificationPlayerItemType::Fake)
+            .setPriority(TavoNotificationItemPriority::Urgent);
+    }
+    static BusCall send(ModelClient &by, const TavoNotificationPlayerItem &item)
+    {
+        return by.send(TavoNotificationPlayerEnqueuePath().toString(),
+                       TavoValue().setNotificationPlayerItem(item).__variant());
     }
 
     void respond(const QString &id, ResponseType::Enum type)
@@ -125,6 +132,19 @@ TEST_F(DbusUrgentTurnsTest, AllSoundsOfAUserThatHasPlayedMuchGiveWay)
     enqueue(*second, "alarm"_s);
     EXPECT_TRUE(happens("endless cancelled"));
     EXPECT_TRUE(happens("next cancelled"));
+}
+
+TEST_F(DbusUrgentTurnsTest, ASoundWhoseClientLeftBeforeItsUserWasKnownGivesWay)
+{
+    auto visitor = std::make_unique<ModelClient>(bus().address());
+    bus().pause();
+    send(*visitor, itemOf("left"_s));
+    visitor.reset();
+    bus().resume();
+    ASSERT_TRUE(happens("left at 3"));
+    respond("left"_s, ResponseType::Started);
+    enqueue(*second, "alarm"_s);
+    EXPECT_TRUE(happens("left cancelled"));
 }
 
 TEST_F(DbusUrgentTurnsTest, ASoundThatHasGivenWayOftenIsNoLongerUrgent)
