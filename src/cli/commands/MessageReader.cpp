@@ -9,6 +9,8 @@
 #include <algorithm>
 
 namespace {
+constexpr int maxRowsAtOnce = 1000;
+
 using Use = std::function<void(const ShownMessages &, const CMError &)>;
 
 /// What has been read so far.
@@ -16,10 +18,11 @@ struct Reading
 {
     TavoClient &client;
     QObject *context;
+    int max;
     Use use;
-    QVector<CMPath> paths; ///< of the messages
-    bool isCut;            ///< there are more messages
-    TavoNotificationDisplayCurrent current;
+    CMReply<QVariant> current; ///< what is on display
+    QVector<CMPath> paths{};   ///< of the messages
+    bool isCut = false;        ///< there are more messages
     QHash<CMPath, TavoClientDescription> nodes{};
 };
 
@@ -42,8 +45,9 @@ ShownMessages messagesOf(const Reading &reading)
         const TavoClientDescription node = reading.nodes.value(path);
         result.messages.append({path, node.title, node.text});
     }
-    if (!result.messages.isEmpty() && result.messages.first().path == reading.current.path()) {
-        result.messages.first().remaining = remainingOf(reading.current);
+    const auto current = TavoValue(reading.current.value().toHash()).displayCurrent();
+    if (!result.messages.isEmpty() && result.messages.first().path == current.path()) {
+        result.messages.first().remaining = remainingOf(current);
     }
     result.isCut = reading.isCut;
     return result;
@@ -82,6 +86,31 @@ void describe(const std::shared_ptr<Reading> &reading, int first, int count)
             describe(reading, first + paths.size(), count);
         });
 }
+/// Reads the paths that follow those that have been read, in parts that fit into a reply.
+void readPaths(const std::shared_ptr<Reading> &reading)
+{
+    // One more than is wanted, to know whether there are more.
+    const int first = reading->paths.size();
+    const int count = std::min(maxRowsAtOnce - 1, reading->max - first) + 1;
+    reading->client.rows(TavoNotificationDisplayQueuePath(), first, count)
+        .onFinished(reading->context, [=](const CMReply<QVariantList> &answer) {
+            if (answer.error().isError()) {
+                reading->use({}, answer.error());
+                return;
+            }
+            const QVariantList rows = answer.value();
+            for (const QVariant &row : rows) {
+                reading->paths.append(CMPath::fromQVariant(row));
+            }
+            reading->isCut = reading->paths.size() > reading->max;
+            if (rows.size() == count && !reading->isCut) {
+                readPaths(reading);
+                return;
+            }
+            reading->paths.resize(std::min(reading->paths.size(), reading->max));
+            describe(reading, 0, reading->max);
+        });
+}
 } // namespace
 
 QVariantHash ShownMessage::toHash() const
@@ -106,27 +135,7 @@ QVariantList ShownMessages::toList() const
 
 void readMessages(TavoClient &client, QObject *context, int max, const Use &use)
 {
-    // Finished before the other, because replies come in the order of their requests.
+    // Finished before the paths, because replies come in the order of their requests.
     const CMReply<QVariant> current = client.getValue(TavoNotificationDisplayCurrentPath());
-    // One more, to know whether there are more.
-    client.rows(TavoNotificationDisplayQueuePath(), 0, max + 1)
-        .onFinished(context,
-                    [&client, context, max, use, current](const CMReply<QVariantList> &answer) {
-                        if (answer.error().isError()) {
-                            use({}, answer.error());
-                            return;
-                        }
-                        const QVariantList rows = answer.value();
-                        const auto reading = std::make_shared<Reading>(
-                            Reading{client,
-                                    context,
-                                    use,
-                                    {},
-                                    rows.size() > max,
-                                    TavoValue(current.value().toHash()).displayCurrent()});
-                        for (const QVariant &row : rows.mid(0, max)) {
-                            reading->paths.append(CMPath::fromQVariant(row));
-                        }
-                        describe(reading, 0, max);
-                    });
+    readPaths(std::make_shared<Reading>(Reading{client, context, max, use, current}));
 }
