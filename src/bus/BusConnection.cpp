@@ -15,6 +15,7 @@
 #include <cerrno>
 #include <cstring>
 #include <poll.h>
+#include <sys/socket.h>
 #include <utility>
 
 namespace {
@@ -24,6 +25,10 @@ constexpr int maxPauseMs = 5000;
 /// How long to wait for replies of the bus itself. A thread that is blocked for longer mistakes a good
 /// bus for a silent one and reconnects.
 constexpr std::chrono::milliseconds busTimeout(5000);
+
+/// How much the system holds for the bus, in bytes. A bus under load reads about 2 KiB of each connection
+/// in a turn of some milliseconds, so this is what a message waits for those that were sent before it.
+constexpr int sendBufferBytes = 1 << 15;
 
 /// A bus that is only slow has read something by then.
 constexpr int maxSecondsStuck = 3;
@@ -203,6 +208,9 @@ void BusConnection::becomeConnected()
     m_reportedLoss = false;
     m_reportedSilence = false;
     m_isConnected = true;
+    // sd-bus makes it 8 MiB when it connects.
+    ::setsockopt(sd_bus_get_fd(m_handle.get()), SOL_SOCKET, SO_SNDBUF, &sendBufferBytes,
+                 sizeof(sendBufferBytes));
     try {
         Q_EMIT connected();
         for (const QString &name : qAsConst(m_names)) {
@@ -292,6 +300,12 @@ std::string BusConnection::uniqueName() const
     const char *name = nullptr;
     BusError::check(sd_bus_get_unique_name(m_handle.get(), &name), "The connection has no name");
     return name;
+}
+
+bool BusConnection::isCongested() const
+{
+    std::uint64_t waiting = 0;
+    return sd_bus_get_n_queued_write(m_handle.get(), &waiting) >= 0 && waiting > 0;
 }
 
 std::unique_ptr<BusObject> BusConnection::createObject(const BusInterface &interface)

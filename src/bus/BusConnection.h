@@ -59,6 +59,10 @@ public:
 
     std::string uniqueName() const;
 
+    /// Whether messages wait until the bus has read what was sent before. It takes little at a time, so
+    /// that a message that is held back until then does not wait long.
+    bool isCongested() const;
+
     /// The interface must outlive the object.
     std::unique_ptr<BusObject> createObject(const BusInterface &interface);
     std::unique_ptr<CallFilter> createCallFilter(const CallFilter::Pass &pass);

@@ -94,14 +94,22 @@ BusInterface BusInterface::fromXml(const QByteArray &xml)
         throw std::runtime_error("an interface's XML is malformed: " +
                                  reader.errorString().toStdString());
     }
+    const QByteArray end = "</interface>";
+    const int start = xml.indexOf("<interface");
+    result.xml = xml.mid(start, xml.indexOf(end) + end.size() - start).toStdString();
     return result;
+}
+
+const BusInterface::Method *BusInterface::method(const std::string &member) const
+{
+    return find(methods, member);
 }
 
 bool BusInterface::describes(const BusMessage &message) const
 {
     const std::string member = message.member();
-    if (const Method *method = find(methods, member)) {
-        return message.hasSignature(method->in.c_str());
+    if (const Method *called = method(member)) {
+        return message.hasSignature(called->in.c_str());
     }
     const Signal *signal = find(signalList, member);
     return signal == nullptr || message.hasSignature(signal->signature.c_str());

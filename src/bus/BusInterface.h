@@ -38,9 +38,13 @@ struct BusInterface
     std::vector<Method> methods{};
     std::vector<Signal> signalList{};
     std::vector<Property> properties{};
+    std::string xml{}; ///< the element of the interface alone
 
     /// Throws std::runtime_error for malformed XML.
     static BusInterface fromXml(const QByteArray &xml);
+
+    /// Null if there is no such method.
+    const Method *method(const std::string &member) const;
 
     /// Whether the call or signal has the arguments that the XML gives it. True for a member that the
     /// XML does not have.

@@ -72,8 +72,8 @@ void BusMessage::send() const
     BusError::check(sd_bus_send(nullptr, m_message, nullptr), "The message can't be sent");
 }
 
-void BusMessage::sendTo(const std::string &receiver) const
+void BusMessage::setReceiver(const std::string &receiver) const
 {
-    BusError::check(sd_bus_send_to(nullptr, m_message, receiver.c_str(), nullptr),
-                    "The message can't be sent");
+    BusError::check(sd_bus_message_set_destination(m_message, receiver.c_str()),
+                    "The message can't be addressed");
 }

@@ -62,9 +62,11 @@ public:
     BusMessage createReply() const;
     BusMessage createErrorReply(const BusError &error) const;
 
+    /// Addresses a signal to one receiver.
+    void setReceiver(const std::string &receiver) const;
+
     /// Sends a message on the connection that it was made for.
     void send() const;
-    void sendTo(const std::string &receiver) const;
 
 private:
     sd_bus_message *m_message;

@@ -66,20 +66,8 @@ void BusObject::publish()
         method.x.method.names = each.argumentNames.c_str();
         m_table.push_back(method);
     }
-    for (const BusInterface::Signal &each : m_interface.signalList) {
-        sd_bus_vtable signal = entry(_SD_BUS_VTABLE_SIGNAL);
-        signal.x.signal.member = each.name.c_str();
-        signal.x.signal.signature = each.signature.c_str();
-        signal.x.signal.names = each.argumentNames.c_str();
-        m_table.push_back(signal);
-    }
     for (const BusInterface::Property &each : m_interface.properties) {
         require(m_constants, each.name);
-        sd_bus_vtable property = entry(_SD_BUS_VTABLE_PROPERTY, SD_BUS_VTABLE_PROPERTY_CONST);
-        property.x.property.member = each.name.c_str();
-        property.x.property.signature = each.signature.c_str();
-        property.x.property.get = on_propertyRead;
-        m_table.push_back(property);
     }
     m_table.push_back(entry(_SD_BUS_VTABLE_END));
     sd_bus_slot *slot = nullptr;
@@ -117,13 +105,4 @@ int BusObject::on_call(sd_bus_message *call, void *object, sd_bus_error *error)
     } catch (...) {
         return BusError::replyWithCaught(error);
     }
-}
-
-int BusObject::on_propertyRead(sd_bus * /*bus*/, const char * /*path*/, const char * /*interface*/,
-                               const char *name, sd_bus_message *reply, void *object,
-                               sd_bus_error * /*error*/)
-{
-    const auto &constants = static_cast<BusObject *>(object)->m_constants;
-    return sd_bus_message_append_basic(reply, SD_BUS_TYPE_STRING,
-                                       constants.find(name)->second.c_str());
 }

@@ -12,8 +12,9 @@
 #include <string>
 #include <vector>
 
-/// An object on the bus with one interface, whose members and signatures come from its XML. It is
-/// served from publish() until it is destroyed, which must happen before its connection is closed.
+/// An object on the bus with one interface, whose members and signatures come from its XML. Its methods
+/// are served from publish() until it is destroyed, which must happen before its connection is closed.
+/// StandardCalls tells about it and reads its properties.
 class BusObject
 {
 public:
@@ -34,17 +35,18 @@ public:
     /// Serves the object. Every method and every property must have been set.
     void publish();
 
-    /// Whether a handler will get the call. If not, sd-bus replies to it.
+    /// Whether a handler will get the call.
     bool serves(const BusMessage &call) const;
+
+    const BusInterface &interface() const { return m_interface; }
+    /// The properties, by name.
+    const std::map<std::string, std::string, std::less<>> &constants() const { return m_constants; }
 
     /// A signal, to be sent to everyone or to one receiver.
     BusMessage createSignal(const char *name) const;
 
 private:
     static int on_call(sd_bus_message *call, void *object, sd_bus_error *error);
-    static int on_propertyRead(sd_bus *bus, const char *path, const char *interface,
-                               const char *name, sd_bus_message *reply, void *object,
-                               sd_bus_error *error);
 
     sd_bus *const m_bus; ///< owned by the connection
     const BusInterface &m_interface;

@@ -8,7 +8,7 @@
 
 #include <functional>
 
-/// Sees every incoming call before anything replies to it, including calls that sd-bus replies to
+/// Sees every incoming call before anything replies to it, including calls that sd-bus would reply to
 /// itself: introspection, properties and unknown methods.
 ///
 /// Owned by the worker, called in its thread. Destroyed before its connection.

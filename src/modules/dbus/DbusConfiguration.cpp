@@ -3,6 +3,7 @@
 
 #include "DbusConfiguration.h"
 
+#include <bus/BusWriter.h>
 #include <core/base/configuration.h>
 #include <core/records/enumerations.h>
 
@@ -32,6 +33,11 @@ constexpr int maxValueBytes = 1 << 26;
 /// Half of what the system bus keeps of one sender's unread messages.
 constexpr int defaultTotalUnreadBytes = 1 << 26;
 constexpr int defaultUnreadBytes = defaultTotalUnreadBytes / 4;
+/// While a bus under load reads one message from the host, all others wait: at 4 KiB in a turn of some
+/// milliseconds, this takes a third of a second. A message with a picture fits.
+constexpr int defaultMessageBytes = 3 << 17;
+constexpr int minMessageBytes = 1 << 16;
+
 constexpr int defaultTotalStoredBytes = 1 << 26;
 constexpr int defaultStoredBytes = defaultTotalStoredBytes / 4;
 constexpr int defaultTotalRequestBytes = 1 << 26;
@@ -52,6 +58,8 @@ ClientLimits readLimits(TavoConfiguration reader)
         reader.integer(QStringLiteral("requestsPerSecond"), defaultRequestsPerSecond, 0, maxOfAny);
     limits.valueBytes = reader.integer(QStringLiteral("valueBytes"), defaultValueBytes,
                                        minValueBytes, maxValueBytes);
+    limits.messageBytes = reader.integer(QStringLiteral("messageBytes"), defaultMessageBytes,
+                                         minMessageBytes, BusWriter::maxMessageBytes);
     limits.subscriptions =
         reader.integer(QStringLiteral("subscriptions"), defaultSubscriptions, 0, maxOfAny);
     limits.inboxes = reader.integer(QStringLiteral("inboxes"), defaultInboxes, 0, maxOfAny);

@@ -48,7 +48,7 @@ TEST_F(DbusConfigurationTest, RefusesValuesOfTheWrongType)
 TEST_F(DbusConfigurationTest, RefusesLimitsOutOfRange)
 {
     for (const char *key :
-         {"openNotifications", "requestsPerSecond", "valueBytes", "subscriptions", "inboxes",
+         {"openNotifications", "requestsPerSecond", "valueBytes", "messageBytes", "subscriptions", "inboxes",
           "unreadBytes", "totalUnreadBytes", "totalOpenNotifications", "sounds", "totalSounds",
           "totalRequestBytes", "storedBytes", "totalStoredBytes"}) {
         EXPECT_THAT(failureWithLimit(key, -1), StartsWith(std::string("limits.") + key + ": "));

@@ -76,6 +76,13 @@ private:
 class ModelTest : public DbusTest
 {
 protected:
+    /// For replies and signals as large as a bus takes them.
+    static constexpr const char *messageBytes = "messageBytes";
+    static QVariantHash withLargeMessages()
+    {
+        return {{"limits", QVariantHash{{messageBytes, BusWriter::maxMessageBytes}}}};
+    }
+
     explicit ModelTest(const QVariantHash &config = {}, const QString &busSettings = {})
         : DbusTest(busSettings)
     {

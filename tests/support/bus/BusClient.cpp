@@ -108,7 +108,8 @@ void BusClient::sendSignal(const BusInterface &interface, const char *name,
 {
     BusWriter writer(m_connection->createObject(interface)->createSignal(name));
     write(writer);
-    writer.message().sendTo(receiver);
+    writer.message().setReceiver(receiver);
+    writer.message().send();
 }
 
 void BusClient::giveUp()

@@ -74,7 +74,8 @@ public:
     std::map<std::string, int> read(int count)
     {
         std::map<std::string, int> errors;
-        readReplies(count, [&](const sd_bus_error *error) {
+        readReplies(count, [&](sd_bus_message *reply) {
+            const sd_bus_error *error = sd_bus_message_get_error(reply);
             ++errors[error == nullptr ? "" : error->name];
         });
         return errors;
@@ -83,10 +84,20 @@ public:
     std::vector<std::string> readTexts(int count)
     {
         std::vector<std::string> texts;
-        readReplies(count, [&](const sd_bus_error *error) {
+        readReplies(count, [&](sd_bus_message *reply) {
+            const sd_bus_error *error = sd_bus_message_get_error(reply);
             texts.emplace_back(error == nullptr ? "" : error->message);
         });
         return texts;
+    }
+    /// The same, with the serial number that the sender gave each reply when it sent it.
+    std::vector<std::uint64_t> readSerials(int count)
+    {
+        std::vector<std::uint64_t> serials;
+        readReplies(count, [&](sd_bus_message *reply) {
+            check(sd_bus_message_get_cookie(reply, &serials.emplace_back()));
+        });
+        return serials;
     }
 
 private:
@@ -112,7 +123,7 @@ private:
                 continue;
             }
             if (sd_bus_message_get_reply_cookie(message, &m_cookie) >= 0) {
-                take(sd_bus_message_get_error(message));
+                take(message);
                 --count;
             }
             sd_bus_message_unref(message);

@@ -111,7 +111,7 @@ TEST_F(CliSoundTest, WithWaitIgnoresTheEndsOfOtherSounds)
 class CliSoundFloodTest : public CliSoundTest
 {
 protected:
-    void SetUp() override { startHost({}, {{"unreadBytes", 1 << 20}}); }
+    void SetUp() override { startHost({}, {{"unreadBytes", 1 << 20}, {"messageBytes", 1 << 21}}); }
 
     void flood(const QString &inbox)
     {

@@ -18,7 +18,7 @@ protected:
     ClientLeftOutTest()
     {
         constexpr int mebi = 1 << 20;
-        startHost({{"limits", QVariantHash{{"unreadBytes", mebi}}}});
+        startHost({{"limits", QVariantHash{{"unreadBytes", mebi}, {"messageBytes", 2 * mebi}}}});
         m_service.publish(m_text, large(0));
         EXPECT_TRUE(connectedClient().isAvailable());
     }

@@ -14,6 +14,7 @@ struct ClientLimits
     int totalOpenNotifications;
     int requestsPerSecond; ///< on average; twice as many at once. 0: no limit
     int valueBytes;        ///< of one value, as BusReader counts them
+    int messageBytes;      ///< of one reply or signal, as BusWriter counts them
     int subscriptions;
     int inboxes;
     int sounds; ///< queued or playing

@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
+#include <malloc.h>
 #include <utility>
 
 namespace {
@@ -26,25 +27,12 @@ constexpr const char *vanishedRule =
 /// user counts as unknown.
 constexpr std::chrono::seconds userTimeout(25);
 
-/// The replies that sd-bus makes by itself are short, except the description of an object.
+/// What clients have used is freed in small pieces, which the system does not get back by itself.
+constexpr std::size_t maxUnusedBytes = 1 << 23;
+constexpr std::chrono::seconds memoryPause(1);
+
+/// About how long the description of an object is. Other replies to standard calls are short.
 constexpr std::size_t descriptionBytes = 1 << 13;
-
-std::size_t builtInReplyBytes(const BusMessage &call)
-{
-    const char *interface = sd_bus_message_get_interface(call.get());
-    const bool isDescription =
-        interface != nullptr && std::strcmp(interface, "org.freedesktop.DBus.Introspectable") == 0;
-    return isDescription ? descriptionBytes : UnreadBytes::messageBytes;
-}
-
-void sendReply(const BusMessage &reply, const std::string &client)
-{
-    try {
-        reply.send();
-    } catch (const BusError &error) {
-        LOG4CPLUS_WARN(logger, "An answer to " << client << " can't be sent: " << error.what());
-    }
-}
 } // namespace
 
 Clients::Clients(BusConnection &bus, const ClientLimits &limits)
@@ -53,14 +41,20 @@ Clients::Clients(BusConnection &bus, const ClientLimits &limits)
     , m_quotas(limits)
     , m_turns(bus, m_quotas, limits.valueBytes,
               [this](const std::string &client) { return !m_unread.isUndecided(client); })
-    , m_unread(bus, m_quotas, limits)
+    , m_outbox(bus, m_quotas)
+    , m_unread(bus, m_quotas, m_outbox, limits)
+    , m_standardMethod{CallTurns::IfLeft::Drop,
+                       [this](const BusMessage &call) { replyToStandardCall(call); }}
 {
     tavoConnect(&m_bus, &BusConnection::connected, this, &Clients::on_bus_connected);
     tavoConnect(&m_bus, &BusConnection::lost, this, &Clients::on_bus_lost);
     tavoConnect(&m_turns, &CallTurns::left, this, &Clients::on_turns_left);
+    m_memoryTimer.setSingleShot(true);
+    m_memoryTimer.setInterval(memoryPause);
+    tavoConnect(&m_memoryTimer, &QTimer::timeout, this, &Clients::on_memoryTimer_timeout);
 }
 
-bool Clients::pass(const BusMessage &call)
+bool Clients::receive(const BusMessage &call)
 {
     // A bus adds the sender; without one there is nobody to reply to.
     const std::string client = call.sender();
@@ -76,22 +70,20 @@ bool Clients::pass(const BusMessage &call)
         refuseForCaught(call);
         return false;
     }
-    return isServed(call) || m_unread.admitSmall(client, builtInReplyBytes(call));
+    if (m_standardCalls.areServed(call)) {
+        return true;
+    }
+    add(call, m_standardMethod);
+    return false;
 }
 
 void Clients::serve(BusObject &object, const char *method, const Handler &handler,
                     CallTurns::IfLeft ifLeft)
 {
-    m_objects.insert(&object);
+    m_standardCalls.add(&object);
     const auto served = std::make_shared<CallTurns::Method>(CallTurns::Method{
         ifLeft, [this, handler](const BusMessage &call) { handle(call, handler); }});
     object.setMethod(method, [this, served](const BusMessage &call) { add(call, *served); });
-}
-
-bool Clients::isServed(const BusMessage &call) const
-{
-    return std::any_of(m_objects.begin(), m_objects.end(),
-                       [&call](const BusObject *object) { return object->serves(call); });
 }
 
 void Clients::askUser(const std::string &client)
@@ -129,6 +121,14 @@ void Clients::whenReading(const BusMessage &call, std::size_t bytes, const Actio
     });
 }
 
+void Clients::replyToStandardCall(const BusMessage &call)
+{
+    run(call, [this](const BusMessage &standard) {
+        const std::size_t bytes = standard.member() == "Introspect" ? descriptionBytes : 0;
+        reply(standard, m_standardCalls.reply(standard), bytes);
+    });
+}
+
 void Clients::add(const BusMessage &call, CallTurns::Method &method)
 {
     run(call, [&](const BusMessage &waiting) { m_turns.add(waiting, method); });
@@ -140,10 +140,15 @@ void Clients::handle(const BusMessage &call, const Handler &handler)
     whenReading(call, UnreadBytes::messageBytes, handler, refusal);
 }
 
+void Clients::reply(const BusMessage &call, const BusMessage &reply)
+{
+    m_outbox.send(call.sender(), reply, UnreadBytes::messageBytes);
+}
+
 void Clients::reply(const BusMessage &call, const BusMessage &reply, std::size_t bytes)
 {
-    const auto action = [reply](const BusMessage &repliedTo) {
-        sendReply(reply, repliedTo.sender());
+    const auto action = [this, reply, bytes](const BusMessage &repliedTo) {
+        m_outbox.send(repliedTo.sender(), reply, bytes + UnreadBytes::messageBytes);
     };
     whenReading(call, bytes, action, Refusals::replyLeftOut);
 }
@@ -160,7 +165,7 @@ void Clients::refuse(const BusMessage &call, const BusError &error)
         return;
     }
     try {
-        sendReply(call.createErrorReply(error), client);
+        reply(call, call.createErrorReply(error));
     } catch (const BusError &failure) {
         LOG4CPLUS_WARN(logger, "A refusal can't be written: " << failure.what());
     }
@@ -174,14 +179,26 @@ bool Clients::send(const std::string &client, const BusMessage &signal, std::siz
     if (!m_unread.admit(client, bytes + UnreadBytes::messageBytes)) {
         return false;
     }
-    signal.sendTo(client);
+    signal.setReceiver(client);
+    m_outbox.send(client, signal, bytes + UnreadBytes::messageBytes);
     return true;
+}
+
+void Clients::sendToAll(const std::string &client, const BusMessage &signal, std::size_t bytes)
+{
+    m_outbox.send(client, signal, bytes + UnreadBytes::messageBytes);
+}
+
+void Clients::flush(std::chrono::milliseconds timeout)
+{
+    m_outbox.sendAll();
+    m_bus.flush(timeout);
 }
 
 void Clients::on_bus_connected()
 {
     m_unread.start();
-    m_filter = m_bus.createCallFilter([this](const BusMessage &call) { return pass(call); });
+    m_filter = m_bus.createCallFilter([this](const BusMessage &call) { return receive(call); });
     m_vanished = m_bus.addMatch(vanishedRule,
                                 [this](const BusMessage &message) { on_name_vanished(message); });
 }
@@ -190,8 +207,9 @@ void Clients::on_bus_lost()
 {
     m_vanished.reset();
     m_filter.reset();
-    m_objects.clear();
+    m_standardCalls.clear();
     m_turns.clear();
+    m_outbox.clear();
     for (const std::string &client : m_quotas.clients()) {
         forget(client);
     }
@@ -223,7 +241,18 @@ void Clients::forget(const std::string &client)
 {
     if (m_quotas.knows(client)) {
         Q_EMIT left(client);
+        m_outbox.forget(client);
         m_unread.forget(client);
         m_quotas.forget(client);
+        if (!m_memoryTimer.isActive()) {
+            m_memoryTimer.start();
+        }
+    }
+}
+
+void Clients::on_memoryTimer_timeout()
+{
+    if (mallinfo2().fordblks > maxUnusedBytes) {
+        malloc_trim(0);
     }
 }

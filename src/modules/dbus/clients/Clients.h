@@ -6,18 +6,21 @@
 #include "CallTurns.h"
 #include "ClientLimits.h"
 #include "LeftMessages.h"
+#include "Outbox.h"
 #include "Quotas.h"
 #include "UnreadBytes.h"
 #include <bus/BusHandles.h>
 #include <bus/BusMessage.h>
 #include <bus/BusObject.h>
 #include <bus/CallFilter.h>
+#include <bus/StandardCalls.h>
 
 #include <QObject>
+#include <QTimer>
 
+#include <chrono>
 #include <functional>
 #include <memory>
-#include <set>
 #include <string>
 
 class BusConnection;
@@ -73,8 +76,17 @@ public:
     /// left too much unread, sends an error that says so in its place, or nothing. Throws nothing.
     void reply(const BusMessage &call, const BusMessage &reply, std::size_t bytes);
 
+    /// Sends a short reply to a call that is being handled. Throws nothing.
+    void reply(const BusMessage &call, const BusMessage &reply);
+
     /// Sends a signal to one client, if it is still there. False when the client has left too much unread.
     bool send(const std::string &client, const BusMessage &signal, std::size_t bytes);
+
+    /// Sends a signal to everyone, after what was sent to the client before.
+    void sendToAll(const std::string &client, const BusMessage &signal, std::size_t bytes);
+
+    /// Waits until the bus has taken everything, but no longer than the timeout.
+    void flush(std::chrono::milliseconds timeout);
 
 Q_SIGNALS:
     /// The bus has told which user a client is.
@@ -87,15 +99,14 @@ private Q_SLOTS:
     void on_bus_connected();
     void on_bus_lost();
     void on_turns_left(const std::string &client);
+    void on_memoryTimer_timeout();
 
 private:
-    bool pass(const BusMessage &call);
+    bool receive(const BusMessage &call);
     void askUser(const std::string &client);
     void add(const BusMessage &call, CallTurns::Method &method);
     void handle(const BusMessage &call, const Handler &handler);
-
-    /// Whether a handler will get the call. If not, sd-bus replies to it.
-    bool isServed(const BusMessage &call) const;
+    void replyToStandardCall(const BusMessage &call);
 
     /// Runs the action, which sends about this many bytes, as soon as it is known that the client
     /// reads its replies. If it does not, makes the error and sends that.
@@ -113,8 +124,11 @@ private:
     Quotas m_quotas;
     LeftMessages m_leftMessages;
     CallTurns m_turns;
+    Outbox m_outbox;
     UnreadBytes m_unread;
-    std::set<const BusObject *> m_objects; ///< while connected
-    std::unique_ptr<CallFilter> m_filter;  ///< while connected
-    BusSlot m_vanished;                    ///< while connected
+    StandardCalls m_standardCalls; ///< knows the objects while connected
+    CallTurns::Method m_standardMethod;
+    std::unique_ptr<CallFilter> m_filter; ///< while connected
+    BusSlot m_vanished;                   ///< while connected
+    QTimer m_memoryTimer;                 ///< runs after clients have left
 };

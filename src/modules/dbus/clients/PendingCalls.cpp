@@ -80,7 +80,7 @@ void PendingCalls::send(const BusMessage &call, const CMReply<QVariant> &reply, 
         m_clients.reply(call, ModelErrors::createReply(call, error), bytesOf(error));
         return;
     }
-    BusWriter answer(call.createReply(), BusWriter::maxMessageBytes);
+    BusWriter answer(call.createReply(), m_clients.limits().messageBytes);
     try {
         write(answer, reply.value());
     } catch (const BusError &unsupported) {

@@ -81,6 +81,12 @@ BusError Refusals::noSuchInbox(const std::string &path)
     return BusError::invalidArguments("The caller has no inbox at " + path);
 }
 
+BusError Refusals::tooLongForAnInbox(int maxBytes)
+{
+    return BusError::limitExceeded("A request to an inbox may have no more than " +
+                                   std::to_string(maxBytes) + " bytes");
+}
+
 BusError Refusals::notAnInboxOfTheCaller()
 {
     return BusError::accessDenied(

@@ -29,6 +29,7 @@ BusError invalidRowRange();
 BusError noSuchSubscription();
 BusError noSuchInbox(const std::string &path);
 BusError notAnInboxOfTheCaller();
+BusError tooLongForAnInbox(int maxBytes);
 
 // Sounds. SoundAccess has the reasons why a location is not allowed.
 BusError soundNotAllowed(const std::string &reason);

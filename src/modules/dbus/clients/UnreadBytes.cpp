@@ -3,6 +3,7 @@
 
 #include "UnreadBytes.h"
 
+#include "Outbox.h"
 #include "Quotas.h"
 #include "Refusals.h"
 #include <bus/BusConnection.h>
@@ -65,9 +66,11 @@ std::size_t readOutgoingBytes(const BusMessage &statistics)
 }
 } // namespace
 
-UnreadBytes::UnreadBytes(BusConnection &bus, Quotas &quotas, const ClientLimits &limits)
+UnreadBytes::UnreadBytes(BusConnection &bus, Quotas &quotas, Outbox &outbox,
+                         const ClientLimits &limits)
     : m_bus(bus)
     , m_quotas(quotas)
+    , m_outbox(outbox)
     , m_maxBytes(std::size_t(limits.unreadBytes))
     , m_maxTotal(std::size_t(limits.totalUnreadBytes))
 {
@@ -223,8 +226,8 @@ void UnreadBytes::ask(ClientMap::value_type &entry)
         const BusMessage question = m_bus.createCall(
             busName, busPath, "org.freedesktop.DBus.Debug.Stats", "GetConnectionStats");
         BusWriter(question).writeString(QString::fromStdString(client));
-        m_bus.send(question, askTimeout,
-                   [this, client](const BusMessage &reply) { take(client, reply); });
+        m_outbox.call(client, question, askTimeout,
+                      [this, client](const BusMessage &reply) { take(client, reply); });
         known.isAsked = true;
         known.asked = Clock::now();
         known.before += std::exchange(known.since, 0);

@@ -16,6 +16,7 @@
 class BusConnection;
 class BusError;
 class BusMessage;
+class Outbox;
 class Quotas;
 
 /// Counts the bytes that were sent to each client and that it has not read. A bus may count unread
@@ -33,7 +34,7 @@ public:
     /// About how much a message takes in addition to its values.
     static constexpr std::size_t messageBytes = 256;
 
-    UnreadBytes(BusConnection &bus, Quotas &quotas, const ClientLimits &limits);
+    UnreadBytes(BusConnection &bus, Quotas &quotas, Outbox &outbox, const ClientLimits &limits);
 
     /// There is a new bus.
     void start() { m_isTold = true; }
@@ -96,6 +97,7 @@ private:
 
     BusConnection &m_bus;
     Quotas &m_quotas;
+    Outbox &m_outbox;
     const std::size_t m_maxBytes; ///< of one client
     const std::size_t m_maxTotal; ///< of all clients
     ClientMap m_clients;

@@ -48,7 +48,7 @@ NotificationsInterface::~NotificationsInterface()
     if (m_notifications.count() > 0) {
         m_notifications.closeAll(OpenNotifications::Reason::Undefined);
         m_object.reset(); // so that nobody opens another one during this
-        m_bus.flush(flushTimeout);
+        m_clients.flush(flushTimeout);
     }
 }
 
@@ -114,7 +114,7 @@ void NotificationsInterface::notify(const BusMessage &call)
             id = id != 0 ? id : m_notifications.freeId();
             const CMError error = m_notifications.open(id, request.notification);
             if (error.isError()) {
-                ModelErrors::createReply(call, error).send();
+                m_clients.reply(call, ModelErrors::createReply(call, error));
                 return;
             }
         }
@@ -129,7 +129,7 @@ void NotificationsInterface::notify(const BusMessage &call)
     }
     BusWriter reply(call.createReply());
     reply.writeUInt32(id);
-    reply.message().send();
+    m_clients.reply(call, reply.message());
 }
 
 void NotificationsInterface::tellPreviousClient(quint32 id)
@@ -155,7 +155,7 @@ void NotificationsInterface::closeNotification(const BusMessage &call)
     if (!m_notifications.close(id, OpenNotifications::Reason::Closed)) {
         throw Refusals::notificationNotOpen(id);
     }
-    call.createReply().send();
+    m_clients.reply(call, call.createReply());
 }
 
 void NotificationsInterface::getCapabilities(const BusMessage &call)
@@ -164,7 +164,7 @@ void NotificationsInterface::getCapabilities(const BusMessage &call)
     reply.writeStringList({QStringLiteral("action-icons"), QStringLiteral("actions"),
                            QStringLiteral("body"), QStringLiteral("body-markup"),
                            QStringLiteral("icon-static"), QStringLiteral("sound")});
-    reply.message().send();
+    m_clients.reply(call, reply.message());
 }
 
 void NotificationsInterface::getServerInformation(const BusMessage &call)
@@ -173,7 +173,7 @@ void NotificationsInterface::getServerInformation(const BusMessage &call)
     for (const char *text : {"Tavo", "Tavo", TAVO_VERSION, protocolVersion}) {
         reply.writeString(QString::fromLatin1(text));
     }
-    reply.message().send();
+    m_clients.reply(call, reply.message());
 }
 
 std::string NotificationsInterface::clientOf(quint32 id) const
@@ -193,7 +193,7 @@ void NotificationsInterface::emitTo(Receiver receiver, const std::string &client
         BusWriter writer(m_object->createSignal(signal));
         write(writer);
         if (receiver == Receiver::Everyone && m_bus.isOfOneUser()) {
-            writer.message().send();
+            m_clients.sendToAll(client, writer.message(), writer.bytesWritten());
         } else if (!client.empty() &&
                    !m_clients.send(client, writer.message(), writer.bytesWritten())) {
             LOG4CPLUS_WARN(logger, "The client " << client << " doesn't read its signals: "

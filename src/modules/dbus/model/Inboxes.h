@@ -29,6 +29,7 @@ public:
     /// Publishes a node for the client. Throws BusError::limitExceeded() when the client has too many.
     CMPath open(const std::string &client);
 
+    bool has(const CMPath &path) const { return m_inboxes.count(path) > 0; }
     bool isOf(const std::string &client, const CMPath &path) const;
 
     /// False when the client has no inbox at the path.

@@ -135,6 +135,9 @@ CMReply<QVariant> ModelInterface::send(const std::string &client, const CMPath &
                                        const QVariant &value, std::size_t bytes)
 {
     ClientSounds::checkTarget(path);
+    if (m_inboxes.has(path) && bytes > std::size_t(m_clients.limits().messageBytes)) {
+        throw Refusals::tooLongForAnInbox(m_clients.limits().messageBytes);
+    }
     if (path == TavoNotificationPlayerEnqueuePath()) {
         return m_sounds.enqueue(client, value, bytes);
     }
@@ -166,14 +169,14 @@ CMReply<QVariant> ModelInterface::cancelMessage(const QVariant &value)
 
 void ModelInterface::list(const BusMessage &call)
 {
-    BusWriter reply(call.createReply(), BusWriter::maxMessageBytes);
+    BusWriter reply(call.createReply(), m_clients.limits().messageBytes);
     writeEntries(reply, CMCatalog::children(ModelArguments::readPathOrRoot(call)));
     m_clients.reply(call, reply.message(), reply.bytesWritten());
 }
 
 void ModelInterface::tree(const BusMessage &call)
 {
-    BusWriter reply(call.createReply(), BusWriter::maxMessageBytes);
+    BusWriter reply(call.createReply(), m_clients.limits().messageBytes);
     writeEntries(reply, CMCatalog::tree(ModelArguments::readPathOrRoot(call)));
     m_clients.reply(call, reply.message(), reply.bytesWritten());
 }
@@ -181,7 +184,7 @@ void ModelInterface::tree(const BusMessage &call)
 void ModelInterface::describe(const BusMessage &call)
 {
     const QStringList paths = BusReader(call, m_clients.limits().valueBytes).readStringList();
-    BusWriter reply(call.createReply(), BusWriter::maxMessageBytes);
+    BusWriter reply(call.createReply(), m_clients.limits().messageBytes);
     reply.openArray("(ssss)");
     for (const QString &text : paths) {
         const CMPath path(text);
@@ -227,7 +230,7 @@ void ModelInterface::closeNode(const BusMessage &call)
 {
     BusWriter reply(call.createReply());
     reply.writeBoolean(CMSubscribe::closeNode(ModelArguments::readPath(call)));
-    reply.message().send();
+    m_clients.reply(call, reply.message());
 }
 
 void ModelInterface::subscribe(const BusMessage &call)
@@ -235,7 +238,7 @@ void ModelInterface::subscribe(const BusMessage &call)
     BusReader reader(call);
     const CMPath path = ModelArguments::readPath(reader);
     m_subscriptions.add(call.sender(), ModelArguments::readChange(reader), path);
-    call.createReply().send();
+    m_clients.reply(call, call.createReply());
 }
 
 void ModelInterface::unsubscribe(const BusMessage &call)
@@ -245,14 +248,14 @@ void ModelInterface::unsubscribe(const BusMessage &call)
     if (!m_subscriptions.remove(call.sender(), ModelArguments::readChange(reader), path)) {
         throw Refusals::noSuchSubscription();
     }
-    call.createReply().send();
+    m_clients.reply(call, call.createReply());
 }
 
 void ModelInterface::openInbox(const BusMessage &call)
 {
     BusWriter reply(call.createReply());
     reply.writeString(m_inboxes.open(call.sender()).toString());
-    reply.message().send();
+    m_clients.reply(call, reply.message());
 }
 
 void ModelInterface::closeInbox(const BusMessage &call)
@@ -261,5 +264,5 @@ void ModelInterface::closeInbox(const BusMessage &call)
     if (!m_inboxes.close(call.sender(), path)) {
         throw Refusals::noSuchInbox(path.toString().toStdString());
     }
-    call.createReply().send();
+    m_clients.reply(call, call.createReply());
 }

@@ -44,22 +44,26 @@ void ModelSignals::emitTo(const char *signal, const Subscriptions::Names &client
     if (!m_object) {
         return;
     }
-    try {
-        for (const std::string &client : clients) {
-            // Nothing follows on what was left out before the client has been told.
-            if (hasDropped(client, path)) {
-                drop(client, path);
-                continue;
-            }
-            BusWriter writer(m_object->createSignal(signal), BusWriter::maxMessageBytes);
+    for (const std::string &client : clients) {
+        // Nothing follows on what was left out before the client has been told.
+        if (hasDropped(client, path)) {
+            drop(client, path);
+            continue;
+        }
+        try {
+            BusWriter writer(m_object->createSignal(signal), m_clients.limits().messageBytes);
             writer.writeString(path.toString());
             write(writer);
-            if (!m_clients.send(client, writer.message(), writer.bytesWritten())) {
-                drop(client, path);
+            if (!m_clients.send(client, writer.message(), writer.bytesWritten()) &&
+                drop(client, path)) {
+                LOG4CPLUS_WARN(logger, "The client "
+                                           << client
+                                           << " doesn't read its signals: some are left out");
             }
+        } catch (const BusError &error) {
+            LOG4CPLUS_WARN(logger, "A change can't be sent: " << error.what());
+            drop(client, path);
         }
-    } catch (const BusError &error) {
-        LOG4CPLUS_WARN(logger, "A change can't be sent: " << error.what());
     }
 }
 
@@ -69,14 +73,10 @@ bool ModelSignals::hasDropped(const std::string &client, const CMPath &path) con
     return dropped != m_dropped.end() && dropped->second.count(path) > 0;
 }
 
-void ModelSignals::drop(const std::string &client, const CMPath &path)
+bool ModelSignals::drop(const std::string &client, const CMPath &path)
 {
     const auto [dropped, isNew] = m_dropped.try_emplace(client);
     Counts &counts = dropped->second;
-    if (isNew) {
-        LOG4CPLUS_WARN(logger,
-                       "The client " << client << " doesn't read its signals: some are left out");
-    }
     const auto maxPaths =
         std::size_t(m_clients.limits().subscriptions) + std::size_t(m_clients.limits().inboxes);
     if (counts.size() < maxPaths || counts.count(path) > 0) {
@@ -85,6 +85,7 @@ void ModelSignals::drop(const std::string &client, const CMPath &path)
     if (!m_timer.isActive()) {
         m_timer.start();
     }
+    return isNew;
 }
 
 void ModelSignals::reportDropped(const std::string &client, Counts &counts)

@@ -53,7 +53,7 @@ private:
     void emitTo(const char *signal, const Subscriptions::Names &clients, const CMPath &path,
                 const Write &write);
     bool hasDropped(const std::string &client, const CMPath &path) const;
-    void drop(const std::string &client, const CMPath &path);
+    bool drop(const std::string &client, const CMPath &path);
 
     void reportDropped(const std::string &client, Counts &counts);
 

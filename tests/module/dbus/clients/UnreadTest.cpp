@@ -78,6 +78,20 @@ protected:
         return true;
     }
 
+    /// How many of the replies to the silent client were sent after this reply.
+    long countLater(SilentClient &silent, int replies, const BusMessage &reply)
+    {
+        auto reading = std::async(std::launch::async, [&] { return silent.readSerials(replies); });
+        if (!waitFor([&] { return reading.wait_for(0s) == std::future_status::ready; })) {
+            return -1;
+        }
+        std::uint64_t serial = 0;
+        EXPECT_GE(sd_bus_message_get_cookie(reply.get(), &serial), 0);
+        const std::vector<std::uint64_t> serials = reading.get();
+        return std::count_if(serials.begin(), serials.end(),
+                             [serial](std::uint64_t other) { return other > serial; });
+    }
+
     std::unique_ptr<ClientProgram> startPython(const char *script)
     {
         return std::make_unique<ClientProgram>(
@@ -95,6 +109,7 @@ protected:
     static QVariantHash withoutRate(QVariantHash limits)
     {
         limits.insert("requestsPerSecond"_s, 0);
+        limits.insert(messageBytes, BusWriter::maxMessageBytes);
         return {{"limits"_s, limits}};
     }
 
@@ -106,6 +121,42 @@ model = dbus.Interface(bus.get_object('org.tavo.Model1', '/org/tavo/Model1', int
                        'org.tavo.Model1')
 )";
 };
+
+TEST_F(DbusUnreadTest, KeepsNobodyElseWaiting)
+{
+    std::vector<CMReply<QVariant>> replies;
+    publishRequest("/test/late"_s,
+                   [&](const CMSetDataRequest &request) { replies.push_back(request.reply()); });
+    const BusCall mine = client->send("/test/late"_s, 1);
+    ASSERT_TRUE(waitFor([&] { return replies.size() == 1; }));
+    SilentClient silent(bus().address());
+    constexpr int calls = 15;
+    for (int i = 0; i < calls; ++i) {
+        silent.call("/test/late");
+    }
+    ASSERT_TRUE(waitFor([&] { return replies.size() == 1 + calls; }));
+    bus().pause();
+    for (int i = calls; i >= 0; --i) {
+        replies[std::size_t(i)].setValue(QString(i == 0 ? 1 : mebi, 'x'));
+    }
+    bus().resume();
+    ASSERT_TRUE(mine.succeeds());
+    EXPECT_GT(countLater(silent, calls, mine.reply()), calls / 2);
+}
+
+TEST_F(DbusUnreadTest, OfIntrospectionKeepsNobodyElseWaiting)
+{
+    SilentClient silent(bus().address());
+    constexpr int calls = 120;
+    bus().pause();
+    for (int i = 0; i < calls; ++i) {
+        silent.introspect();
+    }
+    const BusCall mine = client->getValue("/test/small"_s);
+    bus().resume();
+    ASSERT_TRUE(mine.succeeds());
+    EXPECT_GT(countLater(silent, calls, mine.reply()), calls / 2);
+}
 
 TEST_F(DbusUnreadTest, ByOneClientStopsNoOther)
 {

@@ -13,6 +13,11 @@ using testing::IsSupersetOf;
 class DbusListsTest : public ModelTest
 {
 protected:
+    DbusListsTest()
+        : ModelTest(withLargeMessages())
+    {
+    }
+
     using Lines = std::vector<std::string>;
 
     /// The nodes in a reply, one line each; each node has this many strings.

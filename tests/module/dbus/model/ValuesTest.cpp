@@ -48,7 +48,49 @@ TEST_F(DbusValuesTest, ReachANodeAndItsReplyComesBack)
     EXPECT_EQ(client->send("/test/echo"_s, value).variant(), QVariant(value));
 }
 
-TEST_F(DbusValuesTest, OfAMegabyteAreSentBothWays)
+TEST_F(DbusValuesTest, AsLargeAsAPictureAndATextAreSentBothWays)
+{
+    publishEcho("/test/echo"_s);
+    const int size = 390'000;
+    const QVariant text = QString(size, 'x');
+    EXPECT_EQ(client->send("/test/echo"_s, text).variant(), text);
+    const QVariant bytes = QByteArray(size, '\xff');
+    EXPECT_EQ(client->send("/test/echo"_s, bytes).variant(), bytes);
+}
+
+TEST_F(DbusValuesTest, ThatKeepOthersWaitingAreNotSent)
+{
+    const QString large(400'000, 'x');
+    publishValue("/test/value"_s, 5)->setValue(TavoValue().setString_(large));
+    publishEcho("/test/echo"_s);
+    EXPECT_EQ(client->getValue("/test/value"_s).errorName(), "org.tavo.Error.UnsupportedValue");
+    EXPECT_EQ(client->send("/test/echo"_s, large).errorName(), "org.tavo.Error.UnsupportedValue");
+    const QString inbox = client->ask("OpenInbox").text();
+    const BusCall request = client->send(inbox, large);
+    EXPECT_EQ(request.errorName(), "org.freedesktop.DBus.Error.LimitsExceeded");
+    EXPECT_EQ(request.errorMessage(), "A request to an inbox may have no more than 393216 bytes");
+}
+
+TEST_F(DbusValuesTest, ThatKeepOthersWaitingAreToldAsDropped)
+{
+    CMValueNode *node = publishValue("/test/value"_s, 5);
+    ASSERT_TRUE(client->subscribe("/test/value"_s, "value"_s).succeeds());
+    node->setValue(TavoValue().setString_(QString(400'000, 'x')));
+    ASSERT_TRUE(client->waitForSignals(1));
+    EXPECT_THAT(client->received.front(), testing::StartsWith("Dropped /test/value"));
+    EXPECT_EQ(log().countAt(log4cplus::WARN_LOG_LEVEL), 1);
+}
+
+class DbusLargeValuesTest : public ModelTest
+{
+protected:
+    DbusLargeValuesTest()
+        : ModelTest(withLargeMessages())
+    {
+    }
+};
+
+TEST_F(DbusLargeValuesTest, OfAMegabyteAreSentBothWays)
 {
     publishEcho("/test/echo"_s);
     const QVariant text = QString(1 << 20, 'x');

@@ -1,0 +1,114 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Outbox.h"
+
+#include "Quotas.h"
+#include <bus/BusConnection.h>
+#include <bus/BusError.h>
+#include <core/tavo.h>
+
+#include <utility>
+
+namespace {
+const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
+
+/// What sending costs a client, for the turns.
+constexpr std::chrono::duration<double, std::nano> timePerByte(100);
+} // namespace
+
+Outbox::Outbox(BusConnection &bus, Quotas &quotas)
+    : m_bus(bus)
+    , m_quotas(quotas)
+{
+    tavoConnect(&m_bus, &BusConnection::turned, this, &Outbox::on_bus_turned);
+}
+
+void Outbox::send(const std::string &client, const BusMessage &message, std::size_t bytes)
+{
+    add(client, {message, bytes});
+}
+
+void Outbox::call(const std::string &client, const BusMessage &call,
+                  std::chrono::microseconds timeout, const BusCalls::Handler &handler)
+{
+    add(client, {call, 0, timeout, handler});
+}
+
+void Outbox::add(const std::string &client, Letter letter)
+{
+    if (m_waiting.empty() && !m_bus.isCongested()) {
+        post(client, letter);
+    } else {
+        m_waiting[client].push_back(std::move(letter));
+        sendSome();
+    }
+}
+
+void Outbox::forget(const std::string &client)
+{
+    const auto waiting = m_waiting.extract(client);
+    if (waiting.empty()) {
+        return;
+    }
+    for (const Letter &letter : waiting.mapped()) {
+        if (sd_bus_message_get_destination(letter.message.get()) == nullptr) {
+            post(client, letter);
+        }
+    }
+}
+
+void Outbox::sendAll()
+{
+    while (!m_waiting.empty()) {
+        sendNext(next());
+    }
+}
+
+void Outbox::on_bus_turned()
+{
+    sendSome();
+}
+
+void Outbox::sendSome()
+{
+    while (!m_waiting.empty() && !m_bus.isCongested()) {
+        sendNext(next());
+    }
+}
+
+void Outbox::sendNext(Waiting::iterator client)
+{
+    const std::string name = client->first;
+    const Letter letter = std::move(client->second.front());
+    client->second.pop_front();
+    if (client->second.empty()) {
+        m_waiting.erase(client);
+    }
+    m_quotas.addTime(name, double(letter.bytes) * timePerByte);
+    post(name, letter);
+}
+
+void Outbox::post(const std::string &client, const Letter &letter)
+{
+    try {
+        if (letter.handler) {
+            m_bus.send(letter.message, letter.timeout, letter.handler);
+        } else {
+            letter.message.send();
+        }
+    } catch (const BusError &error) {
+        LOG4CPLUS_WARN(logger, "A message to " << client << " can't be sent: " << error.what());
+    }
+}
+
+Outbox::Waiting::iterator Outbox::next()
+{
+    auto best = m_waiting.begin();
+    for (auto client = std::next(best); client != m_waiting.end(); ++client) {
+        if (m_quotas.turnOf(client->first, {}) < m_quotas.turnOf(best->first, {})) {
+            best = client;
+        }
+    }
+    return best;
+}

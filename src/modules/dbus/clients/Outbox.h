@@ -1,0 +1,72 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <bus/BusCalls.h>
+#include <bus/BusMessage.h>
+
+#include <QObject>
+
+#include <chrono>
+#include <cstddef>
+#include <deque>
+#include <optional>
+#include <string>
+#include <unordered_map>
+
+class BusConnection;
+class Quotas;
+
+/// Sends messages to clients in turn, so that what is sent to one client does not delay what is sent
+/// to the others: a bus reads from the host slowly, in the order in which it was sent. What has been
+/// sent to a client costs it turns. The messages to one client stay in order.
+///
+/// Owned by Clients, used in the worker's thread. Throws nothing: what can't be sent is logged.
+class Outbox : public QObject
+{
+    Q_OBJECT
+
+public:
+    Outbox(BusConnection &bus, Quotas &quotas);
+
+    /// Sends a reply or a signal of about this many bytes. Its destination must be set; without one it
+    /// goes to everyone, after what was sent to the client before.
+    void send(const std::string &client, const BusMessage &message, std::size_t bytes);
+
+    /// Calls the bus itself, after what was sent to the client before. See BusCalls::send().
+    void call(const std::string &client, const BusMessage &call, std::chrono::microseconds timeout,
+              const BusCalls::Handler &handler);
+
+    /// The client has left. What it would have been sent is dropped.
+    void forget(const std::string &client);
+
+    /// Hands over everything to the bus, before the host stops.
+    void sendAll();
+
+    /// The bus has gone.
+    void clear() { m_waiting.clear(); }
+
+private Q_SLOTS:
+    void on_bus_turned();
+
+private:
+    struct Letter
+    {
+        BusMessage message;
+        std::size_t bytes;
+        std::chrono::microseconds timeout{};
+        BusCalls::Handler handler{}; ///< of a call
+    };
+    using Waiting = std::unordered_map<std::string, std::deque<Letter>>;
+
+    void add(const std::string &client, Letter letter);
+    void sendSome();
+    void sendNext(Waiting::iterator client);
+    void post(const std::string &client, const Letter &letter);
+    Waiting::iterator next();
+
+    BusConnection &m_bus;
+    Quotas &m_quotas;
+    Waiting m_waiting; ///< by client; none is empty
+};
