@@ -230,6 +230,17 @@ void CrowdHost::startHost()
     if (!m_host.startReady() || !m_host.waitForLog("Serving org.freedesktop.Notifications")) {
         throw std::runtime_error("the host does not start: " + log());
     }
+    loadHttp();
+}
+
+/// Has the host load what it keeps for http, so that this is no difference afterwards.
+void CrowdHost::loadHttp() const
+{
+    Connection connection(m_setting.address, m_setting.good);
+    const BusMessage call = connection.createCall(Connection::model, "Call");
+    append(call, "sv", "/notifications/player/enqueue", "a{sv}", 1, "notificationPlayerItem",
+           "a{sv}", 2, "id", "s", "http", "content", "s", "http://127.0.0.1:1/alarm.wav");
+    ask(connection, call);
 }
 
 long CrowdHost::residentKiB() const

@@ -57,6 +57,7 @@ private:
     void writeFiles();
     void startBus();
     void startHost();
+    void loadHttp() const;
     QString inFolder(const char *name) const { return m_folder.filePath(QLatin1String(name)); }
 
     QTemporaryDir m_folder;

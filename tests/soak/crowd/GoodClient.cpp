@@ -155,14 +155,19 @@ void GoodClient::measureCalls(Connection &connection)
             append(call, "s", "/notifications/player/isPlaying");
             wait.ask(connection, call);
         }
-        Timed wait(*this, Message);
+        std::optional<BusMessage> opened;
         const BusMessage notify = connection.createCall(Connection::desktop, "Notify");
         append(notify, "susssasa{sv}i", "", 0, "", "A title", "and a text", 0, 1, "urgency", "y", 2,
                0);
-        if (const auto reply = wait.ask(connection, notify)) {
+        {
+            Timed wait(*this, Message);
+            opened = wait.ask(connection, notify);
+        }
+        if (opened) {
+            Timed wait(*this, Close);
             const BusMessage close =
                 connection.createCall(Connection::desktop, "CloseNotification");
-            append(close, "u", BusReader(*reply).readUInt32());
+            append(close, "u", BusReader(*opened).readUInt32());
             wait.ask(connection, close);
         }
     }

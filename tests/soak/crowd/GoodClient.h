@@ -23,10 +23,10 @@ public:
     using Milliseconds = std::chrono::milliseconds;
 
     /// What it waits for.
-    enum Kind { Machine, Bus, Value, Message, Alarm };
+    enum Kind { Machine, Bus, Value, Message, Close, Alarm };
     static constexpr const char *names[] = {
-        "a pause of its own", "a reply of the bus itself", "the reply to GetValue",
-        "the replies to Notify and Close", "an urgent sound to start"};
+        "a pause of its own",  "a reply of the bus itself",      "the reply to GetValue",
+        "the reply to Notify", "the reply to CloseNotification", "an urgent sound to start"};
     static constexpr int kinds = Alarm + 1;
 
     struct Wait

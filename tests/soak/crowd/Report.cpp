@@ -24,7 +24,7 @@ std::string format(const char *text, Arguments... arguments)
 
 bool isForHost(GoodClient::Kind kind)
 {
-    return kind == GoodClient::Value || kind == GoodClient::Message || kind == GoodClient::Alarm;
+    return kind != GoodClient::Machine && kind != GoodClient::Bus;
 }
 
 std::string attackTable(const std::vector<Run> &runs, const std::vector<Wait> &waits)

@@ -27,7 +27,7 @@ constexpr long maxResidentKiB = 512 * 1024;
 
 /// How much more memory may be in use after the crowd has left, because the heap is fragmented
 /// then.
-constexpr long residentAfterwardsKiB = 128 * 1024;
+constexpr long residentAfterwardsKiB = 32 * 1024;
 
 constexpr Milliseconds settleTime = 5s;
 
@@ -76,13 +76,15 @@ void showProgress(Milliseconds elapsed, const Crowd &crowd,
     for (const Run &run : crowd.runs()) {
         calls += run.sent;
     }
-    std::cout
-        << elapsed.count() / 1000 << " s: " << calls << " hostile calls, longest wait for a reply "
-        << std::max(longest(waits, GoodClient::Value), longest(waits, GoodClient::Message)).count()
-        << " ms, for an urgent sound " << longest(waits, GoodClient::Alarm).count()
-        << " ms, of the bus " << longest(waits, GoodClient::Bus).count() << " ms, of the machine "
-        << longest(waits, GoodClient::Machine).count() << " ms, resident " << residentKiB / 1024
-        << " MiB" << std::endl;
+    std::cout << elapsed.count() / 1000 << " s: " << calls
+              << " hostile calls, longest wait for a reply "
+              << std::max({longest(waits, GoodClient::Value), longest(waits, GoodClient::Message),
+                           longest(waits, GoodClient::Close)})
+                     .count()
+              << " ms, for an urgent sound " << longest(waits, GoodClient::Alarm).count()
+              << " ms, of the bus " << longest(waits, GoodClient::Bus).count()
+              << " ms, of the machine " << longest(waits, GoodClient::Machine).count()
+              << " ms, resident " << residentKiB / 1024 << " MiB" << std::endl;
 }
 
 /// Lets the crowd and the good client loose on the host.
