@@ -6,6 +6,7 @@
 #include "support/Sanitized.h"
 
 #include <cerrno>
+#include <chrono>
 #include <cstdint>
 #include <cstring>
 #include <fcntl.h>
@@ -16,6 +17,7 @@
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <system_error>
+#include <thread>
 #include <unistd.h>
 
 namespace exploration {
@@ -56,6 +58,12 @@ bool readAll(int file, char *data, std::size_t size)
     }
     return true;
 }
+bool isAlone()
+{
+    const std::filesystem::directory_iterator threads("/proc/self/task");
+    // ThreadSanitizer has a thread of its own.
+    return threadSanitized || std::distance(begin(threads), end(threads)) == 1;
+}
 } // namespace
 
 void *sharedMemory(std::size_t size)
@@ -86,10 +94,13 @@ Pipe::Pipe()
 
 int forkAlone()
 {
-    const std::filesystem::directory_iterator threads("/proc/self/task");
-    // ThreadSanitizer has a thread of its own.
-    if (!threadSanitized && std::distance(begin(threads), end(threads)) != 1) {
-        throw std::logic_error("only a process with one thread can be forked");
+    // A thread that has been joined is listed for a moment longer.
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+    while (!isAlone()) {
+        if (std::chrono::steady_clock::now() > limit) {
+            throw std::logic_error("only a process with one thread can be forked");
+        }
+        std::this_thread::yield();
     }
     return ::fork();
 }
