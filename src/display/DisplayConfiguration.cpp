@@ -8,6 +8,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QKeySequence>
 #include <QLocale>
 
 #include <algorithm>
@@ -98,6 +99,20 @@ QString readLanguage(TavoConfiguration &configuration)
     return language;
 }
 
+/// A key that QKeySequence knows, with a modifier, so that it is not one that people type with.
+QString readFocusKey(TavoConfiguration &configuration)
+{
+    const auto key = QStringLiteral("focusKey");
+    QString text = configuration.string(key, {});
+    const QKeySequence sequence(text);
+    const bool isGood = sequence.count() == 1 && (sequence[0] & Qt::KeyboardModifierMask) != 0 &&
+                        (sequence[0] & ~int(Qt::KeyboardModifierMask)) != Qt::Key_unknown;
+    if (!text.isEmpty() && !isGood) {
+        configuration.fail(key, QStringLiteral("must be a key with modifiers, such as \"Meta+N\""));
+    }
+    return text;
+}
+
 DisplayConfiguration read(TavoConfiguration source, const QString &file)
 {
     constexpr int maxMargin = 1000;
@@ -121,7 +136,7 @@ DisplayConfiguration read(TavoConfiguration source, const QString &file)
     read.theme = readTheme(source, file, read.theme);
     read.iconTheme = source.string(QStringLiteral("iconTheme"), read.iconTheme);
     read.language = readLanguage(source);
-    read.focusKey = source.string(QStringLiteral("focusKey"), {});
+    read.focusKey = readFocusKey(source);
     read.reducedMotion = source.boolean(QStringLiteral("reducedMotion"), read.reducedMotion);
     source.finish();
     return read;

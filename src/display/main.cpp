@@ -16,7 +16,6 @@
 #include <core/base/connect.h>
 
 #include <QCryptographicHash>
-#include <QFile>
 #include <QGuiApplication>
 #include <QLockFile>
 #include <QStandardPaths>
@@ -140,8 +139,7 @@ int run(int argc, char **argv, const CommandLine &line, const DisplayConfigurati
         return exitWith(
             {ExitCode::Unavailable, QStringLiteral("tavo-display: %1").arg(failure->reason)});
     }
-    // The name of the program may be a link or found in the PATH.
-    Placement::preparePlatform(QFile::symLinkTarget(QStringLiteral("/proc/self/exe")));
+    Placement::preparePlatform();
     blockStopSignals();
     QGuiApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QGuiApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);

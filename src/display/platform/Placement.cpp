@@ -3,12 +3,11 @@
 
 #include "display/platform/Placement.h"
 
-#include <QFileInfo>
+#include "display/platform/PlatformLibrary.h"
+
 #include <QGuiApplication>
-#include <QLibrary>
 
 namespace {
-using UseLayerShell = bool();
 using MakeLayerPlacement = Placement *();
 
 /// Set if the compositor has layers for messages.
@@ -62,17 +61,15 @@ public:
 };
 } // namespace
 
-void Placement::preparePlatform(const QString &program)
+void Placement::preparePlatform()
 {
     if (qgetenv("QT_QPA_PLATFORM") != "wayland") {
         return;
     }
-    QLibrary library(QFileInfo(program).absolutePath() +
-                     QStringLiteral("/" TAVO_DISPLAY_DIR "/libtavo_display_wayland.so"));
-    auto *use = reinterpret_cast<UseLayerShell *>(library.resolve("tavoDisplayUseLayerShell"));
+    auto *use = platformFunction<bool()>("wayland", "tavoDisplayUseLayerShell");
     if (use != nullptr && use()) {
-        s_makeLayerPlacement = reinterpret_cast<MakeLayerPlacement *>(
-            library.resolve("tavoDisplayMakeLayerPlacement"));
+        s_makeLayerPlacement =
+            platformFunction<MakeLayerPlacement>("wayland", "tavoDisplayMakeLayerPlacement");
     }
 }
 

@@ -36,7 +36,7 @@ public:
     virtual bool isWholeScreen() const { return false; }
 
     /// Called before there is an application. On Wayland, finds out what the compositor can do.
-    static void preparePlatform(const QString &program);
+    static void preparePlatform();
 
     /// For the platform that the application runs on.
     static std::unique_ptr<Placement> create();

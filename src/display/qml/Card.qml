@@ -19,6 +19,10 @@ Rectangle {
     color: colors.background
     border { width: 1; color: colors.border }
 
+    Keys.onEscapePressed: message.close()
+    Keys.onUpPressed: scroll.flick(0, 400)
+    Keys.onDownPressed: scroll.flick(0, -400)
+
     LayoutMirroring.enabled: look.isMirrored
     LayoutMirroring.childrenInherit: true
 

@@ -94,6 +94,9 @@ MessageWindow::~MessageWindow()
 void MessageWindow::setConfiguration(const DisplayConfiguration &configuration)
 {
     m_configuration = configuration;
+    if (!configuration.focusKey.isEmpty() && !m_focusKey) {
+        m_focusKey = FocusKey::create();
+    }
     if (m_placement->isWholeScreen()) {
         m_configuration.mode = DisplayConfiguration::Mode::Fullscreen;
     }
@@ -214,8 +217,12 @@ void MessageWindow::show()
     measure();
     loadTheme();
     m_card->setParentItem(m_window->contentItem());
+    m_card->setFocus(true); // For keys that no button handles.
     place();
     m_window->setVisible(true); // Keeps the state that the placement has set.
+    if (m_focusKey) {
+        m_focusKey->follow(QKeySequence(m_configuration.focusKey), m_window.get());
+    }
 }
 
 void MessageWindow::recreate()
@@ -228,6 +235,9 @@ void MessageWindow::recreate()
 void MessageWindow::destroyWindow()
 {
     m_resizeTimer.stop();
+    if (m_focusKey) {
+        m_focusKey->follow({}, nullptr);
+    }
     if (m_card) {
         m_card->setParentItem(nullptr);
     }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "display/DisplayConfiguration.h"
+#include "display/platform/FocusKey.h"
 #include "display/platform/Placement.h"
 #include "display/view/Look.h"
 #include "display/view/ShownMessage.h"
@@ -55,6 +56,7 @@ private:
     ShownMessage &m_message;
     DisplayConfiguration m_configuration;
     std::unique_ptr<Placement> m_placement;
+    std::unique_ptr<FocusKey> m_focusKey; ///< null on platforms that need none
     Look m_look;
     QQmlEngine m_engine;
     PictureProvider *m_pictures; ///< owned by the engine

@@ -4,7 +4,13 @@
 #include "DisplayTest.h"
 
 namespace {
+// As X11 numbers them.
 constexpr quint32 keyTab = 0xff09;
+constexpr quint32 keyReturn = 0xff0d;
+constexpr quint32 keyEscape = 0xff1b;
+constexpr quint32 keyControl = 0xffe3;
+constexpr quint32 keyAlt = 0xffe9;
+constexpr quint32 keyN = 'n';
 
 class DisplayPersonTest : public DisplayTest
 {
@@ -83,5 +89,43 @@ TEST_F(DisplayPersonTest, keepsTheKeyboardWhereItIs)
     m_server.press({keyTab});
     waitUntilArmed();
     EXPECT_EQ(m_server.focusedWindow(), editor);
+}
+
+TEST_F(DisplayPersonTest, closesAMessageWithTheKeyboardOnly)
+{
+    writeConfiguration({{"focusKey", "Ctrl+Alt+N"}});
+    start();
+    const quint32 editor = m_server.openOtherWindow({0, 600, 200, 100});
+    show("Alarm", Priority::Urgent);
+    ASSERT_TRUE(waitForLook(Priority::Urgent));
+    waitUntilArmed();
+    m_server.press({keyControl, keyAlt, keyN});
+    ASSERT_TRUE(waitFor([&] { return m_server.focusedWindow() != editor; }));
+    m_server.press({keyEscape});
+    const auto isEditor = [](const QVector<QRect> &windows) { return windows.size() == 1; };
+    EXPECT_TRUE(m_server.waitForWindows(isEditor));
+    EXPECT_TRUE(waitFor([&] { return m_server.focusedWindow() == editor; }));
+}
+
+TEST_F(DisplayPersonTest, pressesAButtonWithTheKeyboardOnly)
+{
+    writeConfiguration({{"focusKey", "Ctrl+Alt+N"}});
+    start();
+    const quint32 editor = m_server.openOtherWindow({0, 600, 200, 100});
+    Program notifier("notify-send");
+    notifier.setEnvironment("DBUS_SESSION_BUS_ADDRESS", m_bus.address());
+    notifier.start(
+        {"-u", "critical", "-A", "open=Open", "-A", "wait=Wait", "Doorbell", "Somebody"});
+    ASSERT_TRUE(waitForLook(Priority::Urgent));
+    waitUntilArmed();
+    m_server.press({keyControl, keyAlt, keyN});
+    ASSERT_TRUE(waitFor([&] { return m_server.focusedWindow() != editor; }));
+    // Close, Open, Wait
+    m_server.press({keyTab});
+    m_server.press({keyTab});
+    m_server.press({keyTab});
+    m_server.press({keyReturn});
+    EXPECT_EQ(notifier.waitForExit(), 0);
+    EXPECT_EQ(notifier.output(), "wait\n");
 }
 } // namespace

@@ -75,6 +75,8 @@ TEST(DisplayConfigurationTest, aWrongOneNamesFileKeyAndReason)
         "of a QML file");
     EXPECT_EQ(errorOf(R"({"language": "klingon!"})"),
               "/etc/tavo/display.json: language: must be a language such as \"de\" or \"de_AT\"");
+    EXPECT_EQ(errorOf(R"({"focusKey": "N"})"),
+              "/etc/tavo/display.json: focusKey: must be a key with modifiers, such as \"Meta+N\"");
     EXPECT_THAT(errorOf(R"({"colour": 1})"), testing::HasSubstr("colour"));
     EXPECT_THAT(errorOf("{"), testing::StartsWith("/etc/tavo/display.json:1:"));
 }
