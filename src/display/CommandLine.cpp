@@ -35,8 +35,10 @@ struct Options
         QStringLiteral("bus")};
     QCommandLineOption demo{QStringLiteral("demo"),
                             QStringLiteral("Show every look without a host, and end.")};
-    QCommandLineOption check{QStringLiteral("check"),
-                             QStringLiteral("Check the configuration, and end.")};
+    QCommandLineOption check{
+        QStringLiteral("check"),
+        QStringLiteral("Check the configuration and the display, tell whether another "
+                       "tavo-display runs there, and end.")};
     QCommandLineOption help{{QStringLiteral("h"), QStringLiteral("help")},
                             QStringLiteral("Show this help.")};
     QCommandLineOption version{{QStringLiteral("v"), QStringLiteral("version")},

@@ -31,6 +31,11 @@ int exitWith(const ExitFailure &failure)
     return static_cast<int>(failure.code);
 }
 
+ExitFailure noDisplay(const Failure &failure)
+{
+    return {ExitCode::Unavailable, QStringLiteral("tavo-display: %1").arg(failure.reason)};
+}
+
 int print(const QString &text)
 {
     std::printf("%s\n", qUtf8Printable(text));
@@ -136,8 +141,7 @@ int run(int argc, char **argv, const CommandLine &line, const DisplayConfigurati
     std::signal(SIGPIPE, SIG_IGN);
     const auto screen = choosePlatform(configuration.renderer);
     if (const auto *failure = std::get_if<Failure>(&screen)) {
-        return exitWith(
-            {ExitCode::Unavailable, QStringLiteral("tavo-display: %1").arg(failure->reason)});
+        return exitWith(noDisplay(*failure));
     }
     Placement::preparePlatform();
     blockStopSignals();
@@ -166,6 +170,21 @@ int run(int argc, char **argv, const CommandLine &line, const DisplayConfigurati
     return QGuiApplication::exec();
 }
 
+/// The names of what the program is going to use, and whether another one uses it already.
+int check(const CommandLine &line, const DisplayConfiguration &configuration)
+{
+    print(line.configurationFile.isEmpty()
+              ? QStringLiteral("built-in configuration: good")
+              : QStringLiteral("%1: good").arg(line.configurationFile));
+    const auto screen = choosePlatform(configuration.renderer);
+    if (const auto *failure = std::get_if<Failure>(&screen)) {
+        return exitWith(noDisplay(*failure));
+    }
+    QLockFile lock(lockFile(busOf(line, configuration), std::get<QString>(screen)));
+    lock.setStaleLockTime(0);
+    return print(lock.tryLock() ? QStringLiteral("not running") : QStringLiteral("running"));
+}
+
 int act(int argc, char **argv, CommandLine line)
 {
     if (line.configurationFile.isEmpty()) {
@@ -177,9 +196,7 @@ int act(int argc, char **argv, CommandLine line)
             configuration = DisplayConfiguration::fromFile(line.configurationFile);
         }
         if (line.action == CommandLine::Action::Check) {
-            return print(line.configurationFile.isEmpty()
-                             ? QStringLiteral("built-in configuration: good")
-                             : QStringLiteral("%1: good").arg(line.configurationFile));
+            return check(line, configuration);
         }
         return run(argc, argv, line, configuration);
     } catch (const std::runtime_error &error) {

@@ -21,6 +21,8 @@ DoctorCommand::DoctorCommand(const Options &options, TavoClient &client, Termina
 {
     tavoConnect(&m_process, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
                 &DoctorCommand::on_process_ended);
+    tavoConnect(&m_display, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
+                &DoctorCommand::on_display_ended);
 }
 
 void DoctorCommand::start()
@@ -30,7 +32,7 @@ void DoctorCommand::start()
 
 void DoctorCommand::lookAtModuleFiles()
 {
-    const QString program = hostProgram();
+    const QString program = programBeside(QStringLiteral("tavo-host"));
     if (program.isEmpty()) {
         add(State::Notice, "modules", QStringLiteral("tavo-host is not installed here"),
             QStringLiteral("install it, unless the host runs elsewhere"));
@@ -165,8 +167,38 @@ void DoctorCommand::lookAtDevices()
     lookAtDevice(QStringLiteral("notifications' device"), TavoPlayerAlsaDeviceNotificationsPath(),
                  [this] {
                      lookAtDevice(QStringLiteral("main audio's device"),
-                                  TavoPlayerAlsaDeviceMainPath(), [this] { conclude(); });
+                                  TavoPlayerAlsaDeviceMainPath(), [this] { lookAtDisplay(); });
                  });
+}
+
+void DoctorCommand::lookAtDisplay()
+{
+    const QString program = programBeside(QStringLiteral("tavo-display"));
+    if (program.isEmpty()) {
+        add(State::Notice, "screen", QStringLiteral("tavo-display is not installed here"),
+            QStringLiteral("install it to see messages, if the device has a screen"));
+        conclude();
+        return;
+    }
+    constexpr int timeoutMs = 10000;
+    QTimer::singleShot(timeoutMs, &m_display, &QProcess::kill);
+    m_display.start(program, {QStringLiteral("--check"), QStringLiteral("--bus"),
+                              QString::fromStdString(options().bus)});
+}
+
+void DoctorCommand::on_display_ended()
+{
+    if (m_display.exitStatus() != QProcess::NormalExit || m_display.exitCode() != 0) {
+        add(State::Notice, "screen",
+            QString::fromLocal8Bit(m_display.readAllStandardError()).trimmed(),
+            QStringLiteral("tavo-display --check tells when it is right"));
+    } else if (m_display.readAllStandardOutput().endsWith("\nrunning\n")) {
+        add(State::Good, "screen", QStringLiteral("tavo-display shows the messages"));
+    } else {
+        add(State::Notice, "screen", QStringLiteral("tavo-display does not run"),
+            QStringLiteral("start it: tavo-display"));
+    }
+    conclude();
 }
 
 void DoctorCommand::lookAtDevice(const QString &subject, const CMPath &path,

@@ -23,6 +23,7 @@ public:
 
 private Q_SLOTS:
     void on_process_ended();
+    void on_display_ended();
 
 private:
     void lookAtModuleFiles();
@@ -32,6 +33,7 @@ private:
     void lookAtMessages();
     void lookAtMusic();
     void lookAtDevices();
+    void lookAtDisplay();
     void lookAtDevice(const QString &subject, const CMPath &path, std::function<void()> next);
 
     void add(Finding::State state, const char *subject, const QString &text,
@@ -41,5 +43,6 @@ private:
 
     TavoMessages m_messages;
     QProcess m_process; ///< tavo-host --list-modules
+    QProcess m_display; ///< tavo-display --check
     QVector<Finding> m_findings;
 };

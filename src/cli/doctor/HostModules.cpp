@@ -49,9 +49,8 @@ QVector<Finding> lookAtModules(const QByteArray &list)
     return findings;
 }
 
-QString hostProgram()
+QString programBeside(const QString &name)
 {
-    const QString name = QStringLiteral("tavo-host");
     const QString beside =
         QStandardPaths::findExecutable(name, {QCoreApplication::applicationDirPath()});
     return beside.isEmpty() ? QStandardPaths::findExecutable(name) : beside;

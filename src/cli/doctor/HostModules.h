@@ -11,5 +11,5 @@
 /// Checks the installed modules, by the output of tavo-host --list-modules.
 QVector<Finding> lookAtModules(const QByteArray &list);
 
-/// The path of tavo-host, beside this program or on PATH; empty when there is none.
-QString hostProgram();
+/// The path of another program, beside this one or on PATH; empty when there is none.
+QString programBeside(const QString &name);

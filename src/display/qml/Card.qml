@@ -101,6 +101,7 @@ Rectangle {
                         renderType: Text.NativeRendering
                         color: card.colors.faintText
                         font.pixelSize: Math.round(card.unit * 0.85)
+                        horizontalAlignment: Text.AlignLeft // of the layout, not of the text
                         elide: Text.ElideRight
                         maximumLineCount: 1
                     }
@@ -138,6 +139,7 @@ Rectangle {
                     renderType: Text.NativeRendering
                     color: card.colors.text
                     font { pixelSize: Math.round(card.unit * (card.isLarge ? 1.6 : 1.15)); bold: true }
+                    horizontalAlignment: Text.AlignLeft
                     wrapMode: Text.Wrap
                     elide: Text.ElideRight
                     maximumLineCount: 3

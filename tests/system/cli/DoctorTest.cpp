@@ -42,6 +42,17 @@ TEST_F(CliDoctorTest, FindsEverythingInOrder)
                 testing::ElementsAre("good: null can be opened"));
 }
 
+TEST_F(CliDoctorTest, ReportsThatNothingIsOnTheScreen)
+{
+    startHost();
+    m_tavo.setEnvironment("QT_QPA_PLATFORM", "xcb");
+    m_tavo.setEnvironment("DISPLAY", ":65000");
+    EXPECT_EQ(run({"doctor", "--json"}), s_good);
+    EXPECT_THAT(findings("screen"), testing::ElementsAre(testing::AnyOf(
+                                        HasSubstr("notice: tavo-display: there is no display"),
+                                        "notice: tavo-display is not installed here")));
+}
+
 TEST_F(CliDoctorTest, ReportsAMissingBus)
 {
     m_bus.stop();

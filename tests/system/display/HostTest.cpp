@@ -76,6 +76,19 @@ TEST_F(DisplayHostTest, aSecondInstanceSaysSoAndEnds)
     EXPECT_TRUE(m_display.isRunning());
 }
 
+TEST_F(DisplayHostTest, tellsWhetherAnotherOneRuns)
+{
+    Program other(TAVO_DISPLAY_PROGRAM);
+    prepare(other);
+    EXPECT_EQ(other.run({"--check"}), 0);
+    EXPECT_EQ(other.output(), "built-in configuration: good\nnot running\n");
+    start();
+    show("Door");
+    ASSERT_TRUE(waitForLook(Priority::Normal));
+    EXPECT_EQ(other.run({"--check"}), 0);
+    EXPECT_EQ(other.output(), "built-in configuration: good\nrunning\n");
+}
+
 TEST_F(DisplayHostTest, endsBySignal)
 {
     start();
