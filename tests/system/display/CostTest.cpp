@@ -71,4 +71,74 @@ TEST_F(DisplayCostTest, wakesAtMostFiveTimesASecondForACountdown)
     ASSERT_TRUE(waitForLook(Priority::Normal));
     EXPECT_LE(switchesInTime(), 5 * s_time.count());
 }
+
+/// Follows ten thousand heads, each of which pre-empts the one before.
+class DisplayFloodTest : public DisplayCostTest
+{
+protected:
+    static constexpr int s_count = 10000;
+
+    void startWithoutLimits()
+    {
+        startHost({{"priority", s_count * 2},
+                   {"openNotifications", s_count * 2},
+                   {"totalOpenNotifications", s_count * 2},
+                   {"requestsPerSecond", 1000000},
+                   {"storedBytes", 1 << 30},
+                   {"totalStoredBytes", 1 << 30}});
+        m_display.setEnvironment("QT_LOGGING_RULES", "qt.scenegraph.time.renderloop=true");
+        m_display.start({});
+    }
+
+    /// Opens that many messages, each more urgent than those before, or none of them.
+    void open(int count, bool isRising)
+    {
+        CMReply<CMPath> last;
+        for (int i = 0; i < count; ++i) {
+            last = m_client.open(
+                TavoNotificationDisplayItem()
+                    .setTitle(QStringLiteral("Door"))
+                    .setMessage(QStringLiteral("Somebody"))
+                    .setPriority(TavoNotificationItemPriority::Enum(isRising ? i + 4 : 0)));
+        }
+        ASSERT_TRUE(waitFor([&] { return last.isFinished(); }, std::chrono::seconds(60)));
+        ASSERT_FALSE(last.error().isError()) << last.error().message().toString().toStdString();
+    }
+
+    int pictures() const
+    {
+        const std::string log = m_display.error();
+        int count = 0;
+        for (std::size_t at = log.find("renderloop"); at != std::string::npos;
+             at = log.find("renderloop", at + 1)) {
+            ++count;
+        }
+        return count;
+    }
+};
+
+TEST_F(DisplayFloodTest, drawsAtMostSixtyPicturesASecond)
+{
+    startWithoutLimits();
+    show("Door");
+    ASSERT_TRUE(waitForLook(Priority::Normal));
+    const int before = pictures();
+    QElapsedTimer timer;
+    timer.start();
+    open(s_count, true);
+    ASSERT_TRUE(waitForLook(Priority::Urgent));
+    letPass(std::chrono::milliseconds(300));
+    const double seconds = double(timer.elapsed()) / 1000;
+    EXPECT_GT(pictures(), before);
+    EXPECT_LE(pictures() - before, 60 * seconds);
+}
+
+TEST_F(DisplayFloodTest, aLongQueueCostsNothing)
+{
+    startWithoutLimits();
+    show("Door", Priority::Urgent);
+    ASSERT_TRUE(waitForLook(Priority::Urgent));
+    open(s_count, false);
+    EXPECT_EQ(switchesInTime(), 0);
+}
 } // namespace

@@ -59,7 +59,7 @@ protected:
         program.setEnvironment("LC_ALL", "C.UTF-8");
     }
 
-    void startHost()
+    void startHost(const QJsonObject &limits = {})
     {
         m_host = std::make_unique<HostProcess>();
         const QJsonObject devices{{"mainDevice", "null"}, {"notificationsDevice", "null"}};
@@ -68,7 +68,8 @@ protected:
               QJsonArray{"powermanager", QJsonObject{{"name", "player"}, {"config", devices}},
                          "notifications",
                          QJsonObject{{"name", "dbus"},
-                                     {"config", QJsonObject{{"bus", m_bus.address()}}}}}}});
+                                     {"config", QJsonObject{{"bus", m_bus.address()},
+                                                            {"limits", limits}}}}}}});
         ASSERT_TRUE(m_host->startReady()) << m_host->log().toStdString();
         ASSERT_TRUE(m_host->waitForLog("Serving org.tavo.Model1"));
         ASSERT_TRUE(m_host->waitForLog("Serving org.freedesktop.Notifications"));
