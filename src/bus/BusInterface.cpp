@@ -75,7 +75,7 @@ BusInterface readNode(QXmlStreamReader &xml)
 }
 
 template <typename Member>
-const Member *find(const std::vector<Member> &members, const std::string &name)
+const Member *find(const std::vector<Member> &members, std::string_view name)
 {
     for (const Member &member : members) {
         if (member.name == name) {
@@ -100,7 +100,7 @@ BusInterface BusInterface::fromXml(const QByteArray &xml)
     return result;
 }
 
-const BusInterface::Method *BusInterface::method(const std::string &member) const
+const BusInterface::Method *BusInterface::method(std::string_view member) const
 {
     return find(methods, member);
 }

@@ -8,6 +8,7 @@
 #include <QByteArray>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// An interface of an object on a bus, as its introspection XML defines it. The XML is the one place
@@ -44,7 +45,7 @@ struct BusInterface
     static BusInterface fromXml(const QByteArray &xml);
 
     /// Null if there is no such method.
-    const Method *method(const std::string &member) const;
+    const Method *method(std::string_view member) const;
 
     /// Whether the call or signal has the arguments that the XML gives it. True for a member that the
     /// XML does not have.

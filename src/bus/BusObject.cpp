@@ -82,9 +82,12 @@ bool BusObject::serves(const BusMessage &call) const
     const char *path = sd_bus_message_get_path(call.get());
     const char *interface = sd_bus_message_get_interface(call.get());
     const char *member = sd_bus_message_get_member(call.get());
-    return path != nullptr && interface != nullptr && member != nullptr &&
-           m_interface.path == path && m_interface.name == interface &&
-           m_handlers.count(member) > 0 && m_interface.describes(call);
+    if (path == nullptr || interface == nullptr || member == nullptr || m_interface.path != path ||
+        m_interface.name != interface) {
+        return false;
+    }
+    const BusInterface::Method *method = m_interface.method(member);
+    return method != nullptr && call.hasSignature(method->in.c_str());
 }
 
 BusMessage BusObject::createSignal(const char *name) const

@@ -46,9 +46,8 @@ CallTurns::CallTurns(BusConnection &bus, Quotas &quotas, int maxValueBytes, IsRe
     tavoConnect(&m_timer, &QTimer::timeout, this, &CallTurns::on_timer_timeout);
 }
 
-void CallTurns::add(const BusMessage &call, Method &method)
+void CallTurns::add(const std::string &client, const BusMessage &call, Method &method)
 {
-    const std::string client = call.sender();
     Quotas::Charge charge;
     // A call before which nothing waits is handled at once, so it does not count.
     if (!m_waiting.empty()) {

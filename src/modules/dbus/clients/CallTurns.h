@@ -50,9 +50,9 @@ public:
 
     CallTurns(BusConnection &bus, Quotas &quotas, int maxValueBytes, IsReady isReady);
 
-    /// Has the call handled soon. The method must stay while there is a bus. Throws
+    /// Has the call of the client handled soon. The method must stay while there is a bus. Throws
     /// BusError::limitExceeded() when too many calls wait already.
-    void add(const BusMessage &call, Method &method);
+    void add(const std::string &client, const BusMessage &call, Method &method);
 
     /// The client has left. False while calls of it are still to be handled; left() follows then.
     bool leave(const std::string &client);

@@ -19,7 +19,7 @@ struct ClientLimits
     int inboxes;
     int sounds; ///< queued or playing
     int totalSounds;
-    int storedBytes; ///< of what stays: notifications, sounds, subscriptions, inboxes
+    int storedBytes; ///< of what can be given up: notifications, messages, sounds
     int totalStoredBytes;
     int totalRequestBytes; ///< of requests that wait for their replies
     int unreadBytes;       ///< of replies and signals

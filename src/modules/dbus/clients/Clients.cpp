@@ -109,7 +109,7 @@ void Clients::whenReading(const BusMessage &call, std::size_t bytes, const Actio
 {
     const std::string client = call.sender();
     if (m_unread.admit(client, bytes)) {
-        run(call, action);
+        run(client, call, action);
         return;
     }
     m_unread.decideLater(client, bytes, [this, call, action, refusal](bool isAdmitted) {
@@ -131,7 +131,8 @@ void Clients::replyToStandardCall(const BusMessage &call)
 
 void Clients::add(const BusMessage &call, CallTurns::Method &method)
 {
-    run(call, [&](const BusMessage &waiting) { m_turns.add(waiting, method); });
+    const std::string client = call.sender();
+    run(client, call, [&](const BusMessage &waiting) { m_turns.add(client, waiting, method); });
 }
 
 void Clients::handle(const BusMessage &call, const Handler &handler)

@@ -63,7 +63,12 @@ public:
     template <typename Handle>
     void run(const BusMessage &call, const Handle &handle)
     {
-        m_turns.spend(call.sender(), [&] {
+        run(call.sender(), call, handle);
+    }
+    template <typename Handle>
+    void run(const std::string &client, const BusMessage &call, const Handle &handle)
+    {
+        m_turns.spend(client, [&] {
             try {
                 handle(call);
             } catch (...) {
