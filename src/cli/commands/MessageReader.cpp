@@ -41,13 +41,12 @@ std::optional<int> remainingOf(const TavoNotificationDisplayCurrent &current)
 ShownMessages messagesOf(const Reading &reading)
 {
     ShownMessages result;
+    const auto current = TavoValue(reading.current.value().toHash()).displayCurrent();
     for (const CMPath &path : reading.paths) {
         const TavoClientDescription node = reading.nodes.value(path);
-        result.messages.append({path, node.title, node.text});
-    }
-    const auto current = TavoValue(reading.current.value().toHash()).displayCurrent();
-    if (!result.messages.isEmpty() && result.messages.first().path == current.path()) {
-        result.messages.first().remaining = remainingOf(current);
+        const bool isShown = path == current.path();
+        result.messages.append(
+            {path, node.title, node.text, isShown ? remainingOf(current) : std::nullopt});
     }
     result.isCut = reading.isCut;
     return result;
