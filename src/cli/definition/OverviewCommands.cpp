@@ -21,8 +21,9 @@ CommandDefinition doctor()
     CommandDefinition command{Options::Command::Doctor, "doctor",
                               "Find out what is missing and how to fix it"};
     command.text = commandText(
-        "Checks the bus, the host on it, the host's modules, the desktop notifications and the "
-        "sound devices. Each problem is printed with a remedy. The exit code is 1 if something is "
+        "Checks the bus, the host on it, the host's modules, the desktop notifications, the "
+        "sound devices and the screen. Each problem is printed with a remedy. The exit code is 1 "
+        "if something is "
         "missing.",
         "  tavo doctor\n"
         "  tavo --bus system doctor --json");
