@@ -84,7 +84,7 @@ std::unique_ptr<Placement> Placement::create()
         return std::make_unique<WindowPlacement>(Qt::WindowDoesNotAcceptFocus |
                                                  Qt::X11BypassWindowManagerHint);
     }
-    if (platform == QLatin1String("linuxfb") || platform == QLatin1String("offscreen")) {
+    if (platform == QLatin1String("offscreen")) {
         return std::make_unique<WindowPlacement>(Qt::WindowFlags());
     }
     return std::make_unique<FullscreenPlacement>();
