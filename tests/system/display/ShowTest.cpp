@@ -3,6 +3,9 @@
 
 #include "DisplayTest.h"
 
+#include <QHostAddress>
+#include <QTcpServer>
+
 namespace {
 class DisplayShowTest : public DisplayTest
 {
@@ -122,6 +125,33 @@ TEST_F(DisplayShowTest, showsATextOfAnyLengthAndKind)
         EXPECT_LE(waitForWindow().height(), 800);
         m_messages.close(id);
         EXPECT_TRUE(waitForNoWindow());
+    }
+}
+
+TEST_F(DisplayShowTest, fetchesNothing)
+{
+    QTcpServer server;
+    ASSERT_TRUE(server.listen(QHostAddress::LocalHost));
+    const QString url = QStringLiteral("http://127.0.0.1:%1/a.png").arg(server.serverPort());
+    QFile svg(m_folder.filePath("a.svg"));
+    ASSERT_TRUE(svg.open(QIODevice::WriteOnly));
+    svg.write("<svg xmlns='http://www.w3.org/2000/svg' xmlns:xlink='http://www.w3.org/1999/xlink' "
+              "width='9' height='9'><image width='9' height='9' xlink:href='" +
+              url.toUtf8() + "'/></svg>");
+    svg.close();
+    start();
+    for (const QString &picture : {url, svg.fileName()}) {
+        Program notifier("notify-send");
+        notifier.setEnvironment("DBUS_SESSION_BUS_ADDRESS", m_bus.address());
+        ASSERT_EQ(notifier.run(
+                      {"-u", "critical", "-i", picture, "-h", "string:image-path:" + picture,
+                       "Door", "<b>a</b> <img src=\"" + url + "\"> <a href=\"" + url + "\">b</a>"}),
+                  0);
+        ASSERT_TRUE(waitForLook(Priority::Urgent));
+        waitUntilArmed();
+        EXPECT_FALSE(server.hasPendingConnections());
+        m_server.click(s_closeButton);
+        ASSERT_TRUE(waitForNoWindow());
     }
 }
 
