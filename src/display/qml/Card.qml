@@ -20,8 +20,8 @@ Rectangle {
     border { width: 1; color: colors.border }
 
     Keys.onEscapePressed: message.close()
-    Keys.onUpPressed: scroll.flick(0, 400)
-    Keys.onDownPressed: scroll.flick(0, -400)
+    Keys.onUpPressed: scroll.move(-3 * unit)
+    Keys.onDownPressed: scroll.move(3 * unit)
 
     LayoutMirroring.enabled: look.isMirrored
     LayoutMirroring.childrenInherit: true
@@ -169,6 +169,24 @@ Rectangle {
             clip: true
             interactive: contentHeight > height
             boundsBehavior: Flickable.StopAtBounds
+
+            Connections {
+                target: message
+                function onShown() { scroll.contentY = 0 }
+            }
+
+            function move(distance) {
+                glide.enabled = !look.reducedMotion
+                contentY = Math.max(0, Math.min(contentHeight - height, contentY + distance))
+                glide.enabled = false
+            }
+
+            Behavior on contentY {
+                id: glide
+
+                enabled: false
+                NumberAnimation { duration: 150 }
+            }
 
             Text {
                 id: body

@@ -8,6 +8,8 @@ namespace {
 constexpr quint32 keyTab = 0xff09;
 constexpr quint32 keyReturn = 0xff0d;
 constexpr quint32 keyEscape = 0xff1b;
+constexpr quint32 keyUp = 0xff52;
+constexpr quint32 keyDown = 0xff54;
 constexpr quint32 keyControl = 0xffe3;
 constexpr quint32 keyAlt = 0xffe9;
 constexpr quint32 keyN = 'n';
@@ -105,6 +107,29 @@ TEST_F(DisplayPersonTest, closesAMessageWithTheKeyboardOnly)
     const auto isEditor = [](const QVector<QRect> &windows) { return windows.size() == 1; };
     EXPECT_TRUE(m_server.waitForWindows(isEditor));
     EXPECT_TRUE(waitFor([&] { return m_server.focusedWindow() == editor; }));
+}
+
+TEST_F(DisplayPersonTest, scrollsALongTextWithTheKeyboard)
+{
+    writeConfiguration({{"focusKey", "Ctrl+Alt+N"}, {"reducedMotion", true}});
+    start();
+    const quint32 editor = m_server.openOtherWindow({0, 600, 200, 100});
+    QString text;
+    for (int line = 0; line < 200; ++line) {
+        text += QStringLiteral("Line %1\n").arg(line);
+    }
+    show("Door", Priority::Urgent, 0, text);
+    ASSERT_TRUE(waitForLook(Priority::Urgent));
+    m_server.press({keyControl, keyAlt, keyN});
+    ASSERT_TRUE(waitFor([&] { return m_server.focusedWindow() != editor; }));
+    const QRect numbers(s_leftOfCorner + 20, 300, 200, 200);
+    const QImage before = m_server.picture().copy(numbers);
+    m_server.press({keyDown});
+    EXPECT_TRUE(m_server.waitForPicture(
+        [&](const QImage &picture) { return picture.copy(numbers) != before; }));
+    m_server.press({keyUp});
+    EXPECT_TRUE(m_server.waitForPicture(
+        [&](const QImage &picture) { return picture.copy(numbers) == before; }));
 }
 
 TEST_F(DisplayPersonTest, pressesAButtonWithTheKeyboardOnly)
