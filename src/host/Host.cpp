@@ -14,12 +14,12 @@ log4cplus::Logger &logger()
     static log4cplus::Logger s_logger = log4cplus::Logger::getInstance("Host");
     return s_logger;
 }
-} // namespace
 
-Host::Host(QString configurationSource)
-    : m_configurationSource(std::move(configurationSource))
+ExitFailure failureOf(const ModuleEntry &module, ExitCode code, const QString &reason)
 {
+    return {code, QStringLiteral("%1: %2").arg(module.origin, reason)};
 }
+} // namespace
 
 Host::~Host()
 {
@@ -32,8 +32,7 @@ std::optional<ExitFailure> Host::start(const std::vector<LocatedModule> &modules
     for (const LocatedModule &module : modules) {
         auto entryPoint = ModuleLoader::load(module.file);
         if (const auto *failure = std::get_if<Failure>(&entryPoint)) {
-            return failureOf(static_cast<int>(threads.size()), ExitCode::ModuleUnavailable,
-                             failure->reason);
+            return failureOf(module.entry, ExitCode::ModuleUnavailable, failure->reason);
         }
         threads.push_back(
             std::make_unique<ModuleThread>(module.entry, std::get<WorkerCreate>(entryPoint)));
@@ -43,9 +42,9 @@ std::optional<ExitFailure> Host::start(const std::vector<LocatedModule> &modules
             return std::nullopt;
         }
         if (const auto failure = thread->startWorker()) {
-            const int index = moduleCount();
+            const ModuleEntry &entry = modules[m_threads.size()].entry;
             stop();
-            return failureOf(index, ExitCode::WorkerFailed, failure->reason);
+            return failureOf(entry, ExitCode::WorkerFailed, failure->reason);
         }
         LOG4CPLUS_INFO(logger(), "Module started: " << thread->name().toStdString());
         m_threads.push_back(std::move(thread));
@@ -61,10 +60,4 @@ void Host::stop()
         thread->stopWorker();
         LOG4CPLUS_INFO(logger(), "Module stopped: " << thread->name().toStdString());
     }
-}
-
-ExitFailure Host::failureOf(int index, ExitCode code, const QString &reason) const
-{
-    return {code, QStringLiteral("%1: modules[%2]: %3")
-                      .arg(m_configurationSource, QString::number(index), reason)};
 }

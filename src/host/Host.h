@@ -29,8 +29,7 @@ public:
     /// Called before each worker is created; false ends the start.
     using GoOn = std::function<bool()>;
 
-    /// Errors begin with @p configurationSource.
-    explicit Host(QString configurationSource);
+    Host() = default;
 
     /// Calls stop().
     ~Host();
@@ -46,9 +45,6 @@ public:
     int moduleCount() const { return static_cast<int>(m_threads.size()); }
 
 private:
-    ExitFailure failureOf(int index, ExitCode code, const QString &reason) const;
-
-    QString m_configurationSource;
     /// In the order of starting.
     std::vector<std::unique_ptr<ModuleThread>> m_threads;
 };

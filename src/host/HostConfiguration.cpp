@@ -9,6 +9,7 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <stdexcept>
 
 namespace {
 constexpr int maxTimeoutMs = 600'000;
@@ -53,41 +54,76 @@ QString absolutePath(const TavoConfiguration &configuration, const QString &key,
                                                              : folder + QLatin1Char('/') + path);
 }
 
+QString originOf(const QString &source, int index)
+{
+    return QStringLiteral("%1: modules[%2]").arg(source, QString::number(index));
+}
+
+/// The library is empty if the module does not name one.
 ModuleEntry readModule(TavoConfiguration &module, const QString &file)
 {
     const auto libraryKey = QStringLiteral("library");
     ModuleEntry entry;
     entry.name = moduleName(module, QStringLiteral("name"), {});
-    const QString library = module.string(libraryKey, entry.name);
-    entry.libraryName = library.contains(QLatin1Char('/'))
-                            ? absolutePath(module, libraryKey, library, file)
-                            : moduleName(module, libraryKey, entry.name);
+    if (module.keys().contains(libraryKey)) {
+        const QString library = module.string(libraryKey, {});
+        entry.libraryName = library.contains(QLatin1Char('/'))
+                                ? absolutePath(module, libraryKey, library, file)
+                                : moduleName(module, libraryKey, {});
+    }
     entry.config = module.object(QStringLiteral("config"));
     module.finish();
     return entry;
 }
 
-QVector<ModuleEntry> readModules(TavoConfiguration &configuration, const QString &file)
+/// Objects are merged key by key; any other value replaces the one before it.
+QVariantHash merged(QVariantHash values, const QVariantHash &added)
 {
-    QVector<ModuleEntry> modules;
+    for (auto it = added.begin(); it != added.end(); ++it) {
+        QVariant &value = values[it.key()];
+        value = value.canConvert<QVariantHash>() && it->canConvert<QVariantHash>()
+                    ? merged(value.toHash(), it->toHash())
+                    : *it;
+    }
+    return values;
+}
+
+/// Adds a module, or what it says to the module of the same name.
+void addModule(QVector<ModuleEntry> &modules, const ModuleEntry &added)
+{
+    auto module = std::find_if(modules.begin(), modules.end(),
+                               [&](const auto &other) { return other.name == added.name; });
+    if (module == modules.end()) {
+        module = modules.insert(module, {added.name, added.name, {}, {}});
+    }
+    if (!added.libraryName.isEmpty()) {
+        module->libraryName = added.libraryName;
+    }
+    module->config = merged(module->config, added.config);
+    module->origin = added.origin;
+}
+
+void readModules(QVector<ModuleEntry> &modules, TavoConfiguration &configuration,
+                 const QString &file)
+{
+    QStringList names;
     for (TavoConfiguration &section :
          configuration.sections(QStringLiteral("modules"), QStringLiteral("name"))) {
-        const ModuleEntry module = readModule(section, file);
-        const auto same = std::find_if(modules.begin(), modules.end(), [&](const auto &other) {
-            return other.name == module.name;
-        });
-        if (same != modules.end()) {
+        ModuleEntry module = readModule(section, file);
+        const int same = names.indexOf(module.name);
+        if (same >= 0) {
             section.fail(QStringLiteral("name"),
                          QStringLiteral("\"%1\" is the name of modules[%2] already")
-                             .arg(module.name, QString::number(same - modules.begin())));
+                             .arg(module.name, QString::number(same)));
         }
-        modules.append(module);
+        module.origin = originOf(file, names.size());
+        names.append(module.name);
+        addModule(modules, module);
     }
     if (modules.isEmpty()) {
         configuration.fail(QStringLiteral("modules"),
                            QStringLiteral("must name at least one module"));
     }
-    return modules;
 }
 
 QStringList readModulePath(TavoConfiguration &configuration, const QString &file)
@@ -109,14 +145,14 @@ log4cplus::LogLevel readLevel(TavoConfiguration &configuration, const QString &k
     return *level;
 }
 
-LogConfiguration readLog(TavoConfiguration log, const QString &file)
+void readLog(LogConfiguration &configuration, TavoConfiguration log, const QString &file)
 {
     const auto fileKey = QStringLiteral("file");
     const auto levelKey = QStringLiteral("level");
     const QStringList keys = log.keys();
-    LogConfiguration configuration;
     if (keys.contains(fileKey)) {
         configuration.file = absolutePath(log, fileKey, log.string(fileKey, {}), file);
+        configuration.origin = file;
     }
     if (keys.contains(levelKey)) {
         configuration.levels.append({{}, readLevel(log, levelKey)});
@@ -126,7 +162,6 @@ LogConfiguration readLog(TavoConfiguration log, const QString &file)
         configuration.levels.append({logger, readLevel(levels, logger)});
     }
     log.finish();
-    return configuration;
 }
 
 /// A size that is configured in MiB.
@@ -135,9 +170,8 @@ qint64 readSize(TavoConfiguration &configuration, const QString &key, qint64 def
     return configuration.integer(key, int(defaultValue / bytesPerMiB), 1, maxMiB) * bytesPerMiB;
 }
 
-SimplePlayerLimits readSounds(TavoConfiguration sounds)
+void readSounds(SimplePlayerLimits &limits, TavoConfiguration sounds)
 {
-    SimplePlayerLimits limits;
     limits.maxSoundBytes = readSize(sounds, QStringLiteral("soundLimit"), limits.maxSoundBytes);
     limits.httpMaxBytes = readSize(sounds, QStringLiteral("httpLimit"), limits.httpMaxBytes);
     limits.httpTimeoutMs =
@@ -145,19 +179,32 @@ SimplePlayerLimits readSounds(TavoConfiguration sounds)
     limits.fifoTimeoutMs =
         sounds.integer(QStringLiteral("fifoTimeout"), limits.fifoTimeoutMs, 1, maxTimeoutMs);
     sounds.finish();
-    return limits;
 }
 
-HostConfiguration readConfiguration(TavoConfiguration configuration, const QString &file)
+/// Adds what the file says to @p read.
+void readConfiguration(HostConfiguration &read, TavoConfiguration configuration,
+                       const QString &file)
 {
-    HostConfiguration read;
-    read.source = file;
-    read.modules = readModules(configuration, file);
-    read.modulePath = readModulePath(configuration, file);
-    read.log = readLog(configuration.section(QStringLiteral("log")), file);
-    read.sounds = readSounds(configuration.section(QStringLiteral("sounds")));
+    readModules(read.modules, configuration, file);
+    read.modulePath += readModulePath(configuration, file);
+    readLog(read.log, configuration.section(QStringLiteral("log")), file);
+    readSounds(read.sounds, configuration.section(QStringLiteral("sounds")));
     configuration.finish();
-    return read;
+}
+
+/// The fragments of the file, sorted by name.
+QStringList fragmentsOf(const QString &file)
+{
+    const QDir folder(file + QLatin1String(".d"));
+    if (folder.exists() && !folder.isReadable()) {
+        throw std::runtime_error(folder.path().toStdString() + ": can't be read");
+    }
+    QStringList fragments;
+    for (const QString &name :
+         folder.entryList({QStringLiteral("*.json")}, QDir::Files, QDir::Name)) {
+        fragments.append(folder.filePath(name));
+    }
+    return fragments;
 }
 } // namespace
 
@@ -166,17 +213,30 @@ HostConfiguration HostConfiguration::builtIn()
     HostConfiguration configuration;
     configuration.source = QStringLiteral("built-in configuration");
     for (const char *name : {"powermanager", "player", "notifications", "dbus"}) {
-        configuration.modules.append({QLatin1String(name), QLatin1String(name), {}});
+        configuration.modules.append(
+            {QLatin1String(name),
+             QLatin1String(name),
+             {},
+             originOf(configuration.source, configuration.modules.size())});
     }
     return configuration;
 }
 
 HostConfiguration HostConfiguration::fromFile(const QString &file)
 {
-    return readConfiguration(TavoConfiguration::fromFile(file), file);
+    HostConfiguration configuration;
+    configuration.source = file;
+    readConfiguration(configuration, TavoConfiguration::fromFile(file), file);
+    for (const QString &fragment : fragmentsOf(file)) {
+        readConfiguration(configuration, TavoConfiguration::fromFile(fragment), fragment);
+    }
+    return configuration;
 }
 
 HostConfiguration HostConfiguration::fromJson(const QByteArray &json, const QString &file)
 {
-    return readConfiguration(TavoConfiguration::fromJson(json, file), file);
+    HostConfiguration configuration;
+    configuration.source = file;
+    readConfiguration(configuration, TavoConfiguration::fromJson(json, file), file);
+    return configuration;
 }

@@ -20,12 +20,16 @@ struct ModuleEntry
     QString libraryName;
     /// Passed to worker_create unchecked.
     QVariantHash config;
+    /// Where the module is configured, such as "host.json: modules[2]"; for messages.
+    QString origin = {};
 };
 
 struct LogConfiguration
 {
     /// A log4cplus properties file; empty for the console.
     QString file;
+    /// The configuration file that names it; for messages.
+    QString origin;
     /// Applied in this order, after those of the file.
     QVector<LogLevel> levels;
 };
@@ -44,9 +48,11 @@ struct HostConfiguration
     /// The configuration of a host that is started without a file.
     static HostConfiguration builtIn();
 
-    /// Throws a std::runtime_error that begins with the name of the file.
+    /// Reads the file, and then the fragments: the files FILE.d/*.json, sorted by name. Each fragment adds to
+    /// what was read before it, and replaces single values. Throws a std::runtime_error that begins with the
+    /// name of the file or of the fragment.
     static HostConfiguration fromFile(const QString &file);
 
-    /// The same for JSON that has been read from @p file. Does not open the file.
+    /// The same for JSON that has been read from @p file, without fragments. Opens no file.
     static HostConfiguration fromJson(const QByteArray &json, const QString &file);
 };

@@ -86,8 +86,7 @@ void setLevels(const QVector<LogLevel> &levels)
 }
 } // namespace
 
-Result<std::unique_ptr<HostLog>> HostLog::open(const LogConfiguration &configuration,
-                                               const QString &configurationSource)
+Result<std::unique_ptr<HostLog>> HostLog::open(const LogConfiguration &configuration)
 {
     std::unique_ptr<HostLog> log(new HostLog);
     log4cplus::thread::setCurrentThreadName("main");
@@ -97,7 +96,7 @@ Result<std::unique_ptr<HostLog>> HostLog::open(const LogConfiguration &configura
         logToConsole();
     } else if (const auto failure = configureFromFile(configuration.file)) {
         return Failure{
-            QStringLiteral("%1: log.file: %2").arg(configurationSource, failure->reason)};
+            QStringLiteral("%1: log.file: %2").arg(configuration.origin, failure->reason)};
     }
     log->guardAppenders();
     setLevels(configuration.levels);

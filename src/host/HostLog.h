@@ -21,8 +21,7 @@
 class HostLog
 {
 public:
-    static Result<std::unique_ptr<HostLog>> open(const LogConfiguration &configuration,
-                                                 const QString &configurationSource);
+    static Result<std::unique_ptr<HostLog>> open(const LogConfiguration &configuration);
     ~HostLog();
     HostLog(const HostLog &) = delete;
     HostLog &operator=(const HostLog &) = delete;

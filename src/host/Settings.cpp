@@ -68,8 +68,7 @@ Result<std::vector<LocatedModule>> Settings::locateModules() const
     for (const ModuleEntry &entry : m_configuration.modules) {
         auto file = loader.find(entry.libraryName);
         if (const auto *failure = std::get_if<Failure>(&file)) {
-            return Failure{QStringLiteral("%1: modules[%2]: %3")
-                               .arg(source(), QString::number(located.size()), failure->reason)};
+            return Failure{QStringLiteral("%1: %2").arg(entry.origin, failure->reason)};
         }
         located.push_back({entry, std::get<QString>(file)});
     }

@@ -110,12 +110,12 @@ int run(const CommandLine &line, const Settings &settings,
     }
     tavoConnect(stopSignals.get(), &StopSignals::received, QCoreApplication::instance(),
                 on_stopSignals_received);
-    const auto log = HostLog::open(settings.log(), settings.source());
+    const auto log = HostLog::open(settings.log());
     if (const auto *failure = std::get_if<Failure>(&log)) {
         return exitWith({ExitCode::Configuration, failure->reason});
     }
     SimplePlayerLimits::setDefaults(settings.sounds());
-    Host host(settings.source());
+    Host host;
     if (const auto failure = host.start(modules, [] { return !StopSignals::isReceived(); })) {
         return exitWith(*failure);
     }

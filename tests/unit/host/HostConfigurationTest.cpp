@@ -3,6 +3,10 @@
 
 #include "host/HostConfiguration.h"
 
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
 #include <gtest/gtest.h>
 
 #include <stdexcept>
@@ -221,3 +225,123 @@ INSTANTIATE_TEST_SUITE_P(
         Mistake{"UnknownKey", R"({"modules": ["a"], "modulepath": []})",
                 "modulepath: unknown key"}),
     [](const auto &info) { return info.param.name; });
+
+namespace {
+class FragmentsTest : public testing::Test
+{
+protected:
+    void write(const QString &name, const QByteArray &json) const
+    {
+        const QString path = m_folder.filePath(name);
+        ASSERT_TRUE(QDir().mkpath(QFileInfo(path).path()));
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        ASSERT_EQ(file.write(json), json.size());
+    }
+
+    QString path(const QString &name) const { return m_folder.filePath(name); }
+    HostConfiguration read() const { return HostConfiguration::fromFile(path("host.json")); }
+
+    std::string error() const
+    {
+        try {
+            read();
+        } catch (const std::runtime_error &error) {
+            return error.what();
+        }
+        return "no error";
+    }
+
+private:
+    QTemporaryDir m_folder;
+};
+} // namespace
+
+TEST_F(FragmentsTest, AddModulesAfterThoseOfTheFile)
+{
+    write("host.json", R"({"modules": ["a", "b"]})");
+    write("host.json.d/50-doorbell.json", R"({"modules": ["doorbell"]})");
+    const auto configuration = read();
+    ASSERT_EQ(configuration.modules.size(), 3);
+    EXPECT_EQ(configuration.modules[2].name, "doorbell");
+    EXPECT_EQ(configuration.modules[2].libraryName, "doorbell");
+    EXPECT_EQ(configuration.source, path("host.json"));
+}
+
+TEST_F(FragmentsTest, AreReadInTheOrderOfTheirNames)
+{
+    write("host.json", R"({"modules": ["a"]})");
+    write("host.json.d/20-second.json", R"({"modules": ["c"], "sounds": {"fifoTimeout": 2}})");
+    write("host.json.d/10-first.json", R"({"modules": ["b"], "sounds": {"fifoTimeout": 1}})");
+    const auto configuration = read();
+    ASSERT_EQ(configuration.modules.size(), 3);
+    EXPECT_EQ(configuration.modules[1].name, "b");
+    EXPECT_EQ(configuration.modules[2].name, "c");
+    EXPECT_EQ(configuration.sounds.fifoTimeoutMs, 2);
+}
+
+TEST_F(FragmentsTest, AddToTheConfigurationOfAModuleKeyByKey)
+{
+    write("host.json", R"({"modules": [{"name": "a", "library": "liba", "config":
+        {"kept": 1, "replaced": 1, "limits": {"kept": 1, "replaced": 1}}}]})");
+    write("host.json.d/a.json", R"({"modules": [{"name": "a", "config":
+        {"replaced": 2, "limits": {"replaced": 2, "added": 2}}}]})");
+    const auto configuration = read();
+    ASSERT_EQ(configuration.modules.size(), 1);
+    const ModuleEntry &module = configuration.modules[0];
+    EXPECT_EQ(module.libraryName, "liba");
+    const QVariantHash limits{{"kept", 1.0}, {"replaced", 2.0}, {"added", 2.0}};
+    EXPECT_EQ(module.config["kept"], 1.0);
+    EXPECT_EQ(module.config["replaced"], 2.0);
+    EXPECT_EQ(module.config["limits"].toHash(), limits);
+    EXPECT_EQ(module.origin, path("host.json.d/a.json") + ": modules[0]");
+}
+
+TEST_F(FragmentsTest, ReplaceTheLibraryOfAModule)
+{
+    write("host.json", R"({"modules": [{"name": "player", "library": "player"}]})");
+    write("host.json.d/a.json", R"({"modules": [{"name": "player", "library": "./mine.so"}]})");
+    EXPECT_EQ(read().modules[0].libraryName, path("host.json.d/mine.so"));
+}
+
+TEST_F(FragmentsTest, ChangeOnlyWhatTheyName)
+{
+    write("host.json", R"({"modules": ["a"], "modulePath": ["one"], "sounds": {"soundLimit": 7},
+        "log": {"file": "log.properties", "level": "WARN"}})");
+    write("host.json.d/a.json", R"({"modulePath": ["two"], "sounds": {"httpLimit": 8},
+        "log": {"levels": {"Player": "DEBUG"}}})");
+    const auto configuration = read();
+    EXPECT_EQ(configuration.modulePath, QStringList({path("one"), path("host.json.d/two")}));
+    EXPECT_EQ(configuration.sounds.maxSoundBytes, 7 << 20);
+    EXPECT_EQ(configuration.sounds.httpMaxBytes, 8 << 20);
+    EXPECT_EQ(configuration.log.file, path("log.properties"));
+    EXPECT_EQ(configuration.log.origin, path("host.json"));
+    EXPECT_EQ(configuration.log.levels.size(), 2);
+}
+
+TEST_F(FragmentsTest, AreNamedInTheirErrors)
+{
+    write("host.json", R"({"modules": ["a"]})");
+    write("host.json.d/a.json", R"({"modulse": []})");
+    EXPECT_EQ(error(), path("host.json.d/a.json").toStdString() + ": modulse: unknown key");
+    write("host.json.d/a.json", R"({"modules": ["b", "b"]})");
+    EXPECT_EQ(error(), path("host.json.d/a.json").toStdString() +
+                           ": modules[1].name: \"b\" is the name of modules[0] already");
+}
+
+TEST_F(FragmentsTest, DoNotReplaceTheModulesOfTheFile)
+{
+    write("host.json", "{}");
+    write("host.json.d/a.json", R"({"modules": ["a"]})");
+    EXPECT_EQ(error(),
+              path("host.json").toStdString() + ": modules: must name at least one module");
+}
+
+TEST_F(FragmentsTest, AreOnlyTheFilesWhoseNamesEndInJson)
+{
+    write("host.json", R"({"modules": ["a"]})");
+    write("host.json.d/a.json.dpkg-old", "no JSON");
+    write("host.json.d/.a.json", "no JSON");
+    write("host.json.d/folder.json/a", "no JSON");
+    EXPECT_EQ(read().modules.size(), 1);
+}
