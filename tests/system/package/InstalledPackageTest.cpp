@@ -42,6 +42,12 @@ protected:
     {
         return prefix() + "/" TAVO_INSTALL_MODULE_DIR "/libtavo_" + name + ".so";
     }
+    std::string contents(const QString &path) const
+    {
+        QFile file(prefix() + '/' + path);
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
+        return file.readAll().toStdString();
+    }
     QString exampleBuild() const { return m_folder.filePath("build"); }
     QString exampleModules() const { return exampleBuild() + "/" TAVO_INSTALL_MODULE_DIR; }
 
@@ -170,6 +176,53 @@ TEST_F(InstalledPackageTest, InstallsTheInterfaceAndThePolicyOfTheSystemBus)
     EXPECT_TRUE(QFile::exists(folder + "system.d/org.tavo.Model1.conf"));
 }
 
+TEST_F(InstalledPackageTest, TheUnitsRunTheInstalledHost)
+{
+    const QString host = "ExecStart=" + installedHost();
+    EXPECT_THAT(contents("lib/systemd/user/tavo-host.service"),
+                HasSubstr((host + '\n').toStdString()));
+    EXPECT_THAT(contents("lib/systemd/system/tavo-host.service"),
+                HasSubstr((host + " --config " + prefix() + "/etc/tavo/host.json ").toStdString()));
+}
+
+TEST_F(InstalledPackageTest, TheBusesStartTheUnits)
+{
+    const std::string system =
+        contents(TAVO_INSTALL_DATADIR "/dbus-1/system-services/org.tavo.Model1.service");
+    EXPECT_THAT(system, HasSubstr("\nSystemdService=dbus-org.tavo.Model1.service\n"));
+    EXPECT_THAT(contents("lib/systemd/system/tavo-host.service"),
+                HasSubstr("\nAlias=dbus-org.tavo.Model1.service\n"));
+    EXPECT_THAT(contents(TAVO_INSTALL_DATADIR "/dbus-1/services/org.tavo.Model1.service"),
+                HasSubstr("\nSystemdService=tavo-host.service\n"));
+}
+
+TEST_F(InstalledPackageTest, TheConfigurationOfTheServiceIsGood)
+{
+    EXPECT_THAT(run(installedHost(), {"--check", "--config", prefix() + "/etc/tavo/host.json"}),
+                HasSubstr("good, 4 modules"));
+}
+
+TEST_F(InstalledPackageTest, AnotherInstallationKeepsAChangedConfiguration)
+{
+    QFile file(prefix() + "/etc/tavo/host.json");
+    ASSERT_TRUE(file.open(QIODevice::Append));
+    file.write("\n\n");
+    file.close();
+    const std::string changed = contents("etc/tavo/host.json");
+    SetUp();
+    EXPECT_EQ(contents("etc/tavo/host.json"), changed);
+}
+
+TEST_F(InstalledPackageTest, PkgConfigFindsTheLibraries)
+{
+    const QString folder = QFileInfo(moduleFile("x")).path() + "/../../pkgconfig";
+    const std::string flags = run("env", {"PKG_CONFIG_PATH=" + folder, "pkg-config", "--cflags",
+                                          "--libs", "tavo-client", "tavo-simpleplayer"});
+    EXPECT_THAT(flags, HasSubstr("include/tavo"));
+    EXPECT_THAT(flags, HasSubstr("-ltavo_client"));
+    EXPECT_THAT(flags, HasSubstr("-ltavo_simpleplayer"));
+}
+
 TEST_F(InstalledPackageTest, AClientBuildsAgainstItAndReachesTheHost)
 {
     buildExample("client");
@@ -188,12 +241,13 @@ TEST_F(InstalledPackageTest, AClientBuildsAgainstItAndReachesTheHost)
     EXPECT_EQ(m_host.stop(), 0) << m_host.log().toStdString();
 }
 
-TEST_F(InstalledPackageTest, TheCommandLineComesWithItsManPageAndCompletions)
+TEST_F(InstalledPackageTest, ComesWithManPagesAndCompletions)
 {
     EXPECT_THAT(run(prefix() + "/" TAVO_INSTALL_BINDIR "/tavo", {"--version"}),
                 testing::StartsWith("tavo "));
-    for (const char *file : {"man/man1/tavo.1", "bash-completion/completions/tavo",
-                             "zsh/site-functions/_tavo", "fish/vendor_completions.d/tavo.fish"}) {
+    for (const char *file : {"man/man1/tavo.1", "man/man1/tavo-host.1", "man/man5/tavo-host.json.5",
+                             "bash-completion/completions/tavo", "zsh/site-functions/_tavo",
+                             "fish/vendor_completions.d/tavo.fish"}) {
         EXPECT_GT(QFileInfo(prefix() + "/" TAVO_INSTALL_DATADIR "/" + file).size(), 1000) << file;
     }
 }
