@@ -84,6 +84,8 @@ MessageWindow::MessageWindow(ShownMessage *message, QObject *parent)
     // screen since the start is announced again.
     constexpr int startMs = 1000;
     QTimer::singleShot(startMs, this, &MessageWindow::announce);
+    // While the first replies of the bus are on their way.
+    QTimer::singleShot(0, this, &MessageWindow::loadTheme);
 }
 
 MessageWindow::~MessageWindow()
@@ -178,9 +180,11 @@ QScreen *MessageWindow::screen() const
 
 void MessageWindow::loadTheme()
 {
-    if (m_card && m_loadedTheme == m_configuration.theme) {
+    const QScreen *screen = this->screen();
+    if (screen == nullptr || (m_card && m_loadedTheme == m_configuration.theme)) {
         return;
     }
+    measure(*screen); // Without it, a look has no height.
     m_loadedTheme = m_configuration.theme;
     m_look.setProblem({});
     auto card = Theme::load(m_engine, themeUrl(m_configuration.theme));
@@ -214,7 +218,6 @@ void MessageWindow::show()
     m_window->setTitle(QStringLiteral("Tavo"));
     m_placement->prepare(*m_window, m_configuration, m_wasUrgent);
     followScreen(screen);
-    measure();
     loadTheme();
     m_card->setParentItem(m_window->contentItem());
     m_card->setFocus(true); // For keys that no button handles.
@@ -256,10 +259,10 @@ void MessageWindow::followScreen(QScreen *screen)
                 &MessageWindow::on_card_implicitHeightChanged);
 }
 
-void MessageWindow::measure()
+void MessageWindow::measure(const QScreen &screen)
 {
-    m_look.setScreen(m_screen->availableGeometry().height() * maxHeightOfScreen,
-                     m_screen->devicePixelRatio());
+    m_look.setScreen(screen.availableGeometry().height() * maxHeightOfScreen,
+                     screen.devicePixelRatio());
 }
 
 void MessageWindow::place()
@@ -269,7 +272,7 @@ void MessageWindow::place()
     }
     const bool isFullscreen = m_configuration.mode == DisplayConfiguration::Mode::Fullscreen;
     const QRect area = isFullscreen ? m_screen->geometry() : m_screen->availableGeometry();
-    measure();
+    measure(*m_screen);
     const int width = isFullscreen ? qMin(int(area.width() * maxHeightOfScreen),
                                           m_configuration.textSize * fullscreenWidthInLetters)
                                    : placedAt(m_configuration, area, 0, false).width();

@@ -49,7 +49,7 @@ private:
     void recreate();
     void destroyWindow();
     void followScreen(QScreen *screen);
-    void measure();
+    void measure(const QScreen &screen);
     void place();
     void announce();
 
