@@ -27,7 +27,7 @@ constexpr long maxResidentKiB = 512 * 1024;
 
 /// How much more memory may be in use after the crowd has left, because the heap is fragmented
 /// then.
-constexpr long residentAfterwardsKiB = 32 * 1024;
+constexpr long residentAfterwardsKiB = 64 * 1024;
 
 constexpr Milliseconds settleTime = 5s;
 
@@ -153,7 +153,8 @@ void settle(const CrowdHost &host, Report &report)
     waitFor(
         [&] {
             report.after = waitingFor(readState);
-            return !report.after.isPlaying;
+            // Between two sounds, nothing plays for a moment.
+            return !report.after.isPlaying && isAsBefore(report.after, report.before);
         },
         quietTime);
 }
