@@ -55,6 +55,9 @@ public:
 
     bool hasSignature(const char *signature) const;
 
+    /// Whether the caller waits for a reply. If not, none is sent.
+    bool expectsReply() const { return sd_bus_message_get_expect_reply(m_message) > 0; }
+
     /// The error that an error reply holds; nothing for any other message.
     std::optional<BusError> error() const;
 

@@ -64,10 +64,8 @@ bool Clients::receive(const BusMessage &call)
     if (!m_quotas.knows(client)) {
         askUser(client);
     }
-    try {
-        m_quotas.countRequest(client);
-    } catch (...) {
-        refuseForCaught(call);
+    if (!m_quotas.countRequest(client)) {
+        refuse(call, Refusals::tooManyRequests(m_limits.requestsPerSecond));
         return false;
     }
     if (m_standardCalls.areServed(call)) {
@@ -161,6 +159,9 @@ void Clients::refuseForCaught(const BusMessage &call)
 
 void Clients::refuse(const BusMessage &call, const BusError &error)
 {
+    if (!call.expectsReply()) {
+        return;
+    }
     const std::string client = call.sender();
     if (!m_unread.admitSmall(client, error.message().size() + UnreadBytes::messageBytes)) {
         return;

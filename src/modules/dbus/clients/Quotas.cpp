@@ -161,20 +161,21 @@ Quotas::Account &Quotas::account(const std::string &client)
     return *m_accounts.emplace(client, std::move(added)).first->second;
 }
 
-void Quotas::countRequest(const std::string &client)
+bool Quotas::countRequest(const std::string &client)
 {
     Account &known = account(client);
     if (m_requestsPerSecond == 0) {
-        return;
+        return true;
     }
     const Clock::time_point now = Clock::now();
     const std::chrono::duration<double> elapsed = now - std::exchange(known.refilled, now);
     known.requests = std::min(burstSeconds * m_requestsPerSecond,
                               known.requests + elapsed.count() * m_requestsPerSecond);
     if (known.requests < 1) {
-        throw Refusals::tooManyRequests(m_requestsPerSecond);
+        return false;
     }
     known.requests -= 1;
+    return true;
 }
 
 Quotas::Charge Quotas::charge(const std::string &client, const Cost &cost, Release release)

@@ -98,9 +98,9 @@ public:
     explicit Quotas(const ClientLimits &limits);
     ~Quotas();
 
-    /// Counts a request. Throws BusError::limitExceeded() for a client that sends too many in too
-    /// short a time.
-    void countRequest(const std::string &client);
+    /// Counts a request. False for a client that sends too many in too short a time: then it may send
+    /// them by the hundred thousand, so nothing is thrown.
+    bool countRequest(const std::string &client);
 
     /// Counts something that the client will hold. Without a release it is never given up for others;
     /// its stored bytes count as KeptBytes then, which have room as hasRoom() says. Throws BusError::limitExceeded() when that would exceed a limit.
