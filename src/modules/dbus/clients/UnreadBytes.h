@@ -47,8 +47,7 @@ public:
     /// may exceed the client's limit if the client has read everything else.
     bool admit(const std::string &client, std::size_t bytes);
 
-    /// Whether an error may be sent, or a reply that sd-bus makes; if so, counts it. A client that
-    /// reads nothing gets only a few.
+    /// Whether an error may be sent; if so, counts it. A client that reads nothing gets only a few.
     bool admitSmall(const std::string &client, std::size_t bytes);
 
     using Decide = std::function<void(bool isAdmitted)>;
