@@ -21,6 +21,11 @@ ExitFailure failureOf(const ModuleEntry &module, ExitCode code, const QString &r
 }
 } // namespace
 
+Host::Host(std::chrono::milliseconds heartbeat)
+    : m_heartbeat(heartbeat)
+{
+}
+
 Host::~Host()
 {
     stop();
@@ -34,8 +39,8 @@ std::optional<ExitFailure> Host::start(const std::vector<LocatedModule> &modules
         if (const auto *failure = std::get_if<Failure>(&entryPoint)) {
             return failureOf(module.entry, ExitCode::ModuleUnavailable, failure->reason);
         }
-        threads.push_back(
-            std::make_unique<ModuleThread>(module.entry, std::get<WorkerCreate>(entryPoint)));
+        threads.push_back(std::make_unique<ModuleThread>(
+            module.entry, std::get<WorkerCreate>(entryPoint), m_heartbeat));
     }
     for (auto &thread : threads) {
         if (!goOn()) {
@@ -60,4 +65,17 @@ void Host::stop()
         thread->stopWorker();
         LOG4CPLUS_INFO(logger(), "Module stopped: " << thread->name().toStdString());
     }
+}
+
+std::optional<QString> Host::hangingModule()
+{
+    constexpr int maxMissedBeats = 1;
+    m_missedBeats.resize(m_threads.size());
+    for (size_t i = 0; i < m_threads.size(); ++i) {
+        m_missedBeats[i] = m_threads[i]->takeBeat() ? 0 : m_missedBeats[i] + 1;
+        if (m_missedBeats[i] > maxMissedBeats) {
+            return m_threads[i]->name();
+        }
+    }
+    return std::nullopt;
 }

@@ -7,6 +7,7 @@
 #include "host/HostConfiguration.h"
 #include "host/ModuleThread.h"
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -29,7 +30,8 @@ public:
     /// Called before each worker is created; false ends the start.
     using GoOn = std::function<bool()>;
 
-    Host() = default;
+    /// The threads of the modules beat once per @p heartbeat; never if that is 0.
+    explicit Host(std::chrono::milliseconds heartbeat);
 
     /// Calls stop().
     ~Host();
@@ -42,9 +44,16 @@ public:
     /// thread before the next worker is deleted.
     void stop();
 
+    /// The name of a module whose thread has not beaten between the last three calls. So a process that was
+    /// paused is not taken for one that hangs.
+    std::optional<QString> hangingModule();
+
     int moduleCount() const { return static_cast<int>(m_threads.size()); }
 
 private:
+    std::chrono::milliseconds m_heartbeat;
     /// In the order of starting.
     std::vector<std::unique_ptr<ModuleThread>> m_threads;
+    /// How many calls of hangingModule() in turn have found no beat of each of them.
+    std::vector<int> m_missedBeats;
 };

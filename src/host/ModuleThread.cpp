@@ -3,8 +3,11 @@
 
 #include "host/ModuleThread.h"
 
+#include "core/base/connect.h"
 #include "core/model/cmworker.h"
 #include "host/ExitCode.h"
+
+#include <QTimer>
 
 #include <log4cplus/logger.h>
 #include <log4cplus/loggingmacros.h>
@@ -14,10 +17,12 @@
 #include <exception>
 #include <utility>
 
-ModuleThread::ModuleThread(ModuleEntry entry, WorkerCreate create)
+ModuleThread::ModuleThread(ModuleEntry entry, WorkerCreate create,
+                           std::chrono::milliseconds heartbeat)
     : m_entry(std::move(entry))
     , m_nameBytes(m_entry.name.toUtf8())
     , m_create(create)
+    , m_heartbeat(heartbeat)
 {
     setObjectName(m_entry.name);
 }
@@ -58,6 +63,11 @@ void ModuleThread::run()
     }
     const auto worker = std::get<std::unique_ptr<CMWorker>>(std::move(created));
     m_created.set_value(std::nullopt);
+    QTimer heartbeat;
+    if (m_heartbeat.count() > 0) {
+        tavoConnect(&heartbeat, &QTimer::timeout, &heartbeat, [this] { m_hasBeaten = true; });
+        heartbeat.start(m_heartbeat);
+    }
     exec();
 }
 

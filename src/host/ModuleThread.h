@@ -10,6 +10,7 @@
 #include <QByteArray>
 #include <QThread>
 
+#include <atomic>
 #include <chrono>
 #include <future>
 #include <memory>
@@ -26,12 +27,16 @@ public:
     /// Far longer than a worker takes, and shorter than a service manager waits.
     static constexpr std::chrono::seconds maxStop{30};
 
-    ModuleThread(ModuleEntry entry, WorkerCreate create);
+    /// The thread beats once per @p heartbeat for as long as the worker does not hang; never if that is 0.
+    ModuleThread(ModuleEntry entry, WorkerCreate create, std::chrono::milliseconds heartbeat = {});
 
     /// Calls stopWorker().
     ~ModuleThread() override;
 
     const QString &name() const { return m_entry.name; }
+
+    /// Whether the thread has beaten since the last call.
+    bool takeBeat() { return m_hasBeaten.exchange(false); }
 
     /// Starts the thread and waits until worker_create has returned. If it fails, the thread has
     /// ended.
@@ -51,5 +56,7 @@ private:
     ModuleEntry m_entry;
     QByteArray m_nameBytes; ///< passed to worker_create, valid for as long as the worker
     WorkerCreate m_create;
+    std::chrono::milliseconds m_heartbeat;
+    std::atomic<bool> m_hasBeaten{false};
     std::promise<std::optional<Failure>> m_created;
 };

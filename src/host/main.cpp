@@ -8,6 +8,7 @@
 #include "host/Host.h"
 #include "host/HostLog.h"
 #include "host/ModuleLoader.h"
+#include "host/ServiceManager.h"
 #include "host/Settings.h"
 
 #include <QCoreApplication>
@@ -115,14 +116,17 @@ int run(const CommandLine &line, const Settings &settings,
         return exitWith({ExitCode::Configuration, failure->reason});
     }
     SimplePlayerLimits::setDefaults(settings.sounds());
-    Host host;
+    ServiceManager manager;
+    Host host(manager.heartbeat());
     if (const auto failure = host.start(modules, [] { return !StopSignals::isReceived(); })) {
         return exitWith(*failure);
     }
     if (!StopSignals::isReceived()) {
         reportReady(line, host.moduleCount());
+        manager.reportReady(host);
     }
     QCoreApplication::exec();
+    manager.reportStopping();
     host.stop();
     LOG4CPLUS_INFO(log4cplus::Logger::getInstance("Host"), "Host stopped");
     return static_cast<int>(ExitCode::Ok);

@@ -22,6 +22,7 @@
 //
 //   create        "throw", "throwNumber" or "null": what worker_create does instead
 //   createWaits   a FIFO that worker_create waits for
+//   workWaits     a FIFO that the worker waits for in its event loop
 //   deleteWaits   a FIFO that the destructor waits for
 //   say           a text that is logged as Qt's debug, info, warning and critical message, and as a
 //                 warning of the category "scripted.category"
@@ -101,6 +102,9 @@ private:
                 m_config.value(QStringLiteral("throw")).toString().toStdString());
         }
         log("working");
+        if (m_config.contains(QStringLiteral("workWaits"))) {
+            waitForFifo(m_config.value(QStringLiteral("workWaits")));
+        }
     }
 
     void log(const std::string &event)
