@@ -12,15 +12,62 @@
 #include <log4cplus/consoleappender.h>
 #include <log4cplus/layout.h>
 #include <log4cplus/logger.h>
+#include <log4cplus/spi/loggingevent.h>
 #include <log4cplus/thread/threads.h>
 
 #include <chrono>
 #include <iostream>
 #include <optional>
 #include <sstream>
+#include <sys/stat.h>
+#include <syslog.h>
+#include <unistd.h>
 
 namespace {
 constexpr const char *consolePattern = "%D{%Y-%m-%d %H:%M:%S.%q} %-5p %c [%t] %m%n";
+/// The journal has the time and the level of each record itself.
+constexpr const char *journalPattern = "%c [%t] %m%n";
+
+/// Begins each record with its level, as the journal reads it.
+class JournalLayout : public log4cplus::PatternLayout
+{
+public:
+    JournalLayout()
+        : log4cplus::PatternLayout(journalPattern)
+    {
+    }
+
+    void formatAndAppend(log4cplus::tostream &output,
+                         const log4cplus::spi::InternalLoggingEvent &event) override
+    {
+        output << '<' << syslogLevel(event.getLogLevel()) << '>';
+        log4cplus::PatternLayout::formatAndAppend(output, event);
+    }
+
+private:
+    static int syslogLevel(log4cplus::LogLevel level)
+    {
+        if (level >= log4cplus::FATAL_LOG_LEVEL) {
+            return LOG_CRIT;
+        }
+        if (level >= log4cplus::ERROR_LOG_LEVEL) {
+            return LOG_ERR;
+        }
+        if (level >= log4cplus::WARN_LOG_LEVEL) {
+            return LOG_WARNING;
+        }
+        return level >= log4cplus::INFO_LOG_LEVEL ? LOG_INFO : LOG_DEBUG;
+    }
+};
+
+/// Whether standard error is the stream to the journal that systemd has given to this process.
+bool logsToJournal()
+{
+    struct stat status = {};
+    return fstat(STDERR_FILENO, &status) == 0 &&
+           qEnvironmentVariable("JOURNAL_STREAM") ==
+               QStringLiteral("%1:%2").arg(status.st_dev).arg(status.st_ino);
+}
 
 /// Collects output to std::cerr, where log4cplus reports errors in a properties file and log files that
 /// can't be written. It has no other way to report them.
@@ -48,7 +95,11 @@ void logToConsole()
     constexpr bool immediateFlush = true;
     log4cplus::SharedAppenderPtr console(
         new log4cplus::ConsoleAppender(toStandardError, immediateFlush));
-    console->setLayout(std::make_unique<log4cplus::PatternLayout>(consolePattern));
+    if (logsToJournal()) {
+        console->setLayout(std::make_unique<JournalLayout>());
+    } else {
+        console->setLayout(std::make_unique<log4cplus::PatternLayout>(consolePattern));
+    }
     auto root = log4cplus::Logger::getRoot();
     root.addAppender(console);
     root.setLogLevel(log4cplus::INFO_LOG_LEVEL);
