@@ -64,5 +64,9 @@ class Canvas:
             self.line([(x - radius, y - slope * radius), (x + radius, y + slope * radius)], fill,
                       width)
 
+    def paste(self, left, top, width, image):
+        size = (round(width * SCALE), round(width * SCALE * image.height / image.width))
+        self.image.paste(image.resize(size, Image.LANCZOS), (round(left * SCALE), round(top * SCALE)))
+
     def save(self, path):
         self.image.resize(self.size, Image.LANCZOS).save(path, optimize=True)

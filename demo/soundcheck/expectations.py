@@ -20,6 +20,8 @@
     "notifications": {
       "<id>": {
         "label": "what the picture calls it",
+        "title": "its title on the screen",
+        "colour": "#2574cf",                of its stripe on the screen; unique
         "ends": "expired",                  or closed, cancelled
         "shown": true,                      false: it ends before its turn
         "interrupted_by": ["<id>"],         what pre-empts it
@@ -39,6 +41,8 @@ Attenuation is in dB, fade and tolerance in seconds.
 
 import dataclasses
 import json
+
+from PIL import ImageColor
 
 from . import commands, displaystory
 
@@ -65,6 +69,7 @@ class ExpectedDisplayNotification:
     shown: bool
     interrupted_by: list
     together: str | None
+    colour: tuple | None
 
 
 @dataclasses.dataclass
@@ -114,7 +119,8 @@ def parse_display(described, sounds):
         item = ExpectedDisplayNotification(
             id=name, label=entry.get("label", name), outcome=entry["ends"],
             shown=entry.get("shown", True), interrupted_by=entry.get("interrupted_by", []),
-            together=entry.get("together"))
+            together=entry.get("together"),
+            colour=ImageColor.getrgb(entry["colour"]) if "colour" in entry else None)
         if item.outcome not in displaystory.END_KINDS:
             raise ValueError(f"display {name} can't end as {item.outcome}")
         if item.together is not None and item.together not in sounds:

@@ -182,6 +182,44 @@ class RowsLane(Lane):
             surface.dot(x + 3, y, 5, self.MARKS[mark], canvas.PAPER)
 
 
+@dataclasses.dataclass
+class PlacedShot:
+    """A picture of the screen and when it was taken."""
+    moment: float
+    image: object
+    colour: tuple
+
+
+class ShotsLane(Lane):
+    """Pictures of the screen, each with its left edge at its time, in as many rows as they need."""
+
+    WIDTH, GAP, CAPTION = 232, 10, 16
+
+    def __init__(self, title, subtitle, shots, axis):
+        self.title, self.subtitle = title, subtitle
+        self.places = []  # (shot, left edge, row)
+        ends = []  # of the last picture in each row
+        for shot in shots:
+            left = min(axis.x(shot.moment), axis.right - self.WIDTH - self.GAP)
+            row = next((row for row, end in enumerate(ends) if end + self.GAP <= left), len(ends))
+            ends[row:row + 1] = [left + self.WIDTH]
+            self.places.append((shot, left, row))
+        self.row_height = self.CAPTION + self.GAP + max(self._height(shot) for shot in shots)
+        self.content_height = self.row_height * len(ends) + self.GAP
+
+    def _height(self, shot):
+        return round(shot.image.height * self.WIDTH / shot.image.width)
+
+    def draw_content(self, surface, axis, top, bottom):
+        tops = [top + self.GAP + self.row_height * row for _, _, row in self.places]
+        for (shot, _, _), upper in zip(self.places, tops):
+            surface.dashes(axis.x(shot.moment), top, upper, shot.colour, 1.4)
+        for (shot, left, _), upper in zip(self.places, tops):
+            surface.text(left, upper + self.CAPTION / 2, f"{shot.moment - axis.begin:.2f} s", 10.5,
+                         shot.colour, bold=True, halo=canvas.PANEL)
+            surface.paste(left, upper + self.CAPTION, self.WIDTH, shot.image)
+
+
 def draw_time_axis(surface, axis, y):
     for moment, second in axis.ticks():
         surface.line([(axis.x(moment), y), (axis.x(moment), y + 5)], canvas.MUTED)

@@ -2,8 +2,6 @@
 # SPDX-License-Identifier: Apache-2.0
 """The picture of a run: what was heard and shown when."""
 
-import itertools
-
 from . import canvas, checks, displaychecks, lanes
 
 WIDTH = 1500
@@ -13,8 +11,7 @@ MUSIC = (70, 90, 125)
 NOTIFICATIONS = (90, 98, 110)
 COLOURS = [(37, 116, 207), (214, 69, 65), (22, 150, 105), (142, 84, 190), (217, 119, 6),
            (8, 145, 178), (190, 60, 130), (101, 130, 20)]
-OWN_COLOURS = [(146, 98, 57), (85, 105, 150), (120, 130, 60), (165, 105, 150)]
-NO_SOUND = (150, 156, 166)
+GREY = (150, 156, 166)
 
 
 def colours(story, expected):
@@ -22,7 +19,7 @@ def colours(story, expected):
     given, result = iter(COLOURS * len(story.notifications)), {}
     for name in story.notifications:
         known = expected.notifications.get(name)
-        result[name] = next(given) if known and known.frequency else NO_SOUND
+        result[name] = next(given) if known and known.frequency else GREY
     return result
 
 
@@ -41,12 +38,11 @@ def notification_rows(story, expected, palette):
 
 
 def display_colours(story, expected, palette):
-    """A message that is sent together with a sound gets the colour of the sound."""
-    given, result = itertools.cycle(OWN_COLOURS), {}
+    """A message has the colour of its stripe on the screen, else that of the sound sent with it."""
+    result = {}
     for name in story.display.notifications:
         known = expected.display.notifications.get(name)
-        result[name] = palette.get(known.together) if known and known.together else None
-        result[name] = result[name] or next(given)
+        result[name] = known and known.colour or palette.get(known and known.together, GREY)
     return result
 
 
@@ -85,7 +81,7 @@ def stains(track, story, expected, palette):
     return result
 
 
-def build_lanes(tracks, story, expected):
+def build_lanes(tracks, story, expected, spans, axis):
     palette = colours(story, expected)
     ducked = [lanes.Shade(begin, end, f"ducked, {end - begin:.1f} s")
               for begin, end in story.ducked]
@@ -99,11 +95,22 @@ def build_lanes(tracks, story, expected):
                        notification_rows(story, expected, palette)),
     ]
     if story.display.notifications:
-        rows = display_rows(story, expected, display_colours(story, expected, palette))
+        message_colours = display_colours(story, expected, palette)
+        rows = display_rows(story, expected, message_colours)
         stack.append(lanes.RowsLane(
             "Display", "what was shown, and for how long: measured / requested, or until it was "
             "ended; dashed: sent together with a sound", rows, other_above=True))
+    if spans:
+        shots = [screen_shot(span, message_colours) for span in spans]
+        stack.append(lanes.ShotsLane(
+            "Screen", "what tavo-display showed, under the time of each picture", shots, axis))
     return stack
+
+
+def screen_shot(span, palette):
+    """The middle one of a message's shots is neither its first nor its last."""
+    shot = span.shots[len(span.shots) // 2]
+    return lanes.PlacedShot(shot.begin, shot.message(), palette.get(span.id, GREY))
 
 
 def draw_head(surface, story, failed):
@@ -140,10 +147,10 @@ def draw_legend(surface, right, y):
                                                      fill=(*lanes.DUCKED, 50)), 26)
 
 
-def draw(path, tracks, story, expected, failed):
+def draw(path, tracks, story, expected, spans, failed):
     begin = min(track.start for track in tracks.values())
     axis = lanes.TimeAxis(begin, max(track.end for track in tracks.values()), LEFT, WIDTH - RIGHT)
-    stack = build_lanes(tracks, story, expected)
+    stack = build_lanes(tracks, story, expected, spans, axis)
     height = HEAD + sum(lane.height + GAP for lane in stack) - GAP + FOOT
     surface = canvas.Canvas(WIDTH, height)
     draw_head(surface, story, failed)

@@ -5,10 +5,13 @@
 
 static log4cplus::Logger logger = log4cplus::Logger::getInstance("Demo");
 
-static TavoNotificationDisplayItem message(const char *text, int timeout)
+static TavoNotificationDisplayItem message(const char *title, const char *text, int timeout)
 {
-    return TavoNotificationDisplayItem().setMessage(text).setTimeout(timeout).setPriority(
-        TavoNotificationItemPriority::Normal);
+    return TavoNotificationDisplayItem()
+        .setTitle(title)
+        .setMessage(text)
+        .setTimeout(timeout)
+        .setPriority(TavoNotificationItemPriority::Normal);
 }
 
 DisplayScript::DisplayScript(CMNodes *nodes, Timeline *timeline, QObject *parent)
@@ -26,8 +29,8 @@ void DisplayScript::writeScript()
 {
     // Together with a sound: a message that is shown at once, and one that waits.
     m_script.step("sent chime", 0, [this] {
-        open(QStringLiteral("doorbell"), message("Somebody is at the door", 1500));
-        open(QStringLiteral("parcel"), message("A parcel is waiting", 1000));
+        open(QStringLiteral("doorbell"), message("Doorbell", "Somebody is at the door", 1500));
+        open(QStringLiteral("parcel"), message("Parcel", "A parcel is waiting", 1000));
     });
 
     // A node of this module, which a client closes before its timeout. Then a message that is
@@ -39,25 +42,25 @@ void DisplayScript::writeScript()
     });
     m_script.step("display shown menu", 1000, [this] { close(QStringLiteral("menu")); });
     m_script.step("display closed menu", 0, [this] {
-        open(QStringLiteral("download"), message("Downloading the news", 5000));
+        open(QStringLiteral("download"), message("Download", "Downloading the news", 5000));
     });
     m_script.step("display shown download", 800, [this] { cancel(QStringLiteral("download")); });
 
     // Together with the urgent sound, an urgent message interrupts another one, which gets the rest
     // of its time afterwards. A third one is cancelled before its turn.
     m_script.step("sent announcement", 0, [this] {
-        open(QStringLiteral("news"), message("The news is being read", 3000));
-        open(QStringLiteral("reminder"), message("Water the plants", 1000));
+        open(QStringLiteral("news"), message("News", "The news is being read", 3000));
+        open(QStringLiteral("reminder"), message("Reminder", "Water the plants", 1000));
     });
     m_script.step("sent alarm", 0, [this] {
-        open(QStringLiteral("fire"), message("Fire: leave the house", 2000)
+        open(QStringLiteral("fire"), message("Fire", "Leave the house", 2000)
                                          .setPriority(TavoNotificationItemPriority::Urgent));
     });
     m_script.step("display shown news", 500, [this] { cancel(QStringLiteral("reminder")); });
 
     // A message without a timeout stays until it is closed.
     m_script.step("sent ring", 0,
-                  [this] { open(QStringLiteral("call"), message("Incoming call", 0)); });
+                  [this] { open(QStringLiteral("call"), message("Call", "Somebody calls", 0)); });
     m_script.step("ended ring", 500, [this] { close(QStringLiteral("call")); });
 }
 

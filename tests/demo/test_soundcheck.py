@@ -10,7 +10,7 @@ import unittest
 
 import sounds
 import synthetic
-from soundcheck import checks
+from soundcheck import checks, screen
 
 DEMO = pathlib.Path(sounds.__file__).parent
 
@@ -343,6 +343,59 @@ class DisplayTest(RecordingCheckTest):
         self.assertIn(("display page", "is on display for its time", True),
                       {(check.subject, check.statement, check.passed) for check in results})
         self.assertEqual([check for check in results if not check.passed], [])
+
+
+class ScreenTest(unittest.TestCase):
+    def setUp(self):
+        self.run_ = synthetic.Run()
+        self.colours = {}
+        messages = self.run_.expectations["display"]["notifications"]
+        for number, (name, message) in enumerate(messages.items()):
+            self.colours[name] = (200, 30 * number, 0)
+            message["colour"] = f"rgb(200, {30 * number}, 0)"
+        # What the screen shows from which moment on; 20 ms later than the queue has it.
+        self.shown = [(0.0, screen.EMPTY)]
+        for name, begin, end in self.run_.story().display.heads:
+            self.shown += [(begin - synthetic.START + 0.02, self.colours[name]),
+                           (end - synthetic.START + 0.02, screen.EMPTY)]
+
+    def failures(self):
+        begins = [synthetic.START + moment for moment, _ in self.shown]
+        ends = begins[1:] + [synthetic.START + synthetic.LENGTH]
+        shots = [screen.Shot(begin, end, pixel)
+                 for begin, end, (_, pixel) in zip(begins, ends, self.shown) if begin < end]
+        display = self.run_.expected().display
+        results = screen.check_screen(screen.seen(shots, display), self.run_.story().display, display)
+        return {check.subject for check in results if not check.passed}
+
+    def replace(self, name, pixel):
+        self.shown = [(moment, pixel if shown == self.colours[name] else shown)
+                      for moment, shown in self.shown]
+
+    def test_passes_a_screen_that_shows_what_is_on_display(self):
+        self.assertEqual(self.failures(), set())
+
+    def test_passes_several_pictures_of_the_same_message(self):
+        position = [pixel for _, pixel in self.shown].index(self.colours["door"])
+        self.shown.insert(position + 1, (2.5, self.colours["door"]))
+        self.assertEqual(self.failures(), set())
+
+    def test_finds_a_message_that_is_not_shown(self):
+        self.replace("menu", screen.EMPTY)
+        self.assertEqual(self.failures(), {"screen", "screen menu"})
+
+    def test_finds_something_else_in_place_of_a_message(self):
+        self.replace("menu", (1, 2, 3))
+        self.assertEqual(self.failures(), {"screen", "screen menu"})
+
+    def test_finds_one_message_in_place_of_another(self):
+        self.replace("mail", self.colours["note"])
+        self.assertEqual(self.failures(), {"screen", "screen mail", "screen note"})
+
+    def test_finds_a_message_that_stays_too_long(self):
+        position = [pixel for _, pixel in self.shown].index(self.colours["menu"])
+        self.shown[position - 1:position + 1] = [(5.2, self.colours["menu"])]
+        self.assertEqual(self.failures(), {"screen mail", "screen menu"})
 
 
 class TypedCommandTest(RecordingCheckTest):
