@@ -90,6 +90,12 @@ DbusConfiguration::Sounds readSounds(TavoConfiguration reader)
         sounds.schemes.append(scheme.toLower());
     }
     sounds.folders = reader.stringList(QStringLiteral("folders"), {QStringLiteral("/")});
+    for (const QString &folder : qAsConst(sounds.folders)) {
+        if (!folder.startsWith(QLatin1Char('/'))) {
+            reader.fail(QStringLiteral("folders"),
+                        QStringLiteral("\"%1\" must be an absolute path").arg(folder));
+        }
+    }
     for (const QString &host : reader.stringList(QStringLiteral("hosts"), {})) {
         const QUrl url(QStringLiteral("http://") + host, QUrl::StrictMode);
         if (url.host().isEmpty() || url.authority() != host.toLower() ||

@@ -42,6 +42,10 @@ TEST_F(DbusConfigurationTest, RefusesValuesOfTheWrongType)
                   "sounds.hosts: \"" + std::string(host) +
                       "\" must be a host, with or without a port");
     }
+    for (const char *folder : {"", "sounds", "./sounds"}) {
+        EXPECT_EQ(failureWith({{"sounds", QVariantHash{{"folders", QVariantList{folder}}}}}),
+                  "sounds.folders: \"" + std::string(folder) + "\" must be an absolute path");
+    }
     EXPECT_THAT(failureWith({{"defaultTimeout", "long"}}), StartsWith("defaultTimeout: must be"));
 }
 

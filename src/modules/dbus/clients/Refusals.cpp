@@ -60,6 +60,11 @@ BusError Refusals::textTooLong(const char *what, int maxLength)
                                    std::to_string(maxLength) + " characters");
 }
 
+BusError Refusals::notAMessage()
+{
+    return BusError::accessDenied("A node of the notifications themselves can't be a message");
+}
+
 BusError Refusals::unknownChange()
 {
     return BusError::invalidArguments("A change must be \"value\", \"rows\" or \"node\"");

@@ -24,6 +24,7 @@ BusError replyLeftOut(const BusError &reason);
 BusError pathTooLong(int maxLength);
 BusError notAPath(const std::string &text);
 BusError textTooLong(const char *what, int maxLength);
+BusError notAMessage();
 BusError unknownChange();
 BusError invalidRowRange();
 BusError noSuchSubscription();

@@ -74,4 +74,9 @@ void ModelArguments::checkTexts(const QVariant &value)
     if (item.path().toString().size() > maxPathLength) {
         throw Refusals::pathTooLong(maxPathLength);
     }
+    // A node that changes with each notification would have the display follow its own changes.
+    if (item.path().isBelow(TavoNotificationsPath()) &&
+        !item.path().isBelow(TavoNotificationDisplaySimpleMessageNodePath())) {
+        throw Refusals::notAMessage();
+    }
 }

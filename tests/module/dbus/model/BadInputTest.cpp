@@ -244,6 +244,32 @@ TEST_F(DbusFloodTest, OfOneClientIsRefusedAndOthersAreServed)
     }
     EXPECT_GT(refused, 0);
 }
+TEST_F(DbusBadInputTest, NodesOfTheNotificationsAreNoMessages)
+{
+    std::vector<QString> opened;
+    publishRequest(TavoNotificationDisplayOpenPath().toString(),
+                   [&opened](const CMSetDataRequest &request) {
+                       opened.push_back(TavoValue(request.value().toHash())
+                                            .notificationDisplayItem()
+                                            .path()
+                                            .toString());
+                       request.reply().setValue({});
+                   });
+    const auto open = [this](const CMPath &path) {
+        return client->send(TavoNotificationDisplayOpenPath().toString(),
+                            TavoValue()
+                                .setNotificationDisplayItem(
+                                    TavoNotificationDisplayItem(TavoHash()).setPath(path))
+                                .__variant());
+    };
+    const char *denied = "org.freedesktop.DBus.Error.AccessDenied";
+    expectRefusal(open(TavoNotificationDisplayQueuePath()), denied);
+    expectRefusal(open(TavoNotificationDisplayCurrentPath()), denied);
+    expectRefusal(open(TavoNotificationPlayerIsPlayingPath()), denied);
+    EXPECT_TRUE(opened.empty());
+    EXPECT_TRUE(open(CMPath("/test/value"_s)).succeeds());
+}
+
 TEST_F(DbusBadInputTest, MessagesWithTooLongTextsAreRefused)
 {
     int opened = 0;
