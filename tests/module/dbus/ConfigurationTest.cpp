@@ -52,9 +52,9 @@ TEST_F(DbusConfigurationTest, RefusesValuesOfTheWrongType)
 TEST_F(DbusConfigurationTest, RefusesLimitsOutOfRange)
 {
     for (const char *key :
-         {"openNotifications", "requestsPerSecond", "valueBytes", "messageBytes", "subscriptions", "inboxes",
-          "unreadBytes", "totalUnreadBytes", "totalOpenNotifications", "sounds", "totalSounds",
-          "totalRequestBytes", "storedBytes", "totalStoredBytes"}) {
+         {"openNotifications", "requestsPerSecond", "valueBytes", "messageBytes", "subscriptions",
+          "inboxes", "unreadBytes", "totalUnreadBytes", "totalOpenNotifications", "sounds",
+          "totalSounds", "totalRequestBytes", "storedBytes", "totalStoredBytes"}) {
         EXPECT_THAT(failureWithLimit(key, -1), StartsWith(std::string("limits.") + key + ": "));
         EXPECT_THAT(failureWithLimit(key, 2e9), StartsWith(std::string("limits.") + key + ": "));
     }

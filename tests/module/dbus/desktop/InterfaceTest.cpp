@@ -27,7 +27,8 @@ TEST_F(InterfaceTest, IsTheOneInItsFile)
 
 TEST_F(InterfaceTest, ListsItsCapabilities)
 {
-    EXPECT_EQ(result("GetCapabilities"_s), "(['action-icons', 'actions', 'body', 'body-markup', 'icon-static', 'sound'],)"_s);
+    EXPECT_EQ(result("GetCapabilities"_s),
+              "(['action-icons', 'actions', 'body', 'body-markup', 'icon-static', 'sound'],)"_s);
 }
 
 TEST_F(InterfaceTest, SaysWhichServerItIs)

@@ -247,20 +247,18 @@ TEST_F(DbusFloodTest, OfOneClientIsRefusedAndOthersAreServed)
 TEST_F(DbusBadInputTest, NodesOfTheNotificationsAreNoMessages)
 {
     std::vector<QString> opened;
-    publishRequest(TavoNotificationDisplayOpenPath().toString(),
-                   [&opened](const CMSetDataRequest &request) {
-                       opened.push_back(TavoValue(request.value().toHash())
-                                            .notificationDisplayItem()
-                                            .path()
-                                            .toString());
-                       request.reply().setValue({});
-                   });
+    publishRequest(
+        TavoNotificationDisplayOpenPath().toString(), [&opened](const CMSetDataRequest &request) {
+            opened.push_back(
+                TavoValue(request.value().toHash()).notificationDisplayItem().path().toString());
+            request.reply().setValue({});
+        });
     const auto open = [this](const CMPath &path) {
-        return client->send(TavoNotificationDisplayOpenPath().toString(),
-                            TavoValue()
-                                .setNotificationDisplayItem(
-                                    TavoNotificationDisplayItem(TavoHash()).setPath(path))
-                                .__variant());
+        return client->send(
+            TavoNotificationDisplayOpenPath().toString(),
+            TavoValue()
+                .setNotificationDisplayItem(TavoNotificationDisplayItem(TavoHash()).setPath(path))
+                .__variant());
     };
     const char *denied = "org.freedesktop.DBus.Error.AccessDenied";
     expectRefusal(open(TavoNotificationDisplayQueuePath()), denied);
