@@ -14,7 +14,7 @@
 
 /// An object on the bus with one interface, whose members and signatures come from its XML. Its methods
 /// are served from publish() until it is destroyed, which must happen before its connection is closed.
-/// StandardCalls tells about it and reads its properties.
+/// StandardCalls describes it to clients and reads its properties.
 class BusObject
 {
 public:
