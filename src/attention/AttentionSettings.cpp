@@ -1,0 +1,80 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "attention/AttentionSettings.h"
+
+#include "attention/JsonPosition.h"
+#include <base/Printable.h>
+
+#include <stdexcept>
+
+namespace {
+constexpr int maxRateCount = 100000;
+constexpr int maxRateSeconds = 86400;
+constexpr int maxGroupFrom = 1000;
+constexpr int msOfSecond = 1000;
+
+QTimeZone readZone(TavoConfiguration &configuration)
+{
+    const QString key = QStringLiteral("timeZone");
+    const QString name = configuration.string(key, QString());
+    if (name.isEmpty()) {
+        return QTimeZone::systemTimeZone();
+    }
+    const QTimeZone zone(name.toUtf8());
+    if (!zone.isValid()) {
+        configuration.fail(key, QStringLiteral("must be a time zone such as \"Europe/Berlin\""));
+    }
+    return zone;
+}
+
+SourceRates::Limit readRate(TavoConfiguration configuration)
+{
+    SourceRates::Limit limit;
+    limit.count = configuration.integer(QStringLiteral("messages"), limit.count, 1, maxRateCount);
+    limit.periodMs =
+        msOfSecond * configuration.integer(QStringLiteral("seconds"), limit.periodMs / msOfSecond,
+                                           1, maxRateSeconds);
+    configuration.finish();
+    return limit;
+}
+} // namespace
+
+AttentionSettings::AttentionSettings()
+    : zone(QTimeZone::systemTimeZone())
+{
+}
+
+AttentionSettings AttentionSettings::fromJson(const QByteArray &json, const QString &file)
+{
+    try {
+        return read(TavoConfiguration::fromJson(json, file));
+    } catch (const std::runtime_error &error) {
+        const QString text = QString::fromStdString(error.what());
+        const QString source = printable(file) + QLatin1String(": ");
+        if (!text.startsWith(source)) {
+            throw; // a syntax error, which names its line already
+        }
+        const QString rest = text.mid(source.size());
+        const int line = lineInJson(json, rest.section(QLatin1String(": "), 0, 0));
+        throw std::runtime_error(
+            QStringLiteral("%1:%2: %3").arg(printable(file)).arg(line).arg(rest).toStdString());
+    }
+}
+
+AttentionSettings AttentionSettings::read(TavoConfiguration configuration)
+{
+    AttentionSettings settings;
+    settings.zone = readZone(configuration);
+    settings.doNotDisturb = DoNotDisturbSettings::read(
+        configuration.section(QStringLiteral("doNotDisturb")), settings.zone);
+    settings.rules = Rules::read(configuration, settings.zone);
+    settings.rate = readRate(configuration.section(QStringLiteral("eachSource")));
+    const QString groupKey = QStringLiteral("groupFrom");
+    settings.groupFrom = configuration.integer(groupKey, settings.groupFrom, 0, maxGroupFrom);
+    if (settings.groupFrom == 1) {
+        configuration.fail(groupKey, QStringLiteral("must be 0 or at least 2"));
+    }
+    configuration.finish();
+    return settings;
+}

@@ -1,0 +1,29 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "attention/DoNotDisturb.h"
+#include "attention/Rules.h"
+#include "attention/SourceRates.h"
+
+/// What people decide about their notifications, in a file of their own.
+struct AttentionSettings
+{
+    DoNotDisturbSettings doNotDisturb;
+    Rules rules;
+    SourceRates::Limit rate;
+    /// As many messages of a group are shown as one; 0: never.
+    int groupFrom = 3;
+    QTimeZone zone;
+
+    /// Without a file: no rules, and everything passes.
+    AttentionSettings();
+
+    /// Throws a std::runtime_error with "FILE:LINE: KEY: REASON", or for syntax errors
+    /// "FILE:LINE:COLUMN: REASON".
+    static AttentionSettings fromJson(const QByteArray &json, const QString &file);
+
+private:
+    static AttentionSettings read(TavoConfiguration configuration);
+};

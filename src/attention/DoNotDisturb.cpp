@@ -1,0 +1,116 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "attention/DoNotDisturb.h"
+
+#include "attention/PriorityKey.h"
+
+#include <algorithm>
+
+namespace {
+/// Of remembered notifications.
+constexpr int maxRemembered = 256;
+
+constexpr int maxRepeatSeconds = 86400;
+constexpr int defaultRepeatSeconds = 180;
+constexpr int msOfSecond = 1000;
+
+DoNotDisturbSettings::Silence readSilence(TavoConfiguration &configuration)
+{
+    using Silence = DoNotDisturbSettings::Silence;
+    const QString key = QStringLiteral("silence");
+    const QString name = configuration.string(key, QStringLiteral("both"));
+    if (name == QLatin1String("both")) {
+        return Silence::Both;
+    }
+    if (name == QLatin1String("sound")) {
+        return Silence::Sound;
+    }
+    if (name == QLatin1String("message")) {
+        return Silence::Message;
+    }
+    configuration.fail(key, QStringLiteral("must be \"sound\", \"message\" or \"both\""));
+}
+} // namespace
+
+DoNotDisturbSettings DoNotDisturbSettings::read(TavoConfiguration configuration,
+                                                const QTimeZone &zone)
+{
+    DoNotDisturbSettings settings;
+    settings.times = WeeklyTimes::read(configuration, QStringLiteral("times"), zone);
+    settings.silence = readSilence(configuration);
+    settings.passingPriority = readPriority(configuration, QStringLiteral("passPriority"))
+                                   .value_or(settings.passingPriority);
+    settings.passingSources =
+        NamePatterns(configuration.stringList(QStringLiteral("passSources"), {}));
+    settings.repeatMs =
+        msOfSecond * configuration.integer(QStringLiteral("passRepeatedWithin"),
+                                           defaultRepeatSeconds, 0, maxRepeatSeconds);
+    settings.hasSummary = configuration.boolean(QStringLiteral("summary"), settings.hasSummary);
+    configuration.finish();
+    return settings;
+}
+
+void DoNotDisturb::choose(const Choice &choice, qint64 now)
+{
+    m_choice = choice;
+    if (!choice.isOn && choice.until == 0) {
+        if (m_settings.times.contains(now)) {
+            m_choice->until = m_settings.times.nextChange(now).value_or(0);
+        } else {
+            m_choice.reset();
+        }
+    }
+}
+
+std::optional<DoNotDisturb::Choice> DoNotDisturb::choice(qint64 now) const
+{
+    const bool isOver = m_choice && m_choice->until != 0 && m_choice->until <= now;
+    return isOver ? std::nullopt : m_choice;
+}
+
+bool DoNotDisturb::isOn(qint64 now) const
+{
+    const auto chosen = choice(now);
+    return chosen ? chosen->isOn : m_settings.times.contains(now);
+}
+
+std::optional<qint64> DoNotDisturb::nextChange(qint64 now) const
+{
+    const auto chosen = choice(now);
+    if (!chosen) {
+        return m_settings.times.nextChange(now);
+    }
+    return chosen->until != 0 ? std::optional(chosen->until) : std::nullopt;
+}
+
+QString DoNotDisturb::likeness(const AttentionInput &input)
+{
+    return input.source + QChar::Null + input.title;
+}
+
+QString DoNotDisturb::passes(const AttentionInput &input) const
+{
+    if (input.priority >= m_settings.passingPriority) {
+        return QStringLiteral("its priority passes");
+    }
+    if (m_settings.passingSources.match(input.source)) {
+        return QStringLiteral("its source passes");
+    }
+    const auto last = m_lastTimes.find(likeness(input));
+    const bool isRepeated = last != m_lastTimes.end() && *last <= input.time &&
+                            input.time - *last <= m_settings.repeatMs;
+    return isRepeated ? QStringLiteral("it came a second time") : QString();
+}
+
+void DoNotDisturb::remember(const AttentionInput &input)
+{
+    if (m_settings.repeatMs == 0) {
+        return;
+    }
+    if (m_lastTimes.size() >= maxRemembered && !m_lastTimes.contains(likeness(input))) {
+        const auto oldest = std::min_element(m_lastTimes.begin(), m_lastTimes.end());
+        m_lastTimes.erase(oldest);
+    }
+    m_lastTimes.insert(likeness(input), input.time);
+}

@@ -1,0 +1,75 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "attention/AttentionInput.h"
+#include "attention/NamePatterns.h"
+#include "attention/WeeklyTimes.h"
+
+#include <QHash>
+
+#include <optional>
+
+/// When people do not want to be disturbed, and what reaches them all the same.
+struct DoNotDisturbSettings
+{
+    enum class Silence { Both, Sound, Message };
+
+    WeeklyTimes times;
+    Silence silence = Silence::Both;
+    TavoNotificationItemPriority::Enum passingPriority = TavoNotificationItemPriority::Urgent;
+    NamePatterns passingSources;
+    int repeatMs = 0; ///< a second one like it within this time passes; 0: never
+    bool hasSummary = true;
+
+    /// Reads the keys of the section. Throws as TavoConfiguration does.
+    static DoNotDisturbSettings read(TavoConfiguration configuration, const QTimeZone &zone);
+};
+
+/// Whether people want to be disturbed now: by the schedule, unless somebody has said otherwise.
+///
+/// All times are milliseconds since the epoch in UTC. The clock may jump.
+class DoNotDisturb
+{
+public:
+    /// What a person has chosen.
+    struct Choice
+    {
+        bool isOn;
+        qint64 until; ///< 0: until the next choice
+    };
+
+    explicit DoNotDisturb(const DoNotDisturbSettings &settings = {})
+        : m_settings(settings)
+    {
+    }
+
+    const DoNotDisturbSettings &settings() const { return m_settings; }
+
+    /// The choice stays.
+    void setSettings(const DoNotDisturbSettings &settings) { m_settings = settings; }
+
+    /// To switch it off during the times of the schedule counts until these times are over.
+    void choose(const Choice &choice, qint64 now);
+
+    std::optional<Choice> choice(qint64 now) const;
+
+    bool isOn(qint64 now) const;
+
+    /// When isOn() may change by itself; nothing if never.
+    std::optional<qint64> nextChange(qint64 now) const;
+
+    /// Why the notification passes although it is on, such as "it is urgent"; empty if it doesn't.
+    QString passes(const AttentionInput &input) const;
+
+    /// Remembers the notification, so that the next one like it may pass.
+    void remember(const AttentionInput &input);
+
+private:
+    static QString likeness(const AttentionInput &input);
+
+    DoNotDisturbSettings m_settings;
+    std::optional<Choice> m_choice;
+    QHash<QString, qint64> m_lastTimes; ///< of those that may be repeated
+};
