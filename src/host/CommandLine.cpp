@@ -20,6 +20,12 @@ Exit codes:
   143  ended at once, by SIGTERM as the second signal
 )";
 
+constexpr const char *signalActions = R"(
+Signals:
+  SIGINT, SIGTERM  stop the host
+  SIGHUP           read the configuration again, and change what can change
+)";
+
 constexpr const char *environment = R"(
 Environment:
   TAVO_MODULE_PATH  folders to search for modules, separated by colons
@@ -133,5 +139,6 @@ QString CommandLine::helpText()
 {
     QCommandLineParser parser;
     prepare(parser, {});
-    return parser.helpText() + QLatin1String(environment) + QLatin1String(exitCodes);
+    return parser.helpText() + QLatin1String(signalActions) + QLatin1String(environment) +
+           QLatin1String(exitCodes);
 }

@@ -6,6 +6,7 @@
 #include <log4cplus/logger.h>
 #include <log4cplus/loggingmacros.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -18,6 +19,15 @@ log4cplus::Logger &logger()
 ExitFailure failureOf(const ModuleEntry &module, ExitCode code, const QString &reason)
 {
     return {code, QStringLiteral("%1: %2").arg(module.origin, reason)};
+}
+
+/// Null for a module that is configured no longer.
+const ModuleEntry *entryOf(const ModuleThread &thread, const QVector<ModuleEntry> &modules)
+{
+    const auto entry = std::find_if(modules.begin(), modules.end(), [&](const auto &module) {
+        return module.name == thread.name();
+    });
+    return entry == modules.end() ? nullptr : &*entry;
 }
 } // namespace
 
@@ -65,6 +75,32 @@ void Host::stop()
         thread->stopWorker();
         LOG4CPLUS_INFO(logger(), "Module stopped: " << thread->name().toStdString());
     }
+}
+
+Result<QStringList> Host::reconfigure(const QVector<ModuleEntry> &modules,
+                                      const QVector<ModuleEntry> &previous)
+{
+    QStringList restartKeys;
+    for (auto thread = m_threads.begin(); thread != m_threads.end(); ++thread) {
+        const ModuleEntry *entry = entryOf(**thread, modules);
+        if (entry == nullptr) {
+            continue;
+        }
+        auto keys = (*thread)->reconfigure(entry->config);
+        if (const auto *failure = std::get_if<Failure>(&keys)) {
+            while (thread != m_threads.begin()) {
+                --thread;
+                if (const ModuleEntry *before = entryOf(**thread, previous)) {
+                    (*thread)->reconfigure(before->config);
+                }
+            }
+            return Failure{QStringLiteral("%1: %2").arg(entry->origin, failure->reason)};
+        }
+        for (const QString &key : qAsConst(std::get<QStringList>(keys))) {
+            restartKeys << QStringLiteral("%1.%2").arg((*thread)->name(), key);
+        }
+    }
+    return restartKeys;
 }
 
 std::optional<QString> Host::hangingModule()

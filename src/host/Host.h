@@ -44,6 +44,11 @@ public:
     /// thread before the next worker is deleted.
     void stop();
 
+    /// Hands each module its configuration from @p modules. Returns the keys, as MODULE.KEY, that need a
+    /// restart. If a module refuses, hands those before it their @p previous configuration again.
+    Result<QStringList> reconfigure(const QVector<ModuleEntry> &modules,
+                                    const QVector<ModuleEntry> &previous);
+
     /// The name of a module whose thread has not beaten between the last three calls. So a process that was
     /// paused is not taken for one that hangs.
     std::optional<QString> hangingModule();

@@ -126,14 +126,10 @@ std::optional<Failure> configureFromFile(const QString &file)
     return std::nullopt;
 }
 
-void setLevels(const QVector<LogLevel> &levels)
+/// The root logger has no name.
+log4cplus::Logger loggerOf(const std::string &name)
 {
-    for (const LogLevel &level : levels) {
-        auto logger = level.logger.isEmpty()
-                          ? log4cplus::Logger::getRoot()
-                          : log4cplus::Logger::getInstance(level.logger.toStdString());
-        logger.setLogLevel(level.level);
-    }
+    return name.empty() ? log4cplus::Logger::getRoot() : log4cplus::Logger::getInstance(name);
 }
 } // namespace
 
@@ -150,7 +146,7 @@ Result<std::unique_ptr<HostLog>> HostLog::open(const LogConfiguration &configura
             QStringLiteral("%1: log.file: %2").arg(configuration.origin, failure->reason)};
     }
     log->guardAppenders();
-    setLevels(configuration.levels);
+    log->setLevels(configuration.levels);
     qInstallMessageHandler(logQtMessage);
     return log;
 }
@@ -169,6 +165,19 @@ HostLog::HostLog()
 HostLog::~HostLog()
 {
     qInstallMessageHandler(nullptr);
+}
+
+void HostLog::setLevels(const QVector<LogLevel> &levels)
+{
+    for (const auto &[name, level] : m_levelsBefore) {
+        loggerOf(name).setLogLevel(level);
+    }
+    m_levelsBefore.clear();
+    for (const LogLevel &level : levels) {
+        log4cplus::Logger logger = loggerOf(level.logger.toStdString());
+        m_levelsBefore.emplace(level.logger.toStdString(), logger.getLogLevel());
+        logger.setLogLevel(level.level);
+    }
 }
 
 void HostLog::guardAppenders()

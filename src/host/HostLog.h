@@ -11,7 +11,9 @@
 
 #include <log4cplus/initializer.h>
 
+#include <map>
 #include <memory>
+#include <string>
 #include <vector>
 
 /// Logging while the host runs: to standard error, or to wherever a log4cplus properties file says.
@@ -23,6 +25,9 @@ class HostLog
 public:
     static Result<std::unique_ptr<HostLog>> open(const LogConfiguration &configuration);
     ~HostLog();
+    /// Sets these levels, and no others that were set before.
+    void setLevels(const QVector<LogLevel> &levels);
+
     HostLog(const HostLog &) = delete;
     HostLog &operator=(const HostLog &) = delete;
 
@@ -33,5 +38,7 @@ private:
 
     log4cplus::Initializer m_initializer;
     std::vector<log4cplus::helpers::SharedObjectPtr<LogGate>> m_gates;
+    /// Of the loggers whose level was set, by name.
+    std::map<std::string, log4cplus::LogLevel> m_levelsBefore;
     QTimer m_leftOutTimer;
 };

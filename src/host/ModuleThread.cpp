@@ -4,6 +4,7 @@
 #include "host/ModuleThread.h"
 
 #include "core/base/connect.h"
+#include "core/model/cmreconfigurable.h"
 #include "core/model/cmworker.h"
 #include "host/ExitCode.h"
 
@@ -13,9 +14,28 @@
 #include <log4cplus/loggingmacros.h>
 #include <log4cplus/thread/threads.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <exception>
+#include <future>
 #include <utility>
+
+namespace {
+/// Workers do nothing that takes longer. One that hangs must not keep the host from its other duties.
+constexpr std::chrono::seconds maxReconfigure{3};
+
+QStringList changedKeys(const QVariantHash &before, const QVariantHash &after)
+{
+    QStringList keys = before.keys() + after.keys();
+    keys.removeDuplicates();
+    keys.erase(
+        std::remove_if(keys.begin(), keys.end(),
+                       [&](const QString &key) { return before.value(key) == after.value(key); }),
+        keys.end());
+    keys.sort();
+    return keys;
+}
+} // namespace
 
 ModuleThread::ModuleThread(ModuleEntry entry, WorkerCreate create,
                            std::chrono::milliseconds heartbeat)
@@ -43,6 +63,37 @@ std::optional<Failure> ModuleThread::startWorker()
     return failure;
 }
 
+Result<QStringList> ModuleThread::reconfigure(const QVariantHash &config)
+{
+    using Task = std::packaged_task<Result<QStringList>()>;
+    const auto task = std::make_shared<Task>([this, config]() -> Result<QStringList> {
+        auto *reconfigurable = dynamic_cast<CMReconfigurable *>(m_worker);
+        if (reconfigurable == nullptr) {
+            return changedKeys(m_entry.config, config);
+        }
+        try {
+            return reconfigurable->reconfigure(config);
+        } catch (const std::exception &exception) {
+            return Failure{QString::fromLocal8Bit(exception.what())};
+        }
+    });
+    auto result = task->get_future();
+    // A worker that reacts too late finds no task.
+    const std::weak_ptr<Task> queued = task;
+    QMetaObject::invokeMethod(
+        m_worker,
+        [queued] {
+            if (const auto kept = queued.lock()) {
+                (*kept)();
+            }
+        },
+        Qt::QueuedConnection);
+    if (result.wait_for(maxReconfigure) != std::future_status::ready) {
+        return Failure{QStringLiteral("the module hangs")};
+    }
+    return result.get();
+}
+
 void ModuleThread::stopWorker(std::chrono::milliseconds limit)
 {
     quit();
@@ -62,6 +113,7 @@ void ModuleThread::run()
         return;
     }
     const auto worker = std::get<std::unique_ptr<CMWorker>>(std::move(created));
+    m_worker = worker.get();
     m_created.set_value(std::nullopt);
     QTimer heartbeat;
     if (m_heartbeat.count() > 0) {

@@ -42,6 +42,10 @@ public:
     /// ended.
     std::optional<Failure> startWorker();
 
+    /// Hands the worker a changed configuration. Returns the keys that need a restart, or why the worker
+    /// refuses it or does not react. Called while the worker runs.
+    Result<QStringList> reconfigure(const QVariantHash &config);
+
     /// Deletes the worker in its thread and waits until the thread has ended. Queued calls to the
     /// worker are dropped. If the worker hangs for longer than the limit, logs that and ends the
     /// process.
@@ -56,6 +60,7 @@ private:
     ModuleEntry m_entry;
     QByteArray m_nameBytes; ///< passed to worker_create, valid for as long as the worker
     WorkerCreate m_create;
+    CMWorker *m_worker = nullptr; ///< set once, before startWorker() returns
     std::chrono::milliseconds m_heartbeat;
     std::atomic<bool> m_hasBeaten{false};
     std::promise<std::optional<Failure>> m_created;

@@ -3,12 +3,15 @@
 
 #include "host/ServiceManager.h"
 
+#include "base/Printable.h"
 #include "core/base/connect.h"
 #include "host/Host.h"
 
 #include <log4cplus/logger.h>
 #include <log4cplus/loggingmacros.h>
 #include <systemd/sd-daemon.h>
+
+#include <ctime>
 
 ServiceManager::ServiceManager()
 {
@@ -25,6 +28,19 @@ void ServiceManager::reportReady(Host &host)
         tavoConnect(&m_checkTimer, &QTimer::timeout, &m_checkTimer, [&] { check(host); });
         m_checkTimer.start(m_watchInterval / 4);
     }
+}
+
+void ServiceManager::reportReloading()
+{
+    timespec now = {};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    sd_notifyf(0, "RELOADING=1\nMONOTONIC_USEC=%lld",
+               static_cast<long long>(now.tv_sec) * 1'000'000 + now.tv_nsec / 1000);
+}
+
+void ServiceManager::reportReloaded(const QString &status)
+{
+    sd_notifyf(0, "READY=1\nSTATUS=%s", printable(status).toUtf8().constData());
 }
 
 void ServiceManager::reportStopping()

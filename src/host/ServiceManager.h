@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <QString>
 #include <QTimer>
 
 #include <chrono>
@@ -10,7 +11,7 @@
 class Host;
 
 /// Reports to the service manager, if one has started this process and asks for it: that all modules run, that the
-/// host stops, and, again and again, that neither the host nor a module hangs. When a module hangs, logs its name and
+/// host reloads its configuration or stops, and, again and again, that neither the host nor a module hangs. When a module hangs, logs its name and
 /// asks to be restarted.
 ///
 /// Thread: the main thread.
@@ -24,6 +25,9 @@ public:
 
     /// @p host must live for as long as this object.
     void reportReady(Host &host);
+    void reportReloading();
+    /// The service manager shows the status, which is printable.
+    void reportReloaded(const QString &status);
     void reportStopping();
 
 private:

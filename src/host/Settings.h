@@ -20,6 +20,7 @@ public:
     static Result<Settings, ExitFailure> read(const CommandLine &line);
 
     const QString &source() const { return m_configuration.source; }
+    const QVector<ModuleEntry> &modules() const { return m_configuration.modules; }
     const LogConfiguration &log() const { return m_configuration.log; }
     const SimplePlayerLimits &sounds() const { return m_configuration.sounds; }
 

@@ -5,9 +5,11 @@
 #include "base/StopSignals.h"
 #include "core/base/connect.h"
 #include "host/CommandLine.h"
+#include "host/HangupSignal.h"
 #include "host/Host.h"
 #include "host/HostLog.h"
 #include "host/ModuleLoader.h"
+#include "host/Reload.h"
 #include "host/ServiceManager.h"
 #include "host/Settings.h"
 
@@ -21,6 +23,7 @@
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <functional>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -104,10 +107,12 @@ int run(const CommandLine &line, const Settings &settings,
     // Writing to a client that has gone must fail, not end the host.
     std::signal(SIGPIPE, SIG_IGN);
     raiseDescriptorLimit();
+    std::function<void()> reload; // empty until all modules run; the event loop starts later still
+    const auto hangupSignal = HangupSignal::install([&reload] { reload(); });
     const auto stopSignals = StopSignals::install();
-    if (!stopSignals) {
+    if (!hangupSignal || !stopSignals) {
         return exitWith(
-            {ExitCode::SystemError, QStringLiteral("tavo-host: no thread to wait for signals")});
+            {ExitCode::SystemError, QStringLiteral("tavo-host: can't wait for signals")});
     }
     tavoConnect(stopSignals.get(), &StopSignals::received, QCoreApplication::instance(),
                 on_stopSignals_received);
@@ -125,6 +130,11 @@ int run(const CommandLine &line, const Settings &settings,
         reportReady(line, host.moduleCount());
         manager.reportReady(host);
     }
+    Reload reloading(line, settings, *std::get<std::unique_ptr<HostLog>>(log), host);
+    reload = [&] {
+        manager.reportReloading();
+        manager.reportReloaded(reloading.run());
+    };
     QCoreApplication::exec();
     manager.reportStopping();
     host.stop();

@@ -3,9 +3,11 @@
 
 #pragma once
 
+#include <core/model/cmreconfigurable.h>
 #include <core/model/cmworker.h>
 
 #include <QLibrary>
+#include <QStringList>
 #include <QVariantHash>
 
 #include <memory>
@@ -31,6 +33,12 @@ public:
     }
 
     CMWorker *worker() const { return m_worker.get(); }
+
+    /// Throws what the worker throws, and a std::bad_cast if the worker takes no configuration.
+    QStringList reconfigure(const QVariantHash &config) const
+    {
+        return dynamic_cast<CMReconfigurable &>(*m_worker).reconfigure(config);
+    }
 
 private:
     QVariantHash m_config;

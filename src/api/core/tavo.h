@@ -17,6 +17,7 @@
 #include "core/model/cmcatalog.h"
 #include "core/model/cmendpoint.h"
 #include "core/model/cmerror.h"
+#include "core/model/cmreconfigurable.h"
 #include "core/model/cmreply.h"
 #include "core/model/cmrequest.h"
 #include "core/model/cmroot.h"

@@ -28,7 +28,7 @@ struct TAVO_SIMPLEPLAYER_EXPORT SimplePlayerLimits
     /// The limits that a player is made with. Called from any thread.
     static SimplePlayerLimits defaults();
 
-    /// Called by the program only, before it has a player or a second thread. A module sets the
-    /// limits of its own players instead.
+    /// The limits of all players that are made from now on. Called by the program only, from any thread. A
+    /// module sets the limits of its own players instead.
     static void setDefaults(const SimplePlayerLimits &limits);
 };

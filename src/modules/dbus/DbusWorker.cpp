@@ -19,6 +19,16 @@ bool isStartedBy(const QString &bus)
     return !starter.isEmpty() && isSession &&
            (bus == QLatin1String("session") || bus.toUtf8() == starter);
 }
+
+SoundAccess soundAccess(const DbusConfiguration::Sounds &sounds)
+{
+    return {sounds.schemes, sounds.folders, sounds.hosts};
+}
+
+NotifyCall::Timeouts timeouts(const DbusConfiguration &configuration)
+{
+    return {configuration.defaultTimeoutMs, configuration.criticalTimeoutMs};
+}
 } // namespace
 
 TAVO_MODULE_EXPORT void *worker_create(const char *name, void *config)
@@ -33,16 +43,13 @@ DbusWorker::DbusWorker(const QVariantHash &config)
     , m_configuration(DbusConfiguration::fromHash(config))
     , m_bus(m_configuration.bus)
     , m_clients(m_bus, m_configuration.limits)
-    , m_sounds(m_clients, nodes(),
-               SoundAccess(m_configuration.sounds.schemes, m_configuration.sounds.folders,
-                           m_configuration.sounds.hosts))
+    , m_sounds(m_clients, nodes(), soundAccess(m_configuration.sounds))
     , m_model(m_bus, m_clients, nodes(), m_sounds)
 {
     if (m_configuration.notifications) {
         m_notifications = std::make_unique<NotificationsInterface>(
             m_bus, m_clients, nodes(), m_sounds, m_configuration.sounds.theme,
-            NotifyCall::Timeouts{m_configuration.defaultTimeoutMs,
-                                 m_configuration.criticalTimeoutMs});
+            timeouts(m_configuration));
         tavoConnect(&m_model, &ModelInterface::messageCancelled, m_notifications.get(),
                     &NotificationsInterface::on_model_messageCancelled);
     }
@@ -55,6 +62,27 @@ DbusWorker::DbusWorker(const QVariantHash &config)
     m_busAwayTimer.setInterval(maxBusAwayMs);
     tavoConnect(&m_busAwayTimer, &QTimer::timeout, this, &DbusWorker::on_busAwayTimer_timeout);
     m_bus.open();
+}
+
+QStringList DbusWorker::reconfigure(const QVariantHash &config)
+{
+    DbusConfiguration next = DbusConfiguration::fromHash(config);
+    QStringList restartKeys;
+    if (next.bus != m_configuration.bus) {
+        restartKeys << QStringLiteral("bus");
+        next.bus = m_configuration.bus;
+    }
+    if (next.notifications != m_configuration.notifications) {
+        restartKeys << QStringLiteral("notifications");
+        next.notifications = m_configuration.notifications;
+    }
+    m_configuration = next;
+    m_clients.setLimits(next.limits);
+    m_sounds.setAccess(soundAccess(next.sounds));
+    if (m_notifications) {
+        m_notifications->reconfigure(next.sounds.theme, timeouts(next));
+    }
+    return restartKeys;
 }
 
 void DbusWorker::on_bus_connected()

@@ -20,13 +20,16 @@
 /// Owned by the host, used in the thread that made it. The worker runs without a bus, too, and serves
 /// its interfaces whenever the bus is there. But if the session bus has started the host, the host ends
 /// when that bus has been away for 1 s: nothing else would stop it at the end of the session.
-class DbusWorker : public CMNodesWorker
+class DbusWorker : public CMNodesWorker, public CMReconfigurable
 {
     Q_OBJECT
 
 public:
     /// Throws a std::runtime_error that names the key when a value is invalid.
     explicit DbusWorker(const QVariantHash &config);
+
+    /// What clients hold already stays, even if it is more than a new limit allows.
+    QStringList reconfigure(const QVariantHash &config) override;
 
 private Q_SLOTS:
     void on_bus_connected();
@@ -37,7 +40,7 @@ private Q_SLOTS:
     void on_bus_nameRefused(const QString &name, const QString &reason);
 
 private:
-    const DbusConfiguration m_configuration;
+    DbusConfiguration m_configuration;
     BusConnection m_bus; ///< before all parts that use it
     Clients m_clients;
     ClientSounds m_sounds;

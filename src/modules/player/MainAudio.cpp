@@ -44,7 +44,6 @@ bool isFetched(const QString &source)
 MainAudio::MainAudio(const PlayerConfiguration &configuration, QObject *parent)
     : QObject(parent)
     , m_configuration(configuration)
-    , m_duckFactor(factorOf(configuration.duckingAttenuation))
     , m_source(configuration.music)
     , m_retryTimer(this)
 {
@@ -202,9 +201,18 @@ void MainAudio::on_retryTimer_timeout()
     Q_EMIT changed();
 }
 
+void MainAudio::reconfigure(const PlayerConfiguration &configuration)
+{
+    m_configuration.musicRetries = configuration.musicRetries;
+    m_configuration.duckingAttenuation = configuration.duckingAttenuation;
+    m_configuration.duckingFade = configuration.duckingFade;
+    fadeToGain();
+}
+
 double MainAudio::gain() const
 {
-    return m_requesters.isEmpty() ? m_volume : m_volume * m_duckFactor;
+    return m_requesters.isEmpty() ? m_volume
+                                  : m_volume * factorOf(m_configuration.duckingAttenuation);
 }
 
 void MainAudio::fadeToGain()

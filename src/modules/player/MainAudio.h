@@ -42,6 +42,9 @@ public:
     bool duck(const QString &requester);
     void unduck(const QString &requester);
 
+    /// Changes ducking and retries. The device stays.
+    void reconfigure(const PlayerConfiguration &configuration);
+
     TavoPlayerMainAudioState state() const;
 
 Q_SIGNALS:
@@ -61,8 +64,7 @@ private:
     double gain() const;
     void fadeToGain();
 
-    const PlayerConfiguration m_configuration;
-    const double m_duckFactor;
+    PlayerConfiguration m_configuration;
     QString m_source;
     QString m_error;
     double m_volume = 1.0;

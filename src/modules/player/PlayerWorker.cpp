@@ -62,6 +62,24 @@ PlayerWorker::PlayerWorker(const QVariantHash &config)
     }
 }
 
+QStringList PlayerWorker::reconfigure(const QVariantHash &config)
+{
+    const PlayerConfiguration next = PlayerConfiguration::fromHash(config);
+    m_mainAudio->reconfigure(next);
+    QStringList restartKeys;
+    // Others have read the names of the devices, and the music is what plays from the start.
+    if (next.notificationsDevice != m_configuration.notificationsDevice) {
+        restartKeys << QStringLiteral("notificationsDevice");
+    }
+    if (next.mainDevice != m_configuration.mainDevice) {
+        restartKeys << QStringLiteral("mainDevice");
+    }
+    if (next.music != m_configuration.music) {
+        restartKeys << QStringLiteral("music");
+    }
+    return restartKeys;
+}
+
 void PlayerWorker::publishDevice(const CMPath &path, const QString &device)
 {
     CMValueNode::create(nodes(), path)

@@ -12,13 +12,15 @@ class MainAudio;
 ///
 /// Lives in the thread that made it; owned by the host. Every request gets a reply, after the state
 /// node has been updated.
-class PlayerWorker : public CMNodesWorker
+class PlayerWorker : public CMNodesWorker, public CMReconfigurable
 {
     Q_OBJECT
 
 public:
     /// Throws a std::runtime_error that names the key if the configuration is invalid.
     explicit PlayerWorker(const QVariantHash &config);
+
+    QStringList reconfigure(const QVariantHash &config) override;
 
 private Q_SLOTS:
     void on_ducking_activated(const CMSetDataRequest &request);

@@ -87,6 +87,12 @@ PowerManagerWorker::PowerManagerWorker(const QVariantHash &config)
         ->setInvoke(this, &PowerManagerWorker::on_resume_activated, Qt::QueuedConnection);
 }
 
+QStringList PowerManagerWorker::reconfigure(const QVariantHash &config)
+{
+    m_revokeTimeoutMs = readRevokeTimeout(config);
+    return {};
+}
+
 void PowerManagerWorker::on_moduleRegister_activated(const CMSetDataRequest &request)
 {
     const TavoPowerManagerModuleRegister module = registrationOf(request.value());

@@ -17,13 +17,16 @@ class Revocation;
 /// gets a reply, after the state node has been updated.
 ///
 /// Lives in the thread that made it. Owned by the host.
-class PowerManagerWorker : public CMNodesWorker
+class PowerManagerWorker : public CMNodesWorker, public CMReconfigurable
 {
     Q_OBJECT
 
 public:
     /// Throws the errors of TavoConfiguration.
     explicit PowerManagerWorker(const QVariantHash &config);
+
+    /// A standby that is under way keeps its timeout.
+    QStringList reconfigure(const QVariantHash &config) override;
 
 private Q_SLOTS:
     void on_moduleRegister_activated(const CMSetDataRequest &request);

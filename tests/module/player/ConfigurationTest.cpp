@@ -57,6 +57,17 @@ TEST(PlayerConfigurationTest, RefusesANegativeFade)
     EXPECT_THAT(failureWith({{"duckingFade", -1}}), StartsWith("duckingFade: "));
 }
 
+TEST(PlayerConfigurationTest, SaysAtAReloadWhatNeedsARestart)
+{
+    const LoadedModule module(MODULE_FILE, "player", {{"mainDevice", "one"}});
+    EXPECT_THAT(module.reconfigure({{"mainDevice", "two"}, {"duckingFade", 0}}),
+                testing::ElementsAre("mainDevice"));
+    EXPECT_THAT(module.reconfigure({{"notificationsDevice", "x"}, {"music", "y"}}),
+                testing::ElementsAre("notificationsDevice", "mainDevice", "music"));
+    EXPECT_THAT(module.reconfigure({{"mainDevice", "one"}}), testing::IsEmpty());
+    EXPECT_THROW(module.reconfigure({{"duckingFade", -1}}), std::runtime_error);
+}
+
 TEST(PlayerConfigurationTest, RefusesANumberOfRetriesOutOfRange)
 {
     EXPECT_THAT(failureWith({{"musicRetries", -1}}), StartsWith("musicRetries: "));

@@ -49,6 +49,11 @@ protected:
     }
     static std::vector<QString> requesters() { return elementsOf(state().requesters()); }
 
+    QStringList reconfigure(const QVariantHash &config) const
+    {
+        return m_module.reconfigure(config);
+    }
+
     const LogCapture &log() const { return m_log; }
 
 private:

@@ -31,6 +31,8 @@ protected:
 
     void removeService() { m_module.reset(); }
 
+    QStringList reconfigure(const QVariantHash &config) { return m_module->reconfigure(config); }
+
     Module makeUnregistered(const QString &name, Manner manner = Manner::Answers)
     {
         return std::make_unique<ModuleDouble>(name, &m_journal, manner);

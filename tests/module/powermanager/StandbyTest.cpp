@@ -111,6 +111,16 @@ TEST_F(StandbyTimeoutTest, GivesUpOnSilentHoldersAfterTheConfiguredTime)
         log().count(log4cplus::WARN_LOG_LEVEL, "No answer to revoke within 50 ms from: alarm"), 1);
 }
 
+TEST_F(StandbyTest, GivesUpAfterTheTimeThatAReloadHasSet)
+{
+    EXPECT_EQ(reconfigure({{"revokeTimeout", 20}}), QStringList());
+    EXPECT_THROW(reconfigure({{"revokeTimeout", 0}}), std::runtime_error);
+    const Module alarm = makeHolder("alarm", Manner::StaysSilent);
+    EXPECT_TRUE(standby().succeeds());
+    EXPECT_EQ(
+        log().count(log4cplus::WARN_LOG_LEVEL, "No answer to revoke within 20 ms from: alarm"), 1);
+}
+
 TEST_F(StandbyTimeoutTest, IgnoresAnAnswerThatComesTooLate)
 {
     const Module alarm = makeHolder("alarm", Manner::StaysSilent);

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "core/base/export.h"
+#include "core/model/cmreconfigurable.h"
 #include "core/model/cmrequest.h"
 #include "core/model/cmworker.h"
 
@@ -29,7 +30,9 @@
 //   fatal         a text for qFatal() in the worker's event loop
 //   throw         a text that the worker throws in its event loop
 //   quit          whether the worker ends the program's event loop
-//   echo          any value: logged as it was received
+//   echo          any value: logged as it was received, at the start and at each reload
+//   refuse        a text that the worker throws at a reload
+//   restart       a list of keys that need a restart, as the worker says at a reload
 
 namespace {
 log4cplus::Logger s_logger = log4cplus::Logger::getInstance("Scripted");
@@ -54,7 +57,7 @@ void sayEverything(const QByteArray &text)
     qCWarning(s_category, "category %s", text.constData());
 }
 
-class ScriptedWorker : public CMWorker
+class ScriptedWorker : public CMWorker, public CMReconfigurable
 {
 public:
     ScriptedWorker(std::string name, const QVariantHash &config)
@@ -75,6 +78,16 @@ public:
     }
 
     void request(CMRequest) override {}
+
+    QStringList reconfigure(const QVariantHash &config) override
+    {
+        if (config.contains(QStringLiteral("refuse"))) {
+            throw std::runtime_error(
+                config.value(QStringLiteral("refuse")).toString().toStdString());
+        }
+        log("echo " + config.value(QStringLiteral("echo")).toString().toStdString());
+        return config.value(QStringLiteral("restart")).toStringList();
+    }
 
 private:
     void work()

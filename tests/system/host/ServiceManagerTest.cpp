@@ -5,6 +5,7 @@
 
 #include "system/host/HostTest.h"
 
+#include <csignal>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -53,6 +54,21 @@ TEST_F(ServiceManagerTest, HearsThatAllModulesRunAndThatTheHostStops)
     EXPECT_EQ(nextReport(), "READY=1");
     EXPECT_EQ(m_host.stop(), 0);
     EXPECT_EQ(nextReport(), "STOPPING=1");
+}
+
+TEST_F(ServiceManagerTest, HearsThatTheConfigurationIsReloadedAndHowItEnded)
+{
+    m_host.setConfiguration(configurationOf({scripted("one")}));
+    ASSERT_TRUE(m_host.start());
+    EXPECT_EQ(nextReport(), "READY=1");
+    m_host.sendSignal(SIGHUP);
+    EXPECT_THAT(nextReport(), testing::MatchesRegex("RELOADING=1\nMONOTONIC_USEC=[0-9]+"));
+    EXPECT_EQ(nextReport(), "READY=1\nSTATUS=Reloaded the configuration");
+    const QString file = m_host.setConfigurationText("{\n");
+    m_host.sendSignal(SIGHUP);
+    EXPECT_THAT(nextReport(), testing::StartsWith("RELOADING=1\n"));
+    EXPECT_EQ(nextReport(), "READY=1\nSTATUS=The configuration stays as it was: " +
+                                file.toStdString() + ":1:1: unterminated object");
 }
 
 TEST_F(ServiceManagerTest, HearsThatNothingHangsForAsLongAsItWatches)

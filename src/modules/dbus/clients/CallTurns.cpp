@@ -35,9 +35,10 @@ std::size_t bytesOf(const BusMessage &call, int maxValueBytes)
 }
 } // namespace
 
-CallTurns::CallTurns(BusConnection &bus, Quotas &quotas, int maxValueBytes, IsReady isReady)
+CallTurns::CallTurns(BusConnection &bus, Quotas &quotas, const ClientLimits &limits,
+                     IsReady isReady)
     : m_quotas(quotas)
-    , m_maxValueBytes(maxValueBytes)
+    , m_limits(limits)
     , m_isReady(std::move(isReady))
 {
     m_timer.setSingleShot(true);
@@ -51,7 +52,7 @@ void CallTurns::add(const std::string &client, const BusMessage &call, Method &m
     Quotas::Charge charge;
     // A call before which nothing waits is handled at once, so it does not count.
     if (!m_waiting.empty()) {
-        const std::size_t bytes = callBytes + bytesOf(call, m_maxValueBytes);
+        const std::size_t bytes = callBytes + bytesOf(call, m_limits.valueBytes);
         charge = m_quotas.charge(client, {Quotas::RequestBytes, bytes});
     }
     waitingOf(client).calls.push_back({call, &method, std::move(charge)});

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "ClientLimits.h"
 #include "Quotas.h"
 #include <bus/BusMessage.h>
 
@@ -48,7 +49,8 @@ public:
     /// Whether calls of this client can be handled now. Asked again whenever the bus has turned.
     using IsReady = std::function<bool(const std::string &client)>;
 
-    CallTurns(BusConnection &bus, Quotas &quotas, int maxValueBytes, IsReady isReady);
+    /// The limits may change.
+    CallTurns(BusConnection &bus, Quotas &quotas, const ClientLimits &limits, IsReady isReady);
 
     /// Has the call of the client handled soon. The method must stay while there is a bus. Throws
     /// BusError::limitExceeded() when too many calls wait already.
@@ -101,7 +103,7 @@ private:
     Waiting::iterator next();
 
     Quotas &m_quotas;
-    const int m_maxValueBytes;
+    const ClientLimits &m_limits;
     const IsReady m_isReady;
     Waiting m_waiting;          ///< by name; each has calls
     Waiting::node_type m_spare; ///< an entry without calls, for the next client that has none

@@ -36,6 +36,7 @@ public:
 
     /// The sounds that clients may play.
     const SoundAccess &access() const { return m_access; }
+    void setAccess(SoundAccess access) { m_access = std::move(access); }
 
     /// Passes on a client's request to enqueue a sound, whose value has this many bytes. Throws BusError::limitExceeded() for one sound
     /// too many, and BusError::accessDenied() for a sound or a response path that is not allowed.
@@ -87,7 +88,7 @@ private:
     void forget(const CMPath &path);
 
     Clients &m_clients;
-    const SoundAccess m_access;
+    SoundAccess m_access;
     CMNodes *m_nodes;
     std::unordered_map<CMPath, Sound, PathHash> m_sounds; ///< by their nodes
     UrgentTurns m_turns;

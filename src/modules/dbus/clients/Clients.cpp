@@ -39,10 +39,10 @@ Clients::Clients(BusConnection &bus, const ClientLimits &limits)
     : m_bus(bus)
     , m_limits(limits)
     , m_quotas(limits)
-    , m_turns(bus, m_quotas, limits.valueBytes,
+    , m_turns(bus, m_quotas, m_limits,
               [this](const std::string &client) { return !m_unread.isUndecided(client); })
     , m_outbox(bus, m_quotas)
-    , m_unread(bus, m_quotas, m_outbox, limits)
+    , m_unread(bus, m_quotas, m_outbox, m_limits)
     , m_standardMethod{CallTurns::IfLeft::Drop,
                        [this](const BusMessage &call) { replyToStandardCall(call); }}
 {
@@ -52,6 +52,12 @@ Clients::Clients(BusConnection &bus, const ClientLimits &limits)
     m_memoryTimer.setSingleShot(true);
     m_memoryTimer.setInterval(memoryPause);
     tavoConnect(&m_memoryTimer, &QTimer::timeout, this, &Clients::on_memoryTimer_timeout);
+}
+
+void Clients::setLimits(const ClientLimits &limits)
+{
+    m_limits = limits;
+    m_quotas.setLimits(limits);
 }
 
 bool Clients::receive(const BusMessage &call)

@@ -39,6 +39,7 @@ public:
     Clients(BusConnection &bus, const ClientLimits &limits);
 
     const ClientLimits &limits() const { return m_limits; }
+    void setLimits(const ClientLimits &limits);
     Quotas &quotas() { return m_quotas; }
     LeftMessages &leftMessages() { return m_leftMessages; }
 
@@ -125,7 +126,7 @@ private:
     void on_name_vanished(const BusMessage &message);
 
     BusConnection &m_bus;
-    const ClientLimits &m_limits;
+    ClientLimits m_limits;
     Quotas m_quotas;
     LeftMessages m_leftMessages;
     CallTurns m_turns;

@@ -116,21 +116,26 @@ std::optional<std::uint32_t> Quotas::Charge::user() const
 }
 
 Quotas::Quotas(const ClientLimits &limits)
-    : m_requestsPerSecond(limits.requestsPerSecond)
-    , m_limits{
-          {{std::size_t(limits.openNotifications), std::size_t(limits.totalOpenNotifications),
-            "notifications open"},
-           {std::size_t(limits.sounds), std::size_t(limits.totalSounds), "sounds"},
-           {std::size_t(limits.inboxes), unlimited, "inboxes"},
-           {std::size_t(limits.subscriptions), unlimited, "subscriptions"},
-           {unlimited, std::size_t(limits.totalRequestBytes),
-            "bytes of requests that wait for their replies"},
-           {unlimited, std::size_t(limits.totalUnreadBytes), "bytes unread"},
-           {unlimited, std::size_t(limits.totalStoredBytes) / keptPart,
-            "bytes of subscriptions and inboxes"},
-           {std::size_t(limits.storedBytes), std::size_t(limits.totalStoredBytes), "bytes stored"}}}
 {
+    setLimits(limits);
     newUser(m_unknown);
+}
+
+void Quotas::setLimits(const ClientLimits &limits)
+{
+    m_requestsPerSecond = limits.requestsPerSecond;
+    m_limits = {
+        {{std::size_t(limits.openNotifications), std::size_t(limits.totalOpenNotifications),
+          "notifications open"},
+         {std::size_t(limits.sounds), std::size_t(limits.totalSounds), "sounds"},
+         {std::size_t(limits.inboxes), unlimited, "inboxes"},
+         {std::size_t(limits.subscriptions), unlimited, "subscriptions"},
+         {unlimited, std::size_t(limits.totalRequestBytes),
+          "bytes of requests that wait for their replies"},
+         {unlimited, std::size_t(limits.totalUnreadBytes), "bytes unread"},
+         {unlimited, std::size_t(limits.totalStoredBytes) / keptPart,
+          "bytes of subscriptions and inboxes"},
+         {std::size_t(limits.storedBytes), std::size_t(limits.totalStoredBytes), "bytes stored"}}};
 }
 
 Quotas::~Quotas() = default;

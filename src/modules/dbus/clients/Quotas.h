@@ -98,6 +98,9 @@ public:
     explicit Quotas(const ClientLimits &limits);
     ~Quotas();
 
+    /// What is held already stays.
+    void setLimits(const ClientLimits &limits);
+
     /// Counts a request. False for a client that sends too many in too short a time: then it may send
     /// them by the hundred thousand, so nothing is thrown.
     bool countRequest(const std::string &client);
@@ -220,8 +223,8 @@ private:
     template <typename Function>
     void forEachAccount(const Function &function) const;
 
-    const int m_requestsPerSecond; ///< 0: no limit
-    const std::array<Limit, kinds> m_limits;
+    int m_requestsPerSecond = 0; ///< 0: no limit
+    std::array<Limit, kinds> m_limits{};
     Amounts m_totals{};
     std::uint64_t m_lastNumber = 0;
 

@@ -41,7 +41,7 @@ private:
     Result<AllowedSound> checkUrl(const QString &location, const QUrl &url) const;
     Result<AllowedSound> checkPath(const QString &location, const QString &path, Kind kind) const;
 
-    const QStringList m_schemes;
+    QStringList m_schemes;
     QStringList m_folders; ///< without links
-    const QVector<QUrl> m_servers;
+    QVector<QUrl> m_servers;
 };

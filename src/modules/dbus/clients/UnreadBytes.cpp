@@ -71,8 +71,7 @@ UnreadBytes::UnreadBytes(BusConnection &bus, Quotas &quotas, Outbox &outbox,
     : m_bus(bus)
     , m_quotas(quotas)
     , m_outbox(outbox)
-    , m_maxBytes(std::size_t(limits.unreadBytes))
-    , m_maxTotal(std::size_t(limits.totalUnreadBytes))
+    , m_limits(limits)
 {
 }
 
@@ -92,7 +91,7 @@ void UnreadBytes::forget(const std::string &client)
 bool UnreadBytes::fits(const ClientMap::value_type &entry, std::size_t bytes) const
 {
     const std::size_t unread = entry.second.total();
-    return (unread <= Quotas::freeBytes || unread + bytes <= m_maxBytes) &&
+    return (unread <= Quotas::freeBytes || unread + bytes <= maxBytes()) &&
            m_quotas.hasRoom(entry.first, Quotas::UnreadBytes, bytes);
 }
 
@@ -118,7 +117,7 @@ bool UnreadBytes::admitSmall(const std::string &client, std::size_t bytes)
     auto &entry = *m_clients.try_emplace(client).first;
     const std::size_t then = entry.second.total() + bytes;
     if (then > Quotas::freeBytes + Quotas::freeBytes / freeSmallPart &&
-        (then > m_maxBytes + m_maxBytes / smallPart ||
+        (then > maxBytes() + maxBytes() / smallPart ||
          !m_quotas.hasRoom(client, Quotas::UnreadBytes, bytes))) {
         askSometimes(entry);
         return false;
@@ -131,9 +130,9 @@ void UnreadBytes::count(ClientMap::value_type &entry, std::size_t bytes)
 {
     Client &client = entry.second;
     const bool isDue =
-        client.total() > m_maxBytes / askPart && client.since > m_maxBytes / askAgainPart;
+        client.total() > maxBytes() / askPart && client.since > maxBytes() / askAgainPart;
     const bool isShort = client.since > Quotas::freeBytes / freeAskAgainPart &&
-                         !m_quotas.hasRoom(entry.first, Quotas::UnreadBytes, m_maxBytes);
+                         !m_quotas.hasRoom(entry.first, Quotas::UnreadBytes, maxBytes());
     if (isDue || isShort) {
         // The new bytes are added afterwards, because they have not been sent yet.
         ask(entry);
@@ -155,7 +154,7 @@ void UnreadBytes::decideLater(const std::string &client, std::size_t bytes, Deci
     }
     ask(entry);
     // If the bus can't be asked, no reply will come. Replies that wait take memory.
-    if (!known.isAsked || m_undecidedBytes > m_maxTotal) {
+    if (!known.isAsked || m_undecidedBytes > maxTotal()) {
         this->decide(std::string(client));
     }
 }
@@ -208,9 +207,9 @@ bool UnreadBytes::isUndecided(const std::string &client) const
 BusError UnreadBytes::refusal(const std::string &client) const
 {
     const auto entry = m_clients.find(client);
-    const bool isItsOwn = entry != m_clients.end() && 2 * entry->second.total() > m_maxBytes;
-    return isItsOwn ? Refusals::clientReadsTooLittle(m_maxBytes)
-                    : Refusals::allClientsReadTooLittle(m_maxTotal);
+    const bool isItsOwn = entry != m_clients.end() && 2 * entry->second.total() > maxBytes();
+    return isItsOwn ? Refusals::clientReadsTooLittle(maxBytes())
+                    : Refusals::allClientsReadTooLittle(maxTotal());
 }
 
 void UnreadBytes::ask(ClientMap::value_type &entry)

@@ -34,6 +34,7 @@ public:
     /// About how much a message takes in addition to its values.
     static constexpr std::size_t messageBytes = 256;
 
+    /// The limits may change.
     UnreadBytes(BusConnection &bus, Quotas &quotas, Outbox &outbox, const ClientLimits &limits);
 
     /// There is a new bus.
@@ -84,6 +85,11 @@ private:
     };
     using ClientMap = std::map<std::string, Client>;
 
+    std::size_t maxBytes() const { return std::size_t(m_limits.unreadBytes); } ///< of one client
+    std::size_t maxTotal() const
+    {
+        return std::size_t(m_limits.totalUnreadBytes);
+    } ///< of all clients
     bool fits(const ClientMap::value_type &entry, std::size_t bytes) const;
     void count(ClientMap::value_type &entry, std::size_t bytes);
     void ask(ClientMap::value_type &entry);
@@ -97,8 +103,7 @@ private:
     BusConnection &m_bus;
     Quotas &m_quotas;
     Outbox &m_outbox;
-    const std::size_t m_maxBytes; ///< of one client
-    const std::size_t m_maxTotal; ///< of all clients
+    const ClientLimits &m_limits;
     ClientMap m_clients;
     std::size_t m_undecidedBytes = 0;
     bool m_isTold = true; ///< false once the bus has turned out to have no statistics

@@ -25,6 +25,8 @@ class NotificationSounds : public QObject
 public:
     NotificationSounds(ClientSounds &sounds, const QString &theme);
 
+    void setTheme(const QString &theme) { m_theme = SoundTheme(theme); }
+
     /// Plays a notification's sound in place of its previous one: the file, if one is given and
     /// allowed, or else the theme's sound for the event. It counts as one of the client's sounds.
     void play(const std::string &client, quint32 id, const QString &file, const QString &event,
@@ -43,7 +45,7 @@ private:
     void logOnce(const QString &refusal);
 
     ClientSounds &m_clientSounds;
-    const SoundTheme m_theme;
+    SoundTheme m_theme;
     QHash<quint32, QString> m_sounds; ///< their ids for the player, by notification
     QSet<QString> m_refused;          ///< already logged
 };

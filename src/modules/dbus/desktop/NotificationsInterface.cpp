@@ -52,6 +52,13 @@ NotificationsInterface::~NotificationsInterface()
     }
 }
 
+void NotificationsInterface::reconfigure(const QString &soundTheme,
+                                         const NotifyCall::Timeouts &timeouts)
+{
+    m_sounds.setTheme(soundTheme);
+    m_timeouts = timeouts;
+}
+
 void NotificationsInterface::on_bus_connected()
 {
     m_object = m_bus.createObject(BusInterface::notifications());

@@ -38,6 +38,9 @@ public:
     /// taken the signals, but no longer than 1 s.
     ~NotificationsInterface() override;
 
+    /// For notifications from now on.
+    void reconfigure(const QString &soundTheme, const NotifyCall::Timeouts &timeouts);
+
 public Q_SLOTS:
     /// A client has requested the display to close the notification at the path.
     void on_model_messageCancelled(const CMPath &path);
@@ -83,7 +86,7 @@ private:
 
     BusConnection &m_bus;
     Clients &m_clients;
-    const NotifyCall::Timeouts m_timeouts;
+    NotifyCall::Timeouts m_timeouts;
     OpenNotifications m_notifications;
     std::map<quint32, Quotas::Charge> m_charges;   ///< of open notifications, by id
     std::map<quint32, LeftMessages::Place> m_left; ///< of those whose client has left

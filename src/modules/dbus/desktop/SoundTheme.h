@@ -38,8 +38,7 @@ private:
     QVector<Theme> lineage() const;
     QStringList placesOf(const Theme &theme) const;
 
-    const QString m_name;
-    const QStringList m_folders;
-    const QStringList
-        m_locales; ///< names of subfolders, the most specific first, an empty one last
+    QString m_name;
+    QStringList m_folders;
+    QStringList m_locales; ///< names of subfolders, the most specific first, an empty one last
 };

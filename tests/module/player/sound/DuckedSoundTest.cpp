@@ -107,4 +107,17 @@ TEST_F(ConfiguredDuckingTest, FallsByTheConfiguredAttenuationWithinTheConfigured
     const auto between = stepsAt(loudness, std::sqrt(full * ducked));
     EXPECT_THAT(between, SizeIs(Ge(10U)));
 }
+
+TEST_F(ConfiguredDuckingTest, FallsByTheAttenuationThatAReloadSetsWhileDucked)
+{
+    const double before = level(std::pow(10.0, -6.0 / 20.0));
+    const double after = level(0.1);
+    ASSERT_TRUE(duck("alarm").succeeds());
+    Recording recording("main");
+    listen();
+    reconfigure({{"duckingAttenuation", -20.0}});
+    listen();
+    EXPECT_THAT(levelsOf(loudnessOf(recording.take()), {before, after}),
+                ElementsAre(before, after));
+}
 } // namespace
