@@ -1,8 +1,9 @@
 # SPDX-FileCopyrightText: 2026 The Tavo developers
 # SPDX-License-Identifier: Apache-2.0
 #
-# The package that find_package(tavo) finds, for authors of modules: the targets tavo::api and
-# tavo::simpleplayer, and the function tavo_add_module().
+# The package that find_package(tavo) finds, for authors of modules: the targets tavo::api,
+# tavo::simpleplayer and tavo::client, and the function tavo_add_module(). Its component "testing" has
+# tavo::testing, tavo::testing_main and tavo_add_module_test().
 
 include(CMakePackageConfigHelpers)
 set(TAVO_PACKAGE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/tavo")
@@ -12,9 +13,11 @@ configure_package_config_file(cmake/tavoConfig.cmake.in "${CMAKE_BINARY_DIR}/tav
 write_basic_package_version_file("${CMAKE_BINARY_DIR}/tavoConfigVersion.cmake"
     COMPATIBILITY SameMinorVersion)
 install(FILES "${CMAKE_BINARY_DIR}/tavoConfig.cmake" "${CMAKE_BINARY_DIR}/tavoConfigVersion.cmake"
-              cmake/TavoModule.cmake cmake/tavo_module.map
+              cmake/TavoModule.cmake cmake/tavo_module.map cmake/TavoModuleTest.cmake
         DESTINATION "${TAVO_PACKAGE_DIR}")
 install(EXPORT tavo NAMESPACE tavo:: FILE tavoTargets.cmake DESTINATION "${TAVO_PACKAGE_DIR}")
+install(EXPORT tavo-testing NAMESPACE tavo:: FILE tavoTestingTargets.cmake
+        DESTINATION "${TAVO_PACKAGE_DIR}")
 
 # The same libraries for pkg-config.
 function(tavo_add_pkg_config name description requires)

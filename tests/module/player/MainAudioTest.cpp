@@ -80,7 +80,7 @@ TEST_F(MainAudioTest, AnswersAStopWhenNothingPlays)
 
 TEST_F(MainAudioTest, ReportsMusicThatIsMissing)
 {
-    play(TavoValue().setString_("/nowhere/music.wav").__variant()).waitForAnswer();
+    play(TavoValue().setString_("/nowhere/music.wav").__variant()).waitForReply();
     EXPECT_TRUE(waitFor([] { return !state().error().isEmpty(); }));
     EXPECT_FALSE(state().playing());
     EXPECT_EQ(state().source(), "/nowhere/music.wav");

@@ -237,7 +237,7 @@ TEST_F(StandbyTest, AnswersWaitingRequestsWhenTheServiceGoesAway)
     const Request request = standby();
     settle();
     removeService();
-    EXPECT_TRUE(request.waitForAnswer());
+    EXPECT_TRUE(request.waitForReply());
     EXPECT_EQ(request.error().name(), CMErrors::noAnswer());
 }
 

@@ -122,12 +122,13 @@ TEST_F(InstalledPackageTest, TheModulesUseTheInstalledLibraries)
     }
 }
 
-TEST_F(InstalledPackageTest, TheExampleBuildsAgainstItAndIsFound)
+TEST_F(InstalledPackageTest, AModuleIsBuiltAndTestedAgainstIt)
 {
-    buildExample();
-    const std::string list =
-        run(installedHost(), {"--module-path", exampleModules(), "--list-modules"});
-    EXPECT_THAT(list, HasSubstr("demo\t" + exampleModules().toStdString() + "/libtavo_demo.so\n"));
+    buildExample("doorbell");
+    const std::string tests = run(CMAKE_PROGRAM, {"--build", exampleBuild(), "--target", "test"});
+    EXPECT_THAT(tests, HasSubstr("100% tests passed, 0 tests failed out of 1"));
+    EXPECT_THAT(run(installedHost(), {"--config", exampleBuild() + "/try.json", "--check"}),
+                HasSubstr("good, 5 modules"));
 }
 
 TEST_F(InstalledPackageTest, TheExampleRunsInTheHost)

@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "support/scripted/ScriptedService.h"
+#include "testing/ScriptedService.h"
 
+namespace TavoTesting {
 ScriptedService::ScriptedService(const QString &name)
     : CMNodesWorker(QVariantHash(), name)
 {
@@ -60,7 +61,12 @@ std::vector<CMSetDataRequest> ScriptedService::requests(const CMPath &path) cons
 
 ScriptedService::Script ScriptedService::accept()
 {
-    return [](const CMSetDataRequest &request) { request.reply().setValue(QVariant()); };
+    return replyWith(QVariant());
+}
+
+ScriptedService::Script ScriptedService::replyWith(const QVariant &value)
+{
+    return [value](const CMSetDataRequest &request) { request.reply().setValue(value); };
 }
 
 ScriptedService::Script ScriptedService::refuse(const QString &message)
@@ -74,3 +80,4 @@ ScriptedService::Script ScriptedService::keep()
 {
     return [](const CMSetDataRequest &) {};
 }
+} // namespace TavoTesting
