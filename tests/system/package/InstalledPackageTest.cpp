@@ -224,22 +224,71 @@ TEST_F(InstalledPackageTest, PkgConfigFindsTheLibraries)
     EXPECT_THAT(flags, HasSubstr("-ltavo_simpleplayer"));
 }
 
-TEST_F(InstalledPackageTest, AClientBuildsAgainstItAndReachesTheHost)
+/// A host without sound devices, and the clients among the examples, each of which plays a sound and then
+/// shows a message.
+class InstalledClientsTest : public InstalledPackageTest
+{
+protected:
+    void SetUp() override
+    {
+        InstalledPackageTest::SetUp();
+        const QJsonObject silent{{"mainDevice", "null"}, {"notificationsDevice", "null"}};
+        const QJsonObject onBus{{"bus", m_bus.address()}};
+        m_host.setConfiguration(
+            {{"modules",
+              QJsonArray{"powermanager", QJsonObject{{"name", "player"}, {"config", silent}},
+                         "notifications", QJsonObject{{"name", "dbus"}, {"config", onBus}}}}});
+        ASSERT_TRUE(m_host.startReady()) << m_host.log().toStdString();
+        ASSERT_TRUE(m_host.waitForLog("Serving org.freedesktop.Notifications"));
+        writeSound(sound(), SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, countingSamples(800));
+    }
+    void TearDown() override
+    {
+        EXPECT_THAT(runOnBus(program("tavo"), {"list"}), HasSubstr("Somebody rang"));
+        EXPECT_EQ(m_host.stop(), 0) << m_host.log().toStdString();
+    }
+
+    QString sound() const { return m_folder.filePath("bell.wav"); }
+    QString program(const QString &name) const
+    {
+        return prefix() + "/" TAVO_INSTALL_BINDIR "/" + name;
+    }
+    static QString source(const QString &name) { return TAVO_EXAMPLES_FOLDER "/clients/" + name; }
+
+    std::string runOnBus(const QString &command, const QStringList &arguments) const
+    {
+        const QString path = prefix() + "/" TAVO_INSTALL_BINDIR ":" + qEnvironmentVariable("PATH");
+        const QStringList environment{"DBUS_SESSION_BUS_ADDRESS=" + m_bus.address(), "PATH=" + path,
+                                      command};
+        return run("env", environment + arguments);
+    }
+
+    const PrivateBus m_bus;
+};
+
+TEST_F(InstalledClientsTest, AClientInCppBuildsAgainstItAndReachesTheHost)
 {
     buildExample("client");
-    const PrivateBus bus;
-    const QJsonObject silent{{"mainDevice", "null"}, {"notificationsDevice", "null"}};
-    m_host.setConfiguration(
-        {{"modules",
-          QJsonArray{
-              "powermanager", QJsonObject{{"name", "player"}, {"config", silent}}, "notifications",
-              QJsonObject{{"name", "dbus"}, {"config", QJsonObject{{"bus", bus.address()}}}}}}});
-    ASSERT_TRUE(m_host.startReady()) << m_host.log().toStdString();
-    ASSERT_TRUE(m_host.waitForLog("Serving org.freedesktop.Notifications"));
-    const QString sound = m_folder.filePath("bell.wav");
-    writeSound(sound, SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, countingSamples(800));
-    EXPECT_EQ(run(exampleBuild() + "/doorbell", {bus.address(), sound}), "Started\nFinished\n");
-    EXPECT_EQ(m_host.stop(), 0) << m_host.log().toStdString();
+    EXPECT_EQ(run(exampleBuild() + "/doorbell", {m_bus.address(), sound()}), "Started\nFinished\n");
+}
+
+TEST_F(InstalledClientsTest, AClientInCReachesTheHost)
+{
+    const QString client = m_folder.filePath("client");
+    run("sh",
+        {"-c", "cc -Wall -Wextra -Werror \"$0\" -o \"$1\" $(pkg-config --cflags --libs gio-2.0)",
+         source("doorbell.c"), client});
+    EXPECT_EQ(runOnBus(client, {sound()}), "Started\nFinished\n");
+}
+
+TEST_F(InstalledClientsTest, AClientInPythonReachesTheHost)
+{
+    EXPECT_EQ(runOnBus(source("doorbell.py"), {sound()}), "Started\nFinished\n");
+}
+
+TEST_F(InstalledClientsTest, AClientInShellReachesTheHost)
+{
+    EXPECT_THAT(runOnBus(source("doorbell.sh"), {sound()}), testing::EndsWith("finished\n"));
 }
 
 TEST_F(InstalledPackageTest, ComesWithManPagesAndCompletions)
