@@ -8,7 +8,6 @@
 #include <core/base/connect.h>
 #include <core/records/enumerations.h>
 
-#include <QAccessible>
 #include <QGuiApplication>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
@@ -62,6 +61,7 @@ MessageWindow::MessageWindow(ShownMessage *message, QObject *parent)
     , m_placement(Placement::create())
     , m_look(*message)
     , m_pictures(new PictureProvider)
+    , m_screenReaders([this] { announce(); })
 {
     m_engine.addImageProvider(QStringLiteral("tavo"), m_pictures);
     m_engine.setNetworkAccessManagerFactory(&s_noNetwork);
@@ -80,10 +80,6 @@ MessageWindow::MessageWindow(ShownMessage *message, QObject *parent)
                                &QGuiApplication::primaryScreenChanged}) {
         tavoConnect(qGuiApp, changed, this, &MessageWindow::on_screens_changed);
     }
-    // Qt learns only after a while who listens to it, and reports nothing until then. What has been on the
-    // screen since the start is announced again.
-    constexpr int startMs = 1000;
-    QTimer::singleShot(startMs, this, &MessageWindow::announce);
     // While the first replies of the bus are on their way.
     QTimer::singleShot(0, this, &MessageWindow::loadTheme);
 }
@@ -288,11 +284,9 @@ void MessageWindow::place()
     m_placement->place(*m_window, m_configuration, area, height);
 }
 
-/// Qt reports no alerts to screen readers. They speak a notification when it is shown.
 void MessageWindow::announce()
 {
-    if (m_window && QAccessible::isActive()) {
-        QAccessibleEvent event(m_card.get(), QAccessible::ObjectShow);
-        QAccessible::updateAccessibility(&event);
+    if (m_window) {
+        m_screenReaders.announce(m_card.get());
     }
 }

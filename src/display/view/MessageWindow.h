@@ -7,6 +7,7 @@
 #include "display/platform/FocusKey.h"
 #include "display/platform/Placement.h"
 #include "display/view/Look.h"
+#include "display/view/ScreenReaders.h"
 #include "display/view/ShownMessage.h"
 
 #include <QObject>
@@ -60,6 +61,7 @@ private:
     Look m_look;
     QQmlEngine m_engine;
     PictureProvider *m_pictures; ///< owned by the engine
+    ScreenReaders m_screenReaders;
     std::unique_ptr<QQuickWindow> m_window;
     std::unique_ptr<QQuickItem> m_card;
     QString m_loadedTheme;

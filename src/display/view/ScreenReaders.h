@@ -1,0 +1,34 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <QAccessible>
+#include <QObject>
+
+#include <functional>
+
+/// What speaks the messages to people who can't see them, by AT-SPI.
+class ScreenReaders : public QObject, private QAccessible::ActivationObserver
+{
+    Q_OBJECT
+
+public:
+    /// Calls the function once, as soon as screen readers can find the program.
+    explicit ScreenReaders(std::function<void()> connected);
+    ~ScreenReaders() override;
+
+    /// Has the item spoken as a notification: Qt reports no alerts, but readers speak a notification that is
+    /// shown. Does nothing before the program can be found.
+    void announce(QObject *item);
+
+private Q_SLOTS:
+    void on_accessibility_activated();
+
+private:
+    void accessibilityActiveChanged(bool active) override;
+    void setConnected();
+
+    const std::function<void()> m_connected;
+    bool m_isConnected = false;
+};

@@ -1,0 +1,104 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "ScreenReader.h"
+
+#include "WaylandDisplayTest.h"
+
+namespace {
+/// A person who sees nothing.
+template <typename Base>
+class ScreenReaderTest : public Base
+{
+protected:
+    void SetUp() override
+    {
+        if (!TAVO_HAS_ACCESSIBILITY) {
+            GTEST_SKIP() << "tavo-display was built without Qt's private headers";
+        }
+        Base::SetUp();
+        this->m_display.setEnvironment("DBUS_SESSION_BUS_ADDRESS", this->m_bus.address());
+    }
+
+    void TearDown() override
+    {
+        Base::TearDown();
+        if (this->HasFailure()) {
+            std::cout << "The reader said:\n" << m_reader.output() << std::endl;
+        }
+    }
+
+    void startReader(const QString &button = {})
+    {
+        m_reader.start([this](Program &program) { this->prepare(program); }, this->m_bus.address(),
+                       button);
+    }
+
+    ScreenReader m_reader;
+};
+
+using DisplayScreenReaderTest = ScreenReaderTest<DisplayTest>;
+using DisplayWaylandScreenReaderTest = ScreenReaderTest<DisplayWaylandTest>;
+
+TEST_F(DisplayScreenReaderTest, speaksAnUrgentMessageAndClosesIt)
+{
+    startReader("Close");
+    start();
+    show("Alarm", Priority::Urgent, 0, "The cellar is full of water");
+    EXPECT_TRUE(m_reader.hears("notification: Alarm: The cellar is full of water\nbutton Close\n"));
+    EXPECT_TRUE(m_reader.hears("pressed\n"));
+    EXPECT_TRUE(waitForNoWindow());
+}
+
+TEST_F(DisplayScreenReaderTest, speaksEachMessageOnceEvenIfItWasThereAtTheStart)
+{
+    startReader();
+    startHost();
+    show("Parcel", Priority::Normal, 0, "At the door");
+    m_display.start({});
+    EXPECT_TRUE(m_reader.hears("notification: Parcel: At the door\n"));
+    show("Alarm", Priority::Urgent, 0, "The cellar");
+    EXPECT_TRUE(m_reader.hears("notification: Alarm: The cellar\nbutton Close\n"));
+    EXPECT_EQ(m_reader.output(), "listening\n"
+                                 "notification: Parcel: At the door\nbutton Close\n"
+                                 "notification: Alarm: The cellar\nbutton Close\n");
+}
+
+TEST_F(DisplayScreenReaderTest, speaksToAReaderThatStartsLater)
+{
+    start();
+    const uint id = show("Parcel");
+    ASSERT_TRUE(waitForLook(Priority::Normal));
+    startReader();
+    m_messages.close(id);
+    // The program learns of a new reader only while a message is already on its way.
+    EXPECT_TRUE(waitFor(
+        [this] {
+            m_messages.close(show("Alarm", Priority::Urgent, 0, "The cellar"));
+            return m_reader.output().find("notification: Alarm: The cellar\n") != std::string::npos;
+        },
+        std::chrono::seconds(20)));
+}
+
+TEST_F(DisplayScreenReaderTest, pressesTheButtonOfAnAction)
+{
+    startReader("Open");
+    start();
+    Program notifier("notify-send");
+    notifier.setEnvironment("DBUS_SESSION_BUS_ADDRESS", m_bus.address());
+    notifier.start({"-u", "critical", "-A", "open=Open", "Doorbell", "Somebody"});
+    EXPECT_EQ(notifier.waitForExit(), 0);
+    EXPECT_EQ(notifier.output(), "open\n");
+}
+
+TEST_F(DisplayWaylandScreenReaderTest, speaksAnUrgentMessageAndClosesIt)
+{
+    startReader("Close");
+    const QColor empty = picture().pixelColor(s_insideOfCorner);
+    start();
+    show("Alarm", Priority::Urgent, 0, "The cellar is full of water");
+    EXPECT_TRUE(m_reader.hears("notification: Alarm: The cellar is full of water\nbutton Close\n"));
+    EXPECT_TRUE(m_reader.hears("pressed\n"));
+    EXPECT_TRUE(waitForPixel(s_insideOfCorner, empty));
+}
+} // namespace

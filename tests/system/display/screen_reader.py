@@ -1,0 +1,65 @@
+# SPDX-FileCopyrightText: 2026 The Tavo developers
+# SPDX-License-Identifier: Apache-2.0
+"""What a screen reader does: speaks the notifications that are shown, and presses a button of each.
+
+Usage: screen_reader.py [BUTTON]
+
+Prints "listening", then for each notification "ROLE: NAME: DESCRIPTION" and "button NAME" for each of its
+buttons. Presses the button with the name BUTTON and prints "pressed". Needs the accessibility bus of a
+desktop (at-spi-bus-launcher).
+"""
+import sys
+
+import gi
+
+gi.require_version("Atspi", "2.0")
+from gi.repository import Atspi, Gio, GLib  # noqa: E402
+
+ARMED_MS = 600  # the buttons of what has just come do nothing for half a second
+BUS = "org.a11y.Bus"
+
+
+def say(text):
+    print(text, flush=True)
+
+
+def buttons(node):
+    nodes = [node.get_child_at_index(i) for i in range(node.get_child_count())]
+    return [child for child in nodes if child.get_role() == Atspi.Role.PUSH_BUTTON]
+
+
+def press(button):
+    button.do_action(0)
+    say("pressed")
+    return GLib.SOURCE_REMOVE
+
+
+def on_event(event):
+    source = event.source
+    if event.detail1 != 1 or source.get_role() != Atspi.Role.NOTIFICATION:
+        return
+    source.clear_cache()  # the same object has said something else before
+    say(f"{source.get_role_name()}: {source.get_name()}: {source.get_description()}")
+    for button in buttons(source):
+        button.clear_cache()
+        say(f"button {button.get_name()}")
+        if button.get_name() in sys.argv[1:]:
+            GLib.timeout_add(ARMED_MS, press, button)
+
+
+def listen(connection, *_):
+    connection.call_sync(BUS, "/org/a11y/bus", "org.freedesktop.DBus.Properties", "Set",
+                         GLib.Variant("(ssv)", ("org.a11y.Status", "IsEnabled",
+                                                GLib.Variant("b", True))),
+                         None, Gio.DBusCallFlags.NONE, -1, None)
+    Atspi.init()
+    listener = Atspi.EventListener.new(on_event)
+    listener.register("object:state-changed:showing")
+    say("listening")
+    return listener
+
+
+listeners = []
+Gio.bus_watch_name(Gio.BusType.SESSION, BUS, Gio.BusNameWatcherFlags.AUTO_START,
+                   lambda *appeared: listeners.append(listen(*appeared)), None)
+GLib.MainLoop().run()
