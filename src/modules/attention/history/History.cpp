@@ -1,0 +1,118 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "History.h"
+
+#include "core/base/connect.h"
+#include "HistoryQueue.h"
+#include "HistoryWriter.h"
+
+#include <QDir>
+
+namespace {
+constexpr int maxTitleLength = 1000;
+constexpr int maxTextLength = 4000;
+constexpr int maxNameLength = 256;
+
+/// Never cuts a character in two.
+void cut(QString &string, int maxLength)
+{
+    if (string.size() > maxLength) {
+        const bool isPair = string.at(maxLength - 1).isHighSurrogate();
+        string.truncate(isPair ? maxLength - 1 : maxLength);
+    }
+}
+
+/// Leaves of an entry what is kept.
+void reduce(HistoryEntry &entry)
+{
+    if (entry.isPrivate) {
+        entry.title.clear();
+        entry.text.clear();
+    }
+    cut(entry.title, maxTitleLength);
+    cut(entry.text, maxTextLength);
+    for (QString *name : {&entry.id, &entry.source, &entry.application, &entry.category,
+                          &entry.group, &entry.action}) {
+        cut(*name, maxNameLength);
+    }
+}
+} // namespace
+
+History::History(const HistorySettings &settings, QObject *parent)
+    : QObject(parent)
+    , m_queue(std::make_unique<HistoryQueue>())
+{
+    if (settings.file.isEmpty()) {
+        return;
+    }
+    m_writer = std::make_unique<HistoryWriter>(settings, *m_queue);
+    const HistoryWriter *writer = m_writer.get();
+    tavoConnect(writer, &HistoryWriter::missedChanged, this, &History::on_writer_missedChanged);
+    tavoConnect(writer, &HistoryWriter::leftOpen, this, &History::leftOpen);
+    tavoConnect(writer, &HistoryWriter::failed, this, &History::failed);
+    tavoConnect(writer, &HistoryWriter::recovered, this, &History::recovered);
+    tavoConnect(writer, &HistoryWriter::damaged, this, &History::damaged);
+    m_writer->start();
+}
+
+History::~History() = default;
+
+qint64 History::add(HistoryEntry entry)
+{
+    if (!m_writer) {
+        return 0;
+    }
+    reduce(entry);
+    return m_queue->add(std::move(entry));
+}
+
+void History::change(qint64 number, HistoryEntry::State state, const QString &action,
+                     qint64 endTime)
+{
+    if (m_writer) {
+        QString key = action;
+        cut(key, maxNameLength);
+        m_queue->append(HistoryChange{number, state, key, endTime});
+    }
+}
+
+void History::markSeen(qint64 upTo)
+{
+    if (m_writer) {
+        m_queue->append(HistorySeen{upTo});
+    }
+}
+
+void History::page(const HistoryQuery &query, PageReceiver receiver)
+{
+    if (m_writer) {
+        m_queue->append(HistoryQueue::Request{query, std::move(receiver)});
+        return;
+    }
+    QMetaObject::invokeMethod(
+        this,
+        [receiver = std::move(receiver)] {
+            receiver(Failure{QStringLiteral("no history is kept")});
+        },
+        Qt::QueuedConnection);
+}
+
+QString History::defaultFile()
+{
+    const QString service = qEnvironmentVariable("STATE_DIRECTORY").section(QLatin1Char(':'), 0, 0);
+    if (!service.isEmpty()) {
+        return service + QLatin1String("/history.db");
+    }
+    QString state = qEnvironmentVariable("XDG_STATE_HOME");
+    if (!state.startsWith(QLatin1Char('/'))) {
+        state = QDir::homePath() + QLatin1String("/.local/state");
+    }
+    return state + QLatin1String("/tavo/history.db");
+}
+
+void History::on_writer_missedChanged(int missed)
+{
+    m_missed = missed;
+    Q_EMIT missedChanged(missed);
+}

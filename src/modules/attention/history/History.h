@@ -1,0 +1,83 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "base/Result.h"
+#include "HistoryEntry.h"
+
+#include <QObject>
+
+#include <functional>
+#include <memory>
+
+class HistoryQueue;
+class HistoryWriter;
+
+/// What came, and what became of it, kept in a file over restarts.
+///
+/// Used in the thread of its owner. No call waits for the disk: a thread of the history's own writes
+/// entries at the latest 250 ms after they came, and reads pages. The destructor waits until everything
+/// is written. While nothing is pending, no timer runs.
+///
+/// If the file can't be written, the history goes on in memory and tries again every 30 s. Then, or
+/// if entries come faster than they can be written, up to 4 MiB wait; the oldest of them are lost if
+/// more come. A damaged file is put aside, and a new one begun. Nothing is remembered if another
+/// process uses the file, or if it was made by a newer version or by another program; such a file
+/// stays as it is.
+class History : public QObject
+{
+    Q_OBJECT
+
+public:
+    using PageReceiver = std::function<void(const Result<HistoryPage> &)>;
+
+    explicit History(const HistorySettings &settings, QObject *parent = nullptr);
+    ~History() override;
+
+    /// Remembers the entry, and returns its number; 0 if the settings name no file. The entry's own
+    /// number is ignored.
+    qint64 add(HistoryEntry entry);
+
+    /// Changes what became of an entry. Its end time is 0 as long as it is open. Does nothing if the entry
+    /// is no longer in the history.
+    void change(qint64 number, HistoryEntry::State state, const QString &action, qint64 endTime);
+
+    /// Marks as seen what was missed, up to this number.
+    void markSeen(qint64 upTo);
+
+    /// Reads a page. It has everything that was added before the call. The receiver is called once,
+    /// from the event loop, unless the history is destroyed first. Fails if nothing is remembered.
+    void page(const HistoryQuery &query, PageReceiver receiver);
+
+    /// How many entries nobody has seen; 0 until the file has been opened. See missedChanged().
+    int missed() const { return m_missed; }
+
+    /// $STATE_DIRECTORY/history.db for a service of the system, else tavo/history.db in
+    /// $XDG_STATE_HOME or ~/.local/state.
+    static QString defaultFile();
+
+Q_SIGNALS:
+    void missedChanged(int missed);
+
+    /// The entries with mustSee that were open when the last host ended. Emitted at most once, from the
+    /// event loop. They stay open until change() ends them.
+    void leftOpen(const QVector<HistoryEntry> &entries);
+
+    /// The file can't be used; not emitted again until it has been usable. The reason is a sentence for people.
+    void failed(const QString &reason);
+
+    /// The file is written again. So many entries were lost meanwhile.
+    void recovered(int lost);
+
+    /// The file was damaged and has been put aside; a new one is in use.
+    void damaged(const QString &reason);
+
+private Q_SLOTS:
+    void on_writer_missedChanged(int missed);
+
+private:
+    int m_missed = 0;
+    std::unique_ptr<HistoryQueue> m_queue;
+    std::unique_ptr<HistoryWriter> m_writer; ///< uses the queue; null if nothing is remembered
+};

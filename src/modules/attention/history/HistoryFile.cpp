@@ -1,0 +1,399 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "HistoryFile.h"
+
+#include "HistoryError.h"
+
+#include <QDateTime>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QStringList>
+#include <QtEndian>
+
+#include <vector>
+
+namespace {
+constexpr qint64 fileMark = 0x5461766F; // "Tavo", the application_id of the database
+constexpr qint64 fileVersion = 1;
+
+constexpr int maxRemoved = 100;       // in one transaction, so that each is short
+constexpr qint64 maxFreePages = 256;  // before the file is made shorter
+constexpr qint64 maxReadMs = 100;     // then a page ends, so that new entries are written in time
+constexpr int maxLeftOpen = 1000;     // nobody can see more of them
+constexpr int maxSearchWords = 32;    // more of them narrow nothing down
+constexpr int maxSearchLength = 1000; // characters
+constexpr qint64 msPerDay = 86'400'000;
+constexpr qint64 maxNumber = qint64(1) << 60; // leaves room for the shift
+
+constexpr int privateFlag = 1;
+constexpr int mustSeeFlag = 2;
+
+static_assert(int(HistoryEntry::State::Expired) == 5 && int(HistoryEntry::State::Silenced) == 6,
+              "the statements name them");
+
+// The texts are stored once, in entries; texts is only their index. The shortest beginnings of words,
+// which most words share, have an index of their own.
+constexpr const char *schema = R"(
+    CREATE TABLE entries(
+        number INTEGER PRIMARY KEY, id TEXT, time INTEGER, source TEXT, application TEXT, category TEXT,
+        "group" TEXT, priority INTEGER, title TEXT, text TEXT, state INTEGER, action TEXT,
+        endTime INTEGER, flags INTEGER, bytes INTEGER);
+    CREATE INDEX entries_source ON entries(source);
+    CREATE INDEX entries_missed ON entries(number) WHERE state IN (5, 6);
+    CREATE INDEX entries_open ON entries(number) WHERE endTime = 0;
+    CREATE VIRTUAL TABLE texts USING fts5(title, text, application, content = entries,
+        content_rowid = number, prefix = 1, tokenize = 'unicode61 remove_diacritics 2');
+    CREATE TABLE totals(entries INTEGER, bytes INTEGER, missed INTEGER);
+    INSERT INTO totals VALUES(0, 0, 0);
+)";
+
+#define SELECT_ENTRIES                                                                             \
+    "SELECT entries.number, entries.id, entries.time, entries.source, entries.application, "       \
+    "entries.category, entries.\"group\", entries.priority, entries.title, entries.text, "         \
+    "entries.state, entries.action, entries.endTime, entries.flags FROM "
+
+void checkOwner(qint64 mark, qint64 version)
+{
+    if (mark != fileMark) {
+        throw HistoryError(HistoryError::Kind::Unusable,
+                           QStringLiteral("it was made by another program"));
+    }
+    if (version > fileVersion) {
+        throw HistoryError(HistoryError::Kind::Unusable,
+                           QStringLiteral("it was made by a newer version of Tavo; install that "
+                                          "version again, or move the file away"));
+    }
+}
+
+/// SQLite changes files of others as soon as it reads them, so the first bytes are read without it.
+void checkHeader(const QString &name)
+{
+    constexpr int versionAt = 60;
+    constexpr int markAt = 68;
+    constexpr int headerSize = 100;
+    QFile file(name);
+    const QByteArray header = file.open(QIODevice::ReadOnly) ? file.read(headerSize) : QByteArray();
+    if (header.size() == headerSize && header.startsWith("SQLite format 3")) {
+        const qint64 mark = qFromBigEndian<quint32>(header.constData() + markAt);
+        const qint64 version = qFromBigEndian<quint32>(header.constData() + versionAt);
+        if (mark != 0) { // it is while the file is being made
+            checkOwner(mark, version);
+        }
+    }
+}
+
+/// Reads or makes the tables, before statements are prepared for them.
+void setUp(Sqlite &database)
+{
+    // No other process can use the file, and its log needs no shared memory.
+    database.execute("PRAGMA locking_mode = EXCLUSIVE");
+    const bool isNew = database.number("SELECT count(*) FROM sqlite_schema") == 0;
+    if (!isNew) {
+        checkOwner(database.number("PRAGMA application_id"),
+                   database.number("PRAGMA user_version"));
+    }
+    if (isNew) {
+        database.execute("PRAGMA auto_vacuum = INCREMENTAL");
+    }
+    database.execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL;"
+                     "PRAGMA wal_autocheckpoint = 256; PRAGMA journal_size_limit = 1048576;"
+                     "PRAGMA cache_size = -2048; PRAGMA cache_spill = OFF;"
+                     "PRAGMA temp_store = MEMORY; PRAGMA cell_size_check = ON");
+    if (isNew) {
+        const QByteArray marks =
+            QStringLiteral("PRAGMA application_id = %1; PRAGMA user_version = %2; COMMIT")
+                .arg(fileMark)
+                .arg(fileVersion)
+                .toLatin1();
+        database.execute("BEGIN");
+        database.execute(schema);
+        database.execute(marks.constData());
+    }
+}
+
+qint64 bytesOf(const HistoryEntry &entry)
+{
+    constexpr qint64 perEntry = 150;
+    constexpr qint64 indexFactor = 2; // the index of the words takes about as much as the words
+    const auto size = [](const QString &string) { return qint64(string.toUtf8().size()); };
+    return perEntry + size(entry.id) + 2 * size(entry.source) + size(entry.category) +
+           size(entry.group) + size(entry.action) +
+           indexFactor * (size(entry.application) + size(entry.title) + size(entry.text));
+}
+
+/// The words as an expression of the index: each must begin a word of the entry.
+QString searchExpression(const QString &text)
+{
+    QString expression;
+    QString printable = text.left(maxSearchLength);
+    printable.replace(QChar(0), QLatin1Char(' '));
+    const QStringList words = printable.simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    for (QString word : words.mid(0, maxSearchWords)) {
+        word.replace(QLatin1Char('"'), QLatin1Char(' '));
+        expression += QLatin1Char('"') + word + QLatin1String("\"* ");
+    }
+    return expression;
+}
+} // namespace
+
+struct HistoryFile::Statements
+{
+    explicit Statements(Sqlite &database)
+        : database(database)
+    {
+    }
+
+    Sqlite &database;
+    SqliteStatement begin{database, "BEGIN IMMEDIATE"};
+    SqliteStatement commit{database, "COMMIT"};
+    SqliteStatement rollback{database, "ROLLBACK"};
+    SqliteStatement readTotals{database, "SELECT entries, bytes, missed FROM totals"};
+    SqliteStatement writeTotals{database, "UPDATE totals SET entries = ?, bytes = ?, missed = ?"};
+    SqliteStatement insert{
+        database, "INSERT INTO entries VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"};
+    SqliteStatement insertTexts{
+        database, "INSERT INTO texts(rowid, title, text, application) VALUES(?, ?, ?, ?)"};
+    SqliteStatement state{database, "SELECT state FROM entries WHERE number = ?"};
+    SqliteStatement change{
+        database, "UPDATE entries SET state = ?, action = ?, endTime = ? WHERE number = ?"};
+    SqliteStatement see{database, "UPDATE entries INDEXED BY entries_missed SET state = ? "
+                                  "WHERE state IN (5, 6) AND number <= ?"};
+    SqliteStatement leftOpen{database, SELECT_ENTRIES
+                             "entries INDEXED BY entries_open "
+                             "WHERE endTime = 0 AND flags & 2 ORDER BY number LIMIT ?"};
+    SqliteStatement left{database, "SELECT 1 FROM entries INDEXED BY entries_open "
+                                   "WHERE endTime = 0 AND NOT flags & 2 LIMIT 1"};
+    SqliteStatement endLeft{database, "UPDATE entries INDEXED BY entries_open SET endTime = ? "
+                                      "WHERE endTime = 0 AND NOT flags & 2"};
+    SqliteStatement oldest{database, "SELECT number, time, bytes, state, title, text, application "
+                                     "FROM entries ORDER BY number LIMIT ?"};
+    SqliteStatement remove{database, "DELETE FROM entries WHERE number = ?"};
+    SqliteStatement removeTexts{database,
+                                "INSERT INTO texts(texts, rowid, title, text, application) "
+                                "VALUES('delete', ?, ?, ?, ?)"};
+    SqliteStatement newest{database, SELECT_ENTRIES "entries "
+                                                    "WHERE number < ? ORDER BY number DESC"};
+    SqliteStatement missed{database, SELECT_ENTRIES
+                           "entries INDEXED BY entries_missed "
+                           "WHERE state IN (5, 6) AND number < ? ORDER BY number DESC"};
+    SqliteStatement ofSource{database,
+                             SELECT_ENTRIES "entries INDEXED BY entries_source "
+                                            "WHERE number < ? AND source = ? ORDER BY number DESC"};
+    SqliteStatement search{database,
+                           SELECT_ENTRIES "texts CROSS JOIN entries ON number = texts.rowid "
+                                          "WHERE texts.rowid < ? AND texts MATCH ? "
+                                          "ORDER BY texts.rowid DESC"};
+};
+
+HistoryFile::HistoryFile(const QString &file, const HistorySettings &settings)
+    : m_database(file)
+    , m_settings(settings)
+{
+    checkHeader(file);
+    setUp(m_database);
+    m_statements = std::make_unique<Statements>(m_database);
+    readTotals();
+}
+
+HistoryFile::~HistoryFile() = default;
+
+qint64 HistoryFile::lastNumber()
+{
+    return m_database.number("SELECT max(number) FROM entries");
+}
+
+qint64 HistoryFile::numberInFile(qint64 number) const
+{
+    return qBound(-maxNumber, number, maxNumber) + m_shift;
+}
+
+void HistoryFile::apply(const HistoryStep &step)
+{
+    begin();
+    std::visit([this](const auto &alternative) { apply(alternative); }, step);
+}
+
+void HistoryFile::begin()
+{
+    if (!m_database.isInTransaction()) {
+        m_statements->begin.run();
+    }
+}
+
+void HistoryFile::apply(const HistoryEntry &entry)
+{
+    const qint64 number = numberInFile(entry.number);
+    const qint64 bytes = bytesOf(entry);
+    const int flags = (entry.isPrivate ? privateFlag : 0) | (entry.mustSee ? mustSeeFlag : 0);
+    m_statements->insert.run(number, entry.id, entry.time, entry.source, entry.application,
+                             entry.category, entry.group, entry.priority, entry.title, entry.text,
+                             int(entry.state), entry.action, entry.endTime, flags, bytes);
+    m_statements->insertTexts.run(number, entry.title, entry.text, entry.application);
+    ++m_totals.entries;
+    m_totals.bytes += bytes;
+    m_totals.missed += entry.isMissed();
+}
+
+void HistoryFile::apply(const HistoryChange &change)
+{
+    const qint64 number = numberInFile(change.number);
+    HistoryEntry old;
+    {
+        SqliteRows rows(m_statements->state, number);
+        if (!rows.next()) {
+            return;
+        }
+        old.state = HistoryEntry::State(rows.number(0));
+    }
+    HistoryEntry now;
+    now.state = change.state;
+    m_statements->change.run(int(change.state), change.action, change.endTime, number);
+    m_totals.missed += int(now.isMissed()) - int(old.isMissed());
+}
+
+void HistoryFile::apply(const HistorySeen &seen)
+{
+    m_statements->see.run(int(HistoryEntry::State::Seen), numberInFile(seen.upTo));
+    m_totals.missed -= m_database.changedRows();
+}
+
+void HistoryFile::apply(const HistoryLeftEnd &left)
+{
+    m_statements->endLeft.run(left.time);
+}
+
+void HistoryFile::commit()
+{
+    if (!m_database.isInTransaction() && !isOverLimit()) {
+        return;
+    }
+    begin();
+    removeOldest();
+    m_statements->writeTotals.run(m_totals.entries, m_totals.bytes, m_totals.missed);
+    m_statements->commit.run();
+}
+
+void HistoryFile::rollback()
+{
+    // Some errors have already ended the transaction.
+    if (m_database.isInTransaction()) {
+        m_statements->rollback.run();
+    }
+    readTotals();
+}
+
+bool HistoryFile::isOverLimit() const
+{
+    return m_totals.entries > m_settings.maxEntries || m_totals.bytes > m_settings.maxBytes;
+}
+
+void HistoryFile::removeOldest()
+{
+    struct Removed
+    {
+        qint64 number;
+        QString title;
+        QString text;
+        QString application;
+    };
+    std::vector<Removed> removed;
+    const qint64 oldest = QDateTime::currentMSecsSinceEpoch() - m_settings.maxDays * msPerDay;
+    {
+        SqliteRows rows(m_statements->oldest, maxRemoved);
+        while (rows.next() && (isOverLimit() || rows.number(1) < oldest)) {
+            HistoryEntry entry;
+            entry.state = HistoryEntry::State(rows.number(3));
+            --m_totals.entries;
+            m_totals.bytes -= rows.number(2);
+            m_totals.missed -= entry.isMissed();
+            removed.push_back({rows.number(0), rows.string(4), rows.string(5), rows.string(6)});
+        }
+    }
+    for (const Removed &entry : removed) {
+        m_statements->removeTexts.run(entry.number, entry.title, entry.text, entry.application);
+        m_statements->remove.run(entry.number);
+    }
+    if (!removed.empty() && m_database.number("PRAGMA freelist_count") > maxFreePages) {
+        m_database.execute("PRAGMA incremental_vacuum(64)");
+    }
+}
+
+void HistoryFile::readTotals()
+{
+    SqliteRows rows(m_statements->readTotals);
+    m_totals = rows.next() ? Totals{rows.number(0), rows.number(1), rows.number(2)} : Totals{};
+}
+
+HistoryPage HistoryFile::page(const HistoryQuery &query)
+{
+    const qint64 before = query.before > 0 ? numberInFile(query.before) : maxNumber;
+    const int limit = qBound(1, query.limit, HistoryQuery::maxLimit);
+    const auto read = [&](SqliteRows &&rows) {
+        HistoryPage page;
+        QElapsedTimer elapsed;
+        while (rows.next()) {
+            const HistoryEntry entry = entryOf(rows);
+            if (!elapsed.isValid()) {
+                elapsed.start();
+            } else if (page.entries.size() == limit || elapsed.hasExpired(maxReadMs)) {
+                page.next = entry.number + 1;
+                break;
+            }
+            if ((query.source.isEmpty() || entry.source == query.source) &&
+                (!query.onlyMissed || entry.isMissed())) {
+                page.entries.append(entry);
+            }
+        }
+        return page;
+    };
+    // One of the conditions selects the rows; the others are checked for each of them.
+    if (!query.text.isEmpty()) {
+        return read(SqliteRows(m_statements->search, before, searchExpression(query.text)));
+    }
+    if (query.onlyMissed) {
+        return read(SqliteRows(m_statements->missed, before));
+    }
+    if (!query.source.isEmpty()) {
+        return read(SqliteRows(m_statements->ofSource, before, query.source));
+    }
+    return read(SqliteRows(m_statements->newest, before));
+}
+
+QVector<HistoryEntry> HistoryFile::leftOpen()
+{
+    QVector<HistoryEntry> entries;
+    SqliteRows rows(m_statements->leftOpen, maxLeftOpen);
+    while (rows.next()) {
+        entries.append(entryOf(rows));
+    }
+    return entries;
+}
+
+bool HistoryFile::hasLeft()
+{
+    return SqliteRows(m_statements->left).next();
+}
+
+HistoryEntry HistoryFile::entryOf(const SqliteRows &rows) const
+{
+    int column = 0;
+    HistoryEntry entry;
+    entry.number = rows.number(column++) - m_shift;
+    entry.id = rows.string(column++);
+    entry.time = rows.number(column++);
+    entry.source = rows.string(column++);
+    entry.application = rows.string(column++);
+    entry.category = rows.string(column++);
+    entry.group = rows.string(column++);
+    entry.priority = int(rows.number(column++));
+    entry.title = rows.string(column++);
+    entry.text = rows.string(column++);
+    entry.state = HistoryEntry::State(rows.number(column++));
+    entry.action = rows.string(column++);
+    entry.endTime = rows.number(column++);
+    const qint64 flags = rows.number(column++);
+    entry.isPrivate = flags & privateFlag;
+    entry.mustSee = flags & mustSeeFlag;
+    return entry;
+}

@@ -1,0 +1,79 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "HistorySteps.h"
+#include "Sqlite.h"
+
+#include <memory>
+
+/// The database of the history.
+///
+/// Owned by HistoryWriter and used in its thread. Everything throws HistoryError; then the transaction
+/// must be rolled back, or the object destroyed. Numbers are those of the session: see setShift().
+class HistoryFile
+{
+public:
+    /// Opens the database, or makes it. The file's name is ":memory:" for one in memory.
+    HistoryFile(const QString &file, const HistorySettings &settings);
+    ~HistoryFile();
+
+    /// The highest number in the file; 0 if it is empty.
+    qint64 lastNumber();
+
+    /// The numbers in the file are higher by this than those of the session.
+    void setShift(qint64 shift) { m_shift = shift; }
+
+    /// Applies a step within a transaction, which is begun if there is none.
+    void apply(const HistoryStep &step);
+
+    /// Removes some of the entries that are beyond the limits, and writes the transaction to the disk.
+    void commit();
+
+    /// Gives up all steps since the last commit().
+    void rollback();
+
+    /// Whether there are more entries than the settings allow, so that commit() should be called again.
+    bool isOverLimit() const;
+
+    /// How many entries nobody has seen.
+    int missed() const { return int(m_totals.missed); }
+
+    /// A page, from everything that has been applied.
+    HistoryPage page(const HistoryQuery &query);
+
+    /// The open entries with mustSee.
+    QVector<HistoryEntry> leftOpen();
+
+    /// Whether there is something for HistoryLeftEnd to end.
+    bool hasLeft();
+
+    /// Closing changes nothing in the file.
+    void leaveAsIs() { m_database.leaveAsIs(); }
+
+private:
+    struct Statements;
+    struct Totals
+    {
+        qint64 entries = 0;
+        qint64 bytes = 0; ///< see bytesOf()
+        qint64 missed = 0;
+    };
+
+    void apply(const HistoryEntry &entry);
+    void apply(const HistoryChange &change);
+    void apply(const HistorySeen &seen);
+    void apply(const HistoryLeftEnd &left);
+    void removeOldest();
+    void readTotals();
+    void begin();
+    qint64 numberInFile(qint64 number) const;
+    HistoryEntry entryOf(const SqliteRows &rows) const;
+
+    Sqlite m_database;
+    const HistorySettings m_settings;
+    std::unique_ptr<Statements> m_statements;
+    Totals m_totals;
+    qint64 m_shift = 0;
+};

@@ -1,0 +1,33 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "HistoryEntry.h"
+
+#include <variant>
+
+// What is written to the history, in the order of the calls.
+
+/// What became of an entry.
+struct HistoryChange
+{
+    qint64 number;
+    HistoryEntry::State state;
+    QString action;
+    qint64 endTime;
+};
+
+/// What was missed up to this number has been seen.
+struct HistorySeen
+{
+    qint64 upTo;
+};
+
+/// Entries that were open when the last host ended have ended, but not those with mustSee.
+struct HistoryLeftEnd
+{
+    qint64 time;
+};
+
+using HistoryStep = std::variant<HistoryEntry, HistoryChange, HistorySeen, HistoryLeftEnd>;

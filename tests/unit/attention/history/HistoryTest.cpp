@@ -1,0 +1,136 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "HistoryTest.h"
+
+#include <gmock/gmock.h>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+TEST_F(HistoryTest, APageHasWhatWasAddedBeforeItNewestFirst)
+{
+    start();
+    history->add(entry("One"_s));
+    history->add(entry("Two"_s));
+
+    EXPECT_THAT(titles(), ElementsAre("Two"_s, "One"_s));
+}
+
+TEST_F(HistoryTest, AnEntryComesBackAsItWasAdded)
+{
+    HistoryEntry added;
+    added.id = "7"_s;
+    added.time = QDateTime::currentMSecsSinceEpoch();
+    added.source = "org.example.door"_s;
+    added.application = "Tür"_s;
+    added.category = "call"_s;
+    added.group = "door"_s;
+    added.priority = -3;
+    added.title = "Jemand läutet \U0001F514"_s;
+    added.text = "line 1\nline 2"_s;
+    added.state = State::ActedOn;
+    added.action = "open"_s;
+    added.endTime = 1'700'000'000'456;
+    added.mustSee = true;
+    start();
+    history->add(added);
+    start();
+
+    const HistoryPage read = page();
+    ASSERT_THAT(read.entries, SizeIs(1));
+    const HistoryEntry &entry = read.entries.first();
+    EXPECT_EQ(entry.id, added.id);
+    EXPECT_EQ(entry.time, added.time);
+    EXPECT_EQ(entry.source, added.source);
+    EXPECT_EQ(entry.application, added.application);
+    EXPECT_EQ(entry.category, added.category);
+    EXPECT_EQ(entry.group, added.group);
+    EXPECT_EQ(entry.priority, added.priority);
+    EXPECT_EQ(entry.title, added.title);
+    EXPECT_EQ(entry.text, added.text);
+    EXPECT_EQ(entry.state, added.state);
+    EXPECT_EQ(entry.action, added.action);
+    EXPECT_EQ(entry.endTime, added.endTime);
+    EXPECT_EQ(entry.mustSee, added.mustSee);
+    EXPECT_FALSE(entry.isPrivate);
+}
+
+TEST_F(HistoryTest, AChangeSaysWhatBecameOfAnEntry)
+{
+    start();
+    const qint64 number = history->add(entry("One"_s));
+    history->change(number, State::ActedOn, "reply"_s, 5);
+    start();
+
+    const HistoryPage read = page();
+    ASSERT_THAT(read.entries, SizeIs(1));
+    EXPECT_EQ(read.entries[0].state, State::ActedOn);
+    EXPECT_EQ(read.entries[0].action, "reply"_s);
+    EXPECT_EQ(read.entries[0].endTime, 5);
+}
+
+TEST_F(HistoryTest, PagesFollowEachOtherToTheOldestEntry)
+{
+    start();
+    for (int i = 0; i < 25; ++i) {
+        history->add(entry(QString::number(i)));
+    }
+    QStringList read;
+    HistoryQuery query;
+    query.limit = 10;
+    int pages = 0;
+    do {
+        const HistoryPage page = this->page(query);
+        read += titles(page);
+        query.before = page.next;
+        ++pages;
+    } while (query.before != 0);
+
+    EXPECT_EQ(pages, 3);
+    ASSERT_THAT(read, SizeIs(25));
+    EXPECT_EQ(read.first(), "24"_s);
+    EXPECT_EQ(read.last(), "0"_s);
+    EXPECT_EQ(read.removeDuplicates(), 0);
+}
+
+TEST_F(HistoryTest, ASearchFindsEntriesWithAWordForEachBeginning)
+{
+    start();
+    history->add(entry("Backup done"_s, "Copied 17 files"_s));
+    history->add(entry("Backup failed"_s, "Disk is full"_s));
+    history->add(entry("Café"_s, "Öffnet um 8"_s));
+
+    EXPECT_THAT(search("backup"_s), ElementsAre("Backup failed"_s, "Backup done"_s));
+    EXPECT_THAT(search("back fi"_s), ElementsAre("Backup done"_s));
+    EXPECT_THAT(search("mail full"_s), ElementsAre("Backup failed"_s));
+    EXPECT_THAT(search("CAFE offnet"_s), ElementsAre("Café"_s));
+    EXPECT_THAT(search("ackup"_s), IsEmpty());
+}
+
+TEST_F(HistoryTest, MissedIsWhatExpiredOrWasSilencedUntilItIsMarkedAsSeen)
+{
+    start();
+    QSignalSpy changed(history.get(), &History::missedChanged);
+    HistoryEntry silenced = entry("Silenced"_s);
+    silenced.state = State::Silenced;
+    history->add(silenced);
+    const qint64 shown = history->add(entry("Shown"_s));
+    history->add(entry("Other"_s));
+    EXPECT_TRUE(waitFor([&] { return history->missed() == 1; }));
+    history->change(shown, State::Expired, {}, 5);
+    EXPECT_TRUE(waitFor([&] { return history->missed() == 2; }));
+    EXPECT_THAT(changed, SizeIs(2));
+
+    HistoryQuery query;
+    query.onlyMissed = true;
+    EXPECT_THAT(titles(query), ElementsAre("Shown"_s, "Silenced"_s));
+    history->markSeen(shown - 1);
+    EXPECT_THAT(titles(query), ElementsAre("Shown"_s));
+    start();
+    EXPECT_TRUE(waitFor([&] { return history->missed() == 1; }));
+    history->markSeen(shown);
+    EXPECT_THAT(titles(query), IsEmpty());
+    EXPECT_TRUE(waitFor([&] { return history->missed() == 0; }));
+}
