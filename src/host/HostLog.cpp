@@ -60,15 +60,6 @@ private:
     }
 };
 
-/// Whether standard error is the stream to the journal that systemd has given to this process.
-bool logsToJournal()
-{
-    struct stat status = {};
-    return fstat(STDERR_FILENO, &status) == 0 &&
-           qEnvironmentVariable("JOURNAL_STREAM") ==
-               QStringLiteral("%1:%2").arg(status.st_dev).arg(status.st_ino);
-}
-
 /// Collects output to std::cerr, where log4cplus reports errors in a properties file and log files that
 /// can't be written. It has no other way to report them.
 class StandardErrorCapture
@@ -95,7 +86,7 @@ void logToConsole()
     constexpr bool immediateFlush = true;
     log4cplus::SharedAppenderPtr console(
         new log4cplus::ConsoleAppender(toStandardError, immediateFlush));
-    if (logsToJournal()) {
+    if (HostLog::goesToJournal()) {
         console->setLayout(std::make_unique<JournalLayout>());
     } else {
         console->setLayout(std::make_unique<log4cplus::PatternLayout>(consolePattern));
@@ -132,6 +123,14 @@ log4cplus::Logger loggerOf(const std::string &name)
     return name.empty() ? log4cplus::Logger::getRoot() : log4cplus::Logger::getInstance(name);
 }
 } // namespace
+
+bool HostLog::goesToJournal()
+{
+    struct stat status = {};
+    return fstat(STDERR_FILENO, &status) == 0 &&
+           qEnvironmentVariable("JOURNAL_STREAM") ==
+               QStringLiteral("%1:%2").arg(status.st_dev).arg(status.st_ino);
+}
 
 Result<std::unique_ptr<HostLog>> HostLog::open(const LogConfiguration &configuration)
 {

@@ -35,8 +35,9 @@ Result<QString> ModuleLoader::find(const QString &library) const
             return info.absoluteFilePath();
         }
     }
-    return Failure{QStringLiteral("there is no %1 in %2")
-                       .arg(fileName, m_searchPath.join(QLatin1String(", ")))};
+    return Failure{
+        QStringLiteral("there is no %1 in %2; install it, or name its folder in modulePath")
+            .arg(fileName, m_searchPath.join(QLatin1String(", ")))};
 }
 
 Result<WorkerCreate> ModuleLoader::load(const QString &file)
@@ -44,7 +45,12 @@ Result<WorkerCreate> ModuleLoader::load(const QString &file)
     QLibrary library(file);
     library.setLoadHints(QLibrary::ResolveAllSymbolsHint | QLibrary::PreventUnloadHint);
     if (!library.load()) {
-        return Failure{library.errorString()};
+        const QString reason = library.errorString();
+        const bool isOfAnotherVersion = reason.contains(QLatin1String("undefined symbol"));
+        return Failure{isOfAnotherVersion
+                           ? reason + QStringLiteral("; build the module again with this version "
+                                                     "of Tavo")
+                           : reason};
     }
     const QFunctionPointer entry = library.resolve("worker_create");
     if (entry == nullptr) {

@@ -5,6 +5,7 @@
 #include "base/StopSignals.h"
 #include "core/base/connect.h"
 #include "host/CommandLine.h"
+#include "host/CrashReport.h"
 #include "host/HangupSignal.h"
 #include "host/Host.h"
 #include "host/HostLog.h"
@@ -17,6 +18,7 @@
 
 #include <log4cplus/logger.h>
 #include <log4cplus/loggingmacros.h>
+#include <systemd/sd-daemon.h>
 
 #include <algorithm>
 #include <csignal>
@@ -50,7 +52,8 @@ public:
 
 int exitWith(const ExitFailure &failure)
 {
-    std::fprintf(stderr, "%s\n", qPrintable(printable(failure.reason)));
+    std::fprintf(stderr, "%s%s\n", HostLog::goesToJournal() ? SD_ERR : "",
+                 qPrintable(printable(failure.reason)));
     return static_cast<int>(failure.code);
 }
 
@@ -106,6 +109,7 @@ int run(const CommandLine &line, const Settings &settings,
 {
     // Writing to a client that has gone must fail, not end the host.
     std::signal(SIGPIPE, SIG_IGN);
+    installCrashReport();
     raiseDescriptorLimit();
     std::function<void()> reload; // empty until all modules run; the event loop starts later still
     const auto hangupSignal = HangupSignal::install([&reload] { reload(); });

@@ -9,11 +9,16 @@
 #include "cli/doctor/SoundDevice.h"
 #include <core/base/connect.h>
 
+#include <QFile>
 #include <QTimer>
 
 #include <algorithm>
 
 using State = Finding::State;
+
+namespace {
+constexpr int timeoutMs = 10000; ///< of other programs
+}
 
 DoctorCommand::DoctorCommand(const Options &options, TavoClient &client, Terminal &terminal)
     : Command(options, client, terminal)
@@ -21,6 +26,8 @@ DoctorCommand::DoctorCommand(const Options &options, TavoClient &client, Termina
 {
     tavoConnect(&m_process, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
                 &DoctorCommand::on_process_ended);
+    tavoConnect(&m_check, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
+                &DoctorCommand::on_check_ended);
     tavoConnect(&m_display, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
                 &DoctorCommand::on_display_ended);
 }
@@ -39,7 +46,6 @@ void DoctorCommand::lookAtModuleFiles()
         lookAtHost();
         return;
     }
-    constexpr int timeoutMs = 10000;
     QTimer::singleShot(timeoutMs, &m_process, &QProcess::kill);
     m_process.start(program, {QStringLiteral("--list-modules")});
 }
@@ -51,6 +57,32 @@ void DoctorCommand::on_process_ended()
     } else {
         add(State::Missing, "modules", QStringLiteral("tavo-host --list-modules fails"),
             QStringLiteral("run it: %1 --list-modules").arg(m_process.program()));
+    }
+    lookAtConfiguration();
+}
+
+void DoctorCommand::lookAtConfiguration()
+{
+    // In a session, the host has the built-in configuration, or one that only its unit knows.
+    const QString file = QStringLiteral("/etc/tavo/host.json");
+    if (options().bus != "system" || !QFile::exists(file)) {
+        lookAtHost();
+        return;
+    }
+    QTimer::singleShot(timeoutMs, &m_check, &QProcess::kill);
+    m_check.start(m_process.program(),
+                  {QStringLiteral("--config"), file, QStringLiteral("--check")});
+}
+
+void DoctorCommand::on_check_ended()
+{
+    if (m_check.exitStatus() == QProcess::NormalExit && m_check.exitCode() == 0) {
+        add(State::Good, "configuration",
+            QString::fromLocal8Bit(m_check.readAllStandardOutput()).trimmed());
+    } else {
+        add(State::Missing, "configuration",
+            QString::fromLocal8Bit(m_check.readAllStandardError()).trimmed(),
+            QStringLiteral("correct it, and start the host: systemctl restart tavo-host"));
     }
     lookAtHost();
 }
@@ -79,8 +111,10 @@ void DoctorCommand::lookAtHost()
         add(State::Good, "bus", QStringLiteral("%1 can be reached").arg(bus));
         if (error.isError()) {
             add(State::Missing, "host", error.message().toString(),
-                QStringLiteral("start tavo-host with a configuration whose modules include dbus, "
-                               "with \"bus\": \"%1\" in its config; its log says what it serves")
+                QStringLiteral(
+                    "start tavo-host with a configuration whose modules include dbus, "
+                    "with \"bus\": \"%1\" in its config; its log says what it serves, or why it "
+                    "has ended")
                     .arg(bus));
             conclude();
             return;
@@ -180,7 +214,6 @@ void DoctorCommand::lookAtDisplay()
         conclude();
         return;
     }
-    constexpr int timeoutMs = 10000;
     QTimer::singleShot(timeoutMs, &m_display, &QProcess::kill);
     m_display.start(program, {QStringLiteral("--check"), QStringLiteral("--bus"),
                               QString::fromStdString(options().bus)});

@@ -23,10 +23,12 @@ public:
 
 private Q_SLOTS:
     void on_process_ended();
+    void on_check_ended();
     void on_display_ended();
 
 private:
     void lookAtModuleFiles();
+    void lookAtConfiguration();
     void lookAtHost();
     void lookAtNodes();
     void lookForModules(const QVector<TavoClientNode> &nodes);
@@ -43,6 +45,7 @@ private:
 
     TavoMessages m_messages;
     QProcess m_process; ///< tavo-host --list-modules
+    QProcess m_check;   ///< tavo-host --check
     QProcess m_display; ///< tavo-display --check
     QVector<Finding> m_findings;
 };

@@ -26,11 +26,14 @@ QVector<Finding> lookAtModules(const QByteArray &list)
         }
         names.append(QString::fromUtf8(fields[0]));
         if (fields.size() > 2) {
+            const bool isOfAnotherVersion = fields[2].contains("undefined symbol");
             findings.append(
                 {Finding::State::Missing, subject,
                  QStringLiteral("%1: %2").arg(names.last(), QString::fromUtf8(fields[2])),
-                 QStringLiteral("install what %1 needs: ldd shows what is missing")
-                     .arg(QString::fromUtf8(fields[1]))});
+                 isOfAnotherVersion
+                     ? QStringLiteral("install the version of it for this version of Tavo")
+                     : QStringLiteral("install what %1 needs: ldd shows what is missing")
+                           .arg(QString::fromUtf8(fields[1]))});
         }
     }
     for (const char *usual : s_usual) {

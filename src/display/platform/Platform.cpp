@@ -82,8 +82,10 @@ Result<QString> choosePlatform(DisplayConfiguration::Renderer renderer)
         platform.clear(); // Qt would abort the process.
     }
     if (platform.isEmpty()) {
-        return Failure{
-            QStringLiteral("there is no display: neither Wayland nor X11 can be reached")};
+        return Failure{QStringLiteral(
+            "there is no display: neither Wayland nor X11 can be reached, and there is "
+            "no frame buffer; start it in a graphical session, whose WAYLAND_DISPLAY "
+            "or DISPLAY it needs")};
     }
     qputenv("QT_QPA_PLATFORM", platform);
     if (renderer == DisplayConfiguration::Renderer::Software) {

@@ -93,7 +93,8 @@ void DbusWorker::on_bus_connected()
 
 void DbusWorker::on_bus_lost(const QString &reason, bool isSilent)
 {
-    LOG4CPLUS_WARN(logger, "There is no bus, retrying: " << m_configuration.bus << ": " << reason);
+    LOG4CPLUS_WARN(logger, "There is no bus, retrying: " << m_configuration.bus << ": " << reason
+                                                         << "; the key \"bus\" may name another");
     if (isSilent) {
         m_busAwayTimer.stop(); // it hangs
     } else if (isStartedBy(m_configuration.bus)) {

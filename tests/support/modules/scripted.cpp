@@ -13,6 +13,7 @@
 #include <log4cplus/logger.h>
 #include <log4cplus/loggingmacros.h>
 
+#include <cstdlib>
 #include <fcntl.h>
 #include <stdexcept>
 #include <string>
@@ -21,7 +22,7 @@
 // A worker that logs its life under the logger "Scripted" and does what its configuration says, so
 // that tests can observe the host:
 //
-//   create        "throw", "throwNumber" or "null": what worker_create does instead
+//   create        "throw", "throwNumber", "crash" or "null": what worker_create does instead
 //   createWaits   a FIFO that worker_create waits for
 //   workWaits     a FIFO that the worker waits for in its event loop
 //   deleteWaits   a FIFO that the destructor waits for
@@ -141,6 +142,9 @@ TAVO_MODULE_EXPORT void *worker_create(const char *name, void *config)
     }
     if (action == QLatin1String("throw")) {
         throw std::runtime_error("the script says so");
+    }
+    if (action == QLatin1String("crash")) {
+        std::abort();
     }
     if (action == QLatin1String("throwNumber")) {
         throw 42;

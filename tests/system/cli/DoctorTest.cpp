@@ -42,6 +42,16 @@ TEST_F(CliDoctorTest, FindsEverythingInOrder)
                 testing::ElementsAre("good: null can be opened"));
 }
 
+TEST_F(CliDoctorTest, ReportsAModuleOfAnotherVersion)
+{
+    startHost();
+    m_tavo.setEnvironment("TAVO_MODULE_PATH", TAVO_TEST_MODULES);
+    EXPECT_EQ(run({"doctor"}), s_refused);
+    EXPECT_THAT(m_tavo.output(), HasSubstr("missing  modules: unresolved: "));
+    EXPECT_THAT(m_tavo.output(), HasSubstr("         install the version of it for this version of "
+                                           "Tavo\n"));
+}
+
 TEST_F(CliDoctorTest, ReportsThatNothingIsOnTheScreen)
 {
     startHost();

@@ -48,6 +48,16 @@ TEST_F(HostFailuresTest, ReportsAModuleThatCreatesNoWorker)
     EXPECT_THAT(eventNames({"deleted"}), ElementsAre("two deleted", "one deleted"));
 }
 
+TEST_F(HostFailuresTest, NamesTheModuleThatCrashes)
+{
+    EXPECT_EQ(runWithThird(scripted("bad", {{"create", "crash"}})), -1);
+    EXPECT_TRUE(m_host.crashed());
+    EXPECT_TRUE(m_host.log().endsWith("tavo-host: the thread bad has crashed. If it is a module's, "
+                                      "take the module out of the configuration, or install "
+                                      "another version of it.\n"))
+        << m_host.log().toStdString();
+}
+
 TEST_F(HostFailuresTest, StartsNothingWhenALibraryHasNoEntryPoint)
 {
     EXPECT_EQ(runWithThird("without_entry"), 69);
@@ -62,6 +72,7 @@ TEST_F(HostFailuresTest, StartsNothingWhenALibraryLacksASymbol)
     EXPECT_EQ(runWithThird("unresolved"), 69);
     EXPECT_TRUE(m_host.log().contains(m_file + ": modules[2]: "));
     EXPECT_TRUE(m_host.log().contains("tavo_test_defined_nowhere"));
+    EXPECT_TRUE(m_host.log().endsWith("; build the module again with this version of Tavo\n"));
     EXPECT_THAT(events(), IsEmpty());
 }
 
@@ -80,6 +91,7 @@ TEST_F(HostFailuresTest, StartsNothingWhenAModuleIsMissing)
     EXPECT_TRUE(m_host.log().startsWith(m_file + ": modules[2]: there is no libtavo_absent.so in " +
                                         modulesFolder()))
         << m_host.log().toStdString();
+    EXPECT_TRUE(m_host.log().endsWith("; install it, or name its folder in modulePath\n"));
     EXPECT_THAT(events(), IsEmpty());
 }
 
