@@ -26,9 +26,9 @@ constexpr int maxPauseMs = 5000;
 /// bus for a silent one and reconnects.
 constexpr std::chrono::milliseconds busTimeout(5000);
 
-/// How much the system holds for the bus, in bytes. A bus under load reads about 2 KiB of each connection
-/// in a turn of some milliseconds, so this is what a message waits for those that were sent before it.
-constexpr int sendBufferBytes = 1 << 15;
+/// How much the system holds for the bus, in bytes. dbus-daemon reads that much from each connection in a
+/// turn. Under load a turn may take a tenth of a second, and a message waits for all that was sent before.
+constexpr int sendBufferBytes = 1 << 12;
 
 /// A bus that is only slow has read something by then.
 constexpr int maxSecondsStuck = 3;

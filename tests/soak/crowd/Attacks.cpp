@@ -150,6 +150,27 @@ void listUnread(Hostile &hostile)
     hostile.readNothing();
 }
 
+/// Calls over many connections, as fast as the bus takes them, for replies of all sizes.
+void manyUnread(Hostile &hostile)
+{
+    constexpr int connections = 10;
+    const std::string text(60000, 'm');
+    openMessage(hostile, text.c_str(), 1000, Priority::Normal);
+    std::vector<Connection *> all{&hostile.connection()};
+    while (hostile.goesOn() && all.size() < connections) {
+        all.push_back(&hostile.connectAgain());
+    }
+    while (hostile.goesOn()) {
+        for (Connection *connection : all) {
+            const bool isTree = hostile.dice().percent(50);
+            const BusMessage call =
+                connection->createCall(Connection::model, isTree ? "Tree" : "GetValue");
+            append(call, "s", isTree ? "/" : "/notifications/display/current");
+            hostile.send(*connection, call);
+        }
+    }
+}
+
 void longActionKeys(Hostile &hostile)
 {
     constexpr int actions = 8;
@@ -553,6 +574,7 @@ const std::vector<Attack> &attacks()
         {"introspects 2,500 times, reads nothing", introspectUnread},
         {"subscribes to everything, reads nothing", subscribeUnread},
         {"lists everything, reads nothing", listUnread},
+        {"many connections that read nothing", manyUnread},
         {"outsider calls and listens", outsider, Attack::Who::Outsider},
         {"notifications with long action keys", longActionKeys},
         {"sound files of gigabytes of nothing", sparseFiles},

@@ -34,7 +34,8 @@ void Hostile::attack(const Attack &attack)
     m_end = Clock::now() + milliseconds(m_dice.number(minAttackMs, maxAttackMs));
     m_run = {&attack, Clock::now(), {}};
     try {
-        connect(attack);
+        chooseUser(attack);
+        connectAgain();
         attack.run(*this);
     } catch (const ConnectionLost &) {
         // The bus disconnects clients that break its rules.
@@ -42,32 +43,39 @@ void Hostile::attack(const Attack &attack)
     }
     const std::lock_guard lock(m_mutex);
     m_overdue.reset();
-    m_connection.reset();
+    m_connections.clear();
     m_run.end = Clock::now();
     m_runs.push_back(m_run);
 }
 
-void Hostile::connect(const Attack &attack)
+void Hostile::chooseUser(const Attack &attack)
 {
     m_isOutsider = attack.who == Attack::Who::Outsider;
-    std::optional<BusUser> user = m_setting.outsider;
+    m_user = m_setting.outsider;
     if (!m_isOutsider) {
-        user.reset();
+        m_user.reset();
         if (!m_setting.hostile.empty()) {
-            user = m_setting.hostile[std::size_t(m_number) % m_setting.hostile.size()];
+            m_user = m_setting.hostile[std::size_t(m_number) % m_setting.hostile.size()];
         }
     }
-    auto connection = std::make_unique<Connection>(m_setting.address, user);
+}
+
+Connection &Hostile::connectAgain()
+{
+    auto connection = std::make_unique<Connection>(m_setting.address, m_user);
     const std::lock_guard lock(m_mutex);
-    m_connection = std::move(connection);
+    m_connections.push_back(std::move(connection));
     m_overdue = m_end + grace;
+    return *m_connections.back();
 }
 
 void Hostile::cutOverdue()
 {
     const std::lock_guard lock(m_mutex);
     if (m_overdue && (m_stopped || Clock::now() > *m_overdue)) {
-        m_connection->cut();
+        for (const auto &connection : m_connections) {
+            connection->cut();
+        }
         m_overdue.reset();
     }
 }
@@ -91,7 +99,12 @@ std::string Hostile::newName()
 
 void Hostile::send(const BusMessage &call, bool wantsReply)
 {
-    m_connection->send(call, wantsReply);
+    send(connection(), call, wantsReply);
+}
+
+void Hostile::send(Connection &connection, const BusMessage &call, bool wantsReply)
+{
+    connection.send(call, wantsReply);
     ++m_run.sent;
 }
 
@@ -99,13 +112,13 @@ void Hostile::readReplies(long count)
 {
     const long enough = m_run.answered + count;
     while (goesOn() && m_run.answered < enough) {
-        m_connection->read(nap, [this](const BusMessage &message) { this->count(message); });
+        connection().read(nap, [this](const BusMessage &message) { this->count(message); });
     }
 }
 
 void Hostile::read()
 {
-    m_connection->read(0ms, [this](const BusMessage &message) { this->count(message); });
+    connection().read(0ms, [this](const BusMessage &message) { this->count(message); });
 }
 
 void Hostile::readNothing() const
@@ -120,7 +133,7 @@ std::optional<BusMessage> Hostile::ask(const BusMessage &call)
     ++m_run.sent;
     const auto left = std::chrono::duration_cast<milliseconds>(m_end - Clock::now());
     const auto reply =
-        m_connection->call(call, left, [this](const BusMessage &message) { this->count(message); });
+        connection().call(call, left, [this](const BusMessage &message) { this->count(message); });
     if (!reply) {
         return {};
     }

@@ -56,7 +56,10 @@ public:
     bool goesOn() const { return !m_stopped && Clock::now() < m_end; }
     Dice &dice() { return m_dice; }
     const Setting &setting() const { return m_setting; }
-    Connection &connection() { return *m_connection; }
+    Connection &connection() { return *m_connections.front(); }
+
+    /// Connects once more as the same user. The connection ends with the attack.
+    Connection &connectAgain();
 
     /// A name that was never given before.
     std::string newName();
@@ -65,11 +68,12 @@ public:
     void send(const Connection::Target &target, const char *method, const char *types,
               Arguments... arguments)
     {
-        const BusMessage call = m_connection->createCall(target, method);
+        const BusMessage call = connection().createCall(target, method);
         append(call, types, arguments...);
         send(call);
     }
     void send(const BusMessage &call, bool wantsReply = true);
+    void send(Connection &connection, const BusMessage &call, bool wantsReply = true);
 
     /// Reads replies, errors included, until this many have come or the attack's time is over.
     void readReplies(long count);
@@ -84,20 +88,21 @@ public:
     void find(const std::string &finding);
 
 private:
+    void chooseUser(const Attack &attack);
     void count(const BusMessage &message);
-    void connect(const Attack &attack);
 
     const Setting &m_setting;
     const int m_number;
     Dice m_dice;
     long m_lastName = 0;
     bool m_isOutsider = false;
+    std::optional<BusUser> m_user; ///< of the attack that runs
     std::atomic<bool> m_stopped{false};
     Clock::time_point m_end; ///< of the attack that runs
     Run m_run;
     mutable std::mutex m_mutex; ///< protects what follows
-    std::unique_ptr<Connection> m_connection;
-    std::optional<Clock::time_point> m_overdue; ///< when the connection is cut
+    std::vector<std::unique_ptr<Connection>> m_connections;
+    std::optional<Clock::time_point> m_overdue; ///< when the connections are cut
     std::vector<Run> m_runs;
     std::vector<std::string> m_findings;
 };

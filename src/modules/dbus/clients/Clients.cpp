@@ -153,7 +153,10 @@ void Clients::reply(const BusMessage &call, const BusMessage &reply)
 void Clients::reply(const BusMessage &call, const BusMessage &reply, std::size_t bytes)
 {
     const auto action = [this, reply, bytes](const BusMessage &repliedTo) {
-        m_outbox.send(repliedTo.sender(), reply, bytes + UnreadBytes::messageBytes);
+        const auto instead = [repliedTo] {
+            return repliedTo.createErrorReply(Refusals::replyLeftOut(Refusals::busIsTooBusy()));
+        };
+        m_outbox.send(repliedTo.sender(), reply, bytes + UnreadBytes::messageBytes, instead);
     };
     whenReading(call, bytes, action, Refusals::replyLeftOut);
 }
@@ -179,7 +182,8 @@ void Clients::refuse(const BusMessage &call, const BusError &error)
     }
 }
 
-bool Clients::send(const std::string &client, const BusMessage &signal, std::size_t bytes)
+bool Clients::send(const std::string &client, const BusMessage &signal, std::size_t bytes,
+                   const Outbox::Instead &instead)
 {
     if (!m_quotas.knows(client)) {
         return true;
@@ -188,7 +192,7 @@ bool Clients::send(const std::string &client, const BusMessage &signal, std::siz
         return false;
     }
     signal.setReceiver(client);
-    m_outbox.send(client, signal, bytes + UnreadBytes::messageBytes);
+    m_outbox.send(client, signal, bytes + UnreadBytes::messageBytes, instead);
     return true;
 }
 

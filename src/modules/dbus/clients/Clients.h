@@ -79,14 +79,17 @@ public:
     }
 
     /// Sends the reply to a call that was carried out; its body has about this many bytes. If the client has
-    /// left too much unread, sends an error that says so in its place, or nothing. Throws nothing.
+    /// left too much unread, or the bus is too busy for a large reply, sends an error that says so in its
+    /// place, or nothing. Throws nothing.
     void reply(const BusMessage &call, const BusMessage &reply, std::size_t bytes);
 
     /// Sends a short reply to a call that is being handled. Throws nothing.
     void reply(const BusMessage &call, const BusMessage &reply);
 
     /// Sends a signal to one client, if it is still there. False when the client has left too much unread.
-    bool send(const std::string &client, const BusMessage &signal, std::size_t bytes);
+    /// See Outbox::send() for the last argument.
+    bool send(const std::string &client, const BusMessage &signal, std::size_t bytes,
+              const Outbox::Instead &instead = {});
 
     /// Sends a signal to everyone, after what was sent to the client before.
     void sendToAll(const std::string &client, const BusMessage &signal, std::size_t bytes);

@@ -15,29 +15,35 @@ const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 
 /// What sending costs a client, for the turns.
 constexpr std::chrono::duration<double, std::nano> timePerByte(100);
+
+/// How long a large message waits for a busy bus.
+constexpr std::chrono::milliseconds maxWait(500);
 } // namespace
 
 Outbox::Outbox(BusConnection &bus, Quotas &quotas)
     : m_bus(bus)
     , m_quotas(quotas)
+    , m_pace(bus)
 {
     tavoConnect(&m_bus, &BusConnection::turned, this, &Outbox::on_bus_turned);
+    tavoConnect(&m_pace, &BusPace::changed, this, &Outbox::on_pace_changed);
 }
 
-void Outbox::send(const std::string &client, const BusMessage &message, std::size_t bytes)
+void Outbox::send(const std::string &client, const BusMessage &message, std::size_t bytes,
+                  Instead instead)
 {
-    add(client, {message, bytes});
+    add(client, {message, bytes, std::move(instead)});
 }
 
 void Outbox::call(const std::string &client, const BusMessage &call,
                   std::chrono::microseconds timeout, const BusCalls::Handler &handler)
 {
-    add(client, {call, 0, timeout, handler});
+    add(client, {call, 0, {}, timeout, handler});
 }
 
 void Outbox::add(const std::string &client, Letter letter)
 {
-    if (m_waiting.empty() && !m_bus.isCongested()) {
+    if (m_waiting.empty() && !m_bus.isCongested() && m_pace.allows(letter.bytes)) {
         post(client, letter);
     } else {
         m_waiting[client].push_back(std::move(letter));
@@ -61,7 +67,7 @@ void Outbox::forget(const std::string &client)
 void Outbox::sendAll()
 {
     while (!m_waiting.empty()) {
-        sendNext(next());
+        sendNext(m_waiting.begin());
     }
 }
 
@@ -70,10 +76,19 @@ void Outbox::on_bus_turned()
     sendSome();
 }
 
+void Outbox::on_pace_changed()
+{
+    sendSome();
+}
+
 void Outbox::sendSome()
 {
     while (!m_waiting.empty() && !m_bus.isCongested()) {
-        sendNext(next());
+        const auto client = next();
+        if (client == m_waiting.end()) {
+            return;
+        }
+        sendNext(client);
     }
 }
 
@@ -92,7 +107,9 @@ void Outbox::sendNext(Waiting::iterator client)
 void Outbox::post(const std::string &client, const Letter &letter)
 {
     try {
-        if (letter.handler) {
+        if (isGivenUp(letter)) {
+            letter.instead().send();
+        } else if (letter.handler) {
             m_bus.send(letter.message, letter.timeout, letter.handler);
         } else {
             letter.message.send();
@@ -102,12 +119,35 @@ void Outbox::post(const std::string &client, const Letter &letter)
     }
 }
 
+bool Outbox::isSendable(Letter &letter)
+{
+    if (m_pace.allows(letter.bytes)) {
+        return true;
+    }
+    if (!letter.tooLate) {
+        letter.tooLate = Clock::now() + maxWait;
+    }
+    return isGivenUp(letter);
+}
+
+bool Outbox::isGivenUp(const Letter &letter)
+{
+    return letter.instead && letter.tooLate && Clock::now() >= *letter.tooLate &&
+           !m_pace.allows(letter.bytes);
+}
+
 Outbox::Waiting::iterator Outbox::next()
 {
-    auto best = m_waiting.begin();
-    for (auto client = std::next(best); client != m_waiting.end(); ++client) {
-        if (m_quotas.turnOf(client->first, {}) < m_quotas.turnOf(best->first, {})) {
+    auto best = m_waiting.end();
+    Quotas::Turn least{};
+    for (auto client = m_waiting.begin(); client != m_waiting.end(); ++client) {
+        if (!isSendable(client->second.front())) {
+            continue;
+        }
+        const Quotas::Turn turn = m_quotas.turnOf(client->first, {});
+        if (best == m_waiting.end() || turn < least) {
             best = client;
+            least = turn;
         }
     }
     return best;

@@ -5,12 +5,14 @@
 
 #include <bus/BusCalls.h>
 #include <bus/BusMessage.h>
+#include <bus/BusPace.h>
 
 #include <QObject>
 
 #include <chrono>
 #include <cstddef>
 #include <deque>
+#include <functional>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -20,7 +22,8 @@ class Quotas;
 
 /// Sends messages to clients in turn, so that what is sent to one client does not delay what is sent
 /// to the others: a bus reads from the host slowly, in the order in which it was sent. What has been
-/// sent to a client costs it turns. The messages to one client stay in order.
+/// sent to a client costs it turns. The messages to one client stay in order. What is large waits until
+/// the bus can read it soon.
 ///
 /// Owned by Clients, used in the worker's thread. Throws nothing: what can't be sent is logged.
 class Outbox : public QObject
@@ -28,11 +31,16 @@ class Outbox : public QObject
     Q_OBJECT
 
 public:
+    /// Makes a message that is sent in place of another one. Throws a BusError on error.
+    using Instead = std::function<BusMessage()>;
+
     Outbox(BusConnection &bus, Quotas &quotas);
 
     /// Sends a reply or a signal of about this many bytes. Its destination must be set; without one it
-    /// goes to everyone, after what was sent to the client before.
-    void send(const std::string &client, const BusMessage &message, std::size_t bytes);
+    /// goes to everyone, after what was sent to the client before. If it is large and the bus stays too
+    /// busy for it, a short message is made and sent in its place.
+    void send(const std::string &client, const BusMessage &message, std::size_t bytes,
+              Instead instead = {});
 
     /// Calls the bus itself, after what was sent to the client before. See BusCalls::send().
     void call(const std::string &client, const BusMessage &call, std::chrono::microseconds timeout,
@@ -49,14 +57,20 @@ public:
 
 private Q_SLOTS:
     void on_bus_turned();
+    void on_pace_changed();
 
 private:
+    using Clock = std::chrono::steady_clock;
+
     struct Letter
     {
         BusMessage message;
         std::size_t bytes;
+        Instead instead{};
         std::chrono::microseconds timeout{};
         BusCalls::Handler handler{}; ///< of a call
+        std::optional<Clock::time_point>
+            tooLate{}; ///< when it is given up, once it is the next one
     };
     using Waiting = std::unordered_map<std::string, std::deque<Letter>>;
 
@@ -64,9 +78,14 @@ private:
     void sendSome();
     void sendNext(Waiting::iterator client);
     void post(const std::string &client, const Letter &letter);
+    bool isSendable(Letter &letter);
+    bool isGivenUp(const Letter &letter);
+
+    /// The end when nothing can be sent now.
     Waiting::iterator next();
 
     BusConnection &m_bus;
     Quotas &m_quotas;
+    BusPace m_pace;
     Waiting m_waiting; ///< by client; none is empty
 };

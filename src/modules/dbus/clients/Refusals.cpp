@@ -35,6 +35,11 @@ BusError Refusals::allClientsReadTooLittle(std::size_t maxUnreadBytes)
                                    " bytes of replies and signals unread");
 }
 
+BusError Refusals::busIsTooBusy()
+{
+    return BusError::limitExceeded("The bus is too busy for a reply of this size");
+}
+
 BusError Refusals::replyLeftOut(const BusError &reason)
 {
     return {reason.name(),

@@ -17,6 +17,7 @@ BusError clientHoldsTooMuch(std::size_t max, const char *what);
 BusError allClientsHoldTooMuch(std::size_t max, const char *what);
 BusError clientReadsTooLittle(std::size_t maxUnreadBytes);
 BusError allClientsReadTooLittle(std::size_t maxUnreadBytes);
+BusError busIsTooBusy();
 /// The same for a call that has been carried out already.
 BusError replyLeftOut(const BusError &reason);
 

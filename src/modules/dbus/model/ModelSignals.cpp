@@ -54,7 +54,12 @@ void ModelSignals::emitTo(const char *signal, const Subscriptions::Names &client
             BusWriter writer(m_object->createSignal(signal), m_clients.limits().messageBytes);
             writer.writeString(path.toString());
             write(writer);
-            if (!m_clients.send(client, writer.message(), writer.bytesWritten()) &&
+            const auto instead = [this, client, path] {
+                const BusMessage dropped = createDropped(path, 1);
+                dropped.setReceiver(client);
+                return dropped;
+            };
+            if (!m_clients.send(client, writer.message(), writer.bytesWritten(), instead) &&
                 drop(client, path)) {
                 LOG4CPLUS_WARN(logger, "The client "
                                            << client
@@ -88,14 +93,20 @@ bool ModelSignals::drop(const std::string &client, const CMPath &path)
     return isNew;
 }
 
+BusMessage ModelSignals::createDropped(const CMPath &path, quint32 count) const
+{
+    BusWriter writer(m_object->createSignal("Dropped"));
+    writer.writeString(path.toString());
+    writer.writeUInt32(count);
+    return writer.message();
+}
+
 void ModelSignals::reportDropped(const std::string &client, Counts &counts)
 {
     while (!counts.empty()) {
         const auto count = counts.begin();
-        BusWriter writer(m_object->createSignal("Dropped"));
-        writer.writeString(count->first.toString());
-        writer.writeUInt32(count->second);
-        if (!m_clients.send(client, writer.message(), writer.bytesWritten())) {
+        const BusMessage signal = createDropped(count->first, count->second);
+        if (!m_clients.send(client, signal, 0)) {
             return;
         }
         counts.erase(count);

@@ -5,6 +5,7 @@
 
 #include "modules/dbus/clients/PathHash.h"
 #include "Subscriptions.h"
+#include <bus/BusMessage.h>
 #include <core/tavo.h>
 
 #include <QObject>
@@ -55,6 +56,7 @@ private:
     bool hasDropped(const std::string &client, const CMPath &path) const;
     bool drop(const std::string &client, const CMPath &path);
 
+    BusMessage createDropped(const CMPath &path, quint32 count) const;
     void reportDropped(const std::string &client, Counts &counts);
 
     Clients &m_clients;
