@@ -21,9 +21,9 @@ class ClientBus;
 /// A node of the model, as a listing describes it.
 struct TavoClientNode
 {
-    CMPath path;
-    QString kind; ///< "value", "list", "request", or "group" for a path with nodes only below it
-    QString title;
+    CMPath path;   ///< the node's path
+    QString kind;  ///< "value", "list", "request", or "group" for a path with nodes only below it
+    QString title; ///< for people; empty if the node has none
 };
 
 /// A node and its text, such as a message of the display.
@@ -51,6 +51,7 @@ class TAVO_CLIENT_EXPORT TavoClient : public QObject
     Q_OBJECT
 
 public:
+    /// What changes: a value, the rows of a list, or the existence of a node.
     enum class Change { Value, Rows, Node };
 
     /// "session", "system", or the address of a bus. The client connects from the event loop.
@@ -70,11 +71,14 @@ public:
     /// How long later requests wait for a reply; 25 seconds by default.
     void setTimeout(int milliseconds);
 
+    /// Reads the value of a node.
     CMReply<QVariant> getValue(const CMPath &path);
 
     /// Sends a request to a node. The reply is the node's.
     CMReply<QVariant> call(const CMPath &path, const QVariant &value = {});
+    /// The same with a record as its value.
     CMReply<QVariant> call(const CMPath &path, const TavoHash &record);
+    /// The same with the fields of a record.
     CMReply<QVariant> call(const CMPath &path, const QVariantHash &fields);
 
     /// Up to `count` rows of a list from `first` on; -1 means all.
@@ -100,25 +104,30 @@ public:
     /// Queues a sound. Its start and end are reported to the item's response path, such as that of a
     /// TavoInbox. A looping sound ends with this client.
     CMReply<QVariant> enqueue(const TavoNotificationPlayerItem &item);
+    /// Cancels a sound, queued or playing. The reply is empty.
     CMReply<QVariant> cancelSound(const QString &id);
 
     /// Queues a message. The reply is its path.
     CMReply<CMPath> open(const TavoNotificationDisplayItem &item);
+    /// Removes a message, whose path open() gave. The reply is true.
     CMReply<QVariant> cancelMessage(const CMPath &path);
 
     /// Emits the signal for changes of this kind at the path, until unsubscribe(). There need not be a
     /// node at the path.
     void subscribe(const CMPath &path, Change change);
+    /// Ends that. Does nothing if there is no such subscription.
     void unsubscribe(const CMPath &path, Change change);
 
 Q_SIGNALS:
     /// A host has come or gone. Also emitted once when the first try finds none.
     void availableChanged(bool available);
 
+    /// The node at the path has this value now.
     void valueChanged(const CMPath &path, const QVariant &value);
     /// The changes are named as in CMSubscribe. `first` is -1 and `count` 0 for changes that are not
     /// about certain rows.
     void rowsChanged(const CMPath &path, const QStringList &changes, int first, int count);
+    /// A node has been published at the path, or has gone.
     void nodeChanged(const CMPath &path, bool published);
 
     /// The host left out this many changes of any kind at the path, because this client did not read fast

@@ -13,6 +13,7 @@ namespace TavoClientError {
 
 /// There is no bus, or no host on it. The request has not been delivered.
 TAVO_CLIENT_EXPORT QString noBus();
+/// There is a bus, but no host on it. The request has not been delivered.
 TAVO_CLIENT_EXPORT QString noHost();
 
 /// The host has not replied within the timeout. It may have carried out the request.

@@ -26,6 +26,7 @@ class TAVO_CLIENT_EXPORT TavoInbox : public QObject
     Q_OBJECT
 
 public:
+    /// Opens the inbox, from the event loop. It must not outlive the client.
     explicit TavoInbox(TavoClient *client, QObject *parent = nullptr);
     ~TavoInbox() override;
 
@@ -33,6 +34,7 @@ public:
     CMPath path() const { return m_path; }
 
 Q_SIGNALS:
+    /// The inbox can be used under this path.
     void opened(const CMPath &path);
 
     /// The host has gone: no report that this inbox still waits for will arrive.
@@ -41,6 +43,7 @@ Q_SIGNALS:
     /// The host refused to open the inbox, for instance because of a limit.
     void failed(const CMError &error);
 
+    /// A request has reached the inbox.
     void received(const QVariant &value);
 
     /// Emitted after received() when the value reports a sound's start or end.

@@ -19,9 +19,10 @@ struct TavoMessage
     /// Use the timeout in the host's configuration.
     static constexpr int defaultTimeout = -1;
 
-    QString title;
+    QString title;                ///< a heading
     QString text;                 ///< plain text, not markup
     int timeout = defaultTimeout; ///< in milliseconds; 0 means until it is closed
+    /// How urgent it is.
     TavoNotificationItemPriority::Enum priority = TavoNotificationItemPriority::Normal;
     QString application; ///< the program's name
 };
@@ -35,6 +36,7 @@ class TAVO_CLIENT_EXPORT TavoMessages : public QObject
     Q_OBJECT
 
 public:
+    /// How a message ended, by the numbers of the bus interface.
     enum class End {
         Expired = 1,   ///< its timeout is over
         Dismissed = 2, ///< closed by a person
@@ -43,11 +45,13 @@ public:
     };
     Q_ENUM(End)
 
+    /// Uses the client's connection.
     explicit TavoMessages(TavoClient *client, QObject *parent = nullptr);
 
     /// Queues a message. The reply is its id.
     CMReply<uint> show(const TavoMessage &message);
 
+    /// Closes a message. The reply is true; it is an error if the message is not open.
     CMReply<bool> close(uint id);
 
     /// Whether the host is the notification server of the desktop, so that it also shows what other
@@ -59,6 +63,7 @@ Q_SIGNALS:
 
     /// Emitted once for each message, unless the host goes away first.
     void closed(uint id, TavoMessages::End end);
+    /// A person has chosen the action with this key.
     void actionInvoked(uint id, const QString &key);
 
 private Q_SLOTS:

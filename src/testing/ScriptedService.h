@@ -46,8 +46,11 @@ public:
 
     /// Scripts that reply with nothing, with a value, with an error of that text, and not at all.
     static Script accept();
+    /// Replies with the value.
     static Script replyWith(const QVariant &value);
+    /// Replies with an error of that text.
     static Script refuse(const QString &message);
+    /// Does not reply; the test does that later.
     static Script keep();
 
     /// Replaces the script for further requests to the path.

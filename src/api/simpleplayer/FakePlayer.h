@@ -13,5 +13,6 @@ class TAVO_SIMPLEPLAYER_EXPORT FakePlayer : public SimplePlayer
     Q_OBJECT
 
 public:
+    /// The id is that of its signals.
     FakePlayer(const QString &id, QObject *parent);
 };

@@ -23,7 +23,9 @@ public:
     /// goes on waiting for a reader.
     static std::optional<OpenedSound> open(const QString &path);
 
+    /// Returns whether it is a file, not a FIFO or a device.
     bool isRegularFile() const;
+    /// Returns whether it is a FIFO.
     bool isFifo() const;
 
     /// For players: opens the file that was last opened for the path, or else the path, for reading

@@ -22,6 +22,7 @@
 class TAVO_API_EXPORT TavoConfiguration
 {
 public:
+    /// The configuration of worker_create, or a part of it.
     explicit TavoConfiguration(const QVariantHash &config);
 
     /// Reads a JSON object. Errors begin with the file's name; syntax errors begin with
@@ -33,9 +34,12 @@ public:
 
     /// The key's value, or the default when the key is missing. The range includes both limits.
     QString string(const QString &key, const QString &defaultValue);
+    /// A number without a fraction.
     int integer(const QString &key, int defaultValue, int min, int max);
+    /// Any number.
     double number(const QString &key, double defaultValue, double min, double max);
-    bool boolean(const QString &key, bool defaultValue);
+    bool boolean(const QString &key, bool defaultValue); ///< true or false; a number is an error.
+    /// A list of strings.
     QStringList stringList(const QString &key, const QStringList &defaultValue);
 
     /// An object, unchecked; empty when the key is missing.

@@ -22,6 +22,7 @@ TAVO_API_EXPORT std::string dbglog_scopedFunction(const std::string &signature,
 class TAVO_API_EXPORT DbglogScope
 {
 public:
+    /// For TAVO_SCOPE. The logger must outlive the scope; the texts are not copied.
     DbglogScope(const log4cplus::Logger &logger, log4cplus::LogLevel level, const char *signature,
                 const char *file, int line, const char *function);
     ~DbglogScope();
@@ -29,6 +30,7 @@ public:
     DbglogScope(const DbglogScope &) = delete;
     DbglogScope &operator=(const DbglogScope &) = delete;
 
+    /// Returns whether the logger writes records of the level.
     bool isEnabledFor(log4cplus::LogLevel level) const { return m_logger.isEnabledFor(level); }
 
     /// Sets the text after the signature, and the level.

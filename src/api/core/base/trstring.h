@@ -26,21 +26,27 @@ class TAVO_API_EXPORT TrArg
 {
 public:
     TrArg() = default;
+    /// A text, inserted as it is.
     TrArg(const QString &text)
         : m_value(text)
     {
     }
+    /// A number, inserted in decimal digits.
     TrArg(int number)
         : m_value(number)
     {
     }
+    /// A number, inserted with as many digits as are needed to tell it from all others.
     TrArg(double number)
         : m_value(number)
     {
     }
 
+    /// The argument as it is inserted.
     QString toString() const { return m_value.toString(); }
+    /// The string or number that was given; invalid for an empty argument.
     QVariant toQVariant() const { return m_value; }
+    /// Returns whether both hold equal values.
     bool operator==(const TrArg &other) const { return m_value == other.m_value; }
 
 private:
@@ -60,7 +66,9 @@ class TAVO_API_EXPORT TrString
 {
 public:
     TrString() = default;
+    /// A plain text, in UTF-8.
     TrString(const char *text);
+    /// A plain text.
     TrString(const QString &text)
         : m_text(text)
     {
@@ -72,6 +80,7 @@ public:
     /// In characters. Limits what a text from another program takes when it is shown.
     static constexpr int maxInsertedLength = 1 << 14;
 
+    /// Returns whether the text, or the source of a translatable one, is empty.
     bool isEmpty() const { return m_text.isEmpty(); }
 
     /// The text with its arguments, in the language of the translators installed in
@@ -85,9 +94,12 @@ public:
     /// The text as records carry it: a plain text as a string, a translatable one as a hash of its
     /// parts, so that the program that shows it can translate it.
     operator QVariant() const;
+    /// Reads what the conversion to QVariant made, or any string. Anything else gives an empty text.
     static TrString fromQVariant(const QVariant &variant);
 
+    /// Returns whether texts, sources and arguments are equal; the language does not matter.
     bool operator==(const TrString &other) const;
+    /// The opposite.
     bool operator!=(const TrString &other) const { return !(*this == other); }
 
 private:

@@ -21,6 +21,7 @@ class TAVO_API_EXPORT ChangeNotifier : public QObject
     Q_OBJECT
 
 public:
+    /// Called by the model, in the receiver's thread or another. The pointer is only compared.
     ChangeNotifier(const CMPath &path, const QObject *receiver)
         : m_path(path)
         , m_receiver(receiver)
@@ -28,6 +29,7 @@ public:
     }
     ~ChangeNotifier() override;
 
+    /// The path of the subscription.
     const CMPath &path() const { return m_path; }
 
     /// The subscriber. Only compare the pointer: the object may be gone.
@@ -40,6 +42,7 @@ public:
     /// from any thread.
     void dispose();
 
+    /// Emits a change that was posted.
     bool event(QEvent *event) override;
 
 protected:
@@ -59,13 +62,16 @@ private:
     bool m_disposed = false; ///< is freed after the last emission
 };
 
+/// Carries changes of the rows of a list.
 class TAVO_API_EXPORT RowsChangeNotifier : public ChangeNotifier
 {
     Q_OBJECT
 
 public:
+    /// Called by the model.
     using ChangeNotifier::ChangeNotifier;
 
+    /// Has a change emitted from the receiver's event loop. Called from any thread.
     void post(const QStringList &changes, int first, int count);
 
 Q_SIGNALS:
@@ -74,26 +80,33 @@ Q_SIGNALS:
     void changed(const CMPath &path, const QStringList &changes, int first, int count);
 };
 
+/// Carries changes of a value.
 class TAVO_API_EXPORT ValueChangeNotifier : public ChangeNotifier
 {
     Q_OBJECT
 
 public:
+    /// Called by the model.
     using ChangeNotifier::ChangeNotifier;
 
+    /// Has a change emitted from the receiver's event loop. Called from any thread.
     void post(const QVariant &value);
 
 Q_SIGNALS:
+    /// The node at the path has this value now.
     void changed(const CMPath &path, const QVariant &value);
 };
 
+/// Carries the publishing and disposing of nodes.
 class TAVO_API_EXPORT NodeChangeNotifier : public ChangeNotifier
 {
     Q_OBJECT
 
 public:
+    /// Called by the model.
     using ChangeNotifier::ChangeNotifier;
 
+    /// Has a change emitted from the receiver's event loop. Called from any thread.
     void post(bool published);
 
 Q_SIGNALS:

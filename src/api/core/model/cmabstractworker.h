@@ -23,8 +23,10 @@ class TAVO_API_EXPORT CMAbstractWorker : public CMWorker
     Q_OBJECT
 
 public:
+    /// What changes: a value, the existence of a node, or the rows of a list.
     enum ChangeType { ValueChange = 0, NodeChange = 1, RowsChange = 2 };
 
+    /// Called by derived classes, in the thread in which the worker lives.
     explicit CMAbstractWorker(QObject *parent = nullptr);
     ~CMAbstractWorker() override;
 
@@ -37,9 +39,13 @@ public:
     /// Writes the worker's nodes to the logger "Model" at level INFO.
     virtual void trace() = 0;
 
+    /// Passes the request to the node at its path. Without a node, it is answered with an error.
     virtual void getDataRequest(const CMGetDataRequest &request) = 0;
+    /// As getDataRequest().
     virtual void getRowsRequest(const CMGetRowsRequest &request) = 0;
+    /// As getDataRequest().
     virtual void matchRowRequest(const CMMatchRowRequest &request) = 0;
+    /// As getDataRequest().
     virtual void setDataRequest(const CMSetDataRequest &request) = 0;
 
     /// Subscribes the receiver to changes of a kind at a path, which need not have a node yet. The
@@ -58,6 +64,7 @@ public:
     /// reply gets the error CMErrors::noSuchNode(). Returns the reply.
     CMReply<QVariant> invoke(const CMPath &path, const TavoHash &value,
                              const CMReply<QVariant> &reply);
+    /// The same with a value that is not a record, such as a string.
     CMReply<QVariant> invoke(const CMPath &path, const QVariant &value,
                              const CMReply<QVariant> &reply);
 
@@ -92,6 +99,7 @@ public:
         subscribe(ValueChange, &ValueChangeNotifier::changed, path, receiver, slot, type);
     }
 
+    /// Ends one such subscription. Asserts if there is none.
     template <typename Receiver>
     void disconnectValueChange(const CMPath &path, Receiver *receiver,
                                void (Receiver::*slot)(const CMPath &, const QVariant &))
@@ -108,6 +116,7 @@ public:
         subscribe(NodeChange, &NodeChangeNotifier::changed, path, receiver, slot, type);
     }
 
+    /// Ends one such subscription. Asserts if there is none.
     template <typename Receiver>
     void disconnectNodeChange(const CMPath &path, Receiver *receiver,
                               void (Receiver::*slot)(const CMPath &, bool))

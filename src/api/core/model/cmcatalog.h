@@ -17,9 +17,9 @@ namespace CMCatalog {
 /// A published node, or a group: a path without a node that has nodes below it.
 struct Entry
 {
-    CMPath path;
-    QString kind; ///< CMEndpoint::kind(), or groupKind()
-    TrString title;
+    CMPath path;    ///< the node's path
+    QString kind;   ///< CMEndpoint::kind(), or groupKind()
+    TrString title; ///< for people; empty if the node has none, and for a group
 };
 
 /// The kind of a group.

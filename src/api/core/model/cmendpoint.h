@@ -23,8 +23,10 @@ class CMSetDataRequest;
 class TAVO_API_EXPORT CMEndpoint : public QSharedData
 {
 public:
+    /// Releases a counted reference.
     struct Release
     {
+        /// Called by the pointer, in any thread.
         void operator()(CMEndpoint *node) const { node->release(); }
     };
 
@@ -45,6 +47,7 @@ public:
     CMEndpoint(const CMEndpoint &) = delete;
     CMEndpoint &operator=(const CMEndpoint &) = delete;
 
+    /// The path that was given when the node was made.
     const CMPath &path() const { return m_path; }
 
     /// The set that owns the node.
@@ -61,12 +64,17 @@ public:
     virtual TrString title() const = 0;
 
     // Requests. Called in the thread that makes the request.
+    /// Sets the value, or activates the node.
     virtual void setData(const CMSetDataRequest &request) = 0;
+    /// Reads the value.
     virtual void getData(const CMGetDataRequest &request) = 0;
+    /// Reads rows.
     virtual void getRows(const CMGetRowsRequest &request) = 0;
+    /// Finds a row.
     virtual void matchRow(const CMMatchRowRequest &request) = 0;
 
 protected:
+    /// The set must outlive the node.
     CMEndpoint(CMNodes *nodes, const CMPath &path)
         : m_path(path)
         , m_nodes(nodes)

@@ -15,6 +15,7 @@ class TAVO_API_EXPORT CMError : public QVariantHash
 {
 public:
     CMError() = default;
+    /// Reads an error from a hash with those keys.
     CMError(const QVariantHash &fields)
         : QVariantHash(fields)
     {
@@ -24,16 +25,23 @@ public:
     CMError(const QString &name, const TrString &message);
 
     // The keys.
+    /// The key of the name: a string.
     static QString Name();
+    /// The key of the message: a TrString as a variant.
     static QString Message();
+    /// The key of the title: a TrString as a variant.
     static QString Title();
 
+    /// The title of errors that have no other.
     static TrString DefaultTitle();
 
     /// Returns whether something failed.
     bool isError() const { return !name().isEmpty(); }
+    /// Identifies the error for programs; empty if nothing failed.
     QString name() const { return value(Name()).toString(); }
+    /// Says to people what failed.
     TrString message() const { return TrString::fromQVariant(value(Message())); }
+    /// A heading for the message.
     TrString title() const { return TrString::fromQVariant(value(Title())); }
 };
 

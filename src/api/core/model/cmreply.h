@@ -42,6 +42,7 @@ public:
     CMReplyAbstractData(const CMReplyAbstractData &) = delete;
     CMReplyAbstractData &operator=(const CMReplyAbstractData &) = delete;
 
+    /// Returns whether there is a value or an error.
     bool isFinished() const { return m_finished; }
 
     /// Blocks until the reply is finished or the timeout has passed; the largest number means no
@@ -54,11 +55,13 @@ public:
     /// The error that finished the reply; empty if there is none.
     CMError error() const;
 
+    /// Registers the watcher, which must exist until it has been called.
     void addWatcher(CMReplyWatcher *watcher);
 
 protected:
     CMReplyAbstractData() = default;
 
+    /// Watchers, in the order in which they are called.
     using Watchers = std::vector<CMReplyWatcher *>;
 
     /// Finishes the reply with what store() writes, unless it is finished. Wakes all waiting
@@ -85,8 +88,10 @@ protected:
     /// class.
     void abandon(CMReplyAbstractData *standIn);
 
+    /// Called by the destructor of the derived class.
     bool hasWatchers() const { return !m_watchers.empty(); }
 
+    /// Protects the value, the error and the watchers.
     mutable std::mutex m_mutex;
 
 private:
@@ -119,6 +124,7 @@ public:
         return m_value;
     }
 
+    /// Finishes the reply with a value. Does nothing if it is finished.
     void setValue(const T &value)
     {
         finish([this, &value] { m_value = value; });
@@ -147,10 +153,13 @@ public:
 class TAVO_API_EXPORT CMVoidReply
 {
 public:
+    /// How views hold the shared state.
     using DataPointer = QExplicitlySharedDataPointer<CMReplyAbstractData>;
+    /// Called with the finished reply.
     using Callback = std::function<void(const CMVoidReply &)>;
 
     CMVoidReply() = default;
+    /// A view of that state.
     explicit CMVoidReply(DataPointer data)
         : m_data(std::move(data))
     {
@@ -159,7 +168,10 @@ public:
     /// Returns true if the view is empty.
     bool operator!() const { return !m_data; }
 
+    /// Returns whether there is a value or an error. False for an empty view.
     bool isFinished() const { return m_data && m_data->isFinished(); }
+    /// Blocks until the reply is finished or the timeout has passed; the largest number means no timeout.
+    /// Returns whether it is finished. A worker that waits for its own node waits for ever.
     bool waitForFinished(unsigned long ms = std::numeric_limits<unsigned long>::max()) const
     {
         return m_data && m_data->waitForFinished(ms);
@@ -176,6 +188,7 @@ public:
     /// this function, which then needs an event loop unless the connection is direct.
     void addWatcher(QObject *context, const Callback &callback,
                     Qt::ConnectionType type = Qt::AutoConnection) const;
+    /// Registers the watcher, which must exist until it has been called.
     void addWatcher(CMReplyWatcher *watcher) const;
 
     /// Calls a slot of the receiver once, in the same way.
@@ -185,9 +198,11 @@ public:
 
     /// Returns whether both view the same reply.
     bool operator==(const CMVoidReply &other) const { return m_data == other.m_data; }
+    /// Returns whether they view different replies.
     bool operator!=(const CMVoidReply &other) const { return m_data != other.m_data; }
 
 protected:
+    /// Null for an empty view.
     DataPointer m_data;
 
     /// Set on the answering side only.
@@ -203,6 +218,7 @@ public:
     void replyFinished(const CMVoidReply &reply) override;
 
 Q_SIGNALS:
+    /// Emitted once, in the thread that finishes the reply.
     void finishedSignal(const CMVoidReply &reply);
 };
 
@@ -214,6 +230,7 @@ template <typename T>
 class CMReply : public CMVoidReply
 {
 public:
+    /// Called with the finished reply.
     using TypedCallback = std::function<void(const CMReply &)>;
 
     CMReply()

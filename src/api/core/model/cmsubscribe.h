@@ -12,7 +12,9 @@
 class TAVO_API_EXPORT CMSubscribe
 {
 public:
+    /// Rows have been inserted: count of them, so that the first is at index first.
     static QString RowsChangeInserted();
+    /// Rows have been removed: count of them, from index first on.
     static QString RowsChangeRemoved();
     static QString RowsChangeReset(); ///< any row may have changed
 

@@ -17,6 +17,7 @@ class TAVO_API_EXPORT CMWorker : public QObject
     Q_OBJECT
 
 public:
+    /// Called by derived classes, in the thread in which the worker lives.
     explicit CMWorker(QObject *parent = nullptr);
     ~CMWorker() override;
 

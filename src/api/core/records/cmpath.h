@@ -30,7 +30,9 @@ public:
     /// double and trailing slashes are removed. "" and "/" give the empty path.
     explicit CMPath(const QString &text);
 
+    /// Returns whether this is the empty path.
     bool isEmpty() const { return !m_data; }
+    /// The canonical text; empty for the empty path.
     QString toString() const { return m_data ? m_data->text() : QString(); }
 
     /// The last segment; empty for the empty path.
@@ -50,7 +52,9 @@ public:
     /// Returns whether the path is the parent with one more segment.
     bool isChildOf(const CMPath &parent) const;
 
+    /// Returns whether the texts are equal.
     bool operator==(const CMPath &other) const;
+    /// Returns whether the texts differ.
     bool operator!=(const CMPath &other) const { return !(*this == other); }
 
     /// Reads a path from a variant that holds a CMPath, or a text that starts with a slash.

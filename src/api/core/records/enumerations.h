@@ -13,25 +13,30 @@
 /// How urgent a notification is. Larger numbers go first; equal ones keep their order of arrival.
 struct TAVO_API_EXPORT TavoNotificationItemPriority
 {
+    /// The numbers that have names.
     enum Enum : int { Low = 0, Normal = 1, High = 2, Urgent = 3 };
+    /// The name, or the digits of a number that has none.
     static QString toString(Enum value);
 };
 
 /// The kind of a sound's content.
 struct TAVO_API_EXPORT TavoNotificationPlayerItemType
 {
+    /// The numbers that have names.
     enum Enum : int {
         Uri = 0,    ///< a URI or a file's path
         Data = 1,   ///< a sound file in base64
         Stream = 2, ///< a stream's source; the item has its media type
         Fake = 3    ///< nothing: a silent placeholder
     };
+    /// The name, or the digits of a number that has none.
     static QString toString(Enum value);
 };
 
 /// The event that a sound's response reports.
 struct TAVO_API_EXPORT TavoNotificationPlayerResponseType
 {
+    /// The numbers that have names.
     enum Enum : int {
         Unknown = 0,
         Started = 1,
@@ -39,12 +44,14 @@ struct TAVO_API_EXPORT TavoNotificationPlayerResponseType
         Cancelled = 3, ///< stopped, or never started
         Failed = 4     ///< the cause is in the log
     };
+    /// The name, or the digits of a number that has none.
     static QString toString(Enum value);
 };
 
 /// How a display notification ended.
 struct TAVO_API_EXPORT TavoNotificationDisplayEnd
 {
+    /// The numbers that have names.
     enum Enum : int {
         Unknown = 0,
         Expired = 1,   ///< after its timeout
@@ -53,36 +60,44 @@ struct TAVO_API_EXPORT TavoNotificationDisplayEnd
         Overtaken =
             4 ///< after its timeout, by a more urgent one that came just before it was closed
     };
+    /// The name, or the digits of a number that has none.
     static QString toString(Enum value);
 };
 
 /// The resources that the power manager grants.
 struct TAVO_API_EXPORT TavoPowerManagerResources
 {
+    /// The numbers that have names.
     enum Enum : int { Processor = 0, Display = 1, Audio = 2, Network = 3 };
+    /// The name, or the digits of a number that has none.
     static QString toString(Enum value);
 };
 
 /// The actions of a module on a resource.
 struct TAVO_API_EXPORT TavoPowerModuleActions
 {
+    /// The numbers that have names.
     enum Enum : int { None = 0, Acquire = 1, Release = 2 };
+    /// The name, or the digits of a number that has none.
     static QString toString(Enum value);
 };
 
 /// The kinds of messages that the power manager sends to a module whose resources it revokes.
 struct TAVO_API_EXPORT TavoPowerManagerRevokeMessageType
 {
+    /// The numbers that have names.
     enum Enum : int {
         Revoked = 0,    ///< the resources are gone, stop now
         PostRevoked = 1 ///< every module has stopped; informational
     };
+    /// The name, or the digits of a number that has none.
     static QString toString(Enum value);
 };
 
 /// The kinds of rows in a user interface.
 struct TAVO_API_EXPORT TavoRolesType
 {
+    /// The numbers that have names.
     enum Enum : int {
         None = 0,
         Container = 1, ///< leads to more rows
@@ -92,12 +107,15 @@ struct TAVO_API_EXPORT TavoRolesType
         Media = 5,
         Text = 6 ///< a text to read
     };
+    /// The name, or the digits of a number that has none.
     static QString toString(Enum value);
 };
 
 /// Which roles the rows of a list carry.
 struct TAVO_API_EXPORT TavoRowsRolesType
 {
+    /// The numbers that have names.
     enum Enum : int { Title = 0, Value = 1, Path = 2 };
+    /// The name, or the digits of a number that has none.
     static QString toString(Enum value);
 };

@@ -62,7 +62,9 @@ class TavoNotificationPlayerItem : public TavoHash
     TAVO_FIELD(QString, content, setContent)
     /// The media type of a stream, such as audio/L16;rate=48000;channels=2.
     TAVO_FIELD(QString, contentStreamFormat, setContentStreamFormat)
+    /// In which form content() is given.
     TAVO_FIELD(TavoNotificationPlayerItemType::Enum, type, setType)
+    /// How urgent the sound is.
     TAVO_FIELD(TavoNotificationItemPriority::Enum, priority, setPriority)
     /// Repeats the sound until it is cancelled.
     TAVO_FIELD(bool, loop, setLoop)
@@ -76,7 +78,9 @@ class TavoNotificationPlayerResponse : public TavoHash
 {
     TAVO_RECORD(TavoNotificationPlayerResponse)
 
+    /// The id of the sound.
     TAVO_FIELD(QString, id, setId)
+    /// What happened to it.
     TAVO_FIELD(TavoNotificationPlayerResponseType::Enum, type, setType)
 };
 
@@ -85,13 +89,17 @@ class TavoNotificationDisplayItem : public TavoHash
 {
     TAVO_RECORD(TavoNotificationDisplayItem)
 
+    /// Chosen by the requester, and reported in the end; may be empty.
     TAVO_FIELD(QString, id, setId)
+    /// A heading; may be empty.
     TAVO_FIELD(TrString, title, setTitle)
     /// The text. If there is one, the module makes the node; if not, path must name a node.
     TAVO_FIELD(TrString, message, setMessage)
     /// Milliseconds on display; 0 or less: until closed.
     TAVO_FIELD(int, timeout, setTimeout)
+    /// How urgent the message is.
     TAVO_FIELD(TavoNotificationItemPriority::Enum, priority, setPriority)
+    /// The node to show, if there is no message().
     TAVO_FIELD(CMPath, path, setPath)
 };
 
@@ -100,9 +108,11 @@ class TavoNotificationDisplayCurrent : public TavoHash
 {
     TAVO_RECORD(TavoNotificationDisplayCurrent)
 
+    /// Names the notification.
     TAVO_FIELD(CMPath, path, setPath)
     /// The id of the request; often empty.
     TAVO_FIELD(QString, id, setId)
+    /// How urgent it is.
     TAVO_FIELD(TavoNotificationItemPriority::Enum, priority, setPriority)
     /// The milliseconds on display that were requested; 0: until it is closed.
     TAVO_FIELD(int, timeout, setTimeout)
@@ -121,9 +131,11 @@ class TavoNotificationDisplayEnded : public TavoHash
 {
     TAVO_RECORD(TavoNotificationDisplayEnded)
 
+    /// Names the notification. Its node may be gone.
     TAVO_FIELD(CMPath, path, setPath)
     /// The id of the request; often empty.
     TAVO_FIELD(QString, id, setId)
+    /// How it ended.
     TAVO_FIELD(TavoNotificationDisplayEnd::Enum, end, setEnd)
     /// The milliseconds of its timeout that were left; 0 if there is no timeout.
     TAVO_FIELD(int, remaining, setRemaining)

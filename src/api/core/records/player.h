@@ -39,6 +39,7 @@ class TavoPlayerAudioDuckingRequest : public TavoHash
 
     /// True to duck, false to unduck.
     TAVO_FIELD(bool, duckAudio, setDuckAudio)
+    /// A name of the requester's choice; the same to duck and to unduck.
     TAVO_FIELD(QString, requester, setRequester)
 };
 
@@ -56,11 +57,13 @@ class TavoPlayerMainAudioState : public TavoHash
 {
     TAVO_RECORD(TavoPlayerMainAudioState)
 
+    /// Whether a source plays, ducked or not.
     TAVO_FIELD(bool, playing, setPlaying)
     /// The path or URI of the file that plays, or was played last.
     TAVO_FIELD(QString, source, setSource)
     /// The user's volume, from 0.0 to 1.0.
     TAVO_FIELD(double, volume, setVolume)
+    /// Whether anybody has ducked it.
     TAVO_FIELD(bool, ducked, setDucked)
     /// The requesters that have ducked it, in the order of their requests.
     TAVO_FIELD(TavoList<QString>, requesters, setRequesters)

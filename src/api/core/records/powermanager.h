@@ -31,6 +31,7 @@ class TavoPowerManagerModuleRegister : public TavoHash
 {
     TAVO_RECORD(TavoPowerManagerModuleRegister)
 
+    /// The module's name, by which it is known from then on.
     TAVO_FIELD(QString, moduleName, setModuleName)
     /// Takes the message that resources are revoked. The module replies once it has stopped.
     TAVO_FIELD(CMPath, revokeResourcesPath, setRevokeResourcesPath)
@@ -43,8 +44,11 @@ class TavoPowerManagerResourceRequest : public TavoHash
 {
     TAVO_RECORD(TavoPowerManagerResourceRequest)
 
+    /// A registered module.
     TAVO_FIELD(QString, moduleName, setModuleName)
+    /// What it acquires or releases.
     TAVO_FIELD(TavoPowerManagerResources::Enum, resource, setResource)
+    /// Whether it acquires or releases.
     TAVO_FIELD(TavoPowerModuleActions::Enum, action, setAction)
 };
 
@@ -53,7 +57,9 @@ class TavoPowerManagerRevokeMessage : public TavoHash
 {
     TAVO_RECORD(TavoPowerManagerRevokeMessage)
 
+    /// Whether the resources are revoked, or everybody has stopped.
     TAVO_FIELD(TavoPowerManagerRevokeMessageType::Enum, messageType, setMessageType)
+    /// The resources that the module loses.
     TAVO_FIELD(TavoList<TavoPowerManagerResources::Enum>, revokeResources, setRevokeResources)
 };
 
@@ -62,6 +68,7 @@ class TavoPowerManagerResourceHolders : public TavoHash
 {
     TAVO_RECORD(TavoPowerManagerResourceHolders)
 
+    /// The resource.
     TAVO_FIELD(TavoPowerManagerResources::Enum, resource, setResource)
     /// The modules' names, sorted.
     TAVO_FIELD(TavoList<QString>, holders, setHolders)

@@ -15,7 +15,9 @@ class TavoImage : public TavoHash
     /// A name in an icon theme, an absolute path, or a file: URI. Only used without pixels. A client may
     /// name any file: check that it is a regular one before reading it.
     TAVO_FIELD(QString, source, setSource)
+    /// In pixels.
     TAVO_FIELD(int, width, setWidth)
+    /// In pixels.
     TAVO_FIELD(int, height, setHeight)
     /// Red, green, blue and opacity of each pixel, a byte each, row by row from the top. The colours are
     /// not multiplied by the opacity.
@@ -27,7 +29,9 @@ class TavoRoles : public TavoHash
 {
     TAVO_RECORD(TavoRoles)
 
+    /// What the row is.
     TAVO_FIELD(TavoRolesType::Enum, type, setType)
+    /// The text to show.
     TAVO_FIELD(TrString, title, setTitle)
     /// The node that the row leads to or activates.
     TAVO_FIELD(CMPath, path, setPath)
@@ -38,10 +42,11 @@ class TavoRoles : public TavoHash
     /// The program's icon, or that of an action: a name in an icon theme, a path or a file: URI.
     TAVO_FIELD(QString, icon, setIcon)
     TAVO_FIELD(TavoImage, image, setImage) ///< what the notification is about
-    /// The title with emphasis, if there is any: <b>, <i> and <u>, without attributes, each closed in
+    /// The title with emphasis, if there is any: elements b, i and u, without attributes, each closed in
     /// the order of nesting. In its text, & < and > are written as &amp; &lt; and &gt;.
     TAVO_FIELD(QString, markup, setMarkup)
     TAVO_FIELD(int, value, setValue) ///< a progress from 0 to 100, if hasValue()
+    /// Returns whether there is a progress.
     bool hasValue() const { return fields().contains(QStringLiteral("value")); }
     TAVO_FIELD_KEY(bool, isDefault, setDefault, "default") ///< the action of the whole notification
     TAVO_FIELD(QString, category, setCategory)             ///< such as "im.received"
@@ -53,5 +58,6 @@ class TavoRowsRoles : public TavoHash
 {
     TAVO_RECORD(TavoRowsRoles)
 
+    /// The roles, each once.
     TAVO_FIELD(TavoList<TavoRowsRolesType::Enum>, type, setType)
 };

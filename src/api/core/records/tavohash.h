@@ -19,6 +19,7 @@ class TAVO_API_EXPORT TavoHash
 {
 public:
     TavoHash() = default;
+    /// A view of the fields, which may be those of another record.
     TavoHash(const QVariantHash &fields)
         : m_fields(fields)
     {
@@ -30,12 +31,16 @@ public:
     /// The record as requests and nodes carry it.
     QVariant __variant() const { return m_fields; } // NOLINT(bugprone-reserved-identifier)
 
+    /// The fields by their keys.
     const QVariantHash &fields() const { return m_fields; }
 
+    /// Returns whether all fields are equal, also those that the record does not know.
     bool operator==(const TavoHash &other) const { return m_fields == other.m_fields; }
+    /// Returns whether any field differs.
     bool operator!=(const TavoHash &other) const { return m_fields != other.m_fields; }
 
 protected:
+    /// Reads a field. For TAVO_FIELD.
     template <typename T>
     T read(const QString &key) const
     {
@@ -43,6 +48,7 @@ protected:
         return field == m_fields.constEnd() ? T() : TavoCodec<T>::read(*field);
     }
 
+    /// Writes a field. For TAVO_FIELD.
     template <typename T>
     void write(const QString &key, const T &value)
     {

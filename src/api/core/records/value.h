@@ -13,18 +13,31 @@ class TavoValue : public TavoHash
 {
     TAVO_RECORD(TavoValue)
 
+    /// True or false..
     TAVO_FIELD_KEY(bool, bool_, setBool_, "bool")
+    /// An integer of 32 bits.
     TAVO_FIELD_KEY(int, int_, setInt_, "int")
+    /// A number.
     TAVO_FIELD_KEY(double, double_, setDouble_, "double")
+    /// A text, such as an id.
     TAVO_FIELD_KEY(QString, string_, setString_, "string")
+    /// The path of a node.
     TAVO_FIELD(CMPath, path, setPath)
+    /// A sound to queue.
     TAVO_FIELD(TavoNotificationPlayerItem, notificationPlayerItem, setNotificationPlayerItem)
+    /// How a sound started or ended.
     TAVO_FIELD(TavoNotificationPlayerResponse, notificationPlayerResponse,
                setNotificationPlayerResponse)
+    /// A message to show.
     TAVO_FIELD(TavoNotificationDisplayItem, notificationDisplayItem, setNotificationDisplayItem)
+    /// The message on display.
     TAVO_FIELD(TavoNotificationDisplayCurrent, displayCurrent, setDisplayCurrent)
+    /// The message that ended last.
     TAVO_FIELD(TavoNotificationDisplayEnded, displayEnded, setDisplayEnded)
+    /// An audio device.
     TAVO_FIELD(TavoPlayerAudioDevice, audioDevice, setAudioDevice)
+    /// The state of the main audio.
     TAVO_FIELD(TavoPlayerMainAudioState, mainAudioState, setMainAudioState)
+    /// The state of the power manager.
     TAVO_FIELD(TavoPowerManagerState, powerManagerState, setPowerManagerState)
 };

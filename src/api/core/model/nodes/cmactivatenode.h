@@ -22,6 +22,7 @@ public:
     /// Connects a node's signal to a slot that takes its requests.
     using Connector = std::function<void(CMActivateNode *)>;
 
+    /// Makes a node at the path. It is published by setInvoke().
     static CMActivateNode *create(CMNodes *nodes, const CMPath &path);
 
     /// Binds the node to a slot of the receiver instead of any other slot. Once the receiver is
@@ -36,9 +37,12 @@ public:
         });
     }
 
+    /// Binds the node to what the function connects to privateInvoke(), for receivers that setInvoke()
+    /// does not suit.
     void doSetInvoke(const Connector &connector);
 
     QString kind() const override;
+    /// Emits privateInvoke(), or answers with an error if nothing is bound.
     void setData(const CMSetDataRequest &request) override;
 
 Q_SIGNALS:

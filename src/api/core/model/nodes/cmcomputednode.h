@@ -14,6 +14,7 @@ class TAVO_API_EXPORT CMComputedNode : public CMUINode
 {
 public:
     QString kind() const override;
+    /// Replies with what makeValue() returns.
     void getData(const CMGetDataRequest &request) override;
 
 protected:

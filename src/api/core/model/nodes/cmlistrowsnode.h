@@ -15,29 +15,37 @@
 class TAVO_API_EXPORT CMListRowsNode : public CMUINode
 {
 public:
+    /// Makes and publishes an empty list.
     static CMListRowsNode *create(CMNodes *nodes, const CMPath &path);
 
     /// Announces which roles the rows carry.
     void setRowsRoles(const TavoRowsRoles &roles);
+    /// The roles that were announced.
     TavoRowsRoles rowsRoles() const;
 
+    /// Appends a row that is shown.
     void rowsAppend(const TavoRoles &row);
+    /// Appends a row that is the path of a node.
     void rowsAppend(const CMPath &row);
 
     /// Inserts a row at the index, which is from 0 to the number of rows.
     void rowsInsert(int index, const CMPath &row);
+    /// Removes the row at the index, which must exist.
     void rowsRemoveAt(int index);
 
     /// Replaces all rows. Reported as one reset.
     void setRows(const QVector<TavoRoles> &rows);
 
+    /// The number of rows.
     int rowsSize() const;
 
     /// The row, to be read by CMPath::fromQVariant() or TavoRoles; invalid if there is no such row.
     QVariant getRow(int index) const;
 
     QString kind() const override;
+    /// Replies with a list of the rows.
     void getRows(const CMGetRowsRequest &request) override;
+    /// Replies with the index of the row that equals the value, or -1.
     void matchRow(const CMMatchRowRequest &request) override;
 
 private:

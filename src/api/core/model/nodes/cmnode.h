@@ -28,6 +28,7 @@ public:
     void matchRow(const CMMatchRowRequest &request) override;
 
 protected:
+    /// Called by the kinds, whose create() then calls publish().
     CMNode(CMNodes *nodes, const CMPath &path);
 
     /// Publishes the finished node; called last by create().

@@ -22,6 +22,7 @@ public:
 
     Q_DISABLE_COPY_MOVE(CMNodes)
 
+    /// The number of nodes, including those that are not published.
     int size() const { return m_size; }
 
     /// Calls the function with each node, newest first. The function must not make or dispose of

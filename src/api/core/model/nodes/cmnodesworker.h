@@ -18,11 +18,15 @@ class TAVO_API_EXPORT CMNodesWorker : public CMAbstractWorker
     Q_OBJECT
 
 public:
+    /// The name is used in messages, and is the reply to ping(). Called in the worker's thread.
     CMNodesWorker(const QVariantHash &config, const QString &name);
     ~CMNodesWorker() override;
 
+    /// Where the worker makes its nodes.
     CMNodes *nodes() { return &m_nodes; }
+    /// The configuration that was given. It does not change.
     const QVariantHash &config() const { return m_config; }
+    /// The name that was given.
     const QString &name() const { return m_name; }
 
     void ping(const CMSetDataRequest &request) override;

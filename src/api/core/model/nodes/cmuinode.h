@@ -9,10 +9,12 @@
 class TAVO_API_EXPORT CMUINode : public CMNode
 {
 public:
+    /// Sets the title. Called in the worker's thread.
     void setTitle(const TrString &title);
     TrString title() const override;
 
 protected:
+    /// Called by the kinds.
     using CMNode::CMNode;
 
 private:

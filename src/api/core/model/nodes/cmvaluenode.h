@@ -21,9 +21,11 @@ public:
     /// event loops.
     void setValue(const TavoValue &value);
 
+    /// The value that was set last.
     TavoValue value() const;
 
     QString kind() const override;
+    /// Replies with the value.
     void getData(const CMGetDataRequest &request) override;
 
 private:
