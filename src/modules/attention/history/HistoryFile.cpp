@@ -17,12 +17,10 @@ namespace {
 constexpr qint64 fileMark = 0x5461766F; // "Tavo", the application_id of the database
 constexpr qint64 fileVersion = 1;
 
-constexpr int maxRemoved = 100;       // in one transaction, so that each is short
-constexpr qint64 maxFreePages = 256;  // before the file is made shorter
-constexpr qint64 maxReadMs = 100;     // then a page ends, so that new entries are written in time
-constexpr int maxLeftOpen = 1000;     // nobody can see more of them
-constexpr int maxSearchWords = 32;    // more of them narrow nothing down
-constexpr int maxSearchLength = 1000; // characters
+constexpr int maxRemoved = 100;      // in one transaction, so that each is short
+constexpr qint64 maxFreePages = 256; // before the file is made shorter
+constexpr qint64 maxReadMs = 100;    // then a page ends, so that new entries are written in time
+constexpr int maxLeftOpen = 1000;    // nobody can see more of them
 constexpr qint64 msPerDay = 86'400'000;
 constexpr qint64 maxNumber = qint64(1) << 60; // leaves room for the shift
 
@@ -32,18 +30,13 @@ constexpr int mustSeeFlag = 2;
 static_assert(int(HistoryEntry::State::Expired) == 5 && int(HistoryEntry::State::Silenced) == 6,
               "the statements name them");
 
-// The texts are stored once, in entries; texts is only their index. The shortest beginnings of words,
-// which most words share, have an index of their own.
 constexpr const char *schema = R"(
     CREATE TABLE entries(
         number INTEGER PRIMARY KEY, id TEXT, time INTEGER, source TEXT, application TEXT, category TEXT,
         "group" TEXT, priority INTEGER, title TEXT, text TEXT, state INTEGER, action TEXT,
         endTime INTEGER, flags INTEGER, bytes INTEGER);
-    CREATE INDEX entries_source ON entries(source);
     CREATE INDEX entries_missed ON entries(number) WHERE state IN (5, 6);
     CREATE INDEX entries_open ON entries(number) WHERE endTime = 0;
-    CREATE VIRTUAL TABLE texts USING fts5(title, text, application, content = entries,
-        content_rowid = number, prefix = 1, tokenize = 'unicode61 remove_diacritics 2');
     CREATE TABLE totals(entries INTEGER, bytes INTEGER, missed INTEGER);
     INSERT INTO totals VALUES(0, 0, 0);
 )";
@@ -108,32 +101,21 @@ void setUp(Sqlite &database)
                 .toLatin1();
         database.execute("BEGIN");
         database.execute(schema);
+        HistoryIndex::create(database);
         database.execute(marks.constData());
     }
 }
 
+/// About what an entry takes in the file.
 qint64 bytesOf(const HistoryEntry &entry)
 {
-    constexpr qint64 perEntry = 150;
-    constexpr qint64 indexFactor = 2; // the index of the words takes about as much as the words
-    const auto size = [](const QString &string) { return qint64(string.toUtf8().size()); };
-    return perEntry + size(entry.id) + 2 * size(entry.source) + size(entry.category) +
-           size(entry.group) + size(entry.action) +
-           indexFactor * (size(entry.application) + size(entry.title) + size(entry.text));
-}
-
-/// The words as an expression of the index: each must begin a word of the entry.
-QString searchExpression(const QString &text)
-{
-    QString expression;
-    QString printable = text.left(maxSearchLength);
-    printable.replace(QChar(0), QLatin1Char(' '));
-    const QStringList words = printable.simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    for (QString word : words.mid(0, maxSearchWords)) {
-        word.replace(QLatin1Char('"'), QLatin1Char(' '));
-        expression += QLatin1Char('"') + word + QLatin1String("\"* ");
+    constexpr qint64 fixed = 100;
+    qint64 indexed = 0;
+    for (const QString *string : {&entry.source, &entry.application, &entry.title, &entry.text}) {
+        indexed += string->toUtf8().size();
     }
-    return expression;
+    // The index of the words takes about as much as they do.
+    return fixed + 2 * indexed + entry.id.size() + entry.category.size() + entry.group.size();
 }
 } // namespace
 
@@ -152,8 +134,6 @@ struct HistoryFile::Statements
     SqliteStatement writeTotals{database, "UPDATE totals SET entries = ?, bytes = ?, missed = ?"};
     SqliteStatement insert{
         database, "INSERT INTO entries VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"};
-    SqliteStatement insertTexts{
-        database, "INSERT INTO texts(rowid, title, text, application) VALUES(?, ?, ?, ?)"};
     SqliteStatement state{database, "SELECT state FROM entries WHERE number = ?"};
     SqliteStatement change{
         database, "UPDATE entries SET state = ?, action = ?, endTime = ? WHERE number = ?"};
@@ -166,24 +146,14 @@ struct HistoryFile::Statements
                                    "WHERE endTime = 0 AND NOT flags & 2 LIMIT 1"};
     SqliteStatement endLeft{database, "UPDATE entries INDEXED BY entries_open SET endTime = ? "
                                       "WHERE endTime = 0 AND NOT flags & 2"};
-    SqliteStatement oldest{database, "SELECT number, time, bytes, state, title, text, application "
-                                     "FROM entries ORDER BY number LIMIT ?"};
-    SqliteStatement remove{database, "DELETE FROM entries WHERE number = ?"};
-    SqliteStatement removeTexts{database,
-                                "INSERT INTO texts(texts, rowid, title, text, application) "
-                                "VALUES('delete', ?, ?, ?, ?)"};
+    SqliteStatement oldest{
+        database, "SELECT number, time, bytes, state FROM entries ORDER BY number LIMIT ?"};
+    SqliteStatement remove{database, "DELETE FROM entries WHERE number <= ?"};
     SqliteStatement newest{database, SELECT_ENTRIES "entries "
                                                     "WHERE number < ? ORDER BY number DESC"};
     SqliteStatement missed{database, SELECT_ENTRIES
                            "entries INDEXED BY entries_missed "
                            "WHERE state IN (5, 6) AND number < ? ORDER BY number DESC"};
-    SqliteStatement ofSource{database,
-                             SELECT_ENTRIES "entries INDEXED BY entries_source "
-                                            "WHERE number < ? AND source = ? ORDER BY number DESC"};
-    SqliteStatement search{database,
-                           SELECT_ENTRIES "texts CROSS JOIN entries ON number = texts.rowid "
-                                          "WHERE texts.rowid < ? AND texts MATCH ? "
-                                          "ORDER BY texts.rowid DESC"};
 };
 
 HistoryFile::HistoryFile(const QString &file, const HistorySettings &settings)
@@ -193,6 +163,7 @@ HistoryFile::HistoryFile(const QString &file, const HistorySettings &settings)
     checkHeader(file);
     setUp(m_database);
     m_statements = std::make_unique<Statements>(m_database);
+    m_index.emplace(m_database);
     readTotals();
 }
 
@@ -211,7 +182,7 @@ qint64 HistoryFile::numberInFile(qint64 number) const
 void HistoryFile::apply(const HistoryStep &step)
 {
     begin();
-    std::visit([this](const auto &alternative) { apply(alternative); }, step);
+    std::visit([this](const auto &alternative) { write(alternative); }, step);
 }
 
 void HistoryFile::begin()
@@ -221,7 +192,7 @@ void HistoryFile::begin()
     }
 }
 
-void HistoryFile::apply(const HistoryEntry &entry)
+void HistoryFile::write(const HistoryEntry &entry)
 {
     const qint64 number = numberInFile(entry.number);
     const qint64 bytes = bytesOf(entry);
@@ -229,13 +200,13 @@ void HistoryFile::apply(const HistoryEntry &entry)
     m_statements->insert.run(number, entry.id, entry.time, entry.source, entry.application,
                              entry.category, entry.group, entry.priority, entry.title, entry.text,
                              int(entry.state), entry.action, entry.endTime, flags, bytes);
-    m_statements->insertTexts.run(number, entry.title, entry.text, entry.application);
+    m_index->add(number, entry);
     ++m_totals.entries;
     m_totals.bytes += bytes;
     m_totals.missed += entry.isMissed();
 }
 
-void HistoryFile::apply(const HistoryChange &change)
+void HistoryFile::write(const HistoryChange &change)
 {
     const qint64 number = numberInFile(change.number);
     HistoryEntry old;
@@ -252,13 +223,13 @@ void HistoryFile::apply(const HistoryChange &change)
     m_totals.missed += int(now.isMissed()) - int(old.isMissed());
 }
 
-void HistoryFile::apply(const HistorySeen &seen)
+void HistoryFile::write(const HistorySeen &seen)
 {
     m_statements->see.run(int(HistoryEntry::State::Seen), numberInFile(seen.upTo));
     m_totals.missed -= m_database.changedRows();
 }
 
-void HistoryFile::apply(const HistoryLeftEnd &left)
+void HistoryFile::write(const HistoryLeftEnd &left)
 {
     m_statements->endLeft.run(left.time);
 }
@@ -280,6 +251,7 @@ void HistoryFile::rollback()
     if (m_database.isInTransaction()) {
         m_statements->rollback.run();
     }
+    m_index->rolledBack();
     readTotals();
 }
 
@@ -290,32 +262,30 @@ bool HistoryFile::isOverLimit() const
 
 void HistoryFile::removeOldest()
 {
-    struct Removed
-    {
-        qint64 number;
-        QString title;
-        QString text;
-        QString application;
-    };
-    std::vector<Removed> removed;
     const qint64 oldest = QDateTime::currentMSecsSinceEpoch() - m_settings.maxDays * msPerDay;
+    qint64 last = 0;
+    qint64 left = 0;
     {
-        SqliteRows rows(m_statements->oldest, maxRemoved);
-        while (rows.next() && (isOverLimit() || rows.number(1) < oldest)) {
+        SqliteRows rows(m_statements->oldest, maxRemoved + 1);
+        while (rows.next()) {
+            left = rows.number(0);
+            if (!isOverLimit() && rows.number(1) >= oldest) {
+                break;
+            }
             HistoryEntry entry;
             entry.state = HistoryEntry::State(rows.number(3));
             --m_totals.entries;
             m_totals.bytes -= rows.number(2);
             m_totals.missed -= entry.isMissed();
-            removed.push_back({rows.number(0), rows.string(4), rows.string(5), rows.string(6)});
+            last = left;
         }
     }
-    for (const Removed &entry : removed) {
-        m_statements->removeTexts.run(entry.number, entry.title, entry.text, entry.application);
-        m_statements->remove.run(entry.number);
-    }
-    if (!removed.empty() && m_database.number("PRAGMA freelist_count") > maxFreePages) {
-        m_database.execute("PRAGMA incremental_vacuum(64)");
+    if (last != 0) {
+        m_statements->remove.run(last);
+        m_index->removeBefore(left);
+        if (m_database.number("PRAGMA freelist_count") > maxFreePages) {
+            m_database.execute("PRAGMA incremental_vacuum(64)");
+        }
     }
 }
 
@@ -325,39 +295,82 @@ void HistoryFile::readTotals()
     m_totals = rows.next() ? Totals{rows.number(0), rows.number(1), rows.number(2)} : Totals{};
 }
 
+/// Puts rows into a page until it is full, or its time is over.
+class HistoryFile::PageReader
+{
+public:
+    PageReader(const HistoryFile &file, const HistoryQuery &query)
+        : m_file(file)
+        , m_query(query)
+        , m_limit(qBound(1, query.limit, HistoryQuery::maxLimit))
+    {
+        m_elapsed.start();
+    }
+
+    /// Returns whether there is room and time for more.
+    bool read(SqliteRows &&rows)
+    {
+        while (rows.next()) {
+            const HistoryEntry entry = m_file.entryOf(rows);
+            if (m_page.entries.size() == m_limit || isLate()) {
+                m_page.next = entry.number + 1;
+                return false;
+            }
+            m_hasRead = true;
+            // One of the conditions has selected the rows.
+            if ((m_query.source.isEmpty() || entry.source == m_query.source) &&
+                (!m_query.onlyMissed || entry.isMissed())) {
+                m_page.entries.append(entry);
+            }
+        }
+        return true;
+    }
+
+    /// Nothing from this number on is left to read. Returns whether there is time for more.
+    bool hasTime(qint64 next)
+    {
+        m_hasRead = true;
+        if (isLate()) {
+            m_page.next = next;
+        }
+        return !isLate();
+    }
+
+    const HistoryPage &page() const { return m_page; }
+
+private:
+    /// Never before something has been read: otherwise the next page would be the same.
+    bool isLate() const { return m_hasRead && m_elapsed.hasExpired(maxReadMs); }
+
+    const HistoryFile &m_file;
+    const HistoryQuery &m_query;
+    const int m_limit;
+    QElapsedTimer m_elapsed;
+    bool m_hasRead = false;
+    HistoryPage m_page;
+};
+
 HistoryPage HistoryFile::page(const HistoryQuery &query)
 {
     const qint64 before = query.before > 0 ? numberInFile(query.before) : maxNumber;
-    const int limit = qBound(1, query.limit, HistoryQuery::maxLimit);
-    const auto read = [&](SqliteRows &&rows) {
-        HistoryPage page;
-        QElapsedTimer elapsed;
-        while (rows.next()) {
-            const HistoryEntry entry = entryOf(rows);
-            if (!elapsed.isValid()) {
-                elapsed.start();
-            } else if (page.entries.size() == limit || elapsed.hasExpired(maxReadMs)) {
-                page.next = entry.number + 1;
-                break;
-            }
-            if ((query.source.isEmpty() || entry.source == query.source) &&
-                (!query.onlyMissed || entry.isMissed())) {
-                page.entries.append(entry);
-            }
+    PageReader reader(*this, query);
+    const QString expression = HistoryIndex::expression(query);
+    if (expression.isEmpty()) {
+        reader.read(
+            SqliteRows(query.onlyMissed ? m_statements->missed : m_statements->newest, before));
+        return reader.page();
+    }
+    const std::vector<qint64> blocks = m_index->blocks(before);
+    for (std::size_t i = 0; i < blocks.size(); ++i) {
+        SqliteStatement search = m_index->search(blocks[i], SELECT_ENTRIES);
+        const bool goesOn =
+            reader.read(SqliteRows(search, before, expression)) &&
+            (i + 1 == blocks.size() || reader.hasTime(HistoryIndex::firstOf(blocks[i]) - m_shift));
+        if (!goesOn) {
+            break;
         }
-        return page;
-    };
-    // One of the conditions selects the rows; the others are checked for each of them.
-    if (!query.text.isEmpty()) {
-        return read(SqliteRows(m_statements->search, before, searchExpression(query.text)));
     }
-    if (query.onlyMissed) {
-        return read(SqliteRows(m_statements->missed, before));
-    }
-    if (!query.source.isEmpty()) {
-        return read(SqliteRows(m_statements->ofSource, before, query.source));
-    }
-    return read(SqliteRows(m_statements->newest, before));
+    return reader.page();
 }
 
 QVector<HistoryEntry> HistoryFile::leftOpen()

@@ -3,10 +3,12 @@
 
 #pragma once
 
+#include "HistoryIndex.h"
 #include "HistorySteps.h"
 #include "Sqlite.h"
 
 #include <memory>
+#include <optional>
 
 /// The database of the history.
 ///
@@ -54,6 +56,7 @@ public:
 
 private:
     struct Statements;
+    class PageReader;
     struct Totals
     {
         qint64 entries = 0;
@@ -61,10 +64,10 @@ private:
         qint64 missed = 0;
     };
 
-    void apply(const HistoryEntry &entry);
-    void apply(const HistoryChange &change);
-    void apply(const HistorySeen &seen);
-    void apply(const HistoryLeftEnd &left);
+    void write(const HistoryEntry &entry);
+    void write(const HistoryChange &change);
+    void write(const HistorySeen &seen);
+    void write(const HistoryLeftEnd &left);
     void removeOldest();
     void readTotals();
     void begin();
@@ -74,6 +77,7 @@ private:
     Sqlite m_database;
     const HistorySettings m_settings;
     std::unique_ptr<Statements> m_statements;
+    std::optional<HistoryIndex> m_index;
     Totals m_totals;
     qint64 m_shift = 0;
 };

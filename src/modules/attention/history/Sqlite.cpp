@@ -58,9 +58,9 @@ void Sqlite::Closer::operator()(sqlite3 *handle) const
     sqlite3_close_v2(handle);
 }
 
-void Sqlite::execute(const char *sql)
+void Sqlite::execute(const QByteArray &sql)
 {
-    check(sqlite3_exec(handle(), sql, nullptr, nullptr, nullptr));
+    check(sqlite3_exec(handle(), sql.constData(), nullptr, nullptr, nullptr));
 }
 
 qint64 Sqlite::number(const char *sql)
@@ -96,12 +96,12 @@ void Sqlite::check(int code) const
     throw HistoryError(kindOf(code), reason);
 }
 
-SqliteStatement::SqliteStatement(Sqlite &database, const char *sql)
+SqliteStatement::SqliteStatement(Sqlite &database, const QByteArray &sql)
     : m_database(&database)
 {
     sqlite3_stmt *statement = nullptr;
-    database.check(sqlite3_prepare_v3(database.handle(), sql, -1, SQLITE_PREPARE_PERSISTENT,
-                                      &statement, nullptr));
+    database.check(sqlite3_prepare_v3(database.handle(), sql.constData(), -1,
+                                      SQLITE_PREPARE_PERSISTENT, &statement, nullptr));
     m_statement.reset(statement);
 }
 

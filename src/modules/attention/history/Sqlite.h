@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 #include <memory>
@@ -21,7 +22,7 @@ public:
     Sqlite(const Sqlite &) = delete;
     Sqlite &operator=(const Sqlite &) = delete;
 
-    void execute(const char *sql);
+    void execute(const QByteArray &sql);
 
     /// The first column of the first row; 0 if there is none.
     qint64 number(const char *sql);
@@ -52,7 +53,7 @@ private:
 class SqliteStatement
 {
 public:
-    SqliteStatement(Sqlite &database, const char *sql);
+    SqliteStatement(Sqlite &database, const QByteArray &sql);
 
     /// Runs the statement with these values for its parameters.
     template <typename... Values>
