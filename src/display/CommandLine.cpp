@@ -3,7 +3,7 @@
 
 #include "display/CommandLine.h"
 
-#include <QCommandLineParser>
+#include "base/CommonOptions.h"
 
 namespace {
 constexpr const char *environment = R"(
@@ -20,11 +20,8 @@ Exit codes:
   78   the configuration is wrong or can't be read
 )";
 
-struct Options
+struct Options : CommonOptions
 {
-    QCommandLineOption config{QStringLiteral("config"),
-                              QStringLiteral("Read the configuration from <file>."),
-                              QStringLiteral("file")};
     QCommandLineOption mode{
         QStringLiteral("mode"),
         QStringLiteral("Show messages as <mode>: corner, banner or fullscreen."),
@@ -39,10 +36,6 @@ struct Options
         QStringLiteral("check"),
         QStringLiteral("Check the configuration and the display, tell whether another "
                        "tavo-display runs there, and end.")};
-    QCommandLineOption help{{QStringLiteral("h"), QStringLiteral("help")},
-                            QStringLiteral("Show this help.")};
-    QCommandLineOption version{{QStringLiteral("v"), QStringLiteral("version")},
-                               QStringLiteral("Show the version.")};
 };
 
 void prepare(QCommandLineParser &parser, const Options &options)
@@ -79,18 +72,12 @@ Result<CommandLine> CommandLine::parse(const QStringList &arguments)
     const Options options;
     QCommandLineParser parser;
     prepare(parser, options);
-    if (!parser.parse(arguments)) {
-        return usage(parser.errorText());
-    }
-    if (!parser.positionalArguments().isEmpty()) {
-        return usage(QStringLiteral("unexpected argument %1").arg(parser.positionalArguments()[0]));
+    if (const auto failure = options.parse(parser, arguments)) {
+        return usage(failure->reason);
     }
     CommandLine line;
     line.action = actionOf(parser, options);
     line.configurationFile = parser.value(options.config);
-    if (parser.isSet(options.config) && line.configurationFile.isEmpty()) {
-        return usage(QStringLiteral("--config needs the name of a file"));
-    }
     line.bus = parser.value(options.bus);
     if (parser.isSet(options.mode)) {
         line.mode = DisplayConfiguration::modeFromName(parser.value(options.mode));

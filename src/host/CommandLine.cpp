@@ -3,7 +3,7 @@
 
 #include "host/CommandLine.h"
 
-#include <QCommandLineParser>
+#include "base/CommonOptions.h"
 
 #include <fcntl.h>
 
@@ -32,11 +32,8 @@ Environment:
   TAVO_LOG_LEVEL    log levels as for --log-level, separated by commas
 )";
 
-struct Options
+struct Options : CommonOptions
 {
-    QCommandLineOption config{QStringLiteral("config"),
-                              QStringLiteral("Read the configuration from <file>."),
-                              QStringLiteral("file")};
     QCommandLineOption modulePath{
         QStringLiteral("module-path"),
         QStringLiteral("Search <folder> for modules first. May be given more than once."),
@@ -56,10 +53,6 @@ struct Options
     QCommandLineOption listModules{
         QStringLiteral("list-modules"),
         QStringLiteral("List the modules on the search path with their files.")};
-    QCommandLineOption help{{QStringLiteral("h"), QStringLiteral("help")},
-                            QStringLiteral("Show this help.")};
-    QCommandLineOption version{{QStringLiteral("v"), QStringLiteral("version")},
-                               QStringLiteral("Show the version.")};
 };
 
 void prepare(QCommandLineParser &parser, const Options &options)
@@ -102,18 +95,12 @@ Result<CommandLine> CommandLine::parse(const QStringList &arguments)
     const Options options;
     QCommandLineParser parser;
     prepare(parser, options);
-    if (!parser.parse(arguments)) {
-        return usage(parser.errorText());
-    }
-    if (!parser.positionalArguments().isEmpty()) {
-        return usage(QStringLiteral("unexpected argument %1").arg(parser.positionalArguments()[0]));
+    if (const auto failure = options.parse(parser, arguments)) {
+        return usage(failure->reason);
     }
     CommandLine line;
     line.action = actionOf(parser, options);
     line.configurationFile = parser.value(options.config);
-    if (parser.isSet(options.config) && line.configurationFile.isEmpty()) {
-        return usage(QStringLiteral("--config needs the name of a file"));
-    }
     line.modulePath = parser.values(options.modulePath);
     for (const QString &text : parser.values(options.logLevel)) {
         const auto level = logLevelFromText(text);
