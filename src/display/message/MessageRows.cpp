@@ -6,6 +6,8 @@
 #include "display/text/ShownText.h"
 #include <core/records/rows.h>
 
+#include <QCoreApplication>
+
 namespace {
 constexpr int maxImageSide = 256;
 constexpr int maxSourceLength = 4096;
@@ -52,12 +54,19 @@ void readAction(const TavoRoles &row, Message &message)
         message.actions.append({row.path(), label, row.icon().left(maxSourceLength)});
     }
 }
+
+/// The host gives a message without a title the title "Message", and knows no language.
+QString translatedTitle(const QString &title)
+{
+    return title == QLatin1String("Message") ? QCoreApplication::translate("Messages", "Message")
+                                             : shownLine(title);
+}
 } // namespace
 
 Message messageFromRows(const QString &title, const QVariantList &rows)
 {
     Message message;
-    message.title = shownLine(title);
+    message.title = translatedTitle(title);
     bool hasText = false;
     for (const QVariant &value : rows) {
         const TavoRoles row(value.toHash());

@@ -13,6 +13,9 @@ Rectangle {
     readonly property bool isLarge: look.mode === "fullscreen"
     readonly property var colors: look.palette
     readonly property real maxHeight: look.maxHeight
+    // For the text and the buttons.
+    readonly property real room: maxHeight - 2 * gap - head.height - meter.usedHeight
+                                 - problem.usedHeight - content.spacing
 
     implicitWidth: 420
     implicitHeight: Math.min(maxHeight, content.implicitHeight + 2 * gap)
@@ -160,10 +163,11 @@ Rectangle {
         Flickable {
             id: scroll
 
+            readonly property real minHeight: visible ? Math.min(body.height, 3 * card.unit) : 0
+
             width: parent.width
-            height: Math.min(body.height, card.maxHeight - 2 * card.gap - head.height - meter.usedHeight
-                                          - buttons.usedHeight - problem.usedHeight
-                                          - content.spacing)
+            // The text leaves room for the buttons, but keeps two lines.
+            height: Math.min(body.height, Math.max(minHeight, card.room - buttonScroll.usedHeight))
             visible: message.text !== ""
             contentHeight: body.height
             clip: true
@@ -221,24 +225,40 @@ Rectangle {
             }
         }
 
-        Flow {
-            id: buttons
+        Flickable {
+            id: buttonScroll
 
-            readonly property real usedHeight: visible ? height + content.spacing : 0
+            readonly property real usedHeight: visible ? buttons.height + content.spacing : 0
 
             width: parent.width
-            spacing: Math.round(card.gap * 0.66)
+            height: Math.min(buttons.height, Math.max(3 * card.unit, card.room - content.spacing - scroll.minHeight))
             visible: message.actionLabels.length > 0
+            contentHeight: buttons.height
+            clip: true
+            interactive: contentHeight > height
+            boundsBehavior: Flickable.StopAtBounds
 
-            Repeater {
-                model: message.actionLabels.length
+            function reveal(item) {
+                contentY = Math.max(item.y + item.height - height, Math.min(contentY, item.y))
+            }
 
-                Button {
-                    label: message.actionLabels[index] || ""
-                    icon: message.actionIcons[index] || ""
-                    maxWidth: buttons.width
-                    sheet: card
-                    onActivated: message.activate(index)
+            Flow {
+                id: buttons
+
+                width: parent.width
+                spacing: Math.round(card.gap * 0.66)
+
+                Repeater {
+                    model: message.actionLabels.length
+
+                    Button {
+                        label: message.actionLabels[index] || ""
+                        icon: message.actionIcons[index] || ""
+                        maxWidth: buttons.width
+                        sheet: card
+                        onActivated: message.activate(index)
+                        onActiveFocusChanged: if (activeFocus) buttonScroll.reveal(this)
+                    }
                 }
             }
         }

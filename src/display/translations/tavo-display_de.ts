@@ -88,4 +88,11 @@
         <translation>Das Design ist fehlerhaft: %1</translation>
     </message>
 </context>
+<context>
+    <name>Messages</name>
+    <message>
+        <source>Message</source>
+        <translation>Nachricht</translation>
+    </message>
+</context>
 </TS>

@@ -257,7 +257,8 @@ void MessageWindow::followScreen(QScreen *screen)
 
 void MessageWindow::measure(const QScreen &screen)
 {
-    m_look.setScreen(screen.availableGeometry().height() * maxHeightOfScreen,
+    const int height = screen.availableGeometry().height();
+    m_look.setScreen(qMin(height * maxHeightOfScreen, qreal(height - 2 * m_configuration.margin)),
                      screen.devicePixelRatio());
 }
 

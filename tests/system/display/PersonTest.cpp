@@ -16,6 +16,44 @@ constexpr quint32 keyN = 'n';
 
 class DisplayPersonTest : public DisplayTest
 {
+protected:
+    /// Shows a message and notes whether it is closed.
+    void showWatched()
+    {
+        start();
+        tavoConnect(&m_messages, &TavoMessages::closed, &m_context, [this] { m_isClosed = true; });
+        show("Door");
+        ASSERT_TRUE(waitForLook(Priority::Normal));
+    }
+
+    /// Shows a question with the buttons Open and Wait; the notifier prints the answer.
+    void ask()
+    {
+        m_notifier.setEnvironment("DBUS_SESSION_BUS_ADDRESS", m_bus.address());
+        m_notifier.start(
+            {"-u", "critical", "-A", "open=Open", "-A", "wait=Wait", "Doorbell", "Somebody"});
+        ASSERT_TRUE(waitForLook(Priority::Urgent));
+        waitUntilArmed();
+    }
+
+    /// Starts with a key that gives a message the keyboard, and with an editor that has it.
+    void startWithEditor()
+    {
+        writeConfiguration({{"focusKey", "Ctrl+Alt+N"}, {"reducedMotion", true}});
+        start();
+        m_editor = m_server.openOtherWindow({0, 600, 200, 100});
+    }
+
+    void giveTheMessageTheKeyboard()
+    {
+        m_server.press({keyControl, keyAlt, keyN});
+        ASSERT_TRUE(waitFor([&] { return m_server.focusedWindow() != m_editor; }));
+    }
+
+    const QObject m_context;
+    bool m_isClosed = false;
+    Program m_notifier{"notify-send"};
+    quint32 m_editor = 0;
 };
 
 TEST_F(DisplayPersonTest, closesAMessageWithAClick)
@@ -35,47 +73,32 @@ TEST_F(DisplayPersonTest, closesAMessageWithAClick)
 
 TEST_F(DisplayPersonTest, pressesNothingThatHasJustCome)
 {
-    start();
-    bool isClosed = false;
-    const QObject context;
-    tavoConnect(&m_messages, &TavoMessages::closed, &context, [&] { isClosed = true; });
-    show("Door");
-    ASSERT_TRUE(waitForLook(Priority::Normal));
+    showWatched();
     m_server.click(s_closeButton);
     waitUntilArmed();
-    EXPECT_FALSE(isClosed);
+    EXPECT_FALSE(m_isClosed);
     EXPECT_EQ(m_server.windows().size(), 1);
 }
 
 TEST_F(DisplayPersonTest, aPointerOnAMessageDoesNotCloseIt)
 {
-    start();
-    bool isClosed = false;
-    const QObject context;
-    tavoConnect(&m_messages, &TavoMessages::closed, &context, [&] { isClosed = true; });
-    show("Door");
-    ASSERT_TRUE(waitForLook(Priority::Normal));
+    showWatched();
     waitUntilArmed();
     m_server.movePointer(s_closeButton);
     m_server.click(s_insideOfCorner);
     waitUntilArmed();
-    EXPECT_FALSE(isClosed);
+    EXPECT_FALSE(m_isClosed);
 }
 
 TEST_F(DisplayPersonTest, pressesTheButtonOfAnAction)
 {
     start();
-    Program notifier("notify-send");
-    notifier.setEnvironment("DBUS_SESSION_BUS_ADDRESS", m_bus.address());
-    notifier.start(
-        {"-u", "critical", "-A", "open=Open", "-A", "wait=Wait", "Doorbell", "Somebody"});
-    ASSERT_TRUE(waitForLook(Priority::Urgent));
-    waitUntilArmed();
+    ask();
     // The first button, below the text.
     const QRect place = waitForWindow();
     m_server.click(place.bottomLeft() + QPoint(40, -36));
-    EXPECT_EQ(notifier.waitForExit(), 0);
-    EXPECT_EQ(notifier.output(), "open\n");
+    EXPECT_EQ(m_notifier.waitForExit(), 0);
+    EXPECT_EQ(m_notifier.output(), "open\n");
     EXPECT_TRUE(waitForNoWindow());
 }
 
@@ -95,33 +118,27 @@ TEST_F(DisplayPersonTest, keepsTheKeyboardWhereItIs)
 
 TEST_F(DisplayPersonTest, closesAMessageWithTheKeyboardOnly)
 {
-    writeConfiguration({{"focusKey", "Ctrl+Alt+N"}});
-    start();
-    const quint32 editor = m_server.openOtherWindow({0, 600, 200, 100});
+    startWithEditor();
     show("Alarm", Priority::Urgent);
     ASSERT_TRUE(waitForLook(Priority::Urgent));
     waitUntilArmed();
-    m_server.press({keyControl, keyAlt, keyN});
-    ASSERT_TRUE(waitFor([&] { return m_server.focusedWindow() != editor; }));
+    giveTheMessageTheKeyboard();
     m_server.press({keyEscape});
     const auto isEditor = [](const QVector<QRect> &windows) { return windows.size() == 1; };
     EXPECT_TRUE(m_server.waitForWindows(isEditor));
-    EXPECT_TRUE(waitFor([&] { return m_server.focusedWindow() == editor; }));
+    EXPECT_TRUE(waitFor([&] { return m_server.focusedWindow() == m_editor; }));
 }
 
 TEST_F(DisplayPersonTest, scrollsALongTextWithTheKeyboard)
 {
-    writeConfiguration({{"focusKey", "Ctrl+Alt+N"}, {"reducedMotion", true}});
-    start();
-    const quint32 editor = m_server.openOtherWindow({0, 600, 200, 100});
+    startWithEditor();
     QString text;
     for (int line = 0; line < 200; ++line) {
         text += QStringLiteral("Line %1\n").arg(line);
     }
     show("Door", Priority::Urgent, 0, text);
     ASSERT_TRUE(waitForLook(Priority::Urgent));
-    m_server.press({keyControl, keyAlt, keyN});
-    ASSERT_TRUE(waitFor([&] { return m_server.focusedWindow() != editor; }));
+    giveTheMessageTheKeyboard();
     const QRect numbers(s_leftOfCorner + 20, 300, 200, 200);
     const QImage before = m_server.picture().copy(numbers);
     m_server.press({keyDown});
@@ -132,25 +149,42 @@ TEST_F(DisplayPersonTest, scrollsALongTextWithTheKeyboard)
         [&](const QImage &picture) { return picture.copy(numbers) == before; }));
 }
 
+TEST_F(DisplayPersonTest, reachesTheLastOfManyButtonsOnASmallScreen)
+{
+    writeConfiguration({{"focusKey", "Ctrl+Alt+N"}, {"textSize", 80}});
+    start();
+    QStringList arguments{"-u", "critical"};
+    for (const char *name : {"Alpha", "Beta", "Gamma", "Delta", "Last"}) {
+        arguments << "-A" << QStringLiteral("%1=%1").arg(name);
+    }
+    m_notifier.setEnvironment("DBUS_SESSION_BUS_ADDRESS", m_bus.address());
+    m_notifier.start(arguments << "Menu");
+    waitForWindow();
+    waitUntilArmed();
+    const QRect place = waitForWindow();
+    EXPECT_LE(place.bottom(), 800 - s_margin);
+    m_editor = m_server.openOtherWindow({0, 600, 200, 100});
+    giveTheMessageTheKeyboard();
+    for (int i = 0; i < 6; ++i) { // Close, then the five
+        m_server.press({keyTab});
+    }
+    // The last button is on the screen: the lower part of the card is its own.
+    m_server.click(place.bottomLeft() + QPoint(200, -100));
+    EXPECT_EQ(m_notifier.waitForExit(), 0);
+    EXPECT_EQ(m_notifier.output(), "Last\n");
+}
+
 TEST_F(DisplayPersonTest, pressesAButtonWithTheKeyboardOnly)
 {
-    writeConfiguration({{"focusKey", "Ctrl+Alt+N"}});
-    start();
-    const quint32 editor = m_server.openOtherWindow({0, 600, 200, 100});
-    Program notifier("notify-send");
-    notifier.setEnvironment("DBUS_SESSION_BUS_ADDRESS", m_bus.address());
-    notifier.start(
-        {"-u", "critical", "-A", "open=Open", "-A", "wait=Wait", "Doorbell", "Somebody"});
-    ASSERT_TRUE(waitForLook(Priority::Urgent));
-    waitUntilArmed();
-    m_server.press({keyControl, keyAlt, keyN});
-    ASSERT_TRUE(waitFor([&] { return m_server.focusedWindow() != editor; }));
+    startWithEditor();
+    ask();
+    giveTheMessageTheKeyboard();
     // Close, Open, Wait
     m_server.press({keyTab});
     m_server.press({keyTab});
     m_server.press({keyTab});
     m_server.press({keyReturn});
-    EXPECT_EQ(notifier.waitForExit(), 0);
-    EXPECT_EQ(notifier.output(), "wait\n");
+    EXPECT_EQ(m_notifier.waitForExit(), 0);
+    EXPECT_EQ(m_notifier.output(), "wait\n");
 }
 } // namespace

@@ -74,7 +74,10 @@ TEST_F(DisplayScreenReaderTest, speaksToAReaderThatStartsLater)
     // The program learns of a new reader only while a message is already on its way.
     EXPECT_TRUE(waitFor(
         [this] {
-            m_messages.close(show("Alarm", Priority::Urgent, 0, "The cellar"));
+            const uint alarm = show("Alarm", Priority::Urgent, 0, "The cellar");
+            EXPECT_TRUE(waitForLook(Priority::Urgent));
+            m_messages.close(alarm);
+            EXPECT_TRUE(waitForNoWindow());
             return m_reader.output().find("notification: Alarm: The cellar\n") != std::string::npos;
         },
         std::chrono::seconds(20)));

@@ -5,6 +5,9 @@
 
 #include <core/records/rows.h>
 
+#include <QCoreApplication>
+#include <QTranslator>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -55,6 +58,24 @@ TEST(DisplayMessageRowsTest, aNodeWithoutRowsHasItsTitle)
 {
     EXPECT_EQ(messageFromRows("Door", {}).title, "Door");
     EXPECT_EQ(messageFromRows("Door", {QVariant("/a/path"), 7, QVariant()}).text, QString());
+}
+
+TEST(DisplayMessageRowsTest, translatesTheTitleThatTheHostGives)
+{
+    class German : public QTranslator
+    {
+    public:
+        bool isEmpty() const override { return false; }
+        QString translate(const char * /*context*/, const char *source,
+                          const char * /*disambiguation*/, int /*n*/) const override
+        {
+            return source == QLatin1String("Message") ? QStringLiteral("Nachricht") : QString();
+        }
+    };
+    EXPECT_EQ(messageFromRows("Message", {}).title, "Message");
+    German german;
+    QCoreApplication::installTranslator(&german);
+    EXPECT_EQ(messageFromRows("Message", {}).title, "Nachricht");
 }
 
 TEST(DisplayMessageRowsTest, limitsTheButtons)
