@@ -175,7 +175,12 @@ public:
                 takeOne();
             }
         }
-        return {m_text, m_emphasis.markupOf(m_text)};
+        BodyText body{m_text, m_emphasis.markupOf(m_text)};
+        // Both are stored, and tags may have taken most of the room.
+        m_text.clear();
+        body.text.squeeze();
+        body.markup.squeeze();
+        return body;
     }
 
 private:

@@ -305,6 +305,16 @@ TEST(PlainTextTest, NeverMakesATextLongerNorKeepsControlCharacters)
     }));
 }
 
+TEST(PlainTextTest, TakesNoRoomForWhatIsRemoved)
+{
+    constexpr int tags = 10000;
+    constexpr int room = 100;
+    const BodyText body = readBody("<i>text</i>"_s + QString("<b>"_s).repeated(tags));
+    EXPECT_EQ(body.markup, "<i>text</i>"_s);
+    EXPECT_LT(body.text.capacity(), room);
+    EXPECT_LT(body.markup.capacity(), room);
+}
+
 TEST(PlainLineTest, MakesOneLineOfSeveral)
 {
     EXPECT_EQ(plainLine("one\r\ntwo\tthree\n"_s), "one two three "_s);
