@@ -35,6 +35,11 @@ need_value() {
     (($# > 1)) || usage_error "$1 needs a value"
 }
 
+# The version in CMakeLists.txt.
+project_version() {
+    sed -nE 's/^project\(tavo VERSION ([0-9.]+) .*/\1/p' "$TAVO_ROOT/CMakeLists.txt"
+}
+
 run_setup() {
     "$TAVO_ROOT/scripts/setup" --quiet
 }
