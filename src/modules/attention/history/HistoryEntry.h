@@ -7,6 +7,8 @@
 #include <QString>
 #include <QVector>
 
+#include <chrono>
+
 /// One notification in the history.
 struct HistoryEntry
 {
@@ -73,4 +75,6 @@ struct HistorySettings
     int maxEntries = 10000;
     int maxDays = 30;
     qint64 maxBytes = qint64(32) << 20; ///< about the size of the file
+    std::chrono::milliseconds betweenTries =
+        std::chrono::seconds(30); ///< after a failure; tests shorten it
 };

@@ -50,7 +50,8 @@ void checkOwner(qint64 mark, qint64 version)
 {
     if (mark != fileMark) {
         throw HistoryError(HistoryError::Kind::Unusable,
-                           QStringLiteral("it was made by another program"));
+                           QStringLiteral("it was made by another program; move it away, "
+                                          "or give the history another file"));
     }
     if (version > fileVersion) {
         throw HistoryError(HistoryError::Kind::Unusable,
@@ -171,7 +172,11 @@ HistoryFile::~HistoryFile() = default;
 
 qint64 HistoryFile::lastNumber()
 {
-    return m_database.number("SELECT max(number) FROM entries");
+    const qint64 last = m_database.number("SELECT max(number) FROM entries");
+    if (last < 0 || last > maxNumber) {
+        throw HistoryError(HistoryError::Kind::Damaged, QStringLiteral("its numbers are wrong"));
+    }
+    return last;
 }
 
 qint64 HistoryFile::numberInFile(qint64 number) const
@@ -264,25 +269,23 @@ void HistoryFile::removeOldest()
 {
     const qint64 oldest = QDateTime::currentMSecsSinceEpoch() - m_settings.maxDays * msPerDay;
     qint64 last = 0;
-    qint64 left = 0;
     {
-        SqliteRows rows(m_statements->oldest, maxRemoved + 1);
-        while (rows.next()) {
-            left = rows.number(0);
-            if (!isOverLimit() && rows.number(1) >= oldest) {
-                break;
-            }
+        SqliteRows rows(m_statements->oldest, maxRemoved);
+        while (rows.next() && (isOverLimit() || rows.number(1) < oldest)) {
             HistoryEntry entry;
             entry.state = HistoryEntry::State(rows.number(3));
             --m_totals.entries;
             m_totals.bytes -= rows.number(2);
             m_totals.missed -= entry.isMissed();
-            last = left;
+            last = rows.number(0);
         }
     }
-    if (last != 0) {
+    if (last == 0) {
+        // Nothing is left to remove, so nothing may be counted either, even in a damaged file.
+        m_totals = isOverLimit() ? Totals{} : m_totals;
+    } else {
         m_statements->remove.run(last);
-        m_index->removeBefore(left);
+        m_index->removeBefore(last + 1);
         if (m_database.number("PRAGMA freelist_count") > maxFreePages) {
             m_database.execute("PRAGMA incremental_vacuum(64)");
         }
@@ -392,7 +395,7 @@ HistoryEntry HistoryFile::entryOf(const SqliteRows &rows) const
 {
     int column = 0;
     HistoryEntry entry;
-    entry.number = rows.number(column++) - m_shift;
+    entry.number = qBound(-maxNumber, rows.number(column++), maxNumber) - m_shift;
     entry.id = rows.string(column++);
     entry.time = rows.number(column++);
     entry.source = rows.string(column++);

@@ -51,9 +51,6 @@ public:
     /// Whether there is something for HistoryLeftEnd to end.
     bool hasLeft();
 
-    /// Closing changes nothing in the file.
-    void leaveAsIs() { m_database.leaveAsIs(); }
-
 private:
     struct Statements;
     class PageReader;

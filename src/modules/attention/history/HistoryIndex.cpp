@@ -39,7 +39,8 @@ bool hasWord(const QString &text)
 
 HistoryIndex::HistoryIndex(Sqlite &database)
     : m_database(database)
-    , m_blocks(database, "SELECT number FROM blocks WHERE number <= ? ORDER BY number DESC")
+    , m_blocks(database,
+               "SELECT number FROM blocks WHERE number BETWEEN 0 AND ? ORDER BY number DESC")
     , m_oldest(database, "SELECT number FROM blocks WHERE number < ? ORDER BY number LIMIT 1")
     , m_remove(database, "DELETE FROM blocks WHERE number = ?")
 {

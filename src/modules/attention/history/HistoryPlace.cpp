@@ -95,13 +95,9 @@ void HistoryPlace::lock()
 
 QString HistoryPlace::putAside()
 {
-    const QString base = m_file + QLatin1String(asideMark);
-    const QString time =
-        QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss"));
-    QString name = base + time;
-    for (int i = 2; QFileInfo::exists(name); ++i) {
-        name = QStringLiteral("%1%2-%3").arg(base, time).arg(i);
-    }
+    const QString name =
+        m_file + QLatin1String(asideMark) +
+        QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss-zzz"));
     for (const char *ending : endings) {
         const QByteArray from = QFile::encodeName(m_file + QLatin1String(ending));
         const QByteArray to = QFile::encodeName(name + QLatin1String(ending));

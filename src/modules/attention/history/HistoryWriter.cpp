@@ -5,12 +5,18 @@
 
 #include <QDateTime>
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace {
-constexpr std::chrono::seconds betweenTries(30);
 constexpr std::chrono::milliseconds betweenRemovals(250); // of what is over the limits
 const QString inMemory = QStringLiteral(":memory:");
+
+bool isLong(const HistoryQuery &query)
+{
+    return !query.text.isEmpty() || !query.source.isEmpty();
+}
 } // namespace
 
 HistoryWriter::HistoryWriter(const HistorySettings &settings, HistoryQueue &queue)
@@ -37,34 +43,50 @@ void HistoryWriter::run()
     open();
     bool isStopping = false;
     while (!isStopping) {
-        // What has failed is not tried again before there is something to write.
-        const bool isIdle = m_hasFailed && m_uncommitted.empty();
-        HistoryQueue::Work work = m_queue.wait(isIdle ? std::nullopt : m_nextRound);
+        HistoryQueue::Work work = m_queue.wait(nextRound());
         isStopping = work.isStopping;
         doRound(std::move(work));
     }
     m_file.reset();
 }
 
+std::optional<HistoryWriter::Clock::time_point> HistoryWriter::nextRound() const
+{
+    if (!m_requests.empty()) {
+        return Clock::now();
+    }
+    // What has failed is not tried again before there is something to write.
+    const bool isIdle = m_hasFailed && m_uncommitted.empty();
+    return isIdle ? std::nullopt : m_nextRound;
+}
+
 void HistoryWriter::doRound(HistoryQueue::Work work)
 {
     takeOver(work);
-    const bool isTry = !m_hasFailed || work.isStopping || Clock::now() >= *m_nextRound;
-    if (m_file && m_hasFailed && isTry) {
+    const bool isTry =
+        !m_hasFailed || work.isStopping || !m_nextRound || Clock::now() >= *m_nextRound;
+    if (m_hasFailed && isTry) {
         m_file.reset();
         open();
     }
     applyAll();
-    read(work.requests, false);
-    // A search takes so long that nothing is to wait for it.
+    // One page in each round, so that the next entries need not wait for all of them. A search may take
+    // long, and so follows the writing.
+    const bool isSearch = !m_requests.empty() && isLong(m_requests.front().query);
+    if (!isSearch) {
+        readPage();
+    }
     if (isTry) {
         commit();
     }
-    read(work.requests, true);
+    if (isSearch) {
+        readPage();
+    }
 }
 
 void HistoryWriter::takeOver(HistoryQueue::Work &work)
 {
+    std::move(work.requests.begin(), work.requests.end(), std::back_inserter(m_requests));
     if (!m_file) {
         return;
     }
@@ -144,7 +166,7 @@ bool HistoryWriter::mend(const HistoryError &error)
         return false;
     }
     const Clock::time_point now = Clock::now();
-    const bool mayPutAside = !m_putAside || now - *m_putAside > betweenTries;
+    const bool mayPutAside = !m_putAside || now - *m_putAside > m_settings.betweenTries;
     if (error.kind() == HistoryError::Kind::Damaged && mayPutAside && !m_isInMemory) {
         try {
             const QString name = m_place.putAside();
@@ -184,6 +206,8 @@ void HistoryWriter::refuse(const HistoryError &error)
 {
     m_refusal = QStringLiteral("%1 is not used: %2").arg(m_place.file(), error.reason());
     m_uncommitted.clear();
+    m_uncommittedBytes = 0;
+    m_lost = 0;
     m_nextRound.reset();
     m_hasFailed = false;
     Q_EMIT failed(m_refusal);
@@ -191,7 +215,7 @@ void HistoryWriter::refuse(const HistoryError &error)
 
 void HistoryWriter::fail(const HistoryError &error)
 {
-    m_nextRound = Clock::now() + betweenTries;
+    m_nextRound = Clock::now() + m_settings.betweenTries;
     if (!m_hasFailed) {
         m_hasFailed = true;
         Q_EMIT failed(
@@ -246,16 +270,17 @@ void HistoryWriter::commit()
     reportMissed();
 }
 
-void HistoryWriter::read(const Requests &requests, bool isSearch)
+void HistoryWriter::readPage()
 {
-    for (const HistoryQueue::Request &request : requests) {
-        if (request.query.text.isEmpty() != isSearch) {
-            // The receiver is called in the thread of the history's owner.
-            QMetaObject::invokeMethod(
-                this, [receiver = request.receiver, page = page(request.query)] { receiver(page); },
-                Qt::QueuedConnection);
-        }
+    if (m_requests.empty()) {
+        return;
     }
+    const HistoryQueue::Request request = std::move(m_requests.front());
+    m_requests.pop_front();
+    // The receiver is called in the thread of the history's owner.
+    QMetaObject::invokeMethod(
+        this, [receiver = request.receiver, page = page(request.query)] { receiver(page); },
+        Qt::QueuedConnection);
 }
 
 Result<HistoryPage> HistoryWriter::page(const HistoryQuery &query)

@@ -41,9 +41,9 @@ Q_SIGNALS:
 
 private:
     using Clock = HistoryQueue::Clock;
-    using Requests = std::vector<HistoryQueue::Request>;
 
     void run();
+    std::optional<Clock::time_point> nextRound() const;
     void doRound(HistoryQueue::Work work);
     void takeOver(HistoryQueue::Work &work);
     void applyAll();
@@ -64,8 +64,7 @@ private:
     void fail(const HistoryError &error);
     void refuse(const HistoryError &error);
 
-    /// Reads the pages for searches, or for the other requests.
-    void read(const Requests &requests, bool isSearch);
+    void readPage();
     Result<HistoryPage> page(const HistoryQuery &query);
     void reportMissed();
 
@@ -82,6 +81,7 @@ private:
     std::deque<HistoryStep> m_uncommitted;
     std::size_t m_uncommittedBytes = 0;
     std::size_t m_applied = 0; ///< of m_uncommitted
+    std::deque<HistoryQueue::Request> m_requests;
     bool m_hasFailed = false;
     int m_lost = 0;
     int m_missed = 0;                             ///< last reported

@@ -10,7 +10,7 @@
 #include <sqlite3.h>
 
 namespace {
-constexpr int busyTimeoutMs = 2000;
+constexpr int busyTimeoutMs = 1000;    // somebody may be looking at the file
 constexpr int maxValueBytes = 1 << 20; // a damaged file could claim any size
 
 HistoryError::Kind kindOf(int code)
@@ -23,8 +23,6 @@ HistoryError::Kind kindOf(int code)
     case SQLITE_TOOBIG:
     case SQLITE_ERROR: // it has other tables than ours
         return HistoryError::Kind::Damaged;
-    case SQLITE_BUSY:
-        return HistoryError::Kind::Unusable;
     default:
         return HistoryError::Kind::Failed;
     }
@@ -33,6 +31,10 @@ HistoryError::Kind kindOf(int code)
 
 Sqlite::Sqlite(const QString &file)
 {
+    if (!sqlite3_compileoption_used("ENABLE_FTS5")) {
+        throw HistoryError(HistoryError::Kind::Unusable,
+                           QStringLiteral("this build of SQLite has no FTS5"));
+    }
     sqlite3 *handle = nullptr;
     const int code = sqlite3_open_v2(QFile::encodeName(file).constData(), &handle,
                                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE |
@@ -78,11 +80,6 @@ qint64 Sqlite::changedRows() const
 bool Sqlite::isInTransaction() const
 {
     return sqlite3_get_autocommit(handle()) == 0;
-}
-
-void Sqlite::leaveAsIs()
-{
-    check(sqlite3_db_config(handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr));
 }
 
 void Sqlite::check(int code) const

@@ -32,9 +32,6 @@ public:
 
     bool isInTransaction() const;
 
-    /// Closing writes nothing to the file: its log stays beside it.
-    void leaveAsIs();
-
     sqlite3 *handle() const { return m_handle.get(); }
 
     /// Throws if the code is an error.

@@ -1,0 +1,234 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "HistoryTest.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <gmock/gmock.h>
+
+#include <csignal>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+namespace {
+/// Lets no file of this process grow, as on a full disk.
+class FullDisk
+{
+public:
+    FullDisk()
+    {
+        getrlimit(RLIMIT_FSIZE, &m_old);
+        rlimit limit = m_old;
+        limit.rlim_cur = 1;
+        m_oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FullDisk()
+    {
+        setrlimit(RLIMIT_FSIZE, &m_old);
+        std::signal(SIGXFSZ, m_oldHandler);
+    }
+    Q_DISABLE_COPY_MOVE(FullDisk)
+
+private:
+    rlimit m_old{};
+    void (*m_oldHandler)(int) = SIG_DFL;
+};
+
+class FailuresTest : public HistoryTest
+{
+protected:
+    FailuresTest() { settings.betweenTries = std::chrono::milliseconds(50); }
+
+    QString reason() const
+    {
+        return failed->isEmpty() ? QString() : failed->first().first().toString();
+    }
+
+    void useFolderThatIsAFile()
+    {
+        QFile file(folder.filePath("state"_s));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        settings.file = folder.filePath("state/history.db"_s);
+    }
+
+    void makeRoomForFolder() { ASSERT_TRUE(QFile::remove(folder.filePath("state"_s))); }
+
+    bool waitForEvents(const QSignalSpy &spy, int count)
+    {
+        return waitFor([&] { return spy.size() >= count; }, std::chrono::seconds(20));
+    }
+};
+} // namespace
+
+TEST_F(FailuresTest, OnAFullDiskItGoesOnInMemoryAndLosesNothingWhenThereIsRoomAgain)
+{
+    start();
+    history->add(entry("Before"_s));
+    EXPECT_THAT(titles(), ElementsAre("Before"_s));
+    {
+        const FullDisk fullDisk;
+        HistoryEntry silenced = entry("While full"_s);
+        silenced.state = State::Silenced;
+        history->add(silenced);
+        EXPECT_TRUE(waitForEvents(*failed, 1));
+        EXPECT_THAT(titles(), ElementsAre("While full"_s, "Before"_s));
+        EXPECT_THAT(search("while"_s), ElementsAre("While full"_s));
+        EXPECT_EQ(history->missed(), 1);
+    }
+    EXPECT_TRUE(waitForEvents(*recovered, 1));
+    EXPECT_EQ(recovered->first().first().toInt(), 0);
+    EXPECT_THAT(*failed, SizeIs(1));
+    start();
+
+    EXPECT_THAT(titles(), ElementsAre("While full"_s, "Before"_s));
+    EXPECT_TRUE(waitFor([&] { return history->missed() == 1; }));
+    EXPECT_THAT(*failed, IsEmpty());
+    EXPECT_THAT(*damaged, IsEmpty());
+}
+
+TEST_F(FailuresTest, AFailureIsSaidOnceHoweverOftenItIsTried)
+{
+    useFolderThatIsAFile();
+    start();
+    for (int i = 0; i < 5; ++i) {
+        history->add(entry(QString::number(i)));
+        waitFor([] { return false; }, std::chrono::milliseconds(60));
+    }
+    EXPECT_THAT(titles(), SizeIs(5));
+    EXPECT_THAT(*failed, SizeIs(1));
+    EXPECT_TRUE(reason().contains(settings.file)) << reason().toStdString();
+}
+
+TEST_F(FailuresTest, AFileThatCanNotBeOpenedIsReplacedByMemoryUntilItCan)
+{
+    useFolderThatIsAFile();
+    start();
+    HistoryEntry silenced = entry("One"_s);
+    silenced.state = State::Silenced;
+    const qint64 number = history->add(silenced);
+    history->add(entry("Two"_s));
+    EXPECT_THAT(titles(), ElementsAre("Two"_s, "One"_s));
+    EXPECT_TRUE(waitFor([&] { return history->missed() == 1; }));
+    history->markSeen(number);
+    EXPECT_TRUE(waitFor([&] { return history->missed() == 0; }));
+    EXPECT_TRUE(waitForEvents(*failed, 1));
+
+    makeRoomForFolder();
+    EXPECT_TRUE(waitForEvents(*recovered, 1));
+    history->change(number, State::Dismissed, {}, 7);
+    start();
+    const HistoryPage read = page();
+    ASSERT_THAT(titles(read), ElementsAre("Two"_s, "One"_s));
+    EXPECT_EQ(read.entries[1].state, State::Dismissed);
+}
+
+TEST_F(FailuresTest, WhatWaitsIsBoundedAndTheOldestIsLostAndCounted)
+{
+    constexpr int count = 10000;
+    useFolderThatIsAFile();
+    start();
+    const QString text(1000, QLatin1Char('x'));
+    for (int i = 0; i < count; ++i) {
+        history->add(entry(QString::number(i), text));
+    }
+    makeRoomForFolder();
+    ASSERT_TRUE(waitForEvents(*recovered, 1));
+    const int lost = recovered->first().first().toInt();
+    EXPECT_GT(lost, count / 2);
+    EXPECT_LT(lost, count);
+
+    QStringList read;
+    HistoryQuery query;
+    query.limit = HistoryQuery::maxLimit;
+    do {
+        const HistoryPage page = this->page(query);
+        read += titles(page);
+        query.before = page.next;
+    } while (query.before != 0);
+    EXPECT_EQ(read.size(), count - lost);
+    EXPECT_EQ(read.first(), QString::number(count - 1));
+    EXPECT_EQ(read.last(), QString::number(lost));
+}
+
+TEST_F(FailuresTest, WhatIsWaitingAtTheEndIsWritten)
+{
+    useFolderThatIsAFile();
+    settings.betweenTries = std::chrono::hours(1);
+    start();
+    history->add(entry("One"_s));
+    EXPECT_TRUE(waitForEvents(*failed, 1));
+    makeRoomForFolder();
+    start();
+    EXPECT_THAT(titles(), ElementsAre("One"_s));
+}
+
+TEST_F(FailuresTest, ASecondHistoryOnTheFileSaysSoAndRemembersNothing)
+{
+    start();
+    history->add(entry("First"_s));
+    EXPECT_THAT(titles(), ElementsAre("First"_s));
+    {
+        History second(settings);
+        QSignalSpy secondFailed(&second, &History::failed);
+        second.add(entry("Second"_s));
+        ASSERT_TRUE(waitForEvents(secondFailed, 1));
+        EXPECT_TRUE(secondFailed.first().first().toString().contains("another process"_s));
+        std::optional<Result<HistoryPage>> result;
+        second.page({}, [&](const Result<HistoryPage> &page) { result = page; });
+        ASSERT_TRUE(waitFor([&] { return result.has_value(); }));
+        EXPECT_TRUE(std::holds_alternative<Failure>(*result));
+        EXPECT_THAT(secondFailed, SizeIs(1));
+    }
+    start();
+    EXPECT_THAT(titles(), ElementsAre("First"_s));
+}
+
+TEST_F(FailuresTest, AFifoIsNotUsedAndNothingWaitsForIt)
+{
+    ASSERT_EQ(::mkfifo(QFile::encodeName(settings.file).constData(), 0600), 0);
+    start();
+    history->add(entry("One"_s));
+    EXPECT_TRUE(waitForEvents(*failed, 1));
+    EXPECT_TRUE(reason().contains("not a regular file"_s));
+}
+
+TEST_F(FailuresTest, WithoutAFileNothingIsRemembered)
+{
+    settings.file.clear();
+    start();
+    EXPECT_EQ(history->add(entry("One"_s)), 0);
+    history->change(0, State::Seen, {}, 1);
+    history->markSeen(1);
+    EXPECT_TRUE(std::holds_alternative<Failure>(answer({})));
+    EXPECT_THAT(*failed, IsEmpty());
+}
+
+TEST_F(FailuresTest, OnlyTheUserCanReadTheFolderAndItsFiles)
+{
+    settings.file = folder.filePath("state/history.db"_s);
+    const mode_t old = ::umask(0);
+    start();
+    history->add(entry("One"_s));
+    EXPECT_THAT(titles(), SizeIs(1));
+    ::umask(old);
+    const QDir state(folder.filePath("state"_s));
+    struct stat status
+    {
+    };
+    ASSERT_EQ(::stat(QFile::encodeName(state.path()).constData(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0700U);
+    const QStringList names = state.entryList(QDir::Files);
+    EXPECT_THAT(names, Contains("history.db"_s));
+    for (const QString &name : names) {
+        ASSERT_EQ(::stat(QFile::encodeName(state.filePath(name)).constData(), &status), 0);
+        EXPECT_EQ(status.st_mode & 0777, 0600U) << name.toStdString();
+    }
+}

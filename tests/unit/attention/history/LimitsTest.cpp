@@ -1,0 +1,136 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "HistoryTest.h"
+
+#include <QFileInfo>
+
+#include <gmock/gmock.h>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Le;
+using testing::SizeIs;
+
+namespace {
+constexpr qint64 msPerDay = 86'400'000;
+
+class LimitsTest : public HistoryTest
+{
+protected:
+    void add(int count)
+    {
+        for (int i = 0; i < count; ++i) {
+            history->add(entry(QString::number(m_next++), "text"_s));
+        }
+    }
+
+    HistoryPage newest()
+    {
+        HistoryQuery query;
+        query.limit = HistoryQuery::maxLimit;
+        return page(query);
+    }
+
+private:
+    int m_next = 0;
+};
+} // namespace
+
+TEST_F(LimitsTest, TheOldestEntriesGoFirst)
+{
+    settings.maxEntries = 3;
+    start();
+    add(5);
+    start();
+    EXPECT_THAT(titles(), ElementsAre("4"_s, "3"_s, "2"_s));
+    EXPECT_THAT(search("text"_s), ElementsAre("4"_s, "3"_s, "2"_s));
+}
+
+TEST_F(LimitsTest, ALowerLimitIsReachedWithoutNewEntries)
+{
+    start();
+    add(150);
+    settings.maxEntries = 1;
+    start();
+    add(1);
+    EXPECT_TRUE(waitFor([&] { return titles().size() == 1; }));
+}
+
+TEST_F(LimitsTest, OldEntriesGoWhenAnotherComes)
+{
+    settings.maxDays = 2;
+    start();
+    HistoryEntry old = entry("Old"_s);
+    old.time -= 3 * msPerDay;
+    HistoryEntry recent = entry("Recent"_s);
+    recent.time -= msPerDay;
+    history->add(old);
+    history->add(recent);
+    start();
+    EXPECT_THAT(titles(), ElementsAre("Recent"_s));
+}
+
+TEST_F(LimitsTest, EntriesKeepTheirOrderWhenTheClockJumps)
+{
+    start();
+    for (const qint64 days : {0, 300, -10, 20, 0}) {
+        HistoryEntry jumped = entry(QString::number(days));
+        jumped.time += days * msPerDay;
+        history->add(jumped);
+    }
+    start();
+    EXPECT_THAT(titles(), ElementsAre("0"_s, "20"_s, "-10"_s, "300"_s, "0"_s));
+}
+
+TEST_F(LimitsTest, TheFileStaysAboutAsLargeAsItMay)
+{
+    settings.maxBytes = 300'000;
+    start();
+    for (int i = 0; i < 60; ++i) {
+        history->add(entry(QString::number(i), QString("word%1 "_s).arg(i).repeated(500)));
+    }
+    EXPECT_TRUE(waitFor([&] { return newest().entries.size() < 50; }));
+    EXPECT_EQ(newest().entries.first().title, "59"_s);
+    history.reset();
+    EXPECT_THAT(QFileInfo(settings.file).size(), Le(2 * settings.maxBytes));
+}
+
+TEST_F(LimitsTest, LongTextsAreCutBetweenCharacters)
+{
+    constexpr int mebi = 1 << 20;
+    const QString bell = "\U0001F514"_s;
+    HistoryEntry added = entry("x"_s + bell.repeated(mebi), bell.repeated(mebi));
+    added.source = QString(mebi, QLatin1Char('s'));
+    added.id = QString(mebi, QLatin1Char('i'));
+    start();
+    const qint64 number = history->add(added);
+    history->change(number, State::ActedOn, QString(mebi, QLatin1Char('a')), 1);
+    const HistoryPage read = page();
+    ASSERT_THAT(read.entries, SizeIs(1));
+    EXPECT_EQ(read.entries[0].title, "x"_s + bell.repeated(499));
+    EXPECT_EQ(read.entries[0].text, bell.repeated(2000));
+    EXPECT_EQ(read.entries[0].source.size(), 256);
+    EXPECT_EQ(read.entries[0].id.size(), 256);
+    EXPECT_EQ(read.entries[0].action.size(), 256);
+}
+
+TEST_F(LimitsTest, PrivateEntriesLeaveNoText)
+{
+    HistoryEntry added = entry("Secret title"_s, "Secret text"_s);
+    added.id = "7"_s;
+    added.isPrivate = true;
+    start();
+    history->add(added);
+    const HistoryPage read = page();
+    ASSERT_THAT(read.entries, SizeIs(1));
+    EXPECT_TRUE(read.entries[0].isPrivate);
+    EXPECT_EQ(read.entries[0].title, ""_s);
+    EXPECT_EQ(read.entries[0].text, ""_s);
+    EXPECT_THAT(search("secret"_s), IsEmpty());
+    EXPECT_THAT(search("mail"_s), SizeIs(1));
+    history.reset();
+    QFile file(settings.file);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_FALSE(file.readAll().contains("Secret"));
+}
