@@ -9,10 +9,21 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
+
 /// A screen reader and the accessibility bus of a desktop. It speaks to its standard output.
 class ScreenReader
 {
 public:
+    /// Ends the accessibility bus too, which a launcher that is killed leaves behind.
+    ~ScreenReader()
+    {
+        if (m_launcher.isRunning()) {
+            m_launcher.sendSignal(SIGTERM);
+            m_launcher.waitForExit();
+        }
+    }
+
     /// For programs of this environment. Returns when the reader listens. Presses this button of each
     /// message, as soon as it may be pressed.
     void start(const std::function<void(Program &)> &prepare, const QString &bus,
