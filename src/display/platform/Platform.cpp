@@ -95,6 +95,7 @@ Result<QString> choosePlatform(DisplayConfiguration::Renderer renderer)
         setDefault("QT_WAYLAND_CLIENT_BUFFER_INTEGRATION", "none");
     }
     setDefault("QT_WAYLAND_DISABLE_WINDOWDECORATION", "1");
+    qputenv("QT_IM_MODULE", "none"); // Nothing is typed.
     // Otherwise Qt does not notice a screen reader that starts later.
     setDefault("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
     return QString::fromLocal8Bit(platform + ' ' +
