@@ -98,10 +98,10 @@ void HistoryIndex::rolledBack()
 QString HistoryIndex::expression(const HistoryQuery &query)
 {
     QStringList parts;
-    if (!query.text.isEmpty()) {
+    const QStringList all =
+        query.text.left(maxSearchLength).simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    if (!all.isEmpty()) {
         QString words;
-        const QStringList all =
-            query.text.left(maxSearchLength).simplified().split(QLatin1Char(' '));
         for (const QString &word : all.mid(0, maxSearchWords)) {
             words += quoted(word) + QLatin1String("* ");
         }

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
+#include "FullDisk.h"
 #include "HistoryTest.h"
 
 #include <QDir>
@@ -8,8 +9,6 @@
 
 #include <gmock/gmock.h>
 
-#include <csignal>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 using testing::Contains;
@@ -18,30 +17,6 @@ using testing::IsEmpty;
 using testing::SizeIs;
 
 namespace {
-/// Lets no file of this process grow, as on a full disk.
-class FullDisk
-{
-public:
-    FullDisk()
-    {
-        getrlimit(RLIMIT_FSIZE, &m_old);
-        rlimit limit = m_old;
-        limit.rlim_cur = 1;
-        m_oldHandler = std::signal(SIGXFSZ, SIG_IGN);
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FullDisk()
-    {
-        setrlimit(RLIMIT_FSIZE, &m_old);
-        std::signal(SIGXFSZ, m_oldHandler);
-    }
-    Q_DISABLE_COPY_MOVE(FullDisk)
-
-private:
-    rlimit m_old{};
-    void (*m_oldHandler)(int) = SIG_DFL;
-};
-
 class FailuresTest : public HistoryTest
 {
 protected:

@@ -107,6 +107,7 @@ TEST_F(HistoryTest, ASearchFindsEntriesWithAWordForEachBeginning)
     EXPECT_THAT(search("mail full"_s), ElementsAre("Backup failed"_s));
     EXPECT_THAT(search("CAFE offnet"_s), ElementsAre("Café"_s));
     EXPECT_THAT(search("ackup"_s), IsEmpty());
+    EXPECT_THAT(search(" "_s), SizeIs(3));
 }
 
 TEST_F(HistoryTest, MissedIsWhatExpiredOrWasSilencedUntilItIsMarkedAsSeen)
@@ -133,4 +134,75 @@ TEST_F(HistoryTest, MissedIsWhatExpiredOrWasSilencedUntilItIsMarkedAsSeen)
     history->markSeen(shown);
     EXPECT_THAT(titles(query), IsEmpty());
     EXPECT_TRUE(waitFor([&] { return history->missed() == 0; }));
+}
+
+TEST_F(HistoryTest, ASearchTakesAnyText)
+{
+    start();
+    history->add(entry("It's \"quoted\" (twice) AND near"_s));
+    for (const char *text : {"\"", "\"quoted", "(", "AND", "it's AND", "NEAR(", "*", "-", "title:",
+                             "{", "\xEF\xBF\xBF", "''", "quoted\"\" twice", "^it", "+near"}) {
+        HistoryQuery query;
+        query.text = QString::fromUtf8(text);
+        query.source = query.text;
+        page(query);
+        query.source.clear();
+        page(query);
+    }
+    HistoryQuery query;
+    query.text = "a"_s + QChar(0) + "\""_s + QChar(0xD800) + " b"_s.repeated(10000);
+    page(query);
+    EXPECT_THAT(search("quoted twice"_s), SizeIs(1));
+    EXPECT_THAT(search("(TWICE"_s), SizeIs(1));
+    EXPECT_THAT(*damaged, IsEmpty());
+    EXPECT_THAT(*failed, IsEmpty());
+}
+
+TEST_F(HistoryTest, APageIsOfOneSourceIfThatIsWanted)
+{
+    start();
+    for (const char *source :
+         {"org.example.mail", "org.example.mail.other", "org.example", "\u00fc", "..."}) {
+        HistoryEntry added = entry(source);
+        added.source = source;
+        history->add(added);
+    }
+    for (const char *source : {"org.example.mail", "org.example", "\u00fc", "..."}) {
+        HistoryQuery query;
+        query.source = source;
+        EXPECT_THAT(titles(query), ElementsAre(QString(source)));
+        query.text = query.source;
+        query.onlyMissed = true;
+        EXPECT_THAT(titles(query), IsEmpty());
+    }
+}
+
+TEST_F(HistoryTest, APageHasFromOneToTwoHundredEntries)
+{
+    start();
+    for (int i = 0; i < 250; ++i) {
+        history->add(entry(QString::number(i)));
+    }
+    HistoryQuery query;
+    query.limit = 1000;
+    EXPECT_THAT(titles(query), SizeIs(200));
+    query.limit = 0;
+    EXPECT_THAT(titles(query), SizeIs(1));
+    query.limit = -5;
+    query.before = std::numeric_limits<qint64>::min();
+    EXPECT_THAT(titles(query), ElementsAre("249"_s));
+    query.before = std::numeric_limits<qint64>::max();
+    EXPECT_THAT(titles(query), ElementsAre("249"_s));
+}
+
+TEST_F(HistoryTest, ASearchFindsWhatIsManyEntriesBack)
+{
+    constexpr int others = 9000;
+    start();
+    history->add(entry("needle"_s));
+    for (int i = 0; i < others; ++i) {
+        history->add(entry("hay"_s));
+    }
+    EXPECT_THAT(search("needle"_s), ElementsAre("needle"_s));
+    EXPECT_THAT(search("hay"_s), SizeIs(50));
 }
