@@ -69,6 +69,29 @@ TEST_F(FailuresTest, OnAFullDiskItGoesOnInMemoryAndLosesNothingWhenThereIsRoomAg
     EXPECT_THAT(*damaged, IsEmpty());
 }
 
+TEST_F(FailuresTest, WhatCouldNotBeWrittenIsAppliedOnceAgain)
+{
+    settings.betweenTries = std::chrono::hours(1);
+    start();
+    EXPECT_THAT(titles(), IsEmpty());
+    {
+        const FullDisk fullDisk;
+        HistoryEntry silenced = entry("While full"_s);
+        silenced.state = State::Silenced;
+        history->add(silenced);
+        EXPECT_TRUE(waitForEvents(*failed, 1));
+        EXPECT_THAT(search("while"_s), ElementsAre("While full"_s));
+        EXPECT_EQ(history->missed(), 1);
+        history->add(entry("Another"_s));
+        EXPECT_THAT(titles(), ElementsAre("Another"_s, "While full"_s));
+        EXPECT_EQ(history->missed(), 1);
+        EXPECT_THAT(*damaged, IsEmpty());
+    }
+    start();
+    EXPECT_THAT(titles(), ElementsAre("Another"_s, "While full"_s));
+    EXPECT_EQ(history->missed(), 1);
+}
+
 TEST_F(FailuresTest, AFailureIsSaidOnceHoweverOftenItIsTried)
 {
     useFolderThatIsAFile();
