@@ -31,9 +31,9 @@ make_root() {
             fail "mmdebstrap failed; is Debian's archive within reach?"
         archive=$new
     fi
-    tar -x -C "$root" -f "$archive"
+    tar -x -C "$root" --exclude='./dev/*' -f "$archive"
     mount -t proc proc "$root/proc"
-    mount --bind /dev "$root/dev"
+    mount --rbind /dev "$root/dev"
     cp -- /etc/resolv.conf "$root/etc/resolv.conf"
     # A program that the installation wants to start would outlive the test.
     printf '#!/bin/sh\nexit 101\n' >"$root/usr/sbin/policy-rc.d"

@@ -228,8 +228,9 @@ void DoctorCommand::on_display_ended()
     } else if (m_display.readAllStandardOutput().endsWith("\nrunning\n")) {
         add(State::Good, "screen", QStringLiteral("tavo-display shows the messages"));
     } else {
-        add(State::Notice, "screen", QStringLiteral("tavo-display does not run"),
-            QStringLiteral("start it: tavo-display"));
+        add(State::Notice, "screen", QStringLiteral("tavo-display does not run for this user"),
+            QStringLiteral("start it: tavo-display, or on a device: systemctl enable --now "
+                           "tavo-display"));
     }
     conclude();
 }
