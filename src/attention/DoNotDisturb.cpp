@@ -12,7 +12,6 @@ namespace {
 constexpr int maxRemembered = 256;
 
 constexpr int maxRepeatSeconds = 86400;
-constexpr int defaultRepeatSeconds = 180;
 constexpr int msOfSecond = 1000;
 
 DoNotDisturbSettings::Silence readSilence(TavoConfiguration &configuration)
@@ -45,7 +44,7 @@ DoNotDisturbSettings DoNotDisturbSettings::read(TavoConfiguration configuration,
         NamePatterns(configuration.stringList(QStringLiteral("passSources"), {}));
     settings.repeatMs =
         msOfSecond * configuration.integer(QStringLiteral("passRepeatedWithin"),
-                                           defaultRepeatSeconds, 0, maxRepeatSeconds);
+                                           settings.repeatMs / msOfSecond, 0, maxRepeatSeconds);
     settings.hasSummary = configuration.boolean(QStringLiteral("summary"), settings.hasSummary);
     configuration.finish();
     return settings;

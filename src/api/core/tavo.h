@@ -28,6 +28,7 @@
 #include "core/model/nodes/cmnodes.h"
 #include "core/model/nodes/cmnodesworker.h"
 #include "core/model/nodes/cmvaluenode.h"
+#include "core/records/attention.h"
 #include "core/records/cmpath.h"
 #include "core/records/enumerations.h"
 #include "core/records/notifications.h"

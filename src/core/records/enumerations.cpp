@@ -36,6 +36,18 @@ QString TavoNotificationDisplayEnd::toString(Enum value)
     return nameOf(value, {"Unknown", "Expired", "Cancelled", "Closed", "Overtaken"});
 }
 
+QString TavoAttentionEnd::toString(Enum value)
+{
+    return nameOf(value,
+                  {"Unknown", "Expired", "Closed", "Dismissed", "ActedOn", "Silenced", "Failed"});
+}
+
+QString TavoAttentionState::toString(Enum value)
+{
+    return nameOf(value, {"Unknown", "Shown", "Seen", "Dismissed", "ActedOn", "Expired", "Silenced",
+                          "Refused"});
+}
+
 QString TavoPowerManagerResources::toString(Enum value)
 {
     return nameOf(value, {"Processor", "Display", "Audio", "Network"});

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
+#include "core/records/attention.h"
 #include "core/records/notifications.h"
 #include "core/records/player.h"
 #include "core/records/powermanager.h"
@@ -13,6 +14,19 @@
         return path;                                                                               \
     }
 
+TAVO_PATH(TavoAttentionClosePath, "/attention/close")
+TAVO_PATH(TavoAttentionDoNotDisturbPath, "/attention/doNotDisturb")
+TAVO_PATH(TavoAttentionEndedPath, "/attention/ended")
+TAVO_PATH(TavoAttentionHistoryPath, "/attention/history")
+TAVO_PATH(TavoAttentionMarkSeenPath, "/attention/markSeen")
+TAVO_PATH(TavoAttentionMessagesPath, "/attention/messages")
+TAVO_PATH(TavoAttentionMissedPath, "/attention/missed")
+TAVO_PATH(TavoAttentionNotifyPath, "/attention/notify")
+TAVO_PATH(TavoAttentionReplacePath, "/attention/replace")
+TAVO_PATH(TavoAttentionRulesPath, "/attention/rules")
+TAVO_PATH(TavoAttentionSetDoNotDisturbPath, "/attention/setDoNotDisturb")
+TAVO_PATH(TavoAttentionSoundPath, "/attention/sound")
+TAVO_PATH(TavoAttentionTryPath, "/attention/try")
 TAVO_PATH(TavoNotificationsPath, "/notifications")
 TAVO_PATH(TavoNotificationPlayerEnqueuePath, "/notifications/player/enqueue")
 TAVO_PATH(TavoNotificationPlayerCancelPath, "/notifications/player/cancel")

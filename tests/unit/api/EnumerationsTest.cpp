@@ -36,8 +36,8 @@ class EnumerationTest : public testing::Test
 
 using Enumerations =
     testing::Types<TavoNotificationItemPriority, TavoNotificationPlayerItemType,
-                   TavoNotificationPlayerResponseType, TavoNotificationDisplayEnd,
-                   TavoPowerManagerResources, TavoPowerModuleActions,
+                   TavoNotificationPlayerResponseType, TavoNotificationDisplayEnd, TavoAttentionEnd,
+                   TavoAttentionState, TavoPowerManagerResources, TavoPowerModuleActions,
                    TavoPowerManagerRevokeMessageType, TavoRolesType, TavoRowsRolesType>;
 TYPED_TEST_SUITE(EnumerationTest, Enumerations, );
 } // namespace
@@ -73,6 +73,19 @@ TEST(EnumerationNamesTest, OfEndsOfMessages)
 {
     EXPECT_THAT(names<TavoNotificationDisplayEnd>(),
                 ElementsAre("Unknown", "Expired", "Cancelled", "Closed", "Overtaken"));
+}
+
+TEST(EnumerationNamesTest, OfEndsOfNotifications)
+{
+    EXPECT_THAT(names<TavoAttentionEnd>(), ElementsAre("Unknown", "Expired", "Closed", "Dismissed",
+                                                       "ActedOn", "Silenced", "Failed"));
+}
+
+TEST(EnumerationNamesTest, OfStatesOfNotificationsOfThePast)
+{
+    EXPECT_THAT(names<TavoAttentionState>(),
+                ElementsAre("Unknown", "Shown", "Seen", "Dismissed", "ActedOn", "Expired",
+                            "Silenced", "Refused"));
 }
 
 TEST(EnumerationNamesTest, OfPowerResources)

@@ -17,6 +17,19 @@ struct WellKnown
 };
 
 const std::vector<WellKnown> wellKnown{
+    {&TavoAttentionClosePath, "/attention/close"},
+    {&TavoAttentionDoNotDisturbPath, "/attention/doNotDisturb"},
+    {&TavoAttentionEndedPath, "/attention/ended"},
+    {&TavoAttentionHistoryPath, "/attention/history"},
+    {&TavoAttentionMarkSeenPath, "/attention/markSeen"},
+    {&TavoAttentionMessagesPath, "/attention/messages"},
+    {&TavoAttentionMissedPath, "/attention/missed"},
+    {&TavoAttentionNotifyPath, "/attention/notify"},
+    {&TavoAttentionReplacePath, "/attention/replace"},
+    {&TavoAttentionRulesPath, "/attention/rules"},
+    {&TavoAttentionSetDoNotDisturbPath, "/attention/setDoNotDisturb"},
+    {&TavoAttentionSoundPath, "/attention/sound"},
+    {&TavoAttentionTryPath, "/attention/try"},
     {&TavoNotificationsPath, "/notifications"},
     {&TavoNotificationPlayerEnqueuePath, "/notifications/player/enqueue"},
     {&TavoNotificationPlayerCancelPath, "/notifications/player/cancel"},

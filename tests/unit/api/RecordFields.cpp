@@ -119,6 +119,77 @@ std::vector<RecordField> notificationFields()
     };
 }
 
+std::vector<RecordField> attentionFields()
+{
+    using Action = TavoAttentionAction;
+    using Item = TavoAttentionItem;
+    using Outcome = TavoAttentionOutcome;
+    using Ended = TavoAttentionEnded;
+    using DoNotDisturb = TavoAttentionDoNotDisturb;
+    using Rule = TavoAttentionRule;
+    using Rules = TavoAttentionRules;
+    using Verdict = TavoAttentionVerdict;
+    using Trial = TavoAttentionTrial;
+    using Query = TavoAttentionQuery;
+    using Record = TavoAttentionRecord;
+    using Page = TavoAttentionPage;
+    return {
+        FIELD(Action, key, setKey, text),
+        FIELD(Item, id, setId, text),
+        FIELD(Item, title, setTitle, translatable),
+        FIELD(Item, text, setText, translatable),
+        FIELD(Item, path, setPath, path),
+        FIELD(Item, application, setApplication, text),
+        FIELD(Item, source, setSource, text),
+        FIELD(Item, icon, setIcon, text),
+        FIELD(Item, category, setCategory, text),
+        FIELD(Item, group, setGroup, text),
+        FIELD(Item, priority, setPriority, TavoNotificationItemPriority::High),
+        FIELD(Item, timeout, setTimeout, 5000),
+        FIELD(Item, actions, setActions, (TavoList<Action>{Action().setKey(text)})),
+        FIELD(Item, sound, setSound, TavoNotificationPlayerItem().setId(text)),
+        FIELD(Item, soundFollows, setSoundFollows, true),
+        FIELD(Outcome, id, setId, text),
+        FIELD(Outcome, shown, setShown, true),
+        FIELD(Outcome, sounding, setSounding, true),
+        FIELD(Outcome, reason, setReason, text),
+        FIELD(Ended, id, setId, text),
+        FIELD(Ended, end, setEnd, TavoAttentionEnd::ActedOn),
+        FIELD(Ended, action, setAction, text),
+        FIELD(Ended, shownUntil, setShownUntil, qint64(1) << 40),
+        FIELD(Ended, heardUntil, setHeardUntil, qint64(1) << 40),
+        FIELD(DoNotDisturb, on, setOn, true),
+        FIELD(DoNotDisturb, until, setUntil, qint64(1) << 40),
+        FIELD(Rule, name, setName, text),
+        FIELD(Rules, file, setFile, text),
+        FIELD(Rules, error, setError, text),
+        FIELD(Verdict, rule, setRule, text),
+        FIELD(Verdict, applies, setApplies, true),
+        FIELD(Trial, verdicts, setVerdicts, (TavoList<Verdict>{Verdict().setRule(text)})),
+        FIELD(Trial, shown, setShown, true),
+        FIELD(Trial, sounding, setSounding, true),
+        FIELD(Trial, spoken, setSpoken, true),
+        FIELD(Trial, priority, setPriority, TavoNotificationItemPriority::High),
+        FIELD(Trial, timeout, setTimeout, 5000),
+        FIELD(Query, before, setBefore, qint64(1) << 40),
+        FIELD(Query, limit, setLimit, 5000),
+        FIELD(Query, search, setSearch, text),
+        FIELD(Query, source, setSource, text),
+        FIELD(Record, number, setNumber, qint64(1) << 40),
+        FIELD(Record, id, setId, text),
+        FIELD(Record, time, setTime, qint64(1) << 40),
+        FIELD(Record, endTime, setEndTime, qint64(1) << 40),
+        FIELD(Record, source, setSource, text),
+        FIELD(Record, application, setApplication, text),
+        FIELD(Record, category, setCategory, text),
+        FIELD(Record, priority, setPriority, TavoNotificationItemPriority::High),
+        FIELD(Record, title, setTitle, text),
+        FIELD(Record, text, setText, text),
+        FIELD(Record, state, setState, TavoAttentionState::Silenced),
+        FIELD(Page, records, setRecords, (TavoList<Record>{Record().setTitle(text)})),
+    };
+}
+
 std::vector<RecordField> serviceFields()
 {
     using Register = TavoPowerManagerModuleRegister;
@@ -197,6 +268,15 @@ std::vector<RecordField> valueFields()
               TavoNotificationDisplayCurrent().setPath(path).setWaiting(3)),
         FIELD(TavoValue, displayEnded, setDisplayEnded,
               TavoNotificationDisplayEnded().setPath(path).setNumber(7)),
+        FIELD(TavoValue, attentionItem, setAttentionItem, TavoAttentionItem().setId(text)),
+        FIELD(TavoValue, attentionOutcome, setAttentionOutcome, TavoAttentionOutcome().setId(text)),
+        FIELD(TavoValue, attentionEnded, setAttentionEnded, TavoAttentionEnded().setNumber(7)),
+        FIELD(TavoValue, attentionDoNotDisturb, setAttentionDoNotDisturb,
+              TavoAttentionDoNotDisturb().setOn(true)),
+        FIELD(TavoValue, attentionRules, setAttentionRules, TavoAttentionRules().setFile(text)),
+        FIELD(TavoValue, attentionTrial, setAttentionTrial, TavoAttentionTrial().setShown(true)),
+        FIELD(TavoValue, attentionQuery, setAttentionQuery, TavoAttentionQuery().setSearch(text)),
+        FIELD(TavoValue, attentionPage, setAttentionPage, TavoAttentionPage().setNext(7)),
         FIELD(TavoValue, mainAudioState, setMainAudioState,
               TavoPlayerMainAudioState().setSource(text).setVolume(0.5)),
         FIELD(TavoValue, powerManagerState, setPowerManagerState,
@@ -210,7 +290,7 @@ const std::vector<RecordField> &recordFields()
 {
     static const std::vector<RecordField> all = [] {
         std::vector<RecordField> fields = notificationFields();
-        for (const auto &more : {serviceFields(), valueFields()}) {
+        for (const auto &more : {attentionFields(), serviceFields(), valueFields()}) {
             fields.insert(fields.end(), more.begin(), more.end());
         }
         return fields;

@@ -64,6 +64,37 @@ struct TAVO_API_EXPORT TavoNotificationDisplayEnd
     static QString toString(Enum value);
 };
 
+/// How a notification ended that people's rules had to allow.
+struct TAVO_API_EXPORT TavoAttentionEnd
+{
+    enum Enum : int {
+        Unknown = 0,
+        Expired = 1,   ///< after its timeout, or at the end of its sound
+        Closed = 2,    ///< by a request
+        Dismissed = 3, ///< by a person
+        ActedOn = 4,   ///< by a person, who chose an action
+        Silenced = 5,  ///< rules or do-not-disturb kept it from people
+        Failed = 6     ///< it could be neither shown nor played
+    };
+    static QString toString(Enum value);
+};
+
+/// What became of a notification of the past.
+struct TAVO_API_EXPORT TavoAttentionState
+{
+    enum Enum : int {
+        Unknown = 0,
+        Shown = 1,     ///< it is open
+        Seen = 2,      ///< it expired or was silenced, and somebody has seen it in the history
+        Dismissed = 3, ///< by a person, or closed by a request
+        ActedOn = 4,   ///< by a person, who chose an action
+        Expired = 5,   ///< nobody has seen it
+        Silenced = 6,  ///< nobody has seen it
+        Refused = 7    ///< it could be neither shown nor played
+    };
+    static QString toString(Enum value);
+};
+
 /// The resources that the power manager grants.
 struct TAVO_API_EXPORT TavoPowerManagerResources
 {

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "core/records/attention.h"
 #include "core/records/notifications.h"
 #include "core/records/player.h"
 #include "core/records/powermanager.h"
@@ -13,7 +14,7 @@ class TavoValue : public TavoHash
 {
     TAVO_RECORD(TavoValue)
 
-    /// True or false..
+    /// True or false.
     TAVO_FIELD_KEY(bool, bool_, setBool_, "bool")
     /// An integer of 32 bits.
     TAVO_FIELD_KEY(int, int_, setInt_, "int")
@@ -34,6 +35,22 @@ class TavoValue : public TavoHash
     TAVO_FIELD(TavoNotificationDisplayCurrent, displayCurrent, setDisplayCurrent)
     /// The message that ended last.
     TAVO_FIELD(TavoNotificationDisplayEnded, displayEnded, setDisplayEnded)
+    /// A request to notify people of something.
+    TAVO_FIELD(TavoAttentionItem, attentionItem, setAttentionItem)
+    /// What has become of such a request.
+    TAVO_FIELD(TavoAttentionOutcome, attentionOutcome, setAttentionOutcome)
+    /// The notification that ended last, or how one is to end.
+    TAVO_FIELD(TavoAttentionEnded, attentionEnded, setAttentionEnded)
+    /// Whether people want to be disturbed.
+    TAVO_FIELD(TavoAttentionDoNotDisturb, attentionDoNotDisturb, setAttentionDoNotDisturb)
+    /// People's rules.
+    TAVO_FIELD(TavoAttentionRules, attentionRules, setAttentionRules)
+    /// What would become of a notification.
+    TAVO_FIELD(TavoAttentionTrial, attentionTrial, setAttentionTrial)
+    /// Which notifications of the past.
+    TAVO_FIELD(TavoAttentionQuery, attentionQuery, setAttentionQuery)
+    /// Notifications of the past.
+    TAVO_FIELD(TavoAttentionPage, attentionPage, setAttentionPage)
     /// An audio device.
     TAVO_FIELD(TavoPlayerAudioDevice, audioDevice, setAudioDevice)
     /// The state of the main audio.

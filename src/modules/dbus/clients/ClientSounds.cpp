@@ -86,23 +86,31 @@ CMReply<QVariant> ClientSounds::enqueue(const std::string &client, const QVarian
 
 CMReply<QVariant> ClientSounds::play(const std::string &client,
                                      const TavoNotificationPlayerItem &item,
-                                     const std::optional<OpenedSound> &file)
+                                     const std::optional<OpenedSound> &file,
+                                     const QString &notification)
 {
-    return send(client, item, std::size_t(item.content().size()), file);
+    return send(client, item, std::size_t(item.content().size()), file, notification);
 }
 
 CMReply<QVariant> ClientSounds::send(const std::string &client,
                                      const TavoNotificationPlayerItem &item, std::size_t bytes,
-                                     const std::optional<OpenedSound> &file)
+                                     const std::optional<OpenedSound> &file,
+                                     const QString &notification)
 {
     const CMPath path = watch(client, item, bytes, file);
-    return sendToPlayer(path, m_sounds.at(path));
+    return sendToPlayer(path, m_sounds.at(path), notification);
 }
 
-CMReply<QVariant> ClientSounds::sendToPlayer(const CMPath &path, const Sound &sound)
+CMReply<QVariant> ClientSounds::sendToPlayer(const CMPath &path, const Sound &sound,
+                                             const QString &notification)
 {
-    CMReply<QVariant> reply = CMRoot()->invoke(
-        TavoNotificationPlayerEnqueuePath(), TavoValue().setNotificationPlayerItem(sound.item), {});
+    TavoValue value = TavoValue().setNotificationPlayerItem(sound.item);
+    CMPath target = TavoNotificationPlayerEnqueuePath();
+    if (!notification.isEmpty()) {
+        value.setString_(notification);
+        target = TavoAttentionSoundPath();
+    }
+    CMReply<QVariant> reply = CMRoot()->invoke(target, value, {});
     if (sound.item.priority() >= urgentPriority(m_clients.limits())) {
         m_turns.add(path, sound.charge);
     }

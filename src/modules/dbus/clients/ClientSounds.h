@@ -43,9 +43,10 @@ public:
     CMReply<QVariant> enqueue(const std::string &client, const QVariant &value, std::size_t bytes);
 
     /// Enqueues the sound of a client's notification. The sound has been checked; the file is the
-    /// one that was opened then. Throws BusError::limitExceeded() as enqueue() does.
+    /// one that was opened then. The notification is its id for the module for attention, which passes
+    /// the sound on; empty without that module. Throws BusError::limitExceeded() as enqueue() does.
     CMReply<QVariant> play(const std::string &client, const TavoNotificationPlayerItem &item,
-                           const std::optional<OpenedSound> &file);
+                           const std::optional<OpenedSound> &file, const QString &notification);
 
     /// Ends a sound, as the request to the player does.
     CMReply<QVariant> cancel(const QVariant &value);
@@ -79,12 +80,14 @@ private:
     };
 
     CMReply<QVariant> send(const std::string &client, const TavoNotificationPlayerItem &item,
-                           std::size_t bytes, const std::optional<OpenedSound> &file);
+                           std::size_t bytes, const std::optional<OpenedSound> &file,
+                           const QString &notification = {});
     std::optional<OpenedSound> checkAccess(TavoNotificationPlayerItem &item) const;
     AllowedSound allowed(const QString &location, SoundAccess::Kind kind) const;
     CMPath watch(const std::string &client, const TavoNotificationPlayerItem &item,
                  std::size_t bytes, const std::optional<OpenedSound> &file);
-    CMReply<QVariant> sendToPlayer(const CMPath &path, const Sound &sound);
+    CMReply<QVariant> sendToPlayer(const CMPath &path, const Sound &sound,
+                                   const QString &notification = {});
     void forget(const CMPath &path);
 
     Clients &m_clients;

@@ -23,28 +23,40 @@ NotificationSounds::NotificationSounds(ClientSounds &sounds, const QString &them
 {
 }
 
-void NotificationSounds::play(const std::string &client, quint32 id, const QString &file,
-                              const QString &event, TavoNotificationItemPriority::Enum priority)
+void NotificationSounds::play(const std::string &client, quint32 id, const NotifyHints &hints,
+                              TavoNotificationItemPriority::Enum priority, const QString &request)
 {
     stop(id);
+    if (!playIfAllowed(client, id, hints, priority, request) && !request.isEmpty()) {
+        // There is no sound after all.
+        CMRoot()->invoke(TavoAttentionSoundPath(), TavoValue().setString_(request), {});
+    }
+}
+
+bool NotificationSounds::playIfAllowed(const std::string &client, quint32 id,
+                                       const NotifyHints &hints,
+                                       TavoNotificationItemPriority::Enum priority,
+                                       const QString &request)
+{
     // A client may choose any sound of the theme, wherever its file is.
-    const AllowedSound found =
-        file.isEmpty() ? AllowedSound{m_theme.find(event), {}} : allowedFile(file);
+    const AllowedSound found = hints.soundFile.isEmpty()
+                                   ? AllowedSound{m_theme.find(hints.soundName), {}}
+                                   : allowedFile(hints.soundFile);
     if (found.location.isEmpty()) {
-        return;
+        return false;
     }
     // Random, so that no client can take the id before or cancel the sound. Not tavoGenerateUuid(), whose
     // results are seen in paths and tell the next ones.
     const QString sound =
         QStringLiteral("dbus-notification-") + QUuid::createUuid().toString(QUuid::WithoutBraces);
     m_sounds.insert(id, sound);
-    enqueue(client,
-            TavoNotificationPlayerItem()
-                .setId(sound)
-                .setContent(found.location)
-                .setType(TavoNotificationPlayerItemType::Uri)
-                .setPriority(priority),
-            found.file);
+    return enqueue(client,
+                   TavoNotificationPlayerItem()
+                       .setId(sound)
+                       .setContent(found.location)
+                       .setType(TavoNotificationPlayerItemType::Uri)
+                       .setPriority(priority),
+                   found.file, request);
 }
 
 AllowedSound NotificationSounds::allowedFile(const QString &file)
@@ -69,19 +81,21 @@ void NotificationSounds::logOnce(const QString &refusal)
     }
 }
 
-void NotificationSounds::enqueue(const std::string &client, const TavoNotificationPlayerItem &item,
-                                 const std::optional<OpenedSound> &file)
+bool NotificationSounds::enqueue(const std::string &client, const TavoNotificationPlayerItem &item,
+                                 const std::optional<OpenedSound> &file, const QString &request)
 {
     try {
-        m_clientSounds.play(client, item, file)
+        m_clientSounds.play(client, item, file, request)
             .onFinished(this, [sound = item.id()](const CMReply<QVariant> &reply) {
                 if (reply.error().isError()) {
                     LOG4CPLUS_WARN(logger, "The sound " << sound << " is not played: "
                                                         << reply.error().message().toString());
                 }
             });
+        return true;
     } catch (const BusError &limit) {
         logOnce(QString::fromStdString(limit.message()));
+        return false;
     }
 }
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "modules/dbus/clients/ClientSounds.h"
+#include "NotifyHints.h"
 #include "SoundTheme.h"
 #include <core/tavo.h>
 
@@ -28,9 +29,11 @@ public:
     void setTheme(const QString &theme) { m_theme = SoundTheme(theme); }
 
     /// Plays a notification's sound in place of its previous one: the file, if one is given and
-    /// allowed, or else the theme's sound for the event. It counts as one of the client's sounds.
-    void play(const std::string &client, quint32 id, const QString &file, const QString &event,
-              TavoNotificationItemPriority::Enum priority);
+    /// allowed, or else the theme's sound for the event. It counts as one of the client's sounds. The
+    /// request is the notification's id for the module for attention, which then decides about the sound;
+    /// empty without that module.
+    void play(const std::string &client, quint32 id, const NotifyHints &hints,
+              TavoNotificationItemPriority::Enum priority, const QString &request);
 
     /// Cancels a notification's sound, if it has one.
     void stop(quint32 id);
@@ -40,8 +43,10 @@ public:
 
 private:
     AllowedSound allowedFile(const QString &file);
-    void enqueue(const std::string &client, const TavoNotificationPlayerItem &item,
-                 const std::optional<OpenedSound> &file);
+    bool enqueue(const std::string &client, const TavoNotificationPlayerItem &item,
+                 const std::optional<OpenedSound> &file, const QString &request);
+    bool playIfAllowed(const std::string &client, quint32 id, const NotifyHints &hints,
+                       TavoNotificationItemPriority::Enum priority, const QString &request);
     void logOnce(const QString &refusal);
 
     ClientSounds &m_clientSounds;

@@ -119,7 +119,8 @@ void NotificationsInterface::notify(const BusMessage &call)
         } else {
             // A notification that has closed is opened again under the id that the client knows.
             id = id != 0 ? id : m_notifications.freeId();
-            const CMError error = m_notifications.open(id, request.notification);
+            const CMError error =
+                m_notifications.open(id, request.notification, request.hints.hasSound());
             if (error.isError()) {
                 m_clients.reply(call, ModelErrors::createReply(call, error));
                 return;
@@ -131,8 +132,8 @@ void NotificationsInterface::notify(const BusMessage &call)
     }
     m_clients.leftMessages().makeWay(request.notification.priority);
     if (!request.hints.isSilent) {
-        m_sounds.play(call.sender(), id, request.hints.soundFile, request.hints.soundName,
-                      request.notification.priority);
+        m_sounds.play(call.sender(), id, request.hints, request.notification.priority,
+                      request.hints.hasSound() ? m_notifications.requestOf(id) : QString());
     }
     BusWriter reply(call.createReply());
     reply.writeUInt32(id);

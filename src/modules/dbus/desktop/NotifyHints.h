@@ -32,6 +32,8 @@ struct NotifyHints
     QString soundFile; ///< a path or a URI
     QString soundName; ///< an event of the sound theme
 
+    bool hasSound() const { return !isSilent && !(soundFile.isEmpty() && soundName.isEmpty()); }
+
     /// Reads the dictionary of hints. An unknown hint, and one of another type than expected, is skipped.
     static NotifyHints read(BusReader &reader);
 };

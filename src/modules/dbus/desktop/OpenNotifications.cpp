@@ -11,11 +11,25 @@ const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 /// Tokens are sent on to the client, whose unread messages are limited.
 constexpr int maxTokenLength = 1000;
 
-void askDisplayToClose(const CMPath &path)
+TavoAttentionEnd::Enum attentionEndFor(OpenNotifications::Reason reason, bool isAction)
 {
-    // The reply is ignored: if the notification has gone already, there is nothing to close.
-    CMRoot()->invoke(TavoNotificationDisplayCancelNotifyPath(), TavoValue().setPath(path),
-                     CMReply<QVariant>());
+    if (isAction) {
+        return TavoAttentionEnd::ActedOn;
+    }
+    return reason == OpenNotifications::Reason::Dismissed ? TavoAttentionEnd::Dismissed
+                                                          : TavoAttentionEnd::Closed;
+}
+
+TavoAttentionItem attentionItemOf(const DesktopNotification &notification)
+{
+    return TavoAttentionItem()
+        .setTitle(notification.title)
+        .setText(notification.text)
+        .setApplication(notification.application)
+        .setSource(notification.desktopEntry.isEmpty() ? notification.application
+                                                       : notification.desktopEntry)
+        .setCategory(notification.category)
+        .setTransient(notification.isTransient);
 }
 
 OpenNotifications::Reason reasonFor(TavoNotificationDisplayEnd::Enum end)
@@ -37,7 +51,10 @@ OpenNotifications::Reason reasonFor(TavoNotificationDisplayEnd::Enum end)
 
 OpenNotifications::OpenNotifications(CMNodes *nodes)
     : m_nodes(nodes)
+    , m_hasAttention(CMCatalog::entry(TavoAttentionNotifyPath()).has_value())
 {
+    CMRoot()->connectNodeChange(TavoAttentionNotifyPath(), this,
+                                &OpenNotifications::on_attention_nodeChanged);
     CMRoot()->connectValueChange(TavoNotificationDisplayEndedPath(), this,
                                  &OpenNotifications::on_display_ended);
     CMRoot()->connectNodeChange(TavoNotificationDisplayQueuePath(), this,
@@ -51,18 +68,30 @@ quint32 OpenNotifications::freeId()
     return m_ids.take([this](quint32 id) { return isOpen(id); });
 }
 
-CMError OpenNotifications::open(quint32 id, const DesktopNotification &notification)
+QString OpenNotifications::requestOf(quint32 id) const
+{
+    const auto entry = m_entries.find(id);
+    return entry == m_entries.end() || entry->item.isEmpty() ? QString() : entry->request;
+}
+
+CMError OpenNotifications::open(quint32 id, const DesktopNotification &notification, bool hasSound)
 {
     Q_ASSERT(id != 0 && !isOpen(id));
     const auto entry = m_entries.insert(id, Entry{NotificationNode(m_nodes, id)});
     fill(id, *entry, notification);
+    if (hasSound && !entry->item.isEmpty()) {
+        entry->item.setSoundFollows(true);
+    }
     CMRoot()->connectRowsChange(entry->node.path(), this,
                                 &OpenNotifications::on_notification_rowsChanged);
     const CMReply<QVariant> reply = show(id, *entry);
     CMError error = reply.isFinished() ? reply.error() : CMError();
     if (error.isError()) {
         withdraw(entry);
+        return error;
     }
+    // Whatever shows it anew later comes without a sound.
+    entry->item.setSoundFollows(false);
     return error;
 }
 
@@ -84,6 +113,7 @@ void OpenNotifications::fill(quint32 id, Entry &entry, const DesktopNotification
     entry.priority = notification.priority;
     entry.timeout = notification.timeout;
     entry.isResident = notification.isResident;
+    entry.item = m_hasAttention ? attentionItemOf(notification) : TavoAttentionItem();
     entry.node.show(notification, [this](CMActivateNode *action) {
         action->setInvoke(this, &OpenNotifications::on_action_activated, Qt::QueuedConnection);
     });
@@ -115,18 +145,26 @@ CMReply<QVariant> OpenNotifications::show(quint32 id, Entry &entry)
     entry.isAwaited = true;
     entry.isStale = false;
     entry.givesWay = false;
+    const CMReply<QVariant> reply;
+    reply.addWatcher(
+        this,
+        [this, id, request = entry.request, reply](const CMVoidReply &) {
+            on_open_finished(id, request, reply);
+        },
+        Qt::QueuedConnection);
+    if (!entry.item.isEmpty()) {
+        entry.item.setId(entry.request)
+            .setPath(entry.node.path())
+            .setPriority(entry.priority)
+            .setTimeout(entry.timeout);
+        return CMRoot()->invoke(TavoAttentionNotifyPath(), TavoValue().setAttentionItem(entry.item),
+                                reply);
+    }
     const auto item = TavoNotificationDisplayItem()
                           .setId(entry.request)
                           .setPath(entry.node.path())
                           .setPriority(entry.priority)
                           .setTimeout(entry.timeout);
-    const CMReply<QVariant> reply;
-    reply.addWatcher(
-        this,
-        [this, id, request = entry.request](const CMVoidReply &answer) {
-            on_open_finished(id, request, answer);
-        },
-        Qt::QueuedConnection);
     return CMRoot()->invoke(TavoNotificationDisplayOpenPath(),
                             TavoValue().setNotificationDisplayItem(item), reply);
 }
@@ -139,12 +177,12 @@ void OpenNotifications::showAnew(quint32 id, Entry &entry)
         entry.isStale = true;
         return;
     }
-    askDisplayToClose(entry.node.path());
+    hide(entry, Reason::Closed);
     show(id, entry);
 }
 
 void OpenNotifications::on_open_finished(quint32 id, const QString &request,
-                                         const CMVoidReply &reply)
+                                         const CMReply<QVariant> &reply)
 {
     const auto entry = find(id, request);
     if (entry == m_entries.end()) {
@@ -156,10 +194,30 @@ void OpenNotifications::on_open_finished(quint32 id, const QString &request,
         remove(entry, Reason::Undefined);
         return;
     }
+    if (!entry->item.isEmpty() && !TavoValue(reply.value().toHash()).attentionOutcome().shown()) {
+        // People's rules keep it from them.
+        remove(entry, Reason::Undefined);
+        return;
+    }
     entry->isAwaited = false;
     if (entry->isStale) {
         showAnew(id, *entry);
     }
+}
+
+void OpenNotifications::hide(const Entry &entry, Reason reason, const QString &action)
+{
+    // The reply is ignored: if the notification has gone already, there is nothing to close.
+    if (entry.item.isEmpty()) {
+        CMRoot()->invoke(TavoNotificationDisplayCancelNotifyPath(),
+                         TavoValue().setPath(entry.node.path()), {});
+        return;
+    }
+    const auto ended = TavoAttentionEnded()
+                           .setId(entry.request)
+                           .setEnd(attentionEndFor(reason, !action.isNull()))
+                           .setAction(action);
+    CMRoot()->invoke(TavoAttentionClosePath(), TavoValue().setAttentionEnded(ended), {});
 }
 
 bool OpenNotifications::close(quint32 id, Reason reason)
@@ -168,7 +226,7 @@ bool OpenNotifications::close(quint32 id, Reason reason)
     if (entry == m_entries.end()) {
         return false;
     }
-    askDisplayToClose(entry->node.path());
+    hide(*entry, reason);
     remove(entry, reason);
     return true;
 }
@@ -181,7 +239,7 @@ void OpenNotifications::giveWay(quint32 id)
     }
     entry->priority = LeftMessages::below(entry->priority);
     entry->givesWay = true;
-    askDisplayToClose(entry->node.path());
+    hide(*entry, Reason::Closed);
 }
 
 void OpenNotifications::closeAll(Reason reason)
@@ -196,6 +254,10 @@ void OpenNotifications::takeCancel(const CMPath &path)
 {
     const auto entry = m_entries.find(NotificationNode::idOf(path));
     if (entry != m_entries.end() && entry->node.path() == path) {
+        if (!entry->item.isEmpty()) {
+            // The display may not have the message yet.
+            hide(*entry, Reason::Closed);
+        }
         remove(entry, Reason::Closed);
     }
 }
@@ -245,6 +307,22 @@ void OpenNotifications::on_queue_nodeChanged(const CMPath & /*path*/, bool publi
     closeAll(Reason::Undefined);
 }
 
+void OpenNotifications::on_attention_nodeChanged(const CMPath & /*path*/, bool published)
+{
+    m_hasAttention = published;
+    if (published) {
+        return;
+    }
+    // It has closed the messages that it has opened.
+    const QList<quint32> ids = m_entries.keys();
+    for (const quint32 id : ids) {
+        const auto entry = m_entries.find(id);
+        if (entry != m_entries.end() && !entry->item.isEmpty()) {
+            remove(entry, Reason::Undefined);
+        }
+    }
+}
+
 void OpenNotifications::on_notification_rowsChanged(const CMPath &path, const QStringList &changes,
                                                     int /*first*/, int /*count*/)
 {
@@ -254,7 +332,7 @@ void OpenNotifications::on_notification_rowsChanged(const CMPath &path, const QS
     }
     if (entry->isAwaited) {
         // The display may not have subscribed to the node yet.
-        askDisplayToClose(path);
+        hide(*entry, Reason::Dismissed);
     }
     remove(entry, Reason::Dismissed);
 }
@@ -278,7 +356,9 @@ void OpenNotifications::on_action_activated(const CMSetDataRequest &request)
     request.reply().setValue(QVariant());
     const bool isResident = entry->isResident;
     Q_EMIT actionInvoked(id, *key, token);
-    if (!isResident) {
-        close(id, Reason::Dismissed);
+    const auto acted = m_entries.find(id);
+    if (!isResident && acted != m_entries.end()) {
+        hide(*acted, Reason::Dismissed, *key);
+        remove(acted, Reason::Dismissed);
     }
 }

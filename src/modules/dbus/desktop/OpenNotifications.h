@@ -44,8 +44,12 @@ public:
     quint32 freeId();
 
     /// Opens a notification under an id that is not open. Without a display nothing is opened, and the
-    /// error says so.
-    CMError open(quint32 id, const DesktopNotification &notification);
+    /// error says so. If it has a sound, the id of requestOf() must be told the sound, or that there is
+    /// none after all.
+    CMError open(quint32 id, const DesktopNotification &notification, bool hasSound);
+
+    /// The id under which the module for attention knows an open notification; empty without that module.
+    QString requestOf(quint32 id) const;
 
     /// Changes one that is open. The display goes on showing it, unless its priority or timeout
     /// changes: then it is queued as a new one.
@@ -80,6 +84,7 @@ Q_SIGNALS:
 private Q_SLOTS:
     void on_display_ended(const CMPath &path, const QVariant &value);
     void on_queue_nodeChanged(const CMPath &path, bool published);
+    void on_attention_nodeChanged(const CMPath &path, bool published);
     void on_notification_rowsChanged(const CMPath &path, const QStringList &changes, int, int);
     void on_action_activated(const CMSetDataRequest &request);
 
@@ -91,6 +96,8 @@ private:
         quint64 state = 0; ///< the number of its last change by a client
         TavoNotificationItemPriority::Enum priority = TavoNotificationItemPriority::Normal;
         int timeout = 0;
+        /// What the module for attention decides about; empty without it.
+        TavoAttentionItem item{};
         bool isResident = false;
         bool isAwaited = false; ///< the display has not replied to the last request
         bool isStale = false;   ///< priority or timeout have changed since that request
@@ -102,12 +109,16 @@ private:
     void addImage(quint32 id, const Entry &entry, const ImageData &image);
     CMReply<QVariant> show(quint32 id, Entry &entry);
     void showAnew(quint32 id, Entry &entry);
-    void on_open_finished(quint32 id, const QString &request, const CMVoidReply &reply);
+    void on_open_finished(quint32 id, const QString &request, const CMReply<QVariant> &reply);
+
+    /// Closes the message of a notification, which ends because of this.
+    static void hide(const Entry &entry, Reason reason, const QString &action = {});
     void remove(Entries::iterator entry, Reason reason);
     void withdraw(Entries::iterator entry);
     Entries::iterator find(quint32 id, const QString &request);
 
     CMNodes *m_nodes; ///< owned by the worker
+    bool m_hasAttention;
     Entries m_entries;
     NotificationIds m_ids;
     quint64 m_requests = 0; ///< to show a notification, so far

@@ -1,0 +1,244 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "core/records/notifications.h"
+#include "core/records/tavolist.h"
+
+/// Request: notifies people of something, by a message, a sound or both, as their rules and
+/// do-not-disturb allow. Value: a TavoValue with attentionItem(). Reply: a TavoValue with
+/// attentionOutcome().
+TAVO_API_EXPORT CMPath TavoAttentionNotifyPath();
+
+/// Request: changes an open notification. Value and reply: as for TavoAttentionNotifyPath(); the item
+/// has the notification's id. What its message and sound are already decided to be stays.
+TAVO_API_EXPORT CMPath TavoAttentionReplacePath();
+
+/// Request: ends a notification's message and sound. Value: a TavoValue with string_(), the id; or, from a
+/// requester with a node of its own, attentionEnded(), of which id(), end() and action() count. Reply:
+/// empty.
+TAVO_API_EXPORT CMPath TavoAttentionClosePath();
+
+/// Request: plays the sound of an open notification, for a requester that sends message and sound apart.
+/// Value: a TavoValue with string_(), the notification's id, and notificationPlayerItem(); without an item,
+/// there is no sound after all. Reply: empty, or the player's error. The item's response path gets its
+/// responses; if the sound is kept from people, that it was cancelled.
+TAVO_API_EXPORT CMPath TavoAttentionSoundPath();
+
+/// Value: a TavoValue with attentionEnded(), the notification that ended last. It changes once for each,
+/// when both its message and its sound have ended. No two values are equal, so every subscriber gets
+/// every end.
+TAVO_API_EXPORT CMPath TavoAttentionEndedPath();
+
+/// Value: a TavoValue with attentionDoNotDisturb(), whether people want to be disturbed now.
+TAVO_API_EXPORT CMPath TavoAttentionDoNotDisturbPath();
+
+/// Request: a person's choice about it. Value: a TavoValue with attentionDoNotDisturb(), of which on() and
+/// until() count. Reply: empty.
+TAVO_API_EXPORT CMPath TavoAttentionSetDoNotDisturbPath();
+
+/// Value: a TavoValue with attentionRules(): the rules, and how many notifications each has applied to.
+TAVO_API_EXPORT CMPath TavoAttentionRulesPath();
+
+/// Request: what would become of a notification now. Nothing is shown, played or counted. Value: a
+/// TavoValue with attentionItem(). Reply: a TavoValue with attentionTrial().
+TAVO_API_EXPORT CMPath TavoAttentionTryPath();
+
+/// Request: notifications of the past, the newest first. Value: a TavoValue with attentionQuery(). Reply:
+/// a TavoValue with attentionPage().
+TAVO_API_EXPORT CMPath TavoAttentionHistoryPath();
+
+/// Value: a TavoValue with int_(), how many notifications of the past nobody has seen.
+TAVO_API_EXPORT CMPath TavoAttentionMissedPath();
+
+/// Request: somebody has seen the notifications of the past up to a number. Value: a TavoValue with
+/// attentionQuery(), of which before() counts: those with smaller numbers; 0: all. Reply: empty.
+TAVO_API_EXPORT CMPath TavoAttentionMarkSeenPath();
+
+/// The parent of the nodes that the module makes for messages.
+TAVO_API_EXPORT CMPath TavoAttentionMessagesPath();
+
+/// What a person can choose to do about a notification.
+class TavoAttentionAction : public TavoHash
+{
+    TAVO_RECORD(TavoAttentionAction)
+
+    /// By which the requester knows it. "default" is the action of the whole notification.
+    TAVO_FIELD(QString, key, setKey)
+    TAVO_FIELD(TrString, label, setLabel)
+};
+
+/// A request to notify people of something.
+class TavoAttentionItem : public TavoHash
+{
+    TAVO_RECORD(TavoAttentionItem)
+
+    /// Chosen by the requester; must not be that of an open notification. If it is empty, the module
+    /// chooses one.
+    TAVO_FIELD(QString, id, setId)
+    TAVO_FIELD(TrString, title, setTitle)
+    TAVO_FIELD(TrString, text, setText)
+    /// A node of the requester that shows the notification. If it is empty, the module makes one of the
+    /// title and the text.
+    TAVO_FIELD(CMPath, path, setPath)
+    /// The program's name, for people.
+    TAVO_FIELD(QString, application, setApplication)
+    /// The program's name, for rules; if it is empty, that for people.
+    TAVO_FIELD(QString, source, setSource)
+    /// A name in an icon theme, a path or a file: URI.
+    TAVO_FIELD(QString, icon, setIcon)
+    /// Such as "im.received".
+    TAVO_FIELD(QString, category, setCategory)
+    /// Messages of a group may be shown as one. If it is empty, those of a source are a group.
+    TAVO_FIELD(QString, group, setGroup)
+    TAVO_FIELD(TavoNotificationItemPriority::Enum, priority, setPriority)
+    /// Milliseconds on display; 0 or less: until closed.
+    TAVO_FIELD(int, timeout, setTimeout)
+    TAVO_FIELD(TavoList<TavoAttentionAction>, actions, setActions)
+    /// What to play, without a response path. The id may be empty.
+    TAVO_FIELD(TavoNotificationPlayerItem, sound, setSound)
+    /// The requester sends the sound by TavoAttentionSoundPath(). The notification stays open until then.
+    TAVO_FIELD(bool, soundFollows, setSoundFollows)
+    /// Not worth keeping: the history has no text of it.
+    TAVO_FIELD_KEY(bool, isTransient, setTransient, "transient")
+};
+
+/// What has become of a request to notify people.
+class TavoAttentionOutcome : public TavoHash
+{
+    TAVO_RECORD(TavoAttentionOutcome)
+
+    TAVO_FIELD(QString, id, setId)
+    /// Its message is open: on display, or waiting for it.
+    TAVO_FIELD(bool, shown, setShown)
+    /// Its sound is queued.
+    TAVO_FIELD(bool, sounding, setSounding)
+    /// Why something is kept from people; empty if nothing is.
+    TAVO_FIELD(QString, reason, setReason)
+    /// The names of the rules that applied.
+    TAVO_FIELD(TavoList<QString>, rules, setRules)
+};
+
+/// The end of a notification.
+class TavoAttentionEnded : public TavoHash
+{
+    TAVO_RECORD(TavoAttentionEnded)
+
+    TAVO_FIELD(QString, id, setId)
+    TAVO_FIELD(TavoAttentionEnd::Enum, end, setEnd)
+    /// The key of the action that a person chose, if one did.
+    TAVO_FIELD(QString, action, setAction)
+    /// When its message was closed and its sound ended, in milliseconds since the epoch (UTC); 0: it had
+    /// none, or it was kept from people.
+    TAVO_FIELD(qint64, shownUntil, setShownUntil)
+    TAVO_FIELD(qint64, heardUntil, setHeardUntil)
+    /// Counts the ends, from 1.
+    TAVO_FIELD(qint64, number, setNumber)
+};
+
+/// Whether people want to be disturbed.
+class TavoAttentionDoNotDisturb : public TavoHash
+{
+    TAVO_RECORD(TavoAttentionDoNotDisturb)
+
+    TAVO_FIELD(bool, on, setOn)
+    /// When it changes by itself, in milliseconds since the epoch (UTC); 0: never.
+    TAVO_FIELD(qint64, until, setUntil)
+    /// A person has chosen it; the schedule counts again afterwards.
+    TAVO_FIELD(bool, chosen, setChosen)
+};
+
+/// A rule, by its name, and how often it has applied.
+class TavoAttentionRule : public TavoHash
+{
+    TAVO_RECORD(TavoAttentionRule)
+
+    TAVO_FIELD(QString, name, setName)
+    TAVO_FIELD(qint64, count, setCount)
+};
+
+/// The rules, in their order.
+class TavoAttentionRules : public TavoHash
+{
+    TAVO_RECORD(TavoAttentionRules)
+
+    TAVO_FIELD(QString, file, setFile)
+    /// What is wrong with the file, while the last good rules go on; empty if nothing is.
+    TAVO_FIELD(QString, error, setError)
+    TAVO_FIELD(TavoList<TavoAttentionRule>, rules, setRules)
+};
+
+/// Whether a rule applies to a notification.
+class TavoAttentionVerdict : public TavoHash
+{
+    TAVO_RECORD(TavoAttentionVerdict)
+
+    TAVO_FIELD(QString, rule, setRule)
+    TAVO_FIELD(bool, applies, setApplies)
+    /// What it sets if it applies; otherwise why it does not.
+    TAVO_FIELD(QString, reason, setReason)
+};
+
+/// What would become of a notification.
+class TavoAttentionTrial : public TavoHash
+{
+    TAVO_RECORD(TavoAttentionTrial)
+
+    TAVO_FIELD(TavoList<TavoAttentionVerdict>, verdicts, setVerdicts)
+    TAVO_FIELD(bool, shown, setShown)
+    TAVO_FIELD(bool, sounding, setSounding)
+    TAVO_FIELD(bool, spoken, setSpoken)
+    TAVO_FIELD(TavoNotificationItemPriority::Enum, priority, setPriority)
+    TAVO_FIELD(int, timeout, setTimeout)
+    /// Why something is kept from people, or why it passes although they do not want to be disturbed.
+    TAVO_FIELD(QString, reason, setReason)
+};
+
+/// Which notifications of the past.
+class TavoAttentionQuery : public TavoHash
+{
+    TAVO_RECORD(TavoAttentionQuery)
+
+    /// Those with smaller numbers; 0: the newest ones.
+    TAVO_FIELD(qint64, before, setBefore)
+    /// At most so many, up to 200; 0: 50.
+    TAVO_FIELD(int, limit, setLimit)
+    /// Only those with these words in their title or text; beginnings of words suffice.
+    TAVO_FIELD(QString, search, setSearch)
+    TAVO_FIELD(QString, source, setSource)
+    /// Only those that nobody has seen.
+    TAVO_FIELD(bool, missed, setMissed)
+};
+
+/// A notification of the past.
+class TavoAttentionRecord : public TavoHash
+{
+    TAVO_RECORD(TavoAttentionRecord)
+
+    TAVO_FIELD(qint64, number, setNumber)
+    TAVO_FIELD(QString, id, setId)
+    /// When it came and when it ended, in milliseconds since the epoch (UTC); 0: it is open.
+    TAVO_FIELD(qint64, time, setTime)
+    TAVO_FIELD(qint64, endTime, setEndTime)
+    TAVO_FIELD(QString, source, setSource)
+    TAVO_FIELD(QString, application, setApplication)
+    TAVO_FIELD(QString, category, setCategory)
+    TAVO_FIELD(TavoNotificationItemPriority::Enum, priority, setPriority)
+    TAVO_FIELD(QString, title, setTitle)
+    TAVO_FIELD(QString, text, setText)
+    TAVO_FIELD(TavoAttentionState::Enum, state, setState)
+    /// The key of the action that a person chose, if one did.
+    TAVO_FIELD(QString, action, setAction)
+};
+
+/// Notifications of the past, the newest first.
+class TavoAttentionPage : public TavoHash
+{
+    TAVO_RECORD(TavoAttentionPage)
+
+    TAVO_FIELD(TavoList<TavoAttentionRecord>, records, setRecords)
+    /// What before() must be for the next page; 0 if there is none. A page may be short, or even empty,
+    /// although more follow.
+    TAVO_FIELD(qint64, next, setNext)
+};

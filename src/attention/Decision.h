@@ -1,0 +1,28 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "attention/DoNotDisturb.h"
+#include "attention/Rules.h"
+
+#include <vector>
+
+/// What becomes of a notification.
+struct Decision
+{
+    Treatment treatment;
+    std::vector<std::size_t> rules; ///< those that apply, by their index
+    TavoNotificationItemPriority::Enum priority;
+    bool isShown = true;
+    bool isHeard = true;
+    bool isSpoken = false;
+    bool isQuiet = false; ///< kept from people because they do not want to be disturbed
+    QString reason;       ///< why it is kept from people, or passes all the same; may be empty
+
+    /// Decides by the rules, and by do-not-disturb at the notification's time.
+    static Decision of(AttentionInput input, const Rules &rules, const DoNotDisturb &doNotDisturb);
+
+private:
+    void silence(DoNotDisturbSettings::Silence silence);
+};

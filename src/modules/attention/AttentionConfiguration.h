@@ -1,0 +1,18 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "history/HistoryEntry.h"
+
+#include <QVariantHash>
+
+/// The module's entry in the host's configuration.
+struct AttentionConfiguration
+{
+    QString settingsFile;
+    HistorySettings history;
+
+    /// Throws the errors of TavoConfiguration.
+    explicit AttentionConfiguration(const QVariantHash &config);
+};

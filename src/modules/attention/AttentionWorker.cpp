@@ -1,0 +1,270 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "AttentionWorker.h"
+
+#include "AlarmClock.h"
+
+#include <stdexcept>
+#include <utility>
+
+namespace {
+const log4cplus::Logger logger = log4cplus::Logger::getInstance("Attention");
+
+/// Of open notifications. What clients on a bus open is limited there.
+constexpr int maxOpen = 20000;
+
+/// The number of sources that a summary counts.
+constexpr int maxSources = 1000;
+
+CMError error(const TrString &message)
+{
+    return {QStringLiteral("Attention"), message};
+}
+
+TavoAttentionItem itemOf(const CMSetDataRequest &request)
+{
+    TavoAttentionItem item = TavoValue(request.value().toHash()).attentionItem();
+    if (item.source().isEmpty()) {
+        item.setSource(item.application());
+    }
+    return item;
+}
+
+bool isEmpty(const TavoAttentionItem &item)
+{
+    return item.title().isEmpty() && item.text().isEmpty() && item.path().isEmpty() &&
+           item.sound().isEmpty() && !item.soundFollows();
+}
+
+AttentionInput inputOf(const TavoAttentionItem &item)
+{
+    AttentionInput input;
+    input.source = item.source();
+    input.category = item.category();
+    input.title = item.title().toString();
+    input.text = item.text().toString();
+    input.priority = item.priority();
+    input.time = AlarmClock::now();
+    return input;
+}
+
+TavoList<QString> namesOf(const Rules &rules, const std::vector<std::size_t> &indexes)
+{
+    TavoList<QString> names;
+    for (const std::size_t index : indexes) {
+        names.append(rules.list()[index].name());
+    }
+    return names;
+}
+} // namespace
+
+TAVO_MODULE_EXPORT void *worker_create(const char *name, void *config)
+{
+    LOG4CPLUS_DEBUG(logger, "Creating worker " << (name != nullptr ? name : ""));
+    CMWorker *worker = new AttentionWorker(*static_cast<const QVariantHash *>(config));
+    return worker;
+}
+
+AttentionWorker::AttentionWorker(const QVariantHash &config)
+    : AttentionWorker(config, AttentionConfiguration(config))
+{
+}
+
+AttentionWorker::AttentionWorker(const QVariantHash &config,
+                                 const AttentionConfiguration &configuration)
+    : CMNodesWorker(config, QStringLiteral("Attention"))
+    , m_settingsFile(configuration.settingsFile)
+    , m_rulesNode(new RulesNode(nodes(), m_settingsFile.name()))
+    , m_quietTimes(nodes())
+    , m_history(configuration.history)
+    , m_historyNodes(nodes(), m_history)
+    , m_items(nodes(), m_history)
+{
+    m_clock.start();
+    readSettings();
+    tavoConnect(&m_settingsFile, &WatchedFile::changed, this,
+                &AttentionWorker::on_settingsFile_changed);
+    tavoConnect(&m_quietTimes, &QuietTimes::ended, this, &AttentionWorker::on_quietTimes_ended);
+    tavoConnect(&m_history, &History::leftOpen, this, &AttentionWorker::on_history_leftOpen);
+    bind(TavoAttentionNotifyPath(), &AttentionWorker::on_notify_activated);
+    bind(TavoAttentionReplacePath(), &AttentionWorker::on_replace_activated);
+    bind(TavoAttentionClosePath(), &AttentionWorker::on_close_activated);
+    bind(TavoAttentionSoundPath(), &AttentionWorker::on_sound_activated);
+    bind(TavoAttentionTryPath(), &AttentionWorker::on_try_activated);
+}
+
+void AttentionWorker::bind(const CMPath &path,
+                           void (AttentionWorker::*slot)(const CMSetDataRequest &))
+{
+    CMActivateNode::create(nodes(), path)->setInvoke(this, slot, Qt::QueuedConnection);
+}
+
+void AttentionWorker::on_settingsFile_changed()
+{
+    readSettings();
+}
+
+/// People write the file, also while the device runs: a mistake must not keep notifications from them.
+void AttentionWorker::readSettings()
+{
+    if (m_settingsFile.content().isEmpty()) {
+        return;
+    }
+    try {
+        m_settings = AttentionSettings::fromJson(m_settingsFile.content(), m_settingsFile.name());
+    } catch (const std::runtime_error &error) {
+        LOG4CPLUS_ERROR(logger, error.what() << "; the previous settings stay");
+        m_rulesNode->setError(QString::fromUtf8(error.what()));
+        return;
+    }
+    QStringList names;
+    for (const Rule &rule : m_settings.rules.list()) {
+        names.append(rule.name());
+    }
+    m_rulesNode->setRules(names);
+    m_rates.setLimit(m_settings.rate);
+    m_quietTimes.setSettings(m_settings.doNotDisturb);
+    LOG4CPLUS_INFO(logger, "Read " << m_settingsFile.name() << ", rules: " << names.size());
+}
+
+Decision AttentionWorker::decide(const TavoAttentionItem &item)
+{
+    const AttentionInput input = inputOf(item);
+    Decision decision = Decision::of(input, m_settings.rules, m_quietTimes.doNotDisturb());
+    m_rulesNode->count(decision.rules);
+    m_quietTimes.doNotDisturb().remember(input);
+    return decision;
+}
+
+void AttentionWorker::limitRate(const TavoAttentionItem &item, Decision &decision)
+{
+    const bool isUrgent = decision.priority >= TavoNotificationItemPriority::Urgent;
+    if (isUrgent || m_rates.take(item.source(), m_clock.elapsed())) {
+        return;
+    }
+    decision.isShown = false;
+    decision.isHeard = false;
+    decision.isSpoken = false;
+    decision.reason = QStringLiteral("its source has sent too many");
+}
+
+void AttentionWorker::on_notify_activated(const CMSetDataRequest &request)
+{
+    TavoAttentionItem item = itemOf(request);
+    if (isEmpty(item)) {
+        request.reply().setError(error(TAVO_TR("There is nothing to show or to play")));
+        return;
+    }
+    if (item.id().isEmpty()) {
+        item.setId(tavoGenerateUuid());
+    } else if (m_items.isOpen(item.id())) {
+        request.reply().setError(error(TAVO_TR("A notification with this id is open")));
+        return;
+    }
+    if (m_items.count() >= maxOpen) {
+        request.reply().setError(error(TAVO_TR("There are too many notifications")));
+        return;
+    }
+    Decision decision = decide(item);
+    limitRate(item, decision);
+    if (decision.isQuiet && m_missedInQuiet.size() < maxSources) {
+        ++m_missedInQuiet[item.application().isEmpty() ? item.source() : item.application()];
+    }
+    TavoAttentionOutcome outcome = m_items.open(item, decision);
+    outcome.setRules(namesOf(m_settings.rules, decision.rules));
+    request.reply().setValue(TavoValue().setAttentionOutcome(outcome).__variant());
+}
+
+void AttentionWorker::on_replace_activated(const CMSetDataRequest &request)
+{
+    const TavoAttentionItem item = itemOf(request);
+    if (!m_items.isOpen(item.id())) {
+        request.reply().setError(error(TAVO_TR("There is no such notification")));
+        return;
+    }
+    const Decision decision = decide(item);
+    TavoAttentionOutcome outcome = m_items.replace(item, decision);
+    outcome.setRules(namesOf(m_settings.rules, decision.rules));
+    request.reply().setValue(TavoValue().setAttentionOutcome(outcome).__variant());
+}
+
+void AttentionWorker::on_close_activated(const CMSetDataRequest &request)
+{
+    const TavoValue value(request.value().toHash());
+    const TavoAttentionEnded ended = value.attentionEnded();
+    const QString id = ended.id().isEmpty() ? value.string_() : ended.id();
+    if (!m_items.isOpen(id)) {
+        request.reply().setError(error(TAVO_TR("There is no such notification")));
+        return;
+    }
+    const auto end =
+        ended.end() == TavoAttentionEnd::Unknown ? TavoAttentionEnd::Closed : ended.end();
+    m_items.close(id, end, ended.action());
+    request.reply().setValue(QVariant());
+}
+
+void AttentionWorker::on_sound_activated(const CMSetDataRequest &request)
+{
+    const TavoValue value(request.value().toHash());
+    m_items.play(value.string_(), value.notificationPlayerItem(), request.reply());
+}
+
+void AttentionWorker::on_try_activated(const CMSetDataRequest &request)
+{
+    const TavoAttentionItem item = itemOf(request);
+    const AttentionInput input = inputOf(item);
+    const Decision decision = Decision::of(input, m_settings.rules, m_quietTimes.doNotDisturb());
+    TavoList<TavoAttentionVerdict> verdicts;
+    auto applied = decision.rules.begin();
+    for (std::size_t index = 0; index < m_settings.rules.list().size(); ++index) {
+        const Rule &rule = m_settings.rules.list()[index];
+        const bool applies = applied != decision.rules.end() && *applied == index;
+        QString reason = rule.mismatch(input);
+        if (applies) {
+            ++applied;
+            reason = rule.treatment().toString();
+        } else if (reason.isEmpty()) {
+            reason = QStringLiteral("an earlier rule applies");
+        }
+        verdicts.append(
+            TavoAttentionVerdict().setRule(rule.name()).setApplies(applies).setReason(reason));
+    }
+    request.reply().setValue(
+        TavoValue()
+            .setAttentionTrial(TavoAttentionTrial()
+                                   .setVerdicts(verdicts)
+                                   .setShown(decision.isShown)
+                                   .setSounding(decision.isHeard)
+                                   .setSpoken(decision.isSpoken)
+                                   .setPriority(decision.priority)
+                                   .setTimeout(decision.treatment.timeout.value_or(item.timeout()))
+                                   .setReason(decision.reason))
+            .__variant());
+}
+
+void AttentionWorker::on_quietTimes_ended()
+{
+    const auto missed = std::exchange(m_missedInQuiet, {});
+    if (missed.isEmpty() || !m_settings.doNotDisturb.hasSummary) {
+        return;
+    }
+    QStringList lines;
+    for (auto source = missed.begin(); source != missed.end(); ++source) {
+        lines.append(QStringLiteral("%1: %2").arg(source.key()).arg(source.value()));
+    }
+    const auto item = TavoNotificationDisplayItem()
+                          .setTitle(TAVO_TR("While you were not to be disturbed"))
+                          .setMessage(lines.join(QLatin1Char('\n')))
+                          .setTimeout(0)
+                          .setPriority(TavoNotificationItemPriority::Low);
+    CMRoot()->invoke(TavoNotificationDisplayOpenPath(),
+                     TavoValue().setNotificationDisplayItem(item), {});
+}
+
+void AttentionWorker::on_history_leftOpen(const QVector<HistoryEntry> &entries)
+{
+    for (const HistoryEntry &entry : entries) {
+        m_items.openAgain(entry);
+    }
+}

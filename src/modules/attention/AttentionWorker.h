@@ -1,0 +1,61 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "AttentionConfiguration.h"
+#include "HistoryNodes.h"
+#include "OpenItems.h"
+#include "QuietTimes.h"
+#include "RulesNode.h"
+#include <base/WatchedFile.h>
+#include <core/tavo.h>
+
+#include <QElapsedTimer>
+#include <QMap>
+
+#include <attention/AttentionSettings.h>
+
+/// Decides what becomes of notifications, opens their messages and sounds, and remembers them. Every
+/// request gets a reply at once.
+///
+/// Lives in the thread that made it. Owned by the host.
+class AttentionWorker : public CMNodesWorker
+{
+    Q_OBJECT
+
+public:
+    /// Throws the errors of TavoConfiguration.
+    explicit AttentionWorker(const QVariantHash &config);
+
+private Q_SLOTS:
+    void on_notify_activated(const CMSetDataRequest &request);
+    void on_replace_activated(const CMSetDataRequest &request);
+    void on_close_activated(const CMSetDataRequest &request);
+    void on_sound_activated(const CMSetDataRequest &request);
+    void on_try_activated(const CMSetDataRequest &request);
+    void on_settingsFile_changed();
+    void on_quietTimes_ended();
+    void on_history_leftOpen(const QVector<HistoryEntry> &entries);
+
+private:
+    AttentionWorker(const QVariantHash &config, const AttentionConfiguration &configuration);
+
+    void bind(const CMPath &path, void (AttentionWorker::*slot)(const CMSetDataRequest &));
+    void readSettings();
+    Decision decide(const TavoAttentionItem &item);
+
+    /// Keeps it from people if its source has sent too many.
+    void limitRate(const TavoAttentionItem &item, Decision &decision);
+
+    WatchedFile m_settingsFile;
+    AttentionSettings m_settings;
+    RulesNode *m_rulesNode; ///< owned by the node set
+    QuietTimes m_quietTimes;
+    SourceRates m_rates;
+    QElapsedTimer m_clock;
+    History m_history;
+    HistoryNodes m_historyNodes;
+    OpenItems m_items;
+    QMap<QString, int> m_missedInQuiet; ///< by application
+};

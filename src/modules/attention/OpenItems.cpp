@@ -1,0 +1,484 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "OpenItems.h"
+
+#include "AlarmClock.h"
+
+#include <utility>
+
+namespace {
+const log4cplus::Logger logger = log4cplus::Logger::getInstance("Attention");
+
+TavoAttentionEnd::Enum endOf(TavoNotificationDisplayEnd::Enum end)
+{
+    switch (end) {
+    case TavoNotificationDisplayEnd::Expired:
+    case TavoNotificationDisplayEnd::Overtaken:
+        return TavoAttentionEnd::Expired;
+    case TavoNotificationDisplayEnd::Cancelled:
+        return TavoAttentionEnd::Closed;
+    case TavoNotificationDisplayEnd::Closed:
+        return TavoAttentionEnd::Dismissed;
+    case TavoNotificationDisplayEnd::Unknown:
+        break;
+    }
+    return TavoAttentionEnd::Failed;
+}
+
+HistoryEntry::State stateOf(TavoAttentionEnd::Enum end, bool wasShown)
+{
+    using State = HistoryEntry::State;
+    switch (end) {
+    case TavoAttentionEnd::Expired:
+        // A sound that has played to its end was heard.
+        return wasShown ? State::Expired : State::Seen;
+    case TavoAttentionEnd::Closed:
+    case TavoAttentionEnd::Dismissed:
+        return State::Dismissed;
+    case TavoAttentionEnd::ActedOn:
+        return State::ActedOn;
+    case TavoAttentionEnd::Silenced:
+        return State::Silenced;
+    case TavoAttentionEnd::Unknown:
+    case TavoAttentionEnd::Failed:
+        break;
+    }
+    return State::Refused;
+}
+
+/// Somebody has done something about the notification, so it need not be heard to its end.
+bool isAttendedTo(TavoAttentionEnd::Enum end)
+{
+    return end == TavoAttentionEnd::Closed || end == TavoAttentionEnd::Dismissed ||
+           end == TavoAttentionEnd::ActedOn;
+}
+
+bool isEnd(TavoNotificationPlayerResponseType::Enum type)
+{
+    return type == TavoNotificationPlayerResponseType::Finished ||
+           type == TavoNotificationPlayerResponseType::Cancelled ||
+           type == TavoNotificationPlayerResponseType::Failed;
+}
+
+HistoryEntry historyEntryOf(const TavoAttentionItem &item, const Decision &decision)
+{
+    HistoryEntry entry;
+    entry.id = item.id();
+    entry.time = AlarmClock::now();
+    entry.source = item.source();
+    entry.application = item.application();
+    entry.category = item.category();
+    entry.group = decision.treatment.group.value_or(item.group());
+    entry.priority = decision.priority;
+    entry.title = item.title().toString();
+    entry.text = item.text().toString();
+    entry.isPrivate = item.isTransient() || decision.treatment.isPrivate.value_or(false);
+    entry.mustSee = decision.treatment.mustSee.value_or(false);
+    return entry;
+}
+
+TavoAttentionItem itemOf(const HistoryEntry &entry)
+{
+    return TavoAttentionItem()
+        .setId(entry.id)
+        .setTitle(entry.title)
+        .setText(entry.text)
+        .setApplication(entry.application)
+        .setSource(entry.source)
+        .setCategory(entry.category)
+        .setGroup(entry.group)
+        .setPriority(TavoNotificationItemPriority::Enum(entry.priority));
+}
+
+bool hasSound(const TavoNotificationPlayerItem &sound)
+{
+    return !sound.isEmpty();
+}
+
+bool hasSound(const TavoAttentionItem &item)
+{
+    return hasSound(item.sound());
+}
+
+void cancelOnDisplay(const CMPath &path)
+{
+    // The reply is ignored: if the message has gone already, there is nothing to close.
+    CMRoot()->invoke(TavoNotificationDisplayCancelNotifyPath(), TavoValue().setPath(path), {});
+}
+} // namespace
+
+OpenItems::OpenItems(CMNodes *nodes, History &history)
+    : m_nodes(nodes)
+    , m_history(history)
+    , m_ended(CMValueNode::create(nodes, TavoAttentionEndedPath()))
+    , m_responsePath(QStringLiteral("/attention/soundResponse"))
+{
+    CMActivateNode::create(nodes, m_responsePath)
+        ->setInvoke(this, &OpenItems::on_sound_responded, Qt::QueuedConnection);
+    CMRoot()->connectValueChange(TavoNotificationDisplayEndedPath(), this,
+                                 &OpenItems::on_display_ended);
+    CMRoot()->connectNodeChange(TavoNotificationDisplayQueuePath(), this,
+                                &OpenItems::on_queue_nodeChanged);
+    CMRoot()->connectNodeChange(TavoNotificationPlayerEnqueuePath(), this,
+                                &OpenItems::on_player_nodeChanged);
+}
+
+OpenItems::~OpenItems()
+{
+    // Their nodes go, or nobody is left to tell their requesters of their end.
+    for (const Entry &entry : qAsConst(m_entries)) {
+        if (!entry.request.isEmpty()) {
+            cancelOnDisplay(entry.path);
+        }
+        cancelSounds(entry);
+    }
+}
+
+TavoAttentionOutcome OpenItems::open(const TavoAttentionItem &item, const Decision &decision)
+{
+    Entry &entry = insert(item, decision);
+    entry.number = m_history.add(historyEntryOf(item, decision));
+    if (decision.isShown &&
+        (!item.title().isEmpty() || !item.text().isEmpty() || !item.path().isEmpty())) {
+        show(entry);
+    }
+    entry.awaitsSound = decision.isHeard && item.soundFollows();
+    if (decision.isHeard && !item.soundFollows() && (hasSound(item) || decision.treatment.sound)) {
+        startSound(entry, item.sound());
+    }
+    TavoAttentionOutcome outcome = outcomeOf(entry);
+    finishIfOver(item.id());
+    return outcome;
+}
+
+void OpenItems::openAgain(const HistoryEntry &entry)
+{
+    Decision decision;
+    decision.priority = TavoNotificationItemPriority::Enum(entry.priority);
+    decision.treatment.timeout = 0;
+    const TavoAttentionItem item = itemOf(entry);
+    if (isOpen(item.id())) {
+        return;
+    }
+    Entry &opened = insert(item, decision);
+    opened.number = entry.number;
+    show(opened);
+}
+
+TavoAttentionOutcome OpenItems::replace(const TavoAttentionItem &item, const Decision &decision)
+{
+    Entry &entry = *m_entries.find(item.id());
+    const TavoAttentionItem previous = std::exchange(entry.item, item);
+    const Decision decided = std::exchange(entry.decision, decision);
+    const bool isOnDisplay = !entry.request.isEmpty();
+    if (isOnDisplay && decision.isShown) {
+        if (entry.node) {
+            entry.node->show(item, [this](CMActivateNode *action) {
+                action->setInvoke(this, &OpenItems::on_action_activated, Qt::QueuedConnection);
+            });
+        }
+        if (decided.priority != decision.priority || previous.timeout() != item.timeout()) {
+            hide(entry);
+            requestDisplay(entry);
+        }
+    } else if (isOnDisplay) {
+        hide(entry);
+        messageEnded(entry, TavoAttentionEnd::Silenced);
+    } else if (decision.isShown) {
+        show(entry);
+    }
+    if (decision.isHeard && hasSound(item)) {
+        cancelSounds(entry);
+        startSound(entry, item.sound());
+    }
+    TavoAttentionOutcome outcome = outcomeOf(entry);
+    finishIfOver(item.id());
+    return outcome;
+}
+
+OpenItems::Entry &OpenItems::insert(const TavoAttentionItem &item, const Decision &decision)
+{
+    return *m_entries.insert(item.id(), Entry{item, decision});
+}
+
+TavoAttentionOutcome OpenItems::outcomeOf(const Entry &entry) const
+{
+    return TavoAttentionOutcome()
+        .setId(entry.item.id())
+        .setShown(!entry.request.isEmpty())
+        .setSounding(!entry.sounds.isEmpty())
+        .setReason(entry.decision.reason);
+}
+
+void OpenItems::show(Entry &entry)
+{
+    entry.path = entry.item.path();
+    if (entry.path.isEmpty()) {
+        entry.node.emplace(m_nodes, TavoAttentionMessagesPath() + QString::number(++m_lastMessage));
+        entry.node->show(entry.item, [this](CMActivateNode *action) {
+            action->setInvoke(this, &OpenItems::on_action_activated, Qt::QueuedConnection);
+        });
+        entry.path = entry.node->path();
+    }
+    requestDisplay(entry);
+}
+
+void OpenItems::requestDisplay(Entry &entry)
+{
+    // A requester with a node of its own knows the display's reports by its own id. No other request has
+    // the others.
+    entry.request =
+        entry.node ? QStringLiteral("attention-%1").arg(++m_lastRequest) : entry.item.id();
+    m_requests.insert(entry.request, entry.item.id());
+    const bool mustSee = entry.decision.treatment.mustSee.value_or(false);
+    const int timeout = entry.decision.treatment.timeout.value_or(entry.item.timeout());
+    const auto item = TavoNotificationDisplayItem()
+                          .setId(entry.request)
+                          .setPath(entry.path)
+                          .setPriority(entry.decision.priority)
+                          .setTimeout(mustSee ? 0 : timeout);
+    const CMReply<QVariant> reply;
+    reply.addWatcher(
+        this,
+        [this, id = entry.item.id(), request = entry.request](const CMVoidReply &answer) {
+            on_show_finished(id, request, answer);
+        },
+        Qt::QueuedConnection);
+    CMRoot()->invoke(TavoNotificationDisplayOpenPath(),
+                     TavoValue().setNotificationDisplayItem(item), reply);
+}
+
+void OpenItems::hide(Entry &entry)
+{
+    m_requests.remove(entry.request);
+    entry.request.clear();
+    cancelOnDisplay(entry.path);
+}
+
+void OpenItems::on_show_finished(const QString &id, const QString &request,
+                                 const CMVoidReply &reply)
+{
+    const auto entry = m_entries.find(id);
+    if (entry == m_entries.end() || entry->request != request || !reply.error().isError()) {
+        return;
+    }
+    LOG4CPLUS_WARN(logger, "Notification "
+                               << id << " is not shown: " << reply.error().message().toString());
+    messageEnded(*entry, TavoAttentionEnd::Failed);
+    finishIfOver(id);
+}
+
+void OpenItems::play(const QString &id, const TavoNotificationPlayerItem &sound,
+                     const CMReply<QVariant> &reply)
+{
+    const auto entry = m_entries.find(id);
+    const bool isOver = entry == m_entries.end();
+    if (!isOver) {
+        entry->awaitsSound = false;
+    }
+    const bool isHeard = !isOver && entry->decision.isHeard;
+    if (isHeard && (hasSound(sound) || entry->decision.treatment.sound)) {
+        const CMReply<QVariant> answer = startSound(*entry, sound);
+        answer.onFinished(this, [reply](const CMReply<QVariant> &finished) {
+            if (finished.error().isError()) {
+                reply.setError(finished.error());
+            } else {
+                reply.setValue(QVariant());
+            }
+        });
+        return;
+    }
+    reply.setValue(QVariant());
+    if (!isOver) {
+        finishIfOver(id);
+    }
+    if (!sound.playbackResponsePath().isEmpty()) {
+        CMRoot()->invoke(sound.playbackResponsePath(),
+                         TavoValue().setNotificationPlayerResponse(
+                             TavoNotificationPlayerResponse()
+                                 .setId(sound.id())
+                                 .setType(TavoNotificationPlayerResponseType::Cancelled)),
+                         {});
+    }
+}
+
+CMReply<QVariant> OpenItems::startSound(Entry &entry, TavoNotificationPlayerItem sound)
+{
+    const CMPath target = sound.playbackResponsePath();
+    if (sound.id().isEmpty()) {
+        sound.setId(tavoGenerateUuid());
+    }
+    if (entry.decision.treatment.sound) {
+        sound.setType(TavoNotificationPlayerItemType::Uri)
+            .setContent(*entry.decision.treatment.sound)
+            .setContentStreamFormat({});
+    }
+    const QString id = sound.id();
+    sound.setPriority(entry.decision.priority).setPlaybackResponsePath(m_responsePath);
+    entry.sounds.insert(id);
+    m_sounds.insert(id, {entry.item.id(), target});
+    CMReply<QVariant> reply = CMRoot()->invoke(TavoNotificationPlayerEnqueuePath(),
+                                               TavoValue().setNotificationPlayerItem(sound), {});
+    reply.addWatcher(
+        this,
+        [this, id](const CMVoidReply &answer) {
+            // A refused request gets no response.
+            if (answer.error().isError()) {
+                LOG4CPLUS_WARN(logger, "Sound " << id << " is not played: "
+                                                << answer.error().message().toString());
+                soundEnded(id);
+            }
+        },
+        Qt::QueuedConnection);
+    return reply;
+}
+
+void OpenItems::on_sound_responded(const CMSetDataRequest &request)
+{
+    request.reply().setValue(QVariant());
+    const auto response = TavoValue(request.value().toHash()).notificationPlayerResponse();
+    const auto sound = m_sounds.find(response.id());
+    if (sound == m_sounds.end()) {
+        return;
+    }
+    if (!sound->target.isEmpty()) {
+        CMRoot()->invoke(sound->target, request.value(), {});
+    }
+    if (!isEnd(response.type())) {
+        return;
+    }
+    const auto entry = m_entries.find(sound->notification);
+    if (entry != m_entries.end() && entry->end == TavoAttentionEnd::Unknown &&
+        entry->request.isEmpty()) {
+        entry->end = response.type() == TavoNotificationPlayerResponseType::Finished
+                         ? TavoAttentionEnd::Expired
+                     : response.type() == TavoNotificationPlayerResponseType::Failed
+                         ? TavoAttentionEnd::Failed
+                         : TavoAttentionEnd::Closed;
+    }
+    soundEnded(response.id());
+}
+
+void OpenItems::soundEnded(const QString &sound)
+{
+    const QString id = m_sounds.take(sound).notification;
+    const auto entry = m_entries.find(id);
+    if (entry == m_entries.end()) {
+        return;
+    }
+    entry->sounds.remove(sound);
+    entry->heardUntil = AlarmClock::now();
+    finishIfOver(id);
+}
+
+void OpenItems::cancelSounds(const Entry &entry)
+{
+    for (const QString &sound : entry.sounds) {
+        CMRoot()->invoke(TavoNotificationPlayerCancelPath(), TavoValue().setString_(sound), {});
+    }
+}
+
+void OpenItems::close(const QString &id, TavoAttentionEnd::Enum end, const QString &action)
+{
+    const auto entry = m_entries.find(id);
+    Q_ASSERT(entry != m_entries.end());
+    entry->action = action;
+    if (!entry->request.isEmpty()) {
+        hide(*entry);
+    }
+    messageEnded(*entry, end);
+    finishIfOver(id);
+}
+
+void OpenItems::messageEnded(Entry &entry, TavoAttentionEnd::Enum end)
+{
+    m_requests.remove(entry.request);
+    entry.request.clear();
+    entry.end = end;
+    if (!entry.path.isEmpty() && end != TavoAttentionEnd::Failed) {
+        entry.shownUntil = AlarmClock::now();
+    }
+    if (isAttendedTo(end)) {
+        entry.awaitsSound = false;
+        cancelSounds(entry);
+    }
+}
+
+void OpenItems::finishIfOver(const QString &id)
+{
+    const auto found = m_entries.find(id);
+    if (!found->request.isEmpty() || !found->sounds.isEmpty() || found->awaitsSound) {
+        return;
+    }
+    Entry entry = *found;
+    if (entry.end == TavoAttentionEnd::Unknown) {
+        entry.end = TavoAttentionEnd::Silenced; // nothing of it has reached people
+    }
+    m_entries.erase(found);
+    if (entry.node) {
+        entry.node->dispose();
+    }
+    m_history.change(entry.number, stateOf(entry.end, entry.shownUntil != 0), entry.action,
+                     AlarmClock::now());
+    m_ended->setValue(TavoValue().setAttentionEnded(TavoAttentionEnded()
+                                                        .setId(id)
+                                                        .setEnd(entry.end)
+                                                        .setAction(entry.action)
+                                                        .setShownUntil(entry.shownUntil)
+                                                        .setHeardUntil(entry.heardUntil)
+                                                        .setNumber(++m_ends)));
+}
+
+void OpenItems::on_display_ended(const CMPath & /*path*/, const QVariant &value)
+{
+    const auto ended = TavoValue(value.toHash()).displayEnded();
+    const QString id = m_requests.value(ended.id());
+    const auto entry = m_entries.find(id);
+    if (entry == m_entries.end()) {
+        return;
+    }
+    messageEnded(*entry, endOf(ended.end()));
+    finishIfOver(id);
+}
+
+void OpenItems::on_queue_nodeChanged(const CMPath & /*path*/, bool published)
+{
+    if (published) {
+        return;
+    }
+    const QStringList ids = m_entries.keys();
+    for (const QString &id : ids) {
+        Entry &entry = m_entries[id];
+        if (!entry.request.isEmpty()) {
+            messageEnded(entry, TavoAttentionEnd::Failed);
+            finishIfOver(id);
+        }
+    }
+}
+
+void OpenItems::on_player_nodeChanged(const CMPath & /*path*/, bool published)
+{
+    if (published) {
+        return;
+    }
+    // The player has dropped its sounds, so no responses will come.
+    const QStringList sounds = m_sounds.keys();
+    for (const QString &sound : sounds) {
+        soundEnded(sound);
+    }
+}
+
+void OpenItems::on_action_activated(const CMSetDataRequest &request)
+{
+    for (auto entry = m_entries.begin(); entry != m_entries.end(); ++entry) {
+        const auto key = entry->node ? entry->node->actionAt(request.path()) : std::nullopt;
+        if (key) {
+            request.reply().setValue(QVariant());
+            close(entry.key(), TavoAttentionEnd::ActedOn, *key);
+            return;
+        }
+    }
+    request.reply().setError(CMError(QStringLiteral("Attention"),
+                                     TAVO_TR("The notification has no such action any more")));
+}

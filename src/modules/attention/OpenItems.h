@@ -1,0 +1,108 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "history/History.h"
+#include "MessageNode.h"
+#include <core/tavo.h>
+
+#include <QHash>
+#include <QObject>
+#include <QSet>
+
+#include <attention/Decision.h>
+#include <optional>
+
+/// The notifications that are open: their messages on the display, and their sounds.
+///
+/// Owned by the worker, used in its thread. Nothing waits for another module. Each notification ends once,
+/// when both its message and its sounds have ended.
+class OpenItems : public QObject
+{
+    Q_OBJECT
+
+public:
+    OpenItems(CMNodes *nodes, History &history);
+    ~OpenItems() override;
+
+    bool isOpen(const QString &id) const { return m_entries.contains(id); }
+    int count() const { return m_entries.size(); }
+
+    /// Opens a notification, whose id is not open, as decided.
+    TavoAttentionOutcome open(const TavoAttentionItem &item, const Decision &decision);
+
+    /// Opens one again that the history has as open.
+    void openAgain(const HistoryEntry &entry);
+
+    /// Changes one that is open. A message that the new decision does not show is closed.
+    TavoAttentionOutcome replace(const TavoAttentionItem &item, const Decision &decision);
+
+    /// Plays a sound of a notification, or cancels it at once if it is to be kept from people, or the
+    /// notification is over. An empty sound: there is none after all.
+    void play(const QString &id, const TavoNotificationPlayerItem &sound,
+              const CMReply<QVariant> &reply);
+
+    /// Ends an open one.
+    void close(const QString &id, TavoAttentionEnd::Enum end, const QString &action);
+
+private Q_SLOTS:
+    void on_display_ended(const CMPath &path, const QVariant &value);
+    void on_queue_nodeChanged(const CMPath &path, bool published);
+    void on_player_nodeChanged(const CMPath &path, bool published);
+    void on_sound_responded(const CMSetDataRequest &request);
+    void on_action_activated(const CMSetDataRequest &request);
+
+private:
+    struct Entry
+    {
+        TavoAttentionItem item;
+        Decision decision;
+        qint64 number = 0;                 ///< in the history
+        CMPath path{};                     ///< of its message
+        std::optional<MessageNode> node{}; ///< if the requester has none of its own
+        QString request{};        ///< the id of the request to show it; empty if it is not shown
+        bool awaitsSound = false; ///< its requester sends one, or says that there is none
+        QSet<QString> sounds{};   ///< the ids of those that have not ended
+        TavoAttentionEnd::Enum end = TavoAttentionEnd::Unknown;
+        QString action{};
+        qint64 shownUntil = 0;
+        qint64 heardUntil = 0;
+    };
+    using Entries = QHash<QString, Entry>;
+
+    /// A sound that has not ended.
+    struct Sound
+    {
+        QString notification;
+        CMPath target; ///< where its requester wants the responses; may be empty
+    };
+
+    Entry &insert(const TavoAttentionItem &item, const Decision &decision);
+    TavoAttentionOutcome outcomeOf(const Entry &entry) const;
+
+    void show(Entry &entry);
+    void hide(Entry &entry);
+    void requestDisplay(Entry &entry);
+    void on_show_finished(const QString &id, const QString &request, const CMVoidReply &reply);
+
+    CMReply<QVariant> startSound(Entry &entry, TavoNotificationPlayerItem sound);
+    void soundEnded(const QString &sound);
+    static void cancelSounds(const Entry &entry);
+
+    void messageEnded(Entry &entry, TavoAttentionEnd::Enum end);
+
+    /// Ends the notification if nothing of it is open any more.
+    void finishIfOver(const QString &id);
+
+    CMNodes *m_nodes;
+    History &m_history;
+    CMValueNode *m_ended;
+    CMPath m_responsePath;
+    Entries m_entries;                  ///< by id
+    QHash<QString, QString> m_requests; ///< ids of notifications, by the requests to show them
+    QHash<QString, Sound> m_sounds;     ///< by id
+    quint64 m_lastRequest = 0;
+    quint64 m_lastMessage = 0;
+    qint64 m_ends = 0;
+};

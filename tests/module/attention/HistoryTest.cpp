@@ -1,0 +1,106 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "module/attention/AttentionModuleTest.h"
+
+namespace {
+using testing::IsEmpty;
+using testing::SizeIs;
+
+class AttentionHistoryTest : public AttentionModuleTest
+{
+protected:
+    AttentionHistoryTest() { load(); }
+
+    State::Enum stateOf(const QString &id)
+    {
+        for (const auto &record : history()) {
+            if (record.id() == id) {
+                return record.state();
+            }
+        }
+        return State::Unknown;
+    }
+
+    static int missed() { return valueAt(TavoAttentionMissedPath()).int_(); }
+};
+
+TEST_F(AttentionHistoryTest, RemembersWhatCameAndWhatBecameOfIt)
+{
+    notify(message("open"_s));
+    notify(message("expired"_s).setPriority(Priority::Urgent).setTimeout(1));
+    endOf("expired"_s);
+    notify(message("closed"_s));
+    requestClose("closed"_s).succeeds();
+    setDoNotDisturb(true);
+    notify(message("silenced"_s));
+    EXPECT_EQ(stateOf("open"_s), State::Shown);
+    EXPECT_EQ(stateOf("expired"_s), State::Expired);
+    EXPECT_EQ(stateOf("closed"_s), State::Dismissed);
+    EXPECT_EQ(stateOf("silenced"_s), State::Silenced);
+    const auto newest = history(TavoAttentionQuery().setLimit(1));
+    ASSERT_THAT(newest, SizeIs(1));
+    EXPECT_EQ(newest[0].title(), "silenced"_s);
+    EXPECT_EQ(newest[0].text(), "text"_s);
+    EXPECT_EQ(newest[0].source(), "mail"_s);
+    EXPECT_GT(newest[0].time(), 0);
+}
+
+TEST_F(AttentionHistoryTest, CountsWhatNobodyHasSeen)
+{
+    setDoNotDisturb(true);
+    notify(message("1"_s));
+    notify(message("2"_s));
+    EXPECT_TRUE(waitFor([] { return missed() == 2; }));
+    EXPECT_THAT(history(TavoAttentionQuery().setMissed(true)), SizeIs(2));
+    EXPECT_TRUE(Request(TavoAttentionMarkSeenPath(), QVariant()).succeeds());
+    EXPECT_TRUE(waitFor([] { return missed() == 0; }));
+    EXPECT_EQ(stateOf("1"_s), State::Seen);
+}
+
+TEST_F(AttentionHistoryTest, KeepsNoTextOfTransientAndPrivateOnes)
+{
+    setSettings(
+        R"({"rules": [{"name": "bank", "when": {"source": ["bank"]}, "then": {"private": true}}]})");
+    notify(message("transient"_s).setTransient(true));
+    notify(message("bank"_s, "bank"_s));
+    const auto records = history();
+    ASSERT_THAT(records, SizeIs(2));
+    for (const auto &record : records) {
+        EXPECT_EQ(record.title(), QString());
+        EXPECT_EQ(record.text(), QString());
+    }
+}
+
+TEST_F(AttentionHistoryTest, SurvivesARestart)
+{
+    notify(message("Parcel"_s));
+    requestClose("Parcel"_s).succeeds();
+    load();
+    EXPECT_EQ(stateOf("Parcel"_s), State::Dismissed);
+}
+
+TEST_F(AttentionHistoryTest, FindsWords)
+{
+    notify(message("Parcel"_s));
+    notify(message("Doorbell"_s));
+    EXPECT_THAT(history(TavoAttentionQuery().setSearch("door"_s)), SizeIs(1));
+    EXPECT_THAT(history(TavoAttentionQuery().setSearch("window"_s)), IsEmpty());
+    EXPECT_THAT(history(TavoAttentionQuery().setSource("chat"_s)), IsEmpty());
+}
+
+TEST_F(AttentionHistoryTest, OpensAgainWhatMustBeSeen)
+{
+    setSettings(
+        R"({"rules": [{"name": "leak", "when": {"source": ["leak"]}, "then": {"mustSee": true}}]})");
+    notify(message("Water"_s, "leak"_s).setTimeout(1));
+    notify(message("Mail"_s));
+    load();
+    ASSERT_TRUE(waitFor([] { return displayed() == std::vector{"Water"_s}; }));
+    CMSubscribe::closeNode(displayedPath());
+    EXPECT_EQ(endOf("Water"_s).end(), End::Dismissed);
+    load();
+    EXPECT_EQ(stateOf("Water"_s), State::Dismissed);
+    EXPECT_THAT(displayed(), IsEmpty());
+}
+} // namespace

@@ -1,0 +1,188 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "module/attention/AttentionModuleTest.h"
+
+namespace {
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class AttentionNotifyTest : public AttentionModuleTest
+{
+protected:
+    AttentionNotifyTest() { load(); }
+};
+
+TEST_F(AttentionNotifyTest, ShowsAMessage)
+{
+    const auto outcome = notify(message("Parcel"_s));
+    EXPECT_TRUE(outcome.shown());
+    EXPECT_FALSE(outcome.sounding());
+    EXPECT_EQ(outcome.id(), "Parcel"_s);
+    EXPECT_THAT(displayed(), ElementsAre("Parcel"_s));
+    EXPECT_EQ(rowOf(displayedPath()).title().toString(), "text"_s);
+}
+
+TEST_F(AttentionNotifyTest, ChoosesAnIdIfThereIsNone)
+{
+    const auto first = notify(message("one"_s).setId({}));
+    const auto second = notify(message("two"_s).setId({}));
+    EXPECT_FALSE(first.id().isEmpty());
+    EXPECT_NE(first.id(), second.id());
+}
+
+TEST_F(AttentionNotifyTest, RefusesAnEmptyRequest)
+{
+    EXPECT_EQ(requestNotify({}).errorText(), "There is nothing to show or to play");
+}
+
+TEST_F(AttentionNotifyTest, RefusesAnIdThatIsOpen)
+{
+    notify(message("Parcel"_s));
+    EXPECT_EQ(requestNotify(message("Parcel"_s)).errorText(),
+              "A notification with this id is open");
+}
+
+TEST_F(AttentionNotifyTest, ShowsTheNodeOfARequester)
+{
+    services().publish(CMPath("/door/message"_s), {});
+    notify(message("Door"_s).setPath(CMPath("/door/message"_s)));
+    EXPECT_EQ(displayedPath(), CMPath("/door/message"_s));
+}
+
+TEST_F(AttentionNotifyTest, PlaysASoundWithItsPriority)
+{
+    const auto outcome = notify(withSound(message("Door"_s), "bell"_s).setPriority(Priority::High));
+    EXPECT_TRUE(outcome.sounding());
+    ASSERT_NE(playing("bell"_s), nullptr);
+    EXPECT_EQ(playing("bell"_s)->content, "/sounds/bell"_s);
+}
+
+TEST_F(AttentionNotifyTest, ReportsOneEndForMessageAndSound)
+{
+    notify(withSound(message("Door"_s), "bell"_s).setTimeout(1));
+    ASSERT_TRUE(waitFor([] { return displayed().empty(); }));
+    settle();
+    EXPECT_THAT(ends(), IsEmpty()) << "the sound still plays";
+    playing("bell"_s)->reportEnded();
+    const auto ended = endOf("Door"_s);
+    EXPECT_EQ(ended.end(), End::Expired);
+    EXPECT_GT(ended.shownUntil(), 0);
+    EXPECT_GE(ended.heardUntil(), ended.shownUntil());
+    EXPECT_EQ(ends().size(), 1);
+}
+
+TEST_F(AttentionNotifyTest, PassesOnTheResponsesOfASound)
+{
+    std::vector<TavoNotificationPlayerResponseType::Enum> types;
+    const CMPath target("/door/responses"_s);
+    services().take(target, [&types](const CMSetDataRequest &request) {
+        types.push_back(TavoValue(request.value().toHash()).notificationPlayerResponse().type());
+        request.reply().setValue(QVariant());
+    });
+    auto item = message("Door"_s);
+    item.setSound(
+        TavoNotificationPlayerItem().setId("bell"_s).setContent("/bell"_s).setPlaybackResponsePath(
+            target));
+    notify(item);
+    playing("bell"_s)->reportEnded();
+    EXPECT_TRUE(waitFor([&types] { return types.size() == 2; }));
+    EXPECT_THAT(types, ElementsAre(TavoNotificationPlayerResponseType::Started,
+                                   TavoNotificationPlayerResponseType::Finished));
+}
+
+TEST_F(AttentionNotifyTest, StopsTheSoundWhenAPersonClosesTheMessage)
+{
+    notify(withSound(message("Door"_s), "bell"_s));
+    ScriptedPlayer *bell = playing("bell"_s);
+    CMSubscribe::closeNode(displayedPath());
+    EXPECT_TRUE(waitFor([bell] { return bell->stops > 0; }));
+    bell->reportStopped();
+    EXPECT_EQ(endOf("Door"_s).end(), End::Dismissed);
+}
+
+TEST_F(AttentionNotifyTest, EndsBothAtARequest)
+{
+    notify(withSound(message("Door"_s), "bell"_s));
+    ScriptedPlayer *bell = playing("bell"_s);
+    EXPECT_TRUE(requestClose("Door"_s).succeeds());
+    EXPECT_TRUE(waitFor([bell] { return bell->stops > 0; }));
+    bell->reportStopped();
+    EXPECT_EQ(endOf("Door"_s).end(), End::Closed);
+    EXPECT_THAT(displayed(), IsEmpty());
+    EXPECT_EQ(requestClose("Door"_s).errorText(), "There is no such notification");
+}
+
+TEST_F(AttentionNotifyTest, ReportsTheActionThatAPersonChooses)
+{
+    notify(message("Door"_s).setActions(
+        {TavoAttentionAction().setKey("open"_s).setLabel("Open"_s),
+         TavoAttentionAction().setKey("wait"_s).setLabel("In a moment"_s)}));
+    const TavoRoles row = rowOf(displayedPath(), 2);
+    EXPECT_EQ(row.title().toString(), "In a moment"_s);
+    EXPECT_TRUE(Request(row.path(), QVariant()).succeeds());
+    const auto ended = endOf("Door"_s);
+    EXPECT_EQ(ended.end(), End::ActedOn);
+    EXPECT_EQ(ended.action(), "wait"_s);
+    EXPECT_THAT(displayed(), IsEmpty());
+}
+
+TEST_F(AttentionNotifyTest, ReplacesTheTextInPlace)
+{
+    notify(message("Door"_s));
+    notify(message("Parcel"_s));
+    const CMPath path = displayedPath();
+    const Request request(
+        TavoAttentionReplacePath(),
+        TavoValue().setAttentionItem(message("Door"_s).setText(TrString("Somebody has gone"))));
+    EXPECT_TRUE(request.succeeds());
+    EXPECT_EQ(displayedPath(), path);
+    EXPECT_EQ(rowOf(path).title().toString(), "Somebody has gone"_s);
+}
+
+TEST_F(AttentionNotifyTest, QueuesAReplacedMessageAnewWithAnotherPriority)
+{
+    notify(message("Door"_s));
+    notify(message("Parcel"_s));
+    const Request request(
+        TavoAttentionReplacePath(),
+        TavoValue().setAttentionItem(message("Parcel"_s).setPriority(Priority::Urgent)));
+    EXPECT_TRUE(request.succeeds());
+    settle();
+    EXPECT_THAT(displayed(), ElementsAre("Parcel"_s, "Door"_s));
+    EXPECT_THAT(ends(), IsEmpty());
+}
+
+TEST_F(AttentionNotifyTest, RefusesToReplaceWhatIsNotOpen)
+{
+    const Request request(TavoAttentionReplacePath(), TavoValue().setAttentionItem(message("x"_s)));
+    EXPECT_EQ(request.errorText(), "There is no such notification");
+}
+
+TEST_F(AttentionNotifyTest, EndsWhenTheDisplayGoes)
+{
+    notify(message("Door"_s));
+    unloadNotifications();
+    EXPECT_EQ(endOf("Door"_s).end(), End::Failed);
+}
+
+TEST_F(AttentionNotifyTest, FailsWithoutADisplay)
+{
+    unloadNotifications();
+    notify(message("Door"_s));
+    EXPECT_EQ(endOf("Door"_s).end(), End::Failed);
+}
+
+TEST_F(AttentionNotifyTest, KeepsFloodsOfASourceFromPeople)
+{
+    setSettings(R"({"eachSource": {"messages": 2, "seconds": 3600}})");
+    EXPECT_TRUE(notify(message("1"_s)).shown());
+    EXPECT_TRUE(notify(message("2"_s)).shown());
+    const auto third = notify(message("3"_s));
+    EXPECT_FALSE(third.shown());
+    EXPECT_EQ(third.reason(), "its source has sent too many"_s);
+    EXPECT_EQ(endOf("3"_s).end(), End::Silenced);
+    EXPECT_TRUE(notify(message("other"_s, "chat"_s)).shown());
+    EXPECT_TRUE(notify(message("fire"_s).setPriority(Priority::Urgent)).shown());
+}
+} // namespace

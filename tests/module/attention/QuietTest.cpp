@@ -1,0 +1,103 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "module/attention/AttentionModuleTest.h"
+
+#include <QDateTime>
+
+namespace {
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class AttentionQuietTest : public AttentionModuleTest
+{
+protected:
+    AttentionQuietTest() { load(); }
+};
+
+TEST_F(AttentionQuietTest, IsOffByDefault)
+{
+    EXPECT_FALSE(doNotDisturb().on());
+    EXPECT_EQ(doNotDisturb().until(), 0);
+}
+
+TEST_F(AttentionQuietTest, KeepsMessagesAndSoundsFromPeople)
+{
+    ASSERT_TRUE(setDoNotDisturb(true).succeeds());
+    EXPECT_TRUE(doNotDisturb().on());
+    EXPECT_TRUE(doNotDisturb().chosen());
+    const auto outcome = notify(withSound(message("Mail"_s), "ping"_s));
+    EXPECT_FALSE(outcome.shown());
+    EXPECT_FALSE(outcome.sounding());
+    EXPECT_EQ(outcome.reason(), "do-not-disturb is on"_s);
+    EXPECT_EQ(endOf("Mail"_s).end(), End::Silenced);
+}
+
+TEST_F(AttentionQuietTest, LetsUrgentOnesPass)
+{
+    setDoNotDisturb(true);
+    const auto outcome = notify(message("Fire"_s).setPriority(Priority::Urgent));
+    EXPECT_TRUE(outcome.shown());
+    EXPECT_EQ(outcome.reason(), "do-not-disturb is on, but its priority passes"_s);
+}
+
+TEST_F(AttentionQuietTest, LetsTheSecondCallPass)
+{
+    setDoNotDisturb(true);
+    EXPECT_FALSE(notify(message("+49 30 1"_s, "phone"_s).setId("call"_s)).shown());
+    EXPECT_FALSE(notify(message("+49 30 2"_s, "phone"_s).setId("call"_s)).shown());
+    EXPECT_TRUE(notify(message("+49 30 1"_s, "phone"_s).setId("call"_s)).shown());
+}
+
+TEST_F(AttentionQuietTest, SilencesOnlySoundsIfToldSo)
+{
+    setSettings(R"({"doNotDisturb": {"silence": "sound"}})");
+    setDoNotDisturb(true);
+    const auto outcome = notify(withSound(message("Mail"_s), "ping"_s));
+    EXPECT_TRUE(outcome.shown());
+    EXPECT_FALSE(outcome.sounding());
+}
+
+TEST_F(AttentionQuietTest, EndsAtTheChosenTime)
+{
+    ASSERT_TRUE(setDoNotDisturb(true, QDateTime::currentMSecsSinceEpoch() + 100).succeeds());
+    EXPECT_TRUE(doNotDisturb().on());
+    EXPECT_TRUE(waitFor([] { return !doNotDisturb().on(); }));
+}
+
+TEST_F(AttentionQuietTest, FollowsAScheduleThatIsAlways)
+{
+    setSettings(R"({"doNotDisturb": {"times": [{"from": "00:00", "to": "24:00"}]}})");
+    EXPECT_TRUE(doNotDisturb().on());
+    EXPECT_FALSE(doNotDisturb().chosen());
+    setSettings("{}");
+    EXPECT_FALSE(doNotDisturb().on());
+}
+
+TEST_F(AttentionQuietTest, SumsUpWhatCame)
+{
+    setDoNotDisturb(true);
+    notify(message("1"_s));
+    notify(message("2"_s));
+    notify(message("3"_s, "chat"_s));
+    setDoNotDisturb(false);
+    ASSERT_TRUE(waitFor([] { return !displayed().empty(); }));
+    EXPECT_THAT(displayed(), ElementsAre("While you were not to be disturbed"_s));
+    EXPECT_EQ(rowOf(displayedPath()).title().toString(), "chat: 1\nmail: 2"_s);
+}
+
+TEST_F(AttentionQuietTest, SumsUpNothingIfNothingCame)
+{
+    setDoNotDisturb(true);
+    setDoNotDisturb(false);
+    settle();
+    EXPECT_THAT(displayed(), IsEmpty());
+}
+
+TEST_F(AttentionQuietTest, RefusesAChoiceWithoutSense)
+{
+    EXPECT_EQ(Request(TavoAttentionSetDoNotDisturbPath(), QVariant()).errorText(),
+              "The request does not say whether it is to be on");
+    EXPECT_EQ(setDoNotDisturb(true, 1000).errorText(), "The time is over");
+}
+} // namespace
