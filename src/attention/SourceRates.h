@@ -15,7 +15,7 @@ class SourceRates
 public:
     struct Limit
     {
-        int count = 30;
+        int count = 60;
         int periodMs = 60000;
     };
 

@@ -55,6 +55,8 @@ OpenNotifications::OpenNotifications(CMNodes *nodes)
 {
     CMRoot()->connectNodeChange(TavoAttentionNotifyPath(), this,
                                 &OpenNotifications::on_attention_nodeChanged);
+    CMRoot()->connectValueChange(TavoAttentionEndedPath(), this,
+                                 &OpenNotifications::on_attention_ended);
     CMRoot()->connectValueChange(TavoNotificationDisplayEndedPath(), this,
                                  &OpenNotifications::on_display_ended);
     CMRoot()->connectNodeChange(TavoNotificationDisplayQueuePath(), this,
@@ -71,7 +73,7 @@ quint32 OpenNotifications::freeId()
 QString OpenNotifications::requestOf(quint32 id) const
 {
     const auto entry = m_entries.find(id);
-    return entry == m_entries.end() || entry->item.isEmpty() ? QString() : entry->request;
+    return entry == m_entries.end() || !entry->isAttended ? QString() : entry->request;
 }
 
 CMError OpenNotifications::open(quint32 id, const DesktopNotification &notification, bool hasSound)
@@ -90,8 +92,10 @@ CMError OpenNotifications::open(quint32 id, const DesktopNotification &notificat
         withdraw(entry);
         return error;
     }
-    // Whatever shows it anew later comes without a sound.
-    entry->item.setSoundFollows(false);
+    if (!entry->item.isEmpty()) {
+        // Whatever shows it anew later comes without a sound.
+        entry->item.setSoundFollows(false);
+    }
     return error;
 }
 
@@ -152,7 +156,9 @@ CMReply<QVariant> OpenNotifications::show(quint32 id, Entry &entry)
             on_open_finished(id, request, reply);
         },
         Qt::QueuedConnection);
-    if (!entry.item.isEmpty()) {
+    entry.isAttended = !entry.item.isEmpty();
+    if (entry.isAttended) {
+        m_attended.insert(entry.request, id);
         entry.item.setId(entry.request)
             .setPath(entry.node.path())
             .setPriority(entry.priority)
@@ -194,7 +200,7 @@ void OpenNotifications::on_open_finished(quint32 id, const QString &request,
         remove(entry, Reason::Undefined);
         return;
     }
-    if (!entry->item.isEmpty() && !TavoValue(reply.value().toHash()).attentionOutcome().shown()) {
+    if (entry->isAttended && !TavoValue(reply.value().toHash()).attentionOutcome().shown()) {
         // People's rules keep it from them.
         remove(entry, Reason::Undefined);
         return;
@@ -208,7 +214,7 @@ void OpenNotifications::on_open_finished(quint32 id, const QString &request,
 void OpenNotifications::hide(const Entry &entry, Reason reason, const QString &action)
 {
     // The reply is ignored: if the notification has gone already, there is nothing to close.
-    if (entry.item.isEmpty()) {
+    if (!entry.isAttended) {
         CMRoot()->invoke(TavoNotificationDisplayCancelNotifyPath(),
                          TavoValue().setPath(entry.node.path()), {});
         return;
@@ -254,7 +260,7 @@ void OpenNotifications::takeCancel(const CMPath &path)
 {
     const auto entry = m_entries.find(NotificationNode::idOf(path));
     if (entry != m_entries.end() && entry->node.path() == path) {
-        if (!entry->item.isEmpty()) {
+        if (entry->isAttended) {
             // The display may not have the message yet.
             hide(*entry, Reason::Closed);
         }
@@ -293,6 +299,7 @@ void OpenNotifications::on_display_ended(const CMPath & /*path*/, const QVariant
     }
     if (entry->givesWay && ended.end() == TavoNotificationDisplayEnd::Cancelled) {
         entry->timeout = entry->timeout > 0 ? std::max(ended.remaining(), 1) : 0;
+        entry->item = {}; // it has been decided about already
         show(id, *entry);
     } else {
         remove(entry, reasonFor(ended.end()));
@@ -307,17 +314,29 @@ void OpenNotifications::on_queue_nodeChanged(const CMPath & /*path*/, bool publi
     closeAll(Reason::Undefined);
 }
 
+void OpenNotifications::on_attention_ended(const CMPath & /*path*/, const QVariant &value)
+{
+    // Of what the display has reported, nothing is left. The rest could not be shown.
+    const QString request = TavoValue(value.toHash()).attentionEnded().id();
+    const quint32 id = m_attended.take(request);
+    const auto entry = find(id, request);
+    if (entry != m_entries.end() && !entry->givesWay) {
+        remove(entry, Reason::Undefined);
+    }
+}
+
 void OpenNotifications::on_attention_nodeChanged(const CMPath & /*path*/, bool published)
 {
     m_hasAttention = published;
     if (published) {
         return;
     }
+    m_attended.clear();
     // It has closed the messages that it has opened.
     const QList<quint32> ids = m_entries.keys();
     for (const quint32 id : ids) {
         const auto entry = m_entries.find(id);
-        if (entry != m_entries.end() && !entry->item.isEmpty()) {
+        if (entry != m_entries.end() && entry->isAttended) {
             remove(entry, Reason::Undefined);
         }
     }

@@ -85,6 +85,7 @@ private Q_SLOTS:
     void on_display_ended(const CMPath &path, const QVariant &value);
     void on_queue_nodeChanged(const CMPath &path, bool published);
     void on_attention_nodeChanged(const CMPath &path, bool published);
+    void on_attention_ended(const CMPath &path, const QVariant &value);
     void on_notification_rowsChanged(const CMPath &path, const QStringList &changes, int, int);
     void on_action_activated(const CMSetDataRequest &request);
 
@@ -98,6 +99,7 @@ private:
         int timeout = 0;
         /// What the module for attention decides about; empty without it.
         TavoAttentionItem item{};
+        bool isAttended = false; ///< that module has the last request to show it
         bool isResident = false;
         bool isAwaited = false; ///< the display has not replied to the last request
         bool isStale = false;   ///< priority or timeout have changed since that request
@@ -119,6 +121,7 @@ private:
 
     CMNodes *m_nodes; ///< owned by the worker
     bool m_hasAttention;
+    QHash<QString, quint32> m_attended; ///< ids of what the module for attention has not ended
     Entries m_entries;
     NotificationIds m_ids;
     quint64 m_requests = 0; ///< to show a notification, so far
