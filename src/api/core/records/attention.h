@@ -66,6 +66,7 @@ class TavoAttentionAction : public TavoHash
 
     /// By which the requester knows it. "default" is the action of the whole notification.
     TAVO_FIELD(QString, key, setKey)
+    /// What people read.
     TAVO_FIELD(TrString, label, setLabel)
 };
 
@@ -77,7 +78,9 @@ class TavoAttentionItem : public TavoHash
     /// Chosen by the requester; must not be that of an open notification. If it is empty, the module
     /// chooses one.
     TAVO_FIELD(QString, id, setId)
+    /// One line.
     TAVO_FIELD(TrString, title, setTitle)
+    /// The message.
     TAVO_FIELD(TrString, text, setText)
     /// A node of the requester that shows the notification. If it is empty, the module makes one of the
     /// title and the text.
@@ -92,9 +95,11 @@ class TavoAttentionItem : public TavoHash
     TAVO_FIELD(QString, category, setCategory)
     /// Messages of a group may be shown as one. If it is empty, those of a source are a group.
     TAVO_FIELD(QString, group, setGroup)
+    /// Of message and sound.
     TAVO_FIELD(TavoNotificationItemPriority::Enum, priority, setPriority)
     /// Milliseconds on display; 0 or less: until closed.
     TAVO_FIELD(int, timeout, setTimeout)
+    /// The first 64 count.
     TAVO_FIELD(TavoList<TavoAttentionAction>, actions, setActions)
     /// What to play, without a response path. The id may be empty.
     TAVO_FIELD(TavoNotificationPlayerItem, sound, setSound)
@@ -109,6 +114,7 @@ class TavoAttentionOutcome : public TavoHash
 {
     TAVO_RECORD(TavoAttentionOutcome)
 
+    /// The id of the notification.
     TAVO_FIELD(QString, id, setId)
     /// Its message is open: on display, or waiting for it.
     TAVO_FIELD(bool, shown, setShown)
@@ -125,13 +131,16 @@ class TavoAttentionEnded : public TavoHash
 {
     TAVO_RECORD(TavoAttentionEnded)
 
+    /// The id of the notification.
     TAVO_FIELD(QString, id, setId)
+    /// How it ended.
     TAVO_FIELD(TavoAttentionEnd::Enum, end, setEnd)
     /// The key of the action that a person chose, if one did.
     TAVO_FIELD(QString, action, setAction)
-    /// When its message was closed and its sound ended, in milliseconds since the epoch (UTC); 0: it had
-    /// none, or it was kept from people.
+    /// When its message was closed, in milliseconds since the epoch (UTC); 0: it had none, or it was kept
+    /// from people.
     TAVO_FIELD(qint64, shownUntil, setShownUntil)
+    /// When its sound ended, likewise.
     TAVO_FIELD(qint64, heardUntil, setHeardUntil)
     /// Counts the ends, from 1.
     TAVO_FIELD(qint64, number, setNumber)
@@ -142,6 +151,7 @@ class TavoAttentionDoNotDisturb : public TavoHash
 {
     TAVO_RECORD(TavoAttentionDoNotDisturb)
 
+    /// They do not want to be disturbed.
     TAVO_FIELD(bool, on, setOn)
     /// When it changes by itself, in milliseconds since the epoch (UTC); 0: never.
     TAVO_FIELD(qint64, until, setUntil)
@@ -154,7 +164,9 @@ class TavoAttentionRule : public TavoHash
 {
     TAVO_RECORD(TavoAttentionRule)
 
+    /// The name of the rule.
     TAVO_FIELD(QString, name, setName)
+    /// How many notifications it has applied to since it was read.
     TAVO_FIELD(qint64, count, setCount)
 };
 
@@ -163,9 +175,11 @@ class TavoAttentionRules : public TavoHash
 {
     TAVO_RECORD(TavoAttentionRules)
 
+    /// The file that they are read from.
     TAVO_FIELD(QString, file, setFile)
     /// What is wrong with the file, while the last good rules go on; empty if nothing is.
     TAVO_FIELD(QString, error, setError)
+    /// The rules in use.
     TAVO_FIELD(TavoList<TavoAttentionRule>, rules, setRules)
 };
 
@@ -174,7 +188,9 @@ class TavoAttentionVerdict : public TavoHash
 {
     TAVO_RECORD(TavoAttentionVerdict)
 
+    /// The name of the rule.
     TAVO_FIELD(QString, rule, setRule)
+    /// It applies.
     TAVO_FIELD(bool, applies, setApplies)
     /// What it sets if it applies; otherwise why it does not.
     TAVO_FIELD(QString, reason, setReason)
@@ -185,11 +201,17 @@ class TavoAttentionTrial : public TavoHash
 {
     TAVO_RECORD(TavoAttentionTrial)
 
+    /// One for each rule, in their order.
     TAVO_FIELD(TavoList<TavoAttentionVerdict>, verdicts, setVerdicts)
+    /// Its message would be shown.
     TAVO_FIELD(bool, shown, setShown)
+    /// Its sound would be played.
     TAVO_FIELD(bool, sounding, setSounding)
+    /// It would be read aloud.
     TAVO_FIELD(bool, spoken, setSpoken)
+    /// Of message and sound.
     TAVO_FIELD(TavoNotificationItemPriority::Enum, priority, setPriority)
+    /// Milliseconds on display; 0: until closed.
     TAVO_FIELD(int, timeout, setTimeout)
     /// Why something is kept from people, or why it passes although they do not want to be disturbed.
     TAVO_FIELD(QString, reason, setReason)
@@ -206,6 +228,7 @@ class TavoAttentionQuery : public TavoHash
     TAVO_FIELD(int, limit, setLimit)
     /// Only those with these words in their title or text; beginnings of words suffice.
     TAVO_FIELD(QString, search, setSearch)
+    /// The program's name, for rules.
     TAVO_FIELD(QString, source, setSource)
     /// Only those that nobody has seen.
     TAVO_FIELD(bool, missed, setMissed)
@@ -216,17 +239,27 @@ class TavoAttentionRecord : public TavoHash
 {
     TAVO_RECORD(TavoAttentionRecord)
 
+    /// Counts the notifications, from 1.
     TAVO_FIELD(qint64, number, setNumber)
+    /// The id of the notification.
     TAVO_FIELD(QString, id, setId)
-    /// When it came and when it ended, in milliseconds since the epoch (UTC); 0: it is open.
+    /// When it came, in milliseconds since the epoch (UTC).
     TAVO_FIELD(qint64, time, setTime)
+    /// When it ended, likewise; 0: it is open.
     TAVO_FIELD(qint64, endTime, setEndTime)
+    /// The program's name, for rules.
     TAVO_FIELD(QString, source, setSource)
+    /// The program's name, for people.
     TAVO_FIELD(QString, application, setApplication)
+    /// Such as "im.received".
     TAVO_FIELD(QString, category, setCategory)
+    /// Of message and sound.
     TAVO_FIELD(TavoNotificationItemPriority::Enum, priority, setPriority)
+    /// One line.
     TAVO_FIELD(QString, title, setTitle)
+    /// The message.
     TAVO_FIELD(QString, text, setText)
+    /// What became of it.
     TAVO_FIELD(TavoAttentionState::Enum, state, setState)
     /// The key of the action that a person chose, if one did.
     TAVO_FIELD(QString, action, setAction)
@@ -237,6 +270,7 @@ class TavoAttentionPage : public TavoHash
 {
     TAVO_RECORD(TavoAttentionPage)
 
+    /// The notifications.
     TAVO_FIELD(TavoList<TavoAttentionRecord>, records, setRecords)
     /// What before() must be for the next page; 0 if there is none. A page may be short, or even empty,
     /// although more follow.
