@@ -31,9 +31,10 @@ int main(int argc, char **argv)
 {
     const log4cplus::Initializer logging;
     initialiseLog();
-    testing::InitGoogleTest(&argc, argv);
-    // A forked process with several threads may hang on a lock; a new process can't.
+    // A forked process with several threads may hang on a lock; a new process can't. An argument may set
+    // another style.
     GTEST_FLAG_SET(death_test_style, "threadsafe");
+    testing::InitGoogleTest(&argc, argv);
     const QCoreApplication application(argc, argv);
     return RUN_ALL_TESTS();
 }
