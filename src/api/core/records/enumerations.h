@@ -67,6 +67,7 @@ struct TAVO_API_EXPORT TavoNotificationDisplayEnd
 /// How a notification ended that people's rules had to allow.
 struct TAVO_API_EXPORT TavoAttentionEnd
 {
+    /// The numbers that have names.
     enum Enum : int {
         Unknown = 0,
         Expired = 1,   ///< after its timeout, or at the end of its sound
@@ -76,12 +77,14 @@ struct TAVO_API_EXPORT TavoAttentionEnd
         Silenced = 5,  ///< rules or do-not-disturb kept it from people
         Failed = 6     ///< it could be neither shown nor played
     };
+    /// The name, or the digits of a number that has none.
     static QString toString(Enum value);
 };
 
 /// What became of a notification of the past.
 struct TAVO_API_EXPORT TavoAttentionState
 {
+    /// The numbers that have names.
     enum Enum : int {
         Unknown = 0,
         Shown = 1,     ///< it is open
@@ -92,6 +95,7 @@ struct TAVO_API_EXPORT TavoAttentionState
         Silenced = 6,  ///< nobody has seen it
         Refused = 7    ///< it could be neither shown nor played
     };
+    /// The name, or the digits of a number that has none.
     static QString toString(Enum value);
 };
 
