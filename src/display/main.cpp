@@ -208,7 +208,8 @@ int check(const CommandLine &line, const DisplayConfiguration &configuration)
     }
     QLockFile lock(lockFile(busOf(line, configuration), std::get<QString>(screen)));
     lock.setStaleLockTime(0);
-    return print(lock.tryLock() ? QStringLiteral("not running") : QStringLiteral("running"));
+    const bool isRunning = !lock.tryLock() && lock.error() == QLockFile::LockFailedError;
+    return print(isRunning ? QStringLiteral("running") : QStringLiteral("not running"));
 }
 
 int act(int argc, char **argv, CommandLine line)

@@ -5,6 +5,7 @@
 
 #include "base/Printable.h"
 #include "cli/commands/ErrorText.h"
+#include "cli/doctor/Disks.h"
 #include "cli/doctor/HostModules.h"
 #include "cli/doctor/SoundDevice.h"
 #include <core/base/connect.h>
@@ -34,6 +35,7 @@ DoctorCommand::DoctorCommand(const Options &options, TavoClient &client, Termina
 
 void DoctorCommand::start()
 {
+    m_findings += lookAtDisks();
     lookAtModuleFiles();
 }
 
