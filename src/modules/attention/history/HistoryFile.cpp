@@ -302,9 +302,10 @@ void HistoryFile::readTotals()
 class HistoryFile::PageReader
 {
 public:
-    PageReader(const HistoryFile &file, const HistoryQuery &query)
+    PageReader(const HistoryFile &file, const HistoryQuery &query, qint64 before)
         : m_file(file)
         , m_query(query)
+        , m_before(before)
         , m_limit(qBound(1, query.limit, HistoryQuery::maxLimit))
     {
         m_elapsed.start();
@@ -315,6 +316,12 @@ public:
     {
         while (rows.next()) {
             const HistoryEntry entry = m_file.entryOf(rows);
+            // In a damaged file; a page must never lead back to one before it.
+            if (entry.number >= m_before) {
+                throw HistoryError(HistoryError::Kind::Damaged,
+                                   QStringLiteral("its entries are in a wrong order"));
+            }
+            m_before = entry.number;
             if (m_page.entries.size() == m_limit || isLate()) {
                 m_page.next = entry.number + 1;
                 return false;
@@ -347,6 +354,7 @@ private:
 
     const HistoryFile &m_file;
     const HistoryQuery &m_query;
+    qint64 m_before; ///< the next entry's number must be lower
     const int m_limit;
     QElapsedTimer m_elapsed;
     bool m_hasRead = false;
@@ -356,7 +364,7 @@ private:
 HistoryPage HistoryFile::page(const HistoryQuery &query)
 {
     const qint64 before = query.before > 0 ? numberInFile(query.before) : maxNumber;
-    PageReader reader(*this, query);
+    PageReader reader(*this, query, before - m_shift);
     const QString expression = HistoryIndex::expression(query);
     if (expression.isEmpty()) {
         reader.read(

@@ -116,7 +116,7 @@ QString HistoryIndex::expression(const HistoryQuery &query)
 std::vector<qint64> HistoryIndex::blocks(qint64 before)
 {
     std::vector<qint64> blocks;
-    SqliteRows rows(m_blocks, blockOf(before));
+    SqliteRows rows(m_blocks, blockOf(before - 1));
     while (rows.next()) {
         blocks.push_back(rows.number(0));
     }

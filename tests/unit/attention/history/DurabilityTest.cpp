@@ -160,13 +160,12 @@ TEST_F(DurabilityTest, AThreadThatHasNothingToDoSleeps)
         }
     }
     ASSERT_FALSE(thread.isEmpty());
-    // It may just be finishing.
-    QByteArray sleeps;
-    ASSERT_TRUE(waitFor([&] {
-        const QByteArray last = sleeps;
-        sleeps = sleepsOf(thread);
-        return sleeps == last;
-    }));
-    waitFor([] { return false; }, std::chrono::milliseconds(600));
-    EXPECT_EQ(sleepsOf(thread), sleeps);
+    // It may still be finishing in the first of these times. What wakes up regularly does so in each.
+    bool hasSlept = false;
+    for (int i = 0; i < 5 && !hasSlept; ++i) {
+        const QByteArray sleeps = sleepsOf(thread);
+        waitFor([] { return false; }, std::chrono::milliseconds(600));
+        hasSlept = sleepsOf(thread) == sleeps;
+    }
+    EXPECT_TRUE(hasSlept);
 }

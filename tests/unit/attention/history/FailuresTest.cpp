@@ -9,6 +9,7 @@
 
 #include <gmock/gmock.h>
 
+#include <numeric>
 #include <sys/stat.h>
 
 using testing::Contains;
@@ -139,10 +140,6 @@ TEST_F(FailuresTest, WhatWaitsIsBoundedAndTheOldestIsLostAndCounted)
     }
     makeRoomForFolder();
     ASSERT_TRUE(waitForEvents(*recovered, 1));
-    const int lost = recovered->first().first().toInt();
-    EXPECT_GT(lost, count / 2);
-    EXPECT_LT(lost, count);
-
     QStringList read;
     HistoryQuery query;
     query.limit = HistoryQuery::maxLimit;
@@ -151,9 +148,15 @@ TEST_F(FailuresTest, WhatWaitsIsBoundedAndTheOldestIsLostAndCounted)
         read += titles(page);
         query.before = page.next;
     } while (query.before != 0);
-    EXPECT_EQ(read.size(), count - lost);
     EXPECT_EQ(read.first(), QString::number(count - 1));
-    EXPECT_EQ(read.last(), QString::number(lost));
+    EXPECT_LT(read.size(), count / 2);
+    EXPECT_EQ(read.last(), QString::number(count - read.size()));
+    EXPECT_TRUE(waitFor([&] {
+        return std::accumulate(recovered->begin(), recovered->end(), read.size(),
+                               [](int sum, const QList<QVariant> &arguments) {
+                                   return sum + arguments.first().toInt();
+                               }) == count;
+    }));
 }
 
 TEST_F(FailuresTest, WhatIsWaitingAtTheEndIsWritten)
