@@ -198,7 +198,8 @@ int main(int argc, char **argv)
     qputenv("QT_NO_GLIB", "1");
     const QCoreApplication application(argc, argv);
     const int count = argc > 1 ? std::atoi(argv[1]) : 1'000'000;
-    const QTemporaryDir folder(QDir::current().filePath(QStringLiteral("history-XXXXXX")));
+    const QTemporaryDir folder(QCoreApplication::applicationDirPath() +
+                               QLatin1String("/history-XXXXXX"));
     HistorySettings settings;
     settings.file = folder.filePath(QStringLiteral("history.db"));
     settings.maxEntries = 2 * count;

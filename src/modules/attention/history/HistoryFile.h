@@ -53,7 +53,6 @@ public:
 
 private:
     struct Statements;
-    class PageReader;
     struct Totals
     {
         qint64 entries = 0;
@@ -69,7 +68,6 @@ private:
     void readTotals();
     void begin();
     qint64 numberInFile(qint64 number) const;
-    HistoryEntry entryOf(const SqliteRows &rows) const;
 
     Sqlite m_database;
     const HistorySettings m_settings;

@@ -107,8 +107,9 @@ QString HistoryIndex::expression(const HistoryQuery &query)
         }
         parts.append(QLatin1String("{title text application} : (") + words + QLatin1Char(')'));
     }
-    if (hasWord(query.source)) {
-        parts.append(QLatin1String("source : ") + quoted(query.source));
+    const QString source = query.source.left(maxSearchLength);
+    if (hasWord(source)) {
+        parts.append(QLatin1String("source : ") + quoted(source));
     }
     return parts.join(QLatin1String(" AND "));
 }

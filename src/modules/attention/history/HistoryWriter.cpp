@@ -198,7 +198,9 @@ void HistoryWriter::replaceFile(const HistoryError &error)
 {
     if (mend(error)) {
         open();
-        m_nextRound = Clock::now();
+        if (m_file && !m_isInMemory) {
+            m_nextRound = Clock::now();
+        }
     }
 }
 

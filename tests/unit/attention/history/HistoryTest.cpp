@@ -152,6 +152,9 @@ TEST_F(HistoryTest, ASearchTakesAnyText)
     HistoryQuery query;
     query.text = "a"_s + QChar(0) + "\""_s + QChar(0xD800) + " b"_s.repeated(10000);
     page(query);
+    query.source = "s"_s.repeated(5 << 20);
+    query.text = query.source;
+    page(query);
     EXPECT_THAT(search("quoted twice"_s), SizeIs(1));
     EXPECT_THAT(search("(TWICE"_s), SizeIs(1));
     EXPECT_THAT(*damaged, IsEmpty());

@@ -1,0 +1,80 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "HistoryRows.h"
+
+#include "HistoryError.h"
+
+namespace {
+constexpr qint64 maxReadMs = 100; // then a page ends, so that new entries are written in time
+} // namespace
+
+HistoryEntry historyEntryOf(const SqliteRows &rows, qint64 shift)
+{
+    int column = 0;
+    HistoryEntry entry;
+    entry.number = qBound(-maxHistoryNumber, rows.number(column++), maxHistoryNumber) - shift;
+    entry.id = rows.string(column++);
+    entry.time = rows.number(column++);
+    entry.source = rows.string(column++);
+    entry.application = rows.string(column++);
+    entry.category = rows.string(column++);
+    entry.group = rows.string(column++);
+    entry.priority = int(rows.number(column++));
+    entry.title = rows.string(column++);
+    entry.text = rows.string(column++);
+    entry.state = HistoryEntry::State(rows.number(column++));
+    entry.action = rows.string(column++);
+    entry.endTime = rows.number(column++);
+    const qint64 flags = rows.number(column++);
+    entry.isPrivate = flags & privateHistoryFlag;
+    entry.mustSee = flags & mustSeeHistoryFlag;
+    return entry;
+}
+
+HistoryPageReader::HistoryPageReader(const HistoryQuery &query, qint64 before, qint64 shift)
+    : m_query(query)
+    , m_before(before - shift)
+    , m_shift(shift)
+    , m_limit(qBound(1, query.limit, HistoryQuery::maxLimit))
+{
+    m_elapsed.start();
+}
+
+bool HistoryPageReader::read(SqliteRows &&rows)
+{
+    while (rows.next()) {
+        const HistoryEntry entry = historyEntryOf(rows, m_shift);
+        // In a damaged file; a page must never lead back to one before it.
+        if (entry.number >= m_before) {
+            throw HistoryError(HistoryError::Kind::Damaged,
+                               QStringLiteral("its entries are in a wrong order"));
+        }
+        m_before = entry.number;
+        if (m_page.entries.size() == m_limit || isLate()) {
+            m_page.next = entry.number + 1;
+            return false;
+        }
+        m_hasRead = true;
+        // One of the conditions has selected the rows.
+        if ((m_query.source.isEmpty() || entry.source == m_query.source) &&
+            (!m_query.onlyMissed || entry.isMissed())) {
+            m_page.entries.append(entry);
+        }
+    }
+    return true;
+}
+
+bool HistoryPageReader::goOn(qint64 next)
+{
+    m_hasRead = true;
+    if (isLate()) {
+        m_page.next = next - m_shift;
+    }
+    return !isLate();
+}
+
+bool HistoryPageReader::isLate() const
+{
+    return m_hasRead && m_elapsed.hasExpired(maxReadMs);
+}
