@@ -69,8 +69,8 @@ MessageWindow::MessageWindow(ShownMessage *message, QObject *parent)
     m_engine.rootContext()->setContextProperty(QStringLiteral("look"), &m_look);
     // Of the built-in look, only icons that are missing would be reported.
     m_engine.setOutputWarningsToStandardError(false);
-    m_resizeTimer.setSingleShot(true);
-    tavoConnect(&m_resizeTimer, &QTimer::timeout, this, &MessageWindow::on_resizeTimer_timeout);
+    m_recreateTimer.setSingleShot(true);
+    tavoConnect(&m_recreateTimer, &QTimer::timeout, this, &MessageWindow::on_recreateTimer_timeout);
     tavoConnect(&m_engine, &QQmlEngine::warnings, this, &MessageWindow::on_engine_warnings);
     tavoConnect(message, &ShownMessage::shown, this, &MessageWindow::on_message_shown);
     tavoConnect(message, &ShownMessage::pictureChanged, this,
@@ -138,22 +138,21 @@ void MessageWindow::on_card_implicitHeightChanged()
     if (m_placement->canResize()) {
         place();
     } else {
-        m_resizeTimer.start();
+        m_recreateTimer.start();
     }
 }
 
-void MessageWindow::on_resizeTimer_timeout()
+void MessageWindow::on_recreateTimer_timeout()
 {
-    if (m_window) {
+    if (m_message.isShown()) {
         recreate();
     }
 }
 
+/// One change of the screens may be reported more than once.
 void MessageWindow::on_screens_changed()
 {
-    if (m_window) {
-        recreate();
-    }
+    m_recreateTimer.start();
 }
 
 void MessageWindow::on_engine_warnings(const QList<QQmlError> &warnings)
@@ -233,7 +232,7 @@ void MessageWindow::recreate()
 /// A window that has been destroyed on the platform takes nothing, not even memory.
 void MessageWindow::destroyWindow()
 {
-    m_resizeTimer.stop();
+    m_recreateTimer.stop();
     if (m_focusKey) {
         m_focusKey->follow({}, nullptr);
     }

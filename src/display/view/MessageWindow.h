@@ -37,7 +37,7 @@ private Q_SLOTS:
     void on_message_pictureChanged(const Picture &picture);
     void on_message_hidden();
     void on_card_implicitHeightChanged();
-    void on_resizeTimer_timeout();
+    void on_recreateTimer_timeout();
     void on_screens_changed();
     void on_engine_warnings(const QList<QQmlError> &warnings);
 
@@ -67,5 +67,5 @@ private:
     QString m_loadedTheme;
     QPointer<QScreen> m_screen;
     bool m_wasUrgent = false;
-    QTimer m_resizeTimer;
+    QTimer m_recreateTimer;
 };

@@ -36,6 +36,36 @@ TEST_F(DisplayHostTest, hidesTheMessageOfAHostThatIsKilledAndFollowsTheNextOne)
     EXPECT_TRUE(waitForLook(Priority::Urgent));
 }
 
+TEST_F(DisplayHostTest, staysWithAHostThatHangs)
+{
+    start();
+    const uint id = show("Door", Priority::Normal, 60000);
+    ASSERT_TRUE(waitForLook(Priority::Normal));
+    m_host->sendSignal(SIGSTOP);
+    const QRect numbers(s_closeButton.x() - 120, s_margin, 90, 40);
+    const QImage before = m_server.picture().copy(numbers);
+    EXPECT_TRUE(m_server.waitForPicture(
+        [&](const QImage &picture) { return picture.copy(numbers) != before; }));
+    m_host->sendSignal(SIGCONT);
+    m_messages.close(id);
+    EXPECT_TRUE(waitForNoWindow());
+}
+
+TEST_F(DisplayHostTest, showsAMessageWithoutAnyFont)
+{
+    QFile fonts(m_folder.filePath("fonts.conf"));
+    ASSERT_TRUE(fonts.open(QIODevice::WriteOnly));
+    fonts.write("<fontconfig><cachedir>" + m_folder.path().toUtf8() + "</cachedir></fontconfig>");
+    fonts.close();
+    m_display.setEnvironment("FONTCONFIG_FILE", fonts.fileName());
+    start();
+    show("Alarm", Priority::Urgent);
+    EXPECT_TRUE(waitForLook(Priority::Urgent));
+    waitUntilArmed();
+    m_server.click(s_closeButton);
+    EXPECT_TRUE(waitForNoWindow());
+}
+
 TEST_F(DisplayHostTest, survivesTheBus)
 {
     start();

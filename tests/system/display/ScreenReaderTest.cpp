@@ -94,6 +94,33 @@ TEST_F(DisplayScreenReaderTest, pressesTheButtonOfAnAction)
     EXPECT_EQ(notifier.output(), "open\n");
 }
 
+TEST_F(DisplayScreenReaderTest, speaksTheMessagesOfOtherLibraries)
+{
+    startReader();
+    start();
+    Program glib("gdbus");
+    glib.setEnvironment("DBUS_SESSION_BUS_ADDRESS", m_bus.address());
+    EXPECT_EQ(
+        glib.run({"call", "--session", "-d", "org.freedesktop.Notifications", "-o",
+                  "/org/freedesktop/Notifications", "-m", "org.freedesktop.Notifications.Notify",
+                  "glib", "0", "", "Parcel", "At the <b>door</b>", "[]", "{}", "0"}),
+        0)
+        << glib.error();
+    EXPECT_TRUE(m_reader.hears("notification: Parcel: At the door\n"));
+    Program python("/usr/bin/python3");
+    python.setEnvironment("DBUS_SESSION_BUS_ADDRESS", m_bus.address());
+    EXPECT_EQ(
+        python.run({"-c",
+                    "import dbus\n"
+                    "dbus.Interface(dbus.SessionBus().get_object("
+                    "'org.freedesktop.Notifications', '/org/freedesktop/Notifications'), "
+                    "'org.freedesktop.Notifications').Notify("
+                    "'python', 0, '', 'Alarm', 'The cellar', [], {'urgency': dbus.Byte(2)}, 0)"}),
+        0)
+        << python.error();
+    EXPECT_TRUE(m_reader.hears("notification: Alarm: The cellar\n"));
+}
+
 TEST_F(DisplayWaylandScreenReaderTest, speaksAnUrgentMessageAndClosesIt)
 {
     startReader("Close");

@@ -45,4 +45,69 @@ TEST_F(DisplayWaylandTest, obeysTheModesAndThePosition)
     writeConfiguration({{"mode", "fullscreen"}});
     EXPECT_TRUE(waitForPixel({5, 5}, Palette::find("dark", Priority::Normal).backdrop));
 }
+TEST_F(DisplayWaylandTest, followsTheScaleOfTheScreen)
+{
+    start();
+    show("Door");
+    ASSERT_TRUE(waitForPixel(s_insideOfCorner, background(Priority::Normal)));
+    control("output HEADLESS-1 scale 2");
+    // Everything is twice as large, in pixels.
+    const Palette palette = Palette::find("dark", Priority::Normal);
+    const int left = s_screenWidth - 2 * (s_margin + s_width) + 4;
+    EXPECT_TRUE(waitForPixel({left, 2 * s_insideOfCorner.y()}, palette.accent));
+    EXPECT_EQ(picture().pixelColor(s_screenWidth - 2 * s_margin - 16, 2 * s_insideOfCorner.y()),
+              palette.background);
+}
+
+TEST_F(DisplayWaylandTest, followsTheScreenWhenItIsTurned)
+{
+    start();
+    show("Door");
+    ASSERT_TRUE(waitForPixel(s_insideOfCorner, background(Priority::Normal)));
+    control("output HEADLESS-1 transform 90");
+    constexpr int width = 720; // The sides of the screen have changed places.
+    EXPECT_TRUE(
+        waitForPixel({width - s_margin - 8, s_insideOfCorner.y()}, background(Priority::Normal)));
+}
+
+TEST_F(DisplayWaylandTest, goesToItsScreenWhenThatIsPluggedIn)
+{
+    writeConfiguration({{"screen", "HEADLESS-2"}});
+    start();
+    show("Door");
+    ASSERT_TRUE(waitForPixel(s_insideOfCorner, background(Priority::Normal)));
+    control("create_output");
+    const QPoint onTheNewOne(1920 - s_margin - 8, s_insideOfCorner.y()); // It is wider.
+    ASSERT_TRUE(waitForPixel(onTheNewOne, background(Priority::Normal), "HEADLESS-2"));
+    EXPECT_NE(picture().pixelColor(s_insideOfCorner), background(Priority::Normal));
+}
+
+TEST_F(DisplayWaylandTest, endsWithTheCompositorAndCanBeStartedWithTheNextOne)
+{
+    start();
+    show("Door");
+    ASSERT_TRUE(waitForPixel(s_insideOfCorner, background(Priority::Normal)));
+    m_compositor->kill();
+    EXPECT_NE(m_display.waitForExit(), 0);
+    SetUp();
+    m_display.start({});
+    EXPECT_TRUE(waitForPixel(s_insideOfCorner, background(Priority::Normal)));
+}
+
+/// A compositor that shows one window on the whole screen, and has no layers.
+class DisplayKioskTest : public DisplayWaylandTest
+{
+protected:
+    // On a screen that is not turned, it hands the window's own buffer to the screen, which no screenshot sees.
+    void SetUp() override { startCompositor({"cage", "-r", "--", "sleep", "1000"}); }
+};
+
+TEST_F(DisplayKioskTest, coversTheScreen)
+{
+    start();
+    show("Door");
+    const Palette normal = Palette::find("dark", Priority::Normal);
+    ASSERT_TRUE(waitForPixel({5, 5}, normal.backdrop));
+    EXPECT_TRUE(waitForPixel({360 + 100, s_screenWidth / 2 - 20}, normal.background));
+}
 } // namespace

@@ -180,4 +180,16 @@ TEST_F(DisplayIconThemeTest, refusesNamesThatLeaveTheTheme)
     EXPECT_TRUE(read("").isNull());
     EXPECT_TRUE(read(QString(1 << 20, QLatin1Char('a'))).isNull());
 }
+TEST_F(DisplayPictureReaderTest, readsTheFirstPictureOfAnAnimation)
+{
+    // Two pictures of one pixel: red, then green, without end.
+    const QByteArray gif =
+        QByteArray::fromHex("474946383961010001008000 00ff000000ff00"
+                            "21ff0b4e45545343415045322e30030100000021f904040a000000"
+                            "2c00000000010001000002024401 00"
+                            "21f904040a0000002c000000000100010000020 24c01 003b");
+    const QImage image = read(write("a.gif", gif));
+    ASSERT_EQ(image.size(), QSize(1, 1));
+    EXPECT_EQ(image.pixelColor(0, 0), QColor(Qt::red));
+}
 } // namespace
