@@ -46,7 +46,30 @@ int on_reply(sd_bus_message *message, void *handler, sd_bus_error * /*error*/)
     }
     return 0;
 }
+
+int on_message(sd_bus_message *message, void *handler, sd_bus_error *error)
+{
+    if (sd_bus_message_is_method_call(message, nullptr, nullptr) <= 0) {
+        return 0;
+    }
+    try {
+        (*static_cast<BusCalls::Handler *>(handler))(BusMessage(message));
+        return 1;
+    } catch (...) {
+        return BusError::replyWithCaught(error);
+    }
+}
 } // namespace
+
+BusSlot BusCalls::handleCalls(sd_bus *bus, const Handler &handler)
+{
+    auto kept = std::make_unique<Handler>(handler);
+    sd_bus_slot *slot = nullptr;
+    BusError::check(sd_bus_add_filter(bus, &slot, on_message, kept.get()),
+                    "Calls can't be handled");
+    keep(std::move(kept), slot);
+    return BusSlot(slot);
+}
 
 BusSlot BusCalls::addMatch(sd_bus *bus, const std::string &rule, const Handler &handler)
 {

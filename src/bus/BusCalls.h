@@ -20,6 +20,10 @@ using Handler = std::function<void(const BusMessage &message)>;
 /// anything that is sent later. A bus that refuses the rule ends the connection.
 BusSlot addMatch(sd_bus *bus, const std::string &rule, const Handler &handler);
 
+/// Handles every incoming call until the slot ends, before sd-bus replies to any by itself. An exception
+/// is sent as the error reply.
+BusSlot handleCalls(sd_bus *bus, const Handler &handler);
+
 BusMessage create(sd_bus *bus, const char *service, const char *path, const char *interface,
                   const char *method);
 

@@ -313,9 +313,9 @@ std::unique_ptr<BusObject> BusConnection::createObject(const BusInterface &inter
     return std::make_unique<BusObject>(m_handle.get(), interface);
 }
 
-std::unique_ptr<CallFilter> BusConnection::createCallFilter(const CallFilter::Pass &pass)
+BusSlot BusConnection::handleCalls(const BusCalls::Handler &handler)
 {
-    return std::make_unique<CallFilter>(m_handle.get(), pass);
+    return BusCalls::handleCalls(m_handle.get(), handler);
 }
 
 BusSlot BusConnection::addMatch(const std::string &rule, const BusCalls::Handler &handler)

@@ -7,7 +7,6 @@
 #include "bus/BusHandles.h"
 #include "bus/BusLoop.h"
 #include "bus/BusObject.h"
-#include "bus/CallFilter.h"
 
 #include <QObject>
 #include <QStringList>
@@ -65,9 +64,9 @@ public:
 
     /// The interface must outlive the object.
     std::unique_ptr<BusObject> createObject(const BusInterface &interface);
-    std::unique_ptr<CallFilter> createCallFilter(const CallFilter::Pass &pass);
 
     // See BusCalls.
+    BusSlot handleCalls(const BusCalls::Handler &handler);
     BusSlot addMatch(const std::string &rule, const BusCalls::Handler &handler);
     BusMessage createCall(const char *service, const char *path, const char *interface,
                           const char *method) const;

@@ -15,29 +15,21 @@ std::string attribute(const QXmlStreamReader &xml, const char *name)
     return xml.attributes().value(QLatin1String(name)).toString().toStdString();
 }
 
-/// The arguments in one direction: the joined types, and the names, each ended by a null character.
-struct Arguments
+/// The joined types of the arguments.
+struct Signatures
 {
-    std::string signature;
-    std::string names;
-};
-
-struct InAndOut
-{
-    Arguments in;
-    Arguments out;
+    std::string in;
+    std::string out;
 };
 
 /// Reads the arguments of the method or signal whose start element was read last.
-InAndOut readArguments(QXmlStreamReader &xml)
+Signatures readArguments(QXmlStreamReader &xml)
 {
-    InAndOut result;
+    Signatures result;
     while (xml.readNextStartElement()) {
         if (xml.name() == QLatin1String("arg")) {
             const bool isOut = attribute(xml, "direction") == "out";
-            Arguments &arguments = isOut ? result.out : result.in;
-            arguments.signature += attribute(xml, "type");
-            arguments.names.append(attribute(xml, "name")).push_back('\0');
+            (isOut ? result.out : result.in) += attribute(xml, "type");
         }
         xml.skipCurrentElement();
     }
@@ -48,12 +40,10 @@ void readMember(QXmlStreamReader &xml, BusInterface &interface)
 {
     const std::string name = attribute(xml, "name");
     if (xml.name() == QLatin1String("method")) {
-        const InAndOut arguments = readArguments(xml);
-        interface.methods.push_back({name, arguments.in.signature, arguments.out.signature,
-                                     arguments.in.names + arguments.out.names});
+        const Signatures arguments = readArguments(xml);
+        interface.methods.push_back({name, arguments.in, arguments.out});
     } else if (xml.name() == QLatin1String("signal")) {
-        const InAndOut arguments = readArguments(xml);
-        interface.signalList.push_back({name, arguments.in.signature, arguments.in.names});
+        interface.signalList.push_back({name, readArguments(xml).in});
     } else {
         interface.properties.push_back({name, attribute(xml, "type")});
         xml.skipCurrentElement();

@@ -20,13 +20,11 @@ struct BusInterface
         std::string name;
         std::string in;
         std::string out;
-        std::string argumentNames; ///< of in, then out, each ends with a null character
     };
     struct Signal
     {
         std::string name;
         std::string signature;
-        std::string argumentNames; ///< each ends with a null character
     };
     struct Property
     {

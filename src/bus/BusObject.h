@@ -3,18 +3,17 @@
 
 #pragma once
 
-#include "bus/BusHandles.h"
 #include "bus/BusInterface.h"
 #include "bus/BusMessage.h"
 
 #include <functional>
 #include <map>
 #include <string>
-#include <vector>
+
+class BusObjects;
 
 /// An object on the bus with one interface, whose members and signatures come from its XML. Its methods
 /// are served from publish() until it is destroyed, which must happen before its connection is closed.
-/// StandardCalls describes it to clients and reads its properties.
 class BusObject
 {
 public:
@@ -32,11 +31,12 @@ public:
     /// A property that is a string and does not change.
     void setConstant(const std::string &name, const std::string &value);
 
-    /// Serves the object. Every method and every property must have been set.
-    void publish();
+    /// Adds the object to those of its connection, which must outlive it. Every method and every property
+    /// must have been set.
+    void publish(BusObjects &objects);
 
-    /// Whether a handler will get the call.
-    bool serves(const BusMessage &call) const;
+    /// Null if the call is not one of the object's methods with the arguments that the XML gives it.
+    const Handler *handlerOf(const BusMessage &call) const;
 
     const BusInterface &interface() const { return m_interface; }
     /// The properties, by name.
@@ -46,12 +46,9 @@ public:
     BusMessage createSignal(const char *name) const;
 
 private:
-    static int on_call(sd_bus_message *call, void *object, sd_bus_error *error);
-
     sd_bus *const m_bus; ///< owned by the connection
     const BusInterface &m_interface;
     std::map<std::string, Handler, std::less<>> m_handlers;
     std::map<std::string, std::string, std::less<>> m_constants;
-    std::vector<sd_bus_vtable> m_table; ///< read by sd-bus until the slot ends
-    BusSlot m_slot;
+    BusObjects *m_objects = nullptr; ///< once it is published
 };

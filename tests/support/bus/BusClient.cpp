@@ -112,9 +112,22 @@ void BusClient::sendSignal(const BusInterface &interface, const char *name,
     writer.message().send();
 }
 
+void BusClient::serve(BusObject &object)
+{
+    object.publish(m_objects);
+    m_served = m_connection->handleCalls([this](const BusMessage &call) {
+        if (const BusObject::Handler *handler = m_objects.handlerOf(call)) {
+            (*handler)(call);
+        } else {
+            m_objects.reply(call).send();
+        }
+    });
+}
+
 void BusClient::giveUp()
 {
     m_signals.reset();
+    m_served.reset();
     for (const auto &each : m_calls) {
         if (const auto state = each.lock()) {
             state->isLost = true;

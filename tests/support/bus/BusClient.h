@@ -6,6 +6,7 @@
 #include "support/EventLoop.h"
 #include <bus/BusConnection.h>
 #include <bus/BusError.h>
+#include <bus/BusObjects.h>
 #include <bus/BusReader.h>
 #include <bus/BusWriter.h>
 
@@ -91,6 +92,9 @@ public:
     void sendSignal(const BusInterface &interface, const char *name, const std::string &receiver,
                     const Write &write);
 
+    /// Serves the object until one of the two ends.
+    void serve(BusObject &object);
+
     /// Handles signals until the client leaves the bus.
     void listen(const std::string &rule, const BusCalls::Handler &handler)
     {
@@ -110,4 +114,6 @@ private:
     std::string m_interface;
     std::vector<std::weak_ptr<BusCall::State>> m_calls;
     BusSlot m_signals;
+    BusObjects m_objects;
+    BusSlot m_served;
 };

@@ -258,7 +258,7 @@ TEST_F(BusConnectionTest, SendsTheRestWhenTheSocketHasRoomAgain)
         "<method name='Take'><arg type='s' direction='in'/></method></interface></node>");
     const auto object = receiver.connection().createObject(interface);
     object->setMethod("Take", [&](const BusMessage &) { ++received; });
-    object->publish();
+    receiver.serve(*object);
     constexpr int calls = 20;
     for (int i = 0; i < calls; ++i) {
         const BusMessage call =

@@ -35,7 +35,7 @@ private:
         m_object->setMethod("Fail", [this](const BusMessage &call) {
             ModelErrors::createReply(call, m_error).send();
         });
-        m_object->publish();
+        m_service.serve(*m_object);
         m_client.setTarget(m_service.name(), m_interface.path, m_interface.name);
     }
 

@@ -33,7 +33,7 @@ public:
             m_object->setMethod(unused,
                                 [](const BusMessage &) { throw BusError::failed("unused"); });
         }
-        m_object->publish();
+        m_client.serve(*m_object);
         m_client.takeName("org.tavo.Model1"_s);
     }
 

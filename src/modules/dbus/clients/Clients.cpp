@@ -60,31 +60,28 @@ void Clients::setLimits(const ClientLimits &limits)
     m_quotas.setLimits(limits);
 }
 
-bool Clients::receive(const BusMessage &call)
+void Clients::receive(const BusMessage &call)
 {
     // A bus adds the sender; without one there is nobody to reply to.
     const std::string client = call.sender();
     if (client.empty()) {
-        return false;
+        return;
     }
     if (!m_quotas.knows(client)) {
         askUser(client);
     }
     if (!m_quotas.countRequest(client)) {
         refuse(call, Refusals::tooManyRequests(m_limits.requestsPerSecond));
-        return false;
+    } else if (const BusObject::Handler *handler = m_objects.handlerOf(call)) {
+        (*handler)(call);
+    } else {
+        add(call, m_standardMethod);
     }
-    if (m_standardCalls.areServed(call)) {
-        return true;
-    }
-    add(call, m_standardMethod);
-    return false;
 }
 
 void Clients::serve(BusObject &object, const char *method, const Handler &handler,
                     CallTurns::IfLeft ifLeft)
 {
-    m_standardCalls.add(&object);
     const auto served = std::make_shared<CallTurns::Method>(CallTurns::Method{
         ifLeft, [this, handler](const BusMessage &call) { handle(call, handler); }});
     object.setMethod(method, [this, served](const BusMessage &call) { add(call, *served); });
@@ -129,7 +126,7 @@ void Clients::replyToStandardCall(const BusMessage &call)
 {
     run(call, [this](const BusMessage &standard) {
         const std::size_t bytes = standard.member() == "Introspect" ? descriptionBytes : 0;
-        reply(standard, m_standardCalls.reply(standard), bytes);
+        reply(standard, m_objects.reply(standard), bytes);
     });
 }
 
@@ -210,7 +207,7 @@ void Clients::flush(std::chrono::milliseconds timeout)
 void Clients::on_bus_connected()
 {
     m_unread.start();
-    m_filter = m_bus.createCallFilter([this](const BusMessage &call) { return receive(call); });
+    m_calls = m_bus.handleCalls([this](const BusMessage &call) { receive(call); });
     m_vanished = m_bus.addMatch(vanishedRule,
                                 [this](const BusMessage &message) { on_name_vanished(message); });
 }
@@ -218,8 +215,7 @@ void Clients::on_bus_connected()
 void Clients::on_bus_lost()
 {
     m_vanished.reset();
-    m_filter.reset();
-    m_standardCalls.clear();
+    m_calls.reset();
     m_turns.clear();
     m_outbox.clear();
     for (const std::string &client : m_quotas.clients()) {

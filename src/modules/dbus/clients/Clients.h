@@ -12,8 +12,7 @@
 #include <bus/BusHandles.h>
 #include <bus/BusMessage.h>
 #include <bus/BusObject.h>
-#include <bus/CallFilter.h>
-#include <bus/StandardCalls.h>
+#include <bus/BusObjects.h>
 
 #include <QObject>
 #include <QTimer>
@@ -59,6 +58,9 @@ public:
     }
     void serve(BusObject &object, const char *method, const Handler &handler,
                CallTurns::IfLeft ifLeft);
+
+    /// Serves an object whose methods are set.
+    void publish(BusObject &object) { object.publish(m_objects); }
 
     /// Calls a handler at once. An exception is sent as the error reply.
     template <typename Handle>
@@ -111,7 +113,7 @@ private Q_SLOTS:
     void on_memoryTimer_timeout();
 
 private:
-    bool receive(const BusMessage &call);
+    void receive(const BusMessage &call);
     void askUser(const std::string &client);
     void add(const BusMessage &call, CallTurns::Method &method);
     void handle(const BusMessage &call, const Handler &handler);
@@ -135,9 +137,9 @@ private:
     CallTurns m_turns;
     Outbox m_outbox;
     UnreadBytes m_unread;
-    StandardCalls m_standardCalls; ///< knows the objects while connected
+    BusObjects m_objects; ///< while connected
     CallTurns::Method m_standardMethod;
-    std::unique_ptr<CallFilter> m_filter; ///< while connected
-    BusSlot m_vanished;                   ///< while connected
-    QTimer m_memoryTimer;                 ///< runs after clients have left
+    BusSlot m_calls;      ///< while connected
+    BusSlot m_vanished;   ///< while connected
+    QTimer m_memoryTimer; ///< runs after clients have left
 };

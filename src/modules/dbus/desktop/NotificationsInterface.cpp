@@ -71,7 +71,7 @@ void NotificationsInterface::on_bus_connected()
           CallTurns::IfLeft::Handle);
     serve("GetCapabilities", &NotificationsInterface::getCapabilities);
     serve("GetServerInformation", &NotificationsInterface::getServerInformation);
-    m_object->publish();
+    m_clients.publish(*m_object);
 }
 
 void NotificationsInterface::on_bus_lost()

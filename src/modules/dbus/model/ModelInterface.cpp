@@ -101,7 +101,7 @@ void ModelInterface::on_bus_connected()
     serve("OpenInbox", &ModelInterface::openInbox);
     serve("CloseInbox", &ModelInterface::closeInbox);
     m_object->setConstant("Version", TAVO_VERSION);
-    m_object->publish();
+    m_clients.publish(*m_object);
     m_signals.setObject(m_object.get());
 }
 

@@ -1,16 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "bus/StandardCalls.h"
+#include "bus/BusObjects.h"
 
 #include "bus/BusError.h"
-#include "bus/BusObject.h"
 #include "bus/BusReader.h"
 #include "bus/BusWriter.h"
 
 #include <systemd/sd-id128.h>
-
-#include <algorithm>
 
 namespace {
 constexpr const char *peer = "org.freedesktop.DBus.Peer";
@@ -48,11 +45,6 @@ constexpr const char *standardInterfaces = R"(
       <arg name="property_name" type="s" direction="in"/>
       <arg name="value" type="v" direction="in"/>
     </method>
-    <signal name="PropertiesChanged">
-      <arg name="interface_name" type="s"/>
-      <arg name="changed_properties" type="a{sv}"/>
-      <arg name="invalidated_properties" type="as"/>
-    </signal>
   </interface>
 )";
 
@@ -102,13 +94,17 @@ BusMessage machineId(const BusMessage &call)
 }
 } // namespace
 
-bool StandardCalls::areServed(const BusMessage &call) const
+const BusObject::Handler *BusObjects::handlerOf(const BusMessage &call) const
 {
-    return std::any_of(m_objects.begin(), m_objects.end(),
-                       [&call](const BusObject *object) { return object->serves(call); });
+    for (const BusObject *object : m_objects) {
+        if (const BusObject::Handler *handler = object->handlerOf(call)) {
+            return handler;
+        }
+    }
+    return nullptr;
 }
 
-BusMessage StandardCalls::reply(const BusMessage &call) const
+BusMessage BusObjects::reply(const BusMessage &call) const
 {
     const std::string interface = interfaceOf(call);
     const std::string member = call.member();
@@ -139,7 +135,7 @@ BusMessage StandardCalls::reply(const BusMessage &call) const
     refuse(call);
 }
 
-const BusObject *StandardCalls::objectAt(const std::string &path) const
+const BusObject *BusObjects::objectAt(const std::string &path) const
 {
     for (const BusObject *object : m_objects) {
         if (object->interface().path == path) {
@@ -149,7 +145,7 @@ const BusObject *StandardCalls::objectAt(const std::string &path) const
     return nullptr;
 }
 
-BusMessage StandardCalls::describe(const BusMessage &call) const
+BusMessage BusObjects::describe(const BusMessage &call) const
 {
     const std::string path = pathOf(call);
     const BusObject *object = objectAt(path);
@@ -173,7 +169,7 @@ BusMessage StandardCalls::describe(const BusMessage &call) const
     return reply.message();
 }
 
-BusMessage StandardCalls::readProperty(const BusMessage &call) const
+BusMessage BusObjects::readProperty(const BusMessage &call) const
 {
     BusReader reader(call);
     const std::string interface = reader.readString().toStdString();
@@ -187,7 +183,7 @@ BusMessage StandardCalls::readProperty(const BusMessage &call) const
     return reply.message();
 }
 
-BusMessage StandardCalls::readProperties(const BusMessage &call) const
+BusMessage BusObjects::readProperties(const BusMessage &call) const
 {
     const std::string interface = BusReader(call).readString().toStdString();
     const BusObject &object = *objectAt(pathOf(call));
@@ -206,7 +202,7 @@ BusMessage StandardCalls::readProperties(const BusMessage &call) const
     return reply.message();
 }
 
-void StandardCalls::refuseToSet(const BusMessage &call) const
+void BusObjects::refuseToSet(const BusMessage &call) const
 {
     BusReader reader(call);
     const std::string interface = reader.readString().toStdString();
@@ -218,7 +214,7 @@ void StandardCalls::refuseToSet(const BusMessage &call) const
     throw BusError(SD_BUS_ERROR_PROPERTY_READ_ONLY, "The property can't be set");
 }
 
-void StandardCalls::refuse(const BusMessage &call) const
+void BusObjects::refuse(const BusMessage &call) const
 {
     const std::string member = call.member();
     const BusInterface &interface = objectAt(pathOf(call))->interface();

@@ -4,22 +4,22 @@
 #pragma once
 
 #include "bus/BusMessage.h"
+#include "bus/BusObject.h"
 
 #include <set>
 #include <string>
 
-class BusObject;
-
-/// Replies to the calls that every program on a bus must understand, and to those that nothing serves.
-/// sd-bus would do the same, but at once: nobody could decide when a reply is sent.
-class StandardCalls
+/// The objects of a connection. Replies to the calls that every program on a bus must understand, and to
+/// those that no object handles. sd-bus would do the same, but at once: nobody could decide when a reply
+/// is sent.
+class BusObjects
 {
 public:
     void add(const BusObject *object) { m_objects.insert(object); }
-    void clear() { m_objects.clear(); }
+    void remove(const BusObject *object) { m_objects.erase(object); }
 
-    /// Whether an object handles the call. If not, reply() does.
-    bool areServed(const BusMessage &call) const;
+    /// Null if no object handles the call. Then reply() has the reply.
+    const BusObject::Handler *handlerOf(const BusMessage &call) const;
 
     /// The reply to a call that no object handles. Throws a BusError, which is then the reply.
     BusMessage reply(const BusMessage &call) const;
