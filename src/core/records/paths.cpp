@@ -14,6 +14,7 @@
         return path;                                                                               \
     }
 
+TAVO_PATH(TavoAttentionPath, "/attention")
 TAVO_PATH(TavoAttentionClosePath, "/attention/close")
 TAVO_PATH(TavoAttentionDoNotDisturbPath, "/attention/doNotDisturb")
 TAVO_PATH(TavoAttentionEndedPath, "/attention/ended")

@@ -22,13 +22,20 @@ CMError error(const TrString &message)
     return {QStringLiteral("Attention"), message};
 }
 
+/// Of the names of programs and the like, in characters. They are kept to count notifications.
+constexpr int maxNameLength = 256;
+
+/// Of the titles that decisions depend on.
+constexpr int maxTitleLength = 1000;
+
 TavoAttentionItem itemOf(const CMSetDataRequest &request)
 {
     TavoAttentionItem item = TavoValue(request.value().toHash()).attentionItem();
-    if (item.source().isEmpty()) {
-        item.setSource(item.application());
-    }
-    return item;
+    const QString source = item.source().isEmpty() ? item.application() : item.source();
+    return item.setSource(source.left(maxNameLength))
+        .setApplication(item.application().left(maxNameLength))
+        .setCategory(item.category().left(maxNameLength))
+        .setGroup(item.group().left(maxNameLength));
 }
 
 bool isEmpty(const TavoAttentionItem &item)
@@ -42,7 +49,7 @@ AttentionInput inputOf(const TavoAttentionItem &item)
     AttentionInput input;
     input.source = item.source();
     input.category = item.category();
-    input.title = item.title().toString();
+    input.title = item.title().toString().left(maxTitleLength);
     input.text = item.text().toString();
     input.priority = item.priority();
     input.time = AlarmClock::now();

@@ -17,6 +17,7 @@ struct WellKnown
 };
 
 const std::vector<WellKnown> wellKnown{
+    {&TavoAttentionPath, "/attention"},
     {&TavoAttentionClosePath, "/attention/close"},
     {&TavoAttentionDoNotDisturbPath, "/attention/doNotDisturb"},
     {&TavoAttentionEndedPath, "/attention/ended"},

@@ -6,6 +6,9 @@
 #include "core/records/notifications.h"
 #include "core/records/tavolist.h"
 
+/// The path of the module, below which its nodes are.
+TAVO_API_EXPORT CMPath TavoAttentionPath();
+
 /// Request: notifies people of something, by a message, a sound or both, as their rules and
 /// do-not-disturb allow. Value: a TavoValue with attentionItem(). Reply: a TavoValue with
 /// attentionOutcome().

@@ -70,18 +70,34 @@ CMReply<QVariant> ClientSounds::enqueue(const std::string &client, const QVarian
         return CMRoot()->invoke(TavoNotificationPlayerEnqueuePath(), value, {});
     }
     const TavoNotificationPlayerItem requested = request.notificationPlayerItem();
-    checkTarget(requested.playbackResponsePath());
     // Without fields that the player does not know.
-    auto item = TavoNotificationPlayerItem()
-                    .setId(requested.id())
-                    .setType(requested.type())
-                    .setContent(requested.content())
-                    .setContentStreamFormat(requested.contentStreamFormat())
-                    .setPriority(m_clients.limits().allowedPriority(requested.priority()))
-                    .setLoop(requested.loop())
-                    .setPlaybackResponsePath(requested.playbackResponsePath());
+    TavoNotificationPlayerItem item = clean(requested);
     const auto file = checkAccess(item);
     return send(client, item, bytes, file);
+}
+
+TavoNotificationPlayerItem ClientSounds::clean(const TavoNotificationPlayerItem &requested) const
+{
+    checkTarget(requested.playbackResponsePath());
+    return TavoNotificationPlayerItem()
+        .setId(requested.id())
+        .setType(requested.type())
+        .setContent(requested.content())
+        .setContentStreamFormat(requested.contentStreamFormat())
+        .setPriority(m_clients.limits().allowedPriority(requested.priority()))
+        .setLoop(requested.loop())
+        .setPlaybackResponsePath(requested.playbackResponsePath());
+}
+
+CMPath ClientSounds::prepare(const std::string &client, const TavoNotificationPlayerItem &requested,
+                             std::size_t bytes)
+{
+    TavoNotificationPlayerItem item = clean(requested);
+    if (item.id().isEmpty()) {
+        item.setId(tavoGenerateUuid());
+    }
+    const auto file = checkAccess(item);
+    return watch(client, item, bytes, file);
 }
 
 CMReply<QVariant> ClientSounds::play(const std::string &client,

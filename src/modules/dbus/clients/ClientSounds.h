@@ -42,6 +42,17 @@ public:
     /// too many, and BusError::accessDenied() for a sound or a response path that is not allowed.
     CMReply<QVariant> enqueue(const std::string &client, const QVariant &value, std::size_t bytes);
 
+    /// Checks and charges the sound of a notification that a client requests of the module for attention.
+    /// Throws as enqueue() does. It counts until it is started and has ended, so start() must follow.
+    CMPath prepare(const std::string &client, const TavoNotificationPlayerItem &requested,
+                   std::size_t bytes);
+
+    /// Sends a prepared sound to that module, by the path that prepare() returned.
+    void start(const CMPath &path, const QString &notification)
+    {
+        sendToPlayer(path, m_sounds.at(path), notification);
+    }
+
     /// Enqueues the sound of a client's notification. The sound has been checked; the file is the
     /// one that was opened then. The notification is its id for the module for attention, which passes
     /// the sound on; empty without that module. Throws BusError::limitExceeded() as enqueue() does.
@@ -82,6 +93,7 @@ private:
     CMReply<QVariant> send(const std::string &client, const TavoNotificationPlayerItem &item,
                            std::size_t bytes, const std::optional<OpenedSound> &file,
                            const QString &notification = {});
+    TavoNotificationPlayerItem clean(const TavoNotificationPlayerItem &requested) const;
     std::optional<OpenedSound> checkAccess(TavoNotificationPlayerItem &item) const;
     AllowedSound allowed(const QString &location, SoundAccess::Kind kind) const;
     CMPath watch(const std::string &client, const TavoNotificationPlayerItem &item,

@@ -108,6 +108,11 @@ BusError Refusals::soundNotAllowed(const std::string &reason)
     return BusError::accessDenied(reason);
 }
 
+BusError Refusals::soundWithoutNotification()
+{
+    return BusError::accessDenied("A sound must be sent together with its notification");
+}
+
 BusError Refusals::onlyPlayerReports()
 {
     return BusError::accessDenied("Only the player may report how a sound ends");

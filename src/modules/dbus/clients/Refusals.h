@@ -36,6 +36,7 @@ BusError tooLongForAnInbox(int maxBytes);
 // Sounds. SoundAccess has the reasons why a location is not allowed.
 BusError soundNotAllowed(const std::string &reason);
 BusError onlyPlayerReports();
+BusError soundWithoutNotification();
 
 // Arguments of org.freedesktop.Notifications.
 BusError notificationNotOpen(unsigned id);

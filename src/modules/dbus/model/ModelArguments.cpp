@@ -32,6 +32,21 @@ CMPath pathOf(const QString &text)
     }
     return path;
 }
+
+void checkMessagePath(const CMPath &path)
+{
+    if (path.toString().size() > maxPathLength) {
+        throw Refusals::pathTooLong(maxPathLength);
+    }
+    // A node that changes with each notification would have the display follow its own changes.
+    const bool isOfNotifications = path.isBelow(TavoNotificationsPath()) &&
+                                   !path.isBelow(TavoNotificationDisplaySimpleMessageNodePath());
+    const bool isOfAttention =
+        path.isBelow(TavoAttentionPath()) && !path.isBelow(TavoAttentionMessagesPath());
+    if (isOfNotifications || isOfAttention) {
+        throw Refusals::notAMessage();
+    }
+}
 } // namespace
 
 CMPath ModelArguments::readPath(BusReader &reader)
@@ -68,15 +83,16 @@ Subscriptions::Change ModelArguments::readChange(BusReader &reader)
 
 void ModelArguments::checkTexts(const QVariant &value)
 {
-    const TavoNotificationDisplayItem item = TavoValue(value.toHash()).notificationDisplayItem();
+    const TavoValue request(value.toHash());
+    const TavoNotificationDisplayItem message = request.notificationDisplayItem();
+    check(message.title(), "title", maxTitleLength);
+    check(message.message(), "message", maxMessageLength);
+    checkMessagePath(message.path());
+    const TavoAttentionItem item = request.attentionItem();
     check(item.title(), "title", maxTitleLength);
-    check(item.message(), "message", maxMessageLength);
-    if (item.path().toString().size() > maxPathLength) {
-        throw Refusals::pathTooLong(maxPathLength);
-    }
-    // A node that changes with each notification would have the display follow its own changes.
-    if (item.path().isBelow(TavoNotificationsPath()) &&
-        !item.path().isBelow(TavoNotificationDisplaySimpleMessageNodePath())) {
-        throw Refusals::notAMessage();
+    check(item.text(), "text", maxMessageLength);
+    checkMessagePath(item.path());
+    for (int index = 0; index < item.actions().size(); ++index) {
+        check(item.actions().at(index).label(), "label", maxTitleLength);
     }
 }

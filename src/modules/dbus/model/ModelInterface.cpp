@@ -69,6 +69,7 @@ ModelInterface::ModelInterface(BusConnection &bus, Clients &clients, CMNodes *no
     : m_bus(bus)
     , m_clients(clients)
     , m_calls(clients)
+    , m_attention(clients, sounds)
     , m_messages(clients, nodes)
     , m_subscriptions(clients)
     , m_inboxes(clients, nodes)
@@ -147,6 +148,17 @@ CMReply<QVariant> ModelInterface::send(const std::string &client, const CMPath &
     if (path == TavoNotificationDisplayOpenPath()) {
         ModelArguments::checkTexts(value);
         return m_messages.open(client, value, bytes);
+    }
+    if (path == TavoAttentionNotifyPath()) {
+        ModelArguments::checkTexts(value);
+        return m_attention.notify(client, value, bytes);
+    }
+    if (path == TavoAttentionReplacePath()) {
+        ModelArguments::checkTexts(value);
+        return m_attention.replace(client, value, bytes);
+    }
+    if (path == TavoAttentionSoundPath()) {
+        throw Refusals::soundWithoutNotification();
     }
     if (path == TavoPlayerMainAudioPlayPath()) {
         return m_sounds.playMusic(value);

@@ -5,6 +5,7 @@
 
 #include "Inboxes.h"
 #include "ModelSignals.h"
+#include "modules/dbus/clients/ClientAttention.h"
 #include "modules/dbus/clients/ClientMessages.h"
 #include "modules/dbus/clients/ClientSounds.h"
 #include "modules/dbus/clients/PendingCalls.h"
@@ -64,6 +65,7 @@ private:
     BusConnection &m_bus;
     Clients &m_clients;
     PendingCalls m_calls;
+    ClientAttention m_attention;
     ClientMessages m_messages;
     Subscriptions m_subscriptions;
     Inboxes m_inboxes;

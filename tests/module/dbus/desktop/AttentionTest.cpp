@@ -2,10 +2,12 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "DesktopTest.h"
+#include "support/bus/BusClient.h"
 #include "support/Request.h"
 #include "support/scripted/ScriptedPlayers.h"
 #include "support/scripted/ScriptedService.h"
 
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -16,7 +18,8 @@ using testing::IsEmpty;
 class DesktopAttentionTest : public DesktopTest
 {
 protected:
-    DesktopAttentionTest()
+    explicit DesktopAttentionTest(const QVariantHash &config = {})
+        : DesktopTest(config)
     {
         ScriptedPlayers::instance().reset();
         m_services.take(TavoPlayerMainAudioDuckingPath(), ScriptedService::accept());
@@ -57,9 +60,9 @@ protected:
         return waitFor([id] { return displayed().contains(pathOf(id)); });
     }
 
-private:
     QString soundFile() const { return m_folder.filePath("sound.wav"_s); }
 
+private:
     void load()
     {
         m_attention.reset();
@@ -170,5 +173,147 @@ TEST_F(DesktopAttentionTest, EndsWhatIsOpenWhenTheModuleGoes)
     EXPECT_TRUE(told->writes(closedSignal(id, 4)));
     EXPECT_THAT(displayed(), IsEmpty());
     EXPECT_TRUE(isShown(notifySend({"-t"_s, "0"_s, "Again"_s})));
+}
+
+/// Clients that send requests to the module themselves.
+class ClientAttentionTest : public DesktopAttentionTest
+{
+protected:
+    ClientAttentionTest()
+        : DesktopAttentionTest(
+              {{"sounds"_s, QVariantHash{{"folders"_s, QVariantList{QDir::tempPath()}}}},
+               {"limits"_s, QVariantHash{{"openNotifications"_s, 2}, {"sounds"_s, 1}}}})
+    {
+    }
+
+    std::unique_ptr<BusClient> connect()
+    {
+        auto client = std::make_unique<BusClient>(bus().address());
+        client->setTarget("org.tavo.Model1", "/org/tavo/Model1", "org.tavo.Model1");
+        return client;
+    }
+
+    BusCall send(const CMPath &path, const TavoValue &value) const
+    {
+        return m_client->call("Call", [&](BusWriter &writer) {
+            writer.writeString(path.toString());
+            writer.writeVariant(value.__variant());
+        });
+    }
+    BusCall request(const TavoAttentionItem &item) const
+    {
+        return send(TavoAttentionNotifyPath(), TavoValue().setAttentionItem(item));
+    }
+    static TavoAttentionItem message(const QString &id)
+    {
+        return TavoAttentionItem().setId(id).setTitle(id);
+    }
+    TavoAttentionItem sounding(const QString &id, const QString &file) const
+    {
+        return message(id).setSound(TavoNotificationPlayerItem().setContent(file));
+    }
+    static std::size_t shown() { return std::size_t(displayed().size()); }
+
+    void leave() { m_client.reset(); }
+
+private:
+    std::unique_ptr<BusClient> m_client = connect();
+};
+
+TEST_F(ClientAttentionTest, ShowAndPlay)
+{
+    const BusCall call = request(sounding("Door"_s, soundFile()));
+    ASSERT_TRUE(call.succeeds()) << call.errorMessage();
+    EXPECT_TRUE(TavoValue(call.variant().toHash()).attentionOutcome().shown());
+    EXPECT_TRUE(plays());
+    EXPECT_EQ(shown(), 1U);
+}
+
+TEST_F(ClientAttentionTest, GetNoPriorityAboveUrgent)
+{
+    ASSERT_TRUE(request(message("Door"_s).setPriority(TavoNotificationItemPriority::Enum(1000)))
+                    .succeeds());
+    EXPECT_TRUE(waitFor([] {
+        return valueAt(TavoNotificationDisplayCurrentPath()).displayCurrent().priority() ==
+               TavoNotificationItemPriority::Urgent;
+    }));
+}
+
+TEST_F(ClientAttentionTest, MayPlayOnlyAllowedFiles)
+{
+    const BusCall call = request(sounding("Door"_s, "/etc/passwd"_s));
+    EXPECT_EQ(call.errorName(), "org.freedesktop.DBus.Error.AccessDenied");
+    EXPECT_EQ(shown(), 0U);
+    // Nor without a notification.
+    EXPECT_EQ(
+        send(TavoAttentionSoundPath(), TavoValue().setString_("x"_s).setNotificationPlayerItem(
+                                           TavoNotificationPlayerItem().setContent("/x"_s)))
+            .errorName(),
+        "org.freedesktop.DBus.Error.AccessDenied");
+}
+
+TEST_F(ClientAttentionTest, MayNotShowNodesThatFollowTheMessages)
+{
+    for (const CMPath &path : {TavoAttentionEndedPath(), TavoNotificationDisplayCurrentPath()}) {
+        EXPECT_EQ(request(message("x"_s).setPath(path)).errorName(),
+                  "org.freedesktop.DBus.Error.AccessDenied");
+    }
+}
+
+TEST_F(ClientAttentionTest, AreLimitedUntilSomeEnd)
+{
+    ASSERT_TRUE(request(message("1"_s)).succeeds());
+    ASSERT_TRUE(request(message("2"_s)).succeeds());
+    EXPECT_EQ(request(message("3"_s)).errorName(), "org.freedesktop.DBus.Error.LimitsExceeded");
+    ASSERT_TRUE(send(TavoAttentionClosePath(), TavoValue().setString_("1"_s)).succeeds());
+    ASSERT_TRUE(waitFor([] { return shown() == 1; }));
+    EXPECT_TRUE(request(message("3"_s)).succeeds());
+}
+
+TEST_F(ClientAttentionTest, DoNotCountIfTheyAreRefused)
+{
+    ASSERT_TRUE(request(message("1"_s)).succeeds());
+    for (int time = 0; time < 3; ++time) {
+        EXPECT_EQ(request(message("1"_s)).errorName(), "org.tavo.Error.Attention");
+        EXPECT_EQ(request(TavoAttentionItem()).errorName(), "org.tavo.Error.Attention");
+    }
+    EXPECT_TRUE(request(message("2"_s)).succeeds());
+}
+
+TEST_F(ClientAttentionTest, HaveLimitedSounds)
+{
+    ASSERT_TRUE(request(sounding("1"_s, soundFile())).succeeds());
+    EXPECT_EQ(request(sounding("2"_s, soundFile())).errorName(),
+              "org.freedesktop.DBus.Error.LimitsExceeded");
+    EXPECT_EQ(shown(), 1U) << "nothing is half done";
+    ASSERT_TRUE(plays());
+    ScriptedPlayers::instance().all().front()->reportEnded();
+    settle();
+    EXPECT_TRUE(request(sounding("2"_s, soundFile())).succeeds());
+}
+
+TEST_F(ClientAttentionTest, GiveBackTheSoundThatRulesKeepFromPeople)
+{
+    setSettings(R"({"rules": [{"name": "muted", "then": {"mute": true}}]})");
+    for (int number = 0; number < 2; ++number) {
+        const QString id = QString::number(number);
+        ASSERT_TRUE(request(sounding(id, soundFile())).succeeds());
+        settle();
+    }
+}
+
+TEST_F(ClientAttentionTest, GiveWayWhenTheyAreUrgentAndLeftBehind)
+{
+    const auto urgent = [this](const QString &id) {
+        return request(message(id).setPriority(TavoNotificationItemPriority::Urgent));
+    };
+    ASSERT_TRUE(urgent("left"_s).succeeds());
+    leave();
+    const auto other = connect();
+    ASSERT_TRUE(waitFor([&] {
+        notifySend({"-u"_s, "critical"_s, "-t"_s, "0"_s, "Next"_s});
+        const auto head = CMCatalog::entry(displayed().first());
+        return head && head->title.toString() == "Next"_s;
+    }));
 }
 } // namespace

@@ -1,0 +1,153 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "ClientAttention.h"
+
+#include "Clients.h"
+#include "ClientSounds.h"
+
+#include <utility>
+
+namespace {
+/// The actions as the module reads them, without unknown fields.
+TavoList<TavoAttentionAction> actionsOf(const TavoAttentionItem &requested)
+{
+    TavoList<TavoAttentionAction> actions;
+    for (int index = 0; index < requested.actions().size(); ++index) {
+        const TavoAttentionAction action = requested.actions().at(index);
+        actions.append(TavoAttentionAction().setKey(action.key()).setLabel(action.label()));
+    }
+    return actions;
+}
+} // namespace
+
+ClientAttention::ClientAttention(Clients &clients, ClientSounds &sounds)
+    : m_clients(clients)
+    , m_sounds(sounds)
+{
+    tavoConnect(&m_clients, &Clients::left, this, &ClientAttention::on_clients_left);
+    CMRoot()->connectValueChange(TavoAttentionEndedPath(), this,
+                                 &ClientAttention::on_attention_ended);
+    CMRoot()->connectNodeChange(TavoAttentionNotifyPath(), this,
+                                &ClientAttention::on_attention_nodeChanged);
+}
+
+TavoAttentionItem ClientAttention::itemOf(const QVariant &value) const
+{
+    const auto requested = TavoValue(value.toHash()).attentionItem();
+    return TavoAttentionItem()
+        .setId(requested.id())
+        .setTitle(requested.title())
+        .setText(requested.text())
+        .setPath(requested.path())
+        .setApplication(requested.application())
+        .setSource(requested.source())
+        .setIcon(requested.icon())
+        .setCategory(requested.category())
+        .setGroup(requested.group())
+        .setPriority(m_clients.limits().allowedPriority(requested.priority()))
+        .setTimeout(requested.timeout())
+        .setActions(actionsOf(requested))
+        .setTransient(requested.isTransient());
+}
+
+CMReply<QVariant> ClientAttention::notify(const std::string &client, const QVariant &value,
+                                          std::size_t bytes)
+{
+    TavoAttentionItem item = itemOf(value);
+    if (item.id().isEmpty()) {
+        item.setId(tavoGenerateUuid());
+    }
+    const std::string id = item.id().toStdString();
+    if (m_notifications.count(id) != 0) {
+        // The module refuses it.
+        return send(TavoAttentionNotifyPath(), item, {});
+    }
+    auto charge = m_clients.quotas().charge(
+        client, {Quotas::OpenNotifications, 1, Quotas::storedBytes(bytes), item.priority()},
+        [id = item.id()] {
+            CMRoot()->invoke(TavoAttentionClosePath(), TavoValue().setString_(id), {});
+        });
+    const CMPath sound = prepareSound(client, value, bytes);
+    item.setSoundFollows(!sound.isEmpty());
+    m_notifications.emplace(id, Notification{item, std::move(charge)});
+    CMReply<QVariant> reply = send(TavoAttentionNotifyPath(), item, sound);
+    reply.onFinished(this, [this, id](const CMReply<QVariant> &finished) {
+        if (finished.error().isError()) {
+            m_notifications.erase(id);
+        }
+    });
+    m_clients.leftMessages().makeWay(item.priority());
+    return reply;
+}
+
+CMReply<QVariant> ClientAttention::replace(const std::string &client, const QVariant &value,
+                                           std::size_t bytes)
+{
+    const TavoAttentionItem item = itemOf(value);
+    const auto notification = m_notifications.find(item.id().toStdString());
+    if (notification != m_notifications.end()) {
+        m_clients.quotas().change(notification->second.charge, Quotas::storedBytes(bytes),
+                                  item.priority());
+    }
+    const CMPath sound = prepareSound(client, value, bytes);
+    if (notification != m_notifications.end()) {
+        notification->second.item = item;
+    }
+    return send(TavoAttentionReplacePath(), item, sound);
+}
+
+CMPath ClientAttention::prepareSound(const std::string &client, const QVariant &value,
+                                     std::size_t bytes)
+{
+    const auto sound = TavoValue(value.toHash()).attentionItem().sound();
+    return sound.isEmpty() ? CMPath() : m_sounds.prepare(client, sound, bytes);
+}
+
+CMReply<QVariant> ClientAttention::send(const CMPath &path, const TavoAttentionItem &item,
+                                        const CMPath &preparedSound)
+{
+    CMReply<QVariant> reply = CMRoot()->invoke(path, TavoValue().setAttentionItem(item), {});
+    if (!preparedSound.isEmpty()) {
+        m_sounds.start(preparedSound, item.id());
+    }
+    return reply;
+}
+
+void ClientAttention::giveWay(const QString &id)
+{
+    const auto notification = m_notifications.find(id.toStdString());
+    if (notification == m_notifications.end()) {
+        return;
+    }
+    TavoAttentionItem &item = notification->second.item;
+    item.setPriority(LeftMessages::below(item.priority())).setSoundFollows(false);
+    send(TavoAttentionReplacePath(), item, {});
+}
+
+void ClientAttention::on_clients_left(const std::string &client)
+{
+    if (m_clients.quotas().held(client, Quotas::OpenNotifications) == 0) {
+        return;
+    }
+    for (auto &[id, notification] : m_notifications) {
+        const TavoAttentionItem &item = notification.item;
+        if (notification.charge.client() == client &&
+            LeftMessages::givesWay(item.priority(), item.timeout())) {
+            notification.left = m_clients.leftMessages().add(
+                item.priority(), [this, id = item.id()] { giveWay(id); });
+        }
+    }
+}
+
+void ClientAttention::on_attention_ended(const CMPath & /*path*/, const QVariant &value)
+{
+    m_notifications.erase(TavoValue(value.toHash()).attentionEnded().id().toStdString());
+}
+
+void ClientAttention::on_attention_nodeChanged(const CMPath & /*path*/, bool published)
+{
+    if (!published) {
+        m_notifications.clear();
+    }
+}

@@ -1,0 +1,63 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "LeftMessages.h"
+#include "Quotas.h"
+#include <core/tavo.h>
+
+#include <QObject>
+
+#include <cstddef>
+#include <string>
+#include <unordered_map>
+
+class Clients;
+class ClientSounds;
+
+/// The notifications that clients request of the module for attention. Each counts from its request until
+/// it ends, even after its client has left; its sound counts as one of the client's sounds.
+///
+/// Owned by the worker, used in its thread.
+class ClientAttention : public QObject
+{
+    Q_OBJECT
+
+public:
+    ClientAttention(Clients &clients, ClientSounds &sounds);
+
+    /// Passes on a client's request to notify people, whose value has this many bytes. Throws
+    /// BusError::limitExceeded() when the client holds too much, and BusError::accessDenied() for a sound
+    /// that is not allowed; nothing has been done then.
+    CMReply<QVariant> notify(const std::string &client, const QVariant &value, std::size_t bytes);
+
+    /// The same for a request to change a notification, which stays the first client's.
+    CMReply<QVariant> replace(const std::string &client, const QVariant &value, std::size_t bytes);
+
+private Q_SLOTS:
+    void on_clients_left(const std::string &client);
+    void on_attention_ended(const CMPath &path, const QVariant &value);
+    void on_attention_nodeChanged(const CMPath &path, bool published);
+
+private:
+    struct Notification
+    {
+        TavoAttentionItem item; ///< without its sound
+        Quotas::Charge charge;
+        LeftMessages::Place left{}; ///< once its client has left
+    };
+
+    /// The request without unknown fields and without its sound.
+    TavoAttentionItem itemOf(const QVariant &value) const;
+
+    /// Sends the item, and after it its sound, if it has one.
+    CMReply<QVariant> send(const CMPath &path, const TavoAttentionItem &item,
+                           const CMPath &preparedSound);
+    CMPath prepareSound(const std::string &client, const QVariant &value, std::size_t bytes);
+    void giveWay(const QString &id);
+
+    Clients &m_clients;
+    ClientSounds &m_sounds;
+    std::unordered_map<std::string, Notification> m_notifications; ///< by id
+};
