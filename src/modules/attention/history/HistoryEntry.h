@@ -64,7 +64,8 @@ struct HistoryPage
 {
     QVector<HistoryEntry> entries;
     /// The next page's HistoryQuery::before; 0 if there are no more. A page may be short, or even
-    /// empty, although more follow: a long search is split over several pages.
+    /// empty, although more follow: one with long texts ends early so that it fits into a message of the bus,
+    /// and a long search is split over several pages.
     qint64 next = 0;
 };
 

@@ -7,6 +7,14 @@
 
 namespace {
 constexpr qint64 maxReadMs = 100; // then a page ends, so that new entries are written in time
+constexpr int maxPageCharacters = 64000; // then a page ends, so that it fits into a message
+
+int charactersOf(const HistoryEntry &entry)
+{
+    return entry.id.size() + entry.source.size() + entry.application.size() +
+           entry.category.size() + entry.group.size() + entry.title.size() + entry.text.size() +
+           entry.action.size();
+}
 } // namespace
 
 HistoryEntry historyEntryOf(const SqliteRows &rows, qint64 shift)
@@ -51,7 +59,9 @@ bool HistoryPageReader::read(SqliteRows &&rows)
                                QStringLiteral("its entries are in a wrong order"));
         }
         m_before = entry.number;
-        if (m_page.entries.size() == m_limit || isLate()) {
+        m_characters += charactersOf(entry);
+        if (m_page.entries.size() == m_limit || isLate() ||
+            (m_characters > maxPageCharacters && !m_page.entries.isEmpty())) {
             m_page.next = entry.number + 1;
             return false;
         }
@@ -60,6 +70,8 @@ bool HistoryPageReader::read(SqliteRows &&rows)
         if ((m_query.source.isEmpty() || entry.source == m_query.source) &&
             (!m_query.onlyMissed || entry.isMissed())) {
             m_page.entries.append(entry);
+        } else {
+            m_characters -= charactersOf(entry);
         }
     }
     return true;

@@ -25,7 +25,7 @@ constexpr int mustSeeHistoryFlag = 2;
 /// The entry of a row, whose number is higher by the shift.
 HistoryEntry historyEntryOf(const SqliteRows &rows, qint64 shift);
 
-/// Puts rows into a page until it is full, or its time is over. Throws HistoryError.
+/// Puts rows into a page until it is full or its time is over. Throws HistoryError.
 class HistoryPageReader
 {
 public:
@@ -49,5 +49,6 @@ private:
     const int m_limit;
     QElapsedTimer m_elapsed;
     bool m_hasRead = false;
+    int m_characters = 0; ///< in the page
     HistoryPage m_page;
 };

@@ -96,6 +96,30 @@ TEST_F(LimitsTest, TheFileStaysAboutAsLargeAsItMay)
     EXPECT_THAT(QFileInfo(settings.file).size(), Le(2 * settings.maxBytes));
 }
 
+TEST_F(LimitsTest, APageOfLongTextsEndsEarlySoThatItFitsIntoAMessage)
+{
+    constexpr int count = 60;
+    constexpr int maxCharacters = 64000;
+    start();
+    for (int i = 0; i < count; ++i) {
+        history->add(entry(QString::number(i), QString(4000, QChar(0x20AC))));
+    }
+    HistoryQuery query;
+    int read = 0;
+    do {
+        const HistoryPage part = page(query);
+        int characters = 0;
+        for (const HistoryEntry &entry : part.entries) {
+            characters += entry.title.size() + entry.text.size();
+        }
+        EXPECT_LE(characters, maxCharacters);
+        EXPECT_FALSE(part.entries.isEmpty());
+        read += part.entries.size();
+        query.before = part.next;
+    } while (query.before != 0);
+    EXPECT_EQ(read, count);
+}
+
 TEST_F(LimitsTest, LongTextsAreCutBetweenCharacters)
 {
     constexpr int mebi = 1 << 20;
