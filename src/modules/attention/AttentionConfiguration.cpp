@@ -13,6 +13,8 @@ constexpr int maxEntries = 10000000;
 constexpr int maxDays = 36500;
 constexpr int maxMebibytes = 1 << 20;
 constexpr int defaultMebibytes = 32;
+constexpr int maxSpeechTimeoutMs = 600000;
+constexpr int maxKeptSounds = 100000;
 
 /// A person's own file, or else the system's.
 QString defaultSettingsFile()
@@ -35,6 +37,20 @@ HistorySettings readHistory(TavoConfiguration configuration)
     configuration.finish();
     return settings;
 }
+
+Speech::Settings readSpeech(TavoConfiguration configuration)
+{
+    Speech::Settings settings;
+    settings.command =
+        configuration.stringList(QStringLiteral("command"), Speech::defaultCommand());
+    settings.folder = configuration.string(QStringLiteral("folder"), Speech::defaultFolder());
+    settings.timeoutMs = configuration.integer(QStringLiteral("timeout"), settings.timeoutMs, 100,
+                                               maxSpeechTimeoutMs);
+    settings.maxSounds =
+        configuration.integer(QStringLiteral("sounds"), settings.maxSounds, 1, maxKeptSounds);
+    configuration.finish();
+    return settings;
+}
 } // namespace
 
 AttentionConfiguration::AttentionConfiguration(const QVariantHash &config)
@@ -42,5 +58,6 @@ AttentionConfiguration::AttentionConfiguration(const QVariantHash &config)
     TavoConfiguration configuration(config);
     settingsFile = configuration.string(QStringLiteral("settings"), defaultSettingsFile());
     history = readHistory(configuration.section(QStringLiteral("history")));
+    speech = readSpeech(configuration.section(QStringLiteral("speech")));
     configuration.finish();
 }

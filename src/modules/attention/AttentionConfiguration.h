@@ -4,6 +4,7 @@
 #pragma once
 
 #include "history/HistoryEntry.h"
+#include "speech/Speech.h"
 
 #include <QVariantHash>
 
@@ -12,6 +13,7 @@ struct AttentionConfiguration
 {
     QString settingsFile;
     HistorySettings history;
+    Speech::Settings speech;
 
     /// Throws the errors of TavoConfiguration.
     explicit AttentionConfiguration(const QVariantHash &config);

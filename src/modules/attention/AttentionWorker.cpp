@@ -41,7 +41,7 @@ TavoAttentionItem itemOf(const CMSetDataRequest &request)
 bool isEmpty(const TavoAttentionItem &item)
 {
     return item.title().isEmpty() && item.text().isEmpty() && item.path().isEmpty() &&
-           item.sound().isEmpty() && !item.soundFollows();
+           item.sound().isEmpty() && !item.soundFollows() && item.speech().isEmpty();
 }
 
 AttentionInput inputOf(const TavoAttentionItem &item)
@@ -86,7 +86,8 @@ AttentionWorker::AttentionWorker(const QVariantHash &config,
     , m_quietTimes(nodes())
     , m_history(configuration.history)
     , m_historyNodes(nodes(), m_history)
-    , m_items(nodes(), m_history)
+    , m_speech(configuration.speech)
+    , m_items(nodes(), m_history, m_speech)
 {
     m_clock.start();
     readSettings();

@@ -56,6 +56,7 @@ private:
     QElapsedTimer m_clock;
     History m_history;
     HistoryNodes m_historyNodes;
+    Speech m_speech;
     OpenItems m_items;
     QMap<QString, int> m_missedInQuiet; ///< by application
 };

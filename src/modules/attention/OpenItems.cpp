@@ -108,9 +108,10 @@ void cancelOnDisplay(const CMPath &path)
 }
 } // namespace
 
-OpenItems::OpenItems(CMNodes *nodes, History &history)
+OpenItems::OpenItems(CMNodes *nodes, History &history, Speech &speech)
     : m_nodes(nodes)
     , m_history(history)
+    , m_speech(speech)
     , m_ended(CMValueNode::create(nodes, TavoAttentionEndedPath()))
     , m_responsePath(QStringLiteral("/attention/soundResponse"))
 {
@@ -145,8 +146,9 @@ TavoAttentionOutcome OpenItems::open(const TavoAttentionItem &item, const Decisi
     }
     entry.awaitsSound = decision.isHeard && item.soundFollows();
     if (decision.isHeard && !item.soundFollows() && (hasSound(item) || decision.treatment.sound)) {
-        startSound(entry, item.sound());
+        startRequested(entry, item.sound());
     }
+    speak(entry);
     TavoAttentionOutcome outcome = outcomeOf(entry);
     finishIfOver(item.id());
     return outcome;
@@ -190,7 +192,7 @@ TavoAttentionOutcome OpenItems::replace(const TavoAttentionItem &item, const Dec
     }
     if (decision.isHeard && hasSound(item)) {
         cancelSounds(entry);
-        startSound(entry, item.sound());
+        startRequested(entry, item.sound());
     }
     TavoAttentionOutcome outcome = outcomeOf(entry);
     finishIfOver(item.id());
@@ -207,7 +209,7 @@ TavoAttentionOutcome OpenItems::outcomeOf(const Entry &entry) const
     return TavoAttentionOutcome()
         .setId(entry.item.id())
         .setShown(!entry.request.isEmpty())
-        .setSounding(!entry.sounds.isEmpty())
+        .setSounding(!entry.sounds.isEmpty() || entry.awaitedSpeech != 0)
         .setReason(entry.decision.reason);
 }
 
@@ -279,7 +281,7 @@ void OpenItems::play(const QString &id, const TavoNotificationPlayerItem &sound,
     }
     const bool isHeard = !isOver && entry->decision.isHeard;
     if (isHeard && (hasSound(sound) || entry->decision.treatment.sound)) {
-        const CMReply<QVariant> answer = startSound(*entry, sound);
+        const CMReply<QVariant> answer = startRequested(*entry, sound);
         answer.onFinished(this, [reply](const CMReply<QVariant> &finished) {
             if (finished.error().isError()) {
                 reply.setError(finished.error());
@@ -303,16 +305,64 @@ void OpenItems::play(const QString &id, const TavoNotificationPlayerItem &sound,
     }
 }
 
+CMReply<QVariant> OpenItems::startRequested(Entry &entry, TavoNotificationPlayerItem sound)
+{
+    if (entry.decision.treatment.sound) {
+        sound.setType(TavoNotificationPlayerItemType::Uri)
+            .setContent(*entry.decision.treatment.sound)
+            .setContentStreamFormat({});
+    }
+    return startSound(entry, sound);
+}
+
+void OpenItems::startFile(Entry &entry, const QString &file)
+{
+    startSound(
+        entry,
+        TavoNotificationPlayerItem().setType(TavoNotificationPlayerItemType::Uri).setContent(file));
+}
+
+void OpenItems::speak(Entry &entry)
+{
+    const Decision &decision = entry.decision;
+    QString text = decision.isHeard ? entry.item.speech() : QString();
+    if (text.isEmpty() && decision.isSpoken) {
+        text = entry.item.title().toString() + QLatin1String(".\n") + entry.item.text().toString();
+    }
+    if (text.isEmpty()) {
+        return;
+    }
+    if (decision.treatment.chime) {
+        startFile(entry, *decision.treatment.chime);
+    }
+    entry.awaitedSpeech = ++m_lastSpeech;
+    m_speech.say(text, [this, id = entry.item.id(), number = m_lastSpeech](
+                           const Result<QString> &made) { on_speech_made(id, number, made); });
+}
+
+void OpenItems::on_speech_made(const QString &id, int number, const Result<QString> &made)
+{
+    const auto entry = m_entries.find(id);
+    if (entry == m_entries.end() || entry->awaitedSpeech != number) {
+        return; // it has ended in the meantime
+    }
+    entry->awaitedSpeech = 0;
+    if (const auto *failure = std::get_if<Failure>(&made)) {
+        LOG4CPLUS_WARN(logger, "Notification " << id << " is not read aloud: " << failure->reason);
+        if (entry->request.isEmpty() && entry->end == TavoAttentionEnd::Unknown) {
+            entry->end = TavoAttentionEnd::Failed;
+        }
+        finishIfOver(id);
+        return;
+    }
+    startFile(*entry, std::get<QString>(made));
+}
+
 CMReply<QVariant> OpenItems::startSound(Entry &entry, TavoNotificationPlayerItem sound)
 {
     const CMPath target = sound.playbackResponsePath();
     if (sound.id().isEmpty()) {
         sound.setId(tavoGenerateUuid());
-    }
-    if (entry.decision.treatment.sound) {
-        sound.setType(TavoNotificationPlayerItemType::Uri)
-            .setContent(*entry.decision.treatment.sound)
-            .setContentStreamFormat({});
     }
     const QString id = sound.id();
     sound.setPriority(entry.decision.priority).setPlaybackResponsePath(m_responsePath);
@@ -401,6 +451,7 @@ void OpenItems::messageEnded(Entry &entry, TavoAttentionEnd::Enum end)
     }
     if (isAttendedTo(end)) {
         entry.awaitsSound = false;
+        entry.awaitedSpeech = 0;
         cancelSounds(entry);
     }
 }
@@ -408,7 +459,8 @@ void OpenItems::messageEnded(Entry &entry, TavoAttentionEnd::Enum end)
 void OpenItems::finishIfOver(const QString &id)
 {
     const auto found = m_entries.find(id);
-    if (!found->request.isEmpty() || !found->sounds.isEmpty() || found->awaitsSound) {
+    if (!found->request.isEmpty() || !found->sounds.isEmpty() || found->awaitsSound ||
+        found->awaitedSpeech != 0) {
         return;
     }
     Entry entry = *found;

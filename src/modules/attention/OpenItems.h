@@ -5,6 +5,7 @@
 
 #include "history/History.h"
 #include "MessageNode.h"
+#include "speech/Speech.h"
 #include <core/tavo.h>
 
 #include <QHash>
@@ -23,7 +24,7 @@ class OpenItems : public QObject
     Q_OBJECT
 
 public:
-    OpenItems(CMNodes *nodes, History &history);
+    OpenItems(CMNodes *nodes, History &history, Speech &speech);
     ~OpenItems() override;
 
     bool isOpen(const QString &id) const { return m_entries.contains(id); }
@@ -63,6 +64,7 @@ private:
         std::optional<MessageNode> node{}; ///< if the requester has none of its own
         QString request{};        ///< the id of the request to show it; empty if it is not shown
         bool awaitsSound = false; ///< its requester sends one, or says that there is none
+        int awaitedSpeech = 0;    ///< the number of the speech that is being made; 0: none
         QSet<QString> sounds{};   ///< the ids of those that have not ended
         TavoAttentionEnd::Enum end = TavoAttentionEnd::Unknown;
         QString action{};
@@ -86,7 +88,12 @@ private:
     void requestDisplay(Entry &entry);
     void on_show_finished(const QString &id, const QString &request, const CMVoidReply &reply);
 
+    /// The requester's sound, or that of the rules.
+    CMReply<QVariant> startRequested(Entry &entry, TavoNotificationPlayerItem sound);
     CMReply<QVariant> startSound(Entry &entry, TavoNotificationPlayerItem sound);
+    void startFile(Entry &entry, const QString &file);
+    void speak(Entry &entry);
+    void on_speech_made(const QString &id, int number, const Result<QString> &made);
     void soundEnded(const QString &sound);
     static void cancelSounds(const Entry &entry);
 
@@ -97,6 +104,7 @@ private:
 
     CMNodes *m_nodes;
     History &m_history;
+    Speech &m_speech;
     CMValueNode *m_ended;
     CMPath m_responsePath;
     Entries m_entries;                  ///< by id
@@ -104,5 +112,6 @@ private:
     QHash<QString, Sound> m_sounds;     ///< by id
     quint64 m_lastRequest = 0;
     quint64 m_lastMessage = 0;
+    int m_lastSpeech = 0;
     qint64 m_ends = 0;
 };

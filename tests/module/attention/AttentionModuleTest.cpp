@@ -47,6 +47,10 @@ void AttentionModuleTest::load()
     m_attention.reset();
     const QVariantHash config{
         {QStringLiteral("settings"), settingsFile()},
+        {QStringLiteral("speech"),
+         QVariantHash{{QStringLiteral("command"), m_speechCommand},
+                      {QStringLiteral("folder"), m_folder.filePath(QStringLiteral("speech"))},
+                      {QStringLiteral("timeout"), 500}}},
         {QStringLiteral("history"), QVariantHash{{QStringLiteral("file"), historyFile()}}},
     };
     m_attention =

@@ -75,6 +75,9 @@ protected:
     }
     static Request setDoNotDisturb(bool on, qint64 until = 0);
 
+    /// The program that speaks from the next load() on: a shell's script.
+    void setSpeechScript(const QString &script) { m_speechCommand = QStringList{"sh"_s, "-c"_s, script}; }
+
     LogCapture &log() { return m_log; }
     ScriptedService &services() { return m_services; }
     QString settingsFile() const { return m_folder.filePath("attention.json"_s); }
@@ -83,6 +86,7 @@ protected:
 private:
     LogCapture m_log{"Attention"};
     QTemporaryDir m_folder;
+    QStringList m_speechCommand;
     ScriptedService m_services{QStringLiteral("services")};
     std::unique_ptr<LoadedModule> m_notifications;
     std::unique_ptr<LoadedModule> m_attention;

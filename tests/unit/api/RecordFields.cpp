@@ -149,6 +149,7 @@ std::vector<RecordField> attentionFields()
         FIELD(Item, actions, setActions, (TavoList<Action>{Action().setKey(text)})),
         FIELD(Item, sound, setSound, TavoNotificationPlayerItem().setId(text)),
         FIELD(Item, soundFollows, setSoundFollows, true),
+        FIELD(Item, speech, setSpeech, text),
         FIELD(Outcome, id, setId, text),
         FIELD(Outcome, shown, setShown, true),
         FIELD(Outcome, sounding, setSounding, true),

@@ -108,6 +108,8 @@ class TavoAttentionItem : public TavoHash
     TAVO_FIELD(TavoNotificationPlayerItem, sound, setSound)
     /// The requester sends the sound by TavoAttentionSoundPath(). The notification stays open until then.
     TAVO_FIELD(bool, soundFollows, setSoundFollows)
+    /// Read aloud, after its sound.
+    TAVO_FIELD(QString, speech, setSpeech)
     /// Not worth keeping: the history has no text of it.
     TAVO_FIELD_KEY(bool, isTransient, setTransient, "transient")
 };

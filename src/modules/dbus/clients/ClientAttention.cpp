@@ -48,6 +48,7 @@ TavoAttentionItem ClientAttention::itemOf(const QVariant &value) const
         .setPriority(m_clients.limits().allowedPriority(requested.priority()))
         .setTimeout(requested.timeout())
         .setActions(actionsOf(requested))
+        .setSpeech(requested.speech())
         .setTransient(requested.isTransient());
 }
 

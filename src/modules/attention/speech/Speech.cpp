@@ -1,0 +1,201 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Speech.h"
+
+#include <core/base/connect.h>
+
+#include <QCryptographicHash>
+#include <QDateTime>
+#include <QDir>
+#include <QLocale>
+#include <QStandardPaths>
+
+#include <csignal>
+#include <sys/resource.h>
+
+namespace {
+constexpr int maxTextLength = 1000;
+constexpr std::size_t maxJobs = 16;
+
+/// A minute of speech has 3 MiB.
+constexpr rlim_t maxBytes = rlim_t(32) << 20;
+
+/// Only a header.
+constexpr qint64 emptyBytes = 44;
+
+QString partOf(const QString &file)
+{
+    return file + QStringLiteral(".part");
+}
+} // namespace
+
+class Speech::Process : public QProcess
+{
+protected:
+    void setupChildProcess() override
+    {
+        // The host blocks them in all threads.
+        sigset_t all;
+        sigfillset(&all);
+        sigprocmask(SIG_UNBLOCK, &all, nullptr);
+        const rlimit bytes{maxBytes, maxBytes};
+        setrlimit(RLIMIT_FSIZE, &bytes);
+    }
+};
+
+Speech::Speech(const Settings &settings, QObject *parent)
+    : QObject(parent)
+    , m_settings(settings)
+{
+    m_timeout.setSingleShot(true);
+    m_timeout.setInterval(m_settings.timeoutMs);
+    tavoConnect(&m_timeout, &QTimer::timeout, this, &Speech::on_timeout_timeout);
+}
+
+Speech::~Speech()
+{
+    if (m_process) {
+        m_process->disconnect();
+        m_process->kill();
+        m_process->waitForFinished(1000);
+    }
+}
+
+QStringList Speech::defaultCommand()
+{
+    const QString language = QLocale::system().name().section(QLatin1Char('_'), 0, 0);
+    return {QStringLiteral("espeak-ng"), QStringLiteral("-v"),
+            language == QLatin1String("C") ? QStringLiteral("en") : language,
+            QStringLiteral("--stdin"), QStringLiteral("--stdout")};
+}
+
+QString Speech::defaultFolder()
+{
+    const QString service = qEnvironmentVariable("CACHE_DIRECTORY");
+    return service.isEmpty()
+               ? QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) +
+                     QStringLiteral("/tavo/speech")
+               : service + QStringLiteral("/speech");
+}
+
+void Speech::say(const QString &text, const Receiver &receiver)
+{
+    const QString said = text.left(maxTextLength);
+    const auto refuse = [this, receiver](const QString &reason) {
+        QTimer::singleShot(0, this, [receiver, reason] { receiver(Failure{reason}); });
+    };
+    if (m_settings.command.isEmpty()) {
+        refuse(QStringLiteral("No program for speech is configured"));
+        return;
+    }
+    if (m_jobs.size() >= maxJobs) {
+        refuse(QStringLiteral("Too many texts wait to be spoken"));
+        return;
+    }
+    m_jobs.push_back({said, fileFor(said), receiver});
+    if (m_jobs.size() == 1) {
+        QTimer::singleShot(0, this, &Speech::startNext);
+    }
+}
+
+QString Speech::fileFor(const QString &text) const
+{
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    hash.addData(m_settings.command.join(QChar::Null).toUtf8());
+    hash.addData(text.toUtf8());
+    return m_settings.folder + QLatin1Char('/') + QString::fromLatin1(hash.result().toHex()) +
+           QStringLiteral(".wav");
+}
+
+void Speech::startNext()
+{
+    if (m_jobs.empty()) {
+        return;
+    }
+    const Job &job = m_jobs.front();
+    QFile kept(job.file);
+    if (kept.open(QIODevice::ReadWrite)) {
+        if (kept.size() > emptyBytes) {
+            // The oldest ones are removed; this one is in use.
+            kept.setFileTime(QDateTime::currentDateTime(), QFileDevice::FileModificationTime);
+            finish(job.file);
+            return;
+        }
+        kept.remove();
+    }
+    QDir().mkpath(m_settings.folder);
+    m_process = std::make_unique<Process>();
+    m_process->setProgram(m_settings.command.first());
+    m_process->setArguments(m_settings.command.mid(1));
+    m_process->setStandardOutputFile(partOf(job.file));
+    m_process->setStandardErrorFile(QProcess::nullDevice());
+    tavoConnect(m_process.get(), &QProcess::stateChanged, this,
+                [this](QProcess::ProcessState state) {
+                    if (state == QProcess::NotRunning) {
+                        // Not from inside the process's own call.
+                        QTimer::singleShot(0, this, &Speech::on_process_ended);
+                    }
+                });
+    m_timeout.start();
+    m_process->start();
+    m_process->write(job.text.toUtf8());
+    m_process->closeWriteChannel();
+}
+
+void Speech::on_timeout_timeout()
+{
+    m_process->kill();
+}
+
+void Speech::on_process_ended()
+{
+    const Result<QString> result = takeResult();
+    m_process.reset();
+    finish(result);
+}
+
+Result<QString> Speech::takeResult()
+{
+    const QString program = m_settings.command.first();
+    const QString file = m_jobs.front().file;
+    const bool wasInTime = m_timeout.isActive();
+    m_timeout.stop();
+    if (m_process->error() == QProcess::FailedToStart) {
+        return Failure{program + QStringLiteral(" can't be started: ") + m_process->errorString()};
+    }
+    if (!wasInTime) {
+        QFile::remove(partOf(file));
+        return Failure{program + QStringLiteral(" takes too long")};
+    }
+    const bool isGood = m_process->exitStatus() == QProcess::NormalExit &&
+                        m_process->exitCode() == 0 && QFileInfo(partOf(file)).size() > emptyBytes;
+    if (!isGood) {
+        QFile::remove(partOf(file));
+        return Failure{program + QStringLiteral(" wrote no sound")};
+    }
+    removeOldest();
+    if (!QFile::rename(partOf(file), file)) {
+        return Failure{QStringLiteral("The sound can't be kept in ") + m_settings.folder};
+    }
+    return file;
+}
+
+void Speech::removeOldest() const
+{
+    const QDir folder(m_settings.folder);
+    const QStringList sounds = folder.entryList({QStringLiteral("*.wav")}, QDir::Files, QDir::Time);
+    for (const QString &sound : sounds.mid(m_settings.maxSounds - 1)) {
+        QFile::remove(folder.filePath(sound));
+    }
+}
+
+void Speech::finish(const Result<QString> &result)
+{
+    const Job job = m_jobs.front();
+    m_jobs.pop_front();
+    if (!m_jobs.empty()) {
+        QTimer::singleShot(0, this, &Speech::startNext);
+    }
+    job.receiver(result);
+}

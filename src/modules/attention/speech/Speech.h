@@ -1,0 +1,77 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "base/Result.h"
+
+#include <QFile>
+#include <QObject>
+#include <QProcess>
+#include <QStringList>
+#include <QTimer>
+
+#include <deque>
+#include <functional>
+#include <memory>
+
+/// Makes sounds of texts, with a program that reads a text from its input and writes a WAV file to its
+/// output. What has been said is kept for the next time.
+///
+/// Owned by the worker, used in its thread. Nothing waits for the program, of which at most one runs.
+class Speech : public QObject
+{
+    Q_OBJECT
+
+public:
+    struct Settings
+    {
+        QStringList
+            command; ///< the program and its arguments, started without a shell; empty: no speech
+        QString folder; ///< where sounds are kept
+        int timeoutMs = 10000;
+        int maxSounds = 100; ///< that are kept
+    };
+
+    /// Gets the path of a sound file, which stays for some minutes at least.
+    using Receiver = std::function<void(const Result<QString> &)>;
+
+    explicit Speech(const Settings &settings, QObject *parent = nullptr);
+
+    /// Ends the program; the receivers that wait are not called.
+    ~Speech() override;
+
+    /// Calls the receiver once, from the event loop. At most 1,000 characters are spoken.
+    void say(const QString &text, const Receiver &receiver);
+
+    /// espeak-ng, with the voice of the host's language.
+    static QStringList defaultCommand();
+
+    /// $CACHE_DIRECTORY/speech for a service of the system, else tavo/speech in the user's cache.
+    static QString defaultFolder();
+
+private Q_SLOTS:
+    void on_process_ended();
+    void on_timeout_timeout();
+
+private:
+    class Process;
+
+    struct Job
+    {
+        QString text;
+        QString file;
+        Receiver receiver;
+    };
+
+    void startNext();
+    void finish(const Result<QString> &result);
+    Result<QString> takeResult();
+    QString fileFor(const QString &text) const;
+    void removeOldest() const;
+
+    const Settings m_settings;
+    std::deque<Job> m_jobs; ///< the program works for the first one
+    std::unique_ptr<Process> m_process;
+    QTimer m_timeout;
+};

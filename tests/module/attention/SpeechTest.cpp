@@ -1,0 +1,151 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "module/attention/AttentionModuleTest.h"
+
+#include <QFile>
+
+namespace {
+using testing::Contains;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class AttentionSpeechTest : public AttentionModuleTest
+{
+protected:
+    /// Writes the text that it is to say in place of a sound, and some more.
+    static QString speaker() { return "cat; printf '%100s' x"_s; }
+
+    void loadWith(const QString &script)
+    {
+        setSpeechScript(script);
+        load();
+    }
+
+    static TavoAttentionItem spoken(const QString &text)
+    {
+        return TavoAttentionItem().setId("spoken"_s).setSpeech(text);
+    }
+
+    /// Waits until so many sounds have been started, and returns their files.
+    static std::vector<QString> playedFiles(std::size_t count)
+    {
+        const auto &players = ScriptedPlayers::instance().all();
+        EXPECT_TRUE(waitFor([&] { return players.size() == count; })) << players.size();
+        std::vector<QString> files;
+        for (const ScriptedPlayer *player : players) {
+            files.push_back(player->content);
+        }
+        return files;
+    }
+
+    static std::string textIn(const QString &file)
+    {
+        QFile opened(file);
+        EXPECT_TRUE(opened.open(QIODevice::ReadOnly)) << file.toStdString();
+        return opened.readAll().toStdString();
+    }
+
+    bool isLogged(const std::string &part)
+    {
+        return waitFor([this, &part] { return !log().find(part).empty(); });
+    }
+};
+
+TEST_F(AttentionSpeechTest, IsPlayedAsASoundOfTheQueue)
+{
+    loadWith(speaker());
+    EXPECT_TRUE(notify(spoken("The door is open"_s)).sounding());
+    const auto files = playedFiles(1);
+    ASSERT_EQ(files.size(), 1U);
+    EXPECT_THAT(textIn(files[0]), HasSubstr("The door is open"));
+    ScriptedPlayers::instance().all().front()->reportEnded();
+    EXPECT_EQ(endOf("spoken"_s).end(), End::Expired);
+}
+
+TEST_F(AttentionSpeechTest, ReadsTitleAndTextAloudWhereARuleSaysSo)
+{
+    setSettings(R"({"rules": [{"name": "alarms", "when": {"minPriority": "Urgent"},
+                               "then": {"speak": true, "chime": "/sounds/chime.wav"}}]})");
+    loadWith(speaker());
+    notify(message("Fire"_s).setPriority(Priority::Urgent));
+    EXPECT_EQ(playedFiles(1)[0], "/sounds/chime.wav"_s);
+    // The speech comes behind the chime.
+    ScriptedPlayers::instance().all().front()->reportEnded();
+    EXPECT_THAT(textIn(playedFiles(2)[1]), HasSubstr("Fire.\ntext"));
+}
+
+TEST_F(AttentionSpeechTest, IsMadeOnceForTheSameText)
+{
+    loadWith(speaker());
+    notify(spoken("Again"_s));
+    const QString first = playedFiles(1)[0];
+    ScriptedPlayers::instance().all().front()->reportEnded();
+    endOf("spoken"_s);
+    QFile kept(first);
+    ASSERT_TRUE(kept.open(QIODevice::Append));
+    kept.write("kept");
+    kept.close();
+    notify(spoken("Again"_s).setId("second"_s));
+    EXPECT_EQ(playedFiles(2)[1], first);
+    EXPECT_THAT(textIn(first), HasSubstr("kept"));
+}
+
+TEST_F(AttentionSpeechTest, IsNotMadeWhilePeopleAreNotToBeDisturbed)
+{
+    loadWith(speaker());
+    setDoNotDisturb(true);
+    EXPECT_FALSE(notify(spoken("Hush"_s)).sounding());
+    EXPECT_EQ(endOf("spoken"_s).end(), End::Silenced);
+}
+
+TEST_F(AttentionSpeechTest, IsLeftOutWhenTheMessageIsClosedBefore)
+{
+    loadWith("sleep 0.2; "_s + speaker());
+    notify(message("Door"_s).setSpeech("The door"_s));
+    requestClose("Door"_s).succeeds();
+    EXPECT_EQ(endOf("Door"_s).end(), End::Closed);
+    EXPECT_THAT(ScriptedPlayers::instance().all(), IsEmpty());
+}
+
+TEST_F(AttentionSpeechTest, FailsIfTheProgramHangs)
+{
+    loadWith("sleep 100"_s);
+    notify(spoken("Late"_s));
+    EXPECT_TRUE(isLogged("takes too long"));
+    EXPECT_EQ(endOf("spoken"_s).end(), End::Failed);
+}
+
+TEST_F(AttentionSpeechTest, FailsIfTheProgramDiesOrSaysNothing)
+{
+    for (const char *script : {"kill -9 $$", "exit 1", "true"}) {
+        loadWith(QString::fromLatin1(script));
+        log().clear();
+        notify(spoken("Nothing"_s).setId(QString::fromLatin1(script)));
+        EXPECT_TRUE(isLogged("wrote no sound")) << script;
+    }
+}
+
+TEST_F(AttentionSpeechTest, FailsIfTheProgramFloods)
+{
+    loadWith("cat /dev/zero"_s);
+    notify(spoken("Flood"_s));
+    EXPECT_EQ(endOf("spoken"_s).end(), End::Failed);
+}
+
+TEST_F(AttentionSpeechTest, FailsWithoutAProgram)
+{
+    load();
+    notify(spoken("Nobody"_s));
+    EXPECT_TRUE(isLogged("No program for speech is configured"));
+    EXPECT_EQ(endOf("spoken"_s).end(), End::Failed);
+}
+
+TEST_F(AttentionSpeechTest, IsShownAllTheSameIfItCanNotBeSpoken)
+{
+    load();
+    EXPECT_TRUE(notify(message("Door"_s).setSpeech("The door"_s)).shown());
+    EXPECT_TRUE(isLogged("is not read aloud"));
+    EXPECT_THAT(displayed(), Contains("Door"_s));
+}
+} // namespace
