@@ -6,6 +6,8 @@
 #include "attention/JsonPosition.h"
 #include <base/Printable.h>
 
+#include <QStandardPaths>
+
 #include <stdexcept>
 
 namespace {
@@ -43,6 +45,13 @@ SourceRates::Limit readRate(TavoConfiguration configuration)
 AttentionSettings::AttentionSettings()
     : zone(QTimeZone::systemTimeZone())
 {
+}
+
+QString AttentionSettings::defaultFile()
+{
+    const QString name = QStringLiteral("tavo/attention.json");
+    const QString found = QStandardPaths::locate(QStandardPaths::GenericConfigLocation, name);
+    return found.isEmpty() ? QStringLiteral("/etc/") + name : found;
 }
 
 AttentionSettings AttentionSettings::fromJson(const QByteArray &json, const QString &file)

@@ -20,6 +20,9 @@ struct AttentionSettings
     /// Without a file: no rules, and everything passes.
     AttentionSettings();
 
+    /// A person's own file, or else the system's.
+    static QString defaultFile();
+
     /// Throws a std::runtime_error with "FILE:LINE: KEY: REASON", or for syntax errors
     /// "FILE:LINE:COLUMN: REASON".
     static AttentionSettings fromJson(const QByteArray &json, const QString &file);

@@ -27,6 +27,8 @@ void store(const std::string &value, const OptionDefinition::Target &target, Opt
 {
     if (const auto *text = std::get_if<std::string Options::*>(&target)) {
         options.*(*text) = value;
+    } else if (const auto *list = std::get_if<std::vector<std::string> Options::*>(&target)) {
+        (options.*(*list)).push_back(value);
     } else if (const auto *integer = std::get_if<int Options::*>(&target)) {
         options.*(*integer) = std::atoi(value.c_str());
     } else if (const auto *number = std::get_if<double Options::*>(&target)) {
@@ -49,11 +51,17 @@ void addOption(CLI::App &app, const OptionDefinition &definition, Options &optio
         app.add_flag(names, options.*(*flag));
         return;
     }
-    const auto storeFirst = [&options, target = definition.target](const CLI::results_t &values) {
-        store(values.front(), target, options);
+    const auto storeAll = [&options, target = definition.target](const CLI::results_t &values) {
+        for (const std::string &value : values) {
+            store(value, target, options);
+        }
         return true;
     };
-    CLI::Option *option = app.add_option(names, storeFirst);
+    CLI::Option *option = app.add_option(names, storeAll);
+    if (std::holds_alternative<std::vector<std::string> Options::*>(definition.target)) {
+        constexpr int anyNumber = -1;
+        option->expected(1, anyNumber)->allow_extra_args(false);
+    }
     option->type_name(definition.valueName);
     option->required(definition.isRequired);
     option->envname(definition.environmentVariable);

@@ -9,13 +9,15 @@
 enum class ExitCode {
     Ok = 0,
     /// The host replied with an error. cancel: nothing has that name. doctor: something is missing.
+    /// rules check: the file is wrong.
     Refused = 1,
 
-    // With --wait: how the sound or message ended.
+    // With --wait: how the sound, message or notification ended.
     Cancelled = 10,
     Dismissed = 11,
     Failed = 12,
     EndUnknown = 13,
+    Silenced = 14,
 
     // As in sysexits.h.
     Usage = 64,
@@ -42,14 +44,16 @@ struct ExitCodeText
 };
 
 inline constexpr ExitCodeText exitCodeTexts[] = {
-    {"0", "Success. With --wait: the sound played to its end, or the message was shown for its "
-          "timeout."},
+    {"0", "Success. With --wait: the sound played to its end, the message was shown for its "
+          "timeout, or a person chose an action."},
     {"1", "The host refused the request. cancel: nothing has that name. doctor: something is "
-          "missing."},
+          "missing. rules check: the file is wrong."},
     {"10", "With --wait: the sound was cancelled, or the message was closed by a program."},
     {"11", "With --wait: a person dismissed the message."},
-    {"12", "With --wait: the sound could not be played; the host's log says why."},
+    {"12", "With --wait: the sound could not be played, or the message not be shown; the host's "
+           "log says why."},
     {"13", "With --wait: the host went away, or did not report the end."},
+    {"14", "With --wait: rules or do-not-disturb kept the notification from people."},
     {"64", "Wrong arguments."},
     {"66", "The file, or standard input, can't be read."},
     {"69", "The bus can't be reached, or no host is on it."},

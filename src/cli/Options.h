@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 /// The arguments of the program. Strings hold bytes: the name of a file need not be UTF-8.
 struct Options
@@ -13,6 +14,11 @@ struct Options
         Show,
         Cancel,
         List,
+        Notify,
+        History,
+        Missed,
+        DoNotDisturb,
+        Rules,
         Watch,
         Get,
         Rows,
@@ -31,17 +37,37 @@ struct Options
     double replyTimeoutSeconds = 10;
 
     // sound
-    std::string file;
-    std::string id; ///< of cancel too
+    std::string file; ///< of notify and rules too
+    std::string id;   ///< of cancel and notify too
     std::string streamFormat;
     bool loop = false;
 
-    // show
-    std::string title;
+    // show, notify and rules
+    std::string title; ///< of rules check, the file
     std::string message;
-    int timeout = -1; ///< in milliseconds; -1: the host's default
+    int timeout = -1; ///< in milliseconds; -1: the default
 
-    // sound and show
+    // notify and rules
+    std::string application = "tavo";
+    std::string category;
+    std::string group;
+    std::string icon;
+    std::vector<std::string> actions; ///< "key=label"
+    bool isTransient = false;
+    std::string rulesAction;
+
+    // dnd
+    std::string state; ///< "on", "off", "until" or empty
+    std::string until;
+
+    // history and missed
+    std::string search;
+    std::string source; ///< of notify and rules too
+    int limit = 100;
+    bool missed = false;
+    bool seen = false;
+
+    // sound, show, notify and rules
     std::string priority = "normal";
     bool wait = false;
 

@@ -3,8 +3,12 @@
 
 #include "cli/commands/CancelCommand.h"
 #include "cli/commands/DoctorCommand.h"
+#include "cli/commands/DoNotDisturbCommand.h"
+#include "cli/commands/HistoryCommands.h"
 #include "cli/commands/ListCommand.h"
 #include "cli/commands/NodeCommands.h"
+#include "cli/commands/NotifyCommand.h"
+#include "cli/commands/RulesCommand.h"
 #include "cli/commands/ShowCommand.h"
 #include "cli/commands/SoundCommand.h"
 #include "cli/commands/StatusCommand.h"
@@ -22,6 +26,16 @@ std::unique_ptr<Command> Command::create(const Options &options, TavoClient &cli
         return std::make_unique<CancelCommand>(options, client, terminal);
     case Options::Command::List:
         return std::make_unique<ListCommand>(options, client, terminal);
+    case Options::Command::Notify:
+        return std::make_unique<NotifyCommand>(options, client, terminal);
+    case Options::Command::History:
+        return std::make_unique<HistoryCommand>(options, client, terminal);
+    case Options::Command::Missed:
+        return std::make_unique<MissedCommand>(options, client, terminal);
+    case Options::Command::DoNotDisturb:
+        return std::make_unique<DoNotDisturbCommand>(options, client, terminal);
+    case Options::Command::Rules:
+        return std::make_unique<RulesCommand>(options, client, terminal);
     case Options::Command::Watch:
         return std::make_unique<WatchCommand>(options, client, terminal);
     case Options::Command::Get:

@@ -39,6 +39,12 @@ QString refusalText(const CMError &error)
 }
 } // namespace
 
+bool isTooLarge(const CMError &error)
+{
+    return error.name() == TavoClientError::limitExceeded() ||
+           error.name() == QLatin1String("UnsupportedValue");
+}
+
 ExitCode exitCodeOf(const CMError &error)
 {
     const QString name = error.name();
@@ -68,6 +74,10 @@ QString errorText(const CMError &error, const CMPath &path, const QString &bus)
     if (name == TavoClientError::timedOut()) {
         return QStringLiteral("%1. To wait longer, use --reply-timeout")
             .arg(error.message().toString());
+    }
+    if (name == CMErrors::noSuchNode() && path.isBelow(CMPath(QStringLiteral("/attention")))) {
+        return QStringLiteral("this host does not run the module attention. Add \"attention\" to "
+                              "\"modules\" in its configuration, before dbus, and start it again");
     }
     if (name == CMErrors::noSuchNode() && !path.isEmpty()) {
         return QStringLiteral("there is no node at %1. tavo tree lists the nodes; the host's "

@@ -3,6 +3,8 @@
 
 #include "cli/commands/MessageReader.h"
 
+#include "cli/commands/ErrorText.h"
+
 #include <QElapsedTimer>
 #include <QHash>
 
@@ -52,13 +54,6 @@ ShownMessages messagesOf(const Reading &reading)
     return result;
 }
 
-/// Whether the request or its reply is too large.
-bool isTooMuch(const CMError &error)
-{
-    return error.name() == TavoClientError::limitExceeded() ||
-           error.name() == QLatin1String("UnsupportedValue");
-}
-
 /// Describes the messages from the first one on, up to count of them with each request. Halves the
 /// count if a request or its reply is too large.
 void describe(const std::shared_ptr<Reading> &reading, int first, int count)
@@ -71,11 +66,11 @@ void describe(const std::shared_ptr<Reading> &reading, int first, int count)
     reading->client.describe(paths).onFinished(
         reading->context, [=](const CMReply<QVector<TavoClientDescription>> &answer) {
             const CMError error = answer.error();
-            if (isTooMuch(error) && paths.size() > 1) {
+            if (isTooLarge(error) && paths.size() > 1) {
                 describe(reading, first, paths.size() / 2);
                 return;
             }
-            if (error.isError() && !isTooMuch(error)) {
+            if (error.isError() && !isTooLarge(error)) {
                 reading->use({}, error);
                 return;
             }

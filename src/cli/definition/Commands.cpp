@@ -3,6 +3,8 @@
 
 #include "cli/definition/Commands.h"
 
+#include "cli/Priority.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cstdlib>
@@ -35,6 +37,11 @@ bool isBus(const std::string &text)
 {
     const bool isAddress = text.find(':') != std::string::npos;
     return isAddress || text == "session" || text == "system";
+}
+
+bool isPriority(const std::string &text)
+{
+    return priorityFromText(text).has_value();
 }
 
 CommandDefinition programDefinition()
@@ -78,10 +85,19 @@ ValueCheck notNegative()
     return {isNotNegative, "must be an integer from 0 to 2147483647"};
 }
 
+OptionDefinition priorityOption()
+{
+    return {{"-p", "--priority"},
+            ValueName::priority,
+            "low, normal, high, urgent or an integer; larger ones go first (normal)",
+            &Options::priority,
+            {isPriority, "must be low, normal, high, urgent or an integer"}};
+}
+
 Definition commandLineDefinition()
 {
     Definition definition{programDefinition(), notificationCommands()};
-    for (auto more : {modelCommands(), overviewCommands()}) {
+    for (auto more : {attentionCommands(), modelCommands(), overviewCommands()}) {
         std::move(more.begin(), more.end(), std::back_inserter(definition.commands));
     }
     const OptionDefinition help{

@@ -14,6 +14,7 @@ Definition commandLineDefinition();
 // Each function defines the commands of one kind, without --help, which every command has. Help, man
 // page and completions list them in this order.
 std::vector<CommandDefinition> notificationCommands();
+std::vector<CommandDefinition> attentionCommands();
 std::vector<CommandDefinition> modelCommands();
 std::vector<CommandDefinition> overviewCommands();
 
@@ -22,6 +23,9 @@ std::vector<TextBlock> commandText(const std::string &details, const std::string
 
 /// Accepts integers from 0 to the largest int.
 ValueCheck notNegative();
+
+/// The priority of a sound or a message.
+OptionDefinition priorityOption();
 
 /// The names of values in the help. The completions offer values by these names.
 namespace ValueName {
@@ -33,6 +37,15 @@ constexpr const char *title = "TITLE";
 constexpr const char *message = "MESSAGE";
 constexpr const char *id = "ID";
 constexpr const char *idOrPath = "ID|PATH";
+constexpr const char *text = "TEXT";
+constexpr const char *name = "NAME";
+constexpr const char *icon = "ICON";
+constexpr const char *words = "WORDS";
+constexpr const char *time = "TIME";
+constexpr const char *keyAndLabel = "KEY=LABEL";
+constexpr const char *state = "STATE";
+constexpr const char *ruleTask = "TASK";
+constexpr const char *fileOrTitle = "FILE|TITLE";
 constexpr const char *number = "N";
 constexpr const char *milliseconds = "MS";
 constexpr const char *seconds = "SECONDS";

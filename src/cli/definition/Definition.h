@@ -19,9 +19,10 @@ struct ValueCheck
 /// An option, a flag or a positional argument.
 struct OptionDefinition
 {
-    /// Where the value goes. --help and --version have no target.
+    /// Where the value goes. --help and --version have no target. An option whose target is a list
+    /// may be given more than once.
     using Target = std::variant<std::monostate, bool Options::*, int Options::*, double Options::*,
-                                std::string Options::*>;
+                                std::string Options::*, std::vector<std::string> Options::*>;
 
     std::vector<std::string> names; ///< "-w", "--wait"; empty for a positional argument
     std::string valueName;          ///< empty for a flag

@@ -2,23 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "cli/definition/Commands.h"
-#include "cli/Priority.h"
 
 namespace {
-bool isPriority(const std::string &text)
-{
-    return priorityFromText(text).has_value();
-}
-
-OptionDefinition priority()
-{
-    return {{"-p", "--priority"},
-            ValueName::priority,
-            "low, normal, high, urgent or an integer; larger ones go first (normal)",
-            &Options::priority,
-            {isPriority, "must be low, normal, high, urgent or an integer"}};
-}
-
 bool isNotEmpty(const std::string &text)
 {
     return !text.empty();
@@ -49,7 +34,7 @@ CommandDefinition sound()
                             true}};
     command.options = {
         {{"--id"}, ValueName::id, "The id to cancel the sound by (a new one)", &Options::id},
-        priority(),
+        priorityOption(),
         {{"--loop"}, ValueName::none, "Repeat the sound until it is cancelled", &Options::loop},
         {{"--stream"},
          ValueName::format,
@@ -80,7 +65,7 @@ CommandDefinition show()
                         "Show it for MS milliseconds; 0: until it is closed (the host's default)",
                         &Options::timeout,
                         notNegative()},
-                       priority(),
+                       priorityOption(),
                        {{"-w", "--wait"},
                         ValueName::none,
                         "Wait until the message is closed, and print how",

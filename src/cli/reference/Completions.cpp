@@ -10,12 +10,18 @@ std::string offeredWords(const std::string &valueName)
     if (valueName == ValueName::priority) {
         return "low normal high urgent";
     }
+    if (valueName == ValueName::state) {
+        return "on off until";
+    }
+    if (valueName == ValueName::ruleTask) {
+        return "list check test";
+    }
     return valueName == ValueName::bus ? "session system" : "";
 }
 
 ValueOffer offerFor(const std::string &valueName)
 {
-    if (valueName == ValueName::file) {
+    if (valueName == ValueName::file || valueName == ValueName::fileOrTitle) {
         return ValueOffer::Files;
     }
     if (valueName == ValueName::path) {

@@ -6,7 +6,7 @@
 #include "history/History.h"
 #include <core/base/configuration.h>
 
-#include <QStandardPaths>
+#include <attention/AttentionSettings.h>
 
 namespace {
 constexpr int maxEntries = 10000000;
@@ -15,14 +15,6 @@ constexpr int maxMebibytes = 1 << 20;
 constexpr int defaultMebibytes = 32;
 constexpr int maxSpeechTimeoutMs = 600000;
 constexpr int maxKeptSounds = 100000;
-
-/// A person's own file, or else the system's.
-QString defaultSettingsFile()
-{
-    const QString name = QStringLiteral("tavo/attention.json");
-    const QString found = QStandardPaths::locate(QStandardPaths::GenericConfigLocation, name);
-    return found.isEmpty() ? QStringLiteral("/etc/") + name : found;
-}
 
 HistorySettings readHistory(TavoConfiguration configuration)
 {
@@ -56,7 +48,8 @@ Speech::Settings readSpeech(TavoConfiguration configuration)
 AttentionConfiguration::AttentionConfiguration(const QVariantHash &config)
 {
     TavoConfiguration configuration(config);
-    settingsFile = configuration.string(QStringLiteral("settings"), defaultSettingsFile());
+    settingsFile =
+        configuration.string(QStringLiteral("settings"), AttentionSettings::defaultFile());
     history = readHistory(configuration.section(QStringLiteral("history")));
     speech = readSpeech(configuration.section(QStringLiteral("speech")));
     configuration.finish();

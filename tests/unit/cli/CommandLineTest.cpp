@@ -64,6 +64,17 @@ TEST_F(CommandLineTest, ReadsASoundWithItsOptions)
     EXPECT_TRUE(options.wait);
 }
 
+TEST_F(CommandLineTest, CollectsTheActionsOfANotification)
+{
+    const Options options =
+        optionsOf({"notify", "--action", "open=Open", "Door", "--action", "no=Not = now", "Ring"});
+    EXPECT_EQ(options.title, "Door");
+    EXPECT_EQ(options.message, "Ring");
+    EXPECT_EQ(options.actions, (std::vector<std::string>{"open=Open", "no=Not = now"}));
+    EXPECT_THAT(refusalOf({"notify", "Door", "--action", "open"}), HasSubstr("must be KEY=LABEL"));
+    EXPECT_THAT(refusalOf({"notify", "Door", "--action", "=Open"}), HasSubstr("must be KEY=LABEL"));
+}
+
 TEST_F(CommandLineTest, AcceptsADashForStandardInput)
 {
     EXPECT_EQ(optionsOf({"sound", "-"}).file, "-");

@@ -89,7 +89,8 @@ protected:
 TEST_F(ReferenceTest, HasEveryCommandOfTheDefinition)
 {
     EXPECT_THAT(definedCommands(),
-                testing::UnorderedElementsAre("sound", "show", "cancel", "list", "watch", "get",
+                testing::UnorderedElementsAre("sound", "show", "cancel", "list", "notify",
+                                              "history", "missed", "dnd", "rules", "watch", "get",
                                               "rows", "call", "tree", "status", "doctor"));
 }
 
@@ -111,7 +112,7 @@ TEST_F(ReferenceTest, NamesValuesInCapitals)
     for (const CommandDefinition &command : m_definition.commands) {
         for (const auto *options : {&command.options, &command.positionals}) {
             for (const OptionDefinition &option : *options) {
-                EXPECT_EQ(option.valueName.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ|"),
+                EXPECT_EQ(option.valueName.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ|="),
                           std::string::npos)
                     << command.name << ' ' << option.synopsis();
             }
@@ -137,21 +138,26 @@ TEST_F(ReferenceTest, GivesEachOptionTheSameMeaningInEveryCommand)
 
 TEST_F(ReferenceTest, EachOptionIsAccepted)
 {
-    const std::map<std::string, std::string> values{
-        {"BUS", "system"}, {"MS", "1"}, {"N", "1"}, {"PRIORITY", "low"}, {"SECONDS", "1"}};
+    const std::map<std::string, std::string> values{{"BUS", "system"}, {"MS", "1"},
+                                                    {"N", "1"},        {"PRIORITY", "low"},
+                                                    {"SECONDS", "1"},  {"KEY=LABEL", "yes=Yes"},
+                                                    {"STATE", "on"},   {"TASK", "list"}};
     for (const CommandDefinition &command : m_definition.commands) {
         std::vector<OptionDefinition> options = command.options;
         options.insert(options.end(), m_definition.program.options.begin(),
                        m_definition.program.options.end());
+        const auto valueOf = [&values](const OptionDefinition &option) {
+            const auto value = values.find(option.valueName);
+            return value == values.end() ? std::string("/path") : value->second;
+        };
         for (const OptionDefinition &option : options) {
             for (const std::string &name : option.names) {
                 std::vector<std::string> arguments{"tavo", command.name, name};
                 if (!option.valueName.empty()) {
-                    const auto value = values.find(option.valueName);
-                    arguments.push_back(value == values.end() ? "value" : value->second);
+                    arguments.push_back(valueOf(option));
                 }
-                for (std::size_t i = 0; i < command.positionals.size(); ++i) {
-                    arguments.emplace_back("/path");
+                for (const OptionDefinition &positional : command.positionals) {
+                    arguments.push_back(valueOf(positional));
                 }
                 EXPECT_EQ(refusalOf(arguments), "") << command.name << ' ' << name;
             }

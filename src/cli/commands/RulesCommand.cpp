@@ -1,0 +1,155 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "cli/commands/RulesCommand.h"
+
+#include "base/Printable.h"
+#include "cli/commands/NotifyItem.h"
+
+#include <QFile>
+
+#include <attention/AttentionSettings.h>
+#include <stdexcept>
+
+namespace {
+QString messageText(const TavoAttentionTrial &trial)
+{
+    if (!trial.shown()) {
+        return QStringLiteral("not shown");
+    }
+    constexpr double msPerSecond = 1000;
+    return trial.timeout() == 0
+               ? QStringLiteral("shown until it is closed")
+               : QStringLiteral("shown for %1 s").arg(trial.timeout() / msPerSecond);
+}
+} // namespace
+
+void RulesCommand::start()
+{
+    if (options().rulesAction == "check") {
+        check();
+    } else if (options().rulesAction == "test") {
+        test();
+    } else {
+        list();
+    }
+}
+
+void RulesCommand::list()
+{
+    const CMPath path = TavoAttentionRulesPath();
+    onAnswer<QVariant>(client().getValue(path), path, [this](const QVariant &value) {
+        const auto rules = TavoValue(value.toHash()).attentionRules();
+        if (options().json) {
+            print(rules.fields(), {});
+        } else {
+            printRules(rules);
+        }
+        finish(ExitCode::Ok);
+    });
+}
+
+void RulesCommand::printRules(const TavoAttentionRules &rules)
+{
+    for (int index = 0; index < rules.rules().size(); ++index) {
+        const TavoAttentionRule rule = rules.rules().at(index);
+        const QString name = printable(rule.name());
+        const QString count = QString::number(rule.count());
+        constexpr int width = 6;
+        terminal().print(terminal().isTerminal()
+                             ? count.rightJustified(width) + QStringLiteral("  ") + name
+                             : count + QLatin1Char('\t') + name);
+    }
+    terminal().printNote(
+        QStringLiteral("%1 rules, from %2").arg(rules.rules().size()).arg(printable(rules.file())));
+    if (!rules.error().isEmpty()) {
+        terminal().printError(
+            QStringLiteral("%1. The previous rules stay in use").arg(rules.error()));
+    }
+}
+
+void RulesCommand::check()
+{
+    const QString name = options().title.empty()
+                             ? AttentionSettings::defaultFile()
+                             : QFile::decodeName(QByteArray::fromStdString(options().title));
+    QFile file(name);
+    if (!file.open(QIODevice::ReadOnly)) {
+        fail(ExitCode::NoInput,
+             QStringLiteral("%1 can't be read: %2").arg(name, file.errorString()));
+        return;
+    }
+    try {
+        const auto settings = AttentionSettings::fromJson(file.readAll(), name);
+        const int count = int(settings.rules.list().size());
+        print(QVariantHash{{QStringLiteral("file"), name}, {QStringLiteral("rules"), count}},
+              QStringLiteral("%1: good, rules: %2").arg(printable(name)).arg(count));
+        finish(ExitCode::Ok);
+    } catch (const std::runtime_error &error) {
+        fail(ExitCode::Refused, QString::fromUtf8(error.what()));
+    }
+}
+
+void RulesCommand::test()
+{
+    if (options().title.empty()) {
+        fail(ExitCode::Usage, QStringLiteral("rules test needs the title of a notification"));
+        return;
+    }
+    const auto item = notifyItem(options());
+    if (const auto *failure = std::get_if<ExitFailure>(&item)) {
+        fail(failure->code, failure->reason);
+        return;
+    }
+    const CMPath path = TavoAttentionTryPath();
+    const auto request = TavoValue().setAttentionItem(std::get<TavoAttentionItem>(item));
+    onAnswer<QVariant>(client().call(path, request), path, [this](const QVariant &value) {
+        const auto trial = TavoValue(value.toHash()).attentionTrial();
+        if (options().json) {
+            print(trial.fields(), {});
+        } else {
+            printTrial(trial);
+        }
+        finish(ExitCode::Ok);
+    });
+}
+
+void RulesCommand::printTrial(const TavoAttentionTrial &trial)
+{
+    for (int index = 0; index < trial.verdicts().size(); ++index) {
+        printVerdict(trial.verdicts().at(index));
+    }
+    printOutcome("Message", messageText(trial));
+    printOutcome("Sound", trial.sounding() ? QStringLiteral("played, if it has one")
+                                           : QStringLiteral("not played"));
+    printOutcome("Speech",
+                 trial.spoken() ? QStringLiteral("read aloud") : QStringLiteral("not read aloud"));
+    printOutcome("Priority", TavoNotificationItemPriority::toString(trial.priority()));
+    if (!trial.reason().isEmpty()) {
+        printOutcome("Why", printable(trial.reason()));
+    }
+}
+
+void RulesCommand::printVerdict(const TavoAttentionVerdict &verdict)
+{
+    const QString name = printable(verdict.rule());
+    const QString reason = printable(verdict.reason());
+    const QString state = verdict.applies() ? QStringLiteral("applies") : QStringLiteral("no");
+    if (!terminal().isTerminal()) {
+        terminal().print(QStringList{state, name, reason}.join(QLatin1Char('\t')));
+        return;
+    }
+    constexpr int width = 7;
+    const auto style = verdict.applies() ? Terminal::Style::Good : Terminal::Style::Faint;
+    terminal().print(terminal().styled(state.leftJustified(width), style) + QStringLiteral("  ") +
+                     terminal().styled(name, Terminal::Style::Bold) + QStringLiteral("  ") +
+                     reason);
+}
+
+void RulesCommand::printOutcome(const char *what, const QString &text)
+{
+    constexpr int width = 10;
+    const QString name = QString::fromLatin1(what);
+    terminal().print(terminal().isTerminal() ? name.leftJustified(width) + text
+                                             : name + QLatin1Char('\t') + text);
+}

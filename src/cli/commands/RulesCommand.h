@@ -1,0 +1,27 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "cli/commands/Command.h"
+
+/// Lists the rules of the host, checks a file of rules, or tries what becomes of a notification.
+class RulesCommand : public Command
+{
+    Q_OBJECT
+
+public:
+    using Command::Command;
+
+    void start() override;
+
+private:
+    void list();
+    void check();
+    void test();
+
+    void printRules(const TavoAttentionRules &rules);
+    void printTrial(const TavoAttentionTrial &trial);
+    void printVerdict(const TavoAttentionVerdict &verdict);
+    void printOutcome(const char *what, const QString &text);
+};
