@@ -14,7 +14,8 @@
 namespace {
 constexpr int maxRemoved = 100;      // in one transaction, so that each is short
 constexpr qint64 maxFreePages = 256; // before the file is made shorter
-constexpr int maxLeftOpen = 1000;    // nobody can see more of them
+constexpr int blocksInFile = 8;   // at least, so that the file is never much larger than it may be
+constexpr int maxLeftOpen = 1000; // nobody can see more of them
 constexpr qint64 msPerDay = 86'400'000;
 
 /// About what an entry takes in the file.
@@ -41,8 +42,9 @@ struct HistoryFile::Statements
     SqliteStatement begin{database, "BEGIN IMMEDIATE"};
     SqliteStatement commit{database, "COMMIT"};
     SqliteStatement rollback{database, "ROLLBACK"};
-    SqliteStatement readTotals{database, "SELECT entries, bytes, missed FROM totals"};
-    SqliteStatement writeTotals{database, "UPDATE totals SET entries = ?, bytes = ?, missed = ?"};
+    SqliteStatement readTotals{database, "SELECT last, entries, bytes, missed FROM totals"};
+    SqliteStatement writeTotals{database,
+                                "UPDATE totals SET last = ?, entries = ?, bytes = ?, missed = ?"};
     SqliteStatement insert{
         database, "INSERT INTO entries VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"};
     SqliteStatement state{database, "SELECT state FROM entries WHERE number = ?"};
@@ -74,20 +76,11 @@ HistoryFile::HistoryFile(const QString &file, const HistorySettings &settings)
     checkHistoryHeader(file);
     setUpHistory(m_database);
     m_statements = std::make_unique<Statements>(m_database);
-    m_index.emplace(m_database);
+    m_index.emplace(m_database, settings.maxBytes / blocksInFile);
     readTotals();
 }
 
 HistoryFile::~HistoryFile() = default;
-
-qint64 HistoryFile::lastNumber()
-{
-    const qint64 last = m_database.number("SELECT max(number) FROM entries");
-    if (last < 0 || last > maxHistoryNumber) {
-        throw HistoryError(HistoryError::Kind::Damaged, QStringLiteral("its numbers are wrong"));
-    }
-    return last;
-}
 
 qint64 HistoryFile::numberInFile(qint64 number) const
 {
@@ -116,7 +109,8 @@ void HistoryFile::write(const HistoryEntry &entry)
     m_statements->insert.run(number, entry.id, entry.time, entry.source, entry.application,
                              entry.category, entry.group, entry.priority, entry.title, entry.text,
                              int(entry.state), entry.action, entry.endTime, flags, bytes);
-    m_index->add(number, entry);
+    m_index->add(number, entry, bytes);
+    m_totals.last = number;
     ++m_totals.entries;
     m_totals.bytes += bytes;
     m_totals.missed += entry.isMissed();
@@ -157,7 +151,8 @@ void HistoryFile::commit()
     }
     begin();
     removeOldest();
-    m_statements->writeTotals.run(m_totals.entries, m_totals.bytes, m_totals.missed);
+    m_index->prepareCommit();
+    m_statements->writeTotals.run(m_totals.last, m_totals.entries, m_totals.bytes, m_totals.missed);
     m_statements->commit.run();
 }
 
@@ -193,10 +188,10 @@ void HistoryFile::removeOldest()
     }
     if (last == 0) {
         // Nothing is left to remove, so nothing may be counted either, even in a damaged file.
-        m_totals = isOverLimit() ? Totals{} : m_totals;
+        m_totals = isOverLimit() ? Totals{m_totals.last, 0, 0, 0} : m_totals;
     } else {
         m_statements->remove.run(last);
-        m_index->removeBefore(last);
+        m_index->removeUpTo(last);
         if (m_database.number("PRAGMA freelist_count") > maxFreePages) {
             m_database.execute("PRAGMA incremental_vacuum(64)");
         }
@@ -206,7 +201,11 @@ void HistoryFile::removeOldest()
 void HistoryFile::readTotals()
 {
     SqliteRows rows(m_statements->readTotals);
-    m_totals = rows.next() ? Totals{rows.number(0), rows.number(1), rows.number(2)} : Totals{};
+    m_totals = rows.next() ? Totals{rows.number(0), rows.number(1), rows.number(2), rows.number(3)}
+                           : Totals{};
+    if (m_totals.last < 0 || m_totals.last > maxHistoryNumber) {
+        throw HistoryError(HistoryError::Kind::Damaged, QStringLiteral("its last number is wrong"));
+    }
 }
 
 HistoryPage HistoryFile::page(const HistoryQuery &query)
@@ -224,7 +223,7 @@ HistoryPage HistoryFile::page(const HistoryQuery &query)
         SqliteStatement search = m_index->search(blocks[i], SELECT_ENTRIES);
         const bool isLast = i + 1 == blocks.size();
         if (!reader.read(SqliteRows(search, before, expression)) || isLast ||
-            !reader.goOn(HistoryIndex::firstOf(blocks[i]))) {
+            !reader.goOn(blocks[i])) {
             break;
         }
     }

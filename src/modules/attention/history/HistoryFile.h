@@ -21,8 +21,8 @@ public:
     HistoryFile(const QString &file, const HistorySettings &settings);
     ~HistoryFile();
 
-    /// The highest number in the file; 0 if it is empty.
-    qint64 lastNumber();
+    /// The highest number that was ever in the file, not changed by the shift; 0 if it is new.
+    qint64 lastNumber() const { return m_totals.last; }
 
     /// The numbers in the file are higher by this than those of the session.
     void setShift(qint64 shift) { m_shift = shift; }
@@ -55,6 +55,7 @@ private:
     struct Statements;
     struct Totals
     {
+        qint64 last = 0; ///< number
         qint64 entries = 0;
         qint64 bytes = 0; ///< see bytesOf()
         qint64 missed = 0;

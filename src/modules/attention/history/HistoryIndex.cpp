@@ -8,14 +8,9 @@
 #include <algorithm>
 
 namespace {
-constexpr int entriesPerBlock = 4096;
+constexpr int entriesPerBlock = 16384;
 constexpr int maxSearchWords = 32;    // more of them narrow nothing down
 constexpr int maxSearchLength = 1000; // characters
-
-qint64 blockOf(qint64 number)
-{
-    return number / entriesPerBlock;
-}
 
 QByteArray sql(const char *text, qint64 block)
 {
@@ -37,54 +32,85 @@ bool hasWord(const QString &text)
 }
 } // namespace
 
-HistoryIndex::HistoryIndex(Sqlite &database)
+HistoryIndex::HistoryIndex(Sqlite &database, qint64 maxBlockBytes)
     : m_database(database)
-    , m_blocks(database,
-               "SELECT number FROM blocks WHERE number BETWEEN 0 AND ? ORDER BY number DESC")
-    , m_oldest(database, "SELECT number FROM blocks WHERE number < ? ORDER BY number LIMIT 1")
-    , m_remove(database, "DELETE FROM blocks WHERE number = ?")
+    , m_maxBlockBytes(maxBlockBytes)
+    , m_blocks(database, "SELECT first FROM blocks WHERE first BETWEEN 0 AND ? ORDER BY first DESC")
+    , m_newest(database, "SELECT first, bytes FROM blocks ORDER BY first DESC LIMIT 1")
+    , m_oldest(database, "SELECT first FROM blocks ORDER BY first LIMIT 2")
+    , m_remove(database, "DELETE FROM blocks WHERE first = ?")
+    , m_setBytes(database, "UPDATE blocks SET bytes = ? WHERE first = ?")
 {
 }
 
 void HistoryIndex::create(Sqlite &database)
 {
-    database.execute("CREATE TABLE blocks(number INTEGER PRIMARY KEY)");
+    database.execute("CREATE TABLE blocks(first INTEGER PRIMARY KEY, bytes INTEGER)");
 }
 
-void HistoryIndex::add(qint64 number, const HistoryEntry &entry)
+void HistoryIndex::add(qint64 number, const HistoryEntry &entry, qint64 bytes)
 {
-    if (m_open != blockOf(number)) {
-        open(blockOf(number));
+    if (!m_insert) {
+        openNewest();
+    }
+    if (!m_insert || number - m_block >= entriesPerBlock || m_bytes >= m_maxBlockBytes) {
+        makeBlock(number);
     }
     m_insert->run(number, entry.title, entry.text, entry.application, entry.source);
+    m_bytes += bytes;
 }
 
-void HistoryIndex::open(qint64 block)
+void HistoryIndex::openNewest()
 {
-    // The texts themselves are in the entries.
-    m_database.execute(
-        sql("CREATE VIRTUAL TABLE IF NOT EXISTS BLOCK USING fts5(title, text, application, source, "
-            "content = entries, content_rowid = number, columnsize = 0, "
-            "tokenize = 'unicode61 remove_diacritics 2')",
-            block));
-    SqliteStatement(m_database, "INSERT OR IGNORE INTO blocks VALUES(?)").run(block);
+    SqliteRows rows(m_newest);
+    if (rows.next()) {
+        open(rows.number(0), rows.number(1));
+    }
+}
+
+void HistoryIndex::open(qint64 block, qint64 bytes)
+{
     m_insert.emplace(m_database, sql("INSERT INTO BLOCK(rowid, title, text, application, source) "
                                      "VALUES(?, ?, ?, ?, ?)",
                                      block));
-    m_open = block;
+    m_block = block;
+    m_bytes = bytes;
 }
 
-void HistoryIndex::removeBefore(qint64 number)
+void HistoryIndex::makeBlock(qint64 number)
 {
-    qint64 block = -1;
+    prepareCommit();
+    // The texts themselves are in the entries.
+    m_database.execute(
+        sql("CREATE VIRTUAL TABLE BLOCK USING fts5(title, text, application, source, "
+            "content = entries, content_rowid = number, columnsize = 0, "
+            "tokenize = 'unicode61 remove_diacritics 2')",
+            number));
+    SqliteStatement(m_database, "INSERT INTO blocks VALUES(?, 0)").run(number);
+    open(number, 0);
+}
+
+void HistoryIndex::prepareCommit()
+{
+    if (m_insert) {
+        m_setBytes.run(m_bytes, m_block);
+    }
+}
+
+void HistoryIndex::removeUpTo(qint64 number)
+{
+    qint64 block = 0;
     {
-        SqliteRows rows(m_oldest, blockOf(number));
+        SqliteRows rows(m_oldest);
         if (!rows.next()) {
             return;
         }
         block = rows.number(0);
+        const bool isEmpty = rows.next() && rows.number(0) <= number;
+        if (!isEmpty) {
+            return;
+        }
     }
-    rolledBack(); // so that the statement does not keep the table
     m_database.execute(sql("DROP TABLE BLOCK", block));
     m_remove.run(block);
 }
@@ -92,7 +118,6 @@ void HistoryIndex::removeBefore(qint64 number)
 void HistoryIndex::rolledBack()
 {
     m_insert.reset();
-    m_open = -1;
 }
 
 QString HistoryIndex::expression(const HistoryQuery &query)
@@ -117,7 +142,7 @@ QString HistoryIndex::expression(const HistoryQuery &query)
 std::vector<qint64> HistoryIndex::blocks(qint64 before)
 {
     std::vector<qint64> blocks;
-    SqliteRows rows(m_blocks, blockOf(before - 1));
+    SqliteRows rows(m_blocks, before - 1);
     while (rows.next()) {
         blocks.push_back(rows.number(0));
     }
@@ -131,9 +156,4 @@ SqliteStatement HistoryIndex::search(qint64 block, const char *select)
                                         "ON entries.number = found.rowid "
                                         "WHERE found.rowid < ?1 ORDER BY found.rowid DESC",
                                         block));
-}
-
-qint64 HistoryIndex::firstOf(qint64 block)
-{
-    return block * entriesPerBlock;
 }

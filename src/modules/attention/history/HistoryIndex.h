@@ -17,18 +17,25 @@
 /// block and often needs no other, so its time does not grow with the history. Looking up words that
 /// begin in the same way takes as long as a block is large, before the first is found. Old entries
 /// leave the index with their whole block, which takes much less writing than to remove each.
+///
+/// A block is known by its first number, and ends where the next one begins.
 class HistoryIndex
 {
 public:
-    explicit HistoryIndex(Sqlite &database);
+    /// A block may take this many bytes.
+    HistoryIndex(Sqlite &database, qint64 maxBlockBytes);
 
     /// Makes what is needed in a new database.
     static void create(Sqlite &database);
 
-    void add(qint64 number, const HistoryEntry &entry);
+    /// Adds an entry that takes this many bytes, with a higher number than all others.
+    void add(qint64 number, const HistoryEntry &entry, qint64 bytes);
 
-    /// Removes the oldest block if all its entries have lower numbers.
-    void removeBefore(qint64 number);
+    /// Removes the oldest block if no entry has a number in it that is higher than this.
+    void removeUpTo(qint64 number);
+
+    /// To be called before a transaction is committed.
+    void prepareCommit();
 
     /// To be called when a transaction has been rolled back.
     void rolledBack();
@@ -43,16 +50,20 @@ public:
     /// second is the expression. Some that are found are to be left out.
     SqliteStatement search(qint64 block, const char *select);
 
-    /// The lowest number of a block.
-    static qint64 firstOf(qint64 block);
-
 private:
-    void open(qint64 block);
+    void openNewest();
+    void open(qint64 block, qint64 bytes);
+    void makeBlock(qint64 number);
 
     Sqlite &m_database;
+    const qint64 m_maxBlockBytes;
     SqliteStatement m_blocks;
+    SqliteStatement m_newest;
     SqliteStatement m_oldest;
     SqliteStatement m_remove;
-    qint64 m_open = -1; ///< the block of m_insert
-    std::optional<SqliteStatement> m_insert;
+    SqliteStatement m_setBytes;
+
+    std::optional<SqliteStatement> m_insert; ///< into the newest block
+    qint64 m_block = 0;                      ///< of m_insert
+    qint64 m_bytes = 0;                      ///< in this block
 };

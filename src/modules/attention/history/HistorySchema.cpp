@@ -24,8 +24,8 @@ constexpr const char *schema = R"(
         endTime INTEGER, flags INTEGER, bytes INTEGER);
     CREATE INDEX entries_missed ON entries(number) WHERE state IN (5, 6);
     CREATE INDEX entries_open ON entries(number) WHERE endTime = 0;
-    CREATE TABLE totals(entries INTEGER, bytes INTEGER, missed INTEGER);
-    INSERT INTO totals VALUES(0, 0, 0);
+    CREATE TABLE totals(last INTEGER, entries INTEGER, bytes INTEGER, missed INTEGER);
+    INSERT INTO totals VALUES(0, 0, 0, 0);
 )";
 
 void checkOwner(qint64 mark, qint64 version)

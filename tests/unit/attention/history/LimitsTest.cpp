@@ -47,6 +47,21 @@ TEST_F(LimitsTest, TheOldestEntriesGoFirst)
     EXPECT_THAT(search("text"_s), ElementsAre("4"_s, "3"_s, "2"_s));
 }
 
+TEST_F(LimitsTest, WhatIsRemovedIsNoLongerFoundByItsWords)
+{
+    settings.maxEntries = 0;
+    start();
+    history->add(entry("Removed"_s));
+    start();
+    EXPECT_THAT(titles(), IsEmpty());
+    settings.maxEntries = 10;
+    start();
+    history->add(entry("Kept"_s));
+    start();
+    EXPECT_THAT(search("removed"_s), IsEmpty());
+    EXPECT_THAT(search("kept"_s), ElementsAre("Kept"_s));
+}
+
 TEST_F(LimitsTest, ALowerLimitIsReachedWithoutNewEntries)
 {
     start();

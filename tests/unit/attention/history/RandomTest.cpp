@@ -103,6 +103,7 @@ protected:
         : m_random(GetParam())
     {
         settings.betweenTries = std::chrono::milliseconds(1);
+        settings.maxBytes = 60'000; // more than is added; the index has several blocks then
         settings.file = folder.filePath("state/history.db"_s);
     }
 
