@@ -216,7 +216,9 @@ Rectangle {
             color: card.colors.button
             border { width: 1; color: card.colors.border }
             Accessible.role: Accessible.ProgressBar
-            Accessible.name: look.valueText
+            // Qt gives screen readers no value of a progress bar.
+            Accessible.name: look.valueText + " " + message.value + " %"
+            Accessible.ignored: message.value < 0
 
             Rectangle {
                 anchors { left: parent.left; top: parent.top; bottom: parent.bottom; margins: 1 }

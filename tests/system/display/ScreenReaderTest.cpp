@@ -103,10 +103,10 @@ TEST_F(DisplayScreenReaderTest, speaksTheMessagesOfOtherLibraries)
     EXPECT_EQ(
         glib.run({"call", "--session", "-d", "org.freedesktop.Notifications", "-o",
                   "/org/freedesktop/Notifications", "-m", "org.freedesktop.Notifications.Notify",
-                  "glib", "0", "", "Parcel", "At the <b>door</b>", "[]", "{}", "0"}),
+                  "glib", "0", "", "Parcel", "At the <b>door</b>", "[]", "{'value': <30>}", "0"}),
         0)
         << glib.error();
-    EXPECT_TRUE(m_reader.hears("notification: Parcel: At the door\n"));
+    EXPECT_TRUE(m_reader.hears("notification: Parcel: At the door\nprogress bar: Progress 30 %\n"));
     Program python("/usr/bin/python3");
     python.setEnvironment("DBUS_SESSION_BUS_ADDRESS", m_bus.address());
     EXPECT_EQ(

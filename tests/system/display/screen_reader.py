@@ -4,9 +4,9 @@
 
 Usage: screen_reader.py [BUTTON]
 
-Prints "listening", then for each notification "ROLE: NAME: DESCRIPTION" and "button NAME" for each of its
-buttons. Presses the button with the name BUTTON and prints "pressed". Needs the accessibility bus of a
-desktop (at-spi-bus-launcher).
+Prints "listening", then for each notification "ROLE: NAME: DESCRIPTION", "progress bar: NAME" if it has one, and
+"button NAME" for each of its buttons. Presses the button with the name BUTTON and prints "pressed". Needs the
+accessibility bus of a desktop (at-spi-bus-launcher).
 """
 import sys
 
@@ -23,9 +23,9 @@ def say(text):
     print(text, flush=True)
 
 
-def buttons(node):
+def parts(node, role):
     nodes = [node.get_child_at_index(i) for i in range(node.get_child_count())]
-    return [child for child in nodes if child.get_role() == Atspi.Role.PUSH_BUTTON]
+    return [child for child in nodes if child.get_role() == role]
 
 
 def press(button):
@@ -40,7 +40,9 @@ def on_event(event):
         return
     source.clear_cache()  # the same object has said something else before
     say(f"{source.get_role_name()}: {source.get_name()}: {source.get_description()}")
-    for button in buttons(source):
+    for bar in parts(source, Atspi.Role.PROGRESS_BAR):
+        say(f"{bar.get_role_name()}: {bar.get_name()}")
+    for button in parts(source, Atspi.Role.PUSH_BUTTON):
         button.clear_cache()
         say(f"button {button.get_name()}")
         if button.get_name() in sys.argv[1:]:
