@@ -111,6 +111,6 @@ void AccessibilityBus::on_embedding_failed(const QDBusError &error)
 
 void tavoDisplayPublishAccessibles(const std::function<void()> &published)
 {
-    static AccessibilityBus s_bus;
-    s_bus.publish(published);
+    static auto *s_bus = new AccessibilityBus(qGuiApp);
+    s_bus->publish(published);
 }

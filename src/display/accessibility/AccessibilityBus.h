@@ -15,12 +15,14 @@ class QDBusVirtualObject;
 ///
 /// Qt connects to that bus asynchronously, unless an X server names its address, but publishes its objects
 /// at once, on a connection that does not exist yet, and never tries again. So on Wayland no screen reader
-/// would find the program.
+/// would find the program. Owned by the application.
 class AccessibilityBus : public QObject
 {
     Q_OBJECT
 
 public:
+    using QObject::QObject;
+
     /// To be called whenever Qt reports that accessibility is active, which it also does when it has
     /// connected. The function is called as soon as screen readers can find the program.
     void publish(const std::function<void()> &published);

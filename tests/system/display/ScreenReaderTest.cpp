@@ -130,5 +130,7 @@ TEST_F(DisplayWaylandScreenReaderTest, speaksAnUrgentMessageAndClosesIt)
     EXPECT_TRUE(m_reader.hears("notification: Alarm: The cellar is full of water\nbutton Close\n"));
     EXPECT_TRUE(m_reader.hears("pressed\n"));
     EXPECT_TRUE(waitForPixel(s_insideOfCorner, empty));
+    m_display.sendSignal(SIGTERM);
+    EXPECT_EQ(m_display.waitForExit(), 0);
 }
 } // namespace
