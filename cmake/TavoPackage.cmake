@@ -56,7 +56,8 @@ if(Python3_FOUND)
     tavo_add_man_page(tavo-host 1 "runs the modules that play and show notifications" host.md)
     tavo_add_man_page(tavo-host.json 5 "configuration of tavo-host and its modules"
         "host.md#Configuration" "services.md#Configuration of `powermanager`"
-        "services.md#Configuration of `player`" "dbus.md#Configuration of `dbus`")
+        "services.md#Configuration of `player`" "dbus.md#Configuration of `dbus`"
+        "attention.md#Configuration of `attention`" "attention.md#Settings")
     if(TAVO_BUILD_DISPLAY)
         tavo_add_man_page(tavo-display 1 "shows the messages of tavo-host on the screen" display.md)
     endif()

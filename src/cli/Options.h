@@ -15,6 +15,7 @@ struct Options
         Cancel,
         List,
         Notify,
+        Say,
         History,
         Missed,
         DoNotDisturb,
@@ -47,11 +48,12 @@ struct Options
     std::string message;
     int timeout = -1; ///< in milliseconds; -1: the default
 
-    // notify and rules
+    // notify, say and rules
     std::string application = "tavo";
     std::string category;
     std::string group;
     std::string icon;
+    std::string speech; ///< of say too
     std::vector<std::string> actions; ///< "key=label"
     bool isTransient = false;
     std::string rulesAction;

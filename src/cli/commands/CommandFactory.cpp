@@ -27,6 +27,7 @@ std::unique_ptr<Command> Command::create(const Options &options, TavoClient &cli
     case Options::Command::List:
         return std::make_unique<ListCommand>(options, client, terminal);
     case Options::Command::Notify:
+    case Options::Command::Say:
         return std::make_unique<NotifyCommand>(options, client, terminal);
     case Options::Command::History:
         return std::make_unique<HistoryCommand>(options, client, terminal);

@@ -76,11 +76,16 @@ void NotifyCommand::printOutcome(const TavoAttentionOutcome &outcome)
         return;
     }
     terminal().print(printable(m_item.id()));
-    if (!outcome.reason().isEmpty()) {
-        const QString what = outcome.shown() || outcome.sounding() ? QStringLiteral("Note")
-                                                                   : QStringLiteral("Kept quiet");
-        terminal().printNote(what + QStringLiteral(": ") + printable(outcome.reason()));
+    if (outcome.reason().isEmpty()) {
+        return;
     }
+    QString note = (outcome.shown() ? QStringLiteral("Shown: ") : QStringLiteral("Not shown: ")) +
+                   printable(outcome.reason());
+    for (int index = 0; index < outcome.rules().size(); ++index) {
+        note += (index == 0 ? QStringLiteral("; rules: ") : QStringLiteral(", ")) +
+                printable(outcome.rules().at(index));
+    }
+    terminal().printNote(note);
 }
 
 void NotifyCommand::on_client_valueChanged(const CMPath &path, const QVariant &value)

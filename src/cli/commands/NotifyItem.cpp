@@ -35,6 +35,7 @@ Result<TavoAttentionItem, ExitFailure> notifyItem(const Options &options)
                     .setGroup(QString::fromStdString(options.group))
                     .setPriority(*priorityFromText(options.priority))
                     .setTimeout(options.timeout < 0 ? defaultTimeoutMs : options.timeout)
+                    .setSpeech(QString::fromStdString(options.speech))
                     .setActions(actionsOf(options))
                     .setTransient(options.isTransient);
     if (options.file.empty()) {

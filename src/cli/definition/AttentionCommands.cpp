@@ -20,21 +20,34 @@ bool isRuleTask(const std::string &text)
     return text == "list" || text == "check" || text == "test";
 }
 
+OptionDefinition application()
+{
+    return {
+        {"--app"}, ValueName::name, "The program's name, for people (tavo)", &Options::application};
+}
+
+OptionDefinition source()
+{
+    return {{"--source"},
+            ValueName::name,
+            "The program's name, as rules and the history know it (that for people)",
+            &Options::source};
+}
+
+OptionDefinition category()
+{
+    return {{"--category"},
+            ValueName::name,
+            "What it is about, such as im.received",
+            &Options::category};
+}
+
 /// The options that describe a notification.
 std::vector<OptionDefinition> notificationOptions()
 {
-    return {{{"--app"},
-             ValueName::name,
-             "The program's name, for people (tavo)",
-             &Options::application},
-            {{"--source"},
-             ValueName::name,
-             "The program's name, as rules and the history know it (that for people)",
-             &Options::source},
-            {{"--category"},
-             ValueName::name,
-             "What it is about, such as im.received",
-             &Options::category},
+    return {application(),
+            source(),
+            category(),
             {{"--group"},
              ValueName::name,
              "Messages of one group may be shown as one (those of a source)",
@@ -58,10 +71,22 @@ std::vector<OptionDefinition> notificationOptions()
              ValueName::file,
              "Play this too: a file, a URI, or - for standard input",
              &Options::file},
+            {{"--speech"}, ValueName::text, "Read this aloud, after the sound", &Options::speech},
             {{"--transient"},
              ValueName::none,
              "Keep no text of it in the history",
              &Options::isTransient}};
+}
+
+/// The options of a command that sends a notification.
+std::vector<OptionDefinition> withEnd(std::vector<OptionDefinition> options)
+{
+    options.push_back({{"--id"}, ValueName::id, "The id to close it by (a new one)", &Options::id});
+    options.push_back({{"-w", "--wait"},
+                       ValueName::none,
+                       "Wait for the end, and print how it ended",
+                       &Options::wait});
+    return options;
 }
 
 CommandDefinition notify()
@@ -80,13 +105,23 @@ CommandDefinition notify()
         "  tavo notify --wait --action open=Open --action ignore=Ignore 'Let them in?'");
     command.positionals = {{{}, ValueName::title, "The title", &Options::title, {}, true},
                            {{}, ValueName::text, "The text", &Options::message}};
-    command.options = notificationOptions();
-    command.options.push_back(
-        {{"--id"}, ValueName::id, "The id to close it by (a new one)", &Options::id});
-    command.options.push_back({{"-w", "--wait"},
-                               ValueName::none,
-                               "Wait for the end, and print how it ended",
-                               &Options::wait});
+    command.options = withEnd(notificationOptions());
+    return command;
+}
+
+CommandDefinition say()
+{
+    CommandDefinition command{Options::Command::Say, "say", "Read a text aloud"};
+    command.text = commandText(
+        "Has the host read the text aloud, as a sound with its priority, unless rules or "
+        "do-not-disturb keep it from people. Prints the id, and exits; with --wait, does what tavo "
+        "notify does. The host needs the module attention and a program that speaks, by default "
+        "espeak-ng.",
+        "  tavo say 'Dinner is ready'\n"
+        "  tavo say --priority urgent --wait 'Leave the house'");
+    command.positionals = {
+        {{}, ValueName::text, "What to say", &Options::speech, notEmpty(), true}};
+    command.options = withEnd({application(), source(), category(), priorityOption()});
     return command;
 }
 
@@ -189,5 +224,5 @@ CommandDefinition rules()
 
 std::vector<CommandDefinition> attentionCommands()
 {
-    return {notify(), history(), missed(), doNotDisturb(), rules()};
+    return {notify(), say(), history(), missed(), doNotDisturb(), rules()};
 }

@@ -85,6 +85,11 @@ ValueCheck notNegative()
     return {isNotNegative, "must be an integer from 0 to 2147483647"};
 }
 
+ValueCheck notEmpty()
+{
+    return {[](const std::string &text) { return !text.empty(); }, "must not be empty"};
+}
+
 OptionDefinition priorityOption()
 {
     return {{"-p", "--priority"},

@@ -24,6 +24,9 @@ std::vector<TextBlock> commandText(const std::string &details, const std::string
 /// Accepts integers from 0 to the largest int.
 ValueCheck notNegative();
 
+/// Accepts all but the empty string.
+ValueCheck notEmpty();
+
 /// The priority of a sound or a message.
 OptionDefinition priorityOption();
 

@@ -4,11 +4,6 @@
 #include "cli/definition/Commands.h"
 
 namespace {
-bool isNotEmpty(const std::string &text)
-{
-    return !text.empty();
-}
-
 CommandDefinition sound()
 {
     CommandDefinition command{Options::Command::Sound, "sound", "Play a sound notification"};
@@ -89,7 +84,7 @@ CommandDefinition cancel()
                             ValueName::idOrPath,
                             "The sound's id, or the message's number or path",
                             &Options::id,
-                            {isNotEmpty, "must not be empty"},
+                            notEmpty(),
                             true}};
     return command;
 }

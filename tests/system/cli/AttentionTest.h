@@ -21,8 +21,17 @@ protected:
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         file.write(m_settings);
         file.close();
+        // "Speaks" with a file, instead of a program that need not be installed.
+        const QString words = m_folder.filePath("words.wav");
+        QFile wav(words);
+        ASSERT_TRUE(wav.open(QIODevice::WriteOnly));
+        wav.write(sound());
+        wav.close();
+        const QJsonObject speech{{"command", QJsonArray{"cat", words}},
+                                 {"folder", m_folder.filePath("speech")}};
         const QJsonObject config{{"settings", m_file},
-                                 {"history", QJsonObject{{"file", m_folder.filePath("h.db")}}}};
+                                 {"history", QJsonObject{{"file", m_folder.filePath("h.db")}}},
+                                 {"speech", speech}};
         startHost({QJsonObject{{"name", "attention"}, {"config", config}}});
     }
 

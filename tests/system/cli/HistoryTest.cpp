@@ -119,7 +119,7 @@ TEST_F(CliTest, AttentionCommandsSayThatTheHostDoesNotRunTheModule)
     for (const QStringList &command : commands) {
         EXPECT_EQ(run(command), s_refused) << command.join(' ').toStdString();
         EXPECT_EQ(m_tavo.error(), "tavo: this host does not run the module attention. Add "
-                                  "\"attention\" to \"modules\" in its configuration, before dbus, "
-                                  "and start it again\n");
+                                  "\"attention\" to \"modules\" in its configuration, and start it "
+                                  "again\n");
     }
 }

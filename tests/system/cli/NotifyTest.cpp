@@ -78,7 +78,7 @@ TEST_F(CliNotifyTest, WithWaitReportsThatItWasKeptFromPeople)
     setDoNotDisturb("on");
     EXPECT_EQ(run({"notify", "--wait", "--id", "bell", "Door"}), 14);
     EXPECT_EQ(m_tavo.output(), "bell\nsilenced\n");
-    EXPECT_EQ(m_tavo.error(), "Kept quiet: do-not-disturb is on\n");
+    EXPECT_EQ(m_tavo.error(), "Not shown: do-not-disturb is on\n");
 }
 
 TEST_F(CliNotifyTest, WithWaitAnInterruptClosesIt)
@@ -107,6 +107,12 @@ TEST_F(CliNotifyTest, PrintsEventsAsJson)
     EXPECT_EQ(object(lines[0]).value("event"), "opened");
     EXPECT_EQ(object(lines[0]).value("shown"), true);
     EXPECT_EQ(lines[1], R"({"event":"expired","id":"bell"})");
+}
+
+TEST_F(CliNotifyTest, SaysSomething)
+{
+    EXPECT_EQ(run({"say", "--wait", "--id", "words", "Dinner is ready"}), s_good);
+    EXPECT_EQ(m_tavo.output(), "words\nexpired\n");
 }
 
 TEST_F(CliNotifyTest, RefusesAnIdThatIsOpen)

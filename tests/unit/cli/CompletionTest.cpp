@@ -113,7 +113,7 @@ TEST_F(CompletionTest, EachHasEveryCommandAndOption)
 
 TEST_F(CompletionTest, BashOffersCommands)
 {
-    EXPECT_THAT(bashOffers("tavo s"), ElementsAre("sound", "show", "status"));
+    EXPECT_THAT(bashOffers("tavo s"), ElementsAre("sound", "show", "say", "status"));
     EXPECT_THAT(bashOffers("tavo --bus system --json do"), ElementsAre("doctor"));
 }
 

@@ -89,7 +89,7 @@ protected:
 TEST_F(ReferenceTest, HasEveryCommandOfTheDefinition)
 {
     EXPECT_THAT(definedCommands(),
-                testing::UnorderedElementsAre("sound", "show", "cancel", "list", "notify",
+                testing::UnorderedElementsAre("sound", "show", "cancel", "list", "notify", "say",
                                               "history", "missed", "dnd", "rules", "watch", "get",
                                               "rows", "call", "tree", "status", "doctor"));
 }
