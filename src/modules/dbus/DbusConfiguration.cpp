@@ -7,6 +7,8 @@
 #include <core/base/configuration.h>
 #include <core/records/enumerations.h>
 
+#include <algorithm>
+#include <iterator>
 #include <limits>
 
 namespace {
@@ -43,6 +45,34 @@ constexpr int defaultStoredBytes = defaultTotalStoredBytes / 4;
 constexpr int defaultTotalRequestBytes = 1 << 26;
 constexpr int minTotalBytes = 1 << 20;
 constexpr int maxTotalBytes = 1 << 30;
+
+/// Whether sd-bus knows how to connect to one of the addresses.
+bool isAddress(const QString &text)
+{
+    constexpr const char *transports[] = {"unix:", "tcp:", "unixexec:", "x-machine-unix:"};
+    const QStringList addresses = text.split(QLatin1Char(';'));
+    return std::any_of(addresses.begin(), addresses.end(), [&](const QString &address) {
+        return std::any_of(std::begin(transports), std::end(transports),
+                           [&](const char *transport) {
+                               return address.startsWith(QLatin1String(transport)) &&
+                                      address.contains(QLatin1Char('='));
+                           });
+    });
+}
+
+QString readBus(TavoConfiguration &reader)
+{
+    const QString key = QStringLiteral("bus");
+    const QString session = QStringLiteral("session");
+    QString bus = reader.string(key, session);
+    if (bus != session && bus != QLatin1String("system") && !isAddress(bus)) {
+        reader.fail(key,
+                    QStringLiteral("\"%1\" must be \"session\", \"system\" or an address, such as "
+                                   "\"unix:path=/run/dbus/system_bus_socket\"")
+                        .arg(bus));
+    }
+    return bus;
+}
 
 ClientLimits readLimits(TavoConfiguration reader)
 {
@@ -115,7 +145,7 @@ DbusConfiguration DbusConfiguration::fromHash(const QVariantHash &config)
 {
     TavoConfiguration reader(config);
     DbusConfiguration configuration;
-    configuration.bus = reader.string(QStringLiteral("bus"), QStringLiteral("session"));
+    configuration.bus = readBus(reader);
     configuration.notifications = reader.boolean(QStringLiteral("notifications"), true);
     configuration.defaultTimeoutMs =
         reader.integer(QStringLiteral("defaultTimeout"), ::defaultTimeoutMs, 0, maxTimeoutMs);

@@ -49,6 +49,19 @@ TEST_F(DbusConfigurationTest, RefusesValuesOfTheWrongType)
     EXPECT_THAT(failureWith({{"defaultTimeout", "long"}}), StartsWith("defaultTimeout: must be"));
 }
 
+TEST_F(DbusConfigurationTest, RefusesABusThatHasNoAddress)
+{
+    const auto loadOn = [](const char *bus) {
+        const LoadedModule module(MODULE_FILE, "dbus", {{"bus", bus}});
+    };
+    for (const char *bus : {"", "Session", "bogus:", "bogus:path=/bus", "unix:", "/run/bus"}) {
+        const std::string reason = "bus: \"" + std::string(bus) + "\" must be";
+        EXPECT_THAT([&] { loadOn(bus); },
+                    testing::ThrowsMessage<std::runtime_error>(StartsWith(reason)));
+    }
+    EXPECT_NO_THROW(loadOn("new:a=b;unix:path=/no/such/bus"));
+}
+
 TEST_F(DbusConfigurationTest, RefusesLimitsOutOfRange)
 {
     for (const char *key :
