@@ -21,12 +21,6 @@ quint32 numberIn(const QString &id)
     const quint32 number = id.midRef(id.lastIndexOf(QLatin1Char('-')) + 1).toUInt();
     return id == idOf(number) ? number : 0;
 }
-
-void askDisplayToClose(const CMPath &path)
-{
-    CMRoot()->invoke(TavoNotificationDisplayCancelNotifyPath(), TavoValue().setPath(path),
-                     CMReply<QVariant>());
-}
 } // namespace
 
 ClientMessages::ClientMessages(Clients &clients, CMNodes *nodes)
@@ -55,7 +49,7 @@ CMReply<QVariant> ClientMessages::open(const std::string &client, const QVariant
     Message message;
     message.charge = m_clients.quotas().charge(
         client, {Quotas::OpenNotifications, 1, Quotas::storedBytes(bytes), priority},
-        [path] { askDisplayToClose(path); });
+        [this, path] { close(path); });
     if (hasMessage) {
         message.node = createNode(path, item);
     }
@@ -77,6 +71,7 @@ CMReply<QVariant> ClientMessages::queue(Message message)
     }
     const quint32 number = ++m_lastNumber;
     const TavoNotificationDisplayItem item = message.item.setId(idOf(number));
+    m_closing.erase(item.path());
     m_messages.emplace(number, std::move(message));
     const CMReply<QVariant> reply;
     reply.addWatcher(
@@ -91,12 +86,20 @@ CMReply<QVariant> ClientMessages::queue(Message message)
                             TavoValue().setNotificationDisplayItem(item), reply);
 }
 
+void ClientMessages::close(const CMPath &path)
+{
+    if (m_closing.insert(path).second) {
+        CMRoot()->invoke(TavoNotificationDisplayCancelNotifyPath(), TavoValue().setPath(path),
+                         CMReply<QVariant>());
+    }
+}
+
 void ClientMessages::giveWay(quint32 number)
 {
     const auto message = m_messages.find(number);
     if (message != m_messages.end()) {
         message->second.givesWay = true;
-        askDisplayToClose(message->second.item.path());
+        close(message->second.item.path());
     }
 }
 
@@ -133,6 +136,7 @@ void ClientMessages::forget(quint32 number)
     if (message == m_messages.end()) {
         return;
     }
+    m_closing.erase(message->second.item.path());
     if (message->second.node != nullptr) {
         message->second.node->dispose();
     }

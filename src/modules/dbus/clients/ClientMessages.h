@@ -4,6 +4,7 @@
 #pragma once
 
 #include "LeftMessages.h"
+#include "PathHash.h"
 #include "Quotas.h"
 #include <core/tavo.h>
 
@@ -12,6 +13,7 @@
 #include <cstddef>
 #include <map>
 #include <string>
+#include <unordered_set>
 
 class Clients;
 
@@ -48,12 +50,18 @@ private:
 
     CMListRowsNode *createNode(const CMPath &path, const TavoNotificationDisplayItem &item);
     CMReply<QVariant> queue(Message message);
+
+    /// Requests the display to close all messages with the path, once until one of them has ended or
+    /// another one is shown.
+    void close(const CMPath &path);
+
     void giveWay(quint32 number);
     void forget(quint32 number);
 
     Clients &m_clients;
     CMNodes *m_nodes;
     std::map<quint32, Message> m_messages; ///< by number
+    std::unordered_set<CMPath, PathHash> m_closing;
     quint32 m_lastNumber = 0;
     bool m_isFollowing = false; ///< the ends that the display reports, while there are messages
 };

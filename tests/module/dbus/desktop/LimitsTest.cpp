@@ -83,6 +83,32 @@ print(Notify(), error(Notify))
     EXPECT_THAT(displayed(), ElementsAre(pathOf(2), pathOf(3), pathOf(4)));
 }
 
+class StoredBytesLimitTest : public DesktopTest
+{
+protected:
+    static constexpr int mebi = 1 << 20;
+
+    StoredBytesLimitTest()
+        : DesktopTest({{"limits"_s, QVariantHash{{"totalStoredBytes"_s, mebi}}}})
+    {
+    }
+};
+
+TEST_F(StoredBytesLimitTest, IsMadeRoomInByAllMessagesThatShowANodeAtOnce)
+{
+    python(R"(
+model = dbus.Interface(bus.get_object('org.tavo.Model1', '/org/tavo/Model1'), 'org.tavo.Model1')
+shown = {'notificationDisplayItem': dbus.Dictionary({'path': '/some/node'}, signature='sv')}
+for i in range(400):
+    model.Call('/notifications/display/open', dbus.Dictionary(shown, signature='sv'))
+)"_s);
+    EXPECT_EQ(displayed().size(), 400);
+    const LogCapture displayLog("Notifications");
+    EXPECT_EQ(python("print(Notify(body='<b>' + 60000 * 'x' + '</b>'))"_s), "1"_s);
+    EXPECT_THAT(displayed(), ElementsAre(pathOf(1)));
+    EXPECT_EQ(displayLog.countAt(log4cplus::WARN_LOG_LEVEL), 0);
+}
+
 /// A notification that tries to stand before all others.
 class PriorityLimitTest : public DesktopTest
 {
