@@ -17,12 +17,12 @@
 
 #include <QCryptographicHash>
 #include <QGuiApplication>
-#include <QLibrary>
 #include <QLockFile>
 #include <QStandardPaths>
 
 #include <csignal>
 #include <cstdio>
+#include <dlfcn.h>
 #include <stdexcept>
 #include <thread>
 
@@ -66,10 +66,11 @@ class FontReader
 public:
     FontReader()
         : m_thread([] {
-            QLibrary fontconfig(QStringLiteral("fontconfig"), 1);
-            auto *initialize = reinterpret_cast<int (*)()>(fontconfig.resolve("FcInit"));
-            if (initialize != nullptr) {
-                initialize();
+            // Not by QLibrary: Qt takes the first thread that has a QObject for the main one.
+            if (void *fontconfig = dlopen("libfontconfig.so.1", RTLD_LAZY)) {
+                if (void *initialize = dlsym(fontconfig, "FcInit")) {
+                    reinterpret_cast<int (*)()>(initialize)();
+                }
             }
         })
     {
