@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "DisplayTest.h"
+#include "support/Sanitized.h"
 
 #include <QDir>
 
@@ -10,6 +11,13 @@ namespace {
 class DisplayCostTest : public DisplayTest
 {
 protected:
+    void SetUp() override
+    {
+        if (threadSanitized) {
+            GTEST_SKIP() << "ThreadSanitizer has a thread that wakes up ten times a second";
+        }
+    }
+
     static constexpr std::chrono::seconds s_time{3};
 
     /// How often the threads of the program have waited or lost the processor.
