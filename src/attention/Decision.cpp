@@ -38,6 +38,11 @@ Decision Decision::of(AttentionInput input, const Rules &rules, const DoNotDistu
     return decision;
 }
 
+int Decision::timeout(int requested) const
+{
+    return treatment.mustSee.value_or(false) ? 0 : treatment.timeout.value_or(requested);
+}
+
 void Decision::silence(DoNotDisturbSettings::Silence silence)
 {
     using Silence = DoNotDisturbSettings::Silence;

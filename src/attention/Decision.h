@@ -23,6 +23,10 @@ struct Decision
     /// Decides by the rules, and by do-not-disturb at the notification's time.
     static Decision of(AttentionInput input, const Rules &rules, const DoNotDisturb &doNotDisturb);
 
+    /// How long its message is displayed, in ms, if its sender wants it to be this long; 0: until it is
+    /// closed.
+    int timeout(int requested) const;
+
 private:
     void silence(DoNotDisturbSettings::Silence silence);
 };

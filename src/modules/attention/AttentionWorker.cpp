@@ -238,15 +238,16 @@ void AttentionWorker::on_try_activated(const CMSetDataRequest &request)
         verdicts.append(
             TavoAttentionVerdict().setRule(rule.name()).setApplies(applies).setReason(reason));
     }
+    const bool isSpoken = decision.isSpoken || (decision.isHeard && !item.speech().isEmpty());
     request.reply().setValue(
         TavoValue()
             .setAttentionTrial(TavoAttentionTrial()
                                    .setVerdicts(verdicts)
                                    .setShown(decision.isShown)
                                    .setSounding(decision.isHeard)
-                                   .setSpoken(decision.isSpoken)
+                                   .setSpoken(isSpoken)
                                    .setPriority(decision.priority)
-                                   .setTimeout(decision.treatment.timeout.value_or(item.timeout()))
+                                   .setTimeout(decision.timeout(item.timeout()))
                                    .setReason(decision.reason))
             .__variant());
 }

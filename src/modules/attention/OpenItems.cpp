@@ -72,7 +72,8 @@ HistoryEntry historyEntryOf(const TavoAttentionItem &item, const Decision &decis
     entry.group = decision.treatment.group.value_or(item.group());
     entry.priority = decision.priority;
     entry.title = item.title().toString();
-    entry.text = item.text().toString();
+    // What is only said has no other text.
+    entry.text = item.text().isEmpty() ? item.speech() : item.text().toString();
     entry.isPrivate = item.isTransient() || decision.treatment.isPrivate.value_or(false);
     entry.mustSee = decision.treatment.mustSee.value_or(false);
     return entry;
@@ -233,13 +234,11 @@ void OpenItems::requestDisplay(Entry &entry)
     entry.request =
         entry.node ? QStringLiteral("attention-%1").arg(++m_lastRequest) : entry.item.id();
     m_requests.insert(entry.request, entry.item.id());
-    const bool mustSee = entry.decision.treatment.mustSee.value_or(false);
-    const int timeout = entry.decision.treatment.timeout.value_or(entry.item.timeout());
     const auto item = TavoNotificationDisplayItem()
                           .setId(entry.request)
                           .setPath(entry.path)
                           .setPriority(entry.decision.priority)
-                          .setTimeout(mustSee ? 0 : timeout);
+                          .setTimeout(entry.decision.timeout(entry.item.timeout()));
     const CMReply<QVariant> reply;
     reply.addWatcher(
         this,

@@ -4,6 +4,7 @@
 #include "module/attention/AttentionModuleTest.h"
 
 #include <QFile>
+#include <QTemporaryDir>
 
 namespace {
 using testing::Contains;
@@ -131,6 +132,14 @@ TEST_F(AttentionSpeechTest, FailsIfTheProgramFloods)
     loadWith("cat /dev/zero"_s);
     notify(spoken("Flood"_s));
     EXPECT_EQ(endOf("spoken"_s).end(), End::Failed);
+}
+
+TEST_F(AttentionSpeechTest, LetsTheProgramGoOnWithoutALargeFileThatItWanted)
+{
+    QTemporaryDir folder;
+    loadWith("truncate -s 64M %1/large; [ $? -eq 1 ] && "_s.arg(folder.path()) + speaker());
+    notify(spoken("Dinner is ready"_s));
+    EXPECT_THAT(textIn(playedFiles(1)[0]), HasSubstr("Dinner is ready"));
 }
 
 TEST_F(AttentionSpeechTest, FailsWithoutAProgram)

@@ -113,6 +113,8 @@ TEST_F(CliNotifyTest, SaysSomething)
 {
     EXPECT_EQ(run({"say", "--wait", "--id", "words", "Dinner is ready"}), s_good);
     EXPECT_EQ(m_tavo.output(), "words\nexpired\n");
+    EXPECT_EQ(run({"history"}), s_good);
+    EXPECT_THAT(m_tavo.output(), HasSubstr("\tDinner is ready\n"));
 }
 
 TEST_F(CliNotifyTest, RefusesAnIdThatIsOpen)

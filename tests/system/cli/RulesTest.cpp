@@ -3,6 +3,7 @@
 
 #include "AttentionTest.h"
 
+using testing::Contains;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
@@ -15,6 +16,7 @@ protected:
             "rules": [
                 {"name": "door", "when": {"source": ["door"]},
                  "then": {"priority": "Urgent", "timeout": 2500}},
+                {"name": "leak", "when": {"source": ["leak"]}, "then": {"mustSee": true}},
                 {"name": "no spam", "when": {"words": ["spam"]}, "then": {"drop": true}}]})")
     {
     }
@@ -31,10 +33,10 @@ TEST_F(CliRulesTest, ListsThemWithTheirCounts)
     notify({"Ring", "--source", "door"});
     notify({"Ring", "--source", "door"});
     EXPECT_EQ(run({"rules", "list"}), s_good);
-    EXPECT_THAT(m_tavo.lines(), ElementsAre("2\tdoor", "0\tno spam"));
-    EXPECT_EQ(m_tavo.error(), "2 rules, from " + m_file.toStdString() + "\n");
+    EXPECT_THAT(m_tavo.lines(), ElementsAre("2\tdoor", "0\tleak", "0\tno spam"));
+    EXPECT_EQ(m_tavo.error(), "3 rules, from " + m_file.toStdString() + "\n");
     EXPECT_EQ(run({"rules", "list", "--json"}), s_good);
-    EXPECT_EQ(json().toObject().value("rules").toArray().size(), 2);
+    EXPECT_EQ(json().toObject().value("rules").toArray().size(), 3);
 }
 
 TEST_F(CliRulesTest, TestSaysWhichRuleDoesWhatAndWhyNot)
@@ -43,6 +45,7 @@ TEST_F(CliRulesTest, TestSaysWhichRuleDoesWhatAndWhyNot)
     EXPECT_EQ(run({"rules", "test", "Ring", "--source", "door"}), s_good);
     EXPECT_THAT(m_tavo.lines(),
                 ElementsAre("applies\tdoor\tpriority Urgent, timeout 2500",
+                            "no\tleak\tsource \"door\" is not in leak",
                             "no\tno spam\tnot all words are in it: spam",
                             "Message\tshown for 2.5 s", "Sound\tplayed, if it has one",
                             "Speech\tnot read aloud", "Priority\tUrgent",
@@ -50,7 +53,15 @@ TEST_F(CliRulesTest, TestSaysWhichRuleDoesWhatAndWhyNot)
     EXPECT_EQ(run({"rules", "test", "Offer", "spam", "--json"}), s_good);
     EXPECT_EQ(json().toObject().value("shown"), false);
     EXPECT_EQ(run({"rules", "list"}), s_good);
-    EXPECT_THAT(m_tavo.lines(), ElementsAre("0\tdoor", "0\tno spam")) << "a test is not counted";
+    EXPECT_THAT(m_tavo.lines(), ElementsAre("0\tdoor", "0\tleak", "0\tno spam"))
+        << "a test is not counted";
+}
+
+TEST_F(CliRulesTest, TestSaysThatAMessageStaysUntilItIsClosed)
+{
+    EXPECT_EQ(run({"rules", "test", "Water", "--source", "leak", "--speech", "Water"}), s_good);
+    EXPECT_THAT(m_tavo.lines(), Contains("Message\tshown until it is closed"));
+    EXPECT_THAT(m_tavo.lines(), Contains("Speech\tread aloud"));
 }
 
 TEST_F(CliRulesTest, TestNeedsATitle)
@@ -62,7 +73,7 @@ TEST_F(CliRulesTest, TestNeedsATitle)
 TEST_F(CliRulesTest, CheckTellsGoodFilesFromWrongOnes)
 {
     EXPECT_EQ(check(m_settings), s_good);
-    EXPECT_THAT(m_tavo.output(), EndsWith("rules.json: good, rules: 2\n"));
+    EXPECT_THAT(m_tavo.output(), EndsWith("rules.json: good, rules: 3\n"));
     EXPECT_EQ(check("{\"rules\": [\n{\"name\": \"door\",\n\"then\": {\"loud\": true}}]}"),
               s_refused);
     EXPECT_THAT(m_tavo.error(), EndsWith("rules.json:3: rules[0].then.loud: unknown key\n"));

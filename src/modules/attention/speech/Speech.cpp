@@ -41,6 +41,9 @@ protected:
         sigprocmask(SIG_UNBLOCK, &all, nullptr);
         const rlimit bytes{maxBytes, maxBytes};
         setrlimit(RLIMIT_FSIZE, &bytes);
+        // The client library of a sound server wants a large file in memory when it starts. It goes on
+        // without, but the signal would end the program.
+        std::signal(SIGXFSZ, SIG_IGN);
     }
 };
 
