@@ -8,6 +8,7 @@
 
 #include <QFile>
 
+#include <algorithm>
 #include <attention/AttentionSettings.h>
 #include <stdexcept>
 
@@ -116,8 +117,15 @@ void RulesCommand::test()
 
 void RulesCommand::printTrial(const TavoAttentionTrial &trial)
 {
-    for (int index = 0; index < trial.verdicts().size(); ++index) {
-        printVerdict(trial.verdicts().at(index));
+    const auto verdicts = trial.verdicts();
+    int nameWidth = 0;
+    for (int index = 0; index < verdicts.size(); ++index) {
+        constexpr int maxWidth = 40;
+        const int width = printable(verdicts.at(index).rule()).size();
+        nameWidth = std::max(nameWidth, std::min(width, maxWidth));
+    }
+    for (int index = 0; index < verdicts.size(); ++index) {
+        printVerdict(verdicts.at(index), nameWidth);
     }
     printOutcome("Message", messageText(trial));
     printOutcome("Sound", trial.sounding() ? QStringLiteral("played, if it has one")
@@ -130,7 +138,7 @@ void RulesCommand::printTrial(const TavoAttentionTrial &trial)
     }
 }
 
-void RulesCommand::printVerdict(const TavoAttentionVerdict &verdict)
+void RulesCommand::printVerdict(const TavoAttentionVerdict &verdict, int nameWidth)
 {
     const QString name = printable(verdict.rule());
     const QString reason = printable(verdict.reason());
@@ -142,8 +150,8 @@ void RulesCommand::printVerdict(const TavoAttentionVerdict &verdict)
     constexpr int width = 7;
     const auto style = verdict.applies() ? Terminal::Style::Good : Terminal::Style::Faint;
     terminal().print(terminal().styled(state.leftJustified(width), style) + QStringLiteral("  ") +
-                     terminal().styled(name, Terminal::Style::Bold) + QStringLiteral("  ") +
-                     reason);
+                     terminal().styled(name.leftJustified(nameWidth), Terminal::Style::Bold) +
+                     QStringLiteral("  ") + reason);
 }
 
 void RulesCommand::printOutcome(const char *what, const QString &text)

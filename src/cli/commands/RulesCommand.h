@@ -22,6 +22,6 @@ private:
 
     void printRules(const TavoAttentionRules &rules);
     void printTrial(const TavoAttentionTrial &trial);
-    void printVerdict(const TavoAttentionVerdict &verdict);
+    void printVerdict(const TavoAttentionVerdict &verdict, int nameWidth);
     void printOutcome(const char *what, const QString &text);
 };
