@@ -95,9 +95,8 @@ void HistoryPlace::lock()
 
 QString HistoryPlace::putAside()
 {
-    const QString name =
-        m_file + QLatin1String(asideMark) +
-        QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss-zzz"));
+    QString name = m_file + QLatin1String(asideMark) +
+                   QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss-zzz"));
     for (const char *ending : endings) {
         const QByteArray from = QFile::encodeName(m_file + QLatin1String(ending));
         const QByteArray to = QFile::encodeName(name + QLatin1String(ending));
