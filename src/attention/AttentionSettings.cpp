@@ -13,7 +13,6 @@
 namespace {
 constexpr int maxRateCount = 100000;
 constexpr int maxRateSeconds = 86400;
-constexpr int maxGroupFrom = 1000;
 constexpr int msOfSecond = 1000;
 
 QTimeZone readZone(TavoConfiguration &configuration)
@@ -79,11 +78,6 @@ AttentionSettings AttentionSettings::read(TavoConfiguration configuration)
         configuration.section(QStringLiteral("doNotDisturb")), settings.zone);
     settings.rules = Rules::read(configuration, settings.zone);
     settings.rate = readRate(configuration.section(QStringLiteral("eachSource")));
-    const QString groupKey = QStringLiteral("groupFrom");
-    settings.groupFrom = configuration.integer(groupKey, settings.groupFrom, 0, maxGroupFrom);
-    if (settings.groupFrom == 1) {
-        configuration.fail(groupKey, QStringLiteral("must be 0 or at least 2"));
-    }
     configuration.finish();
     return settings;
 }

@@ -13,8 +13,6 @@ struct AttentionSettings
     DoNotDisturbSettings doNotDisturb;
     Rules rules;
     SourceRates::Limit rate;
-    /// As many messages of a group are shown as one; 0: never.
-    int groupFrom = 3;
     QTimeZone zone;
 
     /// Without a file: no rules, and everything passes.

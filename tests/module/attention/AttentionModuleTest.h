@@ -75,8 +75,9 @@ protected:
     }
     static Request setDoNotDisturb(bool on, qint64 until = 0);
 
-    /// The program that speaks from the next load() on: a shell's script.
-    void setSpeechScript(const QString &script) { m_speechCommand = QStringList{"sh"_s, "-c"_s, script}; }
+    /// The program that speaks from the next load() on; a shell's script.
+    void setSpeechCommand(const QStringList &command) { m_speechCommand = command; }
+    void setSpeechScript(const QString &script) { setSpeechCommand({"sh"_s, "-c"_s, script}); }
 
     LogCapture &log() { return m_log; }
     ScriptedService &services() { return m_services; }

@@ -134,12 +134,13 @@ TEST_F(AttentionSpeechTest, FailsIfTheProgramFloods)
     EXPECT_EQ(endOf("spoken"_s).end(), End::Failed);
 }
 
-TEST_F(AttentionSpeechTest, LetsTheProgramGoOnWithoutALargeFileThatItWanted)
+TEST_F(AttentionSpeechTest, FailsIfTheProgramIsNotThere)
 {
-    QTemporaryDir folder;
-    loadWith("truncate -s 64M %1/large; [ $? -eq 1 ] && "_s.arg(folder.path()) + speaker());
-    notify(spoken("Dinner is ready"_s));
-    EXPECT_THAT(textIn(playedFiles(1)[0]), HasSubstr("Dinner is ready"));
+    setSpeechCommand({"/nowhere/speaker"_s});
+    load();
+    notify(spoken("Nothing"_s));
+    EXPECT_TRUE(isLogged("/nowhere/speaker can't be started"));
+    EXPECT_EQ(endOf("spoken"_s).end(), End::Failed);
 }
 
 TEST_F(AttentionSpeechTest, FailsWithoutAProgram)

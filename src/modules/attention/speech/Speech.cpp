@@ -8,26 +8,22 @@
 #include <QCryptographicHash>
 #include <QDateTime>
 #include <QDir>
+#include <QFile>
 #include <QLocale>
+#include <QSaveFile>
 #include <QStandardPaths>
 
 #include <csignal>
-#include <sys/resource.h>
 
 namespace {
 constexpr int maxTextLength = 1000;
 constexpr std::size_t maxJobs = 16;
 
-/// A minute of speech has 3 MiB.
-constexpr rlim_t maxBytes = rlim_t(32) << 20;
+/// Of a sound. A minute of speech has 3 MiB.
+constexpr int maxBytes = 32 << 20;
 
 /// Only a header.
-constexpr qint64 emptyBytes = 44;
-
-QString partOf(const QString &file)
-{
-    return file + QStringLiteral(".part");
-}
+constexpr int emptyBytes = 44;
 } // namespace
 
 class Speech::Process : public QProcess
@@ -39,11 +35,6 @@ protected:
         sigset_t all;
         sigfillset(&all);
         sigprocmask(SIG_UNBLOCK, &all, nullptr);
-        const rlimit bytes{maxBytes, maxBytes};
-        setrlimit(RLIMIT_FSIZE, &bytes);
-        // The client library of a sound server wants a large file in memory when it starts. It goes on
-        // without, but the signal would end the program.
-        std::signal(SIGXFSZ, SIG_IGN);
     }
 };
 
@@ -127,12 +118,13 @@ void Speech::startNext()
         }
         kept.remove();
     }
-    QDir().mkpath(m_settings.folder);
+    m_sound.clear();
     m_process = std::make_unique<Process>();
     m_process->setProgram(m_settings.command.first());
     m_process->setArguments(m_settings.command.mid(1));
-    m_process->setStandardOutputFile(partOf(job.file));
     m_process->setStandardErrorFile(QProcess::nullDevice());
+    tavoConnect(m_process.get(), &QProcess::readyReadStandardOutput, this,
+                &Speech::on_process_readyRead);
     tavoConnect(m_process.get(), &QProcess::stateChanged, this,
                 [this](QProcess::ProcessState state) {
                     if (state == QProcess::NotRunning) {
@@ -144,6 +136,14 @@ void Speech::startNext()
     m_process->start();
     m_process->write(job.text.toUtf8());
     m_process->closeWriteChannel();
+}
+
+void Speech::on_process_readyRead()
+{
+    m_sound += m_process->readAllStandardOutput();
+    if (m_sound.size() > maxBytes) {
+        m_process->kill();
+    }
 }
 
 void Speech::on_timeout_timeout()
@@ -161,27 +161,28 @@ void Speech::on_process_ended()
 Result<QString> Speech::takeResult()
 {
     const QString program = m_settings.command.first();
-    const QString file = m_jobs.front().file;
     const bool wasInTime = m_timeout.isActive();
     m_timeout.stop();
     if (m_process->error() == QProcess::FailedToStart) {
         return Failure{program + QStringLiteral(" can't be started: ") + m_process->errorString()};
     }
     if (!wasInTime) {
-        QFile::remove(partOf(file));
         return Failure{program + QStringLiteral(" takes too long")};
     }
     const bool isGood = m_process->exitStatus() == QProcess::NormalExit &&
-                        m_process->exitCode() == 0 && QFileInfo(partOf(file)).size() > emptyBytes;
+                        m_process->exitCode() == 0 && m_sound.size() > emptyBytes &&
+                        m_sound.size() <= maxBytes;
     if (!isGood) {
-        QFile::remove(partOf(file));
         return Failure{program + QStringLiteral(" wrote no sound")};
     }
     removeOldest();
-    if (!QFile::rename(partOf(file), file)) {
-        return Failure{QStringLiteral("The sound can't be kept in ") + m_settings.folder};
+    QDir().mkpath(m_settings.folder);
+    QSaveFile file(m_jobs.front().file);
+    if (!file.open(QIODevice::WriteOnly) || file.write(m_sound) != m_sound.size() ||
+        !file.commit()) {
+        return Failure{file.fileName() + QStringLiteral(": ") + file.errorString()};
     }
-    return file;
+    return file.fileName();
 }
 
 void Speech::removeOldest() const

@@ -5,7 +5,7 @@
 
 #include "base/Result.h"
 
-#include <QFile>
+#include <QByteArray>
 #include <QObject>
 #include <QProcess>
 #include <QStringList>
@@ -51,6 +51,7 @@ public:
     static QString defaultFolder();
 
 private Q_SLOTS:
+    void on_process_readyRead();
     void on_process_ended();
     void on_timeout_timeout();
 
@@ -73,5 +74,6 @@ private:
     const Settings m_settings;
     std::deque<Job> m_jobs; ///< the program works for the first one
     std::unique_ptr<Process> m_process;
+    QByteArray m_sound; ///< what the program has written
     QTimer m_timeout;
 };

@@ -43,7 +43,6 @@ TEST(AttentionSettingsTest, RefusesWhatItDoesNotKnow)
     EXPECT_THAT(errorOf(R"({"timeZone": "Mars/Olympus"})"),
                 StartsWith("attention.json:1: timeZone: must be a time zone"));
     EXPECT_THAT(errorOf(R"({"apply": "some"})"), StartsWith("attention.json:1: apply: must be"));
-    EXPECT_THAT(errorOf(R"({"groupFrom": 1})"), StartsWith("attention.json:1: groupFrom: must be"));
     EXPECT_THAT(errorOf(R"({"doNotDisturb": {"silence": "all"}})"),
                 StartsWith("attention.json:1: doNotDisturb.silence: must be"));
     EXPECT_THAT(errorOf(R"({"rules": [{"when": {}}]})"),
