@@ -20,6 +20,6 @@ public:
     /// shown.
     virtual void follow(const QKeySequence &key, QWindow *window) = 0;
 
-    /// For X11; null on other platforms, which give the keyboard themselves.
+    /// For X11; null on other platforms, where no program can grab a key.
     static std::unique_ptr<FocusKey> create();
 };

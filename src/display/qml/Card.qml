@@ -282,4 +282,12 @@ Rectangle {
             maximumLineCount: 3
         }
     }
+
+    // Says that the message has the keyboard.
+    Rectangle {
+        anchors.fill: parent
+        visible: card.activeFocus
+        color: "transparent"
+        border { width: Math.max(2, Math.round(card.unit * 0.15)); color: card.colors.focus }
+    }
 }

@@ -116,6 +116,9 @@ void MessageWindow::on_message_shown()
     } else if (m_placement->canResize()) {
         place();
     }
+    if (QQuickItem *button = m_card->scopedFocusItem()) {
+        button->setFocus(false); // It belonged to another message.
+    }
     announce();
 }
 
@@ -191,6 +194,8 @@ void MessageWindow::loadTheme()
         qFatal("%s", qUtf8Printable(failure->reason));
     }
     m_card = std::move(std::get<std::unique_ptr<QQuickItem>>(card));
+    // Gets the keys when the button that had them has gone with its message.
+    m_card->setFlag(QQuickItem::ItemIsFocusScope);
     tavoConnect(m_card.get(), &QQuickItem::implicitHeightChanged, this,
                 &MessageWindow::on_card_implicitHeightChanged);
 }

@@ -67,7 +67,8 @@ void LayerPlacement::prepare(QWindow &window, const DisplayConfiguration &config
     const int margin = configuration.mode == Mode::Corner ? configuration.margin : 0;
     layer->setMargins({margin, margin, margin, margin});
     layer->setExclusiveZone(configuration.mode == Mode::Fullscreen ? -1 : 0);
-    layer->setKeyboardInteractivity(Layer::KeyboardInteractivityOnDemand);
+    // On demand, sway gives the keyboard to each message that comes.
+    layer->setKeyboardInteractivity(Layer::KeyboardInteractivityNone);
     layer->setDesiredOutput(window.screen());
     layer->setScope(QStringLiteral("notification"));
 }

@@ -27,12 +27,12 @@ protected:
     }
 
     /// Shows a question with the buttons Open and Wait; the notifier prints the answer.
-    void ask()
+    void ask(const QString &urgency = QStringLiteral("critical"))
     {
         m_notifier.setEnvironment("DBUS_SESSION_BUS_ADDRESS", m_bus.address());
         m_notifier.start(
-            {"-u", "critical", "-A", "open=Open", "-A", "wait=Wait", "Doorbell", "Somebody"});
-        ASSERT_TRUE(waitForLook(Priority::Urgent));
+            {"-u", urgency, "-A", "open=Open", "-A", "wait=Wait", "Doorbell", "Somebody"});
+        ASSERT_TRUE(waitForLook(urgency == "critical" ? Priority::Urgent : Priority::Normal));
         waitUntilArmed();
     }
 
@@ -127,6 +127,36 @@ TEST_F(DisplayPersonTest, closesAMessageWithTheKeyboardOnly)
     const auto isEditor = [](const QVector<QRect> &windows) { return windows.size() == 1; };
     EXPECT_TRUE(m_server.waitForWindows(isEditor));
     EXPECT_TRUE(waitFor([&] { return m_server.focusedWindow() == m_editor; }));
+}
+
+TEST_F(DisplayPersonTest, framesTheMessageThatHasTheKeyboard)
+{
+    startWithEditor();
+    show("Alarm", Priority::Urgent);
+    ASSERT_TRUE(waitForLook(Priority::Urgent));
+    const QColor frame = Palette::find("dark", Priority::Urgent).focus;
+    const QPoint edge(s_insideOfCorner.x(), s_margin + 1);
+    EXPECT_NE(m_server.picture().pixelColor(edge), frame);
+    giveTheMessageTheKeyboard();
+    EXPECT_TRUE(m_server.waitForPicture(
+        [&](const QImage &picture) { return picture.pixelColor(edge) == frame; }));
+}
+
+TEST_F(DisplayPersonTest, closesTheMessageThatTakesThePlaceOfAFocusedButton)
+{
+    startWithEditor();
+    ask("normal");
+    giveTheMessageTheKeyboard();
+    m_server.press({keyTab});
+    m_server.press({keyTab}); // Open
+    qRegisterMetaType<TavoMessages::End>("TavoMessages::End");
+    const QSignalSpy closed(&m_messages, &TavoMessages::closed);
+    const uint alarm = show("Alarm", Priority::Urgent);
+    ASSERT_TRUE(waitForLook(Priority::Urgent));
+    waitUntilArmed();
+    m_server.press({keyEscape});
+    ASSERT_TRUE(waitFor([&] { return !closed.isEmpty(); }));
+    EXPECT_EQ(closed[0][0].toUInt(), alarm);
 }
 
 TEST_F(DisplayPersonTest, scrollsALongTextWithTheKeyboard)

@@ -59,13 +59,13 @@ protected:
         return QDir(m_folder.path()).entryList({"wayland-?"}, QDir::System, QDir::Name);
     }
 
-    /// Has sway execute a command.
-    void control(const QString &command)
+    /// Has sway execute a command, or answer a question.
+    void control(const QStringList &command)
     {
         const QDir folder(m_folder.path());
         const QStringList sockets = folder.entryList({"sway-ipc.*"}, QDir::System, QDir::Time);
         ASSERT_FALSE(sockets.isEmpty());
-        ASSERT_EQ(m_control.run({"-s", folder.filePath(sockets.first()), command}), 0)
+        ASSERT_EQ(m_control.run(QStringList{"-s", folder.filePath(sockets.first())} + command), 0)
             << m_control.output() << m_control.error();
     }
 

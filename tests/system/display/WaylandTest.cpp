@@ -25,6 +25,24 @@ TEST_F(DisplayWaylandTest, anUrgentMessageComesInFrontAndTheOtherComesBack)
     EXPECT_TRUE(waitForPixel(s_insideOfCorner, background(Priority::Normal)));
 }
 
+TEST_F(DisplayWaylandTest, keepsTheKeyboardWhereItIs)
+{
+    // The compositor's name of what has the keyboard; 0 while a message has it.
+    const auto focus = [this] {
+        control({"-t", "get_seats", "--raw"});
+        return QJsonDocument::fromJson(QByteArray::fromStdString(m_control.output()))[0]["focus"]
+            .toInt();
+    };
+    ASSERT_NE(focus(), 0);
+    start();
+    show("Door");
+    ASSERT_TRUE(waitForPixel(s_insideOfCorner, background(Priority::Normal)));
+    EXPECT_NE(focus(), 0);
+    show("Alarm", Priority::Urgent);
+    ASSERT_TRUE(waitForPixel(s_insideOfCorner, background(Priority::Urgent)));
+    EXPECT_NE(focus(), 0);
+}
+
 TEST_F(DisplayWaylandTest, isGoneWithTheMessage)
 {
     const QColor empty = picture().pixelColor(s_insideOfCorner);
@@ -50,7 +68,7 @@ TEST_F(DisplayWaylandTest, followsTheScaleOfTheScreen)
     start();
     show("Door");
     ASSERT_TRUE(waitForPixel(s_insideOfCorner, background(Priority::Normal)));
-    control("output HEADLESS-1 scale 2");
+    control({"output HEADLESS-1 scale 2"});
     // Everything is twice as large, in pixels.
     const Palette palette = Palette::find("dark", Priority::Normal);
     const int left = s_screenWidth - 2 * (s_margin + s_width) + 4;
@@ -64,7 +82,7 @@ TEST_F(DisplayWaylandTest, followsTheScreenWhenItIsTurned)
     start();
     show("Door");
     ASSERT_TRUE(waitForPixel(s_insideOfCorner, background(Priority::Normal)));
-    control("output HEADLESS-1 transform 90");
+    control({"output HEADLESS-1 transform 90"});
     constexpr int width = 720; // The sides of the screen have changed places.
     EXPECT_TRUE(
         waitForPixel({width - s_margin - 8, s_insideOfCorner.y()}, background(Priority::Normal)));
@@ -76,7 +94,7 @@ TEST_F(DisplayWaylandTest, goesToItsScreenWhenThatIsPluggedIn)
     start();
     show("Door");
     ASSERT_TRUE(waitForPixel(s_insideOfCorner, background(Priority::Normal)));
-    control("create_output");
+    control({"create_output"});
     const QPoint onTheNewOne(1920 - s_margin - 8, s_insideOfCorner.y()); // It is wider.
     ASSERT_TRUE(waitForPixel(onTheNewOne, background(Priority::Normal), "HEADLESS-2"));
     EXPECT_NE(picture().pixelColor(s_insideOfCorner), background(Priority::Normal));
