@@ -13,9 +13,9 @@ Environment:
 
 Exit codes:
   0    stopped by SIGINT or SIGTERM, or the demo has ended
+  1    the connection to the X server or the compositor broke
   64   wrong arguments
   69   there is no display
-  71   an operation of the operating system failed
   75   another tavo-display shows the messages of this bus on this display
   78   the configuration is wrong or can't be read
 )";

@@ -10,7 +10,6 @@ enum class ExitCode {
     Ok = 0,
     Usage = 64,
     Unavailable = 69,
-    SystemError = 71,
     AlreadyRunning = 75,
     Configuration = 78,
 };

@@ -31,7 +31,7 @@ Rectangle {
 
     Accessible.role: Accessible.Notification
     Accessible.name: message.title
-    Accessible.description: message.text
+    Accessible.description: look.spokenText
 
     // The priority, as a stripe and not only as a colour: it grows with the priority.
     Rectangle {

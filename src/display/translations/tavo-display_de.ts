@@ -80,6 +80,19 @@
         <comment>how many messages wait</comment>
         <translation>%1 weitere</translation>
     </message>
+    <message>
+        <source>%1 min</source>
+        <comment>minutes that are left</comment>
+        <translation>%1 min</translation>
+    </message>
+    <message>
+        <source>Urgent</source>
+        <translation>Dringend</translation>
+    </message>
+    <message>
+        <source>Important</source>
+        <translation>Wichtig</translation>
+    </message>
 </context>
 <context>
     <name>MessageWindow</name>

@@ -4,6 +4,7 @@
 #include "display/view/Look.h"
 
 #include <core/base/connect.h>
+#include <core/records/enumerations.h>
 
 #include <QGuiApplication>
 #include <QLocale>
@@ -14,8 +15,10 @@ Look::Look(const ShownMessage &message, QObject *parent)
 {
     qRegisterMetaType<Palette>();
     tavoConnect(&message, &ShownMessage::messageChanged, this, &Look::paletteChanged);
+    tavoConnect(&message, &ShownMessage::messageChanged, this, &Look::spokenTextChanged);
     tavoConnect(&message, &ShownMessage::secondsChanged, this, &Look::secondsTextChanged);
     tavoConnect(&message, &ShownMessage::waitingCountChanged, this, &Look::waitingTextChanged);
+    tavoConnect(this, &Look::waitingTextChanged, this, &Look::spokenTextChanged);
 }
 
 void Look::setConfiguration(const DisplayConfiguration &configuration)
@@ -61,13 +64,36 @@ QString Look::valueText() const
 
 QString Look::secondsText() const
 {
-    return tr("%1 s", "seconds that are left").arg(QLocale().toString(m_message.seconds()));
+    constexpr int minute = 60;
+    const int seconds = m_message.seconds();
+    if (seconds > 2 * minute) {
+        return tr("%1 min", "minutes that are left")
+            .arg(QLocale().toString((seconds + minute - 1) / minute));
+    }
+    return tr("%1 s", "seconds that are left").arg(QLocale().toString(seconds));
 }
 
 QString Look::waitingText() const
 {
     return tr("%1 more", "how many messages wait")
         .arg(QLocale().toString(m_message.waitingCount()));
+}
+
+QString Look::spokenText() const
+{
+    QStringList parts;
+    if (m_message.priority() >= TavoNotificationItemPriority::Urgent) {
+        parts << tr("Urgent");
+    } else if (m_message.priority() == TavoNotificationItemPriority::High) {
+        parts << tr("Important");
+    }
+    parts << m_message.application();
+    if (m_message.waitingCount() > 0) {
+        parts << waitingText();
+    }
+    parts << m_message.text();
+    parts.removeAll({});
+    return parts.join(QStringLiteral(". "));
 }
 
 void Look::emitAll()

@@ -26,6 +26,7 @@ class Look : public QObject
     Q_PROPERTY(QString valueText READ valueText NOTIFY changed)
     Q_PROPERTY(QString secondsText READ secondsText NOTIFY secondsTextChanged)
     Q_PROPERTY(QString waitingText READ waitingText NOTIFY waitingTextChanged)
+    Q_PROPERTY(QString spokenText READ spokenText NOTIFY spokenTextChanged)
 
 public:
     explicit Look(const ShownMessage &message, QObject *parent = nullptr);
@@ -47,12 +48,15 @@ public:
     QString valueText() const;
     QString secondsText() const;
     QString waitingText() const;
+    /// For screen readers: the text of the message, after what is seen beside it.
+    QString spokenText() const;
 
 Q_SIGNALS:
     void changed();
     void paletteChanged();
     void secondsTextChanged();
     void waitingTextChanged();
+    void spokenTextChanged();
 
 private:
     void emitAll();

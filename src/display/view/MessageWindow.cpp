@@ -129,6 +129,7 @@ void MessageWindow::on_message_pictureChanged(const Picture &picture)
 
 void MessageWindow::on_message_hidden()
 {
+    m_screenReaders.end();
     destroyWindow();
 }
 

@@ -21,9 +21,20 @@ ScreenReaders::~ScreenReaders()
 
 void ScreenReaders::announce(QObject *item)
 {
+    end();
     if (m_isConnected) {
         QAccessibleEvent event(item, QAccessible::ObjectShow);
         QAccessible::updateAccessibility(&event);
+        m_announced = item;
+    }
+}
+
+void ScreenReaders::end()
+{
+    if (m_announced) {
+        QAccessibleEvent event(m_announced, QAccessible::ObjectHide);
+        QAccessible::updateAccessibility(&event);
+        m_announced.clear();
     }
 }
 

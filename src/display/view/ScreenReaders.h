@@ -5,6 +5,7 @@
 
 #include <QAccessible>
 #include <QObject>
+#include <QPointer>
 
 #include <functional>
 
@@ -22,6 +23,9 @@ public:
     /// shown. Does nothing before the program can be found.
     void announce(QObject *item);
 
+    /// Tells readers that the notification has ended that was announced last, if it has not ended yet.
+    void end();
+
 private Q_SLOTS:
     void on_accessibility_activated();
 
@@ -30,5 +34,6 @@ private:
     void setConnected();
 
     const std::function<void()> m_connected;
+    QPointer<QObject> m_announced;
     bool m_isConnected = false;
 };

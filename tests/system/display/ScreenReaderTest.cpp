@@ -46,7 +46,8 @@ TEST_F(DisplayScreenReaderTest, speaksAnUrgentMessageAndClosesIt)
     startReader("Close");
     start();
     show("Alarm", Priority::Urgent, 0, "The cellar is full of water");
-    EXPECT_TRUE(m_reader.hears("notification: Alarm: The cellar is full of water\nbutton Close\n"));
+    EXPECT_TRUE(
+        m_reader.hears("notification: Alarm: Urgent. The cellar is full of water\nbutton Close\n"));
     EXPECT_TRUE(m_reader.hears("pressed\n"));
     EXPECT_TRUE(waitForNoWindow());
 }
@@ -59,10 +60,10 @@ TEST_F(DisplayScreenReaderTest, speaksEachMessageOnceEvenIfItWasThereAtTheStart)
     m_display.start({});
     EXPECT_TRUE(m_reader.hears("notification: Parcel: At the door\n"));
     show("Alarm", Priority::Urgent, 0, "The cellar");
-    EXPECT_TRUE(m_reader.hears("notification: Alarm: The cellar\nbutton Close\n"));
+    EXPECT_TRUE(m_reader.hears("notification: Alarm: Urgent. 1 more. The cellar\nbutton Close\n"));
     EXPECT_EQ(m_reader.output(), "listening\n"
-                                 "notification: Parcel: At the door\nbutton Close\n"
-                                 "notification: Alarm: The cellar\nbutton Close\n");
+                                 "notification: Parcel: At the door\nbutton Close\nended\n"
+                                 "notification: Alarm: Urgent. 1 more. The cellar\nbutton Close\n");
 }
 
 TEST_F(DisplayScreenReaderTest, speaksToAReaderThatStartsLater)
@@ -79,7 +80,8 @@ TEST_F(DisplayScreenReaderTest, speaksToAReaderThatStartsLater)
             EXPECT_TRUE(waitForLook(Priority::Urgent));
             m_messages.close(alarm);
             EXPECT_TRUE(waitForNoWindow());
-            return m_reader.output().find("notification: Alarm: The cellar\n") != std::string::npos;
+            return m_reader.output().find("notification: Alarm: Urgent. The cellar\n") !=
+                   std::string::npos;
         },
         std::chrono::seconds(20)));
 }
@@ -107,7 +109,8 @@ TEST_F(DisplayScreenReaderTest, speaksTheMessagesOfOtherLibraries)
                   "glib", "0", "", "Parcel", "At the <b>door</b>", "[]", "{'value': <30>}", "0"}),
         0)
         << glib.error();
-    EXPECT_TRUE(m_reader.hears("notification: Parcel: At the door\nprogress bar: Progress 30 %\n"));
+    EXPECT_TRUE(
+        m_reader.hears("notification: Parcel: glib. At the door\nprogress bar: Progress 30 %\n"));
     Program python("/usr/bin/python3");
     python.setEnvironment("DBUS_SESSION_BUS_ADDRESS", m_bus.address());
     EXPECT_EQ(
@@ -119,7 +122,7 @@ TEST_F(DisplayScreenReaderTest, speaksTheMessagesOfOtherLibraries)
                     "'python', 0, '', 'Alarm', 'The cellar', [], {'urgency': dbus.Byte(2)}, 0)"}),
         0)
         << python.error();
-    EXPECT_TRUE(m_reader.hears("notification: Alarm: The cellar\n"));
+    EXPECT_TRUE(m_reader.hears("notification: Alarm: Urgent. python. 1 more. The cellar\n"));
 }
 
 TEST_F(DisplayWaylandScreenReaderTest, speaksAnUrgentMessageAndClosesIt)
@@ -128,7 +131,8 @@ TEST_F(DisplayWaylandScreenReaderTest, speaksAnUrgentMessageAndClosesIt)
     const QColor empty = picture().pixelColor(s_insideOfCorner);
     start();
     show("Alarm", Priority::Urgent, 0, "The cellar is full of water");
-    EXPECT_TRUE(m_reader.hears("notification: Alarm: The cellar is full of water\nbutton Close\n"));
+    EXPECT_TRUE(
+        m_reader.hears("notification: Alarm: Urgent. The cellar is full of water\nbutton Close\n"));
     EXPECT_TRUE(m_reader.hears("pressed\n"));
     EXPECT_TRUE(waitForPixel(s_insideOfCorner, empty));
     m_display.sendSignal(SIGTERM);

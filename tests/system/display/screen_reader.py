@@ -5,7 +5,7 @@
 Usage: screen_reader.py [BUTTON]
 
 Prints "listening", then for each notification "ROLE: NAME: DESCRIPTION", "progress bar: NAME" if it has one, and
-"button NAME" for each of its buttons. Presses the button with the name BUTTON and prints "pressed". Needs the
+"button NAME" for each of its buttons, and "ended" when it ends. Presses the button with the name BUTTON and prints "pressed". Needs the
 accessibility bus of a desktop (at-spi-bus-launcher).
 """
 import sys
@@ -36,7 +36,10 @@ def press(button):
 
 def on_event(event):
     source = event.source
-    if event.detail1 != 1 or source.get_role() != Atspi.Role.NOTIFICATION:
+    if source.get_role() != Atspi.Role.NOTIFICATION:
+        return
+    if event.detail1 == 0:
+        say("ended")
         return
     source.clear_cache()  # the same object has said something else before
     say(f"{source.get_role_name()}: {source.get_name()}: {source.get_description()}")
