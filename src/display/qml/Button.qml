@@ -18,7 +18,7 @@ Rectangle {
     signal activated()
 
     width: isClose ? minSide
-                   : Math.max(minSide, Math.min(maxWidth, text.implicitWidth + 2 * sheet.gap))
+                   : Math.max(minSide, Math.min(maxWidth, Math.ceil(text.implicitWidth) + 2 * sheet.gap))
     height: minSide
     radius: Math.round(sheet.unit * 0.25)
     color: area.pressed && message.isArmed ? sheet.colors.pressedButton

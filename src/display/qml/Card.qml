@@ -112,12 +112,20 @@ Rectangle {
                         id: counters
 
                         anchors.right: parent.right
-                        spacing: card.gap / 2
+                        spacing: Math.round(card.gap / 2)
                         visible: message.seconds >= 0 || message.waitingCount > 0
 
                         Text {
                             visible: message.waitingCount > 0
-                            text: message.seconds >= 0 ? look.waitingText + " \u00b7" : look.waitingText
+                            text: look.waitingText
+                            textFormat: Text.PlainText
+                            renderType: Text.NativeRendering
+                            color: card.colors.faintText
+                            font.pixelSize: Math.round(card.unit * 0.85)
+                        }
+                        Text {
+                            visible: message.waitingCount > 0 && message.seconds >= 0
+                            text: "\u00b7"
                             textFormat: Text.PlainText
                             renderType: Text.NativeRendering
                             color: card.colors.faintText
@@ -196,7 +204,8 @@ Rectangle {
                 id: body
 
                 width: scroll.width
-                text: message.styledText || message.text
+                // Each line has the direction of its own text; the first one says where the text is aligned.
+                text: (message.styledText || message.text).replace(/(\n|<br>)([^\n]*?)(?=\n|<br>|$)/g, "$1\u2068$2\u2069")
                 textFormat: message.styledText ? Text.StyledText : Text.PlainText
                 renderType: Text.NativeRendering
                 color: card.colors.text
@@ -282,6 +291,9 @@ Rectangle {
             maximumLineCount: 3
         }
     }
+
+    ScrollMark { sheet: card; area: scroll }
+    ScrollMark { sheet: card; area: buttonScroll }
 
     // Says that the message has the keyboard.
     Rectangle {

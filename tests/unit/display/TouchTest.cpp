@@ -5,6 +5,7 @@
 #include "display/view/ShownMessage.h"
 #include "support/EventLoop.h"
 
+#include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QQmlContext>
 #include <QQuickItem>
@@ -14,6 +15,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
+#include <functional>
 
 namespace {
 /// Notes what a person does.
@@ -41,6 +44,11 @@ protected:
         Head head;
         head.path = CMPath("/door");
         head.priority = 3;
+        head.waitingCount = 2;
+        QElapsedTimer now;
+        now.start();
+        head.since = now.msecsSinceReference();
+        head.remaining = 60000;
         Message message;
         message.title = "Door";
         message.text = QString("Somebody rings\n").repeated(100);
@@ -54,21 +62,37 @@ protected:
         ASSERT_TRUE(waitFor([this] { return m_message.isArmed(); }));
     }
 
-    /// The middle of the button with this label.
-    QPoint button(const QString &label) const { return find(m_view.rootObject(), label); }
+    using Condition = std::function<bool(const QQuickItem &)>;
 
-    static QPoint find(QQuickItem *parent, const QString &label)
+    /// The items on the screen for which the condition holds.
+    QList<QQuickItem *> items(const Condition &condition) const
     {
-        for (QQuickItem *item : parent->childItems()) {
-            if (item->property("label").toString() == label) {
-                return item->mapToScene(item->boundingRect().center()).toPoint();
-            }
-            const QPoint inside = find(item, label);
-            if (!inside.isNull()) {
-                return inside;
-            }
+        QList<QQuickItem *> all = m_view.rootObject()->childItems();
+        for (int i = 0; i < all.size(); ++i) {
+            all += all[i]->childItems();
         }
-        return {};
+        all.erase(std::remove_if(all.begin(), all.end(),
+                                 [&](const QQuickItem *item) {
+                                     return !item->isVisible() || !condition(*item);
+                                 }),
+                  all.end());
+        return all;
+    }
+
+    /// The middle of the button with this label.
+    QPoint button(const QString &label) const
+    {
+        const auto found = items(
+            [&](const QQuickItem &item) { return item.property("label").toString() == label; });
+        return found.isEmpty() ? QPoint()
+                               : found[0]->mapToScene(found[0]->boundingRect().center()).toPoint();
+    }
+
+    QRectF placeOfText(const QString &text) const
+    {
+        const auto found =
+            items([&](const QQuickItem &item) { return item.property("text").toString() == text; });
+        return found.isEmpty() ? QRectF() : found[0]->mapRectToScene(found[0]->boundingRect());
     }
 
     void touch(const QPoint &from, const QPoint &to)
@@ -121,6 +145,36 @@ TEST_F(DisplayTouchTest, scrollsTheTextAndClosesNothing)
     touch({200, 400}, {200, 150});
     EXPECT_TRUE(waitFor([&] { return (*text)->property("contentY").toReal() > 0; }));
     EXPECT_EQ(m_person.closed, 0);
+}
+TEST_F(DisplayTouchTest, marksWhichPartOfALongTextIsSeen)
+{
+    const auto marks =
+        items([](const QQuickItem &item) { return item.property("area").isValid(); });
+    ASSERT_EQ(marks.size(), 1); // The buttons fit.
+    const qreal top = marks[0]->y();
+    EXPECT_LT(marks[0]->height(), 300);
+    touch({200, 400}, {200, 150});
+    EXPECT_TRUE(waitFor([&] { return marks[0]->y() > top; }));
+}
+
+TEST_F(DisplayTouchTest, mirrorsTheHeadAndKeepsButtonsOnWholePixels)
+{
+    ASSERT_LT(placeOfText(m_look.waitingText()).right(), placeOfText(m_look.secondsText()).left());
+    QGuiApplication::setLayoutDirection(Qt::RightToLeft);
+    m_look.setScreen(590, 1); // So that it looks again.
+    const auto isMirrored = [this] {
+        const QRectF dot = placeOfText(QStringLiteral("\u00b7"));
+        return placeOfText(m_look.secondsText()).right() < dot.left() &&
+               dot.right() < placeOfText(m_look.waitingText()).left();
+    };
+    EXPECT_TRUE(waitFor(isMirrored));
+    const auto buttons =
+        items([](const QQuickItem &item) { return !item.property("label").toString().isEmpty(); });
+    ASSERT_EQ(buttons.size(), 3);
+    for (const QQuickItem *button : buttons) {
+        EXPECT_EQ(button->x(), std::round(button->x()));
+    }
+    QGuiApplication::setLayoutDirection(Qt::LeftToRight);
 }
 } // namespace
 
