@@ -204,9 +204,10 @@ TEST_F(DisplayPersonTest, reachesTheLastOfManyButtonsOnASmallScreen)
     EXPECT_EQ(m_notifier.output(), "Last\n");
 }
 
-TEST_F(DisplayPersonTest, pressesAButtonWithTheKeyboardOnly)
+TEST_F(DisplayPersonTest, pressesAButtonAndClosesTheNextMessageWithTheKeyboardOnly)
 {
     startWithEditor();
+    show("Parcel");
     ask();
     giveTheMessageTheKeyboard();
     // Close, Open, Wait
@@ -216,5 +217,10 @@ TEST_F(DisplayPersonTest, pressesAButtonWithTheKeyboardOnly)
     m_server.press({keyReturn});
     EXPECT_EQ(m_notifier.waitForExit(), 0);
     EXPECT_EQ(m_notifier.output(), "wait\n");
+    ASSERT_TRUE(waitForLook(Priority::Normal));
+    waitUntilArmed();
+    m_server.press({keyEscape});
+    EXPECT_TRUE(m_server.waitForWindows(
+        [](const auto &windows) { return windows.size() == 1; })); // the editor
 }
 } // namespace
