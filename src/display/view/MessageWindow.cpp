@@ -72,6 +72,7 @@ MessageWindow::MessageWindow(ShownMessage *message, QObject *parent)
     m_recreateTimer.setSingleShot(true);
     tavoConnect(&m_recreateTimer, &QTimer::timeout, this, &MessageWindow::on_recreateTimer_timeout);
     tavoConnect(&m_engine, &QQmlEngine::warnings, this, &MessageWindow::on_engine_warnings);
+    tavoConnect(message, &ShownMessage::ended, this, [this] { m_screenReaders.end(); });
     tavoConnect(message, &ShownMessage::shown, this, &MessageWindow::on_message_shown);
     tavoConnect(message, &ShownMessage::pictureChanged, this,
                 &MessageWindow::on_message_pictureChanged);
@@ -129,7 +130,6 @@ void MessageWindow::on_message_pictureChanged(const Picture &picture)
 
 void MessageWindow::on_message_hidden()
 {
-    m_screenReaders.end();
     destroyWindow();
 }
 

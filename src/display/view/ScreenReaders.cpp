@@ -21,7 +21,6 @@ ScreenReaders::~ScreenReaders()
 
 void ScreenReaders::announce(QObject *item)
 {
-    end();
     if (m_isConnected) {
         QAccessibleEvent event(item, QAccessible::ObjectShow);
         QAccessible::updateAccessibility(&event);

@@ -70,6 +70,9 @@ void ShownMessage::activateDefault()
 
 void ShownMessage::on_source_shown(const Head &head, const Message &message)
 {
+    if (m_isShown) {
+        Q_EMIT ended();
+    }
     m_head = head;
     m_isShown = true;
     m_armTimer.start();
@@ -101,6 +104,7 @@ void ShownMessage::on_source_waitingChanged(int count)
 
 void ShownMessage::on_source_emptied()
 {
+    Q_EMIT ended();
     m_isShown = false;
     m_armTimer.stop();
     m_countdown.stop();

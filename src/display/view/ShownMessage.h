@@ -67,6 +67,8 @@ Q_SIGNALS:
     /// Emitted before messageChanged().
     void pictureChanged(const Picture &picture);
 
+    /// Emitted before the message on the screen gives way to another one or to none.
+    void ended();
     /// Another message is on the screen.
     void shown();
     void hidden();

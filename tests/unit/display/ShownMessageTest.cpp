@@ -68,6 +68,17 @@ TEST_F(DisplayShownMessageTest, showsWhatTheSourceShows)
     EXPECT_EQ(m_shown.seconds(), Countdown::none);
 }
 
+TEST_F(DisplayShownMessageTest, aMessageEndsBeforeTheNextOneTakesItsPlace)
+{
+    QStringList ended;
+    QObject::connect(&m_shown, &ShownMessage::ended, [&] { ended.append(m_shown.title()); });
+    Q_EMIT m_source.shown(head("/a"), message("Door"));
+    EXPECT_TRUE(ended.isEmpty());
+    Q_EMIT m_source.shown(head("/b"), message("Gate"));
+    Q_EMIT m_source.emptied();
+    EXPECT_EQ(ended, QStringList({"Door", "Gate"}));
+}
+
 TEST_F(DisplayShownMessageTest, buttonsAreDeafForHalfASecond)
 {
     Q_EMIT m_source.shown(head("/a"), message("Door"));
