@@ -5,6 +5,7 @@
 
 #include "Clients.h"
 #include "ClientSounds.h"
+#include "Refusals.h"
 
 #include <utility>
 
@@ -35,6 +36,10 @@ ClientAttention::ClientAttention(Clients &clients, ClientSounds &sounds)
 TavoAttentionItem ClientAttention::itemOf(const QVariant &value) const
 {
     const auto requested = TavoValue(value.toHash()).attentionItem();
+    if (requested.id().startsWith(QLatin1String("dbus-"))) {
+        // A client that took the ids of desktop notifications would keep them from people.
+        throw Refusals::idOfAnother();
+    }
     return TavoAttentionItem()
         .setId(requested.id())
         .setTitle(requested.title())
@@ -96,6 +101,23 @@ CMReply<QVariant> ClientAttention::replace(const std::string &client, const QVar
         notification->second.item = item;
     }
     return send(TavoAttentionReplacePath(), item, sound);
+}
+
+CMReply<QVariant> ClientAttention::close(const QVariant &value)
+{
+    return CMRoot()->invoke(TavoAttentionClosePath(),
+                            TavoValue().setString_(TavoValue(value.toHash()).string_()), {});
+}
+
+CMReply<QVariant> ClientAttention::readHistory(const std::string &client, const QVariant &value)
+{
+    if (!m_readers.insert(client).second) {
+        throw Refusals::historyIsBeingRead();
+    }
+    CMReply<QVariant> reply = CMRoot()->invoke(TavoAttentionHistoryPath(), value, {});
+    reply.onFinished(
+        this, [this, client](const CMReply<QVariant> & /*finished*/) { m_readers.erase(client); });
+    return reply;
 }
 
 CMPath ClientAttention::prepareSound(const std::string &client, const QVariant &value,

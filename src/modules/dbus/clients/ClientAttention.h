@@ -10,6 +10,7 @@
 #include <QObject>
 
 #include <cstddef>
+#include <set>
 #include <string>
 #include <unordered_map>
 
@@ -34,6 +35,13 @@ public:
 
     /// The same for a request to change a notification, which stays the first client's.
     CMReply<QVariant> replace(const std::string &client, const QVariant &value, std::size_t bytes);
+
+    /// Passes on a request to end a notification. Clients can't say how it ended.
+    static CMReply<QVariant> close(const QVariant &value);
+
+    /// Passes on a request for a page of the history. Throws BusError::limitExceeded() while the client
+    /// waits for another one: pages are large, and reading them takes time.
+    CMReply<QVariant> readHistory(const std::string &client, const QVariant &value);
 
 private Q_SLOTS:
     void on_clients_left(const std::string &client);
@@ -60,4 +68,5 @@ private:
     Clients &m_clients;
     ClientSounds &m_sounds;
     std::unordered_map<std::string, Notification> m_notifications; ///< by id
+    std::set<std::string> m_readers; ///< clients that wait for a page of the history
 };

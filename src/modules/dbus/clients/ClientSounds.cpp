@@ -172,7 +172,8 @@ void ClientSounds::cancel(const QString &id)
 
 void ClientSounds::checkTarget(const CMPath &path)
 {
-    if (path.isBelow(soundsPath())) {
+    static const CMPath soundResponses = TavoAttentionPath() + QStringLiteral("soundResponse");
+    if (path.isBelow(soundsPath()) || path == soundResponses) {
         throw Refusals::onlyPlayerReports();
     }
 }

@@ -108,6 +108,16 @@ BusError Refusals::soundNotAllowed(const std::string &reason)
     return BusError::accessDenied(reason);
 }
 
+BusError Refusals::idOfAnother()
+{
+    return BusError::accessDenied("Ids that begin with \"dbus-\" are given by the host");
+}
+
+BusError Refusals::historyIsBeingRead()
+{
+    return BusError::limitExceeded("A client may read one page of the history at a time");
+}
+
 BusError Refusals::soundWithoutNotification()
 {
     return BusError::accessDenied("A sound must be sent together with its notification");

@@ -38,6 +38,10 @@ BusError soundNotAllowed(const std::string &reason);
 BusError onlyPlayerReports();
 BusError soundWithoutNotification();
 
+// Requests for attention.
+BusError idOfAnother();
+BusError historyIsBeingRead();
+
 // Arguments of org.freedesktop.Notifications.
 BusError notificationNotOpen(unsigned id);
 } // namespace Refusals

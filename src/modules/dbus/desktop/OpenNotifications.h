@@ -46,7 +46,7 @@ public:
     /// Opens a notification under an id that is not open. Without a display nothing is opened, and the
     /// error says so. If it has a sound, the id of requestOf() must be told the sound, or that there is
     /// none after all.
-    CMError open(quint32 id, const DesktopNotification &notification, bool hasSound);
+    CMError open(quint32 id, const DesktopNotification &notification, bool hasSound = false);
 
     /// The id under which the module for attention knows an open notification; empty without that module.
     QString requestOf(quint32 id) const;

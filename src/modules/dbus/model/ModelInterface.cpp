@@ -157,6 +157,12 @@ CMReply<QVariant> ModelInterface::send(const std::string &client, const CMPath &
         ModelArguments::checkTexts(value);
         return m_attention.replace(client, value, bytes);
     }
+    if (path == TavoAttentionClosePath()) {
+        return ClientAttention::close(value);
+    }
+    if (path == TavoAttentionHistoryPath()) {
+        return m_attention.readHistory(client, value);
+    }
     if (path == TavoAttentionSoundPath()) {
         throw Refusals::soundWithoutNotification();
     }

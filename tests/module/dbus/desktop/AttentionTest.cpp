@@ -252,6 +252,37 @@ TEST_F(ClientAttentionTest, MayPlayOnlyAllowedFiles)
         "org.freedesktop.DBus.Error.AccessDenied");
 }
 
+TEST_F(ClientAttentionTest, MayNotTakeTheIdsOfDesktopNotifications)
+{
+    EXPECT_EQ(request(message("dbus-notification-1"_s)).errorName(),
+              "org.freedesktop.DBus.Error.AccessDenied");
+}
+
+TEST_F(ClientAttentionTest, MayNotSayHowANotificationEnded)
+{
+    ASSERT_TRUE(request(message("Door"_s)).succeeds());
+    const auto forged = TavoAttentionEnded().setId("Door"_s).setEnd(TavoAttentionEnd::ActedOn);
+    EXPECT_EQ(send(TavoAttentionClosePath(), TavoValue().setAttentionEnded(forged)).errorName(),
+              "org.tavo.Error.Attention");
+    EXPECT_EQ(shown(), 1U);
+}
+
+TEST_F(ClientAttentionTest, MayNotReportTheEndsOfSounds)
+{
+    EXPECT_EQ(send(TavoAttentionPath() + "soundResponse"_s, TavoValue()).errorName(),
+              "org.freedesktop.DBus.Error.AccessDenied");
+}
+
+TEST_F(ClientAttentionTest, ReadOnePageOfTheHistoryAtATime)
+{
+    const BusCall first = send(TavoAttentionHistoryPath(), TavoValue());
+    const BusCall second = send(TavoAttentionHistoryPath(), TavoValue());
+    EXPECT_EQ(second.errorName(), "org.freedesktop.DBus.Error.LimitsExceeded");
+    EXPECT_TRUE(first.waitForAnswer());
+    EXPECT_NE(send(TavoAttentionHistoryPath(), TavoValue()).errorName(),
+              "org.freedesktop.DBus.Error.LimitsExceeded");
+}
+
 TEST_F(ClientAttentionTest, MayNotShowNodesThatFollowTheMessages)
 {
     for (const CMPath &path : {TavoAttentionEndedPath(), TavoNotificationDisplayCurrentPath()}) {
