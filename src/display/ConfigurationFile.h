@@ -3,12 +3,12 @@
 
 #pragma once
 
+#include "base/WatchedFile.h"
 #include "display/DisplayConfiguration.h"
 
-#include <QByteArray>
-#include <QFileSystemWatcher>
 #include <QObject>
-#include <QTimer>
+
+#include <memory>
 
 /// The configuration in a file, which is read again when the file changes. While the file is wrong or
 /// missing, the last good configuration stays.
@@ -33,15 +33,9 @@ Q_SIGNALS:
     void failed(const QString &reason);
 
 private Q_SLOTS:
-    void on_watcher_changed();
-    void on_delay_timeout();
+    void on_file_changed();
 
 private:
-    void watch();
-
-    const QString m_file;
-    QByteArray m_content;
+    std::unique_ptr<WatchedFile> m_file;
     DisplayConfiguration m_configuration;
-    QFileSystemWatcher m_watcher;
-    QTimer m_delay; ///< until a file that is written in steps is complete
 };
