@@ -67,7 +67,7 @@ void DoctorCommand::lookAtConfiguration()
 {
     // In a session, the host has the built-in configuration, or one that only its unit knows.
     const QString file = QStringLiteral("/etc/tavo/host.json");
-    if (options().bus != "system" || !QFile::exists(file)) {
+    if (!isSystemBus() || !QFile::exists(file)) {
         lookAtHost();
         return;
     }
@@ -97,8 +97,10 @@ void DoctorCommand::lookAtHost()
         if (error.name() == TavoClientError::noBus()) {
             add(State::Missing, "bus",
                 QStringLiteral("%1 can't be reached: %2").arg(bus, error.message().toString()),
-                QStringLiteral("log in to a session, start one with dbus-run-session -- bash, or "
-                               "name the host's bus with --bus or TAVO_BUS"));
+                isSystemBus() ? QStringLiteral("start dbus: systemctl start dbus")
+                              : QStringLiteral("log in to a session, start one with "
+                                               "dbus-run-session -- bash, or name the host's bus "
+                                               "with --bus or TAVO_BUS"));
             conclude();
             return;
         }
@@ -113,11 +115,14 @@ void DoctorCommand::lookAtHost()
         add(State::Good, "bus", QStringLiteral("%1 can be reached").arg(bus));
         if (error.isError()) {
             add(State::Missing, "host", error.message().toString(),
-                QStringLiteral(
-                    "start tavo-host with a configuration whose modules include dbus, "
-                    "with \"bus\": \"%1\" in its config; its log says what it serves, or why it "
-                    "has ended")
-                    .arg(bus));
+                (isSystemBus() ? QStringLiteral("systemctl enable --now tavo-host; or ")
+                               : QString()) +
+                    QStringLiteral(
+                        "start tavo-host with a configuration whose modules include dbus, "
+                        "with \"bus\": \"%1\" in its config; its log says what it serves, or why "
+                        "it "
+                        "has ended")
+                        .arg(bus));
             conclude();
             return;
         }
@@ -178,7 +183,7 @@ void DoctorCommand::lookAtMessages()
                     "--user status org.freedesktop.Notifications names it"));
         } else {
             add(State::Good, "messages",
-                QStringLiteral("notifications of desktop programs are shown"));
+                QStringLiteral("notifications of desktop programs are accepted"));
         }
         lookAtMusic();
     });
@@ -229,12 +234,22 @@ void DoctorCommand::on_display_ended()
             QStringLiteral("tavo-display --check tells when it is right"));
     } else if (m_display.readAllStandardOutput().endsWith("\nrunning\n")) {
         add(State::Good, "screen", QStringLiteral("tavo-display shows the messages"));
+    } else if (isSystemBus()) {
+        add(State::Notice, "screen",
+            QStringLiteral("tavo-display does not run for this user, and those of others can't be "
+                           "seen"),
+            QStringLiteral("systemctl status tavo-display tells whether the device's runs"));
     } else {
         add(State::Notice, "screen", QStringLiteral("tavo-display does not run for this user"),
             QStringLiteral("start it: tavo-display, or on a device: systemctl enable --now "
                            "tavo-display"));
     }
     conclude();
+}
+
+bool DoctorCommand::isSystemBus() const
+{
+    return options().bus == "system";
 }
 
 void DoctorCommand::lookAtDevice(const QString &subject, const CMPath &path,

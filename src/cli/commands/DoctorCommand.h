@@ -38,6 +38,7 @@ private:
     void lookAtDisplay();
     void lookAtDevice(const QString &subject, const CMPath &path, std::function<void()> next);
 
+    bool isSystemBus() const;
     void add(Finding::State state, const char *subject, const QString &text,
              const QString &remedy = {});
     void conclude();

@@ -37,7 +37,7 @@ TEST_F(CliDoctorTest, FindsEverythingInOrder)
                 testing::ElementsAre("good: version " TAVO_VERSION, "good: runs powermanager",
                                      "good: runs player", "good: runs notifications"));
     EXPECT_THAT(findings("messages"),
-                testing::ElementsAre("good: notifications of desktop programs are shown"));
+                testing::ElementsAre("good: notifications of desktop programs are accepted"));
     EXPECT_THAT(findings("notifications' device"),
                 testing::ElementsAre("good: null can be opened"));
 }
@@ -85,6 +85,22 @@ TEST_F(CliDoctorTest, ReportsAMissingHost)
     EXPECT_EQ(run({"doctor", "--json"}), s_refused);
     EXPECT_THAT(findings("bus"), testing::ElementsAre(HasSubstr("good: ")));
     EXPECT_THAT(findings("host"), testing::ElementsAre(HasSubstr("missing: No host")));
+}
+
+TEST_F(CliDoctorTest, SaysHowToStartTheBusOfADevice)
+{
+    m_tavo.setEnvironment("TAVO_BUS", "system");
+    m_tavo.setEnvironment("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nowhere/bus");
+    EXPECT_EQ(run({"doctor"}), s_refused);
+    EXPECT_THAT(m_tavo.output(), HasSubstr("\n         start dbus: systemctl start dbus\n"));
+}
+
+TEST_F(CliDoctorTest, SaysHowToStartTheHostOfADevice)
+{
+    m_tavo.setEnvironment("TAVO_BUS", "system");
+    m_tavo.setEnvironment("DBUS_SYSTEM_BUS_ADDRESS", m_bus.address());
+    EXPECT_EQ(run({"doctor"}), s_refused);
+    EXPECT_THAT(m_tavo.output(), HasSubstr("\n         systemctl enable --now tavo-host; or "));
 }
 
 TEST_F(CliDoctorTest, ReportsMissingModulesAndWhatToDo)
