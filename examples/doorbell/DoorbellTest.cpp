@@ -32,6 +32,7 @@ protected:
         m_services.take(TavoNotificationPlayerEnqueuePath(), ScriptedService::accept());
         m_services.take(TavoNotificationDisplayOpenPath(),
                         ScriptedService::replyWith(TavoValue().setPath(message).__variant()));
+        m_services.take(TavoNotificationDisplayCancelNotifyPath(), ScriptedService::accept());
     }
 
     void load(const QVariantHash &config = {{"sound", soundFile}})
@@ -64,6 +65,19 @@ TEST_F(DoorbellTest, ShowsAMessageWhenItRings)
     EXPECT_EQ(message.timeout(), 3000);
     EXPECT_EQ(message.priority(), TavoNotificationItemPriority::High);
     EXPECT_EQ(soundCount(), 0) << "no sound is configured";
+}
+
+TEST_F(DoorbellTest, CancelsTheMessageOfThePreviousRing)
+{
+    load();
+    ASSERT_TRUE(ring());
+    settle();
+    EXPECT_EQ(m_services.count(TavoNotificationDisplayCancelNotifyPath()), 0);
+    ASSERT_TRUE(ring());
+    ASSERT_TRUE(waitFor(
+        [this] { return m_services.count(TavoNotificationDisplayCancelNotifyPath()) == 1; }));
+    EXPECT_EQ(lastSent(TavoNotificationDisplayCancelNotifyPath()).path(),
+              CMPath(QStringLiteral("/message")));
 }
 
 TEST_F(DoorbellTest, PlaysTheSoundWhenItRings)

@@ -75,8 +75,25 @@ CMReply<QVariant> DoorbellWorker::ring()
                              .setMessage(m_text)
                              .setTimeout(m_timeoutMs)
                              .setPriority(TavoNotificationItemPriority::High);
-    return CMRoot()->invoke(TavoNotificationDisplayOpenPath(),
-                            TavoValue().setNotificationDisplayItem(message), CMReply<QVariant>());
+    const CMReply<QVariant> opened =
+        CMRoot()->invoke(TavoNotificationDisplayOpenPath(),
+                         TavoValue().setNotificationDisplayItem(message), CMReply<QVariant>());
+    opened.onFinished(this, [this](const CMReply<QVariant> &reply) {
+        if (!reply.error().isError()) {
+            replaceMessage(TavoValue(reply.value().toHash()).path());
+        }
+    });
+    return opened;
+}
+
+void DoorbellWorker::replaceMessage(const CMPath &message)
+{
+    // The reply says whether the message was still there, which makes no difference.
+    if (!m_message.isEmpty()) {
+        CMRoot()->invoke(TavoNotificationDisplayCancelNotifyPath(), TavoValue().setPath(m_message),
+                         CMReply<QVariant>());
+    }
+    m_message = message;
 }
 
 void DoorbellWorker::playSound()

@@ -22,12 +22,16 @@ private:
 
     /// Shows the message. The reply is that of the display.
     CMReply<QVariant> ring();
+
+    /// Cancels the message of the previous ring, so that somebody who rings often fills no queue.
+    void replaceMessage(const CMPath &message);
     void playSound();
 
     QString m_sound;
     QString m_text;
     int m_timeoutMs = 0;
     CMPath m_responsePath;
+    CMPath m_message; ///< of the last ring
     CMValueNode *m_rings = nullptr; ///< how often the bell has rung; owned by nodes()
     int m_ringCount = 0;
     bool m_isSounding = false;
