@@ -31,7 +31,7 @@ private:
     QString m_text;
     int m_timeoutMs = 0;
     CMPath m_responsePath;
-    CMPath m_message; ///< of the last ring
+    CMPath m_message;               ///< of the last ring
     CMValueNode *m_rings = nullptr; ///< how often the bell has rung; owned by nodes()
     int m_ringCount = 0;
     bool m_isSounding = false;
