@@ -53,7 +53,7 @@ struct Options
     std::string category;
     std::string group;
     std::string icon;
-    std::string speech; ///< of say too
+    std::string speech;               ///< of say too
     std::vector<std::string> actions; ///< "key=label"
     bool isTransient = false;
     std::string rulesAction;
