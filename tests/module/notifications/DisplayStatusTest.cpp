@@ -142,6 +142,7 @@ TEST_F(DisplayStatusTest, HasNoRemainderWithoutATimeout)
 
 TEST_F(DisplayStatusTest, IsReportedOnceForEachHead)
 {
+    VirtualClock clock; // no time passes between two heads
     subscribe();
     open(named("a", 1, 5000));
     open(named("b", 1, 4000));
