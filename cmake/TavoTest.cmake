@@ -5,6 +5,9 @@
 # time to run.
 set(TAVO_TEST_OPTIONS "$<$<CONFIG:Debug>:-O0>")
 
+# All test programs but those that are slow or need sound.
+add_custom_target(fast_tests)
+
 # tavo_add_test(<name> SOURCES <file>... [LIBRARIES <target>...] [ENVIRONMENT <NAME=value>...]
 #               [LABELS <label>...] [TIMEOUT <seconds>] [RESOURCE_LOCK <name>])
 #
@@ -16,6 +19,9 @@ function(tavo_add_test name)
         set(test_TIMEOUT 60)
     endif()
     add_executable(${name} ${test_SOURCES})
+    if(NOT "slow" IN_LIST test_LABELS AND NOT "sound" IN_LIST test_LABELS)
+        add_dependencies(fast_tests ${name})
+    endif()
     target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests" "${PROJECT_SOURCE_DIR}/src")
     target_link_libraries(${name} PRIVATE ${test_LIBRARIES} GTest::gmock GTest::gtest Qt5::Test)
     target_compile_options(${name} PRIVATE ${TAVO_TEST_OPTIONS})

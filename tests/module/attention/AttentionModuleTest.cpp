@@ -42,6 +42,13 @@ AttentionModuleTest::AttentionModuleTest()
         std::make_unique<LoadedModule>(QStringLiteral(NOTIFICATIONS_FILE), "notifications");
 }
 
+AttentionModuleTest::~AttentionModuleTest()
+{
+    m_attention.reset();
+    m_notifications.reset();
+    ScriptedPlayers::instance().reset();
+}
+
 void AttentionModuleTest::load()
 {
     m_attention.reset();

@@ -29,6 +29,7 @@ protected:
     using State = TavoAttentionState;
 
     AttentionModuleTest();
+    ~AttentionModuleTest() override;
 
     /// Loads the module; again if it is loaded.
     void load();

@@ -145,6 +145,7 @@ TEST_F(CliSoundFloodTest, ALoopGoesOn)
     flood("/dbus/inbox/1");
     ASSERT_TRUE(
         waitFor([this] { return m_tavo.error().find("may be among") != std::string::npos; }));
+    ASSERT_TRUE(m_host->waitForLog("reads its signals again"));
     EXPECT_EQ(m_other.run({"cancel", "bell"}), s_good) << m_other.error();
     EXPECT_EQ(m_tavo.waitForExit(), s_cancelled);
 }

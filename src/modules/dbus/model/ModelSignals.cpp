@@ -118,6 +118,8 @@ void ModelSignals::on_timer_timeout()
     try {
         for (auto dropped = m_dropped.begin(); dropped != m_dropped.end();) {
             if (dropped->second.empty()) {
+                LOG4CPLUS_INFO(logger,
+                               "The client " << dropped->first << " reads its signals again");
                 dropped = m_dropped.erase(dropped);
             } else {
                 reportDropped(dropped->first, dropped->second);
