@@ -40,8 +40,7 @@ DoNotDisturbSettings DoNotDisturbSettings::read(TavoConfiguration configuration,
     settings.silence = readSilence(configuration);
     settings.passingPriority = readPriority(configuration, QStringLiteral("passPriority"))
                                    .value_or(settings.passingPriority);
-    settings.passingSources =
-        NamePatterns(configuration.stringList(QStringLiteral("passSources"), {}));
+    settings.passingSources = NamePatterns::read(configuration, QStringLiteral("passSources"));
     settings.repeatMs =
         msOfSecond * configuration.integer(QStringLiteral("passRepeatedWithin"),
                                            settings.repeatMs / msOfSecond, 0, maxRepeatSeconds);

@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include <core/base/configuration.h>
+
 #include <QString>
 #include <QStringList>
 
@@ -12,10 +14,17 @@
 class NamePatterns
 {
 public:
-    NamePatterns() = default;
-    explicit NamePatterns(const QStringList &patterns)
-        : m_patterns(patterns)
+    /// Reads the list at the key. Throws as TavoConfiguration does.
+    static NamePatterns read(TavoConfiguration &configuration, const QString &key)
     {
+        NamePatterns names;
+        names.m_patterns = configuration.stringList(key, {});
+        for (const QString &pattern : qAsConst(names.m_patterns)) {
+            if (pattern.leftRef(pattern.size() - 1).contains(QLatin1Char('*'))) {
+                configuration.fail(key, QStringLiteral("may have a * only at the end of a name"));
+            }
+        }
+        return names;
     }
 
     bool isEmpty() const { return m_patterns.isEmpty(); }

@@ -99,8 +99,8 @@ Rule Rule::read(TavoConfiguration &configuration, const QTimeZone &zone)
 
 void Rule::readConditions(TavoConfiguration configuration, const QTimeZone &zone)
 {
-    m_sources = NamePatterns(configuration.stringList(QStringLiteral("source"), {}));
-    m_categories = NamePatterns(configuration.stringList(QStringLiteral("category"), {}));
+    m_sources = NamePatterns::read(configuration, QStringLiteral("source"));
+    m_categories = NamePatterns::read(configuration, QStringLiteral("category"));
     m_minPriority = readPriority(configuration, QStringLiteral("minPriority"));
     m_maxPriority = readPriority(configuration, QStringLiteral("maxPriority"));
     m_words = configuration.stringList(QStringLiteral("words"), {});

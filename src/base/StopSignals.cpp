@@ -4,6 +4,7 @@
 #include "base/StopSignals.h"
 
 #include <atomic>
+#include <cerrno>
 #include <csignal>
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -24,10 +25,15 @@ sigset_t stopSignals()
     return signals;
 }
 
+/// Waits for a signal. Others, such as those of children that end, may interrupt that.
 int readSignal(int descriptor)
 {
     signalfd_siginfo info = {};
-    return read(descriptor, &info, sizeof info) == sizeof info ? int(info.ssi_signo) : 0;
+    ssize_t size = 0;
+    do {
+        size = read(descriptor, &info, sizeof info);
+    } while (size < 0 && errno == EINTR);
+    return size == sizeof info ? int(info.ssi_signo) : 0;
 }
 
 void waitForSignals(int signalDescriptor, int eventDescriptor)
@@ -35,7 +41,8 @@ void waitForSignals(int signalDescriptor, int eventDescriptor)
     // Set before the signal is read, so that isReceived() always finds the signal: pending or in
     // the flag.
     pollfd readable = {signalDescriptor, POLLIN, 0};
-    poll(&readable, 1, -1);
+    while (poll(&readable, 1, -1) < 0 && errno == EINTR) {
+    }
     s_isReceived = true;
     eventfd_write(eventDescriptor, eventfd_t(readSignal(signalDescriptor)));
     _exit(128 + readSignal(signalDescriptor));

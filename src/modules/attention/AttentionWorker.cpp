@@ -122,10 +122,14 @@ void AttentionWorker::readSettings()
     try {
         m_settings = AttentionSettings::fromJson(m_settingsFile.content(), m_settingsFile.name());
     } catch (const std::runtime_error &error) {
-        LOG4CPLUS_ERROR(logger, error.what() << "; the previous settings stay");
+        LOG4CPLUS_ERROR(logger, error.what()
+                                    << (m_hasSettings ? "; the previous settings stay"
+                                                      : "; there are no rules and no"
+                                                        " do-not-disturb until it is mended"));
         m_rulesNode->setError(QString::fromUtf8(error.what()));
         return;
     }
+    m_hasSettings = true;
     QStringList names;
     for (const Rule &rule : m_settings.rules.list()) {
         names.append(rule.name());
@@ -145,10 +149,11 @@ Decision AttentionWorker::decide(const TavoAttentionItem &item)
     return decision;
 }
 
-void AttentionWorker::limitRate(const TavoAttentionItem &item, Decision &decision)
+void AttentionWorker::limitRate(SourceRates &rates, const TavoAttentionItem &item,
+                                Decision &decision) const
 {
     const bool isUrgent = decision.priority >= TavoNotificationItemPriority::Urgent;
-    if (isUrgent || m_rates.take(item.source(), m_clock.elapsed())) {
+    if (isUrgent || rates.take(item.source(), m_clock.elapsed())) {
         return;
     }
     decision.isShown = false;
@@ -175,7 +180,7 @@ void AttentionWorker::on_notify_activated(const CMSetDataRequest &request)
         return;
     }
     Decision decision = decide(item);
-    limitRate(item, decision);
+    limitRate(m_rates, item, decision);
     if (decision.isQuiet && m_missedInQuiet.size() < maxSources) {
         ++m_missedInQuiet[item.application().isEmpty() ? item.source() : item.application()];
     }
@@ -222,7 +227,9 @@ void AttentionWorker::on_try_activated(const CMSetDataRequest &request)
 {
     const TavoAttentionItem item = itemOf(request);
     const AttentionInput input = inputOf(item);
-    const Decision decision = Decision::of(input, m_settings.rules, m_quietTimes.doNotDisturb());
+    Decision decision = Decision::of(input, m_settings.rules, m_quietTimes.doNotDisturb());
+    SourceRates rates = m_rates; // a trial counts nothing
+    limitRate(rates, item, decision);
     TavoList<TavoAttentionVerdict> verdicts;
     auto applied = decision.rules.begin();
     for (std::size_t index = 0; index < m_settings.rules.list().size(); ++index) {

@@ -46,10 +46,11 @@ private:
     Decision decide(const TavoAttentionItem &item);
 
     /// Keeps it from people if its source has sent too many.
-    void limitRate(const TavoAttentionItem &item, Decision &decision);
+    void limitRate(SourceRates &rates, const TavoAttentionItem &item, Decision &decision) const;
 
     WatchedFile m_settingsFile;
     AttentionSettings m_settings;
+    bool m_hasSettings = false;
     RulesNode *m_rulesNode; ///< owned by the node set
     QuietTimes m_quietTimes;
     SourceRates m_rates;

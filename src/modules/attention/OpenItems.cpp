@@ -5,6 +5,8 @@
 
 #include "AlarmClock.h"
 
+#include <QFile>
+
 #include <utility>
 
 namespace {
@@ -61,6 +63,11 @@ bool isEnd(TavoNotificationPlayerResponseType::Enum type)
            type == TavoNotificationPlayerResponseType::Failed;
 }
 
+bool isPrivate(const TavoAttentionItem &item, const Decision &decision)
+{
+    return item.isTransient() || decision.treatment.isPrivate.value_or(false);
+}
+
 HistoryEntry historyEntryOf(const TavoAttentionItem &item, const Decision &decision)
 {
     HistoryEntry entry;
@@ -74,7 +81,7 @@ HistoryEntry historyEntryOf(const TavoAttentionItem &item, const Decision &decis
     entry.title = item.title().toString();
     // What is only said has no other text.
     entry.text = item.text().isEmpty() ? item.speech() : item.text().toString();
-    entry.isPrivate = item.isTransient() || decision.treatment.isPrivate.value_or(false);
+    entry.isPrivate = isPrivate(item, decision);
     entry.mustSee = decision.treatment.mustSee.value_or(false);
     return entry;
 }
@@ -83,7 +90,7 @@ TavoAttentionItem itemOf(const HistoryEntry &entry)
 {
     return TavoAttentionItem()
         .setId(entry.id)
-        .setTitle(entry.title)
+        .setTitle(entry.title.isEmpty() ? entry.application : entry.title)
         .setText(entry.text)
         .setApplication(entry.application)
         .setSource(entry.source)
@@ -354,7 +361,11 @@ void OpenItems::on_speech_made(const QString &id, int number, const Result<QStri
         finishIfOver(id);
         return;
     }
-    startFile(*entry, std::get<QString>(made));
+    const QString file = std::get<QString>(made);
+    if (isPrivate(entry->item, entry->decision)) {
+        entry->privateSpeech = file;
+    }
+    startFile(*entry, file);
 }
 
 CMReply<QVariant> OpenItems::startSound(Entry &entry, TavoNotificationPlayerItem sound)
@@ -469,6 +480,9 @@ void OpenItems::finishIfOver(const QString &id)
     m_entries.erase(found);
     if (entry.node) {
         entry.node->dispose();
+    }
+    if (!entry.privateSpeech.isEmpty()) {
+        QFile::remove(entry.privateSpeech);
     }
     m_history.change(entry.number, stateOf(entry.end, entry.shownUntil != 0), entry.action,
                      AlarmClock::now());

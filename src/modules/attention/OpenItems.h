@@ -64,6 +64,7 @@ private:
         std::optional<MessageNode> node{}; ///< if the requester has none of its own
         QString request{};        ///< the id of the request to show it; empty if it is not shown
         bool awaitsSound = false; ///< its requester sends one, or says that there is none
+        QString privateSpeech{};  ///< a file that goes when the notification has ended
         int awaitedSpeech = 0;    ///< the number of the speech that is being made; 0: none
         QSet<QString> sounds{};   ///< the ids of those that have not ended
         TavoAttentionEnd::Enum end = TavoAttentionEnd::Unknown;

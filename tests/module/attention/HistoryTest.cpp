@@ -80,6 +80,14 @@ TEST_F(AttentionHistoryTest, SurvivesARestart)
     EXPECT_EQ(stateOf("Parcel"_s), State::Dismissed);
 }
 
+TEST_F(AttentionHistoryTest, CountsWhatWasOpenAtTheEndAsMissed)
+{
+    notify(message("Parcel"_s));
+    load();
+    EXPECT_TRUE(waitFor([] { return missed() == 1; }));
+    EXPECT_EQ(stateOf("Parcel"_s), State::Expired);
+}
+
 TEST_F(AttentionHistoryTest, FindsWords)
 {
     notify(message("Parcel"_s));

@@ -102,6 +102,17 @@ TEST_F(AttentionRulesTest, ExplainATrialAndLeaveNothingBehind)
     EXPECT_EQ(rules().rules().at(0).count(), 0);
 }
 
+TEST_F(AttentionRulesTest, ExplainThatASourceHasSentTooMany)
+{
+    setSettings(R"({"eachSource": {"messages": 1, "seconds": 3600}})");
+    load();
+    EXPECT_TRUE(tryItem(message("1"_s)).shown());
+    EXPECT_TRUE(notify(message("1"_s)).shown()) << "a trial does not count";
+    const auto trial = tryItem(message("2"_s));
+    EXPECT_FALSE(trial.shown());
+    EXPECT_EQ(trial.reason(), "its source has sent too many"_s);
+}
+
 TEST_F(AttentionRulesTest, ExplainThatAnEarlierRuleApplies)
 {
     setSettings(R"({"apply": "first", "rules": [{"name": "one"}, {"name": "two"}]})");

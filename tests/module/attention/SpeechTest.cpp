@@ -92,6 +92,18 @@ TEST_F(AttentionSpeechTest, IsMadeOnceForTheSameText)
     EXPECT_THAT(textIn(first), HasSubstr("kept"));
 }
 
+TEST_F(AttentionSpeechTest, IsNotKeptIfItIsPrivate)
+{
+    loadWith(speaker());
+    notify(spoken("Secret"_s).setTransient(true));
+    const QString file = playedFiles(1)[0];
+    EXPECT_EQ(QFile::permissions(file) & ~(QFile::ReadUser | QFile::WriteUser),
+              QFile::ReadOwner | QFile::WriteOwner);
+    ScriptedPlayers::instance().all().front()->reportEnded();
+    endOf("spoken"_s);
+    EXPECT_FALSE(QFile::exists(file));
+}
+
 TEST_F(AttentionSpeechTest, IsNotMadeWhilePeopleAreNotToBeDisturbed)
 {
     loadWith(speaker());

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <csignal>
 #include <pthread.h>
 #include <sys/resource.h>
@@ -51,6 +52,27 @@ TEST_F(StopSignalsTest, EmitsTheFirstSignalFromTheEventLoop)
         _exit(received);
     };
     EXPECT_EXIT(run(), testing::ExitedWithCode(SIGINT), "");
+}
+
+TEST_F(StopSignalsTest, TakesNoOtherSignalForTheSecondOne)
+{
+    const auto run = [] {
+        const auto signals = StopSignals::install();
+        struct sigaction action = {};
+        action.sa_handler = [](int) {}; // without SA_RESTART, as some libraries do
+        sigaction(SIGCHLD, &action, nullptr);
+        sigset_t child;
+        sigemptyset(&child);
+        sigaddset(&child, SIGCHLD);
+        pthread_sigmask(SIG_BLOCK, &child, nullptr); // so that the waiting thread gets it
+        sendFirst(SIGINT);
+        for (int time = 0; time < 20; ++time) {
+            kill(getpid(), SIGCHLD);
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        _exit(0);
+    };
+    EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(StopSignalsTest, EndsTheProcessOnTheSecondSignalWhileTheEventLoopIsStuck)

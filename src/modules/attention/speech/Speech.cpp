@@ -177,9 +177,12 @@ Result<QString> Speech::takeResult()
     }
     removeOldest();
     QDir().mkpath(m_settings.folder);
+    // Texts may be private.
+    constexpr auto ownersOnly = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
+    QFile::setPermissions(m_settings.folder, ownersOnly | QFileDevice::ExeOwner);
     QSaveFile file(m_jobs.front().file);
-    if (!file.open(QIODevice::WriteOnly) || file.write(m_sound) != m_sound.size() ||
-        !file.commit()) {
+    if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(ownersOnly) ||
+        file.write(m_sound) != m_sound.size() || !file.commit()) {
         return Failure{file.fileName() + QStringLiteral(": ") + file.errorString()};
     }
     return file.fileName();

@@ -16,8 +16,16 @@ TavoAttentionEnd::Enum attentionEndFor(OpenNotifications::Reason reason, bool is
     if (isAction) {
         return TavoAttentionEnd::ActedOn;
     }
-    return reason == OpenNotifications::Reason::Dismissed ? TavoAttentionEnd::Dismissed
-                                                          : TavoAttentionEnd::Closed;
+    switch (reason) {
+    case OpenNotifications::Reason::Dismissed:
+        return TavoAttentionEnd::Dismissed;
+    case OpenNotifications::Reason::Closed:
+        return TavoAttentionEnd::Closed;
+    case OpenNotifications::Reason::Expired:
+    case OpenNotifications::Reason::Undefined:
+        break;
+    }
+    return TavoAttentionEnd::Expired; // nobody has attended to it
 }
 
 TavoAttentionItem attentionItemOf(const DesktopNotification &notification)
@@ -252,7 +260,15 @@ void OpenNotifications::closeAll(Reason reason)
 {
     const QList<quint32> ids = m_entries.keys();
     for (const quint32 id : ids) {
-        close(id, reason);
+        const auto entry = m_entries.find(id);
+        if (entry == m_entries.end()) {
+            continue;
+        }
+        // The module for attention ends with the host, too, and may show it again afterwards.
+        if (!entry->isAttended) {
+            hide(*entry, reason);
+        }
+        remove(entry, reason);
     }
 }
 

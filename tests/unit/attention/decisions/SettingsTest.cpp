@@ -45,6 +45,8 @@ TEST(AttentionSettingsTest, RefusesWhatItDoesNotKnow)
     EXPECT_THAT(errorOf(R"({"apply": "some"})"), StartsWith("attention.json:1: apply: must be"));
     EXPECT_THAT(errorOf(R"({"doNotDisturb": {"silence": "all"}})"),
                 StartsWith("attention.json:1: doNotDisturb.silence: must be"));
+    EXPECT_THAT(errorOf(R"({"doNotDisturb": {"passSources": ["*bell"]}})"),
+                StartsWith("attention.json:1: doNotDisturb.passSources: may have a *"));
     EXPECT_THAT(errorOf(R"({"rules": [{"when": {}}]})"),
                 StartsWith("attention.json:1: rules[0].name: must name the rule"));
     EXPECT_THAT(errorOf(R"({"rules": [{"name": "x", "then": {"priority": "Huge"}}]})"),

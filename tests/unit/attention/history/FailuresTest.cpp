@@ -65,7 +65,7 @@ TEST_F(FailuresTest, OnAFullDiskItGoesOnInMemoryAndLosesNothingWhenThereIsRoomAg
     start();
 
     EXPECT_THAT(titles(), ElementsAre("While full"_s, "Before"_s));
-    EXPECT_TRUE(waitFor([&] { return history->missed() == 1; }));
+    EXPECT_TRUE(waitFor([&] { return history->missed() == 2; })) << "the other one was open";
     EXPECT_THAT(*failed, IsEmpty());
     EXPECT_THAT(*damaged, IsEmpty());
 }
@@ -90,7 +90,7 @@ TEST_F(FailuresTest, WhatCouldNotBeWrittenIsAppliedOnceAgain)
     }
     start();
     EXPECT_THAT(titles(), ElementsAre("Another"_s, "While full"_s));
-    EXPECT_EQ(history->missed(), 1);
+    EXPECT_EQ(history->missed(), 2) << "the other one was open";
 }
 
 TEST_F(FailuresTest, AFailureIsSaidOnceHoweverOftenItIsTried)

@@ -67,7 +67,7 @@ TEST_F(OpenEntriesTest, OtherOpenEntriesHaveEndedWithTheHost)
     EXPECT_EQ(page().entries.first().endTime, 0);
     start();
     EXPECT_GT(page().entries.first().endTime, 0);
-    EXPECT_EQ(page().entries.first().state, State::Shown);
+    EXPECT_EQ(page().entries.first().state, State::Expired);
 }
 
 TEST_F(OpenEntriesTest, NumbersFromBeforeTheFileWasOpenFitThoseInTheFile)
