@@ -10,6 +10,7 @@ function(tavo_add_explorer_test program)
         return()
     endif()
     add_test(NAME ${program} COMMAND ${program} --jobs 1 --hang-seconds 60 ${ARGN})
+    add_dependencies(fast_tests ${program})
     set_tests_properties(${program} PROPERTIES
         COST 100
         LABELS explorer
