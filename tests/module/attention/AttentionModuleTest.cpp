@@ -42,13 +42,6 @@ AttentionModuleTest::AttentionModuleTest()
         std::make_unique<LoadedModule>(QStringLiteral(NOTIFICATIONS_FILE), "notifications");
 }
 
-AttentionModuleTest::~AttentionModuleTest()
-{
-    m_attention.reset();
-    m_notifications.reset();
-    ScriptedPlayers::instance().reset();
-}
-
 void AttentionModuleTest::load()
 {
     m_attention.reset();

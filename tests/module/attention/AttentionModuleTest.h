@@ -29,7 +29,6 @@ protected:
     using State = TavoAttentionState;
 
     AttentionModuleTest();
-    ~AttentionModuleTest() override;
 
     /// Loads the module; again if it is loaded.
     void load();

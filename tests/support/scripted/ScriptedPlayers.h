@@ -48,6 +48,7 @@ class Q_DECL_EXPORT ScriptedPlayers
 {
 public:
     static ScriptedPlayers &instance();
+    ~ScriptedPlayers() { reset(); }
 
     /// Removes all players and settings. Called before each test.
     void reset();

@@ -30,8 +30,6 @@ protected:
         settle();
     }
 
-    ~DesktopAttentionTest() override { ScriptedPlayers::instance().reset(); }
-
     void setSettings(const QByteArray &json)
     {
         QFile file(m_folder.filePath("attention.json"_s));
