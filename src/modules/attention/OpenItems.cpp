@@ -184,9 +184,7 @@ TavoAttentionOutcome OpenItems::replace(const TavoAttentionItem &item, const Dec
     const bool isOnDisplay = !entry.request.isEmpty();
     if (isOnDisplay && decision.isShown) {
         if (entry.node) {
-            entry.node->show(item, [this](CMActivateNode *action) {
-                action->setInvoke(this, &OpenItems::on_action_activated, Qt::QueuedConnection);
-            });
+            fillNode(entry);
         }
         if (decided.priority != decision.priority || previous.timeout() != item.timeout()) {
             hide(entry);
@@ -225,13 +223,21 @@ void OpenItems::show(Entry &entry)
 {
     entry.path = entry.item.path();
     if (entry.path.isEmpty()) {
-        entry.node.emplace(m_nodes, TavoAttentionMessagesPath() + QString::number(++m_lastMessage));
-        entry.node->show(entry.item, [this](CMActivateNode *action) {
-            action->setInvoke(this, &OpenItems::on_action_activated, Qt::QueuedConnection);
-        });
+        if (!entry.node) {
+            entry.node.emplace(m_nodes,
+                               TavoAttentionMessagesPath() + QString::number(++m_lastMessage));
+        }
+        fillNode(entry);
         entry.path = entry.node->path();
     }
     requestDisplay(entry);
+}
+
+void OpenItems::fillNode(Entry &entry)
+{
+    entry.node->show(entry.item, [this](CMActivateNode *action) {
+        action->setInvoke(this, &OpenItems::on_action_activated, Qt::QueuedConnection);
+    });
 }
 
 void OpenItems::requestDisplay(Entry &entry)

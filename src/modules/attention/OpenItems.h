@@ -85,6 +85,7 @@ private:
     TavoAttentionOutcome outcomeOf(const Entry &entry) const;
 
     void show(Entry &entry);
+    void fillNode(Entry &entry);
     void hide(Entry &entry);
     void requestDisplay(Entry &entry);
     void on_show_finished(const QString &id, const QString &request, const CMVoidReply &reply);

@@ -41,6 +41,23 @@ TEST_F(AttentionRulesTest, ApplyToMessageAndSound)
     EXPECT_EQ(endOf("Mail"_s).end(), End::Silenced);
 }
 
+TEST_F(AttentionRulesTest, MayHideAMessageAndShowItAgain)
+{
+    setSettings(
+        R"({"rules": [{"name": "low", "when": {"maxPriority": "Low"}, "then": {"hide": true}}]})");
+    load();
+    const auto replaceWith = [](Priority::Enum priority) {
+        return Request(TavoAttentionReplacePath(),
+                       TavoValue().setAttentionItem(message("Door"_s).setPriority(priority)));
+    };
+    notify(withSound(message("Door"_s), "bell"_s));
+    EXPECT_TRUE(replaceWith(Priority::Low).succeeds());
+    EXPECT_TRUE(waitFor([] { return displayed().empty(); }));
+    EXPECT_TRUE(replaceWith(Priority::Normal).succeeds());
+    EXPECT_TRUE(waitFor([] { return displayed() == std::vector{"Door"_s}; }));
+    EXPECT_EQ(CMCatalog::children(TavoAttentionMessagesPath()).size(), 1U) << "no node is left";
+}
+
 TEST_F(AttentionRulesTest, AreCounted)
 {
     setSettings(R"({"rules": [{"name": "all"}, {"name": "door", "when": {"source": ["door"]}}]})");
