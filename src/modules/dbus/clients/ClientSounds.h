@@ -38,8 +38,9 @@ public:
     const SoundAccess &access() const { return m_access; }
     void setAccess(SoundAccess access) { m_access = std::move(access); }
 
-    /// Passes on a client's request to enqueue a sound, whose value has this many bytes. Throws BusError::limitExceeded() for one sound
-    /// too many, and BusError::accessDenied() for a sound or a response path that is not allowed.
+    /// Passes on a client's request to enqueue a sound, whose value has this many bytes. Throws
+    /// BusError::limitExceeded() for one sound too many, and BusError::accessDenied() for a sound
+    /// or a response path that is not allowed.
     CMReply<QVariant> enqueue(const std::string &client, const QVariant &value, std::size_t bytes);
 
     /// Checks and charges the sound of a notification that a client requests of the module for attention.

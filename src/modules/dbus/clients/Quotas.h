@@ -105,8 +105,9 @@ public:
     /// them by the hundred thousand, so nothing is thrown.
     bool countRequest(const std::string &client);
 
-    /// Counts something that the client will hold. Without a release it is never given up for others;
-    /// its stored bytes count as KeptBytes then, which have room as hasRoom() says. Throws BusError::limitExceeded() when that would exceed a limit.
+    /// Counts something that the client will hold. Without a release it is never given up for
+    /// others; its stored bytes count as KeptBytes then, which have room as hasRoom() says. Throws
+    /// BusError::limitExceeded() when that would exceed a limit.
     Charge charge(const std::string &client, const Cost &cost, Release release = {});
 
     /// Changes the stored bytes and the priority of a charge. Throws BusError::limitExceeded() as
