@@ -243,9 +243,8 @@ void OpenItems::fillNode(Entry &entry)
 void OpenItems::requestDisplay(Entry &entry)
 {
     // A requester with a node of its own knows the display's reports by its own id. No other request has
-    // the others.
-    entry.request =
-        entry.node ? QStringLiteral("attention-%1").arg(++m_lastRequest) : entry.item.id();
+    // the others, not even one that this module made before it was loaded again.
+    entry.request = entry.node ? tavoGenerateUuid() : entry.item.id();
     m_requests.insert(entry.request, entry.item.id());
     const auto item = TavoNotificationDisplayItem()
                           .setId(entry.request)

@@ -112,7 +112,6 @@ private:
     Entries m_entries;                  ///< by id
     QHash<QString, QString> m_requests; ///< ids of notifications, by the requests to show them
     QHash<QString, Sound> m_sounds;     ///< by id
-    quint64 m_lastRequest = 0;
     quint64 m_lastMessage = 0;
     int m_lastSpeech = 0;
     qint64 m_ends = 0;
