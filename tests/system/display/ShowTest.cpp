@@ -26,9 +26,11 @@ TEST_F(DisplayShowTest, hasAWindowOnlyWhileThereIsAMessage)
 TEST_F(DisplayShowTest, aMessageThatExpiresGoes)
 {
     start();
-    show("Door", Priority::Normal, 300);
-    waitForWindow();
-    EXPECT_TRUE(waitForNoWindow());
+    show("Parcel", Priority::Normal);
+    ASSERT_TRUE(waitForLook(Priority::Normal));
+    show("Alarm", Priority::Urgent, 1500);
+    EXPECT_TRUE(waitForLook(Priority::Urgent));
+    EXPECT_TRUE(waitForLook(Priority::Normal));
 }
 
 TEST_F(DisplayShowTest, everyPriorityHasItsLook)
