@@ -3,8 +3,8 @@
 
 #pragma once
 
+#include <base/PriorityName.h>
 #include <core/base/configuration.h>
-#include <core/records/enumerations.h>
 
 #include <optional>
 
@@ -12,16 +12,13 @@
 inline std::optional<TavoNotificationItemPriority::Enum>
 readPriority(TavoConfiguration &configuration, const QString &key)
 {
-    using Priority = TavoNotificationItemPriority;
     const QString name = configuration.string(key, QString());
     if (name.isNull()) {
         return std::nullopt;
     }
-    for (const auto priority :
-         {Priority::Low, Priority::Normal, Priority::High, Priority::Urgent}) {
-        if (name.compare(Priority::toString(priority), Qt::CaseInsensitive) == 0) {
-            return priority;
-        }
+    const auto priority = priorityNamed(name);
+    if (!priority) {
+        configuration.fail(key, QStringLiteral("must be Low, Normal, High or Urgent"));
     }
-    configuration.fail(key, QStringLiteral("must be Low, Normal, High or Urgent"));
+    return priority;
 }

@@ -3,19 +3,15 @@
 
 #include "cli/Priority.h"
 
-#include <QString>
+#include <base/PriorityName.h>
 
 std::optional<TavoNotificationItemPriority::Enum> priorityFromText(const std::string &text)
 {
-    using Priority = TavoNotificationItemPriority;
     const QString typed = QString::fromStdString(text);
-    for (const auto priority :
-         {Priority::Low, Priority::Normal, Priority::High, Priority::Urgent}) {
-        if (typed.compare(Priority::toString(priority), Qt::CaseInsensitive) == 0) {
-            return priority;
-        }
+    if (const auto named = priorityNamed(typed)) {
+        return named;
     }
     bool isNumber = false;
     const int number = typed.toInt(&isNumber);
-    return isNumber ? std::optional(Priority::Enum(number)) : std::nullopt;
+    return isNumber ? std::optional(TavoNotificationItemPriority::Enum(number)) : std::nullopt;
 }

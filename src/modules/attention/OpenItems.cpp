@@ -4,6 +4,7 @@
 #include "OpenItems.h"
 
 #include "AlarmClock.h"
+#include "ItemRows.h"
 
 #include <QFile>
 
@@ -235,9 +236,11 @@ void OpenItems::show(Entry &entry)
 
 void OpenItems::fillNode(Entry &entry)
 {
-    entry.node->show(entry.item, [this](CMActivateNode *action) {
+    const TavoAttentionItem &item = entry.item;
+    const auto bind = [this](CMActivateNode *action) {
         action->setInvoke(this, &OpenItems::on_action_activated, Qt::QueuedConnection);
-    });
+    };
+    entry.node->show(item.title(), ItemRows::text(item), ItemRows::actions(item), bind);
 }
 
 void OpenItems::requestDisplay(Entry &entry)

@@ -4,8 +4,8 @@
 #pragma once
 
 #include "history/History.h"
-#include "MessageNode.h"
 #include "speech/Speech.h"
+#include <base/MessageNode.h>
 #include <core/tavo.h>
 
 #include <QHash>

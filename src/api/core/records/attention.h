@@ -102,7 +102,7 @@ class TavoAttentionItem : public TavoHash
     TAVO_FIELD(TavoNotificationItemPriority::Enum, priority, setPriority)
     /// Milliseconds on display; 0 or less: until closed.
     TAVO_FIELD(int, timeout, setTimeout)
-    /// The first 64 count.
+    /// The first 64 count, and of equal keys the first.
     TAVO_FIELD(TavoList<TavoAttentionAction>, actions, setActions)
     /// What to play, without a response path. The id may be empty.
     TAVO_FIELD(TavoNotificationPlayerItem, sound, setSound)

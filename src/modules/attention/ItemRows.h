@@ -1,0 +1,14 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <base/MessageNode.h>
+
+/// What a MessageNode shows of a notification.
+namespace ItemRows {
+TavoRoles text(const TavoAttentionItem &item);
+
+/// The first 64 of them.
+QVector<MessageNode::Action> actions(const TavoAttentionItem &item);
+} // namespace ItemRows
