@@ -1,0 +1,84 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "fleet/protocol/JsonFields.h"
+
+#include "fleet/protocol/FleetTopics.h"
+
+#include <QJsonDocument>
+
+#include <cmath>
+
+QJsonValue JsonFields::take(const QString &key)
+{
+    m_taken.insert(key);
+    return m_object.value(key);
+}
+
+QString JsonFields::string(const QString &key)
+{
+    const QJsonValue value = take(key);
+    if (!value.isUndefined() && !value.isString()) {
+        fail(key, QStringLiteral("must be a string"));
+    }
+    return value.toString();
+}
+
+QString JsonFields::name(const QString &key)
+{
+    QString name = string(key);
+    if (!isFleetName(name)) {
+        fail(key, QStringLiteral("must be 1 to 64 letters, digits, dots, underscores and hyphens"));
+    }
+    return name;
+}
+
+bool JsonFields::boolean(const QString &key)
+{
+    const QJsonValue value = take(key);
+    if (!value.isUndefined() && !value.isBool()) {
+        fail(key, QStringLiteral("must be true or false"));
+    }
+    return value.toBool();
+}
+
+qint64 JsonFields::integer(const QString &key, const QJsonValue &value, qint64 defaultValue,
+                           qint64 min, qint64 max) const
+{
+    if (value.isUndefined()) {
+        return defaultValue;
+    }
+    const double number = value.toDouble();
+    if (!value.isDouble() || number != std::floor(number) || number < double(min) ||
+        number > double(max)) {
+        fail(key, QStringLiteral("must be an integer from %1 to %2").arg(min).arg(max));
+    }
+    return qint64(number);
+}
+
+void JsonFields::finish() const
+{
+    for (auto field = m_object.begin(); field != m_object.end(); ++field) {
+        if (!m_taken.contains(field.key())) {
+            fail(field.key(), QStringLiteral("is not known"));
+        }
+    }
+}
+
+void JsonFields::fail(const QString &key, const QString &reason) const
+{
+    throw Error{{key.left(64) + QStringLiteral(": ") + reason}};
+}
+
+Result<QJsonObject> jsonObject(const QByteArray &json)
+{
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson(json, &error);
+    if (error.error != QJsonParseError::NoError) {
+        return Failure{QStringLiteral("not JSON: %1").arg(error.errorString())};
+    }
+    if (!document.isObject()) {
+        return Failure{QStringLiteral("not a JSON object")};
+    }
+    return document.object();
+}
