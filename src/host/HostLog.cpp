@@ -4,6 +4,7 @@
 #include "host/HostLog.h"
 
 #include "core/base/connect.h"
+#include "host/Journal.h"
 #include "host/QtLog.h"
 
 #include <QFileInfo>
@@ -12,53 +13,15 @@
 #include <log4cplus/consoleappender.h>
 #include <log4cplus/layout.h>
 #include <log4cplus/logger.h>
-#include <log4cplus/spi/loggingevent.h>
 #include <log4cplus/thread/threads.h>
 
 #include <chrono>
 #include <iostream>
 #include <optional>
 #include <sstream>
-#include <sys/stat.h>
-#include <syslog.h>
-#include <unistd.h>
 
 namespace {
 constexpr const char *consolePattern = "%D{%Y-%m-%d %H:%M:%S.%q} %-5p %c [%t] %m%n";
-/// The journal has the time and the level of each record itself.
-constexpr const char *journalPattern = "%c [%t] %m%n";
-
-/// Begins each record with its level, as the journal reads it.
-class JournalLayout : public log4cplus::PatternLayout
-{
-public:
-    JournalLayout()
-        : log4cplus::PatternLayout(journalPattern)
-    {
-    }
-
-    void formatAndAppend(log4cplus::tostream &output,
-                         const log4cplus::spi::InternalLoggingEvent &event) override
-    {
-        output << '<' << syslogLevel(event.getLogLevel()) << '>';
-        log4cplus::PatternLayout::formatAndAppend(output, event);
-    }
-
-private:
-    static int syslogLevel(log4cplus::LogLevel level)
-    {
-        if (level >= log4cplus::FATAL_LOG_LEVEL) {
-            return LOG_CRIT;
-        }
-        if (level >= log4cplus::ERROR_LOG_LEVEL) {
-            return LOG_ERR;
-        }
-        if (level >= log4cplus::WARN_LOG_LEVEL) {
-            return LOG_WARNING;
-        }
-        return level >= log4cplus::INFO_LOG_LEVEL ? LOG_INFO : LOG_DEBUG;
-    }
-};
 
 /// Collects output to std::cerr, where log4cplus reports errors in a properties file and log files that
 /// can't be written. It has no other way to report them.
@@ -80,19 +43,20 @@ private:
     std::streambuf *m_saved;
 };
 
-void logToConsole()
+log4cplus::SharedAppenderPtr makeConsoleAppender()
 {
     constexpr bool toStandardError = true;
     constexpr bool immediateFlush = true;
     log4cplus::SharedAppenderPtr console(
         new log4cplus::ConsoleAppender(toStandardError, immediateFlush));
-    if (HostLog::goesToJournal()) {
-        console->setLayout(std::make_unique<JournalLayout>());
-    } else {
-        console->setLayout(std::make_unique<log4cplus::PatternLayout>(consolePattern));
-    }
+    console->setLayout(std::make_unique<log4cplus::PatternLayout>(consolePattern));
+    return console;
+}
+
+void logToStandardError()
+{
     auto root = log4cplus::Logger::getRoot();
-    root.addAppender(console);
+    root.addAppender(goesToJournal() ? makeJournalAppender() : makeConsoleAppender());
     root.setLogLevel(log4cplus::INFO_LOG_LEVEL);
 }
 
@@ -124,14 +88,6 @@ log4cplus::Logger loggerOf(const std::string &name)
 }
 } // namespace
 
-bool HostLog::goesToJournal()
-{
-    struct stat status = {};
-    return fstat(STDERR_FILENO, &status) == 0 &&
-           qEnvironmentVariable("JOURNAL_STREAM") ==
-               QStringLiteral("%1:%2").arg(status.st_dev).arg(status.st_ino);
-}
-
 Result<std::unique_ptr<HostLog>> HostLog::open(const LogConfiguration &configuration)
 {
     std::unique_ptr<HostLog> log(new HostLog);
@@ -139,7 +95,7 @@ Result<std::unique_ptr<HostLog>> HostLog::open(const LogConfiguration &configura
     // One thread for the asynchronous appenders of a properties file; the default is four.
     log4cplus::setThreadPoolSize(1);
     if (configuration.file.isEmpty()) {
-        logToConsole();
+        logToStandardError();
     } else if (const auto failure = configureFromFile(configuration.file)) {
         return Failure{
             QStringLiteral("%1: log.file: %2").arg(configuration.origin, failure->reason)};

@@ -23,10 +23,6 @@
 class HostLog
 {
 public:
-    /// Whether standard error is the stream to the journal that systemd has given to this process. A line in it
-    /// may begin with its level.
-    static bool goesToJournal();
-
     static Result<std::unique_ptr<HostLog>> open(const LogConfiguration &configuration);
     ~HostLog();
     /// Sets these levels, and no others that were set before.

@@ -12,6 +12,7 @@
 
 #include <log4cplus/logger.h>
 #include <log4cplus/loggingmacros.h>
+#include <log4cplus/mdc.h>
 #include <log4cplus/thread/threads.h>
 
 #include <algorithm>
@@ -107,6 +108,7 @@ void ModuleThread::stopWorker(std::chrono::milliseconds limit)
 void ModuleThread::run()
 {
     log4cplus::thread::setCurrentThreadName(m_nameBytes.toStdString());
+    log4cplus::getMDC().put("module", m_nameBytes.toStdString());
     auto created = createWorker();
     if (const auto *failure = std::get_if<Failure>(&created)) {
         m_created.set_value(*failure);

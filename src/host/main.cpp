@@ -9,6 +9,7 @@
 #include "host/HangupSignal.h"
 #include "host/Host.h"
 #include "host/HostLog.h"
+#include "host/Journal.h"
 #include "host/ModuleLoader.h"
 #include "host/Reload.h"
 #include "host/ServiceManager.h"
@@ -52,7 +53,7 @@ public:
 
 int exitWith(const ExitFailure &failure)
 {
-    std::fprintf(stderr, "%s%s\n", HostLog::goesToJournal() ? SD_ERR : "",
+    std::fprintf(stderr, "%s%s\n", goesToJournal() ? SD_ERR : "",
                  qPrintable(printable(failure.reason)));
     return static_cast<int>(failure.code);
 }

@@ -218,33 +218,3 @@ TEST_F(HostLogTest, WritesNoPasswordOfAUrl)
     EXPECT_TRUE(logged("warning https://host/b\n"));
     EXPECT_FALSE(logged("secret"));
 }
-
-TEST_F(HostLogTest, LogsToTheJournalWithLevelsAndWithoutTimes)
-{
-    // The journal's stream is named by its device and inode.
-    const QByteArray script = "#!/bin/sh\n"
-                              "JOURNAL_STREAM=$(stat -L -c %d:%i /proc/self/fd/2)\n"
-                              "export JOURNAL_STREAM\n"
-                              "exec " +
-                              QFile::encodeName(m_host.program()) + " \"$@\"\n";
-    const QString file = m_host.writeFile("to_journal", script);
-    ASSERT_EQ(chmod(QFile::encodeName(file).constData(), 0700), 0);
-    m_host.setProgram(file);
-    m_host.setConfiguration(configurationOf({scripted("one", {{"say", "words"}})}));
-    ASSERT_TRUE(m_host.startReady());
-    ASSERT_TRUE(m_host.waitForLog("one working"));
-    EXPECT_EQ(m_host.stop(), 0);
-    EXPECT_THAT(m_host.log().toStdString(), testing::StartsWith("<6>Scripted [one] one creating"));
-    EXPECT_TRUE(m_host.log().contains("\n<6>Host [main] Host ready, 1 modules\n"));
-    EXPECT_TRUE(m_host.log().contains("\n<4>Qt [one] warning words\n"));
-    EXPECT_TRUE(m_host.log().contains("\n<3>Qt [one] critical words\n"));
-}
-
-TEST_F(HostLogTest, LogsToOtherStreamsThanTheJournalAsUsual)
-{
-    m_host.setEnvironment("JOURNAL_STREAM", "1:1");
-    m_host.setConfiguration(configurationOf({scripted("one")}));
-    ASSERT_TRUE(m_host.startReady());
-    EXPECT_EQ(m_host.stop(), 0);
-    EXPECT_TRUE(m_host.log().contains(" INFO  Host [main] Host ready, 1 modules\n"));
-}

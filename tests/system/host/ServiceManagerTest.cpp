@@ -3,47 +3,22 @@
 
 // What the host reports to the service manager that has started it.
 
+#include "system/host/DatagramSocket.h"
 #include "system/host/HostTest.h"
 
 #include <csignal>
-#include <poll.h>
-#include <sys/socket.h>
-#include <sys/un.h>
 
 namespace {
 class ServiceManagerTest : public HostTest
 {
 protected:
-    ~ServiceManagerTest() override { close(m_socket); }
-
-    void SetUp() override
-    {
-        const QByteArray path = QFile::encodeName(m_host.folder() + "/notify");
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        ASSERT_LT(size_t(path.size()), sizeof(address.sun_path));
-        std::copy(path.begin(), path.end(), address.sun_path);
-        m_socket = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-        ASSERT_EQ(bind(m_socket, reinterpret_cast<const sockaddr *>(&address), sizeof(address)), 0);
-        m_host.setEnvironment("NOTIFY_SOCKET", path);
-    }
+    ServiceManagerTest() { m_host.setEnvironment("NOTIFY_SOCKET", m_socket.path()); }
 
     /// The next report of the host; empty after the timeout.
-    std::string nextReport() const
-    {
-        constexpr int timeoutMs = 20000;
-        pollfd waiting{m_socket, POLLIN, 0};
-        if (poll(&waiting, 1, timeoutMs) != 1) {
-            return {};
-        }
-        std::string report(1000, '\0');
-        report.resize(
-            size_t(std::max<ssize_t>(0, recv(m_socket, report.data(), report.size(), 0))));
-        return report;
-    }
+    std::string nextReport() const { return m_socket.next(); }
 
 private:
-    int m_socket = -1;
+    const DatagramSocket m_socket{m_host.folder() + "/notify"};
 };
 } // namespace
 
