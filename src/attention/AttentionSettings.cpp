@@ -6,8 +6,10 @@
 #include "attention/JsonPosition.h"
 #include <base/Printable.h>
 
+#include <QFile>
 #include <QStandardPaths>
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace {
@@ -46,11 +48,22 @@ AttentionSettings::AttentionSettings()
 {
 }
 
+QStringList AttentionSettings::defaultFiles()
+{
+    QStringList files = QStandardPaths::standardLocations(QStandardPaths::GenericConfigLocation);
+    files.append(QStringLiteral("/etc"));
+    for (QString &file : files) {
+        file += QLatin1String("/tavo/attention.json");
+    }
+    return files;
+}
+
 QString AttentionSettings::defaultFile()
 {
-    const QString name = QStringLiteral("tavo/attention.json");
-    const QString found = QStandardPaths::locate(QStandardPaths::GenericConfigLocation, name);
-    return found.isEmpty() ? QStringLiteral("/etc/") + name : found;
+    const QStringList files = defaultFiles();
+    const auto found = std::find_if(files.begin(), files.end(),
+                                    [](const QString &file) { return QFile::exists(file); });
+    return found == files.end() ? files.last() : *found;
 }
 
 AttentionSettings AttentionSettings::fromJson(const QByteArray &json, const QString &file)

@@ -18,7 +18,10 @@ struct AttentionSettings
     /// Without a file: no rules, and everything passes.
     AttentionSettings();
 
-    /// A person's own file, or else the system's.
+    /// A person's own file, and those of the system. The first one that is there counts.
+    static QStringList defaultFiles();
+
+    /// The one of them that counts; the last one if none is there.
     static QString defaultFile();
 
     /// Throws a std::runtime_error with "FILE:LINE: KEY: REASON", or for syntax errors

@@ -25,10 +25,30 @@ WatchedFile::WatchedFile(const QString &file, QObject *parent)
 /// The folder too: many programs replace a file instead of writing to it.
 void WatchedFile::watch()
 {
-    m_watcher.addPath(QFileInfo(m_name).path());
+    QString folder = nearestFolder();
+    for (QString watched; watched != folder; folder = nearestFolder()) {
+        watched = folder;
+        m_watcher.addPath(folder);
+    }
+    const QStringList folders = m_watcher.directories();
+    for (const QString &other : folders) {
+        if (other != folder) {
+            m_watcher.removePath(other);
+        }
+    }
     if (QFile::exists(m_name)) {
         m_watcher.addPath(m_name);
     }
+}
+
+/// The file's folder, or the one in which it or a folder above it will be made.
+QString WatchedFile::nearestFolder() const
+{
+    QString folder = QFileInfo(m_name).path();
+    while (!QFileInfo::exists(folder) && folder != QLatin1String("/")) {
+        folder = QFileInfo(folder).path();
+    }
+    return folder;
 }
 
 QByteArray WatchedFile::read() const
@@ -46,9 +66,16 @@ void WatchedFile::on_watcher_changed()
 void WatchedFile::on_delay_timeout()
 {
     const QByteArray content = read();
-    if (content.isEmpty() || content == m_content) {
+    if (content.isEmpty()) {
+        if (!m_isMissing && !m_content.isEmpty()) {
+            m_isMissing = true;
+            Q_EMIT vanished();
+        }
         return;
     }
-    m_content = content;
-    Q_EMIT changed();
+    if (content != m_content || m_isMissing) {
+        m_isMissing = false;
+        m_content = content;
+        Q_EMIT changed();
+    }
 }

@@ -9,7 +9,8 @@
 #include <QString>
 #include <QTimer>
 
-/// A small file that people edit while programs run. Used in the thread that made it.
+/// A small file that people edit while programs run. It and its folder may be made later. Used in the
+/// thread that made it.
 class WatchedFile : public QObject
 {
     Q_OBJECT
@@ -19,13 +20,16 @@ public:
 
     const QString &name() const { return m_name; }
 
-    /// As it was when it was last read; empty if it can't be read.
+    /// As it last was when it was not empty; empty if it never was.
     const QByteArray &content() const { return m_content; }
 
 Q_SIGNALS:
-    /// The content is another one, and not empty: a file that is missing or empty for a moment is being
-    /// written.
+    /// The content is another one, or is there again.
     void changed();
+
+    /// The file is missing, empty or can't be read any more. Not emitted for a moment in which it is being
+    /// written.
+    void vanished();
 
 private Q_SLOTS:
     void on_watcher_changed();
@@ -33,10 +37,12 @@ private Q_SLOTS:
 
 private:
     void watch();
+    QString nearestFolder() const;
     QByteArray read() const;
 
     const QString m_name;
     QByteArray m_content;
+    bool m_isMissing = false; ///< after it was there
     QFileSystemWatcher m_watcher;
     QTimer m_delay; ///< until a file that is written in steps is complete
 };

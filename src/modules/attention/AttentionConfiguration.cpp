@@ -48,8 +48,8 @@ Speech::Settings readSpeech(TavoConfiguration configuration)
 AttentionConfiguration::AttentionConfiguration(const QVariantHash &config)
 {
     TavoConfiguration configuration(config);
-    settingsFile =
-        configuration.string(QStringLiteral("settings"), AttentionSettings::defaultFile());
+    const QString settings = configuration.string(QStringLiteral("settings"), QString());
+    settingsFiles = settings.isEmpty() ? AttentionSettings::defaultFiles() : QStringList{settings};
     history = readHistory(configuration.section(QStringLiteral("history")));
     speech = readSpeech(configuration.section(QStringLiteral("speech")));
     configuration.finish();

@@ -6,12 +6,13 @@
 #include "history/HistoryEntry.h"
 #include "speech/Speech.h"
 
+#include <QStringList>
 #include <QVariantHash>
 
 /// The module's entry in the host's configuration.
 struct AttentionConfiguration
 {
-    QString settingsFile;
+    QStringList settingsFiles; ///< the first one that is there counts
     HistorySettings history;
     Speech::Settings speech;
 

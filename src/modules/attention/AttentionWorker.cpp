@@ -81,8 +81,7 @@ AttentionWorker::AttentionWorker(const QVariantHash &config)
 AttentionWorker::AttentionWorker(const QVariantHash &config,
                                  const AttentionConfiguration &configuration)
     : CMNodesWorker(config, QStringLiteral("Attention"))
-    , m_settingsFile(configuration.settingsFile)
-    , m_rulesNode(new RulesNode(nodes(), m_settingsFile.name()))
+    , m_rulesNode(new RulesNode(nodes(), configuration.settingsFiles.first()))
     , m_quietTimes(nodes())
     , m_history(configuration.history)
     , m_historyNodes(nodes(), m_history)
@@ -90,9 +89,7 @@ AttentionWorker::AttentionWorker(const QVariantHash &config,
     , m_items(nodes(), m_history, m_speech)
 {
     m_clock.start();
-    readSettings();
-    tavoConnect(&m_settingsFile, &WatchedFile::changed, this,
-                &AttentionWorker::on_settingsFile_changed);
+    watchSettings(configuration.settingsFiles);
     tavoConnect(&m_quietTimes, &QuietTimes::ended, this, &AttentionWorker::on_quietTimes_ended);
     tavoConnect(&m_history, &History::leftOpen, this, &AttentionWorker::on_history_leftOpen);
     bind(TavoAttentionNotifyPath(), &AttentionWorker::on_notify_activated);
@@ -108,25 +105,57 @@ void AttentionWorker::bind(const CMPath &path,
     CMActivateNode::create(nodes(), path)->setInvoke(this, slot, Qt::QueuedConnection);
 }
 
-void AttentionWorker::on_settingsFile_changed()
+void AttentionWorker::watchSettings(const QStringList &files)
 {
-    readSettings();
+    for (const QString &name : files) {
+        m_settingsFiles.push_back(std::make_unique<WatchedFile>(name));
+        const WatchedFile *file = m_settingsFiles.back().get();
+        tavoConnect(file, &WatchedFile::changed, this,
+                    [this, file] { on_settingsFile_changed(*file); });
+        tavoConnect(file, &WatchedFile::vanished, this,
+                    [this, file] { on_settingsFile_vanished(*file); });
+    }
+    if (const WatchedFile *file = settingsFile()) {
+        readSettings(*file);
+    }
+}
+
+const WatchedFile *AttentionWorker::settingsFile() const
+{
+    for (const auto &file : m_settingsFiles) {
+        if (!file->content().isEmpty()) {
+            return file.get();
+        }
+    }
+    return nullptr;
+}
+
+void AttentionWorker::on_settingsFile_changed(const WatchedFile &file)
+{
+    if (&file == settingsFile()) {
+        readSettings(file);
+    }
+}
+
+void AttentionWorker::on_settingsFile_vanished(const WatchedFile &file)
+{
+    if (&file == settingsFile()) {
+        LOG4CPLUS_WARN(logger, file.name() << " is missing, empty or can't be read; the previous"
+                                              " settings stay until the host is started again");
+    }
 }
 
 /// People write the file, also while the device runs: a mistake must not keep notifications from them.
-void AttentionWorker::readSettings()
+void AttentionWorker::readSettings(const WatchedFile &file)
 {
-    if (m_settingsFile.content().isEmpty()) {
-        return;
-    }
     try {
-        m_settings = AttentionSettings::fromJson(m_settingsFile.content(), m_settingsFile.name());
+        m_settings = AttentionSettings::fromJson(file.content(), file.name());
     } catch (const std::runtime_error &error) {
         LOG4CPLUS_ERROR(logger, error.what()
                                     << (m_hasSettings ? "; the previous settings stay"
                                                       : "; there are no rules and no"
                                                         " do-not-disturb until it is mended"));
-        m_rulesNode->setError(QString::fromUtf8(error.what()));
+        m_rulesNode->setError(file.name(), QString::fromUtf8(error.what()));
         return;
     }
     m_hasSettings = true;
@@ -134,10 +163,10 @@ void AttentionWorker::readSettings()
     for (const Rule &rule : m_settings.rules.list()) {
         names.append(rule.name());
     }
-    m_rulesNode->setRules(names);
+    m_rulesNode->setRules(file.name(), names);
     m_rates.setLimit(m_settings.rate);
     m_quietTimes.setSettings(m_settings.doNotDisturb);
-    LOG4CPLUS_INFO(logger, "Read " << m_settingsFile.name() << ", rules: " << names.size());
+    LOG4CPLUS_INFO(logger, "Read " << file.name() << ", rules: " << names.size());
 }
 
 Decision AttentionWorker::decide(const TavoAttentionItem &item)

@@ -15,6 +15,8 @@
 #include <QMap>
 
 #include <attention/AttentionSettings.h>
+#include <memory>
+#include <vector>
 
 /// Decides what becomes of notifications, opens their messages and sounds, and remembers them. Every
 /// request gets a reply at once.
@@ -34,7 +36,8 @@ private Q_SLOTS:
     void on_close_activated(const CMSetDataRequest &request);
     void on_sound_activated(const CMSetDataRequest &request);
     void on_try_activated(const CMSetDataRequest &request);
-    void on_settingsFile_changed();
+    void on_settingsFile_changed(const WatchedFile &file);
+    void on_settingsFile_vanished(const WatchedFile &file);
     void on_quietTimes_ended();
     void on_history_leftOpen(const QVector<HistoryEntry> &entries);
 
@@ -42,13 +45,17 @@ private:
     AttentionWorker(const QVariantHash &config, const AttentionConfiguration &configuration);
 
     void bind(const CMPath &path, void (AttentionWorker::*slot)(const CMSetDataRequest &));
-    void readSettings();
+    void watchSettings(const QStringList &files);
+
+    /// The file that counts; null if none was ever there.
+    const WatchedFile *settingsFile() const;
+    void readSettings(const WatchedFile &file);
     Decision decide(const TavoAttentionItem &item);
 
     /// Keeps it from people if its source has sent too many.
     void limitRate(SourceRates &rates, const TavoAttentionItem &item, Decision &decision) const;
 
-    WatchedFile m_settingsFile;
+    std::vector<std::unique_ptr<WatchedFile>> m_settingsFiles;
     AttentionSettings m_settings;
     bool m_hasSettings = false;
     RulesNode *m_rulesNode; ///< owned by the node set

@@ -88,7 +88,7 @@ void HistoryNodes::on_history_missedChanged(int missed)
 
 void HistoryNodes::on_history_failed(const QString &reason)
 {
-    LOG4CPLUS_ERROR(logger, "Notifications are not remembered: " << reason);
+    LOG4CPLUS_ERROR(logger, reason.toStdString());
 }
 
 void HistoryNodes::on_history_recovered(int lost)

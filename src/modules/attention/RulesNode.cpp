@@ -10,18 +10,22 @@ RulesNode::RulesNode(CMNodes *nodes, const QString &file)
     publish();
 }
 
-void RulesNode::setRules(const QStringList &names)
+void RulesNode::setRules(const QString &file, const QStringList &names)
 {
     change([&] {
+        m_file = file;
         m_names = names;
         m_counts.assign(std::size_t(names.size()), 0);
         m_error.clear();
     });
 }
 
-void RulesNode::setError(const QString &error)
+void RulesNode::setError(const QString &file, const QString &error)
 {
-    change([&] { m_error = error; });
+    change([&] {
+        m_file = file;
+        m_error = error;
+    });
 }
 
 void RulesNode::count(const std::vector<std::size_t> &rules)

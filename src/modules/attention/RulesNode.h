@@ -18,8 +18,8 @@ public:
     RulesNode(CMNodes *nodes, const QString &file);
 
     /// Other rules, which have not applied yet, and no error.
-    void setRules(const QStringList &names);
-    void setError(const QString &error);
+    void setRules(const QString &file, const QStringList &names);
+    void setError(const QString &file, const QString &error);
 
     /// The rules at these indexes have applied.
     void count(const std::vector<std::size_t> &rules);

@@ -3,7 +3,9 @@
 
 #include "module/attention/AttentionModuleTest.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <algorithm>
 
@@ -60,6 +62,7 @@ void AttentionModuleTest::load()
 void AttentionModuleTest::writeSettings(const QByteArray &json)
 {
     QFile file(settingsFile());
+    QDir().mkpath(QFileInfo(file).path());
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     file.write(json);
 }

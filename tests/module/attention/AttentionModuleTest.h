@@ -81,7 +81,7 @@ protected:
 
     LogCapture &log() { return m_log; }
     ScriptedService &services() { return m_services; }
-    QString settingsFile() const { return m_folder.filePath("attention.json"_s); }
+    QString settingsFile() const { return m_folder.filePath("etc/attention.json"_s); }
     QString historyFile() const { return m_folder.filePath("history.db"_s); }
 
 private:

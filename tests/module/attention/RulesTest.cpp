@@ -3,6 +3,10 @@
 
 #include "module/attention/AttentionModuleTest.h"
 
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
 namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -90,6 +94,25 @@ TEST_F(AttentionRulesTest, StayWhenTheirFileIsWrong)
     setSettings("{}");
     EXPECT_EQ(rules().error(), QString());
     EXPECT_TRUE(notify(message("2"_s)).shown());
+}
+
+TEST_F(AttentionRulesTest, StayWhenTheirFileIsGoneAndAreReadWhenItIsBack)
+{
+    setSettings(R"({"rules": [{"name": "nothing", "then": {"drop": true}}]})");
+    load();
+    ASSERT_TRUE(QFile::remove(settingsFile()));
+    ASSERT_TRUE(waitFor([this] { return !log().find("the previous settings stay").empty(); }));
+    EXPECT_FALSE(notify(message("1"_s)).shown());
+    setSettings("{}");
+    EXPECT_TRUE(notify(message("2"_s)).shown());
+}
+
+TEST_F(AttentionRulesTest, AreReadWhenTheirFileAndItsFolderAreMadeLater)
+{
+    load();
+    QDir().mkpath(QFileInfo(settingsFile()).path());
+    setSettings(R"({"rules": [{"name": "nothing", "then": {"drop": true}}]})");
+    EXPECT_FALSE(notify(message("1"_s)).shown());
 }
 
 TEST_F(AttentionRulesTest, DoNotKeepTheModuleFromStartingIfTheirFileIsWrong)

@@ -64,6 +64,9 @@ struct HistoryFile::Statements
                                       "WHERE endTime = 0 AND NOT flags & 2"};
     SqliteStatement oldest{
         database, "SELECT number, time, bytes, state FROM entries ORDER BY number LIMIT ?"};
+    SqliteStatement oldestDated{database,
+                                "SELECT number, time FROM entries "
+                                "WHERE number >= ? AND time <= ? ORDER BY number LIMIT 1"};
     SqliteStatement remove{database, "DELETE FROM entries WHERE number <= ?"};
     SqliteStatement newest{database, SELECT_ENTRIES "entries "
                                                     "WHERE number < ? ORDER BY number DESC"};
@@ -170,6 +173,7 @@ void HistoryFile::rollback()
         m_statements->rollback.run();
     }
     m_index->rolledBack();
+    m_oldestDated = 0;
     readTotals();
 }
 
@@ -178,13 +182,26 @@ bool HistoryFile::isOverLimit() const
     return m_totals.entries > m_settings.maxEntries || m_totals.bytes > m_settings.maxBytes;
 }
 
+qint64 HistoryFile::lastTooOld(qint64 now, qint64 oldest)
+{
+    SqliteRows rows(m_statements->oldestDated, m_oldestDated, now);
+    if (!rows.next()) {
+        return 0;
+    }
+    m_oldestDated = rows.number(0);
+    return rows.number(1) < oldest ? m_oldestDated : 0;
+}
+
 void HistoryFile::removeOldest()
 {
-    const qint64 oldest = QDateTime::currentMSecsSinceEpoch() - m_settings.maxDays * msPerDay;
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    const qint64 oldest = now - m_settings.maxDays * msPerDay;
+    const qint64 tooOld = lastTooOld(now, oldest);
     qint64 last = 0;
     {
         SqliteRows rows(m_statements->oldest, maxRemoved);
-        while (rows.next() && (isOverLimit() || rows.number(1) < oldest)) {
+        while (rows.next() &&
+               (isOverLimit() || rows.number(0) <= tooOld || rows.number(1) < oldest)) {
             HistoryEntry entry;
             entry.state = HistoryEntry::State(rows.number(3));
             --m_totals.entries;

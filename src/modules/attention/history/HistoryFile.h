@@ -66,6 +66,10 @@ private:
     void write(const HistorySeen &seen);
     void write(const HistoryLeftEnd &left);
     void removeOldest();
+
+    /// The number of the oldest entry that can have come at the time it has, if that is before the oldest
+    /// time to keep; else 0. What came before it is older, even if a wrong clock gave it a time to come.
+    qint64 lastTooOld(qint64 now, qint64 oldest);
     void readTotals();
     void begin();
     qint64 numberInFile(qint64 number) const;
@@ -75,5 +79,6 @@ private:
     std::unique_ptr<Statements> m_statements;
     std::optional<HistoryIndex> m_index;
     Totals m_totals;
+    qint64 m_oldestDated = 0; ///< entries with lower numbers have times to come
     qint64 m_shift = 0;
 };

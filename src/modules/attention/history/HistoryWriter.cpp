@@ -212,7 +212,7 @@ void HistoryWriter::refuse(const HistoryError &error)
     m_lost = 0;
     m_nextRound.reset();
     m_hasFailed = false;
-    Q_EMIT failed(m_refusal);
+    Q_EMIT failed(m_refusal + QStringLiteral("; notifications are not remembered"));
 }
 
 void HistoryWriter::fail(const HistoryError &error)
@@ -221,7 +221,8 @@ void HistoryWriter::fail(const HistoryError &error)
     if (!m_hasFailed) {
         m_hasFailed = true;
         Q_EMIT failed(
-            QStringLiteral("%1 cannot be used for now: %2").arg(m_place.file(), error.reason()));
+            QStringLiteral("%1 cannot be used for now: %2; notifications are kept in memory")
+                .arg(m_place.file(), error.reason()));
     }
 }
 
@@ -264,7 +265,9 @@ void HistoryWriter::commit()
     }
     if (m_hasFailed || m_lost > 0) {
         if (!m_hasFailed) {
-            Q_EMIT failed(QStringLiteral("%1 was not written fast enough").arg(m_place.file()));
+            Q_EMIT failed(
+                QStringLiteral("%1 was not written fast enough; some notifications are lost")
+                    .arg(m_place.file()));
         }
         m_hasFailed = false;
         Q_EMIT recovered(std::exchange(m_lost, 0));

@@ -86,6 +86,19 @@ TEST_F(LimitsTest, OldEntriesGoWhenAnotherComes)
     EXPECT_THAT(titles(), ElementsAre("Recent"_s));
 }
 
+TEST_F(LimitsTest, OldEntriesGoAlsoBehindThoseOfAClockThatWasAhead)
+{
+    settings.maxDays = 2;
+    start();
+    for (const qint64 days : {3000, 3000, -3, 3000, -1}) {
+        HistoryEntry jumped = entry(QString::number(days));
+        jumped.time += days * msPerDay;
+        history->add(jumped);
+    }
+    start();
+    EXPECT_THAT(titles(), ElementsAre("-1"_s, "3000"_s));
+}
+
 TEST_F(LimitsTest, EntriesKeepTheirOrderWhenTheClockJumps)
 {
     start();
