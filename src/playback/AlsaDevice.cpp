@@ -75,6 +75,8 @@ std::optional<Failure> AlsaDevice::open(const QString &name, SoundFormat format,
     m_lost = 0;
     m_failedWrites = 0;
     m_countsLate = false;
+    m_keepsTime = false;
+    m_rate = format.rate;
 
     int result = 0;
     for (const QString &alsaName : {name, QStringLiteral("plug:SLAVE='%1'").arg(name)}) {
@@ -92,6 +94,12 @@ std::optional<Failure> AlsaDevice::open(const QString &name, SoundFormat format,
                                 .arg(format.rate)
                                 .arg(format.channels)
                                 .arg(QString::fromUtf8(snd_strerror(result)))};
+}
+
+void AlsaDevice::keepTime()
+{
+    m_keepsTime = snd_pcm_type(m_pcm) == SND_PCM_TYPE_NULL;
+    m_counted = std::chrono::steady_clock::now();
 }
 
 int AlsaDevice::openAs(const QString &alsaName)
@@ -200,8 +208,21 @@ Result<long> AlsaDevice::room()
     if (available < 0) {
         return recover(int(available));
     }
-    m_held = std::clamp(long(m_bufferFrames) - long(available), 0L, long(m_bufferFrames));
+    m_held = m_keepsTime
+                 ? heldByClock()
+                 : std::clamp(long(m_bufferFrames) - long(available), 0L, long(m_bufferFrames));
     return std::max(0L, capacity() - m_held);
+}
+
+// What is left of the frames that were held when they were last counted.
+long AlsaDevice::heldByClock()
+{
+    const std::chrono::nanoseconds frame =
+        std::chrono::nanoseconds(std::chrono::seconds(1)) / m_rate;
+    const auto now = std::chrono::steady_clock::now();
+    const long played = (now - m_counted) / frame;
+    m_counted = played < m_held ? m_counted + played * frame : now;
+    return std::max(0L, m_held - played);
 }
 
 // One period stays free: plug-ins with their own ring buffer can't distinguish a full one from an

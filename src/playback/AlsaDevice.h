@@ -9,6 +9,8 @@
 
 #include <alsa/asoundlib.h>
 
+#include <chrono>
+
 /// An ALSA device that takes frames of floats. It never blocks, and recovers from underruns and
 /// suspension.
 ///
@@ -28,6 +30,9 @@ public:
 
     /// Silences the device at once. Frames that were not heard are lost.
     void close();
+
+    /// Lets ALSA's device "null", which takes everything at once, take no more than a device that plays.
+    void keepTime();
 
     bool isOpen() const { return m_pcm != nullptr; }
 
@@ -63,6 +68,7 @@ private:
     int configure(SoundFormat format, int usage);
     int setHardware(SoundFormat format, int usage);
     int setStart();
+    long heldByClock();
     Result<long> recover(int result);
     Result<long> resume();
     Result<long> prepare();
@@ -76,4 +82,7 @@ private:
     long m_lost = 0;
     int m_failedWrites = 0; // in a row
     bool m_countsLate = false;
+    bool m_keepsTime = false;
+    std::chrono::steady_clock::time_point m_counted; // when m_held was right, if m_keepsTime
+    long m_rate = 0;
 };

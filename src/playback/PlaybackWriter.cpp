@@ -251,6 +251,9 @@ PlaybackWriter::Step PlaybackWriter::openAll()
     if (const auto failure = m_device.open(m_deviceName, m_format, m_usage)) {
         return fail(*failure);
     }
+    if (m_loop) {
+        m_device.keepTime();
+    }
     return Step::GoOn;
 }
 

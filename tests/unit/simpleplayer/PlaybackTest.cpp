@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <ctime>
 #include <sys/resource.h>
 
 using testing::AllOf;
@@ -444,6 +445,27 @@ TEST_F(PlaybackTest, StopsWithinTheCall)
     EXPECT_GT(threads(), idle);
     m_player->stop();
     EXPECT_EQ(threads(), idle);
+}
+
+TEST_F(PlaybackTest, RepeatsASoundAtItsPaceOnADeviceThatTakesEverythingAtOnce)
+{
+    const auto processorTime = [] { return std::clock() * 1000 / CLOCKS_PER_SEC; };
+    make(counting(), "null");
+    m_player->loop = true;
+    ASSERT_TRUE(m_player->play());
+    constexpr int wallMs = 600;
+    const auto before = processorTime();
+    QTest::qWait(wallMs);
+    EXPECT_LT(processorTime() - before, wallMs / 4);
+    m_player->stop();
+}
+
+TEST_F(PlaybackTest, EndsAtOnceOnADeviceThatTakesEverythingAtOnce)
+{
+    constexpr int seconds = 100;
+    make(counting(seconds * rate), "null");
+    ASSERT_TRUE(m_player->play());
+    EXPECT_TRUE(m_end->hasEndedOnce());
 }
 
 TEST_F(PlaybackTest, RestartsAFadeWhoseStartWasNotHeardBeforeAPause)
