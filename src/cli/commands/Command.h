@@ -3,9 +3,9 @@
 
 #pragma once
 
+#include "base/Json.h"
 #include "cli/ExitCode.h"
 #include "cli/Options.h"
-#include "cli/output/Json.h"
 #include "cli/output/Terminal.h"
 #include <client/TavoClient.h>
 

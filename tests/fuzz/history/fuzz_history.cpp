@@ -4,9 +4,9 @@
 // The file of the history: any bytes, or a good file with wrong bytes in it. Reading and writing work, or
 // end in an error. A page never leads back to one before it.
 
+#include "base/sqlite/SqliteError.h"
 #include "core/base/stream.h"
 #include "fuzz/support/Fuzz.h"
-#include "modules/attention/history/HistoryError.h"
 #include "modules/attention/history/HistoryFile.h"
 
 #include <QFile>
@@ -146,7 +146,7 @@ void fuzzOne(ByteReader &input)
     folder.write(contentOf(input));
     try {
         useFile(folder.file());
-    } catch (const HistoryError &error) {
+    } catch (const SqliteError &error) {
         FUZZ_CHECK(!error.reason().isEmpty(), "no reason");
     }
 }

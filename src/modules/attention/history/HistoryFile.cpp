@@ -3,7 +3,7 @@
 
 #include "HistoryFile.h"
 
-#include "HistoryError.h"
+#include "base/sqlite/SqliteError.h"
 #include "HistoryRows.h"
 #include "HistorySchema.h"
 
@@ -228,7 +228,7 @@ void HistoryFile::readTotals()
     m_totals = rows.next() ? Totals{rows.number(0), rows.number(1), rows.number(2), rows.number(3)}
                            : Totals{};
     if (m_totals.last < 0 || m_totals.last > maxHistoryNumber) {
-        throw HistoryError(HistoryError::Kind::Damaged, QStringLiteral("its last number is wrong"));
+        throw SqliteError(SqliteError::Kind::Damaged, QStringLiteral("its last number is wrong"));
     }
 }
 

@@ -3,16 +3,16 @@
 
 #pragma once
 
+#include "base/sqlite/Sqlite.h"
 #include "HistoryIndex.h"
 #include "HistorySteps.h"
-#include "Sqlite.h"
 
 #include <memory>
 #include <optional>
 
 /// The database of the history.
 ///
-/// Owned by HistoryWriter and used in its thread. Everything throws HistoryError; then the transaction
+/// Owned by HistoryWriter and used in its thread. Everything throws SqliteError; then the transaction
 /// must be rolled back, or the object destroyed. Numbers are those of the session: see setShift().
 class HistoryFile
 {

@@ -3,15 +3,15 @@
 
 #pragma once
 
+#include "base/sqlite/Sqlite.h"
 #include "HistoryEntry.h"
-#include "Sqlite.h"
 
 #include <optional>
 #include <vector>
 
 /// The index of the words in a history's entries, in the same database.
 ///
-/// Owned by HistoryFile and used in its thread. Everything throws HistoryError.
+/// Owned by HistoryFile and used in its thread. Everything throws SqliteError.
 ///
 /// The index of some thousand entries is a table of its own, a block. A search begins with the newest
 /// block and often needs no other, so its time does not grow with the history. Looking up words that

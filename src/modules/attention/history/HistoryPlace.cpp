@@ -3,7 +3,7 @@
 
 #include "HistoryPlace.h"
 
-#include "HistoryError.h"
+#include "base/sqlite/SqliteError.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -27,8 +27,8 @@ const char *const endings[] = {"", "-wal", "-shm"};
 
 [[noreturn]] void fail(const QString &what)
 {
-    throw HistoryError(
-        HistoryError::Kind::Failed,
+    throw SqliteError(
+        SqliteError::Kind::Failed,
         QStringLiteral("%1: %2").arg(what, QString::fromLocal8Bit(std::strerror(errno))));
 }
 
@@ -73,8 +73,7 @@ void HistoryPlace::prepare()
     const bool isFile = ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
     ::close(descriptor);
     if (!isFile) {
-        throw HistoryError(HistoryError::Kind::Unusable,
-                           QStringLiteral("it is not a regular file"));
+        throw SqliteError(SqliteError::Kind::Unusable, QStringLiteral("it is not a regular file"));
     }
 }
 
@@ -87,8 +86,8 @@ void HistoryPlace::lock()
     const int descriptor = openPrivate(m_file + QLatin1String(".lock"));
     if (::flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
         ::close(descriptor);
-        throw HistoryError(HistoryError::Kind::Unusable,
-                           QStringLiteral("it is in use by another process"));
+        throw SqliteError(SqliteError::Kind::Unusable,
+                          QStringLiteral("it is in use by another process"));
     }
     m_lock = descriptor;
 }

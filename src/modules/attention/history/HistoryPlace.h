@@ -8,7 +8,7 @@
 /// The history's file among others in its folder: makes it, keeps other processes from using it, and puts
 /// it aside if it is damaged.
 ///
-/// Owned by HistoryWriter and used in its thread. Everything throws HistoryError.
+/// Owned by HistoryWriter and used in its thread. Everything throws SqliteError.
 class HistoryPlace
 {
 public:

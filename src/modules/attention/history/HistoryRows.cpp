@@ -3,7 +3,7 @@
 
 #include "HistoryRows.h"
 
-#include "HistoryError.h"
+#include "base/sqlite/SqliteError.h"
 
 namespace {
 constexpr qint64 maxReadMs = 100; // then a page ends, so that new entries are written in time
@@ -55,8 +55,8 @@ bool HistoryPageReader::read(SqliteRows &&rows)
         const HistoryEntry entry = historyEntryOf(rows, m_shift);
         // In a damaged file; a page must never lead back to one before it.
         if (entry.number >= m_before) {
-            throw HistoryError(HistoryError::Kind::Damaged,
-                               QStringLiteral("its entries are in a wrong order"));
+            throw SqliteError(SqliteError::Kind::Damaged,
+                              QStringLiteral("its entries are in a wrong order"));
         }
         m_before = entry.number;
         m_characters += charactersOf(entry);

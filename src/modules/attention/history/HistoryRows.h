@@ -3,8 +3,8 @@
 
 #pragma once
 
+#include "base/sqlite/Sqlite.h"
 #include "HistoryEntry.h"
-#include "Sqlite.h"
 
 #include <QElapsedTimer>
 
@@ -25,7 +25,7 @@ constexpr int mustSeeHistoryFlag = 2;
 /// The entry of a row, whose number is higher by the shift.
 HistoryEntry historyEntryOf(const SqliteRows &rows, qint64 shift);
 
-/// Puts rows into a page until it is full or its time is over. Throws HistoryError.
+/// Puts rows into a page until it is full or its time is over. Throws SqliteError.
 class HistoryPageReader
 {
 public:

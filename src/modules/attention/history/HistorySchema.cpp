@@ -3,8 +3,8 @@
 
 #include "HistorySchema.h"
 
+#include "base/sqlite/SqliteError.h"
 #include "HistoryEntry.h"
-#include "HistoryError.h"
 #include "HistoryIndex.h"
 
 #include <QFile>
@@ -31,14 +31,14 @@ constexpr const char *schema = R"(
 void checkOwner(qint64 mark, qint64 version)
 {
     if (mark != fileMark) {
-        throw HistoryError(HistoryError::Kind::Unusable,
-                           QStringLiteral("it was made by another program; move it away, "
-                                          "or give the history another file"));
+        throw SqliteError(SqliteError::Kind::Unusable,
+                          QStringLiteral("it was made by another program; move it away, "
+                                         "or give the history another file"));
     }
     if (version > fileVersion) {
-        throw HistoryError(HistoryError::Kind::Unusable,
-                           QStringLiteral("it was made by a newer version of Tavo; install that "
-                                          "version again, or move the file away"));
+        throw SqliteError(SqliteError::Kind::Unusable,
+                          QStringLiteral("it was made by a newer version of Tavo; install that "
+                                         "version again, or move the file away"));
     }
 }
 } // namespace
@@ -61,6 +61,10 @@ void checkHistoryHeader(const QString &name)
 
 void setUpHistory(Sqlite &database)
 {
+    if (database.number("SELECT sqlite_compileoption_used('ENABLE_FTS5')") == 0) {
+        throw SqliteError(SqliteError::Kind::Unusable,
+                          QStringLiteral("this build of SQLite has no FTS5"));
+    }
     // No other process can use the file, and its log needs no shared memory.
     database.execute("PRAGMA locking_mode = EXCLUSIVE");
     const bool isNew = database.number("SELECT count(*) FROM sqlite_schema") == 0;

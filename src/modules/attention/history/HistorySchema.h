@@ -3,11 +3,11 @@
 
 #pragma once
 
-#include "Sqlite.h"
+#include "base/sqlite/Sqlite.h"
 
 #include <QString>
 
-// The tables of the history's file. Everything throws HistoryError.
+// The tables of the history's file. Everything throws SqliteError.
 
 /// Throws if the file belongs to another program or a newer version. SQLite changes files of others as soon
 /// as it reads them, so this reads the first bytes without it.

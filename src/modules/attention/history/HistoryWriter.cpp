@@ -112,7 +112,7 @@ void HistoryWriter::startAgain()
         } else {
             m_file->rollback();
         }
-    } catch (const HistoryError &error) {
+    } catch (const SqliteError &error) {
         replaceFile(error);
     }
 }
@@ -126,7 +126,7 @@ void HistoryWriter::open()
         try {
             openFile();
             isTry = false;
-        } catch (const HistoryError &error) {
+        } catch (const SqliteError &error) {
             isTry = mend(error);
         }
     }
@@ -157,24 +157,24 @@ void HistoryWriter::openFile()
     reportMissed();
 }
 
-bool HistoryWriter::mend(const HistoryError &error)
+bool HistoryWriter::mend(const SqliteError &error)
 {
     m_file.reset();
     m_applied = 0;
-    if (error.kind() == HistoryError::Kind::Unusable) {
+    if (error.kind() == SqliteError::Kind::Unusable) {
         refuse(error);
         return false;
     }
     const Clock::time_point now = Clock::now();
     const bool mayPutAside = !m_putAside || now - *m_putAside > m_settings.betweenTries;
-    if (error.kind() == HistoryError::Kind::Damaged && mayPutAside && !m_isInMemory) {
+    if (error.kind() == SqliteError::Kind::Damaged && mayPutAside && !m_isInMemory) {
         try {
             const QString name = m_place.putAside();
             m_putAside = now;
             Q_EMIT damaged(QStringLiteral("%1 is damaged (%2); it is now %3, and a new one is used")
                                .arg(m_place.file(), error.reason(), name));
             return true;
-        } catch (const HistoryError &secondError) {
+        } catch (const SqliteError &secondError) {
             fail(secondError);
         }
     } else {
@@ -189,12 +189,12 @@ void HistoryWriter::useMemory()
     try {
         m_file = std::make_unique<HistoryFile>(inMemory, m_settings);
         m_isInMemory = true;
-    } catch (const HistoryError &error) {
+    } catch (const SqliteError &error) {
         refuse(error);
     }
 }
 
-void HistoryWriter::replaceFile(const HistoryError &error)
+void HistoryWriter::replaceFile(const SqliteError &error)
 {
     if (mend(error)) {
         open();
@@ -204,7 +204,7 @@ void HistoryWriter::replaceFile(const HistoryError &error)
     }
 }
 
-void HistoryWriter::refuse(const HistoryError &error)
+void HistoryWriter::refuse(const SqliteError &error)
 {
     m_refusal = QStringLiteral("%1 is not used: %2").arg(m_place.file(), error.reason());
     m_uncommitted.clear();
@@ -215,7 +215,7 @@ void HistoryWriter::refuse(const HistoryError &error)
     Q_EMIT failed(m_refusal + QStringLiteral("; notifications are not remembered"));
 }
 
-void HistoryWriter::fail(const HistoryError &error)
+void HistoryWriter::fail(const SqliteError &error)
 {
     m_nextRound = Clock::now() + m_settings.betweenTries;
     if (!m_hasFailed) {
@@ -232,7 +232,7 @@ void HistoryWriter::applyAll()
         try {
             m_file->apply(m_uncommitted[m_applied]);
             ++m_applied;
-        } catch (const HistoryError &error) {
+        } catch (const SqliteError &error) {
             replaceFile(error);
         }
     }
@@ -246,8 +246,8 @@ void HistoryWriter::commit()
     }
     try {
         m_file->commit();
-    } catch (const HistoryError &error) {
-        if (error.kind() == HistoryError::Kind::Failed) {
+    } catch (const SqliteError &error) {
+        if (error.kind() == SqliteError::Kind::Failed) {
             fail(error);
             startAgain();
         } else {
@@ -295,7 +295,7 @@ Result<HistoryPage> HistoryWriter::page(const HistoryQuery &query)
     }
     try {
         return m_file->page(query);
-    } catch (const HistoryError &error) {
+    } catch (const SqliteError &error) {
         replaceFile(error);
         applyAll();
         return Failure{QStringLiteral("%1 cannot be read: %2").arg(m_place.file(), error.reason())};

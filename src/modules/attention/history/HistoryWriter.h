@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "HistoryError.h"
+#include "base/sqlite/SqliteError.h"
 #include "HistoryFile.h"
 #include "HistoryPlace.h"
 #include "HistoryQueue.h"
@@ -58,11 +58,11 @@ private:
 
     /// Called with an error of the file, which is closed. Puts a damaged file aside. Returns whether the file
     /// is to be opened; otherwise a database in memory is used, or none.
-    bool mend(const HistoryError &error);
-    void replaceFile(const HistoryError &error);
+    bool mend(const SqliteError &error);
+    void replaceFile(const SqliteError &error);
     void useMemory();
-    void fail(const HistoryError &error);
-    void refuse(const HistoryError &error);
+    void fail(const SqliteError &error);
+    void refuse(const SqliteError &error);
 
     void readPage();
     Result<HistoryPage> page(const HistoryQuery &query);

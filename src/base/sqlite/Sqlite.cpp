@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "Sqlite.h"
+#include "base/sqlite/Sqlite.h"
 
-#include "HistoryError.h"
+#include "base/sqlite/SqliteError.h"
 
 #include <QFile>
 
@@ -13,7 +13,7 @@ namespace {
 constexpr int busyTimeoutMs = 1000;    // somebody may be looking at the file
 constexpr int maxValueBytes = 1 << 20; // a damaged file could claim any size
 
-HistoryError::Kind kindOf(int code)
+SqliteError::Kind kindOf(int code)
 {
     switch (code & 0xFF) {
     case SQLITE_CORRUPT:
@@ -22,19 +22,15 @@ HistoryError::Kind kindOf(int code)
     case SQLITE_MISMATCH:
     case SQLITE_TOOBIG:
     case SQLITE_ERROR: // it has other tables than ours
-        return HistoryError::Kind::Damaged;
+        return SqliteError::Kind::Damaged;
     default:
-        return HistoryError::Kind::Failed;
+        return SqliteError::Kind::Failed;
     }
 }
 } // namespace
 
 Sqlite::Sqlite(const QString &file)
 {
-    if (!sqlite3_compileoption_used("ENABLE_FTS5")) {
-        throw HistoryError(HistoryError::Kind::Unusable,
-                           QStringLiteral("this build of SQLite has no FTS5"));
-    }
     sqlite3 *handle = nullptr;
     const int code = sqlite3_open_v2(QFile::encodeName(file).constData(), &handle,
                                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE |
@@ -42,7 +38,7 @@ Sqlite::Sqlite(const QString &file)
                                      nullptr);
     m_handle.reset(handle);
     if (!handle) {
-        throw HistoryError(HistoryError::Kind::Failed, QStringLiteral("out of memory"));
+        throw SqliteError(SqliteError::Kind::Failed, QStringLiteral("out of memory"));
     }
     check(code);
     sqlite3_busy_timeout(handle, busyTimeoutMs);
@@ -90,7 +86,7 @@ void Sqlite::check(int code) const
     const QString reason = (code & 0xFF) == SQLITE_BUSY
                                ? QStringLiteral("it is in use by another process")
                                : QString::fromUtf8(sqlite3_errmsg(handle()));
-    throw HistoryError(kindOf(code), reason);
+    throw SqliteError(kindOf(code), reason);
 }
 
 SqliteStatement::SqliteStatement(Sqlite &database, const QByteArray &sql)

@@ -7,8 +7,8 @@
 
 #include <exception>
 
-/// Thrown by what the history's file is made of, and caught in HistoryWriter.
-class HistoryError : public std::exception
+/// What is wrong with a database.
+class SqliteError : public std::exception
 {
 public:
     enum class Kind {
@@ -17,7 +17,7 @@ public:
         Unusable ///< the file belongs to others and stays as it is
     };
 
-    HistoryError(Kind kind, QString reason)
+    SqliteError(Kind kind, QString reason)
         : m_kind(kind)
         , m_reason(std::move(reason))
     {
@@ -28,7 +28,7 @@ public:
     /// For people. Does not name the file.
     const QString &reason() const { return m_reason; }
 
-    const char *what() const noexcept override { return "HistoryError"; }
+    const char *what() const noexcept override { return "SqliteError"; }
 
 private:
     Kind m_kind;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "cli/output/Json.h"
+#include "base/Json.h"
 
 #include "base/Printable.h"
 #include <core/records/cmpath.h>

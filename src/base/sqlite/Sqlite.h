@@ -12,7 +12,7 @@
 struct sqlite3;
 struct sqlite3_stmt;
 
-/// A connection to a database. Used in one thread at a time. Everything throws HistoryError.
+/// A connection to a database. Used in one thread at a time. Everything throws SqliteError.
 class Sqlite
 {
 public:
