@@ -70,7 +70,7 @@ std::optional<DoNotDisturb::Choice> DoNotDisturb::choice(qint64 now) const
 bool DoNotDisturb::isOn(qint64 now) const
 {
     const auto chosen = choice(now);
-    return chosen ? chosen->isOn : m_settings.times.contains(now);
+    return m_isInhibited || (chosen ? chosen->isOn : m_settings.times.contains(now));
 }
 
 std::optional<qint64> DoNotDisturb::nextChange(qint64 now) const

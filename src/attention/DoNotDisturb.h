@@ -55,9 +55,12 @@ public:
 
     std::optional<Choice> choice(qint64 now) const;
 
+    /// It is on as long as programs inhibit notifications, whatever schedule and choice say.
+    void setInhibited(bool inhibited) { m_isInhibited = inhibited; }
+
     bool isOn(qint64 now) const;
 
-    /// When isOn() may change by itself; nothing if never.
+    /// When schedule or choice may change by themselves; nothing if never.
     std::optional<qint64> nextChange(qint64 now) const;
 
     /// Why the notification passes although it is on, such as "it is urgent"; empty if it doesn't.
@@ -71,5 +74,6 @@ private:
 
     DoNotDisturbSettings m_settings;
     std::optional<Choice> m_choice;
+    bool m_isInhibited = false;
     QHash<QString, qint64> m_lastTimes; ///< of those that may be repeated
 };

@@ -5,6 +5,7 @@
 
 #include "bus/BusError.h"
 #include "bus/BusObjects.h"
+#include "bus/BusWriter.h"
 
 #include <stdexcept>
 
@@ -38,7 +39,12 @@ void BusObject::setMethod(const std::string &name, const Handler &handler)
 
 void BusObject::setConstant(const std::string &name, const std::string &value)
 {
-    m_constants[name] = value;
+    setProperty(name, [text = QString::fromStdString(value)] { return QVariant(text); });
+}
+
+void BusObject::setProperty(const std::string &name, const Getter &getter)
+{
+    m_properties[name] = getter;
 }
 
 void BusObject::publish(BusObjects &objects)
@@ -47,7 +53,7 @@ void BusObject::publish(BusObjects &objects)
         require(m_handlers, each.name);
     }
     for (const BusInterface::Property &each : m_interface.properties) {
-        require(m_constants, each.name);
+        require(m_properties, each.name);
     }
     m_objects = &objects;
     m_objects->add(this);
@@ -69,9 +75,28 @@ const BusObject::Handler *BusObject::handlerOf(const BusMessage &call) const
 
 BusMessage BusObject::createSignal(const char *name) const
 {
+    return createSignal(m_interface.name.c_str(), name);
+}
+
+BusMessage BusObject::createPropertyChange(const std::string &name) const
+{
+    BusWriter signal(createSignal("org.freedesktop.DBus.Properties", "PropertiesChanged"));
+    signal.writeString(QString::fromStdString(m_interface.name));
+    signal.openArray("{sv}");
+    signal.openDictEntry("sv");
+    signal.writeString(QString::fromStdString(name));
+    signal.writeVariant(m_properties.at(name)());
+    signal.close();
+    signal.close();
+    signal.writeStringList({});
+    return signal.message();
+}
+
+BusMessage BusObject::createSignal(const char *interface, const char *name) const
+{
     sd_bus_message *signal = nullptr;
-    BusError::check(sd_bus_message_new_signal(m_bus, &signal, m_interface.path.c_str(),
-                                              m_interface.name.c_str(), name),
-                    "A signal can't be made");
+    BusError::check(
+        sd_bus_message_new_signal(m_bus, &signal, m_interface.path.c_str(), interface, name),
+        "A signal can't be made");
     return BusMessage::adopt(signal);
 }

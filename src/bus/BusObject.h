@@ -6,6 +6,8 @@
 #include "bus/BusInterface.h"
 #include "bus/BusMessage.h"
 
+#include <QVariant>
+
 #include <functional>
 #include <map>
 #include <string>
@@ -31,6 +33,11 @@ public:
     /// A property that is a string and does not change.
     void setConstant(const std::string &name, const std::string &value);
 
+    using Getter = std::function<QVariant()>;
+
+    /// A property whose value is read for each call. createPropertyChange() announces a change.
+    void setProperty(const std::string &name, const Getter &getter);
+
     /// Adds the object to those of its connection, which must outlive it. Every method and every property
     /// must have been set.
     void publish(BusObjects &objects);
@@ -40,15 +47,20 @@ public:
 
     const BusInterface &interface() const { return m_interface; }
     /// The properties, by name.
-    const std::map<std::string, std::string, std::less<>> &constants() const { return m_constants; }
+    const std::map<std::string, Getter, std::less<>> &properties() const { return m_properties; }
 
     /// A signal, to be sent to everyone or to one receiver.
     BusMessage createSignal(const char *name) const;
 
+    /// The signal that a property has changed.
+    BusMessage createPropertyChange(const std::string &name) const;
+
 private:
+    BusMessage createSignal(const char *interface, const char *name) const;
+
     sd_bus *const m_bus; ///< owned by the connection
     const BusInterface &m_interface;
     std::map<std::string, Handler, std::less<>> m_handlers;
-    std::map<std::string, std::string, std::less<>> m_constants;
+    std::map<std::string, Getter, std::less<>> m_properties;
     BusObjects *m_objects = nullptr; ///< once it is published
 };

@@ -45,6 +45,11 @@ constexpr const char *standardInterfaces = R"(
       <arg name="property_name" type="s" direction="in"/>
       <arg name="value" type="v" direction="in"/>
     </method>
+    <signal name="PropertiesChanged">
+      <arg name="interface_name" type="s"/>
+      <arg name="changed_properties" type="a{sv}"/>
+      <arg name="invalidated_properties" type="as"/>
+    </signal>
   </interface>
 )";
 
@@ -174,12 +179,12 @@ BusMessage BusObjects::readProperty(const BusMessage &call) const
     BusReader reader(call);
     const std::string interface = reader.readString().toStdString();
     const BusObject &object = *objectAt(pathOf(call));
-    const auto constant = object.constants().find(reader.readString().toStdString());
-    if (object.interface().name != interface || constant == object.constants().end()) {
+    const auto property = object.properties().find(reader.readString().toStdString());
+    if (object.interface().name != interface || property == object.properties().end()) {
         throw unknownProperty();
     }
     BusWriter reply(call.createReply());
-    reply.writeVariant(QString::fromStdString(constant->second));
+    reply.writeVariant(property->second());
     return reply.message();
 }
 
@@ -192,10 +197,10 @@ BusMessage BusObjects::readProperties(const BusMessage &call) const
     }
     BusWriter reply(call.createReply());
     reply.openArray("{sv}");
-    for (const auto &[name, value] : object.constants()) {
+    for (const auto &[name, getter] : object.properties()) {
         reply.openDictEntry("sv");
         reply.writeString(QString::fromStdString(name));
-        reply.writeVariant(QString::fromStdString(value));
+        reply.writeVariant(getter());
         reply.close();
     }
     reply.close();
@@ -208,7 +213,7 @@ void BusObjects::refuseToSet(const BusMessage &call) const
     const std::string interface = reader.readString().toStdString();
     const BusObject &object = *objectAt(pathOf(call));
     if (object.interface().name != interface ||
-        object.constants().count(reader.readString().toStdString()) == 0) {
+        object.properties().count(reader.readString().toStdString()) == 0) {
         throw unknownProperty();
     }
     throw BusError(SD_BUS_ERROR_PROPERTY_READ_ONLY, "The property can't be set");

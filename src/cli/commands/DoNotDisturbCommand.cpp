@@ -3,23 +3,8 @@
 
 #include "cli/commands/DoNotDisturbCommand.h"
 
+#include "cli/commands/AttentionState.h"
 #include "cli/Moment.h"
-
-namespace {
-QString textOf(const TavoAttentionDoNotDisturb &state)
-{
-    QString text = state.on() ? QStringLiteral("on") : QStringLiteral("off");
-    if (state.until() != 0) {
-        const auto until = QDateTime::fromMSecsSinceEpoch(state.until());
-        text += QStringLiteral(" until ") + momentText(until, QDateTime::currentDateTime());
-    }
-    if (state.chosen()) {
-        return text + QStringLiteral(" (chosen)");
-    }
-    const bool hasSchedule = state.on() || state.until() != 0;
-    return hasSchedule ? text + QStringLiteral(" (by the schedule)") : text;
-}
-} // namespace
 
 void DoNotDisturbCommand::start()
 {
@@ -59,7 +44,7 @@ void DoNotDisturbCommand::read()
     const CMPath path = TavoAttentionDoNotDisturbPath();
     onAnswer<QVariant>(client().getValue(path), path, [this](const QVariant &value) {
         const auto state = TavoValue(value.toHash()).attentionDoNotDisturb();
-        print(state.fields(), textOf(state));
+        print(state.fields(), doNotDisturbText(state));
         finish(ExitCode::Ok);
     });
 }

@@ -4,6 +4,7 @@
 #include "cli/commands/DoctorCommand.h"
 
 #include "base/Printable.h"
+#include "cli/commands/AttentionState.h"
 #include "cli/commands/ErrorText.h"
 #include "cli/doctor/Disks.h"
 #include "cli/doctor/HostModules.h"
@@ -136,7 +137,7 @@ void DoctorCommand::lookAtNodes()
     client().tree().onFinished(this, [this](const CMReply<QVector<TavoClientNode>> &answer) {
         if (!answer.error().isError()) {
             lookForModules(answer.value());
-            lookAtMessages();
+            lookAtAttention();
             return;
         }
         add(State::Missing, "host", QStringLiteral("did not tell what it runs"),
@@ -165,6 +166,55 @@ void DoctorCommand::lookForModules(const QVector<TavoClientNode> &nodes)
                     .arg(QLatin1String(module)));
         }
     }
+}
+
+void DoctorCommand::lookAtAttention()
+{
+    readAttention(client(), this, [this](const AttentionState &state, const CMError &error) {
+        if (error.isError()) {
+            add(State::Notice, "attention",
+                QStringLiteral("the host does not run attention: there is no do-not-disturb and no "
+                               "history"),
+                QStringLiteral("list it in the host's configuration: \"modules\": "
+                               "[\"attention\", ...]"));
+        } else {
+            const bool isOn = state.doNotDisturb.on();
+            add(isOn ? State::Notice : State::Good, "attention",
+                QStringLiteral("do-not-disturb is ") + doNotDisturbText(state.doNotDisturb),
+                isOn ? QStringLiteral("to be disturbed: tavo dnd off") : QString());
+            lookAtSettings(state.rules);
+            lookAtHistory(state.history, state.missed);
+        }
+        lookAtMessages();
+    });
+}
+
+void DoctorCommand::lookAtSettings(const TavoAttentionRules &rules)
+{
+    if (!rules.error().isEmpty()) {
+        add(State::Missing, "settings", rules.error(),
+            QStringLiteral("correct them; %1 until then")
+                .arg(rules.isRead() ? QStringLiteral("the previous ones stay in use")
+                                    : QStringLiteral("there are no rules and no schedule")));
+        return;
+    }
+    add(State::Good, "settings",
+        rules.isRead() ? QStringLiteral("%1, rules: %2").arg(rules.file()).arg(rules.rules().size())
+                       : QStringLiteral("none: there is no %1").arg(rules.file()));
+}
+
+void DoctorCommand::lookAtHistory(const TavoAttentionHistory &history, int missed)
+{
+    if (history.kept()) {
+        add(State::Good, "history",
+            QStringLiteral("%1, missed: %2").arg(history.file()).arg(missed));
+        return;
+    }
+    const bool isChosen = history.file().isEmpty();
+    add(isChosen ? State::Notice : State::Missing, "history", history.reason(),
+        isChosen ? QStringLiteral("to keep one, remove \"file\" from \"history\" in the "
+                                  "configuration of attention")
+                 : QStringLiteral("see the logger Attention in the host's log"));
 }
 
 void DoctorCommand::lookAtMessages()

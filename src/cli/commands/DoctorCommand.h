@@ -32,6 +32,9 @@ private:
     void lookAtHost();
     void lookAtNodes();
     void lookForModules(const QVector<TavoClientNode> &nodes);
+    void lookAtAttention();
+    void lookAtSettings(const TavoAttentionRules &rules);
+    void lookAtHistory(const TavoAttentionHistory &history, int missed);
     void lookAtMessages();
     void lookAtMusic();
     void lookAtDevices();

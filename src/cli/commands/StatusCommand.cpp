@@ -62,6 +62,15 @@ void StatusCommand::start()
                      }
                      answered();
                  });
+    ++m_pending;
+    readAttention(client(), this, [this](const AttentionState &state, const CMError &error) {
+        if (!error.isError()) {
+            m_attention = state;
+        } else if (error.name() != CMErrors::noSuchNode()) {
+            fail(error);
+        }
+        answered();
+    });
     answered();
 }
 
@@ -107,13 +116,16 @@ QVariantHash StatusCommand::toHash() const
     } else {
         hash.insert(QStringLiteral("display"), QVariant());
     }
+    hash.insert(QStringLiteral("attention"),
+                m_attention ? QVariant(m_attention->toHash()) : QVariant());
     return hash;
 }
 
 QString StatusCommand::toText()
 {
     return QStringList{line("Sound", soundText()), line("Main audio", audioText()),
-                       line("Display", displayText()), line("Power", powerText())}
+                       line("Display", displayText()), line("Attention", attentionText()),
+                       line("Power", powerText())}
         .join(QLatin1Char('\n'));
 }
 
@@ -172,6 +184,32 @@ QString StatusCommand::displayText()
     return text + QStringLiteral(", %1%2 waiting")
                       .arg(m_messages->isCut ? QStringLiteral("at least ") : QString())
                       .arg(waiting + int(m_messages->isCut));
+}
+
+QString StatusCommand::attentionText()
+{
+    if (!m_attention) {
+        return notThere("attention");
+    }
+    const auto bad = [this](const QString &text) {
+        return terminal().styled(text, Terminal::Style::Bad);
+    };
+    const TavoAttentionRules &rules = m_attention->rules;
+    const TavoAttentionHistory &history = m_attention->history;
+    const QString quiet =
+        QStringLiteral("do-not-disturb ") + doNotDisturbText(m_attention->doNotDisturb);
+    QStringList parts{
+        m_attention->doNotDisturb.on() ? terminal().styled(quiet, Terminal::Style::Notice) : quiet,
+        QStringLiteral("missed: %1").arg(m_attention->missed),
+        rules.isRead() ? QStringLiteral("rules: %1").arg(rules.rules().size())
+                       : QStringLiteral("no settings")};
+    if (!rules.error().isEmpty()) {
+        parts.append(bad(QStringLiteral("wrong settings: ") + brief(rules.error())));
+    }
+    if (!history.kept()) {
+        parts.append(bad(QStringLiteral("history: ") + brief(history.reason())));
+    }
+    return parts.join(QStringLiteral(", "));
 }
 
 QString StatusCommand::powerText()

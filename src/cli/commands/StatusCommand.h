@@ -3,12 +3,13 @@
 
 #pragma once
 
+#include "cli/commands/AttentionState.h"
 #include "cli/commands/Command.h"
 #include "cli/commands/MessageReader.h"
 
 #include <optional>
 
-/// Prints the state of sounds, main audio, display and power.
+/// Prints the state of sounds, main audio, display, attention and power.
 class StatusCommand : public Command
 {
     Q_OBJECT
@@ -27,6 +28,7 @@ private:
     QString soundText();
     QString audioText();
     QString displayText();
+    QString attentionText();
     QString powerText();
     QString line(const char *what, const QString &text);
 
@@ -36,4 +38,5 @@ private:
     std::optional<TavoPlayerMainAudioState> m_audio;
     std::optional<TavoPowerManagerState> m_power;
     std::optional<ShownMessages> m_messages;
+    std::optional<AttentionState> m_attention;
 };

@@ -84,7 +84,7 @@ AttentionWorker::AttentionWorker(const QVariantHash &config,
     , m_rulesNode(new RulesNode(nodes(), configuration.settingsFiles.first()))
     , m_quietTimes(nodes())
     , m_history(configuration.history)
-    , m_historyNodes(nodes(), m_history)
+    , m_historyNodes(nodes(), m_history, configuration.history.file)
     , m_speech(configuration.speech)
     , m_items(nodes(), m_history, m_speech)
 {

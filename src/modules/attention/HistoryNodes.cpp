@@ -47,10 +47,16 @@ TavoValue valueOf(const HistoryPage &page)
 }
 } // namespace
 
-HistoryNodes::HistoryNodes(CMNodes *nodes, History &history)
+HistoryNodes::HistoryNodes(CMNodes *nodes, History &history, const QString &file)
     : m_history(history)
+    , m_file(file)
+    , m_state(CMValueNode::create(nodes, TavoAttentionHistoryStatePath()))
     , m_missed(CMValueNode::create(nodes, TavoAttentionMissedPath()))
 {
+    setState(
+        file.isEmpty()
+            ? QStringLiteral("the configuration names no file; notifications are not remembered")
+            : QString());
     on_history_missedChanged(m_history.missed());
     CMActivateNode::create(nodes, TavoAttentionHistoryPath())
         ->setInvoke(this, &HistoryNodes::on_history_activated, Qt::QueuedConnection);
@@ -89,14 +95,22 @@ void HistoryNodes::on_history_missedChanged(int missed)
 void HistoryNodes::on_history_failed(const QString &reason)
 {
     LOG4CPLUS_ERROR(logger, reason.toStdString());
+    setState(reason);
 }
 
 void HistoryNodes::on_history_recovered(int lost)
 {
     LOG4CPLUS_INFO(logger, "Notifications are remembered again; lost: " << lost);
+    setState({});
 }
 
 void HistoryNodes::on_history_damaged(const QString &reason)
 {
     LOG4CPLUS_ERROR(logger, reason);
+}
+
+void HistoryNodes::setState(const QString &reason)
+{
+    m_state->setValue(TavoValue().setAttentionHistory(
+        TavoAttentionHistory().setKept(reason.isEmpty()).setFile(m_file).setReason(reason)));
 }

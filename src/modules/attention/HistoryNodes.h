@@ -16,7 +16,8 @@ class HistoryNodes : public QObject
     Q_OBJECT
 
 public:
-    HistoryNodes(CMNodes *nodes, History &history);
+    /// The file is the history's; empty if nothing is remembered.
+    HistoryNodes(CMNodes *nodes, History &history, const QString &file);
 
 private Q_SLOTS:
     void on_history_activated(const CMSetDataRequest &request);
@@ -27,6 +28,11 @@ private Q_SLOTS:
     void on_history_damaged(const QString &reason);
 
 private:
+    /// Publishes whether notifications are remembered; without a reason, they are.
+    void setState(const QString &reason);
+
     History &m_history;
+    const QString m_file;
+    CMValueNode *m_state;  ///< owned by the node set
     CMValueNode *m_missed; ///< owned by the node set
 };

@@ -8,6 +8,12 @@
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Attention");
 
+constexpr int maxInhibitions = 1000;
+
+/// In characters.
+constexpr int maxNameLength = 256;
+constexpr int maxReasonLength = 1000;
+
 CMError error(const TrString &message)
 {
     return {QStringLiteral("Attention"), message};
@@ -19,6 +25,8 @@ QuietTimes::QuietTimes(CMNodes *nodes)
 {
     CMActivateNode::create(nodes, TavoAttentionSetDoNotDisturbPath())
         ->setInvoke(this, &QuietTimes::on_set_activated, Qt::QueuedConnection);
+    CMActivateNode::create(nodes, TavoAttentionInhibitPath())
+        ->setInvoke(this, &QuietTimes::on_inhibit_activated, Qt::QueuedConnection);
     tavoConnect(&m_alarm, &AlarmClock::rang, this, &QuietTimes::update);
     update();
 }
@@ -43,21 +51,57 @@ void QuietTimes::on_set_activated(const CMSetDataRequest &request)
         return;
     }
     m_doNotDisturb.choose({chosen.on(), chosen.until()}, now);
+    if (!chosen.on()) {
+        m_inhibitions.clear();
+    }
     update();
     request.reply().setValue(QVariant());
+}
+
+void QuietTimes::on_inhibit_activated(const CMSetDataRequest &request)
+{
+    const auto inhibition = TavoValue(request.value().toHash()).attentionInhibition();
+    if (!inhibition.on()) {
+        m_inhibitions.remove(inhibition.id()); // a person may have ended it already
+    } else if (inhibition.id().isEmpty()) {
+        request.reply().setError(error(TAVO_TR("The inhibition has no id")));
+        return;
+    } else if (m_inhibitions.size() >= maxInhibitions && !m_inhibitions.contains(inhibition.id())) {
+        request.reply().setError(error(TAVO_TR("There are too many inhibitions")));
+        return;
+    } else {
+        m_inhibitions[inhibition.id()] =
+            TavoAttentionInhibition()
+                .setOn(true)
+                .setApplication(inhibition.application().left(maxNameLength))
+                .setReason(inhibition.reason().left(maxReasonLength));
+    }
+    update();
+    request.reply().setValue(QVariant());
+}
+
+TavoAttentionDoNotDisturb QuietTimes::state(qint64 now) const
+{
+    TavoList<TavoAttentionInhibition> inhibitions;
+    for (const TavoAttentionInhibition &inhibition : m_inhibitions) {
+        inhibitions.append(inhibition);
+    }
+    // Nobody knows when a program ends its inhibition.
+    const qint64 until = m_inhibitions.isEmpty() ? m_doNotDisturb.nextChange(now).value_or(0) : 0;
+    return TavoAttentionDoNotDisturb()
+        .setOn(m_doNotDisturb.isOn(now))
+        .setUntil(until)
+        .setChosen(m_doNotDisturb.choice(now).has_value())
+        .setInhibitions(inhibitions);
 }
 
 void QuietTimes::update()
 {
     const qint64 now = AlarmClock::now();
+    m_doNotDisturb.setInhibited(!m_inhibitions.isEmpty());
     const bool isOn = m_doNotDisturb.isOn(now);
-    const auto next = m_doNotDisturb.nextChange(now);
-    m_alarm.set(next);
-    m_node->setValue(TavoValue().setAttentionDoNotDisturb(
-        TavoAttentionDoNotDisturb()
-            .setOn(isOn)
-            .setUntil(next.value_or(0))
-            .setChosen(m_doNotDisturb.choice(now).has_value())));
+    m_alarm.set(m_doNotDisturb.nextChange(now));
+    m_node->setValue(TavoValue().setAttentionDoNotDisturb(state(now)));
     if (std::exchange(m_isOn, isOn) != isOn) {
         LOG4CPLUS_INFO(logger, "Do-not-disturb is " << (isOn ? "on" : "off"));
         if (!isOn) {

@@ -6,6 +6,7 @@
 #include "AlarmClock.h"
 #include <core/tavo.h>
 
+#include <QMap>
 #include <QObject>
 
 #include <attention/DoNotDisturb.h>
@@ -30,12 +31,16 @@ Q_SIGNALS:
 
 private Q_SLOTS:
     void on_set_activated(const CMSetDataRequest &request);
+    void on_inhibit_activated(const CMSetDataRequest &request);
 
 private:
+    TavoAttentionDoNotDisturb state(qint64 now) const;
+
     /// Publishes the state, and sets the alarm for its next change.
     void update();
 
     DoNotDisturb m_doNotDisturb;
+    QMap<QString, TavoAttentionInhibition> m_inhibitions; ///< by id
     bool m_isOn = false;
     CMValueNode *m_node; ///< owned by the node set
     AlarmClock m_alarm;

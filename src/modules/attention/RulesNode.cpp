@@ -16,6 +16,7 @@ void RulesNode::setRules(const QString &file, const QStringList &names)
         m_file = file;
         m_names = names;
         m_counts.assign(std::size_t(names.size()), 0);
+        m_isRead = true;
         m_error.clear();
     });
 }
@@ -48,5 +49,5 @@ TavoValue RulesNode::makeValue() const
             TavoAttentionRule().setName(m_names.at(index)).setCount(m_counts[std::size_t(index)]));
     }
     return TavoValue().setAttentionRules(
-        TavoAttentionRules().setFile(m_file).setError(m_error).setRules(rules));
+        TavoAttentionRules().setFile(m_file).setRead(m_isRead).setError(m_error).setRules(rules));
 }

@@ -28,6 +28,7 @@ private:
     TavoValue makeValue() const override;
 
     QString m_file;
+    bool m_isRead = false;
     QString m_error;
     QStringList m_names;
     std::vector<qint64> m_counts;

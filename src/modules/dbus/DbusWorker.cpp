@@ -44,14 +44,17 @@ DbusWorker::DbusWorker(const QVariantHash &config)
     , m_bus(m_configuration.bus)
     , m_clients(m_bus, m_configuration.limits)
     , m_sounds(m_clients, nodes(), soundAccess(m_configuration.sounds))
-    , m_model(m_bus, m_clients, nodes(), m_sounds)
+    , m_inhibitions(m_clients)
+    , m_model(m_bus, m_clients, nodes(), m_sounds, m_inhibitions)
 {
     if (m_configuration.notifications) {
         m_notifications = std::make_unique<NotificationsInterface>(
-            m_bus, m_clients, nodes(), m_sounds, m_configuration.sounds.theme,
+            m_bus, m_clients, nodes(), m_sounds, m_inhibitions, m_configuration.sounds.theme,
             timeouts(m_configuration));
         tavoConnect(&m_model, &ModelInterface::messageCancelled, m_notifications.get(),
                     &NotificationsInterface::on_model_messageCancelled);
+        m_model.setCloseAttended(
+            [this](const CMPath &message) { return m_notifications->closeAttended(message); });
     }
     tavoConnect(&m_bus, &BusConnection::connected, this, &DbusWorker::on_bus_connected);
     tavoConnect(&m_bus, &BusConnection::lost, this, &DbusWorker::on_bus_lost);

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "clients/ClientInhibitions.h"
 #include "clients/Clients.h"
 #include "clients/ClientSounds.h"
 #include "DbusConfiguration.h"
@@ -44,6 +45,7 @@ private:
     BusConnection m_bus; ///< before all parts that use it
     Clients m_clients;
     ClientSounds m_sounds;
+    ClientInhibitions m_inhibitions;
     ModelInterface m_model;
     std::unique_ptr<NotificationsInterface> m_notifications; ///< null when not served
     QTimer m_busAwayTimer; ///< runs while the bus is away that has started the host

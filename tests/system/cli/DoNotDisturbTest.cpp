@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "AttentionTest.h"
+#include "support/bus/BusClient.h"
 
 using testing::HasSubstr;
 using testing::MatchesRegex;
@@ -45,6 +46,24 @@ TEST_F(CliDoNotDisturbTest, RefusesWhatIsNoTime)
     EXPECT_EQ(m_tavo.error(), "tavo: only until takes a time\n");
     EXPECT_EQ(run({"dnd", "perhaps"}), s_usage);
     EXPECT_THAT(m_tavo.error(), HasSubstr("must be on, off or until"));
+}
+
+TEST_F(CliDoNotDisturbTest, SaysWhichProgramKeepsItOn)
+{
+    BusClient presenter(m_bus.address());
+    presenter.setTarget("org.freedesktop.Notifications", "/org/freedesktop/Notifications",
+                        "org.freedesktop.Notifications");
+    const BusCall inhibition = presenter.call("Inhibit", [](BusWriter &writer) {
+        writer.writeString("presenter");
+        writer.writeString("Slides \u001b[2J");
+        writer.openArray("{sv}");
+        writer.close();
+    });
+    ASSERT_TRUE(inhibition.succeeds()) << inhibition.errorMessage();
+    EXPECT_EQ(run({"dnd"}), s_good);
+    EXPECT_EQ(m_tavo.output(), "on (for presenter: Slides [2J)\n");
+    EXPECT_EQ(run({"dnd", "off"}), s_good);
+    EXPECT_EQ(m_tavo.output(), "off\n");
 }
 
 class CliScheduleTest : public CliAttentionTest

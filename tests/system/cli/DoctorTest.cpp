@@ -36,6 +36,8 @@ TEST_F(CliDoctorTest, FindsEverythingInOrder)
     EXPECT_THAT(findings("host"),
                 testing::ElementsAre("good: version " TAVO_VERSION, "good: runs powermanager",
                                      "good: runs player", "good: runs notifications"));
+    EXPECT_THAT(findings("attention"),
+                testing::ElementsAre(HasSubstr("notice: the host does not run attention")));
     EXPECT_THAT(findings("messages"),
                 testing::ElementsAre("good: notifications of desktop programs are accepted"));
     EXPECT_THAT(findings("notifications' device"),

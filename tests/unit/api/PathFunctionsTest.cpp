@@ -22,6 +22,8 @@ const std::vector<WellKnown> wellKnown{
     {&TavoAttentionDoNotDisturbPath, "/attention/doNotDisturb"},
     {&TavoAttentionEndedPath, "/attention/ended"},
     {&TavoAttentionHistoryPath, "/attention/history"},
+    {&TavoAttentionHistoryStatePath, "/attention/historyState"},
+    {&TavoAttentionInhibitPath, "/attention/inhibit"},
     {&TavoAttentionMarkSeenPath, "/attention/markSeen"},
     {&TavoAttentionMessagesPath, "/attention/messages"},
     {&TavoAttentionMissedPath, "/attention/missed"},

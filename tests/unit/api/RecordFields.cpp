@@ -126,6 +126,8 @@ std::vector<RecordField> attentionFields()
     using Outcome = TavoAttentionOutcome;
     using Ended = TavoAttentionEnded;
     using DoNotDisturb = TavoAttentionDoNotDisturb;
+    using Inhibition = TavoAttentionInhibition;
+    using History = TavoAttentionHistory;
     using Rule = TavoAttentionRule;
     using Rules = TavoAttentionRules;
     using Verdict = TavoAttentionVerdict;
@@ -161,8 +163,18 @@ std::vector<RecordField> attentionFields()
         FIELD(Ended, heardUntil, setHeardUntil, qint64(1) << 40),
         FIELD(DoNotDisturb, on, setOn, true),
         FIELD(DoNotDisturb, until, setUntil, qint64(1) << 40),
+        FIELD(DoNotDisturb, inhibitions, setInhibitions,
+              (TavoList<Inhibition>{Inhibition().setReason(text)})),
+        FIELD(Inhibition, id, setId, text),
+        FIELD(Inhibition, on, setOn, true),
+        FIELD(Inhibition, application, setApplication, text),
+        FIELD(Inhibition, reason, setReason, text),
+        FIELD(History, kept, setKept, true),
+        FIELD(History, file, setFile, text),
+        FIELD(History, reason, setReason, text),
         FIELD(Rule, name, setName, text),
         FIELD(Rules, file, setFile, text),
+        FIELD_KEY(Rules, isRead, setRead, "read", true),
         FIELD(Rules, error, setError, text),
         FIELD(Verdict, rule, setRule, text),
         FIELD(Verdict, applies, setApplies, true),
@@ -274,6 +286,10 @@ std::vector<RecordField> valueFields()
         FIELD(TavoValue, attentionEnded, setAttentionEnded, TavoAttentionEnded().setNumber(7)),
         FIELD(TavoValue, attentionDoNotDisturb, setAttentionDoNotDisturb,
               TavoAttentionDoNotDisturb().setOn(true)),
+        FIELD(TavoValue, attentionInhibition, setAttentionInhibition,
+              TavoAttentionInhibition().setId(text)),
+        FIELD(TavoValue, attentionHistory, setAttentionHistory,
+              TavoAttentionHistory().setFile(text)),
         FIELD(TavoValue, attentionRules, setAttentionRules, TavoAttentionRules().setFile(text)),
         FIELD(TavoValue, attentionTrial, setAttentionTrial, TavoAttentionTrial().setShown(true)),
         FIELD(TavoValue, attentionQuery, setAttentionQuery, TavoAttentionQuery().setSearch(text)),

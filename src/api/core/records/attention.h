@@ -41,6 +41,11 @@ TAVO_API_EXPORT CMPath TavoAttentionDoNotDisturbPath();
 /// until() count. Reply: empty.
 TAVO_API_EXPORT CMPath TavoAttentionSetDoNotDisturbPath();
 
+/// Request: a program does not want people to be disturbed while it does something, such as showing slides.
+/// Do-not-disturb is on while there is such an inhibition; a person's choice to switch it off ends all of
+/// them. Value: a TavoValue with attentionInhibition(). Reply: empty.
+TAVO_API_EXPORT CMPath TavoAttentionInhibitPath();
+
 /// Value: a TavoValue with attentionRules(): the rules, and how many notifications each has applied to.
 TAVO_API_EXPORT CMPath TavoAttentionRulesPath();
 
@@ -51,6 +56,9 @@ TAVO_API_EXPORT CMPath TavoAttentionTryPath();
 /// Request: notifications of the past, the newest first. Value: a TavoValue with attentionQuery(). Reply:
 /// a TavoValue with attentionPage().
 TAVO_API_EXPORT CMPath TavoAttentionHistoryPath();
+
+/// Value: a TavoValue with attentionHistory(): whether notifications are remembered.
+TAVO_API_EXPORT CMPath TavoAttentionHistoryStatePath();
 
 /// Value: a TavoValue with int_(), how many notifications of the past nobody has seen.
 TAVO_API_EXPORT CMPath TavoAttentionMissedPath();
@@ -151,6 +159,21 @@ class TavoAttentionEnded : public TavoHash
     TAVO_FIELD(qint64, number, setNumber)
 };
 
+/// A program's request that people are not disturbed.
+class TavoAttentionInhibition : public TavoHash
+{
+    TAVO_RECORD(TavoAttentionInhibition)
+
+    /// Chosen by the requester. A value of do-not-disturb does not have it.
+    TAVO_FIELD(QString, id, setId)
+    /// The inhibition begins, or changes; otherwise it ends.
+    TAVO_FIELD(bool, on, setOn)
+    /// The program's name, for people.
+    TAVO_FIELD(QString, application, setApplication)
+    /// Why, for people; may be empty.
+    TAVO_FIELD(QString, reason, setReason)
+};
+
 /// Whether people want to be disturbed.
 class TavoAttentionDoNotDisturb : public TavoHash
 {
@@ -162,6 +185,8 @@ class TavoAttentionDoNotDisturb : public TavoHash
     TAVO_FIELD(qint64, until, setUntil)
     /// A person has chosen it; the schedule counts again afterwards.
     TAVO_FIELD(bool, chosen, setChosen)
+    /// The programs that keep it on.
+    TAVO_FIELD(TavoList<TavoAttentionInhibition>, inhibitions, setInhibitions)
 };
 
 /// A rule, by its name, and how often it has applied.
@@ -182,6 +207,8 @@ class TavoAttentionRules : public TavoHash
 
     /// The file that they are read from.
     TAVO_FIELD(QString, file, setFile)
+    /// It has been read. A file that does not exist is read when somebody makes it.
+    TAVO_FIELD_KEY(bool, isRead, setRead, "read")
     /// What is wrong with the file, while the last good rules go on; empty if nothing is.
     TAVO_FIELD(QString, error, setError)
     /// The rules in use.
@@ -219,6 +246,19 @@ class TavoAttentionTrial : public TavoHash
     /// Milliseconds on display; 0: until closed.
     TAVO_FIELD(int, timeout, setTimeout)
     /// Why something is kept from people, or why it passes although they do not want to be disturbed.
+    TAVO_FIELD(QString, reason, setReason)
+};
+
+/// Whether notifications are remembered.
+class TavoAttentionHistory : public TavoHash
+{
+    TAVO_RECORD(TavoAttentionHistory)
+
+    /// They are.
+    TAVO_FIELD(bool, kept, setKept)
+    /// The file that they are kept in; empty if the configuration names none.
+    TAVO_FIELD(QString, file, setFile)
+    /// Why they are not kept.
     TAVO_FIELD(QString, reason, setReason)
 };
 

@@ -43,10 +43,14 @@ class TavoValue : public TavoHash
     TAVO_FIELD(TavoAttentionEnded, attentionEnded, setAttentionEnded)
     /// Whether people want to be disturbed.
     TAVO_FIELD(TavoAttentionDoNotDisturb, attentionDoNotDisturb, setAttentionDoNotDisturb)
+    /// A program's request that people are not disturbed.
+    TAVO_FIELD(TavoAttentionInhibition, attentionInhibition, setAttentionInhibition)
     /// People's rules.
     TAVO_FIELD(TavoAttentionRules, attentionRules, setAttentionRules)
     /// What would become of a notification.
     TAVO_FIELD(TavoAttentionTrial, attentionTrial, setAttentionTrial)
+    /// Whether notifications are remembered.
+    TAVO_FIELD(TavoAttentionHistory, attentionHistory, setAttentionHistory)
     /// Which notifications of the past.
     TAVO_FIELD(TavoAttentionQuery, attentionQuery, setAttentionQuery)
     /// Notifications of the past.

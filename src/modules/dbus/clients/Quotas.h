@@ -46,6 +46,7 @@ public:
         Sounds,
         Inboxes,
         Subscriptions,
+        Inhibitions,
         RequestBytes,
         UnreadBytes,
         KeptBytes, ///< stored bytes of what is never given up

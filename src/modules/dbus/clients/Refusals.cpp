@@ -118,6 +118,11 @@ BusError Refusals::historyIsBeingRead()
     return BusError::limitExceeded("A client may read one page of the history at a time");
 }
 
+BusError Refusals::noSuchInhibition(unsigned cookie)
+{
+    return BusError::invalidArguments("The caller has no inhibition " + std::to_string(cookie));
+}
+
 BusError Refusals::soundWithoutNotification()
 {
     return BusError::accessDenied("A sound must be sent together with its notification");

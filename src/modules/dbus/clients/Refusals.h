@@ -41,6 +41,7 @@ BusError soundWithoutNotification();
 // Requests for attention.
 BusError idOfAnother();
 BusError historyIsBeingRead();
+BusError noSuchInhibition(unsigned cookie);
 
 // Arguments of org.freedesktop.Notifications.
 BusError notificationNotOpen(unsigned id);

@@ -5,6 +5,7 @@
 
 #include "modules/dbus/clients/Clients.h"
 #include "modules/dbus/clients/Refusals.h"
+#include "PlainText.h"
 #include <bus/BusConnection.h>
 #include <bus/BusError.h>
 #include <bus/BusReader.h>
@@ -22,13 +23,22 @@ constexpr const char *protocolVersion = "1.2";
 /// Enough for the signals of as many notifications as may be open. Short enough for a host that is
 /// told to stop while the bus hangs.
 constexpr std::chrono::seconds flushTimeout(1);
+
+TavoValue valueAt(const CMPath &path)
+{
+    const CMReply<QVariant> reply;
+    CMRoot()->getDataRequest(CMGetDataRequest(path, reply)); // nodes reply at once
+    return TavoValue(reply.value().toHash());
+}
 } // namespace
 
 NotificationsInterface::NotificationsInterface(BusConnection &bus, Clients &clients, CMNodes *nodes,
-                                               ClientSounds &sounds, const QString &soundTheme,
+                                               ClientSounds &sounds, ClientInhibitions &inhibitions,
+                                               const QString &soundTheme,
                                                const NotifyCall::Timeouts &timeouts)
     : m_bus(bus)
     , m_clients(clients)
+    , m_inhibitions(inhibitions)
     , m_timeouts(timeouts)
     , m_notifications(nodes)
     , m_sounds(sounds, soundTheme)
@@ -41,6 +51,11 @@ NotificationsInterface::NotificationsInterface(BusConnection &bus, Clients &clie
                 &NotificationsInterface::on_notifications_closed);
     tavoConnect(&m_notifications, &OpenNotifications::actionInvoked, this,
                 &NotificationsInterface::on_notifications_actionInvoked);
+    CMRoot()->connectValueChange(TavoAttentionDoNotDisturbPath(), this,
+                                 &NotificationsInterface::on_doNotDisturb_changed);
+    CMRoot()->connectNodeChange(TavoAttentionDoNotDisturbPath(), this,
+                                &NotificationsInterface::on_doNotDisturb_nodeChanged);
+    readDoNotDisturb();
 }
 
 NotificationsInterface::~NotificationsInterface()
@@ -71,6 +86,9 @@ void NotificationsInterface::on_bus_connected()
           CallTurns::IfLeft::Handle);
     serve("GetCapabilities", &NotificationsInterface::getCapabilities);
     serve("GetServerInformation", &NotificationsInterface::getServerInformation);
+    serve("Inhibit", &NotificationsInterface::inhibit);
+    serve("UnInhibit", &NotificationsInterface::endInhibition, CallTurns::IfLeft::Handle);
+    m_object->setProperty("Inhibited", [this] { return QVariant(m_isInhibited); });
     m_clients.publish(*m_object);
 }
 
@@ -168,11 +186,76 @@ void NotificationsInterface::closeNotification(const BusMessage &call)
 
 void NotificationsInterface::getCapabilities(const BusMessage &call)
 {
+    QStringList capabilities{QStringLiteral("action-icons"), QStringLiteral("actions"),
+                             QStringLiteral("body"),         QStringLiteral("body-markup"),
+                             QStringLiteral("icon-static"),  QStringLiteral("sound")};
+    if (CMCatalog::entry(TavoAttentionInhibitPath())) {
+        capabilities.append(QStringLiteral("inhibitions"));
+    }
+    if (valueAt(TavoAttentionHistoryStatePath()).attentionHistory().kept()) {
+        capabilities.append(QStringLiteral("persistence"));
+    }
     BusWriter reply(call.createReply());
-    reply.writeStringList({QStringLiteral("action-icons"), QStringLiteral("actions"),
-                           QStringLiteral("body"), QStringLiteral("body-markup"),
-                           QStringLiteral("icon-static"), QStringLiteral("sound")});
+    reply.writeStringList(capabilities);
     m_clients.reply(call, reply.message());
+}
+
+void NotificationsInterface::inhibit(const BusMessage &call)
+{
+    BusReader reader(call, m_clients.limits().valueBytes);
+    const QString application = plainLine(reader.readString());
+    const QString reason = plainLine(reader.readString());
+    const quint32 cookie = ++m_lastInhibition;
+    const auto inhibition = TavoAttentionInhibition()
+                                .setId(QString::number(cookie))
+                                .setOn(true)
+                                .setApplication(application)
+                                .setReason(reason);
+    const CMReply<QVariant> answer = m_inhibitions.send(
+        call.sender(), inhibition, std::size_t(application.size() + reason.size()));
+    if (answer.isFinished() && answer.error().isError()) {
+        m_clients.reply(call, ModelErrors::createReply(call, answer.error()));
+        return;
+    }
+    BusWriter reply(call.createReply());
+    reply.writeUInt32(cookie);
+    m_clients.reply(call, reply.message());
+}
+
+void NotificationsInterface::endInhibition(const BusMessage &call)
+{
+    const std::uint32_t cookie = BusReader(call).readUInt32();
+    const QString id = QString::number(cookie);
+    if (!m_inhibitions.has(call.sender(), id)) {
+        throw Refusals::noSuchInhibition(cookie);
+    }
+    m_inhibitions.send(call.sender(), TavoAttentionInhibition().setId(id), 0);
+    m_clients.reply(call, call.createReply());
+}
+
+void NotificationsInterface::on_doNotDisturb_changed(const CMPath & /*path*/,
+                                                     const QVariant & /*value*/)
+{
+    readDoNotDisturb();
+}
+
+void NotificationsInterface::on_doNotDisturb_nodeChanged(const CMPath & /*path*/,
+                                                         bool /*published*/)
+{
+    readDoNotDisturb();
+}
+
+void NotificationsInterface::readDoNotDisturb()
+{
+    const bool isOn = valueAt(TavoAttentionDoNotDisturbPath()).attentionDoNotDisturb().on();
+    if (std::exchange(m_isInhibited, isOn) == isOn || !m_object || !m_bus.isOfOneUser()) {
+        return;
+    }
+    try {
+        m_clients.sendToAll({}, m_object->createPropertyChange("Inhibited"), 0);
+    } catch (const BusError &error) {
+        LOG4CPLUS_WARN(logger, "A change of Inhibited can't be sent: " << error.what());
+    }
 }
 
 void NotificationsInterface::getServerInformation(const BusMessage &call)

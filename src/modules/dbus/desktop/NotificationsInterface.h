@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "modules/dbus/clients/ClientInhibitions.h"
 #include "modules/dbus/clients/LeftMessages.h"
 #include "modules/dbus/clients/Quotas.h"
 #include "NotificationSounds.h"
@@ -31,8 +32,8 @@ class NotificationsInterface : public QObject
 
 public:
     NotificationsInterface(BusConnection &bus, Clients &clients, CMNodes *nodes,
-                           ClientSounds &sounds, const QString &soundTheme,
-                           const NotifyCall::Timeouts &timeouts);
+                           ClientSounds &sounds, ClientInhibitions &inhibitions,
+                           const QString &soundTheme, const NotifyCall::Timeouts &timeouts);
 
     /// Closes all notifications, so that nobody waits for their end for ever. Waits until the bus has
     /// taken the signals, but no longer than 1 s.
@@ -40,6 +41,9 @@ public:
 
     /// For notifications from now on.
     void reconfigure(const QString &soundTheme, const NotifyCall::Timeouts &timeouts);
+
+    /// Closes the notification at the path if the module for attention shows it; false otherwise.
+    bool closeAttended(const CMPath &path) { return m_notifications.closeAttended(path); }
 
 public Q_SLOTS:
     /// A client has requested the display to close the notification at the path.
@@ -49,12 +53,19 @@ private Q_SLOTS:
     void on_bus_connected();
     void on_bus_lost();
     void on_clients_left(const std::string &client);
+    void on_doNotDisturb_changed(const CMPath &path, const QVariant &value);
+    void on_doNotDisturb_nodeChanged(const CMPath &path, bool published);
     void on_notifications_closed(quint32 id, OpenNotifications::Reason reason);
     void on_notifications_actionInvoked(quint32 id, const QString &key, const QString &token);
 
 private:
     void notify(const BusMessage &call);
     void closeNotification(const BusMessage &call);
+    void inhibit(const BusMessage &call);
+    void endInhibition(const BusMessage &call);
+
+    /// Tells clients of a change.
+    void readDoNotDisturb();
 
     /// Charges a client for the notification that it opens. Throws BusError::limitExceeded() if it
     /// has too many. The id must hold the notification's id until the notification is closed.
@@ -86,6 +97,9 @@ private:
 
     BusConnection &m_bus;
     Clients &m_clients;
+    ClientInhibitions &m_inhibitions;
+    quint32 m_lastInhibition = 0;
+    bool m_isInhibited = false; ///< do-not-disturb is on
     NotifyCall::Timeouts m_timeouts;
     OpenNotifications m_notifications;
     std::map<quint32, Quotas::Charge> m_charges;   ///< of open notifications, by id

@@ -276,12 +276,15 @@ void OpenNotifications::takeCancel(const CMPath &path)
 {
     const auto entry = m_entries.find(NotificationNode::idOf(path));
     if (entry != m_entries.end() && entry->node.path() == path) {
-        if (entry->isAttended) {
-            // The display may not have the message yet.
-            hide(*entry, Reason::Closed);
-        }
         remove(entry, Reason::Closed);
     }
+}
+
+bool OpenNotifications::closeAttended(const CMPath &path)
+{
+    const auto entry = m_entries.find(NotificationNode::idOf(path));
+    return entry != m_entries.end() && entry->node.path() == path && entry->isAttended &&
+           close(entry.key(), Reason::Closed);
 }
 
 void OpenNotifications::remove(Entries::iterator entry, Reason reason)

@@ -71,6 +71,9 @@ public:
     /// Closes all notifications, each of which is reported before the call returns.
     void closeAll(Reason reason);
 
+    /// Closes the notification at the path if the module for attention shows it; false otherwise.
+    bool closeAttended(const CMPath &path);
+
     /// A client has requested the display to close what is at the path. A notification there is closed,
     /// which is reported before the call returns, even if it is about to be queued anew.
     void takeCancel(const CMPath &path);

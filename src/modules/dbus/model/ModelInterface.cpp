@@ -65,7 +65,7 @@ QString textOf(const CMPath &path)
 } // namespace
 
 ModelInterface::ModelInterface(BusConnection &bus, Clients &clients, CMNodes *nodes,
-                               ClientSounds &sounds)
+                               ClientSounds &sounds, ClientInhibitions &inhibitions)
     : m_bus(bus)
     , m_clients(clients)
     , m_calls(clients)
@@ -76,6 +76,7 @@ ModelInterface::ModelInterface(BusConnection &bus, Clients &clients, CMNodes *no
     , m_signals(clients, m_subscriptions, m_inboxes)
     , m_services(clients, m_inboxes)
     , m_sounds(sounds)
+    , m_inhibitions(inhibitions)
 {
     m_bus.ownName(QString::fromStdString(BusInterface::model().name));
     tavoConnect(&m_bus, &BusConnection::connected, this, &ModelInterface::on_bus_connected);
@@ -163,6 +164,9 @@ CMReply<QVariant> ModelInterface::send(const std::string &client, const CMPath &
     if (path == TavoAttentionHistoryPath()) {
         return m_attention.readHistory(client, value);
     }
+    if (path == TavoAttentionInhibitPath()) {
+        return m_inhibitions.send(client, TavoValue(value.toHash()).attentionInhibition(), bytes);
+    }
     if (path == TavoAttentionSoundPath()) {
         throw Refusals::soundWithoutNotification();
     }
@@ -177,11 +181,17 @@ CMReply<QVariant> ModelInterface::send(const std::string &client, const CMPath &
 
 CMReply<QVariant> ModelInterface::cancelMessage(const QVariant &value)
 {
+    // A record with the message's path, or the path itself.
+    const CMPath inRecord = TavoValue(value.toHash()).path();
+    const CMPath path = inRecord.isEmpty() ? CMPath::fromQVariant(value) : inRecord;
+    if (m_closeAttended(path)) {
+        CMReply<QVariant> reply;
+        reply.setValue(QVariant()); // the display may not have the message yet
+        return reply;
+    }
     CMReply<QVariant> reply =
         CMRoot()->invoke(TavoNotificationDisplayCancelNotifyPath(), value, {});
-    // A record with the message's path, or the path itself.
-    const CMPath path = TavoValue(value.toHash()).path();
-    Q_EMIT messageCancelled(path.isEmpty() ? CMPath::fromQVariant(value) : path);
+    Q_EMIT messageCancelled(path);
     return reply;
 }
 

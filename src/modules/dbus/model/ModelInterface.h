@@ -6,6 +6,7 @@
 #include "Inboxes.h"
 #include "ModelSignals.h"
 #include "modules/dbus/clients/ClientAttention.h"
+#include "modules/dbus/clients/ClientInhibitions.h"
 #include "modules/dbus/clients/ClientMessages.h"
 #include "modules/dbus/clients/ClientSounds.h"
 #include "modules/dbus/clients/PendingCalls.h"
@@ -17,6 +18,7 @@
 #include <QObject>
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -33,7 +35,12 @@ class ModelInterface : public QObject
     Q_OBJECT
 
 public:
-    ModelInterface(BusConnection &bus, Clients &clients, CMNodes *nodes, ClientSounds &sounds);
+    ModelInterface(BusConnection &bus, Clients &clients, CMNodes *nodes, ClientSounds &sounds,
+                   ClientInhibitions &inhibitions);
+
+    /// Closes the notification whose message the module for attention shows at the path; false if there is none.
+    using CloseAttended = std::function<bool(const CMPath &message)>;
+    void setCloseAttended(const CloseAttended &function) { m_closeAttended = function; }
 
 Q_SIGNALS:
     /// A client has requested the display to close the message at the path.
@@ -72,5 +79,7 @@ private:
     ModelSignals m_signals;
     ServiceRequests m_services;
     ClientSounds &m_sounds;
+    ClientInhibitions &m_inhibitions;
+    CloseAttended m_closeAttended = [](const CMPath & /*message*/) { return false; };
     std::unique_ptr<BusObject> m_object; ///< while connected
 };

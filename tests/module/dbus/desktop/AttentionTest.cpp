@@ -43,6 +43,8 @@ protected:
     }
 
     void unloadAttention() { m_attention.reset(); }
+    void reloadAttention(const QString &historyFile = {}) { load(historyFile); }
+    QString historyFile() const { return m_folder.filePath("history.db"_s); }
     ScriptedService &services() { return m_services; }
 
     quint32 notifyWithSound(const QStringList &arguments)
@@ -66,16 +68,16 @@ protected:
     QString soundFile() const { return m_folder.filePath("sound.wav"_s); }
 
 private:
-    void load()
+    void load(const QString &historyFile = {})
     {
         m_attention.reset();
         m_attention = std::make_unique<LoadedModule>(
             QStringLiteral(ATTENTION_MODULE_FILE), "attention",
             QVariantHash{{"settings", m_folder.filePath("attention.json"_s)},
-                         {"history", QVariantHash{{"file", QString("")}}}});
+                         {"history", QVariantHash{{"file", historyFile}}}});
     }
 
-    QTemporaryDir m_folder;
+    QTemporaryDir m_folder; ///< outlives the module, which writes to it
     ScriptedService m_services{"Services"_s};
     std::unique_ptr<LoadedModule> m_attention;
 };
@@ -176,6 +178,175 @@ TEST_F(DesktopAttentionTest, EndsWhatIsOpenWhenTheModuleGoes)
     EXPECT_TRUE(told->writes(closedSignal(id, 4)));
     EXPECT_THAT(displayed(), IsEmpty());
     EXPECT_TRUE(isShown(notifySend({"-t"_s, "0"_s, "Again"_s})));
+}
+
+TEST_F(DesktopAttentionTest, ClosesAMessageThatTheDisplayDoesNotHaveYet)
+{
+    unloadAttention();
+    QStringList closed;
+    std::optional<CMReply<QVariant>> held;
+    services().take(TavoAttentionNotifyPath(),
+                    [&held](const CMSetDataRequest &request) { held = request.reply(); });
+    services().take(TavoAttentionClosePath(), [&closed](const CMSetDataRequest &request) {
+        closed.append(TavoValue(request.value().toHash()).attentionEnded().id());
+        request.reply().setValue({});
+    });
+    settle();
+    const quint32 id = notifySend({"-t"_s, "0"_s, "Title"_s});
+    ASSERT_TRUE(waitFor([&held] { return held.has_value(); }));
+    BusClient client(bus().address());
+    client.setTarget("org.tavo.Model1", "/org/tavo/Model1", "org.tavo.Model1");
+    const BusCall cancel = client.call("Call", [id](BusWriter &writer) {
+        writer.writeString(TavoNotificationDisplayCancelNotifyPath().toString());
+        writer.writeVariant(TavoValue().setPath(pathOf(id)).__variant());
+    });
+    EXPECT_TRUE(cancel.succeeds()) << cancel.errorMessage();
+    EXPECT_TRUE(waitFor([&closed] { return closed.size() == 1; }));
+    EXPECT_FALSE(isOpen(id));
+}
+
+TEST_F(DesktopAttentionTest, ClaimsPersistenceOnlyWithAHistory)
+{
+    EXPECT_EQ(result("GetCapabilities"_s),
+              "(['action-icons', 'actions', 'body', 'body-markup', 'icon-static', 'sound', "
+              "'inhibitions'],)"_s);
+    reloadAttention(historyFile());
+    EXPECT_TRUE(result("GetCapabilities"_s).contains("'persistence'"_s));
+    unloadAttention();
+    EXPECT_FALSE(result("GetCapabilities"_s).contains("persistence"_s));
+}
+
+class InhibitionTest : public DesktopAttentionTest
+{
+protected:
+    std::unique_ptr<BusClient> connect()
+    {
+        auto client = std::make_unique<BusClient>(bus().address());
+        client->setTarget("org.freedesktop.Notifications", "/org/freedesktop/Notifications",
+                          "org.freedesktop.Notifications");
+        return client;
+    }
+    static BusCall inhibit(BusClient &client, const QString &reason = "Showing slides"_s)
+    {
+        return client.call("Inhibit", [&reason](BusWriter &writer) {
+            writer.writeString("presenter"_s);
+            writer.writeString(reason);
+            writer.openArray("{sv}");
+            writer.close();
+        });
+    }
+    static BusCall endInhibition(BusClient &client, quint32 cookie)
+    {
+        return client.call("UnInhibit",
+                           [cookie](BusWriter &writer) { writer.writeUInt32(cookie); });
+    }
+    static TavoAttentionDoNotDisturb doNotDisturb()
+    {
+        return valueAt(TavoAttentionDoNotDisturbPath()).attentionDoNotDisturb();
+    }
+    static bool becomes(bool isOn)
+    {
+        return waitFor([isOn] { return doNotDisturb().on() == isOn; });
+    }
+    static Request setDoNotDisturb(bool isOn)
+    {
+        return {TavoAttentionSetDoNotDisturbPath(),
+                TavoValue().setAttentionDoNotDisturb(TavoAttentionDoNotDisturb().setOn(isOn))};
+    }
+    QString inhibited()
+    {
+        ClientProgram program(bus(), "gdbus"_s,
+                              {"call"_s, "--session"_s, "--dest"_s,
+                               "org.freedesktop.Notifications"_s, "--object-path"_s,
+                               "/org/freedesktop/Notifications"_s, "--method"_s,
+                               "org.freedesktop.DBus.Properties.Get"_s,
+                               "org.freedesktop.Notifications"_s, "Inhibited"_s});
+        return program.succeeds() ? program.output().trimmed() : program.errors();
+    }
+};
+
+TEST_F(InhibitionTest, KeepsPeopleFromBeingDisturbedUntilItsClientEndsIt)
+{
+    const auto client = connect();
+    const quint32 cookie = inhibit(*client).reader().readUInt32();
+    ASSERT_TRUE(becomes(true));
+    ASSERT_EQ(doNotDisturb().inhibitions().size(), 1);
+    EXPECT_EQ(doNotDisturb().inhibitions().at(0).application(), "presenter"_s);
+    EXPECT_EQ(doNotDisturb().inhibitions().at(0).reason(), "Showing slides"_s);
+    const auto told = monitor();
+    EXPECT_TRUE(told->writes(closedSignal(notifySend({"Mail"_s}), 4)));
+    EXPECT_TRUE(isShown(notifySend({"-u"_s, "critical"_s, "Fire"_s})));
+    EXPECT_TRUE(endInhibition(*client, cookie).succeeds());
+    EXPECT_TRUE(becomes(false));
+    EXPECT_EQ(endInhibition(*client, cookie).errorName(), "org.freedesktop.DBus.Error.InvalidArgs");
+}
+
+TEST_F(InhibitionTest, EndsWithItsClientAndByNoOther)
+{
+    auto client = connect();
+    const auto other = connect();
+    const quint32 cookie = inhibit(*client).reader().readUInt32();
+    ASSERT_TRUE(becomes(true));
+    EXPECT_EQ(endInhibition(*other, cookie).errorName(), "org.freedesktop.DBus.Error.InvalidArgs");
+    ASSERT_TRUE(inhibit(*other).succeeds());
+    ASSERT_TRUE(waitFor([] { return doNotDisturb().inhibitions().size() == 2; }));
+    client.reset();
+    ASSERT_TRUE(waitFor([] { return doNotDisturb().inhibitions().size() == 1; }));
+    EXPECT_TRUE(doNotDisturb().on());
+}
+
+TEST_F(InhibitionTest, IsEndedByAPerson)
+{
+    const auto client = connect();
+    const quint32 cookie = inhibit(*client).reader().readUInt32();
+    ASSERT_TRUE(becomes(true));
+    ASSERT_TRUE(setDoNotDisturb(false).succeeds());
+    EXPECT_FALSE(doNotDisturb().on());
+    EXPECT_TRUE(endInhibition(*client, cookie).succeeds());
+}
+
+TEST_F(InhibitionTest, IsAPropertyWhoseChangesAreTold)
+{
+    const auto told = monitor();
+    EXPECT_EQ(inhibited(), "(<false>,)"_s);
+    ASSERT_TRUE(setDoNotDisturb(true).succeeds());
+    EXPECT_TRUE(told->writes("{'Inhibited': <true>}"_s));
+    EXPECT_EQ(inhibited(), "(<true>,)"_s);
+    unloadAttention();
+    EXPECT_TRUE(told->writes("{'Inhibited': <false>}"_s));
+}
+
+TEST_F(InhibitionTest, IsLimitedForEachClient)
+{
+    const auto client = connect();
+    constexpr int limit = 16;
+    for (int number = 0; number < limit; ++number) {
+        ASSERT_TRUE(inhibit(*client).succeeds());
+    }
+    EXPECT_EQ(inhibit(*client).errorName(), "org.freedesktop.DBus.Error.LimitsExceeded");
+    EXPECT_TRUE(inhibit(*connect()).succeeds());
+}
+
+TEST_F(InhibitionTest, OutlastsTheModuleForAttention)
+{
+    const auto client = connect();
+    ASSERT_TRUE(inhibit(*client).succeeds());
+    ASSERT_TRUE(becomes(true));
+    unloadAttention();
+    settle();
+    EXPECT_EQ(inhibit(*client).errorName(), "org.tavo.Error.NoSuchNode");
+    reloadAttention();
+    EXPECT_TRUE(becomes(true));
+    EXPECT_EQ(doNotDisturb().inhibitions().size(), 1);
+}
+
+TEST_F(InhibitionTest, EndsWithTheModuleForTheBus)
+{
+    const auto client = connect();
+    ASSERT_TRUE(inhibit(*client).succeeds());
+    ASSERT_TRUE(becomes(true));
+    unload();
+    EXPECT_TRUE(becomes(false));
 }
 
 /// Clients that send requests to the module themselves.
@@ -341,6 +512,17 @@ TEST_F(ClientAttentionTest, GiveBackTheSoundThatRulesKeepFromPeople)
         ASSERT_TRUE(request(sounding(id, soundFile())).succeeds());
         settle();
     }
+}
+
+TEST_F(ClientAttentionTest, InhibitUntilTheyLeave)
+{
+    const auto inhibition = TavoAttentionInhibition().setId("x"_s).setOn(true);
+    ASSERT_TRUE(send(TavoAttentionInhibitPath(), TavoValue().setAttentionInhibition(inhibition))
+                    .succeeds());
+    EXPECT_TRUE(valueAt(TavoAttentionDoNotDisturbPath()).attentionDoNotDisturb().on());
+    leave();
+    EXPECT_TRUE(waitFor(
+        [] { return !valueAt(TavoAttentionDoNotDisturbPath()).attentionDoNotDisturb().on(); }));
 }
 
 TEST_F(ClientAttentionTest, GiveWayWhenTheyAreUrgentAndLeftBehind)
