@@ -26,10 +26,6 @@ constexpr int maxPauseMs = 5000;
 /// bus for a silent one and reconnects.
 constexpr std::chrono::milliseconds busTimeout(5000);
 
-/// How much the system holds for the bus, in bytes. dbus-daemon reads that much from each connection in a
-/// turn. Under load a turn may take a tenth of a second, and a message waits for all that was sent before.
-constexpr int sendBufferBytes = 1 << 12;
-
 /// A bus that is only slow has read something by then.
 constexpr int maxSecondsStuck = 3;
 
@@ -209,8 +205,8 @@ void BusConnection::becomeConnected()
     m_reportedSilence = false;
     m_isConnected = true;
     // sd-bus makes it 8 MiB when it connects.
-    ::setsockopt(sd_bus_get_fd(m_handle.get()), SOL_SOCKET, SO_SNDBUF, &sendBufferBytes,
-                 sizeof(sendBufferBytes));
+    constexpr int bytes = BusLoop::socketBytes;
+    ::setsockopt(sd_bus_get_fd(m_handle.get()), SOL_SOCKET, SO_SNDBUF, &bytes, sizeof(bytes));
     try {
         Q_EMIT connected();
         for (const QString &name : qAsConst(m_names)) {
@@ -300,12 +296,6 @@ std::string BusConnection::uniqueName() const
     const char *name = nullptr;
     BusError::check(sd_bus_get_unique_name(m_handle.get(), &name), "The connection has no name");
     return name;
-}
-
-bool BusConnection::isCongested() const
-{
-    std::uint64_t waiting = 0;
-    return sd_bus_get_n_queued_write(m_handle.get(), &waiting) >= 0 && waiting > 0;
 }
 
 std::unique_ptr<BusObject> BusConnection::createObject(const BusInterface &interface)

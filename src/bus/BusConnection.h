@@ -58,9 +58,13 @@ public:
 
     std::string uniqueName() const;
 
-    /// Whether messages wait until the bus has read what was sent before. It takes little at a time, so
-    /// that a message that is held back until then does not wait long.
-    bool isCongested() const;
+    /// Whether the bus has yet to read much of what was sent. It reads little at a time, so that a message
+    /// that is held back until then does not wait long. After true, turned() follows when it has read.
+    bool isCongested() { return m_loop.isCongested(); }
+
+    /// Whether a message that is sent now waits in memory. There is room for some more messages after the
+    /// connection has become congested.
+    bool isFull() const { return m_loop.isFull(); }
 
     /// The interface must outlive the object.
     std::unique_ptr<BusObject> createObject(const BusInterface &interface);

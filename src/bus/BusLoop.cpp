@@ -24,6 +24,11 @@ constexpr int maxTurnMs = 5;
 
 constexpr int lagMs = 1000;
 
+/// How much the bus may have yet to read before the connection counts as congested. The system counts some
+/// 800 bytes for a small message, so these are about ten; dbus-daemon reads them in one turn. The system
+/// doubles the size of the socket, and reports that it can be written when a quarter is left.
+constexpr int maxUnread = BusLoop::socketBytes / 2;
+
 constexpr std::uint64_t never = std::numeric_limits<std::uint64_t>::max();
 
 /// The time until a point of the monotonic clock, rounded up.
@@ -58,6 +63,7 @@ void BusLoop::start(sd_bus *bus)
                     this, &BusLoop::on_dispatcher_aboutToBlock);
     }
     m_bus = bus;
+    m_isCongested = false;
     // The bus is served even when the event loop never sleeps.
     m_timer.start(0);
 }
@@ -89,6 +95,8 @@ void BusLoop::on_dispatcher_aboutToBlock()
     const int result = watch();
     if (result < 0) {
         Q_EMIT failed(-result);
+    } else if (!m_lagTimer.isActive()) {
+        countUnread();
     }
 }
 
@@ -99,7 +107,7 @@ void BusLoop::on_notifier_activated()
 
 void BusLoop::on_lagTimer_timeout()
 {
-    if (watchLag() > 0) {
+    if (countUnread() > 0) {
         Q_EMIT lagging(++m_secondsStuck);
     } else {
         m_lagTimer.stop();
@@ -107,12 +115,12 @@ void BusLoop::on_lagTimer_timeout()
     }
 }
 
-/// Returns how many bytes the bus has yet to read. The number decreases only when it reads. A slow bus may
-/// never read all of them, because more are sent meanwhile.
-int BusLoop::watchLag()
+/// Returns how much the bus has yet to read. It decreases only when the bus reads, so it must be counted
+/// before more is sent: a slow bus may never read everything.
+int BusLoop::countUnread()
 {
     int unread = 0;
-    if (::ioctl(sd_bus_get_fd(m_bus), SIOCOUTQ, &unread) < 0) {
+    if (m_bus == nullptr || ::ioctl(sd_bus_get_fd(m_bus), SIOCOUTQ, &unread) < 0) {
         unread = 0;
     }
     if (unread < std::exchange(m_unread, unread)) {
@@ -123,6 +131,18 @@ int BusLoop::watchLag()
         m_lagTimer.start();
     }
     return unread;
+}
+
+bool BusLoop::isFull() const
+{
+    std::uint64_t waiting = 0;
+    return m_bus != nullptr && sd_bus_get_n_queued_write(m_bus, &waiting) >= 0 && waiting > 0;
+}
+
+bool BusLoop::isCongested()
+{
+    m_isCongested = countUnread() > maxUnread || isFull();
+    return m_isCongested;
 }
 
 void BusLoop::on_timer_timeout()
@@ -141,6 +161,10 @@ void BusLoop::serve()
         return;
     }
     m_isHandling = true;
+    m_isCongested = false;
+    if (m_lagTimer.isActive()) {
+        countUnread();
+    }
     int result = handleMessages();
     const bool isComplete = result == 0;
     m_isHandling = false;
@@ -178,8 +202,7 @@ int BusLoop::watch()
         m_writable = notifier(descriptor, QSocketNotifier::Write, this);
     }
     m_readable->setEnabled((events & POLLIN) != 0);
-    m_writable->setEnabled((events & POLLOUT) != 0);
-    watchLag();
+    m_writable->setEnabled(m_isCongested || (events & POLLOUT) != 0);
     return watchTime();
 }
 

@@ -18,11 +18,21 @@ class BusLoop : public QObject
     Q_OBJECT
 
 public:
+    /// The size of the socket's send buffer.
+    static constexpr int socketBytes = 1 << 14;
+
     explicit BusLoop(QObject *parent = nullptr);
 
     /// Serves the bus until stop(), which must be called before the bus is closed.
     void start(sd_bus *bus);
     void stop();
+
+    /// Whether the bus has yet to read much of what was sent. If so, a turn comes when it has read most
+    /// of it.
+    bool isCongested();
+
+    /// Whether what is sent now waits in memory, because the system holds no more for the bus.
+    bool isFull() const;
 
 Q_SIGNALS:
     /// A turn has handled the messages that had arrived, or as many as a turn may.
@@ -46,7 +56,7 @@ private:
     int handleMessages();
     int watch();
     int watchTime();
-    int watchLag();
+    int countUnread();
     static std::unique_ptr<QSocketNotifier> notifier(int descriptor, QSocketNotifier::Type type,
                                                      BusLoop *loop);
 
@@ -55,9 +65,10 @@ private:
     bool m_isHooked = false; ///< connected to the event loop
     std::unique_ptr<QSocketNotifier> m_readable;
     std::unique_ptr<QSocketNotifier> m_writable;
-    QTimer m_lagTimer;        ///< runs while the bus has not read everything
-    int m_unread = 0;         ///< bytes that the bus had not read when last checked
-    int m_secondsStuck = 0;   ///< in which the bus has read nothing
-    QTimer m_timer;           ///< runs until the next timeout within sd-bus
-    std::uint64_t m_deadline; ///< the timer's, in the monotonic clock's microseconds
+    bool m_isCongested = false; ///< a turn comes when the bus has read
+    QTimer m_lagTimer;          ///< runs while the bus has not read everything
+    int m_unread = 0;           ///< what the bus had not read when last counted
+    int m_secondsStuck = 0;     ///< in which the bus has read nothing
+    QTimer m_timer;             ///< runs until the next timeout within sd-bus
+    std::uint64_t m_deadline;   ///< the timer's, in the monotonic clock's microseconds
 };

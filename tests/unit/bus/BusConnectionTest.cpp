@@ -11,10 +11,13 @@
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QSignalSpy>
+#include <QThread>
 #include <QTimer>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <memory>
 
 namespace {
 class BusConnectionTest : public testing::Test
@@ -144,7 +147,7 @@ TEST_F(BusConnectionStallTest, StaysWhileTheBusHangs)
     EXPECT_FALSE(waitFor([this] { return m_lost.count() > 0; }, std::chrono::milliseconds(100)));
 }
 
-/// Stands between connections and a bus. Served by the test's event loop.
+/// Stands between connections and a bus. Served by the event loop of its thread.
 class SlowBus
 {
 public:
@@ -199,28 +202,71 @@ private:
     qint64 m_bytesRead = 0;
 };
 
-TEST_F(BusConnectionTest, StaysWhileTheBusReadsLessThanIsSent)
+/// Like a bus, it reads whenever it wants to: also right before the connection sends more.
+class BusConnectionSlowBusTest : public testing::Test
 {
-    SlowBus bus(m_bus);
-    BusConnection connection(bus.address());
-    const QSignalSpy connected(&connection, &BusConnection::connected);
-    const QSignalSpy lost(&connection, &BusConnection::lost);
-    connection.open();
+protected:
+    BusConnectionSlowBusTest()
+    {
+        m_thread.start();
+        m_context.moveToThread(&m_thread);
+        runThere([this] { m_slowBus = std::make_unique<SlowBus>(m_bus); });
+        m_connection = std::make_unique<BusConnection>(m_slowBus->address());
+    }
+    ~BusConnectionSlowBusTest() override
+    {
+        runThere([this] { m_slowBus.reset(); });
+        m_thread.quit();
+        m_thread.wait();
+    }
+
+    void slowDown()
+    {
+        runThere([this] { m_slowBus->slowDown(); });
+    }
+    qint64 bytesRead()
+    {
+        qint64 bytes = 0;
+        runThere([&] { bytes = m_slowBus->bytesRead(); });
+        return bytes;
+    }
+
+    BusConnection &connection() { return *m_connection; }
+
+private:
+    template <typename Function>
+    void runThere(const Function &function)
+    {
+        QMetaObject::invokeMethod(&m_context, function, Qt::BlockingQueuedConnection);
+    }
+
+    PrivateBus m_bus;
+    QThread m_thread;
+    QObject m_context;
+    std::unique_ptr<SlowBus> m_slowBus;
+    std::unique_ptr<BusConnection> m_connection;
+};
+
+TEST_F(BusConnectionSlowBusTest, StaysWhileTheBusReadsLessThanIsSent)
+{
+    const QSignalSpy connected(&connection(), &BusConnection::connected);
+    const QSignalSpy lost(&connection(), &BusConnection::lost);
+    connection().open();
     ASSERT_TRUE(waitFor([&] { return connected.count() == 1; }));
-    bus.slowDown();
-    qint64 sent = 0;
-    QTimer sender;
-    QObject::connect(&sender, &QTimer::timeout, [&] {
-        constexpr int size = 1 << 11;
-        BusWriter call(connection.createCall("org.freedesktop.DBus", "/", "org.tavo.Test", "Fill"));
+    slowDown();
+    // More than is read in this time.
+    constexpr int messages = 500;
+    constexpr int size = 1 << 11;
+    for (int i = 0; i < messages; ++i) {
+        BusWriter call(
+            connection().createCall("org.freedesktop.DBus", "/", "org.tavo.Test", "Fill"));
         call.writeString(QString(size, 'x'));
         call.message().send();
-        sent += size;
-    });
-    sender.start(70);
+    }
     // Long enough to take a bus that reads nothing for stalled.
     EXPECT_FALSE(waitFor([&] { return lost.count() > 0; }, std::chrono::milliseconds(4500)));
-    EXPECT_LT(bus.bytesRead(), sent);
+    EXPECT_GT(bytesRead(), size);
+    EXPECT_LT(bytesRead(), messages * size);
 }
 
 TEST(BusConnectionPolicyTest, ReportsANameThatTheBusRefusesAndStaysConnected)

@@ -67,10 +67,12 @@ void Clients::receive(const BusMessage &call)
     if (client.empty()) {
         return;
     }
-    if (!m_quotas.knows(client)) {
+    const bool isNew = !m_quotas.knows(client);
+    const bool isAllowed = m_quotas.countRequest(client);
+    if (isNew) {
         askUser(client);
     }
-    if (!m_quotas.countRequest(client)) {
+    if (!isAllowed) {
         refuse(call, Refusals::tooManyRequests(m_limits.requestsPerSecond));
     } else if (const BusObject::Handler *handler = m_objects.handlerOf(call)) {
         (*handler)(call);
@@ -92,7 +94,7 @@ void Clients::askUser(const std::string &client)
     const BusMessage call = m_bus.createCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
                                              "org.freedesktop.DBus", "GetConnectionUnixUser");
     BusWriter(call).writeString(QString::fromStdString(client));
-    m_bus.send(call, userTimeout, [this, client](const BusMessage &reply) {
+    m_outbox.call(client, call, userTimeout, [this, client](const BusMessage &reply) {
         const auto error = reply.error();
         if (!error) {
             m_quotas.setUser(client, BusReader(reply).readUInt32());

@@ -8,6 +8,7 @@
 #include <bus/BusError.h>
 #include <core/tavo.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -43,12 +44,28 @@ void Outbox::call(const std::string &client, const BusMessage &call,
 
 void Outbox::add(const std::string &client, Letter letter)
 {
-    if (m_waiting.empty() && !m_bus.isCongested() && m_pace.allows(letter.bytes)) {
+    if (isNext(client) && m_pace.allows(letter.bytes)) {
+        if (!m_waiting.empty()) {
+            countTime(client, letter);
+        }
         post(client, letter);
     } else {
         m_waiting[client].push_back(std::move(letter));
         sendSome();
     }
+}
+
+/// Whether a message to the client can be sent at once.
+bool Outbox::isNext(const std::string &client)
+{
+    if (m_waiting.empty()) {
+        return !m_bus.isCongested();
+    }
+    const double time = m_quotas.turnOf(client, {}).user;
+    return !m_bus.isFull() &&
+           std::all_of(m_waiting.begin(), m_waiting.end(), [&](const auto &other) {
+               return time < m_quotas.turnOf(other.first, {}).user;
+           });
 }
 
 void Outbox::forget(const std::string &client)
@@ -100,8 +117,13 @@ void Outbox::sendNext(Waiting::iterator client)
     if (client->second.empty()) {
         m_waiting.erase(client);
     }
-    m_quotas.addTime(name, double(letter.bytes) * timePerByte);
+    countTime(name, letter);
     post(name, letter);
+}
+
+void Outbox::countTime(const std::string &client, const Letter &letter)
+{
+    m_quotas.addTime(client, double(letter.bytes) * timePerByte);
 }
 
 void Outbox::post(const std::string &client, const Letter &letter)

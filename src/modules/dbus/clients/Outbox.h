@@ -23,7 +23,8 @@ class Quotas;
 /// Sends messages to clients in turn, so that what is sent to one client does not delay what is sent
 /// to the others: a bus reads from the host slowly, in the order in which it was sent. What has been
 /// sent to a client costs it turns. The messages to one client stay in order. What is large waits until
-/// the bus can read it soon.
+/// the bus can read it soon. Messages to a user on whom less time was spent than on all that wait do not
+/// wait.
 ///
 /// Owned by Clients, used in the worker's thread. Throws nothing: what can't be sent is logged.
 class Outbox : public QObject
@@ -75,6 +76,8 @@ private:
     using Waiting = std::unordered_map<std::string, std::deque<Letter>>;
 
     void add(const std::string &client, Letter letter);
+    bool isNext(const std::string &client);
+    void countTime(const std::string &client, const Letter &letter);
     void sendSome();
     void sendNext(Waiting::iterator client);
     void post(const std::string &client, const Letter &letter);
