@@ -9,7 +9,7 @@
 enum class ExitCode {
     Ok = 0,
     /// The host replied with an error. cancel: nothing has that name. doctor: something is missing.
-    /// rules check: the file is wrong.
+    /// rules check: the file is wrong. fleet: a device answered with an error.
     Refused = 1,
 
     // With --wait: how the sound, message or notification ended.
@@ -47,7 +47,7 @@ inline constexpr ExitCodeText exitCodeTexts[] = {
     {"0", "Success. With --wait: the sound played to its end, the message was shown for its "
           "timeout, or a person chose an action."},
     {"1", "The host refused the request. cancel: nothing has that name. doctor: something is "
-          "missing. rules check: the file is wrong."},
+          "missing. rules check: the file is wrong. fleet: a device answered with an error."},
     {"10", "With --wait: the sound was cancelled, or the message was closed by a program."},
     {"11", "With --wait: a person dismissed the message."},
     {"12", "With --wait: the sound could not be played, or the message not be shown; the host's "
@@ -56,9 +56,9 @@ inline constexpr ExitCodeText exitCodeTexts[] = {
     {"14", "With --wait: rules or do-not-disturb kept the notification from people."},
     {"64", "Wrong arguments."},
     {"66", "The file, or standard input, can't be read."},
-    {"69", "The bus can't be reached, or no host is on it."},
+    {"69", "The bus or the broker can't be reached, or no host is on the bus."},
     {"71", "An operation of the operating system failed."},
-    {"75", "The bus or the host did not reply in time."},
+    {"75", "The bus or the host did not reply in time. fleet: a device did not answer in time."},
     {"130", "Interrupted by SIGINT (Ctrl-C)."},
     {"143", "Ended by SIGTERM."},
 };

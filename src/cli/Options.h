@@ -20,6 +20,7 @@ struct Options
         Missed,
         DoNotDisturb,
         Rules,
+        Fleet,
         Watch,
         Get,
         Rows,
@@ -61,6 +62,21 @@ struct Options
     // dnd
     std::string state; ///< "on", "off", "until" or empty
     std::string until;
+
+    // fleet, besides those of show
+    std::string fleetAction; ///< "list", "watch" or the name of a call
+    std::string fleetArgument;
+    std::vector<std::string> fleetGroups;
+    std::vector<std::string> fleetDevices;
+    std::string at;
+    bool everywhere = false;
+    std::string configuration; ///< a file
+    std::string broker;        ///< an URL
+    std::string ca;
+    std::string certificate;
+    std::string key;
+    std::string user;
+    std::string passwordFile;
 
     // history and missed
     std::string search;

@@ -4,6 +4,7 @@
 #include "cli/commands/CancelCommand.h"
 #include "cli/commands/DoctorCommand.h"
 #include "cli/commands/DoNotDisturbCommand.h"
+#include "cli/commands/fleet/FleetCommand.h"
 #include "cli/commands/HistoryCommands.h"
 #include "cli/commands/ListCommand.h"
 #include "cli/commands/NodeCommands.h"
@@ -37,6 +38,8 @@ std::unique_ptr<Command> Command::create(const Options &options, TavoClient &cli
         return std::make_unique<DoNotDisturbCommand>(options, client, terminal);
     case Options::Command::Rules:
         return std::make_unique<RulesCommand>(options, client, terminal);
+    case Options::Command::Fleet:
+        return FleetCommand::create(options, client, terminal);
     case Options::Command::Watch:
         return std::make_unique<WatchCommand>(options, client, terminal);
     case Options::Command::Get:

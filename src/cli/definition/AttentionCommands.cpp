@@ -4,12 +4,6 @@
 #include "cli/definition/Commands.h"
 
 namespace {
-bool isAction(const std::string &text)
-{
-    const auto sign = text.find('=');
-    return sign != std::string::npos && sign > 0 && sign + 1 < text.size();
-}
-
 bool isState(const std::string &text)
 {
     return text == "on" || text == "off" || text == "until";
@@ -62,11 +56,7 @@ std::vector<OptionDefinition> notificationOptions()
              ValueName::icon,
              "A name in an icon theme, an absolute path or a file: URI",
              &Options::icon},
-            {{"--action"},
-             ValueName::keyAndLabel,
-             "Something that people can choose; may be given more than once",
-             &Options::actions,
-             {isAction, "must be KEY=LABEL"}},
+            actionOption(),
             {{"--sound"},
              ValueName::file,
              "Play this too: a file, a URI, or - for standard input",

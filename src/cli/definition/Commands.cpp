@@ -99,10 +99,23 @@ OptionDefinition priorityOption()
             {isPriority, "must be low, normal, high, urgent or an integer"}};
 }
 
+OptionDefinition actionOption()
+{
+    const auto isAction = [](const std::string &text) {
+        const auto sign = text.find('=');
+        return sign != std::string::npos && sign > 0 && sign + 1 < text.size();
+    };
+    return {{"--action"},
+            ValueName::keyAndLabel,
+            "Something that people can choose; may be given more than once",
+            &Options::actions,
+            {isAction, "must be KEY=LABEL"}};
+}
+
 Definition commandLineDefinition()
 {
     Definition definition{programDefinition(), notificationCommands()};
-    for (auto more : {attentionCommands(), modelCommands(), overviewCommands()}) {
+    for (auto more : {attentionCommands(), fleetCommands(), modelCommands(), overviewCommands()}) {
         std::move(more.begin(), more.end(), std::back_inserter(definition.commands));
     }
     const OptionDefinition help{

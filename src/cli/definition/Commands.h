@@ -15,6 +15,7 @@ Definition commandLineDefinition();
 // page and completions list them in this order.
 std::vector<CommandDefinition> notificationCommands();
 std::vector<CommandDefinition> attentionCommands();
+std::vector<CommandDefinition> fleetCommands();
 std::vector<CommandDefinition> modelCommands();
 std::vector<CommandDefinition> overviewCommands();
 
@@ -29,6 +30,9 @@ ValueCheck notEmpty();
 
 /// The priority of a sound or a message.
 OptionDefinition priorityOption();
+
+/// "KEY=LABEL", more than once.
+OptionDefinition actionOption();
 
 /// The names of values in the help. The completions offer values by these names.
 namespace ValueName {
@@ -48,6 +52,12 @@ constexpr const char *time = "TIME";
 constexpr const char *keyAndLabel = "KEY=LABEL";
 constexpr const char *state = "STATE";
 constexpr const char *ruleTask = "TASK";
+constexpr const char *fleetAction = "ACTION";
+constexpr const char *argument = "ARGUMENT";
+constexpr const char *group = "GROUP";
+constexpr const char *device = "DEVICE";
+constexpr const char *url = "URL";
+constexpr const char *textOrJson = "TEXT|JSON";
 constexpr const char *fileOrTitle = "FILE|TITLE";
 constexpr const char *number = "N";
 constexpr const char *milliseconds = "MS";

@@ -16,6 +16,9 @@ std::string offeredWords(const std::string &valueName)
     if (valueName == ValueName::ruleTask) {
         return "list check test";
     }
+    if (valueName == ValueName::fleetAction) {
+        return "list watch show notify sound say cancel call ping";
+    }
     return valueName == ValueName::bus ? "session system" : "";
 }
 

@@ -90,8 +90,8 @@ TEST_F(ReferenceTest, HasEveryCommandOfTheDefinition)
 {
     EXPECT_THAT(definedCommands(),
                 testing::UnorderedElementsAre("sound", "show", "cancel", "list", "notify", "say",
-                                              "history", "missed", "dnd", "rules", "watch", "get",
-                                              "rows", "call", "tree", "status", "doctor"));
+                                              "history", "missed", "dnd", "rules", "fleet", "watch",
+                                              "get", "rows", "call", "tree", "status", "doctor"));
 }
 
 TEST_F(ReferenceTest, DescribesEverything)
