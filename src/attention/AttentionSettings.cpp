@@ -3,6 +3,7 @@
 
 #include "attention/AttentionSettings.h"
 
+#include "attention/GroupFromKey.h"
 #include "attention/JsonPosition.h"
 #include <base/Printable.h>
 
@@ -91,6 +92,7 @@ AttentionSettings AttentionSettings::read(TavoConfiguration configuration)
         configuration.section(QStringLiteral("doNotDisturb")), settings.zone);
     settings.rules = Rules::read(configuration, settings.zone);
     settings.rate = readRate(configuration.section(QStringLiteral("eachSource")));
+    settings.groupFrom = readGroupFrom(configuration).value_or(settings.groupFrom);
     configuration.finish();
     return settings;
 }

@@ -13,6 +13,7 @@ struct AttentionSettings
     DoNotDisturbSettings doNotDisturb;
     Rules rules;
     SourceRates::Limit rate;
+    int groupFrom = 5; ///< so many messages of a source are shown as one; 0: never
     QTimeZone zone;
 
     /// Without a file: no rules, and everything passes.

@@ -19,8 +19,7 @@ Decision Decision::of(AttentionInput input, const Rules &rules, const DoNotDistu
         decision.reason = QStringLiteral("a rule");
     }
     if (treatment.drop.value_or(false)) {
-        decision.silence(DoNotDisturbSettings::Silence::Both);
-        decision.reason = QStringLiteral("a rule");
+        decision.silence(QStringLiteral("a rule"));
         return decision;
     }
     if (!doNotDisturb.isOn(input.time)) {
@@ -41,6 +40,12 @@ Decision Decision::of(AttentionInput input, const Rules &rules, const DoNotDistu
 int Decision::timeout(int requested) const
 {
     return treatment.mustSee.value_or(false) ? 0 : treatment.timeout.value_or(requested);
+}
+
+void Decision::silence(const QString &why)
+{
+    silence(DoNotDisturbSettings::Silence::Both);
+    reason = why;
 }
 
 void Decision::silence(DoNotDisturbSettings::Silence silence)

@@ -17,8 +17,9 @@ struct Decision
     bool isShown = true;
     bool isHeard = true;
     bool isSpoken = false;
-    bool isQuiet = false; ///< kept from people because they do not want to be disturbed
-    QString reason;       ///< why it is kept from people, or passes all the same; may be empty
+    bool isRemembered = true; ///< by the history
+    bool isQuiet = false;     ///< kept from people because they do not want to be disturbed
+    QString reason;           ///< why it is kept from people, or passes all the same; may be empty
 
     /// Decides by the rules, and by do-not-disturb at the notification's time.
     static Decision of(AttentionInput input, const Rules &rules, const DoNotDisturb &doNotDisturb);
@@ -26,6 +27,11 @@ struct Decision
     /// How long its message is displayed, in ms, if its sender wants it to be this long; 0: until it is
     /// closed.
     int timeout(int requested) const;
+
+    bool isKept() const { return !isShown && !isHeard && !isSpoken; }
+
+    /// Keeps it from people.
+    void silence(const QString &why);
 
 private:
     void silence(DoNotDisturbSettings::Silence silence);

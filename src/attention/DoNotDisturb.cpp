@@ -8,8 +8,9 @@
 #include <algorithm>
 
 namespace {
-/// Of remembered notifications.
-constexpr int maxRemembered = 256;
+/// Of remembered notifications. Those of a source do not push out others'.
+constexpr int maxRememberedTitles = 32;
+constexpr int maxRememberedSources = 256;
 
 constexpr int maxRepeatSeconds = 86400;
 constexpr int msOfSecond = 1000;
@@ -82,11 +83,6 @@ std::optional<qint64> DoNotDisturb::nextChange(qint64 now) const
     return chosen->until != 0 ? std::optional(chosen->until) : std::nullopt;
 }
 
-QString DoNotDisturb::likeness(const AttentionInput &input)
-{
-    return input.source + QChar::Null + input.title;
-}
-
 QString DoNotDisturb::passes(const AttentionInput &input) const
 {
     if (input.priority >= m_settings.passingPriority) {
@@ -95,9 +91,10 @@ QString DoNotDisturb::passes(const AttentionInput &input) const
     if (m_settings.passingSources.match(input.source)) {
         return QStringLiteral("its source passes");
     }
-    const auto last = m_lastTimes.find(likeness(input));
-    const bool isRepeated = last != m_lastTimes.end() && *last <= input.time &&
-                            input.time - *last <= m_settings.repeatMs;
+    const Times times = m_lastTimes.value(input.source);
+    const auto last = times.find(input.title);
+    const bool isRepeated =
+        last != times.end() && *last <= input.time && input.time - *last <= m_settings.repeatMs;
     return isRepeated ? QStringLiteral("it came a second time") : QString();
 }
 
@@ -106,9 +103,18 @@ void DoNotDisturb::remember(const AttentionInput &input)
     if (m_settings.repeatMs == 0) {
         return;
     }
-    if (m_lastTimes.size() >= maxRemembered && !m_lastTimes.contains(likeness(input))) {
-        const auto oldest = std::min_element(m_lastTimes.begin(), m_lastTimes.end());
-        m_lastTimes.erase(oldest);
+    if (m_lastTimes.size() >= maxRememberedSources && !m_lastTimes.contains(input.source)) {
+        const auto latest = [](const Times &times) {
+            return *std::max_element(times.begin(), times.end());
+        };
+        m_lastTimes.erase(std::min_element(m_lastTimes.begin(), m_lastTimes.end(),
+                                           [&latest](const Times &left, const Times &right) {
+                                               return latest(left) < latest(right);
+                                           }));
     }
-    m_lastTimes.insert(likeness(input), input.time);
+    Times &times = m_lastTimes[input.source];
+    if (times.size() >= maxRememberedTitles && !times.contains(input.title)) {
+        times.erase(std::min_element(times.begin(), times.end()));
+    }
+    times.insert(input.title, input.time);
 }

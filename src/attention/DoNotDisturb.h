@@ -53,6 +53,9 @@ public:
     /// To switch it off during the times of the schedule counts until these times are over.
     void choose(const Choice &choice, qint64 now);
 
+    /// A choice of before a restart.
+    void restore(const Choice &choice) { m_choice = choice; }
+
     std::optional<Choice> choice(qint64 now) const;
 
     /// It is on as long as programs inhibit notifications, whatever schedule and choice say.
@@ -70,10 +73,10 @@ public:
     void remember(const AttentionInput &input);
 
 private:
-    static QString likeness(const AttentionInput &input);
-
     DoNotDisturbSettings m_settings;
     std::optional<Choice> m_choice;
     bool m_isInhibited = false;
-    QHash<QString, qint64> m_lastTimes; ///< of those that may be repeated
+
+    using Times = QHash<QString, qint64>;
+    QHash<QString, Times> m_lastTimes; ///< of those that may be repeated, by source and title
 };

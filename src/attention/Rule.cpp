@@ -3,6 +3,7 @@
 
 #include "attention/Rule.h"
 
+#include "attention/GroupFromKey.h"
 #include "attention/PriorityKey.h"
 
 #include <algorithm>
@@ -117,6 +118,7 @@ void Rule::readTreatment(TavoConfiguration configuration)
     m_treatment.timeout = timeout < 0 ? std::nullopt : std::optional(timeout);
     m_treatment.sound = readString(configuration, QStringLiteral("sound"));
     m_treatment.group = readString(configuration, QStringLiteral("group"));
+    m_treatment.groupFrom = readGroupFrom(configuration);
     m_treatment.chime = readString(configuration, QStringLiteral("chime"));
     m_treatment.mute = readBoolean(configuration, QStringLiteral("mute"));
     m_treatment.hide = readBoolean(configuration, QStringLiteral("hide"));

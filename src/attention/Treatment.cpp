@@ -34,6 +34,7 @@ void forEach(First &first, Second &second, Function function)
     function("timeout", first.timeout, second.timeout);
     function("sound", first.sound, second.sound);
     function("group", first.group, second.group);
+    function("groupFrom", first.groupFrom, second.groupFrom);
     function("chime", first.chime, second.chime);
     function("mute", first.mute, second.mute);
     function("hide", first.hide, second.hide);

@@ -16,6 +16,7 @@ struct Treatment
     std::optional<int> timeout{};    ///< ms on display; 0: until it is closed
     std::optional<QString> sound{};  ///< a path or a URI, in place of the sender's
     std::optional<QString> group{};  ///< its messages may be shown as one
+    std::optional<int> groupFrom{};  ///< so many messages are shown as one; 0: never
     std::optional<QString> chime{};  ///< played before the speech: a path or a URI
     std::optional<bool> mute{};      ///< no sound
     std::optional<bool> hide{};      ///< no message

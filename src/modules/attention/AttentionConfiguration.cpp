@@ -51,6 +51,8 @@ AttentionConfiguration::AttentionConfiguration(const QVariantHash &config)
     const QString settings = configuration.string(QStringLiteral("settings"), QString());
     settingsFiles = settings.isEmpty() ? AttentionSettings::defaultFiles() : QStringList{settings};
     history = readHistory(configuration.section(QStringLiteral("history")));
+    quietFile =
+        history.file.isEmpty() ? QString() : history.file + QLatin1String("-do-not-disturb.json");
     speech = readSpeech(configuration.section(QStringLiteral("speech")));
     configuration.finish();
 }

@@ -14,6 +14,7 @@ struct AttentionConfiguration
 {
     QStringList settingsFiles; ///< the first one that is there counts
     HistorySettings history;
+    QString quietFile; ///< beside the history; empty without one
     Speech::Settings speech;
 
     /// Throws the errors of TavoConfiguration.

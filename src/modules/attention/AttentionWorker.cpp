@@ -14,8 +14,16 @@ const log4cplus::Logger logger = log4cplus::Logger::getInstance("Attention");
 /// Of open notifications. What clients on a bus open is limited there.
 constexpr int maxOpen = 20000;
 
-/// The number of sources that a summary counts.
-constexpr int maxSources = 1000;
+/// So that no source keeps others from opening theirs.
+constexpr int maxOpenOfSource = 5000;
+
+/// Of the messages about floods.
+constexpr int maxFloodMessages = 1000;
+
+/// Of one flood, so that it does not push everything else out of the history.
+constexpr int maxRememberedOfFlood = 100;
+
+const QString tooMany = QStringLiteral("its source has sent too many");
 
 CMError error(const TrString &message)
 {
@@ -36,6 +44,12 @@ TavoAttentionItem itemOf(const CMSetDataRequest &request)
         .setApplication(item.application().left(maxNameLength))
         .setCategory(item.category().left(maxNameLength))
         .setGroup(item.group().left(maxNameLength));
+}
+
+/// The program's name for people.
+QString programOf(const TavoAttentionItem &item)
+{
+    return item.application().isEmpty() ? item.source() : item.application();
 }
 
 bool isEmpty(const TavoAttentionItem &item)
@@ -82,7 +96,7 @@ AttentionWorker::AttentionWorker(const QVariantHash &config,
                                  const AttentionConfiguration &configuration)
     : CMNodesWorker(config, QStringLiteral("Attention"))
     , m_rulesNode(new RulesNode(nodes(), configuration.settingsFiles.first()))
-    , m_quietTimes(nodes())
+    , m_quietTimes(nodes(), configuration.quietFile)
     , m_history(configuration.history)
     , m_historyNodes(nodes(), m_history, configuration.history.file)
     , m_speech(configuration.speech)
@@ -91,6 +105,8 @@ AttentionWorker::AttentionWorker(const QVariantHash &config,
     m_clock.start();
     watchSettings(configuration.settingsFiles);
     tavoConnect(&m_quietTimes, &QuietTimes::ended, this, &AttentionWorker::on_quietTimes_ended);
+    m_quietTimes.start();
+    tavoConnect(&m_floods, &Floods::over, this, &AttentionWorker::on_floods_over);
     tavoConnect(&m_history, &History::leftOpen, this, &AttentionWorker::on_history_leftOpen);
     bind(TavoAttentionNotifyPath(), &AttentionWorker::on_notify_activated);
     bind(TavoAttentionReplacePath(), &AttentionWorker::on_replace_activated);
@@ -165,6 +181,8 @@ void AttentionWorker::readSettings(const WatchedFile &file)
     }
     m_rulesNode->setRules(file.name(), names);
     m_rates.setLimit(m_settings.rate);
+    m_floods.setPeriod(m_settings.rate.periodMs);
+    m_items.setGroupFrom(m_settings.groupFrom);
     m_quietTimes.setSettings(m_settings.doNotDisturb);
     LOG4CPLUS_INFO(logger, "Read " << file.name() << ", rules: " << names.size());
 }
@@ -178,17 +196,24 @@ Decision AttentionWorker::decide(const TavoAttentionItem &item)
     return decision;
 }
 
-void AttentionWorker::limitRate(SourceRates &rates, const TavoAttentionItem &item,
-                                Decision &decision) const
+bool AttentionWorker::isOverRate(SourceRates &rates, const TavoAttentionItem &item,
+                                 const Decision &decision) const
 {
     const bool isUrgent = decision.priority >= TavoNotificationItemPriority::Urgent;
-    if (isUrgent || rates.take(item.source(), m_clock.elapsed())) {
+    return !isUrgent && !rates.take(item.source(), m_clock.elapsed());
+}
+
+void AttentionWorker::limitRate(const TavoAttentionItem &item, Decision &decision)
+{
+    if (!isOverRate(m_rates, item, decision)) {
         return;
     }
-    decision.isShown = false;
-    decision.isHeard = false;
-    decision.isSpoken = false;
-    decision.reason = QStringLiteral("its source has sent too many");
+    const bool wasKept = decision.isKept();
+    const int count = m_floods.count(item.source(), programOf(item), !wasKept);
+    decision.isRemembered = count <= maxRememberedOfFlood;
+    if (!wasKept) {
+        decision.silence(tooMany);
+    }
 }
 
 void AttentionWorker::on_notify_activated(const CMSetDataRequest &request)
@@ -204,14 +229,14 @@ void AttentionWorker::on_notify_activated(const CMSetDataRequest &request)
         request.reply().setError(error(TAVO_TR("A notification with this id is open")));
         return;
     }
-    if (m_items.count() >= maxOpen) {
+    if (m_items.count() >= maxOpen || m_items.count(item.source()) >= maxOpenOfSource) {
         request.reply().setError(error(TAVO_TR("There are too many notifications")));
         return;
     }
     Decision decision = decide(item);
-    limitRate(m_rates, item, decision);
-    if (decision.isQuiet && m_missedInQuiet.size() < maxSources) {
-        ++m_missedInQuiet[item.application().isEmpty() ? item.source() : item.application()];
+    limitRate(item, decision);
+    if (decision.isQuiet) {
+        m_quietTimes.countMissed(programOf(item), 1);
     }
     TavoAttentionOutcome outcome = m_items.open(item, decision);
     outcome.setRules(namesOf(m_settings.rules, decision.rules));
@@ -258,7 +283,9 @@ void AttentionWorker::on_try_activated(const CMSetDataRequest &request)
     const AttentionInput input = inputOf(item);
     Decision decision = Decision::of(input, m_settings.rules, m_quietTimes.doNotDisturb());
     SourceRates rates = m_rates; // a trial counts nothing
-    limitRate(rates, item, decision);
+    if (isOverRate(rates, item, decision) && !decision.isKept()) {
+        decision.silence(tooMany);
+    }
     TavoList<TavoAttentionVerdict> verdicts;
     auto applied = decision.rules.begin();
     for (std::size_t index = 0; index < m_settings.rules.list().size(); ++index) {
@@ -288,9 +315,43 @@ void AttentionWorker::on_try_activated(const CMSetDataRequest &request)
             .__variant());
 }
 
-void AttentionWorker::on_quietTimes_ended()
+void AttentionWorker::on_floods_over(const QString &source, const QString &application, int count)
 {
-    const auto missed = std::exchange(m_missedInQuiet, {});
+    if (m_quietTimes.isOn()) {
+        m_quietTimes.countMissed(application, count);
+        return;
+    }
+    if (m_floodMessages.size() >= maxFloodMessages) {
+        m_floodMessages.clear();
+    }
+    FloodMessage &message = m_floodMessages[source];
+    const bool isOpen = m_items.isOpen(message.id);
+    if (!isOpen) {
+        message = {tavoGenerateUuid(), 0};
+    }
+    message.count += count;
+    QString title = QStringLiteral("%1 more").arg(message.count);
+    if (!application.isEmpty()) {
+        title += QStringLiteral(" of ") + application;
+    }
+    const auto item = TavoAttentionItem()
+                          .setId(message.id)
+                          .setTitle(title)
+                          .setText(TAVO_TR("They came too fast to be shown."))
+                          .setApplication(application)
+                          .setSource(source);
+    Decision decision;
+    decision.priority = TavoNotificationItemPriority::Low;
+    decision.treatment.groupFrom = 0;
+    if (isOpen) {
+        m_items.replace(item, decision);
+    } else {
+        m_items.open(item, decision);
+    }
+}
+
+void AttentionWorker::on_quietTimes_ended(const QMap<QString, int> &missed)
+{
     if (missed.isEmpty() || !m_settings.doNotDisturb.hasSummary) {
         return;
     }

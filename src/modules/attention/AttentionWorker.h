@@ -4,6 +4,7 @@
 #pragma once
 
 #include "AttentionConfiguration.h"
+#include "Floods.h"
 #include "HistoryNodes.h"
 #include "OpenItems.h"
 #include "QuietTimes.h"
@@ -12,6 +13,7 @@
 #include <core/tavo.h>
 
 #include <QElapsedTimer>
+#include <QHash>
 #include <QMap>
 
 #include <attention/AttentionSettings.h>
@@ -38,7 +40,8 @@ private Q_SLOTS:
     void on_try_activated(const CMSetDataRequest &request);
     void on_settingsFile_changed(const WatchedFile &file);
     void on_settingsFile_vanished(const WatchedFile &file);
-    void on_quietTimes_ended();
+    void on_quietTimes_ended(const QMap<QString, int> &missed);
+    void on_floods_over(const QString &source, const QString &application, int count);
     void on_history_leftOpen(const QVector<HistoryEntry> &entries);
 
 private:
@@ -52,8 +55,10 @@ private:
     void readSettings(const WatchedFile &file);
     Decision decide(const TavoAttentionItem &item);
 
-    /// Keeps it from people if its source has sent too many.
-    void limitRate(SourceRates &rates, const TavoAttentionItem &item, Decision &decision) const;
+    /// Whether its source has sent too many.
+    bool isOverRate(SourceRates &rates, const TavoAttentionItem &item,
+                    const Decision &decision) const;
+    void limitRate(const TavoAttentionItem &item, Decision &decision);
 
     std::vector<std::unique_ptr<WatchedFile>> m_settingsFiles;
     AttentionSettings m_settings;
@@ -66,5 +71,13 @@ private:
     HistoryNodes m_historyNodes;
     Speech m_speech;
     OpenItems m_items;
-    QMap<QString, int> m_missedInQuiet; ///< by application
+
+    /// The message that tells of a source's floods.
+    struct FloodMessage
+    {
+        QString id;
+        int count;
+    };
+    Floods m_floods;
+    QHash<QString, FloodMessage> m_floodMessages; ///< by source
 };

@@ -8,6 +8,7 @@
 
 #include <QFile>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -29,13 +30,14 @@ TavoAttentionEnd::Enum endOf(TavoNotificationDisplayEnd::Enum end)
     return TavoAttentionEnd::Failed;
 }
 
-HistoryEntry::State stateOf(TavoAttentionEnd::Enum end, bool wasShown)
+/// The state of what has ended. If its time ran out on display, nobody may have seen it.
+HistoryEntry::State stateOf(TavoAttentionEnd::Enum end, bool mayBeMissed)
 {
     using State = HistoryEntry::State;
     switch (end) {
     case TavoAttentionEnd::Expired:
         // A sound that has played to its end was heard.
-        return wasShown ? State::Expired : State::Seen;
+        return mayBeMissed ? State::Expired : State::Seen;
     case TavoAttentionEnd::Closed:
     case TavoAttentionEnd::Dismissed:
         return State::Dismissed;
@@ -123,7 +125,10 @@ OpenItems::OpenItems(CMNodes *nodes, History &history, Speech &speech)
     , m_speech(speech)
     , m_ended(CMValueNode::create(nodes, TavoAttentionEndedPath()))
     , m_responsePath(QStringLiteral("/attention/soundResponse"))
+    , m_groups(nodes)
 {
+    tavoConnect(&m_groups, &MessageGroups::ended, this, &OpenItems::on_groups_ended);
+    tavoConnect(&m_groups, &MessageGroups::opened, this, &OpenItems::on_groups_opened);
     CMActivateNode::create(nodes, m_responsePath)
         ->setInvoke(this, &OpenItems::on_sound_responded, Qt::QueuedConnection);
     CMRoot()->connectValueChange(TavoNotificationDisplayEndedPath(), this,
@@ -148,7 +153,9 @@ OpenItems::~OpenItems()
 TavoAttentionOutcome OpenItems::open(const TavoAttentionItem &item, const Decision &decision)
 {
     Entry &entry = insert(item, decision);
-    entry.number = m_history.add(historyEntryOf(item, decision));
+    if (decision.isRemembered) {
+        entry.number = m_history.add(historyEntryOf(item, decision));
+    }
     if (decision.isShown &&
         (!item.title().isEmpty() || !item.text().isEmpty() || !item.path().isEmpty())) {
         show(entry);
@@ -167,7 +174,7 @@ void OpenItems::openAgain(const HistoryEntry &entry)
 {
     Decision decision;
     decision.priority = TavoNotificationItemPriority::Enum(entry.priority);
-    decision.treatment.timeout = 0;
+    decision.treatment.mustSee = true;
     const TavoAttentionItem item = itemOf(entry);
     if (isOpen(item.id())) {
         return;
@@ -181,17 +188,12 @@ TavoAttentionOutcome OpenItems::replace(const TavoAttentionItem &item, const Dec
 {
     Entry &entry = *m_entries.find(item.id());
     const TavoAttentionItem previous = std::exchange(entry.item, item);
+    entry.item.setSource(previous.source()); // nothing is of another program all of a sudden
     const Decision decided = std::exchange(entry.decision, decision);
-    const bool isOnDisplay = !entry.request.isEmpty();
-    if (isOnDisplay && decision.isShown) {
-        if (entry.node) {
-            fillNode(entry);
-        }
-        if (decided.priority != decision.priority || previous.timeout() != item.timeout()) {
-            hide(entry);
-            requestDisplay(entry);
-        }
-    } else if (isOnDisplay) {
+    if (entry.isShown() && decision.isShown) {
+        changeShown(entry,
+                    decided.priority != decision.priority || previous.timeout() != item.timeout());
+    } else if (entry.isShown()) {
         hide(entry);
         messageEnded(entry, TavoAttentionEnd::Silenced);
     } else if (decision.isShown) {
@@ -208,6 +210,7 @@ TavoAttentionOutcome OpenItems::replace(const TavoAttentionItem &item, const Dec
 
 OpenItems::Entry &OpenItems::insert(const TavoAttentionItem &item, const Decision &decision)
 {
+    ++m_counts[item.source()];
     return *m_entries.insert(item.id(), Entry{item, decision});
 }
 
@@ -215,7 +218,7 @@ TavoAttentionOutcome OpenItems::outcomeOf(const Entry &entry) const
 {
     return TavoAttentionOutcome()
         .setId(entry.item.id())
-        .setShown(!entry.request.isEmpty())
+        .setShown(entry.isShown())
         .setSounding(!entry.sounds.isEmpty() || entry.awaitedSpeech != 0)
         .setReason(entry.decision.reason);
 }
@@ -231,7 +234,141 @@ void OpenItems::show(Entry &entry)
         fillNode(entry);
         entry.path = entry.node->path();
     }
+    showInPile(entry);
+}
+
+void OpenItems::changeShown(Entry &entry, bool isQueuedAnew)
+{
+    if (entry.node) {
+        fillNode(entry);
+    }
+    const bool staysInPile = entry.pile == pileOf(entry);
+    if (entry.isFolded && staysInPile) {
+        m_groups.change(entry.pile, memberOf(entry));
+    } else if (entry.isFolded) {
+        leavePile(entry);
+        showInPile(entry);
+    } else {
+        if (!staysInPile) {
+            leavePile(entry);
+        }
+        if (isQueuedAnew) {
+            hide(entry);
+            requestDisplay(entry);
+        }
+    }
+}
+
+int OpenItems::groupFrom(const Entry &entry) const
+{
+    return entry.decision.treatment.groupFrom.value_or(m_groupFrom);
+}
+
+QString OpenItems::pileOf(const Entry &entry) const
+{
+    const Treatment &treatment = entry.decision.treatment;
+    if (groupFrom(entry) == 0 || entry.isOpened() || treatment.mustSee.value_or(false) ||
+        entry.decision.priority >= TavoNotificationItemPriority::Urgent) {
+        return {};
+    }
+    // A rule may group what comes from several programs. A program can't: it would hide others' messages.
+    return treatment.group ? QStringLiteral("rule") + QChar::Null + *treatment.group
+                           : QStringLiteral("source") + QChar::Null + entry.item.source() +
+                                 QChar::Null + entry.item.group();
+}
+
+void OpenItems::showInPile(Entry &entry)
+{
+    const QString id = entry.item.id();
+    entry.pile = pileOf(entry);
+    if (entry.pile.isEmpty()) {
+        requestDisplay(entry);
+    } else if (m_groups.contains(entry.pile)) {
+        fold(entry.pile, {id});
+    } else if (m_piles[entry.pile].size() + 1 >= groupFrom(entry)) {
+        fold(entry.pile, m_piles.take(entry.pile) << id);
+    } else {
+        m_piles[entry.pile].append(id);
+        requestDisplay(entry);
+    }
+}
+
+void OpenItems::fold(const QString &pile, const QStringList &ids)
+{
+    QVector<MessageGroups::Member> members;
+    for (const QString &id : ids) {
+        Entry &entry = *m_entries.find(id);
+        if (!entry.request.isEmpty()) {
+            hide(entry);
+        }
+        entry.isFolded = true;
+        members.append(memberOf(entry));
+    }
+    const Entry &first = *m_entries.find(ids.first());
+    const QString &application =
+        first.item.application().isEmpty() ? first.item.source() : first.item.application();
+    m_groups.add(pile, first.decision.treatment.group.value_or(application), members);
+}
+
+MessageGroups::Member OpenItems::memberOf(const Entry &entry)
+{
+    TrString title = entry.item.title();
+    if (title.isEmpty()) {
+        title =
+            entry.item.text().isEmpty() ? TrString(entry.item.application()) : entry.item.text();
+    }
+    return {entry.item.id(), title, entry.decision.priority,
+            entry.decision.timeout(entry.item.timeout())};
+}
+
+void OpenItems::leavePile(Entry &entry)
+{
+    const QString pile = std::exchange(entry.pile, {});
+    const QString id = entry.item.id();
+    if (pile.isEmpty()) {
+        return;
+    }
+    if (!entry.isFolded) {
+        QStringList &others = m_piles[pile];
+        others.removeOne(id);
+        if (others.isEmpty()) {
+            m_piles.remove(pile);
+        }
+        return;
+    }
+    entry.isFolded = false;
+    m_groups.remove(pile, id);
+    const QStringList left = m_groups.members(pile);
+    if (left.size() == 1) {
+        // One message is no group.
+        m_groups.remove(pile, left.first());
+        Entry &last = *m_entries.find(left.first());
+        last.isFolded = false;
+        m_piles.insert(pile, left);
+        requestDisplay(last);
+    }
+}
+
+void OpenItems::on_groups_opened(const QString &id)
+{
+    Entry &entry = *m_entries.find(id);
+    // So that it is shown at once, and the group again afterwards.
+    entry.openedPriority = std::max(int(m_groups.priority(entry.pile)) + 1, 0);
+    leavePile(entry);
     requestDisplay(entry);
+}
+
+void OpenItems::on_groups_ended(const QStringList &ids, TavoNotificationDisplayEnd::Enum end)
+{
+    for (const QString &id : ids) {
+        Entry &entry = *m_entries.find(id);
+        entry.isFolded = false;
+        entry.pile.clear();
+    }
+    for (const QString &id : ids) {
+        messageEnded(*m_entries.find(id), endOf(end));
+        finishIfOver(id);
+    }
 }
 
 void OpenItems::fillNode(Entry &entry)
@@ -245,15 +382,22 @@ void OpenItems::fillNode(Entry &entry)
 
 void OpenItems::requestDisplay(Entry &entry)
 {
-    // A requester with a node of its own knows the display's reports by its own id. No other request has
-    // the others, not even one that this module made before it was loaded again.
-    entry.request = entry.node ? tavoGenerateUuid() : entry.item.id();
+    // A requester with a node of its own knows the display's reports by its own id, to which a number is
+    // added when it is displayed again. No other request has the others, not even one that this module
+    // made before it was loaded again.
+    ++entry.requests;
+    entry.request = entry.node ? tavoGenerateUuid()
+                    : entry.requests == 1
+                        ? entry.item.id()
+                        : entry.item.id() + QLatin1Char('/') + QString::number(entry.requests);
     m_requests.insert(entry.request, entry.item.id());
-    const auto item = TavoNotificationDisplayItem()
-                          .setId(entry.request)
-                          .setPath(entry.path)
-                          .setPriority(entry.decision.priority)
-                          .setTimeout(entry.decision.timeout(entry.item.timeout()));
+    const auto item =
+        TavoNotificationDisplayItem()
+            .setId(entry.request)
+            .setPath(entry.path)
+            .setPriority(std::max(entry.decision.priority,
+                                  TavoNotificationItemPriority::Enum(entry.openedPriority)))
+            .setTimeout(entry.decision.timeout(entry.item.timeout()));
     const CMReply<QVariant> reply;
     reply.addWatcher(
         this,
@@ -267,6 +411,9 @@ void OpenItems::requestDisplay(Entry &entry)
 
 void OpenItems::hide(Entry &entry)
 {
+    if (entry.isFolded) {
+        return;
+    }
     m_requests.remove(entry.request);
     entry.request.clear();
     cancelOnDisplay(entry.path);
@@ -363,7 +510,7 @@ void OpenItems::on_speech_made(const QString &id, int number, const Result<QStri
     entry->awaitedSpeech = 0;
     if (const auto *failure = std::get_if<Failure>(&made)) {
         LOG4CPLUS_WARN(logger, "Notification " << id << " is not read aloud: " << failure->reason);
-        if (entry->request.isEmpty() && entry->end == TavoAttentionEnd::Unknown) {
+        if (!entry->isShown() && entry->end == TavoAttentionEnd::Unknown) {
             entry->end = TavoAttentionEnd::Failed;
         }
         finishIfOver(id);
@@ -417,8 +564,7 @@ void OpenItems::on_sound_responded(const CMSetDataRequest &request)
         return;
     }
     const auto entry = m_entries.find(sound->notification);
-    if (entry != m_entries.end() && entry->end == TavoAttentionEnd::Unknown &&
-        entry->request.isEmpty()) {
+    if (entry != m_entries.end() && entry->end == TavoAttentionEnd::Unknown && !entry->isShown()) {
         entry->end = response.type() == TavoNotificationPlayerResponseType::Finished
                          ? TavoAttentionEnd::Expired
                      : response.type() == TavoNotificationPlayerResponseType::Failed
@@ -452,7 +598,7 @@ void OpenItems::close(const QString &id, TavoAttentionEnd::Enum end, const QStri
     const auto entry = m_entries.find(id);
     Q_ASSERT(entry != m_entries.end());
     entry->action = action;
-    if (!entry->request.isEmpty()) {
+    if (entry->isShown()) {
         hide(*entry);
     }
     messageEnded(*entry, end);
@@ -461,6 +607,7 @@ void OpenItems::close(const QString &id, TavoAttentionEnd::Enum end, const QStri
 
 void OpenItems::messageEnded(Entry &entry, TavoAttentionEnd::Enum end)
 {
+    leavePile(entry);
     m_requests.remove(entry.request);
     entry.request.clear();
     entry.end = end;
@@ -477,7 +624,7 @@ void OpenItems::messageEnded(Entry &entry, TavoAttentionEnd::Enum end)
 void OpenItems::finishIfOver(const QString &id)
 {
     const auto found = m_entries.find(id);
-    if (!found->request.isEmpty() || !found->sounds.isEmpty() || found->awaitsSound ||
+    if (found->isShown() || !found->sounds.isEmpty() || found->awaitsSound ||
         found->awaitedSpeech != 0) {
         return;
     }
@@ -486,14 +633,21 @@ void OpenItems::finishIfOver(const QString &id)
         entry.end = TavoAttentionEnd::Silenced; // nothing of it has reached people
     }
     m_entries.erase(found);
+    const auto count = m_counts.find(entry.item.source());
+    if (--*count == 0) {
+        m_counts.erase(count);
+    }
     if (entry.node) {
         entry.node->dispose();
     }
     if (!entry.privateSpeech.isEmpty()) {
         QFile::remove(entry.privateSpeech);
     }
-    m_history.change(entry.number, stateOf(entry.end, entry.shownUntil != 0), entry.action,
-                     AlarmClock::now());
+    const bool mayBeMissed = entry.shownUntil != 0 && !entry.isOpened();
+    if (entry.number != 0) {
+        m_history.change(entry.number, stateOf(entry.end, mayBeMissed), entry.action,
+                         AlarmClock::now());
+    }
     m_ended->setValue(TavoValue().setAttentionEnded(TavoAttentionEnded()
                                                         .setId(id)
                                                         .setEnd(entry.end)
@@ -509,6 +663,7 @@ void OpenItems::on_display_ended(const CMPath & /*path*/, const QVariant &value)
     const QString id = m_requests.value(ended.id());
     const auto entry = m_entries.find(id);
     if (entry == m_entries.end()) {
+        m_groups.displayEnded(ended);
         return;
     }
     messageEnded(*entry, endOf(ended.end()));
@@ -520,10 +675,11 @@ void OpenItems::on_queue_nodeChanged(const CMPath & /*path*/, bool published)
     if (published) {
         return;
     }
+    m_groups.displayGone();
     const QStringList ids = m_entries.keys();
     for (const QString &id : ids) {
         Entry &entry = m_entries[id];
-        if (!entry.request.isEmpty()) {
+        if (entry.isShown()) {
             messageEnded(entry, TavoAttentionEnd::Failed);
             finishIfOver(id);
         }

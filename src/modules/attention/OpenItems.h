@@ -4,6 +4,7 @@
 #pragma once
 
 #include "history/History.h"
+#include "MessageGroups.h"
 #include "speech/Speech.h"
 #include <base/MessageNode.h>
 #include <core/tavo.h>
@@ -18,7 +19,8 @@
 /// The notifications that are open: their messages on the display, and their sounds.
 ///
 /// Owned by the worker, used in its thread. Nothing waits for another module. Each notification ends once,
-/// when both its message and its sounds have ended.
+/// when both its message and its sounds have ended. If the messages of a source pile up, they are shown as
+/// one; urgent ones and those that must be seen are never among them.
 class OpenItems : public QObject
 {
     Q_OBJECT
@@ -29,6 +31,10 @@ public:
 
     bool isOpen(const QString &id) const { return m_entries.contains(id); }
     int count() const { return m_entries.size(); }
+    int count(const QString &source) const { return m_counts.value(source); }
+
+    /// From how many messages on those of a source are shown as one; 0: never. Counts for those that come.
+    void setGroupFrom(int count) { m_groupFrom = count; }
 
     /// Opens a notification, whose id is not open, as decided.
     TavoAttentionOutcome open(const TavoAttentionItem &item, const Decision &decision);
@@ -49,6 +55,8 @@ public:
 
 private Q_SLOTS:
     void on_display_ended(const CMPath &path, const QVariant &value);
+    void on_groups_ended(const QStringList &ids, TavoNotificationDisplayEnd::Enum end);
+    void on_groups_opened(const QString &id);
     void on_queue_nodeChanged(const CMPath &path, bool published);
     void on_player_nodeChanged(const CMPath &path, bool published);
     void on_sound_responded(const CMSetDataRequest &request);
@@ -62,7 +70,11 @@ private:
         qint64 number = 0;                 ///< in the history
         CMPath path{};                     ///< of its message
         std::optional<MessageNode> node{}; ///< if the requester has none of its own
-        QString request{};        ///< the id of the request to show it; empty if it is not shown
+        QString request{};     ///< the id of the request to show it; empty if it is not shown alone
+        int requests = 0;      ///< to show it
+        QString pile{};        ///< those that may be shown as one with it; empty: it is shown alone
+        bool isFolded = false; ///< shown as one with others
+        int openedPriority = -1;  ///< on display, once a person has opened it in its group
         bool awaitsSound = false; ///< its requester sends one, or says that there is none
         QString privateSpeech{};  ///< a file that goes when the notification has ended
         int awaitedSpeech = 0;    ///< the number of the speech that is being made; 0: none
@@ -71,6 +83,9 @@ private:
         QString action{};
         qint64 shownUntil = 0;
         qint64 heardUntil = 0;
+
+        bool isShown() const { return !request.isEmpty() || isFolded; }
+        bool isOpened() const { return openedPriority >= 0; }
     };
     using Entries = QHash<QString, Entry>;
 
@@ -85,6 +100,20 @@ private:
     TavoAttentionOutcome outcomeOf(const Entry &entry) const;
 
     void show(Entry &entry);
+
+    /// Which messages may be shown as one with it.
+    QString pileOf(const Entry &entry) const;
+    int groupFrom(const Entry &entry) const;
+
+    /// Shows it alone, or as one with those of its pile.
+    void showInPile(Entry &entry);
+    void fold(const QString &pile, const QStringList &ids);
+    static MessageGroups::Member memberOf(const Entry &entry);
+
+    /// Its message is no longer one of its pile.
+    void leavePile(Entry &entry);
+
+    void changeShown(Entry &entry, bool isQueuedAnew);
     void fillNode(Entry &entry);
     void hide(Entry &entry);
     void requestDisplay(Entry &entry);
@@ -109,9 +138,13 @@ private:
     Speech &m_speech;
     CMValueNode *m_ended;
     CMPath m_responsePath;
-    Entries m_entries;                  ///< by id
-    QHash<QString, QString> m_requests; ///< ids of notifications, by the requests to show them
-    QHash<QString, Sound> m_sounds;     ///< by id
+    Entries m_entries;                   ///< by id
+    QHash<QString, int> m_counts;        ///< of open ones, by source
+    QHash<QString, QString> m_requests;  ///< ids of notifications, by the requests to show them
+    QHash<QString, QStringList> m_piles; ///< ids of those that are shown alone, by pile
+    MessageGroups m_groups;              ///< by pile
+    int m_groupFrom = 0;
+    QHash<QString, Sound> m_sounds; ///< by id
     quint64 m_lastMessage = 0;
     int m_lastSpeech = 0;
     qint64 m_ends = 0;

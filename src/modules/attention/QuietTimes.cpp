@@ -14,27 +14,72 @@ constexpr int maxInhibitions = 1000;
 constexpr int maxNameLength = 256;
 constexpr int maxReasonLength = 1000;
 
+constexpr int saveDelayMs = 1000;
+
+/// That are counted.
+constexpr int maxPrograms = 1000;
+
 CMError error(const TrString &message)
 {
     return {QStringLiteral("Attention"), message};
 }
 } // namespace
 
-QuietTimes::QuietTimes(CMNodes *nodes)
-    : m_node(CMValueNode::create(nodes, TavoAttentionDoNotDisturbPath()))
+QuietTimes::QuietTimes(CMNodes *nodes, const QString &file)
+    : m_file(file)
+    , m_node(CMValueNode::create(nodes, TavoAttentionDoNotDisturbPath()))
 {
+    const QuietMemory memory = QuietMemory::read(m_file);
+    m_missed = memory.missed;
+    if (memory.choice) {
+        m_doNotDisturb.restore(*memory.choice);
+    }
+    // If it is over by now, it has ended while the host did not run.
+    m_isOn = !m_missed.isEmpty();
+    m_save.setSingleShot(true);
+    m_save.setInterval(saveDelayMs);
+    tavoConnect(&m_save, &QTimer::timeout, this, &QuietTimes::save);
     CMActivateNode::create(nodes, TavoAttentionSetDoNotDisturbPath())
         ->setInvoke(this, &QuietTimes::on_set_activated, Qt::QueuedConnection);
     CMActivateNode::create(nodes, TavoAttentionInhibitPath())
         ->setInvoke(this, &QuietTimes::on_inhibit_activated, Qt::QueuedConnection);
     tavoConnect(&m_alarm, &AlarmClock::rang, this, &QuietTimes::update);
+}
+
+QuietTimes::~QuietTimes()
+{
+    if (m_save.isActive()) {
+        save();
+    }
+}
+
+void QuietTimes::start()
+{
+    m_isStarted = true;
     update();
+}
+
+void QuietTimes::countMissed(const QString &program, int count)
+{
+    if (m_missed.size() < maxPrograms || m_missed.contains(program)) {
+        m_missed[program] += count;
+        if (!m_save.isActive()) {
+            m_save.start();
+        }
+    }
+}
+
+void QuietTimes::save()
+{
+    QuietMemory{m_doNotDisturb.choice(AlarmClock::now()), m_missed}.write(m_file);
 }
 
 void QuietTimes::setSettings(const DoNotDisturbSettings &settings)
 {
     m_doNotDisturb.setSettings(settings);
-    update();
+    if (m_isStarted) {
+        update();
+    }
 }
 
 void QuietTimes::on_set_activated(const CMSetDataRequest &request)
@@ -55,6 +100,7 @@ void QuietTimes::on_set_activated(const CMSetDataRequest &request)
         m_inhibitions.clear();
     }
     update();
+    save();
     request.reply().setValue(QVariant());
 }
 
@@ -105,7 +151,9 @@ void QuietTimes::update()
     if (std::exchange(m_isOn, isOn) != isOn) {
         LOG4CPLUS_INFO(logger, "Do-not-disturb is " << (isOn ? "on" : "off"));
         if (!isOn) {
-            Q_EMIT ended();
+            const auto missed = std::exchange(m_missed, {});
+            save();
+            Q_EMIT ended(missed);
         }
     }
 }

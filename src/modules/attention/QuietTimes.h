@@ -4,14 +4,17 @@
 #pragma once
 
 #include "AlarmClock.h"
+#include "QuietMemory.h"
 #include <core/tavo.h>
 
 #include <QMap>
 #include <QObject>
+#include <QTimer>
 
 #include <attention/DoNotDisturb.h>
 
-/// Publishes whether people want to be disturbed, and takes their choices.
+/// Publishes whether people want to be disturbed, takes their choices, and counts what they miss. Choices and
+/// counts outlast a restart.
 ///
 /// Owned by the worker, used in its thread.
 class QuietTimes : public QObject
@@ -19,19 +22,31 @@ class QuietTimes : public QObject
     Q_OBJECT
 
 public:
-    explicit QuietTimes(CMNodes *nodes);
+    /// The file may be empty: then nothing outlasts a restart.
+    QuietTimes(CMNodes *nodes, const QString &file);
+    ~QuietTimes() override;
 
     DoNotDisturb &doNotDisturb() { return m_doNotDisturb; }
 
+    bool isOn() const { return m_isOn; }
+
     void setSettings(const DoNotDisturbSettings &settings);
 
+    /// Publishes the state from now on. Called once, after the settings have been read.
+    void start();
+
+    /// So many of a program were kept from people.
+    void countMissed(const QString &program, int count);
+
 Q_SIGNALS:
-    /// A time without disturbance is over.
-    void ended();
+    /// A time without disturbance is over, perhaps while the host did not run. So many were kept from people,
+    /// by program.
+    void ended(const QMap<QString, int> &missed);
 
 private Q_SLOTS:
     void on_set_activated(const CMSetDataRequest &request);
     void on_inhibit_activated(const CMSetDataRequest &request);
+    void save();
 
 private:
     TavoAttentionDoNotDisturb state(qint64 now) const;
@@ -39,9 +54,13 @@ private:
     /// Publishes the state, and sets the alarm for its next change.
     void update();
 
+    const QString m_file;
     DoNotDisturb m_doNotDisturb;
     QMap<QString, TavoAttentionInhibition> m_inhibitions; ///< by id
+    QMap<QString, int> m_missed;
     bool m_isOn = false;
+    bool m_isStarted = false;
     CMValueNode *m_node; ///< owned by the node set
     AlarmClock m_alarm;
+    QTimer m_save; ///< many counts cost one write
 };

@@ -3,6 +3,8 @@
 
 #include "module/attention/AttentionModuleTest.h"
 
+#include <algorithm>
+
 namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -184,5 +186,47 @@ TEST_F(AttentionNotifyTest, KeepsFloodsOfASourceFromPeople)
     EXPECT_EQ(endOf("3"_s).end(), End::Silenced);
     EXPECT_TRUE(notify(message("other"_s, "chat"_s)).shown());
     EXPECT_TRUE(notify(message("fire"_s).setPriority(Priority::Urgent)).shown());
+}
+
+TEST_F(AttentionNotifyTest, TellsHowManyMoreCameInAFlood)
+{
+    setSettings(R"({"groupFrom": 0, "eachSource": {"messages": 1, "seconds": 1}})");
+    int more = 0;
+    const auto flood = [this, &more] {
+        for (int number = 0; number < 5; ++number) {
+            const auto outcome = notify(message("mail"_s).setId({}));
+            more += outcome.shown() ? 0 : 1;
+        }
+    };
+    const auto isTold = [&more] {
+        return waitFor([&more] {
+            const auto titles = displayed();
+            const QString expected = QString::number(more) + " more of mail"_s;
+            return std::count(titles.begin(), titles.end(), expected) == 1;
+        });
+    };
+    flood();
+    EXPECT_TRUE(isTold());
+    flood();
+    EXPECT_TRUE(isTold());
+    EXPECT_EQ(displayed().size(), std::size_t(10 - more + 1)) << "in the same message";
+    EXPECT_EQ(history().size(), 11U) << "nothing is lost";
+}
+
+TEST_F(AttentionNotifyTest, KeepsAFloodFromFillingTheHistory)
+{
+    setSettings(R"({"eachSource": {"messages": 1, "seconds": 3600}})");
+    for (int number = 0; number < 110; ++number) {
+        notify(message("mail"_s).setId({}));
+    }
+    EXPECT_EQ(history(TavoAttentionQuery().setLimit(200)).size(), 101U);
+}
+
+TEST_F(AttentionNotifyTest, CountsNoFloodOfWhatRulesDrop)
+{
+    setSettings(R"({"eachSource": {"messages": 1, "seconds": 1},
+                    "rules": [{"name": "nothing", "then": {"drop": true}}]})");
+    notify(message("1"_s));
+    EXPECT_EQ(notify(message("2"_s)).reason(), "a rule"_s);
 }
 } // namespace

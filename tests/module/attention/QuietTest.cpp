@@ -4,6 +4,7 @@
 #include "module/attention/AttentionModuleTest.h"
 
 #include <QDateTime>
+#include <QFile>
 
 namespace {
 using testing::ElementsAre;
@@ -92,6 +93,66 @@ TEST_F(AttentionQuietTest, SumsUpNothingIfNothingCame)
     setDoNotDisturb(false);
     settle();
     EXPECT_THAT(displayed(), IsEmpty());
+}
+
+TEST_F(AttentionQuietTest, KeepsAChoiceOverARestart)
+{
+    setDoNotDisturb(true);
+    load();
+    EXPECT_TRUE(doNotDisturb().on());
+    EXPECT_TRUE(doNotDisturb().chosen());
+    setDoNotDisturb(false);
+    load();
+    EXPECT_FALSE(doNotDisturb().on());
+}
+
+TEST_F(AttentionQuietTest, KeepsNoChoiceWhoseTimeIsOver)
+{
+    const qint64 until = QDateTime::currentMSecsSinceEpoch() + 200;
+    setDoNotDisturb(true, until);
+    unload();
+    ASSERT_TRUE(waitFor([until] { return QDateTime::currentMSecsSinceEpoch() > until; }));
+    load();
+    EXPECT_FALSE(doNotDisturb().on());
+}
+
+TEST_F(AttentionQuietTest, SumsUpAlsoWhatCameBeforeARestart)
+{
+    setDoNotDisturb(true);
+    notify(message("1"_s));
+    load();
+    EXPECT_THAT(displayed(), IsEmpty());
+    notify(message("2"_s));
+    setDoNotDisturb(false);
+    ASSERT_TRUE(waitFor([] { return !displayed().empty(); }));
+    EXPECT_EQ(rowOf(displayedPath()).title().toString(), "mail: 2"_s);
+}
+
+TEST_F(AttentionQuietTest, SumsUpAtTheStartIfItIsOverByThen)
+{
+    setSettings(R"({"doNotDisturb": {"times": [{"from": "00:00", "to": "24:00"}]}})");
+    notify(message("1"_s));
+    unload();
+    writeSettings("{}");
+    load();
+    ASSERT_TRUE(waitFor([] { return !displayed().empty(); }));
+    EXPECT_EQ(rowOf(displayedPath()).title().toString(), "mail: 1"_s);
+    load();
+    settle();
+    EXPECT_EQ(displayed().size(), 1U) << "once";
+}
+
+TEST_F(AttentionQuietTest, StartsWithoutAChoiceIfItsFileIsDamaged)
+{
+    setDoNotDisturb(true);
+    unload();
+    QFile file(historyFile() + "-do-not-disturb.json"_s);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    EXPECT_EQ(file.permissions() & (QFile::ReadGroup | QFile::ReadOther), 0);
+    file.resize(10);
+    file.close();
+    load();
+    EXPECT_FALSE(doNotDisturb().on());
 }
 
 TEST_F(AttentionQuietTest, RefusesAChoiceWithoutSense)

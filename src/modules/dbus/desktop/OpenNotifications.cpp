@@ -40,6 +40,24 @@ TavoAttentionItem attentionItemOf(const DesktopNotification &notification)
         .setTransient(notification.isTransient);
 }
 
+OpenNotifications::Reason reasonFor(TavoAttentionEnd::Enum end)
+{
+    switch (end) {
+    case TavoAttentionEnd::Expired:
+        return OpenNotifications::Reason::Expired;
+    case TavoAttentionEnd::Closed:
+        return OpenNotifications::Reason::Closed;
+    case TavoAttentionEnd::Dismissed:
+    case TavoAttentionEnd::ActedOn:
+        return OpenNotifications::Reason::Dismissed;
+    case TavoAttentionEnd::Silenced:
+    case TavoAttentionEnd::Failed:
+    case TavoAttentionEnd::Unknown:
+        break;
+    }
+    return OpenNotifications::Reason::Undefined;
+}
+
 OpenNotifications::Reason reasonFor(TavoNotificationDisplayEnd::Enum end)
 {
     switch (end) {
@@ -312,7 +330,8 @@ void OpenNotifications::on_display_ended(const CMPath & /*path*/, const QVariant
 {
     const auto ended = TavoValue(value.toHash()).displayEnded();
     const quint32 id = NotificationNode::idOf(ended.path());
-    const auto entry = find(id, ended.id());
+    // The module for attention adds a number when it displays a message again.
+    const auto entry = find(id, ended.id().section(QLatin1Char('/'), 0, 0));
     if (entry == m_entries.end()) {
         return;
     }
@@ -320,7 +339,8 @@ void OpenNotifications::on_display_ended(const CMPath & /*path*/, const QVariant
         entry->timeout = entry->timeout > 0 ? std::max(ended.remaining(), 1) : 0;
         entry->item = {}; // it has been decided about already
         show(id, *entry);
-    } else {
+    } else if (!entry->isAttended || ended.end() != TavoNotificationDisplayEnd::Cancelled) {
+        // That module takes a message off the display also to show it as one with others.
         remove(entry, reasonFor(ended.end()));
     }
 }
@@ -335,12 +355,13 @@ void OpenNotifications::on_queue_nodeChanged(const CMPath & /*path*/, bool publi
 
 void OpenNotifications::on_attention_ended(const CMPath & /*path*/, const QVariant &value)
 {
-    // Of what the display has reported, nothing is left. The rest could not be shown.
-    const QString request = TavoValue(value.toHash()).attentionEnded().id();
+    // Of what the display has reported, nothing is left.
+    const auto ended = TavoValue(value.toHash()).attentionEnded();
+    const QString request = ended.id();
     const quint32 id = m_attended.take(request);
     const auto entry = find(id, request);
     if (entry != m_entries.end() && !entry->givesWay) {
-        remove(entry, Reason::Undefined);
+        remove(entry, reasonFor(ended.end()));
     }
 }
 

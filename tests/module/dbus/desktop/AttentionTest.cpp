@@ -169,6 +169,39 @@ TEST_F(DesktopAttentionTest, ChangesAMessageInItsPlace)
     EXPECT_EQ(displayed().size(), 1);
 }
 
+TEST_F(DesktopAttentionTest, TellsTheEndOfEachMessageOfAGroup)
+{
+    setSettings(R"({"groupFrom": 3})");
+    const auto told = monitor();
+    QVector<quint32> ids;
+    for (const char *title : {"First", "Second", "Third", "Fourth"}) {
+        ids.append(notifySend({"-t"_s, "0"_s, QString(title)}));
+    }
+    const auto titleIs = [](const QString &title) {
+        return waitFor([&title] {
+            const auto head = CMCatalog::entry(displayed().value(0));
+            return displayed().size() == 1 && head && head->title.toString() == title;
+        });
+    };
+    ASSERT_TRUE(titleIs("4 messages of notify-send"_s));
+    result("CloseNotification"_s, {QString::number(ids[0])});
+    EXPECT_TRUE(told->writes(closedSignal(ids[0], 3)));
+    ASSERT_TRUE(titleIs("3 messages of notify-send"_s));
+    // The newest one is opened, and closed by a person.
+    const CMReply<QVariant> rows;
+    CMRoot()->getRowsRequest(CMGetRowsRequest(displayed().first(), 1, 1, rows));
+    const TavoRoles newest(rows.value().toList().value(0).toHash());
+    EXPECT_TRUE(Request(newest.path(), QVariant()).succeeds());
+    ASSERT_TRUE(waitFor([&ids] { return displayed().first() == pathOf(ids[3]); }));
+    CMSubscribe::closeNode(pathOf(ids[3]));
+    EXPECT_TRUE(told->writes(closedSignal(ids[3], 2)));
+    ASSERT_TRUE(titleIs("2 messages of notify-send"_s));
+    CMSubscribe::closeNode(displayed().first());
+    EXPECT_TRUE(told->writes(closedSignal(ids[1], 2)));
+    EXPECT_TRUE(told->writes(closedSignal(ids[2], 2)));
+    EXPECT_TRUE(waitFor([] { return displayed().empty(); }));
+}
+
 TEST_F(DesktopAttentionTest, EndsWhatIsOpenWhenTheModuleGoes)
 {
     const auto told = monitor();

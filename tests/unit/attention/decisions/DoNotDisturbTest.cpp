@@ -86,6 +86,17 @@ TEST_F(DoNotDisturbTest, DoesNotTakeACallForASecondOneWhenTheClockGoesBack)
     EXPECT_EQ(m_quiet.passes(call("+49 30 1", 0)), "");
 }
 
+TEST_F(DoNotDisturbTest, RemembersACallAlsoIfAnotherSourceFloods)
+{
+    m_quiet.remember(call("+49 30 1", 0));
+    for (int number = 0; number < 1000; ++number) {
+        AttentionInput mail = notificationOf("mail");
+        mail.title = QString::number(number);
+        m_quiet.remember(mail);
+    }
+    EXPECT_EQ(m_quiet.passes(call("+49 30 1", 60)), "it came a second time");
+}
+
 TEST_F(DoNotDisturbTest, RemembersTheLatestOfMany)
 {
     for (int number = 0; number < 1000; ++number) {
