@@ -46,10 +46,11 @@ CMReply<QVariant> ClientMessages::open(const std::string &client, const QVariant
     if (hasMessage) {
         path = TavoNotificationDisplaySimpleMessageNodePath() + tavoGenerateUuid();
     }
+    const quint32 number = ++m_lastNumber;
     Message message;
     message.charge = m_clients.quotas().charge(
         client, {Quotas::OpenNotifications, 1, Quotas::storedBytes(bytes), priority},
-        [this, path] { close(path); });
+        [this, number] { giveUp(number); });
     if (hasMessage) {
         message.node = createNode(path, item);
     }
@@ -58,20 +59,18 @@ CMReply<QVariant> ClientMessages::open(const std::string &client, const QVariant
                        .setTimeout(item.timeout())
                        .setPriority(priority)
                        .setPath(path);
-    const CMReply<QVariant> reply = queue(std::move(message));
+    const CMReply<QVariant> reply = queue(number, std::move(message));
     m_clients.leftMessages().makeWay(priority);
     return reply;
 }
 
-CMReply<QVariant> ClientMessages::queue(Message message)
+CMReply<QVariant> ClientMessages::queue(quint32 number, Message message)
 {
     if (!std::exchange(m_isFollowing, true)) {
         CMRoot()->connectValueChange(TavoNotificationDisplayEndedPath(), this,
                                      &ClientMessages::on_display_ended);
     }
-    const quint32 number = ++m_lastNumber;
     const TavoNotificationDisplayItem item = message.item.setId(idOf(number));
-    m_closing.erase(item.path());
     m_messages.emplace(number, std::move(message));
     const CMReply<QVariant> reply;
     reply.addWatcher(
@@ -86,20 +85,26 @@ CMReply<QVariant> ClientMessages::queue(Message message)
                             TavoValue().setNotificationDisplayItem(item), reply);
 }
 
-void ClientMessages::close(const CMPath &path)
+void ClientMessages::close(quint32 number)
 {
-    if (m_closing.insert(path).second) {
-        CMRoot()->invoke(TavoNotificationDisplayCancelNotifyPath(), TavoValue().setPath(path),
-                         CMReply<QVariant>());
+    const auto closed = m_messages.find(number);
+    if (closed == m_messages.end() || closed->second.isClosing) {
+        return;
     }
+    const CMPath path = closed->second.item.path();
+    for (auto &[each, message] : m_messages) {
+        message.isClosing = message.isClosing || message.item.path() == path;
+    }
+    CMRoot()->invoke(TavoNotificationDisplayCancelNotifyPath(), TavoValue().setPath(path),
+                     CMReply<QVariant>());
 }
 
-void ClientMessages::giveWay(quint32 number)
+void ClientMessages::giveUp(quint32 number)
 {
     const auto message = m_messages.find(number);
     if (message != m_messages.end()) {
-        message->second.givesWay = true;
-        close(message->second.item.path());
+        message->second.isGivenUp = true;
+        close(number);
     }
 }
 
@@ -112,8 +117,8 @@ void ClientMessages::on_clients_left(const std::string &client)
         const auto priority = message.item.priority();
         if (message.charge.client() == client &&
             LeftMessages::givesWay(priority, message.item.timeout())) {
-            message.left = m_clients.leftMessages().add(
-                priority, [this, number = number] { giveWay(number); });
+            message.left =
+                m_clients.leftMessages().add(priority, [this, number = number] { close(number); });
         }
     }
 }
@@ -136,7 +141,6 @@ void ClientMessages::forget(quint32 number)
     if (message == m_messages.end()) {
         return;
     }
-    m_closing.erase(message->second.item.path());
     if (message->second.node != nullptr) {
         message->second.node->dispose();
     }
@@ -156,18 +160,22 @@ void ClientMessages::on_display_ended(const CMPath & /*path*/, const QVariant &v
     if (found == m_messages.end()) {
         return;
     }
-    if (!found->second.givesWay || ended.end() != TavoNotificationDisplayEnd::Cancelled) {
+    if (!found->second.isClosing || found->second.isGivenUp ||
+        ended.end() != TavoNotificationDisplayEnd::Cancelled) {
         forget(number);
         return;
     }
     Message message = std::move(found->second);
     m_messages.erase(found);
-    message.givesWay = false;
-    message.item.setPriority(LeftMessages::below(message.item.priority()));
+    message.isClosing = false;
+    if (message.left) {
+        message.left.reset();
+        message.item.setPriority(LeftMessages::below(message.item.priority()));
+    }
     if (message.item.timeout() > 0) {
         message.item.setTimeout(std::max(ended.remaining(), 1));
     }
-    queue(std::move(message));
+    queue(number, std::move(message));
 }
 
 void ClientMessages::on_queue_nodeChanged(const CMPath & /*path*/, bool published)

@@ -4,7 +4,6 @@
 #pragma once
 
 #include "LeftMessages.h"
-#include "PathHash.h"
 #include "Quotas.h"
 #include <core/tavo.h>
 
@@ -12,8 +11,8 @@
 
 #include <cstddef>
 #include <map>
+#include <optional>
 #include <string>
-#include <unordered_set>
 
 class Clients;
 
@@ -44,24 +43,24 @@ private:
         TavoNotificationDisplayItem item; ///< as the display queues it, without the texts
         Quotas::Charge charge;
         CMListRowsNode *node = nullptr; ///< owned by the node set; null if the client named a node
-        LeftMessages::Place left;       ///< once its client has left
-        bool givesWay = false;          ///< is queued anew when the display has removed it
+        std::optional<LeftMessages::Place> left{}; ///< once its client has left, until it gives way
+        bool isClosing =
+            false; ///< queued anew when the display has closed it, unless it is given up
+        bool isGivenUp = false;
     };
 
     CMListRowsNode *createNode(const CMPath &path, const TavoNotificationDisplayItem &item);
-    CMReply<QVariant> queue(Message message);
+    CMReply<QVariant> queue(quint32 number, Message message);
 
-    /// Requests the display to close all messages with the path, once until one of them has ended or
-    /// another one is shown.
-    void close(const CMPath &path);
+    /// Requests the display to close the message. It can only close all messages with the same path.
+    void close(quint32 number);
 
-    void giveWay(quint32 number);
+    void giveUp(quint32 number);
     void forget(quint32 number);
 
     Clients &m_clients;
     CMNodes *m_nodes;
     std::map<quint32, Message> m_messages; ///< by number
-    std::unordered_set<CMPath, PathHash> m_closing;
     quint32 m_lastNumber = 0;
     bool m_isFollowing = false; ///< the ends that the display reports, while there are messages
 };

@@ -125,6 +125,26 @@ TEST_F(LeftMessagesTest, OfRequestsToTheDisplayGiveWayToo)
     EXPECT_TRUE(waitFor([&] { return nodes() == 0; }));
 }
 
+TEST_F(LeftMessagesTest, GiveWayAndStayHoweverManyNameOneNode)
+{
+    const CMPath path("/no/such/node"_s);
+    const auto shared = urgent().setMessage({}).setPath(path).setTimeout(1'000'000);
+    auto leaving = connect();
+    // More than give way in a turn.
+    constexpr int count = 150;
+    for (int i = 0; i < count; ++i) {
+        open(*leaving, shared);
+    }
+    const auto staying = connect();
+    open(*staying, shared);
+    leaving->leave();
+    const quint32 next = leave();
+    EXPECT_TRUE(waitFor([&] {
+        const QVector<CMPath> shown = displayed();
+        return shown.value(0) == pathOf(next) && shown.count(path) == count + 1;
+    }));
+}
+
 TEST_F(LeftMessagesTest, ThatAreNotUrgentKeepTheirOrder)
 {
     const quint32 first = notifySend({"-t"_s, "0"_s, "-h"_s, "int:x-tavo-priority:2"_s, "First"_s});
