@@ -25,6 +25,12 @@ function(tavo_add_test name)
     target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests" "${PROJECT_SOURCE_DIR}/src")
     target_link_libraries(${name} PRIVATE ${test_LIBRARIES} GTest::gmock GTest::gtest Qt5::Test)
     target_compile_options(${name} PRIVATE ${TAVO_TEST_OPTIONS})
+    if(TAVO_SANITIZE MATCHES "undefined")
+        # Tested code that a test program is built of.
+        set(tested ${test_SOURCES})
+        list(FILTER tested INCLUDE REGEX "^${PROJECT_SOURCE_DIR}/src/.*cpp$")
+        set_source_files_properties(${tested} PROPERTIES COMPILE_OPTIONS -fsanitize=undefined)
+    endif()
     target_precompile_headers(${name} REUSE_FROM test_headers)
     # This file is mostly empty, and faster to compile without the precompiled header.
     set_source_files_properties("${CMAKE_CURRENT_BINARY_DIR}/${name}_autogen/mocs_compilation.cpp"
