@@ -353,9 +353,10 @@ bool MqttNetwork::connectTo(mosquitto *handle)
         properties.add(MQTT_PROP_SESSION_EXPIRY_INTERVAL,
                        static_cast<uint>(m_settings.sessionSeconds));
     }
+    // libmosquitto sends a ping after this time, and waits as long for the reply.
     const int code =
         mosquitto_connect_bind_v5(handle, m_settings.host.toUtf8().constData(), m_settings.port,
-                                  m_settings.keepAliveSeconds, nullptr, properties.list());
+                                  m_settings.keepAliveSeconds / 2, nullptr, properties.list());
     const int error = errno;
     if (code == MOSQ_ERR_SUCCESS) {
         return true;

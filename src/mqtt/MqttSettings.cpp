@@ -10,7 +10,7 @@
 namespace {
 constexpr int plainPort = 1883;
 constexpr int encryptedPort = 8883;
-constexpr int minKeepAlive = 5; // libmosquitto refuses less
+constexpr int minKeepAlive = 10; // the half of it is what libmosquitto allows
 constexpr int maxKeepAlive = 3600;
 constexpr int maxReconnect = 3600000;
 

@@ -24,7 +24,7 @@ struct MqttSettings
     QString user;
     QString passwordFile; ///< its first line counts
 
-    int keepAliveSeconds = 60;
+    int keepAliveSeconds = 60; ///< a silent broker is noticed within this time
     int minReconnectMs = 1000;
     int maxReconnectMs = 60000;
 

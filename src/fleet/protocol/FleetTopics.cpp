@@ -61,6 +61,11 @@ QString FleetTopics::groupCall(const QString &group)
     return ofDevice(QStringLiteral("group/") + group, "call");
 }
 
+QString FleetTopics::groupEnd(const QString &group)
+{
+    return ofDevice(QStringLiteral("group/") + group, "end");
+}
+
 QString FleetTopics::answer(const QString &device, const QString &controller)
 {
     return ofDevice(device, "answer/") + controller;
@@ -97,8 +102,15 @@ std::optional<FleetTopic> FleetTopic::parse(const QString &topic)
         return {};
     }
     if (parts[0] == QLatin1String("group")) {
-        const bool isCall = parts.size() == 3 && parts[2] == QLatin1String("call");
-        return isCall ? std::optional(FleetTopic{Kind::GroupCall, parts[1], {}}) : std::nullopt;
+        if (parts.size() != 3) {
+            return {};
+        }
+        if (parts[2] == QLatin1String("call")) {
+            return FleetTopic{Kind::GroupCall, parts[1], {}};
+        }
+        return parts[2] == QLatin1String("end")
+                   ? std::optional(FleetTopic{Kind::GroupEnd, parts[1], {}})
+                   : std::nullopt;
     }
     for (const Form &form : forms) {
         if (parts.size() == (form.hasDetail ? 3 : 2) && parts[1] == QLatin1String(form.word)) {

@@ -18,6 +18,8 @@ bool isDeviceName(const QString &name);
 namespace FleetTopics {
 QString call(const QString &device);
 QString groupCall(const QString &group);
+/// How a call to the group has ended on one device, for calls that then end on all.
+QString groupEnd(const QString &group);
 QString answer(const QString &device, const QString &controller);
 QString event(const QString &device);
 /// Retained: "1", or "0" while the device is away.
@@ -31,7 +33,7 @@ QString state(const QString &device, const QString &what);
 /// What a topic is about.
 struct FleetTopic
 {
-    enum class Kind { Call, GroupCall, Answer, Event, Online, Info, State };
+    enum class Kind { Call, GroupCall, GroupEnd, Answer, Event, Online, Info, State };
 
     Kind kind;
     QString name;   ///< of the device, or of the group

@@ -97,21 +97,32 @@ protected:
 
 TEST_F(FleetBrokerTest, ADeviceSpeaksOnlyForItself)
 {
-    subscribe(m_subscriber, "commander", "tavo/v1/#", 6);
-    const QStringList foreign{"tavo/v1/hall/online",       "tavo/v1/hall/info",
-                              "tavo/v1/hall/state/sound",  "tavo/v1/hall/answer/commander",
-                              "tavo/v1/hall/event",        "tavo/v1/hall/call",
-                              "tavo/v1/group/all/call",    "tavo/v1/porch/call",
-                              "tavo/v1/porch/answer/a/b",  "tavo/v1/porch",
-                              "tavo/v1/porchx/online",     "tavo/v1//online",
-                              "tavo/v1/porch/online/more", "other"};
+    subscribe(m_subscriber, "commander", "tavo/v1/#", 8);
+    const QStringList foreign{"tavo/v1/hall/online",
+                              "tavo/v1/hall/info",
+                              "tavo/v1/hall/state/sound",
+                              "tavo/v1/hall/answer/commander",
+                              "tavo/v1/hall/event",
+                              "tavo/v1/hall/call",
+                              "tavo/v1/group/all/call",
+                              "tavo/v1/porch/answer/a/b",
+                              "tavo/v1/porch",
+                              "tavo/v1/porchx/online",
+                              "tavo/v1//online",
+                              "tavo/v1/porch/online/more",
+                              "other"};
     for (const QString &topic : foreign) {
         publish("porch", topic, "stolen");
     }
     // In order, so these would come after what was stolen.
-    const QStringList own{"tavo/v1/porch/online",           "tavo/v1/porch/info",
-                          "tavo/v1/porch/state/sound",      "tavo/v1/porch/state/display",
-                          "tavo/v1/porch/answer/commander", "tavo/v1/porch/event"};
+    const QStringList own{"tavo/v1/porch/online",
+                          "tavo/v1/porch/info",
+                          "tavo/v1/porch/state/sound",
+                          "tavo/v1/porch/state/display",
+                          "tavo/v1/porch/answer/commander",
+                          "tavo/v1/porch/event",
+                          "tavo/v1/porch/call",
+                          "tavo/v1/group/all/end"};
     for (const QString &topic : own) {
         publish("porch", topic, "own");
     }
@@ -119,7 +130,8 @@ TEST_F(FleetBrokerTest, ADeviceSpeaksOnlyForItself)
     EXPECT_THAT(messages(m_subscriber),
                 ElementsAre("tavo/v1/porch/online own", "tavo/v1/porch/info own",
                             "tavo/v1/porch/state/sound own", "tavo/v1/porch/state/display own",
-                            "tavo/v1/porch/answer/commander own", "tavo/v1/porch/event own"));
+                            "tavo/v1/porch/answer/commander own", "tavo/v1/porch/event own",
+                            "tavo/v1/porch/call own", "tavo/v1/group/all/end own"));
 }
 
 TEST_F(FleetBrokerTest, ADeviceHearsOnlyWhatIsCalledToIt)

@@ -1,0 +1,394 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "fleet/Calls.h"
+
+#include "base/sqlite/SqliteError.h"
+#include "fleet/FleetLog.h"
+#include "fleet/protocol/FleetTopics.h"
+#include <core/base/connect.h>
+
+#include <QDateTime>
+
+#include <limits>
+
+namespace {
+constexpr qint64 dayMs = 86400000;
+constexpr int maxRunning = 64; // the host's limits are for one client
+constexpr int maxPending = 10000;
+constexpr int maxCallBytes = 1 << 18;
+constexpr int maxAnswerBytes = 1 << 19;
+
+qint64 now()
+{
+    return QDateTime::currentMSecsSinceEpoch();
+}
+
+/// A call that the store has, as it was when it came.
+FleetCall callOf(const StoredCall &stored)
+{
+    const auto read = FleetCall::fromJson(stored.call);
+    return std::holds_alternative<FleetCall>(read) ? std::get<FleetCall>(read) : FleetCall();
+}
+
+HostCalls::Outcome failed(const char *reason)
+{
+    HostCalls::Outcome outcome;
+    outcome.error = QLatin1String(reason);
+    return outcome;
+}
+} // namespace
+
+Calls::Calls(const FleetConfiguration &configuration, FleetStore &store, Outbox &outbox,
+             TavoClient &client)
+    : m_configuration(configuration)
+    , m_store(store)
+    , m_outbox(outbox)
+    , m_client(client)
+    , m_host(client, configuration.permissions, configuration.timeoutMs)
+{
+    m_timer.setSingleShot(true);
+    m_timer.setTimerType(Qt::PreciseTimer);
+    tavoConnect(&m_timer, &QTimer::timeout, this, &Calls::on_timer_timeout);
+    m_tidyTimer.setTimerType(Qt::VeryCoarseTimer);
+    tavoConnect(&m_tidyTimer, &QTimer::timeout, this, &Calls::on_tidyTimer_timeout);
+    m_tidyTimer.start(int(dayMs));
+    tavoConnect(&client, &TavoClient::availableChanged, this, &Calls::on_client_availableChanged);
+    tavoConnect(&m_host, &HostCalls::ended, this, &Calls::on_host_ended);
+    resume();
+}
+
+/// What was there when the program ended.
+void Calls::resume()
+{
+    m_store.tidy(now());
+    for (const StoredCall &stored : m_store.open()) {
+        m_host.follow(stored.id, stored.path);
+    }
+    for (const StoredCall &stored : m_store.begun()) {
+        Pending &pending = m_pending[stored.id];
+        pending.call = callOf(stored);
+        pending.group = stored.group;
+        pending.deadline = stored.forgetAfter - dayMs;
+        pending.isAgain = true;
+    }
+    startTimer();
+}
+
+void Calls::take(const FleetCall &call, const QByteArray &json, const QString &group,
+                 qint64 deadline)
+{
+    if (m_pending.contains(call.id)) {
+        return; // Its answer follows.
+    }
+    try {
+        if (const auto stored = m_store.find(call.id)) {
+            send(answerMessages(call, stored->answer));
+            return;
+        }
+        if (deadline < now()) {
+            answer(call, QStringLiteral("too late"));
+            return;
+        }
+        if (const auto refusal = m_configuration.permissions.refusal(call)) {
+            answer(call, refusal->reason);
+            return;
+        }
+        if (json.size() > maxCallBytes || m_pending.size() >= maxPending ||
+            call.at > now() + dayMs) {
+            answer(call, json.size() > maxCallBytes       ? QStringLiteral("the call is too large")
+                         : m_pending.size() >= maxPending ? QStringLiteral("too many calls wait")
+                                                          : QStringLiteral("at: is too far away"));
+            return;
+        }
+        StoredCall stored;
+        stored.id = call.id;
+        stored.call = json;
+        stored.group = group;
+        stored.forgetAfter = qMax(deadline, call.at) + dayMs;
+        m_store.begin(stored);
+    } catch (const SqliteError &error) {
+        FleetLog::error(QStringLiteral("a call can't be remembered: %1").arg(error.reason()));
+        answer(call, QStringLiteral("the device can't remember calls"));
+        return;
+    }
+    Pending pending;
+    pending.call = call;
+    pending.group = group;
+    pending.deadline = qMax(deadline, call.at);
+    m_pending.insert(call.id, pending);
+    start(call.id);
+}
+
+void Calls::refuse(const FleetCall::Bad &bad)
+{
+    FleetLog::warning(QStringLiteral("a message is not a call: %1").arg(bad.reason));
+    if (!bad.id.isEmpty()) {
+        FleetCall call;
+        call.id = bad.id;
+        call.from = bad.from;
+        answer(call, bad.reason);
+    }
+}
+
+/// Does nothing if it has to wait for its time, for the host or for others.
+void Calls::start(const QString &id)
+{
+    Pending &pending = m_pending[id];
+    if (pending.call.at > now() || !m_client.isAvailable() || m_running >= maxRunning) {
+        startTimer();
+        return;
+    }
+    pending.isRunning = true;
+    ++m_running;
+    if (pending.call.kind == FleetCall::Kind::Cancel) {
+        cancelCall(id);
+        return;
+    }
+    m_host.carryOut(pending.call, pending.isAgain,
+                    [this, id](const HostCalls::Outcome &outcome) { finish(id, outcome); });
+}
+
+void Calls::startWaiting()
+{
+    const QStringList ids = m_pending.keys();
+    for (const QString &id : ids) {
+        const auto pending = m_pending.constFind(id);
+        if (pending != m_pending.constEnd() && !pending->isRunning) {
+            if (m_running >= maxRunning) {
+                break;
+            }
+            start(id);
+        }
+    }
+}
+
+void Calls::startTimer()
+{
+    qint64 next = std::numeric_limits<qint64>::max();
+    for (const Pending &pending : qAsConst(m_pending)) {
+        if (!pending.isRunning) {
+            next = qMin(next, pending.call.at > now() ? pending.call.at : pending.deadline);
+        }
+    }
+    if (next == std::numeric_limits<qint64>::max()) {
+        m_timer.stop();
+    } else {
+        m_timer.start(int(qBound<qint64>(0, next - now(), dayMs)));
+    }
+}
+
+void Calls::on_timer_timeout()
+{
+    const QStringList ids = m_pending.keys();
+    for (const QString &id : ids) {
+        const auto pending = m_pending.constFind(id);
+        if (pending != m_pending.constEnd() && !pending->isRunning && pending->deadline < now() &&
+            !m_client.isAvailable()) {
+            finish(id, failed("there was no host on this device in time"));
+        }
+    }
+    startWaiting();
+    startTimer();
+}
+
+void Calls::on_client_availableChanged(bool available)
+{
+    if (available) {
+        startWaiting();
+    }
+}
+
+/// Ends the target of a call, wherever it is.
+void Calls::cancelCall(const QString &id)
+{
+    const auto finishCancel = [this, id](const HostCalls::Outcome &outcome) {
+        finish(id, outcome);
+    };
+    HostCalls::Outcome outcome;
+    outcome.kind = FleetAnswer::Kind::Done;
+    const QString target = m_pending[id].call.target;
+    const auto pending = m_pending.find(target);
+    if (pending != m_pending.end() && target != id) {
+        outcome.value = true;
+        if (pending->isRunning) {
+            pending->isCancelled = true; // once the host has it
+        } else {
+            finish(target, failed("cancelled"));
+        }
+        finishCancel(outcome);
+        return;
+    }
+    try {
+        const auto stored = m_store.find(target);
+        if (stored && stored->isOpen) {
+            m_host.cancel(callOf(*stored), stored->path, finishCancel);
+            return;
+        }
+    } catch (const SqliteError &error) {
+        FleetLog::error(QStringLiteral("a call can't be found: %1").arg(error.reason()));
+    }
+    outcome.value = false; // It is not open.
+    finishCancel(outcome);
+}
+
+void Calls::finish(const QString &id, const HostCalls::Outcome &outcome)
+{
+    const auto found = m_pending.find(id);
+    if (found == m_pending.end()) {
+        return;
+    }
+    if (found->isRunning) {
+        --m_running;
+    }
+    found->isRunning = false;
+    if (outcome.isUndelivered) {
+        startTimer(); // It waits for a host.
+        return;
+    }
+    const Pending pending = *found;
+    m_pending.erase(found);
+    FleetAnswer answer;
+    answer.id = id;
+    answer.device = m_configuration.device;
+    answer.kind = outcome.kind;
+    answer.value = outcome.value;
+    answer.error = outcome.error;
+    StoredCall stored;
+    stored.id = id;
+    stored.answer = answer.toJson();
+    if (stored.answer.size() > maxAnswerBytes) {
+        answer.kind = FleetAnswer::Kind::Error;
+        answer.error = QStringLiteral("the value is too large for an answer");
+        stored.answer = answer.toJson();
+    }
+    stored.path = outcome.path;
+    stored.isOpen = outcome.isOpen;
+    try {
+        m_outbox.send(m_store.answer(stored, answerMessages(pending.call, stored.answer)));
+    } catch (const SqliteError &error) {
+        FleetLog::error(QStringLiteral("an answer can't be kept: %1").arg(error.reason()));
+    }
+    if (pending.early) {
+        on_host_ended(id, pending.early->end, pending.early->action);
+    } else if (pending.isCancelled && outcome.isOpen) {
+        m_host.cancel(pending.call, outcome.path, [](const HostCalls::Outcome &) {});
+    }
+    if (!m_pending.isEmpty()) {
+        startWaiting();
+    }
+}
+
+void Calls::on_host_ended(const QString &id, FleetEvent::End end, const QString &action)
+{
+    FleetEvent event;
+    event.id = id;
+    event.device = m_configuration.device;
+    event.end = end;
+    event.action = action;
+    event.time = now();
+    if (const auto pending = m_pending.find(id); pending != m_pending.end()) {
+        pending->early = event;
+        return;
+    }
+    try {
+        const auto stored = m_store.find(id);
+        if (!stored || !stored->isOpen) {
+            return;
+        }
+        std::vector<OutgoingMessage> messages{
+            message(FleetTopics::event(m_configuration.device), event.toJson())};
+        const bool isByPerson = end == FleetEvent::End::Dismissed || end == FleetEvent::End::Action;
+        if (isByPerson && !stored->group.isEmpty() && callOf(*stored).isEverywhere) {
+            messages.push_back(message(FleetTopics::groupEnd(stored->group), event.toJson()));
+        }
+        m_outbox.send(m_store.end(id, std::move(messages)));
+    } catch (const SqliteError &error) {
+        FleetLog::error(QStringLiteral("an event can't be kept: %1").arg(error.reason()));
+    }
+}
+
+/// Only for calls that ask for it, because every device may say so.
+void Calls::endWithGroup(const FleetEvent &event, const QString &group)
+{
+    if (event.device == m_configuration.device) {
+        return;
+    }
+    const auto pending = m_pending.find(event.id);
+    if (pending != m_pending.end() && pending->call.isEverywhere && pending->group == group) {
+        if (pending->isRunning) {
+            pending->isCancelled = true;
+        } else {
+            finish(event.id, failed("cancelled"));
+        }
+        return;
+    }
+    try {
+        const auto stored = m_store.find(event.id);
+        if (!stored || !stored->isOpen || stored->group != group) {
+            return;
+        }
+        if (const FleetCall call = callOf(*stored); call.isEverywhere) {
+            m_host.cancel(call, stored->path, [](const HostCalls::Outcome &) {});
+        }
+    } catch (const SqliteError &error) {
+        FleetLog::error(QStringLiteral("a call can't be found: %1").arg(error.reason()));
+    }
+}
+
+void Calls::answer(const FleetCall &call, const QString &error)
+{
+    FleetAnswer answer;
+    answer.id = call.id;
+    answer.device = m_configuration.device;
+    answer.kind = FleetAnswer::Kind::Error;
+    answer.error = error;
+    send(answerMessages(call, answer.toJson()));
+}
+
+OutgoingMessage Calls::message(const QString &topic, const QByteArray &payload) const
+{
+    OutgoingMessage message;
+    message.topic = topic;
+    message.payload = payload;
+    message.expires = now() + dayMs;
+    return message;
+}
+
+/// None for a call that says no sender.
+std::vector<OutgoingMessage> Calls::answerMessages(const FleetCall &call,
+                                                   const QByteArray &answer) const
+{
+    std::vector<OutgoingMessage> messages;
+    if (!call.from.isEmpty()) {
+        messages.push_back(message(FleetTopics::answer(m_configuration.device, call.from), answer));
+    }
+    return messages;
+}
+
+void Calls::send(const std::vector<OutgoingMessage> &messages)
+{
+    for (const OutgoingMessage &message : messages) {
+        try {
+            m_outbox.send({m_store.add(message)});
+        } catch (const SqliteError &error) {
+            FleetLog::error(QStringLiteral("an answer can't be kept: %1").arg(error.reason()));
+        }
+    }
+    if (m_store.dropped() != m_dropped) {
+        FleetLog::warning(
+            QStringLiteral("answers and events given up because they were too many or too "
+                           "old: %1")
+                .arg(m_store.dropped() - m_dropped));
+        m_dropped = m_store.dropped();
+    }
+}
+
+void Calls::on_tidyTimer_timeout()
+{
+    try {
+        m_store.tidy(now());
+    } catch (const SqliteError &error) {
+        FleetLog::error(QStringLiteral("old calls can't be removed: %1").arg(error.reason()));
+    }
+}

@@ -1,0 +1,438 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "fleet/host/HostCalls.h"
+
+#include "base/Json.h"
+#include <client/TavoClientError.h>
+#include <core/base/connect.h>
+#include <core/tavo.h>
+
+#include <QJsonArray>
+#include <QJsonDocument>
+
+#include <utility>
+
+namespace {
+using Kind = FleetCall::Kind;
+using End = FleetEvent::End;
+using Outcome = HostCalls::Outcome;
+
+const QString &idPrefix()
+{
+    static const QString s_prefix = QStringLiteral("fleet-");
+    return s_prefix;
+}
+
+/// The id of the call of a notification or a sound; empty if it is not the fleet's.
+QString callOf(const QString &id)
+{
+    return id.startsWith(idPrefix()) ? id.mid(idPrefix().size()) : QString();
+}
+
+Outcome failed(const QString &reason)
+{
+    Outcome outcome;
+    outcome.error = reason;
+    return outcome;
+}
+
+Outcome failed(const CMError &error)
+{
+    Outcome outcome = failed(error.message().toString());
+    outcome.isUndelivered =
+        error.name() == TavoClientError::noHost() || error.name() == TavoClientError::noBus();
+    return outcome;
+}
+
+Outcome done(const QJsonValue &value)
+{
+    Outcome outcome;
+    outcome.kind = FleetAnswer::Kind::Done;
+    outcome.value = value;
+    return outcome;
+}
+
+Outcome opened(FleetAnswer::Kind kind, const QString &path = {})
+{
+    Outcome outcome;
+    outcome.kind = kind;
+    outcome.path = path;
+    outcome.isOpen = true;
+    return outcome;
+}
+
+QJsonValue jsonOf(const QVariant &value)
+{
+    return QJsonDocument::fromJson('[' + toJson(value, JsonForm::Line) + ']').array().at(0);
+}
+
+QVariant variantOf(const QJsonValue &value)
+{
+    if (value.isUndefined()) {
+        return {};
+    }
+    const QByteArray array = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
+    const auto read = fromJson(array.mid(1, array.size() - 2));
+    return std::holds_alternative<QVariant>(read) ? std::get<QVariant>(read) : QVariant();
+}
+
+TavoAttentionItem attentionItem(const FleetCall &call)
+{
+    TavoList<TavoAttentionAction> actions;
+    for (const auto &action : call.actions) {
+        actions.append(TavoAttentionAction().setKey(action.key).setLabel(action.label));
+    }
+    const bool isSaid = call.kind == Kind::Say;
+    return TavoAttentionItem()
+        .setId(idPrefix() + call.id)
+        .setTitle(call.title)
+        .setText(isSaid ? QString() : call.text)
+        .setSpeech(isSaid ? call.text : QString())
+        .setApplication(QStringLiteral("fleet"))
+        .setIcon(call.icon)
+        .setActions(actions);
+}
+
+/// A message needs a text; the title can be one.
+std::pair<QString, QString> titleAndText(const FleetCall &call)
+{
+    return call.text.isEmpty() ? std::pair(QString(), call.title)
+                               : std::pair(call.title, call.text);
+}
+
+End endOf(TavoNotificationDisplayEnd::Enum end)
+{
+    switch (end) {
+    case TavoNotificationDisplayEnd::Expired:
+    case TavoNotificationDisplayEnd::Overtaken:
+        return End::Expired;
+    case TavoNotificationDisplayEnd::Closed:
+        return End::Dismissed;
+    default:
+        return End::Closed;
+    }
+}
+
+End endOf(TavoAttentionEnd::Enum end)
+{
+    switch (end) {
+    case TavoAttentionEnd::Expired:
+        return End::Expired;
+    case TavoAttentionEnd::Dismissed:
+        return End::Dismissed;
+    case TavoAttentionEnd::ActedOn:
+        return End::Action;
+    case TavoAttentionEnd::Failed:
+        return End::Failed;
+    default:
+        return End::Closed;
+    }
+}
+} // namespace
+
+HostCalls::HostCalls(TavoClient &client, const Permissions &permissions, int timeoutMs)
+    : m_client(client)
+    , m_permissions(permissions)
+    , m_timeoutMs(timeoutMs)
+    , m_inbox(&client)
+{
+    tavoConnect(&client, &TavoClient::availableChanged, this,
+                &HostCalls::on_client_availableChanged);
+    tavoConnect(&client, &TavoClient::valueChanged, this, &HostCalls::on_client_valueChanged);
+    tavoConnect(&m_inbox, &TavoInbox::responded, this, &HostCalls::on_inbox_responded);
+    client.subscribe(TavoNotificationDisplayEndedPath(), TavoClient::Change::Value);
+    client.subscribe(TavoAttentionEndedPath(), TavoClient::Change::Value);
+}
+
+void HostCalls::carryOut(const FleetCall &call, bool isAgain, const Finish &finish)
+{
+    switch (call.kind) {
+    case Kind::Show:
+        if (!call.actions.isEmpty()) {
+            notify(call, finish);
+        } else if (isAgain) {
+            findShown(call, finish);
+        } else {
+            show(call, finish);
+        }
+        break;
+    case Kind::Notify:
+    case Kind::Say:
+        notify(call, finish);
+        break;
+    case Kind::Sound:
+        sound(call, isAgain, finish);
+        break;
+    case Kind::Call:
+        callNode(call, isAgain, finish);
+        break;
+    case Kind::Cancel: // by cancel(): the caller knows what is open
+    case Kind::Ping:
+        finish(done(true));
+        break;
+    }
+}
+
+int HostCalls::timeoutOf(const FleetCall &call) const
+{
+    return call.timeoutMs == FleetCall::defaultTimeout ? m_timeoutMs : call.timeoutMs;
+}
+
+TavoNotificationItemPriority::Enum HostCalls::priorityOf(const FleetCall &call) const
+{
+    return TavoNotificationItemPriority::Enum(m_permissions.allowedPriority(call.priority));
+}
+
+TavoNotificationPlayerItem HostCalls::soundItem(const FleetCall &call) const
+{
+    const auto location = m_permissions.sound(call.sound);
+    const bool isThere = std::holds_alternative<QString>(location);
+    return TavoNotificationPlayerItem()
+        .setId(idPrefix() + call.id)
+        .setType(TavoNotificationPlayerItemType::Uri)
+        .setContent(isThere ? std::get<QString>(location) : QString())
+        .setPriority(priorityOf(call));
+}
+
+void HostCalls::show(const FleetCall &call, const Finish &finish)
+{
+    const auto [title, text] = titleAndText(call);
+    const auto item = TavoNotificationDisplayItem()
+                          .setTitle(title)
+                          .setMessage(text)
+                          .setTimeout(timeoutOf(call))
+                          .setPriority(priorityOf(call));
+    m_client.open(item).onFinished(this, [this, call, finish](const CMReply<CMPath> &reply) {
+        if (reply.error().isError()) {
+            finish(failed(reply.error()));
+            return;
+        }
+        if (!call.sound.isEmpty()) {
+            m_client.enqueue(soundItem(call));
+        }
+        openMessage(call, reply.value().toString(), finish);
+    });
+}
+
+void HostCalls::openMessage(const FleetCall &call, const QString &path, const Finish &finish)
+{
+    const auto early = m_early.constFind(path);
+    finish(opened(FleetAnswer::Kind::Shown, path));
+    if (early == m_early.constEnd()) {
+        m_messages.insert(path, call.id);
+    } else {
+        Q_EMIT ended(call.id, *early, {});
+    }
+}
+
+/// A message has no id by which it could be found. One with the same texts is taken for it.
+void HostCalls::findShown(const FleetCall &call, const Finish &finish)
+{
+    constexpr int maxSearched = 1000;
+    using Messages = QVector<TavoClientDescription>;
+    const auto compare = [this, call, finish](const CMReply<Messages> &described) {
+        const auto [title, text] = titleAndText(call);
+        for (const TavoClientDescription &message : described.value()) {
+            if (message.text == text && message.title == title &&
+                !m_messages.contains(message.path.toString())) {
+                openMessage(call, message.path.toString(), finish);
+                return;
+            }
+        }
+        show(call, finish);
+    };
+    m_client.rows(TavoNotificationDisplayQueuePath(), 0, maxSearched)
+        .onFinished(this, [this, compare](const CMReply<QVariantList> &reply) {
+            QVector<CMPath> paths;
+            for (const QVariant &row : reply.value()) {
+                paths.append(CMPath::fromQVariant(row));
+            }
+            m_client.describe(paths).onFinished(this, compare);
+        });
+}
+
+void HostCalls::notify(const FleetCall &call, const Finish &finish)
+{
+    auto item = attentionItem(call);
+    item.setTimeout(timeoutOf(call)).setPriority(priorityOf(call));
+    if (!call.sound.isEmpty()) {
+        item.setSound(soundItem(call).setId(QString()));
+    }
+    m_others.insert(call.id); // The end may be reported before the reply.
+    m_client.call(TavoAttentionNotifyPath(), TavoValue().setAttentionItem(item))
+        .onFinished(this, [this, call, finish](const CMReply<QVariant> &reply) {
+            finishNotify(call, reply, finish);
+        });
+}
+
+void HostCalls::finishNotify(const FleetCall &call, const CMReply<QVariant> &reply,
+                             const Finish &finish)
+{
+    const CMError error = reply.error();
+    const auto outcome = TavoValue(reply.value().toHash()).attentionOutcome();
+    if (!error.isError() && (outcome.shown() || outcome.sounding())) {
+        finish(opened(outcome.shown() ? FleetAnswer::Kind::Shown : FleetAnswer::Kind::Sounding));
+        return;
+    }
+    if (error.message().toString() == QLatin1String("A notification with this id is open")) {
+        finish(opened(FleetAnswer::Kind::Shown)); // before this program started
+        return;
+    }
+    m_others.remove(call.id);
+    if (!error.isError()) {
+        finish(failed(QStringLiteral("kept from people: %1").arg(outcome.reason())));
+    } else if (error.name() != CMErrors::noSuchNode()) {
+        finish(failed(error));
+    } else if (call.kind == Kind::Notify && call.actions.isEmpty()) {
+        show(call, finish);
+    } else {
+        finish(failed(QStringLiteral("the host of this device has no module attention, which this "
+                                     "call needs")));
+    }
+}
+
+void HostCalls::sound(const FleetCall &call, bool isAgain, const Finish &finish)
+{
+    m_others.insert(call.id);
+    auto item = soundItem(call);
+    item.setPlaybackResponsePath(m_inbox.path());
+    m_client.enqueue(item).onFinished(
+        this, [this, call, isAgain, finish](const CMReply<QVariant> &reply) {
+            const CMError error = reply.error();
+            // The player refuses a sound only if it has one with this id.
+            const bool isThere = isAgain && error.name() == TavoNotificationsName();
+            if (error.isError() && !isThere) {
+                m_others.remove(call.id);
+                finish(failed(error));
+            } else {
+                finish(opened(FleetAnswer::Kind::Sounding));
+            }
+        });
+}
+
+void HostCalls::callNode(const FleetCall &call, bool isAgain, const Finish &finish)
+{
+    if (isAgain) {
+        finish(failed(QStringLiteral("the device was stopped during this call, which may have been "
+                                     "carried out")));
+        return;
+    }
+    m_client.call(CMPath(call.path), variantOf(call.value))
+        .onFinished(this, [finish](const CMReply<QVariant> &reply) {
+            finish(reply.error().isError() ? failed(reply.error()) : done(jsonOf(reply.value())));
+        });
+}
+
+void HostCalls::cancel(const FleetCall &target, const QString &path, const Finish &finish)
+{
+    const QString id = idPrefix() + target.id;
+    const auto finishWith = [finish](const CMReply<QVariant> &reply) {
+        const Outcome failure = failed(reply.error());
+        finish(failure.isUndelivered ? failure : done(!reply.error().isError()));
+    };
+    if (!path.isEmpty()) {
+        if (!target.sound.isEmpty()) {
+            m_client.cancelSound(id);
+        }
+        m_client.cancelMessage(CMPath(path)).onFinished(this, finishWith);
+    } else if (target.kind == Kind::Sound) {
+        m_client.cancelSound(id).onFinished(this, finishWith);
+    } else {
+        m_client.call(TavoAttentionClosePath(), TavoValue().setString_(id))
+            .onFinished(this, finishWith);
+    }
+}
+
+void HostCalls::follow(const QString &id, const QString &path)
+{
+    if (path.isEmpty()) {
+        m_others.insert(id);
+    } else {
+        m_messages.insert(path, id);
+    }
+}
+
+void HostCalls::on_client_availableChanged(bool available)
+{
+    if (available) {
+        checkMessages();
+        return;
+    }
+    // They have ended with the host.
+    const QSet<QString> others = std::exchange(m_others, {});
+    for (const QString &id : others) {
+        Q_EMIT ended(id, End::Failed, {});
+    }
+}
+
+/// Ends of messages may have been missed.
+void HostCalls::checkMessages()
+{
+    if (m_messages.isEmpty()) {
+        return;
+    }
+    m_client.rows(TavoNotificationDisplayQueuePath())
+        .onFinished(this, [this, before = m_messages](const CMReply<QVariantList> &reply) {
+            if (failed(reply.error()).isUndelivered) {
+                return;
+            }
+            QSet<QString> open;
+            for (const QVariant &row : reply.value()) {
+                open.insert(CMPath::fromQVariant(row).toString());
+            }
+            for (auto message = before.begin(); message != before.end(); ++message) {
+                if (!open.contains(message.key()) && m_messages.remove(message.key()) > 0) {
+                    Q_EMIT ended(message.value(), End::Failed, {});
+                }
+            }
+        });
+}
+
+void HostCalls::on_client_valueChanged(const CMPath &path, const QVariant &value)
+{
+    if (path == TavoNotificationDisplayEndedPath()) {
+        endMessage(TavoValue(value.toHash()).displayEnded());
+    } else if (path == TavoAttentionEndedPath()) {
+        endNotification(TavoValue(value.toHash()).attentionEnded());
+    }
+}
+
+void HostCalls::endMessage(const TavoNotificationDisplayEnded &displayEnded)
+{
+    constexpr int maxEarly = 64;
+    const QString path = displayEnded.path().toString();
+    const End end = endOf(displayEnded.end());
+    const QString id = m_messages.take(path);
+    if (id.isEmpty()) {
+        if (m_early.size() >= maxEarly) {
+            m_early.clear();
+        }
+        m_early.insert(path, end);
+        return;
+    }
+    if (end == End::Dismissed) {
+        m_client.cancelSound(idPrefix() + id);
+    }
+    Q_EMIT ended(id, end, {});
+}
+
+void HostCalls::endNotification(const TavoAttentionEnded &attentionEnded)
+{
+    const QString id = callOf(attentionEnded.id());
+    if (m_others.remove(id)) {
+        Q_EMIT ended(id, endOf(attentionEnded.end()), attentionEnded.action());
+    }
+}
+
+void HostCalls::on_inbox_responded(const TavoNotificationPlayerResponse &response)
+{
+    const QString id = callOf(response.id());
+    const auto type = response.type();
+    if (type == TavoNotificationPlayerResponseType::Started || !m_others.remove(id)) {
+        return;
+    }
+    const bool isFinished = type == TavoNotificationPlayerResponseType::Finished;
+    const bool isCancelled = type == TavoNotificationPlayerResponseType::Cancelled;
+    Q_EMIT ended(id, isFinished ? End::Finished : isCancelled ? End::Closed : End::Failed, {});
+}

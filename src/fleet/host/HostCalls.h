@@ -1,0 +1,79 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "fleet/Permissions.h"
+#include "fleet/protocol/FleetAnswer.h"
+#include "fleet/protocol/FleetCall.h"
+#include "fleet/protocol/FleetEvent.h"
+#include <client/TavoClient.h>
+#include <client/TavoInbox.h>
+
+#include <QHash>
+#include <QSet>
+
+#include <functional>
+
+/// Carries out calls on the host, and reports how messages and sounds end. Notifications and sounds have the id
+/// of their call behind "fleet-", by which they are found again after a restart of this program.
+class HostCalls : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// What has become of a call.
+    struct Outcome
+    {
+        FleetAnswer::Kind kind = FleetAnswer::Kind::Error;
+        QJsonValue value;
+        QString error;
+        QString path;               ///< of the message that was opened; empty: there is none
+        bool isOpen = false;        ///< ended() follows
+        bool isUndelivered = false; ///< there is no host: try again when there is one
+    };
+    using Finish = std::function<void(const Outcome &outcome)>;
+
+    HostCalls(TavoClient &client, const Permissions &permissions, int timeoutMs);
+
+    /// isAgain: it may have been carried out before this program started.
+    void carryOut(const FleetCall &call, bool isAgain, const Finish &finish);
+
+    /// Ends the message or the sound of a call, if it is open.
+    void cancel(const FleetCall &target, const QString &path, const Finish &finish);
+
+    /// Reports the end of a call that was carried out before this program started.
+    void follow(const QString &id, const QString &path);
+
+Q_SIGNALS:
+    void ended(const QString &id, FleetEvent::End end, const QString &action);
+
+private Q_SLOTS:
+    void on_client_availableChanged(bool available);
+    void on_client_valueChanged(const CMPath &path, const QVariant &value);
+    void on_inbox_responded(const TavoNotificationPlayerResponse &response);
+
+private:
+    void show(const FleetCall &call, const Finish &finish);
+    void findShown(const FleetCall &call, const Finish &finish);
+    void notify(const FleetCall &call, const Finish &finish);
+    void finishNotify(const FleetCall &call, const CMReply<QVariant> &reply, const Finish &finish);
+    void sound(const FleetCall &call, bool isAgain, const Finish &finish);
+    void callNode(const FleetCall &call, bool isAgain, const Finish &finish);
+    TavoNotificationPlayerItem soundItem(const FleetCall &call) const;
+    TavoNotificationItemPriority::Enum priorityOf(const FleetCall &call) const;
+    int timeoutOf(const FleetCall &call) const;
+    void openMessage(const FleetCall &call, const QString &path, const Finish &finish);
+    void endMessage(const TavoNotificationDisplayEnded &ended);
+    void endNotification(const TavoAttentionEnded &ended);
+    void checkMessages();
+
+    TavoClient &m_client;
+    const Permissions &m_permissions;
+    const int m_timeoutMs;
+    TavoInbox m_inbox;                  ///< for the reports on sounds
+    QHash<QString, QString> m_messages; ///< ids of calls by the paths of their messages
+    QSet<QString> m_others;             ///< ids of calls with a notification or a sound
+    /// By paths: the ends that came last of messages not known here. A reply may come after the end.
+    QHash<QString, FleetEvent::End> m_early;
+};

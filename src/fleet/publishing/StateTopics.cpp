@@ -1,0 +1,152 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "fleet/publishing/StateTopics.h"
+
+#include <core/base/connect.h>
+#include <core/tavo.h>
+
+#include <QJsonDocument>
+
+namespace {
+constexpr int intervalMs = 100;
+
+QVector<CMPath> paths()
+{
+    return {TavoNotificationDisplayCurrentPath(), TavoNotificationPlayerIsPlayingPath(),
+            TavoAttentionDoNotDisturbPath(), TavoPlayerMainAudioStatePath()};
+}
+} // namespace
+
+StateTopics::StateTopics(MqttConnection &connection, TavoClient &client, const QString &device)
+    : m_connection(connection)
+    , m_client(client)
+    , m_device(device)
+{
+    m_clock.start();
+    m_timer.setSingleShot(true);
+    tavoConnect(&m_timer, &QTimer::timeout, this, &StateTopics::on_timer_timeout);
+    tavoConnect(&connection, &MqttConnection::connected, this,
+                &StateTopics::on_connection_connected);
+    tavoConnect(&client, &TavoClient::availableChanged, this,
+                &StateTopics::on_client_availableChanged);
+    tavoConnect(&client, &TavoClient::valueChanged, this, &StateTopics::on_client_valueChanged);
+    for (const CMPath &path : paths()) {
+        client.subscribe(path, TavoClient::Change::Value);
+    }
+}
+
+void StateTopics::on_client_availableChanged(bool available)
+{
+    if (!available) {
+        showMessage({});
+        set("sound", {{QStringLiteral("sounding"), false}});
+        return;
+    }
+    for (const CMPath &path : paths()) {
+        read(path);
+    }
+}
+
+void StateTopics::read(const CMPath &path)
+{
+    m_client.getValue(path).onFinished(this, [this, path](const CMReply<QVariant> &reply) {
+        if (!reply.error().isError()) {
+            on_client_valueChanged(path, reply.value());
+        }
+    });
+}
+
+void StateTopics::on_client_valueChanged(const CMPath &path, const QVariant &value)
+{
+    const TavoValue record(value.toHash());
+    if (path == TavoNotificationDisplayCurrentPath()) {
+        showMessage(record.displayCurrent());
+    } else if (path == TavoNotificationPlayerIsPlayingPath()) {
+        set("sound", {{QStringLiteral("sounding"), record.bool_()}});
+    } else if (path == TavoAttentionDoNotDisturbPath()) {
+        const auto quiet = record.attentionDoNotDisturb();
+        set("quiet",
+            {{QStringLiteral("quiet"), quiet.on()}, {QStringLiteral("until"), quiet.until()}});
+    } else if (path == TavoPlayerMainAudioStatePath()) {
+        const auto audio = record.mainAudioState();
+        set("volume", {{QStringLiteral("volume"), audio.volume()},
+                       {QStringLiteral("playing"), audio.playing()}});
+    }
+}
+
+/// Its texts are in its node.
+void StateTopics::showMessage(const TavoNotificationDisplayCurrent &current)
+{
+    const int change = ++m_displayChanges;
+    if (current.path().isEmpty()) {
+        set("display", {{QStringLiteral("shown"), false}});
+        return;
+    }
+    m_client.describe({current.path()})
+        .onFinished(this,
+                    [this, current, change](const CMReply<QVector<TavoClientDescription>> &reply) {
+                        if (change != m_displayChanges || reply.value().isEmpty()) {
+                            return;
+                        }
+                        const TavoClientDescription &message = reply.value().first();
+                        set("display", {{QStringLiteral("shown"), true},
+                                        {QStringLiteral("title"), message.title},
+                                        {QStringLiteral("text"), message.text},
+                                        {QStringLiteral("priority"), int(current.priority())},
+                                        {QStringLiteral("waiting"), current.waiting()}});
+                    });
+}
+
+void StateTopics::set(const char *what, const QJsonObject &state)
+{
+    const QByteArray payload = QJsonDocument(state).toJson(QJsonDocument::Compact);
+    State &known = m_states[QLatin1String(what)];
+    if (known.payload != payload) {
+        known.payload = payload;
+        known.isDue = true;
+        publishDue();
+    }
+}
+
+void StateTopics::publishDue()
+{
+    if (!m_connection.isConnected()) {
+        return;
+    }
+    const qint64 now = m_clock.elapsed();
+    qint64 next = intervalMs + 1;
+    for (auto state = m_states.begin(); state != m_states.end(); ++state) {
+        if (!state->isDue) {
+            continue;
+        }
+        const qint64 wait = state->last == 0 ? 0 : state->last + intervalMs - now;
+        if (wait > 0) {
+            next = qMin(next, wait);
+            continue;
+        }
+        MqttMessage message;
+        message.topic = FleetTopics::state(m_device, state.key());
+        message.payload = state->payload;
+        message.isRetained = true;
+        m_connection.publish(message);
+        state->isDue = false;
+        state->last = qMax<qint64>(now, 1);
+    }
+    if (next <= intervalMs && !m_timer.isActive()) {
+        m_timer.start(int(next));
+    }
+}
+
+void StateTopics::on_timer_timeout()
+{
+    publishDue();
+}
+
+void StateTopics::on_connection_connected(bool /*hasSession*/)
+{
+    for (State &state : m_states) {
+        state.isDue = true;
+    }
+    publishDue();
+}

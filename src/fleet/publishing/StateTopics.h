@@ -1,0 +1,50 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "fleet/protocol/FleetTopics.h"
+#include "mqtt/MqttConnection.h"
+#include <client/TavoClient.h>
+
+#include <QElapsedTimer>
+#include <QJsonObject>
+#include <QMap>
+#include <QTimer>
+
+/// Publishes what the host shows and plays, retained: each topic at least 100 ms after its last message, the newest
+/// state, and all of them after each connecting.
+class StateTopics : public QObject
+{
+    Q_OBJECT
+
+public:
+    StateTopics(MqttConnection &connection, TavoClient &client, const QString &device);
+
+private Q_SLOTS:
+    void on_client_availableChanged(bool available);
+    void on_client_valueChanged(const CMPath &path, const QVariant &value);
+    void on_connection_connected(bool hasSession);
+    void on_timer_timeout();
+
+private:
+    struct State
+    {
+        QByteArray payload;
+        bool isDue = false;
+        qint64 last = 0; ///< when it was published, by m_clock
+    };
+
+    void read(const CMPath &path);
+    void showMessage(const TavoNotificationDisplayCurrent &current);
+    void set(const char *what, const QJsonObject &state);
+    void publishDue();
+
+    MqttConnection &m_connection;
+    TavoClient &m_client;
+    const QString m_device;
+    QMap<QString, State> m_states;
+    QElapsedTimer m_clock;
+    QTimer m_timer;
+    int m_displayChanges = 0; ///< tells whether a description is still of the newest message
+};

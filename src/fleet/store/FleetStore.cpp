@@ -1,0 +1,290 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "fleet/store/FleetStore.h"
+
+#include "base/sqlite/Sqlite.h"
+#include "base/sqlite/SqliteError.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+// Before the names of the columns, which callOf() reads in this order.
+#define SELECT_CALLS "SELECT id, call, source, answer, path, open, forgetAfter FROM calls "
+
+namespace {
+constexpr int fileMark = 0x54564C46;
+constexpr auto schema =
+    "CREATE TABLE calls(id TEXT PRIMARY KEY, call TEXT NOT NULL, source TEXT NOT NULL,"
+    " answer TEXT NOT NULL, path TEXT NOT NULL, open INTEGER NOT NULL,"
+    " forgetAfter INTEGER NOT NULL);"
+    "CREATE INDEX calls_open ON calls(open) WHERE open != 0;"
+    "CREATE INDEX calls_begun ON calls(answer) WHERE answer = '';"
+    "CREATE TABLE outgoing(number INTEGER PRIMARY KEY AUTOINCREMENT,"
+    " topic TEXT NOT NULL, payload TEXT NOT NULL, expires INTEGER NOT NULL);";
+
+qint64 bytesOf(const OutgoingMessage &message)
+{
+    return message.topic.size() + message.payload.size();
+}
+
+StoredCall callOf(const SqliteRows &row)
+{
+    StoredCall call;
+    int column = 0;
+    call.id = row.string(column++);
+    call.call = row.string(column++).toUtf8();
+    call.group = row.string(column++);
+    call.answer = row.string(column++).toUtf8();
+    call.path = row.string(column++);
+    call.isOpen = row.number(column++) != 0;
+    call.forgetAfter = row.number(column++);
+    return call;
+}
+
+std::vector<StoredCall> callsOf(SqliteStatement &statement)
+{
+    std::vector<StoredCall> calls;
+    SqliteRows rows(statement);
+    while (rows.next()) {
+        calls.push_back(callOf(rows));
+    }
+    return calls;
+}
+} // namespace
+
+struct FleetStore::Statements
+{
+    explicit Statements(const QString &file)
+        : database(file)
+    {
+    }
+
+    Sqlite database;
+    const int ready = prepare(database); ///< before the statements
+    SqliteStatement beginChange{database, "BEGIN IMMEDIATE"};
+    SqliteStatement commit{database, "COMMIT"};
+    SqliteStatement rollback{database, "ROLLBACK"};
+    SqliteStatement find{database, SELECT_CALLS "WHERE id = ?"};
+    SqliteStatement begun{database, SELECT_CALLS "WHERE answer = '' ORDER BY rowid"};
+    SqliteStatement open{database, SELECT_CALLS "WHERE open != 0 ORDER BY rowid"};
+    SqliteStatement begin{database, "INSERT INTO calls VALUES(?, ?, ?, '', '', 0, ?)"};
+    SqliteStatement answer{database,
+                           "UPDATE calls SET answer = ?, path = ?, open = ? WHERE id = ?"};
+    SqliteStatement end{database, "UPDATE calls SET open = 0 WHERE id = ?"};
+    SqliteStatement forgetOld{database, "DELETE FROM calls WHERE forgetAfter < ?"};
+    SqliteStatement forgetFirst{database,
+                                "DELETE FROM calls WHERE rowid IN (SELECT rowid FROM calls "
+                                "WHERE open = 0 AND answer != '' ORDER BY rowid LIMIT ?)"};
+    SqliteStatement countCalls{database, "SELECT count(*) FROM calls"};
+    SqliteStatement insert{database,
+                           "INSERT INTO outgoing(topic, payload, expires) VALUES(?, ?, ?)"};
+    SqliteStatement lastNumber{database, "SELECT last_insert_rowid()"};
+    SqliteStatement remove{database, "DELETE FROM outgoing WHERE number = ?"};
+    SqliteStatement removeOld{database, "DELETE FROM outgoing WHERE expires < ?"};
+    SqliteStatement removeFirst{database, "DELETE FROM outgoing WHERE number IN "
+                                          "(SELECT number FROM outgoing ORDER BY number LIMIT ?)"};
+    SqliteStatement outgoing{database, "SELECT number, topic, payload, expires FROM outgoing "
+                                       "WHERE number > ? ORDER BY number LIMIT ?"};
+    SqliteStatement totals{database, "SELECT count(*), ifnull(sum(length(topic) + "
+                                     "length(CAST(payload AS BLOB))), 0) FROM outgoing"};
+
+private:
+    static int prepare(Sqlite &database)
+    {
+        // No other process can use the file, and its log needs no shared memory.
+        database.execute("PRAGMA locking_mode = EXCLUSIVE; PRAGMA journal_mode = WAL;"
+                         "PRAGMA synchronous = NORMAL; PRAGMA journal_size_limit = 1048576;"
+                         "PRAGMA cache_size = -1024; PRAGMA temp_store = MEMORY");
+        if (database.number("SELECT count(*) FROM sqlite_schema") == 0) {
+            database.execute(
+                QStringLiteral("BEGIN IMMEDIATE; %1 PRAGMA application_id = %2; COMMIT")
+                    .arg(QLatin1String(schema))
+                    .arg(fileMark)
+                    .toLatin1());
+        } else if (database.number("PRAGMA application_id") != fileMark) {
+            throw SqliteError(SqliteError::Kind::Unusable,
+                              QStringLiteral("it is not a file of the fleet"));
+        }
+        database.execute("BEGIN IMMEDIATE; COMMIT"); // takes the lock
+        return 0;
+    }
+};
+
+FleetStore::FleetStore(const QString &file)
+{
+    QDir().mkpath(QFileInfo(file).path());
+    try {
+        openFile(file);
+    } catch (const SqliteError &error) {
+        if (error.kind() != SqliteError::Kind::Damaged) {
+            throw;
+        }
+        m_damage = error.reason();
+        m_statements.reset();
+        const QString aside = file + QStringLiteral(".damaged");
+        QFile::remove(aside);
+        QFile::remove(file + QStringLiteral("-wal"));
+        QFile::rename(file, aside);
+        openFile(file);
+    }
+}
+
+FleetStore::~FleetStore() = default;
+
+void FleetStore::openFile(const QString &file)
+{
+    m_statements = std::make_unique<Statements>(file);
+    QFile::setPermissions(file, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+    readTotals();
+}
+
+void FleetStore::readTotals()
+{
+    SqliteRows totals(m_statements->totals);
+    totals.next();
+    m_count = totals.number(0);
+    m_bytes = totals.number(1);
+    SqliteRows calls(m_statements->countCalls);
+    calls.next();
+    m_calls = calls.number(0);
+}
+
+/// Does it all or nothing.
+template <typename Change>
+void FleetStore::change(const Change &change)
+{
+    m_statements->beginChange.run();
+    try {
+        change();
+        m_statements->commit.run();
+    } catch (const SqliteError &) {
+        if (m_statements->database.isInTransaction()) {
+            m_statements->rollback.run();
+        }
+        throw;
+    }
+}
+
+std::optional<StoredCall> FleetStore::find(const QString &id)
+{
+    SqliteRows rows(m_statements->find, id);
+    return rows.next() ? std::optional(callOf(rows)) : std::nullopt;
+}
+
+void FleetStore::begin(const StoredCall &call)
+{
+    change([&] {
+        if (m_calls >= maxCalls) {
+            // Many at once: each of them is a search.
+            m_statements->forgetFirst.run(maxCalls / 100);
+            m_calls -= m_statements->database.changedRows();
+        }
+        m_statements->begin.run(call.id, QString::fromUtf8(call.call), call.group,
+                                call.forgetAfter);
+    });
+    ++m_calls;
+}
+
+std::vector<OutgoingMessage> FleetStore::answer(const StoredCall &call,
+                                                std::vector<OutgoingMessage> messages)
+{
+    change([&] {
+        m_statements->answer.run(QString::fromUtf8(call.answer), call.path, call.isOpen, call.id);
+        insert(messages);
+    });
+    return messages;
+}
+
+std::vector<OutgoingMessage> FleetStore::end(const QString &id,
+                                             std::vector<OutgoingMessage> messages)
+{
+    change([&] {
+        m_statements->end.run(id);
+        insert(messages);
+    });
+    return messages;
+}
+
+OutgoingMessage FleetStore::add(OutgoingMessage message)
+{
+    std::vector<OutgoingMessage> messages{std::move(message)};
+    change([&] { insert(messages); });
+    return messages.front();
+}
+
+void FleetStore::insert(std::vector<OutgoingMessage> &messages)
+{
+    for (OutgoingMessage &message : messages) {
+        makeRoom(bytesOf(message));
+        m_statements->insert.run(message.topic, QString::fromUtf8(message.payload),
+                                 message.expires);
+        SqliteRows rows(m_statements->lastNumber);
+        rows.next();
+        message.number = rows.number(0);
+        ++m_count;
+        m_bytes += bytesOf(message);
+    }
+}
+
+/// Removes what has expired, and then the oldest ones.
+void FleetStore::makeRoom(qint64 bytes)
+{
+    constexpr int removedAtOnce = 100;
+    if (m_count < maxOutgoing && m_bytes + bytes <= maxOutgoingBytes) {
+        return;
+    }
+    m_statements->removeOld.run(QDateTime::currentMSecsSinceEpoch());
+    qint64 removed = m_statements->database.changedRows();
+    readTotals();
+    while (m_count > 0 && (m_count >= maxOutgoing || m_bytes + bytes > maxOutgoingBytes)) {
+        m_statements->removeFirst.run(removedAtOnce);
+        removed += m_statements->database.changedRows();
+        readTotals();
+    }
+    m_dropped += removed;
+}
+
+void FleetStore::remove(qint64 number)
+{
+    m_statements->remove.run(number);
+    if (m_statements->database.changedRows() > 0) {
+        --m_count;
+        if (m_count == 0) {
+            m_bytes = 0; // until then, it is an upper limit
+        }
+    }
+}
+
+std::vector<OutgoingMessage> FleetStore::outgoing(qint64 after, int count)
+{
+    std::vector<OutgoingMessage> messages;
+    SqliteRows rows(m_statements->outgoing, after, count);
+    while (rows.next()) {
+        messages.push_back(
+            {rows.number(0), rows.string(1), rows.string(2).toUtf8(), rows.number(3)});
+    }
+    return messages;
+}
+
+std::vector<StoredCall> FleetStore::begun()
+{
+    return callsOf(m_statements->begun);
+}
+
+std::vector<StoredCall> FleetStore::open()
+{
+    return callsOf(m_statements->open);
+}
+
+void FleetStore::tidy(qint64 now)
+{
+    change([&] {
+        m_statements->forgetOld.run(now);
+        m_statements->removeOld.run(now);
+        m_dropped += m_statements->database.changedRows();
+    });
+    readTotals();
+}

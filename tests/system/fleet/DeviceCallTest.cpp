@@ -1,0 +1,174 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "DeviceTest.h"
+
+/// What calls do, on a host as it is by default.
+class DeviceCallTest : public DeviceTest
+{
+protected:
+    void SetUp() override
+    {
+        DeviceTest::SetUp();
+        startHost();
+    }
+};
+
+TEST_F(DeviceCallTest, AShownMessageIsAnsweredOnceAndItsEndIsAnEvent)
+{
+    startDevice();
+    call(R"("id":"leak-7","call":"show","title":"Water","text":"In the cellar","timeout":0)");
+    ASSERT_TRUE(waitForAnswer(R"("id":"leak-7","shown":true)"));
+    ASSERT_TRUE(waitForMessage("tavo/v1/porch/state/display", R"("title":"Water")"));
+    closeMessage();
+    ASSERT_TRUE(waitForEvent(R"("end":"dismissed")"));
+    ASSERT_TRUE(waitForMessage("tavo/v1/porch/state/display", R"("shown":false)"));
+    EXPECT_EQ(count(s_answers), 1);
+    EXPECT_EQ(count("tavo/v1/porch/event"), 1);
+}
+
+TEST_F(DeviceCallTest, ARepeatedCallIsAnsweredAgainAndNotCarriedOutAgain)
+{
+    startDevice();
+    call(R"("id":"a","call":"show","title":"Water","timeout":0)");
+    ASSERT_TRUE(waitForAnswer(R"("id":"a","shown":true)"));
+    call(R"("id":"a","call":"show","title":"Water","timeout":0)");
+    ASSERT_TRUE(waitForMessage(s_answers, R"("id":"a","shown":true)", 2));
+    EXPECT_EQ(openMessages().size(), 1);
+}
+
+TEST_F(DeviceCallTest, ACallIsNotCarriedOutAgainAfterTheDeviceHasBeenKilled)
+{
+    startDevice();
+    call(R"("id":"a","call":"show","title":"Water","timeout":0)");
+    ASSERT_TRUE(waitForAnswer(R"("id":"a","shown":true)"));
+    m_device->kill();
+    ASSERT_TRUE(waitForMessage("tavo/v1/porch/online", "0"));
+    startDevice();
+    call(R"("id":"a","call":"show","title":"Water","timeout":0)");
+    ASSERT_TRUE(waitForAnswer(R"("id":"a","shown":true)"));
+    EXPECT_EQ(openMessages().size(), 1);
+    closeMessage();
+    ASSERT_TRUE(waitForEvent(R"("id":"a")"));
+}
+
+TEST_F(DeviceCallTest, CallsOfGroupsAndCancelsArrive)
+{
+    startDevice();
+    call(R"("id":"a","call":"show","title":"Fire","timeout":0)", "tavo/v1/group/floor-1/call");
+    ASSERT_TRUE(waitForAnswer(R"("id":"a","shown":true)"));
+    call(R"("id":"b","call":"cancel","target":"a")", "tavo/v1/group/all/call");
+    ASSERT_TRUE(waitForAnswer(R"("done":true,"id":"b")")) << "keys are sorted";
+    ASSERT_TRUE(waitForEvent(R"("end":"closed")"));
+    EXPECT_TRUE(openMessages().isEmpty());
+    call(R"("id":"c","call":"cancel","target":"a")");
+    EXPECT_TRUE(waitForAnswer(R"("done":false)"));
+}
+
+TEST_F(DeviceCallTest, AnEndElsewhereEndsOnlyWhatAsksForIt)
+{
+    startDevice();
+    call(R"("id":"here","call":"show","title":"1","timeout":0)", "tavo/v1/group/all/call");
+    call(R"("id":"all","call":"show","title":"2","timeout":0,"everywhere":true)",
+         "tavo/v1/group/all/call");
+    ASSERT_TRUE(waitForAnswer(R"("id":"all")"));
+    for (const char *id : {"here", "all"}) {
+        ASSERT_TRUE(
+            publish("tavo/v1/group/all/end",
+                    QByteArray(R"({"device":"hall","end":"dismissed","id":")") + id + "\"}"));
+    }
+    ASSERT_TRUE(waitForEvent(R"("end":"closed")"));
+    EXPECT_EQ(openMessages().size(), 1);
+    closeMessage();
+    ASSERT_TRUE(waitForEvent(R"("id":"here")"));
+    EXPECT_EQ(count("tavo/v1/group/all/end", "porch"), 0);
+}
+
+TEST_F(DeviceCallTest, AnEndByAPersonIsToldToTheGroup)
+{
+    startDevice();
+    call(R"("id":"a","call":"show","title":"1","timeout":0,"everywhere":true)",
+         "tavo/v1/group/all/call");
+    ASSERT_TRUE(waitForAnswer(R"("id":"a","shown":true)"));
+    closeMessage();
+    EXPECT_TRUE(
+        waitForMessage("tavo/v1/group/all/end", R"("device":"porch","end":"dismissed","id":"a")"));
+}
+
+TEST_F(DeviceCallTest, ASoundIsAnsweredAndItsEndReported)
+{
+    QFile file(m_folder.filePath("bell.wav"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(QByteArray::fromHex("52494646"
+                                   "2c000000"
+                                   "57415645"
+                                   "666d7420"
+                                   "10000000"
+                                   "01000100"
+                                   "401f0000"
+                                   "803e0000"
+                                   "02001000"
+                                   "64617461"
+                                   "08000000"
+                                   "0000000000000000"));
+    file.close();
+    set("allow", QJsonObject{{"sounds", QJsonObject{{"folder", m_folder.path()}}}});
+    startDevice();
+    call(R"("id":"a","call":"sound","sound":"bell")");
+    ASSERT_TRUE(waitForAnswer(R"("id":"a","sounding":true)"));
+    ASSERT_TRUE(waitForEvent(R"("end":"finished","id":"a")"));
+    call(R"("id":"b","call":"sound","sound":"../bell")");
+    EXPECT_TRUE(waitForAnswer(R"("id":"b")"));
+    call(R"("id":"c","call":"sound","sound":"file:///etc/passwd")");
+    EXPECT_TRUE(waitForMessage(s_answers, "does not allow sounds of file:"));
+}
+
+TEST_F(DeviceCallTest, ADeviceDoesOnlyWhatItsConfigurationAllows)
+{
+    set("allow",
+        QJsonObject{{"calls", QJsonArray{"call"}}, {"paths", QJsonArray{"/player/mainAudio"}}});
+    startDevice();
+    call(R"("id":"a","call":"show","title":"Water")");
+    ASSERT_TRUE(waitForAnswer("does not allow the call show"));
+    call(R"("id":"b","call":"call","path":"/notifications/player/enqueue","value":{}})");
+    call(R"("id":"c","call":"call","path":"/player/mainAudio/volume","value":0.25)");
+    ASSERT_TRUE(waitForAnswer(R"("done":null,"id":"c")"));
+    EXPECT_TRUE(waitForMessage("tavo/v1/porch/state/volume", R"("volume":0.25)"));
+}
+
+TEST_F(DeviceCallTest, WhatIsNotACallIsAnsweredWithAnErrorIfItSaysWhom)
+{
+    startDevice();
+    const auto wrong = [this](const QByteArray &payload) {
+        ASSERT_TRUE(publish("tavo/v1/porch/call", payload));
+    };
+    wrong("");
+    wrong("\xff\x00\x01");
+    wrong("[1]");
+    wrong(R"({"id":"a/b","from":"desk","call":"show","title":"x"})");
+    wrong(R"({"id":7,"from":"desk","call":"show","title":"x"})");
+    wrong(R"({"id":"a","from":"x/+","call":"show","title":"x"})");
+    wrong(QByteArray(100000, '['));
+    call(R"("id":"b","call":"show","title":7)");
+    ASSERT_TRUE(waitForAnswer(R"("error":"title: must be a string","id":"b")"));
+    call(R"("id":"c","call":"dance")");
+    ASSERT_TRUE(waitForAnswer(R"("id":"c")"));
+    call(R"("id":"d","call":"show","title":"x","timeout":1e99)");
+    ASSERT_TRUE(waitForAnswer("timeout: must be"));
+    call(R"("id":"e","call":"show","title":"x","expires":1704067200001)");
+    ASSERT_TRUE(waitForAnswer(R"("error":"too late","id":"e")"));
+    EXPECT_EQ(count(s_answers), 4);
+    EXPECT_TRUE(openMessages().isEmpty());
+}
+
+TEST_F(DeviceCallTest, ARetainedCallIsIgnored)
+{
+    ASSERT_TRUE(publish("tavo/v1/porch/call",
+                        R"({"id":"a","from":"desk","call":"show","title":"x"})", true));
+    startDevice();
+    call(R"("id":"b","call":"ping")");
+    ASSERT_TRUE(waitForAnswer(R"("id":"b")"));
+    EXPECT_EQ(count(s_answers), 1);
+    EXPECT_THAT(m_device->error(),
+                testing::HasSubstr("a retained call at tavo/v1/porch/call is ignored"));
+}
