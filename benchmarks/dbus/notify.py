@@ -60,7 +60,7 @@ class Notifications:
 
     def measure(self):
         """Figures of one repetition: seconds, bytes, and ratios by (what, size)."""
-        with self._host() as host:
+        with self.host() as host:
             servers = {"tavo": host, "bare": self._bare()}
             with on_one_processor():
                 figures = self._starts(servers)
@@ -72,7 +72,7 @@ class Notifications:
 
     def _starts(self, servers):
         seen = {}
-        with Bus(self._client()) as bus:
+        with Bus(self.client()) as bus:
             for _ in range(STARTS):
                 for name, arguments in servers.items():
                     seen.setdefault(("start", name), []).append(bus.start(arguments, START_SECONDS))
@@ -83,7 +83,7 @@ class Notifications:
         """How long a call takes while `size` notifications are open, and how long closing them."""
         figures, memory, seen = {}, {}, {}
         with contextlib.ExitStack() as stack:
-            buses = {name: stack.enter_context(Bus(self._client())) for name in servers}
+            buses = {name: stack.enter_context(Bus(self.client())) for name in servers}
             for name, bus in buses.items():
                 bus.start(servers[name], START_SECONDS)
                 before = resting_bytes(bus)
@@ -110,7 +110,7 @@ class Notifications:
 
     def _max_ping(self, arguments):
         """The maximum of seconds that a client waited while another one sent large bodies."""
-        with Bus(self._client()) as bus:
+        with Bus(self.client()) as bus:
             bus.start(arguments, START_SECONDS)
             other = bus.new_client()
             other.tell("ping")
@@ -123,7 +123,7 @@ class Notifications:
         for name, places in PEERS.items():
             program = next(filter(None, map(shutil.which, places)), None)
             if program:
-                with contextlib.suppress(Failed), on_one_processor(), Bus(self._client()) as bus:
+                with contextlib.suppress(Failed), on_one_processor(), Bus(self.client()) as bus:
                     bus.start([program], START_SECONDS)
                     result[name] = self._peer(bus)
         return result
@@ -136,18 +136,18 @@ class Notifications:
         memory = (resting_bytes(bus) - before) / each["opened"]
         return {"opened": each["opened"], "each": each["each"], "single": single, "memory": memory}
 
-    def _client(self):
+    def client(self):
         return str(self.folder / "benchmarks/tavo_notify_client")
 
     def _bare(self):
         return [str(self.folder / "benchmarks/tavo_bare_server")]
 
     @contextlib.contextmanager
-    def _host(self):
-        """The arguments that start the host with its four modules."""
+    def host(self, *more):
+        """The arguments that start the host with the modules that a notification needs, and more."""
         limits = {"openNotifications": NO_LIMIT, "totalOpenNotifications": NO_LIMIT,
                   "requestsPerSecond": NO_LIMIT, "storedBytes": 2**30, "totalStoredBytes": 2**30}
-        configuration = {"modules": ["powermanager", "player", "notifications",
+        configuration = {"modules": ["powermanager", "player", "notifications", *more,
                                      {"name": "dbus", "config": {"limits": limits}}]}
         with tempfile.NamedTemporaryFile("w", suffix=".json") as file:
             json.dump(configuration, file)

@@ -93,6 +93,9 @@ AttentionSettings AttentionSettings::read(TavoConfiguration configuration)
     settings.rules = Rules::read(configuration, settings.zone);
     settings.rate = readRate(configuration.section(QStringLiteral("eachSource")));
     settings.groupFrom = readGroupFrom(configuration).value_or(settings.groupFrom);
+    TavoConfiguration speech = configuration.section(QStringLiteral("speech"));
+    settings.speechCommand = speech.stringList(QStringLiteral("command"), {});
+    speech.finish();
     configuration.finish();
     return settings;
 }

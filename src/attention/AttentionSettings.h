@@ -13,7 +13,8 @@ struct AttentionSettings
     DoNotDisturbSettings doNotDisturb;
     Rules rules;
     SourceRates::Limit rate;
-    int groupFrom = 5; ///< so many messages of a source are shown as one; 0: never
+    int groupFrom = 5;         ///< so many messages of a source are shown as one; 0: never
+    QStringList speechCommand; ///< the program that speaks, and its arguments; may be empty
     QTimeZone zone;
 
     /// Without a file: no rules, and everything passes.

@@ -18,13 +18,6 @@ constexpr int maxTimeoutMs = 86400000;
 /// Stops a search that tries too many ways to match.
 const QString patternLimit = QStringLiteral("(*LIMIT_MATCH=10000)");
 
-QString examinedText(const AttentionInput &input)
-{
-    return (input.title.left(maxExaminedLength) + QLatin1Char('\n') +
-            input.text.left(maxExaminedLength))
-        .left(maxExaminedLength);
-}
-
 bool isLetterAt(const QString &text, int index)
 {
     return index >= 0 && index < text.size() && text.at(index).isLetterOrNumber();
@@ -48,12 +41,12 @@ bool hasWords(const QString &text, const QStringList &words)
                        [&text](const QString &word) { return hasWord(text, word); });
 }
 
-QRegularExpression readPattern(TavoConfiguration &configuration)
+std::optional<QRegularExpression> readPattern(TavoConfiguration &configuration)
 {
     const QString key = QStringLiteral("pattern");
     const QString text = configuration.string(key, QString());
     if (text.isEmpty()) {
-        return {};
+        return std::nullopt;
     }
     if (text.size() > maxPatternLength) {
         configuration.fail(key,
@@ -130,7 +123,15 @@ void Rule::readTreatment(TavoConfiguration configuration)
     configuration.finish();
 }
 
-std::optional<Rule::Condition> Rule::unmetCondition(const AttentionInput &input) const
+QString Rule::examinedText(const AttentionInput &input)
+{
+    return (input.title.left(maxExaminedLength) + QLatin1Char('\n') +
+            input.text.left(maxExaminedLength))
+        .left(maxExaminedLength);
+}
+
+std::optional<Rule::Condition> Rule::unmetCondition(const AttentionInput &input,
+                                                    const QString &examined) const
 {
     if (m_minPriority && input.priority < *m_minPriority) {
         return Condition::Priority;
@@ -147,11 +148,10 @@ std::optional<Rule::Condition> Rule::unmetCondition(const AttentionInput &input)
     if (!m_times.isEmpty() && !m_times.contains(input.time)) {
         return Condition::Times;
     }
-    if (!m_words.isEmpty() && !hasWords(examinedText(input), m_words)) {
+    if (!m_words.isEmpty() && !hasWords(examined, m_words)) {
         return Condition::Words;
     }
-    const bool hasPattern = !m_pattern.pattern().isEmpty();
-    if (hasPattern && !m_pattern.match(examinedText(input)).hasMatch()) {
+    if (m_pattern && !m_pattern->match(examined).hasMatch()) {
         return Condition::Pattern;
     }
     return std::nullopt;
@@ -159,7 +159,7 @@ std::optional<Rule::Condition> Rule::unmetCondition(const AttentionInput &input)
 
 QString Rule::mismatch(const AttentionInput &input) const
 {
-    const auto condition = unmetCondition(input);
+    const auto condition = unmetCondition(input, examinedText(input));
     if (!condition) {
         return {};
     }

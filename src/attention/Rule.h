@@ -23,7 +23,16 @@ public:
     const QString &name() const { return m_name; }
     const Treatment &treatment() const { return m_treatment; }
 
-    bool matches(const AttentionInput &input) const { return !unmetCondition(input); }
+    /// What words and patterns are looked for in.
+    static QString examinedText(const AttentionInput &input);
+
+    bool matches(const AttentionInput &input) const { return matches(input, examinedText(input)); }
+
+    /// The same if many rules examine the same text.
+    bool matches(const AttentionInput &input, const QString &examined) const
+    {
+        return !unmetCondition(input, examined);
+    }
 
     /// Why the notification does not match, such as "source is not doorbell"; empty if it does.
     QString mismatch(const AttentionInput &input) const;
@@ -35,7 +44,8 @@ private:
     void readTreatment(TavoConfiguration configuration);
 
     /// The first condition that is not met. They are in the order of what they cost.
-    std::optional<Condition> unmetCondition(const AttentionInput &input) const;
+    std::optional<Condition> unmetCondition(const AttentionInput &input,
+                                            const QString &examined) const;
 
     QString m_name;
     NamePatterns m_sources;
@@ -43,7 +53,7 @@ private:
     std::optional<TavoNotificationItemPriority::Enum> m_minPriority;
     std::optional<TavoNotificationItemPriority::Enum> m_maxPriority;
     QStringList m_words;
-    QRegularExpression m_pattern;
+    std::optional<QRegularExpression> m_pattern;
     WeeklyTimes m_times;
     Treatment m_treatment;
 };

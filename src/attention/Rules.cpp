@@ -30,8 +30,9 @@ Treatment Rules::apply(const AttentionInput &input,
                        const std::function<void(std::size_t)> &applied) const
 {
     Treatment treatment;
+    const QString examined = Rule::examinedText(input);
     for (std::size_t index = 0; index < m_rules.size(); ++index) {
-        if (!m_rules[index].matches(input)) {
+        if (!m_rules[index].matches(input, examined)) {
             continue;
         }
         treatment.add(m_rules[index].treatment());

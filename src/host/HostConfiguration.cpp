@@ -212,7 +212,7 @@ HostConfiguration HostConfiguration::builtIn()
 {
     HostConfiguration configuration;
     configuration.source = QStringLiteral("built-in configuration");
-    for (const char *name : {"powermanager", "player", "notifications", "dbus"}) {
+    for (const char *name : {"powermanager", "player", "notifications", "attention", "dbus"}) {
         configuration.modules.append(
             {QLatin1String(name),
              QLatin1String(name),

@@ -105,8 +105,8 @@ CommandDefinition say()
     command.text = commandText(
         "Has the host read the text aloud, as a sound with its priority, unless rules or "
         "do-not-disturb keep it from people. Prints the id, and exits; with --wait, does what tavo "
-        "notify does. The host needs the module attention and a program that speaks, by default "
-        "espeak-ng.",
+        "notify does. The host needs the module attention, and its settings a program that "
+        "speaks, such as espeak-ng.",
         "  tavo say 'Dinner is ready'\n"
         "  tavo say --priority urgent --wait 'Leave the house'");
     command.positionals = {

@@ -11,7 +11,7 @@
 
 namespace {
 const char *const s_subject = "modules";
-const char *const s_usual[] = {"powermanager", "player", "notifications", "dbus"};
+const char *const s_usual[] = {"powermanager", "player", "notifications", "attention", "dbus"};
 } // namespace
 
 QVector<Finding> lookAtModules(const QByteArray &list)

@@ -33,8 +33,7 @@ HistorySettings readHistory(TavoConfiguration configuration)
 Speech::Settings readSpeech(TavoConfiguration configuration)
 {
     Speech::Settings settings;
-    settings.command =
-        configuration.stringList(QStringLiteral("command"), Speech::defaultCommand());
+    settings.command = configuration.stringList(QStringLiteral("command"), {});
     settings.folder = configuration.string(QStringLiteral("folder"), Speech::defaultFolder());
     settings.timeoutMs = configuration.integer(QStringLiteral("timeout"), settings.timeoutMs, 100,
                                                maxSpeechTimeoutMs);

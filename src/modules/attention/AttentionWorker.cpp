@@ -182,6 +182,7 @@ void AttentionWorker::readSettings(const WatchedFile &file)
     m_rulesNode->setRules(file.name(), names);
     m_rates.setLimit(m_settings.rate);
     m_floods.setPeriod(m_settings.rate.periodMs);
+    m_speech.setCommand(m_settings.speechCommand);
     m_items.setGroupFrom(m_settings.groupFrom);
     m_quietTimes.setSettings(m_settings.doNotDisturb);
     LOG4CPLUS_INFO(logger, "Read " << file.name() << ", rules: " << names.size());
@@ -301,7 +302,12 @@ void AttentionWorker::on_try_activated(const CMSetDataRequest &request)
         verdicts.append(
             TavoAttentionVerdict().setRule(rule.name()).setApplies(applies).setReason(reason));
     }
-    const bool isSpoken = decision.isSpoken || (decision.isHeard && !item.speech().isEmpty());
+    bool isSpoken = decision.isSpoken || (decision.isHeard && !item.speech().isEmpty());
+    if (isSpoken && !m_speech.isPossible()) {
+        isSpoken = false;
+        decision.reason += decision.reason.isEmpty() ? QString() : QStringLiteral("; ");
+        decision.reason += QStringLiteral("no program for speech is configured");
+    }
     request.reply().setValue(
         TavoValue()
             .setAttentionTrial(TavoAttentionTrial()

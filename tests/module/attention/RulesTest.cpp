@@ -161,4 +161,12 @@ TEST_F(AttentionRulesTest, ExplainThatAnEarlierRuleApplies)
     ASSERT_EQ(verdicts.size(), 2U);
     EXPECT_EQ(verdicts[1].reason(), "an earlier rule applies"_s);
 }
+
+TEST_F(AttentionRulesTest, TellThatNoProgramSpeaks)
+{
+    load();
+    const auto trial = tryItem(message("1"_s).setSpeech("One"_s));
+    EXPECT_FALSE(trial.spoken());
+    EXPECT_EQ(trial.reason(), "no program for speech is configured"_s);
+}
 } // namespace

@@ -155,6 +155,18 @@ TEST_F(AttentionSpeechTest, FailsIfTheProgramIsNotThere)
     EXPECT_EQ(endOf("spoken"_s).end(), End::Failed);
 }
 
+TEST_F(AttentionSpeechTest, IsMadeByTheProgramOfTheSettings)
+{
+    setSpeechCommand({"/nowhere/speaker"_s});
+    load();
+    setSettings(R"({"speech": {"command": ["/nowhere/other", "-v", "de"]}})");
+    notify(spoken("Nothing"_s));
+    EXPECT_TRUE(isLogged("/nowhere/other can't be started"));
+    setSettings("{}");
+    notify(spoken("Again"_s).setId("again"_s));
+    EXPECT_TRUE(isLogged("/nowhere/speaker can't be started"));
+}
+
 TEST_F(AttentionSpeechTest, FailsWithoutAProgram)
 {
     load();

@@ -89,6 +89,9 @@ HostProcess::HostProcess()
     // Tests do not use the bus of the user who runs them.
     m_environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"),
                          QStringLiteral("unix:path=/nonexistent"));
+    // Nor the user's settings and history.
+    m_environment.insert(QStringLiteral("XDG_CONFIG_HOME"), m_folder.path());
+    m_environment.insert(QStringLiteral("XDG_STATE_HOME"), m_folder.path());
 }
 
 HostProcess::~HostProcess()

@@ -114,7 +114,7 @@ TEST_F(HostCommandLineTest, FindsTheModulesOfItsBuiltInConfigurationByItself)
 {
     m_host.addArguments({"--check"});
     EXPECT_EQ(m_host.run(), 0) << log();
-    EXPECT_EQ(output(), "built-in configuration: good, 4 modules\n");
+    EXPECT_EQ(output(), "built-in configuration: good, 5 modules\n");
 }
 
 TEST_F(HostCommandLineTest, ChecksThatEachModuleIsThere)

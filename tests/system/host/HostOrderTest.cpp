@@ -103,7 +103,8 @@ TEST_F(HostOrderTest, RunsItsBuiltInConfigurationWithoutAFile)
         }
     }
     EXPECT_EQ(started, QStringList({"Module started: powermanager", "Module started: player",
-                                    "Module started: notifications", "Module started: dbus"}));
+                                    "Module started: notifications", "Module started: attention",
+                                    "Module started: dbus"}));
 }
 
 TEST_F(HostOrderTest, EndsInOrderWhenAModuleQuitsTheProgram)

@@ -34,6 +34,8 @@ protected:
     {
         run(CMAKE_PROGRAM, {"--install", TAVO_BUILD_FOLDER, "--prefix", prefix()});
         m_host.setProgram(installedHost());
+        // Hosts that the bus starts keep no history in the user's folder.
+        qputenv("XDG_STATE_HOME", m_folder.path().toUtf8());
     }
 
     QString prefix() const { return m_folder.filePath("prefix"); }
@@ -90,7 +92,7 @@ protected:
 TEST_F(InstalledPackageTest, TheHostFindsItsModules)
 {
     const std::string list = run(installedHost(), {"--list-modules"});
-    for (const char *module : {"dbus", "notifications", "player", "powermanager"}) {
+    for (const char *module : {"attention", "dbus", "notifications", "player", "powermanager"}) {
         EXPECT_THAT(
             list, HasSubstr(std::string(module) + '\t' + moduleFile(module).toStdString() + '\n'));
     }
@@ -99,7 +101,7 @@ TEST_F(InstalledPackageTest, TheHostFindsItsModules)
 TEST_F(InstalledPackageTest, TheHostRunsWithoutAConfiguration)
 {
     ASSERT_TRUE(m_host.startReady()) << m_host.log().toStdString();
-    EXPECT_TRUE(m_host.waitForLog("Host ready, 4 modules"));
+    EXPECT_TRUE(m_host.waitForLog("Host ready, 5 modules"));
     EXPECT_EQ(m_host.stop(), 0) << m_host.log().toStdString();
 }
 
@@ -200,7 +202,7 @@ TEST_F(InstalledPackageTest, TheBusesStartTheUnits)
 TEST_F(InstalledPackageTest, TheConfigurationOfTheServiceIsGood)
 {
     EXPECT_THAT(run(installedHost(), {"--check", "--config", prefix() + "/etc/tavo/host.json"}),
-                HasSubstr("good, 4 modules"));
+                HasSubstr("good, 5 modules"));
 }
 
 TEST_F(InstalledPackageTest, AnotherInstallationKeepsAChangedConfiguration)

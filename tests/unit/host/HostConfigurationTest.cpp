@@ -61,15 +61,16 @@ TEST(HostConfigurationTest, RefusesLimitsOfSoundsOutOfRange)
     }
 }
 
-TEST(HostConfigurationTest, RunsFourModulesInOrderWithoutAFile)
+TEST(HostConfigurationTest, RunsFiveModulesInOrderWithoutAFile)
 {
     const auto configuration = HostConfiguration::builtIn();
-    ASSERT_EQ(configuration.modules.size(), 4);
+    ASSERT_EQ(configuration.modules.size(), 5);
     EXPECT_EQ(configuration.modules[0].name, "powermanager");
     EXPECT_EQ(configuration.modules[1].name, "player");
     EXPECT_EQ(configuration.modules[2].name, "notifications");
-    EXPECT_EQ(configuration.modules[3].name, "dbus");
-    EXPECT_EQ(configuration.modules[3].libraryName, "dbus");
+    EXPECT_EQ(configuration.modules[3].name, "attention");
+    EXPECT_EQ(configuration.modules[4].name, "dbus");
+    EXPECT_EQ(configuration.modules[4].libraryName, "dbus");
 }
 
 TEST(HostConfigurationTest, UsesAModulesNameAsItsLibraryByDefault)

@@ -9,7 +9,6 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
-#include <QLocale>
 #include <QSaveFile>
 #include <QStandardPaths>
 
@@ -41,6 +40,7 @@ protected:
 Speech::Speech(const Settings &settings, QObject *parent)
     : QObject(parent)
     , m_settings(settings)
+    , m_command(settings.command)
 {
     m_timeout.setSingleShot(true);
     m_timeout.setInterval(m_settings.timeoutMs);
@@ -56,14 +56,6 @@ Speech::~Speech()
     }
 }
 
-QStringList Speech::defaultCommand()
-{
-    const QString language = QLocale::system().name().section(QLatin1Char('_'), 0, 0);
-    return {QStringLiteral("espeak-ng"), QStringLiteral("-v"),
-            language == QLatin1String("C") ? QStringLiteral("en") : language,
-            QStringLiteral("--stdin"), QStringLiteral("--stdout")};
-}
-
 QString Speech::defaultFolder()
 {
     const QString service = qEnvironmentVariable("CACHE_DIRECTORY");
@@ -73,13 +65,18 @@ QString Speech::defaultFolder()
                : service + QStringLiteral("/speech");
 }
 
+void Speech::setCommand(const QStringList &command)
+{
+    m_command = command.isEmpty() ? m_settings.command : command;
+}
+
 void Speech::say(const QString &text, const Receiver &receiver)
 {
     const QString said = text.left(maxTextLength);
     const auto refuse = [this, receiver](const QString &reason) {
         QTimer::singleShot(0, this, [receiver, reason] { receiver(Failure{reason}); });
     };
-    if (m_settings.command.isEmpty()) {
+    if (m_command.isEmpty()) {
         refuse(QStringLiteral("No program for speech is configured"));
         return;
     }
@@ -87,7 +84,7 @@ void Speech::say(const QString &text, const Receiver &receiver)
         refuse(QStringLiteral("Too many texts wait to be spoken"));
         return;
     }
-    m_jobs.push_back({said, fileFor(said), receiver});
+    m_jobs.push_back({m_command, said, fileFor(said), receiver});
     if (m_jobs.size() == 1) {
         QTimer::singleShot(0, this, &Speech::startNext);
     }
@@ -96,7 +93,7 @@ void Speech::say(const QString &text, const Receiver &receiver)
 QString Speech::fileFor(const QString &text) const
 {
     QCryptographicHash hash(QCryptographicHash::Sha256);
-    hash.addData(m_settings.command.join(QChar::Null).toUtf8());
+    hash.addData(m_command.join(QChar::Null).toUtf8());
     hash.addData(text.toUtf8());
     return m_settings.folder + QLatin1Char('/') + QString::fromLatin1(hash.result().toHex()) +
            QStringLiteral(".wav");
@@ -120,8 +117,8 @@ void Speech::startNext()
     }
     m_sound.clear();
     m_process = std::make_unique<Process>();
-    m_process->setProgram(m_settings.command.first());
-    m_process->setArguments(m_settings.command.mid(1));
+    m_process->setProgram(job.command.first());
+    m_process->setArguments(job.command.mid(1));
     m_process->setStandardErrorFile(QProcess::nullDevice());
     tavoConnect(m_process.get(), &QProcess::readyReadStandardOutput, this,
                 &Speech::on_process_readyRead);
@@ -160,7 +157,7 @@ void Speech::on_process_ended()
 
 Result<QString> Speech::takeResult()
 {
-    const QString program = m_settings.command.first();
+    const QString program = m_process->program();
     const bool wasInTime = m_timeout.isActive();
     m_timeout.stop();
     if (m_process->error() == QProcess::FailedToStart) {

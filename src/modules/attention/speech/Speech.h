@@ -41,11 +41,14 @@ public:
     /// Ends the program; the receivers that wait are not called.
     ~Speech() override;
 
+    /// Another program, for texts from now on; that of the settings if it is empty.
+    void setCommand(const QStringList &command);
+
+    /// Whether a program is configured.
+    bool isPossible() const { return !m_command.isEmpty(); }
+
     /// Calls the receiver once, from the event loop. At most 1,000 characters are spoken.
     void say(const QString &text, const Receiver &receiver);
-
-    /// espeak-ng, with the voice of the host's language.
-    static QStringList defaultCommand();
 
     /// $CACHE_DIRECTORY/speech for a service of the system, else tavo/speech in the user's cache.
     static QString defaultFolder();
@@ -60,6 +63,7 @@ private:
 
     struct Job
     {
+        QStringList command;
         QString text;
         QString file;
         Receiver receiver;
@@ -72,6 +76,7 @@ private:
     void removeOldest() const;
 
     const Settings m_settings;
+    QStringList m_command;
     std::deque<Job> m_jobs; ///< the program works for the first one
     std::unique_ptr<Process> m_process;
     QByteArray m_sound; ///< what the program has written
