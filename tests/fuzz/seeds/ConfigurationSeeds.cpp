@@ -72,10 +72,40 @@ void writeModuleConfigurations(const SeedFolder &folder)
         folder.write("value-" + QByteArray::number(int(i)), writer.bytes() + none);
     }
 }
+
+void writeAttentionSettings(const SeedFolder &folder)
+{
+    folder.write("nights", R"({"timeZone": "Europe/Berlin",
+ "doNotDisturb": {"times": [{"days": ["Sun", "Mon"], "from": "22:00", "to": "07:00"},
+                            {"days": ["Sat"], "from": "02:30", "to": "02:31"}],
+  "silence": "sound", "passPriority": "High", "passSources": ["door*"], "passRepeatedWithin": 60,
+  "summary": false}})");
+    folder.write(
+        "rules",
+        R"({"apply": "first", "groupFrom": 3, "eachSource": {"messages": 5, "seconds": 10}, "rules": [
+ {"name": "one", "when": {"source": ["mail", "chat*"], "category": ["email*"], "minPriority": "Low",
+   "maxPriority": "High", "words": ["rules"], "pattern": "(?m)^ .a+", "times": [{"from": "08:00", "to": "24:00"}]},
+  "then": {"priority": "Urgent", "timeout": 5000, "sound": "/a.wav", "group": "g", "groupFrom": 2,
+   "chime": "/c.wav", "mute": true, "hide": true, "drop": false, "speak": true, "pass": true,
+   "private": true, "mustSee": true}},
+ {"name": "two", "then": {"drop": true}}]})");
+    folder.write(
+        "slow-pattern",
+        R"({"rules": [{"name": "aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa", "when": {"pattern": "(a|aa|a*)*b$"}}]})");
+    folder.write("wrong-type", R"({
+ "rules": [
+  {"name": "x", "when": {"source": 5}}
+ ]
+})");
+    folder.write("cut-off", R"({
+ "rules": [{"name")");
+    folder.write("empty", "");
+}
 } // namespace
 
 void writeConfigurationSeeds(const QString &corpus)
 {
     writeHostConfigurations(SeedFolder(corpus, "fuzz_host_configuration"));
     writeModuleConfigurations(SeedFolder(corpus, "fuzz_module_configuration"));
+    writeAttentionSettings(SeedFolder(corpus, "fuzz_attention_settings"));
 }
