@@ -22,6 +22,7 @@ QString subjectOf(const FleetTopic &topic)
         return QStringLiteral("event");
     case FleetTopic::Kind::Call:
     case FleetTopic::Kind::GroupCall:
+    case FleetTopic::Kind::GroupEnd:
         break;
     }
     return {};
