@@ -11,3 +11,4 @@ void writeRequestSeeds(const QString &corpus);
 void writeValueSeeds(const QString &corpus);
 void writeConfigurationSeeds(const QString &corpus);
 void writeSoundSeeds(const QString &corpus);
+void writeFleetSeeds(const QString &corpus);

@@ -20,6 +20,7 @@ int main(int argc, char **argv)
         writeValueSeeds(corpus);
         writeConfigurationSeeds(corpus);
         writeSoundSeeds(corpus);
+        writeFleetSeeds(corpus);
     } catch (const std::exception &error) {
         std::cerr << "fuzz_seeds: " << error.what() << '\n';
         return 1;

@@ -61,6 +61,7 @@ protected:
         MqttSettings settings = MqttSettings::fromUrl(m_broker->uri());
         settings.minReconnectMs = 10;
         settings.maxReconnectMs = 100;
+        adapt(settings);
         auto connection = std::make_unique<MqttConnection>(settings);
         connection->subscribe("tavo/v1/#");
         connection->subscribe("homeassistant/#");
@@ -68,6 +69,9 @@ protected:
                          [this](const MqttMessage &message) { m_messages.push_back(message); });
         return connection;
     }
+
+    /// Changes the settings of the controller.
+    virtual void adapt(MqttSettings & /*settings*/) {}
 
     void startHost(const QJsonArray &more = {})
     {

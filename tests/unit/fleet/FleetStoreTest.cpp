@@ -1,0 +1,121 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include <base/sqlite/SqliteError.h>
+
+#include <QDateTime>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <fleet/store/FleetStore.h>
+
+class FleetStoreTest : public testing::Test
+{
+protected:
+    FleetStore &store()
+    {
+        if (!m_store) {
+            m_store = std::make_unique<FleetStore>(m_file);
+        }
+        return *m_store;
+    }
+
+    /// As after the end of the program.
+    FleetStore &reopened()
+    {
+        m_store.reset();
+        return store();
+    }
+
+    static StoredCall call(const QString &id)
+    {
+        StoredCall call;
+        call.id = id;
+        call.call = "{}";
+        call.group = "all";
+        call.forgetAfter = 100;
+        return call;
+    }
+
+    static OutgoingMessage message(const QByteArray &payload, qint64 expires)
+    {
+        return {0, "topic", payload, expires};
+    }
+
+    const qint64 m_later = QDateTime::currentMSecsSinceEpoch() + 1000000;
+    QTemporaryDir m_folder;
+    const QString m_file = m_folder.filePath("new/fleet.db");
+    std::unique_ptr<FleetStore> m_store;
+};
+
+TEST_F(FleetStoreTest, ACallIsRememberedInEachOfItsStates)
+{
+    store().begin(call("a"));
+    ASSERT_EQ(reopened().begun().size(), 1U);
+    EXPECT_EQ(store().begun()[0].group, "all");
+    StoredCall answered = call("a");
+    answered.answer = "shown";
+    answered.path = "/m/1";
+    answered.isOpen = true;
+    const auto messages = store().answer(answered, {message("shown", m_later)});
+    EXPECT_GT(messages[0].number, 0);
+    EXPECT_TRUE(reopened().begun().empty());
+    ASSERT_EQ(store().open().size(), 1U);
+    EXPECT_EQ(store().open()[0].path, "/m/1");
+    ASSERT_EQ(store().outgoing(0, 10).size(), 1U);
+    store().remove(messages[0].number);
+    store().end("a", {message("ended", m_later)});
+    EXPECT_TRUE(reopened().open().empty());
+    EXPECT_EQ(store().outgoing(0, 10).at(0).payload, "ended");
+    ASSERT_TRUE(store().find("a"));
+    EXPECT_EQ(store().find("a")->answer, "shown");
+    store().tidy(101);
+    EXPECT_FALSE(store().find("a"));
+}
+
+TEST_F(FleetStoreTest, TheExpiredGoFirstWhenThereAreTooManyMessages)
+{
+    store().add(message("expired", 1));
+    const auto kept = store().add(message("kept", m_later));
+    for (int i = 2; i < FleetStore::maxOutgoing; ++i) {
+        store().add(message("more", m_later));
+    }
+    EXPECT_EQ(store().dropped(), 0);
+    store().add(message("last", m_later));
+    EXPECT_EQ(store().dropped(), 1);
+    EXPECT_EQ(store().outgoing(0, 1).at(0).number, kept.number);
+    store().add(message("one too many", m_later));
+    EXPECT_GT(store().dropped(), 1);
+    EXPECT_GT(store().outgoing(0, 1).at(0).number, kept.number);
+}
+
+TEST_F(FleetStoreTest, ManyBytesAreTooManyAsWell)
+{
+    const QByteArray large(FleetStore::maxOutgoingBytes / 8, 'x');
+    for (int i = 0; i < 20; ++i) {
+        store().add(message(large, m_later));
+    }
+    EXPECT_LE(store().outgoing(0, 100).size(), 8U);
+    EXPECT_GE(store().dropped(), 12);
+}
+
+TEST_F(FleetStoreTest, ADamagedFileIsPutAside)
+{
+    store().begin(call("a"));
+    m_store.reset();
+    QFile file(m_file);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(QByteArray(8192, 'x'));
+    file.close();
+    EXPECT_FALSE(store().damage().isEmpty());
+    EXPECT_FALSE(store().find("a"));
+    EXPECT_TRUE(QFile::exists(m_file + ".damaged"));
+}
+
+TEST_F(FleetStoreTest, TwoCannotUseTheSameFile)
+{
+    store();
+    EXPECT_THROW(FleetStore{m_file}, SqliteError);
+}
