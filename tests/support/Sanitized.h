@@ -31,13 +31,8 @@ constexpr bool sanitized = true;
 constexpr bool sanitized = false;
 #endif
 
-/// Whether this is a build with UBSan, which reads an object's type through a pipe, so that an invalid
+/// Whether the tested code is built with UBSan, which reads an object's type through a pipe, so that an invalid
 /// pointer does no harm. Where no pipe can be opened, it reports every object as being of a wrong type.
-#if defined(__has_feature)
-#if __has_feature(undefined_behavior_sanitizer)
-#define TAVO_UNDEFINED_BEHAVIOUR_SANITIZER 1
-#endif
-#endif
 #ifdef TAVO_UNDEFINED_BEHAVIOUR_SANITIZER
 constexpr bool typesAreCheckedThroughAPipe = true;
 #else
