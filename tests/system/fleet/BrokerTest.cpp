@@ -150,6 +150,7 @@ TEST_F(FleetBrokerTest, ADeviceThatIsNamedLikeTheGroupsCanDoNothing)
 {
     subscribe(m_subscriber, "commander", "tavo/v1/#", 1);
     publish("group", "tavo/v1/group/answer/call", "stolen");
+    publish("group", "tavo/v1/group/call", "stolen");
     publish("porch", "tavo/v1/porch/online", "own");
     EXPECT_EQ(m_subscriber.waitForExit(), 0);
     EXPECT_THAT(messages(m_subscriber), ElementsAre("tavo/v1/porch/online own"));

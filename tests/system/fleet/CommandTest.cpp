@@ -187,15 +187,15 @@ TEST_F(FleetCommandTest, ListsDevices)
 {
     const auto hall = device("hall");
     const auto porch = device("porch", {"site", "doors"});
-    porch->publish(FleetTopics::state("porch", "display"), R"({"shown":true,"title":"Water"})",
-                   true);
+    porch->publish(FleetTopics::state("porch", "display"),
+                   R"({"shown":true,"title":"Water","text":"Room 301"})", true);
     hall->publish(FleetTopics::state("hall", "display"), R"({"shown":false})", true);
     hall->publish(FleetTopics::state("hall", "sound"), R"({"sounding":true})", true);
     porch->leave();
     ASSERT_TRUE(waitFor([&] { return hall->isIdle(); }));
     EXPECT_EQ(run({"list"}), exitGood);
     EXPECT_THAT(m_tavo.lines(), ElementsAre("hall\tonline\tsite\tsounding",
-                                            "porch\taway\tsite,doors\tshows Water"));
+                                            "porch\taway\tsite,doors\tshows Water: Room 301"));
     EXPECT_EQ(run({"list", "--group", "doors", "--json"}), exitGood);
     const QJsonArray devices = json()["devices"].toArray();
     ASSERT_EQ(devices.size(), 1);

@@ -16,7 +16,9 @@ QString stateText(const FleetDevice &device)
     if (field("display", "shown").toBool()) {
         constexpr int maxSize = 200; // a device may say anything
         const QString title = field("display", "title").toString();
-        texts.append(QStringLiteral("shows ") + printable(shortened(title, maxSize)));
+        const QString text = field("display", "text").toString();
+        const QString shown = text.isEmpty() ? title : title + QStringLiteral(": ") + text;
+        texts.append(QStringLiteral("shows ") + printable(shortened(shown, maxSize)));
     }
     if (field("sound", "sounding").toBool()) {
         texts.append(QStringLiteral("sounding"));
