@@ -61,7 +61,7 @@ void BusWriter::writeVariant(const QVariant &value)
     case QMetaType::QString:
     case QMetaType::QChar:
         open(SD_BUS_TYPE_VARIANT, "s");
-        writeString(value.toString());
+        writeString(cutText(value.toString()));
         return close();
     case QMetaType::QByteArray:
         return writeBytes(value.toByteArray());
@@ -137,6 +137,15 @@ void BusWriter::writeString(const QString &text)
         sd_bus_message_append_basic(m_message.get(), SD_BUS_TYPE_STRING, utf8.constData()) < 0) {
         throw BusError::unsupportedValue("A string holds a character that can't be sent");
     }
+}
+
+QString BusWriter::cutText(const QString &text) const
+{
+    if (text.size() <= m_maxLength) {
+        return text;
+    }
+    const bool isSplit = m_maxLength > 0 && text[m_maxLength - 1].isHighSurrogate();
+    return text.left(isSplit ? m_maxLength - 1 : m_maxLength);
 }
 
 void BusWriter::writeStringList(const QStringList &texts)

@@ -38,6 +38,9 @@ public:
     {
     }
 
+    /// From now on, strings in variants are cut after so many characters.
+    void setMaxLength(int length) { m_maxLength = length; }
+
     void writeBoolean(bool value);
     void writeInt32(std::int32_t value);
     void writeUInt32(std::uint32_t value);
@@ -62,6 +65,7 @@ public:
     const BusMessage &message() const { return m_message; }
 
 private:
+    QString cutText(const QString &text) const;
     void writeOwnType(const QVariant &value);
     void writeBytes(const QByteArray &bytes);
     void writeList(const QVariantList &values);
@@ -78,5 +82,6 @@ private:
     BusMessage m_message;
     std::size_t m_maxBytes;
     std::size_t m_bytesLeft;
+    int m_maxLength = std::numeric_limits<int>::max();
     int m_depth = 0; ///< containers that are open
 };

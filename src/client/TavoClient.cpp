@@ -178,6 +178,20 @@ CMReply<QVariantList> TavoClient::rows(const CMPath &path, int first, int count)
     return m_bus->ask<QVariantList>(BusInterface::model(), "GetRows", writeAll, readRows);
 }
 
+CMReply<TavoClientPreview> TavoClient::preview(const CMPath &path, int count, int length)
+{
+    const auto writeAll = [path, count, length](BusWriter &call) {
+        write(call, path);
+        call.writeInt32(count);
+        call.writeInt32(length);
+    };
+    const auto read = [](BusReader &reply) {
+        // A braced list is evaluated in its order.
+        return TavoClientPreview{reply.readString(), readRows(reply)};
+    };
+    return m_bus->ask<TavoClientPreview>(BusInterface::model(), "Preview", writeAll, read);
+}
+
 CMReply<int> TavoClient::matchRow(const CMPath &path, const QVariant &row)
 {
     const auto read = [](BusReader &reply) { return int(reply.readInt32()); };

@@ -32,6 +32,13 @@ struct TavoClientDescription : TavoClientNode
     QString text; ///< the title of the node's first row; empty for a node without rows
 };
 
+/// What a person sees of a list, such as a message of the display.
+struct TavoClientPreview
+{
+    QString title;     ///< for people; empty if the node has none
+    QVariantList rows; ///< the first ones
+};
+
 /// The model of a host in another process, over a message bus.
 ///
 /// Neither requests nor connecting block. Lives in the thread that made it, whose event loop finishes
@@ -83,6 +90,10 @@ public:
 
     /// Up to `count` rows of a list from `first` on; -1 means all.
     CMReply<QVariantList> rows(const CMPath &path, int first = 0, int count = -1);
+
+    /// The title of a node and up to `count` of its first rows, in which strings end after `length`
+    /// characters. For programs that show it to people: a message may be much longer than a screen.
+    CMReply<TavoClientPreview> preview(const CMPath &path, int count, int length);
 
     /// The index of the first row that equals the value, or -1.
     CMReply<int> matchRow(const CMPath &path, const QVariant &row);

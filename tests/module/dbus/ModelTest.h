@@ -47,6 +47,14 @@ public:
             writer.writeInt32(count);
         });
     }
+    BusCall preview(const QString &path, int count, int length)
+    {
+        return call("Preview", [&](BusWriter &writer) {
+            writer.writeString(path);
+            writer.writeInt32(count);
+            writer.writeInt32(length);
+        });
+    }
     BusCall describe(const QStringList &paths)
     {
         return call("Describe", [&](BusWriter &writer) { writer.writeStringList(paths); });

@@ -87,6 +87,23 @@ TEST_F(ClientRequestsTest, ReadsRows)
     EXPECT_EQ(some.value(), QVariantList({"/b"}));
 }
 
+TEST_F(ClientRequestsTest, ReadsWhatAPersonSeesOfAList)
+{
+    auto *list = CMListRowsNode::create(m_service.nodes(), path("/list"));
+    list->setTitle("The list"_s);
+    list->rowsAppend(TavoRoles().setTitle(QString(1000, 'a')).setApplication("mail"_s));
+    list->rowsAppend(path("/b"));
+    const auto preview = connectedClient().preview(path("/list"), 1, 10);
+    ASSERT_TRUE(succeeds(preview));
+    EXPECT_EQ(preview.value().title, "The list"_s);
+    ASSERT_EQ(preview.value().rows.size(), 1);
+    const TavoRoles row(preview.value().rows[0].toHash());
+    EXPECT_EQ(row.title().toString(), QString(10, 'a'));
+    EXPECT_EQ(row.application(), "mail"_s);
+    EXPECT_EQ(errorOf(connectedClient().preview(path("/none"), 1, 10)).name(),
+              CMErrors::noSuchNode());
+}
+
 TEST_F(ClientRequestsTest, FindsARow)
 {
     auto *list = CMListRowsNode::create(m_service.nodes(), path("/list"));

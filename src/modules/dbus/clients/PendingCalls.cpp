@@ -50,8 +50,8 @@ void PendingCalls::clear()
     m_calls.clear();
 }
 
-void PendingCalls::answer(const BusMessage &call, const CMReply<QVariant> &reply, Write write,
-                          Quotas::Charge charge)
+void PendingCalls::answer(const BusMessage &call, const CMReply<QVariant> &reply,
+                          const Write &write, Quotas::Charge charge)
 {
     if (reply.isFinished()) {
         send(call, reply, write);
@@ -73,7 +73,7 @@ void PendingCalls::finish(quint64 number, const CMReply<QVariant> &reply)
     m_clients.run(call, [&](const BusMessage &) { send(call, reply, pending.mapped().write); });
 }
 
-void PendingCalls::send(const BusMessage &call, const CMReply<QVariant> &reply, Write write)
+void PendingCalls::send(const BusMessage &call, const CMReply<QVariant> &reply, const Write &write)
 {
     const CMError error = reply.error();
     if (error.isError()) {

@@ -10,6 +10,7 @@
 #include <QObject>
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <unordered_map>
 
@@ -28,14 +29,14 @@ public:
     explicit PendingCalls(Clients &clients);
 
     /// Writes the value of the model's reply.
-    using Write = void (*)(BusWriter &reply, const QVariant &value);
+    using Write = std::function<void(BusWriter &reply, const QVariant &value)>;
 
     /// Counts a waiting call by the bytes of its values. Throws BusError::limitExceeded() when too much
     /// waits already.
     Quotas::Charge charge(const BusMessage &call, std::size_t bytes);
 
     /// Answers the call with the reply's value or error, at once if the reply is finished.
-    void answer(const BusMessage &call, const CMReply<QVariant> &reply, Write write,
+    void answer(const BusMessage &call, const CMReply<QVariant> &reply, const Write &write,
                 Quotas::Charge charge);
 
     /// Forgets all calls, because the bus has gone.
@@ -54,7 +55,7 @@ private:
     using Calls = std::unordered_map<quint64, PendingCall>;
 
     void finish(quint64 number, const CMReply<QVariant> &reply);
-    void send(const BusMessage &call, const CMReply<QVariant> &reply, Write write);
+    void send(const BusMessage &call, const CMReply<QVariant> &reply, const Write &write);
 
     Clients &m_clients;
 

@@ -75,6 +75,11 @@ BusError Refusals::unknownChange()
     return BusError::invalidArguments("A change must be \"value\", \"rows\" or \"node\"");
 }
 
+BusError Refusals::invalidPreview()
+{
+    return BusError::invalidArguments("The count and the length must be 0 or more");
+}
+
 BusError Refusals::invalidRowRange()
 {
     return BusError::invalidArguments(

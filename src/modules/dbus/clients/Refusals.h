@@ -28,6 +28,7 @@ BusError textTooLong(const char *what, int maxLength);
 BusError notAMessage();
 BusError unknownChange();
 BusError invalidRowRange();
+BusError invalidPreview();
 BusError noSuchSubscription();
 BusError noSuchInbox(const std::string &path);
 BusError notAnInboxOfTheCaller();

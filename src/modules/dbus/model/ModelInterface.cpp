@@ -37,11 +37,16 @@ void writeIndex(BusWriter &reply, const QVariant &value)
     reply.writeInt32(value.toInt());
 }
 
+void writeTitle(BusWriter &reply, const TrString &title)
+{
+    reply.writeString(sendableText(title.toString().left(maxListedTitleLength)));
+}
+
 void writeEntry(BusWriter &reply, const CMCatalog::Entry &entry)
 {
     reply.writeString(sendableText(entry.path.toString()));
     reply.writeString(entry.kind);
-    reply.writeString(sendableText(entry.title.toString().left(maxListedTitleLength)));
+    writeTitle(reply, entry.title);
 }
 
 void writeEntries(BusWriter &reply, const std::vector<CMCatalog::Entry> &entries)
@@ -96,6 +101,7 @@ void ModelInterface::on_bus_connected()
     serve("Tree", &ModelInterface::tree);
     serve("Describe", &ModelInterface::describe);
     serve("GetRows", &ModelInterface::getRows);
+    serve("Preview", &ModelInterface::preview);
     serve("MatchRow", &ModelInterface::matchRow);
     serve("Close", &ModelInterface::closeNode, CallTurns::IfLeft::Handle);
     serve("Subscribe", &ModelInterface::subscribe);
@@ -241,6 +247,27 @@ void ModelInterface::getRows(const BusMessage &call)
     const CMReply<QVariant> reply;
     CMRoot()->getRowsRequest(CMGetRowsRequest(path, first, count, reply));
     m_calls.answer(call, reply, writeRows, std::move(charge));
+}
+
+void ModelInterface::preview(const BusMessage &call)
+{
+    BusReader reader(call);
+    const CMPath path = ModelArguments::readPath(reader);
+    const std::int32_t count = reader.readInt32();
+    const std::int32_t length = reader.readInt32();
+    if (count < 0 || length < 0) {
+        throw Refusals::invalidPreview();
+    }
+    Quotas::Charge charge = m_calls.charge(call, 0);
+    const CMReply<QVariant> rows;
+    CMRoot()->getRowsRequest(CMGetRowsRequest(path, 0, count, rows));
+    const auto write = [path, length](BusWriter &reply, const QVariant &value) {
+        const auto entry = CMCatalog::entry(path);
+        writeTitle(reply, entry ? entry->title : TrString());
+        reply.setMaxLength(length);
+        writeRows(reply, value);
+    };
+    m_calls.answer(call, rows, write, std::move(charge));
 }
 
 void ModelInterface::matchRow(const BusMessage &call)

@@ -57,6 +57,7 @@ private:
     void tree(const BusMessage &call);
     void describe(const BusMessage &call);
     void getRows(const BusMessage &call);
+    void preview(const BusMessage &call);
     void matchRow(const BusMessage &call);
     void closeNode(const BusMessage &call);
     void subscribe(const BusMessage &call);

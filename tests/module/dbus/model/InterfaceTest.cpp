@@ -25,7 +25,7 @@ TEST_F(DbusInterfaceTest, IsWhatItsFileSays)
 {
     const auto written =
         membersOfFile(INTERFACE_FOLDER "/org.tavo.Model1.xml", "org.tavo.Model1"_s);
-    EXPECT_THAT(written, SizeIs(18));
+    EXPECT_THAT(written, SizeIs(19));
     EXPECT_THAT(membersOf(introspection(), "org.tavo.Model1"_s), ElementsAreArray(written));
 }
 
@@ -43,6 +43,7 @@ TEST_F(DbusInterfaceTest, RepliesWithTheTypesThatItsFileSays)
         {"Tree", client->ask("Tree", {"/test"_s})},
         {"Describe", client->describe({"/test/rows"_s})},
         {"GetRows", client->getRows("/test/rows"_s, 0, -1)},
+        {"Preview", client->preview("/test/rows"_s, 1, 10)},
         {"MatchRow", client->call("MatchRow",
                                   [](BusWriter &writer) {
                                       writer.writeString("/test/rows"_s);

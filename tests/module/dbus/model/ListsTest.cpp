@@ -125,6 +125,19 @@ TEST_F(DbusListsTest, OfOneClientDoNotKeepAnotherWaitingHoweverManyNodesThereAre
     EXPECT_TRUE(calls.back().succeeds());
 }
 
+TEST_F(DbusListsTest, PreviewsCutNoCharacterInHalves)
+{
+    const QString bell = QString::fromUtf8("\U0001F514"); // two UTF-16 units
+    publishText("/test/text"_s, "ab"_s + bell.repeated(10))->setTitle("Door"_s);
+    BusReader reader = client->preview("/test/text"_s, 1, 5).reader();
+    EXPECT_EQ(reader.readString(), "Door"_s);
+    reader.enterArray("v");
+    EXPECT_EQ(TavoRoles(reader.readVariant().toHash()).title().toString(), "ab"_s + bell);
+    EXPECT_TRUE(reader.isAtEnd());
+    EXPECT_EQ(client->preview("/test/text"_s, -1, 5).errorName(),
+              "org.freedesktop.DBus.Error.InvalidArgs");
+}
+
 TEST_F(DbusListsTest, CutLongTitles)
 {
     publishRows("/test/rows"_s, {})->setTitle(QString(1000, 'x'));
