@@ -82,8 +82,9 @@ void HistoryNodes::on_history_activated(const CMSetDataRequest &request)
 
 void HistoryNodes::on_markSeen_activated(const CMSetDataRequest &request)
 {
-    const qint64 before = TavoValue(request.value().toHash()).attentionQuery().before();
-    m_history.markSeen(before > 0 ? before - 1 : std::numeric_limits<qint64>::max());
+    const auto query = TavoValue(request.value().toHash()).attentionQuery();
+    m_history.markSeen(query.before() > 0 ? query.before() - 1 : std::numeric_limits<qint64>::max(),
+                       query.from());
     request.reply().setValue(QVariant());
 }
 

@@ -63,8 +63,8 @@ TAVO_API_EXPORT CMPath TavoAttentionHistoryStatePath();
 /// Value: a TavoValue with int_(), how many notifications of the past nobody has seen.
 TAVO_API_EXPORT CMPath TavoAttentionMissedPath();
 
-/// Request: somebody has seen the notifications of the past up to a number. Value: a TavoValue with
-/// attentionQuery(), of which before() counts: those with smaller numbers; 0: all. Reply: empty.
+/// Request: somebody has seen these notifications of the past. Value: a TavoValue with
+/// attentionQuery(), of which before() and from() count; both 0: all. Reply: empty.
 TAVO_API_EXPORT CMPath TavoAttentionMarkSeenPath();
 
 /// The parent of the nodes that the module makes for messages.
@@ -269,6 +269,8 @@ class TavoAttentionQuery : public TavoHash
 
     /// Those with smaller numbers; 0: the newest ones.
     TAVO_FIELD(qint64, before, setBefore)
+    /// For TavoAttentionMarkSeenPath(): those with this number and larger ones.
+    TAVO_FIELD(qint64, from, setFrom)
     /// At most so many, up to 200; 0: 50.
     TAVO_FIELD(int, limit, setLimit)
     /// Only those with these words in their title or text; beginnings of words suffice.

@@ -77,10 +77,10 @@ void History::change(qint64 number, HistoryEntry::State state, const QString &ac
     }
 }
 
-void History::markSeen(qint64 upTo)
+void History::markSeen(qint64 upTo, qint64 from)
 {
     if (m_writer) {
-        m_queue->append(HistorySeen{upTo});
+        m_queue->append(HistorySeen{upTo, from});
     }
 }
 

@@ -43,8 +43,8 @@ public:
     /// is no longer in the history.
     void change(qint64 number, HistoryEntry::State state, const QString &action, qint64 endTime);
 
-    /// Marks as seen what was missed, up to this number.
-    void markSeen(qint64 upTo);
+    /// Marks as seen what was missed, between these numbers.
+    void markSeen(qint64 upTo, qint64 from = 0);
 
     /// Reads a page. It has everything that was added before the call. The receiver is called once,
     /// from the event loop, unless the history is destroyed first. Fails if nothing is remembered.

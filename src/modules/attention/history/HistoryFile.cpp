@@ -51,7 +51,7 @@ struct HistoryFile::Statements
     SqliteStatement change{
         database, "UPDATE entries SET state = ?, action = ?, endTime = ? WHERE number = ?"};
     SqliteStatement see{database, "UPDATE entries INDEXED BY entries_missed SET state = ? "
-                                  "WHERE state IN (5, 6) AND number <= ?"};
+                                  "WHERE state IN (5, 6) AND number <= ? AND number >= ?"};
     SqliteStatement leftOpen{database, SELECT_ENTRIES
                              "entries INDEXED BY entries_open "
                              "WHERE endTime = 0 AND flags & 2 ORDER BY number LIMIT ?"};
@@ -141,7 +141,8 @@ void HistoryFile::write(const HistoryChange &change)
 
 void HistoryFile::write(const HistorySeen &seen)
 {
-    m_statements->see.run(int(HistoryEntry::State::Seen), numberInFile(seen.upTo));
+    m_statements->see.run(int(HistoryEntry::State::Seen), numberInFile(seen.upTo),
+                          numberInFile(seen.from));
     m_totals.missed -= m_database.changedRows();
 }
 

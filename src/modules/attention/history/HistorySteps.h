@@ -18,10 +18,11 @@ struct HistoryChange
     qint64 endTime;
 };
 
-/// What was missed up to this number has been seen.
+/// What was missed between these numbers has been seen.
 struct HistorySeen
 {
     qint64 upTo;
+    qint64 from = 0;
 };
 
 /// Entries that were open when the last host ended have ended, but not those with mustSee.

@@ -127,7 +127,9 @@ TEST_F(HistoryTest, MissedIsWhatExpiredOrWasSilencedUntilItIsMarkedAsSeen)
     HistoryQuery query;
     query.onlyMissed = true;
     EXPECT_THAT(titles(query), ElementsAre("Shown"_s, "Silenced"_s));
-    history->markSeen(shown - 1);
+    history->markSeen(shown - 1, shown);
+    EXPECT_THAT(titles(query), ElementsAre("Shown"_s, "Silenced"_s));
+    history->markSeen(shown - 1, shown - 1);
     EXPECT_THAT(titles(query), ElementsAre("Shown"_s));
     start();
     EXPECT_TRUE(waitFor([&] { return history->missed() == 1; }));
