@@ -12,10 +12,10 @@ Environment:
   QT_QPA_PLATFORM   xcb, wayland, linuxfb or eglfs; chosen by what is there if it is not set
 
 Exit codes:
-  0    stopped by SIGINT or SIGTERM, or the demo has ended
+  0    stopped by SIGINT or SIGTERM, the demo has ended, or the history is shown
   1    the connection to the X server or the compositor broke
   64   wrong arguments
-  69   there is no display
+  69   there is no display, or no tavo-display that could show the history
   75   another tavo-display shows the messages of this bus on this display
   78   the configuration is wrong or can't be read
 )";
@@ -32,6 +32,10 @@ struct Options : CommonOptions
         QStringLiteral("bus")};
     QCommandLineOption demo{QStringLiteral("demo"),
                             QStringLiteral("Show every look without a host, and end.")};
+    QCommandLineOption history{
+        QStringLiteral("history"),
+        QStringLiteral("Have the running tavo-display show what has come and what was missed, and "
+                       "end.")};
     QCommandLineOption check{
         QStringLiteral("check"),
         QStringLiteral("Check the configuration and the display, tell whether another "
@@ -42,8 +46,8 @@ void prepare(QCommandLineParser &parser, const Options &options)
 {
     parser.setApplicationDescription(
         QStringLiteral("Shows the messages of a host on the screen, until SIGINT or SIGTERM."));
-    parser.addOptions({options.config, options.mode, options.bus, options.demo, options.check,
-                       options.help, options.version});
+    parser.addOptions({options.config, options.mode, options.bus, options.demo, options.history,
+                       options.check, options.help, options.version});
 }
 
 Failure usage(const QString &reason)
@@ -62,6 +66,9 @@ CommandLine::Action actionOf(const QCommandLineParser &parser, const Options &op
     }
     if (parser.isSet(options.check)) {
         return Action::Check;
+    }
+    if (parser.isSet(options.history)) {
+        return Action::History;
     }
     return parser.isSet(options.demo) ? Action::Demo : Action::Run;
 }

@@ -13,7 +13,7 @@
 /// The arguments of the program.
 struct CommandLine
 {
-    enum class Action { Run, Demo, Check, ShowHelp, ShowVersion };
+    enum class Action { Run, Demo, Check, History, ShowHelp, ShowVersion };
 
     Action action = Action::Run;
     QString configurationFile; ///< empty: the usual one, if there is one

@@ -18,6 +18,7 @@
 namespace {
 using Mode = DisplayConfiguration::Mode;
 using Renderer = DisplayConfiguration::Renderer;
+using Mark = DisplayConfiguration::Mark;
 
 template <typename Value, std::size_t size>
 using Names = std::array<std::pair<const char *, Value>, size>;
@@ -27,6 +28,9 @@ constexpr Names<Mode, 3> modes{
 
 constexpr Names<Renderer, 2> renderers{
     {{"software", Renderer::Software}, {"opengl", Renderer::OpenGl}}};
+
+constexpr Names<Mark, 3> marks{
+    {{"do-not-disturb", Mark::DoNotDisturb}, {"missed", Mark::Missed}, {"never", Mark::Never}}};
 
 struct Position
 {
@@ -138,6 +142,7 @@ DisplayConfiguration read(TavoConfiguration source, const QString &file)
     read.language = readLanguage(source);
     read.focusKey = readFocusKey(source);
     read.reducedMotion = source.boolean(QStringLiteral("reducedMotion"), read.reducedMotion);
+    read.mark = readName(source, "mark", marks);
     source.finish();
     return read;
 }

@@ -12,6 +12,11 @@ struct DisplayConfiguration
 {
     enum class Mode { Corner, Banner, Fullscreen };
     enum class Renderer { Software, OpenGl };
+    enum class Mark {
+        DoNotDisturb, ///< shown while people do not want to be disturbed
+        Missed,       ///< and while there is something that nobody has seen
+        Never
+    };
 
     // Read once, at the start:
     QString bus = QStringLiteral("session");
@@ -30,6 +35,7 @@ struct DisplayConfiguration
     QString language; ///< such as "de_AT"; empty for the system's
     QString focusKey; ///< gives the message the keyboard on X11; empty for none
     bool reducedMotion = false;
+    Mark mark = Mark::DoNotDisturb;
 
     /// Whether a change to the other configuration takes effect only after a restart.
     bool needsRestart(const DisplayConfiguration &other) const

@@ -3,6 +3,8 @@
 
 #include "base/Printable.h"
 #include "base/StopSignals.h"
+#include "display/attention/AttentionWindows.h"
+#include "display/attention/HistoryRequests.h"
 #include "display/CommandLine.h"
 #include "display/ConfigurationFile.h"
 #include "display/ExitCode.h"
@@ -16,6 +18,7 @@
 #include <core/base/connect.h>
 
 #include <QCryptographicHash>
+#include <QFontMetrics>
 #include <QGuiApplication>
 #include <QLockFile>
 #include <QStandardPaths>
@@ -59,38 +62,96 @@ void blockStopSignals()
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 }
 
-/// Reads the configuration of the fonts, which takes a fifth of the start, beside everything else. Waits for
-/// it at the end.
-class FontReader
+/// Does something beside everything else, and waits for it at the end.
+class Aside
 {
 public:
-    FontReader()
-        : m_thread([] {
-            // Not by QLibrary: Qt takes the first thread that has a QObject for the main one.
-            if (void *fontconfig = dlopen("libfontconfig.so.1", RTLD_LAZY)) {
-                if (void *initialize = dlsym(fontconfig, "FcInit")) {
-                    reinterpret_cast<int (*)()>(initialize)();
-                }
-            }
-        })
+    template <typename Function>
+    explicit Aside(Function function)
+        : m_thread(function)
     {
     }
-    ~FontReader() { m_thread.join(); }
-    FontReader(const FontReader &) = delete;
-    FontReader &operator=(const FontReader &) = delete;
+    ~Aside() { m_thread.join(); }
+    Aside(const Aside &) = delete;
+    Aside &operator=(const Aside &) = delete;
 
 private:
     std::thread m_thread;
+};
+
+// Fonts take half of the start.
+
+/// Needs no application. Not by QLibrary: Qt takes the first thread that has a QObject for the main one.
+void readFontConfiguration()
+{
+    if (void *fontconfig = dlopen("libfontconfig.so.1", RTLD_LAZY)) {
+        if (void *initialize = dlsym(fontconfig, "FcInit")) {
+            reinterpret_cast<int (*)()>(initialize)();
+        }
+    }
+}
+
+/// Fills Qt's list of fonts.
+void listFonts()
+{
+    QFontMetrics(QFont()).height();
+}
+
+/// What a host has besides messages.
+class Attention
+{
+public:
+    Attention(TavoClient &client, QQmlEngine &engine, const QString &socket)
+        : m_host(client)
+        , m_windows(m_host, engine)
+        , m_requests(socket, [this] { return m_windows.openHistory(); })
+    {
+    }
+
+    void setConfiguration(const DisplayConfiguration &configuration)
+    {
+        m_windows.setConfiguration(configuration);
+    }
+    void start() { m_host.start(); }
+
+private:
+    HostAttention m_host;
+    AttentionWindows m_windows;
+    HistoryRequests m_requests;
 };
 
 /// The parts of the program, in the order of their destruction from the last.
 class Display : public QObject
 {
 public:
-    Display(const CommandLine &line, const QString &bus, std::unique_ptr<MessageSource> source)
+    /// Shows the messages of a host, and its history to those who ask at the socket.
+    Display(const CommandLine &line, const QString &bus, const QString &socket)
+        : Display(line, std::make_unique<TavoClient>(bus))
+    {
+        m_attention = std::make_unique<Attention>(*m_client, m_window.engine(), socket);
+        apply();
+    }
+
+    /// Shows every look without a host.
+    explicit Display(const CommandLine &line)
+        : Display(line, nullptr)
+    {
+        apply();
+    }
+
+    void start()
+    {
+        m_source->start();
+        if (m_attention) {
+            m_attention->start();
+        }
+    }
+
+private:
+    Display(const CommandLine &line, std::unique_ptr<TavoClient> client)
         : m_line(line)
-        , m_bus(bus)
-        , m_source(std::move(source))
+        , m_client(std::move(client))
+        , m_source(makeSource(m_client.get()))
         , m_file(line.configurationFile)
         , m_message(m_source.get())
         , m_window(&m_message)
@@ -99,18 +160,28 @@ public:
         tavoConnect(&m_file, &ConfigurationFile::failed, this, [](const QString &reason) {
             warn(reason + QStringLiteral("; the configuration stays as it was"));
         });
-        apply();
     }
 
-    void start() { m_source->start(); }
+    static std::unique_ptr<MessageSource> makeSource(TavoClient *client)
+    {
+        if (client != nullptr) {
+            return std::make_unique<HostMessages>(*client);
+        }
+        auto demo = std::make_unique<DemoMessages>();
+        tavoConnect(demo.get(), &DemoMessages::finished, qGuiApp, &QCoreApplication::quit,
+                    Qt::QueuedConnection);
+        return demo;
+    }
 
-private:
     void apply()
     {
         m_configuration = m_file.configuration();
         m_configuration.mode = m_line.mode.value_or(m_configuration.mode);
         m_language.set(m_configuration.language);
         m_window.setConfiguration(m_configuration);
+        if (m_attention) {
+            m_attention->setConfiguration(m_configuration);
+        }
     }
 
     void applyChange()
@@ -123,13 +194,14 @@ private:
     }
 
     const CommandLine &m_line;
-    const QString m_bus;
+    const std::unique_ptr<TavoClient> m_client; ///< null without a host
     const std::unique_ptr<MessageSource> m_source;
     DisplayConfiguration m_configuration;
     ConfigurationFile m_file;
     Language m_language;
     ShownMessage m_message;
     MessageWindow m_window;
+    std::unique_ptr<Attention> m_attention; ///< null without a host
 };
 
 QString busOf(const CommandLine &line, const DisplayConfiguration &configuration)
@@ -150,15 +222,10 @@ QString lockFile(const QString &bus, const QString &screen)
            QStringLiteral("/tavo-display-%1.lock").arg(QString::fromLatin1(hash.toHex().left(12)));
 }
 
-std::unique_ptr<MessageSource> makeSource(const CommandLine &line, const QString &bus)
+/// Where the running program listens, beside its lock.
+QString socketOf(const QString &lockFile)
 {
-    if (line.action == CommandLine::Action::Demo) {
-        auto demo = std::make_unique<DemoMessages>();
-        tavoConnect(demo.get(), &DemoMessages::finished, qGuiApp, &QCoreApplication::quit,
-                    Qt::QueuedConnection);
-        return demo;
-    }
-    return std::make_unique<HostMessages>(bus);
+    return lockFile + QStringLiteral(".socket");
 }
 
 int run(int argc, char **argv, const CommandLine &line, const DisplayConfiguration &configuration)
@@ -170,11 +237,12 @@ int run(int argc, char **argv, const CommandLine &line, const DisplayConfigurati
         return exitWith(noDisplay(*failure));
     }
     blockStopSignals();
-    const FontReader fontReader;
+    const Aside fontConfiguration(readFontConfiguration);
     Placement::preparePlatform();
     QGuiApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QGuiApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     QGuiApplication app(argc, argv);
+    const Aside fonts(listFonts);
     QGuiApplication::setQuitOnLastWindowClosed(false);
     QGuiApplication::setDesktopFileName(QStringLiteral("tavo-display"));
     const auto stopSignals = StopSignals::install();
@@ -182,7 +250,8 @@ int run(int argc, char **argv, const CommandLine &line, const DisplayConfigurati
         tavoConnect(stopSignals.get(), &StopSignals::received, &app, &QCoreApplication::quit);
     }
     const QString bus = busOf(line, configuration);
-    QLockFile lock(lockFile(bus, std::get<QString>(screen)));
+    const QString lockName = lockFile(bus, std::get<QString>(screen));
+    QLockFile lock(lockName);
     lock.setStaleLockTime(0);
     if (line.action == CommandLine::Action::Run && !lock.tryLock() &&
         lock.error() == QLockFile::LockFailedError) {
@@ -192,8 +261,10 @@ int run(int argc, char **argv, const CommandLine &line, const DisplayConfigurati
                             "this display")
                  .arg(bus)});
     }
-    Display display(line, bus, makeSource(line, bus));
-    display.start();
+    const auto display = line.action == CommandLine::Action::Demo
+                             ? std::make_unique<Display>(line)
+                             : std::make_unique<Display>(line, bus, socketOf(lockName));
+    display->start();
     return QGuiApplication::exec();
 }
 
@@ -213,6 +284,26 @@ int check(const CommandLine &line, const DisplayConfiguration &configuration)
     return print(isRunning ? QStringLiteral("running") : QStringLiteral("not running"));
 }
 
+/// Has the running program show the history.
+int openHistory(const CommandLine &line, const DisplayConfiguration &configuration)
+{
+    const auto screen = choosePlatform(configuration.renderer);
+    if (const auto *failure = std::get_if<Failure>(&screen)) {
+        return exitWith(noDisplay(*failure));
+    }
+    const QString bus = busOf(line, configuration);
+    const QString lockName = lockFile(bus, std::get<QString>(screen));
+    QLockFile lock(lockName);
+    lock.setStaleLockTime(0);
+    if (lock.tryLock() || lock.error() != QLockFile::LockFailedError) {
+        return exitWith(noDisplay({QStringLiteral("none shows the messages of the bus %1 on this "
+                                                  "display; start tavo-display first")
+                                       .arg(bus)}));
+    }
+    const auto failure = HistoryRequests::send(socketOf(lockName));
+    return failure ? exitWith(noDisplay(*failure)) : static_cast<int>(ExitCode::Ok);
+}
+
 int act(int argc, char **argv, CommandLine line)
 {
     if (line.configurationFile.isEmpty()) {
@@ -225,6 +316,9 @@ int act(int argc, char **argv, CommandLine line)
         }
         if (line.action == CommandLine::Action::Check) {
             return check(line, configuration);
+        }
+        if (line.action == CommandLine::Action::History) {
+            return openHistory(line, configuration);
         }
         return run(argc, argv, line, configuration);
     } catch (const std::runtime_error &error) {

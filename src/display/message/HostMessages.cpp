@@ -4,6 +4,7 @@
 #include "display/message/HostMessages.h"
 
 #include "display/message/MessageRows.h"
+#include "display/text/ShownText.h"
 #include <core/base/connect.h>
 #include <core/records/value.h>
 
@@ -16,9 +17,9 @@ CMPath currentPath()
 }
 } // namespace
 
-HostMessages::HostMessages(const QString &bus, QObject *parent)
+HostMessages::HostMessages(TavoClient &client, QObject *parent)
     : MessageSource(parent)
-    , m_client(bus)
+    , m_client(client)
 {
     m_readTimer.setSingleShot(true);
     m_readTimer.setTimerType(Qt::PreciseTimer);
@@ -27,14 +28,14 @@ HostMessages::HostMessages(const QString &bus, QObject *parent)
     m_retryTimer.setSingleShot(true);
     m_retryTimer.setInterval(retryMs);
     tavoConnect(&m_retryTimer, &QTimer::timeout, this, &HostMessages::readCurrent);
-    tavoConnect(&m_client, &TavoClient::availableChanged, this,
+    tavoConnect(&client, &TavoClient::availableChanged, this,
                 &HostMessages::on_client_availableChanged);
-    tavoConnect(&m_client, &TavoClient::valueChanged, this, &HostMessages::on_client_valueChanged);
-    tavoConnect(&m_client, &TavoClient::rowsChanged, this, &HostMessages::on_client_rowsChanged);
-    tavoConnect(&m_client, &TavoClient::nodeChanged, this, &HostMessages::on_client_nodeChanged);
-    tavoConnect(&m_client, &TavoClient::changesDropped, this,
+    tavoConnect(&client, &TavoClient::valueChanged, this, &HostMessages::on_client_valueChanged);
+    tavoConnect(&client, &TavoClient::rowsChanged, this, &HostMessages::on_client_rowsChanged);
+    tavoConnect(&client, &TavoClient::nodeChanged, this, &HostMessages::on_client_nodeChanged);
+    tavoConnect(&client, &TavoClient::changesDropped, this,
                 &HostMessages::on_client_changesDropped);
-    tavoConnect(&m_client, &TavoClient::subscriptionFailed, this,
+    tavoConnect(&client, &TavoClient::subscriptionFailed, this,
                 &HostMessages::on_client_subscriptionFailed);
 }
 
@@ -75,8 +76,11 @@ void HostMessages::readCurrent()
     });
 }
 
-void HostMessages::on_client_valueChanged(const CMPath & /*path*/, const QVariant &value)
+void HostMessages::on_client_valueChanged(const CMPath &path, const QVariant &value)
 {
+    if (path != currentPath()) {
+        return;
+    }
     const TavoNotificationDisplayCurrent current = TavoValue(value.toHash()).displayCurrent();
     Head head;
     head.path = current.path();
@@ -87,8 +91,11 @@ void HostMessages::on_client_valueChanged(const CMPath & /*path*/, const QVarian
     setHead(head);
 }
 
-void HostMessages::on_client_nodeChanged(const CMPath & /*path*/, bool published)
+void HostMessages::on_client_nodeChanged(const CMPath &path, bool published)
 {
+    if (path != currentPath()) {
+        return;
+    }
     if (published) {
         readCurrent();
     } else {
@@ -160,14 +167,9 @@ void HostMessages::readMessage()
     m_isReading = true;
     follow(m_head.path);
     const CMPath path = m_head.path;
-    const auto description = m_client.describe({path});
-    m_client.rows(path, 0, maxMessageRows)
-        .onFinished(this, [this, path, description](const CMReply<QVariantList> &rows) {
-            // The replies arrive in the order of the requests, unless one fails.
-            description.onFinished(
-                this, [this, path, rows](const CMReply<QVector<TavoClientDescription>> &nodes) {
-                    on_message_read(path, nodes.value().value(0).title, rows.value());
-                });
+    m_client.preview(path, maxMessageRows, maxReadLength + 1)
+        .onFinished(this, [this, path](const CMReply<TavoClientPreview> &preview) {
+            on_message_read(path, preview.value().title, preview.value().rows);
         });
 }
 

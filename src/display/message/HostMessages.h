@@ -20,7 +20,7 @@ class HostMessages : public MessageSource
 public:
     static constexpr int minReadIntervalMs = 25;
 
-    explicit HostMessages(const QString &bus, QObject *parent = nullptr);
+    explicit HostMessages(TavoClient &client, QObject *parent = nullptr);
 
     void start() override;
     void close(const CMPath &path) override;
@@ -42,7 +42,7 @@ private:
     void readMessage();
     void on_message_read(const CMPath &path, const QString &title, const QVariantList &rows);
 
-    TavoClient m_client;
+    TavoClient &m_client;
     Head m_head;      ///< what is on display; its path is empty if there is nothing
     Head m_shownHead; ///< what has been reported last
     CMPath m_followed;

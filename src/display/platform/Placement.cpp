@@ -6,6 +6,9 @@
 #include "display/platform/PlatformLibrary.h"
 
 #include <QGuiApplication>
+#include <QScreen>
+
+#include <algorithm>
 
 namespace {
 using MakeLayerPlacement = Placement *();
@@ -57,6 +60,13 @@ public:
         window.setGeometry(area);
     }
 
+    void prepareView(QWindow &window) override { prepare(window, {}, false); }
+
+    void placeView(QWindow &window, const QRect &area, const QSize & /*size*/) override
+    {
+        window.setGeometry(area);
+    }
+
     bool isWholeScreen() const override { return true; }
 };
 } // namespace
@@ -88,6 +98,27 @@ std::unique_ptr<Placement> Placement::create()
         return std::make_unique<WindowPlacement>(Qt::WindowFlags());
     }
     return std::make_unique<FullscreenPlacement>();
+}
+
+void Placement::prepareView(QWindow &window)
+{
+    window.setFlags(Qt::Window);
+}
+
+void Placement::placeView(QWindow &window, const QRect &area, const QSize &size)
+{
+    QRect place(QPoint(), size);
+    place.moveCenter(area.center());
+    window.setGeometry(place);
+}
+
+QScreen *findScreen(const DisplayConfiguration &configuration)
+{
+    const QList<QScreen *> screens = QGuiApplication::screens();
+    const auto found = std::find_if(screens.begin(), screens.end(), [&](const QScreen *screen) {
+        return screen->name() == configuration.screen;
+    });
+    return found == screens.end() ? QGuiApplication::primaryScreen() : *found;
 }
 
 QRect placedAt(const DisplayConfiguration &configuration, const QRect &area, int height,

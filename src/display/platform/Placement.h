@@ -26,6 +26,10 @@ public:
     virtual void place(QWindow &window, const DisplayConfiguration &configuration,
                        const QRect &area, int height) = 0;
 
+    /// The same for a window that a person opens: it is in the middle and gets the keyboard.
+    virtual void prepareView(QWindow &window);
+    virtual void placeView(QWindow &window, const QRect &area, const QSize &size);
+
     /// Whether a window can change its size while it is on the screen.
     virtual bool canResize() const { return true; }
 
@@ -41,6 +45,9 @@ public:
     /// For the platform that the application runs on.
     static std::unique_ptr<Placement> create();
 };
+
+/// The screen that the configuration names, or the primary one; null if there is none.
+QScreen *findScreen(const DisplayConfiguration &configuration);
 
 /// The rectangle of a message in an area.
 QRect placedAt(const DisplayConfiguration &configuration, const QRect &area, int height,

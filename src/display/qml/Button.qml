@@ -11,6 +11,8 @@ Rectangle {
     property string label
     property string icon
     property bool isClose: false
+    property bool isArmed: true
+    property bool isChecked: false
     property real maxWidth: 100000
     readonly property real minSide: Math.max(48, Math.round(sheet.unit * 3))
     readonly property bool hasIcon: icon !== "" && picture.status === Image.Ready
@@ -21,7 +23,7 @@ Rectangle {
                    : Math.max(minSide, Math.min(maxWidth, Math.ceil(text.implicitWidth) + 2 * sheet.gap))
     height: minSide
     radius: Math.round(sheet.unit * 0.25)
-    color: area.pressed && message.isArmed ? sheet.colors.pressedButton
+    color: (area.pressed && isArmed) || isChecked ? sheet.colors.pressedButton
                                             : isClose ? "transparent" : sheet.colors.button
     border {
         width: activeFocus ? 3 : isClose ? 0 : 1
@@ -32,6 +34,7 @@ Rectangle {
     Accessible.role: Accessible.Button
     Accessible.name: label
     Accessible.focusable: true
+    Accessible.checked: isChecked
     Accessible.onPressAction: activated()
 
     Keys.onReturnPressed: activated()
@@ -42,16 +45,29 @@ Rectangle {
         id: text
 
         anchors { fill: parent; leftMargin: sheet.gap / 2; rightMargin: sheet.gap / 2 }
-        visible: !button.hasIcon
-        text: button.isClose ? "\u00d7" : button.label
+        visible: !button.hasIcon && !button.isClose
+        text: button.isClose ? "" : button.label
         textFormat: Text.PlainText
         renderType: Text.NativeRendering
-        color: button.isClose ? sheet.colors.faintText : sheet.colors.text
-        font.pixelSize: Math.round(sheet.unit * (button.isClose ? 1.8 : 1))
+        color: sheet.colors.text
+        font.pixelSize: Math.round(sheet.unit)
         horizontalAlignment: Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter
         elide: Text.ElideRight
         maximumLineCount: 1
+    }
+    // The cross is drawn: a font of its own would take a millisecond of the start.
+    Repeater {
+        model: button.isClose ? [-45, 45] : []
+
+        Rectangle {
+            anchors.centerIn: parent
+            width: Math.round(sheet.unit)
+            height: Math.max(1, Math.round(sheet.unit / 10))
+            rotation: modelData
+            antialiasing: true
+            color: sheet.colors.faintText
+        }
     }
     Image {
         id: picture

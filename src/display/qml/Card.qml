@@ -162,6 +162,7 @@ Rectangle {
 
                 anchors { right: parent.right; top: parent.top }
                 isClose: true
+                isArmed: message.isArmed
                 label: look.closeText
                 sheet: card
                 onActivated: message.close()
@@ -266,6 +267,7 @@ Rectangle {
                         label: message.actionLabels[index] || ""
                         icon: message.actionIcons[index] || ""
                         maxWidth: buttons.width
+                        isArmed: message.isArmed
                         sheet: card
                         onActivated: message.activate(index)
                         onActiveFocusChanged: if (activeFocus) buttonScroll.reveal(this)
@@ -274,21 +276,24 @@ Rectangle {
             }
         }
 
-        Text {
+        Loader {
             id: problem
 
-            readonly property real usedHeight: visible ? height + content.spacing : 0
+            readonly property real usedHeight: active ? height + content.spacing : 0
 
             width: parent.width
-            visible: look.problem !== ""
-            text: look.problem
-            textFormat: Text.PlainText
-            renderType: Text.NativeRendering
-            color: card.colors.faintText
-            font.pixelSize: Math.round(card.unit * 0.75)
-            wrapMode: Text.Wrap
-            elide: Text.ElideRight
-            maximumLineCount: 3
+            active: look.problem !== ""
+            visible: active
+            sourceComponent: Text {
+                text: look.problem
+                textFormat: Text.PlainText
+                renderType: Text.NativeRendering
+                color: card.colors.faintText
+                font.pixelSize: Math.round(card.unit * 0.75)
+                wrapMode: Text.Wrap
+                elide: Text.ElideRight
+                maximumLineCount: 3
+            }
         }
     }
 

@@ -21,10 +21,6 @@ bool isMark(uint code)
            category == QChar::Mark_SpacingCombining;
 }
 
-/// A mark that is left out may be part of a run of a million, so the search for the next character ends
-/// here.
-constexpr int maxReadLength = 4 * maxShownLength;
-
 /// Takes characters until the limits are reached.
 class Cutter
 {

@@ -11,6 +11,10 @@ constexpr int maxShownLength = 4000;
 /// The most combining marks that are shown on one character.
 constexpr int maxShownMarks = 8;
 
+/// No more of a text is read, in characters. Marks that are left out may be part of a run of a million, so
+/// the search for the next character ends here.
+constexpr int maxReadLength = 4 * maxShownLength;
+
 /// A text as it may reach a text item: at most maxShownLength characters and maxShownMarks marks on
 /// each, without control characters other than line feeds, and without those that change the direction
 /// of the text around them. A text that is cut ends with an ellipsis. Reads no more of the text than it

@@ -2,6 +2,52 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de" sourcelanguage="en">
 <context>
+    <name>AttentionView</name>
+    <message>
+        <source>Do not disturb until %1</source>
+        <translation>Nicht stören bis %1</translation>
+    </message>
+    <message>
+        <source>Do not disturb</source>
+        <translation>Nicht stören</translation>
+    </message>
+    <message>
+        <source>History</source>
+        <translation>Verlauf</translation>
+    </message>
+    <message>
+        <source>Close</source>
+        <translation>Schließen</translation>
+    </message>
+    <message>
+        <source>All</source>
+        <comment>notifications of the past</comment>
+        <translation>Alle</translation>
+    </message>
+    <message>
+        <source>Missed: %1</source>
+        <comment>how many notifications</comment>
+        <translation>Verpasst: %1</translation>
+    </message>
+    <message>
+        <source>Missed</source>
+        <comment>notifications</comment>
+        <translation>Verpasst</translation>
+    </message>
+    <message>
+        <source>The history can&apos;t be read: %1</source>
+        <translation>Der Verlauf kann nicht gelesen werden: %1</translation>
+    </message>
+    <message>
+        <source>Nothing was missed.</source>
+        <translation>Nichts verpasst.</translation>
+    </message>
+    <message>
+        <source>Nothing has come yet.</source>
+        <translation>Noch ist nichts gekommen.</translation>
+    </message>
+</context>
+<context>
     <name>DemoMessages</name>
     <message>
         <source>Parcel</source>
@@ -58,6 +104,48 @@
     <message>
         <source>In a moment</source>
         <translation>Gleich</translation>
+    </message>
+</context>
+<context>
+    <name>HistoryModel</name>
+    <message>
+        <source>No text was kept</source>
+        <translation>Kein Text aufbewahrt</translation>
+    </message>
+    <message>
+        <source>open</source>
+        <comment>a notification</comment>
+        <translation>offen</translation>
+    </message>
+    <message>
+        <source>seen</source>
+        <comment>a notification</comment>
+        <translation>gesehen</translation>
+    </message>
+    <message>
+        <source>closed</source>
+        <comment>a notification</comment>
+        <translation>geschlossen</translation>
+    </message>
+    <message>
+        <source>acted on</source>
+        <comment>a notification</comment>
+        <translation>bearbeitet</translation>
+    </message>
+    <message>
+        <source>missed</source>
+        <comment>a notification</comment>
+        <translation>verpasst</translation>
+    </message>
+    <message>
+        <source>missed, do not disturb</source>
+        <comment>a notification</comment>
+        <translation>verpasst, nicht stören</translation>
+    </message>
+    <message>
+        <source>not shown</source>
+        <comment>a notification</comment>
+        <translation>nicht gezeigt</translation>
     </message>
 </context>
 <context>

@@ -168,18 +168,9 @@ void MessageWindow::on_engine_warnings(const QList<QQmlError> &warnings)
     }
 }
 
-QScreen *MessageWindow::screen() const
-{
-    const QList<QScreen *> screens = QGuiApplication::screens();
-    const auto found = std::find_if(screens.begin(), screens.end(), [this](const QScreen *screen) {
-        return screen->name() == m_configuration.screen;
-    });
-    return found == screens.end() ? QGuiApplication::primaryScreen() : *found;
-}
-
 void MessageWindow::loadTheme()
 {
-    const QScreen *screen = this->screen();
+    const QScreen *screen = findScreen(m_configuration);
     if (screen == nullptr || (m_card && m_loadedTheme == m_configuration.theme)) {
         return;
     }
@@ -209,7 +200,7 @@ void MessageWindow::reportTheme(const QString &problem)
 
 void MessageWindow::show()
 {
-    QScreen *screen = this->screen();
+    QScreen *screen = findScreen(m_configuration);
     if (screen == nullptr) {
         return; // until there is one
     }

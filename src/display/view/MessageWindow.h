@@ -32,6 +32,8 @@ public:
     /// May be called again, with a message on the screen.
     void setConfiguration(const DisplayConfiguration &configuration);
 
+    QQmlEngine &engine() { return m_engine; }
+
 private Q_SLOTS:
     void on_message_shown();
     void on_message_pictureChanged(const Picture &picture);
@@ -42,7 +44,6 @@ private Q_SLOTS:
     void on_engine_warnings(const QList<QQmlError> &warnings);
 
 private:
-    QScreen *screen() const;
     void loadTheme();
     void setCard(std::unique_ptr<QQuickItem> card);
     void reportTheme(const QString &problem);

@@ -79,6 +79,22 @@ void LayerPlacement::place(QWindow &window, const DisplayConfiguration &configur
     window.resize(placedAt(configuration, area, height, false).size());
 }
 
+void LayerPlacement::prepareView(QWindow &window)
+{
+    window.setFlags(Qt::Window | Qt::FramelessWindowHint);
+    Layer *layer = Layer::get(&window);
+    layer->setLayer(Layer::LayerTop);
+    layer->setAnchors({});
+    layer->setKeyboardInteractivity(Layer::KeyboardInteractivityExclusive);
+    layer->setDesiredOutput(window.screen());
+    layer->setScope(QStringLiteral("notification"));
+}
+
+void LayerPlacement::placeView(QWindow &window, const QRect & /*area*/, const QSize &size)
+{
+    window.resize(size);
+}
+
 bool tavoDisplayUseLayerShell()
 {
     if (!hasLayerShell()) {

@@ -13,6 +13,9 @@ public:
                  bool isUrgent) override;
     void place(QWindow &window, const DisplayConfiguration &configuration, const QRect &area,
                int height) override;
+
+    void prepareView(QWindow &window) override;
+    void placeView(QWindow &window, const QRect &area, const QSize &size) override;
     bool canResize() const override { return false; }
     bool dependsOnUrgency() const override { return true; }
 };

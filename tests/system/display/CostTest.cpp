@@ -72,6 +72,23 @@ TEST_F(DisplayCostTest, sleepsWhileItIsHidden)
     EXPECT_EQ(switchesInTime(), 0);
 }
 
+TEST_F(DisplayCostTest, sleepsBesideTheMarkWhenTheHistoryIsClosed)
+{
+    startAttention();
+    setDoNotDisturb(true);
+    miss(1);
+    m_display.start({});
+    waitForWindow();
+    ASSERT_EQ(openHistory(), 0);
+    ASSERT_TRUE(m_server.waitForWindows([](const auto &windows) { return windows.size() == 2; }));
+    constexpr quint32 keyEscape = 0xff1b;
+    EXPECT_TRUE(waitFor([&] { // It gets the keyboard a moment later.
+        m_server.press({keyEscape});
+        return m_server.windows().size() == 1;
+    }));
+    EXPECT_EQ(switchesInTime(), 0);
+}
+
 TEST_F(DisplayCostTest, wakesAtMostFiveTimesASecondForACountdown)
 {
     start();

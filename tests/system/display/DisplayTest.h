@@ -59,20 +59,74 @@ protected:
         program.setEnvironment("LC_ALL", "C.UTF-8");
     }
 
-    void startHost(const QJsonObject &limits = {})
+    void startHost(const QJsonObject &limits = {}, const QJsonArray &more = {})
     {
         m_host = std::make_unique<HostProcess>();
         const QJsonObject devices{{"mainDevice", "null"}, {"notificationsDevice", "null"}};
-        m_host->setConfiguration(
-            {{"modules",
-              QJsonArray{"powermanager", QJsonObject{{"name", "player"}, {"config", devices}},
-                         "notifications",
-                         QJsonObject{{"name", "dbus"},
-                                     {"config", QJsonObject{{"bus", m_bus.address()},
-                                                            {"limits", limits}}}}}}});
+        QJsonArray modules{
+            "powermanager", QJsonObject{{"name", "player"}, {"config", devices}}, "notifications",
+            QJsonObject{{"name", "dbus"},
+                        {"config", QJsonObject{{"bus", m_bus.address()}, {"limits", limits}}}}};
+        for (const QJsonValue &module : more) {
+            modules.insert(modules.size() - 1, module);
+        }
+        m_host->setConfiguration({{"modules", modules}});
         ASSERT_TRUE(m_host->startReady()) << m_host->log().toStdString();
         ASSERT_TRUE(m_host->waitForLog("Serving org.tavo.Model1"));
         ASSERT_TRUE(m_host->waitForLog("Serving org.freedesktop.Notifications"));
+    }
+
+    /// A host with the module for attention, which people have not set up.
+    void startAttention()
+    {
+        const QString settings = m_folder.filePath("attention.json");
+        QFile file(settings);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("{}");
+        file.close();
+        const QJsonObject history{{"file", m_folder.filePath("history.db")}};
+        const QJsonObject config{{"settings", settings},
+                                 {"history", history},
+                                 {"speech", QJsonObject{{"command", QJsonArray{}}}}};
+        startHost({}, {QJsonObject{{"name", "attention"}, {"config", config}}});
+    }
+
+    void setDoNotDisturb(bool isOn)
+    {
+        const auto reply = m_client.call(
+            TavoAttentionSetDoNotDisturbPath(),
+            TavoValue().setAttentionDoNotDisturb(TavoAttentionDoNotDisturb().setOn(isOn)));
+        ASSERT_TRUE(waitFor([&] { return reply.isFinished(); }));
+        ASSERT_FALSE(reply.error().isError()) << reply.error().message().toString().toStdString();
+    }
+
+    /// Notifies people, while they do not want to be disturbed, of so many things with numbers as titles.
+    void miss(int count)
+    {
+        for (int i = 1; i <= count; ++i) {
+            m_client.call(
+                TavoAttentionNotifyPath(),
+                TavoValue().setAttentionItem(TavoAttentionItem()
+                                                 .setTitle(QString::number(i))
+                                                 .setText(QStringLiteral("A text"))
+                                                 .setApplication(QStringLiteral("mail"))));
+        }
+        ASSERT_TRUE(waitFor([&] { return missed() == count; }));
+    }
+
+    int missed()
+    {
+        const auto reply = m_client.getValue(TavoAttentionMissedPath());
+        EXPECT_TRUE(waitFor([&] { return reply.isFinished(); }));
+        return TavoValue(reply.value().toHash()).int_();
+    }
+
+    /// Has the running program show the history. Returns the exit code.
+    int openHistory()
+    {
+        Program other(TAVO_DISPLAY_PROGRAM);
+        prepare(other);
+        return other.run({"--history"});
     }
 
     void writeConfiguration(const QJsonObject &configuration)

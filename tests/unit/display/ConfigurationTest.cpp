@@ -46,12 +46,14 @@ TEST(DisplayConfigurationTest, readsAllKeys)
     const DisplayConfiguration configuration = read(R"({
         "bus": "system", "renderer": "opengl", "mode": "banner", "position": "bottom-start",
         "screen": "HDMI-1", "margin": 0, "width": 600, "textSize": 30, "theme": "mine/Theme.qml",
-        "iconTheme": "Adwaita", "language": "de_AT", "focusKey": "Ctrl+Alt+N", "reducedMotion": true })");
+        "iconTheme": "Adwaita", "language": "de_AT", "focusKey": "Ctrl+Alt+N", "reducedMotion": true,
+        "mark": "missed" })");
     EXPECT_EQ(configuration.bus, "system");
     EXPECT_EQ(configuration.renderer, DisplayConfiguration::Renderer::OpenGl);
     EXPECT_EQ(configuration.mode, Mode::Banner);
     EXPECT_FALSE(configuration.isAtTop);
     EXPECT_FALSE(configuration.isAtEnd);
+    EXPECT_EQ(configuration.mark, DisplayConfiguration::Mark::Missed);
     EXPECT_EQ(configuration.screen, "HDMI-1");
     EXPECT_EQ(configuration.margin, 0);
     EXPECT_EQ(configuration.width, 600);

@@ -1,0 +1,110 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "display/attention/HostAttention.h"
+
+#include <core/base/connect.h>
+#include <core/records/value.h>
+
+HostAttention::HostAttention(TavoClient &client, QObject *parent)
+    : QObject(parent)
+    , m_client(client)
+{
+    tavoConnect(&client, &TavoClient::availableChanged, this,
+                &HostAttention::on_client_availableChanged);
+    tavoConnect(&client, &TavoClient::valueChanged, this, &HostAttention::on_client_valueChanged);
+    tavoConnect(&client, &TavoClient::nodeChanged, this, &HostAttention::on_client_nodeChanged);
+    tavoConnect(&client, &TavoClient::changesDropped, this,
+                &HostAttention::on_client_changesDropped);
+}
+
+void HostAttention::start()
+{
+    m_client.subscribe(TavoAttentionDoNotDisturbPath(), TavoClient::Change::Node);
+    m_client.subscribe(TavoAttentionDoNotDisturbPath(), TavoClient::Change::Value);
+    m_client.subscribe(TavoAttentionMissedPath(), TavoClient::Change::Value);
+}
+
+void HostAttention::readPage(const TavoAttentionQuery &query, const PageReceiver &receiver)
+{
+    m_client.call(TavoAttentionHistoryPath(), TavoValue().setAttentionQuery(query))
+        .onFinished(this, [receiver](const CMReply<QVariant> &reply) {
+            if (reply.error().isError()) {
+                receiver(Failure{reply.error().message().toString()});
+            } else {
+                receiver(TavoValue(reply.value().toHash()).attentionPage());
+            }
+        });
+}
+
+void HostAttention::markSeen(qint64 first, qint64 last)
+{
+    m_client.call(
+        TavoAttentionMarkSeenPath(),
+        TavoValue().setAttentionQuery(TavoAttentionQuery().setFrom(first).setBefore(last + 1)));
+}
+
+void HostAttention::setDoNotDisturb(bool isOn)
+{
+    m_client.call(TavoAttentionSetDoNotDisturbPath(),
+                  TavoValue().setAttentionDoNotDisturb(TavoAttentionDoNotDisturb().setOn(isOn)));
+}
+
+void HostAttention::on_client_availableChanged(bool available)
+{
+    if (available) {
+        on_client_nodeChanged(TavoAttentionDoNotDisturbPath(), true);
+    } else {
+        forget();
+    }
+}
+
+void HostAttention::on_client_nodeChanged(const CMPath &path, bool published)
+{
+    if (path != TavoAttentionDoNotDisturbPath()) {
+        return;
+    }
+    if (published) {
+        read(TavoAttentionDoNotDisturbPath());
+        read(TavoAttentionMissedPath());
+    } else {
+        forget();
+    }
+}
+
+void HostAttention::on_client_changesDropped(const CMPath &path)
+{
+    if (path == TavoAttentionDoNotDisturbPath() || path == TavoAttentionMissedPath()) {
+        read(path);
+    }
+}
+
+void HostAttention::read(const CMPath &path)
+{
+    m_client.getValue(path).onFinished(this, [this, path](const CMReply<QVariant> &reply) {
+        if (!reply.error().isError()) {
+            on_client_valueChanged(path, reply.value());
+        }
+    });
+}
+
+void HostAttention::on_client_valueChanged(const CMPath &path, const QVariant &value)
+{
+    if (path == TavoAttentionDoNotDisturbPath()) {
+        m_isLoaded = true;
+        m_doNotDisturb = TavoValue(value.toHash()).attentionDoNotDisturb();
+    } else if (path == TavoAttentionMissedPath()) {
+        m_missedCount = TavoValue(value.toHash()).int_();
+    } else {
+        return;
+    }
+    Q_EMIT changed();
+}
+
+void HostAttention::forget()
+{
+    m_isLoaded = false;
+    m_doNotDisturb = {};
+    m_missedCount = 0;
+    Q_EMIT changed();
+}
