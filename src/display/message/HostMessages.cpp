@@ -182,7 +182,7 @@ void HostMessages::on_message_read(const CMPath &path, const QString &title,
         m_isReadDue = !m_head.path.isEmpty();
         return;
     }
-    const Message message = messageFromRows(title, rows);
+    const Message message = messageFromRows(path, title, rows);
     if (m_head.isSameAs(m_shownHead)) {
         Q_EMIT messageChanged(message);
     } else {

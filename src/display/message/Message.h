@@ -40,10 +40,12 @@ struct Message
 {
     static constexpr int noValue = -1;
     static constexpr int maxActions = 8;
+    static constexpr int maxListed = 50; ///< in a group
 
     QString title;
     QString text;
-    QString styled; ///< the text in the form of styledText(); empty if it has no tags
+    QString styled;       ///< the text in the form of styledText(); empty if it has no tags
+    bool isGroup = false; ///< stands for several; each action opens one of them
     QString application;
     Picture picture;
     int value = noValue; ///< a progress from 0 to 100

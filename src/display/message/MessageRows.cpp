@@ -4,9 +4,12 @@
 #include "display/message/MessageRows.h"
 
 #include "display/text/ShownText.h"
+#include <core/records/attention.h>
 #include <core/records/rows.h>
 
 #include <QCoreApplication>
+#include <QLocale>
+#include <QRegularExpression>
 
 namespace {
 constexpr int maxImageSide = 256;
@@ -50,23 +53,52 @@ void readAction(const TavoRoles &row, Message &message)
     if (row.isDefault()) {
         message.defaultAction = row.path();
     }
-    if (!label.isEmpty() && message.actions.size() < Message::maxActions) {
+    const int max = message.isGroup ? Message::maxListed : Message::maxActions;
+    if (!label.isEmpty() && message.actions.size() < max) {
         message.actions.append({row.path(), label, row.icon().left(maxSourceLength)});
     }
 }
 
-/// The host gives a message without a title the title "Message", and knows no language.
-QString translatedTitle(const QString &title)
+/// The host knows no language: these are its own texts.
+QString translatedTitle(const QString &title, bool isGroup)
 {
-    return title == QLatin1String("Message") ? QCoreApplication::translate("Messages", "Message")
-                                             : shownLine(title);
+    if (title == QLatin1String("Message")) {
+        return QCoreApplication::translate("Messages", "Message");
+    }
+    static const QRegularExpression messages(QStringLiteral("^(\\d+) messages(?: of (.*))?$"));
+    const auto match = isGroup ? messages.match(title) : QRegularExpressionMatch();
+    if (!match.hasMatch()) {
+        return shownLine(title);
+    }
+    const QString count = QLocale().toString(match.captured(1).toInt());
+    return match.captured(2).isEmpty()
+               ? QCoreApplication::translate("Messages", "%1 messages").arg(count)
+               : QCoreApplication::translate("Messages", "%1 messages of %2")
+                     .arg(count, shownLine(match.captured(2)));
+}
+
+QString translatedText(const QString &text)
+{
+    static const QRegularExpression older(QStringLiteral("^and (\\d+) older ones$"));
+    const auto match = older.match(text);
+    return match.hasMatch() ? QCoreApplication::translate("Messages", "and %1 older ones")
+                                  .arg(QLocale().toString(match.captured(1).toInt()))
+                            : text;
+}
+
+/// Whether the module for attention made it of several messages.
+bool isGroup(const CMPath &path)
+{
+    return path.toString().startsWith(TavoAttentionMessagesPath().toString() +
+                                      QStringLiteral("/group-"));
 }
 } // namespace
 
-Message messageFromRows(const QString &title, const QVariantList &rows)
+Message messageFromRows(const CMPath &path, const QString &title, const QVariantList &rows)
 {
     Message message;
-    message.title = translatedTitle(title);
+    message.isGroup = isGroup(path);
+    message.title = translatedTitle(title, message.isGroup);
     bool hasText = false;
     for (const QVariant &value : rows) {
         const TavoRoles row(value.toHash());
@@ -76,6 +108,9 @@ Message messageFromRows(const QString &title, const QVariantList &rows)
         } else if (row.type() == TavoRolesType::Action) {
             readAction(row, message);
         }
+    }
+    if (message.isGroup) {
+        message.text = translatedText(message.text);
     }
     return message;
 }

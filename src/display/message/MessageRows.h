@@ -11,4 +11,4 @@
 constexpr int maxMessageRows = 66;
 
 /// The message of a node with this title and these rows, which may have any content.
-Message messageFromRows(const QString &title, const QVariantList &rows);
+Message messageFromRows(const CMPath &path, const QString &title, const QVariantList &rows);

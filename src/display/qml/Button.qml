@@ -11,6 +11,7 @@ Rectangle {
     property string label
     property string icon
     property bool isClose: false
+    property bool isRow: false // of a list
     property bool isArmed: true
     property bool isChecked: false
     property real maxWidth: 100000
@@ -19,7 +20,7 @@ Rectangle {
 
     signal activated()
 
-    width: isClose ? minSide
+    width: isClose ? minSide : isRow ? maxWidth
                    : Math.max(minSide, Math.min(maxWidth, Math.ceil(text.implicitWidth) + 2 * sheet.gap))
     height: minSide
     radius: Math.round(sheet.unit * 0.25)
@@ -51,7 +52,7 @@ Rectangle {
         renderType: Text.NativeRendering
         color: sheet.colors.text
         font.pixelSize: Math.round(sheet.unit)
-        horizontalAlignment: Text.AlignHCenter
+        horizontalAlignment: button.isRow ? Text.AlignLeft : Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter
         elide: Text.ElideRight
         maximumLineCount: 1

@@ -201,17 +201,25 @@ Rectangle {
                 NumberAnimation { duration: 150 }
             }
 
-            Text {
+            Column {
                 id: body
 
                 width: scroll.width
-                // Each line has the direction of its own text; the first one says where the text is aligned.
-                text: (message.styledText || message.text).replace(/(\n|<br>)([^\n]*?)(?=\n|<br>|$)/g, "$1\u2068$2\u2069")
-                textFormat: message.styledText ? Text.StyledText : Text.PlainText
-                renderType: Text.NativeRendering
-                color: card.colors.text
-                font.pixelSize: Math.round(card.unit * (card.isLarge ? 1.25 : 1))
-                wrapMode: Text.Wrap
+
+                // Each part is aligned as its own direction demands.
+                Repeater {
+                    model: message.textParts.length
+
+                    Text {
+                        width: body.width
+                        text: message.textParts[index] || ""
+                        textFormat: message.styledText ? Text.StyledText : Text.PlainText
+                        renderType: Text.NativeRendering
+                        color: card.colors.text
+                        font.pixelSize: Math.round(card.unit * (card.isLarge ? 1.25 : 1))
+                        wrapMode: Text.Wrap
+                    }
+                }
             }
         }
 
@@ -267,6 +275,7 @@ Rectangle {
                         label: message.actionLabels[index] || ""
                         icon: message.actionIcons[index] || ""
                         maxWidth: buttons.width
+                        isRow: message.isGroup
                         isArmed: message.isArmed
                         sheet: card
                         onActivated: message.activate(index)

@@ -206,6 +206,52 @@ private:
     QStringList m_open;
     Cutter m_cutter;
 };
+/// Of the first letter of a line; Qt::LayoutDirectionAuto if it has none.
+Qt::LayoutDirection directionOf(const QString &line, bool isStyled)
+{
+    QChar skippedUntil; // the end of a tag or an entity
+    for (int position = 0; position < line.size();) {
+        const uint code = takeCode(line, position);
+        if (!skippedUntil.isNull()) {
+            skippedUntil = code == skippedUntil.unicode() ? QChar() : skippedUntil;
+        } else if (isStyled && (code == '<' || code == '&')) {
+            skippedUntil = QLatin1Char(code == '<' ? '>' : ';');
+        } else if (QChar::direction(code) == QChar::DirL) {
+            return Qt::LeftToRight;
+        } else if (QChar::direction(code) == QChar::DirR ||
+                   QChar::direction(code) == QChar::DirAL) {
+            return Qt::RightToLeft;
+        }
+    }
+    return Qt::LayoutDirectionAuto;
+}
+
+/// Adds the tags that the line opens, and takes away those that it closes.
+void followTags(const QString &line, QStringList &open)
+{
+    for (int begin = line.indexOf(QLatin1Char('<')); begin >= 0;
+         begin = line.indexOf(QLatin1Char('<'), begin + 1)) {
+        if (line.mid(begin + 1, 1) != QLatin1String("/")) {
+            open.append(line.mid(begin + 1, 1));
+        } else if (!open.isEmpty()) {
+            open.removeLast();
+        }
+    }
+}
+
+QString openingTags(const QStringList &open)
+{
+    return open.isEmpty() ? QString() : QStringLiteral("<%1>").arg(open.join(QStringLiteral("><")));
+}
+
+QString closingTags(const QStringList &open)
+{
+    QString tags;
+    for (const QString &tag : open) {
+        tags.prepend(QStringLiteral("</%1>").arg(tag));
+    }
+    return tags;
+}
 } // namespace
 
 QString shownText(const QString &text)
@@ -221,4 +267,32 @@ QString shownLine(const QString &text)
 QString styledText(const QString &markup)
 {
     return StyledReader(markup).read();
+}
+
+QStringList textParts(const QString &text, bool isStyled)
+{
+    const QString separator = isStyled ? QStringLiteral("<br>") : QStringLiteral("\n");
+    QStringList parts;
+    QStringList open;
+    Qt::LayoutDirection partDirection = Qt::LayoutDirectionAuto;
+    for (const QString &line : text.split(separator)) {
+        const Qt::LayoutDirection direction = directionOf(line, isStyled);
+        const bool isOther = direction != Qt::LayoutDirectionAuto && direction != partDirection;
+        const bool isNew = isOther && partDirection != Qt::LayoutDirectionAuto;
+        if (parts.isEmpty()) {
+            parts.append(line);
+        } else if (isNew && parts.size() < maxTextParts) {
+            parts.last() += closingTags(open);
+            parts.append(openingTags(open) + line);
+        } else {
+            parts.last() += separator + line;
+        }
+        if (isOther) {
+            partDirection = direction;
+        }
+        if (isStyled) {
+            followTags(line, open);
+        }
+    }
+    return parts;
 }

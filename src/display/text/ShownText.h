@@ -4,6 +4,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 /// The longest text that is shown, in characters.
 constexpr int maxShownLength = 4000;
@@ -28,3 +29,8 @@ QString shownLine(const QString &text);
 /// b, i and u, properly nested, line breaks, and nothing else. Everything that is no such tag is shown as
 /// text. Limited like shownText().
 QString styledText(const QString &markup);
+
+/// The parts of a shown or styled text, in which all lines with letters are written in the same direction: a text
+/// item aligns all of its lines like the first one. After maxTextParts, the rest stays in the last one.
+QStringList textParts(const QString &text, bool isStyled);
+constexpr int maxTextParts = 100;

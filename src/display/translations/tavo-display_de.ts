@@ -195,5 +195,17 @@
         <source>Message</source>
         <translation>Nachricht</translation>
     </message>
+    <message>
+        <source>%1 messages</source>
+        <translation>%1 Nachrichten</translation>
+    </message>
+    <message>
+        <source>%1 messages of %2</source>
+        <translation>%1 Nachrichten von %2</translation>
+    </message>
+    <message>
+        <source>and %1 older ones</source>
+        <translation>und %1 ältere</translation>
+    </message>
 </context>
 </TS>

@@ -3,6 +3,7 @@
 
 #include "display/view/ShownMessage.h"
 
+#include "display/text/ShownText.h"
 #include <core/base/connect.h>
 
 ShownMessage::ShownMessage(MessageSource *source, QObject *parent)
@@ -117,6 +118,8 @@ void ShownMessage::setMessage(const Message &message)
 {
     const bool isOtherPicture = !(message.picture == m_message.picture);
     m_message = message;
+    const bool isStyled = !message.styled.isEmpty();
+    m_textParts = ::textParts(isStyled ? message.styled : message.text, isStyled);
     if (isOtherPicture) {
         ++m_pictureNumber;
         Q_EMIT pictureChanged(message.picture);

@@ -21,6 +21,8 @@ class ShownMessage : public QObject
     Q_PROPERTY(QString title READ title NOTIFY messageChanged)
     Q_PROPERTY(QString text READ text NOTIFY messageChanged)
     Q_PROPERTY(QString styledText READ styledText NOTIFY messageChanged)
+    Q_PROPERTY(QStringList textParts READ textParts NOTIFY messageChanged)
+    Q_PROPERTY(bool isGroup READ isGroup NOTIFY messageChanged)
     Q_PROPERTY(QString application READ application NOTIFY messageChanged)
     Q_PROPERTY(QString picture READ picture NOTIFY messageChanged)
     Q_PROPERTY(int value READ value NOTIFY messageChanged)
@@ -41,6 +43,9 @@ public:
     QString title() const { return m_message.title; }
     QString text() const { return m_message.text; }
     QString styledText() const { return m_message.styled; }
+    /// Of the styled text, if there is one.
+    QStringList textParts() const { return m_textParts; }
+    bool isGroup() const { return m_message.isGroup; }
     QString application() const { return m_message.application; }
     /// A URL for an image item; empty if there is no picture. Another one for each picture.
     QString picture() const;
@@ -85,6 +90,7 @@ private:
     MessageSource &m_source;
     Head m_head;
     Message m_message;
+    QStringList m_textParts;
     bool m_isShown = false;
     int m_pictureNumber = 0;
     Countdown m_countdown;

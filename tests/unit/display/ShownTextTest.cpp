@@ -109,4 +109,30 @@ TEST(DisplayStyledTextTest, endsAfterManyTagsWithoutText)
 {
     EXPECT_LT(styledText(QStringLiteral("<b></b>").repeated(100'000)).size(), 8 * maxShownLength);
 }
+TEST(DisplayTextPartsTest, endWhereTheDirectionChanges)
+{
+    const auto parts = [](const char *text) { return textParts(QString::fromUtf8(text), false); };
+    EXPECT_EQ(parts(""), QStringList(""));
+    EXPECT_EQ(parts("a\nb\n\n1\nc"), QStringList("a\nb\n\n1\nc"));
+    EXPECT_EQ(parts("1\n\u05d0\n2\nb"),
+              (QStringList{QString::fromUtf8("1\n\u05d0\n2"), QStringLiteral("b")}));
+    EXPECT_EQ(parts("\u0627\nb\n\u0627"),
+              (QStringList{QString::fromUtf8("\u0627"), QStringLiteral("b"),
+                           QString::fromUtf8("\u0627")}));
+}
+
+TEST(DisplayTextPartsTest, keepTheTagsThatAreOpen)
+{
+    // The letters of tags and entities have no direction.
+    EXPECT_EQ(textParts(QString::fromUtf8("<b>\u05d0<br>&lt;\u05d1<br><i>c</i><br>d</b>e"), true),
+              (QStringList{QString::fromUtf8("<b>\u05d0<br>&lt;\u05d1</b>"),
+                           QStringLiteral("<b><i>c</i><br>d</b>e")}));
+}
+
+TEST(DisplayTextPartsTest, areLimited)
+{
+    const QStringList parts = textParts(QString::fromUtf8("a\n\u05d0\n").repeated(1000), false);
+    EXPECT_EQ(parts.size(), maxTextParts);
+    EXPECT_EQ(parts.join('\n'), QString::fromUtf8("a\n\u05d0\n").repeated(1000));
+}
 } // namespace
