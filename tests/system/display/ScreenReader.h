@@ -25,9 +25,9 @@ public:
     }
 
     /// For programs of this environment. Returns when the reader listens. Presses this button of each
-    /// message, as soon as it may be pressed.
+    /// message, as soon as it may be pressed. With "--look", goes through all objects instead.
     void start(const std::function<void(Program &)> &prepare, const QString &bus,
-               const QString &button = {})
+               const QStringList &arguments)
     {
         for (Program *program : {&m_launcher, &m_reader}) {
             prepare(*program);
@@ -35,7 +35,7 @@ public:
         }
         m_launcher.setEnvironment("GSETTINGS_BACKEND", "memory"); // This bus has no dconf.
         m_launcher.start({"--launch-immediately"});
-        m_reader.start({TAVO_SCREEN_READER, button});
+        m_reader.start(QStringList{TAVO_SCREEN_READER} + arguments);
         ASSERT_TRUE(hears("listening\n"));
     }
 

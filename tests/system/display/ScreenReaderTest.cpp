@@ -29,10 +29,10 @@ protected:
         }
     }
 
-    void startReader(const QString &button = {})
+    void startReader(const QStringList &arguments = {})
     {
         m_reader.start([this](Program &program) { this->prepare(program); }, this->m_bus.address(),
-                       button);
+                       arguments);
     }
 
     ScreenReader m_reader;
@@ -43,7 +43,7 @@ using DisplayWaylandScreenReaderTest = ScreenReaderTest<DisplayWaylandTest>;
 
 TEST_F(DisplayScreenReaderTest, speaksAnUrgentMessageAndClosesIt)
 {
-    startReader("Close");
+    startReader({"Close"});
     start();
     show("Alarm", Priority::Urgent, 0, "The cellar is full of water");
     EXPECT_TRUE(
@@ -88,7 +88,7 @@ TEST_F(DisplayScreenReaderTest, speaksToAReaderThatStartsLater)
 
 TEST_F(DisplayScreenReaderTest, pressesTheButtonOfAnAction)
 {
-    startReader("Open");
+    startReader({"Open"});
     start();
     Program notifier("notify-send");
     notifier.setEnvironment("DBUS_SESSION_BUS_ADDRESS", m_bus.address());
@@ -125,9 +125,22 @@ TEST_F(DisplayScreenReaderTest, speaksTheMessagesOfOtherLibraries)
     EXPECT_TRUE(m_reader.hears("notification: Alarm: Urgent. python. 1 more. The cellar\n"));
 }
 
+TEST_F(DisplayScreenReaderTest, findsTheMarkAndReadsTheHistoryThatItOpens)
+{
+    startReader({"Do not disturb. Missed: 1", "--look"});
+    startAttention();
+    setDoNotDisturb(true);
+    miss(1);
+    m_display.start({});
+    EXPECT_TRUE(m_reader.hears("push button: Do not disturb. Missed: 1: \npressed\n"));
+    EXPECT_TRUE(m_reader.hears("list item: 1: mail. "));
+    EXPECT_TRUE(m_reader.hears(". missed, do not disturb. A text\n"));
+    EXPECT_TRUE(m_reader.hears("dialog: History"));
+}
+
 TEST_F(DisplayWaylandScreenReaderTest, speaksAnUrgentMessageAndClosesIt)
 {
-    startReader("Close");
+    startReader({"Close"});
     const QColor empty = picture().pixelColor(s_insideOfCorner);
     start();
     show("Alarm", Priority::Urgent, 0, "The cellar is full of water");

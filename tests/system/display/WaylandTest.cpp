@@ -100,6 +100,26 @@ TEST_F(DisplayWaylandTest, goesToItsScreenWhenThatIsPluggedIn)
     EXPECT_NE(picture().pixelColor(s_insideOfCorner), background(Priority::Normal));
 }
 
+TEST_F(DisplayWaylandTest, showsTheHistoryBesideTheMark)
+{
+    startAttention();
+    setDoNotDisturb(true);
+    miss(1);
+    m_display.start({});
+    const QPoint insideOfMark(s_screenWidth - s_margin - 4, 720 - s_margin - 8);
+    EXPECT_TRUE(waitForPixel(insideOfMark, background(Priority::Normal)));
+    const QPoint insideOfHistory(s_screenWidth / 2, 720 / 10 + 10);
+    const QColor empty = picture().pixelColor(insideOfHistory);
+    Program other(TAVO_DISPLAY_PROGRAM);
+    prepare(other);
+    other.setEnvironment("DISPLAY", "");
+    other.setEnvironment("WAYLAND_DISPLAY", sockets().first());
+    EXPECT_EQ(other.run({"--history"}), 0) << other.error();
+    EXPECT_TRUE(waitForPixel(insideOfHistory, background(Priority::Normal)));
+    m_host.reset();
+    EXPECT_TRUE(waitForPixel(insideOfHistory, empty));
+}
+
 TEST_F(DisplayWaylandTest, endsWithTheCompositorAndCanBeStartedWithTheNextOne)
 {
     start();

@@ -2,11 +2,14 @@
 # SPDX-License-Identifier: Apache-2.0
 """What a screen reader does: speaks the notifications that are shown, and presses a button of each.
 
-Usage: screen_reader.py [BUTTON]
+Usage: screen_reader.py [BUTTON] [--look]
 
 Prints "listening", then for each notification "ROLE: NAME: DESCRIPTION", "progress bar: NAME" if it has one, and
 "button NAME" for each of its buttons, and "ended" when it ends. Presses the button with the name BUTTON and prints "pressed". Needs the
 accessibility bus of a desktop (at-spi-bus-launcher).
+
+With --look, it goes through the objects of tavo-display instead, again and again, and prints "ROLE: NAME: DESCRIPTION"
+for each that it has not seen before. Presses the button with the name BUTTON when it finds it.
 """
 import sys
 
@@ -16,6 +19,7 @@ gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, Gio, GLib  # noqa: E402
 
 ARMED_MS = 600  # the buttons of what has just come do nothing for half a second
+LOOK_MS = 200
 BUS = "org.a11y.Bus"
 
 
@@ -52,12 +56,37 @@ def on_event(event):
             GLib.timeout_add(ARMED_MS, press, button)
 
 
+def look(seen):
+    desktop = Atspi.get_desktop(0)
+    nodes = [desktop.get_child_at_index(i) for i in range(desktop.get_child_count())]
+    nodes = [node for node in nodes if node and node.get_name() == "tavo-display"]
+    while nodes:
+        node = nodes.pop()
+        try:
+            node.clear_cache()
+            text = f"{node.get_role_name()}: {node.get_name()}: {node.get_description()}"
+            children = [node.get_child_at_index(i) for i in range(node.get_child_count())]
+            if text not in seen:
+                seen.add(text)
+                say(text)
+                if node.get_name() in sys.argv[1:]:
+                    press(node)
+        except GLib.Error:
+            continue  # It has gone meanwhile.
+        nodes += [child for child in children if child]
+    return GLib.SOURCE_CONTINUE
+
+
 def listen(connection, *_):
     connection.call_sync(BUS, "/org/a11y/bus", "org.freedesktop.DBus.Properties", "Set",
                          GLib.Variant("(ssv)", ("org.a11y.Status", "IsEnabled",
                                                 GLib.Variant("b", True))),
                          None, Gio.DBusCallFlags.NONE, -1, None)
     Atspi.init()
+    if "--look" in sys.argv:
+        GLib.timeout_add(LOOK_MS, look, set())
+        say("listening")
+        return None
     listener = Atspi.EventListener.new(on_event)
     listener.register("object:state-changed:showing")
     say("listening")
