@@ -24,24 +24,38 @@ TIME_LIMIT = 60  # seconds for the answer to a call
 
 
 class Faults(threading.Thread):
-    """Kills and disturbs until it is stopped, and repairs everything then."""
+    """Kills and disturbs between resume() and pause(). One thread for all: what it has started ends with it."""
 
     def __init__(self, seed, broker, devices, proxy, counts):
         super().__init__(daemon=True)
         self.random = random.Random(seed)
         self.broker, self.devices, self.proxy, self.counts = broker, devices, proxy, counts
-        self.ending = threading.Event()
+        self.active = threading.Event()
+        self.acting = threading.Lock()
+        self.error = None
 
     def run(self):
         kinds = (self._kill_broker, self._kill_device, self._kill_device, self._cut, self._cut,
                  self._stall, self._delay)
-        while not self.ending.wait(self.random.uniform(0.2, 2.0)):
-            self.random.choice(kinds)()
-        self.proxy.heal()
+        try:
+            while self.active.wait():
+                time.sleep(self.random.uniform(0.2, 2.0))
+                with self.acting:
+                    if self.active.is_set():
+                        self.random.choice(kinds)()
+        except (OSError, RuntimeError) as error:
+            self.error = error
 
-    def stop(self):
-        self.ending.set()
-        self.join()
+    def resume(self):
+        self.active.set()
+
+    def pause(self):
+        """Waits until everything is repaired."""
+        self.active.clear()
+        with self.acting:
+            self.proxy.heal()
+        if self.error:
+            raise self.error
 
     def _pause(self, longest):
         time.sleep(self.random.uniform(0.0, longest))
@@ -141,12 +155,13 @@ def soak(options, folder):
     calls = Calls(options.build, proxy.port)
     counts, findings = collections.Counter(), []
     shown = collections.defaultdict(list)
+    faults = Faults(options.seed, broker, devices, proxy, counts)
+    faults.start()
     end, number, total = time.monotonic() + options.seconds, 0, 0
     while time.monotonic() < end and not findings:
-        faults = Faults(options.seed + number, broker, devices, proxy, counts)
-        faults.start()
+        faults.resume()
         shown, done = run_round(number, devices, calls, shown, findings)
-        faults.stop()
+        faults.pause()
         total += done
         number += 1
         for device in devices:
