@@ -58,6 +58,7 @@ if(Python3_FOUND)
         "host.md#Configuration" "services.md#Configuration of `powermanager`"
         "services.md#Configuration of `player`" "dbus.md#Configuration of `dbus`"
         "attention.md#Configuration of `attention`" "attention.md#Settings")
+    tavo_add_man_page(tavo-fleet 1 "lets a fleet's controllers show and play on this device" fleet.md)
     if(TAVO_BUILD_DISPLAY)
         tavo_add_man_page(tavo-display 1 "shows the messages of tavo-host on the screen" display.md)
     endif()
