@@ -8,10 +8,12 @@
 #include "cli/commands/ErrorText.h"
 #include "cli/doctor/Disks.h"
 #include "cli/doctor/HostModules.h"
+#include "cli/doctor/RunningHost.h"
 #include "cli/doctor/SoundDevice.h"
 #include <core/base/connect.h>
 
 #include <QFile>
+#include <QStandardPaths>
 #include <QTimer>
 
 #include <algorithm>
@@ -20,7 +22,8 @@ using State = Finding::State;
 
 namespace {
 constexpr int timeoutMs = 10000; ///< of other programs
-}
+constexpr const char *deviceConfiguration = "/etc/tavo/host.json";
+} // namespace
 
 DoctorCommand::DoctorCommand(const Options &options, TavoClient &client, Terminal &terminal)
     : Command(options, client, terminal)
@@ -30,6 +33,8 @@ DoctorCommand::DoctorCommand(const Options &options, TavoClient &client, Termina
                 &DoctorCommand::on_process_ended);
     tavoConnect(&m_check, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
                 &DoctorCommand::on_check_ended);
+    tavoConnect(&m_service, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
+                &DoctorCommand::on_service_ended);
     tavoConnect(&m_display, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
                 &DoctorCommand::on_display_ended);
 }
@@ -67,7 +72,7 @@ void DoctorCommand::on_process_ended()
 void DoctorCommand::lookAtConfiguration()
 {
     // In a session, the host has the built-in configuration, or one that only its unit knows.
-    const QString file = QStringLiteral("/etc/tavo/host.json");
+    const QString file = QString::fromLatin1(deviceConfiguration);
     if (!isSystemBus() || !QFile::exists(file)) {
         lookAtHost();
         return;
@@ -82,10 +87,32 @@ void DoctorCommand::on_check_ended()
     if (m_check.exitStatus() == QProcess::NormalExit && m_check.exitCode() == 0) {
         add(State::Good, "configuration",
             QString::fromLocal8Bit(m_check.readAllStandardOutput()).trimmed());
-    } else {
-        add(State::Missing, "configuration",
-            QString::fromLocal8Bit(m_check.readAllStandardError()).trimmed(),
-            QStringLiteral("correct it, and start the host: systemctl restart tavo-host"));
+        lookAtRunningService();
+        return;
+    }
+    add(State::Missing, "configuration",
+        QString::fromLocal8Bit(m_check.readAllStandardError()).trimmed(),
+        QStringLiteral("correct it, and start the host: systemctl restart tavo-host"));
+    lookAtHost();
+}
+
+void DoctorCommand::lookAtRunningService()
+{
+    const QString systemctl = QStandardPaths::findExecutable(QStringLiteral("systemctl"));
+    if (systemctl.isEmpty()) {
+        lookAtHost();
+        return;
+    }
+    QTimer::singleShot(timeoutMs, &m_service, &QProcess::kill);
+    m_service.start(systemctl, {QStringLiteral("show"), QStringLiteral("tavo-host"),
+                                QStringLiteral("--property=") + serviceProperties()});
+}
+
+void DoctorCommand::on_service_ended()
+{
+    if (const auto finding = lookAtService(m_service.readAllStandardOutput(),
+                                           QString::fromLatin1(deviceConfiguration))) {
+        m_findings.append(*finding);
     }
     lookAtHost();
 }
@@ -127,7 +154,13 @@ void DoctorCommand::lookAtHost()
             conclude();
             return;
         }
-        add(State::Good, "host", QStringLiteral("version %1").arg(answer.value()));
+        if (isOutdated(answer.value())) {
+            add(State::Notice, "host", outdatedText(answer.value()),
+                isSystemBus() ? QStringLiteral("systemctl restart tavo-host")
+                              : QStringLiteral("systemctl --user restart tavo-host"));
+        } else {
+            add(State::Good, "host", QStringLiteral("version %1").arg(answer.value()));
+        }
         lookAtNodes();
     });
 }

@@ -24,11 +24,13 @@ public:
 private Q_SLOTS:
     void on_process_ended();
     void on_check_ended();
+    void on_service_ended();
     void on_display_ended();
 
 private:
     void lookAtModuleFiles();
     void lookAtConfiguration();
+    void lookAtRunningService();
     void lookAtHost();
     void lookAtNodes();
     void lookForModules(const QVector<TavoClientNode> &nodes);
@@ -50,6 +52,7 @@ private:
     TavoMessages m_messages;
     QProcess m_process; ///< tavo-host --list-modules
     QProcess m_check;   ///< tavo-host --check
+    QProcess m_service; ///< systemctl show
     QProcess m_display; ///< tavo-display --check
     QVector<Finding> m_findings;
 };

@@ -4,6 +4,7 @@
 #include "cli/commands/StatusCommand.h"
 
 #include "base/Printable.h"
+#include "cli/doctor/RunningHost.h"
 
 namespace {
 /// The count of waiting messages stops here.
@@ -53,6 +54,14 @@ void StatusCommand::start()
     read(TavoPowerManagerStatePath(),
          [this](const TavoValue &value) { m_power = value.powerManagerState(); });
     ++m_pending;
+    client().version().onFinished(this, [this](const CMReply<QString> &answer) {
+        if (answer.error().isError()) {
+            fail(answer.error());
+        }
+        m_version = answer.value();
+        answered();
+    });
+    ++m_pending;
     readMessages(client(), this, maxMessages,
                  [this](const ShownMessages &messages, const CMError &error) {
                      if (!error.isError()) {
@@ -98,6 +107,7 @@ void StatusCommand::answered()
 QVariantHash StatusCommand::toHash() const
 {
     QVariantHash hash{{QStringLiteral("sounding"), m_sounds ? QVariant(*m_sounds) : QVariant()}};
+    hash.insert(QStringLiteral("version"), m_version);
     hash.insert(QStringLiteral("audio"), m_audio ? m_audio->__variant() : QVariant());
     if (m_power) {
         hash.insert(QStringLiteral("power"),
@@ -123,10 +133,14 @@ QVariantHash StatusCommand::toHash() const
 
 QString StatusCommand::toText()
 {
-    return QStringList{line("Sound", soundText()), line("Main audio", audioText()),
-                       line("Display", displayText()), line("Attention", attentionText()),
-                       line("Power", powerText())}
-        .join(QLatin1Char('\n'));
+    QStringList lines{line("Sound", soundText()), line("Main audio", audioText()),
+                      line("Display", displayText()), line("Attention", attentionText()),
+                      line("Power", powerText())};
+    if (isOutdated(m_version)) {
+        lines.append(line(
+            "Host", terminal().styled(brief(outdatedText(m_version)), Terminal::Style::Notice)));
+    }
+    return lines.join(QLatin1Char('\n'));
 }
 
 QString StatusCommand::line(const char *what, const QString &text)

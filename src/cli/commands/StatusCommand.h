@@ -33,6 +33,7 @@ private:
     QString line(const char *what, const QString &text);
 
     int m_pending = 0;
+    QString m_version; ///< of the host
     // Empty if the module is not loaded.
     std::optional<bool> m_sounds;
     std::optional<TavoPlayerMainAudioState> m_audio;

@@ -1,0 +1,80 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "cli/doctor/RunningHost.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QHash>
+#include <QVersionNumber>
+
+#include <algorithm>
+#include <chrono>
+
+namespace {
+/// The time of a moment that systemd has measured since the machine was started. Its own times of day are wrong if the
+/// clock was set later.
+QDateTime timeOf(qint64 monotonicUs)
+{
+    using namespace std::chrono;
+    const microseconds ago = duration_cast<microseconds>(steady_clock::now().time_since_epoch()) -
+                             microseconds(monotonicUs);
+    return QDateTime::currentDateTimeUtc().addMSecs(-duration_cast<milliseconds>(ago).count());
+}
+} // namespace
+
+bool isOutdated(const QString &hostVersion)
+{
+    return QVersionNumber::fromString(hostVersion) <
+           QVersionNumber::fromString(QStringLiteral(TAVO_VERSION));
+}
+
+QString outdatedText(const QString &hostVersion)
+{
+    return QStringLiteral("version %1 runs, but %2 is installed")
+        .arg(hostVersion, QStringLiteral(TAVO_VERSION));
+}
+
+QDateTime changeOfConfiguration(const QString &file)
+{
+    // Packages give files older times of modification, so the time of the metadata counts.
+    QDateTime newest = QFileInfo(file).metadataChangeTime();
+    const QString folder = file + QStringLiteral(".d");
+    newest = std::max(newest, QFileInfo(folder).metadataChangeTime());
+    const auto fragments = QDir(folder).entryInfoList({QStringLiteral("*.json")});
+    for (const QFileInfo &fragment : fragments) {
+        newest = std::max(newest, fragment.metadataChangeTime());
+    }
+    return newest;
+}
+
+QString serviceProperties()
+{
+    return QStringLiteral("ActiveState,StateChangeTimestampMonotonic,StatusText");
+}
+
+std::optional<Finding> lookAtService(const QByteArray &properties, const QString &file)
+{
+    QHash<QByteArray, QByteArray> values;
+    const QList<QByteArray> lines = properties.split('\n');
+    for (const QByteArray &line : lines) {
+        values.insert(line.left(line.indexOf('=')), line.mid(line.indexOf('=') + 1));
+    }
+    if (values.value("ActiveState") != "active") {
+        return std::nullopt;
+    }
+    // A start and a reload change the state.
+    if (changeOfConfiguration(file) >
+        timeOf(values.value("StateChangeTimestampMonotonic").toLongLong())) {
+        return Finding{Finding::State::Notice, QStringLiteral("configuration"),
+                       QStringLiteral("has changed since the host has read it"),
+                       QStringLiteral("systemctl reload tavo-host; then systemctl status tavo-host "
+                                      "says whether it needs a restart")};
+    }
+    const QString status = QString::fromUtf8(values.value("StatusText"));
+    if (status.isEmpty() || status == QLatin1String("Reloaded the configuration")) {
+        return std::nullopt;
+    }
+    return Finding{Finding::State::Notice, QStringLiteral("configuration"), status,
+                   QStringLiteral("systemctl restart tavo-host")};
+}
