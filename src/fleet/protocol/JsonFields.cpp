@@ -6,8 +6,59 @@
 #include "fleet/protocol/FleetTopics.h"
 
 #include <QJsonDocument>
+#include <QSet>
 
 #include <cmath>
+#include <vector>
+
+namespace {
+/// The end of the string that begins at this index: that of its closing quote, or of the text.
+int endOfString(const QByteArray &json, int begin)
+{
+    int index = begin + 1;
+    while (index < json.size() && json[index] != '"') {
+        index += json[index] == '\\' ? 2 : 1;
+    }
+    return qMin(index, json.size());
+}
+
+bool isKey(const QByteArray &json, int afterString)
+{
+    int index = afterString;
+    while (index < json.size() && (json[index] == ' ' || json[index] == '\t' ||
+                                   json[index] == '\n' || json[index] == '\r')) {
+        ++index;
+    }
+    return index < json.size() && json[index] == ':';
+}
+
+/// Whether no object has a key twice. A key with an escape counts as one, because it could be written in several
+/// ways. Qt would keep the memory of the values of such keys for ever, and readers differ in which of them
+/// counts.
+bool hasUniqueKeys(const QByteArray &json)
+{
+    std::vector<QSet<QByteArray>> keys; // of the open brackets
+    for (int index = 0; index < json.size(); ++index) {
+        const char character = json[index];
+        if (character == '{' || character == '[') {
+            keys.emplace_back();
+        } else if ((character == '}' || character == ']') && !keys.empty()) {
+            keys.pop_back();
+        } else if (character == '"') {
+            const int end = endOfString(json, index);
+            if (!keys.empty() && isKey(json, end + 1)) {
+                const QByteArray key = json.mid(index + 1, end - index - 1);
+                if (key.contains('\\') || keys.back().contains(key)) {
+                    return false;
+                }
+                keys.back().insert(key);
+            }
+            index = end;
+        }
+    }
+    return true;
+}
+} // namespace
 
 QJsonValue JsonFields::take(const QString &key)
 {
@@ -72,6 +123,9 @@ void JsonFields::fail(const QString &key, const QString &reason) const
 
 Result<QJsonObject> jsonObject(const QByteArray &json)
 {
+    if (!hasUniqueKeys(json)) {
+        return Failure{QStringLiteral("not JSON with plain keys, each once in its object")};
+    }
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson(json, &error);
     if (error.error != QJsonParseError::NoError) {

@@ -11,12 +11,16 @@
 
 namespace {
 constexpr int maxInFlight = 100;
-}
+constexpr int flushMs = 100;
+} // namespace
 
 Outbox::Outbox(MqttConnection &connection, FleetStore &store)
     : m_connection(connection)
     , m_store(store)
 {
+    m_flushTimer.setSingleShot(true);
+    m_flushTimer.setInterval(flushMs);
+    tavoConnect(&m_flushTimer, &QTimer::timeout, this, &Outbox::on_flushTimer_timeout);
     tavoConnect(&connection, &MqttConnection::connected, this, &Outbox::on_connection_connected);
     tavoConnect(&connection, &MqttConnection::disconnected, this,
                 &Outbox::on_connection_disconnected);
@@ -111,5 +115,18 @@ void Outbox::remove(int number)
             QStringLiteral("an answer or event can't be removed: %1").arg(error.reason()));
     }
     m_inFlight.erase(found);
+    if (!m_flushTimer.isActive()) {
+        m_flushTimer.start();
+    }
     fill();
+}
+
+void Outbox::on_flushTimer_timeout()
+{
+    try {
+        m_store.flush();
+    } catch (const SqliteError &error) {
+        FleetLog::error(
+            QStringLiteral("what is published can't be removed: %1").arg(error.reason()));
+    }
 }

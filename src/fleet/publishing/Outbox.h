@@ -8,6 +8,7 @@
 
 #include <QHash>
 #include <QObject>
+#include <QTimer>
 
 #include <vector>
 
@@ -28,6 +29,7 @@ private Q_SLOTS:
     void on_connection_disconnected(const QString &reason);
     void on_connection_published(int number);
     void on_connection_refused(int number, const QString &reason);
+    void on_flushTimer_timeout();
 
 private:
     void publish(const OutgoingMessage &message);
@@ -38,5 +40,6 @@ private:
     FleetStore &m_store;
     QHash<int, qint64> m_inFlight; ///< numbers in the store by those of the connection
     qint64 m_last = 0;             ///< the number in the store of the last one that was published
+    QTimer m_flushTimer;           ///< until the store writes what is removed
     bool m_isBehind = true;        ///< the store has some after it
 };

@@ -25,6 +25,9 @@ StateTopics::StateTopics(MqttConnection &connection, TavoClient &client, const Q
 {
     m_clock.start();
     m_timer.setSingleShot(true);
+    m_displayTimer.setSingleShot(true);
+    m_displayTimer.setInterval(intervalMs);
+    tavoConnect(&m_displayTimer, &QTimer::timeout, this, &StateTopics::on_displayTimer_timeout);
     tavoConnect(&m_timer, &QTimer::timeout, this, &StateTopics::on_timer_timeout);
     tavoConnect(&connection, &MqttConnection::connected, this,
                 &StateTopics::on_connection_connected);
@@ -75,27 +78,45 @@ void StateTopics::on_client_valueChanged(const CMPath &path, const QVariant &val
     }
 }
 
-/// Its texts are in its node.
+/// Its texts are in its node, which is read as seldom as the topic may change.
 void StateTopics::showMessage(const TavoNotificationDisplayCurrent &current)
 {
-    const int change = ++m_displayChanges;
-    if (current.path().isEmpty()) {
+    m_current = current;
+    ++m_displayChanges;
+    if (!m_displayTimer.isActive()) {
+        m_displayTimer.start();
+        describe();
+    }
+}
+
+void StateTopics::describe()
+{
+    m_described = m_displayChanges;
+    if (m_current.path().isEmpty()) {
         set("display", {{QStringLiteral("shown"), false}});
         return;
     }
-    m_client.describe({current.path()})
-        .onFinished(this,
-                    [this, current, change](const CMReply<QVector<TavoClientDescription>> &reply) {
-                        if (change != m_displayChanges || reply.value().isEmpty()) {
-                            return;
-                        }
-                        const TavoClientDescription &message = reply.value().first();
-                        set("display", {{QStringLiteral("shown"), true},
-                                        {QStringLiteral("title"), message.title},
-                                        {QStringLiteral("text"), message.text},
-                                        {QStringLiteral("priority"), int(current.priority())},
-                                        {QStringLiteral("waiting"), current.waiting()}});
-                    });
+    m_client.describe({m_current.path()})
+        .onFinished(this, [this, current = m_current, change = m_displayChanges](
+                              const CMReply<QVector<TavoClientDescription>> &reply) {
+            if (change != m_displayChanges || reply.value().isEmpty()) {
+                return;
+            }
+            const TavoClientDescription &message = reply.value().first();
+            set("display", {{QStringLiteral("shown"), true},
+                            {QStringLiteral("title"), message.title},
+                            {QStringLiteral("text"), message.text},
+                            {QStringLiteral("priority"), int(current.priority())},
+                            {QStringLiteral("waiting"), current.waiting()}});
+        });
+}
+
+void StateTopics::on_displayTimer_timeout()
+{
+    if (m_described != m_displayChanges) {
+        m_displayTimer.start();
+        describe();
+    }
 }
 
 void StateTopics::set(const char *what, const QJsonObject &state)

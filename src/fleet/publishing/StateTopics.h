@@ -6,6 +6,7 @@
 #include "fleet/protocol/FleetTopics.h"
 #include "mqtt/MqttConnection.h"
 #include <client/TavoClient.h>
+#include <core/records/notifications.h>
 
 #include <QElapsedTimer>
 #include <QJsonObject>
@@ -26,6 +27,7 @@ private Q_SLOTS:
     void on_client_valueChanged(const CMPath &path, const QVariant &value);
     void on_connection_connected(bool hasSession);
     void on_timer_timeout();
+    void on_displayTimer_timeout();
 
 private:
     struct State
@@ -37,6 +39,7 @@ private:
 
     void read(const CMPath &path);
     void showMessage(const TavoNotificationDisplayCurrent &current);
+    void describe();
     void set(const char *what, const QJsonObject &state);
     void publishDue();
 
@@ -46,5 +49,8 @@ private:
     QMap<QString, State> m_states;
     QElapsedTimer m_clock;
     QTimer m_timer;
+    TavoNotificationDisplayCurrent m_current;
+    QTimer m_displayTimer;    ///< until the message on display is described again
     int m_displayChanges = 0; ///< tells whether a description is still of the newest message
+    int m_described = 0;      ///< the change whose message was described last
 };

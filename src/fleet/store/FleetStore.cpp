@@ -16,14 +16,14 @@
 
 namespace {
 constexpr int fileMark = 0x54564C46;
+/// Each write of a page takes time, so there are no further indexes: what is begun and what is open is searched for
+/// only at the start.
 constexpr auto schema =
     "CREATE TABLE calls(id TEXT PRIMARY KEY, call TEXT NOT NULL, source TEXT NOT NULL,"
     " answer TEXT NOT NULL, path TEXT NOT NULL, open INTEGER NOT NULL,"
-    " forgetAfter INTEGER NOT NULL);"
-    "CREATE INDEX calls_open ON calls(open) WHERE open != 0;"
-    "CREATE INDEX calls_begun ON calls(answer) WHERE answer = '';"
-    "CREATE TABLE outgoing(number INTEGER PRIMARY KEY AUTOINCREMENT,"
-    " topic TEXT NOT NULL, payload TEXT NOT NULL, expires INTEGER NOT NULL);";
+    " forgetAfter INTEGER NOT NULL, number INTEGER NOT NULL) WITHOUT ROWID;"
+    "CREATE TABLE outgoing(number INTEGER PRIMARY KEY, topic TEXT NOT NULL, payload TEXT NOT NULL,"
+    " expires INTEGER NOT NULL);";
 
 qint64 bytesOf(const OutgoingMessage &message)
 {
@@ -68,20 +68,17 @@ struct FleetStore::Statements
     SqliteStatement commit{database, "COMMIT"};
     SqliteStatement rollback{database, "ROLLBACK"};
     SqliteStatement find{database, SELECT_CALLS "WHERE id = ?"};
-    SqliteStatement begun{database, SELECT_CALLS "WHERE answer = '' ORDER BY rowid"};
-    SqliteStatement open{database, SELECT_CALLS "WHERE open != 0 ORDER BY rowid"};
-    SqliteStatement begin{database, "INSERT INTO calls VALUES(?, ?, ?, '', '', 0, ?)"};
+    SqliteStatement begun{database, SELECT_CALLS "WHERE answer = '' ORDER BY number"};
+    SqliteStatement open{database, SELECT_CALLS "WHERE open != 0 ORDER BY number"};
+    SqliteStatement begin{database, "INSERT INTO calls VALUES(?, ?, ?, '', '', 0, ?, ?)"};
     SqliteStatement answer{database,
                            "UPDATE calls SET answer = ?, path = ?, open = ? WHERE id = ?"};
     SqliteStatement end{database, "UPDATE calls SET open = 0 WHERE id = ?"};
     SqliteStatement forgetOld{database, "DELETE FROM calls WHERE forgetAfter < ?"};
     SqliteStatement forgetFirst{database,
-                                "DELETE FROM calls WHERE rowid IN (SELECT rowid FROM calls "
-                                "WHERE open = 0 AND answer != '' ORDER BY rowid LIMIT ?)"};
-    SqliteStatement countCalls{database, "SELECT count(*) FROM calls"};
-    SqliteStatement insert{database,
-                           "INSERT INTO outgoing(topic, payload, expires) VALUES(?, ?, ?)"};
-    SqliteStatement lastNumber{database, "SELECT last_insert_rowid()"};
+                                "DELETE FROM calls WHERE number < ? AND open = 0 AND answer != ''"};
+    SqliteStatement countCalls{database, "SELECT count(*), ifnull(max(number), 0) FROM calls"};
+    SqliteStatement insert{database, "INSERT INTO outgoing VALUES(?, ?, ?, ?)"};
     SqliteStatement remove{database, "DELETE FROM outgoing WHERE number = ?"};
     SqliteStatement removeOld{database, "DELETE FROM outgoing WHERE expires < ?"};
     SqliteStatement removeFirst{database, "DELETE FROM outgoing WHERE number IN "
@@ -90,13 +87,15 @@ struct FleetStore::Statements
                                        "WHERE number > ? ORDER BY number LIMIT ?"};
     SqliteStatement totals{database, "SELECT count(*), ifnull(sum(length(topic) + "
                                      "length(CAST(payload AS BLOB))), 0) FROM outgoing"};
+    SqliteStatement lastOutgoing{database, "SELECT ifnull(max(number), 0) FROM outgoing"};
 
 private:
     static int prepare(Sqlite &database)
     {
         // No other process can use the file, and its log needs no shared memory.
         database.execute("PRAGMA locking_mode = EXCLUSIVE; PRAGMA journal_mode = WAL;"
-                         "PRAGMA synchronous = NORMAL; PRAGMA journal_size_limit = 1048576;"
+                         "PRAGMA synchronous = NORMAL; PRAGMA wal_autocheckpoint = 2000; PRAGMA "
+                         "journal_size_limit = 1048576;"
                          "PRAGMA cache_size = -1024; PRAGMA temp_store = MEMORY");
         if (database.number("SELECT count(*) FROM sqlite_schema") == 0) {
             database.execute(
@@ -132,13 +131,23 @@ FleetStore::FleetStore(const QString &file)
     }
 }
 
-FleetStore::~FleetStore() = default;
+FleetStore::~FleetStore()
+{
+    try {
+        flush();
+    } catch (const SqliteError &) {
+        // They are published again.
+    }
+}
 
 void FleetStore::openFile(const QString &file)
 {
     m_statements = std::make_unique<Statements>(file);
     QFile::setPermissions(file, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
     readTotals();
+    SqliteRows last(m_statements->lastOutgoing);
+    last.next();
+    m_lastOutgoing = last.number(0);
 }
 
 void FleetStore::readTotals()
@@ -150,6 +159,7 @@ void FleetStore::readTotals()
     SqliteRows calls(m_statements->countCalls);
     calls.next();
     m_calls = calls.number(0);
+    m_lastCall = qMax(m_lastCall, calls.number(1));
 }
 
 /// Does it all or nothing.
@@ -158,8 +168,12 @@ void FleetStore::change(const Change &change)
 {
     m_statements->beginChange.run();
     try {
+        for (const qint64 number : m_removed) {
+            m_statements->remove.run(number);
+        }
         change();
         m_statements->commit.run();
+        m_removed.clear();
     } catch (const SqliteError &) {
         if (m_statements->database.isInTransaction()) {
             m_statements->rollback.run();
@@ -178,14 +192,16 @@ void FleetStore::begin(const StoredCall &call)
 {
     change([&] {
         if (m_calls >= maxCalls) {
-            // Many at once: each of them is a search.
-            m_statements->forgetFirst.run(maxCalls / 100);
+            // Many at once, because it takes a search.
+            constexpr int forgottenAtOnce = maxCalls / 100;
+            m_statements->forgetFirst.run(m_lastCall - maxCalls + forgottenAtOnce);
             m_calls -= m_statements->database.changedRows();
         }
-        m_statements->begin.run(call.id, QString::fromUtf8(call.call), call.group,
-                                call.forgetAfter);
+        m_statements->begin.run(call.id, QString::fromUtf8(call.call), call.group, call.forgetAfter,
+                                m_lastCall + 1);
     });
     ++m_calls;
+    ++m_lastCall;
 }
 
 std::vector<OutgoingMessage> FleetStore::answer(const StoredCall &call,
@@ -219,11 +235,9 @@ void FleetStore::insert(std::vector<OutgoingMessage> &messages)
 {
     for (OutgoingMessage &message : messages) {
         makeRoom(bytesOf(message));
-        m_statements->insert.run(message.topic, QString::fromUtf8(message.payload),
+        message.number = ++m_lastOutgoing;
+        m_statements->insert.run(message.number, message.topic, QString::fromUtf8(message.payload),
                                  message.expires);
-        SqliteRows rows(m_statements->lastNumber);
-        rows.next();
-        message.number = rows.number(0);
         ++m_count;
         m_bytes += bytesOf(message);
     }
@@ -249,17 +263,26 @@ void FleetStore::makeRoom(qint64 bytes)
 
 void FleetStore::remove(qint64 number)
 {
-    m_statements->remove.run(number);
-    if (m_statements->database.changedRows() > 0) {
-        --m_count;
-        if (m_count == 0) {
-            m_bytes = 0; // until then, it is an upper limit
-        }
+    constexpr std::size_t maxRemoved = 100;
+    m_removed.push_back(number);
+    if (--m_count == 0) {
+        m_bytes = 0; // until then, it is an upper limit
+    }
+    if (m_removed.size() >= maxRemoved) {
+        flush();
+    }
+}
+
+void FleetStore::flush()
+{
+    if (!m_removed.empty()) {
+        change([] {});
     }
 }
 
 std::vector<OutgoingMessage> FleetStore::outgoing(qint64 after, int count)
 {
+    flush();
     std::vector<OutgoingMessage> messages;
     SqliteRows rows(m_statements->outgoing, after, count);
     while (rows.next()) {

@@ -32,8 +32,8 @@ struct StoredCall
 };
 
 /// Remembers calls and answers over restarts, so that each call is carried out once, and each answer arrives. A file
-/// in which one process at a time may write. What a function has changed is in the file when it returns; the
-/// end of the process does not undo it, but a power cut may.
+/// in which one process at a time may write. What a function has changed is in the file when it returns, but
+/// for remove(). The end of the process does not undo it; a power cut may.
 ///
 /// The functions throw SqliteError.
 class FleetStore
@@ -66,7 +66,10 @@ public:
     std::vector<OutgoingMessage> end(const QString &id, std::vector<OutgoingMessage> messages);
 
     OutgoingMessage add(OutgoingMessage message);
+
+    /// Removes a message from the file with the next change, or by flush().
     void remove(qint64 number);
+    void flush();
 
     /// What is to be published after this number, the oldest first.
     std::vector<OutgoingMessage> outgoing(qint64 after, int count);
@@ -98,4 +101,7 @@ private:
     qint64 m_count = 0; ///< of outgoing messages
     qint64 m_bytes = 0; ///< of these, at most
     qint64 m_calls = 0;
+    qint64 m_lastCall = 0; ///< number of the last one, in the order of their arrival
+    qint64 m_lastOutgoing = 0;
+    std::vector<qint64> m_removed; ///< and still in the file
 };
