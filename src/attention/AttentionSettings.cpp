@@ -84,6 +84,22 @@ AttentionSettings AttentionSettings::fromJson(const QByteArray &json, const QStr
     }
 }
 
+void AttentionSettings::readSpeech(TavoConfiguration configuration)
+{
+    speechCommand = configuration.stringList(QStringLiteral("command"), {});
+    TavoConfiguration languages = configuration.section(QStringLiteral("languages"));
+    const QStringList keys = languages.keys();
+    for (const QString &key : keys) {
+        const QStringList command = languages.stringList(key, {});
+        if (command.isEmpty()) {
+            languages.fail(key, QStringLiteral("must name a program"));
+        }
+        speechLanguages.insert(QString(key).toLower().replace(QLatin1Char('_'), QLatin1Char('-')),
+                               command);
+    }
+    configuration.finish();
+}
+
 AttentionSettings AttentionSettings::read(TavoConfiguration configuration)
 {
     AttentionSettings settings;
@@ -93,9 +109,7 @@ AttentionSettings AttentionSettings::read(TavoConfiguration configuration)
     settings.rules = Rules::read(configuration, settings.zone);
     settings.rate = readRate(configuration.section(QStringLiteral("eachSource")));
     settings.groupFrom = readGroupFrom(configuration).value_or(settings.groupFrom);
-    TavoConfiguration speech = configuration.section(QStringLiteral("speech"));
-    settings.speechCommand = speech.stringList(QStringLiteral("command"), {});
-    speech.finish();
+    settings.readSpeech(configuration.section(QStringLiteral("speech")));
     configuration.finish();
     return settings;
 }

@@ -7,6 +7,8 @@
 #include "attention/Rules.h"
 #include "attention/SourceRates.h"
 
+#include <QMap>
+
 /// What people decide about their notifications, in a file of their own.
 struct AttentionSettings
 {
@@ -15,6 +17,8 @@ struct AttentionSettings
     SourceRates::Limit rate;
     int groupFrom = 5;         ///< so many messages of a source are shown as one; 0: never
     QStringList speechCommand; ///< the program that speaks, and its arguments; may be empty
+    QMap<QString, QStringList>
+        speechLanguages; ///< the same for texts in these languages, such as "de"
     QTimeZone zone;
 
     /// Without a file: no rules, and everything passes.
@@ -31,5 +35,6 @@ struct AttentionSettings
     static AttentionSettings fromJson(const QByteArray &json, const QString &file);
 
 private:
+    void readSpeech(TavoConfiguration configuration);
     static AttentionSettings read(TavoConfiguration configuration);
 };

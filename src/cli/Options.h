@@ -55,6 +55,7 @@ struct Options
     std::string group;
     std::string icon;
     std::string speech;               ///< of say too
+    std::string language;             ///< of speech
     std::vector<std::string> actions; ///< "key=label"
     bool isTransient = false;
     std::string rulesAction;

@@ -36,6 +36,7 @@ Result<TavoAttentionItem, ExitFailure> notifyItem(const Options &options)
                     .setPriority(*priorityFromText(options.priority))
                     .setTimeout(options.timeout < 0 ? defaultTimeoutMs : options.timeout)
                     .setSpeech(QString::fromStdString(options.speech))
+                    .setLanguage(QString::fromStdString(options.language))
                     .setActions(actionsOf(options))
                     .setTransient(options.isTransient);
     if (options.file.empty()) {

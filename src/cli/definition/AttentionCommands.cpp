@@ -36,6 +36,14 @@ OptionDefinition category()
             &Options::category};
 }
 
+OptionDefinition language()
+{
+    return {{"--language"},
+            ValueName::name,
+            "The language of what is read aloud, such as de (that of its script)",
+            &Options::language};
+}
+
 /// The options that describe a notification.
 std::vector<OptionDefinition> notificationOptions()
 {
@@ -62,6 +70,7 @@ std::vector<OptionDefinition> notificationOptions()
              "Play this too: a file, a URI, or - for standard input",
              &Options::file},
             {{"--speech"}, ValueName::text, "Read this aloud, after the sound", &Options::speech},
+            language(),
             {{"--transient"},
              ValueName::none,
              "Keep no text of it in the history",
@@ -111,7 +120,7 @@ CommandDefinition say()
         "  tavo say --priority urgent --wait 'Leave the house'");
     command.positionals = {
         {{}, ValueName::text, "What to say", &Options::speech, notEmpty(), true}};
-    command.options = withEnd({application(), source(), category(), priorityOption()});
+    command.options = withEnd({application(), source(), category(), priorityOption(), language()});
     return command;
 }
 

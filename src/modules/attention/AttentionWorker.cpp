@@ -182,7 +182,7 @@ void AttentionWorker::readSettings(const WatchedFile &file)
     m_rulesNode->setRules(file.name(), names);
     m_rates.setLimit(m_settings.rate);
     m_floods.setPeriod(m_settings.rate.periodMs);
-    m_speech.setCommand(m_settings.speechCommand);
+    m_speech.setCommands(m_settings.speechCommand, m_settings.speechLanguages);
     m_items.setGroupFrom(m_settings.groupFrom);
     m_quietTimes.setSettings(m_settings.doNotDisturb);
     LOG4CPLUS_INFO(logger, "Read " << file.name() << ", rules: " << names.size());

@@ -497,8 +497,10 @@ void OpenItems::speak(Entry &entry)
         startFile(entry, *decision.treatment.chime);
     }
     entry.awaitedSpeech = ++m_lastSpeech;
-    m_speech.say(text, [this, id = entry.item.id(), number = m_lastSpeech](
-                           const Result<QString> &made) { on_speech_made(id, number, made); });
+    m_speech.say(text, entry.item.language(),
+                 [this, id = entry.item.id(), number = m_lastSpeech](const Result<QString> &made) {
+                     on_speech_made(id, number, made);
+                 });
 }
 
 void OpenItems::on_speech_made(const QString &id, int number, const Result<QString> &made)

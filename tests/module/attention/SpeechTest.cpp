@@ -6,6 +6,10 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <string>
+#include <tuple>
+#include <vector>
+
 namespace {
 using testing::Contains;
 using testing::HasSubstr;
@@ -74,6 +78,26 @@ TEST_F(AttentionSpeechTest, ReadsTitleAndTextAloudWhereARuleSaysSo)
     // The speech comes behind the chime.
     ScriptedPlayers::instance().all().front()->reportEnded();
     EXPECT_THAT(textIn(playedFiles(2)[1]), HasSubstr("Fire.\ntext"));
+}
+
+TEST_F(AttentionSpeechTest, IsInTheLanguageOfTheText)
+{
+    setSettings(R"({"speech": {"command": ["sh", "-c", "echo default; printf '%100s' x"],
+        "languages": {"de": ["sh", "-c", "echo German; printf '%100s' x"],
+                      "ru": ["sh", "-c", "echo Russian; printf '%100s' x"]}}})");
+    load();
+    const std::vector<std::tuple<QString, QString, std::string>> texts{
+        {"The door is open"_s, QString(), "default"},
+        {"Die Tür ist offen"_s, "de_AT"_s, "German"},
+        {QString::fromUtf8("Дверь открыта"), QString(), "Russian"},
+        {QString::fromUtf8("Η πόρτα"), QString(), "default"},
+    };
+    std::size_t count = 0;
+    for (const auto &[text, language, expected] : texts) {
+        notify(spoken(text).setId({}).setLanguage(language));
+        EXPECT_THAT(textIn(playedFiles(++count).back()), HasSubstr(expected));
+        ScriptedPlayers::instance().all().back()->reportEnded();
+    }
 }
 
 TEST_F(AttentionSpeechTest, IsMadeOnceForTheSameText)

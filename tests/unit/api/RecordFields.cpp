@@ -152,6 +152,7 @@ std::vector<RecordField> attentionFields()
         FIELD(Item, sound, setSound, TavoNotificationPlayerItem().setId(text)),
         FIELD(Item, soundFollows, setSoundFollows, true),
         FIELD(Item, speech, setSpeech, text),
+        FIELD(Item, language, setLanguage, text),
         FIELD(Outcome, id, setId, text),
         FIELD(Outcome, shown, setShown, true),
         FIELD(Outcome, sounding, setSounding, true),

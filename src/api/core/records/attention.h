@@ -118,6 +118,8 @@ class TavoAttentionItem : public TavoHash
     TAVO_FIELD(bool, soundFollows, setSoundFollows)
     /// Read aloud, after its sound.
     TAVO_FIELD(QString, speech, setSpeech)
+    /// The language of what is read aloud, such as "de"; if it is empty, the script tells it.
+    TAVO_FIELD(QString, language, setLanguage)
     /// Not worth keeping: the history has no text of it.
     TAVO_FIELD_KEY(bool, isTransient, setTransient, "transient")
 };

@@ -3,6 +3,7 @@
 
 #include "Speech.h"
 
+#include "SpeechLanguage.h"
 #include <core/base/connect.h>
 
 #include <QCryptographicHash>
@@ -65,12 +66,13 @@ QString Speech::defaultFolder()
                : service + QStringLiteral("/speech");
 }
 
-void Speech::setCommand(const QStringList &command)
+void Speech::setCommands(const QStringList &command, const QMap<QString, QStringList> &byLanguage)
 {
     m_command = command.isEmpty() ? m_settings.command : command;
+    m_languages = byLanguage;
 }
 
-void Speech::say(const QString &text, const Receiver &receiver)
+void Speech::say(const QString &text, const QString &language, const Receiver &receiver)
 {
     const QString said = text.left(maxTextLength);
     const auto refuse = [this, receiver](const QString &reason) {
@@ -84,16 +86,18 @@ void Speech::say(const QString &text, const Receiver &receiver)
         refuse(QStringLiteral("Too many texts wait to be spoken"));
         return;
     }
-    m_jobs.push_back({m_command, said, fileFor(said), receiver});
+    const QStringList command =
+        m_languages.value(speechLanguage(language, said, m_languages.keys()), m_command);
+    m_jobs.push_back({command, said, fileFor(command, said), receiver});
     if (m_jobs.size() == 1) {
         QTimer::singleShot(0, this, &Speech::startNext);
     }
 }
 
-QString Speech::fileFor(const QString &text) const
+QString Speech::fileFor(const QStringList &command, const QString &text) const
 {
     QCryptographicHash hash(QCryptographicHash::Sha256);
-    hash.addData(m_command.join(QChar::Null).toUtf8());
+    hash.addData(command.join(QChar::Null).toUtf8());
     hash.addData(text.toUtf8());
     return m_settings.folder + QLatin1Char('/') + QString::fromLatin1(hash.result().toHex()) +
            QStringLiteral(".wav");

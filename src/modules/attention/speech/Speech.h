@@ -6,6 +6,7 @@
 #include "base/Result.h"
 
 #include <QByteArray>
+#include <QMap>
 #include <QObject>
 #include <QProcess>
 #include <QStringList>
@@ -41,14 +42,16 @@ public:
     /// Ends the program; the receivers that wait are not called.
     ~Speech() override;
 
-    /// Another program, for texts from now on; that of the settings if it is empty.
-    void setCommand(const QStringList &command);
+    /// Other programs, for texts from now on. If the command is empty, it is that of the settings. Texts in
+    /// one of the languages have a command of their own.
+    void setCommands(const QStringList &command, const QMap<QString, QStringList> &byLanguage);
 
     /// Whether a program is configured.
     bool isPossible() const { return !m_command.isEmpty(); }
 
-    /// Calls the receiver once, from the event loop. At most 1,000 characters are spoken.
-    void say(const QString &text, const Receiver &receiver);
+    /// Calls the receiver once, from the event loop. At most 1,000 characters are spoken. The language is
+    /// that which the sender names; may be empty. See speechLanguage().
+    void say(const QString &text, const QString &language, const Receiver &receiver);
 
     /// $CACHE_DIRECTORY/speech for a service of the system, else tavo/speech in the user's cache.
     static QString defaultFolder();
@@ -72,12 +75,13 @@ private:
     void startNext();
     void finish(const Result<QString> &result);
     Result<QString> takeResult();
-    QString fileFor(const QString &text) const;
+    QString fileFor(const QStringList &command, const QString &text) const;
     void removeOldest() const;
 
     const Settings m_settings;
     QStringList m_command;
-    std::deque<Job> m_jobs; ///< the program works for the first one
+    QMap<QString, QStringList> m_languages; ///< commands, by language
+    std::deque<Job> m_jobs;                 ///< the program works for the first one
     std::unique_ptr<Process> m_process;
     QByteArray m_sound; ///< what the program has written
     QTimer m_timeout;

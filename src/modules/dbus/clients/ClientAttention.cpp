@@ -54,6 +54,7 @@ TavoAttentionItem ClientAttention::itemOf(const QVariant &value) const
         .setTimeout(requested.timeout())
         .setActions(actionsOf(requested))
         .setSpeech(requested.speech())
+        .setLanguage(requested.language())
         .setTransient(requested.isTransient());
 }
 
