@@ -39,11 +39,20 @@ constexpr int maxTitleLength = 1000;
 TavoAttentionItem itemOf(const CMSetDataRequest &request)
 {
     TavoAttentionItem item = TavoValue(request.value().toHash()).attentionItem();
-    const QString source = item.source().isEmpty() ? item.application() : item.source();
-    return item.setSource(source.left(maxNameLength))
-        .setApplication(item.application().left(maxNameLength))
-        .setCategory(item.category().left(maxNameLength))
-        .setGroup(item.group().left(maxNameLength));
+    if (item.source().isEmpty()) {
+        item.setSource(item.application());
+    }
+    using Setter = TavoAttentionItem &(TavoAttentionItem::*)(const QString &);
+    const auto limit = [&item](const QString &name, Setter setter) {
+        if (name.size() > maxNameLength) {
+            (item.*setter)(name.left(maxNameLength));
+        }
+    };
+    limit(item.source(), &TavoAttentionItem::setSource);
+    limit(item.application(), &TavoAttentionItem::setApplication);
+    limit(item.category(), &TavoAttentionItem::setCategory);
+    limit(item.group(), &TavoAttentionItem::setGroup);
+    return item;
 }
 
 /// The program's name for people.

@@ -30,14 +30,21 @@ TavoAttentionEnd::Enum attentionEndFor(OpenNotifications::Reason reason, bool is
 
 TavoAttentionItem attentionItemOf(const DesktopNotification &notification)
 {
-    return TavoAttentionItem()
-        .setTitle(notification.title)
+    TavoAttentionItem item;
+    item.setTitle(notification.title)
         .setText(notification.text)
-        .setApplication(notification.application)
-        .setSource(notification.desktopEntry.isEmpty() ? notification.application
-                                                       : notification.desktopEntry)
-        .setCategory(notification.category)
-        .setTransient(notification.isTransient);
+        .setApplication(notification.application);
+    // Each field that is left out makes the request quicker.
+    if (!notification.desktopEntry.isEmpty()) {
+        item.setSource(notification.desktopEntry);
+    }
+    if (!notification.category.isEmpty()) {
+        item.setCategory(notification.category);
+    }
+    if (notification.isTransient) {
+        item.setTransient(true);
+    }
+    return item;
 }
 
 OpenNotifications::Reason reasonFor(TavoAttentionEnd::Enum end)
