@@ -20,7 +20,7 @@ import time
 SEQUENTIAL = 2000
 MANY = 8000
 WINDOW = 20
-IDLE_SECONDS = 40
+IDLE_SECONDS = 31
 
 
 def free_port():

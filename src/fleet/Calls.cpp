@@ -83,7 +83,11 @@ void Calls::take(const FleetCall &call, const QByteArray &json, const QString &g
     }
     try {
         if (const auto stored = m_store.find(call.id)) {
-            send(answerMessages(call, stored->answer));
+            if (stored->answer.isEmpty()) {
+                answer(call, QStringLiteral("the device could not keep the answer of this call"));
+            } else {
+                send(answerMessages(call, stored->answer));
+            }
             return;
         }
         if (deadline < now()) {
@@ -180,15 +184,15 @@ void Calls::startTimer()
 
 void Calls::on_timer_timeout()
 {
+    startWaiting();
     const QStringList ids = m_pending.keys();
     for (const QString &id : ids) {
         const auto pending = m_pending.constFind(id);
-        if (pending != m_pending.constEnd() && !pending->isRunning && pending->deadline < now() &&
-            !m_client.isAvailable()) {
-            finish(id, failed("there was no host on this device in time"));
+        if (pending != m_pending.constEnd() && !pending->isRunning && pending->deadline < now()) {
+            finish(id, failed(m_client.isAvailable() ? "too late: the device was busy"
+                                                     : "too late: the device had no host"));
         }
     }
-    startWaiting();
     startTimer();
 }
 
@@ -264,10 +268,12 @@ void Calls::finish(const QString &id, const HostCalls::Outcome &outcome)
     }
     stored.path = outcome.path;
     stored.isOpen = outcome.isOpen;
+    const auto messages = answerMessages(pending.call, stored.answer);
     try {
-        m_outbox.send(m_store.answer(stored, answerMessages(pending.call, stored.answer)));
+        m_outbox.send(m_store.answer(stored, messages));
     } catch (const SqliteError &error) {
         FleetLog::error(QStringLiteral("an answer can't be kept: %1").arg(error.reason()));
+        m_outbox.sendOnce(messages);
     }
     if (pending.early) {
         on_host_ended(id, pending.early->end, pending.early->action);
@@ -373,6 +379,7 @@ void Calls::send(const std::vector<OutgoingMessage> &messages)
             m_outbox.send({m_store.add(message)});
         } catch (const SqliteError &error) {
             FleetLog::error(QStringLiteral("an answer can't be kept: %1").arg(error.reason()));
+            m_outbox.sendOnce({message});
         }
     }
     if (m_store.dropped() != m_dropped) {

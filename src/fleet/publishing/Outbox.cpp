@@ -39,7 +39,14 @@ void Outbox::send(const std::vector<OutgoingMessage> &messages)
     }
 }
 
-void Outbox::publish(const OutgoingMessage &message)
+void Outbox::sendOnce(const std::vector<OutgoingMessage> &messages)
+{
+    for (const OutgoingMessage &message : messages) {
+        m_connection.publish(packetOf(message));
+    }
+}
+
+MqttMessage Outbox::packetOf(const OutgoingMessage &message)
 {
     constexpr int msPerSecond = 1000;
     MqttMessage packet;
@@ -47,7 +54,12 @@ void Outbox::publish(const OutgoingMessage &message)
     packet.payload = message.payload;
     const qint64 left = message.expires - QDateTime::currentMSecsSinceEpoch();
     packet.expirySeconds = int(qMax<qint64>(1, left / msPerSecond));
-    const int number = m_connection.publish(packet);
+    return packet;
+}
+
+void Outbox::publish(const OutgoingMessage &message)
+{
+    const int number = m_connection.publish(packetOf(message));
     if (number >= 0) {
         m_inFlight.insert(number, message.number);
         m_last = message.number;

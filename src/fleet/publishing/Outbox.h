@@ -24,6 +24,9 @@ public:
     /// Messages that the store has got.
     void send(const std::vector<OutgoingMessage> &messages);
 
+    /// Messages that the store could not take. They are lost if there is no connection.
+    void sendOnce(const std::vector<OutgoingMessage> &messages);
+
 private Q_SLOTS:
     void on_connection_connected(bool hasSession);
     void on_connection_disconnected(const QString &reason);
@@ -33,6 +36,7 @@ private Q_SLOTS:
 
 private:
     void publish(const OutgoingMessage &message);
+    static MqttMessage packetOf(const OutgoingMessage &message);
     void fill();
     void remove(int number);
 

@@ -172,3 +172,20 @@ TEST_F(DeviceCallTest, ARetainedCallIsIgnored)
     EXPECT_THAT(m_device->error(),
                 testing::HasSubstr("a retained call at tavo/v1/porch/call is ignored"));
 }
+
+TEST_F(DeviceCallTest, WhatIsTooLargeDoesNotReachTheDevice)
+{
+    startDevice();
+    call(R"("id":"a","call":"show","title":")" + QByteArray(300000, 'x') + '"');
+    ASSERT_TRUE(waitForAnswer(R"("error":"the call is too large","id":"a")"));
+    // More than the controller's own connection would send.
+    Program publisher("mosquitto_pub");
+    const QString port = QString::number(m_broker->port());
+    ASSERT_EQ(publisher.run({"-V", "5", "-p", port, "-q", "1", "-t", "tavo/v1/porch/call", "-s"},
+                            QByteArray(5 << 20, 'x')),
+              0);
+    call(R"("id":"b","call":"ping")");
+    ASSERT_TRUE(waitForAnswer(R"("id":"b")"));
+    EXPECT_THAT(m_device->error(), testing::Not(testing::HasSubstr("no connection")));
+    EXPECT_THAT(m_device->error(), testing::Not(testing::HasSubstr("not a call")));
+}

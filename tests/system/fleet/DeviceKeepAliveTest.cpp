@@ -3,6 +3,8 @@
 
 #include "DeviceTest.h"
 
+#include <unistd.h>
+
 class DeviceKeepAliveTest : public DeviceTest
 {
 };
@@ -40,4 +42,35 @@ TEST_F(DeviceKeepAliveTest, ASubscriptionThatIsGrantedAndNotServedIsNoticed)
     ASSERT_TRUE(waitForError("calls do not arrive: does the broker let this device read "
                              "tavo/v1/porch/call?"));
     EXPECT_EQ(count("tavo/v1/porch/online", "1"), 0);
+}
+
+TEST_F(DeviceKeepAliveTest, ANameServerThatDoesNotReplyHoldsUpNothing)
+{
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root can make a network without a name server";
+    }
+    startHost();
+    set("broker", QJsonObject{{"url", "mqtt://broker.test"}});
+    QFile script(m_folder.filePath("run"));
+    ASSERT_TRUE(script.open(QIODevice::WriteOnly));
+    script.write("ip link set lo up; cd \"$1\"; echo nameserver 127.0.0.1 > resolv.conf\n"
+                 "mount --bind resolv.conf /etc/resolv.conf\n"
+                 "python3 -c 'import socket, time\n"
+                 "s = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)\n"
+                 "s.bind((\"127.0.0.1\", 53))\n"
+                 "s.settimeout(30)\n"
+                 "s.recv(1000)\n"
+                 "print(\"asked\", flush=True)\n"
+                 "time.sleep(8)' &\n"
+                 "exec \"$2\" --config fleet.json\n");
+    script.close();
+    m_device = std::make_unique<Program>(QStringLiteral("unshare"));
+    m_device->setEnvironment("TAVO_BUS", m_bus.address());
+    m_device->setEnvironment("STATE_DIRECTORY", m_folder.path());
+    m_device->start({"--net", "--mount", "sh", script.fileName(), m_folder.path(),
+                     QStringLiteral(TAVO_FLEET_PROGRAM)});
+    ASSERT_TRUE(m_device->waitForOutput("asked"));
+    ASSERT_TRUE(waitForError("the host is there"));
+    m_device->sendSignal(SIGTERM);
+    EXPECT_EQ(m_device->waitForExit(), 0);
 }
