@@ -101,11 +101,18 @@ void ClientMessages::close(quint32 number)
 
 void ClientMessages::giveUp(quint32 number)
 {
-    const auto message = m_messages.find(number);
-    if (message != m_messages.end()) {
-        message->second.isGivenUp = true;
-        close(number);
+    const auto given = m_messages.find(number);
+    if (given == m_messages.end()) {
+        return;
     }
+    const CMPath path = given->second.item.path();
+    const auto user = given->second.charge.user();
+    for (auto &[each, message] : m_messages) {
+        if (message.item.path() == path && message.charge.user() == user) {
+            message.isGivenUp = true;
+        }
+    }
+    close(number);
 }
 
 void ClientMessages::on_clients_left(const std::string &client)

@@ -55,6 +55,8 @@ private:
     /// Requests the display to close the message. It can only close all messages with the same path.
     void close(quint32 number);
 
+    /// Makes room for another client. The other messages of the same user with the same path go, too:
+    /// to queue them all again for each one would take long.
     void giveUp(quint32 number);
     void forget(quint32 number);
 
