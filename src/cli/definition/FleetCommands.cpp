@@ -47,7 +47,7 @@ std::vector<OptionDefinition> callOptions()
              &Options::file},
             {{"--everywhere"},
              ValueName::none,
-             "show, notify: when it ends on one device, it ends on all",
+             "show, notify: when a person closes it on one device, it is closed on all",
              &Options::everywhere},
             {{"--at"},
              ValueName::time,

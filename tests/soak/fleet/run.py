@@ -20,7 +20,7 @@ from devices import Broker, Device, wait_until
 from proxy import Proxy
 
 CALLS_PER_ROUND = 40  # to each device
-TIME_LIMIT = 60  # seconds for the answer to a call
+TIME_LIMIT = 120  # seconds for the answer to a call
 
 
 class Faults(threading.Thread):
