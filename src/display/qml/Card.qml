@@ -201,23 +201,44 @@ Rectangle {
                 NumberAnimation { duration: 150 }
             }
 
-            Column {
+            Item {
                 id: body
 
+                readonly property bool isMixed: message.textParts.length > 1
+
                 width: scroll.width
+                height: isMixed ? parts.height : whole.height
 
+                Text {
+                    id: whole
+
+                    width: parent.width
+                    visible: !body.isMixed
+                    text: body.isMixed ? "" : message.styledText || message.text
+                    textFormat: message.styledText ? Text.StyledText : Text.PlainText
+                    renderType: Text.NativeRendering
+                    color: card.colors.text
+                    font.pixelSize: Math.round(card.unit * (card.isLarge ? 1.25 : 1))
+                    wrapMode: Text.Wrap
+                }
                 // Each part is aligned as its own direction demands.
-                Repeater {
-                    model: message.textParts.length
+                Column {
+                    id: parts
 
-                    Text {
-                        width: body.width
-                        text: message.textParts[index] || ""
-                        textFormat: message.styledText ? Text.StyledText : Text.PlainText
-                        renderType: Text.NativeRendering
-                        color: card.colors.text
-                        font.pixelSize: Math.round(card.unit * (card.isLarge ? 1.25 : 1))
-                        wrapMode: Text.Wrap
+                    width: parent.width
+
+                    Repeater {
+                        model: body.isMixed ? message.textParts.length : 0
+
+                        Text {
+                            width: parts.width
+                            text: message.textParts[index] || ""
+                            textFormat: whole.textFormat
+                            renderType: Text.NativeRendering
+                            color: whole.color
+                            font: whole.font
+                            wrapMode: Text.Wrap
+                        }
                     }
                 }
             }
