@@ -51,7 +51,7 @@ std::vector<OptionDefinition> notificationOptions()
             source(),
             category(),
             {{"--group"},
-             ValueName::name,
+             ValueName::group,
              "Messages of one group may be shown as one (those of a source)",
              &Options::group},
             priorityOption(),

@@ -42,7 +42,7 @@ std::vector<OptionDefinition> callOptions()
             {{"--icon"}, ValueName::icon, "show, notify: an icon of the devices", &Options::icon},
             actionOption(),
             {{"--sound"},
-             ValueName::name,
+             ValueName::file,
              "show, notify: play this too, a sound of the devices",
              &Options::file},
             {{"--everywhere"},

@@ -138,10 +138,10 @@ TEST_F(ReferenceTest, GivesEachOptionTheSameMeaningInEveryCommand)
 
 TEST_F(ReferenceTest, EachOptionIsAccepted)
 {
-    const std::map<std::string, std::string> values{{"BUS", "system"}, {"MS", "1"},
-                                                    {"N", "1"},        {"PRIORITY", "low"},
-                                                    {"SECONDS", "1"},  {"KEY=LABEL", "yes=Yes"},
-                                                    {"STATE", "on"},   {"TASK", "list"}};
+    const std::map<std::string, std::string> values{
+        {"BUS", "system"},   {"MS", "1"},      {"N", "1"},
+        {"PRIORITY", "low"}, {"SECONDS", "1"}, {"KEY=LABEL", "yes=Yes"},
+        {"STATE", "on"},     {"TASK", "list"}, {"ACTION", "list"}};
     for (const CommandDefinition &command : m_definition.commands) {
         std::vector<OptionDefinition> options = command.options;
         options.insert(options.end(), m_definition.program.options.begin(),
