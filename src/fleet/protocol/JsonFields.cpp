@@ -8,6 +8,7 @@
 #include <QJsonDocument>
 #include <QSet>
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -32,10 +33,10 @@ bool isKey(const QByteArray &json, int afterString)
     return index < json.size() && json[index] == ':';
 }
 
-/// Whether no object has a key twice. A key with an escape counts as one, because it could be written in several
-/// ways. Qt would keep the memory of the values of such keys for ever, and readers differ in which of them
-/// counts.
-bool hasUniqueKeys(const QByteArray &json)
+/// Whether all brackets are closed and no object has a key twice. A key with an escape counts as one, because it
+/// could be written in several ways. In other texts Qt's parser leaks memory, which a sender could use; and readers
+/// differ in which of two equal keys counts.
+bool isSafeToParse(const QByteArray &json)
 {
     std::vector<QSet<QByteArray>> keys; // of the open brackets
     for (int index = 0; index < json.size(); ++index) {
@@ -48,7 +49,10 @@ bool hasUniqueKeys(const QByteArray &json)
             const int end = endOfString(json, index);
             if (!keys.empty() && isKey(json, end + 1)) {
                 const QByteArray key = json.mid(index + 1, end - index - 1);
-                if (key.contains('\\') || keys.back().contains(key)) {
+                const bool isPlain = std::all_of(key.begin(), key.end(), [](char character) {
+                    return uchar(character) >= ' ' && character != '\\';
+                });
+                if (!isPlain || keys.back().contains(key)) {
                     return false;
                 }
                 keys.back().insert(key);
@@ -56,7 +60,7 @@ bool hasUniqueKeys(const QByteArray &json)
             index = end;
         }
     }
-    return true;
+    return keys.empty();
 }
 } // namespace
 
@@ -123,8 +127,8 @@ void JsonFields::fail(const QString &key, const QString &reason) const
 
 Result<QJsonObject> jsonObject(const QByteArray &json)
 {
-    if (!hasUniqueKeys(json)) {
-        return Failure{QStringLiteral("not JSON with plain keys, each once in its object")};
+    if (!isSafeToParse(json)) {
+        return Failure{QStringLiteral("not JSON, or a key comes twice or has an escape")};
     }
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson(json, &error);

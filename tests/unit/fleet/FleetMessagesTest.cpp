@@ -63,10 +63,9 @@ TEST(FleetCall, AMistakeIsToldWithItsKey)
     EXPECT_THAT(reason(""), StartsWith("not JSON"));
     EXPECT_THAT(reason("7"), StartsWith("not JSON"));
     EXPECT_EQ(reason("[]"), "not a JSON object");
-    EXPECT_THAT(reason(R"({"id":"a","call":"ping","id":"b"})"),
-                StartsWith("not JSON with plain keys"));
+    EXPECT_THAT(reason(R"({"id":"a","call":"ping","id":"b"})"), StartsWith("not JSON, or a key"));
     EXPECT_THAT(reason(R"({"id":"a","call":"ping","\u0069d":"b"})"),
-                StartsWith("not JSON with plain keys"));
+                StartsWith("not JSON, or a key"));
     EXPECT_EQ(reason(R"({"id":"a","call":"call","path":"/a","value":[{"x":1},{"x":"\"x\":"}]})"),
               "none");
     EXPECT_THAT(reason(R"({"call":"ping"})"), StartsWith("id: "));
