@@ -591,7 +591,9 @@ void OpenItems::soundEnded(const QString &sound)
 void OpenItems::cancelSounds(const Entry &entry)
 {
     for (const QString &sound : entry.sounds) {
-        CMRoot()->invoke(TavoNotificationPlayerCancelPath(), TavoValue().setString_(sound), {});
+        if (!std::exchange(m_sounds[sound].isCancelled, true)) {
+            CMRoot()->invoke(TavoNotificationPlayerCancelPath(), TavoValue().setString_(sound), {});
+        }
     }
 }
 
@@ -599,6 +601,9 @@ void OpenItems::close(const QString &id, TavoAttentionEnd::Enum end, const QStri
 {
     const auto entry = m_entries.find(id);
     Q_ASSERT(entry != m_entries.end());
+    if (!entry->isShown() && isAttendedTo(entry->end)) {
+        return;
+    }
     entry->action = action;
     if (entry->isShown()) {
         hide(*entry);

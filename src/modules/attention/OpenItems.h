@@ -50,7 +50,8 @@ public:
     void play(const QString &id, const TavoNotificationPlayerItem &sound,
               const CMReply<QVariant> &reply);
 
-    /// Ends an open one.
+    /// Ends an open one. Does nothing if a person or its requester has ended it already, and only its sound
+    /// has not stopped yet.
     void close(const QString &id, TavoAttentionEnd::Enum end, const QString &action);
 
 private Q_SLOTS:
@@ -94,6 +95,7 @@ private:
     {
         QString notification;
         CMPath target; ///< where its requester wants the responses; may be empty
+        bool isCancelled = false;
     };
 
     Entry &insert(const TavoAttentionItem &item, const Decision &decision);
@@ -126,7 +128,7 @@ private:
     void speak(Entry &entry);
     void on_speech_made(const QString &id, int number, const Result<QString> &made);
     void soundEnded(const QString &sound);
-    static void cancelSounds(const Entry &entry);
+    void cancelSounds(const Entry &entry);
 
     void messageEnded(Entry &entry, TavoAttentionEnd::Enum end);
 

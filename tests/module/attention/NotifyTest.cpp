@@ -115,6 +115,33 @@ TEST_F(AttentionNotifyTest, EndsBothAtARequest)
     EXPECT_EQ(requestClose("Door"_s).errorText(), "There is no such notification");
 }
 
+TEST_F(AttentionNotifyTest, EndsOnceHoweverOftenItIsClosed)
+{
+    LogCapture player("Notifications");
+    notify(withSound(message("Door"_s), "bell"_s));
+    ScriptedPlayer *bell = playing("bell"_s);
+    CMSubscribe::closeNode(displayedPath());
+    ASSERT_TRUE(waitFor([bell] { return bell->stops > 0; }));
+    EXPECT_TRUE(requestClose("Door"_s).succeeds()) << "the sound has not stopped yet";
+    settle();
+    bell->reportStopped();
+    EXPECT_EQ(endOf("Door"_s).end(), End::Dismissed);
+    EXPECT_EQ(bell->stops, 1);
+    EXPECT_EQ(player.countAt(log4cplus::WARN_LOG_LEVEL), 0) << "it is cancelled once";
+    EXPECT_EQ(player.countAt(log4cplus::ERROR_LOG_LEVEL), 0);
+}
+
+TEST_F(AttentionNotifyTest, LeavesNothingToComplainOfForThePlayer)
+{
+    LogCapture player("Notifications");
+    notify(withSound(message("Door"_s).setTimeout(1), "bell"_s));
+    ASSERT_TRUE(waitFor([] { return displayed().empty(); }));
+    playing("bell"_s)->reportEnded();
+    EXPECT_EQ(endOf("Door"_s).end(), End::Expired);
+    EXPECT_EQ(player.countAt(log4cplus::WARN_LOG_LEVEL), 0);
+    EXPECT_EQ(player.countAt(log4cplus::ERROR_LOG_LEVEL), 0);
+}
+
 TEST_F(AttentionNotifyTest, ReportsTheActionThatAPersonChooses)
 {
     notify(message("Door"_s).setActions(
