@@ -214,7 +214,7 @@ Rectangle {
 
                     width: parent.width
                     visible: !body.isMixed
-                    text: body.isMixed ? "" : message.styledText || message.text
+                    text: body.isMixed ? "" : message.textParts[0] || ""
                     textFormat: message.styledText ? Text.StyledText : Text.PlainText
                     renderType: Text.NativeRendering
                     color: card.colors.text

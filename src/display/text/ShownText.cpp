@@ -13,6 +13,7 @@
 namespace {
 constexpr QChar ellipsis(0x2026);
 constexpr QChar lineSeparator(0x2028);
+constexpr QChar rightToLeftMark(0x200F);
 
 bool isMark(uint code)
 {
@@ -292,6 +293,12 @@ QStringList textParts(const QString &text, bool isStyled)
         }
         if (isStyled) {
             followTags(line, open);
+        }
+    }
+    for (QString &part : parts) {
+        // Text items take the letters of tags for those of the text.
+        if (isStyled && directionOf(part, true) == Qt::RightToLeft) {
+            part.prepend(rightToLeftMark);
         }
     }
     return parts;

@@ -125,7 +125,7 @@ TEST(DisplayTextPartsTest, keepTheTagsThatAreOpen)
 {
     // The letters of tags and entities have no direction.
     EXPECT_EQ(textParts(QString::fromUtf8("<b>\u05d0<br>&lt;\u05d1<br><i>c</i><br>d</b>e"), true),
-              (QStringList{QString::fromUtf8("<b>\u05d0<br>&lt;\u05d1</b>"),
+              (QStringList{QString::fromUtf8("\u200f<b>\u05d0<br>&lt;\u05d1</b>"),
                            QStringLiteral("<b><i>c</i><br>d</b>e")}));
 }
 
