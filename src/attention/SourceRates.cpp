@@ -12,12 +12,9 @@ constexpr int maxSources = 1000;
 bool SourceRates::take(const QString &source, qint64 now)
 {
     if (!m_busyUntil.contains(source) && m_busyUntil.size() >= maxSources) {
-        for (auto busy = m_busyUntil.begin(); busy != m_busyUntil.end();) {
-            busy = *busy <= now ? m_busyUntil.erase(busy) : std::next(busy);
-        }
-        if (m_busyUntil.size() >= maxSources) {
-            return false;
-        }
+        // The one that has sent the least, so that many new names neither lift the limit of those that send
+        // much, nor keep others back.
+        m_busyUntil.erase(std::min_element(m_busyUntil.begin(), m_busyUntil.end()));
     }
     qint64 &busyUntil = m_busyUntil[source];
     const qint64 cost = m_limit.periodMs / m_limit.count;

@@ -18,7 +18,8 @@ constexpr int maxOpen = 20000;
 constexpr int maxOpenOfSource = 5000;
 
 /// Of the messages about floods.
-constexpr int maxFloodMessages = 1000;
+constexpr int maxFloodMessages = 20;
+constexpr int floodMessageMs = 60000;
 
 /// Of one flood, so that it does not push everything else out of the history.
 constexpr int maxRememberedOfFlood = 100;
@@ -330,14 +331,18 @@ void AttentionWorker::on_try_activated(const CMSetDataRequest &request)
             .__variant());
 }
 
-void AttentionWorker::on_floods_over(const QString &source, const QString &application, int count)
+void AttentionWorker::on_floods_over(QString source, QString application, int count)
 {
     if (m_quietTimes.isOn()) {
         m_quietTimes.countMissed(application, count);
         return;
     }
-    if (m_floodMessages.size() >= maxFloodMessages) {
-        m_floodMessages.clear();
+    for (auto other = m_floodMessages.begin(); other != m_floodMessages.end();) {
+        other = m_items.isOpen(other->id) ? std::next(other) : m_floodMessages.erase(other);
+    }
+    if (m_floodMessages.size() >= maxFloodMessages && !m_floodMessages.contains(source)) {
+        source.clear();
+        application.clear();
     }
     FloodMessage &message = m_floodMessages[source];
     const bool isOpen = m_items.isOpen(message.id);
@@ -354,7 +359,8 @@ void AttentionWorker::on_floods_over(const QString &source, const QString &appli
                           .setTitle(title)
                           .setText(TAVO_TR("They came too fast to be shown."))
                           .setApplication(application)
-                          .setSource(source);
+                          .setSource(source)
+                          .setTimeout(floodMessageMs);
     Decision decision;
     decision.priority = TavoNotificationItemPriority::Low;
     decision.treatment.groupFrom = 0;
@@ -370,17 +376,31 @@ void AttentionWorker::on_quietTimes_ended(const QMap<QString, int> &missed)
     if (missed.isEmpty() || !m_settings.doNotDisturb.hasSummary) {
         return;
     }
-    QStringList lines;
-    for (auto source = missed.begin(); source != missed.end(); ++source) {
-        lines.append(QStringLiteral("%1: %2").arg(source.key()).arg(source.value()));
+    const bool isOpen = m_items.isOpen(m_summaryId);
+    if (!isOpen) {
+        m_summaryId = tavoGenerateUuid();
+        m_summary.clear();
     }
-    const auto item = TavoNotificationDisplayItem()
+    for (auto program = missed.begin(); program != missed.end(); ++program) {
+        m_summary[program.key()] += program.value();
+    }
+    QStringList lines;
+    for (auto program = m_summary.cbegin(); program != m_summary.cend(); ++program) {
+        lines.append(QStringLiteral("%1: %2").arg(program.key()).arg(program.value()));
+    }
+    const auto item = TavoAttentionItem()
+                          .setId(m_summaryId)
                           .setTitle(TAVO_TR("While you were not to be disturbed"))
-                          .setMessage(lines.join(QLatin1Char('\n')))
-                          .setTimeout(0)
-                          .setPriority(TavoNotificationItemPriority::Low);
-    CMRoot()->invoke(TavoNotificationDisplayOpenPath(),
-                     TavoValue().setNotificationDisplayItem(item), {});
+                          .setText(lines.join(QLatin1Char('\n')));
+    Decision decision;
+    decision.isRemembered = false; // what it counts is
+    decision.priority = TavoNotificationItemPriority::Low;
+    decision.treatment.groupFrom = 0;
+    if (isOpen) {
+        m_items.replace(item, decision);
+    } else {
+        m_items.open(item, decision);
+    }
 }
 
 void AttentionWorker::on_history_leftOpen(const QVector<HistoryEntry> &entries)

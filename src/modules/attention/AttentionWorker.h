@@ -41,7 +41,7 @@ private Q_SLOTS:
     void on_settingsFile_changed(const WatchedFile &file);
     void on_settingsFile_vanished(const WatchedFile &file);
     void on_quietTimes_ended(const QMap<QString, int> &missed);
-    void on_floods_over(const QString &source, const QString &application, int count);
+    void on_floods_over(QString source, QString application, int count);
     void on_history_leftOpen(const QVector<HistoryEntry> &entries);
 
 private:
@@ -80,4 +80,6 @@ private:
     };
     Floods m_floods;
     QHash<QString, FloodMessage> m_floodMessages; ///< by source
+    QString m_summaryId;          ///< of the last message that tells what do-not-disturb kept back
+    QMap<QString, int> m_summary; ///< what it tells: how many of which program
 };

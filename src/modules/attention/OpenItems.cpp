@@ -443,11 +443,12 @@ void OpenItems::play(const QString &id, const TavoNotificationPlayerItem &sound,
     const bool isHeard = !isOver && entry->decision.isHeard;
     if (isHeard && (hasSound(sound) || entry->decision.treatment.sound)) {
         const CMReply<QVariant> answer = startRequested(*entry, sound);
-        answer.onFinished(this, [reply](const CMReply<QVariant> &finished) {
+        const auto priority = entry->decision.priority;
+        answer.onFinished(this, [reply, priority](const CMReply<QVariant> &finished) {
             if (finished.error().isError()) {
                 reply.setError(finished.error());
             } else {
-                reply.setValue(QVariant());
+                reply.setValue(TavoValue().setInt_(priority).__variant());
             }
         });
         return;

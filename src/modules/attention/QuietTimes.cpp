@@ -10,9 +10,12 @@ const log4cplus::Logger logger = log4cplus::Logger::getInstance("Attention");
 
 constexpr int maxInhibitions = 1000;
 
+/// The value of do-not-disturb must stay small enough to be read.
+constexpr int maxShownInhibitions = 20;
+
 /// In characters.
 constexpr int maxNameLength = 256;
-constexpr int maxReasonLength = 1000;
+constexpr int maxReasonLength = 200;
 
 constexpr int saveDelayMs = 1000;
 
@@ -130,6 +133,9 @@ TavoAttentionDoNotDisturb QuietTimes::state(qint64 now) const
 {
     TavoList<TavoAttentionInhibition> inhibitions;
     for (const TavoAttentionInhibition &inhibition : m_inhibitions) {
+        if (inhibitions.size() == maxShownInhibitions) {
+            break;
+        }
         inhibitions.append(inhibition);
     }
     // Nobody knows when a program ends its inhibition.

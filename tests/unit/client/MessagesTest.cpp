@@ -29,10 +29,12 @@ public:
             emitClosed(BusReader(call).readUInt32(), 3);
             call.createReply().send();
         });
-        for (const char *unused : {"GetCapabilities", "GetServerInformation"}) {
+        for (const char *unused :
+             {"GetCapabilities", "GetServerInformation", "Inhibit", "UnInhibit"}) {
             m_object->setMethod(unused,
                                 [](const BusMessage &) { throw BusError::failed("unused"); });
         }
+        m_object->setProperty("Inhibited", [] { return QVariant(false); });
         m_client.serve(*m_object);
         m_client.takeName("org.tavo.Model1"_s);
     }

@@ -25,7 +25,8 @@ TAVO_API_EXPORT CMPath TavoAttentionClosePath();
 
 /// Request: plays the sound of an open notification, for a requester that sends message and sound apart.
 /// Value: a TavoValue with string_(), the notification's id, and notificationPlayerItem(); without an item,
-/// there is no sound after all. Reply: empty, or the player's error. The item's response path gets its
+/// there is no sound after all. Reply: a TavoValue with int_(), the priority that the sound has; empty if it is
+/// kept from people; or the player's error. The item's response path gets its
 /// responses; if the sound is kept from people, that it was cancelled.
 TAVO_API_EXPORT CMPath TavoAttentionSoundPath();
 
@@ -187,7 +188,7 @@ class TavoAttentionDoNotDisturb : public TavoHash
     TAVO_FIELD(qint64, until, setUntil)
     /// A person has chosen it; the schedule counts again afterwards.
     TAVO_FIELD(bool, chosen, setChosen)
-    /// The programs that keep it on.
+    /// The programs that keep it on, 20 at most.
     TAVO_FIELD(TavoList<TavoAttentionInhibition>, inhibitions, setInhibitions)
 };
 

@@ -127,17 +127,34 @@ CMReply<QVariant> ClientSounds::sendToPlayer(const CMPath &path, const Sound &so
         target = TavoAttentionSoundPath();
     }
     CMReply<QVariant> reply = CMRoot()->invoke(target, value, {});
-    if (sound.item.priority() >= urgentPriority(m_clients.limits())) {
-        m_turns.add(path, sound.charge);
+    const bool isDirect = notification.isEmpty();
+    if (isDirect) {
+        takeTurns(path, sound, false);
     }
-    reply.onFinished(this, [this, path](const CMReply<QVariant> &finished) {
+    reply.onFinished(this, [this, path, isDirect](const CMReply<QVariant> &finished) {
         // A refused request gets no response. If the reply is finished already, this is called at once,
         // and the sound does not exist any more afterwards.
         if (finished.error().isError()) {
             forget(path);
+            return;
+        }
+        // The module for attention plays a sound with the priority of its notification.
+        const auto found = m_sounds.find(path);
+        if (!isDirect && found != m_sounds.end()) {
+            Sound &queued = found->second;
+            const int priority = TavoValue(finished.value().toHash()).int_();
+            queued.item.setPriority(TavoNotificationItemPriority::Enum(priority));
+            takeTurns(path, queued, queued.hasStarted);
         }
     });
     return reply;
+}
+
+void ClientSounds::takeTurns(const CMPath &path, const Sound &sound, bool hasStarted)
+{
+    if (sound.item.priority() >= urgentPriority(m_clients.limits())) {
+        m_turns.add(path, sound.charge, hasStarted);
+    }
 }
 
 void ClientSounds::on_turns_gaveWay(const CMPath &path)

@@ -101,6 +101,7 @@ private:
                  std::size_t bytes, const std::optional<OpenedSound> &file);
     CMReply<QVariant> sendToPlayer(const CMPath &path, const Sound &sound,
                                    const QString &notification = {});
+    void takeTurns(const CMPath &path, const Sound &sound, bool hasStarted);
     void forget(const CMPath &path);
 
     Clients &m_clients;

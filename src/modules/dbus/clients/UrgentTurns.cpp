@@ -29,9 +29,12 @@ UrgentTurns::UrgentTurns()
     tavoConnect(&m_timer, &QTimer::timeout, this, &UrgentTurns::on_timer_timeout);
 }
 
-void UrgentTurns::add(const CMPath &sound, const Quotas::Charge &charge)
+void UrgentTurns::add(const CMPath &sound, const Quotas::Charge &charge, bool hasStarted)
 {
     m_sounds.emplace(sound, Sound{&charge, ++m_lastNumber, {}});
+    if (hasStarted) {
+        start(sound);
+    }
     arrange();
 }
 

@@ -32,7 +32,7 @@ public:
 
     /// An urgent sound, by its response path, is sent to the player. The charge must exist until
     /// remove().
-    void add(const CMPath &sound, const Quotas::Charge &charge);
+    void add(const CMPath &sound, const Quotas::Charge &charge, bool hasStarted = false);
 
     /// The sound has started, if it is one of these.
     void start(const CMPath &sound);

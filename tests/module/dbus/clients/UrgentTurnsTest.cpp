@@ -124,6 +124,35 @@ TEST_F(DbusUrgentTurnsTest, AnEndlessSoundGivesWayAndPlaysAgainLater)
     EXPECT_THAT(first->received, ElementsAre(HasSubstr("type: 1"), HasSubstr("type: 2")));
 }
 
+TEST_F(DbusUrgentTurnsTest, TheSoundOfAnUrgentNotificationGivesWayWhateverItsOwnPriority)
+{
+    publishRequest(TavoAttentionNotifyPath().toString(),
+                   [](const CMSetDataRequest &request) { request.reply().setValue({}); });
+    publishRequest(TavoAttentionSoundPath().toString(), [this](const CMSetDataRequest &request) {
+        const TavoNotificationPlayerItem item =
+            TavoValue(request.value().toHash()).notificationPlayerItem();
+        sounds[item.id()] = item;
+        // It starts before the reply.
+        respond(item.id(), ResponseType::Started);
+        request.reply().setValue(
+            TavoValue().setInt_(TavoNotificationItemPriority::Urgent).__variant());
+    });
+    ASSERT_TRUE(first
+                    ->send(TavoAttentionNotifyPath().toString(),
+                           TavoValue()
+                               .setAttentionItem(
+                                   TavoAttentionItem()
+                                       .setTitle("Water"_s)
+                                       .setPriority(TavoNotificationItemPriority::Urgent)
+                                       .setSound(itemOf("endless"_s)
+                                                     .setPriority(TavoNotificationItemPriority::Low)
+                                                     .setLoop(true)))
+                               .__variant())
+                    .succeeds());
+    enqueue(*second, "alarm"_s);
+    EXPECT_TRUE(happens("endless cancelled"));
+}
+
 TEST_F(DbusUrgentTurnsTest, AllSoundsOfAUserThatHasPlayedMuchGiveWay)
 {
     enqueue(*first, "endless"_s);
