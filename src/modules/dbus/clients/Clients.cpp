@@ -10,6 +10,8 @@
 #include <bus/BusWriter.h>
 #include <core/tavo.h>
 
+#include <QSet>
+
 #include <algorithm>
 #include <chrono>
 #include <cstring>
@@ -30,6 +32,11 @@ constexpr std::chrono::seconds userTimeout(25);
 /// What clients have used is freed in small pieces, which the system does not get back by itself.
 constexpr std::size_t maxUnusedBytes = 1 << 23;
 constexpr std::chrono::seconds memoryPause(1);
+
+/// A bus drops the signal that a client has left if too much waits for the host. Only clients' calls can be so
+/// much, so the bus is asked who is there some time after a call, and not otherwise.
+constexpr std::chrono::seconds checkPause(2);
+constexpr std::chrono::seconds checkTimeout(5);
 
 /// About how long the description of an object is. Other replies to standard calls are short.
 constexpr std::size_t descriptionBytes = 1 << 13;
@@ -52,6 +59,9 @@ Clients::Clients(BusConnection &bus, const ClientLimits &limits)
     m_memoryTimer.setSingleShot(true);
     m_memoryTimer.setInterval(memoryPause);
     tavoConnect(&m_memoryTimer, &QTimer::timeout, this, &Clients::on_memoryTimer_timeout);
+    m_checkTimer.setSingleShot(true);
+    m_checkTimer.setInterval(checkPause);
+    tavoConnect(&m_checkTimer, &QTimer::timeout, this, &Clients::on_checkTimer_timeout);
 }
 
 void Clients::setLimits(const ClientLimits &limits)
@@ -66,6 +76,9 @@ void Clients::receive(const BusMessage &call)
     const std::string client = call.sender();
     if (client.empty()) {
         return;
+    }
+    if (!m_checkTimer.isActive()) {
+        m_checkTimer.start();
     }
     const bool isNew = !m_quotas.knows(client);
     const bool isAllowed = m_quotas.countRequest(client);
@@ -216,6 +229,7 @@ void Clients::on_bus_connected()
 
 void Clients::on_bus_lost()
 {
+    m_checkTimer.stop();
     m_vanished.reset();
     m_calls.reset();
     m_turns.clear();
@@ -232,13 +246,47 @@ void Clients::on_name_vanished(const BusMessage &message)
     // Called by the connection, which expects no exception.
     try {
         if (message.isFromBus()) {
-            const std::string client = BusReader(message).readString().toStdString();
-            if (m_turns.leave(client)) {
-                forget(client);
-            }
+            leave(BusReader(message).readString().toStdString());
         }
     } catch (const std::exception &error) {
         LOG4CPLUS_WARN(logger, "Failed to handle the end of a client: " << error.what());
+    }
+}
+
+void Clients::leave(const std::string &client)
+{
+    if (m_turns.leave(client)) {
+        forget(client);
+    }
+}
+
+void Clients::on_checkTimer_timeout()
+{
+    if (!m_bus.isConnected()) {
+        return;
+    }
+    try {
+        const BusMessage call = m_bus.createCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                                 "org.freedesktop.DBus", "ListNames");
+        m_bus.send(call, checkTimeout, [this](const BusMessage &reply) { takeNames(reply); });
+    } catch (const BusError &error) {
+        LOG4CPLUS_DEBUG(logger, "Failed to ask the bus who is there: " << error.what());
+    }
+}
+
+/// Each known client has called before this reply came, so one whose name is not in it has left.
+void Clients::takeNames(const BusMessage &reply)
+{
+    if (reply.error() || !reply.isFromBus()) {
+        m_checkTimer.start(); // the reply may have been dropped, too
+        return;
+    }
+    const QStringList names = BusReader(reply).readStringList();
+    const QSet<QString> present(names.begin(), names.end());
+    for (const std::string &client : m_quotas.clients()) {
+        if (!present.contains(QString::fromStdString(client))) {
+            leave(client);
+        }
     }
 }
 

@@ -111,6 +111,7 @@ private Q_SLOTS:
     void on_bus_lost();
     void on_turns_left(const std::string &client);
     void on_memoryTimer_timeout();
+    void on_checkTimer_timeout();
 
 private:
     void receive(const BusMessage &call);
@@ -128,6 +129,8 @@ private:
     void refuse(const BusMessage &call, const BusError &error);
     void refuseForCaught(const BusMessage &call);
     void forget(const std::string &client);
+    void leave(const std::string &client);
+    void takeNames(const BusMessage &reply);
     void on_name_vanished(const BusMessage &message);
 
     BusConnection &m_bus;
@@ -142,4 +145,5 @@ private:
     BusSlot m_calls;      ///< while connected
     BusSlot m_vanished;   ///< while connected
     QTimer m_memoryTimer; ///< runs after clients have left
+    QTimer m_checkTimer;  ///< runs after a client has called
 };

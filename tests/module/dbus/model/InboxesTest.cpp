@@ -8,12 +8,15 @@ namespace {
 using testing::ElementsAre;
 using testing::StartsWith;
 
+bool isPublished(const QString &path)
+{
+    return !CMCatalog::tree(CMPath(path)).empty();
+}
+
 class DbusInboxesTest : public ModelTest
 {
 protected:
     QString open() { return client->ask("OpenInbox").text(); }
-
-    static bool isPublished(const QString &path) { return !CMCatalog::tree(CMPath(path)).empty(); }
 };
 
 TEST_F(DbusInboxesTest, AreNodesWhoseRequestsReachTheirClient)
@@ -80,6 +83,29 @@ TEST_F(DbusInboxesTest, DisappearOnlyWithTheirOwnClient)
     const QString second = open();
     client->leave();
     EXPECT_TRUE(waitFor([&] { return !isPublished(first) && !isPublished(second); }));
+    EXPECT_TRUE(isPublished(kept));
+}
+
+/// The bus drops a signal if too much waits for the host; here it drops all of this name.
+class DbusUnnoticedEndTest : public ModelTest
+{
+protected:
+    DbusUnnoticedEndTest()
+        : ModelTest({},
+                    "<policy context=\"mandatory\"><deny receive_interface=\"org.freedesktop.DBus\""
+                    " receive_member=\"NameOwnerChanged\"/></policy>"_s)
+    {
+    }
+};
+
+TEST_F(DbusUnnoticedEndTest, IsFoundOutSoon)
+{
+    auto visitor = std::make_unique<ModelClient>(bus().address());
+    const QString left = visitor->ask("OpenInbox").text();
+    const QString kept = client->ask("OpenInbox").text();
+    ASSERT_TRUE(isPublished(left));
+    visitor.reset();
+    EXPECT_TRUE(waitFor([&] { return !isPublished(left); }));
     EXPECT_TRUE(isPublished(kept));
 }
 } // namespace
