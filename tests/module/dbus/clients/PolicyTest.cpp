@@ -60,6 +60,7 @@ protected:
                 [](const CMSetDataRequest &request) { request.reply().setValue({}); },
                 Qt::QueuedConnection);
         });
+        ASSERT_TRUE(isServing());
     }
 
     /// The output of busctl when the user calls a method.
@@ -125,7 +126,6 @@ constexpr const char *accessDenied = "org.freedesktop.DBus.Error.AccessDenied";
 
 TEST_F(DbusPolicyTest, LetsOthersReachNoMethod)
 {
-    ASSERT_TRUE(isServing());
     const auto outsider = clientOf("nobody");
     const std::vector<std::pair<std::string, std::string>> methods{
         {"org.freedesktop.DBus.Introspectable", "Introspect"},
@@ -150,7 +150,6 @@ TEST_F(DbusPolicyTest, LetsOthersReachNoMethod)
 
 TEST_F(DbusPolicyTest, LetsOthersReceiveNoSignal)
 {
-    ASSERT_TRUE(isServing());
     const auto outsider = clientOf("nobody");
     const auto member = clientOf("daemon", permittedGroup);
     std::vector<std::string> heard;
@@ -185,7 +184,6 @@ TEST_F(DbusPolicyTest, LetsOthersReceiveNoSignal)
 
 TEST_F(DbusPolicyTest, LetsMembersOfTheGroupDoEverything)
 {
-    ASSERT_TRUE(isServing());
     const auto member = clientOf("daemon", permittedGroup);
     EXPECT_TRUE(member->getValue("/test/value"_s).succeeds());
     EXPECT_TRUE(member->ask("OpenInbox").succeeds());
@@ -196,7 +194,6 @@ TEST_F(DbusPolicyTest, LetsMembersOfTheGroupDoEverything)
 
 TEST_F(DbusPolicyTest, LetsNobodySendSignalsToTheHost)
 {
-    ASSERT_TRUE(isServing());
     for (const BusUser &user : {BusUser::find("nobody"), BusUser::find("daemon", permittedGroup),
                                 BusUser::find("root")}) {
         SilentClient sender = [&] {
