@@ -12,6 +12,7 @@
 namespace {
 constexpr int busyTimeoutMs = 1000;    // somebody may be looking at the file
 constexpr int maxValueBytes = 1 << 20; // a damaged file could claim any size
+constexpr int maxHeapBytes = 1 << 26;  // of all databases of the process, for the same reason
 
 SqliteError::Kind kindOf(int code)
 {
@@ -31,6 +32,7 @@ SqliteError::Kind kindOf(int code)
 
 Sqlite::Sqlite(const QString &file)
 {
+    sqlite3_hard_heap_limit64(maxHeapBytes);
     sqlite3 *handle = nullptr;
     const int code = sqlite3_open_v2(QFile::encodeName(file).constData(), &handle,
                                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE |

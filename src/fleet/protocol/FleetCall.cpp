@@ -91,7 +91,7 @@ qint64 readTime(JsonFields &fields, const QString &key)
         return fields.integer(key, value, 0, 0, JsonFields::maxExact);
     }
     const QDateTime time = QDateTime::fromString(value.toString(), Qt::ISODateWithMs);
-    if (!time.isValid()) {
+    if (!time.isValid() || time.toMSecsSinceEpoch() < 0) {
         fields.fail(key,
                     QStringLiteral("must be a time such as 2026-01-31T07:00:00Z, or milliseconds "
                                    "since 1970"));

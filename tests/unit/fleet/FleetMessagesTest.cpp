@@ -55,6 +55,8 @@ TEST(FleetCall, ATimeIsMillisecondsOrIso8601)
     EXPECT_EQ(good(R"({"id":"a","call":"sound","sound":"b","at":1500})").at, 1500);
     EXPECT_THAT(reason(R"({"id":"a","call":"sound","sound":"b","at":"noon"})"),
                 testing::StartsWith("at: "));
+    EXPECT_THAT(reason(R"({"id":"a","call":"sound","sound":"b","at":"1900-01-01T00:00:00Z"})"),
+                testing::StartsWith("at: "));
 }
 
 TEST(FleetCall, AMistakeIsToldWithItsKey)
