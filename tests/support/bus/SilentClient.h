@@ -100,16 +100,20 @@ public:
         return serials;
     }
 
-private:
+protected:
     static constexpr std::uint64_t timeoutMicroseconds = 20'000'000;
 
-    static void check(int result)
+    static int check(int result)
     {
         if (result < 0) {
             throw std::runtime_error("a silent client fails: " + std::to_string(result));
         }
+        return result;
     }
 
+    sd_bus *m_bus = nullptr;
+
+private:
     template <typename Take>
     void readReplies(int count, Take take)
     {
@@ -147,7 +151,6 @@ private:
         check(sd_bus_flush(m_bus));
     }
 
-    sd_bus *m_bus = nullptr;
     std::string m_name;
     std::uint64_t m_cookie = 0;
 };

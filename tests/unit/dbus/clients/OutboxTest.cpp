@@ -6,32 +6,18 @@
 #include "modules/dbus/clients/Quotas.h"
 #include "support/bus/BusClient.h"
 #include "support/bus/PrivateBus.h"
+#include "support/bus/SilentClient.h"
 
 #include <gtest/gtest.h>
 
-#include <stdexcept>
 #include <string>
 
 namespace {
 /// A client that receives signals without turning the event loop.
-class Receiver
+class Receiver : public SilentClient
 {
 public:
-    explicit Receiver(const QString &address)
-    {
-        check(sd_bus_new(&m_bus));
-        check(sd_bus_set_address(m_bus, address.toLatin1().constData()));
-        check(sd_bus_set_bus_client(m_bus, 1));
-        check(sd_bus_start(m_bus));
-        const char *name = nullptr;
-        check(sd_bus_get_unique_name(m_bus, &name));
-        m_name = name;
-    }
-    ~Receiver() { sd_bus_close_unref(m_bus); }
-    Receiver(const Receiver &) = delete;
-    Receiver &operator=(const Receiver &) = delete;
-
-    const std::string &name() const { return m_name; }
+    using SilentClient::SilentClient;
 
     /// Whether the signal is among those that have come.
     bool has(const char *signal)
@@ -50,7 +36,6 @@ public:
     /// Waits for the signal.
     bool receives(const char *signal)
     {
-        constexpr std::uint64_t timeoutMicroseconds = 20'000'000;
         while (!has(signal)) {
             if (check(sd_bus_wait(m_bus, timeoutMicroseconds)) == 0) {
                 return false;
@@ -60,18 +45,6 @@ public:
     }
 
     static constexpr const char *interface = "org.tavo.Test";
-
-private:
-    static int check(int result)
-    {
-        if (result < 0) {
-            throw std::runtime_error("a receiver fails: " + std::to_string(result));
-        }
-        return result;
-    }
-
-    sd_bus *m_bus = nullptr;
-    std::string m_name;
 };
 
 class OutboxTest : public testing::Test
