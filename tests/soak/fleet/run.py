@@ -16,8 +16,8 @@ import tempfile
 import threading
 import time
 
-from devices import Broker, Device, wait_until
-from proxy import Proxy
+from fleet.devices import Broker, Device
+from fleet.proxy import Proxy
 
 CALLS_PER_ROUND = 40  # to each device
 TIME_LIMIT = 120  # seconds for the answer to a call
@@ -149,7 +149,7 @@ def soak(options, folder):
     broker = Broker(folder)
     broker.start()
     proxy = Proxy(broker.port)
-    devices = [Device(name, options.build, folder, proxy.port) for name in ("hall", "porch")]
+    devices = [Device(name, options.build / "bin", folder, proxy.port) for name in ("hall", "porch")]
     for device in devices:
         device.start()
     calls = Calls(options.build, proxy.port)

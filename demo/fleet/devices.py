@@ -70,9 +70,11 @@ class Broker:
 class Device:
     """A device of the fleet. tavo-fleet can be killed; bus and host stay."""
 
-    def __init__(self, name, build, folder, port):
+    def __init__(self, name, programs, folder, port, **configuration):
+        """The folder of the programs, the one that gets the device's files, the broker's port, and what else
+        tavo-fleet is configured with."""
         self.name = name
-        self.build = build
+        self.programs = programs
         self.folder = folder / name
         self.folder.mkdir()
         self.log = open(self.folder / "fleet.log", "ab")
@@ -81,13 +83,14 @@ class Device:
         self.configuration.write_text(json.dumps({
             "device": name, "groups": ["all"], "bus": self.bus, "store": f"{self.folder}/fleet.db",
             "broker": {"url": f"mqtt://127.0.0.1:{port}", "keepAlive": 10,
-                       "reconnect": {"min": 50, "max": 500}}}))
+                       "reconnect": {"min": 50, "max": 500}},
+            **configuration}))
         self._start_bus()
         self._start_host()
         self.fleet = None
 
     def start(self):
-        self.fleet = start([self.build / "bin/tavo-fleet", "--config", self.configuration],
+        self.fleet = start([self.programs / "tavo-fleet", "--config", self.configuration],
                            self.log)
 
     def kill(self):
@@ -99,7 +102,7 @@ class Device:
     def messages(self):
         """How often each text is on the display's queue."""
         output = subprocess.run(
-            [self.build / "bin/tavo", "--bus", self.bus, "list", "--json", "--count", "100000"],
+            [self.programs / "tavo", "--bus", self.bus, "list", "--json", "--count", "100000"],
             check=True, capture_output=True, timeout=TIMEOUT).stdout
         return collections.Counter(row["text"] for row in json.loads(output)["messages"])
 
@@ -124,7 +127,7 @@ class Device:
                                         "limits": {"openNotifications": 100000,
                                                    "totalOpenNotifications": 100000}}}]}))
         log_name = self.folder / "host.log"
-        start([self.build / "bin/tavo-host", "--config", configuration], open(log_name, "ab"),
+        start([self.programs / "tavo-host", "--config", configuration], open(log_name, "ab"),
               env=dict(os.environ, QT_NO_GLIB="1"))
         wait_until(lambda: b"Serving org.tavo.Model1" in log_name.read_bytes(),
                    f"the host's start, see {log_name},")
