@@ -114,13 +114,13 @@ class Command:
 
 
 class Shell:
-    def __init__(self, timeline, folder, programs):
+    def __init__(self, timeline, folder, programs, **environment):
         path = f"{programs}{os.pathsep}{os.environ['PATH']}"
         self._timeline = timeline
-        self._options = {"cwd": folder, "env": dict(os.environ, PATH=path)}
+        self.options = {"cwd": folder, "env": dict(os.environ, PATH=path, **environment)}
 
     def type(self, name, line, listener=None):
-        return Command(self._timeline, name, line, listener, **self._options)
+        return Command(self._timeline, name, line, listener, **self.options)
 
 
 def mail_command():
@@ -165,6 +165,8 @@ def run(options):
     try:
         timeline.wait_for("over", timeout=options.timeout)
         act(timeline, Shell(timeline, options.sounds, options.programs))
+        if options.fleet:
+            timeline.wait_for("fleet over")
     except TimeoutError as error:
         print(f"person: {error}", file=sys.stderr)
         return host.poll() or 1
@@ -182,6 +184,8 @@ def main():
                         help="the working folder of the commands")
     parser.add_argument("--programs", type=pathlib.Path, required=True,
                         help="the folder with the program tavo")
+    parser.add_argument("--fleet", action="store_true",
+                        help="end the host only after the event `fleet over`")
     parser.add_argument("--timeout", type=float, default=60.0, metavar="SECONDS",
                         help="how long the module's script may take (60)")
     parser.add_argument("host", nargs="+", help="the command that runs the host")

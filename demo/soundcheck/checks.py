@@ -8,7 +8,7 @@ beginnings and ends, and narrow for lengths.
 
 import numpy as np
 
-from . import commands, displaychecks, recording
+from . import commands, displaychecks, fleet, recording
 from .check import Check
 
 AUDIBLE = -50.0  # dBFS; less is silence
@@ -210,7 +210,9 @@ def check_music(track, story, expectations):
 
 
 def check_level(track, level, since, until, statement, goal, settle):
-    """Checks that the loudness reaches the goal soon after `since` and stays there."""
+    """Checks that the loudness reaches the goal soon after `since` and stays there, if it has the time."""
+    if until - since < settle:
+        return
     near = np.abs(level - goal) <= LOUDNESS_TOLERANCE
     arrived = track.times[near & track.during(since, until)]
     delay = arrived[0] - since if len(arrived) else None
@@ -233,4 +235,5 @@ def check_all(tracks, story, expectations):
                    *check_music(tracks["main"], story, expectations)]
     results += displaychecks.check_display(story.display, expectations.display)
     results += commands.check_commands(story.commands, expectations.commands)
+    results += fleet.check_fleet(story.fleet, expectations.fleet)
     return [*results, *displaychecks.check_pairs(story, expectations, results)]

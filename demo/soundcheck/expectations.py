@@ -29,6 +29,17 @@
       }
     }
   },
+  "fleet": {                                without it, nothing may be called
+    "devices": {"<name>": "what the picture calls it"},
+    "calls": {                              to all devices
+      "<id>": {
+        "label": "what the picture calls it",
+        "answer": "shown",                  or done
+        "ends": "expired",                  or closed; without it, nothing is shown
+        "late": ["<device>"]                what is cut off when it is called, and catches up
+      }
+    }
+  },
   "commands": {                             without it, nothing may be typed
     "<id>": {
       "exit": 0,                            the exit status
@@ -44,7 +55,7 @@ import json
 
 from PIL import ImageColor
 
-from . import commands, displaystory
+from . import commands, displaystory, fleet
 
 OUTCOMES = ("finished", "cancelled", "failed", "refused")
 
@@ -86,6 +97,7 @@ class Expectations:
     notifications: dict
     display: ExpectedDisplay
     commands: dict
+    fleet: fleet.ExpectedFleet
 
     def frequencies(self):
         return sorted({item.frequency for item in self.notifications.values() if item.frequency})
@@ -108,7 +120,8 @@ def parse(described, sounds):
         notifications[name] = item
     return Expectations(described["music"]["attenuation"], described["music"]["fade"],
                         notifications, parse_display(described.get("display"), notifications),
-                        commands.parse(described.get("commands", {})))
+                        commands.parse(described.get("commands", {})),
+                        fleet.parse(described.get("fleet")))
 
 
 def parse_display(described, sounds):

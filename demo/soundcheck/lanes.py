@@ -168,10 +168,13 @@ class RowsLane(Lane):
                         radius=4)
         self._draw_mark(surface, right, middle, row.end_mark)
         text = " · ".join(part for part in (row.label, row.note, row.end_mark) if part)
-        if right + 14 + surface.width_of(text, 11) < axis.right - 6:
+        width = surface.width_of(text, 11)
+        if right + 14 + width < axis.right - 6:
             surface.text(right + 14, middle, text, 11, halo=canvas.PANEL)
-        else:
+        elif left - 8 - width > axis.left:
             surface.text(left - 8, middle, text, 11, anchor="rm", halo=canvas.PANEL)
+        else:
+            surface.text(left + 8, middle, text, 11, fill=canvas.PAPER)
 
     def _draw_mark(self, surface, x, y, mark):
         if mark in ("failed", "refused"):

@@ -12,6 +12,7 @@ NOTIFICATIONS = (90, 98, 110)
 COLOURS = [(37, 116, 207), (214, 69, 65), (22, 150, 105), (142, 84, 190), (217, 119, 6),
            (8, 145, 178), (190, 60, 130), (101, 130, 20)]
 GREY = (150, 156, 166)
+DEVICE = (70, 120, 100)
 
 
 def colours(story, expected):
@@ -104,7 +105,29 @@ def build_lanes(tracks, story, expected, spans, axis):
         shots = [screen_shot(span, message_colours) for span in spans]
         stack.append(lanes.ShotsLane(
             "Screen", "what tavo-display showed, under the time of each picture", shots, axis))
+    if expected.fleet.devices:
+        stack.append(lanes.RowsLane(
+            "Fleet", "two more devices, called through a broker: when each was online, and when it showed what was "
+            "sent to both", fleet_rows(story, expected)))
     return stack
+
+
+def fleet_rows(story, expected):
+    """When each device was online; then each call to each device, which waits until it is answered."""
+    rows = [lanes.Row(f"{label} · online", DEVICE, min(spans)[0] if spans else story.begin, story.end, spans)
+            for device, label in expected.fleet.devices.items()
+            for spans in [story.fleet.online.get(device, [])]]
+    shown = [call for call in expected.fleet.calls.values() if call.outcome]
+    for call, colour in zip(shown, COLOURS):
+        for device, label in expected.fleet.devices.items():
+            item = story.fleet.deliveries.get(f"{call.id} on {device}")
+            if item is None or call.id not in story.fleet.called:
+                continue
+            until = story.end if item.ended is None else item.ended
+            active = [] if item.answered is None else [(item.answered, until)]
+            rows.append(lanes.Row(f"{call.label} · {label}", colour, story.fleet.called[call.id], until, active,
+                                  item.ends[0][1] if item.ends else ""))
+    return rows
 
 
 def screen_shot(span, palette):

@@ -12,14 +12,14 @@ Events of a sound notification (with "id"):
                     it to go on when that one ends
   ended             its end response came; "kind" is finished, cancelled or failed
 Events without an id: ducked, restored (the main audio), acquired, released (the audio resource).
-displaystory.py has the events of the display, commands.py those of the commands. Other events are
-ignored.
+displaystory.py has the events of the display, commands.py those of the commands, and fleet.py those of the
+fleet. Other events are ignored.
 """
 
 import dataclasses
 import json
 
-from . import commands, displaystory
+from . import commands, displaystory, fleet
 
 END_KINDS = ("finished", "cancelled", "failed")
 
@@ -59,6 +59,7 @@ class Story:
         self._close_spans()
         self.display = displaystory.DisplayStory(self.events)
         self.commands = commands.follow(self.events)
+        self.fleet = fleet.FleetStory(self.events)
 
     def _follow(self, event):
         name, moment = event["event"], event["t"]

@@ -43,6 +43,12 @@ EXPECTATIONS = {
             "fire": {"label": "Fire", "ends": "expired", "together": "alarm"},
             "note": {"label": "Note", "ends": "cancelled", "shown": False},
             "letter": {"label": "Letter", "ends": "cancelled"}}},
+    "fleet": {
+        "devices": {"hall": "Hall", "porch": "Porch"},
+        "calls": {
+            "dinner": {"label": "Dinner", "ends": "expired"},
+            "rain": {"label": "Rain", "ends": "closed", "late": ["porch"]},
+            "dry": {"answer": "done"}}},
     "commands": {
         "show": {"exit": 0, "prints": [r"\d+"]},
         "cancel": {"exit": 0, "prints": []}}}
@@ -89,6 +95,19 @@ COMMANDS = [
     (11.9, "typed", "cancel", "tavo cancel 7"), (12.3, "returned", "cancel", 0)]
 LAST = {"display sent": "timeout", "typed": "line", "printed": "line", "returned": "status"}
 
+# The fleet; the last field is the kind.
+FLEET = [
+    (2.1, "fleet online", "hall"), (2.1, "fleet online", "porch"), (2.2, "fleet called", "dinner"),
+    (2.3, "fleet answered", "dinner on hall", "shown"), (2.3, "fleet answered", "dinner on porch", "shown"),
+    (3.3, "fleet ended", "dinner on hall", "expired"), (3.3, "fleet ended", "dinner on porch", "expired"),
+    (4.0, "fleet away", "porch"), (4.1, "fleet called", "rain"),
+    (4.2, "fleet answered", "rain on hall", "shown"), (5.9, "fleet reconnected", "porch"),
+    (6.0, "fleet online", "porch"),
+    (6.1, "fleet answered", "rain on porch", "shown"), (6.2, "fleet answered", "rain on porch", "shown"),
+    (7.0, "fleet called", "dry"), (7.1, "fleet answered", "dry on hall", "done"),
+    (7.1, "fleet answered", "dry on porch", "done"),
+    (7.1, "fleet ended", "rain on hall", "closed"), (7.1, "fleet ended", "rain on porch", "closed")]
+
 # What sounds when, in seconds from the start: sound, begin, end.
 PLAYED = [("chime", 2.29, 3.19), ("announcement", 5.29, 6.28), ("alarm", 6.3, 7.5),
           ("announcement", 7.53, 10.54), ("ring", 10.6, 11.9)]
@@ -131,7 +150,7 @@ class Run:
 
     def __init__(self):
         self.expectations = copy.deepcopy(EXPECTATIONS)
-        self.timeline = TIMELINE + DISPLAY + COMMANDS
+        self.timeline = TIMELINE + DISPLAY + COMMANDS + FLEET
         self.played = list(PLAYED)
         self.music = list(MUSIC)
         self.on_main = []

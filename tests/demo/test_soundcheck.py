@@ -10,7 +10,7 @@ import unittest
 
 import sounds
 import synthetic
-from soundcheck import checks, screen
+from soundcheck import checks, fleet, screen
 
 DEMO = pathlib.Path(sounds.__file__).parent
 
@@ -396,6 +396,49 @@ class ScreenTest(unittest.TestCase):
         position = [pixel for _, pixel in self.shown].index(self.colours["menu"])
         self.shown[position - 1:position + 1] = [(5.2, self.colours["menu"])]
         self.assertEqual(self.failures(), {"screen mail", "screen menu"})
+
+
+class FleetTest(RecordingCheckTest):
+    def failures(self):
+        results = fleet.check_fleet(self.run_.story().fleet, self.run_.expected().fleet)
+        return {(check.subject, check.statement) for check in results if not check.passed}
+
+    def test_finds_a_device_that_does_not_answer(self):
+        self.replace_event((2.3, "fleet answered", "dinner on hall", "shown"))
+        self.assert_found(("fleet dinner on hall", "is answered"))
+
+    def test_finds_a_device_that_refuses(self):
+        self.replace_event((7.1, "fleet answered", "dry on porch", "done"),
+                           (7.1, "fleet answered", "dry on porch", "refused"))
+        self.assert_found(("fleet dry on porch", "is answered"))
+
+    def test_finds_a_message_that_is_shown_twice(self):
+        self.run_.timeline.append((8.0, "fleet ended", "rain on porch", "closed"))
+        self.assert_found(("fleet rain on porch", "ends once, as it should"))
+
+    def test_finds_a_message_that_never_ends(self):
+        self.replace_event((3.3, "fleet ended", "dinner on porch", "expired"))
+        self.assert_found(("fleet dinner on porch", "ends once, as it should"))
+
+    def test_finds_a_device_that_was_not_cut_off(self):
+        self.replace_event((4.0, "fleet away", "porch"))
+        self.assert_found(("fleet rain on porch", "is answered when the device is back"),
+                          ("fleet rain on hall", "does not wait for other devices"))
+
+    def test_finds_a_device_that_does_not_catch_up(self):
+        self.replace_event((6.1, "fleet answered", "rain on porch", "shown"))
+        self.replace_event((6.2, "fleet answered", "rain on porch", "shown"))
+        self.assert_found(("fleet rain on porch", "is answered"),
+                          ("fleet rain on porch", "is answered when the device is back"))
+
+    def test_finds_a_device_that_waits_for_another(self):
+        self.replace_event((4.2, "fleet answered", "rain on hall", "shown"),
+                           (6.1, "fleet answered", "rain on hall", "shown"))
+        self.assert_found(("fleet rain on hall", "does not wait for other devices"))
+
+    def test_finds_a_call_that_was_not_expected(self):
+        self.run_.timeline.append((8.0, "fleet answered", "snow on hall", "shown"))
+        self.assert_found(("fleet snow on hall", "is expected"))
 
 
 class TypedCommandTest(RecordingCheckTest):
