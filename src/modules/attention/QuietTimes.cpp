@@ -41,7 +41,7 @@ QuietTimes::QuietTimes(CMNodes *nodes, const QString &file)
     m_isOn = !m_missed.isEmpty();
     m_save.setSingleShot(true);
     m_save.setInterval(saveDelayMs);
-    tavoConnect(&m_save, &QTimer::timeout, this, &QuietTimes::save);
+    tavoConnect(&m_save, &QTimer::timeout, this, &QuietTimes::on_save_timeout);
     CMActivateNode::create(nodes, TavoAttentionSetDoNotDisturbPath())
         ->setInvoke(this, &QuietTimes::on_set_activated, Qt::QueuedConnection);
     CMActivateNode::create(nodes, TavoAttentionInhibitPath())
@@ -51,8 +51,8 @@ QuietTimes::QuietTimes(CMNodes *nodes, const QString &file)
 
 QuietTimes::~QuietTimes()
 {
-    if (m_save.isActive()) {
-        save();
+    if (m_isUnsaved) {
+        write();
     }
 }
 
@@ -66,6 +66,7 @@ void QuietTimes::countMissed(const QString &program, int count)
 {
     if (m_missed.size() < maxPrograms || m_missed.contains(program)) {
         m_missed[program] += count;
+        m_isUnsaved = true;
         if (!m_save.isActive()) {
             m_save.start();
         }
@@ -73,6 +74,22 @@ void QuietTimes::countMissed(const QString &program, int count)
 }
 
 void QuietTimes::save()
+{
+    m_isUnsaved = true;
+    if (!m_save.isActive()) {
+        on_save_timeout();
+    }
+}
+
+void QuietTimes::on_save_timeout()
+{
+    if (std::exchange(m_isUnsaved, false)) {
+        write();
+        m_save.start();
+    }
+}
+
+void QuietTimes::write() const
 {
     QuietMemory{m_doNotDisturb.choice(AlarmClock::now()), m_missed}.write(m_file);
 }

@@ -46,13 +46,17 @@ Q_SIGNALS:
 private Q_SLOTS:
     void on_set_activated(const CMSetDataRequest &request);
     void on_inhibit_activated(const CMSetDataRequest &request);
-    void save();
+    void on_save_timeout();
 
 private:
     TavoAttentionDoNotDisturb state(qint64 now) const;
 
     /// Publishes the state, and sets the alarm for its next change.
     void update();
+
+    /// Writes the file, at once if it has not been written lately.
+    void save();
+    void write() const;
 
     const QString m_file;
     DoNotDisturb m_doNotDisturb;
@@ -62,5 +66,6 @@ private:
     bool m_isStarted = false;
     CMValueNode *m_node; ///< owned by the node set
     AlarmClock m_alarm;
-    QTimer m_save; ///< many counts cost one write
+    QTimer m_save; ///< runs after a write, or while counts wait: many changes cost one write
+    bool m_isUnsaved = false;
 };

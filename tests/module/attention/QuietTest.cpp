@@ -106,6 +106,16 @@ TEST_F(AttentionQuietTest, KeepsAChoiceOverARestart)
     EXPECT_FALSE(doNotDisturb().on());
 }
 
+TEST_F(AttentionQuietTest, KeepsTheLastOfManyChoicesOverARestart)
+{
+    for (int times = 0; times < 20; ++times) {
+        ASSERT_TRUE(setDoNotDisturb(times % 2 != 0).succeeds());
+    }
+    unload();
+    load();
+    EXPECT_TRUE(doNotDisturb().on());
+}
+
 TEST_F(AttentionQuietTest, KeepsNoChoiceWhoseTimeIsOver)
 {
     const qint64 until = QDateTime::currentMSecsSinceEpoch() + 200;
