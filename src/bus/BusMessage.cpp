@@ -5,6 +5,7 @@
 
 #include "bus/BusError.h"
 
+#include <cstdint>
 #include <cstring>
 
 namespace {
@@ -70,6 +71,35 @@ BusMessage BusMessage::createErrorReply(const BusError &error) const
 void BusMessage::send() const
 {
     BusError::check(sd_bus_send(nullptr, m_message, nullptr), "The message can't be sent");
+}
+
+void BusMessage::seal() const
+{
+    constexpr std::uint64_t anyNumber = 1;
+    BusError::check(sd_bus_message_seal(m_message, anyNumber, 0), "The message can't be sealed");
+}
+
+bool BusMessage::isSealed() const
+{
+    std::uint64_t number = 0;
+    return sd_bus_message_get_cookie(m_message, &number) >= 0;
+}
+
+BusMessage BusMessage::copyFor(const std::string &receiver) const
+{
+    constexpr const char *failure = "The message can't be copied";
+    sd_bus_message *signal = nullptr;
+    BusError::check(sd_bus_message_new_signal(sd_bus_message_get_bus(m_message), &signal,
+                                              sd_bus_message_get_path(m_message),
+                                              sd_bus_message_get_interface(m_message),
+                                              sd_bus_message_get_member(m_message)),
+                    failure);
+    BusMessage copy = adopt(signal);
+    constexpr int all = 1;
+    BusError::check(sd_bus_message_rewind(m_message, all), failure);
+    BusError::check(sd_bus_message_copy(copy.get(), m_message, all), failure);
+    copy.setReceiver(receiver);
+    return copy;
 }
 
 void BusMessage::setReceiver(const std::string &receiver) const

@@ -68,6 +68,13 @@ public:
     /// Addresses a signal to one receiver.
     void setReceiver(const std::string &receiver) const;
 
+    /// Ends the writing of a signal of which only copies are sent.
+    void seal() const;
+    bool isSealed() const;
+
+    /// A copy of a sealed signal, addressed to one receiver.
+    BusMessage copyFor(const std::string &receiver) const;
+
     /// Sends a message on the connection that it was made for.
     void send() const;
 

@@ -84,6 +84,13 @@ bool CallTurns::leave(const std::string &client)
     return true;
 }
 
+void CallTurns::resume()
+{
+    if (!m_waiting.empty() && !m_timer.isActive()) {
+        m_timer.start();
+    }
+}
+
 void CallTurns::clear()
 {
     m_waiting.clear();

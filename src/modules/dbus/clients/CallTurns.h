@@ -46,7 +46,8 @@ public:
         Seconds takes{}; ///< about how long a call takes
     };
 
-    /// Whether calls of this client can be handled now. Asked again whenever the bus has turned.
+    /// Whether calls of this client can be handled now. Asked again whenever the bus has turned, and by
+    /// resume().
     using IsReady = std::function<bool(const std::string &client)>;
 
     /// The limits may change.
@@ -58,6 +59,9 @@ public:
 
     /// The client has left. False while calls of it are still to be handled; left() follows then.
     bool leave(const std::string &client);
+
+    /// Calls of some clients may have become ready.
+    void resume();
 
     /// The bus has gone.
     void clear();

@@ -47,7 +47,9 @@ Clients::Clients(BusConnection &bus, const ClientLimits &limits)
     , m_limits(limits)
     , m_quotas(limits)
     , m_turns(bus, m_quotas, m_limits,
-              [this](const std::string &client) { return !m_unread.isUndecided(client); })
+              [this](const std::string &client) {
+                  return !m_unread.isUndecided(client) && !m_isHeldBack(client);
+              })
     , m_outbox(bus, m_quotas)
     , m_unread(bus, m_quotas, m_outbox, m_limits)
     , m_standardMethod{CallTurns::IfLeft::Drop,
@@ -203,7 +205,9 @@ bool Clients::send(const std::string &client, const BusMessage &signal, std::siz
     if (!m_unread.admit(client, bytes + UnreadBytes::messageBytes)) {
         return false;
     }
-    signal.setReceiver(client);
+    if (!signal.isSealed()) {
+        signal.setReceiver(client);
+    }
     m_outbox.send(client, signal, bytes + UnreadBytes::messageBytes, instead);
     return true;
 }

@@ -59,6 +59,13 @@ public:
     void serve(BusObject &object, const char *method, const Handler &handler,
                CallTurns::IfLeft ifLeft);
 
+    /// Holds back the calls of a client while the function is true. After that, resume() must be called.
+    void setHeldBack(const std::function<bool(const std::string &client)> &function)
+    {
+        m_isHeldBack = function;
+    }
+    void resume() { m_turns.resume(); }
+
     /// Serves an object whose methods are set.
     void publish(BusObject &object) { object.publish(m_objects); }
 
@@ -88,7 +95,8 @@ public:
     /// Sends a short reply to a call that is being handled. Throws nothing.
     void reply(const BusMessage &call, const BusMessage &reply);
 
-    /// Sends a signal to one client, if it is still there. False when the client has left too much unread.
+    /// Sends a signal to one client, if it is still there; of a sealed one, a copy, which is made only when it
+    /// is sent: many clients may want the same signal. False when the client has left too much unread.
     /// See Outbox::send() for the last argument.
     bool send(const std::string &client, const BusMessage &signal, std::size_t bytes,
               const Outbox::Instead &instead = {});
@@ -137,6 +145,8 @@ private:
     ClientLimits m_limits;
     Quotas m_quotas;
     LeftMessages m_leftMessages;
+    std::function<bool(const std::string &client)> m_isHeldBack =
+        [](const std::string & /*client*/) { return false; };
     CallTurns m_turns;
     Outbox m_outbox;
     UnreadBytes m_unread;

@@ -44,7 +44,11 @@ void Outbox::call(const std::string &client, const BusMessage &call,
 
 void Outbox::add(const std::string &client, Letter letter)
 {
-    if (isNext(client) && m_pace.allows(letter.bytes)) {
+    const auto waiting = m_waiting.find(client);
+    if (waiting != m_waiting.end()) {
+        waiting->second.push_back(std::move(letter));
+        sendSome();
+    } else if (isNext(client) && m_pace.allows(letter.bytes)) {
         if (!m_waiting.empty()) {
             countTime(client, letter);
         }
@@ -55,7 +59,7 @@ void Outbox::add(const std::string &client, Letter letter)
     }
 }
 
-/// Whether a message to the client can be sent at once.
+/// Whether a message to the client, for which none waits, can be sent at once.
 bool Outbox::isNext(const std::string &client)
 {
     if (m_waiting.empty()) {
@@ -75,7 +79,8 @@ void Outbox::forget(const std::string &client)
         return;
     }
     for (const Letter &letter : waiting.mapped()) {
-        if (sd_bus_message_get_destination(letter.message.get()) == nullptr) {
+        if (!letter.message.isSealed() &&
+            sd_bus_message_get_destination(letter.message.get()) == nullptr) {
             post(client, letter);
         }
     }
@@ -133,6 +138,8 @@ void Outbox::post(const std::string &client, const Letter &letter)
             letter.instead().send();
         } else if (letter.handler) {
             m_bus.send(letter.message, letter.timeout, letter.handler);
+        } else if (letter.message.isSealed()) {
+            letter.message.copyFor(client).send();
         } else {
             letter.message.send();
         }

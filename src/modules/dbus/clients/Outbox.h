@@ -37,8 +37,9 @@ public:
 
     Outbox(BusConnection &bus, Quotas &quotas);
 
-    /// Sends a reply or a signal of about this many bytes. Its destination must be set; without one it
-    /// goes to everyone, after what was sent to the client before. If it is large and the bus stays too
+    /// Sends a reply or a signal of about this many bytes, or a copy of a sealed signal to the client. Its
+    /// destination must be set otherwise; without one it goes to everyone, after what was sent to the client
+    /// before. If it is large and the bus stays too
     /// busy for it, a short message is made and sent in its place.
     void send(const std::string &client, const BusMessage &message, std::size_t bytes,
               Instead instead = {});

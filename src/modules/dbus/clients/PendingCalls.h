@@ -8,17 +8,25 @@
 #include <core/tavo.h>
 
 #include <QObject>
+#include <QTimer>
 
+#include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <map>
+#include <optional>
 #include <string>
-#include <unordered_map>
 
 class BusWriter;
 class Clients;
 
-/// Calls that wait for a reply of the model. Each is answered when its reply is finished, and delays
-/// nothing else. When a client leaves, its calls are forgotten.
+/// Calls that wait for a reply of the model. Each is answered when its reply is finished. When a client
+/// leaves, its calls are forgotten.
+///
+/// Modules handle requests in the order in which they come. So that the requests of one user do not keep
+/// those of others waiting there, its further calls are held back while some of them wait that were sent
+/// only a moment ago. Requests that wait for longer are not in a module's way.
 ///
 /// Owned by ModelInterface, used in its thread.
 class PendingCalls : public QObject
@@ -44,17 +52,26 @@ public:
 
 private Q_SLOTS:
     void on_clients_left(const std::string &client);
+    void on_timer_timeout();
 
 private:
+    using Clock = std::chrono::steady_clock;
+
     struct PendingCall
     {
         BusMessage call;
         Write write;
         Quotas::Charge charge;
+        Clock::time_point sent;
+        std::optional<std::uint32_t> user; ///< when it was sent
+        bool isRecent = true;
     };
-    using Calls = std::unordered_map<quint64, PendingCall>;
+    using Calls = std::map<quint64, PendingCall>; ///< in the order in which they were sent
 
+    bool isHeldBack(const std::string &client) const;
     void finish(quint64 number, const CMReply<QVariant> &reply);
+    Calls::iterator erase(Calls::iterator pending);
+    void settle(PendingCall &pending);
     void send(const BusMessage &call, const CMReply<QVariant> &reply, const Write &write);
 
     Clients &m_clients;
@@ -62,4 +79,7 @@ private:
     /// Not kept by the watchers of replies: those may be destroyed in any thread, a message may not.
     Calls m_calls;
     quint64 m_lastNumber = 0;
+    quint64 m_firstRecent = 1;                            ///< none before it is recent
+    std::map<std::optional<std::uint32_t>, int> m_recent; ///< how many are, by user
+    QTimer m_timer;                                       ///< runs while some are
 };

@@ -404,6 +404,12 @@ void Quotas::setUser(const std::string &client, std::uint32_t id)
     account.user->time += account.time;
 }
 
+std::optional<std::uint32_t> Quotas::userOf(const std::string &client) const
+{
+    const Account *known = find(client);
+    return known == nullptr ? std::nullopt : known->user->id;
+}
+
 std::size_t Quotas::held(const std::string &client, Kind kind) const
 {
     const Account *known = find(client);

@@ -149,6 +149,9 @@ public:
     /// The client runs as this user. What it holds counts for the user from now on.
     void setUser(const std::string &client, std::uint32_t user);
 
+    /// The user of a client. Nothing until the bus has told.
+    std::optional<std::uint32_t> userOf(const std::string &client) const;
+
     bool knows(const std::string &client) const { return find(client) != nullptr; }
     std::size_t held(const std::string &client, Kind kind) const;
     std::vector<std::string> clients() const;

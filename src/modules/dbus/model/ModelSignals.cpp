@@ -41,34 +41,43 @@ void ModelSignals::setObject(const BusObject *object)
 void ModelSignals::emitTo(const char *signal, const Subscriptions::Names &clients,
                           const CMPath &path, const Write &write)
 {
-    if (!m_object) {
+    if (!m_object || clients.empty()) {
         return;
     }
-    for (const std::string &client : clients) {
-        // Nothing follows on what was left out before the client has been told.
-        if (hasDropped(client, path)) {
-            drop(client, path);
-            continue;
+    try {
+        BusWriter writer(m_object->createSignal(signal), m_clients.limits().messageBytes);
+        writer.writeString(path.toString());
+        write(writer);
+        if (clients.size() > 1) {
+            writer.message().seal();
         }
-        try {
-            BusWriter writer(m_object->createSignal(signal), m_clients.limits().messageBytes);
-            writer.writeString(path.toString());
-            write(writer);
-            const auto instead = [this, client, path] {
-                const BusMessage dropped = createDropped(path, 1);
-                dropped.setReceiver(client);
-                return dropped;
-            };
-            if (!m_clients.send(client, writer.message(), writer.bytesWritten(), instead) &&
-                drop(client, path)) {
-                LOG4CPLUS_WARN(logger, "The client "
-                                           << client
-                                           << " doesn't read its signals: some are left out");
-            }
-        } catch (const BusError &error) {
-            LOG4CPLUS_WARN(logger, "A change can't be sent: " << error.what());
+        for (const std::string &client : clients) {
+            send(client, path, writer.message(), writer.bytesWritten());
+        }
+    } catch (const BusError &error) {
+        LOG4CPLUS_WARN(logger, "A change can't be sent: " << error.what());
+        for (const std::string &client : clients) {
             drop(client, path);
         }
+    }
+}
+
+void ModelSignals::send(const std::string &client, const CMPath &path, const BusMessage &signal,
+                        std::size_t bytes)
+{
+    // Nothing follows on what was left out before the client has been told.
+    if (hasDropped(client, path)) {
+        drop(client, path);
+        return;
+    }
+    const auto instead = [this, client, path] {
+        const BusMessage dropped = createDropped(path, 1);
+        dropped.setReceiver(client);
+        return dropped;
+    };
+    if (!m_clients.send(client, signal, bytes, instead) && drop(client, path)) {
+        LOG4CPLUS_WARN(logger,
+                       "The client " << client << " doesn't read its signals: some are left out");
     }
 }
 

@@ -11,6 +11,7 @@
 #include <QObject>
 #include <QTimer>
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <unordered_map>
@@ -53,6 +54,8 @@ private:
     /// Sends the path, and what the function writes after it.
     void emitTo(const char *signal, const Subscriptions::Names &clients, const CMPath &path,
                 const Write &write);
+    void send(const std::string &client, const CMPath &path, const BusMessage &signal,
+              std::size_t bytes);
     bool hasDropped(const std::string &client, const CMPath &path) const;
     bool drop(const std::string &client, const CMPath &path);
 

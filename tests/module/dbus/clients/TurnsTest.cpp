@@ -4,8 +4,13 @@
 // Clients that send many calls, or calls that take long, beside one that sends few.
 
 #include "module/dbus/ModelTest.h"
+#include "support/bus/BusUser.h"
 
 #include <QElapsedTimer>
+#include <QFile>
+
+#include <algorithm>
+#include <sys/stat.h>
 
 namespace {
 constexpr const char *limitsExceeded = "org.freedesktop.DBus.Error.LimitsExceeded";
@@ -127,5 +132,63 @@ TEST_F(DbusWaitingBytesTest, AreLimited)
     }
     EXPECT_GE(refused, 14);
     EXPECT_LT(refused, 20);
+}
+
+/// A module that keeps its requests waiting.
+class DbusModuleTurnsTest : public ModelTest
+{
+protected:
+    DbusModuleTurnsTest()
+        : ModelTest({}, "<policy context=\"default\"><allow user=\"*\"/></policy>"_s)
+    {
+        publishRequest("/test/slow"_s,
+                       [this](const CMSetDataRequest &request) { requests.push_back(request); });
+    }
+
+    std::vector<CMSetDataRequest> requests;
+};
+
+TEST_F(DbusModuleTurnsTest, OfAModuleAreNotTakenByOneUser)
+{
+    if (!BusUser::canBeAnyone()) {
+        GTEST_SKIP() << "it takes root to be somebody else";
+    }
+    ::chmod(QFile::encodeName(bus().folder()).constData(), 0755);
+    const auto greedy = [this] {
+        const ActAs otherUser(BusUser::find("daemon"));
+        return std::make_unique<ModelClient>(bus().address());
+    }();
+    ASSERT_TRUE(greedy->ask("List", {"/"_s}).succeeds());
+    std::vector<BusCall> calls;
+    constexpr std::size_t many = 1000;
+    for (std::size_t i = 0; i < many; ++i) {
+        calls.push_back(greedy->send("/test/slow"_s, "greedy"_s));
+    }
+    ASSERT_TRUE(waitFor([this] { return !requests.empty(); }));
+    constexpr int meanwhile = 300;
+    for (int i = 0; i < meanwhile; ++i) {
+        ASSERT_TRUE(client->ask("List", {"/"_s}).succeeds());
+    }
+    client->send("/test/slow"_s, "other"_s);
+    std::size_t before = 0;
+    ASSERT_TRUE(waitFor([&] {
+        const auto isOther = [](const CMSetDataRequest &request) {
+            return request.value() == "other"_s;
+        };
+        const auto other = std::find_if(requests.begin(), requests.end(), isOther);
+        before = std::size_t(other - requests.begin());
+        return other != requests.end();
+    }));
+    EXPECT_LT(before, many);
+}
+
+TEST_F(DbusModuleTurnsTest, AreNotTakenByRequestsThatWaitForLong)
+{
+    constexpr std::size_t many = 100;
+    for (std::size_t i = 0; i < many; ++i) {
+        client->send("/test/slow"_s, "waits"_s);
+    }
+    EXPECT_TRUE(client->ask("List", {"/"_s}).succeeds());
+    EXPECT_EQ(requests.size(), many);
 }
 } // namespace
