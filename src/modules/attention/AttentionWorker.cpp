@@ -5,6 +5,7 @@
 
 #include "AlarmClock.h"
 
+#include <limits>
 #include <stdexcept>
 #include <utility>
 
@@ -285,7 +286,14 @@ void AttentionWorker::on_close_activated(const CMSetDataRequest &request)
 void AttentionWorker::on_sound_activated(const CMSetDataRequest &request)
 {
     const TavoValue value(request.value().toHash());
-    m_items.play(value.string_(), value.notificationPlayerItem(), request.reply());
+    if (value.fields().contains(QStringLiteral("bool"))) {
+        m_items.setAwaitsSound(value.string_(), value.bool_());
+        request.reply().setValue(QVariant());
+        return;
+    }
+    const bool isLimited = value.fields().contains(QStringLiteral("int"));
+    const int maxPriority = isLimited ? value.int_() : std::numeric_limits<int>::max();
+    m_items.play(value.string_(), value.notificationPlayerItem(), maxPriority, request.reply());
 }
 
 void AttentionWorker::on_try_activated(const CMSetDataRequest &request)

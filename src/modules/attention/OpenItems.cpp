@@ -162,7 +162,7 @@ TavoAttentionOutcome OpenItems::open(const TavoAttentionItem &item, const Decisi
     }
     entry.awaitsSound = decision.isHeard && item.soundFollows();
     if (decision.isHeard && !item.soundFollows() && (hasSound(item) || decision.treatment.sound)) {
-        startRequested(entry, item.sound());
+        startRequested(entry, item.sound(), decision.priority);
     }
     speak(entry);
     TavoAttentionOutcome outcome = outcomeOf(entry);
@@ -201,7 +201,7 @@ TavoAttentionOutcome OpenItems::replace(const TavoAttentionItem &item, const Dec
     }
     if (decision.isHeard && hasSound(item)) {
         cancelSounds(entry);
-        startRequested(entry, item.sound());
+        startRequested(entry, item.sound(), decision.priority);
     }
     TavoAttentionOutcome outcome = outcomeOf(entry);
     finishIfOver(item.id());
@@ -432,7 +432,20 @@ void OpenItems::on_show_finished(const QString &id, const QString &request,
     finishIfOver(id);
 }
 
-void OpenItems::play(const QString &id, const TavoNotificationPlayerItem &sound,
+void OpenItems::setAwaitsSound(const QString &id, bool awaitsSound)
+{
+    const auto entry = m_entries.find(id);
+    if (entry == m_entries.end() || isAttendedTo(entry->end)) {
+        return;
+    }
+    entry->awaitsSound = awaitsSound;
+    if (!awaitsSound && !entry->isShown() && entry->end == TavoAttentionEnd::Unknown) {
+        entry->end = TavoAttentionEnd::Closed;
+    }
+    finishIfOver(id);
+}
+
+void OpenItems::play(const QString &id, const TavoNotificationPlayerItem &sound, int maxPriority,
                      const CMReply<QVariant> &reply)
 {
     const auto entry = m_entries.find(id);
@@ -442,8 +455,8 @@ void OpenItems::play(const QString &id, const TavoNotificationPlayerItem &sound,
     }
     const bool isHeard = !isOver && entry->decision.isHeard;
     if (isHeard && (hasSound(sound) || entry->decision.treatment.sound)) {
-        const CMReply<QVariant> answer = startRequested(*entry, sound);
-        const auto priority = entry->decision.priority;
+        const int priority = std::min<int>(entry->decision.priority, maxPriority);
+        const CMReply<QVariant> answer = startRequested(*entry, sound, priority);
         answer.onFinished(this, [reply, priority](const CMReply<QVariant> &finished) {
             if (finished.error().isError()) {
                 reply.setError(finished.error());
@@ -467,8 +480,10 @@ void OpenItems::play(const QString &id, const TavoNotificationPlayerItem &sound,
     }
 }
 
-CMReply<QVariant> OpenItems::startRequested(Entry &entry, TavoNotificationPlayerItem sound)
+CMReply<QVariant> OpenItems::startRequested(Entry &entry, TavoNotificationPlayerItem sound,
+                                            int priority)
 {
+    sound.setPriority(TavoNotificationItemPriority::Enum(priority));
     if (entry.decision.treatment.sound) {
         sound.setType(TavoNotificationPlayerItemType::Uri)
             .setContent(*entry.decision.treatment.sound)
@@ -479,9 +494,10 @@ CMReply<QVariant> OpenItems::startRequested(Entry &entry, TavoNotificationPlayer
 
 void OpenItems::startFile(Entry &entry, const QString &file)
 {
-    startSound(
-        entry,
-        TavoNotificationPlayerItem().setType(TavoNotificationPlayerItemType::Uri).setContent(file));
+    startSound(entry, TavoNotificationPlayerItem()
+                          .setType(TavoNotificationPlayerItemType::Uri)
+                          .setContent(file)
+                          .setPriority(entry.decision.priority));
 }
 
 void OpenItems::speak(Entry &entry)
@@ -533,7 +549,7 @@ CMReply<QVariant> OpenItems::startSound(Entry &entry, TavoNotificationPlayerItem
         sound.setId(tavoGenerateUuid());
     }
     const QString id = sound.id();
-    sound.setPriority(entry.decision.priority).setPlaybackResponsePath(m_responsePath);
+    sound.setPlaybackResponsePath(m_responsePath);
     entry.sounds.insert(id);
     m_sounds.insert(id, {entry.item.id(), target});
     CMReply<QVariant> reply = CMRoot()->invoke(TavoNotificationPlayerEnqueuePath(),
@@ -567,7 +583,8 @@ void OpenItems::on_sound_responded(const CMSetDataRequest &request)
         return;
     }
     const auto entry = m_entries.find(sound->notification);
-    if (entry != m_entries.end() && entry->end == TavoAttentionEnd::Unknown && !entry->isShown()) {
+    if (entry != m_entries.end() && entry->end == TavoAttentionEnd::Unknown && !entry->isShown() &&
+        !entry->awaitsSound) {
         entry->end = response.type() == TavoNotificationPlayerResponseType::Finished
                          ? TavoAttentionEnd::Expired
                      : response.type() == TavoNotificationPlayerResponseType::Failed

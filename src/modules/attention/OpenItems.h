@@ -45,10 +45,14 @@ public:
     /// Changes one that is open. A message that the new decision does not show is closed.
     TavoAttentionOutcome replace(const TavoAttentionItem &item, const Decision &decision);
 
-    /// Plays a sound of a notification, or cancels it at once if it is to be kept from people, or the
-    /// notification is over. An empty sound: there is none after all.
-    void play(const QString &id, const TavoNotificationPlayerItem &sound,
+    /// Plays a sound of a notification with its priority or a lower one, or cancels it at once if it is to be
+    /// kept from people, or the notification is over. An empty sound: there is none after all.
+    void play(const QString &id, const TavoNotificationPlayerItem &sound, int maxPriority,
               const CMReply<QVariant> &reply);
+
+    /// Whether the sound of a notification, which is cancelled, will be sent again by play(). Until then the
+    /// notification stays open.
+    void setAwaitsSound(const QString &id, bool awaitsSound);
 
     /// Ends an open one. Does nothing if a person or its requester has ended it already, and only its sound
     /// has not stopped yet.
@@ -122,7 +126,7 @@ private:
     void on_show_finished(const QString &id, const QString &request, const CMVoidReply &reply);
 
     /// The requester's sound, or that of the rules.
-    CMReply<QVariant> startRequested(Entry &entry, TavoNotificationPlayerItem sound);
+    CMReply<QVariant> startRequested(Entry &entry, TavoNotificationPlayerItem sound, int priority);
     CMReply<QVariant> startSound(Entry &entry, TavoNotificationPlayerItem sound);
     void startFile(Entry &entry, const QString &file);
     void speak(Entry &entry);

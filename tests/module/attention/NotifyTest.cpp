@@ -93,6 +93,46 @@ TEST_F(AttentionNotifyTest, PassesOnTheResponsesOfASound)
                                    TavoNotificationPlayerResponseType::Finished));
 }
 
+TEST_F(AttentionNotifyTest, StaysOpenWhileItsSoundIsToBeSentAgain)
+{
+    const auto bell = TavoNotificationPlayerItem().setId("bell"_s).setContent("/bell"_s);
+    const auto send = [](const TavoValue &value) {
+        EXPECT_TRUE(Request(TavoAttentionSoundPath(), value).succeeds());
+    };
+    notify(TavoAttentionItem().setId("Door"_s).setPriority(Priority::Urgent).setSoundFollows(true));
+    send(TavoValue().setString_("Door"_s).setNotificationPlayerItem(bell));
+    ScriptedPlayer *first = playing("bell"_s);
+    send(TavoValue().setString_("Door"_s).setBool_(true));
+    Request(TavoNotificationPlayerCancelPath(), TavoValue().setString_("bell"_s)).succeeds();
+    first->reportStopped();
+    settle();
+    EXPECT_THAT(ends(), IsEmpty());
+    const Request again(
+        TavoAttentionSoundPath(),
+        TavoValue().setString_("Door"_s).setNotificationPlayerItem(bell).setInt_(Priority::High));
+    ASSERT_TRUE(again.succeeds());
+    EXPECT_EQ(TavoValue(again.value().toHash()).int_(), Priority::High);
+    ASSERT_NE(playing("bell"_s), first);
+    playing("bell"_s)->reportEnded();
+    EXPECT_EQ(endOf("Door"_s).end(), End::Expired);
+}
+
+TEST_F(AttentionNotifyTest, EndsIfItsSoundDoesNotComeAgain)
+{
+    notify(withSound(TavoAttentionItem().setId("Door"_s), "bell"_s));
+    ScriptedPlayer *bell = playing("bell"_s);
+    const auto tell = [](bool isAgain) {
+        const auto value = TavoValue().setString_("Door"_s).setBool_(isAgain);
+        EXPECT_TRUE(Request(TavoAttentionSoundPath(), value).succeeds());
+    };
+    tell(true);
+    Request(TavoNotificationPlayerCancelPath(), TavoValue().setString_("bell"_s)).succeeds();
+    bell->reportStopped();
+    settle();
+    tell(false);
+    EXPECT_EQ(endOf("Door"_s).end(), End::Closed);
+}
+
 TEST_F(AttentionNotifyTest, StopsTheSoundWhenAPersonClosesTheMessage)
 {
     notify(withSound(message("Door"_s), "bell"_s));

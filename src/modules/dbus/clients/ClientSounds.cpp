@@ -43,6 +43,15 @@ bool isEnd(TavoNotificationPlayerResponseType::Enum type)
 /// decoded and fetched. So there are only as many as people use.
 constexpr auto minPriority = TavoNotificationItemPriority::Low;
 
+/// Keeps the notification of a sound open while the sound gives way.
+void tellWhetherAgain(const QString &notification, bool isAgain)
+{
+    if (!notification.isEmpty()) {
+        CMRoot()->invoke(TavoAttentionSoundPath(),
+                         TavoValue().setString_(notification).setBool_(isAgain), {});
+    }
+}
+
 /// Other sounds end by themselves.
 bool endsWithItsClient(const TavoNotificationPlayerItem &item)
 {
@@ -114,22 +123,25 @@ CMReply<QVariant> ClientSounds::send(const std::string &client,
                                      const QString &notification)
 {
     const CMPath path = watch(client, item, bytes, file);
-    return sendToPlayer(path, m_sounds.at(path), notification);
+    m_sounds.at(path).notification = notification;
+    return sendToPlayer(path, m_sounds.at(path));
 }
 
-CMReply<QVariant> ClientSounds::sendToPlayer(const CMPath &path, const Sound &sound,
-                                             const QString &notification)
+CMReply<QVariant> ClientSounds::sendToPlayer(const CMPath &path, const Sound &sound)
 {
     TavoValue value = TavoValue().setNotificationPlayerItem(sound.item);
     CMPath target = TavoNotificationPlayerEnqueuePath();
-    if (!notification.isEmpty()) {
-        value.setString_(notification);
+    const bool isDirect = sound.notification.isEmpty();
+    if (!isDirect) {
+        value.setString_(sound.notification);
         target = TavoAttentionSoundPath();
     }
+    if (!isDirect && sound.timesGivenWay > 0) {
+        value.setInt_(sound.item.priority());
+    }
     CMReply<QVariant> reply = CMRoot()->invoke(target, value, {});
-    const bool isDirect = notification.isEmpty();
     if (isDirect) {
-        takeTurns(path, sound, false);
+        takeTurns(path, sound);
     }
     reply.onFinished(this, [this, path, isDirect](const CMReply<QVariant> &finished) {
         // A refused request gets no response. If the reply is finished already, this is called at once,
@@ -144,16 +156,16 @@ CMReply<QVariant> ClientSounds::sendToPlayer(const CMPath &path, const Sound &so
             Sound &queued = found->second;
             const int priority = TavoValue(finished.value().toHash()).int_();
             queued.item.setPriority(TavoNotificationItemPriority::Enum(priority));
-            takeTurns(path, queued, queued.hasStarted);
+            takeTurns(path, queued);
         }
     });
     return reply;
 }
 
-void ClientSounds::takeTurns(const CMPath &path, const Sound &sound, bool hasStarted)
+void ClientSounds::takeTurns(const CMPath &path, const Sound &sound)
 {
     if (sound.item.priority() >= urgentPriority(m_clients.limits())) {
-        m_turns.add(path, sound.charge, hasStarted);
+        m_turns.add(path, sound.charge, sound.isPlaying);
     }
 }
 
@@ -161,6 +173,8 @@ void ClientSounds::on_turns_gaveWay(const CMPath &path)
 {
     Sound &sound = m_sounds.at(path);
     sound.givesWay = true;
+    sound.isPlaying = false;
+    tellWhetherAgain(sound.notification, true);
     if (++sound.timesGivenWay == maxTimesGivenWay) {
         const int lower = urgentPriority(m_clients.limits()) - 1;
         sound.item.setPriority(TavoNotificationItemPriority::Enum(lower));
@@ -173,13 +187,20 @@ CMReply<QVariant> ClientSounds::cancel(const QVariant &value)
     const QString id = TavoValue(value.toHash()).string_();
     for (auto &[path, sound] : m_sounds) {
         if (sound.givesWay && sound.item.id() == id) {
-            sound.givesWay = false;
+            stopGivingWay(sound);
             CMReply<QVariant> done;
             done.setValue(QVariant());
             return done;
         }
     }
     return CMRoot()->invoke(TavoNotificationPlayerCancelPath(), value, {});
+}
+
+void ClientSounds::stopGivingWay(Sound &sound)
+{
+    if (std::exchange(sound.givesWay, false)) {
+        tellWhetherAgain(sound.notification, false);
+    }
 }
 
 void ClientSounds::cancel(const QString &id)
@@ -259,6 +280,7 @@ void ClientSounds::forget(const CMPath &path)
         return;
     }
     m_turns.remove(path);
+    stopGivingWay(sound->second);
     sound->second.node->dispose();
     m_sounds.erase(sound);
 }
@@ -287,6 +309,7 @@ void ClientSounds::on_sound_responded(const CMSetDataRequest &request)
     if (type == TavoNotificationPlayerResponseType::Started) {
         m_turns.start(request.path());
         isAgain = std::exchange(sound.hasStarted, true);
+        sound.isPlaying = true;
     }
     if (!sound.target.isEmpty() && !isAgain) {
         CMRoot()->invoke(sound.target, request.value(), {});

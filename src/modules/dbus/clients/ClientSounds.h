@@ -51,7 +51,8 @@ public:
     /// Sends a prepared sound to that module, by the path that prepare() returned.
     void start(const CMPath &path, const QString &notification)
     {
-        sendToPlayer(path, m_sounds.at(path), notification);
+        m_sounds.at(path).notification = notification;
+        sendToPlayer(path, m_sounds.at(path));
     }
 
     /// Enqueues the sound of a client's notification. The sound has been checked; the file is the
@@ -86,7 +87,9 @@ private:
         CMPath target;                   ///< where the client wants its responses; may be empty
         std::optional<OpenedSound> file; ///< what the player plays
         CMActivateNode *node;            ///< receives the responses; owned by the node set
+        QString notification{}; ///< its id for the module for attention, if it has the sound
         bool hasStarted = false;
+        bool isPlaying = false; ///< has started, and has not given way since
         int timesGivenWay = 0;
         bool givesWay = false; ///< is cancelled, to be played again later
     };
@@ -99,9 +102,11 @@ private:
     AllowedSound allowed(const QString &location, SoundAccess::Kind kind) const;
     CMPath watch(const std::string &client, const TavoNotificationPlayerItem &item,
                  std::size_t bytes, const std::optional<OpenedSound> &file);
-    CMReply<QVariant> sendToPlayer(const CMPath &path, const Sound &sound,
-                                   const QString &notification = {});
-    void takeTurns(const CMPath &path, const Sound &sound, bool hasStarted);
+    CMReply<QVariant> sendToPlayer(const CMPath &path, const Sound &sound);
+    void takeTurns(const CMPath &path, const Sound &sound);
+
+    /// The sound has been cancelled and will not play again.
+    static void stopGivingWay(Sound &sound);
     void forget(const CMPath &path);
 
     Clients &m_clients;

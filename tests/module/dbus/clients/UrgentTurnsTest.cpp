@@ -129,8 +129,13 @@ TEST_F(DbusUrgentTurnsTest, TheSoundOfAnUrgentNotificationGivesWayWhateverItsOwn
     publishRequest(TavoAttentionNotifyPath().toString(),
                    [](const CMSetDataRequest &request) { request.reply().setValue({}); });
     publishRequest(TavoAttentionSoundPath().toString(), [this](const CMSetDataRequest &request) {
-        const TavoNotificationPlayerItem item =
-            TavoValue(request.value().toHash()).notificationPlayerItem();
+        const TavoValue value(request.value().toHash());
+        if (value.fields().contains("bool"_s)) {
+            events.push_back(value.bool_() ? "comes again" : "does not come again");
+            return;
+        }
+        const TavoNotificationPlayerItem item = value.notificationPlayerItem();
+        events.push_back(item.id().toStdString() + " for its notification");
         sounds[item.id()] = item;
         // It starts before the reply.
         respond(item.id(), ResponseType::Started);
@@ -151,6 +156,10 @@ TEST_F(DbusUrgentTurnsTest, TheSoundOfAnUrgentNotificationGivesWayWhateverItsOwn
                     .succeeds());
     enqueue(*second, "alarm"_s);
     EXPECT_TRUE(happens("endless cancelled"));
+    // The module for attention does not take the notification for over.
+    EXPECT_TRUE(waitFor([this] { return events.size() == 5; }));
+    EXPECT_THAT(events, ElementsAre("endless for its notification", "alarm at 3", "comes again",
+                                    "endless cancelled", "endless for its notification"));
 }
 
 TEST_F(DbusUrgentTurnsTest, AllSoundsOfAUserThatHasPlayedMuchGiveWay)
