@@ -133,8 +133,10 @@ void subscribeUnread(Hostile &hostile)
     const char *rule = "type='signal'";
     hostile.send(Connection::bus, "AddMatch", "s", rule);
     for (const char *change : {"rows", "node", "value"}) {
-        for (const char *path : {"/notifications/display/queue", "/notifications/player/isPlaying",
-                                 "/player/mainAudio/state", "/powerManager/state"}) {
+        for (const char *path :
+             {"/notifications/display/queue", "/notifications/player/isPlaying",
+              "/notifications/display/ended", "/attention/doNotDisturb", "/attention/ended",
+              "/attention/missed", "/player/mainAudio/state", "/powerManager/state"}) {
             hostile.send(Connection::model, "Subscribe", "ss", path, change);
         }
     }
@@ -566,6 +568,75 @@ void manyChanges(Hostile &hostile)
         hostile.read();
     }
 }
+
+// The module for attention
+
+void setDoNotDisturb(Hostile &hostile, bool isOn)
+{
+    hostile.send(Connection::model, "Call", "sv", "/attention/setDoNotDisturb", "a{sv}", 1,
+                 "attentionDoNotDisturb", "a{sv}", 1, "on", "b", int(isOn));
+}
+
+void requestAttention(Hostile &hostile, const std::string &source, int timeout)
+{
+    hostile.send(Connection::model, "Call", "sv", "/attention/notify", "a{sv}", 1, "attentionItem",
+                 "a{sv}", 3, "title", "s", "hostile", "application", "s", source.c_str(), "timeout",
+                 "i", timeout);
+}
+
+/// Each change is told to all who have subscribed, and each end of do-not-disturb sums up what was kept back.
+void toggleDoNotDisturb(Hostile &hostile)
+{
+    while (hostile.goesOn()) {
+        setDoNotDisturb(hostile, true);
+        requestAttention(hostile, hostile.newName(), 1000);
+        setDoNotDisturb(hostile, false);
+        hostile.read();
+    }
+    setDoNotDisturb(hostile, false);
+    hostile.readReplies(1);
+}
+
+void madeUpSources(Hostile &hostile)
+{
+    const std::string name(std::size_t(hostile.dice().number(1, 2000)), 's');
+    while (hostile.goesOn()) {
+        requestAttention(hostile, name + hostile.newName(), hostile.dice().number(1, 1000));
+        hostile.read();
+    }
+}
+
+void soundsOfNotifications(Hostile &hostile)
+{
+    const std::string content = hostile.setting().sounds + Setting::alarm;
+    while (hostile.goesOn()) {
+        hostile.send(Connection::model, "Call", "sv", "/attention/notify", "a{sv}", 1,
+                     "attentionItem", "a{sv}", 3, "application", "s", hostile.newName().c_str(),
+                     "priority", "i", highPriority(hostile), "sound", "a{sv}", 2, "content", "s",
+                     content.c_str(), "loop", "b", 1);
+        hostile.readReplies(1);
+    }
+}
+
+void searchHistory(Hostile &hostile)
+{
+    while (hostile.goesOn()) {
+        const std::string text = hostile.dice().percent(50) ? "h o s t i l e" : hostile.newName();
+        hostile.send(Connection::model, "Call", "sv", "/attention/history", "a{sv}", 1,
+                     "attentionQuery", "a{sv}", 2, "limit", "i", 200, "search", "s", text.c_str());
+        hostile.readReplies(1);
+    }
+}
+
+void inhibitForever(Hostile &hostile)
+{
+    while (hostile.goesOn()) {
+        hostile.send(Connection::desktop, "Inhibit", "ssa{sv}", "crowd", mebibyte().c_str(), 0);
+        hostile.send(Connection::desktop, "Inhibit", "ssa{sv}", "crowd", hundredKibibytes().c_str(),
+                     0);
+        hostile.readReplies(2);
+    }
+}
 } // namespace
 
 const std::vector<Attack> &attacks()
@@ -603,6 +674,11 @@ const std::vector<Attack> &attacks()
         {"connects, subscribes, leaves", shortVisits},
         {"file descriptors", descriptors},
         {"changes a notification all the time", manyChanges},
+        {"toggles do-not-disturb", toggleDoNotDisturb},
+        {"notifications of made-up programs", madeUpSources},
+        {"endless sounds of notifications", soundsOfNotifications},
+        {"searches the history", searchHistory},
+        {"inhibits notifications", inhibitForever},
     };
     return all;
 }

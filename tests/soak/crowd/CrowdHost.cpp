@@ -189,10 +189,13 @@ void CrowdHost::writeFiles()
                 "</usr/share/alsa/alsa.conf>\n"
                 "pcm_type.scripted { lib \"" SCRIPTED_PCM_LIBRARY "\" }\n"
                 "pcm.plain { type scripted behaviour \"plain\" heard \"/dev/null\" }\n");
+    folder.mkpath(QStringLiteral("state"));
     for (const char *name : {".", "sounds", "forbidden"}) {
         setMode(inFolder(name), 0755);
     }
-    setMode(inFolder("sounds/uploads"), 0777);
+    for (const char *name : {"sounds/uploads", "state"}) {
+        setMode(inFolder(name), 0777);
+    }
 }
 
 void CrowdHost::startBus()
@@ -215,6 +218,9 @@ void CrowdHost::startHost()
     const QJsonObject sounds{{"schemes", QJsonArray{"file", "http"}},
                              {"hosts", QJsonArray{"127.0.0.1:1"}},
                              {"folders", QJsonArray{QString::fromStdString(m_setting.sounds)}}};
+    const QJsonObject attention{{"settings", inFolder("state/attention.json")},
+                                {"history", QJsonObject{{"file", inFolder("state/history.db")}}},
+                                {"speech", QJsonObject{{"folder", inFolder("state/speech")}}}};
     const QJsonObject dbus{{"bus", m_setting.address}, {"sounds", sounds}};
     if (m_setting.good) {
         m_host.addArguments({"--user", hostUser, SERVICE, m_host.program()});
@@ -225,7 +231,8 @@ void CrowdHost::startHost()
         {{"log", QJsonObject{{"level", "OFF"}, {"levels", QJsonObject{{"Dbus", "INFO"}}}}},
          {"modules",
           QJsonArray{"powermanager", QJsonObject{{"name", "player"}, {"config", player}},
-                     "notifications", QJsonObject{{"name", "dbus"}, {"config", dbus}}}}});
+                     "notifications", QJsonObject{{"name", "attention"}, {"config", attention}},
+                     QJsonObject{{"name", "dbus"}, {"config", dbus}}}}});
     setMode(m_host.folder(), 0755);
     if (!m_host.startReady() || !m_host.waitForLog("Serving org.freedesktop.Notifications")) {
         throw std::runtime_error("the host does not start: " + log());
