@@ -4,6 +4,7 @@
 #include "fleet/Calls.h"
 
 #include "base/sqlite/SqliteError.h"
+#include "fleet/ClockTime.h"
 #include "fleet/FleetLog.h"
 #include "fleet/protocol/FleetTopics.h"
 #include <core/base/connect.h>
@@ -14,6 +15,8 @@
 
 namespace {
 constexpr qint64 dayMs = 86400000;
+constexpr qint64 never = std::numeric_limits<qint64>::max();
+constexpr qint64 defaultWaitMs = 60000;
 constexpr int maxRunning = 64; // the host's limits are for one client
 constexpr int maxPending = 10000;
 constexpr int maxCallBytes = 1 << 18;
@@ -22,6 +25,12 @@ constexpr int maxAnswerBytes = 1 << 19;
 qint64 now()
 {
     return QDateTime::currentMSecsSinceEpoch();
+}
+
+/// Never, if the clock has not been set yet: it will be by then.
+qint64 dayAfter(qint64 moment)
+{
+    return isClockSet() ? moment + dayMs : never;
 }
 
 /// A call that the store has, as it was when it came.
@@ -69,7 +78,10 @@ void Calls::resume()
         Pending &pending = m_pending[stored.id];
         pending.call = callOf(stored);
         pending.group = stored.group;
-        pending.deadline = stored.forgetAfter - dayMs;
+        const bool isTimeKnown = isClockSet() && stored.forgetAfter != never;
+        pending.deadline.setRemainingTime(
+            isTimeKnown ? qBound<qint64>(0, stored.forgetAfter - dayMs - now(), dayMs)
+                        : defaultWaitMs);
         pending.isAgain = true;
     }
     startTimer();
@@ -109,7 +121,7 @@ void Calls::take(const FleetCall &call, const QByteArray &json, const QString &g
         stored.id = call.id;
         stored.call = json;
         stored.group = group;
-        stored.forgetAfter = qMax(deadline, call.at) + dayMs;
+        stored.forgetAfter = dayAfter(qMax(deadline, call.at));
         m_store.begin(stored);
     } catch (const SqliteError &error) {
         FleetLog::error(QStringLiteral("a call can't be remembered: %1").arg(error.reason()));
@@ -119,7 +131,7 @@ void Calls::take(const FleetCall &call, const QByteArray &json, const QString &g
     Pending pending;
     pending.call = call;
     pending.group = group;
-    pending.deadline = qMax(deadline, call.at);
+    pending.deadline.setRemainingTime(qMax(deadline, call.at) - now());
     m_pending.insert(call.id, pending);
     start(call.id);
 }
@@ -169,16 +181,17 @@ void Calls::startWaiting()
 
 void Calls::startTimer()
 {
-    qint64 next = std::numeric_limits<qint64>::max();
+    qint64 next = never;
     for (const Pending &pending : qAsConst(m_pending)) {
         if (!pending.isRunning) {
-            next = qMin(next, pending.call.at > now() ? pending.call.at : pending.deadline);
+            const qint64 wait = pending.call.at - now();
+            next = qMin(next, wait > 0 ? wait : pending.deadline.remainingTime());
         }
     }
-    if (next == std::numeric_limits<qint64>::max()) {
+    if (next == never) {
         m_timer.stop();
     } else {
-        m_timer.start(int(qBound<qint64>(0, next - now(), dayMs)));
+        m_timer.start(int(qMin(next, dayMs)));
     }
 }
 
@@ -188,7 +201,8 @@ void Calls::on_timer_timeout()
     const QStringList ids = m_pending.keys();
     for (const QString &id : ids) {
         const auto pending = m_pending.constFind(id);
-        if (pending != m_pending.constEnd() && !pending->isRunning && pending->deadline < now()) {
+        if (pending != m_pending.constEnd() && !pending->isRunning &&
+            pending->deadline.hasExpired()) {
             finish(id, failed(m_client.isAvailable() ? "too late: the device was busy"
                                                      : "too late: the device had no host"));
         }
@@ -302,10 +316,14 @@ void Calls::on_host_ended(const QString &id, FleetEvent::End end, const QString 
         if (!stored || !stored->isOpen) {
             return;
         }
+        const FleetCall call = callOf(*stored);
+        if (call.kind == FleetCall::Kind::Say && end == FleetEvent::End::Expired) {
+            event.end = FleetEvent::End::Finished; // It has been read to its end.
+        }
         std::vector<OutgoingMessage> messages{
             message(FleetTopics::event(m_configuration.device), event.toJson())};
         const bool isByPerson = end == FleetEvent::End::Dismissed || end == FleetEvent::End::Action;
-        if (isByPerson && !stored->group.isEmpty() && callOf(*stored).isEverywhere) {
+        if (isByPerson && !stored->group.isEmpty() && call.isEverywhere) {
             messages.push_back(message(FleetTopics::groupEnd(stored->group), event.toJson()));
         }
         m_outbox.send(m_store.end(id, std::move(messages)));
@@ -357,7 +375,7 @@ OutgoingMessage Calls::message(const QString &topic, const QByteArray &payload) 
     OutgoingMessage message;
     message.topic = topic;
     message.payload = payload;
-    message.expires = now() + dayMs;
+    message.expires = dayAfter(now());
     return message;
 }
 

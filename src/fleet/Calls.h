@@ -8,6 +8,7 @@
 #include "fleet/publishing/Outbox.h"
 #include "fleet/store/FleetStore.h"
 
+#include <QDeadlineTimer>
 #include <QMap>
 #include <QTimer>
 
@@ -42,9 +43,9 @@ private:
     {
         FleetCall call;
         QString group;
-        qint64 deadline = 0;
-        bool isAgain = false;   ///< it may have been carried out before
-        bool isRunning = false; ///< the host has got it
+        QDeadlineTimer deadline; ///< for its start; the time of day may be set meanwhile
+        bool isAgain = false;    ///< it may have been carried out before
+        bool isRunning = false;  ///< the host has got it
         bool isCancelled = false;
         std::optional<FleetEvent> early; ///< its end, which was reported before the reply
     };

@@ -3,6 +3,7 @@
 
 #include "fleet/Device.h"
 
+#include "fleet/ClockTime.h"
 #include "fleet/FleetLog.h"
 #include "fleet/protocol/FleetTopics.h"
 #include "fleet/publishing/Discovery.h"
@@ -19,8 +20,6 @@ constexpr int firstPingMs = 10000;
 constexpr int laterPingMs = 60000;
 constexpr int msPerSecond = 1000;
 constexpr qint64 defaultDeadlineMs = 60000;
-/// A clock that shows less has not been set. 1 January 2024.
-constexpr qint64 earliestTime = Q_INT64_C(1704067200000);
 } // namespace
 
 Device::Device(const FleetConfiguration &configuration, const QString &bus, FleetStore &store)
@@ -219,7 +218,7 @@ void Device::takeEnd(const MqttMessage &message, const QString &group)
 qint64 Device::deadlineOf(const FleetCall &call, const MqttMessage &message) const
 {
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
-    return call.expires > 0 && now > earliestTime
+    return call.expires > 0 && isClockSet()
                ? call.expires
                : now + qint64(message.expirySeconds) * msPerSecond + defaultDeadlineMs;
 }

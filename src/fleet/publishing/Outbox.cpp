@@ -48,12 +48,13 @@ void Outbox::sendOnce(const std::vector<OutgoingMessage> &messages)
 
 MqttMessage Outbox::packetOf(const OutgoingMessage &message)
 {
-    constexpr int msPerSecond = 1000;
+    constexpr qint64 msPerSecond = 1000;
+    constexpr qint64 maxSeconds = 86400;
     MqttMessage packet;
     packet.topic = message.topic;
     packet.payload = message.payload;
     const qint64 left = message.expires - QDateTime::currentMSecsSinceEpoch();
-    packet.expirySeconds = int(qMax<qint64>(1, left / msPerSecond));
+    packet.expirySeconds = int(qBound<qint64>(1, left / msPerSecond, maxSeconds));
     return packet;
 }
 

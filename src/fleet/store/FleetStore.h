@@ -16,7 +16,7 @@ struct OutgoingMessage
     qint64 number = 0; ///< given by the store
     QString topic;
     QByteArray payload;
-    qint64 expires = 0; ///< of no use then, in ms since the epoch
+    qint64 expires = 0; ///< of no use then, in ms since the epoch; the largest number: of use for ever
 };
 
 /// A call that the device has received.

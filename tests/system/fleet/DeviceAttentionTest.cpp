@@ -10,6 +10,15 @@ protected:
     void SetUp() override
     {
         DeviceTest::SetUp();
+        // Reads aloud by ringing.
+        makeSound();
+        const QString script =
+            QStringLiteral("cd '%1'; cat >said; cat bell.wav").arg(m_folder.path());
+        QFile settings(m_folder.filePath("attention.json"));
+        ASSERT_TRUE(settings.open(QIODevice::WriteOnly));
+        const QJsonObject speech{{"command", QJsonArray{"sh", "-c", script}}};
+        settings.write(QJsonDocument(QJsonObject{{"speech", speech}}).toJson());
+        settings.close();
         startHostWithAttention();
         startDevice();
     }
@@ -45,4 +54,14 @@ TEST_F(DeviceAttentionTest, WhatIsKeptFromPeopleIsAnsweredWithTheReason)
     ASSERT_TRUE(waitForAnswer("kept from people"));
     call(R"("id":"b","call":"notify","title":"Fire","priority":"urgent")");
     EXPECT_TRUE(waitForAnswer(R"("id":"b","shown":true)"));
+}
+
+TEST_F(DeviceAttentionTest, WhatIsToBeSaidIsReadAloud)
+{
+    call(R"("id":"a","call":"say","text":"Dinner is ready")");
+    ASSERT_TRUE(waitForAnswer(R"("id":"a","sounding":true)"));
+    ASSERT_TRUE(waitForEvent(R"("end":"finished","id":"a")"));
+    QFile said(m_folder.filePath("said"));
+    ASSERT_TRUE(said.open(QIODevice::ReadOnly));
+    EXPECT_THAT(said.readAll().toStdString(), testing::HasSubstr("Dinner is ready"));
 }

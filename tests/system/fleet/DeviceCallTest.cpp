@@ -97,21 +97,7 @@ TEST_F(DeviceCallTest, AnEndByAPersonIsToldToTheGroup)
 
 TEST_F(DeviceCallTest, ASoundIsAnsweredAndItsEndReported)
 {
-    QFile file(m_folder.filePath("bell.wav"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(QByteArray::fromHex("52494646"
-                                   "2c000000"
-                                   "57415645"
-                                   "666d7420"
-                                   "10000000"
-                                   "01000100"
-                                   "401f0000"
-                                   "803e0000"
-                                   "02001000"
-                                   "64617461"
-                                   "08000000"
-                                   "0000000000000000"));
-    file.close();
+    makeSound();
     set("allow", QJsonObject{{"sounds", QJsonObject{{"folder", m_folder.path()}}}});
     startDevice();
     call(R"("id":"a","call":"sound","sound":"bell")");

@@ -47,7 +47,8 @@ protected:
     {
         if (HasFailure()) {
             std::cout << "The program wrote:\n"
-                      << m_device->output() << m_device->error() << "The host wrote:\n"
+                      << (m_device ? m_device->output() + m_device->error() : std::string())
+                      << "The host wrote:\n"
                       << (m_host ? m_host->log().toStdString() : std::string()) << "Messages:\n";
             for (const MqttMessage &message : m_messages) {
                 std::cout << message.topic.toStdString() << ' ' << message.payload.toStdString()
@@ -92,8 +93,28 @@ protected:
     void startHostWithAttention()
     {
         const QJsonObject config{{"settings", m_folder.filePath("attention.json")},
+                                 {"speech", QJsonObject{{"folder", m_folder.filePath("speech")}}},
                                  {"history", QJsonObject{{"file", m_folder.filePath("h.db")}}}};
         startHost({QJsonObject{{"name", "attention"}, {"config", config}}});
+    }
+
+    /// Makes a short sound in the folder.
+    void makeSound()
+    {
+        QFile file(m_folder.filePath("bell.wav"));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(QByteArray::fromHex("52494646"
+                                       "2c000000"
+                                       "57415645"
+                                       "666d7420"
+                                       "10000000"
+                                       "01000100"
+                                       "401f0000"
+                                       "803e0000"
+                                       "02001000"
+                                       "64617461"
+                                       "08000000"
+                                       "0000000000000000"));
     }
 
     void set(const QString &key, const QJsonValue &value)

@@ -33,9 +33,11 @@ protected:
         setBroker(m_identity);
     }
 
-    void adapt(MqttSettings &settings) override
+    void adapt(MqttSettings &settings) override { identify(settings, "commander"); }
+
+    static void identify(MqttSettings &settings, const QString &name)
     {
-        const Identity identity = certificates().make("commander");
+        const Identity identity = certificates().make(name);
         settings.caFile = certificates().authority();
         settings.certificateFile = identity.certificate;
         settings.keyFile = identity.key;
@@ -69,6 +71,41 @@ TEST_F(DeviceTlsTest, ADeviceWithACertificateIsCalledAndAnswers)
     ASSERT_TRUE(waitForMessage("tavo/v1/porch/answer/commander", R"("id":"a","shown":true)"));
     closeMessage();
     EXPECT_TRUE(waitForMessage("tavo/v1/group/all/end", R"("id":"a")"));
+}
+
+TEST_F(DeviceTlsTest, WhatAPersonEndsOnAnotherDeviceEndsHere)
+{
+    startHost();
+    startDevice();
+    MqttMessage message;
+    message.topic = "tavo/v1/group/all/call";
+    message.payload =
+        R"({"id":"a","from":"commander","call":"show","title":"x","timeout":0,"everywhere":true})";
+    ASSERT_GE(m_controller->publish(message), 0);
+    ASSERT_TRUE(waitForMessage("tavo/v1/porch/answer/commander", R"("id":"a","shown":true)"));
+    MqttSettings settings = MqttSettings::fromUrl(m_broker->uri());
+    identify(settings, "hall");
+    MqttConnection hall(settings);
+    hall.start();
+    ASSERT_TRUE(waitFor([&] { return hall.isConnected(); }, s_timeout));
+    message.topic = "tavo/v1/group/all/end";
+    message.payload = R"({"id":"a","device":"hall","end":"dismissed","time":0})";
+    ASSERT_GE(hall.publish(message), 0);
+    EXPECT_TRUE(waitForEvent(R"("end":"closed","id":"a")"));
+}
+
+TEST_F(DeviceTlsTest, TheBrokerMayNameClientsByTheirCertificates)
+{
+    m_broker->setConfiguration(m_broker->configuration() + "use_username_as_clientid true\n");
+    m_broker->stop();
+    m_broker->start();
+    startHost();
+    startDevice();
+    MqttMessage message;
+    message.topic = "tavo/v1/porch/call";
+    message.payload = R"({"id":"a","from":"commander","call":"show","title":"x"})";
+    ASSERT_GE(m_controller->publish(message), 0);
+    EXPECT_TRUE(waitForMessage("tavo/v1/porch/answer/commander", R"("id":"a","shown":true)"));
 }
 
 TEST_F(DeviceTlsTest, ADeviceWithoutTheRightCertificateIsNotConnected)

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "FullDisk.h"
+#include "support/FullDisk.h"
 #include "HistoryTest.h"
 
 #include <QDir>

@@ -3,7 +3,7 @@
 
 // Random sequences on a history and on a plain list, which must always say the same.
 
-#include "FullDisk.h"
+#include "support/FullDisk.h"
 #include "HistoryTest.h"
 
 #include <gmock/gmock.h>
