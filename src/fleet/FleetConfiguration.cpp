@@ -82,7 +82,6 @@ FleetConfiguration FleetConfiguration::fromFile(const QString &file)
     read.broker = MqttSettings::read(source.section(QStringLiteral("broker")));
     read.broker.clientId = QStringLiteral("tavo-") + read.device;
     read.broker.sessionSeconds = weekSeconds;
-    read.broker.maxWaiting = 0; // The broker keeps a call until the store has it.
     read.permissions = Permissions::read(source.section(QStringLiteral("allow")));
     read.timeoutMs = source.integer(QStringLiteral("timeout"), defaultTimeoutMs, 0, maxTimeoutMs);
     readDiscovery(source.section(QStringLiteral("discovery")), read);

@@ -14,8 +14,9 @@ class MqttNetwork;
 
 /// A connection to a broker that speaks MQTT 5, kept up until stop().
 ///
-/// Names are resolved, and the network is used, in a thread of its own: nothing here blocks the caller, but
-/// stop(). Lives in its owner's thread, whose event loop emits the signals.
+/// Names are resolved and connections are made in a thread of its own, and afterwards the connection is served by the
+/// event loop of the owner's thread: nothing here blocks the caller, but stop(). The signals are emitted from the
+/// event loop.
 ///
 /// A lost connection is tried again after a random time, from the shortest one in the settings to one that doubles
 /// up to the longest. After the loss of the client id to another client, and if the broker can't be used at all,
@@ -33,7 +34,8 @@ public:
 
     void start();
 
-    /// Sends what has been published and disconnects. Gives up after 2 s.
+    /// Sends what has been published and disconnects. Gives up after 2 s. Called from a slot of this object, it
+    /// sends nothing.
     void stop();
 
     /// Subscribes with QoS 1, now and after each connecting.
@@ -58,7 +60,10 @@ Q_SIGNALS:
     void connected(bool hasSession);
     /// The connection has been lost, or can't be made. It is tried again.
     void disconnected(const QString &reason);
+    /// The broker keeps the message until it is acknowledged, which is after handled().
     void received(const MqttMessage &message);
+    /// All messages that had arrived have been emitted.
+    void handled();
     /// The broker has the message; for QoS 0: it has been sent. Emitted at most once, and not after
     /// disconnected().
     void published(int number);
@@ -69,6 +74,6 @@ Q_SIGNALS:
 private:
     friend class MqttNetwork;
 
-    const std::shared_ptr<MqttNetwork> m_network; ///< also held by its thread
+    const std::shared_ptr<MqttNetwork> m_network; ///< also held while its signals are emitted
     bool m_isConnected = false;
 };

@@ -3,53 +3,56 @@
 
 #pragma once
 
-#include "mqtt/MqttMessage.h"
-#include "mqtt/MqttSettings.h"
+#include "mqtt/MqttAttempt.h"
 
+#include <QSocketNotifier>
 #include <QStringList>
+#include <QTimer>
 
 #include <chrono>
-#include <condition_variable>
 #include <memory>
-#include <mutex>
-#include <thread>
 #include <variant>
 #include <vector>
 
 class MqttConnection;
-struct mosquitto;
 
-/// The thread of an MqttConnection, and what both share. The thread may outlive the connection, if it waits for
-/// the resolver.
-class MqttNetwork : public std::enable_shared_from_this<MqttNetwork>
+/// What an MqttConnection hides: libmosquitto in the event loop.
+///
+/// What arrives is read first, then handled by the owner, then acknowledged. libmosquitto's own functions never call
+/// the owner.
+class MqttNetwork : public QObject, public std::enable_shared_from_this<MqttNetwork>
 {
+    Q_OBJECT
+
 public:
     MqttNetwork(MqttConnection *owner, const MqttSettings &settings);
 
-    // Called by the owner:
     void setWill(const MqttMessage &will) { m_will = will; }
     void start();
-    /// Waits for the thread for a limited time. The owner is not used any more.
+    /// The owner is not used any more.
     void stop();
     void subscribe(const QString &filter);
     void unsubscribe(const QString &filter);
     int publish(const MqttMessage &message);
     void endConnection(const QString &reason);
 
+private Q_SLOTS:
+    void on_readable_activated();
+    void on_writable_activated();
+    void on_acceptTimer_timeout();
+    void on_pingTimer_timeout();
+    void on_retryTimer_timeout();
+
 private:
     friend struct MqttCallbacks;
 
-    using Handle = std::shared_ptr<mosquitto>;
+    using Handle = MqttAttempt::Handle;
     using Clock = std::chrono::steady_clock;
 
     // For the owner:
     struct Connected
     {
         bool hasSession;
-    };
-    struct Disconnected
-    {
-        QString reason;
     };
     struct Published
     {
@@ -61,51 +64,50 @@ private:
         QString filter;
         int reasonCode;
     };
-    using Event = std::variant<Connected, Disconnected, Published, Subscribed, MqttMessage>;
+    using Event = std::variant<Connected, Published, Subscribed, MqttMessage>;
 
-    void run();
-    void connectOnce();
-    Handle makeHandle();
-    bool setIdentity(mosquitto *handle);
-    bool connectTo(mosquitto *handle);
-    void useConnection(mosquitto *handle);
-    bool waitBeforeRetry();
+    void use(const Handle &handle);
+    int read();
+    int write();
+    void writeSoon();
+    void check(int code);
+    void lose(const QString &reason);
+    QString lossText(int code) const;
+    std::chrono::milliseconds untilPing() const;
+    int retryMs();
 
     void post(Event event);
-    void postLocked(Event event);
     void deliver();
-    void emitEvent(MqttConnection &owner, const Event &event);
+    void emitEvent(const Event &event);
     int numberOf(int messageId) const { return m_generation << 16 | messageId; }
-    void sendSubscription(mosquitto *handle, const QString &filter);
+    void sendSubscription(const QString &filter);
 
-    // Of libmosquitto, called in the thread:
-    void on_connect(mosquitto *handle, int code, bool hasSession);
+    // Of libmosquitto:
+    void on_connect(int code, bool hasSession);
     void on_disconnect(int code);
-    void on_message(const MqttMessage &message);
     void on_publish(int messageId, int code);
     void on_subscribe(int messageId, int code);
 
     const MqttSettings m_settings;
     MqttMessage m_will; ///< none if it has no topic
-
-    // Used by the thread only:
-    QString m_reason;          ///< why the connection has ended
+    MqttConnection *m_owner;
+    std::unique_ptr<MqttAttempt> m_attempt; ///< null unless one is under way
+    Handle m_handle;                        ///< null while there is no connection
+    std::unique_ptr<QSocketNotifier> m_readable;
+    std::unique_ptr<QSocketNotifier> m_writable;
+    bool m_isUp = false;       ///< the broker has accepted the connection
+    bool m_isServing = false;  ///< the acknowledgements of what is handled must wait
+    int m_generation = 0;      ///< counts connections
+    int m_attempts = 0;        ///< without success
+    Clock::time_point m_start; ///< of the connection
+    Clock::time_point m_lastRead;
+    Clock::time_point m_lastWrite;
+    QTimer m_acceptTimer; ///< until the broker must have accepted the connection
+    QTimer m_pingTimer;   ///< until the broker may have to be pinged
+    QTimer m_retryTimer;
+    QString m_reason;          ///< why the connection ends
     QString m_logText;         ///< what libmosquitto has said last about an error
     bool m_isHopeless = false; ///< trying again soon has no use
-    int m_attempts = 0;        ///< without success
-
-    std::thread m_thread;
-    std::mutex m_mutex; ///< protects what follows
-    std::condition_variable m_changed;
-    MqttConnection *m_owner;
-    bool m_isStopping = false;
-    bool m_isFinished = false;
-    bool m_isUp = false;         ///< the broker has accepted the connection
-    bool m_hasUnhandled = false; ///< a message was given up at the end
-    Handle m_handle;             ///< null while there is no connection
-    int m_generation = 0;        ///< counts connections
-    int m_waiting = 0;           ///< messages among the events
-    QString m_requestedEnd;
     QStringList m_filters;
     std::vector<std::pair<int, QString>> m_subscriptions; ///< sent, by their numbers
     std::vector<Event> m_events;

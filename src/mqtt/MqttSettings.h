@@ -32,9 +32,8 @@ struct MqttSettings
     QString clientId;
     int sessionSeconds =
         0; ///< how long the broker keeps messages for a client that is away; 0: not at all
-    /// How many received messages may wait for the owner's event loop. With 0, the broker learns that a message
-    /// has arrived only after the slots of received() have returned.
-    int maxWaiting = 1000;
+    /// libmosquitto sends a ping after this time without traffic, and waits as long for the reply.
+    int pingSeconds() const { return keepAliveSeconds / 2; }
 
     /// Reads the keys of a section: url (mqtts://HOST[:PORT], or mqtt:// for an unencrypted connection), ca,
     /// certificate, key, user, passwordFile, keepAlive, reconnect.min, reconnect.max. Throws a
