@@ -11,7 +11,9 @@
 
 #include <QDateTime>
 
+#include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace {
 constexpr qint64 dayMs = 86400000;
@@ -38,6 +40,11 @@ FleetCall callOf(const StoredCall &stored)
 {
     const auto read = FleetCall::fromJson(stored.call);
     return std::holds_alternative<FleetCall>(read) ? std::get<FleetCall>(read) : FleetCall();
+}
+
+QString cannotRemember()
+{
+    return QStringLiteral("the device can't remember calls");
 }
 
 HostCalls::Outcome failed(const char *reason)
@@ -94,7 +101,7 @@ void Calls::take(const FleetCall &call, const QByteArray &json, const QString &g
         return; // Its answer follows.
     }
     try {
-        if (const auto stored = m_store.find(call.id)) {
+        if (const auto stored = find(call.id)) {
             if (stored->answer.isEmpty()) {
                 answer(call, QStringLiteral("the device could not keep the answer of this call"));
             } else {
@@ -117,23 +124,90 @@ void Calls::take(const FleetCall &call, const QByteArray &json, const QString &g
                                                           : QStringLiteral("at: is too far away"));
             return;
         }
-        StoredCall stored;
-        stored.id = call.id;
-        stored.call = json;
-        stored.group = group;
-        stored.forgetAfter = dayAfter(qMax(deadline, call.at));
-        m_store.begin(stored);
     } catch (const SqliteError &error) {
-        FleetLog::error(QStringLiteral("a call can't be remembered: %1").arg(error.reason()));
-        answer(call, QStringLiteral("the device can't remember calls"));
+        FleetLog::error(QStringLiteral("a call can't be looked for: %1").arg(error.reason()));
+        answer(call, cannotRemember());
         return;
     }
+    StoredCall stored;
+    stored.id = call.id;
+    stored.call = json;
+    stored.group = group;
+    stored.forgetAfter = dayAfter(qMax(deadline, call.at));
+    m_changes.begun.push_back(stored);
     Pending pending;
     pending.call = call;
     pending.group = group;
     pending.deadline.setRemainingTime(qMax(deadline, call.at) - now());
     m_pending.insert(call.id, pending);
-    start(call.id);
+}
+
+/// What the store has, with all changes.
+std::optional<StoredCall> Calls::find(const QString &id)
+{
+    const auto isThis = [&id](const StoredCall &call) { return call.id == id; };
+    if (std::any_of(m_changes.answered.begin(), m_changes.answered.end(), isThis) ||
+        std::find(m_changes.ended.begin(), m_changes.ended.end(), id) != m_changes.ended.end()) {
+        commit();
+    }
+    return m_store.find(id);
+}
+
+/// After what else has arrived, because writing several changes takes little more time than writing one.
+void Calls::commitSoon()
+{
+    if (!m_isCommitDue) {
+        m_isCommitDue = true;
+        QMetaObject::invokeMethod(this, &Calls::commit, Qt::QueuedConnection);
+    }
+}
+
+void Calls::commit()
+{
+    m_isCommitDue = false;
+    StoreChanges changes = std::exchange(m_changes, {});
+    if (changes.isEmpty()) {
+        return;
+    }
+    try {
+        m_store.write(changes);
+    } catch (const SqliteError &error) {
+        giveUp(changes, error.reason());
+        return;
+    }
+    for (const StoredCall &call : changes.begun) {
+        if (m_pending.contains(call.id)) {
+            start(call.id);
+        }
+    }
+    m_outbox.send(changes.messages);
+    tellDropped();
+}
+
+/// The answers of what was carried out are sent all the same.
+void Calls::giveUp(const StoreChanges &changes, const QString &reason)
+{
+    FleetLog::error(QStringLiteral("calls and answers can't be kept: %1").arg(reason));
+    m_outbox.sendOnce(changes.messages);
+    for (const StoredCall &call : changes.begun) {
+        const auto pending = m_pending.find(call.id);
+        if (pending != m_pending.end()) {
+            const FleetCall refused = pending->call;
+            m_pending.erase(pending);
+            answer(refused, cannotRemember());
+        }
+    }
+}
+
+void Calls::tellDropped()
+{
+    if (m_store.dropped() != m_dropped) {
+        FleetLog::warning(
+            QStringLiteral("answers and events given up because they were too many or too "
+                           "old: %1")
+                .arg(m_store.dropped() - m_dropped));
+        m_dropped = m_store.dropped();
+    }
 }
 
 void Calls::refuse(const FleetCall::Bad &bad)
@@ -238,7 +312,7 @@ void Calls::cancelCall(const QString &id)
         return;
     }
     try {
-        const auto stored = m_store.find(target);
+        const auto stored = find(target);
         if (stored && stored->isOpen) {
             m_host.cancel(callOf(*stored), stored->path, finishCancel);
             return;
@@ -282,13 +356,8 @@ void Calls::finish(const QString &id, const HostCalls::Outcome &outcome)
     }
     stored.path = outcome.path;
     stored.isOpen = outcome.isOpen;
-    const auto messages = answerMessages(pending.call, stored.answer);
-    try {
-        m_outbox.send(m_store.answer(stored, messages));
-    } catch (const SqliteError &error) {
-        FleetLog::error(QStringLiteral("an answer can't be kept: %1").arg(error.reason()));
-        m_outbox.sendOnce(messages);
-    }
+    m_changes.answered.push_back(stored);
+    send(answerMessages(pending.call, stored.answer));
     if (pending.early) {
         on_host_ended(id, pending.early->end, pending.early->action);
     } else if (pending.isCancelled && outcome.isOpen) {
@@ -312,7 +381,7 @@ void Calls::on_host_ended(const QString &id, FleetEvent::End end, const QString 
         return;
     }
     try {
-        const auto stored = m_store.find(id);
+        const auto stored = find(id);
         if (!stored || !stored->isOpen) {
             return;
         }
@@ -326,9 +395,10 @@ void Calls::on_host_ended(const QString &id, FleetEvent::End end, const QString 
         if (isByPerson && !stored->group.isEmpty() && call.isEverywhere) {
             messages.push_back(message(FleetTopics::groupEnd(stored->group), event.toJson()));
         }
-        m_outbox.send(m_store.end(id, std::move(messages)));
+        m_changes.ended.push_back(id);
+        send(messages);
     } catch (const SqliteError &error) {
-        FleetLog::error(QStringLiteral("an event can't be kept: %1").arg(error.reason()));
+        FleetLog::error(QStringLiteral("a call can't be found: %1").arg(error.reason()));
     }
 }
 
@@ -348,7 +418,7 @@ void Calls::endWithGroup(const FleetEvent &event, const QString &group)
         return;
     }
     try {
-        const auto stored = m_store.find(event.id);
+        const auto stored = find(event.id);
         if (!stored || !stored->isOpen || stored->group != group) {
             return;
         }
@@ -392,21 +462,8 @@ std::vector<OutgoingMessage> Calls::answerMessages(const FleetCall &call,
 
 void Calls::send(const std::vector<OutgoingMessage> &messages)
 {
-    for (const OutgoingMessage &message : messages) {
-        try {
-            m_outbox.send({m_store.add(message)});
-        } catch (const SqliteError &error) {
-            FleetLog::error(QStringLiteral("an answer can't be kept: %1").arg(error.reason()));
-            m_outbox.sendOnce({message});
-        }
-    }
-    if (m_store.dropped() != m_dropped) {
-        FleetLog::warning(
-            QStringLiteral("answers and events given up because they were too many or too "
-                           "old: %1")
-                .arg(m_store.dropped() - m_dropped));
-        m_dropped = m_store.dropped();
-    }
+    m_changes.messages.insert(m_changes.messages.end(), messages.begin(), messages.end());
+    commitSoon();
 }
 
 void Calls::on_tidyTimer_timeout()

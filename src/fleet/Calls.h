@@ -22,7 +22,7 @@ public:
     Calls(const FleetConfiguration &configuration, FleetStore &store, Outbox &outbox,
           TavoClient &client);
 
-    /// A call that has arrived, by a group or without one. It is in the store when the function returns.
+    /// A call that has arrived, by a group or without one. It is stored and carried out by the next commit().
     void take(const FleetCall &call, const QByteArray &json, const QString &group, qint64 deadline);
 
     /// Answers what is not a call, if it says whom.
@@ -30,6 +30,10 @@ public:
 
     /// A call to the group has ended on another device.
     void endWithGroup(const FleetEvent &event, const QString &group);
+
+    /// Writes what has changed, and then does what must not happen before: carries out calls, sends answers and
+    /// events.
+    void commit();
 
 private Q_SLOTS:
     void on_client_availableChanged(bool available);
@@ -51,6 +55,10 @@ private:
     };
 
     void resume();
+    std::optional<StoredCall> find(const QString &id);
+    void commitSoon();
+    void giveUp(const StoreChanges &changes, const QString &reason);
+    void tellDropped();
     void start(const QString &id);
     void startWaiting();
     void startTimer();
@@ -69,7 +77,9 @@ private:
     HostCalls m_host;
     QMap<QString, Pending> m_pending; ///< by id
     int m_running = 0;
-    QTimer m_timer;     ///< until the next call starts or expires
-    QTimer m_tidyTimer; ///< each day
+    QTimer m_timer;         ///< until the next call starts or expires
+    QTimer m_tidyTimer;     ///< each day
+    StoreChanges m_changes; ///< to be written by the next commit()
+    bool m_isCommitDue = false;
     qint64 m_dropped = 0;
 };

@@ -36,6 +36,8 @@ Device::Device(const FleetConfiguration &configuration, const QString &bus, Flee
     tavoConnect(&m_connection, &MqttConnection::disconnected, this,
                 &Device::on_connection_disconnected);
     tavoConnect(&m_connection, &MqttConnection::received, this, &Device::on_connection_received);
+    // Before the broker gets the acknowledgements.
+    tavoConnect(&m_connection, &MqttConnection::handled, &m_calls, &Calls::commit);
     tavoConnect(&m_connection, &MqttConnection::refused, this, &Device::on_connection_refused);
     tavoConnect(&m_connection, &MqttConnection::subscriptionRefused, this,
                 &Device::on_connection_subscriptionRefused);
@@ -56,6 +58,7 @@ void Device::start()
 
 void Device::stop()
 {
+    m_calls.commit();
     m_connection.publish(onlineMessage(false));
     m_connection.stop();
 }

@@ -128,10 +128,15 @@ qint64 SqliteRows::number(int column) const
     return sqlite3_column_int64(m_statement, column);
 }
 
-QString SqliteRows::string(int column) const
+QByteArray SqliteRows::bytes(int column) const
 {
     const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(m_statement, column));
-    return QString::fromUtf8(text, sqlite3_column_bytes(m_statement, column));
+    return {text, sqlite3_column_bytes(m_statement, column)};
+}
+
+QString SqliteRows::string(int column) const
+{
+    return QString::fromUtf8(bytes(column));
 }
 
 void SqliteRows::bind(int index, qint64 value)
@@ -139,9 +144,8 @@ void SqliteRows::bind(int index, qint64 value)
     m_database.check(sqlite3_bind_int64(m_statement, index, value));
 }
 
-void SqliteRows::bind(int index, const QString &value)
+void SqliteRows::bind(int index, const QByteArray &text)
 {
-    const QByteArray bytes = value.toUtf8();
     m_database.check(
-        sqlite3_bind_text(m_statement, index, bytes.constData(), bytes.size(), SQLITE_TRANSIENT));
+        sqlite3_bind_text(m_statement, index, text.constData(), text.size(), SQLITE_TRANSIENT));
 }

@@ -90,12 +90,14 @@ public:
 
     qint64 number(int column) const;
     QString string(int column) const;
+    QByteArray bytes(int column) const; ///< of a text, in UTF-8
 
 private:
     void bind(int index, qint64 value);
     void bind(int index, int value) { bind(index, qint64(value)); }
     void bind(int index, bool value) { bind(index, qint64(value)); }
-    void bind(int index, const QString &value);
+    void bind(int index, const QString &value) { bind(index, value.toUtf8()); }
+    void bind(int index, const QByteArray &text); ///< in UTF-8
 
     const Sqlite &m_database;
     sqlite3_stmt *m_statement;

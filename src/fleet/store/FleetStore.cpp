@@ -35,9 +35,9 @@ StoredCall callOf(const SqliteRows &row)
     StoredCall call;
     int column = 0;
     call.id = row.string(column++);
-    call.call = row.string(column++).toUtf8();
+    call.call = row.bytes(column++);
     call.group = row.string(column++);
-    call.answer = row.string(column++).toUtf8();
+    call.answer = row.bytes(column++);
     call.path = row.string(column++);
     call.isOpen = row.number(column++) != 0;
     call.forgetAfter = row.number(column++);
@@ -168,12 +168,8 @@ void FleetStore::change(const Change &change)
 {
     m_statements->beginChange.run();
     try {
-        for (const qint64 number : m_removed) {
-            m_statements->remove.run(number);
-        }
         change();
         m_statements->commit.run();
-        m_removed.clear();
     } catch (const SqliteError &) {
         if (m_statements->database.isInTransaction()) {
             m_statements->rollback.run();
@@ -188,59 +184,56 @@ std::optional<StoredCall> FleetStore::find(const QString &id)
     return rows.next() ? std::optional(callOf(rows)) : std::nullopt;
 }
 
-void FleetStore::begin(const StoredCall &call)
+void FleetStore::write(StoreChanges &changes)
 {
     change([&] {
-        if (m_calls >= maxCalls) {
-            // Many at once, because it takes a search.
-            constexpr int forgottenAtOnce = maxCalls / 100;
-            m_statements->forgetFirst.run(m_lastCall - maxCalls + forgottenAtOnce);
-            m_calls -= m_statements->database.changedRows();
+        for (const StoredCall &call : changes.begun) {
+            insert(call);
         }
-        m_statements->begin.run(call.id, QString::fromUtf8(call.call), call.group, call.forgetAfter,
-                                m_lastCall + 1);
+        for (const StoredCall &call : changes.answered) {
+            m_statements->answer.run(call.answer, call.path, call.isOpen, call.id);
+        }
+        for (const QString &id : changes.ended) {
+            m_statements->end.run(id);
+        }
+        if (!changes.messages.empty()) { // The same page changes.
+            removeSent();
+        }
+        for (OutgoingMessage &message : changes.messages) {
+            insert(message);
+        }
     });
-    ++m_calls;
-    ++m_lastCall;
-}
-
-std::vector<OutgoingMessage> FleetStore::answer(const StoredCall &call,
-                                                std::vector<OutgoingMessage> messages)
-{
-    change([&] {
-        m_statements->answer.run(QString::fromUtf8(call.answer), call.path, call.isOpen, call.id);
-        insert(messages);
-    });
-    return messages;
-}
-
-std::vector<OutgoingMessage> FleetStore::end(const QString &id,
-                                             std::vector<OutgoingMessage> messages)
-{
-    change([&] {
-        m_statements->end.run(id);
-        insert(messages);
-    });
-    return messages;
-}
-
-OutgoingMessage FleetStore::add(OutgoingMessage message)
-{
-    std::vector<OutgoingMessage> messages{std::move(message)};
-    change([&] { insert(messages); });
-    return messages.front();
-}
-
-void FleetStore::insert(std::vector<OutgoingMessage> &messages)
-{
-    for (OutgoingMessage &message : messages) {
-        makeRoom(bytesOf(message));
-        message.number = ++m_lastOutgoing;
-        m_statements->insert.run(message.number, message.topic, QString::fromUtf8(message.payload),
-                                 message.expires);
-        ++m_count;
-        m_bytes += bytesOf(message);
+    if (!changes.messages.empty()) {
+        m_removed.clear();
     }
+}
+
+void FleetStore::removeSent()
+{
+    for (const qint64 number : m_removed) {
+        m_statements->remove.run(number);
+    }
+}
+
+void FleetStore::insert(const StoredCall &call)
+{
+    if (m_calls >= maxCalls) {
+        // Many at once, because it takes a search.
+        constexpr int forgottenAtOnce = maxCalls / 100;
+        m_statements->forgetFirst.run(m_lastCall - maxCalls + forgottenAtOnce);
+        m_calls -= m_statements->database.changedRows();
+    }
+    ++m_calls;
+    m_statements->begin.run(call.id, call.call, call.group, call.forgetAfter, ++m_lastCall);
+}
+
+void FleetStore::insert(OutgoingMessage &message)
+{
+    makeRoom(bytesOf(message));
+    message.number = ++m_lastOutgoing;
+    m_statements->insert.run(message.number, message.topic, message.payload, message.expires);
+    ++m_count;
+    m_bytes += bytesOf(message);
 }
 
 /// Removes what has expired, and then the oldest ones.
@@ -276,7 +269,8 @@ void FleetStore::remove(qint64 number)
 void FleetStore::flush()
 {
     if (!m_removed.empty()) {
-        change([] {});
+        change([this] { removeSent(); });
+        m_removed.clear();
     }
 }
 
@@ -286,8 +280,7 @@ std::vector<OutgoingMessage> FleetStore::outgoing(qint64 after, int count)
     std::vector<OutgoingMessage> messages;
     SqliteRows rows(m_statements->outgoing, after, count);
     while (rows.next()) {
-        messages.push_back(
-            {rows.number(0), rows.string(1), rows.string(2).toUtf8(), rows.number(3)});
+        messages.push_back({rows.number(0), rows.string(1), rows.bytes(2), rows.number(3)});
     }
     return messages;
 }

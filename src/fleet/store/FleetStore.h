@@ -31,6 +31,21 @@ struct StoredCall
     qint64 forgetAfter = 0; ///< in ms since the epoch
 };
 
+/// What is written at once.
+struct StoreChanges
+{
+    std::vector<StoredCall> begun; ///< remembered before they are carried out
+    std::vector<StoredCall>
+        answered;               ///< by their ids: answer, path and isOpen of calls that have begun
+    std::vector<QString> ended; ///< ids of calls whose end is not awaited any more
+    std::vector<OutgoingMessage> messages; ///< to be published
+
+    bool isEmpty() const
+    {
+        return begun.empty() && answered.empty() && ended.empty() && messages.empty();
+    }
+};
+
 /// Remembers calls and answers over restarts, so that each call is carried out once, and each answer arrives. A file
 /// in which one process at a time may write. What a function has changed is in the file when it returns, but
 /// for remove(). The end of the process does not undo it; a power cut may.
@@ -54,20 +69,10 @@ public:
 
     std::optional<StoredCall> find(const QString &id);
 
-    /// Remembers a call before it is carried out.
-    void begin(const StoredCall &call);
+    /// Writes all of this or nothing, and numbers the messages.
+    void write(StoreChanges &changes);
 
-    /// Writes answer, path and isOpen of a call that has begun, and what is to be published, at once. Returns the
-    /// messages with their numbers.
-    std::vector<OutgoingMessage> answer(const StoredCall &call,
-                                        std::vector<OutgoingMessage> messages);
-
-    /// The call has ended.
-    std::vector<OutgoingMessage> end(const QString &id, std::vector<OutgoingMessage> messages);
-
-    OutgoingMessage add(OutgoingMessage message);
-
-    /// Removes a message from the file with the next change, or by flush().
+    /// Removes a message from the file with the next one that is written, or by flush().
     void remove(qint64 number);
     void flush();
 
@@ -92,7 +97,9 @@ private:
     void readTotals();
     template <typename Change>
     void change(const Change &change);
-    void insert(std::vector<OutgoingMessage> &messages);
+    void removeSent();
+    void insert(const StoredCall &call);
+    void insert(OutgoingMessage &message);
     void makeRoom(qint64 bytes);
 
     std::unique_ptr<Statements> m_statements;

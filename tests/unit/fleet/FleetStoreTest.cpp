@@ -44,6 +44,17 @@ protected:
         return {0, "topic", payload, expires};
     }
 
+    StoreChanges write(StoreChanges changes)
+    {
+        store().write(changes);
+        return changes;
+    }
+
+    void add(const QByteArray &payload, qint64 expires)
+    {
+        write({{}, {}, {}, {message(payload, expires)}});
+    }
+
     const qint64 m_later = QDateTime::currentMSecsSinceEpoch() + 1000000;
     QTemporaryDir m_folder;
     const QString m_file = m_folder.filePath("new/fleet.db");
@@ -52,21 +63,21 @@ protected:
 
 TEST_F(FleetStoreTest, ACallIsRememberedInEachOfItsStates)
 {
-    store().begin(call("a"));
+    write({{call("a")}, {}, {}, {}});
     ASSERT_EQ(reopened().begun().size(), 1U);
     EXPECT_EQ(store().begun()[0].group, "all");
     StoredCall answered = call("a");
     answered.answer = "shown";
     answered.path = "/m/1";
     answered.isOpen = true;
-    const auto messages = store().answer(answered, {message("shown", m_later)});
+    const auto messages = write({{}, {answered}, {}, {message("shown", m_later)}}).messages;
     EXPECT_GT(messages[0].number, 0);
     EXPECT_TRUE(reopened().begun().empty());
     ASSERT_EQ(store().open().size(), 1U);
     EXPECT_EQ(store().open()[0].path, "/m/1");
     ASSERT_EQ(store().outgoing(0, 10).size(), 1U);
     store().remove(messages[0].number);
-    store().end("a", {message("ended", m_later)});
+    write({{}, {}, {"a"}, {message("ended", m_later)}});
     EXPECT_TRUE(reopened().open().empty());
     EXPECT_EQ(store().outgoing(0, 10).at(0).payload, "ended");
     ASSERT_TRUE(store().find("a"));
@@ -75,18 +86,27 @@ TEST_F(FleetStoreTest, ACallIsRememberedInEachOfItsStates)
     EXPECT_FALSE(store().find("a"));
 }
 
+TEST_F(FleetStoreTest, WhatIsWrittenTogetherIsWrittenWhollyOrNotAtAll)
+{
+    write({{call("a")}, {}, {}, {}});
+    StoreChanges changes{{call("b"), call("a")}, {}, {}, {message("shown", m_later)}};
+    EXPECT_THROW(store().write(changes), SqliteError);
+    EXPECT_FALSE(store().find("b"));
+    EXPECT_TRUE(reopened().outgoing(0, 1).empty());
+}
+
 TEST_F(FleetStoreTest, TheExpiredGoFirstWhenThereAreTooManyMessages)
 {
-    store().add(message("expired", 1));
-    const auto kept = store().add(message("kept", m_later));
+    add("expired", 1);
+    const auto kept = write({{}, {}, {}, {message("kept", m_later)}}).messages[0];
     for (int i = 2; i < FleetStore::maxOutgoing; ++i) {
-        store().add(message("more", m_later));
+        add("more", m_later);
     }
     EXPECT_EQ(store().dropped(), 0);
-    store().add(message("last", m_later));
+    add("last", m_later);
     EXPECT_EQ(store().dropped(), 1);
     EXPECT_EQ(store().outgoing(0, 1).at(0).number, kept.number);
-    store().add(message("one too many", m_later));
+    add("one too many", m_later);
     EXPECT_GT(store().dropped(), 1);
     EXPECT_GT(store().outgoing(0, 1).at(0).number, kept.number);
 }
@@ -95,7 +115,7 @@ TEST_F(FleetStoreTest, ManyBytesAreTooManyAsWell)
 {
     const QByteArray large(FleetStore::maxOutgoingBytes / 8, 'x');
     for (int i = 0; i < 20; ++i) {
-        store().add(message(large, m_later));
+        add(large, m_later);
     }
     EXPECT_LE(store().outgoing(0, 100).size(), 8U);
     EXPECT_GE(store().dropped(), 12);
@@ -103,7 +123,7 @@ TEST_F(FleetStoreTest, ManyBytesAreTooManyAsWell)
 
 TEST_F(FleetStoreTest, ADamagedFileIsPutAside)
 {
-    store().begin(call("a"));
+    write({{call("a")}, {}, {}, {}});
     m_store.reset();
     QFile file(m_file);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
