@@ -3,9 +3,9 @@
 
 // Round trips through a broker, by libmosquitto alone: tavo_round_trips PORT (echo | DEVICE) COUNT WINDOW
 //
-// Sends calls that show a message, WINDOW of them at a time, and waits for the answers: of the device, or of an
-// echo in this program. Prints the median of the times in microseconds, how many were answered in a second, and
-// how many answers were errors.
+// Sends calls that show a message until it is cancelled, WINDOW of them at a time, and waits for the answers: of the
+// device, or of an echo in this program. Prints the median of the times in microseconds, how many were answered in a
+// second, and how many answers were errors. Then cancels the messages.
 
 #include <algorithm>
 #include <chrono>
@@ -70,6 +70,40 @@ void echo(mosquitto *client, void * /*context*/, const mosquitto_message *messag
     mosquitto_publish(client, nullptr, "tavo/v1/echo/answer/bench", message->payloadlen,
                       message->payload, 1, false);
 }
+
+struct Peer
+{
+    mosquitto *client;
+    std::string topic; ///< of calls
+    Trips trips;
+
+    void send(const std::string &id, const std::string &fields)
+    {
+        const std::string call = R"({"id":")" + id + R"(","from":"bench",)" + fields + "}";
+        trips.sent.emplace(id, Clock::now());
+        mosquitto_publish(client, nullptr, topic.c_str(), int(call.size()), call.data(), 1, false);
+    }
+
+    void wait()
+    {
+        if (mosquitto_loop(client, 1000, 1) != MOSQ_ERR_SUCCESS) {
+            std::fprintf(stderr, "the connection was lost\n");
+            std::exit(1);
+        }
+    }
+};
+
+/// Sends the calls of the numbers below count, and waits for all answers.
+template <typename Send>
+void exchange(Peer &peer, std::size_t count, std::size_t window, const Send &send)
+{
+    for (std::size_t next = 0; next < count || !peer.trips.sent.empty();) {
+        while (next < count && peer.trips.sent.size() < window) {
+            send(next++);
+        }
+        peer.wait();
+    }
+}
 } // namespace
 
 int main(int argc, char **argv)
@@ -91,36 +125,31 @@ int main(int argc, char **argv)
         mosquitto_subscribe(echoing, nullptr, "tavo/v1/echo/call", 1);
         mosquitto_loop_start(echoing);
     }
-    Trips trips;
-    mosquitto *client = connectTo(port, &trips);
-    mosquitto_message_callback_set(client, takeAnswer);
-    mosquitto_subscribe(client, nullptr, (topic + "/answer/bench").c_str(), 1);
+    Peer peer{nullptr, topic + "/call", {}};
+    peer.client = connectTo(port, &peer.trips);
+    mosquitto_message_callback_set(peer.client, takeAnswer);
+    mosquitto_subscribe(peer.client, nullptr, (topic + "/answer/bench").c_str(), 1);
     for (int i = 0; i < 20; ++i) { // subscribes
-        mosquitto_loop(client, 10, 1);
+        mosquitto_loop(peer.client, 10, 1);
     }
-    const auto run = std::to_string(Clock::now().time_since_epoch().count());
+    const auto run = std::to_string(Clock::now().time_since_epoch().count()) + "-";
     const auto start = Clock::now();
-    std::size_t next = 0;
-    while (trips.times.size() < count) {
-        while (next < count && trips.sent.size() < window) {
-            const std::string id = run + "-" + std::to_string(next++);
-            const std::string call =
-                R"({"id":")" + id +
-                R"(","from":"bench","call":"show","title":"Water","timeout":1})";
-            trips.sent.emplace(id, Clock::now());
-            mosquitto_publish(client, nullptr, (topic + "/call").c_str(), int(call.size()),
-                              call.data(), 1, false);
-        }
-        if (mosquitto_loop(client, 1000, 1) != MOSQ_ERR_SUCCESS) {
-            std::fprintf(stderr, "the connection was lost\n");
-            return 1;
-        }
-    }
+    exchange(peer, count, window, [&](std::size_t i) {
+        peer.send(run + std::to_string(i), R"("call":"show","title":"Water","timeout":0)");
+    });
     const std::chrono::duration<double> all = Clock::now() - start;
-    std::sort(trips.times.begin(), trips.times.end());
-    std::printf("%s median %.0f us, %.0f a second, errors %d\n", device.c_str(),
-                trips.times[count / 2], double(count) / all.count(), trips.errors);
-    if (echoing != nullptr) {
+    auto &times = peer.trips.times;
+    std::sort(times.begin(), times.end());
+    std::printf("%s median %.0f us, %.0f a second, errors %d\n", device.c_str(), times[count / 2],
+                double(count) / all.count(), peer.trips.errors);
+    std::fflush(stdout);
+    if (echoing == nullptr) {
+        constexpr std::size_t cancelWindow = 50;
+        exchange(peer, count, cancelWindow, [&](std::size_t i) {
+            const auto number = std::to_string(i);
+            peer.send("c" + run + number, R"("call":"cancel","target":")" + run + number + "\"");
+        });
+    } else {
         mosquitto_disconnect(echoing);
         mosquitto_loop_stop(echoing, false);
     }
