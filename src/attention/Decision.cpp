@@ -3,11 +3,28 @@
 
 #include "attention/Decision.h"
 
-Decision Decision::of(AttentionInput input, const Rules &rules, const DoNotDisturb &doNotDisturb)
+#include <utility>
+
+Decision Decision::of(const AttentionInput &input, const Rules &rules,
+                      const DoNotDisturb &doNotDisturb)
+{
+    return by(rules.matching(input), input, rules, doNotDisturb);
+}
+
+std::optional<Decision> Decision::atOnce(const AttentionInput &input, const Rules &rules,
+                                         const DoNotDisturb &doNotDisturb)
+{
+    auto matching = rules.matchingAtOnce(input);
+    return matching ? std::optional(by(std::move(*matching), input, rules, doNotDisturb))
+                    : std::nullopt;
+}
+
+Decision Decision::by(std::vector<std::size_t> matching, AttentionInput input, const Rules &rules,
+                      const DoNotDisturb &doNotDisturb)
 {
     Decision decision;
-    decision.treatment =
-        rules.apply(input, [&decision](std::size_t index) { decision.rules.push_back(index); });
+    decision.treatment = rules.treatment(matching);
+    decision.rules = std::move(matching);
     const Treatment &treatment = decision.treatment;
     // From here on, the priority that the rules give it counts.
     input.priority = treatment.priority.value_or(input.priority);

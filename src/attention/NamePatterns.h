@@ -28,6 +28,7 @@ public:
     }
 
     bool isEmpty() const { return m_patterns.isEmpty(); }
+    const QStringList &patterns() const { return m_patterns; }
 
     bool match(const QString &name) const
     {

@@ -41,10 +41,9 @@ bool hasWords(const QString &text, const QStringList &words)
                        [&text](const QString &word) { return hasWord(text, word); });
 }
 
-std::optional<QRegularExpression> readPattern(TavoConfiguration &configuration)
+std::optional<QRegularExpression> readPattern(TavoConfiguration &configuration, const QString &key,
+                                              const QString &text)
 {
-    const QString key = QStringLiteral("pattern");
-    const QString text = configuration.string(key, QString());
     if (text.isEmpty()) {
         return std::nullopt;
     }
@@ -52,9 +51,7 @@ std::optional<QRegularExpression> readPattern(TavoConfiguration &configuration)
         configuration.fail(key,
                            QStringLiteral("must have at most %1 characters").arg(maxPatternLength));
     }
-    QRegularExpression pattern(patternLimit + text,
-                               QRegularExpression::CaseInsensitiveOption |
-                                   QRegularExpression::UseUnicodePropertiesOption);
+    QRegularExpression pattern = Rule::expression(patternLimit, text);
     if (!pattern.isValid()) {
         configuration.fail(key, QStringLiteral("%1 at character %2")
                                     .arg(pattern.errorString())
@@ -99,7 +96,9 @@ void Rule::readConditions(TavoConfiguration configuration, const QTimeZone &zone
     m_maxPriority = readPriority(configuration, QStringLiteral("maxPriority"));
     m_words = configuration.stringList(QStringLiteral("words"), {});
     m_words.removeAll(QString());
-    m_pattern = readPattern(configuration);
+    const QString patternKey = QStringLiteral("pattern");
+    m_patternText = configuration.string(patternKey, QString());
+    m_pattern = readPattern(configuration, patternKey, m_patternText);
     m_times = WeeklyTimes::read(configuration, QStringLiteral("times"), zone);
     configuration.finish();
 }
@@ -123,11 +122,22 @@ void Rule::readTreatment(TavoConfiguration configuration)
     configuration.finish();
 }
 
+QRegularExpression Rule::expression(const QString &limit, const QString &pattern)
+{
+    return QRegularExpression(limit + pattern, QRegularExpression::CaseInsensitiveOption |
+                                                   QRegularExpression::UseUnicodePropertiesOption);
+}
+
 QString Rule::examinedText(const AttentionInput &input)
 {
-    return (input.title.left(maxExaminedLength) + QLatin1Char('\n') +
-            input.text.left(maxExaminedLength))
-        .left(maxExaminedLength);
+    QString text;
+    text.reserve(std::min(input.title.size() + 1 + input.text.size(), maxExaminedLength));
+    text.append(input.title.leftRef(maxExaminedLength));
+    if (text.size() < maxExaminedLength) {
+        text.append(QLatin1Char('\n'));
+        text.append(input.text.leftRef(maxExaminedLength - text.size()));
+    }
+    return text;
 }
 
 std::optional<Rule::Condition> Rule::unmetCondition(const AttentionInput &input,

@@ -23,6 +23,15 @@ public:
     const QString &name() const { return m_name; }
     const Treatment &treatment() const { return m_treatment; }
 
+    const NamePatterns &sources() const { return m_sources; }
+    const NamePatterns &categories() const { return m_categories; }
+    const QStringList &words() const { return m_words; }
+    bool hasPattern() const { return m_pattern.has_value(); }
+    const QString &pattern() const { return m_patternText; }
+
+    /// A pattern as rules search for it, within the limit.
+    static QRegularExpression expression(const QString &limit, const QString &pattern);
+
     /// What words and patterns are looked for in.
     static QString examinedText(const AttentionInput &input);
 
@@ -53,6 +62,7 @@ private:
     std::optional<TavoNotificationItemPriority::Enum> m_minPriority;
     std::optional<TavoNotificationItemPriority::Enum> m_maxPriority;
     QStringList m_words;
+    QString m_patternText;
     std::optional<QRegularExpression> m_pattern;
     WeeklyTimes m_times;
     Treatment m_treatment;

@@ -3,6 +3,8 @@
 
 #include "attention/Rules.h"
 
+#include <algorithm>
+
 namespace {
 constexpr std::size_t maxRules = 1000;
 } // namespace
@@ -23,23 +25,57 @@ Rules Rules::read(TavoConfiguration &configuration, const QTimeZone &zone)
     if (rules.m_rules.size() > maxRules) {
         configuration.fail(rulesKey, QStringLiteral("must have at most %1 rules").arg(maxRules));
     }
+    for (const Rule &rule : rules.m_rules) {
+        rules.m_index.add(rule);
+    }
+    rules.m_index.finish();
     return rules;
 }
 
-Treatment Rules::apply(const AttentionInput &input,
-                       const std::function<void(std::size_t)> &applied) const
+std::vector<std::size_t> Rules::matching(const AttentionInput &input) const
+{
+    const QString text = textFor(input);
+    return matching(input, text, m_index.candidates(input, text));
+}
+
+std::optional<std::vector<std::size_t>> Rules::matchingAtOnce(const AttentionInput &input) const
+{
+    const QString text = textFor(input);
+    if (m_index.isLong(text)) {
+        return std::nullopt;
+    }
+    const RuleIndex::Indexes candidates = m_index.candidates(input, text);
+    const bool hasPattern =
+        std::any_of(candidates.begin(), candidates.end(),
+                    [this](std::size_t index) { return m_rules[index].hasPattern(); });
+    return hasPattern ? std::nullopt : std::optional(matching(input, text, candidates));
+}
+
+QString Rules::textFor(const AttentionInput &input) const
+{
+    return m_index.looksAtText() ? Rule::examinedText(input) : QString();
+}
+
+std::vector<std::size_t> Rules::matching(const AttentionInput &input, const QString &text,
+                                         const RuleIndex::Indexes &candidates) const
+{
+    std::vector<std::size_t> matching;
+    for (const std::size_t index : candidates) {
+        if (m_rules[index].matches(input, text)) {
+            matching.push_back(index);
+            if (m_isOnlyFirst) {
+                break;
+            }
+        }
+    }
+    return matching;
+}
+
+Treatment Rules::treatment(const std::vector<std::size_t> &matching) const
 {
     Treatment treatment;
-    const QString examined = Rule::examinedText(input);
-    for (std::size_t index = 0; index < m_rules.size(); ++index) {
-        if (!m_rules[index].matches(input, examined)) {
-            continue;
-        }
+    for (const std::size_t index : matching) {
         treatment.add(m_rules[index].treatment());
-        applied(index);
-        if (m_isOnlyFirst) {
-            break;
-        }
     }
     return treatment;
 }

@@ -4,8 +4,9 @@
 #pragma once
 
 #include "attention/Rule.h"
+#include "attention/RuleIndex.h"
 
-#include <functional>
+#include <optional>
 #include <vector>
 
 /// Rules in their order. If several match, a later one goes before an earlier one in what both set;
@@ -21,11 +22,21 @@ public:
     const std::vector<Rule> &list() const { return m_rules; }
     bool isOnlyFirst() const { return m_isOnlyFirst; }
 
-    /// Calls the function with the index of each rule that counts.
-    Treatment apply(const AttentionInput &input,
-                    const std::function<void(std::size_t)> &applied) const;
+    /// The indexes of the rules that count.
+    std::vector<std::size_t> matching(const AttentionInput &input) const;
+
+    /// The same; nothing if that might take long, because a pattern may match.
+    std::optional<std::vector<std::size_t>> matchingAtOnce(const AttentionInput &input) const;
+
+    /// What these rules want.
+    Treatment treatment(const std::vector<std::size_t> &matching) const;
 
 private:
+    QString textFor(const AttentionInput &input) const;
+    std::vector<std::size_t> matching(const AttentionInput &input, const QString &text,
+                                      const RuleIndex::Indexes &candidates) const;
+
     std::vector<Rule> m_rules;
+    RuleIndex m_index;
     bool m_isOnlyFirst = false;
 };

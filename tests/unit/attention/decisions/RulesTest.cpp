@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <random>
+#include <string>
 
 namespace {
 using testing::ElementsAre;
@@ -107,11 +109,9 @@ TEST(RulesTest, LetsALaterRuleGoBeforeAnEarlierOne)
         {"name": "all", "then": {"priority": "Low", "mute": true}},
         {"name": "door", "when": {"source": ["door"]}, "then": {"priority": "Urgent"}},
         {"name": "mail", "when": {"source": ["mail"]}, "then": {"drop": true}}])");
-    std::vector<std::size_t> applied;
-    const Treatment treatment = rules.apply(
-        notificationOf("door"), [&applied](std::size_t index) { applied.push_back(index); });
-    EXPECT_THAT(applied, ElementsAre(0, 1));
-    EXPECT_EQ(treatment.toString(), "priority Urgent, mute yes");
+    const auto matching = rules.matching(notificationOf("door"));
+    EXPECT_THAT(matching, ElementsAre(0, 1));
+    EXPECT_EQ(rules.treatment(matching).toString(), "priority Urgent, mute yes");
 }
 
 TEST(RulesTest, StopsAtTheFirstMatchIfToldSo)
@@ -120,9 +120,79 @@ TEST(RulesTest, StopsAtTheFirstMatchIfToldSo)
         {"name": "door", "when": {"source": ["door"]}, "then": {"priority": "Urgent"}},
         {"name": "all", "then": {"mute": true}}])",
                                 "first");
-    EXPECT_EQ(rules.apply(notificationOf("door"), [](std::size_t) {}).toString(),
-              "priority Urgent");
-    EXPECT_EQ(rules.apply(notificationOf("mail"), [](std::size_t) {}).toString(), "mute yes");
+    EXPECT_THAT(rules.matching(notificationOf("door")), ElementsAre(0));
+    EXPECT_THAT(rules.matching(notificationOf("mail")), ElementsAre(1));
+}
+
+TEST(RulesTest, FindsTheRulesThatALookAtEachFinds)
+{
+    const std::vector<std::string> names{"mail",     "Mail*", "ma*",  "*",          "\u00C4rzte",
+                                         "\u00E4R*", "",      "im.x", "\U00010400*"};
+    const std::vector<std::string> words{"door",    "Parcel 5", "\u00C4pfel", "c++",
+                                         "+1",      "\u03B9b",  "\u0345b",    "a\u0345",
+                                         "STRASSE", "\u00DF",   "door bell",  "\U00010400x"};
+    const std::vector<std::string> patterns{
+        "^door",    "5$",  "(a)\\\\1", "p(?:a|b)r", "(?m)^bell$", "(?i)x",       "(?<n>l)\\\\k<n>",
+        "\\\\bpar", "[(]", "\\\\Qa(",  "a|door|^$", "(*COMMIT)d", "[[:alpha:]]5"};
+    std::vector<std::string> texts = names;
+    texts.insert(texts.end(), words.begin(), words.end());
+    texts.insert(texts.end(),
+                 {"aa", "all", "outdoor", "Door\nbell", "\u00E4pfel", "a(", "straSSe, c++!",
+                  "\u0399B", " \u0345b", "\U00010428x", "parcel 55 parcel 5"});
+    std::mt19937 random; // the same numbers each time
+    const auto oneOf = [&random](const std::vector<std::string> &list) {
+        return list[std::uniform_int_distribution<std::size_t>(0, list.size() - 1)(random)];
+    };
+    const auto isNow = [&random] { return random() % 3 == 0; };
+    std::size_t found = 0;
+    for (int run = 0; run < 200; ++run) {
+        std::string list;
+        for (int i = 0; i < 10; ++i) {
+            std::string when;
+            const auto add = [&when](const std::string &key, const std::string &value) {
+                when += (when.empty() ? "\"" : ", \"") + key + "\": " + value;
+            };
+            if (isNow()) {
+                add("source", "[\"" + oneOf(names) + "\", \"" + oneOf(names) + "\"]");
+            }
+            if (isNow()) {
+                add("category", "[\"" + oneOf(names) + "\"]");
+            }
+            if (isNow()) {
+                add("words", "[\"" + oneOf(words) + "\", \"" + oneOf(words) + "\"]");
+            }
+            if (isNow()) {
+                add("pattern", '"' + oneOf(patterns) + '"');
+            }
+            list += (i == 0 ? "" : ", ") + ("{\"name\": \"rule\", \"when\": {" + when + "}}");
+        }
+        const Rules rules = rulesOf(("[" + list + "]").c_str());
+        for (int i = 0; i < 20; ++i) {
+            AttentionInput input = notificationOf(oneOf(texts).c_str(), oneOf(texts).c_str(),
+                                                  (oneOf(texts) + ' ' + oneOf(texts)).c_str());
+            input.category = QString::fromStdString(oneOf(texts));
+            std::vector<std::size_t> expected;
+            for (std::size_t index = 0; index < rules.list().size(); ++index) {
+                if (rules.list()[index].matches(input)) {
+                    expected.push_back(index);
+                }
+            }
+            found += expected.size();
+            ASSERT_EQ(rules.matching(input), expected)
+                << list << " for " << input.title.toStdString();
+            const auto atOnce = rules.matchingAtOnce(input);
+            ASSERT_EQ(atOnce.value_or(expected), expected) << list;
+        }
+    }
+    EXPECT_GT(found, 1000U);
+}
+
+TEST(RulesTest, LeavesPatternsThatMayMatchForLater)
+{
+    const Rules rules = rulesOf(R"([{"name": "door", "when": {"pattern": "^door"}}])");
+    EXPECT_TRUE(rules.matchingAtOnce(notificationOf("x", "bell")));
+    EXPECT_FALSE(rules.matchingAtOnce(notificationOf("x", "door")));
+    EXPECT_FALSE(rules.matchingAtOnce(notificationOf("x", std::string(2000, 'a').c_str())));
 }
 
 TEST(RulesTest, ReadsAllThatARuleCanSet)
