@@ -12,7 +12,7 @@
 #include <vector>
 
 namespace {
-constexpr int maxRemoved = 100;      // in one transaction, so that each is short
+constexpr int maxRemoved = 100;      // more than it adds, in one transaction, so that each is short
 constexpr qint64 maxFreePages = 256; // before the file is made shorter
 constexpr int blocksInFile = 8;   // at least, so that the file is never much larger than it may be
 constexpr int maxLeftOpen = 1000; // nobody can see more of them
@@ -116,6 +116,7 @@ void HistoryFile::write(const HistoryEntry &entry)
                              entry.category, entry.group, entry.priority, entry.title, entry.text,
                              int(entry.state), entry.action, entry.endTime, flags, bytes);
     m_index->add(number, entry, bytes);
+    ++m_added;
     m_totals.last = number;
     ++m_totals.entries;
     m_totals.bytes += bytes;
@@ -165,6 +166,7 @@ void HistoryFile::commit()
     m_index->prepareCommit();
     m_statements->writeTotals.run(m_totals.last, m_totals.entries, m_totals.bytes, m_totals.missed);
     m_statements->commit.run();
+    m_added = 0;
 }
 
 void HistoryFile::rollback()
@@ -175,6 +177,7 @@ void HistoryFile::rollback()
     }
     m_index->rolledBack();
     m_oldestDated = 0;
+    m_added = 0;
     readTotals();
 }
 
@@ -200,7 +203,7 @@ void HistoryFile::removeOldest()
     const qint64 tooOld = lastTooOld(now, oldest);
     qint64 last = 0;
     {
-        SqliteRows rows(m_statements->oldest, maxRemoved);
+        SqliteRows rows(m_statements->oldest, maxRemoved + m_added);
         while (rows.next() &&
                (isOverLimit() || rows.number(0) <= tooOld || rows.number(1) < oldest)) {
             HistoryEntry entry;

@@ -79,6 +79,7 @@ private:
     std::unique_ptr<Statements> m_statements;
     std::optional<HistoryIndex> m_index;
     Totals m_totals;
+    int m_added = 0;          ///< entries since the last commit()
     qint64 m_oldestDated = 0; ///< entries with lower numbers have times to come
     qint64 m_shift = 0;
 };

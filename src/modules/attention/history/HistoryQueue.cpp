@@ -6,7 +6,10 @@
 namespace {
 // A power cut loses at most the last 250 ms; the rest of that is for the writing.
 constexpr std::chrono::milliseconds maxDelay(200);
-constexpr std::size_t stepsPerWrite = 20;
+
+// So that no write takes long. Larger writes are better: an entry in one of twenty takes twice the time of one
+// in a thousand, and several times the bytes on the disk.
+constexpr std::size_t stepsPerWrite = 1000;
 
 constexpr std::size_t maxWaitingBytes = 4 << 20;
 
@@ -32,7 +35,7 @@ void HistoryQueue::append(HistoryStep step)
     push(std::move(step), std::unique_lock<std::mutex>(m_mutex));
 }
 
-void HistoryQueue::push(HistoryStep step, std::unique_lock<std::mutex> lock)
+void HistoryQueue::push(HistoryStep &&step, std::unique_lock<std::mutex> lock)
 {
     if (m_work.steps.empty()) {
         m_due = Clock::now() + maxDelay;

@@ -49,7 +49,7 @@ public:
     Work wait(std::optional<Clock::time_point> time);
 
 private:
-    void push(HistoryStep step, std::unique_lock<std::mutex> lock);
+    void push(HistoryStep &&step, std::unique_lock<std::mutex> lock);
 
     std::mutex m_mutex;
     std::condition_variable m_changed;
