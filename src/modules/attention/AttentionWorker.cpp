@@ -38,45 +38,40 @@ constexpr int maxNameLength = 256;
 /// Of the titles that decisions depend on.
 constexpr int maxTitleLength = 1000;
 
-TavoAttentionItem itemOf(const CMSetDataRequest &request)
+Item itemOf(const CMSetDataRequest &request)
 {
-    TavoAttentionItem item = TavoValue(request.value().toHash()).attentionItem();
-    if (item.source().isEmpty()) {
-        item.setSource(item.application());
+    Item item = TavoValue(request.value().toHash()).attentionItem();
+    if (item.source.isEmpty()) {
+        item.source = item.application;
     }
-    using Setter = TavoAttentionItem &(TavoAttentionItem::*)(const QString &);
-    const auto limit = [&item](const QString &name, Setter setter) {
-        if (name.size() > maxNameLength) {
-            (item.*setter)(name.left(maxNameLength));
+    for (QString *name : {&item.source, &item.application, &item.category, &item.group}) {
+        if (name->size() > maxNameLength) {
+            name->truncate(maxNameLength);
         }
-    };
-    limit(item.source(), &TavoAttentionItem::setSource);
-    limit(item.application(), &TavoAttentionItem::setApplication);
-    limit(item.category(), &TavoAttentionItem::setCategory);
-    limit(item.group(), &TavoAttentionItem::setGroup);
+    }
     return item;
 }
 
 /// The program's name for people.
-QString programOf(const TavoAttentionItem &item)
+QString programOf(const Item &item)
 {
-    return item.application().isEmpty() ? item.source() : item.application();
+    return item.application.isEmpty() ? item.source : item.application;
 }
 
-bool isEmpty(const TavoAttentionItem &item)
+bool isEmpty(const Item &item)
 {
-    return item.title().isEmpty() && item.text().isEmpty() && item.path().isEmpty() &&
-           item.sound().isEmpty() && !item.soundFollows() && item.speech().isEmpty();
+    return item.title.isEmpty() && item.text.isEmpty() && item.path.isEmpty() &&
+           item.sound.isEmpty() && !item.soundFollows && item.speech.isEmpty();
 }
 
-AttentionInput inputOf(const TavoAttentionItem &item)
+AttentionInput inputOf(const Item &item)
 {
     AttentionInput input;
-    input.source = item.source();
-    input.category = item.category();
-    input.title = item.title().toString().left(maxTitleLength);
-    input.text = item.text().toString();
-    input.priority = item.priority();
+    input.source = item.source;
+    input.category = item.category;
+    input.title = item.title.toString().left(maxTitleLength);
+    input.text = item.text.toString();
+    input.priority = item.priority;
     input.time = AlarmClock::now();
     return input;
 }
@@ -106,12 +101,13 @@ AttentionWorker::AttentionWorker(const QVariantHash &config)
 AttentionWorker::AttentionWorker(const QVariantHash &config,
                                  const AttentionConfiguration &configuration)
     : CMNodesWorker(config, QStringLiteral("Attention"))
+    , m_entrance(std::make_shared<Entrance>(this))
     , m_rulesNode(new RulesNode(nodes(), configuration.settingsFiles.first()))
-    , m_quietTimes(nodes(), configuration.quietFile)
+    , m_quietTimes(nodes(), *m_entrance, configuration.quietFile)
     , m_history(configuration.history)
     , m_historyNodes(nodes(), m_history, configuration.history.file)
     , m_speech(configuration.speech)
-    , m_items(nodes(), m_history, m_speech)
+    , m_items(nodes(), *m_entrance, m_history, m_speech)
 {
     m_clock.start();
     watchSettings(configuration.settingsFiles);
@@ -119,17 +115,20 @@ AttentionWorker::AttentionWorker(const QVariantHash &config,
     m_quietTimes.start();
     tavoConnect(&m_floods, &Floods::over, this, &AttentionWorker::on_floods_over);
     tavoConnect(&m_history, &History::leftOpen, this, &AttentionWorker::on_history_leftOpen);
-    bind(TavoAttentionNotifyPath(), &AttentionWorker::on_notify_activated);
+    const auto bind = [this](const CMPath &path, auto slot, const Entrance::AtOnce &atOnce = {}) {
+        m_entrance->bind(nodes(), path, this, slot, atOnce);
+    };
+    bind(TavoAttentionNotifyPath(), &AttentionWorker::on_notify_activated,
+         [this](const CMSetDataRequest &request) { return notifyAtOnce(request); });
     bind(TavoAttentionReplacePath(), &AttentionWorker::on_replace_activated);
     bind(TavoAttentionClosePath(), &AttentionWorker::on_close_activated);
     bind(TavoAttentionSoundPath(), &AttentionWorker::on_sound_activated);
     bind(TavoAttentionTryPath(), &AttentionWorker::on_try_activated);
 }
 
-void AttentionWorker::bind(const CMPath &path,
-                           void (AttentionWorker::*slot)(const CMSetDataRequest &))
+AttentionWorker::~AttentionWorker()
 {
-    CMActivateNode::create(nodes(), path)->setInvoke(this, slot, Qt::QueuedConnection);
+    m_entrance->close();
 }
 
 void AttentionWorker::watchSettings(const QStringList &files)
@@ -175,8 +174,9 @@ void AttentionWorker::on_settingsFile_vanished(const WatchedFile &file)
 /// People write the file, also while the device runs: a mistake must not keep notifications from them.
 void AttentionWorker::readSettings(const WatchedFile &file)
 {
+    AttentionSettings settings;
     try {
-        m_settings = AttentionSettings::fromJson(file.content(), file.name());
+        settings = AttentionSettings::fromJson(file.content(), file.name());
     } catch (const std::runtime_error &error) {
         LOG4CPLUS_ERROR(logger, error.what()
                                     << (m_hasSettings ? "; the previous settings stay"
@@ -185,6 +185,8 @@ void AttentionWorker::readSettings(const WatchedFile &file)
         m_rulesNode->setError(file.name(), QString::fromUtf8(error.what()));
         return;
     }
+    const Entrance::Hold held = m_entrance->hold();
+    m_settings = settings;
     m_hasSettings = true;
     QStringList names;
     for (const Rule &rule : m_settings.rules.list()) {
@@ -199,29 +201,34 @@ void AttentionWorker::readSettings(const WatchedFile &file)
     LOG4CPLUS_INFO(logger, "Read " << file.name() << ", rules: " << names.size());
 }
 
-Decision AttentionWorker::decide(const TavoAttentionItem &item)
+Decision AttentionWorker::decide(const Item &item)
 {
     const AttentionInput input = inputOf(item);
-    Decision decision = Decision::of(input, m_settings.rules, m_quietTimes.doNotDisturb());
-    m_rulesNode->count(decision.rules);
-    m_quietTimes.doNotDisturb().remember(input);
+    const Decision decision = Decision::of(input, m_settings.rules, m_quietTimes.doNotDisturb());
+    remember(input, decision);
     return decision;
 }
 
-bool AttentionWorker::isOverRate(SourceRates &rates, const TavoAttentionItem &item,
+void AttentionWorker::remember(const AttentionInput &input, const Decision &decision)
+{
+    m_rulesNode->count(decision.rules);
+    m_quietTimes.doNotDisturb().remember(input);
+}
+
+bool AttentionWorker::isOverRate(SourceRates &rates, const Item &item,
                                  const Decision &decision) const
 {
     const bool isUrgent = decision.priority >= TavoNotificationItemPriority::Urgent;
-    return !isUrgent && !rates.take(item.source(), m_clock.elapsed());
+    return !isUrgent && !rates.take(item.source, m_clock.elapsed());
 }
 
-void AttentionWorker::limitRate(const TavoAttentionItem &item, Decision &decision)
+void AttentionWorker::limitRate(const Item &item, Decision &decision)
 {
     if (!isOverRate(m_rates, item, decision)) {
         return;
     }
     const bool wasKept = decision.isKept();
-    const int count = m_floods.count(item.source(), programOf(item), !wasKept);
+    const int count = m_floods.count(item.source, programOf(item), !wasKept);
     decision.isRemembered = count <= maxRememberedOfFlood;
     if (!wasKept) {
         decision.silence(tooMany);
@@ -230,42 +237,70 @@ void AttentionWorker::limitRate(const TavoAttentionItem &item, Decision &decisio
 
 void AttentionWorker::on_notify_activated(const CMSetDataRequest &request)
 {
-    TavoAttentionItem item = itemOf(request);
-    if (isEmpty(item)) {
-        request.reply().setError(error(TAVO_TR("There is nothing to show or to play")));
+    Item item = itemOf(request);
+    if (const TrString reason = refusal(item); !reason.isEmpty()) {
+        request.reply().setError(error(reason));
         return;
     }
-    if (item.id().isEmpty()) {
-        item.setId(tavoGenerateUuid());
-    } else if (m_items.isOpen(item.id())) {
-        request.reply().setError(error(TAVO_TR("A notification with this id is open")));
-        return;
-    }
-    if (m_items.count() >= maxOpen || m_items.count(item.source()) >= maxOpenOfSource) {
-        request.reply().setError(error(TAVO_TR("There are too many notifications")));
-        return;
+    if (item.id.isEmpty()) {
+        item.id = tavoGenerateUuid();
     }
     Decision decision = decide(item);
     limitRate(item, decision);
     if (decision.isQuiet) {
         m_quietTimes.countMissed(programOf(item), 1);
     }
-    TavoAttentionOutcome outcome = m_items.open(item, decision);
-    outcome.setRules(namesOf(m_settings.rules, decision.rules));
-    request.reply().setValue(TavoValue().setAttentionOutcome(outcome).__variant());
+    request.reply().setValue(outcomeOf(m_items.open(item, decision), decision).__variant());
+}
+
+bool AttentionWorker::notifyAtOnce(const CMSetDataRequest &request)
+{
+    const Item item = itemOf(request);
+    if (item.id.isEmpty() || !refusal(item).isEmpty()) {
+        return false;
+    }
+    const AttentionInput input = inputOf(item);
+    const auto decision = Decision::atOnce(input, m_settings.rules, m_quietTimes.doNotDisturb());
+    if (!decision || decision->isQuiet || !m_items.opensAtOnce(item, *decision) ||
+        isOverRate(m_rates, item, *decision)) {
+        return false;
+    }
+    remember(input, *decision);
+    request.reply().setValue(outcomeOf(m_items.open(item, *decision), *decision).__variant());
+    return true;
+}
+
+TrString AttentionWorker::refusal(const Item &item) const
+{
+    if (isEmpty(item)) {
+        return TAVO_TR("There is nothing to show or to play");
+    }
+    if (m_items.isOpen(item.id)) {
+        return TAVO_TR("A notification with this id is open");
+    }
+    if (m_items.count() >= maxOpen || m_items.count(item.source) >= maxOpenOfSource) {
+        return TAVO_TR("There are too many notifications");
+    }
+    return {};
+}
+
+TavoValue AttentionWorker::outcomeOf(TavoAttentionOutcome outcome, const Decision &decision) const
+{
+    if (!decision.rules.empty()) {
+        outcome.setRules(namesOf(m_settings.rules, decision.rules));
+    }
+    return TavoValue().setAttentionOutcome(outcome);
 }
 
 void AttentionWorker::on_replace_activated(const CMSetDataRequest &request)
 {
-    const TavoAttentionItem item = itemOf(request);
-    if (!m_items.isOpen(item.id())) {
+    const Item item = itemOf(request);
+    if (!m_items.isOpen(item.id)) {
         request.reply().setError(error(TAVO_TR("There is no such notification")));
         return;
     }
     const Decision decision = decide(item);
-    TavoAttentionOutcome outcome = m_items.replace(item, decision);
-    outcome.setRules(namesOf(m_settings.rules, decision.rules));
-    request.reply().setValue(TavoValue().setAttentionOutcome(outcome).__variant());
+    request.reply().setValue(outcomeOf(m_items.replace(item, decision), decision).__variant());
 }
 
 void AttentionWorker::on_close_activated(const CMSetDataRequest &request)
@@ -298,7 +333,7 @@ void AttentionWorker::on_sound_activated(const CMSetDataRequest &request)
 
 void AttentionWorker::on_try_activated(const CMSetDataRequest &request)
 {
-    const TavoAttentionItem item = itemOf(request);
+    const Item item = itemOf(request);
     const AttentionInput input = inputOf(item);
     Decision decision = Decision::of(input, m_settings.rules, m_quietTimes.doNotDisturb());
     SourceRates rates = m_rates; // a trial counts nothing
@@ -320,27 +355,27 @@ void AttentionWorker::on_try_activated(const CMSetDataRequest &request)
         verdicts.append(
             TavoAttentionVerdict().setRule(rule.name()).setApplies(applies).setReason(reason));
     }
-    bool isSpoken = decision.isSpoken || (decision.isHeard && !item.speech().isEmpty());
+    bool isSpoken = decision.isSpoken || (decision.isHeard && !item.speech.isEmpty());
     if (isSpoken && !m_speech.isPossible()) {
         isSpoken = false;
         decision.reason += decision.reason.isEmpty() ? QString() : QStringLiteral("; ");
         decision.reason += QStringLiteral("no program for speech is configured");
     }
-    request.reply().setValue(
-        TavoValue()
-            .setAttentionTrial(TavoAttentionTrial()
-                                   .setVerdicts(verdicts)
-                                   .setShown(decision.isShown)
-                                   .setSounding(decision.isHeard)
-                                   .setSpoken(isSpoken)
-                                   .setPriority(decision.priority)
-                                   .setTimeout(decision.timeout(item.timeout()))
-                                   .setReason(decision.reason))
-            .__variant());
+    request.reply().setValue(TavoValue()
+                                 .setAttentionTrial(TavoAttentionTrial()
+                                                        .setVerdicts(verdicts)
+                                                        .setShown(decision.isShown)
+                                                        .setSounding(decision.isHeard)
+                                                        .setSpoken(isSpoken)
+                                                        .setPriority(decision.priority)
+                                                        .setTimeout(decision.timeout(item.timeout))
+                                                        .setReason(decision.reason))
+                                 .__variant());
 }
 
 void AttentionWorker::on_floods_over(QString source, QString application, int count)
 {
+    const Entrance::Hold held = m_entrance->hold();
     if (m_quietTimes.isOn()) {
         m_quietTimes.countMissed(application, count);
         return;
@@ -413,6 +448,7 @@ void AttentionWorker::on_quietTimes_ended(const QMap<QString, int> &missed)
 
 void AttentionWorker::on_history_leftOpen(const QVector<HistoryEntry> &entries)
 {
+    const Entrance::Hold held = m_entrance->hold();
     for (const HistoryEntry &entry : entries) {
         m_items.openAgain(entry);
     }

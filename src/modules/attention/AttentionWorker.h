@@ -4,6 +4,7 @@
 #pragma once
 
 #include "AttentionConfiguration.h"
+#include "Entrance.h"
 #include "Floods.h"
 #include "HistoryNodes.h"
 #include "OpenItems.h"
@@ -21,7 +22,8 @@
 #include <vector>
 
 /// Decides what becomes of notifications, opens their messages and sounds, and remembers them. Every
-/// request gets a reply at once.
+/// request gets a reply at once. A usual one to notify people is handled in the thread of its sender, and
+/// wakes this one up no earlier than with its end.
 ///
 /// Lives in the thread that made it. Owned by the host.
 class AttentionWorker : public CMNodesWorker
@@ -31,6 +33,7 @@ class AttentionWorker : public CMNodesWorker
 public:
     /// Throws the errors of TavoConfiguration.
     explicit AttentionWorker(const QVariantHash &config);
+    ~AttentionWorker() override;
 
 private Q_SLOTS:
     void on_notify_activated(const CMSetDataRequest &request);
@@ -47,19 +50,28 @@ private Q_SLOTS:
 private:
     AttentionWorker(const QVariantHash &config, const AttentionConfiguration &configuration);
 
-    void bind(const CMPath &path, void (AttentionWorker::*slot)(const CMSetDataRequest &));
+    /// Called in any thread, within a hold of the entrance. Returns false, and has done nothing, if the request
+    /// needs the worker's thread.
+    bool notifyAtOnce(const CMSetDataRequest &request);
     void watchSettings(const QStringList &files);
 
     /// The file that counts; null if none was ever there.
     const WatchedFile *settingsFile() const;
     void readSettings(const WatchedFile &file);
-    Decision decide(const TavoAttentionItem &item);
+    Decision decide(const Item &item);
+
+    /// Decided; the rules that have applied are counted.
+    void remember(const AttentionInput &input, const Decision &decision);
+
+    /// Why it can't be opened, apart from its content; empty if it can.
+    TrString refusal(const Item &item) const;
+    TavoValue outcomeOf(TavoAttentionOutcome outcome, const Decision &decision) const;
 
     /// Whether its source has sent too many.
-    bool isOverRate(SourceRates &rates, const TavoAttentionItem &item,
-                    const Decision &decision) const;
-    void limitRate(const TavoAttentionItem &item, Decision &decision);
+    bool isOverRate(SourceRates &rates, const Item &item, const Decision &decision) const;
+    void limitRate(const Item &item, Decision &decision);
 
+    const std::shared_ptr<Entrance> m_entrance;
     std::vector<std::unique_ptr<WatchedFile>> m_settingsFiles;
     AttentionSettings m_settings;
     bool m_hasSettings = false;

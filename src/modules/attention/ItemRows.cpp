@@ -9,31 +9,31 @@ namespace {
 constexpr int maxActions = 64;
 } // namespace
 
-TavoRoles ItemRows::text(const TavoAttentionItem &item)
+TavoRoles ItemRows::text(const Item &item)
 {
     TavoRoles row;
-    row.setType(TavoRolesType::Text).setTitle(item.text());
-    if (!item.application().isEmpty()) {
-        row.setApplication(item.application());
+    row.setType(TavoRolesType::Text).setTitle(item.text);
+    if (!item.application.isEmpty()) {
+        row.setApplication(item.application);
     }
-    if (!item.icon().isEmpty()) {
-        row.setIcon(item.icon());
+    if (!item.icon.isEmpty()) {
+        row.setIcon(item.icon);
     }
-    if (!item.category().isEmpty()) {
-        row.setCategory(item.category());
+    if (!item.category.isEmpty()) {
+        row.setCategory(item.category);
     }
-    if (item.isTransient()) {
+    if (item.isTransient) {
         row.setTransient(true);
     }
     return row;
 }
 
-QVector<MessageNode::Action> ItemRows::actions(const TavoAttentionItem &item)
+QVector<MessageNode::Action> ItemRows::actions(const Item &item)
 {
     QVector<MessageNode::Action> actions;
-    const int count = std::min(item.actions().size(), maxActions);
+    const int count = std::min(item.actions.size(), maxActions);
     for (int index = 0; index < count; ++index) {
-        const TavoAttentionAction action = item.actions().at(index);
+        const TavoAttentionAction action = item.actions.at(index);
         actions.append({action.key(), action.label()});
     }
     return actions;

@@ -3,12 +3,13 @@
 
 #pragma once
 
+#include "Item.h"
 #include <base/MessageNode.h>
 
 /// What a MessageNode shows of a notification.
 namespace ItemRows {
-TavoRoles text(const TavoAttentionItem &item);
+TavoRoles text(const Item &item);
 
 /// The first 64 of them.
-QVector<MessageNode::Action> actions(const TavoAttentionItem &item);
+QVector<MessageNode::Action> actions(const Item &item);
 } // namespace ItemRows

@@ -58,8 +58,9 @@ TavoNotificationItemPriority::Enum priorityOf(const QVector<MessageGroups::Membe
 }
 } // namespace
 
-MessageGroups::MessageGroups(CMNodes *nodes)
+MessageGroups::MessageGroups(CMNodes *nodes, Entrance &entrance)
     : m_nodes(nodes)
+    , m_entrance(entrance)
 {
     m_update.setSingleShot(true);
     m_update.setInterval(updateDelayMs);
@@ -148,6 +149,7 @@ void MessageGroups::updateSoon(const QString &key)
 
 void MessageGroups::on_update_timeout()
 {
+    const Entrance::Hold held = m_entrance.hold();
     const QSet<QString> changed = std::exchange(m_changed, {});
     for (const QString &key : changed) {
         const auto group = m_groups.find(key);
@@ -208,6 +210,7 @@ void MessageGroups::request(const QString &key, Group &group)
             if (answer.error().isError()) {
                 LOG4CPLUS_WARN(logger, "A group of messages is not shown: "
                                            << answer.error().message().toString());
+                const Entrance::Hold held = m_entrance.hold();
                 end(request, TavoNotificationDisplayEnd::Unknown);
             }
         },
@@ -243,6 +246,7 @@ void MessageGroups::end(const QString &request, TavoNotificationDisplayEnd::Enum
 
 void MessageGroups::on_member_activated(const CMSetDataRequest &request)
 {
+    const Entrance::Hold held = m_entrance.hold();
     for (const Group &group : qAsConst(m_groups)) {
         const auto key = group.node.actionAt(request.path());
         const auto *const member =

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Entrance.h"
 #include <base/MessageNode.h>
 #include <core/tavo.h>
 
@@ -31,7 +32,7 @@ public:
         QString key{}; ///< in the group's node; given by the group
     };
 
-    explicit MessageGroups(CMNodes *nodes);
+    MessageGroups(CMNodes *nodes, Entrance &entrance);
 
     /// Closes the groups' messages. Nothing is emitted.
     ~MessageGroups() override;
@@ -90,6 +91,7 @@ private:
     void end(const QString &request, TavoNotificationDisplayEnd::Enum end);
 
     CMNodes *m_nodes;
+    Entrance &m_entrance;
     Groups m_groups;                    ///< by key
     QHash<QString, QString> m_requests; ///< keys, by the requests to show the groups
     QSet<QString> m_changed;            ///< the keys of groups whose nodes are out of date

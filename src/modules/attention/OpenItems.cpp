@@ -66,30 +66,30 @@ bool isEnd(TavoNotificationPlayerResponseType::Enum type)
            type == TavoNotificationPlayerResponseType::Failed;
 }
 
-bool isPrivate(const TavoAttentionItem &item, const Decision &decision)
+bool isPrivate(const Item &item, const Decision &decision)
 {
-    return item.isTransient() || decision.treatment.isPrivate.value_or(false);
+    return item.isTransient || decision.treatment.isPrivate.value_or(false);
 }
 
-HistoryEntry historyEntryOf(const TavoAttentionItem &item, const Decision &decision)
+HistoryEntry historyEntryOf(const Item &item, const Decision &decision)
 {
     HistoryEntry entry;
-    entry.id = item.id();
+    entry.id = item.id;
     entry.time = AlarmClock::now();
-    entry.source = item.source();
-    entry.application = item.application();
-    entry.category = item.category();
-    entry.group = decision.treatment.group.value_or(item.group());
+    entry.source = item.source;
+    entry.application = item.application;
+    entry.category = item.category;
+    entry.group = decision.treatment.group.value_or(item.group);
     entry.priority = decision.priority;
-    entry.title = item.title().toString();
+    entry.title = item.title.toString();
     // What is only said has no other text.
-    entry.text = item.text().isEmpty() ? item.speech() : item.text().toString();
+    entry.text = item.text.isEmpty() ? item.speech : item.text.toString();
     entry.isPrivate = isPrivate(item, decision);
     entry.mustSee = decision.treatment.mustSee.value_or(false);
     return entry;
 }
 
-TavoAttentionItem itemOf(const HistoryEntry &entry)
+Item itemOf(const HistoryEntry &entry)
 {
     return TavoAttentionItem()
         .setId(entry.id)
@@ -107,10 +107,37 @@ bool hasSound(const TavoNotificationPlayerItem &sound)
     return !sound.isEmpty();
 }
 
-bool hasSound(const TavoAttentionItem &item)
+bool hasSound(const Item &item)
 {
-    return hasSound(item.sound());
+    return hasSound(item.sound);
 }
+
+/// Reports a reply that is an error; others wake no thread.
+class FailureWatcher : public CMReplyWatcher
+{
+public:
+    using Report = std::function<void(const CMError &)>;
+
+    /// The report is made in the worker's thread, within a hold of the entrance.
+    FailureWatcher(Entrance &entrance, Report report)
+        : m_entrance(entrance.shared_from_this())
+        , m_report(std::move(report))
+    {
+    }
+
+    void replyFinished(const CMVoidReply &reply) override
+    {
+        const CMError error = reply.error();
+        if (error.isError()) {
+            m_entrance->post([report = std::move(m_report), error] { report(error); });
+        }
+        delete this;
+    }
+
+private:
+    const std::shared_ptr<Entrance> m_entrance; ///< the worker may have ended
+    Report m_report;
+};
 
 void cancelOnDisplay(const CMPath &path)
 {
@@ -119,18 +146,18 @@ void cancelOnDisplay(const CMPath &path)
 }
 } // namespace
 
-OpenItems::OpenItems(CMNodes *nodes, History &history, Speech &speech)
+OpenItems::OpenItems(CMNodes *nodes, Entrance &entrance, History &history, Speech &speech)
     : m_nodes(nodes)
+    , m_entrance(entrance)
     , m_history(history)
     , m_speech(speech)
     , m_ended(CMValueNode::create(nodes, TavoAttentionEndedPath()))
     , m_responsePath(QStringLiteral("/attention/soundResponse"))
-    , m_groups(nodes)
+    , m_groups(nodes, entrance)
 {
     tavoConnect(&m_groups, &MessageGroups::ended, this, &OpenItems::on_groups_ended);
     tavoConnect(&m_groups, &MessageGroups::opened, this, &OpenItems::on_groups_opened);
-    CMActivateNode::create(nodes, m_responsePath)
-        ->setInvoke(this, &OpenItems::on_sound_responded, Qt::QueuedConnection);
+    m_entrance.bind(nodes, m_responsePath, this, &OpenItems::on_sound_responded);
     CMRoot()->connectValueChange(TavoNotificationDisplayEndedPath(), this,
                                  &OpenItems::on_display_ended);
     CMRoot()->connectNodeChange(TavoNotificationDisplayQueuePath(), this,
@@ -150,24 +177,32 @@ OpenItems::~OpenItems()
     }
 }
 
-TavoAttentionOutcome OpenItems::open(const TavoAttentionItem &item, const Decision &decision)
+TavoAttentionOutcome OpenItems::open(const Item &item, const Decision &decision)
 {
     Entry &entry = insert(item, decision);
     if (decision.isRemembered) {
         entry.number = m_history.add(historyEntryOf(item, decision));
     }
     if (decision.isShown &&
-        (!item.title().isEmpty() || !item.text().isEmpty() || !item.path().isEmpty())) {
+        (!item.title.isEmpty() || !item.text.isEmpty() || !item.path.isEmpty())) {
         show(entry);
     }
-    entry.awaitsSound = decision.isHeard && item.soundFollows();
-    if (decision.isHeard && !item.soundFollows() && (hasSound(item) || decision.treatment.sound)) {
-        startRequested(entry, item.sound(), decision.priority);
+    entry.awaitsSound = decision.isHeard && item.soundFollows;
+    if (decision.isHeard && !item.soundFollows && (hasSound(item) || decision.treatment.sound)) {
+        startRequested(entry, item.sound, decision.priority);
     }
     speak(entry);
     TavoAttentionOutcome outcome = outcomeOf(entry);
-    finishIfOver(item.id());
+    finishIfOver(item.id);
     return outcome;
+}
+
+bool OpenItems::opensAtOnce(const Item &item, const Decision &decision) const
+{
+    const bool isSilent = item.sound.isEmpty() && !item.soundFollows && item.speech.isEmpty() &&
+                          !decision.treatment.sound && !decision.isSpoken;
+    return decision.isShown && isSilent && !item.path.isEmpty() &&
+           !piles(pileOf(item, decision), decision);
 }
 
 void OpenItems::openAgain(const HistoryEntry &entry)
@@ -175,8 +210,8 @@ void OpenItems::openAgain(const HistoryEntry &entry)
     Decision decision;
     decision.priority = TavoNotificationItemPriority::Enum(entry.priority);
     decision.treatment.mustSee = true;
-    const TavoAttentionItem item = itemOf(entry);
-    if (isOpen(item.id())) {
+    const Item item = itemOf(entry);
+    if (isOpen(item.id)) {
         return;
     }
     Entry &opened = insert(item, decision);
@@ -184,15 +219,15 @@ void OpenItems::openAgain(const HistoryEntry &entry)
     show(opened);
 }
 
-TavoAttentionOutcome OpenItems::replace(const TavoAttentionItem &item, const Decision &decision)
+TavoAttentionOutcome OpenItems::replace(const Item &item, const Decision &decision)
 {
-    Entry &entry = *m_entries.find(item.id());
-    const TavoAttentionItem previous = std::exchange(entry.item, item);
-    entry.item.setSource(previous.source()); // nothing is of another program all of a sudden
+    Entry &entry = *m_entries.find(item.id);
+    const Item previous = std::exchange(entry.item, item);
+    entry.item.source = previous.source; // nothing is of another program all of a sudden
     const Decision decided = std::exchange(entry.decision, decision);
     if (entry.isShown() && decision.isShown) {
         changeShown(entry,
-                    decided.priority != decision.priority || previous.timeout() != item.timeout());
+                    decided.priority != decision.priority || previous.timeout != item.timeout);
     } else if (entry.isShown()) {
         hide(entry);
         messageEnded(entry, TavoAttentionEnd::Silenced);
@@ -201,31 +236,45 @@ TavoAttentionOutcome OpenItems::replace(const TavoAttentionItem &item, const Dec
     }
     if (decision.isHeard && hasSound(item)) {
         cancelSounds(entry);
-        startRequested(entry, item.sound(), decision.priority);
+        startRequested(entry, item.sound, decision.priority);
     }
     TavoAttentionOutcome outcome = outcomeOf(entry);
-    finishIfOver(item.id());
+    finishIfOver(item.id);
     return outcome;
 }
 
-OpenItems::Entry &OpenItems::insert(const TavoAttentionItem &item, const Decision &decision)
+OpenItems::Entry &OpenItems::insert(const Item &item, const Decision &decision)
 {
-    ++m_counts[item.source()];
-    return *m_entries.insert(item.id(), Entry{item, decision});
+    ++m_counts[item.source];
+    Entry &entry = m_entries[item.id];
+    entry.item = item;
+    entry.decision = decision;
+    return entry;
 }
 
 TavoAttentionOutcome OpenItems::outcomeOf(const Entry &entry) const
 {
-    return TavoAttentionOutcome()
-        .setId(entry.item.id())
-        .setShown(entry.isShown())
-        .setSounding(!entry.sounds.isEmpty() || entry.awaitedSpeech != 0)
-        .setReason(entry.decision.reason);
+    // To change a copy is quicker than to add each field.
+    static const TavoAttentionOutcome usual =
+        TavoAttentionOutcome().setId({}).setShown(true).setSounding(false).setReason({}).setRules(
+            {});
+    TavoAttentionOutcome outcome = usual;
+    outcome.setId(entry.item.id);
+    if (!entry.isShown()) {
+        outcome.setShown(false);
+    }
+    if (!entry.sounds.isEmpty() || entry.awaitedSpeech != 0) {
+        outcome.setSounding(true);
+    }
+    if (!entry.decision.reason.isEmpty()) {
+        outcome.setReason(entry.decision.reason);
+    }
+    return outcome;
 }
 
 void OpenItems::show(Entry &entry)
 {
-    entry.path = entry.item.path();
+    entry.path = entry.item.path;
     if (entry.path.isEmpty()) {
         if (!entry.node) {
             entry.node.emplace(m_nodes,
@@ -259,38 +308,47 @@ void OpenItems::changeShown(Entry &entry, bool isQueuedAnew)
     }
 }
 
-int OpenItems::groupFrom(const Entry &entry) const
+int OpenItems::groupFrom(const Decision &decision) const
 {
-    return entry.decision.treatment.groupFrom.value_or(m_groupFrom);
+    return decision.treatment.groupFrom.value_or(m_groupFrom);
+}
+
+bool OpenItems::piles(const QString &pile, const Decision &decision) const
+{
+    return !pile.isEmpty() &&
+           (m_groups.contains(pile) || m_piles.value(pile).size() + 1 >= groupFrom(decision));
 }
 
 QString OpenItems::pileOf(const Entry &entry) const
 {
-    const Treatment &treatment = entry.decision.treatment;
-    if (groupFrom(entry) == 0 || entry.isOpened() || treatment.mustSee.value_or(false) ||
-        entry.decision.priority >= TavoNotificationItemPriority::Urgent) {
+    return entry.isOpened() ? QString() : pileOf(entry.item, entry.decision);
+}
+
+QString OpenItems::pileOf(const Item &item, const Decision &decision) const
+{
+    const Treatment &treatment = decision.treatment;
+    if (groupFrom(decision) == 0 || treatment.mustSee.value_or(false) ||
+        decision.priority >= TavoNotificationItemPriority::Urgent) {
         return {};
     }
     // A rule may group what comes from several programs. A program can't: it would hide others' messages.
-    return treatment.group ? QStringLiteral("rule") + QChar::Null + *treatment.group
-                           : QStringLiteral("source") + QChar::Null + entry.item.source() +
-                                 QChar::Null + entry.item.group();
+    return treatment.group
+               ? QStringLiteral("rule") + QChar::Null + *treatment.group
+               : QStringLiteral("source") + QChar::Null + item.source + QChar::Null + item.group;
 }
 
 void OpenItems::showInPile(Entry &entry)
 {
-    const QString id = entry.item.id();
+    const QString id = entry.item.id;
     entry.pile = pileOf(entry);
-    if (entry.pile.isEmpty()) {
-        requestDisplay(entry);
-    } else if (m_groups.contains(entry.pile)) {
-        fold(entry.pile, {id});
-    } else if (m_piles[entry.pile].size() + 1 >= groupFrom(entry)) {
+    if (piles(entry.pile, entry.decision)) {
         fold(entry.pile, m_piles.take(entry.pile) << id);
-    } else {
-        m_piles[entry.pile].append(id);
-        requestDisplay(entry);
+        return;
     }
+    if (!entry.pile.isEmpty()) {
+        m_piles[entry.pile].append(id);
+    }
+    requestDisplay(entry);
 }
 
 void OpenItems::fold(const QString &pile, const QStringList &ids)
@@ -306,25 +364,24 @@ void OpenItems::fold(const QString &pile, const QStringList &ids)
     }
     const Entry &first = *m_entries.find(ids.first());
     const QString &application =
-        first.item.application().isEmpty() ? first.item.source() : first.item.application();
+        first.item.application.isEmpty() ? first.item.source : first.item.application;
     m_groups.add(pile, first.decision.treatment.group.value_or(application), members);
 }
 
 MessageGroups::Member OpenItems::memberOf(const Entry &entry)
 {
-    TrString title = entry.item.title();
+    TrString title = entry.item.title;
     if (title.isEmpty()) {
-        title =
-            entry.item.text().isEmpty() ? TrString(entry.item.application()) : entry.item.text();
+        title = entry.item.text.isEmpty() ? TrString(entry.item.application) : entry.item.text;
     }
-    return {entry.item.id(), title, entry.decision.priority,
-            entry.decision.timeout(entry.item.timeout())};
+    return {entry.item.id, title, entry.decision.priority,
+            entry.decision.timeout(entry.item.timeout)};
 }
 
 void OpenItems::leavePile(Entry &entry)
 {
     const QString pile = std::exchange(entry.pile, {});
-    const QString id = entry.item.id();
+    const QString id = entry.item.id;
     if (pile.isEmpty()) {
         return;
     }
@@ -373,11 +430,11 @@ void OpenItems::on_groups_ended(const QStringList &ids, TavoNotificationDisplayE
 
 void OpenItems::fillNode(Entry &entry)
 {
-    const TavoAttentionItem &item = entry.item;
+    const Item &item = entry.item;
     const auto bind = [this](CMActivateNode *action) {
         action->setInvoke(this, &OpenItems::on_action_activated, Qt::QueuedConnection);
     };
-    entry.node->show(item.title(), ItemRows::text(item), ItemRows::actions(item), bind);
+    entry.node->show(item.title, ItemRows::text(item), ItemRows::actions(item), bind);
 }
 
 void OpenItems::requestDisplay(Entry &entry)
@@ -388,23 +445,21 @@ void OpenItems::requestDisplay(Entry &entry)
     ++entry.requests;
     entry.request = entry.node ? tavoGenerateUuid()
                     : entry.requests == 1
-                        ? entry.item.id()
-                        : entry.item.id() + QLatin1Char('/') + QString::number(entry.requests);
-    m_requests.insert(entry.request, entry.item.id());
+                        ? entry.item.id
+                        : entry.item.id + QLatin1Char('/') + QString::number(entry.requests);
+    m_requests.insert(entry.request, entry.item.id);
     const auto item =
         TavoNotificationDisplayItem()
             .setId(entry.request)
             .setPath(entry.path)
             .setPriority(std::max(entry.decision.priority,
                                   TavoNotificationItemPriority::Enum(entry.openedPriority)))
-            .setTimeout(entry.decision.timeout(entry.item.timeout()));
+            .setTimeout(entry.decision.timeout(entry.item.timeout));
     const CMReply<QVariant> reply;
-    reply.addWatcher(
-        this,
-        [this, id = entry.item.id(), request = entry.request](const CMVoidReply &answer) {
-            on_show_finished(id, request, answer);
-        },
-        Qt::QueuedConnection);
+    reply.CMVoidReply::addWatcher(new FailureWatcher(
+        m_entrance, [this, id = entry.item.id, request = entry.request](const CMError &error) {
+            on_show_failed(id, request, error);
+        }));
     CMRoot()->invoke(TavoNotificationDisplayOpenPath(),
                      TavoValue().setNotificationDisplayItem(item), reply);
 }
@@ -419,15 +474,14 @@ void OpenItems::hide(Entry &entry)
     cancelOnDisplay(entry.path);
 }
 
-void OpenItems::on_show_finished(const QString &id, const QString &request,
-                                 const CMVoidReply &reply)
+void OpenItems::on_show_failed(const QString &id, const QString &request, const CMError &error)
 {
     const auto entry = m_entries.find(id);
-    if (entry == m_entries.end() || entry->request != request || !reply.error().isError()) {
+    if (entry == m_entries.end() || entry->request != request) {
         return;
     }
-    LOG4CPLUS_WARN(logger, "Notification "
-                               << id << " is not shown: " << reply.error().message().toString());
+    LOG4CPLUS_WARN(logger,
+                   "Notification " << id << " is not shown: " << error.message().toString());
     messageEnded(*entry, TavoAttentionEnd::Failed);
     finishIfOver(id);
 }
@@ -503,9 +557,9 @@ void OpenItems::startFile(Entry &entry, const QString &file)
 void OpenItems::speak(Entry &entry)
 {
     const Decision &decision = entry.decision;
-    QString text = decision.isHeard ? entry.item.speech() : QString();
+    QString text = decision.isHeard ? entry.item.speech : QString();
     if (text.isEmpty() && decision.isSpoken) {
-        text = entry.item.title().toString() + QLatin1String(".\n") + entry.item.text().toString();
+        text = entry.item.title.toString() + QLatin1String(".\n") + entry.item.text.toString();
     }
     if (text.isEmpty()) {
         return;
@@ -514,14 +568,15 @@ void OpenItems::speak(Entry &entry)
         startFile(entry, *decision.treatment.chime);
     }
     entry.awaitedSpeech = ++m_lastSpeech;
-    m_speech.say(text, entry.item.language(),
-                 [this, id = entry.item.id(), number = m_lastSpeech](const Result<QString> &made) {
+    m_speech.say(text, entry.item.language,
+                 [this, id = entry.item.id, number = m_lastSpeech](const Result<QString> &made) {
                      on_speech_made(id, number, made);
                  });
 }
 
 void OpenItems::on_speech_made(const QString &id, int number, const Result<QString> &made)
 {
+    const Entrance::Hold held = m_entrance.hold();
     const auto entry = m_entries.find(id);
     if (entry == m_entries.end() || entry->awaitedSpeech != number) {
         return; // it has ended in the meantime
@@ -551,7 +606,7 @@ CMReply<QVariant> OpenItems::startSound(Entry &entry, TavoNotificationPlayerItem
     const QString id = sound.id();
     sound.setPlaybackResponsePath(m_responsePath);
     entry.sounds.insert(id);
-    m_sounds.insert(id, {entry.item.id(), target});
+    m_sounds.insert(id, {entry.item.id, target});
     CMReply<QVariant> reply = CMRoot()->invoke(TavoNotificationPlayerEnqueuePath(),
                                                TavoValue().setNotificationPlayerItem(sound), {});
     reply.addWatcher(
@@ -561,6 +616,7 @@ CMReply<QVariant> OpenItems::startSound(Entry &entry, TavoNotificationPlayerItem
             if (answer.error().isError()) {
                 LOG4CPLUS_WARN(logger, "Sound " << id << " is not played: "
                                                 << answer.error().message().toString());
+                const Entrance::Hold held = m_entrance.hold();
                 soundEnded(id);
             }
         },
@@ -658,7 +714,7 @@ void OpenItems::finishIfOver(const QString &id)
         entry.end = TavoAttentionEnd::Silenced; // nothing of it has reached people
     }
     m_entries.erase(found);
-    const auto count = m_counts.find(entry.item.source());
+    const auto count = m_counts.find(entry.item.source);
     if (--*count == 0) {
         m_counts.erase(count);
     }
@@ -684,6 +740,7 @@ void OpenItems::finishIfOver(const QString &id)
 
 void OpenItems::on_display_ended(const CMPath & /*path*/, const QVariant &value)
 {
+    const Entrance::Hold held = m_entrance.hold();
     const auto ended = TavoValue(value.toHash()).displayEnded();
     const QString id = m_requests.value(ended.id());
     const auto entry = m_entries.find(id);
@@ -700,6 +757,7 @@ void OpenItems::on_queue_nodeChanged(const CMPath & /*path*/, bool published)
     if (published) {
         return;
     }
+    const Entrance::Hold held = m_entrance.hold();
     m_groups.displayGone();
     const QStringList ids = m_entries.keys();
     for (const QString &id : ids) {
@@ -716,6 +774,7 @@ void OpenItems::on_player_nodeChanged(const CMPath & /*path*/, bool published)
     if (published) {
         return;
     }
+    const Entrance::Hold held = m_entrance.hold();
     // The player has dropped its sounds, so no responses will come.
     const QStringList sounds = m_sounds.keys();
     for (const QString &sound : sounds) {
@@ -725,6 +784,7 @@ void OpenItems::on_player_nodeChanged(const CMPath & /*path*/, bool published)
 
 void OpenItems::on_action_activated(const CMSetDataRequest &request)
 {
+    const Entrance::Hold held = m_entrance.hold();
     for (auto entry = m_entries.begin(); entry != m_entries.end(); ++entry) {
         const auto key = entry->node ? entry->node->actionAt(request.path()) : std::nullopt;
         if (key) {

@@ -3,7 +3,9 @@
 
 #pragma once
 
+#include "Entrance.h"
 #include "history/History.h"
+#include "Item.h"
 #include "MessageGroups.h"
 #include "speech/Speech.h"
 #include <base/MessageNode.h>
@@ -26,7 +28,7 @@ class OpenItems : public QObject
     Q_OBJECT
 
 public:
-    OpenItems(CMNodes *nodes, History &history, Speech &speech);
+    OpenItems(CMNodes *nodes, Entrance &entrance, History &history, Speech &speech);
     ~OpenItems() override;
 
     bool isOpen(const QString &id) const { return m_entries.contains(id); }
@@ -37,13 +39,17 @@ public:
     void setGroupFrom(int count) { m_groupFrom = count; }
 
     /// Opens a notification, whose id is not open, as decided.
-    TavoAttentionOutcome open(const TavoAttentionItem &item, const Decision &decision);
+    TavoAttentionOutcome open(const Item &item, const Decision &decision);
+
+    /// Whether open() takes no more than to have the requester's own node displayed. Then it may be called in
+    /// any thread, within a hold of the entrance.
+    bool opensAtOnce(const Item &item, const Decision &decision) const;
 
     /// Opens one again that the history has as open.
     void openAgain(const HistoryEntry &entry);
 
     /// Changes one that is open. A message that the new decision does not show is closed.
-    TavoAttentionOutcome replace(const TavoAttentionItem &item, const Decision &decision);
+    TavoAttentionOutcome replace(const Item &item, const Decision &decision);
 
     /// Plays a sound of a notification with its priority or a lower one, or cancels it at once if it is to be
     /// kept from people, or the notification is over. An empty sound: there is none after all.
@@ -70,8 +76,8 @@ private Q_SLOTS:
 private:
     struct Entry
     {
-        TavoAttentionItem item;
-        Decision decision;
+        Item item{};
+        Decision decision{};
         qint64 number = 0;                 ///< in the history
         CMPath path{};                     ///< of its message
         std::optional<MessageNode> node{}; ///< if the requester has none of its own
@@ -102,14 +108,18 @@ private:
         bool isCancelled = false;
     };
 
-    Entry &insert(const TavoAttentionItem &item, const Decision &decision);
+    Entry &insert(const Item &item, const Decision &decision);
     TavoAttentionOutcome outcomeOf(const Entry &entry) const;
 
     void show(Entry &entry);
 
     /// Which messages may be shown as one with it.
     QString pileOf(const Entry &entry) const;
-    int groupFrom(const Entry &entry) const;
+    QString pileOf(const Item &item, const Decision &decision) const;
+    int groupFrom(const Decision &decision) const;
+
+    /// Whether one more of the pile makes a group, or is one more of it.
+    bool piles(const QString &pile, const Decision &decision) const;
 
     /// Shows it alone, or as one with those of its pile.
     void showInPile(Entry &entry);
@@ -123,7 +133,7 @@ private:
     void fillNode(Entry &entry);
     void hide(Entry &entry);
     void requestDisplay(Entry &entry);
-    void on_show_finished(const QString &id, const QString &request, const CMVoidReply &reply);
+    void on_show_failed(const QString &id, const QString &request, const CMError &error);
 
     /// The requester's sound, or that of the rules.
     CMReply<QVariant> startRequested(Entry &entry, TavoNotificationPlayerItem sound, int priority);
@@ -140,6 +150,7 @@ private:
     void finishIfOver(const QString &id);
 
     CMNodes *m_nodes;
+    Entrance &m_entrance;
     History &m_history;
     Speech &m_speech;
     CMValueNode *m_ended;

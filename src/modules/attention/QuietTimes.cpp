@@ -28,8 +28,9 @@ CMError error(const TrString &message)
 }
 } // namespace
 
-QuietTimes::QuietTimes(CMNodes *nodes, const QString &file)
-    : m_file(file)
+QuietTimes::QuietTimes(CMNodes *nodes, Entrance &entrance, const QString &file)
+    : m_entrance(entrance)
+    , m_file(file)
     , m_node(CMValueNode::create(nodes, TavoAttentionDoNotDisturbPath()))
 {
     const QuietMemory memory = QuietMemory::read(m_file);
@@ -42,11 +43,9 @@ QuietTimes::QuietTimes(CMNodes *nodes, const QString &file)
     m_save.setSingleShot(true);
     m_save.setInterval(saveDelayMs);
     tavoConnect(&m_save, &QTimer::timeout, this, &QuietTimes::on_save_timeout);
-    CMActivateNode::create(nodes, TavoAttentionSetDoNotDisturbPath())
-        ->setInvoke(this, &QuietTimes::on_set_activated, Qt::QueuedConnection);
-    CMActivateNode::create(nodes, TavoAttentionInhibitPath())
-        ->setInvoke(this, &QuietTimes::on_inhibit_activated, Qt::QueuedConnection);
-    tavoConnect(&m_alarm, &AlarmClock::rang, this, &QuietTimes::update);
+    m_entrance.bind(nodes, TavoAttentionSetDoNotDisturbPath(), this, &QuietTimes::on_set_activated);
+    m_entrance.bind(nodes, TavoAttentionInhibitPath(), this, &QuietTimes::on_inhibit_activated);
+    tavoConnect(&m_alarm, &AlarmClock::rang, this, &QuietTimes::on_alarm_rang);
 }
 
 QuietTimes::~QuietTimes()
@@ -162,6 +161,12 @@ TavoAttentionDoNotDisturb QuietTimes::state(qint64 now) const
         .setUntil(until)
         .setChosen(m_doNotDisturb.choice(now).has_value())
         .setInhibitions(inhibitions);
+}
+
+void QuietTimes::on_alarm_rang()
+{
+    const Entrance::Hold held = m_entrance.hold();
+    update();
 }
 
 void QuietTimes::update()

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "AlarmClock.h"
+#include "Entrance.h"
 #include "QuietMemory.h"
 #include <core/tavo.h>
 
@@ -23,7 +24,7 @@ class QuietTimes : public QObject
 
 public:
     /// The file may be empty: then nothing outlasts a restart.
-    QuietTimes(CMNodes *nodes, const QString &file);
+    QuietTimes(CMNodes *nodes, Entrance &entrance, const QString &file);
     ~QuietTimes() override;
 
     DoNotDisturb &doNotDisturb() { return m_doNotDisturb; }
@@ -46,6 +47,7 @@ Q_SIGNALS:
 private Q_SLOTS:
     void on_set_activated(const CMSetDataRequest &request);
     void on_inhibit_activated(const CMSetDataRequest &request);
+    void on_alarm_rang();
     void on_save_timeout();
 
 private:
@@ -58,6 +60,7 @@ private:
     void save();
     void write() const;
 
+    Entrance &m_entrance;
     const QString m_file;
     DoNotDisturb m_doNotDisturb;
     QMap<QString, TavoAttentionInhibition> m_inhibitions; ///< by id

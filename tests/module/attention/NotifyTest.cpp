@@ -4,6 +4,9 @@
 #include "module/attention/AttentionModuleTest.h"
 
 #include <algorithm>
+#include <atomic>
+#include <thread>
+#include <vector>
 
 namespace {
 using testing::ElementsAre;
@@ -50,6 +53,60 @@ TEST_F(AttentionNotifyTest, ShowsTheNodeOfARequester)
     services().publish(CMPath("/door/message"_s), {});
     notify(message("Door"_s).setPath(CMPath("/door/message"_s)));
     EXPECT_EQ(displayedPath(), CMPath("/door/message"_s));
+}
+
+TEST_F(AttentionNotifyTest, RepliesAtOnceIfTheRequesterHasANode)
+{
+    const Request request = requestNotify(message("Door"_s).setPath(CMPath("/door/message"_s)));
+    EXPECT_TRUE(request.isAnswered());
+    EXPECT_TRUE(TavoValue(request.value().toHash()).attentionOutcome().shown());
+}
+
+TEST_F(AttentionNotifyTest, KeepsTheOrderOfRequests)
+{
+    const Request first = requestNotify(message("first"_s));
+    const Request second = requestNotify(message("second"_s).setPath(CMPath("/door/message"_s)));
+    const Request close = requestClose("second"_s);
+    const Request again = requestNotify(message("second"_s).setPath(CMPath("/door/again"_s)));
+    EXPECT_FALSE(second.isAnswered());
+    for (const Request &request : {first, second, close, again}) {
+        EXPECT_TRUE(request.succeeds()) << request.errorText();
+    }
+    settle();
+    EXPECT_EQ(displayedPath(1), CMPath("/door/again"_s));
+    EXPECT_EQ(endOf("second"_s).end(), End::Closed);
+}
+
+TEST_F(AttentionNotifyTest, TakesRequestsOfSeveralThreads)
+{
+    constexpr int threads = 4;
+    constexpr int requests = 50;
+    std::atomic<int> shown{0};
+    std::vector<std::thread> requesters;
+    for (int thread = 0; thread < threads; ++thread) {
+        requesters.emplace_back([thread, &shown] {
+            for (int number = 0; number < requests; ++number) {
+                const QString id = QString::number(thread * requests + number);
+                const auto item =
+                    message(id, QString::number(number)).setPath(CMPath("/door/"_s + id));
+                const auto reply = CMRoot()->invoke(TavoAttentionNotifyPath(),
+                                                    TavoValue().setAttentionItem(item), {});
+                shown += TavoValue(reply.value().toHash()).attentionOutcome().shown();
+                if (number % 2 == 0) {
+                    CMRoot()->invoke(TavoAttentionClosePath(), TavoValue().setString_(id), {});
+                }
+            }
+        });
+    }
+    EXPECT_TRUE(waitFor([this, &shown] {
+        return shown == threads * requests && ends().size() == threads * requests / 2;
+    }));
+    for (std::thread &requester : requesters) {
+        requester.join();
+    }
+    settle();
+    EXPECT_EQ(displayed().size(), std::size_t(threads * requests / 2));
+    EXPECT_EQ(history(TavoAttentionQuery().setLimit(200)).size(), std::size_t(threads * requests));
 }
 
 TEST_F(AttentionNotifyTest, PlaysASoundWithItsPriority)

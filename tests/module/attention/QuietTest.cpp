@@ -34,6 +34,15 @@ TEST_F(AttentionQuietTest, KeepsMessagesAndSoundsFromPeople)
     EXPECT_EQ(endOf("Mail"_s).end(), End::Silenced);
 }
 
+TEST_F(AttentionQuietTest, CountsForRequestsThatAreSentAfterIt)
+{
+    const Request quiet(
+        TavoAttentionSetDoNotDisturbPath(),
+        TavoValue().setAttentionDoNotDisturb(TavoAttentionDoNotDisturb().setOn(true)));
+    const auto outcome = notify(message("Mail"_s).setPath(CMPath("/mail/message"_s)));
+    EXPECT_FALSE(outcome.shown());
+}
+
 TEST_F(AttentionQuietTest, LetsUrgentOnesPass)
 {
     setDoNotDisturb(true);

@@ -45,12 +45,22 @@ protected:
         return item;
     }
 
-    static TavoAttentionItem requestOf(const PlainAttention::Item &item)
+    TavoAttentionItem requestOf(const PlainAttention::Item &item)
     {
-        const auto request =
-            message(item.title, item.source).setId(item.id).setPriority(item.priority);
+        auto request = message(item.title, item.source).setId(item.id).setPriority(item.priority);
+        if (hasOwnNode(item.id)) {
+            CMListRowsNode *&node = m_ownNodes[item.id];
+            if (node == nullptr) {
+                node = CMListRowsNode::create(m_nodes.nodes(), CMPath("/random/"_s + item.id));
+            }
+            node->setTitle(item.title);
+            request.setPath(node->path());
+        }
         return item.hasSound ? withSound(request, item.id) : request;
     }
+
+    /// Half of the notifications have a node of their requester's.
+    static bool hasOwnNode(const QString &id) { return id.toInt() % 2 == 1; }
 
     static void expectSame(const TavoAttentionOutcome &outcome,
                            const PlainAttention::Outcome &expected)
@@ -238,6 +248,8 @@ protected:
     std::ostringstream m_story;
 
 private:
+    CMNodesWorker m_nodes{{}, "Random"_s};
+    QMap<QString, CMListRowsNode *> m_ownNodes; ///< by id
     QMap<QString, QString> m_sources;
     int m_lastId = 0;
     bool m_isQuiet = false;

@@ -33,11 +33,10 @@ TavoAttentionItem attentionItemOf(const DesktopNotification &notification)
     TavoAttentionItem item;
     item.setTitle(notification.title)
         .setText(notification.text)
-        .setApplication(notification.application);
+        .setApplication(notification.application)
+        .setSource(notification.desktopEntry.isEmpty() ? notification.application
+                                                       : notification.desktopEntry);
     // Each field that is left out makes the request quicker.
-    if (!notification.desktopEntry.isEmpty()) {
-        item.setSource(notification.desktopEntry);
-    }
     if (!notification.category.isEmpty()) {
         item.setCategory(notification.category);
     }
@@ -45,6 +44,11 @@ TavoAttentionItem attentionItemOf(const DesktopNotification &notification)
         item.setTransient(true);
     }
     return item;
+}
+
+bool isShownByAttention(const CMReply<QVariant> &reply)
+{
+    return TavoValue(reply.value().toHash()).attentionOutcome().shown();
 }
 
 OpenNotifications::Reason reasonFor(TavoAttentionEnd::Enum end)
@@ -125,7 +129,7 @@ CMError OpenNotifications::open(quint32 id, const DesktopNotification &notificat
         withdraw(entry);
         return error;
     }
-    if (!entry->item.isEmpty()) {
+    if (entry->item.soundFollows()) {
         // Whatever shows it anew later comes without a sound.
         entry->item.setSoundFollows(false);
     }
@@ -182,13 +186,22 @@ CMReply<QVariant> OpenNotifications::show(quint32 id, Entry &entry)
     entry.isAwaited = true;
     entry.isStale = false;
     entry.givesWay = false;
-    const CMReply<QVariant> reply;
+    const CMReply<QVariant> reply = requestDisplay(id, entry);
+    if (reply.isFinished() && entry.isAttended && isShownByAttention(reply)) {
+        entry.isAwaited = false;
+        return reply;
+    }
     reply.addWatcher(
         this,
         [this, id, request = entry.request, reply](const CMVoidReply &) {
             on_open_finished(id, request, reply);
         },
         Qt::QueuedConnection);
+    return reply;
+}
+
+CMReply<QVariant> OpenNotifications::requestDisplay(quint32 id, Entry &entry)
+{
     entry.isAttended = !entry.item.isEmpty();
     if (entry.isAttended) {
         m_attended.insert(entry.request, id);
@@ -197,7 +210,7 @@ CMReply<QVariant> OpenNotifications::show(quint32 id, Entry &entry)
             .setPriority(entry.priority)
             .setTimeout(entry.timeout);
         return CMRoot()->invoke(TavoAttentionNotifyPath(), TavoValue().setAttentionItem(entry.item),
-                                reply);
+                                {});
     }
     const auto item = TavoNotificationDisplayItem()
                           .setId(entry.request)
@@ -205,7 +218,7 @@ CMReply<QVariant> OpenNotifications::show(quint32 id, Entry &entry)
                           .setPriority(entry.priority)
                           .setTimeout(entry.timeout);
     return CMRoot()->invoke(TavoNotificationDisplayOpenPath(),
-                            TavoValue().setNotificationDisplayItem(item), reply);
+                            TavoValue().setNotificationDisplayItem(item), {});
 }
 
 void OpenNotifications::showAnew(quint32 id, Entry &entry)
@@ -233,7 +246,7 @@ void OpenNotifications::on_open_finished(quint32 id, const QString &request,
         remove(entry, Reason::Undefined);
         return;
     }
-    if (entry->isAttended && !TavoValue(reply.value().toHash()).attentionOutcome().shown()) {
+    if (entry->isAttended && !isShownByAttention(reply)) {
         // People's rules keep it from them.
         remove(entry, Reason::Undefined);
         return;

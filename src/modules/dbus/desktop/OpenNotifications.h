@@ -113,6 +113,7 @@ private:
     void fill(quint32 id, Entry &entry, const DesktopNotification &notification);
     void addImage(quint32 id, const Entry &entry, const ImageData &image);
     CMReply<QVariant> show(quint32 id, Entry &entry);
+    CMReply<QVariant> requestDisplay(quint32 id, Entry &entry);
     void showAnew(quint32 id, Entry &entry);
     void on_open_finished(quint32 id, const QString &request, const CMReply<QVariant> &reply);
 
