@@ -38,9 +38,9 @@ constexpr int maxNameLength = 256;
 /// Of the titles that decisions depend on.
 constexpr int maxTitleLength = 1000;
 
-Item itemOf(const CMSetDataRequest &request)
+AttentionItem itemOf(const CMSetDataRequest &request)
 {
-    Item item = TavoValue(request.value().toHash()).attentionItem();
+    AttentionItem item = attentionItemIn(request.value());
     if (item.source.isEmpty()) {
         item.source = item.application;
     }
@@ -53,18 +53,18 @@ Item itemOf(const CMSetDataRequest &request)
 }
 
 /// The program's name for people.
-QString programOf(const Item &item)
+QString programOf(const AttentionItem &item)
 {
     return item.application.isEmpty() ? item.source : item.application;
 }
 
-bool isEmpty(const Item &item)
+bool isEmpty(const AttentionItem &item)
 {
     return item.title.isEmpty() && item.text.isEmpty() && item.path.isEmpty() &&
            item.sound.isEmpty() && !item.soundFollows && item.speech.isEmpty();
 }
 
-AttentionInput inputOf(const Item &item)
+AttentionInput inputOf(const AttentionItem &item)
 {
     AttentionInput input;
     input.source = item.source;
@@ -201,7 +201,7 @@ void AttentionWorker::readSettings(const WatchedFile &file)
     LOG4CPLUS_INFO(logger, "Read " << file.name() << ", rules: " << names.size());
 }
 
-Decision AttentionWorker::decide(const Item &item)
+Decision AttentionWorker::decide(const AttentionItem &item)
 {
     const AttentionInput input = inputOf(item);
     const Decision decision = Decision::of(input, m_settings.rules, m_quietTimes.doNotDisturb());
@@ -215,14 +215,14 @@ void AttentionWorker::remember(const AttentionInput &input, const Decision &deci
     m_quietTimes.doNotDisturb().remember(input);
 }
 
-bool AttentionWorker::isOverRate(SourceRates &rates, const Item &item,
+bool AttentionWorker::isOverRate(SourceRates &rates, const AttentionItem &item,
                                  const Decision &decision) const
 {
     const bool isUrgent = decision.priority >= TavoNotificationItemPriority::Urgent;
     return !isUrgent && !rates.take(item.source, m_clock.elapsed());
 }
 
-void AttentionWorker::limitRate(const Item &item, Decision &decision)
+void AttentionWorker::limitRate(const AttentionItem &item, Decision &decision)
 {
     if (!isOverRate(m_rates, item, decision)) {
         return;
@@ -237,7 +237,7 @@ void AttentionWorker::limitRate(const Item &item, Decision &decision)
 
 void AttentionWorker::on_notify_activated(const CMSetDataRequest &request)
 {
-    Item item = itemOf(request);
+    AttentionItem item = itemOf(request);
     if (const TrString reason = refusal(item); !reason.isEmpty()) {
         request.reply().setError(error(reason));
         return;
@@ -250,12 +250,12 @@ void AttentionWorker::on_notify_activated(const CMSetDataRequest &request)
     if (decision.isQuiet) {
         m_quietTimes.countMissed(programOf(item), 1);
     }
-    request.reply().setValue(outcomeOf(m_items.open(item, decision), decision).__variant());
+    reply(request, m_items.open(item, decision), decision);
 }
 
 bool AttentionWorker::notifyAtOnce(const CMSetDataRequest &request)
 {
-    const Item item = itemOf(request);
+    const AttentionItem item = itemOf(request);
     if (item.id.isEmpty() || !refusal(item).isEmpty()) {
         return false;
     }
@@ -266,11 +266,11 @@ bool AttentionWorker::notifyAtOnce(const CMSetDataRequest &request)
         return false;
     }
     remember(input, *decision);
-    request.reply().setValue(outcomeOf(m_items.open(item, *decision), *decision).__variant());
+    reply(request, m_items.open(item, *decision), *decision);
     return true;
 }
 
-TrString AttentionWorker::refusal(const Item &item) const
+TrString AttentionWorker::refusal(const AttentionItem &item) const
 {
     if (isEmpty(item)) {
         return TAVO_TR("There is nothing to show or to play");
@@ -284,23 +284,24 @@ TrString AttentionWorker::refusal(const Item &item) const
     return {};
 }
 
-TavoValue AttentionWorker::outcomeOf(TavoAttentionOutcome outcome, const Decision &decision) const
+void AttentionWorker::reply(const CMSetDataRequest &request, AttentionOutcome outcome,
+                            const Decision &decision) const
 {
-    if (!decision.rules.empty()) {
-        outcome.setRules(namesOf(m_settings.rules, decision.rules));
-    }
-    return TavoValue().setAttentionOutcome(outcome);
+    outcome.rules = namesOf(m_settings.rules, decision.rules);
+    request.reply().setValue(isAttentionItem(request.value())
+                                 ? QVariant::fromValue(outcome)
+                                 : TavoValue().setAttentionOutcome(outcome.record()).__variant());
 }
 
 void AttentionWorker::on_replace_activated(const CMSetDataRequest &request)
 {
-    const Item item = itemOf(request);
+    const AttentionItem item = itemOf(request);
     if (!m_items.isOpen(item.id)) {
         request.reply().setError(error(TAVO_TR("There is no such notification")));
         return;
     }
     const Decision decision = decide(item);
-    request.reply().setValue(outcomeOf(m_items.replace(item, decision), decision).__variant());
+    reply(request, m_items.replace(item, decision), decision);
 }
 
 void AttentionWorker::on_close_activated(const CMSetDataRequest &request)
@@ -333,7 +334,7 @@ void AttentionWorker::on_sound_activated(const CMSetDataRequest &request)
 
 void AttentionWorker::on_try_activated(const CMSetDataRequest &request)
 {
-    const Item item = itemOf(request);
+    const AttentionItem item = itemOf(request);
     const AttentionInput input = inputOf(item);
     Decision decision = Decision::of(input, m_settings.rules, m_quietTimes.doNotDisturb());
     SourceRates rates = m_rates; // a trial counts nothing

@@ -58,18 +58,19 @@ private:
     /// The file that counts; null if none was ever there.
     const WatchedFile *settingsFile() const;
     void readSettings(const WatchedFile &file);
-    Decision decide(const Item &item);
+    Decision decide(const AttentionItem &item);
 
     /// Decided; the rules that have applied are counted.
     void remember(const AttentionInput &input, const Decision &decision);
 
     /// Why it can't be opened, apart from its content; empty if it can.
-    TrString refusal(const Item &item) const;
-    TavoValue outcomeOf(TavoAttentionOutcome outcome, const Decision &decision) const;
+    TrString refusal(const AttentionItem &item) const;
+    void reply(const CMSetDataRequest &request, AttentionOutcome outcome,
+               const Decision &decision) const;
 
     /// Whether its source has sent too many.
-    bool isOverRate(SourceRates &rates, const Item &item, const Decision &decision) const;
-    void limitRate(const Item &item, Decision &decision);
+    bool isOverRate(SourceRates &rates, const AttentionItem &item, const Decision &decision) const;
+    void limitRate(const AttentionItem &item, Decision &decision);
 
     const std::shared_ptr<Entrance> m_entrance;
     std::vector<std::unique_ptr<WatchedFile>> m_settingsFiles;

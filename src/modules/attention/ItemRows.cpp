@@ -9,7 +9,7 @@ namespace {
 constexpr int maxActions = 64;
 } // namespace
 
-TavoRoles ItemRows::text(const Item &item)
+TavoRoles ItemRows::text(const AttentionItem &item)
 {
     TavoRoles row;
     row.setType(TavoRolesType::Text).setTitle(item.text);
@@ -28,7 +28,7 @@ TavoRoles ItemRows::text(const Item &item)
     return row;
 }
 
-QVector<MessageNode::Action> ItemRows::actions(const Item &item)
+QVector<MessageNode::Action> ItemRows::actions(const AttentionItem &item)
 {
     QVector<MessageNode::Action> actions;
     const int count = std::min(item.actions.size(), maxActions);

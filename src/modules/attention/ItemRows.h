@@ -3,13 +3,13 @@
 
 #pragma once
 
-#include "Item.h"
+#include <base/AttentionItem.h>
 #include <base/MessageNode.h>
 
 /// What a MessageNode shows of a notification.
 namespace ItemRows {
-TavoRoles text(const Item &item);
+TavoRoles text(const AttentionItem &item);
 
 /// The first 64 of them.
-QVector<MessageNode::Action> actions(const Item &item);
+QVector<MessageNode::Action> actions(const AttentionItem &item);
 } // namespace ItemRows

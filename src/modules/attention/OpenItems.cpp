@@ -66,12 +66,12 @@ bool isEnd(TavoNotificationPlayerResponseType::Enum type)
            type == TavoNotificationPlayerResponseType::Failed;
 }
 
-bool isPrivate(const Item &item, const Decision &decision)
+bool isPrivate(const AttentionItem &item, const Decision &decision)
 {
     return item.isTransient || decision.treatment.isPrivate.value_or(false);
 }
 
-HistoryEntry historyEntryOf(const Item &item, const Decision &decision)
+HistoryEntry historyEntryOf(const AttentionItem &item, const Decision &decision)
 {
     HistoryEntry entry;
     entry.id = item.id;
@@ -89,7 +89,7 @@ HistoryEntry historyEntryOf(const Item &item, const Decision &decision)
     return entry;
 }
 
-Item itemOf(const HistoryEntry &entry)
+AttentionItem itemOf(const HistoryEntry &entry)
 {
     return TavoAttentionItem()
         .setId(entry.id)
@@ -107,7 +107,7 @@ bool hasSound(const TavoNotificationPlayerItem &sound)
     return !sound.isEmpty();
 }
 
-bool hasSound(const Item &item)
+bool hasSound(const AttentionItem &item)
 {
     return hasSound(item.sound);
 }
@@ -177,7 +177,7 @@ OpenItems::~OpenItems()
     }
 }
 
-TavoAttentionOutcome OpenItems::open(const Item &item, const Decision &decision)
+AttentionOutcome OpenItems::open(const AttentionItem &item, const Decision &decision)
 {
     Entry &entry = insert(item, decision);
     if (decision.isRemembered) {
@@ -192,12 +192,12 @@ TavoAttentionOutcome OpenItems::open(const Item &item, const Decision &decision)
         startRequested(entry, item.sound, decision.priority);
     }
     speak(entry);
-    TavoAttentionOutcome outcome = outcomeOf(entry);
+    AttentionOutcome outcome = outcomeOf(entry);
     finishIfOver(item.id);
     return outcome;
 }
 
-bool OpenItems::opensAtOnce(const Item &item, const Decision &decision) const
+bool OpenItems::opensAtOnce(const AttentionItem &item, const Decision &decision) const
 {
     const bool isSilent = item.sound.isEmpty() && !item.soundFollows && item.speech.isEmpty() &&
                           !decision.treatment.sound && !decision.isSpoken;
@@ -210,7 +210,7 @@ void OpenItems::openAgain(const HistoryEntry &entry)
     Decision decision;
     decision.priority = TavoNotificationItemPriority::Enum(entry.priority);
     decision.treatment.mustSee = true;
-    const Item item = itemOf(entry);
+    const AttentionItem item = itemOf(entry);
     if (isOpen(item.id)) {
         return;
     }
@@ -219,10 +219,10 @@ void OpenItems::openAgain(const HistoryEntry &entry)
     show(opened);
 }
 
-TavoAttentionOutcome OpenItems::replace(const Item &item, const Decision &decision)
+AttentionOutcome OpenItems::replace(const AttentionItem &item, const Decision &decision)
 {
     Entry &entry = *m_entries.find(item.id);
-    const Item previous = std::exchange(entry.item, item);
+    const AttentionItem previous = std::exchange(entry.item, item);
     entry.item.source = previous.source; // nothing is of another program all of a sudden
     const Decision decided = std::exchange(entry.decision, decision);
     if (entry.isShown() && decision.isShown) {
@@ -238,12 +238,12 @@ TavoAttentionOutcome OpenItems::replace(const Item &item, const Decision &decisi
         cancelSounds(entry);
         startRequested(entry, item.sound, decision.priority);
     }
-    TavoAttentionOutcome outcome = outcomeOf(entry);
+    AttentionOutcome outcome = outcomeOf(entry);
     finishIfOver(item.id);
     return outcome;
 }
 
-OpenItems::Entry &OpenItems::insert(const Item &item, const Decision &decision)
+OpenItems::Entry &OpenItems::insert(const AttentionItem &item, const Decision &decision)
 {
     ++m_counts[item.source];
     Entry &entry = m_entries[item.id];
@@ -252,23 +252,13 @@ OpenItems::Entry &OpenItems::insert(const Item &item, const Decision &decision)
     return entry;
 }
 
-TavoAttentionOutcome OpenItems::outcomeOf(const Entry &entry) const
+AttentionOutcome OpenItems::outcomeOf(const Entry &entry) const
 {
-    // To change a copy is quicker than to add each field.
-    static const TavoAttentionOutcome usual =
-        TavoAttentionOutcome().setId({}).setShown(true).setSounding(false).setReason({}).setRules(
-            {});
-    TavoAttentionOutcome outcome = usual;
-    outcome.setId(entry.item.id);
-    if (!entry.isShown()) {
-        outcome.setShown(false);
-    }
-    if (!entry.sounds.isEmpty() || entry.awaitedSpeech != 0) {
-        outcome.setSounding(true);
-    }
-    if (!entry.decision.reason.isEmpty()) {
-        outcome.setReason(entry.decision.reason);
-    }
+    AttentionOutcome outcome;
+    outcome.id = entry.item.id;
+    outcome.isShown = entry.isShown();
+    outcome.isSounding = !entry.sounds.isEmpty() || entry.awaitedSpeech != 0;
+    outcome.reason = entry.decision.reason;
     return outcome;
 }
 
@@ -324,7 +314,7 @@ QString OpenItems::pileOf(const Entry &entry) const
     return entry.isOpened() ? QString() : pileOf(entry.item, entry.decision);
 }
 
-QString OpenItems::pileOf(const Item &item, const Decision &decision) const
+QString OpenItems::pileOf(const AttentionItem &item, const Decision &decision) const
 {
     const Treatment &treatment = decision.treatment;
     if (groupFrom(decision) == 0 || treatment.mustSee.value_or(false) ||
@@ -430,7 +420,7 @@ void OpenItems::on_groups_ended(const QStringList &ids, TavoNotificationDisplayE
 
 void OpenItems::fillNode(Entry &entry)
 {
-    const Item &item = entry.item;
+    const AttentionItem &item = entry.item;
     const auto bind = [this](CMActivateNode *action) {
         action->setInvoke(this, &OpenItems::on_action_activated, Qt::QueuedConnection);
     };
@@ -447,7 +437,9 @@ void OpenItems::requestDisplay(Entry &entry)
                     : entry.requests == 1
                         ? entry.item.id
                         : entry.item.id + QLatin1Char('/') + QString::number(entry.requests);
-    m_requests.insert(entry.request, entry.item.id);
+    if (entry.request != entry.item.id) {
+        m_requests.insert(entry.request, entry.item.id);
+    }
     const auto item =
         TavoNotificationDisplayItem()
             .setId(entry.request)
@@ -742,9 +734,9 @@ void OpenItems::on_display_ended(const CMPath & /*path*/, const QVariant &value)
 {
     const Entrance::Hold held = m_entrance.hold();
     const auto ended = TavoValue(value.toHash()).displayEnded();
-    const QString id = m_requests.value(ended.id());
+    const QString id = m_requests.value(ended.id(), ended.id());
     const auto entry = m_entries.find(id);
-    if (entry == m_entries.end()) {
+    if (entry == m_entries.end() || entry->request != ended.id()) {
         m_groups.displayEnded(ended);
         return;
     }

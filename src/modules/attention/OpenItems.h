@@ -5,9 +5,9 @@
 
 #include "Entrance.h"
 #include "history/History.h"
-#include "Item.h"
 #include "MessageGroups.h"
 #include "speech/Speech.h"
+#include <base/AttentionItem.h>
 #include <base/MessageNode.h>
 #include <core/tavo.h>
 
@@ -39,17 +39,17 @@ public:
     void setGroupFrom(int count) { m_groupFrom = count; }
 
     /// Opens a notification, whose id is not open, as decided.
-    TavoAttentionOutcome open(const Item &item, const Decision &decision);
+    AttentionOutcome open(const AttentionItem &item, const Decision &decision);
 
     /// Whether open() takes no more than to have the requester's own node displayed. Then it may be called in
     /// any thread, within a hold of the entrance.
-    bool opensAtOnce(const Item &item, const Decision &decision) const;
+    bool opensAtOnce(const AttentionItem &item, const Decision &decision) const;
 
     /// Opens one again that the history has as open.
     void openAgain(const HistoryEntry &entry);
 
     /// Changes one that is open. A message that the new decision does not show is closed.
-    TavoAttentionOutcome replace(const Item &item, const Decision &decision);
+    AttentionOutcome replace(const AttentionItem &item, const Decision &decision);
 
     /// Plays a sound of a notification with its priority or a lower one, or cancels it at once if it is to be
     /// kept from people, or the notification is over. An empty sound: there is none after all.
@@ -76,7 +76,7 @@ private Q_SLOTS:
 private:
     struct Entry
     {
-        Item item{};
+        AttentionItem item{};
         Decision decision{};
         qint64 number = 0;                 ///< in the history
         CMPath path{};                     ///< of its message
@@ -108,14 +108,14 @@ private:
         bool isCancelled = false;
     };
 
-    Entry &insert(const Item &item, const Decision &decision);
-    TavoAttentionOutcome outcomeOf(const Entry &entry) const;
+    Entry &insert(const AttentionItem &item, const Decision &decision);
+    AttentionOutcome outcomeOf(const Entry &entry) const;
 
     void show(Entry &entry);
 
     /// Which messages may be shown as one with it.
     QString pileOf(const Entry &entry) const;
-    QString pileOf(const Item &item, const Decision &decision) const;
+    QString pileOf(const AttentionItem &item, const Decision &decision) const;
     int groupFrom(const Decision &decision) const;
 
     /// Whether one more of the pile makes a group, or is one more of it.
@@ -155,9 +155,10 @@ private:
     Speech &m_speech;
     CMValueNode *m_ended;
     CMPath m_responsePath;
-    Entries m_entries;                   ///< by id
-    QHash<QString, int> m_counts;        ///< of open ones, by source
-    QHash<QString, QString> m_requests;  ///< ids of notifications, by the requests to show them
+    Entries m_entries;            ///< by id
+    QHash<QString, int> m_counts; ///< of open ones, by source
+    /// Ids of notifications, by the requests to show them that have other ids.
+    QHash<QString, QString> m_requests;
     QHash<QString, QStringList> m_piles; ///< ids of those that are shown alone, by pile
     MessageGroups m_groups;              ///< by pile
     int m_groupFrom = 0;

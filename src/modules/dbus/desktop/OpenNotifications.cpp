@@ -28,27 +28,21 @@ TavoAttentionEnd::Enum attentionEndFor(OpenNotifications::Reason reason, bool is
     return TavoAttentionEnd::Expired; // nobody has attended to it
 }
 
-TavoAttentionItem attentionItemOf(const DesktopNotification &notification)
+AttentionItem attentionItemOf(const DesktopNotification &notification)
 {
-    TavoAttentionItem item;
-    item.setTitle(notification.title)
-        .setText(notification.text)
-        .setApplication(notification.application)
-        .setSource(notification.desktopEntry.isEmpty() ? notification.application
-                                                       : notification.desktopEntry);
-    // Each field that is left out makes the request quicker.
-    if (!notification.category.isEmpty()) {
-        item.setCategory(notification.category);
-    }
-    if (notification.isTransient) {
-        item.setTransient(true);
-    }
+    AttentionItem item;
+    item.title = notification.title;
+    item.text = notification.text;
+    item.application = notification.application;
+    item.source = notification.desktopEntry;
+    item.category = notification.category;
+    item.isTransient = notification.isTransient;
     return item;
 }
 
 bool isShownByAttention(const CMReply<QVariant> &reply)
 {
-    return TavoValue(reply.value().toHash()).attentionOutcome().shown();
+    return attentionOutcomeIn(reply.value()).isShown;
 }
 
 OpenNotifications::Reason reasonFor(TavoAttentionEnd::Enum end)
@@ -90,6 +84,7 @@ OpenNotifications::OpenNotifications(CMNodes *nodes)
     : m_nodes(nodes)
     , m_hasAttention(CMCatalog::entry(TavoAttentionNotifyPath()).has_value())
 {
+    registerAttentionTypes();
     CMRoot()->connectNodeChange(TavoAttentionNotifyPath(), this,
                                 &OpenNotifications::on_attention_nodeChanged);
     CMRoot()->connectValueChange(TavoAttentionEndedPath(), this,
@@ -118,8 +113,8 @@ CMError OpenNotifications::open(quint32 id, const DesktopNotification &notificat
     Q_ASSERT(id != 0 && !isOpen(id));
     const auto entry = m_entries.insert(id, Entry{NotificationNode(m_nodes, id)});
     fill(id, *entry, notification);
-    if (hasSound && !entry->item.isEmpty()) {
-        entry->item.setSoundFollows(true);
+    if (hasSound && entry->item) {
+        entry->item->soundFollows = true;
     }
     CMRoot()->connectRowsChange(entry->node.path(), this,
                                 &OpenNotifications::on_notification_rowsChanged);
@@ -129,9 +124,9 @@ CMError OpenNotifications::open(quint32 id, const DesktopNotification &notificat
         withdraw(entry);
         return error;
     }
-    if (entry->item.soundFollows()) {
+    if (entry->item) {
         // Whatever shows it anew later comes without a sound.
-        entry->item.setSoundFollows(false);
+        entry->item->soundFollows = false;
     }
     return error;
 }
@@ -154,7 +149,10 @@ void OpenNotifications::fill(quint32 id, Entry &entry, const DesktopNotification
     entry.priority = notification.priority;
     entry.timeout = notification.timeout;
     entry.isResident = notification.isResident;
-    entry.item = m_hasAttention ? attentionItemOf(notification) : TavoAttentionItem();
+    entry.item.reset();
+    if (m_hasAttention) {
+        entry.item = attentionItemOf(notification);
+    }
     entry.node.show(notification, [this](CMActivateNode *action) {
         action->setInvoke(this, &OpenNotifications::on_action_activated, Qt::QueuedConnection);
     });
@@ -202,15 +200,15 @@ CMReply<QVariant> OpenNotifications::show(quint32 id, Entry &entry)
 
 CMReply<QVariant> OpenNotifications::requestDisplay(quint32 id, Entry &entry)
 {
-    entry.isAttended = !entry.item.isEmpty();
+    entry.isAttended = entry.item.has_value();
     if (entry.isAttended) {
         m_attended.insert(entry.request, id);
-        entry.item.setId(entry.request)
-            .setPath(entry.node.path())
-            .setPriority(entry.priority)
-            .setTimeout(entry.timeout);
-        return CMRoot()->invoke(TavoAttentionNotifyPath(), TavoValue().setAttentionItem(entry.item),
-                                {});
+        entry.item->id = entry.request;
+        entry.item->path = entry.node.path();
+        entry.item->priority = entry.priority;
+        entry.item->timeout = entry.timeout;
+        return CMRoot()->invoke(TavoAttentionNotifyPath(), QVariant::fromValue(*entry.item),
+                                CMReply<QVariant>());
     }
     const auto item = TavoNotificationDisplayItem()
                           .setId(entry.request)
@@ -357,7 +355,7 @@ void OpenNotifications::on_display_ended(const CMPath & /*path*/, const QVariant
     }
     if (entry->givesWay && ended.end() == TavoNotificationDisplayEnd::Cancelled) {
         entry->timeout = entry->timeout > 0 ? std::max(ended.remaining(), 1) : 0;
-        entry->item = {}; // it has been decided about already
+        entry->item.reset(); // it has been decided about already
         show(id, *entry);
     } else if (!entry->isAttended || ended.end() != TavoNotificationDisplayEnd::Cancelled) {
         // That module takes a message off the display also to show it as one with others.

@@ -8,10 +8,13 @@
 #include "modules/dbus/clients/LeftMessages.h"
 #include "NotificationIds.h"
 #include "NotificationNode.h"
+#include <base/AttentionItem.h>
 #include <core/tavo.h>
 
 #include <QHash>
 #include <QObject>
+
+#include <optional>
 
 /// The desktop notifications that are open, each a node of the model that the display is asked to
 /// show.
@@ -101,7 +104,7 @@ private:
         TavoNotificationItemPriority::Enum priority = TavoNotificationItemPriority::Normal;
         int timeout = 0;
         /// What the module for attention decides about; empty without it.
-        TavoAttentionItem item{};
+        std::optional<AttentionItem> item{};
         bool isAttended = false; ///< that module has the last request to show it
         bool isResident = false;
         bool isAwaited = false; ///< the display has not replied to the last request
