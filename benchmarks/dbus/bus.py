@@ -53,6 +53,11 @@ class Process:
         sizes = {name[:-1]: int(value) for name, value, *_ in map(str.split, lines)}
         return 1024 * (sizes["Private_Clean"] + sizes["Private_Dirty"])
 
+    def processor_seconds(self):
+        """The processor time of all threads that run."""
+        threads = pathlib.Path(f"/proc/{self.process.pid}/task").iterdir()
+        return 1e-9 * sum(int((thread / "schedstat").read_text().split()[0]) for thread in threads)
+
     def wait_until_quiet(self):
         """Waits until the program has finished its earlier work."""
         last = None
