@@ -92,6 +92,7 @@ QString AttentionView::emptyText() const
 
 void AttentionView::open()
 {
+    m_attention.followHistory(true); // before it is read, so that no change is missed
     m_history.reload(m_isOnlyMissed);
 }
 
@@ -102,6 +103,7 @@ void AttentionView::close()
             m_attention.markSeen(shown.first, shown.last);
         }
     }
+    m_attention.followHistory(false);
     m_history.clear();
     m_isOnlyMissed = false;
 }

@@ -49,7 +49,7 @@ public:
     QString quietText() const;
     QString emptyText() const; ///< instead of a list that is empty
 
-    /// Reads the history from its newest entry on.
+    /// Reads the history from its newest entry on, and follows it.
     void open();
     /// Forgets it, and reports what was shown of it as seen.
     void close();

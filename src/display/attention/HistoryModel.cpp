@@ -4,12 +4,14 @@
 #include "display/attention/HistoryModel.h"
 
 #include "display/text/ShownText.h"
+#include <core/base/connect.h>
 
 #include <QDateTime>
 #include <QLocale>
 
 namespace {
 constexpr int pageSize = 30;
+constexpr int updateDelayMs = 250;
 
 bool isMissed(TavoAttentionState::Enum state)
 {
@@ -21,6 +23,11 @@ HistoryModel::HistoryModel(HostAttention &attention, QObject *parent)
     : QAbstractListModel(parent)
     , m_attention(attention)
 {
+    m_updateTimer.setSingleShot(true);
+    m_updateTimer.setInterval(updateDelayMs);
+    tavoConnect(&m_updateTimer, &QTimer::timeout, this, &HistoryModel::on_updateTimer_timeout);
+    tavoConnect(&attention, &HostAttention::historyChanged, this,
+                &HistoryModel::on_attention_historyChanged);
 }
 
 void HistoryModel::reload(bool isOnlyMissed)
@@ -34,6 +41,8 @@ void HistoryModel::reload(bool isOnlyMissed)
 void HistoryModel::clear()
 {
     ++m_reading;
+    m_isUpdating = false;
+    m_updateTimer.stop();
     beginResetModel();
     m_records.clear();
     m_hasMore = false;
@@ -52,6 +61,8 @@ QVariant HistoryModel::data(const QModelIndex &index, int role) const
 {
     const TavoAttentionRecord &record = m_records.at(index.row());
     switch (role) {
+    case NumberRole:
+        return record.number();
     case TitleRole: {
         const QString title = shownLine(record.title());
         return title.isEmpty() && record.text().isEmpty() ? tr("No text was kept") : title;
@@ -73,8 +84,9 @@ QVariant HistoryModel::data(const QModelIndex &index, int role) const
 
 QHash<int, QByteArray> HistoryModel::roleNames() const
 {
-    return {{TitleRole, "title"}, {TextRole, "body"},       {SenderRole, "sender"},
-            {TimeRole, "time"},   {OutcomeRole, "outcome"}, {MissedRole, "isMissed"}};
+    return {{NumberRole, "number"},  {TitleRole, "title"}, {TextRole, "body"},
+            {SenderRole, "sender"},  {TimeRole, "time"},   {OutcomeRole, "outcome"},
+            {MissedRole, "isMissed"}};
 }
 
 bool HistoryModel::canFetchMore(const QModelIndex & /*parent*/) const
@@ -119,6 +131,80 @@ void HistoryModel::append(const TavoAttentionPage &page)
         endInsertRows();
     }
     Q_EMIT changed();
+}
+
+void HistoryModel::on_attention_historyChanged()
+{
+    if (!m_updateTimer.isActive()) {
+        m_updateTimer.start();
+    }
+}
+
+void HistoryModel::on_updateTimer_timeout()
+{
+    if (m_isUpdating) {
+        m_updateTimer.start();
+        return;
+    }
+    m_isUpdating = true;
+    const auto query = TavoAttentionQuery()
+                           .setLimit(qBound(pageSize, m_records.size(), maxUpdated))
+                           .setMissed(m_query.missed());
+    m_attention.readPage(query, [this, reading = m_reading](const Result<TavoAttentionPage> &page) {
+        if (reading != m_reading) {
+            return;
+        }
+        m_isUpdating = false;
+        if (const auto *read = std::get_if<TavoAttentionPage>(&page)) {
+            merge(*read);
+        }
+    });
+}
+
+/// Takes the newest rows from the page. What is older than the rows that have been read is left to fetchMore().
+void HistoryModel::merge(const TavoAttentionPage &page)
+{
+    if (m_records.isEmpty() || page.next() > m_records.first().number()) {
+        clear();
+        append(page);
+        return;
+    }
+    const qint64 oldest = qMax(page.next(), m_hasMore ? m_query.before() : 0);
+    const auto records = page.records();
+    int row = 0;
+    for (int i = 0; i < records.size() && records.at(i).number() >= oldest; ++i, ++row) {
+        const TavoAttentionRecord record = records.at(i);
+        while (row < m_records.size() && m_records[row].number() > record.number()) {
+            remove(row);
+        }
+        if (row == m_records.size() || m_records[row].number() < record.number()) {
+            insert(row, record);
+        } else if (!(m_records[row] == record)) {
+            m_records[row] = record;
+            Q_EMIT dataChanged(index(row), index(row));
+        }
+    }
+    while (row < m_records.size() && m_records[row].number() >= oldest) {
+        remove(row);
+    }
+    if (m_records.isEmpty() && canFetchMore({})) {
+        fetchMore({});
+    }
+    Q_EMIT changed();
+}
+
+void HistoryModel::insert(int row, const TavoAttentionRecord &record)
+{
+    beginInsertRows({}, row, row);
+    m_records.insert(row, record);
+    endInsertRows();
+}
+
+void HistoryModel::remove(int row)
+{
+    beginRemoveRows({}, row, row);
+    m_records.remove(row);
+    endRemoveRows();
 }
 
 QString HistoryModel::timeText(qint64 time, const QDateTime &now)

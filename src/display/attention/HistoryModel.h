@@ -6,10 +6,14 @@
 #include "display/attention/HostAttention.h"
 
 #include <QAbstractListModel>
+#include <QTimer>
 #include <QVector>
 
 /// The notifications of the past, the newest first, for a view that reads more of them when its last one
 /// comes into sight. All texts are limited.
+///
+/// Follows the host's history: rows come, change and go as their notifications do, among the newest maxUpdated.
+/// If more than can be read at once have come meanwhile, it begins again with the newest ones.
 class HistoryModel : public QAbstractListModel
 {
     Q_OBJECT
@@ -18,7 +22,17 @@ class HistoryModel : public QAbstractListModel
     Q_PROPERTY(QString failure READ failure NOTIFY changed)
 
 public:
-    enum Role { TitleRole = Qt::UserRole, TextRole, SenderRole, TimeRole, OutcomeRole, MissedRole };
+    enum Role {
+        NumberRole = Qt::UserRole,
+        TitleRole,
+        TextRole,
+        SenderRole,
+        TimeRole,
+        OutcomeRole,
+        MissedRole
+    };
+
+    static constexpr int maxUpdated = 200;
 
     explicit HistoryModel(HostAttention &attention, QObject *parent = nullptr);
 
@@ -47,8 +61,15 @@ public:
 Q_SIGNALS:
     void changed();
 
+private Q_SLOTS:
+    void on_attention_historyChanged();
+    void on_updateTimer_timeout();
+
 private:
     void append(const TavoAttentionPage &page);
+    void merge(const TavoAttentionPage &page);
+    void insert(int row, const TavoAttentionRecord &record);
+    void remove(int row);
 
     HostAttention &m_attention;
     QVector<TavoAttentionRecord> m_records;
@@ -57,4 +78,6 @@ private:
     bool m_isReading = false;
     QString m_failure;
     int m_reading = 0; ///< counts the calls of reload() and clear()
+    bool m_isUpdating = false;
+    QTimer m_updateTimer;
 };

@@ -6,6 +6,8 @@
 #include <core/base/connect.h>
 #include <core/records/value.h>
 
+#include <utility>
+
 HostAttention::HostAttention(TavoClient &client, QObject *parent)
     : QObject(parent)
     , m_client(client)
@@ -23,6 +25,18 @@ void HostAttention::start()
     m_client.subscribe(TavoAttentionDoNotDisturbPath(), TavoClient::Change::Node);
     m_client.subscribe(TavoAttentionDoNotDisturbPath(), TavoClient::Change::Value);
     m_client.subscribe(TavoAttentionMissedPath(), TavoClient::Change::Value);
+}
+
+void HostAttention::followHistory(bool isFollowed)
+{
+    if (std::exchange(m_isHistoryFollowed, isFollowed) == isFollowed) {
+        return;
+    }
+    if (isFollowed) {
+        m_client.subscribe(TavoAttentionHistoryStatePath(), TavoClient::Change::Value);
+    } else {
+        m_client.unsubscribe(TavoAttentionHistoryStatePath(), TavoClient::Change::Value);
+    }
 }
 
 void HostAttention::readPage(const TavoAttentionQuery &query, const PageReceiver &receiver)
@@ -76,6 +90,8 @@ void HostAttention::on_client_changesDropped(const CMPath &path)
 {
     if (path == TavoAttentionDoNotDisturbPath() || path == TavoAttentionMissedPath()) {
         read(path);
+    } else if (path == TavoAttentionHistoryStatePath()) {
+        Q_EMIT historyChanged();
     }
 }
 
@@ -95,6 +111,9 @@ void HostAttention::on_client_valueChanged(const CMPath &path, const QVariant &v
         m_doNotDisturb = TavoValue(value.toHash()).attentionDoNotDisturb();
     } else if (path == TavoAttentionMissedPath()) {
         m_missedCount = TavoValue(value.toHash()).int_();
+    } else if (path == TavoAttentionHistoryStatePath()) {
+        Q_EMIT historyChanged();
+        return;
     } else {
         return;
     }

@@ -29,6 +29,9 @@ public:
     /// How many notifications of the past nobody has seen.
     int missedCount() const { return m_missedCount; }
 
+    /// Reports changes of the history, or no longer.
+    void followHistory(bool isFollowed);
+
     /// The receiver is called once, from the event loop.
     void readPage(const TavoAttentionQuery &query, const PageReceiver &receiver);
 
@@ -39,6 +42,8 @@ public:
 
 Q_SIGNALS:
     void changed();
+    /// Notifications have come, or something has become of them.
+    void historyChanged();
 
 private Q_SLOTS:
     void on_client_availableChanged(bool available);
@@ -54,4 +59,5 @@ private:
     bool m_isLoaded = false;
     TavoAttentionDoNotDisturb m_doNotDisturb;
     int m_missedCount = 0;
+    bool m_isHistoryFollowed = false;
 };

@@ -104,8 +104,8 @@ Rectangle {
         ListView {
             id: list
 
-            // The row of which all of the text is shown.
-            property int opened: -1
+            // The entry of which all of the text is shown, by its number.
+            property var opened: 0
 
             anchors.fill: parent
             focus: true
@@ -144,7 +144,7 @@ Rectangle {
 
             Connections {
                 target: attention.history
-                function onModelReset() { list.opened = -1 }
+                function onModelReset() { list.opened = 0 }
             }
 
             Keys.onPressed: {
@@ -159,13 +159,13 @@ Rectangle {
             delegate: Rectangle {
                 id: entry
 
-                readonly property bool isOpened: list.opened === index
+                readonly property bool isOpened: list.opened === number
                 // The names of the model, which the items below may not hide.
                 readonly property string heading: title
 
                 function toggle() {
                     list.currentIndex = index
-                    list.opened = isOpened ? -1 : index
+                    list.opened = isOpened ? 0 : number
                 }
 
                 width: list.width

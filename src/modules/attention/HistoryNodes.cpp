@@ -53,15 +53,17 @@ HistoryNodes::HistoryNodes(CMNodes *nodes, History &history, const QString &file
     , m_state(CMValueNode::create(nodes, TavoAttentionHistoryStatePath()))
     , m_missed(CMValueNode::create(nodes, TavoAttentionMissedPath()))
 {
-    setState(
-        file.isEmpty()
-            ? QStringLiteral("the configuration names no file; notifications are not remembered")
-            : QString());
+    if (file.isEmpty()) {
+        m_reason =
+            QStringLiteral("the configuration names no file; notifications are not remembered");
+    }
+    publishState();
     on_history_missedChanged(m_history.missed());
     CMActivateNode::create(nodes, TavoAttentionHistoryPath())
         ->setInvoke(this, &HistoryNodes::on_history_activated, Qt::QueuedConnection);
     CMActivateNode::create(nodes, TavoAttentionMarkSeenPath())
         ->setInvoke(this, &HistoryNodes::on_markSeen_activated, Qt::QueuedConnection);
+    tavoConnect(&m_history, &History::changed, this, &HistoryNodes::on_history_changed);
     tavoConnect(&m_history, &History::missedChanged, this, &HistoryNodes::on_history_missedChanged);
     tavoConnect(&m_history, &History::failed, this, &HistoryNodes::on_history_failed);
     tavoConnect(&m_history, &History::recovered, this, &HistoryNodes::on_history_recovered);
@@ -88,6 +90,12 @@ void HistoryNodes::on_markSeen_activated(const CMSetDataRequest &request)
     request.reply().setValue(QVariant());
 }
 
+void HistoryNodes::on_history_changed()
+{
+    ++m_changes;
+    publishState();
+}
+
 void HistoryNodes::on_history_missedChanged(int missed)
 {
     m_missed->setValue(TavoValue().setInt_(missed));
@@ -96,13 +104,15 @@ void HistoryNodes::on_history_missedChanged(int missed)
 void HistoryNodes::on_history_failed(const QString &reason)
 {
     LOG4CPLUS_ERROR(logger, reason.toStdString());
-    setState(reason);
+    m_reason = reason;
+    publishState();
 }
 
 void HistoryNodes::on_history_recovered(int lost)
 {
     LOG4CPLUS_INFO(logger, "Notifications are remembered again; lost: " << lost);
-    setState({});
+    m_reason.clear();
+    publishState();
 }
 
 void HistoryNodes::on_history_damaged(const QString &reason)
@@ -110,8 +120,11 @@ void HistoryNodes::on_history_damaged(const QString &reason)
     LOG4CPLUS_ERROR(logger, reason);
 }
 
-void HistoryNodes::setState(const QString &reason)
+void HistoryNodes::publishState()
 {
-    m_state->setValue(TavoValue().setAttentionHistory(
-        TavoAttentionHistory().setKept(reason.isEmpty()).setFile(m_file).setReason(reason)));
+    m_state->setValue(TavoValue().setAttentionHistory(TavoAttentionHistory()
+                                                          .setKept(m_reason.isEmpty())
+                                                          .setFile(m_file)
+                                                          .setReason(m_reason)
+                                                          .setChanges(m_changes)));
 }

@@ -22,17 +22,19 @@ public:
 private Q_SLOTS:
     void on_history_activated(const CMSetDataRequest &request);
     void on_markSeen_activated(const CMSetDataRequest &request);
+    void on_history_changed();
     void on_history_missedChanged(int missed);
     void on_history_failed(const QString &reason);
     void on_history_recovered(int lost);
     void on_history_damaged(const QString &reason);
 
 private:
-    /// Publishes whether notifications are remembered; without a reason, they are.
-    void setState(const QString &reason);
+    void publishState();
 
     History &m_history;
     const QString m_file;
+    QString m_reason; ///< why notifications are not remembered; empty if they are
+    qint64 m_changes = 0;
     CMValueNode *m_state;  ///< owned by the node set
     CMValueNode *m_missed; ///< owned by the node set
 };

@@ -46,6 +46,18 @@ TEST_F(AttentionHistoryTest, RemembersWhatCameAndWhatBecameOfIt)
     EXPECT_GT(newest[0].time(), 0);
 }
 
+TEST_F(AttentionHistoryTest, ReportsThatItHasChanged)
+{
+    const auto changes = [] {
+        return valueAt(TavoAttentionHistoryStatePath()).attentionHistory().changes();
+    };
+    notify(message("1"_s));
+    EXPECT_TRUE(waitFor([&] { return changes() == 1; }));
+    requestClose("1"_s).succeeds();
+    EXPECT_TRUE(waitFor([&] { return changes() == 2; }));
+    EXPECT_EQ(stateOf("1"_s), State::Dismissed);
+}
+
 TEST_F(AttentionHistoryTest, CountsWhatNobodyHasSeen)
 {
     setDoNotDisturb(true);

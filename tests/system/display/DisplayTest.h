@@ -76,16 +76,15 @@ protected:
         ASSERT_TRUE(m_host->waitForLog("Serving org.freedesktop.Notifications"));
     }
 
-    /// A host with the module for attention, which people have not set up.
-    void startAttention()
+    /// A host with the module for attention.
+    void startAttention(const QByteArray &settings = "{}")
     {
-        const QString settings = m_folder.filePath("attention.json");
-        QFile file(settings);
+        QFile file(m_folder.filePath("attention.json"));
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("{}");
+        file.write(settings);
         file.close();
         const QJsonObject history{{"file", m_folder.filePath("history.db")}};
-        const QJsonObject config{{"settings", settings},
+        const QJsonObject config{{"settings", file.fileName()},
                                  {"history", history},
                                  {"speech", QJsonObject{{"command", QJsonArray{}}}}};
         startHost({}, {QJsonObject{{"name", "attention"}, {"config", config}}});
@@ -104,14 +103,19 @@ protected:
     void miss(int count)
     {
         for (int i = 1; i <= count; ++i) {
-            m_client.call(
-                TavoAttentionNotifyPath(),
-                TavoValue().setAttentionItem(TavoAttentionItem()
-                                                 .setTitle(QString::number(i))
-                                                 .setText(QStringLiteral("A text"))
-                                                 .setApplication(QStringLiteral("mail"))));
+            notify(QString::number(i));
         }
         ASSERT_TRUE(waitFor([&] { return missed() == count; }));
+    }
+
+    /// Notifies people, as their rules allow.
+    void notify(const QString &title)
+    {
+        m_client.call(TavoAttentionNotifyPath(),
+                      TavoValue().setAttentionItem(TavoAttentionItem()
+                                                       .setTitle(title)
+                                                       .setText(QStringLiteral("A text"))
+                                                       .setApplication(QStringLiteral("mail"))));
     }
 
     int missed()

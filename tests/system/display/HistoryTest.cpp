@@ -141,6 +141,22 @@ TEST_F(DisplayHistoryTest, readsTheNextPageAtItsEnd)
     EXPECT_TRUE(missedTitles().contains("50")); // which was jumped over
 }
 
+TEST_F(DisplayHistoryTest, listsWhatComesWhileItIsOpen)
+{
+    startQuiet(1);
+    ASSERT_EQ(openHistory(), 0);
+    ASSERT_TRUE(waitForHistory());
+    const QRect second(s_insideOfHistory.x() - 280, 310, 280, 50);
+    const auto isEmpty = [second](const QImage &picture) {
+        QImage empty = picture.copy(second);
+        empty.fill(background(Priority::Normal));
+        return picture.copy(second) == empty;
+    };
+    EXPECT_TRUE(m_server.waitForPicture(isEmpty));
+    notify("2");
+    EXPECT_TRUE(m_server.waitForPicture([&](const QImage &picture) { return !isEmpty(picture); }));
+}
+
 TEST_F(DisplayHistoryTest, goesWithTheHost)
 {
     startQuiet(1);

@@ -136,6 +136,8 @@ TEST_F(DisplayScreenReaderTest, findsTheMarkAndReadsTheHistoryThatItOpens)
     EXPECT_TRUE(m_reader.hears("list item: 1: mail. "));
     EXPECT_TRUE(m_reader.hears(". missed, do not disturb. A text\n"));
     EXPECT_TRUE(m_reader.hears("dialog: History"));
+    notify("Parcel");
+    EXPECT_TRUE(m_reader.hears("list item: Parcel: mail. "));
 }
 
 TEST_F(DisplayWaylandScreenReaderTest, speaksAnUrgentMessageAndClosesIt)

@@ -173,6 +173,7 @@ std::vector<RecordField> attentionFields()
         FIELD(History, kept, setKept, true),
         FIELD(History, file, setFile, text),
         FIELD(History, reason, setReason, text),
+        FIELD(History, changes, setChanges, qint64(1) << 40),
         FIELD(Rule, name, setName, text),
         FIELD(Rules, file, setFile, text),
         FIELD_KEY(Rules, isRead, setRead, "read", true),

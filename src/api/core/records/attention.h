@@ -58,7 +58,7 @@ TAVO_API_EXPORT CMPath TavoAttentionTryPath();
 /// a TavoValue with attentionPage().
 TAVO_API_EXPORT CMPath TavoAttentionHistoryPath();
 
-/// Value: a TavoValue with attentionHistory(): whether notifications are remembered.
+/// Value: a TavoValue with attentionHistory(): whether notifications are remembered. It changes when the history does.
 TAVO_API_EXPORT CMPath TavoAttentionHistoryStatePath();
 
 /// Value: a TavoValue with int_(), how many notifications of the past nobody has seen.
@@ -263,6 +263,8 @@ class TavoAttentionHistory : public TavoHash
     TAVO_FIELD(QString, file, setFile)
     /// Why they are not kept.
     TAVO_FIELD(QString, reason, setReason)
+    /// Counts up when notifications have come or changed, once for all that are written together.
+    TAVO_FIELD(qint64, changes, setChanges)
 };
 
 /// Which notifications of the past.

@@ -48,6 +48,7 @@ History::History(const HistorySettings &settings, QObject *parent)
     }
     m_writer = std::make_unique<HistoryWriter>(settings, *m_queue);
     const HistoryWriter *writer = m_writer.get();
+    tavoConnect(writer, &HistoryWriter::changed, this, &History::changed);
     tavoConnect(writer, &HistoryWriter::missedChanged, this, &History::on_writer_missedChanged);
     tavoConnect(writer, &HistoryWriter::leftOpen, this, &History::leftOpen);
     tavoConnect(writer, &HistoryWriter::failed, this, &History::failed);

@@ -58,6 +58,9 @@ public:
     static QString defaultFile();
 
 Q_SIGNALS:
+    /// Entries have come or changed. Emitted once for all that are written together.
+    void changed();
+
     void missedChanged(int missed);
 
     /// The entries with mustSee that were open when the last host ended. Emitted at most once, from the

@@ -228,15 +228,20 @@ void HistoryWriter::fail(const SqliteError &error)
 
 void HistoryWriter::applyAll()
 {
+    bool hasChanged = false;
     while (m_file && m_applied < m_uncommitted.size()) {
         try {
             m_file->apply(m_uncommitted[m_applied]);
             ++m_applied;
+            hasChanged = true;
         } catch (const SqliteError &error) {
             replaceFile(error);
         }
     }
     reportMissed();
+    if (hasChanged) {
+        Q_EMIT changed();
+    }
 }
 
 void HistoryWriter::commit()

@@ -33,6 +33,7 @@ public:
     void start();
 
 Q_SIGNALS:
+    void changed();
     void missedChanged(int missed);
     void leftOpen(const QVector<HistoryEntry> &entries);
     void failed(const QString &reason);
