@@ -100,33 +100,11 @@ void Calls::take(const FleetCall &call, const QByteArray &json, const QString &g
     if (m_pending.contains(call.id)) {
         return; // Its answer follows.
     }
-    try {
-        if (const auto stored = find(call.id)) {
-            if (stored->answer.isEmpty()) {
-                answer(call, QStringLiteral("the device could not keep the answer of this call"));
-            } else {
-                send(answerMessages(call, stored->answer));
-            }
-            return;
+    const QString refusal = refusalOf(call, json, deadline);
+    if (!refusal.isEmpty()) {
+        if (!answerAgain(call)) {
+            answer(call, refusal);
         }
-        if (deadline < now()) {
-            answer(call, QStringLiteral("too late"));
-            return;
-        }
-        if (const auto refusal = m_configuration.permissions.refusal(call)) {
-            answer(call, refusal->reason);
-            return;
-        }
-        if (json.size() > maxCallBytes || m_pending.size() >= maxPending ||
-            call.at > now() + dayMs) {
-            answer(call, json.size() > maxCallBytes       ? QStringLiteral("the call is too large")
-                         : m_pending.size() >= maxPending ? QStringLiteral("too many calls wait")
-                                                          : QStringLiteral("at: is too far away"));
-            return;
-        }
-    } catch (const SqliteError &error) {
-        FleetLog::error(QStringLiteral("a call can't be looked for: %1").arg(error.reason()));
-        answer(call, cannotRemember());
         return;
     }
     StoredCall stored;
@@ -140,6 +118,44 @@ void Calls::take(const FleetCall &call, const QByteArray &json, const QString &g
     pending.group = group;
     pending.deadline.setRemainingTime(qMax(deadline, call.at) - now());
     m_pending.insert(call.id, pending);
+}
+
+/// Why the call can't be carried out, unless it has been; empty if it can.
+QString Calls::refusalOf(const FleetCall &call, const QByteArray &json, qint64 deadline) const
+{
+    if (deadline < now()) {
+        return QStringLiteral("too late");
+    }
+    if (const auto refusal = m_configuration.permissions.refusal(call)) {
+        return refusal->reason;
+    }
+    if (json.size() > maxCallBytes) {
+        return QStringLiteral("the call is too large");
+    }
+    if (m_pending.size() >= maxPending) {
+        return QStringLiteral("too many calls wait");
+    }
+    return call.at > now() + dayMs ? QStringLiteral("at: is too far away") : QString();
+}
+
+/// Answers a call that the store has, and does nothing else.
+bool Calls::answerAgain(const FleetCall &call)
+{
+    try {
+        const auto stored = find(call.id);
+        if (!stored) {
+            return false;
+        }
+        if (stored->answer.isEmpty()) {
+            answer(call, QStringLiteral("the device could not keep the answer of this call"));
+        } else {
+            send(answerMessages(call, stored->answer));
+        }
+    } catch (const SqliteError &error) {
+        FleetLog::error(QStringLiteral("a call can't be found: %1").arg(error.reason()));
+        answer(call, cannotRemember());
+    }
+    return true;
 }
 
 /// What the store has, with all changes.
@@ -175,6 +191,9 @@ void Calls::commit()
         giveUp(changes, error.reason());
         return;
     }
+    for (const QString &id : changes.known) {
+        answerAgain(m_pending.take(id).call);
+    }
     for (const StoredCall &call : changes.begun) {
         if (m_pending.contains(call.id)) {
             start(call.id);
@@ -194,7 +213,9 @@ void Calls::giveUp(const StoreChanges &changes, const QString &reason)
         if (pending != m_pending.end()) {
             const FleetCall refused = pending->call;
             m_pending.erase(pending);
-            answer(refused, cannotRemember());
+            if (!answerAgain(refused)) {
+                answer(refused, cannotRemember());
+            }
         }
     }
 }
@@ -408,6 +429,7 @@ void Calls::endWithGroup(const FleetEvent &event, const QString &group)
     if (event.device == m_configuration.device) {
         return;
     }
+    commit(); // It may be a repeat that has arrived.
     const auto pending = m_pending.find(event.id);
     if (pending != m_pending.end() && pending->call.isEverywhere && pending->group == group) {
         if (pending->isRunning) {

@@ -55,6 +55,8 @@ private:
     };
 
     void resume();
+    QString refusalOf(const FleetCall &call, const QByteArray &json, qint64 deadline) const;
+    bool answerAgain(const FleetCall &call);
     std::optional<StoredCall> find(const QString &id);
     void commitSoon();
     void giveUp(const StoreChanges &changes, const QString &reason);

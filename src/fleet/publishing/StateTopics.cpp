@@ -8,6 +8,8 @@
 
 #include <QJsonDocument>
 
+#include <utility>
+
 namespace {
 constexpr int intervalMs = 100;
 
@@ -86,6 +88,10 @@ void StateTopics::showMessage(const TavoNotificationDisplayCurrent &current)
     if (!m_displayTimer.isActive()) {
         m_displayTimer.start();
         describe();
+    } else if (!m_isPaused) {
+        // Each message that is opened changes the number of those that wait.
+        m_isPaused = true;
+        m_client.unsubscribe(TavoNotificationDisplayCurrentPath(), TavoClient::Change::Value);
     }
 }
 
@@ -113,7 +119,10 @@ void StateTopics::describe()
 
 void StateTopics::on_displayTimer_timeout()
 {
-    if (m_described != m_displayChanges) {
+    if (std::exchange(m_isPaused, false)) {
+        m_client.subscribe(TavoNotificationDisplayCurrentPath(), TavoClient::Change::Value);
+        read(TavoNotificationDisplayCurrentPath());
+    } else if (m_described != m_displayChanges) {
         m_displayTimer.start();
         describe();
     }

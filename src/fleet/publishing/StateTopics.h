@@ -51,6 +51,7 @@ private:
     QTimer m_timer;
     TavoNotificationDisplayCurrent m_current;
     QTimer m_displayTimer;    ///< until the message on display is described again
+    bool m_isPaused = false;  ///< until then, its changes are not subscribed to
     int m_displayChanges = 0; ///< tells whether a description is still of the newest message
     int m_described = 0;      ///< the change whose message was described last
 };

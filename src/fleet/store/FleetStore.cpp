@@ -70,7 +70,8 @@ struct FleetStore::Statements
     SqliteStatement find{database, SELECT_CALLS "WHERE id = ?"};
     SqliteStatement begun{database, SELECT_CALLS "WHERE answer = '' ORDER BY number"};
     SqliteStatement open{database, SELECT_CALLS "WHERE open != 0 ORDER BY number"};
-    SqliteStatement begin{database, "INSERT INTO calls VALUES(?, ?, ?, '', '', 0, ?, ?)"};
+    SqliteStatement begin{
+        database, "INSERT INTO calls VALUES(?, ?, ?, '', '', 0, ?, ?) ON CONFLICT DO NOTHING"};
     SqliteStatement answer{database,
                            "UPDATE calls SET answer = ?, path = ?, open = ? WHERE id = ?"};
     SqliteStatement end{database, "UPDATE calls SET open = 0 WHERE id = ?"};
@@ -188,7 +189,9 @@ void FleetStore::write(StoreChanges &changes)
 {
     change([&] {
         for (const StoredCall &call : changes.begun) {
-            insert(call);
+            if (!insert(call)) {
+                changes.known.push_back(call.id);
+            }
         }
         for (const StoredCall &call : changes.answered) {
             m_statements->answer.run(call.answer, call.path, call.isOpen, call.id);
@@ -215,7 +218,7 @@ void FleetStore::removeSent()
     }
 }
 
-void FleetStore::insert(const StoredCall &call)
+bool FleetStore::insert(const StoredCall &call)
 {
     if (m_calls >= maxCalls) {
         // Many at once, because it takes a search.
@@ -223,8 +226,11 @@ void FleetStore::insert(const StoredCall &call)
         m_statements->forgetFirst.run(m_lastCall - maxCalls + forgottenAtOnce);
         m_calls -= m_statements->database.changedRows();
     }
-    ++m_calls;
-    m_statements->begin.run(call.id, call.call, call.group, call.forgetAfter, ++m_lastCall);
+    m_statements->begin.run(call.id, call.call, call.group, call.forgetAfter, m_lastCall + 1);
+    const bool isNew = m_statements->database.changedRows() > 0;
+    m_calls += isNew ? 1 : 0;
+    m_lastCall += isNew ? 1 : 0;
+    return isNew;
 }
 
 void FleetStore::insert(OutgoingMessage &message)

@@ -16,7 +16,8 @@ struct OutgoingMessage
     qint64 number = 0; ///< given by the store
     QString topic;
     QByteArray payload;
-    qint64 expires = 0; ///< of no use then, in ms since the epoch; the largest number: of use for ever
+    qint64 expires =
+        0; ///< of no use then, in ms since the epoch; the largest number: of use for ever
 };
 
 /// A call that the device has received.
@@ -39,6 +40,9 @@ struct StoreChanges
         answered;               ///< by their ids: answer, path and isOpen of calls that have begun
     std::vector<QString> ended; ///< ids of calls whose end is not awaited any more
     std::vector<OutgoingMessage> messages; ///< to be published
+
+    std::vector<QString>
+        known; ///< set by FleetStore::write(): ids in begun that the store had already
 
     bool isEmpty() const
     {
@@ -69,7 +73,7 @@ public:
 
     std::optional<StoredCall> find(const QString &id);
 
-    /// Writes all of this or nothing, and numbers the messages.
+    /// Writes all of this or nothing, and numbers the messages. A call that the store has is left as it is.
     void write(StoreChanges &changes);
 
     /// Removes a message from the file with the next one that is written, or by flush().
@@ -98,7 +102,7 @@ private:
     template <typename Change>
     void change(const Change &change);
     void removeSent();
-    void insert(const StoredCall &call);
+    bool insert(const StoredCall &call);
     void insert(OutgoingMessage &message);
     void makeRoom(qint64 bytes);
 

@@ -52,7 +52,7 @@ protected:
 
     void add(const QByteArray &payload, qint64 expires)
     {
-        write({{}, {}, {}, {message(payload, expires)}});
+        write({{}, {}, {}, {message(payload, expires)}, {}});
     }
 
     const qint64 m_later = QDateTime::currentMSecsSinceEpoch() + 1000000;
@@ -63,21 +63,21 @@ protected:
 
 TEST_F(FleetStoreTest, ACallIsRememberedInEachOfItsStates)
 {
-    write({{call("a")}, {}, {}, {}});
+    write({{call("a")}, {}, {}, {}, {}});
     ASSERT_EQ(reopened().begun().size(), 1U);
     EXPECT_EQ(store().begun()[0].group, "all");
     StoredCall answered = call("a");
     answered.answer = "shown";
     answered.path = "/m/1";
     answered.isOpen = true;
-    const auto messages = write({{}, {answered}, {}, {message("shown", m_later)}}).messages;
+    const auto messages = write({{}, {answered}, {}, {message("shown", m_later)}, {}}).messages;
     EXPECT_GT(messages[0].number, 0);
     EXPECT_TRUE(reopened().begun().empty());
     ASSERT_EQ(store().open().size(), 1U);
     EXPECT_EQ(store().open()[0].path, "/m/1");
     ASSERT_EQ(store().outgoing(0, 10).size(), 1U);
     store().remove(messages[0].number);
-    write({{}, {}, {"a"}, {message("ended", m_later)}});
+    write({{}, {}, {"a"}, {message("ended", m_later)}, {}});
     EXPECT_TRUE(reopened().open().empty());
     EXPECT_EQ(store().outgoing(0, 10).at(0).payload, "ended");
     ASSERT_TRUE(store().find("a"));
@@ -88,17 +88,28 @@ TEST_F(FleetStoreTest, ACallIsRememberedInEachOfItsStates)
 
 TEST_F(FleetStoreTest, WhatIsWrittenTogetherIsWrittenWhollyOrNotAtAll)
 {
-    write({{call("a")}, {}, {}, {}});
-    StoreChanges changes{{call("b"), call("a")}, {}, {}, {message("shown", m_later)}};
+    const QByteArray tooLarge(2 << 20, 'x');
+    StoreChanges changes{
+        {call("a")}, {}, {}, {message("shown", m_later), message(tooLarge, m_later)}, {}};
     EXPECT_THROW(store().write(changes), SqliteError);
-    EXPECT_FALSE(store().find("b"));
+    EXPECT_FALSE(store().find("a"));
     EXPECT_TRUE(reopened().outgoing(0, 1).empty());
+}
+
+TEST_F(FleetStoreTest, ACallThatIsThereStaysAsItIs)
+{
+    write({{call("a")}, {}, {}, {}, {}});
+    StoredCall other = call("a");
+    other.group = "other";
+    EXPECT_EQ(write({{other, call("b")}, {}, {}, {}, {}}).known, std::vector<QString>{"a"});
+    EXPECT_EQ(store().find("a")->group, "all");
+    EXPECT_TRUE(store().find("b"));
 }
 
 TEST_F(FleetStoreTest, TheExpiredGoFirstWhenThereAreTooManyMessages)
 {
     add("expired", 1);
-    const auto kept = write({{}, {}, {}, {message("kept", m_later)}}).messages[0];
+    const auto kept = write({{}, {}, {}, {message("kept", m_later)}, {}}).messages[0];
     for (int i = 2; i < FleetStore::maxOutgoing; ++i) {
         add("more", m_later);
     }
@@ -123,7 +134,7 @@ TEST_F(FleetStoreTest, ManyBytesAreTooManyAsWell)
 
 TEST_F(FleetStoreTest, ADamagedFileIsPutAside)
 {
-    write({{call("a")}, {}, {}, {}});
+    write({{call("a")}, {}, {}, {}, {}});
     m_store.reset();
     QFile file(m_file);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
