@@ -26,6 +26,7 @@
 #include <csignal>
 #include <cstdio>
 #include <dlfcn.h>
+#include <malloc.h>
 #include <stdexcept>
 #include <thread>
 
@@ -237,6 +238,7 @@ int run(int argc, char **argv, const CommandLine &line, const DisplayConfigurati
         return exitWith(noDisplay(*failure));
     }
     blockStopSignals();
+    mallopt(M_ARENA_MAX, 1); // Each heap takes memory, and the other threads use little of it.
     const Aside fontConfiguration(readFontConfiguration);
     Placement::preparePlatform();
     QGuiApplication::setAttribute(Qt::AA_EnableHighDpiScaling);

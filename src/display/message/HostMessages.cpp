@@ -8,12 +8,24 @@
 #include <core/base/connect.h>
 #include <core/records/value.h>
 
+#include <algorithm>
+
 namespace {
 constexpr int retryMs = 1000;
 
 CMPath currentPath()
 {
     return TavoNotificationDisplayCurrentPath();
+}
+
+/// Whether a text may go on.
+bool isCut(const QVariantList &rows)
+{
+    return std::any_of(rows.begin(), rows.end(), [](const QVariant &value) {
+        const TavoRoles row(value.toHash());
+        return std::max(row.title().toString().size(), row.markup().size()) >=
+               HostMessages::firstReadLength;
+    });
 }
 } // namespace
 
@@ -125,8 +137,9 @@ void HostMessages::setHead(const Head &head)
     if (head.path.isEmpty()) {
         follow({});
         m_isReadDue = false;
-        if (!m_shownHead.path.isEmpty()) {
+        if (!m_shownHead.path.isEmpty() || m_isExpected) {
             m_shownHead = {};
+            m_isExpected = false;
             Q_EMIT emptied();
         }
     } else if (!isSame) {
@@ -167,14 +180,20 @@ void HostMessages::readMessage()
     m_isReading = true;
     follow(m_head.path);
     const CMPath path = m_head.path;
-    m_client.preview(path, maxMessageRows, maxReadLength + 1)
-        .onFinished(this, [this, path](const CMReply<TavoClientPreview> &preview) {
-            on_message_read(path, preview.value().title, preview.value().rows);
+    const bool isFirst = !m_head.isSameAs(m_shownHead);
+    m_client.preview(path, maxMessageRows, (isFirst ? firstReadLength : maxReadLength) + 1)
+        .onFinished(this, [this, path, isFirst](const CMReply<TavoClientPreview> &preview) {
+            Message message = messageFromRows(path, preview.value().title, preview.value().rows);
+            message.isWhole = !isFirst || !isCut(preview.value().rows);
+            on_message_read(path, message);
         });
+    if (m_shownHead.path.isEmpty() && !m_isExpected) {
+        m_isExpected = true;
+        Q_EMIT expected(m_head.priority);
+    }
 }
 
-void HostMessages::on_message_read(const CMPath &path, const QString &title,
-                                   const QVariantList &rows)
+void HostMessages::on_message_read(const CMPath &path, const Message &message)
 {
     m_isReading = false;
     m_readTimer.start();
@@ -182,11 +201,12 @@ void HostMessages::on_message_read(const CMPath &path, const QString &title,
         m_isReadDue = !m_head.path.isEmpty();
         return;
     }
-    const Message message = messageFromRows(path, title, rows);
+    m_isReadDue = m_isReadDue || !message.isWhole;
     if (m_head.isSameAs(m_shownHead)) {
         Q_EMIT messageChanged(message);
     } else {
         m_shownHead = m_head;
+        m_isExpected = false;
         Q_EMIT shown(m_head, message);
     }
 }

@@ -20,6 +20,10 @@ class HostMessages : public MessageSource
 public:
     static constexpr int minReadIntervalMs = 25;
 
+    /// Of a long text, so many characters are shown first: more than fill a screen of usual size, and
+    /// less than the bus reads at once.
+    static constexpr int firstReadLength = 2000;
+
     explicit HostMessages(TavoClient &client, QObject *parent = nullptr);
 
     void start() override;
@@ -40,11 +44,12 @@ private:
     void setHead(const Head &head);
     void follow(const CMPath &path);
     void readMessage();
-    void on_message_read(const CMPath &path, const QString &title, const QVariantList &rows);
+    void on_message_read(const CMPath &path, const Message &message);
 
     TavoClient &m_client;
-    Head m_head;      ///< what is on display; its path is empty if there is nothing
-    Head m_shownHead; ///< what has been reported last
+    Head m_head;               ///< what is on display; its path is empty if there is nothing
+    Head m_shownHead;          ///< what has been reported last
+    bool m_isExpected = false; ///< has been reported, and neither shown() nor emptied() since
     CMPath m_followed;
     bool m_isReading = false;
     bool m_isReadDue = false;

@@ -51,4 +51,5 @@ struct Message
     int value = noValue; ///< a progress from 0 to 100
     QVector<MessageAction> actions;
     CMPath defaultAction; ///< of a click on the message; empty if there is none
+    bool isWhole = true;  ///< false while the rest of a long text is being read
 };

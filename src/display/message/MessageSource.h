@@ -39,6 +39,9 @@ public:
     virtual void activate(const CMPath &action) = 0;
 
 Q_SIGNALS:
+    /// Nothing was on display, and a message with this priority is being read; shown() or emptied()
+    /// follows.
+    void expected(int priority);
     /// Another message is on display.
     void shown(const Head &head, const Message &message);
     /// The message on display says something else.

@@ -28,7 +28,7 @@ public:
     void prepare(QWindow &window, const DisplayConfiguration & /*configuration*/,
                  bool /*isUrgent*/) override
     {
-        window.setFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | m_flags);
+        window.setFlags(Qt::Window | Qt::FramelessWindowHint | m_flags);
     }
 
     void place(QWindow &window, const DisplayConfiguration &configuration, const QRect &area,

@@ -9,12 +9,14 @@
 #include <QGuiApplication>
 #include <QLocale>
 
+#include <utility>
+
 Look::Look(const ShownMessage &message, QObject *parent)
     : QObject(parent)
     , m_message(message)
 {
     qRegisterMetaType<Palette>();
-    tavoConnect(&message, &ShownMessage::messageChanged, this, &Look::paletteChanged);
+    tavoConnect(&message, &ShownMessage::messageChanged, this, &Look::on_message_changed);
     tavoConnect(&message, &ShownMessage::messageChanged, this, &Look::spokenTextChanged);
     tavoConnect(&message, &ShownMessage::secondsChanged, this, &Look::secondsTextChanged);
     tavoConnect(&message, &ShownMessage::waitingCountChanged, this, &Look::waitingTextChanged);
@@ -94,6 +96,14 @@ QString Look::spokenText() const
     parts << m_message.text();
     parts.removeAll({});
     return parts.join(QStringLiteral(". "));
+}
+
+/// Most messages have the priority of the one before: nothing has to be coloured again.
+void Look::on_message_changed()
+{
+    if (std::exchange(m_priority, m_message.priority()) != m_message.priority()) {
+        Q_EMIT paletteChanged();
+    }
 }
 
 void Look::emitAll()

@@ -58,11 +58,15 @@ Q_SIGNALS:
     void waitingTextChanged();
     void spokenTextChanged();
 
+private Q_SLOTS:
+    void on_message_changed();
+
 private:
     void emitAll();
 
     const ShownMessage &m_message;
     DisplayConfiguration m_configuration;
+    int m_priority = 0; ///< that the palette has been reported for
     qreal m_maxHeight = 0;
     qreal m_pixelRatio = 1;
     QString m_problem;

@@ -73,7 +73,9 @@ MessageWindow::MessageWindow(ShownMessage *message, QObject *parent)
     tavoConnect(&m_recreateTimer, &QTimer::timeout, this, &MessageWindow::on_recreateTimer_timeout);
     tavoConnect(&m_engine, &QQmlEngine::warnings, this, &MessageWindow::on_engine_warnings);
     tavoConnect(message, &ShownMessage::ended, this, [this] { m_screenReaders.end(); });
+    tavoConnect(message, &ShownMessage::expected, this, &MessageWindow::on_message_expected);
     tavoConnect(message, &ShownMessage::shown, this, &MessageWindow::on_message_shown);
+    tavoConnect(message, &ShownMessage::completed, this, [this] { announce(); });
     tavoConnect(message, &ShownMessage::pictureChanged, this,
                 &MessageWindow::on_message_pictureChanged);
     tavoConnect(message, &ShownMessage::hidden, this, &MessageWindow::on_message_hidden);
@@ -102,7 +104,20 @@ void MessageWindow::setConfiguration(const DisplayConfiguration &configuration)
     m_pictures->setIconTheme(configuration.iconTheme);
     m_look.setConfiguration(m_configuration);
     if (m_window) {
-        recreate();
+        on_recreateTimer_timeout();
+    }
+}
+
+/// Uses the time in which the message is on its way: an X server is asked several times for a
+/// new window.
+void MessageWindow::on_message_expected(int priority)
+{
+    if (m_placement->isWholeScreen() || !m_placement->canResize()) {
+        return; // The first size of the window must be the right one.
+    }
+    if (makeWindow(priority)) {
+        place(); // as for the last message, whose size may be that of this one
+        m_window->create();
     }
 }
 
@@ -112,7 +127,7 @@ void MessageWindow::on_message_shown()
         m_wasUrgent != isUrgent(m_message.priority())) {
         destroyWindow();
     }
-    if (!m_window) {
+    if (!m_window || !m_window->isVisible()) {
         show();
     } else if (m_placement->canResize()) {
         place();
@@ -120,7 +135,6 @@ void MessageWindow::on_message_shown()
     if (QQuickItem *button = m_card->scopedFocusItem()) {
         button->setFocus(false); // It belonged to another message.
     }
-    announce();
 }
 
 void MessageWindow::on_message_pictureChanged(const Picture &picture)
@@ -136,7 +150,7 @@ void MessageWindow::on_message_hidden()
 /// The height may change several times while the items of a new message are laid out.
 void MessageWindow::on_card_implicitHeightChanged()
 {
-    if (!m_window) {
+    if (!m_window || !m_window->isVisible()) {
         return;
     }
     if (m_placement->canResize()) {
@@ -150,6 +164,8 @@ void MessageWindow::on_recreateTimer_timeout()
 {
     if (m_message.isShown()) {
         recreate();
+    } else {
+        destroyWindow();
     }
 }
 
@@ -198,13 +214,13 @@ void MessageWindow::reportTheme(const QString &problem)
     m_look.setProblem(tr("The theme is broken: %1").arg(problem));
 }
 
-void MessageWindow::show()
+bool MessageWindow::makeWindow(int priority)
 {
     QScreen *screen = findScreen(m_configuration);
     if (screen == nullptr) {
-        return; // until there is one
+        return false; // until there is one
     }
-    m_wasUrgent = isUrgent(m_message.priority());
+    m_wasUrgent = isUrgent(priority);
     m_window = std::make_unique<QQuickWindow>();
     m_window->setScreen(screen);
     m_window->setTitle(QStringLiteral("Tavo"));
@@ -213,6 +229,14 @@ void MessageWindow::show()
     loadTheme();
     m_card->setParentItem(m_window->contentItem());
     m_card->setFocus(true); // For keys that no button handles.
+    return true;
+}
+
+void MessageWindow::show()
+{
+    if (!m_window && !makeWindow(m_message.priority())) {
+        return;
+    }
     place();
     m_window->setVisible(true); // Keeps the state that the placement has set.
     if (m_focusKey) {
@@ -283,7 +307,7 @@ void MessageWindow::place()
 
 void MessageWindow::announce()
 {
-    if (m_window) {
+    if (m_window && m_message.isShown()) {
         m_screenReaders.announce(m_card.get());
     }
 }

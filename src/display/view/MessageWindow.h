@@ -35,6 +35,7 @@ public:
     QQmlEngine &engine() { return m_engine; }
 
 private Q_SLOTS:
+    void on_message_expected(int priority);
     void on_message_shown();
     void on_message_pictureChanged(const Picture &picture);
     void on_message_hidden();
@@ -47,6 +48,7 @@ private:
     void loadTheme();
     void setCard(std::unique_ptr<QQuickItem> card);
     void reportTheme(const QString &problem);
+    bool makeWindow(int priority);
     void show();
     void recreate();
     void destroyWindow();

@@ -15,6 +15,7 @@ ShownMessage::ShownMessage(MessageSource *source, QObject *parent)
     m_armTimer.setInterval(armDelayMs);
     tavoConnect(&m_armTimer, &QTimer::timeout, this, &ShownMessage::armedChanged);
     tavoConnect(&m_countdown, &Countdown::changed, this, &ShownMessage::secondsChanged);
+    tavoConnect(source, &MessageSource::expected, this, &ShownMessage::expected);
     tavoConnect(source, &MessageSource::shown, this, &ShownMessage::on_source_shown);
     tavoConnect(source, &MessageSource::messageChanged, this,
                 &ShownMessage::on_source_messageChanged);
@@ -86,6 +87,9 @@ void ShownMessage::on_source_shown(const Head &head, const Message &message)
     Q_EMIT waitingCountChanged();
     Q_EMIT armedChanged();
     Q_EMIT shown();
+    if (message.isWhole) {
+        Q_EMIT completed();
+    }
 }
 
 void ShownMessage::on_source_messageChanged(const Message &message)
@@ -94,7 +98,11 @@ void ShownMessage::on_source_messageChanged(const Message &message)
         m_armTimer.start();
         Q_EMIT armedChanged();
     }
+    const bool wasWhole = m_message.isWhole;
     setMessage(message);
+    if (!wasWhole && message.isWhole) {
+        Q_EMIT completed();
+    }
 }
 
 void ShownMessage::on_source_waitingChanged(int count)
@@ -105,7 +113,9 @@ void ShownMessage::on_source_waitingChanged(int count)
 
 void ShownMessage::on_source_emptied()
 {
-    Q_EMIT ended();
+    if (m_isShown) {
+        Q_EMIT ended();
+    }
     m_isShown = false;
     m_armTimer.stop();
     m_countdown.stop();

@@ -72,10 +72,15 @@ Q_SIGNALS:
     /// Emitted before messageChanged().
     void pictureChanged(const Picture &picture);
 
+    /// Nothing is on the screen, and a message with this priority is on its way; shown() or hidden()
+    /// follows.
+    void expected(int priority);
     /// Emitted before the message on the screen gives way to another one or to none.
     void ended();
     /// Another message is on the screen.
     void shown();
+    /// All of it is on the screen. Emitted at most once for each message, after shown().
+    void completed();
     void hidden();
 
 private Q_SLOTS:

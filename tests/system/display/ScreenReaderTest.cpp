@@ -52,6 +52,15 @@ TEST_F(DisplayScreenReaderTest, speaksAnUrgentMessageAndClosesIt)
     EXPECT_TRUE(waitForNoWindow());
 }
 
+TEST_F(DisplayScreenReaderTest, speaksAllOfALongText)
+{
+    startReader();
+    start();
+    show("Letter", Priority::Normal, 0, QStringLiteral("word ").repeated(700) + "End");
+    EXPECT_TRUE(m_reader.hears("word word End\nbutton Close\n"));
+    EXPECT_THAT(m_reader.output(), testing::StartsWith("listening\nnotification: Letter: word "));
+}
+
 TEST_F(DisplayScreenReaderTest, speaksEachMessageOnceEvenIfItWasThereAtTheStart)
 {
     startReader();

@@ -79,6 +79,30 @@ TEST_F(DisplayShownMessageTest, aMessageEndsBeforeTheNextOneTakesItsPlace)
     EXPECT_EQ(ended, QStringList({"Door", "Gate"}));
 }
 
+TEST_F(DisplayShownMessageTest, aMessageIsCompleteOnceWhenAllOfItIsThere)
+{
+    const QSignalSpy completed(&m_shown, &ShownMessage::completed);
+    Message cut = message("Door");
+    cut.isWhole = false;
+    Q_EMIT m_source.shown(head("/a"), cut);
+    EXPECT_EQ(completed.size(), 0);
+    Q_EMIT m_source.messageChanged(message("Door"));
+    Q_EMIT m_source.messageChanged(message("Door again"));
+    EXPECT_EQ(completed.size(), 1);
+    Q_EMIT m_source.shown(head("/b"), message("Gate"));
+    EXPECT_EQ(completed.size(), 2);
+}
+
+TEST_F(DisplayShownMessageTest, whatWasExpectedAndDoesNotComeDoesNotEnd)
+{
+    const QSignalSpy ended(&m_shown, &ShownMessage::ended);
+    const QSignalSpy hidden(&m_shown, &ShownMessage::hidden);
+    Q_EMIT m_source.expected(0);
+    Q_EMIT m_source.emptied();
+    EXPECT_EQ(ended.size(), 0);
+    EXPECT_EQ(hidden.size(), 1);
+}
+
 TEST_F(DisplayShownMessageTest, buttonsAreDeafForHalfASecond)
 {
     Q_EMIT m_source.shown(head("/a"), message("Door"));
