@@ -13,6 +13,7 @@
 #include <core/base/connect.h>
 
 #include <QFile>
+#include <QProcessEnvironment>
 #include <QStandardPaths>
 #include <QTimer>
 
@@ -22,7 +23,11 @@ using State = Finding::State;
 
 namespace {
 constexpr int timeoutMs = 10000; ///< of other programs
-constexpr const char *deviceConfiguration = "/etc/tavo/host.json";
+
+QString deviceConfiguration()
+{
+    return QStringLiteral("/etc/tavo/host.json");
+}
 } // namespace
 
 DoctorCommand::DoctorCommand(const Options &options, TavoClient &client, Terminal &terminal)
@@ -35,6 +40,8 @@ DoctorCommand::DoctorCommand(const Options &options, TavoClient &client, Termina
                 &DoctorCommand::on_check_ended);
     tavoConnect(&m_service, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
                 &DoctorCommand::on_service_ended);
+    tavoConnect(&m_displayService, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished),
+                this, &DoctorCommand::on_displayService_ended);
     tavoConnect(&m_display, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
                 &DoctorCommand::on_display_ended);
 }
@@ -71,15 +78,13 @@ void DoctorCommand::on_process_ended()
 
 void DoctorCommand::lookAtConfiguration()
 {
-    // In a session, the host has the built-in configuration, or one that only its unit knows.
-    const QString file = QString::fromLatin1(deviceConfiguration);
-    if (!isSystemBus() || !QFile::exists(file)) {
-        lookAtHost();
+    if (!isSystemBus() || !QFile::exists(deviceConfiguration())) {
+        lookAtRunningService();
         return;
     }
     QTimer::singleShot(timeoutMs, &m_check, &QProcess::kill);
     m_check.start(m_process.program(),
-                  {QStringLiteral("--config"), file, QStringLiteral("--check")});
+                  {QStringLiteral("--config"), deviceConfiguration(), QStringLiteral("--check")});
 }
 
 void DoctorCommand::on_check_ended()
@@ -98,20 +103,33 @@ void DoctorCommand::on_check_ended()
 
 void DoctorCommand::lookAtRunningService()
 {
-    const QString systemctl = QStandardPaths::findExecutable(QStringLiteral("systemctl"));
-    if (systemctl.isEmpty()) {
+    if (!askSystemd(&m_service, QStringLiteral("tavo-host"))) {
         lookAtHost();
-        return;
     }
-    QTimer::singleShot(timeoutMs, &m_service, &QProcess::kill);
-    m_service.start(systemctl, {QStringLiteral("show"), QStringLiteral("tavo-host"),
-                                QStringLiteral("--property=") + serviceProperties()});
+}
+
+bool DoctorCommand::askSystemd(QProcess *process, const QString &unit)
+{
+    const QString systemctl = QStandardPaths::findExecutable(QStringLiteral("systemctl"));
+    const bool isSession = options().bus == "session";
+    if (systemctl.isEmpty() || !(isSession || isSystemBus())) {
+        return false;
+    }
+    // systemd has a socket of its own. The bus may hang.
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
+    process->setProcessEnvironment(environment);
+    QTimer::singleShot(timeoutMs, process, &QProcess::kill);
+    process->start(systemctl, {isSession ? QStringLiteral("--user") : QStringLiteral("--system"),
+                               QStringLiteral("show"), unit,
+                               QStringLiteral("--property=") + serviceProperties()});
+    return true;
 }
 
 void DoctorCommand::on_service_ended()
 {
     if (const auto finding = lookAtService(m_service.readAllStandardOutput(),
-                                           QString::fromLatin1(deviceConfiguration))) {
+                                           isSystemBus() ? deviceConfiguration() : QString())) {
         m_findings.append(*finding);
     }
     lookAtHost();
@@ -141,6 +159,12 @@ void DoctorCommand::lookAtHost()
             return;
         }
         add(State::Good, "bus", QStringLiteral("%1 can be reached").arg(bus));
+        if (error.name() == TavoClientError::notPermitted()) {
+            add(State::Missing, "host", QStringLiteral("this user may not call it"),
+                errorText(error, {}, bus));
+            conclude();
+            return;
+        }
         if (error.isError()) {
             add(State::Missing, "host", error.message().toString(),
                 (isSystemBus() ? QStringLiteral("systemctl enable --now tavo-host; or ")
@@ -296,6 +320,24 @@ void DoctorCommand::lookAtDevices()
 }
 
 void DoctorCommand::lookAtDisplay()
+{
+    // The device's screen may be known to its service only.
+    if (!isSystemBus() || !askSystemd(&m_displayService, QStringLiteral("tavo-display"))) {
+        checkDisplay();
+    }
+}
+
+void DoctorCommand::on_displayService_ended()
+{
+    if (const auto finding = lookAtDisplayService(m_displayService.readAllStandardOutput())) {
+        m_findings.append(*finding);
+        conclude();
+        return;
+    }
+    checkDisplay();
+}
+
+void DoctorCommand::checkDisplay()
 {
     const QString program = programBeside(QStringLiteral("tavo-display"));
     if (program.isEmpty()) {

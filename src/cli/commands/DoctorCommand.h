@@ -25,6 +25,7 @@ private Q_SLOTS:
     void on_process_ended();
     void on_check_ended();
     void on_service_ended();
+    void on_displayService_ended();
     void on_display_ended();
 
 private:
@@ -41,18 +42,22 @@ private:
     void lookAtMusic();
     void lookAtDevices();
     void lookAtDisplay();
+    void checkDisplay();
     void lookAtDevice(const QString &subject, const CMPath &path, std::function<void()> next);
 
     bool isSystemBus() const;
+    /// Starts systemctl show. False if there is no systemd, or no service could be on this bus.
+    bool askSystemd(QProcess *process, const QString &unit);
     void add(Finding::State state, const char *subject, const QString &text,
              const QString &remedy = {});
     void conclude();
     void printFindings();
 
     TavoMessages m_messages;
-    QProcess m_process; ///< tavo-host --list-modules
-    QProcess m_check;   ///< tavo-host --check
-    QProcess m_service; ///< systemctl show
-    QProcess m_display; ///< tavo-display --check
+    QProcess m_process;        ///< tavo-host --list-modules
+    QProcess m_check;          ///< tavo-host --check
+    QProcess m_service;        ///< systemctl show tavo-host
+    QProcess m_displayService; ///< systemctl show tavo-display
+    QProcess m_display;        ///< tavo-display --check
     QVector<Finding> m_findings;
 };

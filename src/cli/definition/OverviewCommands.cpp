@@ -22,11 +22,10 @@ CommandDefinition doctor()
     CommandDefinition command{Options::Command::Doctor, "doctor",
                               "Find out what is missing and how to fix it"};
     command.text = commandText(
-        "Checks the bus, the host on it, the host's modules, do-not-disturb, its settings and the "
-        "history, the desktop notifications, the "
-        "sound devices and the screen. Each problem is printed with a remedy. The exit code is 1 "
-        "if something is "
-        "missing.",
+        "Checks the disks, the installed modules, the configuration and the service of a device's "
+        "host, the bus, the host on it, its modules, do-not-disturb, its settings and the history, "
+        "the desktop notifications, the sound devices and the screen. Each problem is printed with "
+        "a remedy. The exit code is 1 if something is missing.",
         "  tavo doctor\n"
         "  tavo --bus system doctor --json");
     return command;

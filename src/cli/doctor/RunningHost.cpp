@@ -21,6 +21,35 @@ QDateTime timeOf(qint64 monotonicUs)
                              microseconds(monotonicUs);
     return QDateTime::currentDateTimeUtc().addMSecs(-duration_cast<milliseconds>(ago).count());
 }
+
+using Properties = QHash<QByteArray, QByteArray>;
+
+Properties propertiesIn(const QByteArray &output)
+{
+    Properties values;
+    const QList<QByteArray> lines = output.split('\n');
+    for (const QByteArray &line : lines) {
+        values.insert(line.left(line.indexOf('=')), line.mid(line.indexOf('=') + 1));
+    }
+    return values;
+}
+
+/// How the service has ended; empty if it runs or was stopped.
+QString failureOf(const Properties &values)
+{
+    if (values.value("ActiveState") != "failed" && values.value("SubState") != "auto-restart") {
+        return {};
+    }
+    const QByteArray result = values.value("Result");
+    const QString status = QString::fromLatin1(values.value("ExecMainStatus"));
+    if (result == "exit-code") {
+        return QStringLiteral("exit status ") + status;
+    }
+    if (result == "signal" || result == "core-dump") {
+        return QStringLiteral("it crashed, or was killed, by signal ") + status;
+    }
+    return QString::fromLatin1(result);
+}
 } // namespace
 
 bool isOutdated(const QString &hostVersion)
@@ -50,22 +79,28 @@ QDateTime changeOfConfiguration(const QString &file)
 
 QString serviceProperties()
 {
-    return QStringLiteral("ActiveState,StateChangeTimestampMonotonic,StatusText");
+    return QStringLiteral(
+        "ActiveState,SubState,Result,ExecMainStatus,StateChangeTimestampMonotonic,"
+        "StatusText");
 }
 
 std::optional<Finding> lookAtService(const QByteArray &properties, const QString &file)
 {
-    QHash<QByteArray, QByteArray> values;
-    const QList<QByteArray> lines = properties.split('\n');
-    for (const QByteArray &line : lines) {
-        values.insert(line.left(line.indexOf('=')), line.mid(line.indexOf('=') + 1));
+    const Properties values = propertiesIn(properties);
+    const QString user = file.isEmpty() ? QStringLiteral(" --user") : QString();
+    if (const QString failure = failureOf(values); !failure.isEmpty()) {
+        return Finding{Finding::State::Missing, QStringLiteral("service"),
+                       QStringLiteral("tavo-host has failed: ") + failure,
+                       QStringLiteral("journalctl%1 -u tavo-host -n 30 says why, and names the "
+                                      "module; then systemctl%1 restart tavo-host")
+                           .arg(user)};
     }
     if (values.value("ActiveState") != "active") {
         return std::nullopt;
     }
     // A start and a reload change the state.
-    if (changeOfConfiguration(file) >
-        timeOf(values.value("StateChangeTimestampMonotonic").toLongLong())) {
+    if (!file.isEmpty() && changeOfConfiguration(file) >
+                               timeOf(values.value("StateChangeTimestampMonotonic").toLongLong())) {
         return Finding{Finding::State::Notice, QStringLiteral("configuration"),
                        QStringLiteral("has changed since the host has read it"),
                        QStringLiteral("systemctl reload tavo-host; then systemctl status tavo-host "
@@ -76,5 +111,23 @@ std::optional<Finding> lookAtService(const QByteArray &properties, const QString
         return std::nullopt;
     }
     return Finding{Finding::State::Notice, QStringLiteral("configuration"), status,
-                   QStringLiteral("systemctl restart tavo-host")};
+                   QStringLiteral("systemctl%1 restart tavo-host").arg(user)};
+}
+
+std::optional<Finding> lookAtDisplayService(const QByteArray &properties)
+{
+    const Properties values = propertiesIn(properties);
+    if (const QString failure = failureOf(values); !failure.isEmpty()) {
+        return Finding{Finding::State::Missing, QStringLiteral("screen"),
+                       QStringLiteral("the service tavo-display has failed: ") + failure,
+                       QStringLiteral("journalctl -u tavo-display -n 5 says why; it is tried again "
+                                      "every few seconds")};
+    }
+    if (values.value("ActiveState") != "active") {
+        return std::nullopt;
+    }
+    return Finding{Finding::State::Good,
+                   QStringLiteral("screen"),
+                   QStringLiteral("the service tavo-display shows the messages"),
+                   {}};
 }

@@ -17,9 +17,13 @@ QString outdatedText(const QString &hostVersion);
 /// When the configuration file, one of its fragments or their folder was last changed.
 QDateTime changeOfConfiguration(const QString &file);
 
-/// Compares the configuration with the one that the running service has, by the output of systemctl show. Nothing if
-/// the service does not run, or if they are the same.
+/// Says why the service has failed, by the output of systemctl show. If it runs, compares the device's configuration
+/// with the one that the service has. Nothing if they are the same, or if the service was stopped. The service of a
+/// session has no file: only its unit knows its configuration.
 std::optional<Finding> lookAtService(const QByteArray &properties, const QString &file);
 
-/// What lookAtService() needs from systemctl show.
+/// The same for the service that shows the device's messages. Nothing if it was stopped.
+std::optional<Finding> lookAtDisplayService(const QByteArray &properties);
+
+/// What these functions need from systemctl show.
 QString serviceProperties();

@@ -131,5 +131,11 @@ std::string manPage(const Definition &definition)
     }
     page += ".SH NOTES";
     page += blocks(program.text, ".SS ").insert(0, "\n");
-    return page + ".SH SEE ALSO\n.BR notify\\-send (1),\n.BR busctl (1)\n";
+    return page +
+           ".SH SEE ALSO\n.BR tavo\\-host (1),\n.BR tavo\\-host.json (5),\n"
+           ".BR tavo\\-display (1),\n.BR tavo\\-fleet (1),\n.BR notify\\-send (1),\n.BR busctl "
+           "(1)\n"
+           ".PP\nThe package tavo\\-doc has pages about everything, and examples of modules and "
+           "clients, in\n" +
+           bold("/usr/share/doc/tavo-doc") + ".\n";
 }

@@ -73,7 +73,18 @@ TEST_F(RunningServiceTest, ReportsWhatItsLastReloadHasLeft)
 
 TEST_F(RunningServiceTest, IsNotComparedWhenItDoesNotRun)
 {
-    EXPECT_EQ(finding(s_before, {}, "failed"), QString());
+    EXPECT_EQ(finding(s_before, {}, "inactive"), QString());
+}
+
+TEST_F(RunningServiceTest, HasFailedForAReason)
+{
+    EXPECT_EQ(finding(s_before, {}, "failed\nSubState=failed\nResult=exit-code\nExecMainStatus=70"),
+              "tavo-host has failed: exit status 70");
+    EXPECT_EQ(finding(s_before, {},
+                      "activating\nSubState=auto-restart\nResult=core-dump\nExecMainStatus=11"),
+              "tavo-host has failed: it crashed, or was killed, by signal 11");
+    EXPECT_EQ(finding(s_before, {}, "failed\nSubState=failed\nResult=watchdog\nExecMainStatus=6"),
+              "tavo-host has failed: watchdog");
 }
 
 TEST_F(RunningServiceTest, HasAnotherConfigurationIfAFragmentOrTheFolderHasChanged)
@@ -91,6 +102,19 @@ TEST_F(RunningServiceTest, HasAnotherConfigurationIfAFragmentOrTheFolderHasChang
         QFile::remove(fragment);
         return changeOfConfiguration(m_file) > before;
     }));
+}
+
+TEST(DisplayServiceTest, ShowsTheMessagesHasFailedOrDoesNotRun)
+{
+    const auto running =
+        lookAtDisplayService("ActiveState=active\nSubState=running\nResult=success\n");
+    ASSERT_TRUE(running);
+    EXPECT_EQ(running->state, Finding::State::Good);
+    const auto failed = lookAtDisplayService(
+        "ActiveState=activating\nSubState=auto-restart\nResult=exit-code\nExecMainStatus=69\n");
+    ASSERT_TRUE(failed);
+    EXPECT_EQ(failed->text, "the service tavo-display has failed: exit status 69");
+    EXPECT_FALSE(lookAtDisplayService("ActiveState=inactive\nSubState=dead\nResult=success\n"));
 }
 
 TEST(RunningHostTest, IsOutdatedIfItsVersionIsLowerThanThatOfTheInstalledProgram)
