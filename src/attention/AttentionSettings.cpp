@@ -7,6 +7,7 @@
 #include "attention/JsonPosition.h"
 #include <base/Printable.h>
 
+#include <QDir>
 #include <QFile>
 #include <QStandardPaths>
 
@@ -51,7 +52,10 @@ AttentionSettings::AttentionSettings()
 
 QStringList AttentionSettings::defaultFiles()
 {
-    QStringList files = QStandardPaths::standardLocations(QStandardPaths::GenericConfigLocation);
+    QStringList files;
+    if (QDir::homePath() != QDir::rootPath()) {
+        files = QStandardPaths::standardLocations(QStandardPaths::GenericConfigLocation);
+    }
     files.append(QStringLiteral("/etc"));
     for (QString &file : files) {
         file += QLatin1String("/tavo/attention.json");

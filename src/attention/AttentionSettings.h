@@ -24,7 +24,8 @@ struct AttentionSettings
     /// Without a file: no rules, and everything passes.
     AttentionSettings();
 
-    /// A person's own file, and those of the system. The first one that is there counts.
+    /// A person's own file, and those of the system. The first one that is there counts. For the user of a service, whose
+    /// home is /, only /etc/tavo/attention.json.
     static QStringList defaultFiles();
 
     /// The one of them that counts; the last one if none is there.

@@ -38,6 +38,17 @@ TEST(AttentionSettingsTest, NamesLineAndColumnOfASyntaxError)
     EXPECT_THAT(errorOf("{\n \"rules\": [}"), StartsWith("attention.json:2:"));
 }
 
+TEST(AttentionSettingsTest, AreThoseOfTheSystemForAServiceWithoutAHome)
+{
+    const QByteArray home = qgetenv("HOME");
+    qputenv("HOME", "/home/person");
+    EXPECT_EQ(AttentionSettings::defaultFiles().first().toStdString(),
+              "/home/person/.config/tavo/attention.json");
+    qputenv("HOME", "/");
+    EXPECT_EQ(AttentionSettings::defaultFiles(), QStringList{"/etc/tavo/attention.json"});
+    qputenv("HOME", home);
+}
+
 TEST(AttentionSettingsTest, RefusesWhatItDoesNotKnow)
 {
     EXPECT_THAT(errorOf(R"({"timeZone": "Mars/Olympus"})"),
