@@ -9,12 +9,12 @@ set(TAVO_TEST_OPTIONS "$<$<CONFIG:Debug>:-O0>")
 add_custom_target(fast_tests)
 
 # tavo_add_test(<name> SOURCES <file>... [LIBRARIES <target>...] [ENVIRONMENT <NAME=value>...]
-#               [LABELS <label>...] [TIMEOUT <seconds>] [RESOURCE_LOCK <name>])
+#               [LABELS <label>...] [TIMEOUT <seconds>] [RESOURCE_LOCK <name>] [ALONE])
 #
 # Builds the test program tests/<name> and adds each of its tests to ctest. Tests with a lock of the same
-# name do not run at the same time.
+# name do not run at the same time; with ALONE, no other test does.
 function(tavo_add_test name)
-    cmake_parse_arguments(PARSE_ARGV 1 test "" "TIMEOUT;RESOURCE_LOCK" "SOURCES;LIBRARIES;ENVIRONMENT;LABELS")
+    cmake_parse_arguments(PARSE_ARGV 1 test "ALONE" "TIMEOUT;RESOURCE_LOCK" "SOURCES;LIBRARIES;ENVIRONMENT;LABELS")
     if(NOT test_TIMEOUT)
         set(test_TIMEOUT 60)
     endif()
@@ -25,10 +25,11 @@ function(tavo_add_test name)
     target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests" "${PROJECT_SOURCE_DIR}/src")
     target_link_libraries(${name} PRIVATE ${test_LIBRARIES} GTest::gmock GTest::gtest Qt5::Test)
     target_compile_options(${name} PRIVATE ${TAVO_TEST_OPTIONS})
+    # Tested code that a test program is built of. Some names in it are of one file.
+    set(tested ${test_SOURCES})
+    list(FILTER tested INCLUDE REGEX "^${PROJECT_SOURCE_DIR}/src/.*cpp$")
+    set_source_files_properties(${tested} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
     if(TAVO_SANITIZE MATCHES "undefined")
-        # Tested code that a test program is built of.
-        set(tested ${test_SOURCES})
-        list(FILTER tested INCLUDE REGEX "^${PROJECT_SOURCE_DIR}/src/.*cpp$")
         set_source_files_properties(${tested} PROPERTIES COMPILE_OPTIONS -fsanitize=undefined)
     endif()
     target_precompile_headers(${name} REUSE_FROM test_headers)
@@ -60,7 +61,7 @@ function(tavo_add_test name)
     file(WRITE "${properties_file}" "if(${name}_TESTS)
     set_tests_properties(\${${name}_TESTS} PROPERTIES
         LABELS [==[${test_LABELS}]==] ENVIRONMENT [==[${environment}]==]
-        RESOURCE_LOCK [==[${test_RESOURCE_LOCK}]==] COST ${cost})
+        RESOURCE_LOCK [==[${test_RESOURCE_LOCK}]==] RUN_SERIAL ${test_ALONE} COST ${cost})
 endif()
 ")
     set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${properties_file}")

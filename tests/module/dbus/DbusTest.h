@@ -14,6 +14,9 @@
 
 #include <memory>
 
+inline constexpr const char *accessDenied = "org.freedesktop.DBus.Error.AccessDenied";
+inline constexpr const char *limitsExceeded = "org.freedesktop.DBus.Error.LimitsExceeded";
+
 /// The module, loaded from its library, on a private bus.
 class DbusTest : public testing::Test
 {

@@ -9,7 +9,7 @@ namespace {
 using log4cplus::DEBUG_LOG_LEVEL;
 using log4cplus::INFO_LOG_LEVEL;
 using log4cplus::TRACE_LOG_LEVEL;
-using Type = TavoPowerManagerRevokeMessageType;
+using Revocation = TavoPowerManagerRevokeMessageType;
 using Resources = TavoPowerManagerResources;
 
 class RevokeTest : public NotificationsTest
@@ -30,7 +30,7 @@ TEST_F(RevokeTest, StopsThePlayingItemAndCancelsTheRest)
 {
     play("a"_s);
     enqueue("b"_s);
-    expectEmptyAnswer(revoke(Type::Revoked));
+    expectEmptyAnswer(revoke(Revocation::Revoked));
     EXPECT_EQ(
         logged(INFO_LOG_LEVEL, "Notification player resources revoked, stopping notification"), 1);
     EXPECT_EQ(entered(INFO_LOG_LEVEL, "cancelAll", ""), 1);
@@ -48,7 +48,7 @@ TEST_F(RevokeTest, IsLoggedBeforeTheCancellingAndAnsweredLast)
     enqueue("b"_s);
     const CMPath path = TavoNotificationsPath() + "/player/revokeResources"_s;
     const auto message = TavoPowerManagerRevokeMessage()
-                             .setMessageType(Type::Revoked)
+                             .setMessageType(Revocation::Revoked)
                              .setRevokeResources({Resources::Audio});
     std::ostringstream messageText;
     messageText << message;
@@ -74,7 +74,7 @@ TEST_F(RevokeTest, IsLoggedBeforeTheCancellingAndAnsweredLast)
 TEST_F(RevokeTest, IsNotFollowedByARelease)
 {
     play("a"_s);
-    revoke(Type::Revoked);
+    revoke(Revocation::Revoked);
     scripted("a"_s)->reportStopped();
     settle();
     fireInactivityTimer();
@@ -86,7 +86,7 @@ TEST_F(RevokeTest, OfTheSecondTypeOnlyForgetsTheResource)
 {
     play("a"_s);
     enqueue("b"_s);
-    expectEmptyAnswer(revoke(Type::PostRevoked));
+    expectEmptyAnswer(revoke(Revocation::PostRevoked));
     EXPECT_EQ(logged(DEBUG_LOG_LEVEL, "Media player resources revoked (post-callback)"), 1);
     EXPECT_EQ(scripted("a"_s)->stops, 0);
     scripted("a"_s)->reportEnded();
@@ -98,7 +98,7 @@ TEST_F(RevokeTest, OfTheSecondTypeOnlyForgetsTheResource)
 TEST_F(RevokeTest, OfOtherResourcesIsAnsweredAndIgnored)
 {
     play("a"_s);
-    expectEmptyAnswer(revoke(Type::Revoked, {Resources::Processor, Resources::Network}));
+    expectEmptyAnswer(revoke(Revocation::Revoked, {Resources::Processor, Resources::Network}));
     EXPECT_EQ(scripted("a"_s)->stops, 0);
     EXPECT_EQ(log().countAt(INFO_LOG_LEVEL), 1); // "Starting playback: a"
     scripted("a"_s)->reportEnded();
@@ -110,7 +110,7 @@ TEST_F(RevokeTest, OfOtherResourcesIsAnsweredAndIgnored)
 TEST_F(RevokeTest, FindsTheAudioResourceAmongOthers)
 {
     play("a"_s);
-    revoke(Type::Revoked, {Resources::Display, Resources::Audio});
+    revoke(Revocation::Revoked, {Resources::Display, Resources::Audio});
     EXPECT_EQ(scripted("a"_s)->stops, 1);
 }
 
@@ -130,7 +130,7 @@ TEST_F(RevokeTest, IsIgnoredWhileAnAcquireIsOutstanding)
 {
     setResources(ScriptedService::keep());
     enqueue("a"_s);
-    for (const auto type : {Type::Revoked, Type::PostRevoked}) {
+    for (const auto type : {Revocation::Revoked, Revocation::PostRevoked}) {
         expectEmptyAnswer(revoke(type));
     }
     EXPECT_EQ(logged(DEBUG_LOG_LEVEL, "Ignoring revoke resources command, we already issued a new "
@@ -144,7 +144,7 @@ TEST_F(RevokeTest, CancelsWaitingItemsWhileDucking)
 {
     setDucking(ScriptedService::keep());
     enqueue("a"_s);
-    revoke(Type::Revoked);
+    revoke(Revocation::Revoked);
     EXPECT_EQ(journalOf("a"_s), QStringList{"cancelled"_s});
     answer(TavoPlayerMainAudioDuckingPath());
     // The audio sequence goes on without an item, to its end.
@@ -153,8 +153,8 @@ TEST_F(RevokeTest, CancelsWaitingItemsWhileDucking)
 
 TEST_F(RevokeTest, IsAnsweredWhenNothingPlays)
 {
-    expectEmptyAnswer(revoke(Type::Revoked));
-    expectEmptyAnswer(revoke(Type::PostRevoked));
+    expectEmptyAnswer(revoke(Revocation::Revoked));
+    expectEmptyAnswer(revoke(Revocation::PostRevoked));
     EXPECT_EQ(journal(), QStringList{"register"_s});
 }
 
@@ -162,14 +162,14 @@ TEST_F(RevokeTest, LeavesTheInactivityTimerRunning)
 {
     play("a"_s)->reportEnded();
     settle();
-    revoke(Type::Revoked);
+    revoke(Revocation::Revoked);
     EXPECT_TRUE(inactivityTimer()->isActive());
 }
 
 TEST_F(RevokeTest, OfAnUnknownTypeTakesTheResourceAndStopsNothing)
 {
     play("a"_s);
-    expectEmptyAnswer(revoke(Type::Enum(7)));
+    expectEmptyAnswer(revoke(Revocation::Enum(7)));
     EXPECT_EQ(scripted("a"_s)->stops, 0);
     scripted("a"_s)->reportEnded();
     settle();
@@ -181,8 +181,8 @@ TEST_F(RevokeTest, ChangesNothingAfterARefusedAcquire)
 {
     setResources(ScriptedService::refuse("no"_s));
     enqueue("a"_s);
-    expectEmptyAnswer(revoke(Type::Revoked));
-    expectEmptyAnswer(revoke(Type::PostRevoked));
+    expectEmptyAnswer(revoke(Revocation::Revoked));
+    expectEmptyAnswer(revoke(Revocation::PostRevoked));
     EXPECT_FALSE(inactivityTimer()->isActive());
     setResources(ScriptedService::accept());
     play("b"_s);
@@ -195,8 +195,8 @@ TEST_F(RevokeTest, IsAnsweredWhileUnducking)
     settle();
     setDucking(ScriptedService::keep());
     fireInactivityTimer();
-    expectEmptyAnswer(revoke(Type::Revoked));
-    expectEmptyAnswer(revoke(Type::PostRevoked));
+    expectEmptyAnswer(revoke(Revocation::Revoked));
+    expectEmptyAnswer(revoke(Revocation::PostRevoked));
     services().requests(TavoPlayerMainAudioDuckingPath()).back().reply().setValue(QVariant());
     settle();
     setDucking(ScriptedService::accept());
@@ -206,9 +206,9 @@ TEST_F(RevokeTest, IsAnsweredWhileUnducking)
 TEST_F(RevokeTest, LogsTheMessage)
 {
     const auto message = TavoPowerManagerRevokeMessage()
-                             .setMessageType(Type::Revoked)
+                             .setMessageType(Revocation::Revoked)
                              .setRevokeResources({Resources::Audio});
-    revoke(Type::Revoked);
+    revoke(Revocation::Revoked);
     std::ostringstream text;
     text << message;
     EXPECT_EQ(entered(TRACE_LOG_LEVEL, "on_revokeResources_activated", text.str()), 1);

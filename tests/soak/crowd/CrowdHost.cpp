@@ -63,7 +63,7 @@ constexpr const char *closedBus = R"(
   </policy>
 )";
 
-constexpr auto timeout = 10s;
+constexpr auto setUpTimeout = 10s;
 
 void setMode(const QString &file, mode_t mode)
 {
@@ -88,7 +88,7 @@ QString policy(const QString &user, const QString &group)
 
 BusMessage ask(Connection &connection, const BusMessage &call)
 {
-    const auto reply = connection.call(call, timeout);
+    const auto reply = connection.call(call, setUpTimeout);
     if (!reply || reply->error()) {
         throw std::runtime_error("the host does not answer");
     }
@@ -284,7 +284,7 @@ void CrowdHost::clearDisplay() const
         const BusMessage call = connection.createCall(Connection::model, "Call");
         append(call, "sv", "/notifications/display/cancelNotify", "s",
                row.toString().toUtf8().constData());
-        connection.call(call, timeout); // an error if it has closed by itself
+        connection.call(call, setUpTimeout); // an error if it has closed by itself
     }
 }
 

@@ -19,7 +19,7 @@ constexpr int maxAttackMs = 4000;
 
 /// How much longer a connection may take before it is cut.
 constexpr milliseconds grace = 1s;
-constexpr milliseconds nap = 20ms;
+constexpr milliseconds readPause = 20ms;
 } // namespace
 
 Hostile::Hostile(const Setting &setting, int number, std::uint64_t seed)
@@ -39,7 +39,7 @@ void Hostile::attack(const Attack &attack)
         attack.run(*this);
     } catch (const ConnectionLost &) {
         // The bus disconnects clients that break its rules.
-        std::this_thread::sleep_for(nap);
+        std::this_thread::sleep_for(readPause);
     }
     const std::lock_guard lock(m_mutex);
     m_overdue.reset();
@@ -112,7 +112,7 @@ void Hostile::readReplies(long count)
 {
     const long enough = m_run.answered + count;
     while (goesOn() && m_run.answered < enough) {
-        connection().read(nap, [this](const BusMessage &message) { this->count(message); });
+        connection().read(readPause, [this](const BusMessage &message) { this->count(message); });
     }
 }
 
@@ -124,7 +124,7 @@ void Hostile::read()
 void Hostile::readNothing() const
 {
     while (goesOn()) {
-        std::this_thread::sleep_for(nap);
+        std::this_thread::sleep_for(readPause);
     }
 }
 

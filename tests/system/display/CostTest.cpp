@@ -81,7 +81,6 @@ TEST_F(DisplayCostTest, sleepsBesideTheMarkWhenTheHistoryIsClosed)
     waitForWindow();
     ASSERT_EQ(openHistory(), 0);
     ASSERT_TRUE(m_server.waitForWindows([](const auto &windows) { return windows.size() == 2; }));
-    constexpr quint32 keyEscape = 0xff1b;
     EXPECT_TRUE(waitFor([&] { // It gets the keyboard a moment later.
         m_server.press({keyEscape});
         return m_server.windows().size() == 1;

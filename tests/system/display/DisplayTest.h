@@ -30,6 +30,7 @@ class DisplayTest : public testing::Test
 {
 protected:
     using Priority = TavoNotificationItemPriority;
+    static constexpr quint32 keyEscape = 0xff1b; ///< as X11 numbers it
 
     DisplayTest()
     {

@@ -5,7 +5,6 @@
 
 namespace {
 // As X11 numbers them.
-constexpr quint32 keyEscape = 0xff1b;
 constexpr quint32 keyEnd = 0xff57;
 
 class DisplayHistoryTest : public DisplayTest

@@ -7,7 +7,6 @@ namespace {
 // As X11 numbers them.
 constexpr quint32 keyTab = 0xff09;
 constexpr quint32 keyReturn = 0xff0d;
-constexpr quint32 keyEscape = 0xff1b;
 constexpr quint32 keyUp = 0xff52;
 constexpr quint32 keyDown = 0xff54;
 constexpr quint32 keyControl = 0xffe3;

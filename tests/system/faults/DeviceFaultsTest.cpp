@@ -5,16 +5,7 @@
 
 using testing::ElementsAre;
 
-namespace {
-
-constexpr int longMs = 20'000;
-
-// A vanishing device does so after 4000 frames; this sound ends before.
-constexpr int shortMs = 50;
-
-} // namespace
-
-/// Notifications play on a device that is gone after a while.
+/// Notifications play on a device that is gone after 4000 frames. A short sound ends before.
 class VanishingDeviceTest : public FaultTest
 {
 protected:

@@ -24,6 +24,13 @@ class FaultTest : public testing::Test
 protected:
     static constexpr int rate = 48000;
 
+    /// A sound or a message that lasts until it is ended, and a sound that ends soon.
+    static constexpr int longMs = 20'000;
+    static constexpr int shortMs = 50;
+
+    /// Soon, on a busy machine and with a sanitizer's report.
+    static constexpr int promptMs = 5000;
+
     FaultTest();
 
     /// Prints the host's log if the test has failed.

@@ -17,9 +17,6 @@ constexpr int begunMs = 100;
 
 constexpr int headerBytes = 44;
 
-// For a busy machine.
-constexpr int promptMs = 5000;
-
 } // namespace
 
 /// Something happens to a file while it plays.

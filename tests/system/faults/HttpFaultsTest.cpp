@@ -15,7 +15,7 @@ constexpr int timeoutMs = 600;
 // For a busy machine; without a timeout, a fetch would wait forever.
 constexpr int muchLaterMs = timeoutMs + 5000;
 
-constexpr int lengthMs = 300;
+constexpr int fetchedMs = 300;
 
 } // namespace
 
@@ -34,7 +34,7 @@ protected:
         m_elapsed.start();
     }
 
-    QByteArray sound() { return readFile(soundFile("whole.wav", lengthMs)); }
+    QByteArray sound() { return readFile(soundFile("whole.wav", fetchedMs)); }
 
     static QJsonObject stream(const QString &id, const QString &uri)
     {
@@ -79,7 +79,7 @@ TEST_F(HttpFaultsTest, AServerThatStallsInTheMiddleOfAFileFailsTheSound)
 TEST_F(HttpFaultsTest, AServerThatStallsInTheMiddleOfAStreamFailsTheSound)
 {
     m_devices.forget();
-    const QByteArray bytes(2 * framesOf(lengthMs), '\1');
+    const QByteArray bytes(2 * framesOf(fetchedMs), '\1');
     const int half = bytes.size() / 2;
     expectTimedOut(stream("sound", m_server.stalling("half.raw", bytes, half)));
 }

@@ -7,12 +7,6 @@
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-namespace {
-
-constexpr int lengthMs = 50;
-
-} // namespace
-
 /// A power manager that does not reply, and a player that does.
 class SilentPowerManagerTest : public FaultTest
 {
@@ -25,7 +19,7 @@ protected:
 
     void enqueue(const QString &id, int priority = 1)
     {
-        m_requester.enqueue(fileItem(id, soundFile("sound.wav", lengthMs), priority));
+        m_requester.enqueue(fileItem(id, soundFile("sound.wav", shortMs), priority));
         EXPECT_EQ(m_requester.answer(), "");
     }
 };

@@ -15,7 +15,7 @@ constexpr int instrumentedStackKiB = threadSanitized ? 8192 : 1024;
 
 constexpr int count = 10'000;
 
-constexpr std::chrono::seconds timeout{30};
+constexpr std::chrono::seconds endTimeout{30};
 
 } // namespace
 
@@ -47,7 +47,8 @@ TEST_F(SmallStackTest, HoldsTenThousandInvalidItemsBehindOneDuckReply)
     EXPECT_EQ(m_requester.answer(), "");
     EXPECT_EQ(m_host.log().count("keeping duck"), 1);
     letAnswer("duck");
-    EXPECT_TRUE(waitFor([&] { return m_requester.responseCount() >= expected.size(); }, timeout));
+    EXPECT_TRUE(
+        waitFor([&] { return m_requester.responseCount() >= expected.size(); }, endTimeout));
     EXPECT_EQ(m_requester.responses(), expected);
     expectAsGoodAsNew();
     EXPECT_EQ(stopHost(), 0);

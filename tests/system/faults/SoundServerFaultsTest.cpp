@@ -14,7 +14,6 @@ using testing::ElementsAre;
 
 namespace {
 
-constexpr int frequency = 1000;
 constexpr int shortMs = 300;
 constexpr int longMs = 20'000;
 

@@ -12,17 +12,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace {
-
-constexpr int longMs = 20'000;
-constexpr int shortMs = 50;
-
-// For a busy machine and a sanitizer's report, since a host that stops does not wait for sounds or
-// replies.
-constexpr int promptMs = 5000;
-
-} // namespace
-
 class StopInEveryStateTest;
 
 /// A state of the audio sequence or of the display, and how to bring a host into it and hold it

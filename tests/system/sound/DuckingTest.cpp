@@ -8,8 +8,7 @@ using testing::ElementsAre;
 
 namespace {
 
-constexpr int frequency = 1000;
-constexpr int lengthMs = 1200;
+constexpr int notificationMs = 1200;
 constexpr double duckedLevel = SoundTest::toneLevel - 20; // the player's default attenuation
 constexpr double tolerance = 1;                           // dB
 
@@ -27,7 +26,7 @@ protected:
     {
         start(withMusic());
         waitForMusic();
-        m_requester.enqueue(fileItem("sound", toneFile(frequency, lengthMs)));
+        m_requester.enqueue(fileItem("sound", toneFile(frequency, notificationMs)));
         ASSERT_TRUE(m_requester.waitFor("finished sound")) << m_host.log().toStdString();
         ASSERT_TRUE(m_requester.waitFor("restored")) << m_host.log().toStdString();
     }

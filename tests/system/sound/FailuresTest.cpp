@@ -11,8 +11,7 @@ using testing::ElementsAre;
 
 namespace {
 
-constexpr int frequency = 1000;
-constexpr int lengthMs = 300;
+constexpr int briefMs = 300;
 constexpr int httpTimeoutMs = 700;
 
 } // namespace
@@ -110,8 +109,7 @@ class BadSoundTest : public SoundTest, public testing::WithParamInterface<BadSou
 protected:
     QJsonObject badItem()
     {
-        QJsonObject item =
-            GetParam().item({m_host.folder(), toneFile(frequency, lengthMs), m_http});
+        QJsonObject item = GetParam().item({m_host.folder(), toneFile(frequency, briefMs), m_http});
         item.insert("id", "bad");
         return item;
     }
@@ -124,12 +122,12 @@ TEST_P(BadSoundTest, IsReportedWithItsCauseAndTheNextOnePlays)
     m_limits.insert("httpTimeout", httpTimeoutMs);
     start(withMusic());
     m_requester.enqueue(badItem());
-    m_requester.enqueue(fileItem("good", toneFile(frequency, lengthMs)));
+    m_requester.enqueue(fileItem("good", toneFile(frequency, briefMs)));
     EXPECT_TRUE(m_requester.waitFor("failed bad")) << m_host.log().toStdString();
     EXPECT_TRUE(m_requester.waitFor("finished good")) << m_host.log().toStdString();
     EXPECT_TRUE(m_requester.waitFor("restored")) << m_host.log().toStdString();
     EXPECT_TRUE(m_host.waitForLog(GetParam().cause)) << m_host.log().toStdString();
-    EXPECT_EQ(notifications().frames(), framesOf(lengthMs));
+    EXPECT_EQ(notifications().frames(), framesOf(briefMs));
     EXPECT_EQ(stopHost(), 0) << m_host.log().toStdString();
 }
 
@@ -169,8 +167,8 @@ protected:
 TEST_F(DeviceFailuresTest, AMissingDeviceFailsEveryNotification)
 {
     start({{"notificationsDevice", "nowhere"}});
-    m_requester.enqueue(fileItem("first", toneFile(frequency, lengthMs)));
-    m_requester.enqueue(fileItem("second", toneFile(frequency, lengthMs)));
+    m_requester.enqueue(fileItem("first", toneFile(frequency, briefMs)));
+    m_requester.enqueue(fileItem("second", toneFile(frequency, briefMs)));
     EXPECT_TRUE(m_requester.waitFor("restored"));
     EXPECT_THAT(m_requester.responses(), ElementsAre("failed first", "failed second"));
     EXPECT_TRUE(m_host.waitForLog("The sound device \"nowhere\" doesn't exist"));
@@ -183,7 +181,7 @@ TEST_F(DeviceFailuresTest, AMissingDeviceLeavesTheMusicAsItWas)
     configuration.insert("notificationsDevice", "nowhere");
     start(configuration);
     waitForMusic();
-    m_requester.enqueue(fileItem("sound", toneFile(frequency, lengthMs)));
+    m_requester.enqueue(fileItem("sound", toneFile(frequency, briefMs)));
     EXPECT_TRUE(m_requester.waitFor("restored"));
     constexpr double settled = 0.3;
     const double restored = m_requester.momentOf("restored");
@@ -222,10 +220,10 @@ TEST_F(DeviceFailuresTest, ADeviceThatIsBackPlaysTheNextSound)
     EXPECT_TRUE(m_requester.waitFor("failed sound")) << m_host.log().toStdString();
     plugNotificationDevice();
     Listener listener("notifications");
-    m_requester.enqueue(fileItem("next", toneFile(frequency, lengthMs)));
+    m_requester.enqueue(fileItem("next", toneFile(frequency, briefMs)));
     EXPECT_TRUE(m_requester.waitFor("finished next")) << m_host.log().toStdString();
     ASSERT_TRUE(listener.waitUntil(monotonicNow() + 0.3));
-    EXPECT_EQ(listener.heard().frames(), framesOf(lengthMs));
+    EXPECT_EQ(listener.heard().frames(), framesOf(briefMs));
 }
 
 TEST_F(DeviceFailuresTest, WithoutASoundServerEveryFurtherSoundFails)
@@ -233,7 +231,7 @@ TEST_F(DeviceFailuresTest, WithoutASoundServerEveryFurtherSoundFails)
     start();
     startLongSound();
     m_server.kill();
-    m_requester.enqueue(fileItem("next", toneFile(frequency, lengthMs)));
+    m_requester.enqueue(fileItem("next", toneFile(frequency, briefMs)));
     EXPECT_TRUE(m_requester.waitFor("restored")) << m_host.log().toStdString();
     EXPECT_THAT(m_requester.responses(),
                 ElementsAre("started sound", "failed sound", "failed next"));

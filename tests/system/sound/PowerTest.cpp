@@ -7,8 +7,7 @@ using testing::ElementsAre;
 
 namespace {
 
-constexpr int frequency = 1000;
-constexpr int lengthMs = 300;
+constexpr int soundMs = 300;
 constexpr int longMs = 20000;
 const QString standby = QStringLiteral("/powerManager/standby");
 const QString resume = QStringLiteral("/powerManager/resume");
@@ -18,7 +17,7 @@ const QString resume = QStringLiteral("/powerManager/resume");
 class PowerTest : public SoundTest
 {
 protected:
-    void enqueueTone(const QString &id, int milliseconds = lengthMs)
+    void enqueueTone(const QString &id, int milliseconds = soundMs)
     {
         m_requester.enqueue(fileItem(id, toneFile(frequency, milliseconds)));
         EXPECT_EQ(m_requester.answer(), "");
@@ -51,7 +50,7 @@ TEST_F(PowerTest, NotificationsSoundAgainAfterStandby)
     enqueueTone("sound");
     EXPECT_TRUE(m_requester.waitFor("finished sound")) << m_host.log().toStdString();
     EXPECT_TRUE(m_requester.waitFor("restored"));
-    EXPECT_EQ(notifications().frames(), framesOf(lengthMs));
+    EXPECT_EQ(notifications().frames(), framesOf(soundMs));
 }
 
 TEST_F(PowerTest, StandbyCancelsPlayingAndWaitingSounds)
@@ -102,6 +101,6 @@ TEST_F(PowerTest, WithoutAPlayerNotificationsSoundOnTheDefaultDevice)
     enqueueTone("sound");
     EXPECT_TRUE(m_requester.waitFor("finished sound")) << m_host.log().toStdString();
     EXPECT_TRUE(m_requester.waitFor("released"));
-    EXPECT_EQ(notifications().frames(), framesOf(lengthMs));
+    EXPECT_EQ(notifications().frames(), framesOf(soundMs));
     EXPECT_EQ(stopHost(), 0) << m_host.log().toStdString();
 }

@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr std::chrono::seconds timeout{30};
+constexpr std::chrono::seconds replyTimeout{30};
 
 constexpr int audioResource = 2;
 
@@ -82,7 +82,8 @@ void Requester::invoke(const QString &path, const QJsonObject &value)
 
 std::string Requester::answer()
 {
-    const bool answered = ::waitFor([this] { return m_answers.count(m_lastTag) > 0; }, timeout);
+    const bool answered =
+        ::waitFor([this] { return m_answers.count(m_lastTag) > 0; }, replyTimeout);
     return answered ? m_answers.at(m_lastTag) : "no answer";
 }
 
@@ -95,12 +96,12 @@ void Requester::watchServices()
 
 bool Requester::waitFor(const std::string &what)
 {
-    return ::waitFor([&] { return has(what); }, timeout);
+    return ::waitFor([&] { return has(what); }, replyTimeout);
 }
 
 bool Requester::waitForEnd(const std::string &id)
 {
-    return ::waitFor([&] { return ends(id) > 0; }, timeout);
+    return ::waitFor([&] { return ends(id) > 0; }, replyTimeout);
 }
 
 int Requester::count(const std::string &what) const
@@ -121,7 +122,7 @@ int Requester::ends(const std::string &id) const
 
 bool Requester::waitForQuiet()
 {
-    return ::waitFor([this] { return !m_ducked && !m_acquired; }, timeout);
+    return ::waitFor([this] { return !m_ducked && !m_acquired; }, replyTimeout);
 }
 
 double Requester::momentOf(const std::string &what) const

@@ -14,7 +14,6 @@ using testing::ElementsAre;
 
 namespace {
 
-constexpr int frequency = 1000;
 constexpr int lengthMs = 500;
 
 QByteArray bigEndian(const std::vector<short> &samples)

@@ -30,6 +30,7 @@ public:
     static constexpr int amplitude = 10000;
     static constexpr double toneLevel = -13.3;
 
+    static constexpr int frequency = 1000;
     static constexpr int musicFrequency = 300;
 
 protected:

@@ -10,7 +10,6 @@
 
 namespace {
 
-constexpr int frequency = 1000;
 constexpr int endlessMs = 20000;
 
 // For a busy machine and a sanitizer's report, since a host that stops does not wait for sounds.

@@ -15,8 +15,6 @@
 using Reply = CMReply<QVariant>;
 
 namespace {
-const CMPath path(QStringLiteral("/test/node"));
-
 class CMActivateNodeTest : public testing::Test
 {
 protected:

@@ -43,11 +43,6 @@ private:
     int m_number = 0;
 };
 
-QVariant carried(int value)
-{
-    return TavoValue().setInt_(value).__variant();
-}
-
 class CMComputedNodeTest : public testing::Test
 {
 protected:

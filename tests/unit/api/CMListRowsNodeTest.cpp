@@ -11,7 +11,6 @@ using testing::ElementsAre;
 using Reply = CMReply<QVariant>;
 
 namespace {
-const CMPath path(QStringLiteral("/test/list"));
 const CMPath a(QStringLiteral("/a"));
 const CMPath b(QStringLiteral("/b"));
 const CMPath c(QStringLiteral("/c"));
@@ -115,7 +114,7 @@ TEST_F(CMListRowsNodeTest, InsertsARowAtItsIndex)
     node->rowsInsert(0, a);
     node->rowsInsert(2, c);
     node->rowsInsert(1, path);
-    EXPECT_EQ(rows(), (QStringList{"/a", "/test/list", "/b", "/c"}));
+    EXPECT_EQ(rows(), (QStringList{"/a", "/test/node", "/b", "/c"}));
 }
 
 TEST_F(CMListRowsNodeTest, RemovesTheRowAtAnIndex)

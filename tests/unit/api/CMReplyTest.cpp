@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "core/tavo.h"
+#include "Recorders.h"
 #include "support/EventLoop.h"
 
 #include <QElapsedTimer>
@@ -16,7 +16,6 @@ using namespace std::chrono_literals;
 using Reply = CMReply<QVariant>;
 
 namespace {
-const CMError broken(QStringLiteral("Test"), "broken");
 constexpr unsigned long noLimit = std::numeric_limits<unsigned long>::max();
 } // namespace
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "core/tavo.h"
+#include "Recorders.h"
 #include "support/EventLoop.h"
 #include "support/EventThread.h"
 
@@ -20,7 +20,6 @@ using testing::ElementsAre;
 using Reply = CMReply<QVariant>;
 
 namespace {
-const CMError broken(QStringLiteral("Test"), "broken");
 
 /// A watcher that does not delete itself.
 class Watcher : public CMReplyWatcher
@@ -38,7 +37,7 @@ public:
     CMError error;
 };
 
-class Listener : public QObject
+class ReplyListener : public QObject
 {
 public:
     void on_reply_finished(const CMVoidReply &reply) { replies.push_back(reply); }
@@ -267,8 +266,8 @@ TEST_F(CMReplyWatcherTest, PassesATypedReplyToATypedCallbackWhenDropped)
 
 TEST_F(CMReplyWatcherTest, CallsASlot)
 {
-    Listener listener;
-    reply.connectFinished(&listener, &Listener::on_reply_finished);
+    ReplyListener listener;
+    reply.connectFinished(&listener, &ReplyListener::on_reply_finished);
     reply.setError(broken);
     ASSERT_EQ(listener.replies.size(), 1U);
     EXPECT_EQ(listener.replies.front().error(), broken);
@@ -278,9 +277,9 @@ TEST_F(CMReplyWatcherTest, EmitsASignalAtTheEndAndDeletesItself)
 {
     auto *watcher = new CMReplyWatcherObject;
     const QPointer<CMReplyWatcherObject> alive = watcher;
-    Listener listener;
+    ReplyListener listener;
     tavoConnect(watcher, &CMReplyWatcherObject::finishedSignal, &listener,
-                &Listener::on_reply_finished);
+                &ReplyListener::on_reply_finished);
     reply.addWatcher(watcher);
     reply.setValue(1);
     EXPECT_EQ(listener.replies.size(), 1U);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "core/tavo.h"
+#include "Recorders.h"
 
 #include <gtest/gtest.h>
 
@@ -11,8 +11,6 @@
 using Reply = CMReply<QVariant>;
 
 namespace {
-const CMPath path(QStringLiteral("/test/node"));
-
 CMSetDataRequest requestFor(const Reply &reply)
 {
     return {path, QStringLiteral("value"), reply};

@@ -17,16 +17,9 @@ using testing::ElementsAre;
 using Reply = CMReply<QVariant>;
 
 namespace {
-const CMPath path(QStringLiteral("/test/value"));
-
 TavoValue number(int value)
 {
     return TavoValue().setInt_(value);
-}
-
-QVariant carried(int value)
-{
-    return number(value).__variant();
 }
 
 class CMValueNodeTest : public testing::Test

@@ -12,8 +12,6 @@ using testing::ElementsAre;
 using Reply = CMReply<QVariant>;
 
 namespace {
-const CMPath path(QStringLiteral("/test/node"));
-
 class NodeTest : public testing::Test
 {
 protected:

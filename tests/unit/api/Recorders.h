@@ -10,6 +10,17 @@
 
 #include <vector>
 
+/// Of the node that a test publishes.
+inline const CMPath path(QStringLiteral("/test/node"));
+
+inline const QStringList change{QStringLiteral("changed")};
+inline const CMError broken(QStringLiteral("Test"), "broken");
+
+inline QVariant carried(int value)
+{
+    return TavoValue().setInt_(value).__variant();
+}
+
 /// Keeps the requests of a node, unanswered.
 class RequestKeeper : public QObject
 {

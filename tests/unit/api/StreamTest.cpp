@@ -158,7 +158,7 @@ TEST(VariantStreamTest, WritesTheDepthOfEveryRecordInFull)
 
 TEST(VariantStreamTest, ShortensLongTextsAndNotTheTextsAfterThem)
 {
-    const std::string text = written(QVariantHash{{"a", QString(1000000, 'x')}, {"b", "y"}});
+    const std::string text = writtenVariant(QVariantHash{{"a", QString(1000000, 'x')}, {"b", "y"}});
     EXPECT_LT(text.size(), 300U);
     EXPECT_EQ(text.substr(text.size() - 9), ", b: \"y\"}");
 }

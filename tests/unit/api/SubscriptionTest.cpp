@@ -17,8 +17,6 @@
 using testing::ElementsAre;
 
 namespace {
-const CMPath path(QStringLiteral("/test/list"));
-const QStringList change{QStringLiteral("changed")};
 
 /// Calls a function when a change is reported.
 class Reactor : public QObject

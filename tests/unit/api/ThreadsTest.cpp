@@ -18,8 +18,6 @@
 using Reply = CMReply<QVariant>;
 
 namespace {
-const CMPath path(QStringLiteral("/test/node"));
-const QStringList change{QStringLiteral("changed")};
 
 /// A worker in its own thread, with one node that echoes.
 class ThreadedWorker

@@ -15,8 +15,6 @@ using testing::UnorderedElementsAre;
 using Reply = CMReply<QVariant>;
 
 namespace {
-const CMPath path(QStringLiteral("/test/node"));
-
 /// Keeps the requests for values, unanswered.
 class LateWorker : public CMNodesWorker
 {

@@ -14,8 +14,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using namespace std::chrono_literals;
 
-constexpr const char *limitsExceeded = "org.freedesktop.DBus.Error.LimitsExceeded";
-
 class DbusBusyBusTest : public ModelTest
 {
 protected:

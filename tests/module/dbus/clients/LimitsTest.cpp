@@ -6,7 +6,6 @@
 #include <utility>
 
 namespace {
-constexpr const char *limitsExceeded = "org.freedesktop.DBus.Error.LimitsExceeded";
 
 class DbusLimitsTest : public ModelTest
 {

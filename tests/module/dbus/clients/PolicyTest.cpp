@@ -122,8 +122,6 @@ private:
     CMNodes m_nodes;
 };
 
-constexpr const char *accessDenied = "org.freedesktop.DBus.Error.AccessDenied";
-
 TEST_F(DbusPolicyTest, LetsOthersReachNoMethod)
 {
     const auto outsider = clientOf("nobody");

@@ -13,7 +13,6 @@
 #include <sys/stat.h>
 
 namespace {
-constexpr const char *limitsExceeded = "org.freedesktop.DBus.Error.LimitsExceeded";
 
 class DbusTurnsTest : public ModelTest
 {

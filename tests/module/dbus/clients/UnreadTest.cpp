@@ -19,7 +19,6 @@ namespace {
 using testing::HasSubstr;
 using namespace std::chrono_literals;
 
-constexpr const char *limitsExceeded = "org.freedesktop.DBus.Error.LimitsExceeded";
 constexpr int mebi = 1 << 20;
 
 const QString noStatistics =

@@ -106,7 +106,6 @@ TEST_F(DbusBadInputTest, WrongArgumentsAreRefused)
 TEST_F(DbusBadInputTest, AHugeValueIsRefused)
 {
     publishEcho("/test/echo"_s);
-    const char *limitsExceeded = "org.freedesktop.DBus.Error.LimitsExceeded";
     constexpr int tooMuch = 1200 * 1024;
     expectRefusal(client->send("/test/echo"_s, QString(tooMuch, 'x')), limitsExceeded);
     expectRefusal(client->send("/test/echo"_s, QByteArray(tooMuch, 'x')), limitsExceeded);
@@ -284,7 +283,6 @@ TEST_F(DbusBadInputTest, MessagesWithTooLongTextsAreRefused)
         const QList<TrArg> arguments{TrArg(QString(length / 10, 'x'))};
         return TrString(TrCharData{"Test", "%1%1%1%1%1%1%1%1%1%1", nullptr, -1}, arguments);
     };
-    constexpr const char *limitsExceeded = "org.freedesktop.DBus.Error.LimitsExceeded";
     expectRefusal(open(TavoNotificationDisplayItem().setTitle(text(1010))), limitsExceeded);
     expectRefusal(open(TavoNotificationDisplayItem().setTitle(QString(1001, 'x'))), limitsExceeded);
     expectRefusal(open(TavoNotificationDisplayItem().setMessage(QString(65537, 'x'))),

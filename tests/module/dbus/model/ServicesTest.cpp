@@ -9,8 +9,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-constexpr const char *accessDenied = "org.freedesktop.DBus.Error.AccessDenied";
-
 /// The power manager and the player, as clients on the bus use them beside the module "alarm".
 class DbusServicesTest : public ModelTest
 {
