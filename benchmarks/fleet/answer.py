@@ -5,21 +5,23 @@
 
 Usage: answer.py BUILD
 
-BUILD is the folder of a build with the target tavo_fleet_benchmark. Prints the median time and the rate of both, and
-the memory and the wake-ups of the device while nothing happens.
+BUILD is the folder of a build with the target tavo_fleet_benchmark. Prints the median time and the rate of both, with
+one call at a time and with several, how these compare, and the memory and the wake-ups of the device while nothing
+happens. Other work on the machine disturbs the times: as root, "chrt --rr 10 answer.py BUILD" goes before it.
 """
 
 import json
 import pathlib
+import re
 import socket
+import statistics
 import subprocess
 import sys
 import tempfile
 import time
 
-SEQUENTIAL = 2000
-MANY = 8000
-WINDOW = 20
+CALLS = {1: 2000, 20: 8000, 50: 8000}  # by how many are under way at a time
+ROUNDS = 2
 IDLE_SECONDS = 31
 
 
@@ -58,16 +60,25 @@ def switches(pid):
 
 
 def memory(pid):
-    """The memory that only this process uses, in KiB."""
-    rollup = pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text().splitlines()
-    return sum(int(line.split()[1]) for line in rollup if line.startswith("Private_"))
+    """In MiB: what only this process uses, that and its share of what others use too, and all that it has mapped."""
+    sums = {"Private": 0, "Pss": 0, "Rss": 0}
+    for line in pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text().splitlines()[1:]:
+        what = line.split(":")[0].removesuffix("_Clean").removesuffix("_Dirty")
+        if what in sums:
+            sums[what] += int(line.split()[1]) / 1024
+    return [f"{sum:.1f}" for sum in sums.values()]
 
 
-def resident(pid):
-    for line in pathlib.Path(f"/proc/{pid}/status").read_text().splitlines():
-        if line.startswith("VmRSS"):
-            return int(line.split()[1])
-    return 0
+def compare(build, port, window, count):
+    seen = {"echo": [], "porch": []}
+    for peer in [*seen] * ROUNDS:
+        line = subprocess.check_output([build / "benchmarks/tavo_round_trips", str(port), peer, str(count), str(window)],
+                                       text=True).strip()
+        print(f"window {window}: {line}", flush=True)
+        seen[peer].append([float(number) for number in re.findall(r"[0-9]+", line)[:2]])
+    (echo_time, echo_rate), (time_taken, rate) = ([statistics.mean(column) for column in zip(*seen[peer])]
+                                                  for peer in seen)
+    print(f"window {window}: {time_taken / echo_time:.1f} times the echo's time, {rate / echo_rate:.2f} of its rate")
 
 
 def run(build, folder, processes):
@@ -95,16 +106,14 @@ def run(build, folder, processes):
                    text="the host is there")
     processes.append(device)
     time.sleep(1)
-    for count, window in (SEQUENTIAL, 1), (MANY, WINDOW):
-        for peer in "echo", "porch", "echo", "porch":
-            print(f"window {window}:", subprocess.check_output(
-                [build / "benchmarks/tavo_round_trips", str(port), peer, str(count), str(window)],
-                text=True).strip(), flush=True)
+    for window, count in CALLS.items():
+        compare(build, port, window, count)
     time.sleep(2)  # the last events are published
     before = switches(device.pid)
     time.sleep(IDLE_SECONDS)
+    private, proportional, resident = memory(device.pid)
     print(f"idle: {(switches(device.pid) - before) / IDLE_SECONDS:.2f} wake-ups a second, "
-          f"{memory(device.pid) / 1024:.1f} MiB private, {resident(device.pid) / 1024:.1f} MiB resident")
+          f"{private} MiB private, {proportional} MiB proportional, {resident} MiB resident")
 
 
 def main():
