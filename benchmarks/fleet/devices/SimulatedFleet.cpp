@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Devices of a fleet without hosts: tavo_simulated_fleet PORT FIRST COUNT
+// Devices of a fleet without hosts: tavo_simulated_fleet PORT FIRST COUNT [USER PASSWORD]
 //
 // Connects COUNT devices, numbered from FIRST, to the broker at this port of 127.0.0.1: each with a will, a subscription of its calls and of
 // those of the group all, and retained states. Prints "connected" when the broker has accepted all of them,
@@ -84,7 +84,7 @@ void on_message(mosquitto * /*handle*/, void *context, const mosquitto_message *
 }
 
 /// Connects the device. Returns its socket.
-int connectTo(int port, Device &device)
+int connectTo(int port, Device &device, const char *user, const char *password)
 {
     device.handle = mosquitto_new(qPrintable(device.name), true, &device);
     mosquitto_int_option(device.handle, MOSQ_OPT_PROTOCOL_VERSION, MQTT_PROTOCOL_V5);
@@ -92,6 +92,7 @@ int connectTo(int port, Device &device)
     mosquitto_connect_callback_set(device.handle, on_connect);
     mosquitto_publish_callback_set(device.handle, on_publish);
     mosquitto_message_callback_set(device.handle, on_message);
+    mosquitto_username_pw_set(device.handle, user, password);
     const QByteArray online = FleetTopics::online(device.name).toUtf8();
     mosquitto_will_set(device.handle, online.constData(), 1, "0", qos, true);
     if (mosquitto_connect(device.handle, "127.0.0.1", port, keepAliveSeconds) != MOSQ_ERR_SUCCESS) {
@@ -145,13 +146,16 @@ void say(const char *what, std::chrono::steady_clock::time_point since)
 
 int main(int argc, char **argv)
 {
-    if (argc != 4) {
-        std::fprintf(stderr, "usage: tavo_simulated_fleet PORT FIRST COUNT\n");
+    constexpr int withUser = 6;
+    if (argc != 4 && argc != withUser) {
+        std::fprintf(stderr, "usage: tavo_simulated_fleet PORT FIRST COUNT [USER PASSWORD]\n");
         return 1;
     }
     const int port = std::atoi(argv[1]);
     const int first = std::atoi(argv[2]);
     const int count = std::atoi(argv[3]);
+    const char *user = argc == withUser ? argv[4] : nullptr;
+    const char *password = argc == withUser ? argv[5] : nullptr;
     rlimit files{};
     getrlimit(RLIMIT_NOFILE, &files);
     files.rlim_cur = files.rlim_max;
@@ -166,7 +170,7 @@ int main(int argc, char **argv)
         devices.push_back(std::make_unique<Device>());
         devices.back()->name = QStringLiteral("device-%1").arg(first + i);
         devices.back()->fleet = &fleet;
-        loop.add(*devices.back(), connectTo(port, *devices.back()));
+        loop.add(*devices.back(), connectTo(port, *devices.back(), user, password));
         // More than a broker lets wait would be tried again by the kernel, a second later.
         constexpr int maxUnderWay = 50;
         while (i - fleet.connected > maxUnderWay) {
