@@ -296,7 +296,7 @@ void Calls::on_timer_timeout()
     const QStringList ids = m_pending.keys();
     for (const QString &id : ids) {
         const auto pending = m_pending.constFind(id);
-        if (pending != m_pending.constEnd() && !pending->isRunning &&
+        if (pending != m_pending.constEnd() && !pending->isRunning && pending->call.at <= now() &&
             pending->deadline.hasExpired()) {
             finish(id, failed(m_client.isAvailable() ? "too late: the device was busy"
                                                      : "too late: the device had no host"));

@@ -146,6 +146,12 @@ void Device::on_connection_refused(int number, const QString &reason)
                            "write to %1: %2")
                 .arg(FleetTopics::call(m_configuration.device), reason));
         tellOnline();
+    } else {
+        // Some brokers end the connection after this.
+        FleetLog::error(
+            QStringLiteral("a message is refused: %1. Is the certificate or user that of "
+                           "%2, and may %2 write its topics?")
+                .arg(reason, m_configuration.device));
     }
 }
 

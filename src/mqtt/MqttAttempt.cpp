@@ -86,7 +86,7 @@ public:
         mosquitto_log_callback_set(
             handle.get(), [](mosquitto *, void *self, int level, const char *text) {
                 if (level == MOSQ_LOG_ERR || level == MOSQ_LOG_WARNING) {
-                    static_cast<Connecting *>(self)->m_logText = QString::fromUtf8(text);
+                    static_cast<Connecting *>(self)->m_logText = errorText(text);
                 }
             });
         mosquitto_int_option(handle.get(), MOSQ_OPT_PROTOCOL_VERSION, MQTT_PROTOCOL_V5);
@@ -186,6 +186,14 @@ private:
     const MqttMessage m_will; ///< none if it has no topic
     QString m_logText;        ///< what libmosquitto has said last about an error
 };
+
+QString MqttAttempt::errorText(const char *log)
+{
+    const QString line = QString::fromUtf8(log);
+    return line.startsWith(QLatin1String("OpenSSL Error"))
+               ? QStringLiteral("TLS: ") + line.section(QLatin1Char(':'), -1)
+               : line;
+}
 
 MqttAttempt::MqttAttempt(const MqttSettings &settings, const MqttMessage &will, QObject *context,
                          const Finish &finish)

@@ -34,6 +34,9 @@ public:
     MqttAttempt(const MqttAttempt &) = delete;
     MqttAttempt &operator=(const MqttAttempt &) = delete;
 
+    /// What libmosquitto says of an error, without the functions and numbers of OpenSSL.
+    static QString errorText(const char *log);
+
 private:
     class Connecting;
 

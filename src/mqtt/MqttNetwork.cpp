@@ -80,7 +80,7 @@ struct MqttCallbacks
         mosquitto_log_callback_set(handle,
                                    [](mosquitto *, void *network, int level, const char *text) {
                                        if (level == MOSQ_LOG_ERR || level == MOSQ_LOG_WARNING) {
-                                           of(network).m_logText = QString::fromUtf8(text);
+                                           of(network).m_logText = MqttAttempt::errorText(text);
                                        }
                                    });
     }
@@ -319,7 +319,13 @@ QString MqttNetwork::lossText(int code) const
     if (code == MOSQ_ERR_TLS) {
         return m_logText.isEmpty() ? QStringLiteral("TLS failed") : m_logText;
     }
-    return QStringLiteral("the connection was lost");
+    if (m_isUp || !m_settings.isEncrypted) {
+        return QStringLiteral("the connection was lost");
+    }
+    // A broker that wants another certificate tells nobody.
+    return m_settings.certificateFile.isEmpty()
+               ? QStringLiteral("the broker ended the connection: does it want a certificate?")
+               : QStringLiteral("the broker ended the connection: does it trust this certificate?");
 }
 
 void MqttNetwork::on_acceptTimer_timeout()

@@ -158,8 +158,10 @@ void HostCalls::carryOut(const FleetCall &call, bool isAgain, const Finish &fini
         }
         break;
     case Kind::Notify:
-    case Kind::Say:
         notify(call, finish);
+        break;
+    case Kind::Say:
+        say(call, finish);
         break;
     case Kind::Sound:
         sound(call, isAgain, finish);
@@ -263,6 +265,22 @@ void HostCalls::notify(const FleetCall &call, const Finish &finish)
     m_client.call(TavoAttentionNotifyPath(), TavoValue().setAttentionItem(item))
         .onFinished(this, [this, call, finish](const CMReply<QVariant> &reply) {
             finishNotify(call, reply, finish);
+        });
+}
+
+/// The host tells whether it can be said before it begins to make a sound of the text.
+void HostCalls::say(const FleetCall &call, const Finish &finish)
+{
+    auto item = attentionItem(call);
+    item.setPriority(priorityOf(call));
+    m_client.call(TavoAttentionTryPath(), TavoValue().setAttentionItem(item))
+        .onFinished(this, [this, call, finish](const CMReply<QVariant> &reply) {
+            const auto trial = TavoValue(reply.value().toHash()).attentionTrial();
+            if (!reply.error().isError() && !trial.spoken()) {
+                finish(failed(QStringLiteral("not read aloud: %1").arg(trial.reason())));
+            } else {
+                notify(call, finish);
+            }
         });
 }
 

@@ -57,6 +57,7 @@ private:
     void show(const FleetCall &call, const Finish &finish);
     void findShown(const FleetCall &call, const Finish &finish);
     void notify(const FleetCall &call, const Finish &finish);
+    void say(const FleetCall &call, const Finish &finish);
     void finishNotify(const FleetCall &call, const CMReply<QVariant> &reply, const Finish &finish);
     void sound(const FleetCall &call, bool isAgain, const Finish &finish);
     void callNode(const FleetCall &call, bool isAgain, const Finish &finish);

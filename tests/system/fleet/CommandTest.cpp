@@ -282,3 +282,18 @@ TEST_F(FleetCommandTest, ShowsItsProgressOnATerminal)
     EXPECT_EQ(script.run({"-q", "-e", "-c", command, "/dev/null"}), exitTimedOut);
     EXPECT_THAT(script.output(), HasSubstr("0 of 1 devices have answered"));
 }
+
+TEST_F(FleetCommandTest, SaysThatTheBrokerRefusesTheCall)
+{
+    QFile access(m_folder.filePath("access"));
+    ASSERT_TRUE(access.open(QIODevice::WriteOnly));
+    access.write("topic read tavo/v1/#\n");
+    access.close();
+    m_broker.setConfiguration(Broker::openToAll() + "acl_file " + access.fileName() + "\n");
+    m_broker.stop();
+    m_broker.start();
+    EXPECT_EQ(run({"show", "--group", "site", "Water"}), exitRefused);
+    EXPECT_THAT(
+        m_tavo.error(),
+        HasSubstr("a call to tavo/v1/group/site/call is refused: the broker says: Not authorized"));
+}

@@ -65,3 +65,16 @@ TEST_F(DeviceAttentionTest, WhatIsToBeSaidIsReadAloud)
     ASSERT_TRUE(said.open(QIODevice::ReadOnly));
     EXPECT_THAT(said.readAll().toStdString(), testing::HasSubstr("Dinner is ready"));
 }
+
+/// A host with the module attention, and no program that reads aloud.
+class DeviceWithoutSpeechTest : public DeviceTest
+{
+};
+
+TEST_F(DeviceWithoutSpeechTest, WhatCannotBeSaidIsAnsweredWithTheReason)
+{
+    startHostWithAttention();
+    startDevice();
+    call(R"("id":"a","call":"say","text":"Dinner is ready")");
+    EXPECT_TRUE(waitForAnswer("not read aloud: no program for speech is configured"));
+}

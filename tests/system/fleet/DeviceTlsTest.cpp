@@ -117,6 +117,14 @@ TEST_F(DeviceTlsTest, ADeviceWithoutTheRightCertificateIsNotConnected)
     EXPECT_EQ(count("tavo/v1/porch/online", "1"), 0);
 }
 
+TEST_F(DeviceTlsTest, ACertificateOfAnotherDeviceIsNamedAsTheReason)
+{
+    startHost();
+    set("device", "hall");
+    launchDevice();
+    EXPECT_TRUE(waitForError("Is the certificate or user that of hall"));
+}
+
 TEST_F(DeviceTlsTest, ABrokerOfAnotherAuthorityIsRefused)
 {
     const Certificates others;

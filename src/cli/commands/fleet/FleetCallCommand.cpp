@@ -76,7 +76,7 @@ void FleetCallCommand::send(const QString &topic)
     constexpr qint64 msPerSecond = 1000;
     const qint64 left = timeLimitMs() - m_since.elapsed();
     message.expirySeconds = int(qMax(Q_INT64_C(1), (left + msPerSecond - 1) / msPerSecond));
-    publish(message);
+    m_sent.insert(publish(message), topic);
 }
 
 void FleetCallCommand::sendToMissing()
@@ -180,6 +180,15 @@ void FleetCallCommand::onTimeUp()
 void FleetCallCommand::onDisconnected(const QString & /*reason*/)
 {
     // The call is sent again when the broker is back, until the time is up.
+}
+
+void FleetCallCommand::onRefused(int number, const QString &reason)
+{
+    if (m_sent.contains(number)) {
+        m_progress.stop();
+        fail(ExitCode::Refused,
+             QStringLiteral("a call to %1 is refused: %2").arg(m_sent.value(number), reason));
+    }
 }
 
 void FleetCallCommand::report()

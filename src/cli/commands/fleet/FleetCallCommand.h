@@ -6,6 +6,7 @@
 #include "cli/commands/fleet/FleetCommand.h"
 
 #include <QElapsedTimer>
+#include <QHash>
 #include <QMap>
 #include <QSet>
 
@@ -31,6 +32,7 @@ private:
     void onMessage(const FleetTopic &topic, const MqttMessage &message) override;
     void onTimeUp() override;
     void onDisconnected(const QString &reason) override;
+    void onRefused(int number, const QString &reason) override;
 
     void expectGroups();
     void expect(const QString &device);
@@ -56,6 +58,7 @@ private:
     QSet<QString>
         m_missing; ///< those of the called devices, as far as known, that have not answered
     QMap<QString, qint64> m_answerTimes;
+    QHash<int, QString> m_sent; ///< the topics of the calls, by the numbers of their messages
     QElapsedTimer m_since;
     QTimer m_repeat;
     QTimer m_progress;

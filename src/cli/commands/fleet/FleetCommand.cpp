@@ -94,6 +94,7 @@ bool FleetCommand::connectToBroker()
                 &FleetCommand::on_connection_received);
     tavoConnect(m_connection, &MqttConnection::disconnected, this,
                 &FleetCommand::on_connection_disconnected);
+    tavoConnect(m_connection, &MqttConnection::refused, this, &FleetCommand::on_connection_refused);
     tavoConnect(m_connection, &MqttConnection::subscriptionRefused, this,
                 &FleetCommand::on_connection_subscriptionRefused);
     const QString any = QStringLiteral("+");
@@ -149,6 +150,13 @@ void FleetCommand::on_connection_disconnected(const QString &reason)
     m_reason = reason;
     if (!isFinished()) {
         onDisconnected(reason);
+    }
+}
+
+void FleetCommand::on_connection_refused(int number, const QString &reason)
+{
+    if (!isFinished()) {
+        onRefused(number, reason);
     }
 }
 

@@ -40,8 +40,11 @@ protected:
     virtual void onTimeUp();
     /// The connection was lost, or can't be made. It is tried again, unless the command has finished.
     virtual void onDisconnected(const QString &reason);
+    /// The broker does not take the message with this number.
+    virtual void onRefused(int /*number*/, const QString & /*reason*/) {}
 
-    void publish(const MqttMessage &message) { m_connection->publish(message); }
+    /// Returns a number for onRefused().
+    int publish(const MqttMessage &message) { return m_connection->publish(message); }
     /// Whether the options name the device or a group of it, or neither devices nor groups.
     bool isChosen(const QString &device) const;
 
@@ -59,6 +62,7 @@ private Q_SLOTS:
     void on_connection_connected();
     void on_connection_received(const MqttMessage &message);
     void on_connection_disconnected(const QString &reason);
+    void on_connection_refused(int number, const QString &reason);
     void on_connection_subscriptionRefused(const QString &filter, const QString &reason);
     void on_timeLimit_timeout();
 
