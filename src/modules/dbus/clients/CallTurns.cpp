@@ -17,6 +17,9 @@ constexpr std::chrono::milliseconds maxTurn(5);
 /// little time may be among them.
 constexpr std::chrono::milliseconds maxBusyTurn(1);
 
+/// Of one user, while their calls wait: clients that come and go would wait without limit.
+constexpr int maxLeft = 100;
+
 /// About what a call takes in memory besides its arguments.
 constexpr std::size_t callBytes = 2048;
 
@@ -76,12 +79,15 @@ bool CallTurns::leave(const std::string &client)
     auto &calls = waiting->second.calls;
     const auto isDropped = [](const Call &call) { return call.method->ifLeft == IfLeft::Drop; };
     calls.erase(std::remove_if(calls.begin(), calls.end(), isDropped), calls.end());
-    waiting->second.hasLeft = true;
-    if (!calls.empty()) {
-        return false;
+    const User user = m_quotas.userOf(client);
+    if (calls.empty() || m_left[user] >= maxLeft) {
+        m_waiting.erase(waiting);
+        return true;
     }
-    m_waiting.erase(waiting);
-    return true;
+    ++m_left[user];
+    waiting->second.hasLeft = true;
+    waiting->second.user = user;
+    return false;
 }
 
 void CallTurns::resume()
@@ -94,6 +100,7 @@ void CallTurns::resume()
 void CallTurns::clear()
 {
     m_waiting.clear();
+    m_left.clear();
 }
 
 void CallTurns::on_bus_turned(bool isComplete)
@@ -124,12 +131,10 @@ CallTurns::Waiting::iterator CallTurns::next()
     auto best = m_waiting.end();
     Quotas::Turn least{};
     for (auto client = m_waiting.begin(); client != m_waiting.end(); ++client) {
-        if (!m_isReady(client->first)) {
-            continue;
-        }
         const Quotas::Turn turn =
             m_quotas.turnOf(client->first, client->second.calls.front().method->takes);
-        if (best == m_waiting.end() || turn < least) {
+        // There may be many clients, and few are better than all before them.
+        if ((best == m_waiting.end() || turn < least) && m_isReady(client->first)) {
             best = client;
             least = turn;
         }
@@ -144,6 +149,7 @@ void CallTurns::handle(Waiting::iterator client)
     client->second.calls.pop_front();
     const bool isLast = client->second.calls.empty();
     const bool hasLeft = client->second.hasLeft;
+    const User user = client->second.user;
     if (isLast) {
         m_spare = m_waiting.extract(client);
         m_spare.mapped().hasLeft = false;
@@ -153,6 +159,7 @@ void CallTurns::handle(Waiting::iterator client)
     const Seconds taken = Clock::now() - start;
     call.method->takes += learning * (taken - call.method->takes);
     if (isLast && hasLeft) {
+        --m_left[user];
         Q_EMIT left(name);
     }
 }

@@ -11,8 +11,11 @@
 #include <QTimer>
 
 #include <chrono>
+#include <cstdint>
 #include <deque>
 #include <functional>
+#include <map>
+#include <optional>
 #include <string>
 #include <unordered_map>
 
@@ -57,7 +60,8 @@ public:
     /// BusError::limitExceeded() when too many calls wait already.
     void add(const std::string &client, const BusMessage &call, Method &method);
 
-    /// The client has left. False while calls of it are still to be handled; left() follows then.
+    /// The client has left. False while calls of it are still to be handled; left() follows then. If many
+    /// clients of its user have left before theirs were handled, its calls are dropped.
     bool leave(const std::string &client);
 
     /// Calls of some clients may have become ready.
@@ -88,6 +92,8 @@ private Q_SLOTS:
     void on_timer_timeout();
 
 private:
+    using User = std::optional<std::uint32_t>;
+
     struct Call
     {
         BusMessage message;
@@ -98,6 +104,7 @@ private:
     {
         std::deque<Call> calls;
         bool hasLeft = false;
+        User user{}; ///< once it has left
     };
     using Waiting = std::unordered_map<std::string, Client>;
 
@@ -111,6 +118,7 @@ private:
     const IsReady m_isReady;
     Waiting m_waiting;          ///< by name; each has calls
     Waiting::node_type m_spare; ///< an entry without calls, for the next client that has none
+    std::map<User, int> m_left; ///< how many of these clients have left
     bool m_isSpending = false;
     QTimer m_timer; ///< runs while calls are left for the next turn
 };

@@ -25,6 +25,7 @@ TavoList<TavoAttentionAction> actionsOf(const TavoAttentionItem &requested)
 ClientAttention::ClientAttention(Clients &clients, ClientSounds &sounds)
     : m_clients(clients)
     , m_sounds(sounds)
+    , m_pages(clients)
 {
     tavoConnect(&m_clients, &Clients::left, this, &ClientAttention::on_clients_left);
     CMRoot()->connectValueChange(TavoAttentionEndedPath(), this,
@@ -112,13 +113,11 @@ CMReply<QVariant> ClientAttention::close(const QVariant &value)
 
 CMReply<QVariant> ClientAttention::readHistory(const std::string &client, const QVariant &value)
 {
-    if (!m_readers.insert(client).second) {
+    if (m_pages.count(client) > 0) {
         throw Refusals::historyIsBeingRead();
     }
-    CMReply<QVariant> reply = CMRoot()->invoke(TavoAttentionHistoryPath(), value, {});
-    reply.onFinished(
-        this, [this, client](const CMReply<QVariant> & /*finished*/) { m_readers.erase(client); });
-    return reply;
+    return m_pages.add(client,
+                       [value] { return CMRoot()->invoke(TavoAttentionHistoryPath(), value, {}); });
 }
 
 CMPath ClientAttention::prepareSound(const std::string &client, const QVariant &value,

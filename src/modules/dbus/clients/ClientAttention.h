@@ -5,12 +5,12 @@
 
 #include "LeftMessages.h"
 #include "Quotas.h"
+#include "SlowRequests.h"
 #include <core/tavo.h>
 
 #include <QObject>
 
 #include <cstddef>
-#include <set>
 #include <string>
 #include <unordered_map>
 
@@ -39,8 +39,8 @@ public:
     /// Passes on a request to end a notification. Clients can't say how it ended.
     static CMReply<QVariant> close(const QVariant &value);
 
-    /// Passes on a request for a page of the history. Throws BusError::limitExceeded() while the client
-    /// waits for another one: pages are large, and reading them takes time.
+    /// Passes on a request for a page of the history, after those of the same user. Throws
+    /// BusError::limitExceeded() while the client waits for another one: pages are large.
     CMReply<QVariant> readHistory(const std::string &client, const QVariant &value);
 
 private Q_SLOTS:
@@ -68,5 +68,5 @@ private:
     Clients &m_clients;
     ClientSounds &m_sounds;
     std::unordered_map<std::string, Notification> m_notifications; ///< by id
-    std::set<std::string> m_readers; ///< clients that wait for a page of the history
+    SlowRequests m_pages;                                          ///< of the history
 };

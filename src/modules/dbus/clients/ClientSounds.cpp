@@ -23,6 +23,9 @@ void askPlayerToCancel(const QString &id)
     CMRoot()->invoke(TavoNotificationPlayerCancelPath(), TavoValue().setString_(id), {});
 }
 
+/// Of one client, that wait for their replies.
+constexpr std::size_t maxMusicRequests = 4;
+
 /// So often, an urgent sound gives way to those of other users and stays urgent.
 constexpr int maxTimesGivenWay = 3;
 
@@ -63,6 +66,7 @@ ClientSounds::ClientSounds(Clients &clients, CMNodes *nodes, SoundAccess access)
     : m_clients(clients)
     , m_access(std::move(access))
     , m_nodes(nodes)
+    , m_musicRequests(clients)
 {
     tavoConnect(&m_clients, &Clients::left, this, &ClientSounds::on_clients_left);
     tavoConnect(&m_clients, &Clients::userKnown, this, &ClientSounds::on_clients_userKnown);
@@ -127,8 +131,9 @@ CMReply<QVariant> ClientSounds::send(const std::string &client,
     return sendToPlayer(path, m_sounds.at(path));
 }
 
-CMReply<QVariant> ClientSounds::sendToPlayer(const CMPath &path, const Sound &sound)
+CMReply<QVariant> ClientSounds::sendToPlayer(const CMPath &path, Sound &sound)
 {
+    sound.turn = m_turns.nextTurn();
     TavoValue value = TavoValue().setNotificationPlayerItem(sound.item);
     CMPath target = TavoNotificationPlayerEnqueuePath();
     const bool isDirect = sound.notification.isEmpty();
@@ -139,6 +144,7 @@ CMReply<QVariant> ClientSounds::sendToPlayer(const CMPath &path, const Sound &so
     if (!isDirect && sound.timesGivenWay > 0) {
         value.setInt_(sound.item.priority());
     }
+    sound.isOnItsWay = !isDirect;
     CMReply<QVariant> reply = CMRoot()->invoke(target, value, {});
     if (isDirect) {
         takeTurns(path, sound);
@@ -150,22 +156,35 @@ CMReply<QVariant> ClientSounds::sendToPlayer(const CMPath &path, const Sound &so
             forget(path);
             return;
         }
-        // The module for attention plays a sound with the priority of its notification.
-        const auto found = m_sounds.find(path);
-        if (!isDirect && found != m_sounds.end()) {
-            Sound &queued = found->second;
-            const int priority = TavoValue(finished.value().toHash()).int_();
-            queued.item.setPriority(TavoNotificationItemPriority::Enum(priority));
-            takeTurns(path, queued);
+        if (!isDirect) {
+            takeOutcome(path, finished.value());
         }
     });
     return reply;
 }
 
+/// The module for attention plays a sound with the priority of its notification, or not at all.
+void ClientSounds::takeOutcome(const CMPath &path, const QVariant &outcome)
+{
+    const auto found = m_sounds.find(path);
+    if (found == m_sounds.end() || outcome.isNull()) {
+        return; // a response follows
+    }
+    Sound &sound = found->second;
+    sound.isOnItsWay = false;
+    if (sound.isCancelled) {
+        askPlayerToCancel(sound.item.id());
+        return;
+    }
+    const int priority = TavoValue(outcome.toHash()).int_();
+    sound.item.setPriority(TavoNotificationItemPriority::Enum(priority));
+    takeTurns(path, sound);
+}
+
 void ClientSounds::takeTurns(const CMPath &path, const Sound &sound)
 {
     if (sound.item.priority() >= urgentPriority(m_clients.limits())) {
-        m_turns.add(path, sound.charge, sound.isPlaying);
+        m_turns.add(path, sound.charge, sound.turn, sound.isPlaying);
     }
 }
 
@@ -186,8 +205,9 @@ CMReply<QVariant> ClientSounds::cancel(const QVariant &value)
 {
     const QString id = TavoValue(value.toHash()).string_();
     for (auto &[path, sound] : m_sounds) {
-        if (sound.givesWay && sound.item.id() == id) {
+        if ((sound.givesWay || sound.isOnItsWay) && sound.item.id() == id) {
             stopGivingWay(sound);
+            sound.isCancelled = true;
             CMReply<QVariant> done;
             done.setValue(QVariant());
             return done;
@@ -239,18 +259,36 @@ AllowedSound ClientSounds::allowed(const QString &location, SoundAccess::Kind ki
     return std::get<AllowedSound>(result);
 }
 
-CMReply<QVariant> ClientSounds::playMusic(const QVariant &value)
+CMReply<QVariant> ClientSounds::playMusic(const std::string &client, const QVariant &value)
 {
     // A record with the source, or the source itself. Empty means the last source.
     const QString source = value.userType() == QMetaType::QVariantHash
                                ? TavoValue(value.toHash()).string_()
                                : TavoCodec<QString>::read(value);
-    const CMPath path = TavoPlayerMainAudioPlayPath();
-    if (source.isEmpty()) {
-        return CMRoot()->invoke(path, value, {});
+    if (!source.isEmpty()) {
+        allowed(source, SoundAccess::Kind::File); // throws
     }
-    const AllowedSound music = allowed(source, SoundAccess::Kind::File);
-    CMReply<QVariant> reply = CMRoot()->invoke(path, QVariant(music.location), {});
+    if (m_musicRequests.count(client) >= maxMusicRequests) {
+        throw Refusals::clientHoldsTooMuch(maxMusicRequests, "requests to play music");
+    }
+    return m_musicRequests.add(client, [this, source, value] {
+        return source.isEmpty() ? CMRoot()->invoke(TavoPlayerMainAudioPlayPath(), value, {})
+                                : startMusic(source);
+    });
+}
+
+/// The file is opened now, because requests that wait must not hold files.
+CMReply<QVariant> ClientSounds::startMusic(const QString &source)
+{
+    const Result<AllowedSound> result = m_access.check(source, SoundAccess::Kind::File);
+    if (const auto *refusal = std::get_if<Failure>(&result)) {
+        CMReply<QVariant> refused;
+        refused.setError(CMError(QStringLiteral("Player"), refusal->reason));
+        return refused;
+    }
+    const AllowedSound &music = std::get<AllowedSound>(result);
+    CMReply<QVariant> reply =
+        CMRoot()->invoke(TavoPlayerMainAudioPlayPath(), QVariant(music.location), {});
     reply.onFinished(this, [this, file = music.file](const CMReply<QVariant> & /*finished*/) {
         m_music = file; // the music before it plays no longer
     });

@@ -5,6 +5,7 @@
 
 #include "PathHash.h"
 #include "Quotas.h"
+#include "SlowRequests.h"
 #include "SoundAccess.h"
 #include "UrgentTurns.h"
 #include <core/tavo.h>
@@ -65,8 +66,10 @@ public:
     CMReply<QVariant> cancel(const QVariant &value);
     void cancel(const QString &id);
 
-    /// Passes on a client's request to play music. Throws BusError::accessDenied() as enqueue() does.
-    CMReply<QVariant> playMusic(const QVariant &value);
+    /// Passes on a client's request to play music, after those of the same user. Throws
+    /// BusError::accessDenied() as enqueue() does, and BusError::limitExceeded() when too many requests of the
+    /// client wait.
+    CMReply<QVariant> playMusic(const std::string &client, const QVariant &value);
 
     /// Throws BusError::accessDenied() for a path where only the player reports. If a client
     /// could report there, it could make this module forget a sound that is playing.
@@ -91,7 +94,10 @@ private:
         bool hasStarted = false;
         bool isPlaying = false; ///< has started, and has not given way since
         int timesGivenWay = 0;
-        bool givesWay = false; ///< is cancelled, to be played again later
+        bool givesWay = false;    ///< is cancelled, to be played again later
+        bool isOnItsWay = false;  ///< to the player, through the module for attention
+        bool isCancelled = false; ///< is cancelled when the player has it
+        std::uint64_t turn = 0;   ///< see UrgentTurns
     };
 
     CMReply<QVariant> send(const std::string &client, const TavoNotificationPlayerItem &item,
@@ -100,9 +106,11 @@ private:
     TavoNotificationPlayerItem clean(const TavoNotificationPlayerItem &requested) const;
     std::optional<OpenedSound> checkAccess(TavoNotificationPlayerItem &item) const;
     AllowedSound allowed(const QString &location, SoundAccess::Kind kind) const;
+    CMReply<QVariant> startMusic(const QString &source);
     CMPath watch(const std::string &client, const TavoNotificationPlayerItem &item,
                  std::size_t bytes, const std::optional<OpenedSound> &file);
-    CMReply<QVariant> sendToPlayer(const CMPath &path, const Sound &sound);
+    CMReply<QVariant> sendToPlayer(const CMPath &path, Sound &sound);
+    void takeOutcome(const CMPath &path, const QVariant &outcome);
     void takeTurns(const CMPath &path, const Sound &sound);
 
     /// The sound has been cancelled and will not play again.
@@ -114,6 +122,7 @@ private:
     CMNodes *m_nodes;
     std::unordered_map<CMPath, Sound, PathHash> m_sounds; ///< by their nodes
     UrgentTurns m_turns;
+    SlowRequests m_musicRequests;
     std::optional<OpenedSound> m_music; ///< the last music of a client; it may be played again
     quint64 m_lastNumber = 0;
 };

@@ -29,9 +29,10 @@ UrgentTurns::UrgentTurns()
     tavoConnect(&m_timer, &QTimer::timeout, this, &UrgentTurns::on_timer_timeout);
 }
 
-void UrgentTurns::add(const CMPath &sound, const Quotas::Charge &charge, bool hasStarted)
+void UrgentTurns::add(const CMPath &sound, const Quotas::Charge &charge, std::uint64_t number,
+                      bool hasStarted)
 {
-    m_sounds.emplace(sound, Sound{&charge, ++m_lastNumber, {}});
+    m_sounds.emplace(sound, Sound{&charge, number, {}});
     if (hasStarted) {
         start(sound);
     }
@@ -117,7 +118,9 @@ std::vector<CMPath> UrgentTurns::thoseBefore(const Sound &next, const Users &pla
     };
     std::vector<CMPath> sounds;
     for (const auto &[path, sound] : m_sounds) {
-        if (sound.number < next.number && time(sound) > time(next) + margin) {
+        // One that was sent later may have overtaken it, if another module has passed it on.
+        const bool isBefore = sound.started || sound.number < next.number;
+        if (isBefore && time(sound) > time(next) + margin) {
             sounds.push_back(path);
         }
     }

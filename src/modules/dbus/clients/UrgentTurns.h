@@ -30,9 +30,13 @@ class UrgentTurns : public QObject
 public:
     UrgentTurns();
 
-    /// An urgent sound, by its response path, is sent to the player. The charge must exist until
-    /// remove().
-    void add(const CMPath &sound, const Quotas::Charge &charge, bool hasStarted = false);
+    /// The number of a sound that is sent to the player now, or to a module that passes it on.
+    std::uint64_t nextTurn() { return ++m_lastNumber; }
+
+    /// The player has an urgent sound, by its response path, that was sent with this number. The charge must
+    /// exist until remove().
+    void add(const CMPath &sound, const Quotas::Charge &charge, std::uint64_t number,
+             bool hasStarted);
 
     /// The sound has started, if it is one of these.
     void start(const CMPath &sound);
@@ -57,7 +61,7 @@ private:
     struct Sound
     {
         const Quotas::Charge *charge;
-        std::uint64_t number; ///< in the order of arrival
+        std::uint64_t number; ///< in the order in which they were sent
         std::optional<Clock::time_point> started;
     };
 

@@ -177,7 +177,7 @@ CMReply<QVariant> ModelInterface::send(const std::string &client, const CMPath &
         throw Refusals::soundWithoutNotification();
     }
     if (path == TavoPlayerMainAudioPlayPath()) {
-        return m_sounds.playMusic(value);
+        return m_sounds.playMusic(client, value);
     }
     if (path == TavoNotificationDisplayCancelNotifyPath()) {
         return cancelMessage(value);

@@ -181,6 +181,24 @@ TEST_F(DbusModuleTurnsTest, OfAModuleAreNotTakenByOneUser)
     EXPECT_LT(before, many);
 }
 
+TEST_F(DbusModuleTurnsTest, OfRequestsForMusicComeOneAfterTheOther)
+{
+    const QString play = TavoPlayerMainAudioPlayPath().toString();
+    publishRequest(play, [this](const CMSetDataRequest &request) { requests.push_back(request); });
+    constexpr std::size_t limit = 4;
+    std::vector<BusCall> calls;
+    for (std::size_t i = 0; i < limit; ++i) {
+        calls.push_back(client->send(play, {}));
+    }
+    EXPECT_EQ(client->send(play, {}).errorName(), limitsExceeded);
+    for (std::size_t i = 0; i < limit; ++i) {
+        ASSERT_TRUE(waitFor([&] { return requests.size() > i; }));
+        EXPECT_EQ(requests.size(), i + 1);
+        requests.back().reply().setValue({});
+        EXPECT_TRUE(calls[i].succeeds());
+    }
+}
+
 TEST_F(DbusModuleTurnsTest, AreNotTakenByRequestsThatWaitForLong)
 {
     constexpr std::size_t many = 100;

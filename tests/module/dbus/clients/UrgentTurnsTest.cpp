@@ -8,6 +8,7 @@
 
 #include <QFile>
 
+#include <optional>
 #include <sys/stat.h>
 
 namespace {
@@ -124,42 +125,84 @@ TEST_F(DbusUrgentTurnsTest, AnEndlessSoundGivesWayAndPlaysAgainLater)
     EXPECT_THAT(first->received, ElementsAre(HasSubstr("type: 1"), HasSubstr("type: 2")));
 }
 
-TEST_F(DbusUrgentTurnsTest, TheSoundOfAnUrgentNotificationGivesWayWhateverItsOwnPriority)
+/// Stands in for the module for attention as well.
+class DbusAttentionTurnsTest : public DbusUrgentTurnsTest
 {
-    publishRequest(TavoAttentionNotifyPath().toString(),
-                   [](const CMSetDataRequest &request) { request.reply().setValue({}); });
-    publishRequest(TavoAttentionSoundPath().toString(), [this](const CMSetDataRequest &request) {
-        const TavoValue value(request.value().toHash());
-        if (value.fields().contains("bool"_s)) {
-            events.push_back(value.bool_() ? "comes again" : "does not come again");
-            return;
-        }
-        const TavoNotificationPlayerItem item = value.notificationPlayerItem();
-        events.push_back(item.id().toStdString() + " for its notification");
-        sounds[item.id()] = item;
-        // It starts before the reply.
-        respond(item.id(), ResponseType::Started);
-        request.reply().setValue(
-            TavoValue().setInt_(TavoNotificationItemPriority::Urgent).__variant());
-    });
-    ASSERT_TRUE(first
-                    ->send(TavoAttentionNotifyPath().toString(),
-                           TavoValue()
-                               .setAttentionItem(
-                                   TavoAttentionItem()
-                                       .setTitle("Water"_s)
-                                       .setPriority(TavoNotificationItemPriority::Urgent)
-                                       .setSound(itemOf("endless"_s)
-                                                     .setPriority(TavoNotificationItemPriority::Low)
-                                                     .setLoop(true)))
-                               .__variant())
-                    .succeeds());
+protected:
+    DbusAttentionTurnsTest()
+    {
+        publishRequest(TavoAttentionNotifyPath().toString(),
+                       [](const CMSetDataRequest &request) { request.reply().setValue({}); });
+        publishRequest(
+            TavoAttentionSoundPath().toString(), [this](const CMSetDataRequest &request) {
+                const TavoValue value(request.value().toHash());
+                if (value.fields().contains("bool"_s)) {
+                    events.push_back(value.bool_() ? "comes again" : "does not come again");
+                    return;
+                }
+                const TavoNotificationPlayerItem item = value.notificationPlayerItem();
+                events.push_back(item.id().toStdString() + " for its notification");
+                sounds[item.id()] = item;
+                onItsWay = request.reply();
+            });
+    }
+
+    void notify()
+    {
+        const auto sound =
+            itemOf("endless"_s).setPriority(TavoNotificationItemPriority::Low).setLoop(true);
+        const auto item = TavoAttentionItem()
+                              .setTitle("Water"_s)
+                              .setPriority(TavoNotificationItemPriority::Urgent)
+                              .setSound(sound);
+        ASSERT_TRUE(first
+                        ->send(TavoAttentionNotifyPath().toString(),
+                               TavoValue().setAttentionItem(item).__variant())
+                        .succeeds());
+        ASSERT_TRUE(happens("endless for its notification"));
+    }
+
+    /// The player has the sound, which starts before that is known.
+    void arrive()
+    {
+        respond("endless"_s, ResponseType::Started);
+        onItsWay->setValue(TavoValue().setInt_(TavoNotificationItemPriority::Urgent).__variant());
+    }
+
+    std::optional<CMReply<QVariant>> onItsWay;
+};
+
+TEST_F(DbusAttentionTurnsTest, TheSoundOfAnUrgentNotificationGivesWayWhateverItsOwnPriority)
+{
+    notify();
+    arrive();
     enqueue(*second, "alarm"_s);
     EXPECT_TRUE(happens("endless cancelled"));
     // The module for attention does not take the notification for over.
     EXPECT_TRUE(waitFor([this] { return events.size() == 5; }));
     EXPECT_THAT(events, ElementsAre("endless for its notification", "alarm at 3", "comes again",
                                     "endless cancelled", "endless for its notification"));
+}
+
+TEST_F(DbusAttentionTurnsTest, ASoundThatWasOnItsWayGivesWay)
+{
+    notify();
+    enqueue(*second, "alarm"_s);
+    ASSERT_TRUE(happens("alarm at 3"));
+    arrive();
+    EXPECT_TRUE(happens("endless cancelled"));
+}
+
+TEST_F(DbusAttentionTurnsTest, ASoundIsCancelledWhenItArrives)
+{
+    notify();
+    ASSERT_TRUE(first
+                    ->send(TavoNotificationPlayerCancelPath().toString(),
+                           TavoValue().setString_("endless"_s).__variant())
+                    .succeeds());
+    EXPECT_THAT(events, Not(Contains("endless cancelled")));
+    arrive();
+    EXPECT_TRUE(happens("endless cancelled"));
 }
 
 TEST_F(DbusUrgentTurnsTest, AllSoundsOfAUserThatHasPlayedMuchGiveWay)

@@ -497,6 +497,44 @@ TEST_F(ClientAttentionTest, ReadOnePageOfTheHistoryAtATime)
     EXPECT_TRUE(waitFor([&held] { return held.has_value(); }));
 }
 
+TEST_F(ClientAttentionTest, OfAUserReadTheHistoryOneAfterTheOther)
+{
+    unloadAttention();
+    std::vector<CMReply<QVariant>> held;
+    services().take(TavoAttentionHistoryPath(),
+                    [&held](const CMSetDataRequest &request) { held.push_back(request.reply()); });
+    const auto read = [](BusClient &client) {
+        return client.call("Call", [](BusWriter &writer) {
+            writer.writeString(TavoAttentionHistoryPath().toString());
+            writer.writeVariant(TavoValue().__variant());
+        });
+    };
+    const auto first = connect();
+    auto leaves = connect();
+    const auto last = connect();
+    // So that their user is known.
+    const auto openInbox = [](BusClient &client) {
+        const BusCall call = client.call("OpenInbox", [](BusWriter &) {});
+        EXPECT_TRUE(call.succeeds());
+        return CMPath(call.text());
+    };
+    openInbox(*first);
+    openInbox(*last);
+    const CMPath inbox = openInbox(*leaves);
+    const BusCall firstPage = read(*first);
+    ASSERT_TRUE(waitFor([&held] { return held.size() == 1; }));
+    read(*leaves);
+    const BusCall lastPage = read(*last);
+    leaves.reset();
+    ASSERT_TRUE(waitFor([&inbox] { return !CMCatalog::entry(inbox); }));
+    EXPECT_EQ(held.size(), 1U);
+    held[0].setValue({});
+    EXPECT_TRUE(firstPage.succeeds());
+    ASSERT_TRUE(waitFor([&held] { return held.size() == 2; }));
+    held[1].setValue({});
+    EXPECT_TRUE(lastPage.succeeds());
+}
+
 TEST_F(ClientAttentionTest, MayNotShowNodesThatFollowTheMessages)
 {
     for (const CMPath &path : {TavoAttentionEndedPath(), TavoNotificationDisplayCurrentPath()}) {
