@@ -37,10 +37,15 @@ Properties propertiesIn(const QByteArray &output)
 /// How the service has ended; empty if it runs or was stopped.
 QString failureOf(const Properties &values)
 {
-    if (values.value("ActiveState") != "failed" && values.value("SubState") != "auto-restart") {
+    const QByteArray state = values.value("ActiveState");
+    const bool isRestarted = state == "activating" && values.value("NRestarts").toInt() > 0;
+    if (state != "failed" && values.value("SubState") != "auto-restart" && !isRestarted) {
         return {};
     }
     const QByteArray result = values.value("Result");
+    if (result == "success") {
+        return QStringLiteral("it is restarted again and again");
+    }
     const QString status = QString::fromLatin1(values.value("ExecMainStatus"));
     if (result == "exit-code") {
         return QStringLiteral("exit status ") + status;
@@ -80,7 +85,7 @@ QDateTime changeOfConfiguration(const QString &file)
 QString serviceProperties()
 {
     return QStringLiteral(
-        "ActiveState,SubState,Result,ExecMainStatus,StateChangeTimestampMonotonic,"
+        "ActiveState,SubState,Result,ExecMainStatus,NRestarts,StateChangeTimestampMonotonic,"
         "StatusText");
 }
 

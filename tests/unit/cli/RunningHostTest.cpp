@@ -85,6 +85,9 @@ TEST_F(RunningServiceTest, HasFailedForAReason)
               "tavo-host has failed: it crashed, or was killed, by signal 11");
     EXPECT_EQ(finding(s_before, {}, "failed\nSubState=failed\nResult=watchdog\nExecMainStatus=6"),
               "tavo-host has failed: watchdog");
+    EXPECT_EQ(finding(s_before, {}, "activating\nSubState=start\nResult=success\nNRestarts=3"),
+              "tavo-host has failed: it is restarted again and again");
+    EXPECT_EQ(finding(s_before, {}, "activating\nSubState=start\nResult=success\nNRestarts=0"), "");
 }
 
 TEST_F(RunningServiceTest, HasAnotherConfigurationIfAFragmentOrTheFolderHasChanged)
