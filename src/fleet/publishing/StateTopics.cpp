@@ -108,7 +108,7 @@ void StateTopics::describe()
             if (change != m_displayChanges || reply.value().isEmpty()) {
                 return;
             }
-            const TavoClientDescription &message = reply.value().first();
+            const TavoClientDescription message = reply.value().first();
             set("display", {{QStringLiteral("shown"), true},
                             {QStringLiteral("title"), message.title},
                             {QStringLiteral("text"), message.text},
