@@ -162,11 +162,11 @@ double startTime(const HistorySettings &settings)
     });
 }
 
-/// In transactions of as many entries as the history waits for.
-void measureWrites(const HistorySettings &settings, Entries &entries)
+/// In transactions of so many entries. The history waits for a thousand in a flood.
+void measureWrites(const HistorySettings &settings, Entries &entries, int perTransaction)
 {
-    constexpr int transactions = 200;
-    constexpr int perTransaction = 20;
+    constexpr int count = 4000;
+    const int transactions = count / perTransaction;
     HistoryFile file(settings.file, settings);
     std::vector<double> times;
     std::vector<double> processorTimes;
@@ -186,10 +186,10 @@ void measureWrites(const HistorySettings &settings, Entries &entries)
         times.push_back(msSince(start));
     }
     static_assert(CLOCKS_PER_SEC == 1'000'000);
-    print("writtenEntryProcessorMicroseconds", median(processorTimes) / perTransaction);
-    print("writtenEntryMicroseconds", median(times) * 1000 / perTransaction);
-    print("writtenEntryDiskBytes",
-          (processFigure("io", "write_bytes") - bytes) / (double(transactions) * perTransaction));
+    const QByteArray name = "writtenEntryOf" + QByteArray::number(perTransaction);
+    print(name + "ProcessorMicroseconds", median(processorTimes) / perTransaction);
+    print(name + "Microseconds", median(times) * 1000 / perTransaction);
+    print(name + "DiskBytes", (processFigure("io", "write_bytes") - bytes) / count);
 }
 } // namespace
 
@@ -212,7 +212,10 @@ int main(int argc, char **argv)
     fill(settings, entries, count);
     print("fillSeconds", msSince(start) / 1000);
     print("fileBytesPerEntry", double(QFileInfo(settings.file).size()) / count);
-    measureWrites(settings, entries);
+    constexpr int few = 20;
+    constexpr int many = 1000;
+    measureWrites(settings, entries, few);
+    measureWrites(settings, entries, many);
 
     const double memory = processFigure("status", "VmRSS");
     print("start", startTime(settings));

@@ -14,6 +14,9 @@ constexpr int maxQuickLength = 1024;
 /// Fewer than for a rule alone: where this search is given up, the rules are looked at one by one.
 const QString searchLimit = QStringLiteral("(*LIMIT_MATCH=1000)");
 
+/// That need no more memory.
+constexpr std::size_t usualCandidates = 8;
+
 /// Not a letter, but in any case the same as one.
 constexpr ushort iotaBelow = 0x345;
 
@@ -75,6 +78,20 @@ bool isIndependent(const QString &pattern)
     }
     return true;
 }
+/// Whether the pattern matches only at the beginning of a text. False if that is hard to tell.
+bool isAnchored(const QString &pattern)
+{
+    const bool isPlain =
+        !pattern.contains(QLatin1Char('\\')) && !pattern.contains(QLatin1Char('['));
+    int depth = 0;
+    for (const QChar character : pattern) {
+        depth += int(character == QLatin1Char('(')) - int(character == QLatin1Char(')'));
+        if (character == QLatin1Char('|') && (depth == 0 || !isPlain)) {
+            return false;
+        }
+    }
+    return pattern.startsWith(QLatin1Char('^')) && !pattern.contains(QLatin1String("(?m"));
+}
 } // namespace
 
 void RuleIndex::Names::add(const QStringList &patterns, std::size_t rule)
@@ -133,6 +150,7 @@ void RuleIndex::add(const Rule &rule)
     } else if (rule.hasPattern() && isIndependent(rule.pattern())) {
         m_rulesOfPatterns.push_back(index);
         m_patterns.append(QLatin1String("(?:") + rule.pattern() + QLatin1Char(')'));
+        m_areAnchored = m_areAnchored && isAnchored(rule.pattern());
     } else {
         m_others.push_back(index);
     }
@@ -147,9 +165,13 @@ void RuleIndex::finish()
     m_patterns.clear();
     if (m_anyPattern.isValid()) {
         m_anyPattern.optimize();
+        if (m_areAnchored) {
+            findBeginnings();
+        }
     } else {
         // All together are too long, for example.
         m_others.insert(m_others.end(), m_rulesOfPatterns.begin(), m_rulesOfPatterns.end());
+        std::sort(m_others.begin(), m_others.end());
         m_rulesOfPatterns.clear();
     }
 }
@@ -199,7 +221,7 @@ void RuleIndex::findWords(const QString &text, Indexes &found) const
 
 void RuleIndex::findPatterns(const QString &text, Indexes &found) const
 {
-    if (m_rulesOfPatterns.empty()) {
+    if (!mayPatternsMatch(text)) {
         return;
     }
     const QRegularExpressionMatch match = m_anyPattern.match(text);
@@ -210,17 +232,53 @@ void RuleIndex::findPatterns(const QString &text, Indexes &found) const
 
 bool RuleIndex::isLong(const QString &text) const
 {
-    return !m_rulesOfPatterns.empty() && text.size() > maxQuickLength;
+    return text.size() > maxQuickLength && mayPatternsMatch(text);
+}
+
+bool RuleIndex::mayPatternsMatch(const QString &text) const
+{
+    if (m_rulesOfPatterns.empty()) {
+        return false;
+    }
+    if (!m_areAnchored || text.size() < 2) {
+        return true;
+    }
+    const std::size_t first = text.at(0).unicode();
+    const std::size_t second = text.at(1).unicode();
+    return first >= maxAscii || second >= maxAscii || m_beginnings[first * maxAscii + second];
+}
+
+bool RuleIndex::mayPatternsMatchAfter(const QString &beginning) const
+{
+    const auto match =
+        m_anyPattern.match(beginning, 0, QRegularExpression::PartialPreferCompleteMatch);
+    return match.hasMatch() || match.hasPartialMatch() || !match.isValid();
+}
+
+void RuleIndex::findBeginnings()
+{
+    for (std::size_t first = 0; first < maxAscii; ++first) {
+        const QString beginning = QChar(ushort(first));
+        const bool mayMatch = mayPatternsMatchAfter(beginning);
+        for (std::size_t second = 0; mayMatch && second < maxAscii; ++second) {
+            m_beginnings[first * maxAscii + second] =
+                mayPatternsMatchAfter(beginning + QChar(ushort(second)));
+        }
+    }
 }
 
 RuleIndex::Indexes RuleIndex::candidates(const AttentionInput &input, const QString &text) const
 {
-    Indexes found = m_others;
+    Indexes found;
+    found.reserve(m_others.size() + usualCandidates);
+    found = m_others;
     m_sources.find(input.source, found);
     m_categories.find(input.category, found);
     findWords(text, found);
     findPatterns(text, found);
-    std::sort(found.begin(), found.end());
-    found.erase(std::unique(found.begin(), found.end()), found.end());
+    if (found.size() > m_others.size()) {
+        std::sort(found.begin(), found.end());
+        found.erase(std::unique(found.begin(), found.end()), found.end());
+    }
     return found;
 }

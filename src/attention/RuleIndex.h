@@ -10,6 +10,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <bitset>
 #include <set>
 #include <unordered_map>
 #include <vector>
@@ -39,6 +40,8 @@ public:
     Indexes candidates(const AttentionInput &input, const QString &text) const;
 
 private:
+    static constexpr std::size_t maxAscii = 128;
+
     /// Rules by the hash of a name or a word, in any case. Others may have the same hash.
     using Table = std::unordered_multimap<quint32, std::size_t>;
 
@@ -57,6 +60,11 @@ private:
     void findWords(const QString &text, Indexes &found) const;
     void findPatterns(const QString &text, Indexes &found) const;
 
+    /// Whether a pattern may match a text that begins like this one.
+    bool mayPatternsMatch(const QString &text) const;
+    bool mayPatternsMatchAfter(const QString &beginning) const;
+    void findBeginnings();
+
     std::size_t m_size = 0;
     bool m_looksAtText = false;
     Names m_sources;
@@ -66,5 +74,8 @@ private:
     Indexes m_rulesOfPatterns;       ///< those whose patterns are in m_anyPattern
     QStringList m_patterns;          ///< theirs
     QRegularExpression m_anyPattern; ///< matches if one of them does
-    Indexes m_others;                ///< candidates always
+    bool m_areAnchored = true;       ///< they match only at the beginning of a text
+    /// With which two ASCII characters such a text may begin, the first one in the higher bits.
+    std::bitset<maxAscii * maxAscii> m_beginnings;
+    Indexes m_others; ///< candidates always
 };

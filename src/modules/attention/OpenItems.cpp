@@ -112,16 +112,22 @@ bool hasSound(const AttentionItem &item)
     return hasSound(item.sound);
 }
 
-/// Reports a reply that is an error; others wake no thread.
-class FailureWatcher : public CMReplyWatcher
+void cancelOnDisplay(const CMPath &path)
+{
+    // The reply is ignored: if the message has gone already, there is nothing to close.
+    CMRoot()->invoke(TavoNotificationDisplayCancelNotifyPath(), TavoValue().setPath(path), {});
+}
+} // namespace
+
+/// Reports that the display has refused a message; other replies wake no thread.
+class OpenItems::RefusalWatcher : public CMReplyWatcher
 {
 public:
-    using Report = std::function<void(const CMError &)>;
-
-    /// The report is made in the worker's thread, within a hold of the entrance.
-    FailureWatcher(Entrance &entrance, Report report)
-        : m_entrance(entrance.shared_from_this())
-        , m_report(std::move(report))
+    RefusalWatcher(OpenItems &items, const Entry &entry)
+        : m_entrance(items.m_entrance.shared_from_this())
+        , m_items(items)
+        , m_id(entry.item.id)
+        , m_request(entry.request)
     {
     }
 
@@ -129,22 +135,19 @@ public:
     {
         const CMError error = reply.error();
         if (error.isError()) {
-            m_entrance->post([report = std::move(m_report), error] { report(error); });
+            m_entrance->post([&items = m_items, id = m_id, request = m_request, error] {
+                items.on_show_failed(id, request, error);
+            });
         }
         delete this;
     }
 
 private:
-    const std::shared_ptr<Entrance> m_entrance; ///< the worker may have ended
-    Report m_report;
+    const std::shared_ptr<Entrance> m_entrance;
+    OpenItems &m_items; ///< gone when the entrance is closed
+    const QString m_id;
+    const QString m_request;
 };
-
-void cancelOnDisplay(const CMPath &path)
-{
-    // The reply is ignored: if the message has gone already, there is nothing to close.
-    CMRoot()->invoke(TavoNotificationDisplayCancelNotifyPath(), TavoValue().setPath(path), {});
-}
-} // namespace
 
 OpenItems::OpenItems(CMNodes *nodes, Entrance &entrance, History &history, Speech &speech)
     : m_nodes(nodes)
@@ -448,10 +451,7 @@ void OpenItems::requestDisplay(Entry &entry)
                                   TavoNotificationItemPriority::Enum(entry.openedPriority)))
             .setTimeout(entry.decision.timeout(entry.item.timeout));
     const CMReply<QVariant> reply;
-    reply.CMVoidReply::addWatcher(new FailureWatcher(
-        m_entrance, [this, id = entry.item.id, request = entry.request](const CMError &error) {
-            on_show_failed(id, request, error);
-        }));
+    reply.CMVoidReply::addWatcher(new RefusalWatcher(*this, entry));
     CMRoot()->invoke(TavoNotificationDisplayOpenPath(),
                      TavoValue().setNotificationDisplayItem(item), reply);
 }

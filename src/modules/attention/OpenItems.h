@@ -99,6 +99,7 @@ private:
         bool isOpened() const { return openedPriority >= 0; }
     };
     using Entries = QHash<QString, Entry>;
+    class RefusalWatcher;
 
     /// A sound that has not ended.
     struct Sound
