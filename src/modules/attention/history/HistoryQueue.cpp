@@ -7,8 +7,8 @@ namespace {
 // A power cut loses at most the last 250 ms; the rest of that is for the writing.
 constexpr std::chrono::milliseconds maxDelay(200);
 
-// So that no write takes long. Larger writes are better: an entry in one of twenty takes twice the time of one
-// in a thousand, and several times the bytes on the disk.
+// So that no write takes long. Small ones are expensive: an entry in a write of twenty takes more than twice the
+// time of one in a thousand, and six times the bytes on the disk.
 constexpr std::size_t stepsPerWrite = 1000;
 
 constexpr std::size_t maxWaitingBytes = 4 << 20;
