@@ -101,6 +101,29 @@ TEST_F(DisplayShowTest, obeysThePosition)
     EXPECT_EQ(place.width(), 300);
 }
 
+TEST_F(DisplayShowTest, followsTheScreenWhenItsSizeChanges)
+{
+    writeConfiguration({{"position", "bottom-end"}});
+    start();
+    show("Door");
+    const auto isInCornerOf = [this](const QSize &screen) {
+        const QPoint corner(screen.width() - s_margin - 1, screen.height() - s_margin - 1);
+        return m_server.waitForWindows([&](const QVector<QRect> &windows) {
+            return windows.size() == 1 && windows[0].bottomRight() == corner;
+        });
+    };
+    EXPECT_TRUE(isInCornerOf({s_screenWidth, 800}));
+    const QString timings = "30 800 810 820 830 600 610 620 630";
+    for (const QString &arguments :
+         {"--newmode small " + timings, QString("--addmode screen small"),
+          QString("--output screen --mode small")}) {
+        Program xrandr("xrandr");
+        prepare(xrandr);
+        ASSERT_EQ(xrandr.run(arguments.split(' ')), 0) << xrandr.error();
+    }
+    EXPECT_TRUE(isInCornerOf({800, 600}));
+}
+
 TEST_F(DisplayShowTest, mirrorsTheLayoutOfALanguageThatIsWrittenFromRightToLeft)
 {
     writeConfiguration({{"language", "ar"}});
