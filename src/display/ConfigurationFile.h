@@ -8,8 +8,6 @@
 
 #include <QObject>
 
-#include <memory>
-
 /// The configuration in a file, which is read again when the file changes. While the file is wrong or
 /// missing, the last good configuration stays.
 class ConfigurationFile : public QObject
@@ -17,8 +15,8 @@ class ConfigurationFile : public QObject
     Q_OBJECT
 
 public:
-    /// Reads the file. Without a name, the configuration is the default and never changes. Throws a
-    /// std::runtime_error if the file is wrong.
+    /// Reads the file. Without a name, the configuration is the default until there is a
+    /// $XDG_CONFIG_HOME/tavo/display.json. Throws a std::runtime_error if the file is wrong.
     explicit ConfigurationFile(const QString &file, QObject *parent = nullptr);
 
     const DisplayConfiguration &configuration() const { return m_configuration; }
@@ -36,6 +34,6 @@ private Q_SLOTS:
     void on_file_changed();
 
 private:
-    std::unique_ptr<WatchedFile> m_file;
+    WatchedFile m_file;
     DisplayConfiguration m_configuration;
 };

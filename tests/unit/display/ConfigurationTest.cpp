@@ -4,6 +4,7 @@
 #include "display/ConfigurationFile.h"
 #include "support/EventLoop.h"
 
+#include <QDir>
 #include <QFile>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -106,6 +107,17 @@ TEST_F(DisplayConfigurationFileTest, isReadAgainWhenItChanges)
     write(R"({"width": 500})");
     ASSERT_TRUE(waitFor([&] { return !changed.isEmpty(); }));
     EXPECT_EQ(file.configuration().width, 500);
+}
+
+TEST_F(DisplayConfigurationFileTest, isReadWhenItIsMadeLater)
+{
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(m_folder.path()));
+    ConfigurationFile file({});
+    qunsetenv("XDG_CONFIG_HOME");
+    EXPECT_EQ(file.configuration().width, DisplayConfiguration().width);
+    ASSERT_TRUE(QDir(m_folder.path()).mkdir("tavo"));
+    write(R"({"width": 300})", "tavo/display.json");
+    EXPECT_TRUE(waitFor([&] { return file.configuration().width == 300; }));
 }
 
 TEST_F(DisplayConfigurationFileTest, isReadAgainWhenItIsReplacedTwice)
