@@ -24,6 +24,26 @@ QString quoted(QString text)
     return QLatin1Char('"') + text + QLatin1Char('"');
 }
 
+/// The words without those with which others begin: each word is looked up with all its continuations, so the
+/// index is read no more than once.
+QStringList withoutBeginnings(const QStringList &words)
+{
+    QStringList sorted = words;
+    std::sort(sorted.begin(), sorted.end(), [](const QString &left, const QString &right) {
+        return left.compare(right, Qt::CaseInsensitive) < 0;
+    });
+    QStringList kept;
+    for (const QString &word : qAsConst(sorted)) {
+        if (!kept.isEmpty() && word.startsWith(kept.last(), Qt::CaseInsensitive) &&
+            std::all_of(word.begin(), word.end(),
+                        [](QChar character) { return character.isLetterOrNumber(); })) {
+            kept.removeLast();
+        }
+        kept.append(word);
+    }
+    return kept;
+}
+
 bool hasWord(const QString &text)
 {
     return std::any_of(text.begin(), text.end(), [](QChar character) {
@@ -127,7 +147,7 @@ QString HistoryIndex::expression(const HistoryQuery &query)
         query.text.left(maxSearchLength).simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts);
     if (!all.isEmpty()) {
         QString words;
-        for (const QString &word : all.mid(0, maxSearchWords)) {
+        for (const QString &word : withoutBeginnings(all.mid(0, maxSearchWords))) {
             words += quoted(word) + QLatin1String("* ");
         }
         parts.append(QLatin1String("{title text application} : (") + words + QLatin1Char(')'));

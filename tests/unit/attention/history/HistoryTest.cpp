@@ -106,6 +106,8 @@ TEST_F(HistoryTest, ASearchFindsEntriesWithAWordForEachBeginning)
     EXPECT_THAT(search("back fi"_s), ElementsAre("Backup done"_s));
     EXPECT_THAT(search("mail full"_s), ElementsAre("Backup failed"_s));
     EXPECT_THAT(search("CAFE offnet"_s), ElementsAre("Café"_s));
+    EXPECT_THAT(search("b backup B back f c"_s), ElementsAre("Backup done"_s));
+    EXPECT_THAT(search("b backups"_s), IsEmpty());
     EXPECT_THAT(search("ackup"_s), IsEmpty());
     EXPECT_THAT(search(" "_s), SizeIs(3));
 }
