@@ -27,7 +27,6 @@ ClientAttention::ClientAttention(Clients &clients, ClientSounds &sounds)
     , m_sounds(sounds)
     , m_pages(clients)
 {
-    tavoConnect(&m_clients, &Clients::left, this, &ClientAttention::on_clients_left);
     CMRoot()->connectValueChange(TavoAttentionEndedPath(), this,
                                  &ClientAttention::on_attention_ended);
     CMRoot()->connectNodeChange(TavoAttentionNotifyPath(), this,
@@ -75,7 +74,8 @@ CMReply<QVariant> ClientAttention::notify(const std::string &client, const QVari
         client, {Quotas::OpenNotifications, 1, Quotas::storedBytes(bytes), item.priority()},
         [id = item.id()] {
             CMRoot()->invoke(TavoAttentionClosePath(), TavoValue().setString_(id), {});
-        });
+        },
+        [this, id] { takeLeft(id); });
     const CMPath sound = prepareSound(client, value, bytes);
     item.setSoundFollows(!sound.isEmpty());
     m_notifications.emplace(id, Notification{item, std::move(charge)});
@@ -148,18 +148,17 @@ void ClientAttention::giveWay(const QString &id)
     send(TavoAttentionReplacePath(), item, {});
 }
 
-void ClientAttention::on_clients_left(const std::string &client)
+/// The client of a notification has left.
+void ClientAttention::takeLeft(const std::string &id)
 {
-    if (m_clients.quotas().held(client, Quotas::OpenNotifications) == 0) {
+    const auto found = m_notifications.find(id);
+    if (found == m_notifications.end()) {
         return;
     }
-    for (auto &[id, notification] : m_notifications) {
-        const TavoAttentionItem &item = notification.item;
-        if (notification.charge.client() == client &&
-            LeftMessages::givesWay(item.priority(), item.timeout())) {
-            notification.left = m_clients.leftMessages().add(
-                item.priority(), [this, id = item.id()] { giveWay(id); });
-        }
+    const TavoAttentionItem &item = found->second.item;
+    if (LeftMessages::givesWay(item.priority(), item.timeout())) {
+        found->second.left =
+            m_clients.leftMessages().add(item.priority(), [this, id = item.id()] { giveWay(id); });
     }
 }
 

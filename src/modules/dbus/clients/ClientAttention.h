@@ -44,7 +44,6 @@ public:
     CMReply<QVariant> readHistory(const std::string &client, const QVariant &value);
 
 private Q_SLOTS:
-    void on_clients_left(const std::string &client);
     void on_attention_ended(const CMPath &path, const QVariant &value);
     void on_attention_nodeChanged(const CMPath &path, bool published);
 
@@ -63,6 +62,7 @@ private:
     CMReply<QVariant> send(const CMPath &path, const TavoAttentionItem &item,
                            const CMPath &preparedSound);
     CMPath prepareSound(const std::string &client, const QVariant &value, std::size_t bytes);
+    void takeLeft(const std::string &id);
     void giveWay(const QString &id);
 
     Clients &m_clients;

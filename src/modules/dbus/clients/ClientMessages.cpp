@@ -27,7 +27,6 @@ ClientMessages::ClientMessages(Clients &clients, CMNodes *nodes)
     : m_clients(clients)
     , m_nodes(nodes)
 {
-    tavoConnect(&m_clients, &Clients::left, this, &ClientMessages::on_clients_left);
     CMRoot()->connectNodeChange(TavoNotificationDisplayQueuePath(), this,
                                 &ClientMessages::on_queue_nodeChanged);
 }
@@ -50,7 +49,7 @@ CMReply<QVariant> ClientMessages::open(const std::string &client, const QVariant
     Message message;
     message.charge = m_clients.quotas().charge(
         client, {Quotas::OpenNotifications, 1, Quotas::storedBytes(bytes), priority},
-        [this, number] { giveUp(number); });
+        [this, number] { giveUp(number); }, [this, number] { takeLeft(number); });
     if (hasMessage) {
         message.node = createNode(path, item);
     }
@@ -115,18 +114,17 @@ void ClientMessages::giveUp(quint32 number)
     close(number);
 }
 
-void ClientMessages::on_clients_left(const std::string &client)
+/// The client of a message has left.
+void ClientMessages::takeLeft(quint32 number)
 {
-    if (m_clients.quotas().held(client, Quotas::OpenNotifications) == 0) {
+    const auto found = m_messages.find(number);
+    if (found == m_messages.end()) {
         return;
     }
-    for (auto &[number, message] : m_messages) {
-        const auto priority = message.item.priority();
-        if (message.charge.client() == client &&
-            LeftMessages::givesWay(priority, message.item.timeout())) {
-            message.left =
-                m_clients.leftMessages().add(priority, [this, number = number] { close(number); });
-        }
+    Message &message = found->second;
+    const auto priority = message.item.priority();
+    if (LeftMessages::givesWay(priority, message.item.timeout())) {
+        message.left = m_clients.leftMessages().add(priority, [this, number] { close(number); });
     }
 }
 

@@ -33,7 +33,6 @@ public:
     CMReply<QVariant> open(const std::string &client, const QVariant &value, std::size_t bytes);
 
 private Q_SLOTS:
-    void on_clients_left(const std::string &client);
     void on_display_ended(const CMPath &path, const QVariant &value);
     void on_queue_nodeChanged(const CMPath &path, bool published);
 
@@ -54,6 +53,8 @@ private:
 
     /// Requests the display to close the message. It can only close all messages with the same path.
     void close(quint32 number);
+
+    void takeLeft(quint32 number);
 
     /// Makes room for another client. The other messages of the same user with the same path go, too:
     /// to queue them all again for each one would take long.

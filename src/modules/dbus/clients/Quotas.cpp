@@ -187,7 +187,8 @@ bool Quotas::countRequest(const std::string &client)
     return true;
 }
 
-Quotas::Charge Quotas::charge(const std::string &client, const Cost &cost, Release release)
+Quotas::Charge Quotas::charge(const std::string &client, const Cost &cost, Release release,
+                              Left left)
 {
     const std::shared_ptr<Account> known = account(client).shared_from_this();
     check(*known, cost.kind, cost.amount);
@@ -202,6 +203,7 @@ Quotas::Charge Quotas::charge(const std::string &client, const Cost &cost, Relea
     if (release) {
         item->key = {cost.kind, cost.priority, ++m_lastNumber};
         item->release = std::move(release);
+        item->left = std::move(left);
         known->items.emplace(item->key, item.get());
     }
     return Charge(std::move(item));
@@ -437,5 +439,8 @@ void Quotas::forget(const std::string &client)
     account->client.clear();
     for (const auto &[key, item] : std::exchange(account->items, {})) {
         item->moveTo(account->user->left);
+        if (item->left) {
+            item->left();
+        }
     }
 }

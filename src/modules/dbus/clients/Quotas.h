@@ -67,6 +67,9 @@ public:
     /// longer counts.
     using Release = std::function<void()>;
 
+    /// Called when the client has left and what was charged stays.
+    using Left = std::function<void()>;
+
     /// Something that a client holds. It counts until it is destroyed, and must not outlive the quotas.
     class Charge
     {
@@ -107,9 +110,10 @@ public:
     bool countRequest(const std::string &client);
 
     /// Counts something that the client will hold. Without a release it is never given up for
-    /// others; its stored bytes count as KeptBytes then, which have room as hasRoom() says. Throws
+    /// others, and nobody is told that its client has left; its stored bytes count as KeptBytes then, which have room as hasRoom() says. Throws
     /// BusError::limitExceeded() when that would exceed a limit.
-    Charge charge(const std::string &client, const Cost &cost, Release release = {});
+    Charge charge(const std::string &client, const Cost &cost, Release release = {},
+                  Left left = {});
 
     /// Changes the stored bytes and the priority of a charge. Throws BusError::limitExceeded() as
     /// charge() does, and then changes nothing.
@@ -214,6 +218,7 @@ private:
         Amounts amounts;
         Account::Key key;
         Release release; ///< empty when it can't be given up
+        Left left;       ///< may be empty
     };
 
     Account *find(const std::string &client) const; ///< null if it is not known

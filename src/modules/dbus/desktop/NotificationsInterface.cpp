@@ -46,7 +46,6 @@ NotificationsInterface::NotificationsInterface(BusConnection &bus, Clients &clie
     m_bus.ownName(QString::fromStdString(BusInterface::notifications().name));
     tavoConnect(&m_bus, &BusConnection::connected, this, &NotificationsInterface::on_bus_connected);
     tavoConnect(&m_bus, &BusConnection::lost, this, &NotificationsInterface::on_bus_lost);
-    tavoConnect(&m_clients, &Clients::left, this, &NotificationsInterface::on_clients_left);
     tavoConnect(&m_notifications, &OpenNotifications::closed, this,
                 &NotificationsInterface::on_notifications_closed);
     tavoConnect(&m_notifications, &OpenNotifications::actionInvoked, this,
@@ -97,18 +96,13 @@ void NotificationsInterface::on_bus_lost()
     m_object.reset();
 }
 
-void NotificationsInterface::on_clients_left(const std::string &client)
+/// The client of a notification has left.
+void NotificationsInterface::takeLeft(quint32 id)
 {
-    if (m_clients.quotas().held(client, Quotas::OpenNotifications) == 0) {
-        return;
-    }
-    for (const auto &[id, charge] : m_charges) {
-        const auto priority = m_notifications.priorityOf(id);
-        if (charge.client() == client &&
-            LeftMessages::givesWay(priority, m_notifications.timeoutOf(id))) {
-            m_left[id] = m_clients.leftMessages().add(
-                priority, [this, id = id] { m_notifications.giveWay(id); });
-        }
+    const auto priority = m_notifications.priorityOf(id);
+    if (LeftMessages::givesWay(priority, m_notifications.timeoutOf(id))) {
+        m_left[id] =
+            m_clients.leftMessages().add(priority, [this, id] { m_notifications.giveWay(id); });
     }
 }
 
@@ -172,7 +166,8 @@ Quotas::Charge NotificationsInterface::chargeFor(const std::string &client,
 {
     return m_clients.quotas().charge(
         client, {Quotas::OpenNotifications, 1, request.storedBytes, request.notification.priority},
-        [this, id] { m_notifications.close(*id, OpenNotifications::Reason::Undefined); });
+        [this, id] { m_notifications.close(*id, OpenNotifications::Reason::Undefined); },
+        [this, id] { takeLeft(*id); });
 }
 
 void NotificationsInterface::closeNotification(const BusMessage &call)

@@ -52,7 +52,6 @@ public Q_SLOTS:
 private Q_SLOTS:
     void on_bus_connected();
     void on_bus_lost();
-    void on_clients_left(const std::string &client);
     void on_doNotDisturb_changed(const CMPath &path, const QVariant &value);
     void on_doNotDisturb_nodeChanged(const CMPath &path, bool published);
     void on_notifications_closed(quint32 id, OpenNotifications::Reason reason);
@@ -69,6 +68,7 @@ private:
 
     /// Charges a client for the notification that it opens. Throws BusError::limitExceeded() if it
     /// has too many. The id must hold the notification's id until the notification is closed.
+    void takeLeft(quint32 id);
     Quotas::Charge chargeFor(const std::string &client, const NotifyCall &request,
                              const std::shared_ptr<const quint32> &id);
 

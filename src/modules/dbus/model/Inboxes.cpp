@@ -5,6 +5,7 @@
 
 #include "modules/dbus/clients/Clients.h"
 
+#include <algorithm>
 #include <utility>
 
 Inboxes::Inboxes(Clients &clients, CMNodes *nodes)
@@ -22,6 +23,7 @@ CMPath Inboxes::open(const std::string &client)
     Quotas::Charge charge = m_clients.quotas().charge(client, {Quotas::Inboxes, 1, bytes});
     CMActivateNode *node = CMActivateNode::create(m_nodes, path);
     m_inboxes.emplace(path, Inbox{std::move(charge), node});
+    m_paths[client].push_back(path);
     node->setInvoke(this, &Inboxes::on_inbox_activated, Qt::QueuedConnection);
     return path;
 }
@@ -37,24 +39,30 @@ bool Inboxes::close(const std::string &client, const CMPath &path)
     if (!isOf(client, path)) {
         return false;
     }
+    const auto paths = m_paths.find(client);
+    paths->second.erase(std::find(paths->second.begin(), paths->second.end(), path));
+    if (paths->second.empty()) {
+        m_paths.erase(paths);
+    }
+    dispose(path);
+    return true;
+}
+
+void Inboxes::dispose(const CMPath &path)
+{
     const auto inbox = m_inboxes.find(path);
     inbox->second.node->dispose();
     m_inboxes.erase(inbox);
-    return true;
 }
 
 void Inboxes::on_clients_left(const std::string &client)
 {
-    if (m_clients.quotas().held(client, Quotas::Inboxes) == 0) {
+    const auto paths = m_paths.extract(client);
+    if (paths.empty()) {
         return;
     }
-    for (auto inbox = m_inboxes.begin(); inbox != m_inboxes.end();) {
-        if (inbox->second.charge.client() == client) {
-            inbox->second.node->dispose();
-            inbox = m_inboxes.erase(inbox);
-        } else {
-            ++inbox;
-        }
+    for (const CMPath &path : paths.mapped()) {
+        dispose(path);
     }
 }
 

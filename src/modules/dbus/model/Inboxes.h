@@ -11,6 +11,7 @@
 
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 class Clients;
 
@@ -49,8 +50,11 @@ private:
         CMActivateNode *node; ///< owned by the node set
     };
 
+    void dispose(const CMPath &path);
+
     Clients &m_clients;
     CMNodes *m_nodes;
     std::unordered_map<CMPath, Inbox, PathHash> m_inboxes;
-    quint64 m_lastNumber = 0; ///< paths are never used again
+    std::unordered_map<std::string, std::vector<CMPath>> m_paths; ///< by client; none is empty
+    quint64 m_lastNumber = 0;                                     ///< paths are never used again
 };

@@ -7,11 +7,13 @@
 #include "modules/dbus/clients/Clients.h"
 #include "modules/dbus/clients/Refusals.h"
 #include <bus/BusConnection.h>
+#include <bus/BusError.h>
 #include <bus/BusReader.h>
 #include <bus/BusWriter.h>
 #include <bus/SendableText.h>
 
 #include <utility>
+#include <vector>
 
 namespace {
 /// In characters. A listing is an overview of many nodes.
@@ -58,6 +60,28 @@ void writeEntries(BusWriter &reply, const std::vector<CMCatalog::Entry> &entries
         reply.close();
     }
     reply.close();
+}
+
+/// Whether the nodes at and below the path are certainly more than fit into a message of this size. Only the
+/// first of them are counted: there may be a hundred thousand, and listing them all takes long.
+bool areTooMany(const CMPath &path, int maxMessageBytes)
+{
+    constexpr std::size_t minEntryBytes = 36;
+    const std::size_t max = std::size_t(maxMessageBytes) / minEntryBytes;
+    std::size_t count = 0;
+    std::vector<CMPath> left{path};
+    while (!left.empty()) {
+        const CMPath parent = left.back();
+        left.pop_back();
+        for (const CMCatalog::Entry &entry : CMCatalog::children(parent)) {
+            count += entry.kind == CMCatalog::groupKind() ? 0 : 1;
+            left.push_back(entry.path);
+        }
+        if (count > max) {
+            return true;
+        }
+    }
+    return false;
 }
 
 /// The title of the node's first row. Nodes reply to requests for rows at once.
@@ -210,8 +234,12 @@ void ModelInterface::list(const BusMessage &call)
 
 void ModelInterface::tree(const BusMessage &call)
 {
+    const CMPath path = ModelArguments::readPathOrRoot(call);
     BusWriter reply(call.createReply(), m_clients.limits().messageBytes);
-    writeEntries(reply, CMCatalog::tree(ModelArguments::readPathOrRoot(call)));
+    if (areTooMany(path, m_clients.limits().messageBytes)) {
+        throw BusError::unsupportedValue("The value is too large for a message");
+    }
+    writeEntries(reply, CMCatalog::tree(path));
     m_clients.reply(call, reply.message(), reply.bytesWritten());
 }
 

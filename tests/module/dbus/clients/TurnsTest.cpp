@@ -73,6 +73,20 @@ TEST_F(DbusTurnsTest, AreNotTakenByManyClients)
     EXPECT_FALSE(calls.back().isAnswered());
 }
 
+TEST_F(DbusTurnsTest, AreNotSpentOnATreeThatIsTooLarge)
+{
+    constexpr int groups = 200;
+    constexpr int nodesOfGroup = 200;
+    for (int group = 0; group < groups; ++group) {
+        for (int node = 0; node < nodesOfGroup; ++node) {
+            publishValue("/test/%1/%2"_s.arg(group).arg(node), node);
+        }
+    }
+    EXPECT_EQ(client->ask("Tree", {"/test"_s}).errorMessage(),
+              "The value is too large for a message");
+    EXPECT_TRUE(client->ask("Tree", {"/test/1"_s}).succeeds());
+}
+
 TEST_F(DbusTurnsTest, OfClientsThatLeaveAreGivenUp)
 {
     ModelClient greedy(bus().address());
@@ -185,6 +199,7 @@ TEST_F(DbusModuleTurnsTest, OfRequestsForMusicComeOneAfterTheOther)
 {
     const QString play = TavoPlayerMainAudioPlayPath().toString();
     publishRequest(play, [this](const CMSetDataRequest &request) { requests.push_back(request); });
+    ASSERT_TRUE(client->ask("List", {"/"_s}).succeeds()); // so that its user is known
     constexpr std::size_t limit = 4;
     std::vector<BusCall> calls;
     for (std::size_t i = 0; i < limit; ++i) {
