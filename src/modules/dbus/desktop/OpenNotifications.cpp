@@ -151,7 +151,7 @@ void OpenNotifications::fill(quint32 id, Entry &entry, const DesktopNotification
     entry.isResident = notification.isResident;
     entry.item.reset();
     if (m_hasAttention) {
-        entry.item = attentionItemOf(notification);
+        entry.item = std::make_shared<AttentionItem>(attentionItemOf(notification));
     }
     entry.node.show(notification, [this](CMActivateNode *action) {
         action->setInvoke(this, &OpenNotifications::on_action_activated, Qt::QueuedConnection);
@@ -200,7 +200,7 @@ CMReply<QVariant> OpenNotifications::show(quint32 id, Entry &entry)
 
 CMReply<QVariant> OpenNotifications::requestDisplay(quint32 id, Entry &entry)
 {
-    entry.isAttended = entry.item.has_value();
+    entry.isAttended = entry.item != nullptr;
     if (entry.isAttended) {
         m_attended.insert(entry.request, id);
         entry.item->id = entry.request;

@@ -14,7 +14,7 @@
 #include <QHash>
 #include <QObject>
 
-#include <optional>
+#include <memory>
 
 /// The desktop notifications that are open, each a node of the model that the display is asked to
 /// show.
@@ -104,7 +104,7 @@ private:
         TavoNotificationItemPriority::Enum priority = TavoNotificationItemPriority::Normal;
         int timeout = 0;
         /// What the module for attention decides about; empty without it.
-        std::optional<AttentionItem> item{};
+        std::shared_ptr<AttentionItem> item{};
         bool isAttended = false; ///< that module has the last request to show it
         bool isResident = false;
         bool isAwaited = false; ///< the display has not replied to the last request
