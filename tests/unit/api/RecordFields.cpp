@@ -343,15 +343,15 @@ RecordField::RecordField(const char *record, const char *key, const QVariantList
 {
 }
 
-// The fields stay until the program ends.
 const std::vector<const RecordField *> &recordFields()
 {
-    static const std::vector<const RecordField *> all = [] {
-        std::vector<const RecordField *> fields = notificationFields();
+    // The fields stay until the program ends.
+    static const auto *const s_all = [] {
+        auto *fields = new std::vector<const RecordField *>(notificationFields());
         for (const auto &more : {attentionFields(), serviceFields(), valueFields()}) {
-            fields.insert(fields.end(), more.begin(), more.end());
+            fields->insert(fields->end(), more.begin(), more.end());
         }
         return fields;
     }();
-    return all;
+    return *s_all;
 }
