@@ -82,6 +82,32 @@ std::string waitTable(const std::vector<Wait> &during, const std::vector<Wait> &
     return text;
 }
 
+/// A line for each wait for the host that was too long, with the attacks that ran at that time.
+std::string longWaits(const std::vector<Run> &runs, const std::vector<Wait> &waits,
+                      Milliseconds limit)
+{
+    std::string text;
+    for (const Wait &wait : waits) {
+        if (!isForHost(wait.kind) || wait.duration() <= limit) {
+            continue;
+        }
+        std::map<std::string, int> attacks;
+        for (const Run &run : runs) {
+            if (wait.start < run.end && run.start < wait.end) {
+                ++attacks[run.attack->name];
+            }
+        }
+        const auto since = wait.start - waits.front().start;
+        text += format("%ld ms for %s, after %ld s, beside:\n", long(wait.duration().count()),
+                       GoodClient::names[wait.kind],
+                       long(std::chrono::duration_cast<std::chrono::seconds>(since).count()));
+        for (const auto &[name, count] : attacks) {
+            text += format("    %d x %s\n", count, name.c_str());
+        }
+    }
+    return text;
+}
+
 std::string stateTable(const Report &report)
 {
     std::string text =
@@ -106,10 +132,10 @@ std::string stateTable(const Report &report)
 }
 } // namespace
 
-std::string Report::tables() const
+std::string Report::tables(Milliseconds limit) const
 {
     return waitTable(waits, afterwards) + "\n" + stateTable(*this) + "\n" +
-           attackTable(runs, waits);
+           attackTable(runs, waits) + "\n" + longWaits(runs, waits, limit);
 }
 
 Milliseconds longest(const std::vector<Wait> &waits, GoodClient::Kind kind)

@@ -23,7 +23,8 @@ struct Report
     GoodClient::Milliseconds settled{
         -1}; ///< how long it took until all was as before; negative: longer
 
-    std::string tables() const;
+    /// Lists what ran beside each wait that was longer than the limit.
+    std::string tables(GoodClient::Milliseconds limit) const;
 };
 
 /// The longest wait of a kind, and the longest of all that were for the host.

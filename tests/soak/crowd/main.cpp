@@ -204,7 +204,7 @@ int run(const Options &options)
     if (!findings.empty()) {
         std::cout << "\nThe end of the host's log:\n" << host.log() << '\n';
     }
-    std::cout << '\n' << report.tables() << std::endl;
+    std::cout << '\n' << report.tables(options.limit) << std::endl;
     for (const std::string &finding : findings) {
         std::cout << "FINDING: " << finding << '\n';
     }
