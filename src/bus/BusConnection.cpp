@@ -143,14 +143,14 @@ void BusConnection::greet()
          });
 }
 
-void BusConnection::on_loop_turned(bool isComplete)
+void BusConnection::on_loop_turned()
 {
     if (m_isSilent) {
         lose(silenceText(), true);
     } else if (m_isAnswering && !m_isConnected) {
         becomeConnected();
     } else if (m_isConnected) {
-        Q_EMIT turned(isComplete);
+        Q_EMIT turned();
     }
 }
 

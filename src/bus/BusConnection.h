@@ -66,6 +66,9 @@ public:
     /// connection has become congested.
     bool isFull() const { return m_loop.isFull(); }
 
+    /// Whether messages have arrived that have not been handled yet.
+    bool isReadable() const { return m_loop.isReadable(); }
+
     /// The interface must outlive the object.
     std::unique_ptr<BusObject> createObject(const BusInterface &interface);
 
@@ -89,7 +92,7 @@ Q_SIGNALS:
     void lost(const QString &reason, bool isSilent);
 
     /// The messages that had arrived have been handled, or as many as a turn of the event loop may.
-    void turned(bool isComplete);
+    void turned();
 
     /// This connection owns the name.
     void nameAcquired(const QString &name);
@@ -101,7 +104,7 @@ Q_SIGNALS:
     void nameRefused(const QString &name, const QString &reason);
 
 private Q_SLOTS:
-    void on_loop_turned(bool isComplete);
+    void on_loop_turned();
     void on_loop_failed(int error);
     void on_loop_lagging(int seconds);
     void on_silenceTimer_timeout();

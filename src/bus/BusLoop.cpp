@@ -139,6 +139,16 @@ bool BusLoop::isFull() const
     return m_bus != nullptr && sd_bus_get_n_queued_write(m_bus, &waiting) >= 0 && waiting > 0;
 }
 
+bool BusLoop::isReadable() const
+{
+    std::uint64_t waiting = 0;
+    if (m_bus == nullptr || sd_bus_get_n_queued_read(m_bus, &waiting) < 0) {
+        return false;
+    }
+    pollfd descriptor{sd_bus_get_fd(m_bus), POLLIN, 0};
+    return waiting > 0 || ::poll(&descriptor, 1, 0) > 0;
+}
+
 bool BusLoop::isCongested()
 {
     m_isCongested = countUnread() > maxUnread || isFull();
@@ -166,7 +176,6 @@ void BusLoop::serve()
         countUnread();
     }
     int result = handleMessages();
-    const bool isComplete = result == 0;
     m_isHandling = false;
     if (result >= 0) {
         result = watch();
@@ -174,7 +183,7 @@ void BusLoop::serve()
     if (result < 0) {
         Q_EMIT failed(-result);
     } else {
-        Q_EMIT turned(isComplete);
+        Q_EMIT turned();
     }
 }
 

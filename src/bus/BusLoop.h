@@ -34,9 +34,12 @@ public:
     /// Whether what is sent now waits in memory, because the system holds no more for the bus.
     bool isFull() const;
 
+    /// Whether messages have arrived that have not been handled yet.
+    bool isReadable() const;
+
 Q_SIGNALS:
     /// A turn has handled the messages that had arrived, or as many as a turn may.
-    void turned(bool isComplete);
+    void turned();
 
     /// The bus can't be served any more. The error is an errno.
     void failed(int error);

@@ -13,8 +13,8 @@
 namespace {
 constexpr std::chrono::milliseconds maxTurn(5);
 
-/// While more calls arrive than can be read in a turn, these come first: one of a client that has taken
-/// little time may be among them.
+/// While more calls arrive, they are read first: one of a client that has taken little time may be among
+/// them. The bus holds a flood back in a queue, and fills the socket again as soon as it is read.
 constexpr std::chrono::milliseconds maxBusyTurn(1);
 
 /// Of one user, while their calls wait: clients that come and go would wait without limit.
@@ -40,7 +40,8 @@ std::size_t bytesOf(const BusMessage &call, int maxValueBytes)
 
 CallTurns::CallTurns(BusConnection &bus, Quotas &quotas, const ClientLimits &limits,
                      IsReady isReady)
-    : m_quotas(quotas)
+    : m_bus(bus)
+    , m_quotas(quotas)
     , m_limits(limits)
     , m_isReady(std::move(isReady))
 {
@@ -103,21 +104,29 @@ void CallTurns::clear()
     m_left.clear();
 }
 
-void CallTurns::on_bus_turned(bool isComplete)
+void CallTurns::on_bus_turned()
 {
-    handleSome(isComplete ? maxTurn : maxBusyTurn);
+    handleSome();
 }
 
 void CallTurns::on_timer_timeout()
 {
-    handleSome(maxBusyTurn);
+    if (m_bus.isReadable()) {
+        m_timer.start(); // turned() follows before
+    } else {
+        handleSome();
+    }
 }
 
-void CallTurns::handleSome(std::chrono::milliseconds limit)
+void CallTurns::handleSome()
 {
-    const Clock::time_point end = Clock::now() + limit;
+    const Clock::time_point start = Clock::now();
+    const auto isOver = [&] {
+        const Clock::duration taken = Clock::now() - start;
+        return taken >= maxTurn || (taken >= maxBusyTurn && m_bus.isReadable());
+    };
     Waiting::iterator client = next();
-    while (client != m_waiting.end() && Clock::now() < end) {
+    while (client != m_waiting.end() && !isOver()) {
         handle(client);
         client = next();
     }

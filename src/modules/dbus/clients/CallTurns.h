@@ -88,7 +88,7 @@ Q_SIGNALS:
     void left(const std::string &client);
 
 private Q_SLOTS:
-    void on_bus_turned(bool isComplete);
+    void on_bus_turned();
     void on_timer_timeout();
 
 private:
@@ -109,10 +109,11 @@ private:
     using Waiting = std::unordered_map<std::string, Client>;
 
     Client &waitingOf(const std::string &client);
-    void handleSome(std::chrono::milliseconds limit);
+    void handleSome();
     void handle(Waiting::iterator client);
     Waiting::iterator next();
 
+    BusConnection &m_bus;
     Quotas &m_quotas;
     const ClientLimits &m_limits;
     const IsReady m_isReady;
