@@ -78,7 +78,7 @@ bool CallTurns::leave(const std::string &client)
         return true;
     }
     auto &calls = waiting->second.calls;
-    const auto isDropped = [](const Call &call) { return call.method->ifLeft == IfLeft::Drop; };
+    const auto isDropped = [](const Call &call) { return call.method->effect != Effect::Lasting; };
     calls.erase(std::remove_if(calls.begin(), calls.end(), isDropped), calls.end());
     const User user = m_quotas.userOf(client);
     if (calls.empty() || m_left[user] >= maxLeft) {

@@ -38,13 +38,17 @@ public:
     using Handler = std::function<void(const BusMessage &call)>;
     using Seconds = Quotas::Seconds;
 
-    /// Whether calls that wait when their client leaves are still handled.
-    enum class IfLeft { Drop, Handle };
+    /// What a call does. Only those with a lasting effect are still handled when their client has left.
+    enum class Effect {
+        Reply,    ///< none but the reply
+        OfClient, ///< ends with the client
+        Lasting   ///< stays when the client leaves
+    };
 
     /// A method that clients call.
     struct Method
     {
-        IfLeft ifLeft;
+        Effect effect;
         Handler handler; ///< throws nothing
         Seconds takes{}; ///< about how long a call takes
     };

@@ -52,7 +52,7 @@ Clients::Clients(BusConnection &bus, const ClientLimits &limits)
               })
     , m_outbox(bus, m_quotas)
     , m_unread(bus, m_quotas, m_outbox, m_limits)
-    , m_standardMethod{CallTurns::IfLeft::Drop,
+    , m_standardMethod{CallTurns::Effect::Reply,
                        [this](const BusMessage &call) { replyToStandardCall(call); }}
 {
     tavoConnect(&m_bus, &BusConnection::connected, this, &Clients::on_bus_connected);
@@ -97,10 +97,10 @@ void Clients::receive(const BusMessage &call)
 }
 
 void Clients::serve(BusObject &object, const char *method, const Handler &handler,
-                    CallTurns::IfLeft ifLeft)
+                    CallTurns::Effect effect)
 {
     const auto served = std::make_shared<CallTurns::Method>(CallTurns::Method{
-        ifLeft, [this, handler](const BusMessage &call) { handle(call, handler); }});
+        effect, [this, handler](const BusMessage &call) { handle(call, handler); }});
     object.setMethod(method, [this, served](const BusMessage &call) { add(call, *served); });
 }
 
@@ -149,6 +149,10 @@ void Clients::replyToStandardCall(const BusMessage &call)
 
 void Clients::add(const BusMessage &call, CallTurns::Method &method)
 {
+    // A bus does not limit how many of these wait for the host.
+    if (method.effect == CallTurns::Effect::Reply && !call.expectsReply()) {
+        return;
+    }
     const std::string client = call.sender();
     run(client, call, [&](const BusMessage &waiting) { m_turns.add(client, waiting, method); });
 }

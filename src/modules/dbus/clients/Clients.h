@@ -46,18 +46,18 @@ public:
 
     /// Lets a member function handle the calls of a method; it sends the reply or throws the error.
     /// A call is handled when it is the client's turn, as soon as it is known that the client reads its
-    /// replies; otherwise it is refused. The calls of one client are handled in their order.
+    /// replies; otherwise it is refused. One whose reply is its only effect is ignored when no reply is
+    /// wanted. The calls of one client are handled in their order.
     template <typename Receiver>
     void serve(BusObject &object, const char *method, Receiver *receiver,
-               void (Receiver::*member)(const BusMessage &call),
-               CallTurns::IfLeft ifLeft = CallTurns::IfLeft::Drop)
+               void (Receiver::*member)(const BusMessage &call), CallTurns::Effect effect)
     {
         serve(
             object, method,
-            [receiver, member](const BusMessage &call) { (receiver->*member)(call); }, ifLeft);
+            [receiver, member](const BusMessage &call) { (receiver->*member)(call); }, effect);
     }
     void serve(BusObject &object, const char *method, const Handler &handler,
-               CallTurns::IfLeft ifLeft);
+               CallTurns::Effect effect);
 
     /// Holds back the calls of a client while the function is true. After that, resume() must be called.
     void setHeldBack(const std::function<bool(const std::string &client)> &function)

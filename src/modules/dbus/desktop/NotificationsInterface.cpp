@@ -77,16 +77,16 @@ void NotificationsInterface::on_bus_connected()
 {
     m_object = m_bus.createObject(BusInterface::notifications());
     const auto serve = [this](const char *method, auto handler,
-                              CallTurns::IfLeft ifLeft = CallTurns::IfLeft::Drop) {
-        m_clients.serve(*m_object, method, this, handler, ifLeft);
+                              CallTurns::Effect effect = CallTurns::Effect::Reply) {
+        m_clients.serve(*m_object, method, this, handler, effect);
     };
-    serve("Notify", &NotificationsInterface::notify, CallTurns::IfLeft::Handle);
+    serve("Notify", &NotificationsInterface::notify, CallTurns::Effect::Lasting);
     serve("CloseNotification", &NotificationsInterface::closeNotification,
-          CallTurns::IfLeft::Handle);
+          CallTurns::Effect::Lasting);
     serve("GetCapabilities", &NotificationsInterface::getCapabilities);
     serve("GetServerInformation", &NotificationsInterface::getServerInformation);
-    serve("Inhibit", &NotificationsInterface::inhibit);
-    serve("UnInhibit", &NotificationsInterface::endInhibition, CallTurns::IfLeft::Handle);
+    serve("Inhibit", &NotificationsInterface::inhibit, CallTurns::Effect::OfClient);
+    serve("UnInhibit", &NotificationsInterface::endInhibition, CallTurns::Effect::Lasting);
     m_object->setProperty("Inhibited", [this] { return QVariant(m_isInhibited); });
     m_clients.publish(*m_object);
 }

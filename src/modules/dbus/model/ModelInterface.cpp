@@ -116,22 +116,22 @@ void ModelInterface::on_bus_connected()
 {
     m_object = m_bus.createObject(BusInterface::model());
     const auto serve = [this](const char *method, auto handler,
-                              CallTurns::IfLeft ifLeft = CallTurns::IfLeft::Drop) {
-        m_clients.serve(*m_object, method, this, handler, ifLeft);
+                              CallTurns::Effect effect = CallTurns::Effect::Reply) {
+        m_clients.serve(*m_object, method, this, handler, effect);
     };
     serve("GetValue", &ModelInterface::getValue);
-    serve("Call", &ModelInterface::callNode, CallTurns::IfLeft::Handle);
+    serve("Call", &ModelInterface::callNode, CallTurns::Effect::Lasting);
     serve("List", &ModelInterface::list);
     serve("Tree", &ModelInterface::tree);
     serve("Describe", &ModelInterface::describe);
     serve("GetRows", &ModelInterface::getRows);
     serve("Preview", &ModelInterface::preview);
     serve("MatchRow", &ModelInterface::matchRow);
-    serve("Close", &ModelInterface::closeNode, CallTurns::IfLeft::Handle);
-    serve("Subscribe", &ModelInterface::subscribe);
-    serve("Unsubscribe", &ModelInterface::unsubscribe);
-    serve("OpenInbox", &ModelInterface::openInbox);
-    serve("CloseInbox", &ModelInterface::closeInbox);
+    serve("Close", &ModelInterface::closeNode, CallTurns::Effect::Lasting);
+    serve("Subscribe", &ModelInterface::subscribe, CallTurns::Effect::OfClient);
+    serve("Unsubscribe", &ModelInterface::unsubscribe, CallTurns::Effect::OfClient);
+    serve("OpenInbox", &ModelInterface::openInbox, CallTurns::Effect::OfClient);
+    serve("CloseInbox", &ModelInterface::closeInbox, CallTurns::Effect::OfClient);
     m_object->setConstant("Version", TAVO_VERSION);
     m_clients.publish(*m_object);
     m_signals.setObject(m_object.get());

@@ -87,6 +87,30 @@ TEST_F(DbusTurnsTest, AreNotSpentOnATreeThatIsTooLarge)
     EXPECT_TRUE(client->ask("Tree", {"/test/1"_s}).succeeds());
 }
 
+TEST_F(DbusTurnsTest, AreNotTakenByQueriesWhoseReplyIsNotWanted)
+{
+    ModelClient greedy(bus().address());
+    QElapsedTimer wanted;
+    wanted.start();
+    for (const BusCall &call : sendSlowCalls(greedy, 500)) {
+        EXPECT_TRUE(call.succeeds());
+    }
+    const qint64 wantedMs = wanted.elapsed();
+
+    QElapsedTimer unwanted;
+    unwanted.start();
+    for (int i = 0; i < 3000; ++i) {
+        const BusMessage call = greedy.connection().createCall(
+            "org.tavo.Model1", "/org/tavo/Model1", "org.tavo.Model1", "Tree");
+        BusWriter(call).writeString("/many"_s);
+        ASSERT_GE(sd_bus_message_set_expect_reply(call.get(), 0), 0);
+        call.send();
+    }
+    // The calls of one client are handled in their order.
+    EXPECT_TRUE(greedy.getValue("/test/value"_s).succeeds());
+    EXPECT_LT(unwanted.elapsed(), wantedMs);
+}
+
 TEST_F(DbusTurnsTest, OfClientsThatLeaveAreGivenUp)
 {
     ModelClient greedy(bus().address());

@@ -69,7 +69,7 @@ TEST_F(CallTurnsTest, EndWhenMoreArrives)
     constexpr int calls = 10;
     int handled = 0;
     std::optional<int> handledBefore;
-    CallTurns::Method slow{CallTurns::IfLeft::Drop, [&](const BusMessage &) {
+    CallTurns::Method slow{CallTurns::Effect::Reply, [&](const BusMessage &) {
                                if (++handled == 1) {
                                    send("Next");
                                    EXPECT_TRUE(becomesReadable());
