@@ -9,6 +9,8 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstddef>
+#include <limits>
 #include <pthread.h>
 #include <sys/resource.h>
 #include <thread>
@@ -128,7 +130,7 @@ TEST_F(StopSignalsTest, DoesNotBlockSignalsWhenThereIsNoThread)
         // Threads get a stack of this size, which no address space holds.
         pthread_attr_t attributes;
         pthread_attr_init(&attributes);
-        pthread_attr_setstacksize(&attributes, std::size_t(1) << 50);
+        pthread_attr_setstacksize(&attributes, std::numeric_limits<std::size_t>::max() / 4 * 3);
         pthread_setattr_default_np(&attributes);
         if (StopSignals::install() == nullptr) {
             kill(getpid(), SIGTERM);
