@@ -92,14 +92,14 @@ TEST_F(DbusTurnsTest, AreNotTakenByQueriesWhoseReplyIsNotWanted)
     ModelClient greedy(bus().address());
     QElapsedTimer wanted;
     wanted.start();
-    for (const BusCall &call : sendSlowCalls(greedy, 500)) {
-        EXPECT_TRUE(call.succeeds());
+    for (int i = 0; i < 150; ++i) {
+        EXPECT_TRUE(greedy.ask("Tree", {"/many"_s}).succeeds());
     }
     const qint64 wantedMs = wanted.elapsed();
 
     QElapsedTimer unwanted;
     unwanted.start();
-    for (int i = 0; i < 3000; ++i) {
+    for (int i = 0; i < 1500; ++i) {
         const BusMessage call = greedy.connection().createCall(
             "org.tavo.Model1", "/org/tavo/Model1", "org.tavo.Model1", "Tree");
         BusWriter(call).writeString("/many"_s);

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "support/FullDisk.h"
 #include "HistoryTest.h"
+#include "support/FullDisk.h"
 
 #include <QDir>
 #include <QFile>

@@ -3,8 +3,8 @@
 
 // Random sequences on a history and on a plain list, which must always say the same.
 
-#include "support/FullDisk.h"
 #include "HistoryTest.h"
+#include "support/FullDisk.h"
 
 #include <gmock/gmock.h>
 
