@@ -13,40 +13,16 @@ happens. Other work on the machine disturbs the times: as root, "chrt --rr 10 an
 import json
 import pathlib
 import re
-import socket
 import statistics
 import subprocess
 import sys
-import tempfile
 import time
+
+from programs import free_port, processes_in_a_folder, start
 
 CALLS = {1: 2000, 20: 8000, 50: 8000}  # by how many are under way at a time
 ROUNDS = 2
 IDLE_SECONDS = 31
-
-
-def free_port():
-    with socket.socket() as listener:
-        listener.bind(("127.0.0.1", 0))
-        return listener.getsockname()[1]
-
-
-def wait_for(file, text):
-    for _ in range(1000):
-        if text in file.read_text():
-            return
-        time.sleep(0.01)
-    sys.exit(f"{file} has no {text!r}:\n{file.read_text()}")
-
-
-def start(folder, name, *command, text=None, **environment):
-    log = folder / f"{name}.log"
-    process = subprocess.Popen(command, stdout=log.open("w"), stderr=subprocess.STDOUT,
-                               env={"PATH": "/usr/sbin:/usr/bin:/bin", "QT_NO_GLIB": "1",
-                                    "HOME": str(folder), **environment})
-    if text:
-        wait_for(log, text)
-    return process
 
 
 def switches(pid):
@@ -72,8 +48,8 @@ def memory(pid):
 def compare(build, port, window, count):
     seen = {"echo": [], "porch": []}
     for peer in [*seen] * ROUNDS:
-        line = subprocess.check_output([build / "benchmarks/tavo_round_trips", str(port), peer, str(count), str(window)],
-                                       text=True).strip()
+        line = subprocess.check_output([build / "benchmarks/tavo_round_trips", str(port), peer, str(count),
+                                        str(window)], text=True).strip()
         print(f"window {window}: {line}", flush=True)
         seen[peer].append([float(number) for number in re.findall(r"[0-9]+", line)[:2]])
     (echo_time, echo_rate), (time_taken, rate) = ([statistics.mean(column) for column in zip(*seen[peer])]
@@ -119,15 +95,8 @@ def run(build, folder, processes):
 def main():
     if len(sys.argv) != 2:
         sys.exit(__doc__)
-    processes = []
-    with tempfile.TemporaryDirectory() as folder:
-        try:
-            run(pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(folder), processes)
-        finally:
-            for process in reversed(processes):
-                process.terminate()
-            for process in processes:
-                process.wait()
+    with processes_in_a_folder() as (folder, processes):
+        run(pathlib.Path(sys.argv[1]).resolve(), folder, processes)
 
 
 if __name__ == "__main__":

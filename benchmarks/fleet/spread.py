@@ -6,8 +6,8 @@
 Usage: spread.py BUILD [DEVICES [SOUNDS]]
 
 BUILD is the folder of a build with the target tavo_fleet_benchmark. Each of DEVICES (4) has a host and a sound device of
-its own, which notes when the first sample is heard. All are on this machine, so their clocks are one. They get SOUNDS
-(20) sounds. Prints how late the first device was, and how much later the last one; the first sound of each host is
+its own, which notes when the first sample is heard. All are on this machine, so they share one clock. They get SOUNDS (20)
+sounds. Prints how late the first device was, and how much later the last one; the first sound of each host is
 listed apart, because it loads what plays.
 """
 
@@ -18,11 +18,10 @@ import statistics
 import struct
 import subprocess
 import sys
-import tempfile
 import time
 import wave
 
-from answer import free_port, start
+from programs import free_port, processes_in_a_folder, start
 
 RATE = 48000
 SOUND_SECONDS = 0.2
@@ -106,15 +105,8 @@ def main():
         sys.exit(__doc__)
     devices = int(sys.argv[2]) if len(sys.argv) > 2 else 4
     sounds = int(sys.argv[3]) if len(sys.argv) > 3 else 20
-    processes = []
-    with tempfile.TemporaryDirectory() as folder:
-        try:
-            run(pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(folder), processes, devices, sounds)
-        finally:
-            for process in reversed(processes):
-                process.terminate()
-            for process in processes:
-                process.wait()
+    with processes_in_a_folder() as (folder, processes):
+        run(pathlib.Path(sys.argv[1]).resolve(), folder, processes, devices, sounds)
 
 
 if __name__ == "__main__":

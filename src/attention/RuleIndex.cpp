@@ -78,6 +78,7 @@ bool isIndependent(const QString &pattern)
     }
     return true;
 }
+
 /// Whether the pattern matches only at the beginning of a text. False if that is hard to tell.
 bool isAnchored(const QString &pattern)
 {

@@ -38,3 +38,11 @@ constexpr bool typesAreCheckedThroughAPipe = true;
 #else
 constexpr bool typesAreCheckedThroughAPipe = false;
 #endif
+
+/// For a test's own definition of a function of the C library that tells the time: a sanitizer's runtime calls it
+/// before its own functions work.
+#ifdef __clang__
+#define TAVO_NO_SANITIZER __attribute__((disable_sanitizer_instrumentation))
+#else
+#define TAVO_NO_SANITIZER
+#endif

@@ -389,8 +389,7 @@ void AttentionWorker::on_floods_over(QString source, QString application, int co
         application.clear();
     }
     FloodMessage &message = m_floodMessages[source];
-    const bool isOpen = m_items.isOpen(message.id);
-    if (!isOpen) {
+    if (!m_items.isOpen(message.id)) {
         message = {tavoGenerateUuid(), 0};
     }
     message.count += count;
@@ -398,21 +397,14 @@ void AttentionWorker::on_floods_over(QString source, QString application, int co
     if (!application.isEmpty()) {
         title += QStringLiteral(" of ") + application;
     }
-    const auto item = TavoAttentionItem()
-                          .setId(message.id)
-                          .setTitle(title)
-                          .setText(TAVO_TR("They came too fast to be shown."))
-                          .setApplication(application)
-                          .setSource(source)
-                          .setTimeout(floodMessageMs);
-    Decision decision;
-    decision.priority = TavoNotificationItemPriority::Low;
-    decision.treatment.groupFrom = 0;
-    if (isOpen) {
-        m_items.replace(item, decision);
-    } else {
-        m_items.open(item, decision);
-    }
+    AttentionItem item;
+    item.id = message.id;
+    item.title = title;
+    item.text = TAVO_TR("They came too fast to be shown.");
+    item.application = application;
+    item.source = source;
+    item.timeout = floodMessageMs;
+    showOwn(item, {});
 }
 
 void AttentionWorker::on_quietTimes_ended(const QMap<QString, int> &missed)
@@ -420,8 +412,7 @@ void AttentionWorker::on_quietTimes_ended(const QMap<QString, int> &missed)
     if (missed.isEmpty() || !m_settings.doNotDisturb.hasSummary) {
         return;
     }
-    const bool isOpen = m_items.isOpen(m_summaryId);
-    if (!isOpen) {
+    if (!m_items.isOpen(m_summaryId)) {
         m_summaryId = tavoGenerateUuid();
         m_summary.clear();
     }
@@ -432,15 +423,20 @@ void AttentionWorker::on_quietTimes_ended(const QMap<QString, int> &missed)
     for (auto program = m_summary.cbegin(); program != m_summary.cend(); ++program) {
         lines.append(QStringLiteral("%1: %2").arg(program.key()).arg(program.value()));
     }
-    const auto item = TavoAttentionItem()
-                          .setId(m_summaryId)
-                          .setTitle(TAVO_TR("While you were not to be disturbed"))
-                          .setText(lines.join(QLatin1Char('\n')));
+    AttentionItem item;
+    item.id = m_summaryId;
+    item.title = TAVO_TR("While you were not to be disturbed");
+    item.text = lines.join(QLatin1Char('\n'));
     Decision decision;
     decision.isRemembered = false; // what it counts is
+    showOwn(item, decision);
+}
+
+void AttentionWorker::showOwn(const AttentionItem &item, Decision decision)
+{
     decision.priority = TavoNotificationItemPriority::Low;
     decision.treatment.groupFrom = 0;
-    if (isOpen) {
+    if (m_items.isOpen(item.id)) {
         m_items.replace(item, decision);
     } else {
         m_items.open(item, decision);

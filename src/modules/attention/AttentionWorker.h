@@ -72,6 +72,9 @@ private:
     bool isOverRate(SourceRates &rates, const AttentionItem &item, const Decision &decision) const;
     void limitRate(const AttentionItem &item, Decision &decision);
 
+    /// Opens or replaces a message of the module itself.
+    void showOwn(const AttentionItem &item, Decision decision);
+
     const std::shared_ptr<Entrance> m_entrance;
     std::vector<std::unique_ptr<WatchedFile>> m_settingsFiles;
     AttentionSettings m_settings;

@@ -3,6 +3,8 @@
 
 #include "support/clock/VirtualClock.h"
 
+#include "support/Sanitized.h"
+
 #include <QAbstractEventDispatcher>
 #include <QEventLoop>
 
@@ -29,13 +31,6 @@ bool isMonotonic(clockid_t clock)
            clock == CLOCK_MONOTONIC_COARSE || clock == CLOCK_BOOTTIME;
 }
 } // namespace
-
-// A sanitizer's runtime asks for the time before its own functions work.
-#ifdef __clang__
-#define TAVO_NO_SANITIZER __attribute__((disable_sanitizer_instrumentation))
-#else
-#define TAVO_NO_SANITIZER
-#endif
 
 // The definition in a program takes precedence over that of the C library, also for libraries.
 extern "C" __attribute__((visibility("default"))) TAVO_NO_SANITIZER int

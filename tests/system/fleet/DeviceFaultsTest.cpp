@@ -4,6 +4,7 @@
 #include "DeviceTest.h"
 #include "fleet/Device.h"
 #include "support/FullDisk.h"
+#include "support/Sanitized.h"
 
 #include <atomic>
 #include <sys/syscall.h>
@@ -13,13 +14,6 @@
 namespace {
 std::atomic<bool> isClockUnset{false};
 } // namespace
-
-// A sanitizer's runtime asks for the time before its own functions work.
-#ifdef __clang__
-#define TAVO_NO_SANITIZER __attribute__((disable_sanitizer_instrumentation))
-#else
-#define TAVO_NO_SANITIZER
-#endif
 
 // The definition in a program takes precedence over that of the C library, also for Qt, which reads the time of day
 // by it.

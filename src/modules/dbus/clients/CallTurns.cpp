@@ -80,7 +80,7 @@ bool CallTurns::leave(const std::string &client)
     auto &calls = waiting->second.calls;
     const auto isDropped = [](const Call &call) { return call.method->effect != Effect::Lasting; };
     calls.erase(std::remove_if(calls.begin(), calls.end(), isDropped), calls.end());
-    const User user = m_quotas.userOf(client);
+    const Quotas::UserId user = m_quotas.userOf(client);
     if (calls.empty() || m_left[user] >= maxLeft) {
         m_waiting.erase(waiting);
         return true;
@@ -158,7 +158,7 @@ void CallTurns::handle(Waiting::iterator client)
     client->second.calls.pop_front();
     const bool isLast = client->second.calls.empty();
     const bool hasLeft = client->second.hasLeft;
-    const User user = client->second.user;
+    const Quotas::UserId user = client->second.user;
     if (isLast) {
         m_spare = m_waiting.extract(client);
         m_spare.mapped().hasLeft = false;

@@ -11,11 +11,9 @@
 #include <QTimer>
 
 #include <chrono>
-#include <cstdint>
 #include <deque>
 #include <functional>
 #include <map>
-#include <optional>
 #include <string>
 #include <unordered_map>
 
@@ -96,8 +94,6 @@ private Q_SLOTS:
     void on_timer_timeout();
 
 private:
-    using User = std::optional<std::uint32_t>;
-
     struct Call
     {
         BusMessage message;
@@ -108,7 +104,7 @@ private:
     {
         std::deque<Call> calls;
         bool hasLeft = false;
-        User user{}; ///< once it has left
+        Quotas::UserId user{}; ///< once it has left
     };
     using Waiting = std::unordered_map<std::string, Client>;
 
@@ -123,7 +119,7 @@ private:
     const IsReady m_isReady;
     Waiting m_waiting;          ///< by name; each has calls
     Waiting::node_type m_spare; ///< an entry without calls, for the next client that has none
-    std::map<User, int> m_left; ///< how many of these clients have left
+    std::map<Quotas::UserId, int> m_left; ///< how many of these clients have left
     bool m_isSpending = false;
     QTimer m_timer; ///< runs while calls are left for the next turn
 };

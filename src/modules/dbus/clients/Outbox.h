@@ -37,10 +37,9 @@ public:
 
     Outbox(BusConnection &bus, Quotas &quotas);
 
-    /// Sends a reply or a signal of about this many bytes, or a copy of a sealed signal to the client. Its
-    /// destination must be set otherwise; without one it goes to everyone, after what was sent to the client
-    /// before. If it is large and the bus stays too
-    /// busy for it, a short message is made and sent in its place.
+    /// Sends a reply or a signal of about this many bytes. Of a sealed signal, a copy goes to the client. Other
+    /// messages go to their destination, or without one to everyone, after what was sent to the client before.
+    /// If a message is large and the bus stays too busy for it, a short one is made and sent in its place.
     void send(const std::string &client, const BusMessage &message, std::size_t bytes,
               Instead instead = {});
 

@@ -12,10 +12,8 @@
 
 #include <chrono>
 #include <cstddef>
-#include <cstdint>
 #include <functional>
 #include <map>
-#include <optional>
 #include <string>
 
 class BusWriter;
@@ -63,7 +61,7 @@ private:
         Write write;
         Quotas::Charge charge;
         Clock::time_point sent;
-        std::optional<std::uint32_t> user; ///< when it was sent
+        Quotas::UserId user; ///< when it was sent
         bool isRecent = true;
     };
     using Calls = std::map<quint64, PendingCall>; ///< in the order in which they were sent
@@ -79,7 +77,7 @@ private:
     /// Not kept by the watchers of replies: those may be destroyed in any thread, a message may not.
     Calls m_calls;
     quint64 m_lastNumber = 0;
-    quint64 m_firstRecent = 1;                            ///< none before it is recent
-    std::map<std::optional<std::uint32_t>, int> m_recent; ///< how many are, by user
-    QTimer m_timer;                                       ///< runs while some are
+    quint64 m_firstRecent = 1;              ///< none before it is recent
+    std::map<Quotas::UserId, int> m_recent; ///< how many are, by user
+    QTimer m_timer;                         ///< runs while some are
 };

@@ -113,7 +113,7 @@ const std::string &Quotas::Charge::client() const
     return m_item ? m_item->account->client : nobody;
 }
 
-std::optional<std::uint32_t> Quotas::Charge::user() const
+Quotas::UserId Quotas::Charge::user() const
 {
     return m_item ? m_item->account->user->id : std::nullopt;
 }
@@ -406,7 +406,7 @@ void Quotas::setUser(const std::string &client, std::uint32_t id)
     account.user->time += account.time;
 }
 
-std::optional<std::uint32_t> Quotas::userOf(const std::string &client) const
+Quotas::UserId Quotas::userOf(const std::string &client) const
 {
     const Account *known = find(client);
     return known == nullptr ? std::nullopt : known->user->id;

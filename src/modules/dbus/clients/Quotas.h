@@ -63,6 +63,9 @@ public:
         Priority priority = TavoNotificationItemPriority::Normal;
     };
 
+    /// The number of a user. Nothing while the bus has not told it.
+    using UserId = std::optional<std::uint32_t>;
+
     /// Gives up what was charged, because another client needs the room. Called when the charge no
     /// longer counts.
     using Release = std::function<void()>;
@@ -83,7 +86,7 @@ public:
         const std::string &client() const;
 
         /// Whose it is, also after the client has left. Nothing until the bus has told.
-        std::optional<std::uint32_t> user() const;
+        UserId user() const;
 
     private:
         friend class Quotas;
@@ -109,9 +112,9 @@ public:
     /// them by the hundred thousand, so nothing is thrown.
     bool countRequest(const std::string &client);
 
-    /// Counts something that the client will hold. Without a release it is never given up for
-    /// others, and nobody is told that its client has left; its stored bytes count as KeptBytes then, which have room as hasRoom() says. Throws
-    /// BusError::limitExceeded() when that would exceed a limit.
+    /// Counts something that the client will hold. Without a release it is never given up for others, and
+    /// left is not called; its stored bytes count as KeptBytes then, which have room as hasRoom() says.
+    /// Throws BusError::limitExceeded() when that would exceed a limit.
     Charge charge(const std::string &client, const Cost &cost, Release release = {},
                   Left left = {});
 
@@ -154,7 +157,7 @@ public:
     void setUser(const std::string &client, std::uint32_t user);
 
     /// The user of a client. Nothing until the bus has told.
-    std::optional<std::uint32_t> userOf(const std::string &client) const;
+    UserId userOf(const std::string &client) const;
 
     bool knows(const std::string &client) const { return find(client) != nullptr; }
     std::size_t held(const std::string &client, Kind kind) const;
@@ -177,7 +180,7 @@ private:
 
     struct User
     {
-        std::optional<std::uint32_t> id;
+        UserId id;
         Amounts held{};
         double time = 0;               ///< see m_timeUnit
         std::shared_ptr<Account> left; ///< what clients have left behind

@@ -27,7 +27,7 @@ std::size_t SlowRequests::count(const std::string &client) const
 
 CMReply<QVariant> SlowRequests::add(const std::string &client, const Send &send)
 {
-    const User user = m_clients.quotas().userOf(client);
+    const Quotas::UserId user = m_clients.quotas().userOf(client);
     Requests &requests = m_requests[user];
     CMReply<QVariant> reply;
     requests.push_back({client, send, reply});
@@ -37,14 +37,14 @@ CMReply<QVariant> SlowRequests::add(const std::string &client, const Send &send)
     return reply;
 }
 
-void SlowRequests::sendFirst(User user)
+void SlowRequests::sendFirst(Quotas::UserId user)
 {
     // Without the module, the reply is finished at once, and then the request does not exist any more.
     m_requests.at(user).front().send().onFinished(
         this, [this, user](const CMReply<QVariant> &finished) { finishFirst(user, finished); });
 }
 
-void SlowRequests::finishFirst(User user, const CMReply<QVariant> &finished)
+void SlowRequests::finishFirst(Quotas::UserId user, const CMReply<QVariant> &finished)
 {
     const auto requests = m_requests.find(user);
     const CMReply<QVariant> reply = requests->second.front().reply;

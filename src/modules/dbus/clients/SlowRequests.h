@@ -3,16 +3,15 @@
 
 #pragma once
 
+#include "Quotas.h"
 #include <core/tavo.h>
 
 #include <QObject>
 
 #include <cstddef>
-#include <cstdint>
 #include <deque>
 #include <functional>
 #include <map>
-#include <optional>
 #include <string>
 
 class Clients;
@@ -41,8 +40,6 @@ private Q_SLOTS:
     void on_clients_left(const std::string &client);
 
 private:
-    using User = std::optional<std::uint32_t>;
-
     struct Request
     {
         std::string client;
@@ -51,9 +48,10 @@ private:
     };
     using Requests = std::deque<Request>;
 
-    void sendFirst(User user);
-    void finishFirst(User user, const CMReply<QVariant> &finished);
+    void sendFirst(Quotas::UserId user);
+    void finishFirst(Quotas::UserId user, const CMReply<QVariant> &finished);
 
     Clients &m_clients;
-    std::map<User, Requests> m_requests; ///< none is empty; the first one of each has been sent
+    std::map<Quotas::UserId, Requests>
+        m_requests; ///< none is empty; the first one of each has been sent
 };

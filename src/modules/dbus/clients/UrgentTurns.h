@@ -73,14 +73,14 @@ private:
 
         void add(Seconds more, Clock::time_point now);
     };
-    using Users = std::map<std::optional<std::uint32_t>, Seconds>;
+    using Users = std::map<Quotas::UserId, Seconds>;
 
     Users playedNow() const;
     const Sound *nextInTurn(const Users &played) const;
     std::vector<CMPath> thoseBefore(const Sound &next, const Users &played) const;
 
-    std::unordered_map<CMPath, Sound, PathHash> m_sounds;    ///< with the player
-    std::map<std::optional<std::uint32_t>, Played> m_played; ///< by user, without what plays now
+    std::unordered_map<CMPath, Sound, PathHash> m_sounds; ///< with the player
+    std::map<Quotas::UserId, Played> m_played;            ///< by user, without what plays now
     std::uint64_t m_lastNumber = 0;
     QTimer
         m_timer; ///< runs while a sound waits, since the one that plays may have to give way later

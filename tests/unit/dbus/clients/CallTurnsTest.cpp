@@ -41,7 +41,7 @@ protected:
         for (int i = 0; i < count; ++i) {
             const BusMessage call =
                 m_host.connection().createCall("org.tavo.Test", "/", "org.tavo.Test", "Slow");
-            ASSERT_GE(sd_bus_message_seal(call.get(), 1, 0), 0);
+            call.seal();
             m_turns.add(client, call, method);
         }
     }
