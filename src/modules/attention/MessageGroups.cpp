@@ -12,8 +12,6 @@ const log4cplus::Logger logger = log4cplus::Logger::getInstance("Attention");
 /// That the node lists. Older ones follow when these have been opened or closed.
 constexpr int maxListed = 50;
 
-constexpr int updateDelayMs = 20;
-
 bool isOnDisplay(const QString &request)
 {
     const QVariant current = CMRoot()->getValue(TavoNotificationDisplayCurrentPath());
@@ -62,9 +60,6 @@ MessageGroups::MessageGroups(CMNodes *nodes, Entrance &entrance)
     : m_nodes(nodes)
     , m_entrance(entrance)
 {
-    m_update.setSingleShot(true);
-    m_update.setInterval(updateDelayMs);
-    tavoConnect(&m_update, &QTimer::timeout, this, &MessageGroups::on_update_timeout);
 }
 
 MessageGroups::~MessageGroups()
@@ -105,8 +100,8 @@ void MessageGroups::add(const QString &key, const QString &name, QVector<Member>
     if (group->timeout > 0 && isOnDisplay(group->request)) {
         group->timeout = -1;
     }
+    fill(*group);
     adapt(key, *group);
-    updateSoon(key);
 }
 
 void MessageGroups::change(const QString &key, const Member &member)
@@ -118,8 +113,8 @@ void MessageGroups::change(const QString &key, const Member &member)
     const QString memberKey = changed->key;
     *changed = member;
     changed->key = memberKey;
+    fill(group);
     adapt(key, group);
-    updateSoon(key);
 }
 
 void MessageGroups::remove(const QString &key, const QString &id)
@@ -130,33 +125,13 @@ void MessageGroups::remove(const QString &key, const QString &id)
     group->members.erase(std::remove_if(group->members.begin(), group->members.end(), isIt),
                          group->members.end());
     if (!group->members.isEmpty()) {
-        updateSoon(key);
+        fill(*group);
         return;
     }
     m_requests.remove(group->request);
     cancelOnDisplay(group->node.path());
     group->node.dispose();
     m_groups.erase(group);
-}
-
-void MessageGroups::updateSoon(const QString &key)
-{
-    m_changed.insert(key);
-    if (!m_update.isActive()) {
-        m_update.start();
-    }
-}
-
-void MessageGroups::on_update_timeout()
-{
-    const Entrance::Hold held = m_entrance.hold();
-    const QSet<QString> changed = std::exchange(m_changed, {});
-    for (const QString &key : changed) {
-        const auto group = m_groups.find(key);
-        if (group != m_groups.end()) {
-            fill(*group);
-        }
-    }
 }
 
 void MessageGroups::fill(Group &group)

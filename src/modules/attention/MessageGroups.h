@@ -9,15 +9,14 @@
 
 #include <QHash>
 #include <QObject>
-#include <QSet>
 #include <QStringList>
-#include <QTimer>
 #include <QVector>
 
 /// Messages that wait together and are shown as one: "5 messages of Mail". The group's node lists them, the
 /// newest first; activating the path of one opens it.
 ///
-/// Owned by OpenItems, used in its thread. A group exists as long as it has members.
+/// Owned by OpenItems, used in its thread. A group exists as long as it has members, and its node follows them
+/// at once.
 class MessageGroups : public QObject
 {
     Q_OBJECT
@@ -66,7 +65,6 @@ Q_SIGNALS:
     void opened(const QString &member);
 
 private Q_SLOTS:
-    void on_update_timeout();
     void on_member_activated(const CMSetDataRequest &request);
 
 private:
@@ -81,8 +79,6 @@ private:
     };
     using Groups = QHash<QString, Group>;
 
-    /// Publishes the members soon. Many changes cost one update.
-    void updateSoon(const QString &key);
     void fill(Group &group);
 
     /// Requests the display again if the members want another priority or timeout.
@@ -94,8 +90,6 @@ private:
     Entrance &m_entrance;
     Groups m_groups;                    ///< by key
     QHash<QString, QString> m_requests; ///< keys, by the requests to show the groups
-    QSet<QString> m_changed;            ///< the keys of groups whose nodes are out of date
-    QTimer m_update;
     quint64 m_lastNode = 0;
     quint64 m_lastMember = 0;
 };

@@ -70,7 +70,7 @@ TEST_F(AttentionGroupsTest, ShowManyMessagesOfASourceAsOne)
     EXPECT_TRUE(notify(message("3"_s)).shown());
     EXPECT_THAT(displayed(), ElementsAre("chat"_s, "3 messages of mail"_s));
     notify(message("4"_s));
-    EXPECT_TRUE(shows("4 messages of mail"_s));
+    EXPECT_THAT(displayed(), ElementsAre("chat"_s, "4 messages of mail"_s)) << "at once";
     EXPECT_EQ(listed(displayedPath(1)), QStringList({"4"_s, "3"_s, "2"_s, "1"_s}));
     EXPECT_THAT(ends(), IsEmpty());
 }
@@ -80,7 +80,7 @@ TEST_F(AttentionGroupsTest, OpenEachToRead)
     notifyGroup({"1"_s, "2"_s, "3"_s});
     const CMPath group = displayedPath();
     ASSERT_TRUE(openMember(group, 2));
-    EXPECT_TRUE(shows("2 messages of mail"_s));
+    EXPECT_TRUE(shows("2"_s));
     EXPECT_THAT(displayed(), ElementsAre("2"_s, "2 messages of mail"_s));
     EXPECT_EQ(rowOf(displayedPath()).title().toString(), "text"_s);
     CMSubscribe::closeNode(displayedPath());
@@ -149,7 +149,7 @@ TEST_F(AttentionGroupsTest, FollowWhatReplacesAMessage)
     const CMPath group = displayedPath();
     EXPECT_TRUE(waitFor([&] { return listed(group).last() == "other"_s; }));
     EXPECT_TRUE(replace(message("2"_s).setPriority(Priority::Urgent)));
-    EXPECT_TRUE(shows("2 messages of mail"_s));
+    EXPECT_TRUE(shows("2"_s));
     EXPECT_THAT(displayed(), ElementsAre("2"_s, "2 messages of mail"_s));
     EXPECT_THAT(ends(), IsEmpty());
 }
