@@ -13,8 +13,14 @@ namespace {
 /// As docs/attention.md names the states.
 QString stateText(TavoAttentionState::Enum state)
 {
-    return state == TavoAttentionState::ActedOn ? QStringLiteral("acted on")
-                                                : TavoAttentionState::toString(state).toLower();
+    switch (state) {
+    case TavoAttentionState::ActedOn:
+        return QStringLiteral("acted on");
+    case TavoAttentionState::LeftOpen:
+        return QStringLiteral("left open");
+    default:
+        return TavoAttentionState::toString(state).toLower();
+    }
 }
 } // namespace
 
@@ -89,7 +95,8 @@ QString HistoryCommand::lineOf(const TavoAttentionRecord &record)
     }
     constexpr int stateWidth = 9;
     const bool isMissed = record.state() == TavoAttentionState::Expired ||
-                          record.state() == TavoAttentionState::Silenced;
+                          record.state() == TavoAttentionState::Silenced ||
+                          record.state() == TavoAttentionState::LeftOpen;
     const auto style = isMissed ? Terminal::Style::Notice : Terminal::Style::Plain;
     return QStringList{terminal().styled(time, Terminal::Style::Faint),
                        terminal().styled(state.leftJustified(stateWidth), style), sender,

@@ -45,7 +45,7 @@ QString TavoAttentionEnd::toString(Enum value)
 QString TavoAttentionState::toString(Enum value)
 {
     return nameOf(value, {"Unknown", "Shown", "Seen", "Dismissed", "ActedOn", "Expired", "Silenced",
-                          "Refused"});
+                          "Refused", "LeftOpen"});
 }
 
 QString TavoPowerManagerResources::toString(Enum value)

@@ -15,7 +15,8 @@ constexpr int updateDelayMs = 250;
 
 bool isMissed(TavoAttentionState::Enum state)
 {
-    return state == TavoAttentionState::Expired || state == TavoAttentionState::Silenced;
+    return state == TavoAttentionState::Expired || state == TavoAttentionState::Silenced ||
+           state == TavoAttentionState::LeftOpen;
 }
 } // namespace
 
@@ -226,6 +227,7 @@ QString HistoryModel::stateText(TavoAttentionState::Enum state)
     case TavoAttentionState::ActedOn:
         return tr("acted on", "a notification");
     case TavoAttentionState::Expired:
+    case TavoAttentionState::LeftOpen:
         return tr("missed", "a notification");
     case TavoAttentionState::Silenced:
         return tr("missed, do not disturb", "a notification");

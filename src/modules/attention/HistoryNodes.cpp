@@ -20,6 +20,13 @@ HistoryQuery queryOf(const TavoAttentionQuery &query)
     return read;
 }
 
+TavoAttentionState::Enum stateOf(const HistoryEntry &entry)
+{
+    return entry.state == HistoryEntry::State::Expired && entry.wasLeft
+               ? TavoAttentionState::LeftOpen
+               : TavoAttentionState::Enum(entry.state);
+}
+
 TavoAttentionRecord recordOf(const HistoryEntry &entry)
 {
     return TavoAttentionRecord()
@@ -33,7 +40,7 @@ TavoAttentionRecord recordOf(const HistoryEntry &entry)
         .setPriority(TavoNotificationItemPriority::Enum(entry.priority))
         .setTitle(entry.title)
         .setText(entry.text)
-        .setState(TavoAttentionState::Enum(entry.state))
+        .setState(stateOf(entry))
         .setAction(entry.action);
 }
 

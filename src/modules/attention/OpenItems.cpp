@@ -30,14 +30,12 @@ TavoAttentionEnd::Enum endOf(TavoNotificationDisplayEnd::Enum end)
     return TavoAttentionEnd::Failed;
 }
 
-/// The state of what has ended. If its time ran out on display, nobody may have seen it.
-HistoryEntry::State stateOf(TavoAttentionEnd::Enum end, bool mayBeMissed)
+HistoryEntry::State stateOf(TavoAttentionEnd::Enum end)
 {
     using State = HistoryEntry::State;
     switch (end) {
     case TavoAttentionEnd::Expired:
-        // A sound that has played to its end was heard.
-        return mayBeMissed ? State::Expired : State::Seen;
+        return State::Expired;
     case TavoAttentionEnd::Closed:
     case TavoAttentionEnd::Dismissed:
         return State::Dismissed;
@@ -100,6 +98,11 @@ AttentionItem itemOf(const HistoryEntry &entry)
         .setCategory(entry.category)
         .setGroup(entry.group)
         .setPriority(TavoNotificationItemPriority::Enum(entry.priority));
+}
+
+bool hasMessage(const AttentionItem &item)
+{
+    return !item.title.isEmpty() || !item.text.isEmpty() || !item.path.isEmpty();
 }
 
 bool hasSound(const TavoNotificationPlayerItem &sound)
@@ -186,8 +189,7 @@ AttentionOutcome OpenItems::open(const AttentionItem &item, const Decision &deci
     if (decision.isRemembered) {
         entry.number = m_history.add(historyEntryOf(item, decision));
     }
-    if (decision.isShown &&
-        (!item.title.isEmpty() || !item.text.isEmpty() || !item.path.isEmpty())) {
+    if (decision.isShown && hasMessage(item)) {
         show(entry);
     }
     entry.awaitsSound = decision.isHeard && item.soundFollows;
@@ -546,18 +548,23 @@ void OpenItems::startFile(Entry &entry, const QString &file)
                           .setPriority(entry.decision.priority));
 }
 
+QString OpenItems::spokenText(const AttentionItem &item, const Decision &decision)
+{
+    if (decision.isHeard && !item.speech.isEmpty()) {
+        return item.speech;
+    }
+    return decision.isSpoken ? item.title.toString() + QLatin1String(".\n") + item.text.toString()
+                             : QString();
+}
+
 void OpenItems::speak(Entry &entry)
 {
-    const Decision &decision = entry.decision;
-    QString text = decision.isHeard ? entry.item.speech : QString();
-    if (text.isEmpty() && decision.isSpoken) {
-        text = entry.item.title.toString() + QLatin1String(".\n") + entry.item.text.toString();
-    }
+    const QString text = spokenText(entry.item, entry.decision);
     if (text.isEmpty()) {
         return;
     }
-    if (decision.treatment.chime) {
-        startFile(entry, *decision.treatment.chime);
+    if (entry.decision.treatment.chime) {
+        startFile(entry, *entry.decision.treatment.chime);
     }
     entry.awaitedSpeech = ++m_lastSpeech;
     m_speech.say(text, entry.item.language,
@@ -716,10 +723,8 @@ void OpenItems::finishIfOver(const QString &id)
     if (!entry.privateSpeech.isEmpty()) {
         QFile::remove(entry.privateSpeech);
     }
-    const bool mayBeMissed = entry.shownUntil != 0 && !entry.isOpened();
     if (entry.number != 0) {
-        m_history.change(entry.number, stateOf(entry.end, mayBeMissed), entry.action,
-                         AlarmClock::now());
+        m_history.change(entry.number, stateOf(entry), entry.action, AlarmClock::now());
     }
     m_ended->setValue(TavoValue().setAttentionEnded(TavoAttentionEnded()
                                                         .setId(id)
@@ -728,6 +733,20 @@ void OpenItems::finishIfOver(const QString &id)
                                                         .setShownUntil(entry.shownUntil)
                                                         .setHeardUntil(entry.heardUntil)
                                                         .setNumber(++m_ends)));
+}
+
+HistoryEntry::State OpenItems::stateOf(const Entry &entry)
+{
+    using State = HistoryEntry::State;
+    if (entry.end != TavoAttentionEnd::Expired) {
+        return ::stateOf(entry.end);
+    }
+    if (entry.shownUntil != 0) {
+        return entry.isOpened() ? State::Seen : State::Expired;
+    }
+    // Its sound was heard to the end, but not everything may have reached people.
+    const bool isHidden = entry.decision.isQuiet && !entry.decision.isShown;
+    return isHidden && hasMessage(entry.item) ? State::Silenced : State::Seen;
 }
 
 void OpenItems::on_display_ended(const CMPath & /*path*/, const QVariant &value)

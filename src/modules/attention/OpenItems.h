@@ -45,6 +45,9 @@ public:
     /// any thread, within a hold of the entrance.
     bool opensAtOnce(const AttentionItem &item, const Decision &decision) const;
 
+    /// What would be read aloud; empty if nothing.
+    static QString spokenText(const AttentionItem &item, const Decision &decision);
+
     /// Opens one again that the history has as open.
     void openAgain(const HistoryEntry &entry);
 
@@ -146,6 +149,9 @@ private:
     void cancelSounds(const Entry &entry);
 
     void messageEnded(Entry &entry, TavoAttentionEnd::Enum end);
+
+    /// What has become of one that has ended.
+    static HistoryEntry::State stateOf(const Entry &entry);
 
     /// Ends the notification if nothing of it is open any more.
     void finishIfOver(const QString &id);

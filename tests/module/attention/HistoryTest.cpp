@@ -97,7 +97,9 @@ TEST_F(AttentionHistoryTest, CountsWhatWasOpenAtTheEndAsMissed)
     notify(message("Parcel"_s));
     load();
     EXPECT_TRUE(waitFor([] { return missed() == 1; }));
-    EXPECT_EQ(stateOf("Parcel"_s), State::Expired);
+    EXPECT_EQ(stateOf("Parcel"_s), State::LeftOpen);
+    EXPECT_TRUE(Request(TavoAttentionMarkSeenPath(), QVariant()).succeeds());
+    EXPECT_EQ(stateOf("Parcel"_s), State::Seen);
 }
 
 TEST_F(AttentionHistoryTest, FindsWords)

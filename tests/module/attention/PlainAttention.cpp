@@ -158,6 +158,7 @@ PlainAttention::Verdict PlainAttention::decide(const Item &item)
     const bool isSilenced = m_isQuiet && !isPassing;
     if (isDropped || (isSilenced && m_settings.silence != "sound")) {
         verdict.isShown = false;
+        verdict.isQuietlyHidden = !isDropped;
     }
     if (isDropped || (isSilenced && m_settings.silence != "message")) {
         verdict.isHeard = false;
@@ -346,7 +347,8 @@ void PlainAttention::finish(const QString &id)
         const auto end = entry.end == End::Unknown ? End::Silenced : entry.end;
         m_open.remove(id);
         m_ends.insert(id, end);
-        m_states.insert(id, stateOf(end));
+        const bool isMissed = end == End::Expired && entry.verdict.isQuietlyHidden;
+        m_states.insert(id, isMissed ? State::Silenced : stateOf(end));
     }
 }
 

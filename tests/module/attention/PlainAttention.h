@@ -98,7 +98,8 @@ private:
         Priority::Enum priority = Priority::Normal;
         bool isShown = true;
         bool isHeard = true;
-        bool isAlone = false; ///< never in a group
+        bool isQuietlyHidden = false; ///< do-not-disturb keeps the message from people
+        bool isAlone = false;         ///< never in a group
         QString group;
         QStringList rules;
     };

@@ -85,7 +85,7 @@ TEST(EnumerationNamesTest, OfStatesOfNotificationsOfThePast)
 {
     EXPECT_THAT(names<TavoAttentionState>(),
                 ElementsAre("Unknown", "Shown", "Seen", "Dismissed", "ActedOn", "Expired",
-                            "Silenced", "Refused"));
+                            "Silenced", "Refused", "LeftOpen"));
 }
 
 TEST(EnumerationNamesTest, OfPowerResources)

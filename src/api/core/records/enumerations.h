@@ -93,7 +93,9 @@ struct TAVO_API_EXPORT TavoAttentionState
         ActedOn = 4,   ///< by a person, who chose an action
         Expired = 5,   ///< nobody has seen it
         Silenced = 6,  ///< nobody has seen it
-        Refused = 7    ///< it could be neither shown nor played
+        Refused = 7,   ///< it could be neither shown nor played
+        LeftOpen =
+            8 ///< it was on display or waited for it when the host ended; nobody has closed it
     };
     /// The name, or the digits of a number that has none.
     static QString toString(Enum value);

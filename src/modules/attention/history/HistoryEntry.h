@@ -18,7 +18,7 @@ struct HistoryEntry
         Seen,
         Dismissed,
         ActedOn,
-        Expired,  ///< missed: it ended by its timeout
+        Expired,  ///< missed: it ended by its timeout, or with the host
         Silenced, ///< missed: it came while nobody was to be disturbed
         Refused
     };
@@ -40,6 +40,7 @@ struct HistoryEntry
     qint64 endTime = 0;     ///< as time; 0 while it is open
     bool isPrivate = false; ///< its title and text are not kept
     bool mustSee = false;   ///< reported by History::leftOpen() if it was open when the host ended
+    bool wasLeft = false;   ///< it expired because it was open when the host ended
 
     /// Whether nobody has seen it.
     bool isMissed() const { return state == State::Expired || state == State::Silenced; }

@@ -57,9 +57,9 @@ struct HistoryFile::Statements
                              "WHERE endTime = 0 AND flags & 2 ORDER BY number LIMIT ?"};
     SqliteStatement left{database, "SELECT 1 FROM entries INDEXED BY entries_open "
                                    "WHERE endTime = 0 AND NOT flags & 2 LIMIT 1"};
-    SqliteStatement missLeft{database,
-                             "UPDATE entries INDEXED BY entries_open SET endTime = ?, state = ? "
-                             "WHERE endTime = 0 AND NOT flags & 2 AND state = ?"};
+    SqliteStatement missLeft{database, "UPDATE entries INDEXED BY entries_open "
+                                       "SET endTime = ?, state = ?, flags = flags | ? "
+                                       "WHERE endTime = 0 AND NOT flags & 2 AND state = ?"};
     SqliteStatement endLeft{database, "UPDATE entries INDEXED BY entries_open SET endTime = ? "
                                       "WHERE endTime = 0 AND NOT flags & 2"};
     SqliteStatement oldest{
@@ -150,7 +150,7 @@ void HistoryFile::write(const HistorySeen &seen)
 void HistoryFile::write(const HistoryLeftEnd &left)
 {
     // Nobody has closed what was open.
-    m_statements->missLeft.run(left.time, int(HistoryEntry::State::Expired),
+    m_statements->missLeft.run(left.time, int(HistoryEntry::State::Expired), leftHistoryFlag,
                                int(HistoryEntry::State::Shown));
     m_totals.missed += m_database.changedRows();
     m_statements->endLeft.run(left.time);

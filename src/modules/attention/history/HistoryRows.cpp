@@ -37,6 +37,7 @@ HistoryEntry historyEntryOf(const SqliteRows &rows, qint64 shift)
     const qint64 flags = rows.number(column++);
     entry.isPrivate = flags & privateHistoryFlag;
     entry.mustSee = flags & mustSeeHistoryFlag;
+    entry.wasLeft = flags & leftHistoryFlag;
     return entry;
 }
 

@@ -15,6 +15,7 @@ constexpr qint64 maxHistoryNumber = qint64(1) << 60;
 
 constexpr int privateHistoryFlag = 1;
 constexpr int mustSeeHistoryFlag = 2;
+constexpr int leftHistoryFlag = 4;
 
 /// The beginning of statements whose rows are entries.
 #define SELECT_ENTRIES                                                                             \

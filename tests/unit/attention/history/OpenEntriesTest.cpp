@@ -68,6 +68,7 @@ TEST_F(OpenEntriesTest, OtherOpenEntriesHaveEndedWithTheHost)
     start();
     EXPECT_GT(page().entries.first().endTime, 0);
     EXPECT_EQ(page().entries.first().state, State::Expired);
+    EXPECT_TRUE(page().entries.first().wasLeft);
 }
 
 TEST_F(OpenEntriesTest, NumbersFromBeforeTheFileWasOpenFitThoseInTheFile)
