@@ -5,6 +5,23 @@
 
 #include <utility>
 
+namespace {
+QString reasonOf(DoNotDisturbSettings::Silence silence)
+{
+    using Silence = DoNotDisturbSettings::Silence;
+    const QString reason = QStringLiteral("do-not-disturb is on");
+    switch (silence) {
+    case Silence::Sound:
+        return reason + QStringLiteral(" and silences sounds and speech");
+    case Silence::Message:
+        return reason + QStringLiteral(" and hides messages");
+    case Silence::Both:
+        break;
+    }
+    return reason;
+}
+} // namespace
+
 Decision Decision::of(const AttentionInput &input, const Rules &rules,
                       const DoNotDisturb &doNotDisturb)
 {
@@ -48,9 +65,10 @@ Decision Decision::by(std::vector<std::size_t> matching, AttentionInput input, c
         decision.reason = QStringLiteral("do-not-disturb is on, but ") + passing;
         return decision;
     }
-    decision.silence(doNotDisturb.settings().silence);
+    const auto silence = doNotDisturb.settings().silence;
+    decision.silence(silence);
     decision.isQuiet = true;
-    decision.reason = QStringLiteral("do-not-disturb is on");
+    decision.reason = reasonOf(silence);
     return decision;
 }
 

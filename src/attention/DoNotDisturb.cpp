@@ -100,7 +100,8 @@ QString DoNotDisturb::passes(const AttentionInput &input) const
 
 void DoNotDisturb::remember(const AttentionInput &input)
 {
-    if (m_settings.repeatMs == 0) {
+    // What has no title can't be told from others of its source.
+    if (m_settings.repeatMs == 0 || input.title.isEmpty()) {
         return;
     }
     if (m_lastTimes.size() >= maxRememberedSources && !m_lastTimes.contains(input.source)) {

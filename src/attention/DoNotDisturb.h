@@ -20,7 +20,8 @@ struct DoNotDisturbSettings
     Silence silence = Silence::Both;
     TavoNotificationItemPriority::Enum passingPriority = TavoNotificationItemPriority::Urgent;
     NamePatterns passingSources;
-    int repeatMs = 180000; ///< a second one like it within this time passes; 0: never
+    int repeatMs =
+        180000; ///< a second one of the same source and title within this time passes; 0: never
     bool hasSummary = true;
 
     /// Reads the keys of the section. Throws as TavoConfiguration does.

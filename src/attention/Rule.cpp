@@ -93,7 +93,11 @@ void Rule::readConditions(TavoConfiguration configuration, const QTimeZone &zone
     m_sources = NamePatterns::read(configuration, QStringLiteral("source"));
     m_categories = NamePatterns::read(configuration, QStringLiteral("category"));
     m_minPriority = readPriority(configuration, QStringLiteral("minPriority"));
-    m_maxPriority = readPriority(configuration, QStringLiteral("maxPriority"));
+    const QString maxPriorityKey = QStringLiteral("maxPriority");
+    m_maxPriority = readPriority(configuration, maxPriorityKey);
+    if (m_minPriority && m_maxPriority && *m_maxPriority < *m_minPriority) {
+        configuration.fail(maxPriorityKey, QStringLiteral("must not be below minPriority"));
+    }
     m_words = configuration.stringList(QStringLiteral("words"), {});
     m_words.removeAll(QString());
     const QString patternKey = QStringLiteral("pattern");

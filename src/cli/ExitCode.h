@@ -9,7 +9,7 @@
 enum class ExitCode {
     Ok = 0,
     /// The host replied with an error. cancel: nothing has that name. doctor: something is missing.
-    /// rules check: the file is wrong. fleet: a device answered with an error.
+    /// rules check, rules list: the file is wrong. fleet: a device answered with an error.
     Refused = 1,
 
     // With --wait: how the sound, message or notification ended.
@@ -47,7 +47,8 @@ inline constexpr ExitCodeText exitCodeTexts[] = {
     {"0", "Success. With --wait: the sound played to its end, the message was shown for its "
           "timeout, or a person chose an action."},
     {"1", "The host refused the request. cancel: nothing has that name. doctor: something is "
-          "missing. rules check: the file is wrong. fleet: a device answered with an error."},
+          "missing. rules check, rules list: the file is wrong. fleet: a device answered with an "
+          "error."},
     {"10", "With --wait: the sound was cancelled, or the message was closed by a program."},
     {"11", "With --wait: a person dismissed the message."},
     {"12", "With --wait: the sound could not be played, or the message not be shown; the host's "

@@ -4,6 +4,7 @@
 #include "cli/commands/Command.h"
 
 #include "cli/commands/ErrorText.h"
+#include <core/records/attention.h>
 
 void Command::print(const QVariant &json, const QString &text)
 {
@@ -39,7 +40,14 @@ void Command::fail(ExitCode code, const QString &text)
 
 void Command::fail(const CMError &error, const CMPath &path)
 {
-    fail(exitCodeOf(error), errorText(error, path, QString::fromStdString(m_options.bus)));
+    // A path that a person has typed may be wrong; the module has those that the commands use.
+    const bool isAttentionMissing = error.name() == CMErrors::noSuchNode() &&
+                                    path.isBelow(TavoAttentionPath()) && m_options.path.empty();
+    fail(exitCodeOf(error),
+         isAttentionMissing
+             ? QStringLiteral("this host does not run the module attention. Add \"attention\" to "
+                              "\"modules\" in its configuration, and start it again")
+             : errorText(error, path, QString::fromStdString(m_options.bus)));
 }
 
 CMPath Command::typedPath()

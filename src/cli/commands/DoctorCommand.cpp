@@ -18,6 +18,8 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <attention/MissingFiles.h>
+#include <stdexcept>
 
 using State = Finding::State;
 
@@ -27,6 +29,21 @@ constexpr int timeoutMs = 10000; ///< of other programs
 QString deviceConfiguration()
 {
     return QStringLiteral("/etc/tavo/host.json");
+}
+
+/// What the settings of attention name but this device does not have, as far as this user may read them.
+QStringList missingFilesOf(const QString &name)
+{
+    QFile file(name);
+    if (!file.open(QIODevice::ReadOnly)) {
+        return {};
+    }
+    const QByteArray json = file.readAll();
+    try {
+        return missingFiles(AttentionSettings::fromJson(json, name), json, name);
+    } catch (const std::runtime_error &) {
+        return {}; // it has changed since the host read it
+    }
 }
 } // namespace
 
@@ -253,6 +270,14 @@ void DoctorCommand::lookAtSettings(const TavoAttentionRules &rules)
             QStringLiteral("correct them; %1 until then")
                 .arg(rules.isRead() ? QStringLiteral("the previous ones stay in use")
                                     : QStringLiteral("there are no rules and no schedule")));
+        return;
+    }
+    const QStringList missing = rules.isRead() ? missingFilesOf(rules.file()) : QStringList();
+    for (const QString &each : missing) {
+        add(State::Missing, "settings", each,
+            QStringLiteral("install it, or name another; tavo rules check tells when it is right"));
+    }
+    if (!missing.isEmpty()) {
         return;
     }
     add(State::Good, "settings",

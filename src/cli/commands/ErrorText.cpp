@@ -4,7 +4,6 @@
 #include "cli/commands/ErrorText.h"
 
 #include <client/TavoClientError.h>
-#include <core/records/attention.h>
 
 namespace {
 QString noBusText(const CMError &error, const QString &bus)
@@ -75,10 +74,6 @@ QString errorText(const CMError &error, const CMPath &path, const QString &bus)
     if (name == TavoClientError::timedOut()) {
         return QStringLiteral("%1. To wait longer, use --reply-timeout")
             .arg(error.message().toString());
-    }
-    if (name == CMErrors::noSuchNode() && path.isBelow(TavoAttentionPath())) {
-        return QStringLiteral("this host does not run the module attention. Add \"attention\" to "
-                              "\"modules\" in its configuration, and start it again");
     }
     if (name == CMErrors::noSuchNode() && !path.isEmpty()) {
         return QStringLiteral("there is no node at %1. tavo tree lists the nodes; the host's "

@@ -8,6 +8,23 @@
 #include <core/base/connect.h>
 #include <core/base/uuid.h>
 
+namespace {
+/// Such as "Shown, not read aloud". Whether its sound is played is not known yet.
+QString whatBecameOf(const TavoAttentionItem &item, const TavoAttentionOutcome &outcome)
+{
+    QStringList parts;
+    if (!item.title().isEmpty() || !item.text().isEmpty()) {
+        parts.append(outcome.shown() ? QStringLiteral("shown") : QStringLiteral("not shown"));
+    }
+    if (!item.speech().isEmpty()) {
+        parts.append(outcome.sounding() ? QStringLiteral("read aloud")
+                                        : QStringLiteral("not read aloud"));
+    }
+    const QString text = parts.join(QStringLiteral(", "));
+    return text.left(1).toUpper() + text.mid(1);
+}
+} // namespace
+
 NotifyCommand::NotifyCommand(const Options &options, TavoClient &client, Terminal &terminal)
     : Command(options, client, terminal)
     , m_clock(terminal)
@@ -79,8 +96,8 @@ void NotifyCommand::printOutcome(const TavoAttentionOutcome &outcome)
     if (outcome.reason().isEmpty()) {
         return;
     }
-    QString note = (outcome.shown() ? QStringLiteral("Shown: ") : QStringLiteral("Not shown: ")) +
-                   printable(outcome.reason());
+    QString note =
+        whatBecameOf(m_item, outcome) + QStringLiteral(": ") + printable(outcome.reason());
     for (int index = 0; index < outcome.rules().size(); ++index) {
         note += (index == 0 ? QStringLiteral("; rules: ") : QStringLiteral(", ")) +
                 printable(outcome.rules().at(index));

@@ -9,10 +9,15 @@
 #include <QFile>
 
 #include <algorithm>
-#include <attention/AttentionSettings.h>
+#include <attention/MissingFiles.h>
 #include <stdexcept>
 
 namespace {
+QString countText(int rules)
+{
+    return rules == 1 ? QStringLiteral("1 rule") : QStringLiteral("%1 rules").arg(rules);
+}
+
 QString messageText(const TavoAttentionTrial &trial)
 {
     if (!trial.shown()) {
@@ -46,7 +51,14 @@ void RulesCommand::list()
         } else {
             printRules(rules);
         }
-        finish(ExitCode::Ok);
+        if (rules.error().isEmpty()) {
+            finish(ExitCode::Ok);
+        } else {
+            fail(ExitCode::Refused,
+                 rules.error() + (rules.isRead()
+                                      ? QStringLiteral(". The previous rules stay in use")
+                                      : QStringLiteral(". There are no rules until it is mended")));
+        }
     });
 }
 
@@ -61,34 +73,56 @@ void RulesCommand::printRules(const TavoAttentionRules &rules)
                              ? count.rightJustified(width) + QStringLiteral("  ") + name
                              : count + QLatin1Char('\t') + name);
     }
-    terminal().printNote(
-        QStringLiteral("%1 rules, from %2").arg(rules.rules().size()).arg(printable(rules.file())));
-    if (!rules.error().isEmpty()) {
-        terminal().printError(
-            QStringLiteral("%1. The previous rules stay in use").arg(rules.error()));
+    const QString file = printable(rules.file());
+    if (rules.isRead()) {
+        terminal().printNote(
+            QStringLiteral("%1, from %2").arg(countText(rules.rules().size()), file));
+    } else if (rules.error().isEmpty()) {
+        terminal().printNote(QStringLiteral("No rules: there is no %1").arg(file));
     }
 }
 
 void RulesCommand::check()
 {
-    const QString name = options().title.empty()
-                             ? AttentionSettings::defaultFile()
-                             : QFile::decodeName(QByteArray::fromStdString(options().title));
+    const bool isNamed = !options().title.empty();
+    const QString name = isNamed ? QFile::decodeName(QByteArray::fromStdString(options().title))
+                                 : AttentionSettings::defaultFile();
     QFile file(name);
+    if (!isNamed && !file.exists()) {
+        print(QVariantHash{{QStringLiteral("rules"), 0}},
+              QStringLiteral("There are no settings, and so no rules: there is no %1")
+                  .arg(AttentionSettings::defaultFiles().join(QStringLiteral(" and no "))));
+        finish(ExitCode::Ok);
+        return;
+    }
     if (!file.open(QIODevice::ReadOnly)) {
         fail(ExitCode::NoInput,
              QStringLiteral("%1 can't be read: %2").arg(name, file.errorString()));
         return;
     }
+    const QByteArray json = file.readAll();
     try {
-        const auto settings = AttentionSettings::fromJson(file.readAll(), name);
-        const int count = int(settings.rules.list().size());
-        print(QVariantHash{{QStringLiteral("file"), name}, {QStringLiteral("rules"), count}},
-              QStringLiteral("%1: good, rules: %2").arg(printable(name)).arg(count));
-        finish(ExitCode::Ok);
+        check(AttentionSettings::fromJson(json, name), json, name);
     } catch (const std::runtime_error &error) {
         fail(ExitCode::Refused, QString::fromUtf8(error.what()));
     }
+}
+
+void RulesCommand::check(const AttentionSettings &settings, const QByteArray &json,
+                         const QString &file)
+{
+    const QStringList missing = missingFiles(settings, json, file);
+    for (const QString &each : missing) {
+        terminal().printError(each);
+    }
+    if (!missing.isEmpty()) {
+        finish(ExitCode::Refused);
+        return;
+    }
+    const int count = int(settings.rules.list().size());
+    print(QVariantHash{{QStringLiteral("file"), file}, {QStringLiteral("rules"), count}},
+          QStringLiteral("%1: good, rules: %2").arg(printable(file)).arg(count));
+    finish(ExitCode::Ok);
 }
 
 void RulesCommand::test()

@@ -5,6 +5,8 @@
 
 #include "cli/commands/Command.h"
 
+struct AttentionSettings;
+
 /// Lists the rules of the host, checks a file of rules, or tries what becomes of a notification.
 class RulesCommand : public Command
 {
@@ -18,6 +20,7 @@ public:
 private:
     void list();
     void check();
+    void check(const AttentionSettings &settings, const QByteArray &json, const QString &file);
     void test();
 
     void printRules(const TavoAttentionRules &rules);

@@ -161,7 +161,7 @@ CommandDefinition missed()
                               "List the notifications that nobody has seen"};
     command.text =
         commandText("Prints them as tavo history does, and how many there are. A notification is "
-                    "missed if it expired or was silenced.",
+                    "missed if it expired, was silenced, or was open when the host ended.",
                     "  tavo missed\n"
                     "  tavo missed --seen\n"
                     "  tavo missed --json | jq .count");
@@ -197,10 +197,11 @@ CommandDefinition rules()
 {
     CommandDefinition command{Options::Command::Rules, "rules", "List, check or test the rules"};
     command.text = commandText(
-        "list prints the rules of the host, and how many notifications each has applied to.\n\n"
+        "list prints the rules of the host, and how many notifications each has applied to. If "
+        "their file is wrong, it says so, and the exit code is 1.\n\n"
         "check reads the file of rules and do-not-disturb, by default the one that the host would "
-        "read, and needs no host. If the file is wrong, it prints file, line and reason, and the "
-        "exit code is 1.\n\n"
+        "read, and needs no host. If the file is wrong, or names a program or a sound that is not "
+        "there, it prints file, line and reason, and the exit code is 1.\n\n"
         "test says what would become of a notification now: a line for each rule says whether it "
         "applies, and what it sets or why it does not apply. Nothing is shown, played or counted. "
         "The options are those of tavo notify.",

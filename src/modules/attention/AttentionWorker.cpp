@@ -356,22 +356,23 @@ void AttentionWorker::on_try_activated(const CMSetDataRequest &request)
         verdicts.append(
             TavoAttentionVerdict().setRule(rule.name()).setApplies(applies).setReason(reason));
     }
-    bool isSpoken = decision.isSpoken || (decision.isHeard && !item.speech.isEmpty());
-    if (isSpoken && !m_speech.isPossible()) {
-        isSpoken = false;
-        decision.reason += decision.reason.isEmpty() ? QString() : QStringLiteral("; ");
-        decision.reason += QStringLiteral("no program for speech is configured");
+    const QString speech = OpenItems::spokenText(item, decision);
+    const QString obstacle =
+        speech.isEmpty() ? QString() : m_speech.obstacle(speech, item.language);
+    if (!obstacle.isEmpty()) {
+        decision.reason += decision.reason.isEmpty() ? obstacle : QStringLiteral("; ") + obstacle;
     }
-    request.reply().setValue(TavoValue()
-                                 .setAttentionTrial(TavoAttentionTrial()
-                                                        .setVerdicts(verdicts)
-                                                        .setShown(decision.isShown)
-                                                        .setSounding(decision.isHeard)
-                                                        .setSpoken(isSpoken)
-                                                        .setPriority(decision.priority)
-                                                        .setTimeout(decision.timeout(item.timeout))
-                                                        .setReason(decision.reason))
-                                 .__variant());
+    request.reply().setValue(
+        TavoValue()
+            .setAttentionTrial(TavoAttentionTrial()
+                                   .setVerdicts(verdicts)
+                                   .setShown(decision.isShown)
+                                   .setSounding(decision.isHeard)
+                                   .setSpoken(!speech.isEmpty() && obstacle.isEmpty())
+                                   .setPriority(decision.priority)
+                                   .setTimeout(decision.timeout(item.timeout))
+                                   .setReason(decision.reason))
+            .__variant());
 }
 
 void AttentionWorker::on_floods_over(QString source, QString application, int count)

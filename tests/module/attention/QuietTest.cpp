@@ -66,6 +66,21 @@ TEST_F(AttentionQuietTest, SilencesOnlySoundsIfToldSo)
     const auto outcome = notify(withSound(message("Mail"_s), "ping"_s));
     EXPECT_TRUE(outcome.shown());
     EXPECT_FALSE(outcome.sounding());
+    EXPECT_EQ(outcome.reason(), "do-not-disturb is on and silences sounds and speech"_s);
+}
+
+TEST_F(AttentionQuietTest, CountsAHiddenMessageAsMissedAlsoIfItsSoundIsHeard)
+{
+    setSettings(R"({"doNotDisturb": {"silence": "message"}})");
+    setDoNotDisturb(true);
+    const auto outcome = notify(withSound(message("Mail"_s), "ping"_s));
+    EXPECT_FALSE(outcome.shown());
+    EXPECT_EQ(outcome.reason(), "do-not-disturb is on and hides messages"_s);
+    playing("ping"_s)->reportEnded();
+    EXPECT_EQ(endOf("Mail"_s).end(), End::Expired);
+    const auto records = history();
+    ASSERT_EQ(records.size(), 1U);
+    EXPECT_EQ(records[0].state(), State::Silenced);
 }
 
 TEST_F(AttentionQuietTest, EndsAtTheChosenTime)

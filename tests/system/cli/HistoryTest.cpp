@@ -6,6 +6,7 @@
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::MatchesRegex;
+using testing::StartsWith;
 
 class CliHistoryTest : public CliAttentionTest
 {
@@ -122,4 +123,6 @@ TEST_F(CliTest, AttentionCommandsSayThatTheHostDoesNotRunTheModule)
                                   "\"attention\" to \"modules\" in its configuration, and start it "
                                   "again\n");
     }
+    EXPECT_EQ(run({"get", "/attention/nothing"}), s_refused);
+    EXPECT_THAT(m_tavo.error(), StartsWith("tavo: there is no node at /attention/nothing. "));
 }

@@ -117,6 +117,17 @@ TEST_F(CliNotifyTest, SaysSomething)
     EXPECT_THAT(m_tavo.output(), HasSubstr("\tDinner is ready\n"));
 }
 
+TEST_F(CliNotifyTest, SaysThatATextIsNotReadAloudHoweverOftenItComes)
+{
+    setDoNotDisturb("on");
+    for (const char *text : {"Dinner is ready", "Dinner is ready"}) {
+        EXPECT_EQ(run({"say", text}), s_good);
+        EXPECT_EQ(m_tavo.error(), "Not read aloud: do-not-disturb is on\n");
+    }
+    EXPECT_EQ(run({"say", "--priority", "urgent", "Leave the house"}), s_good);
+    EXPECT_EQ(m_tavo.error(), "Read aloud: do-not-disturb is on, but its priority passes\n");
+}
+
 TEST_F(CliNotifyTest, RefusesAnIdThatIsOpen)
 {
     startWaiting();

@@ -3,6 +3,7 @@
 
 #include "AttentionTest.h"
 
+using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::EndsWith;
@@ -37,6 +38,19 @@ TEST_F(CliRulesTest, ListsThemWithTheirCounts)
     EXPECT_EQ(m_tavo.error(), "3 rules, from " + m_file.toStdString() + "\n");
     EXPECT_EQ(run({"rules", "list", "--json"}), s_good);
     EXPECT_EQ(json().toObject().value("rules").toArray().size(), 3);
+}
+
+TEST_F(CliRulesTest, ListSaysThatTheirFileIsWrong)
+{
+    QFile file(m_file);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("{\"rules\": 5}");
+    file.close();
+    EXPECT_TRUE(m_host->waitForLog("the previous settings stay"));
+    EXPECT_EQ(run({"rules", "list"}), s_refused);
+    EXPECT_EQ(m_tavo.lines().size(), 3U);
+    EXPECT_THAT(m_tavo.error(),
+                EndsWith(":1: rules: must be a list. The previous rules stay in use\n"));
 }
 
 TEST_F(CliRulesTest, TestSaysWhichRuleDoesWhatAndWhyNot)
@@ -77,6 +91,14 @@ TEST_F(CliRulesTest, CheckTellsGoodFilesFromWrongOnes)
     EXPECT_EQ(check("{\"rules\": [\n{\"name\": \"door\",\n\"then\": {\"loud\": true}}]}"),
               s_refused);
     EXPECT_THAT(m_tavo.error(), EndsWith("rules.json:3: rules[0].then.loud: unknown key\n"));
+    EXPECT_EQ(check("{\"speech\": {\"command\": [\"/nowhere/speaker\"]},\n\"rules\": [\n"
+                    "{\"name\": \"door\",\n\"then\": {\"sound\": \"/nowhere/gong.wav\"}}]}"),
+              s_refused);
+    EXPECT_THAT(m_tavo.error(),
+                AllOf(HasSubstr("rules.json:1: speech.command: there is no program "
+                                "/nowhere/speaker\n"),
+                      EndsWith("rules.json:4: rules[0].then.sound: there is no file "
+                               "/nowhere/gong.wav\n")));
     EXPECT_EQ(check("{\"rules\": ["), s_refused);
     EXPECT_THAT(m_tavo.error(), HasSubstr("rules.json:1:"));
 }
@@ -87,4 +109,8 @@ TEST_F(CliTest, RulesCheckNeedsNoHost)
     EXPECT_EQ(run({"rules", "check", "/nowhere/attention.json"}), s_noInput);
     EXPECT_EQ(m_tavo.error(),
               "tavo: /nowhere/attention.json can't be read: No such file or directory\n");
+    m_tavo.setEnvironment("HOME", "/");
+    EXPECT_EQ(run({"rules", "check"}), s_good);
+    EXPECT_EQ(m_tavo.output(),
+              "There are no settings, and so no rules: there is no /etc/tavo/attention.json\n");
 }

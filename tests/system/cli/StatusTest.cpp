@@ -100,6 +100,26 @@ TEST_F(CliAttentionStatusTest, AndTheDoctorHowItIsSet)
     EXPECT_THAT(m_tavo.output(), HasSubstr("h.db, missed: 0\n"));
 }
 
+class CliIncompleteSettingsTest : public CliAttentionTest
+{
+protected:
+    CliIncompleteSettingsTest()
+        : CliAttentionTest(R"({"speech": {"command": ["no-such-speaker"]}})")
+    {
+    }
+};
+
+TEST_F(CliIncompleteSettingsTest, AreReportedByTheDoctorAndByATrial)
+{
+    EXPECT_EQ(run({"doctor"}), s_refused);
+    EXPECT_THAT(m_tavo.output(),
+                HasSubstr("missing  settings: " + m_file.toStdString() +
+                          ":1: speech.command: there is no program no-such-speaker\n"));
+    EXPECT_EQ(run({"rules", "test", "Water", "--speech", "Water"}), s_good);
+    EXPECT_THAT(m_tavo.output(), HasSubstr("Speech\tnot read aloud\nPriority\tNormal\n"
+                                           "Why\tthere is no program no-such-speaker\n"));
+}
+
 class CliBadSettingsTest : public CliAttentionTest
 {
 protected:

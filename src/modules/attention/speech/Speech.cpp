@@ -13,6 +13,7 @@
 #include <QSaveFile>
 #include <QStandardPaths>
 
+#include <attention/MissingFiles.h>
 #include <csignal>
 
 namespace {
@@ -72,13 +73,27 @@ void Speech::setCommands(const QStringList &command, const QMap<QString, QString
     m_languages = byLanguage;
 }
 
+QStringList Speech::commandFor(const QString &text, const QString &language) const
+{
+    const QString spoken = speechLanguage(language, text.left(maxTextLength), m_languages.keys());
+    return m_languages.value(spoken, m_command);
+}
+
+QString Speech::obstacle(const QString &text, const QString &language) const
+{
+    const QStringList command = commandFor(text, language);
+    return command.isEmpty() ? QStringLiteral("no program for speech is configured")
+                             : missingProgram(command.first());
+}
+
 void Speech::say(const QString &text, const QString &language, const Receiver &receiver)
 {
     const QString said = text.left(maxTextLength);
+    const QStringList command = commandFor(said, language);
     const auto refuse = [this, receiver](const QString &reason) {
         QTimer::singleShot(0, this, [receiver, reason] { receiver(Failure{reason}); });
     };
-    if (m_command.isEmpty()) {
+    if (command.isEmpty()) {
         refuse(QStringLiteral("No program for speech is configured"));
         return;
     }
@@ -86,8 +101,6 @@ void Speech::say(const QString &text, const QString &language, const Receiver &r
         refuse(QStringLiteral("Too many texts wait to be spoken"));
         return;
     }
-    const QStringList command =
-        m_languages.value(speechLanguage(language, said, m_languages.keys()), m_command);
     m_jobs.push_back({command, said, fileFor(command, said), receiver});
     if (m_jobs.size() == 1) {
         QTimer::singleShot(0, this, &Speech::startNext);

@@ -46,11 +46,12 @@ public:
     /// one of the languages have a command of their own.
     void setCommands(const QStringList &command, const QMap<QString, QStringList> &byLanguage);
 
-    /// Whether a program is configured.
-    bool isPossible() const { return !m_command.isEmpty(); }
+    /// Why the text can't be spoken, such as "there is no program espeak-ng"; empty if nothing is known
+    /// against it. The language is that which the sender names; may be empty. See speechLanguage().
+    QString obstacle(const QString &text, const QString &language) const;
 
-    /// Calls the receiver once, from the event loop. At most 1,000 characters are spoken. The language is
-    /// that which the sender names; may be empty. See speechLanguage().
+    /// Calls the receiver once, from the event loop. At most 1,000 characters are spoken. The language is as
+    /// for obstacle().
     void say(const QString &text, const QString &language, const Receiver &receiver);
 
     /// $CACHE_DIRECTORY/speech for a service of the system, else tavo/speech in the user's cache.
@@ -72,6 +73,8 @@ private:
         Receiver receiver;
     };
 
+    /// Empty if none is configured for the text.
+    QStringList commandFor(const QString &text, const QString &language) const;
     void startNext();
     void finish(const Result<QString> &result);
     Result<QString> takeResult();

@@ -80,6 +80,12 @@ TEST_F(DoNotDisturbTest, LetsTheSecondCallOfANumberPass)
     EXPECT_EQ(m_quiet.passes(call("+49 30 1", 181)), "") << "too late";
 }
 
+TEST_F(DoNotDisturbTest, TakesNothingWithoutATitleForASecondOne)
+{
+    m_quiet.remember(call("", 0));
+    EXPECT_EQ(m_quiet.passes(call("", 60)), "");
+}
+
 TEST_F(DoNotDisturbTest, DoesNotTakeACallForASecondOneWhenTheClockGoesBack)
 {
     m_quiet.remember(call("+49 30 1", 60));

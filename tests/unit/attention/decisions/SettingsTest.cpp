@@ -62,6 +62,9 @@ TEST(AttentionSettingsTest, RefusesWhatItDoesNotKnow)
                 StartsWith("attention.json:1: rules[0].name: must name the rule"));
     EXPECT_THAT(errorOf(R"({"rules": [{"name": "x", "then": {"priority": "Huge"}}]})"),
                 StartsWith("attention.json:1: rules[0].then.priority: must be Low"));
+    EXPECT_THAT(errorOf(R"({"rules": [{"name": "x",
+                            "when": {"minPriority": "High", "maxPriority": "Low"}}]})"),
+                StartsWith("attention.json:2: rules[0].when.maxPriority: must not be below"));
     EXPECT_THAT(errorOf(R"({"rules": [{"name": "x", "when": {"pattern": "a(b"}}]})"),
                 StartsWith("attention.json:1: rules[0].when.pattern: missing"));
 }
