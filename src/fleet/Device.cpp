@@ -192,6 +192,9 @@ void Device::on_connection_received(const MqttMessage &message)
 
 void Device::takeCall(const MqttMessage &message, const QString &group)
 {
+    if (message.isRetained && message.payload.isEmpty()) {
+        return; // It removes one.
+    }
     if (message.isRetained) {
         FleetLog::warning(
             QStringLiteral(

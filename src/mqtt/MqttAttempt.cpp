@@ -136,7 +136,7 @@ private:
         const QByteArray key = QFile::encodeName(m_settings.keyFile);
         for (const QByteArray &name : {ca, certificate, key}) {
             QFile file(QFile::decodeName(name));
-            if (const auto failure = unreadable(file); failure && !name.isEmpty()) {
+            if (const auto failure = name.isEmpty() ? std::nullopt : unreadable(file)) {
                 return failure;
             }
         }

@@ -11,7 +11,10 @@
 #include <algorithm>
 #include <mosquitto.h>
 #include <mqtt_protocol.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <poll.h>
+#include <sys/socket.h>
 
 namespace {
 using std::chrono::milliseconds;
@@ -35,6 +38,34 @@ QString codeText(int code)
                : QStringLiteral("the broker says: %1")
                      .arg(QLatin1String(mosquitto_reason_string(code)));
 }
+
+bool isClosedByPeer(int socket)
+{
+    pollfd state{socket, POLLRDHUP, 0};
+    return ::poll(&state, 1, 0) > 0;
+}
+
+/// Lets the system collect what is written, until the end of the scope.
+class Cork
+{
+public:
+    explicit Cork(int socket)
+        : m_socket(socket)
+    {
+        set(1);
+    }
+    ~Cork() { set(0); }
+    Cork(const Cork &) = delete;
+    Cork &operator=(const Cork &) = delete;
+
+private:
+    void set(int value) const
+    {
+        ::setsockopt(m_socket, IPPROTO_TCP, TCP_CORK, &value, sizeof value);
+    }
+
+    const int m_socket;
+};
 } // namespace
 
 /// Forwards what libmosquitto calls.
@@ -172,8 +203,9 @@ void MqttNetwork::subscribe(const QString &filter)
 void MqttNetwork::sendSubscription(const QString &filter)
 {
     int id = 0;
+    constexpr int options = MQTT_SUB_OPT_SEND_RETAIN_NEW | MQTT_SUB_OPT_RETAIN_AS_PUBLISHED;
     const int code = mosquitto_subscribe_v5(m_handle.get(), &id, filter.toUtf8().constData(), 1,
-                                            MQTT_SUB_OPT_SEND_RETAIN_NEW, nullptr);
+                                            options, nullptr);
     if (code == MOSQ_ERR_SUCCESS) {
         m_subscriptions.emplace_back(id, filter);
     }
@@ -274,7 +306,15 @@ int MqttNetwork::write()
         m_writable->setEnabled(false);
         return MOSQ_ERR_SUCCESS;
     }
+    const int socket = mosquitto_socket(m_handle.get());
+    if (isClosedByPeer(socket)) {
+        // What the broker said last is read first: a failed write would lose it.
+        m_writable->setEnabled(false);
+        return MOSQ_ERR_SUCCESS;
+    }
     m_lastWrite = Clock::now();
+    // A broker that refuses one of several packets must not close the connection before all are written.
+    const Cork cork(socket);
     const int code = mosquitto_loop_write(m_handle.get(), 1);
     if (code == MOSQ_ERR_SUCCESS && mosquitto_socket(m_handle.get()) >= 0) {
         m_writable->setEnabled(mosquitto_want_write(m_handle.get()));

@@ -28,7 +28,8 @@ QString tlsConfiguration(const Certificates &certificates, const Identity &serve
                          const QString &access)
 {
     QString text = QStringLiteral("cafile %1\ncertfile %2\nkeyfile %3\n"
-                                  "require_certificate true\nuse_identity_as_username true\n")
+                                  "require_certificate true\nuse_identity_as_username true\n"
+                                  "set_tcp_nodelay true\nmax_queued_messages 0\n")
                        .arg(certificates.authority(), server.certificate, server.key);
     if (!access.isEmpty()) {
         text += QStringLiteral("acl_file %1\n").arg(access);
