@@ -16,7 +16,7 @@ Exit codes:
   0    stopped by SIGINT or SIGTERM
   64   wrong arguments
   73   the file with calls and answers can't be used
-  78   the configuration is wrong or can't be read
+  78   the configuration is wrong or can't be read; with --check: a file is missing
 )";
 
 struct Options : CommonOptions
@@ -25,8 +25,10 @@ struct Options : CommonOptions
         QStringLiteral("bus"),
         QStringLiteral("Connect to <bus>: session, system, or the address of a bus."),
         QStringLiteral("bus")};
-    QCommandLineOption check{QStringLiteral("check"),
-                             QStringLiteral("Check the configuration, and end.")};
+    QCommandLineOption check{
+        QStringLiteral("check"),
+        QStringLiteral("Check the configuration and whether the files that it names "
+                       "are there, and end.")};
 };
 
 void prepare(QCommandLineParser &parser, const Options &options)

@@ -6,6 +6,7 @@
 #include "fleet/protocol/FleetTopics.h"
 #include <core/base/configuration.h>
 
+#include <QFileInfo>
 #include <QStandardPaths>
 #include <QSysInfo>
 
@@ -70,7 +71,42 @@ void readDiscovery(TavoConfiguration section, FleetConfiguration &read)
     }
     section.finish();
 }
+
+/// Where the service manager finds a credential that only the service gets: fleet_NAME is NAME in the folder beside
+/// the configuration.
+QString sourceOf(const QString &name, const QString &configuration)
+{
+    const auto prefix = QLatin1String("fleet_");
+    const QFileInfo file(configuration);
+    return name.startsWith(prefix)
+               ? QStringLiteral("%1/%2/%3")
+                     .arg(file.absolutePath(), file.completeBaseName(), name.mid(prefix.size()))
+               : name;
+}
 } // namespace
+
+QStringList FleetConfiguration::missing(const QString &file) const
+{
+    QStringList lines;
+    const std::initializer_list<std::pair<const char *, QString>> files{
+        {"ca", broker.caFile},
+        {"certificate", broker.certificateFile},
+        {"key", broker.keyFile},
+        {"passwordFile", broker.passwordFile}};
+    for (const auto &[key, name] : files) {
+        const QString source = sourceOf(name, file);
+        if (!name.isEmpty() && !QFileInfo(source).isFile()) {
+            lines.append(QStringLiteral("%1: broker.%2: there is no file %3")
+                             .arg(file, QLatin1String(key), source));
+        }
+    }
+    if (permissions.allows(FleetCall::Kind::Sound) &&
+        !QFileInfo(permissions.soundFolder()).isDir()) {
+        lines.append(QStringLiteral("%1: allow.sounds.folder: there is no folder %2")
+                         .arg(file, permissions.soundFolder()));
+    }
+    return lines;
+}
 
 FleetConfiguration FleetConfiguration::fromFile(const QString &file)
 {

@@ -28,4 +28,7 @@ struct FleetConfiguration
 
     /// Throws a std::runtime_error that names the file, the key and the reason.
     static FleetConfiguration fromFile(const QString &file);
+
+    /// What the configuration in that file names but is not there: a line for each, with the key.
+    QStringList missing(const QString &file) const;
 };

@@ -80,7 +80,7 @@ QStringList Permissions::calls() const
 
 std::optional<Failure> Permissions::refusal(const FleetCall &call) const
 {
-    if (!m_calls.contains(call.kind)) {
+    if (!allows(call.kind)) {
         return Failure{QStringLiteral("this device does not allow the call %1")
                            .arg(FleetCall::kindName(call.kind))};
     }

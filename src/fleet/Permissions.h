@@ -23,6 +23,9 @@ public:
     /// What a player gets for the name of a sound: a URI or a path.
     Result<QString> sound(const QString &name) const;
 
+    bool allows(FleetCall::Kind call) const { return m_calls.contains(call); }
+    /// Where the sounds are that calls name.
+    const QString &soundFolder() const { return m_soundFolder; }
     int allowedPriority(int priority) const { return qMin(priority, m_maxPriority); }
 
     /// The names of the calls, as the device tells them.

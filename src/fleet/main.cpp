@@ -63,12 +63,22 @@ int run(QCoreApplication &app, const CommandLine &line, const FleetConfiguration
     }
 }
 
+int check(const QString &file, const FleetConfiguration &configuration)
+{
+    const QStringList missing = configuration.missing(file);
+    for (const QString &line : missing) {
+        FleetLog::error(line);
+    }
+    return missing.isEmpty() ? print(QStringLiteral("%1: good").arg(file))
+                             : int(ExitCode::Configuration);
+}
+
 int act(QCoreApplication &app, const CommandLine &line)
 {
     try {
         const auto configuration = FleetConfiguration::fromFile(line.configurationFile);
         if (line.action == CommandLine::Action::Check) {
-            return print(QStringLiteral("%1: good").arg(line.configurationFile));
+            return check(line.configurationFile, configuration);
         }
         return run(app, line, configuration);
     } catch (const std::runtime_error &error) {

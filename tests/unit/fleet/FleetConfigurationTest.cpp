@@ -3,6 +3,7 @@
 
 #include "support/Text.h"
 
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -114,4 +115,32 @@ TEST_F(FleetConfigurationTest, APriorityIsAtMostTheAllowedOne)
     const auto permissions = with(R"("allow":{"maxPriority":"high"})").permissions;
     EXPECT_EQ(permissions.allowedPriority(3), 2);
     EXPECT_EQ(permissions.allowedPriority(0), 0);
+}
+
+TEST_F(FleetConfigurationTest, TheInstalledFilesAreGood)
+{
+    for (const char *file : {"data/fleet/tavo-fleet.json", "packaging/fleet.json"}) {
+        EXPECT_EQ(
+            error([&] { FleetConfiguration::fromFile(QStringLiteral(TAVO_SOURCE "/") + file); }),
+            "none");
+    }
+}
+
+TEST_F(FleetConfigurationTest, WhatIsMissingIsNamedWithItsKey)
+{
+    const auto missing = [this](const QByteArray &folder) {
+        return read(R"({"device":"porch",
+                        "broker":{"url":"mqtts://b","ca":"fleet_ca.crt",
+                                  "certificate":"/nowhere/c.crt","key":")" +
+                    m_file.toUtf8() + R"("},"allow":{"sounds":{"folder":")" + folder + "\"}}}")
+            .missing(m_file);
+    };
+    const QString folder = m_folder.path();
+    EXPECT_EQ(missing("/nowhere"),
+              (QStringList{m_file + ": broker.ca: there is no file " + folder + "/fleet/ca.crt",
+                           m_file + ": broker.certificate: there is no file /nowhere/c.crt",
+                           m_file + ": allow.sounds.folder: there is no folder /nowhere"}));
+    // As the service has its credentials.
+    ASSERT_TRUE(QDir(folder).mkdir("fleet") && QFile::copy(m_file, folder + "/fleet/ca.crt"));
+    EXPECT_EQ(missing(folder.toUtf8()).size(), 1);
 }
