@@ -9,6 +9,7 @@
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace {
@@ -111,6 +112,30 @@ void prepare(CLI::App &app, const Definition &definition, Options &options)
     app.require_subcommand(0, 1);
 }
 
+/// What is wrong with options that were given, although they have no meaning with the command's first argument.
+std::string misplacedOption(const CLI::App &app, const CommandDefinition &command,
+                            const Options &options)
+{
+    for (const auto *group : {&command.positionals, &command.options}) {
+        for (const OptionDefinition &option : *group) {
+            if (option.actions.empty()) {
+                continue;
+            }
+            const auto target =
+                std::get<std::string Options::*>(command.positionals.front().target);
+            const std::string &action = options.*target;
+            const auto &actions = option.actions;
+            const bool isMisplaced =
+                std::find(actions.begin(), actions.end(), action) == actions.end();
+            const std::string name = option.isPositional() ? option.valueName : option.names.back();
+            if (isMisplaced && app.get_option(name)->count() > 0) {
+                return action + " takes no " + name;
+            }
+        }
+    }
+    return {};
+}
+
 CommandLineEnd help(const CLI::App &app, const Definition &definition)
 {
     const auto used = app.get_subcommands();
@@ -156,7 +181,13 @@ Result<Options, CommandLineEnd> readCommandLine(int argc, const char *const *arg
     } else if (used.empty()) {
         return CommandLineEnd{ExitCode::Usage, "tavo: no command was given. See tavo --help."};
     } else {
-        options.command = definition.find(used.front()->get_name())->command;
+        const CommandDefinition &command = *definition.find(used.front()->get_name());
+        const std::string misplaced = misplacedOption(*used.front(), command, options);
+        if (!misplaced.empty()) {
+            return CommandLineEnd{ExitCode::Usage,
+                                  "tavo: " + misplaced + ". See tavo " + command.name + " --help."};
+        }
+        options.command = command.command;
     }
     return options;
 }

@@ -15,7 +15,10 @@ constexpr int secondsOfDay = 86400;
 
 std::optional<QDateTime> timeOfDay(const QString &text, const QDateTime &now)
 {
-    const QTime time = QTime::fromString(text, QStringLiteral("H:mm"));
+    QTime time = QTime::fromString(text, QStringLiteral("H:mm"));
+    if (!time.isValid()) {
+        time = QTime::fromString(text, QStringLiteral("H:mm:ss"));
+    }
     if (!time.isValid()) {
         return std::nullopt;
     }
@@ -28,16 +31,24 @@ std::optional<QDateTime> timeOfDay(const QString &text, const QDateTime &now)
     return moment;
 }
 
-std::optional<QDateTime> dateAndTime(QString text, const QDateTime &now)
+/// In the format of ISO 8601, with a space for the T and hours of one digit, too.
+std::optional<QDateTime> dateAndTime(const QString &text, const QDateTime &now)
 {
-    const auto read = QDateTime::fromString(text.replace(QLatin1Char('T'), QLatin1Char(' ')),
-                                            QStringLiteral("yyyy-MM-dd H:mm"));
-    if (!read.isValid()) {
+    static const QRegularExpression s_separator(QStringLiteral("^(.{10})[T ](?=\\d\\d)"));
+    static const QRegularExpression s_shortHour(QStringLiteral("^(.{10})[T ](?=\\d:)"));
+    QString iso = text;
+    iso.replace(s_separator, QStringLiteral("\\1T")).replace(s_shortHour, QStringLiteral("\\1T0"));
+    const auto read = QDateTime::fromString(iso, Qt::ISODateWithMs);
+    if (!read.isValid() || !iso.contains(QLatin1Char('T'))) {
         return std::nullopt;
     }
     QDateTime moment = now;
-    moment.setDate(read.date());
-    moment.setTime(read.time());
+    if (read.timeSpec() == Qt::LocalTime) {
+        moment.setDate(read.date());
+        moment.setTime(read.time());
+    } else {
+        moment.setMSecsSinceEpoch(read.toMSecsSinceEpoch());
+    }
     return moment;
 }
 
@@ -66,7 +77,7 @@ Result<QDateTime> momentFromText(const QString &text, const QDateTime &now)
     }
     if (!moment) {
         return Failure{QStringLiteral("\"%1\" is not a time: use one such as 07:00, "
-                                      "\"2026-12-24 18:00\", 2h or 30m")
+                                      "\"2026-12-24 18:00\", 2026-12-24T18:00:00Z, 2h or 30m")
                            .arg(text)};
     }
     if (*moment <= now) {

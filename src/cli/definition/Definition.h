@@ -31,6 +31,8 @@ struct OptionDefinition
     ValueCheck check = {};
     bool isRequired = false;
     const char *environmentVariable = ""; ///< has the value if the option is not given
+    /// The values of the command's first argument with which it has a meaning; empty: all.
+    std::vector<std::string> actions = {};
 
     bool isPositional() const { return names.empty(); }
     /// "-p, --priority PRIORITY"

@@ -7,11 +7,13 @@
 #include "support/EventLoop.h"
 #include "support/program/Program.h"
 
+#include <QDateTime>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -187,15 +189,15 @@ TEST_F(FleetCommandTest, ListsDevices)
 {
     const auto hall = device("hall");
     const auto porch = device("porch", {"site", "doors"});
-    porch->publish(FleetTopics::state("porch", "display"),
-                   R"({"shown":true,"title":"Water","text":"Room 301"})", true);
-    hall->publish(FleetTopics::state("hall", "display"), R"({"shown":false})", true);
+    porch->publish(FleetTopics::state("porch", "display"), R"({"shown":true,"title":"Old"})", true);
+    hall->publish(FleetTopics::state("hall", "display"),
+                  R"({"shown":true,"title":"Water","text":"Room 301"})", true);
     hall->publish(FleetTopics::state("hall", "sound"), R"({"sounding":true})", true);
     porch->leave();
     ASSERT_TRUE(waitFor([&] { return hall->isIdle(); }));
     EXPECT_EQ(run({"list"}), exitGood);
-    EXPECT_THAT(m_tavo.lines(), ElementsAre("hall\tonline\tsite\tsounding",
-                                            "porch\taway\tsite,doors\tshows Water: Room 301"));
+    EXPECT_THAT(m_tavo.lines(), ElementsAre("hall\tonline\tsite\tshows Water: Room 301, sounding",
+                                            "porch\taway\tsite,doors\t"));
     EXPECT_EQ(run({"list", "--group", "doors", "--json"}), exitGood);
     const QJsonArray devices = json()["devices"].toArray();
     ASSERT_EQ(devices.size(), 1);
@@ -232,6 +234,15 @@ TEST_F(FleetCommandTest, SaysWhatIsWrongWithTheArguments)
         {{"show", "--device", "hall"}, "title"},
         {{"call", "--device", "hall", "/a", "{"}, "not JSON"},
         {{"ring"}, "must be list"},
+        {{"show", "--device", "hall", "Water", "--at", "07:00"}, "show takes no --at"},
+        {{"sound", "--device", "hall", "bell", "--everywhere"}, "sound takes no --everywhere"},
+        {{"sound", "--device", "hall", "bell", "-t", "7"}, "sound takes no --timeout"},
+        {{"sound", "--device", "hall", "bell", "--action", "a=A"}, "sound takes no --action"},
+        {{"cancel", "--device", "hall", "leak-7", "--everywhere"}, "cancel takes no --everywhere"},
+        {{"list", "--at", "07:00"}, "list takes no --at"},
+        {{"list", "hall"}, "list takes no ARGUMENT"},
+        {{"say", "--device", "hall", "Hello", "World"}, "say takes no TEXT|JSON"},
+        {{"sound", "--device", "hall", "bell", "--at", "2d"}, "more than a day from now"},
         {{"list", "--broker", "http://localhost"}, "must be mqtts://"},
         {{"list", "--config", "/nonexistent"}, "/nonexistent"}};
     for (const auto &[arguments, reason] : cases) {
@@ -296,4 +307,57 @@ TEST_F(FleetCommandTest, SaysThatTheBrokerRefusesTheCall)
     EXPECT_THAT(
         m_tavo.error(),
         HasSubstr("a call to tavo/v1/group/site/call is refused: the broker says: Not authorized"));
+}
+
+TEST_F(FleetCommandTest, WaitsUntilASoundStarts)
+{
+    const auto hall = device("hall");
+    hall->setReply([&](const FleetCall &call) -> std::optional<FleetAnswer> {
+        const auto wait = int(call.at - QDateTime::currentMSecsSinceEpoch());
+        QTimer::singleShot(qMax(0, wait), hall.get(), [&hall, call] {
+            FleetAnswer answer;
+            answer.id = call.id;
+            answer.device = "hall";
+            answer.kind = FleetAnswer::Kind::Sounding;
+            hall->publish(FleetTopics::answer("hall", call.from), answer.toJson());
+        });
+        return {};
+    });
+    EXPECT_EQ(run({"sound", "--device", "hall", "bell", "--at", "2s", "--reply-timeout", "1.9"}),
+              exitGood);
+    EXPECT_THAT(m_tavo.lines(), ElementsAre("hall\tsounding"));
+}
+
+TEST_F(FleetCommandTest, SaysWhatACancelHasEnded)
+{
+    const auto hall = device("hall");
+    const auto porch = device("porch");
+    const auto reply = [](bool hasEnded) {
+        return [hasEnded](const FleetCall &) {
+            FleetAnswer answer;
+            answer.value = hasEnded;
+            return std::optional(answer);
+        };
+    };
+    hall->setReply(reply(true));
+    porch->setReply(reply(false));
+    EXPECT_EQ(run({"cancel", "--group", "site", "leak-7"}), exitGood);
+    EXPECT_THAT(m_tavo.lines(), UnorderedElementsAre("hall\tended", "porch\tnothing to end"));
+    EXPECT_EQ(run({"cancel", "--device", "porch", "leak-7"}), exitRefused);
+}
+
+TEST_F(FleetCommandTest, SaysThatItMayNotRead)
+{
+    const Certificates certificates;
+    const Broker broker(certificates, certificates.makeServer(),
+                        QStringLiteral(TAVO_SOURCE "/data/fleet/fleet.acl"));
+    const auto list = [&](const QString &user) {
+        const Identity identity = certificates.make(user);
+        return run({"list", "--broker", broker.uri(), "--ca", certificates.authority(),
+                    "--certificate", identity.certificate, "--key", identity.key});
+    };
+    EXPECT_EQ(list("hall"), exitRefused);
+    EXPECT_THAT(m_tavo.error(), HasSubstr("this user may not read tavo/v1/#"));
+    EXPECT_EQ(list("commander"), exitGood);
+    EXPECT_THAT(m_tavo.error(), HasSubstr("No devices"));
 }

@@ -42,8 +42,31 @@ TEST(MomentTest, ReadsADateAndATime)
 {
     EXPECT_EQ(read("2026-12-24 18:00"), "2026-12-24 18:00");
     EXPECT_EQ(read("2026-12-24T18:00"), "2026-12-24 18:00");
+    EXPECT_EQ(read("2026-12-24 8:00"), "2026-12-24 08:00");
     EXPECT_EQ(refusal("2026-11-22 15:00"), "2026-11-22 15:00 is over");
     EXPECT_EQ(refusal("2028-01-01 00:00"), "2028-01-01 00:00 is more than 366 days from now");
+}
+
+TEST(MomentTest, ReadsTheFormatsOfIso8601)
+{
+    for (const char *text :
+         {"2026-12-24T18:00:00", "2026-12-24T18:00:00.000", "2026-12-24T17:00Z",
+          "2026-12-24T17:00:00Z", "2026-12-24 17:00:00Z", "2026-12-24T17:00:00.000Z",
+          "2026-12-24T18:00:00+01:00", "2026-12-24T12:00:00-0500"}) {
+        EXPECT_EQ(read(text), "2026-12-24 18:00") << text;
+    }
+    EXPECT_EQ(refusal("2026-11-22T14:29:59Z"), "2026-11-22T14:29:59Z is over");
+}
+
+TEST(MomentTest, ReadsSeconds)
+{
+    const auto now = berlin("2026-11-22 15:30");
+    const auto seconds = [&now](const char *text) {
+        return now.secsTo(std::get<QDateTime>(momentFromText(text, now)));
+    };
+    EXPECT_EQ(seconds("15:30:05"), 5);
+    EXPECT_EQ(seconds("2026-11-22 15:31:05"), 65);
+    EXPECT_EQ(seconds("2026-11-22T14:30:07Z"), 7);
 }
 
 TEST(MomentTest, ReadsADuration)
@@ -63,7 +86,8 @@ TEST(MomentTest, CountsTheHourThatClocksRepeat)
 
 TEST(MomentTest, RefusesOtherTexts)
 {
-    for (const char *text : {"", "noon", "25:00", "7", "h", "-2h", "2 h", "2026-13-01 00:00"}) {
+    for (const char *text : {"", "noon", "25:00", "7", "h", "-2h", "2 h", "2026-13-01 00:00",
+                             "2026-12-24", "2026-12-24T", "2026-12-24T18:00X"}) {
         EXPECT_NE(refusal(text).find("is not a time"), std::string::npos) << text;
     }
 }

@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <regex>
 #include <set>
@@ -138,10 +139,10 @@ TEST_F(ReferenceTest, GivesEachOptionTheSameMeaningInEveryCommand)
 
 TEST_F(ReferenceTest, EachOptionIsAccepted)
 {
-    const std::map<std::string, std::string> values{
-        {"BUS", "system"},   {"MS", "1"},      {"N", "1"},
-        {"PRIORITY", "low"}, {"SECONDS", "1"}, {"KEY=LABEL", "yes=Yes"},
-        {"STATE", "on"},     {"TASK", "list"}, {"ACTION", "list"}};
+    const std::map<std::string, std::string> values{{"BUS", "system"}, {"MS", "1"},
+                                                    {"N", "1"},        {"PRIORITY", "low"},
+                                                    {"SECONDS", "1"},  {"KEY=LABEL", "yes=Yes"},
+                                                    {"STATE", "on"},   {"TASK", "list"}};
     for (const CommandDefinition &command : m_definition.commands) {
         std::vector<OptionDefinition> options = command.options;
         options.insert(options.end(), m_definition.program.options.begin(),
@@ -156,8 +157,15 @@ TEST_F(ReferenceTest, EachOptionIsAccepted)
                 if (!option.valueName.empty()) {
                     arguments.push_back(valueOf(option));
                 }
+                const std::string action = option.actions.empty() ? "list" : option.actions.front();
                 for (const OptionDefinition &positional : command.positionals) {
-                    arguments.push_back(valueOf(positional));
+                    const auto &actions = positional.actions;
+                    if (positional.valueName == "ACTION") {
+                        arguments.push_back(action);
+                    } else if (actions.empty() ||
+                               std::count(actions.begin(), actions.end(), action) > 0) {
+                        arguments.push_back(valueOf(positional));
+                    }
                 }
                 EXPECT_EQ(refusalOf(arguments), "") << command.name << ' ' << name;
             }

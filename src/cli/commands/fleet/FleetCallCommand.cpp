@@ -48,8 +48,15 @@ bool FleetCallCommand::prepare()
         expect(QString::fromStdString(device));
     }
     m_since.start();
+    m_untilStart = qMax(Q_INT64_C(0), m_call.at - QDateTime::currentMSecsSinceEpoch());
     m_progress.start(progressMs);
     return true;
+}
+
+/// A sound is answered when it starts.
+int FleetCallCommand::timeLimitMs() const
+{
+    return int(m_untilStart) + FleetCommand::timeLimitMs();
 }
 
 QStringList FleetCallCommand::filters() const
@@ -101,7 +108,9 @@ bool FleetCallCommand::isComplete() const
 void FleetCallCommand::on_repeat_timeout()
 {
     sendToMissing();
-    m_repeat.setInterval(qMin(m_repeat.interval() * 2, maxRepeatMs));
+    // Nobody answers before the start.
+    const int max = qMax(maxRepeatMs, int(m_untilStart - m_since.elapsed()) / 2);
+    m_repeat.setInterval(qMin(m_repeat.interval() * 2, max));
 }
 
 void FleetCallCommand::onDevicesKnown()
@@ -156,7 +165,7 @@ void FleetCallCommand::takeAnswer(const QString &device, const QByteArray &paylo
     if (!options().json) {
         const bool isError = answer->kind == FleetAnswer::Kind::Error;
         constexpr int maxSize = 1000;
-        printLine(device, shortened(answerText(*answer), maxSize),
+        printLine(device, shortened(answerText(*answer, m_call.kind), maxSize),
                   isError ? Terminal::Style::Bad : Terminal::Style::Good);
     }
     finishIfAnswered();
@@ -203,6 +212,10 @@ void FleetCallCommand::report()
         std::any_of(m_answers.begin(), m_answers.end(), [](const FleetAnswer &answer) {
             return answer.kind == FleetAnswer::Kind::Error;
         });
+    const bool hasNoTarget =
+        m_call.kind == FleetCall::Kind::Cancel &&
+        std::none_of(m_answers.begin(), m_answers.end(),
+                     [](const FleetAnswer &answer) { return answer.value.toBool(); });
     if (!isComplete()) {
         fail(ExitCode::TimedOut, m_missing.isEmpty()
                                      ? QStringLiteral("no device answered")
@@ -211,7 +224,7 @@ void FleetCallCommand::report()
                                            .arg(m_missing.size() + m_answers.size()));
         return;
     }
-    finish(isRefused ? ExitCode::Refused : ExitCode::Ok);
+    finish(isRefused || hasNoTarget ? ExitCode::Refused : ExitCode::Ok);
 }
 
 void FleetCallCommand::printMissing()
@@ -264,7 +277,14 @@ void FleetCallCommand::on_progress_timeout()
 void FleetCallCommand::showProgress()
 {
     constexpr double msPerSecond = 1000;
-    const QString time = QString::number(double(m_since.elapsed()) / msPerSecond, 'f', 1);
+    const qint64 now = m_since.elapsed();
+    const bool isEarly = now < m_untilStart;
+    const QString time =
+        QString::number(double(isEarly ? m_untilStart - now : now) / msPerSecond, 'f', 1);
+    if (isEarly && hasBeenConnected()) {
+        terminal().showLive(QStringLiteral("starts in %1 s").arg(time));
+        return;
+    }
     terminal().showLive(!hasBeenConnected()
                             ? QStringLiteral("connecting, %1 s: %2").arg(time, lastReason())
                             : QStringLiteral("%1 of %2 devices have answered, %3 s")

@@ -26,6 +26,7 @@ public:
 
 private:
     QStringList filters() const override;
+    int timeLimitMs() const override;
     bool prepare() override;
     void onConnected() override;
     void onDevicesKnown() override;
@@ -60,6 +61,7 @@ private:
     QMap<QString, qint64> m_answerTimes;
     QHash<int, QString> m_sent; ///< the topics of the calls, by the numbers of their messages
     QElapsedTimer m_since;
+    qint64 m_untilStart = 0; ///< of a sound that starts later, in ms after m_since
     QTimer m_repeat;
     QTimer m_progress;
     bool m_areGroupsKnown = false;

@@ -46,9 +46,13 @@ std::optional<Failure> setStart(FleetCall &call, const Options &options)
     if (options.at.empty()) {
         return {};
     }
-    const auto moment = momentFromText(text(options.at), QDateTime::currentDateTime());
+    const QDateTime now = QDateTime::currentDateTime();
+    const auto moment = momentFromText(text(options.at), now);
     if (const auto *failure = std::get_if<Failure>(&moment)) {
         return *failure;
+    }
+    if (std::get<QDateTime>(moment) > now.addDays(1)) { // which devices refuse
+        return Failure{QStringLiteral("%1 is more than a day from now").arg(text(options.at))};
     }
     call.at = std::get<QDateTime>(moment).toMSecsSinceEpoch();
     return {};
@@ -127,7 +131,7 @@ QVariantHash answerFields(const FleetAnswer &answer)
     return {{QStringLiteral("error"), answer.error}};
 }
 
-QString answerText(const FleetAnswer &answer)
+QString answerText(const FleetAnswer &answer, FleetCall::Kind call)
 {
     switch (answer.kind) {
     case FleetAnswer::Kind::Shown:
@@ -135,6 +139,10 @@ QString answerText(const FleetAnswer &answer)
     case FleetAnswer::Kind::Sounding:
         return QStringLiteral("sounding");
     case FleetAnswer::Kind::Done: {
+        if (call == FleetCall::Kind::Cancel) {
+            return answer.value.toBool() ? QStringLiteral("ended")
+                                         : QStringLiteral("nothing to end");
+        }
         const bool hasValue = !answer.value.isNull() && !answer.value.isUndefined();
         const QByteArray value = toJson(answer.value.toVariant(), JsonForm::Line);
         return hasValue ? QStringLiteral("done: ") + QString::fromUtf8(value)

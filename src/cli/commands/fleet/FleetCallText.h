@@ -12,8 +12,8 @@
 /// The call that the options describe, or what is wrong with them.
 Result<FleetCall> fleetCall(const Options &options);
 
-/// "shown", "sounding", "done", or with what the call gives or the reason of the error.
-QString answerText(const FleetAnswer &answer);
+/// "shown", "sounding", "done"; "ended" or "nothing to end" of a cancel; or with what the call gives or the reason of the error.
+QString answerText(const FleetAnswer &answer, FleetCall::Kind call);
 
 /// The answer's fields without those that every answer has.
 QVariantHash answerFields(const FleetAnswer &answer);

@@ -137,6 +137,7 @@ void FleetCommand::on_connection_received(const MqttMessage &message)
     if (isFinished() || !topic) {
         return;
     }
+    m_hasHeard = true;
     if (topic->kind == FleetTopic::Kind::Call && topic->name == m_name) {
         devicesKnown();
         return;
@@ -184,6 +185,17 @@ void FleetCommand::onDisconnected(const QString &reason)
 {
     if (!m_hasBeenConnected) {
         failUnavailable(reason);
+    }
+}
+
+/// Brokers grant subscriptions that they then do not serve.
+void FleetCommand::failIfDeaf()
+{
+    if (!m_hasHeard) {
+        fail(ExitCode::Refused,
+             QStringLiteral("the broker %1 tells nothing about devices: this user may not read "
+                            "tavo/v1/#, or there are none")
+                 .arg(m_url));
     }
 }
 

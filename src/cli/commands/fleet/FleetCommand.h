@@ -32,7 +32,7 @@ protected:
     virtual bool prepare() { return true; }
     /// The broker accepts messages, for the first time or again.
     virtual void onConnected() {}
-    /// What the broker knows about all devices has been received. Once.
+    /// What the broker knows about all devices has been received, as far as this user may read it. Once.
     virtual void onDevicesKnown() {}
     /// After m_devices has taken it.
     virtual void onMessage(const FleetTopic & /*topic*/, const MqttMessage & /*message*/) {}
@@ -48,12 +48,15 @@ protected:
     /// Whether the options name the device or a group of it, or neither devices nor groups.
     bool isChosen(const QString &device) const;
 
-    int timeLimitMs() const;
+    /// How long devices have to answer, from start() on.
+    virtual int timeLimitMs() const;
     bool hasBeenConnected() const { return m_hasBeenConnected; }
     const FleetDevices &devices() const { return m_devices; }
     /// The part of topics that is this program's: unused by others.
     const QString &name() const { return m_name; }
 
+    /// Ends the program if the broker tells nothing to this user.
+    void failIfDeaf();
     /// Ends the program: the broker can't be used.
     void failUnavailable(const QString &reason);
     QString lastReason() const { return m_reason; }
@@ -78,4 +81,5 @@ private:
     QTimer m_timeLimit;
     bool m_hasBeenConnected = false;
     bool m_areDevicesKnown = false;
+    bool m_hasHeard = false; ///< something that the broker sends to this user
 };

@@ -38,6 +38,10 @@ QStringList FleetListCommand::filters() const
 
 void FleetListCommand::onDevicesKnown()
 {
+    failIfDeaf();
+    if (isFinished()) {
+        return;
+    }
     QVariantList rows;
     const auto &all = devices().all();
     for (auto device = all.begin(); device != all.end(); ++device) {
@@ -68,7 +72,8 @@ QString FleetListCommand::lineOf(const QString &name, const FleetDevice &device)
 {
     const QString presence = device.isOnline ? QStringLiteral("online") : QStringLiteral("away");
     const QString groups = printable(device.groups().join(QLatin1Char(',')));
-    const QString state = stateText(device);
+    // What it did last is over.
+    const QString state = device.isOnline ? stateText(device) : QString();
     if (!terminal().isTerminal()) {
         return QStringList{name, presence, groups, state}.join(QLatin1Char('\t'));
     }

@@ -17,6 +17,7 @@ public:
 
 private:
     QStringList filters() const override;
+    void onDevicesKnown() override { failIfDeaf(); }
     void onMessage(const FleetTopic &topic, const MqttMessage &message) override;
     void onDisconnected(const QString &reason) override;
 };
