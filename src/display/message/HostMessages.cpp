@@ -189,7 +189,7 @@ void HostMessages::readMessage()
         });
     if (m_shownHead.path.isEmpty() && !m_isExpected) {
         m_isExpected = true;
-        Q_EMIT expected(m_head.priority);
+        Q_EMIT expected();
     }
 }
 

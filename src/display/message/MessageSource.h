@@ -39,9 +39,8 @@ public:
     virtual void activate(const CMPath &action) = 0;
 
 Q_SIGNALS:
-    /// Nothing was on display, and a message with this priority is being read; shown() or emptied()
-    /// follows.
-    void expected(int priority);
+    /// Nothing was on display, and a message is being read; shown() or emptied() follows.
+    void expected();
     /// Another message is on display.
     void shown(const Head &head, const Message &message);
     /// The message on display says something else.

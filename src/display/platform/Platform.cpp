@@ -98,6 +98,7 @@ Result<QString> choosePlatform(DisplayConfiguration::Renderer renderer)
     // of the small window only what has changed is sent.
     setDefault("QT_XCB_NO_XI2", "1");
     setDefault("QT_XCB_NO_MITSHM", "1");
+    setDefault("QT_QPA_UPDATE_IDLE_TIME", "0"); // Otherwise each change waits for 5 ms.
     setDefault("QT_WAYLAND_DISABLE_WINDOWDECORATION", "1");
     qputenv("QT_IM_MODULE", "none"); // Nothing is typed.
     // Otherwise Qt does not notice a screen reader that starts later.

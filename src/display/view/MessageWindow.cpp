@@ -20,6 +20,9 @@ namespace {
 constexpr qreal maxHeightOfScreen = 0.9;
 constexpr int fullscreenWidthInLetters = 44;
 
+/// How long a window is on the screen without a picture, at most.
+constexpr int maxWaitMs = 200;
+
 QUrl themeUrl(const QString &theme)
 {
     return Palette::names().contains(theme) ? Theme::builtIn() : QUrl::fromLocalFile(theme);
@@ -70,7 +73,7 @@ MessageWindow::MessageWindow(ShownMessage *message, QObject *parent)
     // Of the built-in look, only icons that are missing would be reported.
     m_engine.setOutputWarningsToStandardError(false);
     m_recreateTimer.setSingleShot(true);
-    tavoConnect(&m_recreateTimer, &QTimer::timeout, this, &MessageWindow::on_recreateTimer_timeout);
+    tavoConnect(&m_recreateTimer, &QTimer::timeout, this, &MessageWindow::recreate);
     tavoConnect(&m_engine, &QQmlEngine::warnings, this, &MessageWindow::on_engine_warnings);
     tavoConnect(message, &ShownMessage::ended, this, [this] { m_screenReaders.end(); });
     tavoConnect(message, &ShownMessage::expected, this, &MessageWindow::on_message_expected);
@@ -78,13 +81,13 @@ MessageWindow::MessageWindow(ShownMessage *message, QObject *parent)
     tavoConnect(message, &ShownMessage::completed, this, [this] { announce(); });
     tavoConnect(message, &ShownMessage::pictureChanged, this,
                 &MessageWindow::on_message_pictureChanged);
-    tavoConnect(message, &ShownMessage::hidden, this, &MessageWindow::on_message_hidden);
+    tavoConnect(message, &ShownMessage::hidden, this, &MessageWindow::recreate);
     for (const auto changed : {&QGuiApplication::screenAdded, &QGuiApplication::screenRemoved,
                                &QGuiApplication::primaryScreenChanged}) {
         tavoConnect(qGuiApp, changed, this, &MessageWindow::on_screens_changed);
     }
     // While the first replies of the bus are on their way.
-    QTimer::singleShot(0, this, &MessageWindow::loadTheme);
+    QTimer::singleShot(0, this, &MessageWindow::prepareWindow);
 }
 
 MessageWindow::~MessageWindow()
@@ -104,21 +107,29 @@ void MessageWindow::setConfiguration(const DisplayConfiguration &configuration)
     m_pictures->setIconTheme(configuration.iconTheme);
     m_look.setConfiguration(m_configuration);
     if (m_window) {
-        on_recreateTimer_timeout();
+        recreate();
     }
 }
 
-/// Uses the time in which the message is on its way: an X server is asked several times for a
-/// new window.
-void MessageWindow::on_message_expected(int priority)
+/// An X server is asked twice before a window is on the screen, which takes as long as the message.
+void MessageWindow::on_message_expected()
 {
-    if (m_placement->isWholeScreen() || !m_placement->canResize()) {
-        return; // The first size of the window must be the right one.
+    if (!m_window) {
+        return;
     }
-    if (makeWindow(priority)) {
-        place(); // as for the last message, whose size may be that of this one
-        m_window->create();
-    }
+    m_window->setVisible(true);
+    QTimer::singleShot(maxWaitMs, m_window.get(), [this] {
+        if (!m_message.isShown()) {
+            recreate();
+        }
+    });
+}
+
+/// Nothing is drawn before there is a message.
+bool MessageWindow::eventFilter(QObject *watched, QEvent *event)
+{
+    const bool draws = event->type() == QEvent::Expose || event->type() == QEvent::UpdateRequest;
+    return (draws && !m_message.isShown()) || QObject::eventFilter(watched, event);
 }
 
 void MessageWindow::on_message_shown()
@@ -127,7 +138,7 @@ void MessageWindow::on_message_shown()
         m_wasUrgent != isUrgent(m_message.priority())) {
         destroyWindow();
     }
-    if (!m_window || !m_window->isVisible()) {
+    if (!m_window || !m_card->window()) {
         show();
     } else if (m_placement->canResize()) {
         place();
@@ -142,15 +153,10 @@ void MessageWindow::on_message_pictureChanged(const Picture &picture)
     m_pictures->setPicture(picture);
 }
 
-void MessageWindow::on_message_hidden()
-{
-    destroyWindow();
-}
-
 /// The height may change several times while the items of a new message are laid out.
 void MessageWindow::on_card_implicitHeightChanged()
 {
-    if (!m_window || !m_window->isVisible()) {
+    if (!m_card->window()) {
         return;
     }
     if (m_placement->canResize()) {
@@ -160,12 +166,13 @@ void MessageWindow::on_card_implicitHeightChanged()
     }
 }
 
-void MessageWindow::on_recreateTimer_timeout()
+void MessageWindow::recreate()
 {
+    destroyWindow();
     if (m_message.isShown()) {
-        recreate();
+        show();
     } else {
-        destroyWindow();
+        prepareWindow();
     }
 }
 
@@ -208,6 +215,20 @@ void MessageWindow::loadTheme()
                 &MessageWindow::on_card_implicitHeightChanged);
 }
 
+/// An X server is asked several times for a new window, so the one of the next message is made before that
+/// comes.
+void MessageWindow::prepareWindow()
+{
+    loadTheme();
+    if (m_window || m_placement->isWholeScreen() || !m_placement->canResize()) {
+        return; // The first size of the window must be the right one.
+    }
+    if (makeWindow(m_message.priority())) {
+        place(); // as for the last message, whose size may be that of the next one
+        m_window->create();
+    }
+}
+
 void MessageWindow::reportTheme(const QString &problem)
 {
     qWarning("The theme is broken: %s", qUtf8Printable(problem));
@@ -224,11 +245,10 @@ bool MessageWindow::makeWindow(int priority)
     m_window = std::make_unique<QQuickWindow>();
     m_window->setScreen(screen);
     m_window->setTitle(QStringLiteral("Tavo"));
+    m_window->installEventFilter(this);
     m_placement->prepare(*m_window, m_configuration, m_wasUrgent);
     followScreen(screen);
     loadTheme();
-    m_card->setParentItem(m_window->contentItem());
-    m_card->setFocus(true); // For keys that no button handles.
     return true;
 }
 
@@ -237,17 +257,13 @@ void MessageWindow::show()
     if (!m_window && !makeWindow(m_message.priority())) {
         return;
     }
+    m_card->setParentItem(m_window->contentItem());
+    m_card->setFocus(true); // For keys that no button handles.
     place();
     m_window->setVisible(true); // Keeps the state that the placement has set.
     if (m_focusKey) {
         m_focusKey->follow(QKeySequence(m_configuration.focusKey), m_window.get());
     }
-}
-
-void MessageWindow::recreate()
-{
-    destroyWindow();
-    show();
 }
 
 /// A window that has been destroyed on the platform takes nothing, not even memory.

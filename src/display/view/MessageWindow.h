@@ -20,7 +20,8 @@
 
 class PictureProvider;
 
-/// The window with the message on the screen. It exists on the platform only while there is a message.
+/// The window with the message on the screen. While there is none, a window that is not on the screen waits
+/// for the next one, where a window can change its size; elsewhere there is none.
 class MessageWindow : public QObject
 {
     Q_OBJECT
@@ -34,23 +35,24 @@ public:
 
     QQmlEngine &engine() { return m_engine; }
 
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private Q_SLOTS:
-    void on_message_expected(int priority);
+    void on_message_expected();
     void on_message_shown();
     void on_message_pictureChanged(const Picture &picture);
-    void on_message_hidden();
     void on_card_implicitHeightChanged();
-    void on_recreateTimer_timeout();
+    void recreate();
     void on_screens_changed();
     void on_engine_warnings(const QList<QQmlError> &warnings);
 
 private:
     void loadTheme();
+    void prepareWindow();
     void setCard(std::unique_ptr<QQuickItem> card);
     void reportTheme(const QString &problem);
     bool makeWindow(int priority);
     void show();
-    void recreate();
     void destroyWindow();
     void followScreen(QScreen *screen);
     void measure(const QScreen &screen);

@@ -72,9 +72,8 @@ Q_SIGNALS:
     /// Emitted before messageChanged().
     void pictureChanged(const Picture &picture);
 
-    /// Nothing is on the screen, and a message with this priority is on its way; shown() or hidden()
-    /// follows.
-    void expected(int priority);
+    /// Nothing is on the screen, and a message is on its way; shown() or hidden() follows.
+    void expected();
     /// Emitted before the message on the screen gives way to another one or to none.
     void ended();
     /// Another message is on the screen.

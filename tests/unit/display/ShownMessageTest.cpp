@@ -97,7 +97,7 @@ TEST_F(DisplayShownMessageTest, whatWasExpectedAndDoesNotComeDoesNotEnd)
 {
     const QSignalSpy ended(&m_shown, &ShownMessage::ended);
     const QSignalSpy hidden(&m_shown, &ShownMessage::hidden);
-    Q_EMIT m_source.expected(0);
+    Q_EMIT m_source.expected();
     Q_EMIT m_source.emptied();
     EXPECT_EQ(ended.size(), 0);
     EXPECT_EQ(hidden.size(), 1);
