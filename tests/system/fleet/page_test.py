@@ -180,6 +180,8 @@ class PageTest(unittest.TestCase):
         self.assertEqual(self.browser.run("return document.title"), "Fleet")
         hall.publish("state/display", {"shown": False})
         wait_for(lambda: self.cell("hall", "shows") == "")
+        hall.publish("state/sound", {"sounding": True})
+        wait_for(lambda: self.cell("hall", "plays") == "a sound")
         attic = Device("attic", self.broker_port)
         wait_for(lambda: self.cell("attic", "state") == "online")
         self.assertEqual(
@@ -187,6 +189,9 @@ class PageTest(unittest.TestCase):
                              ".map(row => row.dataset.device)"), ["attic", "hall"])
         hall.vanish()
         wait_for(lambda: self.cell("hall", "state") == "away")
+        self.assertEqual(
+            self.browser.run("return getComputedStyle(document.querySelector("
+                             "`tr[data-device='hall'] [data-cell='plays']`)).visibility"), "hidden")
         attic.vanish()
 
     def test_rings_a_device_until_it_answers(self):
