@@ -9,7 +9,9 @@
 #include "fleet/protocol/FleetTopics.h"
 #include <core/base/connect.h>
 
+#include <QAbstractEventDispatcher>
 #include <QDateTime>
+#include <QScopedValueRollback>
 
 #include <algorithm>
 #include <limits>
@@ -71,6 +73,9 @@ Calls::Calls(const FleetConfiguration &configuration, FleetStore &store, Outbox 
     m_tidyTimer.start(int(dayMs));
     tavoConnect(&client, &TavoClient::availableChanged, this, &Calls::on_client_availableChanged);
     tavoConnect(&m_host, &HostCalls::ended, this, &Calls::on_host_ended);
+    // After all that has arrived, because writing several changes takes little more time than writing one.
+    tavoConnect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, this,
+                &Calls::commit);
     resume();
 }
 
@@ -169,38 +174,28 @@ std::optional<StoredCall> Calls::find(const QString &id)
     return m_store.find(id);
 }
 
-/// After what else has arrived, because writing several changes takes little more time than writing one.
-void Calls::commitSoon()
-{
-    if (!m_isCommitDue) {
-        m_isCommitDue = true;
-        QMetaObject::invokeMethod(this, &Calls::commit, Qt::QueuedConnection);
-    }
-}
-
 void Calls::commit()
 {
-    m_isCommitDue = false;
-    StoreChanges changes = std::exchange(m_changes, {});
-    if (changes.isEmpty()) {
-        return;
-    }
-    try {
-        m_store.write(changes);
-    } catch (const SqliteError &error) {
-        giveUp(changes, error.reason());
-        return;
-    }
-    for (const QString &id : changes.known) {
-        answerAgain(m_pending.take(id).call);
-    }
-    for (const StoredCall &call : changes.begun) {
-        if (m_pending.contains(call.id)) {
-            start(call.id);
+    while (!m_changes.isEmpty()) { // What follows may change more.
+        StoreChanges changes = std::exchange(m_changes, {});
+        try {
+            m_store.write(changes);
+        } catch (const SqliteError &error) {
+            giveUp(changes, error.reason());
+            continue;
         }
+        for (const QString &id : changes.known) {
+            answerAgain(m_pending.take(id).call);
+        }
+        const QScopedValueRollback starting(m_isStarting, true);
+        for (const StoredCall &call : changes.begun) {
+            if (m_pending.contains(call.id)) {
+                start(call.id);
+            }
+        }
+        m_outbox.send(changes.messages);
+        tellDropped();
     }
-    m_outbox.send(changes.messages);
-    tellDropped();
 }
 
 /// The answers of what was carried out are sent all the same.
@@ -247,7 +242,7 @@ void Calls::start(const QString &id)
 {
     Pending &pending = m_pending[id];
     if (pending.call.at > now() || !m_client.isAvailable() || m_running >= maxRunning) {
-        startTimer();
+        startTimer(pending);
         return;
     }
     pending.isRunning = true;
@@ -262,31 +257,37 @@ void Calls::start(const QString &id)
 
 void Calls::startWaiting()
 {
-    const QStringList ids = m_pending.keys();
-    for (const QString &id : ids) {
-        const auto pending = m_pending.constFind(id);
-        if (pending != m_pending.constEnd() && !pending->isRunning) {
-            if (m_running >= maxRunning) {
-                break;
-            }
+    if (m_isStarting) {
+        return; // A call has finished at once. Who has started it starts the others.
+    }
+    const QScopedValueRollback starting(m_isStarting, true);
+    for (auto pending = m_pending.begin(); pending != m_pending.end() && m_running < maxRunning;) {
+        const QString id = pending.key();
+        if (!pending->isRunning) {
             start(id);
         }
+        pending = m_pending.upperBound(id);
     }
 }
 
+/// For a call that waits.
+void Calls::startTimer(const Pending &pending)
+{
+    const qint64 wait = pending.call.at - now();
+    const int next = int(qMin(wait > 0 ? wait : pending.deadline.remainingTime(), dayMs));
+    if (!m_timer.isActive() || next < m_timer.remainingTime()) {
+        m_timer.start(next);
+    }
+}
+
+/// For all that wait.
 void Calls::startTimer()
 {
-    qint64 next = never;
+    m_timer.stop();
     for (const Pending &pending : qAsConst(m_pending)) {
         if (!pending.isRunning) {
-            const qint64 wait = pending.call.at - now();
-            next = qMin(next, wait > 0 ? wait : pending.deadline.remainingTime());
+            startTimer(pending);
         }
-    }
-    if (next == never) {
-        m_timer.stop();
-    } else {
-        m_timer.start(int(qMin(next, dayMs)));
     }
 }
 
@@ -356,7 +357,7 @@ void Calls::finish(const QString &id, const HostCalls::Outcome &outcome)
     }
     found->isRunning = false;
     if (outcome.isUndelivered) {
-        startTimer(); // It waits for a host.
+        startTimer(*found); // It waits for a host.
         return;
     }
     const Pending pending = *found;
@@ -384,7 +385,7 @@ void Calls::finish(const QString &id, const HostCalls::Outcome &outcome)
     } else if (pending.isCancelled && outcome.isOpen) {
         m_host.cancel(pending.call, outcome.path, [](const HostCalls::Outcome &) {});
     }
-    if (!m_pending.isEmpty()) {
+    if (m_pending.size() > m_running) {
         startWaiting();
     }
 }
@@ -485,7 +486,6 @@ std::vector<OutgoingMessage> Calls::answerMessages(const FleetCall &call,
 void Calls::send(const std::vector<OutgoingMessage> &messages)
 {
     m_changes.messages.insert(m_changes.messages.end(), messages.begin(), messages.end());
-    commitSoon();
 }
 
 void Calls::on_tidyTimer_timeout()

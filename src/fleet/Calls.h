@@ -58,11 +58,11 @@ private:
     QString refusalOf(const FleetCall &call, const QByteArray &json, qint64 deadline) const;
     bool answerAgain(const FleetCall &call);
     std::optional<StoredCall> find(const QString &id);
-    void commitSoon();
     void giveUp(const StoreChanges &changes, const QString &reason);
     void tellDropped();
     void start(const QString &id);
     void startWaiting();
+    void startTimer(const Pending &pending);
     void startTimer();
     void cancelCall(const QString &id);
     void finish(const QString &id, const HostCalls::Outcome &outcome);
@@ -79,9 +79,9 @@ private:
     HostCalls m_host;
     QMap<QString, Pending> m_pending; ///< by id
     int m_running = 0;
-    QTimer m_timer;         ///< until the next call starts or expires
-    QTimer m_tidyTimer;     ///< each day
-    StoreChanges m_changes; ///< to be written by the next commit()
-    bool m_isCommitDue = false;
+    bool m_isStarting = false; ///< calls one after the other
+    QTimer m_timer;            ///< until the next call starts or expires
+    QTimer m_tidyTimer;        ///< each day
+    StoreChanges m_changes;    ///< to be written by the next commit()
     qint64 m_dropped = 0;
 };

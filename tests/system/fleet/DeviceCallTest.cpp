@@ -37,6 +37,20 @@ TEST_F(DeviceCallTest, ARepeatedCallIsAnsweredAgainAndNotCarriedOutAgain)
     EXPECT_EQ(openMessages().size(), 1);
 }
 
+TEST_F(DeviceCallTest, CallsThatArriveTogetherAreCarriedOutOnce)
+{
+    startDevice();
+    m_device->sendSignal(SIGSTOP);
+    call(R"("id":"a","call":"cancel","target":"unknown")");
+    call(R"("id":"b","call":"show","title":"Water","timeout":0)");
+    call(R"("id":"c","call":"show","title":"Fire","timeout":0)");
+    ASSERT_TRUE(waitForMessage("tavo/v1/porch/call", R"("id":"c")")) << "the broker has sent them";
+    m_device->sendSignal(SIGCONT);
+    ASSERT_TRUE(waitForAnswer(R"("id":"b","shown":true)"));
+    ASSERT_TRUE(waitForAnswer(R"("id":"c","shown":true)"));
+    EXPECT_EQ(openMessages().size(), 2);
+}
+
 TEST_F(DeviceCallTest, ACallIsNotCarriedOutAgainAfterTheDeviceHasBeenKilled)
 {
     startDevice();
