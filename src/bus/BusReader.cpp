@@ -107,13 +107,20 @@ QStringList BusReader::readStringListOf(char type)
 
 QVariant BusReader::readVariant()
 {
+    return readVariant(peek());
+}
+
+QVariant BusReader::readVariant(const Type &next)
+{
     count(BusWriter::bytesPerValue);
-    const Type next = peek();
     if (next.type != SD_BUS_TYPE_VARIANT) {
         throw BusError::invalidArguments("The message has no variant where one belongs");
     }
+    // Most values are basic ones. To have sd-bus tell the type again takes longer.
+    const char type = next.contents[0];
+    const bool isBasic = next.contents[1] == 0 && (isString(type) || isNumber(type));
     enter(next.type, next.contents);
-    QVariant value = readValue();
+    QVariant value = isBasic ? readBasic(type) : readValue();
     leave();
     return value;
 }
@@ -127,7 +134,7 @@ QVariant BusReader::readValue()
     case SD_BUS_TYPE_STRUCT:
         return readList(next.type, next.contents);
     case SD_BUS_TYPE_VARIANT:
-        return readVariant();
+        return readVariant(next);
     default:
         return readBasic(next.type);
     }

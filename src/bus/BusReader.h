@@ -93,6 +93,7 @@ private:
     std::int64_t readInteger(char type);
     QString readStringOf(char type);
     QStringList readStringListOf(char type);
+    QVariant readVariant(const Type &next);
     QVariant readValue();
     QVariant readBasic(char type);
     QVariant readArray(const char *element);

@@ -452,6 +452,8 @@ void MqttNetwork::on_connect(int code, bool hasSession)
     }
     m_isUp = true;
     m_acceptTimer.stop();
+    // From now on it would be called for each packet, and each time with a text made for it.
+    mosquitto_log_callback_set(m_handle.get(), nullptr);
     for (const QString &filter : qAsConst(m_filters)) {
         sendSubscription(filter);
     }

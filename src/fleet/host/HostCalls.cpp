@@ -200,11 +200,14 @@ TavoNotificationPlayerItem HostCalls::soundItem(const FleetCall &call) const
 void HostCalls::show(const FleetCall &call, const Finish &finish)
 {
     const auto [title, text] = titleAndText(call);
-    const auto item = TavoNotificationDisplayItem()
-                          .setTitle(title)
-                          .setMessage(text)
-                          .setTimeout(timeoutOf(call))
-                          .setPriority(priorityOf(call));
+    auto item = TavoNotificationDisplayItem().setMessage(text).setPriority(priorityOf(call));
+    // What is left out need not be sent.
+    if (!title.isEmpty()) {
+        item.setTitle(title);
+    }
+    if (const int timeout = timeoutOf(call); timeout != 0) {
+        item.setTimeout(timeout);
+    }
     m_client.open(item).onFinished(this, [this, call, finish](const CMReply<CMPath> &reply) {
         if (reply.error().isError()) {
             finish(failed(reply.error()));

@@ -14,8 +14,8 @@ struct FleetAnswer
 {
     enum class Kind { Shown, Sounding, Done, Error };
 
-    QString id; ///< of the call
-    QString device;
+    QString id;     ///< of the call; isFleetName()
+    QString device; ///< isDeviceName()
     Kind kind = Kind::Done;
     QJsonValue value; ///< Done: what the call gives
     QString error;    ///< Error: the reason

@@ -6,10 +6,10 @@
 #include "fleet/protocol/FleetTopics.h"
 
 #include <QJsonDocument>
-#include <QSet>
 
 #include <algorithm>
 #include <cmath>
+#include <string_view>
 #include <vector>
 
 namespace {
@@ -33,29 +33,41 @@ bool isKey(const QByteArray &json, int afterString)
     return index < json.size() && json[index] == ':';
 }
 
+bool isPlain(std::string_view key)
+{
+    return std::all_of(key.begin(), key.end(),
+                       [](char character) { return uchar(character) >= ' ' && character != '\\'; });
+}
+
+bool areDifferent(std::vector<std::string_view> &keys)
+{
+    std::sort(keys.begin(), keys.end());
+    return std::adjacent_find(keys.begin(), keys.end()) == keys.end();
+}
+
 /// Whether all brackets are closed and no object has a key twice. A key with an escape counts as one, because it
 /// could be written in several ways. In other texts Qt's parser leaks memory, which a sender could use; and readers
 /// differ in which of two equal keys counts.
 bool isSafeToParse(const QByteArray &json)
 {
-    std::vector<QSet<QByteArray>> keys; // of the open brackets
+    std::vector<std::vector<std::string_view>> keys; // of the open brackets
     for (int index = 0; index < json.size(); ++index) {
         const char character = json[index];
         if (character == '{' || character == '[') {
             keys.emplace_back();
         } else if ((character == '}' || character == ']') && !keys.empty()) {
+            if (!areDifferent(keys.back())) {
+                return false;
+            }
             keys.pop_back();
         } else if (character == '"') {
             const int end = endOfString(json, index);
             if (!keys.empty() && isKey(json, end + 1)) {
-                const QByteArray key = json.mid(index + 1, end - index - 1);
-                const bool isPlain = std::all_of(key.begin(), key.end(), [](char character) {
-                    return uchar(character) >= ' ' && character != '\\';
-                });
-                if (!isPlain || keys.back().contains(key)) {
+                keys.back().emplace_back(json.constData() + index + 1,
+                                         std::size_t(end - index - 1));
+                if (!isPlain(keys.back().back())) {
                     return false;
                 }
-                keys.back().insert(key);
             }
             index = end;
         }
@@ -66,7 +78,7 @@ bool isSafeToParse(const QByteArray &json)
 
 QJsonValue JsonFields::take(const QString &key)
 {
-    m_taken.insert(key);
+    m_taken.append(key);
     return m_object.value(key);
 }
 

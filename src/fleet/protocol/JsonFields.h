@@ -6,8 +6,8 @@
 #include "base/Result.h"
 
 #include <QJsonObject>
-#include <QSet>
 #include <QString>
+#include <QStringList>
 
 /// Reads an object that comes from elsewhere, key by key. Every function throws an Error, which is caught in this
 /// library.
@@ -50,7 +50,7 @@ public:
 
 private:
     QJsonObject m_object;
-    QSet<QString> m_taken;
+    QStringList m_taken;
 };
 
 /// Reads an object.
