@@ -34,7 +34,7 @@ QVector<MessageNode::Action> ItemRows::actions(const AttentionItem &item)
     const int count = std::min(item.actions.size(), maxActions);
     for (int index = 0; index < count; ++index) {
         const TavoAttentionAction action = item.actions.at(index);
-        actions.append({action.key(), action.label()});
+        actions.append({action.key(), action.label(), action.icon()});
     }
     return actions;
 }

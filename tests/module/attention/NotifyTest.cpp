@@ -241,11 +241,14 @@ TEST_F(AttentionNotifyTest, LeavesNothingToComplainOfForThePlayer)
 
 TEST_F(AttentionNotifyTest, ReportsTheActionThatAPersonChooses)
 {
-    notify(message("Door"_s).setActions(
-        {TavoAttentionAction().setKey("open"_s).setLabel("Open"_s),
-         TavoAttentionAction().setKey("wait"_s).setLabel("In a moment"_s)}));
+    notify(message("Door"_s).setActions({TavoAttentionAction().setKey("open"_s).setLabel("Open"_s),
+                                         TavoAttentionAction()
+                                             .setKey("wait"_s)
+                                             .setLabel("In a moment"_s)
+                                             .setIcon("appointment-soon"_s)}));
     const TavoRoles row = rowOf(displayedPath(), 2);
     EXPECT_EQ(row.title().toString(), "In a moment"_s);
+    EXPECT_EQ(row.icon(), "appointment-soon"_s);
     EXPECT_TRUE(Request(row.path(), QVariant()).succeeds());
     const auto ended = endOf("Door"_s);
     EXPECT_EQ(ended.end(), End::ActedOn);

@@ -163,6 +163,8 @@ std::vector<const RecordField *> attentionFields()
     using Page = TavoAttentionPage;
     return {
         FIELD(Action, key, setKey, sampleText),
+        FIELD(Action, label, setLabel, sampleTranslation),
+        FIELD(Action, icon, setIcon, sampleText),
         FIELD(Item, id, setId, sampleText),
         FIELD(Item, title, setTitle, sampleTranslation),
         FIELD(Item, text, setText, sampleTranslation),

@@ -80,6 +80,8 @@ class TavoAttentionAction : public TavoHash
     TAVO_FIELD(QString, key, setKey)
     /// What people read.
     TAVO_FIELD(TrString, label, setLabel)
+    /// Beside the label, as for the notification; may be empty.
+    TAVO_FIELD(QString, icon, setIcon)
 };
 
 /// A request to notify people of something.
