@@ -102,7 +102,8 @@ QStringList FleetCallCommand::missing() const
 
 bool FleetCallCommand::isComplete() const
 {
-    return m_missing.isEmpty() && !m_answers.isEmpty();
+    const bool isKnown = m_areGroupsKnown || options().fleetGroups.empty();
+    return isKnown && m_missing.isEmpty() && !m_answers.isEmpty();
 }
 
 void FleetCallCommand::on_repeat_timeout()
@@ -173,7 +174,7 @@ void FleetCallCommand::takeAnswer(const QString &device, const QByteArray &paylo
 
 void FleetCallCommand::finishIfAnswered()
 {
-    if (m_areGroupsKnown && isComplete()) {
+    if (isComplete()) {
         report();
     }
 }
@@ -217,14 +218,22 @@ void FleetCallCommand::report()
         std::none_of(m_answers.begin(), m_answers.end(),
                      [](const FleetAnswer &answer) { return answer.value.toBool(); });
     if (!isComplete()) {
-        fail(ExitCode::TimedOut, m_missing.isEmpty()
-                                     ? QStringLiteral("no device answered")
-                                     : QStringLiteral("%1 of %2 devices did not answer in time")
-                                           .arg(m_missing.size())
-                                           .arg(m_missing.size() + m_answers.size()));
+        fail(ExitCode::TimedOut, missingText());
         return;
     }
     finish(isRefused || hasNoTarget ? ExitCode::Refused : ExitCode::Ok);
+}
+
+QString FleetCallCommand::missingText() const
+{
+    if (!m_missing.isEmpty()) {
+        return QStringLiteral("%1 of %2 devices did not answer in time")
+            .arg(m_missing.size())
+            .arg(m_missing.size() + m_answers.size());
+    }
+    return m_answers.isEmpty() ? QStringLiteral("no device answered")
+                               : QStringLiteral("the broker did not tell all devices of the group "
+                                                "in time: some may be missing");
 }
 
 void FleetCallCommand::printMissing()

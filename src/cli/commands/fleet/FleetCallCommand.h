@@ -44,6 +44,7 @@ private:
     void report();
     void printLine(const QString &device, const QString &text, Terminal::Style style);
     void printMissing();
+    QString missingText() const;
     void printAsJson();
     void showProgress();
     QStringList missing() const;

@@ -28,7 +28,9 @@ FleetCommand::FleetCommand(const Options &options, TavoClient &client, Terminal 
     , m_name(newName())
 {
     m_timeLimit.setSingleShot(true);
+    m_silence.setSingleShot(true);
     tavoConnect(&m_timeLimit, &QTimer::timeout, this, &FleetCommand::on_timeLimit_timeout);
+    tavoConnect(&m_silence, &QTimer::timeout, this, &FleetCommand::on_silence_timeout);
 }
 
 std::unique_ptr<Command> FleetCommand::create(const Options &options, TavoClient &client,
@@ -118,13 +120,16 @@ void FleetCommand::on_connection_connected()
     FleetCall ping;
     ping.id = m_name;
     publish({FleetTopics::call(m_name), ping.toJson()});
-    // Where this user may not send it, the time tells.
-    constexpr int maxWaitMs = 2000;
-    QTimer::singleShot(qMin(maxWaitMs, timeLimitMs() / 2), this, &FleetCommand::devicesKnown);
+    // Where this user may not send it, silence tells, also if the broker ends the connection each time.
+    constexpr int maxSilenceMs = 2000;
+    if (!m_silence.isActive()) {
+        m_silence.start(qMin(maxSilenceMs, timeLimitMs() / 2));
+    }
 }
 
 void FleetCommand::devicesKnown()
 {
+    m_silence.stop();
     if (!m_areDevicesKnown && !isFinished()) {
         m_areDevicesKnown = true;
         onDevicesKnown();
@@ -138,6 +143,9 @@ void FleetCommand::on_connection_received(const MqttMessage &message)
         return;
     }
     m_hasHeard = true;
+    if (m_silence.isActive()) {
+        m_silence.start();
+    }
     if (topic->kind == FleetTopic::Kind::Call && topic->name == m_name) {
         devicesKnown();
         return;
@@ -165,6 +173,11 @@ void FleetCommand::on_connection_subscriptionRefused(const QString &filter, cons
 {
     fail(ExitCode::Refused,
          QStringLiteral("the broker refuses to tell of %1: %2").arg(filter, reason));
+}
+
+void FleetCommand::on_silence_timeout()
+{
+    devicesKnown();
 }
 
 void FleetCommand::on_timeLimit_timeout()

@@ -68,6 +68,7 @@ private Q_SLOTS:
     void on_connection_refused(int number, const QString &reason);
     void on_connection_subscriptionRefused(const QString &filter, const QString &reason);
     void on_timeLimit_timeout();
+    void on_silence_timeout();
 
 private:
     bool connectToBroker();
@@ -79,6 +80,8 @@ private:
     MqttConnection *m_connection = nullptr;
     FleetDevices m_devices;
     QTimer m_timeLimit;
+    QTimer
+        m_silence; ///< until what the broker knows has been received, if the ping does not come back
     bool m_hasBeenConnected = false;
     bool m_areDevicesKnown = false;
     bool m_hasHeard = false; ///< something that the broker sends to this user

@@ -39,9 +39,14 @@ QStringList FleetListCommand::filters() const
 void FleetListCommand::onDevicesKnown()
 {
     failIfDeaf();
-    if (isFinished()) {
-        return;
+    if (!isFinished()) {
+        printDevices();
+        finish(ExitCode::Ok);
     }
+}
+
+void FleetListCommand::printDevices()
+{
     QVariantList rows;
     const auto &all = devices().all();
     for (auto device = all.begin(); device != all.end(); ++device) {
@@ -65,7 +70,6 @@ void FleetListCommand::onDevicesKnown()
     } else if (rows.isEmpty()) {
         terminal().printNote(QStringLiteral("No devices."));
     }
-    finish(ExitCode::Ok);
 }
 
 QString FleetListCommand::lineOf(const QString &name, const FleetDevice &device)
@@ -90,6 +94,11 @@ void FleetListCommand::onTimeUp()
 {
     FleetCommand::onTimeUp();
     if (!isFinished()) {
-        fail(ExitCode::TimedOut, QStringLiteral("the broker did not answer in time"));
+        failIfDeaf();
+    }
+    if (!isFinished()) {
+        printDevices();
+        fail(ExitCode::TimedOut,
+             QStringLiteral("the broker did not tell everything in time: devices may be missing"));
     }
 }

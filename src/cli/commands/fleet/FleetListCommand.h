@@ -18,5 +18,6 @@ private:
     void onDevicesKnown() override;
     void onTimeUp() override;
 
+    void printDevices();
     QString lineOf(const QString &name, const FleetDevice &device);
 };
