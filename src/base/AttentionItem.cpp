@@ -27,6 +27,7 @@ AttentionItem::AttentionItem(const TavoAttentionItem &record)
     , path(record.path())
     , application(record.application())
     , source(record.source())
+    , user(record.user())
     , icon(record.icon())
     , category(record.category())
     , group(record.group())
@@ -55,6 +56,7 @@ TavoAttentionItem AttentionItem::record() const
     set(&TavoAttentionItem::setPath, path);
     set(&TavoAttentionItem::setApplication, application);
     set(&TavoAttentionItem::setSource, source);
+    set(&TavoAttentionItem::setUser, user);
     set(&TavoAttentionItem::setIcon, icon);
     set(&TavoAttentionItem::setCategory, category);
     set(&TavoAttentionItem::setGroup, group);

@@ -24,6 +24,7 @@ struct AttentionItem
     CMPath path;
     QString application;
     QString source;
+    QString user;
     QString icon;
     QString category;
     QString group;

@@ -567,7 +567,7 @@ void OpenItems::speak(Entry &entry)
         startFile(entry, *entry.decision.treatment.chime);
     }
     entry.awaitedSpeech = ++m_lastSpeech;
-    m_speech.say(text, entry.item.language,
+    m_speech.say({text, entry.item.language, entry.item.user, entry.decision.priority},
                  [this, id = entry.item.id, number = m_lastSpeech](const Result<QString> &made) {
                      on_speech_made(id, number, made);
                  });

@@ -52,7 +52,7 @@ void AttentionModuleTest::load()
         {QStringLiteral("speech"),
          QVariantHash{{QStringLiteral("command"), m_speechCommand},
                       {QStringLiteral("folder"), m_folder.filePath(QStringLiteral("speech"))},
-                      {QStringLiteral("timeout"), 500}}},
+                      {QStringLiteral("timeout"), m_speechTimeoutMs}}},
         {QStringLiteral("history"), QVariantHash{{QStringLiteral("file"), historyFile()}}},
     };
     m_attention =

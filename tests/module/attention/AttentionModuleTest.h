@@ -79,6 +79,8 @@ protected:
     void setSpeechCommand(const QStringList &command) { m_speechCommand = command; }
     void setSpeechScript(const QString &script) { setSpeechCommand({"sh"_s, "-c"_s, script}); }
 
+    void setSpeechTimeout(int ms) { m_speechTimeoutMs = ms; }
+
     LogCapture &log() { return m_log; }
     ScriptedService &services() { return m_services; }
     QString settingsFile() const { return m_folder.filePath("etc/attention.json"_s); }
@@ -88,6 +90,7 @@ private:
     LogCapture m_log{"Attention"};
     QTemporaryDir m_folder;
     QStringList m_speechCommand;
+    int m_speechTimeoutMs = 10000;
     ScriptedService m_services{QStringLiteral("services")};
     std::unique_ptr<LoadedModule> m_notifications;
     std::unique_ptr<LoadedModule> m_attention;

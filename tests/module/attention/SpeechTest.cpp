@@ -11,7 +11,9 @@
 #include <vector>
 
 namespace {
+using testing::AllOf;
 using testing::Contains;
+using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
@@ -25,6 +27,42 @@ protected:
     {
         setSpeechScript(script);
         load();
+    }
+
+    /// Waits for letSpeak(), then notes which text it says.
+    QString heldSpeaker() const
+    {
+        return "cd '%1'; until [ -e go ]; do sleep 0.01; done; text=$(cat); echo \"$text\" >>said;"
+               " printf '%100s' x"_s.arg(m_folder.path());
+    }
+
+    void letSpeak() const
+    {
+        QFile go(m_folder.filePath("go"_s));
+        EXPECT_TRUE(go.open(QIODevice::WriteOnly));
+    }
+
+    /// Waits until so many texts have been said.
+    std::vector<std::string> saidInOrder(int count) const
+    {
+        QStringList lines;
+        EXPECT_TRUE(waitFor([&] {
+            QFile said(m_folder.filePath("said"_s));
+            lines = said.open(QIODevice::ReadOnly)
+                        ? QString::fromUtf8(said.readAll()).split('\n', Qt::SkipEmptyParts)
+                        : QStringList();
+            return lines.size() == count;
+        })) << lines.size();
+        std::vector<std::string> texts;
+        for (const QString &line : lines) {
+            texts.push_back(line.toStdString());
+        }
+        return texts;
+    }
+
+    static TavoAttentionItem spokenBy(const QString &user, const QString &id)
+    {
+        return spoken(id).setId(id).setUser(user);
     }
 
     static TavoAttentionItem spoken(const QString &text)
@@ -55,6 +93,9 @@ protected:
     {
         return waitFor([this, &part] { return !log().find(part).empty(); });
     }
+
+private:
+    QTemporaryDir m_folder;
 };
 
 TEST_F(AttentionSpeechTest, IsPlayedAsASoundOfTheQueue)
@@ -116,6 +157,42 @@ TEST_F(AttentionSpeechTest, IsMadeOnceForTheSameText)
     EXPECT_THAT(textIn(first), HasSubstr("kept"));
 }
 
+TEST_F(AttentionSpeechTest, IsMadeForTheUsersInTurn)
+{
+    loadWith(heldSpeaker());
+    for (const char *id : {"a1", "a2", "a3"}) {
+        notify(spokenBy("a"_s, QString::fromLatin1(id)));
+    }
+    notify(spokenBy("b"_s, "b1"_s));
+    letSpeak();
+    EXPECT_THAT(saidInOrder(4), ElementsAre("a1", "b1", "a2", "a3"));
+}
+
+TEST_F(AttentionSpeechTest, IsMadeForTheMostUrgentFirst)
+{
+    loadWith(heldSpeaker());
+    notify(spokenBy("a"_s, "begun"_s));
+    notify(spokenBy("a"_s, "second"_s));
+    notify(spokenBy("b"_s, "urgent"_s).setPriority(Priority::Urgent));
+    letSpeak();
+    EXPECT_THAT(saidInOrder(3), ElementsAre("urgent", "begun", "second"));
+}
+
+TEST_F(AttentionSpeechTest, IsRefusedOnlyForTheUserWhoHasTooManyTexts)
+{
+    constexpr int maxWaiting = 16;
+    loadWith(heldSpeaker());
+    for (int i = 0; i < maxWaiting + 2; ++i) { // one of them is being made
+        notify(spokenBy("a"_s, "a%1"_s.arg(i)));
+    }
+    EXPECT_TRUE(isLogged("Notification a17 is not read aloud: Too many texts wait to be spoken"));
+    notify(spokenBy("a"_s, "urgent"_s).setPriority(Priority::Urgent));
+    EXPECT_TRUE(isLogged("Notification a1 is not read aloud: Too many texts wait to be spoken"));
+    notify(spokenBy("b"_s, "b"_s));
+    letSpeak();
+    EXPECT_THAT(saidInOrder(maxWaiting + 2), AllOf(Contains("urgent"), Contains("b")));
+}
+
 TEST_F(AttentionSpeechTest, IsNotKeptIfItIsPrivate)
 {
     loadWith(speaker());
@@ -147,6 +224,7 @@ TEST_F(AttentionSpeechTest, IsLeftOutWhenTheMessageIsClosedBefore)
 
 TEST_F(AttentionSpeechTest, FailsIfTheProgramHangs)
 {
+    setSpeechTimeout(500);
     loadWith("sleep 100"_s);
     notify(spoken("Late"_s));
     EXPECT_TRUE(isLogged("takes too long"));

@@ -181,6 +181,7 @@ std::vector<const RecordField *> attentionFields()
         FIELD(Item, soundFollows, setSoundFollows, true),
         FIELD(Item, speech, setSpeech, sampleText),
         FIELD(Item, language, setLanguage, sampleText),
+        FIELD(Item, user, setUser, sampleText),
         FIELD(Outcome, id, setId, sampleText),
         FIELD(Outcome, shown, setShown, true),
         FIELD(Outcome, sounding, setSounding, true),

@@ -10,18 +10,25 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QSaveFile>
 #include <QStandardPaths>
 
+#include <algorithm>
 #include <attention/MissingFiles.h>
 #include <csignal>
+#include <tuple>
+#include <utility>
 
 namespace {
 constexpr int maxTextLength = 1000;
-constexpr std::size_t maxJobs = 16;
+constexpr int maxWaiting = 16; // of a user
+constexpr QLatin1String tooMany("Too many texts wait to be spoken");
 
 /// Of a sound. A minute of speech has 3 MiB.
 constexpr int maxBytes = 32 << 20;
+
+constexpr qint64 maxKeptBytes = 64 << 20;
 
 /// Only a header.
 constexpr int emptyBytes = 44;
@@ -86,25 +93,50 @@ QString Speech::obstacle(const QString &text, const QString &language) const
                              : missingProgram(command.first());
 }
 
-void Speech::say(const QString &text, const QString &language, const Receiver &receiver)
+void Speech::say(const Request &request, const Receiver &receiver)
 {
-    const QString said = text.left(maxTextLength);
-    const QStringList command = commandFor(said, language);
-    const auto refuse = [this, receiver](const QString &reason) {
-        QTimer::singleShot(0, this, [receiver, reason] { receiver(Failure{reason}); });
-    };
+    const QString said = request.text.left(maxTextLength);
+    const QStringList command = commandFor(said, request.language);
     if (command.isEmpty()) {
-        refuse(QStringLiteral("No program for speech is configured"));
+        refuse(receiver, QLatin1String("No program for speech is configured"));
         return;
     }
-    if (m_jobs.size() >= maxJobs) {
-        refuse(QStringLiteral("Too many texts wait to be spoken"));
+    if (!makeRoom(request.user, request.priority)) {
+        refuse(receiver, tooMany);
         return;
     }
-    m_jobs.push_back({command, said, fileFor(command, said), receiver});
-    if (m_jobs.size() == 1) {
+    m_waiting.push_back({command, said, fileFor(command, said), request.user, request.priority,
+                         receiver, ++m_lastTurn});
+    if (m_process && request.priority > m_job->priority) {
+        m_isPutOff = true;
+        m_process->kill();
+    }
+    if (!m_job) {
         QTimer::singleShot(0, this, &Speech::startNext);
     }
+}
+
+bool Speech::makeRoom(const QString &user, TavoNotificationItemPriority::Enum priority)
+{
+    const auto isOfUser = [&user](const Job &job) { return job.user == user; };
+    if (std::count_if(m_waiting.begin(), m_waiting.end(), isOfUser) < maxWaiting) {
+        return true;
+    }
+    const auto least =
+        std::min_element(m_waiting.begin(), m_waiting.end(), [&](const Job &job, const Job &other) {
+            return isOfUser(job) && (!isOfUser(other) || job.priority < other.priority);
+        });
+    if (least->priority >= priority) {
+        return false;
+    }
+    refuse(least->receiver, tooMany);
+    m_waiting.erase(least);
+    return true;
+}
+
+void Speech::refuse(const Receiver &receiver, QLatin1String reason)
+{
+    QTimer::singleShot(0, this, [receiver, reason] { receiver(Failure{reason}); });
 }
 
 QString Speech::fileFor(const QStringList &command, const QString &text) const
@@ -116,12 +148,24 @@ QString Speech::fileFor(const QStringList &command, const QString &text) const
            QStringLiteral(".wav");
 }
 
+Speech::Job Speech::takeNext()
+{
+    const auto next =
+        std::min_element(m_waiting.begin(), m_waiting.end(), [](const Job &job, const Job &other) {
+            return std::tie(other.priority, job.turn) < std::tie(job.priority, other.turn);
+        });
+    Job job = std::move(*next);
+    m_waiting.erase(next);
+    return job;
+}
+
 void Speech::startNext()
 {
-    if (m_jobs.empty()) {
+    if (m_job || m_waiting.empty()) {
         return;
     }
-    const Job &job = m_jobs.front();
+    m_job = takeNext();
+    const Job &job = *m_job;
     QFile kept(job.file);
     if (kept.open(QIODevice::ReadWrite)) {
         if (kept.size() > emptyBytes) {
@@ -167,6 +211,13 @@ void Speech::on_timeout_timeout()
 
 void Speech::on_process_ended()
 {
+    if (std::exchange(m_isPutOff, false)) {
+        m_timeout.stop();
+        m_process.reset();
+        m_waiting.insert(m_waiting.begin(), *std::exchange(m_job, std::nullopt));
+        startNext();
+        return;
+    }
     const Result<QString> result = takeResult();
     m_process.reset();
     finish(result);
@@ -194,7 +245,7 @@ Result<QString> Speech::takeResult()
     // Texts may be private.
     constexpr auto ownersOnly = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
     QFile::setPermissions(m_settings.folder, ownersOnly | QFileDevice::ExeOwner);
-    QSaveFile file(m_jobs.front().file);
+    QSaveFile file(m_job->file);
     if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(ownersOnly) ||
         file.write(m_sound) != m_sound.size() || !file.commit()) {
         return Failure{file.fileName() + QStringLiteral(": ") + file.errorString()};
@@ -205,18 +256,30 @@ Result<QString> Speech::takeResult()
 void Speech::removeOldest() const
 {
     const QDir folder(m_settings.folder);
-    const QStringList sounds = folder.entryList({QStringLiteral("*.wav")}, QDir::Files, QDir::Time);
-    for (const QString &sound : sounds.mid(m_settings.maxSounds - 1)) {
-        QFile::remove(folder.filePath(sound));
+    int count = 1; // that which is added
+    qint64 bytes = m_sound.size();
+    for (const QFileInfo &sound :
+         folder.entryInfoList({QStringLiteral("*.wav")}, QDir::Files, QDir::Time)) {
+        bytes += sound.size();
+        if (++count > m_settings.maxSounds || bytes > maxKeptBytes) {
+            QFile::remove(sound.filePath());
+        }
     }
 }
 
 void Speech::finish(const Result<QString> &result)
 {
-    const Job job = m_jobs.front();
-    m_jobs.pop_front();
-    if (!m_jobs.empty()) {
+    // The user's next one comes after those of others that wait now.
+    ++m_lastTurn;
+    for (Job &waiting : m_waiting) {
+        if (waiting.user == m_job->user) {
+            waiting.turn = m_lastTurn;
+        }
+    }
+    const Receiver receiver = m_job->receiver;
+    m_job.reset();
+    if (!m_waiting.empty()) {
         QTimer::singleShot(0, this, &Speech::startNext);
     }
-    job.receiver(result);
+    receiver(result);
 }

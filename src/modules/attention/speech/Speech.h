@@ -4,6 +4,7 @@
 #pragma once
 
 #include "base/Result.h"
+#include <core/tavo.h>
 
 #include <QByteArray>
 #include <QMap>
@@ -12,9 +13,11 @@
 #include <QStringList>
 #include <QTimer>
 
-#include <deque>
+#include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <vector>
 
 /// Makes sounds of texts, with a program that reads a text from its input and writes a WAV file to its
 /// output. What has been said is kept for the next time.
@@ -31,7 +34,7 @@ public:
             command; ///< the program and its arguments, started without a shell; empty: no speech
         QString folder; ///< where sounds are kept
         int timeoutMs = 10000;
-        int maxSounds = 100; ///< that are kept
+        int maxSounds = 100; ///< that are kept, of 64 MiB at most in all
     };
 
     /// Gets the path of a sound file, which stays for some minutes at least.
@@ -50,9 +53,17 @@ public:
     /// against it. The language is that which the sender names; may be empty. See speechLanguage().
     QString obstacle(const QString &text, const QString &language) const;
 
-    /// Calls the receiver once, from the event loop. At most 1,000 characters are spoken. The language is as
-    /// for obstacle().
-    void say(const QString &text, const QString &language, const Receiver &receiver);
+    struct Request
+    {
+        QString text;     ///< of which at most 1,000 characters are spoken
+        QString language; ///< as for obstacle()
+        QString user;     ///< may be empty
+        TavoNotificationItemPriority::Enum priority = TavoNotificationItemPriority::Normal;
+    };
+
+    /// Calls the receiver once, from the event loop. The most urgent texts come first, and of these one of each
+    /// user in turn. At most 16 of a user wait; then the least urgent of them fails.
+    void say(const Request &request, const Receiver &receiver);
 
     /// $CACHE_DIRECTORY/speech for a service of the system, else tavo/speech in the user's cache.
     static QString defaultFolder();
@@ -70,11 +81,18 @@ private:
         QStringList command;
         QString text;
         QString file;
+        QString user;
+        TavoNotificationItemPriority::Enum priority;
         Receiver receiver;
+        std::uint64_t turn; ///< of equal priority, the lowest is next
     };
+    using Jobs = std::vector<Job>; ///< in the order in which they came
 
     /// Empty if none is configured for the text.
     QStringList commandFor(const QString &text, const QString &language) const;
+    bool makeRoom(const QString &user, TavoNotificationItemPriority::Enum priority);
+    Job takeNext();
+    void refuse(const Receiver &receiver, QLatin1String reason);
     void startNext();
     void finish(const Result<QString> &result);
     Result<QString> takeResult();
@@ -84,7 +102,10 @@ private:
     const Settings m_settings;
     QStringList m_command;
     QMap<QString, QStringList> m_languages; ///< commands, by language
-    std::deque<Job> m_jobs;                 ///< the program works for the first one
+    Jobs m_waiting;
+    std::optional<Job> m_job; ///< that is worked for
+    bool m_isPutOff = false;  ///< for a more urgent one
+    std::uint64_t m_lastTurn = 0;
     std::unique_ptr<Process> m_process;
     QByteArray m_sound; ///< what the program has written
     QTimer m_timeout;

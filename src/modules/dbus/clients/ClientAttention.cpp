@@ -33,7 +33,7 @@ ClientAttention::ClientAttention(Clients &clients, ClientSounds &sounds)
                                 &ClientAttention::on_attention_nodeChanged);
 }
 
-TavoAttentionItem ClientAttention::itemOf(const QVariant &value) const
+TavoAttentionItem ClientAttention::itemOf(const std::string &client, const QVariant &value) const
 {
     const auto requested = TavoValue(value.toHash()).attentionItem();
     if (requested.id().startsWith(QLatin1String("dbus-"))) {
@@ -47,6 +47,7 @@ TavoAttentionItem ClientAttention::itemOf(const QVariant &value) const
         .setPath(requested.path())
         .setApplication(requested.application())
         .setSource(requested.source())
+        .setUser(m_clients.userOf(client))
         .setIcon(requested.icon())
         .setCategory(requested.category())
         .setGroup(requested.group())
@@ -61,7 +62,7 @@ TavoAttentionItem ClientAttention::itemOf(const QVariant &value) const
 CMReply<QVariant> ClientAttention::notify(const std::string &client, const QVariant &value,
                                           std::size_t bytes)
 {
-    TavoAttentionItem item = itemOf(value);
+    TavoAttentionItem item = itemOf(client, value);
     if (item.id().isEmpty()) {
         item.setId(tavoGenerateUuid());
     }
@@ -92,7 +93,7 @@ CMReply<QVariant> ClientAttention::notify(const std::string &client, const QVari
 CMReply<QVariant> ClientAttention::replace(const std::string &client, const QVariant &value,
                                            std::size_t bytes)
 {
-    const TavoAttentionItem item = itemOf(value);
+    const TavoAttentionItem item = itemOf(client, value);
     const auto notification = m_notifications.find(item.id().toStdString());
     if (notification != m_notifications.end()) {
         m_clients.quotas().change(notification->second.charge, Quotas::storedBytes(bytes),

@@ -56,7 +56,7 @@ private:
     };
 
     /// The request without unknown fields and without its sound.
-    TavoAttentionItem itemOf(const QVariant &value) const;
+    TavoAttentionItem itemOf(const std::string &client, const QVariant &value) const;
 
     /// Sends the item, and after it its sound, if it has one.
     CMReply<QVariant> send(const CMPath &path, const TavoAttentionItem &item,

@@ -66,6 +66,12 @@ Clients::Clients(BusConnection &bus, const ClientLimits &limits)
     tavoConnect(&m_checkTimer, &QTimer::timeout, this, &Clients::on_checkTimer_timeout);
 }
 
+QString Clients::userOf(const std::string &client) const
+{
+    const Quotas::UserId user = m_quotas.userOf(client);
+    return user ? QString::number(*user) : QStringLiteral("unknown");
+}
+
 void Clients::setLimits(const ClientLimits &limits)
 {
     m_limits = limits;

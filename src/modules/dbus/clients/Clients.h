@@ -42,6 +42,9 @@ public:
     Quotas &quotas() { return m_quotas; }
     LeftMessages &leftMessages() { return m_leftMessages; }
 
+    /// A client's user, for modules: the number, or "unknown" until the bus has told it.
+    QString userOf(const std::string &client) const;
+
     using Handler = std::function<void(const BusMessage &call)>;
 
     /// Lets a member function handle the calls of a method; it sends the reply or throws the error.

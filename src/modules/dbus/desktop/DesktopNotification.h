@@ -34,6 +34,7 @@ struct DesktopNotification
     bool hasActionIcons = false;      ///< the keys of the actions are names of icons
     QString category;
     QString desktopEntry;
+    QString user; ///< whose program the client is
     bool isTransient = false;
     bool isResident = false; ///< stays after one of its actions is invoked
 };

@@ -108,7 +108,8 @@ void NotificationsInterface::takeLeft(quint32 id)
 
 void NotificationsInterface::notify(const BusMessage &call)
 {
-    const NotifyCall request = NotifyCall::read(call, m_timeouts, m_clients.limits());
+    NotifyCall request = NotifyCall::read(call, m_timeouts, m_clients.limits());
+    request.notification.user = m_clients.userOf(call.sender());
     if (request.hasBadActions) {
         LOG4CPLUS_WARN(logger, "A notification of "
                                    << call.sender()

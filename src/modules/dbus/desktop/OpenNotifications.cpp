@@ -35,6 +35,7 @@ AttentionItem attentionItemOf(const DesktopNotification &notification)
     item.text = notification.text;
     item.application = notification.application;
     item.source = notification.desktopEntry;
+    item.user = notification.user;
     item.category = notification.category;
     item.isTransient = notification.isTransient;
     return item;
