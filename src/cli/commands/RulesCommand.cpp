@@ -90,8 +90,8 @@ void RulesCommand::check()
     QFile file(name);
     if (!isNamed && !file.exists()) {
         print(QVariantHash{{QStringLiteral("rules"), 0}},
-              QStringLiteral("There are no settings, and so no rules: there is no %1")
-                  .arg(AttentionSettings::defaultFiles().join(QStringLiteral(" and no "))));
+              QStringLiteral("No settings, and so no rules: none of these files is there: %1")
+                  .arg(AttentionSettings::defaultFiles().join(QStringLiteral(", "))));
         finish(ExitCode::Ok);
         return;
     }

@@ -111,6 +111,6 @@ TEST_F(CliTest, RulesCheckNeedsNoHost)
               "tavo: /nowhere/attention.json can't be read: No such file or directory\n");
     m_tavo.setEnvironment("HOME", "/");
     EXPECT_EQ(run({"rules", "check"}), s_good);
-    EXPECT_EQ(m_tavo.output(),
-              "There are no settings, and so no rules: there is no /etc/tavo/attention.json\n");
+    EXPECT_EQ(m_tavo.output(), "No settings, and so no rules: none of these files is there: "
+                               "/etc/tavo/attention.json\n");
 }
