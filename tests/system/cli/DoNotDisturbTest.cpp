@@ -39,7 +39,7 @@ TEST_F(CliDoNotDisturbTest, RefusesWhatIsNoTime)
 {
     EXPECT_EQ(run({"dnd", "until", "25:00"}), s_usage);
     EXPECT_EQ(m_tavo.error(), "tavo: \"25:00\" is not a time: use one such as 07:00, "
-                              "\"2026-12-24 18:00\", 2h or 30m\n");
+                              "\"2026-12-24 18:00\", 2026-12-24T18:00:00Z, 2h or 30m\n");
     EXPECT_EQ(run({"dnd", "until"}), s_usage);
     EXPECT_EQ(m_tavo.error(), "tavo: until needs a time, such as 07:00 or 2h\n");
     EXPECT_EQ(run({"dnd", "on", "2h"}), s_usage);
