@@ -4,6 +4,7 @@
 #include "cli/definition/Commands.h"
 
 #include <array>
+#include <cctype>
 
 namespace {
 const std::vector<std::string> s_messageActions{"show", "notify"};
@@ -27,6 +28,7 @@ OptionDefinition of(const std::vector<std::string> &actions, OptionDefinition op
     for (const std::string &action : actions) {
         names += (names.empty() ? "" : ", ") + action;
     }
+    option.description.front() = char(std::tolower(option.description.front()));
     option.description.insert(0, names + ": ");
     option.actions = actions;
     return option;
@@ -52,7 +54,7 @@ std::vector<OptionDefinition> callOptions()
         of(s_messageActions,
            {{"-t", "--timeout"},
             ValueName::milliseconds,
-            "for how many milliseconds; 0: until it is closed (the device's default)",
+            "show it for MS milliseconds; 0: until it is closed (the device's default)",
             &Options::timeout,
             notNegative()}),
         of(s_messageActions,
