@@ -88,7 +88,7 @@ struct TAVO_API_EXPORT TavoAttentionState
     enum Enum : int {
         Unknown = 0,
         Shown = 1,     ///< it is open
-        Seen = 2,      ///< it expired or was silenced, and somebody has seen it in the history
+        Seen = 2,      ///< by a person, in its group or in the history; or its sound was heard
         Dismissed = 3, ///< by a person, or closed by a request
         ActedOn = 4,   ///< by a person, who chose an action
         Expired = 5,   ///< nobody has seen it
