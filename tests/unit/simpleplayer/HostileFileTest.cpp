@@ -43,9 +43,11 @@ QByteArray endlessPacket(const QByteArray &ogg, int pages)
     QByteArray all;
     QByteArray body(largestPage, 'x');
     for (int i = 0; i < pages; ++i) {
-        QByteArray header = ogg.left(26) + char(255) + QByteArray(255, char(255));
+        const qint32 number = qToLittleEndian(2 + i);
+        QByteArray header = ogg.left(18) +
+                            QByteArray(reinterpret_cast<const char *>(&number), sizeof number) +
+                            ogg.mid(22, 4) + QByteArray(256, char(255));
         header[5] = char(i == 0 ? 0 : 1); // continues the packet
-        qToLittleEndian(qint32(2 + i), header.data() + 18);
         ogg_page page{};
         page.header = reinterpret_cast<unsigned char *>(header.data());
         page.header_len = header.size();
