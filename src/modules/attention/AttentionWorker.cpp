@@ -5,6 +5,7 @@
 
 #include "AlarmClock.h"
 
+#include <algorithm>
 #include <limits>
 #include <stdexcept>
 #include <utility>
@@ -17,6 +18,10 @@ constexpr int maxOpen = 20000;
 
 /// So that no source keeps others from opening theirs.
 constexpr int maxOpenOfSource = 5000;
+
+// One user can fill at most a tenth of the history in an hour.
+constexpr int userShare = 10;
+constexpr int userPeriodMs = 3'600'000;
 
 /// Of the messages about floods.
 constexpr int maxFloodMessages = 20;
@@ -110,6 +115,7 @@ AttentionWorker::AttentionWorker(const QVariantHash &config,
     , m_items(nodes(), *m_entrance, m_history, m_speech)
 {
     m_clock.start();
+    m_userRates.setLimit({std::max(configuration.history.maxEntries / userShare, 1), userPeriodMs});
     watchSettings(configuration.settingsFiles);
     tavoConnect(&m_quietTimes, &QuietTimes::ended, this, &AttentionWorker::on_quietTimes_ended);
     m_quietTimes.start();
@@ -235,6 +241,21 @@ void AttentionWorker::limitRate(const AttentionItem &item, Decision &decision)
     }
 }
 
+void AttentionWorker::limitMemory(const AttentionItem &item, Decision &decision)
+{
+    if (!decision.isRemembered || item.user.isEmpty() ||
+        m_userRates.take(item.user, m_clock.elapsed())) {
+        return;
+    }
+    decision.isRemembered = false;
+    if (!m_forgottenUsers.contains(item.user)) {
+        m_forgottenUsers.insert(item.user);
+        LOG4CPLUS_WARN(logger, "The user " << item.user
+                                           << " sends too many notifications: some are left out"
+                                              " of the history");
+    }
+}
+
 void AttentionWorker::on_notify_activated(const CMSetDataRequest &request)
 {
     AttentionItem item = itemOf(request);
@@ -247,6 +268,7 @@ void AttentionWorker::on_notify_activated(const CMSetDataRequest &request)
     }
     Decision decision = decide(item);
     limitRate(item, decision);
+    limitMemory(item, decision);
     if (decision.isQuiet) {
         m_quietTimes.countMissed(programOf(item), 1);
     }
@@ -260,12 +282,13 @@ bool AttentionWorker::notifyAtOnce(const CMSetDataRequest &request)
         return false;
     }
     const AttentionInput input = inputOf(item);
-    const auto decision = Decision::atOnce(input, m_settings.rules, m_quietTimes.doNotDisturb());
+    auto decision = Decision::atOnce(input, m_settings.rules, m_quietTimes.doNotDisturb());
     if (!decision || decision->isQuiet || !m_items.opensAtOnce(item, *decision) ||
         isOverRate(m_rates, item, *decision)) {
         return false;
     }
     remember(input, *decision);
+    limitMemory(item, *decision);
     reply(request, m_items.open(item, *decision), *decision);
     return true;
 }

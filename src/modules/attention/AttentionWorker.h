@@ -16,6 +16,7 @@
 #include <QElapsedTimer>
 #include <QHash>
 #include <QMap>
+#include <QSet>
 
 #include <attention/AttentionSettings.h>
 #include <memory>
@@ -72,6 +73,9 @@ private:
     bool isOverRate(SourceRates &rates, const AttentionItem &item, const Decision &decision) const;
     void limitRate(const AttentionItem &item, Decision &decision);
 
+    /// Leaves it out of the history if its user has sent too many, under whatever names.
+    void limitMemory(const AttentionItem &item, Decision &decision);
+
     /// Opens or replaces a message of the module itself.
     void showOwn(const AttentionItem &item, Decision decision);
 
@@ -82,6 +86,8 @@ private:
     RulesNode *m_rulesNode; ///< owned by the node set
     QuietTimes m_quietTimes;
     SourceRates m_rates;
+    SourceRates m_userRates;        ///< of what is remembered
+    QSet<QString> m_forgottenUsers; ///< of whom something was left out of the history
     QElapsedTimer m_clock;
     History m_history;
     HistoryNodes m_historyNodes;

@@ -46,6 +46,22 @@ TEST_F(AttentionHistoryTest, RemembersWhatCameAndWhatBecameOfIt)
     EXPECT_GT(newest[0].time(), 0);
 }
 
+TEST_F(AttentionHistoryTest, OneUserFillsAtMostATenth)
+{
+    constexpr int tenth = 1000;
+    notify(message("first"_s).setUser("1000"_s));
+    for (int i = 0; i <= tenth; ++i) {
+        const QString name = "made up %1"_s.arg(i);
+        EXPECT_TRUE(notify(message(name).setUser("1001"_s).setSource(name)).shown());
+    }
+    EXPECT_FALSE(log().find("The user 1001 sends too many notifications").empty());
+    notify(message("last"_s).setUser("1000"_s));
+    const auto newest = history(TavoAttentionQuery().setLimit(2));
+    ASSERT_THAT(newest, SizeIs(2));
+    EXPECT_EQ(newest[0].title(), "last"_s);
+    EXPECT_EQ(newest[1].title(), "made up %1"_s.arg(tenth - 1));
+}
+
 TEST_F(AttentionHistoryTest, ReportsThatItHasChanged)
 {
     const auto changes = [] {

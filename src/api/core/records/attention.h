@@ -103,7 +103,8 @@ class TavoAttentionItem : public TavoHash
     TAVO_FIELD(QString, application, setApplication)
     /// The program's name, for rules; if it is empty, that for people.
     TAVO_FIELD(QString, source, setSource)
-    /// Whose program it is, where there may be several users. Their texts are read aloud by turns.
+    /// Whose program it is, if not of the host's user. Texts of users are read aloud by turns, and each fills
+    /// at most a tenth of the history in an hour.
     TAVO_FIELD(QString, user, setUser)
     /// A name in an icon theme, a path or a file: URI.
     TAVO_FIELD(QString, icon, setIcon)

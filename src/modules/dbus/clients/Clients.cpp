@@ -16,6 +16,7 @@
 #include <chrono>
 #include <cstring>
 #include <malloc.h>
+#include <unistd.h>
 #include <utility>
 
 namespace {
@@ -69,7 +70,10 @@ Clients::Clients(BusConnection &bus, const ClientLimits &limits)
 QString Clients::userOf(const std::string &client) const
 {
     const Quotas::UserId user = m_quotas.userOf(client);
-    return user ? QString::number(*user) : QStringLiteral("unknown");
+    if (!user) {
+        return QStringLiteral("unknown");
+    }
+    return *user == getuid() ? QString() : QString::number(*user);
 }
 
 void Clients::setLimits(const ClientLimits &limits)

@@ -42,7 +42,8 @@ public:
     Quotas &quotas() { return m_quotas; }
     LeftMessages &leftMessages() { return m_leftMessages; }
 
-    /// A client's user, for modules: the number, or "unknown" until the bus has told it.
+    /// A client's user, for modules: the number, "unknown" until the bus has told it, or nothing for the host's
+    /// own user.
     QString userOf(const std::string &client) const;
 
     using Handler = std::function<void(const BusMessage &call)>;
