@@ -10,6 +10,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 constexpr int defaultTimeoutMs = 25000;
@@ -57,7 +58,9 @@ void ClientBus::on_connection_connected()
 {
     m_isConnected = true;
     matchSignals(BusInterface::model(), &ClientBus::on_model_signal);
-    matchSignals(BusInterface::notifications(), &ClientBus::on_messages_signal);
+    if (m_followsMessages) {
+        matchSignals(BusInterface::notifications(), &ClientBus::on_messages_signal);
+    }
     match("type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0='" +
               std::string(hostName) + "'",
           &ClientBus::on_owner_changed);
@@ -93,6 +96,13 @@ void ClientBus::matchSignals(const BusInterface &interface,
     match("type='signal',sender='" + std::string(hostName) + "',path='" + interface.path +
               "',interface='" + interface.name + "'",
           handler);
+}
+
+void ClientBus::followMessages()
+{
+    if (!std::exchange(m_followsMessages, true) && m_isConnected) {
+        matchSignals(BusInterface::notifications(), &ClientBus::on_messages_signal);
+    }
 }
 
 void ClientBus::followHost()

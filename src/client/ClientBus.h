@@ -48,6 +48,9 @@ public:
     void send(QObject *context, const BusInterface &interface, const char *method,
               const Write &write, const Finish &finish);
 
+    /// Has the signals of messages emitted from now on. Others need not wake up for them.
+    void followMessages();
+
     /// Sends a request and reads its reply.
     template <typename T>
     CMReply<T> ask(const BusInterface &interface, const char *method, const Write &write,
@@ -100,6 +103,7 @@ private:
     BusConnection m_connection;
     /// False during the connection's lost() signal, while the connection itself still exists.
     bool m_isConnected = false;
+    bool m_followsMessages = false;
     State m_state = State::Untried;
     QString m_reason;
     CMError m_busError; ///< the error of requests while there is no connection

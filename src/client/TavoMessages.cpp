@@ -48,6 +48,7 @@ TavoMessages::TavoMessages(TavoClient *client, QObject *parent)
 {
     tavoConnect(&m_bus, &ClientBus::messageClosed, this, &TavoMessages::on_bus_messageClosed);
     tavoConnect(&m_bus, &ClientBus::actionInvoked, this, &TavoMessages::actionInvoked);
+    m_bus.followMessages();
 }
 
 CMReply<uint> TavoMessages::show(const TavoMessage &message)

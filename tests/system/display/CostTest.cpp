@@ -1,7 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
+#include "bus/BusWriter.h"
 #include "DisplayTest.h"
+#include "support/bus/BusClient.h"
 #include "support/Sanitized.h"
 
 #include <QDir>
@@ -70,6 +72,28 @@ TEST_F(DisplayCostTest, sleepsWhileItIsHidden)
     m_messages.close(id);
     ASSERT_TRUE(waitForNoWindow());
     EXPECT_EQ(switchesInTime(), 0);
+}
+
+TEST_F(DisplayCostTest, sleepsWhileMessagesOfOthersEnd)
+{
+    BusClient host(m_bus.address());
+    int calls = 0;
+    const BusSlot slot = host.connection().handleCalls([&](const BusMessage &) { ++calls; });
+    host.takeName(QStringLiteral("org.tavo.Model1"));
+    m_display.start({});
+    ASSERT_TRUE(waitFor([&] { return calls > 0; }));
+    letPass(std::chrono::milliseconds(1500));
+    const int before = switches();
+    const auto object = host.connection().createObject(BusInterface::notifications());
+    constexpr std::uint32_t expired = 1;
+    for (std::uint32_t id = 1; id <= 20; ++id) {
+        BusWriter signal(object->createSignal("NotificationClosed"));
+        signal.writeUInt32(id);
+        signal.writeUInt32(expired);
+        signal.message().send();
+    }
+    letPass(std::chrono::milliseconds(500));
+    EXPECT_EQ(switches(), before);
 }
 
 TEST_F(DisplayCostTest, sleepsBesideTheMarkWhenTheHistoryIsClosed)
