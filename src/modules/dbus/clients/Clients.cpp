@@ -175,11 +175,17 @@ void Clients::handle(const BusMessage &call, const Handler &handler)
 
 void Clients::reply(const BusMessage &call, const BusMessage &reply)
 {
+    if (!call.expectsReply()) {
+        return;
+    }
     m_outbox.send(call.sender(), reply, UnreadBytes::messageBytes);
 }
 
 void Clients::reply(const BusMessage &call, const BusMessage &reply, std::size_t bytes)
 {
+    if (!call.expectsReply()) {
+        return;
+    }
     const auto action = [this, reply, bytes](const BusMessage &repliedTo) {
         const auto instead = [repliedTo] {
             return repliedTo.createErrorReply(Refusals::replyLeftOut(Refusals::busIsTooBusy()));

@@ -138,6 +138,9 @@ void PendingCalls::finish(quint64 number, const CMReply<QVariant> &reply)
 
 void PendingCalls::send(const BusMessage &call, const CMReply<QVariant> &reply, const Write &write)
 {
+    if (!call.expectsReply()) {
+        return;
+    }
     const CMError error = reply.error();
     if (error.isError()) {
         m_clients.reply(call, ModelErrors::createReply(call, error), bytesOf(error));

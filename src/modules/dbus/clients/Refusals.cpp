@@ -102,6 +102,13 @@ BusError Refusals::tooLongForAnInbox(int maxBytes)
                                    std::to_string(maxBytes) + " bytes");
 }
 
+BusError Refusals::tooMuchForInboxes(int maxBytesPerSecond)
+{
+    return BusError::limitExceeded("A user may send no more than " +
+                                   std::to_string(maxBytesPerSecond) +
+                                   " bytes per second to the inboxes of other users");
+}
+
 BusError Refusals::notAnInboxOfTheCaller()
 {
     return BusError::accessDenied(

@@ -33,6 +33,7 @@ BusError noSuchSubscription();
 BusError noSuchInbox(const std::string &path);
 BusError notAnInboxOfTheCaller();
 BusError tooLongForAnInbox(int maxBytes);
+BusError tooMuchForInboxes(int maxBytesPerSecond);
 
 // Sounds. SoundAccess has the reasons why a location is not allowed.
 BusError soundNotAllowed(const std::string &reason);

@@ -4,9 +4,15 @@
 #include "Inboxes.h"
 
 #include "modules/dbus/clients/Clients.h"
+#include "modules/dbus/clients/Refusals.h"
 
 #include <algorithm>
 #include <utility>
+
+namespace {
+/// What a short request counts for.
+constexpr std::size_t messageBytes = 1024;
+} // namespace
 
 Inboxes::Inboxes(Clients &clients, CMNodes *nodes)
     : m_clients(clients)
@@ -32,6 +38,24 @@ bool Inboxes::isOf(const std::string &client, const CMPath &path) const
 {
     const auto inbox = m_inboxes.find(path);
     return inbox != m_inboxes.end() && inbox->second.charge.client() == client;
+}
+
+void Inboxes::admit(const std::string &client, const CMPath &inbox, std::size_t bytes)
+{
+    const auto found = m_inboxes.find(inbox);
+    const Quotas::UserId user = m_clients.quotas().userOf(client);
+    if (found == m_inboxes.end() || (user && found->second.charge.user() == user)) {
+        return;
+    }
+    const double perSecond = m_clients.limits().messageBytes;
+    const Clock::time_point now = Clock::now();
+    Budget &budget = m_budgets.try_emplace(user, Budget{perSecond, now}).first->second;
+    const std::chrono::duration<double> elapsed = now - std::exchange(budget.refilled, now);
+    budget.bytes = std::min(perSecond, budget.bytes + elapsed.count() * perSecond);
+    if (budget.bytes <= 0) {
+        throw Refusals::tooMuchForInboxes(m_clients.limits().messageBytes);
+    }
+    budget.bytes -= double(bytes + messageBytes);
 }
 
 bool Inboxes::close(const std::string &client, const CMPath &path)

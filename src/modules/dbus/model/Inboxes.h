@@ -9,6 +9,9 @@
 
 #include <QObject>
 
+#include <chrono>
+#include <cstddef>
+#include <map>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -33,6 +36,10 @@ public:
     bool has(const CMPath &path) const { return m_inboxes.count(path) > 0; }
     bool isOf(const std::string &client, const CMPath &path) const;
 
+    /// Counts a request to the inbox that takes about this many bytes. Throws BusError::limitExceeded() if the
+    /// client's user sends other users too much: they would not find their own messages among these.
+    void admit(const std::string &client, const CMPath &inbox, std::size_t bytes);
+
     /// False when the client has no inbox at the path.
     bool close(const std::string &client, const CMPath &path);
 
@@ -50,6 +57,15 @@ private:
         CMActivateNode *node; ///< owned by the node set
     };
 
+    using Clock = std::chrono::steady_clock;
+
+    /// What a user may send to the inboxes of others.
+    struct Budget
+    {
+        double bytes;
+        Clock::time_point refilled;
+    };
+
     void dispose(const CMPath &path);
 
     Clients &m_clients;
@@ -57,4 +73,5 @@ private:
     std::unordered_map<CMPath, Inbox, PathHash> m_inboxes;
     std::unordered_map<std::string, std::vector<CMPath>> m_paths; ///< by client; none is empty
     quint64 m_lastNumber = 0;                                     ///< paths are never used again
+    std::map<Quotas::UserId, Budget> m_budgets;
 };

@@ -170,6 +170,7 @@ CMReply<QVariant> ModelInterface::send(const std::string &client, const CMPath &
     if (m_inboxes.has(path) && bytes > std::size_t(m_clients.limits().messageBytes)) {
         throw Refusals::tooLongForAnInbox(m_clients.limits().messageBytes);
     }
+    m_inboxes.admit(client, path, bytes);
     if (path == TavoNotificationPlayerEnqueuePath()) {
         return m_sounds.enqueue(client, value, bytes);
     }
