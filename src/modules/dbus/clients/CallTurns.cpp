@@ -17,6 +17,14 @@ constexpr std::chrono::milliseconds maxTurn(5);
 /// them. The bus holds a flood back in a queue, and fills the socket again as soon as it is read.
 constexpr std::chrono::milliseconds maxBusyTurn(1);
 
+/// When more than this waits, calls come faster than they can be handled, and the bus holds further ones back:
+/// it writes no more than one or a few at a time, so a queue there stays for as long as the flood lasts. Then
+/// most of the time is for reading, unless nothing has come for a moment.
+constexpr std::size_t floodBytes = 1 << 20;
+constexpr int readingPart = 4; ///< of the time that handling took
+constexpr std::chrono::milliseconds maxReading(50);
+constexpr std::chrono::milliseconds moment(1);
+
 /// Of one user, while their calls wait: clients that come and go would wait without limit.
 constexpr int maxLeft = 100;
 
@@ -46,7 +54,6 @@ CallTurns::CallTurns(BusConnection &bus, Quotas &quotas, const ClientLimits &lim
     , m_isReady(std::move(isReady))
 {
     m_timer.setSingleShot(true);
-    m_timer.setInterval(0);
     tavoConnect(&bus, &BusConnection::turned, this, &CallTurns::on_bus_turned);
     tavoConnect(&m_timer, &QTimer::timeout, this, &CallTurns::on_timer_timeout);
 }
@@ -56,10 +63,26 @@ void CallTurns::add(const std::string &client, const BusMessage &call, Method &m
     Quotas::Charge charge;
     // A call before which nothing waits is handled at once, so it does not count.
     if (!m_waiting.empty()) {
-        const std::size_t bytes = callBytes + bytesOf(call, m_limits.valueBytes);
-        charge = m_quotas.charge(client, {Quotas::RequestBytes, bytes});
+        charge = chargeFor(client, call);
     }
     waitingOf(client).calls.push_back({call, &method, std::move(charge)});
+}
+
+Quotas::Charge CallTurns::chargeFor(const std::string &client, const BusMessage &call)
+{
+    const auto waiting = m_waiting.find(client);
+    if (waiting != m_waiting.end() && waiting->second.refusal) {
+        throw BusError(*waiting->second.refusal);
+    }
+    try {
+        const std::size_t bytes = callBytes + bytesOf(call, m_limits.valueBytes);
+        return m_quotas.charge(client, {Quotas::RequestBytes, bytes});
+    } catch (const BusError &error) {
+        if (waiting != m_waiting.end()) {
+            waiting->second.refusal = error;
+        }
+        throw;
+    }
 }
 
 CallTurns::Client &CallTurns::waitingOf(const std::string &client)
@@ -94,7 +117,7 @@ bool CallTurns::leave(const std::string &client)
 void CallTurns::resume()
 {
     if (!m_waiting.empty() && !m_timer.isActive()) {
-        m_timer.start();
+        m_timer.start(0);
     }
 }
 
@@ -104,15 +127,24 @@ void CallTurns::clear()
     m_left.clear();
 }
 
+bool CallTurns::isFlooded() const
+{
+    return m_quotas.total(Quotas::RequestBytes) > floodBytes;
+}
+
 void CallTurns::on_bus_turned()
 {
-    handleSome();
+    if (isFlooded() && Clock::now() < m_nextTurn) {
+        m_timer.start(moment);
+    } else {
+        handleSome();
+    }
 }
 
 void CallTurns::on_timer_timeout()
 {
     if (m_bus.isReadable()) {
-        m_timer.start(); // turned() follows before
+        m_timer.start(0); // turned() follows before
     } else {
         handleSome();
     }
@@ -131,7 +163,9 @@ void CallTurns::handleSome()
         client = next();
     }
     if (client != m_waiting.end()) {
-        m_timer.start();
+        const Clock::time_point now = Clock::now();
+        m_nextTurn = now + std::min<Clock::duration>(readingPart * (now - start), maxReading);
+        m_timer.start(isFlooded() ? moment : std::chrono::milliseconds::zero());
     }
 }
 
@@ -162,6 +196,7 @@ void CallTurns::handle(Waiting::iterator client)
     if (isLast) {
         m_spare = m_waiting.extract(client);
         m_spare.mapped().hasLeft = false;
+        m_spare.mapped().refusal.reset();
     }
     const Clock::time_point start = Clock::now();
     call.method->handler(call.message);

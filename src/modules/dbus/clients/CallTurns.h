@@ -5,6 +5,7 @@
 
 #include "ClientLimits.h"
 #include "Quotas.h"
+#include <bus/BusError.h>
 #include <bus/BusMessage.h>
 
 #include <QObject>
@@ -14,6 +15,7 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <unordered_map>
 
@@ -25,7 +27,8 @@ class BusConnection;
 /// handled in their order.
 ///
 /// Owned by Clients, used in the worker's thread. Calls are handled once all that have arrived are read,
-/// and some of them before if that takes long, a few milliseconds in each turn of the event loop.
+/// and some of them before if that takes long, a few milliseconds in each turn of the event loop. In a flood,
+/// a fifth of the time is for handling: other clients' calls stand behind the flood until it is read.
 class CallTurns : public QObject
 {
     Q_OBJECT
@@ -59,7 +62,8 @@ public:
     CallTurns(BusConnection &bus, Quotas &quotas, const ClientLimits &limits, IsReady isReady);
 
     /// Has the call of the client handled soon. The method must stay while there is a bus. Throws
-    /// BusError::limitExceeded() when too many calls wait already.
+    /// BusError::limitExceeded() when too many calls wait already; then also for the client's further calls, until
+    /// those that wait are handled. They are not even read, because a flood must cost little.
     void add(const std::string &client, const BusMessage &call, Method &method);
 
     /// The client has left. False while calls of it are still to be handled; left() follows then. If many
@@ -104,11 +108,15 @@ private:
     {
         std::deque<Call> calls;
         bool hasLeft = false;
+        std::optional<BusError>
+            refusal{};         ///< of all further calls until those that wait are handled
         Quotas::UserId user{}; ///< once it has left
     };
     using Waiting = std::unordered_map<std::string, Client>;
 
     Client &waitingOf(const std::string &client);
+    Quotas::Charge chargeFor(const std::string &client, const BusMessage &call);
+    bool isFlooded() const;
     void handleSome();
     void handle(Waiting::iterator client);
     Waiting::iterator next();
@@ -121,5 +129,6 @@ private:
     Waiting::node_type m_spare; ///< an entry without calls, for the next client that has none
     std::map<Quotas::UserId, int> m_left; ///< how many of these clients have left
     bool m_isSpending = false;
-    QTimer m_timer; ///< runs while calls are left for the next turn
+    Clock::time_point m_nextTurn{}; ///< in a flood
+    QTimer m_timer;                 ///< runs while calls are left for the next turn
 };

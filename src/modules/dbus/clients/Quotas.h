@@ -161,6 +161,7 @@ public:
 
     bool knows(const std::string &client) const { return find(client) != nullptr; }
     std::size_t held(const std::string &client, Kind kind) const;
+    std::size_t total(Kind kind) const { return m_totals[kind]; } ///< of all clients
     std::vector<std::string> clients() const;
 
     /// The client has left the bus. Its name may belong to another client from now on.
