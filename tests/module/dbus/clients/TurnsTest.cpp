@@ -182,6 +182,15 @@ protected:
                        [this](const CMSetDataRequest &request) { requests.push_back(request); });
     }
 
+    std::unique_ptr<ModelClient> clientOfAnotherUser()
+    {
+        ::chmod(QFile::encodeName(bus().folder()).constData(), 0755);
+        const ActAs otherUser(BusUser::find("daemon"));
+        auto other = std::make_unique<ModelClient>(bus().address());
+        EXPECT_TRUE(other->ask("List", {"/"_s}).succeeds()); // so that its user is known
+        return other;
+    }
+
     std::vector<CMSetDataRequest> requests;
 };
 
@@ -190,12 +199,7 @@ TEST_F(DbusModuleTurnsTest, OfAModuleAreNotTakenByOneUser)
     if (!BusUser::canBeAnyone()) {
         GTEST_SKIP() << "it takes root to be somebody else";
     }
-    ::chmod(QFile::encodeName(bus().folder()).constData(), 0755);
-    const auto greedy = [this] {
-        const ActAs otherUser(BusUser::find("daemon"));
-        return std::make_unique<ModelClient>(bus().address());
-    }();
-    ASSERT_TRUE(greedy->ask("List", {"/"_s}).succeeds());
+    const auto greedy = clientOfAnotherUser();
     std::vector<BusCall> calls;
     constexpr std::size_t many = 1000;
     for (std::size_t i = 0; i < many; ++i) {
@@ -217,6 +221,26 @@ TEST_F(DbusModuleTurnsTest, OfAModuleAreNotTakenByOneUser)
         return other != requests.end();
     }));
     EXPECT_LT(before, many);
+}
+
+TEST_F(DbusModuleTurnsTest, OfAnInboxAreNotTakenByAnotherUser)
+{
+    if (!BusUser::canBeAnyone()) {
+        GTEST_SKIP() << "it takes root to be somebody else";
+    }
+    ASSERT_TRUE(client->ask("List", {"/"_s}).succeeds()); // so that its user is known
+    const QString inbox = client->ask("OpenInbox").text();
+    const auto greedy = clientOfAnotherUser();
+    const QString large(200'000, 'x');
+    EXPECT_TRUE(greedy->send(inbox, large).succeeds());
+    std::vector<BusCall> calls;
+    for (int i = 0; i < 40; ++i) {
+        calls.push_back(greedy->send(inbox, large));
+    }
+    EXPECT_TRUE(std::any_of(calls.begin(), calls.end(), [](const BusCall &call) {
+        return call.errorName() == limitsExceeded;
+    }));
+    EXPECT_TRUE(client->send(inbox, "own"_s).succeeds());
 }
 
 TEST_F(DbusModuleTurnsTest, OfRequestsForMusicComeOneAfterTheOther)

@@ -6,6 +6,7 @@
 #include "support/bus/BusClient.h"
 #include "support/bus/PrivateBus.h"
 #include "support/EventLoop.h"
+#include <bus/BusWriter.h>
 
 #include <gtest/gtest.h>
 
@@ -39,11 +40,17 @@ protected:
     void addCalls(const char *client, int count, CallTurns::Method &method)
     {
         for (int i = 0; i < count; ++i) {
-            const BusMessage call =
-                m_host.connection().createCall("org.tavo.Test", "/", "org.tavo.Test", "Slow");
-            call.seal();
-            m_turns.add(client, call, method);
+            add(client, method, {});
         }
+    }
+
+    void add(const char *client, CallTurns::Method &method, const QString &argument)
+    {
+        const BusMessage call =
+            m_host.connection().createCall("org.tavo.Test", "/", "org.tavo.Test", "Slow");
+        BusWriter(call).writeString(argument);
+        call.seal();
+        m_turns.add(client, call, method);
     }
 
     bool becomesReadable()
@@ -86,5 +93,25 @@ TEST_F(CallTurnsTest, EndWhenMoreArrives)
     send("First");
     EXPECT_TRUE(waitFor([&] { return handled == calls; }));
     EXPECT_EQ(handledBefore, 1);
+}
+
+TEST_F(CallTurnsTest, RefuseFurtherCallsOfAClientUntilThoseThatWaitAreHandled)
+{
+    int handled = 0;
+    CallTurns::Method method{CallTurns::Effect::Reply, [&](const BusMessage &) { ++handled; }};
+    const BusSlot slot = m_host.connection().handleCalls([&](const BusMessage &call) {
+        if (call.member() == "First") {
+            addCalls("busy", 2, method);
+            EXPECT_THROW(add("busy", method, QString(1 << 20, 'x')), BusError);
+            EXPECT_THROW(add("busy", method, {}), BusError);
+            EXPECT_NO_THROW(add("other", method, {}));
+        } else {
+            addCalls("busy", 2, method);
+        }
+    });
+    send("First");
+    ASSERT_TRUE(waitFor([&] { return handled == 3; }));
+    send("Next");
+    EXPECT_TRUE(waitFor([&] { return handled == 5; }));
 }
 } // namespace
