@@ -14,6 +14,7 @@ constexpr int maxExaminedLength = 4096;
 
 constexpr int maxPatternLength = 1000;
 constexpr int maxTimeoutMs = 86400000;
+constexpr int maxAttenuation = 96; // dB; with 16 bits a sample, nothing is left
 
 /// Stops a search that tries too many ways to match.
 const QString patternLimit = QStringLiteral("(*LIMIT_MATCH=10000)");
@@ -113,6 +114,9 @@ void Rule::readTreatment(TavoConfiguration configuration)
     const int timeout = configuration.integer(QStringLiteral("timeout"), -1, 0, maxTimeoutMs);
     m_treatment.timeout = timeout < 0 ? std::nullopt : std::optional(timeout);
     m_treatment.sound = readString(configuration, QStringLiteral("sound"));
+    const int attenuation =
+        configuration.integer(QStringLiteral("attenuation"), -1, 0, maxAttenuation);
+    m_treatment.attenuation = attenuation < 0 ? std::nullopt : std::optional(attenuation);
     m_treatment.group = readString(configuration, QStringLiteral("group"));
     m_treatment.groupFrom = readGroupFrom(configuration);
     m_treatment.chime = readString(configuration, QStringLiteral("chime"));

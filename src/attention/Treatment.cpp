@@ -33,6 +33,7 @@ void forEach(First &first, Second &second, Function function)
     function("priority", first.priority, second.priority);
     function("timeout", first.timeout, second.timeout);
     function("sound", first.sound, second.sound);
+    function("attenuation", first.attenuation, second.attenuation);
     function("group", first.group, second.group);
     function("groupFrom", first.groupFrom, second.groupFrom);
     function("chime", first.chime, second.chime);

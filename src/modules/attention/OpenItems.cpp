@@ -604,6 +604,9 @@ CMReply<QVariant> OpenItems::startSound(Entry &entry, TavoNotificationPlayerItem
     }
     const QString id = sound.id();
     sound.setPlaybackResponsePath(m_responsePath);
+    if (entry.decision.treatment.attenuation) {
+        sound.setAttenuation(*entry.decision.treatment.attenuation);
+    }
     entry.sounds.insert(id);
     m_sounds.insert(id, {entry.item.id, target});
     CMReply<QVariant> reply = CMRoot()->invoke(TavoNotificationPlayerEnqueuePath(),

@@ -12,6 +12,7 @@
 #include <QScopedValueRollback>
 
 #include <algorithm>
+#include <cmath>
 
 static log4cplus::Logger logger = log4cplus::Logger::getInstance("Notifications");
 
@@ -442,6 +443,10 @@ SimplePlayer *NotificationPlayer::constructPlayer(const NotificationPlayerItem &
     }
     player->loop = item.loop;
     player->usage = SimplePlayer::UsageNotification;
+    if (item.attenuation > 0) {
+        constexpr double dbPerDecade = 20.0; // of amplitude
+        player->setGain(std::pow(10.0, -item.attenuation / dbPerDecade), 0);
+    }
     tavoConnect(player, &SimplePlayer::playbackEnded, this, &NotificationPlayer::on_sound_finished);
     tavoConnect(player, &SimplePlayer::playbackStopped, this,
                 &NotificationPlayer::on_sound_stopped);

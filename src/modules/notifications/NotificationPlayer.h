@@ -22,6 +22,7 @@ struct NotificationPlayerItem
     QString id;                  ///< chosen by the client; unique until the item has ended
     CMPath playbackResponsePath; ///< where the start and the end are reported; may be empty
     bool loop = false;
+    int attenuation = 0;            ///< dB; 0 or less: none
     SimplePlayer *player = nullptr; ///< a child of the NotificationPlayer; null until it is made
     quint64 arrival = 0;            ///< the number of earlier items
 };

@@ -66,6 +66,7 @@ void NotificationsWorker::on_notificationPlayerEnqueue_activated(const CMSetData
     item.id = record.id();
     item.playbackResponsePath = record.playbackResponsePath();
     item.loop = record.loop();
+    item.attenuation = record.attenuation();
     if (!m_notificationPlayer->enqueue(item)) {
         request.reply().setError(failure(TAVO_TR("Failed to enqueue sound notification")));
         return;

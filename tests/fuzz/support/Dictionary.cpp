@@ -37,6 +37,7 @@ const std::vector<Fields> &schemas()
          {"type", Field::Int},
          {"priority", Field::Int},
          {"loop", Field::Bool},
+         {"attenuation", Field::Int},
          {"playbackResponsePath", Field::Path}},
         // DisplayItem
         {{"id", Field::Text},

@@ -48,6 +48,7 @@ void checkNotifications(const QVariantHash &fields)
     CHECK(TavoNotificationPlayerItem, type, setType);
     CHECK(TavoNotificationPlayerItem, priority, setPriority);
     CHECK(TavoNotificationPlayerItem, loop, setLoop);
+    CHECK(TavoNotificationPlayerItem, attenuation, setAttenuation);
     CHECK(TavoNotificationPlayerItem, playbackResponsePath, setPlaybackResponsePath);
     CHECK(TavoNotificationPlayerResponse, id, setId);
     CHECK(TavoNotificationPlayerResponse, type, setType);

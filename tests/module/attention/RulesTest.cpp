@@ -29,12 +29,13 @@ TEST_F(AttentionRulesTest, ApplyToMessageAndSound)
 {
     setSettings(R"({"rules": [
         {"name": "door", "when": {"source": ["door"]},
-         "then": {"priority": "Urgent", "sound": "/sounds/gong.wav"}},
+         "then": {"priority": "Urgent", "sound": "/sounds/gong.wav", "attenuation": 20}},
         {"name": "no mail", "when": {"source": ["mail"]}, "then": {"drop": true}}]})");
     load();
     const auto outcome = notify(withSound(message("Ring"_s, "door"_s), "bell"_s));
     EXPECT_THAT(elementsOf(outcome.rules()), ElementsAre("door"_s));
     EXPECT_EQ(playing("bell"_s)->content, "/sounds/gong.wav"_s);
+    EXPECT_DOUBLE_EQ(playing("bell"_s)->gain, 0.1);
     EXPECT_EQ(valueAt(TavoNotificationDisplayCurrentPath()).displayCurrent().priority(),
               Priority::Urgent);
 

@@ -92,6 +92,21 @@ TEST_F(PlayingTest, SetsTheLoopFlagAndTheUsageBeforeItPlays)
     EXPECT_EQ(scripted("b"_s)->usage, 1);
 }
 
+TEST_F(PlayingTest, PlaysAsMuchQuieterAsTheItemSays)
+{
+    const auto gainWith = [this](int attenuation) {
+        const QString id = QString::number(attenuation);
+        enqueue(item(id).setAttenuation(attenuation));
+        const double gain = scripted(id)->gain;
+        scripted(id)->reportEnded();
+        settle();
+        return gain;
+    };
+    EXPECT_DOUBLE_EQ(gainWith(20), 0.1);
+    EXPECT_EQ(gainWith(0), 1.0);
+    EXPECT_EQ(gainWith(-20), 1.0);
+}
+
 TEST_F(PlayingTest, TreatsEveryKindOfPlayerAlike)
 {
     for (const Type::Enum type : {Type::Uri, Type::Data, Type::Stream, Type::Fake}) {

@@ -39,6 +39,8 @@ struct ScriptedPlayerHooks
         return !script().m_failing.contains(scripted->id);
     }
 
+    static void setGain(SimplePlayer *player, double gain) { of(player)->gain = gain; }
+
     static void pause(SimplePlayer *player)
     {
         ++of(player)->pauses;
@@ -149,7 +151,10 @@ void SimplePlayer::stop()
     ScriptedPlayerHooks::stop(this);
 }
 
-void SimplePlayer::setGain(double /*gain*/, int /*fadeMs*/) {}
+void SimplePlayer::setGain(double gain, int /*fadeMs*/)
+{
+    ScriptedPlayerHooks::setGain(this, gain);
+}
 
 UriSimplePlayer::UriSimplePlayer(const QString &uri, const QString &id, const QString &device,
                                  QObject *parent)

@@ -29,6 +29,8 @@ struct ScriptedPlayer
     bool loop = false;
     int usage = -1;
 
+    double gain = 1.0;
+
     int plays = 0;
     int pauses = 0;
     int stops = 0;

@@ -115,6 +115,7 @@ std::vector<const RecordField *> notificationFields()
         FIELD(Item, id, setId, sampleText),
         FIELD(Item, content, setContent, sampleText),
         FIELD(Item, contentStreamFormat, setContentStreamFormat, sampleText),
+        FIELD(Item, attenuation, setAttenuation, 12),
         FIELD(Item, type, setType, TavoNotificationPlayerItemType::Stream),
         FIELD(Item, type, setType, TavoNotificationPlayerItemType::Enum(-5)),
         FIELD(Item, priority, setPriority, TavoNotificationItemPriority::Urgent),

@@ -68,6 +68,8 @@ class TavoNotificationPlayerItem : public TavoHash
     TAVO_FIELD(TavoNotificationItemPriority::Enum, priority, setPriority)
     /// Repeats the sound until it is cancelled.
     TAVO_FIELD(bool, loop, setLoop)
+    /// Decibels by which it is quieter; 0 or less: not at all.
+    TAVO_FIELD(int, attenuation, setAttenuation)
     /// The node to which the start and the end are reported, each as a TavoValue with
     /// notificationPlayerResponse(); may be empty.
     TAVO_FIELD(CMPath, playbackResponsePath, setPlaybackResponsePath)

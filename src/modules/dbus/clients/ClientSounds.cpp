@@ -99,6 +99,7 @@ TavoNotificationPlayerItem ClientSounds::clean(const TavoNotificationPlayerItem 
         .setContentStreamFormat(requested.contentStreamFormat())
         .setPriority(m_clients.limits().allowedPriority(requested.priority()))
         .setLoop(requested.loop())
+        .setAttenuation(requested.attenuation())
         .setPlaybackResponsePath(requested.playbackResponsePath());
 }
 

@@ -203,11 +203,13 @@ TEST(RulesTest, LeavesPatternsThatMayMatchForLater)
 TEST(RulesTest, ReadsAllThatARuleCanSet)
 {
     const Rules rules = rulesOf(R"([{"name": "everything", "then": {
-        "priority": "High", "timeout": 0, "sound": "/bell.wav", "group": "Door",
+        "priority": "High", "timeout": 0, "sound": "/bell.wav",
+        "attenuation": 6, "group": "Door",
         "chime": "/chime.wav", "mute": false, "hide": true, "drop": false, "speak": true,
         "pass": true, "private": true, "mustSee": true}}])");
     EXPECT_EQ(rules.list().front().treatment().toString(),
-              "priority High, timeout 0, sound \"/bell.wav\", group \"Door\", chime \"/chime.wav\","
+              "priority High, timeout 0, sound \"/bell.wav\", attenuation 6, group \"Door\", chime "
+              "\"/chime.wav\","
               " mute no, hide yes, drop no, speak yes, pass yes, private yes, mustSee yes");
 }
 } // namespace
