@@ -1,9 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "bus/BusWriter.h"
 #include "DisplayTest.h"
-#include "support/bus/BusClient.h"
+#include "ScriptedHost.h"
 #include "support/Sanitized.h"
 
 #include <QDir>
@@ -76,21 +75,15 @@ TEST_F(DisplayCostTest, sleepsWhileItIsHidden)
 
 TEST_F(DisplayCostTest, sleepsWhileMessagesOfOthersEnd)
 {
-    BusClient host(m_bus.address());
-    int calls = 0;
-    const BusSlot slot = host.connection().handleCalls([&](const BusMessage &) { ++calls; });
-    host.takeName(QStringLiteral("org.tavo.Model1"));
+    ScriptedHost host(m_bus.address());
     m_display.start({});
-    ASSERT_TRUE(waitFor([&] { return calls > 0; }));
+    ASSERT_TRUE(waitFor([&] { return host.isRead(); }));
+    host.letRead();
+    ASSERT_TRUE(waitForLook(Priority::Normal));
     letPass(std::chrono::milliseconds(1500));
     const int before = switches();
-    const auto object = host.connection().createObject(BusInterface::notifications());
-    constexpr std::uint32_t expired = 1;
     for (std::uint32_t id = 1; id <= 20; ++id) {
-        BusWriter signal(object->createSignal("NotificationClosed"));
-        signal.writeUInt32(id);
-        signal.writeUInt32(expired);
-        signal.message().send();
+        host.emitClosed(id);
     }
     letPass(std::chrono::milliseconds(500));
     EXPECT_EQ(switches(), before);

@@ -1,12 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "bus/BusReader.h"
-#include "bus/BusWriter.h"
 #include "DisplayTest.h"
-#include "support/bus/BusClient.h"
-
-#include <optional>
+#include "ScriptedHost.h"
 
 namespace {
 class DisplayHostTest : public DisplayTest
@@ -58,32 +54,12 @@ TEST_F(DisplayHostTest, staysWithAHostThatHangs)
 
 TEST_F(DisplayHostTest, showsNoWindowForAMessageThatIsLate)
 {
-    BusClient host(m_bus.address());
-    std::optional<BusMessage> preview;
-    const BusSlot calls = host.connection().handleCalls([&](const BusMessage &call) {
-        if (call.member() == "Preview") {
-            preview = call;
-        } else if (call.member() == "GetValue" &&
-                   BusReader(call).readString() ==
-                       TavoNotificationDisplayCurrentPath().toString()) {
-            const auto current = TavoNotificationDisplayCurrent()
-                                     .setPath(CMPath(QStringLiteral("/late")))
-                                     .setPriority(Priority::Normal);
-            BusWriter reply(call.createReply());
-            reply.writeVariant(TavoValue().setDisplayCurrent(current).__variant());
-            reply.message().send();
-        }
-    });
-    host.takeName(QStringLiteral("org.tavo.Model1"));
+    ScriptedHost host(m_bus.address());
     m_display.start({});
-    ASSERT_TRUE(waitFor([&] { return preview.has_value(); }));
+    ASSERT_TRUE(waitFor([&] { return host.isRead(); }));
     waitUntilArmed(); // Longer than a window waits for its message.
     EXPECT_TRUE(waitForNoWindow());
-    BusWriter reply(preview->createReply());
-    reply.writeString(QStringLiteral("Door"));
-    reply.openArray("v");
-    reply.close();
-    reply.message().send();
+    host.letRead();
     EXPECT_TRUE(waitForLook(Priority::Normal));
 }
 
