@@ -407,14 +407,13 @@ void Calls::on_host_ended(const QString &id, FleetEvent::End end, const QString 
         if (!stored || !stored->isOpen) {
             return;
         }
-        const FleetCall call = callOf(*stored);
-        if (call.kind == FleetCall::Kind::Say && end == FleetEvent::End::Expired) {
+        if (end == FleetEvent::End::Expired && callOf(*stored).kind == FleetCall::Kind::Say) {
             event.end = FleetEvent::End::Finished; // It has been read to its end.
         }
         std::vector<OutgoingMessage> messages{
             message(FleetTopics::event(m_configuration.device), event.toJson())};
         const bool isByPerson = end == FleetEvent::End::Dismissed || end == FleetEvent::End::Action;
-        if (isByPerson && !stored->group.isEmpty() && call.isEverywhere) {
+        if (isByPerson && !stored->group.isEmpty() && callOf(*stored).isEverywhere) {
             messages.push_back(message(FleetTopics::groupEnd(stored->group), event.toJson()));
         }
         m_changes.ended.push_back(id);

@@ -97,7 +97,7 @@ private:
         database.execute("PRAGMA locking_mode = EXCLUSIVE; PRAGMA journal_mode = WAL;"
                          "PRAGMA synchronous = NORMAL; PRAGMA wal_autocheckpoint = 2000; PRAGMA "
                          "journal_size_limit = 1048576;"
-                         "PRAGMA cache_size = -1024; PRAGMA temp_store = MEMORY");
+                         "PRAGMA cache_size = -256; PRAGMA temp_store = MEMORY");
         if (database.number("SELECT count(*) FROM sqlite_schema") == 0) {
             database.execute(
                 QStringLiteral("BEGIN IMMEDIATE; %1 PRAGMA application_id = %2; COMMIT")
