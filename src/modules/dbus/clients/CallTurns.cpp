@@ -100,6 +100,9 @@ bool CallTurns::leave(const std::string &client)
     if (waiting == m_waiting.end()) {
         return true;
     }
+    if (waiting->second.hasLeft) {
+        return false; // told for the second time
+    }
     auto &calls = waiting->second.calls;
     const auto isDropped = [](const Call &call) { return call.method->effect != Effect::Lasting; };
     calls.erase(std::remove_if(calls.begin(), calls.end(), isDropped), calls.end());

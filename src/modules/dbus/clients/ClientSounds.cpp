@@ -205,14 +205,19 @@ void ClientSounds::on_turns_gaveWay(const CMPath &path)
 CMReply<QVariant> ClientSounds::cancel(const QVariant &value)
 {
     const QString id = TavoValue(value.toHash()).string_();
+    bool isWithPlayer = true;
     for (auto &[path, sound] : m_sounds) {
-        if ((sound.givesWay || sound.isOnItsWay) && sound.item.id() == id) {
+        if (sound.item.id() == id) {
+            isWithPlayer = isWithPlayer && !sound.givesWay && !sound.isOnItsWay;
             stopGivingWay(sound);
             sound.isCancelled = true;
-            CMReply<QVariant> done;
-            done.setValue(QVariant());
-            return done;
+            m_turns.remove(path); // It would give way and play again.
         }
+    }
+    if (!isWithPlayer) {
+        CMReply<QVariant> done;
+        done.setValue(QVariant());
+        return done;
     }
     return CMRoot()->invoke(TavoNotificationPlayerCancelPath(), value, {});
 }

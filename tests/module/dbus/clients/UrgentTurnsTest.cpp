@@ -6,6 +6,7 @@
 #include "module/dbus/ModelTest.h"
 #include "support/bus/BusUser.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 
 #include <optional>
@@ -226,6 +227,26 @@ TEST_F(DbusUrgentTurnsTest, ASoundWhoseClientLeftBeforeItsUserWasKnownGivesWay)
     respond("left"_s, ResponseType::Started);
     enqueue(*second, "alarm"_s);
     EXPECT_TRUE(happens("left cancelled"));
+}
+
+TEST_F(DbusUrgentTurnsTest, ASoundThatIsCancelledForItsClientHasLeftDoesNotPlayAgain)
+{
+    enqueue(*first, "endless"_s);
+    respond("endless"_s, ResponseType::Started);
+    // Long enough to have to give way to another user's.
+    QElapsedTimer playing;
+    playing.start();
+    ASSERT_TRUE(waitFor([&] { return playing.hasExpired(300); }));
+    respondsToCancels = false;
+    first.reset();
+    ASSERT_TRUE(happens("endless cancelled"));
+    enqueue(*second, "alarm"_s);
+    ASSERT_TRUE(happens("alarm at 3"));
+    respond("endless"_s, ResponseType::Cancelled);
+    enqueue(*second, "next"_s);
+    ASSERT_TRUE(happens("next at 3"));
+    EXPECT_THAT(events,
+                ElementsAre("endless at 3", "endless cancelled", "alarm at 3", "next at 3"));
 }
 
 TEST_F(DbusUrgentTurnsTest, ASoundThatHasGivenWayOftenIsNoLongerUrgent)
