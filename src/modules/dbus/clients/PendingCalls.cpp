@@ -13,9 +13,6 @@
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 
-/// Of one user. Enough to keep a module busy.
-constexpr int maxRecent = 16;
-
 /// For so long, a request counts as recent.
 constexpr std::chrono::milliseconds recentTime(200);
 
@@ -53,9 +50,10 @@ void PendingCalls::settle(PendingCall &pending)
         return;
     }
     const auto recent = m_recent.find(pending.user);
-    if (recent->second-- >= maxRecent) {
+    if (recent->second >= maxRecent) {
         m_clients.resume();
     }
+    recent->second -= pending.weight;
     if (recent->second == 0) {
         m_recent.erase(recent);
     }
@@ -106,7 +104,7 @@ void PendingCalls::clear()
 }
 
 void PendingCalls::answer(const BusMessage &call, const CMReply<QVariant> &reply,
-                          const Write &write, Quotas::Charge charge)
+                          const Write &write, Quotas::Charge charge, int weight)
 {
     if (reply.isFinished()) {
         send(call, reply, write);
@@ -114,8 +112,9 @@ void PendingCalls::answer(const BusMessage &call, const CMReply<QVariant> &reply
     }
     const quint64 number = ++m_lastNumber;
     const auto user = charge.user();
-    m_calls.emplace(number, PendingCall{call, write, std::move(charge), Clock::now(), user});
-    ++m_recent[user];
+    m_calls.emplace(number,
+                    PendingCall{call, write, std::move(charge), Clock::now(), user, weight});
+    m_recent[user] += weight;
     if (!m_timer.isActive()) {
         m_timer.start();
     }

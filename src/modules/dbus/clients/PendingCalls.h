@@ -41,9 +41,13 @@ public:
     /// waits already.
     Quotas::Charge charge(const BusMessage &call, std::size_t bytes);
 
-    /// Answers the call with the reply's value or error, at once if the reply is finished.
+    /// So many calls of a user, sent a moment ago, keep a module busy.
+    static constexpr int maxRecent = 16;
+
+    /// Answers the call with the reply's value or error, at once if the reply is finished. While it is recent, it
+    /// counts for so many others.
     void answer(const BusMessage &call, const CMReply<QVariant> &reply, const Write &write,
-                Quotas::Charge charge);
+                Quotas::Charge charge, int weight = 1);
 
     /// Forgets all calls, because the bus has gone.
     void clear();
@@ -62,6 +66,7 @@ private:
         Quotas::Charge charge;
         Clock::time_point sent;
         Quotas::UserId user; ///< when it was sent
+        int weight;
         bool isRecent = true;
     };
     using Calls = std::map<quint64, PendingCall>; ///< in the order in which they were sent

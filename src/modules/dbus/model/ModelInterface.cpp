@@ -159,8 +159,10 @@ void ModelInterface::callNode(const BusMessage &call)
     const QVariant value = reader.readVariant();
     // Must come first, because a refused request must not have done anything.
     Quotas::Charge charge = m_calls.charge(call, reader.bytesRead());
+    // To pause and resume what plays can take the player a tenth of a second for each sound.
+    const bool isSound = path == TavoNotificationPlayerEnqueuePath();
     m_calls.answer(call, send(call.sender(), path, value, reader.bytesRead()), writeValue,
-                   std::move(charge));
+                   std::move(charge), isSound ? PendingCalls::maxRecent / 2 : 1);
 }
 
 CMReply<QVariant> ModelInterface::send(const std::string &client, const CMPath &path,

@@ -4,6 +4,7 @@
 // Clients that send many calls, or calls that take long, beside one that sends few.
 
 #include "module/dbus/ModelTest.h"
+#include "modules/dbus/clients/PendingCalls.h"
 #include "support/bus/BusUser.h"
 
 #include <QElapsedTimer>
@@ -221,6 +222,38 @@ TEST_F(DbusModuleTurnsTest, OfAModuleAreNotTakenByOneUser)
         return other != requests.end();
     }));
     EXPECT_LT(before, many);
+}
+
+TEST_F(DbusModuleTurnsTest, OfThePlayerAreNotTakenByOneUser)
+{
+    if (!BusUser::canBeAnyone()) {
+        GTEST_SKIP() << "it takes root to be somebody else";
+    }
+    const QString enqueue = TavoNotificationPlayerEnqueuePath().toString();
+    publishRequest(enqueue,
+                   [this](const CMSetDataRequest &request) { requests.push_back(request); });
+    const auto sound = [](const QString &id) {
+        const auto item = TavoNotificationPlayerItem(TavoHash())
+                              .setId(id)
+                              .setType(TavoNotificationPlayerItemType::Fake);
+        return TavoValue().setNotificationPlayerItem(item).__variant();
+    };
+    const auto greedy = clientOfAnotherUser();
+    std::vector<BusCall> calls;
+    for (int i = 0; i < 100; ++i) {
+        calls.push_back(greedy->send(enqueue, sound(QString::number(i))));
+    }
+    ASSERT_TRUE(waitFor([this] { return !requests.empty(); }));
+    client->send(enqueue, sound("other"_s));
+    const auto isOther = [](const CMSetDataRequest &request) {
+        return TavoValue(request.value().toHash()).notificationPlayerItem().id() == "other"_s;
+    };
+    auto other = requests.end();
+    ASSERT_TRUE(waitFor([&] {
+        other = std::find_if(requests.begin(), requests.end(), isOther);
+        return other != requests.end();
+    }));
+    EXPECT_LT(other - requests.begin(), PendingCalls::maxRecent);
 }
 
 TEST_F(DbusModuleTurnsTest, OfAnInboxAreNotTakenByAnotherUser)
