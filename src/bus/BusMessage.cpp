@@ -38,6 +38,12 @@ std::string BusMessage::member() const
     return stringOrEmpty(sd_bus_message_get_member(m_message));
 }
 
+bool BusMessage::isSignal() const
+{
+    std::uint8_t type = 0;
+    return sd_bus_message_get_type(m_message, &type) >= 0 && type == SD_BUS_MESSAGE_SIGNAL;
+}
+
 bool BusMessage::hasSignature(const char *signature) const
 {
     return sd_bus_message_has_signature(m_message, signature) > 0;

@@ -53,6 +53,7 @@ public:
     /// The name of the method or signal.
     std::string member() const;
 
+    bool isSignal() const;
     bool hasSignature(const char *signature) const;
 
     /// Whether the caller waits for a reply. If not, none is sent.

@@ -39,6 +39,9 @@ constexpr std::chrono::seconds memoryPause(1);
 constexpr std::chrono::seconds checkPause(2);
 constexpr std::chrono::seconds checkTimeout(5);
 
+/// On a user on whom no more than this was spent in the last second or two, little was spent.
+constexpr std::chrono::milliseconds maxLittle(100);
+
 /// About how long the description of an object is. Other replies to standard calls are short.
 constexpr std::size_t descriptionBytes = 1 << 13;
 } // namespace
@@ -48,9 +51,7 @@ Clients::Clients(BusConnection &bus, const ClientLimits &limits)
     , m_limits(limits)
     , m_quotas(limits)
     , m_turns(bus, m_quotas, m_limits,
-              [this](const std::string &client) {
-                  return !m_unread.isUndecided(client) && !m_isHeldBack(client);
-              })
+              [this](const std::string &client) { return isReady(client); })
     , m_outbox(bus, m_quotas)
     , m_unread(bus, m_quotas, m_outbox, m_limits)
     , m_standardMethod{CallTurns::Effect::Reply,
@@ -80,6 +81,13 @@ void Clients::setLimits(const ClientLimits &limits)
 {
     m_limits = limits;
     m_quotas.setLimits(limits);
+}
+
+bool Clients::isReady(const std::string &client)
+{
+    // What calls cause waits for the bus, too, and so do the replies to others behind it.
+    return !m_unread.isUndecided(client) && !m_isHeldBack(client) &&
+           !(m_outbox.isBackedUp() && m_quotas.timeOfUser(client) > maxLittle);
 }
 
 void Clients::receive(const BusMessage &call)

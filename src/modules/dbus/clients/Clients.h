@@ -105,6 +105,9 @@ public:
     bool send(const std::string &client, const BusMessage &signal, std::size_t bytes,
               const Outbox::Instead &instead = {});
 
+    /// Whether signals to the client come faster than the bus takes them. Replies to it wait behind them.
+    bool isLate(const std::string &client) const { return m_outbox.isLate(client); }
+
     /// Sends a signal to everyone, after what was sent to the client before.
     void sendToAll(const std::string &client, const BusMessage &signal, std::size_t bytes);
 
@@ -126,6 +129,7 @@ private Q_SLOTS:
     void on_checkTimer_timeout();
 
 private:
+    bool isReady(const std::string &client);
     void receive(const BusMessage &call);
     void askUser(const std::string &client);
     void add(const BusMessage &call, CallTurns::Method &method);

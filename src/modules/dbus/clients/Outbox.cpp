@@ -17,6 +17,16 @@ const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 /// What sending costs a client, for the turns.
 constexpr std::chrono::duration<double, std::nano> timePerByte(100);
 
+/// The bus reads so many small messages within a tenth of a second, even under load.
+constexpr std::size_t maxInAMoment = 256;
+
+/// So much may wait for one client, unless the first of it has waited for longer, or is large and has waited
+/// for a moment: the bus may need almost half a second for each large one.
+constexpr std::size_t maxLate = 32;
+constexpr std::chrono::milliseconds lateAfter(50);
+constexpr std::chrono::milliseconds moment(10);
+constexpr std::size_t largeBytes = 1 << 12;
+
 /// How long a large message waits for a busy bus.
 constexpr std::chrono::milliseconds maxWait(500);
 } // namespace
@@ -39,7 +49,7 @@ void Outbox::send(const std::string &client, const BusMessage &message, std::siz
 void Outbox::call(const std::string &client, const BusMessage &call,
                   std::chrono::microseconds timeout, const BusCalls::Handler &handler)
 {
-    add(client, {call, 0, {}, timeout, handler});
+    add(client, {call, 0, {}, Clock::now(), timeout, handler});
 }
 
 void Outbox::add(const std::string &client, Letter letter)
@@ -47,6 +57,7 @@ void Outbox::add(const std::string &client, Letter letter)
     const auto waiting = m_waiting.find(client);
     if (waiting != m_waiting.end()) {
         waiting->second.push_back(std::move(letter));
+        ++m_count;
         sendSome();
     } else if (isNext(client) && m_pace.allows(letter.bytes)) {
         if (!m_waiting.empty()) {
@@ -55,6 +66,7 @@ void Outbox::add(const std::string &client, Letter letter)
         post(client, letter);
     } else {
         m_waiting[client].push_back(std::move(letter));
+        ++m_count;
         sendSome();
     }
 }
@@ -65,10 +77,10 @@ bool Outbox::isNext(const std::string &client)
     if (m_waiting.empty()) {
         return !m_bus.isCongested();
     }
-    const double time = m_quotas.turnOf(client, {}).user;
+    const double time = m_quotas.sendingTurnOf(client).user;
     return !m_bus.isFull() &&
            std::all_of(m_waiting.begin(), m_waiting.end(), [&](const auto &other) {
-               return time < m_quotas.turnOf(other.first, {}).user;
+               return time < m_quotas.sendingTurnOf(other.first).user;
            });
 }
 
@@ -78,12 +90,30 @@ void Outbox::forget(const std::string &client)
     if (waiting.empty()) {
         return;
     }
+    m_count -= waiting.mapped().size();
     for (const Letter &letter : waiting.mapped()) {
         if (!letter.message.isSealed() &&
             sd_bus_message_get_destination(letter.message.get()) == nullptr) {
             post(client, letter);
         }
     }
+}
+
+bool Outbox::isBackedUp() const
+{
+    return m_count > maxInAMoment;
+}
+
+bool Outbox::isLate(const std::string &client) const
+{
+    const auto waiting = m_waiting.find(client);
+    if (waiting == m_waiting.end()) {
+        return false;
+    }
+    const Letter &first = waiting->second.front();
+    const Clock::duration age = Clock::now() - first.added;
+    return first.bytes > largeBytes ? age > moment
+                                    : age > lateAfter && waiting->second.size() > maxLate;
 }
 
 void Outbox::sendAll()
@@ -119,6 +149,7 @@ void Outbox::sendNext(Waiting::iterator client)
     const std::string name = client->first;
     const Letter letter = std::move(client->second.front());
     client->second.pop_front();
+    --m_count;
     if (client->second.empty()) {
         m_waiting.erase(client);
     }
@@ -128,7 +159,13 @@ void Outbox::sendNext(Waiting::iterator client)
 
 void Outbox::countTime(const std::string &client, const Letter &letter)
 {
-    m_quotas.addTime(client, double(letter.bytes) * timePerByte);
+    // Signals may have been caused by others; they must not keep the client's own calls waiting.
+    const Quotas::Seconds time = double(letter.bytes) * timePerByte;
+    if (letter.message.isSignal()) {
+        m_quotas.addSendingTime(client, time);
+    } else {
+        m_quotas.addTime(client, time);
+    }
 }
 
 void Outbox::post(const std::string &client, const Letter &letter)
@@ -154,7 +191,8 @@ bool Outbox::isSendable(Letter &letter)
         return true;
     }
     if (!letter.tooLate) {
-        letter.tooLate = Clock::now() + maxWait;
+        // Many signals may be late at once; they must not keep the replies behind them waiting for each.
+        letter.tooLate = (letter.message.isSignal() ? letter.added : Clock::now()) + maxWait;
     }
     return isGivenUp(letter);
 }
@@ -173,7 +211,7 @@ Outbox::Waiting::iterator Outbox::next()
         if (!isSendable(client->second.front())) {
             continue;
         }
-        const Quotas::Turn turn = m_quotas.turnOf(client->first, {});
+        const Quotas::Turn turn = m_quotas.sendingTurnOf(client->first);
         if (best == m_waiting.end() || turn < least) {
             best = client;
             least = turn;

@@ -50,11 +50,21 @@ public:
     /// The client has left. What it would have been sent is dropped.
     void forget(const std::string &client);
 
+    /// Whether more messages wait than the bus reads in a moment.
+    bool isBackedUp() const;
+
+    /// Whether the bus takes the messages to this client more slowly than they come.
+    bool isLate(const std::string &client) const;
+
     /// Hands over everything to the bus, before the host stops.
     void sendAll();
 
     /// The bus has gone.
-    void clear() { m_waiting.clear(); }
+    void clear()
+    {
+        m_waiting.clear();
+        m_count = 0;
+    }
 
 private Q_SLOTS:
     void on_bus_turned();
@@ -68,6 +78,7 @@ private:
         BusMessage message;
         std::size_t bytes;
         Instead instead{};
+        Clock::time_point added = Clock::now();
         std::chrono::microseconds timeout{};
         BusCalls::Handler handler{}; ///< of a call
         std::optional<Clock::time_point>
@@ -90,5 +101,6 @@ private:
     BusConnection &m_bus;
     Quotas &m_quotas;
     BusPace m_pace;
-    Waiting m_waiting; ///< by client; none is empty
+    Waiting m_waiting;       ///< by client; none is empty
+    std::size_t m_count = 0; ///< of the letters that wait
 };

@@ -362,12 +362,16 @@ void Quotas::setTimeUnit()
         return;
     }
     const double unit = std::exchange(m_timeUnit, 1);
-    m_unknown.time /= unit;
+    const auto divide = [unit](auto &times) {
+        times.time /= unit;
+        times.sendingTime /= unit;
+    };
+    divide(m_unknown);
     for (auto &[id, user] : m_users) {
-        user.time /= unit;
+        divide(user);
     }
     for (const auto &[client, account] : m_accounts) {
-        account->time /= unit;
+        divide(*account);
     }
 }
 
@@ -380,6 +384,32 @@ void Quotas::addTime(const std::string &client, Seconds time)
     setTimeUnit();
     known->time += time.count() * m_timeUnit;
     known->user->time += time.count() * m_timeUnit;
+}
+
+void Quotas::addSendingTime(const std::string &client, Seconds time)
+{
+    Account *known = find(client);
+    if (known == nullptr) {
+        return;
+    }
+    setTimeUnit();
+    known->sendingTime += time.count() * m_timeUnit;
+    known->user->sendingTime += time.count() * m_timeUnit;
+}
+
+Quotas::Seconds Quotas::timeOfUser(const std::string &client)
+{
+    setTimeUnit();
+    const Account *known = find(client);
+    return Seconds(known == nullptr ? 0 : known->user->time / m_timeUnit);
+}
+
+Quotas::Turn Quotas::sendingTurnOf(const std::string &client) const
+{
+    const Account *known = find(client);
+    return known == nullptr ? Turn{0, 0}
+                            : Turn{known->user->time + known->user->sendingTime,
+                                   known->time + known->sendingTime};
 }
 
 Quotas::Turn Quotas::turnOf(const std::string &client, Seconds next) const
@@ -399,11 +429,13 @@ void Quotas::setUser(const std::string &client, std::uint32_t id)
     const Amounts held = account.held;
     account.subtract(held);
     account.user->time -= account.time;
+    account.user->sendingTime -= account.sendingTime;
     const auto [user, isNew] = m_users.try_emplace(id);
     user->second.id = id;
     account.user = isNew ? &newUser(user->second) : &user->second;
     account.add(held);
     account.user->time += account.time;
+    account.user->sendingTime += account.sendingTime;
 }
 
 Quotas::UserId Quotas::userOf(const std::string &client) const

@@ -139,6 +139,12 @@ public:
     /// Counts time that was spent on a client. It is forgotten by half in each second.
     void addTime(const std::string &client, Seconds time);
 
+    /// The same for sending it what others may have caused. It counts for sendingTurnOf() only.
+    void addSendingTime(const std::string &client, Seconds time);
+
+    /// The time that was spent on the client's user of late.
+    Seconds timeOfUser(const std::string &client);
+
     /// The time spent on a client's user, and on the client including what comes next: the least is
     /// next.
     struct Turn
@@ -152,6 +158,7 @@ public:
         }
     };
     Turn turnOf(const std::string &client, Seconds next) const;
+    Turn sendingTurnOf(const std::string &client) const;
 
     /// The client runs as this user. What it holds counts for the user from now on.
     void setUser(const std::string &client, std::uint32_t user);
@@ -183,7 +190,8 @@ private:
     {
         UserId id;
         Amounts held{};
-        double time = 0;               ///< see m_timeUnit
+        double time = 0; ///< see m_timeUnit
+        double sendingTime = 0;
         std::shared_ptr<Account> left; ///< what clients have left behind
     };
 
@@ -202,6 +210,7 @@ private:
         double requests = 0; ///< how many it may send at once; refilled with time
         Clock::time_point refilled;
         double time = 0; ///< see m_timeUnit
+        double sendingTime = 0;
 
         /// Kind, priority and number: in this order they are given up.
         using Key = std::tuple<Kind, int, std::uint64_t>;

@@ -39,24 +39,36 @@ void ModelSignals::setObject(const BusObject *object)
 }
 
 void ModelSignals::emitTo(const char *signal, const Subscriptions::Names &clients,
-                          const CMPath &path, const Write &write)
+                          const CMPath &path, const Write &write, bool isChange)
 {
-    if (!m_object || clients.empty()) {
+    if (!m_object) {
+        return;
+    }
+    Subscriptions::Names receivers;
+    for (const std::string &client : clients) {
+        // Nothing follows on what was left out before the client has been told.
+        if (hasDropped(client, path) || (isChange && m_clients.isLate(client))) {
+            drop(client, path);
+        } else {
+            receivers.push_back(client);
+        }
+    }
+    if (receivers.empty()) {
         return;
     }
     try {
         BusWriter writer(m_object->createSignal(signal), m_clients.limits().messageBytes);
         writer.writeString(path.toString());
         write(writer);
-        if (clients.size() > 1) {
+        if (receivers.size() > 1) {
             writer.message().seal();
         }
-        for (const std::string &client : clients) {
+        for (const std::string &client : receivers) {
             send(client, path, writer.message(), writer.bytesWritten());
         }
     } catch (const BusError &error) {
         LOG4CPLUS_WARN(logger, "A change can't be sent: " << error.what());
-        for (const std::string &client : clients) {
+        for (const std::string &client : receivers) {
             drop(client, path);
         }
     }
@@ -65,11 +77,6 @@ void ModelSignals::emitTo(const char *signal, const Subscriptions::Names &client
 void ModelSignals::send(const std::string &client, const CMPath &path, const BusMessage &signal,
                         std::size_t bytes)
 {
-    // Nothing follows on what was left out before the client has been told.
-    if (hasDropped(client, path)) {
-        drop(client, path);
-        return;
-    }
     const auto instead = [this, client, path] {
         const BusMessage dropped = createDropped(path, 1);
         dropped.setReceiver(client);
@@ -175,5 +182,6 @@ void ModelSignals::on_subscriptions_nodeChanged(const Subscriptions::Names &clie
 void ModelSignals::on_inboxes_received(const std::string &client, const CMPath &inbox,
                                        const QVariant &value)
 {
-    emitTo("Received", {client}, inbox, [&](BusWriter &signal) { signal.writeVariant(value); });
+    emitTo(
+        "Received", {client}, inbox, [&](BusWriter &signal) { signal.writeVariant(value); }, false);
 }

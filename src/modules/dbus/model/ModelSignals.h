@@ -51,9 +51,10 @@ private:
     using Write = std::function<void(BusWriter &)>;
     using Counts = std::unordered_map<CMPath, quint32, PathHash>;
 
-    /// Sends the path, and what the function writes after it.
+    /// Sends the path, and what the function writes after it. Changes are left out while they come faster than
+    /// the bus takes them.
     void emitTo(const char *signal, const Subscriptions::Names &clients, const CMPath &path,
-                const Write &write);
+                const Write &write, bool isChange = true);
     void send(const std::string &client, const CMPath &path, const BusMessage &signal,
               std::size_t bytes);
     bool hasDropped(const std::string &client, const CMPath &path) const;
