@@ -85,9 +85,15 @@ void Clients::setLimits(const ClientLimits &limits)
 
 bool Clients::isReady(const std::string &client)
 {
-    // What calls cause waits for the bus, too, and so do the replies to others behind it.
-    return !m_unread.isUndecided(client) && !m_isHeldBack(client) &&
-           !(m_outbox.isBackedUp() && m_quotas.timeOfUser(client) > maxLittle);
+    // What calls cause waits for the bus, and so do the replies to other users behind it.
+    const bool waitsForOthers =
+        m_outbox.isBackedUp() && m_quotas.hasManyUsers() && m_quotas.timeOfUser(client) > maxLittle;
+    return !m_unread.isUndecided(client) && !m_isHeldBack(client) && !waitsForOthers;
+}
+
+bool Clients::isLate(const std::string &client)
+{
+    return m_outbox.isLate(client) && m_quotas.timeOfOthers(client) > maxLittle;
 }
 
 void Clients::receive(const BusMessage &call)

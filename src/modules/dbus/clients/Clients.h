@@ -105,8 +105,9 @@ public:
     bool send(const std::string &client, const BusMessage &signal, std::size_t bytes,
               const Outbox::Instead &instead = {});
 
-    /// Whether signals to the client come faster than the bus takes them. Replies to it wait behind them.
-    bool isLate(const std::string &client) const { return m_outbox.isLate(client); }
+    /// Whether signals to the client come faster than the bus takes them, while other users keep the host busy.
+    /// Replies to the client wait behind its signals.
+    bool isLate(const std::string &client);
 
     /// Sends a signal to everyone, after what was sent to the client before.
     void sendToAll(const std::string &client, const BusMessage &signal, std::size_t bytes);

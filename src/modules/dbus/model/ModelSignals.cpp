@@ -47,10 +47,13 @@ void ModelSignals::emitTo(const char *signal, const Subscriptions::Names &client
     Subscriptions::Names receivers;
     for (const std::string &client : clients) {
         // Nothing follows on what was left out before the client has been told.
-        if (hasDropped(client, path) || (isChange && m_clients.isLate(client))) {
+        if (hasDropped(client, path)) {
             drop(client, path);
-        } else {
+        } else if (!isChange || !m_clients.isLate(client)) {
             receivers.push_back(client);
+        } else if (drop(client, path)) {
+            LOG4CPLUS_WARN(logger, "The bus takes the signals to "
+                                       << client << " too slowly: some are left out");
         }
     }
     if (receivers.empty()) {
