@@ -91,11 +91,6 @@ bool Clients::isReady(const std::string &client)
     return !m_unread.isUndecided(client) && !m_isHeldBack(client) && !waitsForOthers;
 }
 
-bool Clients::isLate(const std::string &client)
-{
-    return m_outbox.isLate(client) && m_quotas.timeOfOthers(client) > maxLittle;
-}
-
 void Clients::receive(const BusMessage &call)
 {
     // A bus adds the sender; without one there is nobody to reply to.

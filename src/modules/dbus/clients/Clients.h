@@ -105,9 +105,12 @@ public:
     bool send(const std::string &client, const BusMessage &signal, std::size_t bytes,
               const Outbox::Instead &instead = {});
 
-    /// Whether signals to the client come faster than the bus takes them, while other users keep the host busy.
+    /// Whether signals to the client come faster than the bus takes them, and other users may have caused them.
     /// Replies to the client wait behind its signals.
-    bool isLate(const std::string &client);
+    bool isLate(const std::string &client) const
+    {
+        return m_outbox.isLate(client) && m_quotas.hasManyUsers();
+    }
 
     /// Sends a signal to everyone, after what was sent to the client before.
     void sendToAll(const std::string &client, const BusMessage &signal, std::size_t bytes);

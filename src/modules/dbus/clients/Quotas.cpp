@@ -404,19 +404,6 @@ Quotas::Seconds Quotas::timeOfUser(const std::string &client)
     return Seconds(known == nullptr ? 0 : known->user->time / m_timeUnit);
 }
 
-Quotas::Seconds Quotas::timeOfOthers(const std::string &client)
-{
-    setTimeUnit();
-    const UserId own = userOf(client);
-    double most = 0;
-    for (const auto &[id, user] : m_users) {
-        if (id != own) {
-            most = std::max(most, user.time / m_timeUnit);
-        }
-    }
-    return Seconds(most);
-}
-
 Quotas::Turn Quotas::sendingTurnOf(const std::string &client) const
 {
     const Account *known = find(client);

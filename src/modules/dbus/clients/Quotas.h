@@ -145,9 +145,6 @@ public:
     /// The time that was spent on the client's user of late.
     Seconds timeOfUser(const std::string &client);
 
-    /// The most time that was spent on any other user of late.
-    Seconds timeOfOthers(const std::string &client);
-
     bool hasManyUsers() const { return m_users.size() > 1; }
 
     /// The time spent on a client's user, and on the client including what comes next: the least is
