@@ -15,6 +15,12 @@ BusError Refusals::clientHoldsTooMuch(std::size_t max, const char *what)
                                    what);
 }
 
+BusError Refusals::userHoldsTooMuch(std::size_t max, const char *what)
+{
+    return BusError::limitExceeded("A user's clients may have no more than " + std::to_string(max) +
+                                   ' ' + what);
+}
+
 BusError Refusals::allClientsHoldTooMuch(std::size_t max, const char *what)
 {
     return BusError::limitExceeded("All clients together may have no more than " +

@@ -14,6 +14,7 @@ namespace Refusals {
 // Limits, see Quotas and UnreadBytes.
 BusError tooManyRequests(int maxPerSecond);
 BusError clientHoldsTooMuch(std::size_t max, const char *what);
+BusError userHoldsTooMuch(std::size_t max, const char *what);
 BusError allClientsHoldTooMuch(std::size_t max, const char *what);
 BusError clientReadsTooLittle(std::size_t maxUnreadBytes);
 BusError allClientsReadTooLittle(std::size_t maxUnreadBytes);

@@ -8,10 +8,12 @@
 #include "modules/dbus/clients/Refusals.h"
 
 namespace {
-/// For each client. The player accepts 256 requesters, of all clients and modules together.
-constexpr std::size_t maxRequesters = 16;
+// Of requesters of ducking, and of registrations. The player and the power manager accept 256 of all clients and
+// modules together.
+constexpr std::size_t maxOfClient = 16;
+constexpr std::size_t maxOfUser = 64;
+constexpr std::size_t maxOfAll = 224;
 
-/// In characters. The services refuse longer names, so they need not be tracked.
 constexpr int maxNameLength = 256;
 
 /// An empty name stays empty, so that the services refuse it.
@@ -24,7 +26,8 @@ QString nameOf(const std::string &client, const QString &name)
 } // namespace
 
 ServiceRequests::ServiceRequests(Clients &clients, const Inboxes &inboxes)
-    : m_inboxes(inboxes)
+    : m_clients(clients)
+    , m_inboxes(inboxes)
 {
     tavoConnect(&clients, &Clients::left, this, &ServiceRequests::on_clients_left);
 }
@@ -49,7 +52,7 @@ QVariant ServiceRequests::adapted(const std::string &client, const CMPath &path,
 }
 
 QVariant ServiceRequests::registration(const std::string &client,
-                                       TavoPowerManagerModuleRegister request) const
+                                       TavoPowerManagerModuleRegister request)
 {
     for (const CMPath &target :
          {request.revokeResourcesPath(), request.postRevokeResourcesPath()}) {
@@ -57,26 +60,51 @@ QVariant ServiceRequests::registration(const std::string &client,
             throw Refusals::notAnInboxOfTheCaller();
         }
     }
-    return request.setModuleName(nameOf(client, request.moduleName())).__variant();
+    const QString name = nameOf(client, request.moduleName());
+    add(m_modules, client, name, "registrations");
+    return request.setModuleName(name).__variant();
 }
 
 QVariant ServiceRequests::ducking(const std::string &client, TavoPlayerAudioDuckingRequest request)
 {
     const QString name = nameOf(client, request.requester());
-    if (name.size() <= maxNameLength) {
-        std::set<QString> &known = m_requesters[client];
-        if (!request.duckAudio()) {
-            known.erase(name);
-        } else if (known.insert(name).second && known.size() > maxRequesters) {
-            known.erase(name);
-            throw Refusals::clientHoldsTooMuch(maxRequesters, "requesters of ducking");
-        }
+    if (request.duckAudio()) {
+        add(m_requesters, client, name, "requesters of ducking");
+    } else if (const auto known = m_requesters.find(client); known != m_requesters.end()) {
+        known->second.erase(name);
     }
     return request.setRequester(name).__variant();
 }
 
+void ServiceRequests::add(Names &names, const std::string &client, const QString &name,
+                          const char *what)
+{
+    // The modules refuse longer ones.
+    if (name.size() > maxNameLength || !names[client].insert(name).second) {
+        return;
+    }
+    const Quotas &quotas = m_clients.quotas();
+    std::size_t ofUser = 0;
+    std::size_t ofAll = 0;
+    for (const auto &[other, known] : names) {
+        ofAll += known.size();
+        ofUser += quotas.userOf(other) == quotas.userOf(client) ? known.size() : 0;
+    }
+    const std::size_t ofClient = names[client].size();
+    if (ofClient <= maxOfClient && ofUser <= maxOfUser && ofAll <= maxOfAll) {
+        return;
+    }
+    names[client].erase(name);
+    if (ofClient > maxOfClient) {
+        throw Refusals::clientHoldsTooMuch(maxOfClient, what);
+    }
+    throw ofUser > maxOfUser ? Refusals::userHoldsTooMuch(maxOfUser, what)
+                             : Refusals::allClientsHoldTooMuch(maxOfAll, what);
+}
+
 void ServiceRequests::on_clients_left(const std::string &client)
 {
+    m_modules.erase(client);
     const auto left = m_requesters.extract(client);
     if (left.empty()) {
         return;

@@ -28,18 +28,23 @@ public:
 
     /// The value to send to the path instead of the client's. Throws BusError::accessDenied() for a
     /// registration whose messages would not go to the client, and BusError::limitExceeded() when the
-    /// client ducks for too many requesters.
+    /// client, its user or all clients would have too many requesters of ducking or registrations.
     QVariant adapted(const std::string &client, const CMPath &path, const QVariant &value);
 
 private Q_SLOTS:
     void on_clients_left(const std::string &client);
 
 private:
-    QVariant registration(const std::string &client, TavoPowerManagerModuleRegister request) const;
+    using Names = std::unordered_map<std::string, std::set<QString>>; ///< of each client
+
+    QVariant registration(const std::string &client, TavoPowerManagerModuleRegister request);
     QVariant ducking(const std::string &client, TavoPlayerAudioDuckingRequest request);
 
+    void add(Names &names, const std::string &client, const QString &name, const char *what);
+
+    Clients &m_clients;
     const Inboxes &m_inboxes;
 
-    /// The names for which each client ducks.
-    std::unordered_map<std::string, std::set<QString>> m_requesters;
+    Names m_requesters; ///< for which it ducks
+    Names m_modules;    ///< that it has registered
 };

@@ -151,6 +151,33 @@ TEST_F(DbusServicesTest, DuckForALimitedNumberOfRequestersOfAClient)
     EXPECT_TRUE(duck(other, "other").succeeds());
 }
 
+TEST_F(DbusServicesTest, DuckForALimitedNumberOfRequestersOfAUser)
+{
+    constexpr int maxOfClient = 16;
+    constexpr int maxOfUser = 64;
+    std::vector<std::unique_ptr<ModelClient>> clients;
+    for (int i = 0; i < maxOfUser; ++i) {
+        if (i % maxOfClient == 0) {
+            clients.push_back(std::make_unique<ModelClient>(bus().address()));
+        }
+        ASSERT_TRUE(duck(*clients.back(), QString::number(i)).succeeds());
+    }
+    EXPECT_EQ(duck(*client, "more").errorName(), "org.freedesktop.DBus.Error.LimitsExceeded");
+    EXPECT_THAT(requesters(), SizeIs(1 + maxOfUser));
+    clients.pop_back();
+    EXPECT_TRUE(waitFor([&] { return duck(*client, "more").succeeds(); }));
+}
+
+TEST_F(DbusServicesTest, RegisterALimitedNumberOfModulesOfAClient)
+{
+    const QString inbox = openInbox(*client);
+    for (int i = 0; i < 16; ++i) {
+        registerAt(*client, QString::number(i), inbox).waitForAnswer();
+    }
+    EXPECT_EQ(registerAt(*client, "more", inbox).errorName(),
+              "org.freedesktop.DBus.Error.LimitsExceeded");
+}
+
 TEST_F(DbusServicesTest, RefuseClientsWithoutANameAndValuesThatAreNotRecords)
 {
     EXPECT_EQ(duck(*client, "").errorName(), "org.tavo.Error.Player");
