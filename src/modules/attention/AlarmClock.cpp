@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <ctime>
 #include <limits>
 #include <sys/timerfd.h>
 #include <system_error>
@@ -50,8 +51,11 @@ qint64 AlarmClock::now()
 
 void AlarmClock::set(std::optional<qint64> time)
 {
-    // A timer that is armed tells changes of the clock, too. Zero would disarm it.
-    constexpr qint64 never = std::numeric_limits<qint32>::max() * msOfSecond * 8;
+    // A timer that is armed tells changes of the clock, too. Zero would disarm it. 32-bit processors count seconds
+    // up to 2038.
+    constexpr qint64 farSeconds = qint64(std::numeric_limits<qint32>::max()) * 8;
+    constexpr qint64 never =
+        std::min<qint64>(farSeconds, std::numeric_limits<time_t>::max()) * msOfSecond;
     const qint64 moment = std::clamp<qint64>(time.value_or(never), 1, never);
     itimerspec timer{};
     timer.it_value.tv_sec = moment / msOfSecond;
