@@ -23,7 +23,7 @@
 namespace {
 constexpr int maxTextLength = 1000;
 constexpr int maxWaiting = 16; // of a user
-constexpr QLatin1String tooMany("Too many texts wait to be spoken");
+constexpr const char *tooMany = "Too many texts wait to be spoken";
 
 /// Of a sound. A minute of speech has 3 MiB.
 constexpr int maxBytes = 32 << 20;
@@ -98,7 +98,7 @@ void Speech::say(const Request &request, const Receiver &receiver)
     const QString said = request.text.left(maxTextLength);
     const QStringList command = commandFor(said, request.language);
     if (command.isEmpty()) {
-        refuse(receiver, QLatin1String("No program for speech is configured"));
+        refuse(receiver, "No program for speech is configured");
         return;
     }
     if (!makeRoom(request.user, request.priority)) {
@@ -134,9 +134,10 @@ bool Speech::makeRoom(const QString &user, TavoNotificationItemPriority::Enum pr
     return true;
 }
 
-void Speech::refuse(const Receiver &receiver, QLatin1String reason)
+void Speech::refuse(const Receiver &receiver, const char *reason)
 {
-    QTimer::singleShot(0, this, [receiver, reason] { receiver(Failure{reason}); });
+    QTimer::singleShot(0, this,
+                       [receiver, reason] { receiver(Failure{QString::fromLatin1(reason)}); });
 }
 
 QString Speech::fileFor(const QStringList &command, const QString &text) const

@@ -92,7 +92,7 @@ private:
     QStringList commandFor(const QString &text, const QString &language) const;
     bool makeRoom(const QString &user, TavoNotificationItemPriority::Enum priority);
     Job takeNext();
-    void refuse(const Receiver &receiver, QLatin1String reason);
+    void refuse(const Receiver &receiver, const char *reason);
     void startNext();
     void finish(const Result<QString> &result);
     Result<QString> takeResult();

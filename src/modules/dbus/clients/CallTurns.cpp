@@ -60,6 +60,7 @@ CallTurns::CallTurns(BusConnection &bus, Quotas &quotas, const ClientLimits &lim
 
 void CallTurns::add(const std::string &client, const BusMessage &call, Method &method)
 {
+    m_hasCome = true;
     Quotas::Charge charge;
     // A call before which nothing waits is handled at once, so it does not count.
     if (!m_waiting.empty()) {
@@ -137,10 +138,11 @@ bool CallTurns::isFlooded() const
 
 void CallTurns::on_bus_turned()
 {
-    if (isFlooded() && Clock::now() < m_nextTurn) {
-        m_timer.start(moment);
-    } else {
+    const bool hasCome = std::exchange(m_hasCome, false);
+    if (!isFlooded() || Clock::now() >= m_nextTurn) {
         handleSome();
+    } else if (hasCome || !m_timer.isActive()) {
+        m_timer.start(moment);
     }
 }
 

@@ -130,5 +130,6 @@ private:
     std::map<Quotas::UserId, int> m_left; ///< how many of these clients have left
     bool m_isSpending = false;
     Clock::time_point m_nextTurn{}; ///< in a flood
+    bool m_hasCome = false;         ///< a call, in this turn of the bus
     QTimer m_timer;                 ///< runs while calls are left for the next turn
 };

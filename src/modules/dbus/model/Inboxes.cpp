@@ -43,8 +43,10 @@ bool Inboxes::isOf(const std::string &client, const CMPath &path) const
 void Inboxes::admit(const std::string &client, const CMPath &inbox, std::size_t bytes)
 {
     const auto found = m_inboxes.find(inbox);
-    const Quotas::UserId user = m_clients.quotas().userOf(client);
-    if (found == m_inboxes.end() || (user && found->second.charge.user() == user)) {
+    const Quotas &quotas = m_clients.quotas();
+    const Quotas::UserId user = quotas.userOf(client);
+    if (!quotas.hasManyUsers() || found == m_inboxes.end() ||
+        (user && found->second.charge.user() == user)) {
         return;
     }
     const double perSecond = m_clients.limits().messageBytes;

@@ -162,6 +162,7 @@ TEST_F(DbusServicesTest, DuckForALimitedNumberOfRequestersOfAUser)
         }
         ASSERT_TRUE(duck(*clients.back(), QString::number(i)).succeeds());
     }
+    ASSERT_TRUE(client->ask("List", {"/"_s}).succeeds()); // so that its user is known
     EXPECT_EQ(duck(*client, "more").errorName(), "org.freedesktop.DBus.Error.LimitsExceeded");
     EXPECT_THAT(requesters(), SizeIs(1 + maxOfUser));
     clients.pop_back();
