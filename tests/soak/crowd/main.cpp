@@ -146,15 +146,16 @@ void settle(const CrowdHost &host, Report &report)
     } while (!elapsed.hasExpired(settleTime.count()));
     report.rowsLeft = report.after.rows - report.before.rows;
     report.afterwards = useAlone(host);
-    waitingFor([&host] {
-        host.clearDisplay();
-        return 0;
-    });
     waitFor(
         [&] {
-            report.after = waitingFor(readState);
+            // Again and again: the module for attention tells of floods some seconds after them.
+            report.after = waitingFor([&] {
+                host.clearDisplay();
+                return readState();
+            });
             // Between two sounds, nothing plays for a moment.
-            return !report.after.isPlaying && isAsBefore(report.after, report.before);
+            return !report.after.isPlaying && isAsBefore(report.after, report.before) &&
+                   report.after.rows <= report.before.rows;
         },
         quietTime);
 }
