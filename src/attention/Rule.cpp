@@ -68,6 +68,12 @@ std::optional<QString> readString(TavoConfiguration &configuration, const QStrin
     return text.isNull() ? std::nullopt : std::optional(text);
 }
 
+std::optional<int> readInteger(TavoConfiguration &configuration, const QString &key, int max)
+{
+    const int number = configuration.integer(key, -1, 0, max);
+    return number < 0 ? std::nullopt : std::optional(number);
+}
+
 std::optional<bool> readBoolean(TavoConfiguration &configuration, const QString &key)
 {
     return configuration.keys().contains(key) ? std::optional(configuration.boolean(key, false))
@@ -111,12 +117,10 @@ void Rule::readConditions(TavoConfiguration configuration, const QTimeZone &zone
 void Rule::readTreatment(TavoConfiguration configuration)
 {
     m_treatment.priority = readPriority(configuration, QStringLiteral("priority"));
-    const int timeout = configuration.integer(QStringLiteral("timeout"), -1, 0, maxTimeoutMs);
-    m_treatment.timeout = timeout < 0 ? std::nullopt : std::optional(timeout);
+    m_treatment.timeout = readInteger(configuration, QStringLiteral("timeout"), maxTimeoutMs);
     m_treatment.sound = readString(configuration, QStringLiteral("sound"));
-    const int attenuation =
-        configuration.integer(QStringLiteral("attenuation"), -1, 0, maxAttenuation);
-    m_treatment.attenuation = attenuation < 0 ? std::nullopt : std::optional(attenuation);
+    m_treatment.attenuation =
+        readInteger(configuration, QStringLiteral("attenuation"), maxAttenuation);
     m_treatment.group = readString(configuration, QStringLiteral("group"));
     m_treatment.groupFrom = readGroupFrom(configuration);
     m_treatment.chime = readString(configuration, QStringLiteral("chime"));

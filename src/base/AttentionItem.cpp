@@ -38,6 +38,7 @@ AttentionItem::AttentionItem(const TavoAttentionItem &record)
     , soundFollows(record.soundFollows())
     , speech(record.speech())
     , language(record.language())
+    , givesWay(record.givesWay())
     , isTransient(record.isTransient())
 {
 }
@@ -67,6 +68,9 @@ TavoAttentionItem AttentionItem::record() const
     record.setPriority(priority).setTimeout(timeout);
     if (soundFollows) {
         record.setSoundFollows(true);
+    }
+    if (givesWay) {
+        record.setGivesWay(true);
     }
     if (isTransient) {
         record.setTransient(true);

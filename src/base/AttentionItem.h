@@ -35,6 +35,7 @@ struct AttentionItem
     bool soundFollows = false;
     QString speech;
     QString language;
+    bool givesWay = false;
     bool isTransient = false;
 };
 

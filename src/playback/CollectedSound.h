@@ -14,7 +14,7 @@ class ByteInput;
 class SoundFile;
 
 /// A sound file from a FIFO or over the network: collected to its end, then decoded. A file on disk
-/// is decoded in place.
+/// is decoded in place. Paused sounds keep what they have collected, so what all of them may take is limited.
 class CollectedSound : public FrameSource
 {
 public:
@@ -29,6 +29,7 @@ public:
     Result<bool> rewind() override;
 
 private:
+    bool append(const char *bytes, int count); ///< false if there is no room
     Result<Loading> decode(std::unique_ptr<SoundFile> sound, const WakeEvent &wake);
 
     const std::unique_ptr<ByteInput> m_input;

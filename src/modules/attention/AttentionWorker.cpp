@@ -323,7 +323,7 @@ void AttentionWorker::on_replace_activated(const CMSetDataRequest &request)
         request.reply().setError(error(TAVO_TR("There is no such notification")));
         return;
     }
-    const Decision decision = decide(item);
+    const Decision decision = item.givesWay ? m_items.givingWay(item) : decide(item);
     reply(request, m_items.replace(item, decision), decision);
 }
 

@@ -224,6 +224,13 @@ void OpenItems::openAgain(const HistoryEntry &entry)
     show(opened);
 }
 
+Decision OpenItems::givingWay(const AttentionItem &item) const
+{
+    Decision decision = m_entries.find(item.id)->decision;
+    decision.priority = std::min(decision.priority, item.priority);
+    return decision;
+}
+
 AttentionOutcome OpenItems::replace(const AttentionItem &item, const Decision &decision)
 {
     Entry &entry = *m_entries.find(item.id);

@@ -51,6 +51,9 @@ public:
     /// Opens one again that the history has as open.
     void openAgain(const HistoryEntry &entry);
 
+    /// What has been decided about one that is open, with the priority that it asks for now if that is lower.
+    Decision givingWay(const AttentionItem &item) const;
+
     /// Changes one that is open. A message that the new decision does not show is closed.
     AttentionOutcome replace(const AttentionItem &item, const Decision &decision);
 

@@ -92,7 +92,9 @@ void PrivateBus::resume()
 void PrivateBus::start()
 {
     m_daemon = std::make_unique<BoundProcess>();
-    m_daemon->setStandardErrorFile(m_folder.filePath(QStringLiteral("bus.log")));
+    // In a flood, the daemon logs thousands of refused calls a second. With a file, it would wait
+    // for the disk.
+    m_daemon->setStandardErrorFile(QProcess::nullDevice());
     m_daemon->start(QStringLiteral("dbus-daemon"),
                     {QStringLiteral("--nofork"), QStringLiteral("--nopidfile"),
                      QStringLiteral("--print-address"),

@@ -126,6 +126,8 @@ class TavoAttentionItem : public TavoHash
     TAVO_FIELD(QString, speech, setSpeech)
     /// The language of what is read aloud, such as "de"; if it is empty, the script tells it.
     TAVO_FIELD(QString, language, setLanguage)
+    /// To replace one that is open: nothing is decided anew, it only gets the priority if that is lower.
+    TAVO_FIELD(bool, givesWay, setGivesWay)
     /// Not worth keeping: the history has no text of it.
     TAVO_FIELD_KEY(bool, isTransient, setTransient, "transient")
 };

@@ -119,20 +119,20 @@ void HistoryIndex::prepareCommit()
 
 void HistoryIndex::removeUpTo(qint64 number)
 {
-    qint64 block = 0;
-    {
-        SqliteRows rows(m_oldest);
-        if (!rows.next()) {
-            return;
-        }
-        block = rows.number(0);
-        const bool isEmpty = rows.next() && rows.number(0) <= number;
-        if (!isEmpty) {
-            return;
-        }
+    while (const std::optional<qint64> block = emptyBlock(number)) {
+        m_database.execute(sql("DROP TABLE BLOCK", *block));
+        m_remove.run(*block);
     }
-    m_database.execute(sql("DROP TABLE BLOCK", block));
-    m_remove.run(block);
+}
+
+std::optional<qint64> HistoryIndex::emptyBlock(qint64 number)
+{
+    SqliteRows rows(m_oldest);
+    if (!rows.next()) {
+        return std::nullopt;
+    }
+    const qint64 block = rows.number(0);
+    return rows.next() && rows.number(0) <= number ? std::optional(block) : std::nullopt;
 }
 
 void HistoryIndex::rolledBack()

@@ -31,7 +31,7 @@ public:
     /// Adds an entry that takes this many bytes, with a higher number than all others.
     void add(qint64 number, const HistoryEntry &entry, qint64 bytes);
 
-    /// Removes the oldest block if no entry has a number in it that is higher than this.
+    /// Removes the blocks in which no entry has a number that is higher than this.
     void removeUpTo(qint64 number);
 
     /// To be called before a transaction is committed.
@@ -54,6 +54,9 @@ private:
     void openNewest();
     void open(qint64 block, qint64 bytes);
     void makeBlock(qint64 number);
+
+    /// The oldest block, if no entry in it has a number that is higher than this.
+    std::optional<qint64> emptyBlock(qint64 number);
 
     Sqlite &m_database;
     const qint64 m_maxBlockBytes;

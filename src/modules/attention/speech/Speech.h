@@ -86,7 +86,6 @@ private:
         Receiver receiver;
         std::uint64_t turn; ///< of equal priority, the lowest is next
     };
-    using Jobs = std::vector<Job>; ///< in the order in which they came
 
     /// Empty if none is configured for the text.
     QStringList commandFor(const QString &text, const QString &language) const;
@@ -102,9 +101,9 @@ private:
     const Settings m_settings;
     QStringList m_command;
     QMap<QString, QStringList> m_languages; ///< commands, by language
-    Jobs m_waiting;
-    std::optional<Job> m_job; ///< that is worked for
-    bool m_isPutOff = false;  ///< for a more urgent one
+    std::vector<Job> m_waiting;             ///< in the order in which they came
+    std::optional<Job> m_job;               ///< the one that the program works for
+    bool m_isPutOff = false;                ///< for a more urgent one
     std::uint64_t m_lastTurn = 0;
     std::unique_ptr<Process> m_process;
     QByteArray m_sound; ///< what the program has written

@@ -145,7 +145,7 @@ void ClientAttention::giveWay(const QString &id)
         return;
     }
     TavoAttentionItem &item = notification->second.item;
-    item.setPriority(LeftMessages::below(item.priority())).setSoundFollows(false);
+    item.setPriority(LeftMessages::below(item.priority())).setGivesWay(true).setSoundFollows(false);
     send(TavoAttentionReplacePath(), item, {});
 }
 

@@ -358,6 +358,9 @@ void ClientSounds::on_sound_responded(const CMSetDataRequest &request)
     if (!sound.target.isEmpty() && !isAgain) {
         CMRoot()->invoke(sound.target, request.value(), {});
     }
+    if (type == TavoNotificationPlayerResponseType::Failed) {
+        m_turns.fail(request.path());
+    }
     if (isEnd(type)) {
         forget(request.path());
     }

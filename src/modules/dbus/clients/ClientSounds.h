@@ -96,7 +96,7 @@ private:
         int timesGivenWay = 0;
         bool givesWay = false;    ///< is cancelled, to be played again later
         bool isOnItsWay = false;  ///< to the player, through the module for attention
-        bool isCancelled = false; ///< is cancelled when the player has it
+        bool isCancelled = false; ///< for good; one on its way, when the player has it
         std::uint64_t turn = 0;   ///< see UrgentTurns
     };
 

@@ -39,8 +39,8 @@ constexpr std::chrono::seconds memoryPause(1);
 constexpr std::chrono::seconds checkPause(2);
 constexpr std::chrono::seconds checkTimeout(5);
 
-/// On a user on whom no more than this was spent in the last second or two, little was spent.
-constexpr std::chrono::milliseconds maxLittle(100);
+/// A user on whom more than this was spent in the last second or two need not be served at once.
+constexpr std::chrono::milliseconds maxUserTime(100);
 
 /// About how long the description of an object is. Other replies to standard calls are short.
 constexpr std::size_t descriptionBytes = 1 << 13;
@@ -86,8 +86,8 @@ void Clients::setLimits(const ClientLimits &limits)
 bool Clients::isReady(const std::string &client)
 {
     // What calls cause waits for the bus, and so do the replies to other users behind it.
-    const bool waitsForOthers =
-        m_outbox.isBackedUp() && m_quotas.hasManyUsers() && m_quotas.timeOfUser(client) > maxLittle;
+    const bool waitsForOthers = m_outbox.isBackedUp() && m_quotas.hasManyUsers() &&
+                                m_quotas.timeOfUser(client) > maxUserTime;
     return !m_unread.isUndecided(client) && !m_isHeldBack(client) && !waitsForOthers;
 }
 
@@ -215,11 +215,11 @@ void Clients::refuse(const BusMessage &call, const BusError &error)
         return;
     }
     const std::string client = call.sender();
-    if (!m_unread.admitSmall(client, error.message().size() + UnreadBytes::messageBytes)) {
-        return;
-    }
     try {
-        reply(call, call.createErrorReply(error));
+        const BusMessage refusal = call.createErrorReply(error);
+        m_unread.sendSmall(
+            client, error.message().size() + UnreadBytes::messageBytes,
+            [this, client, refusal] { m_outbox.send(client, refusal, UnreadBytes::messageBytes); });
     } catch (const BusError &failure) {
         LOG4CPLUS_WARN(logger, "A refusal can't be written: " << failure.what());
     }

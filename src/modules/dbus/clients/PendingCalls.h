@@ -45,7 +45,7 @@ public:
     static constexpr int maxRecent = 16;
 
     /// Answers the call with the reply's value or error, at once if the reply is finished. While it is recent, it
-    /// counts for so many others.
+    /// counts as this many calls.
     void answer(const BusMessage &call, const CMReply<QVariant> &reply, const Write &write,
                 Quotas::Charge charge, int weight = 1);
 

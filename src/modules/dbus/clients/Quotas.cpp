@@ -362,7 +362,7 @@ void Quotas::setTimeUnit()
         return;
     }
     const double unit = std::exchange(m_timeUnit, 1);
-    const auto divide = [unit](auto &times) {
+    const auto divide = [unit](Times &times) {
         times.time /= unit;
         times.sendingTime /= unit;
     };
@@ -377,24 +377,24 @@ void Quotas::setTimeUnit()
 
 void Quotas::addTime(const std::string &client, Seconds time)
 {
-    Account *known = find(client);
-    if (known == nullptr) {
-        return;
-    }
-    setTimeUnit();
-    known->time += time.count() * m_timeUnit;
-    known->user->time += time.count() * m_timeUnit;
+    spend(client, time, &Times::time);
 }
 
 void Quotas::addSendingTime(const std::string &client, Seconds time)
+{
+    spend(client, time, &Times::sendingTime);
+}
+
+void Quotas::spend(const std::string &client, Seconds time, double Times::*kind)
 {
     Account *known = find(client);
     if (known == nullptr) {
         return;
     }
     setTimeUnit();
-    known->sendingTime += time.count() * m_timeUnit;
-    known->user->sendingTime += time.count() * m_timeUnit;
+    for (Times *times : {static_cast<Times *>(known), static_cast<Times *>(known->user)}) {
+        times->*kind += time.count() * m_timeUnit;
+    }
 }
 
 Quotas::Seconds Quotas::timeOfUser(const std::string &client)

@@ -188,16 +188,21 @@ private:
         const char *what;
     };
 
-    struct User
+    /// Time that was spent; see m_timeUnit.
+    struct Times
+    {
+        double time = 0;
+        double sendingTime = 0;
+    };
+
+    struct User : Times
     {
         UserId id;
         Amounts held{};
-        double time = 0; ///< see m_timeUnit
-        double sendingTime = 0;
         std::shared_ptr<Account> left; ///< what clients have left behind
     };
 
-    struct Account : std::enable_shared_from_this<Account>
+    struct Account : std::enable_shared_from_this<Account>, Times
     {
         Account(std::string name, User &owner, Amounts &all);
 
@@ -211,8 +216,6 @@ private:
         Amounts held{};
         double requests = 0; ///< how many it may send at once; refilled with time
         Clock::time_point refilled;
-        double time = 0; ///< see m_timeUnit
-        double sendingTime = 0;
 
         /// Kind, priority and number: in this order they are given up.
         using Key = std::tuple<Kind, int, std::uint64_t>;
@@ -245,6 +248,7 @@ private:
     Item *findVictim(const Account &asking, Kind kind, std::size_t amount, Priority priority) const;
     const User &heaviestUser(const Account &asking, Kind kind, std::size_t amount) const;
     void setTimeUnit();
+    void spend(const std::string &client, Seconds time, double Times::*kind);
     template <typename Function>
     void forEachAccount(const Function &function) const;
 

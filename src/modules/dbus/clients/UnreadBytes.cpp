@@ -29,6 +29,9 @@ constexpr std::chrono::milliseconds minAskInterval(100);
 /// replies.
 constexpr int maxOthersAsked = 32;
 
+/// Errors to a client that wait until it has read more.
+constexpr std::size_t maxLate = 32;
+
 /// Fractions of a client's limit, as divisors: how much is unread when the bus is asked, how much
 /// more is sent before it is asked again, and how much more may be sent as errors.
 constexpr std::size_t askPart = 2;
@@ -73,6 +76,9 @@ UnreadBytes::UnreadBytes(BusConnection &bus, Quotas &quotas, Outbox &outbox,
     , m_outbox(outbox)
     , m_limits(limits)
 {
+    m_lateTimer.setSingleShot(true);
+    m_lateTimer.setInterval(minAskInterval);
+    tavoConnect(&m_lateTimer, &QTimer::timeout, this, &UnreadBytes::on_lateTimer_timeout);
 }
 
 void UnreadBytes::forget(const std::string &client)
@@ -109,21 +115,65 @@ bool UnreadBytes::admit(const std::string &client, std::size_t bytes)
     return true;
 }
 
-bool UnreadBytes::admitSmall(const std::string &client, std::size_t bytes)
+bool UnreadBytes::fitsSmall(const ClientMap::value_type &entry, std::size_t bytes) const
+{
+    const std::size_t then = entry.second.total() + bytes;
+    return then <= Quotas::freeBytes + Quotas::freeBytes / freeSmallPart ||
+           (then <= maxBytes() + maxBytes() / smallPart &&
+            m_quotas.hasRoom(entry.first, Quotas::UnreadBytes, bytes));
+}
+
+void UnreadBytes::sendSmall(const std::string &client, std::size_t bytes, const Send &send)
 {
     if (!m_isTold || !m_quotas.knows(client)) {
-        return true;
+        send();
+        return;
     }
     auto &entry = *m_clients.try_emplace(client).first;
-    const std::size_t then = entry.second.total() + bytes;
-    if (then > Quotas::freeBytes + Quotas::freeBytes / freeSmallPart &&
-        (then > maxBytes() + maxBytes() / smallPart ||
-         !m_quotas.hasRoom(client, Quotas::UnreadBytes, bytes))) {
-        askSometimes(entry);
-        return false;
+    std::deque<Late> &late = entry.second.late;
+    if (late.empty() && fitsSmall(entry, bytes)) {
+        count(entry, bytes);
+        send();
+        return;
     }
-    count(entry, bytes);
-    return true;
+    askSometimes(entry);
+    if (late.size() < maxLate) {
+        late.push_back({bytes, send});
+        if (!m_lateTimer.isActive()) {
+            m_lateTimer.start();
+        }
+    }
+}
+
+void UnreadBytes::sendLate(ClientMap::value_type &entry)
+{
+    std::deque<Late> &late = entry.second.late;
+    while (!late.empty() && (!m_isTold || fitsSmall(entry, late.front().bytes))) {
+        const Late error = std::move(late.front());
+        late.pop_front();
+        if (m_isTold) {
+            count(entry, error.bytes);
+        }
+        error.send();
+    }
+}
+
+void UnreadBytes::on_lateTimer_timeout()
+{
+    int asked = 0;
+    auto client = m_clients.upper_bound(m_lastLate);
+    for (std::size_t i = 0; i < m_clients.size(); ++i, ++client) {
+        client = client == m_clients.end() ? m_clients.begin() : client;
+        sendLate(*client);
+        if (!client->second.late.empty() && asked < maxOthersAsked) {
+            ++asked;
+            m_lastLate = client->first;
+            ask(*client);
+        }
+    }
+    if (asked > 0) {
+        m_lateTimer.start();
+    }
 }
 
 void UnreadBytes::count(ClientMap::value_type &entry, std::size_t bytes)
@@ -261,6 +311,7 @@ void UnreadBytes::take(const std::string &client, const BusMessage &statistics)
     } catch (const std::exception &unexpected) {
         doWithoutStatistics(unexpected.what());
     }
+    sendLate(*entry);
     if (std::exchange(known.asksAgain, false)) {
         ask(*entry);
     }

@@ -5,6 +5,9 @@
 
 #include "ClientLimits.h"
 
+#include <QObject>
+#include <QTimer>
+
 #include <chrono>
 #include <cstddef>
 #include <deque>
@@ -28,8 +31,10 @@ class Quotas;
 /// counted.
 ///
 /// Owned by Clients, used in the worker's thread. Clients must be known to the quotas.
-class UnreadBytes
+class UnreadBytes : public QObject
 {
+    Q_OBJECT
+
 public:
     /// About how much a message takes in addition to its values.
     static constexpr std::size_t messageBytes = 256;
@@ -48,8 +53,11 @@ public:
     /// may exceed the client's limit if the client has read everything else.
     bool admit(const std::string &client, std::size_t bytes);
 
-    /// Whether an error may be sent; if so, counts it. A client that reads nothing gets only a few.
-    bool admitSmall(const std::string &client, std::size_t bytes);
+    using Send = std::function<void()>;
+
+    /// Sends an error, which takes few bytes, and counts it: now, or when the client has read more. A client that
+    /// reads nothing gets only a few; further ones are dropped.
+    void sendSmall(const std::string &client, std::size_t bytes, const Send &send);
 
     using Decide = std::function<void(bool isAdmitted)>;
 
@@ -63,6 +71,9 @@ public:
     /// The error for a reply that is refused.
     BusError refusal(const std::string &client) const;
 
+private Q_SLOTS:
+    void on_lateTimer_timeout();
+
 private:
     using Clock = std::chrono::steady_clock;
 
@@ -70,6 +81,12 @@ private:
     {
         std::size_t bytes;
         Decide decide;
+    };
+
+    struct Late
+    {
+        std::size_t bytes;
+        Send send;
     };
 
     struct Client
@@ -80,6 +97,7 @@ private:
         bool asksAgain = false; ///< ask once more after the reply, because more was sent
         Clock::time_point asked{};
         std::deque<Undecided> undecided;
+        std::deque<Late> late; ///< errors
 
         std::size_t total() const { return before + since; }
     };
@@ -91,7 +109,9 @@ private:
         return std::size_t(m_limits.totalUnreadBytes);
     } ///< of all clients
     bool fits(const ClientMap::value_type &entry, std::size_t bytes) const;
+    bool fitsSmall(const ClientMap::value_type &entry, std::size_t bytes) const;
     void count(ClientMap::value_type &entry, std::size_t bytes);
+    void sendLate(ClientMap::value_type &entry);
     void ask(ClientMap::value_type &entry);
     void askSometimes(ClientMap::value_type &entry);
     void askAboutOthers(const std::string &client);
@@ -109,4 +129,6 @@ private:
     bool m_isTold = true; ///< false once the bus has turned out to have no statistics
     std::string m_lastOther;
     Clock::time_point m_othersAsked{};
+    std::string m_lastLate;
+    QTimer m_lateTimer; ///< runs while errors are late
 };

@@ -3,6 +3,7 @@
 
 #include "UrgentTurns.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -32,7 +33,7 @@ UrgentTurns::UrgentTurns()
 void UrgentTurns::add(const CMPath &sound, const Quotas::Charge &charge, std::uint64_t number,
                       bool hasStarted)
 {
-    m_sounds.emplace(sound, Sound{&charge, number, {}});
+    m_sounds.emplace(sound, Sound{&charge, number, Clock::now(), {}});
     if (hasStarted) {
         start(sound);
     }
@@ -47,6 +48,15 @@ void UrgentTurns::start(const CMPath &sound)
     }
 }
 
+void UrgentTurns::fail(const CMPath &sound)
+{
+    const auto found = m_sounds.find(sound);
+    if (found != m_sounds.end() && !found->second.started) {
+        found->second.started = std::max(found->second.added, m_lastEnd);
+    }
+    remove(sound);
+}
+
 void UrgentTurns::remove(const CMPath &sound)
 {
     const auto found = m_sounds.find(sound);
@@ -55,8 +65,8 @@ void UrgentTurns::remove(const CMPath &sound)
     }
     const auto user = found->second.charge->user();
     if (found->second.started) {
-        const Clock::time_point now = Clock::now();
-        m_played[user].add(now - *found->second.started, now);
+        m_lastEnd = Clock::now();
+        m_played[user].add(m_lastEnd - *found->second.started, m_lastEnd);
     }
     m_sounds.erase(found);
 }

@@ -41,6 +41,9 @@ public:
     /// The sound has started, if it is one of these.
     void start(const CMPath &sound);
 
+    /// The player could not play the sound, if it is one of these. The time for which it tried counts.
+    void fail(const CMPath &sound);
+
     /// The sound has ended or given way, if it is one of these.
     void remove(const CMPath &sound);
 
@@ -62,10 +65,11 @@ private:
     {
         const Quotas::Charge *charge;
         std::uint64_t number; ///< in the order in which they were sent
+        Clock::time_point added;
         std::optional<Clock::time_point> started;
     };
 
-    /// How long a user's urgent sounds have played, of late.
+    /// How long a user's urgent sounds have kept the player busy, of late.
     struct Played
     {
         Seconds time{0};
@@ -82,6 +86,7 @@ private:
     std::unordered_map<CMPath, Sound, PathHash> m_sounds; ///< with the player
     std::map<Quotas::UserId, Played> m_played;            ///< by user, without what plays now
     std::uint64_t m_lastNumber = 0;
+    Clock::time_point m_lastEnd; ///< of a sound that kept the player busy
     QTimer
         m_timer; ///< runs while a sound waits, since the one that plays may have to give way later
 };

@@ -289,6 +289,14 @@ void OpenNotifications::giveWay(quint32 id)
         return;
     }
     entry->priority = LeftMessages::below(entry->priority);
+    if (entry->isAttended && entry->item) {
+        AttentionItem item = *entry->item;
+        item.priority = entry->priority;
+        item.givesWay = true;
+        item.soundFollows = false;
+        CMRoot()->invoke(TavoAttentionReplacePath(), QVariant::fromValue(item), {});
+        return;
+    }
     entry->givesWay = true;
     hide(*entry, Reason::Closed);
 }

@@ -451,6 +451,29 @@ TEST_F(DbusUnreadByAllTest, LeavesSomethingForClientsThatRead)
     EXPECT_TRUE(isServing("/test/large"_s));
 }
 
+TEST_F(DbusUnreadByAllTest, MakesRefusalsLateForAClientThatReads)
+{
+    SilentClient first(bus().address());
+    SilentClient second(bus().address());
+    for (SilentClient *silent : {&first, &second}) {
+        for (int i = 0; i < 20; ++i) {
+            silent->getValue("/test/large");
+        }
+        ASSERT_TRUE(isServing());
+    }
+    SilentClient reading(bus().address());
+    publishText("/test/free"_s, 20'000); // more than is always free
+    reading.getValue("/test/free");
+    constexpr int calls = 32;
+    for (int i = 0; i < calls; ++i) {
+        reading.getValue("/test/large");
+    }
+    ASSERT_TRUE(isServing());
+    auto replies = std::async(std::launch::async, [&] { return reading.read(1 + calls); });
+    ASSERT_TRUE(waitFor([&] { return replies.wait_for(0s) == std::future_status::ready; }));
+    EXPECT_GT(replies.get()[limitsExceeded], calls / 2);
+}
+
 TEST_F(DbusUnreadByAllTest, OfDescriptionsStopsNoOther)
 {
     std::vector<std::unique_ptr<SilentClient>> silent;

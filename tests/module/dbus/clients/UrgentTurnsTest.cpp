@@ -216,6 +216,18 @@ TEST_F(DbusUrgentTurnsTest, AllSoundsOfAUserThatHasPlayedMuchGiveWay)
     EXPECT_TRUE(happens("next cancelled"));
 }
 
+TEST_F(DbusUrgentTurnsTest, TheTimeThatSoundsTakeToFailCounts)
+{
+    enqueue(*first, "broken"_s);
+    enqueue(*first, "next"_s);
+    QElapsedTimer opening;
+    opening.start();
+    ASSERT_TRUE(waitFor([&] { return opening.hasExpired(700); }));
+    respond("broken"_s, ResponseType::Failed);
+    enqueue(*second, "alarm"_s);
+    EXPECT_TRUE(happens("next cancelled"));
+}
+
 TEST_F(DbusUrgentTurnsTest, ASoundWhoseClientLeftBeforeItsUserWasKnownGivesWay)
 {
     auto visitor = std::make_unique<ModelClient>(bus().address());

@@ -202,6 +202,22 @@ TEST_F(DesktopAttentionTest, TellsTheEndOfEachMessageOfAGroup)
     EXPECT_TRUE(waitFor([] { return displayed().empty(); }));
 }
 
+TEST_F(DesktopAttentionTest, KeepsAnUrgentMessageThatGivesWay)
+{
+    const auto urgent = [this](const QString &title) {
+        return notifySend({"-u"_s, "critical"_s, "-t"_s, "0"_s, title});
+    };
+    const quint32 left = urgent("Left"_s);
+    ASSERT_TRUE(isShown(left));
+    // Its client must have been seen to leave.
+    ASSERT_TRUE(waitFor([&] {
+        urgent("Next"_s);
+        return displayed().first() != pathOf(left);
+    }));
+    EXPECT_TRUE(isShown(left));
+    EXPECT_EQ(valueAt(TavoAttentionEndedPath()).attentionEnded().id(), "");
+}
+
 TEST_F(DesktopAttentionTest, EndsWhatIsOpenWhenTheModuleGoes)
 {
     const auto told = monitor();

@@ -7,6 +7,8 @@
 
 #include <gmock/gmock.h>
 
+#include <random>
+
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Le;
@@ -122,6 +124,28 @@ TEST_F(LimitsTest, TheFileStaysAboutAsLargeAsItMay)
     EXPECT_EQ(newest().entries.first().title, "59"_s);
     history.reset();
     EXPECT_THAT(QFileInfo(settings.file).size(), Le(2 * settings.maxBytes));
+}
+
+TEST_F(LimitsTest, TheFileGrowsNoLongerHoweverLongAFloodLasts)
+{
+    settings.maxBytes = 1'000'000;
+    start();
+    std::mt19937_64 random(1);
+    const auto flood = [&](int rounds) {
+        for (int round = 0; round < rounds; ++round) {
+            for (int i = 0; i < 1000; ++i) { // in a transaction
+                QString text;
+                for (int word = 0; word < 30; ++word) {
+                    text += QString::number(random(), 36) + ' ';
+                }
+                history->add(entry("Flood"_s, text));
+            }
+            start(); // everything is written
+        }
+        return QFileInfo(settings.file).size();
+    };
+    const qint64 size = flood(5);
+    EXPECT_THAT(flood(10), Le(size + settings.maxBytes));
 }
 
 TEST_F(LimitsTest, APageOfLongTextsEndsEarlySoThatItFitsIntoAMessage)
