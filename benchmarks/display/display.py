@@ -19,6 +19,9 @@ from gi.repository import Gio, GLib
 
 SETTLE = 0.5  # seconds of silence on the screen, before something is measured
 LIMIT = 10.0  # seconds until a change counts as missing
+LONG = "word " * 200_000
+MODEL = "org.tavo.Model1"
+HEAD = "/notifications/display/current"
 QUEUE = "/org/freedesktop/Notifications"
 
 
@@ -74,6 +77,7 @@ class Bus:
         os.environ["DBUS_SESSION_BUS_ADDRESS"] = self.address
         flags = (Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT
                  | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION)
+        self._heads = []
         self._client = Gio.DBusConnection.new_for_address_sync(self.address, flags, None, None)
 
     def call(self, method, arguments):
@@ -87,6 +91,24 @@ class Bus:
 
     def dismiss(self, number):
         self.call("CloseNotification", GLib.Variant("(u)", (number,)))
+
+    def follow_heads(self):
+        """Has the host report what is on display, as it does to tavo-display."""
+        self._client.signal_subscribe(MODEL, MODEL, "ValueChanged", None, HEAD, Gio.DBusSignalFlags.NONE,
+                                      lambda *_: self._heads.append(time.monotonic_ns()))
+        self._client.call_sync(MODEL, "/org/tavo/Model1", MODEL, "Subscribe",
+                               GLib.Variant("(ss)", (HEAD, "value")), None,
+                               Gio.DBusCallFlags.NONE, -1, None)
+
+    def time_of_next_head(self, number):
+        """Dismisses the message on display, and returns when the next one is reported."""
+        while GLib.MainContext.default().iteration(False):
+            pass
+        self._heads.clear()
+        self.dismiss(number)
+        while not self._heads:
+            GLib.MainContext.default().iteration(True)
+        return self._heads[0]
 
     def wait_for_server(self):
         for _ in range(1000):
@@ -127,6 +149,22 @@ def latency(screen, bus, repetitions, text="Somebody rang"):
     return statistics.median(times)
 
 
+def head_latency(screen, bus, repetitions, before, text):
+    """The median of the seconds from the host's signal that a message is on display to the first changed pixels.
+
+    The message, which the host has had for a while, follows one of the same size.
+    """
+    times = []
+    for _ in range(repetitions):
+        first, second = bus.notify(before), bus.notify(text)
+        screen.settle()
+        start = bus.time_of_next_head(first)
+        times.append(screen.change(start))
+        bus.dismiss(second)
+    screen.settle()
+    return statistics.median(times)
+
+
 def start_time(screen, command, repetitions):
     """Medians of the seconds to the first picture of a program, and of its memory."""
     times, sizes = [], []
@@ -155,13 +193,16 @@ def measure_display(build, screen, repetitions):
         display = subprocess.Popen([build / "bin/tavo-display"], stderr=subprocess.DEVNULL)
         time.sleep(1)
         short = latency(screen, bus, repetitions)
-        long = latency(screen, bus, repetitions, "word " * 200_000)
+        long = latency(screen, bus, repetitions, LONG)
+        bus.follow_heads()
+        head = head_latency(screen, bus, repetitions, "Nobody is there", "Somebody rang")
+        long_head = head_latency(screen, bus, repetitions, "other " * 180_000, LONG)
         end(display)
         bus.notify()
         start, size = start_time(screen, [build / "bin/tavo-display"], repetitions)
         end(host)
     bus.close()
-    return short, long, start, size
+    return short, long, head, long_head, start, size
 
 
 def measure_other(program, screen, repetitions):
@@ -183,12 +224,15 @@ def main():
         os.environ.update(XDG_RUNTIME_DIR=runtime, XDG_CONFIG_HOME=runtime, QT_QPA_PLATFORM="xcb")
         screen = Screen(options.build)
         window = start_time(screen, [options.build / "benchmarks/tavo_window"], options.repetitions)
-        short, long, start, size = measure_display(options.build, screen, options.repetitions)
+        short, long, head, long_head, start, size = measure_display(options.build, screen,
+                                                                    options.repetitions)
         print(f"Notify to changed pixels          {short * 1000:6.2f} ms")
         if shutil.which("dunst"):
             other = measure_other("dunst", screen, options.repetitions)
             print(f"  to that of dunst                {short / other:6.2f}")
         print(f"  of a text of 1 MB to a short one {long / short:5.2f}")
+        print(f"Next message to changed pixels    {head * 1000:6.2f} ms")
+        print(f"  of a text of 1 MB to a short one {long_head / head:5.2f}")
         print(f"Start to the first picture        {start * 1000:6.1f} ms")
         print(f"  to that of an empty window      {start / window[0]:6.2f}")
         print(f"Memory                            {size / 1024:6.1f} MiB")

@@ -3,6 +3,7 @@
 
 #include "cli/commands/HistoryCommands.h"
 
+#include "base/MissedState.h"
 #include "base/Printable.h"
 
 #include <QDateTime>
@@ -94,10 +95,7 @@ QString HistoryCommand::lineOf(const TavoAttentionRecord &record)
         return QStringList{time, state, sender, title, text}.join(QLatin1Char('\t'));
     }
     constexpr int stateWidth = 9;
-    const bool isMissed = record.state() == TavoAttentionState::Expired ||
-                          record.state() == TavoAttentionState::Silenced ||
-                          record.state() == TavoAttentionState::LeftOpen;
-    const auto style = isMissed ? Terminal::Style::Notice : Terminal::Style::Plain;
+    const auto style = isMissed(record.state()) ? Terminal::Style::Notice : Terminal::Style::Plain;
     return QStringList{terminal().styled(time, Terminal::Style::Faint),
                        terminal().styled(state.leftJustified(stateWidth), style), sender,
                        terminal().styled(title, Terminal::Style::Bold), text}

@@ -4,6 +4,7 @@
 #include "display/attention/HistoryModel.h"
 
 #include "display/text/ShownText.h"
+#include <base/MissedState.h>
 #include <core/base/connect.h>
 
 #include <QDateTime>
@@ -12,12 +13,6 @@
 namespace {
 constexpr int pageSize = 30;
 constexpr int updateDelayMs = 250;
-
-bool isMissed(TavoAttentionState::Enum state)
-{
-    return state == TavoAttentionState::Expired || state == TavoAttentionState::Silenced ||
-           state == TavoAttentionState::LeftOpen;
-}
 } // namespace
 
 HistoryModel::HistoryModel(HostAttention &attention, QObject *parent)

@@ -3,6 +3,7 @@
 
 #include "display/attention/SideWindow.h"
 
+#include "display/view/ScreenReaders.h"
 #include "display/view/Theme.h"
 #include <core/base/connect.h>
 
@@ -59,6 +60,7 @@ void SideWindow::show()
     m_window = std::make_unique<QQuickWindow>();
     m_window->setScreen(screen);
     m_window->setTitle(QStringLiteral("Tavo"));
+    ScreenReaders::follow(m_window.get());
     if (m_kind == Kind::Mark) {
         m_placement->prepare(*m_window, m_configuration, false);
     } else {
@@ -86,7 +88,7 @@ void SideWindow::hide()
     if (m_item) {
         m_item->setParentItem(nullptr);
     }
-    const std::unique_ptr<QQuickWindow> window = std::move(m_window); // reports nothing any more
+    ScreenReaders::destroy(std::move(m_window)); // reports nothing any more
 }
 
 void SideWindow::on_screens_changed()

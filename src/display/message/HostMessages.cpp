@@ -139,6 +139,7 @@ void HostMessages::setHead(const Head &head)
         m_isReadDue = false;
         if (!m_shownHead.path.isEmpty() || m_isExpected) {
             m_shownHead = {};
+            m_shownMessage = {};
             m_isExpected = false;
             Q_EMIT emptied();
         }
@@ -156,7 +157,6 @@ void HostMessages::on_client_rowsChanged(const CMPath &path)
     }
 }
 
-/// Subscribes before reading, so that no change is missed.
 void HostMessages::follow(const CMPath &path)
 {
     if (path == m_followed) {
@@ -178,12 +178,18 @@ void HostMessages::readMessage()
         return;
     }
     m_isReading = true;
-    follow(m_head.path);
     const CMPath path = m_head.path;
     const bool isFirst = !m_head.isSameAs(m_shownHead);
+    if (!isFirst) {
+        follow(path);
+    }
     m_client.preview(path, maxMessageRows, (isFirst ? firstReadLength : maxReadLength) + 1)
         .onFinished(this, [this, path, isFirst](const CMReply<TavoClientPreview> &preview) {
-            Message message = messageFromRows(path, preview.value().title, preview.value().rows);
+            // A message that has just ended says what it said before, until something else is on display.
+            const bool isLost = preview.error().isError() && !isFirst;
+            Message message =
+                isLost ? m_shownMessage
+                       : messageFromRows(path, preview.value().title, preview.value().rows);
             message.isWhole = !isFirst || !isCut(preview.value().rows);
             on_message_read(path, message);
         });
@@ -201,13 +207,15 @@ void HostMessages::on_message_read(const CMPath &path, const Message &message)
         m_isReadDue = !m_head.path.isEmpty();
         return;
     }
-    m_isReadDue = m_isReadDue || !message.isWhole;
-    if (m_head.isSameAs(m_shownHead)) {
-        Q_EMIT messageChanged(message);
-    } else {
-        m_shownHead = m_head;
+    if (!m_head.isSameAs(m_shownHead)) {
+        m_isReadDue = true;
         m_isExpected = false;
+        m_shownHead = m_head;
+        m_shownMessage = message;
         Q_EMIT shown(m_head, message);
+    } else if (!(message == m_shownMessage)) {
+        m_shownMessage = message;
+        Q_EMIT messageChanged(message);
     }
 }
 

@@ -13,6 +13,9 @@
 /// Costs the same however long the queue is: only the message on display is read, and while one is being
 /// read, no other. After a message has been read, the next one is read at the earliest after
 /// minReadIntervalMs; messages that are on display for less are never shown.
+///
+/// Each message is read twice: its beginning at once, and the whole of it a moment later, once its changes are
+/// reported. So it is shown sooner than if it were subscribed to first, and no change is missed.
 class HostMessages : public MessageSource
 {
     Q_OBJECT
@@ -20,9 +23,8 @@ class HostMessages : public MessageSource
 public:
     static constexpr int minReadIntervalMs = 25;
 
-    /// Of a long text, so many characters are shown first: more than fill a screen of usual size, and
-    /// less than the bus reads at once.
-    static constexpr int firstReadLength = 2000;
+    /// Of a long text, so many characters are shown first: more than there is room for in a corner.
+    static constexpr int firstReadLength = 1000;
 
     explicit HostMessages(TavoClient &client, QObject *parent = nullptr);
 
@@ -49,6 +51,7 @@ private:
     TavoClient &m_client;
     Head m_head;               ///< what is on display; its path is empty if there is nothing
     Head m_shownHead;          ///< what has been reported last
+    Message m_shownMessage;    ///< of that head
     bool m_isExpected = false; ///< has been reported, and neither shown() nor emptied() since
     CMPath m_followed;
     bool m_isReading = false;

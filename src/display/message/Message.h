@@ -9,6 +9,8 @@
 #include <QString>
 #include <QVector>
 
+#include <tuple>
+
 /// A picture: pixels, or the name of an icon or a file.
 struct Picture
 {
@@ -52,4 +54,14 @@ struct Message
     QVector<MessageAction> actions;
     CMPath defaultAction; ///< of a click on the message; empty if there is none
     bool isWhole = true;  ///< false while the rest of a long text is being read
+
+    bool operator==(const Message &other) const
+    {
+        const auto parts = [](const Message &message) {
+            return std::tie(message.title, message.text, message.styled, message.isGroup,
+                            message.application, message.picture, message.value, message.actions,
+                            message.defaultAction, message.isWhole);
+        };
+        return parts(*this) == parts(other);
+    }
 };

@@ -65,6 +65,9 @@ QString translatedTitle(const QString &title, bool isGroup)
     if (title == QLatin1String("Message")) {
         return QCoreApplication::translate("Messages", "Message");
     }
+    if (title == QLatin1String("While you were not to be disturbed")) {
+        return QCoreApplication::translate("Messages", "While you were not to be disturbed");
+    }
     static const QRegularExpression messages(QStringLiteral("^(\\d+) messages(?: of (.*))?$"));
     const auto match = isGroup ? messages.match(title) : QRegularExpressionMatch();
     if (!match.hasMatch()) {
@@ -75,6 +78,21 @@ QString translatedTitle(const QString &title, bool isGroup)
                ? QCoreApplication::translate("Messages", "%1 messages").arg(count)
                : QCoreApplication::translate("Messages", "%1 messages of %2")
                      .arg(count, shownLine(match.captured(2)));
+}
+
+/// The title of a summary of what came too fast.
+QString translatedFlood(const QString &title)
+{
+    static const QRegularExpression more(QStringLiteral("^(\\d+) more(?: of (.*))?$"));
+    const auto match = more.match(title);
+    if (!match.hasMatch()) {
+        return title;
+    }
+    const QString count = QLocale().toString(match.captured(1).toInt());
+    return match.captured(2).isEmpty()
+               ? QCoreApplication::translate("Messages", "%1 more").arg(count)
+               : QCoreApplication::translate("Messages", "%1 more of %2")
+                     .arg(count, match.captured(2));
 }
 
 QString translatedText(const QString &text)
@@ -111,6 +129,9 @@ Message messageFromRows(const CMPath &path, const QString &title, const QVariant
     }
     if (message.isGroup) {
         message.text = translatedText(message.text);
+    } else if (message.text == QLatin1String("They came too fast to be shown.")) {
+        message.title = translatedFlood(message.title);
+        message.text = QCoreApplication::translate("Messages", "They came too fast to be shown.");
     }
     return message;
 }

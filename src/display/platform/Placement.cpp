@@ -38,6 +38,8 @@ public:
                                     QGuiApplication::layoutDirection() == Qt::RightToLeft));
     }
 
+    bool canHide() const override { return m_flags.testFlag(Qt::X11BypassWindowManagerHint); }
+
 private:
     const Qt::WindowFlags m_flags;
 };

@@ -33,6 +33,9 @@ public:
     /// Whether a window can change its size while it is on the screen.
     virtual bool canResize() const { return true; }
 
+    /// Whether a window can be hidden and shown again, after raise().
+    virtual bool canHide() const { return false; }
+
     /// Whether a window has to be created anew when it becomes urgent or not.
     virtual bool dependsOnUrgency() const { return false; }
 

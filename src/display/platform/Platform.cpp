@@ -94,10 +94,8 @@ Result<QString> choosePlatform(DisplayConfiguration::Renderer renderer)
         setDefault("QT_XCB_GL_INTEGRATION", "none");
         setDefault("QT_WAYLAND_CLIENT_BUFFER_INTEGRATION", "none");
     }
-    // For each new window, both take longer than they save: touches arrive as those of a pointer, and
-    // of the small window only what has changed is sent.
+    // For each new window, this takes longer than it saves: touches arrive as those of a pointer.
     setDefault("QT_XCB_NO_XI2", "1");
-    setDefault("QT_XCB_NO_MITSHM", "1");
     setDefault("QT_QPA_UPDATE_IDLE_TIME", "0"); // Otherwise each change waits for 5 ms.
     setDefault("QT_WAYLAND_DISABLE_WINDOWDECORATION", "1");
     qputenv("QT_IM_MODULE", "none"); // Nothing is typed.

@@ -256,7 +256,7 @@ Rectangle {
             border { width: 1; color: card.colors.border }
             Accessible.role: Accessible.ProgressBar
             // Qt gives screen readers no value of a progress bar.
-            Accessible.name: look.valueText + " " + message.value + " %"
+            Accessible.name: visible ? look.valueText + " " + message.value + " %" : ""
             Accessible.ignored: message.value < 0
 
             Rectangle {

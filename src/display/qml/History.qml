@@ -63,21 +63,27 @@ Rectangle {
             label: attention.allText
             sheet: view
             isChecked: !attention.isOnlyMissed
+            Accessible.role: Accessible.RadioButton
             Accessible.checkable: true
+            Accessible.onToggleAction: activated()
             onActivated: attention.isOnlyMissed = false
         }
         Button {
             label: attention.missedText
             sheet: view
             isChecked: attention.isOnlyMissed
+            Accessible.role: Accessible.RadioButton
             Accessible.checkable: true
+            Accessible.onToggleAction: activated()
             onActivated: attention.isOnlyMissed = true
         }
         Button {
             label: attention.quietText
             sheet: view
             isChecked: attention.isQuiet
+            Accessible.role: Accessible.CheckBox
             Accessible.checkable: true
+            Accessible.onToggleAction: activated()
             onActivated: attention.toggleQuiet()
         }
     }

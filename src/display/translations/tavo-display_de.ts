@@ -181,6 +181,11 @@
         <source>Important</source>
         <translation>Wichtig</translation>
     </message>
+    <message>
+        <source>For %1</source>
+        <comment>how long a message stays, such as 5 s</comment>
+        <translation>Für %1</translation>
+    </message>
 </context>
 <context>
     <name>MessageWindow</name>
@@ -206,6 +211,22 @@
     <message>
         <source>and %1 older ones</source>
         <translation>und %1 ältere</translation>
+    </message>
+    <message>
+        <source>While you were not to be disturbed</source>
+        <translation>Während nicht gestört werden sollte</translation>
+    </message>
+    <message>
+        <source>%1 more</source>
+        <translation>%1 weitere</translation>
+    </message>
+    <message>
+        <source>%1 more of %2</source>
+        <translation>%1 weitere von %2</translation>
+    </message>
+    <message>
+        <source>They came too fast to be shown.</source>
+        <translation>Sie kamen zu schnell, um gezeigt zu werden.</translation>
     </message>
 </context>
 </TS>

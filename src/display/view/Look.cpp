@@ -94,6 +94,9 @@ QString Look::spokenText() const
         parts << waitingText();
     }
     parts << m_message.text();
+    if (m_message.seconds() > 0) {
+        parts << tr("For %1", "how long a message stays, such as 5 s").arg(secondsText());
+    }
     parts.removeAll({});
     return parts.join(QStringLiteral(". "));
 }

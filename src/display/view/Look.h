@@ -48,7 +48,8 @@ public:
     QString valueText() const;
     QString secondsText() const;
     QString waitingText() const;
-    /// For screen readers: the text of the message, after what is seen beside it.
+    /// For screen readers: the text of the message, after what is seen beside it and before how long it stays. Does
+    /// not follow the countdown.
     QString spokenText() const;
 
 Q_SIGNALS:

@@ -18,6 +18,9 @@
 
 namespace {
 constexpr qreal maxHeightOfScreen = 0.9;
+
+/// Of a message that does not have the whole screen. About a dozen lines of text; the others are scrolled to.
+constexpr int maxHeightInLetters = 20;
 constexpr int fullscreenWidthInLetters = 44;
 
 /// How long a window is on the screen without a picture, at most.
@@ -74,6 +77,9 @@ MessageWindow::MessageWindow(ShownMessage *message, QObject *parent)
     m_engine.setOutputWarningsToStandardError(false);
     m_recreateTimer.setSingleShot(true);
     tavoConnect(&m_recreateTimer, &QTimer::timeout, this, &MessageWindow::recreate);
+    m_expectedTimer.setSingleShot(true);
+    m_expectedTimer.setInterval(maxWaitMs);
+    tavoConnect(&m_expectedTimer, &QTimer::timeout, this, &MessageWindow::recreate);
     tavoConnect(&m_engine, &QQmlEngine::warnings, this, &MessageWindow::on_engine_warnings);
     tavoConnect(message, &ShownMessage::ended, this, [this] { m_screenReaders.end(); });
     tavoConnect(message, &ShownMessage::expected, this, &MessageWindow::on_message_expected);
@@ -81,7 +87,7 @@ MessageWindow::MessageWindow(ShownMessage *message, QObject *parent)
     tavoConnect(message, &ShownMessage::completed, this, [this] { announce(); });
     tavoConnect(message, &ShownMessage::pictureChanged, this,
                 &MessageWindow::on_message_pictureChanged);
-    tavoConnect(message, &ShownMessage::hidden, this, &MessageWindow::recreate);
+    tavoConnect(message, &ShownMessage::hidden, this, &MessageWindow::on_message_hidden);
     for (const auto changed : {&QGuiApplication::screenAdded, &QGuiApplication::screenRemoved,
                                &QGuiApplication::primaryScreenChanged}) {
         tavoConnect(qGuiApp, changed, this, &MessageWindow::on_screens_changed);
@@ -117,12 +123,8 @@ void MessageWindow::on_message_expected()
     if (!m_window) {
         return;
     }
-    m_window->setVisible(true);
-    QTimer::singleShot(maxWaitMs, m_window.get(), [this] {
-        if (!m_message.isShown()) {
-            recreate();
-        }
-    });
+    putOnScreen();
+    m_expectedTimer.start();
 }
 
 /// Nothing is drawn before there is a message.
@@ -134,11 +136,12 @@ bool MessageWindow::eventFilter(QObject *watched, QEvent *event)
 
 void MessageWindow::on_message_shown()
 {
+    m_expectedTimer.stop();
     if (m_window && m_placement->dependsOnUrgency() &&
         m_wasUrgent != isUrgent(m_message.priority())) {
         destroyWindow();
     }
-    if (!m_window || !m_card->window()) {
+    if (!m_isOpen) {
         show();
     } else if (m_placement->canResize()) {
         place();
@@ -146,6 +149,19 @@ void MessageWindow::on_message_shown()
     if (QQuickItem *button = m_card->scopedFocusItem()) {
         button->setFocus(false); // It belonged to another message.
     }
+}
+
+/// To show it again is faster than to make a new one, which also has to draw everything anew.
+void MessageWindow::on_message_hidden()
+{
+    const bool isFullscreen = m_configuration.mode == DisplayConfiguration::Mode::Fullscreen;
+    if (!m_isOpen || !m_placement->canHide() || isFullscreen) {
+        recreate();
+        return;
+    }
+    endFocus();
+    m_isOpen = false;
+    m_window->setVisible(false);
 }
 
 void MessageWindow::on_message_pictureChanged(const Picture &picture)
@@ -156,7 +172,7 @@ void MessageWindow::on_message_pictureChanged(const Picture &picture)
 /// The height may change several times while the items of a new message are laid out.
 void MessageWindow::on_card_implicitHeightChanged()
 {
-    if (!m_card->window()) {
+    if (!m_isOpen) {
         return;
     }
     if (m_placement->canResize()) {
@@ -246,6 +262,7 @@ bool MessageWindow::makeWindow(int priority)
     m_window->setScreen(screen);
     m_window->setTitle(QStringLiteral("Tavo"));
     m_window->installEventFilter(this);
+    ScreenReaders::follow(m_window.get());
     m_placement->prepare(*m_window, m_configuration, m_wasUrgent);
     followScreen(screen);
     loadTheme();
@@ -260,9 +277,37 @@ void MessageWindow::show()
     m_card->setParentItem(m_window->contentItem());
     m_card->setFocus(true); // For keys that no button handles.
     place();
-    m_window->setVisible(true); // Keeps the state that the placement has set.
+    m_isOpen = true;
+    putOnScreen();
+    draw();
     if (m_focusKey) {
         m_focusKey->follow(QKeySequence(m_configuration.focusKey), m_window.get());
+    }
+}
+
+void MessageWindow::putOnScreen()
+{
+    if (m_placement->canHide()) {
+        m_window->raise(); // Others may have come in front of it while it was hidden.
+    }
+    m_window->setVisible(true); // Keeps the state that the placement has set.
+}
+
+/// A window that has been put on the screen before the message came is drawn as a whole, even if the message is the
+/// same as the last one. One that gets another size is drawn when it has it.
+void MessageWindow::draw()
+{
+    if (!m_window->isExposed() || m_window->size() != m_card->size().toSize()) {
+        return;
+    }
+    QExposeEvent exposed(QRect(QPoint(), m_window->size()));
+    QCoreApplication::sendEvent(m_window.get(), &exposed);
+}
+
+void MessageWindow::endFocus()
+{
+    if (m_focusKey) {
+        m_focusKey->follow({}, nullptr);
     }
 }
 
@@ -270,16 +315,16 @@ void MessageWindow::show()
 void MessageWindow::destroyWindow()
 {
     m_recreateTimer.stop();
-    if (m_focusKey) {
-        m_focusKey->follow({}, nullptr);
-    }
+    m_expectedTimer.stop();
+    endFocus();
+    m_isOpen = false;
     if (m_card) {
         m_card->setParentItem(nullptr);
     }
     if (m_screen) {
         m_screen->disconnect(this);
     }
-    m_window.reset();
+    ScreenReaders::destroy(std::move(m_window));
 }
 
 void MessageWindow::followScreen(QScreen *screen)
@@ -294,8 +339,11 @@ void MessageWindow::followScreen(QScreen *screen)
 void MessageWindow::measure(const QScreen &screen)
 {
     const int height = screen.availableGeometry().height();
-    m_look.setScreen(qMin(height * maxHeightOfScreen, qreal(height - 2 * m_configuration.margin)),
-                     screen.devicePixelRatio());
+    qreal max = qMin(height * maxHeightOfScreen, qreal(height - 2 * m_configuration.margin));
+    if (m_configuration.mode != DisplayConfiguration::Mode::Fullscreen) {
+        max = qMin(max, qreal(m_configuration.textSize * maxHeightInLetters));
+    }
+    m_look.setScreen(max, screen.devicePixelRatio());
 }
 
 void MessageWindow::place()

@@ -40,6 +40,7 @@ public:
 private Q_SLOTS:
     void on_message_expected();
     void on_message_shown();
+    void on_message_hidden();
     void on_message_pictureChanged(const Picture &picture);
     void on_card_implicitHeightChanged();
     void recreate();
@@ -49,10 +50,12 @@ private Q_SLOTS:
 private:
     void loadTheme();
     void prepareWindow();
-    void setCard(std::unique_ptr<QQuickItem> card);
     void reportTheme(const QString &problem);
     bool makeWindow(int priority);
     void show();
+    void putOnScreen();
+    void draw();
+    void endFocus();
     void destroyWindow();
     void followScreen(QScreen *screen);
     void measure(const QScreen &screen);
@@ -70,7 +73,9 @@ private:
     std::unique_ptr<QQuickWindow> m_window;
     std::unique_ptr<QQuickItem> m_card;
     QString m_loadedTheme;
+    bool m_isOpen = false; ///< the window has the message
     QPointer<QScreen> m_screen;
     bool m_wasUrgent = false;
     QTimer m_recreateTimer;
+    QTimer m_expectedTimer; ///< runs while the window is on the screen without a message
 };

@@ -4,6 +4,15 @@
 #include "display/view/ScreenReaders.h"
 
 #include "display/platform/PlatformLibrary.h"
+#include <core/base/connect.h>
+
+namespace {
+void report(QObject *object, QAccessible::Event type)
+{
+    QAccessibleEvent event(object, type);
+    QAccessible::updateAccessibility(&event);
+}
+} // namespace
 
 ScreenReaders::ScreenReaders(std::function<void()> connected)
     : m_connected(std::move(connected))
@@ -22,8 +31,7 @@ ScreenReaders::~ScreenReaders()
 void ScreenReaders::announce(QObject *item)
 {
     if (m_isConnected) {
-        QAccessibleEvent event(item, QAccessible::ObjectShow);
-        QAccessible::updateAccessibility(&event);
+        report(item, QAccessible::ObjectShow);
         m_announced = item;
     }
 }
@@ -31,10 +39,26 @@ void ScreenReaders::announce(QObject *item)
 void ScreenReaders::end()
 {
     if (m_announced) {
-        QAccessibleEvent event(m_announced, QAccessible::ObjectHide);
-        QAccessible::updateAccessibility(&event);
+        report(m_announced, QAccessible::ObjectHide);
         m_announced.clear();
     }
+}
+
+void ScreenReaders::follow(QWindow *window)
+{
+    report(window, QAccessible::ObjectCreated);
+    tavoConnect(window, &QWindow::visibleChanged, window, [window](bool isVisible) {
+        report(window, isVisible ? QAccessible::ObjectShow : QAccessible::ObjectHide);
+    });
+}
+
+void ScreenReaders::destroy(std::unique_ptr<QWindow> window)
+{
+    if (!window) {
+        return;
+    }
+    window->destroy(); // hides it first
+    report(window.get(), QAccessible::ObjectDestroyed);
 }
 
 void ScreenReaders::accessibilityActiveChanged(bool active)

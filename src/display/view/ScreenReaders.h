@@ -6,8 +6,10 @@
 #include <QAccessible>
 #include <QObject>
 #include <QPointer>
+#include <QWindow>
 
 #include <functional>
+#include <memory>
 
 /// What speaks the messages to people who can't see them, by AT-SPI.
 class ScreenReaders : public QObject, private QAccessible::ActivationObserver
@@ -25,6 +27,13 @@ public:
 
     /// Tells readers that the notification has ended that was announced last, if it has not ended yet.
     void end();
+
+    // Of windows, Qt tells readers only which one gets the keyboard.
+
+    /// Tells readers that there is this window, and from now on when it comes on the screen and goes.
+    static void follow(QWindow *window);
+    /// Destroys a window, which may be null, and tells readers that it has gone.
+    static void destroy(std::unique_ptr<QWindow> window);
 
 private Q_SLOTS:
     void on_accessibility_activated();

@@ -98,9 +98,11 @@ void ShownMessage::on_source_messageChanged(const Message &message)
         m_armTimer.start();
         Q_EMIT armedChanged();
     }
-    const bool wasWhole = m_message.isWhole;
+    const bool saysMore = !m_message.isWhole ||
+                          (message.value == Message::noValue &&
+                           (message.title != m_message.title || message.text != m_message.text));
     setMessage(message);
-    if (!wasWhole && message.isWhole) {
+    if (saysMore && message.isWhole) {
         Q_EMIT completed();
     }
 }

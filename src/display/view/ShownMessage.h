@@ -78,7 +78,8 @@ Q_SIGNALS:
     void ended();
     /// Another message is on the screen.
     void shown();
-    /// All of it is on the screen. Emitted at most once for each message, after shown().
+    /// All of it is on the screen. Emitted once for each message, after shown(), and again whenever its title or
+    /// text changes, unless it shows a progress: that may change all the time.
     void completed();
     void hidden();
 

@@ -63,6 +63,17 @@ TEST_F(DisplayHostTest, showsNoWindowForAMessageThatIsLate)
     EXPECT_TRUE(waitForLook(Priority::Normal));
 }
 
+TEST_F(DisplayHostTest, readsAMessageAgainWhenItsChangesAreReported)
+{
+    ScriptedHost host(m_bus.address());
+    m_display.start({});
+    ASSERT_TRUE(waitFor([&] { return host.isRead(); }));
+    EXPECT_FALSE(host.isFollowed()); // It is shown sooner so.
+    host.letRead();
+    ASSERT_TRUE(waitFor([&] { return host.isRead(); }));
+    EXPECT_TRUE(host.isFollowed());
+}
+
 TEST_F(DisplayHostTest, showsAMessageWithoutAnyFont)
 {
     QFile fonts(m_folder.filePath("fonts.conf"));

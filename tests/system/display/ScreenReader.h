@@ -25,7 +25,9 @@ public:
     }
 
     /// For programs of this environment. Returns when the reader listens. Presses this button of each
-    /// message, as soon as it may be pressed. With "--look", goes through all objects instead.
+    /// message, as soon as it may be pressed. With "--look", goes through all objects instead; with "--showing" and
+    /// roles,
+    /// says which objects of these are shown and hidden.
     void start(const std::function<void(Program &)> &prepare, const QString &bus,
                const QStringList &arguments)
     {

@@ -145,8 +145,58 @@ TEST_F(DisplayScreenReaderTest, findsTheMarkAndReadsTheHistoryThatItOpens)
     EXPECT_TRUE(m_reader.hears("list item: 1: mail. "));
     EXPECT_TRUE(m_reader.hears(". missed, do not disturb. A text\n"));
     EXPECT_TRUE(m_reader.hears("dialog: History"));
+    EXPECT_TRUE(m_reader.hears("radio button: All: \n"));
+    EXPECT_TRUE(m_reader.hears("check box: Do not disturb: \n"));
     notify("Parcel");
     EXPECT_TRUE(m_reader.hears("list item: Parcel: mail. "));
+}
+
+TEST_F(DisplayScreenReaderTest, speaksAMessageThatIsReplaced)
+{
+    startReader();
+    start();
+    const uint id = show("Call", Priority::Normal, 0, "Ann rings");
+    EXPECT_TRUE(m_reader.hears("notification: Call: Ann rings\nbutton Close\n"));
+    Program notifier("notify-send");
+    notifier.setEnvironment("DBUS_SESSION_BUS_ADDRESS", m_bus.address());
+    EXPECT_EQ(notifier.run(
+                  {"-a", "", "-r", QString::number(id), "-t", "0", "Missed call", "Ann has rung"}),
+              0);
+    EXPECT_TRUE(m_reader.hears("notification: Missed call: Ann has rung\nbutton Close\n"));
+}
+
+TEST_F(DisplayScreenReaderTest, saysHowLongAMessageStays)
+{
+    startReader();
+    start();
+    constexpr int timeoutMs = 59 * 60'000 + 30'000;
+    show("Parcel", Priority::Normal, timeoutMs, "At the door");
+    EXPECT_TRUE(m_reader.hears("notification: Parcel: At the door. For 60 min\n"));
+}
+
+TEST_F(DisplayScreenReaderTest, tellsWhenAWindowComesAndGoes)
+{
+    startReader({"--showing", "frame"});
+    start();
+    const uint id = show("Parcel");
+    EXPECT_TRUE(m_reader.hears("listening\nframe Tavo 1\n"));
+    m_messages.close(id);
+    EXPECT_TRUE(m_reader.hears("frame Tavo 1\nframe Tavo 0\n"));
+    show("Parcel");
+    EXPECT_TRUE(m_reader.hears("frame Tavo 0\nframe Tavo 1\n"));
+}
+
+TEST_F(DisplayScreenReaderTest, tellsWhenTheHistoryIsClosed)
+{
+    startReader({"--showing", "frame"});
+    startAttention();
+    m_display.start({});
+    ASSERT_TRUE(waitFor([this] { return openHistory() == 0; }));
+    EXPECT_TRUE(m_reader.hears("frame Tavo 1\n"));
+    EXPECT_TRUE(waitFor([this] { // It gets the keyboard a moment after it has come.
+        m_server.press({keyEscape});
+        return m_reader.output().find("frame Tavo 0\n") != std::string::npos;
+    }));
 }
 
 TEST_F(DisplayWaylandScreenReaderTest, speaksAnUrgentMessageAndClosesIt)

@@ -10,7 +10,7 @@
 
 #include <optional>
 
-/// A host with one message on display, "Door", which it lets the display read when it is told to.
+/// A host with one message on display, "Door", which it lets the display read when it is told to, each time anew.
 class ScriptedHost
 {
 public:
@@ -25,13 +25,17 @@ public:
     /// Whether the display has asked for the message.
     bool isRead() const { return m_preview.has_value(); }
 
-    void letRead() const
+    /// Whether the display has asked for its changes.
+    bool isFollowed() const { return m_isFollowed; }
+
+    void letRead()
     {
         BusWriter reply(m_preview->createReply());
         reply.writeString(QStringLiteral("Door"));
         reply.openArray("v");
         reply.close();
         reply.message().send();
+        m_preview.reset();
     }
 
     /// Tells everyone that a notification has ended.
@@ -49,6 +53,9 @@ private:
     {
         if (call.member() == "Preview") {
             m_preview = call;
+        } else if (call.member() == "Subscribe") {
+            BusReader reader(call);
+            m_isFollowed = m_isFollowed || reader.readString() == QLatin1String("/door");
         } else if (call.member() == "GetValue" &&
                    BusReader(call).readString() ==
                        TavoNotificationDisplayCurrentPath().toString()) {
@@ -63,6 +70,7 @@ private:
 
     BusClient m_client;
     std::optional<BusMessage> m_preview;
+    bool m_isFollowed = false;
     const BusSlot m_calls;
     const std::unique_ptr<BusObject> m_messages;
 };

@@ -23,6 +23,29 @@ TEST_F(DisplayShowTest, hasAWindowOnlyWhileThereIsAMessage)
     EXPECT_TRUE(waitForNoWindow());
 }
 
+TEST_F(DisplayShowTest, aMessageThatSaysTheSameAsTheLastOneIsDrawnToo)
+{
+    start();
+    for (int i = 0; i < 3; ++i) {
+        const uint id = show("Door");
+        EXPECT_TRUE(waitForLook(Priority::Normal));
+        m_messages.close(id);
+        EXPECT_TRUE(waitForNoWindow());
+    }
+}
+
+TEST_F(DisplayShowTest, comesInFrontOfWindowsThatAreOpenedBetweenMessages)
+{
+    start();
+    const uint id = show("Door");
+    EXPECT_TRUE(waitForLook(Priority::Normal));
+    m_messages.close(id);
+    EXPECT_TRUE(waitForNoWindow());
+    m_server.openOtherWindow({0, 0, s_screenWidth, 800});
+    show("Door");
+    EXPECT_TRUE(waitForLook(Priority::Normal));
+}
+
 TEST_F(DisplayShowTest, aMessageThatExpiresGoes)
 {
     start();
@@ -147,7 +170,7 @@ TEST_F(DisplayShowTest, showsATextOfAnyLengthAndKind)
           QString::fromUtf8("\u202E\U0001F514\x07<img src='http://127.0.0.1:1/a.png'>")}) {
         const uint id = show("Door", Priority::Normal, 0, text);
         EXPECT_TRUE(waitForLook(Priority::Normal));
-        EXPECT_LE(waitForWindow().height(), 800);
+        EXPECT_LE(waitForWindow().height(), 320);
         m_messages.close(id);
         EXPECT_TRUE(waitForNoWindow());
     }

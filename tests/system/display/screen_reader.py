@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """What a screen reader does: speaks the notifications that are shown, and presses a button of each.
 
-Usage: screen_reader.py [BUTTON] [--look]
+Usage: screen_reader.py [BUTTON] [--look | --showing ROLE...]
 
 Prints "listening", then for each notification "ROLE: NAME: DESCRIPTION", "progress bar: NAME" if it has one, and
 "button NAME" for each of its buttons, and "ended" when it ends. Presses the button with the name BUTTON and prints "pressed". Needs the
@@ -10,6 +10,8 @@ accessibility bus of a desktop (at-spi-bus-launcher).
 
 With --look, it goes through the objects of tavo-display instead, again and again, and prints "ROLE: NAME: DESCRIPTION"
 for each that it has not seen before. Presses the button with the name BUTTON when it finds it.
+
+With --showing, it prints instead "ROLE NAME 1" and "ROLE NAME 0" for each object of these roles that is shown and hidden.
 """
 import sys
 
@@ -40,6 +42,9 @@ def press(button):
 
 def on_event(event):
     source = event.source
+    if "--showing" in sys.argv:
+        on_change(source, event.detail1)
+        return
     if source.get_role() != Atspi.Role.NOTIFICATION:
         return
     if event.detail1 == 0:
@@ -54,6 +59,14 @@ def on_event(event):
         say(f"button {button.get_name()}")
         if button.get_name() in sys.argv[1:]:
             GLib.timeout_add(ARMED_MS, press, button)
+
+
+def on_change(source, is_shown):
+    if is_shown:
+        source.clear_cache()
+    role = source.get_role_name()
+    if role in sys.argv:
+        say(f"{role} {source.get_name()} {is_shown}")
 
 
 def look(seen):
@@ -96,4 +109,7 @@ def listen(connection, *_):
 listeners = []
 Gio.bus_watch_name(Gio.BusType.SESSION, BUS, Gio.BusNameWatcherFlags.AUTO_START,
                    lambda *appeared: listeners.append(listen(*appeared)), None)
-GLib.MainLoop().run()
+if "--showing" in sys.argv:
+    Atspi.event_main()  # remembers roles and names, which can't be asked of objects that have gone
+else:
+    GLib.MainLoop().run()

@@ -108,6 +108,13 @@ TEST(DisplayMessageRowsTest, listsAllMessagesOfAGroup)
     const Message translated = messageFromRows(path, "57 messages of Mail", rows);
     EXPECT_EQ(translated.title, "57 MESSAGES OF Mail");
     EXPECT_EQ(translated.text, "AND 7 OLDER ONES");
+    EXPECT_EQ(messageFromRows(CMPath("/a"), "While you were not to be disturbed", {}).title,
+              "WHILE YOU WERE NOT TO BE DISTURBED");
+    const QVariantList flood{text({{"title", "They came too fast to be shown."}})};
+    const Message summary = messageFromRows(CMPath("/a"), "7 more of Mail", flood);
+    EXPECT_EQ(summary.title, "7 MORE OF Mail");
+    EXPECT_EQ(summary.text, "THEY CAME TOO FAST TO BE SHOWN.");
+    EXPECT_EQ(messageFromRows(CMPath("/a"), "7 more of Mail", {}).title, "7 more of Mail");
 }
 
 TEST(DisplayMessageRowsTest, limitsTheButtons)

@@ -79,17 +79,39 @@ TEST_F(DisplayShownMessageTest, aMessageEndsBeforeTheNextOneTakesItsPlace)
     EXPECT_EQ(ended, QStringList({"Door", "Gate"}));
 }
 
-TEST_F(DisplayShownMessageTest, aMessageIsCompleteOnceWhenAllOfItIsThere)
+TEST_F(DisplayShownMessageTest, aMessageIsCompleteWhenAllOfItIsThereAndAgainWhenItsTextsChange)
 {
     const QSignalSpy completed(&m_shown, &ShownMessage::completed);
     Message cut = message("Door");
     cut.isWhole = false;
     Q_EMIT m_source.shown(head("/a"), cut);
     EXPECT_EQ(completed.size(), 0);
-    Q_EMIT m_source.messageChanged(message("Door"));
-    Q_EMIT m_source.messageChanged(message("Door again"));
+    Message door = message("Door");
+    Q_EMIT m_source.messageChanged(door);
     EXPECT_EQ(completed.size(), 1);
+    door.actions.clear();
+    Q_EMIT m_source.messageChanged(door);
+    EXPECT_EQ(completed.size(), 1);
+    door.text = "Open";
+    Q_EMIT m_source.messageChanged(door);
+    EXPECT_EQ(completed.size(), 2);
     Q_EMIT m_source.shown(head("/b"), message("Gate"));
+    EXPECT_EQ(completed.size(), 3);
+}
+
+TEST_F(DisplayShownMessageTest, aProgressDoesNotCompleteAMessageAgain)
+{
+    const QSignalSpy completed(&m_shown, &ShownMessage::completed);
+    Message copy = message("Copy");
+    copy.value = 10;
+    Q_EMIT m_source.shown(head("/a"), copy);
+    copy.value = 20;
+    copy.text = "2 of 10 files";
+    Q_EMIT m_source.messageChanged(copy);
+    EXPECT_EQ(completed.size(), 1);
+    copy.value = Message::noValue;
+    copy.text = "Done";
+    Q_EMIT m_source.messageChanged(copy);
     EXPECT_EQ(completed.size(), 2);
 }
 
