@@ -5,12 +5,15 @@
 
 Usage: answer.py BUILD
 
-BUILD is the folder of a build with the target tavo_fleet_benchmark. Prints the median time and the rate of both, with
-one call at a time and with several, how these compare, and the memory and the wake-ups of the device while nothing
-happens. Other work on the machine disturbs the times: as root, "chrt --rr 10 answer.py BUILD" goes before it.
+BUILD is the folder of a build with the target tavo_fleet_benchmark. Prints the time and the rate of both, with one call
+at a time and with several, and how these compare: first with all programs on one processor, where no processor has to
+be woken, and then on all. The numbers are the medians of several rounds, in which both take turns. At last it prints the
+memory and the wake-ups of the device while nothing happens. Other work on the machine disturbs the times: as root,
+"chrt --rr 10 answer.py BUILD" goes before it.
 """
 
 import json
+import os
 import pathlib
 import re
 import statistics
@@ -20,8 +23,8 @@ import time
 
 from programs import free_port, processes_in_a_folder, start
 
-CALLS = {1: 2000, 20: 8000, 50: 8000}  # by how many are under way at a time
-ROUNDS = 2
+CALLS = {1: 500, 20: 2000, 50: 2000}  # in a round, by how many are under way at a time
+ROUNDS = 5
 IDLE_SECONDS = 31
 
 
@@ -37,24 +40,34 @@ def switches(pid):
 
 def memory(pid):
     """In MiB: what only this process uses, that and its share of what others use too, and all that it has mapped."""
-    sums = {"Private": 0, "Pss": 0, "Rss": 0}
+    sizes = {}
     for line in pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text().splitlines()[1:]:
-        what = line.split(":")[0].removesuffix("_Clean").removesuffix("_Dirty")
-        if what in sums:
-            sums[what] += int(line.split()[1]) / 1024
-    return [f"{sum:.1f}" for sum in sums.values()]
+        what, size = line.split(":")
+        sizes[what] = int(size.split()[0]) / 1024
+    return sizes["Private_Clean"] + sizes["Private_Dirty"], sizes["Pss"], sizes["Rss"]
 
 
-def compare(build, port, window, count):
-    seen = {"echo": [], "porch": []}
-    for peer in [*seen] * ROUNDS:
+def place(processes, processors):
+    """Lets this program, which the others inherit it from, and all threads of the processes use these processors."""
+    os.sched_setaffinity(0, processors)
+    for process in processes:
+        for task in pathlib.Path(f"/proc/{process.pid}/task").iterdir():
+            os.sched_setaffinity(int(task.name), processors)
+
+
+def compare(build, port, where, window, count):
+    rounds = {"echo": [], "porch": []}
+    for peer in [*rounds] * ROUNDS:
         line = subprocess.check_output([build / "benchmarks/tavo_round_trips", str(port), peer, str(count),
-                                        str(window)], text=True).strip()
-        print(f"window {window}: {line}", flush=True)
-        seen[peer].append([float(number) for number in re.findall(r"[0-9]+", line)[:2]])
-    (echo_time, echo_rate), (time_taken, rate) = ([statistics.mean(column) for column in zip(*seen[peer])]
-                                                  for peer in seen)
-    print(f"window {window}: {time_taken / echo_time:.1f} times the echo's time, {rate / echo_rate:.2f} of its rate")
+                                        str(window)], text=True)
+        time_taken, rate, errors = (int(number) for number in re.findall(r" ([0-9]+)", line))
+        if errors:
+            sys.exit(line)
+        rounds[peer].append((time_taken, rate))
+    (echo_time, echo_rate), (time_taken, rate) = ([statistics.median(column) for column in zip(*rounds[peer])]
+                                                  for peer in rounds)
+    print(f"{where}, {window} at a time: {time_taken:.0f} us, {time_taken / echo_time:.1f} times the echo's "
+          f"{echo_time:.0f} us; {rate:.0f} a second, {rate / echo_rate:.2f} of its {echo_rate:.0f}", flush=True)
 
 
 def run(build, folder, processes):
@@ -82,14 +95,17 @@ def run(build, folder, processes):
                    text="the host is there")
     processes.append(device)
     time.sleep(1)
-    for window, count in CALLS.items():
-        compare(build, port, window, count)
+    processors = os.sched_getaffinity(0)
+    for where, used in {"one processor": {max(processors)}, f"all {len(processors)} processors": processors}.items():
+        place(processes, used)
+        for window, count in CALLS.items():
+            compare(build, port, where, window, count)
     time.sleep(2)  # the last events are published
     before = switches(device.pid)
     time.sleep(IDLE_SECONDS)
     private, proportional, resident = memory(device.pid)
     print(f"idle: {(switches(device.pid) - before) / IDLE_SECONDS:.2f} wake-ups a second, "
-          f"{private} MiB private, {proportional} MiB proportional, {resident} MiB resident")
+          f"{private:.1f} MiB private, {proportional:.1f} MiB proportional, {resident:.1f} MiB resident")
 
 
 def main():

@@ -9,7 +9,8 @@
 enum class ExitCode {
     Ok = 0,
     /// The host replied with an error. cancel: nothing has that name. doctor: something is missing.
-    /// rules check, rules list: the file is wrong. fleet: a device answered with an error, or there was nothing to cancel.
+    /// rules check, rules list: the file is wrong. fleet: a device answered with an error, or there was
+    /// nothing to cancel.
     Refused = 1,
 
     // With --wait: how the sound, message or notification ended.
@@ -48,8 +49,7 @@ inline constexpr ExitCodeText exitCodeTexts[] = {
           "timeout, or a person chose an action."},
     {"1", "The host refused the request. cancel: nothing has that name. doctor: something is "
           "missing. rules check, rules list: the file is wrong. fleet: a device answered with an "
-          "error, or "
-          "there was nothing to cancel."},
+          "error, or there was nothing to cancel."},
     {"10", "With --wait: the sound was cancelled, or the message was closed by a program."},
     {"11", "With --wait: a person dismissed the message."},
     {"12", "With --wait: the sound could not be played, or the message not be shown; the host's "

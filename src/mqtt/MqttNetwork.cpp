@@ -21,8 +21,10 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds stopTimeout(2000);
 constexpr int acceptTimeoutMs = 10000;
-constexpr std::size_t maxEventsPerTurn = 100;
+constexpr std::size_t maxEventsPerTurn = 10; // the host can work on the first ones meanwhile
 constexpr int maxReconnectShift = 16;
+constexpr int ackDelayMs = 5;
+constexpr int maxDelayedAcks = 4;     // brokers have some 20 messages under way
 constexpr int oldProtocolRefused = 1; // how brokers for MQTT 3.1.1 refuse a newer version
 
 void prepareLibrary()
@@ -97,6 +99,7 @@ struct MqttCallbacks
             copy.qos = message->qos;
             copy.isRetained = message->retain;
             copy.expirySeconds = static_cast<int>(std::min<uint32_t>(expiry, INT32_MAX));
+            of(network).m_acks += message->qos > 0 ? 1 : 0;
             of(network).post(copy);
         });
         mosquitto_publish_v5_callback_set(
@@ -124,11 +127,13 @@ MqttNetwork::MqttNetwork(MqttConnection *owner, const MqttSettings &settings)
     prepareLibrary();
     m_acceptTimer.setInterval(acceptTimeoutMs);
     m_pingTimer.setTimerType(Qt::PreciseTimer);
-    for (QTimer *timer : {&m_acceptTimer, &m_pingTimer, &m_retryTimer}) {
+    m_ackTimer.setInterval(ackDelayMs);
+    for (QTimer *timer : {&m_acceptTimer, &m_pingTimer, &m_ackTimer, &m_retryTimer}) {
         timer->setSingleShot(true);
     }
     tavoConnect(&m_acceptTimer, &QTimer::timeout, this, &MqttNetwork::on_acceptTimer_timeout);
     tavoConnect(&m_pingTimer, &QTimer::timeout, this, &MqttNetwork::on_pingTimer_timeout);
+    tavoConnect(&m_ackTimer, &QTimer::timeout, this, &MqttNetwork::on_ackTimer_timeout);
     tavoConnect(&m_retryTimer, &QTimer::timeout, this, &MqttNetwork::on_retryTimer_timeout);
 }
 
@@ -268,7 +273,27 @@ void MqttNetwork::on_readable_activated()
     m_isServing = false;
     if (m_handle == handle && m_owner != nullptr) {
         m_readable->setEnabled(true);
-        check(code == MOSQ_ERR_SUCCESS ? write() : code);
+        check(code == MOSQ_ERR_SUCCESS ? writeOrDelay() : code);
+    }
+}
+
+/// Delays a few acknowledgements if nothing else waits, so that they leave with what the owner publishes next.
+/// Returns a code of libmosquitto.
+int MqttNetwork::writeOrDelay()
+{
+    if (m_acks == 0 || m_acks > maxDelayedAcks || m_hasMoreThanAcks) {
+        return write();
+    }
+    if (!m_ackTimer.isActive()) {
+        m_ackTimer.start();
+    }
+    return MOSQ_ERR_SUCCESS;
+}
+
+void MqttNetwork::on_ackTimer_timeout()
+{
+    if (!m_isServing) {
+        check(write());
     }
 }
 
@@ -302,6 +327,9 @@ void MqttNetwork::on_writable_activated()
 /// Sends what the system takes. Returns a code of libmosquitto.
 int MqttNetwork::write()
 {
+    m_acks = 0;
+    m_hasMoreThanAcks = false;
+    m_ackTimer.stop();
     if (!mosquitto_want_write(m_handle.get())) { // The handshake of TLS may wait for the broker.
         m_writable->setEnabled(false);
         return MOSQ_ERR_SUCCESS;
@@ -326,6 +354,7 @@ int MqttNetwork::write()
 void MqttNetwork::writeSoon()
 {
     if (m_isServing) {
+        m_hasMoreThanAcks = true;
         return;
     }
     const int code = write();
@@ -406,6 +435,8 @@ void MqttNetwork::lose(const QString &reason)
     m_isUp = false;
     m_acceptTimer.stop();
     m_pingTimer.stop();
+    m_ackTimer.stop();
+    m_acks = 0;
     // One of them may be the caller.
     for (auto *notifier : {m_readable.release(), m_writable.release()}) {
         if (notifier != nullptr) {
@@ -487,6 +518,8 @@ void MqttNetwork::on_subscribe(int messageId, int code)
 
 void MqttNetwork::post(Event event)
 {
+    // libmosquitto may have answered the others, or may send next what has waited for them.
+    m_hasMoreThanAcks = m_hasMoreThanAcks || !std::holds_alternative<MqttMessage>(event);
     m_events.push_back(std::move(event));
     if (!m_isServing && m_events.size() == 1) {
         QMetaObject::invokeMethod(

@@ -18,8 +18,8 @@ class MqttConnection;
 
 /// What an MqttConnection hides: libmosquitto in the event loop.
 ///
-/// What arrives is read first, then handled by the owner, then acknowledged. libmosquitto's own functions never call
-/// the owner.
+/// What arrives is read first, then handled by the owner, then acknowledged: with the next message of the owner, which
+/// often is the answer, or alone a few milliseconds later. libmosquitto's own functions never call the owner.
 class MqttNetwork : public QObject, public std::enable_shared_from_this<MqttNetwork>
 {
     Q_OBJECT
@@ -40,6 +40,7 @@ private Q_SLOTS:
     void on_readable_activated();
     void on_writable_activated();
     void on_acceptTimer_timeout();
+    void on_ackTimer_timeout();
     void on_pingTimer_timeout();
     void on_retryTimer_timeout();
 
@@ -69,6 +70,7 @@ private:
     void use(const Handle &handle);
     int read();
     int write();
+    int writeOrDelay();
     void writeSoon();
     void check(int code);
     void lose(const QString &reason);
@@ -95,14 +97,17 @@ private:
     Handle m_handle;                        ///< null while there is no connection
     std::unique_ptr<QSocketNotifier> m_readable;
     std::unique_ptr<QSocketNotifier> m_writable;
-    bool m_isUp = false;       ///< the broker has accepted the connection
-    bool m_isServing = false;  ///< the acknowledgements of what is handled must wait
-    int m_generation = 0;      ///< counts connections
-    int m_attempts = 0;        ///< without success
-    Clock::time_point m_start; ///< of the connection
+    bool m_isUp = false;            ///< the broker has accepted the connection
+    int m_acks = 0;                 ///< of messages that have been read, and not been sent
+    bool m_hasMoreThanAcks = false; ///< something else may wait to be sent
+    bool m_isServing = false;       ///< the acknowledgements of what is handled must wait
+    int m_generation = 0;           ///< counts connections
+    int m_attempts = 0;             ///< without success
+    Clock::time_point m_start;      ///< of the connection
     Clock::time_point m_lastRead;
     Clock::time_point m_lastWrite;
     QTimer m_acceptTimer; ///< until the broker must have accepted the connection
+    QTimer m_ackTimer;    ///< until delayed acknowledgements are sent alone
     QTimer m_pingTimer;   ///< until the broker may have to be pinged
     QTimer m_retryTimer;
     QString m_reason;          ///< why the connection ends

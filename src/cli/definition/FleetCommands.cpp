@@ -114,13 +114,12 @@ CommandDefinition fleet()
         "The other actions call devices: show TITLE [TEXT], notify TITLE [TEXT], sound NAME, say "
         "TEXT, cancel ID, call PATH [JSON], ping. Each answer is printed when it comes: the "
         "device, and shown, sounding, done, error with the reason or, of a cancel, ended or "
-        "nothing to end. The call is repeated, with "
-        "the same id, to devices that have not answered; a device carries it out once. When all "
+        "nothing to end. The call is repeated, with the same id, to devices that have not "
+        "answered; a device carries it out once. When all "
         "devices have answered, or the time of --reply-timeout is up, those without an answer are "
         "printed, and the program exits: with 0 if all have answered without an error, with 1 "
         "after an error or if there was nothing to cancel, with 75 if an answer is missing. With "
-        "--at, "
-        "devices answer when the sound starts, and the time counts from then on.",
+        "--at, devices answer when the sound starts, and the time counts from then on.",
         "  tavo fleet --broker mqtts://broker.example list\n"
         "  tavo fleet show --group floor-3 Water 'Room 301' --priority urgent --timeout 0\n"
         "  tavo fleet sound --device hall --device porch bell\n"

@@ -93,10 +93,11 @@ struct FleetStore::Statements
 private:
     static int prepare(Sqlite &database)
     {
-        // No other process can use the file, and its log needs no shared memory.
-        database.execute("PRAGMA locking_mode = EXCLUSIVE; PRAGMA journal_mode = WAL;"
-                         "PRAGMA synchronous = NORMAL; PRAGMA wal_autocheckpoint = 2000; PRAGMA "
-                         "journal_size_limit = 1048576;"
+        // No other process can use the file, and its log needs no shared memory. Each change writes whole pages, so
+        // new files have small ones, in which a call still fits as a whole.
+        database.execute("PRAGMA page_size = 2048; PRAGMA locking_mode = EXCLUSIVE;"
+                         "PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL;"
+                         "PRAGMA wal_autocheckpoint = 4000; PRAGMA journal_size_limit = 1048576;"
                          "PRAGMA cache_size = -256; PRAGMA temp_store = MEMORY");
         if (database.number("SELECT count(*) FROM sqlite_schema") == 0) {
             database.execute(

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
+#include <base/sqlite/Sqlite.h>
 #include <base/sqlite/SqliteError.h>
 
 #include <QDateTime>
@@ -143,6 +144,23 @@ TEST_F(FleetStoreTest, ADamagedFileIsPutAside)
     EXPECT_FALSE(store().damage().isEmpty());
     EXPECT_FALSE(store().find("a"));
     EXPECT_TRUE(QFile::exists(m_file + ".damaged"));
+}
+
+TEST_F(FleetStoreTest, AFileWithLargerPagesIsUsedAsItIs)
+{
+    write({{call("a")}, {}, {}, {message("shown", m_later)}, {}});
+    m_store.reset();
+    {
+        Sqlite file(m_file);
+        file.execute("PRAGMA journal_mode = DELETE; PRAGMA page_size = 4096; VACUUM");
+        ASSERT_EQ(file.number("PRAGMA page_size"), 4096);
+    }
+    write({{call("a"), call("b")}, {}, {}, {message("shown", m_later)}, {}});
+    EXPECT_EQ(reopened().begun().size(), 2U);
+    EXPECT_EQ(store().outgoing(0, 10).size(), 2U);
+    EXPECT_TRUE(store().damage().isEmpty());
+    m_store.reset();
+    EXPECT_EQ(Sqlite(m_file).number("PRAGMA page_size"), 4096);
 }
 
 TEST_F(FleetStoreTest, TwoCannotUseTheSameFile)

@@ -12,7 +12,8 @@
 /// The call that the options describe, or what is wrong with them.
 Result<FleetCall> fleetCall(const Options &options);
 
-/// "shown", "sounding", "done"; "ended" or "nothing to end" of a cancel; or with what the call gives or the reason of the error.
+/// "shown", "sounding" or "done", of a cancel "ended" or "nothing to end"; with what the call gives, or why it
+/// failed.
 QString answerText(const FleetAnswer &answer, FleetCall::Kind call);
 
 /// The answer's fields without those that every answer has.

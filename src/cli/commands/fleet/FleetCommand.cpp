@@ -30,7 +30,7 @@ FleetCommand::FleetCommand(const Options &options, TavoClient &client, Terminal 
     m_timeLimit.setSingleShot(true);
     m_silence.setSingleShot(true);
     tavoConnect(&m_timeLimit, &QTimer::timeout, this, &FleetCommand::on_timeLimit_timeout);
-    tavoConnect(&m_silence, &QTimer::timeout, this, &FleetCommand::on_silence_timeout);
+    tavoConnect(&m_silence, &QTimer::timeout, this, &FleetCommand::devicesKnown);
 }
 
 std::unique_ptr<Command> FleetCommand::create(const Options &options, TavoClient &client,
@@ -173,11 +173,6 @@ void FleetCommand::on_connection_subscriptionRefused(const QString &filter, cons
 {
     fail(ExitCode::Refused,
          QStringLiteral("the broker refuses to tell of %1: %2").arg(filter, reason));
-}
-
-void FleetCommand::on_silence_timeout()
-{
-    devicesKnown();
 }
 
 void FleetCommand::on_timeLimit_timeout()

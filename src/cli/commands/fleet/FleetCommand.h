@@ -68,11 +68,10 @@ private Q_SLOTS:
     void on_connection_refused(int number, const QString &reason);
     void on_connection_subscriptionRefused(const QString &filter, const QString &reason);
     void on_timeLimit_timeout();
-    void on_silence_timeout();
+    void devicesKnown();
 
 private:
     bool connectToBroker();
-    void devicesKnown();
 
     const QString m_name;
     QString m_url;
@@ -80,8 +79,7 @@ private:
     MqttConnection *m_connection = nullptr;
     FleetDevices m_devices;
     QTimer m_timeLimit;
-    QTimer
-        m_silence; ///< until what the broker knows has been received, if the ping does not come back
+    QTimer m_silence; ///< if the ping does not come back, silence tells that all has been received
     bool m_hasBeenConnected = false;
     bool m_areDevicesKnown = false;
     bool m_hasHeard = false; ///< something that the broker sends to this user
