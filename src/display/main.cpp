@@ -31,6 +31,9 @@
 #include <thread>
 
 namespace {
+/// Those who ask whether a program runs have its lock for a moment.
+constexpr int lockTimeoutMs = 300;
+
 int exitWith(const ExitFailure &failure)
 {
     std::fprintf(stderr, "%s\n", qUtf8Printable(printable(failure.reason)));
@@ -255,7 +258,7 @@ int run(int argc, char **argv, const CommandLine &line, const DisplayConfigurati
     const QString lockName = lockFile(bus, std::get<QString>(screen));
     QLockFile lock(lockName);
     lock.setStaleLockTime(0);
-    if (line.action == CommandLine::Action::Run && !lock.tryLock() &&
+    if (line.action == CommandLine::Action::Run && !lock.tryLock(lockTimeoutMs) &&
         lock.error() == QLockFile::LockFailedError) {
         return exitWith(
             {ExitCode::AlreadyRunning,

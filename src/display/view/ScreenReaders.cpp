@@ -6,6 +6,8 @@
 #include "display/platform/PlatformLibrary.h"
 #include <core/base/connect.h>
 
+#include <QGuiApplication>
+
 namespace {
 void report(QObject *object, QAccessible::Event type)
 {
@@ -30,7 +32,7 @@ ScreenReaders::~ScreenReaders()
 
 void ScreenReaders::announce(QObject *item)
 {
-    if (m_isConnected) {
+    if (s_isConnected) {
         report(item, QAccessible::ObjectShow);
         m_announced = item;
     }
@@ -48,7 +50,9 @@ void ScreenReaders::follow(QWindow *window)
 {
     report(window, QAccessible::ObjectCreated);
     tavoConnect(window, &QWindow::visibleChanged, window, [window](bool isVisible) {
-        report(window, isVisible ? QAccessible::ObjectShow : QAccessible::ObjectHide);
+        if (s_isConnected) {
+            report(window, isVisible ? QAccessible::ObjectShow : QAccessible::ObjectHide);
+        }
     });
 }
 
@@ -82,8 +86,14 @@ void ScreenReaders::on_accessibility_activated()
 
 void ScreenReaders::setConnected()
 {
-    if (!m_isConnected) {
-        m_isConnected = true;
-        m_connected();
+    if (s_isConnected) {
+        return;
     }
+    s_isConnected = true;
+    for (QWindow *window : QGuiApplication::topLevelWindows()) {
+        if (window->isVisible()) {
+            report(window, QAccessible::ObjectShow);
+        }
+    }
+    m_connected();
 }

@@ -44,5 +44,6 @@ private:
 
     const std::function<void()> m_connected;
     QPointer<QObject> m_announced;
-    bool m_isConnected = false;
+
+    inline static bool s_isConnected = false; ///< can be found by readers
 };
