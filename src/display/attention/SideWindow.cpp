@@ -88,7 +88,7 @@ void SideWindow::hide()
     if (m_item) {
         m_item->setParentItem(nullptr);
     }
-    ScreenReaders::destroy(std::move(m_window)); // reports nothing any more
+    ScreenReaders::destroy(std::move(m_window)); // what it reports meanwhile finds no window
 }
 
 void SideWindow::on_screens_changed()

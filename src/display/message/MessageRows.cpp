@@ -59,6 +59,17 @@ void readAction(const TavoRoles &row, Message &message)
     }
 }
 
+/// A count, and the program that it is of, if there is one.
+QString translatedCount(const QRegularExpressionMatch &match, const char *count,
+                        const char *countOfProgram)
+{
+    const QString number = QLocale().toString(match.captured(1).toInt());
+    const QString program = match.captured(2);
+    return program.isEmpty() ? QCoreApplication::translate("Messages", count).arg(number)
+                             : QCoreApplication::translate("Messages", countOfProgram)
+                                   .arg(number, shownLine(program));
+}
+
 /// The host knows no language: these are its own texts.
 QString translatedTitle(const QString &title, bool isGroup)
 {
@@ -73,11 +84,8 @@ QString translatedTitle(const QString &title, bool isGroup)
     if (!match.hasMatch()) {
         return shownLine(title);
     }
-    const QString count = QLocale().toString(match.captured(1).toInt());
-    return match.captured(2).isEmpty()
-               ? QCoreApplication::translate("Messages", "%1 messages").arg(count)
-               : QCoreApplication::translate("Messages", "%1 messages of %2")
-                     .arg(count, shownLine(match.captured(2)));
+    return translatedCount(match, QT_TRANSLATE_NOOP("Messages", "%1 messages"),
+                           QT_TRANSLATE_NOOP("Messages", "%1 messages of %2"));
 }
 
 /// The title of a summary of what came too fast.
@@ -88,11 +96,8 @@ QString translatedFlood(const QString &title)
     if (!match.hasMatch()) {
         return title;
     }
-    const QString count = QLocale().toString(match.captured(1).toInt());
-    return match.captured(2).isEmpty()
-               ? QCoreApplication::translate("Messages", "%1 more").arg(count)
-               : QCoreApplication::translate("Messages", "%1 more of %2")
-                     .arg(count, match.captured(2));
+    return translatedCount(match, QT_TRANSLATE_NOOP("Messages", "%1 more"),
+                           QT_TRANSLATE_NOOP("Messages", "%1 more of %2"));
 }
 
 QString translatedText(const QString &text)

@@ -37,6 +37,7 @@ Rectangle {
     Accessible.focusable: true
     Accessible.checked: isChecked
     Accessible.onPressAction: activated()
+    Accessible.onToggleAction: activated()
 
     Keys.onReturnPressed: activated()
     Keys.onEnterPressed: activated()

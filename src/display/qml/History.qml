@@ -65,7 +65,6 @@ Rectangle {
             isChecked: !attention.isOnlyMissed
             Accessible.role: Accessible.RadioButton
             Accessible.checkable: true
-            Accessible.onToggleAction: activated()
             onActivated: attention.isOnlyMissed = false
         }
         Button {
@@ -74,7 +73,6 @@ Rectangle {
             isChecked: attention.isOnlyMissed
             Accessible.role: Accessible.RadioButton
             Accessible.checkable: true
-            Accessible.onToggleAction: activated()
             onActivated: attention.isOnlyMissed = true
         }
         Button {
@@ -83,7 +81,6 @@ Rectangle {
             isChecked: attention.isQuiet
             Accessible.role: Accessible.CheckBox
             Accessible.checkable: true
-            Accessible.onToggleAction: activated()
             onActivated: attention.toggleQuiet()
         }
     }

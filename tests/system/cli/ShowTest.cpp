@@ -54,10 +54,18 @@ TEST_F(CliShowTest, ShowsATitleWithoutAMessage)
 
 TEST_F(CliShowTest, ShowsUrgentMessagesFirst)
 {
-    for (const char *priority : {"normal", "low", "urgent", "17", "high"}) {
+    for (const char *priority : {"normal", "low", "urgent", "high"}) {
         EXPECT_EQ(run({"show", "--timeout", "0", "--priority", priority, priority}), s_good);
     }
-    EXPECT_THAT(titles(), ElementsAre("17", "urgent", "high", "normal", "low"));
+    EXPECT_THAT(titles(), ElementsAre("urgent", "high", "normal", "low"));
+}
+
+TEST_F(CliShowTest, TakesANumberAsPriority)
+{
+    for (const char *priority : {"2", "17"}) {
+        EXPECT_EQ(run({"show", "--timeout", "0", "--priority", priority, priority}), s_good);
+    }
+    EXPECT_THAT(titles(), ElementsAre("17", "2"));
 }
 
 TEST_F(CliShowTest, WithWaitSucceedsWhenTheMessageExpires)

@@ -214,12 +214,9 @@ void Clients::refuse(const BusMessage &call, const BusError &error)
     if (!call.expectsReply()) {
         return;
     }
-    const std::string client = call.sender();
     try {
-        const BusMessage refusal = call.createErrorReply(error);
-        m_unread.sendSmall(
-            client, error.message().size() + UnreadBytes::messageBytes,
-            [this, client, refusal] { m_outbox.send(client, refusal, UnreadBytes::messageBytes); });
+        m_unread.sendError(call.sender(), error.message().size() + UnreadBytes::messageBytes,
+                           [&] { return call.createErrorReply(error); });
     } catch (const BusError &failure) {
         LOG4CPLUS_WARN(logger, "A refusal can't be written: " << failure.what());
     }

@@ -115,7 +115,7 @@ bool UnreadBytes::admit(const std::string &client, std::size_t bytes)
     return true;
 }
 
-bool UnreadBytes::fitsSmall(const ClientMap::value_type &entry, std::size_t bytes) const
+bool UnreadBytes::fitsError(const ClientMap::value_type &entry, std::size_t bytes) const
 {
     const std::size_t then = entry.second.total() + bytes;
     return then <= Quotas::freeBytes + Quotas::freeBytes / freeSmallPart ||
@@ -123,22 +123,23 @@ bool UnreadBytes::fitsSmall(const ClientMap::value_type &entry, std::size_t byte
             m_quotas.hasRoom(entry.first, Quotas::UnreadBytes, bytes));
 }
 
-void UnreadBytes::sendSmall(const std::string &client, std::size_t bytes, const Send &send)
+void UnreadBytes::sendError(const std::string &client, std::size_t bytes,
+                            const Outbox::Instead &make)
 {
     if (!m_isTold || !m_quotas.knows(client)) {
-        send();
+        m_outbox.send(client, make(), messageBytes);
         return;
     }
     auto &entry = *m_clients.try_emplace(client).first;
     std::deque<Late> &late = entry.second.late;
-    if (late.empty() && fitsSmall(entry, bytes)) {
+    if (late.empty() && fitsError(entry, bytes)) {
+        m_outbox.send(client, make(), messageBytes);
         count(entry, bytes);
-        send();
         return;
     }
     askSometimes(entry);
     if (late.size() < maxLate) {
-        late.push_back({bytes, send});
+        late.push_back({bytes, make()});
         if (!m_lateTimer.isActive()) {
             m_lateTimer.start();
         }
@@ -148,13 +149,13 @@ void UnreadBytes::sendSmall(const std::string &client, std::size_t bytes, const 
 void UnreadBytes::sendLate(ClientMap::value_type &entry)
 {
     std::deque<Late> &late = entry.second.late;
-    while (!late.empty() && (!m_isTold || fitsSmall(entry, late.front().bytes))) {
-        const Late error = std::move(late.front());
-        late.pop_front();
+    while (!late.empty() && (!m_isTold || fitsError(entry, late.front().bytes))) {
+        const Late &next = late.front();
+        m_outbox.send(entry.first, next.error, messageBytes);
         if (m_isTold) {
-            count(entry, error.bytes);
+            count(entry, next.bytes);
         }
-        error.send();
+        late.pop_front();
     }
 }
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "ClientLimits.h"
+#include "Outbox.h"
 
 #include <QObject>
 #include <QTimer>
@@ -19,7 +20,6 @@
 class BusConnection;
 class BusError;
 class BusMessage;
-class Outbox;
 class Quotas;
 
 /// Counts the bytes that were sent to each client and that it has not read. A bus may count unread
@@ -53,11 +53,9 @@ public:
     /// may exceed the client's limit if the client has read everything else.
     bool admit(const std::string &client, std::size_t bytes);
 
-    using Send = std::function<void()>;
-
-    /// Sends an error, which takes few bytes, and counts it: now, or when the client has read more. A client that
-    /// reads nothing gets only a few; further ones are dropped.
-    void sendSmall(const std::string &client, std::size_t bytes, const Send &send);
+    /// Makes and sends an error, which takes few bytes, and counts it: now, or when the client has read more. A
+    /// client that reads nothing gets only a few; further ones are dropped. Throws what making it throws.
+    void sendError(const std::string &client, std::size_t bytes, const Outbox::Instead &make);
 
     using Decide = std::function<void(bool isAdmitted)>;
 
@@ -86,7 +84,7 @@ private:
     struct Late
     {
         std::size_t bytes;
-        Send send;
+        BusMessage error;
     };
 
     struct Client
@@ -97,7 +95,7 @@ private:
         bool asksAgain = false; ///< ask once more after the reply, because more was sent
         Clock::time_point asked{};
         std::deque<Undecided> undecided;
-        std::deque<Late> late; ///< errors
+        std::deque<Late> late;
 
         std::size_t total() const { return before + since; }
     };
@@ -109,7 +107,7 @@ private:
         return std::size_t(m_limits.totalUnreadBytes);
     } ///< of all clients
     bool fits(const ClientMap::value_type &entry, std::size_t bytes) const;
-    bool fitsSmall(const ClientMap::value_type &entry, std::size_t bytes) const;
+    bool fitsError(const ClientMap::value_type &entry, std::size_t bytes) const;
     void count(ClientMap::value_type &entry, std::size_t bytes);
     void sendLate(ClientMap::value_type &entry);
     void ask(ClientMap::value_type &entry);

@@ -199,16 +199,21 @@ CMReply<QVariant> OpenNotifications::show(quint32 id, Entry &entry)
     return reply;
 }
 
+const AttentionItem &OpenNotifications::updatedItem(Entry &entry)
+{
+    entry.item->id = entry.request;
+    entry.item->path = entry.node.path();
+    entry.item->priority = entry.priority;
+    entry.item->timeout = entry.timeout;
+    return *entry.item;
+}
+
 CMReply<QVariant> OpenNotifications::requestDisplay(quint32 id, Entry &entry)
 {
     entry.isAttended = entry.item != nullptr;
     if (entry.isAttended) {
         m_attended.insert(entry.request, id);
-        entry.item->id = entry.request;
-        entry.item->path = entry.node.path();
-        entry.item->priority = entry.priority;
-        entry.item->timeout = entry.timeout;
-        return CMRoot()->invoke(TavoAttentionNotifyPath(), QVariant::fromValue(*entry.item),
+        return CMRoot()->invoke(TavoAttentionNotifyPath(), QVariant::fromValue(updatedItem(entry)),
                                 CMReply<QVariant>());
     }
     const auto item = TavoNotificationDisplayItem()
@@ -290,10 +295,8 @@ void OpenNotifications::giveWay(quint32 id)
     }
     entry->priority = LeftMessages::below(entry->priority);
     if (entry->isAttended && entry->item) {
-        AttentionItem item = *entry->item;
-        item.priority = entry->priority;
+        AttentionItem item = updatedItem(*entry);
         item.givesWay = true;
-        item.soundFollows = false;
         CMRoot()->invoke(TavoAttentionReplacePath(), QVariant::fromValue(item), {});
         return;
     }

@@ -117,6 +117,9 @@ private:
     void addImage(quint32 id, const Entry &entry, const ImageData &image);
     CMReply<QVariant> show(quint32 id, Entry &entry);
     CMReply<QVariant> requestDisplay(quint32 id, Entry &entry);
+
+    /// The entry's item for the module for attention, as the entry is now.
+    static const AttentionItem &updatedItem(Entry &entry);
     void showAnew(quint32 id, Entry &entry);
     void on_open_finished(quint32 id, const QString &request, const CMReply<QVariant> &reply);
 
