@@ -59,6 +59,8 @@ DoctorCommand::DoctorCommand(const Options &options, TavoClient &client, Termina
                 &DoctorCommand::on_service_ended);
     tavoConnect(&m_displayService, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished),
                 this, &DoctorCommand::on_displayService_ended);
+    tavoConnect(&m_fleetService, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished),
+                this, &DoctorCommand::on_fleetService_ended);
     tavoConnect(&m_display, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
                 &DoctorCommand::on_display_ended);
 }
@@ -354,9 +356,10 @@ void DoctorCommand::lookAtDisplay()
 
 void DoctorCommand::on_displayService_ended()
 {
-    if (const auto finding = lookAtDisplayService(m_displayService.readAllStandardOutput())) {
+    if (const auto finding =
+            lookAtOtherService(displayService, m_displayService.readAllStandardOutput())) {
         m_findings.append(*finding);
-        conclude();
+        lookAtFleet();
         return;
     }
     checkDisplay();
@@ -368,7 +371,7 @@ void DoctorCommand::checkDisplay()
     if (program.isEmpty()) {
         add(State::Notice, "screen", QStringLiteral("tavo-display is not installed here"),
             QStringLiteral("install it to see messages, if the device has a screen"));
-        conclude();
+        lookAtFleet();
         return;
     }
     QTimer::singleShot(timeoutMs, &m_display, &QProcess::kill);
@@ -393,6 +396,22 @@ void DoctorCommand::on_display_ended()
         add(State::Notice, "screen", QStringLiteral("tavo-display does not run for this user"),
             QStringLiteral("start it: tavo-display, or on a device: systemctl enable --now "
                            "tavo-display"));
+    }
+    lookAtFleet();
+}
+
+void DoctorCommand::lookAtFleet()
+{
+    if (!isSystemBus() || !askSystemd(&m_fleetService, QStringLiteral("tavo-fleet"))) {
+        conclude();
+    }
+}
+
+void DoctorCommand::on_fleetService_ended()
+{
+    if (const auto finding =
+            lookAtOtherService(fleetService, m_fleetService.readAllStandardOutput())) {
+        m_findings.append(*finding);
     }
     conclude();
 }

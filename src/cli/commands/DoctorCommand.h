@@ -27,6 +27,7 @@ private Q_SLOTS:
     void on_service_ended();
     void on_displayService_ended();
     void on_display_ended();
+    void on_fleetService_ended();
 
 private:
     void lookAtModuleFiles();
@@ -43,6 +44,7 @@ private:
     void lookAtDevices();
     void lookAtDisplay();
     void checkDisplay();
+    void lookAtFleet();
     void lookAtDevice(const QString &subject, const CMPath &path, std::function<void()> next);
 
     bool isSystemBus() const;
@@ -59,5 +61,6 @@ private:
     QProcess m_service;        ///< systemctl show tavo-host
     QProcess m_displayService; ///< systemctl show tavo-display
     QProcess m_display;        ///< tavo-display --check
+    QProcess m_fleetService;   ///< systemctl show tavo-fleet
     QVector<Finding> m_findings;
 };

@@ -119,20 +119,22 @@ std::optional<Finding> lookAtService(const QByteArray &properties, const QString
                    QStringLiteral("systemctl%1 restart tavo-host").arg(user)};
 }
 
-std::optional<Finding> lookAtDisplayService(const QByteArray &properties)
+std::optional<Finding> lookAtOtherService(const OtherService &service, const QByteArray &properties)
 {
+    const QString subject = QString::fromLatin1(service.subject);
+    const QString name = QString::fromLatin1(service.name);
     const Properties values = propertiesIn(properties);
     if (const QString failure = failureOf(values); !failure.isEmpty()) {
-        return Finding{Finding::State::Missing, QStringLiteral("screen"),
-                       QStringLiteral("the service tavo-display has failed: ") + failure,
-                       QStringLiteral("journalctl -u tavo-display -n 5 says why; it is tried again "
-                                      "every few seconds")};
+        return Finding{
+            Finding::State::Missing, subject,
+            QStringLiteral("the service %1 has failed: %2").arg(name, failure),
+            QStringLiteral("journalctl -u %1 -n 5 says why; then systemctl restart %1").arg(name)};
     }
     if (values.value("ActiveState") != "active") {
         return std::nullopt;
     }
     return Finding{Finding::State::Good,
-                   QStringLiteral("screen"),
-                   QStringLiteral("the service tavo-display shows the messages"),
+                   subject,
+                   QStringLiteral("the service %1 %2").arg(name, QLatin1String(service.purpose)),
                    {}};
 }

@@ -22,8 +22,19 @@ QDateTime changeOfConfiguration(const QString &file);
 /// session has no file: only its unit knows its configuration.
 std::optional<Finding> lookAtService(const QByteArray &properties, const QString &file);
 
-/// The same for the service that shows the device's messages. Nothing if it was stopped.
-std::optional<Finding> lookAtDisplayService(const QByteArray &properties);
+/// A service of a device beside its host.
+struct OtherService
+{
+    const char *name;
+    const char *subject;
+    const char *purpose;
+};
+inline constexpr OtherService displayService{"tavo-display", "screen", "shows the messages"};
+inline constexpr OtherService fleetService{"tavo-fleet", "fleet", "runs"};
+
+/// The same for such a service. Nothing if it was stopped.
+std::optional<Finding> lookAtOtherService(const OtherService &service,
+                                          const QByteArray &properties);
 
 /// What these functions need from systemctl show.
 QString serviceProperties();

@@ -107,17 +107,20 @@ TEST_F(RunningServiceTest, HasAnotherConfigurationIfAFragmentOrTheFolderHasChang
     }));
 }
 
-TEST(DisplayServiceTest, ShowsTheMessagesHasFailedOrDoesNotRun)
+TEST(OtherServiceTest, RunsHasFailedOrWasStopped)
 {
-    const auto running =
-        lookAtDisplayService("ActiveState=active\nSubState=running\nResult=success\n");
+    const auto running = lookAtOtherService(
+        displayService, "ActiveState=active\nSubState=running\nResult=success\n");
     ASSERT_TRUE(running);
     EXPECT_EQ(running->state, Finding::State::Good);
-    const auto failed = lookAtDisplayService(
+    EXPECT_EQ(running->text, "the service tavo-display shows the messages");
+    const auto failed = lookAtOtherService(
+        fleetService,
         "ActiveState=activating\nSubState=auto-restart\nResult=exit-code\nExecMainStatus=69\n");
     ASSERT_TRUE(failed);
-    EXPECT_EQ(failed->text, "the service tavo-display has failed: exit status 69");
-    EXPECT_FALSE(lookAtDisplayService("ActiveState=inactive\nSubState=dead\nResult=success\n"));
+    EXPECT_EQ(failed->text, "the service tavo-fleet has failed: exit status 69");
+    EXPECT_FALSE(lookAtOtherService(displayService,
+                                    "ActiveState=inactive\nSubState=dead\nResult=success\n"));
 }
 
 TEST(RunningHostTest, IsOutdatedIfItsVersionIsLowerThanThatOfTheInstalledProgram)
