@@ -68,8 +68,11 @@ CMReply<QVariant> ClientAttention::notify(const std::string &client, const QVari
     }
     const std::string id = item.id().toStdString();
     if (m_notifications.count(id) != 0) {
-        // The module refuses it.
-        return send(TavoAttentionNotifyPath(), item, {});
+        // The module may have closed it already. Then it would open another one that nobody counts.
+        CMReply<QVariant> reply;
+        reply.setError(
+            {QStringLiteral("Attention"), TAVO_TR("A notification with this id is open")});
+        return reply;
     }
     auto charge = m_clients.quotas().charge(
         client, {Quotas::OpenNotifications, 1, Quotas::storedBytes(bytes), item.priority()},
@@ -94,13 +97,16 @@ CMReply<QVariant> ClientAttention::replace(const std::string &client, const QVar
                                            std::size_t bytes)
 {
     const TavoAttentionItem item = itemOf(client, value);
+    const CMPath sound = prepareSound(client, value, bytes);
     const auto notification = m_notifications.find(item.id().toStdString());
     if (notification != m_notifications.end()) {
-        m_clients.quotas().change(notification->second.charge, Quotas::storedBytes(bytes),
-                                  item.priority());
-    }
-    const CMPath sound = prepareSound(client, value, bytes);
-    if (notification != m_notifications.end()) {
+        try {
+            m_clients.quotas().change(notification->second.charge, Quotas::storedBytes(bytes),
+                                      item.priority());
+        } catch (const BusError &) {
+            m_sounds.discard(sound);
+            throw;
+        }
         notification->second.item = item;
     }
     return send(TavoAttentionReplacePath(), item, sound);

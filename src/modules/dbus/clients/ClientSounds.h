@@ -45,7 +45,7 @@ public:
     CMReply<QVariant> enqueue(const std::string &client, const QVariant &value, std::size_t bytes);
 
     /// Checks and charges the sound of a notification that a client requests of the module for attention.
-    /// Throws as enqueue() does. It counts until it is started and has ended, so start() must follow.
+    /// Throws as enqueue() does. It counts until it is started and has ended, so start() or discard() must follow.
     CMPath prepare(const std::string &client, const TavoNotificationPlayerItem &requested,
                    std::size_t bytes);
 
@@ -55,6 +55,9 @@ public:
         m_sounds.at(path).notification = notification;
         sendToPlayer(path, m_sounds.at(path));
     }
+
+    /// Gives up a prepared sound; an empty path is none.
+    void discard(const CMPath &path) { forget(path); }
 
     /// Enqueues the sound of a client's notification. The sound has been checked; the file is the
     /// one that was opened then. The notification is its id for the module for attention, which passes

@@ -402,10 +402,12 @@ TEST_F(InhibitionTest, EndsWithTheModuleForTheBus)
 class ClientAttentionTest : public DesktopAttentionTest
 {
 protected:
-    ClientAttentionTest()
+    explicit ClientAttentionTest(int maxOpen = 2)
         : DesktopAttentionTest(
               {{"sounds"_s, QVariantHash{{"folders"_s, QVariantList{QDir::tempPath()}}}},
-               {"limits"_s, QVariantHash{{"openNotifications"_s, 2}, {"sounds"_s, 1}}}})
+               {"limits"_s, QVariantHash{{"openNotifications"_s, maxOpen},
+                                         {"sounds"_s, 1},
+                                         {"storedBytes"_s, 1 << 20}}}})
     {
     }
 
@@ -579,6 +581,31 @@ TEST_F(ClientAttentionTest, DoNotCountIfTheyAreRefused)
     EXPECT_TRUE(request(message("2"_s)).succeeds());
 }
 
+TEST_F(ClientAttentionTest, PlayNoSoundForAReplacementThatIsTooLarge)
+{
+    ASSERT_TRUE(request(message("1"_s)).succeeds());
+    const auto large = sounding("1"_s, soundFile()).setText(QString(1'100'000, QLatin1Char('x')));
+    EXPECT_EQ(send(TavoAttentionReplacePath(), TavoValue().setAttentionItem(large)).errorName(),
+              "org.freedesktop.DBus.Error.LimitsExceeded");
+    EXPECT_TRUE(request(sounding("2"_s, soundFile())).succeeds()) << "no sound counts";
+}
+
+TEST_F(ClientAttentionTest, KeepTheirIdsUntilTheEndIsKnown)
+{
+    unloadAttention();
+    int opened = 0;
+    services().take(TavoAttentionNotifyPath(), [&opened](const CMSetDataRequest &request) {
+        ++opened;
+        request.reply().setValue({});
+    });
+    services().take(TavoAttentionClosePath(),
+                    [](const CMSetDataRequest &request) { request.reply().setValue({}); });
+    ASSERT_TRUE(request(message("1"_s)).succeeds());
+    ASSERT_TRUE(send(TavoAttentionClosePath(), TavoValue().setString_("1"_s)).succeeds());
+    EXPECT_EQ(request(message("1"_s)).errorName(), "org.tavo.Error.Attention");
+    EXPECT_EQ(opened, 1);
+}
+
 TEST_F(ClientAttentionTest, HaveLimitedSounds)
 {
     ASSERT_TRUE(request(sounding("1"_s, soundFile())).succeeds());
@@ -599,6 +626,34 @@ TEST_F(ClientAttentionTest, GiveBackTheSoundThatRulesKeepFromPeople)
         ASSERT_TRUE(request(sounding(id, soundFile())).succeeds());
         settle();
     }
+}
+
+class ManyClientAttentionTest : public ClientAttentionTest
+{
+protected:
+    ManyClientAttentionTest()
+        : ClientAttentionTest(s_max)
+    {
+    }
+    static constexpr int s_max = 100;
+};
+
+TEST_F(ManyClientAttentionTest, CountAsTheyWereWhenAReplacementIsRefused)
+{
+    const QString text(60'000, QLatin1Char('x'));
+    int opened = 0;
+    for (; opened < s_max; ++opened) {
+        const QString id = QString::number(opened);
+        const BusCall call = request(message(id).setText(text));
+        if (!call.succeeds()) {
+            EXPECT_EQ(call.errorName(), "org.freedesktop.DBus.Error.LimitsExceeded");
+            break;
+        }
+        const auto replacement = TavoValue().setAttentionItem(sounding(id, "/etc/passwd"_s));
+        EXPECT_EQ(send(TavoAttentionReplacePath(), replacement).errorName(),
+                  "org.freedesktop.DBus.Error.AccessDenied");
+    }
+    EXPECT_LT(opened, (1 << 20) / text.size());
 }
 
 TEST_F(ClientAttentionTest, InhibitUntilTheyLeave)
