@@ -29,6 +29,13 @@ TavoRoles rowOf(const MessageNode::Action &action, const CMPath &path)
 }
 } // namespace
 
+std::size_t MessageNode::actionBytes(const QString &key)
+{
+    constexpr int nodeSize = 640;
+    constexpr int keyFactor = 5;
+    return std::size_t(nodeSize + keyFactor * key.toUtf8().size());
+}
+
 MessageNode::MessageNode(CMNodes *nodes, const CMPath &path)
     : m_nodes(nodes)
     , m_node(CMListRowsNode::create(nodes, path))

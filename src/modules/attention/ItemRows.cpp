@@ -5,10 +5,6 @@
 
 #include <algorithm>
 
-namespace {
-constexpr int maxActions = 64;
-} // namespace
-
 TavoRoles ItemRows::text(const AttentionItem &item)
 {
     TavoRoles row;
@@ -31,7 +27,7 @@ TavoRoles ItemRows::text(const AttentionItem &item)
 QVector<MessageNode::Action> ItemRows::actions(const AttentionItem &item)
 {
     QVector<MessageNode::Action> actions;
-    const int count = std::min(item.actions.size(), maxActions);
+    const int count = std::min(item.actions.size(), MessageNode::maxActions);
     for (int index = 0; index < count; ++index) {
         const TavoAttentionAction action = item.actions.at(index);
         actions.append({action.key(), action.label(), action.icon()});

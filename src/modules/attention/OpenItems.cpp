@@ -14,6 +14,9 @@
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Attention");
 
+/// Of each other user, so many are opened again after a restart; the history returns 1,000 of all.
+constexpr int maxMustSeeOfUser = 100;
+
 TavoAttentionEnd::Enum endOf(TavoNotificationDisplayEnd::Enum end)
 {
     switch (end) {
@@ -187,7 +190,9 @@ AttentionOutcome OpenItems::open(const AttentionItem &item, const Decision &deci
 {
     Entry &entry = insert(item, decision);
     if (decision.isRemembered) {
-        entry.number = m_history.add(historyEntryOf(item, decision));
+        HistoryEntry remembered = historyEntryOf(item, decision);
+        remembered.mustSee = remembered.mustSee && !hasTooManyToSee(item.user);
+        entry.number = m_history.add(remembered);
     }
     if (decision.isShown && hasMessage(item)) {
         show(entry);
@@ -200,6 +205,15 @@ AttentionOutcome OpenItems::open(const AttentionItem &item, const Decision &deci
     AttentionOutcome outcome = outcomeOf(entry);
     finishIfOver(item.id);
     return outcome;
+}
+
+bool OpenItems::hasTooManyToSee(const QString &user) const
+{
+    const auto isOne = [&user](const Entry &entry) {
+        return entry.item.user == user && entry.decision.treatment.mustSee.value_or(false);
+    };
+    return !user.isEmpty() &&
+           std::count_if(m_entries.begin(), m_entries.end(), isOne) > maxMustSeeOfUser;
 }
 
 bool OpenItems::opensAtOnce(const AttentionItem &item, const Decision &decision) const

@@ -118,6 +118,9 @@ private:
     Entry &insert(const AttentionItem &item, const Decision &decision);
     AttentionOutcome outcomeOf(const Entry &entry) const;
 
+    /// Whether more are open that must be seen than are opened again of another user.
+    bool hasTooManyToSee(const QString &user) const;
+
     void show(Entry &entry);
 
     /// Which messages may be shown as one with it.

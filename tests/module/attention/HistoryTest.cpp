@@ -141,4 +141,19 @@ TEST_F(AttentionHistoryTest, OpensAgainWhatMustBeSeen)
     EXPECT_EQ(stateOf("Water"_s), State::Dismissed);
     EXPECT_THAT(displayed(), IsEmpty());
 }
+
+TEST_F(AttentionHistoryTest, OpensAgainAHundredOfAnotherUser)
+{
+    setSettings(R"({"rules": [{"name": "all", "when": {}, "then": {"mustSee": true}}]})");
+    constexpr std::size_t most = 100;
+    for (std::size_t number = 0; number <= most; ++number) {
+        const QString name = QString::number(number);
+        notify(message(name, name).setUser("1000"_s));
+    }
+    notify(message("own"_s));
+    notify(message("other"_s).setUser("1001"_s));
+    load();
+    EXPECT_TRUE(waitFor([] { return displayed().size() == most + 2; }));
+    EXPECT_THAT(displayed(), testing::IsSupersetOf({"own"_s, "other"_s}));
+}
 } // namespace

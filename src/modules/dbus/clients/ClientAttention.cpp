@@ -6,19 +6,34 @@
 #include "Clients.h"
 #include "ClientSounds.h"
 #include "Refusals.h"
+#include <base/MessageNode.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
-/// The actions as the module reads them, without unknown fields.
+/// The actions as the module reads them, without unknown fields, and no more than it shows.
 TavoList<TavoAttentionAction> actionsOf(const TavoAttentionItem &requested)
 {
     TavoList<TavoAttentionAction> actions;
-    for (int index = 0; index < requested.actions().size(); ++index) {
+    const int count = std::min(requested.actions().size(), MessageNode::maxActions);
+    for (int index = 0; index < count; ++index) {
         const TavoAttentionAction action = requested.actions().at(index);
-        actions.append(TavoAttentionAction().setKey(action.key()).setLabel(action.label()));
+        if (action.key().toUtf8().size() <= MessageNode::maxKeyBytes) {
+            actions.append(TavoAttentionAction().setKey(action.key()).setLabel(action.label()));
+        }
     }
     return actions;
+}
+
+/// Of an item whose value has this many bytes.
+std::size_t storedBytes(const TavoAttentionItem &item, std::size_t bytes)
+{
+    for (int index = 0; index < item.actions().size(); ++index) {
+        const TavoAttentionAction action = item.actions().at(index);
+        bytes += MessageNode::actionBytes(action.key());
+    }
+    return Quotas::storedBytes(bytes);
 }
 } // namespace
 
@@ -75,7 +90,7 @@ CMReply<QVariant> ClientAttention::notify(const std::string &client, const QVari
         return reply;
     }
     auto charge = m_clients.quotas().charge(
-        client, {Quotas::OpenNotifications, 1, Quotas::storedBytes(bytes), item.priority()},
+        client, {Quotas::OpenNotifications, 1, storedBytes(item, bytes), item.priority()},
         [id = item.id()] {
             CMRoot()->invoke(TavoAttentionClosePath(), TavoValue().setString_(id), {});
         },
@@ -101,7 +116,7 @@ CMReply<QVariant> ClientAttention::replace(const std::string &client, const QVar
     const auto notification = m_notifications.find(item.id().toStdString());
     if (notification != m_notifications.end()) {
         try {
-            m_clients.quotas().change(notification->second.charge, Quotas::storedBytes(bytes),
+            m_clients.quotas().change(notification->second.charge, storedBytes(item, bytes),
                                       item.priority());
         } catch (const BusError &) {
             m_sounds.discard(sound);

@@ -44,8 +44,8 @@ CMReply<QVariant> ClientInhibitions::send(const std::string &client,
     if (!item.on()) {
         return tell(item);
     }
-    auto charge =
-        m_clients.quotas().charge(client, {Quotas::Inhibitions, 1, Quotas::storedBytes(bytes)});
+    auto charge = m_clients.quotas().charge(
+        client, {Quotas::Inhibitions, 1, Quotas::storedBytes(bytes)}, [this, key] { end(key); });
     m_inhibitions.emplace(key, Inhibition{item, std::move(charge)});
     CMReply<QVariant> reply = tell(item);
     reply.onFinished(this, [this, key](const CMReply<QVariant> &finished) {
@@ -54,6 +54,15 @@ CMReply<QVariant> ClientInhibitions::send(const std::string &client,
         }
     });
     return reply;
+}
+
+void ClientInhibitions::end(const Key &key)
+{
+    const auto inhibition = m_inhibitions.find(key);
+    if (inhibition != m_inhibitions.end()) {
+        tell(inhibition->second.item.setOn(false));
+        m_inhibitions.erase(inhibition);
+    }
 }
 
 void ClientInhibitions::on_clients_left(const std::string &client)

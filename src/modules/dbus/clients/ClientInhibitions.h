@@ -15,7 +15,7 @@
 class Clients;
 
 /// Clients that do not want people to be disturbed while they do something. Each inhibition lasts until its
-/// client ends it or leaves the bus.
+/// client ends it or leaves the bus. When all clients have too many, those of the user with the most end first.
 ///
 /// Owned by the worker, used in its thread. The module for attention is told of them again when it is
 /// loaded again.
@@ -51,6 +51,7 @@ private:
     };
     using Key = std::pair<std::string, QString>; ///< client and id
 
+    void end(const Key &key);
     static CMReply<QVariant> tell(const TavoAttentionInhibition &item);
 
     Clients &m_clients;

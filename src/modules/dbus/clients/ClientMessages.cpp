@@ -70,6 +70,7 @@ CMReply<QVariant> ClientMessages::queue(quint32 number, Message message)
                                      &ClientMessages::on_display_ended);
     }
     const TavoNotificationDisplayItem item = message.item.setId(idOf(number));
+    m_numbers[item.path()].insert(number);
     m_messages.emplace(number, std::move(message));
     const CMReply<QVariant> reply;
     reply.addWatcher(
@@ -91,8 +92,8 @@ void ClientMessages::close(quint32 number)
         return;
     }
     const CMPath path = closed->second.item.path();
-    for (auto &[each, message] : m_messages) {
-        message.isClosing = message.isClosing || message.item.path() == path;
+    for (const quint32 each : m_numbers.at(path)) {
+        m_messages.at(each).isClosing = true;
     }
     CMRoot()->invoke(TavoNotificationDisplayCancelNotifyPath(), TavoValue().setPath(path),
                      CMReply<QVariant>());
@@ -101,15 +102,13 @@ void ClientMessages::close(quint32 number)
 void ClientMessages::giveUp(quint32 number)
 {
     const auto given = m_messages.find(number);
-    if (given == m_messages.end()) {
+    if (given == m_messages.end() || given->second.isGivenUp) {
         return;
     }
-    const CMPath path = given->second.item.path();
     const auto user = given->second.charge.user();
-    for (auto &[each, message] : m_messages) {
-        if (message.item.path() == path && message.charge.user() == user) {
-            message.isGivenUp = true;
-        }
+    for (const quint32 each : m_numbers.at(given->second.item.path())) {
+        Message &message = m_messages.at(each);
+        message.isGivenUp = message.isGivenUp || message.charge.user() == user;
     }
     close(number);
 }
@@ -140,6 +139,18 @@ CMListRowsNode *ClientMessages::createNode(const CMPath &path,
     return node;
 }
 
+ClientMessages::Message ClientMessages::remove(Messages::iterator message)
+{
+    const auto numbers = m_numbers.find(message->second.item.path());
+    numbers->second.erase(message->first);
+    if (numbers->second.empty()) {
+        m_numbers.erase(numbers);
+    }
+    Message removed = std::move(message->second);
+    m_messages.erase(message);
+    return removed;
+}
+
 void ClientMessages::forget(quint32 number)
 {
     const auto message = m_messages.find(number);
@@ -149,7 +160,7 @@ void ClientMessages::forget(quint32 number)
     if (message->second.node != nullptr) {
         message->second.node->dispose();
     }
-    m_messages.erase(message);
+    remove(message);
     if (m_messages.empty()) {
         m_isFollowing = false;
         CMRoot()->disconnectValueChange(TavoNotificationDisplayEndedPath(), this,
@@ -170,8 +181,7 @@ void ClientMessages::on_display_ended(const CMPath & /*path*/, const QVariant &v
         forget(number);
         return;
     }
-    Message message = std::move(found->second);
-    m_messages.erase(found);
+    Message message = remove(found);
     message.isClosing = false;
     if (message.left) {
         message.left.reset();

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "LeftMessages.h"
+#include "PathHash.h"
 #include "Quotas.h"
 #include <core/tavo.h>
 
@@ -12,7 +13,9 @@
 #include <cstddef>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
+#include <unordered_map>
 
 class Clients;
 
@@ -60,10 +63,13 @@ private:
     /// to queue them all again for each one would take long.
     void giveUp(quint32 number);
     void forget(quint32 number);
+    using Messages = std::map<quint32, Message>;
+    Message remove(Messages::iterator message);
 
     Clients &m_clients;
     CMNodes *m_nodes;
-    std::map<quint32, Message> m_messages; ///< by number
+    Messages m_messages; ///< by number
+    std::unordered_map<CMPath, std::set<quint32>, PathHash> m_numbers;
     quint32 m_lastNumber = 0;
     bool m_isFollowing = false; ///< the ends that the display reports, while there are messages
 };

@@ -26,8 +26,7 @@ const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 constexpr const char *vanishedRule =
     "type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg2=''";
 
-/// For asking the bus for the user of a client. Nothing waits for the reply: until it comes, the
-/// user counts as unknown.
+/// For asking the bus for the user of a client, for whose reply the client's calls wait.
 constexpr std::chrono::seconds userTimeout(25);
 
 /// What clients have used is freed in small pieces, which the system does not get back by itself.
@@ -88,7 +87,8 @@ bool Clients::isReady(const std::string &client)
     // What calls cause waits for the bus, and so do the replies to other users behind it.
     const bool waitsForOthers = m_outbox.isBackedUp() && m_quotas.hasManyUsers() &&
                                 m_quotas.timeOfUser(client) > maxUserTime;
-    return !m_unread.isUndecided(client) && !m_isHeldBack(client) && !waitsForOthers;
+    return !m_unread.isUndecided(client) && !m_isHeldBack(client) && !waitsForOthers &&
+           m_asked.count(client) == 0;
 }
 
 void Clients::receive(const BusMessage &call)
@@ -125,6 +125,9 @@ void Clients::serve(BusObject &object, const char *method, const Handler &handle
 
 void Clients::askUser(const std::string &client)
 {
+    if (!m_bus.isOfOneUser()) {
+        m_asked.insert(client);
+    }
     const BusMessage call = m_bus.createCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
                                              "org.freedesktop.DBus", "GetConnectionUnixUser");
     BusWriter(call).writeString(QString::fromStdString(client));
@@ -136,7 +139,10 @@ void Clients::askUser(const std::string &client)
         } else if (error->name() == SD_BUS_ERROR_LIMITS_EXCEEDED && m_quotas.knows(client)) {
             // Too many of our calls wait for the bus.
             askUser(client);
+            return;
         }
+        m_asked.erase(client);
+        m_turns.resume();
     });
 }
 
@@ -264,6 +270,7 @@ void Clients::on_bus_lost()
     m_calls.reset();
     m_turns.clear();
     m_outbox.clear();
+    m_asked.clear();
     for (const std::string &client : m_quotas.clients()) {
         forget(client);
     }
@@ -285,6 +292,7 @@ void Clients::on_name_vanished(const BusMessage &message)
 
 void Clients::leave(const std::string &client)
 {
+    m_asked.erase(client); // The bus no longer knows its user.
     if (m_turns.leave(client)) {
         forget(client);
     }

@@ -21,6 +21,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <unordered_set>
 
 class BusConnection;
 class BusError;
@@ -42,8 +43,8 @@ public:
     Quotas &quotas() { return m_quotas; }
     LeftMessages &leftMessages() { return m_leftMessages; }
 
-    /// A client's user, for modules: the number, "unknown" until the bus has told it, or nothing for the host's
-    /// own user.
+    /// A client's user, for modules: the number, "unknown" if the client had left before the bus could tell it, or
+    /// nothing for the host's own user.
     QString userOf(const std::string &client) const;
 
     using Handler = std::function<void(const BusMessage &call)>;
@@ -164,8 +165,9 @@ private:
     UnreadBytes m_unread;
     BusObjects m_objects; ///< while connected
     CallTurns::Method m_standardMethod;
-    BusSlot m_calls;      ///< while connected
-    BusSlot m_vanished;   ///< while connected
-    QTimer m_memoryTimer; ///< runs after clients have left
-    QTimer m_checkTimer;  ///< runs after a client has called
+    std::unordered_set<std::string> m_asked; ///< clients whose user the bus is to tell
+    BusSlot m_calls;                         ///< while connected
+    BusSlot m_vanished;                      ///< while connected
+    QTimer m_memoryTimer;                    ///< runs after clients have left
+    QTimer m_checkTimer;                     ///< runs after a client has called
 };

@@ -16,8 +16,9 @@ constexpr std::size_t unlimited = std::numeric_limits<std::size_t>::max();
 /// A client may send this many seconds' worth of requests at once.
 constexpr double burstSeconds = 2;
 
-/// Of each client, which needs one for each thing that it does.
+/// Of each client, which needs one for each thing that it does. The module for attention accepts 1,000.
 constexpr std::size_t maxInhibitions = 16;
+constexpr std::size_t maxTotalInhibitions = 512;
 
 /// Far from what a double can't hold.
 constexpr double maxTimeUnit = 1e30;
@@ -133,12 +134,12 @@ void Quotas::setLimits(const ClientLimits &limits)
          {std::size_t(limits.sounds), std::size_t(limits.totalSounds), "sounds"},
          {std::size_t(limits.inboxes), unlimited, "inboxes"},
          {std::size_t(limits.subscriptions), unlimited, "subscriptions"},
-         {maxInhibitions, unlimited, "inhibitions"},
+         {maxInhibitions, maxTotalInhibitions, "inhibitions"},
          {unlimited, std::size_t(limits.totalRequestBytes),
           "bytes of requests that wait for their replies"},
          {unlimited, std::size_t(limits.totalUnreadBytes), "bytes unread"},
          {unlimited, std::size_t(limits.totalStoredBytes) / keptPart,
-          "bytes of subscriptions, inboxes and inhibitions"},
+          "bytes of subscriptions and inboxes"},
          {std::size_t(limits.storedBytes), std::size_t(limits.totalStoredBytes), "bytes stored"}}};
 }
 

@@ -209,13 +209,21 @@ void NotificationsInterface::inhibit(const BusMessage &call)
                                 .setReason(reason);
     const CMReply<QVariant> answer = m_inhibitions.send(
         call.sender(), inhibition, std::size_t(application.size() + reason.size()));
-    if (answer.isFinished() && answer.error().isError()) {
-        m_clients.reply(call, ModelErrors::createReply(call, answer.error()));
+    const auto reply = [this, cookie, answer](const BusMessage &to) {
+        if (answer.error().isError()) {
+            m_clients.reply(to, ModelErrors::createReply(to, answer.error()));
+            return;
+        }
+        BusWriter writer(to.createReply());
+        writer.writeUInt32(cookie);
+        m_clients.reply(to, writer.message());
+    };
+    if (answer.isFinished()) {
+        reply(call);
         return;
     }
-    BusWriter reply(call.createReply());
-    reply.writeUInt32(cookie);
-    m_clients.reply(call, reply.message());
+    answer.onFinished(this,
+                      [this, call, reply](const CMVoidReply &) { m_clients.run(call, reply); });
 }
 
 void NotificationsInterface::endInhibition(const BusMessage &call)

@@ -5,21 +5,16 @@
 
 #include "modules/dbus/clients/Quotas.h"
 #include "PlainText.h"
+#include <base/MessageNode.h>
 #include <bus/BusReader.h>
 
 #include <utility>
 
 namespace {
-/// More than a person can choose from.
-constexpr int maxActions = 64;
-
-/// Keys are sent to everyone who listens to actions, and are parts of paths.
-constexpr int maxKeyBytes = 256;
-
 /// Whether a person can choose the action. A click on the whole notification needs no label.
 bool canBeChosen(const DesktopNotification::Action &action)
 {
-    return action.key.toUtf8().size() <= maxKeyBytes &&
+    return action.key.toUtf8().size() <= MessageNode::maxKeyBytes &&
            (!action.label.trimmed().isEmpty() || action.key == QLatin1String("default"));
 }
 
@@ -27,7 +22,7 @@ void readActions(NotifyCall &call, BusReader &reader)
 {
     QVector<DesktopNotification::Action> &actions = call.notification.actions;
     reader.enterArray("s");
-    for (int read = 0; read < maxActions && !reader.isAtEnd(); ++read) {
+    for (int read = 0; read < MessageNode::maxActions && !reader.isAtEnd(); ++read) {
         DesktopNotification::Action action;
         action.key = reader.readString();
         const bool hasLabel = !reader.isAtEnd();
@@ -54,13 +49,6 @@ int timeoutFor(const NotifyCall &call, qint32 requested, const NotifyCall::Timeo
     const bool isCritical = call.notification.priority >= TavoNotificationItemPriority::Urgent;
     return isCritical ? timeouts.critical : timeouts.normal;
 }
-/// An action is a node and a row. Its key is in their path, too, with up to three characters for each byte.
-std::size_t sizeOf(const DesktopNotification::Action &action)
-{
-    constexpr int nodeSize = 640;
-    constexpr int keyFactor = 5;
-    return std::size_t(nodeSize + keyFactor * action.key.toUtf8().size() + action.label.size());
-}
 
 std::size_t sizeOf(const DesktopNotification &notification)
 {
@@ -72,7 +60,7 @@ std::size_t sizeOf(const DesktopNotification &notification)
         size += std::size_t(text.size());
     }
     for (const DesktopNotification::Action &action : notification.actions) {
-        size += sizeOf(action);
+        size += MessageNode::actionBytes(action.key) + std::size_t(action.label.size());
     }
     return size;
 }

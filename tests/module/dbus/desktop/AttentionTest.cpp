@@ -376,6 +376,38 @@ TEST_F(InhibitionTest, IsLimitedForEachClient)
     EXPECT_TRUE(inhibit(*connect()).succeeds());
 }
 
+TEST_F(InhibitionTest, IsGrantedHoweverManyOthersHave)
+{
+    constexpr int ofClient = 16;
+    constexpr int most = 1000; // that the module for attention accepts
+    std::vector<std::unique_ptr<BusClient>> others;
+    for (int number = 0; number <= most; ++number) {
+        if (number % ofClient == 0) {
+            others.push_back(connect());
+        }
+        inhibit(*others.back(), "Other"_s).succeeds(); // or is refused
+    }
+    const auto client = connect();
+    ASSERT_TRUE(inhibit(*client).succeeds());
+    others.clear();
+    EXPECT_TRUE(waitFor([] { return doNotDisturb().inhibitions().size() == 1; }));
+    EXPECT_EQ(doNotDisturb().inhibitions().at(0).reason(), "Showing slides"_s);
+}
+
+TEST_F(InhibitionTest, IsGrantedWhenTheModuleHasIt)
+{
+    unloadAttention();
+    std::optional<CMReply<QVariant>> held;
+    services().take(TavoAttentionInhibitPath(),
+                    [&held](const CMSetDataRequest &request) { held = request.reply(); });
+    settle();
+    const auto client = connect();
+    const BusCall call = inhibit(*client);
+    ASSERT_TRUE(waitFor([&held] { return held.has_value(); }));
+    held->setError({"Attention"_s, TrString("Too many"_s)});
+    EXPECT_EQ(call.errorName(), "org.tavo.Error.Attention");
+}
+
 TEST_F(InhibitionTest, OutlastsTheModuleForAttention)
 {
     const auto client = connect();
@@ -654,6 +686,32 @@ TEST_F(ManyClientAttentionTest, CountAsTheyWereWhenAReplacementIsRefused)
                   "org.freedesktop.DBus.Error.AccessDenied");
     }
     EXPECT_LT(opened, (1 << 20) / text.size());
+}
+
+TEST_F(ManyClientAttentionTest, CountTheNodesOfTheirActions)
+{
+    TavoList<TavoAttentionAction> actions;
+    for (int number = 0; number < 64; ++number) {
+        actions.append(TavoAttentionAction().setKey(QString::number(number)));
+    }
+    int opened = 0;
+    while (opened < s_max &&
+           request(message(QString::number(opened)).setActions(actions)).succeeds()) {
+        ++opened;
+    }
+    EXPECT_THAT(opened, testing::AllOf(testing::Gt(5), testing::Lt(15)));
+}
+
+TEST_F(ClientAttentionTest, HaveTheirUserFromTheFirstCall)
+{
+    unloadAttention();
+    std::optional<QString> user;
+    services().take(TavoAttentionNotifyPath(), [&user](const CMSetDataRequest &request) {
+        user = TavoValue(request.value().toHash()).attentionItem().user();
+        request.reply().setValue({});
+    });
+    ASSERT_TRUE(request(message("Door"_s)).succeeds());
+    EXPECT_EQ(user, ""_s) << "the host's own";
 }
 
 TEST_F(ClientAttentionTest, InhibitUntilTheyLeave)

@@ -138,7 +138,7 @@ TEST_F(QuotasTest, CountTheBytesOfWhatIsNeverGivenUpApart)
         ADD_FAILURE() << "nothing is left for others";
     } catch (const BusError &error) {
         EXPECT_EQ(error.message(), "All clients together may have no more than 100000 bytes of "
-                                   "subscriptions, inboxes and inhibitions");
+                                   "subscriptions and inboxes");
     }
     charges.clear();
     EXPECT_EQ(large.held(":1.2", Quotas::KeptBytes), 0U);
