@@ -441,7 +441,7 @@ void AttentionWorker::on_quietTimes_ended(const QMap<QString, int> &missed)
         m_summary.clear();
     }
     for (auto program = missed.begin(); program != missed.end(); ++program) {
-        m_summary[program.key()] += program.value();
+        QuietTimes::addMissed(m_summary, program.key(), program.value());
     }
     QStringList lines;
     for (auto program = m_summary.cbegin(); program != m_summary.cend(); ++program) {

@@ -60,6 +60,12 @@ bool isAttendedTo(TavoAttentionEnd::Enum end)
            end == TavoAttentionEnd::ActedOn;
 }
 
+/// No message has been shown and has ended, except that rules have taken it away.
+bool isUnseen(TavoAttentionEnd::Enum end)
+{
+    return end == TavoAttentionEnd::Unknown || end == TavoAttentionEnd::Silenced;
+}
+
 bool isEnd(TavoNotificationPlayerResponseType::Enum type)
 {
     return type == TavoNotificationPlayerResponseType::Finished ||
@@ -257,7 +263,7 @@ AttentionOutcome OpenItems::replace(const AttentionItem &item, const Decision &d
     } else if (entry.isShown()) {
         hide(entry);
         messageEnded(entry, TavoAttentionEnd::Silenced);
-    } else if (decision.isShown) {
+    } else if (decision.isShown && hasMessage(item) && isUnseen(entry.end)) {
         show(entry);
     }
     if (decision.isHeard && hasSound(item)) {
@@ -298,6 +304,7 @@ void OpenItems::show(Entry &entry)
         }
         fillNode(entry);
         entry.path = entry.node->path();
+        m_shownNodes.insert(entry.path, entry.item.id);
     }
     showInPile(entry);
 }
@@ -588,18 +595,23 @@ void OpenItems::speak(Entry &entry)
         startFile(entry, *entry.decision.treatment.chime);
     }
     entry.awaitedSpeech = ++m_lastSpeech;
-    m_speech.say({text, entry.item.language, entry.item.user, entry.decision.priority},
-                 [this, id = entry.item.id, number = m_lastSpeech](const Result<QString> &made) {
-                     on_speech_made(id, number, made);
-                 });
+    const bool isItsOwn = isPrivate(entry.item, entry.decision);
+    m_speech.say({text, entry.item.language, entry.item.user, entry.decision.priority, isItsOwn},
+                 [this, id = entry.item.id, number = m_lastSpeech, isItsOwn](
+                     const Result<QString> &made) { on_speech_made(id, number, made, isItsOwn); });
 }
 
-void OpenItems::on_speech_made(const QString &id, int number, const Result<QString> &made)
+void OpenItems::on_speech_made(const QString &id, int number, const Result<QString> &made,
+                               bool isItsOwn)
 {
     const Entrance::Hold held = m_entrance.hold();
     const auto entry = m_entries.find(id);
     if (entry == m_entries.end() || entry->awaitedSpeech != number) {
-        return; // it has ended in the meantime
+        // It has ended in the meantime.
+        if (const auto *file = std::get_if<QString>(&made); isItsOwn && file != nullptr) {
+            QFile::remove(*file);
+        }
+        return;
     }
     entry->awaitedSpeech = 0;
     if (const auto *failure = std::get_if<Failure>(&made)) {
@@ -611,7 +623,7 @@ void OpenItems::on_speech_made(const QString &id, int number, const Result<QStri
         return;
     }
     const QString file = std::get<QString>(made);
-    if (isPrivate(entry->item, entry->decision)) {
+    if (isItsOwn) {
         entry->privateSpeech = file;
     }
     startFile(*entry, file);
@@ -737,6 +749,7 @@ void OpenItems::finishIfOver(const QString &id)
         entry.end = TavoAttentionEnd::Silenced; // nothing of it has reached people
     }
     m_entries.erase(found);
+    m_shownNodes.remove(entry.path);
     const auto count = m_counts.find(entry.item.source);
     if (--*count == 0) {
         m_counts.erase(count);
@@ -750,13 +763,14 @@ void OpenItems::finishIfOver(const QString &id)
     if (entry.number != 0) {
         m_history.change(entry.number, stateOf(entry), entry.action, AlarmClock::now());
     }
-    m_ended->setValue(TavoValue().setAttentionEnded(TavoAttentionEnded()
-                                                        .setId(id)
-                                                        .setEnd(entry.end)
-                                                        .setAction(entry.action)
-                                                        .setShownUntil(entry.shownUntil)
-                                                        .setHeardUntil(entry.heardUntil)
-                                                        .setNumber(++m_ends)));
+    m_ended->setValue(
+        TavoValue().setAttentionEnded(TavoAttentionEnded()
+                                          .setId(entry.item.id) // the other may be gone
+                                          .setEnd(entry.end)
+                                          .setAction(entry.action)
+                                          .setShownUntil(entry.shownUntil)
+                                          .setHeardUntil(entry.heardUntil)
+                                          .setNumber(++m_ends)));
 }
 
 HistoryEntry::State OpenItems::stateOf(const Entry &entry)
@@ -820,11 +834,12 @@ void OpenItems::on_player_nodeChanged(const CMPath & /*path*/, bool published)
 void OpenItems::on_action_activated(const CMSetDataRequest &request)
 {
     const Entrance::Hold held = m_entrance.hold();
-    for (auto entry = m_entries.begin(); entry != m_entries.end(); ++entry) {
-        const auto key = entry->node ? entry->node->actionAt(request.path()) : std::nullopt;
-        if (key) {
+    const QString id = m_shownNodes.value(request.path().parent().parent());
+    const auto entry = m_entries.find(id);
+    if (entry != m_entries.end()) {
+        if (const auto key = entry->node->actionAt(request.path())) {
             request.reply().setValue(QVariant());
-            close(entry.key(), TavoAttentionEnd::ActedOn, *key);
+            close(id, TavoAttentionEnd::ActedOn, *key);
             return;
         }
     }

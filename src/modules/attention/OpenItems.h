@@ -150,7 +150,7 @@ private:
     CMReply<QVariant> startSound(Entry &entry, TavoNotificationPlayerItem sound);
     void startFile(Entry &entry, const QString &file);
     void speak(Entry &entry);
-    void on_speech_made(const QString &id, int number, const Result<QString> &made);
+    void on_speech_made(const QString &id, int number, const Result<QString> &made, bool isItsOwn);
     void soundEnded(const QString &sound);
     void cancelSounds(const Entry &entry);
 
@@ -168,8 +168,9 @@ private:
     Speech &m_speech;
     CMValueNode *m_ended;
     CMPath m_responsePath;
-    Entries m_entries;            ///< by id
-    QHash<QString, int> m_counts; ///< of open ones, by source
+    Entries m_entries;                   ///< by id
+    QHash<QString, int> m_counts;        ///< of open ones, by source
+    QHash<CMPath, QString> m_shownNodes; ///< ids of notifications, by the paths of their own nodes
     /// Ids of notifications, by the requests to show them that have other ids.
     QHash<QString, QString> m_requests;
     QHash<QString, QStringList> m_piles; ///< ids of those that are shown alone, by pile

@@ -19,9 +19,6 @@ constexpr int maxReasonLength = 200;
 
 constexpr int saveDelayMs = 1000;
 
-/// That are counted.
-constexpr int maxPrograms = 1000;
-
 CMError error(const TrString &message)
 {
     return {QStringLiteral("Attention"), message};
@@ -61,10 +58,19 @@ void QuietTimes::start()
     update();
 }
 
+bool QuietTimes::addMissed(QMap<QString, int> &missed, const QString &program, int count)
+{
+    constexpr int maxPrograms = 1000;
+    if (missed.size() >= maxPrograms && !missed.contains(program)) {
+        return false;
+    }
+    missed[program] += count;
+    return true;
+}
+
 void QuietTimes::countMissed(const QString &program, int count)
 {
-    if (m_missed.size() < maxPrograms || m_missed.contains(program)) {
-        m_missed[program] += count;
+    if (addMissed(m_missed, program, count)) {
         m_isUnsaved = true;
         if (!m_save.isActive()) {
             m_save.start();

@@ -39,6 +39,9 @@ public:
     /// So many of a program were kept from people.
     void countMissed(const QString &program, int count);
 
+    /// The same in a list. False if it has too many other programs.
+    static bool addMissed(QMap<QString, int> &missed, const QString &program, int count);
+
 Q_SIGNALS:
     /// A time without disturbance is over, perhaps while the host did not run. So many were kept from people,
     /// by program.

@@ -288,6 +288,29 @@ TEST_F(AttentionNotifyTest, RefusesToReplaceWhatIsNotOpen)
     EXPECT_EQ(request.errorText(), "There is no such notification");
 }
 
+TEST_F(AttentionNotifyTest, ShowsNothingForAReplacementWithoutAMessage)
+{
+    notify(withSound(TavoAttentionItem().setId("Alarm"_s), "bell"_s));
+    const auto lower =
+        TavoAttentionItem().setId("Alarm"_s).setPriority(Priority::Low).setGivesWay(true);
+    EXPECT_TRUE(
+        Request(TavoAttentionReplacePath(), TavoValue().setAttentionItem(lower)).succeeds());
+    settle();
+    EXPECT_THAT(displayed(), IsEmpty());
+    playing("bell"_s)->reportEnded();
+    EXPECT_EQ(endOf("Alarm"_s).end(), End::Expired);
+}
+
+TEST_F(AttentionNotifyTest, DoesNotShowAgainWhatHasEndedAndStillSounds)
+{
+    notify(withSound(message("Door"_s).setTimeout(1), "bell"_s));
+    ASSERT_TRUE(waitFor([] { return displayed().empty(); }));
+    const auto again = TavoValue().setAttentionItem(message("Door"_s));
+    EXPECT_TRUE(Request(TavoAttentionReplacePath(), again).succeeds());
+    settle();
+    EXPECT_THAT(displayed(), IsEmpty());
+}
+
 TEST_F(AttentionNotifyTest, EndsWhenTheDisplayGoes)
 {
     notify(message("Door"_s));

@@ -111,6 +111,24 @@ TEST_F(AttentionQuietTest, SumsUpWhatCame)
     EXPECT_EQ(rowOf(displayedPath()).title().toString(), "chat: 1\nmail: 2"_s);
 }
 
+TEST_F(AttentionQuietTest, SumsUpAThousandPrograms)
+{
+    constexpr int most = 1000;
+    for (const QString &time : {"first"_s, "second"_s}) {
+        setDoNotDisturb(true);
+        for (int number = 0; number <= most / 2; ++number) {
+            const QString program = time + QString::number(number);
+            notify(message(program, program));
+        }
+        setDoNotDisturb(false);
+    }
+    ASSERT_TRUE(waitFor([] { return !displayed().empty(); }));
+    EXPECT_TRUE(waitFor([] {
+        const QString text = rowOf(displayedPath()).title().toString();
+        return text.contains("second"_s) && text.count('\n') == most - 1;
+    }));
+}
+
 TEST_F(AttentionQuietTest, SumsUpNothingIfNothingCame)
 {
     setDoNotDisturb(true);

@@ -205,6 +205,19 @@ TEST_F(AttentionSpeechTest, IsNotKeptIfItIsPrivate)
     EXPECT_FALSE(QFile::exists(file));
 }
 
+TEST_F(AttentionSpeechTest, IsNotTakenAwayByAPrivateOneOfTheSameText)
+{
+    loadWith(heldSpeaker());
+    notify(spokenBy("a"_s, "private"_s).setSpeech("Fire"_s).setTransient(true));
+    notify(spokenBy("b"_s, "alarm"_s).setSpeech("Fire"_s));
+    letSpeak();
+    EXPECT_THAT(saidInOrder(2), ElementsAre("Fire", "Fire"));
+    playedFiles(1);
+    ScriptedPlayers::instance().all().front()->reportEnded();
+    endOf("private"_s);
+    EXPECT_TRUE(QFile::exists(playedFiles(2).at(1)));
+}
+
 TEST_F(AttentionSpeechTest, IsNotMadeWhilePeopleAreNotToBeDisturbed)
 {
     loadWith(speaker());

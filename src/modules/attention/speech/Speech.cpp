@@ -105,8 +105,9 @@ void Speech::say(const Request &request, const Receiver &receiver)
         refuse(receiver, tooMany);
         return;
     }
-    m_waiting.push_back({command, said, fileFor(command, said), request.user, request.priority,
-                         receiver, ++m_lastTurn});
+    const QString file = request.isPrivate ? ownFile() : fileFor(command, said);
+    m_waiting.push_back(
+        {command, said, file, request.user, request.priority, receiver, ++m_lastTurn});
     if (m_process && request.priority > m_job->priority) {
         m_isPutOff = true;
         m_process->kill();
@@ -147,6 +148,11 @@ QString Speech::fileFor(const QStringList &command, const QString &text) const
     hash.addData(text.toUtf8());
     return m_settings.folder + QLatin1Char('/') + QString::fromLatin1(hash.result().toHex()) +
            QStringLiteral(".wav");
+}
+
+QString Speech::ownFile() const
+{
+    return m_settings.folder + QLatin1Char('/') + tavoGenerateUuid() + QStringLiteral(".wav");
 }
 
 Speech::Job Speech::takeNext()

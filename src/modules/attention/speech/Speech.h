@@ -59,6 +59,8 @@ public:
         QString language; ///< as for obstacle()
         QString user;     ///< may be empty
         TavoNotificationItemPriority::Enum priority = TavoNotificationItemPriority::Normal;
+        bool isPrivate =
+            false; ///< the file is not kept for others who say the same; the receiver removes it
     };
 
     /// Calls the receiver once, from the event loop. The most urgent texts come first, and of these one of each
@@ -96,6 +98,7 @@ private:
     void finish(const Result<QString> &result);
     Result<QString> takeResult();
     QString fileFor(const QStringList &command, const QString &text) const;
+    QString ownFile() const;
     void removeOldest() const;
 
     const Settings m_settings;

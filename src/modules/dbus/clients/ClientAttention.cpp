@@ -89,21 +89,12 @@ CMReply<QVariant> ClientAttention::notify(const std::string &client, const QVari
             {QStringLiteral("Attention"), TAVO_TR("A notification with this id is open")});
         return reply;
     }
-    auto charge = m_clients.quotas().charge(
-        client, {Quotas::OpenNotifications, 1, storedBytes(item, bytes), item.priority()},
-        [id = item.id()] {
-            CMRoot()->invoke(TavoAttentionClosePath(), TavoValue().setString_(id), {});
-        },
-        [this, id] { takeLeft(id); });
+    Quotas::Charge charge = chargeFor(client, item, bytes);
     const CMPath sound = prepareSound(client, value, bytes);
     item.setSoundFollows(!sound.isEmpty());
     m_notifications.emplace(id, Notification{item, std::move(charge)});
     CMReply<QVariant> reply = send(TavoAttentionNotifyPath(), item, sound);
-    reply.onFinished(this, [this, id](const CMReply<QVariant> &finished) {
-        if (finished.error().isError()) {
-            m_notifications.erase(id);
-        }
-    });
+    forgetIfRefused(id, reply);
     m_clients.leftMessages().makeWay(item.priority());
     return reply;
 }
@@ -112,19 +103,51 @@ CMReply<QVariant> ClientAttention::replace(const std::string &client, const QVar
                                            std::size_t bytes)
 {
     const TavoAttentionItem item = itemOf(client, value);
+    const std::string id = item.id().toStdString();
+    const auto notification = m_notifications.find(id);
+    const bool isKnown = notification != m_notifications.end();
+    if (isKnown && !m_clients.isOfUser(client, notification->second.charge.user())) {
+        throw Refusals::notificationOfAnother();
+    }
     const CMPath sound = prepareSound(client, value, bytes);
-    const auto notification = m_notifications.find(item.id().toStdString());
-    if (notification != m_notifications.end()) {
-        try {
+    try {
+        if (isKnown && notification->second.charge.client() == client) {
             m_clients.quotas().change(notification->second.charge, storedBytes(item, bytes),
                                       item.priority());
-        } catch (const BusError &) {
-            m_sounds.discard(sound);
-            throw;
+            notification->second.item = item;
+        } else {
+            m_notifications.insert_or_assign(id,
+                                             Notification{item, chargeFor(client, item, bytes)});
         }
-        notification->second.item = item;
+    } catch (const BusError &) {
+        m_sounds.discard(sound);
+        throw;
     }
-    return send(TavoAttentionReplacePath(), item, sound);
+    CMReply<QVariant> reply = send(TavoAttentionReplacePath(), item, sound);
+    if (!isKnown) {
+        forgetIfRefused(id, reply);
+    }
+    return reply;
+}
+
+Quotas::Charge ClientAttention::chargeFor(const std::string &client, const TavoAttentionItem &item,
+                                          std::size_t bytes)
+{
+    return m_clients.quotas().charge(
+        client, {Quotas::OpenNotifications, 1, storedBytes(item, bytes), item.priority()},
+        [id = item.id()] {
+            CMRoot()->invoke(TavoAttentionClosePath(), TavoValue().setString_(id), {});
+        },
+        [this, id = item.id().toStdString()] { takeLeft(id); });
+}
+
+void ClientAttention::forgetIfRefused(const std::string &id, const CMReply<QVariant> &reply)
+{
+    reply.onFinished(this, [this, id](const CMReply<QVariant> &finished) {
+        if (finished.error().isError()) {
+            m_notifications.erase(id);
+        }
+    });
 }
 
 CMReply<QVariant> ClientAttention::close(const QVariant &value)

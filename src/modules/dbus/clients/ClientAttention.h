@@ -33,7 +33,8 @@ public:
     /// that is not allowed; nothing has been done then.
     CMReply<QVariant> notify(const std::string &client, const QVariant &value, std::size_t bytes);
 
-    /// The same for a request to change a notification, which stays the first client's.
+    /// The same for a request to change a notification, which is this client's from now on. Throws
+    /// BusError::accessDenied() for another user's.
     CMReply<QVariant> replace(const std::string &client, const QVariant &value, std::size_t bytes);
 
     /// Passes on a request to end a notification. Clients can't say how it ended.
@@ -61,6 +62,9 @@ private:
     /// Sends the item, and after it its sound, if it has one.
     CMReply<QVariant> send(const CMPath &path, const TavoAttentionItem &item,
                            const CMPath &preparedSound);
+    Quotas::Charge chargeFor(const std::string &client, const TavoAttentionItem &item,
+                             std::size_t bytes);
+    void forgetIfRefused(const std::string &id, const CMReply<QVariant> &reply);
     CMPath prepareSound(const std::string &client, const QVariant &value, std::size_t bytes);
     void takeLeft(const std::string &id);
     void giveWay(const QString &id);

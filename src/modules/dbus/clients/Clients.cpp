@@ -69,11 +69,19 @@ Clients::Clients(BusConnection &bus, const ClientLimits &limits)
 
 QString Clients::userOf(const std::string &client) const
 {
+    if (m_bus.isOfOneUser()) {
+        return {};
+    }
     const Quotas::UserId user = m_quotas.userOf(client);
     if (!user) {
         return QStringLiteral("unknown");
     }
     return *user == getuid() ? QString() : QString::number(*user);
+}
+
+bool Clients::isOfUser(const std::string &client, Quotas::UserId user) const
+{
+    return m_bus.isOfOneUser() || m_quotas.userOf(client) == user;
 }
 
 void Clients::setLimits(const ClientLimits &limits)

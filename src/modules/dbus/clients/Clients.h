@@ -44,8 +44,11 @@ public:
     LeftMessages &leftMessages() { return m_leftMessages; }
 
     /// A client's user, for modules: the number, "unknown" if the client had left before the bus could tell it, or
-    /// nothing for the host's own user.
+    /// nothing for the host's own user, who is everybody on a session's bus.
     QString userOf(const std::string &client) const;
+
+    /// Whether the client belongs to the user.
+    bool isOfUser(const std::string &client, Quotas::UserId user) const;
 
     using Handler = std::function<void(const BusMessage &call)>;
 

@@ -131,6 +131,11 @@ BusError Refusals::idOfAnother()
     return BusError::accessDenied("Ids that begin with \"dbus-\" are given by the host");
 }
 
+BusError Refusals::notificationOfAnother()
+{
+    return BusError::accessDenied("The notification is another user's");
+}
+
 BusError Refusals::historyIsBeingRead()
 {
     return BusError::limitExceeded("A client may read one page of the history at a time");

@@ -43,6 +43,7 @@ BusError soundWithoutNotification();
 
 // Requests for attention.
 BusError idOfAnother();
+BusError notificationOfAnother();
 BusError historyIsBeingRead();
 BusError noSuchInhibition(unsigned cookie);
 

@@ -5,6 +5,7 @@
 
 #include "module/dbus/ModelTest.h"
 #include "support/bus/ClientProgram.h"
+#include <core/records/attention.h>
 
 #include <algorithm>
 
@@ -69,6 +70,19 @@ TEST_F(DbusOtherClientsTest, SendRequestsAndGetTheirReplies)
     EXPECT_EQ(busctl("Call", {"--", "sv", "/test/echo", "x", "-9223372036854775808"}),
               "v x -9223372036854775808");
     EXPECT_EQ(gdbus("Call", {"/test/echo", "<@g ''>"}), "(<signature ''>,)");
+}
+
+TEST_F(DbusOtherClientsTest, HaveTheirUserFromTheFirstCall)
+{
+    QStringList users;
+    publishRequest(TavoAttentionNotifyPath().toString(), [&users](const CMSetDataRequest &request) {
+        users.append(TavoValue(request.value().toHash()).attentionItem().user());
+        request.reply().setValue({});
+    });
+    for (int client = 0; client < 5; ++client) {
+        gdbus("Call", {"/attention/notify", "<{'attentionItem': <{'title': <'Door'>}>}>"});
+    }
+    EXPECT_THAT(users, testing::AllOf(testing::SizeIs(5), testing::Each(""_s))) << "the host's own";
 }
 
 TEST_F(DbusOtherClientsTest, ShowANodesErrorByItsNameAndMessage)

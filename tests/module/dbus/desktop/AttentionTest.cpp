@@ -702,7 +702,7 @@ TEST_F(ManyClientAttentionTest, CountTheNodesOfTheirActions)
     EXPECT_THAT(opened, testing::AllOf(testing::Gt(5), testing::Lt(15)));
 }
 
-TEST_F(ClientAttentionTest, HaveTheirUserFromTheFirstCall)
+TEST_F(ClientAttentionTest, AreTheHostsOwnUserOnTheBusOfASession)
 {
     unloadAttention();
     std::optional<QString> user;
@@ -711,7 +711,7 @@ TEST_F(ClientAttentionTest, HaveTheirUserFromTheFirstCall)
         request.reply().setValue({});
     });
     ASSERT_TRUE(request(message("Door"_s)).succeeds());
-    EXPECT_EQ(user, ""_s) << "the host's own";
+    EXPECT_EQ(user, ""_s);
 }
 
 TEST_F(ClientAttentionTest, InhibitUntilTheyLeave)
