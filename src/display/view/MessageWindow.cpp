@@ -361,7 +361,7 @@ void MessageWindow::place()
     const int height = qMax(1, qRound(m_card->implicitHeight()));
     m_card->setHeight(height);
     if (isFullscreen) {
-        m_card->setPosition(QPointF((area.width() - width) / 2, (area.height() - height) / 2));
+        m_card->setPosition(QPoint((area.width() - width) / 2, (area.height() - height) / 2));
     } else {
         m_card->setPosition({});
     }

@@ -21,7 +21,7 @@ ScreenReaders::ScreenReaders(std::function<void()> connected)
 {
     QAccessible::installActivationObserver(this);
     if (QAccessible::isActive()) {
-        accessibilityActiveChanged(true);
+        ScreenReaders::accessibilityActiveChanged(true);
     }
 }
 

@@ -210,7 +210,7 @@ void AttentionWorker::readSettings(const WatchedFile &file)
 Decision AttentionWorker::decide(const AttentionItem &item)
 {
     const AttentionInput input = inputOf(item);
-    const Decision decision = Decision::of(input, m_settings.rules, m_quietTimes.doNotDisturb());
+    Decision decision = Decision::of(input, m_settings.rules, m_quietTimes.doNotDisturb());
     remember(input, decision);
     return decision;
 }

@@ -58,7 +58,7 @@ CMReply<QVariant> ClientMessages::open(const std::string &client, const QVariant
                        .setTimeout(item.timeout())
                        .setPriority(priority)
                        .setPath(path);
-    const CMReply<QVariant> reply = queue(number, std::move(message));
+    CMReply<QVariant> reply = queue(number, std::move(message));
     m_clients.leftMessages().makeWay(priority);
     return reply;
 }

@@ -36,7 +36,7 @@ public:
         Place() = default;
         Place(Place &&other) noexcept
             : m_messages(std::exchange(other.m_messages, nullptr))
-            , m_key(other.m_key)
+            , m_key(std::move(other.m_key))
         {
         }
         Place &operator=(Place other) noexcept

@@ -208,7 +208,7 @@ void NotificationsInterface::inhibit(const BusMessage &call)
                                 .setApplication(application)
                                 .setReason(reason);
     const CMReply<QVariant> answer = m_inhibitions.send(
-        call.sender(), inhibition, std::size_t(application.size() + reason.size()));
+        call.sender(), inhibition, std::size_t(application.size()) + std::size_t(reason.size()));
     const auto reply = [this, cookie, answer](const BusMessage &to) {
         if (answer.error().isError()) {
             m_clients.reply(to, ModelErrors::createReply(to, answer.error()));

@@ -185,7 +185,7 @@ CMReply<QVariant> OpenNotifications::show(quint32 id, Entry &entry)
     entry.isAwaited = true;
     entry.isStale = false;
     entry.givesWay = false;
-    const CMReply<QVariant> reply = requestDisplay(id, entry);
+    CMReply<QVariant> reply = requestDisplay(id, entry);
     if (reply.isFinished() && entry.isAttended && isShownByAttention(reply)) {
         entry.isAwaited = false;
         return reply;
