@@ -3,6 +3,8 @@
 
 #include "playback/OggHeaders.h"
 
+#include "playback/VorbisCodebooks.h"
+
 #include <ogg/ogg.h>
 #include <vorbis/codec.h>
 
@@ -114,7 +116,12 @@ public:
 private:
     bool isGood(ogg_packet *packet)
     {
-        return m_codec == Codec::Opus ||
+        constexpr unsigned char setup = 5;
+        if (m_codec == Codec::Opus) {
+            return true;
+        }
+        const bool isSetup = packet->bytes > 0 && packet->packet[0] == setup;
+        return (!isSetup || hasUsualCodebooks(*packet)) &&
                vorbis_synthesis_headerin(&m_info, &m_comment, packet) == 0;
     }
 

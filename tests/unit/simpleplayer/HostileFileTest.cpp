@@ -15,6 +15,9 @@
 #include <gmock/gmock.h>
 #include <ogg/ogg.h>
 
+#include <utility>
+#include <vector>
+
 using testing::HasSubstr;
 
 namespace {
@@ -57,6 +60,97 @@ QByteArray endlessPacket(const QByteArray &ogg, int pages)
         all += header + body;
     }
     return all;
+}
+
+/// The packets of a Vorbis file, written bit by bit.
+class VorbisFile
+{
+public:
+    VorbisFile() { ogg_stream_init(&m_stream, 1); }
+    ~VorbisFile() { ogg_stream_clear(&m_stream); }
+    VorbisFile(const VorbisFile &) = delete;
+    VorbisFile &operator=(const VorbisFile &) = delete;
+
+    /// Numbers and how many bits each takes.
+    using Bits = std::vector<std::pair<unsigned long, int>>;
+
+    void addHeader(int type, const Bits &numbers)
+    {
+        oggpack_buffer buffer{};
+        oggpack_writeinit(&buffer);
+        oggpack_write(&buffer, type, 8);
+        for (const char character : {'v', 'o', 'r', 'b', 'i', 's'}) {
+            oggpack_write(&buffer, character, 8);
+        }
+        for (const auto &[number, bits] : numbers) {
+            oggpack_write(&buffer, number, bits);
+        }
+        ogg_packet packet{};
+        packet.packet = oggpack_get_buffer(&buffer);
+        packet.bytes = oggpack_bytes(&buffer);
+        packet.b_o_s = type == 1 ? 1 : 0;
+        ogg_stream_packetin(&m_stream, &packet);
+        oggpack_writeclear(&buffer);
+        flush();
+    }
+
+    /// Silence.
+    void addSound()
+    {
+        constexpr int packets = 200;
+        constexpr int framesOfPacket = 128;
+        unsigned char empty = 0;
+        for (int i = 1; i <= packets; ++i) {
+            ogg_packet packet{};
+            packet.packet = &empty;
+            packet.bytes = 1;
+            packet.e_o_s = i == packets ? 1 : 0;
+            packet.granulepos = framesOfPacket * i;
+            ogg_stream_packetin(&m_stream, &packet);
+        }
+        flush();
+    }
+
+    const QByteArray &bytes() const { return m_bytes; }
+
+private:
+    void flush()
+    {
+        ogg_page page{};
+        while (ogg_stream_flush(&m_stream, &page) != 0) {
+            m_bytes.append(reinterpret_cast<const char *>(page.header), int(page.header_len));
+            m_bytes.append(reinterpret_cast<const char *>(page.body), int(page.body_len));
+        }
+    }
+
+    ogg_stream_state m_stream{};
+    QByteArray m_bytes;
+};
+
+/// A file without a fault, with so many codebooks whose entries all have codewords of so many bits.
+QByteArray vorbisWithCodebooks(unsigned long count, unsigned codewordBits)
+{
+    VorbisFile file;
+    file.addHeader(1, {{0, 32}, {1, 8}, {48000, 32}, {0, 32}, {0, 32}, {0, 32}, {0x88, 8}, {1, 1}});
+    file.addHeader(3, {{0, 32}, {0, 32}, {1, 1}});
+    VorbisFile::Bits setup{{count - 1, 8}};
+    const auto add = [&setup](const VorbisFile::Bits &more) {
+        setup.insert(setup.end(), more.begin(), more.end());
+    };
+    for (unsigned long i = 0; i < count; ++i) {
+        const auto entries = 1UL << codewordBits;
+        add({{0x564342, 24}, {1, 16}, {entries, 24}, {1, 1}, {codewordBits - 1, 5}});
+        add({{entries, int(codewordBits) + 1}, {0, 4}});
+    }
+    add({{0, 6}, {0, 16}});                                            // time
+    add({{0, 6}, {1, 16}, {0, 5}, {0, 2}, {4, 4}});                    // floor
+    add({{0, 6}, {0, 16}, {0, 24}, {0, 24}, {0, 24}, {0, 6}, {0, 8}}); // residue
+    add({{0, 3}, {0, 1}});
+    add({{0, 6}, {0, 16}, {0, 1}, {0, 1}, {0, 2}, {0, 8}, {0, 8}, {0, 8}}); // mapping
+    add({{0, 6}, {0, 1}, {0, 16}, {0, 16}, {0, 8}, {1, 1}});                // mode
+    file.addHeader(5, setup);
+    file.addSound();
+    return file.bytes();
 }
 
 } // namespace
@@ -172,6 +266,27 @@ TEST_F(HostileFileTest, AFlacWithZerosBehindItCanBeInterrupted)
     const QByteArray flac = encoded(SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
     expectInterrupted(sparse(flac, 64 * gibibyte));
     expectInterrupted(sparse(flac.left(42), 64 * gibibyte));
+}
+
+TEST_F(HostileFileTest, CodebooksThatTakeMoreThanTheStackAreRefused)
+{
+    writeFile(path("huge"), vorbisWithCodebooks(1, 22));
+    expectRefused(path("huge"), "is cut off or damaged at its beginning");
+}
+
+TEST_F(HostileFileTest, ManyLargeCodebooksAreRefused)
+{
+    writeFile(path("huge"), vorbisWithCodebooks(256, 15));
+    expectRefused(path("huge"), "is cut off or damaged at its beginning");
+}
+
+TEST_F(HostileFileTest, SmallCodebooksAreNot)
+{
+    writeFile(path("huge"), vorbisWithCodebooks(2, 10));
+    UriSimplePlayer player(path("huge"), QStringLiteral("id"), QStringLiteral("plain"), nullptr);
+    EndSpy end(player);
+    EXPECT_TRUE(player.play());
+    EXPECT_TRUE(end.hasEndedOnce());
 }
 
 TEST_F(HostileFileTest, AnOggPacketWithoutEndTakesLittleMemory)

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
 #include <utility>
 
 namespace {
@@ -12,9 +13,12 @@ namespace {
 constexpr std::chrono::seconds halfLife(1);
 
 /// How much more a user must have played, so that short sounds play to their end.
-constexpr std::chrono::milliseconds margin(200);
+constexpr std::chrono::duration<double> maxMargin(0.2);
 
-constexpr std::chrono::milliseconds interval(50);
+/// The same of all users together: however many there are, none waits much longer.
+constexpr std::chrono::duration<double> maxOfAll(0.5);
+
+constexpr std::chrono::milliseconds interval(20);
 } // namespace
 
 void UrgentTurns::Played::add(Seconds more, Clock::time_point now)
@@ -120,17 +124,27 @@ const UrgentTurns::Sound *UrgentTurns::nextInTurn(const Users &played) const
     return next;
 }
 
+UrgentTurns::Seconds UrgentTurns::margin() const
+{
+    std::set<Quotas::UserId> users;
+    for (const auto &[path, sound] : m_sounds) {
+        users.insert(sound.charge->user());
+    }
+    return std::min(maxMargin, maxOfAll / double(users.size()));
+}
+
 std::vector<CMPath> UrgentTurns::thoseBefore(const Sound &next, const Users &played) const
 {
     const auto time = [&](const Sound &sound) {
         const auto found = played.find(sound.charge->user());
         return found == played.end() ? Seconds(0) : found->second;
     };
+    const Seconds most = time(next) + margin();
     std::vector<CMPath> sounds;
     for (const auto &[path, sound] : m_sounds) {
         // One that was sent later may have overtaken it, if another module has passed it on.
         const bool isBefore = sound.started || sound.number < next.number;
-        if (isBefore && time(sound) > time(next) + margin) {
+        if (isBefore && time(sound) > most) {
             sounds.push_back(path);
         }
     }

@@ -81,6 +81,7 @@ private:
 
     Users playedNow() const;
     const Sound *nextInTurn(const Users &played) const;
+    Seconds margin() const;
     std::vector<CMPath> thoseBefore(const Sound &next, const Users &played) const;
 
     std::unordered_map<CMPath, Sound, PathHash> m_sounds; ///< with the player

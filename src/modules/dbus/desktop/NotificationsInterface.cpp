@@ -117,7 +117,11 @@ void NotificationsInterface::notify(const BusMessage &call)
                                       " have no label, a long key or are too many");
     }
     quint32 id = request.replacedId;
-    const auto charged = m_charges.find(id);
+    auto charged = m_charges.find(id);
+    if (charged != m_charges.end() && !m_clients.isOfUser(call.sender(), charged->second.user())) {
+        id = 0; // another user's stays as it is
+        charged = m_charges.end();
+    }
     if (charged != m_charges.end() && charged->second.client() == call.sender()) {
         m_clients.quotas().change(charged->second, request.storedBytes,
                                   request.notification.priority);
