@@ -7,7 +7,7 @@
 #include "attention/NamePatterns.h"
 #include "attention/WeeklyTimes.h"
 
-#include <QHash>
+#include <QMap>
 
 #include <optional>
 
@@ -78,6 +78,6 @@ private:
     std::optional<Choice> m_choice;
     bool m_isInhibited = false;
 
-    using Times = QHash<QString, qint64>;
-    QHash<QString, Times> m_lastTimes; ///< of those that may be repeated, by source and title
+    using Times = QMap<QString, qint64>;
+    QMap<QString, Times> m_lastTimes; ///< of those that may be repeated, by source and title
 };

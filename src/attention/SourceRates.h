@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include <QHash>
+#include <QMap>
 #include <QString>
 
 /// How many notifications each source may send within a time. A source that was quiet for that time may
@@ -26,6 +26,6 @@ public:
 
 private:
     /// The time at which all that the source has sent would have been sent, had it kept to the rate.
-    QHash<QString, qint64> m_busyUntil;
+    QMap<QString, qint64> m_busyUntil;
     Limit m_limit;
 };

@@ -14,7 +14,6 @@
 #include <core/tavo.h>
 
 #include <QElapsedTimer>
-#include <QHash>
 #include <QMap>
 #include <QSet>
 
@@ -101,7 +100,7 @@ private:
         int count;
     };
     Floods m_floods;
-    QHash<QString, FloodMessage> m_floodMessages; ///< by source
+    QMap<QString, FloodMessage> m_floodMessages; ///< by source
     QString m_summaryId;          ///< of the last message that tells what do-not-disturb kept back
     QMap<QString, int> m_summary; ///< what it tells: how many of which program
 };

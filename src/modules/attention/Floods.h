@@ -4,7 +4,7 @@
 #pragma once
 
 #include <QElapsedTimer>
-#include <QHash>
+#include <QMap>
 #include <QObject>
 #include <QTimer>
 
@@ -45,7 +45,7 @@ private:
 
     qint64 endOf(const Flood &flood) const;
 
-    QHash<QString, Flood> m_floods; ///< by source
+    QMap<QString, Flood> m_floods; ///< by source
     QElapsedTimer m_clock;
     QTimer m_timer;
     int m_quietMs = 0;

@@ -8,6 +8,7 @@
 #include <core/tavo.h>
 
 #include <QHash>
+#include <QMap>
 #include <QObject>
 #include <QStringList>
 #include <QVector>
@@ -77,7 +78,7 @@ private:
         TavoNotificationItemPriority::Enum priority{};
         int timeout = 0;
     };
-    using Groups = QHash<QString, Group>;
+    using Groups = QMap<QString, Group>;
 
     void fill(Group &group);
 

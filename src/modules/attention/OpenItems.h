@@ -12,6 +12,7 @@
 #include <core/tavo.h>
 
 #include <QHash>
+#include <QMap>
 #include <QObject>
 #include <QSet>
 
@@ -104,7 +105,7 @@ private:
         bool isShown() const { return !request.isEmpty() || isFolded; }
         bool isOpened() const { return openedPriority >= 0; }
     };
-    using Entries = QHash<QString, Entry>;
+    using Entries = QMap<QString, Entry>;
     class RefusalWatcher;
 
     /// A sound that has not ended.
@@ -168,15 +169,17 @@ private:
     Speech &m_speech;
     CMValueNode *m_ended;
     CMPath m_responsePath;
+
+    // Programs choose the ids and the names. Some might choose texts with the same hash, so these are no QHash.
     Entries m_entries;                   ///< by id
-    QHash<QString, int> m_counts;        ///< of open ones, by source
+    QMap<QString, int> m_counts;         ///< of open ones, by source
     QHash<CMPath, QString> m_shownNodes; ///< ids of notifications, by the paths of their own nodes
     /// Ids of notifications, by the requests to show them that have other ids.
-    QHash<QString, QString> m_requests;
-    QHash<QString, QStringList> m_piles; ///< ids of those that are shown alone, by pile
-    MessageGroups m_groups;              ///< by pile
+    QMap<QString, QString> m_requests;
+    QMap<QString, QStringList> m_piles; ///< ids of those that are shown alone, by pile
+    MessageGroups m_groups;             ///< by pile
     int m_groupFrom = 0;
-    QHash<QString, Sound> m_sounds; ///< by id
+    QMap<QString, Sound> m_sounds; ///< by id
     quint64 m_lastMessage = 0;
     int m_lastSpeech = 0;
     qint64 m_ends = 0;
