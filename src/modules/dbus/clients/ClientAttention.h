@@ -11,8 +11,8 @@
 #include <QObject>
 
 #include <cstddef>
+#include <map>
 #include <string>
-#include <unordered_map>
 
 class Clients;
 class ClientSounds;
@@ -71,6 +71,7 @@ private:
 
     Clients &m_clients;
     ClientSounds &m_sounds;
-    std::unordered_map<std::string, Notification> m_notifications; ///< by id
-    SlowRequests m_pages;                                          ///< of the history
+    std::map<std::string, Notification>
+        m_notifications;  ///< by id, which might be chosen to have equal hashes
+    SlowRequests m_pages; ///< of the history
 };
