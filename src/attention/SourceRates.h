@@ -21,8 +21,8 @@ public:
 
     void setLimit(const Limit &limit) { m_limit = limit; }
 
-    /// Whether another one of the source is within its limit. Counts it, if so.
-    bool take(const QString &source, qint64 now);
+    /// Whether another one of the source is within its limit. Counts it, if so, as this many.
+    bool take(const QString &source, qint64 now, int weight = 1);
 
 private:
     /// The time at which all that the source has sent would have been sent, had it kept to the rate.

@@ -115,6 +115,8 @@ AttentionWorker::AttentionWorker(const QVariantHash &config,
     , m_items(nodes(), *m_entrance, m_history, m_speech)
 {
     m_clock.start();
+    m_usualEntryBytes =
+        std::max(configuration.history.maxBytes / configuration.history.maxEntries, qint64(1));
     m_userRates.setLimit({std::max(configuration.history.maxEntries / userShare, 1), userPeriodMs});
     watchSettings(configuration.settingsFiles);
     tavoConnect(&m_quietTimes, &QuietTimes::ended, this, &AttentionWorker::on_quietTimes_ended);
@@ -241,10 +243,21 @@ void AttentionWorker::limitRate(const AttentionItem &item, Decision &decision)
     }
 }
 
+int AttentionWorker::shareOf(const AttentionItem &item, const Decision &decision) const
+{
+    if (item.isTransient || decision.treatment.isPrivate.value_or(false)) {
+        return 1;
+    }
+    const QString text = item.text.isEmpty() ? item.speech : item.text.toString();
+    const qint64 bytes = item.title.toString().left(History::maxTitleLength).toUtf8().size() +
+                         text.left(History::maxTextLength).toUtf8().size();
+    return 1 + int(2 * bytes / m_usualEntryBytes);
+}
+
 void AttentionWorker::limitMemory(const AttentionItem &item, Decision &decision)
 {
     if (!decision.isRemembered || item.user.isEmpty() ||
-        m_userRates.take(item.user, m_clock.elapsed())) {
+        m_userRates.take(item.user, m_clock.elapsed(), shareOf(item, decision))) {
         return;
     }
     decision.isRemembered = false;

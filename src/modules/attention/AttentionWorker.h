@@ -72,6 +72,10 @@ private:
     bool isOverRate(SourceRates &rates, const AttentionItem &item, const Decision &decision) const;
     void limitRate(const AttentionItem &item, Decision &decision);
 
+    /// As how many it counts in the history, by the length of its texts, which are stored twice: the index takes
+    /// about as much as they do.
+    int shareOf(const AttentionItem &item, const Decision &decision) const;
+
     /// Leaves it out of the history if its user has sent too many, under whatever names.
     void limitMemory(const AttentionItem &item, Decision &decision);
 
@@ -86,6 +90,7 @@ private:
     QuietTimes m_quietTimes;
     SourceRates m_rates;
     SourceRates m_userRates;        ///< of what is remembered
+    qint64 m_usualEntryBytes = 1;   ///< if the history has both as many entries and bytes as it may
     QSet<QString> m_forgottenUsers; ///< of whom something was left out of the history
     QElapsedTimer m_clock;
     History m_history;

@@ -62,6 +62,20 @@ TEST_F(AttentionHistoryTest, OneUserFillsAtMostATenth)
     EXPECT_EQ(newest[1].title(), "made up %1"_s.arg(tenth - 1));
 }
 
+TEST_F(AttentionHistoryTest, OneUserFillsAtMostATenthOfItsBytes)
+{
+    constexpr int most = 400;
+    const TrString text(QString(4000, QLatin1Char('x')));
+    for (int i = 0; i < most; ++i) {
+        const QString name = "made up %1"_s.arg(i);
+        notify(message(name).setText(text).setUser("1001"_s).setSource(name));
+    }
+    EXPECT_FALSE(log().find("The user 1001 sends too many notifications").empty());
+    const auto newest = history(TavoAttentionQuery().setLimit(1));
+    ASSERT_THAT(newest, SizeIs(1));
+    EXPECT_EQ(newest[0].title(), "made up 332"_s);
+}
+
 TEST_F(AttentionHistoryTest, ReportsThatItHasChanged)
 {
     const auto changes = [] {

@@ -10,8 +10,6 @@
 #include <QDir>
 
 namespace {
-constexpr int maxTitleLength = 1000;
-constexpr int maxTextLength = 4000;
 constexpr int maxNameLength = 256;
 
 /// Never cuts a character in two.
@@ -30,8 +28,8 @@ void reduce(HistoryEntry &entry)
         entry.title.clear();
         entry.text.clear();
     }
-    cut(entry.title, maxTitleLength);
-    cut(entry.text, maxTextLength);
+    cut(entry.title, History::maxTitleLength);
+    cut(entry.text, History::maxTextLength);
     for (QString *name : {&entry.id, &entry.source, &entry.application, &entry.category,
                           &entry.group, &entry.action}) {
         cut(*name, maxNameLength);

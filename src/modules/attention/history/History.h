@@ -32,6 +32,10 @@ class History : public QObject
 public:
     using PageReceiver = std::function<void(const Result<HistoryPage> &)>;
 
+    // What is longer is cut, in characters.
+    static constexpr int maxTitleLength = 1000;
+    static constexpr int maxTextLength = 4000;
+
     explicit History(const HistorySettings &settings, QObject *parent = nullptr);
     ~History() override;
 
