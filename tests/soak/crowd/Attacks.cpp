@@ -618,6 +618,37 @@ void soundsOfNotifications(Hostile &hostile)
     }
 }
 
+/// What is shown stays, and must count as it is.
+void refusedReplacements(Hostile &hostile)
+{
+    const std::string text(60'000, 'x');
+    while (hostile.goesOn()) {
+        const std::string id = hostile.newName();
+        hostile.send(Connection::model, "Call", "sv", "/attention/notify", "a{sv}", 1,
+                     "attentionItem", "a{sv}", 3, "id", "s", id.c_str(), "title", "s", "Title",
+                     "text", "s", text.c_str());
+        hostile.send(Connection::model, "Call", "sv", "/attention/replace", "a{sv}", 1,
+                     "attentionItem", "a{sv}", 3, "id", "s", id.c_str(), "title", "s", "Title",
+                     "sound", "a{sv}", 1, "content", "s", "/etc/passwd");
+        hostile.readReplies(2);
+    }
+}
+
+void chosenActions(Hostile &hostile)
+{
+    constexpr int messages = 5000;
+    while (hostile.goesOn()) {
+        hostile.send(Connection::model, "Call", "sv", "/attention/notify", "a{sv}", 1,
+                     "attentionItem", "a{sv}", 3, "title", "s", "Title", "application", "s",
+                     hostile.newName().c_str(), "actions", "aa{sv}", 2, 1, "key", "s", "a", 1,
+                     "key", "s", "b");
+        const std::string path = "/attention/messages/" +
+                                 std::to_string(hostile.dice().number(1, messages)) + "/actions/a";
+        hostile.send(Connection::model, "Call", "sv", path.c_str(), "s", "");
+        hostile.readReplies(2);
+    }
+}
+
 void searchHistory(Hostile &hostile)
 {
     while (hostile.goesOn()) {
@@ -677,6 +708,8 @@ const std::vector<Attack> &attacks()
         {"toggles do-not-disturb", toggleDoNotDisturb},
         {"notifications of made-up programs", madeUpSources},
         {"endless sounds of notifications", soundsOfNotifications},
+        {"replaces with forbidden sounds", refusedReplacements},
+        {"chooses others' actions", chosenActions},
         {"searches the history", searchHistory},
         {"inhibits notifications", inhibitForever},
     };
