@@ -6,7 +6,7 @@
 #include "base/sqlite/SqliteError.h"
 
 namespace {
-constexpr qint64 maxReadMs = 100; // then a page ends, so that new entries are written in time
+constexpr qint64 maxReadMs = 50;         // then a page ends: others wait
 constexpr int maxPageCharacters = 64000; // then a page ends, so that it fits into a message
 
 int charactersOf(const HistoryEntry &entry)
