@@ -165,7 +165,7 @@ TEST_F(DbusUnreadTest, ByOneClientStopsNoOther)
         silent.getValue("/test/large");
     }
     EXPECT_TRUE(isServing());
-    EXPECT_TRUE(isServing("/test/large"_s));
+    EXPECT_TRUE(isServing("/test/large"_s, 10));
     EXPECT_LT(waitingFor(silent.name()), std::size_t(17 * mebi));
 }
 
