@@ -67,7 +67,8 @@ Decoded check(SoundFile &sound)
         return first;
     }
     const Decoded second = decode(sound);
-    FUZZ_CHECK(first.failed || second.failed || second.frames == first.frames,
+    // Of a damaged Ogg file, the decoder may find less when it goes back.
+    FUZZ_CHECK(first.failed || second.failed || second.frames <= first.frames,
                first.frames << " frames, then " << second.frames);
     return first;
 }
