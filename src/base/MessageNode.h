@@ -33,8 +33,8 @@ public:
     /// Of an action, in UTF-8. Keys are sent to everyone who listens to actions, and are parts of paths.
     static constexpr int maxKeyBytes = 256;
 
-    /// As how many bytes of a message an action counts besides its label, because it is a node and a row. Its key is in their path,
-    /// too, with up to three characters for each byte.
+    /// As how many bytes of a message an action counts besides its label, because it is a node and a row. Its
+    /// key is in their path, too, with up to three characters for each byte.
     static std::size_t actionBytes(const QString &key);
 
     /// Binds the node of an action to the slot that receives the choice.

@@ -349,7 +349,7 @@ void DoctorCommand::lookAtDevices()
 void DoctorCommand::lookAtDisplay()
 {
     // The device's screen may be known to its service only.
-    if (!isSystemBus() || !askSystemd(&m_displayService, QStringLiteral("tavo-display"))) {
+    if (!isSystemBus() || !askSystemd(&m_displayService, QLatin1String(displayService.name))) {
         checkDisplay();
     }
 }
@@ -402,7 +402,7 @@ void DoctorCommand::on_display_ended()
 
 void DoctorCommand::lookAtFleet()
 {
-    if (!isSystemBus() || !askSystemd(&m_fleetService, QStringLiteral("tavo-fleet"))) {
+    if (!isSystemBus() || !askSystemd(&m_fleetService, QLatin1String(fleetService.name))) {
         conclude();
     }
 }

@@ -14,7 +14,7 @@
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Attention");
 
-/// Of each other user, so many are opened again after a restart; the history returns 1,000 of all.
+/// So many of each other user are opened again after a restart; the history returns 1,000 of all.
 constexpr int maxMustSeeOfUser = 100;
 
 TavoAttentionEnd::Enum endOf(TavoNotificationDisplayEnd::Enum end)
@@ -749,12 +749,12 @@ void OpenItems::finishIfOver(const QString &id)
         entry.end = TavoAttentionEnd::Silenced; // nothing of it has reached people
     }
     m_entries.erase(found);
-    m_shownNodes.remove(entry.path);
     const auto count = m_counts.find(entry.item.source);
     if (--*count == 0) {
         m_counts.erase(count);
     }
     if (entry.node) {
+        m_shownNodes.remove(entry.node->path()); // a requester's path may be the same
         entry.node->dispose();
     }
     if (!entry.privateSpeech.isEmpty()) {
@@ -765,7 +765,7 @@ void OpenItems::finishIfOver(const QString &id)
     }
     m_ended->setValue(
         TavoValue().setAttentionEnded(TavoAttentionEnded()
-                                          .setId(entry.item.id) // the other may be gone
+                                          .setId(entry.item.id) // id may have gone with the entry
                                           .setEnd(entry.end)
                                           .setAction(entry.action)
                                           .setShownUntil(entry.shownUntil)

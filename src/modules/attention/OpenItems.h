@@ -119,7 +119,7 @@ private:
     Entry &insert(const AttentionItem &item, const Decision &decision);
     AttentionOutcome outcomeOf(const Entry &entry) const;
 
-    /// Whether more are open that must be seen than are opened again of another user.
+    /// Whether a user other than the host's has more open that must be seen than are opened again.
     bool hasTooManyToSee(const QString &user) const;
 
     void show(Entry &entry);
@@ -170,7 +170,8 @@ private:
     CMValueNode *m_ended;
     CMPath m_responsePath;
 
-    // Programs choose the ids and the names. Some might choose texts with the same hash, so these are no QHash.
+    // Programs choose the ids and the names, and could choose some with the same hash, so no QHash has them as keys.
+    // The hash of a path is secret.
     Entries m_entries;                   ///< by id
     QMap<QString, int> m_counts;         ///< of open ones, by source
     QHash<CMPath, QString> m_shownNodes; ///< ids of notifications, by the paths of their own nodes

@@ -26,8 +26,7 @@ public:
 
     /// For programs of this environment. Returns when the reader listens. Presses this button of each
     /// message, as soon as it may be pressed. With "--look", goes through all objects instead; with "--showing" and
-    /// roles,
-    /// says which objects of these are shown and hidden.
+    /// roles, says which objects of these are shown and hidden.
     void start(const std::function<void(Program &)> &prepare, const QString &bus,
                const QStringList &arguments)
     {

@@ -59,8 +59,7 @@ public:
         QString language; ///< as for obstacle()
         QString user;     ///< may be empty
         TavoNotificationItemPriority::Enum priority = TavoNotificationItemPriority::Normal;
-        bool isPrivate =
-            false; ///< the file is not kept for others who say the same; the receiver removes it
+        bool isPrivate = false; ///< has a file of its own, which the receiver removes
     };
 
     /// Calls the receiver once, from the event loop. The most urgent texts come first, and of these one of each

@@ -63,13 +63,14 @@ private:
     /// to queue them all again for each one would take long.
     void giveUp(quint32 number);
     void forget(quint32 number);
+
     using Messages = std::map<quint32, Message>;
     Message remove(Messages::iterator message);
 
     Clients &m_clients;
     CMNodes *m_nodes;
-    Messages m_messages; ///< by number
-    std::unordered_map<CMPath, std::set<quint32>, PathHash> m_numbers;
+    Messages m_messages;                                               ///< by number
+    std::unordered_map<CMPath, std::set<quint32>, PathHash> m_numbers; ///< of messages, by path
     quint32 m_lastNumber = 0;
     bool m_isFollowing = false; ///< the ends that the display reports, while there are messages
 };

@@ -26,7 +26,7 @@ const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 constexpr const char *vanishedRule =
     "type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg2=''";
 
-/// For asking the bus for the user of a client, for whose reply the client's calls wait.
+/// How long a client's first calls wait for the bus to tell its user.
 constexpr std::chrono::seconds userTimeout(25);
 
 /// What clients have used is freed in small pieces, which the system does not get back by itself.

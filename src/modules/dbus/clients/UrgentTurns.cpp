@@ -15,7 +15,7 @@ constexpr std::chrono::seconds halfLife(1);
 /// How much more a user must have played, so that short sounds play to their end.
 constexpr std::chrono::duration<double> maxMargin(0.2);
 
-/// The same of all users together: however many there are, none waits much longer.
+/// The same for all users together: the more there are, the sooner each gives way.
 constexpr std::chrono::duration<double> maxOfAll(0.5);
 
 constexpr std::chrono::milliseconds interval(20);
