@@ -3,39 +3,13 @@
 
 // What clients may do to those of other users.
 
-#include "module/dbus/ModelTest.h"
-#include "support/bus/BusUser.h"
+#include "module/dbus/UsersTest.h"
 #include <core/records/attention.h>
 
-#include <QFile>
-
-#include <sys/stat.h>
-
 namespace {
-class DbusOtherUsersTest : public ModelTest
+class DbusOtherUsersTest : public UsersTest
 {
 protected:
-    DbusOtherUsersTest()
-        : ModelTest({}, "<policy context=\"default\"><allow user=\"*\"/></policy>"_s)
-    {
-    }
-
-    void SetUp() override
-    {
-        if (!BusUser::canBeAnyone()) {
-            GTEST_SKIP() << "it takes root to be somebody else";
-        }
-        ::chmod(QFile::encodeName(bus().folder()).constData(), 0755);
-        first = clientOf("daemon");
-        second = clientOf("mail");
-    }
-
-    std::unique_ptr<ModelClient> clientOf(const char *user)
-    {
-        const ActAs otherUser(BusUser::find(user));
-        return std::make_unique<ModelClient>(bus().address());
-    }
-
     void accept(const CMPath &path)
     {
         publishRequest(path.toString(),
@@ -68,9 +42,6 @@ protected:
         EXPECT_TRUE(call.succeeds()) << call.errorMessage();
         return call.reader().readUInt32();
     }
-
-    std::unique_ptr<ModelClient> first;
-    std::unique_ptr<ModelClient> second;
 };
 
 TEST_F(DbusOtherUsersTest, DoNotReplaceWhatIsSentToAttention)

@@ -3,14 +3,11 @@
 
 // Urgent sounds of several users. The test stands in for the player.
 
-#include "module/dbus/ModelTest.h"
-#include "support/bus/BusUser.h"
+#include "module/dbus/UsersTest.h"
 
 #include <QElapsedTimer>
-#include <QFile>
 
 #include <optional>
-#include <sys/stat.h>
 
 namespace {
 using testing::Contains;
@@ -19,11 +16,10 @@ using testing::HasSubstr;
 using testing::Not;
 using ResponseType = TavoNotificationPlayerResponseType;
 
-class DbusUrgentTurnsTest : public ModelTest
+class DbusUrgentTurnsTest : public UsersTest
 {
 protected:
     DbusUrgentTurnsTest()
-        : ModelTest({}, "<policy context=\"default\"><allow user=\"*\"/></policy>"_s)
     {
         publishRequest(TavoNotificationPlayerEnqueuePath().toString(),
                        [this](const CMSetDataRequest &request) {
@@ -43,24 +39,6 @@ protected:
                                respond(id, ResponseType::Cancelled);
                            }
                        });
-    }
-
-    void SetUp() override
-    {
-        if (!BusUser::canBeAnyone()) {
-            GTEST_SKIP() << "it takes root to be somebody else";
-        }
-        ::chmod(QFile::encodeName(bus().folder()).constData(), 0755);
-        first = clientOf("daemon");
-        second = clientOf("mail");
-    }
-
-    std::unique_ptr<ModelClient> clientOf(const char *user)
-    {
-        const ActAs otherUser(BusUser::find(user));
-        auto client = std::make_unique<ModelClient>(bus().address());
-        EXPECT_TRUE(client->ask("List", {"/"_s}).succeeds());
-        return client;
     }
 
     static void
@@ -100,8 +78,6 @@ protected:
             [&] { return std::find(events.begin(), events.end(), event) != events.end(); });
     }
 
-    std::unique_ptr<ModelClient> first;
-    std::unique_ptr<ModelClient> second;
     std::map<QString, TavoNotificationPlayerItem> sounds;
     std::vector<std::string> events;
     bool respondsToCancels = true;
