@@ -3,6 +3,7 @@
 
 #include "playback/SoundFile.h"
 
+#include "playback/Id3Tags.h"
 #include "playback/OggHeaders.h"
 #include "playback/RiffHeader.h"
 #include "playback/WakeEvent.h"
@@ -24,6 +25,9 @@ constexpr sf_count_t unknownFrames = SF_COUNT_MAX / 2;
 
 // More than the decoder needs for the frames of one call, in every format.
 constexpr qint64 maxBytesPerCall = 16 << 20;
+
+// Larger reads of an MP3 file are for tags between frames, which the decoder would keep in memory, several times.
+constexpr qint64 maxBytesPerMp3Read = 1 << 20;
 
 // The least that a read counts as, because many small reads take time, too.
 constexpr qint64 minBytesPerRead = 512;
@@ -100,6 +104,7 @@ Result<FrameSource::Loading> SoundFile::open(const WakeEvent &wake)
 
 std::optional<Failure> SoundFile::openBytes()
 {
+    m_begin = 0;
     m_size = m_data.size();
     if (!m_path.isEmpty()) {
         if (auto failure = openPath()) {
@@ -141,6 +146,8 @@ std::optional<Failure> SoundFile::checkWhole()
     const auto readAll = [this](void *target, std::size_t count, qint64 offset) {
         return readAt(target, qint64(count), offset) == qint64(count);
     };
+    m_begin = endOfId3Tags(readAll, m_size);
+    m_size -= m_begin;
     const auto riff = checkRiff(readAll, m_size);
     if (const auto *defect = std::get_if<Failure>(&riff)) {
         return failure(defect->reason);
@@ -155,6 +162,7 @@ std::optional<Failure> SoundFile::checkWhole()
 std::optional<Failure> SoundFile::openDecoder()
 {
     m_offset = 0;
+    m_maxBytesPerRead = isMp3() ? maxBytesPerMp3Read : maxBytesPerCall;
     allowReading(isMp3() ? std::max(m_maxBytes, maxBytesPerCall) : maxBytesPerCall);
     SF_VIRTUAL_IO io{length, seek, read, nullptr, tell};
     m_file = sf_open_virtual(&io, SFM_READ, &m_info, this);
@@ -171,9 +179,9 @@ std::optional<Failure> SoundFile::openDecoder()
 // decoded sound, whose size is limited, is larger than the file.
 bool SoundFile::isMp3() const
 {
-    char begin[3] = {};
-    readAt(begin, sizeof begin, 0);
-    return begin[0] == '\xff' || std::memcmp(begin, "ID3", sizeof begin) == 0;
+    char begin = 0;
+    readAt(&begin, sizeof begin, 0);
+    return begin == '\xff';
 }
 
 std::optional<Failure> SoundFile::checkFormat() const
@@ -266,6 +274,7 @@ void SoundFile::closeAll()
 
 qint64 SoundFile::readAt(void *target, qint64 count, qint64 offset) const
 {
+    offset += m_begin;
     if (m_descriptor >= 0) {
         return pread(m_descriptor, target, std::size_t(count), offset);
     }
@@ -307,7 +316,7 @@ sf_count_t SoundFile::seek(sf_count_t offset, int whence, void *self)
 sf_count_t SoundFile::read(void *target, sf_count_t count, void *self)
 {
     auto *file = static_cast<SoundFile *>(self);
-    if (!file->mayRead(count)) {
+    if (count > file->m_maxBytesPerRead || !file->mayRead(count)) {
         return 0;
     }
     const qint64 got = std::max<qint64>(0, file->readAt(target, count, file->m_offset));

@@ -59,11 +59,13 @@ private:
     QString m_name; // for error messages
     const qint64 m_maxBytes;
     int m_descriptor = -1;
-    qint64 m_size = 0;
+    qint64 m_begin = 0; // behind the ID3 tags, which the decoder would keep in memory
+    qint64 m_size = 0;  // from there
     qint64 m_offset = 0;
     std::optional<qint64> m_openLengthAt; // see checkRiff()
-    qint64 m_allowance = 0;               // how much the decoder may still read
-    const WakeEvent *m_wake = nullptr;    // while the file is opened
+    qint64 m_maxBytesPerRead = 0;
+    qint64 m_allowance = 0;            // how much the decoder may still read
+    const WakeEvent *m_wake = nullptr; // while the file is opened
     bool m_interrupted = false;
     SNDFILE *m_file = nullptr;
     SF_INFO m_info{};

@@ -62,6 +62,21 @@ QByteArray endlessPacket(const QByteArray &ogg, int pages)
     return all;
 }
 
+constexpr int tagBytes = 200 << 20;
+constexpr int tagHeaderBytes = 10;
+
+/// The beginning of an ID3 tag that holds one long text.
+QByteArray largeTag()
+{
+    QByteArray tag("ID3\3\0\0", 6);
+    for (int shift = 21; shift >= 0; shift -= 7) {
+        tag += char(tagBytes >> shift & 0x7f);
+    }
+    tag += QByteArray("TIT2\0\0\0\0\0\0", 10);
+    qToBigEndian(quint32(tagBytes - 10), tag.data() + 14);
+    return tag;
+}
+
 /// The packets of a Vorbis file, written bit by bit.
 class VorbisFile
 {
@@ -127,8 +142,10 @@ private:
     QByteArray m_bytes;
 };
 
-/// A file without a fault, with so many codebooks whose entries all have codewords of so many bits.
-QByteArray vorbisWithCodebooks(unsigned long count, unsigned codewordBits)
+/// A file without a fault, with so many codebooks whose entries all have codewords of so many bits. The first of them
+/// classifies so many residues.
+QByteArray vorbisWithCodebooks(unsigned long count, unsigned codewordBits,
+                               unsigned long residues = 1)
 {
     VorbisFile file;
     file.addHeader(1, {{0, 32}, {1, 8}, {48000, 32}, {0, 32}, {0, 32}, {0, 32}, {0x88, 8}, {1, 1}});
@@ -142,10 +159,12 @@ QByteArray vorbisWithCodebooks(unsigned long count, unsigned codewordBits)
         add({{0x564342, 24}, {1, 16}, {entries, 24}, {1, 1}, {codewordBits - 1, 5}});
         add({{entries, int(codewordBits) + 1}, {0, 4}});
     }
-    add({{0, 6}, {0, 16}});                                            // time
-    add({{0, 6}, {1, 16}, {0, 5}, {0, 2}, {4, 4}});                    // floor
-    add({{0, 6}, {0, 16}, {0, 24}, {0, 24}, {0, 24}, {0, 6}, {0, 8}}); // residue
-    add({{0, 3}, {0, 1}});
+    add({{0, 6}, {0, 16}});                         // time
+    add({{0, 6}, {1, 16}, {0, 5}, {0, 2}, {4, 4}}); // floor
+    add({{residues - 1, 6}});
+    for (unsigned long i = 0; i < residues; ++i) {
+        add({{0, 16}, {0, 24}, {0, 24}, {0, 24}, {0, 6}, {0, 8}, {0, 3}, {0, 1}});
+    }
     add({{0, 6}, {0, 16}, {0, 1}, {0, 1}, {0, 2}, {0, 8}, {0, 8}, {0, 8}}); // mapping
     add({{0, 6}, {0, 1}, {0, 16}, {0, 16}, {0, 8}, {1, 1}});                // mode
     file.addHeader(5, setup);
@@ -173,6 +192,7 @@ protected:
         return readFile(path("sound"));
     }
     QByteArray vorbis() { return encoded(SF_FORMAT_OGG | SF_FORMAT_VORBIS); }
+    QByteArray mp3() { return encoded(SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III); }
 
     /// A RIFF header that promises as much as it can, and some bytes.
     static QByteArray riff(const QByteArray &chunks)
@@ -217,6 +237,22 @@ protected:
         EXPECT_THAT(log.messages(log4cplus::ERROR_LOG_LEVEL)[0], HasSubstr(reason));
         EXPECT_EQ(heard(), std::vector<float>());
     }
+
+    void expectLittleMemory(const QString &file)
+    {
+        if (sanitized) {
+            GTEST_SKIP() << "The sanitizer keeps memory that was freed";
+        }
+        constexpr long maxGrowthKb = 48 << 10;
+        UriSimplePlayer player(file, QStringLiteral("id"), QStringLiteral("plain"), nullptr);
+        EndSpy end(player);
+        peakMemoryKb();
+        const long before = peakMemoryKb();
+        if (player.play()) {
+            EXPECT_TRUE(end.hasEndedOnce());
+        }
+        EXPECT_LT(peakMemoryKb(), before + maxGrowthKb);
+    }
 };
 
 TEST_F(HostileFileTest, ARiffHeaderWithZerosBehindItIsRefused)
@@ -256,8 +292,7 @@ TEST_F(HostileFileTest, OggHeadersWithZerosBehindThemCanBeInterrupted)
 
 TEST_F(HostileFileTest, AnMp3WithZerosBehindItCanBeInterrupted)
 {
-    const QByteArray mp3 = encoded(SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III);
-    expectInterrupted(sparse(mp3, 64 * gibibyte));
+    expectInterrupted(sparse(mp3(), 64 * gibibyte));
     expectInterrupted(sparse("ID3", 64 * gibibyte));
 }
 
@@ -280,9 +315,15 @@ TEST_F(HostileFileTest, ManyLargeCodebooksAreRefused)
     expectRefused(path("huge"), "is cut off or damaged at its beginning");
 }
 
+TEST_F(HostileFileTest, ManyResiduesOfALargeCodebookAreRefused)
+{
+    writeFile(path("huge"), vorbisWithCodebooks(1, 15, 64));
+    expectRefused(path("huge"), "is cut off or damaged at its beginning");
+}
+
 TEST_F(HostileFileTest, SmallCodebooksAreNot)
 {
-    writeFile(path("huge"), vorbisWithCodebooks(2, 10));
+    writeFile(path("huge"), vorbisWithCodebooks(2, 10, 64));
     UriSimplePlayer player(path("huge"), QStringLiteral("id"), QStringLiteral("plain"), nullptr);
     EndSpy end(player);
     EXPECT_TRUE(player.play());
@@ -291,22 +332,29 @@ TEST_F(HostileFileTest, SmallCodebooksAreNot)
 
 TEST_F(HostileFileTest, AnOggPacketWithoutEndTakesLittleMemory)
 {
-    if (sanitized) {
-        GTEST_SKIP() << "The sanitizer keeps memory that was freed";
-    }
     constexpr int pages = 1500; // 97 MB
-    constexpr long maxGrowthKb = 48 << 10;
     const QByteArray ogg = vorbis();
     for (const QByteArray &head : {ogg.left(secondPage(ogg)), oggHeaders(ogg)}) {
         writeFile(path("huge"), head + endlessPacket(ogg, pages));
-        UriSimplePlayer player(path("huge"), QStringLiteral("id"), QStringLiteral("plain"),
-                               nullptr);
-        EndSpy end(player);
-        peakMemoryKb();
-        const long before = peakMemoryKb();
-        if (player.play()) {
-            EXPECT_TRUE(end.hasEndedOnce());
-        }
-        EXPECT_LT(peakMemoryKb(), before + maxGrowthKb);
+        expectLittleMemory(path("huge"));
     }
+}
+
+TEST_F(HostileFileTest, AnMp3WithALargeTagBeforeItsFramesPlays)
+{
+    const QByteArray frames = mp3();
+    writeFile(path("huge"), largeTag());
+    QFile file(path("huge"));
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(file.seek(tagHeaderBytes + tagBytes));
+    ASSERT_EQ(file.write(frames), frames.size());
+    file.close();
+    expectLittleMemory(path("huge"));
+}
+
+TEST_F(HostileFileTest, ALargeTagBetweenTheFramesOfAnMp3TakesLittleMemory)
+{
+    writeFile(path("huge"), mp3() + largeTag());
+    ASSERT_TRUE(QFile::resize(path("huge"), gibibyte));
+    expectLittleMemory(path("huge"));
 }
