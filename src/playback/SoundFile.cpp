@@ -20,35 +20,14 @@ namespace {
 
 constexpr qint64 bytesPerSample = sizeof(float);
 
-// If the header has no length, the library returns a number near the maximum.
-constexpr sf_count_t unknownFrames = SF_COUNT_MAX / 2;
-
 // More than the decoder needs for the frames of one call, in every format.
 constexpr qint64 maxBytesPerCall = 16 << 20;
-
-// Larger reads of an MP3 file are for tags between frames, which the decoder would keep in memory, several times.
-constexpr qint64 maxBytesPerMp3Read = 1 << 20;
 
 // The least that a read counts as, because many small reads take time, too.
 constexpr qint64 minBytesPerRead = 512;
 
 // How many bytes are read between two checks whether the file is still wanted.
 constexpr qint64 bytesPerLook = 65536;
-
-// The decoder knows many more formats, but they are rare and its code for them is little tested.
-bool isKnown(int format)
-{
-    switch (format & SF_FORMAT_TYPEMASK) {
-    case SF_FORMAT_WAV:
-    case SF_FORMAT_WAVEX:
-    case SF_FORMAT_FLAC:
-    case SF_FORMAT_MPEG:
-    case SF_FORMAT_OGG: // hasOggHeaders() refuses all but Vorbis and Opus
-        return true;
-    default:
-        return false;
-    }
-}
 
 QString megabytes(qint64 bytes)
 {
@@ -85,7 +64,7 @@ SoundFile::~SoundFile()
 
 Result<FrameSource::Loading> SoundFile::open(const WakeEvent &wake)
 {
-    if (m_file) {
+    if (m_decoder) {
         return Loading::Done;
     }
     m_wake = &wake;
@@ -162,14 +141,13 @@ std::optional<Failure> SoundFile::checkWhole()
 std::optional<Failure> SoundFile::openDecoder()
 {
     m_offset = 0;
-    m_maxBytesPerRead = isMp3() ? maxBytesPerMp3Read : maxBytesPerCall;
-    allowReading(isMp3() ? std::max(m_maxBytes, maxBytesPerCall) : maxBytesPerCall);
-    SF_VIRTUAL_IO io{length, seek, read, nullptr, tell};
-    m_file = sf_open_virtual(&io, SFM_READ, &m_info, this);
+    const bool mp3 = isMp3();
+    allowReading(mp3 ? std::max(m_maxBytes, maxBytesPerCall) : maxBytesPerCall);
+    m_decoder = mp3 ? makeMp3Decoder(*this) : makeSndfileDecoder(*this);
     if (m_allowance < 0) {
         return failure(QStringLiteral("is damaged, or too large to be opened"));
     }
-    if (!m_file || !isKnown(m_info.format)) {
+    if (!m_decoder) {
         return failure(QStringLiteral("holds no sound in a known format"));
     }
     return checkFormat();
@@ -186,39 +164,39 @@ bool SoundFile::isMp3() const
 
 std::optional<Failure> SoundFile::checkFormat() const
 {
-    if (m_info.frames <= 0) {
+    if (m_decoder->frames() <= 0) {
         return failure(QStringLiteral("holds no sound: it has no frames"));
     }
     if (!format().isUsable()) {
         return failure(QStringLiteral("can't be played: it claims %1 channels at %2 Hz")
-                           .arg(m_info.channels)
-                           .arg(m_info.samplerate));
+                           .arg(format().channels)
+                           .arg(format().rate));
     }
-    if (m_info.frames >= unknownFrames) {
+    if (m_decoder->frames() == Decoder::unknownFrames) {
         return std::nullopt;
     }
-    return checkSize(m_info.frames);
+    return checkSize(m_decoder->frames());
 }
 
-std::optional<Failure> SoundFile::checkSize(sf_count_t frames) const
+std::optional<Failure> SoundFile::checkSize(qint64 frames) const
 {
-    if (frames <= m_maxBytes / (bytesPerSample * m_info.channels)) {
+    const qint64 frameBytes = bytesPerSample * format().channels;
+    if (frames <= m_maxBytes / frameBytes) {
         return std::nullopt;
     }
-    return failure(
-        QStringLiteral("is too long: decoded it takes %1, allowed are %2")
-            .arg(megabytes(frames * bytesPerSample * m_info.channels), megabytes(m_maxBytes)));
+    return failure(QStringLiteral("is too long: decoded it takes %1, allowed are %2")
+                       .arg(megabytes(frames * frameBytes), megabytes(m_maxBytes)));
 }
 
 SoundFormat SoundFile::format() const
 {
-    return {m_info.samplerate, m_info.channels};
+    return m_decoder->format();
 }
 
 FrameSource::Read SoundFile::read(float *samples, long frames)
 {
     allowReading(maxBytesPerCall);
-    const sf_count_t count = sf_readf_float(m_file, samples, frames);
+    const long count = m_decoder->read(samples, frames);
     if (count <= 0) {
         return endOfFile();
     }
@@ -226,19 +204,18 @@ FrameSource::Read SoundFile::read(float *samples, long frames)
     if (auto failure = checkSize(m_framesRead)) {
         return std::move(*failure);
     }
-    return Frames{long(count)};
+    return Frames{count};
 }
 
 FrameSource::Read SoundFile::endOfFile() const
 {
-    if (sf_error(m_file) != SF_ERR_NO_ERROR) {
-        return failure(QStringLiteral("can't be decoded: ") +
-                       QString::fromUtf8(sf_strerror(m_file)));
+    if (const QString error = m_decoder->error(); !error.isEmpty()) {
+        return failure(QStringLiteral("can't be decoded: ") + error);
     }
-    if (m_info.frames < unknownFrames && m_framesRead < m_info.frames) {
-        return failure(QStringLiteral("is cut off after %1 of %2 frames")
-                           .arg(m_framesRead)
-                           .arg(m_info.frames));
+    const qint64 frames = m_decoder->frames();
+    if (frames != Decoder::unknownFrames && m_framesRead < frames) {
+        return failure(
+            QStringLiteral("is cut off after %1 of %2 frames").arg(m_framesRead).arg(frames));
     }
     return End{};
 }
@@ -247,10 +224,10 @@ Result<bool> SoundFile::rewind()
 {
     m_framesRead = 0;
     allowReading(maxBytesPerCall);
-    if (sf_seek(m_file, 0, SEEK_SET) == 0) {
+    if (m_decoder->rewind()) {
         return true;
     }
-    return failure(QStringLiteral("can't be repeated: ") + QString::fromUtf8(sf_strerror(m_file)));
+    return failure(QStringLiteral("can't be repeated: ") + m_decoder->error());
 }
 
 Failure SoundFile::failure(const QString &what) const
@@ -260,15 +237,11 @@ Failure SoundFile::failure(const QString &what) const
 
 void SoundFile::closeAll()
 {
-    if (m_file) {
-        sf_close(m_file);
-    }
-    m_file = nullptr;
+    m_decoder.reset();
     if (m_descriptor >= 0) {
         ::close(m_descriptor);
     }
     m_descriptor = -1;
-    m_info = SF_INFO{};
     m_framesRead = 0;
 }
 
@@ -300,28 +273,31 @@ bool SoundFile::mayRead(qint64 bytes)
     return m_allowance >= 0 && !m_interrupted;
 }
 
-sf_count_t SoundFile::length(void *self)
+qint64 SoundFile::length() const
 {
-    return static_cast<SoundFile *>(self)->m_size;
+    return m_size;
 }
 
-sf_count_t SoundFile::seek(sf_count_t offset, int whence, void *self)
+qint64 SoundFile::position() const
 {
-    auto *file = static_cast<SoundFile *>(self);
-    const qint64 base = whence == SEEK_SET ? 0 : whence == SEEK_CUR ? file->m_offset : file->m_size;
-    file->m_offset = std::clamp<qint64>(base + offset, 0, file->m_size);
-    return file->m_offset;
+    return m_offset;
 }
 
-sf_count_t SoundFile::read(void *target, sf_count_t count, void *self)
+qint64 SoundFile::seek(qint64 offset, int whence)
 {
-    auto *file = static_cast<SoundFile *>(self);
-    if (count > file->m_maxBytesPerRead || !file->mayRead(count)) {
+    const qint64 base = whence == SEEK_SET ? 0 : whence == SEEK_CUR ? m_offset : m_size;
+    m_offset = std::clamp<qint64>(base + offset, 0, m_size);
+    return m_offset;
+}
+
+qint64 SoundFile::read(void *target, qint64 count)
+{
+    if (!mayRead(count)) {
         return 0;
     }
-    const qint64 got = std::max<qint64>(0, file->readAt(target, count, file->m_offset));
-    file->openLength(static_cast<char *>(target), got);
-    file->m_offset += got;
+    const qint64 got = std::max<qint64>(0, readAt(target, count, m_offset));
+    openLength(static_cast<char *>(target), got);
+    m_offset += got;
     return got;
 }
 
@@ -336,9 +312,4 @@ void SoundFile::openLength(char *bytes, qint64 count) const
             }
         }
     }
-}
-
-sf_count_t SoundFile::tell(void *self)
-{
-    return static_cast<SoundFile *>(self)->m_offset;
 }

@@ -3,18 +3,16 @@
 
 #pragma once
 
-#include "playback/FrameSource.h"
+#include "playback/Decoder.h"
 
 #include <QByteArray>
-
-#include <sndfile.h>
 
 #include <memory>
 
 /// The frames of a sound file, on disk or in memory, decoded as they are read. Going back to the
 /// first frame is exact in every supported format. No call of the decoder reads without limit,
 /// whatever the file claims.
-class SoundFile : public FrameSource
+class SoundFile : public FrameSource, private DecoderInput
 {
 public:
     // The maximum size of the decoded file is maxBytes.
@@ -38,7 +36,7 @@ private:
     std::optional<Failure> openDecoder();
     bool isMp3() const;
     std::optional<Failure> checkFormat() const;
-    std::optional<Failure> checkSize(sf_count_t frames) const;
+    std::optional<Failure> checkSize(qint64 frames) const;
     Read endOfFile() const;
     Failure failure(const QString &what) const;
     void closeAll();
@@ -48,26 +46,23 @@ private:
     void allowReading(qint64 bytes);
     bool mayRead(qint64 bytes);
 
-    // Called by the decoder.
-    static sf_count_t length(void *self);
-    static sf_count_t seek(sf_count_t offset, int whence, void *self);
-    static sf_count_t read(void *target, sf_count_t count, void *self);
-    static sf_count_t tell(void *self);
+    qint64 length() const override;
+    qint64 position() const override;
+    qint64 seek(qint64 offset, int whence) override;
+    qint64 read(void *target, qint64 count) override;
 
     QString m_path; // empty if the sound is in memory
     QByteArray m_data;
     QString m_name; // for error messages
     const qint64 m_maxBytes;
     int m_descriptor = -1;
-    qint64 m_begin = 0; // behind the ID3 tags, which the decoder would keep in memory
+    qint64 m_begin = 0; // behind the ID3 tags
     qint64 m_size = 0;  // from there
     qint64 m_offset = 0;
     std::optional<qint64> m_openLengthAt; // see checkRiff()
-    qint64 m_maxBytesPerRead = 0;
-    qint64 m_allowance = 0;            // how much the decoder may still read
-    const WakeEvent *m_wake = nullptr; // while the file is opened
+    qint64 m_allowance = 0;               // how much the decoder may still read
+    const WakeEvent *m_wake = nullptr;    // while the file is opened
     bool m_interrupted = false;
-    SNDFILE *m_file = nullptr;
-    SF_INFO m_info{};
-    sf_count_t m_framesRead = 0;
+    std::unique_ptr<Decoder> m_decoder;
+    qint64 m_framesRead = 0;
 };

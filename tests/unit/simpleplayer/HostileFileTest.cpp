@@ -358,3 +358,21 @@ TEST_F(HostileFileTest, ALargeTagBetweenTheFramesOfAnMp3TakesLittleMemory)
     ASSERT_TRUE(QFile::resize(path("huge"), gibibyte));
     expectLittleMemory(path("huge"));
 }
+
+TEST_F(HostileFileTest, TheFaultsOfAnMp3WriteNothingToStandardError)
+{
+    QByteArray faults = mp3();
+    for (int i = 0; i < 100; ++i) {
+        faults += QByteArray("ID3\3\0\0\0\0\0\14TIT2\0\0\0\2\0\0\11x",
+                             22); // an encoding that does not exist
+        faults += mp3().mid(1000, 2000);
+    }
+    writeFile(path("faulty"), faults);
+    UriSimplePlayer player(path("faulty"), QStringLiteral("id"), QStringLiteral("plain"), nullptr);
+    EndSpy end(player);
+    testing::internal::CaptureStderr();
+    const bool plays = player.play();
+    const bool ended = plays && end.hasEndedOnce();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_TRUE(ended);
+}
