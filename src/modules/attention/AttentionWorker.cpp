@@ -16,7 +16,7 @@ const log4cplus::Logger logger = log4cplus::Logger::getInstance("Attention");
 /// Of open notifications. What clients on a bus open is limited there.
 constexpr int maxOpen = 20000;
 
-/// So that no source keeps others from opening theirs.
+/// And from one user, so that no source keeps others from opening theirs.
 constexpr int maxOpenOfSource = 5000;
 
 // One user can fill at most a tenth of the history in an hour.
@@ -314,7 +314,7 @@ TrString AttentionWorker::refusal(const AttentionItem &item) const
     if (m_items.isOpen(item.id)) {
         return TAVO_TR("A notification with this id is open");
     }
-    if (m_items.count() >= maxOpen || m_items.count(item.source) >= maxOpenOfSource) {
+    if (m_items.count() >= maxOpen || m_items.countLike(item) >= maxOpenOfSource) {
         return TAVO_TR("There are too many notifications");
     }
     return {};

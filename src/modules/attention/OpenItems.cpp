@@ -254,8 +254,10 @@ Decision OpenItems::givingWay(const AttentionItem &item) const
 AttentionOutcome OpenItems::replace(const AttentionItem &item, const Decision &decision)
 {
     Entry &entry = *m_entries.find(item.id);
+    uncount(entry.item);
     const AttentionItem previous = std::exchange(entry.item, item);
     entry.item.source = previous.source; // nothing is of another program all of a sudden
+    ++m_counts[sourceOf(entry.item)];
     const Decision decided = std::exchange(entry.decision, decision);
     if (entry.isShown() && decision.isShown) {
         changeShown(entry,
@@ -275,9 +277,17 @@ AttentionOutcome OpenItems::replace(const AttentionItem &item, const Decision &d
     return outcome;
 }
 
+void OpenItems::uncount(const AttentionItem &item)
+{
+    const auto count = m_counts.find(sourceOf(item));
+    if (--*count == 0) {
+        m_counts.erase(count);
+    }
+}
+
 OpenItems::Entry &OpenItems::insert(const AttentionItem &item, const Decision &decision)
 {
-    ++m_counts[item.source];
+    ++m_counts[sourceOf(item)];
     Entry &entry = m_entries[item.id];
     entry.item = item;
     entry.decision = decision;
@@ -749,10 +759,7 @@ void OpenItems::finishIfOver(const QString &id)
         entry.end = TavoAttentionEnd::Silenced; // nothing of it has reached people
     }
     m_entries.erase(found);
-    const auto count = m_counts.find(entry.item.source);
-    if (--*count == 0) {
-        m_counts.erase(count);
-    }
+    uncount(entry.item);
     if (entry.node) {
         m_shownNodes.remove(entry.node->path()); // a requester's path may be the same
         entry.node->dispose();

@@ -34,7 +34,8 @@ public:
 
     bool isOpen(const QString &id) const { return m_entries.contains(id); }
     int count() const { return m_entries.size(); }
-    int count(const QString &source) const { return m_counts.value(source); }
+    /// Of the item's source, and from its user.
+    int countLike(const AttentionItem &item) const { return m_counts.value(sourceOf(item)); }
 
     /// From how many messages on those of a source are shown as one; 0: never. Counts for those that come.
     void setGroupFrom(int count) { m_groupFrom = count; }
@@ -116,6 +117,12 @@ private:
         bool isCancelled = false;
     };
 
+    static QPair<QString, QString> sourceOf(const AttentionItem &item)
+    {
+        return {item.user, item.source};
+    }
+
+    void uncount(const AttentionItem &item);
     Entry &insert(const AttentionItem &item, const Decision &decision);
     AttentionOutcome outcomeOf(const Entry &entry) const;
 
@@ -172,8 +179,8 @@ private:
 
     // Programs choose the ids and the names, and could choose some with the same hash, so no QHash has them as keys.
     // The hash of a path is secret.
-    Entries m_entries;                   ///< by id
-    QMap<QString, int> m_counts;         ///< of open ones, by source
+    Entries m_entries;                           ///< by id
+    QMap<QPair<QString, QString>, int> m_counts; ///< of open ones, by user and source
     QHash<CMPath, QString> m_shownNodes; ///< ids of notifications, by the paths of their own nodes
     /// Ids of notifications, by the requests to show them that have other ids.
     QMap<QString, QString> m_requests;

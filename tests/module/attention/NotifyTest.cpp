@@ -372,6 +372,20 @@ TEST_F(AttentionNotifyTest, KeepsAFloodFromFillingTheHistory)
     EXPECT_EQ(history(TavoAttentionQuery().setLimit(200)).size(), 101U);
 }
 
+TEST_F(AttentionNotifyTest, OfOneUserDoNotUseUpASourceForOthers)
+{
+    constexpr int most = 5000;
+    const auto urgent = [](const QString &title) {
+        return message(title).setPriority(TavoNotificationItemPriority::Urgent);
+    };
+    for (int i = 0; i < most; ++i) {
+        EXPECT_TRUE(notify(urgent("many %1"_s.arg(i)).setUser("1001"_s)).shown());
+    }
+    EXPECT_EQ(requestNotify(urgent("one more"_s).setUser("1001"_s)).errorText(),
+              "There are too many notifications");
+    EXPECT_TRUE(notify(urgent("of another"_s).setUser("1000"_s)).shown());
+}
+
 TEST_F(AttentionNotifyTest, CountsNoFloodOfWhatRulesDrop)
 {
     setSettings(R"({"eachSource": {"messages": 1, "seconds": 1},
