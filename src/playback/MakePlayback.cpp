@@ -29,14 +29,18 @@ std::unique_ptr<FrameSource> makeStream(std::unique_ptr<ByteInput> input,
     return std::make_unique<CollectedSound>(std::move(input), limits);
 }
 
-Source fetchStream(const QUrl &url, const QString &name, const StreamFormat &format,
-                   const SimplePlayerLimits &limits)
+Result<Source> fetchStream(const QUrl &url, const QString &name, const StreamFormat &format,
+                           const SimplePlayerLimits &limits)
 {
-    auto fetch = std::make_unique<HttpFetch>(
-        url, format.pcm ? HttpFetch::Kind::LiveStream : HttpFetch::Kind::WholeFile,
-        limits.httpTimeoutMs);
+    auto made =
+        makeHttpFetch(url, format.pcm ? HttpFetch::Kind::LiveStream : HttpFetch::Kind::WholeFile,
+                      limits.httpTimeoutMs);
+    if (auto *failure = std::get_if<Failure>(&made)) {
+        return std::move(*failure);
+    }
+    auto &fetch = std::get<std::unique_ptr<HttpFetch>>(made);
     auto input = std::make_unique<ByteInput>(fetch->takeReadingEnd(), name);
-    return {makeStream(std::move(input), format, limits), std::move(fetch)};
+    return Source{makeStream(std::move(input), format, limits), std::move(fetch)};
 }
 
 Result<SoundLocation> locate(const QString &name)

@@ -646,6 +646,10 @@ CMReply<QVariant> OpenItems::startSound(Entry &entry, TavoNotificationPlayerItem
         sound.setId(tavoGenerateUuid());
     }
     const QString id = sound.id();
+    // Only sounds that clients send themselves give way to those of other users.
+    if (target.isEmpty() && !entry.item.user.isEmpty()) {
+        sound.setPriority(std::min(sound.priority(), TavoNotificationItemPriority::High));
+    }
     sound.setPlaybackResponsePath(m_responsePath);
     if (entry.decision.treatment.attenuation) {
         sound.setAttenuation(*entry.decision.treatment.attenuation);

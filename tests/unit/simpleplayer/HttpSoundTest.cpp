@@ -15,11 +15,51 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
+#include <poll.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
+#include <thread>
 #include <unistd.h>
 
 using testing::HasSubstr;
 using testing::Not;
+
+namespace {
+/// Answers one connection on the loopback with these bytes, again and again, until it is closed.
+class EndlessServer
+{
+public:
+    explicit EndlessServer(const std::string &answer)
+    {
+        m_server.listen(QHostAddress::LocalHost);
+        m_server.pauseAccepting(); // the thread accepts
+        m_thread = std::thread([this, answer] {
+            pollfd client{int(m_server.socketDescriptor()), POLLIN, 0};
+            poll(&client, 1, -1);
+            const int connection = accept(client.fd, nullptr, nullptr);
+            while (::send(connection, answer.data(), answer.size(), MSG_NOSIGNAL) > 0) {
+                m_isSending = true;
+            }
+            ::close(connection);
+        });
+    }
+    ~EndlessServer() { m_thread.join(); }
+    EndlessServer(const EndlessServer &) = delete;
+    EndlessServer &operator=(const EndlessServer &) = delete;
+
+    QString uri() const
+    {
+        return QStringLiteral("http://127.0.0.1:%1/sound").arg(m_server.serverPort());
+    }
+    bool isSending() const { return m_isSending; }
+
+private:
+    QTcpServer m_server;
+    std::atomic<bool> m_isSending{false};
+    std::thread m_thread;
+};
+} // namespace
 
 class HttpSoundTest : public PlayerTest
 {
@@ -267,6 +307,30 @@ TEST_F(HttpSoundTest, CanBeDestroyedWhileItIsFetched)
     m_player.reset();
     settle();
     EXPECT_EQ(m_end->count(), 0);
+}
+
+TEST_F(HttpSoundTest, CanBeDestroyedWhileItsServerSendsForEver)
+{
+    constexpr int promptMs = 500;
+    for (const std::string &answer :
+         {"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n1;" + std::string(60000, 'e'),
+          std::string("HTTP/1.1 100 Continue\r\n\r\n"), std::string(60000, 'a')}) {
+        const EndlessServer server(answer);
+        makeSound(server.uri());
+        m_player->play();
+        ASSERT_TRUE(waitFor([&] { return server.isSending(); }));
+        QElapsedTimer elapsed;
+        elapsed.start();
+        m_player.reset();
+        EXPECT_LT(elapsed.elapsed(), promptMs);
+    }
+}
+
+TEST_F(HttpSoundTest, ReportsHeadersWithoutEnd)
+{
+    const EndlessServer server("HTTP/1.1 100 Continue\r\n\r\n");
+    makeSound(server.uri());
+    expectError("can't be fetched: the server's headers are too long");
 }
 
 TEST_F(HttpSoundTest, CanBeDestroyedBeforeItIsFetched)
