@@ -578,12 +578,14 @@ CMReply<QVariant> OpenItems::startRequested(Entry &entry, TavoNotificationPlayer
     return startSound(entry, sound);
 }
 
-void OpenItems::startFile(Entry &entry, const QString &file)
+void OpenItems::startFile(Entry &entry, const QString &file, const Speech::File &speech)
 {
-    startSound(entry, TavoNotificationPlayerItem()
-                          .setType(TavoNotificationPlayerItemType::Uri)
-                          .setContent(file)
-                          .setPriority(entry.decision.priority));
+    startSound(entry,
+               TavoNotificationPlayerItem()
+                   .setType(TavoNotificationPlayerItemType::Uri)
+                   .setContent(file)
+                   .setPriority(entry.decision.priority),
+               speech);
 }
 
 QString OpenItems::spokenText(const AttentionItem &item, const Decision &decision)
@@ -607,21 +609,16 @@ void OpenItems::speak(Entry &entry)
     entry.awaitedSpeech = ++m_lastSpeech;
     const bool isItsOwn = isPrivate(entry.item, entry.decision);
     m_speech.say({text, entry.item.language, entry.item.user, entry.decision.priority, isItsOwn},
-                 [this, id = entry.item.id, number = m_lastSpeech, isItsOwn](
-                     const Result<QString> &made) { on_speech_made(id, number, made, isItsOwn); });
+                 [this, id = entry.item.id, number = m_lastSpeech](
+                     const Result<Speech::File> &made) { on_speech_made(id, number, made); });
 }
 
-void OpenItems::on_speech_made(const QString &id, int number, const Result<QString> &made,
-                               bool isItsOwn)
+void OpenItems::on_speech_made(const QString &id, int number, const Result<Speech::File> &made)
 {
     const Entrance::Hold held = m_entrance.hold();
     const auto entry = m_entries.find(id);
     if (entry == m_entries.end() || entry->awaitedSpeech != number) {
-        // It has ended in the meantime.
-        if (const auto *file = std::get_if<QString>(&made); isItsOwn && file != nullptr) {
-            QFile::remove(*file);
-        }
-        return;
+        return; // It has ended in the meantime.
     }
     entry->awaitedSpeech = 0;
     if (const auto *failure = std::get_if<Failure>(&made)) {
@@ -632,14 +629,12 @@ void OpenItems::on_speech_made(const QString &id, int number, const Result<QStri
         finishIfOver(id);
         return;
     }
-    const QString file = std::get<QString>(made);
-    if (isItsOwn) {
-        entry->privateSpeech = file;
-    }
-    startFile(*entry, file);
+    const auto &file = std::get<Speech::File>(made);
+    startFile(*entry, *file, file);
 }
 
-CMReply<QVariant> OpenItems::startSound(Entry &entry, TavoNotificationPlayerItem sound)
+CMReply<QVariant> OpenItems::startSound(Entry &entry, TavoNotificationPlayerItem sound,
+                                        const Speech::File &speech)
 {
     const CMPath target = sound.playbackResponsePath();
     if (sound.id().isEmpty()) {
@@ -655,7 +650,7 @@ CMReply<QVariant> OpenItems::startSound(Entry &entry, TavoNotificationPlayerItem
         sound.setAttenuation(*entry.decision.treatment.attenuation);
     }
     entry.sounds.insert(id);
-    m_sounds.insert(id, {entry.item.id, target});
+    m_sounds.insert(id, {entry.item.id, target, speech});
     CMReply<QVariant> reply = CMRoot()->invoke(TavoNotificationPlayerEnqueuePath(),
                                                TavoValue().setNotificationPlayerItem(sound), {});
     reply.addWatcher(
@@ -767,9 +762,6 @@ void OpenItems::finishIfOver(const QString &id)
     if (entry.node) {
         m_shownNodes.remove(entry.node->path()); // a requester's path may be the same
         entry.node->dispose();
-    }
-    if (!entry.privateSpeech.isEmpty()) {
-        QFile::remove(entry.privateSpeech);
     }
     if (entry.number != 0) {
         m_history.change(entry.number, stateOf(entry), entry.action, AlarmClock::now());

@@ -95,7 +95,6 @@ private:
         bool isFolded = false; ///< shown as one with others
         int openedPriority = -1;  ///< on display, once a person has opened it in its group
         bool awaitsSound = false; ///< its requester sends one, or says that there is none
-        QString privateSpeech{};  ///< a file that goes when the notification has ended
         int awaitedSpeech = 0;    ///< the number of the speech that is being made; 0: none
         QSet<QString> sounds{};   ///< the ids of those that have not ended
         TavoAttentionEnd::Enum end = TavoAttentionEnd::Unknown;
@@ -113,7 +112,8 @@ private:
     struct Sound
     {
         QString notification;
-        CMPath target; ///< where its requester wants the responses; may be empty
+        CMPath target;       ///< where its requester wants the responses; may be empty
+        Speech::File speech; ///< what it plays; may be null
         bool isCancelled = false;
     };
 
@@ -155,10 +155,11 @@ private:
 
     /// The requester's sound, or that of the rules.
     CMReply<QVariant> startRequested(Entry &entry, TavoNotificationPlayerItem sound, int priority);
-    CMReply<QVariant> startSound(Entry &entry, TavoNotificationPlayerItem sound);
-    void startFile(Entry &entry, const QString &file);
+    CMReply<QVariant> startSound(Entry &entry, TavoNotificationPlayerItem sound,
+                                 const Speech::File &speech = {});
+    void startFile(Entry &entry, const QString &file, const Speech::File &speech = {});
     void speak(Entry &entry);
-    void on_speech_made(const QString &id, int number, const Result<QString> &made, bool isItsOwn);
+    void on_speech_made(const QString &id, int number, const Result<Speech::File> &made);
     void soundEnded(const QString &sound);
     void cancelSounds(const Entry &entry);
 

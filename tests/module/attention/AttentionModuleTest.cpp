@@ -52,6 +52,7 @@ void AttentionModuleTest::load()
         {QStringLiteral("speech"),
          QVariantHash{{QStringLiteral("command"), m_speechCommand},
                       {QStringLiteral("folder"), m_folder.filePath(QStringLiteral("speech"))},
+                      {QStringLiteral("sounds"), m_speechSounds},
                       {QStringLiteral("timeout"), m_speechTimeoutMs}}},
         {QStringLiteral("history"), QVariantHash{{QStringLiteral("file"), historyFile()}}},
     };

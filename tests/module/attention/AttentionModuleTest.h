@@ -79,6 +79,7 @@ protected:
     void setSpeechCommand(const QStringList &command) { m_speechCommand = command; }
     void setSpeechScript(const QString &script) { setSpeechCommand({"sh"_s, "-c"_s, script}); }
 
+    void setSpeechSounds(int count) { m_speechSounds = count; }
     void setSpeechTimeout(int ms) { m_speechTimeoutMs = ms; }
 
     LogCapture &log() { return m_log; }
@@ -91,6 +92,7 @@ private:
     QTemporaryDir m_folder;
     QStringList m_speechCommand;
     int m_speechTimeoutMs = 10000;
+    int m_speechSounds = 100;
     ScriptedService m_services{QStringLiteral("services")};
     std::unique_ptr<LoadedModule> m_notifications;
     std::unique_ptr<LoadedModule> m_attention;

@@ -82,6 +82,18 @@ protected:
         return files;
     }
 
+    static void requestSound(const QString &id, Priority::Enum priority)
+    {
+        const Request request(
+            TavoNotificationPlayerEnqueuePath(),
+            TavoValue().setNotificationPlayerItem(TavoNotificationPlayerItem()
+                                                      .setId(id)
+                                                      .setType(TavoNotificationPlayerItemType::Uri)
+                                                      .setContent("/sounds/%1.wav"_s.arg(id))
+                                                      .setPriority(priority)));
+        EXPECT_TRUE(request.succeeds()) << request.errorText();
+    }
+
     static std::string textIn(const QString &file)
     {
         QFile opened(file);
@@ -191,6 +203,31 @@ TEST_F(AttentionSpeechTest, IsRefusedOnlyForTheUserWhoHasTooManyTexts)
     notify(spokenBy("b"_s, "b"_s));
     letSpeak();
     EXPECT_THAT(saidInOrder(maxWaiting + 2), AllOf(Contains("urgent"), Contains("b")));
+}
+
+TEST_F(AttentionSpeechTest, IsKeptUntilItHasBeenHeard)
+{
+    setSpeechSounds(1);
+    loadWith(heldSpeaker());
+    letSpeak();
+    for (const char *id : {"first", "second", "third"}) {
+        notify(spokenBy("a"_s, QString::fromLatin1(id)));
+    }
+    saidInOrder(3);
+    const auto &players = ScriptedPlayers::instance().all();
+    for (std::size_t count = 1; count <= 3; ++count) {
+        EXPECT_TRUE(QFile::exists(playedFiles(count).back()));
+        players.back()->reportEnded();
+    }
+}
+
+TEST_F(AttentionSpeechTest, OfAClientGivesWayToUrgentSounds)
+{
+    loadWith(speaker());
+    notify(spoken("A long story"_s).setUser("1001"_s).setPriority(Priority::Urgent));
+    playedFiles(1);
+    requestSound("alarm"_s, Priority::Urgent);
+    EXPECT_EQ(playedFiles(2).back(), "/sounds/alarm.wav"_s);
 }
 
 TEST_F(AttentionSpeechTest, IsNotKeptIfItIsPrivate)

@@ -11,6 +11,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QPointer>
 #include <QSaveFile>
 #include <QStandardPaths>
 
@@ -23,6 +24,7 @@
 namespace {
 constexpr int maxTextLength = 1000;
 constexpr int maxWaiting = 16; // of a user
+constexpr int maxHeld = 32;    // of a user, from a priority on: more would fill the disk
 constexpr const char *tooMany = "Too many texts wait to be spoken";
 
 /// Of a sound. A minute of speech has 3 MiB.
@@ -106,9 +108,10 @@ void Speech::say(const Request &request, const Receiver &receiver)
         return;
     }
     const QString file = request.isPrivate ? ownFile() : fileFor(command, said);
-    m_waiting.push_back(
-        {command, said, file, request.user, request.priority, receiver, ++m_lastTurn});
-    if (m_process && request.priority > m_job->priority) {
+    m_waiting.push_back({command, said, file, request.user, request.priority, request.isPrivate,
+                         receiver, ++m_lastTurn});
+    if (m_process && request.priority > m_job->priority &&
+        !holdsTooMany(request.user, request.priority)) {
         m_isPutOff = true;
         m_process->kill();
     }
@@ -155,30 +158,71 @@ QString Speech::ownFile() const
     return m_settings.folder + QLatin1Char('/') + tavoGenerateUuid() + QStringLiteral(".wav");
 }
 
-Speech::Job Speech::takeNext()
+std::optional<Speech::Job> Speech::takeNext()
 {
-    const auto next =
-        std::min_element(m_waiting.begin(), m_waiting.end(), [](const Job &job, const Job &other) {
-            return std::tie(other.priority, job.turn) < std::tie(job.priority, other.turn);
-        });
+    auto next = m_waiting.end();
+    for (auto job = m_waiting.begin(); job != m_waiting.end(); ++job) {
+        const bool isSooner = next == m_waiting.end() || std::tie(next->priority, job->turn) <
+                                                             std::tie(job->priority, next->turn);
+        if (isSooner && !holdsTooMany(job->user, job->priority)) {
+            next = job;
+        }
+    }
+    if (next == m_waiting.end()) {
+        return std::nullopt;
+    }
     Job job = std::move(*next);
     m_waiting.erase(next);
     return job;
 }
 
+bool Speech::holdsTooMany(const QString &user, TavoNotificationItemPriority::Enum priority) const
+{
+    return std::count_if(m_held.begin(), m_held.end(), [&](const Held &held) {
+               return held.user == user && held.priority >= priority && !held.file.expired();
+           }) >= maxHeld;
+}
+
+bool Speech::isHeld(const QString &file) const
+{
+    return std::any_of(m_held.begin(), m_held.end(), [&file](const Held &held) {
+        const File locked = held.file.lock();
+        return locked && *locked == file;
+    });
+}
+
+Speech::File Speech::hold(const Job &job)
+{
+    const auto release = [speech = QPointer<Speech>(this),
+                          isPrivate = job.isPrivate](const QString *path) {
+        if (isPrivate) {
+            QFile::remove(*path);
+        }
+        delete path;
+        if (!speech.isNull()) {
+            QTimer::singleShot(0, speech.data(), &Speech::startNext);
+        }
+    };
+    const File file(new QString(job.file), release);
+    m_held.erase(std::remove_if(m_held.begin(), m_held.end(),
+                                [](const Held &held) { return held.file.expired(); }),
+                 m_held.end());
+    m_held.push_back({file, job.user, job.priority});
+    return file;
+}
+
 void Speech::startNext()
 {
-    if (m_job || m_waiting.empty()) {
+    if (m_job || !(m_job = takeNext())) {
         return;
     }
-    m_job = takeNext();
     const Job &job = *m_job;
     QFile kept(job.file);
     if (kept.open(QIODevice::ReadWrite)) {
         if (kept.size() > emptyBytes) {
-            // The oldest ones are removed; this one is in use.
+            // The oldest ones are removed.
             kept.setFileTime(QDateTime::currentDateTime(), QFileDevice::FileModificationTime);
-            finish(job.file);
+            finish(std::nullopt);
             return;
         }
         kept.remove();
@@ -225,12 +269,12 @@ void Speech::on_process_ended()
         startNext();
         return;
     }
-    const Result<QString> result = takeResult();
+    const std::optional<Failure> failure = takeResult();
     m_process.reset();
-    finish(result);
+    finish(failure);
 }
 
-Result<QString> Speech::takeResult()
+std::optional<Failure> Speech::takeResult()
 {
     const QString program = m_process->program();
     const bool wasInTime = m_timeout.isActive();
@@ -257,7 +301,7 @@ Result<QString> Speech::takeResult()
         file.write(m_sound) != m_sound.size() || !file.commit()) {
         return Failure{file.fileName() + QStringLiteral(": ") + file.errorString()};
     }
-    return file.fileName();
+    return std::nullopt;
 }
 
 void Speech::removeOldest() const
@@ -268,13 +312,14 @@ void Speech::removeOldest() const
     for (const QFileInfo &sound :
          folder.entryInfoList({QStringLiteral("*.wav")}, QDir::Files, QDir::Time)) {
         bytes += sound.size();
-        if (++count > m_settings.maxSounds || bytes > maxKeptBytes) {
+        const bool isTooMuch = ++count > m_settings.maxSounds || bytes > maxKeptBytes;
+        if (isTooMuch && !isHeld(sound.filePath())) {
             QFile::remove(sound.filePath());
         }
     }
 }
 
-void Speech::finish(const Result<QString> &result)
+void Speech::finish(const std::optional<Failure> &failure)
 {
     // The user's next one comes after those of others that wait now.
     ++m_lastTurn;
@@ -284,6 +329,7 @@ void Speech::finish(const Result<QString> &result)
         }
     }
     const Receiver receiver = m_job->receiver;
+    const Result<File> result = failure ? Result<File>(*failure) : hold(*m_job);
     m_job.reset();
     if (!m_waiting.empty()) {
         QTimer::singleShot(0, this, &Speech::startNext);

@@ -37,8 +37,9 @@ public:
         int maxSounds = 100; ///< that are kept, of 64 MiB at most in all
     };
 
-    /// Gets the path of a sound file, which stays for some minutes at least.
-    using Receiver = std::function<void(const Result<QString> &)>;
+    /// The path of a sound file, which is kept as long as somebody holds this.
+    using File = std::shared_ptr<const QString>;
+    using Receiver = std::function<void(const Result<File> &)>;
 
     explicit Speech(const Settings &settings, QObject *parent = nullptr);
 
@@ -59,11 +60,12 @@ public:
         QString language; ///< as for obstacle()
         QString user;     ///< may be empty
         TavoNotificationItemPriority::Enum priority = TavoNotificationItemPriority::Normal;
-        bool isPrivate = false; ///< has a file of its own, which the receiver removes
+        bool isPrivate = false; ///< has a file of its own, removed when nobody holds it any more
     };
 
     /// Calls the receiver once, from the event loop. The most urgent texts come first, and of these one of each
-    /// user in turn. At most 16 of a user wait; then the least urgent of them fails.
+    /// user in turn. At most 16 of a user wait; then the least urgent of them fails. While 32 files
+    /// of the user are held that are no less urgent, a text goes on waiting.
     void say(const Request &request, const Receiver &receiver);
 
     /// $CACHE_DIRECTORY/speech for a service of the system, else tavo/speech in the user's cache.
@@ -84,6 +86,7 @@ private:
         QString file;
         QString user;
         TavoNotificationItemPriority::Enum priority;
+        bool isPrivate;
         Receiver receiver;
         std::uint64_t turn; ///< of equal priority, the lowest is next
     };
@@ -91,21 +94,32 @@ private:
     /// Empty if none is configured for the text.
     QStringList commandFor(const QString &text, const QString &language) const;
     bool makeRoom(const QString &user, TavoNotificationItemPriority::Enum priority);
-    Job takeNext();
+    std::optional<Job> takeNext();
+    File hold(const Job &job);
+    bool isHeld(const QString &file) const;
+    bool holdsTooMany(const QString &user, TavoNotificationItemPriority::Enum priority) const;
     void refuse(const Receiver &receiver, const char *reason);
     void startNext();
-    void finish(const Result<QString> &result);
-    Result<QString> takeResult();
+    void finish(const std::optional<Failure> &failure);
+    std::optional<Failure> takeResult();
     QString fileFor(const QStringList &command, const QString &text) const;
     QString ownFile() const;
     void removeOldest() const;
+
+    struct Held
+    {
+        std::weak_ptr<const QString> file;
+        QString user;
+        TavoNotificationItemPriority::Enum priority;
+    };
 
     const Settings m_settings;
     QStringList m_command;
     QMap<QString, QStringList> m_languages; ///< commands, by language
     std::vector<Job> m_waiting;             ///< in the order in which they came
-    std::optional<Job> m_job;               ///< the one that the program works for
-    bool m_isPutOff = false;                ///< for a more urgent one
+    std::vector<Held> m_held;
+    std::optional<Job> m_job; ///< the one that the program works for
+    bool m_isPutOff = false;  ///< for a more urgent one
     std::uint64_t m_lastTurn = 0;
     std::unique_ptr<Process> m_process;
     QByteArray m_sound; ///< what the program has written
