@@ -27,6 +27,12 @@ constexpr long firstError = 400;
 // Of all responses of a fetch. A server could send headers for ever.
 constexpr std::size_t maxHeaderBytes = 256 << 10;
 
+// Each that looks up a host may keep its thread for half a minute after its end.
+constexpr int maxTransfers = 32;
+
+/// Those whose threads run.
+std::atomic<int> s_transfers{0};
+
 bool isOfSameServer(const QUrl &one, const QUrl &other)
 {
     const auto portOf = [](const QUrl &url) {
@@ -329,9 +335,18 @@ public:
     void start(Report report) override
     {
         m_transfer->setReport(std::move(report));
+        if (s_transfers >= maxTransfers) {
+            m_transfer->fail(QStringLiteral("too many fetches have not ended yet"));
+            return;
+        }
+        ++s_transfers;
         try {
-            std::thread(&Transfer::run, m_transfer).detach();
+            std::thread([transfer = m_transfer] {
+                transfer->run();
+                --s_transfers;
+            }).detach();
         } catch (const std::system_error &error) {
+            --s_transfers;
             m_transfer->fail(QStringLiteral("no thread can be started: ") + error.what());
         }
     }
