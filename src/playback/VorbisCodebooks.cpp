@@ -191,7 +191,7 @@ long readResidue(PacketBits &bits)
 bool hasUsualCodebooks(const ogg_packet &setup)
 {
     PacketBits bits(setup);
-    bits.skip(packetMarkBytes * 8);
+    bits.skip(8L * packetMarkBytes);
     const std::vector<long> codebooks = readCodebooks(bits);
     long all = std::accumulate(codebooks.begin(), codebooks.end(), 0L);
     if (codebooks.empty() || all > maxAllNumbers) {

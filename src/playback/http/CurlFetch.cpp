@@ -174,7 +174,7 @@ std::optional<QString> Transfer::fetch()
     restartTimeout();
     QUrl url = m_url;
     for (int redirects = 0;; ++redirects) {
-        if (const auto why = fetch(url)) {
+        if (auto why = fetch(url)) {
             return why;
         }
         if (status() < firstRedirection) {

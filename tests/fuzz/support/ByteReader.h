@@ -46,7 +46,7 @@ public:
     QByteArray bytes(int count)
     {
         const int size = std::min(count, left());
-        const QByteArray result(reinterpret_cast<const char *>(m_next), size);
+        QByteArray result(reinterpret_cast<const char *>(m_next), size);
         m_next += size;
         return result;
     }

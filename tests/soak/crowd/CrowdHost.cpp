@@ -173,11 +173,12 @@ void CrowdHost::writeFiles()
     const QByteArray wave = QByteArray("RIFF\xF0\xFF\xFF\xFFWAVEfmt ", 16) + QByteArray(64, '\0');
     const QByteArray ogg =
         QByteArray("OggS\0\2", 6) + QByteArray(20, '\0') + QByteArray("\1\36\1vorbis", 9);
-    const std::pair<const char *, QByteArray> sparse[] = {{"sounds/uploads/sparse.wav", wave},
-                                                          {"sounds/uploads/sparse.ogg", ogg},
-                                                          {"sounds/uploads/sparse.mp3", "ID3\3"},
-                                                          {"sounds/uploads/sparse.flac", "fLaC"},
-                                                          {"sounds/uploads/sparse", ""}};
+    const std::pair<const char *, QByteArray> sparse[] = {
+        {"sounds/uploads/sparse.wav", wave},
+        {"sounds/uploads/sparse.ogg", ogg},
+        {"sounds/uploads/sparse.mp3", QByteArray("ID3\3\0\0\x7f\x7f\x7f\x7f", 10)},
+        {"sounds/uploads/sparse.flac", "fLaC"},
+        {"sounds/uploads/sparse", ""}};
     constexpr qint64 size = qint64(64) << 30;
     for (const auto &[name, start] : sparse) {
         ::writeFile(inFolder(name), start);

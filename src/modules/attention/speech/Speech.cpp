@@ -203,7 +203,7 @@ Speech::File Speech::hold(const Job &job)
             QTimer::singleShot(0, speech.data(), &Speech::startNext);
         }
     };
-    const File file(new QString(job.file), release);
+    File file(new QString(job.file), release);
     m_held.erase(std::remove_if(m_held.begin(), m_held.end(),
                                 [](const Held &held) { return held.file.expired(); }),
                  m_held.end());

@@ -26,7 +26,7 @@ void askPlayerToCancel(const QString &id)
 /// Of one client, that wait for their replies.
 constexpr std::size_t maxMusicRequests = 4;
 
-/// So often, an urgent sound gives way to those of other users and stays urgent.
+/// So often, an urgent sound that plays gives way to those of other users and stays urgent.
 constexpr int maxTimesGivenWay = 3;
 
 /// From this priority on, sounds of several users take turns.
@@ -193,9 +193,9 @@ void ClientSounds::on_turns_gaveWay(const CMPath &path)
 {
     Sound &sound = m_sounds.at(path);
     sound.givesWay = true;
-    sound.isPlaying = false;
+    const bool wasPlaying = std::exchange(sound.isPlaying, false);
     tellWhetherAgain(sound.notification, true);
-    if (++sound.timesGivenWay == maxTimesGivenWay) {
+    if (wasPlaying && ++sound.timesGivenWay == maxTimesGivenWay) {
         const int lower = urgentPriority(m_clients.limits()) - 1;
         sound.item.setPriority(TavoNotificationItemPriority::Enum(lower));
     }

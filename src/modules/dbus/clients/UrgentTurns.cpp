@@ -139,12 +139,13 @@ std::vector<CMPath> UrgentTurns::thoseBefore(const Sound &next, const Users &pla
         const auto found = played.find(sound.charge->user());
         return found == played.end() ? Seconds(0) : found->second;
     };
-    const Seconds most = time(next) + margin();
+    const Seconds least = time(next);
+    const Seconds most = least + margin();
     std::vector<CMPath> sounds;
     for (const auto &[path, sound] : m_sounds) {
         // One that was sent later may have overtaken it, if another module has passed it on.
-        const bool isBefore = sound.started || sound.number < next.number;
-        if (isBefore && time(sound) > most) {
+        if (sound.started ? time(sound) > most
+                          : sound.number < next.number && time(sound) > least) {
             sounds.push_back(path);
         }
     }

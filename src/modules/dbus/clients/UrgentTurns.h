@@ -18,8 +18,9 @@
 #include <vector>
 
 /// Keeps the urgent sounds of one user from making those of another wait. The player plays them in the
-/// order of their arrival, however long they are. So a sound that has not started makes those before it
-/// give way whose users have clearly played more of late than its own user.
+/// order of their arrival, however long they are. So a sound that has not started makes the one that plays
+/// give way if that one's user has clearly played more of late than its own user, and those that wait before it if
+/// theirs have played more at all.
 ///
 /// Owned by ClientSounds, used in the worker's thread. Clients whose user is not known count as one
 /// user.

@@ -192,6 +192,17 @@ TEST_F(DbusUrgentTurnsTest, AllSoundsOfAUserThatHasPlayedMuchGiveWay)
     EXPECT_TRUE(happens("next cancelled"));
 }
 
+TEST_F(DbusUrgentTurnsTest, ASoundThatWaitsGivesWayHoweverLittleItsUserHasPlayed)
+{
+    enqueue(*first, "short"_s);
+    respond("short"_s, ResponseType::Started);
+    settle();
+    respond("short"_s, ResponseType::Finished);
+    enqueue(*first, "next"_s);
+    enqueue(*second, "alarm"_s);
+    EXPECT_TRUE(happens("next cancelled"));
+}
+
 TEST_F(DbusUrgentTurnsTest, TheTimeThatSoundsTakeToFailCounts)
 {
     enqueue(*first, "broken"_s);
