@@ -43,6 +43,9 @@ public:
     /// Returns how many frames the file has, or unknownFrames.
     virtual qint64 frames() const = 0;
 
+    /// The same, or an estimate.
+    virtual qint64 expectedFrames() const { return frames(); }
+
     /// Returns how many frames were read: 0 at the end, or after an error.
     virtual long read(float *samples, long frames) = 0;
 

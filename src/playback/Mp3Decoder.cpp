@@ -30,7 +30,6 @@ public:
 
     ~Mp3Decoder() override { mpg123_delete(m_mpg123); }
 
-    /// Reads the whole input to count its frames.
     bool open(DecoderInput &input)
     {
         constexpr long flags =
@@ -42,12 +41,14 @@ public:
                mpg123_open_handle(m_mpg123, &input) == MPG123_OK &&
                mpg123_getformat(m_mpg123, &m_rate, &m_channels, &encoding) == MPG123_OK &&
                mpg123_format_none(m_mpg123) == MPG123_OK &&
-               mpg123_format(m_mpg123, m_rate, m_channels, MPG123_ENC_FLOAT_32) == MPG123_OK &&
-               mpg123_scan(m_mpg123) == MPG123_OK;
+               mpg123_format(m_mpg123, m_rate, m_channels, MPG123_ENC_FLOAT_32) == MPG123_OK;
     }
 
     SoundFormat format() const override { return {int(m_rate), m_channels}; }
-    qint64 frames() const override { return mpg123_length(m_mpg123); }
+
+    // To count them, the whole file would have to be read, which takes a second if it is long.
+    qint64 frames() const override { return unknownFrames; }
+    qint64 expectedFrames() const override { return mpg123_length(m_mpg123); }
 
     long read(float *samples, long frames) override
     {

@@ -6,16 +6,22 @@
 #include "base/Result.h"
 #include "playback/ReadAt.h"
 
-#include <QtGlobal>
+#include <QByteArray>
 
 #include <optional>
 
-/// Checks the header of a WAV file of this size. Fails if the end of the file is missing, or there are
-/// too many chunks before the samples: the decoder would play an incomplete file without an error.
+/// The samples of a WAV file, and a header of nothing but their format. The decoder reads every chunk of a file, and some
+/// bytes of them can keep it busy for minutes.
+struct WavSamples
+{
+    QByteArray header;
+    qint64 offset; ///< of the samples in the file
+    qint64 bytes;
+};
+
+/// Finds the samples of a WAV file of this size; nothing if it is none. Fails if the end of the file is missing, which
+/// the decoder would not notice, or there is no format or too many chunks before the samples.
 ///
 /// Programs that write to a pipe don't know the length, and leave 0 or one near the largest. Then the samples
-/// go on to the end of the file. The decoder knows this of all these lengths but 0, which it takes for
-/// the length: for that one, returns the offset of the field with the length of the samples.
-///
-/// Accepts files that are not WAV.
-Result<std::optional<qint64>> checkRiff(const ReadAt &readAt, qint64 size);
+/// go on to the end of the file.
+Result<std::optional<WavSamples>> findWavSamples(const ReadAt &readAt, qint64 size);

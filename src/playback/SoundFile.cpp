@@ -10,6 +10,7 @@
 #include "simpleplayer/OpenedSound.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <sys/stat.h>
@@ -28,6 +29,8 @@ constexpr qint64 minBytesPerRead = 512;
 
 // How many bytes are read between two checks whether the file is still wanted.
 constexpr qint64 bytesPerLook = 65536;
+
+constexpr const char *unknownFormat = "holds no sound in a known format";
 
 QString megabytes(qint64 bytes)
 {
@@ -84,16 +87,14 @@ Result<FrameSource::Loading> SoundFile::open(const WakeEvent &wake)
 std::optional<Failure> SoundFile::openBytes()
 {
     m_begin = 0;
+    m_header.clear();
     m_size = m_data.size();
     if (!m_path.isEmpty()) {
         if (auto failure = openPath()) {
             return failure;
         }
     }
-    if (auto failure = checkWhole()) {
-        return failure;
-    }
-    return openDecoder();
+    return findSound();
 }
 
 std::optional<Failure> SoundFile::openPath()
@@ -117,7 +118,9 @@ std::optional<Failure> SoundFile::openPath()
     return std::nullopt;
 }
 
-std::optional<Failure> SoundFile::checkWhole()
+// Decides what the decoder sees of the file. It knows many more formats, which are rare, and its code for them is little
+// tested.
+std::optional<Failure> SoundFile::findSound()
 {
     if (m_size == 0) {
         return failure(QStringLiteral("is empty"));
@@ -127,39 +130,45 @@ std::optional<Failure> SoundFile::checkWhole()
     };
     m_begin = endOfId3Tags(readAll, m_size);
     m_size -= m_begin;
-    const auto riff = checkRiff(readAll, m_size);
-    if (const auto *defect = std::get_if<Failure>(&riff)) {
+    auto found = findWavSamples(readAll, m_size);
+    if (const auto *defect = std::get_if<Failure>(&found)) {
         return failure(defect->reason);
     }
-    m_openLengthAt = std::get<std::optional<qint64>>(riff);
+    if (auto &wav = std::get<std::optional<WavSamples>>(found)) {
+        m_header = std::move(wav->header);
+        m_begin += wav->offset;
+        m_size = m_header.size() + wav->bytes;
+        return openDecoder(&makeSndfileDecoder);
+    }
+    std::array<char, 4> name{};
+    readAll(name.data(), name.size(), 0);
+    if (name[0] == '\xff') {
+        return openDecoder(&makeMp3Decoder);
+    }
+    const auto isNamed = [&name](const char *other) {
+        return std::memcmp(name.data(), other, name.size()) == 0;
+    };
+    if (!isNamed("fLaC") && !isNamed("OggS")) {
+        return failure(QString::fromLatin1(unknownFormat));
+    }
     if (!hasOggHeaders(readAll, m_size)) {
         return failure(QStringLiteral("is cut off or damaged at its beginning"));
     }
-    return std::nullopt;
+    return openDecoder(&makeSndfileDecoder);
 }
 
-std::optional<Failure> SoundFile::openDecoder()
+std::optional<Failure> SoundFile::openDecoder(MakeDecoder *make)
 {
     m_offset = 0;
-    const bool mp3 = isMp3();
-    allowReading(mp3 ? std::max(m_maxBytes, maxBytesPerCall) : maxBytesPerCall);
-    m_decoder = mp3 ? makeMp3Decoder(*this) : makeSndfileDecoder(*this);
+    allowReading(maxBytesPerCall);
+    m_decoder = make(*this);
     if (m_allowance < 0) {
         return failure(QStringLiteral("is damaged, or too large to be opened"));
     }
     if (!m_decoder) {
-        return failure(QStringLiteral("holds no sound in a known format"));
+        return failure(QString::fromLatin1(unknownFormat));
     }
     return checkFormat();
-}
-
-// The decoder reads an MP3 file to its end to count the frames. This is bounded, because the
-// decoded sound, whose size is limited, is larger than the file.
-bool SoundFile::isMp3() const
-{
-    char begin = 0;
-    readAt(&begin, sizeof begin, 0);
-    return begin == '\xff';
 }
 
 std::optional<Failure> SoundFile::checkFormat() const
@@ -172,10 +181,8 @@ std::optional<Failure> SoundFile::checkFormat() const
                            .arg(format().channels)
                            .arg(format().rate));
     }
-    if (m_decoder->frames() == Decoder::unknownFrames) {
-        return std::nullopt;
-    }
-    return checkSize(m_decoder->frames());
+    const qint64 expected = m_decoder->expectedFrames();
+    return expected == Decoder::unknownFrames ? std::nullopt : checkSize(expected);
 }
 
 std::optional<Failure> SoundFile::checkSize(qint64 frames) const
@@ -295,21 +302,16 @@ qint64 SoundFile::read(void *target, qint64 count)
     if (!mayRead(count)) {
         return 0;
     }
-    const qint64 got = std::max<qint64>(0, readAt(target, count, m_offset));
-    openLength(static_cast<char *>(target), got);
+    auto *bytes = static_cast<char *>(target);
+    const qint64 wanted = std::min(count, m_size - m_offset);
+    qint64 got = std::clamp<qint64>(m_header.size() - m_offset, 0, wanted);
+    if (got > 0) {
+        std::memcpy(bytes, m_header.constData() + m_offset, std::size_t(got));
+    }
+    if (got < wanted) {
+        got += std::max<qint64>(
+            0, readAt(bytes + got, wanted - got, m_offset + got - m_header.size()));
+    }
     m_offset += got;
     return got;
-}
-
-/// Makes a length of 0 that means "to the end" one that the decoder knows as such.
-void SoundFile::openLength(char *bytes, qint64 count) const
-{
-    if (m_openLengthAt) {
-        const qint64 begin = *m_openLengthAt - m_offset;
-        for (qint64 at = begin; at < begin + qint64(sizeof(quint32)); ++at) {
-            if (at >= 0 && at < count) {
-                bytes[at] = '\xff';
-            }
-        }
-    }
 }

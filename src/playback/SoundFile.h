@@ -32,9 +32,9 @@ private:
 
     std::optional<Failure> openBytes();
     std::optional<Failure> openPath();
-    std::optional<Failure> checkWhole();
-    std::optional<Failure> openDecoder();
-    bool isMp3() const;
+    std::optional<Failure> findSound();
+    using MakeDecoder = std::unique_ptr<Decoder>(DecoderInput &);
+    std::optional<Failure> openDecoder(MakeDecoder *make);
     std::optional<Failure> checkFormat() const;
     std::optional<Failure> checkSize(qint64 frames) const;
     Read endOfFile() const;
@@ -42,7 +42,6 @@ private:
     void closeAll();
 
     qint64 readAt(void *target, qint64 count, qint64 offset) const;
-    void openLength(char *bytes, qint64 count) const;
     void allowReading(qint64 bytes);
     bool mayRead(qint64 bytes);
 
@@ -56,12 +55,12 @@ private:
     QString m_name; // for error messages
     const qint64 m_maxBytes;
     int m_descriptor = -1;
-    qint64 m_begin = 0; // behind the ID3 tags
-    qint64 m_size = 0;  // from there
+    qint64 m_begin = 0;  // behind the ID3 tags, or of the samples of a WAV file
+    QByteArray m_header; // which the decoder reads before that
+    qint64 m_size = 0;   // of what it may read, with the header
     qint64 m_offset = 0;
-    std::optional<qint64> m_openLengthAt; // see checkRiff()
-    qint64 m_allowance = 0;               // how much the decoder may still read
-    const WakeEvent *m_wake = nullptr;    // while the file is opened
+    qint64 m_allowance = 0;            // how much the decoder may still read
+    const WakeEvent *m_wake = nullptr; // while the file is opened
     bool m_interrupted = false;
     std::unique_ptr<Decoder> m_decoder;
     qint64 m_framesRead = 0;

@@ -273,6 +273,26 @@ TEST_F(HostileFileTest, ARiffHeaderWithoutALengthAndManyEmptyChunksCanBeInterrup
     expectInterrupted(sparse(head, 4 * gibibyte));
 }
 
+TEST_F(HostileFileTest, AListBeforeTheSamplesThatClaimsGigabytesIsRefused)
+{
+    QByteArray head = riff(QByteArray("LIST\x66\xff\xff\xff", 8) + QByteArray(80, '\xff'));
+    qToLittleEndian(quint32(0), head.data() + 4);
+    writeFile(path("huge"), head);
+    expectRefused(path("huge"), "holds no sound: it has no samples");
+}
+
+TEST_F(HostileFileTest, AListBehindTheSamplesThatClaimsGigabytesIsNotRead)
+{
+    QByteArray sound = readFile(counting());
+    sound += QByteArray("LIST\x66\xff\xff\xff", 8) + QByteArray(80, '\xff');
+    writeFile(path("huge"), sound);
+    UriSimplePlayer player(path("huge"), QStringLiteral("id"), QStringLiteral("plain"), nullptr);
+    EndSpy end(player);
+    ASSERT_TRUE(player.play());
+    ASSERT_TRUE(end.hasEndedOnce());
+    EXPECT_EQ(heard(), countingFloats());
+}
+
 TEST_F(HostileFileTest, AnOggPageWithZerosBehindItIsRefused)
 {
     const QByteArray ogg = vorbis();
