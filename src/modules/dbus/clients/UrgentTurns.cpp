@@ -16,7 +16,10 @@ constexpr std::chrono::seconds halfLife(1);
 constexpr std::chrono::duration<double> maxMargin(0.2);
 
 /// The same for all users together: the more there are, the sooner each gives way.
-constexpr std::chrono::duration<double> maxOfAll(0.5);
+constexpr std::chrono::duration<double> maxOfAll(0.7);
+
+/// Passes between the end of a turn and the next sound.
+constexpr std::chrono::duration<double> change(0.03);
 
 constexpr std::chrono::milliseconds interval(20);
 } // namespace
@@ -130,7 +133,7 @@ UrgentTurns::Seconds UrgentTurns::margin() const
     for (const auto &[path, sound] : m_sounds) {
         users.insert(sound.charge->user());
     }
-    return std::min(maxMargin, maxOfAll / double(users.size()));
+    return std::clamp<Seconds>(maxOfAll / double(users.size()) - change, Seconds(0), maxMargin);
 }
 
 std::vector<CMPath> UrgentTurns::thoseBefore(const Sound &next, const Users &played) const
