@@ -11,6 +11,7 @@
 #include <csignal>
 #include <curl/curl.h>
 #include <fcntl.h>
+#include <map>
 #include <mutex>
 #include <string>
 #include <system_error>
@@ -27,11 +28,44 @@ constexpr long firstError = 400;
 // Of all responses of a fetch. A server could send headers for ever.
 constexpr std::size_t maxHeaderBytes = 256 << 10;
 
-// Each that looks up a host may keep its thread for half a minute after its end.
-constexpr int maxTransfers = 32;
+// Each that looks up its host may keep its thread for half a minute after its end.
+constexpr int maxThreadsOfHost = 32;
 
-/// Those whose threads run.
-std::atomic<int> s_transfers{0};
+/// How many threads run for each host, so that one whose name is looked up slowly keeps out no sound of another.
+class ThreadCount
+{
+public:
+    /// Returns false if there are too many already.
+    bool add(const QString &host)
+    {
+        const std::lock_guard lock(m_mutex);
+        int &count = m_counts[host];
+        if (count == maxThreadsOfHost) {
+            return false;
+        }
+        ++count;
+        return true;
+    }
+
+    void remove(const QString &host)
+    {
+        const std::lock_guard lock(m_mutex);
+        if (--m_counts[host] == 0) {
+            m_counts.erase(host);
+        }
+    }
+
+private:
+    std::mutex m_mutex;
+    std::map<QString, int> m_counts; // guarded by the mutex
+};
+
+/// Never destroyed, because threads may still run when the process ends.
+ThreadCount &threadCount()
+{
+    static auto &count = *new ThreadCount;
+    return count;
+}
 
 bool isOfSameServer(const QUrl &one, const QUrl &other)
 {
@@ -314,6 +348,7 @@ class CurlFetch : public HttpFetch
 {
 public:
     CurlFetch(const QUrl &url, Kind kind, int timeoutMs)
+        : m_host(url.host())
     {
         std::array<int, 2> ends{-1, -1};
         if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) == 0) {
@@ -335,23 +370,24 @@ public:
     void start(Report report) override
     {
         m_transfer->setReport(std::move(report));
-        if (s_transfers >= maxTransfers) {
-            m_transfer->fail(QStringLiteral("too many fetches have not ended yet"));
+        if (!threadCount().add(m_host)) {
+            m_transfer->fail(
+                QStringLiteral("too many fetches from \"%1\" have not ended yet").arg(m_host));
             return;
         }
-        ++s_transfers;
         try {
-            std::thread([transfer = m_transfer] {
+            std::thread([transfer = m_transfer, host = m_host] {
                 transfer->run();
-                --s_transfers;
+                threadCount().remove(host);
             }).detach();
         } catch (const std::system_error &error) {
-            --s_transfers;
+            threadCount().remove(m_host);
             m_transfer->fail(QStringLiteral("no thread can be started: ") + error.what());
         }
     }
 
 private:
+    const QString m_host;
     int m_reading = -1;
     std::shared_ptr<Transfer> m_transfer; // outlives the fetch until its thread has ended
 };

@@ -342,6 +342,26 @@ TEST_F(HttpSoundTest, CanBeDestroyedBeforeItIsFetched)
     EXPECT_EQ(m_end->count(), 0);
 }
 
+TEST_F(HttpSoundTest, OfOneHostKeepOutNoneOfAnother)
+{
+    constexpr int most = 32;
+    std::vector<std::unique_ptr<SimplePlayer>> waiting;
+    for (int i = 0; i < most; ++i) {
+        makeSound(m_server.uri());
+        ASSERT_TRUE(m_player->play());
+        waiting.push_back(std::move(m_player));
+    }
+    makeSound(m_server.uri());
+    expectError("too many fetches from \"127.0.0.1\" have not ended yet");
+
+    HttpServer other;
+    other.serve(readFile(counting()));
+    makeSound(other.uri().replace(QStringLiteral("127.0.0.1"), QStringLiteral("localhost")));
+    ASSERT_TRUE(m_player->play());
+    ASSERT_TRUE(m_end->hasEndedOnce());
+    EXPECT_EQ(m_end->ended.count(), 1) << m_end->error();
+}
+
 TEST_F(HttpSoundTest, CannotBePlayedWithoutAFileDescriptorForItsPipe)
 {
     if (typesAreCheckedThroughAPipe) {
