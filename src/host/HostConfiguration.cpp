@@ -14,7 +14,8 @@
 namespace {
 constexpr int maxTimeoutMs = 600'000;
 constexpr qint64 bytesPerMiB = qint64(1) << 20;
-constexpr int maxMiB = 65536;
+constexpr int maxSoundMiB = 65536;
+constexpr int maxHttpMiB = 1024; // Qt's arrays of bytes hold less than twice as much.
 
 bool isAsciiLetterOrDigit(QChar character)
 {
@@ -165,15 +166,18 @@ void readLog(LogConfiguration &configuration, TavoConfiguration log, const QStri
 }
 
 /// A size that is configured in MiB.
-qint64 readSize(TavoConfiguration &configuration, const QString &key, qint64 defaultValue)
+qint64 readSize(TavoConfiguration &configuration, const QString &key, qint64 defaultValue,
+                int maxMiB)
 {
     return configuration.integer(key, int(defaultValue / bytesPerMiB), 1, maxMiB) * bytesPerMiB;
 }
 
 void readSounds(SimplePlayerLimits &limits, TavoConfiguration sounds)
 {
-    limits.maxSoundBytes = readSize(sounds, QStringLiteral("soundLimit"), limits.maxSoundBytes);
-    limits.httpMaxBytes = readSize(sounds, QStringLiteral("httpLimit"), limits.httpMaxBytes);
+    limits.maxSoundBytes =
+        readSize(sounds, QStringLiteral("soundLimit"), limits.maxSoundBytes, maxSoundMiB);
+    limits.httpMaxBytes =
+        readSize(sounds, QStringLiteral("httpLimit"), limits.httpMaxBytes, maxHttpMiB);
     limits.httpTimeoutMs =
         sounds.integer(QStringLiteral("httpTimeout"), limits.httpTimeoutMs, 1, maxTimeoutMs);
     limits.fifoTimeoutMs =

@@ -7,27 +7,14 @@
 #include "playback/SoundFile.h"
 #include "playback/WakeEvent.h"
 
-#include <algorithm>
 #include <array>
-#include <atomic>
 
 namespace {
-
-/// A sound may always take this much, so that alarms find room.
-constexpr qint64 smallBytes = 4 << 20;
-
-/// What all sounds have collected beyond that.
-std::atomic<qint64> s_largeBytes{0};
 
 constexpr std::size_t chunkBytes = 65536;
 
 // How often an input without data is asked whether it has exceeded its timeout.
 constexpr int idleCheckMs = 250;
-
-qint64 largeBytes(qint64 bytes)
-{
-    return std::max<qint64>(0, bytes - smallBytes);
-}
 
 } // namespace
 
@@ -35,11 +22,6 @@ CollectedSound::CollectedSound(std::unique_ptr<ByteInput> input, const SimplePla
     : m_input(std::move(input))
     , m_limits(limits)
 {
-}
-
-CollectedSound::~CollectedSound()
-{
-    s_largeBytes -= largeBytes(m_data.size());
 }
 
 Result<FrameSource::Loading> CollectedSound::open(const WakeEvent &wake)
@@ -78,28 +60,14 @@ Result<FrameSource::Loading> CollectedSound::load(const WakeEvent &wake)
             return Failure{m_input->name() +
                            QStringLiteral(" is larger than the %1 bytes that are allowed")
                                .arg(m_limits.httpMaxBytes)};
-        } else if (!append(chunk.data(), int(*got))) {
-            return Failure{
-                m_input->name() +
-                QStringLiteral(" does not fit into the %1 bytes that are allowed for all sounds")
-                    .arg(m_limits.httpMaxBytes)};
+        } else {
+            m_data.append(chunk.data(), int(*got));
         }
         if (wake.wait(0)) {
             return Loading::Interrupted;
         }
     }
     return decode(SoundFile::fromData(m_data, m_input->name(), m_limits.maxSoundBytes), wake);
-}
-
-bool CollectedSound::append(const char *bytes, int count)
-{
-    const qint64 added = largeBytes(m_data.size() + count) - largeBytes(m_data.size());
-    if (added > 0 && (s_largeBytes += added) > m_limits.httpMaxBytes) {
-        s_largeBytes -= added;
-        return false;
-    }
-    m_data.append(bytes, count);
-    return true;
 }
 
 Result<FrameSource::Loading> CollectedSound::decode(std::unique_ptr<SoundFile> sound,

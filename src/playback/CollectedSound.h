@@ -14,12 +14,14 @@ class ByteInput;
 class SoundFile;
 
 /// A sound file from a FIFO or over the network: collected to its end, then decoded. A file on disk
-/// is decoded in place. Paused sounds keep what they have collected, so what all of them may take is limited.
+/// is decoded in place.
+///
+/// A paused sound keeps what it has collected. There is no limit for all sounds together, because one could use that up
+/// for the others, and because only one of each priority is paused.
 class CollectedSound : public FrameSource
 {
 public:
     CollectedSound(std::unique_ptr<ByteInput> input, const SimplePlayerLimits &limits);
-    ~CollectedSound() override;
 
     Result<Loading> open(const WakeEvent &wake) override;
     bool needsLoading() const override;
@@ -29,7 +31,6 @@ public:
     Result<bool> rewind() override;
 
 private:
-    bool append(const char *bytes, int count); ///< false if there is no room
     Result<Loading> decode(std::unique_ptr<SoundFile> sound, const WakeEvent &wake);
 
     const std::unique_ptr<ByteInput> m_input;

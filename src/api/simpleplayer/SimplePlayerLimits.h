@@ -22,9 +22,8 @@ struct TAVO_SIMPLEPLAYER_EXPORT SimplePlayerLimits
     int fifoTimeoutMs = 5000;
 
     /// The maximum size of a sound file that has to be collected before it is decoded (over http,
-    /// or from a FIFO). Beyond 4 MiB of each, also of all such sounds that play or are paused. Raw streams have
-    /// no limit.
-    qint64 httpMaxBytes = qint64(64) << 20;
+    /// or from a FIFO), and is kept in memory while it plays or is paused. Raw streams have no limit.
+    qint64 httpMaxBytes = qint64(16) << 20;
 
     /// The limits that a player is made with. Called from any thread.
     static SimplePlayerLimits defaults();

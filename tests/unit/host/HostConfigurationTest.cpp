@@ -44,7 +44,7 @@ TEST(HostConfigurationTest, LimitsTheSoundsByDefault)
 {
     const auto limits = configurationOf(R"({"modules": ["a"], "sounds": {}})").sounds;
     EXPECT_EQ(limits.maxSoundBytes, qint64(1) << 30);
-    EXPECT_EQ(limits.httpMaxBytes, 64 << 20);
+    EXPECT_EQ(limits.httpMaxBytes, 16 << 20);
     EXPECT_EQ(limits.httpTimeoutMs, 20000);
     EXPECT_EQ(limits.fifoTimeoutMs, 5000);
 }

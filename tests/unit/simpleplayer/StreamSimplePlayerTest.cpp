@@ -469,28 +469,3 @@ TEST_F(StreamSimplePlayerTest, ReportsASoundFileThroughAFifoThatIsTooLarge)
     ASSERT_TRUE(m_end->hasEndedOnce());
     EXPECT_THAT(m_end->error(), HasSubstr("is larger than the 1000 bytes"));
 }
-
-TEST_F(StreamSimplePlayerTest, CollectsALimitedAmountOfAllSoundFilesAndSomeOfEach)
-{
-    constexpr int smallBytes = 4 << 20;
-    constexpr int chunkBytes = 1 << 15;
-    const auto collect = [&](const char *name, int bytes) {
-        ::mkfifo(QFile::encodeName(path(name)).constData(), 0600);
-        make(path(name), "audio/wav");
-        m_player->limits.httpMaxBytes = 2 * smallBytes;
-        auto writer = std::make_unique<FifoWriter>(path(name));
-        m_player->play();
-        for (int written = 0; written < bytes; written += chunkBytes) {
-            EXPECT_TRUE(writer->write(QByteArray(chunkBytes, '\0')));
-        }
-        EXPECT_TRUE(waitFor([&] { return writer->unread() == 0; }));
-        EXPECT_EQ(m_end->error(), "");
-        return std::pair(std::move(m_player), std::move(writer));
-    };
-    const auto first = collect("first", 2 * smallBytes);
-    const auto second = collect("second", 2 * smallBytes);
-    const auto third = collect("third", smallBytes);
-    EXPECT_TRUE(third.second->write(QByteArray(chunkBytes, '\0')));
-    ASSERT_TRUE(m_end->hasEndedOnce());
-    EXPECT_THAT(m_end->error(), HasSubstr("does not fit into the 8388608 bytes"));
-}
