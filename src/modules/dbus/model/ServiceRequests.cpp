@@ -11,8 +11,14 @@ namespace {
 // Of requesters of ducking, and of registrations. The player and the power manager accept 256 of all clients and
 // modules together.
 constexpr std::size_t maxOfClient = 16;
-constexpr std::size_t maxOfUser = 64;
 constexpr std::size_t maxOfAll = 224;
+
+/// A quarter of what other users leave, so that it takes eighteen users to leave nothing.
+constexpr std::size_t maxOfUser(std::size_t ofOthers)
+{
+    constexpr std::size_t part = 4;
+    return (maxOfAll - ofOthers + part - 1) / part;
+}
 
 constexpr int maxNameLength = 256;
 
@@ -91,15 +97,16 @@ void ServiceRequests::add(Names &names, const std::string &client, const QString
         ofUser += quotas.userOf(other) == quotas.userOf(client) ? known.size() : 0;
     }
     const std::size_t ofClient = names[client].size();
-    if (ofClient <= maxOfClient && ofUser <= maxOfUser && ofAll <= maxOfAll) {
+    const std::size_t mostOfUser = maxOfUser(ofAll - ofUser);
+    if (ofClient <= maxOfClient && ofUser <= mostOfUser) {
         return;
     }
     names[client].erase(name);
     if (ofClient > maxOfClient) {
         throw Refusals::clientHoldsTooMuch(maxOfClient, what);
     }
-    throw ofUser > maxOfUser ? Refusals::userHoldsTooMuch(maxOfUser, what)
-                             : Refusals::allClientsHoldTooMuch(maxOfAll, what);
+    throw ofAll > maxOfAll ? Refusals::allClientsHoldTooMuch(maxOfAll, what)
+                           : Refusals::userHoldsTooMuch(mostOfUser, what);
 }
 
 void ServiceRequests::on_clients_left(const std::string &client)

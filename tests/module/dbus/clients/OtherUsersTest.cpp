@@ -5,6 +5,7 @@
 
 #include "module/dbus/UsersTest.h"
 #include <core/records/attention.h>
+#include <core/records/player.h>
 
 namespace {
 class DbusOtherUsersTest : public UsersTest
@@ -51,6 +52,30 @@ TEST_F(DbusOtherUsersTest, DoNotReplaceWhatIsSentToAttention)
     ASSERT_TRUE(send(*first, TavoAttentionNotifyPath()).succeeds());
     EXPECT_EQ(send(*second, TavoAttentionReplacePath()).errorName(), accessDenied);
     EXPECT_TRUE(send(*clientOf("daemon"), TavoAttentionReplacePath()).succeeds());
+}
+
+TEST_F(DbusOtherUsersTest, DoNotUseUpTheRequestersOfDucking)
+{
+    accept(TavoPlayerMainAudioDuckingPath());
+    const auto duck = [](ModelClient &client, int name) {
+        return client.send(TavoPlayerMainAudioDuckingPath().toString(),
+                           TavoPlayerAudioDuckingRequest()
+                               .setRequester(QString::number(name))
+                               .setDuckAudio(true)
+                               .__variant());
+    };
+    constexpr int maxOfClient = 16;
+    std::vector<std::unique_ptr<ModelClient>> clients;
+    for (const char *user : {"bin", "sys", "games", "lp", "news"}) {
+        int ducked = 0;
+        do {
+            if (ducked % maxOfClient == 0) {
+                clients.push_back(clientOf(user));
+            }
+        } while (duck(*clients.back(), ducked++).succeeds());
+        EXPECT_GT(ducked, 1) << user;
+    }
+    EXPECT_TRUE(duck(*first, 0).succeeds());
 }
 
 TEST_F(DbusOtherUsersTest, DoNotReplaceNotifications)

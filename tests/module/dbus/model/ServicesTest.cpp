@@ -154,7 +154,7 @@ TEST_F(DbusServicesTest, DuckForALimitedNumberOfRequestersOfAClient)
 TEST_F(DbusServicesTest, DuckForALimitedNumberOfRequestersOfAUser)
 {
     constexpr int maxOfClient = 16;
-    constexpr int maxOfUser = 64;
+    constexpr int maxOfUser = 56;
     std::vector<std::unique_ptr<ModelClient>> clients;
     for (int i = 0; i < maxOfUser; ++i) {
         if (i % maxOfClient == 0) {
