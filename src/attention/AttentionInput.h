@@ -10,6 +10,7 @@
 /// What decisions about a notification depend on.
 struct AttentionInput
 {
+    QString user;   ///< whose program it is; empty for the host's own
     QString source; ///< the program's desktop entry, or its name
     QString category;
     QString title;

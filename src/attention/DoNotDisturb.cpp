@@ -6,9 +6,10 @@
 #include "attention/PriorityKey.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace {
-/// Of remembered notifications. Those of a source do not push out others'.
+/// Of remembered notifications. Those of a source do not push out others', and neither do sources of a user.
 constexpr int maxRememberedTitles = 32;
 constexpr int maxRememberedSources = 256;
 
@@ -91,10 +92,13 @@ QString DoNotDisturb::passes(const AttentionInput &input) const
     if (m_settings.passingSources.match(input.source)) {
         return QStringLiteral("its source passes");
     }
-    const Times times = m_lastTimes.value(input.source);
-    const auto last = times.find(input.title);
     const bool isRepeated =
-        last != times.end() && *last <= input.time && input.time - *last <= m_settings.repeatMs;
+        std::any_of(m_lastTimes.cbegin(), m_lastTimes.cend(), [&](const Sources &sources) {
+            const Times times = sources.value(input.source);
+            const auto last = times.find(input.title);
+            return last != times.end() && *last <= input.time &&
+                   input.time - *last <= m_settings.repeatMs;
+        });
     return isRepeated ? QStringLiteral("it came a second time") : QString();
 }
 
@@ -104,18 +108,32 @@ void DoNotDisturb::remember(const AttentionInput &input)
     if (m_settings.repeatMs == 0 || input.title.isEmpty()) {
         return;
     }
-    if (m_lastTimes.size() >= maxRememberedSources && !m_lastTimes.contains(input.source)) {
-        const auto latest = [](const Times &times) {
-            return *std::max_element(times.begin(), times.end());
-        };
-        m_lastTimes.erase(std::min_element(m_lastTimes.begin(), m_lastTimes.end(),
-                                           [&latest](const Times &left, const Times &right) {
-                                               return latest(left) < latest(right);
-                                           }));
-    }
-    Times &times = m_lastTimes[input.source];
+    Times &times = m_lastTimes[input.user][input.source];
     if (times.size() >= maxRememberedTitles && !times.contains(input.title)) {
         times.erase(std::min_element(times.begin(), times.end()));
     }
     times.insert(input.title, input.time);
+    forgetTooMany();
+}
+
+void DoNotDisturb::forgetTooMany()
+{
+    const auto bySize = [](const Sources &left, const Sources &right) {
+        return left.size() < right.size();
+    };
+    const auto byTime = [](const Times &left, const Times &right) {
+        return *std::max_element(left.begin(), left.end()) <
+               *std::max_element(right.begin(), right.end());
+    };
+    const int all =
+        std::accumulate(m_lastTimes.begin(), m_lastTimes.end(), 0,
+                        [](int sum, const Sources &sources) { return sum + sources.size(); });
+    if (all <= maxRememberedSources) {
+        return;
+    }
+    const auto most = std::max_element(m_lastTimes.begin(), m_lastTimes.end(), bySize);
+    most->erase(std::min_element(most->begin(), most->end(), byTime));
+    if (most->isEmpty()) {
+        m_lastTimes.erase(most);
+    }
 }

@@ -78,6 +78,9 @@ private:
     std::optional<Choice> m_choice;
     bool m_isInhibited = false;
 
-    using Times = QMap<QString, qint64>;
-    QMap<QString, Times> m_lastTimes; ///< of those that may be repeated, by source and title
+    using Times = QMap<QString, qint64>;  // by title
+    using Sources = QMap<QString, Times>; // by source
+    void forgetTooMany();
+
+    QMap<QString, Sources> m_lastTimes; ///< of those that may be repeated, by user
 };

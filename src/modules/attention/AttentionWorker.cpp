@@ -72,6 +72,7 @@ bool isEmpty(const AttentionItem &item)
 AttentionInput inputOf(const AttentionItem &item)
 {
     AttentionInput input;
+    input.user = item.user;
     input.source = item.source;
     input.category = item.category;
     input.title = item.title.toString().left(maxTitleLength);

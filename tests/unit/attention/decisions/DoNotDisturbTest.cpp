@@ -103,6 +103,18 @@ TEST_F(DoNotDisturbTest, RemembersACallAlsoIfAnotherSourceFloods)
     EXPECT_EQ(m_quiet.passes(call("+49 30 1", 60)), "it came a second time");
 }
 
+TEST_F(DoNotDisturbTest, RemembersACallAlsoIfAnotherUsersProgramsAreMany)
+{
+    m_quiet.remember(call("+49 30 1", 0));
+    for (int number = 0; number < 1000; ++number) {
+        AttentionInput madeUp = notificationOf(QByteArray::number(number).constData());
+        madeUp.user = "other";
+        madeUp.time = m_night + 1;
+        m_quiet.remember(madeUp);
+    }
+    EXPECT_EQ(m_quiet.passes(call("+49 30 1", 60)), "it came a second time");
+}
+
 TEST_F(DoNotDisturbTest, RemembersTheLatestOfMany)
 {
     for (int number = 0; number < 1000; ++number) {
