@@ -72,6 +72,29 @@ private:
 
 enum class Codec { Vorbis, Opus };
 
+/// A file may have 255 streams for one channel. All of them are decoded, and as many frames as it says before the first
+/// one is heard.
+bool isUsualOpusHead(const ogg_packet &packet)
+{
+    constexpr long familyAt = 18;
+    constexpr long streamsAt = 19;
+    constexpr long skippedAt = 10;
+    constexpr int maxStreams = 8;
+    constexpr int maxSkipped = 65535; // of all streams: 1.4 s of one
+    if (packet.bytes <= familyAt) {
+        return false;
+    }
+    if (packet.packet[familyAt] == 0) {
+        return true; // one stream
+    }
+    if (packet.bytes <= streamsAt) {
+        return false;
+    }
+    const int streams = packet.packet[streamsAt];
+    const int skipped = packet.packet[skippedAt] | packet.packet[skippedAt + 1] << 8;
+    return streams <= maxStreams && streams * skipped <= maxSkipped;
+}
+
 // Reads the headers of one stream of the file.
 class HeaderStream
 {
@@ -118,7 +141,7 @@ private:
     {
         constexpr unsigned char setup = 5;
         if (m_codec == Codec::Opus) {
-            return true;
+            return m_taken > 0 || isUsualOpusHead(*packet);
         }
         const bool isSetup = packet->bytes > 0 && packet->packet[0] == setup;
         return (!isSetup || hasUsualCodebooks(*packet)) &&

@@ -13,6 +13,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <ctime>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -27,10 +28,21 @@ constexpr qint64 maxBytesPerCall = 16 << 20;
 // The least that a read counts as, because many small reads take time, too.
 constexpr qint64 minBytesPerRead = 512;
 
-// How many bytes are read between two checks whether the file is still wanted.
+// The same for the processor time of one call, because a few bytes may take long to decode, and the player's thread
+// waits for what has begun.
+constexpr std::chrono::milliseconds maxTimePerCall(100);
+
+// How many bytes are read between two checks of the time, and whether the file is still wanted.
 constexpr qint64 bytesPerLook = 65536;
 
 constexpr const char *unknownFormat = "holds no sound in a known format";
+
+std::chrono::nanoseconds processorTime()
+{
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
 
 QString megabytes(qint64 bytes)
 {
@@ -125,8 +137,9 @@ std::optional<Failure> SoundFile::findSound()
     if (m_size == 0) {
         return failure(QStringLiteral("is empty"));
     }
+    allowCall();
     const auto readAll = [this](void *target, std::size_t count, qint64 offset) {
-        return readAt(target, qint64(count), offset) == qint64(count);
+        return mayRead(qint64(count)) && readAt(target, qint64(count), offset) == qint64(count);
     };
     m_begin = endOfId3Tags(readAll, m_size);
     m_size -= m_begin;
@@ -160,10 +173,9 @@ std::optional<Failure> SoundFile::findSound()
 std::optional<Failure> SoundFile::openDecoder(MakeDecoder *make)
 {
     m_offset = 0;
-    allowReading(maxBytesPerCall);
     m_decoder = make(*this);
     if (m_allowance < 0) {
-        return failure(QStringLiteral("is damaged, or too large to be opened"));
+        return failure(QStringLiteral("is damaged, or takes too long to be opened"));
     }
     if (!m_decoder) {
         return failure(QString::fromLatin1(unknownFormat));
@@ -202,7 +214,7 @@ SoundFormat SoundFile::format() const
 
 FrameSource::Read SoundFile::read(float *samples, long frames)
 {
-    allowReading(maxBytesPerCall);
+    allowCall();
     const long count = m_decoder->read(samples, frames);
     if (count <= 0) {
         return endOfFile();
@@ -216,6 +228,9 @@ FrameSource::Read SoundFile::read(float *samples, long frames)
 
 FrameSource::Read SoundFile::endOfFile() const
 {
+    if (m_allowance < 0) {
+        return failure(QStringLiteral("is damaged, or takes too long to be decoded"));
+    }
     if (const QString error = m_decoder->error(); !error.isEmpty()) {
         return failure(QStringLiteral("can't be decoded: ") + error);
     }
@@ -230,7 +245,7 @@ FrameSource::Read SoundFile::endOfFile() const
 Result<bool> SoundFile::rewind()
 {
     m_framesRead = 0;
-    allowReading(maxBytesPerCall);
+    allowCall();
     if (m_decoder->rewind()) {
         return true;
     }
@@ -263,9 +278,10 @@ qint64 SoundFile::readAt(void *target, qint64 count, qint64 offset) const
     return taken;
 }
 
-void SoundFile::allowReading(qint64 bytes)
+void SoundFile::allowCall()
 {
-    m_allowance = bytes;
+    m_allowance = maxBytesPerCall;
+    m_latest = processorTime() + maxTimePerCall;
 }
 
 // The decoder takes a refusal for the end of the file.
@@ -274,6 +290,9 @@ bool SoundFile::mayRead(qint64 bytes)
     const qint64 before =
         std::exchange(m_allowance, m_allowance - std::max(bytes, minBytesPerRead));
     const bool looks = before / bytesPerLook != m_allowance / bytesPerLook;
+    if (looks && processorTime() > m_latest) {
+        m_allowance = -1;
+    }
     if (m_wake != nullptr && looks && m_wake->wait(0)) {
         m_interrupted = true;
     }

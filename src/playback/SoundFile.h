@@ -7,10 +7,11 @@
 
 #include <QByteArray>
 
+#include <chrono>
 #include <memory>
 
 /// The frames of a sound file, on disk or in memory, decoded as they are read. Going back to the
-/// first frame is exact in every supported format. No call of the decoder reads without limit,
+/// first frame is exact in every supported format. No call of the decoder reads or computes without limit,
 /// whatever the file claims.
 class SoundFile : public FrameSource, private DecoderInput
 {
@@ -42,7 +43,7 @@ private:
     void closeAll();
 
     qint64 readAt(void *target, qint64 count, qint64 offset) const;
-    void allowReading(qint64 bytes);
+    void allowCall();
     bool mayRead(qint64 bytes);
 
     qint64 length() const override;
@@ -59,8 +60,9 @@ private:
     QByteArray m_header; // which the decoder reads before that
     qint64 m_size = 0;   // of what it may read, with the header
     qint64 m_offset = 0;
-    qint64 m_allowance = 0;            // how much the decoder may still read
-    const WakeEvent *m_wake = nullptr; // while the file is opened
+    qint64 m_allowance = 0;               // how much the decoder may still read in this call
+    std::chrono::nanoseconds m_latest{0}; // of the thread's processor time: the call's end
+    const WakeEvent *m_wake = nullptr;    // while the file is opened
     bool m_interrupted = false;
     std::unique_ptr<Decoder> m_decoder;
     qint64 m_framesRead = 0;

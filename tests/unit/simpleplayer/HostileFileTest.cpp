@@ -142,6 +142,31 @@ private:
     QByteArray m_bytes;
 };
 
+/// The file with another head: of so many streams, one of which is heard, and with so many frames before the first one.
+QByteArray withStreams(const QByteArray &opus, int streams, quint16 skipped)
+{
+    constexpr int skippedAt = 10;
+    constexpr int streamsAt = 19;
+    QByteArray head("OpusHead\1\1\0\0\x80\xbb\0\0\0\0\xff\0\0\0", 22);
+    qToLittleEndian(skipped, head.data() + skippedAt);
+    head[streamsAt] = char(streams);
+    QByteArray begin = opus.left(26) + char(1) + char(head.size());
+    ogg_page page{};
+    page.header = reinterpret_cast<unsigned char *>(begin.data());
+    page.header_len = begin.size();
+    page.body = reinterpret_cast<unsigned char *>(head.data());
+    page.body_len = head.size();
+    ogg_page_checksum_set(&page);
+    return begin + head + opus.mid(secondPage(opus));
+}
+
+/// Beginnings of large pages with a wrong checksum, one in another.
+QByteArray brokenPages(const QByteArray &ogg, int bytes)
+{
+    const QByteArray page = ogg.left(26) + QByteArray(256, char(255));
+    return page.repeated(bytes / page.size());
+}
+
 /// A file without a fault, with so many codebooks whose entries all have codewords of so many bits. The first of them
 /// classifies so many residues.
 QByteArray vorbisWithCodebooks(unsigned long count, unsigned codewordBits,
@@ -348,6 +373,26 @@ TEST_F(HostileFileTest, SmallCodebooksAreNot)
     EndSpy end(player);
     EXPECT_TRUE(player.play());
     EXPECT_TRUE(end.hasEndedOnce());
+}
+
+TEST_F(HostileFileTest, ManyOpusStreamsAreRefused)
+{
+    const QByteArray opus = encoded(SF_FORMAT_OGG | SF_FORMAT_OPUS);
+    for (const auto &[streams, skipped] : {std::pair(9, 0), std::pair(8, 65535)}) {
+        writeFile(path("many"), withStreams(opus, streams, quint16(skipped)));
+        expectRefused(path("many"), "is cut off or damaged at its beginning");
+    }
+    writeFile(path("one"), withStreams(opus, 1, 300));
+    UriSimplePlayer player(path("one"), QStringLiteral("id"), QStringLiteral("plain"), nullptr);
+    EXPECT_TRUE(player.play());
+}
+
+TEST_F(HostileFileTest, OggPagesThatTakeLongToCheckEndTheSound)
+{
+    constexpr int bytes = 14 << 20;
+    const QByteArray ogg = vorbis();
+    writeFile(path("late"), oggHeaders(ogg) + brokenPages(ogg, bytes) + ogg);
+    expectRefused(path("late"), "takes too long");
 }
 
 TEST_F(HostileFileTest, AnOggPacketWithoutEndTakesLittleMemory)
