@@ -67,6 +67,8 @@ ClientSounds::ClientSounds(Clients &clients, CMNodes *nodes, SoundAccess access)
     , m_access(std::move(access))
     , m_nodes(nodes)
     , m_musicRequests(clients)
+    , m_playerRequests(clients)
+    , m_attentionRequests(clients)
 {
     tavoConnect(&m_clients, &Clients::left, this, &ClientSounds::on_clients_left);
     tavoConnect(&m_clients, &Clients::userKnown, this, &ClientSounds::on_clients_userKnown);
@@ -129,7 +131,35 @@ CMReply<QVariant> ClientSounds::send(const std::string &client,
 {
     const CMPath path = watch(client, item, bytes, file);
     m_sounds.at(path).notification = notification;
-    return sendToPlayer(path, m_sounds.at(path));
+    return sendInTurn(path);
+}
+
+void ClientSounds::start(const CMPath &path, const QString &notification)
+{
+    m_sounds.at(path).notification = notification;
+    sendInTurn(path);
+}
+
+CMReply<QVariant> ClientSounds::sendInTurn(const CMPath &path)
+{
+    const Sound &added = m_sounds.at(path);
+    SlowRequests &requests = added.notification.isEmpty() ? m_playerRequests : m_attentionRequests;
+    return requests.addForGood(added.charge.user(), [this, path] {
+        const auto found = m_sounds.find(path);
+        if (found == m_sounds.end()) {
+            // The player has gone in the meantime.
+            return CMRoot()->invoke(TavoNotificationPlayerEnqueuePath(), QVariant(), {});
+        }
+        found->second.isSent = true;
+        // One on its way to the player is cancelled when it has arrived.
+        const bool isCancelled = found->second.isCancelled && found->second.notification.isEmpty();
+        const QString id = found->second.item.id();
+        CMReply<QVariant> reply = sendToPlayer(path, found->second);
+        if (isCancelled) {
+            askPlayerToCancel(id);
+        }
+        return reply;
+    });
 }
 
 CMReply<QVariant> ClientSounds::sendToPlayer(const CMPath &path, Sound &sound)
@@ -184,7 +214,7 @@ void ClientSounds::takeOutcome(const CMPath &path, const QVariant &outcome)
 
 void ClientSounds::takeTurns(const CMPath &path, const Sound &sound)
 {
-    if (sound.item.priority() >= urgentPriority(m_clients.limits())) {
+    if (!sound.isCancelled && sound.item.priority() >= urgentPriority(m_clients.limits())) {
         m_turns.add(path, sound.charge, sound.turn, sound.isPlaying);
     }
 }
@@ -202,16 +232,22 @@ void ClientSounds::on_turns_gaveWay(const CMPath &path)
     askPlayerToCancel(sound.item.id());
 }
 
+CMReply<QVariant> ClientSounds::cancel(const std::string &client, const QVariant &value)
+{
+    return m_playerRequests.addForGood(m_clients.quotas().userOf(client),
+                                       [this, value] { return cancel(value); });
+}
+
 CMReply<QVariant> ClientSounds::cancel(const QVariant &value)
 {
     const QString id = TavoValue(value.toHash()).string_();
     bool isWithPlayer = true;
     for (auto &[path, sound] : m_sounds) {
         if (sound.item.id() == id) {
-            isWithPlayer = isWithPlayer && !sound.givesWay && !sound.isOnItsWay;
+            isWithPlayer = isWithPlayer && sound.isSent && !sound.givesWay && !sound.isOnItsWay;
             stopGivingWay(sound);
             sound.isCancelled = true;
-            m_turns.remove(path); // It would give way and play again.
+            m_turns.cancel(path); // It would give way and play again.
         }
     }
     if (!isWithPlayer) {
@@ -231,7 +267,18 @@ void ClientSounds::stopGivingWay(Sound &sound)
 
 void ClientSounds::cancel(const QString &id)
 {
-    cancel(TavoValue().setString_(id).__variant());
+    const auto found = std::find_if(m_sounds.begin(), m_sounds.end(), [&id](const auto &entry) {
+        return entry.second.item.id() == id;
+    });
+    if (found != m_sounds.end()) {
+        cancelInTurn(found->second.charge.user(), id);
+    }
+}
+
+void ClientSounds::cancelInTurn(Quotas::UserId user, const QString &id)
+{
+    m_playerRequests.addForGood(
+        user, [this, id] { return cancel(TavoValue().setString_(id).__variant()); });
 }
 
 void ClientSounds::checkTarget(const CMPath &path)
@@ -306,7 +353,9 @@ CMPath ClientSounds::watch(const std::string &client, const TavoNotificationPlay
 {
     Quotas::Charge charge = m_clients.quotas().charge(
         client, {Quotas::Sounds, 1, Quotas::storedBytes(bytes), item.priority()},
-        [this, id = item.id()] { cancel(id); });
+        [this, user = m_clients.quotas().userOf(client), id = item.id()] {
+            cancelInTurn(user, id);
+        });
     CMPath path = soundsPath() + QString::number(++m_lastNumber);
     CMActivateNode *node = CMActivateNode::create(m_nodes, path);
     auto watched = item;
@@ -373,7 +422,7 @@ void ClientSounds::on_clients_left(const std::string &client)
     }
     for (const auto &[path, sound] : m_sounds) {
         if (sound.charge.client() == client && endsWithItsClient(sound.item)) {
-            cancel(sound.item.id());
+            cancelInTurn(sound.charge.user(), sound.item.id());
         }
     }
 }

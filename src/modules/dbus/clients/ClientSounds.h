@@ -50,11 +50,7 @@ public:
                    std::size_t bytes);
 
     /// Sends a prepared sound to that module, by the path that prepare() returned.
-    void start(const CMPath &path, const QString &notification)
-    {
-        m_sounds.at(path).notification = notification;
-        sendToPlayer(path, m_sounds.at(path));
-    }
+    void start(const CMPath &path, const QString &notification);
 
     /// Gives up a prepared sound; an empty path is none.
     void discard(const CMPath &path) { forget(path); }
@@ -66,10 +62,10 @@ public:
                            const std::optional<OpenedSound> &file, const QString &notification);
 
     /// Ends a sound, as the request to the player does.
-    CMReply<QVariant> cancel(const QVariant &value);
+    CMReply<QVariant> cancel(const std::string &client, const QVariant &value);
     void cancel(const QString &id);
 
-    /// Passes on a client's request to play music, after those of the same user. Throws
+    /// Passes on a client's request to play music, after those that wait. Throws
     /// BusError::accessDenied() as enqueue() does, and BusError::limitExceeded() when too many requests of the
     /// client wait.
     CMReply<QVariant> playMusic(const std::string &client, const QVariant &value);
@@ -100,7 +96,8 @@ private:
         bool givesWay = false;    ///< is cancelled, to be played again later
         bool isOnItsWay = false;  ///< to the player, through the module for attention
         bool isCancelled = false; ///< for good; one on its way, when the player has it
-        std::uint64_t turn = 0;   ///< see UrgentTurns
+        bool isSent = false;
+        std::uint64_t turn = 0; ///< see UrgentTurns
     };
 
     CMReply<QVariant> send(const std::string &client, const TavoNotificationPlayerItem &item,
@@ -112,7 +109,10 @@ private:
     CMReply<QVariant> startMusic(const QString &source);
     CMPath watch(const std::string &client, const TavoNotificationPlayerItem &item,
                  std::size_t bytes, const std::optional<OpenedSound> &file);
+    CMReply<QVariant> sendInTurn(const CMPath &path);
     CMReply<QVariant> sendToPlayer(const CMPath &path, Sound &sound);
+    void cancelInTurn(Quotas::UserId user, const QString &id);
+    CMReply<QVariant> cancel(const QVariant &value);
     void takeOutcome(const CMPath &path, const QVariant &outcome);
     void takeTurns(const CMPath &path, const Sound &sound);
 
@@ -126,6 +126,8 @@ private:
     std::unordered_map<CMPath, Sound, PathHash> m_sounds; ///< by their nodes
     UrgentTurns m_turns;
     SlowRequests m_musicRequests;
+    SlowRequests m_playerRequests;      ///< to play sounds, and to cancel them
+    SlowRequests m_attentionRequests;   ///< to pass on those of notifications
     std::optional<OpenedSound> m_music; ///< the last music of a client; it may be played again
     quint64 m_lastNumber = 0;
 };

@@ -4,14 +4,10 @@
 #include "UrgentTurns.h"
 
 #include <algorithm>
-#include <cmath>
 #include <set>
 #include <utility>
 
 namespace {
-/// In this time, half of what a user has played is forgotten.
-constexpr std::chrono::seconds halfLife(1);
-
 /// How much more a user must have played, so that short sounds play to their end.
 constexpr std::chrono::duration<double> maxMargin(0.2);
 
@@ -23,12 +19,6 @@ constexpr std::chrono::duration<double> change(0.03);
 
 constexpr std::chrono::milliseconds interval(20);
 } // namespace
-
-void UrgentTurns::Played::add(Seconds more, Clock::time_point now)
-{
-    const Seconds passed = now - std::exchange(until, now);
-    time = time * std::exp2(-passed / halfLife) + more;
-}
 
 UrgentTurns::UrgentTurns()
 {
@@ -51,16 +41,23 @@ void UrgentTurns::start(const CMPath &sound)
 {
     const auto found = m_sounds.find(sound);
     if (found != m_sounds.end() && !found->second.started) {
-        found->second.started = Clock::now();
+        // The player opens it first, which may take long.
+        found->second.started = std::max(found->second.added, m_lastEnd);
     }
+}
+
+void UrgentTurns::cancel(const CMPath &sound)
+{
+    const bool isOnePlaying = std::any_of(m_sounds.begin(), m_sounds.end(), [](const auto &entry) {
+        return entry.second.started.has_value();
+    });
+    // Otherwise the player may be opening it.
+    isOnePlaying ? remove(sound) : fail(sound);
 }
 
 void UrgentTurns::fail(const CMPath &sound)
 {
-    const auto found = m_sounds.find(sound);
-    if (found != m_sounds.end() && !found->second.started) {
-        found->second.started = std::max(found->second.added, m_lastEnd);
-    }
+    start(sound);
     remove(sound);
 }
 
@@ -96,9 +93,8 @@ UrgentTurns::Users UrgentTurns::playedNow() const
 {
     const Clock::time_point now = Clock::now();
     Users users;
-    for (auto [user, played] : m_played) {
-        played.add(Seconds(0), now);
-        users[user] = played.time;
+    for (const auto &[user, played] : m_played) {
+        users[user] = played.at(now);
     }
     for (const auto &[path, sound] : m_sounds) {
         const auto user = sound.charge->user();
@@ -152,5 +148,8 @@ std::vector<CMPath> UrgentTurns::thoseBefore(const Sound &next, const Users &pla
             sounds.push_back(path);
         }
     }
+    // The next one would start when the one that plays has gone.
+    std::partition(sounds.begin(), sounds.end(),
+                   [this](const CMPath &path) { return !m_sounds.at(path).started; });
     return sounds;
 }

@@ -5,6 +5,7 @@
 
 #include "PathHash.h"
 #include "Quotas.h"
+#include "RecentTime.h"
 #include <core/tavo.h>
 
 #include <QObject>
@@ -45,6 +46,9 @@ public:
     /// The player could not play the sound, if it is one of these. The time for which it tried counts.
     void fail(const CMPath &sound);
 
+    /// The sound is cancelled, if it is one of these. The time for which the player tried to play it counts.
+    void cancel(const CMPath &sound);
+
     /// The sound has ended or given way, if it is one of these.
     void remove(const CMPath &sound);
 
@@ -59,8 +63,8 @@ private Q_SLOTS:
     void on_timer_timeout() { arrange(); }
 
 private:
-    using Clock = std::chrono::steady_clock;
-    using Seconds = std::chrono::duration<double>;
+    using Clock = RecentTime::Clock;
+    using Seconds = RecentTime::Seconds;
 
     struct Sound
     {
@@ -70,14 +74,6 @@ private:
         std::optional<Clock::time_point> started;
     };
 
-    /// How long a user's urgent sounds have kept the player busy, of late.
-    struct Played
-    {
-        Seconds time{0};
-        Clock::time_point until;
-
-        void add(Seconds more, Clock::time_point now);
-    };
     using Users = std::map<Quotas::UserId, Seconds>;
 
     Users playedNow() const;
@@ -86,7 +82,8 @@ private:
     std::vector<CMPath> thoseBefore(const Sound &next, const Users &played) const;
 
     std::unordered_map<CMPath, Sound, PathHash> m_sounds; ///< with the player
-    std::map<Quotas::UserId, Played> m_played;            ///< by user, without what plays now
+    /// How long a user's urgent sounds have kept the player busy, without what plays now.
+    std::map<Quotas::UserId, RecentTime> m_played;
     std::uint64_t m_lastNumber = 0;
     Clock::time_point m_lastEnd; ///< of a sound that kept the player busy
     QTimer

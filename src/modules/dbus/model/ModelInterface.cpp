@@ -177,7 +177,7 @@ CMReply<QVariant> ModelInterface::send(const std::string &client, const CMPath &
         return m_sounds.enqueue(client, value, bytes);
     }
     if (path == TavoNotificationPlayerCancelPath()) {
-        return m_sounds.cancel(value);
+        return m_sounds.cancel(client, value);
     }
     if (path == TavoNotificationDisplayOpenPath()) {
         ModelArguments::checkTexts(value);

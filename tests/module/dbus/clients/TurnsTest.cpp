@@ -295,6 +295,28 @@ TEST_F(DbusModuleTurnsTest, OfRequestsForMusicComeOneAfterTheOther)
     }
 }
 
+TEST_F(DbusModuleTurnsTest, OfSlowRequestsGoToTheUserWhoseTookTheLeastTime)
+{
+    if (!BusUser::canBeAnyone()) {
+        GTEST_SKIP() << "it takes root to be somebody else";
+    }
+    const QString play = TavoPlayerMainAudioPlayPath().toString();
+    publishRequest(play, [this](const CMSetDataRequest &request) { requests.push_back(request); });
+    ASSERT_TRUE(client->ask("List", {"/"_s}).succeeds()); // so that its user is known
+    const auto greedy = clientOfAnotherUser();
+    std::vector<BusCall> calls;
+    for (int i = 0; i < 3; ++i) {
+        calls.push_back(greedy->send(play, {}));
+    }
+    ASSERT_TRUE(waitFor([this] { return requests.size() == 1; }));
+    BusCall other = client->send(play, {});
+    ASSERT_TRUE(client->ask("List", {"/"_s}).succeeds()); // handled after it
+    requests[0].reply().setValue({});
+    ASSERT_TRUE(waitFor([this] { return requests.size() == 2; }));
+    requests[1].reply().setValue({});
+    EXPECT_TRUE(other.succeeds());
+}
+
 TEST_F(DbusModuleTurnsTest, AreNotTakenByRequestsThatWaitForLong)
 {
     constexpr std::size_t many = 100;

@@ -72,6 +72,31 @@ protected:
                          {});
     }
 
+    static void cancel(ModelClient &by, const QString &id)
+    {
+        ASSERT_TRUE(by.send(TavoNotificationPlayerCancelPath().toString(),
+                            TavoValue().setString_(id).__variant())
+                        .succeeds());
+    }
+
+    static void pass(int ms)
+    {
+        QElapsedTimer passed;
+        passed.start();
+        ASSERT_TRUE(waitFor([&] { return passed.hasExpired(ms); }));
+    }
+
+    /// The second user plays a sound for a short time, then it takes long to open the other one, of the first user.
+    void playAndOpen(const QString &played, const QString &opened)
+    {
+        enqueue(*second, played);
+        respond(played, ResponseType::Started);
+        pass(300);
+        respond(played, ResponseType::Finished);
+        enqueue(*first, opened);
+        pass(700);
+    }
+
     bool happens(const std::string &event) const
     {
         return waitFor(
@@ -207,10 +232,27 @@ TEST_F(DbusUrgentTurnsTest, TheTimeThatSoundsTakeToFailCounts)
 {
     enqueue(*first, "broken"_s);
     enqueue(*first, "next"_s);
-    QElapsedTimer opening;
-    opening.start();
-    ASSERT_TRUE(waitFor([&] { return opening.hasExpired(700); }));
+    pass(700);
     respond("broken"_s, ResponseType::Failed);
+    enqueue(*second, "alarm"_s);
+    EXPECT_TRUE(happens("next cancelled"));
+}
+
+TEST_F(DbusUrgentTurnsTest, TheTimeThatASoundTakesToOpenCounts)
+{
+    playAndOpen("short"_s, "slow"_s);
+    respond("slow"_s, ResponseType::Started);
+    respond("slow"_s, ResponseType::Finished);
+    enqueue(*first, "next"_s);
+    enqueue(*second, "alarm"_s);
+    EXPECT_TRUE(happens("next cancelled"));
+}
+
+TEST_F(DbusUrgentTurnsTest, TheTimeThatACancelledSoundHasTakenToOpenCounts)
+{
+    playAndOpen("short"_s, "slow"_s);
+    cancel(*first, "slow"_s);
+    enqueue(*first, "next"_s);
     enqueue(*second, "alarm"_s);
     EXPECT_TRUE(happens("next cancelled"));
 }
