@@ -3,6 +3,7 @@
 
 #include "CallTurns.h"
 
+#include "Refusals.h"
 #include <bus/BusConnection.h>
 #include <bus/BusReader.h>
 #include <core/tavo.h>
@@ -19,7 +20,7 @@ constexpr std::chrono::milliseconds maxBusyTurn(1);
 
 /// When more than this waits, calls come faster than they can be handled, and the bus holds further ones back:
 /// it writes no more than one or a few at a time, so a queue there stays for as long as the flood lasts. Then
-/// most of the time is for reading, unless nothing has come for a moment.
+/// most of the time is for reading, unless nothing has come for a moment; and so it is after calls that took long.
 constexpr std::size_t floodBytes = 1 << 20;
 constexpr int readingPart = 4; ///< of the time that handling took
 constexpr std::chrono::milliseconds maxReading(50);
@@ -33,6 +34,11 @@ constexpr std::size_t callBytes = 2048;
 
 /// Of the difference to the last call, this part is added to what a call is expected to take.
 constexpr double learning = 0.25;
+
+/// The bus library checks each character of a text that is read, which takes some 10 ms for a MiB. So of each user, calls
+/// that take longer than one of these may take the other of late.
+constexpr std::chrono::milliseconds longMeasuring(1);
+constexpr std::chrono::milliseconds maxMeasuring(50);
 
 /// Calls have other arguments besides a value.
 constexpr int moreBytes = 1 << 16;
@@ -76,12 +82,36 @@ Quotas::Charge CallTurns::chargeFor(const std::string &client, const BusMessage 
         throw BusError(*waiting->second.refusal);
     }
     try {
-        const std::size_t bytes = callBytes + bytesOf(call, m_limits.valueBytes);
+        const std::size_t bytes = callBytes + measure(client, call);
         return m_quotas.charge(client, {Quotas::RequestBytes, bytes});
     } catch (const BusError &error) {
         if (waiting != m_waiting.end()) {
             waiting->second.refusal = error;
         }
+        throw;
+    }
+}
+
+std::size_t CallTurns::measure(const std::string &client, const BusMessage &call)
+{
+    const Quotas::UserId user = m_quotas.userOf(client);
+    const Clock::time_point start = Clock::now();
+    const auto before = m_measuring.find(user);
+    if (before != m_measuring.end() && before->second.at(start) > maxMeasuring) {
+        throw Refusals::tooManyLargeCalls();
+    }
+    const auto count = [&] {
+        const Clock::time_point now = Clock::now();
+        if (now - start > longMeasuring) {
+            m_measuring[user].add(now - start, now);
+        }
+    };
+    try {
+        const std::size_t bytes = bytesOf(call, m_limits.valueBytes);
+        count();
+        return bytes;
+    } catch (const BusError &) {
+        count(); // it is too large
         throw;
     }
 }
@@ -139,10 +169,10 @@ bool CallTurns::isFlooded() const
 void CallTurns::on_bus_turned()
 {
     const bool hasCome = std::exchange(m_hasCome, false);
-    if (!isFlooded() || Clock::now() >= m_nextTurn) {
+    if (Clock::now() >= m_nextTurn || (!isFlooded() && !m_bus.isReadable())) {
         handleSome();
     } else if (hasCome || !m_timer.isActive()) {
-        m_timer.start(moment);
+        startTimer();
     }
 }
 
@@ -167,11 +197,19 @@ void CallTurns::handleSome()
         handle(client);
         client = next();
     }
-    if (client != m_waiting.end()) {
-        const Clock::time_point now = Clock::now();
-        m_nextTurn = now + std::min<Clock::duration>(readingPart * (now - start), maxReading);
-        m_timer.start(isFlooded() ? moment : std::chrono::milliseconds::zero());
+    const Clock::time_point now = Clock::now();
+    const Clock::duration taken = now - start;
+    if (isFlooded() || taken >= maxBusyTurn) {
+        m_nextTurn = now + std::min<Clock::duration>(readingPart * taken, maxReading);
     }
+    if (client != m_waiting.end()) {
+        startTimer();
+    }
+}
+
+void CallTurns::startTimer()
+{
+    m_timer.start(isFlooded() ? moment : std::chrono::milliseconds::zero());
 }
 
 CallTurns::Waiting::iterator CallTurns::next()

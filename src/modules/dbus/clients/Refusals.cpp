@@ -9,6 +9,12 @@ BusError Refusals::tooManyRequests(int maxPerSecond)
                                    std::to_string(maxPerSecond) + " requests per second");
 }
 
+BusError Refusals::tooManyLargeCalls()
+{
+    return BusError::limitExceeded(
+        "A user's clients may not send so many large calls while others wait");
+}
+
 BusError Refusals::clientHoldsTooMuch(std::size_t max, const char *what)
 {
     return BusError::limitExceeded("A client may have no more than " + std::to_string(max) + ' ' +

@@ -13,6 +13,7 @@
 namespace Refusals {
 // Limits, see Quotas and UnreadBytes.
 BusError tooManyRequests(int maxPerSecond);
+BusError tooManyLargeCalls();
 BusError clientHoldsTooMuch(std::size_t max, const char *what);
 BusError userHoldsTooMuch(std::size_t max, const char *what);
 BusError allClientsHoldTooMuch(std::size_t max, const char *what);

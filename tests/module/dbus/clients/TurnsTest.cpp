@@ -317,6 +317,25 @@ TEST_F(DbusModuleTurnsTest, OfSlowRequestsGoToTheUserWhoseTookTheLeastTime)
     EXPECT_TRUE(other.succeeds());
 }
 
+TEST_F(DbusModuleTurnsTest, AreNotTakenByReadingManyLargeTexts)
+{
+    const QString large(500'000, QChar(0xe9)); // each character is checked
+    std::vector<BusCall> calls;
+    for (int i = 0; i < 200; ++i) {
+        client->send("/test/slow"_s, "waits"_s); // so that the others wait, too
+    }
+    for (int i = 0; i < 40; ++i) {
+        calls.push_back(client->send("/test/nothing"_s, large));
+    }
+    EXPECT_TRUE(std::any_of(calls.begin(), calls.end(), [](const BusCall &call) {
+        return call.errorMessage() ==
+               "A user's clients may not send so many large calls while others wait";
+    }));
+    EXPECT_TRUE(waitFor([&] {
+        return client->send("/test/nothing"_s, large).errorName() != limitsExceeded;
+    })) << "and later they may";
+}
+
 TEST_F(DbusModuleTurnsTest, AreNotTakenByRequestsThatWaitForLong)
 {
     constexpr std::size_t many = 100;
