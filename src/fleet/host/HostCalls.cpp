@@ -150,7 +150,7 @@ void HostCalls::carryOut(const FleetCall &call, bool isAgain, const Finish &fini
     switch (call.kind) {
     case Kind::Show:
         if (!call.actions.isEmpty()) {
-            notify(call, finish);
+            notify(call, isAgain, finish);
         } else if (isAgain) {
             findShown(call, finish);
         } else {
@@ -158,10 +158,10 @@ void HostCalls::carryOut(const FleetCall &call, bool isAgain, const Finish &fini
         }
         break;
     case Kind::Notify:
-        notify(call, finish);
+        notify(call, isAgain, finish);
         break;
     case Kind::Say:
-        say(call, finish);
+        say(call, isAgain, finish);
         break;
     case Kind::Sound:
         sound(call, isAgain, finish);
@@ -257,7 +257,7 @@ void HostCalls::findShown(const FleetCall &call, const Finish &finish)
         });
 }
 
-void HostCalls::notify(const FleetCall &call, const Finish &finish)
+void HostCalls::notify(const FleetCall &call, bool isAgain, const Finish &finish)
 {
     auto item = attentionItem(call);
     item.setTimeout(timeoutOf(call)).setPriority(priorityOf(call));
@@ -266,28 +266,28 @@ void HostCalls::notify(const FleetCall &call, const Finish &finish)
     }
     m_others.insert(call.id); // The end may be reported before the reply.
     m_client.call(TavoAttentionNotifyPath(), TavoValue().setAttentionItem(item))
-        .onFinished(this, [this, call, finish](const CMReply<QVariant> &reply) {
-            finishNotify(call, reply, finish);
+        .onFinished(this, [this, call, isAgain, finish](const CMReply<QVariant> &reply) {
+            finishNotify(call, isAgain, reply, finish);
         });
 }
 
 /// The host tells whether it can be said before it begins to make a sound of the text.
-void HostCalls::say(const FleetCall &call, const Finish &finish)
+void HostCalls::say(const FleetCall &call, bool isAgain, const Finish &finish)
 {
     auto item = attentionItem(call);
     item.setPriority(priorityOf(call));
     m_client.call(TavoAttentionTryPath(), TavoValue().setAttentionItem(item))
-        .onFinished(this, [this, call, finish](const CMReply<QVariant> &reply) {
+        .onFinished(this, [this, call, isAgain, finish](const CMReply<QVariant> &reply) {
             const auto trial = TavoValue(reply.value().toHash()).attentionTrial();
             if (!reply.error().isError() && !trial.spoken()) {
                 finish(failed(QStringLiteral("not read aloud: %1").arg(trial.reason())));
             } else {
-                notify(call, finish);
+                notify(call, isAgain, finish);
             }
         });
 }
 
-void HostCalls::finishNotify(const FleetCall &call, const CMReply<QVariant> &reply,
+void HostCalls::finishNotify(const FleetCall &call, bool isAgain, const CMReply<QVariant> &reply,
                              const Finish &finish)
 {
     const CMError error = reply.error();
@@ -296,15 +296,22 @@ void HostCalls::finishNotify(const FleetCall &call, const CMReply<QVariant> &rep
         finish(opened(outcome.shown() ? FleetAnswer::Kind::Shown : FleetAnswer::Kind::Sounding));
         return;
     }
-    if (error.message().toString() == QLatin1String("A notification with this id is open")) {
-        finish(opened(FleetAnswer::Kind::Shown)); // before this program started
+    const bool mayBeOpen = m_unanswered.remove(call.id) || isAgain;
+    // Otherwise it is another program's.
+    if (mayBeOpen &&
+        error.message().toString() == QLatin1String("A notification with this id is open")) {
+        finish(opened(FleetAnswer::Kind::Shown));
         return;
     }
     m_others.remove(call.id);
     if (!error.isError()) {
         finish(failed(QStringLiteral("kept from people: %1").arg(outcome.reason())));
     } else if (error.name() != CMErrors::noSuchNode()) {
-        finish(failed(error));
+        const Outcome failure = failed(error);
+        if (failure.isUndelivered) {
+            m_unanswered.insert(call.id);
+        }
+        finish(failure);
     } else if (call.kind == Kind::Notify && call.actions.isEmpty()) {
         show(call, finish);
     } else {

@@ -56,9 +56,10 @@ private Q_SLOTS:
 private:
     void show(const FleetCall &call, const Finish &finish);
     void findShown(const FleetCall &call, const Finish &finish);
-    void notify(const FleetCall &call, const Finish &finish);
-    void say(const FleetCall &call, const Finish &finish);
-    void finishNotify(const FleetCall &call, const CMReply<QVariant> &reply, const Finish &finish);
+    void notify(const FleetCall &call, bool isAgain, const Finish &finish);
+    void say(const FleetCall &call, bool isAgain, const Finish &finish);
+    void finishNotify(const FleetCall &call, bool isAgain, const CMReply<QVariant> &reply,
+                      const Finish &finish);
     void sound(const FleetCall &call, bool isAgain, const Finish &finish);
     void callNode(const FleetCall &call, bool isAgain, const Finish &finish);
     TavoNotificationPlayerItem soundItem(const FleetCall &call) const;
@@ -75,6 +76,7 @@ private:
     TavoInbox m_inbox;                  ///< for the reports on sounds
     QHash<QString, QString> m_messages; ///< ids of calls by the paths of their messages
     QSet<QString> m_others;             ///< ids of calls with a notification or a sound
+    QSet<QString> m_unanswered; ///< ids of calls that the host may have got before it went away
     /// By paths: the ends that came last of messages not known here. A reply may come after the end.
     QHash<QString, FleetEvent::End> m_early;
 };

@@ -43,6 +43,17 @@ TEST_F(DeviceAttentionTest, AChosenActionIsAnEvent)
     EXPECT_TRUE(waitForEvent(R"("action":"ok","device":"porch","end":"action","id":"a")"));
 }
 
+TEST_F(DeviceAttentionTest, AnotherProgramsMessageIsNotTakenForACalls)
+{
+    const auto other =
+        client().call(TavoAttentionNotifyPath(),
+                      TavoValue().setAttentionItem(
+                          TavoAttentionItem().setId("fleet-a").setTitle("Other").setTimeout(0)));
+    ASSERT_TRUE(waitFor([&] { return other.isFinished(); }, s_timeout));
+    call(R"("id":"a","call":"notify","title":"Water","timeout":0)");
+    EXPECT_TRUE(waitForAnswer("A notification with this id is open"));
+}
+
 TEST_F(DeviceAttentionTest, WhatIsKeptFromPeopleIsAnsweredWithTheReason)
 {
     const auto quiet = client().call(
