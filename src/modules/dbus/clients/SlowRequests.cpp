@@ -44,7 +44,7 @@ CMReply<QVariant> SlowRequests::addForGood(Quotas::UserId user, const Send &send
 
 CMReply<QVariant> SlowRequests::add(Request request)
 {
-    const CMReply<QVariant> reply = request.reply;
+    CMReply<QVariant> reply = request.reply;
     m_waiting[request.user].push_back(std::move(request));
     sendNext();
     return reply;
