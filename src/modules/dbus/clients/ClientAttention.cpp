@@ -16,9 +16,10 @@ namespace {
 TavoList<TavoAttentionAction> actionsOf(const TavoAttentionItem &requested)
 {
     TavoList<TavoAttentionAction> actions;
-    const int count = std::min(requested.actions().size(), MessageNode::maxActions);
+    const auto all = requested.actions();
+    const int count = std::min(all.size(), MessageNode::maxActions);
     for (int index = 0; index < count; ++index) {
-        const TavoAttentionAction action = requested.actions().at(index);
+        const TavoAttentionAction action = all.at(index);
         if (action.key().toUtf8().size() <= MessageNode::maxKeyBytes) {
             actions.append(TavoAttentionAction().setKey(action.key()).setLabel(action.label()));
         }
@@ -29,9 +30,9 @@ TavoList<TavoAttentionAction> actionsOf(const TavoAttentionItem &requested)
 /// Of an item whose value has this many bytes.
 std::size_t storedBytes(const TavoAttentionItem &item, std::size_t bytes)
 {
-    for (int index = 0; index < item.actions().size(); ++index) {
-        const TavoAttentionAction action = item.actions().at(index);
-        bytes += MessageNode::actionBytes(action.key());
+    const auto actions = item.actions(); // converted each time, if they are no records
+    for (int index = 0; index < actions.size(); ++index) {
+        bytes += MessageNode::actionBytes(actions.at(index).key());
     }
     return Quotas::storedBytes(bytes);
 }

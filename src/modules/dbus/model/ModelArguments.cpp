@@ -92,7 +92,8 @@ void ModelArguments::checkTexts(const QVariant &value)
     check(item.title(), "title", maxTitleLength);
     check(item.text(), "text", maxMessageLength);
     checkMessagePath(item.path());
-    for (int index = 0; index < item.actions().size(); ++index) {
-        check(item.actions().at(index).label(), "label", maxTitleLength);
+    const auto actions = item.actions(); // converted each time, if they are no records
+    for (int index = 0; index < actions.size(); ++index) {
+        check(actions.at(index).label(), "label", maxTitleLength);
     }
 }

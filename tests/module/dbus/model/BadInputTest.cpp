@@ -342,6 +342,18 @@ TEST_F(DbusBadInputTest, ManyRecordsWhoseKeysHaveOneHashKeepNobodyWaiting)
     EXPECT_TRUE(many.succeeds());
 }
 
+TEST_F(DbusBadInputTest, ManyStringsInPlaceOfActionsKeepNobodyWaiting)
+{
+    QStringList strings;
+    for (int i = 0; i < 20000; ++i) {
+        strings.append("k"_s);
+    }
+    const QVariantHash item{{"title"_s, "t"_s}, {"actions"_s, strings}};
+    BusCall notify = client->send("/attention/notify"_s, QVariantHash{{"attentionItem"_s, item}});
+    EXPECT_TRUE(client->getValue("/test/value"_s).succeeds());
+    notify.waitForAnswer();
+}
+
 TEST_F(DbusBadInputTest, RequestsToANodeThatThrowsAreAnswered)
 {
     CMNodes nodes;
