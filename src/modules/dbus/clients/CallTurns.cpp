@@ -35,9 +35,9 @@ constexpr std::size_t callBytes = 2048;
 /// Of the difference to the last call, this part is added to what a call is expected to take.
 constexpr double learning = 0.25;
 
-/// The bus library checks each character of a text that is read, which takes some 10 ms for a MiB. So of each user, calls
-/// that take longer than one of these may take the other of late.
-constexpr std::chrono::milliseconds longMeasuring(1);
+/// The bus library checks each character of a text that is read, which takes some 10 ms for a MiB. So of each user, the
+/// calls that are larger than one of these may take the other of late.
+constexpr std::size_t largeBytes = 1 << 16;
 constexpr std::chrono::milliseconds maxMeasuring(50);
 
 /// Calls have other arguments besides a value.
@@ -102,13 +102,13 @@ std::size_t CallTurns::measure(const std::string &client, const BusMessage &call
     }
     const auto count = [&] {
         const Clock::time_point now = Clock::now();
-        if (now - start > longMeasuring) {
-            m_measuring[user].add(now - start, now);
-        }
+        m_measuring[user].add(now - start, now);
     };
     try {
         const std::size_t bytes = bytesOf(call, m_limits.valueBytes);
-        count();
+        if (bytes > largeBytes) {
+            count();
+        }
         return bytes;
     } catch (const BusError &) {
         count(); // it is too large
