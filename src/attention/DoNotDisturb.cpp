@@ -9,7 +9,7 @@
 #include <numeric>
 
 namespace {
-/// Of remembered notifications. Those of a source do not push out others', and neither do sources of a user.
+/// Of remembered notifications. A source does not push out those of others, nor a user those of other users.
 constexpr int maxRememberedTitles = 32;
 constexpr int maxRememberedSources = 256;
 

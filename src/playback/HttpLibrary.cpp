@@ -4,16 +4,15 @@
 #include "base/LibraryBeside.h"
 #include "playback/HttpFetch.h"
 
-#include <dlfcn.h>
-
 Result<std::unique_ptr<HttpFetch>> makeHttpFetch(const QUrl &url, HttpFetch::Kind kind,
                                                  int timeoutMs)
 {
     static const char somethingOfThisLibrary = 0;
-    const void *make = symbolOfLibraryBeside(
+    const auto make = symbolOfLibraryBeside(
         &somethingOfThisLibrary, QStringLiteral("libtavo_http.so"), "tavo_make_http_fetch");
-    if (make == nullptr) {
-        return Failure{QString::fromLocal8Bit(dlerror())};
+    if (const auto *failure = std::get_if<Failure>(&make)) {
+        return *failure;
     }
-    return (*static_cast<const MakeHttpFetch *>(make))(url, kind, timeoutMs);
+    return (*static_cast<const MakeHttpFetch *>(std::get<const void *>(make)))(url, kind,
+                                                                               timeoutMs);
 }

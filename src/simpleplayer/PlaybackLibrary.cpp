@@ -5,17 +5,16 @@
 
 #include "base/LibraryBeside.h"
 
-#include <dlfcn.h>
-
 Result<std::unique_ptr<Playback>> makePlayback(const PlayedSound &sound,
                                                const PlaybackOptions &options,
                                                const Playback::Report &report)
 {
     static const char somethingOfThisLibrary = 0;
-    const void *make = symbolOfLibraryBeside(
+    const auto make = symbolOfLibraryBeside(
         &somethingOfThisLibrary, QStringLiteral(TAVO_PLAYBACK_LIBRARY), "tavo_make_playback");
-    if (make == nullptr) {
-        return Failure{QString::fromLocal8Bit(dlerror())};
+    if (const auto *failure = std::get_if<Failure>(&make)) {
+        return *failure;
     }
-    return (*static_cast<const MakePlayback *>(make))(sound, options, report);
+    return (*static_cast<const MakePlayback *>(std::get<const void *>(make)))(sound, options,
+                                                                              report);
 }

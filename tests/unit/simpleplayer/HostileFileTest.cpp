@@ -39,25 +39,31 @@ QByteArray oggHeaders(const QByteArray &ogg)
     return ogg.left(ogg.indexOf("OggS", secondPage(ogg) + 1));
 }
 
+/// With the right checksum.
+QByteArray pageOf(QByteArray header, QByteArray body)
+{
+    ogg_page page{};
+    page.header = reinterpret_cast<unsigned char *>(header.data());
+    page.header_len = header.size();
+    page.body = reinterpret_cast<unsigned char *>(body.data());
+    page.body_len = body.size();
+    ogg_page_checksum_set(&page);
+    return header + body;
+}
+
 /// Pages of one packet that has no end.
 QByteArray endlessPacket(const QByteArray &ogg, int pages)
 {
     constexpr int largestPage = 255 * 255;
     QByteArray all;
-    QByteArray body(largestPage, 'x');
+    const QByteArray body(largestPage, 'x');
     for (int i = 0; i < pages; ++i) {
         const qint32 number = qToLittleEndian(2 + i);
         QByteArray header = ogg.left(18) +
                             QByteArray(reinterpret_cast<const char *>(&number), sizeof number) +
                             ogg.mid(22, 4) + QByteArray(256, char(255));
         header[5] = char(i == 0 ? 0 : 1); // continues the packet
-        ogg_page page{};
-        page.header = reinterpret_cast<unsigned char *>(header.data());
-        page.header_len = header.size();
-        page.body = reinterpret_cast<unsigned char *>(body.data());
-        page.body_len = body.size();
-        ogg_page_checksum_set(&page);
-        all += header + body;
+        all += pageOf(header, body);
     }
     return all;
 }
@@ -150,14 +156,7 @@ QByteArray withStreams(const QByteArray &opus, int streams, quint16 skipped)
     QByteArray head("OpusHead\1\1\0\0\x80\xbb\0\0\0\0\xff\0\0\0", 22);
     qToLittleEndian(skipped, head.data() + skippedAt);
     head[streamsAt] = char(streams);
-    QByteArray begin = opus.left(26) + char(1) + char(head.size());
-    ogg_page page{};
-    page.header = reinterpret_cast<unsigned char *>(begin.data());
-    page.header_len = begin.size();
-    page.body = reinterpret_cast<unsigned char *>(head.data());
-    page.body_len = head.size();
-    ogg_page_checksum_set(&page);
-    return begin + head + opus.mid(secondPage(opus));
+    return pageOf(opus.left(26) + char(1) + char(head.size()), head) + opus.mid(secondPage(opus));
 }
 
 /// Beginnings of large pages with a wrong checksum, one in another.

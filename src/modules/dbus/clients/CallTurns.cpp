@@ -35,8 +35,8 @@ constexpr std::size_t callBytes = 2048;
 /// Of the difference to the last call, this part is added to what a call is expected to take.
 constexpr double learning = 0.25;
 
-/// The bus library checks each character of a text that is read, which takes some 10 ms for a MiB. So of each user, the
-/// calls that are larger than one of these may take the other of late.
+/// The bus library checks each character of a text that is read, which takes some 10 ms for a MiB. So to measure the
+/// large calls of a user may take only so long of late.
 constexpr std::size_t largeBytes = 1 << 16;
 constexpr std::chrono::milliseconds maxMeasuring(50);
 
@@ -94,15 +94,14 @@ Quotas::Charge CallTurns::chargeFor(const std::string &client, const BusMessage 
 
 std::size_t CallTurns::measure(const std::string &client, const BusMessage &call)
 {
-    const Quotas::UserId user = m_quotas.userOf(client);
+    RecentTime &measuring = m_measuring[m_quotas.userOf(client)];
     const Clock::time_point start = Clock::now();
-    const auto before = m_measuring.find(user);
-    if (before != m_measuring.end() && before->second.at(start) > maxMeasuring) {
+    if (measuring.at(start) > maxMeasuring) {
         throw Refusals::tooManyLargeCalls();
     }
     const auto count = [&] {
         const Clock::time_point now = Clock::now();
-        m_measuring[user].add(now - start, now);
+        measuring.add(now - start, now);
     };
     try {
         const std::size_t bytes = bytesOf(call, m_limits.valueBytes);

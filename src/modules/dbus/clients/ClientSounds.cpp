@@ -18,9 +18,15 @@ const CMPath &soundsPath()
     return path;
 }
 
+/// The value of a request to cancel the sound.
+QVariant cancelOf(const QString &id)
+{
+    return TavoValue().setString_(id).__variant();
+}
+
 void askPlayerToCancel(const QString &id)
 {
-    CMRoot()->invoke(TavoNotificationPlayerCancelPath(), TavoValue().setString_(id), {});
+    CMRoot()->invoke(TavoNotificationPlayerCancelPath(), cancelOf(id), {});
 }
 
 /// Of one client, that wait for their replies.
@@ -234,8 +240,7 @@ void ClientSounds::on_turns_gaveWay(const CMPath &path)
 
 CMReply<QVariant> ClientSounds::cancel(const std::string &client, const QVariant &value)
 {
-    return m_playerRequests.addForGood(m_clients.quotas().userOf(client),
-                                       [this, value] { return cancel(value); });
+    return cancelInTurn(m_clients.quotas().userOf(client), value);
 }
 
 CMReply<QVariant> ClientSounds::cancel(const QVariant &value)
@@ -271,14 +276,13 @@ void ClientSounds::cancel(const QString &id)
         return entry.second.item.id() == id;
     });
     if (found != m_sounds.end()) {
-        cancelInTurn(found->second.charge.user(), id);
+        cancelInTurn(found->second.charge.user(), cancelOf(id));
     }
 }
 
-void ClientSounds::cancelInTurn(Quotas::UserId user, const QString &id)
+CMReply<QVariant> ClientSounds::cancelInTurn(Quotas::UserId user, const QVariant &value)
 {
-    m_playerRequests.addForGood(
-        user, [this, id] { return cancel(TavoValue().setString_(id).__variant()); });
+    return m_playerRequests.addForGood(user, [this, value] { return cancel(value); });
 }
 
 void ClientSounds::checkTarget(const CMPath &path)
@@ -354,7 +358,7 @@ CMPath ClientSounds::watch(const std::string &client, const TavoNotificationPlay
     Quotas::Charge charge = m_clients.quotas().charge(
         client, {Quotas::Sounds, 1, Quotas::storedBytes(bytes), item.priority()},
         [this, user = m_clients.quotas().userOf(client), id = item.id()] {
-            cancelInTurn(user, id);
+            cancelInTurn(user, cancelOf(id));
         });
     CMPath path = soundsPath() + QString::number(++m_lastNumber);
     CMActivateNode *node = CMActivateNode::create(m_nodes, path);
@@ -422,7 +426,7 @@ void ClientSounds::on_clients_left(const std::string &client)
     }
     for (const auto &[path, sound] : m_sounds) {
         if (sound.charge.client() == client && endsWithItsClient(sound.item)) {
-            cancelInTurn(sound.charge.user(), sound.item.id());
+            cancelInTurn(sound.charge.user(), cancelOf(sound.item.id()));
         }
     }
 }

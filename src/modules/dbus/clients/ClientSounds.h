@@ -111,7 +111,7 @@ private:
                  std::size_t bytes, const std::optional<OpenedSound> &file);
     CMReply<QVariant> sendInTurn(const CMPath &path);
     CMReply<QVariant> sendToPlayer(const CMPath &path, Sound &sound);
-    void cancelInTurn(Quotas::UserId user, const QString &id);
+    CMReply<QVariant> cancelInTurn(Quotas::UserId user, const QVariant &value);
     CMReply<QVariant> cancel(const QVariant &value);
     void takeOutcome(const CMPath &path, const QVariant &outcome);
     void takeTurns(const CMPath &path, const Sound &sound);

@@ -51,8 +51,11 @@ void UrgentTurns::cancel(const CMPath &sound)
     const bool isOnePlaying = std::any_of(m_sounds.begin(), m_sounds.end(), [](const auto &entry) {
         return entry.second.started.has_value();
     });
-    // Otherwise the player may be opening it.
-    isOnePlaying ? remove(sound) : fail(sound);
+    if (isOnePlaying) {
+        remove(sound);
+    } else {
+        fail(sound); // The player may be opening it.
+    }
 }
 
 void UrgentTurns::fail(const CMPath &sound)
