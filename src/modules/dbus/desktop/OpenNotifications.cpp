@@ -181,7 +181,7 @@ CMReply<QVariant> OpenNotifications::show(quint32 id, Entry &entry)
 {
     // No request of another has this id, even if it shows the same node: ClientMessages chooses the
     // ids of those of clients.
-    entry.request = QStringLiteral("dbus-notification-%1").arg(++m_requests);
+    entry.request = m_requestPrefix + QString::number(++m_requests);
     entry.isAwaited = true;
     entry.isStale = false;
     entry.givesWay = false;

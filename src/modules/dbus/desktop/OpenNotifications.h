@@ -13,6 +13,7 @@
 
 #include <QHash>
 #include <QObject>
+#include <QUuid>
 
 #include <memory>
 
@@ -134,6 +135,9 @@ private:
     QHash<QString, quint32> m_attended; ///< ids of what the module for attention has not ended
     Entries m_entries;
     NotificationIds m_ids;
+    /// Of the ids of requests. The module for attention keeps some of these when the host starts again.
+    const QString m_requestPrefix =
+        QStringLiteral("dbus-notification-%1-").arg(QUuid::createUuid().toString(QUuid::Id128));
     quint64 m_requests = 0; ///< to show a notification, so far
     quint64 m_states = 0;   ///< of all notifications, so far
     ImageScaler m_scaler;

@@ -265,6 +265,20 @@ TEST_F(DesktopAttentionTest, ClaimsPersistenceOnlyWithAHistory)
     EXPECT_FALSE(result("GetCapabilities"_s).contains("persistence"_s));
 }
 
+TEST_F(DesktopAttentionTest, ShowsNotificationsBesideThoseThatAreRestored)
+{
+    setSettings(R"({"rules": [{"name": "leak", "then": {"mustSee": true}}]})");
+    reloadAttention(historyFile());
+    ASSERT_TRUE(isShown(notifySend({"Leak"_s})));
+    unloadAttention();
+    unload();
+    reloadAttention(historyFile());
+    ASSERT_TRUE(waitFor([] { return displayed().size() == 1; }));
+    shareBus();
+    EXPECT_TRUE(isShown(notifySend({"Fire"_s})));
+    EXPECT_EQ(displayed().size(), 2);
+}
+
 class InhibitionTest : public DesktopAttentionTest
 {
 protected:
