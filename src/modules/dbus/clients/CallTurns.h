@@ -5,7 +5,6 @@
 
 #include "ClientLimits.h"
 #include "Quotas.h"
-#include "RecentTime.h"
 #include <bus/BusError.h>
 #include <bus/BusMessage.h>
 
@@ -64,8 +63,8 @@ public:
 
     /// Has the call of the client handled soon. The method must stay while there is a bus. Throws
     /// BusError::limitExceeded() when too many calls wait already; then also for the client's further calls, until
-    /// those that wait are handled; and while calls wait, when many large ones of the client's user have come of late. They
-    /// are not even read, because a flood must cost little.
+    /// those that wait are handled; and when many large ones of the client's user have come of late, unless all are of
+    /// one user. They are not even read, because a flood must cost little.
     void add(const std::string &client, const BusMessage &call, Method &method);
 
     /// The client has left. False while calls of it are still to be handled; left() follows then. If many
@@ -132,8 +131,6 @@ private:
     Waiting m_waiting;          ///< by name; each has calls
     Waiting::node_type m_spare; ///< an entry without calls, for the next client that has none
     std::map<Quotas::UserId, int> m_left; ///< how many of these clients have left
-    std::map<Quotas::UserId, RecentTime>
-        m_measuring; ///< how long the large calls of each took to measure
     bool m_isSpending = false;
     Clock::time_point m_nextTurn{}; ///< unless there is nothing to read
     bool m_hasCome = false;         ///< a call, in this turn of the bus

@@ -162,7 +162,7 @@ void Outbox::countTime(const std::string &client, const Letter &letter)
     // Signals may have been caused by others; they must not keep the client's own calls waiting.
     const Quotas::Seconds time = double(letter.bytes) * timePerByte;
     if (letter.message.isSignal()) {
-        m_quotas.addSendingTime(client, time);
+        m_quotas.addTime(client, time, Quotas::Sending);
     } else {
         m_quotas.addTime(client, time);
     }

@@ -23,6 +23,9 @@ constexpr std::size_t maxTotalInhibitions = 512;
 /// Far from what a double can't hold.
 constexpr double maxTimeUnit = 1e30;
 
+/// About as long as one large call takes.
+constexpr std::chrono::milliseconds minMeasuring(5);
+
 /// What clients have left behind is given up first while it is more than this part of the total (a
 /// divisor).
 constexpr std::size_t leftPart = 16;
@@ -364,37 +367,28 @@ void Quotas::setTimeUnit()
     }
     const double unit = std::exchange(m_timeUnit, 1);
     const auto divide = [unit](Times &times) {
-        times.time /= unit;
-        times.sendingTime /= unit;
+        for (double &time : times) {
+            time /= unit;
+        }
     };
-    divide(m_unknown);
+    divide(m_unknown.times);
     for (auto &[id, user] : m_users) {
-        divide(user);
+        divide(user.times);
     }
     for (const auto &[client, account] : m_accounts) {
-        divide(*account);
+        divide(account->times);
     }
 }
 
-void Quotas::addTime(const std::string &client, Seconds time)
-{
-    spend(client, time, &Times::time);
-}
-
-void Quotas::addSendingTime(const std::string &client, Seconds time)
-{
-    spend(client, time, &Times::sendingTime);
-}
-
-void Quotas::spend(const std::string &client, Seconds time, double Times::*kind)
+void Quotas::addTime(const std::string &client, Seconds time, Work work)
 {
     Account *known = find(client);
     if (known == nullptr) {
         return;
     }
     setTimeUnit();
-    for (Times *times : {static_cast<Times *>(known), static_cast<Times *>(known->user)}) {
-        times->*kind += time.count() * m_timeUnit;
+    for (Times *times : {&known->times, &known->user->times}) {
+        times->at(work) += time.count() * m_timeUnit;
     }
 }
 
@@ -402,22 +396,41 @@ Quotas::Seconds Quotas::timeOfUser(const std::string &client)
 {
     setTimeUnit();
     const Account *known = find(client);
-    return Seconds(known == nullptr ? 0 : known->user->time / m_timeUnit);
+    return known == nullptr ? Seconds(0) : seconds(known->user->times[Handling]);
+}
+
+bool Quotas::hasTimeToMeasure(const std::string &client, Seconds ofAll)
+{
+    const Account *known = find(client);
+    if (known == nullptr) {
+        return true;
+    }
+    setTimeUnit();
+    const bool hasUser = known->user->id.has_value();
+    const Seconds taken = seconds((hasUser ? known->user->times : known->times)[Measuring]);
+    if (taken <= minMeasuring || !hasUser) {
+        return taken <= minMeasuring;
+    }
+    Seconds left = ofAll + taken;
+    for (const auto &[id, user] : m_users) {
+        left -= seconds(user.times[Measuring]);
+    }
+    return taken <= left / 2;
 }
 
 Quotas::Turn Quotas::sendingTurnOf(const std::string &client) const
 {
     const Account *known = find(client);
-    return known == nullptr ? Turn{0, 0}
-                            : Turn{known->user->time + known->user->sendingTime,
-                                   known->time + known->sendingTime};
+    const auto time = [](const Times &times) { return times[Handling] + times[Sending]; };
+    return known == nullptr ? Turn{0, 0} : Turn{time(known->user->times), time(known->times)};
 }
 
 Quotas::Turn Quotas::turnOf(const std::string &client, Seconds next) const
 {
     const Account *known = find(client);
     return known == nullptr ? Turn{0, 0}
-                            : Turn{known->user->time, known->time + next.count() * m_timeUnit};
+                            : Turn{known->user->times[Handling],
+                                   known->times[Handling] + next.count() * m_timeUnit};
 }
 
 void Quotas::setUser(const std::string &client, std::uint32_t id)
@@ -429,14 +442,17 @@ void Quotas::setUser(const std::string &client, std::uint32_t id)
     Account &account = *known;
     const Amounts held = account.held;
     account.subtract(held);
-    account.user->time -= account.time;
-    account.user->sendingTime -= account.sendingTime;
+    const auto move = [&account](double sign) {
+        for (std::size_t work = 0; work < account.times.size(); ++work) {
+            account.user->times[work] += sign * account.times[work];
+        }
+    };
+    move(-1);
     const auto [user, isNew] = m_users.try_emplace(id);
     user->second.id = id;
     account.user = isNew ? &newUser(user->second) : &user->second;
     account.add(held);
-    account.user->time += account.time;
-    account.user->sendingTime += account.sendingTime;
+    move(1);
 }
 
 Quotas::UserId Quotas::userOf(const std::string &client) const

@@ -136,14 +136,22 @@ public:
 
     using Seconds = std::chrono::duration<double>;
 
+    /// What time is spent on.
+    enum Work {
+        Handling,
+        Sending,  ///< what others may have caused. It counts for sendingTurnOf() only.
+        Measuring ///< large calls. It counts for hasTimeToMeasure() only.
+    };
+
     /// Counts time that was spent on a client. It is forgotten by half in each second.
-    void addTime(const std::string &client, Seconds time);
+    void addTime(const std::string &client, Seconds time, Work work = Handling);
 
-    /// The same for sending it what others may have caused. It counts for sendingTurnOf() only.
-    void addSendingTime(const std::string &client, Seconds time);
-
-    /// The time that was spent on the client's user of late.
+    /// The time that was spent on handling for the client's user of late.
     Seconds timeOfUser(const std::string &client);
+
+    /// Whether large calls of the client may be measured: its user may take half of what the other users leave of
+    /// this much time, and always a little. While its user is unknown, the client has that little only.
+    bool hasTimeToMeasure(const std::string &client, Seconds ofAll);
 
     bool hasManyUsers() const { return m_users.size() > 1; }
 
@@ -188,21 +196,18 @@ private:
         const char *what;
     };
 
-    /// Time that was spent; see m_timeUnit.
-    struct Times
-    {
-        double time = 0;
-        double sendingTime = 0;
-    };
+    /// Time that was spent on each work; see m_timeUnit.
+    using Times = std::array<double, Measuring + 1>;
 
-    struct User : Times
+    struct User
     {
         UserId id;
+        Times times{};
         Amounts held{};
         std::shared_ptr<Account> left; ///< what clients have left behind
     };
 
-    struct Account : std::enable_shared_from_this<Account>, Times
+    struct Account : std::enable_shared_from_this<Account>
     {
         Account(std::string name, User &owner, Amounts &all);
 
@@ -214,6 +219,7 @@ private:
         User *user;
         Amounts &totals; ///< of all clients
         Amounts held{};
+        Times times{};
         double requests = 0; ///< how many it may send at once; refilled with time
         Clock::time_point refilled;
 
@@ -248,7 +254,7 @@ private:
     Item *findVictim(const Account &asking, Kind kind, std::size_t amount, Priority priority) const;
     const User &heaviestUser(const Account &asking, Kind kind, std::size_t amount) const;
     void setTimeUnit();
-    void spend(const std::string &client, Seconds time, double Times::*kind);
+    Seconds seconds(double time) const { return Seconds(time / m_timeUnit); }
     template <typename Function>
     void forEachAccount(const Function &function) const;
 

@@ -12,7 +12,7 @@ BusError Refusals::tooManyRequests(int maxPerSecond)
 BusError Refusals::tooManyLargeCalls()
 {
     return BusError::limitExceeded(
-        "A user's clients may not send so many large calls while others wait");
+        "A user's clients may not send so many large calls in so short a time");
 }
 
 BusError Refusals::clientHoldsTooMuch(std::size_t max, const char *what)

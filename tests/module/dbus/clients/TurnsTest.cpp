@@ -329,7 +329,7 @@ TEST_F(DbusModuleTurnsTest, AreNotTakenByReadingManyLargeTexts)
     }
     EXPECT_TRUE(std::any_of(calls.begin(), calls.end(), [](const BusCall &call) {
         return call.errorMessage() ==
-               "A user's clients may not send so many large calls while others wait";
+               "A user's clients may not send so many large calls in so short a time";
     }));
     EXPECT_TRUE(waitFor([&] {
         return client->send("/test/nothing"_s, large).errorName() != limitsExceeded;

@@ -292,7 +292,7 @@ GLib.MainLoop().run()
 )");
     ASSERT_TRUE(victim->writes("inbox /dbus/inbox/1"_s)) << victim->errors().toStdString();
     for (int i = 0; i < 60; ++i) {
-        EXPECT_TRUE(client->send("/dbus/inbox/1"_s, QString(1'000'000, 'x')).succeeds());
+        EXPECT_TRUE(client->send("/dbus/inbox/1"_s, QByteArray(1'000'000, 'x')).succeeds());
     }
     victim->sendSignal(SIGCONT);
     EXPECT_TRUE(victim->writes("Dropped /dbus/inbox/1 "_s)) << victim->errors().toStdString();
