@@ -18,6 +18,9 @@ constexpr int blocksInFile = 8;   // at least, so that the file is never much la
 constexpr int maxLeftOpen = 1000; // nobody can see more of them
 constexpr qint64 msPerDay = 86'400'000;
 
+#define SELECT_OPEN_MUST_SEE                                                                       \
+    "SELECT * FROM entries INDEXED BY entries_open WHERE endTime = 0 AND flags & 2"
+
 /// About what an entry takes in the file.
 qint64 bytesOf(const HistoryEntry &entry)
 {
@@ -52,9 +55,9 @@ struct HistoryFile::Statements
         database, "UPDATE entries SET state = ?, action = ?, endTime = ? WHERE number = ?"};
     SqliteStatement see{database, "UPDATE entries INDEXED BY entries_missed SET state = ? "
                                   "WHERE state IN (5, 6) AND number <= ? AND number >= ?"};
-    SqliteStatement leftOpen{database, SELECT_ENTRIES
-                             "entries INDEXED BY entries_open "
-                             "WHERE endTime = 0 AND flags & 2 ORDER BY number LIMIT ?"};
+    SqliteStatement leftOpen{database,
+                             SELECT_ENTRIES "(SELECT * FROM kept UNION ALL " SELECT_OPEN_MUST_SEE
+                                            ") AS entries ORDER BY number LIMIT ?"};
     SqliteStatement left{database, "SELECT 1 FROM entries INDEXED BY entries_open "
                                    "WHERE endTime = 0 AND NOT flags & 2 LIMIT 1"};
     SqliteStatement missLeft{database, "UPDATE entries INDEXED BY entries_open "
@@ -67,6 +70,8 @@ struct HistoryFile::Statements
     SqliteStatement oldestDated{database,
                                 "SELECT number, time FROM entries "
                                 "WHERE number >= ? AND time <= ? ORDER BY number LIMIT 1"};
+    SqliteStatement keep{database, "INSERT INTO kept " SELECT_OPEN_MUST_SEE " AND number <= ?"};
+    SqliteStatement endKept{database, "DELETE FROM kept WHERE number = ?"};
     SqliteStatement remove{database, "DELETE FROM entries WHERE number <= ?"};
     SqliteStatement newest{database, SELECT_ENTRIES "entries "
                                                     "WHERE number < ? ORDER BY number DESC"};
@@ -130,6 +135,9 @@ void HistoryFile::write(const HistoryChange &change)
     {
         SqliteRows rows(m_statements->state, number);
         if (!rows.next()) {
+            if (change.endTime != 0) {
+                m_statements->endKept.run(number);
+            }
             return;
         }
         old.state = HistoryEntry::State(rows.number(0));
@@ -218,6 +226,8 @@ void HistoryFile::removeOldest()
         // Nothing is left to remove, so nothing may be counted either, even in a damaged file.
         m_totals = isOverLimit() ? Totals{m_totals.last, 0, 0, 0} : m_totals;
     } else {
+        // People must see these, after a restart, too.
+        m_statements->keep.run(last);
         m_statements->remove.run(last);
         m_index->removeUpTo(last);
         if (m_database.number("PRAGMA freelist_count") > maxFreePages) {

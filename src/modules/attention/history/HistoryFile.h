@@ -45,7 +45,7 @@ public:
     /// A page, from everything that has been applied.
     HistoryPage page(const HistoryQuery &query);
 
-    /// The open entries with mustSee.
+    /// The open entries with mustSee, also those that have been removed to make room.
     QVector<HistoryEntry> leftOpen();
 
     /// Whether there is something for HistoryLeftEnd to end.

@@ -17,16 +17,20 @@ constexpr qint64 fileVersion = 1;
 static_assert(int(HistoryEntry::State::Expired) == 5 && int(HistoryEntry::State::Silenced) == 6,
               "the statements name them");
 
-constexpr const char *schema = R"(
-    CREATE TABLE entries(
-        number INTEGER PRIMARY KEY, id TEXT, time INTEGER, source TEXT, application TEXT, category TEXT,
-        "group" TEXT, priority INTEGER, title TEXT, text TEXT, state INTEGER, action TEXT,
-        endTime INTEGER, flags INTEGER, bytes INTEGER);
+#define ENTRY_COLUMNS                                                                              \
+    "number INTEGER PRIMARY KEY, id TEXT, time INTEGER, source TEXT, application TEXT, "           \
+    "category TEXT, \"group\" TEXT, priority INTEGER, title TEXT, text TEXT, state INTEGER, "      \
+    "action TEXT, endTime INTEGER, flags INTEGER, bytes INTEGER"
+
+constexpr const char *schema = "CREATE TABLE entries(" ENTRY_COLUMNS R"();
     CREATE INDEX entries_missed ON entries(number) WHERE state IN (5, 6);
     CREATE INDEX entries_open ON entries(number) WHERE endTime = 0;
     CREATE TABLE totals(last INTEGER, entries INTEGER, bytes INTEGER, missed INTEGER);
     INSERT INTO totals VALUES(0, 0, 0, 0);
 )";
+
+// Entries with mustSee that were open when they went to make room. Older files have no such table.
+constexpr const char *keptSchema = "CREATE TABLE IF NOT EXISTS kept(" ENTRY_COLUMNS ")";
 
 void checkOwner(qint64 mark, qint64 version)
 {
@@ -90,4 +94,5 @@ void setUpHistory(Sqlite &database)
         HistoryIndex::create(database);
         database.execute(marks.constData());
     }
+    database.execute(keptSchema);
 }

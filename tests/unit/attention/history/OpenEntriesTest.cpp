@@ -5,8 +5,10 @@
 
 #include <gmock/gmock.h>
 
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Not;
 using testing::SizeIs;
 
 namespace {
@@ -58,6 +60,26 @@ TEST_F(OpenEntriesTest, WhatMustBeSeenIsReportedAfterEachRestartUntilItEnds)
     history->add(mustSee);
     EXPECT_THAT(startAgain(), SizeIs(1));
     EXPECT_THAT(startAgain(), SizeIs(1));
+}
+
+TEST_F(OpenEntriesTest, WhatMustBeSeenIsReportedUntilItEndsEvenIfItsEntryHasGone)
+{
+    settings.maxEntries = 5;
+    start();
+    HistoryEntry mustSee = entry("Open"_s);
+    mustSee.mustSee = true;
+    history->add(mustSee);
+    for (int i = 0; i < 10; ++i) {
+        history->add(entry("Newer"_s));
+    }
+    const QVector<HistoryEntry> left = startAgain();
+    ASSERT_THAT(left, SizeIs(1));
+    EXPECT_EQ(left[0].title, "Open"_s);
+    EXPECT_THAT(titles(page()), Not(Contains("Open"_s)));
+    const QVector<HistoryEntry> again = startAgain();
+    ASSERT_THAT(again, SizeIs(1));
+    history->change(again[0].number, State::Seen, {}, 9);
+    EXPECT_THAT(startAgain(), IsEmpty());
 }
 
 TEST_F(OpenEntriesTest, OtherOpenEntriesHaveEndedWithTheHost)
