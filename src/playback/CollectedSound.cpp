@@ -73,6 +73,7 @@ Result<FrameSource::Loading> CollectedSound::load(const WakeEvent &wake)
 Result<FrameSource::Loading> CollectedSound::decode(std::unique_ptr<SoundFile> sound,
                                                     const WakeEvent &wake)
 {
+    sound->isWanted = isWanted;
     auto opened = sound->open(wake);
     if (isDone(opened)) {
         m_sound = std::move(sound);

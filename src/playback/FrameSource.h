@@ -5,6 +5,7 @@
 
 #include "base/Result.h"
 
+#include <functional>
 #include <optional>
 #include <variant>
 
@@ -64,6 +65,10 @@ public:
     virtual ~FrameSource() = default;
     FrameSource(const FrameSource &) = delete;
     FrameSource &operator=(const FrameSource &) = delete;
+
+    /// Called now and then while a call takes long. Returns whether the source is still wanted. If it is not, no
+    /// other call follows.
+    std::function<bool()> isWanted = [] { return true; };
 
     /// Opens the source, unless it is open. Waits only for the file system. The event interrupts
     /// it; the next call starts over.

@@ -32,8 +32,11 @@ constexpr qint64 minBytesPerRead = 512;
 // waits for what has begun.
 constexpr std::chrono::milliseconds maxTimePerCall(100);
 
+// A call that takes longer is long. Opening a usual file takes half of it.
+constexpr std::chrono::milliseconds longCall(10);
+
 // How many bytes are read between two checks of the time, and whether the file is still wanted.
-constexpr qint64 bytesPerLook = 65536;
+constexpr qint64 bytesPerLook = 16384;
 
 constexpr const char *unknownFormat = "holds no sound in a known format";
 
@@ -281,7 +284,9 @@ qint64 SoundFile::readAt(void *target, qint64 count, qint64 offset) const
 void SoundFile::allowCall()
 {
     m_allowance = maxBytesPerCall;
-    m_latest = processorTime() + maxTimePerCall;
+    const std::chrono::nanoseconds now = processorTime();
+    m_latest = now + maxTimePerCall;
+    m_long = now + longCall;
 }
 
 // The decoder takes a refusal for the end of the file.
@@ -290,10 +295,14 @@ bool SoundFile::mayRead(qint64 bytes)
     const qint64 before =
         std::exchange(m_allowance, m_allowance - std::max(bytes, minBytesPerRead));
     const bool looks = before / bytesPerLook != m_allowance / bytesPerLook;
-    if (looks && processorTime() > m_latest) {
+    if (!looks) {
+        return m_allowance >= 0 && !m_interrupted;
+    }
+    const std::chrono::nanoseconds now = processorTime();
+    if (now > m_latest || (now > m_long && !isWanted())) {
         m_allowance = -1;
     }
-    if (m_wake != nullptr && looks && m_wake->wait(0)) {
+    if (m_wake != nullptr && m_wake->wait(0)) {
         m_interrupted = true;
     }
     return m_allowance >= 0 && !m_interrupted;

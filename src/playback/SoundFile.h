@@ -62,6 +62,7 @@ private:
     qint64 m_offset = 0;
     qint64 m_allowance = 0;               // how much the decoder may still read in this call
     std::chrono::nanoseconds m_latest{0}; // of the thread's processor time: the call's end
+    std::chrono::nanoseconds m_long{0};   // the same: the call takes long from then on
     const WakeEvent *m_wake = nullptr;    // while the file is opened
     bool m_interrupted = false;
     std::unique_ptr<Decoder> m_decoder;

@@ -8,8 +8,8 @@
 #include <utility>
 
 namespace {
-/// How much more a user must have played, so that short sounds play to their end.
-constexpr std::chrono::duration<double> maxMargin(0.2);
+/// For so long, a sound plays before it gives way, so that short ones play to their end.
+constexpr std::chrono::duration<double> maxTurn(0.2);
 
 /// The same for all users together: the more there are, the sooner each gives way.
 constexpr std::chrono::duration<double> maxOfAll(0.7);
@@ -70,84 +70,73 @@ void UrgentTurns::remove(const CMPath &sound)
     if (found == m_sounds.end()) {
         return;
     }
-    const auto user = found->second.charge->user();
     if (found->second.started) {
         m_lastEnd = Clock::now();
-        m_played[user].add(m_lastEnd - *found->second.started, m_lastEnd);
+        m_lastTurns[found->second.charge->user()] = m_lastEnd;
     }
     m_sounds.erase(found);
 }
 
 void UrgentTurns::arrange()
 {
-    const Users played = playedNow();
-    const Sound *next = nextInTurn(played);
+    const Sound *next = nextInTurn();
     if (next == nullptr || m_sounds.size() == 1) {
         return;
     }
-    for (const CMPath &sound : thoseBefore(*next, played)) {
+    for (const CMPath &sound : thoseBefore(*next)) {
         remove(sound);
         Q_EMIT gaveWay(sound);
     }
     m_timer.start();
 }
 
-UrgentTurns::Users UrgentTurns::playedNow() const
+UrgentTurns::Clock::time_point UrgentTurns::lastTurnOf(const Sound &sound) const
 {
-    const Clock::time_point now = Clock::now();
-    Users users;
-    for (const auto &[user, played] : m_played) {
-        users[user] = played.at(now);
-    }
-    for (const auto &[path, sound] : m_sounds) {
-        const auto user = sound.charge->user();
-        if (sound.started) {
-            users[user] += now - *sound.started;
-        }
-    }
-    return users;
+    const auto user = sound.charge->user();
+    const bool isPlaying = std::any_of(m_sounds.begin(), m_sounds.end(), [&](const auto &entry) {
+        return entry.second.started && entry.second.charge->user() == user;
+    });
+    const auto last = m_lastTurns.find(user);
+    return isPlaying                   ? Clock::time_point::max()
+           : last == m_lastTurns.end() ? Clock::time_point::min()
+                                       : last->second;
 }
 
-const UrgentTurns::Sound *UrgentTurns::nextInTurn(const Users &played) const
+const UrgentTurns::Sound *UrgentTurns::nextInTurn() const
 {
     const Sound *next = nullptr;
-    std::pair<Seconds, std::uint64_t> least;
+    std::pair<Clock::time_point, std::uint64_t> first;
     for (const auto &[path, sound] : m_sounds) {
-        if (sound.started) {
-            continue;
-        }
-        const auto time = played.find(sound.charge->user());
-        const std::pair turn(time == played.end() ? Seconds(0) : time->second, sound.number);
-        if (next == nullptr || turn < least) {
+        const std::pair turn(lastTurnOf(sound), sound.number);
+        if (!sound.started && (next == nullptr || turn < first)) {
             next = &sound;
-            least = turn;
+            first = turn;
         }
     }
     return next;
 }
 
-UrgentTurns::Seconds UrgentTurns::margin() const
+UrgentTurns::Seconds UrgentTurns::turn() const
 {
     std::set<Quotas::UserId> users;
     for (const auto &[path, sound] : m_sounds) {
         users.insert(sound.charge->user());
     }
-    return std::clamp<Seconds>(maxOfAll / double(users.size()) - change, Seconds(0), maxMargin);
+    return std::clamp<Seconds>(maxOfAll / double(users.size()) - change, Seconds(0), maxTurn);
 }
 
-std::vector<CMPath> UrgentTurns::thoseBefore(const Sound &next, const Users &played) const
+std::vector<CMPath> UrgentTurns::thoseBefore(const Sound &next) const
 {
-    const auto time = [&](const Sound &sound) {
-        const auto found = played.find(sound.charge->user());
-        return found == played.end() ? Seconds(0) : found->second;
-    };
-    const Seconds least = time(next);
-    const Seconds most = least + margin();
+    const Clock::time_point nextsLast = lastTurnOf(next);
+    const Seconds longest = turn();
+    const Clock::time_point now = Clock::now();
     std::vector<CMPath> sounds;
     for (const auto &[path, sound] : m_sounds) {
+        if (lastTurnOf(sound) <= nextsLast) {
+            continue;
+        }
         // One that was sent later may have overtaken it, if another module has passed it on.
-        if (sound.started ? time(sound) > most
-                          : sound.number < next.number && time(sound) > least) {
+        if (sound.started ? now - *sound.started > longest : sound.number < next.number) {
             sounds.push_back(path);
         }
     }

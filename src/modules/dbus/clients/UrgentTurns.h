@@ -5,7 +5,6 @@
 
 #include "PathHash.h"
 #include "Quotas.h"
-#include "RecentTime.h"
 #include <core/tavo.h>
 
 #include <QObject>
@@ -19,9 +18,8 @@
 #include <vector>
 
 /// Keeps the urgent sounds of one user from making those of another wait. The player plays them in the
-/// order of their arrival, however long they are. So a sound that has not started makes the one that plays
-/// give way if that one's user has clearly played more of late than its own user, and those that wait before it if
-/// theirs have played more at all.
+/// order of their arrival, however long they are. Here the user is next whose last turn is longest ago. Its sound
+/// makes those give way that wait before it, and the one that plays once that has played for its turn.
 ///
 /// Owned by ClientSounds, used in the worker's thread. Clients whose user is not known count as one
 /// user.
@@ -43,10 +41,10 @@ public:
     /// The sound has started, if it is one of these.
     void start(const CMPath &sound);
 
-    /// The player could not play the sound, if it is one of these. The time for which it tried counts.
+    /// The player could not play the sound, if it is one of these. It was a turn.
     void fail(const CMPath &sound);
 
-    /// The sound is cancelled, if it is one of these. The time for which the player tried to play it counts.
+    /// The sound is cancelled, if it is one of these. If the player tried to play it, it was a turn.
     void cancel(const CMPath &sound);
 
     /// The sound has ended or given way, if it is one of these.
@@ -63,8 +61,8 @@ private Q_SLOTS:
     void on_timer_timeout() { arrange(); }
 
 private:
-    using Clock = RecentTime::Clock;
-    using Seconds = RecentTime::Seconds;
+    using Clock = std::chrono::steady_clock;
+    using Seconds = std::chrono::duration<double>;
 
     struct Sound
     {
@@ -74,16 +72,14 @@ private:
         std::optional<Clock::time_point> started;
     };
 
-    using Users = std::map<Quotas::UserId, Seconds>;
+    /// When a sound of its user has last kept the player busy.
+    Clock::time_point lastTurnOf(const Sound &sound) const;
+    const Sound *nextInTurn() const;
+    Seconds turn() const; ///< how long it is
+    std::vector<CMPath> thoseBefore(const Sound &next) const;
 
-    Users playedNow() const;
-    const Sound *nextInTurn(const Users &played) const;
-    Seconds margin() const;
-    std::vector<CMPath> thoseBefore(const Sound &next, const Users &played) const;
-
-    std::unordered_map<CMPath, Sound, PathHash> m_sounds; ///< with the player
-    /// How long a user's urgent sounds have kept the player busy, without what plays now.
-    std::map<Quotas::UserId, RecentTime> m_played;
+    std::unordered_map<CMPath, Sound, PathHash> m_sounds;    ///< with the player
+    std::map<Quotas::UserId, Clock::time_point> m_lastTurns; ///< but for what plays now
     std::uint64_t m_lastNumber = 0;
     Clock::time_point m_lastEnd; ///< of a sound that kept the player busy
     QTimer

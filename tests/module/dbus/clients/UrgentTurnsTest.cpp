@@ -207,7 +207,7 @@ TEST_F(DbusAttentionTurnsTest, ASoundIsCancelledWhenItArrives)
     EXPECT_TRUE(happens("endless cancelled"));
 }
 
-TEST_F(DbusUrgentTurnsTest, AllSoundsOfAUserThatHasPlayedMuchGiveWay)
+TEST_F(DbusUrgentTurnsTest, AllSoundsOfAUserWhoseSoundPlaysGiveWay)
 {
     enqueue(*first, "endless"_s);
     enqueue(*first, "next"_s);
@@ -217,7 +217,7 @@ TEST_F(DbusUrgentTurnsTest, AllSoundsOfAUserThatHasPlayedMuchGiveWay)
     EXPECT_TRUE(happens("next cancelled"));
 }
 
-TEST_F(DbusUrgentTurnsTest, ASoundThatWaitsGivesWayHoweverLittleItsUserHasPlayed)
+TEST_F(DbusUrgentTurnsTest, ASoundThatWaitsGivesWayHoweverShortTheLastOneOfItsUserWas)
 {
     enqueue(*first, "short"_s);
     respond("short"_s, ResponseType::Started);
@@ -228,7 +228,21 @@ TEST_F(DbusUrgentTurnsTest, ASoundThatWaitsGivesWayHoweverLittleItsUserHasPlayed
     EXPECT_TRUE(happens("next cancelled"));
 }
 
-TEST_F(DbusUrgentTurnsTest, TheTimeThatSoundsTakeToFailCounts)
+TEST_F(DbusUrgentTurnsTest, TheUserWhoseLastTurnIsLongestAgoIsNextHoweverLongItWas)
+{
+    enqueue(*first, "long"_s);
+    respond("long"_s, ResponseType::Started);
+    pass(700);
+    respond("long"_s, ResponseType::Finished);
+    enqueue(*second, "short"_s);
+    respond("short"_s, ResponseType::Started);
+    respond("short"_s, ResponseType::Finished);
+    enqueue(*second, "next"_s);
+    enqueue(*first, "alarm"_s);
+    EXPECT_TRUE(happens("next cancelled"));
+}
+
+TEST_F(DbusUrgentTurnsTest, ASoundThatFailsIsATurn)
 {
     enqueue(*first, "broken"_s);
     enqueue(*first, "next"_s);
@@ -238,7 +252,7 @@ TEST_F(DbusUrgentTurnsTest, TheTimeThatSoundsTakeToFailCounts)
     EXPECT_TRUE(happens("next cancelled"));
 }
 
-TEST_F(DbusUrgentTurnsTest, TheTimeThatASoundTakesToOpenCounts)
+TEST_F(DbusUrgentTurnsTest, OpeningASoundIsPartOfItsTurn)
 {
     playAndOpen("short"_s, "slow"_s);
     respond("slow"_s, ResponseType::Started);
@@ -248,7 +262,7 @@ TEST_F(DbusUrgentTurnsTest, TheTimeThatASoundTakesToOpenCounts)
     EXPECT_TRUE(happens("next cancelled"));
 }
 
-TEST_F(DbusUrgentTurnsTest, TheTimeThatACancelledSoundHasTakenToOpenCounts)
+TEST_F(DbusUrgentTurnsTest, ASoundThatIsCancelledWhileItIsOpenedIsATurn)
 {
     playAndOpen("short"_s, "slow"_s);
     cancel(*first, "slow"_s);
