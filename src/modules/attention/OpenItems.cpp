@@ -78,22 +78,9 @@ bool isPrivate(const AttentionItem &item, const Decision &decision)
     return item.isTransient || decision.treatment.isPrivate.value_or(false);
 }
 
-HistoryEntry historyEntryOf(const AttentionItem &item, const Decision &decision)
+bool mustSee(const Decision &decision)
 {
-    HistoryEntry entry;
-    entry.id = item.id;
-    entry.time = AlarmClock::now();
-    entry.source = item.source;
-    entry.application = item.application;
-    entry.category = item.category;
-    entry.group = decision.treatment.group.value_or(item.group);
-    entry.priority = decision.priority;
-    entry.title = item.title.toString();
-    // What is only said has no other text.
-    entry.text = item.text.isEmpty() ? item.speech : item.text.toString();
-    entry.isPrivate = isPrivate(item, decision);
-    entry.mustSee = decision.treatment.mustSee.value_or(false);
-    return entry;
+    return decision.treatment.mustSee.value_or(false);
 }
 
 AttentionItem itemOf(const HistoryEntry &entry)
@@ -183,6 +170,7 @@ OpenItems::OpenItems(CMNodes *nodes, Entrance &entrance, History &history, Speec
 
 OpenItems::~OpenItems()
 {
+    fillPlaces(); // the call that was posted does not come any more
     // Their nodes go, or nobody is left to tell their requesters of their end.
     for (const Entry &entry : qAsConst(m_entries)) {
         if (!entry.request.isEmpty()) {
@@ -196,9 +184,8 @@ AttentionOutcome OpenItems::open(const AttentionItem &item, const Decision &deci
 {
     Entry &entry = insert(item, decision);
     if (decision.isRemembered) {
-        HistoryEntry remembered = historyEntryOf(item, decision);
-        remembered.mustSee = remembered.mustSee && !hasTooManyToSee(item.user);
-        entry.number = m_history.add(remembered);
+        entry.comesBack = mustSee(decision) && freePlaces(item.user) > 0;
+        entry.number = m_history.add(historyEntryOf(entry));
     }
     if (decision.isShown && hasMessage(item)) {
         show(entry);
@@ -213,13 +200,67 @@ AttentionOutcome OpenItems::open(const AttentionItem &item, const Decision &deci
     return outcome;
 }
 
-bool OpenItems::hasTooManyToSee(const QString &user) const
+HistoryEntry OpenItems::historyEntryOf(const Entry &entry)
+{
+    const AttentionItem &item = entry.item;
+    HistoryEntry remembered;
+    remembered.number = entry.number;
+    remembered.id = item.id;
+    remembered.time = AlarmClock::now();
+    remembered.source = item.source;
+    remembered.application = item.application;
+    remembered.category = item.category;
+    remembered.group = entry.decision.treatment.group.value_or(item.group);
+    remembered.priority = entry.decision.priority;
+    remembered.title = item.title.toString();
+    // What is only said has no other text.
+    remembered.text = item.text.isEmpty() ? item.speech : item.text.toString();
+    remembered.isPrivate = isPrivate(item, entry.decision);
+    remembered.mustSee = entry.comesBack;
+    return remembered;
+}
+
+int OpenItems::freePlaces(const QString &user) const
 {
     const auto isOne = [&user](const Entry &entry) {
-        return entry.item.user == user && entry.decision.treatment.mustSee.value_or(false);
+        return entry.comesBack && entry.item.user == user;
     };
-    return !user.isEmpty() &&
-           std::count_if(m_entries.begin(), m_entries.end(), isOne) > maxMustSeeOfUser;
+    if (user.isEmpty()) { // the host's own
+        return maxMustSeeOfUser;
+    }
+    return maxMustSeeOfUser - int(std::count_if(m_entries.begin(), m_entries.end(), isOne));
+}
+
+void OpenItems::leavePlace(const QString &user)
+{
+    if (user.isEmpty()) {
+        return;
+    }
+    // Once for all that end together.
+    if (m_usersWithPlaces.isEmpty()) {
+        m_entrance.post([this] { fillPlaces(); });
+    }
+    m_usersWithPlaces.insert(user);
+}
+
+void OpenItems::fillPlaces()
+{
+    const QSet<QString> users = std::exchange(m_usersWithPlaces, {});
+    for (const QString &user : users) {
+        QMap<qint64, Entry *> waiting; // the oldest is the first
+        for (Entry &entry : m_entries) {
+            if (!entry.comesBack && entry.number != 0 && entry.item.user == user &&
+                mustSee(entry.decision)) {
+                waiting.insert(entry.number, &entry);
+            }
+        }
+        int places = freePlaces(user);
+        for (auto entry = waiting.begin(); entry != waiting.end() && places > 0; ++entry) {
+            --places;
+            (*entry)->comesBack = true;
+            m_history.replace(historyEntryOf(**entry));
+        }
+    }
 }
 
 bool OpenItems::opensAtOnce(const AttentionItem &item, const Decision &decision) const
@@ -241,6 +282,7 @@ void OpenItems::openAgain(const HistoryEntry &entry)
     }
     Entry &opened = insert(item, decision);
     opened.number = entry.number;
+    opened.comesBack = true;
     show(opened);
 }
 
@@ -259,6 +301,15 @@ AttentionOutcome OpenItems::replace(const AttentionItem &item, const Decision &d
     entry.item.source = previous.source; // nothing is of another program all of a sudden
     ++m_counts[sourceOf(entry.item)];
     const Decision decided = std::exchange(entry.decision, decision);
+    const bool cameBack = entry.comesBack;
+    entry.comesBack =
+        entry.number != 0 && mustSee(decision) && (cameBack || freePlaces(item.user) > 0);
+    if (cameBack || entry.comesBack) {
+        m_history.replace(historyEntryOf(entry));
+    }
+    if (cameBack && !entry.comesBack) {
+        leavePlace(previous.user);
+    }
     if (entry.isShown() && decision.isShown) {
         changeShown(entry,
                     decided.priority != decision.priority || previous.timeout != item.timeout);
@@ -360,7 +411,7 @@ QString OpenItems::pileOf(const Entry &entry) const
 QString OpenItems::pileOf(const AttentionItem &item, const Decision &decision) const
 {
     const Treatment &treatment = decision.treatment;
-    if (groupFrom(decision) == 0 || treatment.mustSee.value_or(false) ||
+    if (groupFrom(decision) == 0 || mustSee(decision) ||
         decision.priority >= TavoNotificationItemPriority::Urgent) {
         return {};
     }
@@ -759,6 +810,9 @@ void OpenItems::finishIfOver(const QString &id)
     }
     m_entries.erase(found);
     uncount(entry.item);
+    if (entry.comesBack) {
+        leavePlace(entry.item.user);
+    }
     if (entry.node) {
         m_shownNodes.remove(entry.node->path()); // a requester's path may be the same
         entry.node->dispose();

@@ -87,6 +87,7 @@ private:
         AttentionItem item{};
         Decision decision{};
         qint64 number = 0;                 ///< in the history
+        bool comesBack = false;            ///< after a restart, as it must be seen
         CMPath path{};                     ///< of its message
         std::optional<MessageNode> node{}; ///< if the requester has none of its own
         QString request{};     ///< the id of the request to show it; empty if it is not shown alone
@@ -126,8 +127,16 @@ private:
     Entry &insert(const AttentionItem &item, const Decision &decision);
     AttentionOutcome outcomeOf(const Entry &entry) const;
 
-    /// Whether a user other than the host's has more open that must be seen than are opened again.
-    bool hasTooManyToSee(const QString &user) const;
+    static HistoryEntry historyEntryOf(const Entry &entry);
+
+    /// How many more of a user that must be seen may come back after a restart.
+    int freePlaces(const QString &user) const;
+
+    /// One of a user's no longer comes back after a restart.
+    void leavePlace(const QString &user);
+
+    /// Lets the oldest of those that had no place come back.
+    void fillPlaces();
 
     void show(Entry &entry);
 
@@ -188,7 +197,8 @@ private:
     QMap<QString, QStringList> m_piles; ///< ids of those that are shown alone, by pile
     MessageGroups m_groups;             ///< by pile
     int m_groupFrom = 0;
-    QMap<QString, Sound> m_sounds; ///< by id
+    QSet<QString> m_usersWithPlaces; ///< some of whom may wait for these; see fillPlaces()
+    QMap<QString, Sound> m_sounds;   ///< by id
     quint64 m_lastMessage = 0;
     int m_lastSpeech = 0;
     qint64 m_ends = 0;

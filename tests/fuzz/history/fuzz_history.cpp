@@ -129,6 +129,7 @@ void useFile(const QString &name)
         file.apply(HistoryLeftEnd{1});
         file.apply(HistoryChange{999 - i, HistoryEntry::State::Expired, {}, 2});
         file.apply(entryOf(1001 + i));
+        file.apply(HistoryReplacement{entryOf(998 - i)});
         file.apply(HistorySeen{998});
         if (i == 0) {
             file.rollback();

@@ -3,6 +3,8 @@
 
 #include "module/attention/AttentionModuleTest.h"
 
+#include <algorithm>
+
 namespace {
 using testing::IsEmpty;
 using testing::SizeIs;
@@ -20,6 +22,42 @@ protected:
             }
         }
         return State::Unknown;
+    }
+
+    /// A rule for messages with one of the words.
+    void setMustSee()
+    {
+        setSettings(
+            R"({"rules": [{"name": "leak", "when": {"words": ["leak"]}, "then": {"mustSee": true}}]})");
+    }
+
+    static void replace(const TavoAttentionItem &item)
+    {
+        const Request request(TavoAttentionReplacePath(), TavoValue().setAttentionItem(item));
+        EXPECT_TRUE(request.succeeds()) << request.errorText();
+    }
+
+    static TavoAttentionItem changed(const QString &id, const QString &title)
+    {
+        return message(title).setId(id);
+    }
+
+    void openManyOfOneUser(int count)
+    {
+        for (int number = 0; number < count; ++number) {
+            const QString name = "leak %1"_s.arg(number);
+            notify(message(name, name).setUser("1000"_s));
+        }
+    }
+
+    /// Waits until so many are displayed, and none of before a restart.
+    static bool shows(std::size_t count)
+    {
+        return waitFor([count] {
+            const std::vector<QString> titles = displayed();
+            return titles.size() == count &&
+                   std::find(titles.begin(), titles.end(), QString()) == titles.end();
+        });
     }
 
     static int missed() { return valueAt(TavoAttentionMissedPath()).int_(); }
@@ -154,6 +192,65 @@ TEST_F(AttentionHistoryTest, OpensAgainWhatMustBeSeen)
     load();
     EXPECT_EQ(stateOf("Water"_s), State::Dismissed);
     EXPECT_THAT(displayed(), IsEmpty());
+}
+
+TEST_F(AttentionHistoryTest, OpensAgainWhatMustBeSeenAsItWasLast)
+{
+    setMustSee();
+    notify(message("leak"_s));
+    replace(changed("leak"_s, "leak in the cellar"_s).setText("shut the valve"_s));
+    load();
+    ASSERT_TRUE(waitFor([] { return displayed() == std::vector{"leak in the cellar"_s}; }));
+    EXPECT_EQ(rowOf(displayedPath()).title().toString(), "shut the valve"_s);
+    replace(changed("leak"_s, "leak everywhere"_s));
+    load();
+    EXPECT_TRUE(waitFor([] { return displayed() == std::vector{"leak everywhere"_s}; }));
+}
+
+TEST_F(AttentionHistoryTest, OpensAgainWhatMustBeSeenOnlySinceAChange)
+{
+    setMustSee();
+    notify(message("dry"_s));
+    replace(changed("dry"_s, "leak"_s));
+    load();
+    EXPECT_TRUE(waitFor([] { return displayed() == std::vector{"leak"_s}; }));
+}
+
+TEST_F(AttentionHistoryTest, DoesNotOpenAgainWhatNeedNotBeSeenAnyMore)
+{
+    setMustSee();
+    notify(message("leak"_s));
+    replace(changed("leak"_s, "dry"_s));
+    notify(message("other leak"_s));
+    load();
+    EXPECT_TRUE(waitFor([] { return displayed() == std::vector{"other leak"_s}; }));
+    EXPECT_EQ(stateOf("leak"_s), State::LeftOpen);
+}
+
+TEST_F(AttentionHistoryTest, OpensAgainOlderOnesOfAUserWhoseOthersAreClosed)
+{
+    constexpr int most = 100;
+    constexpr int closed = 10;
+    setMustSee();
+    openManyOfOneUser(most + 2 * closed);
+    for (int number = 0; number < closed; ++number) {
+        requestClose("leak %1"_s.arg(number)).succeeds();
+    }
+    load();
+    ASSERT_TRUE(shows(most));
+    EXPECT_THAT(displayed(), testing::Contains("leak %1"_s.arg(most + closed - 1)));
+    EXPECT_THAT(displayed(), testing::Not(testing::Contains("leak %1"_s.arg(most + closed))));
+}
+
+TEST_F(AttentionHistoryTest, OpensAgainOnesOfAUserWhoseOthersNeedNotBeSeenAnyMore)
+{
+    constexpr int most = 100;
+    setMustSee();
+    openManyOfOneUser(most + 1);
+    replace(changed("leak 0"_s, "dry"_s).setUser("1000"_s));
+    load();
+    ASSERT_TRUE(shows(most));
+    EXPECT_THAT(displayed(), testing::Contains("leak %1"_s.arg(most)));
 }
 
 TEST_F(AttentionHistoryTest, OpensAgainAHundredOfAnotherUser)

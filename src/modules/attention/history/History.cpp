@@ -76,6 +76,14 @@ void History::change(qint64 number, HistoryEntry::State state, const QString &ac
     }
 }
 
+void History::replace(HistoryEntry entry)
+{
+    if (m_writer) {
+        reduce(entry);
+        m_queue->append(HistoryReplacement{std::move(entry)});
+    }
+}
+
 void History::markSeen(qint64 upTo, qint64 from)
 {
     if (m_writer) {

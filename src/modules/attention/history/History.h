@@ -47,6 +47,10 @@ public:
     /// is no longer in the history.
     void change(qint64 number, HistoryEntry::State state, const QString &action, qint64 endTime);
 
+    /// Changes what leftOpen() reports of an open entry, which has the number that add() returned. Pages go on
+    /// to have the text with which it came.
+    void replace(HistoryEntry entry);
+
     /// Marks as seen what was missed, between these numbers.
     void markSeen(qint64 upTo, qint64 from = 0);
 
@@ -67,8 +71,8 @@ Q_SIGNALS:
 
     void missedChanged(int missed);
 
-    /// The entries with mustSee that were open when the last host ended. Emitted at most once, from the
-    /// event loop. They stay open until change() ends them.
+    /// The entries with mustSee that were open when the last host ended, as they were last. Emitted at
+    /// most once, from the event loop. They stay open until change() ends them.
     void leftOpen(const QVector<HistoryEntry> &entries);
 
     /// The file can't be used; not emitted again until it has been usable. The reason is a sentence for people.

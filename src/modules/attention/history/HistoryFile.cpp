@@ -21,6 +21,8 @@ constexpr qint64 msPerDay = 86'400'000;
 #define SELECT_OPEN_MUST_SEE                                                                       \
     "SELECT * FROM entries INDEXED BY entries_open WHERE endTime = 0 AND flags & 2"
 
+#define ENTRY_VALUES "VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"
+
 /// About what an entry takes in the file.
 qint64 bytesOf(const HistoryEntry &entry)
 {
@@ -48,8 +50,7 @@ struct HistoryFile::Statements
     SqliteStatement readTotals{database, "SELECT last, entries, bytes, missed FROM totals"};
     SqliteStatement writeTotals{database,
                                 "UPDATE totals SET last = ?, entries = ?, bytes = ?, missed = ?"};
-    SqliteStatement insert{
-        database, "INSERT INTO entries VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"};
+    SqliteStatement insert{database, "INSERT INTO entries " ENTRY_VALUES};
     SqliteStatement state{database, "SELECT state FROM entries WHERE number = ?"};
     SqliteStatement change{
         database, "UPDATE entries SET state = ?, action = ?, endTime = ? WHERE number = ?"};
@@ -57,6 +58,7 @@ struct HistoryFile::Statements
                                   "WHERE state IN (5, 6) AND number <= ? AND number >= ?"};
     SqliteStatement leftOpen{database,
                              SELECT_ENTRIES "(SELECT * FROM kept UNION ALL " SELECT_OPEN_MUST_SEE
+                                            " AND number NOT IN (SELECT number FROM kept)"
                                             ") AS entries ORDER BY number LIMIT ?"};
     SqliteStatement left{database, "SELECT 1 FROM entries INDEXED BY entries_open "
                                    "WHERE endTime = 0 AND NOT flags & 2 LIMIT 1"};
@@ -70,7 +72,12 @@ struct HistoryFile::Statements
     SqliteStatement oldestDated{database,
                                 "SELECT number, time FROM entries "
                                 "WHERE number >= ? AND time <= ? ORDER BY number LIMIT 1"};
-    SqliteStatement keep{database, "INSERT INTO kept " SELECT_OPEN_MUST_SEE " AND number <= ?"};
+    // What it has become stays.
+    SqliteStatement keep{database,
+                         "INSERT OR IGNORE INTO kept " SELECT_OPEN_MUST_SEE " AND number <= ?"};
+    SqliteStatement setMustSee{database,
+                               "UPDATE entries SET flags = flags & ~2 | ? WHERE number = ?"};
+    SqliteStatement insertKept{database, "INSERT OR REPLACE INTO kept " ENTRY_VALUES};
     SqliteStatement endKept{database, "DELETE FROM kept WHERE number = ?"};
     SqliteStatement remove{database, "DELETE FROM entries WHERE number <= ?"};
     SqliteStatement newest{database, SELECT_ENTRIES "entries "
@@ -115,11 +122,7 @@ void HistoryFile::write(const HistoryEntry &entry)
 {
     const qint64 number = numberInFile(entry.number);
     const qint64 bytes = bytesOf(entry);
-    const int flags =
-        (entry.isPrivate ? privateHistoryFlag : 0) | (entry.mustSee ? mustSeeHistoryFlag : 0);
-    m_statements->insert.run(number, entry.id, entry.time, entry.source, entry.application,
-                             entry.category, entry.group, entry.priority, entry.title, entry.text,
-                             int(entry.state), entry.action, entry.endTime, flags, bytes);
+    insert(m_statements->insert, number, entry, bytes);
     m_index->add(number, entry, bytes);
     ++m_added;
     m_totals.last = number;
@@ -128,16 +131,38 @@ void HistoryFile::write(const HistoryEntry &entry)
     m_totals.missed += entry.isMissed();
 }
 
+void HistoryFile::insert(SqliteStatement &statement, qint64 number, const HistoryEntry &entry,
+                         qint64 bytes)
+{
+    const int flags =
+        (entry.isPrivate ? privateHistoryFlag : 0) | (entry.mustSee ? mustSeeHistoryFlag : 0);
+    statement.run(number, entry.id, entry.time, entry.source, entry.application, entry.category,
+                  entry.group, entry.priority, entry.title, entry.text, int(entry.state),
+                  entry.action, entry.endTime, flags, bytes);
+}
+
+void HistoryFile::write(const HistoryReplacement &replacement)
+{
+    const HistoryEntry &entry = replacement.entry;
+    const qint64 number = numberInFile(entry.number);
+    m_statements->setMustSee.run(entry.mustSee ? mustSeeHistoryFlag : 0, number);
+    if (entry.mustSee) {
+        insert(m_statements->insertKept, number, entry, bytesOf(entry));
+    } else {
+        m_statements->endKept.run(number);
+    }
+}
+
 void HistoryFile::write(const HistoryChange &change)
 {
     const qint64 number = numberInFile(change.number);
+    if (change.endTime != 0) {
+        m_statements->endKept.run(number);
+    }
     HistoryEntry old;
     {
         SqliteRows rows(m_statements->state, number);
         if (!rows.next()) {
-            if (change.endTime != 0) {
-                m_statements->endKept.run(number);
-            }
             return;
         }
         old.state = HistoryEntry::State(rows.number(0));

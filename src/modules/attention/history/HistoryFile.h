@@ -45,7 +45,7 @@ public:
     /// A page, from everything that has been applied.
     HistoryPage page(const HistoryQuery &query);
 
-    /// The open entries with mustSee, also those that have been removed to make room.
+    /// The open entries with mustSee as they are now, also those that have been removed to make room.
     QVector<HistoryEntry> leftOpen();
 
     /// Whether there is something for HistoryLeftEnd to end.
@@ -63,8 +63,11 @@ private:
 
     void write(const HistoryEntry &entry);
     void write(const HistoryChange &change);
+    void write(const HistoryReplacement &replacement);
     void write(const HistorySeen &seen);
     void write(const HistoryLeftEnd &left);
+    static void insert(SqliteStatement &statement, qint64 number, const HistoryEntry &entry,
+                       qint64 bytes);
     void removeOldest();
 
     /// The number of the oldest entry that can have come at the time it has, if that is before the oldest

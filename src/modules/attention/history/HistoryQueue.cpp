@@ -3,6 +3,9 @@
 
 #include "HistoryQueue.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace {
 // A power cut loses at most the last 250 ms; the rest of that is for the writing.
 constexpr std::chrono::milliseconds maxDelay(200);
@@ -37,15 +40,15 @@ void HistoryQueue::append(HistoryStep step)
 
 void HistoryQueue::push(HistoryStep &&step, std::unique_lock<std::mutex> lock)
 {
-    if (m_work.steps.empty()) {
+    const bool isFirst = m_work.steps.empty();
+    if (isFirst) {
         m_due = Clock::now() + maxDelay;
     }
-    m_bytes += memoryOf(step);
-    m_work.steps.push_back(std::move(step));
+    appendStep(m_work.steps, m_bytes, std::move(step));
     m_work.lost += dropOldest(m_work.steps, m_bytes);
     const std::size_t size = m_work.steps.size();
     lock.unlock();
-    if (size == 1 || size == stepsPerWrite) {
+    if (isFirst || size == stepsPerWrite) {
         m_changed.notify_one();
     }
 }
@@ -100,6 +103,27 @@ HistoryQueue::Work HistoryQueue::wait(std::optional<Clock::time_point> time)
     return work;
 }
 
+std::optional<std::size_t> appendStep(std::deque<HistoryStep> &steps, std::size_t &bytes,
+                                      HistoryStep &&step)
+{
+    std::optional<std::size_t> dropped;
+    if (const auto *replacement = std::get_if<HistoryReplacement>(&step)) {
+        const auto previous =
+            std::find_if(steps.rbegin(), steps.rend(), [replacement](const HistoryStep &waiting) {
+                const auto *other = std::get_if<HistoryReplacement>(&waiting);
+                return other != nullptr && other->entry.number == replacement->entry.number;
+            });
+        if (previous != steps.rend()) {
+            dropped = std::size_t(steps.rend() - previous) - 1;
+            bytes -= memoryOf(*previous);
+            steps.erase(std::next(previous).base());
+        }
+    }
+    bytes += memoryOf(step);
+    steps.push_back(std::move(step));
+    return dropped;
+}
+
 int dropOldest(std::deque<HistoryStep> &steps, std::size_t &bytes)
 {
     int lost = 0;
@@ -116,7 +140,11 @@ int dropOldest(std::deque<HistoryStep> &steps, std::size_t &bytes)
 std::size_t memoryOf(const HistoryStep &step)
 {
     std::size_t characters = 0;
-    if (const auto *entry = std::get_if<HistoryEntry>(&step)) {
+    const auto *entry = std::get_if<HistoryEntry>(&step);
+    if (const auto *replacement = std::get_if<HistoryReplacement>(&step)) {
+        entry = &replacement->entry;
+    }
+    if (entry != nullptr) {
         for (const QString *string :
              {&entry->id, &entry->source, &entry->application, &entry->category, &entry->group,
               &entry->title, &entry->text, &entry->action}) {

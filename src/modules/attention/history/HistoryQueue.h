@@ -61,6 +61,11 @@ private:
     qint64 m_next = 0;
 };
 
+/// Appends a step. A replacement drops the one of the same entry that waits, so that an entry which
+/// changes all the time pushes nothing else out. Returns where that one was.
+std::optional<std::size_t> appendStep(std::deque<HistoryStep> &steps, std::size_t &bytes,
+                                      HistoryStep &&step);
+
 /// Drops the first steps while they take more than maxWaitingBytes, to at most half of that. Returns how
 /// many entries were among them.
 int dropOldest(std::deque<HistoryStep> &steps, std::size_t &bytes);

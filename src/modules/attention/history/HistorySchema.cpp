@@ -29,7 +29,8 @@ constexpr const char *schema = "CREATE TABLE entries(" ENTRY_COLUMNS R"();
     INSERT INTO totals VALUES(0, 0, 0, 0);
 )";
 
-// Entries with mustSee that were open when they went to make room. Older files have no such table.
+// Open entries with mustSee that have changed since they came, or that went to make room. Older files have no
+// such table.
 constexpr const char *keptSchema = "CREATE TABLE IF NOT EXISTS kept(" ENTRY_COLUMNS ")";
 
 void checkOwner(qint64 mark, qint64 version)

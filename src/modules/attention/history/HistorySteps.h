@@ -18,6 +18,12 @@ struct HistoryChange
     qint64 endTime;
 };
 
+/// What an open entry has become, for the next start. People read the entry as it came.
+struct HistoryReplacement
+{
+    HistoryEntry entry;
+};
+
 /// What was missed between these numbers has been seen.
 struct HistorySeen
 {
@@ -31,4 +37,5 @@ struct HistoryLeftEnd
     qint64 time;
 };
 
-using HistoryStep = std::variant<HistoryEntry, HistoryChange, HistorySeen, HistoryLeftEnd>;
+using HistoryStep =
+    std::variant<HistoryEntry, HistoryChange, HistoryReplacement, HistorySeen, HistoryLeftEnd>;

@@ -91,8 +91,10 @@ void HistoryWriter::takeOver(HistoryQueue::Work &work)
         return;
     }
     for (HistoryStep &step : work.steps) {
-        m_uncommittedBytes += memoryOf(step);
-        m_uncommitted.push_back(std::move(step));
+        const auto dropped = appendStep(m_uncommitted, m_uncommittedBytes, std::move(step));
+        if (dropped && *dropped < m_applied) {
+            --m_applied;
+        }
     }
     m_lost += work.lost;
     const std::size_t size = m_uncommitted.size();

@@ -141,6 +141,8 @@ void OpenNotifications::replace(quint32 id, const DesktopNotification &notificat
     fill(id, *entry, notification);
     if (isQueuedAnew) {
         showAnew(id, *entry);
+    } else {
+        tellChange(id, *entry);
     }
 }
 
@@ -235,6 +237,36 @@ void OpenNotifications::showAnew(quint32 id, Entry &entry)
     }
     hide(entry, Reason::Closed);
     show(id, entry);
+}
+
+void OpenNotifications::tellChange(quint32 id, Entry &entry)
+{
+    if (!entry.isAttended || !entry.item) {
+        return;
+    }
+    // One request at a time, as in showAnew().
+    entry.hasChanged = std::exchange(entry.isTelling, true);
+    if (entry.hasChanged) {
+        return;
+    }
+    AttentionItem item = updatedItem(entry);
+    // Nothing is decided anew, so it keeps the priority that rules have given it.
+    item.givesWay = true;
+    item.priority = TavoNotificationItemPriority::Urgent;
+    const CMReply<QVariant> reply =
+        CMRoot()->invoke(TavoAttentionReplacePath(), QVariant::fromValue(item), {});
+    reply.addWatcher(
+        this,
+        [this, id](const CMVoidReply &) {
+            const auto told = m_entries.find(id);
+            if (told != m_entries.end()) {
+                told->isTelling = false;
+                if (told->hasChanged) {
+                    tellChange(id, *told);
+                }
+            }
+        },
+        Qt::QueuedConnection);
 }
 
 void OpenNotifications::on_open_finished(quint32 id, const QString &request,

@@ -108,9 +108,11 @@ private:
         std::shared_ptr<AttentionItem> item{};
         bool isAttended = false; ///< that module has the last request to show it
         bool isResident = false;
-        bool isAwaited = false; ///< the display has not replied to the last request
-        bool isStale = false;   ///< priority or timeout have changed since that request
-        bool givesWay = false;  ///< is queued anew when the display has removed it
+        bool isAwaited = false;  ///< the display has not replied to the last request
+        bool isStale = false;    ///< priority or timeout have changed since that request
+        bool isTelling = false;  ///< that module has not replied to tellChange()
+        bool hasChanged = false; ///< since then
+        bool givesWay = false;   ///< is queued anew when the display has removed it
     };
     using Entries = QHash<quint32, Entry>;
 
@@ -122,6 +124,9 @@ private:
     /// The entry's item for the module for attention, as the entry is now.
     static const AttentionItem &updatedItem(Entry &entry);
     void showAnew(quint32 id, Entry &entry);
+
+    /// Tells the module for attention what the message says now: it may show it again after a restart.
+    void tellChange(quint32 id, Entry &entry);
     void on_open_finished(quint32 id, const QString &request, const CMReply<QVariant> &reply);
 
     /// Closes the message of a notification, which ends because of this.

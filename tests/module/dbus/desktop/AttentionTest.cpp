@@ -279,6 +279,48 @@ TEST_F(DesktopAttentionTest, ShowsNotificationsBesideThoseThatAreRestored)
     EXPECT_EQ(displayed().size(), 2);
 }
 
+TEST_F(DesktopAttentionTest, RestoresANotificationAsItWasChanged)
+{
+    setSettings(R"({"rules": [{"name": "leak", "then": {"mustSee": true}}]})");
+    reloadAttention(historyFile());
+    const quint32 id = notifySend({"Leak"_s});
+    ASSERT_TRUE(isShown(id));
+    notifySend({"-r"_s, QString::number(id), "Leak everywhere"_s});
+    // The module handles its requests in turn.
+    EXPECT_TRUE(Request(TavoAttentionTryPath(), QVariant()).succeeds());
+    unloadAttention();
+    unload();
+    reloadAttention(historyFile());
+    EXPECT_TRUE(waitFor([] {
+        const auto head = CMCatalog::entry(displayed().value(0));
+        return head && head->title.toString() == "Leak everywhere"_s;
+    }));
+}
+
+TEST_F(DesktopAttentionTest, TellsTheModuleOfOneChangeAtATime)
+{
+    unloadAttention();
+    std::vector<QString> told;
+    std::optional<CMReply<QVariant>> held;
+    services().take(TavoAttentionNotifyPath(), [](const CMSetDataRequest &request) {
+        request.reply().setValue(
+            TavoValue().setAttentionOutcome(TavoAttentionOutcome().setShown(true)).__variant());
+    });
+    services().take(TavoAttentionReplacePath(), [&](const CMSetDataRequest &request) {
+        told.push_back(TavoValue(request.value().toHash()).attentionItem().title().toString());
+        held = request.reply();
+    });
+    settle();
+    const QString id = QString::number(notifySend({"Title"_s}));
+    for (const char *title : {"First", "Second", "Third"}) {
+        notifySend({"-r"_s, id, QString(title)});
+    }
+    ASSERT_TRUE(waitFor([&held] { return held.has_value(); }));
+    EXPECT_EQ(told, std::vector{"First"_s});
+    held->setValue({});
+    EXPECT_TRUE(waitFor([&told] { return told == std::vector{"First"_s, "Third"_s}; }));
+}
+
 class InhibitionTest : public DesktopAttentionTest
 {
 protected:

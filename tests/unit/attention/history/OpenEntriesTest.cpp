@@ -2,6 +2,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "HistoryTest.h"
+#include "support/FullDisk.h"
+
+#include <QFile>
 
 #include <gmock/gmock.h>
 
@@ -25,6 +28,37 @@ protected:
         page(); // comes after it
         history->disconnect();
         return left;
+    }
+
+    /// Adds one that must be seen, or not.
+    HistoryEntry addOpen(bool mustSee)
+    {
+        HistoryEntry open = entry("First"_s, "first text"_s);
+        open.mustSee = mustSee;
+        open.number = history->add(open);
+        return open;
+    }
+
+    void fill()
+    {
+        for (int i = 0; i < 10; ++i) {
+            history->add(entry("Newer"_s));
+        }
+    }
+
+    static HistoryEntry changed(HistoryEntry entry)
+    {
+        entry.title = "Changed"_s;
+        entry.text = "other text"_s;
+        return entry;
+    }
+
+    QByteArray fileContent()
+    {
+        history.reset();
+        QFile file(settings.file);
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        return file.readAll();
     }
 };
 } // namespace
@@ -80,6 +114,121 @@ TEST_F(OpenEntriesTest, WhatMustBeSeenIsReportedUntilItEndsEvenIfItsEntryHasGone
     ASSERT_THAT(again, SizeIs(1));
     history->change(again[0].number, State::Seen, {}, 9);
     EXPECT_THAT(startAgain(), IsEmpty());
+}
+
+TEST_F(OpenEntriesTest, WhatMustBeSeenIsReportedAsItWasChanged)
+{
+    start();
+    history->replace(changed(addOpen(true)));
+    for (int restart = 0; restart < 2; ++restart) {
+        const QVector<HistoryEntry> left = startAgain();
+        ASSERT_THAT(left, SizeIs(1));
+        EXPECT_EQ(left[0].title, "Changed"_s);
+        EXPECT_EQ(left[0].text, "other text"_s);
+    }
+}
+
+TEST_F(OpenEntriesTest, WhatMustBeSeenIsReportedAsItWasChangedEvenIfItsEntryHasGone)
+{
+    settings.maxEntries = 5;
+    start();
+    const HistoryEntry open = addOpen(true);
+    history->replace(changed(open));
+    fill();
+    QVector<HistoryEntry> left = startAgain();
+    ASSERT_THAT(left, SizeIs(1));
+    EXPECT_EQ(left[0].title, "Changed"_s);
+
+    left[0].title = "Again"_s;
+    history->replace(left[0]);
+    left = startAgain();
+    ASSERT_THAT(left, SizeIs(1));
+    EXPECT_EQ(left[0].title, "Again"_s);
+}
+
+TEST_F(OpenEntriesTest, WhatWasChangedIsReportedUntilItEnds)
+{
+    start();
+    const HistoryEntry open = addOpen(true);
+    history->replace(changed(open));
+    history->change(open.number, State::Dismissed, {}, 5);
+    EXPECT_THAT(startAgain(), IsEmpty());
+    EXPECT_EQ(page().entries.first().state, State::Dismissed);
+}
+
+TEST_F(OpenEntriesTest, WhatMustBeSeenOnlySinceAChangeIsReported)
+{
+    start();
+    HistoryEntry open = changed(addOpen(false));
+    open.mustSee = true;
+    history->replace(open);
+    const QVector<HistoryEntry> left = startAgain();
+    ASSERT_THAT(left, SizeIs(1));
+    EXPECT_EQ(left[0].title, "Changed"_s);
+    EXPECT_EQ(page().entries.first().endTime, 0);
+}
+
+TEST_F(OpenEntriesTest, WhatNeedNotBeSeenAnyMoreEndsWithTheHost)
+{
+    start();
+    HistoryEntry open = changed(addOpen(true));
+    history->replace(open);
+    open.mustSee = false;
+    history->replace(open);
+    EXPECT_THAT(startAgain(), IsEmpty());
+    EXPECT_EQ(page().entries.first().state, State::Expired);
+}
+
+TEST_F(OpenEntriesTest, AChangeLeavesTheEntryAsItCame)
+{
+    start();
+    history->replace(changed(addOpen(true)));
+    EXPECT_THAT(titles(), ElementsAre("First"_s));
+    EXPECT_THAT(search("first"_s), ElementsAre("First"_s));
+    EXPECT_THAT(search("changed"_s), IsEmpty());
+}
+
+TEST_F(OpenEntriesTest, WhatBecomesPrivateLeavesNoneOfItsNewText)
+{
+    start();
+    HistoryEntry open = changed(addOpen(true));
+    open.isPrivate = true;
+    history->replace(open);
+    const QVector<HistoryEntry> left = startAgain();
+    ASSERT_THAT(left, SizeIs(1));
+    EXPECT_EQ(left[0].title, QString());
+    EXPECT_EQ(left[0].text, QString());
+    const QByteArray content = fileContent();
+    EXPECT_FALSE(content.contains("Changed"));
+    EXPECT_FALSE(content.contains("other text"));
+}
+
+TEST_F(OpenEntriesTest, ManyChangesDoNotPushOutWhatCameBeforeWhileTheDiskIsFull)
+{
+    settings.betweenTries = std::chrono::hours(1);
+    start();
+    const HistoryEntry open = addOpen(true);
+    EXPECT_THAT(titles(), ElementsAre("First"_s));
+    {
+        const FullDisk fullDisk;
+        history->add(entry("While full"_s));
+        EXPECT_TRUE(waitFor([&] { return !failed->isEmpty(); }, std::chrono::seconds(20)));
+        HistoryEntry again = open;
+        for (int i = 0; i < 4000; ++i) {
+            again.text = QString(4000, QLatin1Char('x'));
+            history->replace(again);
+            if (i % 100 == 0) {
+                page();
+            }
+        }
+        again.title = "Last"_s;
+        history->replace(again);
+        page();
+    }
+    const QVector<HistoryEntry> left = startAgain();
+    ASSERT_THAT(left, SizeIs(1));
+    EXPECT_EQ(left[0].title, "Last"_s);
+    EXPECT_THAT(titles(), ElementsAre("While full"_s, "First"_s));
 }
 
 TEST_F(OpenEntriesTest, OtherOpenEntriesHaveEndedWithTheHost)
