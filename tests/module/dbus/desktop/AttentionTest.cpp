@@ -272,6 +272,7 @@ TEST_F(DesktopAttentionTest, ShowsNotificationsBesideThoseThatAreRestored)
     ASSERT_TRUE(isShown(notifySend({"Leak"_s})));
     unloadAttention();
     unload();
+    ASSERT_TRUE(waitFor([] { return displayed().empty(); }));
     reloadAttention(historyFile());
     ASSERT_TRUE(waitFor([] { return displayed().size() == 1; }));
     shareBus();
@@ -290,6 +291,7 @@ TEST_F(DesktopAttentionTest, RestoresANotificationAsItWasChanged)
     EXPECT_TRUE(Request(TavoAttentionTryPath(), QVariant()).succeeds());
     unloadAttention();
     unload();
+    ASSERT_TRUE(waitFor([] { return displayed().empty(); }));
     reloadAttention(historyFile());
     EXPECT_TRUE(waitFor([] {
         const auto head = CMCatalog::entry(displayed().value(0));
