@@ -59,6 +59,7 @@ Clients::Clients(BusConnection &bus, const ClientLimits &limits)
     tavoConnect(&m_bus, &BusConnection::connected, this, &Clients::on_bus_connected);
     tavoConnect(&m_bus, &BusConnection::lost, this, &Clients::on_bus_lost);
     tavoConnect(&m_turns, &CallTurns::left, this, &Clients::on_turns_left);
+    tavoConnect(&m_moduleLoad, &ModuleLoad::fell, &m_turns, &CallTurns::resume);
     m_memoryTimer.setSingleShot(true);
     m_memoryTimer.setInterval(memoryPause);
     tavoConnect(&m_memoryTimer, &QTimer::timeout, this, &Clients::on_memoryTimer_timeout);
@@ -95,8 +96,8 @@ bool Clients::isReady(const std::string &client)
     // What calls cause waits for the bus, and so do the replies to other users behind it.
     const bool waitsForOthers = m_outbox.isBackedUp() && m_quotas.hasManyUsers() &&
                                 m_quotas.timeOfUser(client) > maxUserTime;
-    return !m_unread.isUndecided(client) && !m_isHeldBack(client) && !waitsForOthers &&
-           m_asked.count(client) == 0;
+    return !m_unread.isUndecided(client) && !m_moduleLoad.isFull(m_quotas.userOf(client)) &&
+           !waitsForOthers && m_asked.count(client) == 0;
 }
 
 void Clients::receive(const BusMessage &call)

@@ -6,6 +6,7 @@
 #include "CallTurns.h"
 #include "ClientLimits.h"
 #include "LeftMessages.h"
+#include "ModuleLoad.h"
 #include "Outbox.h"
 #include "Quotas.h"
 #include "UnreadBytes.h"
@@ -67,12 +68,15 @@ public:
     void serve(BusObject &object, const char *method, const Handler &handler,
                CallTurns::Effect effect);
 
-    /// Holds back the calls of a client while the function is true. After that, resume() must be called.
-    void setHeldBack(const std::function<bool(const std::string &client)> &function)
+    ModuleLoad &moduleLoad() { return m_moduleLoad; }
+
+    /// A user has sent a request to the module for attention: see ModuleLoad. Without others nobody waits behind it.
+    void addAttentionLoad(Quotas::UserId user, const CMReply<QVariant> &reply)
     {
-        m_isHeldBack = function;
+        if (m_quotas.hasManyUsers()) {
+            m_moduleLoad.addForAttention(user, reply);
+        }
     }
-    void resume() { m_turns.resume(); }
 
     /// Serves an object whose methods are set.
     void publish(BusObject &object) { object.publish(m_objects); }
@@ -161,8 +165,7 @@ private:
     ClientLimits m_limits;
     Quotas m_quotas;
     LeftMessages m_leftMessages;
-    std::function<bool(const std::string &client)> m_isHeldBack =
-        [](const std::string & /*client*/) { return false; };
+    ModuleLoad m_moduleLoad;
     CallTurns m_turns;
     Outbox m_outbox;
     UnreadBytes m_unread;

@@ -50,6 +50,8 @@ NotificationsInterface::NotificationsInterface(BusConnection &bus, Clients &clie
                 &NotificationsInterface::on_notifications_closed);
     tavoConnect(&m_notifications, &OpenNotifications::actionInvoked, this,
                 &NotificationsInterface::on_notifications_actionInvoked);
+    tavoConnect(&m_notifications, &OpenNotifications::attentionAsked, this,
+                &NotificationsInterface::on_notifications_attentionAsked);
     CMRoot()->connectValueChange(TavoAttentionDoNotDisturbPath(), this,
                                  &NotificationsInterface::on_doNotDisturb_changed);
     CMRoot()->connectNodeChange(TavoAttentionDoNotDisturbPath(), this,
@@ -133,18 +135,20 @@ void NotificationsInterface::notify(const BusMessage &call)
         if (m_notifications.isOpen(id)) {
             m_notifications.replace(id, request.notification);
             tellPreviousClient(id);
+            m_charges[id] = std::move(charge);
         } else {
             // A notification that has closed is opened again under the id that the client knows.
             id = id != 0 ? id : m_notifications.freeId();
+            m_charges[id] = std::move(charge);
             const CMError error =
                 m_notifications.open(id, request.notification, request.hints.hasSound());
             if (error.isError()) {
+                m_charges.erase(id);
                 m_clients.reply(call, ModelErrors::createReply(call, error));
                 return;
             }
         }
         *opened = id;
-        m_charges[id] = std::move(charge);
         m_left.erase(id);
     }
     m_clients.leftMessages().makeWay(request.notification.priority);
@@ -330,6 +334,15 @@ void NotificationsInterface::emitClosed(Receiver receiver, const std::string &cl
         signal.writeUInt32(id);
         signal.writeUInt32(quint32(reason));
     });
+}
+
+void NotificationsInterface::on_notifications_attentionAsked(quint32 id,
+                                                             const CMReply<QVariant> &reply)
+{
+    const auto charge = m_charges.find(id);
+    if (charge != m_charges.end()) {
+        m_clients.addAttentionLoad(charge->second.user(), reply);
+    }
 }
 
 void NotificationsInterface::on_notifications_actionInvoked(quint32 id, const QString &key,

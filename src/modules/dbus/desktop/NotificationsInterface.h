@@ -55,6 +55,7 @@ private Q_SLOTS:
     void on_doNotDisturb_changed(const CMPath &path, const QVariant &value);
     void on_doNotDisturb_nodeChanged(const CMPath &path, bool published);
     void on_notifications_closed(quint32 id, OpenNotifications::Reason reason);
+    void on_notifications_attentionAsked(quint32 id, const CMReply<QVariant> &reply);
     void on_notifications_actionInvoked(quint32 id, const QString &key, const QString &token);
 
 private:

@@ -215,8 +215,7 @@ CMReply<QVariant> OpenNotifications::requestDisplay(quint32 id, Entry &entry)
     entry.isAttended = entry.item != nullptr;
     if (entry.isAttended) {
         m_attended.insert(entry.request, id);
-        return CMRoot()->invoke(TavoAttentionNotifyPath(), QVariant::fromValue(updatedItem(entry)),
-                                CMReply<QVariant>());
+        return askAttention(id, TavoAttentionNotifyPath(), updatedItem(entry));
     }
     const auto item = TavoNotificationDisplayItem()
                           .setId(entry.request)
@@ -225,6 +224,15 @@ CMReply<QVariant> OpenNotifications::requestDisplay(quint32 id, Entry &entry)
                           .setTimeout(entry.timeout);
     return CMRoot()->invoke(TavoNotificationDisplayOpenPath(),
                             TavoValue().setNotificationDisplayItem(item), {});
+}
+
+CMReply<QVariant> OpenNotifications::askAttention(quint32 id, const CMPath &path,
+                                                  const AttentionItem &item)
+{
+    CMReply<QVariant> reply =
+        CMRoot()->invoke(path, QVariant::fromValue(item), CMReply<QVariant>());
+    Q_EMIT attentionAsked(id, reply);
+    return reply;
 }
 
 void OpenNotifications::showAnew(quint32 id, Entry &entry)
@@ -253,20 +261,19 @@ void OpenNotifications::tellChange(quint32 id, Entry &entry)
     // Nothing is decided anew, so it keeps the priority that rules have given it.
     item.givesWay = true;
     item.priority = TavoNotificationItemPriority::Urgent;
-    const CMReply<QVariant> reply =
-        CMRoot()->invoke(TavoAttentionReplacePath(), QVariant::fromValue(item), {});
-    reply.addWatcher(
-        this,
-        [this, id](const CMVoidReply &) {
-            const auto told = m_entries.find(id);
-            if (told != m_entries.end()) {
-                told->isTelling = false;
-                if (told->hasChanged) {
-                    tellChange(id, *told);
+    askAttention(id, TavoAttentionReplacePath(), item)
+        .addWatcher(
+            this,
+            [this, id](const CMVoidReply &) {
+                const auto told = m_entries.find(id);
+                if (told != m_entries.end()) {
+                    told->isTelling = false;
+                    if (told->hasChanged) {
+                        tellChange(id, *told);
+                    }
                 }
-            }
-        },
-        Qt::QueuedConnection);
+            },
+            Qt::QueuedConnection);
 }
 
 void OpenNotifications::on_open_finished(quint32 id, const QString &request,

@@ -88,6 +88,9 @@ Q_SIGNALS:
     /// A person has chosen an action. The token lets the client raise a window; it may be empty.
     void actionInvoked(quint32 id, const QString &key, const QString &token);
 
+    /// The module for attention has been asked about a notification.
+    void attentionAsked(quint32 id, const CMReply<QVariant> &reply);
+
 private Q_SLOTS:
     void on_display_ended(const CMPath &path, const QVariant &value);
     void on_queue_nodeChanged(const CMPath &path, bool published);
@@ -120,6 +123,7 @@ private:
     void addImage(quint32 id, const Entry &entry, const ImageData &image);
     CMReply<QVariant> show(quint32 id, Entry &entry);
     CMReply<QVariant> requestDisplay(quint32 id, Entry &entry);
+    CMReply<QVariant> askAttention(quint32 id, const CMPath &path, const AttentionItem &item);
 
     /// The entry's item for the module for attention, as the entry is now.
     static const AttentionItem &updatedItem(Entry &entry);

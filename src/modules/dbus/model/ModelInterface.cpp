@@ -159,10 +159,15 @@ void ModelInterface::callNode(const BusMessage &call)
     const QVariant value = reader.readVariant();
     // Must come first, because a refused request must not have done anything.
     Quotas::Charge charge = m_calls.charge(call, reader.bytesRead());
+    const CMReply<QVariant> reply = send(call.sender(), path, value, reader.bytesRead());
+    // Pages of the history wait for each other.
+    if (path.isBelow(TavoAttentionPath()) && path != TavoAttentionHistoryPath()) {
+        m_clients.addAttentionLoad(charge.user(), reply);
+    }
     // To pause and resume what plays can take the player a tenth of a second for each sound.
     const bool isSound = path == TavoNotificationPlayerEnqueuePath();
-    m_calls.answer(call, send(call.sender(), path, value, reader.bytesRead()), writeValue,
-                   std::move(charge), isSound ? PendingCalls::maxRecent / 2 : 1);
+    m_calls.answer(call, reply, writeValue, std::move(charge),
+                   (isSound ? 8 : 1) * ModuleLoad::usual);
 }
 
 CMReply<QVariant> ModelInterface::send(const std::string &client, const CMPath &path,

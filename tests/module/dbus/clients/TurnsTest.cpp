@@ -4,7 +4,6 @@
 // Clients that send many calls, or calls that take long, beside one that sends few.
 
 #include "module/dbus/ModelTest.h"
-#include "modules/dbus/clients/PendingCalls.h"
 #include "support/bus/BusUser.h"
 
 #include <QElapsedTimer>
@@ -253,7 +252,30 @@ TEST_F(DbusModuleTurnsTest, OfThePlayerAreNotTakenByOneUser)
         other = std::find_if(requests.begin(), requests.end(), isOther);
         return other != requests.end();
     }));
-    EXPECT_LT(other - requests.begin(), PendingCalls::maxRecent);
+    EXPECT_LT(other - requests.begin(), 16);
+}
+
+TEST_F(DbusModuleTurnsTest, OfTheModuleForAttentionAreNotTakenByOneUserHoweverLongItTakes)
+{
+    if (!BusUser::canBeAnyone()) {
+        GTEST_SKIP() << "it takes root to be somebody else";
+    }
+    const QString path = TavoAttentionPath().toString() + "/try"_s;
+    publishRequest(path, [this](const CMSetDataRequest &request) { requests.push_back(request); });
+    ASSERT_TRUE(client->ask("List", {"/"_s}).succeeds()); // so that its user is known
+    const auto greedy = clientOfAnotherUser();
+    std::vector<BusCall> calls;
+    for (int i = 0; i < 100; ++i) {
+        calls.push_back(greedy->send(path, "greedy"_s));
+    }
+    ASSERT_TRUE(waitFor([this] { return !requests.empty(); }));
+    QElapsedTimer passed; // requests to other modules are not in their way any more by then
+    passed.start();
+    ASSERT_TRUE(waitFor([&] { return passed.hasExpired(500); }));
+    client->send(path, "other"_s);
+    ASSERT_TRUE(waitFor([this] { return requests.back().value() == "other"_s; }));
+    EXPECT_LE(requests.size(), 16U);
+    EXPECT_FALSE(calls.back().isAnswered());
 }
 
 TEST_F(DbusModuleTurnsTest, OfAnInboxAreNotTakenByAnotherUser)
