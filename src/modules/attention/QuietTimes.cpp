@@ -3,6 +3,7 @@
 
 #include "QuietTimes.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -18,6 +19,9 @@ constexpr int maxNameLength = 256;
 constexpr int maxReasonLength = 200;
 
 constexpr int saveDelayMs = 1000;
+
+/// The last time that the file can hold exactly, in some 285,000 years.
+constexpr qint64 latest = qint64(1) << 53;
 
 CMError error(const TrString &message)
 {
@@ -120,7 +124,7 @@ void QuietTimes::on_set_activated(const CMSetDataRequest &request)
         request.reply().setError(error(TAVO_TR("The time is over")));
         return;
     }
-    m_doNotDisturb.choose({chosen.on(), chosen.until()}, now);
+    m_doNotDisturb.choose({chosen.on(), std::min(chosen.until(), latest)}, now);
     if (!chosen.on()) {
         m_inhibitions.clear();
     }

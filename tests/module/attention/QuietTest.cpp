@@ -6,6 +6,8 @@
 #include <QDateTime>
 #include <QFile>
 
+#include <limits>
+
 namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -146,6 +148,13 @@ TEST_F(AttentionQuietTest, KeepsAChoiceOverARestart)
     setDoNotDisturb(false);
     load();
     EXPECT_FALSE(doNotDisturb().on());
+}
+
+TEST_F(AttentionQuietTest, KeepsAChoiceForTheLongestTimeOverARestart)
+{
+    ASSERT_TRUE(setDoNotDisturb(true, std::numeric_limits<qint64>::max()).succeeds());
+    load();
+    EXPECT_TRUE(doNotDisturb().on());
 }
 
 TEST_F(AttentionQuietTest, KeepsTheLastOfManyChoicesOverARestart)
