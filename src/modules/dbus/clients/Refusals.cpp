@@ -116,9 +116,9 @@ BusError Refusals::tooLongForAnInbox(int maxBytes)
 
 BusError Refusals::tooMuchForInboxes(int maxBytesPerSecond)
 {
-    return BusError::limitExceeded("A user may send no more than " +
-                                   std::to_string(maxBytesPerSecond) +
-                                   " bytes per second to the inboxes of other users");
+    return BusError::limitExceeded(
+        "A user may send no more than " + std::to_string(maxBytesPerSecond) +
+        " bytes per second to messages and to the inboxes of other users");
 }
 
 BusError Refusals::notAnInboxOfTheCaller()

@@ -12,6 +12,12 @@
 namespace {
 /// What a short request counts for.
 constexpr std::size_t messageBytes = 1024;
+
+CMPath parentPath()
+{
+    static const CMPath path(QStringLiteral("/dbus/inbox"));
+    return path;
+}
 } // namespace
 
 Inboxes::Inboxes(Clients &clients, CMNodes *nodes)
@@ -23,8 +29,7 @@ Inboxes::Inboxes(Clients &clients, CMNodes *nodes)
 
 CMPath Inboxes::open(const std::string &client)
 {
-    static const CMPath parent{QStringLiteral("/dbus/inbox")};
-    CMPath path = parent + QString::number(++m_lastNumber);
+    CMPath path = parentPath() + QString::number(++m_lastNumber);
     const std::size_t bytes = Quotas::storedBytes(std::size_t(path.toString().size()));
     Quotas::Charge charge = m_clients.quotas().charge(client, {Quotas::Inboxes, 1, bytes});
     CMActivateNode *node = CMActivateNode::create(m_nodes, path);
@@ -40,13 +45,28 @@ bool Inboxes::isOf(const std::string &client, const CMPath &path) const
     return inbox != m_inboxes.end() && inbox->second.charge.client() == client;
 }
 
-void Inboxes::admit(const std::string &client, const CMPath &inbox, std::size_t bytes)
+void Inboxes::checkReceiver(const std::string &client, const CMPath &path) const
 {
-    const auto found = m_inboxes.find(inbox);
+    if (!path.isBelow(parentPath())) {
+        return;
+    }
+    const auto inbox = m_inboxes.find(path);
+    if (inbox == m_inboxes.end() || !m_clients.isOfUser(client, inbox->second.charge.user())) {
+        throw Refusals::noSuchInbox(path.toString().toStdString());
+    }
+}
+
+void Inboxes::admit(const std::string &client, const CMPath &path, std::size_t bytes)
+{
+    // Inboxes, and desktop notifications, whose clients are told when an action is chosen.
+    static const CMPath ofClients(QStringLiteral("/dbus"));
     const Quotas &quotas = m_clients.quotas();
     const Quotas::UserId user = quotas.userOf(client);
-    if (!quotas.hasManyUsers() || found == m_inboxes.end() ||
-        (user && found->second.charge.user() == user)) {
+    const auto inbox = m_inboxes.find(path);
+    const bool isOwn = inbox != m_inboxes.end() && user && inbox->second.charge.user() == user;
+    const bool reachesClients =
+        path.isBelow(ofClients) || path.isBelow(TavoAttentionMessagesPath());
+    if (!quotas.hasManyUsers() || isOwn || !reachesClients) {
         return;
     }
     const double perSecond = m_clients.limits().messageBytes;

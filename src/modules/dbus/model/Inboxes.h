@@ -36,9 +36,14 @@ public:
     bool has(const CMPath &path) const { return m_inboxes.count(path) > 0; }
     bool isOf(const std::string &client, const CMPath &path) const;
 
-    /// Counts a request to the inbox that takes about this many bytes. Throws BusError::limitExceeded() if the
-    /// client's user sends other users too much: they would not find their own messages among these.
-    void admit(const std::string &client, const CMPath &inbox, std::size_t bytes);
+    /// Throws BusError::invalidArguments() if the path is an inbox, or may become one, but none of the client's user.
+    /// What others request must not reach it, because that counts as unread of the one who opened it.
+    void checkReceiver(const std::string &client, const CMPath &path) const;
+
+    /// Counts a request that takes about this many bytes, if it is to an inbox of another user or to an action of a
+    /// message. Throws BusError::limitExceeded() if the client's user sends too much: others would not find their own
+    /// messages among what reaches them.
+    void admit(const std::string &client, const CMPath &path, std::size_t bytes);
 
     /// False when the client has no inbox at the path.
     bool close(const std::string &client, const CMPath &path);
@@ -59,7 +64,7 @@ private:
 
     using Clock = std::chrono::steady_clock;
 
-    /// What a user may send to the inboxes of others.
+    /// What a user may send to others.
     struct Budget
     {
         double bytes;

@@ -13,12 +13,19 @@ constexpr int maxPathLength = 4096;
 /// In characters, with the arguments. Nobody reads more on a display, and every listing takes time for them.
 constexpr int maxTitleLength = 1000;
 constexpr int maxMessageLength = 65536;
+constexpr int maxIdLength = 1000;
+constexpr int maxNameLength = 4096; // it may be the path of an icon
+
+void check(const QString &text, const char *what, int maxLength)
+{
+    if (text.size() > maxLength) {
+        throw Refusals::textTooLong(what, maxLength);
+    }
+}
 
 void check(const TrString &text, const char *what, int maxLength)
 {
-    if (text.toString().size() > maxLength) {
-        throw Refusals::textTooLong(what, maxLength);
-    }
+    check(text.toString(), what, maxLength);
 }
 
 CMPath pathOf(const QString &text)
@@ -85,10 +92,19 @@ void ModelArguments::checkTexts(const QVariant &value)
 {
     const TavoValue request(value.toHash());
     const TavoNotificationDisplayItem message = request.notificationDisplayItem();
+    check(message.id(), "id", maxIdLength);
     check(message.title(), "title", maxTitleLength);
     check(message.message(), "message", maxMessageLength);
     checkMessagePath(message.path());
+    check(request.notificationPlayerItem().id(), "id", maxIdLength);
     const TavoAttentionItem item = request.attentionItem();
+    check(item.id(), "id", maxIdLength);
+    check(item.sound().id(), "id", maxIdLength);
+    for (const QString &name : {item.application(), item.source(), item.icon(), item.category(),
+                                item.group(), item.language()}) {
+        check(name, "name", maxNameLength);
+    }
+    check(item.speech(), "text", maxMessageLength);
     check(item.title(), "title", maxTitleLength);
     check(item.text(), "text", maxMessageLength);
     checkMessagePath(item.path());

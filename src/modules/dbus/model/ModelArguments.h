@@ -22,7 +22,7 @@ CMPath readPathOrRoot(const BusMessage &call);
 
 Subscriptions::Change readChange(BusReader &reader);
 
-/// Checks a message to show. Throws BusError::limitExceeded() if its path, or its texts with their
+/// Checks a message or a sound. Throws BusError::limitExceeded() if its path, its id, or its texts with their
 /// arguments, are too long.
 void checkTexts(const QVariant &value);
 } // namespace ModelArguments

@@ -170,6 +170,14 @@ void ModelInterface::callNode(const BusMessage &call)
                    (isSound ? 8 : 1) * ModuleLoad::usual);
 }
 
+void ModelInterface::checkItem(const std::string &client, const QVariant &value) const
+{
+    ModelArguments::checkTexts(value);
+    const TavoValue request(value.toHash());
+    m_inboxes.checkReceiver(client, request.notificationPlayerItem().playbackResponsePath());
+    m_inboxes.checkReceiver(client, request.attentionItem().sound().playbackResponsePath());
+}
+
 CMReply<QVariant> ModelInterface::send(const std::string &client, const CMPath &path,
                                        const QVariant &value, std::size_t bytes)
 {
@@ -179,21 +187,22 @@ CMReply<QVariant> ModelInterface::send(const std::string &client, const CMPath &
     }
     m_inboxes.admit(client, path, bytes);
     if (path == TavoNotificationPlayerEnqueuePath()) {
+        checkItem(client, value);
         return m_sounds.enqueue(client, value, bytes);
     }
     if (path == TavoNotificationPlayerCancelPath()) {
         return m_sounds.cancel(client, value);
     }
     if (path == TavoNotificationDisplayOpenPath()) {
-        ModelArguments::checkTexts(value);
+        checkItem(client, value);
         return m_messages.open(client, value, bytes);
     }
     if (path == TavoAttentionNotifyPath()) {
-        ModelArguments::checkTexts(value);
+        checkItem(client, value);
         return m_attention.notify(client, value, bytes);
     }
     if (path == TavoAttentionReplacePath()) {
-        ModelArguments::checkTexts(value);
+        checkItem(client, value);
         return m_attention.replace(client, value, bytes);
     }
     if (path == TavoAttentionClosePath()) {

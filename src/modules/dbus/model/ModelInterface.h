@@ -65,6 +65,9 @@ private:
     void openInbox(const BusMessage &call);
     void closeInbox(const BusMessage &call);
 
+    /// Checks a message or a sound that a client requests: its texts, and who gets its responses. Throws BusError.
+    void checkItem(const std::string &client, const QVariant &value) const;
+
     /// Sends a client's request to a node. The value has this many bytes.
     CMReply<QVariant> send(const std::string &client, const CMPath &path, const QVariant &value,
                            std::size_t bytes);

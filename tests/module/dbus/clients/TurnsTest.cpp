@@ -191,6 +191,17 @@ protected:
         return other;
     }
 
+    /// Whether a client that sends much there is refused before long.
+    static bool isRefusedLater(ModelClient &client, const QString &path)
+    {
+        std::vector<BusCall> calls;
+        for (int i = 0; i < 40; ++i) {
+            calls.push_back(client.send(path, QByteArray(200'000, 'x')));
+        }
+        return std::any_of(calls.begin(), calls.end(),
+                           [](const BusCall &call) { return call.errorName() == limitsExceeded; });
+    }
+
     std::vector<CMSetDataRequest> requests;
 };
 
@@ -286,16 +297,47 @@ TEST_F(DbusModuleTurnsTest, OfAnInboxAreNotTakenByAnotherUser)
     ASSERT_TRUE(client->ask("List", {"/"_s}).succeeds()); // so that its user is known
     const QString inbox = client->ask("OpenInbox").text();
     const auto greedy = clientOfAnotherUser();
-    const QString large(200'000, 'x');
-    EXPECT_TRUE(greedy->send(inbox, large).succeeds());
-    std::vector<BusCall> calls;
-    for (int i = 0; i < 40; ++i) {
-        calls.push_back(greedy->send(inbox, large));
-    }
-    EXPECT_TRUE(std::any_of(calls.begin(), calls.end(), [](const BusCall &call) {
-        return call.errorName() == limitsExceeded;
-    }));
+    EXPECT_TRUE(greedy->send(inbox, "one"_s).succeeds());
+    EXPECT_TRUE(isRefusedLater(*greedy, inbox));
     EXPECT_TRUE(client->send(inbox, "own"_s).succeeds());
+}
+
+TEST_F(DbusModuleTurnsTest, OfAnInboxAreNotTakenByTheResponsesOfAnothersSounds)
+{
+    if (!BusUser::canBeAnyone()) {
+        GTEST_SKIP() << "it takes root to be somebody else";
+    }
+    const QString enqueue = TavoNotificationPlayerEnqueuePath().toString();
+    publishRequest(enqueue, [](const CMSetDataRequest &request) { request.reply().setValue({}); });
+    ASSERT_TRUE(client->ask("List", {"/"_s}).succeeds()); // so that its user is known
+    const QString inbox = client->ask("OpenInbox").text();
+    const auto greedy = clientOfAnotherUser();
+    const auto play = [&](ModelClient &by, const QString &receiver) {
+        const auto item = TavoNotificationPlayerItem(TavoHash())
+                              .setType(TavoNotificationPlayerItemType::Fake)
+                              .setPlaybackResponsePath(CMPath(receiver));
+        return by.send(enqueue, TavoValue().setNotificationPlayerItem(item).__variant());
+    };
+    EXPECT_EQ(play(*greedy, inbox).errorMessage(),
+              "The caller has no inbox at " + inbox.toStdString());
+    EXPECT_FALSE(play(*greedy, "/dbus/inbox/99"_s).succeeds()) << "which may be opened later";
+    EXPECT_TRUE(play(*greedy, greedy->ask("OpenInbox").text()).succeeds());
+    EXPECT_TRUE(play(*client, inbox).succeeds());
+}
+
+TEST_F(DbusModuleTurnsTest, OfThoseWhoseMessagesHaveActionsAreNotTakenByAnotherUser)
+{
+    if (!BusUser::canBeAnyone()) {
+        GTEST_SKIP() << "it takes root to be somebody else";
+    }
+    ASSERT_TRUE(client->ask("List", {"/"_s}).succeeds()); // so that its user is known
+    const auto greedy = clientOfAnotherUser();
+    for (const char *message : {"/dbus/notifications/1", "/attention/messages/1"}) {
+        const QString action = QString::fromLatin1(message) + "/actions/0"_s;
+        publishRequest(action,
+                       [](const CMSetDataRequest &request) { request.reply().setValue({}); });
+        EXPECT_TRUE(isRefusedLater(*greedy, action)) << message;
+    }
 }
 
 TEST_F(DbusModuleTurnsTest, OfRequestsForMusicComeOneAfterTheOther)

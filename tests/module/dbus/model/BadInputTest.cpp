@@ -287,13 +287,48 @@ TEST_F(DbusBadInputTest, MessagesWithTooLongTextsAreRefused)
     expectRefusal(open(TavoNotificationDisplayItem().setTitle(QString(1001, 'x'))), limitsExceeded);
     expectRefusal(open(TavoNotificationDisplayItem().setMessage(QString(65537, 'x'))),
                   limitsExceeded);
+    expectRefusal(open(TavoNotificationDisplayItem().setId(QString(1001, 'x'))), limitsExceeded);
     expectRefusal(open(TavoNotificationDisplayItem().setPath(CMPath("/" + QString(4096, 'x')))),
                   "org.tavo.Error.InvalidPath");
     EXPECT_EQ(opened, 0);
-    EXPECT_TRUE(
-        open(TavoNotificationDisplayItem().setTitle(text(1000)).setMessage(QString(65536, 'x')))
-            .succeeds());
+    EXPECT_TRUE(open(TavoNotificationDisplayItem()
+                         .setId(QString(1000, 'x'))
+                         .setTitle(text(1000))
+                         .setMessage(QString(65536, 'x')))
+                    .succeeds());
     EXPECT_EQ(opened, 1);
+}
+
+TEST_F(DbusBadInputTest, NotificationsAndSoundsWithTooLongIdsOrNamesAreRefused)
+{
+    int requested = 0;
+    for (const CMPath &path : {TavoAttentionNotifyPath(), TavoAttentionReplacePath(),
+                               TavoNotificationPlayerEnqueuePath()}) {
+        publishRequest(path.toString(), [&requested](const CMSetDataRequest &request) {
+            ++requested;
+            request.reply().setValue({});
+        });
+    }
+    const QString longId(1001, 'x');
+    const QString longName(4097, 'x');
+    for (const CMPath &path : {TavoAttentionNotifyPath(), TavoAttentionReplacePath()}) {
+        for (const auto &item :
+             {TavoAttentionItem().setId(longId), TavoAttentionItem().setApplication(longName),
+              TavoAttentionItem().setSource(longName), TavoAttentionItem().setIcon(longName),
+              TavoAttentionItem().setCategory(longName), TavoAttentionItem().setGroup(longName),
+              TavoAttentionItem().setLanguage(longName),
+              TavoAttentionItem().setSpeech(QString(65537, 'x')),
+              TavoAttentionItem().setSound(TavoNotificationPlayerItem().setId(longId))}) {
+            expectRefusal(
+                client->send(path.toString(), TavoValue().setAttentionItem(item).__variant()),
+                limitsExceeded);
+        }
+    }
+    const auto sound = TavoNotificationPlayerItem().setId(longId);
+    expectRefusal(client->send(TavoNotificationPlayerEnqueuePath().toString(),
+                               TavoValue().setNotificationPlayerItem(sound).__variant()),
+                  limitsExceeded);
+    EXPECT_EQ(requested, 0);
 }
 
 TEST_F(DbusBadInputTest, ARecordWhoseKeysHaveOneHashKeepsNobodyWaiting)
