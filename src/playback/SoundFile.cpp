@@ -3,6 +3,7 @@
 
 #include "playback/SoundFile.h"
 
+#include "base/ThreadTime.h"
 #include "playback/Id3Tags.h"
 #include "playback/OggHeaders.h"
 #include "playback/RiffHeader.h"
@@ -13,7 +14,6 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <ctime>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -39,13 +39,6 @@ constexpr std::chrono::milliseconds longCall(10);
 constexpr qint64 bytesPerLook = 16384;
 
 constexpr const char *unknownFormat = "holds no sound in a known format";
-
-std::chrono::nanoseconds processorTime()
-{
-    timespec time{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
-}
 
 QString megabytes(qint64 bytes)
 {
@@ -284,7 +277,7 @@ qint64 SoundFile::readAt(void *target, qint64 count, qint64 offset) const
 void SoundFile::allowCall()
 {
     m_allowance = maxBytesPerCall;
-    const std::chrono::nanoseconds now = processorTime();
+    const std::chrono::nanoseconds now = threadTime();
     m_latest = now + maxTimePerCall;
     m_long = now + longCall;
 }
@@ -298,7 +291,7 @@ bool SoundFile::mayRead(qint64 bytes)
     if (!looks) {
         return m_allowance >= 0 && !m_interrupted;
     }
-    const std::chrono::nanoseconds now = processorTime();
+    const std::chrono::nanoseconds now = threadTime();
     if (now > m_latest || (now > m_long && !isWanted())) {
         m_allowance = -1;
     }

@@ -3,6 +3,7 @@
 
 #include "CallTurns.h"
 
+#include "base/ThreadTime.h"
 #include "Refusals.h"
 #include <bus/BusConnection.h>
 #include <bus/BusReader.h>
@@ -95,8 +96,8 @@ std::size_t CallTurns::measure(const std::string &client, const BusMessage &call
     if (!m_bus.isOfOneUser() && !m_quotas.hasTimeToMeasure(client, maxMeasuring)) {
         throw Refusals::tooManyLargeCalls();
     }
-    const Clock::time_point start = Clock::now();
-    const auto count = [&] { m_quotas.addTime(client, Clock::now() - start, Quotas::Measuring); };
+    const std::chrono::nanoseconds start = threadTime();
+    const auto count = [&] { m_quotas.addTime(client, threadTime() - start, Quotas::Measuring); };
     try {
         const std::size_t bytes = bytesOf(call, m_limits.valueBytes);
         if (bytes > largeBytes) {

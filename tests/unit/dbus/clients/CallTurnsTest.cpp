@@ -44,11 +44,11 @@ protected:
         }
     }
 
-    void add(const char *client, CallTurns::Method &method, const QString &argument)
+    void add(const char *client, CallTurns::Method &method, const QByteArray &argument)
     {
         const BusMessage call =
             m_host.connection().createCall("org.tavo.Test", "/", "org.tavo.Test", "Slow");
-        BusWriter(call).writeString(argument);
+        BusWriter(call).writeVariant(argument);
         call.seal();
         m_turns.add(client, call, method);
     }
@@ -102,7 +102,7 @@ TEST_F(CallTurnsTest, RefuseFurtherCallsOfAClientUntilThoseThatWaitAreHandled)
     const BusSlot slot = m_host.connection().handleCalls([&](const BusMessage &call) {
         if (call.member() == "First") {
             addCalls("busy", 2, method);
-            EXPECT_THROW(add("busy", method, QString(1 << 20, 'x')), BusError);
+            EXPECT_THROW(add("busy", method, QByteArray(1 << 20, 'x')), BusError);
             EXPECT_THROW(add("busy", method, {}), BusError);
             EXPECT_NO_THROW(add("other", method, {}));
         } else {
