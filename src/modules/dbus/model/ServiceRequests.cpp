@@ -20,11 +20,15 @@ constexpr std::size_t maxOfUser(std::size_t ofOthers)
     return (maxOfAll - ofOthers + part - 1) / part;
 }
 
-constexpr int maxNameLength = 256;
+/// In characters. The state of the power manager has each name up to five times, and must fit into a message.
+constexpr int maxNameLength = 64;
 
 /// An empty name stays empty, so that the services refuse it.
 QString nameOf(const std::string &client, const QString &name)
 {
+    if (name.size() > maxNameLength) {
+        throw Refusals::textTooLong("name of a module or requester", maxNameLength);
+    }
     return name.isEmpty()
                ? name
                : name + QLatin1String(" (") + QString::fromStdString(client) + QLatin1Char(')');
@@ -85,8 +89,7 @@ QVariant ServiceRequests::ducking(const std::string &client, TavoPlayerAudioDuck
 void ServiceRequests::add(Names &names, const std::string &client, const QString &name,
                           const char *what)
 {
-    // The modules refuse longer ones.
-    if (name.size() > maxNameLength || !names[client].insert(name).second) {
+    if (!names[client].insert(name).second) {
         return;
     }
     const Quotas &quotas = m_clients.quotas();
