@@ -13,6 +13,9 @@
 namespace {
 const QString fileScheme = QStringLiteral("file");
 
+/// The limit for paths, in characters. The main audio's state has the source that plays.
+constexpr int maxLocationLength = 4096;
+
 Failure refusal(const QString &location, const QString &reason)
 {
     // A client's string must not break a line of the log, nor fill the log.
@@ -49,6 +52,11 @@ SoundAccess::SoundAccess(QStringList schemes, const QStringList &folders, QVecto
 
 Result<AllowedSound> SoundAccess::check(const QString &location, Kind kind) const
 {
+    if (location.size() > maxLocationLength) {
+        return Failure{
+            QStringLiteral("The path or URI of a sound may have no more than %1 characters")
+                .arg(maxLocationLength)};
+    }
     const Result<SoundLocation> parsed = parseSoundLocation(location);
     if (const auto *failure = std::get_if<Failure>(&parsed)) {
         return refusal(location, failure->reason);

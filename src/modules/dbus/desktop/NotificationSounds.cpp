@@ -10,9 +10,6 @@
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Dbus");
 
-/// The limit for paths, in characters.
-constexpr int maxLocationLength = 4096;
-
 /// How many different refusals are logged, so that a client can't fill the log.
 constexpr int maxLoggedRefusals = 100;
 } // namespace
@@ -61,10 +58,6 @@ bool NotificationSounds::playIfAllowed(const std::string &client, quint32 id,
 
 AllowedSound NotificationSounds::allowedFile(const QString &file)
 {
-    if (file.size() > maxLocationLength) {
-        logOnce(QStringLiteral("Its location is too long"));
-        return {};
-    }
     const Result<AllowedSound> result = m_clientSounds.access().check(file);
     if (const auto *refusal = std::get_if<Failure>(&result)) {
         logOnce(refusal->reason);

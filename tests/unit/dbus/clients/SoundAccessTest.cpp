@@ -90,6 +90,16 @@ TEST_F(SoundAccessTest, RefusesFilesElsewhere)
     EXPECT_EQ(played("file://"_s + path("allowed/%2E%2E/secret/sound.wav"_s)), QString());
 }
 
+TEST_F(SoundAccessTest, RefusesLongUris)
+{
+    const SoundAccess access{{"http"_s}, {}, {QUrl("http://host/"_s)}};
+    const QString uri = "http://host/"_s.leftJustified(4096, 'x');
+    EXPECT_EQ(played(access, uri), uri);
+    EXPECT_EQ(played(access, uri + 'x'), QString());
+    EXPECT_EQ(refusalOf(uri + 'x'),
+              "The path or URI of a sound may have no more than 4096 characters");
+}
+
 TEST_F(SoundAccessTest, FollowsLinks)
 {
     ASSERT_TRUE(QFile::link(path("secret/sound.wav"_s), path("allowed/link.wav"_s)));
