@@ -79,36 +79,45 @@ void UrgentTurns::remove(const CMPath &sound)
 
 void UrgentTurns::arrange()
 {
-    const Sound *next = nextInTurn();
+    const LastTurns last = lastTurns();
+    const Sound *next = nextInTurn(last);
     if (next == nullptr || m_sounds.size() == 1) {
         return;
     }
-    for (const CMPath &sound : thoseBefore(*next)) {
+    for (const CMPath &sound : thoseBefore(*next, last)) {
         remove(sound);
         Q_EMIT gaveWay(sound);
     }
     m_timer.start();
 }
 
-UrgentTurns::Clock::time_point UrgentTurns::lastTurnOf(const Sound &sound) const
+UrgentTurns::LastTurns UrgentTurns::lastTurns() const
 {
-    const auto user = sound.charge->user();
-    const bool isPlaying = std::any_of(m_sounds.begin(), m_sounds.end(), [&](const auto &entry) {
-        return entry.second.started && entry.second.charge->user() == user;
-    });
-    const auto last = m_lastTurns.find(user);
-    return isPlaying                   ? Clock::time_point::max()
-           : last == m_lastTurns.end() ? Clock::time_point::min()
-                                       : last->second;
+    LastTurns last = m_lastTurns;
+    for (const auto &[path, sound] : m_sounds) {
+        if (sound.started) {
+            last[sound.charge->user()] = Clock::time_point::max();
+        }
+    }
+    return last;
 }
 
-const UrgentTurns::Sound *UrgentTurns::nextInTurn() const
+UrgentTurns::Clock::time_point UrgentTurns::lastTurnOf(const Sound &sound, const LastTurns &last)
+{
+    const auto turn = last.find(sound.charge->user());
+    return turn == last.end() ? Clock::time_point::min() : turn->second;
+}
+
+const UrgentTurns::Sound *UrgentTurns::nextInTurn(const LastTurns &last) const
 {
     const Sound *next = nullptr;
     std::pair<Clock::time_point, std::uint64_t> first;
     for (const auto &[path, sound] : m_sounds) {
-        const std::pair turn(lastTurnOf(sound), sound.number);
-        if (!sound.started && (next == nullptr || turn < first)) {
+        if (sound.started) {
+            continue;
+        }
+        const std::pair turn(lastTurnOf(sound, last), sound.number);
+        if (next == nullptr || turn < first) {
             next = &sound;
             first = turn;
         }
@@ -125,14 +134,14 @@ UrgentTurns::Seconds UrgentTurns::turn() const
     return std::clamp<Seconds>(maxOfAll / double(users.size()) - change, Seconds(0), maxTurn);
 }
 
-std::vector<CMPath> UrgentTurns::thoseBefore(const Sound &next) const
+std::vector<CMPath> UrgentTurns::thoseBefore(const Sound &next, const LastTurns &last) const
 {
-    const Clock::time_point nextsLast = lastTurnOf(next);
+    const Clock::time_point nextsLast = lastTurnOf(next, last);
     const Seconds longest = turn();
     const Clock::time_point now = Clock::now();
     std::vector<CMPath> sounds;
     for (const auto &[path, sound] : m_sounds) {
-        if (lastTurnOf(sound) <= nextsLast) {
+        if (lastTurnOf(sound, last) <= nextsLast) {
             continue;
         }
         // One that was sent later may have overtaken it, if another module has passed it on.

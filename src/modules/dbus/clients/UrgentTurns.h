@@ -72,14 +72,17 @@ private:
         std::optional<Clock::time_point> started;
     };
 
-    /// When a sound of its user has last kept the player busy.
-    Clock::time_point lastTurnOf(const Sound &sound) const;
-    const Sound *nextInTurn() const;
-    Seconds turn() const; ///< how long it is
-    std::vector<CMPath> thoseBefore(const Sound &next) const;
+    /// When a sound of a user has last kept the player busy.
+    using LastTurns = std::map<Quotas::UserId, Clock::time_point>;
 
-    std::unordered_map<CMPath, Sound, PathHash> m_sounds;    ///< with the player
-    std::map<Quotas::UserId, Clock::time_point> m_lastTurns; ///< but for what plays now
+    static Clock::time_point lastTurnOf(const Sound &sound, const LastTurns &last);
+    LastTurns lastTurns() const; ///< of the users that have had one, and of those whose sound plays
+    const Sound *nextInTurn(const LastTurns &last) const;
+    Seconds turn() const; ///< how long it is
+    std::vector<CMPath> thoseBefore(const Sound &next, const LastTurns &last) const;
+
+    std::unordered_map<CMPath, Sound, PathHash> m_sounds; ///< with the player
+    LastTurns m_lastTurns;                                ///< but for what plays now
     std::uint64_t m_lastNumber = 0;
     Clock::time_point m_lastEnd; ///< of a sound that kept the player busy
     QTimer
