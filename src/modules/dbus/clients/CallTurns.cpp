@@ -40,6 +40,10 @@ constexpr double learning = 0.25;
 /// calls stand behind. So to measure large calls may take only so long of late.
 constexpr std::size_t largeBytes = 1 << 16;
 constexpr std::chrono::milliseconds maxMeasuring(100);
+constexpr std::chrono::microseconds noTime(100);
+
+/// Calls with small values usually take less.
+constexpr std::chrono::milliseconds usualTime(1);
 
 /// Calls have other arguments besides a value.
 constexpr int moreBytes = 1 << 16;
@@ -47,6 +51,7 @@ constexpr int moreBytes = 1 << 16;
 std::size_t bytesOf(const BusMessage &call, int maxValueBytes)
 {
     BusReader reader(call, maxValueBytes + moreBytes);
+    reader.restart();
     reader.skipAll();
     reader.restart();
     return reader.bytesRead() + reader.bytesSkipped();
@@ -68,7 +73,12 @@ CallTurns::CallTurns(BusConnection &bus, Quotas &quotas, const ClientLimits &lim
 void CallTurns::add(const std::string &client, const BusMessage &call, Method &method)
 {
     m_hasCome = true;
-    Call added{call, &method, chargeFor(client, call)};
+    Call added{call, &method, {}, false};
+    // A call before which nothing waits is handled at once, so it does not count.
+    added.isMeasured = !m_waiting.empty() || m_quotas.measuringTimeOf(client) > noTime;
+    if (added.isMeasured) {
+        added.charge = chargeFor(client, call);
+    }
     waitingOf(client).calls.push_back(std::move(added));
 }
 
@@ -80,7 +90,6 @@ Quotas::Charge CallTurns::chargeFor(const std::string &client, const BusMessage 
     }
     try {
         const std::size_t bytes = callBytes + measure(client, call);
-        // A call before which nothing waits is handled at once, so it does not count.
         return m_waiting.empty() ? Quotas::Charge()
                                  : m_quotas.charge(client, {Quotas::RequestBytes, bytes});
     } catch (const BusError &error) {
@@ -239,6 +248,13 @@ void CallTurns::handle(Waiting::iterator client)
     call.method->handler(call.message);
     const Seconds taken = Clock::now() - start;
     call.method->takes += learning * (taken - call.method->takes);
+    if (!call.isMeasured && taken > usualTime) {
+        try {
+            measure(name, call.message); // It may have been a large one.
+        } catch (const BusError &) {
+            // It was, and has its reply.
+        }
+    }
     if (isLast && hasLeft) {
         --m_left[user];
         Q_EMIT left(name);

@@ -104,6 +104,7 @@ private:
         BusMessage message;
         Method *method;
         Quotas::Charge charge;
+        bool isMeasured;
     };
     struct Client
     {

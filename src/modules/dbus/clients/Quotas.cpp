@@ -399,16 +399,21 @@ Quotas::Seconds Quotas::timeOfUser(const std::string &client)
     return known == nullptr ? Seconds(0) : seconds(known->user->times[Handling]);
 }
 
-bool Quotas::hasTimeToMeasure(const std::string &client, Seconds ofAll)
+Quotas::Seconds Quotas::measuringTimeOf(const std::string &client)
 {
     const Account *known = find(client);
     if (known == nullptr) {
-        return true;
+        return Seconds(0);
     }
     setTimeUnit();
     const bool hasUser = known->user->id.has_value();
-    const Seconds taken = seconds((hasUser ? known->user->times : known->times)[Measuring]);
-    if (taken <= minMeasuring || !hasUser) {
+    return seconds((hasUser ? known->user->times : known->times)[Measuring]);
+}
+
+bool Quotas::hasTimeToMeasure(const std::string &client, Seconds ofAll)
+{
+    const Seconds taken = measuringTimeOf(client);
+    if (taken <= minMeasuring || !userOf(client)) {
         return taken <= minMeasuring;
     }
     Seconds left = ofAll + taken;

@@ -140,7 +140,7 @@ public:
     enum Work {
         Handling,
         Sending,  ///< what others may have caused. It counts for sendingTurnOf() only.
-        Measuring ///< large calls. It counts for hasTimeToMeasure() only.
+        Measuring ///< large calls
     };
 
     /// Counts time that was spent on a client. It is forgotten by half in each second.
@@ -148,6 +148,9 @@ public:
 
     /// The time that was spent on handling for the client's user of late.
     Seconds timeOfUser(const std::string &client);
+
+    /// The time that measuring took of late for the client's user; while that is unknown, for the client.
+    Seconds measuringTimeOf(const std::string &client);
 
     /// Whether large calls of the client may be measured: its user may take half of what the other users leave of
     /// this much time, and always a little. While its user is unknown, the client has that little only.
