@@ -8,8 +8,8 @@
 #include <utility>
 
 namespace {
-/// For so long, a sound plays before it gives way, so that short ones play to their end.
-constexpr std::chrono::duration<double> maxTurn(0.2);
+/// How much more a user must have played, so that short sounds play to their end.
+constexpr std::chrono::duration<double> maxMargin(0.2);
 
 /// The same for all users together: the more there are, the sooner each gives way.
 constexpr std::chrono::duration<double> maxOfAll(0.7);
@@ -70,82 +70,84 @@ void UrgentTurns::remove(const CMPath &sound)
     if (found == m_sounds.end()) {
         return;
     }
+    const auto user = found->second.charge->user();
     if (found->second.started) {
         m_lastEnd = Clock::now();
-        m_lastTurns[found->second.charge->user()] = m_lastEnd;
+        m_played[user].add(m_lastEnd - *found->second.started, m_lastEnd);
     }
     m_sounds.erase(found);
 }
 
 void UrgentTurns::arrange()
 {
-    const LastTurns last = lastTurns();
-    const Sound *next = nextInTurn(last);
+    const Users played = playedNow();
+    const Sound *next = nextInTurn(played);
     if (next == nullptr || m_sounds.size() == 1) {
         return;
     }
-    for (const CMPath &sound : thoseBefore(*next, last)) {
+    for (const CMPath &sound : thoseBefore(*next, played)) {
         remove(sound);
         Q_EMIT gaveWay(sound);
     }
     m_timer.start();
 }
 
-UrgentTurns::LastTurns UrgentTurns::lastTurns() const
+UrgentTurns::Users UrgentTurns::playedNow() const
 {
-    LastTurns last = m_lastTurns;
+    const Clock::time_point now = Clock::now();
+    Users users;
+    for (const auto &[user, played] : m_played) {
+        users[user] = played.at(now);
+    }
     for (const auto &[path, sound] : m_sounds) {
+        const auto user = sound.charge->user();
         if (sound.started) {
-            last[sound.charge->user()] = Clock::time_point::max();
+            users[user] += now - *sound.started;
         }
     }
-    return last;
+    return users;
 }
 
-UrgentTurns::Clock::time_point UrgentTurns::lastTurnOf(const Sound &sound, const LastTurns &last)
-{
-    const auto turn = last.find(sound.charge->user());
-    return turn == last.end() ? Clock::time_point::min() : turn->second;
-}
-
-const UrgentTurns::Sound *UrgentTurns::nextInTurn(const LastTurns &last) const
+const UrgentTurns::Sound *UrgentTurns::nextInTurn(const Users &played) const
 {
     const Sound *next = nullptr;
-    std::pair<Clock::time_point, std::uint64_t> first;
+    std::pair<Seconds, std::uint64_t> least;
     for (const auto &[path, sound] : m_sounds) {
         if (sound.started) {
             continue;
         }
-        const std::pair turn(lastTurnOf(sound, last), sound.number);
-        if (next == nullptr || turn < first) {
+        const auto time = played.find(sound.charge->user());
+        const std::pair turn(time == played.end() ? Seconds(0) : time->second, sound.number);
+        if (next == nullptr || turn < least) {
             next = &sound;
-            first = turn;
+            least = turn;
         }
     }
     return next;
 }
 
-UrgentTurns::Seconds UrgentTurns::turn() const
+UrgentTurns::Seconds UrgentTurns::margin() const
 {
     std::set<Quotas::UserId> users;
     for (const auto &[path, sound] : m_sounds) {
         users.insert(sound.charge->user());
     }
-    return std::clamp<Seconds>(maxOfAll / double(users.size()) - change, Seconds(0), maxTurn);
+    return std::clamp<Seconds>(maxOfAll / double(users.size()) - change, Seconds(0), maxMargin);
 }
 
-std::vector<CMPath> UrgentTurns::thoseBefore(const Sound &next, const LastTurns &last) const
+std::vector<CMPath> UrgentTurns::thoseBefore(const Sound &next, const Users &played) const
 {
-    const Clock::time_point nextsLast = lastTurnOf(next, last);
-    const Seconds longest = turn();
-    const Clock::time_point now = Clock::now();
+    const auto time = [&](const Sound &sound) {
+        const auto found = played.find(sound.charge->user());
+        return found == played.end() ? Seconds(0) : found->second;
+    };
+    const Seconds least = time(next);
+    const Seconds most = least + margin();
     std::vector<CMPath> sounds;
     for (const auto &[path, sound] : m_sounds) {
-        if (lastTurnOf(sound, last) <= nextsLast) {
-            continue;
-        }
         // One that was sent later may have overtaken it, if another module has passed it on.
-        if (sound.started ? now - *sound.started > longest : sound.number < next.number) {
+        if (sound.started ? time(sound) > most
+                          : sound.number < next.number && time(sound) > least) {
             sounds.push_back(path);
         }
     }

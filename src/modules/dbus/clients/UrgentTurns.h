@@ -5,6 +5,7 @@
 
 #include "PathHash.h"
 #include "Quotas.h"
+#include "RecentTime.h"
 #include <core/tavo.h>
 
 #include <QObject>
@@ -18,8 +19,9 @@
 #include <vector>
 
 /// Keeps the urgent sounds of one user from making those of another wait. The player plays them in the
-/// order of their arrival, however long they are. Here the user is next whose last turn is longest ago. Its sound
-/// makes those give way that wait before it, and the one that plays once that has played for its turn.
+/// order of their arrival, however long they are. So a sound that has not started makes the one that plays
+/// give way if that one's user has clearly played more of late than its own user, and those that wait before it if
+/// theirs have played more at all.
 ///
 /// Owned by ClientSounds, used in the worker's thread. Clients whose user is not known count as one
 /// user.
@@ -41,10 +43,10 @@ public:
     /// The sound has started, if it is one of these.
     void start(const CMPath &sound);
 
-    /// The player could not play the sound, if it is one of these. It was a turn.
+    /// The player could not play the sound, if it is one of these. The time for which it tried counts.
     void fail(const CMPath &sound);
 
-    /// The sound is cancelled, if it is one of these. If the player tried to play it, it was a turn.
+    /// The sound is cancelled, if it is one of these. The time for which the player tried to play it counts.
     void cancel(const CMPath &sound);
 
     /// The sound has ended or given way, if it is one of these.
@@ -61,8 +63,8 @@ private Q_SLOTS:
     void on_timer_timeout() { arrange(); }
 
 private:
-    using Clock = std::chrono::steady_clock;
-    using Seconds = std::chrono::duration<double>;
+    using Clock = RecentTime::Clock;
+    using Seconds = RecentTime::Seconds;
 
     struct Sound
     {
@@ -72,17 +74,16 @@ private:
         std::optional<Clock::time_point> started;
     };
 
-    /// When a sound of a user has last kept the player busy.
-    using LastTurns = std::map<Quotas::UserId, Clock::time_point>;
+    using Users = std::map<Quotas::UserId, Seconds>;
 
-    static Clock::time_point lastTurnOf(const Sound &sound, const LastTurns &last);
-    LastTurns lastTurns() const; ///< of the users that have had one, and of those whose sound plays
-    const Sound *nextInTurn(const LastTurns &last) const;
-    Seconds turn() const; ///< how long it is
-    std::vector<CMPath> thoseBefore(const Sound &next, const LastTurns &last) const;
+    Users playedNow() const;
+    const Sound *nextInTurn(const Users &played) const;
+    Seconds margin() const;
+    std::vector<CMPath> thoseBefore(const Sound &next, const Users &played) const;
 
     std::unordered_map<CMPath, Sound, PathHash> m_sounds; ///< with the player
-    LastTurns m_lastTurns;                                ///< but for what plays now
+    /// How long a user's urgent sounds have kept the player busy, without what plays now.
+    std::map<Quotas::UserId, RecentTime> m_played;
     std::uint64_t m_lastNumber = 0;
     Clock::time_point m_lastEnd; ///< of a sound that kept the player busy
     QTimer
