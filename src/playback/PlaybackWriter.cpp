@@ -297,7 +297,7 @@ void PlaybackWriter::fill(long room)
 {
     long wanted = room - m_window.unsent();
     bool rewound = false;
-    while (wanted > 0 && !m_sourceEnded) {
+    while (wanted > 0 && !m_sourceEnded && m_command != Command::Stop) {
         const FrameSource::Read read = m_source->read(m_window.spaceFor(wanted), wanted);
         if (std::holds_alternative<FrameSource::Waiting>(read)) {
             return;

@@ -56,10 +56,10 @@ struct HistoryFile::Statements
         database, "UPDATE entries SET state = ?, action = ?, endTime = ? WHERE number = ?"};
     SqliteStatement see{database, "UPDATE entries INDEXED BY entries_missed SET state = ? "
                                   "WHERE state IN (5, 6) AND number <= ? AND number >= ?"};
-    SqliteStatement leftOpen{database,
-                             SELECT_ENTRIES "(SELECT * FROM kept UNION ALL " SELECT_OPEN_MUST_SEE
-                                            " AND number NOT IN (SELECT number FROM kept)"
-                                            ") AS entries ORDER BY number LIMIT ?"};
+    SqliteStatement leftOpen{database, SELECT_ENTRIES
+                             "(SELECT * FROM (SELECT * FROM kept UNION ALL " SELECT_OPEN_MUST_SEE
+                             " AND number NOT IN (SELECT number FROM kept)) "
+                             "ORDER BY number DESC LIMIT ?) AS entries ORDER BY number"};
     SqliteStatement left{database, "SELECT 1 FROM entries INDEXED BY entries_open "
                                    "WHERE endTime = 0 AND NOT flags & 2 LIMIT 1"};
     SqliteStatement missLeft{database, "UPDATE entries INDEXED BY entries_open "
@@ -78,6 +78,9 @@ struct HistoryFile::Statements
     SqliteStatement setMustSee{database,
                                "UPDATE entries SET flags = flags & ~2 | ? WHERE number = ?"};
     SqliteStatement insertKept{database, "INSERT OR REPLACE INTO kept " ENTRY_VALUES};
+    SqliteStatement forgetKept{database,
+                               "DELETE FROM kept WHERE number <= (SELECT number FROM kept "
+                               "ORDER BY number DESC LIMIT 1 OFFSET ?)"};
     SqliteStatement endKept{database, "DELETE FROM kept WHERE number = ?"};
     SqliteStatement remove{database, "DELETE FROM entries WHERE number <= ?"};
     SqliteStatement newest{database, SELECT_ENTRIES "entries "
@@ -148,6 +151,7 @@ void HistoryFile::write(const HistoryReplacement &replacement)
     m_statements->setMustSee.run(entry.mustSee ? mustSeeHistoryFlag : 0, number);
     if (entry.mustSee) {
         insert(m_statements->insertKept, number, entry, bytesOf(entry));
+        m_totals.last = std::max(m_totals.last, number); // in a new file after a damaged one
     } else {
         m_statements->endKept.run(number);
     }
@@ -253,6 +257,7 @@ void HistoryFile::removeOldest()
     } else {
         // People must see these, after a restart, too.
         m_statements->keep.run(last);
+        m_statements->forgetKept.run(maxLeftOpen);
         m_statements->remove.run(last);
         m_index->removeUpTo(last);
         if (m_database.number("PRAGMA freelist_count") > maxFreePages) {

@@ -12,10 +12,10 @@ constexpr std::chrono::milliseconds most(40);
 
 constexpr std::chrono::milliseconds longest(200);
 
-/// A module that does not reply for so long has other trouble.
-constexpr std::chrono::seconds longestOfAttention(5);
+/// The user's calls to other modules wait, too, so it must not be for long.
+constexpr std::chrono::seconds longestOfAttention(1);
 
-/// Requests differ, so the next ones may take longer than those before: no more than 16 are sent at once.
+/// Requests differ, so the next ones may take longer than those before: at first a user sends no more than 8.
 constexpr ModuleLoad::Time leastOfAttention = 2 * ModuleLoad::usual;
 
 /// By then, half of what a request took is forgotten.
@@ -67,8 +67,10 @@ void ModuleLoad::addForAttention(Quotas::UserId user, const CMReply<QVariant> &r
 void ModuleLoad::finish(quint64 number, Clock::time_point sent)
 {
     const Clock::time_point now = Clock::now();
-    const auto taken =
-        std::chrono::duration_cast<Time>(now - std::max(sent, std::exchange(m_lastHandled, now)));
+    // If this thread was busy, it may have taken less; more than the most makes no difference.
+    const auto taken = std::min<Time>(
+        most,
+        std::chrono::duration_cast<Time>(now - std::max(sent, std::exchange(m_lastHandled, now))));
     if (const Time expected = expectedOfAttention(now); taken > expected) {
         m_longest = taken;
         m_longestSet = now;

@@ -18,6 +18,14 @@ CMPath parentPath()
     static const CMPath path(QStringLiteral("/dbus/inbox"));
     return path;
 }
+
+/// Inboxes, and messages, whose clients are told when an action is chosen.
+bool reachesClients(const CMPath &path)
+{
+    static const CMPath notifications(QStringLiteral("/dbus/notifications"));
+    return path.isBelow(parentPath()) || path.isBelow(notifications) ||
+           path.isBelow(TavoAttentionMessagesPath());
+}
 } // namespace
 
 Inboxes::Inboxes(Clients &clients, CMNodes *nodes)
@@ -47,7 +55,7 @@ bool Inboxes::isOf(const std::string &client, const CMPath &path) const
 
 void Inboxes::checkReceiver(const std::string &client, const CMPath &path) const
 {
-    if (!path.isBelow(parentPath())) {
+    if (!reachesClients(path)) {
         return;
     }
     const auto inbox = m_inboxes.find(path);
@@ -58,15 +66,11 @@ void Inboxes::checkReceiver(const std::string &client, const CMPath &path) const
 
 void Inboxes::admit(const std::string &client, const CMPath &path, std::size_t bytes)
 {
-    // Inboxes, and desktop notifications, whose clients are told when an action is chosen.
-    static const CMPath ofClients(QStringLiteral("/dbus"));
     const Quotas &quotas = m_clients.quotas();
     const Quotas::UserId user = quotas.userOf(client);
     const auto inbox = m_inboxes.find(path);
     const bool isOwn = inbox != m_inboxes.end() && user && inbox->second.charge.user() == user;
-    const bool reachesClients =
-        path.isBelow(ofClients) || path.isBelow(TavoAttentionMessagesPath());
-    if (!quotas.hasManyUsers() || isOwn || !reachesClients) {
+    if (!quotas.hasManyUsers() || isOwn || !reachesClients(path)) {
         return;
     }
     const double perSecond = m_clients.limits().messageBytes;

@@ -36,7 +36,8 @@ public:
     bool has(const CMPath &path) const { return m_inboxes.count(path) > 0; }
     bool isOf(const std::string &client, const CMPath &path) const;
 
-    /// Throws BusError::invalidArguments() if the path is an inbox, or may become one, but none of the client's user.
+    /// Throws BusError::invalidArguments() if the path is an inbox, or may become one, but none of the client's user,
+    /// or an action of a message.
     /// What others request must not reach it, because that counts as unread of the one who opened it.
     void checkReceiver(const std::string &client, const CMPath &path) const;
 

@@ -13,7 +13,7 @@ constexpr int maxPathLength = 4096;
 /// In characters, with the arguments. Nobody reads more on a display, and every listing takes time for them.
 constexpr int maxTitleLength = 1000;
 constexpr int maxMessageLength = 65536;
-constexpr int maxIdLength = 1000;
+constexpr int maxIdLength = 256;    // as the history keeps
 constexpr int maxNameLength = 4096; // it may be the path of an icon
 
 void check(const QString &text, const char *what, int maxLength)

@@ -287,12 +287,12 @@ TEST_F(DbusBadInputTest, MessagesWithTooLongTextsAreRefused)
     expectRefusal(open(TavoNotificationDisplayItem().setTitle(QString(1001, 'x'))), limitsExceeded);
     expectRefusal(open(TavoNotificationDisplayItem().setMessage(QString(65537, 'x'))),
                   limitsExceeded);
-    expectRefusal(open(TavoNotificationDisplayItem().setId(QString(1001, 'x'))), limitsExceeded);
+    expectRefusal(open(TavoNotificationDisplayItem().setId(QString(257, 'x'))), limitsExceeded);
     expectRefusal(open(TavoNotificationDisplayItem().setPath(CMPath("/" + QString(4096, 'x')))),
                   "org.tavo.Error.InvalidPath");
     EXPECT_EQ(opened, 0);
     EXPECT_TRUE(open(TavoNotificationDisplayItem()
-                         .setId(QString(1000, 'x'))
+                         .setId(QString(256, 'x'))
                          .setTitle(text(1000))
                          .setMessage(QString(65536, 'x')))
                     .succeeds());
@@ -309,7 +309,7 @@ TEST_F(DbusBadInputTest, NotificationsAndSoundsWithTooLongIdsOrNamesAreRefused)
             request.reply().setValue({});
         });
     }
-    const QString longId(1001, 'x');
+    const QString longId(257, 'x');
     const QString longName(4097, 'x');
     for (const CMPath &path : {TavoAttentionNotifyPath(), TavoAttentionReplacePath()}) {
         for (const auto &item :

@@ -231,6 +231,22 @@ TEST_F(OpenEntriesTest, ManyChangesDoNotPushOutWhatCameBeforeWhileTheDiskIsFull)
     EXPECT_THAT(titles(), ElementsAre("While full"_s, "First"_s));
 }
 
+TEST_F(OpenEntriesTest, OfMoreThanAThousandThatMustBeSeenTheNewestAreReported)
+{
+    settings.maxEntries = 5;
+    start();
+    HistoryEntry mustSee = entry("Open"_s);
+    mustSee.mustSee = true;
+    for (int i = 0; i < 1010; ++i) {
+        mustSee.title = QString::number(i);
+        history->add(mustSee);
+    }
+    const QVector<HistoryEntry> left = startAgain();
+    ASSERT_THAT(left, SizeIs(1000));
+    EXPECT_EQ(left.first().title, "10"_s);
+    EXPECT_EQ(left.last().title, "1009"_s);
+}
+
 TEST_F(OpenEntriesTest, OtherOpenEntriesHaveEndedWithTheHost)
 {
     start();
