@@ -69,6 +69,11 @@ PlaybackWriter::PlaybackWriter(std::unique_ptr<FrameSource> source, const QStrin
     , m_report(report)
     , m_fetch(std::move(fetch))
 {
+    m_source->isWanted = [this] {
+        // A caller that waits can't do anything else, such as end it.
+        declareOpened();
+        return m_command != Command::Stop;
+    };
 }
 
 PlaybackWriter::~PlaybackWriter() = default;
@@ -233,11 +238,6 @@ PlaybackWriter::Step PlaybackWriter::play()
 
 PlaybackWriter::Step PlaybackWriter::openAll()
 {
-    m_source->isWanted = [this] {
-        // A caller that waits can't do anything else, such as end it.
-        declareOpened();
-        return m_command != Command::Stop;
-    };
     Result<FrameSource::Loading> loaded = m_source->open(m_wake);
     if (FrameSource::isDone(loaded) && m_source->needsLoading()) {
         // Loading depends on another program or a server, so the caller doesn't wait for it.

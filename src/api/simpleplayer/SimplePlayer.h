@@ -47,9 +47,9 @@ public:
 
     /// Starts the sound, or resumes a paused one at the first frame that has not been heard. Waits
     /// until the sound and the device are open, but at most 250 ms, and never for a server, the
-    /// writer of a FIFO, or a file that takes more than 10 ms of processor time to open. Later failures are reported by playbackErrorReported(). If the sound can't
-    /// start, logs the reason and returns false. The player then emits no signal any more, and
-    /// can't be started again.
+    /// writer of a FIFO, or a file that takes more than 10 ms of processor time to open. Later
+    /// failures are reported by playbackErrorReported(). If the sound can't start, logs the reason
+    /// and returns false. The player then emits no signal any more, and can't be started again.
     virtual bool play();
 
     /// Pauses the sound and closes the device. Does nothing unless the sound is playing. Hardware

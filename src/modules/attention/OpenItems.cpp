@@ -222,12 +222,12 @@ HistoryEntry OpenItems::historyEntryOf(const Entry &entry)
 
 int OpenItems::freePlaces(const QString &user) const
 {
-    const auto isOne = [&user](const Entry &entry) {
-        return entry.comesBack && entry.item.user == user;
-    };
     if (user.isEmpty()) { // the host's own
         return maxMustSeeOfUser;
     }
+    const auto isOne = [&user](const Entry &entry) {
+        return entry.comesBack && entry.item.user == user;
+    };
     return maxMustSeeOfUser - int(std::count_if(m_entries.begin(), m_entries.end(), isOne));
 }
 

@@ -11,11 +11,6 @@ class CliHostileTextTest : public CliTest
 {
 protected:
     void SetUp() override { startHost(); }
-
-    static QByteArray callValue(const QString &text)
-    {
-        return QJsonDocument(QJsonObject{{"moduleName", text}}).toJson();
-    }
 };
 
 TEST_F(CliHostileTextTest, AnIdCannotForgeALineOfTheLog)

@@ -74,7 +74,8 @@ void CallTurns::add(const std::string &client, const BusMessage &call, Method &m
 {
     m_hasCome = true;
     Call added{call, &method, {}, false};
-    // A call before which nothing waits is handled at once, so it does not count.
+    // A call before which nothing waits is handled at once, so it does not count. It is not read twice either, unless
+    // large ones have come of late.
     added.isMeasured = !m_waiting.empty() || m_quotas.measuringTimeOf(client) > noTime;
     if (added.isMeasured) {
         added.charge = chargeFor(client, call);

@@ -33,10 +33,10 @@ quint64 ModuleLoad::add(Quotas::UserId user, Time takes)
     return add(user, takes, longest);
 }
 
-quint64 ModuleLoad::add(Quotas::UserId user, Time takes, Clock::duration longestTime)
+quint64 ModuleLoad::add(Quotas::UserId user, Time takes, Clock::duration atMost)
 {
     const Clock::time_point now = Clock::now();
-    m_requests.emplace(++m_lastNumber, Request{user, takes, now, now + longestTime});
+    m_requests.emplace(++m_lastNumber, Request{user, takes, now + atMost});
     m_loads[user] += takes;
     m_total += takes;
     if (!m_timer.isActive()) {

@@ -10,7 +10,6 @@
 #include <QTimer>
 
 #include <chrono>
-#include <functional>
 #include <map>
 
 /// How long the requests that users have sent of late are expected to keep modules busy. Modules handle requests in the
@@ -36,7 +35,8 @@ public:
     void remove(quint64 number);
 
     /// A user has sent a request that the module for attention replies to as soon as it has handled it. It counts until
-    /// then, by what others have taken of late: people may have given it rules that take long.
+    /// then, but for a second at most, by what others have taken of late: people may have given the module rules that
+    /// take long.
     void addForAttention(Quotas::UserId user, const CMReply<QVariant> &reply);
 
     /// Whether the user has sent half of what the others leave.
@@ -56,12 +56,11 @@ private:
     {
         Quotas::UserId user;
         Time takes;
-        Clock::time_point sent;
         Clock::time_point until;
     };
     using Requests = std::map<quint64, Request>;
 
-    quint64 add(Quotas::UserId user, Time takes, Clock::duration longest);
+    quint64 add(Quotas::UserId user, Time takes, Clock::duration atMost);
     Requests::iterator erase(Requests::iterator request);
     void finish(quint64 number, Clock::time_point sent);
     Time expectedOfAttention(Clock::time_point now) const;

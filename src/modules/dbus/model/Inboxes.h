@@ -36,9 +36,9 @@ public:
     bool has(const CMPath &path) const { return m_inboxes.count(path) > 0; }
     bool isOf(const std::string &client, const CMPath &path) const;
 
-    /// Throws BusError::invalidArguments() if the path is an inbox, or may become one, but none of the client's user,
-    /// or an action of a message.
-    /// What others request must not reach it, because that counts as unread of the one who opened it.
+    /// Throws BusError::invalidArguments() if responses to the client's requests must not go to the path: to an inbox
+    /// of another user, or one that is not open yet, or to an action of a message. They would count as unread by
+    /// somebody else.
     void checkReceiver(const std::string &client, const CMPath &path) const;
 
     /// Counts a request that takes about this many bytes, if it is to an inbox of another user or to an action of a

@@ -165,9 +165,10 @@ void ModelInterface::callNode(const BusMessage &call)
         m_clients.addAttentionLoad(charge.user(), reply);
     }
     // To pause and resume what plays can take the player a tenth of a second for each sound.
+    constexpr ModuleLoad::Time soundTakes = std::chrono::milliseconds(10);
     const bool isSound = path == TavoNotificationPlayerEnqueuePath();
     m_calls.answer(call, reply, writeValue, std::move(charge),
-                   (isSound ? 8 : 1) * ModuleLoad::usual);
+                   isSound ? soundTakes : ModuleLoad::usual);
 }
 
 void ModelInterface::checkItem(const std::string &client, const QVariant &value) const

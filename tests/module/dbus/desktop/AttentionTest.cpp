@@ -45,6 +45,15 @@ protected:
     void unloadAttention() { m_attention.reset(); }
     void reloadAttention(const QString &historyFile = {}) { load(historyFile); }
     QString historyFile() const { return m_folder.filePath("history.db"_s); }
+
+    /// Ends both modules, and loads the one that decides again.
+    void restart()
+    {
+        unloadAttention();
+        unload();
+        ASSERT_TRUE(waitFor([] { return displayed().empty(); }));
+        reloadAttention(historyFile());
+    }
     ScriptedService &services() { return m_services; }
 
     quint32 notifyWithSound(const QStringList &arguments)
@@ -270,10 +279,7 @@ TEST_F(DesktopAttentionTest, ShowsNotificationsBesideThoseThatAreRestored)
     setSettings(R"({"rules": [{"name": "leak", "then": {"mustSee": true}}]})");
     reloadAttention(historyFile());
     ASSERT_TRUE(isShown(notifySend({"Leak"_s})));
-    unloadAttention();
-    unload();
-    ASSERT_TRUE(waitFor([] { return displayed().empty(); }));
-    reloadAttention(historyFile());
+    restart();
     ASSERT_TRUE(waitFor([] { return displayed().size() == 1; }));
     shareBus();
     EXPECT_TRUE(isShown(notifySend({"Fire"_s})));
@@ -289,10 +295,7 @@ TEST_F(DesktopAttentionTest, RestoresANotificationAsItWasChanged)
     notifySend({"-r"_s, QString::number(id), "Leak everywhere"_s});
     // The module handles its requests in turn.
     EXPECT_TRUE(Request(TavoAttentionTryPath(), QVariant()).succeeds());
-    unloadAttention();
-    unload();
-    ASSERT_TRUE(waitFor([] { return displayed().empty(); }));
-    reloadAttention(historyFile());
+    restart();
     EXPECT_TRUE(waitFor([] {
         const auto head = CMCatalog::entry(displayed().value(0));
         return head && head->title.toString() == "Leak everywhere"_s;

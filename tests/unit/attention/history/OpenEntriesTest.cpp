@@ -103,9 +103,7 @@ TEST_F(OpenEntriesTest, WhatMustBeSeenIsReportedUntilItEndsEvenIfItsEntryHasGone
     HistoryEntry mustSee = entry("Open"_s);
     mustSee.mustSee = true;
     history->add(mustSee);
-    for (int i = 0; i < 10; ++i) {
-        history->add(entry("Newer"_s));
-    }
+    fill();
     const QVector<HistoryEntry> left = startAgain();
     ASSERT_THAT(left, SizeIs(1));
     EXPECT_EQ(left[0].title, "Open"_s);
