@@ -129,7 +129,7 @@ TEST_F(FailuresTest, AFileThatCanNotBeOpenedIsReplacedByMemoryUntilItCan)
     EXPECT_EQ(read.entries[1].state, State::Dismissed);
 }
 
-TEST_F(FailuresTest, WhatWaitsIsBoundedAndTheOldestIsLostAndCounted)
+TEST_F(FailuresTest, WhatWaitsIsBoundedAndTheNewestIsKeptAndTheLostAreCounted)
 {
     constexpr int count = 10000;
     useFolderThatIsAFile();
@@ -150,7 +150,9 @@ TEST_F(FailuresTest, WhatWaitsIsBoundedAndTheOldestIsLostAndCounted)
     } while (query.before != 0);
     EXPECT_EQ(read.first(), QString::number(count - 1));
     EXPECT_LT(read.size(), count / 2);
-    EXPECT_EQ(read.last(), QString::number(count - read.size()));
+    // What the writer had taken before too much waited may have been written, too, so only these are certain.
+    constexpr int kept = 500;
+    EXPECT_EQ(read.value(kept - 1), QString::number(count - kept));
     EXPECT_TRUE(waitFor([&] {
         return std::accumulate(recovered->begin(), recovered->end(), read.size(),
                                [](int sum, const QList<QVariant> &arguments) {
