@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 namespace {
 const QString itemKey = QStringLiteral("notificationPlayerItem");
@@ -61,6 +62,21 @@ void tellWhetherAgain(const QString &notification, bool isAgain)
     }
 }
 
+void respond(const CMPath &target, const QVariant &response)
+{
+    if (!target.isEmpty()) {
+        CMRoot()->invoke(target, response, {});
+    }
+}
+
+QVariant cancelledResponse(const QString &id)
+{
+    return TavoValue()
+        .setNotificationPlayerResponse(TavoNotificationPlayerResponse().setId(id).setType(
+            TavoNotificationPlayerResponseType::Cancelled))
+        .__variant();
+}
+
 /// Other sounds end by themselves.
 bool endsWithItsClient(const TavoNotificationPlayerItem &item)
 {
@@ -79,6 +95,7 @@ ClientSounds::ClientSounds(Clients &clients, CMNodes *nodes, SoundAccess access)
     tavoConnect(&m_clients, &Clients::left, this, &ClientSounds::on_clients_left);
     tavoConnect(&m_clients, &Clients::userKnown, this, &ClientSounds::on_clients_userKnown);
     tavoConnect(&m_turns, &UrgentTurns::gaveWay, this, &ClientSounds::on_turns_gaveWay);
+    tavoConnect(&m_turns, &UrgentTurns::cameBack, this, &ClientSounds::on_turns_cameBack);
     CMRoot()->connectNodeChange(TavoNotificationPlayerEnqueuePath(), this,
                                 &ClientSounds::on_player_nodeChanged);
 }
@@ -153,8 +170,10 @@ CMReply<QVariant> ClientSounds::sendInTurn(const CMPath &path)
     return requests.addForGood(added.charge.user(), [this, path] {
         const auto found = m_sounds.find(path);
         if (found == m_sounds.end()) {
-            // The player has gone in the meantime.
-            return CMRoot()->invoke(TavoNotificationPlayerEnqueuePath(), QVariant(), {});
+            // The player has gone in the meantime, or the sound of a notification has been cancelled.
+            CMReply<QVariant> reply;
+            reply.setError(CMError(QStringLiteral("Dbus"), TAVO_TR("The sound has ended")));
+            return reply;
         }
         found->second.isSent = true;
         // One on its way to the player is cancelled when it has arrived.
@@ -222,6 +241,8 @@ void ClientSounds::takeTurns(const CMPath &path, const Sound &sound)
 {
     if (!sound.isCancelled && sound.item.priority() >= urgentPriority(m_clients.limits())) {
         m_turns.add(path, sound.charge, sound.turn, sound.isPlaying);
+    } else {
+        m_turns.remove(path);
     }
 }
 
@@ -238,6 +259,29 @@ void ClientSounds::on_turns_gaveWay(const CMPath &path)
     askPlayerToCancel(sound.item.id());
 }
 
+void ClientSounds::on_turns_cameBack(const CMPath &path)
+{
+    Sound &sound = m_sounds.at(path);
+    sound.comesBack = true;
+    if (sound.hasLeft) {
+        sendAgain(path, sound);
+    }
+}
+
+void ClientSounds::sendAgain(const CMPath &path, Sound &sound)
+{
+    sound.givesWay = false;
+    sound.hasLeft = false;
+    sound.comesBack = false;
+    const auto tellRefusal = [target = sound.target, response = cancelledResponse(sound.item.id())](
+                                 const CMReply<QVariant> &finished) {
+        if (finished.error().isError()) {
+            respond(target, response);
+        }
+    };
+    sendToPlayer(path, sound).onFinished(this, tellRefusal);
+}
+
 CMReply<QVariant> ClientSounds::cancel(const std::string &client, const QVariant &value)
 {
     return cancelInTurn(m_clients.quotas().userOf(client), value);
@@ -247,13 +291,25 @@ CMReply<QVariant> ClientSounds::cancel(const QVariant &value)
 {
     const QString id = TavoValue(value.toHash()).string_();
     bool isWithPlayer = true;
+    std::vector<CMPath> over;
     for (auto &[path, sound] : m_sounds) {
         if (sound.item.id() == id) {
             isWithPlayer = isWithPlayer && sound.isSent && !sound.givesWay && !sound.isOnItsWay;
+            const bool isToBeSent = !sound.isSent && !sound.notification.isEmpty();
+            if (isToBeSent) {
+                tellWhetherAgain(sound.notification, false);
+            }
+            if (isToBeSent || sound.hasLeft) {
+                over.push_back(path);
+            }
             stopGivingWay(sound);
             sound.isCancelled = true;
             m_turns.cancel(path); // It would give way and play again.
         }
+    }
+    for (const CMPath &path : over) {
+        respond(m_sounds.at(path).target, cancelledResponse(id));
+        forget(path);
     }
     if (!isWithPlayer) {
         CMReply<QVariant> done;
@@ -391,15 +447,11 @@ void ClientSounds::on_sound_responded(const CMSetDataRequest &request)
     }
     Sound &sound = found->second;
     const auto type = TavoValue(request.value().toHash()).notificationPlayerResponse().type();
-    if (type == TavoNotificationPlayerResponseType::Cancelled &&
-        std::exchange(sound.givesWay, false)) {
-        const auto tellRefusal = [target = sound.target,
-                                  value = request.value()](const CMReply<QVariant> &finished) {
-            if (finished.error().isError() && !target.isEmpty()) {
-                CMRoot()->invoke(target, value, {});
-            }
-        };
-        sendToPlayer(request.path(), sound).onFinished(this, tellRefusal);
+    if (type == TavoNotificationPlayerResponseType::Cancelled && sound.givesWay) {
+        sound.hasLeft = true;
+        if (sound.comesBack) {
+            sendAgain(request.path(), sound);
+        }
         return;
     }
     bool isAgain = false;
@@ -408,8 +460,8 @@ void ClientSounds::on_sound_responded(const CMSetDataRequest &request)
         isAgain = std::exchange(sound.hasStarted, true);
         sound.isPlaying = true;
     }
-    if (!sound.target.isEmpty() && !isAgain) {
-        CMRoot()->invoke(sound.target, request.value(), {});
+    if (!isAgain) {
+        respond(sound.target, request.value());
     }
     if (type == TavoNotificationPlayerResponseType::Failed) {
         m_turns.fail(request.path());
@@ -424,16 +476,21 @@ void ClientSounds::on_clients_left(const std::string &client)
     if (m_clients.quotas().held(client, Quotas::Sounds) == 0) {
         return;
     }
+    std::vector<QString> ids;
     for (const auto &[path, sound] : m_sounds) {
         if (sound.charge.client() == client && endsWithItsClient(sound.item)) {
-            cancelInTurn(sound.charge.user(), cancelOf(sound.item.id()));
+            ids.push_back(sound.item.id());
         }
+    }
+    const auto user = m_clients.quotas().userOf(client);
+    for (const QString &id : ids) {
+        cancelInTurn(user, cancelOf(id));
     }
 }
 
 void ClientSounds::on_clients_userKnown()
 {
-    m_turns.arrange();
+    m_turns.takeUsers();
 }
 
 void ClientSounds::on_player_nodeChanged(const CMPath & /*path*/, bool published)

@@ -78,6 +78,7 @@ private Q_SLOTS:
     void on_clients_left(const std::string &client);
     void on_clients_userKnown();
     void on_turns_gaveWay(const CMPath &path);
+    void on_turns_cameBack(const CMPath &path);
     void on_player_nodeChanged(const CMPath &path, bool published);
     void on_sound_responded(const CMSetDataRequest &request);
 
@@ -93,7 +94,9 @@ private:
         bool hasStarted = false;
         bool isPlaying = false; ///< has started, and has not given way since
         int timesGivenWay = 0;
-        bool givesWay = false;    ///< is cancelled, to be played again later
+        bool givesWay = false;    ///< is taken from the player until its turn has come again
+        bool hasLeft = false;     ///< the player has let it go because it gives way
+        bool comesBack = false;   ///< as soon as the player has let it go
         bool isOnItsWay = false;  ///< to the player, through the module for attention
         bool isCancelled = false; ///< for good; one on its way, when the player has it
         bool isSent = false;
@@ -115,6 +118,8 @@ private:
     CMReply<QVariant> cancel(const QVariant &value);
     void takeOutcome(const CMPath &path, const QVariant &outcome);
     void takeTurns(const CMPath &path, const Sound &sound);
+
+    void sendAgain(const CMPath &path, Sound &sound);
 
     /// The sound has been cancelled and will not play again.
     static void stopGivingWay(Sound &sound);

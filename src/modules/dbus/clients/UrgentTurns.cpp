@@ -18,6 +18,9 @@ constexpr std::chrono::duration<double> maxOfAll(0.7);
 constexpr std::chrono::duration<double> change(0.03);
 
 constexpr std::chrono::milliseconds interval(20);
+
+/// Of one user, with the player.
+constexpr int maxSounds = 16;
 } // namespace
 
 UrgentTurns::UrgentTurns()
@@ -25,16 +28,41 @@ UrgentTurns::UrgentTurns()
     m_timer.setSingleShot(true);
     m_timer.setInterval(interval);
     tavoConnect(&m_timer, &QTimer::timeout, this, &UrgentTurns::on_timer_timeout);
+    m_returnTimer.setSingleShot(true);
+    tavoConnect(&m_returnTimer, &QTimer::timeout, this, &UrgentTurns::on_returnTimer_timeout);
 }
 
 void UrgentTurns::add(const CMPath &sound, const Quotas::Charge &charge, std::uint64_t number,
                       bool hasStarted)
 {
-    m_sounds.emplace(sound, Sound{&charge, number, Clock::now(), {}});
+    std::uint64_t place = number;
+    const auto waiting = m_waiting.find(sound);
+    const bool comesBack = waiting != m_waiting.end();
+    if (comesBack) {
+        place = waiting->second.place;
+        m_waiting.erase(waiting);
+    }
+    m_sounds.emplace(sound, Sound{&charge, number, place, Clock::now(), {}});
+    takeWaiting();
     if (hasStarted) {
         start(sound);
+    } else if (!comesBack && hasTooMany(sound)) {
+        giveWay(sound);
     }
     arrange();
+}
+
+/// Whether others of its user come before it. Only one user's would cost nobody else anything.
+bool UrgentTurns::hasTooMany(const CMPath &sound) const
+{
+    const auto user = m_sounds.at(sound).charge->user();
+    if (m_places.count(user) > 0) {
+        return true;
+    }
+    const auto isOfUser = [&user](const auto &entry) {
+        return entry.second.charge->user() == user;
+    };
+    return std::count_if(m_sounds.begin(), m_sounds.end(), isOfUser) > maxSounds;
 }
 
 void UrgentTurns::start(const CMPath &sound)
@@ -43,6 +71,7 @@ void UrgentTurns::start(const CMPath &sound)
     if (found != m_sounds.end() && !found->second.started) {
         // The player opens it first, which may take long.
         found->second.started = std::max(found->second.added, m_lastEnd);
+        m_returnTimer.start(0);
     }
 }
 
@@ -66,6 +95,24 @@ void UrgentTurns::fail(const CMPath &sound)
 
 void UrgentTurns::remove(const CMPath &sound)
 {
+    leavePlayer(sound);
+    const auto waiting = m_waiting.find(sound);
+    if (waiting == m_waiting.end()) {
+        return;
+    }
+    const auto places = m_places.find(waiting->second.user);
+    if (places != m_places.end()) {
+        places->second.erase(waiting->second.place);
+        if (places->second.empty()) {
+            m_places.erase(places);
+        }
+    }
+    m_waiting.erase(waiting);
+    m_returnTimer.start(0);
+}
+
+void UrgentTurns::leavePlayer(const CMPath &sound)
+{
     const auto found = m_sounds.find(sound);
     if (found == m_sounds.end()) {
         return;
@@ -73,9 +120,100 @@ void UrgentTurns::remove(const CMPath &sound)
     const auto user = found->second.charge->user();
     if (found->second.started) {
         m_lastEnd = Clock::now();
-        m_played[user].add(m_lastEnd - *found->second.started, m_lastEnd);
+        const Clock::time_point started = *found->second.started;
+        m_played[user].all.add(m_lastEnd - started, m_lastEnd);
+        if (m_othersWaitSince) {
+            m_played[user].whileOthersWaited.add(m_lastEnd - std::max(started, *m_othersWaitSince),
+                                                 m_lastEnd);
+        }
     }
     m_sounds.erase(found);
+    takeWaiting();
+    m_returnTimer.start(0);
+}
+
+/// For the one that plays or, as long as none does, is the first to be opened.
+bool UrgentTurns::doOthersWait() const
+{
+    const Sound *first = nullptr;
+    for (const auto &[path, sound] : m_sounds) {
+        if (first == nullptr || sound.started ||
+            (!first->started && sound.number < first->number)) {
+            first = &sound;
+        }
+    }
+    return std::any_of(m_sounds.begin(), m_sounds.end(), [first](const auto &entry) {
+        return entry.second.charge->user() != first->charge->user();
+    });
+}
+
+void UrgentTurns::takeWaiting()
+{
+    if (!doOthersWait()) {
+        m_othersWaitSince.reset();
+    } else if (!m_othersWaitSince) {
+        m_othersWaitSince = Clock::now();
+    }
+}
+
+void UrgentTurns::giveWay(const CMPath &sound)
+{
+    const auto found = m_sounds.find(sound);
+    const Waiting waiting{found->second.charge, found->second.place, found->second.charge->user()};
+    leavePlayer(sound);
+    m_waiting.emplace(sound, waiting);
+    m_places[waiting.user].emplace(waiting.place, sound);
+    Q_EMIT gaveWay(sound);
+}
+
+void UrgentTurns::on_returnTimer_timeout()
+{
+    std::set<Quotas::UserId> present;
+    for (const auto &[path, sound] : m_sounds) {
+        if (!sound.started) {
+            present.insert(sound.charge->user());
+        }
+    }
+    for (const auto &[path, waiting] : m_waiting) {
+        if (waiting.hasComeBack) {
+            present.insert(waiting.user);
+        }
+    }
+    std::vector<CMPath> returning;
+    for (auto user = m_places.begin(); user != m_places.end();) {
+        auto &places = user->second;
+        if (present.count(user->first) == 0) {
+            returning.push_back(places.begin()->second);
+            places.erase(places.begin());
+        }
+        user = places.empty() ? m_places.erase(user) : std::next(user);
+    }
+    // The next one in turn first, so that no other has to give way to it.
+    const Users played = playedNow();
+    const auto time = [&](const CMPath &sound) {
+        const auto found = played.find(m_waiting.at(sound).user);
+        return found == played.end() ? Time() : found->second;
+    };
+    std::stable_sort(
+        returning.begin(), returning.end(),
+        [&time](const CMPath &one, const CMPath &other) { return time(one) < time(other); });
+    for (const CMPath &sound : returning) {
+        m_waiting.at(sound).hasComeBack = true;
+        Q_EMIT cameBack(sound);
+    }
+}
+
+void UrgentTurns::takeUsers()
+{
+    m_places.clear();
+    for (auto &[path, waiting] : m_waiting) {
+        waiting.user = waiting.charge->user();
+        if (!waiting.hasComeBack) {
+            m_places[waiting.user].emplace(waiting.place, path);
+        }
+    }
+    m_returnTimer.start(0);
+    arrange();
 }
 
 void UrgentTurns::arrange()
@@ -86,8 +224,7 @@ void UrgentTurns::arrange()
         return;
     }
     for (const CMPath &sound : thoseBefore(*next, played)) {
-        remove(sound);
-        Q_EMIT gaveWay(sound);
+        giveWay(sound);
     }
     m_timer.start();
 }
@@ -97,12 +234,14 @@ UrgentTurns::Users UrgentTurns::playedNow() const
     const Clock::time_point now = Clock::now();
     Users users;
     for (const auto &[user, played] : m_played) {
-        users[user] = played.at(now);
+        users[user] = {played.whileOthersWaited.at(now), played.all.at(now)};
     }
     for (const auto &[path, sound] : m_sounds) {
         const auto user = sound.charge->user();
         if (sound.started) {
-            users[user] += now - *sound.started;
+            Time &time = users[user];
+            time.whileOthersWaited += now - *sound.started;
+            time.all += now - *sound.started;
         }
     }
     return users;
@@ -111,13 +250,13 @@ UrgentTurns::Users UrgentTurns::playedNow() const
 const UrgentTurns::Sound *UrgentTurns::nextInTurn(const Users &played) const
 {
     const Sound *next = nullptr;
-    std::pair<Seconds, std::uint64_t> least;
+    std::pair<Time, std::uint64_t> least;
     for (const auto &[path, sound] : m_sounds) {
         if (sound.started) {
             continue;
         }
         const auto time = played.find(sound.charge->user());
-        const std::pair turn(time == played.end() ? Seconds(0) : time->second, sound.number);
+        const std::pair turn(time == played.end() ? Time() : time->second, sound.number);
         if (next == nullptr || turn < least) {
             next = &sound;
             least = turn;
@@ -139,15 +278,15 @@ std::vector<CMPath> UrgentTurns::thoseBefore(const Sound &next, const Users &pla
 {
     const auto time = [&](const Sound &sound) {
         const auto found = played.find(sound.charge->user());
-        return found == played.end() ? Seconds(0) : found->second;
+        return found == played.end() ? Time() : found->second;
     };
-    const Seconds least = time(next);
-    const Seconds most = least + margin();
+    const Time least = time(next);
+    const Seconds most = least.whileOthersWaited + margin();
     std::vector<CMPath> sounds;
     for (const auto &[path, sound] : m_sounds) {
         // One that was sent later may have overtaken it, if another module has passed it on.
-        if (sound.started ? time(sound) > most
-                          : sound.number < next.number && time(sound) > least) {
+        if (sound.started ? time(sound).whileOthersWaited > most
+                          : sound.number < next.number && least < time(sound)) {
             sounds.push_back(path);
         }
     }

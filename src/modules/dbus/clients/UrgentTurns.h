@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <tuple>
 #include <unordered_map>
 #include <vector>
 
@@ -22,6 +23,9 @@
 /// order of their arrival, however long they are. So a sound that has not started makes the one that plays
 /// give way if that one's user has clearly played more of late than its own user, and those that wait before it if
 /// theirs have played more at all.
+///
+/// A sound that has given way comes back when its user has no other one that waits with the player. So however
+/// many wait, only a few of each user have to give way, and each of the others has to do it once.
 ///
 /// Owned by ClientSounds, used in the worker's thread. Clients whose user is not known count as one
 /// user.
@@ -35,8 +39,8 @@ public:
     /// The number of a sound that is sent to the player now, or to a module that passes it on.
     std::uint64_t nextTurn() { return ++m_lastNumber; }
 
-    /// The player has an urgent sound, by its response path, that was sent with this number. The charge must
-    /// exist until remove().
+    /// The player has an urgent sound, by its response path, that was sent with this number. It may have to give
+    /// way at once. The charge must exist until remove().
     void add(const CMPath &sound, const Quotas::Charge &charge, std::uint64_t number,
              bool hasStarted);
 
@@ -49,18 +53,22 @@ public:
     /// The sound is cancelled, if it is one of these. The time for which the player tried to play it counts.
     void cancel(const CMPath &sound);
 
-    /// The sound has ended or given way, if it is one of these.
+    /// The sound has ended, or takes no turns any more, if it is one of these.
     void remove(const CMPath &sound);
 
     /// To be called when a client's user has become known.
-    void arrange();
+    void takeUsers();
 
 Q_SIGNALS:
-    /// The sound must be taken from the player, and play again later. remove() has been called for it.
+    /// The sound must be taken from the player until it comes back.
     void gaveWay(const CMPath &sound);
+
+    /// The sound must be sent to the player again; add() or remove() follows.
+    void cameBack(const CMPath &sound);
 
 private Q_SLOTS:
     void on_timer_timeout() { arrange(); }
+    void on_returnTimer_timeout();
 
 private:
     using Clock = RecentTime::Clock;
@@ -70,22 +78,59 @@ private:
     {
         const Quotas::Charge *charge;
         std::uint64_t number; ///< in the order in which they were sent
+        std::uint64_t place;  ///< the first number, in whose order those of one user come back
         Clock::time_point added;
         std::optional<Clock::time_point> started;
     };
 
-    using Users = std::map<Quotas::UserId, Seconds>;
+    /// One that has given way.
+    struct Waiting
+    {
+        const Quotas::Charge *charge;
+        std::uint64_t place;
+        Quotas::UserId user; ///< under which it is in m_places
+        bool hasComeBack = false;
+    };
 
+    /// How long the urgent sounds of a user have kept the player busy of late. Who has kept others waiting comes
+    /// after them; only among equals does other time count, so that nobody waits for having played alone.
+    struct Time
+    {
+        Seconds whileOthersWaited{0};
+        Seconds all{0};
+
+        bool operator<(const Time &other) const
+        {
+            return std::tie(whileOthersWaited, all) < std::tie(other.whileOthersWaited, other.all);
+        }
+    };
+    struct RecentTimes
+    {
+        RecentTime whileOthersWaited;
+        RecentTime all;
+    };
+    using Users = std::map<Quotas::UserId, Time>;
+
+    void arrange();
+    void giveWay(const CMPath &sound);
+    void leavePlayer(const CMPath &sound);
+    bool hasTooMany(const CMPath &sound) const;
+    bool doOthersWait() const;
+    void takeWaiting();
     Users playedNow() const;
     const Sound *nextInTurn(const Users &played) const;
     Seconds margin() const;
     std::vector<CMPath> thoseBefore(const Sound &next, const Users &played) const;
 
     std::unordered_map<CMPath, Sound, PathHash> m_sounds; ///< with the player
-    /// How long a user's urgent sounds have kept the player busy, without what plays now.
-    std::map<Quotas::UserId, RecentTime> m_played;
+    std::unordered_map<CMPath, Waiting, PathHash> m_waiting;
+    /// Those of m_waiting that have not come back, in the order in which they do. None is empty.
+    std::map<Quotas::UserId, std::map<std::uint64_t, CMPath>> m_places;
+    std::map<Quotas::UserId, RecentTimes> m_played; ///< without what plays now
+    std::optional<Clock::time_point> m_othersWaitSince;
     std::uint64_t m_lastNumber = 0;
     Clock::time_point m_lastEnd; ///< of a sound that kept the player busy
     QTimer
         m_timer; ///< runs while a sound waits, since the one that plays may have to give way later
+    QTimer m_returnTimer; ///< runs when sounds may come back
 };

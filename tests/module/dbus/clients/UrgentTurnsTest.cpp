@@ -7,12 +7,16 @@
 
 #include <QElapsedTimer>
 
+#include <algorithm>
 #include <optional>
 
 namespace {
+using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
+using testing::Ge;
 using testing::HasSubstr;
+using testing::Lt;
 using testing::Not;
 using ResponseType = TavoNotificationPlayerResponseType;
 
@@ -319,6 +323,80 @@ TEST_F(DbusUrgentTurnsTest, ACancelEndsASoundThatIsAboutToPlayAgain)
     ASSERT_TRUE(first->waitForSignals(2));
     EXPECT_THAT(first->received.back(), HasSubstr("type: 3"));
     EXPECT_THAT(events, ElementsAre("endless at 3", "alarm at 3", "endless cancelled"));
+}
+
+TEST_F(DbusUrgentTurnsTest, OfManySoundsOneAfterTheOtherComesBack)
+{
+    for (const QString &id : {"1"_s, "2"_s, "3"_s}) {
+        enqueue(*first, id);
+    }
+    respond("1"_s, ResponseType::Started);
+    enqueue(*second, "alarm"_s);
+    ASSERT_TRUE(happens("1 cancelled"));
+    respond("alarm"_s, ResponseType::Finished);
+    respond("2"_s, ResponseType::Started);
+    events.clear();
+    ASSERT_TRUE(happens("1 at 3"));
+    respond("2"_s, ResponseType::Finished);
+    respond("1"_s, ResponseType::Started);
+    ASSERT_TRUE(happens("3 at 3"));
+    EXPECT_THAT(events, ElementsAre("1 at 3", "3 at 3"));
+}
+
+TEST_F(DbusUrgentTurnsTest, HoweverManySoundsWaitFewGiveWay)
+{
+    constexpr int count = 60;
+    for (int i = 0; i < count; ++i) {
+        enqueue(*first, QString::number(i));
+    }
+    respond("0"_s, ResponseType::Started);
+    for (const QString &id : {"fire"_s, "water"_s, "gas"_s}) {
+        enqueue(*second, id);
+        respond(id, ResponseType::Started);
+        respond(id, ResponseType::Finished);
+    }
+    const auto isCancel = [](const std::string &event) {
+        return event.find("cancelled") != std::string::npos;
+    };
+    const auto cancelled = std::count_if(events.begin(), events.end(), isCancel);
+    EXPECT_THAT(cancelled, AllOf(Ge(count - 1), Lt(count + 10)));
+}
+
+TEST_F(DbusUrgentTurnsTest, ACancelEndsASoundThatWaitsForItsTurn)
+{
+    const QString inbox = first->ask("OpenInbox").text();
+    enqueue(*first, "endless"_s);
+    enqueue(*first, "next"_s);
+    enqueue(*first, "last"_s, TavoNotificationItemPriority::Urgent, CMPath(inbox));
+    respond("endless"_s, ResponseType::Started);
+    enqueue(*second, "alarm"_s);
+    ASSERT_TRUE(happens("endless cancelled"));
+    cancel(*first, "last"_s);
+    ASSERT_TRUE(first->waitForSignals(1));
+    EXPECT_THAT(first->received, ElementsAre(HasSubstr("type: 3")));
+    respond("alarm"_s, ResponseType::Finished);
+    events.clear();
+    for (const QString &id : {"next"_s, "endless"_s}) {
+        respond(id, ResponseType::Started);
+        respond(id, ResponseType::Finished);
+    }
+    enqueue(*first, "other"_s);
+    EXPECT_THAT(events, Not(Contains("last at 3")));
+}
+
+TEST_F(DbusUrgentTurnsTest, WhoHasPlayedWhileNobodyWaitedIsNotBehindOthers)
+{
+    enqueue(*second, "long"_s);
+    respond("long"_s, ResponseType::Started);
+    pass(700);
+    respond("long"_s, ResponseType::Finished);
+    for (const QString &id : {"1"_s, "2"_s}) {
+        enqueue(*first, id);
+    }
+    respond("1"_s, ResponseType::Started);
+    enqueue(*second, "alarm"_s);
+    EXPECT_TRUE(happens("1 cancelled"));
+    EXPECT_TRUE(happens("2 cancelled"));
 }
 
 TEST_F(DbusUrgentTurnsTest, LessUrgentSoundsAreLeftToThePlayer)
