@@ -4,6 +4,7 @@
 #include "client/TavoClient.h"
 
 #include "client/ClientBus.h"
+#include "client/TavoClientError.h"
 #include <core/base/connect.h>
 
 #include <algorithm>
@@ -84,6 +85,34 @@ QString nameOf(TavoClient::Change change)
         break;
     }
     return QStringLiteral("node");
+}
+
+/// Finishes the result with two lists in one. The second is requested when the first is there: many large
+/// replies at once would be refused.
+template <typename List, typename Request>
+void join(QObject *context, const CMReply<List> &result, const CMReply<List> &first,
+          const Request &requestSecond)
+{
+    first.onFinished(context, [=](const CMReply<List> &beginning) {
+        if (beginning.error().isError()) {
+            result.setError(beginning.error());
+            return;
+        }
+        requestSecond().onFinished(context, [=](const CMReply<List> &rest) {
+            if (rest.error().isError()) {
+                result.setError(rest.error());
+            } else {
+                result.setValue(beginning.value() + rest.value());
+            }
+        });
+    });
+}
+
+/// In the place of a row that no message can hold.
+QVariant unreadableRow(const CMError &error)
+{
+    return QVariantHash{{CMError::Name(), error.name()},
+                        {CMError::Message(), error.message().toString()}};
 }
 } // namespace
 
@@ -175,7 +204,26 @@ CMReply<QVariantList> TavoClient::rows(const CMPath &path, int first, int count)
         call.writeInt32(first);
         call.writeInt32(count);
     };
-    return m_bus->ask<QVariantList>(BusInterface::model(), "GetRows", writeAll, readRows);
+    CMReply<QVariantList> result;
+    m_bus->ask<QVariantList>(BusInterface::model(), "GetRows", writeAll, readRows)
+        .onFinished(this, [=](const CMReply<QVariantList> &reply) {
+            const CMError error = reply.error();
+            const bool isTooLarge = TavoClientError::isTooLarge(error);
+            if (!error.isError()) {
+                result.setValue(reply.value());
+            } else if (isTooLarge && count != 0 && count != 1) {
+                constexpr int partOfAll = 1000;
+                const int part = count < 0 ? partOfAll : count / 2;
+                join(this, result, rows(path, first, part),
+                     [=] { return rows(path, first + part, count < 0 ? count : count - part); });
+            } else if (isTooLarge && count == 1 &&
+                       error.name() != TavoClientError::limitExceeded()) {
+                result.setValue(QVariantList{unreadableRow(error)});
+            } else {
+                result.setError(error); // of a limit, too: there may be no such row
+            }
+        });
+    return result;
 }
 
 CMReply<TavoClientPreview> TavoClient::preview(const CMPath &path, int count, int length)
@@ -223,8 +271,26 @@ CMReply<QVector<TavoClientDescription>> TavoClient::describe(const QVector<CMPat
         }
         call.close();
     };
-    return m_bus->ask<QVector<TavoClientDescription>>(BusInterface::model(), "Describe", writePaths,
-                                                      readDescriptions);
+    using Nodes = QVector<TavoClientDescription>;
+    CMReply<Nodes> result;
+    m_bus->ask<Nodes>(BusInterface::model(), "Describe", writePaths, readDescriptions)
+        .onFinished(this, [=](const CMReply<Nodes> &reply) {
+            const CMError error = reply.error();
+            if (!error.isError()) {
+                result.setValue(reply.value());
+            } else if (!TavoClientError::isTooLarge(error) || paths.isEmpty()) {
+                result.setError(error);
+            } else if (paths.size() == 1) {
+                TavoClientDescription node;
+                node.path = paths.first();
+                result.setValue(Nodes{node});
+            } else {
+                const int half = paths.size() / 2;
+                join(this, result, describe(paths.mid(0, half)),
+                     [=] { return describe(paths.mid(half)); });
+            }
+        });
+    return result;
 }
 
 CMReply<bool> TavoClient::close(const CMPath &path)

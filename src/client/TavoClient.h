@@ -88,7 +88,9 @@ public:
     /// The same with the fields of a record.
     CMReply<QVariant> call(const CMPath &path, const QVariantHash &fields);
 
-    /// Up to `count` rows of a list from `first` on; -1 means all.
+    /// Up to `count` rows of a list from `first` on; -1 means all. What is too large for one message of the
+    /// bus is read in parts: a list that changes meanwhile may miss a row, or have one twice. A row that is
+    /// too large for any message is a record with the name and the message of the error (CMError).
     CMReply<QVariantList> rows(const CMPath &path, int first = 0, int count = -1);
 
     /// The title of a node and up to `count` of its first rows, in which strings end after `length`
@@ -104,7 +106,8 @@ public:
     /// All nodes at and below a path.
     CMReply<QVector<TavoClientNode>> tree(const CMPath &path = {});
 
-    /// The nodes at the paths, in their order. Paths without a node are left out.
+    /// The nodes at the paths, in their order. Paths without a node are left out. What is too large for one
+    /// message of the bus is read in parts; a node that is too large for any has its path only.
     CMReply<QVector<TavoClientDescription>> describe(const QVector<CMPath> &paths);
 
     /// Asks the node's owner to close it, as a user does. False if the owner does not listen for that.

@@ -32,3 +32,8 @@ QString TavoClientError::limitExceeded()
 {
     return QStringLiteral("LimitExceeded");
 }
+
+bool TavoClientError::isTooLarge(const CMError &error)
+{
+    return error.name() == limitExceeded() || error.name() == QLatin1String("UnsupportedValue");
+}

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "client/export.h"
+#include <core/model/cmerror.h>
 
 #include <QString>
 
@@ -27,5 +28,8 @@ TAVO_CLIENT_EXPORT QString notPermitted();
 
 /// The client has reached a limit of the host: of requests, open notifications, or a value's size.
 TAVO_CLIENT_EXPORT QString limitExceeded();
+
+/// Whether a request or its reply was too large: asking for less at once may succeed.
+TAVO_CLIENT_EXPORT bool isTooLarge(const CMError &error);
 
 } // namespace TavoClientError

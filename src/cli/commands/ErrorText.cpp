@@ -39,12 +39,6 @@ QString refusalText(const CMError &error)
 }
 } // namespace
 
-bool isTooLarge(const CMError &error)
-{
-    return error.name() == TavoClientError::limitExceeded() ||
-           error.name() == QLatin1String("UnsupportedValue");
-}
-
 ExitCode exitCodeOf(const CMError &error)
 {
     const QString name = error.name();

@@ -9,9 +9,6 @@
 
 #include <QString>
 
-/// Whether a request or its reply is too large.
-bool isTooLarge(const CMError &error);
-
 /// The exit code for an error.
 ExitCode exitCodeOf(const CMError &error);
 

@@ -3,7 +3,7 @@
 
 #include "cli/commands/HistoryReader.h"
 
-#include "cli/commands/ErrorText.h"
+#include <client/TavoClientError.h>
 
 #include <algorithm>
 #include <memory>
@@ -48,7 +48,7 @@ void readPage(const std::shared_ptr<Reading> &reading)
     reading->client.call(TavoAttentionHistoryPath(), TavoValue().setAttentionQuery(reading->query))
         .onFinished(reading->context, [reading](const CMReply<QVariant> &answer) {
             const CMError error = answer.error();
-            if (isTooLarge(error) && reading->pageSize > 1) {
+            if (TavoClientError::isTooLarge(error) && reading->pageSize > 1) {
                 reading->pageSize /= 2;
                 readPage(reading);
             } else if (error.isError()) {

@@ -3,16 +3,13 @@
 
 #include "cli/commands/MessageReader.h"
 
-#include "cli/commands/ErrorText.h"
-
 #include <QElapsedTimer>
 #include <QHash>
 
 #include <algorithm>
+#include <limits>
 
 namespace {
-constexpr int maxRowsAtOnce = 1000;
-
 using Use = std::function<void(const ShownMessages &, const CMError &)>;
 
 /// What has been read so far.
@@ -54,55 +51,41 @@ ShownMessages messagesOf(const Reading &reading)
     return result;
 }
 
-/// Describes the messages from the first one on, up to count of them with each request. Halves the
-/// count if a request or its reply is too large.
-void describe(const std::shared_ptr<Reading> &reading, int first, int count)
+void describe(const std::shared_ptr<Reading> &reading)
 {
-    const QVector<CMPath> paths = reading->paths.mid(first, count);
-    if (paths.isEmpty()) {
+    if (reading->paths.isEmpty()) {
         reading->use(messagesOf(*reading), {});
         return;
     }
-    reading->client.describe(paths).onFinished(
-        reading->context, [=](const CMReply<QVector<TavoClientDescription>> &answer) {
-            const CMError error = answer.error();
-            if (isTooLarge(error) && paths.size() > 1) {
-                describe(reading, first, paths.size() / 2);
-                return;
-            }
-            if (error.isError() && !isTooLarge(error)) {
-                reading->use({}, error);
+    reading->client.describe(reading->paths)
+        .onFinished(reading->context, [=](const CMReply<QVector<TavoClientDescription>> &answer) {
+            if (answer.error().isError()) {
+                reading->use({}, answer.error());
                 return;
             }
             for (const TavoClientDescription &node : answer.value()) {
                 reading->nodes.insert(node.path, node);
             }
-            describe(reading, first + paths.size(), count);
+            reading->use(messagesOf(*reading), {});
         });
 }
-/// Reads the paths that follow those that have been read, in parts that fit into a reply.
+
 void readPaths(const std::shared_ptr<Reading> &reading)
 {
     // One more than is wanted, to know whether there are more.
-    const int first = reading->paths.size();
-    const int count = std::min(maxRowsAtOnce - 1, reading->max - first) + 1;
-    reading->client.rows(TavoNotificationDisplayQueuePath(), first, count)
+    const int count = std::min(reading->max, std::numeric_limits<int>::max() - 1) + 1;
+    reading->client.rows(TavoNotificationDisplayQueuePath(), 0, count)
         .onFinished(reading->context, [=](const CMReply<QVariantList> &answer) {
             if (answer.error().isError()) {
                 reading->use({}, answer.error());
                 return;
             }
             const QVariantList rows = answer.value();
-            for (const QVariant &row : rows) {
+            for (const QVariant &row : rows.mid(0, reading->max)) {
                 reading->paths.append(CMPath::fromQVariant(row));
             }
-            reading->isCut = reading->paths.size() > reading->max;
-            if (rows.size() == count && !reading->isCut) {
-                readPaths(reading);
-                return;
-            }
-            reading->paths.resize(std::min(reading->paths.size(), reading->max));
-            describe(reading, 0, reading->max);
+            reading->isCut = rows.size() > reading->max;
+            describe(reading);
         });
 }
 } // namespace

@@ -397,24 +397,20 @@ void HostCalls::on_client_availableChanged(bool available)
 /// Ends of messages may have been missed.
 void HostCalls::checkMessages()
 {
-    if (m_messages.isEmpty()) {
-        return;
-    }
-    m_client.rows(TavoNotificationDisplayQueuePath())
-        .onFinished(this, [this, before = m_messages](const CMReply<QVariantList> &reply) {
-            if (failed(reply.error()).isUndelivered) {
-                return;
-            }
-            QSet<QString> open;
-            for (const QVariant &row : reply.value()) {
-                open.insert(CMPath::fromQVariant(row).toString());
-            }
-            for (auto message = before.begin(); message != before.end(); ++message) {
-                if (!open.contains(message.key()) && m_messages.remove(message.key()) > 0) {
-                    Q_EMIT ended(message.value(), End::Failed, {});
+    // Each by itself: others may have opened more than fit into one reply.
+    const QList<QString> paths = m_messages.keys();
+    for (const QString &path : paths) {
+        m_client.matchRow(TavoNotificationDisplayQueuePath(), path)
+            .onFinished(this, [this, path](const CMReply<int> &reply) {
+                const CMError error = reply.error();
+                const bool isOpen =
+                    error.isError() ? error.name() != CMErrors::noSuchNode() : reply.value() >= 0;
+                const QString id = isOpen ? QString() : m_messages.take(path);
+                if (!id.isEmpty()) {
+                    Q_EMIT ended(id, End::Failed, {});
                 }
-            }
-        });
+            });
+    }
 }
 
 void HostCalls::on_client_valueChanged(const CMPath &path, const QVariant &value)

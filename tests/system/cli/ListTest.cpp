@@ -168,3 +168,49 @@ TEST_F(CliListLimitsTest, ListsMoreMessagesThanTheHostDescribesAtOnce)
         EXPECT_THAT(line, EndsWith("\tDoor\tSomebody rings"));
     }
 }
+
+/// A host that sends little in one message, and a queue of paths that take more.
+class CliLongPathsTest : public CliListTest
+{
+protected:
+    static constexpr int s_count = 21;
+
+    void SetUp() override
+    {
+        startHost({}, {{"messageBytes", 65536}});
+        for (int i = 0; i < s_count; ++i) {
+            m_paths.append(QString::asprintf("/%04d", i).repeated(800));
+            open({{"path", m_paths.last()}, {"timeout", 0}});
+        }
+        open("Door", "Somebody rings");
+    }
+
+    QStringList m_paths;
+};
+
+TEST_F(CliLongPathsTest, AreListed)
+{
+    EXPECT_EQ(run({"list"}), s_good) << m_tavo.error();
+    const auto lines = m_tavo.lines();
+    ASSERT_EQ(lines.size(), std::size_t(s_count + 1));
+    EXPECT_EQ(lines[s_count - 1],
+              std::to_string(s_count - 1) + '\t' + m_paths.last().toStdString() + "\t\t");
+    EXPECT_THAT(lines[s_count], EndsWith("\tDoor\tSomebody rings"));
+}
+
+TEST_F(CliLongPathsTest, ArePrintedAsRows)
+{
+    EXPECT_EQ(run({"rows", "/notifications/display/queue"}), s_good) << m_tavo.error();
+    const auto lines = m_tavo.lines();
+    ASSERT_EQ(lines.size(), std::size_t(s_count + 1));
+    EXPECT_EQ(lines[s_count - 1], m_paths.last().toStdString());
+}
+
+TEST_F(CliLongPathsTest, AreWatched)
+{
+    m_tavo.start({"watch", "--json", "/notifications/display/queue"});
+    ASSERT_TRUE(m_tavo.waitForOutput("\"]}")) << "the end of the line";
+    const QJsonObject line = object(m_tavo.lines().back());
+    EXPECT_EQ(line.value("rows").toArray().size(), 20);
+    EXPECT_EQ(line.value("more"), true);
+}

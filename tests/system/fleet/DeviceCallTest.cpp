@@ -66,6 +66,41 @@ TEST_F(DeviceCallTest, ACallIsNotCarriedOutAgainAfterTheDeviceHasBeenKilled)
     ASSERT_TRUE(waitForEvent(R"("id":"a")"));
 }
 
+TEST_F(DeviceCallTest, AMessageIsFoundAgainHoweverManyOthersAreOpen)
+{
+    startDevice();
+    call(R"("id":"a","call":"show","title":"Water","timeout":0)");
+    ASSERT_TRUE(waitForAnswer(R"("id":"a","shown":true)"));
+    constexpr int moreThanFitIntoOneReply = 100;
+    for (int i = 0; i < moreThanFitIntoOneReply; ++i) {
+        const auto other = TavoNotificationDisplayItem().setPath(
+            CMPath(QString::asprintf("/%04d", i).repeated(800)));
+        const auto reply = client().open(other);
+        ASSERT_TRUE(waitFor([&] { return reply.isFinished(); }, s_timeout));
+        ASSERT_FALSE(reply.error().isError()) << reply.error().message();
+    }
+    m_device->kill();
+    ASSERT_TRUE(waitForMessage("tavo/v1/porch/online", "0"));
+    startDevice();
+    call(R"("id":"b","call":"show","title":"Fire","timeout":0)");
+    ASSERT_TRUE(waitForAnswer(R"("id":"b","shown":true)")) << "after it has looked for the first";
+    closeMessage();
+    EXPECT_TRUE(waitForEvent(R"("end":"dismissed","id":"a")"));
+    EXPECT_EQ(count("tavo/v1/porch/event"), 1);
+}
+
+TEST_F(DeviceCallTest, AMessageThatEndedWhileTheDeviceWasAwayHasFailed)
+{
+    startDevice();
+    call(R"("id":"a","call":"show","title":"Water","timeout":0)");
+    ASSERT_TRUE(waitForAnswer(R"("id":"a","shown":true)"));
+    m_device->kill();
+    ASSERT_TRUE(waitForMessage("tavo/v1/porch/online", "0"));
+    closeMessage();
+    startDevice();
+    EXPECT_TRUE(waitForEvent(R"("end":"failed","id":"a")"));
+}
+
 TEST_F(DeviceCallTest, CallsOfGroupsAndCancelsArrive)
 {
     startDevice();

@@ -87,6 +87,102 @@ TEST_F(ClientRequestsTest, ReadsRows)
     EXPECT_EQ(some.value(), QVariantList({"/b"}));
 }
 
+/// A host that sends little in one message.
+class ClientSmallMessagesTest : public ClientTest
+{
+protected:
+    static constexpr int s_messageBytes = 65536;
+
+    ClientSmallMessagesTest()
+    {
+        startHost({{"limits", QVariantHash{{"messageBytes", s_messageBytes}}}});
+    }
+
+    CMPath publishText(const char *where, int length)
+    {
+        auto *node = CMListRowsNode::create(m_service.nodes(), path(where));
+        node->setTitle("Door"_s);
+        node->rowsAppend(TavoRoles().setTitle(QString(length, 'x')));
+        return path(where);
+    }
+};
+
+TEST_F(ClientSmallMessagesTest, RowsThatDoNotFitIntoOneReplyAreReadInParts)
+{
+    constexpr int count = 100;
+    auto *list = CMListRowsNode::create(m_service.nodes(), path("/list"));
+    QVariantList rows;
+    for (int i = 0; i < count; ++i) {
+        const QString row = QString::asprintf("/%04d", i).repeated(800);
+        list->rowsAppend(CMPath(row));
+        rows.append(row);
+    }
+    const auto all = connectedClient().rows(path("/list"));
+    ASSERT_TRUE(succeeds(all));
+    EXPECT_EQ(all.value(), rows);
+    const auto some = connectedClient().rows(path("/list"), 9, 50);
+    ASSERT_TRUE(succeeds(some));
+    EXPECT_EQ(some.value(), rows.mid(9, 50));
+    const auto last = connectedClient().rows(path("/list"), 55, 100'000);
+    ASSERT_TRUE(succeeds(last));
+    EXPECT_EQ(last.value(), rows.mid(55));
+}
+
+TEST_F(ClientSmallMessagesTest, ARowThatFitsIntoNoReplyHasTheErrorInItsPlace)
+{
+    auto *list = CMListRowsNode::create(m_service.nodes(), path("/list"));
+    list->rowsAppend(path("/a"));
+    list->rowsAppend(TavoRoles().setTitle(QString(s_messageBytes, 'x')));
+    list->rowsAppend(path("/b"));
+    const auto reply = connectedClient().rows(path("/list"));
+    ASSERT_TRUE(succeeds(reply));
+    ASSERT_EQ(reply.value().size(), 3);
+    EXPECT_EQ(reply.value()[0], "/a");
+    const QVariantHash error{{"name", "UnsupportedValue"},
+                             {"message", "The value is too large for a message"}};
+    EXPECT_EQ(reply.value()[1].toHash(), error);
+    EXPECT_EQ(reply.value()[2], "/b");
+}
+
+TEST_F(ClientTest, ARequestForRowsFailsWhileTheHostRefusesEveryRequest)
+{
+    startHost({{"limits", QVariantHash{{"requestsPerSecond", 1}}}});
+    CMListRowsNode::create(m_service.nodes(), path("/list"));
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_TRUE(succeeds(connectedClient().rows(path("/list"))));
+    }
+    EXPECT_EQ(errorOf(connectedClient().rows(path("/list"))).name(),
+              TavoClientError::limitExceeded());
+}
+
+TEST_F(ClientSmallMessagesTest, NodesThatDoNotFitIntoOneReplyAreDescribedInParts)
+{
+    constexpr int length = 40'000;
+    const QVector<CMPath> paths{publishText("/a", length), path("/none"), publishText("/b", length),
+                                publishText("/c", length)};
+    const auto reply = connectedClient().describe(paths);
+    ASSERT_TRUE(succeeds(reply));
+    const auto nodes = reply.value();
+    ASSERT_EQ(nodes.size(), 3);
+    EXPECT_EQ(nodes[0].path, path("/a"));
+    EXPECT_EQ(nodes[1].path, path("/b"));
+    EXPECT_EQ(nodes[2].path, path("/c"));
+    EXPECT_EQ(nodes[2].text.size(), length);
+}
+
+TEST_F(ClientSmallMessagesTest, ANodeThatFitsIntoNoReplyIsDescribedByItsPathOnly)
+{
+    const auto reply =
+        connectedClient().describe({publishText("/a", s_messageBytes), publishText("/b", 10)});
+    ASSERT_TRUE(succeeds(reply));
+    const auto nodes = reply.value();
+    ASSERT_EQ(nodes.size(), 2);
+    EXPECT_EQ(nodes[0].path, path("/a"));
+    EXPECT_EQ(nodes[0].title, ""_s);
+    EXPECT_EQ(nodes[0].text, ""_s);
+    EXPECT_EQ(nodes[1].title, "Door"_s);
+}
+
 TEST_F(ClientRequestsTest, ReadsWhatAPersonSeesOfAList)
 {
     auto *list = CMListRowsNode::create(m_service.nodes(), path("/list"));
