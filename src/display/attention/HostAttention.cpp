@@ -42,9 +42,12 @@ void HostAttention::followHistory(bool isFollowed)
 void HostAttention::readPage(const TavoAttentionQuery &query, const PageReceiver &receiver)
 {
     m_client.call(TavoAttentionHistoryPath(), TavoValue().setAttentionQuery(query))
-        .onFinished(this, [receiver](const CMReply<QVariant> &reply) {
-            if (reply.error().isError()) {
-                receiver(Failure{reply.error().message().toString()});
+        .onFinished(this, [this, query, receiver](const CMReply<QVariant> &reply) {
+            const CMError error = reply.error();
+            if (TavoClientError::isTooLarge(error) && query.limit() > 1) {
+                readPage(TavoAttentionQuery(query).setLimit(query.limit() / 2), receiver);
+            } else if (error.isError()) {
+                receiver(Failure{error.message().toString()});
             } else {
                 receiver(TavoValue(reply.value().toHash()).attentionPage());
             }

@@ -32,7 +32,7 @@ protected:
         const QJsonObject config{{"settings", m_file},
                                  {"history", QJsonObject{{"file", m_folder.filePath("h.db")}}},
                                  {"speech", speech}};
-        startHost({QJsonObject{{"name", "attention"}, {"config", config}}});
+        startHost({QJsonObject{{"name", "attention"}, {"config", config}}}, m_limits);
     }
 
     /// Sends a notification and expects success.
@@ -48,5 +48,6 @@ protected:
 
     QTemporaryDir m_folder;
     QByteArray m_settings;
-    QString m_file; ///< with the settings
+    QString m_file;       ///< with the settings
+    QJsonObject m_limits; ///< of the module dbus
 };

@@ -20,6 +20,14 @@ protected:
         }
         setDoNotDisturb("off");
     }
+
+    void missLongTexts(int count)
+    {
+        setDoNotDisturb("on");
+        for (int index = 0; index < count; ++index) {
+            notify({QString::number(index), QString(4000, QChar(0x20AC)), "--priority", "urgent"});
+        }
+    }
 };
 
 TEST_F(CliHistoryTest, SaysThatThereAreNoNotifications)
@@ -71,17 +79,36 @@ TEST_F(CliHistoryTest, SaysThatThereAreMore)
 /// More than the host sends in one reply, so several pages.
 TEST_F(CliHistoryTest, ReadsPagesUntilAllAreThere)
 {
-    setDoNotDisturb("on");
     constexpr int count = 40;
-    for (int index = 0; index < count; ++index) {
-        notify({QString::number(index), QString(4000, QChar(0x20AC)), "--priority", "urgent"});
-    }
+    missLongTexts(count);
     EXPECT_EQ(run({"history", "--json"}), s_good) << m_tavo.error();
     const QJsonArray past = json().toObject().value("notifications").toArray();
     ASSERT_EQ(past.size(), count);
     for (int index = 0; index < count; ++index) {
         EXPECT_EQ(past[index].toObject().value("title"), QString::number(count - 1 - index));
     }
+}
+
+TEST_F(CliHistoryTest, TheLargestPageOfLongTextsFits)
+{
+    missLongTexts(40);
+    EXPECT_EQ(run({"call", "/attention/history", R"({"attentionQuery": {"limit": 200}})"}), s_good)
+        << m_tavo.error();
+}
+
+class CliSmallMessagesTest : public CliHistoryTest
+{
+protected:
+    CliSmallMessagesTest() { m_limits = {{"messageBytes", 65536}}; }
+};
+
+TEST_F(CliSmallMessagesTest, AUsualPageOfLongTextsFits)
+{
+    constexpr int count = 10;
+    missLongTexts(count);
+    EXPECT_EQ(run({"call", "/attention/history"}), s_good) << m_tavo.error();
+    EXPECT_EQ(run({"history", "--json"}), s_good) << m_tavo.error();
+    EXPECT_EQ(json().toObject().value("notifications").toArray().size(), count);
 }
 
 TEST_F(CliHistoryTest, MissedCountsAndListsWhatNobodyHasSeen)

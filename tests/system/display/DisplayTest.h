@@ -78,7 +78,7 @@ protected:
     }
 
     /// A host with the module for attention.
-    void startAttention(const QByteArray &settings = "{}")
+    void startAttention(const QByteArray &settings = "{}", const QJsonObject &limits = {})
     {
         QFile file(m_folder.filePath("attention.json"));
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
@@ -88,7 +88,7 @@ protected:
         const QJsonObject config{{"settings", file.fileName()},
                                  {"history", history},
                                  {"speech", QJsonObject{{"command", QJsonArray{}}}}};
-        startHost({}, {QJsonObject{{"name", "attention"}, {"config", config}}});
+        startHost(limits, {QJsonObject{{"name", "attention"}, {"config", config}}});
     }
 
     void setDoNotDisturb(bool isOn)

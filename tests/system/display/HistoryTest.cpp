@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
+#include "display/attention/HostAttention.h"
 #include "DisplayTest.h"
 
 namespace {
@@ -138,6 +139,21 @@ TEST_F(DisplayHistoryTest, readsTheNextPageAtItsEnd)
         return !missedTitles().contains("1");
     }));
     EXPECT_TRUE(missedTitles().contains("50")); // which was jumped over
+}
+
+TEST_F(DisplayHistoryTest, readsAShorterPageWhenALongOneDoesNotFitIntoAReply)
+{
+    startAttention("{}", {{"messageBytes", 65536}});
+    setDoNotDisturb(true);
+    miss(120);
+    HostAttention attention(m_client);
+    int read = 0;
+    attention.readPage(TavoAttentionQuery().setLimit(200), [&](const auto &page) {
+        const auto *found = std::get_if<TavoAttentionPage>(&page);
+        read = found != nullptr ? found->records().size() : -1;
+    });
+    ASSERT_TRUE(waitFor([&] { return read != 0; }));
+    EXPECT_EQ(read, 50);
 }
 
 TEST_F(DisplayHistoryTest, listsWhatComesWhileItIsOpen)

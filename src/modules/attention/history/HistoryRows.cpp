@@ -5,15 +5,26 @@
 
 #include "base/sqlite/SqliteError.h"
 
-namespace {
-constexpr qint64 maxReadMs = 50;         // then a page ends: others wait
-constexpr int maxPageCharacters = 64000; // then a page ends, so that it fits into a message
+#include <algorithm>
 
-int charactersOf(const HistoryEntry &entry)
+namespace {
+constexpr qint64 maxReadMs = 50; // then a page ends: others wait
+
+/// Times the entries that were asked for: then a page ends. The usual 50 fit into the smallest message that
+/// the module dbus can be told to send (65536 bytes), and the most, 200, into the largest that it sends by
+/// default.
+constexpr int maxBytesPerEntry = 1280;
+
+/// In a message, as the module dbus counts them.
+int bytesOf(const HistoryEntry &entry)
 {
-    return entry.id.size() + entry.source.size() + entry.application.size() +
-           entry.category.size() + entry.group.size() + entry.title.size() + entry.text.size() +
-           entry.action.size();
+    constexpr int namesAndTypesOfFields = 720;
+    int bytes = namesAndTypesOfFields;
+    for (const QString &text : {entry.id, entry.source, entry.application, entry.category,
+                                entry.title, entry.text, entry.action}) {
+        bytes += text.toUtf8().size();
+    }
+    return bytes;
 }
 } // namespace
 
@@ -60,9 +71,11 @@ bool HistoryPageReader::read(SqliteRows &&rows)
                               QStringLiteral("its entries are in a wrong order"));
         }
         m_before = entry.number;
-        m_characters += charactersOf(entry);
+        const int bytes = bytesOf(entry);
+        m_characters += bytes;
+        const int maxBytes = maxBytesPerEntry * std::max(m_limit, HistoryQuery().limit);
         if (m_page.entries.size() == m_limit || isLate() ||
-            (m_characters > maxPageCharacters && !m_page.entries.isEmpty())) {
+            (m_characters > maxBytes && !m_page.entries.isEmpty())) {
             m_page.next = entry.number + 1;
             return false;
         }
@@ -72,7 +85,7 @@ bool HistoryPageReader::read(SqliteRows &&rows)
             (!m_query.onlyMissed || entry.isMissed())) {
             m_page.entries.append(entry);
         } else {
-            m_characters -= charactersOf(entry);
+            m_characters -= bytes;
         }
     }
     return true;

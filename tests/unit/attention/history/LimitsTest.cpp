@@ -151,7 +151,7 @@ TEST_F(LimitsTest, TheFileGrowsNoLongerHoweverLongAFloodLasts)
 TEST_F(LimitsTest, APageOfLongTextsEndsEarlySoThatItFitsIntoAMessage)
 {
     constexpr int count = 60;
-    constexpr int maxCharacters = 64000;
+    constexpr int maxBytes = 65536;
     start();
     for (int i = 0; i < count; ++i) {
         history->add(entry(QString::number(i), QString(4000, QChar(0x20AC))));
@@ -160,16 +160,27 @@ TEST_F(LimitsTest, APageOfLongTextsEndsEarlySoThatItFitsIntoAMessage)
     int read = 0;
     do {
         const HistoryPage part = page(query);
-        int characters = 0;
+        int bytes = 0;
         for (const HistoryEntry &entry : part.entries) {
-            characters += entry.title.size() + entry.text.size();
+            bytes += entry.title.toUtf8().size() + entry.text.toUtf8().size();
         }
-        EXPECT_LE(characters, maxCharacters);
+        EXPECT_LE(bytes, maxBytes);
         EXPECT_FALSE(part.entries.isEmpty());
         read += part.entries.size();
         query.before = part.next;
     } while (query.before != 0);
     EXPECT_EQ(read, count);
+}
+
+TEST_F(LimitsTest, APageOfUsualTextsHasAsManyEntriesAsWereAskedFor)
+{
+    const QString usual(400, QLatin1Char('x'));
+    start();
+    for (int i = 0; i < HistoryQuery::maxLimit + 1; ++i) {
+        history->add(entry(QString::number(i), usual));
+    }
+    EXPECT_THAT(page().entries, SizeIs(50));
+    EXPECT_THAT(newest().entries, SizeIs(HistoryQuery::maxLimit));
 }
 
 TEST_F(LimitsTest, LongTextsAreCutBetweenCharacters)
