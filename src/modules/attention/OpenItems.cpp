@@ -290,6 +290,8 @@ Decision OpenItems::givingWay(const AttentionItem &item) const
 {
     Decision decision = m_entries.find(item.id)->decision;
     decision.priority = std::min(decision.priority, item.priority);
+    // The settings may have been read since: these are indexes into rules that have gone.
+    decision.rules.clear();
     return decision;
 }
 

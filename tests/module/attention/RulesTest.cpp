@@ -76,6 +76,21 @@ TEST_F(AttentionRulesTest, AreCounted)
     EXPECT_EQ(list[1].count(), 1);
 }
 
+TEST_F(AttentionRulesTest, ThatHaveGoneAreNotNamedByWhatGivesWay)
+{
+    setSettings(R"({"rules": [{"name": "mail", "when": {"source": ["mail"]}},
+                              {"name": "door", "when": {"source": ["door"]}}]})");
+    load();
+    EXPECT_THAT(elementsOf(notify(message("Ring"_s, "door"_s)).rules()), ElementsAre("door"_s));
+    setSettings("{}");
+    const auto lower = message("Ring"_s).setPriority(Priority::Low).setGivesWay(true);
+    const Request request(TavoAttentionReplacePath(), TavoValue().setAttentionItem(lower));
+    ASSERT_TRUE(request.succeeds()) << request.errorText();
+    const auto outcome = TavoValue(request.value().toHash()).attentionOutcome();
+    EXPECT_TRUE(outcome.shown());
+    EXPECT_THAT(elementsOf(outcome.rules()), IsEmpty());
+}
+
 TEST_F(AttentionRulesTest, AreReadAgainWhenTheirFileChanges)
 {
     load();
