@@ -246,12 +246,18 @@ void AttentionWorker::limitRate(const AttentionItem &item, Decision &decision)
 
 int AttentionWorker::shareOf(const AttentionItem &item, const Decision &decision) const
 {
-    if (item.isTransient || decision.treatment.isPrivate.value_or(false)) {
-        return 1;
+    qint64 bytes = 0;
+    const auto add = [&bytes](const QString &text, int maxLength) {
+        bytes += text.left(maxLength).toUtf8().size();
+    };
+    for (const QString &name : {item.id, item.source, item.application, item.category,
+                                decision.treatment.group.value_or(item.group)}) {
+        add(name, History::maxNameLength);
     }
-    const QString text = item.text.isEmpty() ? item.speech : item.text.toString();
-    const qint64 bytes = item.title.toString().left(History::maxTitleLength).toUtf8().size() +
-                         text.left(History::maxTextLength).toUtf8().size();
+    if (!item.isTransient && !decision.treatment.isPrivate.value_or(false)) {
+        add(item.title.toString(), History::maxTitleLength);
+        add(item.text.isEmpty() ? item.speech : item.text.toString(), History::maxTextLength);
+    }
     return 1 + int(2 * bytes / m_usualEntryBytes);
 }
 

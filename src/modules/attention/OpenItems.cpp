@@ -207,6 +207,7 @@ HistoryEntry OpenItems::historyEntryOf(const Entry &entry)
     remembered.number = entry.number;
     remembered.id = item.id;
     remembered.time = AlarmClock::now();
+    remembered.user = item.user;
     remembered.source = item.source;
     remembered.application = item.application;
     remembered.category = item.category;
@@ -820,7 +821,8 @@ void OpenItems::finishIfOver(const QString &id)
         entry.node->dispose();
     }
     if (entry.number != 0) {
-        m_history.change(entry.number, stateOf(entry), entry.action, AlarmClock::now());
+        m_history.change(entry.number, stateOf(entry), entry.action, AlarmClock::now(),
+                         entry.item.user);
     }
     m_ended->setValue(
         TavoValue().setAttentionEnded(TavoAttentionEnded()

@@ -114,6 +114,26 @@ TEST_F(AttentionHistoryTest, OneUserFillsAtMostATenthOfItsBytes)
     EXPECT_EQ(newest[0].title(), "made up 332"_s);
 }
 
+TEST_F(AttentionHistoryTest, OneUserFillsAtMostATenthOfItsBytesWithNames)
+{
+    constexpr int most = 400;
+    const QString name(250, QChar(0x20AC));
+    for (int i = 0; i < most; ++i) {
+        notify(message("private"_s)
+                   .setId(name + QString::number(i))
+                   .setUser("1001"_s)
+                   .setSource(QString::number(i) + name)
+                   .setApplication(name)
+                   .setCategory(name)
+                   .setGroup(name)
+                   .setTransient(true));
+    }
+    EXPECT_FALSE(log().find("The user 1001 sends too many notifications").empty());
+    const auto newest = history(TavoAttentionQuery().setLimit(1));
+    ASSERT_THAT(newest, SizeIs(1));
+    EXPECT_EQ(newest[0].id(), name + "332"_s);
+}
+
 TEST_F(AttentionHistoryTest, ReportsThatItHasChanged)
 {
     const auto changes = [] {

@@ -10,8 +10,6 @@
 #include <QDir>
 
 namespace {
-constexpr int maxNameLength = 256;
-
 /// Never cuts a character in two.
 void cut(QString &string, int maxLength)
 {
@@ -30,9 +28,9 @@ void reduce(HistoryEntry &entry)
     }
     cut(entry.title, History::maxTitleLength);
     cut(entry.text, History::maxTextLength);
-    for (QString *name : {&entry.id, &entry.source, &entry.application, &entry.category,
-                          &entry.group, &entry.action}) {
-        cut(*name, maxNameLength);
+    for (QString *name : {&entry.id, &entry.user, &entry.source, &entry.application,
+                          &entry.category, &entry.group, &entry.action}) {
+        cut(*name, History::maxNameLength);
     }
 }
 } // namespace
@@ -67,12 +65,12 @@ qint64 History::add(HistoryEntry entry)
 }
 
 void History::change(qint64 number, HistoryEntry::State state, const QString &action,
-                     qint64 endTime)
+                     qint64 endTime, const QString &user)
 {
     if (m_writer) {
         QString key = action;
         cut(key, maxNameLength);
-        m_queue->append(HistoryChange{number, state, key, endTime});
+        m_queue->append(HistoryChange{number, state, key, endTime, user});
     }
 }
 

@@ -21,8 +21,8 @@ class HistoryWriter;
 /// is written. While nothing is pending, no timer runs.
 ///
 /// If the file can't be written, the history goes on in memory and tries again every 30 s. Then, or
-/// if entries come faster than they can be written, up to 4 MiB wait; the oldest of them are lost if
-/// more come. A damaged file is put aside, and a new one begun. Nothing is remembered if another
+/// if entries come faster than they can be written, up to 4 MiB wait; if more come, the oldest of
+/// those users are lost whose wait most. A damaged file is put aside, and a new one begun. Nothing is remembered if another
 /// process uses the file, or if it was made by a newer version or by another program; such a file
 /// stays as it is.
 class History : public QObject
@@ -35,6 +35,7 @@ public:
     // What is longer is cut, in characters.
     static constexpr int maxTitleLength = 1000;
     static constexpr int maxTextLength = 4000;
+    static constexpr int maxNameLength = 256;
 
     explicit History(const HistorySettings &settings, QObject *parent = nullptr);
     ~History() override;
@@ -44,8 +45,9 @@ public:
     qint64 add(HistoryEntry entry);
 
     /// Changes what became of an entry. Its end time is 0 as long as it is open. Does nothing if the entry
-    /// is no longer in the history.
-    void change(qint64 number, HistoryEntry::State state, const QString &action, qint64 endTime);
+    /// is no longer in the history. The user is the entry's.
+    void change(qint64 number, HistoryEntry::State state, const QString &action, qint64 endTime,
+                const QString &user = {});
 
     /// Changes what leftOpen() reports of an open entry, which has the number that add() returned. Pages go on
     /// to have the text with which it came.

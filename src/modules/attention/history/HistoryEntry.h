@@ -28,6 +28,7 @@ struct HistoryEntry
     qint64 number = 0;
     QString id;      ///< the notification's
     qint64 time = 0; ///< when it came, in milliseconds since 1970 (UTC)
+    QString user;    ///< empty: the host's own; not known of entries in pages
     QString source;
     QString application; ///< the source's name for people
     QString category;

@@ -51,6 +51,9 @@ public:
 private:
     void push(HistoryStep &&step, std::unique_lock<std::mutex> lock);
 
+    /// Whether enough waits for a write, however short the time.
+    bool isEnough() const;
+
     std::mutex m_mutex;
     std::condition_variable m_changed;
     // Protected by the mutex.
@@ -61,14 +64,16 @@ private:
     qint64 m_next = 0;
 };
 
-/// Appends a step. A replacement drops the one of the same entry that waits, so that an entry which
-/// changes all the time pushes nothing else out. Returns where that one was.
+/// Appends a step. One that makes a waiting one needless drops it: a replacement that of the same entry,
+/// and a request to mark as seen the last step if that is one, too. So they push nothing else out, however
+/// many come. Returns where that one was.
 std::optional<std::size_t> appendStep(std::deque<HistoryStep> &steps, std::size_t &bytes,
                                       HistoryStep &&step);
 
-/// Drops the first steps while they take more than maxWaitingBytes, to at most half of that. Returns how
-/// many entries were among them.
-int dropOldest(std::deque<HistoryStep> &steps, std::size_t &bytes);
+/// If the steps take more than maxWaitingBytes, drops some, so that the others take at most half of that.
+/// It takes from the users whose steps take most, until all of these have as much left, and of each the
+/// oldest first. Returns how many entries were among them.
+int dropExcess(std::deque<HistoryStep> &steps, std::size_t &bytes);
 
 /// The memory that a step takes, more or less.
 std::size_t memoryOf(const HistoryStep &step);

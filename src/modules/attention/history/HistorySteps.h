@@ -16,6 +16,7 @@ struct HistoryChange
     HistoryEntry::State state;
     QString action;
     qint64 endTime;
+    QString user{}; ///< the entry's
 };
 
 /// What an open entry has become, for the next start. People read the entry as it came.

@@ -98,7 +98,7 @@ void HistoryWriter::takeOver(HistoryQueue::Work &work)
     }
     m_lost += work.lost;
     const std::size_t size = m_uncommitted.size();
-    m_lost += dropOldest(m_uncommitted, m_uncommittedBytes);
+    m_lost += dropExcess(m_uncommitted, m_uncommittedBytes);
     if (m_uncommitted.size() < size) {
         // The database must not grow either: it starts again with what is left.
         startAgain();

@@ -5,6 +5,7 @@
 #include "support/program/Program.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 
 #include <gmock/gmock.h>
@@ -145,6 +146,29 @@ TEST_F(DurabilityTest, AnEntryIsOnTheDiskSoonWithoutAnother)
     start();
     history->add(entry("One"_s));
     EXPECT_TRUE(waitFor([&] { return titlesOnDisk().contains("One"_s); }));
+}
+
+TEST_F(DurabilityTest, SomeLargeEntriesAreWrittenAtOnce)
+{
+    constexpr int count = 150;
+    constexpr int usualDelayMs = 200;
+    start();
+    page();
+    const QString text(History::maxTextLength, QLatin1Char('x'));
+    // The thread may come late on a busy machine, but hardly each time.
+    bool isSoon = false;
+    for (int i = 0; i < 20 && !isSoon; ++i) {
+        const QSignalSpy changed(history.get(), &History::changed);
+        QElapsedTimer time;
+        time.start();
+        for (int added = 0; added < count; ++added) {
+            history->add(entry("Large"_s, text));
+        }
+        EXPECT_TRUE(waitFor([&] { return !changed.isEmpty(); }));
+        isSoon = !time.hasExpired(usualDelayMs);
+        page(); // everything is written
+    }
+    EXPECT_TRUE(isSoon);
 }
 
 TEST_F(DurabilityTest, AThreadThatHasNothingToDoSleeps)

@@ -37,6 +37,27 @@ protected:
 
     void makeRoomForFolder() { ASSERT_TRUE(QFile::remove(folder.filePath("state"_s))); }
 
+    /// Adds entries of this user, whose source has the same name, until too much waits.
+    void flood(const QString &user)
+    {
+        constexpr int count = 5000;
+        HistoryEntry large = entry("Large"_s, QString(1000, QLatin1Char('x')));
+        large.user = user;
+        large.source = user;
+        for (int i = 1; i < count; ++i) {
+            history->add(large);
+        }
+        large.title = "Last"_s;
+        history->add(large);
+    }
+
+    HistoryPage pageOf(const QString &source)
+    {
+        HistoryQuery query;
+        query.source = source;
+        return page(query);
+    }
+
     bool waitForEvents(const QSignalSpy &spy, int count)
     {
         return waitFor([&] { return spy.size() >= count; }, std::chrono::seconds(20));
@@ -159,6 +180,60 @@ TEST_F(FailuresTest, WhatWaitsIsBoundedAndTheNewestIsKeptAndTheLostAreCounted)
                                    return sum + arguments.first().toInt();
                                }) == count;
     }));
+}
+
+TEST_F(FailuresTest, WhoSendsTooMuchPushesNothingOfOthersOut)
+{
+    useFolderThatIsAFile();
+    start();
+    HistoryEntry small = entry("Small"_s);
+    small.user = "1000"_s;
+    small.source = small.user;
+    history->change(history->add(small), State::Dismissed, {}, 5, small.user);
+    flood("1001"_s);
+    makeRoomForFolder();
+    ASSERT_TRUE(waitForEvents(*recovered, 1));
+    const HistoryPage read = pageOf("1000"_s);
+    ASSERT_THAT(titles(read), ElementsAre("Small"_s));
+    EXPECT_EQ(read.entries[0].state, State::Dismissed);
+    EXPECT_EQ(read.entries[0].endTime, 5);
+}
+
+TEST_F(FailuresTest, OfTwoWhoSendTooMuchTheNewestOfEachIsKept)
+{
+    useFolderThatIsAFile();
+    start();
+    flood("1000"_s);
+    flood("1001"_s);
+    makeRoomForFolder();
+    ASSERT_TRUE(waitForEvents(*recovered, 1));
+    for (const QString &user : {"1000"_s, "1001"_s}) {
+        const HistoryPage read = pageOf(user);
+        EXPECT_THAT(titles(read), SizeIs(HistoryQuery().limit));
+        EXPECT_EQ(titles(read).value(0), "Last"_s);
+    }
+}
+
+TEST_F(FailuresTest, ManyRequestsToMarkAsSeenPushNothingOut)
+{
+    constexpr int count = 20000;
+    useFolderThatIsAFile();
+    start();
+    ASSERT_TRUE(waitForEvents(*failed, 1));
+    HistoryEntry silenced = entry("First"_s);
+    silenced.state = State::Silenced;
+    const qint64 first = history->add(silenced);
+    history->markSeen(first);
+    silenced.title = "Second"_s;
+    const qint64 second = history->add(silenced);
+    for (int i = 0; i < count; ++i) {
+        history->markSeen(second + count, second + 1);
+    }
+    makeRoomForFolder();
+    ASSERT_TRUE(waitForEvents(*recovered, 1));
+    HistoryQuery query;
+    query.onlyMissed = true;
+    EXPECT_THAT(titles(query), ElementsAre("Second"_s));
 }
 
 TEST_F(FailuresTest, WhatIsWaitingAtTheEndIsWritten)

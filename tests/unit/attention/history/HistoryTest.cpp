@@ -145,6 +145,27 @@ TEST_F(HistoryTest, MissedIsWhatExpiredOrWasSilencedUntilItIsMarkedAsSeen)
     EXPECT_TRUE(waitFor([&] { return history->missed() == 0; }));
 }
 
+TEST_F(HistoryTest, OnlyWhatIsInOneOfTheRangesIsMarkedAsSeen)
+{
+    start();
+    QVector<qint64> numbers;
+    for (int i = 0; i < 8; ++i) {
+        HistoryEntry silenced = entry(QString::number(i));
+        silenced.state = State::Silenced;
+        numbers.append(history->add(silenced));
+    }
+    const auto markSeen = [&](int from, int upTo) {
+        history->markSeen(numbers[upTo], numbers[from]);
+    };
+    markSeen(1, 2);
+    markSeen(2, 3);
+    markSeen(5, 5);
+    markSeen(7, 7);
+    HistoryQuery query;
+    query.onlyMissed = true;
+    EXPECT_THAT(titles(query), ElementsAre("6"_s, "4"_s, "0"_s));
+}
+
 TEST_F(HistoryTest, ASearchTakesAnyText)
 {
     start();
