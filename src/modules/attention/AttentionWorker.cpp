@@ -343,6 +343,11 @@ void AttentionWorker::on_replace_activated(const CMSetDataRequest &request)
         request.reply().setError(error(TAVO_TR("There is no such notification")));
         return;
     }
+    // Modules send what gives way. Without a user, so do they, or it is the host's own.
+    if (!item.user.isEmpty() && !item.givesWay && item.user != m_items.userOf(item.id)) {
+        request.reply().setError(error(TAVO_TR("The notification is another user's")));
+        return;
+    }
     const Decision decision = item.givesWay ? m_items.givingWay(item) : decide(item);
     reply(request, m_items.replace(item, decision), decision);
 }

@@ -14,7 +14,8 @@
 namespace {
 const log4cplus::Logger logger = log4cplus::Logger::getInstance("Attention");
 
-/// So many of each other user are opened again after a restart; the history returns 1,000 of all.
+/// So many of each other user are opened again after a restart; the history returns 1,000 of all, the newest
+/// of each user in turn.
 constexpr int maxMustSeeOfUser = 100;
 
 TavoAttentionEnd::Enum endOf(TavoNotificationDisplayEnd::Enum end)
@@ -91,6 +92,7 @@ AttentionItem itemOf(const HistoryEntry &entry)
         .setText(entry.text)
         .setApplication(entry.application)
         .setSource(entry.source)
+        .setUser(entry.user)
         .setCategory(entry.category)
         .setGroup(entry.group)
         .setPriority(TavoNotificationItemPriority::Enum(entry.priority));
@@ -299,14 +301,14 @@ Decision OpenItems::givingWay(const AttentionItem &item) const
 AttentionOutcome OpenItems::replace(const AttentionItem &item, const Decision &decision)
 {
     Entry &entry = *m_entries.find(item.id);
-    uncount(entry.item);
     const AttentionItem previous = std::exchange(entry.item, item);
-    entry.item.source = previous.source; // nothing is of another program all of a sudden
-    ++m_counts[sourceOf(entry.item)];
+    // Nothing is of another program or user all of a sudden.
+    entry.item.source = previous.source;
+    entry.item.user = previous.user;
     const Decision decided = std::exchange(entry.decision, decision);
     const bool cameBack = entry.comesBack;
     entry.comesBack =
-        entry.number != 0 && mustSee(decision) && (cameBack || freePlaces(item.user) > 0);
+        entry.number != 0 && mustSee(decision) && (cameBack || freePlaces(previous.user) > 0);
     if (cameBack || entry.comesBack) {
         m_history.replace(historyEntryOf(entry));
     }

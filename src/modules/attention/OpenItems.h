@@ -34,6 +34,8 @@ public:
 
     bool isOpen(const QString &id) const { return m_entries.contains(id); }
     int count() const { return m_entries.size(); }
+    /// Of one that is open.
+    QString userOf(const QString &id) const { return m_entries.find(id)->item.user; }
     /// Of the item's source, and from its user.
     int countLike(const AttentionItem &item) const { return m_counts.value(sourceOf(item)); }
 

@@ -47,6 +47,7 @@ HistoryEntry entryOf(int number)
     HistoryEntry entry;
     entry.number = number;
     entry.id = QString::number(number);
+    entry.user = number % 4 == 0 ? QStringLiteral("1000") : QString();
     entry.source = QStringLiteral("org.example.mail");
     entry.title = QStringLiteral("Title %1").arg(number);
     entry.text = QStringLiteral("some words to find");

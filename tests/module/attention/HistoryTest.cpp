@@ -42,11 +42,16 @@ protected:
         return message(title).setId(id);
     }
 
+    void openOfOneUser(int number)
+    {
+        const QString name = "leak %1"_s.arg(number);
+        notify(message(name, name).setUser("1000"_s));
+    }
+
     void openManyOfOneUser(int count)
     {
         for (int number = 0; number < count; ++number) {
-            const QString name = "leak %1"_s.arg(number);
-            notify(message(name, name).setUser("1000"_s));
+            openOfOneUser(number);
         }
     }
 
@@ -260,6 +265,37 @@ TEST_F(AttentionHistoryTest, OpensAgainOlderOnesOfAUserWhoseOthersAreClosed)
     ASSERT_TRUE(shows(most));
     EXPECT_THAT(displayed(), testing::Contains("leak %1"_s.arg(most + closed - 1)));
     EXPECT_THAT(displayed(), testing::Not(testing::Contains("leak %1"_s.arg(most + closed))));
+}
+
+TEST_F(AttentionHistoryTest, OpensAgainWhatOnlyItsUserMayChange)
+{
+    setMustSee();
+    notify(message("leak"_s).setUser("1000"_s));
+    load();
+    ASSERT_TRUE(waitFor([] { return displayed() == std::vector{"leak"_s}; }));
+    const auto other = TavoValue().setAttentionItem(changed("leak"_s, "dry"_s).setUser("1001"_s));
+    const Request refused(TavoAttentionReplacePath(), other);
+    EXPECT_EQ(refused.errorText(), "The notification is another user's");
+    replace(changed("leak"_s, "leak in the cellar"_s).setUser("1000"_s));
+    EXPECT_TRUE(waitFor([] { return displayed() == std::vector{"leak in the cellar"_s}; }));
+}
+
+TEST_F(AttentionHistoryTest, OpensAgainNoMoreOfAUserAfterTheSecondRestart)
+{
+    constexpr int most = 100;
+    setMustSee();
+    openManyOfOneUser(most);
+    load();
+    ASSERT_TRUE(shows(most));
+    openOfOneUser(most);
+    notify(message("own leak"_s));
+    load();
+    ASSERT_TRUE(waitFor([] {
+        const std::vector<QString> titles = displayed();
+        return std::find(titles.begin(), titles.end(), "own leak"_s) != titles.end();
+    }));
+    EXPECT_THAT(displayed(), SizeIs(most + 1));
+    EXPECT_THAT(displayed(), testing::Not(testing::Contains("leak %1"_s.arg(most))));
 }
 
 TEST_F(AttentionHistoryTest, OpensAgainOnesOfAUserWhoseOthersNeedNotBeSeenAnyMore)

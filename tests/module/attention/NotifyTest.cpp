@@ -16,6 +16,11 @@ class AttentionNotifyTest : public AttentionModuleTest
 {
 protected:
     AttentionNotifyTest() { load(); }
+
+    static Request requestReplace(const TavoAttentionItem &item)
+    {
+        return {TavoAttentionReplacePath(), TavoValue().setAttentionItem(item)};
+    }
 };
 
 TEST_F(AttentionNotifyTest, ShowsAMessage)
@@ -286,6 +291,28 @@ TEST_F(AttentionNotifyTest, RefusesToReplaceWhatIsNotOpen)
 {
     const Request request(TavoAttentionReplacePath(), TavoValue().setAttentionItem(message("x"_s)));
     EXPECT_EQ(request.errorText(), "There is no such notification");
+}
+
+TEST_F(AttentionNotifyTest, RefusesToReplaceWhatIsAnotherUsersOrTheHosts)
+{
+    notify(message("Theirs"_s).setUser("1000"_s));
+    notify(message("Own"_s));
+    for (const QString &id : {"Theirs"_s, "Own"_s}) {
+        EXPECT_EQ(requestReplace(message(id).setUser("1001"_s)).errorText(),
+                  "The notification is another user's");
+        EXPECT_TRUE(requestReplace(message(id).setUser("1001"_s).setGivesWay(true)).succeeds());
+    }
+    EXPECT_TRUE(requestReplace(message("Theirs"_s).setUser("1000"_s)).succeeds());
+    EXPECT_TRUE(requestReplace(message("Own"_s)).succeeds());
+}
+
+TEST_F(AttentionNotifyTest, LetsTheHostReplaceWhatStaysAUsers)
+{
+    notify(message("Theirs"_s).setUser("1000"_s));
+    EXPECT_TRUE(requestReplace(message("Theirs"_s)).succeeds());
+    EXPECT_EQ(requestReplace(message("Theirs"_s).setUser("1001"_s)).errorText(),
+              "The notification is another user's");
+    EXPECT_TRUE(requestReplace(message("Theirs"_s).setUser("1000"_s)).succeeds());
 }
 
 TEST_F(AttentionNotifyTest, ShowsNothingForAReplacementWithoutAMessage)

@@ -18,8 +18,20 @@ constexpr int blocksInFile = 8;   // at least, so that the file is never much la
 constexpr int maxLeftOpen = 1000; // nobody can see more of them
 constexpr qint64 msPerDay = 86'400'000;
 
+// Of the table of owners.
+#define IS_WITHOUT_ENTRY                                                                           \
+    "number NOT IN (SELECT number FROM kept) AND number NOT IN (SELECT number FROM entries "       \
+    "INDEXED BY entries_open WHERE endTime = 0 AND flags & 2)"
+
 #define SELECT_OPEN_MUST_SEE                                                                       \
     "SELECT * FROM entries INDEXED BY entries_open WHERE endTime = 0 AND flags & 2"
+
+// The newest row of each user, then the second of each, and so on. So the many rows of one push out none of
+// another's few.
+#define IN_TURN(rows)                                                                              \
+    "(SELECT open.*, coalesce(owners.user, '') AS user, ROW_NUMBER() OVER "                        \
+    "(PARTITION BY owners.user ORDER BY number DESC) AS turn FROM (" rows ") AS open "             \
+    "LEFT JOIN owners USING(number) ORDER BY turn, number DESC"
 
 #define ENTRY_VALUES "VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"
 
@@ -56,12 +68,14 @@ struct HistoryFile::Statements
         database, "UPDATE entries SET state = ?, action = ?, endTime = ? WHERE number = ?"};
     SqliteStatement see{database, "UPDATE entries INDEXED BY entries_missed SET state = ? "
                                   "WHERE state IN (5, 6) AND number <= ? AND number >= ?"};
-    SqliteStatement leftOpen{database, SELECT_ENTRIES
-                             "(SELECT * FROM (SELECT * FROM kept UNION ALL " SELECT_OPEN_MUST_SEE
-                             " AND number NOT IN (SELECT number FROM kept)) "
-                             "ORDER BY number DESC LIMIT ?) AS entries ORDER BY number"};
+    SqliteStatement leftOpen{
+        database, "SELECT " SELECTED_OF_ENTRIES ", user FROM " IN_TURN(
+                      "SELECT * FROM kept UNION ALL " SELECT_OPEN_MUST_SEE
+                      " AND number NOT IN (SELECT number FROM kept)") " LIMIT ?) AS entries "
+                                                                      "ORDER BY number"};
     SqliteStatement left{database, "SELECT 1 FROM entries INDEXED BY entries_open "
-                                   "WHERE endTime = 0 AND NOT flags & 2 LIMIT 1"};
+                                   "WHERE endTime = 0 AND NOT flags & 2 UNION ALL "
+                                   "SELECT 1 FROM owners WHERE " IS_WITHOUT_ENTRY " LIMIT 1"};
     SqliteStatement missLeft{database, "UPDATE entries INDEXED BY entries_open "
                                        "SET endTime = ?, state = ?, flags = flags | ? "
                                        "WHERE endTime = 0 AND NOT flags & 2 AND state = ?"};
@@ -79,9 +93,12 @@ struct HistoryFile::Statements
                                "UPDATE entries SET flags = flags & ~2 | ? WHERE number = ?"};
     SqliteStatement insertKept{database, "INSERT OR REPLACE INTO kept " ENTRY_VALUES};
     SqliteStatement forgetKept{database,
-                               "DELETE FROM kept WHERE number <= (SELECT number FROM kept "
-                               "ORDER BY number DESC LIMIT 1 OFFSET ?)"};
+                               "DELETE FROM kept WHERE number IN (SELECT number FROM " IN_TURN(
+                                   "SELECT number FROM kept") " LIMIT -1 OFFSET ?))"};
     SqliteStatement endKept{database, "DELETE FROM kept WHERE number = ?"};
+    SqliteStatement own{database, "INSERT OR REPLACE INTO owners VALUES(?, ?)"};
+    SqliteStatement disown{database, "DELETE FROM owners WHERE number = ?"};
+    SqliteStatement disownLeft{database, "DELETE FROM owners WHERE " IS_WITHOUT_ENTRY};
     SqliteStatement remove{database, "DELETE FROM entries WHERE number <= ?"};
     SqliteStatement newest{database, SELECT_ENTRIES "entries "
                                                     "WHERE number < ? ORDER BY number DESC"};
@@ -132,6 +149,14 @@ void HistoryFile::write(const HistoryEntry &entry)
     ++m_totals.entries;
     m_totals.bytes += bytes;
     m_totals.missed += entry.isMissed();
+    own(number, entry);
+}
+
+void HistoryFile::own(qint64 number, const HistoryEntry &entry)
+{
+    if (entry.mustSee && !entry.user.isEmpty()) {
+        m_statements->own.run(number, entry.user);
+    }
 }
 
 void HistoryFile::insert(SqliteStatement &statement, qint64 number, const HistoryEntry &entry,
@@ -152,16 +177,23 @@ void HistoryFile::write(const HistoryReplacement &replacement)
     if (entry.mustSee) {
         insert(m_statements->insertKept, number, entry, bytesOf(entry));
         m_totals.last = std::max(m_totals.last, number); // in a new file after a damaged one
+        own(number, entry);
     } else {
-        m_statements->endKept.run(number);
+        forget(number);
     }
+}
+
+void HistoryFile::forget(qint64 number)
+{
+    m_statements->endKept.run(number);
+    m_statements->disown.run(number);
 }
 
 void HistoryFile::write(const HistoryChange &change)
 {
     const qint64 number = numberInFile(change.number);
     if (change.endTime != 0) {
-        m_statements->endKept.run(number);
+        forget(number);
     }
     HistoryEntry old;
     {
@@ -191,6 +223,7 @@ void HistoryFile::write(const HistoryLeftEnd &left)
                                int(HistoryEntry::State::Shown));
     m_totals.missed += m_database.changedRows();
     m_statements->endLeft.run(left.time);
+    m_statements->disownLeft.run();
 }
 
 void HistoryFile::commit()
@@ -304,6 +337,7 @@ QVector<HistoryEntry> HistoryFile::leftOpen()
     SqliteRows rows(m_statements->leftOpen, maxLeftOpen);
     while (rows.next()) {
         entries.append(historyEntryOf(rows, m_shift));
+        entries.last().user = rows.string(selectedOfEntries);
     }
     return entries;
 }

@@ -68,6 +68,12 @@ private:
     void write(const HistoryLeftEnd &left);
     static void insert(SqliteStatement &statement, qint64 number, const HistoryEntry &entry,
                        qint64 bytes);
+
+    /// Remembers the user of one that may come back.
+    void own(qint64 number, const HistoryEntry &entry);
+
+    /// One does not come back.
+    void forget(qint64 number);
     void removeOldest();
 
     /// The number of the oldest entry that can have come at the time it has, if that is before the oldest

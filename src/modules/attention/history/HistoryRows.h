@@ -17,11 +17,16 @@ constexpr int privateHistoryFlag = 1;
 constexpr int mustSeeHistoryFlag = 2;
 constexpr int leftHistoryFlag = 4;
 
-/// The beginning of statements whose rows are entries.
-#define SELECT_ENTRIES                                                                             \
-    "SELECT entries.number, entries.id, entries.time, entries.source, entries.application, "       \
+/// What statements select whose rows are entries.
+#define SELECTED_OF_ENTRIES                                                                        \
+    "entries.number, entries.id, entries.time, entries.source, entries.application, "              \
     "entries.category, entries.\"group\", entries.priority, entries.title, entries.text, "         \
-    "entries.state, entries.action, entries.endTime, entries.flags FROM "
+    "entries.state, entries.action, entries.endTime, entries.flags"
+
+constexpr int selectedOfEntries = 14; ///< columns
+
+/// The beginning of such statements.
+#define SELECT_ENTRIES "SELECT " SELECTED_OF_ENTRIES " FROM "
 
 /// The entry of a row, whose number is higher by the shift.
 HistoryEntry historyEntryOf(const SqliteRows &rows, qint64 shift);

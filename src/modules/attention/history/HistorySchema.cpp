@@ -33,6 +33,11 @@ constexpr const char *schema = "CREATE TABLE entries(" ENTRY_COLUMNS R"();
 // such table.
 constexpr const char *keptSchema = "CREATE TABLE IF NOT EXISTS kept(" ENTRY_COLUMNS ")";
 
+// The users of open entries with mustSee, but for the host's own. A table of its own, so that older versions
+// can use the file; they leave rows of entries that have ended.
+constexpr const char *ownersSchema =
+    "CREATE TABLE IF NOT EXISTS owners(number INTEGER PRIMARY KEY, user TEXT)";
+
 void checkOwner(qint64 mark, qint64 version)
 {
     if (mark != fileMark) {
@@ -96,4 +101,5 @@ void setUpHistory(Sqlite &database)
         database.execute(marks.constData());
     }
     database.execute(keptSchema);
+    database.execute(ownersSchema);
 }

@@ -32,7 +32,8 @@ struct HistorySeen
     qint64 from = 0;
 };
 
-/// Entries that were open when the last host ended have ended, but not those with mustSee.
+/// Entries that were open when the last host ended have ended, but not those with mustSee. What an older
+/// host has left of these goes.
 struct HistoryLeftEnd
 {
     qint64 time;

@@ -8,6 +8,9 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdlib>
+#include <sqlite3.h>
+
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -45,6 +48,63 @@ protected:
             history->add(entry("Newer"_s));
         }
     }
+
+    /// Adds ones that must be seen, with the titles 0, 1 and so on.
+    void addMany(const QString &user, int count)
+    {
+        HistoryEntry mustSee = entry("Open"_s);
+        mustSee.mustSee = true;
+        mustSee.user = user;
+        for (int i = 0; i < count; ++i) {
+            mustSee.title = QString::number(i);
+            history->add(mustSee);
+        }
+    }
+
+    static QStringList titlesOf(const QString &user, const QVector<HistoryEntry> &entries)
+    {
+        QStringList titles;
+        for (const HistoryEntry &entry : entries) {
+            if (entry.user == user) {
+                titles.append(entry.title);
+            }
+        }
+        return titles;
+    }
+
+    void expectThatEachUserKeepsItsNewest()
+    {
+        start();
+        addMany("1000"_s, 3);
+        addMany({}, 410);
+        addMany("1001"_s, 1010);
+        const QVector<HistoryEntry> left = startAgain();
+        EXPECT_THAT(titlesOf("1000"_s, left), ElementsAre("0"_s, "1"_s, "2"_s));
+        const QStringList own = titlesOf({}, left);
+        EXPECT_THAT(own, SizeIs(410));
+        const QStringList most = titlesOf("1001"_s, left);
+        ASSERT_THAT(most, SizeIs(1000 - 3 - 410));
+        EXPECT_EQ(most.last(), "1009"_s);
+        EXPECT_EQ(most.first(), QString::number(1010 - most.size()));
+    }
+
+    /// Runs SQL on the file. Returns the number in the last row.
+    int run(const char *sql)
+    {
+        history.reset();
+        sqlite3 *database = nullptr;
+        sqlite3_open(QFile::encodeName(settings.file).constData(), &database);
+        const auto takeRow = [](void *result, int, char **values, char **) {
+            *static_cast<int *>(result) = std::atoi(values[0]);
+            return 0;
+        };
+        int result = 0;
+        EXPECT_EQ(sqlite3_exec(database, sql, takeRow, &result, nullptr), SQLITE_OK);
+        sqlite3_close(database);
+        return result;
+    }
+
+    int owners() { return run("SELECT count(*) FROM owners"); }
 
     static HistoryEntry changed(HistoryEntry entry)
     {
@@ -243,6 +303,86 @@ TEST_F(OpenEntriesTest, OfMoreThanAThousandThatMustBeSeenTheNewestAreReported)
     ASSERT_THAT(left, SizeIs(1000));
     EXPECT_EQ(left.first().title, "10"_s);
     EXPECT_EQ(left.last().title, "1009"_s);
+}
+
+TEST_F(OpenEntriesTest, OfMoreThanAThousandThatMustBeSeenEachUserKeepsItsNewest)
+{
+    expectThatEachUserKeepsItsNewest();
+}
+
+TEST_F(OpenEntriesTest, OfMoreThanAThousandWhoseEntriesHaveGoneEachUserKeepsItsNewest)
+{
+    settings.maxEntries = 5;
+    expectThatEachUserKeepsItsNewest();
+}
+
+TEST_F(OpenEntriesTest, WhatMustBeSeenIsReportedWithItsUser)
+{
+    start();
+    addMany("1000"_s, 1);
+    addMany({}, 1);
+    QVector<HistoryEntry> left = startAgain();
+    ASSERT_THAT(left, SizeIs(2));
+    EXPECT_EQ(left[0].user, "1000"_s);
+    EXPECT_EQ(left[1].user, QString());
+
+    history->replace(changed(left[0]));
+    settings.maxEntries = 1;
+    for (int restart = 0; restart < 2; ++restart) {
+        left = startAgain();
+        ASSERT_THAT(left, SizeIs(2));
+        EXPECT_EQ(left[0].title, "Changed"_s);
+        EXPECT_EQ(left[0].user, "1000"_s);
+        EXPECT_EQ(left[1].user, QString());
+    }
+}
+
+TEST_F(OpenEntriesTest, WhatMustBeSeenOnlySinceAChangeIsReportedWithItsUser)
+{
+    start();
+    HistoryEntry open = changed(addOpen(false));
+    open.mustSee = true;
+    open.user = "1000"_s;
+    history->replace(open);
+    EXPECT_THAT(titlesOf("1000"_s, startAgain()), ElementsAre("Changed"_s));
+}
+
+TEST_F(OpenEntriesTest, TheFileHasNoUsersOfWhatDoesNotComeBack)
+{
+    start();
+    HistoryEntry open = entry("Open"_s);
+    open.mustSee = true;
+    open.user = "1000"_s;
+    history->add(open);
+    history->add(open);
+    EXPECT_EQ(owners(), 2);
+    const QVector<HistoryEntry> left = startAgain();
+    ASSERT_THAT(left, SizeIs(2));
+    history->change(left[0].number, State::Dismissed, {}, 5);
+    EXPECT_EQ(owners(), 1);
+    HistoryEntry other = startAgain().value(0);
+    other.mustSee = false;
+    history->replace(other);
+    EXPECT_EQ(owners(), 0);
+}
+
+TEST_F(OpenEntriesTest, UsersThatAnOlderVersionLeftInTheFileGoAtTheStart)
+{
+    start();
+    addMany("1000"_s, 1);
+    EXPECT_EQ(run("UPDATE entries SET endTime = 5; SELECT count(*) FROM owners"), 1);
+    EXPECT_THAT(startAgain(), IsEmpty());
+    EXPECT_EQ(owners(), 0);
+}
+
+TEST_F(OpenEntriesTest, AFileOfAnOlderVersionHasNoUsers)
+{
+    start();
+    addMany("1000"_s, 1);
+    run("DROP TABLE owners");
+    EXPECT_THAT(titlesOf({}, startAgain()), ElementsAre("0"_s));
+    EXPECT_THAT(*failed, IsEmpty());
+    EXPECT_THAT(*damaged, IsEmpty());
 }
 
 TEST_F(OpenEntriesTest, OtherOpenEntriesHaveEndedWithTheHost)
