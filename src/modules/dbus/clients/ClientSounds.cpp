@@ -240,7 +240,8 @@ void ClientSounds::takeOutcome(const CMPath &path, const QVariant &outcome)
 void ClientSounds::takeTurns(const CMPath &path, const Sound &sound)
 {
     if (!sound.isCancelled && sound.item.priority() >= urgentPriority(m_clients.limits())) {
-        m_turns.add(path, sound.charge, sound.turn, sound.isPlaying);
+        m_turns.add(path, sound.charge, sound.turn, sound.isPlaying,
+                    m_clients.quotas().hasManyUsers());
     } else {
         m_turns.remove(path);
     }

@@ -17,6 +17,14 @@ constexpr std::chrono::duration<double> maxOfAll(0.7);
 /// Passes between the end of a turn and the next sound.
 constexpr std::chrono::duration<double> change(0.03);
 
+/// However many users there are, a little of each sound is heard.
+constexpr std::chrono::duration<double> minMargin(0.005);
+
+/// Then a sound has waited for long; less for each user, as all of them may have one.
+constexpr std::chrono::duration<double> longWait(0.9);
+constexpr std::chrono::duration<double> lessForEach(0.02);
+constexpr std::chrono::duration<double> minLongWait(0.3);
+
 constexpr std::chrono::milliseconds interval(20);
 
 /// Of one user, with the player.
@@ -33,30 +41,33 @@ UrgentTurns::UrgentTurns()
 }
 
 void UrgentTurns::add(const CMPath &sound, const Quotas::Charge &charge, std::uint64_t number,
-                      bool hasStarted)
+                      bool hasStarted, bool hasManyUsers)
 {
-    std::uint64_t place = number;
+    const Clock::time_point now = Clock::now();
+    Sound added{&charge, number, number, now, now, false, {}};
     const auto waiting = m_waiting.find(sound);
     const bool comesBack = waiting != m_waiting.end();
     if (comesBack) {
-        place = waiting->second.place;
+        std::tie(added.hasPlayed, added.place) = waiting->second.place;
+        added.firstAdded = waiting->second.firstAdded;
         m_waiting.erase(waiting);
     }
-    m_sounds.emplace(sound, Sound{&charge, number, place, Clock::now(), {}});
+    m_sounds.emplace(sound, added);
     takeWaiting();
     if (hasStarted) {
         start(sound);
-    } else if (!comesBack && hasTooMany(sound)) {
+    } else if (hasManyUsers && !comesBack && hasTooMany(sound)) {
         giveWay(sound);
     }
     arrange();
 }
 
-/// Whether others of its user come before it. Only one user's would cost nobody else anything.
+/// Whether others of its user come before it.
 bool UrgentTurns::hasTooMany(const CMPath &sound) const
 {
     const auto user = m_sounds.at(sound).charge->user();
-    if (m_places.count(user) > 0) {
+    const auto places = m_places.find(user);
+    if (places != m_places.end() && !places->second.begin()->first.first) {
         return true;
     }
     const auto isOfUser = [&user](const auto &entry) {
@@ -71,6 +82,7 @@ void UrgentTurns::start(const CMPath &sound)
     if (found != m_sounds.end() && !found->second.started) {
         // The player opens it first, which may take long.
         found->second.started = std::max(found->second.added, m_lastEnd);
+        m_played[found->second.charge->user()].lastStart = Clock::now();
         m_returnTimer.start(0);
     }
 }
@@ -159,7 +171,9 @@ void UrgentTurns::takeWaiting()
 void UrgentTurns::giveWay(const CMPath &sound)
 {
     const auto found = m_sounds.find(sound);
-    const Waiting waiting{found->second.charge, found->second.place, found->second.charge->user()};
+    const Sound &given = found->second;
+    const Place place(given.hasPlayed || given.started, given.place);
+    const Waiting waiting{given.charge, place, given.firstAdded, given.charge->user()};
     leavePlayer(sound);
     m_waiting.emplace(sound, waiting);
     m_places[waiting.user].emplace(waiting.place, sound);
@@ -218,6 +232,7 @@ void UrgentTurns::takeUsers()
 
 void UrgentTurns::arrange()
 {
+    m_users = countUsers();
     const Users played = playedNow();
     const Sound *next = nextInTurn(played);
     if (next == nullptr || m_sounds.size() == 1) {
@@ -250,13 +265,14 @@ UrgentTurns::Users UrgentTurns::playedNow() const
 const UrgentTurns::Sound *UrgentTurns::nextInTurn(const Users &played) const
 {
     const Sound *next = nullptr;
-    std::pair<Time, std::uint64_t> least;
+    std::tuple<bool, Time, bool, std::uint64_t> least;
     for (const auto &[path, sound] : m_sounds) {
         if (sound.started) {
             continue;
         }
         const auto time = played.find(sound.charge->user());
-        const std::pair turn(time == played.end() ? Time() : time->second, sound.number);
+        const std::tuple turn(!hasWaitedLong(sound), time == played.end() ? Time() : time->second,
+                              sound.hasPlayed, sound.number);
         if (next == nullptr || turn < least) {
             next = &sound;
             least = turn;
@@ -265,13 +281,28 @@ const UrgentTurns::Sound *UrgentTurns::nextInTurn(const Users &played) const
     return next;
 }
 
+bool UrgentTurns::hasWaitedLong(const Sound &sound) const
+{
+    const auto played = m_played.find(sound.charge->user());
+    const Clock::time_point lastStart =
+        played == m_played.end() ? Clock::time_point() : played->second.lastStart;
+    const Seconds enough = std::max(longWait - double(m_users) * lessForEach, minLongWait);
+    return !sound.hasPlayed && Clock::now() - std::max(sound.firstAdded, lastStart) > enough;
+}
+
 UrgentTurns::Seconds UrgentTurns::margin() const
+{
+    return std::clamp<Seconds>(maxOfAll / double(m_users) - change, minMargin, maxMargin);
+}
+
+/// How many have sounds with the player.
+std::size_t UrgentTurns::countUsers() const
 {
     std::set<Quotas::UserId> users;
     for (const auto &[path, sound] : m_sounds) {
         users.insert(sound.charge->user());
     }
-    return std::clamp<Seconds>(maxOfAll / double(users.size()) - change, Seconds(0), maxMargin);
+    return users.size();
 }
 
 std::vector<CMPath> UrgentTurns::thoseBefore(const Sound &next, const Users &played) const
@@ -281,12 +312,21 @@ std::vector<CMPath> UrgentTurns::thoseBefore(const Sound &next, const Users &pla
         return found == played.end() ? Time() : found->second;
     };
     const Time least = time(next);
-    const Seconds most = least.whileOthersWaited + margin();
+    const Seconds turn = margin();
+    const Seconds most = least.whileOthersWaited + turn;
+    const bool isLate = hasWaitedLong(next);
+    const Clock::time_point now = Clock::now();
+    const auto givesWay = [&](const Sound &sound) {
+        if (sound.started) {
+            return now - *sound.started > turn && (isLate || time(sound).whileOthersWaited > most);
+        }
+        // One that was sent later may have overtaken it, if another module has passed it on.
+        return sound.number < next.number &&
+               (isLate || least < time(sound) || (sound.hasPlayed && !next.hasPlayed));
+    };
     std::vector<CMPath> sounds;
     for (const auto &[path, sound] : m_sounds) {
-        // One that was sent later may have overtaken it, if another module has passed it on.
-        if (sound.started ? time(sound).whileOthersWaited > most
-                          : sound.number < next.number && least < time(sound)) {
+        if (givesWay(sound)) {
             sounds.push_back(path);
         }
     }

@@ -12,6 +12,7 @@
 #include <QTimer>
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -22,7 +23,8 @@
 /// Keeps the urgent sounds of one user from making those of another wait. The player plays them in the
 /// order of their arrival, however long they are. So a sound that has not started makes the one that plays
 /// give way if that one's user has clearly played more of late than its own user, and those that wait before it if
-/// theirs have played more at all.
+/// theirs have played more at all. It also does when it has waited for long, and none of its user has started
+/// meanwhile: then everybody gets a short turn.
 ///
 /// A sound that has given way comes back when its user has no other one that waits with the player. So however
 /// many wait, only a few of each user have to give way, and each of the others has to do it once.
@@ -39,10 +41,10 @@ public:
     /// The number of a sound that is sent to the player now, or to a module that passes it on.
     std::uint64_t nextTurn() { return ++m_lastNumber; }
 
-    /// The player has an urgent sound, by its response path, that was sent with this number. It may have to give
-    /// way at once. The charge must exist until remove().
+    /// The player has an urgent sound, by its response path, that was sent with this number. If there
+    /// are many users, it may have to give way at once. The charge must exist until remove().
     void add(const CMPath &sound, const Quotas::Charge &charge, std::uint64_t number,
-             bool hasStarted);
+             bool hasStarted, bool hasManyUsers);
 
     /// The sound has started, if it is one of these.
     void start(const CMPath &sound);
@@ -78,16 +80,22 @@ private:
     {
         const Quotas::Charge *charge;
         std::uint64_t number; ///< in the order in which they were sent
-        std::uint64_t place;  ///< the first number, in whose order those of one user come back
+        std::uint64_t place;  ///< the first number
         Clock::time_point added;
+        Clock::time_point firstAdded;
+        bool hasPlayed; ///< and has given way
         std::optional<Clock::time_point> started;
     };
+
+    /// The order in which those of one user come back: first what has not played, then by the first number.
+    using Place = std::pair<bool, std::uint64_t>;
 
     /// One that has given way.
     struct Waiting
     {
         const Quotas::Charge *charge;
-        std::uint64_t place;
+        Place place;
+        Clock::time_point firstAdded;
         Quotas::UserId user; ///< under which it is in m_places
         bool hasComeBack = false;
     };
@@ -108,6 +116,7 @@ private:
     {
         RecentTime whileOthersWaited;
         RecentTime all;
+        Clock::time_point lastStart{};
     };
     using Users = std::map<Quotas::UserId, Time>;
 
@@ -119,15 +128,18 @@ private:
     void takeWaiting();
     Users playedNow() const;
     const Sound *nextInTurn(const Users &played) const;
+    bool hasWaitedLong(const Sound &sound) const;
     Seconds margin() const;
+    std::size_t countUsers() const;
     std::vector<CMPath> thoseBefore(const Sound &next, const Users &played) const;
 
     std::unordered_map<CMPath, Sound, PathHash> m_sounds; ///< with the player
     std::unordered_map<CMPath, Waiting, PathHash> m_waiting;
     /// Those of m_waiting that have not come back, in the order in which they do. None is empty.
-    std::map<Quotas::UserId, std::map<std::uint64_t, CMPath>> m_places;
+    std::map<Quotas::UserId, std::map<Place, CMPath>> m_places;
     std::map<Quotas::UserId, RecentTimes> m_played; ///< without what plays now
     std::optional<Clock::time_point> m_othersWaitSince;
+    std::size_t m_users = 0; ///< that have sounds with the player
     std::uint64_t m_lastNumber = 0;
     Clock::time_point m_lastEnd; ///< of a sound that kept the player busy
     QTimer

@@ -153,10 +153,9 @@ protected:
             });
     }
 
-    void notify()
+    void requestAttention(const QString &id)
     {
-        const auto sound =
-            itemOf("endless"_s).setPriority(TavoNotificationItemPriority::Low).setLoop(true);
+        const auto sound = itemOf(id).setPriority(TavoNotificationItemPriority::Low).setLoop(true);
         const auto item = TavoAttentionItem()
                               .setTitle("Water"_s)
                               .setPriority(TavoNotificationItemPriority::Urgent)
@@ -165,7 +164,12 @@ protected:
                         ->send(TavoAttentionNotifyPath().toString(),
                                TavoValue().setAttentionItem(item).__variant())
                         .succeeds());
-        ASSERT_TRUE(happens("endless for its notification"));
+    }
+
+    void notify(const QString &id = "endless"_s)
+    {
+        requestAttention(id);
+        ASSERT_TRUE(happens(id.toStdString() + " for its notification"));
     }
 
     /// The player has the sound, which starts before that is known.
@@ -209,6 +213,17 @@ TEST_F(DbusAttentionTurnsTest, ASoundIsCancelledWhenItArrives)
     EXPECT_THAT(events, Not(Contains("endless cancelled")));
     arrive();
     EXPECT_TRUE(happens("endless cancelled"));
+}
+
+TEST_F(DbusAttentionTurnsTest, ASoundThatIsCancelledBeforeItIsSentIsForgotten)
+{
+    notify("endless"_s); // the next one waits until it has arrived
+    requestAttention("next"_s);
+    const auto sounds = [] { return CMCatalog::children(CMPath("/dbus/sounds"_s)).size(); };
+    ASSERT_EQ(sounds(), 2);
+    cancel(*first, "next"_s);
+    EXPECT_EQ(sounds(), 1);
+    EXPECT_TRUE(happens("does not come again"));
 }
 
 TEST_F(DbusUrgentTurnsTest, AllSoundsOfAUserThatHasPlayedMuchGiveWay)
@@ -325,7 +340,7 @@ TEST_F(DbusUrgentTurnsTest, ACancelEndsASoundThatIsAboutToPlayAgain)
     EXPECT_THAT(events, ElementsAre("endless at 3", "alarm at 3", "endless cancelled"));
 }
 
-TEST_F(DbusUrgentTurnsTest, OfManySoundsOneAfterTheOtherComesBack)
+TEST_F(DbusUrgentTurnsTest, OfManySoundsOneAfterTheOtherComesBackThoseThatHavePlayedLast)
 {
     for (const QString &id : {"1"_s, "2"_s, "3"_s}) {
         enqueue(*first, id);
@@ -336,11 +351,11 @@ TEST_F(DbusUrgentTurnsTest, OfManySoundsOneAfterTheOtherComesBack)
     respond("alarm"_s, ResponseType::Finished);
     respond("2"_s, ResponseType::Started);
     events.clear();
-    ASSERT_TRUE(happens("1 at 3"));
-    respond("2"_s, ResponseType::Finished);
-    respond("1"_s, ResponseType::Started);
     ASSERT_TRUE(happens("3 at 3"));
-    EXPECT_THAT(events, ElementsAre("1 at 3", "3 at 3"));
+    respond("2"_s, ResponseType::Finished);
+    respond("3"_s, ResponseType::Started);
+    ASSERT_TRUE(happens("1 at 3"));
+    EXPECT_THAT(events, ElementsAre("3 at 3", "1 at 3"));
 }
 
 TEST_F(DbusUrgentTurnsTest, HoweverManySoundsWaitFewGiveWay)
@@ -382,6 +397,18 @@ TEST_F(DbusUrgentTurnsTest, ACancelEndsASoundThatWaitsForItsTurn)
     }
     enqueue(*first, "other"_s);
     EXPECT_THAT(events, Not(Contains("last at 3")));
+}
+
+TEST_F(DbusUrgentTurnsTest, ASoundThatHasWaitedLongComesNextHoweverMuchItsUserHasPlayed)
+{
+    enqueue(*second, "long"_s);
+    respond("long"_s, ResponseType::Started);
+    enqueue(*first, "short"_s);
+    pass(150);
+    respond("long"_s, ResponseType::Finished);
+    enqueue(*second, "alarm"_s);
+    respond("short"_s, ResponseType::Started);
+    ASSERT_TRUE(happens("short cancelled"));
 }
 
 TEST_F(DbusUrgentTurnsTest, WhoHasPlayedWhileNobodyWaitedIsNotBehindOthers)
