@@ -90,10 +90,11 @@ CMReply<QVariant> ClientAttention::notify(const std::string &client, const QVari
             {QStringLiteral("Attention"), TAVO_TR("A notification with this id is open")});
         return reply;
     }
+    PathPlaces::Place place = placeFor(client, item);
     Quotas::Charge charge = chargeFor(client, item, bytes);
     const CMPath sound = prepareSound(client, value, bytes);
     item.setSoundFollows(!sound.isEmpty());
-    m_notifications.emplace(id, Notification{item, std::move(charge)});
+    m_notifications.emplace(id, Notification{item, std::move(charge), std::move(place)});
     CMReply<QVariant> reply = send(TavoAttentionNotifyPath(), item, sound);
     forgetIfRefused(id, reply);
     m_clients.leftMessages().makeWay(item.priority());
@@ -103,13 +104,17 @@ CMReply<QVariant> ClientAttention::notify(const std::string &client, const QVari
 CMReply<QVariant> ClientAttention::replace(const std::string &client, const QVariant &value,
                                            std::size_t bytes)
 {
-    const TavoAttentionItem item = itemOf(client, value);
+    TavoAttentionItem item = itemOf(client, value);
     const std::string id = item.id().toStdString();
     const auto notification = m_notifications.find(id);
     const bool isKnown = notification != m_notifications.end();
     if (isKnown && !m_clients.isOfUser(client, notification->second.charge.user())) {
         throw Refusals::notificationOfAnother();
     }
+    if (isKnown) {
+        item.setPath(notification->second.item.path()); // The module goes on to show that node.
+    }
+    PathPlaces::Place place = isKnown ? PathPlaces::Place() : placeFor(client, item);
     const CMPath sound = prepareSound(client, value, bytes);
     try {
         if (isKnown && notification->second.charge.client() == client) {
@@ -117,8 +122,11 @@ CMReply<QVariant> ClientAttention::replace(const std::string &client, const QVar
                                       item.priority());
             notification->second.item = item;
         } else {
-            m_notifications.insert_or_assign(id,
-                                             Notification{item, chargeFor(client, item, bytes)});
+            Notification changed{item, chargeFor(client, item, bytes), std::move(place)};
+            if (isKnown) {
+                changed.place = std::move(notification->second.place);
+            }
+            m_notifications.insert_or_assign(id, std::move(changed));
         }
     } catch (const BusError &) {
         m_sounds.discard(sound);
@@ -129,6 +137,12 @@ CMReply<QVariant> ClientAttention::replace(const std::string &client, const QVar
         forgetIfRefused(id, reply);
     }
     return reply;
+}
+
+PathPlaces::Place ClientAttention::placeFor(const std::string &client,
+                                            const TavoAttentionItem &item) const
+{
+    return m_clients.pathPlaces().take(m_clients.quotas().userOf(client), item.path());
 }
 
 Quotas::Charge ClientAttention::chargeFor(const std::string &client, const TavoAttentionItem &item,

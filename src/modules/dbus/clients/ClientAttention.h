@@ -4,6 +4,7 @@
 #pragma once
 
 #include "LeftMessages.h"
+#include "PathPlaces.h"
 #include "Quotas.h"
 #include "SlowRequests.h"
 #include <core/tavo.h>
@@ -53,6 +54,7 @@ private:
     {
         TavoAttentionItem item; ///< without its sound
         Quotas::Charge charge;
+        PathPlaces::Place place{};
         LeftMessages::Place left{}; ///< once its client has left
     };
 
@@ -62,6 +64,7 @@ private:
     /// Sends the item, and after it its sound, if it has one.
     CMReply<QVariant> send(const CMPath &path, const TavoAttentionItem &item,
                            const CMPath &preparedSound);
+    PathPlaces::Place placeFor(const std::string &client, const TavoAttentionItem &item) const;
     Quotas::Charge chargeFor(const std::string &client, const TavoAttentionItem &item,
                              std::size_t bytes);
     void forgetIfRefused(const std::string &id, const CMReply<QVariant> &reply);

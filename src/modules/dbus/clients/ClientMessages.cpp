@@ -47,6 +47,9 @@ CMReply<QVariant> ClientMessages::open(const std::string &client, const QVariant
     }
     const quint32 number = ++m_lastNumber;
     Message message;
+    if (!hasMessage) {
+        message.place = m_clients.pathPlaces().take(m_clients.quotas().userOf(client), path);
+    }
     message.charge = m_clients.quotas().charge(
         client, {Quotas::OpenNotifications, 1, Quotas::storedBytes(bytes), priority},
         [this, number] { giveUp(number); }, [this, number] { takeLeft(number); });

@@ -5,6 +5,7 @@
 
 #include "LeftMessages.h"
 #include "PathHash.h"
+#include "PathPlaces.h"
 #include "Quotas.h"
 #include <core/tavo.h>
 
@@ -43,7 +44,8 @@ private:
     struct Message
     {
         TavoNotificationDisplayItem item; ///< as the display queues it, without the texts
-        Quotas::Charge charge;
+        Quotas::Charge charge{};
+        PathPlaces::Place place{};      ///< if the client named a node
         CMListRowsNode *node = nullptr; ///< owned by the node set; null if the client named a node
         std::optional<LeftMessages::Place> left{}; ///< once its client has left, until it gives way
         bool isClosing =

@@ -8,6 +8,7 @@
 #include "LeftMessages.h"
 #include "ModuleLoad.h"
 #include "Outbox.h"
+#include "PathPlaces.h"
 #include "Quotas.h"
 #include "UnreadBytes.h"
 #include <bus/BusHandles.h>
@@ -43,6 +44,7 @@ public:
     void setLimits(const ClientLimits &limits);
     Quotas &quotas() { return m_quotas; }
     LeftMessages &leftMessages() { return m_leftMessages; }
+    PathPlaces &pathPlaces() { return m_pathPlaces; }
 
     /// A client's user, for modules: the number, "unknown" if the client had left before the bus could tell it, or
     /// nothing for the host's own user, who is everybody on a session's bus.
@@ -165,6 +167,7 @@ private:
     ClientLimits m_limits;
     Quotas m_quotas;
     LeftMessages m_leftMessages;
+    PathPlaces m_pathPlaces;
     ModuleLoad m_moduleLoad;
     CallTurns m_turns;
     Outbox m_outbox;

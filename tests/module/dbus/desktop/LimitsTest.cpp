@@ -4,6 +4,7 @@
 #include "DesktopTest.h"
 
 namespace {
+using testing::AnyOf;
 using testing::ElementsAre;
 
 const QString limitError = QStringLiteral("org.freedesktop.DBus.Error.LimitsExceeded: ");
@@ -98,14 +99,19 @@ TEST_F(StoredBytesLimitTest, IsMadeRoomInByAllMessagesThatShowANodeAtOnce)
 {
     python(R"(
 model = dbus.Interface(bus.get_object('org.tavo.Model1', '/org/tavo/Model1'), 'org.tavo.Model1')
-shown = {'notificationDisplayItem': dbus.Dictionary({'path': '/some/node'}, signature='sv')}
 for i in range(400):
+    shown = {'notificationDisplayItem': dbus.Dictionary({'path': '/node/%d' % (i // 16)}, signature='sv')}
     model.Call('/notifications/display/open', dbus.Dictionary(shown, signature='sv'))
 )"_s);
     EXPECT_EQ(displayed().size(), 400);
     const LogCapture displayLog("Notifications");
     EXPECT_EQ(python("print(Notify(body='<b>' + 60000 * 'x' + '</b>'))"_s), "1"_s);
-    EXPECT_THAT(displayed(), ElementsAre(pathOf(1)));
+    const QVector<CMPath> left = displayed();
+    EXPECT_EQ(left.count(pathOf(1)), 1);
+    EXPECT_LT(left.size(), 400);
+    for (int node = 0; node < 25; ++node) {
+        EXPECT_THAT(left.count(CMPath("/node/%1"_s.arg(node))), AnyOf(0, 16));
+    }
     EXPECT_EQ(displayLog.countAt(log4cplus::WARN_LOG_LEVEL), 0);
 }
 

@@ -7,8 +7,11 @@
 #include "support/bus/BusClient.h"
 
 namespace {
+using testing::AllOf;
 using testing::ElementsAre;
+using testing::Ge;
 using testing::IsEmpty;
+using testing::Le;
 using testing::SizeIs;
 
 constexpr const char *limitsExceeded = "org.freedesktop.DBus.Error.LimitsExceeded";
@@ -182,5 +185,25 @@ TEST_F(ModelRowsTest, OfClientsThatHaveLeftGoFirst)
     const CMPath path = pathIn(open(client(), message("Text"_s)));
     EXPECT_TRUE(waitFor([] { return displayed().size() == 50; }));
     EXPECT_TRUE(displayed().contains(path));
+}
+
+TEST_F(ModelMessagesTest, WithOnePathAreFew)
+{
+    const auto item = TavoNotificationDisplayItem().setPath(CMPath("/test/node"_s));
+    constexpr int max = 16;
+    ASSERT_TRUE(open(client(), message("Text"_s)).succeeds());
+    int opened = 0;
+    while (open(client(), item).succeeds()) {
+        ++opened;
+    }
+    // The user of the first may not have been known yet.
+    EXPECT_THAT(opened, AllOf(Ge(max), Le(2 * max)));
+    EXPECT_EQ(open(client(), item).errorName(), limitsExceeded);
+    EXPECT_TRUE(
+        open(client(), TavoNotificationDisplayItem().setPath(CMPath("/test/other"_s))).succeeds());
+    ASSERT_TRUE(
+        send(client(), TavoNotificationDisplayCancelNotifyPath(), TavoValue().setPath(item.path()))
+            .succeeds());
+    EXPECT_TRUE(waitFor([&] { return open(client(), item).succeeds(); }));
 }
 } // namespace
