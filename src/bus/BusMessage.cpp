@@ -38,6 +38,12 @@ std::string BusMessage::member() const
     return stringOrEmpty(sd_bus_message_get_member(m_message));
 }
 
+std::size_t BusMessage::pathLength() const
+{
+    const char *path = sd_bus_message_get_path(m_message);
+    return path != nullptr ? std::strlen(path) : 0;
+}
+
 bool BusMessage::isSignal() const
 {
     std::uint8_t type = 0;

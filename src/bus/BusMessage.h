@@ -53,6 +53,9 @@ public:
     /// The name of the method or signal.
     std::string member() const;
 
+    /// How long the object's path is; 0 without one.
+    std::size_t pathLength() const;
+
     bool isSignal() const;
     bool hasSignature(const char *signature) const;
 

@@ -70,7 +70,8 @@ std::string interfaceOf(const BusMessage &call)
 
 BusError unknownObject(const BusMessage &call)
 {
-    return {SD_BUS_ERROR_UNKNOWN_OBJECT, "There is no object " + pathOf(call)};
+    constexpr std::size_t maxShown = 200;
+    return {SD_BUS_ERROR_UNKNOWN_OBJECT, "There is no object " + pathOf(call).substr(0, maxShown)};
 }
 
 BusError unknownProperty()

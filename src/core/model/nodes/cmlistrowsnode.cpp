@@ -16,6 +16,37 @@ const QString titleKey = QStringLiteral("title");
 const QStringList inserted(CMSubscribe::RowsChangeInserted());
 const QStringList removed(CMSubscribe::RowsChangeRemoved());
 const QStringList reset(CMSubscribe::RowsChangeReset());
+
+bool isNumber(const QVariant &value)
+{
+    return value.userType() >= QMetaType::Bool && value.userType() <= QMetaType::Double;
+}
+
+/// QVariant converts what has another type, for each row anew; a client may seek a megabyte.
+bool areEqual(const QVariant &row, const QVariant &sought)
+{
+    if (row.userType() != sought.userType()) {
+        const bool isOwnType = row.userType() >= QMetaType::User;
+        return (isOwnType || (isNumber(row) && isNumber(sought))) && row == sought;
+    }
+    if (row.userType() == QMetaType::QVariantHash) {
+        const QVariantHash fields = row.toHash();
+        const QVariantHash soughtFields = sought.toHash();
+        const auto isIn = [&soughtFields](const auto &field) {
+            const auto other = soughtFields.constFind(field.first);
+            return other != soughtFields.constEnd() && areEqual(field.second, *other);
+        };
+        return fields.size() == soughtFields.size() &&
+               std::all_of(fields.constKeyValueBegin(), fields.constKeyValueEnd(), isIn);
+    }
+    if (row.userType() == QMetaType::QVariantList) {
+        const QVariantList values = row.toList();
+        const QVariantList soughtValues = sought.toList();
+        return std::equal(values.begin(), values.end(), soughtValues.begin(), soughtValues.end(),
+                          areEqual);
+    }
+    return row == sought;
+}
 } // namespace
 
 CMListRowsNode::Row::Row(const CMPath &path)
@@ -175,7 +206,7 @@ void CMListRowsNode::matchRow(const CMMatchRowRequest &request)
         const std::lock_guard lock(guard());
         const auto equals = [&](const Row &row) {
             return isPath && row.path() != nullptr ? *row.path() == path
-                                                   : row.toQVariant() == sought;
+                                                   : areEqual(row.toQVariant(), sought);
         };
         const auto row = std::find_if(m_rows.constBegin(), m_rows.constEnd(), equals);
         index = row == m_rows.constEnd() ? -1 : int(row - m_rows.constBegin());

@@ -72,10 +72,10 @@ bool HistoryPageReader::read(SqliteRows &&rows)
         }
         m_before = entry.number;
         const int bytes = bytesOf(entry);
-        m_characters += bytes;
+        m_bytes += bytes;
         const int maxBytes = maxBytesPerEntry * std::max(m_limit, HistoryQuery().limit);
         if (m_page.entries.size() == m_limit || isLate() ||
-            (m_characters > maxBytes && !m_page.entries.isEmpty())) {
+            (m_bytes > maxBytes && !m_page.entries.isEmpty())) {
             m_page.next = entry.number + 1;
             return false;
         }
@@ -85,7 +85,7 @@ bool HistoryPageReader::read(SqliteRows &&rows)
             (!m_query.onlyMissed || entry.isMissed())) {
             m_page.entries.append(entry);
         } else {
-            m_characters -= bytes;
+            m_bytes -= bytes;
         }
     }
     return true;

@@ -55,6 +55,6 @@ private:
     const int m_limit;
     QElapsedTimer m_elapsed;
     bool m_hasRead = false;
-    int m_characters = 0; ///< in the page
+    int m_bytes = 0; ///< in the page
     HistoryPage m_page;
 };

@@ -90,7 +90,7 @@ Quotas::Charge CallTurns::chargeFor(const std::string &client, const BusMessage 
         throw BusError(*waiting->second.refusal);
     }
     try {
-        const std::size_t bytes = callBytes + measure(client, call);
+        const std::size_t bytes = callBytes + call.pathLength() + measure(client, call);
         return m_waiting.empty() ? Quotas::Charge()
                                  : m_quotas.charge(client, {Quotas::RequestBytes, bytes});
     } catch (const BusError &error) {

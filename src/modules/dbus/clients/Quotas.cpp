@@ -491,6 +491,12 @@ void Quotas::forget(const std::string &client)
     m_lastFound = nullptr;
     m_accounts.erase(known);
     account->client.clear();
+    if (account->user == &m_unknown) {
+        // It is as many users, and new clients of all others would come after it.
+        for (std::size_t work = 0; work < account->times.size(); ++work) {
+            m_unknown.times[work] -= account->times[work];
+        }
+    }
     for (const auto &[key, item] : std::exchange(account->items, {})) {
         item->moveTo(account->user->left);
         if (item->left) {

@@ -8,7 +8,7 @@
 #include "SoundTheme.h"
 #include <core/tavo.h>
 
-#include <QHash>
+#include <QMap>
 #include <QObject>
 #include <QSet>
 
@@ -51,6 +51,6 @@ private:
 
     ClientSounds &m_clientSounds;
     SoundTheme m_theme;
-    QHash<quint32, QString> m_sounds; ///< their ids for the player, by notification
-    QSet<QString> m_refused;          ///< already logged
+    QMap<quint32, QString> m_sounds; ///< their ids for the player, by notification
+    QSet<QString> m_refused;         ///< already logged
 };

@@ -95,6 +95,7 @@ void NotificationsInterface::on_bus_connected()
 
 void NotificationsInterface::on_bus_lost()
 {
+    m_inhibiting.clear();
     m_object.reset();
 }
 
@@ -217,9 +218,9 @@ void NotificationsInterface::inhibit(const BusMessage &call)
                                 .setReason(reason);
     const CMReply<QVariant> answer = m_inhibitions.send(
         call.sender(), inhibition, std::size_t(application.size()) + std::size_t(reason.size()));
-    const auto reply = [this, cookie, answer](const BusMessage &to) {
-        if (answer.error().isError()) {
-            m_clients.reply(to, ModelErrors::createReply(to, answer.error()));
+    const auto reply = [this, cookie](const BusMessage &to, const CMError &error) {
+        if (error.isError()) {
+            m_clients.reply(to, ModelErrors::createReply(to, error));
             return;
         }
         BusWriter writer(to.createReply());
@@ -227,11 +228,17 @@ void NotificationsInterface::inhibit(const BusMessage &call)
         m_clients.reply(to, writer.message());
     };
     if (answer.isFinished()) {
-        reply(call);
+        reply(call, answer.error());
         return;
     }
-    answer.onFinished(this,
-                      [this, call, reply](const CMVoidReply &) { m_clients.run(call, reply); });
+    m_inhibiting.emplace(cookie, call);
+    answer.onFinished(this, [this, cookie, reply](const CMReply<QVariant> &finished) {
+        const auto waiting = m_inhibiting.extract(cookie);
+        if (!waiting.empty()) {
+            m_clients.run(waiting.mapped(),
+                          [&](const BusMessage &to) { reply(to, finished.error()); });
+        }
+    });
 }
 
 void NotificationsInterface::endInhibition(const BusMessage &call)

@@ -9,6 +9,7 @@
 #include "NotificationSounds.h"
 #include "NotifyCall.h"
 #include "OpenNotifications.h"
+#include <bus/BusMessage.h>
 #include <bus/BusObject.h>
 
 #include <QObject>
@@ -100,6 +101,9 @@ private:
     Clients &m_clients;
     ClientInhibitions &m_inhibitions;
     quint32 m_lastInhibition = 0;
+
+    /// That wait for the module's reply, by cookie. Its watcher may be destroyed in any thread, a call may not.
+    std::map<quint32, BusMessage> m_inhibiting;
     bool m_isInhibited = false; ///< do-not-disturb is on
     NotifyCall::Timeouts m_timeouts;
     OpenNotifications m_notifications;

@@ -279,6 +279,9 @@ void OpenNotifications::tellChange(quint32 id, Entry &entry)
 void OpenNotifications::on_open_finished(quint32 id, const QString &request,
                                          const CMReply<QVariant> &reply)
 {
+    if (reply.error().isError()) {
+        m_attended.remove(request); // no end is reported
+    }
     const auto entry = find(id, request);
     if (entry == m_entries.end()) {
         return;

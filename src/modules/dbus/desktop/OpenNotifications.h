@@ -12,6 +12,7 @@
 #include <core/tavo.h>
 
 #include <QHash>
+#include <QMap>
 #include <QObject>
 #include <QUuid>
 
@@ -117,7 +118,7 @@ private:
         bool hasChanged = false; ///< since then
         bool givesWay = false;   ///< is queued anew when the display has removed it
     };
-    using Entries = QHash<quint32, Entry>;
+    using Entries = QMap<quint32, Entry>; // Clients can choose ids that have equal hashes.
 
     void fill(quint32 id, Entry &entry, const DesktopNotification &notification);
     void addImage(quint32 id, const Entry &entry, const ImageData &image);

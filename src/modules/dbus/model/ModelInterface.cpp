@@ -159,6 +159,12 @@ void ModelInterface::callNode(const BusMessage &call)
     const QVariant value = reader.readVariant();
     // Must come first, because a refused request must not have done anything.
     Quotas::Charge charge = m_calls.charge(call, reader.bytesRead());
+    if (m_inboxes.has(path) && reader.bytesRead() <= std::size_t(m_clients.limits().messageBytes)) {
+        // What can't be sent on must be refused here: its receiver would be told that something was left out.
+        BusWriter trial(call.createReply(), m_clients.limits().messageBytes);
+        trial.writeString(path.toString());
+        trial.writeVariant(value);
+    }
     const CMReply<QVariant> reply = send(call.sender(), path, value, reader.bytesRead());
     // Pages of the history wait for each other.
     if (path.isBelow(TavoAttentionPath()) && path != TavoAttentionHistoryPath()) {

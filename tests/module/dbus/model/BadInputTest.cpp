@@ -93,6 +93,38 @@ TEST_F(DbusBadInputTest, AnUnknownObjectIsRefused)
     expectRefusal(client->getValue("/test/value"_s), "org.freedesktop.DBus.Error.UnknownObject");
 }
 
+TEST_F(DbusBadInputTest, ALongPathOfAnObjectIsNotRepeated)
+{
+    client->setTarget("org.tavo.Model1", '/' + std::string(60000, 'x'), "org.tavo.Model1");
+    EXPECT_THAT(client->getValue("/test/value"_s).errorMessage(),
+                testing::SizeIs(testing::Lt(300U)));
+}
+
+TEST_F(DbusBadInputTest, AValueThatCanNotBeSentOnKeepsNothingFromAnInbox)
+{
+    const QString inbox = client->ask("OpenInbox").text();
+    // Its keys and values grow when they are written as variants.
+    constexpr int records = 40;
+    const BusCall large = callRaw("Call", [&](sd_bus_message *message) {
+        sd_bus_message_append(message, "s", inbox.toUtf8().constData());
+        sd_bus_message_open_container(message, 'v', "aa{ss}");
+        sd_bus_message_open_container(message, 'a', "a{ss}");
+        for (int i = 0; i < records; ++i) {
+            sd_bus_message_open_container(message, 'a', "{ss}");
+            for (int field = 0; field < BusReader::maxFields; ++field) {
+                sd_bus_message_append(message, "{ss}", std::to_string(field).c_str(), "v");
+            }
+            sd_bus_message_close_container(message);
+        }
+        sd_bus_message_close_container(message);
+        return sd_bus_message_close_container(message);
+    });
+    expectRefusal(large, "org.tavo.Error.UnsupportedValue");
+    ASSERT_TRUE(client->send(inbox, 5).succeeds());
+    ASSERT_TRUE(client->waitForSignals(1));
+    EXPECT_THAT(client->received, testing::ElementsAre("Received " + inbox.toStdString() + " 5"));
+}
+
 TEST_F(DbusBadInputTest, WrongArgumentsAreRefused)
 {
     expectRefusal(client->ask("GetValue"), invalidArguments);

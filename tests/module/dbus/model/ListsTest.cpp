@@ -293,6 +293,14 @@ TEST_F(DbusListsTest, TellWhereARowIs)
     EXPECT_EQ(matchRow("/test/rows"_s, "/c"_s), -1);
 }
 
+TEST_F(DbusListsTest, HaveNoRowOfAnotherType)
+{
+    publishRows("/test/rows"_s, {"/a"_s})->rowsAppend(TavoRoles().setTitle("Text"_s));
+    EXPECT_EQ(matchRow("/test/rows"_s, QByteArray("/a")), -1);
+    EXPECT_EQ(matchRow("/test/rows"_s, QVariantHash{{"title", QByteArray("Text")}}), -1);
+    EXPECT_EQ(matchRow("/test/rows"_s, QVariantHash{{"title", "Text"}}), 1);
+}
+
 TEST_F(DbusListsTest, AreClosedForTheirListeners)
 {
     const auto close = [this] {

