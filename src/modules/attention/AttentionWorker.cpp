@@ -290,7 +290,7 @@ void AttentionWorker::on_notify_activated(const CMSetDataRequest &request)
     limitRate(item, decision);
     limitMemory(item, decision);
     if (decision.isQuiet) {
-        m_quietTimes.countMissed(programOf(item), 1);
+        m_quietTimes.countMissed(item.user, programOf(item), 1);
     }
     reply(request, m_items.open(item, decision), decision);
 }
@@ -427,7 +427,7 @@ void AttentionWorker::on_floods_over(QString source, QString application, int co
 {
     const Entrance::Hold held = m_entrance->hold();
     if (m_quietTimes.isOn()) {
-        m_quietTimes.countMissed(application, count);
+        m_quietTimes.countMissed({}, application, count);
         return;
     }
     for (auto other = m_floodMessages.begin(); other != m_floodMessages.end();) {
@@ -468,9 +468,12 @@ void AttentionWorker::on_quietTimes_ended(const QMap<QString, int> &missed)
     for (auto program = missed.begin(); program != missed.end(); ++program) {
         QuietTimes::addMissed(m_summary, program.key(), program.value());
     }
+    // A thousand of them must fit into a text.
+    constexpr int maxShown = 50;
     QStringList lines;
     for (auto program = m_summary.cbegin(); program != m_summary.cend(); ++program) {
-        lines.append(QStringLiteral("%1: %2").arg(program.key()).arg(program.value()));
+        lines.append(
+            QStringLiteral("%1: %2").arg(program.key().left(maxShown)).arg(program.value()));
     }
     AttentionItem item;
     item.id = m_summaryId;

@@ -72,8 +72,16 @@ bool QuietTimes::addMissed(QMap<QString, int> &missed, const QString &program, i
     return true;
 }
 
-void QuietTimes::countMissed(const QString &program, int count)
+void QuietTimes::countMissed(const QString &user, const QString &program, int count)
 {
+    // Many names of one user must not keep other programs out of the summary.
+    constexpr int maxOfUser = 100;
+    int &programs = m_programs[user];
+    const bool isNew = !m_missed.contains(program);
+    if (isNew && !user.isEmpty() && programs >= maxOfUser) {
+        return;
+    }
+    programs += isNew ? 1 : 0;
     if (addMissed(m_missed, program, count)) {
         m_isUnsaved = true;
         if (!m_save.isActive()) {
@@ -190,6 +198,7 @@ void QuietTimes::update()
         LOG4CPLUS_INFO(logger, "Do-not-disturb is " << (isOn ? "on" : "off"));
         if (!isOn) {
             const auto missed = std::exchange(m_missed, {});
+            m_programs.clear();
             save();
             Q_EMIT ended(missed);
         }

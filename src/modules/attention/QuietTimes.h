@@ -36,8 +36,8 @@ public:
     /// Publishes the state from now on. Called once, after the settings have been read.
     void start();
 
-    /// So many of a program were kept from people.
-    void countMissed(const QString &program, int count);
+    /// So many of a program of the user were kept from people.
+    void countMissed(const QString &user, const QString &program, int count);
 
     /// The same in a list. False if it has too many other programs.
     static bool addMissed(QMap<QString, int> &missed, const QString &program, int count);
@@ -68,6 +68,7 @@ private:
     DoNotDisturb m_doNotDisturb;
     QMap<QString, TavoAttentionInhibition> m_inhibitions; ///< by id
     QMap<QString, int> m_missed;
+    QMap<QString, int> m_programs; ///< in m_missed, by the user who named them first
     bool m_isOn = false;
     bool m_isStarted = false;
     CMValueNode *m_node; ///< owned by the node set

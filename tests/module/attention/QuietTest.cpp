@@ -131,6 +131,21 @@ TEST_F(AttentionQuietTest, SumsUpAThousandPrograms)
     }));
 }
 
+TEST_F(AttentionQuietTest, SumsUpTheProgramsOfOneUserWhateverNamesAnotherMakesUp)
+{
+    setDoNotDisturb(true);
+    for (int number = 0; number < 1000; ++number) {
+        const QString program = "%1 "_s.arg(number) + QString(200, u'\u4e2d');
+        notify(message(program, program).setUser("1000"_s));
+    }
+    notify(message("1"_s, "mail"_s).setUser("1001"_s));
+    setDoNotDisturb(false);
+    ASSERT_TRUE(waitFor([] { return !displayed().empty(); }));
+    const QString text = rowOf(displayedPath()).title().toString();
+    EXPECT_TRUE(text.endsWith("mail: 1"_s));
+    EXPECT_LT(text.size(), 10000);
+}
+
 TEST_F(AttentionQuietTest, SumsUpNothingIfNothingCame)
 {
     setDoNotDisturb(true);
