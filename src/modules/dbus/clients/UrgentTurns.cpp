@@ -232,7 +232,7 @@ void UrgentTurns::takeUsers()
 
 void UrgentTurns::arrange()
 {
-    m_users = countUsers();
+    takePresent();
     const Users played = playedNow();
     const Sound *next = nextInTurn(played);
     if (next == nullptr || m_sounds.size() == 1) {
@@ -283,11 +283,14 @@ const UrgentTurns::Sound *UrgentTurns::nextInTurn(const Users &played) const
 
 bool UrgentTurns::hasWaitedLong(const Sound &sound) const
 {
+    if (sound.hasPlayed || (m_playing && *m_playing == sound.charge->user())) {
+        return false;
+    }
     const auto played = m_played.find(sound.charge->user());
     const Clock::time_point lastStart =
         played == m_played.end() ? Clock::time_point() : played->second.lastStart;
     const Seconds enough = std::max(longWait - double(m_users) * lessForEach, minLongWait);
-    return !sound.hasPlayed && Clock::now() - std::max(sound.firstAdded, lastStart) > enough;
+    return Clock::now() - std::max(sound.firstAdded, lastStart) > enough;
 }
 
 UrgentTurns::Seconds UrgentTurns::margin() const
@@ -295,14 +298,17 @@ UrgentTurns::Seconds UrgentTurns::margin() const
     return std::clamp<Seconds>(maxOfAll / double(m_users) - change, minMargin, maxMargin);
 }
 
-/// How many have sounds with the player.
-std::size_t UrgentTurns::countUsers() const
+void UrgentTurns::takePresent()
 {
     std::set<Quotas::UserId> users;
+    m_playing.reset();
     for (const auto &[path, sound] : m_sounds) {
         users.insert(sound.charge->user());
+        if (sound.started) {
+            m_playing = sound.charge->user();
+        }
     }
-    return users.size();
+    m_users = users.size();
 }
 
 std::vector<CMPath> UrgentTurns::thoseBefore(const Sound &next, const Users &played) const

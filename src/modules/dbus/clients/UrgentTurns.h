@@ -130,7 +130,7 @@ private:
     const Sound *nextInTurn(const Users &played) const;
     bool hasWaitedLong(const Sound &sound) const;
     Seconds margin() const;
-    std::size_t countUsers() const;
+    void takePresent();
     std::vector<CMPath> thoseBefore(const Sound &next, const Users &played) const;
 
     std::unordered_map<CMPath, Sound, PathHash> m_sounds; ///< with the player
@@ -139,7 +139,8 @@ private:
     std::map<Quotas::UserId, std::map<Place, CMPath>> m_places;
     std::map<Quotas::UserId, RecentTimes> m_played; ///< without what plays now
     std::optional<Clock::time_point> m_othersWaitSince;
-    std::size_t m_users = 0; ///< that have sounds with the player
+    std::size_t m_users = 0;                 ///< that have sounds with the player
+    std::optional<Quotas::UserId> m_playing; ///< whose sound plays
     std::uint64_t m_lastNumber = 0;
     Clock::time_point m_lastEnd; ///< of a sound that kept the player busy
     QTimer

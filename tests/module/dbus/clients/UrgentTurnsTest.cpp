@@ -411,6 +411,15 @@ TEST_F(DbusUrgentTurnsTest, ASoundThatHasWaitedLongComesNextHoweverMuchItsUserHa
     ASSERT_TRUE(happens("short cancelled"));
 }
 
+TEST_F(DbusUrgentTurnsTest, SoundsOfOneUserKeepTheirOrderHoweverLongTheyAre)
+{
+    enqueue(*first, "long"_s);
+    respond("long"_s, ResponseType::Started);
+    enqueue(*first, "next"_s);
+    pass(1200);
+    EXPECT_THAT(events, ElementsAre("long at 3", "next at 3"));
+}
+
 TEST_F(DbusUrgentTurnsTest, WhoHasPlayedWhileNobodyWaitedIsNotBehindOthers)
 {
     enqueue(*second, "long"_s);
