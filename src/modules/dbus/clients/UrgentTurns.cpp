@@ -213,7 +213,11 @@ void UrgentTurns::on_returnTimer_timeout()
         [&time](const CMPath &one, const CMPath &other) { return time(one) < time(other); });
     for (const CMPath &sound : returning) {
         m_waiting.at(sound).hasComeBack = true;
-        Q_EMIT cameBack(sound);
+    }
+    for (const CMPath &sound : returning) {
+        if (m_waiting.count(sound) > 0) {
+            Q_EMIT cameBack(sound);
+        }
     }
 }
 
