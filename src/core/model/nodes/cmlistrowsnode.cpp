@@ -199,6 +199,8 @@ void CMListRowsNode::matchRow(const CMMatchRowRequest &request)
     const CMPath path = CMPath::fromQVariant(sought);
     if (sought.userType() == qMetaTypeId<CMPath>()) {
         sought = path.toQVariant();
+    } else if (sought.userType() == QMetaType::QByteArray) {
+        sought = sought.toString(); // once, not for each row
     }
     const bool isPath = !path.isEmpty() && path.toQVariant() == sought;
     int index = 0;
