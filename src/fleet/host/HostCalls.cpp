@@ -4,6 +4,7 @@
 #include "fleet/host/HostCalls.h"
 
 #include "base/Json.h"
+#include "fleet/FleetLog.h"
 #include <client/TavoClientError.h>
 #include <core/base/connect.h>
 #include <core/tavo.h>
@@ -17,6 +18,14 @@ namespace {
 using Kind = FleetCall::Kind;
 using End = FleetEvent::End;
 using Outcome = HostCalls::Outcome;
+
+constexpr int checkAfterMs = 1000; // more may be left out until then
+
+const QString &application()
+{
+    static const QString s_application = QStringLiteral("fleet");
+    return s_application;
+}
 
 const QString &idPrefix()
 {
@@ -89,7 +98,7 @@ TavoAttentionItem attentionItem(const FleetCall &call)
         .setTitle(call.title)
         .setText(isSaid ? QString() : call.text)
         .setSpeech(isSaid ? call.text : QString())
-        .setApplication(QStringLiteral("fleet"))
+        .setApplication(application())
         .setIcon(call.icon)
         .setActions(actions);
 }
@@ -129,6 +138,31 @@ End endOf(TavoAttentionEnd::Enum end)
         return End::Closed;
     }
 }
+
+/// The history does not tell whether a person or a program has dismissed it.
+End endOf(TavoAttentionState::Enum state)
+{
+    switch (state) {
+    case TavoAttentionState::Seen:
+    case TavoAttentionState::Expired:
+        return End::Expired;
+    case TavoAttentionState::Dismissed:
+        return End::Dismissed;
+    case TavoAttentionState::ActedOn:
+        return End::Action;
+    case TavoAttentionState::Silenced:
+        return End::Closed;
+    default:
+        return End::Failed;
+    }
+}
+
+/// Whether the same request may succeed later.
+bool isBusy(const CMError &error)
+{
+    return error.name() == TavoClientError::limitExceeded() ||
+           error.name() == TavoClientError::timedOut();
+}
 } // namespace
 
 HostCalls::HostCalls(TavoClient &client, const Permissions &permissions, int timeoutMs)
@@ -140,7 +174,12 @@ HostCalls::HostCalls(TavoClient &client, const Permissions &permissions, int tim
     tavoConnect(&client, &TavoClient::availableChanged, this,
                 &HostCalls::on_client_availableChanged);
     tavoConnect(&client, &TavoClient::valueChanged, this, &HostCalls::on_client_valueChanged);
+    tavoConnect(&client, &TavoClient::changesDropped, this, &HostCalls::tellDropped);
     tavoConnect(&m_inbox, &TavoInbox::responded, this, &HostCalls::on_inbox_responded);
+    tavoConnect(&m_inbox, &TavoInbox::requestsDropped, this, &HostCalls::tellDropped);
+    m_checkTimer.setSingleShot(true);
+    m_checkTimer.setInterval(checkAfterMs);
+    tavoConnect(&m_checkTimer, &QTimer::timeout, this, &HostCalls::checkOpen);
     client.subscribe(TavoNotificationDisplayEndedPath(), TavoClient::Change::Value);
     client.subscribe(TavoAttentionEndedPath(), TavoClient::Change::Value);
 }
@@ -384,7 +423,7 @@ void HostCalls::follow(const QString &id, const QString &path)
 void HostCalls::on_client_availableChanged(bool available)
 {
     if (available) {
-        checkMessages();
+        checkOpen();
         return;
     }
     // They have ended with the host.
@@ -394,7 +433,32 @@ void HostCalls::on_client_availableChanged(bool available)
     }
 }
 
-/// Ends of messages may have been missed.
+void HostCalls::tellDropped()
+{
+    constexpr qint64 quietMs = 60000;
+    if (m_untilWarning.hasExpired()) {
+        FleetLog::warning(QStringLiteral("the host left out reports that were not read in time: it "
+                                         "is asked how messages ended"));
+    }
+    m_untilWarning.setRemainingTime(quietMs);
+    checkLater();
+}
+
+void HostCalls::checkLater()
+{
+    if (!m_checkTimer.isActive()) {
+        m_checkTimer.start();
+    }
+}
+
+/// Ends may have been missed.
+void HostCalls::checkOpen()
+{
+    constexpr int maxPages = 100;
+    checkMessages();
+    checkHistory(m_others, 0, maxPages);
+}
+
 void HostCalls::checkMessages()
 {
     // Each by itself: others may have opened more than fit into one reply.
@@ -403,6 +467,9 @@ void HostCalls::checkMessages()
         m_client.matchRow(TavoNotificationDisplayQueuePath(), path)
             .onFinished(this, [this, path](const CMReply<int> &reply) {
                 const CMError error = reply.error();
+                if (isBusy(error)) {
+                    checkLater();
+                }
                 const bool isOpen =
                     error.isError() ? error.name() != CMErrors::noSuchNode() : reply.value() >= 0;
                 const QString id = isOpen ? QString() : m_messages.take(path);
@@ -411,6 +478,38 @@ void HostCalls::checkMessages()
                 }
             });
     }
+}
+
+/// Looks for the newest entry of each of these calls. A sound has none.
+void HostCalls::checkHistory(const QSet<QString> &ids, qint64 before, int maxPages)
+{
+    constexpr int pageSize = 10; // A busy bus has no time for large replies.
+    if (ids.isEmpty() || maxPages == 0) {
+        return;
+    }
+    const auto query =
+        TavoAttentionQuery().setSource(application()).setBefore(before).setLimit(pageSize);
+    const auto take = [this, ids, maxPages](const CMReply<QVariant> &reply) {
+        if (isBusy(reply.error())) {
+            checkLater();
+            return;
+        }
+        const auto page = TavoValue(reply.value().toHash()).attentionPage();
+        const auto records = page.records();
+        QSet<QString> others = ids;
+        for (int index = 0; index < records.size(); ++index) {
+            const TavoAttentionRecord record = records.at(index);
+            const QString id = callOf(record.id());
+            if (others.remove(id) && record.endTime() != 0 && m_others.remove(id)) {
+                Q_EMIT ended(id, endOf(record.state()), record.action());
+            }
+        }
+        if (page.next() != 0) {
+            checkHistory(others, page.next(), maxPages - 1);
+        }
+    };
+    m_client.call(TavoAttentionHistoryPath(), TavoValue().setAttentionQuery(query))
+        .onFinished(this, take);
 }
 
 void HostCalls::on_client_valueChanged(const CMPath &path, const QVariant &value)

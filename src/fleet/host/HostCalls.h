@@ -10,8 +10,10 @@
 #include <client/TavoClient.h>
 #include <client/TavoInbox.h>
 
+#include <QDeadlineTimer>
 #include <QHash>
 #include <QSet>
+#include <QTimer>
 
 #include <functional>
 
@@ -68,7 +70,11 @@ private:
     void openMessage(const FleetCall &call, const QString &path, const Finish &finish);
     void endMessage(const TavoNotificationDisplayEnded &ended);
     void endNotification(const TavoAttentionEnded &ended);
+    void tellDropped();
+    void checkLater();
+    void checkOpen();
     void checkMessages();
+    void checkHistory(const QSet<QString> &ids, qint64 before, int maxPages);
 
     TavoClient &m_client;
     const Permissions &m_permissions;
@@ -79,4 +85,6 @@ private:
     QSet<QString> m_unanswered; ///< ids of calls that the host may have got before it went away
     /// By paths: the ends that came last of messages not known here. A reply may come after the end.
     QHash<QString, FleetEvent::End> m_early;
+    QTimer m_checkTimer;           ///< until the host is asked for ends that it left out
+    QDeadlineTimer m_untilWarning; ///< of what was left out
 };

@@ -77,6 +77,70 @@ TEST_F(DeviceAttentionTest, WhatIsToBeSaidIsReadAloud)
     EXPECT_THAT(said.readAll().toStdString(), testing::HasSubstr("Dinner is ready"));
 }
 
+TEST_F(DeviceAttentionTest, AnActionThatWasChosenWhileTheDeviceWasAwayIsAnEvent)
+{
+    call(R"("id":"a","call":"show","title":"Water","timeout":0,"actions":{"ok":"Seen"})");
+    ASSERT_TRUE(waitForAnswer(R"("id":"a","shown":true)"));
+    m_device->kill();
+    ASSERT_TRUE(waitForMessage("tavo/v1/porch/online", "0"));
+    chooseAction();
+    startDevice();
+    EXPECT_TRUE(waitForEvent(R"("action":"ok","device":"porch","end":"action","id":"a")"));
+}
+
+/// A device that stops reading, and a host that lets it leave little unread.
+class DeviceLeftOutTest : public DeviceAttentionTest
+{
+protected:
+    DeviceLeftOutTest() { m_limits = {{"unreadBytes", 1 << 20}, {"messageBytes", 1 << 21}}; }
+
+    /// Has the host report more than the device may leave unread.
+    void flood()
+    {
+        constexpr int nearlyAll = 1'000'000;
+        finish(client().call(CMPath("/dbus/inbox/1"), QString(nearlyAll, 'x')));
+        constexpr int enoughForTheRest = 100;
+        for (int i = 0; i < enoughForTheRest; ++i) {
+            const QString id = QString::number(i).rightJustified(200, 'x');
+            // So many less urgent ones would be kept from people.
+            const auto item = TavoAttentionItem().setId(id).setTitle("Other").setPriority(
+                TavoNotificationItemPriority::Urgent);
+            finish(client().call(TavoAttentionNotifyPath(), TavoValue().setAttentionItem(item)));
+            finish(client().call(TavoAttentionClosePath(), TavoValue().setString_(id)));
+        }
+        ASSERT_TRUE(m_host->waitForLog("doesn't read its signals: some are left out"));
+    }
+
+    static void finish(const CMReply<QVariant> &reply)
+    {
+        EXPECT_TRUE(waitFor([&] { return reply.isFinished(); }, s_timeout));
+        EXPECT_FALSE(reply.error().isError()) << reply.error().message();
+    }
+};
+
+TEST_F(DeviceLeftOutTest, AnActionWhoseReportIsLeftOutIsAnEvent)
+{
+    call(R"("id":"a","call":"show","title":"Water","timeout":0,"actions":{"ok":"Seen"})");
+    ASSERT_TRUE(waitForAnswer(R"("id":"a","shown":true)"));
+    m_device->sendSignal(SIGSTOP);
+    flood();
+    chooseAction();
+    m_device->sendSignal(SIGCONT);
+    EXPECT_TRUE(waitForEvent(R"("action":"ok","device":"porch","end":"action","id":"a")"));
+    EXPECT_TRUE(waitForError("the host left out reports"));
+}
+
+TEST_F(DeviceLeftOutTest, AMessageWhoseEndIsLeftOutHasFailed)
+{
+    call(R"("id":"a","call":"show","title":"Water","timeout":0)");
+    ASSERT_TRUE(waitForAnswer(R"("id":"a","shown":true)"));
+    m_device->sendSignal(SIGSTOP);
+    flood();
+    closeMessage();
+    m_device->sendSignal(SIGCONT);
+    EXPECT_TRUE(waitForEvent(R"("end":"failed","id":"a")"));
+}
+
 /// A host with the module attention, and no program that reads aloud.
 class DeviceWithoutSpeechTest : public DeviceTest
 {

@@ -78,9 +78,9 @@ protected:
     {
         m_host = std::make_unique<HostProcess>();
         const QJsonObject devices{{"mainDevice", "null"}, {"notificationsDevice", "null"}};
-        QJsonArray modules{
-            "powermanager", QJsonObject{{"name", "player"}, {"config", devices}}, "notifications",
-            QJsonObject{{"name", "dbus"}, {"config", QJsonObject{{"bus", m_bus.address()}}}}};
+        const QJsonObject dbus{{"bus", m_bus.address()}, {"limits", m_limits}};
+        QJsonArray modules{"powermanager", QJsonObject{{"name", "player"}, {"config", devices}},
+                           "notifications", QJsonObject{{"name", "dbus"}, {"config", dbus}}};
         for (const QJsonValue &module : more) {
             modules.append(module);
         }
@@ -230,6 +230,7 @@ protected:
     PrivateBus m_bus;
     std::unique_ptr<Broker> m_broker;
     std::unique_ptr<HostProcess> m_host;
+    QJsonObject m_limits; ///< of the host for its clients
     QJsonObject m_configuration{{"device", "porch"}, {"groups", QJsonArray{"all", "floor-1"}}};
     std::unique_ptr<Program> m_device;
     std::vector<MqttMessage> m_messages;
