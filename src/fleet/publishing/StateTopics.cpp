@@ -36,6 +36,7 @@ StateTopics::StateTopics(MqttConnection &connection, TavoClient &client, const Q
     tavoConnect(&client, &TavoClient::availableChanged, this,
                 &StateTopics::on_client_availableChanged);
     tavoConnect(&client, &TavoClient::valueChanged, this, &StateTopics::on_client_valueChanged);
+    tavoConnect(&client, &TavoClient::changesDropped, this, &StateTopics::on_client_changesDropped);
     for (const CMPath &path : paths()) {
         client.subscribe(path, TavoClient::Change::Value);
     }
@@ -60,6 +61,13 @@ void StateTopics::read(const CMPath &path)
             on_client_valueChanged(path, reply.value());
         }
     });
+}
+
+void StateTopics::on_client_changesDropped(const CMPath &path)
+{
+    if (paths().contains(path)) {
+        read(path);
+    }
 }
 
 void StateTopics::on_client_valueChanged(const CMPath &path, const QVariant &value)

@@ -25,6 +25,7 @@ public:
 private Q_SLOTS:
     void on_client_availableChanged(bool available);
     void on_client_valueChanged(const CMPath &path, const QVariant &value);
+    void on_client_changesDropped(const CMPath &path);
     void on_connection_connected(bool hasSession);
     void on_timer_timeout();
     void on_displayTimer_timeout();

@@ -33,6 +33,15 @@ protected:
         const auto reply = client().call(path);
         ASSERT_TRUE(waitFor([&] { return reply.isFinished(); }, s_timeout));
     }
+
+    /// Does what a person does who does not want to be disturbed.
+    void quiet()
+    {
+        const auto reply = client().call(
+            TavoAttentionSetDoNotDisturbPath(),
+            TavoValue().setAttentionDoNotDisturb(TavoAttentionDoNotDisturb().setOn(true)));
+        ASSERT_TRUE(waitFor([&] { return reply.isFinished(); }, s_timeout));
+    }
 };
 
 TEST_F(DeviceAttentionTest, AChosenActionIsAnEvent)
@@ -56,10 +65,7 @@ TEST_F(DeviceAttentionTest, AnotherProgramsMessageIsNotTakenForACalls)
 
 TEST_F(DeviceAttentionTest, WhatIsKeptFromPeopleIsAnsweredWithTheReason)
 {
-    const auto quiet = client().call(
-        TavoAttentionSetDoNotDisturbPath(),
-        TavoValue().setAttentionDoNotDisturb(TavoAttentionDoNotDisturb().setOn(true)));
-    ASSERT_TRUE(waitFor([&] { return quiet.isFinished(); }, s_timeout));
+    quiet();
     ASSERT_TRUE(waitForMessage("tavo/v1/porch/state/quiet", R"("quiet":true)"));
     call(R"("id":"a","call":"notify","title":"Mail")");
     ASSERT_TRUE(waitForAnswer("kept from people"));
@@ -139,6 +145,16 @@ TEST_F(DeviceLeftOutTest, AMessageWhoseEndIsLeftOutHasFailed)
     closeMessage();
     m_device->sendSignal(SIGCONT);
     EXPECT_TRUE(waitForEvent(R"("end":"failed","id":"a")"));
+}
+
+TEST_F(DeviceLeftOutTest, AStateWhoseChangeIsLeftOutIsReadAgain)
+{
+    ASSERT_TRUE(waitForMessage("tavo/v1/porch/state/quiet", R"("quiet":false)"));
+    m_device->sendSignal(SIGSTOP);
+    flood();
+    quiet();
+    m_device->sendSignal(SIGCONT);
+    EXPECT_TRUE(waitForMessage("tavo/v1/porch/state/quiet", R"("quiet":true)"));
 }
 
 /// A host with the module attention, and no program that reads aloud.
