@@ -273,12 +273,20 @@ CMReply<QVector<TavoClientDescription>> TavoClient::describe(const QVector<CMPat
     };
     using Nodes = QVector<TavoClientDescription>;
     CMReply<Nodes> result;
+    // A bus may end the connection of who sends a call of megabytes.
+    constexpr int maxAtOnce = 200;
+    if (paths.size() > maxAtOnce) {
+        join(this, result, describe(paths.mid(0, maxAtOnce)),
+             [=] { return describe(paths.mid(maxAtOnce)); });
+        return result;
+    }
     m_bus->ask<Nodes>(BusInterface::model(), "Describe", writePaths, readDescriptions)
         .onFinished(this, [=](const CMReply<Nodes> &reply) {
             const CMError error = reply.error();
             if (!error.isError()) {
                 result.setValue(reply.value());
-            } else if (!TavoClientError::isTooLarge(error) || paths.isEmpty()) {
+            } else if (!TavoClientError::isTooLarge(error) || paths.isEmpty() ||
+                       (paths.size() == 1 && error.name() == TavoClientError::limitExceeded())) {
                 result.setError(error);
             } else if (paths.size() == 1) {
                 TavoClientDescription node;

@@ -29,7 +29,7 @@ TAVO_CLIENT_EXPORT QString notPermitted();
 /// The client has reached a limit of the host: of requests, open notifications, or a value's size.
 TAVO_CLIENT_EXPORT QString limitExceeded();
 
-/// Whether a request or its reply was too large: asking for less at once may succeed.
+/// Whether a request or its reply may have been too large: asking for less at once may succeed.
 TAVO_CLIENT_EXPORT bool isTooLarge(const CMError &error);
 
 } // namespace TavoClientError

@@ -343,7 +343,7 @@ void AttentionWorker::on_replace_activated(const CMSetDataRequest &request)
         request.reply().setError(error(TAVO_TR("There is no such notification")));
         return;
     }
-    // Modules send what gives way. Without a user, so do they, or it is the host's own.
+    // Only modules say that something gives way. A request without a user is a module's, or of the host's own user.
     if (!item.user.isEmpty() && !item.givesWay && item.user != m_items.userOf(item.id)) {
         request.reply().setError(error(TAVO_TR("The notification is another user's")));
         return;

@@ -21,10 +21,10 @@ class HistoryWriter;
 /// is written. While nothing is pending, no timer runs.
 ///
 /// If the file can't be written, the history goes on in memory and tries again every 30 s. Then, or
-/// if entries come faster than they can be written, up to 4 MiB wait; if more come, the oldest of
-/// those users are lost whose wait most. A damaged file is put aside, and a new one begun. Nothing is remembered if another
-/// process uses the file, or if it was made by a newer version or by another program; such a file
-/// stays as it is.
+/// if entries come faster than they can be written, up to 4 MiB wait; if more come, the user who has
+/// most waiting loses its oldest. A damaged file is put aside, and a new one begun. Nothing is
+/// remembered if another process uses the file, or if it was made by a newer version or by another
+/// program; such a file stays as it is.
 class History : public QObject
 {
     Q_OBJECT

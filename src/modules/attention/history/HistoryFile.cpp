@@ -19,7 +19,7 @@ constexpr int maxLeftOpen = 1000; // nobody can see more of them
 constexpr qint64 msPerDay = 86'400'000;
 
 // Of the table of owners.
-#define IS_WITHOUT_ENTRY                                                                           \
+#define DOES_NOT_COME_BACK                                                                           \
     "number NOT IN (SELECT number FROM kept) AND number NOT IN (SELECT number FROM entries "       \
     "INDEXED BY entries_open WHERE endTime = 0 AND flags & 2)"
 
@@ -75,7 +75,7 @@ struct HistoryFile::Statements
                                                                       "ORDER BY number"};
     SqliteStatement left{database, "SELECT 1 FROM entries INDEXED BY entries_open "
                                    "WHERE endTime = 0 AND NOT flags & 2 UNION ALL "
-                                   "SELECT 1 FROM owners WHERE " IS_WITHOUT_ENTRY " LIMIT 1"};
+                                   "SELECT 1 FROM owners WHERE " DOES_NOT_COME_BACK " LIMIT 1"};
     SqliteStatement missLeft{database, "UPDATE entries INDEXED BY entries_open "
                                        "SET endTime = ?, state = ?, flags = flags | ? "
                                        "WHERE endTime = 0 AND NOT flags & 2 AND state = ?"};
@@ -98,7 +98,7 @@ struct HistoryFile::Statements
     SqliteStatement endKept{database, "DELETE FROM kept WHERE number = ?"};
     SqliteStatement own{database, "INSERT OR REPLACE INTO owners VALUES(?, ?)"};
     SqliteStatement disown{database, "DELETE FROM owners WHERE number = ?"};
-    SqliteStatement disownLeft{database, "DELETE FROM owners WHERE " IS_WITHOUT_ENTRY};
+    SqliteStatement disownLeft{database, "DELETE FROM owners WHERE " DOES_NOT_COME_BACK};
     SqliteStatement remove{database, "DELETE FROM entries WHERE number <= ?"};
     SqliteStatement newest{database, SELECT_ENTRIES "entries "
                                                     "WHERE number < ? ORDER BY number DESC"};

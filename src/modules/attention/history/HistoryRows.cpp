@@ -57,6 +57,7 @@ HistoryPageReader::HistoryPageReader(const HistoryQuery &query, qint64 before, q
     , m_before(before - shift)
     , m_shift(shift)
     , m_limit(qBound(1, query.limit, HistoryQuery::maxLimit))
+    , m_maxBytes(maxBytesPerEntry * std::max(m_limit, HistoryQuery().limit))
 {
     m_elapsed.start();
 }
@@ -71,21 +72,18 @@ bool HistoryPageReader::read(SqliteRows &&rows)
                               QStringLiteral("its entries are in a wrong order"));
         }
         m_before = entry.number;
-        const int bytes = bytesOf(entry);
-        m_bytes += bytes;
-        const int maxBytes = maxBytesPerEntry * std::max(m_limit, HistoryQuery().limit);
+        // One of the conditions has selected the rows.
+        const bool isWanted = (m_query.source.isEmpty() || entry.source == m_query.source) &&
+                              (!m_query.onlyMissed || entry.isMissed());
+        m_bytes += isWanted ? bytesOf(entry) : 0;
         if (m_page.entries.size() == m_limit || isLate() ||
-            (m_bytes > maxBytes && !m_page.entries.isEmpty())) {
+            (m_bytes > m_maxBytes && !m_page.entries.isEmpty())) {
             m_page.next = entry.number + 1;
             return false;
         }
         m_hasRead = true;
-        // One of the conditions has selected the rows.
-        if ((m_query.source.isEmpty() || entry.source == m_query.source) &&
-            (!m_query.onlyMissed || entry.isMissed())) {
+        if (isWanted) {
             m_page.entries.append(entry);
-        } else {
-            m_bytes -= bytes;
         }
     }
     return true;

@@ -53,6 +53,7 @@ private:
     qint64 m_before; ///< the next entry's number must be lower
     const qint64 m_shift;
     const int m_limit;
+    const int m_maxBytes; ///< of the page
     QElapsedTimer m_elapsed;
     bool m_hasRead = false;
     int m_bytes = 0; ///< in the page

@@ -224,7 +224,9 @@ void ClientAttention::takeLeft(const std::string &id)
 
 void ClientAttention::on_attention_ended(const CMPath & /*path*/, const QVariant &value)
 {
-    m_notifications.erase(TavoValue(value.toHash()).attentionEnded().id().toStdString());
+    const QString id = TavoValue(value.toHash()).attentionEnded().id();
+    m_notifications.erase(id.toStdString());
+    m_sounds.cancelOfNotification(id);
 }
 
 void ClientAttention::on_attention_nodeChanged(const CMPath & /*path*/, bool published)

@@ -108,6 +108,12 @@ CMReply<QVariant> ClientSounds::enqueue(const std::string &client, const QVarian
         return CMRoot()->invoke(TavoNotificationPlayerEnqueuePath(), value, {});
     }
     const TavoNotificationPlayerItem requested = request.notificationPlayerItem();
+    if (isWaiting(requested.id())) {
+        // The player would refuse the one that waits when it comes back.
+        CMReply<QVariant> refused;
+        refused.setError(CMError(QStringLiteral("Dbus"), TAVO_TR("A sound with this id waits")));
+        return refused;
+    }
     // Without fields that the player does not know.
     TavoNotificationPlayerItem item = clean(requested);
     const auto file = checkAccess(item);
@@ -291,11 +297,13 @@ CMReply<QVariant> ClientSounds::cancel(const std::string &client, const QVariant
 CMReply<QVariant> ClientSounds::cancel(const QVariant &value)
 {
     const QString id = TavoValue(value.toHash()).string_();
-    bool isWithPlayer = true;
+    bool isKnown = false;
+    bool isWithPlayer = false;
     std::vector<CMPath> over;
     for (auto &[path, sound] : m_sounds) {
         if (sound.item.id() == id) {
-            isWithPlayer = isWithPlayer && sound.isSent && !sound.givesWay && !sound.isOnItsWay;
+            isKnown = true;
+            isWithPlayer = isWithPlayer || (sound.isSent && !sound.givesWay && !sound.isOnItsWay);
             const bool isToBeSent = !sound.isSent && !sound.notification.isEmpty();
             if (isToBeSent) {
                 tellWhetherAgain(sound.notification, false);
@@ -312,7 +320,7 @@ CMReply<QVariant> ClientSounds::cancel(const QVariant &value)
         respond(m_sounds.at(path).target, cancelledResponse(id));
         forget(path);
     }
-    if (!isWithPlayer) {
+    if (isKnown && !isWithPlayer) {
         CMReply<QVariant> done;
         done.setValue(QVariant());
         return done;
@@ -324,6 +332,30 @@ void ClientSounds::stopGivingWay(Sound &sound)
 {
     if (std::exchange(sound.givesWay, false)) {
         tellWhetherAgain(sound.notification, false);
+    }
+}
+
+bool ClientSounds::isWaiting(const QString &id) const
+{
+    return m_turns.isAnyWaiting() &&
+           std::any_of(m_sounds.begin(), m_sounds.end(), [&id](const auto &entry) {
+               return entry.second.givesWay && entry.second.item.id() == id;
+           });
+}
+
+void ClientSounds::cancelOfNotification(const QString &notification)
+{
+    if (!m_turns.isAnyWaiting()) {
+        return;
+    }
+    std::vector<QString> ids;
+    for (const auto &[path, sound] : m_sounds) {
+        if (sound.givesWay && sound.notification == notification) {
+            ids.push_back(sound.item.id());
+        }
+    }
+    for (const QString &id : ids) {
+        cancel(id);
     }
 }
 
@@ -459,7 +491,7 @@ void ClientSounds::on_sound_responded(const CMSetDataRequest &request)
     if (type == TavoNotificationPlayerResponseType::Started) {
         m_turns.start(request.path());
         isAgain = std::exchange(sound.hasStarted, true);
-        sound.isPlaying = true;
+        sound.isPlaying = !sound.givesWay; // it may have been on its way
     }
     if (!isAgain) {
         respond(sound.target, request.value());

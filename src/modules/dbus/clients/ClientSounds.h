@@ -65,6 +65,9 @@ public:
     CMReply<QVariant> cancel(const std::string &client, const QVariant &value);
     void cancel(const QString &id);
 
+    /// A notification has ended. The module for attention does not know its sounds that have given way.
+    void cancelOfNotification(const QString &notification);
+
     /// Passes on a client's request to play music, after those that wait. Throws
     /// BusError::accessDenied() as enqueue() does, and BusError::limitExceeded() when too many requests of the
     /// client wait.
@@ -119,6 +122,7 @@ private:
     void takeOutcome(const CMPath &path, const QVariant &outcome);
     void takeTurns(const CMPath &path, const Sound &sound);
 
+    bool isWaiting(const QString &id) const;
     void sendAgain(const CMPath &path, Sound &sound);
 
     /// The sound has been cancelled and will not play again.

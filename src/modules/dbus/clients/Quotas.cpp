@@ -492,7 +492,7 @@ void Quotas::forget(const std::string &client)
     m_accounts.erase(known);
     account->client.clear();
     if (account->user == &m_unknown) {
-        // It is as many users, and new clients of all others would come after it.
+        // These are clients of many users: the time of one that has left must not put the next ones last.
         for (std::size_t work = 0; work < account->times.size(); ++work) {
             m_unknown.times[work] -= account->times[work];
         }

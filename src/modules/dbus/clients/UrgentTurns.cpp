@@ -53,7 +53,7 @@ void UrgentTurns::add(const CMPath &sound, const Quotas::Charge &charge, std::ui
         m_waiting.erase(waiting);
     }
     m_sounds.emplace(sound, added);
-    takeWaiting();
+    takePresent();
     if (hasStarted) {
         start(sound);
     } else if (hasManyUsers && !comesBack && hasTooMany(sound)) {
@@ -140,28 +140,22 @@ void UrgentTurns::leavePlayer(const CMPath &sound)
         }
     }
     m_sounds.erase(found);
-    takeWaiting();
+    takePresent();
     m_returnTimer.start(0);
 }
 
-/// For the one that plays or, as long as none does, is the first to be opened.
-bool UrgentTurns::doOthersWait() const
+void UrgentTurns::takePresent()
 {
-    const Sound *first = nullptr;
+    std::set<Quotas::UserId> users;
+    m_playing.reset();
     for (const auto &[path, sound] : m_sounds) {
-        if (first == nullptr || sound.started ||
-            (!first->started && sound.number < first->number)) {
-            first = &sound;
+        users.insert(sound.charge->user());
+        if (sound.started) {
+            m_playing = sound.charge->user();
         }
     }
-    return std::any_of(m_sounds.begin(), m_sounds.end(), [first](const auto &entry) {
-        return entry.second.charge->user() != first->charge->user();
-    });
-}
-
-void UrgentTurns::takeWaiting()
-{
-    if (!doOthersWait()) {
+    m_users = users.size();
+    if (m_users < 2) {
         m_othersWaitSince.reset();
     } else if (!m_othersWaitSince) {
         m_othersWaitSince = Clock::now();
@@ -300,19 +294,6 @@ bool UrgentTurns::hasWaitedLong(const Sound &sound) const
 UrgentTurns::Seconds UrgentTurns::margin() const
 {
     return std::clamp<Seconds>(maxOfAll / double(m_users) - change, minMargin, maxMargin);
-}
-
-void UrgentTurns::takePresent()
-{
-    std::set<Quotas::UserId> users;
-    m_playing.reset();
-    for (const auto &[path, sound] : m_sounds) {
-        users.insert(sound.charge->user());
-        if (sound.started) {
-            m_playing = sound.charge->user();
-        }
-    }
-    m_users = users.size();
 }
 
 std::vector<CMPath> UrgentTurns::thoseBefore(const Sound &next, const Users &played) const

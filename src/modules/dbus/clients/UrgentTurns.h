@@ -61,6 +61,9 @@ public:
     /// To be called when a client's user has become known.
     void takeUsers();
 
+    /// Whether some that have given way have not come back.
+    bool isAnyWaiting() const { return !m_waiting.empty(); }
+
 Q_SIGNALS:
     /// The sound must be taken from the player until it comes back.
     void gaveWay(const CMPath &sound);
@@ -124,8 +127,6 @@ private:
     void giveWay(const CMPath &sound);
     void leavePlayer(const CMPath &sound);
     bool hasTooMany(const CMPath &sound) const;
-    bool doOthersWait() const;
-    void takeWaiting();
     Users playedNow() const;
     const Sound *nextInTurn(const Users &played) const;
     bool hasWaitedLong(const Sound &sound) const;
@@ -138,7 +139,8 @@ private:
     /// Those of m_waiting that have not come back, in the order in which they do. None is empty.
     std::map<Quotas::UserId, std::map<Place, CMPath>> m_places;
     std::map<Quotas::UserId, RecentTimes> m_played; ///< without what plays now
-    std::optional<Clock::time_point> m_othersWaitSince;
+    std::optional<Clock::time_point>
+        m_othersWaitSince;                   ///< while several users have sounds with the player
     std::size_t m_users = 0;                 ///< that have sounds with the player
     std::optional<Quotas::UserId> m_playing; ///< whose sound plays
     std::uint64_t m_lastNumber = 0;
