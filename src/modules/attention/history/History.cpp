@@ -3,11 +3,10 @@
 
 #include "History.h"
 
+#include "base/StateFolder.h"
 #include "core/base/connect.h"
 #include "HistoryQueue.h"
 #include "HistoryWriter.h"
-
-#include <QDir>
 
 namespace {
 /// Never cuts a character in two.
@@ -105,15 +104,7 @@ void History::page(const HistoryQuery &query, PageReceiver receiver)
 
 QString History::defaultFile()
 {
-    const QString service = qEnvironmentVariable("STATE_DIRECTORY").section(QLatin1Char(':'), 0, 0);
-    if (!service.isEmpty()) {
-        return service + QLatin1String("/history.db");
-    }
-    QString state = qEnvironmentVariable("XDG_STATE_HOME");
-    if (!state.startsWith(QLatin1Char('/'))) {
-        state = QDir::homePath() + QLatin1String("/.local/state");
-    }
-    return state + QLatin1String("/tavo/history.db");
+    return stateFolder() + QLatin1String("/history.db");
 }
 
 void History::on_writer_missedChanged(int missed)

@@ -63,8 +63,7 @@ public:
     /// How many entries nobody has seen; 0 until the file has been opened. See missedChanged().
     int missed() const { return m_missed; }
 
-    /// $STATE_DIRECTORY/history.db for a service of the system, else tavo/history.db in
-    /// $XDG_STATE_HOME or ~/.local/state.
+    /// In stateFolder().
     static QString defaultFile();
 
 Q_SIGNALS:

@@ -4,6 +4,7 @@
 #include "SoundAccess.h"
 
 #include "base/SoundLocation.h"
+#include "base/StateFolder.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -38,15 +39,22 @@ bool isAt(const QUrl &url, const QUrl &server)
     const int defaultPort = url.scheme() == QLatin1String("https") ? 443 : 80;
     return url.host() == server.host() && url.port(defaultPort) == server.port(defaultPort);
 }
+
+/// A folder that does not exist may be made later.
+QString withoutLinks(const QString &folder)
+{
+    const QString canonical = QFileInfo(folder).canonicalFilePath();
+    return canonical.isEmpty() ? QDir::cleanPath(folder) : canonical;
+}
 } // namespace
 
 SoundAccess::SoundAccess(QStringList schemes, const QStringList &folders, QVector<QUrl> servers)
     : m_schemes(std::move(schemes))
     , m_servers(std::move(servers))
+    , m_ownFolder(withoutLinks(stateFolder()))
 {
     for (const QString &folder : folders) {
-        const QString canonical = QFileInfo(folder).canonicalFilePath();
-        m_folders.append(canonical.isEmpty() ? QDir::cleanPath(folder) : canonical);
+        m_folders.append(withoutLinks(folder));
     }
 }
 
@@ -92,6 +100,7 @@ Result<AllowedSound> SoundAccess::checkPath(const QString &location, const QStri
     }
     const QString canonical = QFileInfo(path).canonicalFilePath();
     const bool isAllowed =
+        !isBelow(canonical, m_ownFolder) &&
         std::any_of(m_folders.begin(), m_folders.end(),
                     [&](const QString &folder) { return isBelow(canonical, folder); });
     // If a folder becomes a link between these two lines, the path can't be opened any more.

@@ -44,4 +44,6 @@ private:
     QStringList m_schemes;
     QStringList m_folders; ///< without links
     QVector<QUrl> m_servers;
+    /// Whoever closes a file takes all locks of the process from it, so nobody may open a database of ours.
+    QString m_ownFolder;
 };

@@ -90,6 +90,15 @@ TEST_F(SoundAccessTest, RefusesFilesElsewhere)
     EXPECT_EQ(played("file://"_s + path("allowed/%2E%2E/secret/sound.wav"_s)), QString());
 }
 
+TEST_F(SoundAccessTest, RefusesTheFilesOfTheHost)
+{
+    const QByteArray before = qgetenv("STATE_DIRECTORY");
+    ASSERT_TRUE(qputenv("STATE_DIRECTORY", QFile::encodeName(path("allowed/below"_s))));
+    EXPECT_EQ(played(path("allowed/below/deep.wav"_s)), QString());
+    EXPECT_EQ(played(path("allowed/sound.wav"_s)), path("allowed/sound.wav"_s));
+    before.isNull() ? qunsetenv("STATE_DIRECTORY") : qputenv("STATE_DIRECTORY", before);
+}
+
 TEST_F(SoundAccessTest, RefusesLongUris)
 {
     const SoundAccess access{{"http"_s}, {}, {QUrl("http://host/"_s)}};
