@@ -420,6 +420,33 @@ TEST_F(DbusUrgentTurnsTest, SoundsOfOneUserKeepTheirOrderHoweverLongTheyAre)
     EXPECT_THAT(events, ElementsAre("long at 3", "next at 3"));
 }
 
+TEST_F(DbusUrgentTurnsTest, AStartThatWasUnderWayWhenTheSoundGaveWayDoesNotCount)
+{
+    respondsToCancels = false;
+    enqueue(*first, "endless"_s);
+    respond("endless"_s, ResponseType::Started);
+    for (const QString &id : {"1"_s, "2"_s, "3"_s}) {
+        events.clear();
+        enqueue(*second, id);
+        ASSERT_TRUE(happens("endless cancelled"));
+        respond("endless"_s, ResponseType::Started);
+        respond("endless"_s, ResponseType::Cancelled);
+        ASSERT_TRUE(happens("endless at 3"));
+        respond(id, ResponseType::Finished);
+    }
+}
+
+TEST_F(DbusUrgentTurnsTest, TheIdOfASoundThatWaitsForItsTurnIsTaken)
+{
+    enqueue(*first, "1"_s);
+    enqueue(*first, "2"_s);
+    respond("1"_s, ResponseType::Started);
+    enqueue(*second, "alarm"_s);
+    ASSERT_TRUE(happens("1 cancelled"));
+    EXPECT_FALSE(send(*second, itemOf("1"_s)).succeeds());
+    EXPECT_TRUE(send(*second, itemOf("3"_s)).succeeds());
+}
+
 TEST_F(DbusUrgentTurnsTest, WhoHasPlayedWhileNobodyWaitedIsNotBehindOthers)
 {
     enqueue(*second, "long"_s);
