@@ -333,7 +333,7 @@ Quotas::Item *Quotas::findVictim(const Account &asking, Kind kind, std::size_t a
             most = weight;
         }
         const bool isLess = std::get<int>(item->key) < TavoNotificationItemPriority::Urgent;
-        if (isLess && weight > mostLessUrgent) {
+        if (isLess && account.user == asking.user && weight > mostLessUrgent) {
             lessUrgent = item;
             mostLessUrgent = weight;
         }

@@ -33,7 +33,7 @@
 /// - Then charges are taken from the client that holds most, if this is more than the asking client
 ///   would hold.
 /// - If that makes no room for something urgent, something that is not urgent is taken from
-///   anybody.
+///   the same user.
 /// From one client, the least urgent is taken first, and the oldest of these.
 class Quotas
 {

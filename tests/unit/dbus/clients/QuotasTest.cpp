@@ -277,6 +277,20 @@ TEST_F(QuotasRoomTest, IsMadeForSomethingUrgentByWhatIsNot)
     EXPECT_EQ(held(":1.2"), 90U);
 }
 
+TEST_F(QuotasRoomTest, IsNotMadeByAUserThatHoldsLittleForUrgentThingsOfOneThatHoldsMuch)
+{
+    take(":1.1", 10);
+    quotas.setUser(":1.1", 1000);
+    take(":2.1", 1);
+    quotas.setUser(":2.1", 1001);
+    for (int i = 0; i < 89; ++i) {
+        EXPECT_TRUE(take(":2.1", Priority::Urgent));
+    }
+    EXPECT_TRUE(take(":2.1", Priority::Urgent));
+    EXPECT_FALSE(take(":2.1", Priority::Urgent));
+    EXPECT_EQ(held(":1.1"), 10U);
+}
+
 TEST_F(QuotasRoomTest, IsMadeByTheLessUrgentFirstThenByTheOlder)
 {
     EXPECT_TRUE(take(":1.1", Priority::Urgent));
