@@ -19,7 +19,7 @@ constexpr int maxLeftOpen = 1000; // nobody can see more of them
 constexpr qint64 msPerDay = 86'400'000;
 
 // Of the table of owners.
-#define DOES_NOT_COME_BACK                                                                           \
+#define DOES_NOT_COME_BACK                                                                         \
     "number NOT IN (SELECT number FROM kept) AND number NOT IN (SELECT number FROM entries "       \
     "INDEXED BY entries_open WHERE endTime = 0 AND flags & 2)"
 
