@@ -12,6 +12,16 @@ protected:
         DeviceTest::SetUp();
         startHost();
     }
+
+    /// The device is killed while it shows a message.
+    void showAndKill()
+    {
+        startDevice();
+        call(R"("id":"a","call":"show","title":"Water","timeout":0)");
+        ASSERT_TRUE(waitForAnswer(R"("id":"a","shown":true)"));
+        m_device->kill();
+        ASSERT_TRUE(waitForMessage("tavo/v1/porch/online", "0"));
+    }
 };
 
 TEST_F(DeviceCallTest, AShownMessageIsAnsweredOnceAndItsEndIsAnEvent)
@@ -53,11 +63,7 @@ TEST_F(DeviceCallTest, CallsThatArriveTogetherAreCarriedOutOnce)
 
 TEST_F(DeviceCallTest, ACallIsNotCarriedOutAgainAfterTheDeviceHasBeenKilled)
 {
-    startDevice();
-    call(R"("id":"a","call":"show","title":"Water","timeout":0)");
-    ASSERT_TRUE(waitForAnswer(R"("id":"a","shown":true)"));
-    m_device->kill();
-    ASSERT_TRUE(waitForMessage("tavo/v1/porch/online", "0"));
+    ASSERT_NO_FATAL_FAILURE(showAndKill());
     startDevice();
     call(R"("id":"a","call":"show","title":"Water","timeout":0)");
     ASSERT_TRUE(waitForAnswer(R"("id":"a","shown":true)"));
@@ -91,11 +97,7 @@ TEST_F(DeviceCallTest, AMessageIsFoundAgainHoweverManyOthersAreOpen)
 
 TEST_F(DeviceCallTest, AMessageThatEndedWhileTheDeviceWasAwayHasFailed)
 {
-    startDevice();
-    call(R"("id":"a","call":"show","title":"Water","timeout":0)");
-    ASSERT_TRUE(waitForAnswer(R"("id":"a","shown":true)"));
-    m_device->kill();
-    ASSERT_TRUE(waitForMessage("tavo/v1/porch/online", "0"));
+    ASSERT_NO_FATAL_FAILURE(showAndKill());
     closeMessage();
     startDevice();
     EXPECT_TRUE(waitForEvent(R"("end":"failed","id":"a")"));

@@ -28,10 +28,10 @@ constexpr qint64 msPerDay = 86'400'000;
 
 // The newest row of each user, then the second of each, and so on. So the many rows of one push out none of
 // another's few.
-#define IN_TURN(rows)                                                                              \
+#define IN_TURN(rows, limit)                                                                       \
     "(SELECT open.*, coalesce(owners.user, '') AS user, ROW_NUMBER() OVER "                        \
     "(PARTITION BY owners.user ORDER BY number DESC) AS turn FROM (" rows ") AS open "             \
-    "LEFT JOIN owners USING(number) ORDER BY turn, number DESC"
+    "LEFT JOIN owners USING(number) ORDER BY turn, number DESC LIMIT " limit ")"
 
 #define ENTRY_VALUES "VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"
 
@@ -68,11 +68,10 @@ struct HistoryFile::Statements
         database, "UPDATE entries SET state = ?, action = ?, endTime = ? WHERE number = ?"};
     SqliteStatement see{database, "UPDATE entries INDEXED BY entries_missed SET state = ? "
                                   "WHERE state IN (5, 6) AND number <= ? AND number >= ?"};
-    SqliteStatement leftOpen{
-        database, "SELECT " SELECTED_OF_ENTRIES ", user FROM " IN_TURN(
-                      "SELECT * FROM kept UNION ALL " SELECT_OPEN_MUST_SEE
-                      " AND number NOT IN (SELECT number FROM kept)") " LIMIT ?) AS entries "
-                                                                      "ORDER BY number"};
+    SqliteStatement leftOpen{database, "SELECT " SELECTED_OF_ENTRIES ", user FROM " IN_TURN(
+                                           "SELECT * FROM kept UNION ALL " SELECT_OPEN_MUST_SEE
+                                           " AND number NOT IN (SELECT number FROM kept)",
+                                           "?") " AS entries ORDER BY number"};
     SqliteStatement left{database, "SELECT 1 FROM entries INDEXED BY entries_open "
                                    "WHERE endTime = 0 AND NOT flags & 2 UNION ALL "
                                    "SELECT 1 FROM owners WHERE " DOES_NOT_COME_BACK " LIMIT 1"};
@@ -94,7 +93,7 @@ struct HistoryFile::Statements
     SqliteStatement insertKept{database, "INSERT OR REPLACE INTO kept " ENTRY_VALUES};
     SqliteStatement forgetKept{database,
                                "DELETE FROM kept WHERE number IN (SELECT number FROM " IN_TURN(
-                                   "SELECT number FROM kept") " LIMIT -1 OFFSET ?))"};
+                                   "SELECT number FROM kept", "-1 OFFSET ?") ")"};
     SqliteStatement endKept{database, "DELETE FROM kept WHERE number = ?"};
     SqliteStatement own{database, "INSERT OR REPLACE INTO owners VALUES(?, ?)"};
     SqliteStatement disown{database, "DELETE FROM owners WHERE number = ?"};

@@ -345,17 +345,25 @@ bool ClientSounds::isWaiting(const QString &id) const
 
 void ClientSounds::cancelOfNotification(const QString &notification)
 {
-    if (!m_turns.isAnyWaiting()) {
-        return;
+    if (m_turns.isAnyWaiting()) {
+        cancelEach([&notification](const Sound &sound) {
+            return sound.givesWay && sound.notification == notification;
+        });
     }
-    std::vector<QString> ids;
+}
+
+template <typename Predicate>
+void ClientSounds::cancelEach(const Predicate &isMeant)
+{
+    std::vector<std::pair<Quotas::UserId, QString>>
+        meant; // A sound that waits is forgotten at once.
     for (const auto &[path, sound] : m_sounds) {
-        if (sound.givesWay && sound.notification == notification) {
-            ids.push_back(sound.item.id());
+        if (isMeant(sound)) {
+            meant.emplace_back(sound.charge.user(), sound.item.id());
         }
     }
-    for (const QString &id : ids) {
-        cancel(id);
+    for (const auto &[user, id] : meant) {
+        cancelInTurn(user, cancelOf(id));
     }
 }
 
@@ -509,16 +517,9 @@ void ClientSounds::on_clients_left(const std::string &client)
     if (m_clients.quotas().held(client, Quotas::Sounds) == 0) {
         return;
     }
-    std::vector<QString> ids;
-    for (const auto &[path, sound] : m_sounds) {
-        if (sound.charge.client() == client && endsWithItsClient(sound.item)) {
-            ids.push_back(sound.item.id());
-        }
-    }
-    const auto user = m_clients.quotas().userOf(client);
-    for (const QString &id : ids) {
-        cancelInTurn(user, cancelOf(id));
-    }
+    cancelEach([&client](const Sound &sound) {
+        return sound.charge.client() == client && endsWithItsClient(sound.item);
+    });
 }
 
 void ClientSounds::on_clients_userKnown()

@@ -117,6 +117,8 @@ private:
                  std::size_t bytes, const std::optional<OpenedSound> &file);
     CMReply<QVariant> sendInTurn(const CMPath &path);
     CMReply<QVariant> sendToPlayer(const CMPath &path, Sound &sound);
+    template <typename Predicate>
+    void cancelEach(const Predicate &isMeant);
     CMReply<QVariant> cancelInTurn(Quotas::UserId user, const QVariant &value);
     CMReply<QVariant> cancel(const QVariant &value);
     void takeOutcome(const CMPath &path, const QVariant &outcome);

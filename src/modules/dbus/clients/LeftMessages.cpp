@@ -22,11 +22,9 @@ LeftMessages::LeftMessages()
     tavoConnect(&m_turnTimer, &QTimer::timeout, this, &LeftMessages::on_turnTimer_timeout);
 }
 
-LeftMessages::Place::~Place()
+void LeftMessages::Leave::operator()(LeftMessages *messages) const
 {
-    if (m_messages != nullptr) {
-        m_messages->m_messages.erase(m_key);
-    }
+    messages->m_messages.erase(key);
 }
 
 bool LeftMessages::givesWay(Priority priority, int timeoutMs)
@@ -42,9 +40,9 @@ LeftMessages::Priority LeftMessages::below(Priority priority)
 
 LeftMessages::Place LeftMessages::add(Priority priority, GiveWay giveWay)
 {
-    const Place::Key key{priority, ++m_lastNumber};
+    const Leave::Key key{priority, ++m_lastNumber};
     m_messages.emplace(key, std::move(giveWay));
-    return {this, key};
+    return {this, Leave{key}};
 }
 
 void LeftMessages::makeWay(Priority priority)
@@ -61,7 +59,7 @@ void LeftMessages::on_turnTimer_timeout()
     for (int given = 0; given < maxPerTurn && !m_giving.empty(); ++given) {
         const auto giving = m_giving.begin();
         const auto message = m_messages.lower_bound({giving->first, 0});
-        if (message == m_messages.end() || message->first > Place::Key(*giving)) {
+        if (message == m_messages.end() || message->first > Leave::Key(*giving)) {
             m_giving.erase(giving);
             continue;
         }

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <utility>
 
 /// The urgent messages that clients have left behind and that would stay on display for long. Each gives
@@ -29,36 +30,15 @@ public:
     using Priority = TavoNotificationItemPriority::Enum;
     using GiveWay = std::function<void()>;
 
-    /// A message that has been left behind, until it is destroyed. Must not outlive the messages.
-    class Place
+    struct Leave
     {
-    public:
-        Place() = default;
-        Place(Place &&other) noexcept
-            : m_messages(std::exchange(other.m_messages, nullptr))
-            , m_key(std::move(other.m_key))
-        {
-        }
-        Place &operator=(Place other) noexcept
-        {
-            std::swap(m_messages, other.m_messages);
-            std::swap(m_key, other.m_key);
-            return *this;
-        }
-        ~Place();
-
-    private:
-        friend class LeftMessages;
         using Key = std::pair<int, std::uint64_t>; ///< priority and number
-        Place(LeftMessages *messages, const Key &key)
-            : m_messages(messages)
-            , m_key(key)
-        {
-        }
-
-        LeftMessages *m_messages = nullptr;
-        Key m_key;
+        void operator()(LeftMessages *messages) const;
+        Key key;
     };
+
+    /// A message that has been left behind, until it is destroyed. Must not outlive the messages.
+    using Place = std::unique_ptr<LeftMessages, Leave>;
 
     /// Whether such a message gives way once its client has left.
     static bool givesWay(Priority priority, int timeoutMs);
@@ -76,7 +56,7 @@ private Q_SLOTS:
     void on_turnTimer_timeout();
 
 private:
-    std::map<Place::Key, GiveWay> m_messages;
+    std::map<Leave::Key, GiveWay> m_messages;
     std::map<int, std::uint64_t> m_giving; ///< the last number that gives way, by priority
     QTimer m_turnTimer;
     std::uint64_t m_lastNumber = 0;

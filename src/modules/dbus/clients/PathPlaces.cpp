@@ -5,10 +5,10 @@
 
 #include "Refusals.h"
 
-PathPlaces::Place::~Place()
+void PathPlaces::Leave::operator()(PathPlaces *places) const
 {
-    if (m_places != nullptr && --m_count->second == 0) {
-        m_places->m_counts.erase(m_count);
+    if (--count->second == 0) {
+        places->m_counts.erase(count);
     }
 }
 
@@ -22,5 +22,5 @@ PathPlaces::Place PathPlaces::take(Quotas::UserId user, const CMPath &path)
         throw Refusals::userHoldsTooMuch(maxPerPath, "messages that refer to the same node");
     }
     ++count->second;
-    return {this, count};
+    return {this, Leave{count}};
 }

@@ -7,6 +7,7 @@
 #include <core/tavo.h>
 
 #include <map>
+#include <memory>
 #include <utility>
 
 /// How many messages of each user refer to a node, by its path. The display closes all messages with one path
@@ -20,35 +21,14 @@ class PathPlaces
 public:
     static constexpr int maxPerPath = 16;
 
-    /// A message that refers to a node, until it is destroyed. Must not outlive the places.
-    class Place
+    struct Leave
     {
-    public:
-        Place() = default;
-        Place(Place &&other) noexcept
-            : m_places(std::exchange(other.m_places, nullptr))
-            , m_count(other.m_count)
-        {
-        }
-        Place &operator=(Place other) noexcept
-        {
-            std::swap(m_places, other.m_places);
-            std::swap(m_count, other.m_count);
-            return *this;
-        }
-        ~Place();
-
-    private:
-        friend class PathPlaces;
-        Place(PathPlaces *places, Counts::iterator count)
-            : m_places(places)
-            , m_count(count)
-        {
-        }
-
-        PathPlaces *m_places = nullptr;
-        Counts::iterator m_count;
+        void operator()(PathPlaces *places) const;
+        Counts::iterator count;
     };
+
+    /// A message that refers to a node, until it is destroyed. Must not outlive the places.
+    using Place = std::unique_ptr<PathPlaces, Leave>;
 
     /// An empty path takes no place. Throws BusError::limitExceeded() when the user has too many.
     Place take(Quotas::UserId user, const CMPath &path);

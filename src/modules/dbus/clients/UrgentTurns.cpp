@@ -198,10 +198,7 @@ void UrgentTurns::on_returnTimer_timeout()
     }
     // The next one in turn first, so that no other has to give way to it.
     const Users played = playedNow();
-    const auto time = [&](const CMPath &sound) {
-        const auto found = played.find(m_waiting.at(sound).user);
-        return found == played.end() ? Time() : found->second;
-    };
+    const auto time = [&](const CMPath &sound) { return timeOf(played, m_waiting.at(sound).user); };
     std::stable_sort(
         returning.begin(), returning.end(),
         [&time](const CMPath &one, const CMPath &other) { return time(one) < time(other); });
@@ -260,6 +257,12 @@ UrgentTurns::Users UrgentTurns::playedNow() const
     return users;
 }
 
+UrgentTurns::Time UrgentTurns::timeOf(const Users &played, Quotas::UserId user)
+{
+    const auto found = played.find(user);
+    return found == played.end() ? Time() : found->second;
+}
+
 const UrgentTurns::Sound *UrgentTurns::nextInTurn(const Users &played) const
 {
     const Sound *next = nullptr;
@@ -268,8 +271,7 @@ const UrgentTurns::Sound *UrgentTurns::nextInTurn(const Users &played) const
         if (sound.started) {
             continue;
         }
-        const auto time = played.find(sound.charge->user());
-        const std::tuple turn(!hasWaitedLong(sound), time == played.end() ? Time() : time->second,
+        const std::tuple turn(!hasWaitedLong(sound), timeOf(played, sound.charge->user()),
                               sound.hasPlayed, sound.number);
         if (next == nullptr || turn < least) {
             next = &sound;
@@ -298,9 +300,8 @@ UrgentTurns::Seconds UrgentTurns::margin() const
 
 std::vector<CMPath> UrgentTurns::thoseBefore(const Sound &next, const Users &played) const
 {
-    const auto time = [&](const Sound &sound) {
-        const auto found = played.find(sound.charge->user());
-        return found == played.end() ? Time() : found->second;
+    const auto time = [&played](const Sound &sound) {
+        return timeOf(played, sound.charge->user());
     };
     const Time least = time(next);
     const Seconds turn = margin();

@@ -128,6 +128,7 @@ private:
     void leavePlayer(const CMPath &sound);
     bool hasTooMany(const CMPath &sound) const;
     Users playedNow() const;
+    static Time timeOf(const Users &played, Quotas::UserId user);
     const Sound *nextInTurn(const Users &played) const;
     bool hasWaitedLong(const Sound &sound) const;
     Seconds margin() const;
