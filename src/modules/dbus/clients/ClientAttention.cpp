@@ -111,6 +111,11 @@ CMReply<QVariant> ClientAttention::replace(const std::string &client, const QVar
     if (isKnown && !m_clients.isOfUser(client, notification->second.charge.user())) {
         throw Refusals::notificationOfAnother();
     }
+    if (isKnown && notification->second.charge.isGivenUp()) {
+        CMReply<QVariant> reply; // It is being closed, and counts no longer.
+        reply.setError({QStringLiteral("Attention"), TAVO_TR("There is no such notification")});
+        return reply;
+    }
     if (isKnown) {
         item.setPath(notification->second.item.path()); // The module goes on to show that node.
     }

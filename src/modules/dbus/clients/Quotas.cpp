@@ -122,6 +122,11 @@ Quotas::UserId Quotas::Charge::user() const
     return m_item ? m_item->account->user->id : std::nullopt;
 }
 
+bool Quotas::Charge::isGivenUp() const
+{
+    return m_item && m_item->amounts == Amounts{};
+}
+
 Quotas::Quotas(const ClientLimits &limits)
 {
     setLimits(limits);
@@ -215,6 +220,7 @@ Quotas::Charge Quotas::charge(const std::string &client, const Cost &cost, Relea
 
 void Quotas::change(Charge &charge, std::size_t storedBytes, Priority priority)
 {
+    Q_ASSERT(!charge.isGivenUp());
     Item &item = *charge.m_item;
     const std::shared_ptr<Account> account = item.account;
     const std::size_t before = item.amounts[StoredBytes];

@@ -88,6 +88,9 @@ public:
         /// Whose it is, also after the client has left. Nothing until the bus has told.
         UserId user() const;
 
+        /// Whether it no longer counts, because another client needed the room.
+        bool isGivenUp() const;
+
     private:
         friend class Quotas;
         explicit Charge(std::unique_ptr<Item> item);
@@ -118,7 +121,7 @@ public:
     Charge charge(const std::string &client, const Cost &cost, Release release = {},
                   Left left = {});
 
-    /// Changes the stored bytes and the priority of a charge. Throws BusError::limitExceeded() as
+    /// Changes the stored bytes and the priority of a charge that counts. Throws BusError::limitExceeded() as
     /// charge() does, and then changes nothing.
     void change(Charge &charge, std::size_t storedBytes, Priority priority);
 

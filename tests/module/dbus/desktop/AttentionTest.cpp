@@ -495,10 +495,11 @@ TEST_F(InhibitionTest, EndsWithTheModuleForTheBus)
 class ClientAttentionTest : public DesktopAttentionTest
 {
 protected:
-    explicit ClientAttentionTest(int maxOpen = 2)
+    explicit ClientAttentionTest(int maxOpen = 2, int maxTotal = 1000)
         : DesktopAttentionTest(
               {{"sounds"_s, QVariantHash{{"folders"_s, QVariantList{QDir::tempPath()}}}},
                {"limits"_s, QVariantHash{{"openNotifications"_s, maxOpen},
+                                         {"totalOpenNotifications"_s, maxTotal},
                                          {"sounds"_s, 1},
                                          {"storedBytes"_s, 1 << 20}}}})
     {
@@ -761,6 +762,34 @@ TEST_F(ManyClientAttentionTest, CountTheNodesOfTheirActions)
         ++opened;
     }
     EXPECT_THAT(opened, testing::AllOf(testing::Gt(5), testing::Lt(15)));
+}
+
+class TotalClientAttentionTest : public ClientAttentionTest
+{
+protected:
+    TotalClientAttentionTest()
+        : ClientAttentionTest(3, 2)
+    {
+    }
+};
+
+TEST_F(TotalClientAttentionTest, AreNotReplacedOnceTheyHaveMadeRoomForOthers)
+{
+    unloadAttention();
+    services().take(TavoAttentionNotifyPath(),
+                    [](const CMSetDataRequest &request) { request.reply().setValue({}); });
+    bool isClosed = false;
+    services().take(TavoAttentionClosePath(),
+                    [&isClosed](const CMSetDataRequest & /*request*/) { isClosed = true; });
+    ASSERT_TRUE(request(message("1"_s)).succeeds());
+    ASSERT_TRUE(request(message("2"_s)).succeeds());
+    ASSERT_TRUE(
+        request(message("3"_s).setPriority(TavoNotificationItemPriority::Urgent)).succeeds());
+    ASSERT_TRUE(waitFor([&isClosed] { return isClosed; }));
+    const BusCall replaced =
+        send(TavoAttentionReplacePath(), TavoValue().setAttentionItem(message("1"_s)));
+    EXPECT_EQ(replaced.errorName(), "org.tavo.Error.Attention");
+    EXPECT_EQ(replaced.errorMessage(), "There is no such notification");
 }
 
 TEST_F(ClientAttentionTest, AreTheHostsOwnUserOnTheBusOfASession)
