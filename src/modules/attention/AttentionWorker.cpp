@@ -318,7 +318,7 @@ TrString AttentionWorker::refusal(const AttentionItem &item) const
     if (isEmpty(item)) {
         return TAVO_TR("There is nothing to show or to play");
     }
-    if (m_items.isOpen(item.id)) {
+    if (m_items.isOpen(item.id) || m_items.isOnDisplay(item.id)) {
         return TAVO_TR("A notification with this id is open");
     }
     if (m_items.count() >= maxOpen || m_items.countLike(item) >= maxOpenOfSource) {

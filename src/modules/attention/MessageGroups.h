@@ -55,6 +55,9 @@ public:
     /// The display has reported an end, of a group or of something else.
     void displayEnded(const TavoNotificationDisplayEnded &ended);
 
+    /// Whether this is the id of a request to show a group.
+    bool isRequest(const QString &id) const { return m_requests.contains(id); }
+
     /// Nothing is displayed any more.
     void displayGone();
 

@@ -531,11 +531,13 @@ void OpenItems::requestDisplay(Entry &entry)
     // A requester with a node of its own knows the display's reports by its own id, to which a number is
     // added when it is displayed again. No other request has the others, not even one that this module
     // made before it was loaded again.
-    ++entry.requests;
-    entry.request = entry.node ? tavoGenerateUuid()
-                    : entry.requests == 1
-                        ? entry.item.id
-                        : entry.item.id + QLatin1Char('/') + QString::number(entry.requests);
+    do {
+        ++entry.requests;
+        entry.request = entry.node ? tavoGenerateUuid()
+                        : entry.requests == 1
+                            ? entry.item.id
+                            : entry.item.id + QLatin1Char('/') + QString::number(entry.requests);
+    } while (entry.request != entry.item.id && isOpen(entry.request));
     if (entry.request != entry.item.id) {
         m_requests.insert(entry.request, entry.item.id);
     }
@@ -701,23 +703,26 @@ CMReply<QVariant> OpenItems::startSound(Entry &entry, TavoNotificationPlayerItem
     if (target.isEmpty() && !entry.item.user.isEmpty()) {
         sound.setPriority(std::min(sound.priority(), TavoNotificationItemPriority::High));
     }
+    // The player keeps a paused sound of each priority.
+    sound.setPriority(std::max(sound.priority(), TavoNotificationItemPriority::Low));
     sound.setPlaybackResponsePath(m_responsePath);
     if (entry.decision.treatment.attenuation) {
         sound.setAttenuation(*entry.decision.treatment.attenuation);
     }
-    entry.sounds.insert(id);
-    m_sounds.insert(id, {entry.item.id, target, speech});
+    const int number = ++m_lastSound;
+    entry.sounds.insert(number, id);
+    m_sounds[id].append({number, entry.item.id, target, speech});
     CMReply<QVariant> reply = CMRoot()->invoke(TavoNotificationPlayerEnqueuePath(),
                                                TavoValue().setNotificationPlayerItem(sound), {});
     reply.addWatcher(
         this,
-        [this, id](const CMVoidReply &answer) {
+        [this, id, number](const CMVoidReply &answer) {
             // A refused request gets no response.
             if (answer.error().isError()) {
                 LOG4CPLUS_WARN(logger, "Sound " << id << " is not played: "
                                                 << answer.error().message().toString());
                 const Entrance::Hold held = m_entrance.hold();
-                soundEnded(id);
+                soundEnded(id, number);
             }
         },
         Qt::QueuedConnection);
@@ -728,17 +733,18 @@ void OpenItems::on_sound_responded(const CMSetDataRequest &request)
 {
     request.reply().setValue(QVariant());
     const auto response = TavoValue(request.value().toHash()).notificationPlayerResponse();
-    const auto sound = m_sounds.find(response.id());
-    if (sound == m_sounds.end()) {
+    const auto sounds = m_sounds.constFind(response.id());
+    if (sounds == m_sounds.constEnd()) {
         return;
     }
-    if (!sound->target.isEmpty()) {
-        CMRoot()->invoke(sound->target, request.value(), {});
+    const Sound &sound = sounds->first();
+    if (!sound.target.isEmpty()) {
+        CMRoot()->invoke(sound.target, request.value(), {});
     }
     if (!isEnd(response.type())) {
         return;
     }
-    const auto entry = m_entries.find(sound->notification);
+    const auto entry = m_entries.find(sound.notification);
     if (entry != m_entries.end() && entry->end == TavoAttentionEnd::Unknown && !entry->isShown() &&
         !entry->awaitsSound) {
         entry->end = response.type() == TavoNotificationPlayerResponseType::Finished
@@ -747,26 +753,42 @@ void OpenItems::on_sound_responded(const CMSetDataRequest &request)
                          ? TavoAttentionEnd::Failed
                          : TavoAttentionEnd::Closed;
     }
-    soundEnded(response.id());
+    soundEnded(response.id(), sound.number);
 }
 
-void OpenItems::soundEnded(const QString &sound)
+void OpenItems::soundEnded(const QString &sound, int number)
 {
-    const QString id = m_sounds.take(sound).notification;
+    const auto sounds = m_sounds.find(sound);
+    if (sounds == m_sounds.end()) {
+        return;
+    }
+    const auto ended = std::find_if(sounds->begin(), sounds->end(),
+                                    [number](const Sound &each) { return each.number == number; });
+    if (ended == sounds->end()) {
+        return;
+    }
+    const QString id = ended->notification;
+    sounds->erase(ended);
+    if (sounds->isEmpty()) {
+        m_sounds.erase(sounds);
+    }
     const auto entry = m_entries.find(id);
     if (entry == m_entries.end()) {
         return;
     }
-    entry->sounds.remove(sound);
+    entry->sounds.remove(number);
     entry->heardUntil = AlarmClock::now();
     finishIfOver(id);
 }
 
 void OpenItems::cancelSounds(const Entry &entry)
 {
-    for (const QString &sound : entry.sounds) {
-        if (!std::exchange(m_sounds[sound].isCancelled, true)) {
-            CMRoot()->invoke(TavoNotificationPlayerCancelPath(), TavoValue().setString_(sound), {});
+    for (auto each = entry.sounds.cbegin(); each != entry.sounds.cend(); ++each) {
+        for (Sound &sound : m_sounds[each.value()]) {
+            if (sound.number == each.key() && !std::exchange(sound.isCancelled, true)) {
+                CMRoot()->invoke(TavoNotificationPlayerCancelPath(),
+                                 TavoValue().setString_(each.value()), {});
+            }
         }
     }
 }
@@ -888,9 +910,9 @@ void OpenItems::on_player_nodeChanged(const CMPath & /*path*/, bool published)
     }
     const Entrance::Hold held = m_entrance.hold();
     // The player has dropped its sounds, so no responses will come.
-    const QStringList sounds = m_sounds.keys();
-    for (const QString &sound : sounds) {
-        soundEnded(sound);
+    while (!m_sounds.isEmpty()) {
+        const QString id = m_sounds.firstKey();
+        soundEnded(id, m_sounds.first().first().number);
     }
 }
 

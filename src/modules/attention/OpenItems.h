@@ -33,6 +33,11 @@ public:
     ~OpenItems() override;
 
     bool isOpen(const QString &id) const { return m_entries.contains(id); }
+    /// Whether the display would take one with this id for another message.
+    bool isOnDisplay(const QString &id) const
+    {
+        return m_requests.contains(id) || m_groups.isRequest(id);
+    }
     int count() const { return m_entries.size(); }
     /// Of one that is open.
     QString userOf(const QString &id) const { return m_entries.find(id)->item.user; }
@@ -96,10 +101,10 @@ private:
         int requests = 0;      ///< to show it
         QString pile{};        ///< those that may be shown as one with it; empty: it is shown alone
         bool isFolded = false; ///< shown as one with others
-        int openedPriority = -1;  ///< on display, once a person has opened it in its group
-        bool awaitsSound = false; ///< its requester sends one, or says that there is none
-        int awaitedSpeech = 0;    ///< the number of the speech that is being made; 0: none
-        QSet<QString> sounds{};   ///< the ids of those that have not ended
+        int openedPriority = -1;     ///< on display, once a person has opened it in its group
+        bool awaitsSound = false;    ///< its requester sends one, or says that there is none
+        int awaitedSpeech = 0;       ///< the number of the speech that is being made; 0: none
+        QMap<int, QString> sounds{}; ///< the ids of those that have not ended, by number
         TavoAttentionEnd::Enum end = TavoAttentionEnd::Unknown;
         QString action{};
         qint64 shownUntil = 0;
@@ -114,6 +119,7 @@ private:
     /// A sound that has not ended.
     struct Sound
     {
+        int number;
         QString notification;
         CMPath target;       ///< where its requester wants the responses; may be empty
         Speech::File speech; ///< what it plays; may be null
@@ -171,7 +177,7 @@ private:
     void startFile(Entry &entry, const QString &file, const Speech::File &speech = {});
     void speak(Entry &entry);
     void on_speech_made(const QString &id, int number, const Result<Speech::File> &made);
-    void soundEnded(const QString &sound);
+    void soundEnded(const QString &sound, int number);
     void cancelSounds(const Entry &entry);
 
     void messageEnded(Entry &entry, TavoAttentionEnd::Enum end);
@@ -200,7 +206,10 @@ private:
     MessageGroups m_groups;             ///< by pile
     int m_groupFrom = 0;
     QSet<QString> m_usersWithPlaces; ///< some of whom may wait for these; see fillPlaces()
-    QMap<QString, Sound> m_sounds;   ///< by id
+    /// By id, in the order in which the player has them: it takes another one with the same id once the first
+    /// has stopped, and refuses it before.
+    QMap<QString, QVector<Sound>> m_sounds;
+    int m_lastSound = 0;
     quint64 m_lastMessage = 0;
     int m_lastSpeech = 0;
     qint64 m_ends = 0;

@@ -53,6 +53,28 @@ TEST_F(AttentionNotifyTest, RefusesAnIdThatIsOpen)
               "A notification with this id is open");
 }
 
+TEST_F(AttentionNotifyTest, RefusesAnIdThatTheDisplayHasForAnother)
+{
+    notify(message("Door"_s));
+    const QString onDisplay = valueAt(TavoNotificationDisplayCurrentPath()).displayCurrent().id();
+    const auto like = message(onDisplay).setPath(CMPath("/door/message"_s));
+    EXPECT_EQ(requestNotify(like).errorText(), "A notification with this id is open");
+}
+
+TEST_F(AttentionNotifyTest, EndsWithItsOwnMessageEvenIfAnotherHasASimilarId)
+{
+    const auto door = message("Door"_s).setPath(CMPath("/door/message"_s));
+    notify(door);
+    notify(message("Door/2"_s).setPath(CMPath("/door/second"_s)));
+    const auto urgent = TavoAttentionItem(door).setPriority(Priority::Urgent);
+    ASSERT_TRUE(
+        Request(TavoAttentionReplacePath(), TavoValue().setAttentionItem(urgent)).succeeds());
+    ASSERT_TRUE(requestClose("Door"_s).succeeds());
+    EXPECT_EQ(endOf("Door"_s).end(), End::Closed);
+    settle();
+    EXPECT_EQ(ends().size(), 1);
+}
+
 TEST_F(AttentionNotifyTest, ShowsTheNodeOfARequester)
 {
     services().publish(CMPath("/door/message"_s), {});
@@ -153,6 +175,29 @@ TEST_F(AttentionNotifyTest, PassesOnTheResponsesOfASound)
     EXPECT_TRUE(waitFor([&types] { return types.size() == 2; }));
     EXPECT_THAT(types, ElementsAre(TavoNotificationPlayerResponseType::Started,
                                    TavoNotificationPlayerResponseType::Finished));
+}
+
+TEST_F(AttentionNotifyTest, EndsWithItsOwnSoundEvenIfAnotherWantsTheSameId)
+{
+    const auto bell = TavoNotificationPlayerItem().setId("bell"_s).setContent("/bell"_s);
+    notify(TavoAttentionItem().setId("Door"_s).setSound(bell));
+    ScriptedPlayer *player = playing("bell"_s);
+    notify(TavoAttentionItem().setId("Gate"_s).setSound(bell));
+    EXPECT_EQ(endOf("Gate"_s).end(), End::Silenced) << "the player has refused it";
+    player->reportEnded();
+    EXPECT_EQ(endOf("Door"_s).end(), End::Expired);
+}
+
+TEST_F(AttentionNotifyTest, PlaysSoundsOfNegativePrioritiesAsLowOnes)
+{
+    const auto sound = [](const QString &id, int priority) {
+        return withSound(message(id), id).setPriority(Priority::Enum(priority));
+    };
+    notify(sound("first"_s, -1000));
+    ASSERT_NE(playing("first"_s), nullptr);
+    notify(sound("second"_s, -999));
+    settle();
+    EXPECT_EQ(ScriptedPlayers::instance().all().size(), 1U) << "it does not go before the first";
 }
 
 TEST_F(AttentionNotifyTest, StaysOpenWhileItsSoundIsToBeSentAgain)
