@@ -431,14 +431,14 @@ void AttentionWorker::on_floods_over(QString source, QString application, int co
         return;
     }
     for (auto other = m_floodMessages.begin(); other != m_floodMessages.end();) {
-        other = m_items.isOpen(other->id) ? std::next(other) : m_floodMessages.erase(other);
+        other = isOwn(other->id) ? std::next(other) : m_floodMessages.erase(other);
     }
     if (m_floodMessages.size() >= maxFloodMessages && !m_floodMessages.contains(source)) {
         source.clear();
         application.clear();
     }
     FloodMessage &message = m_floodMessages[source];
-    if (!m_items.isOpen(message.id)) {
+    if (!isOwn(message.id)) {
         message = {tavoGenerateUuid(), 0};
     }
     message.count += count;
@@ -461,19 +461,16 @@ void AttentionWorker::on_quietTimes_ended(const QMap<QString, int> &missed)
     if (missed.isEmpty() || !m_settings.doNotDisturb.hasSummary) {
         return;
     }
-    if (!m_items.isOpen(m_summaryId)) {
+    if (!isOwn(m_summaryId)) {
         m_summaryId = tavoGenerateUuid();
         m_summary.clear();
     }
     for (auto program = missed.begin(); program != missed.end(); ++program) {
         QuietTimes::addMissed(m_summary, program.key(), program.value());
     }
-    // A thousand of them must fit into a text.
-    constexpr int maxShown = 50;
     QStringList lines;
     for (auto program = m_summary.cbegin(); program != m_summary.cend(); ++program) {
-        lines.append(
-            QStringLiteral("%1: %2").arg(program.key().left(maxShown)).arg(program.value()));
+        lines.append(QStringLiteral("%1: %2").arg(program.key()).arg(program.value()));
     }
     AttentionItem item;
     item.id = m_summaryId;
@@ -482,6 +479,12 @@ void AttentionWorker::on_quietTimes_ended(const QMap<QString, int> &missed)
     Decision decision;
     decision.isRemembered = false; // what it counts is
     showOwn(item, decision);
+}
+
+/// Others may take the id of one that has ended.
+bool AttentionWorker::isOwn(const QString &id) const
+{
+    return m_items.isOpen(id) && m_items.userOf(id).isEmpty();
 }
 
 void AttentionWorker::showOwn(const AttentionItem &item, Decision decision)

@@ -80,6 +80,7 @@ private:
     void limitMemory(const AttentionItem &item, Decision &decision);
 
     /// Opens or replaces a message of the module itself.
+    bool isOwn(const QString &id) const;
     void showOwn(const AttentionItem &item, Decision decision);
 
     const std::shared_ptr<Entrance> m_entrance;

@@ -27,6 +27,8 @@ CMError error(const TrString &message)
 {
     return {QStringLiteral("Attention"), message};
 }
+
+constexpr int maxPrograms = 1000; ///< that the summary counts
 } // namespace
 
 QuietTimes::QuietTimes(CMNodes *nodes, Entrance &entrance, const QString &file)
@@ -64,7 +66,6 @@ void QuietTimes::start()
 
 bool QuietTimes::addMissed(QMap<QString, int> &missed, const QString &program, int count)
 {
-    constexpr int maxPrograms = 1000;
     if (missed.size() >= maxPrograms && !missed.contains(program)) {
         return false;
     }
@@ -72,13 +73,17 @@ bool QuietTimes::addMissed(QMap<QString, int> &missed, const QString &program, i
     return true;
 }
 
-void QuietTimes::countMissed(const QString &user, const QString &program, int count)
+void QuietTimes::countMissed(const QString &user, const QString &name, int count)
 {
-    // Many names of one user must not keep other programs out of the summary.
-    constexpr int maxOfUser = 100;
+    // As much as the summary shows. All of them must fit into the file.
+    constexpr int maxLength = 50;
+    const QString program = name.left(maxLength);
+    // Many names of some users must not keep other programs out of the summary.
+    constexpr int shares = 10;
     int &programs = m_programs[user];
     const bool isNew = !m_missed.contains(program);
-    if (isNew && !user.isEmpty() && programs >= maxOfUser) {
+    const int left = maxPrograms - (m_missed.size() - programs);
+    if (isNew && !user.isEmpty() && programs >= left / shares) {
         return;
     }
     programs += isNew ? 1 : 0;

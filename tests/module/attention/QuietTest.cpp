@@ -146,6 +146,21 @@ TEST_F(AttentionQuietTest, SumsUpTheProgramsOfOneUserWhateverNamesAnotherMakesUp
     EXPECT_LT(text.size(), 10000);
 }
 
+TEST_F(AttentionQuietTest, SumsUpTheProgramsOfOneUserWhateverNamesManyOthersMakeUp)
+{
+    setDoNotDisturb(true);
+    for (int user = 0; user < 10; ++user) {
+        for (int number = 0; number < 100; ++number) {
+            const QString program = "%1 %2"_s.arg(user).arg(number);
+            notify(message(program, program).setUser(QString::number(user)));
+        }
+    }
+    notify(message("1"_s, "mail"_s).setUser("1001"_s));
+    setDoNotDisturb(false);
+    ASSERT_TRUE(waitFor([] { return !displayed().empty(); }));
+    EXPECT_TRUE(rowOf(displayedPath()).title().toString().endsWith("mail: 1"_s));
+}
+
 TEST_F(AttentionQuietTest, SumsUpNothingIfNothingCame)
 {
     setDoNotDisturb(true);

@@ -7,6 +7,6 @@
 
 #include <QString>
 
-/// A new random identifier (RFC 4122, version 4) of 36 characters. It is unique, but not secret: a
-/// client that has seen many can guess the next. Called from any thread.
+/// A new random identifier (RFC 4122, version 4) of 36 characters. It is unique, and nobody can
+/// guess it. Called from any thread.
 TAVO_API_EXPORT QString tavoGenerateUuid();

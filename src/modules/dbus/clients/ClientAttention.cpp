@@ -188,8 +188,9 @@ CMReply<QVariant> ClientAttention::readHistory(const std::string &client, const 
 CMPath ClientAttention::prepareSound(const std::string &client, const QVariant &value,
                                      std::size_t bytes)
 {
-    const auto sound = TavoValue(value.toHash()).attentionItem().sound();
-    return sound.isEmpty() ? CMPath() : m_sounds.prepare(client, sound, bytes);
+    const auto item = TavoValue(value.toHash()).attentionItem();
+    return item.sound().isEmpty() ? CMPath()
+                                  : m_sounds.prepare(client, item.sound(), bytes, item.id());
 }
 
 CMReply<QVariant> ClientAttention::send(const CMPath &path, const TavoAttentionItem &item,

@@ -40,13 +40,19 @@ CMReply<QVariant> ClientInhibitions::send(const std::string &client,
             .setOn(requested.on())
             .setApplication(requested.application().isEmpty() ? name : requested.application())
             .setReason(requested.reason());
-    m_inhibitions.erase(key);
     if (!item.on()) {
+        m_inhibitions.erase(key);
         return tell(item);
     }
-    auto charge = m_clients.quotas().charge(
-        client, {Quotas::Inhibitions, 1, Quotas::storedBytes(bytes)}, [this, key] { end(key); });
-    m_inhibitions.emplace(key, Inhibition{item, std::move(charge)});
+    const Quotas::Cost cost{Quotas::Inhibitions, 1, Quotas::storedBytes(bytes)};
+    const auto known = m_inhibitions.find(key);
+    if (known != m_inhibitions.end()) {
+        m_clients.quotas().change(known->second.charge, cost.storedBytes, cost.priority);
+        known->second.item = item;
+    } else {
+        auto charge = m_clients.quotas().charge(client, cost, [this, key] { end(key); });
+        m_inhibitions.emplace(key, Inhibition{item, std::move(charge)});
+    }
     CMReply<QVariant> reply = tell(item);
     reply.onFinished(this, [this, key](const CMReply<QVariant> &finished) {
         if (finished.error().isError()) {

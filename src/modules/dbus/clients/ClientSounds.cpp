@@ -108,12 +108,7 @@ CMReply<QVariant> ClientSounds::enqueue(const std::string &client, const QVarian
         return CMRoot()->invoke(TavoNotificationPlayerEnqueuePath(), value, {});
     }
     const TavoNotificationPlayerItem requested = request.notificationPlayerItem();
-    if (isWaiting(requested.id())) {
-        // The player would refuse the one that waits when it comes back.
-        CMReply<QVariant> refused;
-        refused.setError(CMError(QStringLiteral("Dbus"), TAVO_TR("A sound with this id waits")));
-        return refused;
-    }
+    checkId(requested.id(), {});
     // Without fields that the player does not know.
     TavoNotificationPlayerItem item = clean(requested);
     const auto file = checkAccess(item);
@@ -135,8 +130,9 @@ TavoNotificationPlayerItem ClientSounds::clean(const TavoNotificationPlayerItem 
 }
 
 CMPath ClientSounds::prepare(const std::string &client, const TavoNotificationPlayerItem &requested,
-                             std::size_t bytes)
+                             std::size_t bytes, const QString &notification)
 {
+    checkId(requested.id(), notification);
     TavoNotificationPlayerItem item = clean(requested);
     if (item.id().isEmpty()) {
         item.setId(tavoGenerateUuid());
@@ -165,7 +161,12 @@ CMReply<QVariant> ClientSounds::send(const std::string &client,
 
 void ClientSounds::start(const CMPath &path, const QString &notification)
 {
-    m_sounds.at(path).notification = notification;
+    const auto prepared = m_sounds.find(path);
+    if (prepared == m_sounds.end()) {
+        tellWhetherAgain(notification, false); // it has made room for others
+        return;
+    }
+    prepared->second.notification = notification;
     sendInTurn(path);
 }
 
@@ -335,12 +336,17 @@ void ClientSounds::stopGivingWay(Sound &sound)
     }
 }
 
-bool ClientSounds::isWaiting(const QString &id) const
+/// The player would refuse a sound that waits when it comes back.
+void ClientSounds::checkId(const QString &id, const QString &notification) const
 {
-    return m_turns.isAnyWaiting() &&
-           std::any_of(m_sounds.begin(), m_sounds.end(), [&id](const auto &entry) {
-               return entry.second.givesWay && entry.second.item.id() == id;
-           });
+    const auto isWaiting = [&](const auto &entry) {
+        const Sound &sound = entry.second;
+        return sound.givesWay && sound.item.id() == id &&
+               (notification.isEmpty() || sound.notification != notification);
+    };
+    if (m_turns.isAnyWaiting() && std::any_of(m_sounds.begin(), m_sounds.end(), isWaiting)) {
+        throw Refusals::soundWaits();
+    }
 }
 
 void ClientSounds::cancelOfNotification(const QString &notification)
@@ -452,12 +458,10 @@ CMReply<QVariant> ClientSounds::startMusic(const QString &source)
 CMPath ClientSounds::watch(const std::string &client, const TavoNotificationPlayerItem &item,
                            std::size_t bytes, const std::optional<OpenedSound> &file)
 {
+    CMPath path = soundsPath() + QString::number(++m_lastNumber);
     Quotas::Charge charge = m_clients.quotas().charge(
         client, {Quotas::Sounds, 1, Quotas::storedBytes(bytes), item.priority()},
-        [this, user = m_clients.quotas().userOf(client), id = item.id()] {
-            cancelInTurn(user, cancelOf(id));
-        });
-    CMPath path = soundsPath() + QString::number(++m_lastNumber);
+        [this, path] { giveUp(path); });
     CMActivateNode *node = CMActivateNode::create(m_nodes, path);
     auto watched = item;
     watched.setPriority(std::max(item.priority(), minPriority)).setPlaybackResponsePath(path);
@@ -465,6 +469,21 @@ CMPath ClientSounds::watch(const std::string &client, const TavoNotificationPlay
         path, Sound{std::move(charge), watched, item.playbackResponsePath(), file, node, {}});
     node->setInvoke(this, &ClientSounds::on_sound_responded, Qt::QueuedConnection);
     return path;
+}
+
+void ClientSounds::giveUp(const CMPath &path)
+{
+    const auto given = m_sounds.find(path);
+    if (given == m_sounds.end()) {
+        return;
+    }
+    const Sound &sound = given->second;
+    if (!sound.isSent && sound.notification.isEmpty()) {
+        // Those that wait for their turn could be so many that memory ends, as they no longer count.
+        forget(path);
+    } else {
+        cancelInTurn(sound.charge.user(), cancelOf(sound.item.id()));
+    }
 }
 
 void ClientSounds::forget(const CMPath &path)

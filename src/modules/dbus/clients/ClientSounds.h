@@ -47,7 +47,7 @@ public:
     /// Checks and charges the sound of a notification that a client requests of the module for attention.
     /// Throws as enqueue() does. It counts until it is started and has ended, so start() or discard() must follow.
     CMPath prepare(const std::string &client, const TavoNotificationPlayerItem &requested,
-                   std::size_t bytes);
+                   std::size_t bytes, const QString &notification);
 
     /// Sends a prepared sound to that module, by the path that prepare() returned.
     void start(const CMPath &path, const QString &notification);
@@ -124,7 +124,8 @@ private:
     void takeOutcome(const CMPath &path, const QVariant &outcome);
     void takeTurns(const CMPath &path, const Sound &sound);
 
-    bool isWaiting(const QString &id) const;
+    void checkId(const QString &id, const QString &notification) const;
+    void giveUp(const CMPath &path);
     void sendAgain(const CMPath &path, Sound &sound);
 
     /// The sound has been cancelled and will not play again.

@@ -162,6 +162,11 @@ BusError Refusals::onlyPlayerReports()
     return BusError::accessDenied("Only the player may report how a sound ends");
 }
 
+BusError Refusals::soundWaits()
+{
+    return {"org.tavo.Error.Dbus", "A sound with this id waits"};
+}
+
 BusError Refusals::notificationNotOpen(unsigned id)
 {
     return {"org.freedesktop.Notifications.InvalidId",

@@ -40,6 +40,7 @@ BusError tooMuchForInboxes(int maxBytesPerSecond);
 // Sounds. SoundAccess has the reasons why a location is not allowed.
 BusError soundNotAllowed(const std::string &reason);
 BusError onlyPlayerReports();
+BusError soundWaits();
 BusError soundWithoutNotification();
 
 // Requests for attention.

@@ -51,7 +51,7 @@ QString withoutLinks(const QString &folder)
 SoundAccess::SoundAccess(QStringList schemes, const QStringList &folders, QVector<QUrl> servers)
     : m_schemes(std::move(schemes))
     , m_servers(std::move(servers))
-    , m_ownFolder(withoutLinks(stateFolder()))
+    , m_ownFolder(stateFolder())
 {
     for (const QString &folder : folders) {
         m_folders.append(withoutLinks(folder));
@@ -100,7 +100,7 @@ Result<AllowedSound> SoundAccess::checkPath(const QString &location, const QStri
     }
     const QString canonical = QFileInfo(path).canonicalFilePath();
     const bool isAllowed =
-        !isBelow(canonical, m_ownFolder) &&
+        !isBelow(canonical, withoutLinks(m_ownFolder)) &&
         std::any_of(m_folders.begin(), m_folders.end(),
                     [&](const QString &folder) { return isBelow(canonical, folder); });
     // If a folder becomes a link between these two lines, the path can't be opened any more.

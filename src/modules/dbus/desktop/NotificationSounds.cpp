@@ -42,10 +42,8 @@ bool NotificationSounds::playIfAllowed(const std::string &client, quint32 id,
     if (found.location.isEmpty()) {
         return false;
     }
-    // Random, so that no client can take the id before or cancel the sound. Not tavoGenerateUuid(), whose
-    // results are seen in paths and tell the next ones.
-    const QString sound =
-        QStringLiteral("dbus-notification-") + QUuid::createUuid().toString(QUuid::WithoutBraces);
+    // Random, so that no client can take the id before or cancel the sound.
+    const QString sound = QStringLiteral("dbus-notification-") + tavoGenerateUuid();
     m_sounds.insert(id, sound);
     return enqueue(client,
                    TavoNotificationPlayerItem()

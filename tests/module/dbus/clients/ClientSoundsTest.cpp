@@ -42,7 +42,11 @@ protected:
             return;
         }
         m_playing[item.id()] = item;
-        request.reply().setValue({});
+        if (repliesAtOnce) {
+            request.reply().setValue({});
+        } else {
+            m_held.push_back(request.reply());
+        }
     }
 
     BusCall enqueue(const TavoNotificationPlayerItem &item) { return enqueue(*client, item); }
@@ -73,9 +77,11 @@ protected:
 
     CMActivateNode *player = nullptr;
     std::vector<std::string> cancelled;
+    bool repliesAtOnce = true;
 
 private:
     std::map<QString, TavoNotificationPlayerItem> m_playing;
+    std::vector<CMReply<QVariant>> m_held;
 };
 
 TEST_F(DbusClientSoundsTest, ReachThePlayerWhoseResponsesReachTheClient)
@@ -180,6 +186,23 @@ TEST_F(DbusClientSoundsTest, ReplaceSoundsOfClientsThatHaveLeft)
     ASSERT_TRUE(enqueue(other, sound("d"_s)).succeeds());
     ASSERT_TRUE(waitFor([] { return watched() == 3; }));
     EXPECT_THAT(cancelled, ElementsAre("a"));
+}
+
+TEST_F(DbusClientSoundsTest, ThatWaitForTheirTurnAreForgottenAtOnceWhenTheyMakeRoom)
+{
+    repliesAtOnce = false;
+    enqueue(sound("a"_s));
+    enqueue(sound("b"_s));
+    ASSERT_TRUE(waitFor([] { return watched() == 2; }));
+    client->leave();
+    ModelClient other(bus().address());
+    enqueue(other, sound("c"_s));
+    enqueue(other, sound("d"_s));
+    ASSERT_TRUE(waitFor([] { return watched() == 4; })) << "the player has the first one";
+    ModelClient another(bus().address());
+    enqueue(another, sound("e"_s));
+    ASSERT_TRUE(waitFor([] { return CMCatalog::entry(CMPath("/dbus/sounds/5"_s)).has_value(); }));
+    EXPECT_EQ(watched(), 4);
 }
 
 TEST_F(DbusClientSoundsTest, EndWithThePlayer)

@@ -226,6 +226,21 @@ TEST_F(DbusAttentionTurnsTest, ASoundThatIsCancelledBeforeItIsSentIsForgotten)
     EXPECT_TRUE(happens("does not come again"));
 }
 
+TEST_F(DbusAttentionTurnsTest, TheIdOfASoundThatWaitsIsTakenForNotificationsToo)
+{
+    enqueue(*first, "1"_s);
+    enqueue(*first, "2"_s);
+    respond("1"_s, ResponseType::Started);
+    enqueue(*second, "alarm"_s);
+    ASSERT_TRUE(happens("1 cancelled"));
+    const auto item = TavoAttentionItem().setTitle("Water"_s).setSound(itemOf("1"_s));
+    EXPECT_EQ(second
+                  ->send(TavoAttentionNotifyPath().toString(),
+                         TavoValue().setAttentionItem(item).__variant())
+                  .errorMessage(),
+              "A sound with this id waits");
+}
+
 TEST_F(DbusUrgentTurnsTest, AllSoundsOfAUserThatHasPlayedMuchGiveWay)
 {
     enqueue(*first, "endless"_s);

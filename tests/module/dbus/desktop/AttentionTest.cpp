@@ -815,6 +815,24 @@ TEST_F(ClientAttentionTest, InhibitUntilTheyLeave)
         [] { return !valueAt(TavoAttentionDoNotDisturbPath()).attentionDoNotDisturb().on(); }));
 }
 
+TEST_F(ClientAttentionTest, InhibitUntilTheyLeaveAlsoWhenAChangeIsRefused)
+{
+    const auto inhibition = TavoAttentionInhibition().setId("x"_s).setOn(true);
+    const auto inhibit = [this](const TavoAttentionInhibition &item) {
+        return send(TavoAttentionInhibitPath(), TavoValue().setAttentionInhibition(item));
+    };
+    ASSERT_TRUE(inhibit(inhibition).succeeds());
+    const auto large =
+        TavoAttentionInhibition(inhibition).setReason(QString(1'100'000, QLatin1Char('x')));
+    EXPECT_EQ(inhibit(large).errorName(), "org.freedesktop.DBus.Error.LimitsExceeded");
+    const auto isOn = [] {
+        return valueAt(TavoAttentionDoNotDisturbPath()).attentionDoNotDisturb().on();
+    };
+    EXPECT_TRUE(isOn());
+    leave();
+    EXPECT_TRUE(waitFor([&isOn] { return !isOn(); }));
+}
+
 TEST_F(ClientAttentionTest, GiveWayWhenTheyAreUrgentAndLeftBehind)
 {
     const auto urgent = [this](const QString &id) {
