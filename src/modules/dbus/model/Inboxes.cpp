@@ -40,7 +40,8 @@ CMPath Inboxes::open(const std::string &client)
     CMPath path = parentPath() + QString::number(++m_lastNumber);
     const std::size_t bytes = Quotas::storedBytes(std::size_t(path.toString().size()));
     Quotas::Charge charge = m_clients.quotas().charge(client, {Quotas::Inboxes, 1, bytes});
-    CMActivateNode *node = CMActivateNode::create(m_nodes, path);
+    const Node node(CMActivateNode::create(m_nodes, path),
+                    [](CMActivateNode *closed) { closed->dispose(); });
     m_inboxes.emplace(path, Inbox{std::move(charge), node});
     m_paths[client].push_back(path);
     node->setInvoke(this, &Inboxes::on_inbox_activated, Qt::QueuedConnection);
@@ -94,15 +95,8 @@ bool Inboxes::close(const std::string &client, const CMPath &path)
     if (paths->second.empty()) {
         m_paths.erase(paths);
     }
-    dispose(path);
+    m_inboxes.erase(path);
     return true;
-}
-
-void Inboxes::dispose(const CMPath &path)
-{
-    const auto inbox = m_inboxes.find(path);
-    inbox->second.node->dispose();
-    m_inboxes.erase(inbox);
 }
 
 void Inboxes::on_clients_left(const std::string &client)
@@ -112,7 +106,7 @@ void Inboxes::on_clients_left(const std::string &client)
         return;
     }
     for (const CMPath &path : paths.mapped()) {
-        dispose(path);
+        m_inboxes.erase(path);
     }
 }
 

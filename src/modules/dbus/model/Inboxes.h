@@ -12,6 +12,7 @@
 #include <chrono>
 #include <cstddef>
 #include <map>
+#include <memory>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -35,6 +36,10 @@ public:
 
     bool has(const CMPath &path) const { return m_inboxes.count(path) > 0; }
     bool isOf(const std::string &client, const CMPath &path) const;
+
+    /// The node of an inbox that is open. It stays until nobody holds it any more and the inbox is closed.
+    using Node = std::shared_ptr<CMActivateNode>;
+    Node nodeOf(const CMPath &path) const { return m_inboxes.at(path).node; }
 
     /// Throws BusError::invalidArguments() if responses to the client's requests must not go to the path: to an inbox
     /// of another user, or one that is not open yet, or to an action of a message. They would count as unread by
@@ -60,7 +65,7 @@ private:
     struct Inbox
     {
         Quotas::Charge charge;
-        CMActivateNode *node; ///< owned by the node set
+        Node node;
     };
 
     using Clock = std::chrono::steady_clock;
@@ -71,8 +76,6 @@ private:
         double bytes;
         Clock::time_point refilled;
     };
-
-    void dispose(const CMPath &path);
 
     Clients &m_clients;
     CMNodes *m_nodes;

@@ -230,7 +230,7 @@ CMReply<QVariant> ModelInterface::send(const std::string &client, const CMPath &
     if (path == TavoNotificationDisplayCancelNotifyPath()) {
         return cancelMessage(value);
     }
-    return CMRoot()->invoke(path, m_services.adapted(client, path, value), {});
+    return m_services.send(client, path, value);
 }
 
 CMReply<QVariant> ModelInterface::cancelMessage(const QVariant &value)

@@ -3,9 +3,10 @@
 
 #include "ServiceRequests.h"
 
-#include "Inboxes.h"
 #include "modules/dbus/clients/Clients.h"
 #include "modules/dbus/clients/Refusals.h"
+
+#include <algorithm>
 
 namespace {
 // Of requesters of ducking, and of registrations. The player and the power manager accept 256 of all clients and
@@ -42,14 +43,21 @@ ServiceRequests::ServiceRequests(Clients &clients, const Inboxes &inboxes)
     tavoConnect(&clients, &Clients::left, this, &ServiceRequests::on_clients_left);
 }
 
+CMReply<QVariant> ServiceRequests::send(const std::string &client, const CMPath &path,
+                                        const QVariant &value)
+{
+    if (path == TavoPowerManagerModuleRegisterPath() &&
+        value.userType() == QMetaType::QVariantHash) {
+        return registerModule(client, value.toHash());
+    }
+    return CMRoot()->invoke(path, adapted(client, path, value), {});
+}
+
 QVariant ServiceRequests::adapted(const std::string &client, const CMPath &path,
                                   const QVariant &value)
 {
     if (value.userType() != QMetaType::QVariantHash) {
         return value;
-    }
-    if (path == TavoPowerManagerModuleRegisterPath()) {
-        return registration(client, value.toHash());
     }
     if (path == TavoPowerManagerResourceRequestPath()) {
         TavoPowerManagerResourceRequest request(value.toHash());
@@ -61,8 +69,8 @@ QVariant ServiceRequests::adapted(const std::string &client, const CMPath &path,
     return value;
 }
 
-QVariant ServiceRequests::registration(const std::string &client,
-                                       TavoPowerManagerModuleRegister request)
+CMReply<QVariant> ServiceRequests::registerModule(const std::string &client,
+                                                  TavoPowerManagerModuleRegister request)
 {
     for (const CMPath &target :
          {request.revokeResourcesPath(), request.postRevokeResourcesPath()}) {
@@ -72,7 +80,30 @@ QVariant ServiceRequests::registration(const std::string &client,
     }
     const QString name = nameOf(client, request.moduleName());
     add(m_modules, client, name, "registrations");
-    return request.setModuleName(name).__variant();
+    const CMPath target = request.revokeResourcesPath();
+    const std::uint64_t number = ++m_lastRegistration;
+    // The power manager forgets a module whose node goes. One that had gone before would stay for good.
+    m_registrations[number] = {client, target.isEmpty() ? nullptr : m_inboxes.nodeOf(target)};
+    CMReply<QVariant> reply = CMRoot()->invoke(TavoPowerManagerModuleRegisterPath(),
+                                               request.setModuleName(name).__variant(), {});
+    reply.onFinished(this, [this, number](const CMReply<QVariant> & /*finished*/) {
+        registrationAnswered(number);
+    });
+    return reply;
+}
+
+void ServiceRequests::registrationAnswered(std::uint64_t number)
+{
+    const std::string client = m_registrations.extract(number).mapped().client;
+    if (!m_clients.quotas().knows(client) && !isRegistering(client)) {
+        m_modules.erase(client);
+    }
+}
+
+bool ServiceRequests::isRegistering(const std::string &client) const
+{
+    return std::any_of(m_registrations.begin(), m_registrations.end(),
+                       [&client](const auto &entry) { return entry.second.client == client; });
 }
 
 QVariant ServiceRequests::ducking(const std::string &client, TavoPlayerAudioDuckingRequest request)
@@ -114,7 +145,9 @@ void ServiceRequests::add(Names &names, const std::string &client, const QString
 
 void ServiceRequests::on_clients_left(const std::string &client)
 {
-    m_modules.erase(client);
+    if (!isRegistering(client)) {
+        m_modules.erase(client);
+    }
     const auto left = m_requesters.extract(client);
     if (left.empty()) {
         return;

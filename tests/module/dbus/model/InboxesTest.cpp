@@ -4,6 +4,8 @@
 #include "module/dbus/ModelTest.h"
 #include "support/Request.h"
 
+#include <optional>
+
 namespace {
 using testing::ElementsAre;
 using testing::StartsWith;
@@ -46,6 +48,25 @@ TEST_F(DbusInboxesTest, DisappearWhenClosed)
     EXPECT_FALSE(isPublished(inbox));
     EXPECT_EQ(client->ask("CloseInbox", {inbox}).errorName(),
               "org.freedesktop.DBus.Error.InvalidArgs");
+}
+
+TEST_F(DbusInboxesTest, StayUntilTheRegistrationOfAModuleWithThemIsAnswered)
+{
+    std::optional<CMReply<QVariant>> held;
+    publishRequest(TavoPowerManagerModuleRegisterPath().toString(),
+                   [&held](const CMSetDataRequest &request) { held = request.reply(); });
+    const QString inbox = open();
+    const auto module =
+        TavoPowerManagerModuleRegister().setModuleName("alarm"_s).setRevokeResourcesPath(
+            CMPath(inbox));
+    const BusCall call =
+        client->send(TavoPowerManagerModuleRegisterPath().toString(), module.__variant());
+    ASSERT_TRUE(waitFor([&held] { return held.has_value(); }));
+    ASSERT_TRUE(client->ask("CloseInbox", {inbox}).succeeds());
+    EXPECT_TRUE(isPublished(inbox)) << "the power manager forgets the module when the node goes";
+    held->setValue({});
+    EXPECT_TRUE(call.succeeds());
+    EXPECT_TRUE(waitFor([&inbox] { return !isPublished(inbox); }));
 }
 
 TEST_F(DbusInboxesTest, CanNotBeClosedByOthers)
