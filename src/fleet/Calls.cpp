@@ -73,6 +73,7 @@ Calls::Calls(const FleetConfiguration &configuration, FleetStore &store, Outbox 
     m_tidyTimer.start(int(dayMs));
     tavoConnect(&client, &TavoClient::availableChanged, this, &Calls::on_client_availableChanged);
     tavoConnect(&m_host, &HostCalls::ended, this, &Calls::on_host_ended);
+    tavoConnect(&m_host, &HostCalls::soundsPossible, this, &Calls::startWaiting);
     // After all that has arrived, because writing several changes takes little more time than writing one.
     tavoConnect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, this,
                 &Calls::commit);
@@ -357,7 +358,7 @@ void Calls::finish(const QString &id, const HostCalls::Outcome &outcome)
     }
     found->isRunning = false;
     if (outcome.isUndelivered) {
-        startTimer(*found); // It waits for a host.
+        startTimer(*found); // It waits for a host, or for its inbox.
         return;
     }
     const Pending pending = *found;

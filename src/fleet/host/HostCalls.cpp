@@ -20,6 +20,7 @@ using End = FleetEvent::End;
 using Outcome = HostCalls::Outcome;
 
 constexpr int checkAfterMs = 1000; // more may be left out until then
+constexpr int inboxAgainMs = 1000;
 
 const QString &application()
 {
@@ -169,19 +170,36 @@ HostCalls::HostCalls(TavoClient &client, const Permissions &permissions, int tim
     : m_client(client)
     , m_permissions(permissions)
     , m_timeoutMs(timeoutMs)
-    , m_inbox(&client)
 {
     tavoConnect(&client, &TavoClient::availableChanged, this,
                 &HostCalls::on_client_availableChanged);
     tavoConnect(&client, &TavoClient::valueChanged, this, &HostCalls::on_client_valueChanged);
     tavoConnect(&client, &TavoClient::changesDropped, this, &HostCalls::tellDropped);
-    tavoConnect(&m_inbox, &TavoInbox::responded, this, &HostCalls::on_inbox_responded);
-    tavoConnect(&m_inbox, &TavoInbox::requestsDropped, this, &HostCalls::tellDropped);
+    m_inboxTimer.setSingleShot(true);
+    m_inboxTimer.setInterval(inboxAgainMs);
+    tavoConnect(&m_inboxTimer, &QTimer::timeout, this, &HostCalls::on_inboxTimer_timeout);
+    openInbox();
     m_checkTimer.setSingleShot(true);
     m_checkTimer.setInterval(checkAfterMs);
     tavoConnect(&m_checkTimer, &QTimer::timeout, this, &HostCalls::checkOpen);
     client.subscribe(TavoNotificationDisplayEndedPath(), TavoClient::Change::Value);
     client.subscribe(TavoAttentionEndedPath(), TavoClient::Change::Value);
+}
+
+void HostCalls::openInbox()
+{
+    m_inbox.emplace(&m_client);
+    tavoConnect(&*m_inbox, &TavoInbox::opened, this, &HostCalls::soundsPossible);
+    tavoConnect(&*m_inbox, &TavoInbox::failed, &m_inboxTimer, QOverload<>::of(&QTimer::start));
+    tavoConnect(&*m_inbox, &TavoInbox::responded, this, &HostCalls::on_inbox_responded);
+    tavoConnect(&*m_inbox, &TavoInbox::requestsDropped, this, &HostCalls::tellDropped);
+}
+
+void HostCalls::on_inboxTimer_timeout()
+{
+    if (m_inbox->path().isEmpty()) {
+        openInbox();
+    }
 }
 
 void HostCalls::carryOut(const FleetCall &call, bool isAgain, const Finish &finish)
@@ -361,9 +379,15 @@ void HostCalls::finishNotify(const FleetCall &call, bool isAgain, const CMReply<
 
 void HostCalls::sound(const FleetCall &call, bool isAgain, const Finish &finish)
 {
+    if (m_inbox->path().isEmpty()) {
+        Outcome undelivered;
+        undelivered.isUndelivered = true;
+        finish(undelivered);
+        return;
+    }
     m_others.insert(call.id);
     auto item = soundItem(call);
-    item.setPlaybackResponsePath(m_inbox.path());
+    item.setPlaybackResponsePath(m_inbox->path());
     m_client.enqueue(item).onFinished(
         this, [this, call, isAgain, finish](const CMReply<QVariant> &reply) {
             const CMError error = reply.error();
@@ -422,6 +446,7 @@ void HostCalls::follow(const QString &id, const QString &path)
 
 void HostCalls::on_client_availableChanged(bool available)
 {
+    m_inboxTimer.stop(); // Each host is asked for the inbox when it comes.
     if (available) {
         checkOpen();
         return;

@@ -16,6 +16,7 @@
 #include <QTimer>
 
 #include <functional>
+#include <optional>
 
 /// Carries out calls on the host, and reports how messages and sounds end. Notifications and sounds have the id
 /// of their call behind "fleet-", by which they are found again after a restart of this program.
@@ -32,7 +33,7 @@ public:
         QString error;
         QString path;               ///< of the message that was opened; empty: there is none
         bool isOpen = false;        ///< ended() follows
-        bool isUndelivered = false; ///< there is no host: try again when there is one
+        bool isUndelivered = false; ///< try again when there is a host, or on soundsPossible()
     };
     using Finish = std::function<void(const Outcome &outcome)>;
 
@@ -50,12 +51,17 @@ public:
 Q_SIGNALS:
     void ended(const QString &id, FleetEvent::End end, const QString &action);
 
+    /// The host can report how sounds end.
+    void soundsPossible();
+
 private Q_SLOTS:
     void on_client_availableChanged(bool available);
     void on_client_valueChanged(const CMPath &path, const QVariant &value);
     void on_inbox_responded(const TavoNotificationPlayerResponse &response);
+    void on_inboxTimer_timeout();
 
 private:
+    void openInbox();
     void show(const FleetCall &call, const Finish &finish);
     void findShown(const FleetCall &call, const Finish &finish);
     void notify(const FleetCall &call, bool isAgain, const Finish &finish);
@@ -79,7 +85,8 @@ private:
     TavoClient &m_client;
     const Permissions &m_permissions;
     const int m_timeoutMs;
-    TavoInbox m_inbox;                  ///< for the reports on sounds
+    std::optional<TavoInbox> m_inbox;   ///< for the reports on sounds
+    QTimer m_inboxTimer;                ///< until it is opened again, after the host has refused
     QHash<QString, QString> m_messages; ///< ids of calls by the paths of their messages
     QSet<QString> m_others;             ///< ids of calls with a notification or a sound
     QSet<QString> m_unanswered; ///< ids of calls that the host may have got before it went away

@@ -160,6 +160,20 @@ TEST_F(DeviceCallTest, ASoundIsAnsweredAndItsEndReported)
     EXPECT_TRUE(waitForMessage(s_answers, "does not allow sounds of file:"));
 }
 
+TEST_F(DeviceCallTest, TheEndOfASoundThatWaitedForTheHostIsReported)
+{
+    ASSERT_EQ(m_host->stop(), 0);
+    makeSound();
+    set("allow", QJsonObject{{"sounds", QJsonObject{{"folder", m_folder.path()}}}});
+    startDevice();
+    call(R"("id":"a","call":"sound","sound":"bell")");
+    call(R"("id":"b","call":"nonsense")");
+    ASSERT_TRUE(waitForAnswer(R"("id":"b")")) << "it has both";
+    startHost();
+    ASSERT_TRUE(waitForAnswer(R"("id":"a","sounding":true)"));
+    EXPECT_TRUE(waitForEvent(R"("end":"finished","id":"a")"));
+}
+
 TEST_F(DeviceCallTest, ADeviceDoesOnlyWhatItsConfigurationAllows)
 {
     set("allow",

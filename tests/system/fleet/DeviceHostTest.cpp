@@ -1,0 +1,43 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "DeviceTest.h"
+#include "ScriptedHost.h"
+
+/// What a device does when its host is slow, refuses or leaves.
+class DeviceHostTest : public DeviceTest
+{
+protected:
+    ScriptedHost m_scripted{m_bus.address()};
+};
+
+TEST_F(DeviceHostTest, SoundsWaitUntilTheirEndCanBeReportedAndOtherCallsDoNot)
+{
+    makeSound();
+    set("allow", QJsonObject{{"sounds", QJsonObject{{"folder", m_folder.path()}}}});
+    bool isFull = true;
+    m_scripted.on("OpenInbox", [&](const BusMessage &call) {
+        if (isFull) {
+            ScriptedHost::refuse(call);
+        } else {
+            ScriptedHost::replyWithText(call, "/dbus/inbox/7");
+        }
+    });
+    QString path;
+    m_scripted.on("Call", TavoNotificationPlayerEnqueuePath(), [&](const BusMessage &call) {
+        path = TavoValue(ScriptedHost::valueOf(call).toHash())
+                   .notificationPlayerItem()
+                   .playbackResponsePath()
+                   .toString();
+        ScriptedHost::reply(call, {});
+    });
+    startDevice();
+    call(R"("id":"a","call":"sound","sound":"bell")");
+    m_scripted.appear();
+    call(R"("id":"b","call":"ping")");
+    ASSERT_TRUE(waitForAnswer(R"("id":"b")"));
+    EXPECT_EQ(count(s_answers), 1);
+    isFull = false;
+    ASSERT_TRUE(waitForAnswer(R"("id":"a","sounding":true)"));
+    EXPECT_EQ(path, "/dbus/inbox/7");
+}
