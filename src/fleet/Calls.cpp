@@ -358,6 +358,7 @@ void Calls::finish(const QString &id, const HostCalls::Outcome &outcome)
     }
     found->isRunning = false;
     if (outcome.isUndelivered) {
+        found->early.reset(); // of a host that did not have it
         startTimer(*found); // It waits for a host, or for its inbox.
         return;
     }

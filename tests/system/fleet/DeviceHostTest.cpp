@@ -41,3 +41,39 @@ TEST_F(DeviceHostTest, SoundsWaitUntilTheirEndCanBeReportedAndOtherCallsDoNot)
     ASSERT_TRUE(waitForAnswer(R"("id":"a","sounding":true)"));
     EXPECT_EQ(path, "/dbus/inbox/7");
 }
+
+TEST_F(DeviceHostTest, ACallThatDidNotReachTheHostHasNotEndedWithIt)
+{
+    std::optional<BusMessage> trial;
+    m_scripted.on("Call", TavoAttentionTryPath(), [&](const BusMessage &call) { trial = call; });
+    m_scripted.on("Call", TavoAttentionNotifyPath(), [](const BusMessage &call) {
+        ScriptedHost::reply(
+            call,
+            TavoValue().setAttentionOutcome(TavoAttentionOutcome().setSounding(true)).__variant());
+    });
+    const auto letSay = [&] {
+        const auto spoken = TavoAttentionTrial().setSpoken(true);
+        ScriptedHost::reply(*trial, TavoValue().setAttentionTrial(spoken).__variant());
+        trial.reset();
+    };
+    m_scripted.appear();
+    startDevice();
+    call(R"("id":"a","call":"say","text":"Dinner")");
+    ASSERT_TRUE(waitFor([&] { return trial.has_value(); }, s_timeout));
+    m_device->sendSignal(SIGSTOP);
+    letSay();
+    m_scripted.leave();
+    m_device->sendSignal(SIGCONT);
+    ASSERT_TRUE(waitForError("no host, calls wait for it"));
+    m_scripted.appear();
+    ASSERT_TRUE(waitFor([&] { return trial.has_value(); }, s_timeout)) << "it is said again";
+    letSay();
+    ASSERT_TRUE(waitForAnswer(R"("id":"a","sounding":true)"));
+    m_scripted.emitValueChanged(TavoAttentionEndedPath(),
+                                TavoValue()
+                                    .setAttentionEnded(TavoAttentionEnded().setId("fleet-a").setEnd(
+                                        TavoAttentionEnd::Dismissed))
+                                    .__variant());
+    EXPECT_TRUE(waitForEvent(R"("end":"dismissed","id":"a")"));
+    EXPECT_EQ(count("tavo/v1/porch/event"), 1);
+}
