@@ -21,7 +21,7 @@ namespace {
 constexpr qint64 dayMs = 86400000;
 constexpr qint64 never = std::numeric_limits<qint64>::max();
 constexpr qint64 defaultWaitMs = 60000;
-constexpr int maxRunning = 64; // the host's limits are for one client
+constexpr int maxRunning = 6; // with all else less than the 16 that a bus may allow
 constexpr int maxPending = 10000;
 constexpr int maxCallBytes = 1 << 18;
 constexpr int maxAnswerBytes = 1 << 19;
@@ -359,7 +359,7 @@ void Calls::finish(const QString &id, const HostCalls::Outcome &outcome)
     found->isRunning = false;
     if (outcome.isUndelivered) {
         found->early.reset(); // of a host that did not have it
-        startTimer(*found); // It waits for a host, or for its inbox.
+        startTimer(*found);   // It waits for a host, or for its inbox.
         return;
     }
     const Pending pending = *found;

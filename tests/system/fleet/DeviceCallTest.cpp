@@ -250,3 +250,29 @@ TEST_F(DeviceCallTest, WhatIsTooLargeDoesNotReachTheDevice)
     EXPECT_THAT(m_device->error(), testing::Not(testing::HasSubstr("no connection")));
     EXPECT_THAT(m_device->error(), testing::Not(testing::HasSubstr("not a call")));
 }
+
+/// On a bus that lets a client have few calls without replies.
+class DeviceSmallBusTest : public DeviceTest
+{
+protected:
+    DeviceSmallBusTest()
+        : DeviceTest(std::make_unique<Broker>(),
+                     R"(<limit name="max_replies_per_connection">16</limit>)")
+    {
+    }
+};
+
+TEST_F(DeviceSmallBusTest, ManyCallsAreCarriedOut)
+{
+    constexpr int many = 40;
+    startHost();
+    startDevice();
+    m_host->sendSignal(SIGSTOP);
+    for (int i = 0; i < many; ++i) {
+        call("\"id\":\"" + QByteArray::number(i) + R"(","call":"show","title":"x","timeout":0)");
+    }
+    call(R"("id":"last","call":"nonsense")");
+    ASSERT_TRUE(waitForAnswer(R"("id":"last")")) << "it has them";
+    m_host->sendSignal(SIGCONT);
+    EXPECT_TRUE(waitForMessage(s_answers, R"("shown":true)", many));
+}

@@ -31,8 +31,10 @@ class DeviceTest : public testing::Test
 protected:
     static constexpr std::chrono::seconds s_timeout{20};
 
-    explicit DeviceTest(std::unique_ptr<Broker> broker = std::make_unique<Broker>())
-        : m_broker(std::move(broker))
+    explicit DeviceTest(std::unique_ptr<Broker> broker = std::make_unique<Broker>(),
+                        const QString &busSettings = {})
+        : m_bus(busSettings)
+        , m_broker(std::move(broker))
     {
     }
 
