@@ -479,30 +479,48 @@ void HostCalls::checkLater()
 /// Ends may have been missed.
 void HostCalls::checkOpen()
 {
-    constexpr int maxPages = 100;
-    checkMessages();
-    checkHistory(m_others, 0, maxPages);
+    m_unchecked = m_messages.keys();
+    m_isHistoryDue = true;
+    if (!m_isChecking) {
+        checkNext();
+    }
 }
 
-void HostCalls::checkMessages()
+/// One request after the other: a bus may refuse who has many without replies. What is refused is asked again
+/// later.
+void HostCalls::checkNext()
 {
-    // Each by itself: others may have opened more than fit into one reply.
-    const QList<QString> paths = m_messages.keys();
-    for (const QString &path : paths) {
-        m_client.matchRow(TavoNotificationDisplayQueuePath(), path)
-            .onFinished(this, [this, path](const CMReply<int> &reply) {
-                const CMError error = reply.error();
-                if (isBusy(error)) {
-                    checkLater();
-                }
-                const bool isOpen =
-                    error.isError() ? error.name() != CMErrors::noSuchNode() : reply.value() >= 0;
-                const QString id = isOpen ? QString() : m_messages.take(path);
-                if (!id.isEmpty()) {
-                    Q_EMIT ended(id, End::Failed, {});
-                }
-            });
+    constexpr int maxPages = 100;
+    m_isChecking = m_client.isAvailable() && (!m_unchecked.isEmpty() || m_isHistoryDue);
+    if (!m_isChecking) {
+        return;
     }
+    if (!m_unchecked.isEmpty()) {
+        checkMessage(m_unchecked.takeLast());
+    } else {
+        m_isHistoryDue = false;
+        checkHistory(m_others, 0, maxPages);
+    }
+}
+
+/// By itself: others may have opened more than fit into one reply.
+void HostCalls::checkMessage(const QString &path)
+{
+    m_client.matchRow(TavoNotificationDisplayQueuePath(), path)
+        .onFinished(this, [this, path](const CMReply<int> &reply) {
+            const CMError error = reply.error();
+            if (isBusy(error)) {
+                QTimer::singleShot(checkAfterMs, this, [this, path] { checkMessage(path); });
+                return;
+            }
+            const bool isOpen =
+                error.isError() ? error.name() != CMErrors::noSuchNode() : reply.value() >= 0;
+            const QString id = isOpen ? QString() : m_messages.take(path);
+            if (!id.isEmpty()) {
+                Q_EMIT ended(id, End::Failed, {});
+            }
+            checkNext();
+        });
 }
 
 /// Looks for the newest entry of each of these calls. A sound has none.
@@ -510,13 +528,16 @@ void HostCalls::checkHistory(const QSet<QString> &ids, qint64 before, int maxPag
 {
     constexpr int pageSize = 10; // A busy bus has no time for large replies.
     if (ids.isEmpty() || maxPages == 0) {
+        checkNext();
         return;
     }
     const auto query =
         TavoAttentionQuery().setSource(application()).setBefore(before).setLimit(pageSize);
-    const auto take = [this, ids, maxPages](const CMReply<QVariant> &reply) {
+    const auto take = [this, ids, before, maxPages](const CMReply<QVariant> &reply) {
         if (isBusy(reply.error())) {
-            checkLater();
+            QTimer::singleShot(checkAfterMs, this, [this, ids, before, maxPages] {
+                checkHistory(ids, before, maxPages);
+            });
             return;
         }
         const auto page = TavoValue(reply.value().toHash()).attentionPage();
@@ -531,6 +552,8 @@ void HostCalls::checkHistory(const QSet<QString> &ids, qint64 before, int maxPag
         }
         if (page.next() != 0) {
             checkHistory(others, page.next(), maxPages - 1);
+        } else {
+            checkNext();
         }
     };
     m_client.call(TavoAttentionHistoryPath(), TavoValue().setAttentionQuery(query))

@@ -79,7 +79,8 @@ private:
     void tellDropped();
     void checkLater();
     void checkOpen();
-    void checkMessages();
+    void checkNext();
+    void checkMessage(const QString &path);
     void checkHistory(const QSet<QString> &ids, qint64 before, int maxPages);
 
     TavoClient &m_client;
@@ -93,5 +94,8 @@ private:
     /// By paths: the ends that came last of messages not known here. A reply may come after the end.
     QHash<QString, FleetEvent::End> m_early;
     QTimer m_checkTimer;           ///< until the host is asked for ends that it left out
+    QStringList m_unchecked;       ///< paths of messages that it is still to be asked about
+    bool m_isHistoryDue = false;   ///< it is to be asked about the others then
+    bool m_isChecking = false;     ///< it is being asked
     QDeadlineTimer m_untilWarning; ///< of what was left out
 };

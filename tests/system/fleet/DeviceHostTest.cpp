@@ -8,6 +8,26 @@
 class DeviceHostTest : public DeviceTest
 {
 protected:
+    /// The device shows messages, is killed and started again.
+    void showAndRestart(int messages)
+    {
+        m_scripted.on("Call", TavoNotificationDisplayOpenPath(),
+                      [opened = 0](const BusMessage &call) mutable {
+                          const CMPath path(QStringLiteral("/message/%1").arg(++opened));
+                          ScriptedHost::reply(call, TavoValue().setPath(path).__variant());
+                      });
+        m_scripted.appear();
+        startDevice();
+        for (int i = 0; i < messages; ++i) {
+            call("\"id\":\"" + QByteArray::number(i) +
+                 R"(","call":"show","title":"x","timeout":0)");
+        }
+        ASSERT_TRUE(waitForMessage(s_answers, R"("shown":true)", messages));
+        m_device->kill();
+        ASSERT_TRUE(waitForMessage("tavo/v1/porch/online", "0"));
+        startDevice();
+    }
+
     ScriptedHost m_scripted{m_bus.address()};
 };
 
@@ -76,4 +96,23 @@ TEST_F(DeviceHostTest, ACallThatDidNotReachTheHostHasNotEndedWithIt)
                                     .__variant());
     EXPECT_TRUE(waitForEvent(R"("end":"dismissed","id":"a")"));
     EXPECT_EQ(count("tavo/v1/porch/event"), 1);
+}
+
+TEST_F(DeviceHostTest, TheCheckOfMessagesGoesOnWhereItWasRefused)
+{
+    constexpr int messages = 5;
+    QStringList asked;
+    m_scripted.on("MatchRow", [&](const BusMessage &call) {
+        asked.append(ScriptedHost::valueOf(call).toString());
+        if (asked.size() == 3) {
+            ScriptedHost::refuse(call);
+        } else {
+            constexpr int open = 0;
+            ScriptedHost::replyWithInt(call, open);
+        }
+    });
+    ASSERT_NO_FATAL_FAILURE(showAndRestart(messages));
+    ASSERT_TRUE(waitFor([&] { return asked.size() == messages + 1; }, s_timeout));
+    EXPECT_EQ(asked.at(3), asked.at(2));
+    EXPECT_EQ(asked.removeDuplicates(), 1);
 }

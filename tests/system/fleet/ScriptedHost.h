@@ -62,6 +62,13 @@ public:
         writer.message().send();
     }
 
+    static void replyWithInt(const BusMessage &call, int number)
+    {
+        BusWriter writer(call.createReply());
+        writer.writeInt32(number);
+        writer.message().send();
+    }
+
     /// The value of a request to a node.
     static QVariant valueOf(const BusMessage &call)
     {
