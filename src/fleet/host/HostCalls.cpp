@@ -5,7 +5,7 @@
 
 #include "base/Json.h"
 #include "fleet/FleetLog.h"
-#include <client/TavoClientError.h>
+#include "fleet/host/BusyHost.h"
 #include <core/base/connect.h>
 #include <core/tavo.h>
 
@@ -20,7 +20,6 @@ using End = FleetEvent::End;
 using Outcome = HostCalls::Outcome;
 
 constexpr int checkAfterMs = 1000; // more may be left out until then
-constexpr int inboxAgainMs = 1000;
 
 const QString &application()
 {
@@ -158,11 +157,9 @@ End endOf(TavoAttentionState::Enum state)
     }
 }
 
-/// Whether the same request may succeed later.
-bool isBusy(const CMError &error)
+QVector<CMPath> endPaths()
 {
-    return error.name() == TavoClientError::limitExceeded() ||
-           error.name() == TavoClientError::timedOut();
+    return {TavoNotificationDisplayEndedPath(), TavoAttentionEndedPath()};
 }
 } // namespace
 
@@ -175,15 +172,15 @@ HostCalls::HostCalls(TavoClient &client, const Permissions &permissions, int tim
                 &HostCalls::on_client_availableChanged);
     tavoConnect(&client, &TavoClient::valueChanged, this, &HostCalls::on_client_valueChanged);
     tavoConnect(&client, &TavoClient::changesDropped, this, &HostCalls::tellDropped);
+    tavoConnect(&client, &TavoClient::subscriptionFailed, this,
+                &HostCalls::on_client_subscriptionFailed);
     m_inboxTimer.setSingleShot(true);
-    m_inboxTimer.setInterval(inboxAgainMs);
+    m_inboxTimer.setInterval(askBusyHostAgainMs);
     tavoConnect(&m_inboxTimer, &QTimer::timeout, this, &HostCalls::on_inboxTimer_timeout);
     openInbox();
     m_checkTimer.setSingleShot(true);
     m_checkTimer.setInterval(checkAfterMs);
     tavoConnect(&m_checkTimer, &QTimer::timeout, this, &HostCalls::checkOpen);
-    client.subscribe(TavoNotificationDisplayEndedPath(), TavoClient::Change::Value);
-    client.subscribe(TavoAttentionEndedPath(), TavoClient::Change::Value);
 }
 
 void HostCalls::openInbox()
@@ -469,6 +466,13 @@ void HostCalls::tellDropped()
     checkLater();
 }
 
+void HostCalls::on_client_subscriptionFailed(const CMPath &path, const CMError &error)
+{
+    if (isBusy(error) && endPaths().contains(path)) {
+        checkLater();
+    }
+}
+
 void HostCalls::checkLater()
 {
     if (!m_checkTimer.isActive()) {
@@ -479,6 +483,9 @@ void HostCalls::checkLater()
 /// Ends may have been missed.
 void HostCalls::checkOpen()
 {
+    for (const CMPath &path : endPaths()) {
+        m_client.subscribe(path, TavoClient::Change::Value);
+    }
     m_unchecked = m_messages.keys();
     m_isHistoryDue = true;
     if (!m_isChecking) {
@@ -510,7 +517,7 @@ void HostCalls::checkMessage(const QString &path)
         .onFinished(this, [this, path](const CMReply<int> &reply) {
             const CMError error = reply.error();
             if (isBusy(error)) {
-                QTimer::singleShot(checkAfterMs, this, [this, path] { checkMessage(path); });
+                QTimer::singleShot(askBusyHostAgainMs, this, [this, path] { checkMessage(path); });
                 return;
             }
             const bool isOpen =
@@ -535,7 +542,7 @@ void HostCalls::checkHistory(const QSet<QString> &ids, qint64 before, int maxPag
         TavoAttentionQuery().setSource(application()).setBefore(before).setLimit(pageSize);
     const auto take = [this, ids, before, maxPages](const CMReply<QVariant> &reply) {
         if (isBusy(reply.error())) {
-            QTimer::singleShot(checkAfterMs, this, [this, ids, before, maxPages] {
+            QTimer::singleShot(askBusyHostAgainMs, this, [this, ids, before, maxPages] {
                 checkHistory(ids, before, maxPages);
             });
             return;

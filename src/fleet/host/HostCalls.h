@@ -57,6 +57,7 @@ Q_SIGNALS:
 private Q_SLOTS:
     void on_client_availableChanged(bool available);
     void on_client_valueChanged(const CMPath &path, const QVariant &value);
+    void on_client_subscriptionFailed(const CMPath &path, const CMError &error);
     void on_inbox_responded(const TavoNotificationPlayerResponse &response);
     void on_inboxTimer_timeout();
 

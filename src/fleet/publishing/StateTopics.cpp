@@ -3,6 +3,7 @@
 
 #include "fleet/publishing/StateTopics.h"
 
+#include "fleet/host/BusyHost.h"
 #include <core/base/connect.h>
 #include <core/tavo.h>
 
@@ -37,9 +38,11 @@ StateTopics::StateTopics(MqttConnection &connection, TavoClient &client, const Q
                 &StateTopics::on_client_availableChanged);
     tavoConnect(&client, &TavoClient::valueChanged, this, &StateTopics::on_client_valueChanged);
     tavoConnect(&client, &TavoClient::changesDropped, this, &StateTopics::on_client_changesDropped);
-    for (const CMPath &path : paths()) {
-        client.subscribe(path, TavoClient::Change::Value);
-    }
+    tavoConnect(&client, &TavoClient::subscriptionFailed, this,
+                &StateTopics::on_client_subscriptionFailed);
+    m_readTimer.setSingleShot(true);
+    m_readTimer.setInterval(askBusyHostAgainMs);
+    tavoConnect(&m_readTimer, &QTimer::timeout, this, &StateTopics::readNext);
 }
 
 void StateTopics::on_client_availableChanged(bool available)
@@ -56,11 +59,41 @@ void StateTopics::on_client_availableChanged(bool available)
 
 void StateTopics::read(const CMPath &path)
 {
+    if (!m_unread.contains(path)) {
+        m_unread.append(path);
+    }
+    readNext();
+}
+
+/// One after the other: a bus may refuse who has many calls without replies.
+void StateTopics::readNext()
+{
+    if (m_isReading || m_readTimer.isActive() || m_unread.isEmpty() || !m_client.isAvailable()) {
+        return;
+    }
+    m_isReading = true;
+    const CMPath path = m_unread.takeFirst();
+    m_client.subscribe(path, TavoClient::Change::Value);
     m_client.getValue(path).onFinished(this, [this, path](const CMReply<QVariant> &reply) {
+        m_isReading = false;
         if (!reply.error().isError()) {
             on_client_valueChanged(path, reply.value());
         }
+        readNext();
     });
+}
+
+void StateTopics::readLater(const CMPath &path)
+{
+    m_readTimer.start();
+    read(path);
+}
+
+void StateTopics::on_client_subscriptionFailed(const CMPath &path, const CMError &error)
+{
+    if (isBusy(error) && paths().contains(path)) {
+        readLater(path);
+    }
 }
 
 void StateTopics::on_client_changesDropped(const CMPath &path)
@@ -128,7 +161,6 @@ void StateTopics::describe()
 void StateTopics::on_displayTimer_timeout()
 {
     if (std::exchange(m_isPaused, false)) {
-        m_client.subscribe(TavoNotificationDisplayCurrentPath(), TavoClient::Change::Value);
         read(TavoNotificationDisplayCurrentPath());
     } else if (m_described != m_displayChanges) {
         m_displayTimer.start();

@@ -26,6 +26,7 @@ private Q_SLOTS:
     void on_client_availableChanged(bool available);
     void on_client_valueChanged(const CMPath &path, const QVariant &value);
     void on_client_changesDropped(const CMPath &path);
+    void on_client_subscriptionFailed(const CMPath &path, const CMError &error);
     void on_connection_connected(bool hasSession);
     void on_timer_timeout();
     void on_displayTimer_timeout();
@@ -39,6 +40,8 @@ private:
     };
 
     void read(const CMPath &path);
+    void readNext();
+    void readLater(const CMPath &path);
     void showMessage(const TavoNotificationDisplayCurrent &current);
     void describe();
     void set(const char *what, const QJsonObject &state);
@@ -50,6 +53,9 @@ private:
     QMap<QString, State> m_states;
     QElapsedTimer m_clock;
     QTimer m_timer;
+    QVector<CMPath> m_unread; ///< are still to be read
+    bool m_isReading = false;
+    QTimer m_readTimer; ///< until the next is read, after the host has refused one
     TavoNotificationDisplayCurrent m_current;
     QTimer m_displayTimer;    ///< until the message on display is described again
     bool m_isPaused = false;  ///< until then, its changes are not subscribed to

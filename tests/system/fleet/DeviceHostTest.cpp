@@ -8,8 +8,8 @@
 class DeviceHostTest : public DeviceTest
 {
 protected:
-    /// The device shows messages, is killed and started again.
-    void showAndRestart(int messages)
+    /// The device shows messages: "/message/1" of the call "0" and so on.
+    void show(int messages)
     {
         m_scripted.on("Call", TavoNotificationDisplayOpenPath(),
                       [opened = 0](const BusMessage &call) mutable {
@@ -23,9 +23,6 @@ protected:
                  R"(","call":"show","title":"x","timeout":0)");
         }
         ASSERT_TRUE(waitForMessage(s_answers, R"("shown":true)", messages));
-        m_device->kill();
-        ASSERT_TRUE(waitForMessage("tavo/v1/porch/online", "0"));
-        startDevice();
     }
 
     ScriptedHost m_scripted{m_bus.address()};
@@ -111,8 +108,55 @@ TEST_F(DeviceHostTest, TheCheckOfMessagesGoesOnWhereItWasRefused)
             ScriptedHost::replyWithInt(call, open);
         }
     });
-    ASSERT_NO_FATAL_FAILURE(showAndRestart(messages));
+    ASSERT_NO_FATAL_FAILURE(show(messages));
+    m_device->kill();
+    ASSERT_TRUE(waitForMessage("tavo/v1/porch/online", "0"));
+    startDevice();
     ASSERT_TRUE(waitFor([&] { return asked.size() == messages + 1; }, s_timeout));
     EXPECT_EQ(asked.at(3), asked.at(2));
     EXPECT_EQ(asked.removeDuplicates(), 1);
+}
+
+TEST_F(DeviceHostTest, AnEndIsReportedAlthoughTheSubscriptionWasRefused)
+{
+    bool isRefused = false;
+    m_scripted.on("Subscribe", TavoNotificationDisplayEndedPath(), [&](const BusMessage &call) {
+        if (std::exchange(isRefused, true)) {
+            ScriptedHost::reply(call);
+            m_scripted.emitValueChanged(
+                TavoNotificationDisplayEndedPath(),
+                TavoValue()
+                    .setDisplayEnded(TavoNotificationDisplayEnded()
+                                         .setPath(CMPath(QStringLiteral("/message/1")))
+                                         .setEnd(TavoNotificationDisplayEnd::Closed))
+                    .__variant());
+        } else {
+            ScriptedHost::refuse(call);
+        }
+    });
+    ASSERT_NO_FATAL_FAILURE(show(1));
+    EXPECT_TRUE(waitForEvent(R"("end":"dismissed","id":"0")"));
+}
+
+TEST_F(DeviceHostTest, AStateIsFollowedAlthoughTheSubscriptionWasRefused)
+{
+    bool isRefused = false;
+    m_scripted.on("Subscribe", TavoAttentionDoNotDisturbPath(), [&](const BusMessage &call) {
+        if (std::exchange(isRefused, true)) {
+            ScriptedHost::reply(call);
+        } else {
+            ScriptedHost::refuse(call);
+        }
+    });
+    m_scripted.on(
+        "GetValue", TavoAttentionDoNotDisturbPath(), [reads = 0](const BusMessage &call) mutable {
+            const bool isOn = ++reads > 1;
+            ScriptedHost::reply(
+                call, TavoValue()
+                          .setAttentionDoNotDisturb(TavoAttentionDoNotDisturb().setOn(isOn))
+                          .__variant());
+        });
+    m_scripted.appear();
+    startDevice();
+    EXPECT_TRUE(waitForMessage("tavo/v1/porch/state/quiet", R"("quiet":true)"));
 }
