@@ -157,6 +157,14 @@ End endOf(TavoAttentionState::Enum state)
     }
 }
 
+/// The player refuses a sound only if it has one with this id. The host refuses one with the id of a sound that
+/// gives way to others.
+bool isSoundThere(const CMError &error)
+{
+    return error.name() == TavoNotificationsName() ||
+           error.message().toString() == QLatin1String("A sound with this id waits");
+}
+
 QVector<CMPath> endPaths()
 {
     return {TavoNotificationDisplayEndedPath(), TavoAttentionEndedPath()};
@@ -388,9 +396,7 @@ void HostCalls::sound(const FleetCall &call, bool isAgain, const Finish &finish)
     m_client.enqueue(item).onFinished(
         this, [this, call, isAgain, finish](const CMReply<QVariant> &reply) {
             const CMError error = reply.error();
-            // The player refuses a sound only if it has one with this id.
-            const bool isThere = isAgain && error.name() == TavoNotificationsName();
-            if (error.isError() && !isThere) {
+            if (error.isError() && !(isAgain && isSoundThere(error))) {
                 m_others.remove(call.id);
                 finish(failed(error));
             } else {

@@ -148,8 +148,7 @@ TEST_F(DeviceCallTest, AnEndByAPersonIsToldToTheGroup)
 
 TEST_F(DeviceCallTest, ASoundIsAnsweredAndItsEndReported)
 {
-    makeSound();
-    set("allow", QJsonObject{{"sounds", QJsonObject{{"folder", m_folder.path()}}}});
+    allowBell();
     startDevice();
     call(R"("id":"a","call":"sound","sound":"bell")");
     ASSERT_TRUE(waitForAnswer(R"("id":"a","sounding":true)"));
@@ -163,8 +162,7 @@ TEST_F(DeviceCallTest, ASoundIsAnsweredAndItsEndReported)
 TEST_F(DeviceCallTest, TheEndOfASoundThatWaitedForTheHostIsReported)
 {
     ASSERT_EQ(m_host->stop(), 0);
-    makeSound();
-    set("allow", QJsonObject{{"sounds", QJsonObject{{"folder", m_folder.path()}}}});
+    allowBell();
     startDevice();
     call(R"("id":"a","call":"sound","sound":"bell")");
     call(R"("id":"b","call":"nonsense")");

@@ -30,8 +30,7 @@ protected:
 
 TEST_F(DeviceHostTest, SoundsWaitUntilTheirEndCanBeReportedAndOtherCallsDoNot)
 {
-    makeSound();
-    set("allow", QJsonObject{{"sounds", QJsonObject{{"folder", m_folder.path()}}}});
+    allowBell();
     bool isFull = true;
     m_scripted.on("OpenInbox", [&](const BusMessage &call) {
         if (isFull) {
@@ -159,4 +158,26 @@ TEST_F(DeviceHostTest, AStateIsFollowedAlthoughTheSubscriptionWasRefused)
     m_scripted.appear();
     startDevice();
     EXPECT_TRUE(waitForMessage("tavo/v1/porch/state/quiet", R"("quiet":true)"));
+}
+
+TEST_F(DeviceHostTest, ASoundThatGivesWayWhileTheDeviceIsStartedAgainIsThere)
+{
+    allowBell();
+    int requests = 0;
+    m_scripted.on("OpenInbox", [](const BusMessage &call) {
+        ScriptedHost::replyWithText(call, "/dbus/inbox/7");
+    });
+    m_scripted.on("Call", TavoNotificationPlayerEnqueuePath(), [&](const BusMessage &call) {
+        if (++requests > 1) {
+            ScriptedHost::refuse(call, {"org.tavo.Error.Dbus", "A sound with this id waits"});
+        }
+    });
+    m_scripted.appear();
+    startDevice();
+    call(R"("id":"a","call":"sound","sound":"bell","priority":"urgent")");
+    ASSERT_TRUE(waitFor([&] { return requests == 1; }, s_timeout));
+    m_device->kill();
+    ASSERT_TRUE(waitForMessage("tavo/v1/porch/online", "0"));
+    startDevice();
+    EXPECT_TRUE(waitForAnswer(R"("id":"a","sounding":true)"));
 }

@@ -125,6 +125,13 @@ protected:
         writeConfiguration();
     }
 
+    /// Makes a sound that can be named "bell".
+    void allowBell()
+    {
+        makeSound();
+        set("allow", QJsonObject{{"sounds", QJsonObject{{"folder", m_folder.path()}}}});
+    }
+
     void writeConfiguration()
     {
         const QJsonObject broker{{"url", m_broker->uri()},
