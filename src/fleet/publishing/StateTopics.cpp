@@ -34,6 +34,9 @@ StateTopics::StateTopics(MqttConnection &connection, TavoClient &client, const Q
     tavoConnect(&m_timer, &QTimer::timeout, this, &StateTopics::on_timer_timeout);
     tavoConnect(&connection, &MqttConnection::connected, this,
                 &StateTopics::on_connection_connected);
+    tavoConnect(&connection, &MqttConnection::published, this,
+                &StateTopics::on_connection_published);
+    tavoConnect(&connection, &MqttConnection::refused, this, &StateTopics::on_connection_published);
     tavoConnect(&client, &TavoClient::availableChanged, this,
                 &StateTopics::on_client_availableChanged);
     tavoConnect(&client, &TavoClient::valueChanged, this, &StateTopics::on_client_valueChanged);
@@ -187,7 +190,7 @@ void StateTopics::publishDue()
     const qint64 now = m_clock.elapsed();
     qint64 next = intervalMs + 1;
     for (auto state = m_states.begin(); state != m_states.end(); ++state) {
-        if (!state->isDue) {
+        if (!state->isDue || state->inFlight >= 0) {
             continue;
         }
         const qint64 wait = state->last == 0 ? 0 : state->last + intervalMs - now;
@@ -199,7 +202,7 @@ void StateTopics::publishDue()
         message.topic = FleetTopics::state(m_device, state.key());
         message.payload = state->payload;
         message.isRetained = true;
-        m_connection.publish(message);
+        state->inFlight = m_connection.publish(message);
         state->isDue = false;
         state->last = qMax<qint64>(now, 1);
     }
@@ -217,6 +220,19 @@ void StateTopics::on_connection_connected(bool /*hasSession*/)
 {
     for (State &state : m_states) {
         state.isDue = true;
+        state.inFlight = -1;
     }
     publishDue();
+}
+
+/// Or refused.
+void StateTopics::on_connection_published(int number)
+{
+    for (State &state : m_states) {
+        if (state.inFlight == number) {
+            state.inFlight = -1;
+            publishDue();
+            return;
+        }
+    }
 }

@@ -13,8 +13,8 @@
 #include <QMap>
 #include <QTimer>
 
-/// Publishes what the host shows and plays, retained: each topic at least 100 ms after its last message, the newest
-/// state, and all of them after each connecting.
+/// Publishes what the host shows and plays, retained: each topic at least 100 ms after its last message and when the
+/// broker has that, the newest state, and all of them after each connecting.
 class StateTopics : public QObject
 {
     Q_OBJECT
@@ -28,6 +28,7 @@ private Q_SLOTS:
     void on_client_changesDropped(const CMPath &path);
     void on_client_subscriptionFailed(const CMPath &path, const CMError &error);
     void on_connection_connected(bool hasSession);
+    void on_connection_published(int number);
     void on_timer_timeout();
     void on_displayTimer_timeout();
 
@@ -36,7 +37,8 @@ private:
     {
         QByteArray payload;
         bool isDue = false;
-        qint64 last = 0; ///< when it was published, by m_clock
+        qint64 last = 0;   ///< when it was published, by m_clock
+        int inFlight = -1; ///< the number of the message that the broker does not have yet
     };
 
     void read(const CMPath &path);

@@ -181,3 +181,33 @@ TEST_F(DeviceHostTest, ASoundThatGivesWayWhileTheDeviceIsStartedAgainIsThere)
     startDevice();
     EXPECT_TRUE(waitForAnswer(R"("id":"a","sounding":true)"));
 }
+
+TEST_F(DeviceHostTest, ASlowBrokerGetsOnlyTheNewestState)
+{
+    constexpr int changes = 6;
+    const auto current = [](int waiting) {
+        return TavoValue()
+            .setDisplayCurrent(TavoNotificationDisplayCurrent()
+                                   .setPath(CMPath(QStringLiteral("/message/1")))
+                                   .setWaiting(waiting))
+            .__variant();
+    };
+    int described = 0;
+    m_scripted.on("Describe", [&](const BusMessage &call) {
+        ScriptedHost::describe(call, "/message/1", QString::number(++described));
+        if (described < changes) {
+            m_scripted.emitValueChanged(TavoNotificationDisplayCurrentPath(), current(described));
+        }
+    });
+    m_scripted.appear();
+    startDevice();
+    m_broker->pause();
+    m_scripted.on("GetValue", TavoNotificationDisplayCurrentPath(),
+                  [&](const BusMessage &call) { ScriptedHost::reply(call, current(described)); });
+    m_scripted.emitValueChanged(TavoNotificationDisplayCurrentPath(), current(0));
+    ASSERT_TRUE(waitFor([&] { return described == changes; }, s_timeout));
+    m_broker->resume();
+    ASSERT_TRUE(waitForMessage("tavo/v1/porch/state/display", R"("text":"6")"));
+    EXPECT_LE(count("tavo/v1/porch/state/display", R"("shown":true)"), 3)
+        << "the first, the newest, and perhaps the one before that";
+}

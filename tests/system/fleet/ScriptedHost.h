@@ -69,6 +69,21 @@ public:
         writer.message().send();
     }
 
+    /// Describes one node.
+    static void describe(const BusMessage &call, const QString &path, const QString &text)
+    {
+        BusWriter writer(call.createReply());
+        writer.openArray("(ssss)");
+        writer.openStruct("ssss");
+        writer.writeString(path);
+        writer.writeString(QStringLiteral("list"));
+        writer.writeString(QStringLiteral("Title"));
+        writer.writeString(text);
+        writer.close();
+        writer.close();
+        writer.message().send();
+    }
+
     /// The value of a request to a node.
     static QVariant valueOf(const BusMessage &call)
     {
