@@ -19,6 +19,13 @@ QVector<CMPath> paths()
     return {TavoNotificationDisplayCurrentPath(), TavoNotificationPlayerIsPlayingPath(),
             TavoAttentionDoNotDisturbPath(), TavoPlayerMainAudioStatePath()};
 }
+
+QString beginningOf(const QString &text)
+{
+    constexpr int maxLength = 1000;
+    const bool isSplit = text.size() > maxLength && text[maxLength - 1].isHighSurrogate();
+    return text.left(isSplit ? maxLength - 1 : maxLength);
+}
 } // namespace
 
 StateTopics::StateTopics(MqttConnection &connection, TavoClient &client, const QString &device)
@@ -154,8 +161,8 @@ void StateTopics::describe()
             }
             const TavoClientDescription message = reply.value().first();
             set("display", {{QStringLiteral("shown"), true},
-                            {QStringLiteral("title"), message.title},
-                            {QStringLiteral("text"), message.text},
+                            {QStringLiteral("title"), beginningOf(message.title)},
+                            {QStringLiteral("text"), beginningOf(message.text)},
                             {QStringLiteral("priority"), int(current.priority())},
                             {QStringLiteral("waiting"), current.waiting()}});
         });

@@ -37,6 +37,14 @@ TEST_F(DeviceCallTest, AShownMessageIsAnsweredOnceAndItsEndIsAnEvent)
     EXPECT_EQ(count("tavo/v1/porch/event"), 1);
 }
 
+TEST_F(DeviceCallTest, TheStateHasTheBeginningOfALongText)
+{
+    const QByteArray beginning(999, 'x');
+    startDevice();
+    call(R"("id":"a","call":"show","text":")" + beginning + "😀yyy\"");
+    EXPECT_TRUE(waitForMessage("tavo/v1/porch/state/display", '"' + beginning + '"'));
+}
+
 TEST_F(DeviceCallTest, ARepeatedCallIsAnsweredAgainAndNotCarriedOutAgain)
 {
     startDevice();
