@@ -88,6 +88,8 @@ void StateTopics::readNext()
         m_isReading = false;
         if (!reply.error().isError()) {
             on_client_valueChanged(path, reply.value());
+        } else if (isBusy(reply.error())) {
+            readLater(path);
         }
         readNext();
     });
@@ -156,6 +158,9 @@ void StateTopics::describe()
     m_client.describe({m_current.path()})
         .onFinished(this, [this, current = m_current, change = m_displayChanges](
                               const CMReply<QVector<TavoClientDescription>> &reply) {
+            if (isBusy(reply.error())) {
+                readLater(TavoNotificationDisplayCurrentPath());
+            }
             if (change != m_displayChanges || reply.value().isEmpty()) {
                 return;
             }

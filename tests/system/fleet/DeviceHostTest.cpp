@@ -211,3 +211,43 @@ TEST_F(DeviceHostTest, ASlowBrokerGetsOnlyTheNewestState)
     EXPECT_LE(count("tavo/v1/porch/state/display", R"("shown":true)"), 3)
         << "the first, the newest, and perhaps the one before that";
 }
+
+TEST_F(DeviceHostTest, AStateThatCouldNotBeReadIsReadAgain)
+{
+    int reads = 0;
+    m_scripted.on("GetValue", TavoPlayerMainAudioStatePath(), [&](const BusMessage &call) {
+        if (++reads == 1) {
+            ScriptedHost::refuse(call);
+        } else {
+            ScriptedHost::reply(call,
+                                TavoValue()
+                                    .setMainAudioState(TavoPlayerMainAudioState().setVolume(0.25))
+                                    .__variant());
+        }
+    });
+    m_scripted.appear();
+    startDevice();
+    EXPECT_TRUE(waitForMessage("tavo/v1/porch/state/volume", R"("volume":0.25)"));
+}
+
+TEST_F(DeviceHostTest, AMessageWhoseTextsCouldNotBeReadIsReadAgain)
+{
+    const CMPath path(QStringLiteral("/message/1"));
+    m_scripted.on("GetValue", TavoNotificationDisplayCurrentPath(), [&](const BusMessage &call) {
+        ScriptedHost::reply(call,
+                            TavoValue()
+                                .setDisplayCurrent(TavoNotificationDisplayCurrent().setPath(path))
+                                .__variant());
+    });
+    int reads = 0;
+    m_scripted.on("Describe", [&](const BusMessage &call) {
+        if (++reads == 1) {
+            ScriptedHost::refuse(call);
+        } else {
+            ScriptedHost::describe(call, path.toString(), "Water");
+        }
+    });
+    m_scripted.appear();
+    startDevice();
+    EXPECT_TRUE(waitForMessage("tavo/v1/porch/state/display", R"("text":"Water")"));
+}
