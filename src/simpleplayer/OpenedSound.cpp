@@ -6,7 +6,9 @@
 #include <QFile>
 #include <QMultiHash>
 
-#include <algorithm>
+#include <climits>
+
+#include <array>
 #include <fcntl.h>
 #include <mutex>
 #include <sys/stat.h>
@@ -32,6 +34,7 @@ public:
     /// The file last entered for a path; null if there is none.
     static std::shared_ptr<const File> find(const QString &path);
 
+    const QString &path() const { return m_path; }
     mode_t mode() const { return m_status.st_mode; }
     int openForReading() const;
 
@@ -54,19 +57,20 @@ private:
 namespace {
 constexpr int readingFlags = O_RDONLY | O_NONBLOCK | O_CLOEXEC;
 
-/// Opens a file without reading it, -1 on failure. A link on the way is not followed.
-int openWithoutLinks(const QString &path)
+QByteArray linkTo(int descriptor)
 {
-    constexpr int flags = O_PATH | O_NOFOLLOW | O_CLOEXEC;
-    int descriptor = ::open("/", flags);
-    for (const QByteArray &name : QFile::encodeName(path).split('/')) {
-        if (name.isEmpty() || descriptor < 0) {
-            continue;
-        }
-        const int folder = std::exchange(descriptor, ::openat(descriptor, name.constData(), flags));
-        ::close(folder);
-    }
-    return descriptor;
+    return "/proc/self/fd/" + QByteArray::number(descriptor);
+}
+
+/// Where an open file is; empty if it is nowhere. Whoever resolves links one by one looks up each folder of a long
+/// path again and again, which takes seconds if links have long targets.
+QString locationOf(int descriptor)
+{
+    std::array<char, PATH_MAX> target{};
+    const ssize_t length = ::readlink(linkTo(descriptor).constData(), target.data(), target.size());
+    // Pipes and sockets without a path have names of another form.
+    const bool isPath = length > 0 && length < ssize_t(target.size()) && target[0] == '/';
+    return isPath ? QFile::decodeName(QByteArray(target.data(), int(length))) : QString();
 }
 } // namespace
 
@@ -121,8 +125,7 @@ std::shared_ptr<const OpenedSound::File> OpenedSound::File::find(const QString &
 
 int OpenedSound::File::openForReading() const
 {
-    const QByteArray link = "/proc/self/fd/" + QByteArray::number(m_descriptor);
-    return ::open(link.constData(), readingFlags);
+    return ::open(linkTo(m_descriptor).constData(), readingFlags);
 }
 
 OpenedSound::OpenedSound(std::shared_ptr<const File> file)
@@ -132,7 +135,7 @@ OpenedSound::OpenedSound(std::shared_ptr<const File> file)
 
 std::optional<OpenedSound> OpenedSound::open(const QString &path)
 {
-    const int descriptor = openWithoutLinks(path);
+    const int descriptor = ::open(QFile::encodeName(path).constData(), O_PATH | O_CLOEXEC);
     if (descriptor < 0) {
         return std::nullopt;
     }
@@ -140,11 +143,17 @@ std::optional<OpenedSound> OpenedSound::open(const QString &path)
     {
     };
     fstat(descriptor, &status);
-    auto file = std::make_shared<const File>(path, descriptor, status);
-    if (S_ISLNK(file->mode())) {
+    auto file = std::make_shared<const File>(locationOf(descriptor), descriptor, status);
+    const bool isDeleted = status.st_nlink == 0;
+    if (file->path().isEmpty() || isDeleted) {
         return std::nullopt;
     }
     return OpenedSound(File::entered(std::move(file)));
+}
+
+QString OpenedSound::path() const
+{
+    return m_file->path();
 }
 
 bool OpenedSound::isRegularFile() const

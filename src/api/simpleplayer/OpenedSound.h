@@ -18,10 +18,12 @@
 class TAVO_SIMPLEPLAYER_EXPORT OpenedSound
 {
 public:
-    /// Opens an absolute path. Returns nothing if there is no such file, or if a part of the path is
-    /// a link. Nothing is read, and the writer of a FIFO
-    /// goes on waiting for a reader.
+    /// Opens an absolute path, with links. Returns nothing if there is no such file. Nothing is read, and
+    /// the writer of a FIFO goes on waiting for a reader.
     static std::optional<OpenedSound> open(const QString &path);
+
+    /// Returns where the file is, without links.
+    QString path() const;
 
     /// Returns whether it is a file, not a FIFO or a device.
     bool isRegularFile() const;

@@ -99,12 +99,25 @@ TEST_F(OpenedSoundTest, SharesOneDescriptorForOneFile)
     EXPECT_EQ(descriptors(), before);
 }
 
-TEST_F(OpenedSoundTest, IsNotOpenedThroughALink)
+TEST_F(OpenedSoundTest, TellsWhereItIsWithoutLinks)
 {
     ASSERT_TRUE(QFile::link(file(), path("link.wav")));
-    ASSERT_TRUE(QFile::link(path("folder"), path("linked")));
-    EXPECT_FALSE(OpenedSound::open(path("link.wav")));
-    EXPECT_FALSE(OpenedSound::open(path("linked/sound.wav")));
+    const auto opened = OpenedSound::open(path("link.wav"));
+    ASSERT_TRUE(opened);
+    EXPECT_EQ(opened->path(), QFileInfo(file()).canonicalFilePath());
+}
+
+TEST_F(OpenedSoundTest, HasAPlace)
+{
+    std::array<int, 2> pipe{};
+    ASSERT_EQ(::pipe(pipe.data()), 0);
+    EXPECT_FALSE(OpenedSound::open("/proc/self/fd/" + QString::number(pipe[0])));
+    ::close(pipe[0]);
+    ::close(pipe[1]);
+    const int deleted = ::open(QFile::encodeName(file()).constData(), O_RDONLY | O_CLOEXEC);
+    QFile::remove(file());
+    EXPECT_FALSE(OpenedSound::open("/proc/self/fd/" + QString::number(deleted)));
+    ::close(deleted);
     EXPECT_FALSE(OpenedSound::open(path("missing.wav")));
     EXPECT_FALSE(OpenedSound::open(file() + "/below"));
 }

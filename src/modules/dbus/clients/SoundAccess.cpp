@@ -92,24 +92,23 @@ Result<AllowedSound> SoundAccess::checkUrl(const QString &location, const QUrl &
     return AllowedSound{location, {}};
 }
 
-Result<AllowedSound> SoundAccess::checkPath(const QString &location, const QString &path,
+Result<AllowedSound> SoundAccess::checkPath(const QString &requested, const QString &path,
                                             Kind kind) const
 {
     if (!m_schemes.contains(fileScheme)) {
-        return refusal(location, QStringLiteral("has a scheme that is not allowed"));
+        return refusal(requested, QStringLiteral("has a scheme that is not allowed"));
     }
-    const QString canonical = QFileInfo(path).canonicalFilePath();
+    const auto file = OpenedSound::open(path);
+    const QString location = file ? file->path() : QString();
     const bool isAllowed =
-        !isBelow(canonical, withoutLinks(m_ownFolder)) &&
+        !isBelow(location, withoutLinks(m_ownFolder)) &&
         std::any_of(m_folders.begin(), m_folders.end(),
-                    [&](const QString &folder) { return isBelow(canonical, folder); });
-    // If a folder becomes a link between these two lines, the path can't be opened any more.
-    const auto file = isAllowed ? OpenedSound::open(canonical) : std::nullopt;
+                    [&](const QString &folder) { return isBelow(location, folder); });
     // One reason for all cases: a client must not learn what is in other folders.
-    if (!file || !isOfKind(*file, kind)) {
-        return refusal(location, kind == Kind::Stream
-                                     ? QStringLiteral("is not a FIFO in an allowed folder")
-                                     : QStringLiteral("is not a file in an allowed folder"));
+    if (!file || !isAllowed || !isOfKind(*file, kind)) {
+        return refusal(requested, kind == Kind::Stream
+                                      ? QStringLiteral("is not a FIFO in an allowed folder")
+                                      : QStringLiteral("is not a file in an allowed folder"));
     }
-    return AllowedSound{canonical, file};
+    return AllowedSound{location, file};
 }

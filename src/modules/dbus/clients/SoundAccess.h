@@ -39,7 +39,7 @@ public:
 
 private:
     Result<AllowedSound> checkUrl(const QString &location, const QUrl &url) const;
-    Result<AllowedSound> checkPath(const QString &location, const QString &path, Kind kind) const;
+    Result<AllowedSound> checkPath(const QString &requested, const QString &path, Kind kind) const;
 
     QStringList m_schemes;
     QStringList m_folders; ///< without links

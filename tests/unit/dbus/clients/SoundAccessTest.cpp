@@ -3,6 +3,7 @@
 
 #include "modules/dbus/clients/SoundAccess.h"
 
+#include "base/ThreadTime.h"
 #include "support/Text.h"
 
 #include <QDir>
@@ -12,7 +13,10 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 /// An allowed folder and another one, both with a file.
@@ -117,6 +121,31 @@ TEST_F(SoundAccessTest, FollowsLinks)
     EXPECT_EQ(played(path("allowed/link.wav"_s)), QString());
     EXPECT_EQ(played(path("allowed/folder/sound.wav"_s)), QString());
     EXPECT_EQ(played(path("secret/link.wav"_s)), path("allowed/sound.wav"_s));
+}
+
+TEST_F(SoundAccessTest, FollowsLinksToDeepFoldersInNoTime)
+{
+    constexpr int depth = 1500;
+    constexpr int links = 30;
+    int folder = ::open(QFile::encodeName(path("allowed"_s)).constData(), O_PATH | O_CLOEXEC);
+    for (int level = 0; level < depth; ++level) {
+        ASSERT_EQ(::mkdirat(folder, "a", 0700), 0);
+        const int below = ::openat(folder, "a", O_PATH | O_CLOEXEC);
+        ::close(folder);
+        folder = below;
+    }
+    ::close(folder);
+    const QString down = QString("a/"_s).repeated(depth);
+    const QString up = QString("../"_s).repeated(depth);
+    ASSERT_TRUE(QFile::link(path("allowed/sound.wav"_s), path("allowed/link0"_s)));
+    for (int number = 1; number <= links; ++number) {
+        const QString target =
+            down.left(2 * depth / 3) + up.left(depth) + "link"_s + QString::number(number - 1);
+        ASSERT_TRUE(QFile::link(target, path("allowed/link"_s + QString::number(number))));
+    }
+    const std::chrono::nanoseconds start = threadTime();
+    EXPECT_EQ(played(path("allowed/link"_s + QString::number(links))), path("allowed/sound.wav"_s));
+    EXPECT_LT(threadTime() - start, std::chrono::milliseconds(100));
 }
 
 TEST_F(SoundAccessTest, FollowsALinkToTheAllowedFolder)
