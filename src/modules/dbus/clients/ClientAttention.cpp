@@ -91,10 +91,16 @@ CMReply<QVariant> ClientAttention::notify(const std::string &client, const QVari
         return reply;
     }
     PathPlaces::Place place = placeFor(client, item);
-    Quotas::Charge charge = chargeFor(client, item, bytes);
-    const CMPath sound = prepareSound(client, value, bytes);
+    // First, because to make room for it could give up the notification before it is open.
+    const CMPath sound = prepareSound(client, value, bytes, item.id());
     item.setSoundFollows(!sound.isEmpty());
-    m_notifications.emplace(id, Notification{item, std::move(charge), std::move(place)});
+    try {
+        m_notifications.emplace(
+            id, Notification{item, chargeFor(client, item, bytes), std::move(place)});
+    } catch (const BusError &) {
+        m_sounds.discard(sound);
+        throw;
+    }
     CMReply<QVariant> reply = send(TavoAttentionNotifyPath(), item, sound);
     forgetIfRefused(id, reply);
     m_clients.leftMessages().makeWay(item.priority());
@@ -111,16 +117,18 @@ CMReply<QVariant> ClientAttention::replace(const std::string &client, const QVar
     if (isKnown && !m_clients.isOfUser(client, notification->second.charge.user())) {
         throw Refusals::notificationOfAnother();
     }
-    if (isKnown && notification->second.charge.isGivenUp()) {
-        CMReply<QVariant> reply; // It is being closed, and counts no longer.
-        reply.setError({QStringLiteral("Attention"), TAVO_TR("There is no such notification")});
-        return reply;
-    }
     if (isKnown) {
         item.setPath(notification->second.item.path()); // The module goes on to show that node.
     }
     PathPlaces::Place place = isKnown ? PathPlaces::Place() : placeFor(client, item);
-    const CMPath sound = prepareSound(client, value, bytes);
+    const CMPath sound = prepareSound(client, value, bytes, item.id());
+    if (isKnown && notification->second.charge.isGivenUp()) {
+        m_sounds.discard(sound);
+        CMReply<QVariant>
+            reply; // It is being closed, and counts no longer. It may have made room for its own sound.
+        reply.setError({QStringLiteral("Attention"), TAVO_TR("There is no such notification")});
+        return reply;
+    }
     try {
         if (isKnown && notification->second.charge.client() == client) {
             m_clients.quotas().change(notification->second.charge, storedBytes(item, bytes),
@@ -186,11 +194,10 @@ CMReply<QVariant> ClientAttention::readHistory(const std::string &client, const 
 }
 
 CMPath ClientAttention::prepareSound(const std::string &client, const QVariant &value,
-                                     std::size_t bytes)
+                                     std::size_t bytes, const QString &notification)
 {
-    const auto item = TavoValue(value.toHash()).attentionItem();
-    return item.sound().isEmpty() ? CMPath()
-                                  : m_sounds.prepare(client, item.sound(), bytes, item.id());
+    const auto sound = TavoValue(value.toHash()).attentionItem().sound();
+    return sound.isEmpty() ? CMPath() : m_sounds.prepare(client, sound, bytes, notification);
 }
 
 CMReply<QVariant> ClientAttention::send(const CMPath &path, const TavoAttentionItem &item,

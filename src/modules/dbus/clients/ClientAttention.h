@@ -68,7 +68,8 @@ private:
     Quotas::Charge chargeFor(const std::string &client, const TavoAttentionItem &item,
                              std::size_t bytes);
     void forgetIfRefused(const std::string &id, const CMReply<QVariant> &reply);
-    CMPath prepareSound(const std::string &client, const QVariant &value, std::size_t bytes);
+    CMPath prepareSound(const std::string &client, const QVariant &value, std::size_t bytes,
+                        const QString &notification);
     void takeLeft(const std::string &id);
     void giveWay(const QString &id);
 

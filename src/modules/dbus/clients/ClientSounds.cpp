@@ -138,7 +138,9 @@ CMPath ClientSounds::prepare(const std::string &client, const TavoNotificationPl
         item.setId(tavoGenerateUuid());
     }
     const auto file = checkAccess(item);
-    return watch(client, item, bytes, file);
+    CMPath path = watch(client, item, bytes, file);
+    m_sounds.at(path).notification = notification;
+    return path;
 }
 
 CMReply<QVariant> ClientSounds::play(const std::string &client,
@@ -166,7 +168,6 @@ void ClientSounds::start(const CMPath &path, const QString &notification)
         tellWhetherAgain(notification, false); // it has made room for others
         return;
     }
-    prepared->second.notification = notification;
     sendInTurn(path);
 }
 
@@ -478,12 +479,17 @@ void ClientSounds::giveUp(const CMPath &path)
         return;
     }
     const Sound &sound = given->second;
-    if (!sound.isSent && sound.notification.isEmpty()) {
-        // Those that wait for their turn could be so many that memory ends, as they no longer count.
-        forget(path);
-    } else {
+    if (sound.isSent) {
         cancelInTurn(sound.charge.user(), cancelOf(sound.item.id()));
+        return;
     }
+    // Those that wait for their turn could be so many that memory ends, as they no longer count. The request to play one
+    // without a notification is refused.
+    if (!sound.notification.isEmpty()) {
+        tellWhetherAgain(sound.notification, false);
+        respond(sound.target, cancelledResponse(sound.item.id()));
+    }
+    forget(path);
 }
 
 void ClientSounds::forget(const CMPath &path)

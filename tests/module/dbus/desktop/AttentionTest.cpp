@@ -495,13 +495,14 @@ TEST_F(InhibitionTest, EndsWithTheModuleForTheBus)
 class ClientAttentionTest : public DesktopAttentionTest
 {
 protected:
-    explicit ClientAttentionTest(int maxOpen = 2, int maxTotal = 1000)
+    explicit ClientAttentionTest(int maxOpen = 2, int maxTotal = 1000, int maxBytes = 1 << 20)
         : DesktopAttentionTest(
               {{"sounds"_s, QVariantHash{{"folders"_s, QVariantList{QDir::tempPath()}}}},
                {"limits"_s, QVariantHash{{"openNotifications"_s, maxOpen},
                                          {"totalOpenNotifications"_s, maxTotal},
                                          {"sounds"_s, 1},
-                                         {"storedBytes"_s, 1 << 20}}}})
+                                         {"storedBytes"_s, maxBytes},
+                                         {"totalStoredBytes"_s, 1 << 20}}}})
     {
     }
 
@@ -790,6 +791,66 @@ TEST_F(TotalClientAttentionTest, AreNotReplacedOnceTheyHaveMadeRoomForOthers)
         send(TavoAttentionReplacePath(), TavoValue().setAttentionItem(message("1"_s)));
     EXPECT_EQ(replaced.errorName(), "org.tavo.Error.Attention");
     EXPECT_EQ(replaced.errorMessage(), "There is no such notification");
+}
+
+/// Clients that have filled nearly all room with urgent notifications.
+class FullClientAttentionTest : public ClientAttentionTest
+{
+protected:
+    FullClientAttentionTest()
+        : ClientAttentionTest(100, 100, 2 << 20)
+    {
+        unloadAttention();
+        services().take(TavoAttentionNotifyPath(), [this](const CMSetDataRequest &request) {
+            ++opened;
+            request.reply().setValue({});
+        });
+        services().take(TavoAttentionClosePath(),
+                        [](const CMSetDataRequest &request) { request.reply().setValue({}); });
+    }
+
+    /// What it counts for is a little more than twice as much.
+    TavoAttentionItem large(const QString &id, int kibibytes) const
+    {
+        return message(id).setText(QString(kibibytes << 10, QLatin1Char('x')));
+    }
+    /// Leaves room for one of 40 KiB, but not for two.
+    void fill()
+    {
+        for (int number = 0; number < 7; ++number) {
+            const auto item = large("urgent"_s + QString::number(number), 62);
+            ASSERT_TRUE(
+                request(TavoAttentionItem(item).setPriority(TavoNotificationItemPriority::Urgent))
+                    .succeeds());
+        }
+    }
+    TavoAttentionItem withUrgentSound(TavoAttentionItem item) const
+    {
+        return item.setSound(TavoNotificationPlayerItem()
+                                 .setType(TavoNotificationPlayerItemType::Fake)
+                                 .setPriority(TavoNotificationItemPriority::Urgent));
+    }
+
+    int opened = 0;
+};
+
+TEST_F(FullClientAttentionTest, AreNotReplacedOnceTheyHaveMadeRoomForTheirOwnSound)
+{
+    const auto first = large("1"_s, 10).setPriority(TavoNotificationItemPriority::Low);
+    ASSERT_TRUE(request(first).succeeds());
+    fill();
+    const auto replacement = TavoValue().setAttentionItem(withUrgentSound(large("1"_s, 62)));
+    EXPECT_EQ(send(TavoAttentionReplacePath(), replacement).errorMessage(),
+              "There is no such notification");
+}
+
+TEST_F(FullClientAttentionTest, AreNotOpenedUncountedIfTheirSoundNeedsTheRoom)
+{
+    fill();
+    const auto item = large("1"_s, 40).setPriority(TavoNotificationItemPriority::Low);
+    EXPECT_EQ(request(withUrgentSound(item)).errorName(),
+              "org.freedesktop.DBus.Error.LimitsExceeded");
+    EXPECT_EQ(opened, 7);
 }
 
 TEST_F(ClientAttentionTest, AreTheHostsOwnUserOnTheBusOfASession)
