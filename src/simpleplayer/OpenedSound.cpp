@@ -5,6 +5,7 @@
 
 #include <QFile>
 #include <QMultiHash>
+#include <QThreadPool>
 
 #include <climits>
 
@@ -76,7 +77,16 @@ QString locationOf(int descriptor)
 
 OpenedSound::File::~File()
 {
-    ::close(m_descriptor);
+    struct stat status
+    {
+    };
+    QThreadPool *threads = QThreadPool::globalInstance();
+    if (threads != nullptr && fstat(m_descriptor, &status) == 0 && status.st_nlink == 0) {
+        // To free a large file takes the system seconds, and whoever closes it last waits for that.
+        threads->start([descriptor = m_descriptor] { ::close(descriptor); });
+    } else {
+        ::close(m_descriptor);
+    }
     const std::lock_guard lock(mutex());
     for (auto entry = table().find(m_path); entry != table().end() && entry.key() == m_path;) {
         entry = entry->expired() ? table().erase(entry) : std::next(entry);

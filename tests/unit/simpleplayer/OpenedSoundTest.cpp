@@ -99,6 +99,15 @@ TEST_F(OpenedSoundTest, SharesOneDescriptorForOneFile)
     EXPECT_EQ(descriptors(), before);
 }
 
+TEST_F(OpenedSoundTest, IsClosedAlsoIfItsFileIsDeleted)
+{
+    const int before = descriptors();
+    auto opened = OpenedSound::open(file());
+    QFile::remove(file());
+    opened.reset();
+    EXPECT_TRUE(waitFor([before] { return descriptors() == before; }));
+}
+
 TEST_F(OpenedSoundTest, TellsWhereItIsWithoutLinks)
 {
     ASSERT_TRUE(QFile::link(file(), path("link.wav")));
