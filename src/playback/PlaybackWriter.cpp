@@ -27,6 +27,9 @@ constexpr long maxLatencySeconds = 2;
 // be delayed.
 constexpr std::chrono::milliseconds maxEnding{750};
 
+// The same for a thread that hangs while it opens the sound or its device.
+constexpr std::chrono::milliseconds maxLateEnding{50};
+
 constexpr long msPerSecond = 1000;
 
 class WriterPlayback : public Playback
@@ -140,7 +143,13 @@ bool PlaybackWriter::interrupt(Command command)
 {
     m_command = command;
     m_wake.set();
-    return join(maxEnding);
+    return join(isLate() ? maxLateEnding : maxEnding);
+}
+
+bool PlaybackWriter::isLate()
+{
+    const std::lock_guard lock(m_mutex);
+    return m_opening == Opening::Late;
 }
 
 bool PlaybackWriter::join(std::chrono::milliseconds limit)
@@ -218,7 +227,7 @@ void PlaybackWriter::finish(const std::optional<Failure> &failure)
 void PlaybackWriter::declareOpened()
 {
     const std::lock_guard lock(m_mutex);
-    if (m_opening == Opening::Awaited) {
+    if (m_opening != Opening::Failed) {
         m_opening = Opening::Opened;
     }
     m_changed.notify_one();

@@ -25,7 +25,7 @@ class HttpFetch;
 ///
 /// Called in the player's thread; reports from its own thread. Owned by the playback that make()
 /// returns, and by its thread: a thread that hangs in a device or a file system is left behind, and
-/// nobody waits for it longer than 750 ms.
+/// nobody waits for it longer than 750 ms, or 50 ms if it has not opened the sound and its device in time.
 class PlaybackWriter : public std::enable_shared_from_this<PlaybackWriter>
 {
 public:
@@ -59,6 +59,7 @@ private:
 
     std::optional<Failure> startThread();
     bool interrupt(Command command);
+    bool isLate();
     bool join(std::chrono::milliseconds limit);
 
     // In the writer's thread:

@@ -173,14 +173,14 @@ TEST_F(PlaybackTest, IsSilentOnceDestroyed)
     EXPECT_EQ(m_devices.heard(), before);
 }
 
-TEST_F(PlaybackTest, IsDestroyedEvenIfItsDeviceHangs)
+TEST_F(PlaybackTest, IsDestroyedAtOnceIfItsDeviceHangs)
 {
     make(counting(), "hangs");
+    EXPECT_TRUE(m_player->play());
     QElapsedTimer elapsed;
     elapsed.start();
-    EXPECT_TRUE(m_player->play());
     m_player.reset();
-    EXPECT_LT(elapsed.elapsed(), hangingMs / 2);
+    EXPECT_LT(elapsed.elapsed(), 500);
     playOn("plain");
     EXPECT_EQ(m_end->ended.count(), 1);
 }
