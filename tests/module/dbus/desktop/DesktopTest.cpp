@@ -36,8 +36,9 @@ QVariantList rowsAt(const CMPath &path)
 }
 } // namespace
 
-DesktopTest::DesktopTest(const QVariantHash &config)
-    : m_display(QStringLiteral(NOTIFICATIONS_MODULE_FILE), "notifications")
+DesktopTest::DesktopTest(const QVariantHash &config, const QString &busSettings)
+    : m_bus(busSettings)
+    , m_display(QStringLiteral(NOTIFICATIONS_MODULE_FILE), "notifications")
 {
     qputenv("DBUS_SESSION_BUS_ADDRESS", m_bus.address().toUtf8());
     QVariantHash whole = config;
@@ -46,11 +47,11 @@ DesktopTest::DesktopTest(const QVariantHash &config)
     EXPECT_TRUE(isServing());
 }
 
-void DesktopTest::shareBus()
+void DesktopTest::shareBus(QVariantHash config)
 {
     unload();
-    m_module = std::make_unique<LoadedModule>(QStringLiteral(DBUS_MODULE_FILE), "dbus",
-                                              QVariantHash{{"bus", m_bus.address()}});
+    config.insert(QStringLiteral("bus"), m_bus.address());
+    m_module = std::make_unique<LoadedModule>(QStringLiteral(DBUS_MODULE_FILE), "dbus", config);
     EXPECT_TRUE(isServing(2));
 }
 

@@ -23,10 +23,10 @@ class DesktopTest : public testing::Test
 {
 protected:
     /// Loads both modules and waits until notifications are served.
-    explicit DesktopTest(const QVariantHash &config = {});
+    explicit DesktopTest(const QVariantHash &config = {}, const QString &busSettings = {});
 
     /// Loads the module again, for a bus that several users share.
-    void shareBus();
+    void shareBus(QVariantHash config = {});
 
     PrivateBus &bus() { return m_bus; }
     LogCapture &log() { return m_log; }
