@@ -14,6 +14,9 @@ namespace {
 // How long a start may block its caller.
 constexpr std::chrono::milliseconds maxOpening{250};
 
+// The same while threads hang: there may be more sounds like theirs, and those who wait for others add up.
+constexpr std::chrono::milliseconds maxOpeningBesideHanging{50};
+
 // How long a pause waits for a device to play the frames that it holds.
 constexpr std::chrono::milliseconds maxPlayOut{500};
 
@@ -27,8 +30,21 @@ constexpr long maxLatencySeconds = 2;
 // be delayed.
 constexpr std::chrono::milliseconds maxEnding{750};
 
-// The same for a thread that hangs while it opens the sound or its device.
+// The same for a thread that hangs while it opens the sound or its device. One that is paused can go on only if it has
+// ended.
 constexpr std::chrono::milliseconds maxLateEnding{50};
+constexpr std::chrono::milliseconds maxLatePause{400};
+
+// If more threads hang, they must not become more as fast as that: a process may have only so many.
+constexpr int manyHanging = 32;
+
+// Threads that have been left behind and have not ended yet.
+std::atomic<int> hangingThreads = 0;
+
+std::chrono::milliseconds openingTime()
+{
+    return hangingThreads > 0 ? maxOpeningBesideHanging : maxOpening;
+}
 
 constexpr long msPerSecond = 1000;
 
@@ -89,6 +105,8 @@ void PlaybackWriter::stop()
     m_fetch.reset();
     const std::lock_guard lock(m_mutex);
     m_report = nullptr;
+    m_isLeftBehind = m_running;
+    hangingThreads += m_isLeftBehind ? 1 : 0;
 }
 
 std::optional<Failure> PlaybackWriter::start()
@@ -126,7 +144,7 @@ std::optional<Failure> PlaybackWriter::startThread()
         return Failure{QStringLiteral("No thread can be started: ") + error.what()};
     }
     std::unique_lock lock(m_mutex);
-    m_changed.wait_for(lock, maxOpening, [this] { return m_opening != Opening::Awaited; });
+    m_changed.wait_for(lock, openingTime(), [this] { return m_opening != Opening::Awaited; });
     if (m_opening == Opening::Awaited) {
         m_opening = Opening::Late;
     }
@@ -143,7 +161,8 @@ bool PlaybackWriter::interrupt(Command command)
 {
     m_command = command;
     m_wake.set();
-    return join(isLate() ? maxLateEnding : maxEnding);
+    const auto lateLimit = command == Command::Pause ? maxLatePause : maxLateEnding;
+    return join(isLate() && hangingThreads < manyHanging ? lateLimit : maxEnding);
 }
 
 bool PlaybackWriter::isLate()
@@ -181,6 +200,7 @@ void PlaybackWriter::run()
     }
     const std::lock_guard lock(m_mutex);
     m_running = false;
+    hangingThreads -= m_isLeftBehind ? 1 : 0;
     m_changed.notify_one();
 }
 

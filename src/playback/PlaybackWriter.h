@@ -25,7 +25,7 @@ class HttpFetch;
 ///
 /// Called in the player's thread; reports from its own thread. Owned by the playback that make()
 /// returns, and by its thread: a thread that hangs in a device or a file system is left behind, and
-/// nobody waits for it longer than 750 ms, or 50 ms if it has not opened the sound and its device in time.
+/// nobody waits for it longer than 750 ms, and less if it has not opened the sound and its device in time.
 class PlaybackWriter : public std::enable_shared_from_this<PlaybackWriter>
 {
 public:
@@ -44,7 +44,7 @@ public:
     PlaybackWriter &operator=(const PlaybackWriter &) = delete;
 
     /// Waits until the source and the device are open and the first frames are written, but at most
-    /// 250 ms. Later failures are reported.
+    /// 250 ms, or 50 ms while a thread hangs. Later failures are reported.
     std::optional<Failure> start();
     void pause() { interrupt(Command::Pause); }
     void setGain(double gain, int fadeMs) { m_gain.set(gain, fadeMs); }
@@ -95,7 +95,8 @@ private:
 
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    bool m_running = false; // protected by the mutex, like the next
+    bool m_running = false; // protected by the mutex, like the next two
+    bool m_isLeftBehind = false;
     Opening m_opening = Opening::Awaited;
     Failure m_startFailure; // set before the thread is joined
 
