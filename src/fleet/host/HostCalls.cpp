@@ -5,7 +5,7 @@
 
 #include "base/Json.h"
 #include "fleet/FleetLog.h"
-#include "fleet/host/BusyHost.h"
+#include <client/BusyHost.h>
 #include <core/base/connect.h>
 #include <core/tavo.h>
 

@@ -3,7 +3,7 @@
 
 #include "fleet/publishing/StateTopics.h"
 
-#include "fleet/host/BusyHost.h"
+#include <client/BusyHost.h>
 #include <core/base/connect.h>
 #include <core/tavo.h>
 

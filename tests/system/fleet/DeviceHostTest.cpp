@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "DeviceTest.h"
-#include "ScriptedHost.h"
+#include "support/bus/ScriptedHost.h"
 
 /// What a device does when its host is slow, refuses or leaves.
 class DeviceHostTest : public DeviceTest

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include <client/TavoClientError.h>
+#include "client/TavoClientError.h"
 
 /// Whether the same request may succeed later.
 inline bool isBusy(const CMError &error)
