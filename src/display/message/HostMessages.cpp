@@ -5,14 +5,13 @@
 
 #include "display/message/MessageRows.h"
 #include "display/text/ShownText.h"
+#include <client/BusyHost.h>
 #include <core/base/connect.h>
 #include <core/records/value.h>
 
 #include <algorithm>
 
 namespace {
-constexpr int retryMs = 1000;
-
 CMPath currentPath()
 {
     return TavoNotificationDisplayCurrentPath();
@@ -38,8 +37,8 @@ HostMessages::HostMessages(TavoClient &client, QObject *parent)
     m_readTimer.setInterval(minReadIntervalMs);
     tavoConnect(&m_readTimer, &QTimer::timeout, this, &HostMessages::on_readTimer_timeout);
     m_retryTimer.setSingleShot(true);
-    m_retryTimer.setInterval(retryMs);
-    tavoConnect(&m_retryTimer, &QTimer::timeout, this, &HostMessages::readCurrent);
+    m_retryTimer.setInterval(askBusyHostAgainMs);
+    tavoConnect(&m_retryTimer, &QTimer::timeout, this, &HostMessages::on_retryTimer_timeout);
     tavoConnect(&client, &TavoClient::availableChanged, this,
                 &HostMessages::on_client_availableChanged);
     tavoConnect(&client, &TavoClient::valueChanged, this, &HostMessages::on_client_valueChanged);
@@ -79,13 +78,29 @@ void HostMessages::on_client_availableChanged(bool available)
 
 void HostMessages::readCurrent()
 {
+    start(); // A subscription may have been refused.
     m_client.getValue(currentPath()).onFinished(this, [this](const CMReply<QVariant> &reply) {
         if (!reply.error().isError()) {
             on_client_valueChanged(currentPath(), reply.value());
-        } else if (reply.error().name() != CMErrors::noSuchNode() && m_client.isAvailable()) {
-            m_retryTimer.start();
+        } else if (reply.error().name() != CMErrors::noSuchNode()) {
+            readLater();
         }
     });
+}
+
+void HostMessages::readLater()
+{
+    if (m_client.isAvailable() && !m_retryTimer.isActive()) {
+        m_retryTimer.start();
+    }
+}
+
+void HostMessages::on_retryTimer_timeout()
+{
+    readCurrent();
+    if (!m_head.path.isEmpty()) {
+        readMessage();
+    }
 }
 
 void HostMessages::on_client_valueChanged(const CMPath &path, const QVariant &value)
@@ -126,6 +141,13 @@ void HostMessages::on_client_changesDropped(const CMPath &path)
 
 void HostMessages::on_client_subscriptionFailed(const CMPath &path, const CMError &error)
 {
+    if (isBusy(error)) {
+        if (path == m_followed) {
+            m_followed = {};
+        }
+        readLater();
+        return;
+    }
     qWarning("The host reports no changes of %s: %s", qUtf8Printable(path.toString()),
              qUtf8Printable(error.message().toString()));
 }
@@ -186,6 +208,9 @@ void HostMessages::readMessage()
     m_client.preview(path, maxMessageRows, (isFirst ? firstReadLength : maxReadLength) + 1)
         .onFinished(this, [this, path, isFirst](const CMReply<TavoClientPreview> &preview) {
             // A message that has just ended says what it said before, until something else is on display.
+            if (isBusy(preview.error())) {
+                readLater();
+            }
             const bool isLost = preview.error().isError() && !isFirst;
             Message message =
                 isLost ? m_shownMessage

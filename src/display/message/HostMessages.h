@@ -40,9 +40,11 @@ private Q_SLOTS:
     void on_client_changesDropped(const CMPath &path);
     void on_client_subscriptionFailed(const CMPath &path, const CMError &error);
     void on_readTimer_timeout();
+    void on_retryTimer_timeout();
 
 private:
     void readCurrent();
+    void readLater();
     void setHead(const Head &head);
     void follow(const CMPath &path);
     void readMessage();
@@ -56,6 +58,6 @@ private:
     CMPath m_followed;
     bool m_isReading = false;
     bool m_isReadDue = false;
-    QTimer m_readTimer; ///< runs until the next message may be read
-    QTimer m_retryTimer;
+    QTimer m_readTimer;  ///< runs until the next message may be read
+    QTimer m_retryTimer; ///< runs until the host is asked again for what it refused
 };
