@@ -3,6 +3,7 @@
 
 #include "display/attention/HostAttention.h"
 
+#include <client/BusyHost.h>
 #include <core/base/connect.h>
 #include <core/records/value.h>
 
@@ -18,6 +19,11 @@ HostAttention::HostAttention(TavoClient &client, QObject *parent)
     tavoConnect(&client, &TavoClient::nodeChanged, this, &HostAttention::on_client_nodeChanged);
     tavoConnect(&client, &TavoClient::changesDropped, this,
                 &HostAttention::on_client_changesDropped);
+    tavoConnect(&client, &TavoClient::subscriptionFailed, this,
+                &HostAttention::on_client_subscriptionFailed);
+    m_retryTimer.setSingleShot(true);
+    m_retryTimer.setInterval(askBusyHostAgainMs);
+    tavoConnect(&m_retryTimer, &QTimer::timeout, this, &HostAttention::on_retryTimer_timeout);
 }
 
 void HostAttention::start()
@@ -69,6 +75,7 @@ void HostAttention::setDoNotDisturb(bool isOn)
 
 void HostAttention::on_client_availableChanged(bool available)
 {
+    m_retryTimer.stop();
     if (available) {
         on_client_nodeChanged(TavoAttentionDoNotDisturbPath(), true);
     } else {
@@ -103,8 +110,35 @@ void HostAttention::read(const CMPath &path)
     m_client.getValue(path).onFinished(this, [this, path](const CMReply<QVariant> &reply) {
         if (!reply.error().isError()) {
             on_client_valueChanged(path, reply.value());
+        } else if (isBusy(reply.error())) {
+            readLater();
         }
     });
+}
+
+void HostAttention::readLater()
+{
+    if (m_client.isAvailable() && !m_retryTimer.isActive()) {
+        m_retryTimer.start();
+    }
+}
+
+void HostAttention::on_client_subscriptionFailed(const CMPath & /*path*/, const CMError &error)
+{
+    if (isBusy(error)) {
+        readLater();
+    }
+}
+
+void HostAttention::on_retryTimer_timeout()
+{
+    start();
+    if (m_isHistoryFollowed) {
+        m_client.subscribe(TavoAttentionHistoryStatePath(), TavoClient::Change::Value);
+        Q_EMIT historyChanged();
+    }
+    read(TavoAttentionDoNotDisturbPath());
+    read(TavoAttentionMissedPath());
 }
 
 void HostAttention::on_client_valueChanged(const CMPath &path, const QVariant &value)

@@ -7,6 +7,7 @@
 #include <client/TavoClient.h>
 
 #include <QObject>
+#include <QTimer>
 
 #include <functional>
 
@@ -50,9 +51,12 @@ private Q_SLOTS:
     void on_client_valueChanged(const CMPath &path, const QVariant &value);
     void on_client_nodeChanged(const CMPath &path, bool published);
     void on_client_changesDropped(const CMPath &path);
+    void on_client_subscriptionFailed(const CMPath &path, const CMError &error);
+    void on_retryTimer_timeout();
 
 private:
     void read(const CMPath &path);
+    void readLater();
     void forget();
 
     TavoClient &m_client;
@@ -60,4 +64,5 @@ private:
     TavoAttentionDoNotDisturb m_doNotDisturb;
     int m_missedCount = 0;
     bool m_isHistoryFollowed = false;
+    QTimer m_retryTimer; ///< runs until the host is asked again for what it refused
 };

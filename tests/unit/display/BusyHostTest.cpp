@@ -1,11 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The Tavo developers
 // SPDX-License-Identifier: Apache-2.0
 
+#include "display/attention/HostAttention.h"
 #include "display/message/HostMessages.h"
 #include "support/bus/PrivateBus.h"
 #include "support/bus/ScriptedHost.h"
 #include "support/EventLoop.h"
 #include <core/base/connect.h>
+
+#include <QSignalSpy>
 
 #include <gtest/gtest.h>
 
@@ -65,6 +68,13 @@ protected:
             .__variant();
     }
 
+    static QVariant doNotDisturb()
+    {
+        return TavoValue()
+            .setAttentionDoNotDisturb(TavoAttentionDoNotDisturb().setOn(true))
+            .__variant();
+    }
+
     static void replyWithTitle(const BusMessage &call, const QString &title)
     {
         BusWriter reply(call.createReply());
@@ -79,6 +89,7 @@ protected:
     ScriptedHost m_host{m_bus.address()};
     TavoClient m_client{m_bus.address()};
     HostMessages m_messages{m_client};
+    HostAttention m_attention{m_client};
     std::optional<Message> m_shown;
 };
 
@@ -111,5 +122,33 @@ TEST_F(DisplayBusyHostTest, AMessageIsFollowedAlthoughTheSubscriptionWasRefused)
     m_host.on("Preview", [&](const BusMessage &call) { replyWithTitle(call, title); });
     m_messages.start();
     EXPECT_TRUE(waitFor([&] { return m_shown && m_shown->title == QLatin1String("Gate"); }));
+}
+
+TEST_F(DisplayBusyHostTest, DoNotDisturbIsFollowedAlthoughTheSubscriptionWasRefused)
+{
+    refuseSubscriptions(TavoAttentionDoNotDisturbPath(), doNotDisturb());
+    m_attention.start();
+    EXPECT_TRUE(waitFor([&] { return m_attention.doNotDisturb().on(); }));
+}
+
+TEST_F(DisplayBusyHostTest, DoNotDisturbThatCouldNotBeReadIsReadAgain)
+{
+    refuse(1, "GetValue", TavoAttentionDoNotDisturbPath(),
+           [](const BusMessage &call) { ScriptedHost::reply(call, doNotDisturb()); });
+    m_attention.start();
+    EXPECT_TRUE(waitFor([&] { return m_attention.doNotDisturb().on(); }));
+}
+
+TEST_F(DisplayBusyHostTest, TheHistoryIsReadAgainWhenTheSubscriptionWasRefused)
+{
+    bool isFollowed = false;
+    refuse(1, "Subscribe", TavoAttentionHistoryStatePath(), [&](const BusMessage &call) {
+        isFollowed = true;
+        ScriptedHost::reply(call);
+    });
+    m_attention.start();
+    const QSignalSpy changed(&m_attention, &HostAttention::historyChanged);
+    m_attention.followHistory(true);
+    EXPECT_TRUE(waitFor([&] { return isFollowed && !changed.isEmpty(); }));
 }
 } // namespace
