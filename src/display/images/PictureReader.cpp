@@ -6,6 +6,8 @@
 #include <QBuffer>
 #include <QFile>
 #include <QImageReader>
+#include <QSet>
+#include <QStringList>
 #include <QUrl>
 #include <QXmlStreamReader>
 
@@ -53,6 +55,13 @@ bool isLocal(const QString &value)
     return !value.contains(QLatin1String("@import"), Qt::CaseInsensitive);
 }
 
+/// As Qt reads it.
+QString idOf(const QXmlStreamAttributes &attributes)
+{
+    const QStringRef id = attributes.value(QLatin1String("id"));
+    return (id.isEmpty() ? attributes.value(QLatin1String("xml:id")) : id).toString();
+}
+
 /// Nothing but shapes, and few enough of them to be drawn at once.
 bool isHarmlessSvg(const QByteArray &content)
 {
@@ -65,8 +74,11 @@ bool isHarmlessSvg(const QByteArray &content)
     }
     QXmlStreamReader reader(content);
     int elements = 0;
-    int depth = 0;
     int uses = 0;
+    QStringList open; // the ids of the elements around; empty for those without
+    // What is copied must have no copies in it: each copy of copies could double the work.
+    QSet<QString> copied;
+    QSet<QString> copying;
     while (!reader.atEnd()) {
         switch (reader.readNext()) {
         case QXmlStreamReader::DTD:
@@ -76,12 +88,15 @@ bool isHarmlessSvg(const QByteArray &content)
             break;
         case QXmlStreamReader::StartElement: {
             const QStringRef name = reader.name();
-            uses += name == QLatin1String("use") ? 1 : 0;
-            if (++elements > maxElements || ++depth > maxDepth || uses > maxUses ||
+            const bool isUse = name == QLatin1String("use");
+            uses += isUse ? 1 : 0;
+            const QXmlStreamAttributes attributes = reader.attributes();
+            open.append(idOf(attributes));
+            if (++elements > maxElements || open.size() > maxDepth || uses > maxUses ||
                 name == QLatin1String("image") || name == QLatin1String("script")) {
                 return false;
             }
-            for (const QXmlStreamAttribute &attribute : reader.attributes()) {
+            for (const QXmlStreamAttribute &attribute : attributes) {
                 const bool isLink = attribute.name() == QLatin1String("href") ||
                                     attribute.name() == QLatin1String("src");
                 const bool isWithin = attribute.value().startsWith(QLatin1Char('#'));
@@ -89,11 +104,17 @@ bool isHarmlessSvg(const QByteArray &content)
                     !isLocal(attribute.value().toString())) {
                     return false;
                 }
+                if (isUse && isLink) {
+                    copied.insert(attribute.value().mid(1).toString());
+                }
+            }
+            if (isUse) {
+                copying.unite(QSet<QString>(open.begin(), open.end()));
             }
             break;
         }
         case QXmlStreamReader::EndElement:
-            --depth;
+            open.removeLast();
             break;
         case QXmlStreamReader::Characters:
             if (!isLocal(reader.text().toString())) {
@@ -106,7 +127,7 @@ bool isHarmlessSvg(const QByteArray &content)
             break;
         }
     }
-    return !reader.hasError();
+    return !reader.hasError() && !copied.intersects(copying);
 }
 
 Result<QImage> decode(const QByteArray &content, const QSize &size)

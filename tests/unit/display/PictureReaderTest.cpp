@@ -112,6 +112,9 @@ TEST_F(DisplayPictureReaderTest, drawsAnSvgOfShapes)
     EXPECT_FALSE(readSvg("<defs><rect id=\"a\" width=\"9\" height=\"9\"/></defs>"
                          "<use xlink:href=\"#a\"/>")
                      .isNull());
+    EXPECT_FALSE(readSvg("<rect id=\"a\" width=\"9\" height=\"9\"/><g id=\"b\">"
+                         "<use id=\"c\" xlink:href=\"#a\"/><use id=\"d\" xlink:href=\"#a\"/></g>")
+                     .isNull());
 }
 
 TEST_F(DisplayPictureReaderTest, refusesAnSvgThatRefersToOthers)
@@ -135,6 +138,23 @@ TEST_F(DisplayPictureReaderTest, refusesAnSvgThatIsTooComplex)
     EXPECT_TRUE(
         readSvg(QByteArray("<g>").repeated(1000) + QByteArray("</g>").repeated(1000)).isNull());
     EXPECT_TRUE(readSvg(QByteArray("<rect/>").repeated(100'000)).isNull());
+}
+
+/// 31 of these, without a size, would take a quarter of an hour.
+TEST_F(DisplayPictureReaderTest, refusesAnSvgOfCopiesOfCopies)
+{
+    QByteArray copies = "<rect id=\"a0\" width=\"9\" height=\"9\"/>";
+    for (int i = 1; i <= 10; ++i) {
+        const QByteArray copy = "<use xlink:href=\"#a" + QByteArray::number(i - 1) + "\"/>";
+        copies += "<g id=\"a" + QByteArray::number(i) + "\">" + copy + copy + "</g>";
+    }
+    EXPECT_TRUE(readSvg(copies).isNull());
+    for (const char *id : {"id=\"b\"", "xml:id=\"b\"", "id=\"b\" xml:id=\"c\""}) {
+        EXPECT_TRUE(readSvg("<use " + QByteArray(id) +
+                            " xlink:href=\"#a\"/><use xlink:href=\"#b\"/>"
+                            "<rect id=\"a\" width=\"9\" height=\"9\"/>")
+                        .isNull());
+    }
 }
 
 class DisplayIconThemeTest : public DisplayPictureReaderTest
