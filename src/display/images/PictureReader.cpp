@@ -8,6 +8,7 @@
 #include <QImageReader>
 #include <QSet>
 #include <QStringList>
+#include <QtEndian>
 #include <QUrl>
 #include <QXmlStreamReader>
 
@@ -130,6 +131,32 @@ bool isHarmlessSvg(const QByteArray &content)
     return !reader.hasError() && !copied.intersects(copying);
 }
 
+/// Whether a JPEG has more scans than programs write: each may draw the whole picture again.
+bool hasManyScans(const QByteArray &jpeg)
+{
+    constexpr int maxScans = 100;
+    constexpr uchar startOfScan = 0xDA;
+    constexpr uchar endOfImage = 0xD9;
+    constexpr int lengthBytes = 2;
+    int scans = 0;
+    for (int at = jpeg.indexOf('\xFF'); at >= 0 && at + lengthBytes + 1 < jpeg.size();
+         at = jpeg.indexOf('\xFF', at)) {
+        const auto marker = uchar(jpeg[++at]);
+        // Not those within a scan, nor the start of the picture.
+        const bool hasLength = marker >= 0xC0 && (marker < 0xD0 || marker > 0xD8) && marker != 0xFF;
+        if (marker == endOfImage) {
+            break;
+        }
+        if (marker == startOfScan && ++scans > maxScans) {
+            return true;
+        }
+        if (hasLength) {
+            at += 1 + qMax<int>(qFromBigEndian<quint16>(jpeg.constData() + at + 1), lengthBytes);
+        }
+    }
+    return false;
+}
+
 Result<QImage> decode(const QByteArray &content, const QSize &size)
 {
     QBuffer buffer;
@@ -145,6 +172,9 @@ Result<QImage> decode(const QByteArray &content, const QSize &size)
     if (format == "svg" && !isHarmlessSvg(content)) {
         return Failure{
             QStringLiteral("is an SVG that is broken, too complex, or refers to others")};
+    }
+    if (format == "jpeg" && hasManyScans(content)) {
+        return Failure{QStringLiteral("has too many scans")};
     }
     QImageReader reader(&buffer, format);
     const QSize original = reader.size();

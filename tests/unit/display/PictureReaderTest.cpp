@@ -3,7 +3,9 @@
 
 #include "display/images/PictureReader.h"
 
+#include <QBuffer>
 #include <QFile>
+#include <QImageWriter>
 #include <QTemporaryDir>
 #include <QUrl>
 
@@ -138,6 +140,36 @@ TEST_F(DisplayPictureReaderTest, refusesAnSvgThatIsTooComplex)
     EXPECT_TRUE(
         readSvg(QByteArray("<g>").repeated(1000) + QByteArray("</g>").repeated(1000)).isNull());
     EXPECT_TRUE(readSvg(QByteArray("<rect/>").repeated(100'000)).isNull());
+}
+
+TEST_F(DisplayPictureReaderTest, refusesAJpegOfManyScans)
+{
+    QImage image({64, 64}, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    QByteArray jpeg;
+    QBuffer buffer(&jpeg);
+    QImageWriter writer(&buffer, "jpeg");
+    writer.setProgressiveScanWrite(true);
+    ASSERT_TRUE(writer.write(image));
+    EXPECT_FALSE(read(write("few.jpg", jpeg)).isNull());
+    // The last scan, again and again.
+    const int last = jpeg.lastIndexOf("\xFF\xDA");
+    const int end = jpeg.size() - 2;
+    const QByteArray scan = jpeg.mid(last, end - last);
+    EXPECT_TRUE(read(write("many.jpg", jpeg.insert(end, scan.repeated(1000)))).isNull());
+}
+
+/// A camera may put a video after the picture, and a small picture before it.
+TEST_F(DisplayPictureReaderTest, countsOnlyTheScansOfTheJpegItself)
+{
+    QImage image({64, 64}, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    QByteArray jpeg;
+    QBuffer buffer(&jpeg);
+    ASSERT_TRUE(image.save(&buffer, "jpeg"));
+    const QByteArray scans = QByteArray("\xFF\xDA").repeated(1000);
+    const QByteArray comment = QByteArray("\xFF\xFE\x07\xD2", 4) + scans;
+    EXPECT_FALSE(read(write("a.jpg", jpeg.insert(2, comment) + scans)).isNull());
 }
 
 /// 31 of these, without a size, would take a quarter of an hour.
