@@ -115,6 +115,8 @@ protected:
             finish(client().call(TavoAttentionClosePath(), TavoValue().setString_(id)));
         }
         ASSERT_TRUE(m_host->waitForLog("doesn't read its signals: some are left out"));
+        ASSERT_TRUE(waitFor([this] { return openMessages().size() <= 1; }))
+            << "the call's may stay";
     }
 
     static void finish(const CMReply<QVariant> &reply)
