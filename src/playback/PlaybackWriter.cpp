@@ -14,7 +14,7 @@ namespace {
 // How long a start may block its caller.
 constexpr std::chrono::milliseconds maxOpening{250};
 
-// The same while threads hang: there may be more sounds like theirs, and those who wait for others add up.
+// The same while threads hang: there may be more sounds like theirs, and the waits for them add up.
 constexpr std::chrono::milliseconds maxOpeningBesideHanging{50};
 
 // How long a pause waits for a device to play the frames that it holds.
@@ -35,7 +35,7 @@ constexpr std::chrono::milliseconds maxEnding{750};
 constexpr std::chrono::milliseconds maxLateEnding{50};
 constexpr std::chrono::milliseconds maxLatePause{400};
 
-// If more threads hang, they must not become more as fast as that: a process may have only so many.
+// With more of them, a stop waits for maxEnding again, as a process may have only so many threads.
 constexpr int manyHanging = 32;
 
 // Threads that have been left behind and have not ended yet.

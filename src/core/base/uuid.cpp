@@ -17,7 +17,7 @@ namespace {
 class SystemNumbers
 {
 public:
-    void take(std::array<char, 16> &bytes)
+    std::array<char, 16> take()
     {
         if (m_next == m_numbers.size()) {
             if (getrandom(m_numbers.data(), m_numbers.size(), 0) != ssize_t(m_numbers.size())) {
@@ -26,8 +26,10 @@ public:
             }
             m_next = 0;
         }
+        std::array<char, 16> bytes{};
         std::memcpy(bytes.data(), m_numbers.data() + m_next, bytes.size());
         m_next += bytes.size();
+        return bytes;
     }
 
 private:
@@ -39,8 +41,7 @@ private:
 QString tavoGenerateUuid()
 {
     thread_local SystemNumbers numbers;
-    std::array<char, 16> bytes{};
-    numbers.take(bytes);
+    std::array<char, 16> bytes = numbers.take();
     bytes[6] = char((bytes[6] & 0x0f) | 0x40); // version 4: random
     bytes[8] = char((bytes[8] & 0x3f) | 0x80); // the variant of RFC 4122
     return QUuid::fromRfc4122(QByteArray::fromRawData(bytes.data(), int(bytes.size())))

@@ -79,8 +79,9 @@ private:
     /// Leaves it out of the history if its user has sent too many, under whatever names.
     void limitMemory(const AttentionItem &item, Decision &decision);
 
-    /// Opens or replaces a message of the module itself.
+    /// Whether a message of the module itself is open.
     bool isOwn(const QString &id) const;
+    /// Opens or replaces one.
     void showOwn(const AttentionItem &item, Decision decision);
 
     const std::shared_ptr<Entrance> m_entrance;

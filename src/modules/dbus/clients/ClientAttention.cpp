@@ -12,6 +12,13 @@
 #include <utility>
 
 namespace {
+CMReply<QVariant> refused(const TrString &reason)
+{
+    CMReply<QVariant> reply;
+    reply.setError(CMError(QStringLiteral("Attention"), reason));
+    return reply;
+}
+
 /// The actions as the module reads them, without unknown fields, and no more than it shows.
 TavoList<TavoAttentionAction> actionsOf(const TavoAttentionItem &requested)
 {
@@ -85,10 +92,7 @@ CMReply<QVariant> ClientAttention::notify(const std::string &client, const QVari
     const std::string id = item.id().toStdString();
     if (m_notifications.count(id) != 0) {
         // The module may have closed it already. Then it would open another one that nobody counts.
-        CMReply<QVariant> reply;
-        reply.setError(
-            {QStringLiteral("Attention"), TAVO_TR("A notification with this id is open")});
-        return reply;
+        return refused(TAVO_TR("A notification with this id is open"));
     }
     PathPlaces::Place place = placeFor(client, item);
     // First, because to make room for it could give up the notification before it is open.
@@ -123,11 +127,9 @@ CMReply<QVariant> ClientAttention::replace(const std::string &client, const QVar
     PathPlaces::Place place = isKnown ? PathPlaces::Place() : placeFor(client, item);
     const CMPath sound = prepareSound(client, value, bytes, item.id());
     if (isKnown && notification->second.charge.isGivenUp()) {
+        // It is being closed, and counts no longer. It may have made room for its own sound.
         m_sounds.discard(sound);
-        CMReply<QVariant>
-            reply; // It is being closed, and counts no longer. It may have made room for its own sound.
-        reply.setError({QStringLiteral("Attention"), TAVO_TR("There is no such notification")});
-        return reply;
+        return refused(TAVO_TR("There is no such notification"));
     }
     try {
         if (isKnown && notification->second.charge.client() == client) {

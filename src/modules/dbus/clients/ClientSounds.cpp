@@ -362,8 +362,8 @@ void ClientSounds::cancelOfNotification(const QString &notification)
 template <typename Predicate>
 void ClientSounds::cancelEach(const Predicate &isMeant)
 {
-    std::vector<std::pair<Quotas::UserId, QString>>
-        meant; // A sound that waits is forgotten at once.
+    // First, because a sound that waits is forgotten at once.
+    std::vector<std::pair<Quotas::UserId, QString>> meant;
     for (const auto &[path, sound] : m_sounds) {
         if (isMeant(sound)) {
             meant.emplace_back(sound.charge.user(), sound.item.id());
@@ -483,8 +483,8 @@ void ClientSounds::giveUp(const CMPath &path)
         cancelInTurn(sound.charge.user(), cancelOf(sound.item.id()));
         return;
     }
-    // Those that wait for their turn could be so many that memory ends, as they no longer count. The request to play one
-    // without a notification is refused.
+    // It no longer counts, so there could be any number of them if it stayed until its turn. The request to play one
+    // without a notification is refused then.
     if (!sound.notification.isEmpty()) {
         tellWhetherAgain(sound.notification, false);
         respond(sound.target, cancelledResponse(sound.item.id()));

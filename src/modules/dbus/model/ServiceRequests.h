@@ -15,6 +15,7 @@
 #include <unordered_map>
 
 class Clients;
+
 /// Adapts what clients request of the power manager and of the player's ducking. These services know a
 /// module by the name in the request, so a client could use the name of any module. Here, each client has
 /// its own names: "alarm" becomes "alarm (:1.42)".

@@ -4,6 +4,7 @@
 // What clients may do to those of other users.
 
 #include "module/dbus/UsersTest.h"
+#include "support/bus/NotifyArguments.h"
 #include <core/records/attention.h>
 #include <core/records/player.h>
 
@@ -29,16 +30,7 @@ protected:
         client.setTarget("org.freedesktop.Notifications", "/org/freedesktop/Notifications",
                          "org.freedesktop.Notifications");
         const BusCall call = client.call("Notify", [replaced](BusWriter &writer) {
-            writer.writeString("test"_s);
-            writer.writeUInt32(replaced);
-            for (const QString &text : {""_s, "Title"_s, ""_s}) {
-                writer.writeString(text);
-            }
-            writer.openArray("s");
-            writer.close();
-            writer.openArray("{sv}");
-            writer.close();
-            writer.writeInt32(0);
+            NotifyArguments{replaced, 0, "test"_s}.writeTo(writer);
         });
         EXPECT_TRUE(call.succeeds()) << call.errorMessage();
         return call.reader().readUInt32();

@@ -6,6 +6,7 @@
 #include "module/dbus/ModelTest.h"
 #include "support/bus/BusUser.h"
 #include "support/bus/ClientProgram.h"
+#include "support/bus/NotifyArguments.h"
 #include "support/bus/SilentClient.h"
 
 #include <QFile>
@@ -159,17 +160,8 @@ TEST_F(DbusPolicyTest, LetsOthersReceiveNoSignal)
         // The reply comes after the rule is in force.
         ASSERT_TRUE(listener->callBus("GetId", [](BusWriter &) {}).succeeds());
     }
-    const BusCall id = call(*member, "Notify", [](BusWriter &writer) {
-        writer.writeString(QString());
-        writer.writeUInt32(0);
-        for (const char *text : {"icon", "title", "body"}) {
-            writer.writeString(QString::fromLatin1(text));
-        }
-        writer.writeStringList({});
-        writer.openArray("{sv}");
-        writer.close();
-        writer.writeInt32(0);
-    });
+    const BusCall id =
+        call(*member, "Notify", [](BusWriter &writer) { NotifyArguments{}.writeTo(writer); });
     const std::uint32_t notification = id.reader().readUInt32();
     ASSERT_TRUE(call(*member, "CloseNotification", [&](BusWriter &writer) {
                     writer.writeUInt32(notification);

@@ -101,6 +101,16 @@ protected:
         pass(700);
     }
 
+    /// Two sounds of the first user, one of which plays, give way to an alarm of the second one.
+    void giveWay(const QString &played, const QString &next)
+    {
+        enqueue(*first, played);
+        enqueue(*first, next);
+        respond(played, ResponseType::Started);
+        enqueue(*second, "alarm"_s);
+        ASSERT_TRUE(happens(played.toStdString() + " cancelled"));
+    }
+
     bool happens(const std::string &event) const
     {
         return waitFor(
@@ -228,11 +238,7 @@ TEST_F(DbusAttentionTurnsTest, ASoundThatIsCancelledBeforeItIsSentIsForgotten)
 
 TEST_F(DbusAttentionTurnsTest, TheIdOfASoundThatWaitsIsTakenForNotificationsToo)
 {
-    enqueue(*first, "1"_s);
-    enqueue(*first, "2"_s);
-    respond("1"_s, ResponseType::Started);
-    enqueue(*second, "alarm"_s);
-    ASSERT_TRUE(happens("1 cancelled"));
+    giveWay("1"_s, "2"_s);
     const auto item = TavoAttentionItem().setTitle("Water"_s).setSound(itemOf("1"_s));
     EXPECT_EQ(second
                   ->send(TavoAttentionNotifyPath().toString(),
@@ -243,11 +249,7 @@ TEST_F(DbusAttentionTurnsTest, TheIdOfASoundThatWaitsIsTakenForNotificationsToo)
 
 TEST_F(DbusUrgentTurnsTest, AllSoundsOfAUserThatHasPlayedMuchGiveWay)
 {
-    enqueue(*first, "endless"_s);
-    enqueue(*first, "next"_s);
-    respond("endless"_s, ResponseType::Started);
-    enqueue(*second, "alarm"_s);
-    EXPECT_TRUE(happens("endless cancelled"));
+    giveWay("endless"_s, "next"_s);
     EXPECT_TRUE(happens("next cancelled"));
 }
 
@@ -453,11 +455,7 @@ TEST_F(DbusUrgentTurnsTest, AStartThatWasUnderWayWhenTheSoundGaveWayDoesNotCount
 
 TEST_F(DbusUrgentTurnsTest, TheIdOfASoundThatWaitsForItsTurnIsTaken)
 {
-    enqueue(*first, "1"_s);
-    enqueue(*first, "2"_s);
-    respond("1"_s, ResponseType::Started);
-    enqueue(*second, "alarm"_s);
-    ASSERT_TRUE(happens("1 cancelled"));
+    giveWay("1"_s, "2"_s);
     EXPECT_FALSE(send(*second, itemOf("1"_s)).succeeds());
     EXPECT_TRUE(send(*second, itemOf("3"_s)).succeeds());
 }

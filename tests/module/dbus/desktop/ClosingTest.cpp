@@ -3,6 +3,7 @@
 
 #include "DesktopTest.h"
 #include "support/bus/BusClient.h"
+#include "support/bus/NotifyArguments.h"
 
 #include <string>
 #include <utility>
@@ -112,15 +113,7 @@ public:
     {
         return m_client.setTarget(name, "/org/freedesktop/Notifications", name)
             .call("Notify", [timeout, replacedId](BusWriter &writer) {
-                writer.writeString({});
-                writer.writeUInt32(replacedId);
-                writer.writeString({});
-                writer.writeString("Title"_s);
-                writer.writeString({});
-                writer.writeStringList({"key", "Label"});
-                writer.openArray("{sv}");
-                writer.close();
-                writer.writeInt32(timeout);
+                NotifyArguments{replacedId, timeout, {}, {"key", "Label"}}.writeTo(writer);
             });
     }
     /// Requests the display to close the notification at the path.

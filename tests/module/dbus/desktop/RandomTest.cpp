@@ -7,6 +7,7 @@
 #include "DesktopTest.h"
 #include "support/bus/BusClient.h"
 #include "support/bus/BusUser.h"
+#include "support/bus/NotifyArguments.h"
 #include "support/Request.h"
 #include "support/scripted/ScriptedPlayers.h"
 #include "support/scripted/ScriptedService.h"
@@ -39,7 +40,6 @@ protected:
                         : call == "pause"_s && id == m_playing ? QString()
                                                                : m_playing;
         };
-
         m_services.take(TavoPlayerMainAudioDuckingPath(), ScriptedService::accept());
         m_services.take(TavoPowerManagerResourceRequestPath(), ScriptedService::accept());
         QFile sound(soundFile());
@@ -121,16 +121,9 @@ protected:
             .setTarget("org.freedesktop.Notifications", "/org/freedesktop/Notifications",
                        "org.freedesktop.Notifications")
             .call("Notify", [this](BusWriter &writer) {
-                writer.writeString(id("program", 2));
-                writer.writeUInt32(upTo(1) == 0 ? 0 : quint32(upTo(40)));
-                for (const QString &text : {""_s, "Title"_s, ""_s}) {
-                    writer.writeString(text);
-                }
-                writer.openArray("s");
-                writer.close();
-                writer.openArray("{sv}");
-                writer.close();
-                writer.writeInt32(upTo(3) == 0 ? 1 : 0);
+                const QString program = id("program", 2);
+                const quint32 replacedId = upTo(1) == 0 ? 0 : quint32(upTo(40));
+                NotifyArguments{replacedId, upTo(3) == 0 ? 1 : 0, program}.writeTo(writer);
             });
     }
 

@@ -1,0 +1,32 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "support/Text.h"
+#include <bus/BusWriter.h>
+
+#include <QStringList>
+
+/// What a test says of a desktop notification with the title "Title".
+struct NotifyArguments
+{
+    quint32 replacedId = 0;
+    int timeout = 0;
+    QString program{};
+    QStringList actions{};
+
+    /// Writes the arguments of a call of Notify.
+    void writeTo(BusWriter &writer) const
+    {
+        writer.writeString(program);
+        writer.writeUInt32(replacedId);
+        for (const QString &text : {QString(), "Title"_s, QString()}) {
+            writer.writeString(text);
+        }
+        writer.writeStringList(actions);
+        writer.openArray("{sv}");
+        writer.close();
+        writer.writeInt32(timeout);
+    }
+};
