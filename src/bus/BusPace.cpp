@@ -7,16 +7,21 @@
 #include "bus/BusError.h"
 #include <core/base/connect.h>
 
+#include <algorithm>
+
 namespace {
 /// What dbus-daemon reads from a connection in a turn.
 constexpr std::size_t bytesPerTurn = 1 << 12;
 
 /// How long others may wait for one message.
-constexpr std::chrono::milliseconds maxTime(400);
+constexpr std::chrono::milliseconds maxTime(300);
 
-/// A bus that has little else to do reads faster than its turns tell: they are mostly the time until it
-/// and this thread get the processor.
-constexpr std::chrono::milliseconds quickTurn(3);
+/// The longest of some turns counts: what is large waits for a short one, and long ones may follow.
+constexpr int turnsPerMeasurement = 4;
+
+/// If one of them is as short as this, the bus has little else to do, and reads faster than the others tell:
+/// they are mostly the time until it and this thread get the processor.
+constexpr std::chrono::milliseconds quickTurn(1);
 
 /// How long a measurement holds.
 constexpr std::chrono::milliseconds validity(100);
@@ -50,40 +55,45 @@ bool BusPace::isEnough(std::size_t bytes) const
 
 void BusPace::measure()
 {
-    if (m_isMeasuring) {
+    if (m_turnsLeft > 0) {
         return;
     }
+    // The first reply may come in the middle of a turn, each further one comes a turn later.
+    m_turnsLeft = turnsPerMeasurement + 1;
+    m_shortest = Clock::duration::max();
+    m_longest = {};
+    beginTurn();
+}
+
+void BusPace::beginTurn()
+{
+    m_begun = Clock::now();
     try {
-        // The first reply may come in the middle of a turn, the second one comes a turn later.
-        call(&BusPace::on_turn_begun);
-        m_isMeasuring = true;
+        m_bus.send(m_bus.createCall(busName, busPath, busName, "GetId"), timeout,
+                   [this](const BusMessage &) { on_bus_replied(); });
     } catch (const BusError &) {
-        // The bus has gone.
+        m_turnsLeft = 0; // The bus has gone.
     }
 }
 
-void BusPace::call(void (BusPace::*handler)())
+void BusPace::on_bus_replied()
 {
-    m_bus.send(m_bus.createCall(busName, busPath, busName, "GetId"), timeout,
-               [this, handler](const BusMessage &) { (this->*handler)(); });
-}
-
-void BusPace::on_turn_begun()
-{
-    m_begun = Clock::now();
-    call(&BusPace::on_turn_ended);
-}
-
-void BusPace::on_turn_ended()
-{
-    m_isMeasuring = false;
+    if (m_turnsLeft <= turnsPerMeasurement) {
+        const Clock::duration turn = Clock::now() - m_begun;
+        m_shortest = std::min(m_shortest, turn);
+        m_longest = std::max(m_longest, turn);
+    }
+    if (--m_turnsLeft > 0) {
+        beginTurn();
+        return;
+    }
     m_measured = Clock::now();
-    m_turn = m_measured - m_begun;
+    m_turn = m_shortest <= quickTurn ? m_shortest : m_longest;
     Q_EMIT changed();
 }
 
 void BusPace::on_bus_lost()
 {
-    m_isMeasuring = false;
+    m_turnsLeft = 0;
     m_measured = {};
 }

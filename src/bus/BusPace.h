@@ -37,15 +37,14 @@ private:
 
     bool isEnough(std::size_t bytes) const;
     void measure();
-    void on_turn_begun();
-    void on_turn_ended();
-
-    /// Has the handler called once the bus has read everything that was sent before.
-    void call(void (BusPace::*handler)());
+    void beginTurn();
+    void on_bus_replied();
 
     BusConnection &m_bus;
-    bool m_isMeasuring = false;
+    int m_turnsLeft = 0;          ///< to measure
     Clock::time_point m_begun;    ///< the turn that is being measured
+    Clock::duration m_shortest{}; ///< of the turns of this measurement
+    Clock::duration m_longest{};  ///< of them, too
     Clock::time_point m_measured; ///< when m_turn was measured
     Clock::duration m_turn{};
 };
