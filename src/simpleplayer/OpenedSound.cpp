@@ -3,16 +3,19 @@
 
 #include "simpleplayer/OpenedSound.h"
 
+#include "base/UserThreads.h"
+
 #include <QFile>
 #include <QMultiHash>
-#include <QThreadPool>
 
 #include <climits>
 
 #include <array>
 #include <fcntl.h>
+#include <linux/openat2.h>
 #include <mutex>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 #include <utility>
 
@@ -57,6 +60,20 @@ private:
 
 namespace {
 constexpr int readingFlags = O_RDONLY | O_NONBLOCK | O_CLOEXEC;
+constexpr int findingFlags = O_PATH | O_CLOEXEC;
+
+/// A file of no more blocks of 512 bytes is freed in no time.
+constexpr blkcnt_t fewBlocks = 128;
+
+/// Of one owner. Each holds a descriptor until it is freed.
+constexpr std::size_t maxClosing = 16;
+
+/// The threads in which deleted files are closed. Never destroyed, as sounds may live until the process ends.
+const UserThreads &closing()
+{
+    static const UserThreads &s_threads = *new UserThreads;
+    return s_threads;
+}
 
 QByteArray linkTo(int descriptor)
 {
@@ -80,11 +97,12 @@ OpenedSound::File::~File()
     struct stat status
     {
     };
-    QThreadPool *threads = QThreadPool::globalInstance();
-    if (threads != nullptr && fstat(m_descriptor, &status) == 0 && status.st_nlink == 0) {
-        // To free a large file takes the system seconds, and whoever closes it last waits for that.
-        threads->start([descriptor = m_descriptor] { ::close(descriptor); });
-    } else {
+    const bool isDeleted = fstat(m_descriptor, &status) == 0 && status.st_nlink == 0;
+    // To free a large file takes the system seconds, and whoever closes it last waits for that.
+    const bool closesLater =
+        isDeleted && status.st_blocks > fewBlocks &&
+        closing().run(status.st_uid, [descriptor = m_descriptor] { ::close(descriptor); });
+    if (!closesLater) {
         ::close(m_descriptor);
     }
     const std::lock_guard lock(mutex());
@@ -95,13 +113,13 @@ OpenedSound::File::~File()
 
 OpenedSound::File::Table &OpenedSound::File::table()
 {
-    static Table s_table;
+    static Table &s_table = *new Table; // Threads that hang may go on while the process ends.
     return s_table;
 }
 
 std::mutex &OpenedSound::File::mutex()
 {
-    static std::mutex s_mutex;
+    static std::mutex &s_mutex = *new std::mutex;
     return s_mutex;
 }
 
@@ -145,7 +163,20 @@ OpenedSound::OpenedSound(std::shared_ptr<const File> file)
 
 std::optional<OpenedSound> OpenedSound::open(const QString &path)
 {
-    const int descriptor = ::open(QFile::encodeName(path).constData(), O_PATH | O_CLOEXEC);
+    return take(::open(QFile::encodeName(path).constData(), findingFlags));
+}
+
+std::optional<OpenedSound> OpenedSound::openAtOnce(const QString &path)
+{
+    open_how how{};
+    how.flags = findingFlags;
+    how.resolve = RESOLVE_CACHED;
+    return take(int(
+        ::syscall(SYS_openat2, AT_FDCWD, QFile::encodeName(path).constData(), &how, sizeof(how))));
+}
+
+std::optional<OpenedSound> OpenedSound::take(int descriptor)
+{
     if (descriptor < 0) {
         return std::nullopt;
     }
@@ -155,7 +186,7 @@ std::optional<OpenedSound> OpenedSound::open(const QString &path)
     fstat(descriptor, &status);
     auto file = std::make_shared<const File>(locationOf(descriptor), descriptor, status);
     const bool isDeleted = status.st_nlink == 0;
-    if (file->path().isEmpty() || isDeleted) {
+    if (file->path().isEmpty() || isDeleted || closing().count(status.st_uid) >= maxClosing) {
         return std::nullopt;
     }
     return OpenedSound(File::entered(std::move(file)));

@@ -18,9 +18,13 @@
 class TAVO_SIMPLEPLAYER_EXPORT OpenedSound
 {
 public:
-    /// Opens an absolute path, with links. Returns nothing if there is no such file. Nothing is read, and
-    /// the writer of a FIFO goes on waiting for a reader.
+    /// Opens an absolute path, with links. Returns nothing if there is no such file, or while many deleted
+    /// sounds of its owner have yet to be freed. Nothing is read, and the writer of a FIFO goes on waiting
+    /// for a reader. May wait for as long as a file system hangs.
     static std::optional<OpenedSound> open(const QString &path);
+
+    /// The same if the system has the whole path in memory, so that it need not wait; nothing otherwise.
+    static std::optional<OpenedSound> openAtOnce(const QString &path);
 
     /// Returns where the file is, without links.
     QString path() const;
@@ -38,6 +42,8 @@ private:
     class File;
 
     explicit OpenedSound(std::shared_ptr<const File> file);
+
+    static std::optional<OpenedSound> take(int descriptor);
 
     std::shared_ptr<const File> m_file;
 };

@@ -90,15 +90,24 @@ Quotas::Charge CallTurns::chargeFor(const std::string &client, const BusMessage 
         throw BusError(*waiting->second.refusal);
     }
     try {
-        const std::size_t bytes = callBytes + call.pathLength() + measure(client, call);
-        return m_waiting.empty() ? Quotas::Charge()
-                                 : m_quotas.charge(client, {Quotas::RequestBytes, bytes});
+        const Quotas::Cost cost = costOf(client, call);
+        return m_waiting.empty() ? Quotas::Charge() : m_quotas.charge(client, cost);
     } catch (const BusError &error) {
         if (waiting != m_waiting.end()) {
             waiting->second.refusal = error;
         }
         throw;
     }
+}
+
+Quotas::Charge CallTurns::charge(const std::string &client, const BusMessage &call)
+{
+    return m_quotas.charge(client, costOf(client, call));
+}
+
+Quotas::Cost CallTurns::costOf(const std::string &client, const BusMessage &call)
+{
+    return {Quotas::RequestBytes, callBytes + call.pathLength() + measure(client, call)};
 }
 
 std::size_t CallTurns::measure(const std::string &client, const BusMessage &call)

@@ -67,6 +67,9 @@ public:
     /// one user. They are not even read, because a flood must cost little.
     void add(const std::string &client, const BusMessage &call, Method &method);
 
+    /// Counts a call that waits. Throws as add() does.
+    Quotas::Charge charge(const std::string &client, const BusMessage &call);
+
     /// The client has left. False while calls of it are still to be handled; left() follows then. If many
     /// clients of its user have left before theirs were handled, its calls are dropped.
     bool leave(const std::string &client);
@@ -118,6 +121,7 @@ private:
 
     Client &waitingOf(const std::string &client);
     Quotas::Charge chargeFor(const std::string &client, const BusMessage &call);
+    Quotas::Cost costOf(const std::string &client, const BusMessage &call);
     std::size_t measure(const std::string &client, const BusMessage &call);
     bool isFlooded() const;
     void handleSome();

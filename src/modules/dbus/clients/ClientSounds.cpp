@@ -111,7 +111,7 @@ CMReply<QVariant> ClientSounds::enqueue(const std::string &client, const QVarian
     checkId(requested.id(), {});
     // Without fields that the player does not know.
     TavoNotificationPlayerItem item = clean(requested);
-    const auto file = checkAccess(item);
+    const auto file = checkAccess(client, item);
     return send(client, item, bytes, file);
 }
 
@@ -137,7 +137,7 @@ CMPath ClientSounds::prepare(const std::string &client, const TavoNotificationPl
     if (item.id().isEmpty()) {
         item.setId(tavoGenerateUuid());
     }
-    const auto file = checkAccess(item);
+    const auto file = checkAccess(client, item);
     CMPath path = watch(client, item, bytes, file);
     m_sounds.at(path).notification = notification;
     return path;
@@ -397,7 +397,8 @@ void ClientSounds::checkTarget(const CMPath &path)
     }
 }
 
-std::optional<OpenedSound> ClientSounds::checkAccess(TavoNotificationPlayerItem &item) const
+std::optional<OpenedSound> ClientSounds::checkAccess(const std::string &client,
+                                                     TavoNotificationPlayerItem &item)
 {
     const bool isStream = item.type() == TavoNotificationPlayerItemType::Stream;
     const bool hasLocation = isStream || item.type() == TavoNotificationPlayerItemType::Uri;
@@ -405,15 +406,35 @@ std::optional<OpenedSound> ClientSounds::checkAccess(TavoNotificationPlayerItem 
     if (!hasLocation || item.content().isEmpty()) {
         return std::nullopt;
     }
-    AllowedSound sound =
-        allowed(item.content(), isStream ? SoundAccess::Kind::Stream : SoundAccess::Kind::File);
+    AllowedSound sound = allowed(client, item.content(),
+                                 isStream ? SoundAccess::Kind::Stream : SoundAccess::Kind::File);
     item.setContent(sound.location);
     return std::move(sound.file);
 }
 
-AllowedSound ClientSounds::allowed(const QString &location, SoundAccess::Kind kind) const
+Result<AllowedSound> ClientSounds::check(const std::string &client, const QString &location,
+                                         SoundAccess::Kind kind)
 {
-    const Result<AllowedSound> result = m_access.check(location, kind);
+    if (m_checked && m_checked->client == client && m_checked->location == location &&
+        m_checked->kind == kind) {
+        return m_checked->outcome;
+    }
+    if (auto outcome = m_access.checkAtOnce(location, kind)) {
+        return *std::move(outcome);
+    }
+    m_opener.open(m_clients.quotas().userOf(client), m_access, location, kind,
+                  [this, client, location, kind](const Result<AllowedSound> &outcome) {
+                      m_checked = Checked{client, location, kind, outcome};
+                      m_clients.goOn(client);
+                      m_checked.reset();
+                  });
+    throw Clients::NotYet();
+}
+
+AllowedSound ClientSounds::allowed(const std::string &client, const QString &location,
+                                   SoundAccess::Kind kind)
+{
+    const Result<AllowedSound> result = check(client, location, kind);
     if (const auto *refusal = std::get_if<Failure>(&result)) {
         throw Refusals::soundNotAllowed(refusal->reason.toStdString());
     }
@@ -427,33 +448,50 @@ CMReply<QVariant> ClientSounds::playMusic(const std::string &client, const QVari
                                ? TavoValue(value.toHash()).string_()
                                : TavoCodec<QString>::read(value);
     if (!source.isEmpty()) {
-        allowed(source, SoundAccess::Kind::File); // throws
+        allowed(client, source, SoundAccess::Kind::File); // throws
     }
     if (m_musicRequests.count(client) >= maxMusicRequests) {
         throw Refusals::clientHoldsTooMuch(maxMusicRequests, "requests to play music");
     }
-    return m_musicRequests.add(client, [this, source, value] {
+    const auto user = m_clients.quotas().userOf(client);
+    return m_musicRequests.add(client, [this, user, source, value] {
         return source.isEmpty() ? CMRoot()->invoke(TavoPlayerMainAudioPlayPath(), value, {})
-                                : startMusic(source);
+                                : startMusic(user, source);
     });
 }
 
 /// The file is opened now, because requests that wait must not hold files.
-CMReply<QVariant> ClientSounds::startMusic(const QString &source)
+CMReply<QVariant> ClientSounds::startMusic(Quotas::UserId user, const QString &source)
 {
-    const Result<AllowedSound> result = m_access.check(source, SoundAccess::Kind::File);
-    if (const auto *refusal = std::get_if<Failure>(&result)) {
-        CMReply<QVariant> refused;
-        refused.setError(CMError(QStringLiteral("Player"), refusal->reason));
-        return refused;
+    CMReply<QVariant> reply;
+    constexpr auto kind = SoundAccess::Kind::File;
+    if (const auto checked = m_access.checkAtOnce(source, kind)) {
+        startMusic(*checked, reply);
+    } else {
+        m_opener.open(
+            user, m_access, source, kind,
+            [this, reply](const Result<AllowedSound> &outcome) { startMusic(outcome, reply); });
     }
-    const AllowedSound &music = std::get<AllowedSound>(result);
-    CMReply<QVariant> reply =
-        CMRoot()->invoke(TavoPlayerMainAudioPlayPath(), QVariant(music.location), {});
-    reply.onFinished(this, [this, file = music.file](const CMReply<QVariant> & /*finished*/) {
-        m_music = file; // the music before it plays no longer
-    });
     return reply;
+}
+
+void ClientSounds::startMusic(const Result<AllowedSound> &checked, const CMReply<QVariant> &reply)
+{
+    if (const auto *refusal = std::get_if<Failure>(&checked)) {
+        reply.setError(CMError(QStringLiteral("Player"), refusal->reason));
+        return;
+    }
+    const AllowedSound &music = std::get<AllowedSound>(checked);
+    CMRoot()
+        ->invoke(TavoPlayerMainAudioPlayPath(), QVariant(music.location), {})
+        .onFinished(this, [this, reply, file = music.file](const CMReply<QVariant> &finished) {
+            m_music = file; // the music before it plays no longer
+            if (finished.error().isError()) {
+                reply.setError(finished.error());
+            } else {
+                reply.setValue(finished.value());
+            }
+        });
 }
 
 CMPath ClientSounds::watch(const std::string &client, const TavoNotificationPlayerItem &item,

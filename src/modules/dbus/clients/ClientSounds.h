@@ -7,6 +7,7 @@
 #include "Quotas.h"
 #include "SlowRequests.h"
 #include "SoundAccess.h"
+#include "SoundOpener.h"
 #include "UrgentTurns.h"
 #include <core/tavo.h>
 
@@ -35,8 +36,10 @@ class ClientSounds : public QObject
 public:
     ClientSounds(Clients &clients, CMNodes *nodes, SoundAccess access);
 
-    /// The sounds that clients may play.
-    const SoundAccess &access() const { return m_access; }
+    /// Checks a sound that the client names. Throws Clients::NotYet if that takes a moment, so it must be
+    /// called before anything is done. Then the client's handler is called again, and this returns the outcome.
+    Result<AllowedSound> check(const std::string &client, const QString &location,
+                               SoundAccess::Kind kind);
     void setAccess(SoundAccess access) { m_access = std::move(access); }
 
     /// Passes on a client's request to enqueue a sound, whose value has this many bytes. Throws
@@ -110,9 +113,12 @@ private:
                            std::size_t bytes, const std::optional<OpenedSound> &file,
                            const QString &notification = {});
     TavoNotificationPlayerItem clean(const TavoNotificationPlayerItem &requested) const;
-    std::optional<OpenedSound> checkAccess(TavoNotificationPlayerItem &item) const;
-    AllowedSound allowed(const QString &location, SoundAccess::Kind kind) const;
-    CMReply<QVariant> startMusic(const QString &source);
+    std::optional<OpenedSound> checkAccess(const std::string &client,
+                                           TavoNotificationPlayerItem &item);
+    AllowedSound allowed(const std::string &client, const QString &location,
+                         SoundAccess::Kind kind);
+    CMReply<QVariant> startMusic(Quotas::UserId user, const QString &source);
+    void startMusic(const Result<AllowedSound> &checked, const CMReply<QVariant> &reply);
     CMPath watch(const std::string &client, const TavoNotificationPlayerItem &item,
                  std::size_t bytes, const std::optional<OpenedSound> &file);
     CMReply<QVariant> sendInTurn(const CMPath &path);
@@ -132,8 +138,18 @@ private:
     static void stopGivingWay(Sound &sound);
     void forget(const CMPath &path);
 
+    struct Checked
+    {
+        std::string client;
+        QString location;
+        SoundAccess::Kind kind;
+        Result<AllowedSound> outcome;
+    };
+
     Clients &m_clients;
     SoundAccess m_access;
+    SoundOpener m_opener;
+    std::optional<Checked> m_checked; ///< while the client's handler is called again
     CMNodes *m_nodes;
     std::unordered_map<CMPath, Sound, PathHash> m_sounds; ///< by their nodes
     UrgentTurns m_turns;

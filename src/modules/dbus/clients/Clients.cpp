@@ -97,7 +97,29 @@ bool Clients::isReady(const std::string &client)
     const bool waitsForOthers = m_outbox.isBackedUp() && m_quotas.hasManyUsers() &&
                                 m_quotas.timeOfUser(client) > maxUserTime;
     return !m_unread.isUndecided(client) && !m_moduleLoad.isFull(m_quotas.userOf(client)) &&
-           !waitsForOthers && m_asked.count(client) == 0;
+           !waitsForOthers && m_asked.count(client) == 0 && m_postponed.count(client) == 0;
+}
+
+void Clients::postpone(const std::string &client, const BusMessage &call, const Handler &handler)
+{
+    m_postponed.insert_or_assign(client, Postponed{call, handler, m_turns.charge(client, call)});
+}
+
+void Clients::goOn(const std::string &client)
+{
+    const auto postponed = m_postponed.extract(client);
+    if (postponed.empty()) {
+        return;
+    }
+    const auto &[call, handler, charge, hasLeft] = postponed.mapped();
+    run(client, call, [&handler = handler](const BusMessage &again) {
+        BusReader(again).restart();
+        handler(again);
+    });
+    if (hasLeft) {
+        endWith(client);
+    }
+    m_turns.resume();
 }
 
 void Clients::receive(const BusMessage &call)
@@ -278,6 +300,7 @@ void Clients::on_bus_lost()
     m_vanished.reset();
     m_calls.reset();
     m_turns.clear();
+    m_postponed.clear();
     m_outbox.clear();
     m_asked.clear();
     for (const std::string &client : m_quotas.clients()) {
@@ -303,7 +326,7 @@ void Clients::leave(const std::string &client)
 {
     m_asked.erase(client); // The bus no longer knows its user.
     if (m_turns.leave(client)) {
-        forget(client);
+        endWith(client);
     }
 }
 
@@ -339,7 +362,18 @@ void Clients::takeNames(const BusMessage &reply)
 
 void Clients::on_turns_left(const std::string &client)
 {
-    forget(client);
+    endWith(client);
+}
+
+/// The client has left, and none of its calls waits for its turn.
+void Clients::endWith(const std::string &client)
+{
+    const auto postponed = m_postponed.find(client);
+    if (postponed == m_postponed.end()) {
+        forget(client);
+    } else {
+        postponed->second.hasLeft = true;
+    }
 }
 
 void Clients::forget(const std::string &client)

@@ -23,6 +23,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 
 class BusConnection;
@@ -83,6 +84,15 @@ public:
     /// Serves an object whose methods are set.
     void publish(BusObject &object) { object.publish(m_objects); }
 
+    /// Thrown by a handler that has done nothing yet, because it must wait. It is called again by goOn(); the
+    /// client's other calls are handled after that.
+    struct NotYet
+    {
+    };
+
+    /// Does nothing if no handler of the client waits.
+    void goOn(const std::string &client);
+
     /// Calls a handler at once. An exception is sent as the error reply.
     template <typename Handle>
     void run(const BusMessage &call, const Handle &handle)
@@ -94,7 +104,11 @@ public:
     {
         m_turns.spend(client, [&] {
             try {
-                handle(call);
+                try {
+                    handle(call);
+                } catch (const NotYet &) {
+                    postpone(client, call, handle);
+                }
             } catch (...) {
                 refuseForCaught(call);
             }
@@ -143,7 +157,16 @@ private Q_SLOTS:
     void on_checkTimer_timeout();
 
 private:
+    struct Postponed
+    {
+        BusMessage call;
+        Handler handler;
+        Quotas::Charge charge;
+        bool hasLeft = false; ///< its client, which has no other calls
+    };
+
     bool isReady(const std::string &client);
+    void postpone(const std::string &client, const BusMessage &call, const Handler &handler);
     void receive(const BusMessage &call);
     void askUser(const std::string &client);
     void add(const BusMessage &call, CallTurns::Method &method);
@@ -158,6 +181,7 @@ private:
 
     void refuse(const BusMessage &call, const BusError &error);
     void refuseForCaught(const BusMessage &call);
+    void endWith(const std::string &client);
     void forget(const std::string &client);
     void leave(const std::string &client);
     void takeNames(const BusMessage &reply);
@@ -175,8 +199,9 @@ private:
     BusObjects m_objects; ///< while connected
     CallTurns::Method m_standardMethod;
     std::unordered_set<std::string> m_asked; ///< clients whose user the bus is to tell
-    BusSlot m_calls;                         ///< while connected
-    BusSlot m_vanished;                      ///< while connected
-    QTimer m_memoryTimer;                    ///< runs after clients have left
-    QTimer m_checkTimer;                     ///< runs after a client has called
+    std::unordered_map<std::string, Postponed> m_postponed; ///< by client
+    BusSlot m_calls;                                        ///< while connected
+    BusSlot m_vanished;                                     ///< while connected
+    QTimer m_memoryTimer;                                   ///< runs after clients have left
+    QTimer m_checkTimer;                                    ///< runs after a client has called
 };

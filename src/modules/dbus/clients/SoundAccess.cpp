@@ -60,6 +60,23 @@ SoundAccess::SoundAccess(QStringList schemes, const QStringList &folders, QVecto
 
 Result<AllowedSound> SoundAccess::check(const QString &location, Kind kind) const
 {
+    return check(location, kind, &OpenedSound::open);
+}
+
+std::optional<Result<AllowedSound>> SoundAccess::checkAtOnce(const QString &location,
+                                                             Kind kind) const
+{
+    bool mustWait = false;
+    const Result<AllowedSound> result = check(location, kind, [&](const QString &path) {
+        auto file = OpenedSound::openAtOnce(path);
+        mustWait = !file;
+        return file;
+    });
+    return mustWait ? std::nullopt : std::optional(result);
+}
+
+Result<AllowedSound> SoundAccess::check(const QString &location, Kind kind, const Open &open) const
+{
     if (location.size() > maxLocationLength) {
         return Failure{
             QStringLiteral("The path or URI of a sound may have no more than %1 characters")
@@ -76,7 +93,10 @@ Result<AllowedSound> SoundAccess::check(const QString &location, Kind kind) cons
     if (!path.startsWith('/')) {
         return refusal(location, QStringLiteral("is neither an absolute path nor a URI"));
     }
-    return checkPath(location, path, kind);
+    if (!m_schemes.contains(fileScheme)) {
+        return refusal(location, QStringLiteral("has a scheme that is not allowed"));
+    }
+    return checkFile(location, open(path), kind);
 }
 
 Result<AllowedSound> SoundAccess::checkUrl(const QString &location, const QUrl &url) const
@@ -92,13 +112,9 @@ Result<AllowedSound> SoundAccess::checkUrl(const QString &location, const QUrl &
     return AllowedSound{location, {}};
 }
 
-Result<AllowedSound> SoundAccess::checkPath(const QString &requested, const QString &path,
-                                            Kind kind) const
+Result<AllowedSound> SoundAccess::checkFile(const QString &requested,
+                                            const std::optional<OpenedSound> &file, Kind kind) const
 {
-    if (!m_schemes.contains(fileScheme)) {
-        return refusal(requested, QStringLiteral("has a scheme that is not allowed"));
-    }
-    const auto file = OpenedSound::open(path);
     const QString location = file ? file->path() : QString();
     const bool isAllowed =
         !isBelow(location, withoutLinks(m_ownFolder)) &&

@@ -11,6 +11,7 @@
 #include <QUrl>
 #include <QVector>
 
+#include <functional>
 #include <optional>
 
 /// A sound that a client may play. It must be kept until the sound has ended.
@@ -34,12 +35,20 @@ public:
     /// any file, not only a sound.
     enum class Kind { File, Stream };
 
-    /// Checks a URI or an absolute path. Returns what to play, or the reason why it is not allowed.
+    /// Checks a URI or an absolute path. Returns what to play, or the reason why it is not allowed. May wait
+    /// for as long as a file system hangs.
     Result<AllowedSound> check(const QString &location, Kind kind = Kind::File) const;
 
+    /// The same if that need not wait; nothing otherwise.
+    std::optional<Result<AllowedSound>> checkAtOnce(const QString &location, Kind kind) const;
+
 private:
+    using Open = std::function<std::optional<OpenedSound>(const QString &path)>;
+
+    Result<AllowedSound> check(const QString &location, Kind kind, const Open &open) const;
     Result<AllowedSound> checkUrl(const QString &location, const QUrl &url) const;
-    Result<AllowedSound> checkPath(const QString &requested, const QString &path, Kind kind) const;
+    Result<AllowedSound> checkFile(const QString &requested, const std::optional<OpenedSound> &file,
+                                   Kind kind) const;
 
     QStringList m_schemes;
     QStringList m_folders; ///< without links

@@ -20,25 +20,28 @@ NotificationSounds::NotificationSounds(ClientSounds &sounds, const QString &them
 {
 }
 
-void NotificationSounds::play(const std::string &client, quint32 id, const NotifyHints &hints,
+AllowedSound NotificationSounds::find(const std::string &client, const NotifyHints &hints)
+{
+    // A client may choose any sound of the theme, wherever its file is.
+    return hints.soundFile.isEmpty() ? AllowedSound{m_theme.find(hints.soundName), {}}
+                                     : allowedFile(client, hints.soundFile);
+}
+
+void NotificationSounds::play(const std::string &client, quint32 id, const AllowedSound &found,
                               TavoNotificationItemPriority::Enum priority, const QString &request)
 {
     stop(id);
-    if (!playIfAllowed(client, id, hints, priority, request) && !request.isEmpty()) {
+    if (!playIfFound(client, id, found, priority, request) && !request.isEmpty()) {
         // There is no sound after all.
         CMRoot()->invoke(TavoAttentionSoundPath(), TavoValue().setString_(request), {});
     }
 }
 
-bool NotificationSounds::playIfAllowed(const std::string &client, quint32 id,
-                                       const NotifyHints &hints,
-                                       TavoNotificationItemPriority::Enum priority,
-                                       const QString &request)
+bool NotificationSounds::playIfFound(const std::string &client, quint32 id,
+                                     const AllowedSound &found,
+                                     TavoNotificationItemPriority::Enum priority,
+                                     const QString &request)
 {
-    // A client may choose any sound of the theme, wherever its file is.
-    const AllowedSound found = hints.soundFile.isEmpty()
-                                   ? AllowedSound{m_theme.find(hints.soundName), {}}
-                                   : allowedFile(hints.soundFile);
     if (found.location.isEmpty()) {
         return false;
     }
@@ -54,9 +57,9 @@ bool NotificationSounds::playIfAllowed(const std::string &client, quint32 id,
                    found.file, request);
 }
 
-AllowedSound NotificationSounds::allowedFile(const QString &file)
+AllowedSound NotificationSounds::allowedFile(const std::string &client, const QString &file)
 {
-    const Result<AllowedSound> result = m_clientSounds.access().check(file);
+    const Result<AllowedSound> result = m_clientSounds.check(client, file, SoundAccess::Kind::File);
     if (const auto *refusal = std::get_if<Failure>(&result)) {
         logOnce(refusal->reason);
         return {};

@@ -28,11 +28,15 @@ public:
 
     void setTheme(const QString &theme) { m_theme = SoundTheme(theme); }
 
-    /// Plays a notification's sound in place of its previous one: the file, if one is given and
-    /// allowed, or else the theme's sound for the event. It counts as one of the client's sounds. The
-    /// request is the notification's id for the module for attention, which then decides about the sound;
-    /// empty without that module.
-    void play(const std::string &client, quint32 id, const NotifyHints &hints,
+    /// Finds the sound of a notification that the client requests: the file, if one is given and allowed,
+    /// or else the theme's sound for the event. Its location is empty if there is none. See
+    /// ClientSounds::check() for when to call it.
+    AllowedSound find(const std::string &client, const NotifyHints &hints);
+
+    /// Plays the sound that was found for a notification in place of its previous one. It counts as one of
+    /// the client's sounds. The request is the notification's id for the module for attention, which then
+    /// decides about the sound; empty without that module.
+    void play(const std::string &client, quint32 id, const AllowedSound &found,
               TavoNotificationItemPriority::Enum priority, const QString &request);
 
     /// Cancels a notification's sound, if it has one.
@@ -42,11 +46,11 @@ public:
     void release(quint32 id) { m_sounds.remove(id); }
 
 private:
-    AllowedSound allowedFile(const QString &file);
+    AllowedSound allowedFile(const std::string &client, const QString &file);
     bool enqueue(const std::string &client, const TavoNotificationPlayerItem &item,
                  const std::optional<OpenedSound> &file, const QString &request);
-    bool playIfAllowed(const std::string &client, quint32 id, const NotifyHints &hints,
-                       TavoNotificationItemPriority::Enum priority, const QString &request);
+    bool playIfFound(const std::string &client, quint32 id, const AllowedSound &found,
+                     TavoNotificationItemPriority::Enum priority, const QString &request);
     void logOnce(const QString &refusal);
 
     ClientSounds &m_clientSounds;

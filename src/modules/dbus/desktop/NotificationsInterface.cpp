@@ -113,6 +113,10 @@ void NotificationsInterface::notify(const BusMessage &call)
 {
     NotifyCall request = NotifyCall::read(call, m_timeouts, m_clients.limits());
     request.notification.user = m_clients.userOf(call.sender());
+    AllowedSound sound;
+    if (!request.hints.isSilent) {
+        sound = m_sounds.find(call.sender(), request.hints);
+    }
     if (request.hasBadActions) {
         LOG4CPLUS_WARN(logger, "A notification of "
                                    << call.sender()
@@ -154,7 +158,7 @@ void NotificationsInterface::notify(const BusMessage &call)
     }
     m_clients.leftMessages().makeWay(request.notification.priority);
     if (!request.hints.isSilent) {
-        m_sounds.play(call.sender(), id, request.hints, request.notification.priority,
+        m_sounds.play(call.sender(), id, sound, request.notification.priority,
                       request.hints.hasSound() ? m_notifications.requestOf(id) : QString());
     }
     BusWriter reply(call.createReply());

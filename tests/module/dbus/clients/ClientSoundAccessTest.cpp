@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "module/dbus/ModelTest.h"
+#include "support/LockedFolder.h"
 #include "support/sound/ScriptedDevices.h"
 #include "support/sound/SoundFiles.h"
 #include <simpleplayer/OpenedSound.h>
@@ -223,6 +224,106 @@ TEST_F(DbusClientSoundAccessTest, AppliesToMusicToo)
     EXPECT_EQ(errorForMusic(TavoValue().setString_(file).__variant()), "");
     EXPECT_EQ(errorForMusic({}), "");
     EXPECT_THAT(music, ElementsAre(file, file, QVariant()));
+}
+
+/// A sound that is not in the system's memory, or whose folder hangs.
+class DbusSlowSoundTest : public DbusClientSoundAccessTest
+{
+protected:
+    DbusSlowSoundTest()
+        : m_file(::open(QFile::encodeName(path("allowed/sound.wav"_s)).constData(),
+                        O_RDONLY | O_CLOEXEC))
+    {
+        publishValue("/test/value"_s, 1);
+        publishRequest(TavoNotificationPlayerCancelPath().toString(),
+                       [this](const CMSetDataRequest &request) {
+                           played.push_back("cancelled"_s);
+                           request.reply().setValue({});
+                       });
+    }
+    ~DbusSlowSoundTest() override { ::close(m_file); }
+    Q_DISABLE_COPY_MOVE(DbusSlowSoundTest)
+
+    /// A link to the sound that the system follows only for those who can wait.
+    QString slowPath() const { return "/proc/%1/fd/%2"_s.arg(::getpid()).arg(m_file); }
+
+    static BusCall enqueue(ModelClient &by, const QString &content)
+    {
+        const auto item = TavoNotificationPlayerItem().setId("id"_s).setContent(content);
+        return by.send(TavoNotificationPlayerEnqueuePath().toString(),
+                       TavoValue().setNotificationPlayerItem(item).__variant());
+    }
+
+private:
+    const int m_file;
+};
+
+TEST_F(DbusSlowSoundTest, IsPlayed)
+{
+    ASSERT_FALSE(OpenedSound::openAtOnce(slowPath()));
+    EXPECT_TRUE(enqueue(*client, slowPath()).succeeds());
+    EXPECT_THAT(played, ElementsAre(path("allowed/sound.wav"_s)));
+}
+
+TEST_F(DbusSlowSoundTest, IsPlayedBeforeItsClientCancelsIt)
+{
+    const BusCall enqueued = enqueue(*client, slowPath());
+    const BusCall cancelled = client->send(TavoNotificationPlayerCancelPath().toString(), "id"_s);
+    EXPECT_TRUE(enqueued.succeeds());
+    EXPECT_TRUE(cancelled.succeeds());
+    EXPECT_THAT(played, ElementsAre(path("allowed/sound.wav"_s), "cancelled"));
+}
+
+TEST_F(DbusSlowSoundTest, IsPlayedEvenIfItsClientHasLeft)
+{
+    {
+        ModelClient leaving(bus().address());
+        enqueue(leaving, slowPath());
+    }
+    EXPECT_TRUE(waitFor([this] { return !played.empty(); }));
+    EXPECT_THAT(played, ElementsAre(path("allowed/sound.wav"_s)));
+}
+
+TEST_F(DbusSlowSoundTest, IsPlayedAsMusic)
+{
+    publishRequest(TavoPlayerMainAudioPlayPath().toString(),
+                   [this](const CMSetDataRequest &request) {
+                       played.push_back(request.value().toString());
+                       request.reply().setValue({});
+                   });
+    EXPECT_TRUE(client->send(TavoPlayerMainAudioPlayPath().toString(), slowPath()).succeeds());
+    EXPECT_THAT(played, ElementsAre(path("allowed/sound.wav"_s)));
+}
+
+TEST_F(DbusSlowSoundTest, KeepsNoOtherClientWaitingAndIsRefusedAfterASecond)
+{
+    const LockedFolder locked(path("allowed/folder"_s));
+    if (!locked.isLocked()) {
+        GTEST_SKIP() << "not permitted";
+    }
+    ModelClient other(bus().address());
+    const BusCall slow = enqueue(*client, path("allowed/folder/new.wav"_s));
+    const BusCall next = client->getValue("/test/value"_s);
+    EXPECT_TRUE(enqueue(other, path("allowed/sound.wav"_s)).succeeds());
+    EXPECT_FALSE(slow.isAnswered());
+    EXPECT_FALSE(next.isAnswered());
+    EXPECT_EQ(slow.errorName(), denied);
+    EXPECT_THAT(slow.errorMessage(), testing::HasSubstr("can't be opened in time"));
+    EXPECT_TRUE(next.succeeds());
+}
+
+TEST_F(DbusSlowSoundTest, IsOpenedOnceItsFolderResponds)
+{
+    auto locked = std::make_unique<LockedFolder>(path("allowed/folder"_s));
+    if (!locked->isLocked()) {
+        GTEST_SKIP() << "not permitted";
+    }
+    const BusCall slow = enqueue(*client, path("allowed/folder/new.wav"_s));
+    ModelClient other(bus().address());
+    EXPECT_TRUE(other.getValue("/test/value"_s).succeeds());
+    EXPECT_FALSE(slow.isAnswered());
+    locked.reset();
+    EXPECT_THAT(slow.errorMessage(), testing::HasSubstr("is not a file in an allowed folder"));
 }
 
 class DbusClientSoundSchemeTest : public DbusClientSoundAccessTest
