@@ -53,8 +53,9 @@ QuietTimes::QuietTimes(CMNodes *nodes, Entrance &entrance, const QString &file)
 
 QuietTimes::~QuietTimes()
 {
+    m_writer.waitForDone();
     if (m_isUnsaved) {
-        write();
+        memory().write(m_file);
     }
 }
 
@@ -105,15 +106,19 @@ void QuietTimes::save()
 
 void QuietTimes::on_save_timeout()
 {
-    if (std::exchange(m_isUnsaved, false)) {
-        write();
-        m_save.start();
+    if (!m_isUnsaved) {
+        return;
     }
+    if (m_writer.activeThreadCount() == 0) {
+        m_isUnsaved = false;
+        m_writer.start([memory = memory(), file = m_file] { memory.write(file); });
+    }
+    m_save.start();
 }
 
-void QuietTimes::write() const
+QuietMemory QuietTimes::memory() const
 {
-    QuietMemory{m_doNotDisturb.choice(AlarmClock::now()), m_missed}.write(m_file);
+    return {m_doNotDisturb.choice(AlarmClock::now()), m_missed};
 }
 
 void QuietTimes::setSettings(const DoNotDisturbSettings &settings)

@@ -10,6 +10,7 @@
 
 #include <QMap>
 #include <QObject>
+#include <QThreadPool>
 #include <QTimer>
 
 #include <attention/DoNotDisturb.h>
@@ -61,7 +62,7 @@ private:
 
     /// Writes the file, at once if it has not been written lately.
     void save();
-    void write() const;
+    QuietMemory memory() const;
 
     Entrance &m_entrance;
     const QString m_file;
@@ -75,4 +76,5 @@ private:
     AlarmClock m_alarm;
     QTimer m_save; ///< runs after a write, or while counts wait: many changes cost one write
     bool m_isUnsaved = false;
+    QThreadPool m_writer; ///< a disk may be busy for seconds
 };

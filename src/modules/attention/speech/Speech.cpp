@@ -271,7 +271,16 @@ void Speech::on_process_ended()
     }
     const std::optional<Failure> failure = takeResult();
     m_process.reset();
-    finish(failure);
+    if (failure) {
+        finish(failure);
+        return;
+    }
+    removeOldest();
+    m_writer.start([this, file = m_job->file, sound = std::exchange(m_sound, {})] {
+        const auto written = write(file, sound);
+        QMetaObject::invokeMethod(
+            this, [this, written] { finish(written); }, Qt::QueuedConnection);
+    });
 }
 
 std::optional<Failure> Speech::takeResult()
@@ -291,15 +300,20 @@ std::optional<Failure> Speech::takeResult()
     if (!isGood) {
         return Failure{program + QStringLiteral(" wrote no sound")};
     }
-    removeOldest();
-    QDir().mkpath(m_settings.folder);
+    return std::nullopt;
+}
+
+std::optional<Failure> Speech::write(const QString &path, const QByteArray &sound)
+{
+    const QString folder = QFileInfo(path).absolutePath();
+    QDir().mkpath(folder);
     // Texts may be private.
     constexpr auto ownersOnly = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
-    QFile::setPermissions(m_settings.folder, ownersOnly | QFileDevice::ExeOwner);
-    QSaveFile file(m_job->file);
+    QFile::setPermissions(folder, ownersOnly | QFileDevice::ExeOwner);
+    QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(ownersOnly) ||
-        file.write(m_sound) != m_sound.size() || !file.commit()) {
-        return Failure{file.fileName() + QStringLiteral(": ") + file.errorString()};
+        file.write(sound) != sound.size() || !file.commit()) {
+        return Failure{path + QStringLiteral(": ") + file.errorString()};
     }
     return std::nullopt;
 }

@@ -11,6 +11,7 @@
 #include <QObject>
 #include <QProcess>
 #include <QStringList>
+#include <QThreadPool>
 #include <QTimer>
 
 #include <cstdint>
@@ -102,6 +103,7 @@ private:
     void startNext();
     void finish(const std::optional<Failure> &failure);
     std::optional<Failure> takeResult();
+    static std::optional<Failure> write(const QString &path, const QByteArray &sound);
     QString fileFor(const QStringList &command, const QString &text) const;
     QString ownFile() const;
     void removeOldest() const;
@@ -124,4 +126,5 @@ private:
     std::unique_ptr<Process> m_process;
     QByteArray m_sound; ///< what the program has written
     QTimer m_timeout;
+    QThreadPool m_writer; ///< of what has been said: a disk may be busy for seconds
 };

@@ -5,7 +5,9 @@
 #include "support/bus/BusClient.h"
 #include "support/scripted/ScriptedPlayers.h"
 #include "support/scripted/ScriptedService.h"
+#include <simpleplayer/OpenedSound.h>
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -101,6 +103,19 @@ TEST_F(DesktopSoundTest, PlaysTheNamedFile)
     EXPECT_EQ(players()[0]->kind, "UriSimplePlayer"_s);
     EXPECT_EQ(players()[0]->content, path("allowed/sound.wav"_s));
     EXPECT_FALSE(players()[0]->loop);
+}
+
+TEST_F(DesktopSoundTest, PlaysTheNamedFileEvenIfItIsNotInTheSystemsMemory)
+{
+    QFile file(path("allowed/sound.wav"_s));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    // The system follows such a link only for those who can wait.
+    const QString slowPath =
+        "/proc/%1/fd/%2"_s.arg(QCoreApplication::applicationPid()).arg(file.handle());
+    ASSERT_FALSE(OpenedSound::openAtOnce(slowPath));
+    EXPECT_TRUE(isOpen(notifyWith("string:sound-file:"_s + slowPath)));
+    ASSERT_TRUE(plays(1));
+    EXPECT_EQ(players()[0]->content, path("allowed/sound.wav"_s));
 }
 
 TEST_F(DesktopSoundTest, PlaysTheNamedSoundOfTheTheme)
