@@ -34,17 +34,16 @@ std::string guardedText(const std::string &text)
 log4cplus::helpers::SharedObjectPtr<LogGate> LogGate::guard(log4cplus::Logger logger,
                                                             std::function<void()> onLeavingOut)
 {
-    log4cplus::helpers::SharedObjectPtr<LogGate> gate(new LogGate(std::move(onLeavingOut)));
-    for (const log4cplus::SharedAppenderPtr &appender : logger.getAllAppenders()) {
-        gate->addAppender(appender);
-    }
+    log4cplus::helpers::SharedObjectPtr<LogGate> gate(
+        new LogGate(logger.getAllAppenders(), std::move(onLeavingOut)));
     logger.removeAllAppenders();
     logger.addAppender(log4cplus::SharedAppenderPtr(gate.get()));
     return gate;
 }
 
-LogGate::LogGate(std::function<void()> onLeavingOut)
-    : m_onLeavingOut(std::move(onLeavingOut))
+LogGate::LogGate(log4cplus::SharedAppenderPtrList appenders, std::function<void()> onLeavingOut)
+    : m_queue(std::make_unique<LogQueue>(std::move(appenders)))
+    , m_onLeavingOut(std::move(onLeavingOut))
 {
 }
 
@@ -56,10 +55,7 @@ LogGate::~LogGate()
 void LogGate::close()
 {
     endSeconds(Clock::time_point::max());
-    for (const log4cplus::SharedAppenderPtr &appender : getAllAppenders()) {
-        appender->close();
-    }
-    removeAllAppenders();
+    m_queue.reset();
     closed = true;
 }
 
@@ -124,12 +120,15 @@ void LogGate::endSeconds(Clock::time_point startedBefore)
 
 void LogGate::write(const InternalLoggingEvent &event)
 {
+    if (!m_queue) {
+        return; // closed
+    }
     if (isPlain(event.getMessage())) {
-        appendLoopOnAppenders(event);
+        m_queue->add(event);
         return;
     }
-    appendLoopOnAppenders(InternalLoggingEvent(
-        event.getLoggerName(), event.getLogLevel(), event.getNDC(), event.getMDCCopy(),
-        guardedText(event.getMessage()), event.getThread(), event.getThread2(),
-        event.getTimestamp(), event.getFile(), event.getLine(), event.getFunction()));
+    m_queue->add(InternalLoggingEvent(event.getLoggerName(), event.getLogLevel(), event.getNDC(),
+                                      event.getMDCCopy(), guardedText(event.getMessage()),
+                                      event.getThread(), event.getThread2(), event.getTimestamp(),
+                                      event.getFile(), event.getLine(), event.getFunction()));
 }

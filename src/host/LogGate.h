@@ -3,13 +3,15 @@
 
 #pragma once
 
+#include "host/LogQueue.h"
+
 #include <log4cplus/appender.h>
-#include <log4cplus/helpers/appenderattachableimpl.h>
 #include <log4cplus/logger.h>
 
 #include <chrono>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <tuple>
 
@@ -22,7 +24,7 @@
 ///   next record after that second.
 ///
 /// Thread: any. Owned by the logger.
-class LogGate : public log4cplus::Appender, private log4cplus::helpers::AppenderAttachableImpl
+class LogGate : public log4cplus::Appender
 {
 public:
     static constexpr int maxTextSize = 4000;
@@ -59,12 +61,13 @@ private:
         std::string example; ///< the first that was left out
     };
 
-    explicit LogGate(std::function<void()> onLeavingOut);
+    LogGate(log4cplus::SharedAppenderPtrList appenders, std::function<void()> onLeavingOut);
 
     bool isLeftOut(const log4cplus::spi::InternalLoggingEvent &event);
     void endSeconds(Clock::time_point startedBefore);
     void write(const log4cplus::spi::InternalLoggingEvent &event);
 
+    std::unique_ptr<LogQueue> m_queue; ///< until it is closed
     const std::function<void()> m_onLeavingOut;
     std::map<Place, Second, std::less<>> m_seconds;
     int m_placesLeavingOut = 0;

@@ -1,0 +1,118 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "host/LogQueue.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <csignal>
+#include <deque>
+#include <mutex>
+#include <string>
+#include <utility>
+
+using log4cplus::spi::InternalLoggingEvent;
+
+namespace {
+constexpr std::size_t maxRecords = 1000;
+constexpr std::chrono::seconds maxWait(1);
+
+/// No signal is meant for this thread, except for its own errors.
+sigset_t othersSignals()
+{
+    sigset_t signals{};
+    sigfillset(&signals);
+    for (const int own : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGSYS, SIGTRAP}) {
+        sigdelset(&signals, own);
+    }
+    return signals;
+}
+} // namespace
+
+struct LogQueue::State
+{
+    bool isIdle() const { return records.empty() && !isWriting; }
+
+    const std::vector<log4cplus::SharedAppenderPtr> appenders;
+    std::mutex mutex;
+    std::condition_variable added;
+    std::condition_variable idle;
+    std::deque<std::unique_ptr<InternalLoggingEvent>> records{};
+    bool isWriting = false;
+    bool isOver = false;
+    int leftOut = 0;
+};
+
+LogQueue::LogQueue(std::vector<log4cplus::SharedAppenderPtr> appenders)
+    : m_state(new State{std::move(appenders), {}, {}, {}})
+{
+    const sigset_t blocked = othersSignals();
+    sigset_t before{};
+    pthread_sigmask(SIG_BLOCK, &blocked, &before);
+    m_thread = std::thread([state = m_state] { run(state); });
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+LogQueue::~LogQueue()
+{
+    std::unique_lock lock(m_state->mutex);
+    m_state->isOver = true;
+    m_state->added.notify_one();
+    const bool isWritten =
+        m_state->idle.wait_for(lock, maxWait, [this] { return m_state->isIdle(); });
+    lock.unlock();
+    if (isWritten) {
+        m_thread.join();
+    } else {
+        m_thread.detach();
+    }
+}
+
+void LogQueue::add(const InternalLoggingEvent &event)
+{
+    event.gatherThreadSpecificData();
+    const bool isFatal = event.getLogLevel() >= log4cplus::FATAL_LOG_LEVEL;
+    std::unique_lock lock(m_state->mutex);
+    auto &records = m_state->records;
+    if (records.size() >= maxRecords && !isFatal) {
+        ++m_state->leftOut;
+    } else {
+        if (const int leftOut = std::exchange(m_state->leftOut, 0); leftOut > 0) {
+            records.push_back(std::make_unique<InternalLoggingEvent>(
+                "Host", log4cplus::WARN_LOG_LEVEL,
+                std::to_string(leftOut) + " records left out: the log did not take them in time",
+                nullptr, 0));
+        }
+        records.push_back(event.clone());
+        m_state->added.notify_one();
+    }
+    if (isFatal) {
+        m_state->idle.wait_for(lock, maxWait, [this] { return m_state->isIdle(); });
+    }
+}
+
+void LogQueue::run(const std::shared_ptr<State> &state)
+{
+    std::unique_lock lock(state->mutex);
+    for (;;) {
+        state->added.wait(lock, [&] { return !state->records.empty() || state->isOver; });
+        if (state->records.empty()) {
+            break;
+        }
+        const auto record = std::move(state->records.front());
+        state->records.pop_front();
+        state->isWriting = true;
+        lock.unlock();
+        for (const log4cplus::SharedAppenderPtr &appender : state->appenders) {
+            appender->doAppend(*record);
+        }
+        lock.lock();
+        state->isWriting = false;
+        if (state->records.empty()) {
+            state->idle.notify_all();
+        }
+    }
+    for (const log4cplus::SharedAppenderPtr &appender : state->appenders) {
+        appender->close();
+    }
+}

@@ -1,0 +1,38 @@
+// SPDX-FileCopyrightText: 2026 The Tavo developers
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <log4cplus/appender.h>
+#include <log4cplus/spi/loggingevent.h>
+
+#include <memory>
+#include <thread>
+#include <vector>
+
+/// Writes records in a thread of its own: a journal, a pipe or a disk may take as long as it likes, and
+/// everybody's alarms would wait for that. When a thousand wait, further ones are left out, and their number is
+/// written later.
+///
+/// Thread: any; one at a time adds.
+class LogQueue
+{
+public:
+    explicit LogQueue(std::vector<log4cplus::SharedAppenderPtr> appenders);
+
+    /// Closes the appenders once everything is written, or after a second leaves the thread behind.
+    ~LogQueue();
+    LogQueue(const LogQueue &) = delete;
+    LogQueue &operator=(const LogQueue &) = delete;
+
+    /// Waits only for a fatal record, as the process ends after it, and no longer than a second.
+    void add(const log4cplus::spi::InternalLoggingEvent &event);
+
+private:
+    struct State;
+
+    static void run(const std::shared_ptr<State> &state);
+
+    std::shared_ptr<State> m_state;
+    std::thread m_thread;
+};
