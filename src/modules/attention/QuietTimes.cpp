@@ -43,6 +43,7 @@ QuietTimes::QuietTimes(CMNodes *nodes, Entrance &entrance, const QString &file)
     }
     // If it is over by now, it has ended while the host did not run.
     m_isOn = !m_missed.isEmpty();
+    m_writer.setExpiryTimeout(0); // A thread that does nothing would stay for half a minute.
     m_save.setSingleShot(true);
     m_save.setInterval(saveDelayMs);
     tavoConnect(&m_save, &QTimer::timeout, this, &QuietTimes::on_save_timeout);

@@ -56,6 +56,7 @@ Speech::Speech(const Settings &settings, QObject *parent)
     m_timeout.setSingleShot(true);
     m_timeout.setInterval(m_settings.timeoutMs);
     tavoConnect(&m_timeout, &QTimer::timeout, this, &Speech::on_timeout_timeout);
+    m_writer.setExpiryTimeout(0); // A thread that does nothing would stay for half a minute.
 }
 
 Speech::~Speech()
