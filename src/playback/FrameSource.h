@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <optional>
+#include <sys/types.h>
 #include <variant>
 
 class WakeEvent;
@@ -69,6 +70,9 @@ public:
     /// Called now and then while a call takes long. Returns whether the source is still wanted. If it is not, no
     /// other call follows.
     std::function<bool()> isWanted = [] { return true; };
+
+    /// Who owns the file, if it was opened for a client.
+    std::optional<uid_t> owner;
 
     /// Opens the source, unless it is open. Waits only for the file system. The event interrupts
     /// it; the next call starts over.

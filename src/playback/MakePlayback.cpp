@@ -8,6 +8,7 @@
 #include "playback/PcmStream.h"
 #include "playback/PlaybackWriter.h"
 #include "playback/SoundFile.h"
+#include "simpleplayer/OpenedSound.h"
 #include "simpleplayer/PlaybackLibrary.h"
 
 namespace {
@@ -18,6 +19,12 @@ struct Source
     std::unique_ptr<FrameSource> frames;
     std::unique_ptr<HttpFetch> fetch;
 };
+
+Source fromPath(std::unique_ptr<FrameSource> frames, const QString &path)
+{
+    frames->owner = OpenedSound::ownerOf(path);
+    return Source{std::move(frames), nullptr};
+}
 
 std::unique_ptr<FrameSource> makeStream(std::unique_ptr<ByteInput> input,
                                         const StreamFormat &format,
@@ -61,7 +68,7 @@ Result<Source> makeSource(const UriSound &sound, const SimplePlayerLimits &limit
     }
     const auto &location = std::get<SoundLocation>(located);
     if (location.url.isEmpty()) {
-        return Source{SoundFile::fromPath(location.path, limits.maxSoundBytes), nullptr};
+        return fromPath(SoundFile::fromPath(location.path, limits.maxSoundBytes), location.path);
     }
     return fetchStream(location.url, QStringLiteral("The sound \"%1\"").arg(sound.uri), {}, limits);
 }
@@ -86,9 +93,8 @@ Result<Source> makeSource(const StreamSound &sound, const SimplePlayerLimits &li
     const auto &format = std::get<StreamFormat>(parsed);
     const auto &location = std::get<SoundLocation>(located);
     if (location.url.isEmpty()) {
-        return Source{makeStream(std::make_unique<ByteInput>(location.path, limits.fifoTimeoutMs),
-                                 format, limits),
-                      nullptr};
+        auto input = std::make_unique<ByteInput>(location.path, limits.fifoTimeoutMs);
+        return fromPath(makeStream(std::move(input), format, limits), location.path);
     }
     return fetchStream(location.url, QStringLiteral("The stream \"%1\"").arg(sound.content), format,
                        limits);

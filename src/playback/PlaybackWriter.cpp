@@ -7,15 +7,20 @@
 
 #include <algorithm>
 #include <chrono>
+#include <future>
 #include <system_error>
+#include <utility>
 
 namespace {
 
 // How long a start may block its caller.
 constexpr std::chrono::milliseconds maxOpening{250};
 
-// The same while threads hang: there may be more sounds like theirs, and the waits for them add up.
-constexpr std::chrono::milliseconds maxOpeningBesideHanging{50};
+// How long an interruption waits for a thread in its source, which needs nobody: the device can be taken from it.
+constexpr std::chrono::milliseconds maxReading{50};
+
+// The same while other threads hang: there may be more sounds like theirs, and the waits for them add up.
+constexpr std::chrono::milliseconds maxBesideHanging{20};
 
 // How long a pause waits for a device to play the frames that it holds.
 constexpr std::chrono::milliseconds maxPlayOut{500};
@@ -30,21 +35,13 @@ constexpr long maxLatencySeconds = 2;
 // be delayed.
 constexpr std::chrono::milliseconds maxEnding{750};
 
-// The same for a thread that hangs while it opens the sound or its device. One that is paused can go on only if it has
-// ended.
+// The same for a thread that has not opened its device in time. One that is paused can go on only if it has ended.
 constexpr std::chrono::milliseconds maxLateEnding{50};
 constexpr std::chrono::milliseconds maxLatePause{400};
 
-// With more of them, a stop waits for maxEnding again, as a process may have only so many threads.
-constexpr int manyHanging = 32;
-
-// Threads that have been left behind and have not ended yet.
-std::atomic<int> hangingThreads = 0;
-
-std::chrono::milliseconds openingTime()
-{
-    return hangingThreads > 0 ? maxOpeningBesideHanging : maxOpening;
-}
+// A process may have only so many threads, so the files of one owner may hold up only few of them.
+constexpr int maxHangingOfOwner = 4;
+constexpr int maxHangingOfNobody = 32;
 
 constexpr long msPerSecond = 1000;
 
@@ -105,16 +102,16 @@ void PlaybackWriter::stop()
     m_fetch.reset();
     const std::lock_guard lock(m_mutex);
     m_report = nullptr;
-    m_isLeftBehind = m_running;
-    hangingThreads += m_isLeftBehind ? 1 : 0;
 }
 
 std::optional<Failure> PlaybackWriter::start()
 {
-    if (!join(maxOpening)) {
+    // If it was paused long ago, nobody waits again.
+    if (!join(m_interrupted + timeFor(maxOpening))) {
         return Failure{
             QStringLiteral("The sound or its device \"%1\" doesn't respond").arg(m_deviceName)};
     }
+    m_window.goBack(std::exchange(m_unheard, 0));
     if (m_finished) {
         m_report(std::nullopt);
         return std::nullopt;
@@ -134,6 +131,12 @@ std::optional<Failure> PlaybackWriter::startThread()
     if (!m_wake.isValid()) {
         return Failure{QStringLiteral("There are no more file descriptors")};
     }
+    if (m_source->owner && HangingThread::count(m_source->owner) >= maxHangingOfOwner) {
+        return Failure{QStringLiteral("Too many files of its owner don't respond")};
+    }
+    if (HangingThread::count(std::nullopt) >= maxHangingOfNobody) {
+        return Failure{QStringLiteral("Too many sounds or devices don't respond")};
+    }
     m_command = Command::Play;
     m_wake.clear();
     m_opening = Opening::Awaited;
@@ -141,10 +144,12 @@ std::optional<Failure> PlaybackWriter::startThread()
     try {
         m_thread = std::thread(&PlaybackWriter::run, shared_from_this());
     } catch (const std::system_error &error) {
+        m_running = false;
         return Failure{QStringLiteral("No thread can be started: ") + error.what()};
     }
+    const auto limit = timeFor(maxOpening);
     std::unique_lock lock(m_mutex);
-    m_changed.wait_for(lock, openingTime(), [this] { return m_opening != Opening::Awaited; });
+    m_changed.wait_for(lock, limit, [this] { return m_opening != Opening::Awaited; });
     if (m_opening == Opening::Awaited) {
         m_opening = Opening::Late;
     }
@@ -156,34 +161,78 @@ std::optional<Failure> PlaybackWriter::startThread()
     return m_startFailure;
 }
 
-// Returns false if the thread does not end in time. It then ends whenever it can.
+// Returns false if the thread is left behind. It then ends whenever it can.
 bool PlaybackWriter::interrupt(Command command)
 {
-    m_command = command;
-    m_wake.set();
-    const auto lateLimit = command == Command::Pause ? maxLatePause : maxLateEnding;
-    return join(isLate() && hangingThreads < manyHanging ? lateLimit : maxEnding);
-}
-
-bool PlaybackWriter::isLate()
-{
-    const std::lock_guard lock(m_mutex);
-    return m_opening == Opening::Late;
-}
-
-bool PlaybackWriter::join(std::chrono::milliseconds limit)
-{
-    if (!m_thread.joinable()) {
-        return true;
-    }
+    const auto readingTime = timeFor(maxReading);
     {
         std::unique_lock lock(m_mutex);
-        if (!m_changed.wait_for(lock, limit, [this] { return !m_running; })) {
+        m_command = command;
+        m_wake.set();
+        if (!m_leftBehind) {
+            m_interrupted = std::chrono::steady_clock::now();
+            awaitEnd(lock, readingTime);
+        }
+    }
+    return join(m_interrupted);
+}
+
+void PlaybackWriter::awaitEnd(std::unique_lock<std::mutex> &lock,
+                              std::chrono::milliseconds readingTime)
+{
+    if (!m_changed.wait_until(lock, m_interrupted + readingTime,
+                              [this] { return !m_isInSource; })) {
+        m_leftBehind.emplace(m_source->owner);
+        m_unheard = closeDevice();
+        return;
+    }
+    const auto lateLimit = m_command == Command::Pause ? maxLatePause : maxLateEnding;
+    const auto limit = m_opening == Opening::Late ? lateLimit : maxEnding;
+    if (!m_changed.wait_until(lock, m_interrupted + limit, [this] { return !m_running; })) {
+        m_leftBehind.emplace(std::nullopt);
+    }
+}
+
+// Closes the device in place of the thread that hangs in the source, so that other sounds can have it. Returns how many
+// of its frames were not heard; a sound server may have played some of them. Another thread does it, because the device
+// may hang, too.
+long PlaybackWriter::closeDevice()
+{
+    if (m_device == nullptr) {
+        return 0;
+    }
+    std::packaged_task<long()> closing(
+        [device = std::move(m_device)] { return device->closeAndCount(); });
+    std::future<long> unheard = closing.get_future();
+    try {
+        std::thread(std::move(closing)).detach();
+    } catch (const std::system_error &) {
+        return 0; // the task has closed the device at its end
+    }
+    return unheard.wait_for(maxEnding) == std::future_status::ready ? unheard.get() : 0;
+}
+
+// Returns false if the thread has not ended by then.
+bool PlaybackWriter::join(std::chrono::steady_clock::time_point deadline)
+{
+    {
+        std::unique_lock lock(m_mutex);
+        if (!m_changed.wait_until(lock, deadline, [this] { return !m_running; })) {
             return false;
         }
     }
-    m_thread.join();
+    if (m_thread.joinable()) {
+        m_thread.join();
+    }
     return true;
+}
+
+// How long to wait for something that takes as long as the limit at most: less while other threads hang.
+std::chrono::milliseconds PlaybackWriter::timeFor(std::chrono::milliseconds limit)
+{
+    const std::lock_guard lock(m_mutex);
+    const int own = m_leftBehind ? 1 : 0;
+    return HangingThread::count() > own ? maxBesideHanging : limit;
 }
 
 void PlaybackWriter::run()
@@ -192,7 +241,7 @@ void PlaybackWriter::run()
     if (end == Step::Interrupted) {
         keepPlace();
     }
-    m_device.close();
+    m_device.reset();
     if (end == Step::Ended) {
         finish(m_sourceFailure);
     } else if (end == Step::Failed) {
@@ -200,17 +249,36 @@ void PlaybackWriter::run()
     }
     const std::lock_guard lock(m_mutex);
     m_running = false;
-    hangingThreads -= m_isLeftBehind ? 1 : 0;
+    m_leftBehind.reset();
     m_changed.notify_one();
+}
+
+// Opens or reads the source, for which the thread doesn't need the device. Returns false if it has been interrupted; the
+// device may have been taken then.
+bool PlaybackWriter::inSource(const std::function<void()> &use)
+{
+    std::unique_lock lock(m_mutex);
+    m_isInSource = m_command == Command::Play;
+    if (m_isInSource) {
+        lock.unlock();
+        use();
+        lock.lock();
+        m_isInSource = false;
+    }
+    if (m_command == Command::Play) {
+        return true;
+    }
+    m_changed.notify_one();
+    return false;
 }
 
 void PlaybackWriter::keepPlace()
 {
-    if (m_command != Command::Pause || !m_device.isOpen()) {
+    if (m_command != Command::Pause || m_device == nullptr) {
         return;
     }
-    if (!m_device.countsLate() || !playOut()) {
-        m_window.goBack(m_device.closeAndCount() - m_padding);
+    if (!m_device->countsLate() || !playOut()) {
+        m_window.goBack(m_device->closeAndCount() - m_padding);
     }
 }
 
@@ -222,7 +290,7 @@ bool PlaybackWriter::playOut()
     const auto deadline = std::chrono::steady_clock::now() + maxPlayOut;
     Step result = Step::GoOn;
     while (result == Step::GoOn && std::chrono::steady_clock::now() < deadline) {
-        const Result<long> room = m_device.room();
+        const Result<long> room = m_device->room();
         const auto *frames = std::get_if<long>(&room);
         result = frames != nullptr ? finishTail(*frames) : Step::Failed;
     }
@@ -267,28 +335,36 @@ PlaybackWriter::Step PlaybackWriter::play()
 
 PlaybackWriter::Step PlaybackWriter::openAll()
 {
-    Result<FrameSource::Loading> loaded = m_source->open(m_wake);
-    if (FrameSource::isDone(loaded) && m_source->needsLoading()) {
-        // Loading depends on another program or a server, so the caller doesn't wait for it.
-        declareOpened();
-        loaded = m_source->load(m_wake);
-    }
+    Result<FrameSource::Loading> loaded = FrameSource::Loading::Interrupted;
+    const bool goesOn = inSource([&] { loaded = openSource(); });
     if (const auto *failure = std::get_if<Failure>(&loaded)) {
         return fail(*failure);
     }
-    if (!FrameSource::isDone(loaded)) {
+    if (!goesOn || !FrameSource::isDone(loaded)) {
         return Step::Interrupted;
     }
     m_format = m_source->format();
     m_window.setChannels(m_format.channels);
     m_padding = 0;
-    if (const auto failure = m_device.open(m_deviceName, m_format, m_usage)) {
+    m_device = std::make_unique<AlsaDevice>();
+    if (const auto failure = m_device->open(m_deviceName, m_format, m_usage)) {
         return fail(*failure);
     }
     if (m_loop) {
-        m_device.keepTime();
+        m_device->keepTime();
     }
     return Step::GoOn;
+}
+
+Result<FrameSource::Loading> PlaybackWriter::openSource()
+{
+    Result<FrameSource::Loading> opened = m_source->open(m_wake);
+    if (!FrameSource::isDone(opened) || !m_source->needsLoading()) {
+        return opened;
+    }
+    // Loading depends on another program or a server, so the caller doesn't wait for it.
+    declareOpened();
+    return m_source->load(m_wake);
 }
 
 PlaybackWriter::Step PlaybackWriter::fail(const Failure &failure)
@@ -299,23 +375,25 @@ PlaybackWriter::Step PlaybackWriter::fail(const Failure &failure)
 
 PlaybackWriter::Step PlaybackWriter::step()
 {
-    const Result<long> result = m_device.room();
+    const Result<long> result = m_device->room();
     if (const auto *failure = std::get_if<Failure>(&result)) {
         return fail(*failure);
     }
     const long room = std::get<long>(result);
-    if (const long lost = m_device.takeLost(); lost > 0) {
+    if (const long lost = m_device->takeLost(); lost > 0) {
         m_window.goBack(lost - m_padding);
         m_padding = 0;
     }
     if (m_sourceEnded && m_window.unsent() == 0) {
         return finishTail(room);
     }
-    const long surplus = m_device.held() - m_device.capacity() / 2;
+    const long surplus = m_device->held() - m_device->capacity() / 2;
     if (surplus > 0 || room == 0) {
-        return waitFor(std::max(surplus, m_device.periodFrames()));
+        return waitFor(std::max(surplus, m_device->periodFrames()));
     }
-    fill(room);
+    if (!inSource([&] { fill(room); })) {
+        return Step::Interrupted;
+    }
     if (m_window.unsent() > 0) {
         return send(room);
     }
@@ -326,7 +404,7 @@ void PlaybackWriter::fill(long room)
 {
     long wanted = room - m_window.unsent();
     bool rewound = false;
-    while (wanted > 0 && !m_sourceEnded && m_command != Command::Stop) {
+    while (wanted > 0 && !m_sourceEnded && m_command == Command::Play) {
         const FrameSource::Read read = m_source->read(m_window.spaceFor(wanted), wanted);
         if (std::holds_alternative<FrameSource::Waiting>(read)) {
             return;
@@ -362,29 +440,29 @@ PlaybackWriter::Step PlaybackWriter::send(long room)
     m_output.resize(std::size_t(frames * m_format.channels));
     m_gain.apply(m_window.next(), m_output.data(), frames, m_format.channels, m_window.position(),
                  m_format.rate);
-    const Result<long> result = m_device.write(m_output.data(), frames);
+    const Result<long> result = m_device->write(m_output.data(), frames);
     if (const auto *failure = std::get_if<Failure>(&result)) {
         return fail(*failure);
     }
     const long written = std::get<long>(result);
-    m_window.sent(written, m_device.capacity());
+    m_window.sent(written, m_device->capacity());
     // If the device has room but takes nothing, it needs some time.
-    return written > 0 ? Step::GoOn : waitFor(m_device.periodFrames());
+    return written > 0 ? Step::GoOn : waitFor(m_device->periodFrames());
 }
 
 // Waits until the last frame has been heard. Devices count whole periods, so silence is written
 // after the last frames. Then waits for the part of the latency that is not in the device's buffer.
 PlaybackWriter::Step PlaybackWriter::finishTail(long room)
 {
-    if (m_padding < 2 * m_device.periodFrames() && room > 0) {
+    if (m_padding < 2 * m_device->periodFrames() && room > 0) {
         return pad(room);
     }
-    const long unheard = m_device.held() - m_padding;
+    const long unheard = m_device->held() - m_padding;
     if (unheard > 0) {
         return waitFor(unheard);
     }
     const long remaining =
-        std::min(m_device.latency() - m_padding, m_format.rate * maxLatencySeconds);
+        std::min(m_device->latency() - m_padding, m_format.rate * maxLatencySeconds);
     if (remaining > 0 && waitFor(remaining) == Step::Interrupted) {
         return Step::Interrupted;
     }
@@ -393,9 +471,9 @@ PlaybackWriter::Step PlaybackWriter::finishTail(long room)
 
 PlaybackWriter::Step PlaybackWriter::pad(long room)
 {
-    const long frames = std::min(room, 2 * m_device.periodFrames() - m_padding);
+    const long frames = std::min(room, 2 * m_device->periodFrames() - m_padding);
     m_output.assign(std::size_t(frames * m_format.channels), 0.0F);
-    const Result<long> written = m_device.write(m_output.data(), frames);
+    const Result<long> written = m_device->write(m_output.data(), frames);
     if (const auto *failure = std::get_if<Failure>(&written)) {
         return fail(*failure);
     }

@@ -7,12 +7,14 @@
 #include "playback/FrameSource.h"
 #include "playback/FrameWindow.h"
 #include "playback/GainRamp.h"
+#include "playback/HangingThread.h"
 #include "playback/WakeEvent.h"
 #include "simpleplayer/Playback.h"
 
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -24,8 +26,9 @@ class HttpFetch;
 /// or the end of the sound.
 ///
 /// Called in the player's thread; reports from its own thread. Owned by the playback that make()
-/// returns, and by its thread: a thread that hangs in a device or a file system is left behind, and
-/// nobody waits for it longer than 750 ms, and less if it has not opened the sound and its device in time.
+/// returns, and by its thread: a thread that hangs in a device or a file system is left behind, and ends when it can.
+/// Nobody waits longer than 50 ms for one that hangs in a file system, and its device is closed meanwhile; and nobody
+/// waits longer than 750 ms for one that hangs in a device.
 class PlaybackWriter : public std::enable_shared_from_this<PlaybackWriter>
 {
 public:
@@ -44,7 +47,8 @@ public:
     PlaybackWriter &operator=(const PlaybackWriter &) = delete;
 
     /// Waits until the source and the device are open and the first frames are written, but at most
-    /// 250 ms, or 50 ms while a thread hangs. Later failures are reported.
+    /// 250 ms, or 20 ms while another thread hangs. Later failures are reported. Fails if its own thread has hung since
+    /// the pause, or if four others hang in files of the same owner.
     std::optional<Failure> start();
     void pause() { interrupt(Command::Pause); }
     void setGain(double gain, int fadeMs) { m_gain.set(gain, fadeMs); }
@@ -59,13 +63,17 @@ private:
 
     std::optional<Failure> startThread();
     bool interrupt(Command command);
-    bool isLate();
-    bool join(std::chrono::milliseconds limit);
+    void awaitEnd(std::unique_lock<std::mutex> &lock, std::chrono::milliseconds readingTime);
+    long closeDevice();
+    bool join(std::chrono::steady_clock::time_point deadline);
+    std::chrono::milliseconds timeFor(std::chrono::milliseconds limit);
 
     // In the writer's thread:
     void run();
+    bool inSource(const std::function<void()> &use);
     Step play();
     Step openAll();
+    Result<FrameSource::Loading> openSource();
     Step step();
     void fill(long room);
     bool rewind();
@@ -95,13 +103,17 @@ private:
 
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    bool m_running = false; // protected by the mutex, like the next two
-    bool m_isLeftBehind = false;
+    bool m_running = false; // protected by the mutex, like the next ones
+    bool m_isInSource = false;
+    std::optional<HangingThread> m_leftBehind; // while it runs after an interruption
+    std::chrono::steady_clock::time_point m_interrupted;
+    long m_unheard = 0; // of the frames that the device held when it was taken from the thread
     Opening m_opening = Opening::Awaited;
     Failure m_startFailure; // set before the thread is joined
 
     // The following members belong to the writer's thread while there is one.
-    AlsaDevice m_device;
+    std::unique_ptr<AlsaDevice>
+        m_device; // if it is open; taken from a thread that is left behind in the source
     SoundFormat m_format;
     FrameWindow m_window;
     std::vector<float> m_output;

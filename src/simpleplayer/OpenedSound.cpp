@@ -40,6 +40,7 @@ public:
 
     const QString &path() const { return m_path; }
     mode_t mode() const { return m_status.st_mode; }
+    uid_t owner() const { return m_status.st_uid; }
     int openForReading() const;
 
 private:
@@ -213,4 +214,10 @@ int OpenedSound::openForReading(const QString &path)
         return file->openForReading();
     }
     return ::open(QFile::encodeName(path).constData(), readingFlags);
+}
+
+std::optional<uid_t> OpenedSound::ownerOf(const QString &path)
+{
+    const auto file = File::find(path);
+    return file != nullptr ? std::make_optional(file->owner()) : std::nullopt;
 }

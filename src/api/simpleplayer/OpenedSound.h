@@ -9,6 +9,7 @@
 
 #include <memory>
 #include <optional>
+#include <sys/types.h>
 
 /// A file or a FIFO that is opened before it is played. While this object exists, players in this
 /// process that are given its path play this file, even if the path now leads to another one:
@@ -37,6 +38,9 @@ public:
     /// For players: opens the file that was last opened for the path, or else the path, for reading
     /// and without waiting for a FIFO's writer. Returns a descriptor, or -1 and sets errno.
     static int openForReading(const QString &path);
+
+    /// For players: returns who owns the file that was last opened for the path; nothing if there is none.
+    static std::optional<uid_t> ownerOf(const QString &path);
 
 private:
     class File;

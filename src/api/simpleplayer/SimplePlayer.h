@@ -55,7 +55,8 @@ public:
     /// Pauses the sound and closes the device. Does nothing unless the sound is playing. Hardware
     /// is silent at once. A sound server reports its position too late, so the call waits until the
     /// server has played all frames that it holds, at most a tenth of a second. If the device
-    /// hangs, the call returns after 750 ms, and the sound can't go on before the device responds.
+    /// hangs, the call returns after 750 ms; if the file hangs, after 50 ms. The sound can't go on
+    /// before they respond.
     virtual void pause();
 
     /// Ends the sound; playbackStopped() follows, even if the player is paused or was never

@@ -19,7 +19,7 @@ constexpr const char *behaviours[] = {"plain",        "busy",           "denied"
                                       "sleeps",       "hesitates",      "suspends_forgets",
                                       "chokes",       "wants_sound",    "distant",
                                       "clueless",     "clings",         "alternates",
-                                      "hangs"};
+                                      "hangs",        "exclusive",      "sticks"};
 
 } // namespace
 

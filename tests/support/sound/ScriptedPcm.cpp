@@ -33,6 +33,7 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds slowOpening{400};
 constexpr std::chrono::milliseconds hangingOpening{6000};
 constexpr std::chrono::milliseconds slowClosing{1000};
+constexpr std::chrono::milliseconds hangingClosing{2500};
 
 constexpr long stepsPerSecond = 200;
 constexpr long eventFrames = 4000; // after how many frames something happens
@@ -66,6 +67,8 @@ struct Script
     bool distant = false;    // is heard later than it reports
     bool clueless = false;   // can't report how much later
     bool clings = false;     // takes some time to close
+    bool sticks = false;     // takes far longer
+    bool exclusive = false;  // is busy while it is open
 };
 
 Script parseScript(const std::string &behaviour)
@@ -96,6 +99,8 @@ Script parseScript(const std::string &behaviour)
     script.distant = has("distant");
     script.clueless = has("clueless");
     script.clings = has("clings");
+    script.sticks = has("sticks");
+    script.exclusive = has("exclusive");
     return script;
 }
 
@@ -130,6 +135,9 @@ std::string behaviourOf(const std::string &configured)
     return turn % oftener == 0 ? moods[turn / oftener % moods.size()] : "plain";
 }
 
+// Whether the exclusive device is open.
+std::atomic<bool> isTaken{false};
+
 class ScriptedPcm
 {
 public:
@@ -149,6 +157,9 @@ public:
     {
         std::fclose(m_heardFile);
         ::close(m_plug.poll_fd);
+        if (m_script.exclusive) {
+            isTaken = false;
+        }
     }
     ScriptedPcm(const ScriptedPcm &) = delete;
     ScriptedPcm &operator=(const ScriptedPcm &) = delete;
@@ -191,6 +202,9 @@ private:
     {
         if (m_script.clings) {
             std::this_thread::sleep_for(slowClosing);
+        }
+        if (m_script.sticks) {
+            std::this_thread::sleep_for(hangingClosing);
         }
     }
 
@@ -386,6 +400,9 @@ extern "C" SND_PCM_PLUGIN_DEFINE_FUNC(scripted)
         }
     }
     const Script script = parseScript(behaviourOf(behaviour));
+    if (script.exclusive && isTaken.exchange(true)) {
+        return -EBUSY;
+    }
     if (script.slow) {
         std::this_thread::sleep_for(slowOpening);
     }
