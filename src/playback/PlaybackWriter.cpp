@@ -16,11 +16,14 @@ namespace {
 // How long a start may block its caller.
 constexpr std::chrono::milliseconds maxOpening{250};
 
-// How long an interruption waits for a thread in its source, which needs nobody: the device can be taken from it.
-constexpr std::chrono::milliseconds maxReading{50};
+// The same for a client's file, which may be slow on purpose. Many clients may have one, and the waits add up.
+constexpr std::chrono::milliseconds maxClientOpening{50};
 
-// The same while other threads hang: there may be more sounds like theirs, and the waits for them add up.
+// The same while other threads hang: there may be more sounds like theirs.
 constexpr std::chrono::milliseconds maxBesideHanging{20};
+
+// How long an interruption waits for a thread in its source, which needs nobody: the device can be taken from it.
+constexpr std::chrono::milliseconds maxReading{20};
 
 // How long a pause waits for a device to play the frames that it holds.
 constexpr std::chrono::milliseconds maxPlayOut{500};
@@ -106,8 +109,8 @@ void PlaybackWriter::stop()
 
 std::optional<Failure> PlaybackWriter::start()
 {
-    // If it was paused long ago, nobody waits again.
-    if (!join(m_interrupted + timeFor(maxOpening))) {
+    // For a sound that was paused just now. If that was long ago, nobody waits again.
+    if (!join(m_interrupted + openingTime())) {
         return Failure{
             QStringLiteral("The sound or its device \"%1\" doesn't respond").arg(m_deviceName)};
     }
@@ -147,7 +150,7 @@ std::optional<Failure> PlaybackWriter::startThread()
         m_running = false;
         return Failure{QStringLiteral("No thread can be started: ") + error.what()};
     }
-    const auto limit = timeFor(maxOpening);
+    const auto limit = openingTime();
     std::unique_lock lock(m_mutex);
     m_changed.wait_for(lock, limit, [this] { return m_opening != Opening::Awaited; });
     if (m_opening == Opening::Awaited) {
@@ -164,24 +167,21 @@ std::optional<Failure> PlaybackWriter::startThread()
 // Returns false if the thread is left behind. It then ends whenever it can.
 bool PlaybackWriter::interrupt(Command command)
 {
-    const auto readingTime = timeFor(maxReading);
     {
         std::unique_lock lock(m_mutex);
         m_command = command;
         m_wake.set();
         if (!m_leftBehind) {
             m_interrupted = std::chrono::steady_clock::now();
-            awaitEnd(lock, readingTime);
+            awaitEnd(lock);
         }
     }
     return join(m_interrupted);
 }
 
-void PlaybackWriter::awaitEnd(std::unique_lock<std::mutex> &lock,
-                              std::chrono::milliseconds readingTime)
+void PlaybackWriter::awaitEnd(std::unique_lock<std::mutex> &lock)
 {
-    if (!m_changed.wait_until(lock, m_interrupted + readingTime,
-                              [this] { return !m_isInSource; })) {
+    if (!m_changed.wait_until(lock, m_interrupted + maxReading, [this] { return !m_isInSource; })) {
         m_leftBehind.emplace(m_source->owner);
         m_unheard = closeDevice();
         return;
@@ -227,12 +227,14 @@ bool PlaybackWriter::join(std::chrono::steady_clock::time_point deadline)
     return true;
 }
 
-// How long to wait for something that takes as long as the limit at most: less while other threads hang.
-std::chrono::milliseconds PlaybackWriter::timeFor(std::chrono::milliseconds limit)
+std::chrono::milliseconds PlaybackWriter::openingTime()
 {
     const std::lock_guard lock(m_mutex);
     const int own = m_leftBehind ? 1 : 0;
-    return HangingThread::count() > own ? maxBesideHanging : limit;
+    if (HangingThread::count() > own) {
+        return maxBesideHanging;
+    }
+    return m_source->owner ? maxClientOpening : maxOpening;
 }
 
 void PlaybackWriter::run()

@@ -27,7 +27,7 @@ class HttpFetch;
 ///
 /// Called in the player's thread; reports from its own thread. Owned by the playback that make()
 /// returns, and by its thread: a thread that hangs in a device or a file system is left behind, and ends when it can.
-/// Nobody waits longer than 50 ms for one that hangs in a file system, and its device is closed meanwhile; and nobody
+/// Nobody waits longer than 20 ms for one that hangs in a file system, and its device is closed meanwhile; and nobody
 /// waits longer than 750 ms for one that hangs in a device.
 class PlaybackWriter : public std::enable_shared_from_this<PlaybackWriter>
 {
@@ -47,8 +47,8 @@ public:
     PlaybackWriter &operator=(const PlaybackWriter &) = delete;
 
     /// Waits until the source and the device are open and the first frames are written, but at most
-    /// 250 ms, or 20 ms while another thread hangs. Later failures are reported. Fails if its own thread has hung since
-    /// the pause, or if four others hang in files of the same owner.
+    /// 250 ms, 50 ms for a client's file, and 20 ms while another thread hangs. Later failures are
+    /// reported. Fails if its own thread hangs since the pause, or if four others hang in files of the same owner.
     std::optional<Failure> start();
     void pause() { interrupt(Command::Pause); }
     void setGain(double gain, int fadeMs) { m_gain.set(gain, fadeMs); }
@@ -63,10 +63,10 @@ private:
 
     std::optional<Failure> startThread();
     bool interrupt(Command command);
-    void awaitEnd(std::unique_lock<std::mutex> &lock, std::chrono::milliseconds readingTime);
+    void awaitEnd(std::unique_lock<std::mutex> &lock);
     long closeDevice();
     bool join(std::chrono::steady_clock::time_point deadline);
-    std::chrono::milliseconds timeFor(std::chrono::milliseconds limit);
+    std::chrono::milliseconds openingTime();
 
     // In the writer's thread:
     void run();
