@@ -257,7 +257,7 @@ void SoundFile::closeAll()
 {
     m_decoder.reset();
     if (m_descriptor >= 0) {
-        ::close(m_descriptor);
+        OpenedSound::close(m_descriptor);
     }
     m_descriptor = -1;
     m_framesRead = 0;

@@ -95,17 +95,7 @@ QString locationOf(int descriptor)
 
 OpenedSound::File::~File()
 {
-    struct stat status
-    {
-    };
-    const bool isDeleted = fstat(m_descriptor, &status) == 0 && status.st_nlink == 0;
-    // To free a large file takes the system seconds, and whoever closes it last waits for that.
-    const bool closesLater =
-        isDeleted && status.st_blocks > fewBlocks &&
-        closing().run(status.st_uid, [descriptor = m_descriptor] { ::close(descriptor); });
-    if (!closesLater) {
-        ::close(m_descriptor);
-    }
+    OpenedSound::close(m_descriptor);
     const std::lock_guard lock(mutex());
     for (auto entry = table().find(m_path); entry != table().end() && entry.key() == m_path;) {
         entry = entry->expired() ? table().erase(entry) : std::next(entry);
@@ -220,4 +210,17 @@ std::optional<uid_t> OpenedSound::ownerOf(const QString &path)
 {
     const auto file = File::find(path);
     return file != nullptr ? std::make_optional(file->owner()) : std::nullopt;
+}
+
+void OpenedSound::close(int descriptor)
+{
+    struct stat status
+    {
+    };
+    const bool isDeleted = fstat(descriptor, &status) == 0 && status.st_nlink == 0;
+    const bool closesLater = isDeleted && status.st_blocks > fewBlocks &&
+                             closing().run(status.st_uid, [descriptor] { ::close(descriptor); });
+    if (!closesLater) {
+        ::close(descriptor);
+    }
 }

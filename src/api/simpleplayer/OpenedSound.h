@@ -39,6 +39,10 @@ public:
     /// and without waiting for a FIFO's writer. Returns a descriptor, or -1 and sets errno.
     static int openForReading(const QString &path);
 
+    /// For players: closes that descriptor. To free a large deleted file takes the system seconds, and whoever
+    /// closes it last waits for that, so a thread of its owner does it.
+    static void close(int descriptor);
+
     /// For players: returns who owns the file that was last opened for the path; nothing if there is none.
     static std::optional<uid_t> ownerOf(const QString &path);
 
