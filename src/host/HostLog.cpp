@@ -6,11 +6,11 @@
 #include "core/base/connect.h"
 #include "host/Journal.h"
 #include "host/QtLog.h"
+#include "host/StandardErrorAppender.h"
 
 #include <QFileInfo>
 
 #include <log4cplus/configurator.h>
-#include <log4cplus/consoleappender.h>
 #include <log4cplus/layout.h>
 #include <log4cplus/logger.h>
 #include <log4cplus/thread/threads.h>
@@ -45,12 +45,8 @@ private:
 
 log4cplus::SharedAppenderPtr makeConsoleAppender()
 {
-    constexpr bool toStandardError = true;
-    constexpr bool immediateFlush = true;
-    log4cplus::SharedAppenderPtr console(
-        new log4cplus::ConsoleAppender(toStandardError, immediateFlush));
-    console->setLayout(std::make_unique<log4cplus::PatternLayout>(consolePattern));
-    return console;
+    return log4cplus::SharedAppenderPtr(
+        new StandardErrorAppender(std::make_unique<log4cplus::PatternLayout>(consolePattern)));
 }
 
 void logToStandardError()

@@ -6,9 +6,10 @@
 
 #include "host/Journal.h"
 
+#include "host/StandardErrorAppender.h"
+
 #include <QString>
 
-#include <log4cplus/consoleappender.h>
 #include <log4cplus/layout.h>
 #include <log4cplus/spi/loggingevent.h>
 #include <systemd/sd-journal.h>
@@ -108,10 +109,6 @@ log4cplus::SharedAppenderPtr makeJournalAppender()
     if (access(journalSocket, W_OK) == 0) {
         return log4cplus::SharedAppenderPtr(new JournalAppender);
     }
-    constexpr bool toStandardError = true;
-    constexpr bool immediateFlush = true;
-    log4cplus::SharedAppenderPtr stream(
-        new log4cplus::ConsoleAppender(toStandardError, immediateFlush));
-    stream->setLayout(std::make_unique<JournalLayout>());
-    return stream;
+    return log4cplus::SharedAppenderPtr(
+        new StandardErrorAppender(std::make_unique<JournalLayout>()));
 }

@@ -8,6 +8,8 @@
 #include <QFileInfo>
 #include <QProcess>
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -93,6 +95,20 @@ TEST_F(LogFaultsTest, TheHostPlaysOnWhenItsStandardErrorIsFull)
     m_redirection = " 2>/dev/full";
     startBehind("exec");
     expectGoesOn();
+}
+
+TEST_F(LogFaultsTest, TheHostPlaysOnAndStopsWhenNobodyReadsItsStandardError)
+{
+    const QString pipe = inFolder("pipe");
+    ASSERT_EQ(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    const int descriptor =
+        ::open(QFile::encodeName(pipe).constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    while (::write(descriptor, "x", 1) == 1) {
+    }
+    m_redirection = " 2>" + QFile::encodeName(pipe);
+    startBehind("exec");
+    expectGoesOn();
+    ::close(descriptor);
 }
 
 TEST_F(LogFaultsTest, TheHostPlaysOnWhenItsLogFileMayNotGrow)
