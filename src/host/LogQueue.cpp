@@ -36,6 +36,7 @@ struct LogQueue::State
     const std::vector<log4cplus::SharedAppenderPtr> appenders;
     std::mutex mutex;
     std::condition_variable added;
+    std::condition_variable taken;
     std::condition_variable idle;
     std::deque<std::unique_ptr<InternalLoggingEvent>> records{};
     bool isWriting = false;
@@ -44,7 +45,7 @@ struct LogQueue::State
 };
 
 LogQueue::LogQueue(std::vector<log4cplus::SharedAppenderPtr> appenders)
-    : m_state(new State{std::move(appenders), {}, {}, {}})
+    : m_state(new State{std::move(appenders), {}, {}, {}, {}})
 {
     const sigset_t blocked = othersSignals();
     sigset_t before{};
@@ -74,6 +75,9 @@ void LogQueue::add(const InternalLoggingEvent &event)
     const bool isFatal = event.getLogLevel() >= log4cplus::FATAL_LOG_LEVEL;
     std::unique_lock lock(m_state->mutex);
     auto &records = m_state->records;
+    if (event.getLogLevel() < log4cplus::INFO_LOG_LEVEL) {
+        m_state->taken.wait_for(lock, maxWait, [&] { return records.size() < maxRecords; });
+    }
     if (records.size() >= maxRecords && !isFatal) {
         ++m_state->leftOut;
     } else {
@@ -101,6 +105,7 @@ void LogQueue::run(const std::shared_ptr<State> &state)
         }
         const auto record = std::move(state->records.front());
         state->records.pop_front();
+        state->taken.notify_all();
         state->isWriting = true;
         lock.unlock();
         for (const log4cplus::SharedAppenderPtr &appender : state->appenders) {

@@ -12,7 +12,7 @@
 
 /// Writes records in a thread of its own: a journal, a pipe or a disk may take as long as it likes, and
 /// everybody's alarms would wait for that. When a thousand wait, further ones are left out, and their number is
-/// written later.
+/// written later; those below INFO, which somebody wants to see all, wait up to a second for room.
 ///
 /// Thread: any; one at a time adds.
 class LogQueue
@@ -25,7 +25,7 @@ public:
     LogQueue(const LogQueue &) = delete;
     LogQueue &operator=(const LogQueue &) = delete;
 
-    /// Waits only for a fatal record, as the process ends after it, and no longer than a second.
+    /// Waits also for a fatal record to be written, as the process ends after it, but no longer than a second.
     void add(const log4cplus::spi::InternalLoggingEvent &event);
 
 private:
