@@ -100,9 +100,10 @@ Quotas::Charge CallTurns::chargeFor(const std::string &client, const BusMessage 
     }
 }
 
-Quotas::Charge CallTurns::charge(const std::string &client, const BusMessage &call)
+void CallTurns::putBack(const std::string &client, const BusMessage &call, Method &method)
 {
-    return m_quotas.charge(client, costOf(client, call));
+    Call first{call, &method, m_quotas.charge(client, costOf(client, call)), true};
+    waitingOf(client).calls.push_front(std::move(first));
 }
 
 Quotas::Cost CallTurns::costOf(const std::string &client, const BusMessage &call)
@@ -265,7 +266,14 @@ void CallTurns::handle(Waiting::iterator client)
             // It was, and has its reply.
         }
     }
-    if (isLast && hasLeft) {
+    if (!isLast || !hasLeft) {
+        return;
+    }
+    const auto again = m_waiting.find(name);
+    if (again != m_waiting.end()) {
+        again->second.hasLeft = true;
+        again->second.user = user;
+    } else {
         --m_left[user];
         Q_EMIT left(name);
     }

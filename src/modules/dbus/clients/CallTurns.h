@@ -67,8 +67,8 @@ public:
     /// one user. They are not even read, because a flood must cost little.
     void add(const std::string &client, const BusMessage &call, Method &method);
 
-    /// Counts a call that waits. Throws as add() does.
-    Quotas::Charge charge(const std::string &client, const BusMessage &call);
+    /// Has a call handled again from its beginning, before the client's other calls. Throws as add() does.
+    void putBack(const std::string &client, const BusMessage &call, Method &method);
 
     /// The client has left. False while calls of it are still to be handled; left() follows then. If many
     /// clients of its user have left before theirs were handled, its calls are dropped.

@@ -415,18 +415,19 @@ std::optional<OpenedSound> ClientSounds::checkAccess(const std::string &client,
 Result<AllowedSound> ClientSounds::check(const std::string &client, const QString &location,
                                          SoundAccess::Kind kind)
 {
-    if (m_checked && m_checked->client == client && m_checked->location == location &&
-        m_checked->kind == kind) {
-        return m_checked->outcome;
+    const auto checked = m_checked.extract(client);
+    if (!checked.empty() && checked.mapped().location == location &&
+        checked.mapped().kind == kind) {
+        return checked.mapped().outcome;
     }
     if (auto outcome = m_access.checkAtOnce(location, kind)) {
         return *std::move(outcome);
     }
     m_opener.open(m_clients.quotas().userOf(client), m_access, location, kind,
                   [this, client, location, kind](const Result<AllowedSound> &outcome) {
-                      m_checked = Checked{client, location, kind, outcome};
-                      m_clients.goOn(client);
-                      m_checked.reset();
+                      if (m_clients.goOn(client)) {
+                          m_checked.insert_or_assign(client, Checked{location, kind, outcome});
+                      }
                   });
     throw Clients::NotYet();
 }
@@ -577,6 +578,7 @@ void ClientSounds::on_sound_responded(const CMSetDataRequest &request)
 
 void ClientSounds::on_clients_left(const std::string &client)
 {
+    m_checked.erase(client);
     if (m_clients.quotas().held(client, Quotas::Sounds) == 0) {
         return;
     }

@@ -140,7 +140,6 @@ private:
 
     struct Checked
     {
-        std::string client;
         QString location;
         SoundAccess::Kind kind;
         Result<AllowedSound> outcome;
@@ -149,7 +148,8 @@ private:
     Clients &m_clients;
     SoundAccess m_access;
     SoundOpener m_opener;
-    std::optional<Checked> m_checked; ///< while the client's handler is called again
+    std::unordered_map<std::string, Checked>
+        m_checked; ///< by client, until its handler is called again
     CMNodes *m_nodes;
     std::unordered_map<CMPath, Sound, PathHash> m_sounds; ///< by their nodes
     UrgentTurns m_turns;

@@ -97,29 +97,16 @@ bool Clients::isReady(const std::string &client)
     const bool waitsForOthers = m_outbox.isBackedUp() && m_quotas.hasManyUsers() &&
                                 m_quotas.timeOfUser(client) > maxUserTime;
     return !m_unread.isUndecided(client) && !m_moduleLoad.isFull(m_quotas.userOf(client)) &&
-           !waitsForOthers && m_asked.count(client) == 0 && m_postponed.count(client) == 0;
+           !waitsForOthers && m_asked.count(client) == 0 && m_waiting.count(client) == 0;
 }
 
-void Clients::postpone(const std::string &client, const BusMessage &call, const Handler &handler)
+bool Clients::goOn(const std::string &client)
 {
-    m_postponed.insert_or_assign(client, Postponed{call, handler, m_turns.charge(client, call)});
-}
-
-void Clients::goOn(const std::string &client)
-{
-    const auto postponed = m_postponed.extract(client);
-    if (postponed.empty()) {
-        return;
-    }
-    const auto &[call, handler, charge, hasLeft] = postponed.mapped();
-    run(client, call, [&handler = handler](const BusMessage &again) {
-        BusReader(again).restart();
-        handler(again);
-    });
-    if (hasLeft) {
-        endWith(client);
+    if (m_waiting.erase(client) == 0) {
+        return false;
     }
     m_turns.resume();
+    return true;
 }
 
 void Clients::receive(const BusMessage &call)
@@ -149,8 +136,10 @@ void Clients::receive(const BusMessage &call)
 void Clients::serve(BusObject &object, const char *method, const Handler &handler,
                     CallTurns::Effect effect)
 {
-    const auto served = std::make_shared<CallTurns::Method>(CallTurns::Method{
-        effect, [this, handler](const BusMessage &call) { handle(call, handler); }});
+    const auto served = std::make_shared<CallTurns::Method>(CallTurns::Method{effect, {}});
+    served->handler = [this, handler, &method = *served](const BusMessage &call) {
+        handle(call, method, handler);
+    };
     object.setMethod(method, [this, served](const BusMessage &call) { add(call, *served); });
 }
 
@@ -213,10 +202,19 @@ void Clients::add(const BusMessage &call, CallTurns::Method &method)
     run(client, call, [&](const BusMessage &waiting) { m_turns.add(client, waiting, method); });
 }
 
-void Clients::handle(const BusMessage &call, const Handler &handler)
+void Clients::handle(const BusMessage &call, CallTurns::Method &method, const Handler &handler)
 {
+    const auto action = [this, handler, &method](const BusMessage &handled) {
+        try {
+            handler(handled);
+        } catch (const NotYet &) {
+            const std::string client = handled.sender();
+            m_turns.putBack(client, handled, method);
+            m_waiting.insert(client);
+        }
+    };
     const auto refusal = [](const BusError &reason) { return reason; };
-    whenReading(call, UnreadBytes::messageBytes, handler, refusal);
+    whenReading(call, UnreadBytes::messageBytes, action, refusal);
 }
 
 void Clients::reply(const BusMessage &call, const BusMessage &reply)
@@ -300,7 +298,7 @@ void Clients::on_bus_lost()
     m_vanished.reset();
     m_calls.reset();
     m_turns.clear();
-    m_postponed.clear();
+    m_waiting.clear();
     m_outbox.clear();
     m_asked.clear();
     for (const std::string &client : m_quotas.clients()) {
@@ -326,7 +324,7 @@ void Clients::leave(const std::string &client)
 {
     m_asked.erase(client); // The bus no longer knows its user.
     if (m_turns.leave(client)) {
-        endWith(client);
+        forget(client);
     }
 }
 
@@ -362,18 +360,7 @@ void Clients::takeNames(const BusMessage &reply)
 
 void Clients::on_turns_left(const std::string &client)
 {
-    endWith(client);
-}
-
-/// The client has left, and none of its calls waits for its turn.
-void Clients::endWith(const std::string &client)
-{
-    const auto postponed = m_postponed.find(client);
-    if (postponed == m_postponed.end()) {
-        forget(client);
-    } else {
-        postponed->second.hasLeft = true;
-    }
+    forget(client);
 }
 
 void Clients::forget(const std::string &client)
@@ -383,6 +370,7 @@ void Clients::forget(const std::string &client)
         m_outbox.forget(client);
         m_unread.forget(client);
         m_quotas.forget(client);
+        m_waiting.erase(client);
         if (!m_memoryTimer.isActive()) {
             m_memoryTimer.start();
         }

@@ -23,7 +23,6 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <unordered_map>
 #include <unordered_set>
 
 class BusConnection;
@@ -84,14 +83,14 @@ public:
     /// Serves an object whose methods are set.
     void publish(BusObject &object) { object.publish(m_objects); }
 
-    /// Thrown by a handler that has done nothing yet, because it must wait. It is called again by goOn(); the
-    /// client's other calls are handled after that.
+    /// Thrown by a handler that was set by serve() and has done nothing yet, because it must wait. It is
+    /// called again after goOn(); the client's other calls are handled after that.
     struct NotYet
     {
     };
 
-    /// Does nothing if no handler of the client waits.
-    void goOn(const std::string &client);
+    /// False if no handler of the client waits.
+    bool goOn(const std::string &client);
 
     /// Calls a handler at once. An exception is sent as the error reply.
     template <typename Handle>
@@ -104,11 +103,7 @@ public:
     {
         m_turns.spend(client, [&] {
             try {
-                try {
-                    handle(call);
-                } catch (const NotYet &) {
-                    postpone(client, call, handle);
-                }
+                handle(call);
             } catch (...) {
                 refuseForCaught(call);
             }
@@ -157,20 +152,11 @@ private Q_SLOTS:
     void on_checkTimer_timeout();
 
 private:
-    struct Postponed
-    {
-        BusMessage call;
-        Handler handler;
-        Quotas::Charge charge;
-        bool hasLeft = false; ///< its client, which has no other calls
-    };
-
     bool isReady(const std::string &client);
-    void postpone(const std::string &client, const BusMessage &call, const Handler &handler);
     void receive(const BusMessage &call);
     void askUser(const std::string &client);
     void add(const BusMessage &call, CallTurns::Method &method);
-    void handle(const BusMessage &call, const Handler &handler);
+    void handle(const BusMessage &call, CallTurns::Method &method, const Handler &handler);
     void replyToStandardCall(const BusMessage &call);
 
     /// Runs the action, which sends about this many bytes, as soon as it is known that the client
@@ -181,7 +167,6 @@ private:
 
     void refuse(const BusMessage &call, const BusError &error);
     void refuseForCaught(const BusMessage &call);
-    void endWith(const std::string &client);
     void forget(const std::string &client);
     void leave(const std::string &client);
     void takeNames(const BusMessage &reply);
@@ -198,10 +183,10 @@ private:
     UnreadBytes m_unread;
     BusObjects m_objects; ///< while connected
     CallTurns::Method m_standardMethod;
-    std::unordered_set<std::string> m_asked; ///< clients whose user the bus is to tell
-    std::unordered_map<std::string, Postponed> m_postponed; ///< by client
-    BusSlot m_calls;                                        ///< while connected
-    BusSlot m_vanished;                                     ///< while connected
-    QTimer m_memoryTimer;                                   ///< runs after clients have left
-    QTimer m_checkTimer;                                    ///< runs after a client has called
+    std::unordered_set<std::string> m_asked;   ///< clients whose user the bus is to tell
+    std::unordered_set<std::string> m_waiting; ///< clients of which a handler has thrown NotYet
+    BusSlot m_calls;                           ///< while connected
+    BusSlot m_vanished;                        ///< while connected
+    QTimer m_memoryTimer;                      ///< runs after clients have left
+    QTimer m_checkTimer;                       ///< runs after a client has called
 };
