@@ -10,10 +10,6 @@
 #include <thread>
 #include <utility>
 
-namespace {
-constexpr std::size_t maxTasks = 1024;
-}
-
 struct UserThreads::Tasks
 {
     std::mutex mutex;
@@ -21,8 +17,9 @@ struct UserThreads::Tasks
         ofUser; ///< the first one runs; a user with tasks has a thread
 };
 
-UserThreads::UserThreads()
-    : m_tasks(std::make_shared<Tasks>())
+UserThreads::UserThreads(std::size_t maxTasks)
+    : m_maxTasks(maxTasks)
+    , m_tasks(std::make_shared<Tasks>())
 {
 }
 
@@ -30,7 +27,7 @@ bool UserThreads::run(uid_t user, Task task) const
 {
     const std::lock_guard lock(m_tasks->mutex);
     auto &tasks = m_tasks->ofUser[user];
-    if (tasks.size() >= maxTasks) {
+    if (tasks.size() >= m_maxTasks) {
         return false;
     }
     tasks.push_back(std::move(task));

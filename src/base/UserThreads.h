@@ -18,10 +18,11 @@ class UserThreads
 public:
     using Task = std::function<void()>;
 
-    UserThreads();
+    /// At most so many tasks of a user wait or run.
+    explicit UserThreads(std::size_t maxTasks);
 
-    /// Has the task run after those of the user that were given before; it throws nothing. False if many wait
-    /// already, or if there can be no thread.
+    /// Has the task run after those of the user that were given before; it throws nothing. False if too many
+    /// wait already, or if there can be no thread.
     bool run(uid_t user, Task task) const;
 
     /// How many tasks of the user have not ended yet.
@@ -32,5 +33,6 @@ private:
 
     static void work(const std::shared_ptr<Tasks> &tasks, uid_t user);
 
-    std::shared_ptr<Tasks> m_tasks;
+    const std::size_t m_maxTasks;
+    const std::shared_ptr<Tasks> m_tasks;
 };

@@ -23,6 +23,9 @@ constexpr int turnsPerMeasurement = 4;
 /// they are mostly the time until it and this thread get the processor.
 constexpr std::chrono::milliseconds quickTurn(1);
 
+/// After one as long as this, no other is measured: a message that still fits would wait too long.
+constexpr std::chrono::milliseconds longTurn(50);
+
 /// How long a measurement holds.
 constexpr std::chrono::milliseconds validity(100);
 
@@ -83,10 +86,11 @@ void BusPace::on_bus_replied()
         m_shortest = std::min(m_shortest, turn);
         m_longest = std::max(m_longest, turn);
     }
-    if (--m_turnsLeft > 0) {
+    if (--m_turnsLeft > 0 && m_longest < longTurn) {
         beginTurn();
         return;
     }
+    m_turnsLeft = 0;
     m_measured = Clock::now();
     m_turn = m_shortest <= quickTurn ? m_shortest : m_longest;
     Q_EMIT changed();

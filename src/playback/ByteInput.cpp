@@ -25,8 +25,13 @@ ByteInput::ByteInput(int descriptor, const QString &name)
 
 ByteInput::~ByteInput()
 {
-    if (m_descriptor >= 0) {
+    if (m_descriptor < 0) {
+        return;
+    }
+    if (m_path.isEmpty()) {
         ::close(m_descriptor);
+    } else {
+        OpenedSound::close(m_descriptor);
     }
 }
 

@@ -4,10 +4,10 @@
 #pragma once
 
 #include "base/Result.h"
+#include "simpleplayer/OpenedSound.h"
 
 #include <functional>
 #include <optional>
-#include <sys/types.h>
 #include <variant>
 
 class WakeEvent;
@@ -72,7 +72,7 @@ public:
     std::function<bool()> isWanted = [] { return true; };
 
     /// Who owns the file, if it was opened for a client.
-    std::optional<uid_t> owner;
+    std::optional<OpenedSound::Owner> owner;
 
     /// Opens the source, unless it is open. Waits only for the file system. The event interrupts
     /// it; the next call starts over.

@@ -3,8 +3,9 @@
 
 #pragma once
 
+#include "simpleplayer/OpenedSound.h"
+
 #include <optional>
-#include <sys/types.h>
 
 /// Counts a thread that was left behind for as long as this object lives.
 ///
@@ -13,7 +14,7 @@ class HangingThread
 {
 public:
     /// Whose file the thread hangs in. Nobody owns a device, or a file that was not opened for a client.
-    using Owner = std::optional<uid_t>;
+    using Owner = std::optional<OpenedSound::Owner>;
 
     explicit HangingThread(Owner owner);
     ~HangingThread();

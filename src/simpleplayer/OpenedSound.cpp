@@ -11,11 +11,13 @@
 #include <climits>
 
 #include <array>
+#include <cstdint>
 #include <fcntl.h>
 #include <linux/openat2.h>
 #include <mutex>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 #include <utility>
 
@@ -23,7 +25,7 @@
 class OpenedSound::File
 {
 public:
-    File(QString path, int descriptor, const struct stat &status)
+    File(QString path, int descriptor, const struct statx &status)
         : m_path(std::move(path))
         , m_descriptor(descriptor)
         , m_status(status)
@@ -39,8 +41,11 @@ public:
     static std::shared_ptr<const File> find(const QString &path);
 
     const QString &path() const { return m_path; }
-    mode_t mode() const { return m_status.st_mode; }
-    uid_t owner() const { return m_status.st_uid; }
+    mode_t mode() const { return m_status.stx_mode; }
+    Owner owner() const
+    {
+        return {m_status.stx_uid, makedev(m_status.stx_dev_major, m_status.stx_dev_minor)};
+    }
     int openForReading() const;
 
 private:
@@ -51,12 +56,14 @@ private:
 
     bool isSameAs(const File &other) const
     {
-        return m_status.st_dev == other.m_status.st_dev && m_status.st_ino == other.m_status.st_ino;
+        return m_status.stx_dev_major == other.m_status.stx_dev_major &&
+               m_status.stx_dev_minor == other.m_status.stx_dev_minor &&
+               m_status.stx_ino == other.m_status.stx_ino;
     }
 
     const QString m_path;
     const int m_descriptor;
-    const struct stat m_status;
+    const struct statx m_status;
 };
 
 namespace {
@@ -64,16 +71,38 @@ constexpr int readingFlags = O_RDONLY | O_NONBLOCK | O_CLOEXEC;
 constexpr int findingFlags = O_PATH | O_CLOEXEC;
 
 /// A file of no more blocks of 512 bytes is freed in no time.
-constexpr blkcnt_t fewBlocks = 128;
+constexpr std::uint64_t fewBlocks = 128;
 
 /// Of one owner. Each holds a descriptor until it is freed.
 constexpr std::size_t maxClosing = 16;
+constexpr std::size_t maxTasks = 1024; ///< with those that were opened before
 
 /// The threads in which deleted files are closed. Never destroyed, as sounds may live until the process ends.
 const UserThreads &closing()
 {
-    static const UserThreads &s_threads = *new UserThreads;
+    static const UserThreads &s_threads = *new UserThreads(maxTasks);
     return s_threads;
+}
+
+/// What is known of an open file, without asking a server.
+struct statx statusOf(int descriptor)
+{
+    struct statx status
+    {
+    };
+    ::statx(descriptor, "", AT_EMPTY_PATH | AT_STATX_DONT_SYNC, STATX_BASIC_STATS, &status);
+    return status;
+}
+
+/// To free a large file that is deleted takes the system seconds, and whoever closes it last waits for that.
+void closeFile(int descriptor, const struct statx &status, bool mayHang)
+{
+    const bool isLargeAndDeleted = status.stx_nlink == 0 && status.stx_blocks > fewBlocks;
+    const bool closesLater = (mayHang || isLargeAndDeleted) &&
+                             closing().run(status.stx_uid, [descriptor] { ::close(descriptor); });
+    if (!closesLater) {
+        ::close(descriptor);
+    }
 }
 
 QByteArray linkTo(int descriptor)
@@ -95,7 +124,7 @@ QString locationOf(int descriptor)
 
 OpenedSound::File::~File()
 {
-    OpenedSound::close(m_descriptor);
+    closeFile(m_descriptor, statusOf(m_descriptor), false);
     const std::lock_guard lock(mutex());
     for (auto entry = table().find(m_path); entry != table().end() && entry.key() == m_path;) {
         entry = entry->expired() ? table().erase(entry) : std::next(entry);
@@ -171,13 +200,10 @@ std::optional<OpenedSound> OpenedSound::take(int descriptor)
     if (descriptor < 0) {
         return std::nullopt;
     }
-    struct stat status
-    {
-    };
-    fstat(descriptor, &status);
+    const struct statx status = statusOf(descriptor);
     auto file = std::make_shared<const File>(locationOf(descriptor), descriptor, status);
-    const bool isDeleted = status.st_nlink == 0;
-    if (file->path().isEmpty() || isDeleted || closing().count(status.st_uid) >= maxClosing) {
+    const bool isDeleted = status.stx_nlink == 0;
+    if (file->path().isEmpty() || isDeleted || closing().count(status.stx_uid) >= maxClosing) {
         return std::nullopt;
     }
     return OpenedSound(File::entered(std::move(file)));
@@ -206,7 +232,7 @@ int OpenedSound::openForReading(const QString &path)
     return ::open(QFile::encodeName(path).constData(), readingFlags);
 }
 
-std::optional<uid_t> OpenedSound::ownerOf(const QString &path)
+std::optional<OpenedSound::Owner> OpenedSound::ownerOf(const QString &path)
 {
     const auto file = File::find(path);
     return file != nullptr ? std::make_optional(file->owner()) : std::nullopt;
@@ -214,13 +240,7 @@ std::optional<uid_t> OpenedSound::ownerOf(const QString &path)
 
 void OpenedSound::close(int descriptor)
 {
-    struct stat status
-    {
-    };
-    const bool isDeleted = fstat(descriptor, &status) == 0 && status.st_nlink == 0;
-    const bool closesLater = isDeleted && status.st_blocks > fewBlocks &&
-                             closing().run(status.st_uid, [descriptor] { ::close(descriptor); });
-    if (!closesLater) {
-        ::close(descriptor);
-    }
+    const struct statx status = statusOf(descriptor);
+    // Its writer may keep a pipe locked.
+    closeFile(descriptor, status, S_ISFIFO(status.stx_mode));
 }

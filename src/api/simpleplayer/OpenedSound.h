@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <sys/types.h>
+#include <utility>
 
 /// A file or a FIFO that is opened before it is played. While this object exists, players in this
 /// process that are given its path play this file, even if the path now leads to another one:
@@ -19,6 +20,9 @@
 class TAVO_SIMPLEPLAYER_EXPORT OpenedSound
 {
 public:
+    /// The user who owns a file, and the device that it is on.
+    using Owner = std::pair<uid_t, dev_t>;
+
     /// Opens an absolute path, with links. Returns nothing if there is no such file, or while many deleted
     /// sounds of its owner have yet to be freed. Nothing is read, and the writer of a FIFO goes on waiting
     /// for a reader. May wait for as long as a file system hangs.
@@ -39,12 +43,12 @@ public:
     /// and without waiting for a FIFO's writer. Returns a descriptor, or -1 and sets errno.
     static int openForReading(const QString &path);
 
-    /// For players: closes that descriptor. To free a large deleted file takes the system seconds, and whoever
-    /// closes it last waits for that, so a thread of its owner does it.
+    /// For players: closes that descriptor, without waiting. Where that may take the system seconds, as for a
+    /// FIFO and for a large deleted file, a thread of its owner does it.
     static void close(int descriptor);
 
     /// For players: returns who owns the file that was last opened for the path; nothing if there is none.
-    static std::optional<uid_t> ownerOf(const QString &path);
+    static std::optional<Owner> ownerOf(const QString &path);
 
 private:
     class File;

@@ -14,6 +14,7 @@
 namespace {
 constexpr uid_t user = 1000;
 constexpr uid_t otherUser = 1001;
+constexpr std::size_t maxTasks = 200;
 
 class UserThreadsTest : public testing::Test
 {
@@ -31,7 +32,7 @@ protected:
         return waitFor([&] { return m_threads.count(whose) == 0; });
     }
 
-    const UserThreads m_threads;
+    const UserThreads m_threads{maxTasks};
 
 private:
     std::promise<void> m_released;
@@ -69,7 +70,7 @@ TEST_F(UserThreadsTest, TakeNoMoreTasksWhileManyWait)
     hang(user);
     while (m_threads.run(user, [] {})) {
     }
-    EXPECT_EQ(m_threads.count(user), 1024U);
+    EXPECT_EQ(m_threads.count(user), maxTasks);
     release();
     EXPECT_TRUE(end(user));
     EXPECT_TRUE(m_threads.run(user, [] {}));

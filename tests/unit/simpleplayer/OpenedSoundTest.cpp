@@ -4,6 +4,7 @@
 // Files that are opened before they are played.
 
 #include "PlayerTest.h"
+#include "support/HangingPage.h"
 #include <simpleplayer/OpenedSound.h>
 #include <simpleplayer/StreamSimplePlayer.h>
 #include <simpleplayer/UriSimplePlayer.h>
@@ -17,6 +18,7 @@
 #include <array>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 class OpenedSoundTest : public PlayerTest
@@ -114,6 +116,27 @@ TEST_F(OpenedSoundTest, IsClosedAlsoIfItsFileIsDeleted)
     EXPECT_TRUE(isHeld());
     opened.reset();
     EXPECT_TRUE(waitFor([&isHeld] { return !isHeld(); }));
+}
+
+TEST_F(OpenedSoundTest, IsClosedWithoutWaitingForTheWriterOfAFifo)
+{
+    const HangingPage page;
+    if (!page.isPermitted()) {
+        GTEST_SKIP() << "not permitted";
+    }
+    const QByteArray fifo = QFile::encodeName(path("fifo"));
+    ASSERT_EQ(mkfifo(fifo.constData(), 0600), 0);
+    const auto opened = OpenedSound::open(path("fifo"));
+    const int reading = OpenedSound::openForReading(path("fifo"));
+    std::thread writer([&] {
+        const int writing = ::open(fifo.constData(), O_WRONLY | O_CLOEXEC);
+        (void)!::write(writing, page.data(), 1); // with the lock of the FIFO
+        ::close(writing);
+    });
+    page.waitForReader();
+    OpenedSound::close(reading);
+    page.release();
+    writer.join();
 }
 
 TEST_F(OpenedSoundTest, TellsWhereItIsWithoutLinks)

@@ -11,6 +11,9 @@
 namespace {
 constexpr std::chrono::seconds maxTime(1);
 
+/// Of a user; those that are too late count, too, as long as the system hangs.
+constexpr std::size_t maxOpenings = 128;
+
 /// Threads of users that the bus has not told.
 constexpr uid_t unknownUser = uid_t(-1);
 } // namespace
@@ -23,7 +26,8 @@ struct SoundOpener::Mailbox
 };
 
 SoundOpener::SoundOpener()
-    : m_mailbox(std::make_shared<Mailbox>())
+    : m_threads(maxOpenings)
+    , m_mailbox(std::make_shared<Mailbox>())
 {
     m_mailbox->receiver = this;
     m_timer.setSingleShot(true);
