@@ -165,6 +165,24 @@ bool isSoundThere(const CMError &error)
            error.message().toString() == QLatin1String("A sound with this id waits");
 }
 
+/// Whether the host has not carried out the request because of a limit. The error of one that was carried out, and
+/// whose reply was too much for a limit, has the same name.
+bool isRefused(const CMError &error)
+{
+    return error.name() == TavoClientError::limitExceeded() &&
+           !error.message().toString().startsWith(QLatin1String("The call was carried out"));
+}
+
+/// Whether a call that may have been carried out before is refused. Not for ever, because some limits are for the
+/// call itself.
+std::function<bool(const CMError &)> isRefusedAgain(bool isAgain)
+{
+    constexpr int maxAskedMs = 60000;
+    return [until = QDeadlineTimer(isAgain ? maxAskedMs : 0)](const CMError &error) {
+        return isRefused(error) && !until.hasExpired();
+    };
+}
+
 QVector<CMPath> endPaths()
 {
     return {TavoNotificationDisplayEndedPath(), TavoAttentionEndedPath()};
@@ -186,6 +204,9 @@ HostCalls::HostCalls(TavoClient &client, const Permissions &permissions, int tim
     m_inboxTimer.setInterval(askBusyHostAgainMs);
     tavoConnect(&m_inboxTimer, &QTimer::timeout, this, &HostCalls::on_inboxTimer_timeout);
     openInbox();
+    m_askTimer.setSingleShot(true);
+    m_askTimer.setInterval(askBusyHostAgainMs);
+    tavoConnect(&m_askTimer, &QTimer::timeout, this, &HostCalls::on_askTimer_timeout);
     m_checkTimer.setSingleShot(true);
     m_checkTimer.setInterval(checkAfterMs);
     tavoConnect(&m_checkTimer, &QTimer::timeout, this, &HostCalls::checkOpen);
@@ -259,6 +280,44 @@ TavoNotificationPlayerItem HostCalls::soundItem(const FleetCall &call) const
         .setPriority(priorityOf(call));
 }
 
+/// Takes the reply. If its error is such a one, it is none: asks again until the host has gone.
+template <typename IsNoAnswer, typename Request, typename Take>
+void HostCalls::ask(const IsNoAnswer &isNoAnswer, const Request &request, const Take &take)
+{
+    using Reply = decltype(request());
+    request().onFinished(this, [this, isNoAnswer, request, take](const Reply &reply) {
+        if (!isNoAnswer(reply.error())) {
+            take(reply);
+            return;
+        }
+        askLater([this, isNoAnswer, request, take] {
+            if (m_client.isAvailable()) {
+                ask(isNoAnswer, request, take);
+                return;
+            }
+            const Reply none;
+            none.setError(CMError(TavoClientError::noHost(), m_client.unavailableReason()));
+            take(none);
+        });
+    });
+}
+
+/// At the latest when the host goes.
+void HostCalls::askLater(const std::function<void()> &request)
+{
+    m_refused.push_back(request);
+    if (!m_askTimer.isActive()) {
+        m_askTimer.start();
+    }
+}
+
+void HostCalls::on_askTimer_timeout()
+{
+    for (const auto &request : std::exchange(m_refused, {})) {
+        request();
+    }
+}
+
 void HostCalls::show(const FleetCall &call, const Finish &finish)
 {
     const auto [title, text] = titleAndText(call);
@@ -275,11 +334,27 @@ void HostCalls::show(const FleetCall &call, const Finish &finish)
             finish(failed(reply.error()));
             return;
         }
+        const QString path = reply.value().toString();
         if (!call.sound.isEmpty()) {
-            m_client.enqueue(soundItem(call));
+            ring(call, path);
         }
-        openMessage(call, reply.value().toString(), finish);
+        openMessage(call, path, finish);
     });
+}
+
+/// While the host refuses it, a sound is due as long as its message is open.
+void HostCalls::ring(const FleetCall &call, const QString &path)
+{
+    m_client.enqueue(soundItem(call))
+        .onFinished(this, [this, call, path](const CMReply<QVariant> &reply) {
+            if (isRefused(reply.error())) {
+                askLater([this, call, path] {
+                    if (m_client.isAvailable() && m_messages.contains(path)) {
+                        ring(call, path);
+                    }
+                });
+            }
+        });
 }
 
 void HostCalls::openMessage(const FleetCall &call, const QString &path, const Finish &finish)
@@ -309,13 +384,16 @@ void HostCalls::findShown(const FleetCall &call, const Finish &finish)
         }
         show(call, finish);
     };
-    m_client.rows(TavoNotificationDisplayQueuePath(), 0, maxSearched)
-        .onFinished(this, [this, compare](const CMReply<QVariantList> &reply) {
+    ask(
+        isBusy,
+        [this] { return m_client.rows(TavoNotificationDisplayQueuePath(), 0, maxSearched); },
+        [this, compare](const CMReply<QVariantList> &reply) {
             QVector<CMPath> paths;
             for (const QVariant &row : reply.value()) {
                 paths.append(CMPath::fromQVariant(row));
             }
-            m_client.describe(paths).onFinished(this, compare);
+            ask(
+                isBusy, [this, paths] { return m_client.describe(paths); }, compare);
         });
 }
 
@@ -327,8 +405,12 @@ void HostCalls::notify(const FleetCall &call, bool isAgain, const Finish &finish
         item.setSound(soundItem(call).setId(QString()));
     }
     m_others.insert(call.id); // The end may be reported before the reply.
-    m_client.call(TavoAttentionNotifyPath(), TavoValue().setAttentionItem(item))
-        .onFinished(this, [this, call, isAgain, finish](const CMReply<QVariant> &reply) {
+    ask(
+        isRefusedAgain(isAgain),
+        [this, item] {
+            return m_client.call(TavoAttentionNotifyPath(), TavoValue().setAttentionItem(item));
+        },
+        [this, call, isAgain, finish](const CMReply<QVariant> &reply) {
             finishNotify(call, isAgain, reply, finish);
         });
 }
@@ -338,10 +420,16 @@ void HostCalls::say(const FleetCall &call, bool isAgain, const Finish &finish)
 {
     auto item = attentionItem(call);
     item.setPriority(priorityOf(call));
-    m_client.call(TavoAttentionTryPath(), TavoValue().setAttentionItem(item))
-        .onFinished(this, [this, call, isAgain, finish](const CMReply<QVariant> &reply) {
+    ask(
+        isRefusedAgain(isAgain),
+        [this, item] {
+            return m_client.call(TavoAttentionTryPath(), TavoValue().setAttentionItem(item));
+        },
+        [this, call, isAgain, finish](const CMReply<QVariant> &reply) {
             const auto trial = TavoValue(reply.value().toHash()).attentionTrial();
-            if (!reply.error().isError() && !trial.spoken()) {
+            if (isBusy(reply.error())) {
+                finish(failed(reply.error())); // It might be shown only.
+            } else if (!reply.error().isError() && !trial.spoken()) {
                 finish(failed(QStringLiteral("not read aloud: %1").arg(trial.reason())));
             } else {
                 notify(call, isAgain, finish);
@@ -393,8 +481,9 @@ void HostCalls::sound(const FleetCall &call, bool isAgain, const Finish &finish)
     m_others.insert(call.id);
     auto item = soundItem(call);
     item.setPlaybackResponsePath(m_inbox->path());
-    m_client.enqueue(item).onFinished(
-        this, [this, call, isAgain, finish](const CMReply<QVariant> &reply) {
+    ask(
+        isRefusedAgain(isAgain), [this, item] { return m_client.enqueue(item); },
+        [this, call, isAgain, finish](const CMReply<QVariant> &reply) {
             const CMError error = reply.error();
             if (error.isError() && !(isAgain && isSoundThere(error))) {
                 m_others.remove(call.id);
@@ -422,19 +511,34 @@ void HostCalls::cancel(const FleetCall &target, const QString &path, const Finis
 {
     const QString id = idPrefix() + target.id;
     const auto finishWith = [finish](const CMReply<QVariant> &reply) {
-        const Outcome failure = failed(reply.error());
-        finish(failure.isUndelivered ? failure : done(!reply.error().isError()));
+        const CMError error = reply.error();
+        const Outcome failure = failed(error);
+        // Otherwise the host has said whether there was something to end.
+        const bool isUnknown =
+            failure.isUndelivered || isBusy(error) || error.name() == CMErrors::noAnswer();
+        finish(isUnknown ? failure : done(!error.isError()));
     };
+    const auto cancelSound = [this, id] { return m_client.cancelSound(id); };
     if (!path.isEmpty()) {
-        if (!target.sound.isEmpty()) {
-            m_client.cancelSound(id);
-        }
-        m_client.cancelMessage(CMPath(path)).onFinished(this, finishWith);
+        const auto cancelMessage = [this, path] { return m_client.cancelMessage(CMPath(path)); };
+        const auto endSound = [=,
+                               hasSound = !target.sound.isEmpty()](const CMReply<QVariant> &reply) {
+            if (hasSound) { // It is due no more.
+                ask(isRefused, cancelSound, [=](const CMReply<QVariant> &) { finishWith(reply); });
+            } else {
+                finishWith(reply);
+            }
+        };
+        ask(isRefused, cancelMessage, endSound);
     } else if (target.kind == Kind::Sound) {
-        m_client.cancelSound(id).onFinished(this, finishWith);
+        ask(isRefused, cancelSound, finishWith);
     } else {
-        m_client.call(TavoAttentionClosePath(), TavoValue().setString_(id))
-            .onFinished(this, finishWith);
+        ask(
+            isRefused,
+            [this, id] {
+                return m_client.call(TavoAttentionClosePath(), TavoValue().setString_(id));
+            },
+            finishWith);
     }
 }
 
@@ -459,6 +563,7 @@ void HostCalls::on_client_availableChanged(bool available)
     for (const QString &id : others) {
         Q_EMIT ended(id, End::Failed, {});
     }
+    on_askTimer_timeout();
 }
 
 void HostCalls::tellDropped()
@@ -519,13 +624,11 @@ void HostCalls::checkNext()
 /// By itself: others may have opened more than fit into one reply.
 void HostCalls::checkMessage(const QString &path)
 {
-    m_client.matchRow(TavoNotificationDisplayQueuePath(), path)
-        .onFinished(this, [this, path](const CMReply<int> &reply) {
+    ask(
+        isBusy,
+        [this, path] { return m_client.matchRow(TavoNotificationDisplayQueuePath(), path); },
+        [this, path](const CMReply<int> &reply) {
             const CMError error = reply.error();
-            if (isBusy(error)) {
-                QTimer::singleShot(askBusyHostAgainMs, this, [this, path] { checkMessage(path); });
-                return;
-            }
             const bool isOpen =
                 error.isError() ? error.name() != CMErrors::noSuchNode() : reply.value() >= 0;
             const QString id = isOpen ? QString() : m_messages.take(path);
@@ -546,13 +649,7 @@ void HostCalls::checkHistory(const QSet<QString> &ids, qint64 before, int maxPag
     }
     const auto query =
         TavoAttentionQuery().setSource(application()).setBefore(before).setLimit(pageSize);
-    const auto take = [this, ids, before, maxPages](const CMReply<QVariant> &reply) {
-        if (isBusy(reply.error())) {
-            QTimer::singleShot(askBusyHostAgainMs, this, [this, ids, before, maxPages] {
-                checkHistory(ids, before, maxPages);
-            });
-            return;
-        }
+    const auto take = [this, ids, maxPages](const CMReply<QVariant> &reply) {
         const auto page = TavoValue(reply.value().toHash()).attentionPage();
         const auto records = page.records();
         QSet<QString> others = ids;
@@ -569,8 +666,12 @@ void HostCalls::checkHistory(const QSet<QString> &ids, qint64 before, int maxPag
             checkNext();
         }
     };
-    m_client.call(TavoAttentionHistoryPath(), TavoValue().setAttentionQuery(query))
-        .onFinished(this, take);
+    ask(
+        isBusy,
+        [this, query] {
+            return m_client.call(TavoAttentionHistoryPath(), TavoValue().setAttentionQuery(query));
+        },
+        take);
 }
 
 void HostCalls::on_client_valueChanged(const CMPath &path, const QVariant &value)
@@ -596,7 +697,9 @@ void HostCalls::endMessage(const TavoNotificationDisplayEnded &displayEnded)
         return;
     }
     if (end == End::Dismissed) {
-        m_client.cancelSound(idPrefix() + id);
+        ask(
+            isRefused, [this, id] { return m_client.cancelSound(idPrefix() + id); },
+            [](const CMReply<QVariant> &) {});
     }
     Q_EMIT ended(id, end, {});
 }

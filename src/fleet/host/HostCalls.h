@@ -17,6 +17,7 @@
 
 #include <functional>
 #include <optional>
+#include <vector>
 
 /// Carries out calls on the host, and reports how messages and sounds end. Notifications and sounds have the id
 /// of their call behind "fleet-", by which they are found again after a restart of this program.
@@ -60,10 +61,15 @@ private Q_SLOTS:
     void on_client_subscriptionFailed(const CMPath &path, const CMError &error);
     void on_inbox_responded(const TavoNotificationPlayerResponse &response);
     void on_inboxTimer_timeout();
+    void on_askTimer_timeout();
 
 private:
     void openInbox();
+    template <typename IsNoAnswer, typename Request, typename Take>
+    void ask(const IsNoAnswer &isNoAnswer, const Request &request, const Take &take);
+    void askLater(const std::function<void()> &request);
     void show(const FleetCall &call, const Finish &finish);
+    void ring(const FleetCall &call, const QString &path);
     void findShown(const FleetCall &call, const Finish &finish);
     void notify(const FleetCall &call, bool isAgain, const Finish &finish);
     void say(const FleetCall &call, bool isAgain, const Finish &finish);
@@ -87,10 +93,12 @@ private:
     TavoClient &m_client;
     const Permissions &m_permissions;
     const int m_timeoutMs;
-    std::optional<TavoInbox> m_inbox;   ///< for the reports on sounds
-    QTimer m_inboxTimer;                ///< until it is opened again, after the host has refused
-    QHash<QString, QString> m_messages; ///< ids of calls by the paths of their messages
-    QSet<QString> m_others;             ///< ids of calls with a notification or a sound
+    std::optional<TavoInbox> m_inbox; ///< for the reports on sounds
+    QTimer m_inboxTimer;              ///< until it is opened again, after the host has refused
+    QTimer m_askTimer;                ///< until the host is asked for what it has refused
+    std::vector<std::function<void()>> m_refused; ///< requests, each to be sent again
+    QHash<QString, QString> m_messages;           ///< ids of calls by the paths of their messages
+    QSet<QString> m_others;                       ///< ids of calls with a notification or a sound
     QSet<QString> m_unanswered; ///< ids of calls that the host may have got before it went away
     /// By paths: the ends that came last of messages not known here. A reply may come after the end.
     QHash<QString, FleetEvent::End> m_early;

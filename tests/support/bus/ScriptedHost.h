@@ -69,6 +69,16 @@ public:
         writer.message().send();
     }
 
+    /// Replies to GetRows.
+    static void replyWithRow(const BusMessage &call, const QString &row)
+    {
+        BusWriter writer(call.createReply());
+        writer.openArray("v");
+        writer.writeVariant(row);
+        writer.close();
+        writer.message().send();
+    }
+
     /// Describes one node.
     static void describe(const BusMessage &call, const QString &path, const QString &text)
     {

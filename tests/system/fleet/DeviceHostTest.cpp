@@ -25,6 +25,56 @@ protected:
         ASSERT_TRUE(waitForMessage(s_answers, R"("shown":true)", messages));
     }
 
+    /// A script that begins with a refusal.
+    static ScriptedHost::Script afterRefusal(const ScriptedHost::Script &script)
+    {
+        return [script, isRefused = false](const BusMessage &call) mutable {
+            if (std::exchange(isRefused, true)) {
+                script(call);
+            } else {
+                ScriptedHost::refuse(call);
+            }
+        };
+    }
+
+    static void agree(const BusMessage &call) { ScriptedHost::reply(call, true); }
+
+    /// The device is killed after the host has got a call, which it does not answer.
+    void callAndKill(const CMPath &path, const QByteArray &arguments)
+    {
+        bool isThere = false;
+        m_scripted.on("Call", path, [&](const BusMessage &) { isThere = true; });
+        m_scripted.appear();
+        startDevice();
+        call(arguments);
+        ASSERT_TRUE(waitFor([&] { return isThere; }, s_timeout));
+        m_device->kill();
+        ASSERT_TRUE(waitForMessage("tavo/v1/porch/online", "0"));
+    }
+
+    void endMessage(const char *path, TavoNotificationDisplayEnd::Enum end) const
+    {
+        const auto ended =
+            TavoNotificationDisplayEnded().setPath(CMPath(QLatin1String(path))).setEnd(end);
+        m_scripted.emitValueChanged(TavoNotificationDisplayEndedPath(),
+                                    TavoValue().setDisplayEnded(ended).__variant());
+    }
+
+    /// Counts the sounds that the host gets, by the ids of their calls, and refuses the first of each.
+    void countSounds(QMap<QString, int> &sounds)
+    {
+        allowBell();
+        m_scripted.on("Call", TavoNotificationPlayerEnqueuePath(), [&](const BusMessage &call) {
+            const auto item =
+                TavoValue(ScriptedHost::valueOf(call).toHash()).notificationPlayerItem();
+            if (++sounds[item.id()] == 1) {
+                ScriptedHost::refuse(call);
+            } else {
+                ScriptedHost::reply(call, {});
+            }
+        });
+    }
+
     ScriptedHost m_scripted{m_bus.address()};
 };
 
@@ -122,13 +172,7 @@ TEST_F(DeviceHostTest, AnEndIsReportedAlthoughTheSubscriptionWasRefused)
     m_scripted.on("Subscribe", TavoNotificationDisplayEndedPath(), [&](const BusMessage &call) {
         if (std::exchange(isRefused, true)) {
             ScriptedHost::reply(call);
-            m_scripted.emitValueChanged(
-                TavoNotificationDisplayEndedPath(),
-                TavoValue()
-                    .setDisplayEnded(TavoNotificationDisplayEnded()
-                                         .setPath(CMPath(QStringLiteral("/message/1")))
-                                         .setEnd(TavoNotificationDisplayEnd::Closed))
-                    .__variant());
+            endMessage("/message/1", TavoNotificationDisplayEnd::Closed);
         } else {
             ScriptedHost::refuse(call);
         }
@@ -250,4 +294,264 @@ TEST_F(DeviceHostTest, AMessageWhoseTextsCouldNotBeReadIsReadAgain)
     m_scripted.appear();
     startDevice();
     EXPECT_TRUE(waitForMessage("tavo/v1/porch/state/display", R"("text":"Water")"));
+}
+
+TEST_F(DeviceHostTest, ARefusedCancelOfAMessageIsSentAgain)
+{
+    m_scripted.on("Call", TavoNotificationDisplayCancelNotifyPath(), afterRefusal(agree));
+    ASSERT_NO_FATAL_FAILURE(show(1));
+    call(R"("id":"c","call":"cancel","target":"0")");
+    EXPECT_TRUE(waitForAnswer(R"("done":true,"id":"c")"));
+}
+
+TEST_F(DeviceHostTest, ARefusedCancelOfASoundIsSentAgain)
+{
+    allowBell();
+    m_scripted.on("OpenInbox", [](const BusMessage &call) {
+        ScriptedHost::replyWithText(call, "/dbus/inbox/7");
+    });
+    m_scripted.on("Call", TavoNotificationPlayerEnqueuePath(), agree);
+    m_scripted.on("Call", TavoNotificationPlayerCancelPath(), afterRefusal(agree));
+    m_scripted.appear();
+    startDevice();
+    call(R"("id":"a","call":"sound","sound":"bell")");
+    ASSERT_TRUE(waitForAnswer(R"("id":"a","sounding":true)"));
+    call(R"("id":"c","call":"cancel","target":"a")");
+    EXPECT_TRUE(waitForAnswer(R"("done":true,"id":"c")"));
+}
+
+TEST_F(DeviceHostTest, ARefusedCancelOfANotificationIsSentAgain)
+{
+    m_scripted.on("Call", TavoAttentionNotifyPath(), [](const BusMessage &call) {
+        const auto outcome = TavoAttentionOutcome().setShown(true);
+        ScriptedHost::reply(call, TavoValue().setAttentionOutcome(outcome).__variant());
+    });
+    m_scripted.on("Call", TavoAttentionClosePath(), afterRefusal(agree));
+    m_scripted.appear();
+    startDevice();
+    call(R"("id":"a","call":"notify","title":"Water")");
+    ASSERT_TRUE(waitForAnswer(R"("id":"a","shown":true)"));
+    call(R"("id":"c","call":"cancel","target":"a")");
+    EXPECT_TRUE(waitForAnswer(R"("done":true,"id":"c")"));
+}
+
+TEST_F(DeviceHostTest, ACancelWithAnUnknownOutcomeIsAnsweredWithAnError)
+{
+    const std::vector<BusError> unknown{
+        {"org.tavo.Error.TimedOut", "The host did not answer"},
+        {"org.freedesktop.DBus.Error.NoReply", "The host has left"},
+        BusError::limitExceeded("The call was carried out, but its reply is left out: busy")};
+    m_scripted.on("Call", TavoNotificationDisplayCancelNotifyPath(),
+                  [&, next = unknown.begin()](const BusMessage &call) mutable {
+                      if (next == unknown.end()) {
+                          agree(call);
+                      } else {
+                          ScriptedHost::refuse(call, *next++);
+                      }
+                  });
+    ASSERT_NO_FATAL_FAILURE(show(int(unknown.size())));
+    for (const char *target : {"0", "1", "2"}) {
+        call(QByteArray(R"("id":"c)") + target + R"(","call":"cancel","target":")" + target + '"');
+    }
+    EXPECT_TRUE(waitForMessage(s_answers, "error", int(unknown.size())));
+}
+
+TEST_F(DeviceHostTest, ARefusedCancelWaitsForTheNextHost)
+{
+    bool isRefused = false;
+    m_scripted.on("Call", TavoNotificationDisplayCancelNotifyPath(), [&](const BusMessage &call) {
+        ScriptedHost::refuse(call);
+        isRefused = true;
+    });
+    ASSERT_NO_FATAL_FAILURE(show(1));
+    call(R"("id":"c","call":"cancel","target":"0")");
+    ASSERT_TRUE(waitFor([&] { return isRefused; }, s_timeout));
+    m_scripted.leave();
+    ASSERT_TRUE(waitForError("no host, calls wait for it"));
+    m_scripted.on("Call", TavoNotificationDisplayCancelNotifyPath(), agree);
+    m_scripted.appear();
+    EXPECT_TRUE(waitForAnswer(R"("done":true,"id":"c")"));
+}
+
+TEST_F(DeviceHostTest, ARefusedEndElsewhereIsSentAgain)
+{
+    int cancels = 0;
+    m_scripted.on("Call", TavoNotificationDisplayOpenPath(), [](const BusMessage &call) {
+        const CMPath path(QStringLiteral("/message/1"));
+        ScriptedHost::reply(call, TavoValue().setPath(path).__variant());
+    });
+    m_scripted.on("Call", TavoNotificationDisplayCancelNotifyPath(), [&](const BusMessage &call) {
+        ++cancels;
+        ScriptedHost::refuse(call);
+    });
+    m_scripted.appear();
+    startDevice();
+    call(R"("id":"a","call":"show","title":"x","everywhere":true)", "tavo/v1/group/all/call");
+    ASSERT_TRUE(waitForAnswer(R"("id":"a","shown":true)"));
+    ASSERT_TRUE(publish("tavo/v1/group/all/end",
+                        R"({"device":"hall","end":"dismissed","id":"a","time":1793600000000})"));
+    EXPECT_TRUE(waitFor([&] { return cancels >= 2; }, s_timeout));
+}
+
+TEST_F(DeviceHostTest, TheRefusedSoundOfAMessageIsSentAgain)
+{
+    QMap<QString, int> sounds;
+    countSounds(sounds);
+    ASSERT_NO_FATAL_FAILURE(show(0));
+    call(R"("id":"a","call":"show","title":"x","timeout":0,"sound":"bell")");
+    EXPECT_TRUE(waitFor([&] { return sounds["fleet-a"] == 2; }, s_timeout));
+}
+
+TEST_F(DeviceHostTest, TheRefusedSoundOfAMessageThatHasEndedIsNotSentAgain)
+{
+    QMap<QString, int> sounds;
+    countSounds(sounds);
+    ASSERT_NO_FATAL_FAILURE(show(0));
+    call(R"("id":"a","call":"show","title":"x","timeout":0,"sound":"bell")");
+    ASSERT_TRUE(waitFor([&] { return sounds["fleet-a"] == 1; }, s_timeout));
+    endMessage("/message/1", TavoNotificationDisplayEnd::Cancelled);
+    call(R"("id":"b","call":"show","title":"x","timeout":0,"sound":"bell")");
+    ASSERT_TRUE(waitFor([&] { return sounds["fleet-b"] == 2; }, s_timeout));
+    EXPECT_EQ(sounds["fleet-a"], 1);
+}
+
+TEST_F(DeviceHostTest, TheRefusedSoundOfAMessageIsNotSentToAnotherHost)
+{
+    QMap<QString, int> sounds;
+    countSounds(sounds);
+    ASSERT_NO_FATAL_FAILURE(show(0));
+    call(R"("id":"a","call":"show","title":"x","timeout":0,"sound":"bell")");
+    ASSERT_TRUE(waitFor([&] { return sounds["fleet-a"] == 1; }, s_timeout));
+    m_scripted.leave();
+    m_scripted.appear();
+    call(R"("id":"b","call":"show","title":"x","timeout":0,"sound":"bell")");
+    ASSERT_TRUE(waitFor([&] { return sounds["fleet-b"] == 2; }, s_timeout));
+    EXPECT_EQ(sounds["fleet-a"], 1);
+}
+
+TEST_F(DeviceHostTest, TheRefusedCancelOfADismissedMessagesSoundIsSentAgain)
+{
+    int cancels = 0;
+    m_scripted.on("Call", TavoNotificationPlayerCancelPath(), [&](const BusMessage &call) {
+        ++cancels;
+        ScriptedHost::refuse(call);
+    });
+    ASSERT_NO_FATAL_FAILURE(show(1));
+    endMessage("/message/1", TavoNotificationDisplayEnd::Closed);
+    EXPECT_TRUE(waitFor([&] { return cancels >= 2; }, s_timeout));
+}
+
+TEST_F(DeviceHostTest, ACancelHasAlsoEndedTheSoundOfTheMessage)
+{
+    allowBell();
+    bool isSilent = false;
+    m_scripted.on("Call", TavoNotificationDisplayCancelNotifyPath(), agree);
+    m_scripted.on("Call", TavoNotificationPlayerCancelPath(), afterRefusal([&](const auto &call) {
+                      isSilent = true;
+                      ScriptedHost::reply(call, {});
+                  }));
+    ASSERT_NO_FATAL_FAILURE(show(0));
+    call(R"("id":"a","call":"show","title":"x","timeout":0,"sound":"bell")");
+    ASSERT_TRUE(waitForAnswer(R"("id":"a","shown":true)"));
+    call(R"("id":"c","call":"cancel","target":"a")");
+    ASSERT_TRUE(waitForAnswer(R"("done":true,"id":"c")"));
+    EXPECT_TRUE(isSilent);
+}
+
+TEST_F(DeviceHostTest, AMessageIsFoundAgainAlthoughTheListWasRefused)
+{
+    ASSERT_NO_FATAL_FAILURE(
+        callAndKill(TavoNotificationDisplayOpenPath(),
+                    R"("id":"a","call":"show","title":"Title","text":"Water","timeout":0)"));
+    bool isShownAgain = false;
+    m_scripted.on("Call", TavoNotificationDisplayOpenPath(), [&](const BusMessage &call) {
+        isShownAgain = true;
+        ScriptedHost::refuse(call);
+    });
+    // Of a refused list, parts are asked for, down to one row.
+    bool isRefused = false;
+    m_scripted.on("GetRows", TavoNotificationDisplayQueuePath(), [&](const BusMessage &call) {
+        if (isRefused) {
+            ScriptedHost::replyWithRow(call, "/message/1");
+            return;
+        }
+        BusReader reader(call);
+        reader.readString();
+        reader.readInt32();
+        isRefused = reader.readInt32() == 1;
+        ScriptedHost::refuse(call);
+    });
+    m_scripted.on("Describe", [](const BusMessage &call) {
+        BusReader reader(call);
+        if (reader.readStringList().isEmpty()) {
+            ScriptedHost::reply(call);
+        } else {
+            ScriptedHost::describe(call, "/message/1", "Water");
+        }
+    });
+    startDevice();
+    EXPECT_TRUE(waitForAnswer(R"("id":"a","shown":true)"));
+    EXPECT_FALSE(isShownAgain);
+}
+
+TEST_F(DeviceHostTest, AMessageIsFoundAgainAlthoughItsDescriptionWasRefused)
+{
+    ASSERT_NO_FATAL_FAILURE(
+        callAndKill(TavoNotificationDisplayOpenPath(),
+                    R"("id":"a","call":"show","title":"Title","text":"Water","timeout":0)"));
+    bool isShownAgain = false;
+    m_scripted.on("Call", TavoNotificationDisplayOpenPath(), [&](const BusMessage &call) {
+        isShownAgain = true;
+        ScriptedHost::refuse(call);
+    });
+    m_scripted.on("GetRows", TavoNotificationDisplayQueuePath(),
+                  [](const BusMessage &call) { ScriptedHost::replyWithRow(call, "/message/1"); });
+    m_scripted.on("Describe", afterRefusal([](const BusMessage &call) {
+                      ScriptedHost::describe(call, "/message/1", "Water");
+                  }));
+    startDevice();
+    EXPECT_TRUE(waitForAnswer(R"("id":"a","shown":true)"));
+    EXPECT_FALSE(isShownAgain);
+}
+
+TEST_F(DeviceHostTest, ANotificationIsFoundAgainAlthoughItWasRefused)
+{
+    ASSERT_NO_FATAL_FAILURE(
+        callAndKill(TavoAttentionNotifyPath(), R"("id":"a","call":"notify","title":"Water")"));
+    m_scripted.on("Call", TavoAttentionNotifyPath(), afterRefusal([](const BusMessage &call) {
+                      ScriptedHost::refuse(call, {"org.tavo.Error.Attention",
+                                                  "A notification with this id is open"});
+                  }));
+    startDevice();
+    EXPECT_TRUE(waitForAnswer(R"("id":"a","shown":true)"));
+}
+
+TEST_F(DeviceHostTest, ASoundIsFoundAgainAlthoughItWasRefused)
+{
+    allowBell();
+    m_scripted.on("OpenInbox", [](const BusMessage &call) {
+        ScriptedHost::replyWithText(call, "/dbus/inbox/7");
+    });
+    ASSERT_NO_FATAL_FAILURE(callAndKill(TavoNotificationPlayerEnqueuePath(),
+                                        R"("id":"a","call":"sound","sound":"bell")"));
+    m_scripted.on(
+        "Call", TavoNotificationPlayerEnqueuePath(), afterRefusal([](const BusMessage &call) {
+            ScriptedHost::refuse(call, {"org.tavo.Error.Dbus", "A sound with this id waits"});
+        }));
+    startDevice();
+    EXPECT_TRUE(waitForAnswer(R"("id":"a","sounding":true)"));
+}
+
+TEST_F(DeviceHostTest, WhatIsToBeSaidIsNotShownBecauseTheHostWasBusy)
+{
+    m_scripted.on("Call", TavoAttentionTryPath(),
+                  [](const BusMessage &call) { ScriptedHost::refuse(call); });
+    m_scripted.on("Call", TavoAttentionNotifyPath(), [](const BusMessage &call) {
+        const auto outcome = TavoAttentionOutcome().setShown(true);
+        ScriptedHost::reply(call, TavoValue().setAttentionOutcome(outcome).__variant());
+    });
+    m_scripted.appear();
+    startDevice();
+    call(R"("id":"a","call":"say","text":"Dinner")");
+    EXPECT_TRUE(waitForAnswer(R"("error":"Too many calls","id":"a")"));
 }
