@@ -13,12 +13,14 @@
 struct UserThreads::Tasks
 {
     std::mutex mutex;
-    std::map<uid_t, std::deque<Task>>
-        ofUser; ///< the first one runs; a user with tasks has a thread
+    std::map<uid_t, std::deque<Task>> ofUser; ///< none is empty; the first one of a user may run
+    std::deque<uid_t> waiting;                ///< users with tasks and without a thread
+    std::size_t threads = 0;
 };
 
-UserThreads::UserThreads(std::size_t maxTasks)
+UserThreads::UserThreads(std::size_t maxTasks, std::size_t maxThreads)
     : m_maxTasks(maxTasks)
+    , m_maxThreads(maxThreads)
     , m_tasks(std::make_shared<Tasks>())
 {
 }
@@ -34,10 +36,19 @@ bool UserThreads::run(uid_t user, Task task) const
     if (tasks.size() > 1) {
         return true;
     }
+    m_tasks->waiting.push_back(user);
+    if (m_tasks->threads >= m_maxThreads) {
+        return true;
+    }
     try {
-        std::thread([tasks = m_tasks, user] { work(tasks, user); }).detach();
+        std::thread([tasks = m_tasks] { work(tasks); }).detach();
+        ++m_tasks->threads;
         return true;
     } catch (const std::system_error &) {
+        if (m_tasks->threads > 0) {
+            return true; // until one of them has ended
+        }
+        m_tasks->waiting.pop_back();
         m_tasks->ofUser.erase(user);
         return false;
     }
@@ -50,18 +61,23 @@ std::size_t UserThreads::count(uid_t user) const
     return tasks == m_tasks->ofUser.end() ? 0 : tasks->second.size();
 }
 
-void UserThreads::work(const std::shared_ptr<Tasks> &tasks, uid_t user)
+/// Takes up one user after the other.
+void UserThreads::work(const std::shared_ptr<Tasks> &tasks)
 {
     std::unique_lock lock(tasks->mutex);
-    const auto own = tasks->ofUser.find(user);
-    while (!own->second.empty()) {
-        {
-            const Task task = std::move(own->second.front());
-            lock.unlock();
-            task();
+    while (!tasks->waiting.empty()) {
+        const auto user = tasks->ofUser.find(tasks->waiting.front());
+        tasks->waiting.pop_front();
+        while (!user->second.empty()) {
+            {
+                const Task task = std::move(user->second.front());
+                lock.unlock();
+                task();
+            }
+            lock.lock();
+            user->second.pop_front();
         }
-        lock.lock();
-        own->second.pop_front();
+        tasks->ofUser.erase(user);
     }
-    tasks->ofUser.erase(own);
+    --tasks->threads;
 }

@@ -9,6 +9,7 @@
 #include <chrono>
 #include <future>
 #include <system_error>
+#include <unistd.h>
 #include <utility>
 
 namespace {
@@ -46,7 +47,15 @@ constexpr std::chrono::milliseconds maxLatePause{400};
 constexpr int maxHangingOfOwner = 4;
 constexpr int maxHangingOfNobody = 32;
 
+// In all. Then only files of the system and of the process's own user are played.
+constexpr int maxHanging = 256;
+
 constexpr long msPerSecond = 1000;
+
+bool isOfOthers(HangingThread::Owner owner)
+{
+    return owner && owner->first != 0 && owner->first != geteuid();
+}
 
 class WriterPlayback : public Playback
 {
@@ -137,7 +146,8 @@ std::optional<Failure> PlaybackWriter::startThread()
     if (m_source->owner && HangingThread::count(m_source->owner) >= maxHangingOfOwner) {
         return Failure{QStringLiteral("Too many files of its owner don't respond")};
     }
-    if (HangingThread::count(std::nullopt) >= maxHangingOfNobody) {
+    if (HangingThread::count(std::nullopt) >= maxHangingOfNobody ||
+        (isOfOthers(m_source->owner) && HangingThread::count() >= maxHanging)) {
         return Failure{QStringLiteral("Too many sounds or devices don't respond")};
     }
     m_command = Command::Play;

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <future>
 #include <vector>
 
@@ -63,6 +64,24 @@ TEST_F(UserThreadsTest, KeepNobodyWaitingForAnotherUsersTask)
     release();
     EXPECT_TRUE(end(user));
     EXPECT_TRUE(end(otherUser));
+}
+
+TEST_F(UserThreadsTest, ServeAsManyUsersAsTheyLikeOneAfterTheOther)
+{
+    const UserThreads threads(maxTasks, 2);
+    std::promise<void> released;
+    const auto hold = released.get_future().share();
+    std::atomic<int> done{0};
+    constexpr uid_t users = 10;
+    for (uid_t each = 0; each < users; ++each) {
+        ASSERT_TRUE(threads.run(each, [&done, &hold] {
+            hold.wait();
+            ++done;
+        }));
+    }
+    released.set_value();
+    EXPECT_TRUE(waitFor([&] { return done == int(users); }));
+    EXPECT_TRUE(waitFor([&] { return threads.count(users - 1) == 0; }));
 }
 
 TEST_F(UserThreadsTest, TakeNoMoreTasksWhileManyWait)
