@@ -15,6 +15,7 @@ struct NotifyArguments
     int timeout = 0;
     QString program{};
     QStringList actions{};
+    QString soundName{};
 
     /// Writes the arguments of a call of Notify.
     void writeTo(BusWriter &writer) const
@@ -26,6 +27,12 @@ struct NotifyArguments
         }
         writer.writeStringList(actions);
         writer.openArray("{sv}");
+        if (!soundName.isEmpty()) {
+            writer.openDictEntry("sv");
+            writer.writeString("sound-name"_s);
+            writer.writeVariant(soundName);
+            writer.close();
+        }
         writer.close();
         writer.writeInt32(timeout);
     }

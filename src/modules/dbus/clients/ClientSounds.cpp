@@ -415,20 +415,46 @@ std::optional<OpenedSound> ClientSounds::checkAccess(const std::string &client,
 Result<AllowedSound> ClientSounds::check(const std::string &client, const QString &location,
                                          SoundAccess::Kind kind)
 {
-    const auto checked = m_checked.extract(client);
-    if (!checked.empty() && checked.mapped().location == location &&
-        checked.mapped().kind == kind) {
-        return checked.mapped().outcome;
+    const QString key = QString::number(int(kind)) + ' ' + location;
+    if (auto outcome = takeChecked(client, key)) {
+        return *std::move(outcome);
     }
     if (auto outcome = m_access.checkAtOnce(location, kind)) {
         return *std::move(outcome);
     }
-    m_opener.open(m_clients.quotas().userOf(client), m_access, location, kind,
-                  [this, client, location, kind](const Result<AllowedSound> &outcome) {
-                      if (m_clients.goOn(client)) {
-                          m_checked.insert_or_assign(client, Checked{location, kind, outcome});
-                      }
-                  });
+    checkLater(client, key,
+               [access = m_access, location, kind] { return access.check(location, kind); });
+}
+
+Result<AllowedSound> ClientSounds::find(const std::string &client, const QString &name,
+                                        const SoundOpener::Check &search)
+{
+    const QString key = QStringLiteral("name ") + name;
+    if (auto outcome = takeChecked(client, key)) {
+        return *std::move(outcome);
+    }
+    checkLater(client, key, search);
+}
+
+std::optional<Result<AllowedSound>> ClientSounds::takeChecked(const std::string &client,
+                                                              const QString &key)
+{
+    const auto checked = m_checked.extract(client);
+    if (checked.empty() || checked.mapped().key != key) {
+        return std::nullopt;
+    }
+    return checked.mapped().outcome;
+}
+
+void ClientSounds::checkLater(const std::string &client, const QString &key,
+                              const SoundOpener::Check &check)
+{
+    m_opener.run(m_clients.quotas().userOf(client), check,
+                 [this, client, key](const Result<AllowedSound> &outcome) {
+                     if (m_clients.goOn(client)) {
+                         m_checked.insert_or_assign(client, Checked{key, outcome});
+                     }
+                 });
     throw Clients::NotYet();
 }
 
@@ -469,8 +495,8 @@ CMReply<QVariant> ClientSounds::startMusic(Quotas::UserId user, const QString &s
     if (const auto checked = m_access.checkAtOnce(source, kind)) {
         startMusic(*checked, reply);
     } else {
-        m_opener.open(
-            user, m_access, source, kind,
+        m_opener.run(
+            user, [access = m_access, source] { return access.check(source, kind); },
             [this, reply](const Result<AllowedSound> &outcome) { startMusic(outcome, reply); });
     }
     return reply;

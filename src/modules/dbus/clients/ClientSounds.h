@@ -40,6 +40,10 @@ public:
     /// called before anything is done. Then the client's handler is called again, and this returns the outcome.
     Result<AllowedSound> check(const std::string &client, const QString &location,
                                SoundAccess::Kind kind);
+    /// The same for a sound with a name, which is searched for in a thread of the client's user.
+    Result<AllowedSound> find(const std::string &client, const QString &name,
+                              const SoundOpener::Check &search);
+
     void setAccess(SoundAccess access) { m_access = std::move(access); }
 
     /// Passes on a client's request to enqueue a sound, whose value has this many bytes. Throws
@@ -115,6 +119,9 @@ private:
     TavoNotificationPlayerItem clean(const TavoNotificationPlayerItem &requested) const;
     std::optional<OpenedSound> checkAccess(const std::string &client,
                                            TavoNotificationPlayerItem &item);
+    std::optional<Result<AllowedSound>> takeChecked(const std::string &client, const QString &key);
+    [[noreturn]] void checkLater(const std::string &client, const QString &key,
+                                 const SoundOpener::Check &check);
     AllowedSound allowed(const std::string &client, const QString &location,
                          SoundAccess::Kind kind);
     CMReply<QVariant> startMusic(Quotas::UserId user, const QString &source);
@@ -140,8 +147,7 @@ private:
 
     struct Checked
     {
-        QString location;
-        SoundAccess::Kind kind;
+        QString key;
         Result<AllowedSound> outcome;
     };
 

@@ -40,16 +40,15 @@ SoundOpener::~SoundOpener()
     m_mailbox->receiver = nullptr;
 }
 
-void SoundOpener::open(Quotas::UserId user, const SoundAccess &access, const QString &location,
-                       SoundAccess::Kind kind, Done done)
+void SoundOpener::run(Quotas::UserId user, const Check &check, Done done)
 {
     const std::uint64_t number = ++m_lastNumber;
     m_openings.emplace(number, Opening{std::move(done), Clock::now() + maxTime});
     if (!m_timer.isActive()) {
         m_timer.start(maxTime);
     }
-    const auto task = [mailbox = m_mailbox, number, access, location, kind] {
-        const Outcome outcome = access.check(location, kind);
+    const auto task = [mailbox = m_mailbox, number, check] {
+        const Outcome outcome = check();
         const std::lock_guard lock(mailbox->mutex);
         if (SoundOpener *receiver = mailbox->receiver) {
             QMetaObject::invokeMethod(

@@ -16,8 +16,8 @@
 #include <map>
 #include <memory>
 
-/// Opens sounds for clients in threads, one for each user: a folder or a file system may hang for as long
-/// as its owner likes.
+/// Looks for sounds of clients in threads, one for each user: a folder or a file system may hang for as long
+/// as somebody else likes.
 ///
 /// Used in the worker's thread.
 class SoundOpener : public QObject
@@ -26,14 +26,15 @@ class SoundOpener : public QObject
 
 public:
     using Outcome = Result<AllowedSound>;
+    using Check = std::function<Outcome()>;
     using Done = std::function<void(const Outcome &outcome)>;
 
     SoundOpener();
     ~SoundOpener() override;
 
-    /// See SoundAccess::check(). Calls the function later: after a second with a refusal, if it takes longer.
-    void open(Quotas::UserId user, const SoundAccess &access, const QString &location,
-              SoundAccess::Kind kind, Done done);
+    /// Has the check made in the user's thread. Calls the other function later: after a second with a refusal, if
+    /// the check takes longer.
+    void run(Quotas::UserId user, const Check &check, Done done);
 
 private Q_SLOTS:
     void on_timer_timeout();

@@ -22,9 +22,22 @@ NotificationSounds::NotificationSounds(ClientSounds &sounds, const QString &them
 
 AllowedSound NotificationSounds::find(const std::string &client, const NotifyHints &hints)
 {
-    // A client may choose any sound of the theme, wherever its file is.
-    return hints.soundFile.isEmpty() ? AllowedSound{m_theme.find(hints.soundName), {}}
-                                     : allowedFile(client, hints.soundFile);
+    if (hints.soundFile.isEmpty() && hints.soundName.isEmpty()) {
+        return {};
+    }
+    const Result<AllowedSound> result =
+        hints.soundFile.isEmpty()
+            ? m_clientSounds.find(client, hints.soundName,
+                                  [theme = m_theme, name = hints.soundName] {
+                                      // A client may choose any sound of the theme, wherever its file is.
+                                      return AllowedSound{theme.find(name), {}};
+                                  })
+            : m_clientSounds.check(client, hints.soundFile, SoundAccess::Kind::File);
+    if (const auto *refusal = std::get_if<Failure>(&result)) {
+        logOnce(refusal->reason);
+        return {};
+    }
+    return std::get<AllowedSound>(result);
 }
 
 void NotificationSounds::play(const std::string &client, quint32 id, const AllowedSound &found,
@@ -55,16 +68,6 @@ bool NotificationSounds::playIfFound(const std::string &client, quint32 id,
                        .setType(TavoNotificationPlayerItemType::Uri)
                        .setPriority(priority),
                    found.file, request);
-}
-
-AllowedSound NotificationSounds::allowedFile(const std::string &client, const QString &file)
-{
-    const Result<AllowedSound> result = m_clientSounds.check(client, file, SoundAccess::Kind::File);
-    if (const auto *refusal = std::get_if<Failure>(&result)) {
-        logOnce(refusal->reason);
-        return {};
-    }
-    return std::get<AllowedSound>(result);
 }
 
 void NotificationSounds::logOnce(const QString &refusal)

@@ -46,7 +46,6 @@ public:
     void release(quint32 id) { m_sounds.remove(id); }
 
 private:
-    AllowedSound allowedFile(const std::string &client, const QString &file);
     bool enqueue(const std::string &client, const TavoNotificationPlayerItem &item,
                  const std::optional<OpenedSound> &file, const QString &request);
     bool playIfFound(const std::string &client, quint32 id, const AllowedSound &found,

@@ -3,6 +3,8 @@
 
 #include "DesktopTest.h"
 #include "support/bus/BusClient.h"
+#include "support/bus/NotifyArguments.h"
+#include "support/LockedFolder.h"
 #include "support/scripted/ScriptedPlayers.h"
 #include "support/scripted/ScriptedService.h"
 #include <simpleplayer/OpenedSound.h>
@@ -116,6 +118,30 @@ TEST_F(DesktopSoundTest, PlaysTheNamedFileEvenIfItIsNotInTheSystemsMemory)
     EXPECT_TRUE(isOpen(notifyWith("string:sound-file:"_s + slowPath)));
     ASSERT_TRUE(plays(1));
     EXPECT_EQ(players()[0]->content, path("allowed/sound.wav"_s));
+}
+
+TEST_F(DesktopSoundTest, KeepsNobodyWaitingWhileItsThemeHangs)
+{
+    const LockedFolder locked(path("data/sounds/freedesktop/stereo"_s));
+    if (!locked.isLocked()) {
+        GTEST_SKIP() << "not permitted";
+    }
+    const char *name = "org.freedesktop.Notifications";
+    BusClient slow(bus().address());
+    BusClient other(bus().address());
+    const BusCall notified = slow.setTarget(name, "/org/freedesktop/Notifications", name)
+                                 .call("Notify", [](BusWriter &writer) {
+                                     NotifyArguments arguments;
+                                     arguments.soundName = "unheard"_s;
+                                     arguments.writeTo(writer);
+                                 });
+    EXPECT_TRUE(other.setTarget(name, "/org/freedesktop/Notifications", name)
+                    .call("GetCapabilities")
+                    .succeeds());
+    EXPECT_FALSE(notified.isAnswered());
+    EXPECT_TRUE(notified.succeeds());
+    EXPECT_TRUE(
+        log().contains("A notification's sound is not played: The file can't be opened in time"));
 }
 
 TEST_F(DesktopSoundTest, PlaysTheNamedSoundOfTheTheme)
