@@ -282,7 +282,7 @@ TavoNotificationPlayerItem HostCalls::soundItem(const FleetCall &call) const
 
 /// Takes the reply. If its error is such a one, it is none: asks again until the host has gone.
 template <typename IsNoAnswer, typename Request, typename Take>
-void HostCalls::ask(const IsNoAnswer &isNoAnswer, const Request &request, const Take &take)
+void HostCalls::ask(IsNoAnswer isNoAnswer, const Request &request, const Take &take)
 {
     using Reply = decltype(request());
     request().onFinished(this, [this, isNoAnswer, request, take](const Reply &reply) {

@@ -66,7 +66,7 @@ private Q_SLOTS:
 private:
     void openInbox();
     template <typename IsNoAnswer, typename Request, typename Take>
-    void ask(const IsNoAnswer &isNoAnswer, const Request &request, const Take &take);
+    void ask(IsNoAnswer isNoAnswer, const Request &request, const Take &take);
     void askLater(const std::function<void()> &request);
     void show(const FleetCall &call, const Finish &finish);
     void ring(const FleetCall &call, const QString &path);

@@ -26,6 +26,7 @@ protected:
     /// Does what a person does who chooses the first action of the message on display.
     void chooseAction()
     {
+        ASSERT_TRUE(waitFor([&] { return !openMessages().isEmpty(); }, s_timeout));
         const auto rows = client().rows(CMPath(openMessages().value(0)), 1, 1);
         ASSERT_TRUE(waitFor([&] { return rows.isFinished(); }, s_timeout));
         ASSERT_FALSE(rows.value().isEmpty());

@@ -45,6 +45,7 @@ TEST_F(HostOrderTest, GivesEachWorkerAThreadOfItsOwn)
 {
     m_host.setConfiguration(configurationOf({scripted("one"), scripted("two")}));
     ASSERT_TRUE(m_host.startReady());
+    ASSERT_TRUE(m_host.waitForLog("two created"));
     const QString mainThread = QString::number(m_host.processId());
     EXPECT_NE(threadOf("one created"), threadOf("two created"));
     EXPECT_NE(threadOf("one created"), mainThread);
