@@ -92,7 +92,7 @@ void BusPace::on_bus_replied()
     }
     m_turnsLeft = 0;
     m_measured = Clock::now();
-    m_turn = m_shortest <= quickTurn ? m_shortest : m_longest;
+    m_turn = m_shortest <= quickTurn && m_longest < longTurn ? m_shortest : m_longest;
     Q_EMIT changed();
 }
 

@@ -3,6 +3,8 @@
 
 #include "host/CrashReport.h"
 
+#include "host/LogQueue.h"
+
 #include <csignal>
 #include <cstring>
 #include <sys/prctl.h>
@@ -21,6 +23,7 @@ void reportCrash(int signal, siginfo_t *info, void * /*context*/)
 {
     const bool isOwn = info->si_code > 0 || (info->si_code == SI_TKILL && info->si_pid == getpid());
     if (isOwn) {
+        LogQueue::waitAfterCrash();
         constexpr int maxThreadName = 16;
         char thread[maxThreadName] = "";
         prctl(PR_GET_NAME, thread);

@@ -3,9 +3,11 @@
 
 #include "host/LogQueue.h"
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <csignal>
+#include <ctime>
 #include <deque>
 #include <mutex>
 #include <string>
@@ -17,6 +19,9 @@ namespace {
 constexpr std::size_t maxRecords = 1000;
 constexpr std::chrono::seconds maxWait(1);
 
+/// In all queues, with those that are being written.
+std::atomic<int> recordsLeft = 0;
+
 /// No signal is meant for this thread, except for its own errors.
 sigset_t othersSignals()
 {
@@ -26,6 +31,13 @@ sigset_t othersSignals()
         sigdelset(&signals, own);
     }
     return signals;
+}
+
+std::unique_ptr<InternalLoggingEvent> leftOutRecord(int count)
+{
+    return std::make_unique<InternalLoggingEvent>(
+        "Host", log4cplus::WARN_LOG_LEVEL,
+        std::to_string(count) + " records left out: the log did not take them in time", nullptr, 0);
 }
 } // namespace
 
@@ -75,23 +87,28 @@ void LogQueue::add(const InternalLoggingEvent &event)
     const bool isFatal = event.getLogLevel() >= log4cplus::FATAL_LOG_LEVEL;
     std::unique_lock lock(m_state->mutex);
     auto &records = m_state->records;
-    if (event.getLogLevel() < log4cplus::INFO_LOG_LEVEL) {
-        m_state->taken.wait_for(lock, maxWait, [&] { return records.size() < maxRecords; });
+    const auto hasRoom = [&] { return records.size() < maxRecords; };
+    if (event.getLogLevel() < log4cplus::INFO_LOG_LEVEL && m_state->leftOut == 0) {
+        m_state->taken.wait_for(lock, maxWait, hasRoom);
     }
-    if (records.size() >= maxRecords && !isFatal) {
-        ++m_state->leftOut;
-    } else {
-        if (const int leftOut = std::exchange(m_state->leftOut, 0); leftOut > 0) {
-            records.push_back(std::make_unique<InternalLoggingEvent>(
-                "Host", log4cplus::WARN_LOG_LEVEL,
-                std::to_string(leftOut) + " records left out: the log did not take them in time",
-                nullptr, 0));
-        }
+    if (hasRoom() || isFatal) {
         records.push_back(event.clone());
+        ++recordsLeft;
         m_state->added.notify_one();
+    } else {
+        ++m_state->leftOut;
     }
     if (isFatal) {
         m_state->idle.wait_for(lock, maxWait, [this] { return m_state->isIdle(); });
+    }
+}
+
+void LogQueue::waitAfterCrash()
+{
+    constexpr int tries = 100;
+    constexpr timespec pause{0, 2'000'000};
+    for (int i = 0; i < tries && recordsLeft > 0; ++i) {
+        nanosleep(&pause, nullptr);
     }
 }
 
@@ -113,6 +130,11 @@ void LogQueue::run(const std::shared_ptr<State> &state)
         }
         lock.lock();
         state->isWriting = false;
+        --recordsLeft;
+        if (state->records.empty() && state->leftOut > 0) {
+            state->records.push_back(leftOutRecord(std::exchange(state->leftOut, 0)));
+            ++recordsLeft;
+        }
         if (state->records.empty()) {
             state->idle.notify_all();
         }

@@ -12,7 +12,7 @@
 
 /// Writes records in a thread of its own: a journal, a pipe or a disk may take as long as it likes, and
 /// everybody's alarms would wait for that. When a thousand wait, further ones are left out, and their number is
-/// written later; those below INFO, which somebody wants to see all, wait up to a second for room.
+/// written later; those below INFO, which somebody wants to see all, wait for room, but not if the log hangs.
 ///
 /// Thread: any; one at a time adds.
 class LogQueue
@@ -27,6 +27,10 @@ public:
 
     /// Waits also for a fatal record to be written, as the process ends after it, but no longer than a second.
     void add(const log4cplus::spi::InternalLoggingEvent &event);
+
+    /// For a process that has crashed: waits until all records are written, up to a fifth of a second. May be
+    /// called from a signal handler.
+    static void waitAfterCrash();
 
 private:
     struct State;

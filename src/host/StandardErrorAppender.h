@@ -33,7 +33,7 @@ protected:
             const ssize_t count =
                 ::write(STDERR_FILENO, line.data() + written, line.size() - written);
             if (count <= 0) {
-                return; // nobody is there to be told
+                return; // the rest is dropped
             }
             written += std::size_t(count);
         }

@@ -34,8 +34,6 @@ public:
     /// Lets ALSA's device "null", which takes everything at once, take no more than a device that plays.
     void keepTime();
 
-    bool isOpen() const { return m_pcm != nullptr; }
-
     /// Returns whether the device is a plug-in, such as a sound server's. It reports what it has
     /// played late and in steps: too late for closeAndCount().
     bool countsLate() const { return m_countsLate; }

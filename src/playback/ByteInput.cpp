@@ -29,7 +29,7 @@ ByteInput::~ByteInput()
         return;
     }
     if (m_path.isEmpty()) {
-        ::close(m_descriptor);
+        ::close(m_descriptor); // Its writer is this process.
     } else {
         OpenedSound::close(m_descriptor);
     }

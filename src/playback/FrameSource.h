@@ -71,8 +71,8 @@ public:
     /// other call follows.
     std::function<bool()> isWanted = [] { return true; };
 
-    /// Who owns the file, if it was opened for a client.
-    std::optional<OpenedSound::Owner> owner;
+    /// The file, if it was opened for a client.
+    std::optional<OpenedSound::FileId> file;
 
     /// Opens the source, unless it is open. Waits only for the file system. The event interrupts
     /// it; the next call starts over.

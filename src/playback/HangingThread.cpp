@@ -3,53 +3,87 @@
 
 #include "playback/HangingThread.h"
 
-#include <map>
+#include <algorithm>
 #include <mutex>
+#include <unistd.h>
+#include <vector>
 
 namespace {
 
-struct Counts
+// A process may have only so many threads. Others may keep a file busy that they can only read, so each file counts
+// by itself, too.
+constexpr int maxOfFile = 2;
+constexpr int maxOfOwner = 8;
+constexpr int maxOfNobody = 32;
+
+// In all. Then only files of the system and of the process's own user are played.
+constexpr int maxOfAll = 256;
+
+struct Hanging
 {
     std::mutex mutex;
-    std::map<HangingThread::Owner, int> ofOwners;
-    int all = 0;
+    std::vector<HangingThread::File> files;
 };
 
 // Never destroyed, because a thread that hangs may end after everything else.
-Counts &counts()
+Hanging &hanging()
 {
-    static auto *s_counts = new Counts;
-    return *s_counts;
+    static auto *s_hanging = new Hanging;
+    return *s_hanging;
+}
+
+bool isSame(const OpenedSound::FileId &file, const OpenedSound::FileId &other)
+{
+    return file.device == other.device && file.number == other.number;
+}
+
+bool isOfSystem(const OpenedSound::FileId &file)
+{
+    return file.owner == 0 || file.owner == geteuid();
 }
 
 } // namespace
 
-HangingThread::HangingThread(Owner owner)
-    : m_owner(owner)
+HangingThread::HangingThread(const File &file)
+    : m_file(file)
 {
-    const std::lock_guard lock(counts().mutex);
-    ++counts().ofOwners[m_owner];
-    ++counts().all;
+    const std::lock_guard lock(hanging().mutex);
+    hanging().files.push_back(m_file);
 }
 
 HangingThread::~HangingThread()
 {
-    const std::lock_guard lock(counts().mutex);
-    if (--counts().ofOwners[m_owner] == 0) {
-        counts().ofOwners.erase(m_owner);
-    }
-    --counts().all;
+    const std::lock_guard lock(hanging().mutex);
+    auto &files = hanging().files;
+    files.erase(std::find_if(files.begin(), files.end(), [this](const File &other) {
+        return m_file ? other && isSame(*m_file, *other) : !other;
+    }));
 }
 
 int HangingThread::count()
 {
-    const std::lock_guard lock(counts().mutex);
-    return counts().all;
+    const std::lock_guard lock(hanging().mutex);
+    return int(hanging().files.size());
 }
 
-int HangingThread::count(Owner owner)
+bool HangingThread::areTooMany(const File &file)
 {
-    const std::lock_guard lock(counts().mutex);
-    const auto found = counts().ofOwners.find(owner);
-    return found == counts().ofOwners.end() ? 0 : found->second;
+    const std::lock_guard lock(hanging().mutex);
+    const auto &files = hanging().files;
+    const auto count = [&files](const auto &isMeant) {
+        return std::count_if(files.begin(), files.end(), isMeant);
+    };
+    if (count([](const File &other) { return !other; }) >= maxOfNobody) {
+        return true;
+    }
+    if (!file) {
+        return false;
+    }
+    const auto isThisFile = [&file](const File &other) { return other && isSame(*file, *other); };
+    const auto isOfOwner = [&file](const File &other) {
+        return other && other->owner == file->owner && other->device == file->device;
+    };
+    return count(isThisFile) >= maxOfFile ||
+           (!isOfSystem(*file) &&
+            (count(isOfOwner) >= maxOfOwner || int(files.size()) >= maxOfAll));
 }

@@ -13,17 +13,19 @@
 class HangingThread
 {
 public:
-    /// Whose file the thread hangs in. Nobody owns a device, or a file that was not opened for a client.
-    using Owner = std::optional<OpenedSound::Owner>;
+    /// What the thread hangs in; nothing is a device, or a file that was not opened for a client.
+    using File = std::optional<OpenedSound::FileId>;
 
-    explicit HangingThread(Owner owner);
+    explicit HangingThread(const File &file);
     ~HangingThread();
     HangingThread(const HangingThread &) = delete;
     HangingThread &operator=(const HangingThread &) = delete;
 
     static int count();
-    static int count(Owner owner);
+
+    /// Whether so many hang already that another one might, too, and must not get a thread.
+    static bool areTooMany(const File &file);
 
 private:
-    const Owner m_owner;
+    const File m_file;
 };

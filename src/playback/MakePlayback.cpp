@@ -20,9 +20,9 @@ struct Source
     std::unique_ptr<HttpFetch> fetch;
 };
 
-Source fromPath(std::unique_ptr<FrameSource> frames, const QString &path)
+Source ofFile(std::unique_ptr<FrameSource> frames, const QString &path)
 {
-    frames->owner = OpenedSound::ownerOf(path);
+    frames->file = OpenedSound::idOf(path);
     return Source{std::move(frames), nullptr};
 }
 
@@ -68,7 +68,7 @@ Result<Source> makeSource(const UriSound &sound, const SimplePlayerLimits &limit
     }
     const auto &location = std::get<SoundLocation>(located);
     if (location.url.isEmpty()) {
-        return fromPath(SoundFile::fromPath(location.path, limits.maxSoundBytes), location.path);
+        return ofFile(SoundFile::fromPath(location.path, limits.maxSoundBytes), location.path);
     }
     return fetchStream(location.url, QStringLiteral("The sound \"%1\"").arg(sound.uri), {}, limits);
 }
@@ -94,7 +94,7 @@ Result<Source> makeSource(const StreamSound &sound, const SimplePlayerLimits &li
     const auto &location = std::get<SoundLocation>(located);
     if (location.url.isEmpty()) {
         auto input = std::make_unique<ByteInput>(location.path, limits.fifoTimeoutMs);
-        return fromPath(makeStream(std::move(input), format, limits), location.path);
+        return ofFile(makeStream(std::move(input), format, limits), location.path);
     }
     return fetchStream(location.url, QStringLiteral("The stream \"%1\"").arg(sound.content), format,
                        limits);

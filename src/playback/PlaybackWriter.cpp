@@ -24,7 +24,10 @@ constexpr std::chrono::milliseconds maxClientOpening{50};
 constexpr std::chrono::milliseconds maxBesideHanging{20};
 
 // How long an interruption waits for a thread in its source, which needs nobody: the device can be taken from it.
-constexpr std::chrono::milliseconds maxReading{20};
+constexpr std::chrono::milliseconds maxReading{250};
+
+// The same for a client's file.
+constexpr std::chrono::milliseconds maxClientReading{20};
 
 // How long a pause waits for a device to play the frames that it holds.
 constexpr std::chrono::milliseconds maxPlayOut{500};
@@ -43,19 +46,7 @@ constexpr std::chrono::milliseconds maxEnding{750};
 constexpr std::chrono::milliseconds maxLateEnding{50};
 constexpr std::chrono::milliseconds maxLatePause{400};
 
-// A process may have only so many threads, so the files of one owner may hold up only few of them.
-constexpr int maxHangingOfOwner = 4;
-constexpr int maxHangingOfNobody = 32;
-
-// In all. Then only files of the system and of the process's own user are played.
-constexpr int maxHanging = 256;
-
 constexpr long msPerSecond = 1000;
-
-bool isOfOthers(HangingThread::Owner owner)
-{
-    return owner && owner->first != 0 && owner->first != geteuid();
-}
 
 class WriterPlayback : public Playback
 {
@@ -143,11 +134,7 @@ std::optional<Failure> PlaybackWriter::startThread()
     if (!m_wake.isValid()) {
         return Failure{QStringLiteral("There are no more file descriptors")};
     }
-    if (m_source->owner && HangingThread::count(m_source->owner) >= maxHangingOfOwner) {
-        return Failure{QStringLiteral("Too many files of its owner don't respond")};
-    }
-    if (HangingThread::count(std::nullopt) >= maxHangingOfNobody ||
-        (isOfOthers(m_source->owner) && HangingThread::count() >= maxHanging)) {
+    if (HangingThread::areTooMany(m_source->file)) {
         return Failure{QStringLiteral("Too many sounds or devices don't respond")};
     }
     m_command = Command::Play;
@@ -186,13 +173,15 @@ bool PlaybackWriter::interrupt(Command command)
             awaitEnd(lock);
         }
     }
-    return join(m_interrupted);
+    return join(m_interrupted); // that is, if it has ended
 }
 
 void PlaybackWriter::awaitEnd(std::unique_lock<std::mutex> &lock)
 {
-    if (!m_changed.wait_until(lock, m_interrupted + maxReading, [this] { return !m_isInSource; })) {
-        m_leftBehind.emplace(m_source->owner);
+    const auto readingTime = m_source->file ? maxClientReading : maxReading;
+    if (!m_changed.wait_until(lock, m_interrupted + readingTime,
+                              [this] { return !m_isInSource; })) {
+        m_leftBehind.emplace(m_source->file);
         m_unheard = closeDevice();
         return;
     }
@@ -211,8 +200,10 @@ long PlaybackWriter::closeDevice()
     if (m_device == nullptr) {
         return 0;
     }
-    std::packaged_task<long()> closing(
-        [device = std::move(m_device)] { return device->closeAndCount(); });
+    std::packaged_task<long()> closing([device = std::move(m_device)] {
+        const HangingThread hanging(std::nullopt);
+        return device->closeAndCount();
+    });
     std::future<long> unheard = closing.get_future();
     try {
         std::thread(std::move(closing)).detach();
@@ -244,7 +235,7 @@ std::chrono::milliseconds PlaybackWriter::openingTime()
     if (HangingThread::count() > own) {
         return maxBesideHanging;
     }
-    return m_source->owner ? maxClientOpening : maxOpening;
+    return m_source->file ? maxClientOpening : maxOpening;
 }
 
 void PlaybackWriter::run()

@@ -27,8 +27,8 @@ class HttpFetch;
 ///
 /// Called in the player's thread; reports from its own thread. Owned by the playback that make()
 /// returns, and by its thread: a thread that hangs in a device or a file system is left behind, and ends when it can.
-/// Nobody waits longer than 20 ms for one that hangs in a file system, and its device is closed meanwhile; and nobody
-/// waits longer than 750 ms for one that hangs in a device.
+/// Nobody waits longer than 250 ms, or 20 ms if the file is a client's, for one that hangs in a file system; its device
+/// is closed then. Nobody waits longer than 750 ms for a device.
 class PlaybackWriter : public std::enable_shared_from_this<PlaybackWriter>
 {
 public:
@@ -48,7 +48,7 @@ public:
 
     /// Waits until the source and the device are open and the first frames are written, but at most
     /// 250 ms, 50 ms for a client's file, and 20 ms while another thread hangs. Later failures are
-    /// reported. Fails if its own thread hangs since the pause, or if four others hang in files of the same owner.
+    /// reported. Fails if its own thread hangs since the pause, or if too many others hang.
     std::optional<Failure> start();
     void pause() { interrupt(Command::Pause); }
     void setGain(double gain, int fadeMs) { m_gain.set(gain, fadeMs); }

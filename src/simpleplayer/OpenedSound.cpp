@@ -42,9 +42,10 @@ public:
 
     const QString &path() const { return m_path; }
     mode_t mode() const { return m_status.stx_mode; }
-    Owner owner() const
+    FileId id() const
     {
-        return {m_status.stx_uid, makedev(m_status.stx_dev_major, m_status.stx_dev_minor)};
+        return {m_status.stx_uid, makedev(m_status.stx_dev_major, m_status.stx_dev_minor),
+                m_status.stx_ino};
     }
     int openForReading() const;
 
@@ -76,11 +77,12 @@ constexpr std::uint64_t fewBlocks = 128;
 /// Of one owner. Each holds a descriptor until it is freed.
 constexpr std::size_t maxClosing = 16;
 constexpr std::size_t maxTasks = 1024; ///< with those that were opened before
+constexpr std::size_t maxThreads = 96;
 
 /// The threads in which deleted files are closed. Never destroyed, as sounds may live until the process ends.
 const UserThreads &closing()
 {
-    static const UserThreads &s_threads = *new UserThreads(maxTasks);
+    static const UserThreads &s_threads = *new UserThreads(maxTasks, maxThreads);
     return s_threads;
 }
 
@@ -90,7 +92,10 @@ struct statx statusOf(int descriptor)
     struct statx status
     {
     };
-    ::statx(descriptor, "", AT_EMPTY_PATH | AT_STATX_DONT_SYNC, STATX_BASIC_STATS, &status);
+    const int flags = AT_EMPTY_PATH | AT_STATX_DONT_SYNC;
+    if (::statx(descriptor, "", flags, STATX_BASIC_STATS, &status) < 0) {
+        status.stx_nlink = 1; // for all that is known, it is not deleted
+    }
     return status;
 }
 
@@ -232,10 +237,10 @@ int OpenedSound::openForReading(const QString &path)
     return ::open(QFile::encodeName(path).constData(), readingFlags);
 }
 
-std::optional<OpenedSound::Owner> OpenedSound::ownerOf(const QString &path)
+std::optional<OpenedSound::FileId> OpenedSound::idOf(const QString &path)
 {
     const auto file = File::find(path);
-    return file != nullptr ? std::make_optional(file->owner()) : std::nullopt;
+    return file != nullptr ? std::make_optional(file->id()) : std::nullopt;
 }
 
 void OpenedSound::close(int descriptor)

@@ -10,7 +10,6 @@
 #include <memory>
 #include <optional>
 #include <sys/types.h>
-#include <utility>
 
 /// A file or a FIFO that is opened before it is played. While this object exists, players in this
 /// process that are given its path play this file, even if the path now leads to another one:
@@ -20,8 +19,13 @@
 class TAVO_SIMPLEPLAYER_EXPORT OpenedSound
 {
 public:
-    /// The user who owns a file, and the device that it is on.
-    using Owner = std::pair<uid_t, dev_t>;
+    /// Which file it is, and whose.
+    struct FileId
+    {
+        uid_t owner;
+        dev_t device;
+        ino_t number;
+    };
 
     /// Opens an absolute path, with links. Returns nothing if there is no such file, or while many deleted
     /// sounds of its owner have yet to be freed. Nothing is read, and the writer of a FIFO goes on waiting
@@ -43,12 +47,12 @@ public:
     /// and without waiting for a FIFO's writer. Returns a descriptor, or -1 and sets errno.
     static int openForReading(const QString &path);
 
-    /// For players: closes that descriptor, without waiting. Where that may take the system seconds, as for a
-    /// FIFO and for a large deleted file, a thread of its owner does it.
+    /// For players: closes that descriptor. Where that may take the system seconds, as for a FIFO and for a
+    /// large deleted file, a thread does it that is kept for such files of the owner.
     static void close(int descriptor);
 
-    /// For players: returns who owns the file that was last opened for the path; nothing if there is none.
-    static std::optional<Owner> ownerOf(const QString &path);
+    /// For players: returns the file that was last opened for the path; nothing if there is none.
+    static std::optional<FileId> idOf(const QString &path);
 
 private:
     class File;

@@ -55,7 +55,7 @@ public:
     /// Pauses the sound and closes the device. Does nothing unless the sound is playing. Hardware
     /// is silent at once. A sound server reports its position too late, so the call waits until the
     /// server has played all frames that it holds, at most a tenth of a second. If the device
-    /// hangs, the call returns after 750 ms; if the file hangs, after 20 ms. The sound can't go on
+    /// hangs, the call returns after 750 ms; if the file hangs, after 250 ms. The sound can't go on
     /// before they respond.
     virtual void pause();
 

@@ -173,8 +173,8 @@ bool isRefused(const CMError &error)
            !error.message().toString().startsWith(QLatin1String("The call was carried out"));
 }
 
-/// Whether a call that may have been carried out before is refused. Not for ever, because some limits are for the
-/// call itself.
+/// For a request that must not fail because the host is busy. Not for ever, because some limits are for the request
+/// itself.
 std::function<bool(const CMError &)> isRefusedAgain(bool isAgain)
 {
     constexpr int maxAskedMs = 60000;
@@ -280,7 +280,7 @@ TavoNotificationPlayerItem HostCalls::soundItem(const FleetCall &call) const
         .setPriority(priorityOf(call));
 }
 
-/// Takes the reply. If its error is such a one, it is none: asks again until the host has gone.
+/// Repeats the request each second while that holds for the error of its reply; fails once the host has gone.
 template <typename IsNoAnswer, typename Request, typename Take>
 void HostCalls::ask(IsNoAnswer isNoAnswer, const Request &request, const Take &take)
 {
@@ -302,7 +302,7 @@ void HostCalls::ask(IsNoAnswer isNoAnswer, const Request &request, const Take &t
     });
 }
 
-/// At the latest when the host goes.
+/// Runs it within a second, or when the host goes.
 void HostCalls::askLater(const std::function<void()> &request)
 {
     m_refused.push_back(request);
@@ -523,18 +523,19 @@ void HostCalls::cancel(const FleetCall &target, const QString &path, const Finis
         const auto cancelMessage = [this, path] { return m_client.cancelMessage(CMPath(path)); };
         const auto endSound = [=,
                                hasSound = !target.sound.isEmpty()](const CMReply<QVariant> &reply) {
-            if (hasSound) { // It is due no more.
-                ask(isRefused, cancelSound, [=](const CMReply<QVariant> &) { finishWith(reply); });
+            if (hasSound) { // ring() no longer repeats it.
+                ask(isRefusedAgain(true), cancelSound,
+                    [=](const CMReply<QVariant> &) { finishWith(reply); });
             } else {
                 finishWith(reply);
             }
         };
-        ask(isRefused, cancelMessage, endSound);
+        ask(isRefusedAgain(true), cancelMessage, endSound);
     } else if (target.kind == Kind::Sound) {
-        ask(isRefused, cancelSound, finishWith);
+        ask(isRefusedAgain(true), cancelSound, finishWith);
     } else {
         ask(
-            isRefused,
+            isRefusedAgain(true),
             [this, id] {
                 return m_client.call(TavoAttentionClosePath(), TavoValue().setString_(id));
             },

@@ -21,10 +21,10 @@ class UserThreadsTest : public testing::Test
 {
 protected:
     /// Has the user's thread wait until it is released.
-    void hang(uid_t whose)
+    void hang()
     {
-        ASSERT_TRUE(m_threads.run(
-            whose, [released = m_released.get_future().share()] { released.wait(); }));
+        ASSERT_TRUE(
+            m_threads.run(user, [released = m_released.get_future().share()] { released.wait(); }));
     }
     void release() { m_released.set_value(); }
 
@@ -33,7 +33,7 @@ protected:
         return waitFor([&] { return m_threads.count(whose) == 0; });
     }
 
-    const UserThreads m_threads{maxTasks};
+    const UserThreads m_threads{maxTasks, 8};
 
 private:
     std::promise<void> m_released;
@@ -43,7 +43,7 @@ TEST_F(UserThreadsTest, RunTheTasksOfAUserInTheirOrder)
 {
     std::vector<int> done;
     constexpr int tasks = 100;
-    hang(user);
+    hang();
     for (int i = 0; i < tasks; ++i) {
         ASSERT_TRUE(m_threads.run(user, [&done, i] { done.push_back(i); }));
     }
@@ -56,7 +56,7 @@ TEST_F(UserThreadsTest, RunTheTasksOfAUserInTheirOrder)
 
 TEST_F(UserThreadsTest, KeepNobodyWaitingForAnotherUsersTask)
 {
-    hang(user);
+    hang();
     std::promise<void> done;
     ASSERT_TRUE(m_threads.run(otherUser, [&done] { done.set_value(); }));
     done.get_future().wait();
@@ -66,27 +66,31 @@ TEST_F(UserThreadsTest, KeepNobodyWaitingForAnotherUsersTask)
     EXPECT_TRUE(end(otherUser));
 }
 
-TEST_F(UserThreadsTest, ServeAsManyUsersAsTheyLikeOneAfterTheOther)
+TEST_F(UserThreadsTest, ServeMoreUsersThanThereMayBeThreads)
 {
-    const UserThreads threads(maxTasks, 2);
+    constexpr int most = 2;
+    constexpr uid_t users = 10;
+    const UserThreads threads(maxTasks, most);
     std::promise<void> released;
     const auto hold = released.get_future().share();
+    std::atomic<int> running{0};
     std::atomic<int> done{0};
-    constexpr uid_t users = 10;
     for (uid_t each = 0; each < users; ++each) {
-        ASSERT_TRUE(threads.run(each, [&done, &hold] {
+        ASSERT_TRUE(threads.run(each, [&running, &done, &hold] {
+            EXPECT_LE(++running, int(most));
             hold.wait();
+            --running;
             ++done;
         }));
     }
+    EXPECT_TRUE(waitFor([&] { return running == most; }));
     released.set_value();
-    EXPECT_TRUE(waitFor([&] { return done == int(users); }));
-    EXPECT_TRUE(waitFor([&] { return threads.count(users - 1) == 0; }));
+    EXPECT_TRUE(waitFor([&] { return done == int(users) && threads.count(users - 1) == 0; }));
 }
 
 TEST_F(UserThreadsTest, TakeNoMoreTasksWhileManyWait)
 {
-    hang(user);
+    hang();
     while (m_threads.run(user, [] {})) {
     }
     EXPECT_EQ(m_threads.count(user), maxTasks);

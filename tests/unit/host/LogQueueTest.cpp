@@ -5,7 +5,6 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <future>
 #include <string>
 #include <utility>
@@ -89,16 +88,11 @@ TEST_F(LogQueueTest, TellsHowManyRecordsWereTooMany)
         add("record");
     }
     release();
-    add("fatal", log4cplus::FATAL_LOG_LEVEL); // so that all is written
-    add("last");
     end();
-    const auto left = std::find_if(written.begin(), written.end(), [](const std::string &text) {
-        return text.find("left out") != std::string::npos;
-    });
-    ASSERT_NE(left, written.end());
-    const auto before = left - written.begin();
-    EXPECT_THAT(*left, testing::StartsWith(std::to_string(count - before)));
-    EXPECT_THAT(written.back(), testing::StartsWith("last"));
+    const auto took = written.size() - 1;
+    EXPECT_LT(took, std::size_t(count));
+    EXPECT_THAT(written.back(),
+                testing::StartsWith(std::to_string(count - took) + " records left out"));
 }
 
 TEST_F(LogQueueTest, HasWrittenAFatalRecordWhenItReturns)

@@ -66,6 +66,10 @@ Speech::~Speech()
         m_process->kill();
         m_process->waitForFinished(1000);
     }
+    m_writer.waitForDone();
+    if (m_job && m_job->isPrivate) {
+        QFile::remove(m_job->file); // nobody has got it yet
+    }
 }
 
 QString Speech::defaultFolder()

@@ -245,8 +245,9 @@ CallTurns::Waiting::iterator CallTurns::next()
 void CallTurns::handle(Waiting::iterator client)
 {
     const std::string name = client->first;
-    const Call call = std::move(client->second.calls.front());
+    Call call = std::move(client->second.calls.front());
     client->second.calls.pop_front();
+    call.charge = {}; // It no longer waits, unless it is put back.
     const bool isLast = client->second.calls.empty();
     const bool hasLeft = client->second.hasLeft;
     const Quotas::UserId user = client->second.user;

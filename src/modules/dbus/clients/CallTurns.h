@@ -67,7 +67,8 @@ public:
     /// one user. They are not even read, because a flood must cost little.
     void add(const std::string &client, const BusMessage &call, Method &method);
 
-    /// Has a call handled again from its beginning, before the client's other calls. Throws as add() does.
+    /// Has a call handled again from its beginning, before the client's other calls. Throws
+    /// BusError::limitExceeded() if there is no room for it.
     void putBack(const std::string &client, const BusMessage &call, Method &method);
 
     /// The client has left. False while calls of it are still to be handled; left() follows then. If many

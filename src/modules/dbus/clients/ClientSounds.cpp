@@ -440,7 +440,10 @@ std::optional<Result<AllowedSound>> ClientSounds::takeChecked(const std::string 
                                                               const QString &key)
 {
     const auto checked = m_checked.extract(client);
-    if (checked.empty() || checked.mapped().key != key) {
+    // Its call may have been refused for another reason.
+    constexpr int maxAgeMs = 5000;
+    if (checked.empty() || checked.mapped().key != key ||
+        checked.mapped().age.hasExpired(maxAgeMs)) {
         return std::nullopt;
     }
     return checked.mapped().outcome;
@@ -452,7 +455,9 @@ void ClientSounds::checkLater(const std::string &client, const QString &key,
     m_opener.run(m_clients.quotas().userOf(client), check,
                  [this, client, key](const Result<AllowedSound> &outcome) {
                      if (m_clients.goOn(client)) {
-                         m_checked.insert_or_assign(client, Checked{key, outcome});
+                         Checked checked{key, outcome, {}};
+                         checked.age.start();
+                         m_checked.insert_or_assign(client, checked);
                      }
                  });
     throw Clients::NotYet();

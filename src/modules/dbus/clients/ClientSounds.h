@@ -11,6 +11,7 @@
 #include "UrgentTurns.h"
 #include <core/tavo.h>
 
+#include <QElapsedTimer>
 #include <QObject>
 
 #include <cstddef>
@@ -149,6 +150,7 @@ private:
     {
         QString key;
         Result<AllowedSound> outcome;
+        QElapsedTimer age;
     };
 
     Clients &m_clients;

@@ -5,6 +5,7 @@
 
 #include <core/tavo.h>
 
+#include <algorithm>
 #include <mutex>
 #include <utility>
 
@@ -13,6 +14,7 @@ constexpr std::chrono::seconds maxTime(1);
 
 /// Of a user; those that are too late count, too, as long as the system hangs.
 constexpr std::size_t maxOpenings = 128;
+constexpr std::size_t maxThreads = 96;
 
 /// Threads of users that the bus has not told.
 constexpr uid_t unknownUser = uid_t(-1);
@@ -26,7 +28,7 @@ struct SoundOpener::Mailbox
 };
 
 SoundOpener::SoundOpener()
-    : m_threads(maxOpenings)
+    : m_threads(maxOpenings, maxThreads)
     , m_mailbox(std::make_shared<Mailbox>())
 {
     m_mailbox->receiver = this;
@@ -76,6 +78,7 @@ void SoundOpener::on_timer_timeout()
     }
     if (!m_openings.empty()) {
         const auto left = m_openings.begin()->second.tooLate - Clock::now();
-        m_timer.start(std::chrono::ceil<std::chrono::milliseconds>(left));
+        m_timer.start(std::max(std::chrono::ceil<std::chrono::milliseconds>(left),
+                               std::chrono::milliseconds::zero()));
     }
 }

@@ -312,7 +312,7 @@ TEST_F(DbusSlowSoundTest, KeepsNoOtherClientWaitingAndIsRefusedAfterASecond)
     EXPECT_TRUE(next.succeeds());
 }
 
-TEST_F(DbusSlowSoundTest, IsOpenedOnceItsFolderResponds)
+TEST_F(DbusSlowSoundTest, IsLookedUpOnceItsFolderResponds)
 {
     auto locked = std::make_unique<LockedFolder>(path("allowed/folder"_s));
     if (!locked->isLocked()) {
