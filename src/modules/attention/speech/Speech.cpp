@@ -18,7 +18,9 @@
 #include <algorithm>
 #include <attention/MissingFiles.h>
 #include <csignal>
+#include <fcntl.h>
 #include <tuple>
+#include <unistd.h>
 #include <utility>
 
 namespace {
@@ -38,9 +40,16 @@ constexpr int emptyBytes = 44;
 
 class Speech::Process : public QProcess
 {
+public:
+    Process() { setProcessChannelMode(QProcess::ForwardedErrorChannel); }
+
 protected:
     void setupChildProcess() override
     {
+        // Here, because the system may take long to open it.
+        if (const int nothing = ::open("/dev/null", O_WRONLY | O_CLOEXEC); nothing >= 0) {
+            ::dup2(nothing, STDERR_FILENO);
+        }
         // The host blocks them in all threads.
         sigset_t all;
         sigfillset(&all);
@@ -236,7 +245,6 @@ void Speech::startNext()
     m_process = std::make_unique<Process>();
     m_process->setProgram(job.command.first());
     m_process->setArguments(job.command.mid(1));
-    m_process->setStandardErrorFile(QProcess::nullDevice());
     tavoConnect(m_process.get(), &QProcess::readyReadStandardOutput, this,
                 &Speech::on_process_readyRead);
     tavoConnect(m_process.get(), &QProcess::stateChanged, this,
