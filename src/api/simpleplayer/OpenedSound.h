@@ -22,9 +22,9 @@ public:
     /// Which file it is, and whose.
     struct FileId
     {
-        uid_t owner;
-        dev_t device;
-        ino_t number;
+        uid_t owner;  ///< the user
+        dev_t device; ///< that it is on
+        ino_t number; ///< on that device
     };
 
     /// Opens an absolute path, with links. Returns nothing if there is no such file, or while many deleted
