@@ -19,7 +19,7 @@ public:
     using Task = std::function<void()>;
 
     /// At most so many tasks of a user wait or run, in so many threads in all.
-    explicit UserThreads(std::size_t maxTasks, std::size_t maxThreads);
+    UserThreads(std::size_t maxTasks, std::size_t maxThreads);
 
     /// Has the task run after those of the user that were given before; it throws nothing. False if too many
     /// wait already, or if there can be no thread.

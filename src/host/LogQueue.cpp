@@ -6,7 +6,6 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
-#include <csignal>
 #include <ctime>
 #include <deque>
 #include <mutex>
@@ -21,17 +20,6 @@ constexpr std::chrono::seconds maxWait(1);
 
 /// In all queues, with those that are being written.
 std::atomic<int> recordsLeft = 0;
-
-/// No signal is meant for this thread, except for its own errors.
-sigset_t othersSignals()
-{
-    sigset_t signals{};
-    sigfillset(&signals);
-    for (const int own : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGSYS, SIGTRAP}) {
-        sigdelset(&signals, own);
-    }
-    return signals;
-}
 
 std::unique_ptr<InternalLoggingEvent> leftOutRecord(int count)
 {
@@ -58,12 +46,8 @@ struct LogQueue::State
 
 LogQueue::LogQueue(std::vector<log4cplus::SharedAppenderPtr> appenders)
     : m_state(new State{std::move(appenders), {}, {}, {}, {}})
+    , m_thread([state = m_state] { run(state); })
 {
-    const sigset_t blocked = othersSignals();
-    sigset_t before{};
-    pthread_sigmask(SIG_BLOCK, &blocked, &before);
-    m_thread = std::thread([state = m_state] { run(state); });
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 LogQueue::~LogQueue()

@@ -7,6 +7,7 @@
 #include <log4cplus/layout.h>
 #include <log4cplus/spi/loggingevent.h>
 
+#include <cerrno>
 #include <memory>
 #include <string>
 #include <unistd.h>
@@ -32,10 +33,11 @@ protected:
         for (std::size_t written = 0; written < line.size();) {
             const ssize_t count =
                 ::write(STDERR_FILENO, line.data() + written, line.size() - written);
-            if (count <= 0) {
+            if (count > 0) {
+                written += std::size_t(count);
+            } else if (errno != EINTR) {
                 return; // the rest is dropped
             }
-            written += std::size_t(count);
         }
     }
 };

@@ -32,11 +32,6 @@ Hanging &hanging()
     return *s_hanging;
 }
 
-bool isSame(const OpenedSound::FileId &file, const OpenedSound::FileId &other)
-{
-    return file.device == other.device && file.number == other.number;
-}
-
 bool isOfSystem(const OpenedSound::FileId &file)
 {
     return file.owner == 0 || file.owner == geteuid();
@@ -56,7 +51,7 @@ HangingThread::~HangingThread()
     const std::lock_guard lock(hanging().mutex);
     auto &files = hanging().files;
     files.erase(std::find_if(files.begin(), files.end(), [this](const File &other) {
-        return m_file ? other && isSame(*m_file, *other) : !other;
+        return m_file ? other && m_file->isSameFile(*other) : !other;
     }));
 }
 
@@ -79,7 +74,9 @@ bool HangingThread::areTooMany(const File &file)
     if (!file) {
         return false;
     }
-    const auto isThisFile = [&file](const File &other) { return other && isSame(*file, *other); };
+    const auto isThisFile = [&file](const File &other) {
+        return other && file->isSameFile(*other);
+    };
     const auto isOfOwner = [&file](const File &other) {
         return other && other->owner == file->owner && other->device == file->device;
     };

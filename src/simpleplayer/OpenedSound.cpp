@@ -55,13 +55,6 @@ private:
     static Table &table();
     static std::mutex &mutex();
 
-    bool isSameAs(const File &other) const
-    {
-        return m_status.stx_dev_major == other.m_status.stx_dev_major &&
-               m_status.stx_dev_minor == other.m_status.stx_dev_minor &&
-               m_status.stx_ino == other.m_status.stx_ino;
-    }
-
     const QString m_path;
     const int m_descriptor;
     const struct statx m_status;
@@ -79,7 +72,7 @@ constexpr std::size_t maxClosing = 16;
 constexpr std::size_t maxTasks = 1024; ///< with those that were opened before
 constexpr std::size_t maxThreads = 96;
 
-/// The threads in which deleted files are closed. Never destroyed, as sounds may live until the process ends.
+/// The threads in which FIFOs and deleted files are closed. Never destroyed, as sounds may live until the process ends.
 const UserThreads &closing()
 {
     static const UserThreads &s_threads = *new UserThreads(maxTasks, maxThreads);
@@ -152,7 +145,7 @@ std::mutex &OpenedSound::File::mutex()
 std::shared_ptr<const OpenedSound::File>
 OpenedSound::File::entered(std::shared_ptr<const File> file)
 {
-    if (auto last = find(file->m_path); last != nullptr && last->isSameAs(*file)) {
+    if (auto last = find(file->m_path); last != nullptr && last->id().isSameFile(file->id())) {
         return last;
     }
     const std::lock_guard lock(mutex());

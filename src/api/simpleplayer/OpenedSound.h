@@ -25,6 +25,12 @@ public:
         uid_t owner;  ///< the user
         dev_t device; ///< that it is on
         ino_t number; ///< on that device
+
+        /// Returns whether it is the same file, whoever it belongs to by now.
+        bool isSameFile(const FileId &other) const
+        {
+            return device == other.device && number == other.number;
+        }
     };
 
     /// Opens an absolute path, with links. Returns nothing if there is no such file, or while many deleted

@@ -280,7 +280,7 @@ TavoNotificationPlayerItem HostCalls::soundItem(const FleetCall &call) const
         .setPriority(priorityOf(call));
 }
 
-/// Repeats the request each second while that holds for the error of its reply; fails once the host has gone.
+/// Repeats the request each second while its reply has an error that is no answer; fails once the host has gone.
 template <typename IsNoAnswer, typename Request, typename Take>
 void HostCalls::ask(IsNoAnswer isNoAnswer, const Request &request, const Take &take)
 {

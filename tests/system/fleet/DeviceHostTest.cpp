@@ -39,6 +39,11 @@ protected:
 
     static void agree(const BusMessage &call) { ScriptedHost::reply(call, true); }
 
+    static void replyWithInbox(const BusMessage &call)
+    {
+        ScriptedHost::replyWithText(call, "/dbus/inbox/7");
+    }
+
     /// The device is killed after the host has got a call, which it does not answer.
     void callAndKill(const CMPath &path, const QByteArray &arguments)
     {
@@ -50,6 +55,17 @@ protected:
         ASSERT_TRUE(waitFor([&] { return isThere; }, s_timeout));
         m_device->kill();
         ASSERT_TRUE(waitForMessage("tavo/v1/porch/online", "0"));
+    }
+
+    /// The same with a message. Tells whether the device, when it is started again, shows it once more.
+    void showAndKill(bool &isShownAgain)
+    {
+        callAndKill(TavoNotificationDisplayOpenPath(),
+                    R"("id":"a","call":"show","title":"Title","text":"Water","timeout":0)");
+        m_scripted.on("Call", TavoNotificationDisplayOpenPath(), [&](const BusMessage &call) {
+            isShownAgain = true;
+            ScriptedHost::refuse(call);
+        });
     }
 
     void endMessage(const char *path, TavoNotificationDisplayEnd::Enum end) const
@@ -86,7 +102,7 @@ TEST_F(DeviceHostTest, SoundsWaitUntilTheirEndCanBeReportedAndOtherCallsDoNot)
         if (isFull) {
             ScriptedHost::refuse(call);
         } else {
-            ScriptedHost::replyWithText(call, "/dbus/inbox/7");
+            replyWithInbox(call);
         }
     });
     QString path;
@@ -208,9 +224,7 @@ TEST_F(DeviceHostTest, ASoundThatGivesWayWhileTheDeviceIsStartedAgainIsThere)
 {
     allowBell();
     int requests = 0;
-    m_scripted.on("OpenInbox", [](const BusMessage &call) {
-        ScriptedHost::replyWithText(call, "/dbus/inbox/7");
-    });
+    m_scripted.on("OpenInbox", replyWithInbox);
     m_scripted.on("Call", TavoNotificationPlayerEnqueuePath(), [&](const BusMessage &call) {
         if (++requests > 1) {
             ScriptedHost::refuse(call, {"org.tavo.Error.Dbus", "A sound with this id waits"});
@@ -307,9 +321,7 @@ TEST_F(DeviceHostTest, ARefusedCancelOfAMessageIsSentAgain)
 TEST_F(DeviceHostTest, ARefusedCancelOfASoundIsSentAgain)
 {
     allowBell();
-    m_scripted.on("OpenInbox", [](const BusMessage &call) {
-        ScriptedHost::replyWithText(call, "/dbus/inbox/7");
-    });
+    m_scripted.on("OpenInbox", replyWithInbox);
     m_scripted.on("Call", TavoNotificationPlayerEnqueuePath(), agree);
     m_scripted.on("Call", TavoNotificationPlayerCancelPath(), afterRefusal(agree));
     m_scripted.appear();
@@ -460,14 +472,8 @@ TEST_F(DeviceHostTest, ACancelHasAlsoEndedTheSoundOfTheMessage)
 
 TEST_F(DeviceHostTest, AMessageIsFoundAgainAlthoughTheListWasRefused)
 {
-    ASSERT_NO_FATAL_FAILURE(
-        callAndKill(TavoNotificationDisplayOpenPath(),
-                    R"("id":"a","call":"show","title":"Title","text":"Water","timeout":0)"));
     bool isShownAgain = false;
-    m_scripted.on("Call", TavoNotificationDisplayOpenPath(), [&](const BusMessage &call) {
-        isShownAgain = true;
-        ScriptedHost::refuse(call);
-    });
+    ASSERT_NO_FATAL_FAILURE(showAndKill(isShownAgain));
     // Of a refused list, parts are asked for, down to one row.
     bool isRefused = false;
     m_scripted.on("GetRows", TavoNotificationDisplayQueuePath(), [&](const BusMessage &call) {
@@ -496,14 +502,8 @@ TEST_F(DeviceHostTest, AMessageIsFoundAgainAlthoughTheListWasRefused)
 
 TEST_F(DeviceHostTest, AMessageIsFoundAgainAlthoughItsDescriptionWasRefused)
 {
-    ASSERT_NO_FATAL_FAILURE(
-        callAndKill(TavoNotificationDisplayOpenPath(),
-                    R"("id":"a","call":"show","title":"Title","text":"Water","timeout":0)"));
     bool isShownAgain = false;
-    m_scripted.on("Call", TavoNotificationDisplayOpenPath(), [&](const BusMessage &call) {
-        isShownAgain = true;
-        ScriptedHost::refuse(call);
-    });
+    ASSERT_NO_FATAL_FAILURE(showAndKill(isShownAgain));
     m_scripted.on("GetRows", TavoNotificationDisplayQueuePath(),
                   [](const BusMessage &call) { ScriptedHost::replyWithRow(call, "/message/1"); });
     m_scripted.on("Describe", afterRefusal([](const BusMessage &call) {
@@ -529,9 +529,7 @@ TEST_F(DeviceHostTest, ANotificationIsFoundAgainAlthoughItWasRefused)
 TEST_F(DeviceHostTest, ASoundIsFoundAgainAlthoughItWasRefused)
 {
     allowBell();
-    m_scripted.on("OpenInbox", [](const BusMessage &call) {
-        ScriptedHost::replyWithText(call, "/dbus/inbox/7");
-    });
+    m_scripted.on("OpenInbox", replyWithInbox);
     ASSERT_NO_FATAL_FAILURE(callAndKill(TavoNotificationPlayerEnqueuePath(),
                                         R"("id":"a","call":"sound","sound":"bell")"));
     m_scripted.on(

@@ -6,11 +6,9 @@
 #include "PlayerTest.h"
 #include "support/LogCapture.h"
 #include "support/Sanitized.h"
+#include "support/TimeOf.h"
 #include <simpleplayer/OpenedSound.h>
 #include <simpleplayer/UriSimplePlayer.h>
-
-#include <QDir>
-#include <QElapsedTimer>
 
 #include <gmock/gmock.h>
 
@@ -136,11 +134,6 @@ protected:
         return waitFor([this] { return threads() <= m_idleThreads; });
     }
 
-    static int threads()
-    {
-        return QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs).count();
-    }
-
     UriSimplePlayer &make(const QString &uri, const char *device = "plain")
     {
         m_players.push_back(std::make_unique<UriSimplePlayer>(
@@ -176,10 +169,7 @@ protected:
 TEST_F(HangingFileTest, IsStoppedAtOnceAndFreesItsDevice)
 {
     UriSimplePlayer &player = makeHanging("exclusive");
-    QElapsedTimer elapsed;
-    elapsed.start();
-    player.stop();
-    EXPECT_LT(elapsed.elapsed(), promptMs);
+    EXPECT_LT(timeOf([&] { player.stop(); }), promptMs);
     expectPlays("exclusive");
 }
 
@@ -196,19 +186,13 @@ TEST_F(HangingFileTest, FreesItsDeviceEvenIfThereAreNoMoreThreads)
 TEST_F(HangingFileTest, IsStoppedEvenIfItsDeviceHangsToo)
 {
     UriSimplePlayer &player = makeHanging("sticks");
-    QElapsedTimer elapsed;
-    elapsed.start();
-    player.stop();
-    EXPECT_LT(elapsed.elapsed(), 1500);
+    EXPECT_LT(timeOf([&] { player.stop(); }), 1500);
 }
 
 TEST_F(HangingFileTest, IsPausedAtOnceAndFreesItsDevice)
 {
     UriSimplePlayer &player = makeHanging("exclusive");
-    QElapsedTimer elapsed;
-    elapsed.start();
-    player.pause();
-    EXPECT_LT(elapsed.elapsed(), promptMs);
+    EXPECT_LT(timeOf([&] { player.pause(); }), promptMs);
     expectPlays("exclusive");
 }
 
@@ -230,12 +214,12 @@ TEST_F(HangingFileTest, CanNotGoOnWhileItHangsAndKeepsNobodyWaiting)
         makeHanging().pause();
     }
     const LogCapture log("SimplePlayer");
-    QElapsedTimer elapsed;
-    elapsed.start();
-    for (const auto &player : m_players) {
-        EXPECT_FALSE(player->play());
-    }
-    EXPECT_LT(elapsed.elapsed(), promptMs);
+    const qint64 time = timeOf([this] {
+        for (const auto &player : m_players) {
+            EXPECT_FALSE(player->play());
+        }
+    });
+    EXPECT_LT(time, promptMs);
     const auto reason = HasSubstr("doesn't respond");
     EXPECT_THAT(log.messages(log4cplus::ERROR_LOG_LEVEL), ElementsAre(reason, reason, reason));
 }
@@ -243,10 +227,8 @@ TEST_F(HangingFileTest, CanNotGoOnWhileItHangsAndKeepsNobodyWaiting)
 TEST_F(HangingFileTest, ShortensTheWaitForOthersWhileItIsPaused)
 {
     makeHanging().pause();
-    QElapsedTimer elapsed;
-    elapsed.start();
-    EXPECT_TRUE(make(counting(), "slow").play());
-    EXPECT_LT(elapsed.elapsed(), 200);
+    UriSimplePlayer &player = make(counting(), "slow");
+    EXPECT_LT(timeOf([&] { EXPECT_TRUE(player.play()); }), 200);
 }
 
 TEST_F(HangingFileTest, KeepsItsStartWaitingForLessIfItIsOpenedForAClient)
@@ -254,10 +236,8 @@ TEST_F(HangingFileTest, KeepsItsStartWaitingForLessIfItIsOpenedForAClient)
     gate.close(0);
     const auto opened = OpenedSound::open(file());
     ASSERT_TRUE(opened);
-    QElapsedTimer elapsed;
-    elapsed.start();
-    EXPECT_TRUE(make(file()).play());
-    EXPECT_LT(elapsed.elapsed(), 200);
+    UriSimplePlayer &player = make(file());
+    EXPECT_LT(timeOf([&] { EXPECT_TRUE(player.play()); }), 200);
 }
 
 TEST_F(HangingFileTest, IsRefusedIfTwoThreadsHangInIt)
@@ -305,8 +285,6 @@ TEST_F(HangingFileTest, DoesNotCountIfItHasGotNoThread)
         EXPECT_FALSE(make(file()).play());
     }
     // Nobody has to hurry.
-    QElapsedTimer elapsed;
-    elapsed.start();
-    EXPECT_TRUE(make(counting(), "slow").play());
-    EXPECT_GE(elapsed.elapsed(), 200);
+    UriSimplePlayer &player = make(counting(), "slow");
+    EXPECT_GE(timeOf([&] { EXPECT_TRUE(player.play()); }), 200);
 }

@@ -76,11 +76,6 @@ protected:
         }
     }
 
-    static int threads()
-    {
-        return QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs).count();
-    }
-
     std::unique_ptr<UriSimplePlayer> m_player;
     std::unique_ptr<EndSpy> m_end;
 };

@@ -7,6 +7,7 @@
 #include "support/sound/ScriptedDevices.h"
 #include "support/sound/SoundFiles.h"
 
+#include <QDir>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -59,6 +60,11 @@ protected:
     bool hasHeard(int frames) const
     {
         return waitFor([&] { return int(m_devices.heard().size()) >= frames; });
+    }
+
+    static int threads()
+    {
+        return QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs).count();
     }
 
     ScriptedDevices &m_devices = ScriptedDevices::instance();

@@ -22,7 +22,7 @@ NotificationSounds::NotificationSounds(ClientSounds &sounds, const QString &them
 
 AllowedSound NotificationSounds::find(const std::string &client, const NotifyHints &hints)
 {
-    if (hints.soundFile.isEmpty() && hints.soundName.isEmpty()) {
+    if (!hints.hasSound()) {
         return {};
     }
     const Result<AllowedSound> result =

@@ -113,10 +113,7 @@ void NotificationsInterface::notify(const BusMessage &call)
 {
     NotifyCall request = NotifyCall::read(call, m_timeouts, m_clients.limits());
     request.notification.user = m_clients.userOf(call.sender());
-    AllowedSound sound;
-    if (!request.hints.isSilent) {
-        sound = m_sounds.find(call.sender(), request.hints);
-    }
+    const AllowedSound sound = m_sounds.find(call.sender(), request.hints);
     if (request.hasBadActions) {
         LOG4CPLUS_WARN(logger, "A notification of "
                                    << call.sender()
