@@ -263,21 +263,6 @@ TEST_F(HangingFileTest, IsRefusedIfTwoThreadsHangInIt)
     EXPECT_EQ(end.ended.count(), 1);
 }
 
-TEST_F(HangingFileTest, IsRefusedIfVeryManyHangWithoutAKnownOwner)
-{
-    constexpr int most = 32;
-    gate.close(0);
-    for (int i = 0; i < most; ++i) {
-        makeHanging().stop();
-    }
-    const LogCapture log("SimplePlayer");
-    EXPECT_FALSE(make(file()).play());
-    EXPECT_THAT(log.messages(log4cplus::ERROR_LOG_LEVEL),
-                ElementsAre(HasSubstr("Too many sounds or devices don't respond")));
-    ASSERT_TRUE(respond());
-    expectPlays();
-}
-
 TEST_F(HangingFileTest, DoesNotCountIfItHasGotNoThread)
 {
     {

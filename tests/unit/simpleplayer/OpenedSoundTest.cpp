@@ -21,6 +21,53 @@
 #include <thread>
 #include <unistd.h>
 
+namespace {
+
+/// A FIFO that is open for reading, and whose writer can keep it locked.
+class LockedFifo
+{
+public:
+    explicit LockedFifo(const QString &path)
+        : m_path(path)
+    {
+        EXPECT_EQ(mkfifo(QFile::encodeName(m_path).constData(), 0600), 0);
+        m_opened = OpenedSound::open(m_path);
+    }
+    ~LockedFifo() { unlock(); }
+    LockedFifo(const LockedFifo &) = delete;
+    LockedFifo &operator=(const LockedFifo &) = delete;
+
+    bool isPermitted() const { return m_page.isPermitted(); }
+
+    int open() const { return OpenedSound::openForReading(m_path); }
+
+    void lock()
+    {
+        m_writer = std::thread([this] {
+            const int writing = ::open(QFile::encodeName(m_path).constData(), O_WRONLY | O_CLOEXEC);
+            (void)!::write(writing, m_page.data(), 1);
+            ::close(writing);
+        });
+        m_page.waitForReader();
+    }
+
+    void unlock()
+    {
+        if (m_writer.joinable()) {
+            m_page.release();
+            m_writer.join();
+        }
+    }
+
+private:
+    const QString m_path;
+    const HangingPage m_page;
+    std::optional<OpenedSound> m_opened;
+    std::thread m_writer;
+};
+
+} // namespace
+
 class OpenedSoundTest : public PlayerTest
 {
 protected:
@@ -120,23 +167,31 @@ TEST_F(OpenedSoundTest, IsClosedAlsoIfItsFileIsDeleted)
 
 TEST_F(OpenedSoundTest, IsClosedWithoutWaitingForTheWriterOfAFifo)
 {
-    const HangingPage page;
-    if (!page.isPermitted()) {
+    LockedFifo fifo(path("fifo"));
+    if (!fifo.isPermitted()) {
         GTEST_SKIP() << "not permitted";
     }
-    const QByteArray fifo = QFile::encodeName(path("fifo"));
-    ASSERT_EQ(mkfifo(fifo.constData(), 0600), 0);
-    const auto opened = OpenedSound::open(path("fifo"));
-    const int reading = OpenedSound::openForReading(path("fifo"));
-    std::thread writer([&] {
-        const int writing = ::open(fifo.constData(), O_WRONLY | O_CLOEXEC);
-        (void)!::write(writing, page.data(), 1); // with the lock of the FIFO
-        ::close(writing);
-    });
-    page.waitForReader();
+    const int reading = fifo.open();
+    fifo.lock();
     OpenedSound::close(reading);
-    page.release();
-    writer.join();
+}
+
+TEST_F(OpenedSoundTest, IsRefusedWhileSixteenOfItsOwnerWaitToBeClosed)
+{
+    LockedFifo fifo(path("fifo"));
+    if (!fifo.isPermitted()) {
+        GTEST_SKIP() << "not permitted";
+    }
+    std::array<int, 16> reading{};
+    std::generate(reading.begin(), reading.end(), [&fifo] { return fifo.open(); });
+    fifo.lock();
+    const auto half = reading.begin() + reading.size() / 2;
+    std::for_each(reading.begin(), half, OpenedSound::close);
+    EXPECT_TRUE(OpenedSound::open(file()));
+    std::for_each(half, reading.end(), OpenedSound::close);
+    EXPECT_FALSE(OpenedSound::open(file()));
+    fifo.unlock();
+    EXPECT_TRUE(waitFor([this] { return OpenedSound::open(file()).has_value(); }));
 }
 
 TEST_F(OpenedSoundTest, TellsWhereItIsWithoutLinks)
