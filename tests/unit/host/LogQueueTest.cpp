@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <future>
 #include <string>
 #include <utility>
@@ -93,6 +94,22 @@ TEST_F(LogQueueTest, TellsHowManyRecordsWereTooMany)
     EXPECT_LT(took, std::size_t(count));
     EXPECT_THAT(written.back(),
                 testing::StartsWith(std::to_string(count - took) + " records left out"));
+}
+
+TEST_F(LogQueueTest, LetsARecordBelowInfoWaitForRoom)
+{
+    add("record");
+    begun.get_future().wait();
+    for (int i = 0; i < 1000; ++i) {
+        add("record");
+    }
+    const auto adding =
+        std::async(std::launch::async, [this] { add("detail", log4cplus::DEBUG_LOG_LEVEL); });
+    EXPECT_EQ(adding.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+    release();
+    adding.wait();
+    end();
+    EXPECT_THAT(written.back(), testing::StartsWith("detail"));
 }
 
 TEST_F(LogQueueTest, HasWrittenAFatalRecordWhenItReturns)
