@@ -15,6 +15,7 @@
 #include <systemd/sd-journal.h>
 
 #include <memory>
+#include <ostream>
 #include <string>
 #include <sys/stat.h>
 #include <syslog.h>
